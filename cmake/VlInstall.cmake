@@ -1,0 +1,17 @@
+# find_package(vl_raster_gl) gives vellum::foundation and vellum::vl_raster_gl.
+
+install(TARGETS vellum_foundation vl_raster_gl
+        EXPORT vl_raster_gl_targets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY foundation DESTINATION ${VL_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+install(EXPORT vl_raster_gl_targets FILE vl_raster_gl-targets.cmake NAMESPACE vellum::
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vl_raster_gl)
+
+configure_package_config_file(cmake/vl_raster_gl-config.cmake.in
+  ${PROJECT_BINARY_DIR}/vl_raster_gl-config.cmake
+  INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vl_raster_gl)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/vl_raster_gl-config-version.cmake
+  COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/vl_raster_gl-config.cmake
+              ${PROJECT_BINARY_DIR}/vl_raster_gl-config-version.cmake
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vl_raster_gl)

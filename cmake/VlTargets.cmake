@@ -1,0 +1,30 @@
+# What every target of this tree has in common.
+
+# vl_defaults(target): warnings, sanitizers and exact floating point.
+function(vl_defaults target)
+  target_compile_options(${target} PRIVATE
+    -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wformat=2
+    $<$<BOOL:${VL_WARNINGS_AS_ERRORS}>:-Werror>
+    # A fused multiply-add rounds once where the formulas of this library round twice.
+    -ffp-contract=off)
+  if(VL_SANITIZE)
+    target_compile_options(${target} PRIVATE -fsanitize=${VL_SANITIZE} -fno-omit-frame-pointer
+                                             -fno-sanitize-recover=all)
+    target_link_options(${target} PRIVATE -fsanitize=${VL_SANITIZE})
+  endif()
+  if(VL_COVERAGE)
+    target_compile_options(${target} PRIVATE --coverage)
+    target_link_options(${target} PRIVATE --coverage)
+  endif()
+endfunction()
+
+# vl_library(target): a shared library that exports what its export macro marks, nothing else.
+function(vl_library target)
+  vl_defaults(${target})
+  set_target_properties(${target} PROPERTIES
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON
+    POSITION_INDEPENDENT_CODE ON)
+endfunction()

@@ -1,0 +1,32 @@
+#pragma once
+
+/// \file
+/// The whole foundation in one include.
+
+#include "foundation/basic/Array.h"
+#include "foundation/basic/ErrorItem.h"
+#include "foundation/basic/VL_String.h"
+#include "foundation/geometry/Box2.h"
+#include "foundation/geometry/Box3.h"
+#include "foundation/geometry/Box3Points.h"
+#include "foundation/geometry/Box3Points_ex.h"
+#include "foundation/geometry/Color4.h"
+#include "foundation/geometry/GeometryTree.h"
+#include "foundation/geometry/Matrix3.h"
+#include "foundation/geometry/Matrix4.h"
+#include "foundation/geometry/Obb3.h"
+#include "foundation/geometry/Plane3.h"
+#include "foundation/geometry/Plane3System.h"
+#include "foundation/geometry/TricubicVoxel.h"
+#include "foundation/geometry/Tuple2.h"
+#include "foundation/geometry/Tuple3.h"
+#include "foundation/geometry/Tuple4.h"
+#include "foundation/geometry/Tuple8.h"
+#include "foundation/geometry/VL_AXIS.h"
+#include "foundation/geometry/Vector2.h"
+#include "foundation/geometry/Vector3.h"
+#include "foundation/geometry/constants.h"
+#include "foundation/raster/Camera_RL.h"
+#include "foundation/raster/Core_RL.h"
+#include "foundation/raster/RenderModes.h"
+#include "foundation/raster/gl_enumerations.h"

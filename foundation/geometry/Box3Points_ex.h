@@ -1,0 +1,16 @@
+#pragma once
+
+#include "foundation/geometry/Tuple3.h"
+#include "foundation/geometry/Vector3.h"
+
+namespace vellum {
+
+/// The extended record of a lattice of points (see Box3Points).
+template <class T>
+struct Box3Points_ex {
+    Tuple3<unsigned int> count;  ///< Points along x, y and z.
+    Vector3<T> origin;           ///< Point (0, 0, 0).
+    Vector3<T> step;             ///< Distance of neighbours along each axis.
+};
+
+}  // namespace vellum

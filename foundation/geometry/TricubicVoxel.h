@@ -1,0 +1,17 @@
+#pragma once
+
+#include "foundation/geometry/Vector3.h"
+
+namespace vellum {
+
+/// One cell of a lattice with the 4 x 4 x 4 samples from which tricubic interpolation takes its values: the
+/// eight corners of the cell and the ring of samples around them. Sample (i, j, k), each 0 to 3, stands at
+/// origin + (i - 1, j - 1, k - 1) * step and has the number i + 4 j + 16 k.
+template <class T>
+struct TricubicVoxel {
+    Vector3<T> origin;  ///< Lower corner of the cell: sample (1, 1, 1).
+    Vector3<T> step;    ///< Edge lengths of the cell.
+    T samples[64];      ///< Values, 0 to 1 where they are drawn as a shade.
+};
+
+}  // namespace vellum

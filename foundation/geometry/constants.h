@@ -1,0 +1,18 @@
+#pragma once
+
+#include "foundation/geometry/Vector3.h"
+
+/// Constant vectors, named by their components: Z0 is 0, P1 is +1, N1 is -1. The fourth component in the
+/// longer names carries no data; those are directions, the shorter ones points.
+namespace vellum::constants::f {
+
+inline constexpr Vector3<float> Z0_Z0_Z0{0.0F, 0.0F, 0.0F};
+
+inline constexpr Vector3<float> P1_Z0_Z0_P1{1.0F, 0.0F, 0.0F};
+inline constexpr Vector3<float> N1_Z0_Z0_P1{-1.0F, 0.0F, 0.0F};
+inline constexpr Vector3<float> Z0_P1_Z0_P1{0.0F, 1.0F, 0.0F};
+inline constexpr Vector3<float> Z0_N1_Z0_P1{0.0F, -1.0F, 0.0F};
+inline constexpr Vector3<float> Z0_Z0_P1_P1{0.0F, 0.0F, 1.0F};
+inline constexpr Vector3<float> Z0_Z0_N1_P1{0.0F, 0.0F, -1.0F};
+
+}  // namespace vellum::constants::f
