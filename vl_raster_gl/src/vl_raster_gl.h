@@ -1,0 +1,10 @@
+#pragma once
+
+/// \file
+/// The whole public interface of the library in one include. No GL header comes with it: the application
+/// includes GLEW before or after, where it likes.
+
+#include "foundation/foundation.h"
+
+#include "Camera_RL_GL.h"
+#include "Core_RL_GL.h"
