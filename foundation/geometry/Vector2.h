@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cmath>
+
 namespace vellum {
 
 /// A point or direction of the plane. A plain aggregate, packed: arrays of it are vertex arrays.
@@ -22,6 +24,15 @@ constexpr Vector2<T> operator-(Vector2<T> const& a, Vector2<T> const& b) {
 template <class T>
 constexpr Vector2<T> operator*(Vector2<T> const& a, T const& s) {
     return {a.x * s, a.y * s};
+}
+
+template <class T>
+constexpr Vector2<T> operator/(Vector2<T> const& a, T const& s) {
+    return {a.x / s, a.y / s};
+}
+template <class T>
+T length(Vector2<T> const& a) {
+    return std::sqrt(a.x * a.x + a.y * a.y);
 }
 
 /// Every component converted to U.

@@ -47,6 +47,10 @@ constexpr Vector3<T> operator*(Vector3<T> const& a, T const& s) {
     return {a.x * s, a.y * s, a.z * s};
 }
 template <class T>
+constexpr Vector3<T> operator/(Vector3<T> const& a, T const& s) {
+    return {a.x / s, a.y / s, a.z / s};
+}
+template <class T>
 constexpr T dot(Vector3<T> const& a, Vector3<T> const& b) {
     return a.x * b.x + a.y * b.y + a.z * b.z;
 }

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "foundation/geometry/Color4.h"
+#include "foundation/geometry/Vector2.h"
+#include "foundation/geometry/Vector3.h"
+
+namespace vellum {
+
+inline constexpr double SHORTEST_DIRECTION = 1e-14;   // shorter vectors have no direction
+inline constexpr float HEAD_PER_LENGTH = 0.333F;      // the longest head, as a part of its arrow
+inline constexpr float HEAD_WIDTH_PER_LENGTH = 0.2F;  // half the head's width, as a part of its length
+inline constexpr float HEAD_TO_SKIP = 0.0001F;   // arrows shorter than this part of their head are left out
+inline constexpr float HEAD_BASE_SHADE = 0.75F;  // the base's shade of a single arrow
+inline constexpr float BUFFERED_HEAD_BASE_SHADE = 0.8F;  // and of arrows in arrays
+inline constexpr float BARB_TANGENT = 0.5F;              // of the angle between a flat arrow and its barbs
+inline constexpr Color4<float> DEFAULT_ARROW_COLOR{240.0F / 255.0F, 248.0F / 255.0F, 1.0F, 1.0F};
+
+inline bool hasDirection(float const& length) {
+    return static_cast<double>(length) > SHORTEST_DIRECTION;
+}
+
+/// The four corners of an arrow head's base, around the point where the head begins.
+///
+///        K2 ---- K3
+///        |   B   |        b up, a to the right, the arrow away from the reader
+///        K1 ---- K4
+struct ArrowHead {
+    Vector3<float> corners[4];  // K1 to K4
+
+    /// \param direction of the arrow; needs not be a unit vector. Straight up or down, a is (1, 0, 0). Not
+    ///        guarded: for a zero direction the corners are not numbers.
+    /// \param base where the head begins.
+    /// \param halfWidth half the side of the base.
+    ArrowHead(Vector3<float> const& direction, Vector3<float> const& base, float const& halfWidth) {
+        Vector3<float> a{-direction.z, 0.0F, direction.x};
+        a = hasDirection(length(a)) ? normalized(a) : Vector3<float>{1.0F, 0.0F, 0.0F};
+        Vector3<float> const b = normalized(cross(a, direction));
+        Vector3<float> const aw = a * halfWidth;
+        Vector3<float> const bw = b * halfWidth;
+        corners[0] = base - aw - bw;
+        corners[1] = base - aw + bw;
+        corners[2] = base + aw + bw;
+        corners[3] = base + aw - bw;
+    }
+};
+
+/// The colour of a head's base: darker than the arrow, and opaque.
+inline Color4<float> headBaseColor(Color4<float> const& arrow, float const& shade) {
+    return {arrow.r * shade, arrow.g * shade, arrow.b * shade, 1.0F};
+}
+
+}  // namespace vellum
