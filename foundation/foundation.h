@@ -4,7 +4,10 @@
 /// The whole foundation in one include.
 
 #include "foundation/basic/Array.h"
+#include "foundation/basic/ArrayHandle.h"
+#include "foundation/basic/ArrayServer.h"
 #include "foundation/basic/ErrorItem.h"
+#include "foundation/basic/PoolByIndex.h"
 #include "foundation/basic/VL_String.h"
 #include "foundation/geometry/Box2.h"
 #include "foundation/geometry/Box3.h"
