@@ -47,7 +47,8 @@ public:
         if (this->size() < this->capacity()) {
             _append(value);
         } else {
-            T const copy(value);  // Growing moves the elements away from under the argument.
+            // Growing moves the elements away from under the argument.
+            T const copy(value);  // NOLINT(performance-unnecessary-copy-initialization)
             this->reserve(Core::_grownCapacity(this->size()), true);
             _append(copy);
         }

@@ -12,12 +12,8 @@ VL_String::VL_String(char const* text) {
     *this = text;
 }
 
-VL_String::VL_String(VL_String const& other) : ArrayCore<char>() {
+VL_String::VL_String(VL_String const& other) {
     assign(other.c_str(), other.size() > 0 ? other.size() - 1 : 0);
-}
-
-VL_String::VL_String(VL_String&& other) : VL_String() {
-    swap(other);
 }
 
 VL_String& VL_String::operator=(VL_String const& other) {

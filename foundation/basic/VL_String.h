@@ -23,7 +23,7 @@ public:
     VL_String(char const* text);  // NOLINT(google-explicit-constructor): texts are passed as literals.
 
     VL_String(VL_String const& other);
-    VL_String(VL_String&& other);  ///< Leaves the other string empty, still with its terminating zero.
+    VL_String(VL_String&& other) noexcept = default;  ///< Leaves the other string fit to be assigned to.
     VL_String& operator=(VL_String const& other);
     VL_String& operator=(VL_String&& other) noexcept;  ///< Leaves this string's former text in the other.
     VL_String& operator=(char const* text);            ///< Null gives the empty string.
