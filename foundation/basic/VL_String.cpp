@@ -12,22 +12,6 @@ VL_String::VL_String(char const* text) {
     *this = text;
 }
 
-VL_String::VL_String(VL_String const& other) {
-    assign(other.c_str(), other.size() > 0 ? other.size() - 1 : 0);
-}
-
-VL_String& VL_String::operator=(VL_String const& other) {
-    if (this != &other) {
-        assign(other.c_str(), other.size() > 0 ? other.size() - 1 : 0);
-    }
-    return *this;
-}
-
-VL_String& VL_String::operator=(VL_String&& other) noexcept {
-    swap(other);
-    return *this;
-}
-
 VL_String& VL_String::operator=(char const* text) {
     if (text == nullptr) {
         text = "";

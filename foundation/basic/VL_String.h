@@ -22,11 +22,11 @@ public:
     /// A copy of a terminated text; null gives the empty string.
     VL_String(char const* text);  // NOLINT(google-explicit-constructor): texts are passed as literals.
 
-    VL_String(VL_String const& other);
+    VL_String(VL_String const& other) = default;
     VL_String(VL_String&& other) noexcept = default;  ///< Leaves the other string fit to be assigned to.
-    VL_String& operator=(VL_String const& other);
-    VL_String& operator=(VL_String&& other) noexcept;  ///< Leaves this string's former text in the other.
-    VL_String& operator=(char const* text);            ///< Null gives the empty string.
+    VL_String& operator=(VL_String const& other) = default;
+    VL_String& operator=(VL_String&& other) noexcept = default;  ///< Exchanges the texts.
+    VL_String& operator=(char const* text);                      ///< Null gives the empty string.
     ~VL_String() = default;
 
     /// Takes a copy of `length` characters; the terminating zero is added. The storage is made exactly
