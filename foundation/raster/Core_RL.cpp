@@ -283,13 +283,16 @@ void Core_RL::renderSphere(Vector3<float> const& centre, float const& radius) {
     // Directions of the grid points, north pole (+Y) first.
     Vector3<float> directions[SPHERE_PARALLELS + 1][SPHERE_MERIDIANS + 1];
     for (unsigned int row = 0; row <= SPHERE_PARALLELS; ++row) {
+        // Exactly zero at both poles, where sin(pi) would leave a tiny ring open.
+        bool const isPole = row == 0 || row == SPHERE_PARALLELS;
         double const polar = PI * row / SPHERE_PARALLELS;
+        double const ring = isPole ? 0.0 : std::sin(polar);
         for (unsigned int column = 0; column <= SPHERE_MERIDIANS; ++column) {
             // The last column repeats the first exactly, so that the seam is closed.
             double const azimuth = 2.0 * PI * (column % SPHERE_MERIDIANS) / SPHERE_MERIDIANS;
-            directions[row][column] = {static_cast<float>(std::sin(polar) * std::sin(azimuth)),
+            directions[row][column] = {static_cast<float>(ring * std::sin(azimuth)),
                                        static_cast<float>(std::cos(polar)),
-                                       static_cast<float>(std::sin(polar) * std::cos(azimuth))};
+                                       static_cast<float>(ring * std::cos(azimuth))};
         }
     }
 
@@ -360,18 +363,28 @@ void Core_RL::renderTree(GeometryTree<GeometryNode<Box3<float>>>& tree) {
     if (tree.nodes.size() == 0) {
         return;
     }
+    // Each node is drawn once: a damaged tree may name one many times, in more ways than could ever be gone.
+    Array<bool> isReached;
+    isReached.reserve(tree.nodes.size(), false);
+    isReached.setSize(tree.nodes.size());
+    std::fill(isReached.begin(), isReached.end(), false);
+    isReached[0] = true;
     Array<unsigned int> waiting{0U};
     while (waiting.size() != 0) {
         unsigned int const index = waiting.back();
         waiting.setSize(waiting.size() - 1);
         GeometryNode<Box3<float>> const& node = tree.nodes[index];
         render(node.volume, true);
-        // Children stand after their parent, so that a damaged tree cannot lead in circles.
         std::uint64_t const end =
             std::min<std::uint64_t>(std::uint64_t{node.firstChild} + node.childCount, tree.nodes.size());
-        for (std::uint64_t child = end; child > node.firstChild && child > index + 1;) {
+        // The last child waits first, so that the first one is drawn next.
+        for (std::uint64_t child = end; child > node.firstChild;) {
             --child;
-            waiting.pushBack(static_cast<unsigned int>(child));
+            auto const childIndex = static_cast<unsigned int>(child);
+            if (!isReached[childIndex]) {
+                isReached[childIndex] = true;
+                waiting.pushBack(childIndex);
+            }
         }
     }
 }

@@ -419,8 +419,8 @@ public:
     /// along +Y.
     virtual void renderTetrahedron(Vector3<float> const& centre, float const& size);
 
-    /// The wire boxes of all nodes, from the root down. Nodes that no parent names, and children beyond the
-    /// end of the tree, are not drawn.
+    /// The wire boxes of all nodes, from the root down, each once. Nodes that no parent names, and children
+    /// beyond the end of the tree, are not drawn.
     virtual void renderTree(GeometryTree<GeometryNode<Box3<float>>>& tree);
 
     virtual void renderTetrahedron(Vector3<double> const& centre, double const& size);
