@@ -6,9 +6,9 @@
 
 namespace vellum {
 
-/// An OpenGL context without a window: for pictures in files, tests and benchmarks, on machines with or without a
-/// display. It is a desktop compatibility context, drawing into a buffer of fixed size (8 bits per colour channel,
-/// 24 bits of depth, 8 of stencil).
+/// An OpenGL context without a window: for pictures in files, tests and benchmarks, on machines with or
+/// without a display. It is a desktop compatibility context, drawing into a buffer of fixed size (8 bits per
+/// colour channel, 24 bits of depth, 8 of stencil).
 ///
 ///     vellum::OffscreenContext context({640, 480});
 ///     if (!context.isValid())
@@ -45,7 +45,8 @@ public:
     int height() const;   ///< pixels
     int samples() const;  ///< samples per pixel that the driver gave; 0 for none
 
-    /// Makes it current in the calling thread (it must be current in no other one). False when the driver refuses.
+    /// Makes it current in the calling thread (it must be current in no other one). False when the driver
+    /// refuses.
     bool makeCurrent();
 
     /// What was drawn: width * height * 4 bytes, red green blue alpha, top row first. Waits for the drawing.

@@ -12,15 +12,16 @@ namespace gl_spy {
 
 /// The fixture of every test that draws: a real context, and a judge of GL errors.
 ///
-/// All tests of an executable share one off-screen context of 256 x 256 pixels. SetUp brings its state back to
-/// GL's initial values. TearDown fails the test when the driver reported an error (KHR_debug, synchronous) that
-/// the test did not announce, or when an error is left for glGetError. Where no context can be made the test
-/// fails, with the reason.
+/// All tests of an executable share one off-screen context of 256 x 256 pixels. SetUp brings its state back
+/// to GL's initial values. TearDown fails the test when the driver reported an error (KHR_debug, synchronous)
+/// that the test did not announce, or when an error is left for glGetError. Where no context can be made the
+/// test fails, with the reason.
 ///
 ///     class Box_gl_test : public gl_spy::GlTest {};
 ///     TEST_F(Box_gl_test, aBoxCoversTheMiddle) { core.render(box); EXPECT_EQ(readPixel(128, 128)[0], 255); }
 ///
-/// A derived fixture that has SetUp or TearDown of its own calls these here: first in SetUp, last in TearDown.
+/// A derived fixture that has SetUp or TearDown of its own calls these here: first in SetUp, last in
+/// TearDown.
 class GlTest : public testing::Test {
 public:
     using Pixel = std::array<unsigned char, 4>;  ///< red, green, blue, alpha

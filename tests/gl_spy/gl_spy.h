@@ -14,21 +14,24 @@
 ///
 /// A test of the library asks three things: which GL calls were made, what does the library do on a driver
 /// that answers so and so, and what does the picture look like. This part serves the first two. The test
-/// executable that links the target `gl_spy` defines the entry points of OpenGL 1.0 to 2.1, the extensions that
-/// the library uses, GLU and glewInit itself; the dynamic linker resolves the library's calls to them, so the
-/// shipped library runs unchanged. Every call is noted and then passed on to the driver, or answered by a script.
+/// executable that links the target `gl_spy` defines the entry points of OpenGL 1.0 to 2.1, the extensions
+/// that the library uses, GLU and glewInit itself; the dynamic linker resolves the library's calls to them,
+/// so the shipped library runs unchanged. Every call is noted and then passed on to the driver, or answered
+/// by a script.
 ///
 ///     gl_spy::Script driver = gl_spy::drivers::gl15();        // 1.5, answered without any driver or context
 ///     driver.string(GL_EXTENSIONS, "GL_NVX_gpu_memory_info").integer(0x9048, {2048});
 ///     gl_spy::Recording recording;
 ///     core.renderPoint(position);
-///     EXPECT_EQ(recording.texts(), (std::vector<std::string>{"glBegin(GL_POINTS)", "glVertex3fv({1, 2, 3})", "glEnd()"}));
+///     EXPECT_EQ(recording.texts(), (std::vector<std::string>{"glBegin(GL_POINTS)",
+///                                                            "glVertex3fv({1, 2, 3})", "glEnd()"}));
 ///
 /// With no Recording and no Script alive a call costs one test and one jump more than without the spy.
 /// Calls that GLU or GLEW make on their own account are passed on, and neither noted nor scripted. Function
 /// pointers that were fetched with glXGetProcAddress or eglGetProcAddress (GLEW's) bypass the spy altogether.
 /// One thread at a time; not for several contexts in several threads.
-/// The header includes no GL header: enums and names are `unsigned int`, as GL itself has them on every platform.
+/// The header includes no GL header: enums and names are `unsigned int`, as GL itself has them on every
+/// platform.
 namespace gl_spy {
 
 /// One call with its arguments, by value as they were at the time of the call.
@@ -41,11 +44,14 @@ struct Call {
     std::vector<std::uintptr_t> addresses;  ///< every argument shown as `pointer` or `null`
     std::vector<std::string> strings;       ///< every string argument, neither quoted nor escaped
 
-    /// The call as C would have it: `glColor4f(1, 0.5, 0, 1)`, `glVertex3fv({1, 2, 3})`, `glEnable(GL_LIGHTING)`,
-    /// `glBufferData(GL_ARRAY_BUFFER, 24, null, GL_STREAM_DRAW)`, `glPushAttrib(0x800)`.
-    ///  - Floating-point numbers have the fewest digits that give the same number back in their own type.
+    /// The call as C would have it: `glColor4f(1, 0.5, 0, 1)`, `glVertex3fv({1, 2, 3})`,
+    /// `glEnable(GL_LIGHTING)`, `glBufferData(GL_ARRAY_BUFFER, 24, null, GL_STREAM_DRAW)`,
+    /// `glPushAttrib(0x800)`.
+    ///  - Floating-point numbers have the fewest characters that give the same number back in their own type:
+    ///    `0.1`, `3`, `1e+05`.
     ///  - Vectors and matrices are in braces; where their length is not known, `pointer` stands.
-    ///  - A number that stands for an enum (texture parameters and their like) has the enum's name when it has one.
+    ///  - A number that stands for an enum (texture parameters and their like) has the enum's name when it
+    ///    has one.
     ///  - Strings are quoted, with `\n` and `\"`; bit masks are hexadecimal.
     ///  - Results written through a pointer are shown as `pointer`.
     std::string text() const;
@@ -90,10 +96,11 @@ public:
     void clear() { _calls.clear(); }
 
     /// The primitives drawn between glBegin and glEnd, whatever variants of glVertex, glNormal, glColor and
-    /// glTexCoord sent them. Current values start as GL's initial values (white, normal +z), the name stack empty,
-    /// the modelview matrix as identity; glPushAttrib(GL_CURRENT_BIT), glMatrixMode, the calls that change matrices
-    /// (GLU's too) and the name stack are followed. A glLoadName without a glPushName before it sets the name all
-    /// the same: the push may have come before the recording. Vertex arrays and GLU's quadrics are not unfolded.
+    /// glTexCoord sent them. Current values start as GL's initial values (white, normal +z), the name stack
+    /// empty, the modelview matrix as identity; glPushAttrib(GL_CURRENT_BIT), glMatrixMode, the calls that
+    /// change matrices (GLU's too) and the name stack are followed. A glLoadName without a glPushName before
+    /// it sets the name all the same: the push may have come before the recording. Vertex arrays and GLU's
+    /// quadrics are not unfolded.
     std::vector<Primitive> primitives() const;
 
 private:
@@ -102,8 +109,8 @@ private:
     std::vector<Call> _calls;
 };
 
-/// Sets the driver's answers while it lives. A later script answers before an earlier one; what no script answers
-/// the driver does. Every setter gives the script itself, so that they can be chained.
+/// Sets the driver's answers while it lives. A later script answers before an earlier one; what no script
+/// answers the driver does. Every setter gives the script itself, so that they can be chained.
 class Script {
 public:
     Script();
@@ -131,10 +138,12 @@ public:
 
     // == Shaders and programs ==
 
-    /// Every shader compiles, or fails to, with this log. The text is still compiled by the driver, if there is one.
+    /// Every shader compiles, or fails to, with this log. The text is still compiled by the driver, if there
+    /// is one.
     Script& shaderStatus(bool compiles, std::string const& log);
 
-    /// Shaders for whose source `chosen` is true compile, or fail to, with this log. Of several the last set counts.
+    /// Shaders for whose source `chosen` is true compile, or fail to, with this log. Of several the last set
+    /// counts.
     Script& shaderStatus(bool compiles, std::string const& log,
                          std::function<bool(std::string const&)> chosen);
 
@@ -154,12 +163,15 @@ public:
 
     // == No driver ==
 
-    /// Nothing is passed on, so no context is needed. The spy then keeps objects itself: names from glGen* and
-    /// glCreate* count up from 1 (one count for all kinds, so that names mixed up are found); buffers have memory
-    /// that glMapBuffer maps; shaders keep their source, and compile; programs link; a uniform's location counts up
-    /// per program and name, and its values can be read back. Matrix stacks, viewport, bindings of buffers, textures
-    /// and program can be queried; other state reads as 0. Strings not set: version 2.1.0, no extensions.
-    /// GLU's objects and texts work, its drawings and mipmaps do nothing.
+    /// Nothing is passed on, so no context is needed. The spy then keeps objects itself:
+    ///  - Names from glGen* and glCreate* count up from 1, in one count for all kinds, so that names mixed up
+    ///    show.
+    ///  - Buffers have memory that glMapBuffer maps, 0xA5 until written, so that a gap shows.
+    ///  - Shaders keep their source, and compile; programs link.
+    ///  - A uniform's location counts up per program and name, and its values can be read back.
+    /// Matrix stacks, viewport, and bindings of buffers, textures and program can be queried; other state
+    /// reads as 0. Strings not set: version 2.1.0, no extensions. GLU's objects and texts work, its drawings
+    /// and mipmaps do nothing.
     Script& answerWithoutDriver();
 
     /// The memory of a buffer under answerWithoutDriver(); empty when there is no such buffer.
