@@ -1,0 +1,42 @@
+#pragma once
+
+#include "foundation/geometry/Box3.h"
+#include "foundation/geometry/Color4.h"
+#include "foundation/geometry/Tuple3.h"
+#include "foundation/geometry/Vector2.h"
+#include "foundation/geometry/Vector3.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vellum::viewport {
+
+/// What a mesh file holds, ready to be drawn: one list of triangles over one list of vertices. The parts of the
+/// file stand one after the other, placed where their nodes put them.
+///
+/// A plain value. Whoever fills one from outside asks firstFault() before relying on it.
+struct MeshData {
+    using Triangle = Tuple3<unsigned int>;
+
+    std::string name;  ///< the file's name without its folders
+
+    std::vector<Vector3<double>> positions;  ///< in the file's units, as many as there are vertices
+    std::vector<Triangle> triangles;         ///< indices into the vertices, counter-clockwise from outside
+    std::vector<Vector3<float>> normals;     ///< one per vertex, unit length
+    std::vector<Color4<float>> colours;      ///< one per vertex
+    std::vector<Vector2<float>> textureCoordinates;  ///< one per vertex, or empty
+
+    unsigned int partCount = 0;     ///< meshes of the file that gave triangles
+    bool hasOwnNormals = false;     ///< every normal came from the file; otherwise some were computed
+    bool hasVertexColours = false;  ///< some colours were given per vertex, not by a material
+
+    /// What is wrong with the mesh, as the message of a fault, or nothing: lists of different lengths, no triangle,
+    /// an index out of range, a coordinate that is not a number or infinite.
+    std::optional<std::string> firstFault() const;
+
+    /// The smallest upright box around all vertices; empty meshes give a box of size 0 at the origin.
+    Box3<double> box() const;
+};
+
+}  // namespace vellum::viewport
