@@ -1,0 +1,51 @@
+#pragma once
+
+#include "viewport/GuardedImport.h"
+#include "viewport/ViewFraming.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vellum::viewport {
+
+enum class Shading { box, wireframe, faceted, smooth };
+enum class Gizmo { none, move, rotate, scale };
+
+/// A pixel of the picture, counted from its upper left corner.
+struct Pixel {
+    int x = 0;
+    int y = 0;
+};
+
+/// What the program is asked to do: its command line as values. All are within their ranges.
+struct Options {
+    /// The largest width and height of a picture, pixels.
+    static constexpr int largestSize = 16384;
+
+    std::vector<std::string> files;  ///< at least one
+    std::string out;                 ///< empty: no picture is asked for
+    int width = 1280;                ///< pixels, 1 to largestSize
+    int height = 720;                ///< pixels, 1 to largestSize
+    Shading shading = Shading::smooth;
+    Gizmo gizmo = Gizmo::none;
+    View view = View::perspective;
+    std::optional<Pixel> pick;  ///< inside the picture
+    bool info = false;
+    ImportLimits limits;
+};
+
+/// What became of a command line: options, or else texts to be shown and the status to end with.
+struct CommandLine {
+    static constexpr int usageError = 2;  ///< the exit status of a command line that makes no sense
+
+    std::optional<Options> options;
+    std::string output;  ///< for standard output, as --help and --version ask for it; complete lines
+    std::string error;   ///< for standard error: one line without its end
+    int exitStatus = 0;
+};
+
+/// Reads a command line; `arguments` as main() gets them, the program's name first. Touches no stream and no file.
+CommandLine parseCommandLine(int const& count, char const* const* arguments);
+
+}  // namespace vellum::viewport

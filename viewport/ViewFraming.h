@@ -1,0 +1,70 @@
+#pragma once
+
+#include "foundation/geometry/Box3.h"
+#include "foundation/geometry/Vector3.h"
+
+namespace vellum::viewport {
+
+/// The views of a scene whose up direction is +Y. The numbers are the view kinds of Camera_RL.
+///
+/// An orthographic kind turns the world before it is looked at along -z. What that shows:
+///
+///     kind  turned by        seen from   right on the screen   up on the screen
+///     1     nothing            +z            +x                    +y            front
+///     2     180 degrees, y     -z            -x                    +y            back
+///     3      90 degrees, x     +y            +x                    -z            top
+///     4     -90 degrees, x     -y            +x                    +z            bottom
+///     5      90 degrees, y     -x            +z                    +y            left
+///     6     -90 degrees, y     +x            -z                    +y            right
+enum class View : unsigned int {
+    perspective = 0,
+    front = 1,
+    back = 2,
+    top = 3,
+    bottom = 4,
+    left = 5,
+    right = 6
+};
+
+/// The axes of an orthographic view's screen, in the world.
+struct ScreenAxes {
+    Vector3<double> right;
+    Vector3<double> up;
+    Vector3<double> towardsViewer;
+};
+
+/// The axes of the view; those of View::front for View::perspective.
+ScreenAxes screenAxes(View const& view);
+
+/// Where a perspective camera stands to show a box as large as it can be seen whole.
+struct PerspectiveFraming {
+    Vector3<double> eye;
+    Vector3<double> direction;  ///< unit length, from the eye towards the box's centre
+    Vector3<double> up;         ///< unit length, perpendicular to the direction
+    double nearDistance;        ///< above 0
+    double farDistance;         ///< above nearDistance
+};
+
+/// How an orthographic camera shows a box as large as it can be seen whole: the parameters of Camera_RL.
+struct OrthographicFraming {
+    double panX;
+    double panY;
+    double zoom;
+};
+
+/// The frame's inner part that a box fills: the rest is left free around it.
+constexpr double filledPart = 0.86;
+
+/// Frames `box` with the given vertical field of view (degrees, above 0 and below 180) and aspect (width divided by
+/// height), looking along `direction` (any length above 0). The picture's vertical is +Y, or -z where the camera
+/// looks straight up or down. `surroundings` is what else is to be seen near the box; the clipping distances hold it
+/// as far as depth precision allows, however large it is. A box without size is framed as if it had size 1.
+PerspectiveFraming framePerspective(Box3<double> const& box, Box3<double> const& surroundings,
+                                    Vector3<double> const& direction, double const& fieldOfView,
+                                    double const& aspect);
+
+/// Frames `box` in an orthographic view. The depth range of these views is fixed at 1000 on both sides of the
+/// origin; a box outside it is clipped.
+OrthographicFraming frameOrthographic(Box3<double> const& box, View const& view, double const& aspect);
+
+}  // namespace vellum::viewport
