@@ -1,0 +1,165 @@
+#include "viewport/Options.h"
+
+#include <gmock/gmock.h>
+
+using namespace vellum::viewport;
+using testing::HasSubstr;
+
+namespace {
+
+CommandLine parse(std::vector<char const*> arguments) {
+    arguments.insert(arguments.begin(), "vl_viewport");
+    return parseCommandLine(static_cast<int>(arguments.size()), arguments.data());
+}
+
+Options optionsOf(std::vector<char const*> const& arguments) {
+    CommandLine const line = parse(arguments);
+    EXPECT_TRUE(line.options.has_value()) << line.error;
+    EXPECT_EQ(line.exitStatus, 0);
+    return line.options.value_or(Options{});
+}
+
+/// The message of a usage error. Fails when there is none, or not one line.
+std::string errorOf(std::vector<char const*> const& arguments) {
+    CommandLine const line = parse(arguments);
+    EXPECT_FALSE(line.options.has_value());
+    EXPECT_EQ(line.exitStatus, 2);
+    EXPECT_EQ(line.output, "");
+    EXPECT_THAT(line.error, testing::StartsWith("vl_viewport: "));
+    EXPECT_EQ(line.error.find('\n'), std::string::npos);
+    return line.error;
+}
+
+}  // namespace
+
+TEST(Options, theShortestCommandLineTakesTheDefaults) {
+    Options const options = optionsOf({"a.obj", "--out", "a.png"});
+    EXPECT_EQ(options.files, std::vector<std::string>{"a.obj"});
+    EXPECT_EQ(options.out, "a.png");
+    EXPECT_EQ(options.width, 1280);
+    EXPECT_EQ(options.height, 720);
+    EXPECT_EQ(options.shading, Shading::smooth);
+    EXPECT_EQ(options.gizmo, Gizmo::none);
+    EXPECT_EQ(options.view, View::perspective);
+    EXPECT_FALSE(options.pick.has_value());
+    EXPECT_FALSE(options.info);
+    EXPECT_EQ(options.limits.deadline.count(), 20'000);
+    EXPECT_EQ(options.limits.memoryBytes, 4096ULL << 20);
+}
+
+TEST(Options, everyOptionIsRead) {
+    Options const options = optionsOf({"a.obj", "--size", "640x480", "b.ply", "--shading", "box", "--gizmo",
+                                       "rotate", "--view", "left", "--pick", "639,0", "--info",
+                                       "--import-timeout", "0.25", "--import-memory", "512", "--out=x"});
+    EXPECT_EQ(options.files, (std::vector<std::string>{"a.obj", "b.ply"}));
+    EXPECT_EQ(options.width, 640);
+    EXPECT_EQ(options.height, 480);
+    EXPECT_EQ(options.shading, Shading::box);
+    EXPECT_EQ(options.gizmo, Gizmo::rotate);
+    EXPECT_EQ(options.view, View::left);
+    EXPECT_EQ(options.pick->x, 639);
+    EXPECT_EQ(options.pick->y, 0);
+    EXPECT_TRUE(options.info);
+    EXPECT_EQ(options.limits.deadline.count(), 250);
+    EXPECT_EQ(options.limits.memoryBytes, 512ULL << 20);
+    EXPECT_EQ(options.out, "x");
+}
+
+TEST(Options, everyModeIsKnown) {
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "wireframe"}).shading, Shading::wireframe);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "faceted"}).shading, Shading::faceted);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "smooth"}).shading, Shading::smooth);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--gizmo", "move"}).gizmo, Gizmo::move);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--gizmo", "scale"}).gizmo, Gizmo::scale);
+    char const* const names[] = {"perspective", "front", "back", "top", "bottom", "left", "right"};
+    for (unsigned int kind = 0; kind < 7; ++kind) {
+        EXPECT_EQ(optionsOf({"a", "--out", "b", "--view", names[kind]}).view, static_cast<View>(kind));
+    }
+}
+
+TEST(Options, theLargestAndSmallestPicturesAreTaken) {
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--size", "16384x1"}).width, 16384);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--size", "1x16384"}).height, 16384);
+}
+
+TEST(Options, sizesThatMakeNoPictureAreUsageErrors) {
+    for (char const* const size : {"0x0",
+                                   "0x10",
+                                   "10x0",
+                                   "16385x10",
+                                   "10x16385",
+                                   "10",
+                                   "x",
+                                   "10x",
+                                   "x10",
+                                   "-5x10",
+                                   "10x-5",
+                                   "1e2x10",
+                                   "10x10x10",
+                                   "10 x 10",
+                                   "+10x10",
+                                   " 10x10",
+                                   "10x10 ",
+                                   "10X10",
+                                   "99999999999999999999x10",
+                                   "axb",
+                                   ""}) {
+        EXPECT_THAT(errorOf({"a", "--out", "b", "--size", size}), HasSubstr("--size")) << size;
+    }
+}
+
+TEST(Options, picksOutsideThePictureAreUsageErrors) {
+    for (char const* const pick : {"100,0", "0,50", "-1,0", "0,-1", "5", "5,", ",5", "5,5,5", "a,b", ""}) {
+        EXPECT_THAT(errorOf({"a", "--size", "100x50", "--pick", pick}), HasSubstr("--pick")) << pick;
+    }
+    EXPECT_EQ(optionsOf({"a", "--pick", "99,49", "--size", "100x50"}).pick->x, 99);
+}
+
+TEST(Options, unknownModesAreUsageErrors) {
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--shading", "shiny"}), HasSubstr("shiny"));
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--shading", "shiny"}), HasSubstr("wireframe"));
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--gizmo", "bend"}), HasSubstr("--gizmo"));
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--view", "Front"}), HasSubstr("--view"));
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--shading", ""}), HasSubstr("--shading"));
+}
+
+TEST(Options, unknownAndIncompleteOptionsAreUsageErrors) {
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--teapot"}), HasSubstr("--teapot"));
+    EXPECT_THAT(errorOf({"a", "--out"}), HasSubstr("--out"));
+    EXPECT_THAT(errorOf({"a", "--out", ""}), HasSubstr("--out"));
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--out", "c"}), HasSubstr("--out"));
+    errorOf({});
+    errorOf({"--out", "b"});
+    errorOf({"", "--out", "b"});
+}
+
+TEST(Options, somethingMustBeAskedFor) {
+    EXPECT_THAT(errorOf({"a.obj"}), HasSubstr("--out is required"));
+    EXPECT_TRUE(optionsOf({"a.obj", "--info"}).out.empty());
+    EXPECT_TRUE(optionsOf({"a.obj", "--pick", "0,0"}).out.empty());
+}
+
+TEST(Options, limitsMustBeSensible) {
+    for (char const* const seconds : {"0", "-1", "nan", "inf", "1e9", "5s", ""}) {
+        EXPECT_THAT(errorOf({"a", "--out", "b", "--import-timeout", seconds}), HasSubstr("--import-timeout"))
+            << seconds;
+    }
+    for (char const* const megabytes : {"0", "-1", "1.5", "99999999", "1G", ""}) {
+        EXPECT_THAT(errorOf({"a", "--out", "b", "--import-memory", megabytes}), HasSubstr("--import-memory"))
+            << megabytes;
+    }
+}
+
+TEST(Options, helpAndVersionAreShown) {
+    CommandLine const help = parse({"--help"});
+    EXPECT_FALSE(help.options.has_value());
+    EXPECT_EQ(help.exitStatus, 0);
+    EXPECT_EQ(help.error, "");
+    for (char const* const option : {"--out", "--size", "--shading", "--gizmo", "--pick", "--view", "--info",
+                                     "--import-timeout", "--import-memory", "--version"}) {
+        EXPECT_THAT(help.output, HasSubstr(option));
+    }
+    CommandLine const version = parse({"--version"});
+    EXPECT_EQ(version.exitStatus, 0);
+    EXPECT_THAT(version.output, testing::MatchesRegex("vl_viewport [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+}
