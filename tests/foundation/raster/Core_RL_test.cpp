@@ -10,6 +10,7 @@
 #include <cmath>
 #include <limits>
 #include <map>
+#include <ostream>
 #include <tuple>
 
 namespace vellum {
@@ -134,6 +135,11 @@ struct Stack {
     char const* firstCall;
     char const* secondCall;
 };
+
+// Without it the name of a test would hold addresses, another one in every run.
+void PrintTo(Stack const& stack, std::ostream* out) {
+    *out << stack.name;
+}
 
 class Core_RL_stack_test : public Core_RL_test, public testing::WithParamInterface<Stack> {};
 
