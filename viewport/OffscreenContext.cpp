@@ -33,6 +33,8 @@ Function fetch(char const* name) {
     return reinterpret_cast<Function>(eglGetProcAddress(name));
 }
 
+constexpr char const* noDriver = "EGL finds no driver";
+
 // == Displays ==
 
 /// EGL has one display per platform and process, and eglTerminate ends it for all its users. So only the last
@@ -179,7 +181,7 @@ private:
 
 std::string OffscreenContext::State::open(EGLDisplay candidate, Settings const& settings) {
     if (!DisplayUsers::enter(candidate))
-        return "EGL finds no driver";
+        return noDriver;
     display = candidate;
 
     std::string const lack = _create(settings);
@@ -300,11 +302,11 @@ OffscreenContext::OffscreenContext(Settings const& settings) : _settings(setting
             _state = std::move(state);
             return;
         }
-        // Several displays lack the same thing as a rule.
-        if (reasons.find(lack) == std::string::npos)
+        // As a rule several displays lack the same thing; one that has no driver at all tells nothing new.
+        if (lack != noDriver && reasons.find(lack) == std::string::npos)
             reasons += (reasons.empty() ? "" : "; ") + lack;
     }
-    _error = "No OpenGL context: " + (reasons.empty() ? "EGL offers no display" : reasons) + ".";
+    _error = "No OpenGL context: " + (reasons.empty() ? noDriver : reasons) + ".";
 }
 
 OffscreenContext::~OffscreenContext() = default;

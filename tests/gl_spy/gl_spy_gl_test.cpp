@@ -11,6 +11,10 @@
 #include <GL/glext.h>
 #include <GL/glu.h>
 
+#include <dlfcn.h>
+
+extern "C" GLenum glewInit();  // GLEW's own header would replace every entry point by a macro
+
 namespace {
 
 using gl_spy::Recording;
@@ -36,6 +40,23 @@ TEST_F(Gl_spy_gl_test, callsReachTheDriver) {
     drawTriangle(0);
     EXPECT_EQ(readPixel(128, 128), (Pixel{255, 0, 0, 255})) << savePicture("callsReachTheDriver");
     EXPECT_EQ(recording.calls().size(), 6u);
+}
+
+TEST_F(Gl_spy_gl_test, sharedLibrariesFindTheSpyAheadOfTheDriver) {
+    void* const ours = reinterpret_cast<void*>(&glVertex3fv);
+    EXPECT_EQ(dlsym(RTLD_DEFAULT, "glVertex3fv"), ours);
+    EXPECT_NE(dlsym(RTLD_NEXT, "glVertex3fv"), ours);
+    EXPECT_NE(dlsym(RTLD_NEXT, "glVertex3fv"), nullptr);
+}
+
+TEST_F(Gl_spy_gl_test, glewInitIsOneCall) {
+    // Without GLX it ends in GLEW_ERROR_NO_GLX_DISPLAY, after it has loaded the entry points of OpenGL.
+    Recording const recording;
+    glewInit();
+    EXPECT_EQ(recording.texts(), Texts{"glewInit()"});
+    auto* const loaded = static_cast<void**>(dlsym(RTLD_DEFAULT, "__glewCreateShader"));
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_NE(*loaded, nullptr) << "GLEW has not loaded OpenGL 2.0";
 }
 
 TEST_F(Gl_spy_gl_test, theTopRowComesFirst) {
