@@ -18,6 +18,7 @@ struct Script::Rules {
     std::deque<unsigned int> errors;
     std::vector<Status> shaders;  // the last that applies counts
     std::optional<Status> programs;
+    std::optional<int> emptyLogLength;
     std::map<std::string, int> uniformLocations;
     std::map<std::string, int> attributeLocations;
     bool nullMap = false;

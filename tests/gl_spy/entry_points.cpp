@@ -568,6 +568,11 @@ GLint lengthWithZero(std::string const& text) {
     return text.empty() ? 0 : GLint(text.size()) + 1;
 }
 
+GLint logLength(std::string const& log) {
+    auto const scripted = Spy::ask([](Script::Rules& rules) { return rules.emptyLogLength; });
+    return log.empty() && scripted ? *scripted : lengthWithZero(log);
+}
+
 void writeText(std::string const& text, GLsizei room, GLsizei* length, GLchar* destination) {
     std::size_t const count = room > 0 ? std::min(text.size(), std::size_t(room) - 1) : 0;
     if (room > 0 && destination)
@@ -597,7 +602,7 @@ bool answer(glGetShaderiv_entry, GLuint shader, GLenum name, GLint* value) {
     if (name == GL_COMPILE_STATUS || name == GL_INFO_LOG_LENGTH) {
         Status const* const status = shaderStatus(shader);
         if (status)
-            *value = name == GL_COMPILE_STATUS ? status->succeeds : lengthWithZero(status->log);
+            *value = name == GL_COMPILE_STATUS ? status->succeeds : logLength(status->log);
         return status != nullptr;
     }
     if (!Spy::model())
@@ -622,7 +627,7 @@ bool answer(glGetProgramiv_entry, GLuint, GLenum name, GLint* value) {
         return true;
     }
     if (status && name == GL_INFO_LOG_LENGTH) {
-        *value = lengthWithZero(status->log);
+        *value = logLength(status->log);
         return true;
     }
     if (Spy::model())

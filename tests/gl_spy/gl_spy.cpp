@@ -111,6 +111,11 @@ Script& Script::attributeLocation(std::string const& name, int location) {
     return *this;
 }
 
+Script& Script::emptyLogLength(int length) {
+    _rules->emptyLogLength = length;
+    return *this;
+}
+
 Script& Script::nullMap() {
     _rules->nullMap = true;
     return *this;

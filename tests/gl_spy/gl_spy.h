@@ -150,6 +150,9 @@ public:
     /// Every program links, or fails to, with this log.
     Script& programStatus(bool links, std::string const& log);
 
+    /// GL_INFO_LOG_LENGTH of the empty logs above: 0, as GL says, or 1 for a driver that counts the zero at the end.
+    Script& emptyLogLength(int length);
+
     /// glGetUniformLocation(any program, name) gives this location; -1 hides the uniform.
     Script& uniformLocation(std::string const& name, int location);
 
