@@ -573,8 +573,8 @@ public:
     /// with GL_MODELVIEW selected again.
     ///
     /// Deliberate: the attributes are saved under the mask 0x0BA2, the value of GL_VIEWPORT itself, which
-    /// stands for the viewport, depth-buffer, accumulation-buffer, fog, lighting and point groups. State of
-    /// those groups that is set inside the overlay is gone after it.
+    /// stands for the viewport, depth-buffer, accumulation-buffer, fog, pixel-mode and point groups. State of
+    /// those groups that is set inside the overlay is gone after it; that of others, lighting too, stays.
     /// GL: glPushAttrib, glViewport, glMatrixMode(GL_PROJECTION), glPushMatrix, glLoadIdentity, glOrtho,
     /// glMatrixMode(GL_MODELVIEW), glPushMatrix, glLoadIdentity.
     void pushViewportOrtho(Tuple4<unsigned int> const& viewport, Tuple4<float> const& box) override;
