@@ -47,6 +47,13 @@ void restoreInitialState() {
     for (GLint depth = getInteger(GL_CLIENT_ATTRIB_STACK_DEPTH); depth >= baseDepth; --depth)
         glPopClientAttrib();
 
+    // Workaround: Mesa 22.3 forgets, with the end of an inner attribute group, what was changed inside it beyond
+    // that group, and the outer glPopAttrib leaves it as it is. Reading pixels opens such a group while the colour
+    // of the last glBegin is still on its way to the current one.
+    glColor4f(1, 1, 1, 1);
+    glNormal3f(0, 0, 1);
+    glTexCoord4f(0, 0, 0, 1);
+
     for (GLint unit = getInteger(GL_MAX_TEXTURE_COORDS) - 1; unit >= 0; --unit) {
         glActiveTexture(GL_TEXTURE0 + GLenum(unit));
         resetMatrices(GL_TEXTURE, GL_TEXTURE_STACK_DEPTH);
