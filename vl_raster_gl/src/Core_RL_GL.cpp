@@ -396,21 +396,79 @@ constexpr unsigned int TRIANGLE_INDICES_PER_ARROW = 12;
 constexpr unsigned int LINE_INDICES_PER_ARROW = 2;
 constexpr unsigned int QUAD_INDICES_PER_ARROW = 4;
 
+/// The points of some arrows, component by component: what stands next to each other is computed at once.
+struct ArrowPoints {
+    static constexpr unsigned int POINTS = 5;   // the tip, then the four corners of the head's base
+    static constexpr unsigned int ARROWS = 32;  // few enough to stay in the processor's nearest cache
+
+    float x[POINTS][ARROWS];
+    float y[POINTS][ARROWS];
+    float z[POINTS][ARROWS];
+
+    /// \param count of the arrows, at most ARROWS.
+    void compute(Vector3<float> const* tails, Vector3<float> const* directions, float const& scale,
+                 unsigned int const& count) {
+        // The choice of the sides has a loop of its own: together with the divisions it would be a branch, and
+        // a loop with branches is not worked off several arrows at once.
+        float vx[ARROWS];  // from tail to tip
+        float vy[ARROWS];
+        float vz[ARROWS];
+        float sideX[ARROWS];
+        float sideZ[ARROWS];
+        float sideLength[ARROWS];
+        unsigned int const n = count;
+        float const s = scale;
+        for (unsigned int i = 0; i < n; ++i) {
+            Vector3<float> const tip = tails[i] + directions[i] * s;
+            Vector3<float> const v = tip - tails[i];
+            _set(0, i, tip);
+            vx[i] = v.x;
+            vy[i] = v.y;
+            vz[i] = v.z;
+        }
+        for (unsigned int i = 0; i < n; ++i) {
+            HeadSide const side(Vector3<float>{vx[i], vy[i], vz[i]});
+            sideX[i] = side.x;
+            sideZ[i] = side.z;
+            sideLength[i] = side.length;
+        }
+        for (unsigned int i = 0; i < n; ++i) {
+            Vector3<float> const v{vx[i], vy[i], vz[i]};
+            float const arrowLength = length(v);
+            float const headLength = arrowLength * HEAD_PER_LENGTH;
+            Vector3<float> const base = at(0, i) - (v / arrowLength) * headLength;
+            ArrowHead const head(v, HeadSide(sideX[i], sideZ[i], sideLength[i]), base,
+                                 headLength * HEAD_WIDTH_PER_LENGTH);
+            _set(1, i, head.corners[0]);
+            _set(2, i, head.corners[1]);
+            _set(3, i, head.corners[2]);
+            _set(4, i, head.corners[3]);
+        }
+    }
+
+    Vector3<float> at(unsigned int const& point, unsigned int const& arrow) const {
+        return {x[point][arrow], y[point][arrow], z[point][arrow]};
+    }
+
+private:
+    void _set(unsigned int const& point, unsigned int const& arrow, Vector3<float> const& value) {
+        x[point][arrow] = value.x;
+        y[point][arrow] = value.y;
+        z[point][arrow] = value.z;
+    }
+};
+
 /// Tip, base corners, tail, and the corners once more: the base has a colour of its own.
 ///
 ///     0 tip     1 2 3 4 base corners of the sides     5 tail     6 7 8 9 corners of the base
-void writeArrowVertices(Vector3<float> const& tail, Vector3<float> const& offset, Vector3<float>* out) {
-    Vector3<float> const tip = tail + offset;
-    Vector3<float> const v = tip - tail;
-    float const arrowLength = length(v);
-    float const headLength = arrowLength * HEAD_PER_LENGTH;
-    Vector3<float> const base = tip - (v / arrowLength) * headLength;
-    ArrowHead const head(v, base, headLength * HEAD_WIDTH_PER_LENGTH);
-    out[0] = tip;
+void writeArrowVertices(ArrowPoints const& points, unsigned int const& arrow, Vector3<float> const& tail,
+                        Vector3<float>* out) {
+    out[0] = points.at(0, arrow);
     out[5] = tail;
-    for (unsigned int i = 0; i < 4; ++i) {
-        out[1 + i] = head.corners[i];
-        out[6 + i] = head.corners[i];
+    for (unsigned int corner = 1; corner <= 4; ++corner) {
+        Vector3<float> const p = points.at(corner, arrow);
+        out[corner] = p;
+        out[5 + corner] = p;
     }
 }
 
@@ -420,10 +478,17 @@ void writeArrowColors(Color4<float> const& color, Color4<float>* out) {
     std::fill(out + 6, out + VERTICES_PER_ARROW, baseColor);
 }
 
-void writeArrowTriangles(unsigned int const& k, unsigned int* out) {
-    unsigned int const indices[TRIANGLE_INDICES_PER_ARROW] = {k, k + 1, k + 2, k, k + 2, k + 3,
-                                                              k, k + 3, k + 4, k, k + 4, k + 1};
-    std::copy(indices, indices + TRIANGLE_INDICES_PER_ARROW, out);
+constexpr unsigned int TRIANGLE_INDICES[TRIANGLE_INDICES_PER_ARROW] = {0, 1, 2, 0, 2, 3, 0, 3, 4, 0, 4, 1};
+constexpr unsigned int LINE_INDICES[LINE_INDICES_PER_ARROW] = {5, 0};
+constexpr unsigned int QUAD_INDICES[QUAD_INDICES_PER_ARROW] = {6, 7, 8, 9};
+
+/// The indices of one arrow: `pattern` counted from its first vertex.
+template <unsigned int N>
+void writeArrowIndices(unsigned int const (&pattern)[N], unsigned int const& firstVertex, unsigned int* out) {
+    unsigned int const k = firstVertex;
+    for (unsigned int i = 0; i < N; ++i) {
+        out[i] = k + pattern[i];
+    }
 }
 
 // The render layer takes client arrays as void*, since some of its callers pass offsets; nothing writes
@@ -1455,18 +1520,34 @@ void Core_RL_GL::createBuffers_forRenderArrow3(Array<Vector3<float>> const& posi
     resizeToOverwrite(quads, QUAD_INDICES_PER_ARROW * count);
     resizeToOverwrite(vertexColors, VERTICES_PER_ARROW * count);
 
-    for (unsigned int i = 0; i < count; ++i) {
-        unsigned int const k = VERTICES_PER_ARROW * i;
-        writeArrowVertices(positions[i], directions[i] * scale, vertices.data() + k);
-        writeArrowColors(colors.size() == 0 ? DEFAULT_ARROW_COLOR : colors[std::min(i, colors.size() - 1)],
-                         vertexColors.data() + k);
-        writeArrowTriangles(k, triangles.data() + TRIANGLE_INDICES_PER_ARROW * i);
-        unsigned int* const quad = quads.data() + QUAD_INDICES_PER_ARROW * i;
-        for (unsigned int corner = 0; corner < QUAD_INDICES_PER_ARROW; ++corner) {
-            quad[corner] = k + 6 + corner;
+    // The points are computed for some arrows at once, then all that belongs to an arrow is written in one go:
+    // the processor computes on while the memory takes the stores.
+    ArrowPoints points;
+    Vector3<float>* vertex = vertices.data();
+    Color4<float>* vertexColor = vertexColors.data();
+    unsigned int* triangle = triangles.data();
+    unsigned int* line = lines.data();
+    unsigned int* quad = quads.data();
+    unsigned int const colorCount = colors.size();
+    for (unsigned int first = 0; first < count; first += ArrowPoints::ARROWS) {
+        unsigned int const arrows = std::min(count - first, ArrowPoints::ARROWS);
+        Vector3<float> const* const tails = positions.data() + first;
+        points.compute(tails, directions.data() + first, scale, arrows);
+        for (unsigned int arrow = 0; arrow < arrows; ++arrow) {
+            unsigned int const i = first + arrow;
+            unsigned int const k = VERTICES_PER_ARROW * i;
+            writeArrowVertices(points, arrow, tails[arrow], vertex);
+            writeArrowColors(colorCount == 0 ? DEFAULT_ARROW_COLOR : colors[std::min(i, colorCount - 1)],
+                             vertexColor);
+            writeArrowIndices(TRIANGLE_INDICES, k, triangle);
+            writeArrowIndices(LINE_INDICES, k, line);
+            writeArrowIndices(QUAD_INDICES, k, quad);
+            vertex += VERTICES_PER_ARROW;
+            vertexColor += VERTICES_PER_ARROW;
+            triangle += TRIANGLE_INDICES_PER_ARROW;
+            line += LINE_INDICES_PER_ARROW;
+            quad += QUAD_INDICES_PER_ARROW;
         }
-        lines[LINE_INDICES_PER_ARROW * i] = k + 5;
-        lines[LINE_INDICES_PER_ARROW * i + 1] = k;
     }
 }
 

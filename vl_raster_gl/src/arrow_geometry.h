@@ -6,7 +6,7 @@
 
 namespace vellum {
 
-inline constexpr double SHORTEST_DIRECTION = 1e-14;   // shorter vectors have no direction
+inline constexpr float SHORTEST_DIRECTION = 1e-14F;   // vectors up to this length have no direction
 inline constexpr float HEAD_PER_LENGTH = 0.333F;      // the longest head, as a part of its arrow
 inline constexpr float HEAD_WIDTH_PER_LENGTH = 0.2F;  // half the head's width, as a part of its length
 inline constexpr float HEAD_TO_SKIP = 0.0001F;   // arrows shorter than this part of their head are left out
@@ -15,9 +15,30 @@ inline constexpr float BUFFERED_HEAD_BASE_SHADE = 0.8F;  // and of arrows in arr
 inline constexpr float BARB_TANGENT = 0.5F;              // of the angle between a flat arrow and its barbs
 inline constexpr Color4<float> DEFAULT_ARROW_COLOR{240.0F / 255.0F, 248.0F / 255.0F, 1.0F, 1.0F};
 
+// No float lies between this one and the decimal 1e-14, so lengths compare alike with both.
+static_assert(static_cast<double>(SHORTEST_DIRECTION) <= 1e-14);
+
 inline bool hasDirection(float const& length) {
-    return static_cast<double>(length) > SHORTEST_DIRECTION;
+    return length > SHORTEST_DIRECTION;
 }
+
+/// The direction across an arrow in which its head is wide, before it is made a unit vector: (x, 0, z).
+/// Straight up or down it is (1, 0, 0).
+struct HeadSide {
+    float x;
+    float z;
+    float length;  // above 0, or not a number: dividing by it is safe
+
+    explicit HeadSide(Vector3<float> const& direction) {
+        float const sideways = vellum::length(Vector3<float>{-direction.z, 0.0F, direction.x});
+        bool const isSlanted = hasDirection(sideways);
+        x = isSlanted ? -direction.z : 1.0F;
+        z = isSlanted ? direction.x : 0.0F;
+        length = isSlanted ? sideways : 1.0F;
+    }
+    HeadSide(float const& sideX, float const& sideZ, float const& sideLength)
+        : x(sideX), z(sideZ), length(sideLength) {}
+};
 
 /// The four corners of an arrow head's base, around the point where the head begins.
 ///
@@ -27,13 +48,17 @@ inline bool hasDirection(float const& length) {
 struct ArrowHead {
     Vector3<float> corners[4];  // K1 to K4
 
-    /// \param direction of the arrow; needs not be a unit vector. Straight up or down, a is (1, 0, 0). Not
-    ///        guarded: for a zero direction the corners are not numbers.
+    /// \param direction of the arrow; needs not be a unit vector. Not guarded: for a zero direction the corners
+    ///        are not numbers.
     /// \param base where the head begins.
     /// \param halfWidth half the side of the base.
-    ArrowHead(Vector3<float> const& direction, Vector3<float> const& base, float const& halfWidth) {
-        Vector3<float> a{-direction.z, 0.0F, direction.x};
-        a = hasDirection(length(a)) ? normalized(a) : Vector3<float>{1.0F, 0.0F, 0.0F};
+    ArrowHead(Vector3<float> const& direction, Vector3<float> const& base, float const& halfWidth)
+        : ArrowHead(direction, HeadSide(direction), base, halfWidth) {}
+
+    /// The same with the side that belongs to the direction.
+    ArrowHead(Vector3<float> const& direction, HeadSide const& side, Vector3<float> const& base,
+              float const& halfWidth) {
+        Vector3<float> const a = Vector3<float>{side.x, 0.0F, side.z} * (1.0F / side.length);
         Vector3<float> const b = normalized(cross(a, direction));
         Vector3<float> const aw = a * halfWidth;
         Vector3<float> const bw = b * halfWidth;
