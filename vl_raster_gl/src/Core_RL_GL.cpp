@@ -1687,14 +1687,16 @@ void Core_RL_GL::render(Box3<float> const& box, Tuple8<Vector3<float>> const& co
 }
 
 void Core_RL_GL::render(Box2<float> const& box, bool const& wire) {
-    Vector2<float> const corners[4] = {box.min, {box.max.x, box.min.y}, box.max, {box.min.x, box.max.y}};
+    Vector2<float> const lowerRight{box.max.x, box.min.y};
+    Vector2<float> const upperLeft{box.min.x, box.max.y};
     // Deliberate: lines, not a loop; the fifth vertex is dropped and two edges show.
     glBegin(wire ? GL_LINES : GL_QUADS);
-    for (Vector2<float> const& corner : corners) {
-        glVertex2fv(&corner.x);
-    }
+    glVertex2fv(&box.min.x);
+    glVertex2fv(&lowerRight.x);
+    glVertex2fv(&box.max.x);
+    glVertex2fv(&upperLeft.x);
     if (wire) {
-        glVertex2fv(&corners[0].x);
+        glVertex2fv(&box.min.x);
     }
     glEnd();
 }
