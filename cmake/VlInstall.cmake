@@ -3,7 +3,8 @@
 install(TARGETS vellum_foundation vl_raster_gl
         EXPORT vl_raster_gl_targets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY foundation DESTINATION ${VL_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY foundation DESTINATION ${VL_INSTALL_INCLUDEDIR}
+        FILES_MATCHING PATTERN "*.h" PATTERN "image_decoders.h" EXCLUDE)
 install(EXPORT vl_raster_gl_targets FILE vl_raster_gl-targets.cmake NAMESPACE vellum::
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vl_raster_gl)
 

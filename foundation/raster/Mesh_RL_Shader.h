@@ -1,0 +1,49 @@
+#pragma once
+
+#include "foundation/basic/VL_String.h"
+#include "foundation/export.h"
+
+namespace vellum {
+
+/// What a renderer knows of an effect: when it is made, and what surrounds a drawing.
+///
+/// The renderers of meshes and particles hold effects through this class and never see how they work. One
+/// pass of drawing with an effect is
+///
+///     if (!effect->created) effect->create();
+///     effect->init();
+///     effect->preprocess();
+///     draw();
+///     effect->postprocess();
+///     effect->cleanup();
+///
+/// Here all operations do nothing; the effects of a drawing system give them their meaning. What a pass
+/// leaves changed when cleanup() is not called is up to the effect.
+class VL_FOUNDATION_EXPORT Mesh_RL_Shader {
+public:
+    /// The type of a value that setShaderConstant() passes.
+    enum UNIFORM_TYPE : unsigned int { CONSTANT_INT = 0, CONSTANT_FLOAT = 1, CONSTANT_MATRIX = 2 };
+
+    Mesh_RL_Shader();  ///< No label, not created.
+    Mesh_RL_Shader(Mesh_RL_Shader const&) = default;
+    Mesh_RL_Shader& operator=(Mesh_RL_Shader const&) = default;
+
+    // The virtual operations stand in the order of the interface; their order is part of it.
+
+    virtual ~Mesh_RL_Shader();
+
+    virtual void create();       ///< Builds what the effect draws with.
+    virtual void init();         ///< Prepares a pass, before preprocess().
+    virtual void preprocess();   ///< Makes the effect current; the geometry is drawn after it.
+    virtual void postprocess();  ///< Ends the drawing.
+    virtual void cleanup();      ///< Takes back what preprocess() changed.
+
+    /// Passes a value to the effect by name: `size` numbers, or a square matrix of order `size`.
+    virtual void setShaderConstant(char const* name, Mesh_RL_Shader::UNIFORM_TYPE type, unsigned int size,
+                                   void* values);
+
+    VL_String label;  ///< For the application; no effect reads it.
+    bool created;     ///< Whether create() has built the effect.
+};
+
+}  // namespace vellum
