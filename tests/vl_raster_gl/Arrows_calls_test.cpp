@@ -85,7 +85,7 @@ TEST_F(Arrows_calls_test, arrowAsksTheVirtualSegmentTriangleAndBox) {
     Core_RL& layer = witness;
     layer.renderArrow3({1, 2, 3}, {4, 2, 3}, 0.5F, true);
     Texts const triangle{"-> renderTriangle"};
-    EXPECT_EQ(witness.trace(), joined({{"-> renderSegment3"},
+    ASSERT_EQ(witness.trace(), joined({{"-> renderSegment3"},
                                        PUSHED_FILLINGS,
                                        triangle,
                                        triangle,
@@ -254,7 +254,7 @@ TEST_F(Arrows_calls_test, buffersAreDrawnByTheGlobalLayerWhileTheAskedOneSetsThe
     Texts ofAsked;
     for (Witness_core::Request const& request : asked.requests)
         ofAsked.push_back(request.operation);
-    EXPECT_THAT(ofAsked,
+    ASSERT_THAT(ofAsked,
                 ElementsAre("setFillingFront", "setFillingBack", "setFillingBack", "setFillingFront"));
     Texts ofGlobal;
     for (Witness_core::Request const& request : global.requests)

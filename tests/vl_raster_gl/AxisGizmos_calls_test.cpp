@@ -154,7 +154,7 @@ TEST_F(AxisGizmos_calls_test, stippledArrowIsTheVirtualArrowBetweenStippleOnAndO
     witness.recording = &recording;
     Core_RL& layer = witness;
     layer.renderAxisArrowStipple3(VL_AXIS_Y, 8U, 0.25F);
-    EXPECT_EQ(witness.trace(), joined({STIPPLE_ON, {"-> renderAxisArrow3"}, STIPPLE_OFF}));
+    ASSERT_EQ(witness.trace(), joined({STIPPLE_ON, {"-> renderAxisArrow3"}, STIPPLE_OFF}));
     EXPECT_THAT(witness.requests[0].numbers, ElementsAre(1, 8, 0.25));
 }
 

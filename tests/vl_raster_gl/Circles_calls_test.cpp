@@ -149,6 +149,7 @@ TEST_F(Circles_calls_test, cameraFacingCircleAsksTheVirtualCircleBeforeItsOwn) {
     witness.recording = &recording;
     witness.renderCircleCameraFacing3(IDENTITY, Matrix3<float>{}, 1.5F, {1, 0.5F, 0, 1}, 2.0F);
     Texts const trace = witness.trace();
+    ASSERT_EQ(trace.size(), 11U);
     EXPECT_EQ(Texts(trace.begin() + 5, trace.end()),
               joined({{"glScalef(1.5, 1.5, 1.5)", "-> renderCircle3", "glBegin(GL_LINE_LOOP)", "glEnd()",
                        "glPopMatrix()"},
@@ -386,7 +387,7 @@ TEST_F(Circles_calls_test, culledAxisCircleLoadsItsNameAndAsksTheVirtualCircleIn
             gl_spy::Recording recording;
             witness.recording = &recording;
             (witness.*kind.draw)(VL_AXIS(axis), 90U + axis, {0.3F, 0.4F, -0.8F}, FRAME, 1.5F, 2.0F);
-            EXPECT_EQ(witness.trace(), joined({named(90 + axis), {std::string("-> ") + kind.circle}}));
+            ASSERT_EQ(witness.trace(), joined({named(90 + axis), {std::string("-> ") + kind.circle}}));
             ASSERT_EQ(witness.requests.size(), 1U);
             std::vector<double> const numbers = witness.requests[0].numbers;
             ASSERT_EQ(numbers.size(), 20U);

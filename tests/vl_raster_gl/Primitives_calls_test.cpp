@@ -96,7 +96,7 @@ TEST_F(Primitives_calls_test, stippledSegmentIsTheVirtualSegmentBetweenStippleOn
     gl_spy::Recording recording;
     witness.recording = &recording;
     witness.renderSegmentStipple3({1, 2, 3}, {4, 5, 6});
-    EXPECT_THAT(witness.trace(), ElementsAre("-> setLineStipple", "-> renderSegment3", "-> setLineStipple"));
+    ASSERT_THAT(witness.trace(), ElementsAre("-> setLineStipple", "-> renderSegment3", "-> setLineStipple"));
     EXPECT_THAT(witness.requests[0].numbers, ElementsAre(1));
     EXPECT_THAT(witness.requests[1].numbers, ElementsAre(1, 2, 3, 4, 5, 6));
     EXPECT_THAT(witness.requests[2].numbers, ElementsAre(0));
@@ -179,7 +179,7 @@ TEST_F(Primitives_calls_test, box2OfDoublesAsksTheVirtualOverloadForFloats) {
         gl_spy::Recording recording;
         witness.recording = &recording;
         witness.render(Box2<double>{{0.1, 2}, {3, 1e-3}}, wire);
-        EXPECT_THAT(witness.trace(), ElementsAre("-> render(Box2)"));
+        ASSERT_THAT(witness.trace(), ElementsAre("-> render(Box2)"));
         EXPECT_THAT(witness.requests[0].numbers, ElementsAre(0.1F, 2, 3, 1e-3F, wire ? 1 : 0));
     }
 }
@@ -189,7 +189,7 @@ TEST_F(Primitives_calls_test, box2AboutACentreAsksForTheFilledVirtualBox2) {
     gl_spy::Recording recording;
     witness.recording = &recording;
     witness.renderBox2({3, 4}, 0.5F);
-    EXPECT_THAT(witness.trace(), ElementsAre("-> render(Box2)"));
+    ASSERT_THAT(witness.trace(), ElementsAre("-> render(Box2)"));
     EXPECT_THAT(witness.requests[0].numbers, ElementsAre(2.5, 3.5, 3.5, 4.5, 0));
 }
 
@@ -243,7 +243,7 @@ TEST_F(Primitives_calls_test, box3OfDoublesAsksTheVirtualOverloadsForFloats) {
         Core_RL const& layer = witness;
         layer.render(box, wire);
         layer.render(box, CORNER_COLOURS, wire);
-        EXPECT_THAT(witness.trace(), ElementsAre("-> render(Box3)", "-> render(Box3, colours)"));
+        ASSERT_THAT(witness.trace(), ElementsAre("-> render(Box3)", "-> render(Box3, colours)"));
         EXPECT_THAT(witness.requests[0].numbers, ElementsAre(0.1F, 2, 3, 4, 1e-3F, 8, wire ? 1 : 0));
         EXPECT_THAT(witness.requests[1].numbers,
                     ElementsAre(0.1F, 2, 3, 4, 1e-3F, 8, wire ? 1 : 0, 0, 0, 0, 1, 1, 1));
@@ -277,7 +277,7 @@ TEST_F(Primitives_calls_test, orientedBoxOfDoublesAsksTheVirtualOverloadForFloat
     gl_spy::Recording recording;
     witness.recording = &recording;
     witness.render(Obb3<double>{{0.1, 0, 0}, 4, {0, 0.2, 0}, 0.5, {0, 0, 0.3}, 0.6, {7, 8, 0.9}}, true);
-    EXPECT_THAT(witness.trace(), ElementsAre("-> render(Obb3)"));
+    ASSERT_THAT(witness.trace(), ElementsAre("-> render(Obb3)"));
     EXPECT_THAT(witness.requests[0].numbers,
                 ElementsAre(0.1F, 0, 0, 0, 0.2F, 0, 0, 0, 0.3F, 7, 8, 0.9F, 4, 0.5, 0.6F, 1));
 }
@@ -287,7 +287,7 @@ TEST_F(Primitives_calls_test, cubeAboutACentreAsksForTheFilledVirtualBox3) {
     gl_spy::Recording recording;
     witness.recording = &recording;
     witness.renderBox3(Vector3<float>{1, 2, 3}, 0.5F);
-    EXPECT_THAT(witness.trace(), ElementsAre("-> render(Box3)"));
+    ASSERT_THAT(witness.trace(), ElementsAre("-> render(Box3)"));
     EXPECT_THAT(witness.requests[0].numbers, ElementsAre(0.5, 1.5, 2.5, 1.5, 2.5, 3.5, 0));
 }
 
@@ -297,7 +297,7 @@ TEST_F(Primitives_calls_test, namedCubePushesFillingsNameAndColourAndPopsColourF
     gl_spy::Recording recording;
     witness.recording = &recording;
     witness.renderBox3(42U, Color4<float>{1, 0.5F, 0, 1}, 0.25F);
-    EXPECT_EQ(witness.trace(), joined({PUSHED_FILLINGS,
+    ASSERT_EQ(witness.trace(), joined({PUSHED_FILLINGS,
                                        {"glLoadName(42)", "glColor4f(1, 0.5, 0, 1)", "-> render(Box3)"},
                                        START_COLOUR_AGAIN,
                                        FILLINGS_FRONT_FIRST}));
@@ -418,7 +418,7 @@ TEST_F(Primitives_calls_test, texturedDrawingsUseTheVirtualTextureOperations) {
     witness.recording = &recording;
     witness.renderQuad3(17U);
     witness.renderRhombus3(18U);
-    EXPECT_THAT(witness.trace(), ElementsAre("-> activateTextureColor", "glBegin(GL_POLYGON)", "glEnd()",
+    ASSERT_THAT(witness.trace(), ElementsAre("-> activateTextureColor", "glBegin(GL_POLYGON)", "glEnd()",
                                              "-> disableTextureColor", "-> activateTextureColor",
                                              "glBegin(GL_POLYGON)", "glEnd()", "-> disableTextureColor"));
     EXPECT_THAT(witness.requests[0].numbers, ElementsAre(17));
@@ -773,7 +773,7 @@ TEST_F(Primitives_calls_test, namedDrawingsLoadTheNameAndAskTheVirtualDrawing) {
     layer.renderPoint3({1, 2, 3}, 13U);
     layer.renderPoint3_scoped({4, 5, 6}, 14U);
     layer.renderPoint2({7, 8}, 15U);
-    EXPECT_THAT(witness.trace(),
+    ASSERT_THAT(witness.trace(),
                 ElementsAre("glLoadName(11)", "-> renderArrow3", "glLoadName(12)", "-> renderArrow2",
                             "glLoadName(13)", "-> renderPoint3", "glLoadName(14)", "-> renderPoint3_scoped",
                             "glLoadName(15)", "-> renderPoint2"));
@@ -789,7 +789,7 @@ TEST_F(Primitives_calls_test, tetrahedronOfDoublesAsksTheVirtualOverloadForFloat
     gl_spy::Recording recording;
     witness.recording = &recording;
     witness.renderTetrahedron(Vector3<double>{0.1, 2, 3}, 0.7);
-    EXPECT_THAT(witness.trace(), ElementsAre("-> renderTetrahedron"));
+    ASSERT_THAT(witness.trace(), ElementsAre("-> renderTetrahedron"));
     EXPECT_THAT(witness.requests[0].numbers, ElementsAre(0.1F, 2, 3, 0.7F));
 }
 
@@ -804,7 +804,7 @@ TEST_F(Primitives_calls_test, planeSystemAsksTheVirtualPlaneForEachPlane) {
     precise.planes = {{{0, 0.1, 0}, 0.2}};
     layer.renderPlane3System(single, 5.0F, 6U);
     layer.renderPlane3System(precise, 0.7, 8U);
-    EXPECT_THAT(witness.trace(), ElementsAre("-> renderPlane3", "-> renderPlane3", "-> renderPlane3"));
+    ASSERT_THAT(witness.trace(), ElementsAre("-> renderPlane3", "-> renderPlane3", "-> renderPlane3"));
     EXPECT_THAT(witness.requests[0].numbers, ElementsAre(0, 1, 0, 2, 5, 6));
     EXPECT_THAT(witness.requests[1].numbers, ElementsAre(1, 0, 0, -3, 5, 6));
     EXPECT_THAT(witness.requests[2].numbers, ElementsAre(0, 0.1F, 0, 0.2F, 0.7F, 8));
