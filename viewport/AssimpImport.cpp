@@ -10,7 +10,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <limits>
 #include <optional>
 #include <string_view>
 
@@ -149,9 +148,14 @@ Color4<float> materialColour(aiScene const& scene, unsigned int const& index) {
     aiMaterial const& material = *scene.mMaterials[index];
     aiColor4D diffuse;
     aiString name;
-    bool const isAssimpsOwn = material.Get(AI_MATKEY_NAME, name) == AI_SUCCESS &&
-                              std::string_view(name.C_Str()) == AI_DEFAULT_MATERIAL_NAME;
-    if (isAssimpsOwn || material.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) != AI_SUCCESS) {
+    material.Get(AI_MATKEY_NAME, name);
+    if (material.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) != AI_SUCCESS) {
+        return plainColour;
+    }
+    // What Assimp adds where a file has no material.
+    std::string_view const word = name.C_Str();
+    bool const isAssimpsGrey = diffuse.r == 0.6F && diffuse.g == 0.6F && diffuse.b == 0.6F;
+    if (word == AI_DEFAULT_MATERIAL_NAME || (word.empty() && isAssimpsGrey)) {
         return plainColour;
     }
     Color4<float> const colour = toColour(diffuse);
@@ -168,7 +172,7 @@ public:
     Collector(aiScene const& scene, bool const& ignoreNormals)
         : _scene(scene), _ignoreNormals(ignoreNormals) {}
 
-    /// False when there are more vertices than a triangle's indices can tell apart.
+    /// False when there is more of something than a mesh holds.
     bool collect() {
         if (_scene.mRootNode == nullptr) {
             return true;
@@ -198,8 +202,9 @@ public:
 
     /// The mesh, complete with the normals that the file lacks.
     MeshData take() {
-        _mesh.hasOwnNormals = std::find(_hasNormal.begin(), _hasNormal.end(), false) == _hasNormal.end();
-        if (!_mesh.hasOwnNormals) {
+        auto const missing = std::count(_hasNormal.begin(), _hasNormal.end(), false);
+        _mesh.computedNormalCount = static_cast<std::uint64_t>(missing);
+        if (missing > 0) {
             std::vector<Vector3<float>> const smooth = smoothVertexNormals(_mesh.positions, _mesh.triangles);
             for (std::size_t i = 0; i < smooth.size(); ++i) {
                 if (!_hasNormal[i]) {
@@ -221,7 +226,8 @@ private:
             return true;
         }
         std::size_t const base = _mesh.positions.size();
-        if (base + mesh.mNumVertices > std::numeric_limits<unsigned int>::max()) {
+        if (base + mesh.mNumVertices > MeshData::largestCount ||
+            _mesh.triangles.size() + mesh.mNumFaces > MeshData::largestCount) {
             return false;
         }
         Vector3<double> const axes[3] = {column(transform, 0), column(transform, 1), column(transform, 2)};
@@ -343,7 +349,7 @@ Result<MeshData> importWithAssimp(std::string const& path) {
     // An STL file has a normal for each facet and none for a vertex.
     Collector collector(*scene, extension == ".stl");
     if (!collector.collect()) {
-        return fault("the mesh has too many vertices");
+        return fault("the mesh has too many vertices or triangles");
     }
     MeshData mesh = collector.take();
     mesh.name = std::filesystem::path(path).filename().string();

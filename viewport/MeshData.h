@@ -6,6 +6,7 @@
 #include "foundation/geometry/Vector2.h"
 #include "foundation/geometry/Vector3.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,6 +20,9 @@ namespace vellum::viewport {
 struct MeshData {
     using Triangle = Tuple3<unsigned int>;
 
+    /// The most vertices and the most triangles: the corners of all triangles are drawn with one 31-bit count.
+    static constexpr std::uint64_t largestCount = std::uint64_t(1) << 29;
+
     std::string name;  ///< the file's name without its folders
 
     std::vector<Vector3<double>> positions;  ///< in the file's units, as many as there are vertices
@@ -27,9 +31,9 @@ struct MeshData {
     std::vector<Color4<float>> colours;      ///< one per vertex
     std::vector<Vector2<float>> textureCoordinates;  ///< one per vertex, or empty
 
-    unsigned int partCount = 0;     ///< meshes of the file that gave triangles
-    bool hasOwnNormals = false;     ///< every normal came from the file; otherwise some were computed
-    bool hasVertexColours = false;  ///< some colours were given per vertex, not by a material
+    unsigned int partCount = 0;             ///< meshes of the file that gave triangles
+    std::uint64_t computedNormalCount = 0;  ///< of the normals, those that the file lacks or has as zero
+    bool hasVertexColours = false;          ///< some colours were given per vertex, not by a material
 
     /// What is wrong with the mesh, as the message of a fault, or nothing: lists of different lengths, no triangle,
     /// an index out of range, a coordinate that is not a number or infinite.

@@ -2,14 +2,13 @@
 
 #include <cstdint>
 #include <cstring>
-#include <limits>
 
 namespace vellum::viewport {
 
 namespace {
 
 enum Content : std::uint32_t { CONTENT_MESH = 1, CONTENT_FAULT = 2 };
-enum Flags : std::uint32_t { HAS_OWN_NORMALS = 1, HAS_VERTEX_COLOURS = 2, HAS_TEXTURE_COORDINATES = 4 };
+enum Flags : std::uint32_t { HAS_VERTEX_COLOURS = 1, HAS_TEXTURE_COORDINATES = 2 };
 
 struct Header {
     char magic[8];
@@ -19,6 +18,7 @@ struct Header {
     std::uint32_t textLength;  // of the mesh's name or the fault's message
     std::uint64_t vertexCount;
     std::uint64_t triangleCount;
+    std::uint64_t computedNormalCount;
 };
 
 constexpr char magic[8] = {'v', 'l', 'm', 'e', 's', 'h', '0', '1'};
@@ -87,9 +87,8 @@ std::uint64_t bytesPerVertex(std::uint32_t const& flags) {
 
 /// The size that the header promises, or nothing when it could not be that of any buffer.
 bool promisedSize(Header const& header, std::uint64_t& size) {
-    // Indices have 32 bits. With counts below that, the sums here stay far inside 64 bits.
-    constexpr std::uint64_t largestCount = std::numeric_limits<std::uint32_t>::max();
-    if (header.vertexCount > largestCount || header.triangleCount > largestCount) {
+    // With counts within these bounds the sums here stay far inside 64 bits.
+    if (header.vertexCount > MeshData::largestCount || header.triangleCount > MeshData::largestCount) {
         return false;
     }
     size = sizeof(Header) + header.textLength + header.vertexCount * bytesPerVertex(header.flags) +
@@ -101,12 +100,12 @@ bool promisedSize(Header const& header, std::uint64_t& size) {
 
 std::vector<unsigned char> encodeMesh(MeshData const& mesh) {
     Header header = makeHeader(CONTENT_MESH, mesh.name);
-    header.flags = (mesh.hasOwnNormals ? HAS_OWN_NORMALS : 0U) |
-                   (mesh.hasVertexColours ? HAS_VERTEX_COLOURS : 0U) |
+    header.flags = (mesh.hasVertexColours ? HAS_VERTEX_COLOURS : 0U) |
                    (mesh.textureCoordinates.empty() ? 0U : HAS_TEXTURE_COORDINATES);
     header.partCount = mesh.partCount;
     header.vertexCount = mesh.positions.size();
     header.triangleCount = mesh.triangles.size();
+    header.computedNormalCount = mesh.computedNormalCount;
 
     std::uint64_t size = sizeof header;
     promisedSize(header, size);
@@ -161,7 +160,7 @@ Result<MeshData> decodeMesh(unsigned char const* bytes, std::size_t const& size,
         mesh.textureCoordinates = reader.take<Vector2<float>>(header.vertexCount);
     }
     mesh.partCount = header.partCount;
-    mesh.hasOwnNormals = (header.flags & HAS_OWN_NORMALS) != 0;
+    mesh.computedNormalCount = header.computedNormalCount;
     mesh.hasVertexColours = (header.flags & HAS_VERTEX_COLOURS) != 0;
     if (std::optional<std::string> const fault = mesh.firstFault()) {
         return Fault{file, *fault};

@@ -1,7 +1,6 @@
 #include "viewport/ViewFraming.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
 
@@ -16,15 +15,6 @@ constexpr double pi = 3.14159265358979323846;
 /// The near plane is at least this part of the far one: 24 bits of depth still tell surfaces apart then.
 constexpr double smallestNearPart = 1.0 / 2000;
 
-std::array<Point, 8> cornersOf(Box3<double> const& box) {
-    std::array<Point, 8> corners{};
-    for (unsigned int i = 0; i < 8; ++i) {
-        corners[i] = {(i & 1) != 0 ? box.max.x : box.min.x, (i & 2) != 0 ? box.max.y : box.min.y,
-                      (i & 4) != 0 ? box.max.z : box.min.z};
-    }
-    return corners;
-}
-
 Point centreOf(Box3<double> const& box) {
     return box.min * 0.5 + box.max * 0.5;
 }
@@ -38,7 +28,48 @@ Box3<double> framable(Box3<double> const& box) {
     return {box.min - half, box.max + half};
 }
 
+/// The points themselves, or a box of size 1 around them where they have no extent to be framed by.
+std::vector<Point> framable(std::vector<Point> const& points) {
+    Point const first = points.empty() ? Point{0, 0, 0} : points.front();
+    bool const hasExtent =
+        std::any_of(points.begin(), points.end(), [&first](Point const& p) { return length(p - first) > 0; });
+    return hasExtent ? points : cornersOf(framable(Box3<double>{first, first}));
+}
+
+/// Where an eye that sees the points between two planes of the frame stands: how deep along the direction of view,
+/// and how far along the direction from one plane to the other.
+struct Reach {
+    double depth;
+    double aside;
+};
+
+/// The frame's planes open from the eye e with the tangent t on both sides of the direction d. A point p is between
+/// them when (p - e) s <= t (p - e) d and -(p - e) s <= t (p - e) d, with s the direction aside. So, with
+///
+///     a = max p (s - t d)        b = max p (-s - t d)
+///
+/// over all points, e (s - t d) >= a and e (-s - t d) >= b; the nearest eye is where both are equalities.
+Reach reachOf(std::vector<Point> const& points, Point const& direction, Point const& aside,
+              double const& tangent) {
+    double a = std::numeric_limits<double>::lowest();
+    double b = a;
+    for (Point const& p : points) {
+        a = std::max(a, dot(p, aside - direction * tangent));
+        b = std::max(b, dot(p, -aside - direction * tangent));
+    }
+    return {-(a + b) / (2 * tangent), (a - b) / 2};
+}
+
 }  // namespace
+
+std::vector<Vector3<double>> cornersOf(Box3<double> const& box) {
+    std::vector<Point> corners;
+    for (unsigned int i = 0; i < 8; ++i) {
+        corners.push_back({(i & 1) != 0 ? box.max.x : box.min.x, (i & 2) != 0 ? box.max.y : box.min.y,
+                           (i & 4) != 0 ? box.max.z : box.min.z});
+    }
+    return corners;
+}
 
 ScreenAxes screenAxes(View const& view) {
     switch (view) {
@@ -59,9 +90,9 @@ ScreenAxes screenAxes(View const& view) {
     return {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
 }
 
-PerspectiveFraming framePerspective(Box3<double> const& box, Box3<double> const& surroundings,
-                                    Vector3<double> const& direction, double const& fieldOfView,
-                                    double const& aspect) {
+PerspectiveFraming framePerspective(std::vector<Vector3<double>> const& points,
+                                    Box3<double> const& surroundings, Vector3<double> const& direction,
+                                    double const& fieldOfView, double const& aspect) {
     PerspectiveFraming framing{};
     framing.direction = normalized(direction);
     bool const isVertical = std::abs(framing.direction.y) > 0.9999;
@@ -69,31 +100,23 @@ PerspectiveFraming framePerspective(Box3<double> const& box, Box3<double> const&
     Point const right = normalized(cross(framing.direction, vertical));
     framing.up = cross(right, framing.direction);
 
-    // A corner at (x, y) beside the axis and z behind the centre is inside the frame when the eye is at least
-    // |y| / tan(half the field of view) - z in front of the centre, and the same with x.
-    Box3<double> const framed = framable(box);
-    Point const centre = centreOf(framed);
+    std::vector<Point> const framed = framable(points);
     double const tangentY = std::tan(fieldOfView * pi / 360) * filledPart;
-    double const tangentX = tangentY * aspect;
-    double distance = 0;
-    for (Point const& corner : cornersOf(framed)) {
-        Point const offset = corner - centre;
-        double const behind = dot(offset, framing.direction);
-        distance = std::max({distance, std::abs(dot(offset, right)) / tangentX - behind,
-                             std::abs(dot(offset, framing.up)) / tangentY - behind});
-    }
-    framing.eye = centre - framing.direction * distance;
+    Reach const sideways = reachOf(framed, framing.direction, right, tangentY * aspect);
+    Reach const upright = reachOf(framed, framing.direction, framing.up, tangentY);
+    framing.eye = framing.direction * std::min(sideways.depth, upright.depth) + right * sideways.aside +
+                  framing.up * upright.aside;
 
     double nearest = std::numeric_limits<double>::max();
     double farthest = 0;
-    for (Box3<double> const& seen : {framed, surroundings}) {
-        for (Point const& corner : cornersOf(seen)) {
-            double const depth = dot(corner - framing.eye, framing.direction);
+    for (std::vector<Point> const& seen : {framed, cornersOf(surroundings)}) {
+        for (Point const& point : seen) {
+            double const depth = dot(point - framing.eye, framing.direction);
             nearest = std::min(nearest, depth);
             farthest = std::max(farthest, depth);
         }
     }
-    // A little slack keeps what lies on the box's faces from being cut by rounding.
+    // A little slack keeps the first and the last point from being cut by rounding.
     framing.farDistance = farthest * 1.01;
     framing.nearDistance = std::max(nearest * 0.99, framing.farDistance * smallestNearPart);
     return framing;

@@ -3,6 +3,8 @@
 #include "foundation/geometry/Box3.h"
 #include "foundation/geometry/Vector3.h"
 
+#include <vector>
+
 namespace vellum::viewport {
 
 /// The views of a scene whose up direction is +Y. The numbers are the view kinds of Camera_RL.
@@ -36,10 +38,10 @@ struct ScreenAxes {
 /// The axes of the view; those of View::front for View::perspective.
 ScreenAxes screenAxes(View const& view);
 
-/// Where a perspective camera stands to show a box as large as it can be seen whole.
+/// Where a perspective camera stands to show something as large as it can be seen whole.
 struct PerspectiveFraming {
     Vector3<double> eye;
-    Vector3<double> direction;  ///< unit length, from the eye towards the box's centre
+    Vector3<double> direction;  ///< unit length
     Vector3<double> up;         ///< unit length, perpendicular to the direction
     double nearDistance;        ///< above 0
     double farDistance;         ///< above nearDistance
@@ -52,16 +54,20 @@ struct OrthographicFraming {
     double zoom;
 };
 
-/// The frame's inner part that a box fills: the rest is left free around it.
+/// The frame's inner part that is filled: the rest is left free around it.
 constexpr double filledPart = 0.86;
 
-/// Frames `box` with the given vertical field of view (degrees, above 0 and below 180) and aspect (width divided by
-/// height), looking along `direction` (any length above 0). The picture's vertical is +Y, or -z where the camera
-/// looks straight up or down. `surroundings` is what else is to be seen near the box; the clipping distances hold it
-/// as far as depth precision allows, however large it is. A box without size is framed as if it had size 1.
-PerspectiveFraming framePerspective(Box3<double> const& box, Box3<double> const& surroundings,
-                                    Vector3<double> const& direction, double const& fieldOfView,
-                                    double const& aspect);
+/// The corners of a box, in the order of Box3.
+std::vector<Vector3<double>> cornersOf(Box3<double> const& box);
+
+/// Frames the points with the given vertical field of view (degrees, above 0 and below 180) and aspect (width divided
+/// by height), looking along `direction` (any length above 0). The picture's vertical is +Y, or -z where the camera
+/// looks straight up or down. `surroundings` is what else is to be seen near the points; the clipping distances hold
+/// it as far as depth precision allows, however large it is. Points without extent, or none, are framed as if they
+/// were a box of size 1, about the origin if there are none.
+PerspectiveFraming framePerspective(std::vector<Vector3<double>> const& points,
+                                    Box3<double> const& surroundings, Vector3<double> const& direction,
+                                    double const& fieldOfView, double const& aspect);
 
 /// Frames `box` in an orthographic view. The depth range of these views is fixed at 1000 on both sides of the
 /// origin; a box outside it is clipped.

@@ -75,7 +75,7 @@ TEST_F(MeshFile_test, polygonsBecomeTriangles) {
     EXPECT_EQ(mesh.name, "cube.off");
     EXPECT_EQ(mesh.triangles.size(), 12U);
     EXPECT_EQ(mesh.partCount, 1U);
-    EXPECT_FALSE(mesh.hasOwnNormals);
+    EXPECT_EQ(mesh.computedNormalCount, mesh.normals.size());
     EXPECT_FALSE(mesh.hasVertexColours);
     EXPECT_TRUE(mesh.textureCoordinates.empty());
     EXPECT_EQ(mesh.box().min.x, -1);
@@ -91,7 +91,7 @@ TEST_F(MeshFile_test, normalsAndTextureCoordinatesOfTheFileAreKept) {
     Result<MeshData> const result =
         loadText("a.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nvn 0 3 4\nvt 0.25 0.5\nf 1/1/1 2/1/1 3/1/1\n");
     ASSERT_TRUE(result.isOk()) << result.fault().line();
-    EXPECT_TRUE(result.value().hasOwnNormals);
+    EXPECT_EQ(result.value().computedNormalCount, 0U);
     EXPECT_NEAR(result.value().normals[0].y, 0.6, 1e-6);
     EXPECT_NEAR(result.value().normals[0].z, 0.8, 1e-6);
     ASSERT_EQ(result.value().textureCoordinates.size(), 3U);
@@ -103,7 +103,7 @@ TEST_F(MeshFile_test, normalsThatAreNoneAreReplaced) {
         Result<MeshData> const result = loadText("a.obj", std::string("v 0 0 0\nv 1 0 0\nv 0 1 0\nvn ") +
                                                               normal + "\nf 1//1 2//1 3//1\n");
         ASSERT_TRUE(result.isOk()) << result.fault().line();
-        EXPECT_FALSE(result.value().hasOwnNormals);
+        EXPECT_EQ(result.value().computedNormalCount, 3U);
         EXPECT_EQ(result.value().normals[0].z, 1.0F);
     }
 }
@@ -149,7 +149,7 @@ TEST_F(MeshFile_test, facetsOfAnStlFileAreSmoothed) {
     ASSERT_TRUE(result.isOk()) << result.fault().line();
     MeshData const& mesh = result.value();
     EXPECT_EQ(mesh.triangles.size(), 2U);
-    EXPECT_FALSE(mesh.hasOwnNormals);
+    EXPECT_EQ(mesh.computedNormalCount, mesh.normals.size());
     for (std::size_t i = 0; i < mesh.positions.size(); ++i) {
         bool const isOnEdge = mesh.positions[i].y == 0 && mesh.positions[i].z == 0;
         EXPECT_EQ(mesh.normals[i].y > 0.1F && mesh.normals[i].z > 0.1F, isOnEdge) << i;

@@ -18,6 +18,7 @@ MeshData triangle() {
     mesh.colours.assign(3, {1, 0.5F, 0.25F, 1});
     mesh.partCount = 7;
     mesh.hasVertexColours = true;
+    mesh.computedNormalCount = 2;
     return mesh;
 }
 
@@ -62,7 +63,7 @@ TEST(MeshTransfer, aMeshComesBackAsItWas) {
         EXPECT_EQ(mesh.textureCoordinates.size(), hasTexture ? 3U : 0U);
         EXPECT_EQ(mesh.partCount, 7U);
         EXPECT_TRUE(mesh.hasVertexColours);
-        EXPECT_FALSE(mesh.hasOwnNormals);
+        EXPECT_EQ(mesh.computedNormalCount, 2U);
     }
 }
 

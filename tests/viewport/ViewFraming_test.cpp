@@ -16,8 +16,7 @@ using Point = Vector3<double>;
 constexpr double pi = 3.14159265358979323846;
 
 Point corner(Box3<double> const& box, unsigned int const& i) {
-    return {(i & 1) != 0 ? box.max.x : box.min.x, (i & 2) != 0 ? box.max.y : box.min.y,
-            (i & 4) != 0 ? box.max.z : box.min.z};
+    return cornersOf(box)[i];
 }
 
 void expectNear(Point const& actual, Point const& expected) {
@@ -66,6 +65,13 @@ Box3<double> const box{{-1, 0, 2}, {3, 5, 4}};
 
 }  // namespace
 
+TEST(ViewFraming, cornersAreInTheOrderOfTheirBits) {
+    expectNear(cornersOf(box)[0], box.min);
+    expectNear(cornersOf(box)[1], {3, 0, 2});
+    expectNear(cornersOf(box)[6], {-1, 5, 4});
+    expectNear(cornersOf(box)[7], box.max);
+}
+
 TEST(ViewFraming, screenAxesAreThoseThatTheRotationsShow) {
     Point const p{0.3, -1.7, 2.9};
     for (unsigned int kind = 1; kind <= 6; ++kind) {
@@ -81,15 +87,23 @@ TEST(ViewFraming, aPerspectiveViewShowsTheWholeBoxAsLargeAsItFits) {
         for (double const& fieldOfView : {10.0, 35.0, 100.0}) {
             for (Point const& direction : {Point{-1, -0.6, -1.3}, Point{0, 0, -1}, Point{5, 0, 0},
                                            Point{0.3, 2, 0.1}, Point{0, -3, 0}}) {
-                PerspectiveFraming const camera = framePerspective(box, box, direction, fieldOfView, aspect);
-                double largest = 0;
+                PerspectiveFraming const camera =
+                    framePerspective(cornersOf(box), box, direction, fieldOfView, aspect);
+                double smallestX = 2, largestX = -2, smallestY = 2, largestY = -2;
                 for (unsigned int i = 0; i < 8; ++i) {
                     Seen const seen = see(camera, corner(box, i), fieldOfView, aspect);
                     EXPECT_GT(seen.depth, camera.nearDistance);
                     EXPECT_LT(seen.depth, camera.farDistance);
-                    largest = std::max({largest, std::abs(seen.x), std::abs(seen.y)});
+                    std::tie(smallestX, largestX) =
+                        std::pair(std::min(smallestX, seen.x), std::max(largestX, seen.x));
+                    std::tie(smallestY, largestY) =
+                        std::pair(std::min(smallestY, seen.y), std::max(largestY, seen.y));
                 }
-                EXPECT_NEAR(largest, filledPart, 1e-9);
+                // One of the two directions is filled, on both sides; nothing reaches beyond.
+                bool const fillsWidth = largestX - smallestX > 2 * filledPart - 1e-9;
+                EXPECT_NEAR(fillsWidth ? smallestX : smallestY, -filledPart, 1e-9);
+                EXPECT_NEAR(fillsWidth ? largestX : largestY, filledPart, 1e-9);
+                EXPECT_LE(std::max({-smallestX, largestX, -smallestY, largestY}), filledPart + 1e-9);
                 EXPECT_GT(camera.nearDistance, 0);
                 EXPECT_NEAR(dot(camera.direction, camera.up), 0, 1e-12);
                 EXPECT_NEAR(length(camera.direction), 1, 1e-12);
@@ -102,8 +116,8 @@ TEST(ViewFraming, aPerspectiveViewShowsTheWholeBoxAsLargeAsItFits) {
 
 TEST(ViewFraming, surroundingsWidenTheClippingDistances) {
     Box3<double> const around{{-100, 0, -100}, {100, 0, 100}};
-    PerspectiveFraming const alone = framePerspective(box, box, {-1, -1, -1}, 40, 1);
-    PerspectiveFraming const placed = framePerspective(box, around, {-1, -1, -1}, 40, 1);
+    PerspectiveFraming const alone = framePerspective(cornersOf(box), box, {-1, -1, -1}, 40, 1);
+    PerspectiveFraming const placed = framePerspective(cornersOf(box), around, {-1, -1, -1}, 40, 1);
     expectNear(placed.eye, alone.eye);
     EXPECT_GT(placed.farDistance, alone.farDistance);
     EXPECT_GT(placed.nearDistance, 0);
@@ -140,9 +154,10 @@ TEST(ViewFraming, anOrthographicViewShowsTheWholeBoxAsLargeAsItFits) {
 
 TEST(ViewFraming, aBoxWithoutSizeIsFramedAll_theSame) {
     Box3<double> const point{{7, 8, 9}, {7, 8, 9}};
-    PerspectiveFraming const camera = framePerspective(point, point, {0, 0, -1}, 40, 1);
+    PerspectiveFraming const camera = framePerspective(cornersOf(point), point, {0, 0, -1}, 40, 1);
     EXPECT_GT(camera.eye.z, 9.5);
     EXPECT_LT(camera.nearDistance, camera.farDistance);
+    EXPECT_GT(framePerspective({}, {{0, 0, 0}, {0, 0, 0}}, {0, 0, -1}, 40, 1).eye.z, 0.5);
     OrthographicFraming const framing = frameOrthographic(point, View::front, 1);
     EXPECT_NEAR(std::exp(framing.zoom), 0.5 / filledPart, 1e-12);
     EXPECT_EQ(framing.panX, -7);

@@ -1,0 +1,88 @@
+#include "viewport/Description.h"
+
+#include "viewport/Fault.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include <GL/glew.h>
+
+namespace vellum::viewport {
+
+namespace {
+
+std::string line(std::string const& label, std::string const& value) {
+    std::string padded = "  " + label + ":";
+    padded.resize(std::max<std::size_t>(34, padded.size() + 1), ' ');
+    return padded + value + "\n";
+}
+
+std::string shortest(double const& number) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.6g", number);
+    return text;
+}
+
+std::string point(Vector3<double> const& p) {
+    return shortest(p.x) + ", " + shortest(p.y) + ", " + shortest(p.z);
+}
+
+std::string yesOrNo(bool const& value) {
+    return value ? "yes" : "no";
+}
+
+std::string normals(MeshData const& mesh) {
+    if (mesh.computedNormalCount == 0) {
+        return "of the file";
+    }
+    if (mesh.computedNormalCount == mesh.normals.size()) {
+        return "computed";
+    }
+    return "of the file, " + std::to_string(mesh.computedNormalCount) + " computed";
+}
+
+std::string driverString(GLenum const& name) {
+    GLubyte const* const text = glGetString(name);
+    return text != nullptr ? reinterpret_cast<char const*>(text) : "unknown";
+}
+
+int driverInteger(GLenum const& name) {
+    GLint value[2] = {0, 0};
+    glGetIntegerv(name, value);
+    return value[0];
+}
+
+std::string memory(unsigned int const& kilobytes) {
+    return kilobytes == 0 ? "not told by the driver" : std::to_string(kilobytes / 1024) + " MB";
+}
+
+}  // namespace
+
+std::string describeMesh(std::string const& path, MeshData const& mesh) {
+    Box3<double> const box = mesh.box();
+    return Fault{"", path}.line() + "\n" + line("triangles", std::to_string(mesh.triangles.size())) +
+           line("vertices", std::to_string(mesh.positions.size())) +
+           line("parts", std::to_string(mesh.partCount)) + line("normals", normals(mesh)) +
+           line("colours", mesh.hasVertexColours ? "per vertex" : "of the materials") +
+           line("texture coordinates", yesOrNo(!mesh.textureCoordinates.empty())) +
+           line("from", point(box.min)) + line("to", point(box.max)) + line("size", point(box.max - box.min));
+}
+
+std::string describeDriver(Core_RL& layer) {
+    std::string text =
+        "OpenGL\n" + line("version", driverString(GL_VERSION)) +
+        line("shading language", driverString(GL_SHADING_LANGUAGE_VERSION)) +
+        line("renderer", driverString(GL_RENDERER)) + line("vendor", driverString(GL_VENDOR)) +
+        line("programs", yesOrNo(layer.checkShaderSupport())) +
+        line("largest texture", std::to_string(driverInteger(GL_MAX_TEXTURE_SIZE)) + " pixels") +
+        line("samples per pixel", std::to_string(driverInteger(GL_SAMPLES))) +
+        line("memory", memory(layer.getTotalGpuMemory())) +
+        line("free memory", memory(layer.getFreeGpuMemory()));
+    for (char const* const extension : {"GL_ARB_vertex_buffer_object", "GL_EXT_geometry_shader4",
+                                        "GL_NVX_gpu_memory_info", "GL_ATI_meminfo", "GL_KHR_debug"}) {
+        text += line(std::string(extension), yesOrNo(layer.isExtensionSupported(extension)));
+    }
+    return text;
+}
+
+}  // namespace vellum::viewport

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "foundation/basic/Array.h"
+#include "foundation/geometry/Box3.h"
+#include "foundation/geometry/Color4.h"
+#include "foundation/geometry/Tuple3.h"
+#include "foundation/geometry/Vector3.h"
+#include "viewport/MeshData.h"
+
+#include <string>
+#include <vector>
+
+namespace vellum::viewport {
+
+/// A mesh in the frame of the scene, in the arrays that the render layer draws.
+struct Model {
+    std::string name;
+    Array<Vector3<double>> vertices;
+    Array<Tuple3<unsigned int>> triangles;
+    Array<Vector3<float>> normals;  // one per vertex
+    Array<Color4<float>> colours;   // one per vertex
+    Box3<double> box;
+};
+
+/// Everything that is shown, moved and scaled so that drawing never meets extreme numbers: whatever the units of the
+/// files, all models together are centred at the origin and reach as far as `radius`. The files keep their places
+/// relative to each other.
+///
+/// Plain arithmetic; nothing here touches OpenGL.
+class Scene {
+public:
+    /// The distance of the farthest corner of box() from the origin. Orthographic cameras see 1000 units deep on both
+    /// sides of the origin; this leaves room for a ground around the models, and uses the depth buffer well.
+    static constexpr double radius = 250;
+
+    explicit Scene(std::vector<MeshData> const& meshes);
+
+    std::vector<Model> const& models() const { return _models; }
+    Box3<double> const& box() const { return _box; }  ///< around all models; centred at the origin
+    Vector3<double> const& fileOrigin() const { return _origin; }  ///< where the files' origin came to lie
+    double unitsPerFileUnit() const { return _scale; }             ///< above 0
+
+private:
+    std::vector<Model> _models;
+    Box3<double> _box;
+    Vector3<double> _origin;
+    double _scale;
+};
+
+}  // namespace vellum::viewport

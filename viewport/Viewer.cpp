@@ -1,0 +1,683 @@
+#include "viewport/Viewer.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include <GL/glew.h>
+
+namespace vellum::viewport {
+
+namespace {
+
+using Point = Vector3<double>;
+
+constexpr double pi = 3.14159265358979323846;
+constexpr double fieldOfView = 32;  // vertical, degrees
+constexpr Point perspectiveDirection{-0.62, -0.46, -0.80};
+
+// == Sizes on the screen, pixels of a picture whose shorter side has 720 ==
+
+constexpr double referenceSide = 720;
+constexpr double gizmoLength = 118;
+constexpr double cornerAxesLength = 34;
+constexpr double cornerAxesInset = 64;
+constexpr double letterHalfSize = 5;
+
+// == Colours ==
+
+constexpr Color4<float> backgroundTop{0.235F, 0.275F, 0.335F, 1};
+constexpr Color4<float> backgroundBottom{0.085F, 0.098F, 0.122F, 1};
+constexpr Color4<float> gizmoCentre{0.86F, 0.87F, 0.90F, 1};
+constexpr Color4<float> letters{0.86F, 0.88F, 0.92F, 1};
+constexpr Color4<float> hiddenLines{0.62F, 0.70F, 0.82F, 0.16F};
+constexpr Color4<float> frontLines{0.80F, 0.87F, 0.97F, 0.90F};
+constexpr Color4<float> boxEdges{0.97F, 0.78F, 0.38F, 1};
+constexpr float boxFaceAlpha = 0.20F;
+
+// == Picking names ==
+
+constexpr unsigned int gizmoNames[] = {1, 2, 3, 4};  // X, Y, Z and the centre
+constexpr unsigned int firstModelName = 16;
+constexpr double pickReach = 2.5;  // pixels on each side of the pixel's centre
+
+constexpr DepthtTestMode depthTested{DEPTH_LESS, true};
+constexpr DepthtTestMode depthTestedOnly{DEPTH_LESS_OR_EQUAL, false};
+constexpr DepthtTestMode depthIgnored{DEPTH_TEST_OFF, false};
+
+Tuple3<Color4<float>> axisColours() {
+    return {axisColour(0), axisColour(1), axisColour(2)};
+}
+
+Vector3<double> axis(unsigned int const& index) {
+    return {index == 0 ? 1.0 : 0.0, index == 1 ? 1.0 : 0.0, index == 2 ? 1.0 : 0.0};
+}
+
+/// The matrix whose first three columns are the given vectors and whose fourth is the place.
+Matrix4<double> frame(Point const& x, Point const& y, Point const& z, Point const& place) {
+    return {{x.x, x.y, x.z, 0, y.x, y.y, y.z, 0, z.x, z.y, z.z, 0, place.x, place.y, place.z, 1}};
+}
+
+Matrix4<double> scaling(double const& factor) {
+    return frame({factor, 0, 0}, {0, factor, 0}, {0, 0, factor}, {0, 0, 0});
+}
+
+char const* gizmoWord(Gizmo const& gizmo) {
+    switch (gizmo) {
+    case Gizmo::move:
+        return "move";
+    case Gizmo::rotate:
+        return "rotate";
+    case Gizmo::scale:
+        return "scale";
+    case Gizmo::none:
+        break;
+    }
+    return "";
+}
+
+Color4<float> meanColour(Color4<float> const& a, Color4<float> const& b, Color4<float> const& c) {
+    return {(a.r + b.r + c.r) / 3, (a.g + b.g + c.g) / 3, (a.b + b.b + c.b) / 3, 1};
+}
+
+Color4<float> meanColour(Model const& model) {
+    double sums[3] = {0, 0, 0};
+    for (Color4<float> const& colour : model.colours) {
+        sums[0] += colour.r;
+        sums[1] += colour.g;
+        sums[2] += colour.b;
+    }
+    double const count = std::max(1U, model.colours.size());
+    return {static_cast<float>(sums[0] / count), static_cast<float>(sums[1] / count),
+            static_cast<float>(sums[2] / count), 1};
+}
+
+Box3<float> toFloat(Box3<double> const& box) {
+    return {convert<float>(box.min), convert<float>(box.max)};
+}
+
+void setLight(GLenum const& light, Point const& direction, std::array<float, 3> const& diffuse,
+              float const& specular) {
+    float const position[4] = {static_cast<float>(direction.x), static_cast<float>(direction.y),
+                               static_cast<float>(direction.z), 0};
+    float const ambient[4] = {0, 0, 0, 1};
+    float const colour[4] = {diffuse[0], diffuse[1], diffuse[2], 1};
+    float const shine[4] = {specular, specular, specular, 1};
+    glLightfv(light, GL_POSITION, position);
+    glLightfv(light, GL_AMBIENT, ambient);
+    glLightfv(light, GL_DIFFUSE, colour);
+    glLightfv(light, GL_SPECULAR, shine);
+}
+
+/// Two lights that stand with the viewer: the main one from the upper left, a fainter one from the right.
+/// The directions are given in the frame that the model-view matrix stands for now.
+void placeLights(ScreenAxes const& screen, float const& specular) {
+    auto const towards = [&screen](double const& right, double const& up, double const& viewer) {
+        return screen.right * right + screen.up * up + screen.towardsViewer * viewer;
+    };
+    setLight(GL_LIGHT0, towards(-0.50, 0.72, 0.62), {0.66F, 0.645F, 0.62F}, specular);
+    setLight(GL_LIGHT1, towards(0.85, -0.05, 0.42), {0.20F, 0.23F, 0.29F}, 0);
+    // Files are not to be relied on for the order of corners; a face is lit on the side that is seen.
+    glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, GL_TRUE);
+}
+
+/// Lighting by both lights with the current colour as material, while it lives.
+class Lit {
+public:
+    enum class Finish {
+        glossy,
+        dull,   // for facets, which a highlight would fill whole
+        bright  // for handles, whose colours must be told apart on all sides
+    };
+
+    Lit(Core_RL& layer, Finish const& finish) : _layer(layer) {
+        float const specular = finish == Finish::glossy ? 0.30F : 0.0F;
+        float const ambient = finish == Finish::bright ? 0.62F : 0.23F;
+        float const shine[4] = {specular, specular, specular, 1};
+        float const everywhere[4] = {ambient, ambient, ambient * 1.1F, 1};
+        glLightModelfv(GL_LIGHT_MODEL_AMBIENT, everywhere);
+        glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, shine);
+        glMaterialf(GL_FRONT_AND_BACK, GL_SHININESS, 42);
+        glColorMaterial(GL_FRONT_AND_BACK, GL_AMBIENT_AND_DIFFUSE);
+        _layer.enableColorMaterial();
+        _layer.enableLight_0();
+        _layer.enableLight_1();
+        _layer.enableLighting();
+    }
+    ~Lit() {
+        _layer.disableLighting();
+        _layer.disableLight_1();
+        _layer.disableLight_0();
+        _layer.disableColorMaterial();
+    }
+    Lit(Lit const&) = delete;
+    Lit& operator=(Lit const&) = delete;
+
+private:
+    Core_RL& _layer;
+};
+
+/// One hit of GL's selection.
+struct Hit {
+    unsigned int name;
+    unsigned int nearestDepth;
+};
+
+/// Reads the records that glRenderMode left in the selection buffer: per hit the number of names, the nearest and
+/// the farthest depth, the names.
+std::vector<Hit> readHits(std::vector<GLuint> const& buffer, int const& count) {
+    std::vector<Hit> hits;
+    std::size_t at = 0;
+    for (int i = 0; i < count && at + 3 < buffer.size(); ++i) {
+        std::size_t const names = buffer[at];
+        std::size_t const last = at + 2 + names;
+        if (names > 0 && last < buffer.size()) {
+            hits.push_back({buffer[last], buffer[at + 1]});
+        }
+        at += 3 + names;
+    }
+    return hits;
+}
+
+/// Whether the first hit is rather what the user means than the second.
+bool comesBefore(Hit const& a, Hit const& b) {
+    bool const isGizmoA = a.name < firstModelName;
+    bool const isGizmoB = b.name < firstModelName;
+    return isGizmoA != isGizmoB ? isGizmoA : a.nearestDepth < b.nearestDepth;
+}
+
+/// Shrinks a tile to a part of the picture: each pixel is the mean of its samples.
+void shrinkInto(Picture& picture, int const& left, int const& top, Tiling const& tiling,
+                std::vector<unsigned char> const& samples) {
+    int const side = tiling.samplesPerSide;
+    int const width = std::min(tiling.width, picture.width - left);
+    int const height = std::min(tiling.height, picture.height - top);
+    std::size_t const row = 4 * static_cast<std::size_t>(tiling.bufferWidth());
+    for (int y = 0; y < height; ++y) {
+        std::size_t const pixelRow =
+            static_cast<std::size_t>(top + y) * static_cast<std::size_t>(picture.width);
+        unsigned char* out = picture.pixels.data() + 4 * (pixelRow + static_cast<std::size_t>(left));
+        for (int x = 0; x < width; ++x) {
+            unsigned int sums[3] = {0, 0, 0};
+            for (int j = 0; j < side; ++j) {
+                unsigned char const* in = samples.data() +
+                                          row * static_cast<std::size_t>((y + tiling.margin) * side + j) +
+                                          4 * static_cast<std::size_t>((x + tiling.margin) * side);
+                for (int i = 0; i < side; ++i, in += 4) {
+                    sums[0] += in[0];
+                    sums[1] += in[1];
+                    sums[2] += in[2];
+                }
+            }
+            unsigned int const count = static_cast<unsigned int>(side * side);
+            for (unsigned int const& sum : sums) {
+                *out++ = static_cast<unsigned char>((sum + count / 2) / count);
+            }
+            *out++ = 255;
+        }
+    }
+}
+
+}  // namespace
+
+// == Tiling ==
+
+Tiling Tiling::of(int const& pictureWidth, int const& pictureHeight) {
+    // Beyond this a picture is so fine that the samples of the buffer alone smooth it.
+    constexpr double largestSmoothed = 20e6;
+    constexpr int largestTile = 1024;
+    bool const isSmoothed = static_cast<double>(pictureWidth) * pictureHeight <= largestSmoothed;
+    return {isSmoothed ? 2 : 1, std::min(pictureWidth, largestTile), std::min(pictureHeight, largestTile),
+            16};
+}
+
+// == Viewer ==
+
+Viewer::Viewer(Core_RL& layer, Scene const& scene, Options const& options)
+    : _layer(layer), _scene(scene), _options(options) {
+    _placeCamera();
+    _layer.setCamera(&_camera);
+    _groundSegments = _ground().segments();
+}
+
+OffscreenContext::Settings Viewer::contextSettings(Options const& options) {
+    Tiling const tiling = Tiling::of(options.width, options.height);
+    OffscreenContext::Settings settings;
+    settings.width = tiling.bufferWidth();
+    settings.height = tiling.bufferHeight();
+    settings.samples = 4;
+    return settings;
+}
+
+Result<Picture> Viewer::draw(OffscreenContext& context, Tiling const& tiling) {
+    Picture picture;
+    picture.width = _options.width;
+    picture.height = _options.height;
+    picture.pixels.resize(4 * static_cast<std::size_t>(picture.width) *
+                          static_cast<std::size_t>(picture.height));
+    for (int top = 0; top < picture.height; top += tiling.height) {
+        for (int left = 0; left < picture.width; left += tiling.width) {
+            Region const region{static_cast<double>(left - tiling.margin),
+                                static_cast<double>(picture.height - top - tiling.height - tiling.margin),
+                                static_cast<double>(tiling.width + 2 * tiling.margin),
+                                static_cast<double>(tiling.height + 2 * tiling.margin)};
+            glViewport(0, 0, tiling.bufferWidth(), tiling.bufferHeight());
+            _drawRegion(region, tiling.samplesPerSide);
+            shrinkInto(picture, left, top, tiling, context.readPixels());
+            if (_layer.getError("Viewer::draw", __LINE__)) {
+                return Fault{_options.out, "cannot be drawn: OpenGL reports an error"};
+            }
+        }
+    }
+    return picture;
+}
+
+std::string Viewer::pick(Pixel const& pixel) {
+    // A record of one name has four words; each handle and each model gives one record at most.
+    std::vector<GLuint> buffer(4 * (_scene.models().size() + 64));
+    glViewport(0, 0, _options.width, _options.height);
+    glSelectBuffer(static_cast<GLsizei>(buffer.size()), buffer.data());
+    glRenderMode(GL_SELECT);
+    glInitNames();
+    glPushName(0);
+
+    double const x = pixel.x + 0.5;
+    double const y = _options.height - pixel.y - 0.5;
+    _loadCamera({x - pickReach, y - pickReach, 2 * pickReach, 2 * pickReach});
+    for (std::size_t i = 0; i < _scene.models().size(); ++i) {
+        Model const& model = _scene.models()[i];
+        _layer.loadName(firstModelName + static_cast<unsigned int>(i));
+        if (_options.shading == Shading::box) {
+            _layer.render(model.box, false);
+        } else {
+            _layer.render(model.vertices, model.triangles);
+        }
+    }
+    _drawGizmo(true);
+
+    std::vector<Hit> const hits = readHits(buffer, glRenderMode(GL_RENDER));
+    auto const best = std::min_element(hits.begin(), hits.end(), comesBefore);
+    if (best == hits.end()) {
+        return "nothing";
+    }
+    std::string const name = std::to_string(best->name) + " ";
+    if (best->name >= firstModelName) {
+        return name + _scene.models()[best->name - firstModelName].name;
+    }
+    static constexpr char const* handles[] = {"X", "Y", "Z", "centre"};
+    return name + "gizmo " + gizmoWord(_options.gizmo) + " " + handles[best->name - gizmoNames[0]];
+}
+
+// == Cameras and lights ==
+
+void Viewer::_placeCamera() {
+    double const aspect = static_cast<double>(_options.width) / _options.height;
+    _camera.aspect = static_cast<float>(aspect);
+    _camera.viewKind = static_cast<unsigned int>(_options.view);
+    if (_options.view != View::perspective) {
+        OrthographicFraming const framing = frameOrthographic(_scene.box(), _options.view, aspect);
+        _camera.panX = static_cast<float>(framing.panX);
+        _camera.panY = static_cast<float>(framing.panY);
+        _camera.zoom = static_cast<float>(framing.zoom);
+        return;
+    }
+    double const around = 1.8 * Scene::radius;
+    Box3<double> const surroundings{{-around, _scene.box().min.y, -around},
+                                    {around, _scene.box().max.y, around}};
+    PerspectiveFraming const framing =
+        framePerspective(_framedPoints(), surroundings, perspectiveDirection, fieldOfView, aspect);
+    _camera.fieldOfView = static_cast<float>(fieldOfView);
+    _camera.nearDistance = static_cast<float>(framing.nearDistance);
+    _camera.farDistance = static_cast<float>(framing.farDistance);
+    _camera.lookAt(convert<float>(framing.eye), convert<float>(framing.eye + framing.direction),
+                   convert<float>(framing.up));
+}
+
+std::vector<Point> Viewer::_framedPoints() const {
+    std::vector<Point> points;
+    for (Model const& model : _scene.models()) {
+        if (_options.shading == Shading::box) {
+            std::vector<Point> const corners = cornersOf(model.box);
+            points.insert(points.end(), corners.begin(), corners.end());
+        } else {
+            points.insert(points.end(), model.vertices.begin(), model.vertices.end());
+        }
+    }
+    return points;
+}
+
+void Viewer::_loadCamera(Region const& region) {
+    _camera.updateProjectionMatrix();
+    _cropProjection(region);
+    _camera.updateModelMatrix();
+}
+
+void Viewer::_cropProjection(Region const& region) const {
+    GLdouble projection[16];
+    glGetDoublev(GL_PROJECTION_MATRIX, projection);
+    GLint whole[4] = {0, 0, _options.width, _options.height};
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    // What GLU calls picking is a crop: the region's centre and size come to fill the viewport.
+    gluPickMatrix(region.x + region.width / 2, region.y + region.height / 2, region.width, region.height,
+                  whole);
+    glMultMatrixd(projection);
+    glMatrixMode(GL_MODELVIEW);
+}
+
+void Viewer::_placeLights() const {
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+    // The orthographic cameras leave their orientation to the projection, so light is computed in the world's frame
+    // there, with the viewer at +z whatever the view: highlights would be in wrong places and are left out.
+    bool const isPerspective = _options.view == View::perspective;
+    placeLights(screenAxes(_options.view), isPerspective ? 1.0F : 0.0F);
+}
+
+ScreenAxes Viewer::_screen() const {
+    if (_options.view != View::perspective) {
+        return screenAxes(_options.view);
+    }
+    Camera_RL_GL camera(_camera);
+    Matrix4<float> const& m = *camera.transform.matrix();
+    Point const direction = normalized(Point{m.e[0], m.e[1], m.e[2]});
+    Point const right = normalized(cross(direction, Point{m.e[4], m.e[5], m.e[6]}));
+    return {right, cross(right, direction), -direction};
+}
+
+Point Viewer::_viewDirection() const {
+    return -_screen().towardsViewer;
+}
+
+double Viewer::_unitsPerPixel() const {
+    if (_options.view != View::perspective) {
+        return 2 * std::exp(static_cast<double>(_camera.zoom)) / _options.width;
+    }
+    Camera_RL_GL camera(_camera);
+    Matrix4<float> const& m = *camera.transform.matrix();
+    double const depth = dot(-Point{m.e[12], m.e[13], m.e[14]}, _viewDirection());
+    return 2 * depth * std::tan(fieldOfView * pi / 360) / _options.height;
+}
+
+// == Parts of the picture ==
+
+void Viewer::_drawRegion(Region const& region, int const& samplesPerSide) {
+    double const side = std::min(_options.width, _options.height);
+    _lineScale = samplesPerSide * std::max(1.0, side / referenceSide);
+    glEnable(GL_NORMALIZE);
+    glClearColor(0, 0, 0, 1);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+
+    _drawBackground(region);
+    _placeLights();
+    _loadCamera(region);
+    _layer.pushDepthTest(depthTested);
+    _drawGround();
+    _drawModels();
+    if (_options.gizmo != Gizmo::none) {
+        glClear(GL_DEPTH_BUFFER_BIT);
+        _drawGizmo(false);
+    }
+    glClear(GL_DEPTH_BUFFER_BIT);
+    _drawCornerAxes(region);
+    _layer.popDepthTest();
+}
+
+void Viewer::_drawBackground(Region const& region) const {
+    Tuple4<unsigned int> const viewport = _layer.getCurrentViewportCoords();
+    Tuple4<float> const part{static_cast<float>(region.x / _options.width),
+                             static_cast<float>((region.x + region.width) / _options.width),
+                             static_cast<float>(region.y / _options.height),
+                             static_cast<float>((region.y + region.height) / _options.height)};
+    _layer.pushDepthTest(depthIgnored);
+    _layer.pushViewportOrtho(viewport, part);
+    _layer.pushColor(backgroundBottom);
+    _layer.begin(Primitive::QUADS);
+    _layer.renderPoint3_scoped({0, 0, 0});
+    _layer.renderPoint3_scoped({1, 0, 0});
+    _layer.setColor(backgroundTop);
+    _layer.renderPoint3_scoped({1, 1, 0});
+    _layer.renderPoint3_scoped({0, 1, 0});
+    _layer.end();
+    _layer.popColor(1);
+    _layer.popViewportOrtho();
+    _layer.popDepthTest();
+}
+
+GroundGrid Viewer::_ground() const {
+    Box3<double> const& box = _scene.box();
+    double const size = 2 * Scene::radius;
+    double const spacing = GroundGrid::spacingFor(size, _scene.unitsPerFileUnit());
+    if (_options.view == View::perspective) {
+        // A little below the models, whose undersides would otherwise flicker through it.
+        Point const centre{0, box.min.y - 0.004 * Scene::radius, 0};
+        return {centre, {1, 0, 0}, {0, 0, 1}, 1.8 * Scene::radius, true, _scene.fileOrigin(), spacing};
+    }
+    // Seen along an axis, the ground would be a line or in the way: here the grid is a wall behind the models.
+    ScreenAxes const screen = screenAxes(_options.view);
+    double const aspect = static_cast<double>(_options.width) / _options.height;
+    double const halfWidth = std::exp(static_cast<double>(_camera.zoom));
+    double const radius = std::max(halfWidth, halfWidth / aspect) + Scene::radius;
+    return {screen.towardsViewer * (-1.5 * Scene::radius),
+            screen.right,
+            screen.up,
+            radius,
+            false,
+            _scene.fileOrigin(),
+            spacing};
+}
+
+void Viewer::_drawGround() const {
+    _layer.pushDepthTest(depthTestedOnly);
+    _layer.pushBlending(BLENDING_ALPHA);
+    _pushLineWidth(1.0);
+    _layer.pushColor(letters);
+    _layer.begin(Primitive::LINES);
+    for (ShadedSegment const& segment : _groundSegments) {
+        _layer.setColor(segment.fromColour);
+        _layer.renderPoint3_scoped(segment.from);
+        _layer.setColor(segment.toColour);
+        _layer.renderPoint3_scoped(segment.to);
+    }
+    _layer.end();
+    _layer.popColor(1);
+    _layer.popLineWidth();
+    _layer.popBlending();
+    _layer.popDepthTest();
+}
+
+void Viewer::_drawModels() {
+    for (Model const& model : _scene.models()) {
+        switch (_options.shading) {
+        case Shading::smooth:
+            _drawSmooth(model);
+            break;
+        case Shading::faceted:
+            _drawFaceted(model);
+            break;
+        case Shading::wireframe:
+            _drawWireframe(model);
+            break;
+        case Shading::box:
+            _drawBox(model);
+            break;
+        }
+    }
+}
+
+void Viewer::_drawSmooth(Model const& model) const {
+    Lit const lit(_layer, Lit::Finish::glossy);
+    _layer.render(model.vertices, model.triangles, model.normals, model.colours);
+}
+
+void Viewer::_drawFaceted(Model const& model) const {
+    Lit const lit(_layer, Lit::Finish::dull);
+    _layer.pushColor(_layer.currentColor());
+    _layer.begin(Primitive::TRIANGLES);
+    for (Tuple3<unsigned int> const& t : model.triangles) {
+        _layer.setColor(meanColour(model.colours[t.e0], model.colours[t.e1], model.colours[t.e2]));
+        _layer.renderTriangleOptimized(convert<float>(model.vertices[t.e0]),
+                                       convert<float>(model.vertices[t.e1]),
+                                       convert<float>(model.vertices[t.e2]));
+    }
+    _layer.end();
+    _layer.popColor(1);
+}
+
+void Viewer::_drawWireframe(Model const& model) const {
+    // First the depth of the surface alone, moved away a little; then all lines faintly, and those in front strongly.
+    glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
+    glEnable(GL_POLYGON_OFFSET_FILL);
+    glPolygonOffset(1, 1);
+    _layer.render(model.vertices, model.triangles);
+    glDisable(GL_POLYGON_OFFSET_FILL);
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+
+    _layer.pushBlending(BLENDING_ALPHA);
+    _layer.pushFillingFront(FILLING_LINES);
+    _layer.pushFillingBack(FILLING_LINES);
+    _pushLineWidth(1.0);
+    struct Step {
+        DepthtTestMode depth;
+        Color4<float> colour;
+    };
+    for (Step const& step : {Step{depthIgnored, hiddenLines}, Step{depthTestedOnly, frontLines}}) {
+        _layer.pushDepthTest(step.depth);
+        _layer.pushColor(step.colour);
+        _layer.render(model.vertices, model.triangles);
+        _layer.popColor(1);
+        _layer.popDepthTest();
+    }
+    _layer.popLineWidth();
+    _layer.popFillingBack();
+    _layer.popFillingFront();
+    _layer.popBlending();
+}
+
+void Viewer::_drawBox(Model const& model) const {
+    Box3<float> const box = toFloat(model.box);
+    Color4<float> faces = meanColour(model);
+    faces.a = boxFaceAlpha;
+    _layer.pushBlending(BLENDING_ALPHA);
+    _layer.pushDepthTest(depthTestedOnly);
+    _layer.pushColor(faces);
+    _layer.render(box, false);
+    _layer.popColor(1);
+    _layer.popDepthTest();
+    _layer.popBlending();
+
+    // The outlines of the filled box: its wire drawing leaves edges out.
+    _layer.pushFillingFront(FILLING_LINES);
+    _layer.pushFillingBack(FILLING_LINES);
+    _pushLineWidth(1.8);
+    _layer.pushColor(boxEdges);
+    _layer.render(box, false);
+    _layer.popColor(1);
+    _layer.popLineWidth();
+    _layer.popFillingBack();
+    _layer.popFillingFront();
+}
+
+void Viewer::_drawGizmo(bool const& isSelecting) const {
+    double const side = std::min(_options.width, _options.height);
+    double const length = gizmoLength * side / referenceSide * _unitsPerPixel();
+    _layer.pushTransform(scaling(length));
+    _pushLineWidth(2.6);
+    switch (_options.gizmo) {
+    case Gizmo::move: {
+        Lit const lit(_layer, Lit::Finish::bright);
+        _layer.renderAxesArrow3(gizmoNames[0], gizmoNames[1], gizmoNames[2], axisColours(), 0.26F);
+        break;
+    }
+    case Gizmo::scale: {
+        Lit const lit(_layer, Lit::Finish::bright);
+        Tuple4<Color4<float>> const colours{axisColour(0), axisColour(1), axisColour(2), gizmoCentre};
+        _layer.renderAxesBox3(gizmoNames[0], gizmoNames[1], gizmoNames[2], gizmoNames[3], colours, 0.075F);
+        break;
+    }
+    case Gizmo::rotate: {
+        Vector3<float> const direction = convert<float>(_viewDirection());
+        Matrix4<float> const frame = Matrix4<float>::identity();
+        if (!isSelecting) {
+            // The whole circles thinly, so that the far halves show, too.
+            _pushLineWidth(0.8);
+            _layer.renderAxesCircle3(gizmoNames[0], gizmoNames[1], gizmoNames[2], axisColours(), 1.0F);
+            _layer.popLineWidth();
+        }
+        _layer.renderAxesCircleCulled3(gizmoNames[0], gizmoNames[1], gizmoNames[2], direction, frame, 1.0F,
+                                       axisColours(), 1.0F);
+        break;
+    }
+    case Gizmo::none:
+        break;
+    }
+    _layer.popLineWidth();
+    _layer.popTransform();
+}
+
+void Viewer::_drawCornerAxes(Region const& region) {
+    double const scale = std::min(_options.width, _options.height) / referenceSide;
+    ScreenAxes const screen = _screen();
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    glOrtho(0, _options.width, 0, _options.height, -_options.width, _options.width);
+    _cropProjection(region);
+    glLoadIdentity();
+    placeLights(screenAxes(View::front), 0);
+
+    double const length = cornerAxesLength * scale;
+    Point const corner{cornerAxesInset * scale, cornerAxesInset * scale, 0};
+    auto const onScreen = [&screen](Point const& p) {
+        return Point{dot(p, screen.right), dot(p, screen.up), dot(p, screen.towardsViewer)};
+    };
+    _pushLineWidth(2.0);
+    _layer.pushTransform(
+        frame(onScreen(axis(0)) * length, onScreen(axis(1)) * length, onScreen(axis(2)) * length, corner));
+    {
+        Lit const lit(_layer, Lit::Finish::bright);
+        _layer.renderAxesArrow3(0, 0, 0, axisColours(), 0.30F);
+    }
+    _layer.popTransform();
+    _layer.popLineWidth();
+
+    _pushLineWidth(1.5);
+    _layer.pushColor(letters);
+    for (unsigned int i = 0; i < 3; ++i) {
+        Point const tip = onScreen(axis(i));
+        // Where an axis points at the viewer or away there is no place beside its tip.
+        if (std::abs(tip.z) < 0.95) {
+            Point const place = corner + Point{tip.x, tip.y, 0} * (1.52 * length);
+            double const size = letterHalfSize * scale;
+            _layer.pushTransform(frame({size, 0, 0}, {0, size, 0}, {0, 0, 1}, place));
+            _drawLetter(i);
+            _layer.popTransform();
+        }
+    }
+    _layer.popColor(1);
+    _layer.popLineWidth();
+}
+
+void Viewer::_drawLetter(unsigned int const& axis) const {
+    switch (axis) {
+    case 0:
+        _layer.renderSegment3({-0.7F, -1, 0}, {0.7F, 1, 0});
+        _layer.renderSegment3({-0.7F, 1, 0}, {0.7F, -1, 0});
+        break;
+    case 1:
+        _layer.renderSegment3({0, -1, 0}, {0, 0, 0});
+        _layer.renderSegment3({0, 0, 0}, {-0.7F, 1, 0});
+        _layer.renderSegment3({0, 0, 0}, {0.7F, 1, 0});
+        break;
+    default:
+        _layer.renderSegment3({-0.7F, 1, 0}, {0.7F, 1, 0});
+        _layer.renderSegment3({0.7F, 1, 0}, {-0.7F, -1, 0});
+        _layer.renderSegment3({-0.7F, -1, 0}, {0.7F, -1, 0});
+        break;
+    }
+}
+
+void Viewer::_pushLineWidth(double const& pixels) const {
+    _layer.pushLineWidth(static_cast<float>(pixels * _lineScale));
+}
+
+}  // namespace vellum::viewport

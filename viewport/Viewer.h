@@ -1,0 +1,96 @@
+#pragma once
+
+#include "Camera_RL_GL.h"
+#include "foundation/raster/Core_RL.h"
+#include "viewport/GroundGrid.h"
+#include "viewport/OffscreenContext.h"
+#include "viewport/Options.h"
+#include "viewport/Picture.h"
+#include "viewport/Scene.h"
+
+#include <string>
+#include <vector>
+
+namespace vellum::viewport {
+
+/// A part of the picture, pixels; x from the left, y from below. May reach over the picture's edges.
+struct Region {
+    double x;
+    double y;
+    double width;
+    double height;
+};
+
+/// How a picture is cut into tiles that are drawn one after the other into a buffer of moderate size, each pixel
+/// with several samples, for smooth edges. Plain arithmetic.
+struct Tiling {
+    int samplesPerSide;  ///< a pixel is the mean of this number squared
+    int width;           ///< of a tile, pixels, without the margin
+    int height;
+    int margin;  ///< drawn around each tile and thrown away: lines that end outside still show their width inside
+
+    static Tiling of(int const& pictureWidth, int const& pictureHeight);
+
+    int bufferWidth() const { return (width + 2 * margin) * samplesPerSide; }
+    int bufferHeight() const { return (height + 2 * margin) * samplesPerSide; }
+};
+
+/// Draws a scene through the render layer: background, ground, models, the gizmo over them, and the axes in the
+/// corner; or tells what of it is at a pixel.
+///
+///     OffscreenContext context(Viewer::contextSettings(options));     // and GLEW initialised
+///     std::unique_ptr<Core_RL> layer(new Core_RL_GL);
+///     Viewer viewer(*layer, scene, options);
+///     Result<Picture> const picture = viewer.draw(context, Tiling::of(options.width, options.height));
+///
+/// It expects the state of a fresh context and leaves it changed. Scene and layer must outlive it.
+class Viewer {
+public:
+    Viewer(Core_RL& layer, Scene const& scene, Options const& options);
+
+    /// The buffer that draw() needs.
+    static OffscreenContext::Settings contextSettings(Options const& options);
+
+    /// The whole picture, in tiles that fit the context's buffer exactly. A fault when OpenGL reports an error.
+    Result<Picture> draw(OffscreenContext& context, Tiling const& tiling);
+
+    /// What is at the pixel, or within two pixels of it: its picking name and what it belongs to ("1 gizmo move X",
+    /// "16 spider.obj"), or "nothing". Handles of the gizmo come before models, then what is nearer to the viewer.
+    std::string pick(Pixel const& pixel);
+
+private:
+    // == Cameras and lights ==
+    void _placeCamera();
+    std::vector<Vector3<double>> _framedPoints() const;
+    void _loadCamera(Region const& region);
+    void _cropProjection(Region const& region) const;
+    void _placeLights() const;
+    double _unitsPerPixel() const;
+    Vector3<double> _viewDirection() const;
+    ScreenAxes _screen() const;
+
+    // == Parts of the picture ==
+    void _drawRegion(Region const& region, int const& samplesPerSide);
+    void _drawBackground(Region const& region) const;
+    GroundGrid _ground() const;
+    void _drawGround() const;
+    void _drawModels();
+    void _drawSmooth(Model const& model) const;
+    void _drawFaceted(Model const& model) const;
+    void _drawWireframe(Model const& model) const;
+    void _drawBox(Model const& model) const;
+    void _drawGizmo(bool const& isSelecting) const;
+    void _drawCornerAxes(Region const& region);
+    void _drawLetter(unsigned int const& axis) const;
+
+    void _pushLineWidth(double const& pixels) const;
+
+    Core_RL& _layer;
+    Scene const& _scene;
+    Options const& _options;
+    Camera_RL_GL _camera;
+    std::vector<ShadedSegment> _groundSegments;
+    double _lineScale = 1;  // samples per pixel along a side
+};
+
+}  // namespace vellum::viewport
