@@ -1323,7 +1323,7 @@ void Core_RL_GL::renderCircleCulled3(Vector3<float> const& viewDirection, Matrix
     bool const any = sendSegments(points, centre, viewDirection,
                                   [](float const& distance) { return distance < FACING_THRESHOLD; });
     if (!any) {
-        // Seen edge-on no half is nearer; the whole circle shows.
+        // Seen face-on no part is nearer than the rest; the whole circle shows.
         sendSegments(points, centre, viewDirection, [](float const&) { return true; });
     }
     glEnd();

@@ -409,7 +409,8 @@ public:
     void renderCircleCulledStipple3(Vector3<float> const& viewDirection, Matrix4<float> const& frame,
                                     float const& radius) override;
 
-    /// The half of a circle that is turned towards the viewer; seen edge-on, the whole circle.
+    /// The half of a circle that is turned towards the viewer; where no part is nearer than the rest (the circle
+    /// seen face-on), the whole circle.
     ///
     /// Deliberate: there is no segment between the last point and the first; a gap of one degree stays open.
     void renderCircleCulled3(Vector3<float> const& viewDirection, Matrix4<float> const& frame,
