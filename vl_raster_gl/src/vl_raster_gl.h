@@ -8,3 +8,6 @@
 
 #include "Camera_RL_GL.h"
 #include "Core_RL_GL.h"
+#include "Program_gl.h"
+#include "Shader_gl.h"
+#include "glsl_shader/Base_shader.h"

@@ -1,0 +1,337 @@
+#include "Program_gl.h"
+
+#include "Shader_gl.h"
+
+#include <array>
+#include <charconv>
+#include <cstring>
+#include <iostream>
+#include <memory>
+#include <new>
+#include <string_view>
+
+#include "gl_api.h"
+
+namespace vellum {
+
+namespace {
+
+constexpr GLsizei LOG_LENGTH = 4096;  // characters, with the terminating zero
+constexpr std::size_t VALUE_BYTES = 4;
+static_assert(sizeof(int) == VALUE_BYTES && sizeof(float) == VALUE_BYTES, "uniforms are 32-bit values");
+
+}  // namespace
+
+std::size_t Program_gl::UNIFORM_PAIR::bytes() const {
+    std::size_t const elements = static_cast<std::size_t>(count) * static_cast<std::size_t>(size);
+    return VALUE_BYTES * (type == UNIFORM_MATRIX ? elements * elements : elements);
+}
+
+Program_gl::Program_gl() : id(0), linked(false), enabled(false) {}
+
+Program_gl::~Program_gl() {
+    for (SHADER_MASK_PAIR const& entry : shaders) {
+        entry.shader->dettach(this);
+    }
+    if (id != 0) {
+        glDeleteProgram(id);
+        id = 0;
+    }
+    for (UNIFORM_PAIR* uniform : uniforms) {
+        ::operator delete(uniform->data);
+        delete uniform;
+    }
+}
+
+// == Stages ==
+
+void Program_gl::attach(Shader_gl* vertex, Shader_gl* geometry, Shader_gl* fragment) {
+    if (id == 0) {
+        id = glCreateProgram();
+    }
+    for (Shader_gl* shader : {vertex, geometry, fragment}) {
+        if (shader != nullptr && shader->getID(0) != 0) {
+            _attach(shader);
+        }
+    }
+}
+
+void Program_gl::_attach(Shader_gl* shader) {
+    linked = false;
+    shader->programs.push_back(this);
+    shaders.push_back({shader, 0});
+    glAttachShader(id, shader->getID(0));
+}
+
+// The link is left as it is: GL goes on with the linked program until it is linked again.
+void Program_gl::_detach(Shader_gl* shader) {
+    for (SHADER_MASK_PAIR const& entry : shaders) {
+        if (entry.shader == shader) {
+            glDetachShader(id, shader->getID(entry.mask));
+        }
+    }
+    shaders.remove_if([shader](SHADER_MASK_PAIR const& entry) { return entry.shader == shader; });
+}
+
+void Program_gl::setMask(Shader_gl* shader, unsigned int mask) {
+    if (shader == nullptr || shader->getID(mask) == 0) {
+        return;
+    }
+    linked = false;
+    for (SHADER_MASK_PAIR& entry : shaders) {
+        if (entry.shader == shader) {
+            glDetachShader(id, shader->getID(entry.mask));
+            entry.mask = mask;
+            glAttachShader(id, shader->getID(mask));
+        }
+    }
+}
+
+void Program_gl::_link() {
+    if (id != 0 && !linked) {
+        glLinkProgram(id);
+        linked = true;
+    }
+}
+
+// == Use ==
+
+void Program_gl::enable(bool on) {
+    if (!on) {
+        disable();
+        return;
+    }
+    _link();
+    glUseProgram(id);
+    _applyUniform(nullptr);
+    enabled = true;
+}
+
+void Program_gl::disable() {
+    glUseProgram(0);
+    enabled = false;
+}
+
+bool Program_gl::isEnabled() const {
+    return enabled;
+}
+
+unsigned int Program_gl::getId() const {
+    return id;
+}
+
+// == Kept uniforms ==
+
+void Program_gl::setUniform(char const* name, int x) {
+    _setUniform(name, UNIFORM_PAIR::UNIFORM_INT, 1, 1, &x);
+}
+
+void Program_gl::setUniform(char const* name, int x, int y) {
+    std::array<int, 2> const values{x, y};
+    _setUniform(name, UNIFORM_PAIR::UNIFORM_INT, 1, 2, values.data());
+}
+
+void Program_gl::setUniform(char const* name, int x, int y, int z) {
+    std::array<int, 3> const values{x, y, z};
+    _setUniform(name, UNIFORM_PAIR::UNIFORM_INT, 1, 3, values.data());
+}
+
+void Program_gl::setUniform(char const* name, int x, int y, int z, int w) {
+    std::array<int, 4> const values{x, y, z, w};
+    _setUniform(name, UNIFORM_PAIR::UNIFORM_INT, 1, 4, values.data());
+}
+
+void Program_gl::setUniform(char const* name, int count, int size, int const* values) {
+    _setUniform(name, UNIFORM_PAIR::UNIFORM_INT, count, size, values);
+}
+
+void Program_gl::setUniform(char const* name, float x) {
+    _setUniform(name, UNIFORM_PAIR::UNIFORM_FLOAT, 1, 1, &x);
+}
+
+void Program_gl::setUniform(char const* name, float x, float y) {
+    std::array<float, 2> const values{x, y};
+    _setUniform(name, UNIFORM_PAIR::UNIFORM_FLOAT, 1, 2, values.data());
+}
+
+void Program_gl::setUniform(char const* name, float x, float y, float z) {
+    std::array<float, 3> const values{x, y, z};
+    _setUniform(name, UNIFORM_PAIR::UNIFORM_FLOAT, 1, 3, values.data());
+}
+
+void Program_gl::setUniform(char const* name, float x, float y, float z, float w) {
+    std::array<float, 4> const values{x, y, z, w};
+    _setUniform(name, UNIFORM_PAIR::UNIFORM_FLOAT, 1, 4, values.data());
+}
+
+void Program_gl::setUniform(char const* name, int count, int size, float const* values) {
+    _setUniform(name, UNIFORM_PAIR::UNIFORM_FLOAT, count, size, values);
+}
+
+void Program_gl::setUniformMatrix(char const* name, int order, float const* values) {
+    _setUniform(name, UNIFORM_PAIR::UNIFORM_MATRIX, 1, order, values);
+}
+
+void Program_gl::_setUniform(char const* name, UNIFORM_PAIR::UNIFORM_TYPE const& type, int const& count,
+                             int const& size, void const* values) {
+    if (count < 0 || size < 0 || values == nullptr) {
+        return;
+    }
+    char const* const wanted = name != nullptr ? name : "";
+
+    UNIFORM_PAIR* uniform = nullptr;
+    for (UNIFORM_PAIR* candidate : uniforms) {
+        if (candidate->name == wanted) {
+            uniform = candidate;
+            break;
+        }
+    }
+    if (uniform == nullptr) {
+        auto fresh = std::make_unique<UNIFORM_PAIR>(UNIFORM_PAIR{wanted, type, 0, 0, nullptr});
+        uniforms.push_back(fresh.get());
+        uniform = fresh.release();
+    }
+
+    // Values of the same length go where the old ones are: effects send the same uniforms in every frame,
+    // and a frame should not allocate.
+    UNIFORM_PAIR changed{{}, type, count, size, uniform->data};
+    if (uniform->data == nullptr || changed.bytes() != uniform->bytes()) {
+        changed.data = ::operator new(changed.bytes());
+        ::operator delete(uniform->data);
+    }
+    std::memcpy(changed.data, values, changed.bytes());
+    uniform->type = changed.type;
+    uniform->count = changed.count;
+    uniform->size = changed.size;
+    uniform->data = changed.data;
+
+    if (enabled) {
+        _applyUniform(uniform);
+    }
+}
+
+void Program_gl::_applyUniform(UNIFORM_PAIR const* uniform) {
+    if (uniform == nullptr) {
+        for (UNIFORM_PAIR const* each : uniforms) {
+            _applyUniform(each);
+        }
+        return;
+    }
+    // Looked up anew each time: linking again may move every location.
+    GLint const location = _location(uniform->name.c_str());
+    GLsizei const count = uniform->count;
+    if (uniform->type == UNIFORM_PAIR::UNIFORM_INT) {
+        auto const* values = static_cast<GLint const*>(uniform->data);
+        switch (uniform->size) {
+        case 1:
+            glUniform1iv(location, count, values);
+            break;
+        case 2:
+            glUniform2iv(location, count, values);
+            break;
+        case 3:
+            glUniform3iv(location, count, values);
+            break;
+        case 4:
+            glUniform4iv(location, count, values);
+            break;
+        default:
+            break;
+        }
+        return;
+    }
+    auto const* values = static_cast<GLfloat const*>(uniform->data);
+    if (uniform->type == UNIFORM_PAIR::UNIFORM_FLOAT) {
+        switch (uniform->size) {
+        case 1:
+            glUniform1fv(location, count, values);
+            break;
+        case 2:
+            glUniform2fv(location, count, values);
+            break;
+        case 3:
+            glUniform3fv(location, count, values);
+            break;
+        case 4:
+            glUniform4fv(location, count, values);
+            break;
+        default:
+            break;
+        }
+    } else {
+        switch (uniform->size) {
+        case 2:
+            glUniformMatrix2fv(location, count, GL_FALSE, values);
+            break;
+        case 3:
+            glUniformMatrix3fv(location, count, GL_FALSE, values);
+            break;
+        case 4:
+            glUniformMatrix4fv(location, count, GL_FALSE, values);
+            break;
+        default:
+            break;
+        }
+    }
+}
+
+int Program_gl::_location(char const* name) const {
+    return glGetUniformLocation(id, name != nullptr ? name : "");
+}
+
+// == Uniforms that are not kept ==
+
+void Program_gl::setUniformSampler(char const* name, unsigned int texture, int unit) {
+    glUseProgram(id);
+    GLint const location = _location(name);
+    glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glUniform1i(location, unit);
+}
+
+void Program_gl::getUniform(char const* name, float* out) {
+    glGetUniformfv(id, _location(name), out);
+}
+
+void Program_gl::getUniform(char const* name, int* out) {
+    glGetUniformiv(id, _location(name), out);
+}
+
+// == Logs and support ==
+
+std::string Program_gl::getInfoLog() {
+    static std::array<char, LOG_LENGTH> log;
+    log[0] = '\0';  // stays so when the driver refuses
+    if (id != 0) {
+        glGetProgramInfoLog(id, LOG_LENGTH, nullptr, log.data());
+    }
+    return log.data();
+}
+
+std::string Program_gl::getCompilationLog() {
+    std::string all;
+    for (SHADER_MASK_PAIR const& entry : shaders) {
+        all += entry.shader->getCompilationLog();
+    }
+    return all;
+}
+
+void Program_gl::printShadersList() {}
+
+bool Program_gl::checkGeometryShaderSupport() {
+    GLubyte const* const text = glGetString(GL_VERSION);
+    if (text == nullptr) {
+        return true;
+    }
+    // Not atof: its decimal point is the locale's.
+    std::string_view const number = std::string_view(reinterpret_cast<char const*>(text)).substr(0, 3);
+    double version = 0;
+    std::from_chars(number.data(), number.data() + number.size(), version);
+    if (2.1 > version) {
+        std::cout << "OpenGL 2.1 NOT ready";
+        return false;
+    }
+    return true;
+}
+
+}  // namespace vellum

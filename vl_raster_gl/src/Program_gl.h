@@ -1,0 +1,160 @@
+#pragma once
+
+#include "raster_gl_export.h"
+
+#include <cstddef>
+#include <list>
+#include <string>
+
+namespace vellum {
+
+class Shader_gl;
+
+/// A GLSL program that links itself when it is needed and remembers its uniforms by name.
+///
+/// GL keeps uniforms only in a linked program and only until it is linked again, and takes them only while
+/// the program is in use. This class lifts both limits: values may be set at any time, are kept by name and
+/// are sent whenever the program is enabled.
+///
+/// Use:
+///
+///     program->attach(vertex, nullptr, fragment);
+///     program->setUniform("size", 2.0F);     // kept
+///     program->enable(true);                 // links, uses the program, sends "size"
+///     program->setUniform("size", 3.0F);     // kept and sent
+///     draw();
+///     program->disable();
+///
+/// It owns its GL program and the kept values, never the stages; program and stages may be deleted in any
+/// order. A program that does not link is not told apart: GL then refuses it, and getInfoLog() says why.
+/// Names and value pointers may be null: a null name is the empty one, which names no uniform.
+/// Everything must be called on the thread that owns the context.
+class VL_RASTER_GL_EXPORT Program_gl {
+public:
+    Program_gl();  ///< An empty program. GL: none.
+
+    /// Signs off from the stages and deletes the GL program, which detaches them in GL.
+    /// GL: glDeleteProgram, if there is a GL program.
+    ~Program_gl();
+
+    Program_gl(Program_gl const&) = delete;
+    Program_gl& operator=(Program_gl const&) = delete;
+
+    // == Stages ==
+
+    /// Attaches the plain variant of up to three stages. A stage that is null or did not compile is skipped.
+    /// The slots are only a habit: any stage may come in any of them. A stage that is attached twice has two
+    /// entries, and GL refuses the second with GL_INVALID_OPERATION.
+    /// GL: glCreateProgram the first time, then glAttachShader for each stage.
+    void attach(Shader_gl* vertex, Shader_gl* geometry, Shader_gl* fragment);
+
+    /// Changes the variant of a stage; the program is linked again when it is next enabled. Does nothing when
+    /// the stage is null or has no such variant.
+    /// GL: glDetachShader and glAttachShader for every entry of the stage.
+    void setMask(Shader_gl* shader, unsigned int mask);
+
+    // == Use ==
+
+    /// Makes the program current (true): links it if stages changed, and sends every kept uniform in the order
+    /// in which they were first set. Without stages program 0 becomes current. Or makes program 0 current
+    /// (false).
+    /// GL: on: glLinkProgram if needed, glUseProgram, and per uniform glGetUniformLocation and its glUniform
+    /// call; off: glUseProgram(0).  State: the current program.
+    void enable(bool on);
+
+    /// As enable(false).
+    void disable();
+
+    bool isEnabled() const;      ///< Whether enable(true) came last.
+    unsigned int getId() const;  ///< The GL program, 0 before the first attach().
+
+    // == Kept uniforms ==
+    // Each keeps a copy of its values under the name and sends it at once while the program is enabled.
+    // Setting a name again changes its type and length too; it keeps its place in the order of sending.
+    // Lengths below 0 and missing values are ignored.
+    // GL: glGetUniformLocation and the glUniform call of type and size, while enabled; nothing for sizes that
+    // GL does not have.
+
+    void setUniform(char const* name, int x);
+    void setUniform(char const* name, int x, int y);
+    void setUniform(char const* name, int x, int y, int z);
+    void setUniform(char const* name, int x, int y, int z, int w);
+    /// `count` elements of `size` components each; size 1 to 4.
+    void setUniform(char const* name, int count, int size, int const* values);
+    void setUniform(char const* name, float x);
+    void setUniform(char const* name, float x, float y);
+    void setUniform(char const* name, float x, float y, float z);
+    void setUniform(char const* name, float x, float y, float z, float w);
+    /// `count` elements of `size` components each; size 1 to 4.
+    void setUniform(char const* name, int count, int size, float const* values);
+    /// A square matrix of order 2 to 4, column by column.
+    void setUniformMatrix(char const* name, int order, float const* values);
+
+    // == Uniforms that are not kept ==
+
+    /// Binds a texture to a unit and lets a sampler read it. Nothing is kept: effects call it in every pass.
+    /// Deliberate: the program stays in use, and isEnabled() does not know.
+    /// GL: glUseProgram, glGetUniformLocation, glActiveTexture, glBindTexture, glUniform1i.
+    /// State: the current program, the active texture unit, its 2-D texture.
+    void setUniformSampler(char const* name, unsigned int texture, int unit);
+
+    /// Reads a uniform as GL has it; a name that is unknown leaves `out` alone. `out` has room for it.
+    /// GL: glGetUniformLocation, glGetUniformfv or glGetUniformiv.
+    void getUniform(char const* name, float* out);
+    void getUniform(char const* name, int* out);
+
+    // == Logs and support ==
+
+    /// What the driver says about the program, at most 4095 characters. GL: glGetProgramInfoLog, if there is a
+    /// GL program.
+    std::string getInfoLog();
+
+    /// The compilation logs of the attached stages, one behind the other. GL: none.
+    std::string getCompilationLog();
+
+    /// Deliberate: prints nothing; kept for callers of the interface.
+    void printShadersList();
+
+    /// Whether the driver's version is 2.1 or later; if not, a line on the standard output says so. The
+    /// version is the first three characters of its text, so "10.0.0" is 10. Does not ask for
+    /// GL_EXT_geometry_shader4. Without a version text the answer is true.
+    /// GL: glGetString(GL_VERSION).
+    bool checkGeometryShaderSupport();
+
+private:
+    friend class Shader_gl;
+
+    struct SHADER_MASK_PAIR {
+        Shader_gl* shader;  // not owned
+        unsigned int mask;  // the variant that is attached
+    };
+
+    struct UNIFORM_PAIR {
+        enum UNIFORM_TYPE : unsigned int { UNIFORM_INT = 0, UNIFORM_FLOAT = 1, UNIFORM_MATRIX = 2 };
+
+        std::string name;
+        UNIFORM_TYPE type;
+        int count;   // elements
+        int size;    // components of an element, or the order of a matrix
+        void* data;  // owned, of operator new; 32-bit values
+
+        std::size_t bytes() const;
+    };
+
+    void _attach(Shader_gl* shader);
+    // Takes the stage off the program, in GL too. Called by the stage's destructor.
+    void _detach(Shader_gl* shader);
+    void _link();
+    void _setUniform(char const* name, UNIFORM_PAIR::UNIFORM_TYPE const& type, int const& count,
+                     int const& size, void const* values);
+    void _applyUniform(UNIFORM_PAIR const* uniform);  // null: all, in their order
+    int _location(char const* name) const;
+
+    unsigned int id;                      // 0 before the first attach()
+    std::list<SHADER_MASK_PAIR> shaders;  // in the order of attaching
+    bool linked;                          // for the present stages and variants
+    bool enabled;                         // between enable(true) and enable(false)
+    std::list<UNIFORM_PAIR*> uniforms;    // owned, in the order in which they were first set
+};
+
+}  // namespace vellum

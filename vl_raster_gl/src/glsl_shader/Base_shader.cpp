@@ -1,0 +1,295 @@
+#include "glsl_shader/Base_shader.h"
+
+#include "Program_gl.h"
+#include "Shader_gl.h"
+
+#include "foundation/raster/Core_RL.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstring>
+#include <vector>
+
+#include "gl_api.h"
+
+namespace vellum {
+
+namespace {
+
+constexpr unsigned int MOST_LIGHTS = 32;  // drivers have 8; a wild count is not to keep GL busy for minutes
+
+void setTextureParameters() {
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_REPEAT);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+}
+
+GLenum pixelType(VL_Image const& image) {
+    switch (image.bitdepth()) {
+    case 8:
+        return GL_UNSIGNED_BYTE;
+    case 16:
+        return GL_UNSIGNED_SHORT;
+    default:
+        return GL_FLOAT;
+    }
+}
+
+// Grey to RGBA, the grey's alpha being its second channel, or the largest value.
+template <class Value>
+void spread(Value const* grey, std::size_t const& channels, Value const& opaque, VL_Image const& image,
+            Value* rgba) {
+    std::size_t const pixels = std::size_t{image.width()} * image.height();
+    for (std::size_t i = 0; i < pixels; ++i) {
+        Value const value = grey[i * channels];
+        Value* const pixel = rgba + 4 * i;
+        pixel[0] = pixel[1] = pixel[2] = value;
+        pixel[3] = channels == 2 ? grey[i * channels + 1] : opaque;
+    }
+}
+
+// The same picture as RGBA; empty when that is too large.
+VL_Image spreadGrey(VL_Image const& grey) {
+    auto const channels = static_cast<unsigned int>(grey.pixdepth() / grey.bitdepth());
+    VL_Image rgba;
+    if (!rgba.create(grey.width(), grey.height(), 4, static_cast<unsigned int>(grey.bitdepth()))) {
+        return rgba;
+    }
+    switch (grey.bitdepth()) {
+    case 8:
+        spread<unsigned char>(grey.getBuffer(), channels, 0xFF, grey, rgba.getBuffer());
+        break;
+    case 16:
+        spread<unsigned short>(grey.getBuffer16(), channels, 0xFFFF, grey, rgba.getBuffer16());
+        break;
+    default:
+        spread<float>(grey.getBuffer32(), channels, 1, grey, rgba.getBuffer32());
+        break;
+    }
+    return rgba;
+}
+
+void const* pixelsOf(VL_Image const& image) {
+    switch (image.bitdepth()) {
+    case 8:
+        return image.getBuffer();
+    case 16:
+        return image.getBuffer16();
+    default:
+        return image.getBuffer32();
+    }
+}
+
+}  // namespace
+
+Base_shader::Base_shader()
+    : program(new Program_gl), stage1(nullptr), stage2(nullptr), stage3(nullptr), dirty(true) {}
+
+Base_shader::Base_shader(Base_shader const&) : Base_shader() {}
+
+Base_shader::~Base_shader() {
+    // The program first: it signs off from its stages, which then have nothing to detach.
+    delete program;
+    delete stage1;
+    delete stage2;
+    delete stage3;
+}
+
+// == Lifecycle ==
+
+void Base_shader::setShaderConstant(char const* name, Mesh_RL_Shader::UNIFORM_TYPE type, unsigned int size,
+                                    void* values) {
+    auto const components = static_cast<int>(size);
+    switch (type) {
+    case CONSTANT_INT:
+        program->setUniform(name, 1, components, static_cast<int const*>(values));
+        break;
+    case CONSTANT_FLOAT:
+        program->setUniform(name, 1, components, static_cast<float const*>(values));
+        break;
+    default:
+        program->setUniformMatrix(name, components, static_cast<float const*>(values));
+        break;
+    }
+}
+
+void Base_shader::reload() {
+    created = false;
+    dirty = true;
+    for (Shader_gl** stage : {&stage2, &stage1, &stage3}) {
+        delete *stage;
+        *stage = nullptr;
+    }
+}
+
+void Base_shader::enable(bool const& on) {
+    bool const wanted = on;
+    if (!created) {
+        create();
+    }
+    program->enable(wanted);
+}
+
+void Base_shader::markDirty() {
+    dirty = true;
+}
+
+// == Logs ==
+
+std::string Base_shader::getLog() const {
+    return log;
+}
+
+std::string Base_shader::getCompilationLog() {
+    return program->getCompilationLog();
+}
+
+// == Textures ==
+
+void Base_shader::loadTexture(VL_Image const& image, unsigned int const& texture, int const& internalFormat) {
+    if (image.width() == 0 && image.height() == 0) {
+        return;
+    }
+    unsigned int const name = texture;  // the argument may be what the render layer changes
+    if (VL_Raster != nullptr) {
+        VL_Raster->destroyTexture(name);
+        // Deliberate: the new name is ignored. Often it is the one that has just been freed; binding `texture`
+        // makes it a texture again in any case.
+        VL_Raster->createTexture();
+    }
+    _uploadTexture(image, name, internalFormat, static_cast<int>(image.width()),
+                   static_cast<int>(image.height()));
+    GLenum const error = glGetError();
+    if (error != GL_NO_ERROR) {
+        gluErrorString(error);  // Deliberate: nobody is told; the texture is without contents then
+    }
+    glTexEnvf(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+}
+
+void Base_shader::loadTextureFloat32(VL_Image const& image, unsigned int const& texture) {
+    loadTexture(image, texture, GL_RGBA32F_ARB);
+}
+
+void Base_shader::loadTextureRGB(VL_Image const& image, unsigned int const& texture) {
+    loadTexture(image, texture, GL_RGB);
+}
+
+void Base_shader::loadTextureFloat32(VL_String const& path, unsigned int const& texture) {
+    _loadTexture(path, texture, GL_RGBA32F_ARB);
+}
+
+void Base_shader::loadTextureRGB(VL_String const& path, unsigned int const& texture) {
+    _loadTexture(path, texture, GL_RGB);
+}
+
+void Base_shader::_loadTexture(VL_String const& path, unsigned int const& texture,
+                               int const& internalFormat) {
+    if (VL_Raster != nullptr) {
+        VL_Raster->destroyTexture(texture);
+    }
+    VL_Image image;
+    if (path.size() > 1 && image.read(path)) {
+        loadTexture(image, texture, internalFormat);
+    }
+}
+
+// Each step copies the highest bit further down, until all below it are set. The shifts are signed, so that 0
+// and what is below stay -1; the sums are not, so that none overflows.
+int Base_shader::nextHighestPowerOf2(int v) {
+    int x = static_cast<int>(static_cast<unsigned int>(v) - 1);
+    for (int const shift : {1, 2, 4, 8, 16}) {
+        x |= x >> shift;
+    }
+    return static_cast<int>(static_cast<unsigned int>(x) + 1);
+}
+
+void Base_shader::copyFramebufferToTexture(unsigned int const& texture) {
+    std::array<GLint, 4> viewport{};
+    glGetIntegerv(GL_VIEWPORT, viewport.data());
+    glBindTexture(GL_TEXTURE_2D, texture);
+    setTextureParameters();
+    glCopyTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, viewport[0], viewport[1], nextHighestPowerOf2(viewport[2]),
+                     nextHighestPowerOf2(viewport[3]), 0);
+}
+
+// == Pieces of the effects' passes ==
+
+void Base_shader::_openPass(unsigned int const& lightCount) {
+    glPushAttrib(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT);
+    glDisable(GL_TEXTURE_2D);
+    glDisable(GL_TEXTURE_3D);
+    glEnable(GL_LIGHTING);
+    unsigned int const lights = std::min(lightCount, MOST_LIGHTS);
+    for (unsigned int i = 0; i < lights; ++i) {
+        glEnable(GL_LIGHT0 + i);
+    }
+    glColor4f(1, 1, 1, 1);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+}
+
+void Base_shader::_closePass() {
+    program->disable();
+    glUseProgramObjectARB(0);
+    glPopAttrib();
+}
+
+void Base_shader::_useProgram() const {
+    glUseProgram(program->getId());
+}
+
+Base_shader::FrameSize Base_shader::_readFrameSize() {
+    std::array<GLint, 4> viewport{};
+    glGetIntegerv(GL_VIEWPORT, viewport.data());
+    return {viewport[2], viewport[3], nextHighestPowerOf2(viewport[2]), nextHighestPowerOf2(viewport[3])};
+}
+
+void Base_shader::_sendFrameSize(FrameSize const& frame) {
+    program->setUniform("FrameWidth", static_cast<float>(frame.width));
+    program->setUniform("FrameHeight", static_cast<float>(frame.height));
+    program->setUniform("textureWidth", static_cast<float>(frame.textureWidth));
+    program->setUniform("textureHeight", static_cast<float>(frame.textureHeight));
+}
+
+void Base_shader::_uploadTexture(VL_Image const& image, unsigned int const& texture,
+                                 int const& internalFormat, int const& width, int const& height) {
+    if (image.width() == 0 || width < 1 || height < 1) {
+        return;
+    }
+    int const channels = image.pixdepth() / image.bitdepth();
+    if (channels < 3) {
+        VL_Image const rgba = spreadGrey(image);
+        _uploadTexture(rgba, texture, internalFormat, width, height);
+        return;
+    }
+    std::size_t const pixelBytes = static_cast<std::size_t>(image.pixdepth()) / 8;
+    std::size_t const rowBytes = static_cast<std::size_t>(width) * pixelBytes;
+    std::size_t const wanted = rowBytes * static_cast<std::size_t>(height);
+    std::size_t const present = std::size_t{image.width()} * image.height() * pixelBytes;
+    void const* pixels = pixelsOf(image);
+    std::vector<unsigned char> padded;
+    if (wanted > present) {
+        padded.resize(wanted, 0);
+        std::memcpy(padded.data(), pixels, present);
+        pixels = padded.data();
+    }
+
+    glBindTexture(GL_TEXTURE_2D, texture);
+    setTextureParameters();
+    // GL takes each row to begin at a multiple of the unpack alignment, 4 unless somebody has changed it. The
+    // image's rows follow each other without gaps.
+    bool const isUnaligned = rowBytes % 4 != 0;
+    if (isUnaligned) {
+        glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
+        glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+    }
+    glTexImage2D(GL_TEXTURE_2D, 0, internalFormat, width, height, 0, channels == 3 ? GL_RGB : GL_RGBA,
+                 pixelType(image), pixels);
+    if (isUnaligned) {
+        glPopClientAttrib();
+    }
+}
+
+}  // namespace vellum
