@@ -1,0 +1,75 @@
+#pragma once
+
+#include "foundation/geometry/Vector3.h"
+#include "viewport/Picture.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace vellum {
+class Core_RL;
+class OffscreenContext;
+}  // namespace vellum
+
+namespace vellum::gallery {
+
+class SheetLayer;
+
+/// From where a cell's drawing is seen. +Y is up.
+struct View {
+    Vector3<float> eye;     ///< perspective only
+    Vector3<float> target;  ///< the middle of the cell
+    float fieldOfView;      ///< degrees across the cell's shorter side; 0 for a flat view along -z
+    float reach;            ///< flat view only: half of what the cell's shorter side shows
+
+    static View perspective(Vector3<float> const& eye, Vector3<float> const& target,
+                            float const& fieldOfView);
+    static View flat(float const& reach);
+
+    bool isFlat() const { return fieldOfView == 0.0F; }
+    Vector3<float> direction() const;  ///< The direction in which the viewer looks; unit length.
+};
+
+/// One drawing with its label. `draw` finds lighting off, blending off, the depth test on, a line width of
+/// 1.5 and the view's matrices loaded; what it pushes it pops again.
+struct Cell {
+    std::string label;  ///< may be empty
+    View view;
+    std::function<void(Core_RL& layer, View const& view)> draw;
+};
+
+/// Cells of equal width beside each other.
+struct Row {
+    float height;  ///< relative to the other rows
+    std::vector<Cell> cells;
+};
+
+/// What one picture shows.
+struct Subject {
+    std::string name;  ///< part of the picture's file name
+    std::string title;
+    std::string caption;    ///< one sentence or two
+    std::vector<Row> rows;  ///< from the top
+};
+
+constexpr int sheetWidth = 1280;  // pixels
+constexpr int sheetHeight = 800;  // pixels
+
+/// Draws the subject. The context must be current and SheetLayer::oversampling times as wide and high as a
+/// sheet.
+viewport::Picture drawSheet(OffscreenContext& context, SheetLayer& layer, Subject const& subject);
+
+/// Lights the surfaces that are drawn while it lives: two lights that stand with the viewer.
+class Lit {
+public:
+    explicit Lit(Core_RL& layer);
+    ~Lit();
+    Lit(Lit const&) = delete;
+    Lit& operator=(Lit const&) = delete;
+
+private:
+    Core_RL& _layer;
+};
+
+}  // namespace vellum::gallery

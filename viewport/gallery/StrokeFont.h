@@ -1,0 +1,21 @@
+#pragma once
+
+#include "foundation/geometry/Vector2.h"
+
+#include <string>
+
+namespace vellum {
+class Core_RL;
+}
+
+/// Labels in plain segments: small letters, digits and a little punctuation. Other characters are left blank.
+namespace vellum::gallery {
+
+/// Draws a line of text in the XY plane, in the current colour and line width. `origin` is the left end of the
+/// base line, `size` the height of a tall letter.
+void drawText(Core_RL& layer, std::string const& text, Vector2<float> const& origin, float const& size);
+
+/// How wide drawText() draws the text.
+float textWidth(std::string const& text, float const& size);
+
+}  // namespace vellum::gallery
