@@ -446,11 +446,11 @@ public:
 
     /// Shaded and coloured triangles.
     ///
-    /// Normals and colours belong to the vertices; either array may be empty. Without normals triangles are
-    /// shaded flat, without colours the current colour is kept. Where there are normals, a triangle takes the
-    /// mean colour of its corners; where there are none, colours run smoothly over it. Triangles that name a
-    /// vertex beyond the end, or beyond the end of an array that is not empty, are left out. The current
-    /// colour is restored at the end.
+    /// Normals and colours belong to the vertices; either array may be empty. Without both, triangles are
+    /// shaded flat in the current colour. With normals alone the current colour is kept; with both, a triangle
+    /// takes the mean colour of its corners. With colours alone they run smoothly over the triangles, and no
+    /// normals are sent: that is for drawing without lights. Triangles that name a vertex beyond the end, or
+    /// beyond the end of an array that is not empty, are left out. The current colour is restored at the end.
     virtual void render(Array<Vector3<float>> const& vertices, Array<Tuple3<unsigned int>> const& triangles,
                         Array<Vector3<float>> const& normals, Array<Color4<float>> const& colors);
     virtual void render(Array<Vector3<double>> const& vertices, Array<Tuple3<unsigned int>> const& triangles,

@@ -238,8 +238,9 @@ public:
     void popTransform() override;
 
     /// Gives a texture `width` x `height` luminances and leaves it enabled and bound, to be drawn over what is
-    /// there: blended towards white by the luminance, or in its place. The name comes from createTexture();
-    /// popTextureLuminance() deletes it, so each push needs a fresh one.
+    /// there. With `blend` the current colour turns to white by the luminance. Without, the mode is GL_DECAL,
+    /// whose effect on luminances GL leaves to the driver (Mesa shows the current colour alone). The name comes
+    /// from createTexture(); popTextureLuminance() deletes it, so each push needs a fresh one.
     /// \param values row by row, at least width x height of them, or empty to leave the image undefined.
     /// GL: glEnable(GL_TEXTURE_2D), glBindTexture, glPixelStoref, glTexImage2D, glTexParameteri x 4,
     /// glTexEnvfv and glTexEnvf, or glTexEnvf alone.
