@@ -192,12 +192,13 @@ TEST(TextureQueue_test, aFailedDeletionReleasesTheLock) {
 TEST(TextureQueue_test, namesOfManyThreadsAreDeletedOnceEach) {
     constexpr unsigned int THREADS = 8;
     constexpr unsigned int NAMES = 100000;  // of each thread
+    constexpr unsigned int NAMES_BETWEEN_DRAINS = 500;
 
     NotingLayer layer;
     layer.deleted.reserve(THREADS * NAMES);
     std::atomic<unsigned int> ready{0};
     std::atomic<unsigned int> finished{0};
-    std::atomic<bool> drained{false};
+    std::atomic<unsigned int> drains{0};
     std::atomic<unsigned int> namesKept{0};
 
     std::vector<std::thread> threads;
@@ -208,10 +209,12 @@ TEST(TextureQueue_test, namesOfManyThreadsAreDeletedOnceEach) {
                 std::this_thread::yield();
             }
             for (unsigned int i = 0; i < NAMES; ++i) {
-                // The second half waits for the first drain, so that queueing and draining do overlap however
-                // the threads are scheduled.
-                while (i == NAMES / 2 && !drained) {
-                    std::this_thread::yield();
+                // However the threads are scheduled, they meet again and again, and so do queueing and draining.
+                if (i % NAMES_BETWEEN_DRAINS == 0) {
+                    unsigned int const seen = drains;
+                    while (drains == seen) {
+                        std::this_thread::yield();
+                    }
                 }
                 unsigned int texture = thread * NAMES + i;
                 layer.queueUnloadTextureColor(texture);
@@ -224,9 +227,7 @@ TEST(TextureQueue_test, namesOfManyThreadsAreDeletedOnceEach) {
     }
     while (finished != THREADS) {
         layer.destroy_RL();
-        if (!layer.deleted.empty()) {
-            drained = true;
-        }
+        ++drains;
     }
     for (std::thread& thread : threads) {
         thread.join();
