@@ -1,0 +1,27 @@
+#pragma once
+
+#include "foundation/export.h"
+#include "foundation/geometry/MeshImporter.h"
+#include "foundation/raster/Service_RL.h"
+
+namespace vellum {
+
+/// What an application knows of the preview of an imported mesh. It draws what the import gave, before it
+/// becomes a Mesh.
+///
+/// The virtual operations stand in the order of the interface; their order is part of it.
+class VL_FOUNDATION_EXPORT MeshImporter_RL : public Service_RL<MeshImporter> {
+public:
+    /// Names all triangles for renderNormals().
+    static constexpr unsigned int EVERY_TRIANGLE = 0xFFFFFFFFU;
+
+    MeshImporter_RL();
+    ~MeshImporter_RL() override;
+
+    virtual void render() = 0;  ///< The surface.
+
+    /// The corner normals of one triangle, or of every one.
+    virtual void renderNormals(unsigned int const& triangle) = 0;
+};
+
+}  // namespace vellum

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "foundation/basic/VL_String.h"
+
+#include <cstddef>
+
+namespace vellum {
+
+/// How a mesh is shown: the values of MeshShading::mode. Any other value draws nothing.
+namespace MeshShadingMode_ns {
+
+enum type : unsigned int {
+    BOX = 0,        ///< The edges of its box.
+    WIREFRAME = 1,  ///< The outlines of its triangles.
+    FACETED = 2,    ///< Filled, one normal for each triangle.
+    SMOOTH = 3      ///< Filled, with the vertex normals.
+};
+
+}  // namespace MeshShadingMode_ns
+
+/// The bits of MeshShading::flags.
+namespace MeshShadingFlags_ns {
+
+enum type : unsigned int {
+    TEXTURE = 1,               ///< With texture coordinates; of the filled modes.
+    WIREFRAME_BACK_FACES = 2,  ///< Triangles seen from behind are outlines; of the filled modes.
+    GPU_SHADER = 4             ///< Through the renderer's effect, if it has one.
+};
+
+}  // namespace MeshShadingFlags_ns
+
+/// What is asked of a mesh renderer.
+struct MeshShading {
+    unsigned int mode = MeshShadingMode_ns::SMOOTH;
+    unsigned int flags = 0;    ///< MeshShadingFlags_ns
+    VL_String textureChannel;  ///< The channel that TEXTURE takes the coordinates from.
+};
+
+static_assert(offsetof(MeshShading, flags) == 4 && offsetof(MeshShading, textureChannel) == 8,
+              "two 32-bit words, then the name");
+
+}  // namespace vellum
