@@ -8,6 +8,8 @@
 
 #include "Camera_RL_GL.h"
 #include "Core_RL_GL.h"
+#include "MeshImporter_RL_GL.h"
+#include "Mesh_RL_GL.h"
 #include "Program_gl.h"
 #include "Shader_gl.h"
 #include "glsl_shader/Base_shader.h"

@@ -1,0 +1,766 @@
+#include "Mesh_RL_GL.h"
+
+#include "foundation/basic/ArrayHandle.h"
+#include "foundation/basic/ArrayServer.h"
+#include "foundation/geometry/Mesh.h"
+#include "foundation/geometry/Vector2.h"
+#include "foundation/geometry/index_02.h"
+#include "foundation/raster/Core_RL.h"
+
+#include <cstring>
+
+#include "gl_api.h"
+
+namespace vellum {
+
+namespace {
+
+using index_02::ui32::NEXT_CIRCULAR;
+using index_02::ui32::PREV_CIRCULAR;
+
+// Deliberate: the weights are single-precision numbers used in double arithmetic. The third is a little more
+// than a third, so the middle of a triangle lies a little off.
+constexpr double THIRD = static_cast<double>(0.33333334F);
+constexpr double NEAR_END = static_cast<double>(0.7F);  // of an edge, from the end that is meant
+constexpr double FAR_END = static_cast<double>(0.3F);
+constexpr double AT_EDGE = static_cast<double>(0.45F);  // of the point inside the neighbour
+constexpr double AT_OPPOSITE = static_cast<double>(0.1F);
+
+constexpr CullingMode CULL_BACK{true, true};
+constexpr CullingMode CULL_FRONT{true, false};
+
+constexpr float NO_NORMAL[3] = {0.0F, 0.0F, 0.0F};
+constexpr Vector2<float> NO_COORDINATE{0.0F, 0.0F};
+
+bool isModified(ArrayTypeable const* array) {
+    return array != nullptr && (array->flags & ARRAY_TYPEABLE_MODIFIED_CONTROL_0) != 0;
+}
+
+void clearModified(ArrayTypeable* array) {
+    if (array != nullptr) {
+        array->flags &= static_cast<unsigned short>(~ARRAY_TYPEABLE_MODIFIED_CONTROL_0);
+    }
+}
+
+template <class T>
+T const* elementsOf(ArrayTypeable const* array) {
+    return array != nullptr && array->size != 0 ? array->as<T>() : nullptr;
+}
+
+/// Triples of indices one after the other: index 3 t + k is that of corner k of triangle t.
+unsigned int const* indicesOf(ArrayTypeable const* array) {
+    auto const* const triples = elementsOf<Tuple3<unsigned int>>(array);
+    return triples != nullptr ? static_cast<unsigned int const*>(array->data) : nullptr;
+}
+
+float const* componentsOf(Vector3<float> const& v) {
+    return &v.x;
+}
+float const* componentsOf(Color4<float> const& v) {
+    return &v.r;
+}
+
+Vector3<double> along(Vector3<double> const& p, float const* direction, float const& length) {
+    double const s = static_cast<double>(length);
+    return {p.x + s * static_cast<double>(direction[0]), p.y + s * static_cast<double>(direction[1]),
+            p.z + s * static_cast<double>(direction[2])};
+}
+
+Vector3<double> middle(Vector3<double> const& a, Vector3<double> const& b, Vector3<double> const& c) {
+    return (a + b + c) * THIRD;
+}
+
+void emitVertex(Vector3<double> const& p) {
+    glVertex3dv(&p.x);
+}
+
+void emitSegment(Vector3<double> const& from, Vector3<double> const& to) {
+    emitVertex(from);
+    emitVertex(to);
+}
+
+/// Two segments from a point to the two inner points of an edge.
+void emitMark(Vector3<double> const& point, Vector3<double> const& a, Vector3<double> const& b) {
+    Vector3<double> const nearA = a * NEAR_END + b * FAR_END;
+    Vector3<double> const nearB = a * FAR_END + b * NEAR_END;
+    emitSegment(nearA, point);
+    emitSegment(point, nearB);
+}
+
+/// Refills one buffer: sees that it has its bytes, maps it and lets `write` write them from front to back.
+/// With `keepsStore` a buffer that exists has the size already.
+template <class Write>
+void fillBuffer(GLenum target, GLuint& name, bool keepsStore, std::size_t bytes, Write const& write) {
+    if (keepsStore && name != 0) {
+        glBindBuffer(target, name);
+    } else {
+        if (name != 0) {
+            glDeleteBuffers(1, &name);
+            name = 0;
+        }
+        glGenBuffers(1, &name);
+        glBindBuffer(target, name);
+        glBufferData(target, static_cast<GLsizeiptr>(bytes), nullptr, GL_DYNAMIC_DRAW);
+    }
+    // A buffer without bytes cannot be mapped.
+    if (bytes != 0) {
+        if (void* const memory = glMapBuffer(target, GL_WRITE_ONLY)) {
+            write(memory);
+        }
+        glUnmapBuffer(target);
+    }
+    glBindBuffer(target, 0);
+}
+
+std::size_t soupBytes(unsigned int triangleCount, std::size_t floatsPerCorner) {
+    return std::size_t{triangleCount} * 3 * floatsPerCorner * sizeof(float);
+}
+
+}  // namespace
+
+/// The arrays of a mesh as they are read while it is drawn: counts and elements for which every index is in
+/// range, and the records with their modified bits.
+class Mesh_RL_GL::Arrays {
+public:
+    bool hasFault = false;
+    bool hasAdjacencyFault = false;  // only known after withAdjacency()
+    unsigned int triangleCount = 0;  // 0 for a mesh with a fault
+    unsigned int vertexCount = 0;    // alike
+    unsigned int vertexNormalCount = 0;
+    Vector3<double> const* positions = nullptr;
+    unsigned int const* triangles = nullptr;
+    Vector3<float> const* vertexNormals = nullptr;  // null: none
+    Color4<float> const* faceNormals = nullptr;     // null: none
+    unsigned int const* normalTriangles = nullptr;  // null: the corners have no normals
+    unsigned int const* adjacency = nullptr;        // null: none; only loaded by withAdjacency()
+
+    ArrayTypeable* positionRecord = nullptr;
+    ArrayTypeable* triangleRecord = nullptr;
+    ArrayTypeable* vertexNormalRecord = nullptr;
+    ArrayTypeable* normalTriangleRecord = nullptr;
+    ArrayTypeable* faceNormalRecord = nullptr;
+    ArrayTypeable* adjacencyRecord = nullptr;
+
+    explicit Arrays(Mesh const* mesh) {
+        if (mesh == nullptr) {
+            return;
+        }
+        positionRecord = VL_ArrayServer.resolve(mesh->positions());
+        triangleRecord = VL_ArrayServer.resolve(mesh->triangles());
+        vertexNormalRecord = VL_ArrayServer.resolve(mesh->vertexNormals());
+        normalTriangleRecord = VL_ArrayServer.resolve(mesh->normalTriangles());
+        faceNormalRecord = VL_ArrayServer.resolve(mesh->faceNormals());
+        adjacencyRecord = VL_ArrayServer.resolve(mesh->adjacency());
+        hasFault = mesh->surfaceFault() != MeshFault_ns::NONE;
+        if (hasFault) {
+            return;
+        }
+        positions = elementsOf<Vector3<double>>(positionRecord);
+        vertexCount = positions != nullptr ? positionRecord->size : 0;
+        triangles = indicesOf(triangleRecord);
+        triangleCount = triangles != nullptr ? triangleRecord->size : 0;
+        vertexNormals = elementsOf<Vector3<float>>(vertexNormalRecord);
+        vertexNormalCount = vertexNormals != nullptr ? vertexNormalRecord->size : 0;
+        normalTriangles = indicesOf(normalTriangleRecord);
+        faceNormals = elementsOf<Color4<float>>(faceNormalRecord);
+    }
+
+    /// Loads the adjacency too, if it has no fault.
+    Arrays& withAdjacency(Mesh const* mesh) {
+        hasAdjacencyFault = mesh != nullptr && mesh->adjacencyFault() != MeshFault_ns::NONE;
+        if (!hasAdjacencyFault && triangleCount != 0) {
+            adjacency = indicesOf(adjacencyRecord);
+        }
+        return *this;
+    }
+
+    unsigned int cornerCount() const { return triangleCount * 3; }
+
+    Vector3<double> const& position(unsigned int corner) const { return positions[triangles[corner]]; }
+
+    float const* vertexNormal(unsigned int corner) const {
+        return normalTriangles != nullptr ? componentsOf(vertexNormals[normalTriangles[corner]]) : NO_NORMAL;
+    }
+
+    float const* faceNormal(unsigned int triangle) const {
+        return faceNormals != nullptr ? componentsOf(faceNormals[triangle]) : NO_NORMAL;
+    }
+
+    /// Whether the edge that starts at a soup corner is a border, or hard: the neighbour has another normal at
+    /// this corner. Needs the adjacency.
+    bool isDrawnEdge(unsigned int corner) const {
+        unsigned int const entry = adjacency[corner];
+        if (entry == Mesh::ADJACENCY_NONE) {
+            return true;
+        }
+        float const* const own = vertexNormal(corner);
+        float const* const other = vertexNormal((entry >> 2) * 3 + (entry & 3U));
+        return !(own[0] == other[0] && own[1] == other[1] && own[2] == other[2]);
+    }
+};
+
+/// The texture coordinates of a channel, held while they are read.
+class Mesh_RL_GL::TextureChannel {
+public:
+    TextureChannel(Mesh const* mesh, VL_String const& name) {
+        if (mesh == nullptr) {
+            return;
+        }
+        ArrayHandle const ownTriangles(mesh->namedArray(MeshArrayInf_ns::TRINDEXED, name.c_str()));
+        ArrayHandle const ownValues(mesh->namedArray(MeshArrayInf_ns::PER_FACE, name.c_str()));
+        if (ownTriangles.isHolding() && ownValues.isHolding()) {
+            triangles = ownTriangles;
+            values = ownValues;
+            isIndexed = true;
+        } else {
+            values = ArrayHandle(mesh->namedArray(MeshArrayInf_ns::PER_VERTEX, name.c_str()));
+        }
+        indices = indicesOf(triangles.resolve());
+        indexCount = indices != nullptr ? triangles.resolve()->size * 3 : 0;
+        coordinates = elementsOf<Vector2<float>>(values.resolve());
+        coordinateCount = coordinates != nullptr ? values.resolve()->size : 0;
+    }
+
+    bool isFound() const { return values.isHolding(); }
+    bool isModified() const {
+        return vellum::isModified(triangles.resolve()) || vellum::isModified(values.resolve());
+    }
+    void clearModified() const {
+        vellum::clearModified(triangles.resolve());
+        vellum::clearModified(values.resolve());
+    }
+
+    Vector2<float> const& at(Arrays const& arrays, unsigned int corner) const {
+        if (isIndexed && corner >= indexCount) {
+            return NO_COORDINATE;
+        }
+        unsigned int const index = isIndexed ? indices[corner] : arrays.triangles[corner];
+        return index < coordinateCount ? coordinates[index] : NO_COORDINATE;
+    }
+
+private:
+    ArrayHandle triangles;  // of an indexed channel
+    ArrayHandle values;     // none when the mesh lacks the channel
+    bool isIndexed = false;
+    unsigned int const* indices = nullptr;
+    unsigned int indexCount = 0;
+    Vector2<float> const* coordinates = nullptr;
+    unsigned int coordinateCount = 0;
+};
+
+// == Lifecycle ==
+
+Mesh_RL_GL::Mesh_RL_GL(Mesh* mesh, bool) : Mesh_RL(mesh) {}
+
+Mesh_RL_GL::~Mesh_RL_GL() {
+    for (GLuint* const name :
+         {&positionBuffer, &smoothNormalBuffer, &facetedNormalBuffer, &texCoordBuffer, &indexBuffer}) {
+        if (*name != 0) {
+            glDeleteBuffers(1, name);
+            *name = 0;
+        }
+    }
+}
+
+// == Buffers ==
+
+void Mesh_RL_GL::createBufferObjects(VL_String const* textureChannel, bool withEdges) {
+    _updateBuffers(textureChannel, withEdges);
+}
+
+void Mesh_RL_GL::_updateBuffers(VL_String const* textureChannel, bool withEdges) const {
+    Arrays arrays(mesh);
+    unsigned int const corners = arrays.cornerCount();
+    bool const keepsStore = arrays.triangleCount == bufferTriangleCount;
+    bool const arePositionsModified = isModified(arrays.positionRecord);
+    bool const areTrianglesModified = isModified(arrays.triangleRecord);
+    bool const areVertexNormalsModified =
+        isModified(arrays.vertexNormalRecord) || isModified(arrays.normalTriangleRecord);
+
+    if (positionBuffer == 0 || !keepsStore || arePositionsModified || areTrianglesModified) {
+        fillBuffer(GL_ARRAY_BUFFER, positionBuffer, keepsStore, soupBytes(arrays.triangleCount, 3),
+                   [&](void* memory) {
+                       float* out = static_cast<float*>(memory);
+                       for (unsigned int corner = 0; corner < corners; ++corner) {
+                           Vector3<double> const& p = arrays.position(corner);
+                           out[0] = static_cast<float>(p.x);
+                           out[1] = static_cast<float>(p.y);
+                           out[2] = static_cast<float>(p.z);
+                           out += 3;
+                       }
+                   });
+    }
+    if (smoothNormalBuffer == 0 || !keepsStore || areVertexNormalsModified) {
+        fillBuffer(GL_ARRAY_BUFFER, smoothNormalBuffer, keepsStore, soupBytes(arrays.triangleCount, 3),
+                   [&](void* memory) {
+                       float* out = static_cast<float*>(memory);
+                       for (unsigned int corner = 0; corner < corners; ++corner) {
+                           std::memcpy(out, arrays.vertexNormal(corner), 3 * sizeof(float));
+                           out += 3;
+                       }
+                   });
+    }
+    if (facetedNormalBuffer == 0 || !keepsStore || isModified(arrays.faceNormalRecord)) {
+        fillBuffer(GL_ARRAY_BUFFER, facetedNormalBuffer, keepsStore, soupBytes(arrays.triangleCount, 3),
+                   [&](void* memory) {
+                       float* out = static_cast<float*>(memory);
+                       for (unsigned int t = 0; t < arrays.triangleCount; ++t) {
+                           float const* const normal = arrays.faceNormal(t);
+                           for (unsigned int k = 0; k < 3; ++k) {
+                               std::memcpy(out, normal, 3 * sizeof(float));
+                               out += 3;
+                           }
+                       }
+                   });
+    }
+    if (textureChannel != nullptr) {
+        _updateTextureCoordinates(arrays, *textureChannel, keepsStore);
+    } else if (!keepsStore) {
+        _dropTextureCoordinates();
+    }
+
+    // Drawings without edges consume the modified bits too, so what the edges are made of is remembered. Arrays
+    // with a fault keep their bits: they are looked through again until they have none.
+    areEdgesStale = areEdgesStale || !keepsStore || areTrianglesModified || areVertexNormalsModified;
+    if (withEdges) {
+        _updateEdges(arrays.withAdjacency(mesh), areEdgesStale || isModified(arrays.adjacencyRecord));
+        areEdgesStale = false;
+        if (!arrays.hasAdjacencyFault) {
+            clearModified(arrays.adjacencyRecord);
+        }
+    }
+    if (!arrays.hasFault) {
+        for (ArrayTypeable* const record :
+             {arrays.positionRecord, arrays.triangleRecord, arrays.vertexNormalRecord,
+              arrays.normalTriangleRecord, arrays.faceNormalRecord}) {
+            clearModified(record);
+        }
+    }
+    bufferTriangleCount = arrays.triangleCount;
+}
+
+void Mesh_RL_GL::_updateTextureCoordinates(Arrays const& arrays, VL_String const& channel,
+                                           bool keepsStore) const {
+    TextureChannel const coordinates(mesh, channel);
+    bool const isAnother =
+        textureChannelName == nullptr || std::strcmp(textureChannelName->c_str(), channel.c_str()) != 0;
+    if (!isAnother && texCoordBuffer != 0 && keepsStore && !coordinates.isModified()) {
+        return;
+    }
+    if (isAnother) {
+        auto* const name = new VL_String(channel);
+        delete textureChannelName;
+        textureChannelName = name;
+    }
+    fillBuffer(GL_ARRAY_BUFFER, texCoordBuffer, keepsStore, soupBytes(arrays.triangleCount, 2),
+               [&](void* memory) {
+                   // Deliberate: a channel that the mesh lacks leaves the buffer unwritten.
+                   if (!coordinates.isFound()) {
+                       return;
+                   }
+                   auto* out = static_cast<Vector2<float>*>(memory);
+                   for (unsigned int corner = 0; corner < arrays.cornerCount(); ++corner) {
+                       *out++ = coordinates.at(arrays, corner);
+                   }
+               });
+    coordinates.clearModified();
+}
+
+// The store has the size of another triangle count, and is of no use to a later textured drawing.
+void Mesh_RL_GL::_dropTextureCoordinates() const {
+    if (texCoordBuffer != 0) {
+        glDeleteBuffers(1, &texCoordBuffer);
+        texCoordBuffer = 0;
+    }
+    delete textureChannelName;
+    textureChannelName = nullptr;
+}
+
+// Edges are listed by the soup corner that they start at, in the order in which they are drawn without
+// buffers; each gives two indices.
+void Mesh_RL_GL::_updateEdges(Arrays const& arrays, bool isStale) const {
+    if (!isStale && indexBuffer != 0) {
+        return;
+    }
+    unsigned int const corners = arrays.cornerCount();
+    if (indexList.capacity() != corners) {
+        indexList.reserve(corners, false);
+    }
+    indexList.clear();
+    for (unsigned int corner = 0; arrays.adjacency != nullptr && corner < corners; ++corner) {
+        if (arrays.isDrawnEdge(corner)) {
+            indexList.pushBack(corner);
+        }
+    }
+    indexCount = indexList.size() * 2;
+    fillBuffer(GL_ELEMENT_ARRAY_BUFFER, indexBuffer, indexCount == indexBufferCapacity,
+               std::size_t{indexCount} * sizeof(GLuint), [&](void* memory) {
+                   auto* out = static_cast<GLuint*>(memory);
+                   for (unsigned int const corner : indexList) {
+                       unsigned int const k = corner % 3;
+                       out[0] = corner;
+                       out[1] = corner - k + NEXT_CIRCULAR[k];
+                       out += 2;
+                   }
+               });
+    indexBufferCapacity = indexCount;
+}
+
+void Mesh_RL_GL::_enableSoup(GLuint normalBuffer, bool isTextured) const {
+    glEnableClientState(GL_VERTEX_ARRAY);
+    if (normalBuffer != 0) {
+        glEnableClientState(GL_NORMAL_ARRAY);
+    }
+    if (isTextured) {
+        glEnableClientState(GL_TEXTURE_COORD_ARRAY);
+        glBindBuffer(GL_ARRAY_BUFFER, texCoordBuffer);
+        glTexCoordPointer(2, GL_FLOAT, 0, nullptr);
+    }
+    if (normalBuffer != 0) {
+        glBindBuffer(GL_ARRAY_BUFFER, normalBuffer);
+        glNormalPointer(GL_FLOAT, 0, nullptr);
+    }
+    glBindBuffer(GL_ARRAY_BUFFER, positionBuffer);
+    glVertexPointer(3, GL_FLOAT, 0, nullptr);
+}
+
+void Mesh_RL_GL::_disableSoup(bool hasNormals, bool isTextured) const {
+    glBindBuffer(GL_ARRAY_BUFFER, 0);
+    if (isTextured) {
+        glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+    }
+    if (hasNormals) {
+        glDisableClientState(GL_NORMAL_ARRAY);
+    }
+    glDisableClientState(GL_VERTEX_ARRAY);
+}
+
+void Mesh_RL_GL::_drawSoup(GLuint normalBuffer, bool isTextured) const {
+    _enableSoup(normalBuffer, isTextured);
+    glDrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(bufferTriangleCount * 3));
+    _disableSoup(true, isTextured);
+}
+
+// == Surfaces ==
+
+void Mesh_RL_GL::render() {
+    if (useBufferObjects) {
+        _updateBuffers(nullptr, false);
+        _drawSoup(smoothNormalBuffer, false);
+        return;
+    }
+    Arrays const arrays(mesh);
+    glBegin(GL_TRIANGLES);
+    for (unsigned int corner = 0; corner < arrays.cornerCount(); ++corner) {
+        glNormal3fv(arrays.vertexNormal(corner));
+        emitVertex(arrays.position(corner));
+    }
+    glEnd();
+}
+
+void Mesh_RL_GL::renderFacetedTextured(VL_String const& channel) {
+    if (useBufferObjects) {
+        _updateBuffers(&channel, false);
+        _drawSoup(facetedNormalBuffer, true);
+        return;
+    }
+    Arrays const arrays(mesh);
+    TextureChannel const coordinates(mesh, channel);
+    glBegin(GL_TRIANGLES);
+    for (unsigned int corner = 0; corner < arrays.cornerCount(); ++corner) {
+        glNormal3fv(arrays.faceNormal(corner / 3));
+        glTexCoord2fv(&coordinates.at(arrays, corner).x);
+        emitVertex(arrays.position(corner));
+    }
+    glEnd();
+}
+
+void Mesh_RL_GL::renderTextured(VL_String const& channel) {
+    if (useBufferObjects) {
+        _updateBuffers(&channel, false);
+        _drawSoup(smoothNormalBuffer, true);
+        return;
+    }
+    Arrays const arrays(mesh);
+    TextureChannel const coordinates(mesh, channel);
+    glBegin(GL_TRIANGLES);
+    for (unsigned int corner = 0; corner < arrays.cornerCount(); ++corner) {
+        glNormal3fv(arrays.vertexNormal(corner));
+        glTexCoord2fv(&coordinates.at(arrays, corner).x);
+        emitVertex(arrays.position(corner));
+    }
+    glEnd();
+}
+
+void Mesh_RL_GL::render(MeshShading const& shading) {
+    // The effect of this pass; `shader` may be another one when the pass ends.
+    Mesh_RL_Shader* const effect = (shading.flags & MeshShadingFlags_ns::GPU_SHADER) != 0 ? shader : nullptr;
+    if (effect != nullptr) {
+        if (!effect->created) {
+            effect->create();
+        }
+        effect->init();
+        effect->preprocess();
+    }
+
+    bool const isTextured = (shading.flags & MeshShadingFlags_ns::TEXTURE) != 0;
+    FillingMode const backOfFilled =
+        (shading.flags & MeshShadingFlags_ns::WIREFRAME_BACK_FACES) != 0 ? FILLING_LINES : FILLING_SOLID;
+    auto const pushFillings = [](FillingMode back, FillingMode front) {
+        VL_Raster->pushFillingBack(back);
+        VL_Raster->pushFillingFront(front);
+    };
+
+    switch (shading.mode) {
+    case MeshShadingMode_ns::BOX:
+        pushFillings(FILLING_LINES, FILLING_LINES);
+        if (mesh != nullptr) {
+            if ((mesh->flags() & MESH_GOT_BOX) == 0) {
+                mesh->workBox();
+            }
+            VL_Raster->render(mesh->box(), false);
+        }
+        break;
+    case MeshShadingMode_ns::WIREFRAME:
+        pushFillings(FILLING_LINES, FILLING_LINES);
+        render();
+        break;
+    case MeshShadingMode_ns::FACETED:
+        pushFillings(backOfFilled, FILLING_SOLID);
+        if (isTextured) {
+            renderFacetedTextured(shading.textureChannel);
+        } else {
+            renderFaceted();
+        }
+        break;
+    case MeshShadingMode_ns::SMOOTH:
+        pushFillings(backOfFilled, FILLING_SOLID);
+        if (isTextured) {
+            renderTextured(shading.textureChannel);
+        } else {
+            render();
+        }
+        break;
+    default:
+        break;
+    }
+
+    if (effect != nullptr) {
+        effect->postprocess();
+        effect->cleanup();
+    }
+    // Deliberate: also for a mode that has pushed nothing.
+    VL_Raster->popFillingFront();
+    VL_Raster->popFillingBack();
+}
+
+void Mesh_RL_GL::renderFaceted() const {
+    if (useBufferObjects) {
+        _updateBuffers(nullptr, false);
+        _drawSoup(facetedNormalBuffer, false);
+        return;
+    }
+    Arrays const arrays(mesh);
+    glBegin(GL_TRIANGLES);
+    for (unsigned int t = 0; t < arrays.triangleCount; ++t) {
+        glNormal3fv(arrays.faceNormal(t));
+        for (unsigned int k = 0; k < 3; ++k) {
+            emitVertex(arrays.position(t * 3 + k));
+        }
+    }
+    glEnd();
+}
+
+// == Normals ==
+
+void Mesh_RL_GL::renderVertexNormals(float const& length) const {
+    Arrays const arrays(mesh);
+    glBegin(GL_LINES);
+    for (unsigned int i = 0; i < arrays.vertexCount && i < arrays.vertexNormalCount; ++i) {
+        Vector3<double> const& p = arrays.positions[i];
+        emitSegment(p, along(p, componentsOf(arrays.vertexNormals[i]), length));
+    }
+    glEnd();
+}
+
+void Mesh_RL_GL::renderFaceNormals(float const& length) const {
+    Arrays const arrays(mesh);
+    glBegin(GL_LINES);
+    for (unsigned int t = 0; arrays.faceNormals != nullptr && t < arrays.triangleCount; ++t) {
+        Vector3<double> const centre =
+            middle(arrays.position(t * 3), arrays.position(t * 3 + 1), arrays.position(t * 3 + 2));
+        emitSegment(centre, along(centre, arrays.faceNormal(t), length));
+    }
+    glEnd();
+}
+
+void Mesh_RL_GL::renderFaceNormals(VL_String const& points, VL_String const& vectors, float const& length) {
+    if (mesh == nullptr) {
+        return;
+    }
+    ArrayHandle const pointArray(mesh->namedArray(MeshArrayInf_ns::PER_VERTEX, points.c_str()));
+    ArrayHandle const vectorArray(mesh->namedArray(MeshArrayInf_ns::PER_FACE, vectors.c_str()));
+    auto const* const p = elementsOf<Vector3<double>>(pointArray.resolve());
+    auto const* const v = elementsOf<Color4<float>>(vectorArray.resolve());
+    if (p == nullptr || v == nullptr) {
+        return;
+    }
+    Arrays const arrays(mesh);
+    unsigned int const pointCount = pointArray.resolve()->size;
+    glBegin(GL_LINES);
+    for (unsigned int t = 0; t < arrays.triangleCount && t < vectorArray.resolve()->size; ++t) {
+        unsigned int const* const corners = arrays.triangles + std::size_t{t} * 3;
+        if (corners[0] < pointCount && corners[1] < pointCount && corners[2] < pointCount) {
+            Vector3<double> const centre = middle(p[corners[0]], p[corners[1]], p[corners[2]]);
+            emitSegment(centre, along(centre, componentsOf(v[t]), length));
+        }
+    }
+    glEnd();
+}
+
+void Mesh_RL_GL::renderVertexNormals(VL_String const& points, VL_String const& vectors, float const& length) {
+    if (mesh == nullptr) {
+        return;
+    }
+    ArrayHandle const pointArray(mesh->namedArray(MeshArrayInf_ns::PER_VERTEX, points.c_str()));
+    ArrayHandle const vectorArray(mesh->namedArray(MeshArrayInf_ns::PER_VERTEX, vectors.c_str()));
+    auto const* const p = elementsOf<Vector3<double>>(pointArray.resolve());
+    auto const* const v = elementsOf<Color4<float>>(vectorArray.resolve());
+    if (p == nullptr || v == nullptr) {
+        return;
+    }
+    glBegin(GL_LINES);
+    for (unsigned int i = 0; i < pointArray.resolve()->size && i < vectorArray.resolve()->size; ++i) {
+        emitSegment(p[i], along(p[i], componentsOf(v[i]), length));
+    }
+    glEnd();
+}
+
+void Mesh_RL_GL::renderNormals(unsigned int const& triangle, float const& length) {
+    Arrays const arrays(mesh);
+    glBegin(GL_LINES);
+    if (triangle < arrays.triangleCount && arrays.normalTriangles != nullptr) {
+        for (unsigned int k = 0; k < 3; ++k) {
+            Vector3<double> const& p = arrays.position(triangle * 3 + k);
+            emitSegment(p, along(p, arrays.vertexNormal(triangle * 3 + k), length));
+        }
+    }
+    glEnd();
+}
+
+// == Edges and points ==
+
+void Mesh_RL_GL::renderEdgesConnection() {
+    using index_02::ui16::NEXT_CIRCULAR;
+    using index_02::ui16::PREV_CIRCULAR;
+    Arrays const arrays = Arrays(mesh).withAdjacency(mesh);
+    glColor3f(1.0F, 1.0F, 1.0F);
+    glBegin(GL_LINES);
+    for (unsigned int corner = 0; arrays.adjacency != nullptr && corner < arrays.cornerCount(); ++corner) {
+        unsigned int const entry = arrays.adjacency[corner];
+        if (entry == Mesh::ADJACENCY_NONE) {
+            continue;
+        }
+        // Deliberate: the neighbour is taken as 16 bits.
+        unsigned int const first = static_cast<unsigned short>(entry >> 2) * 3U;
+        unsigned int const c = entry & 3U;
+        Vector3<double> const inside = arrays.position(first + c) * AT_EDGE +
+                                       arrays.position(first + NEXT_CIRCULAR[c]) * AT_EDGE +
+                                       arrays.position(first + PREV_CIRCULAR[c]) * AT_OPPOSITE;
+        unsigned int const k = corner % 3;
+        emitMark(inside, arrays.position(corner), arrays.position(corner - k + NEXT_CIRCULAR[k]));
+    }
+    glEnd();
+}
+
+void Mesh_RL_GL::renderEdgesUnconnected() {
+    Arrays const arrays = Arrays(mesh).withAdjacency(mesh);
+    glColor3f(1.0F, 1.0F, 1.0F);
+    glBegin(GL_LINES);
+    for (unsigned int corner = 0; arrays.adjacency != nullptr && corner < arrays.cornerCount(); ++corner) {
+        if (arrays.adjacency[corner] != Mesh::ADJACENCY_NONE) {
+            continue;
+        }
+        unsigned int const k = corner % 3;
+        Vector3<double> const& a = arrays.position(corner);
+        Vector3<double> const& b = arrays.position(corner - k + NEXT_CIRCULAR[k]);
+        Vector3<double> const& c = arrays.position(corner - k + PREV_CIRCULAR[k]);
+        emitMark(c * 0.25 + ((a + b) * 0.5) * 0.75, a, b);
+    }
+    glEnd();
+}
+
+void Mesh_RL_GL::renderPoints(float const& size) {
+    float const former = VL_Raster->setPointSize(size);
+    if (useBufferObjects) {
+        _updateBuffers(nullptr, false);
+        _enableSoup(0, false);
+        glDrawArrays(GL_POINTS, 0, static_cast<GLsizei>(bufferTriangleCount * 3));
+        _disableSoup(false, false);
+    } else {
+        Arrays const arrays(mesh);
+        glBegin(GL_POINTS);
+        for (unsigned int i = 0; i < arrays.vertexCount; ++i) {
+            emitVertex(arrays.positions[i]);
+        }
+        glEnd();
+    }
+    VL_Raster->setPointSize(former);
+}
+
+void Mesh_RL_GL::renderEdges() {
+    if (useBufferObjects) {
+        _updateBuffers(nullptr, true);
+        _enableSoup(smoothNormalBuffer, false);
+        glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indexBuffer);
+        glDrawElements(GL_LINES, static_cast<GLsizei>(indexCount), GL_UNSIGNED_INT, nullptr);
+        glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+        _disableSoup(true, false);
+        return;
+    }
+    Arrays const arrays = Arrays(mesh).withAdjacency(mesh);
+    glBegin(GL_LINES);
+    for (unsigned int corner = 0; arrays.adjacency != nullptr && corner < arrays.cornerCount(); ++corner) {
+        if (arrays.isDrawnEdge(corner)) {
+            unsigned int const k = corner % 3;
+            unsigned int const next = corner - k + NEXT_CIRCULAR[k];
+            glNormal3fv(arrays.vertexNormal(corner));
+            emitVertex(arrays.position(corner));
+            glNormal3fv(arrays.vertexNormal(next));
+            emitVertex(arrays.position(next));
+        }
+    }
+    glEnd();
+}
+
+void Mesh_RL_GL::renderWithEdges(Color4<float> const& color) {
+    VL_Raster->pushCulling(CULL_BACK);
+    VL_Raster->setColor(color);
+    renderEdges();
+    VL_Raster->setColor({color.r * 0.5F, color.g * 0.5F, color.b * 0.5F, 1.0F});
+    render();
+    VL_Raster->popCulling();
+}
+
+void Mesh_RL_GL::renderWithEdgesBlending(Color4<float> const& color, bool const& withSurface) {
+    // The copy on the stack is what popCulling() takes away; the modes that are set meanwhile are not on it.
+    VL_Raster->pushCulling(CullingMode(VL_Raster->currentCulling()));
+    VL_Raster->setCulling(CULL_BACK);
+    VL_Raster->setColor({color.r * 0.3F, color.g * 0.3F, color.b * 0.3F, 1.0F});
+    renderEdges();
+    VL_Raster->setCulling(CULL_FRONT);
+    VL_Raster->setColor({color.r * 0.1F, color.g * 0.1F, color.b * 0.1F, 1.0F});
+    renderEdges();
+    VL_Raster->setCulling(CULL_BACK);
+    VL_Raster->pushBlending(BLENDING_ALPHA);
+    VL_Raster->pushDepthTest({VL_Raster->currentDepthTest().mode, false});
+    VL_Raster->setColor(color);
+    if (withSurface) {
+        render();
+    }
+    VL_Raster->popBlending();
+    VL_Raster->popDepthTest();
+    VL_Raster->popCulling();
+}
+
+}  // namespace vellum
