@@ -131,7 +131,7 @@ public:
     };
 
     Lit(Core_RL& layer, Finish const& finish) : _layer(layer) {
-        float const specular = finish == Finish::glossy ? 0.30F : 0.0F;
+        float const specular = finish == Finish::glossy ? 0.17F : 0.0F;
         float const ambient = finish == Finish::bright ? 0.62F : 0.23F;
         float const shine[4] = {specular, specular, specular, 1};
         float const everywhere[4] = {ambient, ambient, ambient * 1.1F, 1};
