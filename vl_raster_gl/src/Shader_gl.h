@@ -90,7 +90,8 @@ public:
 
     // == For programs ==
 
-    /// Forgets every attachment to the program, which is going away or has let go of this stage. GL: none.
+    /// Forgets every attachment to the program, as the program asks for when it is deleted. A program that
+    /// lives on still lists the stage, and must then go first. GL: none.
     void dettach(Program_gl* program);
 
 private:
