@@ -1,0 +1,33 @@
+#pragma once
+
+#include "foundation/basic/Array.h"
+#include "foundation/export.h"
+#include "foundation/geometry/Vector3.h"
+
+namespace vellum {
+
+/// The values of one channel for the particles of one chunk, one after the other by slot.
+///
+/// Renderers hand the arrays to the drawing system as they are. This class is for channels whose type has no
+/// meaning here: it holds no values. ParticleChannelArray_v2 holds vectors or floats.
+///
+/// The virtual operations stand in the order of the interface; their order is part of it.
+class VL_FOUNDATION_EXPORT ParticleChannelChunkData_v2 {
+public:
+    ParticleChannelChunkData_v2() = default;
+    ParticleChannelChunkData_v2(ParticleChannelChunkData_v2 const&) = delete;
+    ParticleChannelChunkData_v2& operator=(ParticleChannelChunkData_v2 const&) = delete;
+    virtual ~ParticleChannelChunkData_v2();
+
+    virtual Vector3<float>* asVectors();  ///< The values of a vector channel; null for every other type.
+    virtual float* asFloats();            ///< The values of a scalar channel; null for every other type.
+
+    /// Moves values: slot k gets what was in slot remap[k], for each k that `remap` has; an empty array moves
+    /// nothing. Slots that do not exist give 0 and take nothing.
+    virtual void reorder(Array<unsigned int> const& remap);
+
+    /// Makes room for `slots` values; new ones are 0. May throw what new throws; then nothing has changed.
+    virtual void resize(unsigned int const& slots);
+};
+
+}  // namespace vellum

@@ -1,0 +1,107 @@
+#include "foundation/geometry/ParticleSystemChunk_v2.h"
+
+#include "foundation/geometry/ParticleChannelArray_v2.h"
+#include "foundation/geometry/ParticleChannel_v2.h"
+#include "foundation/geometry/array_tools.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace vellum {
+
+namespace {
+
+std::unique_ptr<ParticleChannelChunkData_v2> makeChannelData(unsigned int const& type) {
+    switch (type) {
+    case ParticleChannel_v2::VECTOR:
+        return std::make_unique<ParticleChannelArray_v2<Vector3<float>>>();
+    case ParticleChannel_v2::SCALAR:
+        return std::make_unique<ParticleChannelArray_v2<float>>();
+    default:
+        return std::make_unique<ParticleChannelChunkData_v2>();
+    }
+}
+
+}  // namespace
+
+ParticleSystemChunk_v2::ParticleSystemChunk_v2(unsigned int* systemSize) : systemSize(systemSize) {}
+
+ParticleSystemChunk_v2::~ParticleSystemChunk_v2() {
+    for (ParticleChannelChunkData_v2* const data : channels) {
+        delete data;
+    }
+}
+
+bool ParticleSystemChunk_v2::release(unsigned int const& slotIndex) {
+    if (slotIndex >= entryList.size() || entryList[slotIndex].key != ParticleEntry_v2::LIVING) {
+        return false;
+    }
+    entryList[slotIndex].key = ParticleEntry_v2::RELEASED;
+    --liveCount;
+    ++freeCount;
+    --*systemSize;
+    compacted = false;
+    changed = true;
+    return true;
+}
+
+void ParticleSystemChunk_v2::compact() {
+    if (compacted) {
+        return;
+    }
+    ReleaseEntryComparator_v2 const& comparator = refReleaseEntryComparator_v2();
+    if (entryList.size() >= 2) {
+        array_tools::quickSort(entryList.data(), 0, static_cast<int>(entryList.size()) - 1, comparator);
+    }
+    unsigned int const live = CAPACITY - freeCount;
+    Array<unsigned int> remap;
+    if (live != CAPACITY) {
+        remap.reserve(live, false);
+        for (unsigned int k = 0; k < live; ++k) {
+            remap.pushBack(entryList[k].slot);
+            entryList[k].slot = static_cast<unsigned short>(k);
+        }
+    }
+    for (ParticleChannelChunkData_v2* const data : channels) {
+        if (data != nullptr) {
+            data->reorder(remap);
+        }
+    }
+    changed = false;
+    compacted = true;
+}
+
+ReleaseEntryComparator_v2 const& ParticleSystemChunk_v2::refReleaseEntryComparator_v2() {
+    static ReleaseEntryComparator_v2 const comparator;
+    return comparator;
+}
+
+void ParticleSystemChunk_v2::_addChannel(unsigned int const& type) {
+    std::unique_ptr<ParticleChannelChunkData_v2> data = makeChannelData(type);
+    data->resize(_slots());
+    channels.pushBack(data.get());
+    static_cast<void>(data.release());
+}
+
+// The chunk must be compacted and have room.
+void ParticleSystemChunk_v2::_append(unsigned int const& added) {
+    unsigned int const first = liveCount;
+    unsigned int const slots = first + added;
+    entryList.setSize(first);  // the entries behind are released ones, whose slots are given out anew
+    for (ParticleChannelChunkData_v2* const data : channels) {
+        data->resize(first);
+        data->resize(slots);
+    }
+    if (slots > entryList.capacity()) {
+        entryList.reserve(std::min(std::max(slots, first + first / 8 + 4), CAPACITY), true);
+    }
+    entryList.setSize(slots);
+    for (unsigned int k = first; k < slots; ++k) {
+        entryList[k] = {ParticleEntry_v2::LIVING, static_cast<unsigned short>(k)};
+    }
+    liveCount = static_cast<unsigned short>(slots);
+    freeCount = static_cast<unsigned short>(CAPACITY - slots);
+    *systemSize += added;
+}
+
+}  // namespace vellum
