@@ -44,7 +44,7 @@ void VL_Image::Release::operator()(void* memory) const {
     std::free(memory);
 }
 
-VL_Image::VL_Image() : columns(0), rows(0), pixelBits(0), channelBits(0) {}
+VL_Image::VL_Image() = default;
 
 VL_Image::VL_Image(VL_Image const& other) : VL_Image() {
     if (other.pixels == nullptr) {

@@ -91,10 +91,10 @@ private:
 
     std::size_t _bytes() const;
 
-    unsigned int columns;
-    unsigned int rows;
-    int pixelBits;
-    int channelBits;
+    unsigned int columns = 0;
+    unsigned int rows = 0;
+    int pixelBits = 0;
+    int channelBits = 0;
     std::unique_ptr<void, Release> pixels;  // of calloc; null for the empty image
 };
 

@@ -2,7 +2,7 @@
 
 namespace vellum {
 
-Mesh_RL_Shader::Mesh_RL_Shader() : created(false) {}
+Mesh_RL_Shader::Mesh_RL_Shader() = default;
 
 Mesh_RL_Shader::~Mesh_RL_Shader() = default;
 

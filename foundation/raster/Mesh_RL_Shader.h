@@ -42,8 +42,8 @@ public:
     virtual void setShaderConstant(char const* name, Mesh_RL_Shader::UNIFORM_TYPE type, unsigned int size,
                                    void* values);
 
-    VL_String label;  ///< For the application; no effect reads it.
-    bool created;     ///< Whether create() has built the effect.
+    VL_String label;       ///< For the application; no effect reads it.
+    bool created = false;  ///< Whether create() has built the effect.
 };
 
 }  // namespace vellum

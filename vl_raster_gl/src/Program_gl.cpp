@@ -27,7 +27,7 @@ std::size_t Program_gl::UNIFORM_PAIR::bytes() const {
     return VALUE_BYTES * (type == UNIFORM_MATRIX ? elements * elements : elements);
 }
 
-Program_gl::Program_gl() : id(0), linked(false), enabled(false) {}
+Program_gl::Program_gl() = default;
 
 Program_gl::~Program_gl() {
     for (SHADER_MASK_PAIR const& entry : shaders) {

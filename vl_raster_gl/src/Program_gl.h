@@ -150,10 +150,10 @@ private:
     void _applyUniform(UNIFORM_PAIR const* uniform);  // null: all, in their order
     int _location(char const* name) const;
 
-    unsigned int id;                      // 0 before the first attach()
+    unsigned int id = 0;                  // 0 before the first attach()
     std::list<SHADER_MASK_PAIR> shaders;  // in the order of attaching
-    bool linked;                          // for the present stages and variants
-    bool enabled;                         // between enable(true) and enable(false)
+    bool linked = false;                  // for the present stages and variants
+    bool enabled = false;                 // between enable(true) and enable(false)
     std::list<UNIFORM_PAIR*> uniforms;    // owned, in the order in which they were first set
 };
 

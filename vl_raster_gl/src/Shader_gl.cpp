@@ -40,7 +40,7 @@ bool readFile(std::string const& path, std::string& text) {
 
 }  // namespace
 
-Shader_gl::Shader_gl() : type(0) {}
+Shader_gl::Shader_gl() = default;
 
 Shader_gl::~Shader_gl() {
     for (Program_gl* program : programs) {
@@ -82,7 +82,7 @@ bool Shader_gl::_appendFile(std::string const& path) {
         end = text.find('\n', begin);
         std::string const line = text.substr(begin, end == std::string::npos ? end : end - begin);
         // GL takes the text as a terminated string: a zero byte would hide all lines behind this one.
-        source.append(line.c_str()).append("\n");
+        source.append(line, 0, line.find('\0')).append("\n");
         if (end == std::string::npos) {
             break;
         }

@@ -101,7 +101,7 @@ private:
     bool _loadShader();
     bool _compileVariant(unsigned int const& mask);
 
-    unsigned int type;                     // of all variants; meaningless before the first load
+    unsigned int type = 0;                 // of all variants; meaningless before the first load
     std::string source;                    // without definitions
     std::vector<unsigned int> ids;         // owned GL shaders, by mask; 0 for a variant that is missing
     std::vector<std::string> definitions;  // whole lines without their line feeds

@@ -84,8 +84,7 @@ void const* pixelsOf(VL_Image const& image) {
 
 }  // namespace
 
-Base_shader::Base_shader()
-    : program(new Program_gl), stage1(nullptr), stage2(nullptr), stage3(nullptr), dirty(true) {}
+Base_shader::Base_shader() : program(new Program_gl) {}
 
 Base_shader::Base_shader(Base_shader const&) : Base_shader() {}
 

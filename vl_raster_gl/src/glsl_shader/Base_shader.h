@@ -183,12 +183,12 @@ protected:
         parameter = value;
     }
 
-    Program_gl* program;  ///< Owned; never null.
-    Shader_gl* stage1;    ///< Owned; the vertex stage; null until create().
-    Shader_gl* stage2;    ///< Owned; the stage that the effect loads second; null until create().
-    Shader_gl* stage3;    ///< Owned; the third stage, or null.
-    bool dirty;       ///< preprocess() has to enable the program; raised by setters, cleared after a pass.
-    std::string log;  ///< The program's log after create().
+    Program_gl* program;          ///< Owned; never null.
+    Shader_gl* stage1 = nullptr;  ///< Owned; the vertex stage; null until create().
+    Shader_gl* stage2 = nullptr;  ///< Owned; the stage that the effect loads second; null until create().
+    Shader_gl* stage3 = nullptr;  ///< Owned; the third stage, or null.
+    bool dirty = true;  ///< preprocess() has to enable the program; raised by setters, cleared after a pass.
+    std::string log;    ///< The program's log after create().
 
 private:
     void _loadTexture(VL_String const& path, unsigned int const& texture, int const& internalFormat);
