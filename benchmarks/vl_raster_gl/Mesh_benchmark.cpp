@@ -1,0 +1,273 @@
+// Questions, each answered by a ratio of two times that were taken in turn in one run, on a mesh of a million
+// triangles:
+//  - Refill: how near does refilling the buffers of positions and vertex normals come to the bandwidth of
+//    memcpy? Counted are the bytes of the arrays that are read and of the buffers that are written; memcpy moves
+//    as many. It should reach half.
+//  - StaticFrame: what does a frame of an unchanged mesh cost, compared with the same draw written by hand?
+//    At most 1.02.
+//  - Adjacency: what does workAdjacency cost, compared with sorting the keys of all edges once with std::sort?
+//    At most 4. Asked for triangles in the order of the grid and for the same triangles shuffled.
+//  - Normals: what do vertex normals with hard edges cost, compared with face normals alone, which are one pass
+//    over the triangles?
+//
+// Held constant: the mesh (a wavy grid), the driver and its context, the buffers' usage and contents. The
+// picture is small, so that a frame is the work on the triangles.
+
+#include "PairTiming.h"
+
+#include "Core_RL_GL.h"
+#include "Mesh_RL_GL.h"
+#include "foundation/geometry/Mesh.h"
+#include "viewport/OffscreenContext.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <random>
+#include <vector>
+
+#define GL_GLEXT_PROTOTYPES 1
+#include <GL/gl.h>
+#include <GL/glext.h>
+
+namespace vellum::benchmarks {
+namespace {
+
+constexpr unsigned int SQUARES = 708;  // along a side of the grid
+constexpr unsigned int TRIANGLES = SQUARES * SQUARES * 2;
+constexpr unsigned int VERTICES = (SQUARES + 1) * (SQUARES + 1);
+constexpr std::size_t SOUP_FLOATS = std::size_t{TRIANGLES} * 9;
+constexpr int ROUNDS = 2;
+constexpr unsigned int FRAMES_PER_ROUND = 20;
+constexpr unsigned int REFILLS_PER_ROUND = 20;
+constexpr unsigned int SORTS_PER_ROUND = 3;
+constexpr float CREASE = 0.7F;
+
+void makeGrid(Mesh& mesh) {
+    Array<Vector3<double>> positions;
+    Array<Tuple3<unsigned int>> triangles;
+    positions.reserve(VERTICES, false);
+    triangles.reserve(TRIANGLES, false);
+    for (unsigned int y = 0; y <= SQUARES; ++y) {
+        for (unsigned int x = 0; x <= SQUARES; ++x) {
+            double const u = 2.0 * x / SQUARES - 1;
+            double const v = 2.0 * y / SQUARES - 1;
+            positions.pushBack({u, v, 0.3 * std::sin(7 * u) * std::cos(5 * v)});
+        }
+    }
+    for (unsigned int y = 0; y < SQUARES; ++y) {
+        for (unsigned int x = 0; x < SQUARES; ++x) {
+            unsigned int const corner = y * (SQUARES + 1) + x;
+            triangles.pushBack({corner, corner + 1, corner + SQUARES + 2});
+            triangles.pushBack({corner, corner + SQUARES + 2, corner + SQUARES + 1});
+        }
+    }
+    mesh.setPositions(positions);
+    mesh.setTriangles(triangles);
+    mesh.workAdjacency();
+    mesh.workNormals(CREASE);
+}
+
+/// One context and one mesh for all, made with the first benchmark that runs.
+class Scene {
+public:
+    static Scene& instance() {
+        static Scene scene;
+        return scene;
+    }
+
+    char const* error() const { return context.isValid() ? nullptr : context.error().c_str(); }
+
+private:
+    Scene() : context({64, 64}) {
+        makeGrid(mesh);
+        if (context.isValid()) {
+            benchmark::AddCustomContext("GL", reinterpret_cast<char const*>(glGetString(GL_RENDERER)));
+            renderer = std::make_unique<Mesh_RL_GL>(&mesh, false);
+            renderer->useBufferObjects = true;
+            renderer->render();
+            glFinish();
+        }
+    }
+
+    OffscreenContext context;
+    Core_RL_GL layer;
+
+public:
+    Mesh mesh;
+    std::unique_ptr<Mesh_RL_GL> renderer;  // its buffers go before the context
+};
+
+bool isReady(benchmark::State& state) {
+    char const* const error = Scene::instance().error();
+    if (error != nullptr) {
+        state.SkipWithError(error);
+    }
+    return error == nullptr;
+}
+
+void report(benchmark::State& state, PairTiming const& timing, unsigned int parts, char const* ratioName,
+            double const& ratio) {
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(parts) * TRIANGLES);
+    state.counters["library_ms"] = timing.librarySecondsPerRound() * 1e3 / parts;
+    state.counters["other_ms"] = timing.otherSecondsPerRound() * 1e3 / parts;
+    state.counters[ratioName] = ratio;
+}
+
+void Refill(benchmark::State& state) {
+    if (!isReady(state)) {
+        return;
+    }
+    Mesh& mesh = Scene::instance().mesh;
+    Mesh_RL_GL& renderer = *Scene::instance().renderer;
+    std::size_t bytes = 2 * SOUP_FLOATS * sizeof(float);
+    for (ArrayId const& id :
+         {mesh.positions(), mesh.triangles(), mesh.vertexNormals(), mesh.normalTriangles()}) {
+        ArrayTypeable const* const array = VL_ArrayServer.resolve(id);
+        bytes += std::size_t{array->size} * array->elementSize;
+    }
+    std::vector<char> const from(bytes / 2, 1);
+    std::vector<char> to(bytes / 2, 2);
+
+    PairTiming timing(REFILLS_PER_ROUND);
+    timing.run(
+        state,
+        [&](unsigned int const&) {
+            mesh.markModified(mesh.positions());
+            mesh.markModified(mesh.vertexNormals());
+            renderer.createBufferObjects(nullptr, false);
+        },
+        [&](unsigned int const&) {
+            std::memcpy(to.data(), from.data(), from.size());
+            benchmark::ClobberMemory();
+        });
+    state.counters["MB"] = static_cast<double>(bytes) * 1e-6;
+    report(state, timing, REFILLS_PER_ROUND, "of_memcpy", 1 / timing.ratio());
+}
+
+/// What a program would write that keeps its soup in buffers of its own.
+class ByHand {
+public:
+    ByHand() {
+        std::vector<float> soup(SOUP_FLOATS);
+        std::vector<float> normals(SOUP_FLOATS);
+        Mesh const& mesh = Scene::instance().mesh;
+        auto const* const positions = VL_ArrayServer.resolve(mesh.positions())->as<Vector3<double>>();
+        auto const* const directions = VL_ArrayServer.resolve(mesh.vertexNormals())->as<Vector3<float>>();
+        auto const* const corners =
+            static_cast<unsigned int const*>(VL_ArrayServer.resolve(mesh.triangles())->data);
+        auto const* const ends =
+            static_cast<unsigned int const*>(VL_ArrayServer.resolve(mesh.normalTriangles())->data);
+        for (std::size_t i = 0; i < std::size_t{TRIANGLES} * 3; ++i) {
+            Vector3<float> const p = convert<float>(positions[corners[i]]);
+            std::memcpy(&soup[i * 3], &p, sizeof p);
+            std::memcpy(&normals[i * 3], &directions[ends[i]], sizeof p);
+        }
+        glGenBuffers(2, names);
+        glBindBuffer(GL_ARRAY_BUFFER, names[0]);
+        glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(soup.size() * sizeof(float)), soup.data(),
+                     GL_DYNAMIC_DRAW);
+        glBindBuffer(GL_ARRAY_BUFFER, names[1]);
+        glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(normals.size() * sizeof(float)), normals.data(),
+                     GL_DYNAMIC_DRAW);
+        glBindBuffer(GL_ARRAY_BUFFER, 0);
+    }
+    ~ByHand() { glDeleteBuffers(2, names); }
+    ByHand(ByHand const&) = delete;
+    ByHand& operator=(ByHand const&) = delete;
+
+    void draw() const {
+        glEnableClientState(GL_VERTEX_ARRAY);
+        glEnableClientState(GL_NORMAL_ARRAY);
+        glBindBuffer(GL_ARRAY_BUFFER, names[1]);
+        glNormalPointer(GL_FLOAT, 0, nullptr);
+        glBindBuffer(GL_ARRAY_BUFFER, names[0]);
+        glVertexPointer(3, GL_FLOAT, 0, nullptr);
+        glDrawArrays(GL_TRIANGLES, 0, TRIANGLES * 3);
+        glBindBuffer(GL_ARRAY_BUFFER, 0);
+        glDisableClientState(GL_NORMAL_ARRAY);
+        glDisableClientState(GL_VERTEX_ARRAY);
+    }
+
+private:
+    GLuint names[2] = {0, 0};
+};
+
+void StaticFrame(benchmark::State& state) {
+    if (!isReady(state)) {
+        return;
+    }
+    Mesh_RL_GL& renderer = *Scene::instance().renderer;
+    ByHand const byHand;
+    glEnable(GL_LIGHTING);
+    glEnable(GL_LIGHT0);
+    glEnable(GL_DEPTH_TEST);
+    auto const frame = [](auto const& draw) {
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        draw();
+        glFinish();
+    };
+    PairTiming timing(FRAMES_PER_ROUND);
+    timing.run(
+        state, [&](unsigned int const&) { frame([&] { renderer.render(); }); },
+        [&](unsigned int const&) { frame([&] { byHand.draw(); }); });
+    report(state, timing, FRAMES_PER_ROUND, "library/by_hand", timing.ratio());
+}
+
+void Adjacency(benchmark::State& state, bool const& isShuffled) {
+    Mesh mesh;
+    makeGrid(mesh);
+    if (isShuffled) {
+        auto* const triangles = VL_ArrayServer.resolve(mesh.triangles())->as<Tuple3<unsigned int>>();
+        std::shuffle(triangles, triangles + TRIANGLES, std::mt19937(1));
+        mesh.markModified(mesh.triangles());
+    }
+    auto const* const corners =
+        static_cast<unsigned int const*>(VL_ArrayServer.resolve(mesh.triangles())->data);
+    std::vector<std::uint64_t> keys;
+    keys.reserve(std::size_t{TRIANGLES} * 3);
+    for (std::size_t edge = 0; edge < std::size_t{TRIANGLES} * 3; ++edge) {
+        std::uint64_t const a = corners[edge];
+        std::uint64_t const b = corners[edge % 3 == 2 ? edge - 2 : edge + 1];
+        keys.push_back(std::min(a, b) << 32 | std::max(a, b));
+    }
+    // Each sort gets keys of its own that are not sorted yet.
+    std::vector<std::vector<std::uint64_t>> copies(1 + SORTS_PER_ROUND * ROUNDS, keys);
+    std::size_t next = 0;
+
+    PairTiming timing(SORTS_PER_ROUND);
+    timing.run(
+        state, [&](unsigned int const&) { mesh.workAdjacency(); },
+        [&](unsigned int const&) {
+            std::sort(copies[next].begin(), copies[next].end());
+            ++next;
+        });
+    report(state, timing, SORTS_PER_ROUND, "library/sort", timing.ratio());
+}
+
+void Normals(benchmark::State& state) {
+    Mesh mesh;
+    makeGrid(mesh);
+    PairTiming timing(SORTS_PER_ROUND);
+    timing.run(
+        state, [&](unsigned int const&) { mesh.workNormals(CREASE); },
+        [&](unsigned int const&) { mesh.workFaceNormals(); });
+    report(state, timing, SORTS_PER_ROUND, "library/face_normals", timing.ratio());
+}
+
+void settings(benchmark::internal::Benchmark* pair) {
+    pair->UseManualTime()->Iterations(ROUNDS)->Unit(benchmark::kMillisecond);
+}
+
+BENCHMARK(Refill)->Apply(settings);
+BENCHMARK(StaticFrame)->Apply(settings);
+BENCHMARK_CAPTURE(Adjacency, ordered, false)->Apply(settings);
+BENCHMARK_CAPTURE(Adjacency, shuffled, true)->Apply(settings);
+BENCHMARK(Normals)->Apply(settings);
+
+}  // namespace
+}  // namespace vellum::benchmarks
