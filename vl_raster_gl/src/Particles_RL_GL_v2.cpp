@@ -1,0 +1,590 @@
+#include "Particles_RL_GL_v2.h"
+
+#include "even_thinning.h"
+#include "glsl_shader/ArrowRendering_shader.h"
+#include "glsl_shader/PointRendering_shader.h"
+#include "glsl_shader/SphereRendering_shader.h"
+#include "particle_colours.h"
+#include "particle_memory.h"
+#include "particle_records.h"
+
+#include "foundation/geometry/ParticleSystemChunk_v2.h"
+#include "foundation/raster/Core_RL.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <limits>
+#include <memory>
+#include <new>
+#include <utility>
+
+namespace vellum {
+
+namespace {
+
+constexpr unsigned int CHUNK = ParticleSystemChunk_v2::CAPACITY;
+constexpr unsigned int POSITION_BYTES = 12;
+constexpr unsigned int SCALAR_BYTES = 4;
+constexpr unsigned int RECORD_FLOATS = 6;
+constexpr std::size_t COLOUR_OFFSET = 12;  // bytes into a record
+constexpr unsigned int BATCH_BITS = 19;    // 524288 particles
+constexpr unsigned int BATCH = 1U << BATCH_BITS;
+
+// The values of lastPath.
+constexpr unsigned int PATH_VBO_WITH_EFFECT = 1;
+constexpr unsigned int PATH_2 = 2;  // counts as a filled buffer too; nothing sets it
+constexpr unsigned int PATH_VBO_OR_CHUNKS = 3;
+constexpr unsigned int PATH_MEMORY = 4;
+
+void reportUnknownType() {
+    std::cerr << "channel.getType() not found. Default value will be used.";
+}
+
+// The part of `count` particles that a percentage is, no less than none and no more than all.
+unsigned int partOf(unsigned int const& count, float const& percent) {
+    float const part = static_cast<float>(count) * percent / 100.0F;
+    if (!(part > 0.0F)) {
+        return 0;
+    }
+    return part < static_cast<float>(count) ? static_cast<unsigned int>(part) : count;
+}
+
+template <class Effect>
+Effect& makeEffect(Effect*& effect, Base_shader::ProcessType const& type) {
+    if (effect == nullptr || effect->processType() != type) {
+        delete std::exchange(effect, nullptr);
+        effect = new Effect(type);
+        effect->create();
+        effect->init();
+    }
+    return *effect;
+}
+
+template <class Effect>
+void setRange(Effect& effect, float const& scale, float const& minMagnitude, float const& maxMagnitude,
+              Color4<float> const& minColor, Color4<float> const& maxColor) {
+    effect.setMaxMagnitude(maxMagnitude);
+    effect.setMinMagnitude(minMagnitude);
+    effect.setMagnitudeScale(scale);
+    effect.setMinColor(minColor);
+    effect.setMaxColor(maxColor);
+}
+
+}  // namespace
+
+/// What the records of a buffer are made of.
+struct Particles_RL_GL_v2::BufferFilling {
+    ParticleSystem_v2 const& system;
+    unsigned int channel;
+    ParticleLook look;
+    EvenThinning thinning;
+    RecordFormula (*colours)(ParticleChannelKind const& kind, ParticleLook const& look);
+};
+
+// == Lifecycle ==
+
+Particles_RL_GL_v2::Particles_RL_GL_v2()
+    : hostBuffer(nullptr), ownedBlock(nullptr), shuffledIndices(nullptr) {
+    _setDefaults();
+    vboSupported = false;
+}
+
+Particles_RL_GL_v2::~Particles_RL_GL_v2() {
+    resetBuffers();
+    delete[] std::exchange(shuffledIndices, nullptr);
+    ::operator delete(ownedBlock);
+}
+
+void Particles_RL_GL_v2::init() {
+    delete[] std::exchange(hostBuffer, nullptr);
+    delete[] std::exchange(shuffledIndices, nullptr);
+    _setDefaults();
+    vboSupported = VL_Raster->isExtensionSupported("GL_ARB_vertex_buffer_object") ||
+                   VL_Raster->isExtensionSupported("ARB_vertex_buffer_object");
+    shuffledIndices = new unsigned short[CHUNK]();
+}
+
+void Particles_RL_GL_v2::_setDefaults() {
+    vboId = 0;
+    vboSizeKB = 0;
+    vboParticleCount = 0;
+    hostCapacity = 0;
+    vboCapacity = 0;
+    reservedMode = 2;
+    programId = 0;
+    std::fill(std::begin(shaderIds), std::end(shaderIds), 0U);
+    renderMode = RenderMode::POINTS;
+    lastPath = 0;
+    pointShader = nullptr;
+    sphereShader = nullptr;
+    arrowShader = nullptr;
+    shuffledCount = 0;
+    vboRecords = 0;
+}
+
+void Particles_RL_GL_v2::clear() {
+    delete[] std::exchange(hostBuffer, nullptr);
+    if (vboId != 0) {
+        VL_Raster->deleteBuffers(1, &vboId);
+        vboId = 0;
+    }
+    vboRecords = 0;
+    hostCapacity = 0;
+}
+
+void Particles_RL_GL_v2::resetBuffers() {
+    delete[] std::exchange(hostBuffer, nullptr);
+    if (vboId != 0) {
+        VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, vboId);
+        VL_Raster->bufferData(BufferTarget::ARRAY_BUFFER, 1, nullptr, BufferUsage::STREAM_DRAW);
+        VL_Raster->mapBuffer(BufferTarget::ARRAY_BUFFER, BufferAccess::READ_WRITE);
+        VL_Raster->deleteBuffers(1, &vboId);  // ends the mapping
+        vboId = 0;
+    }
+    vboRecords = 0;
+    for (unsigned int const id : shaderIds) {
+        if (id != 0) {
+            VL_Raster->detachShader(programId, id);
+        }
+    }
+    for (unsigned int& id : shaderIds) {
+        if (id != 0) {
+            VL_Raster->deleteShader(id);
+            id = 0;
+        }
+    }
+    if (programId != 0) {
+        VL_Raster->deleteProgram(programId);
+        programId = 0;
+    }
+}
+
+void Particles_RL_GL_v2::releaseEffects() {
+    delete std::exchange(pointShader, nullptr);
+    delete std::exchange(sphereShader, nullptr);
+    delete std::exchange(arrowShader, nullptr);
+}
+
+void Particles_RL_GL_v2::setRenderMode(RenderMode::type mode) {
+    renderMode = mode;
+}
+
+// == Drawing ==
+
+void Particles_RL_GL_v2::render(ParticleSystem_v2 const& system, bool /*flag*/, float const& /*unused*/,
+                                float const& percent) {
+    system.compact();
+    unsigned int const position = system.channelId("position");
+    unsigned int number = 0;
+    for (ParticleSystemChunk_v2 const* chunk = system.firstChunk(); chunk != nullptr; chunk = chunk->next()) {
+        ParticleChannelChunkData_v2* const data = chunk->channelData(position);
+        renderChunkRaw(number, data != nullptr ? data->asVectors() : nullptr, nullptr, chunk->count(),
+                       percent, true, 0, false);
+        ++number;
+    }
+}
+
+void Particles_RL_GL_v2::render(ParticleSystem_v2 const& system, bool keepFlag, bool rebuild,
+                                float const& scale, float const& minMagnitude, float const& maxMagnitude,
+                                Color4<float> const& minColor, Color4<float> const& maxColor,
+                                Color4<float> const& maxClampColor, float const& pointSize,
+                                unsigned int const& channel, float const& percent, bool useVbo,
+                                bool useShaders, RenderMagnitude::type magnitude) {
+    bool const fits = fitsIntoVideoMemory(percent, system.size(), VL_Raster->getFreeGpuMemory(), vboSizeKB);
+    bool const vboOk = fits && useVbo && vboSupported;
+    if (VL_Raster->checkShaderSupport() && useShaders) {
+        if (vboOk &&
+            renderFromVboWithShaders(system, keepFlag, rebuild, scale, minMagnitude, maxMagnitude, minColor,
+                                     maxColor, maxClampColor, pointSize, channel, percent, magnitude)) {
+            return;
+        }
+        renderFromChunksWithShaders(system, keepFlag, false, scale, minMagnitude, maxMagnitude, minColor,
+                                    maxColor, maxClampColor, pointSize, channel, percent, magnitude);
+        return;
+    }
+    if (vboOk && renderFromVboNoShaders(system, false, rebuild, scale, minMagnitude, maxMagnitude, minColor,
+                                        maxColor, maxClampColor, pointSize, channel, percent, magnitude)) {
+        return;
+    }
+    renderFromMemoryNoShaders(system, false, rebuild, scale, minMagnitude, maxMagnitude, minColor, maxColor,
+                              maxClampColor, pointSize, channel, percent, magnitude);
+}
+
+// == The ways to draw ==
+
+bool Particles_RL_GL_v2::renderFromVboNoShaders(ParticleSystem_v2 const& system, bool /*keepFlag*/,
+                                                bool rebuild, float const& scale, float const& minMagnitude,
+                                                float const& maxMagnitude, Color4<float> const& minColor,
+                                                Color4<float> const& maxColor,
+                                                Color4<float> const& maxClampColor, float const& pointSize,
+                                                unsigned int const& channel, float const& percent,
+                                                RenderMagnitude::type magnitude) {
+    constexpr int LINE = 1109;
+    BufferFilling const filling{
+        system,
+        channel,
+        {scale, minMagnitude, maxMagnitude, minColor, maxColor, maxClampColor, magnitude},
+        EvenThinning(system.size(), percent),
+        particle_colours::inBuffer};
+    if (!_prepareVbo(filling, rebuild, "renderFromVboNoShaders", LINE)) {
+        return false;
+    }
+    _drawFromVbo(filling.thinning.target(), &pointSize);
+    lastPath = PATH_VBO_OR_CHUNKS;
+    return true;
+}
+
+bool Particles_RL_GL_v2::renderFromVboWithShaders(ParticleSystem_v2 const& system, bool /*keepFlag*/,
+                                                  bool rebuild, float const& scale, float const& minMagnitude,
+                                                  float const& maxMagnitude, Color4<float> const& minColor,
+                                                  Color4<float> const& maxColor,
+                                                  Color4<float> const& maxClampColor, float const& pointSize,
+                                                  unsigned int const& channel, float const& percent,
+                                                  RenderMagnitude::type magnitude) {
+    constexpr int LINE = 884;
+    configureShaders(false, pointSize, scale, minMagnitude, maxMagnitude, minColor, maxColor, maxClampColor,
+                     magnitude);
+    BufferFilling const filling{
+        system,
+        channel,
+        {scale, minMagnitude, maxMagnitude, minColor, maxColor, maxClampColor, magnitude},
+        EvenThinning(system.size(), percent),
+        particle_colours::forEffect};
+    bool const isReady = _prepareVbo(filling, rebuild, "renderFromVboWithShaders", LINE);
+    if (isReady) {
+        _drawFromVbo(filling.thinning.target(), nullptr);
+    }
+    _closeEffect();
+    if (isReady) {
+        lastPath = PATH_VBO_WITH_EFFECT;
+    }
+    return isReady;
+}
+
+void Particles_RL_GL_v2::renderFromMemoryNoShaders(
+    ParticleSystem_v2 const& system, bool /*keepFlag*/, bool rebuild, float const& scale,
+    float const& minMagnitude, float const& maxMagnitude, Color4<float> const& minColor,
+    Color4<float> const& maxColor, Color4<float> const& maxClampColor, float const& pointSize,
+    unsigned int const& channel, float const& percent, RenderMagnitude::type magnitude) {
+    BufferFilling const filling{
+        system,
+        channel,
+        {scale, minMagnitude, maxMagnitude, minColor, maxColor, maxClampColor, magnitude},
+        EvenThinning(system.size(), percent),
+        particle_colours::inMemory};
+    unsigned int const target = filling.thinning.target();
+    // Buffers that were reset are gone, although their capacity is still known.
+    bool const isTooSmall = target > hostCapacity || hostBuffer == nullptr;
+    if (isTooSmall) {
+        delete[] std::exchange(hostBuffer, nullptr);
+        hostCapacity = 0;
+        hostBuffer = new float[std::size_t{target} * RECORD_FLOATS];
+        hostCapacity = target;
+    }
+    if (isTooSmall || rebuild || lastPath != PATH_MEMORY) {
+        _fill(filling, hostBuffer);
+    }
+
+    VL_Raster->setPointSize(pointSize);
+    float* batch = hostBuffer;
+    for (unsigned int drawn = 0; drawn <= target >> BATCH_BITS; ++drawn) {
+        bool const isLast = drawn == target >> BATCH_BITS;
+        VL_Raster->enableClientState(ClientCapability::VERTEX_ARRAY);
+        VL_Raster->enableClientState(ClientCapability::COLOR_ARRAY);
+        VL_Raster->vertexPointer(3, DataType::FLOAT, PARTICLE_RECORD_BYTES, batch);
+        VL_Raster->colorPointer(3, DataType::FLOAT, PARTICLE_RECORD_BYTES,
+                                batch + COLOUR_OFFSET / sizeof(float));
+        VL_Raster->drawArrays(Primitive::POINTS, 0, isLast ? target & (BATCH - 1) : BATCH);
+        VL_Raster->disableClientState(ClientCapability::VERTEX_ARRAY);
+        VL_Raster->disableClientState(ClientCapability::COLOR_ARRAY);
+        if (!isLast) {
+            batch += std::size_t{BATCH} * RECORD_FLOATS;
+        }
+    }
+    lastPath = PATH_MEMORY;
+}
+
+void Particles_RL_GL_v2::renderFromChunksWithShaders(
+    ParticleSystem_v2 const& system, bool /*keepFlag*/, bool /*rebuild*/, float const& scale,
+    float const& minMagnitude, float const& maxMagnitude, Color4<float> const& minColor,
+    Color4<float> const& maxColor, Color4<float> const& maxClampColor, float const& pointSize,
+    unsigned int const& channel, float const& percent, RenderMagnitude::type magnitude) {
+    configureShaders(false, pointSize, scale, minMagnitude, maxMagnitude, minColor, maxColor, maxClampColor,
+                     magnitude);
+    system.compact();
+
+    unsigned int const position = system.channelId("position");
+    ParticleChannelKind const kind = kindOf(channel, system.findChannel(channel));
+    bool const isOneColour =
+        (magnitude == RenderMagnitude::MIN_COLOR || magnitude == RenderMagnitude::MAX_COLOR) &&
+        (renderMode == RenderMode::POINTS || renderMode == RenderMode::SPHERES);
+    unsigned int number = 0;
+    for (ParticleSystemChunk_v2 const* chunk = system.firstChunk(); chunk != nullptr; chunk = chunk->next()) {
+        ParticleChannelChunkData_v2* const positions = chunk->channelData(position);
+        void* colours = nullptr;
+        unsigned int stride = 0;
+        if (kind == ParticleChannelKind::SCALAR) {
+            colours = chunk->channelData(channel)->asFloats();
+            stride = SCALAR_BYTES;
+        } else if (kind == ParticleChannelKind::VECTOR) {
+            colours = chunk->channelData(channel)->asVectors();
+            stride = POSITION_BYTES;
+        } else if (kind == ParticleChannelKind::UNKNOWN) {
+            reportUnknownType();
+        }
+        renderChunkRaw(number, positions != nullptr ? positions->asVectors() : nullptr, colours,
+                       chunk->count(), percent, colours == nullptr || isOneColour, static_cast<int>(stride),
+                       false);
+        ++number;
+    }
+    _closeEffect();
+    lastPath = PATH_VBO_OR_CHUNKS;
+}
+
+// == Parts of them ==
+
+void Particles_RL_GL_v2::renderChunkRaw(unsigned int /*chunk*/, Vector3<float>* positions, void* colours,
+                                        unsigned int count, float percent, bool noColour, int colourStride,
+                                        bool /*flag*/) {
+    if (positions == nullptr) {
+        return;
+    }
+    bool const hasColours = !noColour && colours != nullptr;
+    VL_Raster->enableClientState(ClientCapability::VERTEX_ARRAY);
+    if (hasColours) {
+        VL_Raster->enableClientState(ClientCapability::COLOR_ARRAY);
+    }
+    bool const isThinned = percent != 100.0F;
+    if (isThinned) {
+        count = std::min(count, CHUNK);
+        initIndices(static_cast<int>(count));
+    }
+    VL_Raster->vertexPointer(3, DataType::FLOAT, POSITION_BYTES, positions);
+    if (hasColours) {
+        VL_Raster->colorPointer(3, DataType::FLOAT, static_cast<unsigned long>(colourStride), colours);
+    }
+    if (isThinned) {
+        VL_Raster->drawElements(Primitive::POINTS, partOf(count, percent), DataType::UNSIGNED_SHORT,
+                                shuffledIndices);
+    } else {
+        VL_Raster->drawArrays(Primitive::POINTS, 0, count);
+    }
+    VL_Raster->disableClientState(ClientCapability::VERTEX_ARRAY);
+    if (hasColours) {
+        VL_Raster->disableClientState(ClientCapability::COLOR_ARRAY);
+    }
+}
+
+bool Particles_RL_GL_v2::checkEnoughMemoryinGPU(ParticleSystem_v2 const& system, float const& percent) const {
+    return fitsIntoVideoMemory(percent, system.size(), VL_Raster->getFreeGpuMemory(), vboSizeKB);
+}
+
+void Particles_RL_GL_v2::initIndices(int count) {
+    if (count < 0 || count > static_cast<int>(CHUNK) || shuffledIndices == nullptr ||
+        shuffledCount == static_cast<unsigned int>(count)) {
+        return;
+    }
+    for (int i = 0; i < count; ++i) {
+        shuffledIndices[i] = static_cast<unsigned short>(i);
+    }
+    // The seed is the count, so that the same particles are chosen in every frame.
+    std::srand(static_cast<unsigned int>(count));
+    for (int i = 0; i < count - 1; ++i) {
+        int const j = i + std::rand() / (RAND_MAX / (count - i) + 1);
+        std::swap(shuffledIndices[i], shuffledIndices[j]);
+    }
+    shuffledCount = static_cast<unsigned int>(count);
+}
+
+void Particles_RL_GL_v2::configureShaders(bool /*flag*/, float const& size, float const& scale,
+                                          float const& minMagnitude, float const& maxMagnitude,
+                                          Color4<float> minColor, Color4<float> maxColor,
+                                          Color4<float> maxClampColor, RenderMagnitude::type magnitude) {
+    VL_Raster->pushFillingFront(FILLING_SOLID);
+    VL_Raster->pushFillingBack(FILLING_SOLID);
+
+    bool const areArrowsPoints =
+        renderMode == RenderMode::ARROWS && magnitude == RenderMagnitude::LENGTH_OF_POINTS;
+    RenderMode::type const mode = areArrowsPoints ? RenderMode::POINTS : renderMode;
+    auto const type = Base_shader::ProcessType(magnitude);
+    // Deliberate: the last two setters come in another order for spheres than for arrows and points.
+    switch (mode) {
+    case RenderMode::POINTS: {
+        VL_Raster->setPointSize(size);
+        PointRendering_shader& effect = makeEffect(pointShader, type);
+        setRange(effect, scale, minMagnitude, maxMagnitude, minColor, maxColor);
+        effect.setSize(size);
+        effect.setMaxClampColor(maxClampColor);
+        effect.preprocess();
+        break;
+    }
+    case RenderMode::SPHERES: {
+        SphereRendering_shader& effect = makeEffect(sphereShader, type);
+        setRange(effect, scale, minMagnitude, maxMagnitude, minColor, maxColor);
+        effect.setMaxClampColor(maxClampColor);
+        effect.setSize(size);
+        effect.preprocess();
+        break;
+    }
+    case RenderMode::ARROWS: {
+        ArrowRendering_shader& effect = makeEffect(arrowShader, type);
+        setRange(effect, scale, minMagnitude, maxMagnitude, minColor, maxColor);
+        effect.setSize(size);
+        effect.setMaxClampColor(maxClampColor);
+        effect.preprocess();
+        break;
+    }
+    default:
+        break;
+    }
+}
+
+Array<char> Particles_RL_GL_v2::getShader(char const* path) {
+    Array<char> text;
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> const file(
+        path != nullptr ? std::fopen(path, "r") : nullptr, std::fclose);
+    if (file == nullptr || std::fseek(file.get(), 0, SEEK_END) != 0) {
+        return text;
+    }
+    long const length = std::ftell(file.get());
+    // Folders open too, and are as long as a number can tell.
+    if (length < 0 || static_cast<unsigned long>(length) >= std::numeric_limits<int>::max()) {
+        return text;
+    }
+    auto const zero = static_cast<unsigned int>(length);
+    text.reserve(zero + 1, false);
+    text.setSize(zero + 1);
+    text[zero] = '\0';
+    return text;
+}
+
+void Particles_RL_GL_v2::reloadShadersIfNeeded(Color4<float>& /*minColor*/, Color4<float>& /*maxColor*/,
+                                               float /*minMagnitude*/, float /*maxMagnitude*/) {}
+
+// == Effects ==
+
+Mesh_RL_Shader* Particles_RL_GL_v2::_effectOf(RenderMode::type const& mode) const {
+    switch (mode) {
+    case RenderMode::POINTS:
+        return pointShader;
+    case RenderMode::SPHERES:
+        return sphereShader;
+    case RenderMode::ARROWS:
+        return arrowShader;
+    default:
+        return nullptr;
+    }
+}
+
+// Ends what configureShaders() began.
+//
+// Deliberate: the render mode alone says which effect is closed. Where arrows were drawn as points, the arrow
+// effect is closed in place of the point effect, which thereby stays dirty; where there is no arrow effect yet,
+// the point effect is the one.
+void Particles_RL_GL_v2::_closeEffect() {
+    if (renderMode != RenderMode::POINTS && renderMode != RenderMode::SPHERES &&
+        renderMode != RenderMode::ARROWS) {
+        return;
+    }
+    VL_Raster->popFillingFront();
+    VL_Raster->popFillingBack();
+    Mesh_RL_Shader* const ofMode = _effectOf(renderMode);
+    Mesh_RL_Shader* const effect = ofMode != nullptr ? ofMode : pointShader;
+    effect->postprocess();
+    effect->cleanup();
+}
+
+// == Buffers ==
+
+void Particles_RL_GL_v2::_fill(BufferFilling const& filling, float* records) const {
+    ParticleChannelKind const kind = kindOf(filling.channel, filling.system.findChannel(filling.channel));
+    if (kind == ParticleChannelKind::UNKNOWN && filling.thinning.target() != 0) {
+        reportUnknownType();
+    }
+    writeParticleRecords(filling.system, filling.channel, filling.colours(kind, filling.look),
+                         filling.thinning, records);
+}
+
+// Sees to it that the buffer holds the records. False when there is no room for them: the buffer is deleted then.
+bool Particles_RL_GL_v2::_prepareVbo(BufferFilling const& filling, bool const& rebuild, char const* where,
+                                     int const& line) {
+    unsigned int const target = filling.thinning.target();
+    if (vboId == 0) {
+        VL_Raster->genBuffers(1, &vboId);
+    }
+    if (target > vboCapacity) {
+        std::uint64_t const room = std::uint64_t{VL_Raster->getFreeGpuMemory()} + vboSizeKB;
+        if (bufferKilobytes(target) > room) {
+            // Deliberate: the name is kept, and GL makes the buffer again when it is bound.
+            VL_Raster->deleteBuffers(1, &vboId);
+            vboRecords = 0;
+            return false;
+        }
+        VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, 0);
+        VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, vboId);
+        VL_Raster->bufferData(BufferTarget::ARRAY_BUFFER, target * PARTICLE_RECORD_BYTES, nullptr,
+                              BufferUsage::STREAM_DRAW);
+        vboCapacity = target;
+    } else {
+        // A store that is gone, or was filled with fewer particles since, is filled again: GL would read
+        // beyond its end.
+        bool const isFilled = lastPath == PATH_VBO_WITH_EFFECT || lastPath == PATH_2;
+        if (!rebuild && isFilled && target <= vboRecords) {
+            return true;
+        }
+    }
+    if (!_uploadToVbo(filling, where, line)) {
+        return false;
+    }
+    if (rebuild) {
+        vboParticleCount = target;
+    }
+    return true;
+}
+
+bool Particles_RL_GL_v2::_uploadToVbo(BufferFilling const& filling, char const* where, int const& line) {
+    unsigned int const target = filling.thinning.target();
+    unsigned long const bytes = target * PARTICLE_RECORD_BYTES;
+    VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, vboId);
+    // The former store stays with the frames that still draw from it; this one is new.
+    VL_Raster->bufferData(BufferTarget::ARRAY_BUFFER, bytes, nullptr, BufferUsage::STREAM_DRAW);
+    vboRecords = 0;
+    if (target == 0) {
+        vboSizeKB = 0;
+        return true;  // GL refuses to map an empty store
+    }
+    void* const store = VL_Raster->mapBuffer(BufferTarget::ARRAY_BUFFER, BufferAccess::READ_WRITE);
+    VL_Raster->getError(where, line);
+    if (store == nullptr) {
+        VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, 0);
+        VL_Raster->deleteBuffers(1, &vboId);
+        return false;
+    }
+    vboSizeKB = static_cast<unsigned int>(bytes >> 10);
+    _fill(filling, static_cast<float*>(store));
+    VL_Raster->unmapBuffer(BufferTarget::ARRAY_BUFFER);
+    vboRecords = target;
+    return true;
+}
+
+void Particles_RL_GL_v2::_drawFromVbo(unsigned int const& count, float const* pointSize) {
+    VL_Raster->enableClientState(ClientCapability::VERTEX_ARRAY);
+    VL_Raster->enableClientState(ClientCapability::COLOR_ARRAY);
+    if (pointSize != nullptr) {
+        VL_Raster->setPointSize(*pointSize);
+    }
+    VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, vboId);
+    VL_Raster->vertexPointer(3, DataType::FLOAT, PARTICLE_RECORD_BYTES, nullptr);
+    VL_Raster->colorPointer(3, DataType::FLOAT, PARTICLE_RECORD_BYTES,
+                            reinterpret_cast<void*>(COLOUR_OFFSET));
+    VL_Raster->drawArrays(Primitive::POINTS, 0, count);
+    VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, 0);
+    VL_Raster->disableClientState(ClientCapability::VERTEX_ARRAY);
+    VL_Raster->disableClientState(ClientCapability::COLOR_ARRAY);
+}
+
+}  // namespace vellum

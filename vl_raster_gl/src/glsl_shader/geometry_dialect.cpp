@@ -1,0 +1,83 @@
+#include "glsl_shader/geometry_dialect.h"
+
+#include "Program_gl.h"
+
+#include "foundation/raster/Core_RL.h"
+
+#include <cstdlib>
+
+#include "gl_api.h"
+
+namespace vellum {
+
+namespace {
+
+bool hasVersion32() {
+    auto const* const text = reinterpret_cast<char const*>(glGetString(GL_VERSION));
+    if (text == nullptr) {
+        return false;
+    }
+    char* end = nullptr;
+    long const major = std::strtol(text, &end, 10);
+    long const minor = *end == '.' ? std::strtol(end + 1, nullptr, 10) : 0;
+    return major > 3 || (major == 3 && minor >= 2);
+}
+
+char const* primitiveName(unsigned int const& primitive) {
+    switch (primitive) {
+    case GL_LINES:
+        return "lines";
+    case GL_LINE_STRIP:
+        return "line_strip";
+    case GL_TRIANGLES:
+        return "triangles";
+    case GL_TRIANGLE_STRIP:
+        return "triangle_strip";
+    default:
+        return "points";
+    }
+}
+
+}  // namespace
+
+GeometryDialect geometryDialect() {
+    if (VL_Raster->isExtensionSupported("GL_EXT_geometry_shader4")) {
+        return GeometryDialect::EXT_SHADER4;
+    }
+    return hasVersion32() ? GeometryDialect::GLSL_150 : GeometryDialect::EXT_SHADER4;
+}
+
+std::string geometryPrologue(GeometryDialect const& dialect, GeometryLayout const& layout) {
+    if (dialect == GeometryDialect::EXT_SHADER4) {
+        return R"(#version 120
+#extension GL_EXT_geometry_shader4: enable
+#define STAGE_IN varying in
+#define STAGE_OUT varying out
+#define POSITION_IN(i) gl_PositionIn[i]
+#define FRONT_COLOR_IN(i) gl_FrontColorIn[i]
+)";
+    }
+    return std::string("#version 150 compatibility\nlayout(") + primitiveName(layout.input) +
+           ") in;\nlayout(" + primitiveName(layout.output) +
+           ", max_vertices = " + std::to_string(layout.maxVertices) + R"() out;
+#define STAGE_IN in
+#define STAGE_OUT out
+#define POSITION_IN(i) gl_in[i].gl_Position
+#define FRONT_COLOR_IN(i) gl_in[i].gl_FrontColor
+)";
+}
+
+void setGeometryLayout(GeometryDialect const& dialect, GeometryLayout const& layout, Program_gl& program) {
+    if (dialect != GeometryDialect::EXT_SHADER4) {
+        return;
+    }
+    unsigned int const id = program.getId();
+    VL_Raster->programParameterI(id, ShaderParameterName::GEOMETRY_INPUT_TYPE_EXT,
+                                 static_cast<int>(layout.input));
+    VL_Raster->programParameterI(id, ShaderParameterName::GEOMETRY_OUTPUT_TYPE_EXT,
+                                 static_cast<int>(layout.output));
+    VL_Raster->programParameterI(id, ShaderParameterName::GEOMETRY_VERTICES_OUT_EXT,
+                                 static_cast<int>(layout.maxVertices));
+}
+
+}  // namespace vellum

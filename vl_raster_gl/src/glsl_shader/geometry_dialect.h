@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+
+namespace vellum {
+
+class Program_gl;
+
+/// In which language a driver takes geometry stages.
+enum class GeometryDialect {
+    EXT_SHADER4,  ///< GLSL 1.20 with GL_EXT_geometry_shader4; the primitives are parameters of the program
+    GLSL_150      ///< GLSL 1.50 of the compatibility profile; the primitives stand in the text
+};
+
+/// What a geometry stage takes and gives.
+struct GeometryLayout {
+    unsigned int input;        // GL_POINTS, GL_LINES or GL_TRIANGLES
+    unsigned int output;       // GL_POINTS, GL_LINE_STRIP or GL_TRIANGLE_STRIP
+    unsigned int maxVertices;  // that one input primitive gives
+};
+
+/// The dialect of the driver: that of the extension where it is listed, else GLSL 1.50 from version 3.2 on.
+/// A driver with neither is offered the extension's text; it refuses it with a log.
+/// GL: isExtensionSupported(), and glGetString(GL_VERSION) where it is not.
+GeometryDialect geometryDialect();
+
+/// The lines that a geometry stage begins with. After them a text may be written once for both dialects:
+///
+///     STAGE_IN vec4 a[];          an input, one for each vertex of the primitive
+///     STAGE_OUT vec4 b;           an output, undefined again after each EmitVertex()
+///     POSITION_IN(i)              gl_Position of a vertex
+///     FRONT_COLOR_IN(i)           gl_FrontColor of a vertex
+std::string geometryPrologue(GeometryDialect const& dialect, GeometryLayout const& layout);
+
+/// Gives the layout to a program whose stages are attached, before it is linked.
+/// GL: programParameterI() for input, output and vertices, in the dialect of the extension; nothing in the other.
+void setGeometryLayout(GeometryDialect const& dialect, GeometryLayout const& layout, Program_gl& program);
+
+}  // namespace vellum

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstddef>
+
+/// \file
+/// Plain data only, no functions: the sources that are compiled for particular processors include it, and an
+/// inline function compiled there could end up in place of the one for all processors.
+
+namespace vellum {
+
+/// How the three colour floats of a particle record come out of a channel.
+enum class RecordColour {
+    CONSTANT,          ///< the same for all; no value is read
+    VECTOR,            ///< the vector itself
+    SPREAD_SCALAR,     ///< three equal numbers that form a vector as long as the scalar's absolute value
+    LENGTH,            ///< ramp of the vector's length / scale
+    X,                 ///< ramp of |x cut to an integer| / scale
+    Y,                 ///< the same with y
+    Z,                 ///< the same with z
+    SCALAR,            ///< ramp of the scalar as it is
+    TRUNCATED_SCALAR,  ///< ramp of |the scalar cut to an integer| / scale
+};
+
+/// The numbers of that: with t = (magnitude - minMagnitude) / range, the colour is `above` for t above 1, else
+/// lowest + difference * t, each component limited to 0 to 1; what is not a number gives 0.
+struct RecordFormula {
+    RecordColour source;
+    float constant[3];  // of CONSTANT; not limited
+    float lowest[3];
+    float difference[3];
+    float above[3];
+    float minMagnitude;
+    float range;
+    float scale;
+};
+
+/// Writes `count` records of six floats, position and colour, strictly forward. Positions are three floats
+/// each, values three, one or none, as the source has it.
+/// \param streams the records are so many that they had better not go through the processor's cache.
+using RecordWriter = void (*)(RecordFormula const& formula, float const* positions, float const* values,
+                              float* out, std::size_t const& count, bool const& streams);
+
+}  // namespace vellum
