@@ -121,7 +121,12 @@ public:
         return static_cast<std::size_t>(mixed >> shift);
     }
 
-    void prefetch(std::size_t const& start) const { __builtin_prefetch(&slots[start], 1); }
+    /// Asks for the memory at which a search will begin.
+    void prefetch([[maybe_unused]] std::size_t const& start) const {
+#if defined(__GNUC__)
+        __builtin_prefetch(&slots[start], 1);
+#endif
+    }
 
     /// The slot of an edge: the one that it has, or a free one that becomes its own.
     Slot& find(std::uint64_t const& key, std::size_t const& start) {
@@ -151,8 +156,9 @@ unsigned int entryFor(unsigned int const* triangles, unsigned int const& neighbo
     return triangle * 4 + (triangles[neighbourEdge] == vertex ? k : NEXT_CIRCULAR[k]);
 }
 
-void link(unsigned int const* triangles, EdgeTable::Slot& slot, unsigned int const& edge,
-          unsigned int* entries) {
+/// Takes an edge into the table and connects the two triangles that meet there, as long as they are two.
+void takeEdge(unsigned int const* triangles, EdgeTable::Slot& slot, unsigned int const& edge,
+              unsigned int* entries) {
     switch (slot.use) {
     case EdgeTable::UNUSED:
         slot.first = edge;
@@ -208,7 +214,7 @@ void deriveAdjacency(unsigned int const* triangles, unsigned int const& count, u
             }
         }
         for (unsigned int i = 0; i < waiting; ++i) {
-            link(triangles, table.find(keys[i], starts[i]), edges[i], entries);
+            takeEdge(triangles, table.find(keys[i], starts[i]), edges[i], entries);
         }
     }
 }

@@ -37,11 +37,11 @@ Texts joined(std::initializer_list<Texts> lists) {
     return all;
 }
 
-/// The fixture: no context. Its mesh has two triangles that share the edge from vertex 0 to vertex 2:
+/// The fixture: no context. Its mesh has two triangles that share the edge between the vertices 0 and 2:
 ///
-///     3 --- 2        triangle 0 is (0, 1, 2), triangle 1 is (0, 2, 3); the normals of the two differ at vertex 2,
-///     | 1 / |        so that the shared edge is hard when seen from triangle 1's corner 1 ... which starts the
-///     | / 0 |        edge from 2 to 3, a border; and smooth when seen from the corners at vertex 0.
+///     3 --- 2        triangle 0 is (0, 1, 2), triangle 1 is (0, 2, 3)
+///     | 1 / |        at vertex 0 they have the same normal, at vertex 2 they do not: from triangle 0 the shared
+///     | / 0 |        edge starts at 2 and is hard, from triangle 1 it starts at 0 and is not
 ///     0 --- 1
 class Mesh_RL_GL_calls_test : public testing::Test {
 protected:
