@@ -634,12 +634,8 @@ unsigned int Core_RL_GL::getFreeGpuMemory() {
 
 bool Core_RL_GL::checkShaderSupport() const {
     auto const* const text = reinterpret_cast<char const*>(glGetString(GL_VERSION));
-    std::string const version = text != nullptr ? text : "";
-    if (version.empty()) {
-        return false;
-    }
-    std::string const major = version.substr(0, version.find('.'));
-    return std::strtol(major.c_str(), nullptr, 10) >= FIRST_VERSION_WITH_SHADERS;
+    // Asked in every frame: nothing is copied. The major number ends at the first dot.
+    return text != nullptr && std::strtol(text, nullptr, 10) >= FIRST_VERSION_WITH_SHADERS;
 }
 
 unsigned int Core_RL_GL::createShader(ShaderType::type type) {
