@@ -117,13 +117,17 @@ std::vector<bool> bySteps(unsigned int const& count, float const& percent, std::
     while (visited < count && !thinning.isComplete()) {
         unsigned int const most = std::min(
             count - visited, random() % 4 == 0 ? 1U : static_cast<unsigned int>(random() % 20000) + 1);
-        EvenThinning::Step const step = thinning.step(most);
-        EXPECT_GT(step.skip + step.take, 0U);
-        EXPECT_LE(step.skip + step.take, most);
-        visited += step.skip;
-        for (unsigned int k = 0; k < step.take; ++k) {
-            result[visited++] = true;
+        EvenThinning::Marks marks;
+        unsigned int const decided = thinning.decide(most, marks);
+        EXPECT_GT(decided, 0U);
+        EXPECT_LE(decided, most);
+        for (unsigned int k = 0; k < decided; ++k) {
+            result[visited + k] = thinning.marksSkipped();
         }
+        for (unsigned int k = 0; k < marks.count; ++k) {
+            result[visited + marks.offsets[k]] = !thinning.marksSkipped();
+        }
+        visited += decided;
     }
     return result;
 }

@@ -14,9 +14,10 @@ namespace vellum {
 /// target() particles are taken.
 ///
 ///     EvenThinning thinning(system.size(), percent);
-///     while (particles are left) {
-///         EvenThinning::Step const step = thinning.step(left);
-///         ... step.skip particles are left out, then step.take are drawn ...
+///     EvenThinning::Marks marks;
+///     while (particles are left && !thinning.isComplete()) {
+///         unsigned int const decided = thinning.decide(left, marks);
+///         ... of the next `decided` particles, marks.offsets are the taken ones, or the skipped ones ...
 ///     }
 ///
 /// How it decides without a division for each particle: with q the largest quotient whose hundredfold is no
@@ -25,9 +26,12 @@ namespace vellum {
 /// is exact in double precision, and where the next particle is taken, or skipped, follows by one product.
 class EvenThinning {
 public:
-    struct Step {
-        unsigned int skip;
-        unsigned int take;
+    /// Which of the particles that were decided on are taken, or skipped where most are taken.
+    struct Marks {
+        static constexpr unsigned int MOST = 256;
+
+        unsigned int count = 0;
+        unsigned int offsets[MOST];  // ascending, counted from the first particle that was decided on
     };
 
     /// Percentages that are negative or not a number choose no particle, those above 100 choose all.
@@ -35,7 +39,6 @@ public:
         : percent(percent), wanted(_target(count, percent)), mostlyTaken(percent > 50.0F) {
         if (wanted != 0 && percent < 100.0F) {
             _findBound();
-            next = _following();
         }
     }
 
@@ -43,17 +46,27 @@ public:
     unsigned int missing() const { return wanted - taken; }  ///< of them, those that were not taken yet
     bool isComplete() const { return taken == wanted; }      ///< whether all of them were taken
 
+    /// Whether marks are the skipped particles, not the taken ones.
+    bool marksSkipped() const { return mostlyTaken; }
+
     /// Decides on the next particles, at most `count` of them, at least one. `count` is above 0, and the
     /// thinning is not complete.
-    Step step(unsigned int const& count) {
-        Step result{0, std::min(count, missing())};
-        if (percent < 100.0F) {
-            isBeyondExact = isBeyondExact || visited + std::uint64_t{count} >= EXACT;
-            result = isBeyondExact ? _one() : mostlyTaken ? _run(count) : _single(count);
+    /// \return on how many.
+    unsigned int decide(unsigned int const& count, Marks& marks) {
+        marks.count = 0;
+        if (percent >= 100.0F) {
+            unsigned int const all = std::min(count, missing());
+            visited += all;
+            taken += all;
+            return all;
         }
-        visited += result.skip + result.take;
-        taken += result.take;
-        return result;
+        isBeyondExact = isBeyondExact || visited + std::uint64_t{count} >= EXACT;
+        unsigned int const decided = isBeyondExact ? _decideOneByOne(count, marks)
+                                     : mostlyTaken ? _decideSkipped(count, marks)
+                                                   : _decideTaken(count, marks);
+        visited += decided;
+        taken += mostlyTaken ? decided - marks.count : marks.count;
+        return decided;
     }
 
 private:
@@ -89,72 +102,81 @@ private:
         return alreadyVisited == 0 || quotient < limit || (boundIsTaken && quotient == limit);
     }
 
-    // Looks up where the next particle is that is taken, or skipped where most are taken. They are found many at
-    // once, as each follows from how many there were before it and from nothing else.
-    unsigned int _following() {
-        if (ahead == AHEAD) {
-            if (mostlyTaken) {
-                _findSkipped();
-            } else {
-                _findTaken();
+    // No more than half of the particles are taken. Where each one stands follows from how many were taken before
+    // it, and from nothing else, so that many are found at once. The estimate is the particle or the one before it.
+    unsigned int _decideTaken(unsigned int const& count, Marks& marks) const {
+        int const end = static_cast<int>(visited + count);
+        unsigned int const most = std::min(missing(), Marks::MOST);
+        auto before = static_cast<double>(taken);
+        for (unsigned int k = 0; k < most; ++k, before += 1.0) {
+            auto index = static_cast<int>(std::min(before * visitsPerTaken, double{EXACT}));
+            double const limit = index * bound;
+            bool const isBehind = boundIsTaken ? limit < before : limit <= before;
+            index += isBehind && before != 0.0 ? 1 : 0;  // the first particle of all is always taken
+            if (index >= end) {
+                return count;
             }
-            found += AHEAD;
-            ahead = 0;
+            marks.offsets[k] = static_cast<unsigned int>(index) - visited;
+            marks.count = k + 1;
         }
-        return indices[ahead++];
+        return marks.offsets[most - 1] + 1;
     }
 
-    // The estimate is the particle itself or the one before it.
-    void _findTaken() {
-        int const onBound = boundIsTaken ? 0 : 1;
-        for (unsigned int k = 0; k < AHEAD; ++k) {
-            double const before = found + k;
-            auto const estimate = static_cast<int>(std::min(before * visitsPerTaken, double{EXACT}));
-            double const limit = estimate * bound;
-            int const isBehind =
-                static_cast<int>(limit < before) | (static_cast<int>(limit == before) & onBound);
-            indices[k] = static_cast<unsigned int>(estimate + isBehind);
-        }
-        indices[0] = found == 0 ? 0 : indices[0];  // the first particle of all is always taken
-    }
-
-    // The first particle for which visited - before is too many. The estimate is that one or one of the two
-    // before it.
-    void _findSkipped() {
+    // More than half of them: the same with the skipped ones, which are those for which visited - before is too
+    // many. The estimate is the particle or one of the two before it.
+    unsigned int _decideSkipped(unsigned int const& count, Marks& marks) const {
+        int const end = static_cast<int>(visited + count);
         int const onBound = boundIsTaken ? 0 : 1;
         double const part = 1.0 - bound;
-        for (unsigned int k = 0; k < AHEAD; ++k) {
-            double const before = found + k;
+        auto before = static_cast<double>(visited - taken);
+        unsigned int decided = count;
+        for (unsigned int k = 0; k < Marks::MOST; ++k, before += 1.0) {
             auto index = static_cast<int>(std::min(before * visitsPerSkipped, double{EXACT}));
             for (int tries = 0; tries < 2; ++tries) {
                 double const room = index * part;
-                index += 1 - (static_cast<int>(room > before) | (static_cast<int>(room == before) & onBound));
+                // Without a branch: no processor could foresee it.
+                int const isSkipped =
+                    static_cast<int>(room > before) | (static_cast<int>(room == before) & onBound);
+                index += 1 - (isSkipped & static_cast<int>(index != 0));  // the first of all is never skipped
             }
-            indices[k] = static_cast<unsigned int>(index);
+            if (index >= end) {
+                decided = count;
+                break;
+            }
+            marks.offsets[k] = static_cast<unsigned int>(index) - visited;
+            marks.count = k + 1;
+            decided = marks.offsets[k] + 1;
         }
-        indices[0] = found == 0 ? 1 : indices[0];  // the first particle of all is never skipped
+        return _untilComplete(decided, marks);
     }
 
-    Step _one() { return _isTaken(taken, visited) ? Step{0, 1} : Step{1, 0}; }
-
-    // No more than half of the particles are taken: none has a neighbour that is.
-    Step _single(unsigned int const& count) {
-        unsigned int const skip = next > visited ? next - visited : 0;
-        if (skip >= count) {
-            return {count, 0};
+    unsigned int _decideOneByOne(unsigned int const& count, Marks& marks) const {
+        unsigned int decided = 0;
+        unsigned int takenHere = 0;
+        while (decided < count && marks.count < Marks::MOST && takenHere < missing()) {
+            bool const takes = _isTaken(taken + takenHere, visited + decided);
+            if (takes != mostlyTaken) {
+                marks.offsets[marks.count++] = decided;
+            }
+            takenHere += takes ? 1 : 0;
+            ++decided;
         }
-        next = _following();
-        return {skip, 1};
+        return decided;
     }
 
-    // More than half of them: none that is skipped has a neighbour that is.
-    Step _run(unsigned int const& count) {
-        unsigned int skip = 0;
-        if (next == visited) {
-            skip = 1;
-            next = _following();
+    // Where more are taken than are missing, the last ones are left undecided.
+    unsigned int _untilComplete(unsigned int decided, Marks& marks) const {
+        while (decided - marks.count > missing()) {
+            unsigned int const tooMany = decided - marks.count - missing();
+            unsigned int const behindLast =
+                marks.count != 0 ? decided - marks.offsets[marks.count - 1] - 1 : decided;
+            if (tooMany <= behindLast) {
+                return decided - tooMany;
+            }
+            --marks.count;
+            decided = marks.offsets[marks.count];
         }
-        return {skip, std::min({next - visited - skip, count - skip, missing()})};
+        return decided;
     }
 
     float percent;
@@ -167,11 +189,6 @@ private:
     unsigned int taken = 0;       // at most wanted
     unsigned int visited = 0;     // particles decided on
     bool isBeyondExact = false;   // the rule is asked for every particle from here on
-    static constexpr unsigned int AHEAD = 64;
-    unsigned int found = 0;       // particles that were found and put into `indices`
-    unsigned int ahead = AHEAD;   // the first of `indices` that was not given out
-    unsigned int indices[AHEAD];  // of particles that are taken, or skipped where most are taken
-    unsigned int next = 0;        // the next particle that is taken, or skipped where most are taken
 };
 
 }  // namespace vellum

@@ -190,7 +190,6 @@ void write(RecordFormula const& formula, float const* positions, float const* va
     }
     writeMany<true>(colour, positions + 3 * first, values + Colours<source>::VALUES * first, out + 6 * first,
                     count - first);
-    Lanes::finishStreaming();
 }
 
 void writeRecordsByLanes(RecordFormula const& formula, float const* positions, float const* values,

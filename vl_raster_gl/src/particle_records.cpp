@@ -48,6 +48,48 @@ public:
         lastValue = values + valueFloats * (count - 1);
     }
 
+    // Of `count` particles all that are not marked, of `readable` that stand there.
+    void putAllBut(float const* positions, float const* values, unsigned int const& count,
+                   EvenThinning::Marks const& marks, unsigned int const& readable) {
+        unsigned int first = 0;
+        for (unsigned int k = 0; k <= marks.count; ++k) {
+            unsigned int const end = k < marks.count ? marks.offsets[k] : count;
+            if (first < end) {
+                put(positions + POSITION_FLOATS * first, values + valueFloats * first, end - first,
+                    readable - first);
+            }
+            first = end + 1;
+        }
+    }
+
+    // The particles at `number` offsets, ascending.
+    void putEach(float const* positions, float const* values, unsigned int const* offsets,
+                 unsigned int const& number) {
+        unsigned int k = 0;
+        while (k < number) {
+            unsigned int const end = std::min(number, k + STAGE - staged);
+            float* position = stagedPositions + POSITION_FLOATS * staged;
+            float* value = stagedValues + valueFloats * staged;
+            staged += end - k;
+            for (; k < end; ++k) {
+                unsigned int const offset = offsets[k];
+                std::memcpy(position, positions + POSITION_FLOATS * offset, POSITION_FLOATS * sizeof(float));
+                position += POSITION_FLOATS;
+                if constexpr (valueFloats != 0) {
+                    std::memcpy(value, values + valueFloats * offset, valueFloats * sizeof(float));
+                    value += valueFloats;
+                }
+            }
+            if (staged == STAGE) {
+                flush();
+            }
+        }
+        if (number != 0) {
+            lastPosition = positions + POSITION_FLOATS * offsets[number - 1];
+            lastValue = values + valueFloats * offsets[number - 1];
+        }
+    }
+
     // The particle that came last, once more.
     void repeatLast() { _stage(lastPosition, lastValue, 1, 1); }
 
@@ -154,6 +196,7 @@ void writeRecords(ParticleSystem_v2 const& system, unsigned int const& channel, 
                   EvenThinning thinning, float* out) {
     bool const streams = std::size_t{thinning.target()} * RECORD_FLOATS * sizeof(float) >= STREAMED_BYTES;
     RecordSink<valueFloats> sink(formula, out, streams);
+    EvenThinning::Marks marks;
     for (ParticleSystemChunk_v2 const* chunk = system.firstChunk();
          chunk != nullptr && !thinning.isComplete(); chunk = chunk->next()) {
         float const* const positions = vectorsOf(chunk->channelData(0));
@@ -164,14 +207,16 @@ void writeRecords(ParticleSystem_v2 const& system, unsigned int const& channel, 
         }
         forLivingRuns(*chunk, [&](unsigned int slot, unsigned int count) {
             while (count != 0 && !thinning.isComplete()) {
-                EvenThinning::Step const step = thinning.step(count);
-                slot += step.skip;
-                if (step.take != 0) {
-                    sink.put(positions + POSITION_FLOATS * slot, values + std::size_t{valueFloats} * slot,
-                             step.take, count - step.skip);
+                unsigned int const decided = thinning.decide(count, marks);
+                float const* const from = positions + POSITION_FLOATS * slot;
+                float const* const valuesFrom = values + std::size_t{valueFloats} * slot;
+                if (thinning.marksSkipped()) {
+                    sink.putAllBut(from, valuesFrom, decided, marks, count);
+                } else {
+                    sink.putEach(from, valuesFrom, marks.offsets, marks.count);
                 }
-                slot += step.take;
-                count -= step.skip + step.take;
+                slot += decided;
+                count -= decided;
             }
             return !thinning.isComplete();
         });
@@ -180,6 +225,9 @@ void writeRecords(ParticleSystem_v2 const& system, unsigned int const& channel, 
         sink.repeatLast();
     }
     sink.flush();
+    if (streams) {
+        finishRecords();
+    }
 }
 
 }  // namespace

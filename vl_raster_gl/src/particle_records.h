@@ -38,4 +38,7 @@ RecordWriter plainRecordWriter();
 RecordWriter sse2RecordWriter();  ///< Null where the processor does not run it.
 RecordWriter avxRecordWriter();   ///< Null where the processor does not run it.
 
+/// Lets others see what was written past the cache. Once, behind the last record.
+void finishRecords();
+
 }  // namespace vellum

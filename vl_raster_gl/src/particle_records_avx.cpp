@@ -55,7 +55,6 @@ struct Lanes {
         _store<streams>(out + 32, _mm256_permute2f128_ps(c, d, HIGH));
         _store<streams>(out + 40, _mm256_permute2f128_ps(e, f, HIGH));
     }
-    static void finishStreaming() { _mm_sfence(); }
 
 private:
     template <bool streams>

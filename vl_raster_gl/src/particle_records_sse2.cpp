@@ -49,7 +49,6 @@ struct Lanes {
         _store<streams>(out + 16, e);
         _store<streams>(out + 20, f);
     }
-    static void finishStreaming() { _mm_sfence(); }
 
 private:
     template <bool streams>
@@ -70,9 +69,14 @@ private:
 namespace vellum {
 
 RecordWriter sse2RecordWriter();
+void finishRecords();
 
 RecordWriter sse2RecordWriter() {
     return writeRecordsByLanes;
+}
+
+void finishRecords() {
+    _mm_sfence();
 }
 
 }  // namespace vellum
@@ -82,10 +86,13 @@ RecordWriter sse2RecordWriter() {
 namespace vellum {
 
 RecordWriter sse2RecordWriter();
+void finishRecords();
 
 RecordWriter sse2RecordWriter() {
     return nullptr;
 }
+
+void finishRecords() {}
 
 }  // namespace vellum
 
