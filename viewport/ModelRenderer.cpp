@@ -112,6 +112,11 @@ Color4<float> meanColour(Color4<float> const& a, Color4<float> const& b, Color4<
     return {(a.r + b.r + c.r) / 3, (a.g + b.g + c.g) / 3, (a.b + b.b + c.b) / 3, 1};
 }
 
+Color4<float> brightened(Color4<float> const& colour) {
+    auto const component = [](float const& value) { return std::min(1.0F, 0.15F + 1.3F * value); };
+    return {component(colour.r), component(colour.g), component(colour.b), 1};
+}
+
 Box3<float> toFloat(Box3<double> const& box) {
     return {convert<float>(box.min), convert<float>(box.max)};
 }
@@ -121,7 +126,7 @@ class SurfacesBehind {
 public:
     SurfacesBehind() {
         glEnable(GL_POLYGON_OFFSET_FILL);
-        glPolygonOffset(1, 1);
+        glPolygonOffset(2, 2);
     }
     ~SurfacesBehind() { glDisable(GL_POLYGON_OFFSET_FILL); }
     SurfacesBehind(SurfacesBehind const&) = delete;
@@ -214,7 +219,7 @@ void ModelRenderer::_drawSurface(Part& part) {
     bool const isPlain = source.texture == nullptr && source.colours.size() == 0;
     if (_options.edgesBlend || (_options.edges && isPlain && _options.shading == Shading::smooth)) {
         SurfacesBehind const behind;
-        Lit const lit(_layer, Lit::Finish::dull);
+        Lit const lit(_layer, _options.edges ? Lit::Finish::bright : Lit::Finish::dull);
         _pushLineWidth(1.6);
         _layer.pushColor(source.colour);
         if (_options.edgesBlend) {
@@ -223,7 +228,8 @@ void ModelRenderer::_drawSurface(Part& part) {
             colour.a = blendedAlpha;
             part.renderer->renderWithEdgesBlending(colour, true);
         } else {
-            part.renderer->renderWithEdges(source.colour);
+            // The surface gets half of it.
+            part.renderer->renderWithEdges(brightened(source.colour));
         }
         _layer.popColor(1);
         _layer.popLineWidth();

@@ -100,7 +100,7 @@ std::optional<std::string> findTexture(std::string const& meshPath, std::string 
         fs::path const path(variant);
         for (fs::path const& candidate : {folder / path, folder / path.filename()}) {
             if (isFile(candidate)) {
-                return candidate.string();
+                return candidate.lexically_normal().string();
             }
         }
     }
