@@ -166,6 +166,35 @@ Color4<float> materialColour(aiScene const& scene, unsigned int const& index) {
     return isBlack && isReplaced ? plainColour : colour;
 }
 
+/// The diffuse texture of a material: its name and, if the file itself holds it, its bytes.
+Material toMaterial(aiScene const& scene, unsigned int const& index) {
+    Material material;
+    if (index >= scene.mNumMaterials) {
+        return material;
+    }
+    aiMaterial const& source = *scene.mMaterials[index];
+    aiColor4D diffuse;
+    if (source.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) == AI_SUCCESS) {
+        Color4<float> const colour = toColour(diffuse);
+        material.tint = colour.r + colour.g + colour.b > 0 ? colour : material.tint;
+    }
+    aiString name;
+    for (aiTextureType const& kind : {aiTextureType_DIFFUSE, aiTextureType_BASE_COLOR}) {
+        if (source.GetTexture(kind, 0, &name) != AI_SUCCESS || name.length == 0) {
+            continue;
+        }
+        material.texture = name.C_Str();
+        aiTexture const* const embedded = scene.GetEmbeddedTexture(name.C_Str());
+        // A height of 0 tells a picture file, whose size in bytes the width is.
+        if (embedded != nullptr && embedded->mHeight == 0 && embedded->pcData != nullptr) {
+            unsigned char const* const bytes = reinterpret_cast<unsigned char const*>(embedded->pcData);
+            material.textureBytes.assign(bytes, bytes + embedded->mWidth);
+        }
+        break;
+    }
+    return material;
+}
+
 /// Collects the meshes of a scene into one.
 class Collector {
 public:
@@ -174,6 +203,10 @@ public:
 
     /// False when there is more of something than a mesh holds.
     bool collect() {
+        for (unsigned int i = 0; i < _scene.mNumMaterials; ++i) {
+            _mesh.materials.push_back(toMaterial(_scene, i));
+        }
+        _mesh.materials.emplace_back();  // of meshes that have none
         if (_scene.mRootNode == nullptr) {
             return true;
         }
@@ -285,6 +318,7 @@ private:
             unsigned int const b = base + face.mIndices[1];
             unsigned int const c = base + face.mIndices[2];
             // A mirrored triangle turns its back; the other order of corners shows its front again.
+            _mesh.triangleMaterials.push_back(std::min(mesh.mMaterialIndex, _scene.mNumMaterials));
             _mesh.triangles.push_back(isMirrored ? MeshData::Triangle{a, c, b} : MeshData::Triangle{a, b, c});
         }
     }

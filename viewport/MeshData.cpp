@@ -35,6 +35,14 @@ std::optional<std::string> MeshData::firstFault() const {
             return indexFault(i, largest, count);
         }
     }
+    if (!triangleMaterials.empty() && triangleMaterials.size() != triangles.size()) {
+        return "the mesh is damaged: its triangles and their materials differ in number";
+    }
+    for (unsigned int const& material : triangleMaterials) {
+        if (material >= materials.size()) {
+            return "the mesh is damaged: a triangle has a material that does not exist";
+        }
+    }
     for (std::size_t i = 0; i < count; ++i) {
         if (!isFinite(positions[i])) {
             return "vertex " + std::to_string(i) + " has a coordinate that is not a number or infinite";

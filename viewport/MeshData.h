@@ -5,13 +5,23 @@
 #include "foundation/geometry/Tuple3.h"
 #include "foundation/geometry/Vector2.h"
 #include "foundation/geometry/Vector3.h"
+#include "foundation/image/VL_Image.h"
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace vellum::viewport {
+
+/// A material of a mesh file that has a diffuse texture, or has none.
+struct Material {
+    Color4<float> tint{1, 1, 1, 1};           ///< what the texture is multiplied with
+    std::string texture;                      ///< as the file names it; empty: no texture
+    std::vector<unsigned char> textureBytes;  ///< the picture file, where the mesh file itself holds it
+    std::shared_ptr<VL_Image const> image;    ///< the texture once it is read (see Textures.h); else null
+};
 
 /// What a mesh file holds, ready to be drawn: one list of triangles over one list of vertices. The parts of the
 /// file stand one after the other, placed where their nodes put them.
@@ -30,6 +40,9 @@ struct MeshData {
     std::vector<Vector3<float>> normals;     ///< one per vertex, unit length
     std::vector<Color4<float>> colours;      ///< one per vertex
     std::vector<Vector2<float>> textureCoordinates;  ///< one per vertex, or empty
+
+    std::vector<Material> materials;
+    std::vector<unsigned int> triangleMaterials;  ///< one index per triangle, or empty: all are alike
 
     unsigned int partCount = 0;             ///< meshes of the file that gave triangles
     std::uint64_t computedNormalCount = 0;  ///< of the normals, those that the file lacks or has as zero

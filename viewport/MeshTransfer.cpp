@@ -8,7 +8,7 @@ namespace vellum::viewport {
 namespace {
 
 enum Content : std::uint32_t { CONTENT_MESH = 1, CONTENT_FAULT = 2 };
-enum Flags : std::uint32_t { HAS_VERTEX_COLOURS = 1, HAS_TEXTURE_COORDINATES = 2 };
+enum Flags : std::uint32_t { HAS_VERTEX_COLOURS = 1, HAS_TEXTURE_COORDINATES = 2, HAS_MATERIALS = 4 };
 
 struct Header {
     char magic[8];
@@ -19,9 +19,18 @@ struct Header {
     std::uint64_t vertexCount;
     std::uint64_t triangleCount;
     std::uint64_t computedNormalCount;
+    std::uint64_t materialBytes;
 };
 
-constexpr char magic[8] = {'v', 'l', 'm', 'e', 's', 'h', '0', '1'};
+/// Of one material; its texture's name and bytes follow.
+struct MaterialHeader {
+    Color4<float> tint;
+    std::uint64_t nameLength;
+    std::uint64_t byteCount;
+};
+
+constexpr char magic[8] = {'v', 'l', 'm', 'e', 's', 'h', '0', '2'};
+constexpr std::uint64_t largestMaterialBytes = std::uint64_t(1) << 40;
 constexpr char damagedMessage[] = "the importer gave a damaged result";
 
 Header makeHeader(Content const& content, std::string const& text) {
@@ -78,7 +87,9 @@ private:
     unsigned char const* _next;
 };
 
-constexpr std::uint64_t bytesPerTriangle = sizeof(MeshData::Triangle);
+std::uint64_t bytesPerTriangle(std::uint32_t const& flags) {
+    return sizeof(MeshData::Triangle) + ((flags & HAS_MATERIALS) != 0 ? sizeof(unsigned int) : 0);
+}
 
 std::uint64_t bytesPerVertex(std::uint32_t const& flags) {
     return sizeof(Vector3<double>) + sizeof(Vector3<float>) + sizeof(Color4<float>) +
@@ -91,8 +102,49 @@ bool promisedSize(Header const& header, std::uint64_t& size) {
     if (header.vertexCount > MeshData::largestCount || header.triangleCount > MeshData::largestCount) {
         return false;
     }
+    if (header.materialBytes > largestMaterialBytes) {
+        return false;
+    }
     size = sizeof(Header) + header.textLength + header.vertexCount * bytesPerVertex(header.flags) +
-           header.triangleCount * bytesPerTriangle;
+           header.triangleCount * bytesPerTriangle(header.flags) + header.materialBytes;
+    return true;
+}
+
+std::vector<unsigned char> encodeMaterials(std::vector<Material> const& materials) {
+    std::uint64_t size = 0;
+    for (Material const& material : materials) {
+        size += sizeof(MaterialHeader) + material.texture.size() + material.textureBytes.size();
+    }
+    Writer writer(static_cast<std::size_t>(size));
+    for (Material const& material : materials) {
+        MaterialHeader const header{material.tint, material.texture.size(), material.textureBytes.size()};
+        writer.put(&header, sizeof header);
+        writer.put(material.texture.data(), material.texture.size());
+        writer.put(material.textureBytes);
+    }
+    return writer.take();
+}
+
+/// False when the bytes are not those of whole materials.
+bool decodeMaterials(std::vector<unsigned char> const& bytes, std::vector<Material>& materials) {
+    std::size_t left = bytes.size();
+    Reader reader(bytes.data());
+    while (left > 0) {
+        if (left < sizeof(MaterialHeader)) {
+            return false;
+        }
+        MaterialHeader const header = reader.take<MaterialHeader>(1).front();
+        left -= sizeof header;
+        if (header.nameLength > left || header.byteCount > left - header.nameLength) {
+            return false;
+        }
+        Material material;
+        material.tint = header.tint;
+        material.texture = reader.takeText(static_cast<std::size_t>(header.nameLength));
+        material.textureBytes = reader.take<unsigned char>(header.byteCount);
+        left -= static_cast<std::size_t>(header.nameLength + header.byteCount);
+        materials.push_back(std::move(material));
+    }
     return true;
 }
 
@@ -101,7 +153,10 @@ bool promisedSize(Header const& header, std::uint64_t& size) {
 std::vector<unsigned char> encodeMesh(MeshData const& mesh) {
     Header header = makeHeader(CONTENT_MESH, mesh.name);
     header.flags = (mesh.hasVertexColours ? HAS_VERTEX_COLOURS : 0U) |
-                   (mesh.textureCoordinates.empty() ? 0U : HAS_TEXTURE_COORDINATES);
+                   (mesh.textureCoordinates.empty() ? 0U : HAS_TEXTURE_COORDINATES) |
+                   (mesh.triangleMaterials.empty() ? 0U : HAS_MATERIALS);
+    std::vector<unsigned char> const materials = encodeMaterials(mesh.materials);
+    header.materialBytes = materials.size();
     header.partCount = mesh.partCount;
     header.vertexCount = mesh.positions.size();
     header.triangleCount = mesh.triangles.size();
@@ -117,6 +172,8 @@ std::vector<unsigned char> encodeMesh(MeshData const& mesh) {
     writer.put(mesh.normals);
     writer.put(mesh.colours);
     writer.put(mesh.textureCoordinates);
+    writer.put(mesh.triangleMaterials);
+    writer.put(materials);
     return writer.take();
 }
 
@@ -158,6 +215,12 @@ Result<MeshData> decodeMesh(unsigned char const* bytes, std::size_t const& size,
     mesh.colours = reader.take<Color4<float>>(header.vertexCount);
     if ((header.flags & HAS_TEXTURE_COORDINATES) != 0) {
         mesh.textureCoordinates = reader.take<Vector2<float>>(header.vertexCount);
+    }
+    if ((header.flags & HAS_MATERIALS) != 0) {
+        mesh.triangleMaterials = reader.take<unsigned int>(header.triangleCount);
+    }
+    if (!decodeMaterials(reader.take<unsigned char>(header.materialBytes), mesh.materials)) {
+        return damaged;
     }
     mesh.partCount = header.partCount;
     mesh.computedNormalCount = header.computedNormalCount;

@@ -10,6 +10,7 @@
 /// The bytes in which an import's outcome travels from the process that imports to the one that draws.
 ///
 ///     header | name or message | positions | triangles | normals | colours | texture coordinates
+///         | materials of the triangles | materials
 ///
 /// Both ends are the same program on the same machine, so numbers are as memory holds them. The receiver trusts
 /// nothing all the same: the sender has just read a file that may have been made to harm it.

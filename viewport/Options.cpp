@@ -16,6 +16,7 @@ std::map<std::string, Shading> const shadings{{"box", Shading::box},
                                               {"wireframe", Shading::wireframe},
                                               {"faceted", Shading::faceted},
                                               {"smooth", Shading::smooth}};
+std::map<std::string, Normals> const normalKinds{{"vertex", Normals::vertex}, {"face", Normals::face}};
 std::map<std::string, Gizmo> const gizmos{
     {"move", Gizmo::move}, {"rotate", Gizmo::rotate}, {"scale", Gizmo::scale}};
 std::map<std::string, View> const views{
@@ -49,6 +50,7 @@ bool isSide(int const& length) {
 struct Words {
     std::string size;
     std::string shading;
+    std::string normals;
     std::string gizmo;
     std::string view;
     std::string pick;
@@ -130,6 +132,7 @@ std::string readLimits(Words const& words, Options& options) {
 /// The first thing wrong with the words, or an empty text.
 std::string read(Words const& words, Options& options) {
     std::string const faults[] = {readMode("--shading", words.shading, shadings, options.shading),
+                                  readMode("--normals", words.normals, normalKinds, options.normals),
                                   readMode("--gizmo", words.gizmo, gizmos, options.gizmo),
                                   readMode("--view", words.view, views, options.view),
                                   readSize(words.size, options),
@@ -139,6 +142,9 @@ std::string read(Words const& words, Options& options) {
         if (!fault.empty()) {
             return fault;
         }
+    }
+    if (options.edges && options.edgesBlend) {
+        return "--edges and --edges-blend: only one of them can be drawn";
     }
     if (options.out.empty() && !options.pick && !options.info) {
         return "--out is required: the picture's file";
@@ -183,6 +189,22 @@ CommandLine parseCommandLine(int const& count, char const* const* arguments) {
     app.add_option("--shading", words.shading, "box, wireframe, faceted or smooth (smooth)")
         ->check(given)
         ->type_name("MODE");
+    app.add_flag("--edges", options.edges, "Draw borders and hard edges, over a darker surface");
+    app.add_flag("--edges-blend", options.edgesBlend,
+                 "Draw borders and hard edges, those behind shining through the surface");
+    app.add_option("--normals", words.normals, "Draw the normals: vertex or face")
+        ->check(given)
+        ->type_name("KIND");
+    app.add_flag("--connectivity", options.connectivity, "Mark shared edges in white and borders in amber");
+    app.add_option("--texture", options.texture,
+                   "Put this picture (PNG, JPEG, EXR, HDR) on the models, in place of their own textures")
+        ->check(given)
+        ->type_name("FILE");
+    app.add_flag("--wireframe-back", options.wireframeBack,
+                 "Outline the triangles that are seen from behind");
+    app.add_flag("--import-preview", options.importPreview,
+                 "Show what the import gave: the surface in red, the normals of the corners in white");
+    app.add_flag("--immediate", options.immediate, "Draw without buffer objects");
     app.add_option("--gizmo", words.gizmo, "Draw handles over the model: move, rotate or scale")
         ->check(given)
         ->type_name("MODE");

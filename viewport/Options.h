@@ -10,6 +10,7 @@
 namespace vellum::viewport {
 
 enum class Shading { box, wireframe, faceted, smooth };
+enum class Normals { none, vertex, face };
 enum class Gizmo { none, move, rotate, scale };
 
 /// A pixel of the picture, counted from its upper left corner.
@@ -28,6 +29,14 @@ struct Options {
     int width = 1280;                ///< pixels, 1 to largestSize
     int height = 720;                ///< pixels, 1 to largestSize
     Shading shading = Shading::smooth;
+    Normals normals = Normals::none;
+    bool edges = false;
+    bool edgesBlend = false;  ///< not together with `edges`
+    bool connectivity = false;
+    bool wireframeBack = false;  ///< triangles seen from behind are outlines
+    bool importPreview = false;  ///< what the import gave, in place of every other way to show a model
+    bool immediate = false;      ///< no buffer objects, even if the driver has them
+    std::string texture;         ///< a picture file for all models; empty: the textures of their materials
     Gizmo gizmo = Gizmo::none;
     View view = View::perspective;
     std::optional<Pixel> pick;  ///< inside the picture

@@ -6,20 +6,6 @@ namespace vellum::viewport {
 
 namespace {
 
-template <class To, class From, class Convert>
-Array<To> convertAll(std::vector<From> const& from, Convert const& convert) {
-    Array<To> to;
-    to.reserve(static_cast<unsigned int>(from.size()), false);
-    to.setSize(static_cast<unsigned int>(from.size()));
-    std::transform(from.begin(), from.end(), to.begin(), convert);
-    return to;
-}
-
-template <class T>
-Array<T> copyAll(std::vector<T> const& from) {
-    return convertAll<T>(from, [](T const& value) { return value; });
-}
-
 Box3<double> unite(Box3<double> const& a, Box3<double> const& b) {
     return {{std::min(a.min.x, b.min.x), std::min(a.min.y, b.min.y), std::min(a.min.z, b.min.z)},
             {std::max(a.max.x, b.max.x), std::max(a.max.y, b.max.y), std::max(a.max.z, b.max.z)}};
@@ -27,7 +13,8 @@ Box3<double> unite(Box3<double> const& a, Box3<double> const& b) {
 
 }  // namespace
 
-Scene::Scene(std::vector<MeshData> const& meshes) : _box{{0, 0, 0}, {0, 0, 0}} {
+Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const> const& texture)
+    : _box{{0, 0, 0}, {0, 0, 0}} {
     for (std::size_t i = 0; i < meshes.size(); ++i) {
         _box = i == 0 ? meshes[i].box() : unite(_box, meshes[i].box());
     }
@@ -39,12 +26,12 @@ Scene::Scene(std::vector<MeshData> const& meshes) : _box{{0, 0, 0}, {0, 0, 0}} {
 
     for (MeshData const& mesh : meshes) {
         Box3<double> const box = mesh.box();
-        _models.push_back({mesh.name,
-                           convertAll<Vector3<double>>(mesh.positions, place),
-                           copyAll(mesh.triangles),
-                           copyAll(mesh.normals),
-                           copyAll(mesh.colours),
-                           {place(box.min), place(box.max)}});
+        Array<Vector3<double>> vertices;
+        vertices.reserve(static_cast<unsigned int>(mesh.positions.size()), false);
+        vertices.setSize(static_cast<unsigned int>(mesh.positions.size()));
+        std::transform(mesh.positions.begin(), mesh.positions.end(), vertices.begin(), place);
+        _models.push_back(
+            {mesh.name, vertices, makeParts(mesh, place, texture), {place(box.min), place(box.max)}});
     }
     _box = {place(_box.min), place(_box.max)};
     _origin = place({0, 0, 0});

@@ -2,23 +2,21 @@
 
 #include "foundation/basic/Array.h"
 #include "foundation/geometry/Box3.h"
-#include "foundation/geometry/Color4.h"
-#include "foundation/geometry/Tuple3.h"
 #include "foundation/geometry/Vector3.h"
 #include "viewport/MeshData.h"
+#include "viewport/ModelParts.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace vellum::viewport {
 
-/// A mesh in the frame of the scene, in the arrays that the render layer draws.
+/// A mesh in the frame of the scene.
 struct Model {
     std::string name;
     Array<Vector3<double>> vertices;
-    Array<Tuple3<unsigned int>> triangles;
-    Array<Vector3<float>> normals;  // one per vertex
-    Array<Color4<float>> colours;   // one per vertex
+    std::vector<ModelPart> parts;
     Box3<double> box;
 };
 
@@ -33,7 +31,9 @@ public:
     /// sides of the origin; this leaves room for a ground around the models, and uses the depth buffer well.
     static constexpr double radius = 250;
 
-    explicit Scene(std::vector<MeshData> const& meshes);
+    /// \param texture put on all models in place of their own textures, unless null.
+    explicit Scene(std::vector<MeshData> const& meshes,
+                   std::shared_ptr<VL_Image const> const& texture = nullptr);
 
     std::vector<Model> const& models() const { return _models; }
     Box3<double> const& box() const { return _box; }  ///< around all models; centred at the origin

@@ -33,17 +33,6 @@ struct SamePosition {
     }
 };
 
-/// For each vertex the first vertex that has its position.
-std::vector<unsigned int> weld(std::vector<Position> const& positions) {
-    std::unordered_map<Position, unsigned int, PositionHash, SamePosition> firstAt;
-    firstAt.reserve(positions.size());
-    std::vector<unsigned int> first(positions.size());
-    for (std::size_t i = 0; i < positions.size(); ++i) {
-        first[i] = firstAt.emplace(positions[i], static_cast<unsigned int>(i)).first->second;
-    }
-    return first;
-}
-
 /// The largest distance of a coordinate from 0; 1 where all are 0.
 double largestCoordinate(std::vector<Position> const& positions) {
     double largest = 0;
@@ -61,9 +50,19 @@ double angleBetween(Position const& a, Position const& b) {
 
 }  // namespace
 
+std::vector<unsigned int> firstAtSamePosition(std::vector<Vector3<double>> const& positions) {
+    std::unordered_map<Position, unsigned int, PositionHash, SamePosition> firstAt;
+    firstAt.reserve(positions.size());
+    std::vector<unsigned int> first(positions.size());
+    for (std::size_t i = 0; i < positions.size(); ++i) {
+        first[i] = firstAt.emplace(positions[i], static_cast<unsigned int>(i)).first->second;
+    }
+    return first;
+}
+
 std::vector<Vector3<float>> smoothVertexNormals(std::vector<Vector3<double>> const& positions,
                                                 std::vector<MeshData::Triangle> const& triangles) {
-    std::vector<unsigned int> const first = weld(positions);
+    std::vector<unsigned int> const first = firstAtSamePosition(positions);
     // Cross products of very large or very small coordinates would leave the range of a double.
     double const scale = 1 / largestCoordinate(positions);
 

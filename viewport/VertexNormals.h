@@ -6,6 +6,9 @@
 
 namespace vellum::viewport {
 
+/// For each vertex the first vertex that has exactly its position.
+std::vector<unsigned int> firstAtSamePosition(std::vector<Vector3<double>> const& positions);
+
 /// Smooth vertex normals: each is the sum of the normals of the triangles around the vertex, weighted by the angle
 /// that the triangle has there, so that the result does not depend on how a surface was cut into triangles.
 ///

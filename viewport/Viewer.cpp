@@ -1,5 +1,7 @@
 #include "viewport/Viewer.h"
 
+#include "viewport/Lit.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -30,10 +32,6 @@ constexpr Color4<float> backgroundTop{0.235F, 0.275F, 0.335F, 1};
 constexpr Color4<float> backgroundBottom{0.085F, 0.098F, 0.122F, 1};
 constexpr Color4<float> gizmoCentre{0.86F, 0.87F, 0.90F, 1};
 constexpr Color4<float> letters{0.86F, 0.88F, 0.92F, 1};
-constexpr Color4<float> hiddenLines{0.62F, 0.70F, 0.82F, 0.16F};
-constexpr Color4<float> frontLines{0.80F, 0.87F, 0.97F, 0.90F};
-constexpr Color4<float> boxEdges{0.97F, 0.78F, 0.38F, 1};
-constexpr float boxFaceAlpha = 0.20F;
 
 // == Picking names ==
 
@@ -76,26 +74,6 @@ char const* gizmoWord(Gizmo const& gizmo) {
     return "";
 }
 
-Color4<float> meanColour(Color4<float> const& a, Color4<float> const& b, Color4<float> const& c) {
-    return {(a.r + b.r + c.r) / 3, (a.g + b.g + c.g) / 3, (a.b + b.b + c.b) / 3, 1};
-}
-
-Color4<float> meanColour(Model const& model) {
-    double sums[3] = {0, 0, 0};
-    for (Color4<float> const& colour : model.colours) {
-        sums[0] += colour.r;
-        sums[1] += colour.g;
-        sums[2] += colour.b;
-    }
-    double const count = std::max(1U, model.colours.size());
-    return {static_cast<float>(sums[0] / count), static_cast<float>(sums[1] / count),
-            static_cast<float>(sums[2] / count), 1};
-}
-
-Box3<float> toFloat(Box3<double> const& box) {
-    return {convert<float>(box.min), convert<float>(box.max)};
-}
-
 void setLight(GLenum const& light, Point const& direction, std::array<float, 3> const& diffuse,
               float const& specular) {
     float const position[4] = {static_cast<float>(direction.x), static_cast<float>(direction.y),
@@ -120,42 +98,6 @@ void placeLights(ScreenAxes const& screen, float const& specular) {
     // Files are not to be relied on for the order of corners; a face is lit on the side that is seen.
     glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, GL_TRUE);
 }
-
-/// Lighting by both lights with the current colour as material, while it lives.
-class Lit {
-public:
-    enum class Finish {
-        glossy,
-        dull,   // for facets, which a highlight would fill whole
-        bright  // for handles, whose colours must be told apart on all sides
-    };
-
-    Lit(Core_RL& layer, Finish const& finish) : _layer(layer) {
-        float const specular = finish == Finish::glossy ? 0.17F : 0.0F;
-        float const ambient = finish == Finish::bright ? 0.62F : 0.23F;
-        float const shine[4] = {specular, specular, specular, 1};
-        float const everywhere[4] = {ambient, ambient, ambient * 1.1F, 1};
-        glLightModelfv(GL_LIGHT_MODEL_AMBIENT, everywhere);
-        glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, shine);
-        glMaterialf(GL_FRONT_AND_BACK, GL_SHININESS, 42);
-        glColorMaterial(GL_FRONT_AND_BACK, GL_AMBIENT_AND_DIFFUSE);
-        _layer.enableColorMaterial();
-        _layer.enableLight_0();
-        _layer.enableLight_1();
-        _layer.enableLighting();
-    }
-    ~Lit() {
-        _layer.disableLighting();
-        _layer.disableLight_1();
-        _layer.disableLight_0();
-        _layer.disableColorMaterial();
-    }
-    Lit(Lit const&) = delete;
-    Lit& operator=(Lit const&) = delete;
-
-private:
-    Core_RL& _layer;
-};
 
 /// One hit of GL's selection.
 struct Hit {
@@ -234,7 +176,10 @@ Tiling Tiling::of(int const& pictureWidth, int const& pictureHeight) {
 // == Viewer ==
 
 Viewer::Viewer(Core_RL& layer, Scene const& scene, Options const& options)
-    : _layer(layer), _scene(scene), _options(options) {
+    : _layer(layer), _scene(scene), _options(options), _textures(layer) {
+    for (Model const& model : scene.models()) {
+        _models.emplace_back(layer, model, options, _textures);
+    }
     _placeCamera();
     _layer.setCamera(&_camera);
     _groundSegments = _ground().segments();
@@ -290,7 +235,7 @@ std::string Viewer::pick(Pixel const& pixel) {
         if (_options.shading == Shading::box) {
             _layer.render(model.box, false);
         } else {
-            _layer.render(model.vertices, model.triangles);
+            _models[i].drawShape();
         }
     }
     _drawGizmo(true);
@@ -487,95 +432,9 @@ void Viewer::_drawGround() const {
 }
 
 void Viewer::_drawModels() {
-    for (Model const& model : _scene.models()) {
-        switch (_options.shading) {
-        case Shading::smooth:
-            _drawSmooth(model);
-            break;
-        case Shading::faceted:
-            _drawFaceted(model);
-            break;
-        case Shading::wireframe:
-            _drawWireframe(model);
-            break;
-        case Shading::box:
-            _drawBox(model);
-            break;
-        }
+    for (ModelRenderer& model : _models) {
+        model.draw(_lineScale);
     }
-}
-
-void Viewer::_drawSmooth(Model const& model) const {
-    Lit const lit(_layer, Lit::Finish::glossy);
-    _layer.render(model.vertices, model.triangles, model.normals, model.colours);
-}
-
-void Viewer::_drawFaceted(Model const& model) const {
-    Lit const lit(_layer, Lit::Finish::dull);
-    _layer.pushColor(_layer.currentColor());
-    _layer.begin(Primitive::TRIANGLES);
-    for (Tuple3<unsigned int> const& t : model.triangles) {
-        _layer.setColor(meanColour(model.colours[t.e0], model.colours[t.e1], model.colours[t.e2]));
-        _layer.renderTriangleOptimized(convert<float>(model.vertices[t.e0]),
-                                       convert<float>(model.vertices[t.e1]),
-                                       convert<float>(model.vertices[t.e2]));
-    }
-    _layer.end();
-    _layer.popColor(1);
-}
-
-void Viewer::_drawWireframe(Model const& model) const {
-    // First the depth of the surface alone, moved away a little; then all lines faintly, and those in front strongly.
-    glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
-    glEnable(GL_POLYGON_OFFSET_FILL);
-    glPolygonOffset(1, 1);
-    _layer.render(model.vertices, model.triangles);
-    glDisable(GL_POLYGON_OFFSET_FILL);
-    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
-
-    _layer.pushBlending(BLENDING_ALPHA);
-    _layer.pushFillingFront(FILLING_LINES);
-    _layer.pushFillingBack(FILLING_LINES);
-    _pushLineWidth(1.0);
-    struct Step {
-        DepthtTestMode depth;
-        Color4<float> colour;
-    };
-    for (Step const& step : {Step{depthIgnored, hiddenLines}, Step{depthTestedOnly, frontLines}}) {
-        _layer.pushDepthTest(step.depth);
-        _layer.pushColor(step.colour);
-        _layer.render(model.vertices, model.triangles);
-        _layer.popColor(1);
-        _layer.popDepthTest();
-    }
-    _layer.popLineWidth();
-    _layer.popFillingBack();
-    _layer.popFillingFront();
-    _layer.popBlending();
-}
-
-void Viewer::_drawBox(Model const& model) const {
-    Box3<float> const box = toFloat(model.box);
-    Color4<float> faces = meanColour(model);
-    faces.a = boxFaceAlpha;
-    _layer.pushBlending(BLENDING_ALPHA);
-    _layer.pushDepthTest(depthTestedOnly);
-    _layer.pushColor(faces);
-    _layer.render(box, false);
-    _layer.popColor(1);
-    _layer.popDepthTest();
-    _layer.popBlending();
-
-    // The outlines of the filled box: its wire drawing leaves edges out.
-    _layer.pushFillingFront(FILLING_LINES);
-    _layer.pushFillingBack(FILLING_LINES);
-    _pushLineWidth(1.8);
-    _layer.pushColor(boxEdges);
-    _layer.render(box, false);
-    _layer.popColor(1);
-    _layer.popLineWidth();
-    _layer.popFillingBack();
-    _layer.popFillingFront();
 }
 
 void Viewer::_drawGizmo(bool const& isSelecting) const {

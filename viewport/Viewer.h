@@ -3,6 +3,7 @@
 #include "Camera_RL_GL.h"
 #include "foundation/raster/Core_RL.h"
 #include "viewport/GroundGrid.h"
+#include "viewport/ModelRenderer.h"
 #include "viewport/OffscreenContext.h"
 #include "viewport/Options.h"
 #include "viewport/Picture.h"
@@ -43,7 +44,8 @@ struct Tiling {
 ///     Viewer viewer(*layer, scene, options);
 ///     Result<Picture> const picture = viewer.draw(context, Tiling::of(options.width, options.height));
 ///
-/// It expects the state of a fresh context and leaves it changed. Scene and layer must outlive it.
+/// It expects the state of a fresh context and leaves it changed. Scene and layer must outlive it,
+/// and the context must be current until its end.
 class Viewer {
 public:
     Viewer(Core_RL& layer, Scene const& scene, Options const& options);
@@ -75,10 +77,6 @@ private:
     GroundGrid _ground() const;
     void _drawGround() const;
     void _drawModels();
-    void _drawSmooth(Model const& model) const;
-    void _drawFaceted(Model const& model) const;
-    void _drawWireframe(Model const& model) const;
-    void _drawBox(Model const& model) const;
     void _drawGizmo(bool const& isSelecting) const;
     void _drawCornerAxes(Region const& region);
     void _drawLetter(unsigned int const& axis) const;
@@ -89,6 +87,8 @@ private:
     Scene const& _scene;
     Options const& _options;
     Camera_RL_GL _camera;
+    TextureStore _textures;
+    std::vector<ModelRenderer> _models;
     std::vector<ShadedSegment> _groundSegments;
     double _lineScale = 1;  // samples per pixel along a side
 };

@@ -6,6 +6,7 @@
 #include "viewport/Options.h"
 #include "viewport/Picture.h"
 #include "viewport/Scene.h"
+#include "viewport/Textures.h"
 #include "viewport/Viewer.h"
 
 #include <iostream>
@@ -59,10 +60,23 @@ int run(Options const& options) {
         if (!mesh.isOk()) {
             return fail(FILE_FAULT, mesh.fault().line());
         }
+        if (options.texture.empty()) {
+            for (Fault const& note : loadTextures(file, mesh.value())) {
+                std::cerr << "vl_viewport: " << note.line() << std::endl;
+            }
+        }
         meshTexts += describeMesh(file, mesh.value());
         meshes.push_back(std::move(mesh.value()));
     }
-    Scene const scene(meshes);
+    std::shared_ptr<VL_Image const> texture;
+    if (!options.texture.empty()) {
+        Result<std::shared_ptr<VL_Image const>> const picture = readTexture(options.texture);
+        if (!picture.isOk()) {
+            return fail(FILE_FAULT, picture.fault().line());
+        }
+        texture = picture.value();
+    }
+    Scene const scene(meshes, texture);
     meshes = {};
 
     OffscreenContext context(Viewer::contextSettings(options));

@@ -67,6 +67,36 @@ TEST(MeshTransfer, aMeshComesBackAsItWas) {
     }
 }
 
+TEST(MeshTransfer, materialsComeBackAsTheyWere) {
+    MeshData sent = triangle();
+    sent.materials.resize(2);
+    sent.materials[0].texture = "skin.png";
+    sent.materials[1].tint = {0.5F, 0.25F, 1, 1};
+    sent.materials[1].textureBytes = {1, 2, 3};
+    sent.triangleMaterials = {1};
+    std::vector<unsigned char> const whole = encodeMesh(sent);
+    Result<MeshData> const result = decode(whole);
+    ASSERT_TRUE(result.isOk()) << result.fault().line();
+    ASSERT_EQ(result.value().materials.size(), 2U);
+    EXPECT_EQ(result.value().triangleMaterials, std::vector<unsigned int>{1});
+    EXPECT_EQ(result.value().materials[0].texture, "skin.png");
+    EXPECT_EQ(result.value().materials[1].tint.g, 0.25F);
+    EXPECT_EQ(result.value().materials[1].textureBytes, (std::vector<unsigned char>{1, 2, 3}));
+
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        EXPECT_THAT(faultOf({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)}),
+                    testing::HasSubstr("damaged"));
+    }
+    // The lengths in the header of the last material, whose three bytes end the message.
+    for (std::size_t const& fromEnd : {std::size_t(3 + 8), std::size_t(3 + 16)}) {
+        for (std::uint64_t const& length : {std::uint64_t(4), ~std::uint64_t(0)}) {
+            EXPECT_THAT(faultOf(with(whole, whole.size() - fromEnd, length)), testing::HasSubstr("damaged"));
+        }
+    }
+    sent.triangleMaterials = {2};
+    EXPECT_THAT(faultOf(encodeMesh(sent)), testing::HasSubstr("material that does not exist"));
+}
+
 TEST(MeshTransfer, aFaultComesBackWithTheFilesName) {
     EXPECT_EQ(faultOf(encodeFault("is a teapot")), "file.obj: is a teapot");
     EXPECT_EQ(faultOf(encodeFault("")), "file.obj: ");

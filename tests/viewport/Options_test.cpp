@@ -77,6 +77,26 @@ TEST(Options, everyModeIsKnown) {
     }
 }
 
+TEST(Options, theWaysToShowAMeshAreRead) {
+    Options const plain = optionsOf({"a", "--out", "b"});
+    EXPECT_FALSE(plain.edges || plain.edgesBlend || plain.connectivity || plain.wireframeBack ||
+                 plain.importPreview || plain.immediate);
+    EXPECT_EQ(plain.normals, Normals::none);
+    EXPECT_EQ(plain.texture, "");
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--edges"}).edges);
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--edges-blend"}).edgesBlend);
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--connectivity"}).connectivity);
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--wireframe-back"}).wireframeBack);
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--import-preview"}).importPreview);
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--immediate"}).immediate);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--normals", "vertex"}).normals, Normals::vertex);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--normals", "face"}).normals, Normals::face);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--texture", "c.png"}).texture, "c.png");
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--normals", "edge"}), HasSubstr("face, vertex"));
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--texture", ""}), HasSubstr("--texture"));
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--edges", "--edges-blend"}), HasSubstr("--edges-blend"));
+}
+
 TEST(Options, theLargestAndSmallestPicturesAreTaken) {
     EXPECT_EQ(optionsOf({"a", "--out", "b", "--size", "16384x1"}).width, 16384);
     EXPECT_EQ(optionsOf({"a", "--out", "b", "--size", "1x16384"}).height, 16384);
@@ -155,8 +175,10 @@ TEST(Options, helpAndVersionAreShown) {
     EXPECT_FALSE(help.options.has_value());
     EXPECT_EQ(help.exitStatus, 0);
     EXPECT_EQ(help.error, "");
-    for (char const* const option : {"--out", "--size", "--shading", "--gizmo", "--pick", "--view", "--info",
-                                     "--import-timeout", "--import-memory", "--version"}) {
+    for (char const* const option :
+         {"--out", "--size", "--shading", "--gizmo", "--pick", "--view", "--info", "--import-timeout",
+          "--import-memory", "--version", "--edges", "--edges-blend", "--normals", "--connectivity",
+          "--texture", "--wireframe-back", "--import-preview", "--immediate"}) {
         EXPECT_THAT(help.output, HasSubstr(option));
     }
     CommandLine const version = parse({"--version"});

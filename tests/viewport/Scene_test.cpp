@@ -52,10 +52,12 @@ TEST(Scene, theRestOfAModelIsTakenOver) {
     Scene const scene({triangle(0, 1)});
     Model const& model = scene.models()[0];
     EXPECT_EQ(model.name, "some.obj");
-    EXPECT_EQ(model.triangles.size(), 1U);
-    EXPECT_EQ(model.triangles[0].e2, 2U);
-    EXPECT_EQ(model.normals[2].z, 1.0F);
-    EXPECT_EQ(model.colours[0].g, 0.5F);
+    EXPECT_EQ(model.vertices.size(), 3U);
+    ASSERT_EQ(model.parts.size(), 1U);
+    EXPECT_EQ(model.parts[0].mesh->triangleCount(), 1U);
+    EXPECT_EQ(model.parts[0].mesh->fault(), MeshFault_ns::NONE);
+    EXPECT_EQ(model.parts[0].colour.g, 0.5F);
+    EXPECT_EQ(model.parts[0].colours.size(), 0U) << "one colour is enough";
 }
 
 TEST(Scene, aModelWithoutSizeStaysFinite) {

@@ -35,6 +35,25 @@ MeshData cube(std::string const& name, Vector3<double> const& place, Color4<floa
     return mesh;
 }
 
+/// A square from -1 to 1 that shows a texture of four colours: red and green below, blue and white above.
+MeshData texturedSquare() {
+    MeshData mesh;
+    mesh.name = "square.obj";
+    mesh.positions = {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
+    mesh.triangles = {{0, 1, 2}, {0, 2, 3}};
+    mesh.normals.assign(4, {0, 0, 1});
+    mesh.colours.assign(4, {1, 1, 1, 1});
+    mesh.textureCoordinates = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
+    mesh.triangleMaterials.assign(2, 0);
+    auto const image = std::make_shared<VL_Image>();
+    image->create(2, 2, 3, 8);
+    constexpr unsigned char texels[] = {255, 0, 0, 0, 255, 0, 0, 0, 255, 255, 255, 255};
+    std::copy(std::begin(texels), std::end(texels), image->getBuffer());
+    mesh.materials.resize(1);
+    mesh.materials[0].image = image;
+    return mesh;
+}
+
 constexpr Color4<float> orange{1.0F, 0.45F, 0.0F, 1};
 
 class Viewer_gl_test : public gl_spy::GlTest {
@@ -232,4 +251,116 @@ TEST_F(Viewer_gl_test, gizmosAreDrawnOverTheModelInTheirColours) {
     unsigned char const* const y = at(picture, 56, 56 - 18);
     EXPECT_TRUE(x[0] > 150 && x[1] < 110 && x[2] > 40) << "red, not the orange below it";
     EXPECT_TRUE(y[1] > y[0] && y[1] > 120) << "green";
+}
+
+TEST_F(Viewer_gl_test, buffersAndImmediateModeGiveTheSamePicture) {
+    scene = Scene({cube("cube.obj", {0, 0, 0}, orange), texturedSquare()});
+    for (Shading const& shading : {Shading::box, Shading::wireframe, Shading::faceted, Shading::smooth}) {
+        for (int const& way : {0, 1, 2, 3, 4}) {
+            options = Options{};
+            options.width = 112;
+            options.height = 112;
+            options.shading = shading;
+            options.edges = way == 1;
+            options.edgesBlend = way == 2;
+            options.connectivity = way == 3;
+            options.wireframeBack = way == 4;
+            options.normals = way == 3 ? Normals::vertex : way == 4 ? Normals::face : Normals::none;
+            Picture const fromBuffers = draw();
+            options.immediate = true;
+            Picture const immediate = draw();
+            EXPECT_LT(compare(fromBuffers, immediate).mean, 0.02) << static_cast<int>(shading) << ' ' << way;
+        }
+    }
+    EXPECT_EQ(layer->currentLineWidth(), 1.0F) << "a push without a pop";
+}
+
+TEST_F(Viewer_gl_test, everyOverlayIsSeen) {
+    Picture const plain = draw();
+    auto const differs = [&](Options const& changed) {
+        options = changed;
+        return compare(plain, draw()).mean > 0.05;
+    };
+    Options const start = options;
+    Options changed = start;
+    EXPECT_FALSE(differs(changed));
+    changed.edgesBlend = true;
+    EXPECT_TRUE(differs(changed));
+    changed = start;
+    changed.connectivity = true;
+    EXPECT_TRUE(differs(changed));
+    changed = start;
+    changed.normals = Normals::vertex;
+    EXPECT_TRUE(differs(changed));
+    changed.normals = Normals::face;
+    EXPECT_TRUE(differs(changed));
+    changed = start;
+    changed.importPreview = true;
+    EXPECT_TRUE(differs(changed));
+}
+
+TEST_F(Viewer_gl_test, thePreviewOfAnImportIsRed) {
+    options.importPreview = true;
+    options.view = View::front;
+    Picture const picture = draw();
+    unsigned char const* const middle = at(picture, 40, 50);
+    EXPECT_GT(middle[0], 60);
+    EXPECT_LT(middle[1], 20);
+    EXPECT_EQ(pick(40, 50), "16 cube.obj");
+}
+
+TEST_F(Viewer_gl_test, edgesAreLightLinesOverTheSurface) {
+    // Seen from the front the square spans the picture from border to border of the framing; its four sides are
+    // borders, the diagonal between its triangles is not.
+    scene = Scene({texturedSquare()});
+    options.view = View::front;
+    options.edges = true;
+    Picture const with = draw();
+    options.edges = false;
+    Picture const without = draw();
+    int changed = 0;
+    for (int i = 20; i < 92; ++i) {
+        changed += std::abs(at(with, i, 56)[0] - at(without, i, 56)[0]) > 20 ? 1 : 0;
+        changed += std::abs(at(with, i, 111 - i)[0] - at(without, i, 111 - i)[0]) > 20 ? 1 : 0;
+    }
+    EXPECT_EQ(changed, 0) << "inside nothing is an edge";
+    int borders = 0;
+    for (int i = 0; i < 20; ++i) {
+        borders += std::abs(at(with, i, 40)[1] - at(without, i, 40)[1]) > 40 ? 1 : 0;
+    }
+    EXPECT_GT(borders, 0) << "the left side";
+    EXPECT_LT(borders, 5);
+}
+
+TEST_F(Viewer_gl_test, texturesAreSampledWhereTheCoordinatesSay) {
+    scene = Scene({texturedSquare()});
+    options.view = View::front;
+    for (bool const& immediate : {false, true}) {
+        for (Shading const& shading : {Shading::smooth, Shading::faceted}) {
+            options.immediate = immediate;
+            options.shading = shading;
+            Picture const picture = draw();
+            unsigned char const* const lowerLeft = at(picture, 36, 76);
+            unsigned char const* const lowerRight = at(picture, 76, 76);
+            unsigned char const* const upperLeft = at(picture, 36, 36);
+            unsigned char const* const upperRight = at(picture, 76, 36);
+            EXPECT_TRUE(lowerLeft[0] > 2 * lowerLeft[1] && lowerLeft[0] > 2 * lowerLeft[2]) << "red";
+            EXPECT_TRUE(lowerRight[1] > 2 * lowerRight[0] && lowerRight[1] > 2 * lowerRight[2]) << "green";
+            EXPECT_TRUE(upperLeft[2] > 2 * upperLeft[0] && upperLeft[2] > 2 * upperLeft[1]) << "blue";
+            EXPECT_TRUE(upperRight[0] > 100 && upperRight[1] > 100 && upperRight[2] > 100) << "white";
+        }
+    }
+}
+
+TEST_F(Viewer_gl_test, trianglesSeenFromBehindBecomeOutlines) {
+    scene = Scene({texturedSquare()});
+    // The white quarter is at the upper left from behind.
+    options.view = View::back;
+    Picture const solid = draw();
+    options.wireframeBack = true;
+    Picture const outlined = draw();
+    unsigned char const* const inside = at(outlined, 36, 50);
+    EXPECT_GT(at(solid, 36, 50)[0] + at(solid, 36, 50)[1] + at(solid, 36, 50)[2],
+              inside[0] + inside[1] + inside[2] + 60)
+        << "the background is seen through it";
 }

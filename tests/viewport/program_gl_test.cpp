@@ -118,6 +118,53 @@ TEST_F(program_gl_test, pickingAndDrawingGoTogether) {
     EXPECT_TRUE(Picture::loadPng(folder.file("out.png")).isOk());
 }
 
+TEST_F(program_gl_test, texturesAreFoundBesideTheModelOrNoted) {
+    std::string const mesh =
+        folder.write("square.obj",
+                     "mtllib square.mtl\nv 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
+                     "usemtl skin\nf 1/1 2/2 3/3 4/4\n");
+    // The name comes from another system.
+    folder.write("square.mtl", "newmtl skin\nKd 1 1 1\nmap_Kd C:\\pictures\\Skin.PNG\n");
+    std::vector<std::string> const arguments{mesh,     "--out", folder.file("out.png"), "--size", "64x64",
+                                             "--view", "front"};
+    Outcome const without = run(arguments);
+    EXPECT_EQ(without.status, 0);
+    EXPECT_THAT(without.error, HasSubstr("Skin.PNG' is not beside the file; drawn without it"));
+    EXPECT_EQ(std::count(without.error.begin(), without.error.end(), '\n'), 1) << without.error;
+
+    Picture skin;
+    skin.width = 2;
+    skin.height = 2;
+    for (int i = 0; i < 4; ++i) {
+        skin.pixels.insert(skin.pixels.end(), {20, 220, 20, 255});
+    }
+    ASSERT_FALSE(skin.savePng(folder.file("skin.png")));
+    for (std::vector<std::string> const& more :
+         {std::vector<std::string>{}, {"--immediate"}, {"--texture", folder.file("skin.png")}}) {
+        std::vector<std::string> words = arguments;
+        words.insert(words.end(), more.begin(), more.end());
+        Outcome const outcome = run(words);
+        EXPECT_EQ(outcome.status, 0);
+        EXPECT_EQ(outcome.error, "");
+        Result<Picture> const picture = Picture::loadPng(folder.file("out.png"));
+        ASSERT_TRUE(picture.isOk());
+        unsigned char const* const middle = picture.value().pixels.data() + std::size_t{4} * (32 * 64 + 32);
+        EXPECT_GT(middle[1], 3 * middle[0]) << "green";
+    }
+}
+
+TEST_F(program_gl_test, aTextureThatCannotBeReadIsAFault) {
+    std::string const mesh = folder.write("cube.off", mesh_texts::cubeOff);
+    std::string const noise = folder.write("noise.png", mesh_texts::noise(500));
+    for (std::string const& texture : {folder.file("gone.png"), noise, mesh, std::string("/dev/null")}) {
+        Outcome const outcome = run({mesh, "--texture", texture, "--out", folder.file("out.png")});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_THAT(outcome.error, StartsWith("vl_viewport: " + texture + ": "));
+        EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << outcome.error;
+        EXPECT_THAT(folder.names(), ElementsAre("cube.off", "noise.png"));
+    }
+}
+
 TEST_F(program_gl_test, infoTellsWhatIsThere) {
     std::string const mesh = folder.write("cube.off", mesh_texts::cubeOff);
     Outcome const outcome = run({mesh, "--info"});
@@ -202,6 +249,7 @@ TEST_F(program_gl_test, commandLinesThatMakeNoSenseAreUsageErrors) {
     expectUsageError({"--out", out});
     expectUsageError({mesh, "--out", out, "--teapot"});
     expectUsageError({mesh, "--out", out, "--shading", "shiny"});
+    expectUsageError({mesh, "--out", out, "--normals", "edge"});
     expectUsageError({mesh, "--out", out, "--gizmo", "bend"});
     expectUsageError({mesh, "--out", out, "--view", "below"});
     for (char const* const size : {"0x0", "0x100", "16385x1", "99999999999x99999999999", "-1x5", "many"}) {
