@@ -332,7 +332,7 @@ private:
 
 std::string readWholeFile(std::string const& path) {
     std::ifstream stream(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
 std::optional<std::string> declaredCountsFault(std::string const& path, std::string const& extension) {

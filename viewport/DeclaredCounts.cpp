@@ -329,7 +329,7 @@ std::optional<std::string> offFault(std::string_view const& bytes) {
         if (line.empty()) {
             return cutOffMessage(*faceCount, "face", i);
         }
-        if (std::optional<std::string> const fault = offFaceFault(line, i, *vertexCount)) {
+        if (std::optional<std::string> fault = offFaceFault(line, i, *vertexCount)) {
             return fault;
         }
     }

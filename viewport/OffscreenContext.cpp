@@ -184,7 +184,7 @@ std::string OffscreenContext::State::open(EGLDisplay candidate, Settings const& 
         return noDriver;
     display = candidate;
 
-    std::string const lack = _create(settings);
+    std::string lack = _create(settings);
     if (!lack.empty())
         close();
     return lack;
@@ -297,7 +297,7 @@ OffscreenContext::OffscreenContext(Settings const& settings) : _settings(setting
     std::string reasons;
     for (EGLDisplay const display : candidateDisplays()) {
         auto state = std::make_unique<State>();
-        std::string const lack = state->open(display, settings);
+        std::string lack = state->open(display, settings);
         if (lack.empty()) {
             _state = std::move(state);
             return;
