@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vellum::viewport {
+
+struct PlyScalarType {
+    std::size_t size = 0;  // bytes
+    bool isInteger = false;
+    bool isSigned = false;
+};
+
+struct PlyProperty {
+    std::string name;
+    bool isList = false;
+    PlyScalarType length;  // of a list
+    PlyScalarType value;
+};
+
+struct PlyElement {
+    std::string name;
+    std::uint64_t count = 0;  // as declared: nothing says that the file holds as many
+    std::vector<PlyProperty> properties;
+};
+
+enum class PlyFormat { text, littleEndian, bigEndian };
+
+/// What the first lines of a PLY file declare.
+struct PlyHeader {
+    PlyFormat format = PlyFormat::text;
+    std::vector<PlyElement> elements;  // in the order of the body
+    std::string_view body;             // all that follows the header; lives as long as the file's bytes
+};
+
+/// Reads the header; nothing where the bytes are not PLY or the header is not whole or not understood.
+std::optional<PlyHeader> readPlyHeader(std::string_view const& file);
+
+}  // namespace vellum::viewport

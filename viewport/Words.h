@@ -1,0 +1,45 @@
+#pragma once
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+/// Words and lines of text files, taken off the front of a text.
+namespace vellum::viewport {
+
+inline constexpr std::string_view blanks = " \t\r\n\v\f";
+
+/// Takes the next word off the front of the text; empty at its end.
+inline std::string_view takeWord(std::string_view& text) {
+    std::size_t const first = text.find_first_not_of(blanks);
+    if (first == std::string_view::npos) {
+        text = {};
+        return {};
+    }
+    std::size_t const end = std::min(text.find_first_of(blanks, first), text.size());
+    std::string_view const word = text.substr(first, end - first);
+    text.remove_prefix(end);
+    return word;
+}
+
+/// Takes the next line off the front of the text, without its end.
+inline std::string_view takeLine(std::string_view& text) {
+    std::size_t const end = std::min(text.find('\n'), text.size());
+    std::string_view const line = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    return line;
+}
+
+/// The word as a number of things: decimal digits and nothing else, below 2^64.
+inline std::optional<std::uint64_t> toCount(std::string_view const& word) {
+    std::uint64_t value = 0;
+    auto const [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
+    if (error != std::errc() || end != word.data() + word.size()) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+}  // namespace vellum::viewport
