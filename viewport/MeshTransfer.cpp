@@ -78,7 +78,7 @@ public:
     }
 
     std::string takeText(std::size_t const& length) {
-        std::string const text(reinterpret_cast<char const*>(_next), length);
+        std::string text(reinterpret_cast<char const*>(_next), length);
         _next += length;
         return text;
     }

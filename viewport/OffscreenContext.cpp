@@ -20,8 +20,9 @@ bool hasExtension(char const* list, char const* name) {
     for (char const* at = list; at && (at = std::strstr(at, name)); at += length) {
         bool const starts = at == list || at[-1] == ' ';
         bool const ends = at[length] == ' ' || at[length] == '\0';
-        if (starts && ends)
+        if (starts && ends) {
             return true;
+        }
     }
     return false;
 }
@@ -43,16 +44,18 @@ class DisplayUsers {
 public:
     static bool enter(EGLDisplay display) {
         std::lock_guard<std::mutex> const lock(_mutex());
-        if (!eglInitialize(display, nullptr, nullptr))
+        if (!eglInitialize(display, nullptr, nullptr)) {
             return false;
+        }
         ++_counts()[display];
         return true;
     }
 
     static void leave(EGLDisplay display) {
         std::lock_guard<std::mutex> const lock(_mutex());
-        if (--_counts()[display] == 0)
+        if (--_counts()[display] == 0) {
             eglTerminate(display);
+        }
     }
 
 private:
@@ -72,14 +75,16 @@ private:
 std::vector<EGLDisplay> candidateDisplays() {
     std::vector<EGLDisplay> displays;
     auto const add = [&displays](EGLDisplay display) {
-        if (display != EGL_NO_DISPLAY)
+        if (display != EGL_NO_DISPLAY) {
             displays.push_back(display);
+        }
     };
 
     char const* const extensions = eglQueryString(EGL_NO_DISPLAY, EGL_EXTENSIONS);
     auto const getPlatformDisplay = fetch<PFNEGLGETPLATFORMDISPLAYEXTPROC>("eglGetPlatformDisplayEXT");
-    if (getPlatformDisplay && hasExtension(extensions, "EGL_MESA_platform_surfaceless"))
+    if (getPlatformDisplay && hasExtension(extensions, "EGL_MESA_platform_surfaceless")) {
         add(getPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr));
+    }
 
     auto const queryDevices = fetch<PFNEGLQUERYDEVICESEXTPROC>("eglQueryDevicesEXT");
     bool const enumerates = hasExtension(extensions, "EGL_EXT_device_enumeration") ||
@@ -89,8 +94,9 @@ std::vector<EGLDisplay> candidateDisplays() {
         EGLDeviceEXT devices[16];
         EGLint count = 0;
         if (queryDevices(16, devices, &count)) {
-            for (EGLint i = 0; i < count; ++i)
+            for (EGLint i = 0; i < count; ++i) {
                 add(getPlatformDisplay(EGL_PLATFORM_DEVICE_EXT, devices[i], nullptr));
+            }
         }
     }
 
@@ -119,16 +125,18 @@ EGLConfig findConfig(EGLDisplay display, int samples) {
     // clang-format on
     EGLConfig configs[64];
     EGLint count = 0;
-    if (!eglChooseConfig(display, wanted, configs, 64, &count))
+    if (!eglChooseConfig(display, wanted, configs, 64, &count)) {
         return nullptr;
+    }
 
     // EGL sorts deeper colours first (10 or 16 bits), which would change every picture.
     auto const isExact = [display](EGLConfig config) {
         for (EGLint const channel : {EGL_RED_SIZE, EGL_GREEN_SIZE, EGL_BLUE_SIZE, EGL_ALPHA_SIZE}) {
             EGLint bits = 0;
             eglGetConfigAttrib(display, config, channel, &bits);
-            if (bits != 8)
+            if (bits != 8) {
                 return false;
+            }
         }
         return true;
     };
@@ -140,8 +148,9 @@ EGLConfig findConfig(EGLDisplay display, int samples) {
 /// The sample counts to try, best first, ending with none.
 std::vector<int> candidateSamples(int wanted) {
     std::vector<int> candidates;
-    for (int samples = std::min(wanted, 64); samples > 1; samples /= 2)
+    for (int samples = std::min(wanted, 64); samples > 1; samples /= 2) {
         candidates.push_back(samples);
+    }
     candidates.push_back(0);
     return candidates;
 }
@@ -180,63 +189,76 @@ private:
 };
 
 std::string OffscreenContext::State::open(EGLDisplay candidate, Settings const& settings) {
-    if (!DisplayUsers::enter(candidate))
+    if (!DisplayUsers::enter(candidate)) {
         return noDriver;
+    }
     display = candidate;
 
     std::string lack = _create(settings);
-    if (!lack.empty())
+    if (!lack.empty()) {
         close();
+    }
     return lack;
 }
 
 std::string OffscreenContext::State::_create(Settings const& settings) {
-    if (!eglBindAPI(EGL_OPENGL_API))
+    if (!eglBindAPI(EGL_OPENGL_API)) {
         return "the driver has no desktop OpenGL";
+    }
 
     for (int const candidate : candidateSamples(settings.samples)) {
         config = findConfig(display, candidate);
-        if (config)
+        if (config) {
             break;
+        }
     }
-    if (!config)
+    if (!config) {
         return "the driver has no off-screen buffer with 8 bits per colour, 24 bits of depth and 8 of "
                "stencil";
+    }
     eglGetConfigAttrib(display, config, EGL_SAMPLES, &samples);
 
     // Without attributes the driver gives its newest compatibility profile. A driver that knows no debug
     // context may still report errors in a plain one.
     EGLint const debug[] = {EGL_CONTEXT_OPENGL_DEBUG, EGL_TRUE, EGL_NONE};
-    if (settings.debug)
+    if (settings.debug) {
         context = eglCreateContext(display, config, EGL_NO_CONTEXT, debug);
-    if (context == EGL_NO_CONTEXT)
+    }
+    if (context == EGL_NO_CONTEXT) {
         context = eglCreateContext(display, config, EGL_NO_CONTEXT, nullptr);
-    if (context == EGL_NO_CONTEXT)
+    }
+    if (context == EGL_NO_CONTEXT) {
         return "the driver makes no OpenGL context";
+    }
 
     std::string const size = std::to_string(settings.width) + " x " + std::to_string(settings.height);
     EGLint const extent[] = {EGL_WIDTH, settings.width, EGL_HEIGHT, settings.height, EGL_NONE};
     surface = eglCreatePbufferSurface(display, config, extent);
-    if (surface == EGL_NO_SURFACE)
+    if (surface == EGL_NO_SURFACE) {
         return "the driver makes no off-screen buffer of " + size + " pixels";
-    if (!makeCurrent())
+    }
+    if (!makeCurrent()) {
         return "the driver does not make the OpenGL context current";
+    }
 
     auto const getString = fetch<decltype(&glGetString)>("glGetString");
     auto const getIntegerv = fetch<decltype(&glGetIntegerv)>("glGetIntegerv");
     auto const clear = fetch<decltype(&glClear)>("glClear");
-    if (!getString || !getIntegerv || !clear || !getString(GL_VERSION))
+    if (!getString || !getIntegerv || !clear || !getString(GL_VERSION)) {
         return "the driver's OpenGL does not answer";
+    }
 
     // Some drivers make a buffer of any size and then draw into a part of it.
     GLint largest[2] = {0, 0};
     getIntegerv(GL_MAX_VIEWPORT_DIMS, largest);
-    if (settings.width > largest[0] || settings.height > largest[1])
+    if (settings.width > largest[0] || settings.height > largest[1]) {
         return "the driver draws no picture of " + size + " pixels, the largest is " +
                std::to_string(largest[0]) + " x " + std::to_string(largest[1]);
+    }
 
-    if (settings.debug)
+    if (settings.debug) {
         _listenToErrors();
+    }
     clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
     return "";
 }
@@ -246,8 +268,9 @@ void OffscreenContext::State::_listenToErrors() {
     char const* const extensions = reinterpret_cast<char const*>(getString(GL_EXTENSIONS));
     auto const enable = fetch<decltype(&glEnable)>("glEnable");
     auto const setCallback = fetch<PFNGLDEBUGMESSAGECALLBACKPROC>("glDebugMessageCallback");
-    if (!hasExtension(extensions, "GL_KHR_debug") || !enable || !setCallback)
+    if (!hasExtension(extensions, "GL_KHR_debug") || !enable || !setCallback) {
         return;
+    }
 
     enable(GL_DEBUG_OUTPUT);
     enable(GL_DEBUG_OUTPUT_SYNCHRONOUS);  // the callback runs inside the faulty call, in its thread
@@ -258,8 +281,9 @@ void OffscreenContext::State::_listenToErrors() {
 void GLAPIENTRY OffscreenContext::State::_onMessage(GLenum source, GLenum type, GLuint, GLenum, GLsizei,
                                                     GLchar const* text, void const* state) {
     // A shader that does not compile is reported as an error too, with another source; GL itself raises none.
-    if (source != GL_DEBUG_SOURCE_API || type != GL_DEBUG_TYPE_ERROR)
+    if (source != GL_DEBUG_SOURCE_API || type != GL_DEBUG_TYPE_ERROR) {
         return;
+    }
     const_cast<State*>(static_cast<State const*>(state))->errors.emplace_back(text);
 }
 
@@ -268,16 +292,19 @@ bool OffscreenContext::State::makeCurrent() {
 }
 
 void OffscreenContext::State::close() {
-    if (display == EGL_NO_DISPLAY)
+    if (display == EGL_NO_DISPLAY) {
         return;
+    }
     if (context != EGL_NO_CONTEXT) {
         eglBindAPI(EGL_OPENGL_API);
-        if (eglGetCurrentContext() == context)
+        if (eglGetCurrentContext() == context) {
             eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+        }
         eglDestroyContext(display, context);
     }
-    if (surface != EGL_NO_SURFACE)
+    if (surface != EGL_NO_SURFACE) {
         eglDestroySurface(display, surface);
+    }
     DisplayUsers::leave(display);
 
     display = EGL_NO_DISPLAY;
@@ -303,8 +330,9 @@ OffscreenContext::OffscreenContext(Settings const& settings) : _settings(setting
             return;
         }
         // As a rule several displays lack the same thing; one that has no driver at all tells nothing new.
-        if (lack != noDriver && reasons.find(lack) == std::string::npos)
+        if (lack != noDriver && reasons.find(lack) == std::string::npos) {
             reasons += (reasons.empty() ? "" : "; ") + lack;
+        }
     }
     _error = "No OpenGL context: " + (reasons.empty() ? noDriver : reasons) + ".";
 }
@@ -338,8 +366,9 @@ bool OffscreenContext::makeCurrent() {
 std::vector<unsigned char> OffscreenContext::readPixels() const {
     std::size_t const rowBytes = std::size_t(_settings.width) * 4;
     std::vector<unsigned char> pixels(rowBytes * std::size_t(_settings.height));
-    if (!_state)
+    if (!_state) {
         return pixels;
+    }
 
     auto const pushAttrib = fetch<decltype(&glPushAttrib)>("glPushAttrib");
     auto const popAttrib = fetch<decltype(&glPopAttrib)>("glPopAttrib");
@@ -352,20 +381,24 @@ std::vector<unsigned char> OffscreenContext::readPixels() const {
     pushAttrib(GL_PIXEL_MODE_BIT);
     pushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);
     pixelStorei(GL_PACK_ALIGNMENT, 1);
-    for (GLenum const skip : {GL_PACK_ROW_LENGTH, GL_PACK_SKIP_ROWS, GL_PACK_SKIP_PIXELS})
+    for (GLenum const skip : {GL_PACK_ROW_LENGTH, GL_PACK_SKIP_ROWS, GL_PACK_SKIP_PIXELS}) {
         pixelStorei(skip, 0);
-    for (GLenum const scale : {GL_RED_SCALE, GL_GREEN_SCALE, GL_BLUE_SCALE, GL_ALPHA_SCALE})
+    }
+    for (GLenum const scale : {GL_RED_SCALE, GL_GREEN_SCALE, GL_BLUE_SCALE, GL_ALPHA_SCALE}) {
         pixelTransferf(scale, 1);
-    for (GLenum const bias : {GL_RED_BIAS, GL_GREEN_BIAS, GL_BLUE_BIAS, GL_ALPHA_BIAS})
+    }
+    for (GLenum const bias : {GL_RED_BIAS, GL_GREEN_BIAS, GL_BLUE_BIAS, GL_ALPHA_BIAS}) {
         pixelTransferf(bias, 0);
+    }
     readPixels(0, 0, _settings.width, _settings.height, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
     popClientAttrib();
     popAttrib();
 
     // GL's first row is the lowest.
     for (auto low = pixels.begin(), high = pixels.end() - std::ptrdiff_t(rowBytes); low < high;
-         low += std::ptrdiff_t(rowBytes), high -= std::ptrdiff_t(rowBytes))
+         low += std::ptrdiff_t(rowBytes), high -= std::ptrdiff_t(rowBytes)) {
         std::swap_ranges(low, low + std::ptrdiff_t(rowBytes), high);
+    }
     return pixels;
 }
 
@@ -375,8 +408,9 @@ bool OffscreenContext::reportsErrors() const {
 
 std::vector<std::string> OffscreenContext::takeErrors() {
     std::vector<std::string> errors;
-    if (_state)
+    if (_state) {
         errors.swap(_state->errors);
+    }
     return errors;
 }
 

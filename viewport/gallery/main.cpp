@@ -46,7 +46,7 @@ std::optional<Fault> drawAll(OffscreenContext& context, std::string const& folde
         if (!errors.empty()) {
             return Fault{file, "OpenGL reports: " + errors.front()};
         }
-        if (std::optional<Fault> const fault = picture.savePng(file)) {
+        if (std::optional<Fault> fault = picture.savePng(file)) {
             return fault;
         }
     }
@@ -74,7 +74,8 @@ int fail(Fault const& fault) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+// A failing allocation may end the program.
+int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape)
     std::vector<Subject> const subjects = allSubjects();
 
     CLI::App app("Draws what the render layer can draw into pictures, and a page that shows them.",
@@ -83,6 +84,7 @@ int main(int argc, char** argv) {
     std::string only;
     std::string index;
     std::vector<std::string> names;
+    names.reserve(subjects.size());
     for (Subject const& subject : subjects) {
         names.push_back(subject.name);
     }

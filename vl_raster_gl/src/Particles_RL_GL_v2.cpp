@@ -494,8 +494,10 @@ void Particles_RL_GL_v2::_closeEffect() {
     VL_Raster->popFillingBack();
     Mesh_RL_Shader* const ofMode = _effectOf(renderMode);
     Mesh_RL_Shader* const effect = ofMode != nullptr ? ofMode : pointShader;
-    effect->postprocess();
-    effect->cleanup();
+    if (effect != nullptr) {
+        effect->postprocess();
+        effect->cleanup();
+    }
 }
 
 // == Buffers ==
