@@ -87,8 +87,7 @@ struct Particles_RL_GL_v2::BufferFilling {
 
 // == Lifecycle ==
 
-Particles_RL_GL_v2::Particles_RL_GL_v2()
-    : hostBuffer(nullptr), ownedBlock(nullptr), shuffledIndices(nullptr) {
+Particles_RL_GL_v2::Particles_RL_GL_v2() {
     _setDefaults();
     vboSupported = false;
 }

@@ -229,7 +229,7 @@ protected:
 
     unsigned int vboId;             ///< Buffer of the interleaved particles; 0 for none. Owned.
     bool vboSupported;              ///< Whether the driver has buffer objects.
-    float* hostBuffer;              ///< Interleaved particles in main memory, or null. Owned, of new[].
+    float* hostBuffer = nullptr;    ///< Interleaved particles in main memory, or null. Owned, of new[].
     unsigned int vboSizeKB;         ///< Kilobytes of the last store that was filled.
     unsigned int vboParticleCount;  ///< Particles that the last rebuild wrote.
     unsigned int hostCapacity;      ///< Particles that hostBuffer has room for.
@@ -242,9 +242,9 @@ protected:
     PointRendering_shader* pointShader;    ///< Owned; null until it is needed.
     SphereRendering_shader* sphereShader;  ///< Owned; null until it is needed.
     ArrowRendering_shader* arrowShader;    ///< Owned; null until it is needed.
-    void* ownedBlock;  ///< For derived classes: memory of operator new that goes with the renderer.
-    unsigned short* shuffledIndices;  ///< Owned, of new[]; 16384 entries, null before init().
-    unsigned int shuffledCount;       ///< Particles for which they are built; 0 for none.
+    void* ownedBlock = nullptr;  ///< For derived classes: memory of operator new that goes with the renderer.
+    unsigned short* shuffledIndices = nullptr;  ///< Owned, of new[]; 16384 entries, null before init().
+    unsigned int shuffledCount;                 ///< Particles for which they are built; 0 for none.
 
 private:
     struct BufferFilling;
