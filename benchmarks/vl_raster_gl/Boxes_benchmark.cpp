@@ -6,6 +6,9 @@
 // a shared library into libGL. Mesa is told to draw nothing (GALLIUM_NOOP), so that the time is the
 // processor's time in the caller and in the driver's front end alone. What differs: the render layer is called
 // once for each box, through its virtual operation; by hand one loop sends them all.
+//
+// Mesa, told to draw nothing, keeps all that was sent until the process ends: 2.3 GB for each pair. Run them one
+// at a time (--benchmark_filter), as scripts/bench does.
 
 #include "PairTiming.h"
 #include "boxes_by_hand.h"
