@@ -115,7 +115,7 @@ TEST(startup_gl_test, withoutADisplayEglServes) {
 TEST(startup_gl_test, withADisplayGlxServes) {
     std::string const server = "/usr/bin/Xvfb";
     if (!std::filesystem::exists(server)) {
-        GTEST_SKIP() << "there is no " << server << " to give a display";
+        FAIL() << "there is no " << server << " to give a display";
     }
     VirtualDisplay const display(server);
     ASSERT_FALSE(display.name().empty()) << "the display server did not start";
