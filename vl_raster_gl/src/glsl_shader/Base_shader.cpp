@@ -117,10 +117,7 @@ void Base_shader::setShaderConstant(char const* name, Mesh_RL_Shader::UNIFORM_TY
 void Base_shader::reload() {
     created = false;
     dirty = true;
-    for (Shader_gl** stage : {&stage2, &stage1, &stage3}) {
-        delete *stage;
-        *stage = nullptr;
-    }
+    _deleteStages();
 }
 
 void Base_shader::enable(bool const& on) {
@@ -211,6 +208,23 @@ void Base_shader::copyFramebufferToTexture(unsigned int const& texture) {
     setTextureParameters();
     glCopyTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, viewport[0], viewport[1], nextHighestPowerOf2(viewport[2]),
                      nextHighestPowerOf2(viewport[3]), 0);
+}
+
+// == Pieces of create() ==
+
+void Base_shader::_deleteStages() {
+    for (Shader_gl** stage : {&stage2, &stage1, &stage3}) {
+        delete *stage;
+        *stage = nullptr;
+    }
+}
+
+void Base_shader::_loadStages(char const* vertexText, char const* fragmentText) {
+    _deleteStages();
+    stage1 = new Shader_gl;
+    stage1->loadShaderSource(GL_VERTEX_SHADER, vertexText, false);
+    stage2 = new Shader_gl;
+    stage2->loadShaderSource(GL_FRAGMENT_SHADER, fragmentText, false);
 }
 
 // == Pieces of the effects' passes ==

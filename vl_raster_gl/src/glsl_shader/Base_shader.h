@@ -145,6 +145,17 @@ protected:
         int textureHeight;
     };
 
+    // == Pieces of create() ==
+
+    /// Deletes the stages that there are: the second, the first, the third.
+    /// GL: glDetachShader and glDeleteShader, for what there is.
+    void _deleteStages();
+
+    /// Compiles the vertex and the fragment stage, in place of all stages that there are, so that creating an
+    /// effect again attaches no second set. The caller attaches them.
+    /// GL: that of _deleteStages() and of Shader_gl::loadShaderSource(), twice.
+    void _loadStages(char const* vertexText, char const* fragmentText);
+
     // == Pieces of the effects' passes ==
 
     /// Saves the attributes that effects change and sets the fixed-function state that they draw with: no

@@ -162,15 +162,7 @@ void Impostor_shader::cleanup() {
 // == Stages ==
 
 void Impostor_shader::createShadersGeometry() {
-    // What is there already, from a call without a reload(), goes first.
-    for (Shader_gl** stage : {&stage1, &stage2, &stage3}) {
-        delete *stage;
-        *stage = nullptr;
-    }
-    stage1 = new Shader_gl;
-    stage1->loadShaderSource(GL_VERTEX_SHADER, _vertexText().c_str(), false);
-    stage2 = new Shader_gl;
-    stage2->loadShaderSource(GL_FRAGMENT_SHADER, kind.fragment, false);
+    _loadStages(_vertexText().c_str(), kind.fragment);
     if (kind.geometry == nullptr) {
         program->attach(stage1, stage2, nullptr);
         return;
