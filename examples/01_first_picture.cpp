@@ -8,8 +8,9 @@ int main() {
     glfwWindowHint(GLFW_VISIBLE, GLFW_FALSE);
     GLFWwindow* window = glfwCreateWindow(256, 256, "First picture", nullptr, nullptr);
     glfwMakeContextCurrent(window);
-    if (!window || glewInit() != GLEW_OK)
+    if (!window || glewInit() != GLEW_OK) {
         return 1;
+    }
     vellum::Core_RL_GL core;
     vellum::Camera_RL_GL camera;
     camera.lookAt({1.6F, 1.2F, 2.4F}, {0.4F, 0.4F, 0.0F}, {0.0F, 1.0F, 0.0F});

@@ -48,12 +48,15 @@ public:
             return Step::cutOff;
         }
         length = 0;
+        unsigned char highest = 0;
         for (std::size_t i = 0; i < type.size; ++i) {
             std::size_t const place = _format == PlyFormat::bigEndian ? i : type.size - 1 - i;
-            length = length << 8 | static_cast<unsigned char>(_left[place]);
+            auto const byte = static_cast<unsigned char>(_left[place]);
+            highest = i == 0 ? byte : highest;
+            length = length << 8 | byte;
         }
         _left.remove_prefix(type.size);
-        bool const isNegative = type.isSigned && (length >> (8 * type.size - 1)) != 0;
+        bool const isNegative = type.isSigned && highest > 0x7F;
         return isNegative ? Step::notUnderstood : Step::done;
     }
 

@@ -13,7 +13,7 @@ namespace vellum::viewport {
 /// What a gzip file holds.
 class GunzippedText {
 public:
-    std::string_view bytes() const { return std::string_view(_start.get(), _size); }
+    std::string_view bytes() const { return {_start.get(), _size}; }
 
     bool isCutOff() const { return _isCutOff; }  ///< the compressed data end before they are whole
 

@@ -226,10 +226,12 @@ private:
         _normals.clear();
         std::vector<Triangle> triangles;
         std::vector<Triangle> normalTriangles;
+        triangles.reserve(members.size());
         for (unsigned int const& t : members) {
             triangles.push_back(_vertices(_surface.triangles[t]));
         }
         std::vector<Vector3<double>> positions;
+        positions.reserve(_vertices.used().size());
         for (unsigned int const& old : _vertices.used()) {
             positions.push_back(_surface.positions[old]);
             // The normal of this number is the vertex's own and comes first, if the part uses it or not.

@@ -165,7 +165,9 @@ ModelRenderer::ModelRenderer(Core_RL& layer, Model const& model, Options const& 
     : _layer(layer), _model(model), _options(options), _textures(textures) {
     bool const hasBuffers = _layer.isExtensionSupported("GL_ARB_vertex_buffer_object");
     for (ModelPart const& source : model.parts) {
-        Part part{&source, std::make_unique<Mesh_RL_GL>(source.mesh.get(), false), nullptr};
+        Part& part = _parts.emplace_back();
+        part.source = &source;
+        part.renderer = std::make_unique<Mesh_RL_GL>(source.mesh.get(), false);
         part.renderer->useBufferObjects = hasBuffers && !options.immediate;
         if (options.importPreview) {
             part.import = toImport(*source.mesh);
@@ -173,7 +175,6 @@ ModelRenderer::ModelRenderer(Core_RL& layer, Model const& model, Options const& 
         if (options.normals == Normals::vertex && source.hasHardNormals) {
             addAllNormals(*source.mesh);
         }
-        _parts.push_back(std::move(part));
     }
 }
 

@@ -44,7 +44,7 @@ public:
 
 private:
     struct Part {
-        ModelPart const* source;
+        ModelPart const* source = nullptr;
         std::unique_ptr<Mesh_RL_GL> renderer;
         std::unique_ptr<MeshImporter> import;  // only for the preview
     };

@@ -322,7 +322,7 @@ OffscreenContext::OffscreenContext(Settings const& settings) : _settings(setting
     }
 
     std::string reasons;
-    for (EGLDisplay const display : candidateDisplays()) {
+    for (EGLDisplay display : candidateDisplays()) {
         auto state = std::make_unique<State>();
         std::string lack = state->open(display, settings);
         if (lack.empty()) {

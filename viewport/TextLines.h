@@ -39,7 +39,7 @@ public:
         char const* const lineEnd = _isEnded ? static_cast<char const*>(feed) : _end;
         _here = _isEnded ? lineEnd + 1 : _end;
         ++_number;
-        return std::string_view(start, static_cast<std::size_t>(lineEnd - start));
+        return {start, static_cast<std::size_t>(lineEnd - start)};
     }
 
     /// Steps over lines without words.

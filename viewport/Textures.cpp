@@ -71,7 +71,7 @@ Image readImage(std::vector<unsigned char> const& bytes) {
         }
         written += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
     }
-    Image const image =
+    Image image =
         written == bytes.size() ? readImage("/proc/self/fd/" + std::to_string(descriptor)) : nullptr;
     ::close(descriptor);
     return image;
