@@ -174,7 +174,7 @@ private:
         }
         std::string_view const comment = _lines.take();
         std::vector<TableColumn> columns;
-        if (Damage const damage = _readComment(comment, frame, columns)) {
+        if (Damage damage = _readComment(comment, frame, columns)) {
             return damage;
         }
         if (columns.empty()) {
