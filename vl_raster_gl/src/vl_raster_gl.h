@@ -15,5 +15,7 @@
 #include "Shader_gl.h"
 #include "glsl_shader/ArrowRendering_shader.h"
 #include "glsl_shader/Base_shader.h"
+#include "glsl_shader/Displacement_XZ_shader.h"
+#include "glsl_shader/Displacement_shader.h"
 #include "glsl_shader/PointRendering_shader.h"
 #include "glsl_shader/SphereRendering_shader.h"

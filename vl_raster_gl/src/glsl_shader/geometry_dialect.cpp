@@ -41,29 +41,36 @@ char const* primitiveName(unsigned int const& primitive) {
 }  // namespace
 
 GeometryDialect geometryDialect() {
-    if (VL_Raster->isExtensionSupported("GL_EXT_geometry_shader4")) {
+    if (VL_Raster != nullptr && VL_Raster->isExtensionSupported("GL_EXT_geometry_shader4")) {
         return GeometryDialect::EXT_SHADER4;
     }
     return hasVersion32() ? GeometryDialect::GLSL_150 : GeometryDialect::EXT_SHADER4;
 }
 
 std::string geometryPrologue(GeometryDialect const& dialect, GeometryLayout const& layout) {
+    std::string const lines = dialect == GeometryDialect::EXT_SHADER4
+                                  ? "#version 120\n#extension GL_EXT_geometry_shader4: enable\n"
+                                  : std::string("#version 150 compatibility\nlayout(") +
+                                        primitiveName(layout.input) + ") in;\nlayout(" +
+                                        primitiveName(layout.output) +
+                                        ", max_vertices = " + std::to_string(layout.maxVertices) + ") out;\n";
+    return lines + geometryNames(dialect);
+}
+
+std::string geometryNames(GeometryDialect const& dialect) {
     if (dialect == GeometryDialect::EXT_SHADER4) {
-        return R"(#version 120
-#extension GL_EXT_geometry_shader4: enable
-#define STAGE_IN varying in
+        return R"(#define STAGE_IN varying in
 #define STAGE_OUT varying out
 #define POSITION_IN(i) gl_PositionIn[i]
 #define FRONT_COLOR_IN(i) gl_FrontColorIn[i]
+#define TEXTURE_COORDINATE_IN(i) gl_TexCoordIn[i][0]
 )";
     }
-    return std::string("#version 150 compatibility\nlayout(") + primitiveName(layout.input) +
-           ") in;\nlayout(" + primitiveName(layout.output) +
-           ", max_vertices = " + std::to_string(layout.maxVertices) + R"() out;
-#define STAGE_IN in
+    return R"(#define STAGE_IN in
 #define STAGE_OUT out
 #define POSITION_IN(i) gl_in[i].gl_Position
 #define FRONT_COLOR_IN(i) gl_in[i].gl_FrontColor
+#define TEXTURE_COORDINATE_IN(i) gl_in[i].gl_TexCoord[0]
 )";
 }
 

@@ -24,13 +24,17 @@ struct GeometryLayout {
 /// GL: isExtensionSupported(), and glGetString(GL_VERSION) where it is not.
 GeometryDialect geometryDialect();
 
-/// The lines that a geometry stage begins with. After them a text may be written once for both dialects:
+/// The lines that a geometry stage begins with, geometryNames() the last of them.
+std::string geometryPrologue(GeometryDialect const& dialect, GeometryLayout const& layout);
+
+/// Names with which a text may be written once for both dialects:
 ///
 ///     STAGE_IN vec4 a[];          an input, one for each vertex of the primitive
 ///     STAGE_OUT vec4 b;           an output, undefined again after each EmitVertex()
 ///     POSITION_IN(i)              gl_Position of a vertex
 ///     FRONT_COLOR_IN(i)           gl_FrontColor of a vertex
-std::string geometryPrologue(GeometryDialect const& dialect, GeometryLayout const& layout);
+///     TEXTURE_COORDINATE_IN(i)    gl_TexCoord[0] of a vertex
+std::string geometryNames(GeometryDialect const& dialect);
 
 /// Gives the layout to a program whose stages are attached, before it is linked.
 /// GL: programParameterI() for input, output and vertices, in the dialect of the extension; nothing in the other.
