@@ -2,10 +2,12 @@
 
 #include "Shader_gl.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstring>
 #include <iostream>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <string_view>
@@ -179,13 +181,7 @@ void Program_gl::_setUniform(char const* name, UNIFORM_PAIR::UNIFORM_TYPE const&
     }
     char const* const wanted = name != nullptr ? name : "";
 
-    UNIFORM_PAIR* uniform = nullptr;
-    for (UNIFORM_PAIR* candidate : uniforms) {
-        if (candidate->name == wanted) {
-            uniform = candidate;
-            break;
-        }
-    }
+    UNIFORM_PAIR* uniform = _findUniform(wanted);
     if (uniform == nullptr) {
         auto fresh = std::make_unique<UNIFORM_PAIR>(UNIFORM_PAIR{wanted, type, 0, 0, nullptr});
         uniforms.push_back(fresh.get());
@@ -208,6 +204,25 @@ void Program_gl::_setUniform(char const* name, UNIFORM_PAIR::UNIFORM_TYPE const&
     if (enabled) {
         _applyUniform(uniform);
     }
+}
+
+// Effects set the same uniforms in the same order in every pass, so the one that is wanted mostly follows the one
+// that was set last. null: none has that name.
+Program_gl::UNIFORM_PAIR* Program_gl::_findUniform(char const* name) {
+    auto const find = [this, name](std::list<UNIFORM_PAIR*>::iterator const& begin,
+                                   std::list<UNIFORM_PAIR*>::iterator const& end) {
+        auto const found =
+            std::find_if(begin, end, [name](UNIFORM_PAIR const* each) { return each->name == name; });
+        if (found == end) {
+            return false;
+        }
+        behindLast = std::next(found);
+        return true;
+    };
+    if (find(behindLast, uniforms.end()) || find(uniforms.begin(), behindLast)) {
+        return *std::prev(behindLast);
+    }
+    return nullptr;
 }
 
 void Program_gl::_applyUniform(UNIFORM_PAIR const* uniform) {

@@ -147,6 +147,7 @@ private:
     void _link();
     void _setUniform(char const* name, UNIFORM_PAIR::UNIFORM_TYPE const& type, int const& count,
                      int const& size, void const* values);
+    UNIFORM_PAIR* _findUniform(char const* name);
     void _applyUniform(UNIFORM_PAIR const* uniform);  // null: all, in their order
     int _location(char const* name) const;
 
@@ -155,6 +156,7 @@ private:
     bool linked = false;                  // for the present stages and variants
     bool enabled = false;                 // between enable(true) and enable(false)
     std::list<UNIFORM_PAIR*> uniforms;    // owned, in the order in which they were first set
+    std::list<UNIFORM_PAIR*>::iterator behindLast = uniforms.end();  // behind the one that was set last
 };
 
 }  // namespace vellum

@@ -1,6 +1,7 @@
 #include "glsl_shader/geometry_dialect.h"
 
 #include "Program_gl.h"
+#include "Shader_gl.h"
 
 #include "foundation/raster/Core_RL.h"
 
@@ -71,6 +72,28 @@ std::string geometryNames(GeometryDialect const& dialect) {
 #define POSITION_IN(i) gl_in[i].gl_Position
 #define FRONT_COLOR_IN(i) gl_in[i].gl_FrontColor
 #define TEXTURE_COORDINATE_IN(i) gl_in[i].gl_TexCoord[0]
+)";
+}
+
+std::string geometryPassThrough(GeometryDialect const& dialect) {
+    if (dialect == GeometryDialect::EXT_SHADER4) {
+        return Shader_gl::geometryPassThrough();
+    }
+    return geometryPrologue(dialect, {GL_TRIANGLES, GL_TRIANGLE_STRIP, 3}) + R"(
+void main()
+{
+    for (int i = 0; i < 3; ++i) {
+        gl_Position = gl_in[i].gl_Position;
+        gl_TexCoord[0] = gl_in[i].gl_TexCoord[0];
+        gl_FrontColor = gl_in[i].gl_FrontColor;
+        gl_BackColor = gl_in[i].gl_BackColor;
+        gl_FrontSecondaryColor = gl_in[i].gl_FrontSecondaryColor;
+        gl_BackSecondaryColor = gl_in[i].gl_BackSecondaryColor;
+        gl_FogFragCoord = gl_in[i].gl_FogFragCoord;
+        EmitVertex();
+    }
+    EndPrimitive();
+}
 )";
 }
 

@@ -36,6 +36,10 @@ std::string geometryPrologue(GeometryDialect const& dialect, GeometryLayout cons
 ///     TEXTURE_COORDINATE_IN(i)    gl_TexCoord[0] of a vertex
 std::string geometryNames(GeometryDialect const& dialect);
 
+/// A stage that hands on triangles as they are: position, first texture coordinate, colours and fog. In the
+/// dialect of the extension it is Shader_gl::geometryPassThrough().
+std::string geometryPassThrough(GeometryDialect const& dialect);
+
 /// Gives the layout to a program whose stages are attached, before it is linked.
 /// GL: programParameterI() for input, output and vertices, in the dialect of the extension; nothing in the other.
 void setGeometryLayout(GeometryDialect const& dialect, GeometryLayout const& layout, Program_gl& program);

@@ -1,0 +1,299 @@
+#include "glsl_shader/Custom_shader.h"
+
+#include "Program_gl.h"
+#include "Shader_gl.h"
+#include "glsl_shader/geometry_dialect.h"
+
+#include "foundation/raster/Core_RL.h"
+
+#include <cstddef>
+#include <string>
+
+#include "gl_api.h"
+
+namespace vellum {
+
+namespace {
+
+constexpr int FRAME_UNIT = 7;
+constexpr std::size_t FRAME_TEXTURE = 7;
+
+// The names of an input with indices, made once: they are sent in every pass.
+template <std::size_t COUNT>
+std::array<std::string, COUNT> numbered(char const* name) {
+    std::array<std::string, COUNT> names;
+    for (std::size_t i = 0; i < COUNT; ++i) {
+        names[i] = name + std::to_string(i);
+    }
+    return names;
+}
+
+template <class Value, std::size_t COUNT>
+Value* entry(std::array<Value, COUNT>& values, int const& index) {
+    return index >= 0 && static_cast<std::size_t>(index) < COUNT ? &values[static_cast<std::size_t>(index)]
+                                                                 : nullptr;
+}
+
+template <class Value, std::size_t COUNT>
+Value valueOf(std::array<Value, COUNT> const& values, int const& index) {
+    return index >= 0 && static_cast<std::size_t>(index) < COUNT ? values[static_cast<std::size_t>(index)]
+                                                                 : Value{};
+}
+
+bool isEmpty(VL_String const& path) {
+    return path.size() <= 1;  // the terminating zero
+}
+
+// Deliberate: nobody is told. What GL refuses of a user's program is in the log.
+void swallowError() {
+    GLenum const error = glGetError();
+    if (error != GL_NO_ERROR) {
+        gluErrorString(error);
+    }
+}
+
+}  // namespace
+
+Custom_shader::Custom_shader() {
+    if (VL_Raster != nullptr) {
+        for (unsigned int& texture : textures) {
+            texture = VL_Raster->createTexture();
+        }
+    }
+}
+
+Custom_shader::Custom_shader(Custom_shader const& other) : Custom_shader() {
+    copy(other);
+}
+
+Custom_shader::~Custom_shader() {
+    if (VL_Raster != nullptr) {
+        for (unsigned int const texture : textures) {
+            VL_Raster->destroyTexture(texture);
+        }
+    }
+}
+
+void Custom_shader::copy(Custom_shader const& other) {
+    if (this == &other) {
+        return;
+    }
+    isGrabbing = other.isGrabbing;
+    texturePaths = other.texturePaths;
+    floats = other.floats;
+    baseColor = other.baseColor;
+    vec3s = other.vec3s;
+    vec4s = other.vec4s;
+    fragmentPath = other.fragmentPath;
+    geometryPath = other.geometryPath;
+    vertexPath = other.vertexPath;
+    lightCount = other.lightCount;
+    // They belong to the paths before. create() reads the others.
+    for (VL_Image& image : images) {
+        image.destroy();
+    }
+    Base_shader::reload();
+}
+
+// == Stages ==
+
+void Custom_shader::setShaders(VL_String const& vertexPath, VL_String const& fragmentPath,
+                               VL_String const& geometryPath) {
+    if (created && vertexPath == this->vertexPath && fragmentPath == this->fragmentPath &&
+        geometryPath == this->geometryPath) {
+        return;
+    }
+    if (!created) {
+        for (int i = 0; i < PICTURES; ++i) {
+            if (images[static_cast<std::size_t>(i)].width() == 0) {
+                _readPicture(i);  // that of a copy, which knows no more than the path
+            }
+        }
+    }
+    for (Shader_gl** stage : {&stage1, &stage2, &stage3}) {
+        delete *stage;
+        *stage = nullptr;
+    }
+    this->vertexPath = vertexPath;
+    this->fragmentPath = fragmentPath;
+    this->geometryPath = geometryPath;
+
+    stage2 = _loadStage(GL_FRAGMENT_SHADER, this->fragmentPath, Shader_gl::fragmentPassThrough());
+    stage1 = _loadStage(GL_VERTEX_SHADER, this->vertexPath, Shader_gl::vertexPassThrough());
+    if (!isEmpty(this->geometryPath)) {
+        GeometryDialect const dialect = geometryDialect();
+        stage3 = _loadStage(GL_GEOMETRY_SHADER_EXT, this->geometryPath, geometryPassThrough(dialect).c_str());
+        program->attach(stage1, stage2, stage3);
+        if (dialect == GeometryDialect::EXT_SHADER4) {
+            GLint mostVertices = 0;
+            glGetIntegerv(GL_MAX_GEOMETRY_OUTPUT_VERTICES_EXT, &mostVertices);
+            setGeometryLayout(dialect,
+                              {GL_TRIANGLES, GL_TRIANGLE_STRIP, static_cast<unsigned int>(mostVertices)},
+                              *program);
+        }
+    } else {
+        program->attach(stage1, stage2, nullptr);
+    }
+    created = true;
+    enable(true);
+    swallowError();
+}
+
+// A stage of a file, or, where that is not to be had, of the text that passes everything on.
+Shader_gl* Custom_shader::_loadStage(unsigned int const& type, VL_String const& path,
+                                     char const* passThrough) {
+    auto* stage = new Shader_gl;
+    if (isEmpty(path) || !stage->loadShaderSource(type, path.c_str(), true)) {
+        log += stage->getCompilationLog();
+        delete stage;
+        stage = new Shader_gl;
+        stage->loadShaderSource(type, passThrough, false);
+    }
+    return stage;
+}
+
+// == Textures ==
+
+void Custom_shader::setTexture(VL_String const& path, int const& index) {
+    VL_String* const stored = entry(texturePaths, index);
+    if (stored == nullptr || (path == *stored && !dirty)) {
+        return;
+    }
+    *stored = path;
+    _readPicture(index);
+}
+
+void Custom_shader::_readPicture(int const& index) {
+    auto const i = static_cast<std::size_t>(index);
+    images[i].destroy();
+    if (!isEmpty(texturePaths[i]) && images[i].read(texturePaths[i])) {
+        loadTextureRGB(images[i], textures[i]);
+    }
+}
+
+VL_String Custom_shader::getTexturePath(int const& index) const {
+    return valueOf(texturePaths, index);
+}
+
+VL_String& Custom_shader::refTexturePath(int const& index) {
+    VL_String* const stored = entry(texturePaths, index);
+    if (stored == nullptr) {
+        noPath = "";  // whatever was written into it before
+        return noPath;
+    }
+    return *stored;
+}
+
+void Custom_shader::grabFrameBuffer(bool const& on) {
+    if (on != isGrabbing) {
+        isGrabbing = on;
+        enable(true);
+    }
+}
+
+bool Custom_shader::isGrabbingFrameBuffer() const {
+    return isGrabbing;
+}
+
+// == Variables ==
+
+void Custom_shader::setFloatVar(float const& value, int const& index) {
+    if (float* const stored = entry(floats, index)) {
+        _store(*stored, value);
+    }
+}
+
+void Custom_shader::setVec3Var(Vector3<float> const& value, int const& index) {
+    if (Vector3<float>* const stored = entry(vec3s, index)) {
+        dirty = dirty || stored->x != value.x || stored->y != value.y || stored->z != value.z;
+        *stored = value;
+    }
+}
+
+void Custom_shader::setVec4Var(Color4<float> const& value, int const& index) {
+    if (Color4<float>* const stored = entry(vec4s, index)) {
+        _store(*stored, value);
+    }
+}
+
+float Custom_shader::getFloatVar(int const& index) const {
+    return valueOf(floats, index);
+}
+
+Vector3<float> Custom_shader::getVec3Var(int const& index) const {
+    return valueOf(vec3s, index);
+}
+
+Color4<float> Custom_shader::getVec4Var(int const& index) const {
+    return valueOf(vec4s, index);
+}
+
+float* Custom_shader::getFloatVarPtr(int const& index) {
+    return entry(floats, index);
+}
+
+Vector3<float>* Custom_shader::getVec3VarPtr(int const& index) {
+    return entry(vec3s, index);
+}
+
+Color4<float>* Custom_shader::getVec4VarPtr(int const& index) {
+    return entry(vec4s, index);
+}
+
+void Custom_shader::setBaseColor(Color4<float> const& color) {
+    _store(baseColor, color);
+}
+
+void Custom_shader::setNLights(unsigned int const& count) {
+    _store(lightCount, count);
+}
+
+// == Lifecycle ==
+
+void Custom_shader::create() {
+    setShaders(vertexPath, fragmentPath, geometryPath);
+    log = program->getInfoLog();
+}
+
+void Custom_shader::init() {
+    if (isGrabbing) {
+        copyFramebufferToTexture(textures[FRAME_TEXTURE]);
+    }
+}
+
+void Custom_shader::preprocess() {
+    static std::array<std::string, PICTURES> const TEXTURE_NAMES = numbered<PICTURES>("Texture");
+    static std::array<std::string, VARIABLES> const FLOAT_NAMES = numbered<VARIABLES>("FloatVar");
+    static std::array<std::string, VARIABLES> const VEC3_NAMES = numbered<VARIABLES>("Vec3Var");
+    static std::array<std::string, VARIABLES> const VEC4_NAMES = numbered<VARIABLES>("Vec4Var");
+
+    if (dirty) {
+        enable(true);
+    }
+    _openPass(lightCount);
+    for (std::size_t i = 0; i < PICTURES; ++i) {
+        if (!isEmpty(texturePaths[i])) {
+            program->setUniformSampler(TEXTURE_NAMES[i].c_str(), textures[i], static_cast<int>(i));
+        }
+    }
+    program->setUniformSampler("TextureFB", textures[FRAME_TEXTURE], FRAME_UNIT);
+    for (std::size_t i = 0; i < VARIABLES; ++i) {
+        program->setUniform(FLOAT_NAMES[i].c_str(), floats[i]);
+        program->setUniform(VEC3_NAMES[i].c_str(), vec3s[i].x, vec3s[i].y, vec3s[i].z);
+        program->setUniform(VEC4_NAMES[i].c_str(), vec4s[i].r, vec4s[i].g, vec4s[i].b, vec4s[i].a);
+    }
+    program->setUniform("BaseColor", baseColor.r, baseColor.g, baseColor.b, baseColor.a);
+    program->setUniform("nLights", static_cast<int>(lightCount));
+    log = program->getInfoLog();
+    swallowError();
+}
+
+void Custom_shader::postprocess() {
+    dirty = false;
+}
+
+void Custom_shader::cleanup() {
+    _closePass();
+}
+
+}  // namespace vellum

@@ -1,0 +1,211 @@
+#include "glsl_shader/Glass_shader.h"
+
+#include "Program_gl.h"
+
+#include "foundation/raster/Core_RL.h"
+
+#include <utility>
+
+#include "gl_api.h"
+
+namespace vellum {
+
+namespace {
+
+enum TextureUnit : int { ENVIRONMENT_UNIT = 0, REFRACTION_UNIT = 1 };
+
+// Hands on the geometry in eye and in clip coordinates, and how much of the first two lights arrives. There are
+// more than one light on every driver, so that both can be read without asking.
+constexpr char const* VERTEX = R"(const int nLights = gl_MaxLights;
+
+varying vec3 Normal;
+varying vec3 EyeDir;
+varying vec4 EyePos;
+varying float LightIntensity[nLights];
+
+void main()
+{
+    gl_TexCoord[0].xy = gl_Vertex.xz + 0.5;
+    gl_Position = ftransform();
+
+    Normal = normalize(gl_NormalMatrix * gl_Normal);
+    EyeDir = vec3(gl_ModelViewMatrix * gl_Vertex);
+    EyePos = gl_ModelViewProjectionMatrix * gl_Vertex;
+
+    LightIntensity[0] = max(dot(normalize(gl_LightSource[0].position.xyz - EyeDir), Normal), 0.0);
+    LightIntensity[1] = max(dot(normalize(gl_LightSource[1].position.xyz - EyeDir), Normal), 0.0);
+}
+)";
+
+// Mixes the reflected surroundings with what lies behind the surface.
+//
+// The surroundings' picture has two halves, side by side. The cosine between a direction and the x axis places
+// it in its half, that between the direction and the y axis gives the height:
+//
+//     x -1 ... 1 | x 1 ... -1
+//     z >= 0     | z < 0
+//
+// The copy of the frame lies in the lower left corner of a texture whose sizes are powers of two. Look-ups are
+// kept inside the frame before they are scaled to the part of the texture that the frame takes.
+constexpr char const* FRAGMENT = R"(const int nLights = gl_MaxLights;
+
+uniform vec3 BaseColor;
+uniform float Depth;
+uniform float MixRatio;
+uniform float FrameWidth;
+uniform float FrameHeight;
+uniform float textureWidth;
+uniform float textureHeight;
+uniform sampler2D EnvMap;
+uniform sampler2D RefractionMap;
+
+varying vec3 Normal;
+varying vec3 EyeDir;
+varying vec4 EyePos;
+varying float LightIntensity[nLights];
+
+vec3 environment()
+{
+    vec3 r = reflect(EyeDir, Normal);
+    vec2 index;
+    index.y = dot(normalize(r), vec3(0.0, 1.0, 0.0));
+    r.y = 0.0;
+    index.x = dot(normalize(r), vec3(1.0, 0.0, 0.0)) * 0.5;
+    if (r.z >= 0.0) {
+        index = (index + 1.0) * 0.5;
+    } else {
+        index.t = (index.t + 1.0) * 0.5;
+        index.s = -index.s * 0.5 + 1.0;
+    }
+    return texture2D(EnvMap, index).rgb;
+}
+
+vec3 refraction()
+{
+    vec3 d = normalize(EyeDir) - normalize(Normal);
+    float depthVal = Depth / -d.z;
+    vec2 eye = EyePos.xy / EyePos.w;
+    vec2 index = (eye + d.xy * depthVal) / 2.0 + 0.5;
+    index.s = clamp(index.s, 0.0, 1.0 - 1.0 / textureWidth);
+    index.t = clamp(index.t, 0.0, 1.0 - 1.0 / textureHeight);
+    index.s *= FrameWidth / textureWidth;
+    index.t *= FrameHeight / textureHeight;
+    return texture2D(RefractionMap, index).rgb;
+}
+
+void main()
+{
+    float fresnel = clamp(abs(dot(normalize(EyeDir), Normal)) * MixRatio, 0.1, 0.9);
+    vec3 base = LightIntensity[0] * BaseColor + LightIntensity[1] * BaseColor;
+    vec3 color = mix(environment(), refraction(), fresnel);
+    color = mix(color, base, 0.2);
+    gl_FragColor = vec4(color, 1.0);
+}
+)";
+
+unsigned int makeTexture() {
+    return VL_Raster != nullptr ? VL_Raster->createTexture() : 0;
+}
+
+}  // namespace
+
+Glass_shader::Glass_shader() : environmentTexture(makeTexture()), refractionTexture(makeTexture()) {}
+
+Glass_shader::Glass_shader(Glass_shader const& other) : Glass_shader() {
+    copy(other);
+}
+
+Glass_shader::~Glass_shader() {
+    if (VL_Raster != nullptr) {
+        VL_Raster->destroyTexture(environmentTexture);
+        VL_Raster->destroyTexture(refractionTexture);
+    }
+}
+
+void Glass_shader::copy(Glass_shader const& other) {
+    setDepth(other.depth);
+    setMixRatio(other.mixRatio);
+    if (created) {
+        setEnvironmentTexture(other.environmentPath);
+    } else {
+        _store(environmentPath, other.environmentPath);  // create() loads it
+    }
+}
+
+// == Parameters ==
+
+void Glass_shader::setLightPosition(float const& x, float const& y, float const& z, float const& w) {
+    _store(lightPosition, Color4<float>{x, y, z, w});
+}
+
+void Glass_shader::setBaseColor(float const& r, float const& g, float const& b, float const& a) {
+    _store(baseColor, Color4<float>{r, g, b, a});
+}
+
+void Glass_shader::setDepth(float const& depth) {
+    _store(this->depth, depth);
+}
+
+void Glass_shader::setMixRatio(float const& ratio) {
+    _store(mixRatio, ratio);
+}
+
+void Glass_shader::setNLights(unsigned int const& count) {
+    _store(lightCount, count);
+}
+
+void Glass_shader::setEnvironmentTexture(VL_String path) {
+    bool const isOther = path != environmentPath;
+    environmentPath = std::move(path);
+    if (isOther || dirty) {
+        loadTextureRGB(environmentPath, environmentTexture);
+    }
+}
+
+// == Lifecycle ==
+
+void Glass_shader::create() {
+    _loadStages(VERTEX, FRAGMENT);
+    program->attach(stage1, stage2, nullptr);
+    created = true;
+    if (environmentPath.size() > 1 && dirty) {
+        loadTextureRGB(environmentPath, environmentTexture);
+    }
+    enable(true);
+    log = program->getInfoLog();
+}
+
+void Glass_shader::init() {
+    copyFramebufferToTexture(refractionTexture);
+}
+
+void Glass_shader::preprocess() {
+    if (dirty) {
+        enable(true);
+    }
+    _openPass(lightCount);
+    FrameSize const frame = _readFrameSize();
+    _useProgram();
+
+    program->setUniform("BaseColor", baseColor.r, baseColor.g, baseColor.b);
+    program->setUniform("LightPos", lightPosition.r, lightPosition.g, lightPosition.b);
+    program->setUniform("Depth", depth);
+    program->setUniform("MixRatio", mixRatio);
+    _sendFrameSize(frame);
+    program->setUniformSampler("EnvMap", environmentTexture, ENVIRONMENT_UNIT);
+    program->setUniformSampler("RefractionMap", refractionTexture, REFRACTION_UNIT);
+    program->setUniform("nLights", static_cast<int>(lightCount));
+}
+
+void Glass_shader::postprocess() {
+    dirty = false;
+}
+
+void Glass_shader::cleanup() {
+    _closePass();
+    if (VL_Raster != nullptr) {
+        VL_Raster->destroyTexture(refractionTexture);
+    }
+}
+
+}  // namespace vellum
