@@ -53,6 +53,9 @@ void restoreInitialState() {
     glColor4f(1, 1, 1, 1);
     glNormal3f(0, 0, 1);
     glTexCoord4f(0, 0, 0, 1);
+    // Workaround: nor does it bring single lights back that were switched on inside a group with the enable bits.
+    for (GLint light = getInteger(GL_MAX_LIGHTS) - 1; light >= 0; --light)
+        glDisable(GL_LIGHT0 + GLenum(light));
 
     for (GLint unit = getInteger(GL_MAX_TEXTURE_COORDS) - 1; unit >= 0; --unit) {
         glActiveTexture(GL_TEXTURE0 + GLenum(unit));
