@@ -18,7 +18,6 @@ constexpr Color4<float> edgeLines{0.98F, 0.88F, 0.55F, 1};
 constexpr Color4<float> vertexNormalLines{0.45F, 0.85F, 1.0F, 1};
 constexpr Color4<float> faceNormalLines{1.0F, 0.72F, 0.30F, 1};
 constexpr float borderMarks[4] = {1.0F, 0.62F, 0.16F, 1};
-constexpr float boxFaceAlpha = 0.20F;
 constexpr float blendedAlpha = 0.42F;
 
 constexpr DepthtTestMode depthTestedOnly{DEPTH_LESS_OR_EQUAL, false};
@@ -117,10 +116,6 @@ Color4<float> brightened(Color4<float> const& colour) {
     return {component(colour.r), component(colour.g), component(colour.b), 1};
 }
 
-Box3<float> toFloat(Box3<double> const& box) {
-    return {convert<float>(box.min), convert<float>(box.max)};
-}
-
 /// Surfaces a little behind where they are, while it lives: lines that lie in them are seen whole.
 class SurfacesBehind {
 public:
@@ -175,6 +170,11 @@ ModelRenderer::ModelRenderer(Core_RL& layer, Model const& model, Options const& 
         if (options.normals == Normals::vertex && source.hasHardNormals) {
             addAllNormals(*source.mesh);
         }
+    }
+    if (options.shading == Shading::box) {
+        _whole = std::make_unique<Mesh>();
+        _whole->setPositions(model.vertices);
+        _wholeRenderer = std::make_unique<Mesh_RL_GL>(_whole.get(), false);
     }
 }
 
@@ -323,29 +323,14 @@ void ModelRenderer::_drawWireframe() {
     _layer.popBlending();
 }
 
-void ModelRenderer::_drawBox() const {
-    // One box around all parts: those of the parts would hide what the model is.
-    Box3<float> const box = toFloat(_model.box);
-    Color4<float> faces = _model.parts.empty() ? frontLines : _model.parts.front().colour;
-    faces.a = boxFaceAlpha;
-    _layer.pushBlending(BLENDING_ALPHA);
-    _layer.pushDepthTest(depthTestedOnly);
-    _layer.pushColor(faces);
-    _layer.render(box, false);
-    _layer.popColor(1);
-    _layer.popDepthTest();
-    _layer.popBlending();
-
-    // The outlines of the filled box: its wire drawing leaves edges out.
-    _layer.pushFillingFront(FILLING_LINES);
-    _layer.pushFillingBack(FILLING_LINES);
+void ModelRenderer::_drawBox() {
+    MeshShading shading;
+    shading.mode = MeshShadingMode_ns::BOX;
     _pushLineWidth(1.8);
     _layer.pushColor(boxEdges);
-    _layer.render(box, false);
+    _wholeRenderer->render(shading);
     _layer.popColor(1);
     _layer.popLineWidth();
-    _layer.popFillingBack();
-    _layer.popFillingFront();
 }
 
 void ModelRenderer::_drawEdges(Part& part) {

@@ -53,7 +53,7 @@ private:
     void _drawPlainSurface(Part& part);
     void _drawColouredSurface(ModelPart const& part);
     void _drawWireframe();
-    void _drawBox() const;
+    void _drawBox();
     void _drawEdges(Part& part);
     void _drawNormals(Part& part);
     void _drawConnectivity(Part& part);
@@ -66,6 +66,10 @@ private:
     Options const& _options;
     TextureStore& _textures;
     std::vector<Part> _parts;
+
+    // The vertices of all parts, only for the box: it is that of the model, not one for each material.
+    std::unique_ptr<Mesh> _whole;
+    std::unique_ptr<Mesh_RL_GL> _wholeRenderer;
     double _lineScale = 1;
 };
 
