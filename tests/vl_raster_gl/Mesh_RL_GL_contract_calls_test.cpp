@@ -2,6 +2,7 @@
 
 #include "Core_RL_GL.h"
 #include "foundation/geometry/Mesh.h"
+#include "foundation/geometry/Vector2.h"
 #include "foundation/raster/Mesh_RL_Shader.h"
 #include "gl_spy/gl_spy.h"
 
@@ -15,6 +16,7 @@
 #include <initializer_list>
 #include <limits>
 #include <memory>
+#include <random>
 #include <set>
 #include <string>
 #include <utility>
@@ -1590,6 +1592,156 @@ TEST_F(Mesh_RL_GL_contract_calls_test, bordersHaveWedgesAndNoConnections) {
     gl_spy::Recording const recording;
     openRenderer.renderEdgesUnconnected();
     EXPECT_EQ(onlyPrimitive(recording).vertices.size(), 3U * 4U);
+}
+
+// == Whatever a mesh accepts ==
+
+/// Meshes with arrays of any length and any content, most of them with faults.
+class Any_mesh {
+public:
+    explicit Any_mesh(unsigned int seed) : random(seed) {}
+
+    void fill(Mesh& mesh) {
+        mesh.setPositions(vectors<Vector3<double>>());
+        mesh.setTriangles(triples(8));
+        mesh.setVertexNormals(vectors<Vector3<float>>());
+        if (isChosen())
+            mesh.setNormalTriangles(triples(8));
+        if (isChosen())
+            mesh.setFaceNormals(colours());
+        if (isChosen())
+            mesh.setAdjacency(triples(32));
+        else if (isChosen())
+            mesh.workAdjacency();
+        if (isChosen())
+            mesh.workNormals(isChosen() ? 0.5F : Mesh::NO_CREASE);
+        mesh.addNamedArray(MeshArrayInf_ns::TRINDEXED, "uv", triples(8));
+        mesh.addNamedArray(MeshArrayInf_ns::PER_FACE, isChosen() ? "uv" : "other", coordinates());
+        mesh.addNamedArray(MeshArrayInf_ns::PER_VERTEX, "uv", coordinates());
+        mesh.addNamedArray(MeshArrayInf_ns::PER_VERTEX, "points", vectors<Vector3<double>>());
+        mesh.addNamedArray(MeshArrayInf_ns::PER_VERTEX, "vectors", colours());
+        mesh.addNamedArray(MeshArrayInf_ns::PER_FACE, "vectors", colours());
+    }
+
+private:
+    unsigned int below(unsigned int limit) { return static_cast<unsigned int>(random() % limit); }
+    bool isChosen() { return below(2) == 0; }
+    unsigned int length() { return below(10); }
+
+    /// Mostly an index that may exist, now and then one that cannot.
+    unsigned int index(unsigned int limit) {
+        return below(40) != 0 ? below(limit) : isChosen() ? BORDER : static_cast<unsigned int>(random());
+    }
+
+    Array<Triangle> triples(unsigned int limit) {
+        Array<Triangle> values;
+        for (unsigned int i = length(); i > 0; --i) {
+            unsigned int const first = index(limit);
+            values.pushBack({first, below(6) != 0 ? index(limit) : first, index(limit)});
+        }
+        return values;
+    }
+
+    template <class Vector>
+    Array<Vector> vectors() {
+        Array<Vector> values;
+        for (unsigned int i = length(); i > 0; --i) {
+            Vector v;
+            v.x = static_cast<decltype(v.x)>(below(3));
+            v.y = static_cast<decltype(v.y)>(below(3));
+            v.z = static_cast<decltype(v.z)>(below(3));
+            values.pushBack(v);
+        }
+        return values;
+    }
+
+    Array<Color4<float>> colours() {
+        Array<Color4<float>> values;
+        for (unsigned int i = length(); i > 0; --i)
+            values.pushBack({static_cast<float>(below(3)), 0, 1, 0});
+        return values;
+    }
+
+    Array<Vector2<float>> coordinates() {
+        Array<Vector2<float>> values;
+        for (unsigned int i = length(); i > 0; --i)
+            values.pushBack({static_cast<float>(below(3)), 1});
+        return values;
+    }
+
+    std::mt19937 random;
+};
+
+void drawEverything(Mesh_RL_GL& renderer, unsigned int triangleCount) {
+    MeshShading shading;
+    shading.textureChannel = "uv";
+    for (shading.mode = 0; shading.mode < 4; ++shading.mode) {
+        for (shading.flags = 0; shading.flags < 4; ++shading.flags)
+            renderer.render(shading);
+    }
+    renderer.renderPoints(1);
+    renderer.renderEdges();
+    renderer.renderEdgesConnection();
+    renderer.renderEdgesUnconnected();
+    renderer.renderVertexNormals(1);
+    renderer.renderFaceNormals(1);
+    renderer.renderVertexNormals("points", "vectors", 1);
+    renderer.renderFaceNormals("points", "vectors", 1);
+    for (unsigned int t = 0; t <= triangleCount; ++t)
+        renderer.renderNormals(t, 1);
+    renderer.renderWithEdges({1, 1, 1, 1});
+    renderer.renderWithEdgesBlending({1, 1, 1, 1}, true);
+}
+
+// The sanitizers see every read outside an array.
+TEST_F(Mesh_RL_GL_contract_calls_test, whateverAMeshHoldsIsDrawnWithinItsArrays) {
+    unsigned int sound = 0;
+    unsigned int faulty = 0;
+    Mesh changing;
+    Mesh_RL_GL keeping(&changing, false);  // its buffers outlive what they were made of
+    for (unsigned int seed = 0; seed < 300; ++seed) {
+        Any_mesh(seed).fill(changing);
+        Mesh_RL_GL fresh(&changing, false);
+        for (Mesh_RL_GL* const subject : {&keeping, &fresh}) {
+            for (bool const hasBuffers : {true, false}) {
+                subject->useBufferObjects = hasBuffers;
+                drawEverything(*subject, changing.triangleCount());
+            }
+        }
+        bool const isSound = changing.surfaceFault() == MeshFault_ns::NONE;
+        ++(isSound ? sound : faulty);
+        unsigned int const corners = isSound ? changing.triangleCount() * 3 : 0;
+        gl_spy::Recording const recording;
+        keeping.useBufferObjects = true;
+        keeping.render();
+        keeping.useBufferObjects = false;
+        keeping.render();
+        ASSERT_EQ(recording.named("glDrawArrays").at(0).numbers.at(1), corners) << "seed " << seed;
+        ASSERT_EQ(onlyPrimitive(recording).vertices.size(), corners) << "seed " << seed;
+    }
+    EXPECT_GT(sound, 30U) << "both kinds are among them";
+    EXPECT_GT(faulty, 30U);
+}
+
+TEST_F(Mesh_RL_GL_contract_calls_test, trianglesWithoutAreaAreDrawnAsTheyAre) {
+    Mesh flat;
+    flat.setPositions({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {0, 1, 0}});
+    flat.setTriangles({{0, 1, 2}, {3, 3, 3}, {0, 1, 3}, {1, 1, 0}});
+    ASSERT_TRUE(flat.workNormals(0.5F));
+    ASSERT_TRUE(flat.workAdjacency());
+    ASSERT_EQ(flat.fault(), MeshFault_ns::NONE);
+    Mesh_RL_GL flatRenderer(&flat, false);
+    for (bool const hasBuffers : {true, false}) {
+        flatRenderer.useBufferObjects = hasBuffers;
+        drawEverything(flatRenderer, 4);
+    }
+    for (float const& component : contents(POSITIONS))
+        EXPECT_TRUE(std::isfinite(component));
+    for (unsigned int const normals : {SMOOTH, FACETED}) {
+        for (float const& component : contents(normals))
+            EXPECT_TRUE(std::isfinite(component));
+    }
+    EXPECT_EQ(contents(POSITIONS).size(), std::size_t{4} * 9);
 }
 
 }  // namespace
