@@ -139,14 +139,16 @@ void drawCell(Core_RL& layer, Cell const& cell, Area const& area) {
 
 /// The sheet from its oversampled pixels: each is the mean of a block. Blended drawings leave their opacity in
 /// the buffer; the sheet itself is opaque.
-viewport::Picture averaged(std::vector<unsigned char> const& samples) {
+viewport::Picture averaged(std::vector<unsigned char> const& samples, int const& width, int const& height) {
     constexpr std::size_t scale = SCALE;
-    constexpr std::size_t rowBytes = 4 * scale * sheetWidth;
+    auto const columns = static_cast<std::size_t>(width);
+    auto const rows = static_cast<std::size_t>(height);
+    std::size_t const rowBytes = 4 * scale * columns;
     constexpr unsigned int blockSize = SCALE * SCALE;
-    viewport::Picture picture{sheetWidth, sheetHeight, {}};
-    picture.pixels.reserve(std::size_t{4} * sheetWidth * sheetHeight);
-    for (std::size_t row = 0; row < sheetHeight; ++row) {
-        for (std::size_t column = 0; column < sheetWidth; ++column) {
+    viewport::Picture picture{width, height, {}};
+    picture.pixels.reserve(4 * columns * rows);
+    for (std::size_t row = 0; row < rows; ++row) {
+        for (std::size_t column = 0; column < columns; ++column) {
             unsigned char const* const block = samples.data() + row * scale * rowBytes + 4 * scale * column;
             for (std::size_t channel = 0; channel < 3; ++channel) {
                 unsigned int sum = blockSize / 2;
@@ -181,8 +183,15 @@ Vector3<float> View::direction() const {
 
 // == Sheet ==
 
+void fitToDrawings(Subject& subject, int const& width, int const& height) {
+    auto const rows = static_cast<int>(subject.rows.size());
+    auto const columns = static_cast<int>(subject.rows.front().cells.size());
+    subject.width = columns * width + (columns + 1) * MARGIN;
+    subject.height = rows * (height + LABEL_HEIGHT) + (rows + 1) * MARGIN;
+}
+
 viewport::Picture drawSheet(OffscreenContext& context, SheetLayer& layer, Subject const& subject) {
-    glViewport(0, 0, SCALE * sheetWidth, SCALE * sheetHeight);
+    glViewport(0, 0, SCALE * subject.width, SCALE * subject.height);
     glClearColor(PAPER.r, PAPER.g, PAPER.b, PAPER.a);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
 
@@ -194,7 +203,7 @@ viewport::Picture drawSheet(OffscreenContext& context, SheetLayer& layer, Subjec
         heights += row.height;
     }
     auto const rowCount = static_cast<int>(subject.rows.size());
-    int const freeHeight = sheetHeight - (rowCount + 1) * MARGIN;
+    int const freeHeight = subject.height - (rowCount + 1) * MARGIN;
     float above = 0.0F;
     int rowIndex = 0;
     for (Row const& row : subject.rows) {
@@ -206,12 +215,12 @@ viewport::Picture drawSheet(OffscreenContext& context, SheetLayer& layer, Subjec
         int const height = edge(above) - top;
 
         auto const cellCount = static_cast<int>(row.cells.size());
-        int const freeWidth = sheetWidth - (cellCount + 1) * MARGIN;
+        int const freeWidth = subject.width - (cellCount + 1) * MARGIN;
         for (int i = 0; i < cellCount; ++i) {
             int const left = freeWidth * i / cellCount;
             int const right = freeWidth * (i + 1) / cellCount;
             drawCell(layer, row.cells[static_cast<std::size_t>(i)],
-                     {(i + 1) * MARGIN + left, sheetHeight - (rowIndex + 1) * MARGIN - top - height,
+                     {(i + 1) * MARGIN + left, subject.height - (rowIndex + 1) * MARGIN - top - height,
                       right - left, height});
         }
         ++rowIndex;
@@ -220,7 +229,7 @@ viewport::Picture drawSheet(OffscreenContext& context, SheetLayer& layer, Subjec
     layer.popLineWidth();
     layer.popDepthTest();
 
-    return averaged(context.readPixels());
+    return averaged(context.readPixels(), subject.width, subject.height);
 }
 
 // == Lit ==

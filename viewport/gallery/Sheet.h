@@ -45,19 +45,25 @@ struct Row {
     std::vector<Cell> cells;
 };
 
+constexpr int sheetWidth = 1280;  // pixels
+constexpr int sheetHeight = 800;  // pixels
+
 /// What one picture shows.
 struct Subject {
     std::string name;  ///< part of the picture's file name
     std::string title;
-    std::string caption;    ///< one sentence or two
-    std::vector<Row> rows;  ///< from the top
+    std::string caption;       ///< one sentence or two
+    std::vector<Row> rows;     ///< from the top
+    int width = sheetWidth;    ///< of the picture, in pixels
+    int height = sheetHeight;  ///< alike
 };
 
-constexpr int sheetWidth = 1280;  // pixels
-constexpr int sheetHeight = 800;  // pixels
+/// Makes the picture as large as it must be for drawings of this size in pixels. All rows have equal heights and
+/// equally many cells, and the first cell has a label.
+void fitToDrawings(Subject& subject, int const& width, int const& height);
 
-/// Draws the subject. The context must be current and SheetLayer::oversampling times as wide and high as a
-/// sheet.
+/// Draws the subject. The context must be current and SheetLayer::oversampling times as wide and high as the
+/// subject.
 viewport::Picture drawSheet(OffscreenContext& context, SheetLayer& layer, Subject const& subject);
 
 /// Lights the surfaces that are drawn while it lives: two lights that stand with the viewer.

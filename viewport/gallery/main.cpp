@@ -1,6 +1,7 @@
 // vl_gallery: draws everything that the render layer can draw into pictures, and a page that shows them.
 
 #include "viewport/OffscreenContext.h"
+#include "viewport/gallery/ContactSheet.h"
 #include "viewport/gallery/IndexPage.h"
 #include "viewport/gallery/SheetLayer.h"
 #include "viewport/gallery/subjects.h"
@@ -33,6 +34,26 @@ std::string fileName(std::size_t const& index, Subject const& subject) {
     return number + subject.name + ".png";
 }
 
+/// A context in which sheets of this size are drawn.
+OffscreenContext::Settings settingsFor(int const& width, int const& height) {
+    OffscreenContext::Settings settings;
+    settings.width = SheetLayer::oversampling * width;
+    settings.height = SheetLayer::oversampling * height;
+    settings.debug = true;
+    return settings;
+}
+
+/// Draws a subject into a file.
+std::optional<Fault> drawInto(std::string const& file, OffscreenContext& context, SheetLayer& layer,
+                              Subject const& subject) {
+    viewport::Picture const picture = drawSheet(context, layer, subject);
+    std::vector<std::string> const errors = context.takeErrors();
+    if (!errors.empty()) {
+        return Fault{file, "OpenGL reports: " + errors.front()};
+    }
+    return picture.savePng(file);
+}
+
 std::optional<Fault> drawAll(OffscreenContext& context, std::string const& folder,
                              std::vector<Subject> const& subjects, std::string const& only) {
     auto const layer = std::make_unique<SheetLayer>();
@@ -41,12 +62,7 @@ std::optional<Fault> drawAll(OffscreenContext& context, std::string const& folde
             continue;
         }
         std::string const file = (fs::path(folder) / fileName(i, subjects[i])).string();
-        viewport::Picture const picture = drawSheet(context, *layer, subjects[i]);
-        std::vector<std::string> const errors = context.takeErrors();
-        if (!errors.empty()) {
-            return Fault{file, "OpenGL reports: " + errors.front()};
-        }
-        if (std::optional<Fault> fault = picture.savePng(file)) {
+        if (std::optional<Fault> fault = drawInto(file, context, *layer, subjects[i])) {
             return fault;
         }
     }
@@ -72,6 +88,28 @@ int fail(Fault const& fault) {
     return FAILURE;
 }
 
+int failWithoutGl(OffscreenContext const& context) {
+    std::cerr << "vl_gallery: " << context.error() << '\n';
+    return NO_GL;
+}
+
+int drawContactSheet(std::string const& file, std::string const& list) {
+    viewport::Result<Subject> const sheet = contactSheet(list);
+    if (!sheet.isOk()) {
+        return fail(sheet.fault());
+    }
+    OffscreenContext context(settingsFor(sheet.value().width, sheet.value().height));
+    if (!context.isValid()) {
+        return failWithoutGl(context);
+    }
+    auto const layer = std::make_unique<SheetLayer>();
+    if (std::optional<Fault> const fault = drawInto(file, context, *layer, sheet.value())) {
+        return fail(*fault);
+    }
+    std::cout << file << '\n';
+    return 0;
+}
+
 }  // namespace
 
 // A failing allocation may end the program.
@@ -83,6 +121,8 @@ int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape)
     std::string out;
     std::string only;
     std::string index;
+    std::string sheet;
+    std::string tiles;
     std::vector<std::string> names;
     names.reserve(subjects.size());
     for (Subject const& subject : subjects) {
@@ -95,6 +135,15 @@ int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape)
            std::string("Write only the index.html of this folder's pictures, with those listed in its ") +
                furtherPictures)
         ->excludes(outOption);
+    CLI::Option* const sheetOption =
+        app.add_option("--contact-sheet", sheet,
+                       "Draw the pictures of a list into this one, and nothing else")
+            ->excludes(outOption)
+            ->excludes("--index");
+    CLI::Option* const tilesOption =
+        app.add_option("--tiles", tiles, "The list: in each line a PNG file, a tab and a label")
+            ->needs(sheetOption);
+    sheetOption->needs(tilesOption);
     try {
         app.parse(argc, argv);
     } catch (CLI::ParseError const& error) {
@@ -104,9 +153,12 @@ int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape)
         std::cerr << "vl_gallery: " << error.what() << '\n';
         return USAGE_ERROR;
     }
-    if (out.empty() && index.empty()) {
-        std::cerr << "vl_gallery: --out or --index is required\n";
+    if (out.empty() && index.empty() && sheet.empty()) {
+        std::cerr << "vl_gallery: --out, --index or --contact-sheet is required\n";
         return USAGE_ERROR;
+    }
+    if (!sheet.empty()) {
+        return drawContactSheet(sheet, tiles);
     }
 
     std::string const folder = out.empty() ? index : out;
@@ -116,14 +168,9 @@ int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape)
         if (error) {
             return fail({folder, error.message()});
         }
-        OffscreenContext::Settings settings;
-        settings.width = SheetLayer::oversampling * sheetWidth;
-        settings.height = SheetLayer::oversampling * sheetHeight;
-        settings.debug = true;
-        OffscreenContext context(settings);
+        OffscreenContext context(settingsFor(sheetWidth, sheetHeight));
         if (!context.isValid()) {
-            std::cerr << "vl_gallery: " << context.error() << '\n';
-            return NO_GL;
+            return failWithoutGl(context);
         }
         if (std::optional<Fault> const fault = drawAll(context, folder, subjects, only)) {
             return fail(*fault);

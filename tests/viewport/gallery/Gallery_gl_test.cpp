@@ -127,11 +127,90 @@ TEST(Gallery, incompleteLineOfTheListIsAFault) {
 
 TEST(Gallery, senselessCommandLineIsAUsageError) {
     for (char const* arguments :
-         {"", "--only boxes", "--out x --only nothing", "--out x --index y", "--outs x"}) {
+         {"", "--only boxes", "--out x --only nothing", "--out x --index y", "--outs x", "--contact-sheet x",
+          "--tiles x", "--out x --contact-sheet y --tiles z"}) {
         Outcome const run = runGallery(arguments);
         EXPECT_EQ(run.exitStatus, 2) << arguments;
         EXPECT_EQ(std::count(run.output.begin(), run.output.end(), '\n'), 1) << run.output;
     }
+}
+
+/// A picture in which every pixel has another colour.
+void writeRamp(std::string const& path, int width, int height, unsigned char blue) {
+    Picture ramp{width, height, {}};
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            for (int const value : {5 * x, 7 * y, int{blue}, 255}) {
+                ramp.pixels.push_back(static_cast<unsigned char>(value));
+            }
+        }
+    }
+    ASSERT_FALSE(ramp.savePng(path).has_value());
+}
+
+TEST(Gallery, aContactSheetShowsItsPicturesPixelByPixel) {
+    constexpr int width = 41;
+    constexpr int height = 30;
+    TemporaryFolder const folder;
+    std::string list;
+    for (int i = 0; i < 5; ++i) {
+        std::string const name = std::to_string(i) + ".png";
+        writeRamp(folder.file(name), width, height, static_cast<unsigned char>(50 * i));
+        list += name + "\tlabel " + std::to_string(i) + "\n";
+    }
+    folder.write("list.tsv", list);
+    Outcome const run =
+        runGallery("--contact-sheet " + folder.file("sheet.png") + " --tiles " + folder.file("list.tsv"));
+    ASSERT_EQ(run.exitStatus, 0) << run.output;
+
+    auto const sheet = Picture::loadPng(folder.file("sheet.png"));
+    ASSERT_TRUE(sheet.isOk()) << sheet.fault().line();
+    // Five pictures in two rows of three, 10 pixels apart, each over a label of 24 pixels.
+    ASSERT_EQ(sheet.value().width, 3 * width + 4 * 10);
+    ASSERT_EQ(sheet.value().height, 2 * (height + 24) + 3 * 10);
+    for (int i = 0; i < 5; ++i) {
+        int const left = 10 + i % 3 * (width + 10);
+        int const top = 10 + i / 3 * (height + 24 + 10);
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                auto const index =
+                    4 * (static_cast<std::size_t>(top + y) * static_cast<std::size_t>(sheet.value().width) +
+                         static_cast<std::size_t>(left + x));
+                unsigned char const* const pixel = &sheet.value().pixels[index];
+                ASSERT_THAT(std::vector<int>(pixel, pixel + 4), ElementsAre(5 * x, 7 * y, 50 * i, 255))
+                    << "picture " << i << ", pixel " << x << ", " << y;
+            }
+        }
+    }
+}
+
+TEST(Gallery, aContactSheetOfBadPicturesIsAFault) {
+    TemporaryFolder const folder;
+    writeRamp(folder.file("a.png"), 20, 10, 0);
+    writeRamp(folder.file("b.png"), 20, 11, 0);
+    writeRamp(folder.file("wide.png"), 6000, 1, 0);
+    folder.write("text.png", "no picture");
+    struct {
+        char const* list;
+        char const* fault;
+    } const cases[] = {{"", "names no picture"},
+                       {"a.png\n", "line 1 is not a file and a label with a tab between them"},
+                       {"a.png\tA\nb.png\t\n", "line 2 is not a file and a label with a tab between them"},
+                       {"a.png\tA\nb.png\tB\n", "b.png: has another size than the first picture of the list"},
+                       {"wide.png\tA\n", "makes a sheet of more than 5461 pixels"},
+                       {"missing.png\tA\n", "missing.png: "},
+                       {"text.png\tA\n", "text.png: "}};
+    for (auto const& bad : cases) {
+        folder.write("list.tsv", bad.list);
+        Outcome const run =
+            runGallery("--contact-sheet " + folder.file("sheet.png") + " --tiles " + folder.file("list.tsv"));
+        EXPECT_EQ(run.exitStatus, 1) << bad.list;
+        EXPECT_THAT(run.output, HasSubstr(bad.fault));
+        EXPECT_THAT(folder.names(), Not(testing::Contains("sheet.png")));
+    }
+    Outcome const run = runGallery("--contact-sheet x.png --tiles " + folder.file("missing.tsv"));
+    EXPECT_EQ(run.exitStatus, 1);
+    EXPECT_THAT(run.output, HasSubstr("missing.tsv: cannot be read"));
 }
 
 TEST(Gallery, folderThatCannotBeMadeIsAFault) {
