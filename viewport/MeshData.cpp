@@ -17,6 +17,17 @@ std::string indexFault(std::size_t const& triangle, unsigned int const& index, s
            ", out of range: the mesh has " + std::to_string(count) + " vertices";
 }
 
+/// Triangles without are left out of a model.
+bool hasThreeCorners(MeshData::Triangle const& triangle, std::vector<Vector3<double>> const& positions) {
+    Vector3<double> const& a = positions[triangle.e0];
+    Vector3<double> const& b = positions[triangle.e1];
+    Vector3<double> const& c = positions[triangle.e2];
+    auto const differ = [](Vector3<double> const& v, Vector3<double> const& w) {
+        return v.x != w.x || v.y != w.y || v.z != w.z;
+    };
+    return differ(a, b) && differ(b, c) && differ(c, a);
+}
+
 }  // namespace
 
 std::optional<std::string> MeshData::firstFault() const {
@@ -47,6 +58,10 @@ std::optional<std::string> MeshData::firstFault() const {
         if (!isFinite(positions[i])) {
             return "vertex " + std::to_string(i) + " has a coordinate that is not a number or infinite";
         }
+    }
+    if (std::none_of(triangles.begin(), triangles.end(),
+                     [this](Triangle const& triangle) { return hasThreeCorners(triangle, positions); })) {
+        return "the mesh is empty: no triangle has three different corners";
     }
     for (std::size_t i = 0; i < count; ++i) {
         Color4<float> const& c = colours[i];

@@ -48,8 +48,8 @@ struct MeshData {
     std::uint64_t computedNormalCount = 0;  ///< of the normals, those that the file lacks or has as zero
     bool hasVertexColours = false;          ///< some colours were given per vertex, not by a material
 
-    /// What is wrong with the mesh, as the message of a fault, or nothing: lists of different lengths, no triangle,
-    /// an index out of range, a coordinate that is not a number or infinite.
+    /// What is wrong with the mesh, as the message of a fault, or nothing: lists of different lengths, no triangle (or
+    /// none with three different corners), an index out of range, a coordinate that is not a number or infinite.
     std::optional<std::string> firstFault() const;
 
     /// The smallest upright box around all vertices; empty meshes give a box of size 0 at the origin.

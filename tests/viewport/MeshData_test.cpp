@@ -35,6 +35,16 @@ TEST(MeshData, aMeshWithoutTrianglesIsEmpty) {
     EXPECT_THAT(faultOf(MeshData()), testing::HasSubstr("empty"));
 }
 
+TEST(MeshData, aMeshOfTrianglesThatShowNothingIsEmpty) {
+    MeshData mesh = triangle();
+    mesh.triangles = {{0, 0, 0}, {0, 1, 1}, {2, 0, 2}};
+    EXPECT_EQ(faultOf(mesh), "the mesh is empty: no triangle has three different corners");
+    mesh.triangles.push_back({0, 1, 2});
+    EXPECT_EQ(faultOf(mesh), "") << "one is enough; the others are left out";
+    mesh.positions[1] = mesh.positions[0];
+    EXPECT_THAT(faultOf(mesh), testing::HasSubstr("empty")) << "corners are told by their positions";
+}
+
 TEST(MeshData, theFirstIndexOutOfRangeIsNamed) {
     MeshData mesh = triangle();
     mesh.triangles.push_back({0, 3, 1});
