@@ -576,12 +576,22 @@ TEST_P(Particles_RL_GL_v2_records_calls_test, percentagesOverSeveralChunks) {
     ParticleSystem_v2& small = system;
     small.addParticles(CHUNK + 1234);
     for (unsigned int const channel : {1U, 2U, NONE}) {
-        for (float const percent :
-             {0.0F, 0.01F, 10.0F, 33.3F, 50.0F, 61.8F, 75.0F, 99.9F, 100.0F, 150.0F, -5.0F, NOT_A_NUMBER}) {
+        for (float const percent : {0.0F, 0.01F, 10.0F, 33.3F, 50.0F, 61.8F, 75.0F, 90.0F, 99.9F, 100.0F,
+                                    150.0F, -5.0F, NOT_A_NUMBER}) {
             look.channel = channel;
             look.percent = percent;
             expectRecords();
         }
+    }
+}
+
+TEST_P(Particles_RL_GL_v2_records_calls_test, recordsThatFillMoreThanACache) {
+    system.addParticles(25 * CHUNK + 77);
+    system.firstChunk()->release(5);
+    for (float const percent : {100.0F, 99.9F, 87.3F}) {
+        look.channel = 1;
+        look.percent = percent;
+        expectRecords();
     }
 }
 

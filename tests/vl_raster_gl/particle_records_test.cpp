@@ -47,13 +47,9 @@ std::vector<float> numbers(std::size_t const& count) {
     return result;
 }
 
-TEST_P(RecordWriters_test, allWriteTheSameBits) {
-    if (GetParam().writer == nullptr) {
-        GTEST_SKIP() << "this processor does not have the instructions";
-    }
-    constexpr std::size_t MOST = 1000;
-    std::vector<float> const positions = numbers(3 * MOST);
-    std::vector<float> const values = numbers(3 * MOST + 17);
+/// Compares what a writer and the plain one make of the same particles, with every colour and placing of the records.
+void expectSameBits(RecordWriter const& writer, std::vector<float> const& positions,
+                    std::vector<float> const& values, unsigned int const* offsets, std::size_t const& count) {
     RecordFormula formula{RecordColour::CONSTANT,
                           {0.5F, -1, 2},
                           {0.1F, 0.9F, -0.2F},
@@ -64,23 +60,49 @@ TEST_P(RecordWriters_test, allWriteTheSameBits) {
                           2};
     for (int source = 0; source <= static_cast<int>(RecordColour::TRUNCATED_SCALAR); ++source) {
         formula.source = static_cast<RecordColour>(source);
-        for (std::size_t const count : {0U, 1U, 3U, 4U, 7U, 8U, 9U, 31U, 1000U}) {
-            for (std::size_t const offset : {0U, 1U, 2U, 4U, 6U}) {
-                for (bool const streams : {false, true}) {
-                    std::vector<float> expected(6 * MOST + 16, 7.0F);
-                    std::vector<float> actual = expected;
-                    plainRecordWriter()(formula, positions.data(), values.data(), expected.data() + offset,
-                                        count, streams);
-                    GetParam().writer(formula, positions.data(), values.data(), actual.data() + offset, count,
-                                      streams);
-                    for (std::size_t k = 0; k < expected.size(); ++k) {
-                        bool const areBothNone = std::isnan(expected[k]) && std::isnan(actual[k]);
-                        ASSERT_TRUE(areBothNone || std::memcmp(&expected[k], &actual[k], sizeof(float)) == 0)
-                            << "source " << source << ", " << count << " records, offset " << offset
-                            << ", float " << k << ": " << actual[k] << " in place of " << expected[k];
-                    }
+        for (std::size_t const shift : {0U, 1U, 2U, 4U, 6U}) {
+            for (bool const streams : {false, true}) {
+                std::vector<float> expected(6 * count + 16, 7.0F);
+                std::vector<float> actual = expected;
+                plainRecordWriter()(formula, positions.data(), values.data(), offsets,
+                                    expected.data() + shift, count, streams);
+                writer(formula, positions.data(), values.data(), offsets, actual.data() + shift, count,
+                       streams);
+                for (std::size_t k = 0; k < expected.size(); ++k) {
+                    bool const areBothNone = std::isnan(expected[k]) && std::isnan(actual[k]);
+                    ASSERT_TRUE(areBothNone || std::memcmp(&expected[k], &actual[k], sizeof(float)) == 0)
+                        << "source " << source << ", " << count << " records, shifted by " << shift
+                        << ", float " << k << ": " << actual[k] << " in place of " << expected[k];
                 }
             }
+        }
+    }
+}
+
+TEST_P(RecordWriters_test, neighboursGetTheSameBits) {
+    if (GetParam().writer == nullptr) {
+        GTEST_SKIP() << "this processor does not have the instructions";
+    }
+    for (std::size_t const count : {0U, 1U, 3U, 4U, 7U, 8U, 9U, 31U, 1000U}) {
+        expectSameBits(GetParam().writer, numbers(3 * count), numbers(3 * count + 17), nullptr, count);
+    }
+}
+
+TEST_P(RecordWriters_test, chosenParticlesGetTheSameBits) {
+    if (GetParam().writer == nullptr) {
+        GTEST_SKIP() << "this processor does not have the instructions";
+    }
+    std::mt19937 random(3);
+    for (std::size_t const count : {1U, 3U, 4U, 8U, 9U, 31U, 1000U}) {
+        for (unsigned int const widest : {1U, 2U, 9U}) {
+            std::vector<unsigned int> offsets(1, 2);
+            while (offsets.size() < count) {
+                bool const hasGap = random() % 10 == 0;
+                offsets.push_back(offsets.back() + 1 + (hasGap ? random() % widest : 0));
+            }
+            // Behind the last vector stands one float more.
+            std::size_t const floats = std::size_t{3} * (offsets.back() + 1) + 1;
+            expectSameBits(GetParam().writer, numbers(floats), numbers(floats), offsets.data(), count);
         }
     }
 }
@@ -118,14 +140,17 @@ std::vector<bool> bySteps(unsigned int const& count, float const& percent, std::
         unsigned int const most = std::min(
             count - visited, random() % 4 == 0 ? 1U : static_cast<unsigned int>(random() % 20000) + 1);
         EvenThinning::Marks marks;
+        if (thinning.takesAll()) {
+            unsigned int const all = thinning.takeAll(most);
+            std::fill_n(result.begin() + visited, all, true);
+            visited += all;
+            continue;
+        }
         unsigned int const decided = thinning.decide(most, marks);
         EXPECT_GT(decided, 0U);
         EXPECT_LE(decided, most);
-        for (unsigned int k = 0; k < decided; ++k) {
-            result[visited + k] = thinning.marksSkipped();
-        }
         for (unsigned int k = 0; k < marks.count; ++k) {
-            result[visited + marks.offsets[k]] = !thinning.marksSkipped();
+            result[visited + marks.offsets[k]] = true;
         }
         visited += decided;
     }

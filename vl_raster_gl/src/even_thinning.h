@@ -16,27 +16,34 @@ namespace vellum {
 ///     EvenThinning thinning(system.size(), percent);
 ///     EvenThinning::Marks marks;
 ///     while (particles are left && !thinning.isComplete()) {
-///         unsigned int const decided = thinning.decide(left, marks);
-///         ... of the next `decided` particles, marks.offsets are the taken ones, or the skipped ones ...
+///         if (thinning.takesAll()) {
+///             ... of the next particles, thinning.takeAll(left) are taken ...
+///         } else {
+///             unsigned int const decided = thinning.decide(left, marks);
+///             ... of the next `decided` particles, marks.offsets are the taken ones ...
+///         }
 ///     }
 ///
 /// How it decides without a division for each particle: with q the largest quotient whose hundredfold is no
 /// more than the percentage, taken / visited rounds to q or less when it is below the number half-way between q
-/// and the next one up, or on it and q is even. Below 2^24 particles the product of that number and `visited`
-/// is exact in double precision, and where the next particle is taken, or skipped, follows by one product.
+/// and the next one up, or on it and q is even. Below 2^24 particles the product of that number, the bound, and
+/// `visited` is exact. The particles taken before one are then the integer part of the bound times the particles
+/// between the first one and it, and one more for the first; where the bound itself is not taken, products that
+/// are integers count one less.
 class EvenThinning {
 public:
-    /// Which of the particles that were decided on are taken, or skipped where most are taken.
+    /// Which of the particles that were decided on are taken.
     struct Marks {
-        static constexpr unsigned int MOST = 256;
+        static constexpr unsigned int MOST = 512;
 
         unsigned int count = 0;
-        unsigned int offsets[MOST];  // ascending, counted from the first particle that was decided on
+        unsigned int
+            offsets[MOST + 1];  // ascending, counted from the first particle; the last one is scratch
     };
 
     /// Percentages that are negative or not a number choose no particle, those above 100 choose all.
     EvenThinning(unsigned int const& count, float const& percent)
-        : percent(percent), wanted(_target(count, percent)), mostlyTaken(percent > 50.0F) {
+        : percent(percent), wanted(_target(count, percent)) {
         if (wanted != 0 && percent < 100.0F) {
             _findBound();
         }
@@ -46,31 +53,39 @@ public:
     unsigned int missing() const { return wanted - taken; }  ///< of them, those that were not taken yet
     bool isComplete() const { return taken == wanted; }      ///< whether all of them were taken
 
-    /// Whether marks are the skipped particles, not the taken ones.
-    bool marksSkipped() const { return mostlyTaken; }
+    /// Decides on `count` particles, or as many as are missing, all of which are taken. For 100 percent and more.
+    /// \return on how many.
+    unsigned int takeAll(unsigned int const& count) {
+        unsigned int const all = std::min(count, missing());
+        visited += all;
+        taken += all;
+        return all;
+    }
+
+    bool takesAll() const { return percent >= 100.0F; }  ///< Whether takeAll() decides.
 
     /// Decides on the next particles, at most `count` of them, at least one. `count` is above 0, and the
     /// thinning is not complete.
     /// \return on how many.
     unsigned int decide(unsigned int const& count, Marks& marks) {
         marks.count = 0;
-        if (percent >= 100.0F) {
-            unsigned int const all = std::min(count, missing());
-            visited += all;
-            taken += all;
-            return all;
-        }
-        isBeyondExact = isBeyondExact || visited + std::uint64_t{count} >= EXACT;
-        unsigned int const decided = isBeyondExact ? _decideOneByOne(count, marks)
-                                     : mostlyTaken ? _decideSkipped(count, marks)
-                                                   : _decideTaken(count, marks);
+        bool const isExact = visited + std::uint64_t{count} < EXACT;
+        unsigned int const decided = !isExact                 ? _decideOneByOne(count, marks)
+                                     : percent <= FEW_PERCENT ? _decideTaken(count, marks)
+                                                              : _decideAll(count, marks);
         visited += decided;
-        taken += mostlyTaken ? decided - marks.count : marks.count;
+        taken += marks.count;
         return decided;
     }
 
 private:
     static constexpr unsigned int EXACT = 1U << 24;  // counts below it are exact in single precision
+    static constexpr unsigned int GROUP = 8;
+    // Up to here it is faster to find the taken particles alone.
+    static constexpr float FEW_PERCENT = 12.0F;
+    // The bound has 25 binary digits, and above FEW_PERCENT no more than three zeros before them: all of them and
+    // a digit behind them are among the first 32 behind the point.
+    static constexpr unsigned int DIGITS = 32;
 
     static unsigned int _target(unsigned int const& count, float const& percent) {
         float const exact = static_cast<float>(count) * percent / 100.0F;
@@ -93,7 +108,7 @@ private:
         std::memcpy(&bits, &q, sizeof(bits));
         boundIsTaken = (bits & 1U) == 0;
         visitsPerTaken = 1.0 / bound;
-        visitsPerSkipped = 1.0 / (1.0 - bound);
+        step = static_cast<std::int64_t>(std::ldexp(bound, DIGITS));
     }
 
     bool _isTaken(unsigned int const& alreadyTaken, unsigned int const& alreadyVisited) const {
@@ -102,8 +117,8 @@ private:
         return alreadyVisited == 0 || quotient < limit || (boundIsTaken && quotient == limit);
     }
 
-    // No more than half of the particles are taken. Where each one stands follows from how many were taken before
-    // it, and from nothing else, so that many are found at once. The estimate is the particle or the one before it.
+    // Where each one stands follows from how many were taken before it, and from nothing else, so that many are
+    // found at once. The estimate is the particle or the one before it.
     unsigned int _decideTaken(unsigned int const& count, Marks& marks) const {
         int const end = static_cast<int>(visited + count);
         unsigned int const most = std::min(missing(), Marks::MOST);
@@ -122,73 +137,59 @@ private:
         return marks.offsets[most - 1] + 1;
     }
 
-    // More than half of them: the same with the skipped ones, which are those for which visited - before is too
-    // many. The estimate is the particle or one of the two before it.
-    unsigned int _decideSkipped(unsigned int const& count, Marks& marks) const {
-        int const end = static_cast<int>(visited + count);
-        int const onBound = boundIsTaken ? 0 : 1;
-        double const part = 1.0 - bound;
-        auto before = static_cast<double>(visited - taken);
-        unsigned int decided = count;
-        for (unsigned int k = 0; k < Marks::MOST; ++k, before += 1.0) {
-            auto index = static_cast<int>(std::min(before * visitsPerSkipped, double{EXACT}));
-            for (int tries = 0; tries < 2; ++tries) {
-                double const room = index * part;
-                // Without a branch: no processor could foresee it.
-                int const isSkipped =
-                    static_cast<int>(room > before) | (static_cast<int>(room == before) & onBound);
-                index += 1 - (isSkipped & static_cast<int>(index != 0));  // the first of all is never skipped
+    // Every particle is marked, over the mark before it where that one is not taken: cheaper than a branch that no
+    // processor could foresee. Groups without a gap are marked at once.
+    unsigned int _decideAll(unsigned int const& count, Marks& marks) const {
+        // The first particle of all is taken although 0 is not below 0 times the bound: the bound counts as taken
+        // there, and the rule for the others begins with the third.
+        bool const isStart = visited < 2;
+        unsigned int const decided = std::min(count, isStart ? 2 - visited : Marks::MOST);
+        std::int64_t const onBound = boundIsTaken || isStart ? 0 : 1;
+        std::int64_t const one = std::int64_t{1} << DIGITS;
+        // The particles taken before one, less those taken already.
+        std::int64_t place = (std::int64_t{visited} - 1) * step - onBound + (1 - std::int64_t{taken}) * one;
+        unsigned int k = 0;
+        for (; k + GROUP <= decided; k += GROUP) {
+            std::int64_t const first = place >> DIGITS;
+            std::int64_t const behind = place + GROUP * step;
+            if ((behind >> DIGITS) - first == GROUP) {
+                for (unsigned int j = 0; j < GROUP; ++j) {
+                    marks.offsets[first + j] = k + j;
+                }
+            } else {
+                for (unsigned int j = 0; j < GROUP; ++j) {
+                    marks.offsets[(place + j * step) >> DIGITS] = k + j;
+                }
             }
-            if (index >= end) {
-                decided = count;
-                break;
-            }
-            marks.offsets[k] = static_cast<unsigned int>(index) - visited;
-            marks.count = k + 1;
-            decided = marks.offsets[k] + 1;
+            place = behind;
         }
-        return _untilComplete(decided, marks);
+        for (; k < decided; ++k, place += step) {
+            marks.offsets[place >> DIGITS] = k;
+        }
+        marks.count = std::min(static_cast<unsigned int>(place >> DIGITS), missing());
+        return decided;
     }
 
     unsigned int _decideOneByOne(unsigned int const& count, Marks& marks) const {
+        unsigned int const most = std::min(missing(), Marks::MOST);
         unsigned int decided = 0;
-        unsigned int takenHere = 0;
-        while (decided < count && marks.count < Marks::MOST && takenHere < missing()) {
-            bool const takes = _isTaken(taken + takenHere, visited + decided);
-            if (takes != mostlyTaken) {
+        while (decided < count && marks.count < most) {
+            if (_isTaken(taken + marks.count, visited + decided)) {
                 marks.offsets[marks.count++] = decided;
             }
-            takenHere += takes ? 1 : 0;
             ++decided;
         }
         return decided;
     }
 
-    // Where more are taken than are missing, the last ones are left undecided.
-    unsigned int _untilComplete(unsigned int decided, Marks& marks) const {
-        while (decided - marks.count > missing()) {
-            unsigned int const tooMany = decided - marks.count - missing();
-            unsigned int const behindLast =
-                marks.count != 0 ? decided - marks.offsets[marks.count - 1] - 1 : decided;
-            if (tooMany <= behindLast) {
-                return decided - tooMany;
-            }
-            --marks.count;
-            decided = marks.offsets[marks.count];
-        }
-        return decided;
-    }
-
     float percent;
-    unsigned int wanted;  // particles to take in all
-    bool mostlyTaken;     // more than half
-    bool boundIsTaken = false;
-    double bound = 0;             // taken / visited up to here is taken; at here, too, where boundIsTaken
-    double visitsPerTaken = 0;    // 1 / bound
-    double visitsPerSkipped = 0;  // 1 / (1 - bound)
-    unsigned int taken = 0;       // at most wanted
-    unsigned int visited = 0;     // particles decided on
-    bool isBeyondExact = false;   // the rule is asked for every particle from here on
+    unsigned int wanted;        // particles to take in all
+    bool boundIsTaken = false;  // of taken / visited
+    double bound = 0;           // taken / visited below it is taken; on it, too, where boundIsTaken
+    double visitsPerTaken = 0;  // 1 / bound
+    std::int64_t step = 0;      // the bound, with DIGITS digits behind the point
+    unsigned int taken = 0;     // at most wanted
+    unsigned int visited = 0;   // particles decided on
 };
 
 }  // namespace vellum

@@ -3,8 +3,8 @@
 #include "foundation/geometry/ParticleEntry_v2.h"
 #include "foundation/geometry/ParticleSystemChunk_v2.h"
 
-#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 namespace vellum {
@@ -27,117 +27,94 @@ RecordWriter fastestRecordWriter() {
     return plainRecordWriter();
 }
 
-// Takes particles in runs of neighbours and writes their records. Long runs are written straight from the
-// channels; short ones are first put together, so that the writer always has many at once.
+// Takes particles and writes their records. Many at once are written straight from the channels; few are first put
+// together, so that the writer always has many.
 template <unsigned int valueFloats>
 class RecordSink {
 public:
     RecordSink(RecordFormula const& formula, float* out, bool const& streams)
         : formula(formula), out(out), streams(streams) {}
 
-    // One particle or more, of `readable` that stand there.
-    void put(float const* positions, float const* values, unsigned int const& count,
-             unsigned int const& readable) {
-        if (count >= LONG_RUN) {
-            flush();
-            _write(positions, values, count);
-        } else {
-            _stage(positions, values, count, readable);
+    // `count` particles: those at the offsets, ascending, or without offsets the first ones of a run of neighbours
+    // that is `readable` long.
+    void put(float const* positions, float const* values, unsigned int const* offsets,
+             unsigned int const& count, unsigned int const& readable) {
+        if (count == 0) {
+            return;
         }
-        lastPosition = positions + POSITION_FLOATS * (count - 1);
-        lastValue = values + valueFloats * (count - 1);
-    }
-
-    // Of `count` particles all that are not marked, of `readable` that stand there.
-    void putAllBut(float const* positions, float const* values, unsigned int const& count,
-                   EvenThinning::Marks const& marks, unsigned int const& readable) {
-        unsigned int first = 0;
-        for (unsigned int k = 0; k <= marks.count; ++k) {
-            unsigned int const end = k < marks.count ? marks.offsets[k] : count;
-            if (first < end) {
-                put(positions + POSITION_FLOATS * first, values + valueFloats * first, end - first,
-                    readable - first);
-            }
-            first = end + 1;
-        }
-    }
-
-    // The particles at `number` offsets, ascending.
-    void putEach(float const* positions, float const* values, unsigned int const* offsets,
-                 unsigned int const& number) {
+        unsigned int const last = offsets != nullptr ? offsets[count - 1] : count - 1;
+        lastPosition = positions + POSITION_FLOATS * last;
+        lastValue = values + std::size_t{valueFloats} * last;
         unsigned int k = 0;
-        while (k < number) {
-            unsigned int const end = std::min(number, k + STAGE - staged);
-            float* position = stagedPositions + POSITION_FLOATS * staged;
-            float* value = stagedValues + valueFloats * staged;
-            staged += end - k;
-            for (; k < end; ++k) {
-                unsigned int const offset = offsets[k];
-                std::memcpy(position, positions + POSITION_FLOATS * offset, POSITION_FLOATS * sizeof(float));
-                position += POSITION_FLOATS;
-                if constexpr (valueFloats != 0) {
-                    std::memcpy(value, values + valueFloats * offset, valueFloats * sizeof(float));
-                    value += valueFloats;
-                }
-            }
-            if (staged == STAGE) {
-                flush();
-            }
+        if (count >= MANY) {
+            // Up to the end of a line what was put together, whole lines from the channels, and the rest again.
+            k = (LINE_RECORDS - _beyondLine(staged)) % LINE_RECORDS;
+            _stage(positions, values, offsets, 0, k);
+            flush();
+            unsigned int end = count - (count - k) % LINE_RECORDS;
+            // Behind the last one of the run nothing may be read.
+            end -= end == count && last + 1 == readable ? LINE_RECORDS : 0;
+            _write(_first<POSITION_FLOATS>(positions, offsets, k), _first<valueFloats>(values, offsets, k),
+                   offsets != nullptr ? offsets + k : nullptr, end - k);
+            k = end;
         }
-        if (number != 0) {
-            lastPosition = positions + POSITION_FLOATS * offsets[number - 1];
-            lastValue = values + valueFloats * offsets[number - 1];
+        _stage(positions, values, offsets, k, count);
+        if (staged >= STAGE) {
+            flush();
         }
     }
 
     // The particle that came last, once more.
-    void repeatLast() { _stage(lastPosition, lastValue, 1, 1); }
+    void repeatLast() { put(lastPosition, lastValue, nullptr, 1, 1); }
 
     void flush() {
         if (staged != 0) {
-            _write(stagedPositions, stagedValues, staged);
+            _write(stagedPositions, stagedValues, nullptr, staged);
             staged = 0;
         }
     }
 
 private:
-    static constexpr unsigned int LONG_RUN = 256;
-    static constexpr unsigned int STAGE = 512;  // a multiple of what writers take at once
-    static constexpr unsigned int STRIDE = 4;
+    static constexpr unsigned int MANY = 64;
+    static constexpr unsigned int STAGE = 256;
+    static constexpr unsigned int LINE_RECORDS = 8;  // fill lines of the cache, 64 bytes each, to the end
 
-    void _stage(float const* positions, float const* values, unsigned int count, unsigned int readable) {
-        while (count != 0) {
-            unsigned int const now = std::min(count, STAGE - staged);
-            _copy<POSITION_FLOATS>(positions, stagedPositions + POSITION_FLOATS * staged, now, readable);
-            if constexpr (valueFloats != 0) {
-                _copy<valueFloats>(values, stagedValues + valueFloats * staged, now, readable);
-            }
-            positions += POSITION_FLOATS * now;
-            values += valueFloats * now;
-            count -= now;
-            readable -= now;
-            staged += now;
-            if (staged == STAGE) {
-                flush();
-            }
-        }
-    }
-
-    // Four at a time, also beyond the last one where that may be read: what is too much is written over next.
+    // The first of the neighbours from number k on; offsets are counted from where they were.
     template <unsigned int floats>
-    static void _copy(float const* from, float* to, unsigned int const& count, unsigned int const& readable) {
-        if (count + STRIDE > readable) {
-            std::memcpy(to, from, floats * count * sizeof(float));
-            return;
+    static float const* _first(float const* from, unsigned int const* offsets, unsigned int const& k) {
+        return offsets != nullptr ? from : from + std::size_t{floats} * k;
+    }
+
+    // Of so many records, those behind the last end of a line that is the end of a record, too.
+    unsigned int _beyondLine(unsigned int const& count) const {
+        // In units of 8 bytes, of which a line has 8 and a record 3: three times 3 is 1 more than a line.
+        std::uintptr_t const start = reinterpret_cast<std::uintptr_t>(out) / 8;
+        return static_cast<unsigned int>((count + 3 * start) % LINE_RECORDS);
+    }
+
+    void _stage(float const* positions, float const* values, unsigned int const* offsets,
+                unsigned int const& first, unsigned int const& end) {
+        _copy<POSITION_FLOATS>(positions, offsets, first, end, stagedPositions + POSITION_FLOATS * staged);
+        if constexpr (valueFloats != 0) {
+            _copy<valueFloats>(values, offsets, first, end, stagedValues + valueFloats * staged);
         }
-        for (unsigned int k = 0; k < count; k += STRIDE) {
-            std::memcpy(to + floats * k, from + floats * k, floats * STRIDE * sizeof(float));
+        staged += end - first;
+    }
+
+    template <unsigned int floats>
+    static void _copy(float const* from, unsigned int const* offsets, unsigned int const& first,
+                      unsigned int const& end, float* to) {
+        for (unsigned int k = first; k < end; ++k) {
+            unsigned int const particle = offsets != nullptr ? offsets[k] : k;
+            std::memcpy(to, from + std::size_t{floats} * particle, floats * sizeof(float));
+            to += floats;
         }
     }
 
-    void _write(float const* positions, float const* values, unsigned int const& count) {
+    void _write(float const* positions, float const* values, unsigned int const* offsets,
+                unsigned int const& count) {
         static RecordWriter const writer = fastestRecordWriter();
-        writer(formula, positions, values, out, count, streams);
+        writer(formula, positions, values, offsets, out, count, streams);
         out += RECORD_FLOATS * count;
     }
 
@@ -147,8 +124,8 @@ private:
     float const* lastPosition = nullptr;  // of the particle that was put last
     float const* lastValue = nullptr;     // alike
     unsigned int staged = 0;              // particles below
-    float stagedPositions[POSITION_FLOATS * (STAGE + STRIDE)];
-    float stagedValues[3 * (STAGE + STRIDE)];
+    float stagedPositions[POSITION_FLOATS * (STAGE + MANY)];
+    float stagedValues[3 * (STAGE + MANY)];
 };
 
 // Calls `run(slot, count)` for neighbours that live, in the order of iterators, until it answers false.
@@ -207,13 +184,15 @@ void writeRecords(ParticleSystem_v2 const& system, unsigned int const& channel, 
         }
         forLivingRuns(*chunk, [&](unsigned int slot, unsigned int count) {
             while (count != 0 && !thinning.isComplete()) {
-                unsigned int const decided = thinning.decide(count, marks);
                 float const* const from = positions + POSITION_FLOATS * slot;
                 float const* const valuesFrom = values + std::size_t{valueFloats} * slot;
-                if (thinning.marksSkipped()) {
-                    sink.putAllBut(from, valuesFrom, decided, marks, count);
+                unsigned int decided = 0;
+                if (thinning.takesAll()) {
+                    decided = thinning.takeAll(count);
+                    sink.put(from, valuesFrom, nullptr, decided, count);
                 } else {
-                    sink.putEach(from, valuesFrom, marks.offsets, marks.count);
+                    decided = thinning.decide(count, marks);
+                    sink.put(from, valuesFrom, marks.offsets, marks.count, count);
                 }
                 slot += decided;
                 count -= decided;

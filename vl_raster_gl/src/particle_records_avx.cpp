@@ -1,6 +1,8 @@
 // Compiled for processors with AVX, where the compiler can. What is here runs only after the processor was asked.
 #include "record_formula.h"
 
+#include <cstdint>
+
 #if defined(__AVX__)
 
 #include <immintrin.h>
@@ -14,6 +16,20 @@ struct Lanes {
 
     static Register all(float value) { return _mm256_set1_ps(value); }
     static Register load(float const* values) { return _mm256_loadu_ps(values); }
+    // Begins to read what is there, if anything is.
+    static void fetch(std::uintptr_t address) {
+        _mm_prefetch(reinterpret_cast<char const*>(address), _MM_HINT_T0);
+    }
+    // Of each particle its vector and a float more; in the other half those of the particle four further on.
+    static Register loadVectors(float const* vectors, unsigned int const* offsets) {
+        return _mm256_insertf128_ps(
+            _mm256_castps128_ps256(_mm_loadu_ps(vectors + std::size_t{3} * offsets[0])),
+            _mm_loadu_ps(vectors + std::size_t{3} * offsets[4]), 1);
+    }
+    static Register loadFloats(float const* values, unsigned int const* offsets) {
+        return _mm256_setr_ps(values[offsets[0]], values[offsets[1]], values[offsets[2]], values[offsets[3]],
+                              values[offsets[4]], values[offsets[5]], values[offsets[6]], values[offsets[7]]);
+    }
     template <class Row>
     static Row loadRow(float const* vectors) {
         return {_halves(vectors), _halves(vectors + 4), _halves(vectors + 8)};
@@ -48,17 +64,16 @@ struct Lanes {
     static void store(float* out, Register a, Register b, Register c, Register d, Register e, Register f) {
         constexpr int LOW = 0x20;
         constexpr int HIGH = 0x31;
-        _store<streams>(out, _mm256_permute2f128_ps(a, b, LOW));
-        _store<streams>(out + 8, _mm256_permute2f128_ps(c, d, LOW));
-        _store<streams>(out + 16, _mm256_permute2f128_ps(e, f, LOW));
-        _store<streams>(out + 24, _mm256_permute2f128_ps(a, b, HIGH));
-        _store<streams>(out + 32, _mm256_permute2f128_ps(c, d, HIGH));
-        _store<streams>(out + 40, _mm256_permute2f128_ps(e, f, HIGH));
+        storeOne<streams>(out, _mm256_permute2f128_ps(a, b, LOW));
+        storeOne<streams>(out + 8, _mm256_permute2f128_ps(c, d, LOW));
+        storeOne<streams>(out + 16, _mm256_permute2f128_ps(e, f, LOW));
+        storeOne<streams>(out + 24, _mm256_permute2f128_ps(a, b, HIGH));
+        storeOne<streams>(out + 32, _mm256_permute2f128_ps(c, d, HIGH));
+        storeOne<streams>(out + 40, _mm256_permute2f128_ps(e, f, HIGH));
     }
 
-private:
     template <bool streams>
-    static void _store(float* out, Register a) {
+    static void storeOne(float* out, Register a) {
         if constexpr (streams) {
             _mm256_stream_ps(out, a);
         } else {
@@ -66,6 +81,7 @@ private:
         }
     }
 
+private:
     // Four floats of the first four vectors, and the same four of the next four.
     static Register _halves(float const* vectors) {
         return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(vectors)), _mm_loadu_ps(vectors + 12),

@@ -2,6 +2,7 @@
 #include "particle_records.h"
 
 #include <cmath>
+#include <cstring>
 
 namespace vellum {
 
@@ -49,20 +50,18 @@ private:
     RecordFormula const& f;
 };
 
-void writePlainly(RecordFormula const& formula, float const* positions, float const* values, float* out,
-                  std::size_t const& count, bool const& /*streams*/) {
+void writePlainly(RecordFormula const& formula, float const* positions, float const* values,
+                  unsigned int const* offsets, float* out, std::size_t const& count,
+                  bool const& /*streams*/) {
     PlainColours const colours(formula);
     unsigned int const valueCount = valuesPerParticle(formula.source);
     for (std::size_t k = 0; k < count; ++k) {
-        Vector3<float> const colour = colours.of(values);
-        out[0] = positions[0];
-        out[1] = positions[1];
-        out[2] = positions[2];
+        std::size_t const particle = offsets != nullptr ? offsets[k] : k;
+        Vector3<float> const colour = colours.of(values + valueCount * particle);
+        std::memcpy(out, positions + 3 * particle, 3 * sizeof(float));
         out[3] = colour.x;
         out[4] = colour.y;
         out[5] = colour.z;
-        positions += 3;
-        values += valueCount;
         out += 6;
     }
 }

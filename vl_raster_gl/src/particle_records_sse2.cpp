@@ -1,5 +1,7 @@
 #include "record_formula.h"
 
+#include <cstdint>
+
 #if defined(__SSE2__)
 
 #include <emmintrin.h>
@@ -13,6 +15,17 @@ struct Lanes {
 
     static Register all(float value) { return _mm_set1_ps(value); }
     static Register load(float const* values) { return _mm_loadu_ps(values); }
+    // Begins to read what is there, if anything is.
+    static void fetch(std::uintptr_t address) {
+        _mm_prefetch(reinterpret_cast<char const*>(address), _MM_HINT_T0);
+    }
+    // Of each particle its vector and a float more.
+    static Register loadVectors(float const* vectors, unsigned int const* offsets) {
+        return _mm_loadu_ps(vectors + std::size_t{3} * *offsets);
+    }
+    static Register loadFloats(float const* values, unsigned int const* offsets) {
+        return _mm_setr_ps(values[offsets[0]], values[offsets[1]], values[offsets[2]], values[offsets[3]]);
+    }
     template <class Row>
     static Row loadRow(float const* vectors) {
         return {_mm_loadu_ps(vectors), _mm_loadu_ps(vectors + 4), _mm_loadu_ps(vectors + 8)};
@@ -42,17 +55,16 @@ struct Lanes {
 
     template <bool streams>
     static void store(float* out, Register a, Register b, Register c, Register d, Register e, Register f) {
-        _store<streams>(out, a);
-        _store<streams>(out + 4, b);
-        _store<streams>(out + 8, c);
-        _store<streams>(out + 12, d);
-        _store<streams>(out + 16, e);
-        _store<streams>(out + 20, f);
+        storeOne<streams>(out, a);
+        storeOne<streams>(out + 4, b);
+        storeOne<streams>(out + 8, c);
+        storeOne<streams>(out + 12, d);
+        storeOne<streams>(out + 16, e);
+        storeOne<streams>(out + 20, f);
     }
 
-private:
     template <bool streams>
-    static void _store(float* out, Register a) {
+    static void storeOne(float* out, Register a) {
         if constexpr (streams) {
             _mm_stream_ps(out, a);
         } else {

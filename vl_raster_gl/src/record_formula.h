@@ -36,8 +36,11 @@ struct RecordFormula {
 
 /// Writes `count` records of six floats, position and colour, strictly forward. Positions are three floats
 /// each, values three, one or none, as the source has it.
+/// \param offsets which particles are written, counted from the first one; null for one after the other. Behind
+///        each of them a float more may be read.
 /// \param streams the records are so many that they had better not go through the processor's cache.
 using RecordWriter = void (*)(RecordFormula const& formula, float const* positions, float const* values,
-                              float* out, std::size_t const& count, bool const& streams);
+                              unsigned int const* offsets, float* out, std::size_t const& count,
+                              bool const& streams);
 
 }  // namespace vellum
