@@ -31,8 +31,8 @@ enum MeshFlags : unsigned int {
 ///     Mesh mesh;
 ///     mesh.setPositions(positions);
 ///     mesh.setTriangles(triangles);
-///     mesh.workNormals(0.7F);                 // hard edges from about 40 degrees on
 ///     mesh.workAdjacency();
+///     mesh.workNormals(0.7F);                 // hard edges from about 40 degrees on
 ///     if (mesh.fault() != MeshFault_ns::NONE) report(MeshFault_ns::text(mesh.fault()));
 ///
 ///     VL_ArrayServer.resolve(mesh.positions())->as<Vector3<double>>()[0] = {0, 0, 1};
@@ -118,8 +118,8 @@ public:
     /// Normal i belongs to vertex i; the further normals of creased vertices follow behind. Vertices and
     /// triangles without area have the normal (0, 0, 0).
     ///
-    /// Cost: one pass over the triangles without a crease, three with one; adjacency is derived on the way
-    /// when the mesh has none that is newer than its triangles.
+    /// Cost: one pass over the triangles without a crease, three with one; adjacency is derived on the way,
+    /// and not kept, when the mesh has none that is newer than its triangles. So derive it first.
     bool workNormals(float const& creaseAngle = NO_CREASE);
 
     /// Only the face normals.
