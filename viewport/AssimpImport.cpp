@@ -393,4 +393,8 @@ Result<MeshData> importWithAssimp(std::string const& path) {
     return mesh;
 }
 
+bool isMeshExtension(std::string const& extension) {
+    return !extension.empty() && Assimp::Importer().IsExtensionSupported(extension);
+}
+
 }  // namespace vellum::viewport

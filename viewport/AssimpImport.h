@@ -19,4 +19,7 @@ namespace vellum::viewport {
 /// leave this function.
 Result<MeshData> importWithAssimp(std::string const& path);
 
+/// Whether Assimp has an importer for files with this extension, which starts with a dot.
+bool isMeshExtension(std::string const& extension);
+
 }  // namespace vellum::viewport

@@ -68,7 +68,36 @@ std::string describeMesh(std::string const& path, MeshData const& mesh) {
            line("from", point(box.min)) + line("to", point(box.max)) + line("size", point(box.max - box.min));
 }
 
-std::string describeDriver(Core_RL& layer) {
+std::string describeParticles(std::string const& path, ParticleFrames const& frames,
+                              std::size_t const& shown) {
+    ParticleFrame const& frame = frames.frames[shown];
+    std::size_t const count = frame.positions.size();
+    std::string channels;
+    for (ParticleChannel const& channel : frame.channels) {
+        channels += (channels.empty() ? "" : ", ") + Fault{"", channel.name}.line();
+    }
+    std::string time = "timestep " + std::to_string(frame.timestep);
+    if (frame.time) {
+        time += ", time " + shortest(*frame.time);
+    }
+    std::string text = Fault{"", path}.line() + "\n" + line("frames", std::to_string(frames.frames.size())) +
+                       line("frame shown", std::to_string(shown) + " (" + time + ")") +
+                       line("particles", std::to_string(count)) +
+                       line("velocities", yesOrNo(!frame.velocities.empty())) +
+                       line("channels", channels.empty() ? "none" : channels);
+    if (frame.box) {
+        ParticleBox const& box = *frame.box;
+        text += line("box from", point(box.origin)) +
+                line("box to", point(box.origin + box.edges[0] + box.edges[1] + box.edges[2]));
+    }
+    // Place, colour vector and entry in the container.
+    constexpr std::size_t bytesPerParticle = 28;
+    constexpr double megabyte = 1 << 20;
+    return text + line("particle memory",
+                       shortest(static_cast<double>(count * bytesPerParticle) / megabyte) + " MB");
+}
+
+std::string describeDriver(Core_RL_GL& layer) {
     std::string text =
         "OpenGL\n" + line("version", driverString(GL_VERSION)) +
         line("shading language", driverString(GL_SHADING_LANGUAGE_VERSION)) +
@@ -77,7 +106,8 @@ std::string describeDriver(Core_RL& layer) {
         line("largest texture", std::to_string(driverInteger(GL_MAX_TEXTURE_SIZE)) + " pixels") +
         line("samples per pixel", std::to_string(driverInteger(GL_SAMPLES))) +
         line("memory", memory(layer.getTotalGpuMemory())) +
-        line("free memory", memory(layer.getFreeGpuMemory()));
+        line("free memory", memory(layer.Core_RL_GL::getFreeGpuMemory())) +
+        line("taken to be free", memory(layer.getFreeGpuMemory()));
     for (char const* const extension : {"GL_ARB_vertex_buffer_object", "GL_EXT_geometry_shader4",
                                         "GL_NVX_gpu_memory_info", "GL_ATI_meminfo", "GL_KHR_debug"}) {
         text += line(std::string(extension), yesOrNo(layer.isExtensionSupported(extension)));

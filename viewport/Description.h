@@ -1,7 +1,8 @@
 #pragma once
 
-#include "foundation/raster/Core_RL.h"
+#include "Core_RL_GL.h"
 #include "viewport/MeshData.h"
+#include "viewport/ParticleFrames.h"
 
 #include <string>
 
@@ -10,7 +11,11 @@ namespace vellum::viewport {
 /// What a file holds, in complete lines for --info.
 std::string describeMesh(std::string const& path, MeshData const& mesh);
 
+/// What a file of particles holds, and of which frame the picture is.
+std::string describeParticles(std::string const& path, ParticleFrames const& frames,
+                              std::size_t const& shown);
+
 /// What the driver of the current context offers, in complete lines for --info.
-std::string describeDriver(Core_RL& layer);
+std::string describeDriver(Core_RL_GL& layer);
 
 }  // namespace vellum::viewport

@@ -19,6 +19,8 @@ std::map<std::string, Shading> const shadings{{"box", Shading::box},
 std::map<std::string, Normals> const normalKinds{{"vertex", Normals::vertex}, {"face", Normals::face}};
 std::map<std::string, Gizmo> const gizmos{
     {"move", Gizmo::move}, {"rotate", Gizmo::rotate}, {"scale", Gizmo::scale}};
+std::map<std::string, ParticleMode> const particleModes{
+    {"points", ParticleMode::points}, {"spheres", ParticleMode::spheres}, {"arrows", ParticleMode::arrows}};
 std::map<std::string, View> const views{
     {"perspective", View::perspective}, {"front", View::front}, {"back", View::back},  {"top", View::top},
     {"bottom", View::bottom},           {"left", View::left},   {"right", View::right}};
@@ -29,6 +31,42 @@ std::optional<int> toNumber(std::string_view const& text) {
     auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     bool const isWhole = error == std::errc() && end == text.data() + text.size() && text.front() != '-';
     return isWhole ? std::optional<int>(number) : std::nullopt;
+}
+
+/// A finite number without blanks around it.
+std::optional<double> toReal(std::string_view const& text) {
+    double number = 0;
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    bool const isWhole = error == std::errc() && end == text.data() + text.size() && std::isfinite(number);
+    return isWhole ? std::optional<double>(number) : std::nullopt;
+}
+
+/// The parts of a text between separators.
+std::vector<std::string_view> split(std::string_view text, char const& separator) {
+    std::vector<std::string_view> parts;
+    std::size_t end = 0;
+    while ((end = text.find(separator)) != std::string_view::npos) {
+        parts.push_back(text.substr(0, end));
+        text.remove_prefix(end + 1);
+    }
+    parts.push_back(text);
+    return parts;
+}
+
+/// A colour as six hexadecimal digits, with or without a '#' before them.
+std::optional<Color4<float>> toColour(std::string_view text) {
+    if (!text.empty() && text.front() == '#') {
+        text.remove_prefix(1);
+    }
+    unsigned int number = 0;
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, 16);
+    if (error != std::errc() || end != text.data() + text.size() || text.size() != 6) {
+        return std::nullopt;
+    }
+    auto const channel = [&number](unsigned int const& shift) {
+        return static_cast<float>(number >> shift & 0xFFU) / 255.0F;
+    };
+    return Color4<float>{channel(16), channel(8), channel(0), 1};
 }
 
 /// Two numbers with a separator between them.
@@ -56,11 +94,19 @@ struct Words {
     std::string pick;
     std::string timeout;
     std::string memory;
+    std::string particles;
+    std::string percent;
+    std::string particleSize;
+    std::string range;
+    std::string colours;
+    std::string frame;
+    std::string gpuMemory;
 };
 
-template <class Value>
+/// \param value a Value, or an optional one.
+template <class Value, class Place>
 std::string readMode(char const* const option, std::string const& word,
-                     std::map<std::string, Value> const& modes, Value& value) {
+                     std::map<std::string, Value> const& modes, Place& value) {
     if (word.empty()) {
         return {};
     }
@@ -129,15 +175,83 @@ std::string readLimits(Words const& words, Options& options) {
     return {};
 }
 
+std::string readRange(std::string const& word, ParticleOptions& options) {
+    if (word.empty()) {
+        return {};
+    }
+    std::vector<std::string_view> const ends = split(word, ',');
+    std::optional<double> const low = toReal(ends.front());
+    std::optional<double> const high = toReal(ends.back());
+    if (ends.size() != 2 || !low || !high || !(*low < *high)) {
+        return "--range: '" + word + "' is not MIN,MAX, two numbers of which the second is the larger one";
+    }
+    options.range = ValueRange{*low, *high};
+    return {};
+}
+
+std::string readColours(std::string const& word, ParticleOptions& options) {
+    if (word.empty()) {
+        return {};
+    }
+    std::vector<std::string_view> const words = split(word, ',');
+    Color4<float>* const colours[] = {&options.colours.low, &options.colours.high, &options.colours.above};
+    bool isRead = words.size() == 2 || words.size() == 3;
+    for (std::size_t i = 0; isRead && i < words.size(); ++i) {
+        std::optional<Color4<float>> const colour = toColour(words[i]);
+        isRead = colour.has_value();
+        *colours[i] = colour.value_or(*colours[i]);
+    }
+    return isRead ? std::string()
+                  : "--colors: '" + word + "' is not LOW,HIGH or LOW,HIGH,ABOVE, each as RRGGBB";
+}
+
+std::string readParticles(Words const& words, Options& options) {
+    ParticleOptions& particles = options.particles;
+    constexpr unsigned int mostMegabytes = 1 << 20;
+    if (!words.percent.empty()) {
+        std::optional<double> const percent = toReal(words.percent);
+        if (!percent || *percent < 0 || *percent > 100) {
+            return "--percent: '" + words.percent + "' is not a number from 0 to 100";
+        }
+        particles.percent = static_cast<float>(*percent);
+    }
+    if (!words.particleSize.empty()) {
+        particles.size = toReal(words.particleSize);
+        if (!particles.size || !(*particles.size > 0)) {
+            return "--size-of-particles: '" + words.particleSize + "' is not a number above 0";
+        }
+    }
+    if (!words.frame.empty()) {
+        std::optional<int> const frame = toNumber(words.frame);
+        if (!frame) {
+            return "--frame: '" + words.frame + "' is not the number of a frame, counted from 0";
+        }
+        particles.frame = static_cast<std::size_t>(*frame);
+    }
+    if (!words.gpuMemory.empty()) {
+        std::optional<int> const megabytes = toNumber(words.gpuMemory);
+        if (!megabytes || static_cast<unsigned int>(*megabytes) > mostMegabytes) {
+            return "--gpu-memory: '" + words.gpuMemory + "' is not a number of megabytes from 0 to " +
+                   std::to_string(mostMegabytes);
+        }
+        options.gpuMemory = static_cast<unsigned int>(*megabytes);
+    }
+    std::string const fault = readRange(words.range, particles);
+    return fault.empty() ? readColours(words.colours, particles) : fault;
+}
+
 /// The first thing wrong with the words, or an empty text.
 std::string read(Words const& words, Options& options) {
-    std::string const faults[] = {readMode("--shading", words.shading, shadings, options.shading),
-                                  readMode("--normals", words.normals, normalKinds, options.normals),
-                                  readMode("--gizmo", words.gizmo, gizmos, options.gizmo),
-                                  readMode("--view", words.view, views, options.view),
-                                  readSize(words.size, options),
-                                  readPick(words.pick, options),
-                                  readLimits(words, options)};
+    std::string const faults[] = {
+        readMode("--shading", words.shading, shadings, options.shading),
+        readMode("--normals", words.normals, normalKinds, options.normals),
+        readMode("--gizmo", words.gizmo, gizmos, options.gizmo),
+        readMode("--view", words.view, views, options.view),
+        readSize(words.size, options),
+        readPick(words.pick, options),
+        readLimits(words, options),
+        readMode("--particles", words.particles, particleModes, options.particles.mode),
+        readParticles(words, options)};
     for (std::string const& fault : faults) {
         if (!fault.empty()) {
             return fault;
@@ -170,13 +284,16 @@ CommandLine show(std::string const& text) {
 CommandLine parseCommandLine(int const& count, char const* const* arguments) {
     Options options;
     Words words;
-    CLI::App app{"Draws mesh files into a picture.", "vl_viewport"};
+    CLI::App app{"Draws meshes and particles into a picture.", "vl_viewport"};
     app.get_formatter()->column_width(34);
     // A word given and empty (--size "") is a mistake, not the absence of the option.
     CLI::Validator const given(
         [](std::string& word) { return word.empty() ? std::string("may not be empty") : std::string(); }, "");
 
-    app.add_option("FILE", options.files, "Mesh files: OBJ, PLY, STL, OFF, glTF, FBX, COLLADA, 3DS, ...")
+    app.add_option("FILE", options.files,
+                   "Mesh files: OBJ, PLY, STL, OFF, glTF, FBX, COLLADA, 3DS, ...; and particle files:\n"
+                   "LAMMPS text dumps, XYZ and extended XYZ, CSV with a line of names, PLY without\n"
+                   "faces; also compressed by gzip")
         ->required()
         ->check(given)
         ->type_name("");
@@ -223,6 +340,51 @@ CommandLine parseCommandLine(int const& count, char const* const* arguments) {
     app.add_option("--import-memory", words.memory, "Memory that the import of a file may use (4096)")
         ->check(given)
         ->type_name("MB");
+    char const* const ofParticles = "Particles";
+    app.add_option("--particles", words.particles,
+                   "points, spheres or arrows along the velocities (spheres; points for more than\n"
+                   "500000 particles)")
+        ->check(given)
+        ->type_name("MODE")
+        ->group(ofParticles);
+    app.add_option("--channel", options.particles.channel,
+                   "What colours show: a column by its name, or vx, vy, vz or speed of the velocities\n"
+                   "(speed, or else the first column that is not an id; arrows always speed)")
+        ->check(given)
+        ->type_name("NAME")
+        ->group(ofParticles);
+    app.add_option("--range", words.range, "The values at both ends of the colours (those of the data)")
+        ->check(given)
+        ->type_name("MIN,MAX")
+        ->group(ofParticles);
+    app.add_option("--colors", words.colours,
+                   "LOW,HIGH or LOW,HIGH,ABOVE: the colours at both ends, which blend between them and\n"
+                   "go on below, and the one of all values above; each RRGGBB in hexadecimal digits\n"
+                   "(8f1d9e,ffdd4a,ffffff)")
+        ->check(given)
+        ->type_name("LIST")
+        ->group(ofParticles);
+    app.add_option("--percent", words.percent, "Draw this part of the particles, evenly chosen (100)")
+        ->check(given)
+        ->type_name("P")
+        ->group(ofParticles);
+    app.add_option("--size-of-particles", words.particleSize,
+                   "Points: pixels. Spheres: the diameter, in units of the file. Arrows: their length\n"
+                   "for a velocity of 1, in units of the file (chosen to suit)")
+        ->check(given)
+        ->type_name("S")
+        ->group(ofParticles);
+    app.add_option("--frame", words.frame,
+                   "Which frame of a file with several, counted from 0 (the last one)")
+        ->check(given)
+        ->type_name("N")
+        ->group(ofParticles);
+    app.add_option("--gpu-memory", words.gpuMemory,
+                   "Video memory that is free. Particles that do not fit are drawn without a buffer\n"
+                   "(what the driver says; else, a part of the main memory)")
+        ->check(given)
+        ->type_name("MiB")
+        ->group(ofParticles);
     app.set_version_flag("--version", "vl_viewport " VL_VIEWPORT_VERSION);
     app.footer("Exit status: 0 done; 1 a file cannot be read, is damaged or empty, or the picture cannot be "
                "written;\n"

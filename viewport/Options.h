@@ -1,6 +1,7 @@
 #pragma once
 
 #include "viewport/GuardedImport.h"
+#include "viewport/ParticleOptions.h"
 #include "viewport/ViewFraming.h"
 
 #include <optional>
@@ -42,6 +43,9 @@ struct Options {
     std::optional<Pixel> pick;  ///< inside the picture
     bool info = false;
     ImportLimits limits;
+    ParticleOptions particles;
+    /// Megabytes of video memory taken to be free; nothing: what the driver says, or else an assumption.
+    std::optional<unsigned int> gpuMemory;
 };
 
 /// What became of a command line: options, or else texts to be shown and the status to end with.

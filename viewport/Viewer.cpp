@@ -1,10 +1,12 @@
 #include "viewport/Viewer.h"
 
+#include "viewport/ImpostorView.h"
 #include "viewport/Lit.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 
 #include <GL/glew.h>
 
@@ -25,6 +27,10 @@ constexpr double gizmoLength = 118;
 constexpr double cornerAxesLength = 34;
 constexpr double cornerAxesInset = 64;
 constexpr double letterHalfSize = 5;
+constexpr double pointSize = 2.4;
+
+// In mean distances of neighbours.
+constexpr double longestArrow = 1.9;
 
 // == Colours ==
 
@@ -32,6 +38,7 @@ constexpr Color4<float> backgroundTop{0.235F, 0.275F, 0.335F, 1};
 constexpr Color4<float> backgroundBottom{0.085F, 0.098F, 0.122F, 1};
 constexpr Color4<float> gizmoCentre{0.86F, 0.87F, 0.90F, 1};
 constexpr Color4<float> letters{0.86F, 0.88F, 0.92F, 1};
+constexpr Color4<float> particleBox{0.86F, 0.88F, 0.92F, 0.5F};
 
 // == Picking names ==
 
@@ -175,8 +182,15 @@ Tiling Tiling::of(int const& pictureWidth, int const& pictureHeight) {
 
 // == Viewer ==
 
-Viewer::Viewer(Core_RL& layer, Scene const& scene, Options const& options)
-    : _layer(layer), _scene(scene), _options(options), _textures(layer) {
+Viewer::Viewer(Core_RL& layer, Scene const& scene, Options const& options, ParticleLook const& look)
+    : _layer(layer)
+    , _scene(scene)
+    , _options(options)
+    , _particleMode(look.mode)
+    , _particleScale(look.scale)
+    , _frameWidth(options.width)
+    , _textures(layer) {
+    _prepareClouds();
     for (Model const& model : scene.models()) {
         _models.emplace_back(layer, model, options, _textures);
     }
@@ -214,6 +228,9 @@ Result<Picture> Viewer::draw(OffscreenContext& context, Tiling const& tiling) {
             }
         }
     }
+    if (_colourBar) {
+        _colourBar->drawLabels(picture);
+    }
     return picture;
 }
 
@@ -240,12 +257,31 @@ std::string Viewer::pick(Pixel const& pixel) {
     }
     _drawGizmo(true);
 
-    std::vector<Hit> const hits = readHits(buffer, glRenderMode(GL_RENDER));
+    std::vector<Hit> hits = readHits(buffer, glRenderMode(GL_RENDER));
+    // What is a particle's place, its effect alone knows: particles are drawn, and their depth is looked at.
+    constexpr int side = 2 * pickReach;
+    auto const firstCloudName = firstModelName + static_cast<unsigned int>(_scene.models().size());
+    glViewport(0, 0, side, side);
+    for (std::size_t i = 0; i < _clouds.size(); ++i) {
+        glClear(GL_DEPTH_BUFFER_BIT);
+        _layer.pushDepthTest(depthTested);
+        _drawCloud(i);
+        _layer.popDepthTest();
+        GLuint depths[side * side];
+        glReadPixels(0, 0, side, side, GL_DEPTH_COMPONENT, GL_UNSIGNED_INT, depths);
+        GLuint const nearest = *std::min_element(std::begin(depths), std::end(depths));
+        if (nearest != std::numeric_limits<GLuint>::max()) {
+            hits.push_back({firstCloudName + static_cast<unsigned int>(i), nearest});
+        }
+    }
     auto const best = std::min_element(hits.begin(), hits.end(), comesBefore);
     if (best == hits.end()) {
         return "nothing";
     }
     std::string const name = std::to_string(best->name) + " ";
+    if (best->name >= firstCloudName) {
+        return name + _scene.clouds()[best->name - firstCloudName].name;
+    }
     if (best->name >= firstModelName) {
         return name + _scene.models()[best->name - firstModelName].name;
     }
@@ -253,10 +289,58 @@ std::string Viewer::pick(Pixel const& pixel) {
     return name + "gizmo " + gizmoWord(_options.gizmo) + " " + handles[best->name - gizmoNames[0]];
 }
 
+// == Particles ==
+
+void Viewer::_prepareClouds() {
+    if (_scene.clouds().empty()) {
+        return;
+    }
+    ParticleOptions const& options = _options.particles;
+    for (ParticleCloud const& cloud : _scene.clouds()) {
+        _clouds.emplace_back(
+            _layer, cloud.system,
+            ParticleRenderer::Look{_particleMode, _particleScale, options.colours, options.percent});
+    }
+    if (!_particleScale) {
+        return;
+    }
+    _colourBar.emplace(*_particleScale, _options.width, _options.height);
+    if (!_colourBar->isShown()) {
+        _colourBar.reset();
+        return;
+    }
+    _frameWidth -= _colourBar->reservedWidth();
+    constexpr float all = 100;
+    _colourBarCells.emplace(
+        _layer, _colourBar->cells(),
+        ParticleRenderer::Look{ParticleMode::points, _colourBar->scale(), options.colours, all});
+}
+
+double Viewer::_sizeForEffect(ParticleCloud const& cloud, double const& ball) const {
+    std::optional<double> const& asked = _options.particles.size;
+    switch (_particleMode) {
+    case ParticleMode::spheres:
+        return ball;
+    case ParticleMode::arrows: {
+        // The effect puts its arrows' tips at twice the vector.
+        double const unit = _particleScale ? _particleScale->unit : 1;
+        if (asked) {
+            return *asked * _scene.unitsPerFileUnit() * unit / 2;
+        }
+        double const part = std::max(_options.particles.percent / 100.0, 1e-6);
+        double const fastest = _particleScale ? _particleScale->toMagnitude(_particleScale->range.high) : 1;
+        return longestArrow * cloud.spacing / std::cbrt(part) / (fastest > 0 ? fastest : 1) / 2;
+    }
+    case ParticleMode::points:
+        break;
+    }
+    return asked ? *asked * _samplesPerSide : pointSize * _lineScale;
+}
+
 // == Cameras and lights ==
 
 void Viewer::_placeCamera() {
-    double const aspect = static_cast<double>(_options.width) / _options.height;
+    double const aspect = _frameWidth / _options.height;
     _camera.aspect = static_cast<float>(aspect);
     _camera.viewKind = static_cast<unsigned int>(_options.view);
     if (_options.view != View::perspective) {
@@ -288,19 +372,23 @@ std::vector<Point> Viewer::_framedPoints() const {
             points.insert(points.end(), model.vertices.begin(), model.vertices.end());
         }
     }
+    for (ParticleCloud const& cloud : _scene.clouds()) {
+        std::vector<Point> const corners = cornersOf(cloud.box);
+        points.insert(points.end(), corners.begin(), corners.end());
+    }
     return points;
 }
 
 void Viewer::_loadCamera(Region const& region) {
     _camera.updateProjectionMatrix();
-    _cropProjection(region);
+    _cropProjection(region, _frameWidth);
     _camera.updateModelMatrix();
 }
 
-void Viewer::_cropProjection(Region const& region) const {
+void Viewer::_cropProjection(Region const& region, double const& width) const {
     GLdouble projection[16];
     glGetDoublev(GL_PROJECTION_MATRIX, projection);
-    GLint whole[4] = {0, 0, _options.width, _options.height};
+    GLint whole[4] = {0, 0, static_cast<GLint>(width), _options.height};
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
     // What GLU calls picking is a crop: the region's centre and size come to fill the viewport.
@@ -336,7 +424,7 @@ Point Viewer::_viewDirection() const {
 
 double Viewer::_unitsPerPixel() const {
     if (_options.view != View::perspective) {
-        return 2 * std::exp(static_cast<double>(_camera.zoom)) / _options.width;
+        return 2 * std::exp(static_cast<double>(_camera.zoom)) / _frameWidth;
     }
     Camera_RL_GL camera(_camera);
     Matrix4<float> const& m = *camera.transform.matrix();
@@ -349,6 +437,7 @@ double Viewer::_unitsPerPixel() const {
 void Viewer::_drawRegion(Region const& region, int const& samplesPerSide) {
     double const side = std::min(_options.width, _options.height);
     _lineScale = samplesPerSide * std::max(1.0, side / referenceSide);
+    _samplesPerSide = samplesPerSide;
     glEnable(GL_NORMALIZE);
     glClearColor(0, 0, 0, 1);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
@@ -357,8 +446,16 @@ void Viewer::_drawRegion(Region const& region, int const& samplesPerSide) {
     _placeLights();
     _loadCamera(region);
     _layer.pushDepthTest(depthTested);
-    _drawGround();
+    // The box of a simulation tells its scale better than a ground that things of no weight do not stand on.
+    bool const areAllInBoxes =
+        _scene.models().empty() &&
+        std::none_of(_scene.clouds().begin(), _scene.clouds().end(),
+                     [](ParticleCloud const& cloud) { return cloud.boxLines.empty(); });
+    if (!areAllInBoxes || _scene.clouds().empty()) {
+        _drawGround();
+    }
     _drawModels();
+    _drawClouds();
     if (_options.gizmo != Gizmo::none) {
         glClear(GL_DEPTH_BUFFER_BIT);
         _drawGizmo(false);
@@ -366,6 +463,7 @@ void Viewer::_drawRegion(Region const& region, int const& samplesPerSide) {
     glClear(GL_DEPTH_BUFFER_BIT);
     _drawCornerAxes(region);
     _layer.popDepthTest();
+    _drawColourBar(region);
 }
 
 void Viewer::_drawBackground(Region const& region) const {
@@ -437,6 +535,75 @@ void Viewer::_drawModels() {
     }
 }
 
+void Viewer::_drawClouds() {
+    for (ParticleCloud const& cloud : _scene.clouds()) {
+        _drawBoxOf(cloud);
+    }
+    for (std::size_t i = 0; i < _clouds.size(); ++i) {
+        _drawCloud(i);
+    }
+}
+
+void Viewer::_drawCloud(std::size_t const& index) {
+    ParticleCloud const& cloud = _scene.clouds()[index];
+    GLint viewport[4];
+    Matrix4<double> projection;
+    Matrix4<double> modelView;
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    glGetDoublev(GL_PROJECTION_MATRIX, projection.e);
+    glGetDoublev(GL_MODELVIEW_MATRIX, modelView.e);
+    ScreenAxes const screen = _screen();
+    ImpostorView const view = ImpostorView::of(projection * modelView, viewport[2], viewport[3], screen.right,
+                                               screen.towardsViewer, cloud.diameter);
+    int const side = std::max(viewport[2], viewport[3]);
+
+    glViewport(viewport[0], viewport[1], side, side);
+    glMatrixMode(GL_PROJECTION);
+    glLoadMatrixd(view.projection.e);
+    glMatrixMode(GL_MODELVIEW);
+    glLoadMatrixd(view.modelView.e);
+    _clouds[index].draw(static_cast<float>(_sizeForEffect(cloud, view.size)));
+    glMatrixMode(GL_PROJECTION);
+    glLoadMatrixd(projection.e);
+    glMatrixMode(GL_MODELVIEW);
+    glLoadMatrixd(modelView.e);
+    glViewport(viewport[0], viewport[1], viewport[2], viewport[3]);
+}
+
+void Viewer::_drawBoxOf(ParticleCloud const& cloud) const {
+    _layer.pushDepthTest(depthTestedOnly);
+    _layer.pushBlending(BLENDING_ALPHA);
+    _pushLineWidth(1.0);
+    _layer.pushColor(particleBox);
+    _layer.begin(Primitive::LINES);
+    for (Vector3<float> const& end : cloud.boxLines) {
+        _layer.renderPoint3_scoped(end);
+    }
+    _layer.end();
+    _layer.popColor(1);
+    _layer.popLineWidth();
+    _layer.popBlending();
+    _layer.popDepthTest();
+}
+
+void Viewer::_drawColourBar(Region const& region) {
+    if (!_colourBar) {
+        return;
+    }
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    glOrtho(0, _options.width, 0, _options.height, -1, 1);
+    _cropProjection(region, _options.width);
+    glLoadIdentity();
+    _layer.pushDepthTest(depthIgnored);
+    // With several samples points are round; the cells are to be squares.
+    glPushAttrib(GL_MULTISAMPLE_BIT);
+    glDisable(GL_MULTISAMPLE);
+    _colourBarCells->draw(static_cast<float>(_colourBar->cellSize() * _samplesPerSide));
+    glPopAttrib();
+    _layer.popDepthTest();
+}
+
 void Viewer::_drawGizmo(bool const& isSelecting) const {
     double const side = std::min(_options.width, _options.height);
     double const length = gizmoLength * side / referenceSide * _unitsPerPixel();
@@ -480,7 +647,7 @@ void Viewer::_drawCornerAxes(Region const& region) {
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
     glOrtho(0, _options.width, 0, _options.height, -_options.width, _options.width);
-    _cropProjection(region);
+    _cropProjection(region, _options.width);
     glLoadIdentity();
     placeLights(screenAxes(View::front), 0);
 

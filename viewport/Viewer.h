@@ -2,13 +2,17 @@
 
 #include "Camera_RL_GL.h"
 #include "foundation/raster/Core_RL.h"
+#include "viewport/ColourBar.h"
 #include "viewport/GroundGrid.h"
 #include "viewport/ModelRenderer.h"
 #include "viewport/OffscreenContext.h"
 #include "viewport/Options.h"
+#include "viewport/ParticleLook.h"
+#include "viewport/ParticleRenderer.h"
 #include "viewport/Picture.h"
 #include "viewport/Scene.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,8 +40,8 @@ struct Tiling {
     int bufferHeight() const { return (height + 2 * margin) * samplesPerSide; }
 };
 
-/// Draws a scene through the render layer: background, ground, models, the gizmo over them, and the axes in the
-/// corner; or tells what of it is at a pixel.
+/// Draws a scene through the render layer: background, ground, models, particles with the bar of their colours, the
+/// gizmo over them, and the axes in the corner; or tells what of it is at a pixel.
 ///
 ///     OffscreenContext context(Viewer::contextSettings(options));     // and GLEW initialised
 ///     std::unique_ptr<Core_RL> layer(new Core_RL_GL);
@@ -48,7 +52,8 @@ struct Tiling {
 /// and the context must be current until its end.
 class Viewer {
 public:
-    Viewer(Core_RL& layer, Scene const& scene, Options const& options);
+    /// \param look of the particles, whose sets are those of the scene; no longer needed afterwards.
+    Viewer(Core_RL& layer, Scene const& scene, Options const& options, ParticleLook const& look = {});
 
     /// The buffer that draw() needs.
     static OffscreenContext::Settings contextSettings(Options const& options);
@@ -57,15 +62,20 @@ public:
     Result<Picture> draw(OffscreenContext& context, Tiling const& tiling);
 
     /// What is at the pixel, or within two pixels of it: its picking name and what it belongs to ("1 gizmo move X",
-    /// "16 spider.obj"), or "nothing". Handles of the gizmo come before models, then what is nearer to the viewer.
+    /// "16 spider.obj"), or "nothing". Particles are known by their file, like models.
+    /// Handles of the gizmo come before everything else, then what is nearer to the viewer.
     std::string pick(Pixel const& pixel);
 
 private:
+    // == Particles ==
+    void _prepareClouds();
+    double _sizeForEffect(ParticleCloud const& cloud, double const& ball) const;
+
     // == Cameras and lights ==
     void _placeCamera();
     std::vector<Vector3<double>> _framedPoints() const;
     void _loadCamera(Region const& region);
-    void _cropProjection(Region const& region) const;
+    void _cropProjection(Region const& region, double const& width) const;
     void _placeLights() const;
     double _unitsPerPixel() const;
     Vector3<double> _viewDirection() const;
@@ -77,6 +87,10 @@ private:
     GroundGrid _ground() const;
     void _drawGround() const;
     void _drawModels();
+    void _drawClouds();
+    void _drawCloud(std::size_t const& index);
+    void _drawBoxOf(ParticleCloud const& cloud) const;
+    void _drawColourBar(Region const& region);
     void _drawGizmo(bool const& isSelecting) const;
     void _drawCornerAxes(Region const& region);
     void _drawLetter(unsigned int const& axis) const;
@@ -86,11 +100,18 @@ private:
     Core_RL& _layer;
     Scene const& _scene;
     Options const& _options;
+    ParticleMode _particleMode;
+    std::optional<ParticleScale> _particleScale;
+    std::optional<ColourBar> _colourBar;  // if there is something to be told and room for it
+    double _frameWidth;                   // pixels of the picture, from the left, that the camera fills
     Camera_RL_GL _camera;
     TextureStore _textures;
     std::vector<ModelRenderer> _models;
+    std::vector<ParticleRenderer> _clouds;
+    std::optional<ParticleRenderer> _colourBarCells;
     std::vector<ShadedSegment> _groundSegments;
-    double _lineScale = 1;  // samples per pixel along a side
+    double _lineScale = 1;    // samples per pixel along a side, more where the picture is large
+    int _samplesPerSide = 1;  // of a pixel
 };
 
 }  // namespace vellum::viewport

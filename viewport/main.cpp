@@ -1,19 +1,29 @@
-#include "Core_RL_GL.h"
 #include "viewport/Description.h"
+#include "viewport/FileKind.h"
 #include "viewport/GlewStart.h"
 #include "viewport/MeshFile.h"
 #include "viewport/OffscreenContext.h"
 #include "viewport/Options.h"
+#include "viewport/ParticleFile.h"
+#include "viewport/ParticleLook.h"
 #include "viewport/Picture.h"
+#include "viewport/ProgressBar.h"
 #include "viewport/Scene.h"
 #include "viewport/Textures.h"
 #include "viewport/Viewer.h"
+#include "viewport/ViewportLayer.h"
 
 #include <iostream>
 #include <memory>
 #include <new>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
-/// The program vl_viewport: opens mesh files, draws them into a picture, tells what is at a pixel.
+#include <unistd.h>
+
+/// The program vl_viewport: opens mesh and particle files, draws them into a picture, tells what is at a pixel.
 
 namespace vellum::viewport {
 
@@ -26,14 +36,68 @@ int fail(ExitStatus const& status, std::string const& message) {
     return status;
 }
 
-/// Everything that is asked for, on the current context.
-int show(Options const& options, std::string const& meshTexts, Scene const& scene,
-         OffscreenContext& context) {
-    std::unique_ptr<Core_RL> const layer(new Core_RL_GL);
-    if (options.info) {
-        std::cout << meshTexts << describeDriver(*layer);
+void note(Fault const& what) {
+    std::cerr << "vl_viewport: " << what.line() << std::endl;
+}
+
+/// What the files hold.
+struct Content {
+    std::vector<MeshData> meshes;
+    std::vector<ParticleData> particles;
+    std::string texts;  // that describe it
+};
+
+std::optional<Fault> loadMesh(std::string const& file, Options const& options, Content& content) {
+    Result<MeshData> mesh = MeshFile(file).load(options.limits);
+    if (!mesh.isOk()) {
+        return mesh.fault();
     }
-    Viewer viewer(*layer, scene, options);
+    if (options.texture.empty()) {
+        for (Fault const& missing : loadTextures(file, mesh.value())) {
+            note(missing);
+        }
+    }
+    content.texts += describeMesh(file, mesh.value());
+    content.meshes.push_back(std::move(mesh.value()));
+    return std::nullopt;
+}
+
+std::optional<Fault> loadParticles(std::string const& file, Options const& options, Content& content) {
+    std::optional<ProgressBar> bar;
+    bar.emplace(std::cerr, isatty(STDERR_FILENO) != 0, file);
+    Result<ParticleFrames> particles = ParticleFile(file).load(
+        [&bar](std::uint64_t const& done, std::uint64_t const& all) { bar->show(done, all); });
+    bar.reset();
+    if (!particles.isOk()) {
+        return particles.fault();
+    }
+    ParticleFrames& frames = particles.value();
+    if (!frames.warning.empty()) {
+        note({file, frames.warning});
+    }
+    std::size_t const last = frames.frames.size() - 1;
+    std::size_t const shown = options.particles.frame.value_or(last);
+    if (shown > last) {
+        return Fault{file,
+                     "has no frame " + std::to_string(shown) + "; its last one is " + std::to_string(last)};
+    }
+    content.texts += describeParticles(file, frames, shown);
+    content.particles.push_back({file, std::move(frames.frames[shown])});
+    return std::nullopt;
+}
+
+/// Everything that is asked for, on the current context.
+int show(Options const& options, std::string const& texts, Scene const& scene, ParticleLook look,
+         OffscreenContext& context) {
+    std::unique_ptr<Core_RL_GL> const layer(new ViewportLayer(options.gpuMemory));
+    if (options.info) {
+        std::cout << texts << describeDriver(*layer);
+    }
+    if (!scene.clouds().empty() && !ParticleRenderer::isModeSupported(*layer, look.mode)) {
+        note({"", "OpenGL here has no geometry stages for spheres and arrows; drawn as points"});
+        look.mode = ParticleMode::points;
+    }
+    Viewer viewer(*layer, scene, options, look);
     if (options.pick) {
         std::cout << Fault{"", viewer.pick(*options.pick)}.line() << '\n';
     }
@@ -53,20 +117,13 @@ int show(Options const& options, std::string const& meshTexts, Scene const& scen
 
 int run(Options const& options) {
     // Before there is a context: an import copies the process.
-    std::vector<MeshData> meshes;
-    std::string meshTexts;
+    Content content;
     for (std::string const& file : options.files) {
-        Result<MeshData> mesh = MeshFile(file).load(options.limits);
-        if (!mesh.isOk()) {
-            return fail(FILE_FAULT, mesh.fault().line());
+        std::optional<Fault> const fault =
+            isParticleFile(file) ? loadParticles(file, options, content) : loadMesh(file, options, content);
+        if (fault) {
+            return fail(FILE_FAULT, fault->line());
         }
-        if (options.texture.empty()) {
-            for (Fault const& note : loadTextures(file, mesh.value())) {
-                std::cerr << "vl_viewport: " << note.line() << std::endl;
-            }
-        }
-        meshTexts += describeMesh(file, mesh.value());
-        meshes.push_back(std::move(mesh.value()));
     }
     std::shared_ptr<VL_Image const> texture;
     if (!options.texture.empty()) {
@@ -76,8 +133,16 @@ int run(Options const& options) {
         }
         texture = picture.value();
     }
-    Scene const scene(meshes, texture);
-    meshes = {};
+    Result<ParticleLook> look = lookOf(std::move(content.particles), options.particles);
+    if (!look.isOk()) {
+        return fail(FILE_FAULT, look.fault().line());
+    }
+    for (Fault const& loss : look.value().notes) {
+        note(loss);
+    }
+    Scene const scene(content.meshes, texture, look.value().sets);
+    content.meshes = {};
+    look.value().sets = {};
 
     OffscreenContext context(Viewer::contextSettings(options));
     if (!context.isValid()) {
@@ -86,7 +151,7 @@ int run(Options const& options) {
     if (std::optional<std::string> const reason = startGlew()) {
         return fail(NO_OPENGL, *reason);
     }
-    return show(options, meshTexts, scene, context);
+    return show(options, content.texts, scene, look.value(), context);
 }
 
 }  // namespace

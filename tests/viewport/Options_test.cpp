@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+using vellum::Color4;
 using namespace vellum::viewport;
 using testing::HasSubstr;
 
@@ -184,4 +185,71 @@ TEST(Options, helpAndVersionAreShown) {
     CommandLine const version = parse({"--version"});
     EXPECT_EQ(version.exitStatus, 0);
     EXPECT_THAT(version.output, testing::MatchesRegex("vl_viewport [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+}
+
+// == Particles ==
+
+TEST(Options, particlesHaveDefaults) {
+    Options const options = optionsOf({"a", "--out", "b"});
+    EXPECT_FALSE(options.particles.mode.has_value());
+    EXPECT_EQ(options.particles.channel, "");
+    EXPECT_EQ(options.particles.percent, 100);
+    EXPECT_FALSE(options.particles.size.has_value());
+    EXPECT_FALSE(options.particles.range.has_value());
+    EXPECT_FALSE(options.particles.frame.has_value());
+    EXPECT_FALSE(options.gpuMemory.has_value());
+}
+
+TEST(Options, theWaysToShowParticlesAreRead) {
+    Options const options =
+        optionsOf({"a", "--out", "b", "--particles", "arrows", "--channel", "c_pe", "--percent", "33.3",
+                   "--size-of-particles", "0.5", "--range", "-1,2.5e3", "--colors", "#ff0000,00FF80",
+                   "--frame", "4", "--gpu-memory", "512"});
+    EXPECT_EQ(options.particles.mode, ParticleMode::arrows);
+    EXPECT_EQ(options.particles.channel, "c_pe");
+    EXPECT_EQ(options.particles.percent, 33.3F);
+    EXPECT_EQ(options.particles.size, 0.5);
+    EXPECT_EQ(options.particles.range->low, -1);
+    EXPECT_EQ(options.particles.range->high, 2500);
+    EXPECT_TRUE(options.particles.colours.low == (Color4<float>{1, 0, 0, 1}));
+    EXPECT_TRUE(options.particles.colours.high == (Color4<float>{0, 1, 128 / 255.0F, 1}));
+    EXPECT_TRUE(options.particles.colours.above == RampColours{}.above) << "as it was";
+    EXPECT_EQ(options.particles.frame, 4U);
+    EXPECT_EQ(options.gpuMemory, 512U);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--particles", "points"}).particles.mode, ParticleMode::points);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--particles", "spheres"}).particles.mode, ParticleMode::spheres);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--percent", "0"}).particles.percent, 0);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--frame", "0"}).particles.frame, 0U);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--gpu-memory", "0"}).gpuMemory, 0U);
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--colors", "000000,000000,ff0000"}).particles.colours.above ==
+                (Color4<float>{1, 0, 0, 1}));
+}
+
+TEST(Options, particleOptionsThatMakeNoSenseAreUsageErrors) {
+    struct Row {
+        char const* option;
+        std::vector<char const*> words;
+    };
+    for (Row const& row :
+         {Row{"--particles", {"", "cubes", "Points"}}, Row{"--channel", {""}},
+          Row{"--percent", {"", "-1", "100.01", "nan", "inf", "10%", " 10", "many"}},
+          Row{"--size-of-particles", {"", "0", "-1", "nan", "inf", "1px"}},
+          Row{"--range", {"", "1", "1,", ",1", "2,1", "1,1", "1,2,3", "nan,1", "0,inf", "a,b", "0, 1"}},
+          Row{"--colors",
+              {"", "red,blue", "ff0000", "ff0000,00ff0", "ff0000,00ff000", "ff0000,,00ff00", "-f0000,00ff00",
+               "ff0000,00ff00,0000ff,ffffff", "0xff00,00ff00"}},
+          Row{"--frame", {"", "-1", "last", "1.5", "99999999999"}},
+          Row{"--gpu-memory", {"", "-1", "1048577", "1GB", "99999999999"}}}) {
+        for (char const* const word : row.words) {
+            EXPECT_THAT(errorOf({"a", "--out", "b", row.option, word}), HasSubstr(row.option)) << word;
+        }
+    }
+}
+
+TEST(Options, helpSaysHowParticlesAreShown) {
+    std::string const help = parse({"--help"}).output;
+    for (char const* const option : {"--particles", "--channel", "--percent", "--size-of-particles",
+                                     "--range", "--colors", "--frame", "--gpu-memory", "RRGGBB"}) {
+        EXPECT_THAT(help, HasSubstr(option));
+    }
 }

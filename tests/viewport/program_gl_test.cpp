@@ -1,6 +1,7 @@
 #include "viewport/Picture.h"
 #include "viewport/TemporaryFolder.h"
 #include "viewport/mesh_texts.h"
+#include "viewport/particle_texts.h"
 #include "viewport/program_runner.h"
 
 #include <gmock/gmock.h>
@@ -260,6 +261,125 @@ TEST_F(program_gl_test, commandLinesThatMakeNoSenseAreUsageErrors) {
         expectUsageError({mesh, "--out", out, "--size", size});
     }
     expectUsageError({mesh, "--out", out, "--size", "10x10", "--pick", "10,0"});
+}
+
+// == Particles ==
+
+TEST_F(program_gl_test, particleFilesOfEveryKindBecomePictures) {
+    std::string const out = folder.file("out.png");
+    std::string const dump = folder.write("melt.lammpstrj", particle_texts::dump);
+    std::string const xyz = folder.write("water.xyz", "3\nwater\nO 0 0 0\nH 0.76 0.59 0\nH -0.76 0.59 0\n");
+    std::string const csv = folder.write("table.csv", "x,y,z,t\n0,0,0,1\n1,0,0,2\n0,1,0,3\n");
+    std::string const ply =
+        folder.write("points.ply", "ply\nformat ascii 1.0\nelement vertex 2\nproperty float x\n"
+                                   "property float y\nproperty float z\nend_header\n0 0 0\n1 1 1\n");
+    for (std::string const& file : {dump, xyz, csv, ply}) {
+        for (char const* const mode : {"points", "spheres"}) {
+            Outcome const outcome = run({file, "--out", out, "--size", "200x150", "--particles", mode});
+            EXPECT_EQ(outcome.status, 0) << outcome.error;
+            EXPECT_EQ(outcome.output + outcome.error, "");
+            Result<Picture> const picture = Picture::loadPng(out);
+            ASSERT_TRUE(picture.isOk());
+            EXPECT_GT(countColours(picture.value()), 100U);
+        }
+    }
+    EXPECT_EQ(run({dump, "--frame", "0", "--particles", "arrows", "--out", out, "--size", "200x150"}).status,
+              0);
+}
+
+TEST_F(program_gl_test, meshesAndParticlesShareAPicture) {
+    std::string const mesh = folder.write("cube.off", mesh_texts::cubeOff);
+    std::string const csv = folder.write("table.csv", "x,y,z\n9,9,9\n");
+    Outcome const outcome = run({mesh, csv, "--pick", "60,60", "--size", "120x120", "--view", "front"});
+    EXPECT_EQ(outcome.status, 0) << outcome.error;
+    EXPECT_EQ(outcome.output, "nothing\n");
+}
+
+TEST_F(program_gl_test, infoTellsWhatParticleFilesHold) {
+    std::string const dump = folder.write("melt.lammpstrj", particle_texts::dump);
+    Outcome const outcome = run({dump, "--info", "--frame", "0", "--gpu-memory", "77"});
+    EXPECT_EQ(outcome.status, 0) << outcome.error;
+    for (char const* const text :
+         {"frames:                         2\n",
+          "frame shown:                    0 (timestep 100, time 0.5)\n",
+          "particles:                      3\n", "velocities:                     yes\n",
+          "channels:                       id, type, c_pe\n", "box to:                         10, 20, 5\n",
+          "particle memory:                8.01086e-05 MB\n", "taken to be free:               77 MB\n"}) {
+        EXPECT_THAT(outcome.output, HasSubstr(text));
+    }
+}
+
+TEST_F(program_gl_test, theLastFrameIsShownWhereNoneIsAskedFor) {
+    std::string const dump = folder.write("melt.lammpstrj", particle_texts::dump);
+    EXPECT_THAT(run({dump, "--info"}).output,
+                HasSubstr("frame shown:                    1 (timestep 200)\n"));
+    expectFault(dump, "has no frame 2; its last one is 1", {"--frame", "2"});
+    // Of the second frame, which has no velocities.
+    expectFault(dump, "has no velocities to be shown as arrows", {"--particles", "arrows"});
+}
+
+TEST_F(program_gl_test, channelsThatAFileLacksAreFaults) {
+    std::string const dump = folder.write("melt.lammpstrj", particle_texts::dump);
+    expectFault(dump, "has no channel 'charge' (it has: speed, c_pe, type, id)",
+                {"--channel", "charge", "--frame", "0"});
+}
+
+TEST_F(program_gl_test, aDumpThatIsCutOffShowsItsCompleteFramesAndSaysSo) {
+    std::string const& whole = particle_texts::dump;
+    std::string const out = folder.file("out.png");
+    std::string const dump = folder.write("cut.lammpstrj", whole.substr(0, whole.size() - 12));
+    Outcome const outcome = run({dump, "--out", out, "--size", "200x150"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.error, StartsWith("vl_viewport: " + dump + ": "));
+    EXPECT_THAT(outcome.error, HasSubstr("cut off in frame 2, which is left out"));
+    EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << outcome.error;
+    EXPECT_TRUE(Picture::loadPng(out).isOk());
+    expectFault(folder.write("first.lammpstrj", whole.substr(0, 160)), "cut off in frame 1");
+}
+
+TEST_F(program_gl_test, damagedParticleFilesAreFaults) {
+    for (char const* const name : {"a.lammpstrj", "a.dump", "a.xyz", "a.csv", "a.gz"}) {
+        expectFault(folder.write(name, mesh_texts::noise(2000)), "");
+        expectFault(folder.write(name, ""), "");
+    }
+    expectFault(folder.file("gone.xyz"), "No such file");
+    std::string damaged = particle_texts::dump;
+    damaged.replace(damaged.find("10.25"), 5, "teapot");
+    expectFault(folder.write("bad.dump", damaged), "line 16");
+}
+
+TEST_F(program_gl_test, particlesWithoutAPlaceAreNoted) {
+    std::string const csv = folder.write("table.csv", "x,y,z,t\n0,0,0,nan\n1,0,nan,2\n0,inf,0,3\n1,1,1,4\n");
+    std::string const out = folder.file("out.png");
+    Outcome const outcome = run({csv, "--out", out, "--size", "200x150"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.error,
+              "vl_viewport: " + csv + ": 2 of 4 particles are left out: their positions are not finite\n");
+}
+
+TEST_F(program_gl_test, aPictureOfParticlesThatCannotBeWrittenIsAFault) {
+    std::string const csv = folder.write("table.csv", "x,y,z\n0,0,0\n");
+    for (std::string const& out : {folder.file("gone/out.png"), std::string("/dev/null")}) {
+        Outcome const outcome = run({csv, "--out", out, "--size", "64x48"});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_THAT(outcome.error, StartsWith("vl_viewport: " + out + ": cannot be written: "));
+        EXPECT_THAT(folder.names(), ElementsAre("table.csv"));
+    }
+}
+
+TEST_F(program_gl_test, particleOptionsThatMakeNoSenseAreUsageErrors) {
+    std::string const csv = folder.write("table.csv", "x,y,z\n0,0,0\n");
+    std::string const out = folder.file("out.png");
+    for (std::vector<std::string> const& words : {std::vector<std::string>{"--particles", "cubes"},
+                                                  {"--percent", "101"},
+                                                  {"--range", "2,1"},
+                                                  {"--colors", "red,blue"},
+                                                  {"--frame", "-1"},
+                                                  {"--size-of-particles", "0"},
+                                                  {"--gpu-memory", "much"},
+                                                  {"--channel", ""}}) {
+        expectUsageError({csv, "--out", out, words[0], words[1]});
+    }
 }
 
 // == Exit status 3 ==

@@ -121,7 +121,7 @@ std::optional<Fault> writeIndexPage(std::string const& folder, std::vector<Exhib
         std::ofstream page(unfinished, std::ios::trunc);
         page << PAGE_HEAD;
         writeSection(page, "Drawings of the render layer", drawings);
-        writeSection(page, "Real models", further.value());
+        writeSection(page, "Real models and simulations", further.value());
         page << PAGE_FOOT;
         page.close();
         if (!page) {

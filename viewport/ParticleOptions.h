@@ -1,0 +1,38 @@
+#pragma once
+
+#include "foundation/geometry/Color4.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+namespace vellum::viewport {
+
+enum class ParticleMode { points, spheres, arrows };
+
+/// Finite; `low` is not above `high`.
+struct ValueRange {
+    double low;
+    double high;
+};
+
+/// The colours of a range of values: they blend from `low` to `high` and go on below; above the range all values
+/// have one colour.
+struct RampColours {
+    Color4<float> low{0x8F / 255.0F, 0x1D / 255.0F, 0x9E / 255.0F, 1};
+    Color4<float> high{0xFF / 255.0F, 0xDD / 255.0F, 0x4A / 255.0F, 1};
+    Color4<float> above{1, 1, 1, 1};
+};
+
+/// How particles are asked to be shown.
+struct ParticleOptions {
+    std::optional<ParticleMode> mode;  ///< nothing: what suits their number
+    std::string channel;               ///< empty: what the files offer
+    float percent = 100;               ///< 0 to 100
+    std::optional<double> size;        ///< above 0; pixels, or units of the file; nothing: what suits
+    std::optional<ValueRange> range;   ///< with an extent; nothing: that of the data
+    RampColours colours;
+    std::optional<std::size_t> frame;  ///< from 0; nothing: the last one
+};
+
+}  // namespace vellum::viewport
