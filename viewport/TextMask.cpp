@@ -36,6 +36,11 @@ TextMask blank(double const& width, int const& height) {
     return mask;
 }
 
+unsigned char& pixelOf(TextMask& mask, int const& x, int const& y) {
+    return mask.coverage[static_cast<std::size_t>(y) * static_cast<std::size_t>(mask.width) +
+                         static_cast<std::size_t>(x)];
+}
+
 TextMask writeTrueType(std::string const& text, int const& height, stbtt_fontinfo const& font) {
     float const scale = stbtt_ScaleForPixelHeight(&font, static_cast<float>(height));
     int ascent = 0;
@@ -74,7 +79,7 @@ TextMask writeTrueType(std::string const& text, int const& height, stbtt_fontinf
                 int const column = static_cast<int>(whole) + left + x;
                 int const row = baseLine + top + y;
                 if (column >= 0 && column < mask.width && row >= 0 && row < mask.height) {
-                    unsigned char& place = mask.coverage[static_cast<std::size_t>(row * mask.width + column)];
+                    unsigned char& place = pixelOf(mask, column, row);
                     place = std::max(place, bits[y * width + x]);
                 }
             }
@@ -111,7 +116,7 @@ TextMask writeEasy(std::string text, int const& height) {
         double const bottom = c[2].y * scale;
         for (int y = std::max(0, static_cast<int>(top)); y < std::min<double>(height, bottom); ++y) {
             for (int x = std::max(0, static_cast<int>(left)); x < std::min<double>(mask.width, right); ++x) {
-                unsigned char& place = mask.coverage[static_cast<std::size_t>(y * mask.width + x)];
+                unsigned char& place = pixelOf(mask, x, y);
                 double const covered = 255 * share(x, left, right) * share(y, top, bottom);
                 place = static_cast<unsigned char>(std::min(255.0, place + covered));
             }
