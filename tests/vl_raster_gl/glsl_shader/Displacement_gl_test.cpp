@@ -493,7 +493,7 @@ protected:
                                                 1;
                                             return color;
                                         }),
-                              least, 4e-3),
+                              least, 5e-4),
                   0)
             << effect.getLog();
         return seen;
@@ -515,15 +515,20 @@ TEST_F(Ocean_gl_test, highlightsNeedLightAndEyeOnTheFrontSide) {
     EXPECT_GT(expectTheFormula().highlights, 500);
     lookAt(-50);
     EXPECT_GT(expectTheFormula().withoutHighlight, 500) << "from below";
-    // A light below the surface, and the eye above it.
-    lookAt(60);
-    glPushMatrix();
-    glLoadIdentity();
-    Light light = scene.lights[0];
-    light.position = {0, -6, -4, 1};
-    setLight(0, light);
-    glPopMatrix();
-    EXPECT_GT(expectTheFormula().withoutHighlight, 500);
+    // The light below the surface and the eye above it, or both below. Without shininess any highlight is a whole one.
+    for (double const elevation : {60.0, -50.0}) {
+        SCOPED_TRACE(elevation);
+        lookAt(elevation);
+        Light light = scene.lights[0];
+        light.position = {0, -6, elevation > 0 ? -4.0 : 1.0, 1};
+        glPushMatrix();
+        glLoadIdentity();
+        setLight(0, light);
+        glPopMatrix();
+        scene.front.shininess = 0;
+        setMaterial(GL_FRONT, scene.front);
+        EXPECT_GT(expectTheFormula().withoutHighlight, 500);
+    }
 }
 
 TEST_F(Ocean_gl_test, skyAndDepthAreMixedWithinTheirLimits) {

@@ -1,0 +1,132 @@
+#include "passes_by_hand.h"
+
+#define GL_GLEXT_PROTOTYPES 1
+#include <GL/gl.h>
+#include <GL/glext.h>
+
+namespace vellum::benchmarks {
+
+namespace {
+
+struct Frame {
+    float width;
+    float height;
+    float textureWidth;
+    float textureHeight;
+};
+
+inline float powerOfTwo(int size) {
+    int power = 1;
+    while (power < size) {
+        power *= 2;
+    }
+    return static_cast<float>(power);
+}
+
+inline Frame readFrame() {
+    GLint viewport[4];
+    glGetIntegerv(GL_VIEWPORT, viewport);
+    return {static_cast<float>(viewport[2]), static_cast<float>(viewport[3]), powerOfTwo(viewport[2]),
+            powerOfTwo(viewport[3])};
+}
+
+inline void setState(int lights) {
+    glPushAttrib(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT);
+    glDisable(GL_TEXTURE_2D);
+    glDisable(GL_TEXTURE_3D);
+    glEnable(GL_LIGHTING);
+    for (int i = 0; i < lights; ++i) {
+        glEnable(static_cast<GLenum>(GL_LIGHT0 + i));
+    }
+    glColor4f(1, 1, 1, 1);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+}
+
+inline void sendFrame(GLuint program, Frame const& frame) {
+    glUniform1fv(glGetUniformLocation(program, "FrameWidth"), 1, &frame.width);
+    glUniform1fv(glGetUniformLocation(program, "FrameHeight"), 1, &frame.height);
+    glUniform1fv(glGetUniformLocation(program, "textureWidth"), 1, &frame.textureWidth);
+    glUniform1fv(glGetUniformLocation(program, "textureHeight"), 1, &frame.textureHeight);
+}
+
+inline void bindSampler(GLuint program, char const* name, GLuint texture, int unit) {
+    glUseProgram(program);
+    GLint const location = glGetUniformLocation(program, name);
+    glActiveTexture(static_cast<GLenum>(GL_TEXTURE0 + unit));
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glUniform1i(location, unit);
+}
+
+inline void readLog(GLuint program) {
+    static char log[4096];
+    glGetProgramInfoLog(program, sizeof(log), nullptr, log);
+}
+
+inline void sendParameters(DisplacementByHand const& pass) {
+    GLuint const program = pass.program;
+    glUniform1iv(glGetUniformLocation(program, "depth"), 1, &pass.depth);
+    glUniform4fv(glGetUniformLocation(program, "basecolor"), 1, pass.baseColor);
+    glUniform3fv(glGetUniformLocation(program, "scale"), 1, pass.scale);
+    glUniform2fv(glGetUniformLocation(program, "uvTileFactor"), 1, pass.tileFactor);
+}
+
+inline void sendParameters(OceanByHand const& pass) {
+    GLuint const program = pass.program;
+    glUniform1fv(glGetUniformLocation(program, "scale"), 1, &pass.scale);
+    glUniform1fv(glGetUniformLocation(program, "repeat_u"), 1, &pass.repeatU);
+    glUniform1fv(glGetUniformLocation(program, "repeat_v"), 1, &pass.repeatV);
+    glUniform1fv(glGetUniformLocation(program, "foamThreshold"), 1, &pass.foamThreshold);
+    glUniform1fv(glGetUniformLocation(program, "dim_X"), 1, &pass.dimX);
+    glUniform1fv(glGetUniformLocation(program, "dim_Z"), 1, &pass.dimZ);
+    glUniform1iv(glGetUniformLocation(program, "resolution"), 1, &pass.resolution);
+    glUniform4fv(glGetUniformLocation(program, "lightpos"), 1, pass.lightPosition);
+    glUniform4fv(glGetUniformLocation(program, "basecolor"), 1, pass.baseColor);
+}
+
+}  // namespace
+
+void openByHand(DisplacementByHand const& pass, bool const& isDirty) {
+    GLuint const program = pass.program;
+    static Frame kept{};
+    if (isDirty) {
+        glUseProgram(program);
+        sendFrame(program, kept);
+        sendParameters(pass);
+        glUniform1iv(glGetUniformLocation(program, "nLights"), 1, &pass.lights);
+    }
+    setState(pass.lights);
+    kept = readFrame();
+    if (isDirty) {
+        sendFrame(program, kept);
+        sendParameters(pass);
+    }
+    bindSampler(program, "normalsMap", pass.normalsTexture, 0);
+    bindSampler(program, "displacementMap", pass.displacementTexture, 1);
+    if (isDirty) {
+        glUniform1iv(glGetUniformLocation(program, "nLights"), 1, &pass.lights);
+    }
+    readLog(program);
+}
+
+void openByHand(OceanByHand const& pass) {
+    GLuint const program = pass.program;
+    static Frame kept{};
+    glUseProgram(program);
+    sendFrame(program, kept);
+    sendParameters(pass);
+    setState(2);
+    kept = readFrame();
+    sendFrame(program, kept);
+    sendParameters(pass);
+    bindSampler(program, "displacementMap", pass.displacementTexture, 1);
+    readLog(program);
+}
+
+void closeByHand() {
+    glUseProgram(0);
+    glUseProgramObjectARB(0);
+    glPopAttrib();
+}
+
+}  // namespace vellum::benchmarks
