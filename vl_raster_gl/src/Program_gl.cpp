@@ -24,7 +24,7 @@ static_assert(sizeof(int) == VALUE_BYTES && sizeof(float) == VALUE_BYTES, "unifo
 
 }  // namespace
 
-std::size_t Program_gl::UNIFORM_PAIR::bytes() const {
+std::size_t Program_gl::UNIFORM_PAIR::bytes(UNIFORM_TYPE const& type, int const& count, int const& size) {
     std::size_t const elements = static_cast<std::size_t>(count) * static_cast<std::size_t>(size);
     return VALUE_BYTES * (type == UNIFORM_MATRIX ? elements * elements : elements);
 }
@@ -190,16 +190,17 @@ void Program_gl::_setUniform(char const* name, UNIFORM_PAIR::UNIFORM_TYPE const&
 
     // Values of the same length go where the old ones are: effects send the same uniforms in every frame,
     // and a frame should not allocate.
-    UNIFORM_PAIR changed{{}, type, count, size, uniform->data};
-    if (uniform->data == nullptr || changed.bytes() != uniform->bytes()) {
-        changed.data = ::operator new(changed.bytes());
+    std::size_t const bytes = UNIFORM_PAIR::bytes(type, count, size);
+    if (uniform->data == nullptr ||
+        bytes != UNIFORM_PAIR::bytes(uniform->type, uniform->count, uniform->size)) {
+        void* const room = ::operator new(bytes);
         ::operator delete(uniform->data);
+        uniform->data = room;
     }
-    std::memcpy(changed.data, values, changed.bytes());
-    uniform->type = changed.type;
-    uniform->count = changed.count;
-    uniform->size = changed.size;
-    uniform->data = changed.data;
+    std::memcpy(uniform->data, values, bytes);
+    uniform->type = type;
+    uniform->count = count;
+    uniform->size = size;
 
     if (enabled) {
         _applyUniform(uniform);
@@ -211,8 +212,9 @@ void Program_gl::_setUniform(char const* name, UNIFORM_PAIR::UNIFORM_TYPE const&
 Program_gl::UNIFORM_PAIR* Program_gl::_findUniform(char const* name) {
     auto const find = [this, name](std::list<UNIFORM_PAIR*>::iterator const& begin,
                                    std::list<UNIFORM_PAIR*>::iterator const& end) {
-        auto const found =
-            std::find_if(begin, end, [name](UNIFORM_PAIR const* each) { return each->name == name; });
+        auto const found = std::find_if(begin, end, [name](UNIFORM_PAIR const* each) {
+            return std::strcmp(each->name.c_str(), name) == 0;
+        });
         if (found == end) {
             return false;
         }

@@ -138,7 +138,7 @@ private:
         int size;    // components of an element, or the order of a matrix
         void* data;  // owned, of operator new; 32-bit values
 
-        std::size_t bytes() const;
+        static std::size_t bytes(UNIFORM_TYPE const& type, int const& count, int const& size);
     };
 
     void _attach(Shader_gl* shader);

@@ -326,6 +326,22 @@ TEST_F(Displacement_calls_test, valuesThatAreEditedInPlaceAreSentWhenMarked) {
     EXPECT_EQ(recording.named("glUniform2fv").back().numbers.at(2), 8);
 }
 
+TEST_F(Displacement_calls_test, aPassThatIsNotDirtyKeepsWhatHasChangedAllTheSame) {
+    Displacement_shader effect;
+    isSent(effect);
+    effect.getScalePtr()[2] = 7;
+    driver.integer(GL_VIEWPORT, {0, 0, 200, 100});
+    EXPECT_FALSE(isSent(effect));
+    recording.clear();
+    effect.enable(true);
+    EXPECT_EQ(recording.named("glUniform1fv").at(0).numbers.at(2), 200) << "the frame's width";
+    EXPECT_EQ(recording.named("glUniform1fv").at(3).numbers.at(2), 128) << "the texture's height";
+    EXPECT_EQ(recording.named("glUniform3fv").at(0).numbers.at(4), 7) << "the edited scale";
+    effect.preprocess();
+    EXPECT_EQ(recording.count("glUniform1fv"), 8U) << "sent at once, as the program is in use";
+    effect.cleanup();
+}
+
 TEST_F(Displacement_calls_test, deliberatelyTheOceanStaysDirtyAndIsEnabledInEveryPass) {
     Displacement_XZ_shader effect;
     EXPECT_TRUE(isSent(effect));

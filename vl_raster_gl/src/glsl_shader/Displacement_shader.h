@@ -8,6 +8,7 @@
 
 #include <array>
 #include <string>
+#include <tuple>
 
 namespace vellum {
 
@@ -149,6 +150,10 @@ public:
     void createShadersGeometry();
 
 private:
+    /// What a pass sets: width and height of the frame, depth, light count; base colour; scale; tile factor.
+    using Uniforms =
+        std::tuple<std::array<int, 4>, std::array<float, 4>, std::array<float, 3>, std::array<float, 2>>;
+
     void _nameTextures();
 
     std::array<float, 4> baseColor{1, 1, 1, 1};  // red, green, blue, alpha
@@ -164,6 +169,7 @@ private:
     VL_String displacementPath;                  // empty: no file
     VL_String normalsPath;                       // empty: no file
     unsigned int lightCount = 1;                 // switched on in a pass
+    Uniforms keptUniforms{};                     // of the last pass
 };
 
 }  // namespace vellum
