@@ -8,6 +8,7 @@
 #include "foundation/raster/Core_RL.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "gl_api.h"
 
@@ -301,7 +302,7 @@ void Displacement_shader::_nameTextures() {
 
 void Displacement_shader::setDisplacementTexture(VL_String path) {
     bool const isChanged = displacementPath != path;
-    displacementPath = path;
+    displacementPath = std::move(path);
     if (isChanged || dirty) {
         _nameTextures();
         loadTexture(displacementPath, displacementImage, displacementTexture);
@@ -310,7 +311,7 @@ void Displacement_shader::setDisplacementTexture(VL_String path) {
 
 void Displacement_shader::setNormalsTexture(VL_String path) {
     bool const isChanged = normalsPath != path;
-    normalsPath = path;
+    normalsPath = std::move(path);
     if (isChanged || dirty) {
         _nameTextures();
         loadTexture(normalsPath, normalsImage, normalsTexture);
