@@ -15,12 +15,16 @@
 
 #include "gl_api.h"
 
-// Steady frames must take no memory. This file replaces the global operators of the test program by ones that
+#include <malloc.h>
+
+// Steady frames must take no memory, and drawing little. This file replaces the global operators of the test program by ones that
 // count.
 
 namespace {
 
 std::atomic<unsigned int> allocations{0};
+std::atomic<std::size_t> held{0};      // bytes that malloc really sets aside
+std::atomic<std::size_t> mostHeld{0};  // at any time
 
 // Not inlined: the compiler would take the mixing of operators and C functions, which is meant, for a mistake.
 [[gnu::noinline]] void* allocate(std::size_t const size) {
@@ -29,10 +33,15 @@ std::atomic<unsigned int> allocations{0};
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
+    std::size_t const now = held += malloc_usable_size(memory);
+    if (now > mostHeld) {
+        mostHeld = now;  // the thread of the test is the one that counts
+    }
     return memory;
 }
 
 [[gnu::noinline]] void release(void* const memory) noexcept {
+    held -= memory != nullptr ? malloc_usable_size(memory) : 0;
     std::free(memory);
 }
 
@@ -206,10 +215,46 @@ TEST_P(Particles_RL_GL_v2_gl_test, steadyFramesTakeNoMemory) {
         draw(true);
         draw(false);
         draw(true, 33);
+        draw(true, 90);
         draw(true);
     }
     // Drivers allocate with malloc, not with the operators.
     EXPECT_EQ(allocations, before);
+}
+
+class Particles_RL_GL_v2_memory_gl_test : public gl_spy::GlTest {};
+
+TEST_F(Particles_RL_GL_v2_memory_gl_test, drawingFromChunksTakesATwentiethMoreThanTheParticles) {
+    constexpr unsigned int PARTICLES = 1000000;
+    Layer const layer;
+    Particles_RL_GL_v2 particles;
+    particles.init();
+    auto const draw = [&](ParticleSystem_v2 const& system, float const& percent) {
+        particles.render(system, false, true, 1, 0, 1, {0, 0, 1, 1}, {1, 0, 0, 1}, {0, 1, 0, 1}, 1, 1,
+                         percent, false, true, Magnitude::LENGTH);
+    };
+    auto const addChannels = [](ParticleSystem_v2& system) {
+        system.addChannel("position", ParticleChannel_v2::VECTOR);
+        system.addChannel("velocity", ParticleChannel_v2::VECTOR);
+    };
+    ParticleSystem_v2 few;
+    addChannels(few);
+    few.addParticles(10);
+    draw(few, 100);  // the driver compiles the effect now
+
+    std::size_t const before = held;
+    mostHeld = before;
+    ParticleSystem_v2 system;
+    addChannels(system);
+    system.addParticles(PARTICLES);
+    for (float const percent : {100.0F, 40.0F, 100.0F}) {
+        draw(system, percent);
+    }
+    std::size_t const taken = mostHeld - before;
+    EXPECT_GE(taken, std::size_t{28} * PARTICLES) << "the count of bytes is wrong";
+    EXPECT_LE(static_cast<double>(taken), 1.05 * 29 * PARTICLES);
+    particles.clear();
+    particles.releaseEffects();
 }
 
 TEST_P(Particles_RL_GL_v2_gl_test, valuesThatAreNoNumbersDoNoHarm) {

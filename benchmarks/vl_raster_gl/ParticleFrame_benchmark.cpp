@@ -1,0 +1,223 @@
+// Questions, each answered by a ratio of two times that were taken in turn in one run:
+//  - StaticFrame: what does a frame of four million particles that do not change cost, drawn as points by the effect
+//    from its buffer, compared with the same draw written by hand? At most 1.03.
+//  - Dispatcher: what does render() cost until it has chosen a way to draw, compared with the queries that it makes
+//    written by hand? At most 1.2. Both then take the cheapest way, with no particles, through a render layer that
+//    asks the driver but draws nothing.
+//
+// Held constant: the driver and its context, the program with its uniforms, the buffer's contents and the calls that
+// draw. The picture is small, so that a frame is the work on the points; both sides must draw the same one.
+
+#include "PairTiming.h"
+
+#include "Core_RL_GL.h"
+#include "Particles_RL_GL_v2.h"
+#include "foundation/geometry/ParticleSystem_v2.h"
+#include "viewport/OffscreenContext.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <vector>
+
+#define GL_GLEXT_PROTOTYPES 1
+#include <GL/gl.h>
+#include <GL/glext.h>
+
+namespace vellum::benchmarks {
+namespace {
+
+constexpr unsigned int PARTICLES = 4000000;
+constexpr int RECORD_BYTES = 24;
+constexpr int COLOUR_OFFSET = 12;
+constexpr int SIDE = 64;  // pixels
+constexpr int ROUNDS = 6;
+constexpr unsigned int FRAMES_PER_ROUND = 6;
+constexpr unsigned int PARTS_PER_ROUND = 50;
+constexpr unsigned int CALLS_PER_PART = 2000;
+
+constexpr Color4<float> BLUE{0, 0, 1, 1};
+constexpr Color4<float> RED{1, 0, 0, 1};
+constexpr Color4<float> WHITE{1, 1, 1, 1};
+
+/// The driver does not tell its free memory, so the layer does; and it notes what the library draws with.
+class FrameLayer : public Core_RL_GL {
+public:
+    unsigned int getFreeGpuMemory() override { return 1U << 20; }
+    void genBuffers(unsigned long count, unsigned int* ids) override {
+        Core_RL_GL::genBuffers(count, ids);
+        buffer = ids[0];
+    }
+    void drawArrays(Primitive::type mode, unsigned long first, unsigned long count) override {
+        if (program == 0) {
+            glGetIntegerv(GL_CURRENT_PROGRAM, &program);
+        }
+        Core_RL_GL::drawArrays(mode, first, count);
+    }
+
+    GLuint buffer = 0;
+    GLint program = 0;
+};
+
+/// What a program would write that keeps the particles in a buffer of its own.
+class ByHand {
+public:
+    explicit ByHand(FrameLayer const& layer) : program(static_cast<GLuint>(layer.program)) {
+        std::vector<char> records(std::size_t{PARTICLES} * RECORD_BYTES);
+        auto const bytes = static_cast<GLsizeiptr>(records.size());
+        glBindBuffer(GL_ARRAY_BUFFER, layer.buffer);
+        glGetBufferSubData(GL_ARRAY_BUFFER, 0, bytes, records.data());
+        glGenBuffers(1, &buffer);
+        glBindBuffer(GL_ARRAY_BUFFER, buffer);
+        glBufferData(GL_ARRAY_BUFFER, bytes, records.data(), GL_STREAM_DRAW);
+        glBindBuffer(GL_ARRAY_BUFFER, 0);
+    }
+    ~ByHand() { glDeleteBuffers(1, &buffer); }
+    ByHand(ByHand const&) = delete;
+    ByHand& operator=(ByHand const&) = delete;
+
+    void draw() const {
+        glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
+        glPointSize(1);
+        glUseProgram(program);
+        glEnableClientState(GL_VERTEX_ARRAY);
+        glEnableClientState(GL_COLOR_ARRAY);
+        glBindBuffer(GL_ARRAY_BUFFER, buffer);
+        glVertexPointer(3, GL_FLOAT, RECORD_BYTES, nullptr);
+        glColorPointer(3, GL_FLOAT, RECORD_BYTES, reinterpret_cast<void*>(COLOUR_OFFSET));
+        glDrawArrays(GL_POINTS, 0, PARTICLES);
+        glBindBuffer(GL_ARRAY_BUFFER, 0);
+        glDisableClientState(GL_VERTEX_ARRAY);
+        glDisableClientState(GL_COLOR_ARRAY);
+        glUseProgram(0);
+    }
+
+private:
+    GLuint program;
+    GLuint buffer = 0;
+};
+
+void makeParticles(ParticleSystem_v2& system) {
+    system.addChannel("position", ParticleChannel_v2::VECTOR);
+    system.addChannel("velocity", ParticleChannel_v2::VECTOR);
+    system.addParticles(PARTICLES);
+    float k = 0;
+    for (ParticleSystemChunk_v2* chunk = system.firstChunk(); chunk != nullptr; chunk = chunk->next()) {
+        Vector3<float>* const positions = chunk->channelData(0)->asVectors();
+        Vector3<float>* const velocities = chunk->channelData(1)->asVectors();
+        for (unsigned int slot = 0; slot < chunk->count(); ++slot, ++k) {
+            positions[slot] = {std::sin(0.37F * k), std::cos(0.23F * k), std::sin(0.11F * k)};
+            velocities[slot] = {std::sin(0.71F * k), 0, 0};
+        }
+    }
+}
+
+std::vector<unsigned char> picture() {
+    std::vector<unsigned char> pixels(std::size_t{4} * SIDE * SIDE);
+    glReadPixels(0, 0, SIDE, SIDE, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    return pixels;
+}
+
+void StaticFrame(benchmark::State& state) {
+    OffscreenContext const context({SIDE, SIDE});
+    if (!context.isValid()) {
+        state.SkipWithError(context.error().c_str());
+        return;
+    }
+    benchmark::AddCustomContext("GL", reinterpret_cast<char const*>(glGetString(GL_RENDERER)));
+    FrameLayer layer;
+    ParticleSystem_v2 system;
+    makeParticles(system);
+    Particles_RL_GL_v2 particles;
+    particles.init();
+    glEnable(GL_DEPTH_TEST);
+    auto const frame = [](auto const& draw) {
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        draw();
+        glFinish();
+    };
+    auto const drawByLibrary = [&] {
+        particles.render(system, false, false, 1, 0, 1, BLUE, RED, WHITE, 1, 1, 100, true, true,
+                         Particles_RL_GL_v2::RenderMagnitude::LENGTH);
+    };
+    frame(drawByLibrary);
+    std::vector<unsigned char> const expected = picture();
+    {
+        ByHand const byHand(layer);
+        frame([&] { byHand.draw(); });
+        if (layer.program == 0 || picture() != expected) {
+            state.SkipWithError("the pictures differ");
+            return;
+        }
+        PairTiming timing(FRAMES_PER_ROUND);
+        timing.run(
+            state, [&](unsigned int const&) { frame(drawByLibrary); },
+            [&](unsigned int const&) { frame([&] { byHand.draw(); }); });
+        state.counters["library_ms"] = timing.librarySecondsPerRound() * 1e3 / FRAMES_PER_ROUND;
+        state.counters["other_ms"] = timing.otherSecondsPerRound() * 1e3 / FRAMES_PER_ROUND;
+        state.counters["library/by_hand"] = timing.ratio();
+    }
+    particles.clear();
+    particles.releaseEffects();
+}
+
+/// Answers queries as the driver does, and draws nothing.
+class QueryLayer : public Core_RL_GL {
+public:
+    float setPointSize(float const& size) override { return size; }
+    void enableClientState(ClientCapability::type /*array*/) override {}
+    void disableClientState(ClientCapability::type /*array*/) override {}
+    void vertexPointer(int /*size*/, DataType::type /*type*/, unsigned long /*stride*/,
+                       void* /*pointer*/) override {}
+    void colorPointer(int /*size*/, DataType::type /*type*/, unsigned long /*stride*/,
+                      void* /*pointer*/) override {}
+    void drawArrays(Primitive::type /*mode*/, unsigned long /*first*/, unsigned long /*count*/) override {}
+};
+
+void Dispatcher(benchmark::State& state) {
+    OffscreenContext const context({SIDE, SIDE});
+    if (!context.isValid()) {
+        state.SkipWithError(context.error().c_str());
+        return;
+    }
+    QueryLayer const layer;
+    ParticleSystem_v2 const system;
+    Particles_RL_GL_v2 particles;
+    particles.init();
+    unsigned int constexpr NONE = ParticleChannel_v2::NONE;
+    auto constexpr LENGTH = Particles_RL_GL_v2::RenderMagnitude::LENGTH;
+    bool const useShaders = false;
+    PairTiming timing(PARTS_PER_ROUND);
+    timing.run(
+        state,
+        [&](unsigned int const&) {
+            for (unsigned int call = 0; call < CALLS_PER_PART; ++call) {
+                particles.render(system, false, false, 1, 0, 1, BLUE, RED, WHITE, 1, NONE, 100, false,
+                                 useShaders, LENGTH);
+            }
+        },
+        [&](unsigned int const&) {
+            for (unsigned int call = 0; call < CALLS_PER_PART; ++call) {
+                unsigned int const free = VL_Raster->getFreeGpuMemory();
+                bool const hasShaders = VL_Raster->checkShaderSupport();
+                benchmark::DoNotOptimize(free);
+                benchmark::DoNotOptimize(hasShaders);
+                particles.renderFromMemoryNoShaders(system, false, false, 1, 0, 1, BLUE, RED, WHITE, 1, NONE,
+                                                    100, LENGTH);
+            }
+        });
+    constexpr double NANOSECONDS = 1e9 / (PARTS_PER_ROUND * CALLS_PER_PART);
+    state.counters["library_ns"] = timing.librarySecondsPerRound() * NANOSECONDS;
+    state.counters["other_ns"] = timing.otherSecondsPerRound() * NANOSECONDS;
+    state.counters["library/by_hand"] = timing.ratio();
+}
+
+void settings(benchmark::internal::Benchmark* pair) {
+    pair->UseManualTime()->Iterations(ROUNDS)->Unit(benchmark::kMillisecond);
+}
+
+BENCHMARK(StaticFrame)->Apply(settings);
+BENCHMARK(Dispatcher)->Apply(settings);
+
+}  // namespace
+}  // namespace vellum::benchmarks
