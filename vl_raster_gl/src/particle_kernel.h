@@ -281,9 +281,9 @@ void write(RecordFormula const& formula, float const* positions, float const* va
     }
 }
 
-void writeRecordsByLanes(RecordFormula const& formula, float const* positions, float const* values,
-                         unsigned int const* offsets, float* out, std::size_t const& count,
-                         bool const& streams) {
+inline void writeRecordsByLanes(RecordFormula const& formula, float const* positions, float const* values,
+                                unsigned int const* offsets, float* out, std::size_t const& count,
+                                bool const& streams) {
     switch (formula.source) {
     case RecordColour::CONSTANT:
         return write<RecordColour::CONSTANT>(formula, positions, values, offsets, out, count, streams);

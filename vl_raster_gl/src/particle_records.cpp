@@ -17,6 +17,9 @@ constexpr std::size_t RECORD_FLOATS = 6;
 // Records that fill more than the cache of a processor are of no use in it.
 constexpr std::size_t STREAMED_BYTES = std::size_t{8} << 20;
 
+// What stands for the values of a chunk that has none.
+constexpr float ZEROS[3 * ParticleSystemChunk_v2::CAPACITY] = {};
+
 RecordWriter fastestRecordWriter() {
     if (RecordWriter const writer = avxRecordWriter()) {
         return writer;
@@ -121,9 +124,9 @@ private:
     RecordFormula const& formula;
     float* out;  // where the next record goes
     bool streams;
-    float const* lastPosition = nullptr;  // of the particle that was put last
-    float const* lastValue = nullptr;     // alike
-    unsigned int staged = 0;              // particles below
+    float const* lastPosition = ZEROS;  // of the particle that was put last
+    float const* lastValue = ZEROS;     // alike
+    unsigned int staged = 0;            // particles below
     float stagedPositions[POSITION_FLOATS * (STAGE + MANY)];
     float stagedValues[3 * (STAGE + MANY)];
 };
@@ -155,9 +158,6 @@ bool forLivingRuns(ParticleSystemChunk_v2 const& chunk, Run const& run) {
     return true;
 }
 
-// What stands for the values of a chunk that has none.
-constexpr float ZEROS[3 * ParticleSystemChunk_v2::CAPACITY] = {};
-
 float const* vectorsOf(ParticleChannelChunkData_v2* data) {
     Vector3<float> const* const vectors = data != nullptr ? data->asVectors() : nullptr;
     return vectors != nullptr ? &vectors->x : ZEROS;
@@ -170,7 +170,7 @@ float const* floatsOf(ParticleChannelChunkData_v2* data) {
 
 template <unsigned int valueFloats>
 void writeRecords(ParticleSystem_v2 const& system, unsigned int const& channel, RecordFormula const& formula,
-                  EvenThinning thinning, float* out) {
+                  EvenThinning thinning, float* out) {  // NOLINT(readability-non-const-parameter): written to
     bool const streams = std::size_t{thinning.target()} * RECORD_FLOATS * sizeof(float) >= STREAMED_BYTES;
     RecordSink<valueFloats> sink(formula, out, streams);
     EvenThinning::Marks marks;
