@@ -348,6 +348,69 @@ TEST_F(Program_gl_uniform_calls_test, anotherTypeTakesTheRecordOverInItsPlace) {
                             "glGetUniformLocation(5, \"b\")", "glUniform1fv(2, 1, {2.5})"));
 }
 
+TEST_F(Program_gl_uniform_calls_test, uniformsAreFoundInAnyOrder) {
+    for (char const* const name : {"a", "b", "c", "d"}) {
+        program.setUniform(name, 1);
+    }
+    for (char const* const name : {"d", "b", "a", "c", "c", "a", "d"}) {
+        program.setUniform(name, 2);
+    }
+    program.setUniform("b", 3);
+    Recording const recording;
+    program.enable(true);
+    std::vector<std::string> sent;
+    for (gl_spy::Call const& call : recording.calls()) {
+        if (call.name == "glGetUniformLocation") {
+            sent.push_back(call.strings.at(0));
+        } else if (call.name == "glUniform1iv") {
+            sent.back() += call.arguments.back();
+        }
+    }
+    EXPECT_THAT(sent, ElementsAre("a{2}", "b{3}", "c{2}", "d{2}"));
+}
+
+TEST_F(Program_gl_uniform_calls_test, aKeySetsWhatItsNameSets) {
+    driver.uniformLocation("value", 7);
+    Program_gl::UniformKey key("value");
+    program.setUniform(key, 1.0F);
+    program.setUniform("other", 1);
+    Recording recording;
+    program.enable(true);
+    EXPECT_EQ(recording.texts().at(2), "glUniform1fv(7, 1, {1})")
+        << "kept, in the place of its first setting";
+    recording.clear();
+    program.setUniform(key, 2.0F);
+    EXPECT_EQ(recording.texts().back(), "glUniform1fv(7, 1, {2})") << "sent at once";
+    program.setUniform("value", 3.0F);
+    EXPECT_EQ(recording.texts().back(), "glUniform1fv(7, 1, {3})");
+    program.setUniform(key, 4.0F, 5.0F, 6.0F);
+    EXPECT_EQ(recording.texts().back(), "glUniform3fv(7, 1, {4, 5, 6})");
+    program.setUniform(key, 4.0F, 5.0F, 6.0F, 7.0F);
+    EXPECT_EQ(recording.texts().back(), "glUniform4fv(7, 1, {4, 5, 6, 7})");
+    program.disable();
+    recording.clear();
+    program.setUniform(key, 8);
+    EXPECT_THAT(recording.texts(), IsEmpty());
+    program.enable(true);
+    EXPECT_EQ(recording.texts().at(2), "glUniform1iv(7, 1, {8})");
+    EXPECT_EQ(recording.count("glUniform1iv"), 2U) << "one record, not one for each type";
+}
+
+TEST_F(Program_gl_uniform_calls_test, aKeyFollowsItsNameToAnotherTypeAndLength) {
+    driver.uniformLocation("value", 7);
+    Program_gl::UniformKey key("value");
+    program.setUniform(key, 1.0F, 2.0F, 3.0F);
+    int const numbers[] = {1, 2, 3, 4, 5, 6};
+    program.setUniform("value", 2, 3, numbers);
+    program.setUniform(key, 4.0F, 5.0F, 6.0F);
+    float const matrix[16] = {};
+    program.setUniformMatrix("value", 4, matrix);
+    program.setUniform(key, 7.0F, 8.0F, 9.0F);
+    Recording const recording;
+    program.enable(true);
+    EXPECT_EQ(recording.texts().back(), "glUniform3fv(7, 1, {7, 8, 9})");
+}
+
 TEST_F(Program_gl_uniform_calls_test, namesAreComparedExactly) {
     driver.uniformLocation("u", 1).uniformLocation("U", 2).uniformLocation("u ", 3);
     program.setUniform("u", 1);

@@ -207,6 +207,12 @@ void Program_gl::_setUniform(char const* name, UNIFORM_PAIR::UNIFORM_TYPE const&
     }
 }
 
+void Program_gl::_setUniform(UniformKey& key, UNIFORM_PAIR::UNIFORM_TYPE const& type, int const& size,
+                             void const* values) {
+    _setUniform(key.name, type, 1, size, values);
+    key.kept = _findUniform(key.name);
+}
+
 // Effects set the same uniforms in the same order in every pass, so the one that is wanted mostly follows the one
 // that was set last. null: none has that name.
 Program_gl::UNIFORM_PAIR* Program_gl::_findUniform(char const* name) {

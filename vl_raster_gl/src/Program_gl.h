@@ -2,9 +2,12 @@
 
 #include "raster_gl_export.h"
 
+#include <array>
 #include <cstddef>
+#include <cstring>
 #include <list>
 #include <string>
+#include <type_traits>
 
 namespace vellum {
 
@@ -30,7 +33,23 @@ class Shader_gl;
 /// Names and value pointers may be null: a null name is the empty one, which names no uniform.
 /// Everything must be called on the thread that owns the context.
 class VL_RASTER_GL_EXPORT Program_gl {
+private:
+    struct UNIFORM_PAIR;
+
 public:
+    /// The name of a uniform that is set in every pass: it is looked up the first time only. A key is for one
+    /// program, the one that it is first given to, and is not to outlive it.
+    class UniformKey {
+    public:
+        explicit UniformKey(char const* name) : name(name) {}  ///< Keeps the pointer, not the text.
+
+    private:
+        friend class Program_gl;
+
+        char const* name;              // not owned
+        UNIFORM_PAIR* kept = nullptr;  // of the program; null before the first setting
+    };
+
     Program_gl();  ///< An empty program. GL: none.
 
     /// Signs off from the stages and deletes the GL program, which detaches them in GL.
@@ -87,6 +106,13 @@ public:
     void setUniform(char const* name, float x, float y, float z, float w);
     /// `count` elements of `size` components each; size 1 to 4.
     void setUniform(char const* name, int count, int size, float const* values);
+    // By a key: the same, without looking the name up.
+    void setUniform(UniformKey& key, int x) { _setUniform<int, 1>(key, {x}); }
+    void setUniform(UniformKey& key, float x) { _setUniform<float, 1>(key, {x}); }
+    void setUniform(UniformKey& key, float x, float y, float z) { _setUniform<float, 3>(key, {x, y, z}); }
+    void setUniform(UniformKey& key, float x, float y, float z, float w) {
+        _setUniform<float, 4>(key, {x, y, z, w});
+    }
     /// A square matrix of order 2 to 4, column by column.
     void setUniformMatrix(char const* name, int order, float const* values);
 
@@ -145,6 +171,23 @@ private:
     // Takes the stage off the program, in GL too. Called by the stage's destructor.
     void _detach(Shader_gl* shader);
     void _link();
+    // Kept uniforms stay where they are as long as the program lives; only what they hold may become another type.
+    template <class Value, std::size_t SIZE>
+    void _setUniform(UniformKey& key, std::array<Value, SIZE> const& values) {
+        constexpr UNIFORM_PAIR::UNIFORM_TYPE TYPE =
+            std::is_same_v<Value, int> ? UNIFORM_PAIR::UNIFORM_INT : UNIFORM_PAIR::UNIFORM_FLOAT;
+        UNIFORM_PAIR* const kept = key.kept;
+        if (kept == nullptr || kept->type != TYPE || kept->count != 1 || kept->size != int{SIZE}) {
+            _setUniform(key, TYPE, int{SIZE}, values.data());
+            return;
+        }
+        std::memcpy(kept->data, values.data(), sizeof(values));
+        if (enabled) {
+            _applyUniform(kept);
+        }
+    }
+    void _setUniform(UniformKey& key, UNIFORM_PAIR::UNIFORM_TYPE const& type, int const& size,
+                     void const* values);  // by its name
     void _setUniform(char const* name, UNIFORM_PAIR::UNIFORM_TYPE const& type, int const& count,
                      int const& size, void const* values);
     UNIFORM_PAIR* _findUniform(char const* name);

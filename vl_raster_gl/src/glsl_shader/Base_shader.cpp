@@ -1,6 +1,5 @@
 #include "glsl_shader/Base_shader.h"
 
-#include "Program_gl.h"
 #include "Shader_gl.h"
 
 #include "foundation/raster/Core_RL.h"
@@ -260,10 +259,10 @@ Base_shader::FrameSize Base_shader::_readFrameSize() {
 }
 
 void Base_shader::_sendFrameSize(FrameSize const& frame) {
-    program->setUniform("FrameWidth", static_cast<float>(frame.width));
-    program->setUniform("FrameHeight", static_cast<float>(frame.height));
-    program->setUniform("textureWidth", static_cast<float>(frame.textureWidth));
-    program->setUniform("textureHeight", static_cast<float>(frame.textureHeight));
+    program->setUniform(frameWidthKey, static_cast<float>(frame.width));
+    program->setUniform(frameHeightKey, static_cast<float>(frame.height));
+    program->setUniform(textureWidthKey, static_cast<float>(frame.textureWidth));
+    program->setUniform(textureHeightKey, static_cast<float>(frame.textureHeight));
 }
 
 void Base_shader::_uploadTexture(VL_Image const& image, unsigned int const& texture,

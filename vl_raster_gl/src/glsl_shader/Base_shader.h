@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Program_gl.h"
 #include "foundation/basic/VL_String.h"
 #include "foundation/image/VL_Image.h"
 #include "foundation/raster/Mesh_RL_Shader.h"
@@ -9,7 +10,6 @@
 
 namespace vellum {
 
-class Program_gl;
 class Shader_gl;
 
 /// What all GLSL effects have in common: one program, up to three stages, parameters that are sent when they
@@ -203,6 +203,11 @@ protected:
 
 private:
     void _loadTexture(VL_String const& path, unsigned int const& texture, int const& internalFormat);
+
+    Program_gl::UniformKey frameWidthKey{"FrameWidth"};
+    Program_gl::UniformKey frameHeightKey{"FrameHeight"};
+    Program_gl::UniformKey textureWidthKey{"textureWidth"};
+    Program_gl::UniformKey textureHeightKey{"textureHeight"};
 };
 
 }  // namespace vellum

@@ -1,13 +1,12 @@
 #include "glsl_shader/Custom_shader.h"
 
-#include "Program_gl.h"
 #include "Shader_gl.h"
 #include "glsl_shader/geometry_dialect.h"
 
 #include "foundation/raster/Core_RL.h"
 
 #include <cstddef>
-#include <string>
+#include <utility>
 
 #include "gl_api.h"
 
@@ -18,26 +17,42 @@ namespace {
 constexpr int FRAME_UNIT = 7;
 constexpr std::size_t FRAME_TEXTURE = 7;
 
-// The names of an input with indices, made once: they are sent in every pass.
 template <std::size_t COUNT>
-std::array<std::string, COUNT> numbered(char const* name) {
-    std::array<std::string, COUNT> names;
-    for (std::size_t i = 0; i < COUNT; ++i) {
-        names[i] = name + std::to_string(i);
-    }
-    return names;
+using Names = std::array<char const*, COUNT>;
+
+constexpr Names<7> TEXTURE_NAMES{"Texture0", "Texture1", "Texture2", "Texture3",
+                                 "Texture4", "Texture5", "Texture6"};
+constexpr Names<10> FLOAT_NAMES{"FloatVar0", "FloatVar1", "FloatVar2", "FloatVar3", "FloatVar4",
+                                "FloatVar5", "FloatVar6", "FloatVar7", "FloatVar8", "FloatVar9"};
+constexpr Names<10> VEC3_NAMES{"Vec3Var0", "Vec3Var1", "Vec3Var2", "Vec3Var3", "Vec3Var4",
+                               "Vec3Var5", "Vec3Var6", "Vec3Var7", "Vec3Var8", "Vec3Var9"};
+constexpr Names<10> VEC4_NAMES{"Vec4Var0", "Vec4Var1", "Vec4Var2", "Vec4Var3", "Vec4Var4",
+                               "Vec4Var5", "Vec4Var6", "Vec4Var7", "Vec4Var8", "Vec4Var9"};
+
+template <std::size_t COUNT, std::size_t... INDEX>
+std::array<Program_gl::UniformKey, COUNT> keysOf(Names<COUNT> const& names, std::index_sequence<INDEX...>) {
+    return {Program_gl::UniformKey(names[INDEX])...};
 }
 
+template <std::size_t COUNT>
+std::array<Program_gl::UniformKey, COUNT> keysOf(Names<COUNT> const& names) {
+    return keysOf(names, std::make_index_sequence<COUNT>());
+}
+
+template <int COUNT>
+bool isInside(int const& index) {
+    return index >= 0 && index < COUNT;
+}
+
+// Null for an index outside.
 template <class Value, std::size_t COUNT>
 Value* entry(std::array<Value, COUNT>& values, int const& index) {
-    return index >= 0 && static_cast<std::size_t>(index) < COUNT ? &values[static_cast<std::size_t>(index)]
-                                                                 : nullptr;
+    return isInside<COUNT>(index) ? &values[static_cast<std::size_t>(index)] : nullptr;
 }
 
 template <class Value, std::size_t COUNT>
 Value valueOf(std::array<Value, COUNT> const& values, int const& index) {
-    return index >= 0 && static_cast<std::size_t>(index) < COUNT ? values[static_cast<std::size_t>(index)]
-                                                                 : Value{};
+    return isInside<COUNT>(index) ? values[static_cast<std::size_t>(index)] : Value{};
 }
 
 bool isEmpty(VL_String const& path) {
@@ -54,7 +69,8 @@ void swallowError() {
 
 }  // namespace
 
-Custom_shader::Custom_shader() {
+Custom_shader::Custom_shader()
+    : floatKeys(keysOf(FLOAT_NAMES)), vec3Keys(keysOf(VEC3_NAMES)), vec4Keys(keysOf(VEC4_NAMES)) {
     if (VL_Raster != nullptr) {
         for (unsigned int& texture : textures) {
             texture = VL_Raster->createTexture();
@@ -172,7 +188,11 @@ void Custom_shader::_readPicture(int const& index) {
 }
 
 VL_String Custom_shader::getTexturePath(int const& index) const {
-    return valueOf(texturePaths, index);
+    VL_String path;
+    if (isInside<PICTURES>(index)) {
+        path = texturePaths[static_cast<std::size_t>(index)];
+    }
+    return path;
 }
 
 VL_String& Custom_shader::refTexturePath(int const& index) {
@@ -262,28 +282,23 @@ void Custom_shader::init() {
 }
 
 void Custom_shader::preprocess() {
-    static std::array<std::string, PICTURES> const TEXTURE_NAMES = numbered<PICTURES>("Texture");
-    static std::array<std::string, VARIABLES> const FLOAT_NAMES = numbered<VARIABLES>("FloatVar");
-    static std::array<std::string, VARIABLES> const VEC3_NAMES = numbered<VARIABLES>("Vec3Var");
-    static std::array<std::string, VARIABLES> const VEC4_NAMES = numbered<VARIABLES>("Vec4Var");
-
     if (dirty) {
         enable(true);
     }
     _openPass(lightCount);
     for (std::size_t i = 0; i < PICTURES; ++i) {
         if (!isEmpty(texturePaths[i])) {
-            program->setUniformSampler(TEXTURE_NAMES[i].c_str(), textures[i], static_cast<int>(i));
+            program->setUniformSampler(TEXTURE_NAMES[i], textures[i], static_cast<int>(i));
         }
     }
     program->setUniformSampler("TextureFB", textures[FRAME_TEXTURE], FRAME_UNIT);
     for (std::size_t i = 0; i < VARIABLES; ++i) {
-        program->setUniform(FLOAT_NAMES[i].c_str(), floats[i]);
-        program->setUniform(VEC3_NAMES[i].c_str(), vec3s[i].x, vec3s[i].y, vec3s[i].z);
-        program->setUniform(VEC4_NAMES[i].c_str(), vec4s[i].r, vec4s[i].g, vec4s[i].b, vec4s[i].a);
+        program->setUniform(floatKeys[i], floats[i]);
+        program->setUniform(vec3Keys[i], vec3s[i].x, vec3s[i].y, vec3s[i].z);
+        program->setUniform(vec4Keys[i], vec4s[i].r, vec4s[i].g, vec4s[i].b, vec4s[i].a);
     }
-    program->setUniform("BaseColor", baseColor.r, baseColor.g, baseColor.b, baseColor.a);
-    program->setUniform("nLights", static_cast<int>(lightCount));
+    program->setUniform(baseColorKey, baseColor.r, baseColor.g, baseColor.b, baseColor.a);
+    program->setUniform(lightCountKey, static_cast<int>(lightCount));
     log = program->getInfoLog();
     swallowError();
 }

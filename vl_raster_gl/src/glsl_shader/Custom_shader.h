@@ -157,6 +157,13 @@ private:
     VL_String vertexPath;                           // empty: the stage that passes on
     unsigned int lightCount = 1;                    // lights that are switched on
     VL_String noPath;                               // what refTexturePath() gives for a wrong index
+
+    using Keys = std::array<Program_gl::UniformKey, VARIABLES>;
+    Keys floatKeys;
+    Keys vec3Keys;
+    Keys vec4Keys;
+    Program_gl::UniformKey baseColorKey{"BaseColor"};
+    Program_gl::UniformKey lightCountKey{"nLights"};
 };
 
 }  // namespace vellum

@@ -1,7 +1,5 @@
 #include "glsl_shader/SSScattering_shader.h"
 
-#include "Program_gl.h"
-
 namespace vellum {
 
 namespace {
@@ -172,12 +170,12 @@ void SSScattering_shader::init() {
 void SSScattering_shader::preprocess() {
     _openPass(lightCount);
     _sendFrameSize(_readFrameSize());
-    program->setUniform("MaterialThickness", materialThickness);
-    program->setUniform("RimScalar", rimScalar);
-    program->setUniform("ExtinctionCoefficient", extinctionCoefficient.r, extinctionCoefficient.g,
+    program->setUniform(thicknessKey, materialThickness);
+    program->setUniform(rimKey, rimScalar);
+    program->setUniform(extinctionKey, extinctionCoefficient.r, extinctionCoefficient.g,
                         extinctionCoefficient.b);
-    program->setUniform("BaseColor", baseColor.r, baseColor.g, baseColor.b, baseColor.a);
-    program->setUniform("nLights", static_cast<int>(lightCount));
+    program->setUniform(baseColorKey, baseColor.r, baseColor.g, baseColor.b, baseColor.a);
+    program->setUniform(lightCountKey, static_cast<int>(lightCount));
     log = program->getInfoLog();
 }
 

@@ -90,6 +90,12 @@ private:
     Color4<float> extinctionCoefficient{0.5F, 0.5F, 0.5F, 1};
     float rimScalar = 0.2F;
     unsigned int lightCount = 1;
+
+    Program_gl::UniformKey thicknessKey{"MaterialThickness"};
+    Program_gl::UniformKey rimKey{"RimScalar"};
+    Program_gl::UniformKey extinctionKey{"ExtinctionCoefficient"};
+    Program_gl::UniformKey baseColorKey{"BaseColor"};
+    Program_gl::UniformKey lightCountKey{"nLights"};
 };
 
 }  // namespace vellum
