@@ -13,8 +13,11 @@
 #include "passes_by_hand.h"
 
 #include "Core_RL_GL.h"
+#include "glsl_shader/Custom_shader.h"
 #include "glsl_shader/Displacement_XZ_shader.h"
 #include "glsl_shader/Displacement_shader.h"
+#include "glsl_shader/Glass_shader.h"
+#include "glsl_shader/SSScattering_shader.h"
 #include "viewport/OffscreenContext.h"
 
 #include <benchmark/benchmark.h>
@@ -71,10 +74,11 @@ unsigned int makeTexture() {
     return texture;
 }
 
-/// Times passes of an effect against `openByHand()` and closeByHand(). `before` is called ahead of every pass of the
+/// Times passes of an effect against `openByHand()` and `closeByHand()`. `before` is called ahead of every pass of the
 /// effect.
-template <class Effect, class Before, class OpenByHand>
-void compare(benchmark::State& state, Effect& effect, Before const& before, OpenByHand const& openByHand) {
+template <class Effect, class Before, class OpenByHand, class CloseByHand>
+void compare(benchmark::State& state, Effect& effect, Before const& before, OpenByHand const& openByHand,
+             CloseByHand const& closeByHand) {
     PairTiming timing(PARTS);
     timing.run(
         state,
@@ -98,6 +102,11 @@ void compare(benchmark::State& state, Effect& effect, Before const& before, Open
     state.counters["library_ns"] = timing.librarySecondsPerRound() * 1e9 / PASSES;
     state.counters["by_hand_ns"] = timing.otherSecondsPerRound() * 1e9 / PASSES;
     state.counters["library/by_hand"] = timing.ratio();
+}
+
+template <class Effect, class Before, class OpenByHand>
+void compare(benchmark::State& state, Effect& effect, Before const& before, OpenByHand const& openByHand) {
+    compare(state, effect, before, openByHand, [] { closeByHand(); });
 }
 
 void Displacement(benchmark::State& state, bool const& isDirty, bool const& isTesselated) {
@@ -133,6 +142,71 @@ void Displacement_XZ(benchmark::State& state) {
         state, effect, [] {}, [&] { openByHand(byHand); });
 }
 
+void Glass(benchmark::State& state, bool const& isDirty) {
+    if (char const* const error = Layer::instance().error(); error != nullptr) {
+        state.SkipWithError(error);
+        return;
+    }
+    Glass_shader effect;
+    effect.enable(true);
+    GlassByHand const byHand{
+        currentProgram(), makeTexture(), makeTexture(), {0, 1, 0}, {1, 1, 0}, 0.1F, 1, 1};
+    compare(
+        state, effect,
+        [&] {
+            if (isDirty) {
+                effect.markDirty();
+            }
+        },
+        [&] { openByHand(byHand, isDirty); },
+        [&] {
+            closeByHand();
+            deleteByHand(byHand.refractionTexture);
+        });
+}
+
+// It is its setters that take the scattering effect into use: one of them stands for the changes.
+void SSScattering(benchmark::State& state, bool const& isDirty) {
+    if (char const* const error = Layer::instance().error(); error != nullptr) {
+        state.SkipWithError(error);
+        return;
+    }
+    SSScattering_shader effect;
+    effect.enable(true);
+    ScatteringByHand const byHand{currentProgram(), 0.1F, 0.2F, {0.5F, 0.5F, 0.5F}, {0.8F, 0.8F, 0.8F, 1}, 1};
+    compare(
+        state, effect,
+        [&] {
+            if (isDirty) {
+                effect.markDirty();
+                effect.setMaterialThickness(0.1F);
+            }
+        },
+        [&] { openByHand(byHand, isDirty); });
+}
+
+void Custom(benchmark::State& state, bool const& isDirty) {
+    if (char const* const error = Layer::instance().error(); error != nullptr) {
+        state.SkipWithError(error);
+        return;
+    }
+    // No such pictures: a path alone has a texture bound.
+    Custom_shader effect;
+    effect.setTexture("/no/first.png", 0);
+    effect.setTexture("/no/second.png", 1);
+    effect.enable(true);
+    CustomByHand const byHand{
+        currentProgram(), {makeTexture(), makeTexture()}, makeTexture(), {}, {}, {}, {0, 0, 0, 1}, 1};
+    compare(
+        state, effect,
+        [&] {
+            if (isDirty) {
+                effect.markDirty();
+            }
+        },
+        [&] { openByHand(byHand, isDirty); });
+}
+
 void settings(benchmark::internal::Benchmark* pair) {
     pair->UseManualTime()->Iterations(ROUNDS)->Unit(benchmark::kMillisecond);
 }
@@ -141,6 +215,12 @@ BENCHMARK_CAPTURE(Displacement, unchanged, false, false)->Apply(settings);
 BENCHMARK_CAPTURE(Displacement, changed, true, false)->Apply(settings);
 BENCHMARK_CAPTURE(Displacement, tessellated_changed, true, true)->Apply(settings);
 BENCHMARK(Displacement_XZ)->Apply(settings);
+BENCHMARK_CAPTURE(Glass, unchanged, false)->Apply(settings);
+BENCHMARK_CAPTURE(Glass, changed, true)->Apply(settings);
+BENCHMARK_CAPTURE(SSScattering, unchanged, false)->Apply(settings);
+BENCHMARK_CAPTURE(SSScattering, changed, true)->Apply(settings);
+BENCHMARK_CAPTURE(Custom, unchanged, false)->Apply(settings);
+BENCHMARK_CAPTURE(Custom, changed, true)->Apply(settings);
 
 }  // namespace
 }  // namespace vellum::benchmarks

@@ -84,6 +84,41 @@ inline void sendParameters(OceanByHand const& pass) {
     glUniform4fv(glGetUniformLocation(program, "basecolor"), 1, pass.baseColor);
 }
 
+inline void sendParameters(GlassByHand const& pass) {
+    GLuint const program = pass.program;
+    glUniform3fv(glGetUniformLocation(program, "BaseColor"), 1, pass.baseColor);
+    glUniform3fv(glGetUniformLocation(program, "LightPos"), 1, pass.lightPosition);
+    glUniform1fv(glGetUniformLocation(program, "Depth"), 1, &pass.depth);
+    glUniform1fv(glGetUniformLocation(program, "MixRatio"), 1, &pass.mixRatio);
+}
+
+inline void sendParameters(ScatteringByHand const& pass) {
+    GLuint const program = pass.program;
+    glUniform1fv(glGetUniformLocation(program, "MaterialThickness"), 1, &pass.materialThickness);
+    glUniform1fv(glGetUniformLocation(program, "RimScalar"), 1, &pass.rimScalar);
+    glUniform3fv(glGetUniformLocation(program, "ExtinctionCoefficient"), 1, pass.extinctionCoefficient);
+    glUniform4fv(glGetUniformLocation(program, "BaseColor"), 1, pass.baseColor);
+    glUniform1iv(glGetUniformLocation(program, "nLights"), 1, &pass.lights);
+}
+
+constexpr char const* FLOAT_NAMES[10] = {"FloatVar0", "FloatVar1", "FloatVar2", "FloatVar3", "FloatVar4",
+                                         "FloatVar5", "FloatVar6", "FloatVar7", "FloatVar8", "FloatVar9"};
+constexpr char const* VEC3_NAMES[10] = {"Vec3Var0", "Vec3Var1", "Vec3Var2", "Vec3Var3", "Vec3Var4",
+                                        "Vec3Var5", "Vec3Var6", "Vec3Var7", "Vec3Var8", "Vec3Var9"};
+constexpr char const* VEC4_NAMES[10] = {"Vec4Var0", "Vec4Var1", "Vec4Var2", "Vec4Var3", "Vec4Var4",
+                                        "Vec4Var5", "Vec4Var6", "Vec4Var7", "Vec4Var8", "Vec4Var9"};
+
+inline void sendParameters(CustomByHand const& pass) {
+    GLuint const program = pass.program;
+    for (int i = 0; i < 10; ++i) {
+        glUniform1fv(glGetUniformLocation(program, FLOAT_NAMES[i]), 1, &pass.floats[i]);
+        glUniform3fv(glGetUniformLocation(program, VEC3_NAMES[i]), 1, pass.vec3s[i]);
+        glUniform4fv(glGetUniformLocation(program, VEC4_NAMES[i]), 1, pass.vec4s[i]);
+    }
+    glUniform4fv(glGetUniformLocation(program, "BaseColor"), 1, pass.baseColor);
+    glUniform1iv(glGetUniformLocation(program, "nLights"), 1, &pass.lights);
+}
+
 }  // namespace
 
 void openByHand(DisplacementByHand const& pass, bool const& isDirty) {
@@ -123,10 +158,71 @@ void openByHand(OceanByHand const& pass) {
     readLog(program);
 }
 
+void openByHand(GlassByHand const& pass, bool const& isDirty) {
+    GLuint const program = pass.program;
+    static Frame kept{};
+    if (isDirty) {
+        glUseProgram(program);
+        sendParameters(pass);
+        sendFrame(program, kept);
+        glUniform1iv(glGetUniformLocation(program, "nLights"), 1, &pass.lights);
+    }
+    setState(pass.lights);
+    kept = readFrame();
+    glUseProgram(program);
+    if (isDirty) {
+        sendParameters(pass);
+        sendFrame(program, kept);
+    }
+    bindSampler(program, "EnvMap", pass.environmentTexture, 0);
+    bindSampler(program, "RefractionMap", pass.refractionTexture, 1);
+    if (isDirty) {
+        glUniform1iv(glGetUniformLocation(program, "nLights"), 1, &pass.lights);
+    }
+}
+
+void openByHand(ScatteringByHand const& pass, bool const& isDirty) {
+    GLuint const program = pass.program;
+    static Frame kept{};
+    if (isDirty) {
+        glUseProgram(program);
+        sendFrame(program, kept);
+        sendParameters(pass);
+    }
+    setState(pass.lights);
+    kept = readFrame();
+    if (isDirty) {
+        sendFrame(program, kept);
+        sendParameters(pass);
+    }
+    readLog(program);
+}
+
+void openByHand(CustomByHand const& pass, bool const& isDirty) {
+    GLuint const program = pass.program;
+    if (isDirty) {
+        glUseProgram(program);
+        sendParameters(pass);
+    }
+    setState(pass.lights);
+    bindSampler(program, "Texture0", pass.textures[0], 0);
+    bindSampler(program, "Texture1", pass.textures[1], 1);
+    bindSampler(program, "TextureFB", pass.frameTexture, 7);
+    if (isDirty) {
+        sendParameters(pass);
+    }
+    readLog(program);
+    glGetError();
+}
+
 void closeByHand() {
     glUseProgram(0);
     glUseProgramObjectARB(0);
     glPopAttrib();
+}
+
+void deleteByHand(unsigned int const& texture) {
+    glDeleteTextures(1, &texture);
 }
 
 }  // namespace vellum::benchmarks

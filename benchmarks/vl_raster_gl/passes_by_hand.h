@@ -34,11 +34,50 @@ struct OceanByHand {
     int resolution;
 };
 
+struct GlassByHand {
+    unsigned int program;
+    unsigned int environmentTexture;
+    unsigned int refractionTexture;
+    float baseColor[3];
+    float lightPosition[3];
+    float depth;
+    float mixRatio;
+    int lights;
+};
+
+struct ScatteringByHand {
+    unsigned int program;
+    float materialThickness;
+    float rimScalar;
+    float extinctionCoefficient[3];
+    float baseColor[4];
+    int lights;
+};
+
+struct CustomByHand {
+    unsigned int program;
+    unsigned int textures[2];
+    unsigned int frameTexture;
+    float floats[10];
+    float vec3s[10][3];
+    float vec4s[10][4];
+    float baseColor[4];
+    int lights;
+};
+
 /// Opens a pass; `isDirty` sends everything, as an effect does whose parameters have changed.
 VL_BY_HAND_EXPORT void openByHand(DisplacementByHand const& pass, bool const& isDirty);
 VL_BY_HAND_EXPORT void openByHand(OceanByHand const& pass);
+VL_BY_HAND_EXPORT void openByHand(GlassByHand const& pass, bool const& isDirty);
+VL_BY_HAND_EXPORT void openByHand(CustomByHand const& pass, bool const& isDirty);
+
+/// `isDirty` takes the program into use and sends everything, as a setter does, and the pass sends it again.
+VL_BY_HAND_EXPORT void openByHand(ScatteringByHand const& pass, bool const& isDirty);
 
 /// Closes a pass of any effect.
 VL_BY_HAND_EXPORT void closeByHand();
+
+/// Deletes a texture, as closing a pass of glass does behind that.
+VL_BY_HAND_EXPORT void deleteByHand(unsigned int const& texture);
 
 }  // namespace vellum::benchmarks

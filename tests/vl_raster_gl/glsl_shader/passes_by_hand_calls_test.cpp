@@ -2,8 +2,11 @@
 
 #include "Core_RL_GL.h"
 #include "gl_spy/gl_spy.h"
+#include "glsl_shader/Custom_shader.h"
 #include "glsl_shader/Displacement_XZ_shader.h"
 #include "glsl_shader/Displacement_shader.h"
+#include "glsl_shader/Glass_shader.h"
+#include "glsl_shader/SSScattering_shader.h"
 
 #include <gtest/gtest.h>
 
@@ -100,6 +103,84 @@ TEST_F(Passes_by_hand_calls_test, passesOfAnOcean) {
                   closeByHand();
               }),
               library);
+}
+
+TEST_F(Passes_by_hand_calls_test, passesOfGlass) {
+    for (bool const isDirty : {false, true}) {
+        Glass_shader effect;
+        std::vector<std::string> const library = secondPass([&] {
+            if (isDirty) {
+                effect.markDirty();
+            }
+            pass(effect);
+        });
+        std::vector<gl_spy::Call> const bindings = recording.named("glBindTexture");
+        GlassByHand const byHand{programInUse(),
+                                 static_cast<unsigned int>(bindings.at(0).numbers.at(0)),
+                                 static_cast<unsigned int>(bindings.at(1).numbers.at(0)),
+                                 {0, 1, 0},
+                                 {1, 1, 0},
+                                 0.1F,
+                                 1,
+                                 1};
+        EXPECT_EQ(secondPass([&] {
+                      openByHand(byHand, isDirty);
+                      closeByHand();
+                      deleteByHand(byHand.refractionTexture);
+                  }),
+                  library);
+    }
+}
+
+TEST_F(Passes_by_hand_calls_test, passesOfScattering) {
+    for (bool const isDirty : {false, true}) {
+        SSScattering_shader effect;
+        recording.clear();
+        effect.create();
+        ScatteringByHand const byHand{programInUse(),        0.1F, 0.2F, {0.5F, 0.5F, 0.5F},
+                                      {0.8F, 0.8F, 0.8F, 1}, 1};
+        std::vector<std::string> const library = secondPass([&] {
+            if (isDirty) {
+                effect.markDirty();
+                effect.setMaterialThickness(0.1F);
+            }
+            pass(effect);
+        });
+        EXPECT_EQ(secondPass([&] {
+                      openByHand(byHand, isDirty);
+                      closeByHand();
+                  }),
+                  library);
+    }
+}
+
+TEST_F(Passes_by_hand_calls_test, passesOfAUserShader) {
+    for (bool const isDirty : {false, true}) {
+        Custom_shader effect;
+        effect.setTexture("/no/first.png", 0);
+        effect.setTexture("/no/second.png", 1);
+        std::vector<std::string> const library = secondPass([&] {
+            if (isDirty) {
+                effect.markDirty();
+            }
+            pass(effect);
+        });
+        std::vector<gl_spy::Call> const bindings = recording.named("glBindTexture");
+        CustomByHand const byHand{programInUse(),
+                                  {static_cast<unsigned int>(bindings.at(0).numbers.at(0)),
+                                   static_cast<unsigned int>(bindings.at(1).numbers.at(0))},
+                                  static_cast<unsigned int>(bindings.at(2).numbers.at(0)),
+                                  {},
+                                  {},
+                                  {},
+                                  {0, 0, 0, 1},
+                                  1};
+        EXPECT_EQ(secondPass([&] {
+                      openByHand(byHand, isDirty);
+                      closeByHand();
+                  }),
+                  library);
+    }
 }
 
 }  // namespace
