@@ -124,7 +124,7 @@ TEST_F(Custom_shader_calls_test, filesAreLoadedFragmentFirst) {
     EXPECT_THAT(stageTexts(recording), ElementsAre("fragment text\n", "vertex text\n"));
 }
 
-TEST_F(Custom_shader_calls_test, otherPathsReplaceTheStagesFirstSecondThird) {
+TEST_F(Custom_shader_calls_test, otherPathsReplaceTheStagesSecondFirstThird) {
     gl_spy::Script extended = gl_spy::drivers::geometryShader4();
     Core_RL_GL newLayer;
     Custom_shader effect;
@@ -134,9 +134,8 @@ TEST_F(Custom_shader_calls_test, otherPathsReplaceTheStagesFirstSecondThird) {
     Texts const calls = recording.texts();
     ASSERT_GE(calls.size(), 6U);
     EXPECT_THAT(Texts(calls.begin(), calls.begin() + 6),
-                ElementsAre(StartsWith("glDetachShader("), "glDeleteShader(10)",
-                            StartsWith("glDetachShader("), "glDeleteShader(9)", StartsWith("glDetachShader("),
-                            "glDeleteShader(11)"));
+                ElementsAre(StartsWith("glDetachShader("), "glDeleteShader(9)", StartsWith("glDetachShader("),
+                            "glDeleteShader(10)", StartsWith("glDetachShader("), "glDeleteShader(11)"));
     EXPECT_EQ(recording.count("glAttachShader"), 2U);
     EXPECT_EQ(recording.count("glLinkProgram"), 1U);
 }

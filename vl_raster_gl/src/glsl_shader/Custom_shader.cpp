@@ -126,10 +126,7 @@ void Custom_shader::setShaders(VL_String const& vertexPath, VL_String const& fra
             }
         }
     }
-    for (Shader_gl** stage : {&stage1, &stage2, &stage3}) {
-        delete *stage;
-        *stage = nullptr;
-    }
+    _deleteStages();
     this->vertexPath = vertexPath;
     this->fragmentPath = fragmentPath;
     this->geometryPath = geometryPath;
