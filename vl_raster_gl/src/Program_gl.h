@@ -109,6 +109,7 @@ public:
     // By a key: the same, without looking the name up.
     void setUniform(UniformKey& key, int x) { _setUniform<int, 1>(key, {x}); }
     void setUniform(UniformKey& key, float x) { _setUniform<float, 1>(key, {x}); }
+    void setUniform(UniformKey& key, float x, float y) { _setUniform<float, 2>(key, {x, y}); }
     void setUniform(UniformKey& key, float x, float y, float z) { _setUniform<float, 3>(key, {x, y, z}); }
     void setUniform(UniformKey& key, float x, float y, float z, float w) {
         _setUniform<float, 4>(key, {x, y, z, w});

@@ -24,6 +24,7 @@ namespace {
 using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -340,6 +341,19 @@ TEST_F(Displacement_calls_test, aPassThatIsNotDirtyKeepsWhatHasChangedAllTheSame
     effect.preprocess();
     EXPECT_EQ(recording.count("glUniform1fv"), 8U) << "sent at once, as the program is in use";
     effect.cleanup();
+}
+
+TEST_F(Displacement_calls_test, aPassHasTheEffectsParametersWhateverWasSetBetween) {
+    Displacement_shader effect;
+    isSent(effect);
+    int values[] = {7};
+    effect.setShaderConstant("depth", Mesh_RL_Shader::CONSTANT_INT, 1, values);
+    isSent(effect);
+    recording.clear();
+    effect.enable(true);
+    EXPECT_THAT(recording.texts(), Contains(EndsWith(", 1, {2})")));
+    EXPECT_THAT(recording.texts(), Not(Contains(EndsWith(", 1, {7})"))));
+    effect.enable(false);
 }
 
 TEST_F(Displacement_calls_test, deliberatelyTheOceanStaysDirtyAndIsEnabledInEveryPass) {

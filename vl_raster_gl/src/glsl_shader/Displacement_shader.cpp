@@ -444,26 +444,14 @@ void Displacement_shader::preprocess() {
         enable(true);
     }
     _openPass(lightCount);
-    FrameSize const frame = _readFrameSize();
-
-    // A program that is out of use only keeps its uniforms. In a pass that is not dirty it mostly has them already,
-    // and looking each of them up would cost as much as a sixth of the pass.
-    Uniforms const uniforms{
-        {frame.width, frame.height, depth, static_cast<int>(lightCount)}, baseColor, scale, tileFactor};
-    bool const isSet = program->isEnabled() || uniforms != keptUniforms;
-    keptUniforms = uniforms;
-    if (isSet) {
-        _sendFrameSize(frame);
-        program->setUniform("depth", depth);
-        program->setUniform("basecolor", baseColor[0], baseColor[1], baseColor[2], baseColor[3]);
-        program->setUniform("scale", scale[0], scale[1], scale[2]);
-        program->setUniform("uvTileFactor", tileFactor[0], tileFactor[1]);
-    }
+    _sendFrameSize(_readFrameSize());
+    program->setUniform(depthKey, depth);
+    program->setUniform(baseColorKey, baseColor[0], baseColor[1], baseColor[2], baseColor[3]);
+    program->setUniform(scaleKey, scale[0], scale[1], scale[2]);
+    program->setUniform(tileFactorKey, tileFactor[0], tileFactor[1]);
     program->setUniformSampler("normalsMap", normalsTexture, NORMALS_UNIT);
     program->setUniformSampler("displacementMap", displacementTexture, DISPLACEMENT_UNIT);
-    if (isSet) {
-        program->setUniform("nLights", static_cast<int>(lightCount));
-    }
+    program->setUniform(lightCountKey, static_cast<int>(lightCount));
     log = program->getInfoLog();
 }
 

@@ -8,7 +8,6 @@
 
 #include <array>
 #include <string>
-#include <tuple>
 
 namespace vellum {
 
@@ -151,9 +150,6 @@ public:
 
 private:
     /// What a pass sets: width and height of the frame, depth, light count; base colour; scale; tile factor.
-    using Uniforms =
-        std::tuple<std::array<int, 4>, std::array<float, 4>, std::array<float, 3>, std::array<float, 2>>;
-
     void _nameTextures();
 
     std::array<float, 4> baseColor{1, 1, 1, 1};  // red, green, blue, alpha
@@ -169,7 +165,11 @@ private:
     VL_String displacementPath;                  // empty: no file
     VL_String normalsPath;                       // empty: no file
     unsigned int lightCount = 1;                 // switched on in a pass
-    Uniforms keptUniforms{};                     // of the last pass
+    Program_gl::UniformKey depthKey{"depth"};
+    Program_gl::UniformKey baseColorKey{"basecolor"};
+    Program_gl::UniformKey scaleKey{"scale"};
+    Program_gl::UniformKey tileFactorKey{"uvTileFactor"};
+    Program_gl::UniformKey lightCountKey{"nLights"};
 };
 
 }  // namespace vellum
