@@ -101,6 +101,7 @@ struct Words {
     std::string colours;
     std::string frame;
     std::string gpuMemory;
+    EffectWords effect;
 };
 
 /// \param value a Value, or an optional one.
@@ -240,6 +241,25 @@ std::string readParticles(Words const& words, Options& options) {
     return fault.empty() ? readColours(words.colours, particles) : fault;
 }
 
+/// What cannot be drawn together with an effect, which takes the place of every other way to show a surface.
+std::string effectConflict(Options const& options) {
+    struct Row {
+        char const* option;
+        bool isGiven;
+    };
+    for (Row const& row :
+         {Row{"--shading", options.shading == Shading::box || options.shading == Shading::wireframe},
+          Row{"--edges", options.edges}, Row{"--edges-blend", options.edgesBlend},
+          Row{"--normals", options.normals != Normals::none}, Row{"--connectivity", options.connectivity},
+          Row{"--texture", !options.texture.empty()}, Row{"--import-preview", options.importPreview}}) {
+        if (options.effect.isOn() && row.isGiven) {
+            return std::string(row.option) + ": cannot be drawn together with --effect" +
+                   (row.option == std::string("--shading") ? ", other than faceted and smooth" : "");
+        }
+    }
+    return {};
+}
+
 /// The first thing wrong with the words, or an empty text.
 std::string read(Words const& words, Options& options) {
     std::string const faults[] = {
@@ -251,7 +271,8 @@ std::string read(Words const& words, Options& options) {
         readPick(words.pick, options),
         readLimits(words, options),
         readMode("--particles", words.particles, particleModes, options.particles.mode),
-        readParticles(words, options)};
+        readParticles(words, options),
+        words.effect.read(options.files.size(), options.effect).value_or("")};
     for (std::string const& fault : faults) {
         if (!fault.empty()) {
             return fault;
@@ -259,6 +280,13 @@ std::string read(Words const& words, Options& options) {
     }
     if (options.edges && options.edgesBlend) {
         return "--edges and --edges-blend: only one of them can be drawn";
+    }
+    std::string const conflict = effectConflict(options);
+    if (!conflict.empty() || words.effect.asksForHelp()) {
+        return conflict;
+    }
+    if (options.files.empty() && options.effect.effect != Effect::ocean) {
+        return "FILE is required: a mesh or particle file";
     }
     if (options.out.empty() && !options.pick && !options.info) {
         return "--out is required: the picture's file";
@@ -294,7 +322,6 @@ CommandLine parseCommandLine(int const& count, char const* const* arguments) {
                    "Mesh files: OBJ, PLY, STL, OFF, glTF, FBX, COLLADA, 3DS, ...; and particle files:\n"
                    "LAMMPS text dumps, XYZ and extended XYZ, CSV with a line of names, PLY without\n"
                    "faces; also compressed by gzip")
-        ->required()
         ->check(given)
         ->type_name("");
     app.add_option("--out", options.out, "Write the picture to this PNG file")
@@ -385,6 +412,7 @@ CommandLine parseCommandLine(int const& count, char const* const* arguments) {
         ->check(given)
         ->type_name("MiB")
         ->group(ofParticles);
+    words.effect.addTo(app);
     app.set_version_flag("--version", "vl_viewport " VL_VIEWPORT_VERSION);
     app.footer("Exit status: 0 done; 1 a file cannot be read, is damaged or empty, or the picture cannot be "
                "written;\n"
@@ -405,6 +433,9 @@ CommandLine parseCommandLine(int const& count, char const* const* arguments) {
     std::string const fault = read(words, options);
     if (!fault.empty()) {
         return usageError(fault);
+    }
+    if (words.effect.asksForHelp()) {
+        return show(describeParameters(options.effect.effect));
     }
     CommandLine line;
     line.options = options;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "viewport/EffectOptions.h"
 #include "viewport/GuardedImport.h"
 #include "viewport/ParticleOptions.h"
 #include "viewport/ViewFraming.h"
@@ -25,7 +26,7 @@ struct Options {
     /// The largest width and height of a picture, pixels.
     static constexpr int largestSize = 16384;
 
-    std::vector<std::string> files;  ///< at least one
+    std::vector<std::string> files;  ///< at least one, but for an effect that brings its own scene
     std::string out;                 ///< empty: no picture is asked for
     int width = 1280;                ///< pixels, 1 to largestSize
     int height = 720;                ///< pixels, 1 to largestSize
@@ -46,6 +47,7 @@ struct Options {
     ParticleOptions particles;
     /// Megabytes of video memory taken to be free; nothing: what the driver says, or else an assumption.
     std::optional<unsigned int> gpuMemory;
+    EffectOptions effect;
 };
 
 /// What became of a command line: options, or else texts to be shown and the status to end with.

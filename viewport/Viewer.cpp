@@ -180,12 +180,28 @@ Tiling Tiling::of(int const& pictureWidth, int const& pictureHeight) {
             16};
 }
 
+Tiling Tiling::ofOneTile(int const& pictureWidth, int const& pictureHeight) {
+    // Four times as many samples as pixels, each in the buffer four times, should take no more than some 250 MB.
+    constexpr double largestSmoothed = 2e6;
+    constexpr int largestTile = 4096;
+    bool const isSmoothed = static_cast<double>(pictureWidth) * pictureHeight <= largestSmoothed;
+    return {isSmoothed ? 2 : 1, std::min(pictureWidth, largestTile), std::min(pictureHeight, largestTile),
+            16};
+}
+
+Tiling Tiling::of(Options const& options) {
+    return options.effect.isOn() ? ofOneTile(options.width, options.height)
+                                 : of(options.width, options.height);
+}
+
 // == Viewer ==
 
-Viewer::Viewer(Core_RL& layer, Scene const& scene, Options const& options, ParticleLook const& look)
+Viewer::Viewer(Core_RL& layer, Scene const& scene, Options const& options, ParticleLook const& look,
+               EffectRenderer* effect)
     : _layer(layer)
     , _scene(scene)
     , _options(options)
+    , _effect(effect)
     , _particleMode(look.mode)
     , _particleScale(look.scale)
     , _frameWidth(options.width)
@@ -200,7 +216,7 @@ Viewer::Viewer(Core_RL& layer, Scene const& scene, Options const& options, Parti
 }
 
 OffscreenContext::Settings Viewer::contextSettings(Options const& options) {
-    Tiling const tiling = Tiling::of(options.width, options.height);
+    Tiling const tiling = Tiling::of(options);
     OffscreenContext::Settings settings;
     settings.width = tiling.bufferWidth();
     settings.height = tiling.bufferHeight();
@@ -343,6 +359,10 @@ void Viewer::_placeCamera() {
     double const aspect = _frameWidth / _options.height;
     _camera.aspect = static_cast<float>(aspect);
     _camera.viewKind = static_cast<unsigned int>(_options.view);
+    if (_effect != nullptr && _effect->ownScene() != nullptr) {
+        _effect->ownScene()->placeCamera(_camera);
+        return;
+    }
     if (_options.view != View::perspective) {
         OrthographicFraming const framing = frameOrthographic(_scene.box(), _options.view, aspect);
         _camera.panX = static_cast<float>(framing.panX);
@@ -442,6 +462,11 @@ void Viewer::_drawRegion(Region const& region, int const& samplesPerSide) {
     glClearColor(0, 0, 0, 1);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
 
+    if (_effect != nullptr && _effect->ownScene() != nullptr) {
+        _loadCamera(region);
+        _drawOwnScene();
+        return;
+    }
     _drawBackground(region);
     _placeLights();
     _loadCamera(region);
@@ -456,6 +481,10 @@ void Viewer::_drawRegion(Region const& region, int const& samplesPerSide) {
     }
     _drawModels();
     _drawClouds();
+    if (_effect != nullptr) {
+        // Last, as an effect may show what is behind it.
+        _effect->draw(screenAxes(_options.view));
+    }
     if (_options.gizmo != Gizmo::none) {
         glClear(GL_DEPTH_BUFFER_BIT);
         _drawGizmo(false);
@@ -464,6 +493,14 @@ void Viewer::_drawRegion(Region const& region, int const& samplesPerSide) {
     _drawCornerAxes(region);
     _layer.popDepthTest();
     _drawColourBar(region);
+}
+
+void Viewer::_drawOwnScene() {
+    _effect->ownScene()->drawSky(_layer);
+    _layer.pushDepthTest(depthTested);
+    _effect->draw(screenAxes(View::perspective));
+    _layer.popDepthTest();
+    _effect->ownScene()->drawHaze(_layer);
 }
 
 void Viewer::_drawBackground(Region const& region) const {
@@ -530,8 +567,10 @@ void Viewer::_drawGround() const {
 }
 
 void Viewer::_drawModels() {
-    for (ModelRenderer& model : _models) {
-        model.draw(_lineScale);
+    for (std::size_t i = 0; i < _models.size(); ++i) {
+        if (_effect == nullptr || !_effect->covers(i)) {
+            _models[i].draw(_lineScale);
+        }
     }
 }
 

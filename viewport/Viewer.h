@@ -3,6 +3,7 @@
 #include "Camera_RL_GL.h"
 #include "foundation/raster/Core_RL.h"
 #include "viewport/ColourBar.h"
+#include "viewport/EffectRenderer.h"
 #include "viewport/GroundGrid.h"
 #include "viewport/ModelRenderer.h"
 #include "viewport/OffscreenContext.h"
@@ -36,6 +37,12 @@ struct Tiling {
 
     static Tiling of(int const& pictureWidth, int const& pictureHeight);
 
+    /// For what is drawn differently in each tile, as it reads the frame or uses its coordinates: the whole picture
+    /// is one tile, if it has at most 4096 pixels on each side.
+    static Tiling ofOneTile(int const& pictureWidth, int const& pictureHeight);
+
+    static Tiling of(Options const& options);  ///< The one that suits what is drawn.
+
     int bufferWidth() const { return (width + 2 * margin) * samplesPerSide; }
     int bufferHeight() const { return (height + 2 * margin) * samplesPerSide; }
 };
@@ -53,7 +60,9 @@ struct Tiling {
 class Viewer {
 public:
     /// \param look of the particles, whose sets are those of the scene; no longer needed afterwards.
-    Viewer(Core_RL& layer, Scene const& scene, Options const& options, ParticleLook const& look = {});
+    /// \param effect what draws the models that have an effect, or null if there is none; must outlive the viewer.
+    Viewer(Core_RL& layer, Scene const& scene, Options const& options, ParticleLook const& look = {},
+           EffectRenderer* effect = nullptr);
 
     /// The buffer that draw() needs.
     static OffscreenContext::Settings contextSettings(Options const& options);
@@ -83,6 +92,7 @@ private:
 
     // == Parts of the picture ==
     void _drawRegion(Region const& region, int const& samplesPerSide);
+    void _drawOwnScene();
     void _drawBackground(Region const& region) const;
     GroundGrid _ground() const;
     void _drawGround() const;
@@ -100,6 +110,7 @@ private:
     Core_RL& _layer;
     Scene const& _scene;
     Options const& _options;
+    EffectRenderer* _effect;  // may be null
     ParticleMode _particleMode;
     std::optional<ParticleScale> _particleScale;
     std::optional<ColourBar> _colourBar;  // if there is something to be told and room for it

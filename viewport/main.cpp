@@ -1,4 +1,5 @@
 #include "viewport/Description.h"
+#include "viewport/EffectRenderer.h"
 #include "viewport/FileKind.h"
 #include "viewport/GlewStart.h"
 #include "viewport/MeshFile.h"
@@ -52,7 +53,8 @@ std::optional<Fault> loadMesh(std::string const& file, Options const& options, C
     if (!mesh.isOk()) {
         return mesh.fault();
     }
-    if (options.texture.empty()) {
+    // An effect has colours of its own.
+    if (options.texture.empty() && !options.effect.covers(content.meshes.size())) {
         for (Fault const& missing : loadTextures(file, mesh.value())) {
             note(missing);
         }
@@ -88,8 +90,8 @@ std::optional<Fault> loadParticles(std::string const& file, Options const& optio
 
 /// Everything that is asked for, on the current context.
 int show(Options const& options, std::string const& texts, Scene const& scene, ParticleLook look,
-         OffscreenContext& context) {
-    std::unique_ptr<Core_RL_GL> const layer(new ViewportLayer(options.gpuMemory));
+         EffectSubject subject, OffscreenContext& context) {
+    auto const layer = std::make_unique<ReportingLayer>(options.gpuMemory);
     if (options.info) {
         std::cout << texts << describeDriver(*layer);
     }
@@ -97,7 +99,14 @@ int show(Options const& options, std::string const& texts, Scene const& scene, P
         note({"", "OpenGL here has no geometry stages for spheres and arrows; drawn as points"});
         look.mode = ParticleMode::points;
     }
-    Viewer viewer(*layer, scene, options, look);
+    std::unique_ptr<EffectRenderer> effect;
+    if (options.effect.isOn()) {
+        effect = std::make_unique<EffectRenderer>(*layer, options, std::move(subject));
+        for (Fault const& what : effect->notes()) {
+            note(what);
+        }
+    }
+    Viewer viewer(*layer, scene, options, look, effect.get());
     if (options.pick) {
         std::cout << Fault{"", viewer.pick(*options.pick)}.line() << '\n';
     }
@@ -107,7 +116,7 @@ int show(Options const& options, std::string const& texts, Scene const& scene, P
     if (options.out.empty()) {
         return DONE;
     }
-    Result<Picture> const picture = viewer.draw(context, Tiling::of(options.width, options.height));
+    Result<Picture> const picture = viewer.draw(context, Tiling::of(options));
     if (!picture.isOk()) {
         return fail(FILE_FAULT, picture.fault().line());
     }
@@ -141,6 +150,14 @@ int run(Options const& options) {
         note(loss);
     }
     Scene const scene(content.meshes, texture, look.value().sets);
+    EffectSubject subject;
+    if (options.effect.isOn()) {
+        Result<EffectSubject> prepared = EffectSubject::prepare(options, content.meshes, scene);
+        if (!prepared.isOk()) {
+            return fail(FILE_FAULT, prepared.fault().line());
+        }
+        subject = std::move(prepared.value());
+    }
     content.meshes = {};
     look.value().sets = {};
 
@@ -151,7 +168,7 @@ int run(Options const& options) {
     if (std::optional<std::string> const reason = startGlew()) {
         return fail(NO_OPENGL, *reason);
     }
-    return show(options, content.texts, scene, look.value(), context);
+    return show(options, content.texts, scene, look.value(), std::move(subject), context);
 }
 
 }  // namespace

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "Camera_RL_GL.h"
+#include "foundation/geometry/Mesh.h"
+#include "foundation/geometry/Vector3.h"
+#include "foundation/raster/Core_RL.h"
+
+#include <memory>
+
+namespace vellum::viewport {
+
+/// An open sea up to the horizon, as somebody on a boat sees it who looks along -z: the grid of the water, the camera,
+/// and the sky. Lengths are metres; the origin is on the still water below the viewer.
+class OceanScene {
+public:
+    struct View {
+        double eyeHeight;     ///< above the still water
+        double tiltDegrees;   ///< below the horizon
+        double sunElevation;  ///< degrees
+        double sunAzimuth;    ///< degrees, to the right of the middle
+        double aspect;        ///< width of the picture by its height
+    };
+
+    explicit OceanScene(View const& view) : _view(view) {}
+
+    /// Where the sun is seen: unit length.
+    Vector3<double> sunDirection() const;
+
+    void placeCamera(Camera_RL_GL& camera) const;
+
+    /// The water: as wide as it is seen, from behind the viewer to the horizon, with triangles that grow with the
+    /// distance. Normals are +y.
+    /// \param unit what a length of 1 of the mesh stands for, metres.
+    /// \param patch what the texture covers, metres: a point has the coordinates (z, -x) / patch.
+    std::unique_ptr<Mesh> water(double const& unit, double const& patch) const;
+
+    // == Drawing, with the camera's matrices loaded and lighting off ==
+
+    void drawSky(Core_RL& layer) const;   ///< Touches no depth. Before the water.
+    void drawHaze(Core_RL& layer) const;  ///< What the air takes of the water far away. After the water.
+
+private:
+    Vector3<double> _direction(double const& elevation, double const& azimuth) const;
+    double _halfAngle() const;
+    void _drawSun(Core_RL& layer) const;
+
+    View _view;
+};
+
+}  // namespace vellum::viewport
