@@ -1,0 +1,269 @@
+// vl_demo_inputs FOLDER: writes the models and maps that the demo draws with effects, as nobody ships them: a room
+// with a checkered floor, glass for it, a plate of land in two finenesses and its displacement map.
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <fstream>
+#include <functional>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include <png.h>
+
+namespace {
+
+constexpr double pi = 3.14159265358979323846;
+
+struct Point {
+    double x;
+    double y;
+    double z;
+};
+
+/// An OBJ file in the making.
+class Model {
+public:
+    explicit Model(std::string const& path) : _file(path + ".obj") {}
+
+    bool isWritten() {
+        _file.close();
+        return _file.good();
+    }
+
+    void use(std::string const& library, std::string const& material) {
+        if (!_hasLibrary) {
+            _file << "mtllib " << library << '\n';
+            _hasLibrary = true;
+        }
+        _file << "usemtl " << material << '\n';
+    }
+
+    /// Four corners counter-clockwise, with a normal of their own.
+    void addSquare(Point const& a, Point const& b, Point const& c, Point const& d) {
+        for (Point const& p : {a, b, c, d}) {
+            _file << "v " << p.x << ' ' << p.y << ' ' << p.z << '\n';
+        }
+        _count += 4;
+        _file << "f " << _count - 3 << ' ' << _count - 2 << ' ' << _count - 1 << ' ' << _count << '\n';
+    }
+
+    void addBox(Point const& low, Point const& high) {
+        Point const& a = low;
+        Point const& b = high;
+        addSquare({a.x, a.y, b.z}, {b.x, a.y, b.z}, {b.x, b.y, b.z}, {a.x, b.y, b.z});
+        addSquare({b.x, a.y, a.z}, {a.x, a.y, a.z}, {a.x, b.y, a.z}, {b.x, b.y, a.z});
+        addSquare({b.x, a.y, b.z}, {b.x, a.y, a.z}, {b.x, b.y, a.z}, {b.x, b.y, b.z});
+        addSquare({a.x, a.y, a.z}, {a.x, a.y, b.z}, {a.x, b.y, b.z}, {a.x, b.y, a.z});
+        addSquare({a.x, b.y, b.z}, {b.x, b.y, b.z}, {b.x, b.y, a.z}, {a.x, b.y, a.z});
+        addSquare({a.x, a.y, a.z}, {b.x, a.y, a.z}, {b.x, a.y, b.z}, {a.x, a.y, b.z});
+    }
+
+    /// What a profile makes that is turned about a vertical axis. It runs from t = 0 above to 1 below; `radius` and
+    /// `height` give its points.
+    void addTurned(Point const& foot, std::function<double(double)> const& radius,
+                   std::function<double(double)> const& height) {
+        constexpr unsigned int rings = 96;
+        constexpr unsigned int sides = 128;
+        constexpr double step = 1e-4;
+        unsigned int const first = _count + 1;
+        for (unsigned int ring = 0; ring <= rings; ++ring) {
+            double const t = std::clamp(static_cast<double>(ring) / rings, 0.0005, 0.9995);
+            double const r = radius(t);
+            double const outwards = height(t - step) - height(t + step);
+            double const upwards = radius(t + step) - radius(t - step);
+            double const length = std::hypot(outwards, upwards);
+            for (unsigned int side = 0; side < sides; ++side) {
+                double const angle = 2 * pi * side / sides;
+                double const c = std::cos(angle);
+                double const s = std::sin(angle);
+                _file << "v " << foot.x + r * c << ' ' << foot.y + height(t) << ' ' << foot.z + r * s << '\n';
+                _file << "vn " << outwards / length * c << ' ' << upwards / length << ' '
+                      << outwards / length * s << '\n';
+                ++_count;
+            }
+        }
+        auto const corner = [&](unsigned int const& ring, unsigned int const& side) {
+            std::string const n = std::to_string(first + ring * sides + side % sides);
+            // Vertices and normals come in pairs, so that both have the same number.
+            return " " + n + "//" + n;
+        };
+        for (unsigned int ring = 0; ring < rings; ++ring) {
+            for (unsigned int side = 0; side < sides; ++side) {
+                _file << 'f' << corner(ring, side) << corner(ring, side + 1) << corner(ring + 1, side + 1)
+                      << corner(ring + 1, side) << '\n';
+            }
+        }
+    }
+
+    /// A square plate from 0 to 1 in the plane of x and z, with x and z as texture coordinates.
+    void addPlate(unsigned int const& parts) {
+        for (unsigned int row = 0; row <= parts; ++row) {
+            for (unsigned int column = 0; column <= parts; ++column) {
+                double const x = static_cast<double>(column) / parts;
+                double const z = static_cast<double>(row) / parts;
+                _file << "v " << x << " 0 " << z << "\nvt " << x << ' ' << z << '\n';
+            }
+        }
+        _file << "vn 0 1 0\n";
+        auto const corner = [&](unsigned int const& row, unsigned int const& column) {
+            std::string const n = std::to_string(row * (parts + 1) + column + 1);
+            return " " + n + "/" + n + "/1";
+        };
+        for (unsigned int row = 0; row < parts; ++row) {
+            for (unsigned int column = 0; column < parts; ++column) {
+                _file << 'f' << corner(row, column) << corner(row + 1, column) << corner(row + 1, column + 1)
+                      << corner(row, column + 1) << '\n';
+            }
+        }
+    }
+
+private:
+    std::ofstream _file;
+    unsigned int _count = 0;  // of vertices
+    bool _hasLibrary = false;
+};
+
+bool writeMaterials(std::string const& folder) {
+    std::ofstream file(folder + "/room.mtl");
+    struct Material {
+        char const* name;
+        double red;
+        double green;
+        double blue;
+    };
+    for (Material const& m : {Material{"light", 0.86, 0.84, 0.80},
+                              {"dark", 0.16, 0.18, 0.22},
+                              {"red", 0.80, 0.16, 0.12},
+                              {"yellow", 0.93, 0.70, 0.14},
+                              {"green", 0.20, 0.55, 0.28},
+                              {"blue", 0.16, 0.34, 0.75}}) {
+        file << "newmtl " << m.name << "\nKd " << m.red << ' ' << m.green << ' ' << m.blue << '\n';
+    }
+    file.close();
+    return file.good();
+}
+
+bool writeRoom(std::string const& folder) {
+    Model model(folder + "/room");
+    constexpr int tiles = 5;
+    for (char const* const colour : {"light", "dark"}) {
+        model.use("room.mtl", colour);
+        for (int row = -tiles; row < tiles; ++row) {
+            for (int column = -tiles; column < tiles; ++column) {
+                bool const isLight = (row + column) % 2 == 0;
+                if (isLight == (colour == std::string("light"))) {
+                    double const x = column;
+                    double const z = row;
+                    model.addSquare({x, 0, z}, {x, 0, z + 1}, {x + 1, 0, z + 1}, {x + 1, 0, z});
+                }
+            }
+        }
+    }
+    model.use("room.mtl", "red");
+    model.addBox({-2.6, 0, -3.4}, {-1.0, 2.6, -1.8});
+    model.use("room.mtl", "yellow");
+    model.addBox({-4.6, 0, 0.2}, {-3.4, 1.4, 1.4});
+    model.use("room.mtl", "green");
+    model.addBox({0.4, 0, -4.6}, {1.8, 1.5, -3.4});
+    model.use("room.mtl", "blue");
+    model.addBox({-4.4, 0, -3.6}, {-3.2, 3.6, -2.4});
+    return model.isWritten();
+}
+
+bool writeGlass(std::string const& folder) {
+    Model model(folder + "/glass");
+    model.addTurned(
+        {0.2, 0, 0.6}, [](double const& t) { return 1.25 * std::sin(pi * t); },
+        [](double const& t) { return 1.25 + 1.25 * std::cos(pi * t); });
+    // A drop with a long neck.
+    model.addTurned(
+        {3.2, 0, -1.6},
+        [](double const& t) { return 0.95 * std::sin(pi * t) * (0.18 + 0.82 * std::pow(t, 1.6)) * 1.25; },
+        [](double const& t) { return 3.3 * (0.5 + 0.5 * std::cos(pi * t)); });
+    return model.isWritten();
+}
+
+bool writePlate(std::string const& path, unsigned int const& parts) {
+    Model model(path);
+    model.addPlate(parts);
+    return model.isWritten();
+}
+
+// == The land ==
+
+double random(int const& x, int const& y) {
+    auto n = static_cast<std::uint32_t>(x) * 374761393U + static_cast<std::uint32_t>(y) * 668265263U;
+    n = (n ^ n >> 13U) * 1274126177U;
+    return static_cast<double>((n ^ n >> 16U) & 0xFFFFFFU) / 0xFFFFFF;
+}
+
+double noise(double const& x, double const& y) {
+    int const column = static_cast<int>(std::floor(x));
+    int const row = static_cast<int>(std::floor(y));
+    auto const fade = [](double const& t) { return t * t * t * (t * (6 * t - 15) + 10); };
+    double const u = fade(x - column);
+    double const v = fade(y - row);
+    double const low = random(column, row) * (1 - u) + random(column + 1, row) * u;
+    double const high = random(column, row + 1) * (1 - u) + random(column + 1, row + 1) * u;
+    return low * (1 - v) + high * v;
+}
+
+/// Ridges of mountains, 0 to 1, that sink to the borders of the plate.
+double landHeight(double const& x, double const& z) {
+    double sum = 0;
+    double part = 0.5;
+    double frequency = 3.2;
+    double ridge = 1;
+    for (int octave = 0; octave < 6; ++octave) {
+        double const n =
+            1 - std::abs(2 * noise(x * frequency + 17.0 * octave, z * frequency + 5.0 * octave) - 1);
+        ridge = std::clamp(n * n * (0.35 + 0.75 * ridge), 0.0, 1.0);
+        sum += part * ridge;
+        part *= 0.48;
+        frequency *= 2.03;
+    }
+    auto const border = [](double const& t) {
+        double const s = std::clamp(std::min(t, 1 - t) / 0.22, 0.0, 1.0);
+        return s * s * (3 - 2 * s);
+    };
+    return std::clamp(sum * border(x) * border(z) * 1.15, 0.0, 1.0);
+}
+
+/// Half grey for x and z, the height as the displacement along y, in 16 bits: eight would show steps.
+bool writeLand(std::string const& path) {
+    constexpr unsigned int size = 512;
+    std::vector<std::uint16_t> texels;
+    for (unsigned int row = 0; row < size; ++row) {
+        for (unsigned int column = 0; column < size; ++column) {
+            double const height = landHeight((column + 0.5) / size, 1 - (row + 0.5) / size);
+            texels.insert(texels.end(), {32768, static_cast<std::uint16_t>(32768 + 32767 * height), 32768});
+        }
+    }
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    image.width = size;
+    image.height = size;
+    image.format = PNG_FORMAT_LINEAR_RGB;
+    return png_image_write_to_file(&image, path.c_str(), 0, texels.data(), 0, nullptr) != 0;
+}
+
+}  // namespace
+
+// A failing allocation may end the program.
+int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape)
+    if (argc != 2) {
+        std::cerr << "usage: vl_demo_inputs FOLDER\n";
+        return 2;
+    }
+    std::string const folder = argv[1];
+    bool const isDone = writeMaterials(folder) && writeRoom(folder) && writeGlass(folder) &&
+                        writePlate(folder + "/plate", 256) && writePlate(folder + "/coarse_plate", 48) &&
+                        writeLand(folder + "/land.png");
+    if (!isDone) {
+        std::cerr << "vl_demo_inputs: " << folder << ": cannot be written to\n";
+        return 1;
+    }
+    return 0;
+}
