@@ -446,7 +446,7 @@ std::optional<std::string> EffectWords::read(std::size_t const& fileCount, Effec
         }
         options.effect = found->second;
     }
-    if (std::optional<std::string> const stray = _firstStray(options.effect)) {
+    if (std::optional<std::string> stray = _firstStray(options.effect)) {
         return stray;
     }
     options.values = EffectValues(options.effect);

@@ -103,7 +103,7 @@ struct EffectWords {
     std::optional<std::string> read(std::size_t const& fileCount, EffectOptions& options) const;
 
 private:
-    std::optional<std::string> _firstStray(Effect const& effect) const;
+    std::optional<std::string> _firstStray(Effect const& kind) const;
 };
 
 }  // namespace vellum::viewport

@@ -70,8 +70,10 @@ Array<T> toArray(std::vector<T> const& values) {
 std::vector<double> rowDistances(double const& eyeHeight) {
     std::vector<double> distances;
     double const step = std::max(0.04, 0.012 * eyeHeight);
-    for (double d = -3 * eyeHeight - 6; d < edgeOfSea; d += std::max(step, growth * d)) {
-        distances.push_back(d);
+    double distance = -3 * eyeHeight - 6;
+    while (distance < edgeOfSea) {
+        distances.push_back(distance);
+        distance += std::max(step, growth * distance);
     }
     distances.push_back(edgeOfSea);
     return distances;

@@ -180,7 +180,7 @@ std::vector<float> OceanSpectrum::_transform(std::vector<Complex> const& amplitu
     auto const in = transformMemory<fftwf_complex>(amplitudes.size());
     auto const out = transformMemory<float>(count);
     // Estimated, not measured: a measured plan may be another one the next time, and round differently.
-    fftwf_plan const plan = fftwf_plan_dft_c2r_2d(size, size, in.get(), out.get(), FFTW_ESTIMATE);
+    fftwf_plan_s* const plan = fftwf_plan_dft_c2r_2d(size, size, in.get(), out.get(), FFTW_ESTIMATE);
 
     double const step = 2 * pi / _state.patch;
     Complex const i(0, 1);

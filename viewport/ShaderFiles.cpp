@@ -45,7 +45,7 @@ struct LogLine {
 };
 
 LogLine split(std::string_view line) {
-    LogLine const whole{"", std::string(line)};
+    LogLine whole{"", std::string(line)};
     std::string kind;
     for (std::string_view const word : {"ERROR: ", "WARNING: "}) {
         if (take(line, word)) {
