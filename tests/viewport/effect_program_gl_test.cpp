@@ -453,6 +453,18 @@ TEST_F(effect_program_gl_test, linesOfAnyLengthAreRead) {
     EXPECT_EQ(middle(draw(custom({"--shader-fragment", longLine}))).r, 0);
 }
 
+TEST_F(effect_program_gl_test, particlesAloneHaveNoEffects) {
+    std::string const particles = folder.write("a.xyz", "2\n\nH 0 0 0\nH 1 1 1\n");
+    for (char const* const effect : {"glass", "ocean"}) {
+        Outcome const outcome = run({particles, "--effect", effect, "--out", folder.file("out.png")});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.error, "vl_viewport: there is no mesh to draw with the effect\n");
+    }
+    // Beside a mesh they are drawn as ever.
+    std::string const cube = folder.write("cube.off", mesh_texts::cubeOff);
+    EXPECT_GT(differingPixels(draw({particles, cube}), draw({particles, cube, "--effect", "glass"})), 20);
+}
+
 // == The command line ==
 
 TEST_F(effect_program_gl_test, effectsThatMakeNoSenseAreUsageErrors) {
