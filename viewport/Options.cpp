@@ -281,7 +281,7 @@ std::string read(Words const& words, Options& options) {
     if (options.edges && options.edgesBlend) {
         return "--edges and --edges-blend: only one of them can be drawn";
     }
-    std::string const conflict = effectConflict(options);
+    std::string conflict = effectConflict(options);
     if (!conflict.empty() || words.effect.asksForHelp()) {
         return conflict;
     }
