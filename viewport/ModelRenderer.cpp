@@ -157,7 +157,7 @@ unsigned int TextureStore::nameOf(VL_Image const& image) {
 
 ModelRenderer::ModelRenderer(Core_RL& layer, Model const& model, Options const& options,
                              TextureStore& textures)
-    : _layer(layer), _model(model), _options(options), _textures(textures) {
+    : _layer(layer), _options(options), _textures(textures) {
     bool const hasBuffers = _layer.isExtensionSupported("GL_ARB_vertex_buffer_object");
     for (ModelPart const& source : model.parts) {
         Part& part = _parts.emplace_back();

@@ -62,7 +62,6 @@ private:
     void _pushLineWidth(double const& pixels) const;
 
     Core_RL& _layer;
-    Model const& _model;
     Options const& _options;
     TextureStore& _textures;
     std::vector<Part> _parts;
