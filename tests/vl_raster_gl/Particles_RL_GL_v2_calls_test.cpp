@@ -14,6 +14,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <limits>
 #include <memory>
 #include <string>
@@ -299,9 +301,12 @@ TEST_F(Particles_RL_GL_v2_calls_test, theDestructorResetsTheBuffers) {
 }
 
 TEST_F(Particles_RL_GL_v2_calls_test, shaderFilesGiveTheirLengthOnly) {
-    Array<char> const text = particles.getShader(__FILE__);
-    ASSERT_GT(text.size(), 1000U);
-    EXPECT_EQ(text[text.size() - 1], '\0');
+    std::filesystem::path const path = std::filesystem::path(testing::TempDir()) / "particles_length.glsl";
+    std::ofstream(path, std::ios::binary) << std::string(1234, 'x');
+    Array<char> const text = particles.getShader(path.string().c_str());
+    std::filesystem::remove(path);
+    ASSERT_EQ(text.size(), 1235U);
+    EXPECT_EQ(text[1234], '\0');
     EXPECT_EQ(particles.getShader("/does/not/exist").size(), 0U);
     EXPECT_EQ(particles.getShader("/").size(), 0U);
     EXPECT_EQ(particles.getShader(nullptr).size(), 0U);

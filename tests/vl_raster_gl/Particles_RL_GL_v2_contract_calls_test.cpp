@@ -1,0 +1,844 @@
+#include "particle_contract.h"
+
+#include "glsl_shader/PointRendering_shader.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <functional>
+#include <initializer_list>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+// Each way to draw particles, call by call and bit by bit. Drivers are played by scripts.
+
+namespace vellum {
+
+namespace {
+
+using namespace particle_contract;
+using gl_spy::as;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// == The dispatcher ==
+
+TEST(Particles_RL_GL_v2_contract_calls_test, theDispatcherTakesTheFirstWayThatThereIs) {
+    Particles const particles(20);
+    for (unsigned int bits = 0; bits < 32; ++bits) {
+        bool const hasShaders = (bits & 1) != 0;
+        bool const hasBuffers = (bits & 2) != 0;
+        bool const hasMemory = (bits & 4) != 0;
+        Arguments a;
+        a.useShaders = (bits & 8) != 0;
+        a.useVbo = (bits & 16) != 0;
+        Stage stage(hasMemory ? PLENTY : 25 * 1024, hasShaders ? "2.0" : "1.5.0",
+                    hasBuffers ? "ARB_vertex_buffer_object" : "GL_ARB_vertex_buffer");
+        gl_spy::Recording const recording;
+        stage.renderer.dispatch(particles.system, a);
+
+        bool const withEffect = hasShaders && a.useShaders;
+        bool const withVbo = hasBuffers && hasMemory && a.useVbo;
+        Texts const vbo = joined({{GENERATED}, grown(1, 20), uploaded(1, 20)});
+        Texts expected{FREE};
+        unsigned int lastPath = 3;
+        if (withEffect && withVbo) {
+            unsigned int const id = stage.renderer.vboId;
+            expected = joined({{FREE},
+                               OPENED_POINTS,
+                               {GENERATED},
+                               grown(id, 20),
+                               uploaded(id, 20),
+                               drawnFromVbo(id, 20, {}),
+                               ENDED});
+            lastPath = 1;
+        } else if (withEffect) {
+            expected = joined({{FREE}, OPENED_POINTS, drawnChunk(arrays(20)), ENDED});
+        } else if (withVbo) {
+            expected = joined({{FREE}, vbo, drawnFromVbo(1, 20, {SIZED})});
+        } else {
+            expected = joined({{FREE, SIZED}, drawnBatch(20)});
+            lastPath = 4;
+        }
+        EXPECT_EQ(ownCalls(recording), expected) << bits;
+        EXPECT_EQ(stage.renderer.lastPath, lastPath) << bits;
+        EXPECT_EQ(recording.named("glGetString").at(0).text(), "glGetString(GL_VERSION)");
+    }
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, theDispatcherFallsBackInTheSameCallWhenTheBufferIsRefused) {
+    Particles const particles(22);
+    for (bool const withEffect : {false, true}) {
+        Stage stage(0);  // The rule wraps, and the buffer itself is refused.
+        Arguments a;
+        a.useShaders = withEffect;
+        gl_spy::Recording const recording;
+        stage.renderer.dispatch(particles.system, a);
+        unsigned int const id = stage.renderer.vboId;
+        Texts const refused{GENERATED, FREE, deleted(id)};
+        EXPECT_EQ(
+            ownCalls(recording),
+            withEffect
+                ? joined(
+                      {{FREE}, OPENED_POINTS, refused, ENDED, OPENED_POINTS, drawnChunk(arrays(22)), ENDED})
+                : joined({{FREE}, refused, {SIZED}, drawnBatch(22)}));
+        EXPECT_EQ(stage.renderer.lastPath, withEffect ? 3U : 4U);
+    }
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, theDispatcherPassesRebuildOnWithoutAnEffect) {
+    Particles particles(30);
+    Stage stage;
+    Arguments a;
+    a.useVbo = false;
+    stage.renderer.dispatch(particles.system, a);
+    std::vector<std::uint32_t> const before = stage.hostBits(30);
+    particles.system.firstChunk()->channelData(0)->asVectors()[0].x = 77;
+    a.rebuild = false;
+    stage.renderer.dispatch(particles.system, a);
+    EXPECT_EQ(stage.hostBits(30), before);
+    a.rebuild = true;
+    stage.renderer.dispatch(particles.system, a);
+    EXPECT_EQ(stage.hostBits(30), recordBits(particles.system, a, memoryColour));
+}
+
+// == The buffer object ==
+
+TEST(Particles_RL_GL_v2_contract_calls_test, theBufferWithoutAnEffectIsMadeSizedFilledAndDrawn) {
+    Stage stage;
+    Particles const particles(200);
+    Arguments const a;
+    bool drawn = false;
+    EXPECT_EQ(callsOf([&] { drawn = stage.renderer.vbo(particles.system, a); }),
+              joined({{GENERATED}, grown(1, 200), uploaded(1, 200), drawnFromVbo(1, 200, {SIZED})}));
+    EXPECT_TRUE(drawn);
+    EXPECT_EQ(stage.renderer.lastPath, 3U);
+    EXPECT_EQ(stage.renderer.vboCapacity, 200U);
+    EXPECT_EQ(stage.renderer.vboSizeKB, 4U);
+    EXPECT_EQ(stage.renderer.vboParticleCount, 200U);
+    EXPECT_EQ(stage.layer.places, (decltype(Layer::places){{"renderFromVboNoShaders", 1109}}));
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, theColoursOfABufferLieBehindThePositions) {
+    Stage stage;
+    Particles const particles(3);
+    gl_spy::Recording const recording;
+    stage.renderer.vbo(particles.system, Arguments{});
+    EXPECT_EQ(recording.named("glVertexPointer").at(0).addresses.at(0), 0U);
+    EXPECT_EQ(recording.named("glColorPointer").at(0).addresses.at(0), 12U);
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, deliberatelyTheBufferWithoutAnEffectIsRefilledInEveryFrame) {
+    Stage stage;
+    Particles const particles(200);
+    Arguments a;
+    stage.renderer.vbo(particles.system, a);
+    for (bool const rebuild : {false, true, false}) {
+        a.rebuild = rebuild;
+        EXPECT_EQ(callsOf([&] { stage.renderer.vbo(particles.system, a); }),
+                  joined({uploaded(1, 200), drawnFromVbo(1, 200, {SIZED})}));
+    }
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, theBufferOfAnEffectIsFilledOnceAndAgainOnlyOnRebuild) {
+    for (unsigned int const mode : {Mode::POINTS, Mode::SPHERES, Mode::ARROWS}) {
+        Stage stage;
+        stage.renderer.setRenderMode(Mode::type(mode));
+        Particles const particles(200);
+        Arguments a;
+        a.channel = particles.velocity;
+        Texts const opened = mode == 1 ? OPENED_POINTS : OPENED;
+        gl_spy::Recording recording;
+        EXPECT_TRUE(stage.renderer.vboEffect(particles.system, a));
+        unsigned int const id = stage.renderer.vboId;
+        unsigned int const program = programOf(recording);
+        EXPECT_EQ(
+            ownCalls(recording),
+            joined(
+                {opened, {GENERATED}, grown(id, 200), uploaded(id, 200), drawnFromVbo(id, 200, {}), ENDED}));
+        EXPECT_EQ(stage.renderer.lastPath, 1U);
+        EXPECT_EQ(stage.layer.places, (decltype(Layer::places){{"renderFromVboWithShaders", 884}}));
+
+        Texts const drawn = drawnFromVbo(id, 200, {});
+        a.rebuild = false;
+        EXPECT_EQ(callsOf([&] { stage.renderer.vboEffect(particles.system, a); }),
+                  joined({openedPass(mode, program), drawn, LINES, CLOSED}));
+        stage.renderer.lastPath = 2;
+        EXPECT_EQ(callsOf([&] { stage.renderer.vboEffect(particles.system, a); }),
+                  joined({openedPass(mode, program), drawn, LINES, CLOSED}));
+        a.rebuild = true;
+        EXPECT_EQ(callsOf([&] { stage.renderer.vboEffect(particles.system, a); }),
+                  joined({openedPass(mode, program), uploaded(id, 200), drawn, LINES, CLOSED}));
+        a.rebuild = false;
+        for (unsigned int const lastPath : {0U, 3U, 4U}) {
+            stage.renderer.lastPath = lastPath;
+            EXPECT_EQ(callsOf([&] { stage.renderer.vboEffect(particles.system, a); }),
+                      joined({openedPass(mode, program), uploaded(id, 200), drawn, LINES, CLOSED}));
+        }
+    }
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, deliberatelyABufferWithoutAnEffectAfterOneDrawsTheRawValues) {
+    Stage stage;
+    Particles const particles(200);
+    Arguments a;
+    a.channel = particles.velocity;
+    stage.renderer.vboEffect(particles.system, a);
+    unsigned int const id = stage.renderer.vboId;
+    a.rebuild = false;
+    EXPECT_EQ(callsOf([&] { stage.renderer.vbo(particles.system, a); }), drawnFromVbo(id, 200, {SIZED}));
+    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, effectColour));
+    EXPECT_EQ(stage.renderer.lastPath, 3U);
+    stage.renderer.vbo(particles.system, a);
+    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, vboColour));
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, onlyARebuildCountsTheParticlesOfTheBuffer) {
+    Stage stage;
+    Particles const particles(200);
+    Arguments a;
+    a.rebuild = false;
+    stage.renderer.vbo(particles.system, a);
+    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, vboColour));
+    EXPECT_EQ(stage.renderer.vboParticleCount, 0U);
+    a.rebuild = true;
+    a.percent = 50;
+    stage.renderer.vbo(particles.system, a);
+    EXPECT_EQ(stage.renderer.vboParticleCount, 100U);
+    EXPECT_EQ(stage.renderer.vboCapacity, 200U);
+    EXPECT_EQ(stage.renderer.vboSizeKB, 2U);
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, aBufferThatGrowsIsSizedUnderItsOwnName) {
+    Stage stage;
+    Particles particles(50);
+    Arguments const a;
+    stage.renderer.vbo(particles.system, a);
+    particles.system.addParticles(10);
+    EXPECT_EQ(callsOf([&] { stage.renderer.vbo(particles.system, a); }),
+              joined({grown(1, 60), uploaded(1, 60), drawnFromVbo(1, 60, {SIZED})}));
+    EXPECT_EQ(stage.renderer.vboCapacity, 60U);
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, fewerParticlesOfAnEffectsBufferAreItsFirstOnes) {
+    Stage stage;
+    Particles const particles(100);
+    Arguments a;
+    stage.renderer.vboEffect(particles.system, a);
+    a.rebuild = false;
+    a.percent = 50;
+    gl_spy::Recording const recording;
+    stage.renderer.vboEffect(particles.system, a);
+    EXPECT_EQ(recording.count("glMapBuffer"), 0U);
+    EXPECT_THAT(recording.texts(), Contains(arrays(50)));
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, aStoreIsRefusedAboveTheKilobytesThatAreFreeOrItsOwn) {
+    struct Row {
+        int freeKilobytes;
+        unsigned int ownKilobytes;
+        unsigned int particles;
+        bool taken;
+    };
+    // Kilobytes are rounded to the nearest: 21 particles are none, 64 one and a half, and that is two.
+    for (Row const& row :
+         {Row{0, 0, 21, true}, Row{0, 0, 22, false}, Row{1, 0, 63, true}, Row{1, 0, 64, false},
+          Row{0, 2, 106, true}, Row{0, 2, 107, false}, Row{1, 1, 106, true}, Row{1, 1, 107, false}}) {
+        Particles const particles(row.particles);
+        for (bool const withEffect : {false, true}) {
+            Stage stage(row.freeKilobytes);
+            stage.renderer.vboSizeKB = row.ownKilobytes;
+            bool taken = false;
+            gl_spy::Recording const recording;
+            if (withEffect)
+                taken = stage.renderer.vboEffect(particles.system, Arguments{});
+            else
+                taken = stage.renderer.vbo(particles.system, Arguments{});
+            EXPECT_EQ(taken, row.taken) << row.freeKilobytes << " " << row.particles;
+            EXPECT_EQ(recording.count("glDeleteBuffers"), row.taken ? 0U : 1U);
+            EXPECT_EQ(recording.count("glDrawArrays"), row.taken ? 1U : 0U);
+            EXPECT_EQ(stage.layer.currentFillingFront(), FILLING_LINES);
+        }
+    }
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, deliberatelyARefusedBufferIsDeletedAndItsNameKept) {
+    Stage stage(0);
+    Particles const particles(22);
+    Arguments a;
+    EXPECT_EQ(callsOf([&] { stage.renderer.vbo(particles.system, a); }),
+              (Texts{GENERATED, FREE, deleted(1)}));
+    EXPECT_EQ(stage.renderer.vboId, 1U);
+    EXPECT_EQ(stage.renderer.vboCapacity, 0U);
+    EXPECT_EQ(stage.renderer.lastPath, 0U);
+    EXPECT_EQ(callsOf([&] { stage.renderer.vbo(particles.system, a); }), (Texts{FREE, deleted(1)}));
+    stage.driver.integer(FREE_MEMORY, {PLENTY});
+    EXPECT_EQ(callsOf([&] { stage.renderer.vbo(particles.system, a); }),
+              joined({grown(1, 22), uploaded(1, 22), drawnFromVbo(1, 22, {SIZED})}));
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, aStoreThatIsGoneOrTooSmallIsFilledWithoutBeingAsked) {
+    Stage stage;
+    Particles const particles(100);
+    Arguments a;
+    Arguments unchanged;
+    unchanged.rebuild = false;
+    stage.renderer.vboEffect(particles.system, a);
+    stage.renderer.clear();
+    stage.renderer.vboEffect(particles.system, unchanged);
+    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, effectColour));
+    a.percent = 10;
+    stage.renderer.vboEffect(particles.system, a);
+    stage.renderer.vboEffect(particles.system, unchanged);
+    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, unchanged, effectColour));
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, aBufferThatIsNotMappedIsRefused) {
+    Particles const particles(10);
+    for (bool const withEffect : {false, true}) {
+        Stage stage;
+        stage.driver.nullMap();
+        Arguments a;
+        a.useShaders = withEffect;
+        gl_spy::Recording const recording;
+        stage.renderer.dispatch(particles.system, a);
+        EXPECT_EQ(recording.count("glUnmapBuffer"), 0U);
+        EXPECT_EQ(recording.count("glDeleteBuffers"), 1U);
+        EXPECT_EQ(stage.renderer.lastPath, withEffect ? 3U : 4U);
+        EXPECT_EQ(recording.count("glDrawArrays"), 1U);
+        EXPECT_EQ(recording.count("glPushAttrib"), recording.count("glPopAttrib"));
+    }
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, anEmptyBufferIsNotMapped) {
+    Stage stage;
+    Particles const particles(10);
+    Arguments a;
+    a.percent = 0;
+    EXPECT_EQ(callsOf([&] { stage.renderer.vbo(particles.system, a); }),
+              joined({{GENERATED, binding(1), store(0)}, drawnFromVbo(1, 0, {SIZED})}));
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, pendingErrorsAreTakenAfterMapping) {
+    Stage stage;
+    Particles const particles(3);
+    stage.driver.errors({0x0502, 0x0505});
+    EXPECT_TRUE(stage.renderer.vbo(particles.system, Arguments{}));
+    EXPECT_EQ(stage.driver.errorsLeft(), 0U);
+}
+
+// == Colours ==
+
+/// Every magnitude with every kind of channel, over a range of magnitudes, none, and one upside down.
+void forAllColours(Particles const& particles, std::function<void(Arguments const&)> const& check) {
+    for (unsigned int magnitude = 0; magnitude < 8; ++magnitude) {
+        for (unsigned int const channel :
+             {NONE, particles.position, particles.velocity, particles.energy, particles.odd}) {
+            for (auto const& [low, high] : std::vector<std::pair<float, float>>{
+                     {0.25F, 1.75F}, {0.5F, 0.5F}, {1, 1 + 1.2e-7F}, {0, 1e-14F}, {2, 0.5F}, {-1, 0.7F}}) {
+                Arguments a;
+                a.magnitude = magnitude;
+                a.channel = channel;
+                a.minMagnitude = low;
+                a.maxMagnitude = high;
+                SCOPED_TRACE(testing::Message() << "magnitude " << magnitude << ", channel " << channel
+                                                << ", from " << low << " to " << high);
+                testing::internal::CaptureStderr();
+                check(a);
+                // Colours beyond 0 to 1 are cut, but not everywhere.
+                a.minColor = {1.5F, -0.25F, 0.5F, 1};
+                a.maxColor = {-0.5F, 2, 1.25F, 1};
+                a.maxClampColor = {-1, 3, 0.125F, 1};
+                check(a);
+                std::string const errors = testing::internal::GetCapturedStderr();
+                EXPECT_EQ(errors.empty(), channel != particles.odd);
+            }
+        }
+    }
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, everyMagnitudeColoursTheBuffer) {
+    Stage stage;
+    Particles const particles(64);
+    forAllColours(particles, [&](Arguments const& a) {
+        stage.renderer.vbo(particles.system, a);
+        EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, vboColour));
+    });
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, everyMagnitudeColoursMainMemory) {
+    Stage stage;
+    Particles const particles(64);
+    forAllColours(particles, [&](Arguments const& a) {
+        stage.renderer.memory(particles.system, a);
+        EXPECT_EQ(stage.hostBits(64), recordBits(particles.system, a, memoryColour));
+    });
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, everyMagnitudeGivesAnEffectTheRawValues) {
+    Stage stage;
+    Particles const particles(64);
+    forAllColours(particles, [&](Arguments const& a) {
+        stage.renderer.vboEffect(particles.system, a);
+        EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, effectColour));
+    });
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, deliberatelyNoRangeIsTheMinimumColourInABufferAndBlackInMemory) {
+    Stage stage;
+    Particles const particles(1);
+    Arguments a;
+    a.channel = particles.velocity;
+    a.maxMagnitude = a.minMagnitude;
+    stage.renderer.vbo(particles.system, a);
+    EXPECT_EQ(as<float>(stage.driver.bufferContents(stage.renderer.vboId)),
+              (std::vector<float>{0, 0, 0.25F, 0.9F, 0.1F, 0.3F}));
+    stage.renderer.memory(particles.system, a);
+    EXPECT_EQ(std::vector<float>(stage.renderer.hostBuffer, stage.renderer.hostBuffer + 6),
+              (std::vector<float>{0, 0, 0.25F, 0, 0, 0}));
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, anUnknownTypeIsToldWithoutALineEnd) {
+    Particles const particles(1);
+    Arguments a;
+    a.channel = particles.odd;
+    Stage stage;
+    EXPECT_EQ(errorsOf([&] { stage.renderer.vbo(particles.system, a); }), UNKNOWN_TYPE);
+    EXPECT_EQ(errorsOf([&] { stage.renderer.memory(particles.system, a); }), UNKNOWN_TYPE);
+    EXPECT_EQ(errorsOf([&] { stage.renderer.vboEffect(particles.system, a); }), UNKNOWN_TYPE);
+    EXPECT_EQ(errorsOf([&] { stage.renderer.chunks(particles.system, a); }), UNKNOWN_TYPE);
+    a.rebuild = false;
+    stage.renderer.memory(particles.system, a);
+    EXPECT_EQ(errorsOf([&] { stage.renderer.memory(particles.system, a); }), "");
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, aChannelThatDoesNotExistIsOfAnUnknownType) {
+    Particles const particles(40);
+    Arguments a;
+    a.channel = 123;
+    Stage stage;
+    testing::internal::CaptureStderr();
+    stage.renderer.vbo(particles.system, a);
+    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, vboColour));
+    stage.renderer.vboEffect(particles.system, a);
+    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, effectColour));
+    stage.renderer.memory(particles.system, a);
+    EXPECT_EQ(stage.hostBits(40), recordBits(particles.system, a, memoryColour));
+    EXPECT_THAT(ownCallsOf([&] { stage.renderer.chunks(particles.system, a); }), Contains(arrays(40)));
+    EXPECT_NE(testing::internal::GetCapturedStderr().find(UNKNOWN_TYPE), std::string::npos);
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, numbersThatAreNoneOrWithoutEndHarmNothing) {
+    Particles particles(8);
+    auto* const velocity = particles.system.firstChunk()->channelData(particles.velocity)->asVectors();
+    auto* const energy = particles.system.firstChunk()->channelData(particles.energy)->asFloats();
+    velocity[1] = {NOT_A_NUMBER, INF, -INF};
+    velocity[2] = {3e9F, -3e9F, 1e38F};
+    energy[1] = NOT_A_NUMBER;
+    energy[2] = -INF;
+    particles.system.firstChunk()->channelData(0)->asVectors()[3] = {NOT_A_NUMBER, INF, -INF};
+    Stage stage;
+    Arguments a;
+    for (a.magnitude = 0; a.magnitude < 8; ++a.magnitude) {
+        for (unsigned int const channel : {particles.velocity, particles.energy}) {
+            a.channel = channel;
+            stage.renderer.vbo(particles.system, a);
+            EXPECT_EQ(stage.vboBits().size(), 48U);
+            stage.renderer.memory(particles.system, a);
+            stage.renderer.vboEffect(particles.system, a);
+            stage.renderer.chunks(particles.system, a);
+        }
+    }
+}
+
+// == Thinning ==
+
+TEST(Particles_RL_GL_v2_contract_calls_test, anyPercentageThinsTheBuffersEvenly) {
+    for (unsigned int const count : {1U, 10U, 999U, 2 * CHUNK + 700}) {
+        Particles particles(count);
+        for (bool const withHoles : {false, true}) {
+            if (withHoles) {
+                for (auto* chunk = particles.system.firstChunk(); chunk != nullptr; chunk = chunk->next()) {
+                    for (unsigned int slot = 3; slot < chunk->entries().size(); slot += slot % 5 + 2)
+                        chunk->release(slot);
+                }
+            }
+            for (float const percent : {0.0F, 10.0F, 33.3F, 50.0F, 99.9F, 100.0F}) {
+                Stage stage;
+                Arguments a;
+                a.channel = particles.velocity;
+                a.percent = percent;
+                unsigned int const target = targetOf(particles.system, percent);
+                SCOPED_TRACE(testing::Message() << target << " of " << particles.system.size());
+                EXPECT_THAT(callsOf([&] { stage.renderer.vbo(particles.system, a); }),
+                            Contains(arrays(target)));
+                EXPECT_TRUE(stage.vboBits() == recordBits(particles.system, a, vboColour));
+                EXPECT_EQ(stage.vboBits().size(), target * std::size_t{6});
+                stage.renderer.vboEffect(particles.system, a);
+                EXPECT_TRUE(stage.vboBits() == recordBits(particles.system, a, effectColour));
+                EXPECT_THAT(callsOf([&] { stage.renderer.memory(particles.system, a); }),
+                            Contains(arrays(target)));
+                EXPECT_TRUE(stage.hostBits(target) == recordBits(particles.system, a, memoryColour));
+            }
+        }
+    }
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, halfOfTheParticlesIsEverySecondOne) {
+    Stage stage;
+    Particles const particles(10);
+    Arguments a;
+    a.percent = 50;
+    stage.renderer.vbo(particles.system, a);
+    std::vector<float> const records = as<float>(stage.driver.bufferContents(stage.renderer.vboId));
+    std::vector<float> heights;
+    for (std::size_t i = 1; i < records.size(); i += 6)
+        heights.push_back(-records[i]);
+    EXPECT_THAT(heights, ElementsAre(0, 2, 4, 6, 8));
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, percentagesBeyondTheRangeReadNothingThatIsNotThere) {
+    Particles const particles(CHUNK + 10);
+    for (float const percent : {-50.0F, -INF, NOT_A_NUMBER, 101.0F, 1e30F, INF}) {
+        Stage stage;
+        Arguments a;
+        a.percent = percent;
+        std::size_t const most = percent > 100 ? CHUNK + 10 : 0;
+        gl_spy::Recording const recording;
+        stage.renderer.vbo(particles.system, a);
+        stage.renderer.vboEffect(particles.system, a);
+        stage.renderer.memory(particles.system, a);
+        ASSERT_EQ(recording.count("glDrawArrays"), 3U) << percent;
+        for (gl_spy::Call const& call : recording.named("glDrawArrays"))
+            EXPECT_EQ(call.numbers.at(1), most) << percent;
+
+        stage.renderer.chunks(particles.system, a);
+        stage.renderer.render(particles.system, false, 0, percent);
+        ASSERT_EQ(recording.count("glDrawElements"), 4U) << percent;
+        for (std::size_t i = 0; i < 4; ++i) {
+            EXPECT_EQ(recording.named("glDrawElements")[i].numbers.at(0),
+                      percent > 100 ? (i % 2 == 0 ? CHUNK : 10) : 0);
+        }
+        for (std::size_t i = 0; i < 10; ++i)
+            EXPECT_LT(stage.renderer.shuffledIndices[i], 10);
+    }
+}
+
+// == Main memory ==
+
+TEST(Particles_RL_GL_v2_contract_calls_test, mainMemoryIsFilledOnceAndDrawn) {
+    Stage stage;
+    Particles particles(100);
+    Arguments a;
+    Texts const drawn = joined({{SIZED}, drawnBatch(100)});
+    EXPECT_EQ(callsOf([&] { stage.renderer.memory(particles.system, a); }), drawn);
+    EXPECT_EQ(stage.renderer.lastPath, 4U);
+    EXPECT_EQ(stage.renderer.hostCapacity, 100U);
+
+    std::vector<std::uint32_t> const before = stage.hostBits(100);
+    particles.system.firstChunk()->channelData(0)->asVectors()[0].x = 77;
+    a.rebuild = false;
+    EXPECT_EQ(callsOf([&] { stage.renderer.memory(particles.system, a); }), drawn);
+    EXPECT_EQ(stage.hostBits(100), before);
+    stage.renderer.lastPath = 3;
+    stage.renderer.memory(particles.system, a);
+    EXPECT_EQ(stage.hostBits(100), recordBits(particles.system, a, memoryColour));
+
+    particles.system.addParticles(1);  // More than there is room for: filled without being asked.
+    EXPECT_THAT(callsOf([&] { stage.renderer.memory(particles.system, a); }), Contains(arrays(101)));
+    EXPECT_EQ(stage.renderer.hostCapacity, 101U);
+    EXPECT_EQ(stage.hostBits(101), recordBits(particles.system, a, memoryColour));
+    float const* const array = stage.renderer.hostBuffer;
+    a.rebuild = true;
+    a.percent = 10;
+    stage.renderer.memory(particles.system, a);
+    EXPECT_EQ(stage.renderer.hostBuffer, array);
+    EXPECT_EQ(stage.renderer.hostCapacity, 101U);
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, mainMemoryIsDrawnInBatchesAndTheRestAlsoWhereThereIsNone) {
+    for (unsigned int const rest : {0U, 5U}) {
+        Stage stage;
+        ParticleSystem_v2 system;
+        system.addChannel("position", ParticleChannel_v2::VECTOR);
+        system.addParticles(2 * BATCH + rest);
+        gl_spy::Recording const recording;
+        stage.renderer.memory(system, Arguments{});
+        EXPECT_EQ(recording.texts(),
+                  joined({{SIZED}, drawnBatch(BATCH), drawnBatch(BATCH), drawnBatch(rest)}));
+        auto const start = reinterpret_cast<std::uintptr_t>(stage.renderer.hostBuffer);
+        for (std::size_t batch = 0; batch < 3; ++batch) {
+            std::uintptr_t const at = start + batch * BATCH * 24;
+            EXPECT_EQ(recording.named("glVertexPointer").at(batch).addresses.at(0), at);
+            EXPECT_EQ(recording.named("glColorPointer").at(batch).addresses.at(0), at + 12);
+        }
+    }
+}
+
+// == Chunks ==
+
+std::vector<std::uintptr_t> addressesOf(gl_spy::Recording const& recording, char const* name) {
+    std::vector<std::uintptr_t> addresses;
+    for (gl_spy::Call const& call : recording.named(name))
+        addresses.push_back(call.addresses.at(0));
+    return addresses;
+}
+
+std::vector<std::uintptr_t> arraysOf(ParticleSystem_v2 const& system, unsigned int channel) {
+    std::vector<std::uintptr_t> addresses;
+    for (auto const* chunk = system.firstChunk(); chunk != nullptr; chunk = chunk->next()) {
+        ParticleChannelChunkData_v2* const data = chunk->channelData(channel);
+        void const* const values = data->asVectors() != nullptr ? static_cast<void*>(data->asVectors())
+                                                                : static_cast<void*>(data->asFloats());
+        addresses.push_back(reinterpret_cast<std::uintptr_t>(values));
+    }
+    return addresses;
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, chunksHandTheirOwnArraysToTheEffect) {
+    Particles const particles(2 * CHUNK + 5);
+    for (unsigned int const mode : {Mode::POINTS, Mode::SPHERES, Mode::ARROWS}) {
+        Stage stage;
+        stage.renderer.setRenderMode(Mode::type(mode));
+        Arguments a;
+        a.channel = particles.velocity;
+        gl_spy::Recording recording;
+        stage.renderer.chunks(particles.system, a);
+        unsigned int const program = programOf(recording);
+        recording.clear();
+        stage.renderer.chunks(particles.system, a);
+        EXPECT_EQ(recording.texts(),
+                  joined({openedPass(mode, program), drawnChunk(12, arrays(CHUNK)),
+                          drawnChunk(12, arrays(CHUNK)), drawnChunk(12, arrays(5)), LINES, CLOSED}));
+        EXPECT_EQ(addressesOf(recording, "glVertexPointer"), arraysOf(particles.system, particles.position));
+        EXPECT_EQ(addressesOf(recording, "glColorPointer"), arraysOf(particles.system, particles.velocity));
+        EXPECT_EQ(stage.renderer.lastPath, 3U);
+        EXPECT_EQ(stage.renderer.vboId, 0U);
+    }
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, deliberatelyScalarsOfChunksHaveAStrideOfOneValue) {
+    Particles const particles(CHUNK + 5);
+    Stage stage;
+    Arguments a;
+    a.channel = particles.energy;
+    gl_spy::Recording const recording;
+    stage.renderer.chunks(particles.system, a);
+    EXPECT_EQ(ownCalls(recording),
+              joined({OPENED_POINTS, drawnChunk(4, arrays(CHUNK)), drawnChunk(4, arrays(5)), ENDED}));
+    EXPECT_EQ(addressesOf(recording, "glColorPointer"), arraysOf(particles.system, particles.energy));
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, chunksSendNoColoursWhereThereAreNoneOrTheEffectNeedsNone) {
+    Particles const particles(7);
+    for (unsigned int mode = 1; mode < 4; ++mode) {
+        for (unsigned int magnitude = 0; magnitude < 8; ++magnitude) {
+            for (unsigned int const channel : {NONE, particles.velocity, particles.energy, particles.odd}) {
+                Stage stage;
+                stage.renderer.setRenderMode(Mode::type(mode));
+                Arguments a;
+                a.magnitude = magnitude;
+                a.channel = channel;
+                Texts calls;
+                std::string const errors = errorsOf(
+                    [&] { calls = ownCallsOf([&] { stage.renderer.chunks(particles.system, a); }); });
+                bool const noColours = channel == NONE || channel == particles.odd ||
+                                       ((magnitude == 4 || magnitude == 5) && mode != 3);
+                bool const pointSize = mode == 1 || (mode == 3 && magnitude == 6);
+                Texts const drawn = noColours ? drawnChunk(arrays(7))
+                                              : drawnChunk(channel == particles.energy ? 4 : 12, arrays(7));
+                EXPECT_EQ(calls, joined({pointSize ? OPENED_POINTS : OPENED, drawn, ENDED}))
+                    << mode << " " << magnitude << " " << channel;
+                EXPECT_EQ(errors, channel == particles.odd ? UNKNOWN_TYPE : "");
+            }
+        }
+    }
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, anUnknownTypeIsToldOnceForEachChunk) {
+    Particles const particles(CHUNK + 1);
+    Stage stage;
+    Arguments a;
+    a.channel = particles.odd;
+    EXPECT_EQ(errorsOf([&] { stage.renderer.chunks(particles.system, a); }),
+              std::string(UNKNOWN_TYPE) + UNKNOWN_TYPE);
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, aPercentageOfAChunkIsTheBeginningOfItsShuffledIndices) {
+    Particles const particles(CHUNK + 777);
+    for (float const percent : {0.0F, 10.0F, 33.3F, 50.0F, 99.9F}) {
+        Stage stage;
+        Arguments a;
+        a.percent = percent;
+        a.channel = particles.velocity;
+        auto const count = [&](unsigned int all) {
+            return static_cast<std::size_t>(static_cast<float>(all) * percent / 100);
+        };
+        gl_spy::Recording const recording;
+        stage.renderer.chunks(particles.system, a);
+        EXPECT_EQ(ownCalls(recording), joined({OPENED_POINTS, drawnChunk(12, elements(count(CHUNK))),
+                                               drawnChunk(12, elements(count(777))), ENDED}));
+        auto const table = reinterpret_cast<std::uintptr_t>(stage.renderer.shuffledIndices);
+        EXPECT_THAT(addressesOf(recording, "glDrawElements"), ElementsAre(table, table));
+        EXPECT_EQ(stage.renderer.shuffledCount, 777U);
+        EXPECT_EQ(
+            std::vector<unsigned short>(stage.renderer.shuffledIndices, stage.renderer.shuffledIndices + 777),
+            shuffled(777));
+    }
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, releasedParticlesAreNotDrawn) {
+    Particles particles(CHUNK + 1000);
+    std::multiset<float> living;
+    for (auto* chunk = particles.system.firstChunk(); chunk != nullptr; chunk = chunk->next()) {
+        unsigned int const slots = chunk->entries().size();
+        for (unsigned int slot = 0; slot < slots; ++slot) {
+            if (slot % 3 == 1)
+                chunk->release(slot);
+            else
+                living.insert(chunk->channelData(0)->asVectors()[slot].y);
+        }
+    }
+    Stage stage;
+    gl_spy::Recording const recording;
+    stage.renderer.render(particles.system, false, 0, 100);
+    EXPECT_EQ(recording.texts(), joined({drawnChunk(arrays(CHUNK - 5461)), drawnChunk(arrays(667))}));
+    EXPECT_EQ(addressesOf(recording, "glVertexPointer"), arraysOf(particles.system, 0));
+    std::multiset<float> drawn;
+    for (auto* chunk = particles.system.firstChunk(); chunk != nullptr; chunk = chunk->next()) {
+        for (unsigned int slot = 0; slot < chunk->count(); ++slot) {
+            float const y = chunk->channelData(0)->asVectors()[slot].y;
+            drawn.insert(y);
+            // All channels of a particle have moved together.
+            EXPECT_EQ(chunk->channelData(particles.energy)->asFloats()[slot],
+                      (std::fmod(-y, 9.0F) - 3) * 0.47F);
+        }
+    }
+    EXPECT_EQ(drawn, living);
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, chunksWithOneParticleOrNoneAreDrawnAsSuch) {
+    Particles particles(CHUNK + 4);
+    for (auto* chunk = particles.system.firstChunk(); chunk != nullptr; chunk = chunk->next()) {
+        for (unsigned int slot = chunk == particles.system.firstChunk() ? 0 : 1; slot < CHUNK; ++slot)
+            chunk->release(slot);
+    }
+    Stage stage;
+    Arguments a;
+    EXPECT_EQ(ownCallsOf([&] { stage.renderer.chunks(particles.system, a); }),
+              joined({OPENED_POINTS, drawnChunk(arrays(0)), drawnChunk(arrays(1)), ENDED}));
+    a.percent = 60;
+    EXPECT_EQ(ownCallsOf([&] { stage.renderer.chunks(particles.system, a); }),
+              joined({SOLID,
+                      {SIZED, "glPushAttrib(0x6000)"},
+                      drawnChunk(elements(0)),
+                      drawnChunk(elements(0)),
+                      ENDED}));
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, rawPositionsAreDrawnWithoutColoursAndLeaveTheLastPathAlone) {
+    Particles const particles(CHUNK + 9);
+    struct Row {
+        float percent;
+        std::size_t ofFull;
+        std::size_t ofLast;
+    };
+    for (Row const& row :
+         {Row{0, 0, 0}, Row{10, 1638, 0}, Row{33.3F, 5455, 2}, Row{50, 8192, 4}, Row{99.9F, 16367, 8}}) {
+        Stage stage;
+        stage.renderer.lastPath = 1;
+        EXPECT_EQ(callsOf([&] { stage.renderer.render(particles.system, true, 55, row.percent); }),
+                  joined({drawnChunk(elements(row.ofFull)), drawnChunk(elements(row.ofLast))}));
+        EXPECT_EQ(callsOf([&] { stage.renderer.render(particles.system, true, 55, 100); }),
+                  joined({drawnChunk(arrays(CHUNK)), drawnChunk(arrays(9))}));
+        EXPECT_EQ(stage.renderer.lastPath, 1U);
+    }
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, aChunkIsDrawnWithTheArraysAndTheStrideThatItIsGiven) {
+    Stage stage;
+    std::vector<Vector3<float>> points(10);
+    std::vector<float> values(40);
+    gl_spy::Recording recording;
+    stage.renderer.renderChunkRaw(9, points.data(), values.data(), 10, 100, false, 16, true);
+    EXPECT_EQ(recording.texts(), drawnChunk(16, arrays(10)));
+    EXPECT_EQ(recording.named("glColorPointer").at(0).addresses.at(0),
+              reinterpret_cast<std::uintptr_t>(values.data()));
+    recording.clear();
+    stage.renderer.renderChunkRaw(0, points.data(), nullptr, 10, 33.3F, true, 0, false);
+    EXPECT_EQ(recording.texts(), drawnChunk(elements(3)));
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, withoutAChannelNamedPositionChunksDrawNothing) {
+    Particles const particles(10, "Position");
+    EXPECT_EQ(particles.system.channelId("position"), NONE);
+    Stage stage;
+    Arguments a;
+    a.channel = particles.velocity;
+    EXPECT_EQ(ownCallsOf([&] { stage.renderer.chunks(particles.system, a); }),
+              joined({OPENED_POINTS, ENDED}));
+    EXPECT_THAT(callsOf([&] { stage.renderer.render(particles.system, false, 0, 100); }), IsEmpty());
+    EXPECT_EQ(stage.renderer.lastPath, 3U);
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, deliberatelyBuffersReadChannel0AndChunksTheOneNamedPosition) {
+    Particles particles(10, "former position");
+    unsigned int const position = particles.system.addChannel("position", ParticleChannel_v2::VECTOR);
+    Stage stage;
+    Arguments const a;
+    stage.renderer.vbo(particles.system, a);
+    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, vboColour));
+    gl_spy::Recording const recording;
+    stage.renderer.render(particles.system, false, 0, 100);
+    EXPECT_EQ(addressesOf(recording, "glVertexPointer"), arraysOf(particles.system, position));
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, systemsWithoutParticlesOrChannelsHarmNothing) {
+    ParticleSystem_v2 const empty;
+    ParticleSystem_v2 bare;
+    bare.addParticles(30);
+    for (ParticleSystem_v2 const* system : std::initializer_list<ParticleSystem_v2 const*>{&empty, &bare}) {
+        Stage stage;
+        Arguments a;
+        for (unsigned int const channel : {NONE, 0U}) {
+            a.channel = channel;
+            testing::internal::CaptureStderr();
+            for (int ways = 0; ways < 4; ++ways) {
+                a.useVbo = (ways & 1) != 0;
+                a.useShaders = (ways & 2) != 0;
+                stage.renderer.dispatch(*system, a);
+                EXPECT_EQ(stage.layer.currentFillingFront(), FILLING_LINES);
+            }
+            stage.renderer.render(*system, false, 0, 50);
+            testing::internal::GetCapturedStderr();
+        }
+    }
+}
+
+TEST(Particles_RL_GL_v2_contract_calls_test, anEffectThatDoesNotCompileLeavesTheStateAsItWas) {
+    Stage stage;
+    Particles const particles(10);
+    stage.driver.shaderStatus(false, "no").programStatus(false, "no");
+    for (unsigned int const mode : {Mode::POINTS, Mode::SPHERES, Mode::ARROWS}) {
+        stage.renderer.setRenderMode(Mode::type(mode));
+        testing::internal::CaptureStdout();
+        gl_spy::Recording const recording;
+        stage.renderer.vboEffect(particles.system, Arguments{});
+        stage.renderer.chunks(particles.system, Arguments{});
+        testing::internal::GetCapturedStdout();
+        EXPECT_EQ(recording.count("glPushAttrib"), recording.count("glPopAttrib"));
+        EXPECT_EQ(recording.count("glEnableClientState"), recording.count("glDisableClientState"));
+        EXPECT_EQ(recording.texts().back(), "glPopAttrib()");
+        EXPECT_EQ(stage.layer.currentFillingFront(), FILLING_LINES);
+        EXPECT_EQ(stage.layer.currentFillingBack(), FILLING_LINES);
+    }
+}
+
+}  // namespace
+
+}  // namespace vellum

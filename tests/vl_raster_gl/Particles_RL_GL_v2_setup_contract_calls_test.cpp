@@ -1,0 +1,371 @@
+#include "particle_contract.h"
+
+#include "glsl_shader/ArrowRendering_shader.h"
+#include "glsl_shader/PointRendering_shader.h"
+#include "glsl_shader/SphereRendering_shader.h"
+#include "glsl_shader/effect_calls.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <new>
+#include <string>
+#include <vector>
+
+// The particle renderer apart from drawing: its life, the rule for video memory, the index table, the choice and
+// the parameters of the effects.
+
+namespace vellum {
+
+namespace {
+
+using namespace particle_contract;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// == Set-up ==
+
+TEST(Particles_RL_GL_v2_setup_contract_calls_test, initGivesEveryFieldItsFirstValueAndAsksForBuffersOnce) {
+    Stage stage;
+    Probe fresh;
+    EXPECT_THAT(callsOf([&] { fresh.init(); }), IsEmpty());  // The layer has read the extensions before.
+    EXPECT_EQ(fresh.vboId, 0U);
+    EXPECT_TRUE(fresh.vboSupported);
+    EXPECT_EQ(fresh.hostBuffer, nullptr);
+    EXPECT_EQ(fresh.vboSizeKB, 0U);
+    EXPECT_EQ(fresh.vboParticleCount, 0U);
+    EXPECT_EQ(fresh.hostCapacity, 0U);
+    EXPECT_EQ(fresh.vboCapacity, 0U);
+    EXPECT_EQ(fresh.reservedMode, 2U);
+    EXPECT_EQ(fresh.programId, 0U);
+    EXPECT_THAT(fresh.shaderIds, ElementsAre(0, 0, 0));
+    EXPECT_EQ(fresh.renderMode, 1U);
+    EXPECT_EQ(fresh.lastPath, 0U);
+    EXPECT_EQ(fresh.pointShader, nullptr);
+    EXPECT_EQ(fresh.sphereShader, nullptr);
+    EXPECT_EQ(fresh.arrowShader, nullptr);
+    ASSERT_NE(fresh.shuffledIndices, nullptr);
+    fresh.shuffledIndices[CHUNK - 1] = 7;  // 16384 entries
+    EXPECT_EQ(fresh.shuffledCount, 0U);
+}
+
+TEST(Particles_RL_GL_v2_setup_contract_calls_test, buffersAreSupportedUnderEitherNameInThatOrder) {
+    struct Asked : Core_RL_GL {
+        bool isExtensionSupported(char const* name) override {
+            names.emplace_back(name);
+            return name == supported;
+        }
+        std::string supported;
+        Texts names;
+    };
+    Texts const both{"GL_ARB_vertex_buffer_object", "ARB_vertex_buffer_object"};
+    for (std::size_t const listed : {0U, 1U, 2U}) {
+        gl_spy::Script const driver = gl_spy::drivers::gl21();
+        Asked layer;
+        layer.supported = listed < 2 ? both[listed] : "";
+        Probe renderer;
+        renderer.init();
+        EXPECT_EQ(renderer.vboSupported, listed < 2);
+        EXPECT_EQ(layer.names, listed == 0 ? Texts{both[0]} : both);
+    }
+}
+
+TEST(Particles_RL_GL_v2_setup_contract_calls_test, deliberatelyTheInheritedRenderDoesNothing) {
+    Stage stage;
+    Particles const particles(5);
+    Arguments const a;
+    Particles_RL_v2& base = stage.renderer;
+    EXPECT_THAT(callsOf([&] {
+                    base.render(particles.system, false, true, a.scale, a.minMagnitude, a.maxMagnitude,
+                                a.minColor, a.maxColor);
+                }),
+                IsEmpty());
+}
+
+TEST(Particles_RL_GL_v2_setup_contract_calls_test, settingTheModeAndReloadingMakeNoCalls) {
+    Stage stage;
+    Color4<float> c{1, 1, 1, 1};
+    EXPECT_THAT(callsOf([&] {
+                    stage.renderer.setRenderMode(Mode::ARROWS);
+                    stage.renderer.reloadShadersIfNeeded(c, c, 0, 1);
+                }),
+                IsEmpty());
+    EXPECT_EQ(stage.renderer.renderMode, 3U);
+}
+
+TEST(Particles_RL_GL_v2_setup_contract_calls_test, clearDropsBuffersAndDeliberatelyKeepsSizesAndEffects) {
+    Stage stage;
+    Particles const particles(100);
+    Arguments a;
+    stage.renderer.memory(particles.system, a);
+    stage.renderer.vboEffect(particles.system, a);
+    auto* const effect = stage.renderer.pointShader;
+    unsigned int const vbo = stage.renderer.vboId;
+    EXPECT_THAT(callsOf([&] { stage.renderer.clear(); }), ElementsAre(deleted(vbo)));
+    EXPECT_EQ(stage.renderer.hostBuffer, nullptr);
+    EXPECT_EQ(stage.renderer.vboId, 0U);
+    EXPECT_EQ(stage.renderer.hostCapacity, 0U);
+    EXPECT_EQ(stage.renderer.vboCapacity, 100U);
+    EXPECT_EQ(stage.renderer.vboSizeKB, 2U);
+    EXPECT_EQ(stage.renderer.pointShader, effect);
+    EXPECT_THAT(callsOf([&] { stage.renderer.clear(); }), IsEmpty());
+}
+
+TEST(Particles_RL_GL_v2_setup_contract_calls_test, resetBuffersShrinksAndMapsTheBufferThenDropsTheProgram) {
+    Stage stage;
+    Particles const particles(100);
+    Arguments const a;
+    stage.renderer.memory(particles.system, a);
+    stage.renderer.vbo(particles.system, a);
+    unsigned int const vbo = stage.renderer.vboId;
+    stage.renderer.programId = 70;
+    stage.renderer.shaderIds[0] = 71;
+    stage.renderer.shaderIds[2] = 73;
+    EXPECT_THAT(callsOf([&] { stage.renderer.resetBuffers(); }),
+                ElementsAre(binding(vbo), store(1), "glMapBuffer(GL_ARRAY_BUFFER, GL_READ_WRITE)",
+                            deleted(vbo), "glDetachShader(70, 71)", "glDetachShader(70, 73)",
+                            "glDeleteShader(71)", "glDeleteShader(73)", "glDeleteProgram(70)"));
+    EXPECT_EQ(stage.renderer.hostBuffer, nullptr);
+    EXPECT_EQ(stage.renderer.vboId, 0U);
+    EXPECT_EQ(stage.renderer.programId, 0U);
+    EXPECT_THAT(stage.renderer.shaderIds, ElementsAre(0, 0, 0));
+    EXPECT_EQ(stage.renderer.hostCapacity, 100U);  // Deliberate: the counters stay.
+    EXPECT_EQ(stage.renderer.vboCapacity, 100U);
+    EXPECT_THAT(callsOf([&] { stage.renderer.resetBuffers(); }), IsEmpty());
+
+    // The capacity that is left over does not stand for an array.
+    stage.renderer.memory(particles.system, a);
+    EXPECT_EQ(stage.hostBits(100), recordBits(particles.system, a, memoryColour));
+}
+
+TEST(Particles_RL_GL_v2_setup_contract_calls_test,
+     theDestructorResetsTheBuffersAndDeliberatelyLeavesTheEffects) {
+    Stage stage;
+    Particles const particles(10);
+    PointRendering_shader* effect = nullptr;
+    Texts calls;
+    {
+        Probe renderer;
+        renderer.init();
+        renderer.vboEffect(particles.system, Arguments{});
+        renderer.ownedBlock = ::operator new(8);
+        effect = renderer.pointShader;
+        gl_spy::Recording const recording;
+        renderer.~Probe();
+        calls = recording.texts();
+        new (&renderer) Probe;  // for the end of its scope
+    }
+    ASSERT_EQ(calls.size(), 4U);
+    EXPECT_EQ(calls[1], store(1));
+    EXPECT_EQ(calls[2], "glMapBuffer(GL_ARRAY_BUFFER, GL_READ_WRITE)");
+    delete effect;  // It is still whole.
+}
+
+TEST(Particles_RL_GL_v2_setup_contract_calls_test, deliberatelyGetShaderGivesRoomForTheFileAndAZero) {
+    Stage stage;
+    std::filesystem::path const path = std::filesystem::path(testing::TempDir()) / "particles_contract.glsl";
+    std::ofstream(path, std::ios::binary) << "void main(){}";
+    Array<char> const text = stage.renderer.getShader(path.string().c_str());
+    EXPECT_EQ(text.size(), 14U);
+    EXPECT_EQ(text.capacity(), 14U);
+    EXPECT_EQ(text[13], 0);
+    std::filesystem::remove(path);
+    EXPECT_EQ(stage.renderer.getShader(path.string().c_str()).size(), 0U);
+}
+
+// == The memory rule ==
+
+TEST(Particles_RL_GL_v2_setup_contract_calls_test, theMemoryRuleComparesMegabytesLess25WithThePercentage) {
+    Particles const particles(50000);  // 1.14 MB
+    struct Row {
+        int freeKilobytes;
+        unsigned int ownKilobytes;
+        float percent;
+        bool fits;
+    };
+    for (Row const& row :
+         {Row{26 * 1024, 0, 100, false}, Row{26 * 1024 + 1023, 0, 100, false}, Row{27 * 1024, 0, 100, true},
+          Row{26 * 1024, 0, 50, true}, Row{25 * 1024, 2 * 1024, 100, true},
+          Row{25 * 1024, 2 * 1024 - 1, 100, false}, Row{25 * 1024, 0, 0, false}, Row{25 * 1024, 0, -1, true},
+          Row{PLENTY, 0, NOT_A_NUMBER, false}}) {
+        Stage stage(row.freeKilobytes);
+        stage.renderer.vboSizeKB = row.ownKilobytes;
+        gl_spy::Recording const recording;
+        EXPECT_EQ(stage.renderer.checkEnoughMemoryinGPU(particles.system, row.percent), row.fits)
+            << row.freeKilobytes << " " << row.ownKilobytes << " " << row.percent;
+        EXPECT_THAT(recording.texts(), ElementsAre(FREE));
+    }
+}
+
+TEST(Particles_RL_GL_v2_setup_contract_calls_test,
+     deliberatelyBelow25MegabytesTheMemoryRuleWrapsAndAnswersTrue) {
+    Particles const particles(50000);
+    EXPECT_TRUE(Stage(0).renderer.checkEnoughMemoryinGPU(particles.system, 100));
+    EXPECT_TRUE(Stage(25 * 1024 - 1).renderer.checkEnoughMemoryinGPU(particles.system, 100));
+}
+
+// == The index table ==
+
+TEST(Particles_RL_GL_v2_setup_contract_calls_test, theIndexTableIsTheShuffleSeededWithTheCount) {
+    Stage stage;
+    for (unsigned int const count : {2U, 3U, 10U, 1000U, CHUNK, 1U}) {
+        stage.renderer.initIndices(int(count));
+        EXPECT_EQ(stage.renderer.shuffledCount, count);
+        EXPECT_EQ(std::vector<unsigned short>(stage.renderer.shuffledIndices,
+                                              stage.renderer.shuffledIndices + count),
+                  shuffled(count));
+    }
+}
+
+TEST(Particles_RL_GL_v2_setup_contract_calls_test, theSameCountTwiceLeavesTheIndexTableAsItIs) {
+    Stage stage;
+    stage.renderer.initIndices(10);
+    stage.renderer.shuffledIndices[4] = 99;
+    stage.renderer.initIndices(10);
+    EXPECT_EQ(stage.renderer.shuffledIndices[4], 99);
+    stage.renderer.initIndices(11);
+    stage.renderer.initIndices(10);
+    EXPECT_EQ(stage.renderer.shuffledIndices[4], shuffled(10)[4]);
+}
+
+TEST(Particles_RL_GL_v2_setup_contract_calls_test, countsOfNoneAndOneDoNotRunBelowZero) {
+    Stage stage;
+    stage.renderer.initIndices(5);
+    stage.renderer.initIndices(0);
+    EXPECT_EQ(stage.renderer.shuffledCount, 0U);
+    stage.renderer.initIndices(1);
+    EXPECT_EQ(stage.renderer.shuffledIndices[0], 0);
+}
+
+// == The effects ==
+
+/// What the effects are told of the arguments, without what they say of their lights.
+Texts parametersOf(unsigned int mode) {
+    Texts const magnitudes{"maxMagnitude glUniform1fv {1.75}", "minMagnitude glUniform1fv {0.25}",
+                           "magnitudeScale glUniform1fv {1.5}"};
+    Texts const size{"size glUniform1fv {4}"};
+    Texts const ends{"minColor glUniform3fv {0.9, 0.1, 0.3}", "maxColor glUniform3fv {0.2, 0.8, 0.7}",
+                     "maxClampColor glUniform3fv {1, 0.5, 0.25}"};
+    return mode == Mode::ARROWS ? joined({magnitudes, ends, size}) : joined({magnitudes, size, ends});
+}
+
+TEST(Particles_RL_GL_v2_setup_contract_calls_test, eachModeMakesAndConfiguresItsOwnEffect) {
+    for (unsigned int const mode : {Mode::POINTS, Mode::SPHERES, Mode::ARROWS}) {
+        Stage stage;
+        stage.renderer.setRenderMode(Mode::type(mode));
+        gl_spy::Recording const recording;
+        stage.renderer.configure(Arguments{});
+        EXPECT_EQ(ownCalls(recording),
+                  joined({SOLID, mode == 1 ? Texts{SIZED} : Texts{}, {"glPushAttrib(0x6000)"}}));
+        Texts sent = uniformsSent(recording);
+        ASSERT_GE(sent.size(), 9U);
+        sent.erase(sent.begin(), sent.end() - 7);
+        EXPECT_EQ(sent, parametersOf(mode));
+        EXPECT_EQ(stage.renderer.pointShader != nullptr, mode == 1);
+        EXPECT_EQ(stage.renderer.sphereShader != nullptr, mode == 2);
+        EXPECT_EQ(stage.renderer.arrowShader != nullptr, mode == 3);
+        EXPECT_EQ(recording.count("glLinkProgram"), 1U);
+    }
+}
+
+TEST(Particles_RL_GL_v2_setup_contract_calls_test, aNewEffectIsCreatedAndThenTakenIntoUseBeforeItsPassOpens) {
+    Stage stage;
+    gl_spy::Recording const recording;
+    stage.renderer.configure(Arguments{});
+    Texts names;
+    for (gl_spy::Call const& call : recording.calls()) {
+        if (call.name == "glLinkProgram" || call.name == "glUseProgram" || call.name == "glPushAttrib")
+            names.push_back(call.name);
+    }
+    // create(), init(), then the dirty effect's own pass.
+    EXPECT_EQ(names, (Texts{"glLinkProgram", "glUseProgram", "glUseProgram", "glUseProgram", "glPushAttrib",
+                            "glUseProgram"}));
+}
+
+TEST(Particles_RL_GL_v2_setup_contract_calls_test,
+     theMagnitudeIsTheEffectsProcessTypeAndAnotherOneReplacesTheEffect) {
+    for (unsigned int const mode : {Mode::POINTS, Mode::SPHERES, Mode::ARROWS}) {
+        Stage stage;
+        stage.renderer.setRenderMode(Mode::type(mode));
+        auto const effect = [&]() -> Impostor_shader* {
+            return mode == 1   ? static_cast<Impostor_shader*>(stage.renderer.pointShader)
+                   : mode == 2 ? static_cast<Impostor_shader*>(stage.renderer.sphereShader)
+                               : static_cast<Impostor_shader*>(stage.renderer.arrowShader);
+        };
+        Arguments a;
+        Particles const particles(3);
+        for (unsigned int const magnitude : {0U, 1U, 2U, 3U, 4U, 5U, 7U}) {
+            a.magnitude = magnitude;
+            gl_spy::Recording recording;
+            stage.renderer.chunks(particles.system, a);
+            EXPECT_EQ(static_cast<unsigned int>(effect()->processType()), magnitude);
+            EXPECT_EQ(recording.count("glLinkProgram"), 1U);
+            EXPECT_EQ(recording.count("glDeleteProgram"), magnitude == 0 ? 0U : 1U);
+            recording.clear();
+            stage.renderer.chunks(particles.system, a);
+            EXPECT_EQ(recording.count("glLinkProgram"), 0U);
+        }
+    }
+}
+
+TEST(Particles_RL_GL_v2_setup_contract_calls_test, arrowsWithMagnitude6ConfigureThePointEffect) {
+    Stage stage;
+    stage.renderer.setRenderMode(Mode::ARROWS);
+    Arguments a;
+    a.magnitude = 6;
+    EXPECT_EQ(ownCallsOf([&] { stage.renderer.configure(a); }), OPENED_POINTS);
+    ASSERT_NE(stage.renderer.pointShader, nullptr);
+    EXPECT_EQ(static_cast<unsigned int>(stage.renderer.pointShader->processType()), 6U);
+    EXPECT_EQ(stage.renderer.arrowShader, nullptr);
+    EXPECT_EQ(stage.renderer.renderMode, 3U);
+}
+
+TEST(Particles_RL_GL_v2_setup_contract_calls_test,
+     deliberatelyArrowsWithMagnitude6CloseTheArrowEffectWhereThereIsOne) {
+    Particles const particles(3);
+    for (bool const hasArrows : {false, true}) {
+        Stage stage;
+        stage.renderer.setRenderMode(Mode::ARROWS);
+        Arguments a;
+        if (hasArrows)
+            stage.renderer.chunks(particles.system, a);
+        a.magnitude = 6;
+        for (bool const useChunks : {true, false, true}) {
+            gl_spy::Recording const recording;
+            if (useChunks)
+                stage.renderer.chunks(particles.system, a);
+            else
+                stage.renderer.vboEffect(particles.system, a);
+            EXPECT_EQ(recording.count("glPushAttrib"), 1U);
+            EXPECT_EQ(recording.count("glPopAttrib"), 1U);
+            EXPECT_EQ(recording.count("glUseProgramObjectARB"), 1U);
+            EXPECT_EQ(recording.texts().back(), "glPopAttrib()");
+        }
+        // A point effect that nobody has closed is still dirty, and sends everything again.
+        gl_spy::Recording const recording;
+        stage.renderer.chunks(particles.system, a);
+        EXPECT_EQ(uniformsSent(recording).empty(), !hasArrows);
+    }
+}
+
+TEST(Particles_RL_GL_v2_setup_contract_calls_test, deliberatelyAModeWithoutAnEffectLeavesTheFillingPushed) {
+    Particles const particles(3);
+    for (unsigned int const mode : {0U, 4U, NONE}) {
+        Stage stage;
+        stage.renderer.setRenderMode(Mode::type(mode));
+        Arguments const a;
+        EXPECT_EQ(callsOf([&] { stage.renderer.configure(a); }), SOLID);
+        EXPECT_EQ(callsOf([&] { stage.renderer.vboEffect(particles.system, a); }),
+                  joined({SOLID, {GENERATED}, grown(1, 3), uploaded(1, 3), drawnFromVbo(1, 3, {})}));
+        EXPECT_EQ(callsOf([&] { stage.renderer.chunks(particles.system, a); }),
+                  joined({SOLID, drawnChunk(arrays(3))}));
+        EXPECT_EQ(stage.layer.currentFillingFront(), FILLING_SOLID);
+        EXPECT_EQ(stage.layer.currentFillingBack(), FILLING_SOLID);
+    }
+}
+
+}  // namespace
+
+}  // namespace vellum
