@@ -91,9 +91,9 @@ TEST(OceanSpectrum, everyFieldIsTheSumOfItsWaves) {
     Complex const i(0, 1);
     for (auto const& [column, row] : {std::pair<int, int>{0, 0}, {5, 0}, {0, 9}, {31, 17}, {12, 30}}) {
         std::size_t const n = static_cast<std::size_t>(column + 32 * row);
-        auto const sum = [&](auto const& factor) {
-            return sumOfWaves(spectrum, 2.25, column * step, row * step, factor).real();
-        };
+        double const x = column * step;
+        double const z = row * step;
+        auto const sum = [&](auto const& factor) { return sumOfWaves(spectrum, 2.25, x, z, factor).real(); };
         EXPECT_NEAR(surface.height[n], sum([](double, double, double) { return Complex(1); }), 1e-4);
         EXPECT_NEAR(surface.alongX[n], sum([&](double kx, double, double k) { return i * kx / k; }), 1e-4);
         EXPECT_NEAR(surface.alongZ[n], sum([&](double, double kz, double k) { return i * kz / k; }), 1e-4);
