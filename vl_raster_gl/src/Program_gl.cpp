@@ -19,12 +19,18 @@ namespace vellum {
 namespace {
 
 constexpr GLsizei LOG_LENGTH = 4096;  // characters, with the terminating zero
+constexpr int LARGEST_SIZE = 4;       // of vectors and matrices
 constexpr std::size_t VALUE_BYTES = 4;
 static_assert(sizeof(int) == VALUE_BYTES && sizeof(float) == VALUE_BYTES, "uniforms are 32-bit values");
 
 }  // namespace
 
+// Sizes that GL does not have are never sent, so nothing is kept of their values: a size that is wrong does not
+// lead beyond the values that the caller has.
 std::size_t Program_gl::UNIFORM_PAIR::bytes(UNIFORM_TYPE const& type, int const& count, int const& size) {
+    if (size > LARGEST_SIZE) {
+        return 0;
+    }
     std::size_t const elements = static_cast<std::size_t>(count) * static_cast<std::size_t>(size);
     return VALUE_BYTES * (type == UNIFORM_MATRIX ? elements * elements : elements);
 }

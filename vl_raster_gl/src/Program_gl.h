@@ -41,7 +41,8 @@ public:
     /// program, the one that it is first given to, and is not to outlive it.
     class UniformKey {
     public:
-        explicit UniformKey(char const* name) : name(name) {}  ///< Keeps the pointer, not the text.
+        /// Keeps the pointer, not the text.
+        explicit UniformKey(char const* name) : name(name != nullptr ? name : "") {}
 
     private:
         friend class Program_gl;
@@ -90,9 +91,9 @@ public:
     // == Kept uniforms ==
     // Each keeps a copy of its values under the name and sends it at once while the program is enabled.
     // Setting a name again changes its type and length too; it keeps its place in the order of sending.
-    // Lengths below 0 and missing values are ignored.
-    // GL: glGetUniformLocation and the glUniform call of type and size, while enabled; nothing for sizes that
-    // GL does not have.
+    // Lengths below 0 and missing values are ignored. Sizes above 4, which GL does not have, read no values.
+    // GL: glGetUniformLocation and the glUniform call of type and size, while enabled; no glUniform call for
+    // sizes that GL does not have.
 
     void setUniform(char const* name, int x);
     void setUniform(char const* name, int x, int y);
