@@ -98,7 +98,7 @@ void main()
 }
 
 void setGeometryLayout(GeometryDialect const& dialect, GeometryLayout const& layout, Program_gl& program) {
-    if (dialect != GeometryDialect::EXT_SHADER4) {
+    if (dialect != GeometryDialect::EXT_SHADER4 || VL_Raster == nullptr) {
         return;
     }
     unsigned int const id = program.getId();

@@ -41,7 +41,8 @@ std::string geometryNames(GeometryDialect const& dialect);
 std::string geometryPassThrough(GeometryDialect const& dialect);
 
 /// Gives the layout to a program whose stages are attached, before it is linked.
-/// GL: programParameterI() for input, output and vertices, in the dialect of the extension; nothing in the other.
+/// GL: programParameterI() for input, output and vertices, in the dialect of the extension while there is a render
+/// layer; nothing in the other.
 void setGeometryLayout(GeometryDialect const& dialect, GeometryLayout const& layout, Program_gl& program);
 
 }  // namespace vellum
