@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Core_RL_GL.h"
+#include "Program_gl.h"
+#include "Shader_gl.h"
+#include "gl_spy/gl_spy.h"
+#include "glsl_calls.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+/// What the contract tests of stages and programs share.
+namespace vellum {
+
+class Shaders_contract_calls_test : public testing::Test {
+protected:
+    void SetUp() override { recording.clear(); }
+
+    /// Lets stages with this in their text fail.
+    void refuse(std::string const& part, std::string const& log) {
+        driver.shaderStatus(
+            false, log, [part](std::string const& source) { return source.find(part) != std::string::npos; });
+    }
+
+    std::string textOfLast() const {
+        std::vector<gl_spy::Call> const sources = recording.named("glShaderSource");
+        return sources.empty() ? "none" : sources.back().strings.at(0);
+    }
+
+    gl_spy::Script driver = gl_spy::drivers::geometryShader4();
+    Core_RL_GL layer;
+    gl_spy::Recording recording;
+};
+
+class Program_gl_contract_calls_test : public Shaders_contract_calls_test {
+protected:
+    void SetUp() override {
+        vertex->addDefinition("#define A");
+        vertex->loadShaderSource(VERTEX_STAGE, "v", false);      // 1, and 2 with A
+        geometry->loadShaderSource(GEOMETRY_STAGE, "g", false);  // 3
+        fragment->loadShaderSource(FRAGMENT_STAGE, "f", false);  // 4
+        recording.clear();
+    }
+
+    /// Programs are made after the stages.
+    static constexpr unsigned int PROGRAM = 5;
+
+    /// The calls since the last time.
+    Texts calls() {
+        Texts const texts = callsOf(recording);
+        recording.clear();
+        return texts;
+    }
+
+    void attachAndEnable() {
+        program->attach(vertex.get(), nullptr, fragment.get());
+        program->enable(true);
+        recording.clear();
+    }
+
+    std::unique_ptr<Shader_gl> vertex = std::make_unique<Shader_gl>();
+    std::unique_ptr<Shader_gl> geometry = std::make_unique<Shader_gl>();
+    std::unique_ptr<Shader_gl> fragment = std::make_unique<Shader_gl>();
+    std::unique_ptr<Program_gl> program = std::make_unique<Program_gl>();
+};
+
+}  // namespace vellum
