@@ -83,8 +83,9 @@ TEST_F(Shader_gl_contract_calls_test, aNewStageIsEmpty) {
 }
 
 TEST_F(Shader_gl_contract_calls_test, definitionsGiveTheBitsOfMasksAndCompileNothing) {
-    for (unsigned int bit = 0; bit < 32; ++bit)
+    for (unsigned int bit = 0; bit < 32; ++bit) {
         EXPECT_EQ(stage.addDefinition("#define A"), 1U << bit);
+    }
     EXPECT_EQ(stage.getID(0), 0U);
     EXPECT_THAT(recording.texts(), IsEmpty());
 }
@@ -113,8 +114,9 @@ TEST_F(Shader_gl_contract_calls_test, twoDefinitionsMakeFourVariants) {
 }
 
 TEST_F(Shader_gl_contract_calls_test, linesOfAVariantStandInTheOrderOfTheirBits) {
-    for (char const* line : {"C", "", "a\nb", "#define D"})
+    for (char const* line : {"C", "", "a\nb", "#define D"}) {
         stage.addDefinition(line);
+    }
     EXPECT_TRUE(stage.loadShaderSource(GEOMETRY_STAGE, "", false));
     std::vector<gl_spy::Call> const sources = recording.named("glShaderSource");
     ASSERT_EQ(sources.size(), 16U);
@@ -147,8 +149,9 @@ TEST_F(Shader_gl_contract_calls_test, deliberateASecondLoadLeavesTheFormerObject
 }
 
 TEST_F(Shader_gl_contract_calls_test, millionsOfVariantsAreRefused) {
-    for (unsigned int i = 0; i < 40; ++i)
+    for (unsigned int i = 0; i < 40; ++i) {
         stage.addDefinition("#define A");
+    }
     EXPECT_FALSE(stage.loadShaderSource(VERTEX_STAGE, "text", false));
     EXPECT_EQ(stage.getID(0), 0U);
     EXPECT_THAT(recording.texts(), IsEmpty());
@@ -372,8 +375,9 @@ TEST(PassThrough_contract_test, vertexStage) {
     for (char const* part :
          {"main", "gl_Position", "ftransform()", "gl_TexCoord[0]", "gl_MultiTexCoord0", "gl_TexCoord[1]",
           "gl_MultiTexCoord1", "gl_TexCoord[2]", "gl_MultiTexCoord2", "gl_FrontColor", "gl_Color",
-          "gl_FrontSecondaryColor", "gl_SecondaryColor", "gl_FogFragCoord", "gl_FogCoord"})
+          "gl_FrontSecondaryColor", "gl_SecondaryColor", "gl_FogFragCoord", "gl_FogCoord"}) {
         EXPECT_THAT(text, HasSubstr(part));
+    }
 }
 
 TEST(PassThrough_contract_test, geometryStage) {
@@ -381,8 +385,9 @@ TEST(PassThrough_contract_test, geometryStage) {
     EXPECT_THAT(text, StartsWith("#version 120\n#extension GL_EXT_geometry_shader4 : enable\n"));
     for (char const* part : {"gl_VerticesIn", "gl_PositionIn[i]", "gl_TexCoordIn[i][0]", "gl_TexCoord[0]",
                              "gl_FrontColorIn[i]", "gl_BackColorIn[i]", "gl_FrontSecondaryColorIn[i]",
-                             "gl_BackSecondaryColorIn[i]", "gl_FogFragCoordIn[i]"})
+                             "gl_BackSecondaryColorIn[i]", "gl_FogFragCoordIn[i]"}) {
         EXPECT_THAT(text, HasSubstr(part));
+    }
     std::size_t const emit = text.find("EmitVertex()");
     std::size_t const end = text.find("EndPrimitive()");
     ASSERT_NE(emit, std::string::npos);

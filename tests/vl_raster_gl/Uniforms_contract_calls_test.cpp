@@ -108,8 +108,9 @@ TEST_F(Program_gl_uniforms_contract_calls_test, sizesThatGlDoesNotHaveSendNothin
     std::array<float, 25> const five{};
     program->setUniformMatrix("m5", 5, five.data());
     program->enable(true);
-    for (std::string const& text : calls())
+    for (std::string const& text : calls()) {
         EXPECT_THAT(text, Not(StartsWith("glUniform")));
+    }
 }
 
 TEST_F(Program_gl_uniforms_contract_calls_test, uniformsSetBeforeAreSentOnEnablingAndLaterOnesAtOnce) {
@@ -255,8 +256,9 @@ TEST_F(Program_gl_uniforms_contract_calls_test, sizesThatGlDoesNotHaveReadNoValu
     program->setUniform("f", HUGE_SIZE, HUGE_SIZE, floats.data());
     program->setUniformMatrix("m", HUGE_SIZE, floats.data());
     program->enable(true);
-    for (std::string const& text : calls())
+    for (std::string const& text : calls()) {
         EXPECT_THAT(text, Not(StartsWith("glUniform")));
+    }
 }
 
 TEST_F(Program_gl_uniforms_contract_calls_test, aMissingNameIsTheEmptyOne) {

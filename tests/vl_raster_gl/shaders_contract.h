@@ -50,7 +50,7 @@ protected:
 
     /// The calls since the last time.
     Texts calls() {
-        Texts const texts = callsOf(recording);
+        Texts texts = callsOf(recording);
         recording.clear();
         return texts;
     }

@@ -222,8 +222,9 @@ TEST_F(Effects_contract_calls_test, constantsAreUniforms) {
         effect.setShaderConstant("i", Mesh_RL_Shader::CONSTANT_INT, size, integers.data());
         effect.setShaderConstant("f", Mesh_RL_Shader::CONSTANT_FLOAT, size, floats.data());
     }
-    for (unsigned int order = 2; order <= 3; ++order)
+    for (unsigned int order = 2; order <= 3; ++order) {
         effect.setShaderConstant("m", Mesh_RL_Shader::CONSTANT_MATRIX, order, floats.data());
+    }
     effect.setShaderConstant("m", static_cast<Mesh_RL_Shader::UNIFORM_TYPE>(3), 2, floats.data());
     EXPECT_THAT(uniformsSent(recording),
                 ElementsAre("i glUniform1iv {1}", "f glUniform1fv {1}", "i glUniform2iv {1, 2}",
@@ -250,8 +251,9 @@ TEST_F(Effects_contract_calls_test, constantsWithBadSizesAreNotSent) {
     recording.clear();
     float value = 7;
     for (unsigned int const size : {0U, 5U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
-        for (unsigned int const type : {0U, 1U, 2U, 99U})
+        for (unsigned int const type : {0U, 1U, 2U, 99U}) {
             effect.setShaderConstant("u", static_cast<Mesh_RL_Shader::UNIFORM_TYPE>(type), size, &value);
+        }
     }
     effect.setShaderConstant("u", Mesh_RL_Shader::CONSTANT_FLOAT, 1, nullptr);
     EXPECT_THAT(uniformsSent(recording), IsEmpty());
@@ -406,8 +408,9 @@ TEST(Effects_contract_test, powersOfTwo) {
                                                                             {65537, 131072},
                                                                             {-1, 0},
                                                                             {-1000, 0},
-                                                                            {1 << 30, 1 << 30}})
+                                                                            {1 << 30, 1 << 30}}) {
         EXPECT_EQ(Base_shader::nextHighestPowerOf2(pair.first), pair.second) << pair.first;
+    }
 }
 
 TEST_F(Effects_contract_calls_test, deliberateFramebuffersAreCopiedBeyondTheViewport) {

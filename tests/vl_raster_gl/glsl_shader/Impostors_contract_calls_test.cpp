@@ -63,12 +63,15 @@ protected:
     static Texts stagesMade(std::array<unsigned int, 3> const& stages, Texts const& texts, bool isFirst) {
         Texts all = joined({variantMade(stages[0], "GL_VERTEX_SHADER", texts.at(0)),
                             variantMade(stages[1], "GL_FRAGMENT_SHADER", texts.at(1))});
-        if (!IS_POINT)
+        if (!IS_POINT) {
             all = joined({all, variantMade(stages[2], "GL_GEOMETRY_SHADER_EXT", texts.at(2))});
-        if (isFirst)
+        }
+        if (isFirst) {
             all.emplace_back("glCreateProgram()");
-        for (unsigned int i = 0; i < (IS_POINT ? 2 : 3); ++i)
+        }
+        for (unsigned int i = 0; i < (IS_POINT ? 2 : 3); ++i) {
             all.push_back(paired("glAttachShader", PROGRAM, stages.at(i)));
+        }
         if (!IS_POINT) {
             std::string const output = std::string(", GL_GEOMETRY_OUTPUT_TYPE_EXT, ") + Kind<Effect>::OUTPUT;
             all.push_back(inProgram("glProgramParameteriEXT(", ", GL_GEOMETRY_INPUT_TYPE_EXT, GL_POINTS)"));
@@ -90,13 +93,15 @@ protected:
     static Texts opened(unsigned int lightCount) {
         Texts all{"glPushAttrib(0x6000)", "glDisable(GL_TEXTURE_2D)", "glDisable(GL_TEXTURE_3D)",
                   "glEnable(GL_LIGHTING)"};
-        for (unsigned int i = 0; i < lightCount; ++i)
+        for (unsigned int i = 0; i < lightCount; ++i) {
             all.push_back("glEnable(GL_LIGHT" + std::to_string(i) + ")");
+        }
         all = joined({all,
                       {"glColor4f(1, 1, 1, 1)", "glEnable(GL_BLEND)",
                        "glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA)"}});
-        if (IS_ARROW)
+        if (IS_ARROW) {
             all.emplace_back("glLineWidth(2)");
+        }
         return joined({all, {"glGetIntegerv(GL_VIEWPORT, pointer)", programUsed()}});
     }
 
@@ -124,13 +129,15 @@ protected:
         send("maxMagnitude", "glUniform1fv", values.maxMagnitude);
         send("minMagnitude", "glUniform1fv", values.minMagnitude);
         send("magnitudeScale", "glUniform1fv", values.magnitudeScale);
-        if (!IS_ARROW)
+        if (!IS_ARROW) {
             send("size", "glUniform1fv", values.size);
+        }
         send("minColor", "glUniform3fv", values.minColor);
         send("maxColor", "glUniform3fv", values.maxColor);
         send("maxClampColor", "glUniform3fv", values.maxClampColor);
-        if (IS_ARROW)
+        if (IS_ARROW) {
             send("size", "glUniform1fv", values.size);
+        }
         return all;
     }
 
@@ -278,8 +285,9 @@ TYPED_TEST(Impostors_contract_calls_test, theProgramIsDeletedBeforeTheStages) {
         this->recording.clear();
     }
     Texts deleted{Test::inProgram("glDeleteProgram(", ")"), "glDeleteShader(1)", "glDeleteShader(2)"};
-    if (!this->IS_POINT)
+    if (!this->IS_POINT) {
         deleted.emplace_back("glDeleteShader(3)");
+    }
     EXPECT_EQ(this->calls(), deleted);
     EXPECT_EQ(this->driver.liveObjects(), 0U);
 }
@@ -474,12 +482,14 @@ TYPED_TEST(Impostors_contract_calls_test, processTypesChooseTheVertexStage) {
     std::vector<std::string> texts;
     for (unsigned int type = 0; type < 5; ++type) {
         texts.push_back(this->vertexText(type));
-        for (unsigned int other = 0; other < type; ++other)
+        for (unsigned int other = 0; other < type; ++other) {
             EXPECT_NE(texts[type], texts[other]) << type << " and " << other;
+        }
     }
     // Deliberate: types above 4 are the length for two of the effects, and the constant colour for the third.
-    for (unsigned int const type : {5U, 7U, 0xFFFFFFFFU})
+    for (unsigned int const type : {5U, 7U, 0xFFFFFFFFU}) {
         EXPECT_EQ(this->vertexText(type), texts[this->IS_ARROW ? 4 : 0]) << type;
+    }
 }
 
 TYPED_TEST(Impostors_contract_calls_test, vertexStagesHaveTheirUniforms) {
@@ -489,8 +499,9 @@ TYPED_TEST(Impostors_contract_calls_test, vertexStagesHaveTheirUniforms) {
         for (char const* part :
              {"uniform float maxMagnitude;", "uniform float minMagnitude;", "uniform float magnitudeScale;",
               "uniform vec3 minColor;", "uniform vec3 maxColor;", "uniform vec3 maxClampColor;", "1.0e-14",
-              "gl_TexCoord[0] = gl_MultiTexCoord0;"})
+              "gl_TexCoord[0] = gl_MultiTexCoord0;"}) {
             EXPECT_THAT(text, HasSubstr(part));
+        }
         EXPECT_EQ(text.find("uniform float size;") == std::string::npos, this->IS_ARROW);
         // Deliberate: a full rate has the clamp colour for arrows only.
         EXPECT_THAT(text, HasSubstr(this->IS_ARROW ? "rate < 1.0" : "rate > 1.0"));

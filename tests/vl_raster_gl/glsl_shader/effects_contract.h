@@ -56,7 +56,7 @@ protected:
 
     /// The calls since the last time.
     Texts calls() {
-        Texts const texts = callsOf(recording);
+        Texts texts = callsOf(recording);
         recording.clear();
         return texts;
     }
