@@ -417,6 +417,19 @@ TEST(Particles_RL_GL_v2_contract_calls_test, anUnknownTypeIsToldWithoutALineEnd)
     EXPECT_EQ(errorsOf([&] { stage.renderer.memory(particles.system, a); }), "");
 }
 
+TEST(Particles_RL_GL_v2_contract_calls_test, deliberatelyAnUnknownTypeIsToldForEveryParticleOfABuffer) {
+    Particles const particles(2);
+    Arguments a;
+    a.channel = particles.odd;
+    Stage stage;
+    std::string const twice = std::string(UNKNOWN_TYPE) + UNKNOWN_TYPE;
+    EXPECT_EQ(errorsOf([&] { stage.renderer.vbo(particles.system, a); }), twice);
+    EXPECT_EQ(errorsOf([&] { stage.renderer.memory(particles.system, a); }), twice);
+    EXPECT_EQ(errorsOf([&] { stage.renderer.vboEffect(particles.system, a); }), twice);
+    a.percent = 50;
+    EXPECT_EQ(errorsOf([&] { stage.renderer.vbo(particles.system, a); }), UNKNOWN_TYPE);
+}
+
 TEST(Particles_RL_GL_v2_contract_calls_test, aChannelThatDoesNotExistIsOfAnUnknownType) {
     Particles const particles(40);
     Arguments a;

@@ -503,7 +503,8 @@ void Particles_RL_GL_v2::_closeEffect() {
 
 void Particles_RL_GL_v2::_fill(BufferFilling const& filling, float* records) const {
     ParticleChannelKind const kind = kindOf(filling.channel, filling.system.findChannel(filling.channel));
-    if (kind == ParticleChannelKind::UNKNOWN && filling.thinning.target() != 0) {
+    // Deliberate: every particle says so, as each looks its colour up.
+    for (unsigned int i = 0; kind == ParticleChannelKind::UNKNOWN && i < filling.thinning.target(); ++i) {
         reportUnknownType();
     }
     writeParticleRecords(filling.system, filling.channel, filling.colours(kind, filling.look),

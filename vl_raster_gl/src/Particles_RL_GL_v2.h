@@ -122,7 +122,7 @@ public:
     /// \param pointSize pixels; for an effect its size.
     /// \param channel the channel that gives the magnitude; ParticleChannel_v2::NONE for none. For a channel
     ///        of an unknown type a message goes to the standard error stream, without a line end: once for
-    ///        each filling of a buffer, once for each chunk where chunks are drawn.
+    ///        each particle that is written into a buffer, once for each chunk where chunks are drawn.
     /// \param percent of the particles, 0 to 100. Below 0 and not a number draw none, above 100 draws all.
     /// GL: getFreeGpuMemory, checkShaderSupport, then that of the way.
     /// State: the point size; that of the effect.
