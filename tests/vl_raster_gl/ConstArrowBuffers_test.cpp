@@ -1,57 +1,13 @@
 #include "Core_RL_GL.h"
+#include "counted_memory.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cmath>
-#include <cstdlib>
+#include <cstddef>
 #include <limits>
-#include <new>
 
 // The arrays of prebuilt arrows. Nothing here needs GL: neither the constructor nor the filling makes a call.
-
-namespace {
-
-std::atomic<std::size_t> allocations{0};
-
-void* counted(std::size_t size) {
-    ++allocations;
-    void* const memory = std::malloc(size == 0 ? 1 : size);
-    if (memory == nullptr)
-        throw std::bad_alloc();
-    return memory;
-}
-
-}  // namespace
-
-// The arrays take their storage from array new; the program's replacement serves the shared libraries too.
-// The forms without exceptions go along: a sanitizer checks that what one family gives the same family takes.
-void* operator new(std::size_t size) {
-    return counted(size);
-}
-void* operator new[](std::size_t size) {
-    return counted(size);
-}
-void* operator new(std::size_t size, std::nothrow_t const&) noexcept {
-    ++allocations;
-    return std::malloc(size == 0 ? 1 : size);
-}
-void* operator new[](std::size_t size, std::nothrow_t const&) noexcept {
-    ++allocations;
-    return std::malloc(size == 0 ? 1 : size);
-}
-void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-void operator delete[](void* memory) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
-void operator delete[](void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
 
 namespace vellum {
 
@@ -311,28 +267,28 @@ TEST_F(ConstArrowBuffers_test, allocatesOnlyWhereACapacityIsTooSmall) {
     Array<Vector3<float>> const directions{{1, 0, 0}, {0, 1, 0}};
     Array<Color4<float>> const colours{{1, 0, 0, 1}};
 
-    std::size_t before = allocations;
+    std::size_t before = counted_memory::allocations();
     create(positions, directions, colours);
-    EXPECT_EQ(allocations - before, 5U) << "one for each output";
+    EXPECT_EQ(counted_memory::allocations() - before, 5U) << "one for each output";
 
-    before = allocations;
+    before = counted_memory::allocations();
     create(positions, directions, colours);
-    EXPECT_EQ(allocations - before, 0U) << "the same again";
+    EXPECT_EQ(counted_memory::allocations() - before, 0U) << "the same again";
 
     // One output that is too small is the only one to grow.
     out.quads.reserve(7, true);
     void const* const vertices = out.vertices.data();
-    before = allocations;
+    before = counted_memory::allocations();
     create(positions, directions, colours);
-    EXPECT_EQ(allocations - before, 1U);
+    EXPECT_EQ(counted_memory::allocations() - before, 1U);
     EXPECT_EQ(out.quads.capacity(), 8U);
     EXPECT_EQ(out.vertices.data(), vertices);
 
     // A larger capacity is left as it is.
     out.lines.reserve(100, true);
-    before = allocations;
+    before = counted_memory::allocations();
     create(positions, directions, colours);
-    EXPECT_EQ(allocations - before, 0U);
+    EXPECT_EQ(counted_memory::allocations() - before, 0U);
     EXPECT_EQ(out.lines.capacity(), 100U);
     expectSizes(2);
 }
@@ -353,7 +309,7 @@ TEST_F(ConstArrowBuffers_test, basicPrimitivesAllocateNothing) {
     Vector3<float> const b{4, 5, 6};
     Vector3<float> const c{7, 8, 10};
     Box3<float> const box{{0, 0, 0}, {1, 1, 1}};
-    std::size_t const before = allocations;
+    std::size_t const before = counted_memory::allocations();
     core.renderSegment2({0, 0}, {1, 1});
     core.renderSegment3(a, b);
     core.renderSegmentStipple3(a, b);
@@ -377,7 +333,7 @@ TEST_F(ConstArrowBuffers_test, basicPrimitivesAllocateNothing) {
     core.renderEllipse3(a, b, c);
     core.renderEllipse3_XY(a, 1, 2);
     core.renderArrow3(a, b, 1, true);
-    EXPECT_EQ(allocations - before, 0U);
+    EXPECT_EQ(counted_memory::allocations() - before, 0U);
 }
 
 }  // namespace vellum

@@ -41,6 +41,7 @@ Point operator+(Point const& a, Point const& b) {
 Point operator*(double s, Point const& a) {
     return {s * a[0], s * a[1], s * a[2]};
 }
+
 // == Normals ==
 
 TEST_F(Mesh_RL_GL_contract_calls_test, vertexNormalsStandOnThePositionsOfTheSameIndex) {

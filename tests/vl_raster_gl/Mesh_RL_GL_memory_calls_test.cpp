@@ -1,6 +1,7 @@
 #include "Mesh_RL_GL.h"
 
 #include "Core_RL_GL.h"
+#include "counted_memory.h"
 #include "foundation/geometry/Mesh.h"
 #include "foundation/geometry/Vector2.h"
 #include "foundation/geometry/mesh_shapes.h"
@@ -9,88 +10,12 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <cstdlib>
-#include <new>
-
-#include <malloc.h>
 
 #include "gl_api.h"
 
 // A mesh of a million triangles takes its buffers and the list of its edges, and no frame takes more than the
-// one before. This file replaces the global operators of the test program by ones that count; what the
-// recording OpenGL keeps of a buffer is counted too, and has the size of the buffer.
-
-namespace {
-
-std::size_t liveBytes = 0;
-std::size_t peakBytes = 0;
-std::size_t allocations = 0;
-std::size_t largeAllocations = 0;
-
-// What the recording of a call takes stays below.
-constexpr std::size_t LARGE = 4096;
-
-// Not inlined: the compiler would take the mixing of operators and C functions, which is meant, for a mistake.
-[[gnu::noinline]] void* allocate(std::size_t const size) {
-    void* const memory = std::malloc(size != 0 ? size : 1);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    std::size_t const usable = malloc_usable_size(memory);
-    liveBytes += usable;
-    if (liveBytes > peakBytes) {
-        peakBytes = liveBytes;
-    }
-    ++allocations;
-    if (usable >= LARGE) {
-        ++largeAllocations;
-    }
-    return memory;
-}
-
-[[gnu::noinline]] void release(void* const memory) noexcept {
-    if (memory != nullptr) {
-        liveBytes -= malloc_usable_size(memory);
-        std::free(memory);
-    }
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-    return allocate(size);
-}
-void* operator new[](std::size_t size) {
-    return allocate(size);
-}
-void* operator new(std::size_t size, std::nothrow_t const&) noexcept {
-    try {
-        return allocate(size);
-    } catch (std::bad_alloc const&) {
-        return nullptr;
-    }
-}
-void* operator new[](std::size_t size, std::nothrow_t const&) noexcept {
-    return operator new(size, std::nothrow);
-}
-void operator delete(void* memory) noexcept {
-    release(memory);
-}
-void operator delete[](void* memory) noexcept {
-    release(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-    release(memory);
-}
-void operator delete[](void* memory, std::size_t) noexcept {
-    release(memory);
-}
-void operator delete(void* memory, std::nothrow_t const&) noexcept {
-    release(memory);
-}
-void operator delete[](void* memory, std::nothrow_t const&) noexcept {
-    release(memory);
-}
+// one before. What the recording OpenGL keeps of a buffer is counted too, and has the size of the buffer; what it
+// keeps of a call is never a large block.
 
 namespace vellum {
 
@@ -119,12 +44,12 @@ protected:
     }
 
     /// Starts a measurement of what is added to the memory in use.
-    void mark() {
-        marked = liveBytes;
-        peakBytes = liveBytes;
+    void mark() { marked = counted_memory::markHeld(); }
+    std::size_t added() const {
+        std::size_t const held = counted_memory::held();
+        return held > marked ? held - marked : 0;
     }
-    std::size_t added() const { return liveBytes > marked ? liveBytes - marked : 0; }
-    std::size_t addedAtMost() const { return peakBytes - marked; }
+    std::size_t addedAtMost() const { return counted_memory::mostHeld() - marked; }
 
     void drawAll() {
         renderer.render();
@@ -171,7 +96,7 @@ TEST_F(Mesh_RL_GL_memory_calls_test, aMillionTrianglesTakeTheirBuffersAndTheEdge
 TEST_F(Mesh_RL_GL_memory_calls_test, nothingGrowsFromFrameToFrame) {
     drawAll();
     mark();
-    std::size_t const largeBefore = largeAllocations;
+    std::size_t const largeBefore = counted_memory::largeAllocations();
     for (int frame = 0; frame < 3; ++frame) {
         drawAll();
     }
@@ -182,19 +107,19 @@ TEST_F(Mesh_RL_GL_memory_calls_test, nothingGrowsFromFrameToFrame) {
         drawAll();
     }
     EXPECT_EQ(added(), 0U) << "frames that refill every buffer in place";
-    EXPECT_EQ(largeAllocations, largeBefore) << "not even for a while";
+    EXPECT_EQ(counted_memory::largeAllocations(), largeBefore) << "not even for a while";
 }
 
 TEST_F(Mesh_RL_GL_memory_calls_test, aStaticFrameAllocatesNothingOfItsOwn) {
     renderer.render();
     renderer.render();  // whatever the recording OpenGL keeps is there now
 
-    std::size_t const beforeLibrary = allocations;
+    std::size_t const beforeLibrary = counted_memory::allocations();
     renderer.render();
-    std::size_t const byLibrary = allocations - beforeLibrary;
+    std::size_t const byLibrary = counted_memory::allocations() - beforeLibrary;
 
     // The same calls by hand take what the recording of a call takes.
-    std::size_t const beforeHand = allocations;
+    std::size_t const beforeHand = counted_memory::allocations();
     glEnableClientState(GL_VERTEX_ARRAY);
     glEnableClientState(GL_NORMAL_ARRAY);
     glBindBuffer(GL_ARRAY_BUFFER, 2);
@@ -205,7 +130,7 @@ TEST_F(Mesh_RL_GL_memory_calls_test, aStaticFrameAllocatesNothingOfItsOwn) {
     glBindBuffer(GL_ARRAY_BUFFER, 0);
     glDisableClientState(GL_NORMAL_ARRAY);
     glDisableClientState(GL_VERTEX_ARRAY);
-    std::size_t const byHand = allocations - beforeHand;
+    std::size_t const byHand = counted_memory::allocations() - beforeHand;
 
     EXPECT_EQ(byLibrary, byHand);
 }

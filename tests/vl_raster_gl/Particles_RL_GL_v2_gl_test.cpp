@@ -1,70 +1,20 @@
 #include "Particles_RL_GL_v2.h"
 
 #include "Core_RL_GL.h"
+#include "counted_memory.h"
 #include "foundation/geometry/ParticleSystem_v2.h"
 #include "gl_spy/GlTest.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cmath>
-#include <cstdlib>
-#include <new>
+#include <cstddef>
 #include <string>
 #include <vector>
 
 #include "gl_api.h"
 
-#include <malloc.h>
-
-// Steady frames must take no memory, and drawing little. This file replaces the global operators of the test program by ones that
-// count.
-
-namespace {
-
-std::atomic<unsigned int> allocations{0};
-std::atomic<std::size_t> held{0};      // bytes that malloc really sets aside
-std::atomic<std::size_t> mostHeld{0};  // at any time
-
-// Not inlined: the compiler would take the mixing of operators and C functions, which is meant, for a mistake.
-[[gnu::noinline]] void* allocate(std::size_t const size) {
-    ++allocations;
-    void* const memory = std::malloc(size != 0 ? size : 1);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    std::size_t const now = held += malloc_usable_size(memory);
-    if (now > mostHeld) {
-        mostHeld = now;  // the thread of the test is the one that counts
-    }
-    return memory;
-}
-
-[[gnu::noinline]] void release(void* const memory) noexcept {
-    held -= memory != nullptr ? malloc_usable_size(memory) : 0;
-    std::free(memory);
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-    return allocate(size);
-}
-void* operator new[](std::size_t size) {
-    return allocate(size);
-}
-void operator delete(void* memory) noexcept {
-    release(memory);
-}
-void operator delete[](void* memory) noexcept {
-    release(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-    release(memory);
-}
-void operator delete[](void* memory, std::size_t) noexcept {
-    release(memory);
-}
+// Steady frames must take no memory, and drawing little.
 
 namespace vellum {
 namespace {
@@ -210,7 +160,7 @@ TEST_P(Particles_RL_GL_v2_gl_test, steadyFramesTakeNoMemory) {
         draw(true);
         draw(false);
     }
-    unsigned int const before = allocations;
+    std::size_t const before = counted_memory::allocations();
     for (int frame = 0; frame < 5; ++frame) {
         draw(true);
         draw(false);
@@ -219,7 +169,7 @@ TEST_P(Particles_RL_GL_v2_gl_test, steadyFramesTakeNoMemory) {
         draw(true);
     }
     // Drivers allocate with malloc, not with the operators.
-    EXPECT_EQ(allocations, before);
+    EXPECT_EQ(counted_memory::allocations(), before);
 }
 
 class Particles_RL_GL_v2_memory_gl_test : public gl_spy::GlTest {};
@@ -242,15 +192,14 @@ TEST_F(Particles_RL_GL_v2_memory_gl_test, drawingFromChunksTakesATwentiethMoreTh
     few.addParticles(10);
     draw(few, 100);  // the driver compiles the effect now
 
-    std::size_t const before = held;
-    mostHeld = before;
+    std::size_t const before = counted_memory::markHeld();
     ParticleSystem_v2 system;
     addChannels(system);
     system.addParticles(PARTICLES);
     for (float const percent : {100.0F, 40.0F, 100.0F}) {
         draw(system, percent);
     }
-    std::size_t const taken = mostHeld - before;
+    std::size_t const taken = counted_memory::mostHeld() - before;
     EXPECT_GE(taken, std::size_t{28} * PARTICLES) << "the count of bytes is wrong";
     EXPECT_LE(static_cast<double>(taken), 1.05 * 29 * PARTICLES);
     particles.clear();
