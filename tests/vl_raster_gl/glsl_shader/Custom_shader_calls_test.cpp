@@ -2,11 +2,10 @@
 
 #include "Core_RL_GL.h"
 #include "Shader_gl.h"
-#include "foundation/image/picture_files.h"
 #include "gl_spy/gl_spy.h"
-#include "viewport/TemporaryFolder.h"
 #include "vl_raster_gl/StreamCapture.h"
 #include "vl_raster_gl/glsl_shader/effect_calls.h"
+#include "vl_raster_gl/glsl_shader/effect_fixtures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -35,30 +34,11 @@ constexpr int WRONG_INDICES[] = {-1, 10, 11, INT_MAX, INT_MIN};
 
 // Under the script the first names are: textures 1 to 8, fragment stage 9, vertex stage 10, and, without a
 // geometry stage, program 11.
-class Custom_shader_calls_test : public testing::Test {
+class Custom_shader_calls_test : public Textured_effect_calls_test {
 protected:
-    Custom_shader_calls_test() {
-        glViewport(0, 0, 1000, 600);
-        picture_files::writePng(picture, {4, 4}, [](auto, auto, auto) { return 200U; });
-        recording.clear();
-    }
-    ~Custom_shader_calls_test() override { VL_Raster = nullptr; }
-
-    bool isSent(Custom_shader& effect) {
-        recording.clear();
-        runPass(effect);
-        return recording.count("glUniform1fv") != 0;
-    }
-
     VL_String path(std::string const& name, std::string const& text) const {
         return folder.write(name, text).c_str();
     }
-
-    gl_spy::Script driver = gl_spy::drivers::gl21();
-    Core_RL_GL layer;
-    TemporaryFolder folder;
-    std::string picture = folder.file("picture.png");
-    gl_spy::Recording recording;
 };
 
 // == Life ==
@@ -417,26 +397,26 @@ TEST_F(Custom_shader_calls_test, aPendingErrorIsTakenAndItsTextDropped) {
 TEST_F(Custom_shader_calls_test, onlyADifferentValueMakesTheEffectDirty) {
     Custom_shader effect;
     runPass(effect);
-    EXPECT_FALSE(isSent(effect));
+    EXPECT_FALSE(isSent(effect, recording));
     effect.setFloatVar(0, 9);
     effect.setVec3Var({0, 0, 0}, 9);
     effect.setVec4Var({0, 0, 0, 0}, 9);
     effect.setBaseColor({0, 0, 0, 1});
     effect.setNLights(1);
-    EXPECT_FALSE(isSent(effect)) << "the same values";
+    EXPECT_FALSE(isSent(effect, recording)) << "the same values";
     effect.setFloatVar(1, 9);
     effect.setFloatVar(1, 9);
-    EXPECT_TRUE(isSent(effect)) << "the second call does not take it back";
+    EXPECT_TRUE(isSent(effect, recording)) << "the second call does not take it back";
     for (Vector3<float> const& value : {Vector3<float>{1, 0, 0}, {1, 1, 0}, {1, 1, 1}}) {
         effect.setVec3Var(value, 0);
-        EXPECT_TRUE(isSent(effect)) << "one component";
+        EXPECT_TRUE(isSent(effect, recording)) << "one component";
     }
     effect.setVec4Var({0, 0, 0, 1}, 0);
-    EXPECT_TRUE(isSent(effect));
+    EXPECT_TRUE(isSent(effect, recording));
     effect.setBaseColor({0, 0, 0, 0});
-    EXPECT_TRUE(isSent(effect));
+    EXPECT_TRUE(isSent(effect, recording));
     effect.setNLights(2);
-    EXPECT_TRUE(isSent(effect));
+    EXPECT_TRUE(isSent(effect, recording));
 }
 
 TEST_F(Custom_shader_calls_test, variablesAreReadBackAsValuesAndThroughPointers) {
@@ -477,7 +457,7 @@ TEST_F(Custom_shader_calls_test, wrongIndicesAreIgnored) {
         EXPECT_EQ(effect.refTexturePath(index), VL_String()) << "what was written is gone";
     }
     EXPECT_THAT(recording.texts(), IsEmpty());
-    EXPECT_FALSE(isSent(effect)) << "nothing has become dirty";
+    EXPECT_FALSE(isSent(effect, recording)) << "nothing has become dirty";
 }
 
 TEST_F(Custom_shader_calls_test, valuesThatAreNoNumbersAreSent) {
@@ -491,7 +471,7 @@ TEST_F(Custom_shader_calls_test, valuesThatAreNoNumbersAreSent) {
     runPass(effect);
     EXPECT_EQ(uniformsSent(recording).size(), 33U);
     effect.setFloatVar(NAN, 0);
-    EXPECT_TRUE(isSent(effect)) << "it never equals the stored one";
+    EXPECT_TRUE(isSent(effect, recording)) << "it never equals the stored one";
 }
 
 // == Copies ==

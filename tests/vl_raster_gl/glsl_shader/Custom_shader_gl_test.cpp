@@ -62,14 +62,7 @@ protected:
     }
 
     static void draw(Custom_shader& effect, float const& size = 1) {
-        if (!effect.created) {
-            effect.create();
-        }
-        effect.init();
-        effect.preprocess();
-        drawRectangle(size);
-        effect.postprocess();
-        effect.cleanup();
+        surface_reference::drawWith(effect, [&] { drawRectangle(size); });
     }
 
     /// The middle of a rectangle that is drawn with this fragment stage.

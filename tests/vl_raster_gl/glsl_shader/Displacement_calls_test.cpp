@@ -6,6 +6,7 @@
 #include "gl_spy/gl_spy.h"
 #include "viewport/TemporaryFolder.h"
 #include "vl_raster_gl/StreamCapture.h"
+#include "vl_raster_gl/glsl_shader/effect_calls.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -36,30 +37,12 @@ class Displacement_calls_test : public testing::Test {
 protected:
     Displacement_calls_test() { driver.integer(GL_VIEWPORT, {5, 6, 1000, 600}); }
 
-    /// The texts of the stages that were loaded, in their order.
-    Texts sources() const {
-        Texts result;
-        for (gl_spy::Call const& call : recording.named("glShaderSource")) {
-            result.push_back(call.strings.at(0));
-        }
-        return result;
-    }
-
     /// The part of a geometry stage that is the same in both dialects.
     static std::string bodyOf(std::string const& text) { return text.substr(text.find("uniform ")); }
 
     /// The number of a kind of call, less that of another.
     int surplus(char const* more, char const* less) const {
         return static_cast<int>(recording.count(more)) - static_cast<int>(recording.count(less));
-    }
-
-    /// Whether a pass, begun and ended, sends the uniforms.
-    bool isSent(Base_shader& effect) {
-        recording.clear();
-        effect.preprocess();
-        effect.postprocess();
-        effect.cleanup();
-        return recording.count("glUniform1fv") != 0;
     }
 
     /// A picture file of these sizes.
@@ -141,12 +124,12 @@ TEST_F(Displacement_calls_test, allObjectsAreDeletedWithTheirEffects) {
         Displacement_XZ_shader ocean;
         tesselated.tesselate(true);
         for (Base_shader* const effect : std::initializer_list<Base_shader*>{&plain, &tesselated, &ocean}) {
-            isSent(*effect);
+            isSent(*effect, recording);
         }
         Displacement_shader copied(tesselated);
         Displacement_XZ_shader copiedOcean(ocean);
-        isSent(copied);
-        isSent(copiedOcean);
+        isSent(copied, recording);
+        isSent(copiedOcean, recording);
     }
     EXPECT_EQ(driver.liveObjects(), 0U);
 }
@@ -157,8 +140,8 @@ TEST_F(Displacement_calls_test, withoutRenderLayerEffectsHaveNoTexturesAndWorkOn
     effect.tesselate(true);
     effect.setDisplacementTexture(picture(4, 4));
     Displacement_XZ_shader ocean;
-    EXPECT_TRUE(isSent(effect));
-    EXPECT_TRUE(isSent(ocean));
+    EXPECT_TRUE(isSent(effect, recording));
+    EXPECT_TRUE(isSent(ocean, recording));
     EXPECT_EQ(recording.count("glGenTextures"), 0U);
     VL_Raster = &layer;
 }
@@ -285,8 +268,8 @@ TEST_F(Displacement_calls_test, firstValuesAreThoseOfTheInterface) {
 
 TEST_F(Displacement_calls_test, onlyADifferentValueIsSentAgain) {
     Displacement_shader effect;
-    EXPECT_TRUE(isSent(effect));
-    EXPECT_FALSE(isSent(effect));
+    EXPECT_TRUE(isSent(effect, recording));
+    EXPECT_FALSE(isSent(effect, recording));
     effect.setBaseColor(1, 1, 1, 1);
     effect.setScale(1, 1, 1);
     effect.setScale(Vector3<float>{1, 1, 1});
@@ -295,44 +278,44 @@ TEST_F(Displacement_calls_test, onlyADifferentValueIsSentAgain) {
     effect.setDepth(2);
     effect.setNLights(1);
     effect.tesselate(false);
-    EXPECT_FALSE(isSent(effect));
+    EXPECT_FALSE(isSent(effect, recording));
     effect.setBaseColor(1, 1, 1, 0.5F);
-    EXPECT_TRUE(isSent(effect));
+    EXPECT_TRUE(isSent(effect, recording));
     effect.setScale(1, 1, 2);
-    EXPECT_TRUE(isSent(effect));
+    EXPECT_TRUE(isSent(effect, recording));
     effect.setScale(Vector3<float>{1, 3, 2});
-    EXPECT_TRUE(isSent(effect));
+    EXPECT_TRUE(isSent(effect, recording));
     effect.setTileScale(1, 2);
-    EXPECT_TRUE(isSent(effect));
+    EXPECT_TRUE(isSent(effect, recording));
     effect.setTileScale(Vector3<float>{3, 2, 0});
-    EXPECT_TRUE(isSent(effect));
+    EXPECT_TRUE(isSent(effect, recording));
     effect.setDepth(3);
-    EXPECT_TRUE(isSent(effect));
+    EXPECT_TRUE(isSent(effect, recording));
     effect.setNLights(2);
-    EXPECT_TRUE(isSent(effect));
+    EXPECT_TRUE(isSent(effect, recording));
     effect.setScale(1, NAN, 2);
-    EXPECT_TRUE(isSent(effect));
+    EXPECT_TRUE(isSent(effect, recording));
     effect.setScale(1, NAN, 2);
-    EXPECT_TRUE(isSent(effect)) << "not a number differs from itself";
+    EXPECT_TRUE(isSent(effect, recording)) << "not a number differs from itself";
 }
 
 TEST_F(Displacement_calls_test, valuesThatAreEditedInPlaceAreSentWhenMarked) {
     Displacement_shader effect;
-    isSent(effect);
+    isSent(effect, recording);
     effect.getScalePtr()[1] = 9;
     effect.getTileFactorPtr()[0] = 8;
     effect.markDirty();
-    EXPECT_TRUE(isSent(effect));
+    EXPECT_TRUE(isSent(effect, recording));
     EXPECT_EQ(recording.named("glUniform3fv").back().numbers.at(3), 9);
     EXPECT_EQ(recording.named("glUniform2fv").back().numbers.at(2), 8);
 }
 
 TEST_F(Displacement_calls_test, aPassThatIsNotDirtyKeepsWhatHasChangedAllTheSame) {
     Displacement_shader effect;
-    isSent(effect);
+    isSent(effect, recording);
     effect.getScalePtr()[2] = 7;
     driver.integer(GL_VIEWPORT, {0, 0, 200, 100});
-    EXPECT_FALSE(isSent(effect));
+    EXPECT_FALSE(isSent(effect, recording));
     recording.clear();
     effect.enable(true);
     EXPECT_EQ(recording.named("glUniform1fv").at(0).numbers.at(2), 200) << "the frame's width";
@@ -345,10 +328,10 @@ TEST_F(Displacement_calls_test, aPassThatIsNotDirtyKeepsWhatHasChangedAllTheSame
 
 TEST_F(Displacement_calls_test, aPassHasTheEffectsParametersWhateverWasSetBetween) {
     Displacement_shader effect;
-    isSent(effect);
+    isSent(effect, recording);
     int values[] = {7};
     effect.setShaderConstant("depth", Mesh_RL_Shader::CONSTANT_INT, 1, values);
-    isSent(effect);
+    isSent(effect, recording);
     recording.clear();
     effect.enable(true);
     EXPECT_THAT(recording.texts(), Contains(EndsWith(", 1, {2})")));
@@ -358,15 +341,15 @@ TEST_F(Displacement_calls_test, aPassHasTheEffectsParametersWhateverWasSetBetwee
 
 TEST_F(Displacement_calls_test, deliberatelyTheOceanStaysDirtyAndIsEnabledInEveryPass) {
     Displacement_XZ_shader effect;
-    EXPECT_TRUE(isSent(effect));
-    EXPECT_TRUE(isSent(effect));
-    EXPECT_TRUE(isSent(effect));
+    EXPECT_TRUE(isSent(effect, recording));
+    EXPECT_TRUE(isSent(effect, recording));
+    EXPECT_TRUE(isSent(effect, recording));
     EXPECT_EQ(recording.count("glLinkProgram"), 0U);
 }
 
 TEST_F(Displacement_calls_test, deliberatelyTheOceanHasTwoLightsAlways) {
     Displacement_XZ_shader effect;
-    isSent(effect);
+    isSent(effect, recording);
     EXPECT_THAT(recording.texts(), Contains("glEnable(GL_LIGHT1)"));
     EXPECT_THAT(recording.texts(), Not(Contains("glEnable(GL_LIGHT2)")));
 }
@@ -380,8 +363,8 @@ TEST_F(Displacement_calls_test, theLogIsKeptAfterCreationAndEveryPass) {
     EXPECT_EQ(effect.getLog(), "first");
     EXPECT_EQ(ocean.getLog(), "first");
     driver.programStatus(true, "second");
-    isSent(effect);
-    isSent(ocean);
+    isSent(effect, recording);
+    isSent(ocean, recording);
     EXPECT_EQ(effect.getLog(), "second");
     EXPECT_EQ(ocean.getLog(), "second");
 }
@@ -391,20 +374,20 @@ TEST_F(Displacement_calls_test, theLogIsKeptAfterCreationAndEveryPass) {
 TEST_F(Displacement_calls_test, thePlainPathHasAVertexAndAFragmentStage) {
     Displacement_shader effect;
     effect.create();
-    ASSERT_EQ(sources().size(), 2U);
+    ASSERT_EQ(stageTexts(recording).size(), 2U);
     EXPECT_EQ(recording.count("glProgramParameteriEXT"), 0U);
     for (char const* const declaration :
          {"uniform sampler2D displacementMap;", "uniform vec2 uvTileFactor;", "uniform vec3 scale;",
           "varying vec3 vNormal;", "varying vec4 vPos;"}) {
-        EXPECT_THAT(sources()[0], HasSubstr(declaration));
+        EXPECT_THAT(stageTexts(recording)[0], HasSubstr(declaration));
     }
     for (char const* const declaration :
          {"uniform sampler2D normalsMap;", "uniform sampler2D displacementMap;", "uniform vec4 basecolor;",
           "uniform int nLights;", "uniform vec3 scale;", "mapSize = 256.0;", "choppy = 1.0;",
           "varying vec4 vPos;"}) {
-        EXPECT_THAT(sources()[1], HasSubstr(declaration));
+        EXPECT_THAT(stageTexts(recording)[1], HasSubstr(declaration));
     }
-    EXPECT_THAT(sources(), Each(Not(HasSubstr("#version"))));
+    EXPECT_THAT(stageTexts(recording), Each(Not(HasSubstr("#version"))));
 }
 
 TEST_F(Displacement_calls_test, theTessellatedPathHasTheExtensionsTextAndParameters) {
@@ -415,7 +398,7 @@ TEST_F(Displacement_calls_test, theTessellatedPathHasTheExtensionsTextAndParamet
     recording.clear();
     effect.create();
     EXPECT_TRUE(effect.isTesselated());
-    ASSERT_EQ(sources().size(), 3U);
+    ASSERT_EQ(stageTexts(recording).size(), 3U);
 
     Texts kinds;
     for (gl_spy::Call const& call : recording.named("glCreateShader")) {
@@ -441,17 +424,18 @@ TEST_F(Displacement_calls_test, theTessellatedPathHasTheExtensionsTextAndParamet
                             "glProgramParameteriEXT(6, GL_GEOMETRY_VERTICES_OUT_EXT, 777)",
                             "glLinkProgram(6)"));
 
-    EXPECT_THAT(sources()[0], HasSubstr("uniform vec2 uvTileFactor;"));
-    EXPECT_THAT(sources()[0], Not(HasSubstr("displacementMap")));
+    EXPECT_THAT(stageTexts(recording)[0], HasSubstr("uniform vec2 uvTileFactor;"));
+    EXPECT_THAT(stageTexts(recording)[0], Not(HasSubstr("displacementMap")));
     for (char const* const declaration : {"mapSize = 256.0;", "Yscale = 1.0;", "choppy = 2.0;"}) {
-        EXPECT_THAT(sources()[1], HasSubstr(declaration));
+        EXPECT_THAT(stageTexts(recording)[1], HasSubstr(declaration));
     }
-    EXPECT_THAT(sources()[2], StartsWith("#version 120\n#extension GL_EXT_geometry_shader4 : enable\n"));
+    EXPECT_THAT(stageTexts(recording)[2],
+                StartsWith("#version 120\n#extension GL_EXT_geometry_shader4 : enable\n"));
     for (char const* const declaration :
          {"uniform sampler2D normalsMap;", "uniform sampler2D displacementMap;", "uniform vec3 scale;",
           "uniform int depth;", "#define STAGE_OUT varying out", "STAGE_OUT vec4 vPos;",
           "STAGE_OUT vec3 vNormal;"}) {
-        EXPECT_THAT(sources()[2], HasSubstr(declaration));
+        EXPECT_THAT(stageTexts(recording)[2], HasSubstr(declaration));
     }
 }
 
@@ -459,7 +443,7 @@ TEST_F(Displacement_calls_test, bothDialectsAreOneText) {
     Displacement_shader effect;
     effect.tesselate(true);
     effect.create();
-    Texts const extension = sources();
+    Texts const extension = stageTexts(recording);
 
     Plain_driver const newer(NEWER);
     Displacement_shader other;
@@ -468,9 +452,9 @@ TEST_F(Displacement_calls_test, bothDialectsAreOneText) {
     other.create();
     EXPECT_TRUE(other.isTesselated());
     EXPECT_EQ(recording.count("glProgramParameteriEXT"), 0U);
-    EXPECT_EQ(sources().at(0), extension.at(0));
-    EXPECT_EQ(sources().at(1), extension.at(1));
-    EXPECT_EQ(bodyOf(sources().at(2)), bodyOf(extension.at(2)))
+    EXPECT_EQ(stageTexts(recording).at(0), extension.at(0));
+    EXPECT_EQ(stageTexts(recording).at(1), extension.at(1));
+    EXPECT_EQ(bodyOf(stageTexts(recording).at(2)), bodyOf(extension.at(2)))
         << "both emit the same vertices in the same order";
     EXPECT_THAT(extension.at(2), Not(HasSubstr("#define MOST_DEPTH"))) << "nor a limit of the depth";
 }
@@ -494,10 +478,12 @@ TEST_F(Displacement_calls_test, theOtherDialectGoesAsDeepAsTheLimitsAllow) {
         effect.tesselate(true);
         recording.clear();
         effect.create();
-        EXPECT_THAT(sources().at(2), StartsWith("#version 150 compatibility\nlayout(triangles) in;\n"
-                                                "layout(triangle_strip, max_vertices = " +
-                                                std::to_string(limits.emitted) + ") out;\n"));
-        EXPECT_THAT(sources().at(2), HasSubstr("#define MOST_DEPTH " + std::to_string(limits.depth) + '\n'));
+        EXPECT_THAT(stageTexts(recording).at(2),
+                    StartsWith("#version 150 compatibility\nlayout(triangles) in;\n"
+                               "layout(triangle_strip, max_vertices = " +
+                               std::to_string(limits.emitted) + ") out;\n"));
+        EXPECT_THAT(stageTexts(recording).at(2),
+                    HasSubstr("#define MOST_DEPTH " + std::to_string(limits.depth) + '\n'));
     }
 }
 
@@ -510,7 +496,7 @@ TEST_F(Displacement_calls_test, belowVersion21ThePlainPathIsDrawnWithAMessage) {
     effect.create();
     EXPECT_EQ(output.text(), "OpenGL 2.1 NOT ready");
     EXPECT_FALSE(effect.isTesselated());
-    EXPECT_EQ(sources().size(), 2U);
+    EXPECT_EQ(stageTexts(recording).size(), 2U);
 }
 
 TEST_F(Displacement_calls_test, driversWithNeitherDialectAreOfferedTheExtensions) {
@@ -520,26 +506,26 @@ TEST_F(Displacement_calls_test, driversWithNeitherDialectAreOfferedTheExtensions
     recording.clear();
     effect.create();
     EXPECT_TRUE(effect.isTesselated());
-    EXPECT_THAT(sources().at(2), StartsWith("#version 120\n"));
+    EXPECT_THAT(stageTexts(recording).at(2), StartsWith("#version 120\n"));
     EXPECT_EQ(recording.count("glProgramParameteriEXT"), 3U);
 }
 
 TEST_F(Displacement_calls_test, theOceansTextsHaveTheirDeclarations) {
     Displacement_XZ_shader effect;
     effect.create();
-    ASSERT_EQ(sources().size(), 2U);
+    ASSERT_EQ(stageTexts(recording).size(), 2U);
     for (char const* const declaration :
          {"uniform sampler2D displacementMap;", "uniform float scale;", "uniform float repeat_u;",
           "uniform float repeat_v;", "varying vec4 vPos;", "varying mat3 base;", "1.192092896e-07"}) {
-        EXPECT_THAT(sources()[0], HasSubstr(declaration));
+        EXPECT_THAT(stageTexts(recording)[0], HasSubstr(declaration));
     }
     for (char const* const declaration :
          {"uniform sampler2D normalsMap;", "uniform sampler2D displacementMap;", "uniform vec4 basecolor;",
           "uniform float scale;", "uniform float dim_X;", "uniform float dim_Z;", "uniform int resolution;",
           "uniform float foamThreshold;", "varying vec4 vPos;", "varying mat3 base;"}) {
-        EXPECT_THAT(sources()[1], HasSubstr(declaration));
+        EXPECT_THAT(stageTexts(recording)[1], HasSubstr(declaration));
     }
-    EXPECT_THAT(sources(), Each(Not(HasSubstr("#version"))));
+    EXPECT_THAT(stageTexts(recording), Each(Not(HasSubstr("#version"))));
 }
 
 TEST_F(Displacement_calls_test, creatingTwiceLeavesOneSetOfStages) {
@@ -564,18 +550,18 @@ TEST_F(Displacement_calls_test, creatingTwiceLeavesOneSetOfStages) {
 
 TEST_F(Displacement_calls_test, changingThePathReloadsTheEffect) {
     Displacement_shader effect;
-    isSent(effect);
+    isSent(effect, recording);
     recording.clear();
     effect.tesselate(false);
     EXPECT_THAT(recording.texts(), IsEmpty()) << "the same choice";
     effect.tesselate(true);
     EXPECT_EQ(recording.count("glDeleteShader"), 2U);
     EXPECT_FALSE(effect.created);
-    EXPECT_TRUE(isSent(effect));
-    EXPECT_EQ(sources().size(), 3U);
+    EXPECT_TRUE(isSent(effect, recording));
+    EXPECT_EQ(stageTexts(recording).size(), 3U);
     effect.tesselate(false);
-    EXPECT_TRUE(isSent(effect));
-    EXPECT_EQ(sources().size(), 2U);
+    EXPECT_TRUE(isSent(effect, recording));
+    EXPECT_EQ(stageTexts(recording).size(), 2U);
     EXPECT_EQ(surplus("glAttachShader", "glDetachShader"), 2) << "the others went with the reload";
     effect.markDirty();
     effect.tesselate(false);
@@ -611,7 +597,7 @@ TEST_F(Displacement_calls_test, theSameFileIsReadAgainOnlyWhileTheEffectIsDirty)
     effect.setDisplacementTexture(path);
     effect.setNormalsTexture(path);
     EXPECT_EQ(recording.count("glTexImage2D"), 2U);
-    isSent(effect);
+    isSent(effect, recording);
     recording.clear();
     effect.setDisplacementTexture(path);
     effect.setNormalsTexture(path);
@@ -642,7 +628,7 @@ TEST_F(Displacement_calls_test, aFileThatCannotBeReadLeavesTheTextureEmpty) {
         effect.setDisplacementTexture(VL_String(path.c_str()));
         EXPECT_THAT(recording.texts(), ElementsAre("glDeleteTextures(1, {1})"));
     }
-    EXPECT_TRUE(isSent(effect));
+    EXPECT_TRUE(isSent(effect, recording));
 }
 
 TEST_F(Displacement_calls_test, thePictureOfAFileGoesToTheCaller) {
@@ -704,7 +690,7 @@ TEST_F(Displacement_calls_test, aCopyTakesShapeAndFileAndNothingElse) {
     copied.preprocess();
     EXPECT_EQ(recording.count("glGenTextures"), 2U) << "textures of its own";
     EXPECT_EQ(recording.count("glTexImage2D"), 1U) << "with the file's picture";
-    EXPECT_EQ(sources().size(), 3U);
+    EXPECT_EQ(stageTexts(recording).size(), 3U);
     EXPECT_EQ(recording.named("glUniform3fv").back().numbers.at(3), 3);
     EXPECT_EQ(recording.named("glUniform2fv").back().numbers.at(3), 6);
     EXPECT_THAT(recording.texts(), Contains(HasSubstr("glUniform1iv(4, 1, {7})")));
@@ -716,26 +702,26 @@ TEST_F(Displacement_calls_test, aCopyTakesShapeAndFileAndNothingElse) {
 TEST_F(Displacement_calls_test, copyingIntoAnEffectInUseCreatesItAgainWhereItMust) {
     Displacement_shader original;
     Displacement_shader target;
-    isSent(target);
+    isSent(target, recording);
     recording.clear();
     target.copy(original);
     EXPECT_THAT(recording.texts(), IsEmpty());
-    EXPECT_FALSE(isSent(target)) << "nothing differs";
+    EXPECT_FALSE(isSent(target, recording)) << "nothing differs";
 
     original.setDepth(9);
     target.copy(original);
     EXPECT_TRUE(target.created);
-    EXPECT_TRUE(isSent(target));
+    EXPECT_TRUE(isSent(target, recording));
 
     original.tesselate(true);
     target.copy(original);
     EXPECT_FALSE(target.created);
-    EXPECT_TRUE(isSent(target));
-    EXPECT_EQ(sources().size(), 3U);
+    EXPECT_TRUE(isSent(target, recording));
+    EXPECT_EQ(stageTexts(recording).size(), 3U);
 
     original.setDisplacementTexture(picture(4, 4));
     target.copy(original);
-    EXPECT_TRUE(isSent(target));
+    EXPECT_TRUE(isSent(target, recording));
     EXPECT_EQ(recording.count("glTexImage2D"), 1U);
 }
 

@@ -1,10 +1,9 @@
 #include "glsl_shader/Glass_shader.h"
 
 #include "Core_RL_GL.h"
-#include "foundation/image/picture_files.h"
 #include "gl_spy/gl_spy.h"
-#include "viewport/TemporaryFolder.h"
 #include "vl_raster_gl/glsl_shader/effect_calls.h"
+#include "vl_raster_gl/glsl_shader/effect_fixtures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,8 +11,6 @@
 #include <cmath>
 #include <string>
 #include <vector>
-
-#include "gl_api.h"
 
 namespace vellum {
 namespace {
@@ -27,28 +24,7 @@ using testing::Not;
 using Texts = std::vector<std::string>;
 
 // Under the script the first names are: environment texture 1, refraction texture 2, stages 3 and 4, program 5.
-class Glass_shader_calls_test : public testing::Test {
-protected:
-    Glass_shader_calls_test() {
-        glViewport(0, 0, 1000, 600);
-        picture_files::writePng(picture, {4, 4}, [](auto, auto, auto) { return 200U; });
-        recording.clear();
-    }
-    ~Glass_shader_calls_test() override { VL_Raster = nullptr; }
-
-    /// Whether the next pass sends the uniforms.
-    bool isSent(Glass_shader& effect) {
-        recording.clear();
-        runPass(effect);
-        return recording.count("glUniform1fv") != 0;
-    }
-
-    gl_spy::Script driver = gl_spy::drivers::gl21();
-    Core_RL_GL layer;
-    TemporaryFolder folder;
-    std::string picture = folder.file("environment.png");
-    gl_spy::Recording recording;
-};
+class Glass_shader_calls_test : public Textured_effect_calls_test {};
 
 // == Textures ==
 
@@ -250,25 +226,25 @@ TEST_F(Glass_shader_calls_test, parametersArriveInTheUniforms) {
 TEST_F(Glass_shader_calls_test, onlyADifferentValueMakesTheEffectDirty) {
     Glass_shader effect;
     runPass(effect);
-    EXPECT_FALSE(isSent(effect));
+    EXPECT_FALSE(isSent(effect, recording));
     effect.setBaseColor(0, 1, 0, 1);
     effect.setLightPosition(1, 1, 0, 0);
     effect.setDepth(0.1F);
     effect.setMixRatio(1);
     effect.setNLights(1);
-    EXPECT_FALSE(isSent(effect)) << "the same values";
+    EXPECT_FALSE(isSent(effect, recording)) << "the same values";
     effect.setBaseColor(0, 1, 0, 0.5F);
-    EXPECT_TRUE(isSent(effect));
+    EXPECT_TRUE(isSent(effect, recording));
     effect.setLightPosition(1, 1, 0, 1);
-    EXPECT_TRUE(isSent(effect));
+    EXPECT_TRUE(isSent(effect, recording));
     effect.setDepth(0.2F);
     effect.setDepth(0.2F);
-    EXPECT_TRUE(isSent(effect)) << "the second call does not take it back";
+    EXPECT_TRUE(isSent(effect, recording)) << "the second call does not take it back";
     effect.setMixRatio(2);
-    EXPECT_TRUE(isSent(effect));
+    EXPECT_TRUE(isSent(effect, recording));
     effect.setNLights(2);
-    EXPECT_TRUE(isSent(effect));
-    EXPECT_FALSE(isSent(effect));
+    EXPECT_TRUE(isSent(effect, recording));
+    EXPECT_FALSE(isSent(effect, recording));
 }
 
 TEST_F(Glass_shader_calls_test, settersMakeNoCall) {

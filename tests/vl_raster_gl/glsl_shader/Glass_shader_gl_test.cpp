@@ -70,10 +70,7 @@ protected:
         glViewport(0, 0, FRAME, FRAME_HEIGHT);
         glMatrixMode(GL_PROJECTION);
         gluPerspective(60, 4.0 / 3, 0.5, 20);
-        glMatrixMode(GL_MODELVIEW);
-        glTranslatef(0.1F, -0.05F, -3);
-        glRotatef(25, 1, 2, 3);
-        glScalef(1, 1.2F, 0.8F);
+        placeCorners();
         drawBackground();
         glPointSize(5);
     }
@@ -104,26 +101,6 @@ protected:
 
     /// A pixel by its distance from the lower left corner.
     Pixel pixelAt(int const& x, int const& y) { return readPixel(x, height - 1 - y); }
-
-    template <class Draw>
-    static void drawWith(Glass_shader& effect, Draw const& draw) {
-        if (!effect.created) {
-            effect.create();
-        }
-        effect.init();
-        effect.preprocess();
-        draw();
-        effect.postprocess();
-        effect.cleanup();
-    }
-
-    static void drawPoint(Glass_shader& effect, Corner const& corner) {
-        drawWith(effect, [&] {
-            glBegin(GL_POINTS);
-            send(corner);
-            glEnd();
-        });
-    }
 
     void prepare(Glass_shader& effect) const {
         effect.setBaseColor(baseColor.x, baseColor.y, baseColor.z, 1);
@@ -204,15 +181,6 @@ protected:
     float mixRatio = 1;
 };
 
-std::vector<Corner> const CORNERS{{{0, 0, 0}, {0, 0, 1}},
-                                  {{0.5F, 0.3F, 0.1F}, {0.3F, 0.2F, 0.9F}},
-                                  {{-0.7F, 0.4F, -0.2F}, {-1, 1, 1}},
-                                  {{0.3F, -0.6F, 0.4F}, {0.5F, -0.9F, 0.3F}},
-                                  {{-0.4F, -0.5F, 0.2F}, {-0.2F, 0.1F, -1}},
-                                  {{0.2F, 0.6F, 0}, {1, 0.1F, -0.6F}},
-                                  {{0.9F, 0, 0}, {1, 0.05F, 0.3F}},
-                                  {{-0.2F, 0.1F, 0.5F}, {0, 0.2F, 4}}};
-
 // == The formula ==
 
 TEST_F(Glass_shader_gl_test, theProgramLinksAndItsUniformsExist) {
@@ -263,13 +231,7 @@ TEST_F(Glass_shader_gl_test, aWholeTriangleHasTheColourOfTheFormula) {
     baseColor = {0.9F, 0.3F, 0.1F};
     Glass_shader effect;
     prepare(effect);
-    drawWith(effect, [&] {
-        glBegin(GL_TRIANGLES);
-        for (Corner const& corner : corners) {
-            send(corner);
-        }
-        glEnd();
-    });
+    drawCorners(effect, GL_TRIANGLES, corners);
     std::array<Varyings, 3> ends{};
     std::array<Vec4, 3> clip{};
     for (std::size_t i = 0; i < 3; ++i) {

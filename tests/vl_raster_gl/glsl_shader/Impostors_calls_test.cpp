@@ -4,6 +4,7 @@
 
 #include "Core_RL_GL.h"
 #include "gl_spy/gl_spy.h"
+#include "vl_raster_gl/glsl_shader/effect_calls.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -34,15 +35,6 @@ constexpr char const* EXT_LINES = "#version 120\n#extension GL_EXT_geometry_shad
 
 class Impostors_calls_test : public testing::Test {
 protected:
-    /// The texts of the stages that were loaded, in their order.
-    Texts sources() const {
-        Texts result;
-        for (gl_spy::Call const& call : recording.named("glShaderSource")) {
-            result.push_back(call.strings.at(0));
-        }
-        return result;
-    }
-
     /// The part of a text from its first `void` on: what is the same in both dialects.
     static std::string bodyOf(std::string const& text) { return text.substr(text.find("void ")); }
 
@@ -108,8 +100,8 @@ TEST_F(Impostors_calls_test, stagesAreLoadedVertexFragmentGeometry) {
         kinds.push_back(call.arguments.at(0));
     }
     EXPECT_THAT(kinds, ElementsAre("GL_VERTEX_SHADER", "GL_FRAGMENT_SHADER", "GL_GEOMETRY_SHADER_EXT"));
-    EXPECT_THAT(sources().at(0), Not(HasSubstr("#version")));
-    EXPECT_THAT(sources().at(2), StartsWith(EXT_LINES));
+    EXPECT_THAT(stageTexts(recording).at(0), Not(HasSubstr("#version")));
+    EXPECT_THAT(stageTexts(recording).at(2), StartsWith(EXT_LINES));
 }
 
 TEST_F(Impostors_calls_test, newerDriversWithoutTheExtensionGetTheOtherDialect) {
@@ -122,7 +114,7 @@ TEST_F(Impostors_calls_test, newerDriversWithoutTheExtensionGetTheOtherDialect) 
         };
         recording.clear();
         make()->create();
-        std::string const extension = sources().at(2);
+        std::string const extension = stageTexts(recording).at(2);
 
         gl_spy::Script newer = gl_spy::drivers::gl21();
         newer.string(GL_VERSION, "4.5 (Compatibility Profile) Mesa 22.3.6")
@@ -130,7 +122,7 @@ TEST_F(Impostors_calls_test, newerDriversWithoutTheExtensionGetTheOtherDialect) 
         Core_RL_GL newLayer;
         recording.clear();
         make()->create();
-        std::string const core = sources().at(2);
+        std::string const core = stageTexts(recording).at(2);
         EXPECT_THAT(core,
                     StartsWith(std::string("#version 150 compatibility\nlayout(points) in;\nlayout(") +
                                (isArrow ? "line_strip" : "triangle_strip") + ", max_vertices = 8) out;\n"));
@@ -148,7 +140,7 @@ TEST_F(Impostors_calls_test, olderDriversWithoutTheExtensionAreOfferedItsText) {
         recording.clear();
         SphereRendering_shader effect((Type(0)));
         effect.create();
-        EXPECT_THAT(sources().at(2), StartsWith(EXT_LINES)) << version;
+        EXPECT_THAT(stageTexts(recording).at(2), StartsWith(EXT_LINES)) << version;
         EXPECT_EQ(recording.count("glProgramParameteriEXT"), 3U);
     }
     VL_Raster = &layer;
@@ -158,7 +150,7 @@ TEST_F(Impostors_calls_test, theProcessTypeChoosesTheVertexText) {
     auto const vertexText = [this](Base_shader&& effect) {
         recording.clear();
         effect.create();
-        return sources().at(0);
+        return stageTexts(recording).at(0);
     };
     std::vector<std::string> points;
     std::vector<std::string> arrows;

@@ -3,6 +3,7 @@
 #include "Core_RL_GL.h"
 #include "gl_spy/gl_spy.h"
 #include "vl_raster_gl/glsl_shader/effect_calls.h"
+#include "vl_raster_gl/glsl_shader/effect_fixtures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,8 +12,6 @@
 #include <functional>
 #include <string>
 #include <vector>
-
-#include "gl_api.h"
 
 namespace vellum {
 namespace {
@@ -26,18 +25,7 @@ using testing::Not;
 using Texts = std::vector<std::string>;
 
 // Under the script the first names are: stages 1 and 2, program 3.
-class SSScattering_shader_calls_test : public testing::Test {
-protected:
-    SSScattering_shader_calls_test() {
-        glViewport(0, 0, 1000, 600);
-        recording.clear();
-    }
-    ~SSScattering_shader_calls_test() override { VL_Raster = nullptr; }
-
-    gl_spy::Script driver = gl_spy::drivers::gl21();
-    Core_RL_GL layer;
-    gl_spy::Recording recording;
-};
+class SSScattering_shader_calls_test : public Surface_effect_calls_test {};
 
 // == Stages ==
 

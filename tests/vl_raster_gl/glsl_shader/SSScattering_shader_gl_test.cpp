@@ -39,10 +39,7 @@ protected:
         glViewport(0, 0, width, height);
         glMatrixMode(GL_PROJECTION);
         gluPerspective(50, 1, 0.5, 20);
-        glMatrixMode(GL_MODELVIEW);
-        glTranslatef(0.1F, -0.05F, -3);
-        glRotatef(25, 1, 2, 3);
-        glScalef(1, 1.2F, 0.8F);
+        placeCorners();
         glPointSize(5);
     }
 
@@ -62,26 +59,6 @@ protected:
         effect.setExtinctionCoefficient(extinction.x, extinction.y, extinction.z);
         effect.setRimScalar(rim);
         effect.setNLights(lights);
-    }
-
-    template <class Draw>
-    static void drawWith(SSScattering_shader& effect, Draw const& draw) {
-        if (!effect.created) {
-            effect.create();
-        }
-        effect.init();
-        effect.preprocess();
-        draw();
-        effect.postprocess();
-        effect.cleanup();
-    }
-
-    static void drawPoint(SSScattering_shader& effect, Corner const& corner) {
-        drawWith(effect, [&] {
-            glBegin(GL_POINTS);
-            send(corner);
-            glEnd();
-        });
     }
 
     // == The formula ==
@@ -147,15 +124,6 @@ protected:
     float rim = 0.4F;
     unsigned int lights = 1;
 };
-
-std::vector<Corner> const CORNERS{{{0, 0, 0}, {0, 0, 1}},
-                                  {{0.5F, 0.3F, 0.1F}, {0.3F, 0.2F, 0.9F}},
-                                  {{-0.7F, 0.4F, -0.2F}, {-1, 1, 1}},
-                                  {{0.3F, -0.6F, 0.4F}, {0.5F, -0.9F, 0.3F}},
-                                  {{-0.4F, -0.5F, 0.2F}, {-0.2F, 0.1F, -1}},
-                                  {{0.2F, 0.6F, 0}, {1, 0.1F, -0.6F}},
-                                  {{0.9F, 0, 0}, {1, 0.05F, 0.3F}},
-                                  {{-0.2F, 0.1F, 0.5F}, {0, 0.2F, 4}}};
 
 // == The formula ==
 
@@ -233,13 +201,7 @@ TEST_F(SSScattering_shader_gl_test, aWholeTriangleHasTheColourOfTheFormula) {
     SSScattering_shader effect;
     lights = 2;
     prepare(effect);
-    drawWith(effect, [&] {
-        glBegin(GL_TRIANGLES);
-        for (Corner const& corner : corners) {
-            send(corner);
-        }
-        glEnd();
-    });
+    drawCorners(effect, GL_TRIANGLES, corners);
     std::array<Varyings, 3> ends{};
     std::array<Vec4, 3> clip{};
     for (std::size_t i = 0; i < 3; ++i) {

@@ -47,4 +47,12 @@ void runPass(Effect& effect) {
     effect.cleanup();
 }
 
+/// Whether the next pass sends the uniforms. What was recorded before is forgotten.
+template <class Effect>
+bool isSent(Effect& effect, gl_spy::Recording& recording) {
+    recording.clear();
+    runPass(effect);
+    return recording.count("glUniform1fv") != 0;
+}
+
 }  // namespace vellum

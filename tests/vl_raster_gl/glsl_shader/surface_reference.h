@@ -121,6 +121,53 @@ inline void send(Corner const& corner) {
     glVertex3f(corner.position.x, corner.position.y, corner.position.z);
 }
 
+/// Corners all over the picture, with normals that are not of length 1 and some that face away.
+inline std::vector<Corner> const CORNERS{{{0, 0, 0}, {0, 0, 1}},
+                                         {{0.5F, 0.3F, 0.1F}, {0.3F, 0.2F, 0.9F}},
+                                         {{-0.7F, 0.4F, -0.2F}, {-1, 1, 1}},
+                                         {{0.3F, -0.6F, 0.4F}, {0.5F, -0.9F, 0.3F}},
+                                         {{-0.4F, -0.5F, 0.2F}, {-0.2F, 0.1F, -1}},
+                                         {{0.2F, 0.6F, 0}, {1, 0.1F, -0.6F}},
+                                         {{0.9F, 0, 0}, {1, 0.05F, 0.3F}},
+                                         {{-0.2F, 0.1F, 0.5F}, {0, 0.2F, 4}}};
+
+/// Multiplies the model-view matrix by one under which corners and normals do not go alike.
+inline void placeCorners() {
+    glMatrixMode(GL_MODELVIEW);
+    glTranslatef(0.1F, -0.05F, -3);
+    glRotatef(25, 1, 2, 3);
+    glScalef(1, 1.2F, 0.8F);
+}
+
+/// Draws in a pass of the effect, which is created if it is not yet.
+template <class Effect, class Draw>
+void drawWith(Effect& effect, Draw const& draw) {
+    if (!effect.created) {
+        effect.create();
+    }
+    effect.init();
+    effect.preprocess();
+    draw();
+    effect.postprocess();
+    effect.cleanup();
+}
+
+template <class Effect, class Corners>
+void drawCorners(Effect& effect, GLenum const& mode, Corners const& corners) {
+    drawWith(effect, [&] {
+        glBegin(mode);
+        for (Corner const& corner : corners) {
+            send(corner);
+        }
+        glEnd();
+    });
+}
+
+template <class Effect>
+void drawPoint(Effect& effect, Corner const& corner) {
+    drawCorners(effect, GL_POINTS, std::array<Corner, 1>{corner});
+}
+
 /// The shares that three corners have in a pixel, corrected for perspective; all 0 outside the triangle. Of
 /// pixels less than a hundredth inside it either may be.
 inline std::array<float, 3> shares(std::array<Vec4, 3> const& clip, float const& ndcX, float const& ndcY) {

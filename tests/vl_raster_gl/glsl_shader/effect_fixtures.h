@@ -1,0 +1,43 @@
+#pragma once
+
+#include "Core_RL_GL.h"
+#include "foundation/image/picture_files.h"
+#include "gl_spy/gl_spy.h"
+#include "viewport/TemporaryFolder.h"
+#include "vl_raster_gl/glsl_shader/effect_calls.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "gl_api.h"
+
+/// What the tests of surface effects share.
+namespace vellum {
+
+/// A layer over the recording OpenGL with a viewport of 1000 x 600 pixels.
+class Surface_effect_calls_test : public testing::Test {
+protected:
+    Surface_effect_calls_test() {
+        glViewport(0, 0, 1000, 600);
+        recording.clear();
+    }
+    ~Surface_effect_calls_test() override { VL_Raster = nullptr; }
+
+    gl_spy::Script driver = gl_spy::drivers::gl21();
+    Core_RL_GL layer;
+    gl_spy::Recording recording;
+};
+
+/// The same with a picture to make textures of.
+class Textured_effect_calls_test : public Surface_effect_calls_test {
+protected:
+    Textured_effect_calls_test() {
+        picture_files::writePng(picture, {4, 4}, [](auto, auto, auto) { return 200U; });
+    }
+
+    TemporaryFolder folder;
+    std::string picture = folder.file("picture.png");
+};
+
+}  // namespace vellum
