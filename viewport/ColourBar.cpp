@@ -27,7 +27,9 @@ int digitsFor(ValueRange const& range) {
     if (!(largest > 0) || !(extent > 0)) {
         return 6;
     }
-    return std::clamp(static_cast<int>(std::ceil(std::log10(largest / extent) - 0.1)) + 3, 3, 12);
+    // An extent beyond all numbers has minus infinity digits.
+    double const digits = std::ceil(std::log10(largest / extent) - 0.1) + 3;
+    return static_cast<int>(std::clamp(digits, 3.0, 12.0));
 }
 
 std::string numberText(double const& number, int const& digits) {
