@@ -76,6 +76,7 @@ Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const
              std::vector<ParticleSet> const& particles)
     : _box{{0, 0, 0}, {0, 0, 0}} {
     std::vector<Box3<double>> boxes;
+    boxes.reserve(meshes.size() + particles.size());
     for (MeshData const& mesh : meshes) {
         boxes.push_back(mesh.box());
     }
