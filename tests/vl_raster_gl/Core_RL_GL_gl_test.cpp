@@ -20,10 +20,11 @@ namespace {
 
 using testing::ElementsAre;
 
+// The first value of what may be several.
 GLint integerOf(GLenum const& name) {
-    GLint value = -1;
-    glGetIntegerv(name, &value);
-    return value;
+    std::array<GLint, 16> values{-1};
+    glGetIntegerv(name, values.data());
+    return values[0];
 }
 
 std::array<GLint, 4> integersOf(GLenum const& name) {
@@ -33,9 +34,9 @@ std::array<GLint, 4> integersOf(GLenum const& name) {
 }
 
 float floatOf(GLenum const& name) {
-    GLfloat value = -1;
-    glGetFloatv(name, &value);
-    return value;
+    std::array<GLfloat, 16> values{-1};
+    glGetFloatv(name, values.data());
+    return values[0];
 }
 
 std::vector<float> matrixOf(GLenum const& name) {
