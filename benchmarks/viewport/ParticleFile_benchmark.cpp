@@ -4,9 +4,9 @@
 // them, in the page cache. One dump is in the order of the ids, one is not. What is compared: the text lies in memory
 // on both sides; the library reads it, the other side only looks for the ends of its lines by memchr.
 
-#include "PairTiming.h"
+#include "benchmarks/PairTiming.h"
 
-#include "viewport/LammpsDump.h"
+#include "viewport/files/particles/LammpsDump.h"
 
 #include <benchmark/benchmark.h>
 

@@ -6,7 +6,7 @@
 // is touched for the first time while the clock runs. What differs: the library reads an arrow's position and
 // direction (and its colour, where each has its own) and computes; memcpy reads as many bytes as it writes.
 
-#include "PairTiming.h"
+#include "benchmarks/PairTiming.h"
 
 #include "Core_RL_GL.h"
 

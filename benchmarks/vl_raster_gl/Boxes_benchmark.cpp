@@ -10,11 +10,11 @@
 // Mesa, told to draw nothing, keeps all that was sent until the process ends: 2.3 GB for each pair. Run them one
 // at a time (--benchmark_filter), as scripts/bench does.
 
-#include "PairTiming.h"
+#include "benchmarks/PairTiming.h"
 #include "boxes_by_hand.h"
 
 #include "Core_RL_GL.h"
-#include "viewport/OffscreenContext.h"
+#include "offscreen/OffscreenContext.h"
 
 #include <benchmark/benchmark.h>
 

@@ -9,7 +9,7 @@
 // An effect that is not dirty sends few calls, one that is dirty sends every uniform twice: what it keeps, and what the
 // pass sets. An effect is added by a ByHand of its own and one BENCHMARK line.
 
-#include "PairTiming.h"
+#include "benchmarks/PairTiming.h"
 #include "passes_by_hand.h"
 
 #include "Core_RL_GL.h"
@@ -18,7 +18,7 @@
 #include "glsl_shader/Displacement_shader.h"
 #include "glsl_shader/Glass_shader.h"
 #include "glsl_shader/SSScattering_shader.h"
-#include "viewport/OffscreenContext.h"
+#include "offscreen/OffscreenContext.h"
 
 #include <benchmark/benchmark.h>
 

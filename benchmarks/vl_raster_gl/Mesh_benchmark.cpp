@@ -14,12 +14,12 @@
 // Held constant: the mesh (a wavy grid), the driver and its context, the buffers' usage and contents. The
 // picture is small, so that a frame is the work on the triangles.
 
-#include "PairTiming.h"
+#include "benchmarks/PairTiming.h"
 
 #include "Core_RL_GL.h"
 #include "Mesh_RL_GL.h"
 #include "foundation/geometry/Mesh.h"
-#include "viewport/OffscreenContext.h"
+#include "offscreen/OffscreenContext.h"
 
 #include <benchmark/benchmark.h>
 

@@ -7,12 +7,12 @@
 //
 // Held constant: the driver and its context, the program with its uniforms, the buffer and the calls that draw. The picture is small, so that a frame is the work on the points; both sides must draw the same one.
 
-#include "PairTiming.h"
+#include "benchmarks/PairTiming.h"
 
 #include "Core_RL_GL.h"
 #include "Particles_RL_GL_v2.h"
 #include "foundation/geometry/ParticleSystem_v2.h"
-#include "viewport/OffscreenContext.h"
+#include "offscreen/OffscreenContext.h"
 
 #include <benchmark/benchmark.h>
 

@@ -11,7 +11,7 @@
 // before on all sides. The render layer is one that gives plain memory for a mapping and draws nothing, so that
 // the fill is all that is timed; the library is called through its interface.
 
-#include "PairTiming.h"
+#include "benchmarks/PairTiming.h"
 
 #include "Core_RL_GL.h"
 #include "Particles_RL_GL_v2.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "viewport/OffscreenContext.h"
+#include "offscreen/OffscreenContext.h"
 
 #include <gtest/gtest.h>
 

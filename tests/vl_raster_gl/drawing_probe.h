@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Core_RL_GL.h"
-#include "gl_spy/gl_spy.h"
+#include "tests/gl_spy/gl_spy.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "gl_spy/gl_spy.h"
+#include "tests/gl_spy/gl_spy.h"
 
 #include <initializer_list>
 #include <string>

@@ -5,7 +5,7 @@
 #include "Core_RL_GL.h"
 #include "foundation/geometry/Mesh.h"
 #include "foundation/geometry/Vector2.h"
-#include "gl_spy/gl_spy.h"
+#include "tests/gl_spy/gl_spy.h"
 
 #include <gtest/gtest.h>
 

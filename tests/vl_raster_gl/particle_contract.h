@@ -5,7 +5,7 @@
 #include "Core_RL_GL.h"
 #include "foundation/geometry/ParticleSystemConstIterator_v2.h"
 #include "foundation/geometry/ParticleSystem_v2.h"
-#include "gl_spy/gl_spy.h"
+#include "tests/gl_spy/gl_spy.h"
 
 #include <gtest/gtest.h>
 

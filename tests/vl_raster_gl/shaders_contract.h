@@ -3,8 +3,8 @@
 #include "Core_RL_GL.h"
 #include "Program_gl.h"
 #include "Shader_gl.h"
-#include "gl_spy/gl_spy.h"
 #include "glsl_calls.h"
+#include "tests/gl_spy/gl_spy.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "viewport/gallery/ContactSheet.h"
 
 #include "foundation/raster/Core_RL.h"
-#include "viewport/Picture.h"
+#include "viewport/files/images/Picture.h"
 #include "viewport/gallery/SheetLayer.h"
 
 #include <algorithm>

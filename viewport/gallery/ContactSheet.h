@@ -1,7 +1,7 @@
 #pragma once
 
-#include "viewport/Fault.h"
 #include "viewport/gallery/Sheet.h"
+#include "viewport/text/Fault.h"
 
 #include <string>
 

@@ -2,7 +2,7 @@
 
 #include "Camera_RL_GL.h"
 #include "foundation/foundation.h"
-#include "viewport/OffscreenContext.h"
+#include "offscreen/OffscreenContext.h"
 #include "viewport/gallery/SheetLayer.h"
 #include "viewport/gallery/StrokeFont.h"
 #include "viewport/gallery/placement.h"

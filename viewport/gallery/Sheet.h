@@ -1,7 +1,7 @@
 #pragma once
 
 #include "foundation/geometry/Vector3.h"
-#include "viewport/Picture.h"
+#include "viewport/files/images/Picture.h"
 
 #include <functional>
 #include <string>

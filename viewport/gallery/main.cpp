@@ -1,6 +1,6 @@
 // vl_gallery: draws everything that the render layer can draw into pictures, and a page that shows them.
 
-#include "viewport/OffscreenContext.h"
+#include "offscreen/OffscreenContext.h"
 #include "viewport/gallery/ContactSheet.h"
 #include "viewport/gallery/IndexPage.h"
 #include "viewport/gallery/SheetLayer.h"

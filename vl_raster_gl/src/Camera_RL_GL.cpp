@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "gl_api.h"
+#include "internal/gl_api.h"
 
 namespace vellum {
 

@@ -1,11 +1,11 @@
 #include "Core_RL_GL.h"
 
-#include "accelerator_memory.h"
-#include "arrow_arrays.h"
-#include "arrow_geometry.h"
-#include "box_faces.h"
-#include "circle_points.h"
-#include "plane_grid.h"
+#include "internal/accelerator_memory.h"
+#include "internal/arrow_arrays.h"
+#include "internal/arrow_geometry.h"
+#include "internal/box_faces.h"
+#include "internal/circle_points.h"
+#include "internal/plane_grid.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,7 +13,7 @@
 #include <iostream>
 #include <limits>
 
-#include "gl_api.h"
+#include "internal/gl_api.h"
 
 namespace vellum {
 

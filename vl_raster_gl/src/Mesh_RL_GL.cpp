@@ -9,7 +9,7 @@
 
 #include <cstring>
 
-#include "gl_api.h"
+#include "internal/gl_api.h"
 
 namespace vellum {
 

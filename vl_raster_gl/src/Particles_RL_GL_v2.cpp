@@ -1,12 +1,12 @@
 #include "Particles_RL_GL_v2.h"
 
-#include "even_thinning.h"
 #include "glsl_shader/ArrowRendering_shader.h"
 #include "glsl_shader/PointRendering_shader.h"
 #include "glsl_shader/SphereRendering_shader.h"
-#include "particle_colours.h"
-#include "particle_memory.h"
-#include "particle_records.h"
+#include "internal/even_thinning.h"
+#include "internal/particle_colours.h"
+#include "internal/particle_memory.h"
+#include "internal/particle_records.h"
 
 #include "foundation/geometry/ParticleSystemChunk_v2.h"
 #include "foundation/raster/Core_RL.h"

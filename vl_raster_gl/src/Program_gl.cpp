@@ -12,7 +12,7 @@
 #include <new>
 #include <string_view>
 
-#include "gl_api.h"
+#include "internal/gl_api.h"
 
 namespace vellum {
 

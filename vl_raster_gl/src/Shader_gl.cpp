@@ -10,7 +10,7 @@
 #include <iostream>
 #include <system_error>
 
-#include "gl_api.h"
+#include "internal/gl_api.h"
 
 namespace vellum {
 

@@ -1,16 +1,16 @@
 #pragma once
 
 #include "Core_RL_GL.h"
-#include "foundation/image/picture_files.h"
-#include "gl_spy/gl_spy.h"
-#include "viewport/TemporaryFolder.h"
-#include "vl_raster_gl/glsl_shader/effect_calls.h"
+#include "tests/gl_spy/gl_spy.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/picture_files.h"
+#include "tests/vl_raster_gl/glsl_shader/effect_calls.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "gl_api.h"
+#include "internal/gl_api.h"
 
 /// What the tests of surface effects share.
 namespace vellum {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Core_RL_GL.h"
-#include "gl_spy/gl_spy.h"
-#include "vl_raster_gl/glsl_calls.h"
+#include "tests/gl_spy/gl_spy.h"
+#include "tests/vl_raster_gl/glsl_calls.h"
 
 #include <gtest/gtest.h>
 

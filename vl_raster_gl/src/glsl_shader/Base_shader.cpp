@@ -10,7 +10,7 @@
 #include <cstring>
 #include <vector>
 
-#include "gl_api.h"
+#include "internal/gl_api.h"
 
 namespace vellum {
 

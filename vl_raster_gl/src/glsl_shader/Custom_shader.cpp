@@ -1,14 +1,14 @@
 #include "glsl_shader/Custom_shader.h"
 
 #include "Shader_gl.h"
-#include "glsl_shader/geometry_dialect.h"
+#include "internal/geometry_dialect.h"
 
 #include "foundation/raster/Core_RL.h"
 
 #include <cstddef>
 #include <utility>
 
-#include "gl_api.h"
+#include "internal/gl_api.h"
 
 namespace vellum {
 

@@ -1,13 +1,13 @@
 #include "glsl_shader/Displacement_XZ_shader.h"
 
 #include "Program_gl.h"
-#include "glsl_shader/displaced_normal.h"
+#include "internal/displaced_normal.h"
 
 #include "foundation/raster/Core_RL.h"
 
 #include <string>
 
-#include "gl_api.h"
+#include "internal/gl_api.h"
 
 namespace vellum {
 

@@ -2,15 +2,15 @@
 
 #include "Program_gl.h"
 #include "Shader_gl.h"
-#include "glsl_shader/displaced_normal.h"
-#include "glsl_shader/geometry_dialect.h"
+#include "internal/displaced_normal.h"
+#include "internal/geometry_dialect.h"
 
 #include "foundation/raster/Core_RL.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "gl_api.h"
+#include "internal/gl_api.h"
 
 namespace vellum {
 

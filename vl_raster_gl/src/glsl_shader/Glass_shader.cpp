@@ -6,7 +6,7 @@
 
 #include <utility>
 
-#include "gl_api.h"
+#include "internal/gl_api.h"
 
 namespace vellum {
 

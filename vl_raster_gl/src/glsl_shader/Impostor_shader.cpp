@@ -2,9 +2,9 @@
 
 #include "Program_gl.h"
 #include "Shader_gl.h"
-#include "glsl_shader/geometry_dialect.h"
+#include "internal/geometry_dialect.h"
 
-#include "gl_api.h"
+#include "internal/gl_api.h"
 
 namespace vellum {
 

@@ -1,0 +1,156 @@
+#include "viewport/drawing/EffectRenderer.h"
+
+#include "tests/gl_spy/GlTest.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/attribute_state.h"
+#include "viewport/drawing/GlewStart.h"
+#include "viewport/drawing/Viewer.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <memory>
+
+using namespace vellum;
+using namespace vellum::viewport;
+using testing::AnyOf;
+using testing::Each;
+using testing::IsEmpty;
+
+namespace {
+
+MeshData tetrahedron() {
+    MeshData mesh;
+    mesh.name = "tetrahedron.obj";
+    mesh.positions = {{1, 1, 1}, {-1, -1, 1}, {-1, 1, -1}, {1, -1, -1}};
+    mesh.triangles = {{0, 2, 1}, {0, 1, 3}, {0, 3, 2}, {1, 2, 3}};
+    for (Vector3<double> const& p : mesh.positions) {
+        mesh.normals.push_back(convert<float>(normalized(p)));
+    }
+    mesh.colours.assign(4, {1, 1, 1, 1});
+    return mesh;
+}
+
+/// Where the arrays of the last mesh were. Mesh renderers leave that behind; the arrays themselves are off.
+MATCHER(isOfArrays, "") {
+    return std::string(arg).find("_ARRAY_") != std::string::npos;
+}
+
+/// What the layer sets anew with each push and leaves as it is when there is nothing to pop to.
+MATCHER(isOfTheLayer, "") {
+    return std::string(arg).find("GL_BLEND_") == 0 || std::string(arg) == "GL_DEPTH_FUNC";
+}
+
+class EffectRenderer_gl_test : public gl_spy::GlTest {
+protected:
+    void SetUp() override {
+        GlTest::SetUp();
+        ASSERT_EQ(startGlew(), std::nullopt);
+    }
+
+    Options optionsFor(std::vector<std::string> const& words) const {
+        std::vector<char const*> arguments{"vl_viewport", "--out", "a.png"};
+        for (std::string const& word : words) {
+            arguments.push_back(word.c_str());
+        }
+        CommandLine const line = parseCommandLine(static_cast<int>(arguments.size()), arguments.data());
+        EXPECT_TRUE(line.options.has_value()) << line.error;
+        return line.options.value_or(Options{});
+    }
+
+    TemporaryFolder folder;
+};
+
+}  // namespace
+
+TEST_F(EffectRenderer_gl_test, drawingLeavesTheStateAsItWas) {
+    Picture map{4, 4, std::vector<unsigned char>(64, 128)};
+    ASSERT_FALSE(map.savePng(folder.file("map.png")));
+    std::string const fragment =
+        folder.write("green.frag", "void main() { gl_FragColor = vec4(0.0, 1.0, 0.0, 1.0); }");
+    std::vector<MeshData> const meshes{tetrahedron()};
+    Scene const scene(meshes);
+    for (std::vector<std::string> const& words : std::vector<std::vector<std::string>>{
+             {"a.obj", "--effect", "displacement", "--effect-param", "map=" + folder.file("map.png")},
+             {"a.obj", "--effect", "displacement", "--effect-param", "map=" + folder.file("map.png"),
+              "--effect-param", "tessellate=yes"},
+             {"a.obj", "--effect", "ocean", "--effect-param", "size=16"},
+             {"a.obj", "--effect", "glass"},
+             {"a.obj", "--effect", "sss", "--effect-param", "lights=2"},
+             {"a.obj", "--effect", "custom", "--effect-param", "grab=yes", "--shader-fragment", fragment}}) {
+        SCOPED_TRACE(words[2] + " " + words.back());
+        auto const layer = std::make_unique<ReportingLayer>();
+        Options const options = optionsFor(words);
+        Result<EffectSubject> subject = EffectSubject::prepare(options, meshes, scene);
+        ASSERT_TRUE(subject.isOk()) << subject.fault().line();
+        EffectRenderer effect(*layer, options, std::move(subject.value()));
+        EXPECT_THAT(effect.notes(), IsEmpty());
+        EXPECT_TRUE(effect.covers(0));
+        EXPECT_EQ(effect.ownScene(), nullptr);
+        layer->pushColor({0.1F, 0.2F, 0.3F, 1});
+        for (int pass = 0; pass < 2; ++pass) {
+            AttributeState const before;
+            effect.draw(screenAxes(View::perspective));
+            AttributeState const after;
+            EXPECT_THAT(before.namesThatDiffer(after), Each(isOfArrays())) << before.differences(after);
+        }
+        layer->popColor(1);
+    }
+}
+
+TEST_F(EffectRenderer_gl_test, theSeaHasASceneOfItsOwnAndLeavesTheStateAsItWas) {
+    auto const layer = std::make_unique<ReportingLayer>();
+    Options const options = optionsFor({"--effect", "ocean", "--effect-param", "size=16"});
+    Scene const scene({});
+    Result<EffectSubject> subject = EffectSubject::prepare(options, {}, scene);
+    ASSERT_TRUE(subject.isOk());
+    EffectRenderer effect(*layer, options, std::move(subject.value()));
+    ASSERT_NE(effect.ownScene(), nullptr);
+    Camera_RL_GL camera;
+    effect.ownScene()->placeCamera(camera);
+    camera.updateProjectionMatrix();
+    camera.updateModelMatrix();
+    AttributeState const before;
+    effect.ownScene()->drawSky(*layer);
+    effect.draw(screenAxes(View::perspective));
+    effect.ownScene()->drawHaze(*layer);
+    AttributeState const after;
+    EXPECT_THAT(before.namesThatDiffer(after), Each(AnyOf(isOfArrays(), isOfTheLayer())))
+        << before.differences(after);
+}
+
+// == The sea ==
+
+TEST(OceanScene, theWaterReachesFromBehindTheViewerToTheHorizon) {
+    constexpr double unit = 2.5;
+    constexpr double patch = 80;
+    OceanScene const scene({5, 4, 10, 0, 16.0 / 9});
+    std::unique_ptr<Mesh> const mesh = scene.water(unit, patch);
+    mesh->workBox();
+    Box3<double> const box = mesh->box();
+    EXPECT_GT(box.max.z * unit, 10) << "behind the viewer, who looks along -z";
+    EXPECT_LT(box.min.z * unit, -8000);
+    EXPECT_EQ(box.min.y, 0);
+    EXPECT_EQ(box.max.y, 0);
+    // As wide as the view at the horizon.
+    EXPECT_GT(box.max.x / -box.min.z, std::tan(19 * 3.14159265 / 180) * 16 / 9);
+    EXPECT_NEAR(box.max.x, -box.min.x, 1e-9);
+
+    auto const* const positions = VL_ArrayServer.resolve(mesh->positions())->as<Vector3<double>>();
+    ArrayTypeable const* const uv =
+        VL_ArrayServer.resolve(mesh->namedArray(MeshArrayInf_ns::PER_VERTEX, ModelPart::channel));
+    ASSERT_NE(uv, nullptr);
+    for (unsigned int i = 0; i < uv->size; i += 997) {
+        EXPECT_NEAR(uv->as<Vector2<float>>()[i].x, positions[i].z * unit / patch, 1e-4);
+        EXPECT_NEAR(uv->as<Vector2<float>>()[i].y, -positions[i].x * unit / patch, 1e-4);
+    }
+}
+
+TEST(OceanScene, theSunStandsWhereItIsAskedFor) {
+    Vector3<double> const ahead = OceanScene({5, 4, 0, 0, 1}).sunDirection();
+    EXPECT_NEAR(ahead.z, -1, 1e-12);
+    Vector3<double> const right = OceanScene({5, 4, 0, 90, 1}).sunDirection();
+    EXPECT_NEAR(right.x, 1, 1e-12);
+    Vector3<double> const above = OceanScene({5, 4, 90, 0, 1}).sunDirection();
+    EXPECT_NEAR(above.y, 1, 1e-12);
+}

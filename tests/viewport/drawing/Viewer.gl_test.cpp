@@ -1,0 +1,366 @@
+#include "viewport/drawing/Viewer.h"
+
+#include "Core_RL_GL.h"
+#include "tests/gl_spy/GlTest.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <memory>
+
+using namespace vellum;
+using namespace vellum::viewport;
+
+namespace {
+
+/// A tile that fits the context of the fixture.
+constexpr Tiling oneTile{2, 112, 112, 8};
+static_assert(oneTile.width + 2 * oneTile.margin == gl_spy::GlTest::width / 2, "fills the context");
+
+/// A cube from -1 to 1 in a colour of its own.
+MeshData cube(std::string const& name, Vector3<double> const& place, Color4<float> const& colour) {
+    MeshData mesh;
+    mesh.name = name;
+    for (unsigned int i = 0; i < 8; ++i) {
+        Vector3<double> const corner{(i & 1) != 0 ? 1.0 : -1.0, (i & 2) != 0 ? 1.0 : -1.0,
+                                     (i & 4) != 0 ? 1.0 : -1.0};
+        mesh.positions.push_back(corner + place);
+        mesh.normals.push_back(convert<float>(normalized(corner)));
+        mesh.colours.push_back(colour);
+    }
+    mesh.triangles = {{0, 4, 6}, {0, 6, 2}, {1, 3, 7}, {1, 7, 5}, {0, 1, 5}, {0, 5, 4},
+                      {2, 6, 7}, {2, 7, 3}, {0, 2, 3}, {0, 3, 1}, {4, 5, 7}, {4, 7, 6}};
+    return mesh;
+}
+
+/// A square from -1 to 1 that shows a texture of four colours: red and green below, blue and white above.
+MeshData texturedSquare() {
+    MeshData mesh;
+    mesh.name = "square.obj";
+    mesh.positions = {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
+    mesh.triangles = {{0, 1, 2}, {0, 2, 3}};
+    mesh.normals.assign(4, {0, 0, 1});
+    mesh.colours.assign(4, {1, 1, 1, 1});
+    mesh.textureCoordinates = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
+    mesh.triangleMaterials.assign(2, 0);
+    auto const image = std::make_shared<VL_Image>();
+    image->create(2, 2, 3, 8);
+    constexpr unsigned char texels[] = {255, 0, 0, 0, 255, 0, 0, 0, 255, 255, 255, 255};
+    std::copy(std::begin(texels), std::end(texels), image->getBuffer());
+    mesh.materials.resize(1);
+    mesh.materials[0].image = image;
+    return mesh;
+}
+
+constexpr Color4<float> orange{1.0F, 0.45F, 0.0F, 1};
+
+class Viewer_gl_test : public gl_spy::GlTest {
+protected:
+    void SetUp() override {
+        GlTest::SetUp();
+        layer.reset(new Core_RL_GL);
+        options.width = 112;
+        options.height = 112;
+    }
+
+    Picture draw(Tiling const& tiling = oneTile) {
+        Viewer viewer(*layer, scene, options);
+        Result<Picture> picture = viewer.draw(context(), tiling);
+        EXPECT_TRUE(picture.isOk());
+        return picture.isOk() ? picture.value() : Picture{};
+    }
+
+    std::string pick(int const& x, int const& y) {
+        Viewer viewer(*layer, scene, options);
+        return viewer.pick({x, y});
+    }
+
+    Scene scene{{cube("cube.obj", {0, 0, 0}, orange)}};
+    Options options;
+    std::unique_ptr<Core_RL> layer;
+};
+
+unsigned char const* at(Picture const& picture, int const& x, int const& y) {
+    return picture.pixels.data() + 4 * (y * picture.width + x);
+}
+
+bool isOrange(unsigned char const* pixel) {
+    return pixel[0] > 60 && pixel[0] > 2 * pixel[2] + 20;
+}
+
+int countOrange(Picture const& picture) {
+    int count = 0;
+    for (int y = 0; y < picture.height; ++y) {
+        for (int x = 0; x < picture.width; ++x) {
+            count += isOrange(at(picture, x, y)) ? 1 : 0;
+        }
+    }
+    return count;
+}
+
+struct Difference {
+    int largest;
+    double mean;
+};
+
+Difference compare(Picture const& a, Picture const& b) {
+    Difference difference{0, 0};
+    for (std::size_t i = 0; i < a.pixels.size(); ++i) {
+        int const one = std::abs(a.pixels[i] - b.pixels[i]);
+        difference.largest = std::max(difference.largest, one);
+        difference.mean += static_cast<double>(one) / static_cast<double>(a.pixels.size());
+    }
+    return difference;
+}
+
+}  // namespace
+
+TEST_F(Viewer_gl_test, everyShadingGizmoAndViewDrawsWithoutAnErrorOfOpenGL) {
+    for (Shading const& shading : {Shading::box, Shading::wireframe, Shading::faceted, Shading::smooth}) {
+        for (Gizmo const& gizmo : {Gizmo::none, Gizmo::move, Gizmo::rotate, Gizmo::scale}) {
+            for (unsigned int view = 0; view < 7; ++view) {
+                options.shading = shading;
+                options.gizmo = gizmo;
+                options.view = static_cast<View>(view);
+                Picture const picture = draw();
+                ASSERT_EQ(picture.pixels.size(), 4U * 112 * 112);
+                pick(56, 56);
+            }
+        }
+    }
+    EXPECT_EQ(layer->currentDepthTest().mode, static_cast<unsigned int>(DEPTH_TEST_OFF))
+        << "a push without a pop";
+    EXPECT_EQ(layer->currentLineWidth(), 1.0F) << "a push without a pop";
+}
+
+TEST_F(Viewer_gl_test, theModelFillsThePictureInEveryView) {
+    for (unsigned int view = 0; view < 7; ++view) {
+        options.view = static_cast<View>(view);
+        Picture const picture = draw();
+        // A cube seen along an axis is a square of 86 % of the side: 9277 of 12544 pixels. Its perspective outline
+        // is a hexagon of more than a third of the picture.
+        int const orangePixels = countOrange(picture);
+        EXPECT_GT(orangePixels, view == 0 ? 4200 : 9000) << savePicture("viewer_view");
+        EXPECT_LT(orangePixels, 9700);
+        EXPECT_TRUE(isOrange(at(picture, 56, 56)));
+        EXPECT_FALSE(isOrange(at(picture, 2, 2)));
+    }
+}
+
+TEST_F(Viewer_gl_test, backgroundIsLighterAboveAndOpaque) {
+    Picture const picture = draw();
+    EXPECT_GT(at(picture, 1, 1)[2], at(picture, 110, 110)[2] + 20);
+    for (std::size_t i = 3; i < picture.pixels.size(); i += 4) {
+        ASSERT_EQ(picture.pixels[i], 255);
+    }
+}
+
+TEST_F(Viewer_gl_test, tilesJoinWithoutSeams) {
+    options.gizmo = Gizmo::move;
+    options.width = 150;
+    options.height = 130;
+    for (View const& view : {View::perspective, View::top}) {
+        for (Shading const& shading : {Shading::smooth, Shading::wireframe, Shading::box}) {
+            options.view = view;
+            options.shading = shading;
+            // Tiles whose edges are elsewhere: 96 instead of 112 pixels. Only the rounding of the crop and of the
+            // rasterisation may differ.
+            Picture const wide = draw({2, 112, 112, 8});
+            Picture const narrow = draw({2, 96, 96, 16});
+            Difference const difference = compare(wide, narrow);
+            EXPECT_LT(difference.mean, 0.1);
+            EXPECT_LT(difference.largest, 70) << "one line that is cut at an edge would differ by more";
+        }
+    }
+}
+
+TEST_F(Viewer_gl_test, largePicturesAreCutIntoModerateTiles) {
+    struct Row {
+        int width;
+        int height;
+    };
+    for (Row const& row : {Row{1, 1}, Row{1280, 720}, Row{16384, 16384}, Row{16384, 1}, Row{5000, 3000}}) {
+        Tiling const tiling = Tiling::of(row.width, row.height);
+        EXPECT_LE(tiling.bufferWidth(), 2112);
+        EXPECT_LE(tiling.bufferHeight(), 2112);
+        EXPECT_LE(tiling.width, row.width);
+        EXPECT_LE(tiling.height, row.height);
+        EXPECT_GE(tiling.samplesPerSide, 1);
+    }
+    EXPECT_EQ(Tiling::of(1280, 720).samplesPerSide, 2);
+}
+
+TEST_F(Viewer_gl_test, pickingFindsModelsAndNothingBesideThem) {
+    EXPECT_EQ(pick(56, 56), "16 cube.obj");
+    EXPECT_EQ(pick(0, 0), "nothing");
+    EXPECT_EQ(pick(111, 111), "nothing");
+    options.shading = Shading::wireframe;
+    EXPECT_EQ(pick(56, 56), "16 cube.obj");
+    options.shading = Shading::box;
+    EXPECT_EQ(pick(56, 56), "16 cube.obj");
+}
+
+TEST_F(Viewer_gl_test, pickingFindsTheNearerModel) {
+    scene = Scene({cube("far.obj", {0, 0, -5}, orange), cube("near.obj", {0, 0, 5}, orange),
+                   cube("middle.obj", {0, 0, 0}, orange)});
+    options.view = View::front;
+    EXPECT_EQ(pick(56, 56), "17 near.obj");
+    options.view = View::back;
+    EXPECT_EQ(pick(56, 56), "16 far.obj");
+}
+
+TEST_F(Viewer_gl_test, pickingFindsHandlesBeforeModels) {
+    // In the front view a handle of 118 / 720 of the side, 18 pixels, goes to the right along x and up along y.
+    options.view = View::front;
+    options.gizmo = Gizmo::move;
+    EXPECT_EQ(pick(56 + 18, 56), "1 gizmo move X");
+    EXPECT_EQ(pick(56, 56 - 18), "2 gizmo move Y");
+    EXPECT_EQ(pick(56, 56 + 18), "16 cube.obj");
+    options.gizmo = Gizmo::scale;
+    EXPECT_EQ(pick(56 + 17, 56), "1 gizmo scale X");
+    EXPECT_EQ(pick(56, 56 - 17), "2 gizmo scale Y");
+    options.view = View::right;
+    EXPECT_EQ(pick(56 - 17, 56), "3 gizmo scale Z");
+    options.view = View::front;
+    options.gizmo = Gizmo::rotate;
+    // The circle about z faces the viewer; those about x and y are lines through the centre.
+    int const diagonal = static_cast<int>(std::lround(18.35 * std::sqrt(0.5)));
+    EXPECT_EQ(pick(56 + diagonal, 56 - diagonal), "3 gizmo rotate Z");
+    EXPECT_EQ(pick(56, 56 - 10), "1 gizmo rotate X");
+    EXPECT_EQ(pick(56 - 10, 56), "2 gizmo rotate Y");
+    EXPECT_EQ(pick(56 + 9, 56 - 9), "16 cube.obj");
+}
+
+TEST_F(Viewer_gl_test, theCentreOfTheScaleGizmoIsAHandle) {
+    // From behind, z points away and its handle is hidden; the shafts along x and y start in the middle of the box.
+    options.view = View::back;
+    options.gizmo = Gizmo::scale;
+    options.width = 1000;
+    options.height = 1000;
+    // Half the box is 0.075 of a handle of 164 pixels: 12 pixels.
+    EXPECT_EQ(pick(500 - 8, 500 + 8), "4 gizmo scale centre");
+}
+
+TEST_F(Viewer_gl_test, gizmosAreDrawnOverTheModelInTheirColours) {
+    options.view = View::front;
+    options.gizmo = Gizmo::move;
+    Picture const picture = draw();
+    unsigned char const* const x = at(picture, 56 + 18, 56);
+    unsigned char const* const y = at(picture, 56, 56 - 18);
+    EXPECT_TRUE(x[0] > 150 && x[1] < 110 && x[2] > 40) << "red, not the orange below it";
+    EXPECT_TRUE(y[1] > y[0] && y[1] > 120) << "green";
+}
+
+TEST_F(Viewer_gl_test, buffersAndImmediateModeGiveTheSamePicture) {
+    scene = Scene({cube("cube.obj", {0, 0, 0}, orange), texturedSquare()});
+    for (Shading const& shading : {Shading::box, Shading::wireframe, Shading::faceted, Shading::smooth}) {
+        for (int const& way : {0, 1, 2, 3, 4}) {
+            options = Options{};
+            options.width = 112;
+            options.height = 112;
+            options.shading = shading;
+            options.edges = way == 1;
+            options.edgesBlend = way == 2;
+            options.connectivity = way == 3;
+            options.wireframeBack = way == 4;
+            options.normals = way == 3 ? Normals::vertex : way == 4 ? Normals::face : Normals::none;
+            Picture const fromBuffers = draw();
+            options.immediate = true;
+            Picture const immediate = draw();
+            EXPECT_LT(compare(fromBuffers, immediate).mean, 0.02) << static_cast<int>(shading) << ' ' << way;
+        }
+    }
+    EXPECT_EQ(layer->currentLineWidth(), 1.0F) << "a push without a pop";
+}
+
+TEST_F(Viewer_gl_test, everyOverlayIsSeen) {
+    Picture const plain = draw();
+    auto const differs = [&](Options const& changed) {
+        options = changed;
+        return compare(plain, draw()).mean > 0.05;
+    };
+    Options const start = options;
+    Options changed = start;
+    EXPECT_FALSE(differs(changed));
+    changed.edgesBlend = true;
+    EXPECT_TRUE(differs(changed));
+    changed = start;
+    changed.connectivity = true;
+    EXPECT_TRUE(differs(changed));
+    changed = start;
+    changed.normals = Normals::vertex;
+    EXPECT_TRUE(differs(changed));
+    changed.normals = Normals::face;
+    EXPECT_TRUE(differs(changed));
+    changed = start;
+    changed.importPreview = true;
+    EXPECT_TRUE(differs(changed));
+}
+
+TEST_F(Viewer_gl_test, thePreviewOfAnImportIsRed) {
+    options.importPreview = true;
+    options.view = View::front;
+    Picture const picture = draw();
+    unsigned char const* const middle = at(picture, 40, 50);
+    EXPECT_GT(middle[0], 60);
+    EXPECT_LT(middle[1], 20);
+    EXPECT_EQ(pick(40, 50), "16 cube.obj");
+}
+
+TEST_F(Viewer_gl_test, edgesAreLightLinesOverTheSurface) {
+    // Seen from the front the square spans the picture from border to border of the framing; its four sides are
+    // borders, the diagonal between its triangles is not.
+    scene = Scene({texturedSquare()});
+    options.view = View::front;
+    options.edges = true;
+    Picture const with = draw();
+    options.edges = false;
+    Picture const without = draw();
+    int changed = 0;
+    for (int i = 20; i < 92; ++i) {
+        changed += std::abs(at(with, i, 56)[0] - at(without, i, 56)[0]) > 20 ? 1 : 0;
+        changed += std::abs(at(with, i, 111 - i)[0] - at(without, i, 111 - i)[0]) > 20 ? 1 : 0;
+    }
+    EXPECT_EQ(changed, 0) << "inside nothing is an edge";
+    int borders = 0;
+    for (int i = 0; i < 20; ++i) {
+        borders += std::abs(at(with, i, 40)[1] - at(without, i, 40)[1]) > 40 ? 1 : 0;
+    }
+    EXPECT_GT(borders, 0) << "the left side";
+    EXPECT_LT(borders, 5);
+}
+
+TEST_F(Viewer_gl_test, texturesAreSampledWhereTheCoordinatesSay) {
+    scene = Scene({texturedSquare()});
+    options.view = View::front;
+    for (bool const& immediate : {false, true}) {
+        for (Shading const& shading : {Shading::smooth, Shading::faceted}) {
+            options.immediate = immediate;
+            options.shading = shading;
+            Picture const picture = draw();
+            unsigned char const* const lowerLeft = at(picture, 36, 76);
+            unsigned char const* const lowerRight = at(picture, 76, 76);
+            unsigned char const* const upperLeft = at(picture, 36, 36);
+            unsigned char const* const upperRight = at(picture, 76, 36);
+            EXPECT_TRUE(lowerLeft[0] > 2 * lowerLeft[1] && lowerLeft[0] > 2 * lowerLeft[2]) << "red";
+            EXPECT_TRUE(lowerRight[1] > 2 * lowerRight[0] && lowerRight[1] > 2 * lowerRight[2]) << "green";
+            EXPECT_TRUE(upperLeft[2] > 2 * upperLeft[0] && upperLeft[2] > 2 * upperLeft[1]) << "blue";
+            EXPECT_TRUE(upperRight[0] > 100 && upperRight[1] > 100 && upperRight[2] > 100) << "white";
+        }
+    }
+}
+
+TEST_F(Viewer_gl_test, trianglesSeenFromBehindBecomeOutlines) {
+    scene = Scene({texturedSquare()});
+    // The white quarter is at the upper left from behind.
+    options.view = View::back;
+    Picture const solid = draw();
+    options.wireframeBack = true;
+    Picture const outlined = draw();
+    unsigned char const* const inside = at(outlined, 36, 50);
+    EXPECT_GT(at(solid, 36, 50)[0] + at(solid, 36, 50)[1] + at(solid, 36, 50)[2],
+              inside[0] + inside[1] + inside[2] + 60)
+        << "the background is seen through it";
+}

@@ -1,0 +1,39 @@
+#include "viewport/files/FileKind.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/viewport/files/mesh/mesh_texts.h"
+#include "tests/viewport/files/particles/particle_texts.h"
+
+#include <gtest/gtest.h>
+
+using vellum::viewport::isParticleFile;
+
+TEST(FileKind, namesOfParticleFilesDecide) {
+    for (char const* const name : {"a.lammpstrj", "a.dump", "a.xyz", "a.XYZ", "a.extxyz", "a.csv", "a.gz"}) {
+        EXPECT_TRUE(isParticleFile(std::string("/nonexistent/") + name)) << name;
+    }
+}
+
+TEST(FileKind, namesOfMeshFilesDecide) {
+    TemporaryFolder const folder;
+    for (char const* const name : {"a.obj", "a.stl", "a.off", "a.glb"}) {
+        EXPECT_FALSE(isParticleFile(folder.write(name, particle_texts::dump))) << name;
+    }
+}
+
+TEST(FileKind, theContentOfPlyFilesDecides) {
+    TemporaryFolder const folder;
+    EXPECT_FALSE(isParticleFile(folder.write("mesh.ply", mesh_texts::trianglePly)));
+    EXPECT_TRUE(isParticleFile(folder.write("points.ply",
+                                            "ply\nformat ascii 1.0\nelement vertex 1\nproperty float x\n"
+                                            "property float y\nproperty float z\nend_header\n0 0 0\n")));
+    EXPECT_FALSE(isParticleFile(folder.file("gone.ply")));
+    EXPECT_FALSE(isParticleFile(folder.write("noise.ply", mesh_texts::noise(500))));
+}
+
+TEST(FileKind, whereNamesSayNothingTheContentDecides) {
+    TemporaryFolder const folder;
+    EXPECT_TRUE(isParticleFile(folder.write("dump.melt", particle_texts::dump)));
+    EXPECT_TRUE(isParticleFile(folder.write("melt", particle_texts::dump)));
+    EXPECT_FALSE(isParticleFile(folder.write("notes.txt", "nothing of this kind\n")));
+    EXPECT_FALSE(isParticleFile(folder.file("gone")));
+}

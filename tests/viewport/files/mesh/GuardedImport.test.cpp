@@ -1,0 +1,165 @@
+#include "viewport/files/mesh/GuardedImport.h"
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace vellum;
+using namespace vellum::viewport;
+using testing::HasSubstr;
+
+namespace {
+
+using Importer = std::function<Result<MeshData>()>;
+
+constexpr std::chrono::milliseconds ample{30'000};
+constexpr std::uint64_t someMemory = 512ULL << 20;
+
+MeshData triangle() {
+    MeshData mesh;
+    mesh.positions = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+    mesh.triangles = {{0, 1, 2}};
+    mesh.normals.assign(3, {0, 0, 1});
+    mesh.colours.assign(3, {1, 1, 1, 1});
+    return mesh;
+}
+
+std::string faultOf(Importer const& importer, std::chrono::milliseconds const& deadline = ample) {
+    Result<MeshData> const result = importGuarded("some.obj", importer, {deadline, someMemory});
+    return result.isOk() ? "" : result.fault().line();
+}
+
+/// Keeps the optimiser from seeing that nothing follows from a loop or an allocation.
+void touch(void* memory) {
+    asm volatile("" : : "g"(memory) : "memory");
+}
+
+}  // namespace
+
+TEST(GuardedImport, theMeshOfTheChildArrives) {
+    pid_t const self = getpid();
+    Result<MeshData> const result = importGuarded("some.obj",
+                                                  [self]() -> Result<MeshData> {
+                                                      MeshData mesh = triangle();
+                                                      mesh.partCount = getpid() != self ? 1 : 0;
+                                                      return mesh;
+                                                  },
+                                                  {ample, someMemory});
+    ASSERT_TRUE(result.isOk()) << result.fault().line();
+    EXPECT_EQ(result.value().positions.size(), 3U);
+    EXPECT_EQ(result.value().partCount, 1U) << "imported in this process";
+}
+
+TEST(GuardedImport, aMeshOfManyMegabytesArrives) {
+    Result<MeshData> const result = importGuarded("some.obj",
+                                                  []() -> Result<MeshData> {
+                                                      MeshData mesh = triangle();
+                                                      mesh.triangles.assign(2'000'000, {0, 1, 2});
+                                                      return mesh;
+                                                  },
+                                                  {ample, someMemory});
+    ASSERT_TRUE(result.isOk()) << result.fault().line();
+    EXPECT_EQ(result.value().triangles.size(), 2'000'000U);
+}
+
+TEST(GuardedImport, theFaultOfTheChildArrives) {
+    EXPECT_EQ(faultOf([] { return Fault{"other", "is a teapot"}; }), "some.obj: is a teapot");
+}
+
+TEST(GuardedImport, anEndlessImportIsStopped) {
+    auto const start = std::chrono::steady_clock::now();
+    std::string const busy = faultOf(
+        []() -> Result<MeshData> {
+            for (;;) {
+                touch(nullptr);
+            }
+        },
+        std::chrono::milliseconds(200));
+    std::string const asleep = faultOf(
+        []() -> Result<MeshData> {
+            for (;;) {
+                pause();
+            }
+        },
+        std::chrono::milliseconds(200));
+    EXPECT_EQ(busy, "some.obj: the import did not end within 0.2 s and was stopped");
+    EXPECT_EQ(asleep, busy);
+    // Far from the hang that it would be, whatever else the machine does.
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child process is left";
+}
+
+TEST(GuardedImport, crashesAreFaults) {
+    EXPECT_THAT(faultOf([]() -> Result<MeshData> { std::abort(); }),
+                HasSubstr("some.obj: the importer crashed"));
+    EXPECT_THAT(faultOf([]() -> Result<MeshData> {
+                    std::signal(SIGSEGV, SIG_DFL);
+                    std::raise(SIGSEGV);
+                    return triangle();
+                }),
+                HasSubstr("some.obj: the importer crashed"));
+    EXPECT_THAT(faultOf([]() -> Result<MeshData> { _exit(3); }),
+                HasSubstr("some.obj: the import ended without"));
+    EXPECT_THAT(faultOf([]() -> Result<MeshData> { _exit(0); }), HasSubstr("some.obj: the importer gave no"));
+}
+
+TEST(GuardedImport, exceptionsAreFaults) {
+    EXPECT_EQ(faultOf([]() -> Result<MeshData> { throw std::runtime_error("no luck"); }),
+              "some.obj: the import failed: no luck");
+    EXPECT_EQ(faultOf([]() -> Result<MeshData> { throw 7; }), "some.obj: the import failed");
+}
+
+TEST(GuardedImport, memoryIsLimited) {
+    if (!importMemoryIsLimited) {
+        GTEST_SKIP() << "a sanitizer reserves the address space, so there is no limit to meet";
+    }
+    Importer const greedy = []() -> Result<MeshData> {
+        std::vector<char*> blocks;
+        for (;;) {
+            blocks.push_back(new char[1 << 20]);
+            touch(blocks.back());
+        }
+    };
+    EXPECT_EQ(faultOf(greedy), "some.obj: the import needs more memory than the limit of 512 MB");
+    // Also at once, and also when the importer would have caught the failure.
+    Importer const atOnce = []() -> Result<MeshData> {
+        try {
+            touch(new char[std::size_t(1) << 40]);
+        } catch (std::bad_alloc const&) {
+        }
+        return triangle();
+    };
+    EXPECT_THAT(faultOf(atOnce), HasSubstr("needs more memory"));
+}
+
+TEST(GuardedImport, nothingOfTheChildReachesTheStreams) {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    std::string const fault = faultOf([]() -> Result<MeshData> {
+        std::fputs("chatter\n", stdout);
+        std::fputs("chatter\n", stderr);
+        std::fflush(stdout);
+        std::terminate();
+    });
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_THAT(fault, HasSubstr("crashed"));
+}
+
+TEST(GuardedImport, whatTheChildSendsIsNotTrusted) {
+    EXPECT_THAT(faultOf([]() -> Result<MeshData> {
+                    MeshData mesh = triangle();
+                    mesh.triangles[0].e0 = 3;
+                    return mesh;
+                }),
+                HasSubstr("out of range"));
+}

@@ -1,0 +1,332 @@
+#include "viewport/files/mesh/MeshFile.h"
+
+#include "tests/support/TemporaryFolder.h"
+#include "tests/viewport/files/mesh/mesh_texts.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace vellum;
+using namespace vellum::viewport;
+using testing::AnyOf;
+using testing::HasSubstr;
+
+namespace {
+
+class MeshFile_test : public testing::Test {
+protected:
+    Result<MeshData> load(std::string const& path) const { return MeshFile(path).load(ImportLimits{}); }
+
+    Result<MeshData> loadText(std::string const& name, std::string const& content) const {
+        return load(folder.write(name, content));
+    }
+
+    /// The fault as one line, without the folder; empty for a mesh. Fails when it does not name the file.
+    std::string faultOf(Result<MeshData> const& result, std::string const& name) const {
+        if (result.isOk()) {
+            return "";
+        }
+        std::string const line = result.fault().line();
+        std::string const start = folder.file(name) + ": ";
+        EXPECT_EQ(line.substr(0, start.size()), start);
+        EXPECT_EQ(line.find('\n'), std::string::npos);
+        return line.substr(start.size());
+    }
+
+    std::string faultOfText(std::string const& name, std::string const& content) const {
+        return faultOf(loadText(name, content), name);
+    }
+
+    TemporaryFolder folder;
+};
+
+/// Acts as a user without rights while it lives; changes nothing for a user who is none with all rights.
+class WithoutRights {
+public:
+    WithoutRights() : _wasRoot(geteuid() == 0) {
+        if (_wasRoot && seteuid(65534) != 0) {
+            ADD_FAILURE() << "cannot give up the rights of root";
+        }
+    }
+    ~WithoutRights() {
+        if (_wasRoot && seteuid(0) != 0) {
+            ADD_FAILURE() << "cannot take back the rights of root";
+        }
+    }
+    WithoutRights(WithoutRights const&) = delete;
+    WithoutRights& operator=(WithoutRights const&) = delete;
+
+private:
+    bool _wasRoot;
+};
+
+}  // namespace
+
+// == Good files ==
+
+TEST_F(MeshFile_test, polygonsBecomeTriangles) {
+    Result<MeshData> const result = loadText("cube.off", mesh_texts::cubeOff);
+    ASSERT_TRUE(result.isOk()) << result.fault().line();
+    MeshData const& mesh = result.value();
+    EXPECT_EQ(mesh.name, "cube.off");
+    EXPECT_EQ(mesh.triangles.size(), 12U);
+    EXPECT_EQ(mesh.partCount, 1U);
+    EXPECT_EQ(mesh.computedNormalCount, mesh.normals.size());
+    EXPECT_FALSE(mesh.hasVertexColours);
+    EXPECT_TRUE(mesh.textureCoordinates.empty());
+    EXPECT_EQ(mesh.box().min.x, -1);
+    EXPECT_EQ(mesh.box().max.z, 1);
+    // Smooth normals of a cube about the origin point away from its centre.
+    for (std::size_t i = 0; i < mesh.positions.size(); ++i) {
+        EXPECT_NEAR(mesh.normals[i].x, mesh.positions[i].x / std::sqrt(3.0), 1e-6);
+        EXPECT_NEAR(mesh.normals[i].z, mesh.positions[i].z / std::sqrt(3.0), 1e-6);
+    }
+}
+
+TEST_F(MeshFile_test, normalsAndTextureCoordinatesOfTheFileAreKept) {
+    Result<MeshData> const result =
+        loadText("a.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nvn 0 3 4\nvt 0.25 0.5\nf 1/1/1 2/1/1 3/1/1\n");
+    ASSERT_TRUE(result.isOk()) << result.fault().line();
+    EXPECT_EQ(result.value().computedNormalCount, 0U);
+    EXPECT_NEAR(result.value().normals[0].y, 0.6, 1e-6);
+    EXPECT_NEAR(result.value().normals[0].z, 0.8, 1e-6);
+    ASSERT_EQ(result.value().textureCoordinates.size(), 3U);
+    EXPECT_EQ(result.value().textureCoordinates[1].x, 0.25F);
+}
+
+TEST_F(MeshFile_test, normalsThatAreNoneAreReplaced) {
+    for (char const* const normal : {"0 0 0", "nan 0 1"}) {
+        Result<MeshData> const result = loadText("a.obj", std::string("v 0 0 0\nv 1 0 0\nv 0 1 0\nvn ") +
+                                                              normal + "\nf 1//1 2//1 3//1\n");
+        ASSERT_TRUE(result.isOk()) << result.fault().line();
+        EXPECT_EQ(result.value().computedNormalCount, 3U);
+        EXPECT_EQ(result.value().normals[0].z, 1.0F);
+    }
+}
+
+TEST_F(MeshFile_test, coloursComeFromTheMaterial) {
+    folder.write("a.mtl", "newmtl paint\nKd 0.1 0.2 0.3\n");
+    Result<MeshData> const result =
+        loadText("a.obj", "mtllib a.mtl\nusemtl paint\n" + mesh_texts::triangleObj);
+    ASSERT_TRUE(result.isOk()) << result.fault().line();
+    EXPECT_EQ(result.value().colours[0].r, 0.1F);
+    EXPECT_EQ(result.value().colours[2].b, 0.3F);
+    EXPECT_EQ(result.value().colours[2].a, 1.0F);
+}
+
+TEST_F(MeshFile_test, coloursComeFromTheVertices) {
+    Result<MeshData> const result =
+        loadText("a.obj", "v 0 0 0 1 0 0\nv 1 0 0 0 1 0\nv 0 1 0 0 0 1\nf 1 2 3\n");
+    ASSERT_TRUE(result.isOk()) << result.fault().line();
+    EXPECT_TRUE(result.value().hasVertexColours);
+    EXPECT_EQ(result.value().colours[0].r, 1.0F);
+    EXPECT_EQ(result.value().colours[1].g, 1.0F);
+    EXPECT_EQ(result.value().colours[1].r, 0.0F);
+}
+
+TEST_F(MeshFile_test, aFileWithoutItsMaterialsIsStillAMesh) {
+    Result<MeshData> const result =
+        loadText("a.obj", "mtllib gone.mtl\nusemtl a\n" + mesh_texts::triangleObj);
+    EXPECT_TRUE(result.isOk()) << result.fault().line();
+}
+
+TEST_F(MeshFile_test, pointsAndLinesAreLeftOut) {
+    Result<MeshData> const result = loadText("a.obj", mesh_texts::triangleObj + "l 1 2\np 3\n");
+    ASSERT_TRUE(result.isOk()) << result.fault().line();
+    EXPECT_EQ(result.value().triangles.size(), 1U);
+}
+
+TEST_F(MeshFile_test, facetsOfAnStlFileAreSmoothed) {
+    // Two facets that meet at a right angle along an edge.
+    Result<MeshData> const result = loadText(
+        "a.stl", "solid a\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\n"
+                 "endloop\nendfacet\nfacet normal 0 1 0\nouter loop\nvertex 0 0 0\nvertex 1 0 0\n"
+                 "vertex 0 0 -1\nendloop\nendfacet\nendsolid a\n");
+    ASSERT_TRUE(result.isOk()) << result.fault().line();
+    MeshData const& mesh = result.value();
+    EXPECT_EQ(mesh.triangles.size(), 2U);
+    EXPECT_EQ(mesh.computedNormalCount, mesh.normals.size());
+    for (std::size_t i = 0; i < mesh.positions.size(); ++i) {
+        bool const isOnEdge = mesh.positions[i].y == 0 && mesh.positions[i].z == 0;
+        EXPECT_EQ(mesh.normals[i].y > 0.1F && mesh.normals[i].z > 0.1F, isOnEdge) << i;
+    }
+}
+
+TEST_F(MeshFile_test, nodesArePlacedAndMirroredOnesKeepTheirFront) {
+    // A triangle placed twice: moved by 10 and made three times as large, and mirrored in x.
+    std::string const gltf = R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0,1]}],
+        "nodes":[{"mesh":0,"translation":[10,0,0],"scale":[3,3,3]},{"mesh":0,"scale":[-1,1,1]}],
+        "meshes":[{"primitives":[{"attributes":{"POSITION":0}}]}],
+        "accessors":[{"bufferView":0,"componentType":5126,"count":3,"type":"VEC3","min":[0,0,0],"max":[1,1,0]}],
+        "bufferViews":[{"buffer":0,"byteLength":36}],
+        "buffers":[{"byteLength":36,"uri":"a.bin"}]})";
+    std::string bytes;
+    for (float const& value : {0.0F, 0.0F, 0.0F, 1.0F, 0.0F, 0.0F, 0.0F, 1.0F, 0.0F}) {
+        mesh_texts::append(bytes, value);
+    }
+    folder.write("a.bin", bytes);
+    Result<MeshData> const result = loadText("a.gltf", gltf);
+    ASSERT_TRUE(result.isOk()) << result.fault().line();
+    MeshData const& mesh = result.value();
+    EXPECT_EQ(mesh.partCount, 2U);
+    EXPECT_EQ(mesh.box().max.x, 13);
+    EXPECT_EQ(mesh.box().max.y, 3);
+    EXPECT_EQ(mesh.box().min.x, -1);
+    for (MeshData::Triangle const& t : mesh.triangles) {
+        Vector3<double> const& a = mesh.positions[t.e0];
+        EXPECT_GT(cross(mesh.positions[t.e1] - a, mesh.positions[t.e2] - a).z, 0) << "its back is turned";
+    }
+    for (Vector3<float> const& normal : mesh.normals) {
+        EXPECT_EQ(normal.z, 1.0F);
+    }
+}
+
+TEST_F(MeshFile_test, binaryFormatsLoad) {
+    Result<MeshData> const ply = loadText("a.ply", mesh_texts::binaryPly(20));
+    ASSERT_TRUE(ply.isOk()) << ply.fault().line();
+    EXPECT_EQ(ply.value().triangles.size(), 20U);
+    Result<MeshData> const stl = loadText("a.STL", mesh_texts::binaryStl(20));
+    ASSERT_TRUE(stl.isOk()) << stl.fault().line();
+    EXPECT_EQ(stl.value().triangles.size(), 20U);
+}
+
+// == Files that cannot be read ==
+
+TEST_F(MeshFile_test, aMissingFileIsAFault) {
+    EXPECT_EQ(faultOf(load(folder.file("gone.obj")), "gone.obj"),
+              "cannot be opened: No such file or directory");
+    EXPECT_FALSE(load("").isOk());
+}
+
+TEST_F(MeshFile_test, aFolderIsAFault) {
+    ASSERT_EQ(mkdir(folder.file("a.obj").c_str(), 0755), 0);
+    EXPECT_THAT(faultOf(load(folder.file("a.obj")), "a.obj"), HasSubstr("folder"));
+}
+
+TEST_F(MeshFile_test, aNamedPipeIsNotWaitedFor) {
+    ASSERT_EQ(mkfifo(folder.file("a.obj").c_str(), 0644), 0);
+    EXPECT_THAT(faultOf(load(folder.file("a.obj")), "a.obj"), HasSubstr("not a regular file"));
+}
+
+TEST_F(MeshFile_test, aFileWithoutReadPermissionIsAFault) {
+    std::string const path = folder.write("a.obj", mesh_texts::triangleObj);
+    ASSERT_EQ(chmod(path.c_str(), 0), 0);
+    WithoutRights const user;
+    EXPECT_EQ(faultOf(load(path), "a.obj"), "cannot be opened: Permission denied");
+}
+
+TEST_F(MeshFile_test, anUnknownExtensionIsAFault) {
+    EXPECT_EQ(faultOfText("a.teapot", mesh_texts::triangleObj), "unknown mesh file extension '.teapot'");
+    EXPECT_THAT(faultOfText("noextension", mesh_texts::triangleObj), HasSubstr("no extension"));
+}
+
+TEST_F(MeshFile_test, aNameWithALineEndStaysOneLine) {
+    Result<MeshData> const result = load(folder.file("a\nb.obj"));
+    ASSERT_FALSE(result.isOk());
+    EXPECT_EQ(result.fault().line().find('\n'), std::string::npos);
+}
+
+// == Damaged files ==
+
+TEST_F(MeshFile_test, anEmptyFileIsAFault) {
+    for (char const* const name : {"a.obj", "a.ply", "a.stl", "a.off", "a.glb", "a.3ds", "a.fbx"}) {
+        EXPECT_EQ(faultOfText(name, ""), "the file is empty");
+    }
+}
+
+TEST_F(MeshFile_test, aMeshWithoutTrianglesIsAFault) {
+    EXPECT_THAT(faultOfText("a.obj", "# nothing to see\n# at all, really nothing\n"), testing::Not(""));
+    EXPECT_THAT(faultOfText("b.obj", "v 0 0 0\nv 1 0 0\nl 1 2\n"), HasSubstr("empty"));
+}
+
+TEST_F(MeshFile_test, noiseIsAFaultInEveryFormat) {
+    for (char const* const name : {"a.obj", "a.ply", "a.stl", "a.off", "a.glb", "a.gltf", "a.3ds", "a.fbx",
+                                   "a.dae", "a.x", "a.lwo", "a.blend", "a.ifc", "a.dxf"}) {
+        for (unsigned int const& size : {40U, 3000U}) {
+            EXPECT_NE(faultOfText(name, mesh_texts::noise(size)), "") << name;
+        }
+    }
+}
+
+TEST_F(MeshFile_test, truncatedFilesAreFaults) {
+    struct Row {
+        char const* name;
+        std::string content;
+        std::size_t firstCut;  // before it, nothing but a header is left
+    };
+    std::string const ply = mesh_texts::binaryPly(3);
+    std::string const stl = mesh_texts::binaryStl(3);
+    Row const rows[] = {
+        {"a.ply", ply, ply.size() - 60}, {"a.stl", stl, 90}, {"a.off", mesh_texts::cubeOff, 8}};
+    for (Row const& row : rows) {
+        // The last bytes of a text file are a line end and a digit that may go missing unnoticed.
+        for (std::size_t size = row.firstCut; size + 3 < row.content.size(); size += 13) {
+            EXPECT_NE(faultOfText(row.name, row.content.substr(0, size)), "")
+                << row.name << " cut to " << size;
+        }
+    }
+}
+
+TEST_F(MeshFile_test, coordinatesThatAreNotNumbersAreFaults) {
+    for (char const* const bad : {"nan", "inf", "-inf"}) {
+        std::string const number = bad;
+        EXPECT_THAT(faultOfText("a.obj", "v 0 0 0\nv 1 0 0\nv 0 " + number + " 0\nf 1 2 3\n"),
+                    HasSubstr("not a number or infinite"));
+        EXPECT_THAT(faultOfText("a.off", "OFF\n3 1 0\n0 0 0\n1 0 0\n0 " + number + " 0\n3 0 1 2\n"),
+                    HasSubstr("not a number or infinite"));
+        std::string ply = mesh_texts::trianglePly;
+        ply.replace(ply.find("1 0 0"), 5, "1 " + number + " 0");
+        EXPECT_THAT(faultOfText("a.ply", ply), HasSubstr("not a number or infinite"));
+    }
+}
+
+TEST_F(MeshFile_test, indicesOutOfRangeAreFaults) {
+    for (char const* const index : {"3", "99", "-1", "2147483647"}) {
+        std::string ply = mesh_texts::trianglePly;
+        ply.replace(ply.find("3 0 1 2"), 7, std::string("3 0 1 ") + index);
+        EXPECT_THAT(faultOfText("a.ply", ply), HasSubstr("out of range")) << index;
+        EXPECT_THAT(
+            faultOfText("a.off", std::string("OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 ") + index + "\n"),
+            HasSubstr("out of range"))
+            << index;
+    }
+    for (char const* const index : {"4", "99", "-4", "0"}) {
+        EXPECT_THAT(faultOfText("a.obj", std::string("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 ") + index + "\n"),
+                    AnyOf(HasSubstr("out of range"), HasSubstr("Invalid face index")))
+            << index;
+    }
+}
+
+TEST_F(MeshFile_test, aFileThatDeclaresMoreThanMemoryHoldsIsAFault) {
+    EXPECT_EQ(faultOfText("a.off", mesh_texts::endlessOff),
+              "the file is cut off: it declares 987654321012 of 'vertex' and holds 10");
+}
+
+TEST_F(MeshFile_test, anImportBeyondItsMemoryIsAFault) {
+    if (!importMemoryIsLimited) {
+        GTEST_SKIP() << "a sanitizer reserves the address space, so there is no limit to meet";
+    }
+    std::string const path = folder.write("a.ply", mesh_texts::binaryPly(300'000));
+    EXPECT_EQ(faultOf(MeshFile(path).load({ImportLimits{}.deadline, std::uint64_t(12) << 20}), "a.ply"),
+              "the import needs more memory than the limit of 12 MB");
+}
+
+TEST_F(MeshFile_test, anImportBeyondItsDeadlineIsAFault) {
+    std::string const path = folder.write("a.ply", mesh_texts::binaryPly(300'000));
+    EXPECT_EQ(
+        faultOf(MeshFile(path).load({std::chrono::milliseconds(1), ImportLimits{}.memoryBytes}), "a.ply"),
+        "the import did not end within 0.001 s and was stopped");
+}
+
+TEST_F(MeshFile_test, assimpSaysNothingOnTheStreams) {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    loadText("a.obj", mesh_texts::noise(500));
+    loadText("b.obj", "mtllib gone.mtl\nusemtl a\n" + mesh_texts::triangleObj);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}

@@ -1,0 +1,145 @@
+#include "viewport/files/mesh/MeshTransfer.h"
+
+#include <gmock/gmock.h>
+
+#include <cstring>
+
+using namespace vellum;
+using namespace vellum::viewport;
+
+namespace {
+
+MeshData triangle() {
+    MeshData mesh;
+    mesh.name = "triangle.obj";
+    mesh.positions = {{0, 0, 0}, {1.5, 0, 0}, {0, 2, -3}};
+    mesh.triangles = {{0, 1, 2}};
+    mesh.normals.assign(3, {0, 0.6F, 0.8F});
+    mesh.colours.assign(3, {1, 0.5F, 0.25F, 1});
+    mesh.partCount = 7;
+    mesh.hasVertexColours = true;
+    mesh.computedNormalCount = 2;
+    return mesh;
+}
+
+Result<MeshData> decode(std::vector<unsigned char> const& bytes) {
+    return decodeMesh(bytes.data(), bytes.size(), "file.obj");
+}
+
+std::string faultOf(std::vector<unsigned char> const& bytes) {
+    Result<MeshData> const result = decode(bytes);
+    return result.isOk() ? "" : result.fault().line();
+}
+
+/// The offsets of the header's fields, which the damages below aim at.
+constexpr std::size_t contentOffset = 8;
+constexpr std::size_t textLengthOffset = 20;
+constexpr std::size_t vertexCountOffset = 24;
+constexpr std::size_t triangleCountOffset = 32;
+
+template <class T>
+std::vector<unsigned char> with(std::vector<unsigned char> bytes, std::size_t const& offset, T const& value) {
+    std::memcpy(bytes.data() + offset, &value, sizeof value);
+    return bytes;
+}
+
+}  // namespace
+
+TEST(MeshTransfer, aMeshComesBackAsItWas) {
+    for (bool const& hasTexture : {false, true}) {
+        MeshData sent = triangle();
+        if (hasTexture) {
+            sent.textureCoordinates = {{0, 0}, {1, 0}, {0, 0.5F}};
+        }
+        Result<MeshData> const result = decode(encodeMesh(sent));
+        ASSERT_TRUE(result.isOk()) << result.fault().line();
+        MeshData const& mesh = result.value();
+        EXPECT_EQ(mesh.name, "triangle.obj");
+        EXPECT_EQ(mesh.positions[1].x, 1.5);
+        EXPECT_EQ(mesh.positions[2].z, -3);
+        EXPECT_EQ(mesh.triangles[0].e2, 2U);
+        EXPECT_EQ(mesh.normals[2].z, 0.8F);
+        EXPECT_EQ(mesh.colours[2].b, 0.25F);
+        EXPECT_EQ(mesh.textureCoordinates.size(), hasTexture ? 3U : 0U);
+        EXPECT_EQ(mesh.partCount, 7U);
+        EXPECT_TRUE(mesh.hasVertexColours);
+        EXPECT_EQ(mesh.computedNormalCount, 2U);
+    }
+}
+
+TEST(MeshTransfer, materialsComeBackAsTheyWere) {
+    MeshData sent = triangle();
+    sent.materials.resize(2);
+    sent.materials[0].texture = "skin.png";
+    sent.materials[1].tint = {0.5F, 0.25F, 1, 1};
+    sent.materials[1].textureBytes = {1, 2, 3};
+    sent.triangleMaterials = {1};
+    std::vector<unsigned char> const whole = encodeMesh(sent);
+    Result<MeshData> const result = decode(whole);
+    ASSERT_TRUE(result.isOk()) << result.fault().line();
+    ASSERT_EQ(result.value().materials.size(), 2U);
+    EXPECT_EQ(result.value().triangleMaterials, std::vector<unsigned int>{1});
+    EXPECT_EQ(result.value().materials[0].texture, "skin.png");
+    EXPECT_EQ(result.value().materials[1].tint.g, 0.25F);
+    EXPECT_EQ(result.value().materials[1].textureBytes, (std::vector<unsigned char>{1, 2, 3}));
+
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        EXPECT_THAT(faultOf({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)}),
+                    testing::HasSubstr("damaged"));
+    }
+    // The lengths in the header of the last material, whose three bytes end the message.
+    for (std::size_t const& fromEnd : {std::size_t(3 + 8), std::size_t(3 + 16)}) {
+        for (std::uint64_t const& length : {std::uint64_t(4), ~std::uint64_t(0)}) {
+            EXPECT_THAT(faultOf(with(whole, whole.size() - fromEnd, length)), testing::HasSubstr("damaged"));
+        }
+    }
+    sent.triangleMaterials = {2};
+    EXPECT_THAT(faultOf(encodeMesh(sent)), testing::HasSubstr("material that does not exist"));
+}
+
+TEST(MeshTransfer, aFaultComesBackWithTheFilesName) {
+    EXPECT_EQ(faultOf(encodeFault("is a teapot")), "file.obj: is a teapot");
+    EXPECT_EQ(faultOf(encodeFault("")), "file.obj: ");
+}
+
+TEST(MeshTransfer, everyShorterOrLongerBufferIsRefused) {
+    std::vector<unsigned char> const whole = encodeMesh(triangle());
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        EXPECT_THAT(faultOf({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)}),
+                    testing::HasSubstr("damaged"))
+            << size;
+    }
+    std::vector<unsigned char> longer = whole;
+    longer.push_back(0);
+    EXPECT_THAT(faultOf(longer), testing::HasSubstr("damaged"));
+}
+
+TEST(MeshTransfer, absurdHeadersAreRefused) {
+    std::vector<unsigned char> const whole = encodeMesh(triangle());
+    std::vector<unsigned char> const damaged[] = {
+        with(whole, 0, 'x'),
+        with(whole, contentOffset, std::uint32_t(3)),
+        with(whole, textLengthOffset, std::uint32_t(0xFFFFFFFF)),
+        with(whole, vertexCountOffset, std::uint64_t(4)),
+        with(whole, vertexCountOffset, ~std::uint64_t(0)),
+        // Times 52 bytes this wraps around to the three vertices that there are.
+        with(whole, vertexCountOffset, std::uint64_t(3) + (std::uint64_t(1) << 62)),
+        with(whole, triangleCountOffset, std::uint64_t(1) << 62),
+        with(whole, triangleCountOffset, std::uint64_t(0)),
+    };
+    for (std::vector<unsigned char> const& bytes : damaged) {
+        EXPECT_THAT(faultOf(bytes), testing::HasSubstr("damaged")) << &bytes - damaged;
+    }
+}
+
+TEST(MeshTransfer, theContentIsChecked) {
+    MeshData mesh = triangle();
+    mesh.triangles[0].e1 = 3;
+    EXPECT_THAT(faultOf(encodeMesh(mesh)), testing::HasSubstr("out of range"));
+    mesh = triangle();
+    mesh.positions[0].x = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_THAT(faultOf(encodeMesh(mesh)), testing::HasSubstr("not a number"));
+    mesh = triangle();
+    mesh.triangles.clear();
+    EXPECT_THAT(faultOf(encodeMesh(mesh)), testing::HasSubstr("empty"));
+}

@@ -1,0 +1,225 @@
+#include "viewport/files/particles/LammpsDump.h"
+
+#include "tests/viewport/files/particles/particle_texts.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+
+using namespace vellum;
+using namespace vellum::viewport;
+using particle_texts::dump;
+using particle_texts::nobody;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+using Point = Vector3<float>;
+
+std::string frameOf(std::string const& atoms, std::string const& count, std::string const& names) {
+    return "ITEM: TIMESTEP\n7\nITEM: NUMBER OF ATOMS\n" + count +
+           "\nITEM: BOX BOUNDS pp pp pp\n0 1\n0 1\n0 1\nITEM: ATOMS " + names + "\n" + atoms;
+}
+
+std::string faultIn(std::string const& text) {
+    return faultOf(readLammpsDump(text, nobody));
+}
+
+ParticleFrame onlyFrame(std::string const& text) {
+    Result<ParticleFrames> const result = readLammpsDump(text, nobody);
+    EXPECT_EQ(faultOf(result), "");
+    return result.isOk() && result.value().frames.size() == 1 ? result.value().frames[0] : ParticleFrame();
+}
+
+}  // namespace
+
+TEST(LammpsDump, columnsAreFoundByTheirNamesAndParticlesSortedByTheirIds) {
+    Result<ParticleFrames> const result = readLammpsDump(dump, nobody);
+    ASSERT_EQ(faultOf(result), "");
+    EXPECT_EQ(result.value().warning, "");
+    ASSERT_EQ(result.value().frames.size(), 2U);
+    ParticleFrame const& frame = result.value().frames[0];
+    EXPECT_EQ(frame.timestep, 100);
+    EXPECT_EQ(frame.time, 0.5);
+    EXPECT_THAT(frame.positions,
+                ElementsAre(Point{1, 1.5F, -2}, Point{10.25F, 2.5F, -3}, Point{3, 0.5F, -1}));
+    EXPECT_THAT(frame.velocities, ElementsAre(Point{1, 0, 0}, Point{0, 1, 0}, Point{0, 0, 1}));
+    ASSERT_EQ(frame.channels.size(), 3U);
+    EXPECT_THAT(frame.channel("id")->values, ElementsAre(1, 2, 3));
+    EXPECT_THAT(frame.channel("type")->values, ElementsAre(2, 1, 1));
+    EXPECT_THAT(frame.channel("c_pe")->values, ElementsAre(-8.5F, 1e-3F, -7.25F));
+    EXPECT_EQ(frame.channel("c_ke"), nullptr);
+    ASSERT_TRUE(frame.box);
+    EXPECT_TRUE((frame.box->origin == Vector3<double>{0, 0, -5}));
+    EXPECT_TRUE((frame.box->edges[1] == Vector3<double>{0, 20, 0}));
+    EXPECT_TRUE((frame.box->edges[2] == Vector3<double>{0, 0, 10}));
+}
+
+TEST(LammpsDump, scaledPositionsArePutIntoTheTiltedBox) {
+    Result<ParticleFrames> const result = readLammpsDump(dump, nobody);
+    ASSERT_TRUE(result.isOk());
+    ParticleFrame const& frame = result.value().frames[1];
+    // xy = 2, xz = -1, yz = 3: the upright box around it begins 1 further left and ends 2 further right, and
+    // ends 3 further back.
+    ASSERT_TRUE(frame.box);
+    EXPECT_TRUE((frame.box->origin == Vector3<double>{0, 0, 0}));
+    EXPECT_TRUE((frame.box->edges[0] == Vector3<double>{10, 0, 0}));
+    EXPECT_TRUE((frame.box->edges[1] == Vector3<double>{2, 20, 0}));
+    EXPECT_TRUE((frame.box->edges[2] == Vector3<double>{-1, 3, 8}));
+    EXPECT_THAT(frame.positions, ElementsAre(Point{-1, 3, 8}, Point{5.5F, 11.5F, 4}));
+    EXPECT_TRUE(frame.velocities.empty());
+    EXPECT_FALSE(frame.time);
+}
+
+TEST(LammpsDump, boxesOfGeneralShapeAreGivenByTheirEdges) {
+    ParticleFrame const frame =
+        onlyFrame("ITEM: TIMESTEP\n0\nITEM: NUMBER OF ATOMS\n1\nITEM: BOX BOUNDS abc origin pp pp pp\n"
+                  "1 2 3 100\n4 5 6 200\n7 8 9 300\nITEM: ATOMS xsu ysu zsu\n1 0 2\n");
+    ASSERT_TRUE(frame.box);
+    EXPECT_TRUE((frame.box->origin == Vector3<double>{100, 200, 300}));
+    EXPECT_TRUE((frame.box->edges[2] == Vector3<double>{7, 8, 9}));
+    EXPECT_THAT(frame.positions, ElementsAre(Point{115, 218, 321}));
+}
+
+TEST(LammpsDump, wrappedPositionsComeBeforeUnwrappedAndScaledOnes) {
+    ParticleFrame const frame = onlyFrame(frameOf("1 2 3 4 5 6 7 8 9\n", "1", "xs ys zs xu yu zu x y z"));
+    EXPECT_THAT(frame.positions, ElementsAre(Point{7, 8, 9}));
+    EXPECT_EQ(frame.channels.size(), 6U);
+    EXPECT_THAT(onlyFrame(frameOf("1 2 3 4 5 6\n", "1", "xs ys zs xu yu zu")).positions,
+                ElementsAre(Point{4, 5, 6}));
+    // One coordinate of a kind is not enough to take it.
+    EXPECT_THAT(onlyFrame(frameOf("9 4 5 6\n", "1", "x xs ys zs")).positions, ElementsAre(Point{4, 5, 6}));
+}
+
+TEST(LammpsDump, columnsOfTextAreNoChannels) {
+    ParticleFrame const frame =
+        onlyFrame(frameOf("Ar 0 0 0 2 In\nNe 1 1 1 3 1\n", "2", "element x y z q name"));
+    ASSERT_EQ(frame.channels.size(), 1U);
+    EXPECT_THAT(frame.channel("q")->values, ElementsAre(2, 3));
+}
+
+TEST(LammpsDump, withoutIdsTheOrderIsTheFiles) {
+    EXPECT_THAT(onlyFrame(frameOf("2 0 0\n1 0 0\n", "2", "x y z")).positions,
+                ElementsAre(Point{2, 0, 0}, Point{1, 0, 0}));
+}
+
+TEST(LammpsDump, idsFarApartAreSortedToo) {
+    ParticleFrame const frame =
+        onlyFrame(frameOf("9007199254740992 1 0 0\n-5 2 0 0\n70 3 0 0\n-5 4 0 0\n", "4", "id x y z"));
+    EXPECT_THAT(frame.positions, ElementsAre(Point{2, 0, 0}, Point{4, 0, 0}, Point{3, 0, 0}, Point{1, 0, 0}));
+}
+
+TEST(LammpsDump, numbersMayBeSignedHugeTinyOrNone) {
+    ParticleFrame const frame = onlyFrame(
+        frameOf("+1 -1e300 1e-300 nan 1e999\r\n-1e999 1e-999 inf -1e-999 0.1\r\n", "2", "x y z q r"));
+    ASSERT_EQ(frame.positions.size(), 2U);
+    EXPECT_EQ(frame.positions[0], (Point{1, -INFINITY, 0}));
+    EXPECT_EQ(frame.positions[1], (Point{-INFINITY, 0, INFINITY}));
+    EXPECT_TRUE(std::isnan(frame.channel("q")->values[0]));
+    EXPECT_EQ(frame.channel("r")->values[0], INFINITY);
+    EXPECT_EQ(frame.channel("r")->values[1], 0.1F);
+}
+
+TEST(LammpsDump, blanksTabulatorsAndEmptyLinesDoNotMatter) {
+    EXPECT_THAT(onlyFrame("\n" + frameOf("  1\t2   3 \t\r\n", "1 ", "x\ty z ") + "\n \r\n").positions,
+                ElementsAre(Point{1, 2, 3}));
+}
+
+TEST(LammpsDump, framesMayHaveNoParticles) {
+    Result<ParticleFrames> const result =
+        readLammpsDump(frameOf("", "0", "id x y z vx vy vz") + frameOf("1 2 3 4\n", "1", "id x y z"), nobody);
+    ASSERT_EQ(faultOf(result), "");
+    ASSERT_EQ(result.value().frames.size(), 2U);
+    EXPECT_TRUE(result.value().frames[0].positions.empty());
+    EXPECT_EQ(result.value().frames[1].positions.size(), 1U);
+}
+
+TEST(LammpsDump, damageIsReportedWithItsLineAndReason) {
+    EXPECT_EQ(faultIn(frameOf("1 2 3\n1 two 3\n", "2", "x y z")),
+              "line 11: 'two' in column 'y' is not a number");
+    EXPECT_EQ(faultIn(frameOf("1 2 3\n1 2.5.1 3\n", "2", "x y z")),
+              "line 11: '2.5.1' in column 'y' is not a number");
+    EXPECT_EQ(faultIn(frameOf("1 2\n", "1", "x y z")), "line 10: has 2 of 3 values");
+    EXPECT_EQ(faultIn(frameOf("1 2 3 4\n", "1", "x y z")), "line 10: has more than 3 values");
+    EXPECT_EQ(faultIn(frameOf("1 2 3\n4 5 6\n", "1", "x y z")),
+              "line 11: 'ITEM:' is expected in place of '4 5 6'");
+    EXPECT_EQ(faultIn(frameOf("1 2 3\n", "2", "x y z") + frameOf("1 2 3\n", "1", "x y z")),
+              "line 11: the frame has fewer than the 2 atoms that it declares");
+    EXPECT_EQ(faultIn(frameOf("1.5 2 3 4\n", "1", "id x y z")),
+              "line 10: the particle's id is not a whole number");
+    EXPECT_EQ(faultIn(frameOf("nan 2 3 4\n", "1", "id x y z")),
+              "line 10: the particle's id is not a whole number");
+    EXPECT_THAT(faultIn(frameOf("1 2\n", "1", "x y")), HasSubstr("line 9: no columns give positions"));
+    EXPECT_EQ(faultIn(frameOf("", "many", "x y z")), "line 4: 'many' is not a number of atoms");
+    EXPECT_EQ(faultIn(frameOf("", "-3", "x y z")), "line 4: '-3' is not a number of atoms");
+    EXPECT_EQ(faultIn("ITEM: TIMESTEP\nnow\n"), "line 2: 'now' is not a time step");
+    EXPECT_EQ(faultIn("ITEM: TIME\nnow\n"), "line 2: 'now' is not a time");
+    EXPECT_EQ(faultIn("ITEM: TIME\n\n"), "line 2: '' is not a time");
+    EXPECT_EQ(faultIn("ITEM: ENTRIES index\n"), "line 1: 'ITEM: ENTRIES index' is not understood");
+    EXPECT_EQ(faultIn("ITEM: BOX BOUNDS pp pp pp\n0\n"),
+              "line 2: '0' are not the 2 numbers of the box's limits");
+    EXPECT_EQ(faultIn("ITEM: ATOMS x y z\n"), "line 1: the frame's time step is missing");
+    EXPECT_EQ(faultIn("ITEM: TIMESTEP\n1\nITEM: ATOMS x y z\n"),
+              "line 3: the frame's number of atoms is missing");
+    EXPECT_EQ(faultIn("ITEM: TIMESTEP\n1\nITEM: NUMBER OF ATOMS\n1\nITEM: ATOMS xs ys zs\n0 0 0\n"),
+              "line 5: the positions are scaled, and the frame has no box");
+    EXPECT_EQ(faultIn(""), "holds no frame");
+}
+
+TEST(LammpsDump, countsBeyondTheFileTakeNoMemory) {
+    EXPECT_EQ(
+        faultIn(frameOf("1 2 3\n", "18446744073709551615", "x y z")),
+        "line 10: the text ends after 1 of 18446744073709551615 particles; the file is cut off in frame 1");
+    EXPECT_EQ(faultIn(frameOf("1 2 3\n", "99999999999999999999", "x y z")),
+              "line 4: '99999999999999999999' is not a number of atoms");
+}
+
+TEST(LammpsDump, ofADumpCutOffTheCompleteFramesAreGiven) {
+    std::size_t const second = dump.find("ITEM: TIMESTEP\n200");
+    ParticleFrame const whole = readLammpsDump(dump, nobody).value().frames[0];
+    for (std::size_t size = 0; size < dump.size(); ++size) {
+        // A copy of exactly this size, so that a memory checker sees every byte read behind the end.
+        std::vector<char> const bytes(dump.begin(), dump.begin() + static_cast<std::ptrdiff_t>(size));
+        Result<ParticleFrames> const result = readLammpsDump({bytes.data(), bytes.size()}, nobody);
+        if (size + 1 < second) {
+            EXPECT_FALSE(result.isOk() && result.value().warning.empty()) << size;
+            continue;
+        }
+        ASSERT_TRUE(result.isOk()) << size << ' ' << faultOf(result);
+        EXPECT_EQ(result.value().frames[0].positions, whole.positions);
+        EXPECT_EQ(result.value().frames[0].channels[2].values, whole.channels[2].values);
+        EXPECT_EQ(result.value().warning.empty(), size == second) << size;
+        EXPECT_EQ(result.value().frames.size(), size < dump.size() - 1 ? 1U : 2U) << size;
+    }
+    EXPECT_EQ(readLammpsDump(dump.substr(0, dump.size() - 6), nobody).value().warning,
+              "line 27: has 1 of 4 values; the file is cut off in frame 2, which is left out");
+}
+
+TEST(LammpsDump, everySingleByteMayBeWrong) {
+    for (std::size_t place = 0; place < dump.size(); ++place) {
+        for (char const& wrong : {'\0', '\n', ' ', '9', '-', '\xFF'}) {
+            std::string damaged = dump;
+            damaged[place] = wrong;
+            Result<ParticleFrames> const result = readLammpsDump(damaged, nobody);
+            EXPECT_TRUE(result.isOk() ? !result.value().frames.empty() : !result.fault().message.empty());
+        }
+    }
+}
+
+TEST(LammpsDump, progressGoesFromTheFirstToTheLastByte) {
+    std::string atoms;
+    for (int i = 0; i < 10000; ++i) {
+        atoms += "1 2 3\n";
+    }
+    std::string const text = frameOf(atoms, "10000", "x y z");
+    std::vector<std::uint64_t> told;
+    ParticleProgress const listener = [&](std::uint64_t const& done, std::uint64_t const& all) {
+        EXPECT_EQ(all, text.size());
+        told.push_back(done);
+    };
+    ASSERT_TRUE(readLammpsDump(text, listener).isOk());
+    EXPECT_GE(told.size(), 3U);
+    EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
+    EXPECT_LE(told.back(), text.size());
+}

@@ -1,0 +1,157 @@
+#include "viewport/files/particles/ParticleFile.h"
+
+#include "tests/support/TemporaryFolder.h"
+#include "tests/viewport/files/mesh/mesh_texts.h"
+#include "tests/viewport/files/particles/particle_texts.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+#define ZLIB_CONST
+#include <zlib.h>
+
+using namespace vellum;
+using namespace vellum::viewport;
+using particle_texts::dump;
+using particle_texts::nobody;
+using testing::HasSubstr;
+
+namespace {
+
+std::string gzip(std::string const& text) {
+    z_stream stream{};
+    deflateInit2(&stream, Z_BEST_SPEED, Z_DEFLATED, 16 + MAX_WBITS, 8, Z_DEFAULT_STRATEGY);
+    std::string bytes(deflateBound(&stream, text.size()) + 64, '\0');
+    stream.next_in = reinterpret_cast<Bytef const*>(text.data());
+    stream.avail_in = static_cast<uInt>(text.size());
+    stream.next_out = reinterpret_cast<Bytef*>(bytes.data());
+    stream.avail_out = static_cast<uInt>(bytes.size());
+    EXPECT_EQ(deflate(&stream, Z_FINISH), Z_STREAM_END);
+    bytes.resize(stream.total_out);
+    deflateEnd(&stream);
+    return bytes;
+}
+
+std::string const points = "ply\nformat ascii 1.0\nelement vertex 1\nproperty float x\nproperty float y\n"
+                           "property float z\nend_header\n1 2 3\n";
+
+std::string largeDump() {
+    std::string text = "ITEM: TIMESTEP\n7\nITEM: NUMBER OF ATOMS\n60000\nITEM: ATOMS x y z\n";
+    for (int i = 0; i < 60000; ++i) {
+        text += std::to_string(i) + " 0 " + std::to_string(i % 7919) + "\n";
+    }
+    return text;
+}
+
+}  // namespace
+
+TEST(ParticleFile, theContentTellsTheFormat) {
+    struct Row {
+        std::string content;
+        ParticleFormat format;
+    };
+    TemporaryFolder const folder;
+    for (Row const& row : {Row{dump, ParticleFormat::lammpsDump}, Row{"1\n\nH 0 0 0\n", ParticleFormat::xyz},
+                           Row{"x,y,z\n1,2,3\n", ParticleFormat::csv}, Row{points, ParticleFormat::ply}}) {
+        for (std::string const& content : {row.content, gzip(row.content)}) {
+            ParticleFile const file(folder.write("some.dat", content));
+            Result<ParticleFormat> const format = file.format();
+            ASSERT_TRUE(format.isOk());
+            EXPECT_EQ(format.value(), row.format);
+            Result<ParticleFrames> const frames = file.load(nobody);
+            ASSERT_EQ(faultOf(frames), "");
+            EXPECT_GE(frames.value().frames.at(0).positions.size(), 1U);
+            EXPECT_EQ(frames.value().warning, "");
+        }
+    }
+}
+
+TEST(ParticleFile, everythingElseIsAFaultWithTheFilesName) {
+    TemporaryFolder const folder;
+    for (std::string const& content :
+         {mesh_texts::triangleObj, mesh_texts::cubeOff, mesh_texts::trianglePly, mesh_texts::noise(3000),
+          std::string(1000, '\0'), gzip(mesh_texts::triangleObj), gzip("")}) {
+        ParticleFile const file(folder.write("some.dat", content));
+        EXPECT_FALSE(file.format().isOk());
+        Result<ParticleFrames> const frames = file.load(nobody);
+        ASSERT_FALSE(frames.isOk());
+        EXPECT_EQ(frames.fault().file, folder.file("some.dat"));
+        EXPECT_NE(frames.fault().message, "");
+    }
+    EXPECT_THAT(faultOf(ParticleFile(folder.file("none")).load(nobody)), HasSubstr("cannot be opened"));
+    EXPECT_EQ(faultOf(ParticleFile(folder.file("")).load(nobody)), "is a folder, not a file");
+    EXPECT_EQ(faultOf(ParticleFile("/dev/null").load(nobody)), "is not a regular file");
+    EXPECT_EQ(faultOf(ParticleFile(folder.write("empty", "")).load(nobody)), "the file is empty");
+    EXPECT_FALSE(ParticleFile(folder.file("empty")).format().isOk());
+}
+
+TEST(ParticleFile, damageHasFileLineAndReason) {
+    TemporaryFolder const folder;
+    std::string const path = folder.write("melt.dump", "ITEM: TIMESTEP\nnow\n");
+    EXPECT_EQ(ParticleFile(path).load(nobody).fault().line(), path + ": line 2: 'now' is not a time step");
+}
+
+TEST(ParticleFile, compressedFilesGiveWhatTheirTextsGive) {
+    TemporaryFolder const folder;
+    std::string const text = largeDump();
+    std::vector<std::uint64_t> told;
+    std::uint64_t all = 0;
+    std::string const path = folder.write("large.gz", gzip(text));
+    Result<ParticleFrames> const result =
+        ParticleFile(path).load([&](std::uint64_t const& done, std::uint64_t const& inAll) {
+            told.push_back(done);
+            all = inAll;
+        });
+    ASSERT_EQ(faultOf(result), "");
+    Result<ParticleFrames> const plain = ParticleFile(folder.write("large", text)).load(nobody);
+    ASSERT_EQ(faultOf(plain), "");
+    EXPECT_EQ(result.value().frames.at(0).positions, plain.value().frames.at(0).positions);
+    EXPECT_EQ(all, 2 * folder.read("large.gz").size());
+    EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
+    EXPECT_LE(told.back(), all);
+    EXPECT_GT(told.back(), all / 2);
+}
+
+TEST(ParticleFile, membersFollowOneAnother) {
+    TemporaryFolder const folder;
+    std::size_t const half = dump.size() / 2;
+    std::string const path =
+        folder.write("two.gz", gzip(dump.substr(0, half)) + gzip(dump.substr(half)) + std::string(100, '\0'));
+    Result<ParticleFrames> const result = ParticleFile(path).load(nobody);
+    ASSERT_EQ(faultOf(result), "");
+    EXPECT_EQ(result.value().frames.size(), 2U);
+    EXPECT_EQ(result.value().warning, "");
+}
+
+TEST(ParticleFile, ofCompressedDataCutOffTheCompleteFramesAreGiven) {
+    TemporaryFolder const folder;
+    std::string const whole = gzip(dump);
+    bool hadOneFrame = false;
+    for (std::size_t size = 1; size < whole.size(); ++size) {
+        Result<ParticleFrames> const result =
+            ParticleFile(folder.write("cut.gz", whole.substr(0, size))).load(nobody);
+        if (result.isOk()) {
+            EXPECT_THAT(result.value().warning, HasSubstr("the compressed data are cut off")) << size;
+            hadOneFrame = hadOneFrame || result.value().frames.size() == 1;
+        } else {
+            EXPECT_NE(result.fault().message, "");
+        }
+    }
+    EXPECT_TRUE(hadOneFrame);
+}
+
+TEST(ParticleFile, compressedDataWithAWrongBitAreAFault) {
+    TemporaryFolder const folder;
+    std::string const whole = gzip(dump);
+    for (std::size_t place = 10; place < whole.size(); ++place) {
+        std::string damaged = whole;
+        damaged[place] = static_cast<char>(damaged[place] ^ 0x10);
+        Result<ParticleFrames> const result = ParticleFile(folder.write("bad.gz", damaged)).load(nobody);
+        EXPECT_FALSE(result.isOk() && result.value().warning.empty()) << place;
+    }
+    std::string checksum = whole;
+    checksum[whole.size() - 8] = static_cast<char>(checksum[whole.size() - 8] ^ 1);
+    EXPECT_EQ(faultOf(ParticleFile(folder.write("sum.gz", checksum)).load(nobody)),
+              "the compressed data are damaged: incorrect data check");
+}

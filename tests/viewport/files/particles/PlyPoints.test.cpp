@@ -1,0 +1,132 @@
+#include "viewport/files/particles/PlyPoints.h"
+
+#include "tests/viewport/files/mesh/mesh_texts.h"
+#include "tests/viewport/files/particles/particle_texts.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+using namespace vellum;
+using namespace vellum::viewport;
+using particle_texts::nobody;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+using Point = Vector3<float>;
+
+std::string headerOf(std::string const& format, std::string const& count) {
+    return "ply\nformat " + format +
+           " 1.0\ncomment made by hand\nelement camera 2\nproperty short a\nelement vertex " + count +
+           "\nproperty double x\nproperty float y\nproperty int z\nproperty float vx\nproperty float vy\n"
+           "property float vz\nproperty uchar red\nproperty char c\nproperty ushort s\nproperty uint "
+           "id\nend_header\n";
+}
+
+std::string const text =
+    headerOf("ascii", "2") + "7\n8\n1.5 2 -3 4 5 6 200 -100 65535 9\n2.5 3 -4 5 6 7 0 1 2 8\n";
+
+template <class T>
+void append(std::string& bytes, T const& value, bool const& isBigEndian) {
+    std::string raw;
+    mesh_texts::append(raw, value);
+    if (isBigEndian) {
+        std::reverse(raw.begin(), raw.end());
+    }
+    bytes += raw;
+}
+
+std::string binary(bool const& big) {
+    std::string bytes = headerOf(big ? "binary_big_endian" : "binary_little_endian", "2");
+    append<std::int16_t>(bytes, 7, big);
+    append<std::int16_t>(bytes, 8, big);
+    for (int i = 0; i < 2; ++i) {
+        append(bytes, 1.5 + i, big);
+        append(bytes, 2.0F + static_cast<float>(i), big);
+        append<std::int32_t>(bytes, -3 - i, big);
+        for (int axis = 0; axis < 3; ++axis) {
+            append(bytes, static_cast<float>(4 + i + axis), big);
+        }
+        append(bytes, static_cast<std::uint8_t>(i == 0 ? 200 : 0), big);
+        append(bytes, static_cast<std::int8_t>(i == 0 ? -100 : 1), big);
+        append(bytes, static_cast<std::uint16_t>(i == 0 ? 65535 : 2), big);
+        append(bytes, static_cast<std::uint32_t>(9 - i), big);
+    }
+    return bytes;
+}
+
+std::string faultIn(std::string const& bytes) {
+    return faultOf(readPlyPoints(bytes, nobody));
+}
+
+}  // namespace
+
+TEST(PlyPoints, textAndBothByteOrdersGiveTheSame) {
+    for (std::string const& bytes : {text, binary(false), binary(true)}) {
+        Result<ParticleFrames> const result = readPlyPoints(bytes, nobody);
+        ASSERT_EQ(faultOf(result), "");
+        EXPECT_EQ(result.value().warning, "");
+        ParticleFrame const& frame = result.value().frames.at(0);
+        EXPECT_THAT(frame.positions, ElementsAre(Point{2.5F, 3, -4}, Point{1.5F, 2, -3}));
+        EXPECT_THAT(frame.velocities, ElementsAre(Point{5, 6, 7}, Point{4, 5, 6}));
+        ASSERT_EQ(frame.channels.size(), 4U);
+        EXPECT_THAT(frame.channel("red")->values, ElementsAre(0, 200));
+        EXPECT_THAT(frame.channel("c")->values, ElementsAre(1, -100));
+        EXPECT_THAT(frame.channel("s")->values, ElementsAre(2, 65535));
+        EXPECT_THAT(frame.channel("id")->values, ElementsAre(8, 9));
+    }
+}
+
+TEST(PlyPoints, meshesAreNoParticles) {
+    EXPECT_EQ(faultIn(mesh_texts::trianglePly), "has faces: it is a mesh, not particles");
+    EXPECT_EQ(faultIn(mesh_texts::binaryPly(3)), "has faces: it is a mesh, not particles");
+}
+
+TEST(PlyPoints, headersThatLackWhatIsNeededAreFaults) {
+    std::string const start = "ply\nformat binary_little_endian 1.0\n";
+    EXPECT_EQ(faultIn("ply\n"), "the header of the PLY file is cut off or not understood");
+    EXPECT_EQ(faultIn(start + "element point 1\nproperty float x\nend_header\n1234"),
+              "the PLY file has no element 'vertex'");
+    EXPECT_THAT(faultIn(start + "element vertex 1\nproperty float x\nend_header\n1234"),
+                HasSubstr("x, y and z"));
+    EXPECT_THAT(faultIn(start + "element vertex 0\nend_header\n"), HasSubstr("x, y and z"));
+    EXPECT_THAT(faultIn(start + "element vertex 1\nproperty list uchar int x\nend_header\n"),
+                HasSubstr("lists"));
+    EXPECT_THAT(faultIn(start +
+                        "element camera 1\nproperty list uchar int a\nelement vertex 0\nproperty float x\n"
+                        "property float y\nproperty float z\nend_header\n"),
+                HasSubstr("'camera' before the vertices has lists"));
+}
+
+TEST(PlyPoints, countsBeyondTheFileTakeNoMemory) {
+    for (char const* const format : {"ascii", "binary_little_endian", "binary_big_endian"}) {
+        for (char const* const count : {"18446744073709551615", "4611686018427387904", "99999999999"}) {
+            EXPECT_THAT(faultIn(headerOf(format, count) + "1\n2\n1 2 3"), HasSubstr("cut off"))
+                << format << count;
+        }
+    }
+    EXPECT_THAT(faultIn("ply\nformat ascii 1.0\nelement nothing 18446744073709551615\nelement vertex 1\n"
+                        "property float x\nproperty float y\nproperty float z\nend_header\n1 2 x\n"),
+                HasSubstr("line 9: 'x' in column 'z'"));
+}
+
+TEST(PlyPoints, damageOfTextIsReportedWithItsLine) {
+    EXPECT_EQ(faultIn(headerOf("ascii", "1") + "7\n8\n1 2 3 4 5 6 7 8 9 0.5\n"),
+              "line 20: the particle's id is not a whole number");
+    EXPECT_EQ(faultIn(headerOf("ascii", "1") + "7\n8\n1 2 3 4 5 6 red 8 9 1\n"),
+              "line 20: 'red' in column 'red' is not a number");
+    EXPECT_EQ(faultIn(headerOf("ascii", "2") + "7\n8\n1 2 3 4 5 6 7 8 9 1\n"),
+              "line 20: the text ends after 1 of 2 particles; the file is cut off");
+}
+
+TEST(PlyPoints, everyCutIsNoticed) {
+    for (std::string const& whole : {text, binary(false), binary(true)}) {
+        for (std::size_t size = 0; size < whole.size(); ++size) {
+            std::vector<char> const bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
+            Result<ParticleFrames> const result = readPlyPoints({bytes.data(), bytes.size()}, nobody);
+            EXPECT_FALSE(result.isOk() && result.value().warning.empty()) << size;
+        }
+    }
+}

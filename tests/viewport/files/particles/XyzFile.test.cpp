@@ -1,0 +1,117 @@
+#include "viewport/files/particles/XyzFile.h"
+
+#include "tests/viewport/files/particles/particle_texts.h"
+
+#include <gmock/gmock.h>
+
+using namespace vellum;
+using namespace vellum::viewport;
+using particle_texts::nobody;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+using Point = Vector3<float>;
+
+std::string const extended =
+    "2\nLattice=\"2 0 0 1 3 0 0 0 4\" Origin=\"-1 -2 -3\" "
+    "Properties=species:S:1:pos:R:3:velo:R:3:id:I:1:forces:R:3:stress:R:2:fixed:L:1 Time=1.5 Timestep=30\n"
+    "Ar 1 2 3 0.1 0.2 0.3 8 -1 -2 -3 5 6 T\n"
+    "Ne 4 5 6 0.4 0.5 0.6 7 -4 -5 -6 7 8 F\n";
+
+std::string faultIn(std::string const& text) {
+    return faultOf(readXyz(text, nobody));
+}
+
+std::vector<ParticleFrame> framesOf(std::string const& text) {
+    Result<ParticleFrames> const result = readXyz(text, nobody);
+    EXPECT_EQ(faultOf(result), "");
+    return result.isOk() ? result.value().frames : std::vector<ParticleFrame>(9);
+}
+
+}  // namespace
+
+TEST(XyzFile, plainFramesHaveAKindAndCoordinates) {
+    auto const frames = framesOf("2\nAtoms. Timestep: 50\n1 0 0.5 1\n2 1 2 3\n1\n\nAr 7 8 9\n");
+    ASSERT_EQ(frames.size(), 2U);
+    EXPECT_EQ(frames[0].timestep, 50);
+    EXPECT_THAT(frames[0].positions, ElementsAre(Point{0, 0.5F, 1}, Point{1, 2, 3}));
+    EXPECT_THAT(frames[0].channel("type")->values, ElementsAre(1, 2));
+    EXPECT_EQ(frames[1].timestep, 1);
+    EXPECT_THAT(frames[1].positions, ElementsAre(Point{7, 8, 9}));
+    EXPECT_TRUE(frames[1].channels.empty());
+    EXPECT_FALSE(frames[1].box);
+}
+
+TEST(XyzFile, furtherColumnsAreVelocitiesOrChannels) {
+    auto const bare = framesOf("1\n\n1 2 3\n");
+    EXPECT_THAT(bare.at(0).positions, ElementsAre(Point{1, 2, 3}));
+    auto const moving = framesOf("1\n\nH 1 2 3 4 5 6\n");
+    EXPECT_THAT(moving.at(0).velocities, ElementsAre(Point{4, 5, 6}));
+    auto const charged = framesOf("1\n\nH 1 2 3 -0.5\n");
+    EXPECT_THAT(charged.at(0).channel("column 5")->values, ElementsAre(-0.5F));
+}
+
+TEST(XyzFile, extendedCommentsNameColumnsAndBox) {
+    auto const frames = framesOf(extended);
+    ASSERT_EQ(frames.size(), 1U);
+    ParticleFrame const& frame = frames[0];
+    EXPECT_EQ(frame.timestep, 30);
+    EXPECT_EQ(frame.time, 1.5);
+    EXPECT_THAT(frame.positions, ElementsAre(Point{4, 5, 6}, Point{1, 2, 3}));
+    EXPECT_THAT(frame.velocities, ElementsAre(Point{0.4F, 0.5F, 0.6F}, Point{0.1F, 0.2F, 0.3F}));
+    std::vector<std::string> names;
+    for (ParticleChannel const& channel : frame.channels) {
+        names.push_back(channel.name);
+    }
+    EXPECT_THAT(names, ElementsAre("id", "forces.x", "forces.y", "forces.z", "stress.1", "stress.2"));
+    EXPECT_THAT(frame.channel("forces.z")->values, ElementsAre(-6, -3));
+    ASSERT_TRUE(frame.box);
+    EXPECT_TRUE((frame.box->origin == Vector3<double>{-1, -2, -3}));
+    EXPECT_TRUE((frame.box->edges[1] == Vector3<double>{1, 3, 0}));
+}
+
+TEST(XyzFile, damageIsReportedWithItsLineAndReason) {
+    EXPECT_EQ(faultIn("two\n\n"), "line 1: 'two' is not a number of particles");
+    EXPECT_EQ(faultIn("-1\n\n"), "line 1: '-1' is not a number of particles");
+    EXPECT_EQ(faultIn("1\n\nH 1 2 3\nH 1 2 3\n"), "line 4: 'H' is not a number of particles");
+    EXPECT_EQ(faultIn("1\n\nH 1 2\n").substr(0, 7), "line 3:");
+    EXPECT_EQ(faultIn("1\n\nH 1 2 x\n"), "line 3: 'x' in column 'z' is not a number");
+    EXPECT_EQ(faultIn("2\n\nH 1 2 3\n1\n\nH 1 2 3\n"), "line 4: has 1 of 4 values");
+    EXPECT_EQ(faultIn("1\nLattice=\"1 0 0\"\nH 1 2 3\n"), "line 2: the lattice '1 0 0' is not nine numbers");
+    EXPECT_EQ(faultIn("1\nOrigin=\"1 0\"\nH 1 2 3\n"), "line 2: the origin '1 0' is not three numbers");
+    for (char const* const properties : {"pos:R", "pos:R:x", "pos:Q:3", "species:S:1",
+                                         "pos:R:3:a:R:99999999999", "pos:R:3:a:R:0", "pos:R:2", ":R:3", ""}) {
+        std::string const text = std::string("1\nProperties=") + properties + " a=1\nH 1 2 3\n";
+        if (*properties != '\0') {
+            EXPECT_THAT(faultIn(text), HasSubstr("line 2: the properties")) << properties;
+        } else {
+            EXPECT_NE(faultIn(text), "") << "an empty list names no positions";
+        }
+    }
+    EXPECT_EQ(faultIn(""), "holds no frame");
+}
+
+TEST(XyzFile, countsBeyondTheFileTakeNoMemory) {
+    EXPECT_EQ(
+        faultIn("18446744073709551615\n\nH 1 2 3\n"),
+        "line 3: the text ends after 1 of 18446744073709551615 particles; the file is cut off in frame 1");
+}
+
+TEST(XyzFile, ofAFileCutOffTheCompleteFramesAreGiven) {
+    std::string const text = extended + extended;
+    std::vector<Point> const whole = framesOf(extended)[0].positions;
+    for (std::size_t size = 0; size < text.size(); ++size) {
+        std::vector<char> const bytes(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(size));
+        Result<ParticleFrames> const result = readXyz({bytes.data(), bytes.size()}, nobody);
+        if (size + 1 < extended.size()) {
+            EXPECT_FALSE(result.isOk() && result.value().warning.empty()) << size;
+            continue;
+        }
+        ASSERT_TRUE(result.isOk()) << size << ' ' << faultOf(result);
+        EXPECT_EQ(result.value().frames[0].positions, whole);
+        EXPECT_EQ(result.value().warning.empty(), size == extended.size()) << size;
+        EXPECT_EQ(result.value().frames.size(), size < text.size() - 1 ? 1U : 2U) << size;
+    }
+}

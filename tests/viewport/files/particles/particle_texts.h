@@ -1,0 +1,49 @@
+#pragma once
+
+#include "viewport/files/particles/ParticleFrames.h"
+#include "viewport/text/Fault.h"
+
+#include <ostream>
+#include <string>
+
+/// Small particle files, written out by the tests.
+namespace particle_texts {
+
+/// Two frames of three and two particles in different orders, the second in a tilted box.
+inline std::string const dump = "ITEM: UNITS\nlj\nITEM: TIME\n0.5\nITEM: TIMESTEP\n100\n"
+                                "ITEM: NUMBER OF ATOMS\n3\nITEM: BOX BOUNDS pp pp pp\n0 10\n0 20\n-5 5.0e0\n"
+                                "ITEM: ATOMS id type x y z vx vy vz c_pe\n"
+                                "3 1 3 0.5 -1 0 0 1 -7.25\n"
+                                "1 2 1 1.5 -2 1 0 0 -8.5\n"
+                                "2 1 10.25 2.5 -3 0 1 0 1e-3\n"
+                                "ITEM: TIMESTEP\n200\nITEM: NUMBER OF ATOMS\n2\n"
+                                "ITEM: BOX BOUNDS xy xz yz pp pp ff\n-1 12 2\n0 23 -1\n0 8 3\n"
+                                "ITEM: ATOMS id xs ys zs\n"
+                                "9 0.5 0.5 0.5\n"
+                                "4 0 0 1\n";
+
+inline vellum::viewport::ParticleProgress const nobody;
+
+}  // namespace particle_texts
+
+namespace vellum {
+
+inline bool operator==(Vector3<float> const& a, Vector3<float> const& b) {
+    return a.x == b.x && a.y == b.y && a.z == b.z;
+}
+inline bool operator==(Vector3<double> const& a, Vector3<double> const& b) {
+    return a.x == b.x && a.y == b.y && a.z == b.z;
+}
+inline void PrintTo(Vector3<float> const& vector, std::ostream* const stream) {
+    *stream << '(' << vector.x << ' ' << vector.y << ' ' << vector.z << ')';
+}
+
+namespace viewport {
+
+/// The message of the fault, or an empty one.
+inline std::string faultOf(Result<ParticleFrames> const& result) {
+    return result.isOk() ? std::string() : result.fault().message;
+}
+
+}  // namespace viewport
+}  // namespace vellum

@@ -1,0 +1,255 @@
+#include "viewport/program/Options.h"
+
+#include <gmock/gmock.h>
+
+using vellum::Color4;
+using namespace vellum::viewport;
+using testing::HasSubstr;
+
+namespace {
+
+CommandLine parse(std::vector<char const*> arguments) {
+    arguments.insert(arguments.begin(), "vl_viewport");
+    return parseCommandLine(static_cast<int>(arguments.size()), arguments.data());
+}
+
+Options optionsOf(std::vector<char const*> const& arguments) {
+    CommandLine const line = parse(arguments);
+    EXPECT_TRUE(line.options.has_value()) << line.error;
+    EXPECT_EQ(line.exitStatus, 0);
+    return line.options.value_or(Options{});
+}
+
+/// The message of a usage error. Fails when there is none, or not one line.
+std::string errorOf(std::vector<char const*> const& arguments) {
+    CommandLine const line = parse(arguments);
+    EXPECT_FALSE(line.options.has_value());
+    EXPECT_EQ(line.exitStatus, 2);
+    EXPECT_EQ(line.output, "");
+    EXPECT_THAT(line.error, testing::StartsWith("vl_viewport: "));
+    EXPECT_EQ(line.error.find('\n'), std::string::npos);
+    return line.error;
+}
+
+}  // namespace
+
+TEST(Options, theShortestCommandLineTakesTheDefaults) {
+    Options const options = optionsOf({"a.obj", "--out", "a.png"});
+    EXPECT_EQ(options.files, std::vector<std::string>{"a.obj"});
+    EXPECT_EQ(options.out, "a.png");
+    EXPECT_EQ(options.width, 1280);
+    EXPECT_EQ(options.height, 720);
+    EXPECT_EQ(options.shading, Shading::smooth);
+    EXPECT_EQ(options.gizmo, Gizmo::none);
+    EXPECT_EQ(options.view, View::perspective);
+    EXPECT_FALSE(options.pick.has_value());
+    EXPECT_FALSE(options.info);
+    EXPECT_EQ(options.limits.deadline.count(), 20'000);
+    EXPECT_EQ(options.limits.memoryBytes, 4096ULL << 20);
+}
+
+TEST(Options, everyOptionIsRead) {
+    Options const options = optionsOf({"a.obj", "--size", "640x480", "b.ply", "--shading", "box", "--gizmo",
+                                       "rotate", "--view", "left", "--pick", "639,0", "--info",
+                                       "--import-timeout", "0.25", "--import-memory", "512", "--out=x"});
+    EXPECT_EQ(options.files, (std::vector<std::string>{"a.obj", "b.ply"}));
+    EXPECT_EQ(options.width, 640);
+    EXPECT_EQ(options.height, 480);
+    EXPECT_EQ(options.shading, Shading::box);
+    EXPECT_EQ(options.gizmo, Gizmo::rotate);
+    EXPECT_EQ(options.view, View::left);
+    EXPECT_EQ(options.pick->x, 639);
+    EXPECT_EQ(options.pick->y, 0);
+    EXPECT_TRUE(options.info);
+    EXPECT_EQ(options.limits.deadline.count(), 250);
+    EXPECT_EQ(options.limits.memoryBytes, 512ULL << 20);
+    EXPECT_EQ(options.out, "x");
+}
+
+TEST(Options, everyModeIsKnown) {
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "wireframe"}).shading, Shading::wireframe);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "faceted"}).shading, Shading::faceted);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "smooth"}).shading, Shading::smooth);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--gizmo", "move"}).gizmo, Gizmo::move);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--gizmo", "scale"}).gizmo, Gizmo::scale);
+    char const* const names[] = {"perspective", "front", "back", "top", "bottom", "left", "right"};
+    for (unsigned int kind = 0; kind < 7; ++kind) {
+        EXPECT_EQ(optionsOf({"a", "--out", "b", "--view", names[kind]}).view, static_cast<View>(kind));
+    }
+}
+
+TEST(Options, theWaysToShowAMeshAreRead) {
+    Options const plain = optionsOf({"a", "--out", "b"});
+    EXPECT_FALSE(plain.edges || plain.edgesBlend || plain.connectivity || plain.wireframeBack ||
+                 plain.importPreview || plain.immediate);
+    EXPECT_EQ(plain.normals, Normals::none);
+    EXPECT_EQ(plain.texture, "");
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--edges"}).edges);
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--edges-blend"}).edgesBlend);
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--connectivity"}).connectivity);
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--wireframe-back"}).wireframeBack);
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--import-preview"}).importPreview);
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--immediate"}).immediate);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--normals", "vertex"}).normals, Normals::vertex);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--normals", "face"}).normals, Normals::face);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--texture", "c.png"}).texture, "c.png");
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--normals", "edge"}), HasSubstr("face, vertex"));
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--texture", ""}), HasSubstr("--texture"));
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--edges", "--edges-blend"}), HasSubstr("--edges-blend"));
+}
+
+TEST(Options, theLargestAndSmallestPicturesAreTaken) {
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--size", "16384x1"}).width, 16384);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--size", "1x16384"}).height, 16384);
+}
+
+TEST(Options, sizesThatMakeNoPictureAreUsageErrors) {
+    for (char const* const size : {"0x0",
+                                   "0x10",
+                                   "10x0",
+                                   "16385x10",
+                                   "10x16385",
+                                   "10",
+                                   "x",
+                                   "10x",
+                                   "x10",
+                                   "-5x10",
+                                   "10x-5",
+                                   "1e2x10",
+                                   "10x10x10",
+                                   "10 x 10",
+                                   "+10x10",
+                                   " 10x10",
+                                   "10x10 ",
+                                   "10X10",
+                                   "99999999999999999999x10",
+                                   "axb",
+                                   ""}) {
+        EXPECT_THAT(errorOf({"a", "--out", "b", "--size", size}), HasSubstr("--size")) << size;
+    }
+}
+
+TEST(Options, picksOutsideThePictureAreUsageErrors) {
+    for (char const* const pick : {"100,0", "0,50", "-1,0", "0,-1", "5", "5,", ",5", "5,5,5", "a,b", ""}) {
+        EXPECT_THAT(errorOf({"a", "--size", "100x50", "--pick", pick}), HasSubstr("--pick")) << pick;
+    }
+    EXPECT_EQ(optionsOf({"a", "--pick", "99,49", "--size", "100x50"}).pick->x, 99);
+}
+
+TEST(Options, unknownModesAreUsageErrors) {
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--shading", "shiny"}), HasSubstr("shiny"));
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--shading", "shiny"}), HasSubstr("wireframe"));
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--gizmo", "bend"}), HasSubstr("--gizmo"));
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--view", "Front"}), HasSubstr("--view"));
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--shading", ""}), HasSubstr("--shading"));
+}
+
+TEST(Options, unknownAndIncompleteOptionsAreUsageErrors) {
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--teapot"}), HasSubstr("--teapot"));
+    EXPECT_THAT(errorOf({"a", "--out"}), HasSubstr("--out"));
+    EXPECT_THAT(errorOf({"a", "--out", ""}), HasSubstr("--out"));
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--out", "c"}), HasSubstr("--out"));
+    errorOf({});
+    errorOf({"--out", "b"});
+    errorOf({"", "--out", "b"});
+}
+
+TEST(Options, somethingMustBeAskedFor) {
+    EXPECT_THAT(errorOf({"a.obj"}), HasSubstr("--out is required"));
+    EXPECT_TRUE(optionsOf({"a.obj", "--info"}).out.empty());
+    EXPECT_TRUE(optionsOf({"a.obj", "--pick", "0,0"}).out.empty());
+}
+
+TEST(Options, limitsMustBeSensible) {
+    for (char const* const seconds : {"0", "-1", "nan", "inf", "1e9", "5s", ""}) {
+        EXPECT_THAT(errorOf({"a", "--out", "b", "--import-timeout", seconds}), HasSubstr("--import-timeout"))
+            << seconds;
+    }
+    for (char const* const megabytes : {"0", "-1", "1.5", "99999999", "1G", ""}) {
+        EXPECT_THAT(errorOf({"a", "--out", "b", "--import-memory", megabytes}), HasSubstr("--import-memory"))
+            << megabytes;
+    }
+}
+
+TEST(Options, helpAndVersionAreShown) {
+    CommandLine const help = parse({"--help"});
+    EXPECT_FALSE(help.options.has_value());
+    EXPECT_EQ(help.exitStatus, 0);
+    EXPECT_EQ(help.error, "");
+    for (char const* const option :
+         {"--out", "--size", "--shading", "--gizmo", "--pick", "--view", "--info", "--import-timeout",
+          "--import-memory", "--version", "--edges", "--edges-blend", "--normals", "--connectivity",
+          "--texture", "--wireframe-back", "--import-preview", "--immediate"}) {
+        EXPECT_THAT(help.output, HasSubstr(option));
+    }
+    CommandLine const version = parse({"--version"});
+    EXPECT_EQ(version.exitStatus, 0);
+    EXPECT_THAT(version.output, testing::MatchesRegex("vl_viewport [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+}
+
+// == Particles ==
+
+TEST(Options, particlesHaveDefaults) {
+    Options const options = optionsOf({"a", "--out", "b"});
+    EXPECT_FALSE(options.particles.mode.has_value());
+    EXPECT_EQ(options.particles.channel, "");
+    EXPECT_EQ(options.particles.percent, 100);
+    EXPECT_FALSE(options.particles.size.has_value());
+    EXPECT_FALSE(options.particles.range.has_value());
+    EXPECT_FALSE(options.particles.frame.has_value());
+    EXPECT_FALSE(options.gpuMemory.has_value());
+}
+
+TEST(Options, theWaysToShowParticlesAreRead) {
+    Options const options =
+        optionsOf({"a", "--out", "b", "--particles", "arrows", "--channel", "c_pe", "--percent", "33.3",
+                   "--size-of-particles", "0.5", "--range", "-1,2.5e3", "--colors", "#ff0000,00FF80",
+                   "--frame", "4", "--gpu-memory", "512"});
+    EXPECT_EQ(options.particles.mode, ParticleMode::arrows);
+    EXPECT_EQ(options.particles.channel, "c_pe");
+    EXPECT_EQ(options.particles.percent, 33.3F);
+    EXPECT_EQ(options.particles.size, 0.5);
+    EXPECT_EQ(options.particles.range->low, -1);
+    EXPECT_EQ(options.particles.range->high, 2500);
+    EXPECT_TRUE(options.particles.colours.low == (Color4<float>{1, 0, 0, 1}));
+    EXPECT_TRUE(options.particles.colours.high == (Color4<float>{0, 1, 128 / 255.0F, 1}));
+    EXPECT_TRUE(options.particles.colours.above == RampColours{}.above) << "as it was";
+    EXPECT_EQ(options.particles.frame, 4U);
+    EXPECT_EQ(options.gpuMemory, 512U);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--particles", "points"}).particles.mode, ParticleMode::points);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--particles", "spheres"}).particles.mode, ParticleMode::spheres);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--percent", "0"}).particles.percent, 0);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--frame", "0"}).particles.frame, 0U);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--gpu-memory", "0"}).gpuMemory, 0U);
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--colors", "000000,000000,ff0000"}).particles.colours.above ==
+                (Color4<float>{1, 0, 0, 1}));
+}
+
+TEST(Options, particleOptionsThatMakeNoSenseAreUsageErrors) {
+    struct Row {
+        char const* option;
+        std::vector<char const*> words;
+    };
+    for (Row const& row :
+         {Row{"--particles", {"", "cubes", "Points"}}, Row{"--channel", {""}},
+          Row{"--percent", {"", "-1", "100.01", "nan", "inf", "10%", " 10", "many"}},
+          Row{"--size-of-particles", {"", "0", "-1", "nan", "inf", "1px"}},
+          Row{"--range", {"", "1", "1,", ",1", "2,1", "1,1", "1,2,3", "nan,1", "0,inf", "a,b", "0, 1"}},
+          Row{"--colors",
+              {"", "red,blue", "ff0000", "ff0000,00ff0", "ff0000,00ff000", "ff0000,,00ff00", "-f0000,00ff00",
+               "ff0000,00ff00,0000ff,ffffff", "0xff00,00ff00"}},
+          Row{"--frame", {"", "-1", "last", "1.5", "99999999999"}},
+          Row{"--gpu-memory", {"", "-1", "1048577", "1GB", "99999999999"}}}) {
+        for (char const* const word : row.words) {
+            EXPECT_THAT(errorOf({"a", "--out", "b", row.option, word}), HasSubstr(row.option)) << word;
+        }
+    }
+}
+
+TEST(Options, helpSaysHowParticlesAreShown) {
+    std::string const help = parse({"--help"}).output;
+    for (char const* const option : {"--particles", "--channel", "--percent", "--size-of-particles",
+                                     "--range", "--colors", "--frame", "--gpu-memory", "RRGGBB"}) {
+        EXPECT_THAT(help, HasSubstr(option));
+    }
+}

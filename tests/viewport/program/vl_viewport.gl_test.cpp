@@ -1,0 +1,396 @@
+#include "tests/support/TemporaryFolder.h"
+#include "tests/viewport/files/mesh/mesh_texts.h"
+#include "tests/viewport/files/particles/particle_texts.h"
+#include "tests/viewport/program/program_runner.h"
+#include "viewport/files/images/Picture.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <set>
+
+#include <sys/stat.h>
+
+/// The program as it is started from a shell: every case with its exit status, what it says, and what it leaves.
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+using vellum::viewport::Picture;
+using vellum::viewport::Result;
+
+namespace {
+
+class program_gl_test : public testing::Test {
+protected:
+    Outcome run(std::vector<std::string> const& arguments, std::vector<std::string> environment = {}) const {
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+        // Drivers keep memory to the end. The unit tests look for leaks of the program's own.
+        environment.push_back("ASAN_OPTIONS=detect_leaks=0");
+#endif
+#endif
+        return runProgram(VL_VIEWPORT_PROGRAM, arguments, environment);
+    }
+
+    /// The program says one line that names the file, gives this status, and leaves the folder as it was.
+    void expectFault(std::string const& file, std::string const& fault,
+                     std::vector<std::string> const& more = {}) {
+        std::vector<std::string> const before = folder.names();
+        std::vector<std::string> arguments{file, "--out", folder.file("out.png"), "--size", "64x48"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        Outcome const outcome = run(arguments);
+        EXPECT_EQ(outcome.status, 1) << outcome.error;
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_THAT(outcome.error, StartsWith("vl_viewport: " + file + ": "));
+        EXPECT_THAT(outcome.error, HasSubstr(fault));
+        EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << outcome.error;
+        EXPECT_EQ(folder.names(), before) << "something is left behind";
+    }
+
+    void expectUsageError(std::vector<std::string> const& arguments) {
+        Outcome const outcome = run(arguments);
+        EXPECT_EQ(outcome.status, 2) << outcome.error;
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << outcome.error;
+        EXPECT_THAT(folder.names(), testing::Not(testing::Contains("out.png")));
+    }
+
+    TemporaryFolder folder;
+};
+
+std::size_t countColours(Picture const& picture) {
+    std::set<unsigned int> colours;
+    for (std::size_t i = 0; i < picture.pixels.size(); i += 4) {
+        colours.insert(picture.pixels[i] << 16U | picture.pixels[i + 1] << 8U | picture.pixels[i + 2]);
+    }
+    return colours.size();
+}
+
+}  // namespace
+
+// == What is done ==
+
+TEST_F(program_gl_test, aMeshBecomesAPictureOfTheSizeAskedFor) {
+    std::string const mesh = folder.write("cube.off", mesh_texts::cubeOff);
+    std::string const out = folder.file("out.png");
+    for (char const* const size : {"320x200", "1x1", "1100x37"}) {
+        Outcome const outcome = run({mesh, "--out", out, "--size", size, "--gizmo", "rotate"});
+        ASSERT_EQ(outcome.status, 0) << outcome.error;
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_EQ(outcome.error, "");
+        Result<Picture> const picture = Picture::loadPng(out);
+        ASSERT_TRUE(picture.isOk()) << picture.fault().line();
+        EXPECT_EQ(std::to_string(picture.value().width) + "x" + std::to_string(picture.value().height), size);
+        if (picture.value().width > 1) {
+            EXPECT_GT(countColours(picture.value()), 100U);
+        }
+    }
+    EXPECT_THAT(folder.names(), ElementsAre("cube.off", "out.png"));
+}
+
+TEST_F(program_gl_test, whatIsPickedIsPrinted) {
+    std::string const mesh = folder.write("cube.off", mesh_texts::cubeOff);
+    struct Row {
+        std::vector<std::string> arguments;
+        char const* output;
+    };
+    // In the front view the handle of x, 118 of 720 pixels long, goes to the right from the middle.
+    for (Row const& row : {Row{{"--pick", "418,360", "--gizmo", "move"}, "1 gizmo move X\n"},
+                           Row{{"--pick", "360,242", "--gizmo", "move"}, "2 gizmo move Y\n"},
+                           Row{{"--pick", "200,500", "--gizmo", "move"}, "16 cube.off\n"},
+                           Row{{"--pick", "3,3"}, "nothing\n"}}) {
+        std::vector<std::string> arguments{mesh, "--size", "720x720", "--view", "front"};
+        arguments.insert(arguments.end(), row.arguments.begin(), row.arguments.end());
+        Outcome const outcome = run(arguments);
+        EXPECT_EQ(outcome.status, 0) << outcome.error;
+        EXPECT_EQ(outcome.output, row.output);
+        EXPECT_EQ(outcome.error, "");
+    }
+    EXPECT_THAT(folder.names(), ElementsAre("cube.off"));
+}
+
+TEST_F(program_gl_test, pickingAndDrawingGoTogether) {
+    std::string const mesh = folder.write("cube.off", mesh_texts::cubeOff);
+    Outcome const outcome =
+        run({mesh, mesh, "--pick", "1,1", "--out", folder.file("out.png"), "--size", "64x48"});
+    EXPECT_EQ(outcome.status, 0) << outcome.error;
+    EXPECT_EQ(outcome.output, "nothing\n");
+    EXPECT_TRUE(Picture::loadPng(folder.file("out.png")).isOk());
+}
+
+TEST_F(program_gl_test, texturesAreFoundBesideTheModelOrNoted) {
+    std::string const mesh =
+        folder.write("square.obj",
+                     "mtllib square.mtl\nv 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
+                     "usemtl skin\nf 1/1 2/2 3/3 4/4\n");
+    // The name comes from another system.
+    folder.write("square.mtl", "newmtl skin\nKd 1 1 1\nmap_Kd C:\\pictures\\Skin.PNG\n");
+    std::vector<std::string> const arguments{mesh,     "--out", folder.file("out.png"), "--size", "64x64",
+                                             "--view", "front"};
+    Outcome const without = run(arguments);
+    EXPECT_EQ(without.status, 0);
+    EXPECT_THAT(without.error, HasSubstr("Skin.PNG' is not beside the file; drawn without it"));
+    EXPECT_EQ(std::count(without.error.begin(), without.error.end(), '\n'), 1) << without.error;
+
+    Picture skin;
+    skin.width = 2;
+    skin.height = 2;
+    for (int i = 0; i < 4; ++i) {
+        skin.pixels.insert(skin.pixels.end(), {20, 220, 20, 255});
+    }
+    ASSERT_FALSE(skin.savePng(folder.file("skin.png")));
+    for (std::vector<std::string> const& more :
+         {std::vector<std::string>{}, {"--immediate"}, {"--texture", folder.file("skin.png")}}) {
+        std::vector<std::string> words = arguments;
+        words.insert(words.end(), more.begin(), more.end());
+        Outcome const outcome = run(words);
+        EXPECT_EQ(outcome.status, 0);
+        EXPECT_EQ(outcome.error, "");
+        Result<Picture> const picture = Picture::loadPng(folder.file("out.png"));
+        ASSERT_TRUE(picture.isOk());
+        unsigned char const* const middle = picture.value().pixels.data() + std::size_t{4} * (32 * 64 + 32);
+        EXPECT_GT(middle[1], 3 * middle[0]) << "green";
+    }
+}
+
+TEST_F(program_gl_test, aTextureThatCannotBeReadIsAFault) {
+    std::string const mesh = folder.write("cube.off", mesh_texts::cubeOff);
+    std::string const noise = folder.write("noise.png", mesh_texts::noise(500));
+    for (std::string const& texture : {folder.file("gone.png"), noise, mesh, std::string("/dev/null")}) {
+        Outcome const outcome = run({mesh, "--texture", texture, "--out", folder.file("out.png")});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_THAT(outcome.error, StartsWith("vl_viewport: " + texture + ": "));
+        EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << outcome.error;
+        EXPECT_THAT(folder.names(), ElementsAre("cube.off", "noise.png"));
+    }
+}
+
+TEST_F(program_gl_test, infoTellsWhatIsThere) {
+    std::string const mesh = folder.write("cube.off", mesh_texts::cubeOff);
+    Outcome const outcome = run({mesh, "--info"});
+    EXPECT_EQ(outcome.status, 0) << outcome.error;
+    for (std::string const& text :
+         {mesh, std::string("triangles: "), std::string(" 12\n"), std::string("computed"),
+          std::string("OpenGL"), std::string("renderer: ")}) {
+        EXPECT_THAT(outcome.output, HasSubstr(text));
+    }
+}
+
+TEST_F(program_gl_test, helpAndVersionNeedNoOpenGL) {
+    std::vector<std::string> const noDriver{"__EGL_VENDOR_LIBRARY_FILENAMES=/nonexistent", "DISPLAY="};
+    EXPECT_EQ(run({"--help"}, noDriver).status, 0);
+    EXPECT_THAT(run({"--version"}, noDriver).output, StartsWith("vl_viewport "));
+}
+
+// == Exit status 1 ==
+
+TEST_F(program_gl_test, filesThatCannotBeReadAreFaults) {
+    expectFault(folder.file("gone.obj"), "No such file");
+    ASSERT_EQ(mkdir(folder.file("folder.obj").c_str(), 0755), 0);
+    expectFault(folder.file("folder.obj"), "folder");
+    expectFault(folder.write("mesh.teapot", mesh_texts::triangleObj), "unknown mesh file extension");
+    expectFault(folder.write("empty.obj", ""), "empty");
+    expectFault(folder.write("comment.obj", "# nothing to see here, move on\n"), "");
+}
+
+TEST_F(program_gl_test, damagedFilesAreFaults) {
+    for (char const* const name : {"a.obj", "a.ply", "a.stl", "a.off", "a.glb", "a.3ds", "a.fbx", "a.dae"}) {
+        expectFault(folder.write(name, mesh_texts::noise(2000)), "");
+    }
+    std::string const ply = mesh_texts::binaryPly(50);
+    std::string const stl = mesh_texts::binaryStl(50);
+    expectFault(folder.write("cut.ply", ply.substr(0, ply.size() - 20)), "cut off");
+    expectFault(folder.write("cut.stl", stl.substr(0, stl.size() - 20)), "");
+    expectFault(folder.write("cut.off", mesh_texts::cubeOff.substr(0, 60)), "cut off");
+    expectFault(folder.write("nan.obj", "v 0 0 0\nv 1 0 0\nv 0 nan 0\nf 1 2 3\n"), "not a number");
+    expectFault(folder.write("none.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\n"),
+                "the mesh is empty: it has no triangle");
+    expectFault(folder.write("flat.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 1 1\nf 1 2 2\n"),
+                "the mesh is empty: no triangle has three different corners");
+    expectFault(
+        folder.write("index.ply", std::string(mesh_texts::trianglePly)
+                                      .replace(mesh_texts::trianglePly.find("3 0 1 2"), 7, "3 0 1 9")),
+        "out of range");
+}
+
+TEST_F(program_gl_test, importsThatWouldNotEndAreStopped) {
+    expectFault(folder.write("endless.off", mesh_texts::endlessOff), "cut off");
+    expectFault(folder.write("large.ply", mesh_texts::binaryPly(300'000)), "did not end within 0.001 s",
+                {"--import-timeout", "0.001"});
+}
+
+TEST_F(program_gl_test, theFirstBadFileOfSeveralIsNamed) {
+    std::string const good = folder.write("cube.off", mesh_texts::cubeOff);
+    expectFault(folder.file("gone.obj"), "No such file", {good});
+}
+
+TEST_F(program_gl_test, aPictureThatCannotBeWrittenIsAFault) {
+    std::string const mesh = folder.write("cube.off", mesh_texts::cubeOff);
+    ASSERT_EQ(mkdir(folder.file("folder").c_str(), 0755), 0);
+    for (std::string const& out : {folder.file("gone/out.png"), folder.file("folder"),
+                                   std::string("/proc/out.png"), std::string("/dev/null")}) {
+        Outcome const outcome = run({mesh, "--out", out, "--size", "64x48"});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_THAT(outcome.error, StartsWith("vl_viewport: " + out + ": cannot be written: "));
+        EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << outcome.error;
+        EXPECT_THAT(folder.names(), ElementsAre("cube.off", "folder"));
+    }
+}
+
+TEST_F(program_gl_test, aFaultLeavesAnEarlierPictureAsItWas) {
+    folder.write("out.png", "an earlier picture");
+    EXPECT_EQ(run({folder.file("gone.obj"), "--out", folder.file("out.png")}).status, 1);
+    EXPECT_EQ(folder.read("out.png"), "an earlier picture");
+}
+
+// == Exit status 2 ==
+
+TEST_F(program_gl_test, commandLinesThatMakeNoSenseAreUsageErrors) {
+    std::string const mesh = folder.write("cube.off", mesh_texts::cubeOff);
+    std::string const out = folder.file("out.png");
+    expectUsageError({});
+    expectUsageError({mesh});
+    expectUsageError({"--out", out});
+    expectUsageError({mesh, "--out", out, "--teapot"});
+    expectUsageError({mesh, "--out", out, "--shading", "shiny"});
+    expectUsageError({mesh, "--out", out, "--normals", "edge"});
+    expectUsageError({mesh, "--out", out, "--gizmo", "bend"});
+    expectUsageError({mesh, "--out", out, "--view", "below"});
+    for (char const* const size : {"0x0", "0x100", "16385x1", "99999999999x99999999999", "-1x5", "many"}) {
+        expectUsageError({mesh, "--out", out, "--size", size});
+    }
+    expectUsageError({mesh, "--out", out, "--size", "10x10", "--pick", "10,0"});
+}
+
+// == Particles ==
+
+TEST_F(program_gl_test, particleFilesOfEveryKindBecomePictures) {
+    std::string const out = folder.file("out.png");
+    std::string const dump = folder.write("melt.lammpstrj", particle_texts::dump);
+    std::string const xyz = folder.write("water.xyz", "3\nwater\nO 0 0 0\nH 0.76 0.59 0\nH -0.76 0.59 0\n");
+    std::string const csv = folder.write("table.csv", "x,y,z,t\n0,0,0,1\n1,0,0,2\n0,1,0,3\n");
+    std::string const ply =
+        folder.write("points.ply", "ply\nformat ascii 1.0\nelement vertex 2\nproperty float x\n"
+                                   "property float y\nproperty float z\nend_header\n0 0 0\n1 1 1\n");
+    for (std::string const& file : {dump, xyz, csv, ply}) {
+        for (char const* const mode : {"points", "spheres"}) {
+            Outcome const outcome = run({file, "--out", out, "--size", "200x150", "--particles", mode});
+            EXPECT_EQ(outcome.status, 0) << outcome.error;
+            EXPECT_EQ(outcome.output + outcome.error, "");
+            Result<Picture> const picture = Picture::loadPng(out);
+            ASSERT_TRUE(picture.isOk());
+            EXPECT_GT(countColours(picture.value()), 100U);
+        }
+    }
+    EXPECT_EQ(run({dump, "--frame", "0", "--particles", "arrows", "--out", out, "--size", "200x150"}).status,
+              0);
+}
+
+TEST_F(program_gl_test, meshesAndParticlesShareAPicture) {
+    std::string const mesh = folder.write("cube.off", mesh_texts::cubeOff);
+    std::string const csv = folder.write("table.csv", "x,y,z\n9,9,9\n");
+    Outcome const outcome = run({mesh, csv, "--pick", "60,60", "--size", "120x120", "--view", "front"});
+    EXPECT_EQ(outcome.status, 0) << outcome.error;
+    EXPECT_EQ(outcome.output, "nothing\n");
+}
+
+TEST_F(program_gl_test, infoTellsWhatParticleFilesHold) {
+    std::string const dump = folder.write("melt.lammpstrj", particle_texts::dump);
+    Outcome const outcome = run({dump, "--info", "--frame", "0", "--gpu-memory", "77"});
+    EXPECT_EQ(outcome.status, 0) << outcome.error;
+    for (char const* const text :
+         {"frames:                         2\n",
+          "frame shown:                    0 (timestep 100, time 0.5)\n",
+          "particles:                      3\n", "velocities:                     yes\n",
+          "channels:                       id, type, c_pe\n", "box to:                         10, 20, 5\n",
+          "particle memory:                8.01086e-05 MB\n", "taken to be free:               77 MB\n"}) {
+        EXPECT_THAT(outcome.output, HasSubstr(text));
+    }
+}
+
+TEST_F(program_gl_test, theLastFrameIsShownWhereNoneIsAskedFor) {
+    std::string const dump = folder.write("melt.lammpstrj", particle_texts::dump);
+    EXPECT_THAT(run({dump, "--info"}).output,
+                HasSubstr("frame shown:                    1 (timestep 200)\n"));
+    expectFault(dump, "has no frame 2; its last one is 1", {"--frame", "2"});
+    // Of the second frame, which has no velocities.
+    expectFault(dump, "has no velocities to be shown as arrows", {"--particles", "arrows"});
+}
+
+TEST_F(program_gl_test, channelsThatAFileLacksAreFaults) {
+    std::string const dump = folder.write("melt.lammpstrj", particle_texts::dump);
+    expectFault(dump, "has no channel 'charge' (it has: speed, c_pe, type, id)",
+                {"--channel", "charge", "--frame", "0"});
+}
+
+TEST_F(program_gl_test, aDumpThatIsCutOffShowsItsCompleteFramesAndSaysSo) {
+    std::string const& whole = particle_texts::dump;
+    std::string const out = folder.file("out.png");
+    std::string const dump = folder.write("cut.lammpstrj", whole.substr(0, whole.size() - 12));
+    Outcome const outcome = run({dump, "--out", out, "--size", "200x150"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.error, StartsWith("vl_viewport: " + dump + ": "));
+    EXPECT_THAT(outcome.error, HasSubstr("cut off in frame 2, which is left out"));
+    EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << outcome.error;
+    EXPECT_TRUE(Picture::loadPng(out).isOk());
+    expectFault(folder.write("first.lammpstrj", whole.substr(0, 160)), "cut off in frame 1");
+}
+
+TEST_F(program_gl_test, damagedParticleFilesAreFaults) {
+    for (char const* const name : {"a.lammpstrj", "a.dump", "a.xyz", "a.csv", "a.gz"}) {
+        expectFault(folder.write(name, mesh_texts::noise(2000)), "");
+        expectFault(folder.write(name, ""), "");
+    }
+    expectFault(folder.file("gone.xyz"), "No such file");
+    std::string damaged = particle_texts::dump;
+    damaged.replace(damaged.find("10.25"), 5, "teapot");
+    expectFault(folder.write("bad.dump", damaged), "line 16");
+}
+
+TEST_F(program_gl_test, particlesWithoutAPlaceAreNoted) {
+    std::string const csv = folder.write("table.csv", "x,y,z,t\n0,0,0,nan\n1,0,nan,2\n0,inf,0,3\n1,1,1,4\n");
+    std::string const out = folder.file("out.png");
+    Outcome const outcome = run({csv, "--out", out, "--size", "200x150"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.error,
+              "vl_viewport: " + csv + ": 2 of 4 particles are left out: their positions are not finite\n");
+}
+
+TEST_F(program_gl_test, aPictureOfParticlesThatCannotBeWrittenIsAFault) {
+    std::string const csv = folder.write("table.csv", "x,y,z\n0,0,0\n");
+    for (std::string const& out : {folder.file("gone/out.png"), std::string("/dev/null")}) {
+        Outcome const outcome = run({csv, "--out", out, "--size", "64x48"});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_THAT(outcome.error, StartsWith("vl_viewport: " + out + ": cannot be written: "));
+        EXPECT_THAT(folder.names(), ElementsAre("table.csv"));
+    }
+}
+
+TEST_F(program_gl_test, particleOptionsThatMakeNoSenseAreUsageErrors) {
+    std::string const csv = folder.write("table.csv", "x,y,z\n0,0,0\n");
+    std::string const out = folder.file("out.png");
+    for (std::vector<std::string> const& words : {std::vector<std::string>{"--particles", "cubes"},
+                                                  {"--percent", "101"},
+                                                  {"--range", "2,1"},
+                                                  {"--colors", "red,blue"},
+                                                  {"--frame", "-1"},
+                                                  {"--size-of-particles", "0"},
+                                                  {"--gpu-memory", "much"},
+                                                  {"--channel", ""}}) {
+        expectUsageError({csv, "--out", out, words[0], words[1]});
+    }
+}
+
+// == Exit status 3 ==
+
+TEST_F(program_gl_test, withoutOpenGLTheProgramSaysSo) {
+    std::string const mesh = folder.write("cube.off", mesh_texts::cubeOff);
+    Outcome const outcome =
+        run({mesh, "--out", folder.file("out.png")},
+            {"__EGL_VENDOR_LIBRARY_FILENAMES=/nonexistent", "DISPLAY=", "WAYLAND_DISPLAY="});
+    EXPECT_EQ(outcome.status, 3) << outcome.error;
+    EXPECT_THAT(outcome.error, StartsWith("vl_viewport: No OpenGL context: "));
+    EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << outcome.error;
+    EXPECT_THAT(folder.names(), ElementsAre("cube.off"));
+}

@@ -1,0 +1,138 @@
+#include "viewport/scene/ModelParts.h"
+
+#include "foundation/basic/ArrayServer.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+using namespace vellum;
+using namespace vellum::viewport;
+
+namespace {
+
+Vector3<double> inPlace(Vector3<double> const& p) {
+    return p;
+}
+
+/// A cube as exchange formats have it: every face with four vertices of its own, and their normals.
+MeshData cubeOfFaces() {
+    MeshData mesh;
+    for (int axis = 0; axis < 3; ++axis) {
+        for (double const& side : {-1.0, 1.0}) {
+            unsigned int const base = static_cast<unsigned int>(mesh.positions.size());
+            for (int corner = 0; corner < 4; ++corner) {
+                double const u = corner == 1 || corner == 2 ? side : -side;
+                double const v = corner >= 2 ? 1 : -1;
+                double e[3];
+                e[axis] = side;
+                e[(axis + 1) % 3] = u;
+                e[(axis + 2) % 3] = v;
+                mesh.positions.push_back({e[0], e[1], e[2]});
+                Vector3<float> const normal{axis == 0 ? 1.0F : 0.0F, axis == 1 ? 1.0F : 0.0F,
+                                            axis == 2 ? 1.0F : 0.0F};
+                mesh.normals.push_back(normal * static_cast<float>(side));
+            }
+            mesh.triangles.push_back({base, base + 1, base + 2});
+            mesh.triangles.push_back({base, base + 2, base + 3});
+        }
+    }
+    mesh.colours.assign(mesh.positions.size(), {1, 0, 0, 1});
+    return mesh;
+}
+
+unsigned int sizeOf(ArrayId const& id) {
+    ArrayTypeable const* const array = VL_ArrayServer.resolve(id);
+    return array != nullptr ? array->size : 0;
+}
+
+unsigned int borderCount(Mesh const& mesh) {
+    auto const* const entries = VL_ArrayServer.resolve(mesh.adjacency())->as<Tuple3<unsigned int>>();
+    unsigned int count = 0;
+    for (unsigned int t = 0; t < mesh.triangleCount(); ++t) {
+        for (unsigned int const& entry : {entries[t].e0, entries[t].e1, entries[t].e2}) {
+            count += entry == Mesh::ADJACENCY_NONE ? 1 : 0;
+        }
+    }
+    return count;
+}
+
+}  // namespace
+
+TEST(ModelParts, seamsAreClosedAndHardEdgesKept) {
+    for (bool const& hasNormals : {true, false}) {
+        MeshData data = cubeOfFaces();
+        data.computedNormalCount = hasNormals ? 0 : data.normals.size();
+        std::vector<ModelPart> const parts = makeParts(data, inPlace, nullptr);
+        ASSERT_EQ(parts.size(), 1U);
+        Mesh const& mesh = *parts[0].mesh;
+        EXPECT_EQ(mesh.fault(), MeshFault_ns::NONE);
+        EXPECT_EQ(sizeOf(mesh.positions()), 8U);
+        EXPECT_EQ(sizeOf(mesh.vertexNormals()), 24U) << "three at each corner";
+        EXPECT_EQ(borderCount(mesh), 0U);
+        EXPECT_TRUE(parts[0].hasHardNormals);
+        // Each corner of a triangle has the normal of its face.
+        auto const* const triangles =
+            VL_ArrayServer.resolve(mesh.normalTriangles())->as<Tuple3<unsigned int>>();
+        auto const* const normals = VL_ArrayServer.resolve(mesh.vertexNormals())->as<Vector3<float>>();
+        for (unsigned int t = 0; t < mesh.triangleCount(); ++t) {
+            Vector3<float> const expected = data.normals[data.triangles[t].e0];
+            for (unsigned int const& i : {triangles[t].e0, triangles[t].e1, triangles[t].e2}) {
+                EXPECT_NEAR(dot(normals[i], expected), 1.0F, 1e-5F);
+            }
+        }
+    }
+}
+
+TEST(ModelParts, everyMaterialIsAPartOfItsOwn) {
+    MeshData data = cubeOfFaces();
+    data.materials.resize(4);
+    data.triangleMaterials.assign(12, 3);
+    data.triangleMaterials[0] = 1;
+    data.triangleMaterials[1] = 1;
+    for (unsigned int v = 0; v < 4; ++v) {
+        data.colours[v] = {0, 0, 1, 1};
+    }
+    std::vector<ModelPart> const parts = makeParts(data, inPlace, nullptr);
+    ASSERT_EQ(parts.size(), 2U);
+    EXPECT_EQ(parts[0].mesh->triangleCount(), 2U);
+    EXPECT_EQ(sizeOf(parts[0].mesh->positions()), 4U);
+    EXPECT_EQ(parts[0].colour.b, 1.0F);
+    EXPECT_EQ(parts[0].colours.size(), 0U);
+    EXPECT_EQ(parts[1].mesh->triangleCount(), 10U);
+    EXPECT_EQ(parts[1].mesh->fault(), MeshFault_ns::NONE);
+}
+
+TEST(ModelParts, coloursOfVerticesAreKeptWhereTheyDiffer) {
+    MeshData data = cubeOfFaces();
+    data.colours[5] = {0, 1, 0, 1};
+    std::vector<ModelPart> const parts = makeParts(data, inPlace, nullptr);
+    ASSERT_EQ(parts.size(), 1U);
+    ASSERT_EQ(parts[0].colours.size(), 24U);
+    EXPECT_EQ(parts[0].triangles.size(), 12U);
+}
+
+TEST(ModelParts, trianglesWithoutAreaAreLeftOut) {
+    MeshData data = cubeOfFaces();
+    data.triangles = {{0, 0, 1}};
+    EXPECT_TRUE(makeParts(data, inPlace, nullptr).empty());
+    data.triangles.push_back({0, 1, 2});
+    EXPECT_EQ(makeParts(data, inPlace, nullptr)[0].mesh->triangleCount(), 1U);
+}
+
+TEST(ModelParts, aTextureForAllGetsCoordinatesWhereThereAreNone) {
+    MeshData const data = cubeOfFaces();
+    auto const image = std::make_shared<VL_Image>();
+    std::vector<ModelPart> const parts = makeParts(data, inPlace, image);
+    ASSERT_EQ(parts.size(), 1U);
+    EXPECT_EQ(parts[0].texture, image);
+    EXPECT_EQ(parts[0].colour.g, 1.0F) << "the texture alone gives the colour";
+    ArrayId const id = parts[0].mesh->namedArray(MeshArrayInf_ns::PER_FACE, ModelPart::channel);
+    ASSERT_EQ(sizeOf(id), 36U);
+    auto const* const coordinates = VL_ArrayServer.resolve(id)->as<Vector2<float>>();
+    for (unsigned int i = 0; i < 36; ++i) {
+        // Each face is covered by the whole texture, once.
+        EXPECT_NEAR(std::abs(coordinates[i].x), coordinates[i].x == 0 ? 0.0F : 1.0F, 1e-6F);
+        EXPECT_NEAR(std::abs(coordinates[i].y), coordinates[i].y == 0 ? 0.0F : 1.0F, 1e-6F);
+    }
+}

@@ -1,0 +1,148 @@
+#include "viewport/scene/Scene.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+using namespace vellum;
+using namespace vellum::viewport;
+
+namespace {
+
+/// A triangle whose box reaches from `low` to `high` in every direction.
+MeshData triangle(double const& low, double const& high) {
+    MeshData mesh;
+    mesh.name = "some.obj";
+    mesh.positions = {{low, low, low}, {high, low, high}, {low, high, low}};
+    mesh.triangles = {{0, 1, 2}};
+    mesh.normals.assign(3, {0, 0, 1});
+    mesh.colours.assign(3, {1, 0.5F, 0, 1});
+    return mesh;
+}
+
+}  // namespace
+
+TEST(Scene, modelsOfEverySizeAndPlaceComeToFillTheSameSpace) {
+    struct Row {
+        double low;
+        double high;
+    };
+    for (Row const& row :
+         {Row{-1, 1}, Row{1e6, 1e6 + 3}, Row{-1e-20, 2e-20}, Row{0, 1e30}, Row{-3e38, 3e38}}) {
+        Scene const scene({triangle(row.low, row.high)});
+        double const half = Scene::radius / std::sqrt(3.0);
+        EXPECT_NEAR(scene.box().min.x, -half, 1e-6) << row.high;
+        EXPECT_NEAR(scene.box().max.z, half, 1e-6) << row.high;
+        EXPECT_NEAR(scene.models()[0].vertices[1].x, half, 1e-6);
+        EXPECT_NEAR(scene.unitsPerFileUnit() * (row.high - row.low), 2 * half, 1e-6);
+        // The file's own origin, seen from the middle of the box.
+        EXPECT_NEAR(scene.fileOrigin().x / half, -(row.low + row.high) / (row.high - row.low), 1e-6);
+    }
+}
+
+TEST(Scene, modelsKeepTheirPlacesRelativeToEachOther) {
+    Scene const scene({triangle(0, 1), triangle(3, 4)});
+    ASSERT_EQ(scene.models().size(), 2U);
+    double const unit = scene.unitsPerFileUnit();
+    EXPECT_NEAR(scene.models()[1].box.min.x - scene.models()[0].box.min.x, 3 * unit, 1e-9);
+    EXPECT_NEAR(scene.box().max.x, 2 * unit, 1e-9);
+}
+
+TEST(Scene, theRestOfAModelIsTakenOver) {
+    Scene const scene({triangle(0, 1)});
+    Model const& model = scene.models()[0];
+    EXPECT_EQ(model.name, "some.obj");
+    EXPECT_EQ(model.vertices.size(), 3U);
+    ASSERT_EQ(model.parts.size(), 1U);
+    EXPECT_EQ(model.parts[0].mesh->triangleCount(), 1U);
+    EXPECT_EQ(model.parts[0].mesh->fault(), MeshFault_ns::NONE);
+    EXPECT_EQ(model.parts[0].colour.g, 0.5F);
+    EXPECT_EQ(model.parts[0].colours.size(), 0U) << "one colour is enough";
+}
+
+TEST(Scene, aModelWithoutSizeStaysFinite) {
+    Scene const scene({triangle(5, 5)});
+    EXPECT_EQ(scene.unitsPerFileUnit(), 1);
+    EXPECT_EQ(scene.box().max.x, 0);
+}
+
+// == Particles ==
+
+namespace {
+
+ParticleSet fourParticles() {
+    ParticleSet set;
+    set.name = "melt.lammpstrj";
+    set.positions = {{-1, 0, 0}, {1, 0, 0}, {0, 2, 0}, {0, 0, 3}};
+    set.colours = {{1, 0, 0}, {0, 2, 0}, {0, 0, 3}, {4, 0, 0}};
+    set.spacing = 0.5;
+    set.diameter = 0.25;
+    return set;
+}
+
+}  // namespace
+
+TEST(Scene, particlesAreMovedAndScaledWithTheirValuesKept) {
+    Scene const scene({}, nullptr, {fourParticles()});
+    ASSERT_EQ(scene.clouds().size(), 1U);
+    ParticleCloud const& cloud = scene.clouds()[0];
+    EXPECT_EQ(cloud.name, "melt.lammpstrj");
+    ASSERT_EQ(cloud.system->size(), 4U);
+    double const unit = scene.unitsPerFileUnit();
+    EXPECT_NEAR(unit, Scene::radius / std::sqrt(1 + 1 + 1.5 * 1.5), 1e-9);
+    ParticleSystemChunk_v2 const& chunk = *cloud.system->firstChunk();
+    Vector3<float> const* const places = chunk.channelData(ParticleCloud::positions)->asVectors();
+    EXPECT_NEAR(places[1].x, unit, 1e-4);
+    EXPECT_NEAR(places[1].y, -unit, 1e-4);
+    EXPECT_NEAR(places[3].z, 1.5 * unit, 1e-4);
+    EXPECT_EQ(chunk.channelData(ParticleCloud::colours)->asVectors()[2].z, 3);
+    EXPECT_NEAR(cloud.spacing, 0.5 * unit, 1e-9);
+    EXPECT_NEAR(cloud.diameter, 0.25 * unit, 1e-9);
+    EXPECT_TRUE(cloud.boxLines.empty());
+    EXPECT_EQ(cloud.system->channelId("position"), ParticleCloud::positions);
+}
+
+TEST(Scene, aTiltedBoxHasTwelveLinesAndIsFramed) {
+    ParticleSet set = fourParticles();
+    set.box = ParticleBox{{-4, 0, 0}, {{8, 0, 0}, {2, 6, 0}, {1, 1, 4}}};
+    Scene const scene({}, nullptr, {set});
+    ParticleCloud const& cloud = scene.clouds()[0];
+    ASSERT_EQ(cloud.boxLines.size(), 24U);
+    double const unit = scene.unitsPerFileUnit();
+    EXPECT_NEAR(scene.box().max.x - scene.box().min.x, 11 * unit, 1e-6);
+    EXPECT_NEAR(scene.box().max.y - scene.box().min.y, 7 * unit, 1e-6);
+    double sum = 0;
+    for (std::size_t i = 0; i < 24; i += 2) {
+        sum += static_cast<double>(length(cloud.boxLines[i + 1] - cloud.boxLines[i]));
+    }
+    EXPECT_NEAR(sum / unit, 4 * (8 + std::sqrt(40.0) + std::sqrt(18.0)), 1e-3);
+}
+
+TEST(Scene, spheresAreFramedWithTheirWidth) {
+    ParticleSet set = fourParticles();
+    set.reach = 1;
+    Scene const scene({}, nullptr, {set});
+    EXPECT_NEAR(scene.box().max.x / scene.unitsPerFileUnit(), 2, 1e-9);
+}
+
+TEST(Scene, modelsAndParticlesShareAScale) {
+    Scene const scene({triangle(-4, 4)}, nullptr, {fourParticles()});
+    double const unit = scene.unitsPerFileUnit();
+    EXPECT_NEAR(scene.models()[0].box.max.x, 4 * unit, 1e-9);
+    EXPECT_NEAR(scene.clouds()[0].box.max.x, 1 * unit, 1e-9);
+}
+
+TEST(Scene, particlesOfMoreThanOneChunkAreAllTaken) {
+    ParticleSet set;
+    for (int i = 0; i < 40'000; ++i) {
+        set.positions.push_back({static_cast<float>(i), 0, 0});
+        set.colours.push_back({static_cast<float>(i), 0, 0});
+    }
+    Scene const scene({}, nullptr, {set});
+    ParticleSystem_v2 const& system = *scene.clouds()[0].system;
+    EXPECT_EQ(system.size(), 40'000U);
+    ParticleSystemChunk_v2 const& last = *system.lastChunk();
+    EXPECT_EQ(last.channelData(ParticleCloud::colours)->asVectors()[last.count() - 1].x, 39'999);
+    Scene const none({}, nullptr, {ParticleSet{}});
+    EXPECT_EQ(none.clouds()[0].system->size(), 0U);
+}

@@ -1,0 +1,430 @@
+#include "effects_contract.h"
+#include "Program_gl.h"
+#include "Shader_gl.h"
+#include "effect_calls.h"
+#include "foundation/image/VL_Image.h"
+#include "foundation/raster/Mesh_RL_Shader.h"
+#include "glsl_shader/Base_shader.h"
+#include "tests/support/StreamCapture.h"
+#include "tests/support/picture_files.h"
+#include "tests/vl_raster_gl/member_slots.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <iostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <unistd.h>
+
+// What all effects have in common, call by call. The recording OpenGL counts names up from 1 in one count for
+// stages, programs and textures, and the locations of a program's uniforms from 0.
+
+namespace vellum {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr unsigned int VIEWPORT_STATE = 0x0BA2;
+constexpr unsigned int INVALID_OPERATION = 0x0502;
+
+/// An effect of three stages that says how often it was created.
+class Plain_shader : public Open<Base_shader> {
+public:
+    void create() override {
+        ++creations;
+        stage1 = stage(VERTEX_STAGE);
+        stage2 = stage(FRAGMENT_STAGE);
+        stage3 = stage(GEOMETRY_STAGE);
+        program->attach(stage1, stage2, stage3);
+        created = true;
+    }
+
+    int creations = 0;
+
+private:
+    static Shader_gl* stage(unsigned int type) {
+        auto* const shader = new Shader_gl;
+        shader->loadShaderSource(type, "text", false);
+        return shader;
+    }
+};
+
+// == The interface of effects ==
+
+TEST_F(Effects_contract_calls_test, theInterfaceDoesNothingByItself) {
+    Mesh_RL_Shader effect;
+    EXPECT_EQ(effect.label, VL_String(""));
+    EXPECT_FALSE(effect.created);
+    effect.create();
+    effect.init();
+    effect.preprocess();
+    effect.postprocess();
+    effect.cleanup();
+    float value = 1;
+    effect.setShaderConstant("u", Mesh_RL_Shader::CONSTANT_FLOAT, 1, &value);
+    effect.setShaderConstant(nullptr, Mesh_RL_Shader::CONSTANT_MATRIX, 4, nullptr);
+    EXPECT_FALSE(effect.created);
+    EXPECT_THAT(calls(), IsEmpty());
+}
+
+TEST(Effects_contract_test, operationsStandInTheirSlots) {
+    using member_slots::slotOf;
+    EXPECT_EQ(slotOf(&Mesh_RL_Shader::create), 2U);
+    EXPECT_EQ(slotOf(&Mesh_RL_Shader::init), 3U);
+    EXPECT_EQ(slotOf(&Mesh_RL_Shader::preprocess), 4U);
+    EXPECT_EQ(slotOf(&Mesh_RL_Shader::postprocess), 5U);
+    EXPECT_EQ(slotOf(&Mesh_RL_Shader::cleanup), 6U);
+    EXPECT_EQ(slotOf(&Mesh_RL_Shader::setShaderConstant), 7U);
+    EXPECT_EQ(slotOf(&Base_shader::setShaderConstant), 7U);
+    EXPECT_EQ(slotOf(&Base_shader::reload), 8U);
+}
+
+TEST(Effects_contract_test, enumerationsHaveTheirValues) {
+    EXPECT_EQ(Mesh_RL_Shader::CONSTANT_INT, 0U);
+    EXPECT_EQ(Mesh_RL_Shader::CONSTANT_FLOAT, 1U);
+    EXPECT_EQ(Mesh_RL_Shader::CONSTANT_MATRIX, 2U);
+    EXPECT_EQ(sizeof(Base_shader::ProcessType), 4U);
+}
+
+// == Life of an effect ==
+
+TEST_F(Effects_contract_calls_test, aNewEffectHasAnEmptyProgram) {
+    {
+        Plain_shader effect;
+        ASSERT_NE(effect.program, nullptr);
+        EXPECT_EQ(effect.program->getId(), 0U);
+        EXPECT_EQ(effect.stage1, nullptr);
+        EXPECT_EQ(effect.stage2, nullptr);
+        EXPECT_EQ(effect.stage3, nullptr);
+        EXPECT_TRUE(effect.dirty);
+        EXPECT_FALSE(effect.created);
+        EXPECT_EQ(effect.getLog(), "");
+        EXPECT_EQ(effect.getCompilationLog(), "");
+    }
+    EXPECT_THAT(calls(), IsEmpty());
+}
+
+TEST_F(Effects_contract_calls_test, enablingCreatesOnce) {
+    Plain_shader effect;
+    effect.enable(true);
+    EXPECT_EQ(effect.creations, 1);
+    Texts const all = calls();
+    ASSERT_GE(all.size(), 2U);
+    EXPECT_EQ(all[all.size() - 2], "glLinkProgram(4)");
+    EXPECT_EQ(all.back(), "glUseProgram(4)");
+    effect.enable(true);
+    effect.enable(false);
+    EXPECT_EQ(effect.creations, 1);
+    EXPECT_THAT(calls(), ElementsAre("glUseProgram(4)", "glUseProgram(0)"));
+    EXPECT_TRUE(effect.dirty);
+}
+
+TEST_F(Effects_contract_calls_test, deliberateDisablingCreatesToo) {
+    Plain_shader effect;
+    effect.enable(false);
+    EXPECT_EQ(effect.creations, 1);
+    EXPECT_EQ(calls().back(), "glUseProgram(0)");
+    EXPECT_FALSE(effect.program->isEnabled());
+}
+
+TEST_F(Effects_contract_calls_test, anEffectDeletesItsProgramAndThenItsStages) {
+    {
+        Plain_shader effect;
+        effect.enable(true);
+        recording.clear();
+    }
+    EXPECT_THAT(calls(), ElementsAre("glDeleteProgram(4)", "glDeleteShader(1)", "glDeleteShader(2)",
+                                     "glDeleteShader(3)"));
+    EXPECT_EQ(driver.liveObjects(), 0U);
+}
+
+TEST_F(Effects_contract_calls_test, reloadingDeletesTheSecondStageFirst) {
+    Plain_shader effect;
+    effect.enable(true);
+    effect.dirty = false;
+    recording.clear();
+    effect.reload();
+    EXPECT_THAT(calls(), ElementsAre("glDetachShader(4, 2)", "glDeleteShader(2)", "glDetachShader(4, 1)",
+                                     "glDeleteShader(1)", "glDetachShader(4, 3)", "glDeleteShader(3)"));
+    EXPECT_FALSE(effect.created);
+    EXPECT_TRUE(effect.dirty);
+    EXPECT_EQ(effect.stage1, nullptr);
+    EXPECT_EQ(effect.stage2, nullptr);
+    EXPECT_EQ(effect.stage3, nullptr);
+    EXPECT_EQ(effect.program->getId(), 4U);
+    effect.reload();
+    EXPECT_THAT(calls(), IsEmpty());
+}
+
+TEST_F(Effects_contract_calls_test, afterReloadingTheSameProgramHasNewStagesAndItsUniforms) {
+    Plain_shader effect;
+    effect.enable(true);
+    effect.program->setUniform("u", 1.5F);
+    effect.reload();
+    recording.clear();
+    effect.enable(true);
+    EXPECT_EQ(effect.creations, 2);
+    EXPECT_EQ(calls(), joined({variantMade(5, "GL_VERTEX_SHADER", "text"),
+                               variantMade(6, "GL_FRAGMENT_SHADER", "text"),
+                               variantMade(7, "GL_GEOMETRY_SHADER_EXT", "text"),
+                               {"glAttachShader(4, 5)", "glAttachShader(4, 6)", "glAttachShader(4, 7)",
+                                "glLinkProgram(4)", "glUseProgram(4)"},
+                               uniformSent(4, "u", 0, "glUniform1fv", "1, {1.5}")}));
+}
+
+TEST_F(Effects_contract_calls_test, reloadingWhatWasNotCreatedOnlyMarks) {
+    Plain_shader effect;
+    effect.dirty = false;
+    effect.reload();
+    EXPECT_TRUE(effect.dirty);
+    EXPECT_FALSE(effect.created);
+    EXPECT_THAT(calls(), IsEmpty());
+}
+
+TEST_F(Effects_contract_calls_test, deliberateACopyTakesNothing) {
+    Plain_shader effect;
+    effect.enable(true);
+    effect.dirty = false;
+    effect.log = "text";
+    effect.program->setUniform("u", 1);
+    recording.clear();
+    Plain_shader copy(effect);
+    EXPECT_THAT(calls(), IsEmpty());
+    EXPECT_NE(copy.program, effect.program);
+    EXPECT_EQ(copy.program->getId(), 0U);
+    EXPECT_EQ(copy.stage1, nullptr);
+    EXPECT_EQ(copy.stage2, nullptr);
+    EXPECT_EQ(copy.stage3, nullptr);
+    EXPECT_TRUE(copy.dirty);
+    EXPECT_FALSE(copy.created);
+    EXPECT_EQ(copy.getLog(), "");
+    copy.enable(true);
+    EXPECT_EQ(calls().back(), "glUseProgram(8)");
+}
+
+// == Values by name ==
+
+TEST_F(Effects_contract_calls_test, constantsAreUniforms) {
+    Plain_shader effect;
+    effect.enable(true);
+    recording.clear();
+    std::array<int, 4> integers{1, 2, 3, 4};
+    std::array<float, 16> floats{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
+    for (unsigned int size = 1; size <= 4; ++size) {
+        effect.setShaderConstant("i", Mesh_RL_Shader::CONSTANT_INT, size, integers.data());
+        effect.setShaderConstant("f", Mesh_RL_Shader::CONSTANT_FLOAT, size, floats.data());
+    }
+    for (unsigned int order = 2; order <= 3; ++order) {
+        effect.setShaderConstant("m", Mesh_RL_Shader::CONSTANT_MATRIX, order, floats.data());
+    }
+    effect.setShaderConstant("m", static_cast<Mesh_RL_Shader::UNIFORM_TYPE>(3), 2, floats.data());
+    EXPECT_THAT(uniformsSent(recording),
+                ElementsAre("i glUniform1iv {1}", "f glUniform1fv {1}", "i glUniform2iv {1, 2}",
+                            "f glUniform2fv {1, 2}", "i glUniform3iv {1, 2, 3}", "f glUniform3fv {1, 2, 3}",
+                            "i glUniform4iv {1, 2, 3, 4}", "f glUniform4fv {1, 2, 3, 4}",
+                            "m glUniformMatrix2fv {1, 2, 3, 4}",
+                            "m glUniformMatrix3fv {1, 2, 3, 4, 5, 6, 7, 8, 9}",
+                            "m glUniformMatrix2fv {1, 2, 3, 4}"));
+}
+
+TEST_F(Effects_contract_calls_test, constantsAreKeptBeforeTheEffectIsCreated) {
+    Plain_shader effect;
+    int value = 7;
+    effect.setShaderConstant("u", Mesh_RL_Shader::CONSTANT_INT, 1, &value);
+    EXPECT_THAT(calls(), IsEmpty());
+    EXPECT_EQ(effect.creations, 0);
+    effect.enable(true);
+    EXPECT_THAT(uniformsSent(recording), ElementsAre("u glUniform1iv {7}"));
+}
+
+TEST_F(Effects_contract_calls_test, constantsWithBadSizesAreNotSent) {
+    Plain_shader effect;
+    effect.enable(true);
+    recording.clear();
+    float value = 7;
+    for (unsigned int const size : {0U, 5U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
+        for (unsigned int const type : {0U, 1U, 2U, 99U}) {
+            effect.setShaderConstant("u", static_cast<Mesh_RL_Shader::UNIFORM_TYPE>(type), size, &value);
+        }
+    }
+    effect.setShaderConstant("u", Mesh_RL_Shader::CONSTANT_FLOAT, 1, nullptr);
+    EXPECT_THAT(uniformsSent(recording), IsEmpty());
+    effect.setShaderConstant(nullptr, Mesh_RL_Shader::CONSTANT_FLOAT, 1, &value);
+    EXPECT_THAT(uniformsSent(recording), ElementsAre(" glUniform1fv {7}"));
+}
+
+// == Textures ==
+
+/// A texture's parameters when it is bound for an upload.
+Texts bound(unsigned int texture) {
+    return {"glBindTexture(GL_TEXTURE_2D, " + std::to_string(texture) + ")",
+            "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT)",
+            "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_REPEAT)",
+            "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR)",
+            "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR)"};
+}
+
+/// An upload into texture 70, from the internal format to the pixels' type.
+Texts uploaded(std::string const& image) {
+    return joined({{"glDeleteTextures(1, {70})", "glGenTextures(1, pointer)"},
+                   bound(70),
+                   {"glTexImage2D(GL_TEXTURE_2D, 0, " + image + ", pointer)", "glGetError()",
+                    "glTexEnvf(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE)"}});
+}
+
+TEST_F(Effects_contract_calls_test, anImageWithThreeChannelsIsRgb) {
+    Plain_shader effect;
+    VL_Image image;
+    ASSERT_TRUE(image.create(4, 2, 3, 8));
+    effect.loadTexture(image, 70, 32849);
+    EXPECT_EQ(recording.named("glTexImage2D").at(0).addresses.at(0),
+              reinterpret_cast<std::uintptr_t>(image.getBuffer()));
+    EXPECT_EQ(calls(), uploaded("GL_RGB8, 4, 2, 0, GL_RGB, GL_UNSIGNED_BYTE"));
+}
+
+TEST_F(Effects_contract_calls_test, threeChannelsOf16BitsAreUnsignedShorts) {
+    Plain_shader effect;
+    VL_Image image;
+    ASSERT_TRUE(image.create(2, 3, 3, 16));
+    effect.loadTextureRGB(image, 70);
+    EXPECT_EQ(recording.named("glTexImage2D").at(0).addresses.at(0),
+              reinterpret_cast<std::uintptr_t>(image.getBuffer16()));
+    EXPECT_EQ(calls(), uploaded("GL_RGB, 2, 3, 0, GL_RGB, GL_UNSIGNED_SHORT"));
+}
+
+TEST_F(Effects_contract_calls_test, fourChannelsOf32BitsAreFloats) {
+    Plain_shader effect;
+    VL_Image image;
+    ASSERT_TRUE(image.create(1, 1, 4, 32));
+    effect.loadTextureFloat32(image, 70);
+    EXPECT_EQ(recording.named("glTexImage2D").at(0).addresses.at(0),
+              reinterpret_cast<std::uintptr_t>(image.getBuffer32()));
+    EXPECT_EQ(calls(), uploaded("GL_RGBA32F_ARB, 1, 1, 0, GL_RGBA, GL_FLOAT"));
+}
+
+TEST_F(Effects_contract_calls_test, anyOtherNumberOfChannelsIsRgba) {
+    Plain_shader effect;
+    for (unsigned int const channels : {1U, 2U, 4U}) {
+        VL_Image image;
+        ASSERT_TRUE(image.create(4, 4, channels, 16));
+        effect.loadTextureRGB(image, 70);
+        EXPECT_EQ(calls(), uploaded("GL_RGB, 4, 4, 0, GL_RGBA, GL_UNSIGNED_SHORT")) << channels;
+    }
+}
+
+TEST_F(Effects_contract_calls_test, anEmptyImageDoesNothing) {
+    Plain_shader effect;
+    effect.loadTexture(VL_Image(), 70, 6407);
+    effect.loadTextureRGB(VL_Image(), 70);
+    effect.loadTextureFloat32(VL_Image(), 70);
+    EXPECT_THAT(calls(), IsEmpty());
+    EXPECT_THAT(layer.asked, IsEmpty());
+}
+
+TEST_F(Effects_contract_calls_test, deliberateTheTextureIsDestroyedAndAnotherMadeAndIgnored) {
+    Plain_shader effect;
+    VL_Image image;
+    ASSERT_TRUE(image.create(4, 4, 3, 8));
+    effect.loadTextureRGB(image, 70);
+    EXPECT_THAT(layer.asked, ElementsAre("destroyTexture(70)", "createTexture"));
+}
+
+TEST_F(Effects_contract_calls_test, errorsOfAnUploadAreSwallowed) {
+    Plain_shader effect;
+    VL_Image image;
+    ASSERT_TRUE(image.create(4, 4, 3, 8));
+    driver.errors({INVALID_OPERATION});
+    StreamCapture const output(std::cout);
+    StreamCapture const errors(std::cerr);
+    effect.loadTextureRGB(image, 70);
+    EXPECT_EQ(driver.errorsLeft(), 0U);
+    EXPECT_EQ(recording.count("glGetError"), 1U);
+    EXPECT_EQ(recording.count("gluErrorString"), 1U);
+    EXPECT_EQ(calls().back(), "glTexEnvf(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE)");
+    EXPECT_EQ(output.text() + errors.text(), "");
+}
+
+TEST_F(Effects_contract_calls_test, picturesAreReadFromFiles) {
+    std::filesystem::path const path =
+        std::filesystem::temp_directory_path() / ("effects_contract_" + std::to_string(getpid()) + ".png");
+    picture_files::Png png;
+    png.width = 4;
+    png.height = 2;
+    picture_files::writePng(path.string(), png, [](std::size_t x, std::size_t, std::size_t) {
+        return static_cast<unsigned int>(x);
+    });
+    Plain_shader effect;
+    Texts const destroyed{"glDeleteTextures(1, {70})"};
+    effect.loadTextureRGB(VL_String(path.string().c_str()), 70);
+    EXPECT_EQ(calls(), joined({destroyed, uploaded("GL_RGB, 4, 2, 0, GL_RGB, GL_UNSIGNED_BYTE")}));
+    EXPECT_THAT(layer.asked, ElementsAre("destroyTexture(70)", "destroyTexture(70)", "createTexture"));
+    effect.loadTextureFloat32(VL_String(path.string().c_str()), 70);
+    EXPECT_EQ(calls(), joined({destroyed, uploaded("GL_RGBA32F_ARB, 4, 2, 0, GL_RGB, GL_UNSIGNED_BYTE")}));
+    std::filesystem::remove(path);
+}
+
+TEST_F(Effects_contract_calls_test, picturesThatAreMissingOnlyDestroyTheTexture) {
+    Plain_shader effect;
+    for (char const* path : {"", "/none/of/these.png", "/"}) {
+        effect.loadTextureRGB(VL_String(path), 70);
+        EXPECT_THAT(calls(), ElementsAre("glDeleteTextures(1, {70})")) << path;
+        effect.loadTextureFloat32(VL_String(path), 71);
+        EXPECT_THAT(calls(), ElementsAre("glDeleteTextures(1, {71})")) << path;
+    }
+}
+
+TEST_F(Effects_contract_calls_test, withoutALayerTexturesAreNotDestroyed) {
+    Core_RL* const former = VL_Raster;
+    VL_Raster = nullptr;
+    Plain_shader effect;
+    VL_Image image;
+    ASSERT_TRUE(image.create(4, 4, 3, 8));
+    effect.loadTextureRGB(image, 70);
+    effect.loadTextureFloat32(VL_String("/none/of/these.png"), 70);
+    VL_Raster = former;
+    EXPECT_EQ(recording.count("glDeleteTextures"), 0U);
+}
+
+TEST(Effects_contract_test, powersOfTwo) {
+    for (std::pair<int, int> const& pair : std::vector<std::pair<int, int>>{{0, 0},
+                                                                            {1, 1},
+                                                                            {2, 2},
+                                                                            {3, 4},
+                                                                            {5, 8},
+                                                                            {8, 8},
+                                                                            {9, 16},
+                                                                            {600, 1024},
+                                                                            {1000, 1024},
+                                                                            {1024, 1024},
+                                                                            {1025, 2048},
+                                                                            {65537, 131072},
+                                                                            {-1, 0},
+                                                                            {-1000, 0},
+                                                                            {1 << 30, 1 << 30}}) {
+        EXPECT_EQ(Base_shader::nextHighestPowerOf2(pair.first), pair.second) << pair.first;
+    }
+}
+
+TEST_F(Effects_contract_calls_test, deliberateFramebuffersAreCopiedBeyondTheViewport) {
+    Plain_shader effect;
+    driver.integer(VIEWPORT_STATE, {10, 20, 1000, 600});
+    effect.copyFramebufferToTexture(70);
+    EXPECT_EQ(calls(), joined({{"glGetIntegerv(GL_VIEWPORT, pointer)"},
+                               bound(70),
+                               {"glCopyTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 10, 20, 1024, 1024, 0)"}}));
+    driver.integer(VIEWPORT_STATE, {0, 0, 512, 513});
+    effect.copyFramebufferToTexture(70);
+    EXPECT_EQ(calls().back(), "glCopyTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 0, 0, 512, 1024, 0)");
+}
+
+}  // namespace
+
+}  // namespace vellum

@@ -1,0 +1,333 @@
+#include "glsl_shader/ArrowRendering_shader.h"
+#include "glsl_shader/PointRendering_shader.h"
+#include "glsl_shader/SphereRendering_shader.h"
+
+#include "Core_RL_GL.h"
+#include "tests/gl_spy/GlTest.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "internal/gl_api.h"
+
+namespace vellum {
+namespace {
+
+using Type = Base_shader::ProcessType;
+using Colour = std::array<float, 3>;
+
+constexpr int STEPS = 1;  // of 255, for the rounding of the frame buffer
+
+/// What the vertex stages compute, for a particle with this vector.
+struct Ramp {
+    Colour minColor{0.1F, 0.2F, 0.9F};
+    Colour maxColor{0.9F, 0.4F, 0.1F};
+    Colour clampColor{0, 1, 0};
+    float minMagnitude = 1;
+    float maxMagnitude = 3;
+    float scale = 2;
+
+    Colour colour(unsigned int const& type, Colour const& v, bool const& isArrow) const {
+        if (type == 4 || (isArrow && type > 4)) {
+            return maxColor;
+        }
+        Colour const chosen = type == 1   ? Colour{v[0], v[0], v[0]}
+                              : type == 2 ? Colour{v[1], v[1], v[1]}
+                              : type == 3 ? Colour{v[2], v[2], v[2]}
+                                          : v;
+        float const speed =
+            std::sqrt(chosen[0] * chosen[0] + chosen[1] * chosen[1] + chosen[2] * chosen[2]) / scale;
+        Colour result = minColor;
+        float const divisor = maxMagnitude - minMagnitude;
+        if (std::abs(divisor) > 1e-14) {
+            float const rate = (speed - minMagnitude) / divisor;
+            bool const clamps = isArrow ? !(rate < 1) : rate > 1;
+            for (int c = 0; c < 3; ++c) {
+                result[c] = clamps ? clampColor[c] : minColor[c] * (1 - rate) + maxColor[c] * rate;
+            }
+        }
+        for (float& component : result) {
+            component = std::min(std::max(component, 0.0F), 1.0F);
+        }
+        return result;
+    }
+};
+
+class Impostors_gl_test : public gl_spy::GlTest {
+protected:
+    void SetUp() override {
+        GlTest::SetUp();
+        glViewport(0, 0, width, height);
+        glClearColor(0, 0, 0, 0);
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    }
+
+    template <class Effect>
+    void prepare(Effect& effect, float const& size) const {
+        effect.setMinColor({ramp.minColor[0], ramp.minColor[1], ramp.minColor[2], 1});
+        effect.setMaxColor({ramp.maxColor[0], ramp.maxColor[1], ramp.maxColor[2], 1});
+        effect.setMaxClampColor({ramp.clampColor[0], ramp.clampColor[1], ramp.clampColor[2], 1});
+        effect.setMinMagnitude(ramp.minMagnitude);
+        effect.setMaxMagnitude(ramp.maxMagnitude);
+        effect.setMagnitudeScale(ramp.scale);
+        effect.setSize(size);
+    }
+
+    /// One particle through an effect.
+    static void draw(Base_shader& effect, Colour const& position, Colour const& vector) {
+        effect.preprocess();
+        glEnableClientState(GL_VERTEX_ARRAY);
+        glEnableClientState(GL_COLOR_ARRAY);
+        glVertexPointer(3, GL_FLOAT, 0, position.data());
+        glColorPointer(3, GL_FLOAT, 0, vector.data());
+        glDrawArrays(GL_POINTS, 0, 1);
+        glDisableClientState(GL_VERTEX_ARRAY);
+        glDisableClientState(GL_COLOR_ARRAY);
+        effect.postprocess();
+        effect.cleanup();
+    }
+
+    static bool isNear(Pixel const& pixel, Colour const& colour, float const& factor = 1) {
+        for (int c = 0; c < 3; ++c) {
+            if (std::abs(pixel[c] - 255 * colour[c] * factor) > STEPS + 0.5F) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    Core_RL_GL layer;
+    Ramp ramp;
+};
+
+const std::vector<Colour> VECTORS{{3, -1, 2},   {-5, 0.5F, 0}, {0, 0, 0},     {0.7F, 0.7F, 0.7F},
+                                  {6, 0, 0},    {0, -6, 0},    {0, 0, 6},     {100, 100, 100},
+                                  {0, 3.4F, 2}, {-2, -2, -2},  {1.5F, -8, 1}, {2, 2.5F, -3.5F}};
+
+// == Colours ==
+
+TEST_F(Impostors_gl_test, pointsHaveTheColourOfTheFormula) {
+    glPointSize(9);
+    for (unsigned int type = 0; type <= 7; ++type) {
+        PointRendering_shader effect((Type(type)));
+        prepare(effect, 1);
+        for (Colour const& vector : VECTORS) {
+            glClear(GL_COLOR_BUFFER_BIT);
+            draw(effect, {0, 0, 0}, vector);
+            ASSERT_TRUE(isNear(readPixel(128, 128), ramp.colour(type, vector, false)))
+                << "type " << type << ", vector " << testing::PrintToString(vector) << ", pixel "
+                << testing::PrintToString(readPixel(128, 128)) << effect.getLog();
+        }
+    }
+}
+
+TEST_F(Impostors_gl_test, spheresHaveTheColourOfTheFormulaUnderTheFixedLight) {
+    for (unsigned int type = 0; type <= 7; ++type) {
+        SphereRendering_shader effect((Type(type)));
+        prepare(effect, 1);
+        for (Colour const& vector : VECTORS) {
+            glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+            draw(effect, {0, 0, 0}, vector);
+            // At the centre the normal points at the viewer: its product with the light (1, 1/2, 1/2) is 0.5 / 1.2247.
+            float const diffuse = 0.5F * 0.5F / std::sqrt(1.5F) + 0.5F;
+            ASSERT_TRUE(isNear(readPixel(128, 128), ramp.colour(type, vector, false), diffuse))
+                << "type " << type << ", vector " << testing::PrintToString(vector) << effect.getLog();
+        }
+    }
+}
+
+TEST_F(Impostors_gl_test, arrowsHaveTheColourOfTheirFormula) {
+    for (unsigned int type = 0; type <= 7; ++type) {
+        ArrowRendering_shader effect((Type(type)));
+        prepare(effect, 0.1F);
+        for (Colour const& vector :
+             {Colour{6, 0, 0}, Colour{3, 0, 2}, Colour{5, 0, -1}, Colour{2.5F, 0, 0}}) {
+            glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+            draw(effect, {0, 0, 0}, vector);
+            ASSERT_TRUE(isNear(readPixel(132, 127), ramp.colour(type, vector, true)) ||
+                        isNear(readPixel(132, 128), ramp.colour(type, vector, true)))
+                << "type " << type << ", vector " << testing::PrintToString(vector) << effect.getLog();
+        }
+    }
+}
+
+TEST_F(Impostors_gl_test, aFullRateIsTheMaximumForPointsAndTheClampColourForArrows) {
+    // Numbers without rounding: speed 4 / 2, range 1 to 2.
+    ramp.maxMagnitude = 2;
+    glPointSize(5);
+    PointRendering_shader point((Type(0)));
+    prepare(point, 1);
+    draw(point, {0, 0, 0}, {4, 0, 0});
+    EXPECT_TRUE(isNear(readPixel(128, 128), ramp.maxColor));
+
+    glClear(GL_COLOR_BUFFER_BIT);
+    ArrowRendering_shader arrow((Type(0)));
+    prepare(arrow, 0.1F);
+    draw(arrow, {0, 0, 0}, {4, 0, 0});
+    EXPECT_TRUE(isNear(readPixel(132, 127), ramp.clampColor) || isNear(readPixel(132, 128), ramp.clampColor));
+}
+
+TEST_F(Impostors_gl_test, aRangeWithoutExtentGivesTheMinimumColour) {
+    ramp.maxMagnitude = ramp.minMagnitude;
+    glPointSize(5);
+    PointRendering_shader effect((Type(0)));
+    prepare(effect, 1);
+    draw(effect, {0, 0, 0}, {100, 0, 0});
+    EXPECT_TRUE(isNear(readPixel(128, 128), ramp.minColor));
+}
+
+// == Shapes ==
+
+TEST_F(Impostors_gl_test, aSphereIsADiscWithHalfLambertShading) {
+    SphereRendering_shader effect((Type(4)));
+    prepare(effect, 1.5F);  // 0.75 to either side of the middle: 96 pixels
+    draw(effect, {0, 0, 0}, {0, 0, 0});
+    std::vector<unsigned char> const picture = readPixels();
+    int wrong = 0;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            float const u = (static_cast<float>(x) + 0.5F - 128) / 96;
+            float const v = (128 - static_cast<float>(y) - 0.5F) / 96;
+            float const zz = 1 - u * u - v * v;
+            Pixel pixel;
+            std::copy_n(picture.begin() + 4 * (y * width + x), 4, pixel.begin());
+            if (std::abs(zz) < 1e-3F) {
+                continue;  // the very edge belongs to either side
+            }
+            if (zz < 0) {
+                wrong += pixel == Pixel{0, 0, 0, 0} ? 0 : 1;
+                continue;
+            }
+            float const towardsLight = (u + 0.5F * v + 0.5F * std::sqrt(zz)) / std::sqrt(1.5F);
+            float const diffuse = std::max(towardsLight, 0.0F) * 0.5F + 0.5F;
+            wrong += isNear(pixel, ramp.maxColor, diffuse) && pixel[3] == 255 ? 0 : 1;
+        }
+    }
+    EXPECT_EQ(wrong, 0) << savePicture("sphere_impostor");
+}
+
+TEST_F(Impostors_gl_test, aSphereIsNearerInItsMiddle) {
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    gluPerspective(60, 1, 1, 10);
+    glMatrixMode(GL_MODELVIEW);
+    glEnable(GL_DEPTH_TEST);
+    SphereRendering_shader effect((Type(4)));
+    float const radius = 1.2F;
+    prepare(effect, radius);
+    draw(effect, {0, 0, -4}, {0, 0, 0});
+
+    float projection[16];
+    glGetFloatv(GL_PROJECTION_MATRIX, projection);
+    // The matrices are handed to the geometry stage as one product; the depth moves by the surface's height.
+    for (int const dx : {0, 10, -15}) {
+        float const halfPixels = radius / 2 / 4 * 128;  // clip units over w = 4
+        float const u = (static_cast<float>(dx) + 0.5F) / halfPixels;
+        float const v = -0.5F / halfPixels;
+        float const z = -4 + std::sqrt(1 - u * u - v * v) * radius;
+        float const depth = ((projection[10] * z + projection[14]) / -z + 1) / 2;
+        float read = 0;
+        glReadPixels(128 + dx, 127, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &read);
+        EXPECT_NEAR(read, depth, 1e-4) << dx;
+    }
+    float corner = 0;
+    glReadPixels(128 + 18, 128 + 18, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &corner);
+    EXPECT_EQ(corner, 1) << "the corners of the square are left out";
+}
+
+TEST_F(Impostors_gl_test, anArrowHasAShaftAndAHead) {
+    ArrowRendering_shader effect((Type(4)));
+    prepare(effect, 0.2F);
+    draw(effect, {-0.5F, 0, 0}, {2, 0, 0});
+    auto const isLit = [this](float const& x, float const& y) {
+        int const column = static_cast<int>(128 + 128 * x);
+        int const row = static_cast<int>(128 - 128 * y);
+        for (int dy = -2; dy <= 2; ++dy) {
+            for (int dx = -2; dx <= 2; ++dx) {
+                if (readPixel(column + dx, row + dy)[0] > 100) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    };
+    float const p2 = 0.4F;
+    float const cosine = std::cos(0.8F) * 2 * p2 / 3;
+    float const sine = std::sin(0.8F) * 2 * p2 / 3;
+    EXPECT_TRUE(isLit(-0.5F + p2 / 2, 0)) << "shaft " << savePicture("arrow_impostor");
+    EXPECT_TRUE(isLit(-0.5F + cosine, sine)) << "p3";
+    EXPECT_TRUE(isLit(-0.5F + cosine, -sine)) << "p5";
+    EXPECT_TRUE(isLit(-0.5F + 2 * p2, 0)) << "p4";
+    EXPECT_TRUE(isLit((-1 + cosine + 2 * p2) / 2, sine / 2)) << "from p3 to p4";
+    EXPECT_FALSE(isLit(-0.5F + 1.5F * p2, 0)) << "no line from p2 to p4";
+    EXPECT_FALSE(isLit(-0.5F - 0.1F, 0));
+}
+
+// == State ==
+
+TEST_F(Impostors_gl_test, aPassLeavesTheStateAsItWas) {
+    PointRendering_shader effect((Type(0)));
+    prepare(effect, 1);
+    GLint depthBefore = -1;
+    glGetIntegerv(GL_ATTRIB_STACK_DEPTH, &depthBefore);
+    draw(effect, {0, 0, 0}, {1, 0, 0});
+    GLint program = -1;
+    glGetIntegerv(GL_CURRENT_PROGRAM, &program);
+    EXPECT_EQ(program, 0);
+    EXPECT_FALSE(glIsEnabled(GL_BLEND));
+    EXPECT_FALSE(glIsEnabled(GL_LIGHTING));
+    // GL_LIGHT0 is not asked for: Mesa does not bring single lights back, although the saved group has them.
+    GLint depth = -1;
+    glGetIntegerv(GL_ATTRIB_STACK_DEPTH, &depth);
+    EXPECT_EQ(depth, depthBefore);
+}
+
+TEST_F(Impostors_gl_test, changedParametersAreSeenInTheNextPass) {
+    glPointSize(5);
+    PointRendering_shader effect((Type(4)));
+    prepare(effect, 1);
+    draw(effect, {0, 0, 0}, {0, 0, 0});
+    draw(effect, {0, 0, 0}, {0, 0, 0});
+    EXPECT_TRUE(isNear(readPixel(128, 128), ramp.maxColor)) << "a pass that is not dirty";
+    effect.setMaxColor({0, 0, 1, 1});
+    draw(effect, {0, 0, 0}, {0, 0, 0});
+    EXPECT_TRUE(isNear(readPixel(128, 128), {0, 0, 1}));
+}
+
+TEST_F(Impostors_gl_test, everyVariantLinksWithoutALog) {
+    for (unsigned int type = 0; type <= 5; ++type) {
+        PointRendering_shader point((Type(type)));
+        SphereRendering_shader sphere((Type(type)));
+        ArrowRendering_shader arrow((Type(type)));
+        for (Base_shader* const effect : std::initializer_list<Base_shader*>{&point, &sphere, &arrow}) {
+            effect->create();
+            GLint program = 0;
+            glGetIntegerv(GL_CURRENT_PROGRAM, &program);
+            GLint linked = GL_FALSE;
+            glGetProgramiv(static_cast<GLuint>(program), GL_LINK_STATUS, &linked);
+            EXPECT_EQ(linked, GL_TRUE) << effect->getLog();
+            effect->enable(false);
+        }
+    }
+}
+
+TEST_F(Impostors_gl_test, reloadedEffectsDrawTheSame) {
+    glPointSize(5);
+    ArrowRendering_shader effect((Type(0)));
+    prepare(effect, 0.1F);
+    draw(effect, {0, 0, 0}, {6, 0, 0});
+    std::vector<unsigned char> const before = readPixels();
+    effect.reload();
+    glClear(GL_COLOR_BUFFER_BIT);
+    draw(effect, {0, 0, 0}, {6, 0, 0});
+    EXPECT_EQ(readPixels(), before);
+}
+
+}  // namespace
+}  // namespace vellum

@@ -1,0 +1,60 @@
+#include "viewport/files/common/MappedFile.h"
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vellum::viewport {
+
+Result<MappedFile> MappedFile::open(std::string const& path) {
+    // Without O_NONBLOCK a named pipe would be waited for.
+    int const descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (descriptor < 0) {
+        return Fault{path, std::string("cannot be opened: ") + std::strerror(errno)};
+    }
+    struct stat facts {};
+    std::string reason;
+    void* start = MAP_FAILED;
+    if (::fstat(descriptor, &facts) != 0) {
+        reason = std::string("cannot be read: ") + std::strerror(errno);
+    } else if (S_ISDIR(facts.st_mode)) {
+        reason = "is a folder, not a file";
+    } else if (!S_ISREG(facts.st_mode)) {
+        reason = "is not a regular file";
+    } else if (facts.st_size == 0) {
+        reason = "the file is empty";
+    } else {
+        start =
+            ::mmap(nullptr, static_cast<std::size_t>(facts.st_size), PROT_READ, MAP_PRIVATE, descriptor, 0);
+        if (start == MAP_FAILED) {
+            reason = std::string("cannot be read: ") + std::strerror(errno);
+        }
+    }
+    ::close(descriptor);
+    if (!reason.empty()) {
+        return Fault{path, reason};
+    }
+    std::size_t const size = static_cast<std::size_t>(facts.st_size);
+    ::madvise(start, size, MADV_SEQUENTIAL);
+    return MappedFile(std::string_view(static_cast<char const*>(start), size));
+}
+
+MappedFile::~MappedFile() {
+    if (!_bytes.empty()) {
+        ::munmap(const_cast<char*>(_bytes.data()), _bytes.size());
+    }
+}
+
+MappedFile::MappedFile(MappedFile&& other) noexcept : _bytes(std::exchange(other._bytes, {})) {}
+
+MappedFile& MappedFile::operator=(MappedFile&& other) noexcept {
+    std::swap(_bytes, other._bytes);
+    return *this;
+}
+
+}  // namespace vellum::viewport

@@ -1,0 +1,107 @@
+#include "viewport/files/common/PlyHeader.h"
+
+#include "viewport/text/Words.h"
+
+namespace vellum::viewport {
+
+namespace {
+
+std::optional<PlyScalarType> toScalarType(std::string_view const& word) {
+    struct Row {
+        std::string_view name;
+        PlyScalarType type;
+    };
+    static constexpr Row rows[] = {
+        {"char", {1, true, true}},     {"int8", {1, true, true}},     {"uchar", {1, true, false}},
+        {"uint8", {1, true, false}},   {"short", {2, true, true}},    {"int16", {2, true, true}},
+        {"ushort", {2, true, false}},  {"uint16", {2, true, false}},  {"int", {4, true, true}},
+        {"int32", {4, true, true}},    {"uint", {4, true, false}},    {"uint32", {4, true, false}},
+        {"float", {4, false, true}},   {"float32", {4, false, true}}, {"double", {8, false, true}},
+        {"float64", {8, false, true}},
+    };
+    for (Row const& row : rows) {
+        if (row.name == word) {
+            return row.type;
+        }
+    }
+    return std::nullopt;
+}
+
+bool addProperty(std::string_view line, PlyHeader& header) {
+    if (header.elements.empty()) {
+        return false;
+    }
+    PlyProperty property;
+    std::string_view type = takeWord(line);
+    if (type == "list") {
+        std::optional<PlyScalarType> const length = toScalarType(takeWord(line));
+        if (!length || !length->isInteger) {
+            return false;
+        }
+        property.isList = true;
+        property.length = *length;
+        type = takeWord(line);
+    }
+    std::optional<PlyScalarType> const value = toScalarType(type);
+    if (!value) {
+        return false;
+    }
+    property.value = *value;
+    property.name = std::string(takeWord(line));
+    header.elements.back().properties.push_back(property);
+    return true;
+}
+
+bool addElement(std::string_view line, PlyHeader& header) {
+    PlyElement element;
+    element.name = std::string(takeWord(line));
+    std::optional<std::uint64_t> const count = toCount(takeWord(line));
+    if (!count) {
+        return false;
+    }
+    element.count = *count;
+    header.elements.push_back(element);
+    return true;
+}
+
+bool setFormat(std::string_view line, PlyHeader& header) {
+    std::string_view const format = takeWord(line);
+    header.format = format == "binary_little_endian" ? PlyFormat::littleEndian
+                    : format == "binary_big_endian"  ? PlyFormat::bigEndian
+                                                     : PlyFormat::text;
+    return header.format != PlyFormat::text || format == "ascii";
+}
+
+}  // namespace
+
+std::optional<PlyHeader> readPlyHeader(std::string_view const& file) {
+    std::string_view bytes = file;
+    PlyHeader header;
+    std::string_view first = takeLine(bytes);
+    std::string_view const magic = takeWord(first);
+    if (magic != "ply" && magic != "PLY") {
+        return std::nullopt;
+    }
+    while (!bytes.empty()) {
+        std::string_view line = takeLine(bytes);
+        std::string_view const keyword = takeWord(line);
+        bool isUnderstood = true;
+        if (keyword == "end_header") {
+            header.body = bytes;
+            return header;
+        }
+        if (keyword == "format") {
+            isUnderstood = setFormat(line, header);
+        } else if (keyword == "element") {
+            isUnderstood = addElement(line, header);
+        } else if (keyword == "property") {
+            isUnderstood = addProperty(line, header);
+        }
+        if (!isUnderstood) {
+            return std::nullopt;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace vellum::viewport

@@ -1,0 +1,400 @@
+#include "viewport/files/mesh/AssimpImport.h"
+
+#include "foundation/geometry/Matrix4.h"
+#include "viewport/files/mesh/DeclaredCounts.h"
+#include "viewport/files/mesh/VertexNormals.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <string_view>
+
+#include <assimp/DefaultLogger.hpp>
+#include <assimp/Importer.hpp>
+#include <assimp/LogStream.hpp>
+#include <assimp/material.h>
+#include <assimp/mesh.h>
+#include <assimp/postprocess.h>
+#include <assimp/scene.h>
+
+namespace vellum::viewport {
+
+namespace {
+
+constexpr Color4<float> plainColour{0.74F, 0.76F, 0.80F, 1.0F};  // of what has no colour of its own
+
+std::string lowerCase(std::string_view const& text) {
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return lower;
+}
+
+// == Assimp's log ==
+
+/// Watches Assimp's log while it lives and keeps the first note of damage that Assimp only glosses over.
+class DamageWatch {
+public:
+    DamageWatch() {
+        Assimp::DefaultLogger::create("", Assimp::Logger::NORMAL, 0);
+        // The logger deletes its streams.
+        Assimp::DefaultLogger::get()->attachStream(new Stream(_note),
+                                                   Assimp::Logger::Err | Assimp::Logger::Warn);
+    }
+    ~DamageWatch() { Assimp::DefaultLogger::kill(); }
+    DamageWatch(DamageWatch const&) = delete;
+    DamageWatch& operator=(DamageWatch const&) = delete;
+
+    std::string const& note() const { return _note; }  ///< empty while there is none
+
+private:
+    class Stream : public Assimp::LogStream {
+    public:
+        explicit Stream(std::string& note) : _note(note) {}
+
+        void write(char const* line) override {
+            // Other notes are about what the drawing does without: textures, animations, unknown extensions.
+            static constexpr std::string_view damage[] = {"out of range",         "out-of-range",
+                                                          "out of bounds",        "outside the allowed range",
+                                                          "header is incorrect",  "unexpected end of file",
+                                                          "unexpected eof",       "invalid face index",
+                                                          "zero indices",         "invalid vertex index",
+                                                          "invalid polygon index"};
+            std::string const text = lowerCase(line);
+            bool const tellsDamage =
+                std::any_of(std::begin(damage), std::end(damage),
+                            [&](auto const& words) { return text.find(words) != std::string::npos; });
+            if (tellsDamage && _note.empty()) {
+                _note = withoutPrefix(line);
+            }
+        }
+
+    private:
+        /// The line without "Error, T0: " in front and the line end behind.
+        static std::string withoutPrefix(std::string_view line) {
+            std::size_t const colon = line.find(": ");
+            if (colon != std::string_view::npos) {
+                line.remove_prefix(colon + 2);
+            }
+            return std::string(line.substr(0, line.find('\n')));
+        }
+
+        std::string& _note;
+    };
+
+    std::string _note;
+};
+
+// == Checks ==
+
+std::optional<std::string> firstFault(aiMesh const& mesh) {
+    for (unsigned int f = 0; f < mesh.mNumFaces; ++f) {
+        aiFace const& face = mesh.mFaces[f];
+        for (unsigned int k = 0; k < face.mNumIndices; ++k) {
+            if (face.mIndices[k] >= mesh.mNumVertices) {
+                return "face " + std::to_string(f) + " has vertex index " + std::to_string(face.mIndices[k]) +
+                       ", out of range: there are " + std::to_string(mesh.mNumVertices) + " vertices";
+            }
+        }
+    }
+    for (unsigned int v = 0; v < mesh.mNumVertices; ++v) {
+        aiVector3D const& p = mesh.mVertices[v];
+        if (!std::isfinite(p.x) || !std::isfinite(p.y) || !std::isfinite(p.z)) {
+            return "vertex " + std::to_string(v) + " has a coordinate that is not a number or infinite";
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> firstFault(aiScene const& scene) {
+    for (unsigned int m = 0; m < scene.mNumMeshes; ++m) {
+        if (std::optional<std::string> fault = firstFault(*scene.mMeshes[m])) {
+            return fault;
+        }
+    }
+    return std::nullopt;
+}
+
+// == From a scene to one mesh ==
+
+Matrix4<double> toMatrix(aiMatrix4x4 const& m) {
+    return {{m.a1, m.b1, m.c1, m.d1, m.a2, m.b2, m.c2, m.d2, m.a3, m.b3, m.c3, m.d3, m.a4, m.b4, m.c4, m.d4}};
+}
+
+Vector3<double> column(Matrix4<double> const& m, int const& index) {
+    return {m.e[4 * index], m.e[4 * index + 1], m.e[4 * index + 2]};
+}
+
+Vector3<double> toVector(aiVector3D const& v) {
+    return {v.x, v.y, v.z};
+}
+
+/// Colours of a material or a vertex may be anything; what is drawn is opaque and within 0 to 1.
+Color4<float> toColour(aiColor4D const& c) {
+    auto const component = [](float const& value) {
+        return std::isfinite(value) ? std::clamp(value, 0.0F, 1.0F) : 0.0F;
+    };
+    return {component(c.r), component(c.g), component(c.b), 1.0F};
+}
+
+Color4<float> materialColour(aiScene const& scene, unsigned int const& index) {
+    if (index >= scene.mNumMaterials) {
+        return plainColour;
+    }
+    aiMaterial const& material = *scene.mMaterials[index];
+    aiColor4D diffuse;
+    aiString name;
+    material.Get(AI_MATKEY_NAME, name);
+    if (material.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) != AI_SUCCESS) {
+        return plainColour;
+    }
+    // What Assimp adds where a file has no material.
+    std::string_view const word = name.C_Str();
+    bool const isAssimpsGrey = diffuse.r == 0.6F && diffuse.g == 0.6F && diffuse.b == 0.6F;
+    if (word == AI_DEFAULT_MATERIAL_NAME || (word.empty() && isAssimpsGrey)) {
+        return plainColour;
+    }
+    Color4<float> const colour = toColour(diffuse);
+    bool const isBlack = colour.r + colour.g + colour.b == 0.0F;
+    // Files leave the colour black where a texture replaces it; without the texture nothing would be seen.
+    bool const isReplaced = material.GetTextureCount(aiTextureType_DIFFUSE) > 0 ||
+                            material.GetTextureCount(aiTextureType_BASE_COLOR) > 0;
+    return isBlack && isReplaced ? plainColour : colour;
+}
+
+/// The diffuse texture of a material: its name and, if the file itself holds it, its bytes.
+Material toMaterial(aiScene const& scene, unsigned int const& index) {
+    Material material;
+    if (index >= scene.mNumMaterials) {
+        return material;
+    }
+    aiMaterial const& source = *scene.mMaterials[index];
+    aiColor4D diffuse;
+    if (source.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) == AI_SUCCESS) {
+        Color4<float> const colour = toColour(diffuse);
+        material.tint = colour.r + colour.g + colour.b > 0 ? colour : material.tint;
+    }
+    aiString name;
+    for (aiTextureType const& kind : {aiTextureType_DIFFUSE, aiTextureType_BASE_COLOR}) {
+        if (source.GetTexture(kind, 0, &name) != AI_SUCCESS || name.length == 0) {
+            continue;
+        }
+        material.texture = name.C_Str();
+        aiTexture const* const embedded = scene.GetEmbeddedTexture(name.C_Str());
+        // A height of 0 tells a picture file, whose size in bytes the width is.
+        if (embedded != nullptr && embedded->mHeight == 0 && embedded->pcData != nullptr) {
+            unsigned char const* const bytes = reinterpret_cast<unsigned char const*>(embedded->pcData);
+            material.textureBytes.assign(bytes, bytes + embedded->mWidth);
+        }
+        break;
+    }
+    return material;
+}
+
+/// Collects the meshes of a scene into one.
+class Collector {
+public:
+    Collector(aiScene const& scene, bool const& ignoreNormals)
+        : _scene(scene), _ignoreNormals(ignoreNormals) {}
+
+    /// False when there is more of something than a mesh holds.
+    bool collect() {
+        for (unsigned int i = 0; i < _scene.mNumMaterials; ++i) {
+            _mesh.materials.push_back(toMaterial(_scene, i));
+        }
+        _mesh.materials.emplace_back();  // of meshes that have none
+        if (_scene.mRootNode == nullptr) {
+            return true;
+        }
+        // A stack of its own, since a file may nest its nodes deeper than the call stack reaches.
+        struct Placed {
+            aiNode const* node;
+            Matrix4<double> transform;
+        };
+        std::vector<Placed> open{{_scene.mRootNode, toMatrix(_scene.mRootNode->mTransformation)}};
+        while (!open.empty()) {
+            Placed const placed = open.back();
+            open.pop_back();
+            for (unsigned int i = 0; i < placed.node->mNumMeshes; ++i) {
+                unsigned int const index = placed.node->mMeshes[i];
+                if (index < _scene.mNumMeshes && !_add(*_scene.mMeshes[index], placed.transform)) {
+                    return false;
+                }
+            }
+            for (unsigned int i = placed.node->mNumChildren; i-- > 0;) {
+                aiNode const* const child = placed.node->mChildren[i];
+                open.push_back({child, placed.transform * toMatrix(child->mTransformation)});
+            }
+        }
+        return true;
+    }
+
+    /// The mesh, complete with the normals that the file lacks.
+    MeshData take() {
+        auto const missing = std::count(_hasNormal.begin(), _hasNormal.end(), false);
+        _mesh.computedNormalCount = static_cast<std::uint64_t>(missing);
+        if (missing > 0) {
+            std::vector<Vector3<float>> const smooth = smoothVertexNormals(_mesh.positions, _mesh.triangles);
+            for (std::size_t i = 0; i < smooth.size(); ++i) {
+                if (!_hasNormal[i]) {
+                    _mesh.normals[i] = smooth[i];
+                }
+            }
+        }
+        if (!_hasTextureCoordinates) {
+            _mesh.textureCoordinates.clear();
+        }
+        return std::move(_mesh);
+    }
+
+private:
+    bool _add(aiMesh const& mesh, Matrix4<double> const& transform) {
+        bool const hasTriangle = std::any_of(mesh.mFaces, mesh.mFaces + mesh.mNumFaces,
+                                             [](aiFace const& face) { return face.mNumIndices == 3; });
+        if (!hasTriangle) {
+            return true;
+        }
+        std::size_t const base = _mesh.positions.size();
+        if (base + mesh.mNumVertices > MeshData::largestCount ||
+            _mesh.triangles.size() + mesh.mNumFaces > MeshData::largestCount) {
+            return false;
+        }
+        Vector3<double> const axes[3] = {column(transform, 0), column(transform, 1), column(transform, 2)};
+        bool const isMirrored = dot(cross(axes[0], axes[1]), axes[2]) < 0;
+        _addVertices(mesh, axes, column(transform, 3), isMirrored);
+        _addTriangles(mesh, static_cast<unsigned int>(base), isMirrored);
+        ++_mesh.partCount;
+        return true;
+    }
+
+    void _addVertices(aiMesh const& mesh, Vector3<double> const (&axes)[3], Vector3<double> const& origin,
+                      bool const& isMirrored) {
+        // Normals turn with the inverse of the transpose, which up to a factor is this matrix of cofactors.
+        double const side = isMirrored ? -1 : 1;
+        Vector3<double> const normalAxes[3] = {cross(axes[1], axes[2]) * side, cross(axes[2], axes[0]) * side,
+                                               cross(axes[0], axes[1]) * side};
+        Color4<float> const colour = materialColour(_scene, mesh.mMaterialIndex);
+        bool const hasColours = mesh.HasVertexColors(0);
+        bool const hasTexture = mesh.HasTextureCoords(0);
+        _mesh.hasVertexColours = _mesh.hasVertexColours || hasColours;
+        _hasTextureCoordinates = _hasTextureCoordinates || hasTexture;
+
+        for (unsigned int v = 0; v < mesh.mNumVertices; ++v) {
+            Vector3<double> const p = toVector(mesh.mVertices[v]);
+            _mesh.positions.push_back(axes[0] * p.x + axes[1] * p.y + axes[2] * p.z + origin);
+
+            Vector3<double> normal{0, 0, 0};
+            if (mesh.HasNormals() && !_ignoreNormals) {
+                Vector3<double> const n = toVector(mesh.mNormals[v]);
+                normal = normalAxes[0] * n.x + normalAxes[1] * n.y + normalAxes[2] * n.z;
+            }
+            double const size = length(normal);
+            bool const isUsable = std::isfinite(size) && size > 0;
+            _mesh.normals.push_back(isUsable ? convert<float>(normal * (1 / size)) : Vector3<float>{0, 1, 0});
+            _hasNormal.push_back(isUsable);
+
+            _mesh.colours.push_back(hasColours ? toColour(mesh.mColors[0][v]) : colour);
+
+            Vector2<float> texture{0, 0};
+            if (hasTexture) {
+                aiVector3D const& t = mesh.mTextureCoords[0][v];
+                texture = std::isfinite(t.x) && std::isfinite(t.y) ? Vector2<float>{t.x, t.y} : texture;
+            }
+            _mesh.textureCoordinates.push_back(texture);
+        }
+    }
+
+    void _addTriangles(aiMesh const& mesh, unsigned int const& base, bool const& isMirrored) {
+        for (unsigned int f = 0; f < mesh.mNumFaces; ++f) {
+            aiFace const& face = mesh.mFaces[f];
+            if (face.mNumIndices != 3) {
+                continue;
+            }
+            unsigned int const a = base + face.mIndices[0];
+            unsigned int const b = base + face.mIndices[1];
+            unsigned int const c = base + face.mIndices[2];
+            // A mirrored triangle turns its back; the other order of corners shows its front again.
+            _mesh.triangleMaterials.push_back(std::min(mesh.mMaterialIndex, _scene.mNumMaterials));
+            _mesh.triangles.push_back(isMirrored ? MeshData::Triangle{a, c, b} : MeshData::Triangle{a, b, c});
+        }
+    }
+
+    aiScene const& _scene;
+    bool const _ignoreNormals;
+    MeshData _mesh;
+    std::vector<bool> _hasNormal;  // per vertex: a usable one came from the file
+    bool _hasTextureCoordinates = false;
+};
+
+std::string readWholeFile(std::string const& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+std::optional<std::string> declaredCountsFault(std::string const& path, std::string const& extension) {
+    if (extension == ".ply") {
+        return plyFault(readWholeFile(path));
+    }
+    if (extension == ".off") {
+        return offFault(readWholeFile(path));
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+Result<MeshData> importWithAssimp(std::string const& path) {
+    auto const fault = [&path](std::string const& message) { return Fault{path, message}; };
+    std::string const extension = lowerCase(std::filesystem::path(path).extension().string());
+
+    DamageWatch const watch;
+    Assimp::Importer importer;
+    if (extension.empty()) {
+        return fault("the file name has no extension that tells the format");
+    }
+    if (!importer.IsExtensionSupported(extension)) {
+        return fault("unknown mesh file extension '" + extension + "'");
+    }
+    if (std::optional<std::string> const damage = declaredCountsFault(path, extension)) {
+        return fault(*damage);
+    }
+
+    // The steps that follow the reading trust the indices, so these are checked in between.
+    aiScene const* scene = importer.ReadFile(path, 0);
+    if (scene == nullptr) {
+        std::string const reason = importer.GetErrorString();
+        return fault("not a readable mesh: " + (reason.empty() ? "the importer gives no reason" : reason));
+    }
+    if (!watch.note().empty()) {
+        return fault("the file is damaged: " + watch.note());
+    }
+    if (std::optional<std::string> const damage = firstFault(*scene)) {
+        return fault(*damage);
+    }
+    scene = importer.ApplyPostProcessing(aiProcess_Triangulate);
+    if (scene == nullptr) {
+        return fault(std::string("cannot cut the faces into triangles: ") + importer.GetErrorString());
+    }
+
+    // An STL file has a normal for each facet and none for a vertex.
+    Collector collector(*scene, extension == ".stl");
+    if (!collector.collect()) {
+        return fault("the mesh has too many vertices or triangles");
+    }
+    MeshData mesh = collector.take();
+    mesh.name = std::filesystem::path(path).filename().string();
+    if (std::optional<std::string> const damage = mesh.firstFault()) {
+        return fault(*damage);
+    }
+    return mesh;
+}
+
+bool isMeshExtension(std::string const& extension) {
+    return !extension.empty() && Assimp::Importer().IsExtensionSupported(extension);
+}
+
+}  // namespace vellum::viewport

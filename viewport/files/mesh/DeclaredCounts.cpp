@@ -1,0 +1,189 @@
+#include "viewport/files/mesh/DeclaredCounts.h"
+
+#include "viewport/files/common/PlyHeader.h"
+#include "viewport/text/Words.h"
+
+#include <cstdint>
+
+namespace vellum::viewport {
+
+namespace {
+
+// == PLY ==
+
+/// Steps over the values of a body, text or binary.
+class Body {
+public:
+    enum class Step { done, cutOff, notUnderstood };
+
+    Body(std::string_view const& bytes, PlyFormat const& format) : _left(bytes), _format(format) {}
+
+    Step skip(PlyScalarType const& type, std::uint64_t const& count) {
+        if (_format == PlyFormat::text) {
+            for (std::uint64_t i = 0; i < count; ++i) {
+                if (takeWord(_left).empty()) {
+                    return Step::cutOff;
+                }
+            }
+            return Step::done;
+        }
+        if (count > _left.size() / type.size) {
+            return Step::cutOff;
+        }
+        _left.remove_prefix(static_cast<std::size_t>(count) * type.size);
+        return Step::done;
+    }
+
+    Step takeLength(PlyScalarType const& type, std::uint64_t& length) {
+        if (_format == PlyFormat::text) {
+            std::string_view const word = takeWord(_left);
+            if (word.empty()) {
+                return Step::cutOff;
+            }
+            std::optional<std::uint64_t> const count = toCount(word);
+            length = count.value_or(0);
+            return count ? Step::done : Step::notUnderstood;
+        }
+        if (_left.size() < type.size) {
+            return Step::cutOff;
+        }
+        length = 0;
+        unsigned char highest = 0;
+        for (std::size_t i = 0; i < type.size; ++i) {
+            std::size_t const place = _format == PlyFormat::bigEndian ? i : type.size - 1 - i;
+            auto const byte = static_cast<unsigned char>(_left[place]);
+            highest = i == 0 ? byte : highest;
+            length = length << 8 | byte;
+        }
+        _left.remove_prefix(type.size);
+        bool const isNegative = type.isSigned && highest > 0x7F;
+        return isNegative ? Step::notUnderstood : Step::done;
+    }
+
+private:
+    std::string_view _left;
+    PlyFormat _format;
+};
+
+Body::Step skipItem(Body& body, PlyElement const& element) {
+    for (PlyProperty const& property : element.properties) {
+        std::uint64_t count = 1;
+        if (property.isList) {
+            Body::Step const step = body.takeLength(property.length, count);
+            if (step != Body::Step::done) {
+                return step;
+            }
+        }
+        Body::Step const step = body.skip(property.value, count);
+        if (step != Body::Step::done) {
+            return step;
+        }
+    }
+    return Body::Step::done;
+}
+
+std::string cutOffMessage(std::uint64_t const& declared, std::string const& what, std::uint64_t const& held) {
+    return "the file is cut off: it declares " + std::to_string(declared) + " of '" + what + "' and holds " +
+           std::to_string(held);
+}
+
+// == OFF ==
+
+/// Takes the next line that holds words, without its comment; empty at the end of the text.
+std::string_view takeFilledLine(std::string_view& text) {
+    while (!text.empty()) {
+        std::string_view line = takeLine(text);
+        line = line.substr(0, line.find('#'));
+        if (line.find_first_not_of(blanks) != std::string_view::npos) {
+            return line;
+        }
+    }
+    return {};
+}
+
+/// The number of words in the line.
+std::uint64_t countWords(std::string_view line) {
+    std::uint64_t count = 0;
+    while (!takeWord(line).empty()) {
+        ++count;
+    }
+    return count;
+}
+
+/// What is wrong with a line "count index index ...", of which colours may follow.
+std::optional<std::string> offFaceFault(std::string_view line, std::uint64_t const& face,
+                                        std::uint64_t const& vertexCount) {
+    std::optional<std::uint64_t> const count = toCount(takeWord(line));
+    if (!count) {
+        return "face " + std::to_string(face) + " does not begin with a number of vertices";
+    }
+    for (std::uint64_t i = 0; i < *count; ++i) {
+        std::string_view const word = takeWord(line);
+        std::optional<std::uint64_t> const index = toCount(word);
+        if (!index || *index >= vertexCount) {
+            return "face " + std::to_string(face) + " has vertex index '" + std::string(word) +
+                   "', missing or out of range: there are " + std::to_string(vertexCount) + " vertices";
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<std::string> plyFault(std::string_view const& bytes) {
+    std::optional<PlyHeader> const header = readPlyHeader(bytes);
+    if (!header) {
+        return std::nullopt;
+    }
+    Body body(header->body, header->format);
+    for (PlyElement const& element : header->elements) {
+        if (element.properties.empty()) {
+            continue;  // Takes no bytes, however many there are.
+        }
+        for (std::uint64_t i = 0; i < element.count; ++i) {
+            Body::Step const step = skipItem(body, element);
+            if (step == Body::Step::cutOff) {
+                return cutOffMessage(element.count, element.name, i);
+            }
+            if (step == Body::Step::notUnderstood) {
+                return std::nullopt;
+            }
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> offFault(std::string_view const& bytes) {
+    std::string_view text = bytes;
+    std::string_view counts = takeFilledLine(text);
+    // The counts may stand behind the keyword or on a line of their own.
+    std::string_view const keyword = takeWord(counts);
+    if (keyword.size() < 3 || keyword.substr(keyword.size() - 3) != "OFF") {
+        return std::nullopt;
+    }
+    if (countWords(counts) == 0) {
+        counts = takeFilledLine(text);
+    }
+    std::optional<std::uint64_t> const vertexCount = toCount(takeWord(counts));
+    std::optional<std::uint64_t> const faceCount = toCount(takeWord(counts));
+    if (!vertexCount || !faceCount) {
+        return std::nullopt;
+    }
+    for (std::uint64_t i = 0; i < *vertexCount; ++i) {
+        if (countWords(takeFilledLine(text)) < 3) {
+            return cutOffMessage(*vertexCount, "vertex", i);
+        }
+    }
+    for (std::uint64_t i = 0; i < *faceCount; ++i) {
+        std::string_view const line = takeFilledLine(text);
+        if (line.empty()) {
+            return cutOffMessage(*faceCount, "face", i);
+        }
+        if (std::optional<std::string> fault = offFaceFault(line, i, *vertexCount)) {
+            return fault;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace vellum::viewport

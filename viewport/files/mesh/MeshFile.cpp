@@ -1,0 +1,54 @@
+#include "viewport/files/mesh/MeshFile.h"
+
+#include "viewport/files/mesh/AssimpImport.h"
+
+#include <cerrno>
+#include <cstring>
+#include <optional>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vellum::viewport {
+
+namespace {
+
+/// What keeps the file from being read at all; asked before an importer is, whose messages are less to the point.
+std::optional<std::string> accessFault(std::string const& path) {
+    // Without O_NONBLOCK a named pipe would be waited for.
+    int const descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (descriptor < 0) {
+        return std::string("cannot be opened: ") + std::strerror(errno);
+    }
+    struct stat facts {};
+    int const known = ::fstat(descriptor, &facts);
+    ::close(descriptor);
+    if (known != 0) {
+        return std::string("cannot be read: ") + std::strerror(errno);
+    }
+    if (S_ISDIR(facts.st_mode)) {
+        return std::string("is a folder, not a mesh file");
+    }
+    if (!S_ISREG(facts.st_mode)) {
+        return std::string("is not a regular file");
+    }
+    if (facts.st_size == 0) {
+        return std::string("the file is empty");
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+MeshFile::MeshFile(std::string const& path) : _path(path) {}
+
+Result<MeshData> MeshFile::load(ImportLimits const& limits) const {
+    if (std::optional<std::string> const fault = accessFault(_path)) {
+        return Fault{_path, *fault};
+    }
+    return importGuarded(
+        _path, [this] { return importWithAssimp(_path); }, limits);
+}
+
+}  // namespace vellum::viewport

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "viewport/files/mesh/GuardedImport.h"
+
+#include <string>
+
+namespace vellum::viewport {
+
+/// A mesh file that a user named: the way from its path to a mesh that can be relied on.
+///
+///     Result<MeshData> const mesh = MeshFile("spider.obj").load(ImportLimits{});
+///     if (!mesh.isOk())
+///         std::cerr << mesh.fault().line() << '\n';
+///
+/// Any file may be named; none makes load() throw, crash or take much longer than the limits say.
+/// Not for particle files.
+class MeshFile {
+public:
+    explicit MeshFile(std::string const& path);
+
+    /// Imports the file (see AssimpImport.h) in a process of its own (see GuardedImport.h). Call it before a GL
+    /// context or a thread exists.
+    Result<MeshData> load(ImportLimits const& limits) const;
+
+private:
+    std::string _path;
+};
+
+}  // namespace vellum::viewport

@@ -1,0 +1,145 @@
+#include "viewport/files/particles/CsvFile.h"
+
+#include "viewport/files/particles/FrameLoop.h"
+#include "viewport/files/particles/TableRows.h"
+#include "viewport/text/Words.h"
+
+#include <algorithm>
+#include <array>
+
+namespace vellum::viewport {
+
+namespace {
+
+char separatorOf(std::string_view const& names) {
+    char best = ' ';
+    std::ptrdiff_t most = 0;
+    for (char const& candidate : {',', ';', '\t'}) {
+        std::ptrdiff_t const count = std::count(names.begin(), names.end(), candidate);
+        if (count > most) {
+            best = candidate;
+            most = count;
+        }
+    }
+    return best;
+}
+
+std::string_view trimmed(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+    return text.substr(0, text.find_last_not_of(blanks) + 1);
+}
+
+std::vector<std::string_view> namesOf(std::string_view line, char const& separator) {
+    std::vector<std::string_view> names;
+    if (separator == ' ') {
+        for (std::string_view word = takeWord(line); !word.empty(); word = takeWord(line)) {
+            names.push_back(word);
+        }
+        return names;
+    }
+    while (true) {
+        line.remove_prefix(std::min(line.find_first_not_of(" \r"), line.size()));
+        std::size_t end = 0;
+        if (!line.empty() && line.front() == '"') {
+            line.remove_prefix(1);
+            end = std::min(line.find('"'), line.size());
+            names.push_back(line.substr(0, end));
+            end = line.find(separator, end);
+        } else {
+            end = line.find(separator);
+            names.push_back(trimmed(line.substr(0, end)));
+        }
+        if (end == std::string_view::npos) {
+            return names;
+        }
+        line.remove_prefix(end + 1);
+    }
+}
+
+/// The name without what writers differ in.
+std::string bareName(std::string_view const& name) {
+    std::string bare;
+    for (char const& character : name) {
+        bool const isLarge = character >= 'A' && character <= 'Z';
+        bool const isSmall = character >= 'a' && character <= 'z';
+        bool const isDigit = character >= '0' && character <= '9';
+        if (isLarge || isSmall || isDigit) {
+            bare.push_back(isLarge ? static_cast<char>(character - 'A' + 'a') : character);
+        }
+    }
+    return bare;
+}
+
+struct Heading {
+    std::vector<TableColumn> columns;
+    char separator = ',';
+    bool hasPositions = false;
+};
+
+Heading headingOf(std::string_view line) {
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    if (line.substr(0, byteOrderMark.size()) == byteOrderMark) {
+        line.remove_prefix(byteOrderMark.size());
+    }
+    line = trimmed(line);
+    if (!line.empty() && line.front() == '#') {
+        line.remove_prefix(1);
+    }
+    Heading heading;
+    heading.separator = separatorOf(line);
+    std::vector<std::string_view> const names = namesOf(line, heading.separator);
+    for (std::string_view const& name : names) {
+        heading.columns.push_back(TableColumn{bareName(name), ColumnUse::channel, 0, false});
+        heading.columns.back().isId = heading.columns.back().name == "id";
+    }
+    for (auto const& axes : {std::array<std::string_view, 3>{"x", "y", "z"},
+                             {"positionx", "positiony", "positionz"},
+                             {"posx", "posy", "posz"},
+                             {"position0", "position1", "position2"},
+                             {"points0", "points1", "points2"}}) {
+        if (useColumns(heading.columns, {axes[0], axes[1], axes[2]}, ColumnUse::position)) {
+            heading.hasPositions = true;
+            break;
+        }
+    }
+    for (auto const& axes : {std::array<std::string_view, 3>{"vx", "vy", "vz"},
+                             {"velocityx", "velocityy", "velocityz"},
+                             {"velx", "vely", "velz"},
+                             {"velocity0", "velocity1", "velocity2"}}) {
+        if (useColumns(heading.columns, {axes[0], axes[1], axes[2]}, ColumnUse::velocity)) {
+            break;
+        }
+    }
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        heading.columns[i].name = std::string(names[i]);
+    }
+    return heading;
+}
+
+}  // namespace
+
+bool isCsvOfParticles(std::string_view const& text) {
+    TextLines lines(text);
+    lines.skipEmpty();
+    return headingOf(lines.take()).hasPositions;
+}
+
+Result<ParticleFrames> readCsv(std::string_view const& text, ParticleProgress const& progress) {
+    TextLines lines(text);
+    lines.skipEmpty();
+    Heading const heading = headingOf(lines.take());
+    if (!heading.hasPositions) {
+        return Fault{{}, lines.damage("no columns x, y and z are named").message()};
+    }
+    TableRows rows(heading.columns, heading.separator);
+    rows.tell(progress);
+    ParticleFrames result;
+    result.frames.emplace_back();
+    if (std::optional<TextDamage> const damage = rows.read(lines, std::nullopt, result.frames.front())) {
+        return Fault{{}, damage->message()};
+    }
+    result.warning = lastLineWarning(lines);
+    return result;
+}
+
+}  // namespace vellum::viewport

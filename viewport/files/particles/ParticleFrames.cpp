@@ -1,0 +1,117 @@
+#include "viewport/files/particles/ParticleFrames.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <numeric>
+
+namespace vellum::viewport {
+
+namespace {
+
+/// order[i] is the place that the particle of rank i has now.
+template <class Place>
+using Order = std::vector<Place>;
+
+template <class Place>
+Order<Place> orderByComparing(std::vector<double> const& ids) {
+    Order<Place> order(ids.size());
+    std::iota(order.begin(), order.end(), Place{0});
+    std::stable_sort(order.begin(), order.end(),
+                     [&ids](Place const& a, Place const& b) { return ids[a] < ids[b]; });
+    return order;
+}
+
+/// For ids that are the numbers from the least one on, each of them once. Empty where they are not.
+template <class Place>
+Order<Place> orderOfNumbers(std::vector<double> const& ids, double const& least) {
+    constexpr Place none = std::numeric_limits<Place>::max();
+    Order<Place> order(ids.size(), none);
+    for (std::size_t i = 0; i < ids.size(); ++i) {
+        Place& place = order[static_cast<std::size_t>(ids[i] - least)];
+        if (place != none) {
+            return {};
+        }
+        place = static_cast<Place>(i);
+    }
+    return order;
+}
+
+template <class Place>
+Order<Place> orderByCounting(std::vector<double> const& ids, double const& least, std::size_t const& span) {
+    Order<Place> order(ids.size());
+    std::vector<Place> firstPlace(span + 1, 0);
+    for (double const& id : ids) {
+        ++firstPlace[static_cast<std::size_t>(id - least) + 1];
+    }
+    std::partial_sum(firstPlace.begin(), firstPlace.end(), firstPlace.begin());
+    for (std::size_t i = 0; i < ids.size(); ++i) {
+        order[firstPlace[static_cast<std::size_t>(ids[i] - least)]++] = static_cast<Place>(i);
+    }
+    return order;
+}
+
+/// Simulations number their particles almost without gaps: counting takes one walk where comparing takes many.
+template <class Place>
+Order<Place> orderOf(std::vector<double> const& ids) {
+    auto const [least, most] = std::minmax_element(ids.begin(), ids.end());
+    double const span = *most - *least + 1;
+    if (span > 4.0 * static_cast<double>(ids.size())) {
+        return orderByComparing<Place>(ids);
+    }
+    auto const numbers = static_cast<std::size_t>(span);
+    Order<Place> order;
+    if (numbers == ids.size()) {
+        order = orderOfNumbers<Place>(ids, *least);
+    }
+    return order.empty() ? orderByCounting<Place>(ids, *least, numbers) : order;
+}
+
+template <class T, class Place>
+void arrange(std::vector<T>& values, Order<Place> const& order) {
+    if (values.empty()) {
+        return;
+    }
+    std::vector<T> arranged;
+    arranged.reserve(values.size());
+    for (Place const& place : order) {
+        arranged.push_back(values[place]);
+    }
+    values.swap(arranged);
+}
+
+template <class Place>
+void arrangeAll(ParticleFrame& frame, std::vector<double> const& ids) {
+    Order<Place> const order = orderOf<Place>(ids);
+    arrange(frame.positions, order);
+    arrange(frame.velocities, order);
+    for (ParticleChannel& each : frame.channels) {
+        arrange(each.values, order);
+    }
+}
+
+}  // namespace
+
+ParticleChannel const* ParticleFrame::channel(std::string const& name) const {
+    for (ParticleChannel const& candidate : channels) {
+        if (candidate.name == name) {
+            return &candidate;
+        }
+    }
+    return nullptr;
+}
+
+void ParticleFrame::sortBy(std::vector<double> const& ids) {
+    if (std::is_sorted(ids.begin(), ids.end())) {
+        return;
+    }
+    // Half as many bytes are walked through in random order.
+    if (ids.size() < std::numeric_limits<std::uint32_t>::max()) {
+        arrangeAll<std::uint32_t>(*this, ids);
+    } else {
+        arrangeAll<std::uint64_t>(*this, ids);
+    }
+}
+
+}  // namespace vellum::viewport

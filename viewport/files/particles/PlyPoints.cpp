@@ -1,0 +1,199 @@
+#include "viewport/files/particles/PlyPoints.h"
+
+#include "viewport/files/common/PlyHeader.h"
+#include "viewport/files/particles/FrameLoop.h"
+#include "viewport/files/particles/TableRows.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace vellum::viewport {
+
+namespace {
+
+constexpr std::uint64_t rowsBetweenProgress = 4096;
+
+template <class T>
+T valueOf(char const* const& bytes, bool const& isBigEndian) {
+    unsigned char raw[sizeof(T)];
+    std::memcpy(raw, bytes, sizeof raw);
+    std::uint64_t bits = 0;
+    for (std::size_t i = 0; i < sizeof raw; ++i) {
+        bits |= static_cast<std::uint64_t>(raw[isBigEndian ? sizeof raw - 1 - i : i]) << (8 * i);
+    }
+    T value;
+    if constexpr (sizeof(T) == 1) {
+        std::uint8_t const sized = static_cast<std::uint8_t>(bits);
+        std::memcpy(&value, &sized, sizeof value);
+    } else if constexpr (sizeof(T) == 2) {
+        std::uint16_t const sized = static_cast<std::uint16_t>(bits);
+        std::memcpy(&value, &sized, sizeof value);
+    } else if constexpr (sizeof(T) == 4) {
+        std::uint32_t const sized = static_cast<std::uint32_t>(bits);
+        std::memcpy(&value, &sized, sizeof value);
+    } else {
+        std::memcpy(&value, &bits, sizeof value);
+    }
+    return value;
+}
+
+double numberOf(char const* const& bytes, PlyScalarType const& type, bool const& isBigEndian) {
+    if (!type.isInteger) {
+        return type.size == 4 ? valueOf<float>(bytes, isBigEndian) : valueOf<double>(bytes, isBigEndian);
+    }
+    switch (type.size) {
+    case 1:
+        return type.isSigned ? valueOf<std::int8_t>(bytes, isBigEndian)
+                             : valueOf<std::uint8_t>(bytes, isBigEndian);
+    case 2:
+        return type.isSigned ? valueOf<std::int16_t>(bytes, isBigEndian)
+                             : valueOf<std::uint16_t>(bytes, isBigEndian);
+    default:
+        return type.isSigned ? static_cast<double>(valueOf<std::int32_t>(bytes, isBigEndian))
+                             : static_cast<double>(valueOf<std::uint32_t>(bytes, isBigEndian));
+    }
+}
+
+bool hasLists(PlyElement const& element) {
+    return std::any_of(element.properties.begin(), element.properties.end(),
+                       [](PlyProperty const& property) { return property.isList; });
+}
+
+std::size_t sizeOf(PlyElement const& element) {
+    std::size_t size = 0;
+    for (PlyProperty const& property : element.properties) {
+        size += property.value.size;
+    }
+    return size;
+}
+
+std::string cutOffReason(PlyElement const& element, std::uint64_t const& held) {
+    return "the file is cut off: it declares " + std::to_string(element.count) + " of " +
+           quoted(element.name) + " and holds " + std::to_string(held);
+}
+
+class PlyReader {
+public:
+    PlyReader(std::string_view const& file, PlyHeader const& header, ParticleProgress const& progress)
+        : _header(header), _progress(progress), _headerSize(file.size() - header.body.size()), _file(file) {}
+
+    Result<ParticleFrames> read() {
+        PlyElement const* vertices = nullptr;
+        for (PlyElement const& element : _header.elements) {
+            if (element.name == "face" && element.count > 0) {
+                return Fault{{}, "has faces: it is a mesh, not particles"};
+            }
+            if (element.name == "vertex" && vertices == nullptr) {
+                vertices = &element;
+            }
+        }
+        if (vertices == nullptr) {
+            return Fault{{}, "the PLY file has no element 'vertex'"};
+        }
+        std::vector<TableColumn> columns;
+        for (PlyProperty const& property : vertices->properties) {
+            columns.push_back(TableColumn{property.name, ColumnUse::channel, 0, property.name == "id"});
+        }
+        if (hasLists(*vertices)) {
+            return Fault{{}, "the vertices of the PLY file have lists, which particles cannot have"};
+        }
+        if (!useColumns(columns, {"x", "y", "z"}, ColumnUse::position)) {
+            return Fault{{}, "the vertices of the PLY file have no properties x, y and z"};
+        }
+        useColumns(columns, {"vx", "vy", "vz"}, ColumnUse::velocity);
+        for (TableColumn& column : columns) {
+            column.use = column.use == ColumnUse::channel ? ColumnUse::number : column.use;
+        }
+        return _header.format == PlyFormat::text ? _readText(*vertices, columns)
+                                                 : _readBinary(*vertices, columns);
+    }
+
+private:
+    Result<ParticleFrames> _readText(PlyElement const& vertices,
+                                     std::vector<TableColumn> const& columns) const {
+        TextLines lines(_file);
+        while (lines.done() < _headerSize && !lines.isAtEnd()) {
+            lines.take();
+        }
+        for (PlyElement const* element = _header.elements.data(); element != &vertices; ++element) {
+            for (std::uint64_t i = 0; i < element->count && !element->properties.empty(); ++i) {
+                if (lines.isAtEnd()) {
+                    return Fault{{}, lines.damage(cutOffReason(*element, i)).message()};
+                }
+                lines.take();
+            }
+        }
+        ParticleFrames result;
+        result.frames.emplace_back();
+        TableRows rows(columns, ' ');
+        rows.tell(_progress);
+        if (std::optional<TextDamage> const damage =
+                rows.read(lines, vertices.count, result.frames.front())) {
+            return Fault{{}, damage->message() + (damage->isAtEnd ? "; the file is cut off" : "")};
+        }
+        result.warning = lastLineWarning(lines);
+        return result;
+    }
+
+    Result<ParticleFrames> _readBinary(PlyElement const& vertices,
+                                       std::vector<TableColumn> const& columns) const {
+        std::string_view body = _header.body;
+        for (PlyElement const* element = _header.elements.data(); element != &vertices; ++element) {
+            std::size_t const size = sizeOf(*element);
+            if (hasLists(*element) && element->count > 0) {
+                return Fault{{}, "the element " + quoted(element->name) + " before the vertices has lists"};
+            }
+            if (size > 0 && element->count > body.size() / size) {
+                return Fault{{}, cutOffReason(*element, body.size() / size)};
+            }
+            body.remove_prefix(static_cast<std::size_t>(element->count) * size);
+        }
+        std::size_t const stride = sizeOf(vertices);
+        if (vertices.count > body.size() / stride) {
+            return Fault{{}, cutOffReason(vertices, body.size() / stride)};
+        }
+        return _readRecords(vertices, columns, body.data(), stride);
+    }
+
+    Result<ParticleFrames> _readRecords(PlyElement const& vertices, std::vector<TableColumn> const& columns,
+                                        char const* const& start, std::size_t const& stride) const {
+        ParticleFrames result;
+        result.frames.emplace_back();
+        FrameBuilder builder(columns, static_cast<std::size_t>(vertices.count), result.frames.front());
+        bool const isBigEndian = _header.format == PlyFormat::bigEndian;
+        std::size_t const bodyStart = static_cast<std::size_t>(start - _file.data());
+        char const* here = start;
+        for (std::uint64_t row = 0; row < vertices.count; ++row) {
+            for (std::size_t i = 0; i < columns.size(); ++i) {
+                PlyScalarType const& type = vertices.properties[i].value;
+                builder.values()[i] = numberOf(here, type, isBigEndian);
+                here += type.size;
+            }
+            if (!builder.addRow()) {
+                return Fault{{}, "the id of vertex " + std::to_string(row) + " is not a whole number"};
+            }
+            if (_progress && row % rowsBetweenProgress == 0) {
+                _progress(bodyStart + row * stride, bodyStart + vertices.count * stride);
+            }
+        }
+        builder.finish();
+        return result;
+    }
+
+    PlyHeader const& _header;
+    ParticleProgress const& _progress;
+    std::size_t _headerSize;
+    std::string_view _file;
+};
+
+}  // namespace
+
+Result<ParticleFrames> readPlyPoints(std::string_view const& bytes, ParticleProgress const& progress) {
+    std::optional<PlyHeader> const header = readPlyHeader(bytes);
+    if (!header) {
+        return Fault{{}, "the header of the PLY file is cut off or not understood"};
+    }
+    return PlyReader(bytes, *header, progress).read();
+}
+
+}  // namespace vellum::viewport

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "viewport/files/particles/ParticleFrames.h"
+#include "viewport/text/Fault.h"
+
+#include <string_view>
+
+namespace vellum::viewport {
+
+/// Reads the vertices of a PLY file, text or binary, as particles: one frame.
+///
+/// The properties x y z are the positions, vx vy vz the velocities, every other one is a scalar channel; an id orders
+/// the particles. Other elements are passed over. A file with faces is a mesh: a fault, as is all damage; faults
+/// are without a file.
+/// \param progress may be empty.
+Result<ParticleFrames> readPlyPoints(std::string_view const& bytes, ParticleProgress const& progress);
+
+}  // namespace vellum::viewport

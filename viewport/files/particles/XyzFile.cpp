@@ -1,0 +1,241 @@
+#include "viewport/files/particles/XyzFile.h"
+
+#include "viewport/files/particles/FrameLoop.h"
+#include "viewport/files/particles/TableRows.h"
+#include "viewport/text/Words.h"
+
+#include <algorithm>
+
+namespace vellum::viewport {
+
+namespace {
+
+using Damage = std::optional<TextDamage>;
+
+constexpr std::uint64_t mostComponents = 1000;  // of a property, and columns of a table
+
+std::string lowerCase(std::string_view const& word) {
+    std::string lower(word);
+    for (char& character : lower) {
+        if (character >= 'A' && character <= 'Z') {
+            character = static_cast<char>(character - 'A' + 'a');
+        }
+    }
+    return lower;
+}
+
+struct Setting {
+    std::string key;         // in lower case
+    std::string_view value;  // without its quotes
+};
+
+/// The settings of a comment, `key=value`, `key="several words"` or `key: value`.
+std::vector<Setting> settingsOf(std::string_view text) {
+    std::vector<Setting> settings;
+    std::string pending;  // the key that ended with a colon
+    while (true) {
+        text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+        if (text.empty()) {
+            return settings;
+        }
+        std::size_t const end = std::min(text.find_first_of(" \t\r=", 0), text.size());
+        std::string_view const word = text.substr(0, end);
+        text.remove_prefix(end);
+        if (text.empty() || text.front() != '=') {
+            if (!pending.empty()) {
+                settings.push_back(Setting{pending, word});
+            }
+            pending = !word.empty() && word.back() == ':' ? lowerCase(word.substr(0, word.size() - 1)) : "";
+            continue;
+        }
+        pending.clear();
+        text.remove_prefix(1);
+        bool const isQuoted = !text.empty() && text.front() == '"';
+        text.remove_prefix(isQuoted ? 1 : 0);
+        std::size_t const valueEnd =
+            std::min(isQuoted ? text.find('"') : text.find_first_of(blanks), text.size());
+        settings.push_back(Setting{lowerCase(word), text.substr(0, valueEnd)});
+        text.remove_prefix(std::min(valueEnd + (isQuoted ? 1 : 0), text.size()));
+    }
+}
+
+std::string_view takeField(std::string_view& text) {
+    std::size_t const end = std::min(text.find(':'), text.size());
+    std::string_view const field = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    return field;
+}
+
+std::string componentName(std::string_view const& property, std::uint64_t const& index,
+                          std::uint64_t const& count) {
+    if (count == 1) {
+        return std::string(property);
+    }
+    return std::string(property) + "." +
+           (count == 3 ? std::string(1, "xyz"[index]) : std::to_string(index + 1));
+}
+
+/// The columns of "name:type:count:name:type:count...", or nothing where that is not what the text is.
+std::optional<std::vector<TableColumn>> columnsOf(std::string_view properties) {
+    std::vector<TableColumn> columns;
+    bool hasPositions = false;
+    bool hasVelocities = false;
+    while (!properties.empty()) {
+        std::string_view const name = takeField(properties);
+        std::string_view const type = takeField(properties);
+        std::optional<std::uint64_t> const count = toCount(takeField(properties));
+        bool const isNumber = type == "R" || type == "I";
+        if (name.empty() || !(isNumber || type == "S" || type == "L") || !count || *count == 0 ||
+            *count + columns.size() > mostComponents) {
+            return std::nullopt;
+        }
+        std::string const key = lowerCase(name);
+        bool const isVector = isNumber && *count == 3;
+        bool const isPosition = isVector && !hasPositions && (key == "pos" || key == "position");
+        bool const isVelocity = isVector && !hasVelocities &&
+                                (key == "velo" || key == "vel" || key == "velocity" || key == "velocities");
+        hasPositions = hasPositions || isPosition;
+        hasVelocities = hasVelocities || isVelocity;
+        for (std::uint64_t i = 0; i < *count; ++i) {
+            TableColumn column;
+            column.name = componentName(name, i, *count);
+            column.use = isPosition   ? ColumnUse::position
+                         : isVelocity ? ColumnUse::velocity
+                         : isNumber   ? ColumnUse::number
+                                      : ColumnUse::ignored;
+            column.axis = static_cast<unsigned int>(i % 3);
+            column.isId = isNumber && *count == 1 && key == "id";
+            columns.push_back(column);
+        }
+    }
+    return hasPositions ? std::optional<std::vector<TableColumn>>(columns) : std::nullopt;
+}
+
+/// The columns of plain XYZ, of which the first row tells the number.
+std::vector<TableColumn> plainColumns(std::string_view row) {
+    std::vector<TableColumn> columns;
+    while (!takeWord(row).empty() && columns.size() < mostComponents) {
+        columns.push_back(
+            TableColumn{"column " + std::to_string(columns.size() + 1), ColumnUse::channel, 0, false});
+    }
+    std::size_t const first = columns.size() == 3 ? 0 : 1;
+    // Rows that are too short are found when they are read.
+    columns.resize(std::max(columns.size(), first + 3));
+    if (first == 1) {
+        columns[0].name = "type";
+    }
+    bool const hasVelocity = columns.size() == 7;
+    for (unsigned int axis = 0; axis < 3; ++axis) {
+        columns[first + axis].name = std::string(1, "xyz"[axis]);
+        columns[first + axis].use = ColumnUse::position;
+        columns[first + axis].axis = axis;
+        if (hasVelocity) {
+            columns[4 + axis].name = std::string("v") + "xyz"[axis];
+            columns[4 + axis].use = ColumnUse::velocity;
+            columns[4 + axis].axis = axis;
+        }
+    }
+    return columns;
+}
+
+/// \return are there nine numbers, and nothing else?
+bool readLattice(std::string_view text, ParticleBox& box) {
+    for (Vector3<double>& edge : box.edges) {
+        for (double* const component : {&edge.x, &edge.y, &edge.z}) {
+            std::optional<double> const number = toNumber(takeWord(text));
+            if (!number) {
+                return false;
+            }
+            *component = *number;
+        }
+    }
+    return takeWord(text).empty();
+}
+
+class XyzReader {
+public:
+    XyzReader(std::string_view const& text, ParticleProgress const& progress)
+        : _lines(text), _progress(progress) {}
+
+    Result<ParticleFrames> read() {
+        return readFrames(_lines, [this](ParticleFrame& frame) { return _readFrame(frame); });
+    }
+
+private:
+    Damage _readFrame(ParticleFrame& frame) {
+        std::string_view line = _lines.take();
+        std::string_view const word = takeWord(line);
+        std::optional<std::uint64_t> const count = toCount(word);
+        if (!count || !takeWord(line).empty()) {
+            return _lines.damage(quoted(word) + " is not a number of particles");
+        }
+        if (_lines.isAtEnd()) {
+            return TextDamage{_lines.number(), "the line of comment is missing", true};
+        }
+        std::string_view const comment = _lines.take();
+        std::vector<TableColumn> columns;
+        if (Damage damage = _readComment(comment, frame, columns)) {
+            return damage;
+        }
+        if (columns.empty()) {
+            TextLines ahead = _lines;
+            columns = plainColumns(*count > 0 ? ahead.take() : std::string_view());
+        }
+        TableRows rows(columns, ' ');
+        rows.tell(_progress);
+        return rows.read(_lines, *count, frame);
+    }
+
+    Damage _readComment(std::string_view const& comment, ParticleFrame& frame,
+                        std::vector<TableColumn>& columns) const {
+        std::optional<Vector3<double>> origin;
+        for (Setting const& setting : settingsOf(comment)) {
+            if (setting.key == "properties") {
+                std::optional<std::vector<TableColumn>> const named = columnsOf(setting.value);
+                if (!named) {
+                    return _lines.damage("the properties " + quoted(setting.value) +
+                                         " are not understood or lack pos:R:3");
+                }
+                columns = *named;
+            } else if (setting.key == "lattice") {
+                ParticleBox box;
+                if (!readLattice(setting.value, box)) {
+                    return _lines.damage("the lattice " + quoted(setting.value) + " is not nine numbers");
+                }
+                frame.box = box;
+            } else if (setting.key == "origin") {
+                std::string_view numbers = setting.value;
+                std::optional<double> const x = toNumber(takeWord(numbers));
+                std::optional<double> const y = toNumber(takeWord(numbers));
+                std::optional<double> const z = toNumber(takeWord(numbers));
+                if (!x || !y || !z) {
+                    return _lines.damage("the origin " + quoted(setting.value) + " is not three numbers");
+                }
+                origin = Vector3<double>{*x, *y, *z};
+            } else if (setting.key == "timestep" || setting.key == "step") {
+                std::int64_t step = 0;
+                char const* const end = setting.value.data() + setting.value.size();
+                auto const [stepEnd, error] = std::from_chars(setting.value.data(), end, step);
+                // Comments are free: what is no number says nothing about the time.
+                frame.timestep = error == std::errc() && stepEnd == end ? step : frame.timestep;
+            } else if (setting.key == "time") {
+                frame.time = toNumber(setting.value);
+            }
+        }
+        if (frame.box && origin) {
+            frame.box->origin = *origin;
+        }
+        return std::nullopt;
+    }
+
+    TextLines _lines;
+    ParticleProgress const& _progress;
+};
+
+}  // namespace
+
+Result<ParticleFrames> readXyz(std::string_view const& text, ParticleProgress const& progress) {
+    return XyzReader(text, progress).read();
+}
+
+}  // namespace vellum::viewport

@@ -1,0 +1,114 @@
+#pragma once
+
+#include "foundation/image/VL_Image.h"
+#include "viewport/text/Fault.h"
+
+#include <complex>
+#include <optional>
+#include <vector>
+
+namespace vellum::viewport {
+
+/// What a sea is like.
+struct SeaState {
+    static constexpr unsigned int smallestSize = 16;
+    static constexpr unsigned int largestSize = 1024;
+
+    unsigned int size = 256;  ///< samples along a side of the patch; a power of two
+    double patch = 100;       ///< side of the square patch of sea, metres; the sea repeats beyond it
+    double windSpeed = 12;    ///< ten metres above the water, metres per second
+    double fetch =
+        20'000;  ///< the way over which the wind has blown, metres: the longer, the longer the waves
+    double windDirection = 0;  ///< where the wind blows, degrees from +x towards +z
+    double choppiness =
+        1.3;  ///< how far water is moved sideways to the crests: 0 gives round waves, 1 real ones
+    unsigned int seed = 1;    ///< the same seed gives the same sea
+    double foamLimit = 0.65;  ///< foam arises where the surface is pressed together to less than this part
+    double foamLife = 2.5;    ///< seconds in which foam fades; 0: it is there only where it arises
+
+    /// What is wrong with it, as the message of a fault, or nothing. Numbers that are not finite are wrong.
+    std::optional<std::string> firstFault() const;
+};
+
+/// The sea at one time. Sample (i, j) of each list, at index i + size * j, belongs to the place
+/// x = i * patch / size, z = j * patch / size of the still water.
+struct SeaSurface {
+    unsigned int size = 0;
+    std::vector<float> height;  ///< of the water there, metres above the still level
+    std::vector<float> alongX;  ///< how far it is moved sideways, metres
+    std::vector<float> alongZ;  ///< metres
+    std::vector<float>
+        jacobian;  ///< its area in relation to that at rest; below 0 the surface overlaps itself
+};
+
+/// The waves of a patch of deep sea: a random field with the JONSWAP spectrum, spread by the squared cosine of the
+/// angle to the wind, after J. Tessendorf, "Simulating Ocean Water". Each pair of frequencies runs at its own speed,
+/// so any time can be asked for, and equal seeds give equal seas.
+///
+///     OceanSpectrum const spectrum(SeaState{});       // a state without faults
+///     SeaSurface const surface = spectrum.surface(12.5);
+///
+/// Plain arithmetic; the transform is FFTW's in single precision. Not for several threads at once.
+class OceanSpectrum {
+public:
+    /// Times are at most this far from 0, seconds: beyond it the phases of waves would lose their precision.
+    static constexpr double longestTime = 1e6;
+
+    /// \param state without faults.
+    explicit OceanSpectrum(SeaState const& state);
+
+    SeaState const& state() const { return _state; }
+
+    /// The sum of the spectrum over all its frequencies: the variance of the height that is to be expected, square
+    /// metres. A fourth of the significant wave height is its root.
+    double expectedVariance() const { return _expectedVariance; }
+
+    /// The complex amplitude of the height at a time, metres: the height is the sum of amplitude * exp(i (kx x + kz z))
+    /// over kx, kz = 2 pi / patch * (column, row). Columns and rows run from -size / 2 + 1 to size / 2 - 1; the mean
+    /// and the highest frequency, which has no sign, are 0.
+    std::complex<double> amplitude(int const& column, int const& row, double const& time) const;
+
+    /// \param time seconds, at most longestTime from 0.
+    SeaSurface surface(double const& time) const;
+
+    /// How much of each sample is covered with foam, 0 to 1, in the order of the surface's lists: what arises at the
+    /// time, and what has arisen before and not yet faded.
+    std::vector<float> foam(double const& time) const;
+
+private:
+    struct Wave {
+        std::complex<double> forward;   // travels along the frequency's own direction
+        std::complex<double> backward;  // the conjugate of what travels along the opposite direction
+        double frequency;               // radians per second
+    };
+    enum class Field { height, alongX, alongZ, strainXX, strainZZ, strainXZ };
+
+    std::complex<double> _amplitudeOf(Wave const& wave, double const& time) const;
+    Wave const& _wave(int const& column, int const& row) const;
+    std::vector<float> _transform(std::vector<std::complex<double>> const& amplitudes,
+                                  Field const& field) const;
+    std::vector<std::complex<double>> _amplitudes(double const& time) const;
+    std::vector<float> _jacobian(std::vector<std::complex<double>> const& amplitudes) const;
+
+    SeaState _state;
+    std::vector<Wave>
+        _waves;  // rows of size / 2 + 1 columns from 0 on; negative rows behind the positive ones
+    double _expectedVariance = 0;
+};
+
+/// A sea as a displacement map: 32-bit floats, red, green, blue, alpha. Red, green and blue are the displacement
+/// along x, y and z mapped from -1..1 to 0..1; alpha is the foam.
+///
+/// The map's columns run along +z and its rows along -x: so the normals that an ocean effect takes from the map
+/// lie as its displacements do. A point of still water at (x, z) has the texture coordinates (z, -x) / patch.
+struct OceanMap {
+    VL_Image image;         ///< empty when memory is short
+    float unit = 1;         ///< what the map shows as a sideways displacement of 1, metres
+    float heightScale = 1;  ///< what it shows as a height of 1, in units
+
+    /// The units depend on the state of the sea alone, not on the time. They leave room for waves of six times the
+    /// usual deviation, so that the components stay within 0..1.
+    static OceanMap of(OceanSpectrum const& spectrum, double const& time);
+};
+
+}  // namespace vellum::viewport

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "foundation/basic/Array.h"
+#include "foundation/geometry/Color4.h"
+#include "foundation/geometry/Mesh.h"
+#include "viewport/files/mesh/MeshData.h"
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace vellum::viewport {
+
+/// What one material covers of a model: a mesh of one colour, or of one texture, or with a colour per vertex.
+struct ModelPart {
+    /// The name of the mesh's channel of texture coordinates.
+    static constexpr char channel[] = "uv";
+
+    std::unique_ptr<Mesh> mesh;
+    Color4<float> colour;                     ///< of the surface; the texture's tint where it has one
+    std::shared_ptr<VL_Image const> texture;  ///< may be null
+    bool hasHardNormals = false;              ///< some vertices have several normals
+
+    // What a mesh renderer does not know: a colour for each vertex. All are empty where one colour is enough.
+    Array<Vector3<double>> vertices;
+    Array<Tuple3<unsigned int>> triangles;
+    Array<Vector3<float>> normals;
+    Array<Color4<float>> colours;
+};
+
+/// Makes the parts of a model, ready to be drawn in every mode.
+///
+/// Vertices at exactly the same position become one, so that the seams at which formats repeat vertices are no
+/// borders; triangles that lose their area by it are left out. Normals are those of the file, or else computed with
+/// hard edges where faces meet at more than 40 degrees. Vertex normal i belongs to vertex i.
+///
+/// \param place moves a position from the file's frame to that of the scene.
+/// \param texture put on all parts in place of their own textures, unless null. Where the mesh has no texture
+///     coordinates each triangle shows the texture as if projected along the axis that its normal is nearest to.
+std::vector<ModelPart> makeParts(MeshData const& data,
+                                 std::function<Vector3<double>(Vector3<double> const&)> const& place,
+                                 std::shared_ptr<VL_Image const> const& texture);
+
+}  // namespace vellum::viewport

@@ -1,0 +1,113 @@
+#include "internal/geometry_dialect.h"
+
+#include "Program_gl.h"
+#include "Shader_gl.h"
+
+#include "foundation/raster/Core_RL.h"
+
+#include <cstdlib>
+
+#include "internal/gl_api.h"
+
+namespace vellum {
+
+namespace {
+
+bool hasVersion32() {
+    auto const* const text = reinterpret_cast<char const*>(glGetString(GL_VERSION));
+    if (text == nullptr) {
+        return false;
+    }
+    char* end = nullptr;
+    long const major = std::strtol(text, &end, 10);
+    long const minor = *end == '.' ? std::strtol(end + 1, nullptr, 10) : 0;
+    return major > 3 || (major == 3 && minor >= 2);
+}
+
+char const* primitiveName(unsigned int const& primitive) {
+    switch (primitive) {
+    case GL_LINES:
+        return "lines";
+    case GL_LINE_STRIP:
+        return "line_strip";
+    case GL_TRIANGLES:
+        return "triangles";
+    case GL_TRIANGLE_STRIP:
+        return "triangle_strip";
+    default:
+        return "points";
+    }
+}
+
+}  // namespace
+
+GeometryDialect geometryDialect() {
+    if (VL_Raster != nullptr && VL_Raster->isExtensionSupported("GL_EXT_geometry_shader4")) {
+        return GeometryDialect::EXT_SHADER4;
+    }
+    return hasVersion32() ? GeometryDialect::GLSL_150 : GeometryDialect::EXT_SHADER4;
+}
+
+std::string geometryPrologue(GeometryDialect const& dialect, GeometryLayout const& layout) {
+    std::string const lines = dialect == GeometryDialect::EXT_SHADER4
+                                  ? "#version 120\n#extension GL_EXT_geometry_shader4: enable\n"
+                                  : std::string("#version 150 compatibility\nlayout(") +
+                                        primitiveName(layout.input) + ") in;\nlayout(" +
+                                        primitiveName(layout.output) +
+                                        ", max_vertices = " + std::to_string(layout.maxVertices) + ") out;\n";
+    return lines + geometryNames(dialect);
+}
+
+std::string geometryNames(GeometryDialect const& dialect) {
+    if (dialect == GeometryDialect::EXT_SHADER4) {
+        return R"(#define STAGE_IN varying in
+#define STAGE_OUT varying out
+#define POSITION_IN(i) gl_PositionIn[i]
+#define FRONT_COLOR_IN(i) gl_FrontColorIn[i]
+#define TEXTURE_COORDINATE_IN(i) gl_TexCoordIn[i][0]
+)";
+    }
+    return R"(#define STAGE_IN in
+#define STAGE_OUT out
+#define POSITION_IN(i) gl_in[i].gl_Position
+#define FRONT_COLOR_IN(i) gl_in[i].gl_FrontColor
+#define TEXTURE_COORDINATE_IN(i) gl_in[i].gl_TexCoord[0]
+)";
+}
+
+std::string geometryPassThrough(GeometryDialect const& dialect) {
+    if (dialect == GeometryDialect::EXT_SHADER4) {
+        return Shader_gl::geometryPassThrough();
+    }
+    return geometryPrologue(dialect, {GL_TRIANGLES, GL_TRIANGLE_STRIP, 3}) + R"(
+void main()
+{
+    for (int i = 0; i < 3; ++i) {
+        gl_Position = gl_in[i].gl_Position;
+        gl_TexCoord[0] = gl_in[i].gl_TexCoord[0];
+        gl_FrontColor = gl_in[i].gl_FrontColor;
+        gl_BackColor = gl_in[i].gl_BackColor;
+        gl_FrontSecondaryColor = gl_in[i].gl_FrontSecondaryColor;
+        gl_BackSecondaryColor = gl_in[i].gl_BackSecondaryColor;
+        gl_FogFragCoord = gl_in[i].gl_FogFragCoord;
+        EmitVertex();
+    }
+    EndPrimitive();
+}
+)";
+}
+
+void setGeometryLayout(GeometryDialect const& dialect, GeometryLayout const& layout, Program_gl& program) {
+    if (dialect != GeometryDialect::EXT_SHADER4 || VL_Raster == nullptr) {
+        return;
+    }
+    unsigned int const id = program.getId();
+    VL_Raster->programParameterI(id, ShaderParameterName::GEOMETRY_INPUT_TYPE_EXT,
+                                 static_cast<int>(layout.input));
+    VL_Raster->programParameterI(id, ShaderParameterName::GEOMETRY_OUTPUT_TYPE_EXT,
+                                 static_cast<int>(layout.output));
+    VL_Raster->programParameterI(id, ShaderParameterName::GEOMETRY_VERTICES_OUT_EXT,
+                                 static_cast<int>(layout.maxVertices));
+}
+
+}  // namespace vellum

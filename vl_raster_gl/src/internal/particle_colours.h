@@ -1,0 +1,160 @@
+#pragma once
+
+#include "internal/colour_ramp.h"
+#include "internal/record_formula.h"
+
+#include "foundation/geometry/Color4.h"
+#include "foundation/geometry/ParticleChannel_v2.h"
+#include "foundation/geometry/Vector3.h"
+
+#include <cmath>
+
+namespace vellum {
+
+/// What a drawing asks of the colours.
+struct ParticleLook {
+    float scale;
+    float minMagnitude;
+    float maxMagnitude;
+    Color4<float> minColor;
+    Color4<float> maxColor;
+    Color4<float> maxClampColor;
+    unsigned int magnitude;  // RenderMagnitude
+};
+
+/// What the channel that is asked for holds.
+enum class ParticleChannelKind { NONE, VECTOR, SCALAR, UNKNOWN };
+
+inline ParticleChannelKind kindOf(unsigned int const& channel, ParticleChannel_v2 const* record) {
+    if (channel == ParticleChannel_v2::NONE) {
+        return ParticleChannelKind::NONE;
+    }
+    if (record != nullptr && record->type == ParticleChannel_v2::VECTOR) {
+        return ParticleChannelKind::VECTOR;
+    }
+    if (record != nullptr && record->type == ParticleChannel_v2::SCALAR) {
+        return ParticleChannelKind::SCALAR;
+    }
+    return ParticleChannelKind::UNKNOWN;
+}
+
+namespace particle_colours {
+
+inline Vector3<float> rgb(Color4<float> const& colour) {
+    return {colour.r, colour.g, colour.b};
+}
+
+inline ColourRamp ramp(ParticleLook const& look) {
+    return {rgb(look.minColor), rgb(look.maxColor), rgb(look.maxClampColor), look.minMagnitude,
+            look.maxMagnitude};
+}
+
+inline RecordFormula formula(ParticleLook const& look, RecordColour const& source,
+                             Vector3<float> const& constant) {
+    ColourRamp const r = ramp(look);
+    Vector3<float> const difference = r.maxColor - r.minColor;
+    return {source,
+            {constant.x, constant.y, constant.z},
+            {r.minColor.x, r.minColor.y, r.minColor.z},
+            {difference.x, difference.y, difference.z},
+            {r.maxClampColor.x, r.maxClampColor.y, r.maxClampColor.z},
+            r.minMagnitude,
+            r.range(),
+            look.scale};
+}
+
+inline RecordFormula constant(ParticleLook const& look, Vector3<float> const& colour) {
+    return formula(look, RecordColour::CONSTANT, colour);
+}
+
+/// A ramp, or one colour for all where the range is degenerate.
+inline RecordFormula ramped(ParticleLook const& look, RecordColour const& source,
+                            Vector3<float> const& degenerate) {
+    if (ramp(look).isDegenerate()) {
+        return constant(look, limitedToColour(degenerate));
+    }
+    return formula(look, source, {});
+}
+
+/// The ramp's colour of one magnitude for all particles.
+inline RecordFormula ofMagnitude(ParticleLook const& look, float const& magnitude,
+                                 Vector3<float> const& degenerate) {
+    ColourRamp const colours = ramp(look);
+    return constant(look, limitedToColour(colours.isDegenerate() ? degenerate : colours.colourOf(magnitude)));
+}
+
+/// The source that one component of a vector is, for the magnitudes 1 to 3; LENGTH for all others.
+inline RecordColour componentOf(unsigned int const& magnitude) {
+    switch (magnitude) {
+    case 1:
+        return RecordColour::X;
+    case 2:
+        return RecordColour::Y;
+    case 3:
+        return RecordColour::Z;
+    default:
+        return RecordColour::LENGTH;
+    }
+}
+
+/// Colours in a buffer object, without an effect.
+///
+/// Deliberate: a scalar goes into the ramp as it is, neither scaled nor without its sign, unlike in main memory.
+inline RecordFormula inBuffer(ParticleChannelKind const& kind, ParticleLook const& look) {
+    Vector3<float> const lowest = rgb(look.minColor);
+    switch (kind) {
+    case ParticleChannelKind::NONE:
+        return constant(look, limitedToColour(lowest));
+    case ParticleChannelKind::SCALAR:
+        return ramped(look, RecordColour::SCALAR, lowest);
+    case ParticleChannelKind::VECTOR:
+        return ramped(look, componentOf(look.magnitude), lowest);
+    default:
+        return ofMagnitude(look, length(lowest) / look.scale, lowest);
+    }
+}
+
+/// Colours in main memory.
+///
+/// Deliberate: without a channel the highest colour is used, where buffers use the lowest; a degenerate range
+/// is black for lengths; and the colours that the magnitudes 4 and 5 give to all are not limited to 0 to 1.
+inline RecordFormula inMemory(ParticleChannelKind const& kind, ParticleLook const& look) {
+    if (kind == ParticleChannelKind::NONE) {
+        return constant(look, rgb(look.maxColor));
+    }
+    Vector3<float> const black{0, 0, 0};
+    Vector3<float> const lowest = rgb(look.minColor);
+    bool const isComponent = look.magnitude >= 1 && look.magnitude <= 3;
+    if (kind == ParticleChannelKind::SCALAR) {
+        // A scalar gives no components: they are 0.
+        return isComponent ? ofMagnitude(look, 0.0F / look.scale, lowest)
+                           : ramped(look, RecordColour::TRUNCATED_SCALAR, lowest);
+    }
+    if (!isComponent && look.magnitude == 4) {
+        return constant(look, lowest);
+    }
+    if (!isComponent && look.magnitude == 5) {
+        return constant(look, rgb(look.maxColor));
+    }
+    Vector3<float> const& degenerate = isComponent ? lowest : black;
+    if (kind == ParticleChannelKind::UNKNOWN) {
+        return ofMagnitude(look, 0.0F / look.scale, degenerate);
+    }
+    return ramped(look, componentOf(look.magnitude), degenerate);
+}
+
+/// The raw values that an effect makes colours of.
+inline RecordFormula forEffect(ParticleChannelKind const& kind, ParticleLook const& look) {
+    switch (kind) {
+    case ParticleChannelKind::SCALAR:
+        return formula(look, RecordColour::SPREAD_SCALAR, {});
+    case ParticleChannelKind::VECTOR:
+        return formula(look, RecordColour::VECTOR, {});
+    default:
+        return constant(look, rgb(look.minColor));
+    }
+}
+
+}  // namespace particle_colours
+
+}  // namespace vellum

@@ -1,0 +1,311 @@
+#pragma once
+
+#include "internal/record_formula.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+/// \file
+/// The writing of particle records with vector instructions, for the sources that define `Lanes`: a register
+/// of 4 particles, or of twice 4, for which the instructions of that source's processor stand. Everything is
+/// local to the source that includes it, as sources may be compiled for different processors.
+///
+/// Every result has the same bits as that of the plain writer: each operation is rounded as there, in the
+/// same order.
+///
+/// Registers hold 4 particles in each half of 8 floats, or in their only 4 floats:
+///
+///     three vectors in a row      x0 y0 z0 x1 | y1 z1 x2 y2 | z2 x3 y3 z3
+///     their components            x0 x1 x2 x3 | y0 y1 y2 y3 | z0 z1 z2 z3
+///     four records in a row       x0 y0 z0 r0 | g0 b0 x1 y1 | z1 r1 g1 b1 | x2 y2 z2 r2 | g2 b2 x3 y3 | z3 r3 g3 b3
+
+namespace vellum {
+namespace {
+
+using Register = Lanes::Register;
+
+constexpr int pick(int a, int b, int c, int d) {
+    return a | b << 2 | c << 4 | d << 6;
+}
+
+struct Three {
+    Register x;
+    Register y;
+    Register z;
+};
+
+inline Three componentsOf(Three const& row) {
+    Register const x = Lanes::shuffle<pick(2, 2, 1, 1)>(row.y, row.z);
+    Register const y0 = Lanes::shuffle<pick(1, 1, 0, 0)>(row.x, row.y);
+    Register const y1 = Lanes::shuffle<pick(3, 3, 2, 2)>(row.y, row.z);
+    Register const z = Lanes::shuffle<pick(2, 2, 1, 1)>(row.x, row.y);
+    return {Lanes::shuffle<pick(0, 3, 0, 2)>(row.x, x), Lanes::shuffle<pick(0, 2, 0, 2)>(y0, y1),
+            Lanes::shuffle<pick(0, 2, 0, 3)>(z, row.z)};
+}
+
+/// Particles one after the other.
+struct Neighbours {
+    static Three vectors(float const* first, std::size_t const& k) {
+        return Lanes::loadRow<Three>(first + 3 * k);
+    }
+    static Register floats(float const* first, std::size_t const& k) { return Lanes::load(first + k); }
+    static std::size_t at(std::size_t const& k) { return k; }
+};
+
+/// Particles at offsets, ascending.
+struct Chosen {
+    static constexpr std::uintptr_t BYTES_AHEAD = 2048;
+
+    unsigned int const* offsets;
+
+    Three vectors(float const* first, std::size_t const& k) const {
+        // Without a gap between them they are read as neighbours are, which is faster.
+        if (offsets[k + Lanes::COUNT - 1] - offsets[k] == Lanes::COUNT - 1) {
+            return Lanes::loadRow<Three>(first + std::size_t{3} * offsets[k]);
+        }
+        // With gaps the processor does not read ahead far enough by itself.
+        std::uintptr_t const here = reinterpret_cast<std::uintptr_t>(first + std::size_t{3} * offsets[k]);
+        Lanes::fetch(here + BYTES_AHEAD);
+        Lanes::fetch(here + BYTES_AHEAD + 6 * Lanes::COUNT);
+        Register const a = Lanes::loadVectors(first, offsets + k);
+        Register const b = Lanes::loadVectors(first, offsets + k + 1);
+        Register const c = Lanes::loadVectors(first, offsets + k + 2);
+        Register const d = Lanes::loadVectors(first, offsets + k + 3);
+        Register const zx0 = Lanes::shuffle<pick(2, 2, 0, 0)>(a, b);
+        Register const zx2 = Lanes::shuffle<pick(2, 2, 0, 0)>(c, d);
+        return {Lanes::shuffle<pick(0, 1, 0, 2)>(a, zx0), Lanes::shuffle<pick(1, 2, 0, 1)>(b, c),
+                Lanes::shuffle<pick(0, 2, 1, 2)>(zx2, d)};
+    }
+    Register floats(float const* first, std::size_t const& k) const {
+        return Lanes::loadFloats(first, offsets + k);
+    }
+    std::size_t at(std::size_t const& k) const { return offsets[k]; }
+};
+
+template <bool streams>
+inline void storeRecords(Three const& p, Three const& colour, float* out) {
+    Register const greenBlueLow = Lanes::unpackLow(colour.y, colour.z);
+    Register const greenBlueHigh = Lanes::unpackHigh(colour.y, colour.z);
+    Register const zr0 = Lanes::shuffle<pick(2, 2, 0, 0)>(p.x, colour.x);
+    Register const xy1 = Lanes::shuffle<pick(3, 3, 0, 0)>(p.x, p.y);
+    Register const zr1 = Lanes::shuffle<pick(1, 1, 1, 1)>(p.y, colour.x);
+    Register const zr2 = Lanes::shuffle<pick(0, 0, 2, 2)>(p.z, colour.x);
+    Register const zr3 = Lanes::shuffle<pick(3, 3, 3, 3)>(p.z, colour.x);
+    Lanes::template store<streams>(
+        out, Lanes::shuffle<pick(0, 1, 0, 2)>(p.x, zr0), Lanes::shuffle<pick(0, 1, 0, 2)>(greenBlueLow, xy1),
+        Lanes::shuffle<pick(0, 2, 2, 3)>(zr1, greenBlueLow), Lanes::shuffle<pick(2, 3, 0, 2)>(p.y, zr2),
+        Lanes::shuffle<pick(0, 1, 1, 2)>(greenBlueHigh, p.z),
+        Lanes::shuffle<pick(0, 2, 2, 3)>(zr3, greenBlueHigh));
+}
+
+/// The colours of as many particles as a register holds.
+template <RecordColour source>
+class Colours {
+public:
+    static constexpr unsigned int VALUES = source == RecordColour::CONSTANT ? 0
+                                           : source == RecordColour::SPREAD_SCALAR ||
+                                                   source == RecordColour::SCALAR ||
+                                                   source == RecordColour::TRUNCATED_SCALAR
+                                               ? 1
+                                               : 3;
+
+    explicit Colours(RecordFormula const& formula)
+        : constant(_all(formula.constant))
+        , lowest(_all(formula.lowest))
+        , difference(_all(formula.difference))
+        , above(_all(formula.above))
+        , minMagnitude(Lanes::all(formula.minMagnitude))
+        , range(Lanes::all(formula.range))
+        , scale(Lanes::all(formula.scale)) {}
+
+    /// Whether the colours are those of a ramp.
+    static constexpr bool IS_RAMP = source != RecordColour::CONSTANT && source != RecordColour::VECTOR &&
+                                    source != RecordColour::SPREAD_SCALAR;
+
+    /// Without a ramp: the colours of the particles from number k on.
+    template <class Particles>
+    Three of(Particles const& particles, float const* values, std::size_t const& k) const {
+        if constexpr (source == RecordColour::CONSTANT) {
+            return constant;
+        } else if constexpr (source == RecordColour::VECTOR) {
+            return componentsOf(particles.vectors(values, k));
+        } else {
+            Register const s = particles.floats(values, k);
+            Register const v = Lanes::squareRoot(Lanes::divide(Lanes::multiply(s, s), Lanes::all(3.0F)));
+            return {v, v, v};
+        }
+    }
+
+    /// Where the particles from number k on stand on the ramp: 0 at its lowest colour, 1 at its highest.
+    template <class Particles>
+    Register placeOf(Particles const& particles, float const* values, std::size_t const& k) const {
+        return Lanes::divide(Lanes::subtract(_magnitudeOf(particles, values, k), minMagnitude), range);
+    }
+
+    /// The colours of places on the ramp.
+    Three ofPlace(Register const& t) const {
+        Register const isAbove = Lanes::isAbove(t, Lanes::all(1.0F));
+        return {_component(t, isAbove, lowest.x, difference.x, above.x),
+                _component(t, isAbove, lowest.y, difference.y, above.y),
+                _component(t, isAbove, lowest.z, difference.z, above.z)};
+    }
+
+private:
+    static Three _all(float const (&v)[3]) { return {Lanes::all(v[0]), Lanes::all(v[1]), Lanes::all(v[2])}; }
+
+    template <class Particles>
+    Register _magnitudeOf(Particles const& particles, float const* values, std::size_t const& k) const {
+        if constexpr (source == RecordColour::SCALAR) {
+            return particles.floats(values, k);
+        } else if constexpr (source == RecordColour::TRUNCATED_SCALAR) {
+            return Lanes::divide(Lanes::truncatedMagnitude(particles.floats(values, k)), scale);
+        } else {
+            Three const v = componentsOf(particles.vectors(values, k));
+            if constexpr (source == RecordColour::LENGTH) {
+                Register const squares =
+                    Lanes::add(Lanes::add(Lanes::multiply(v.x, v.x), Lanes::multiply(v.y, v.y)),
+                               Lanes::multiply(v.z, v.z));
+                return Lanes::divide(Lanes::squareRoot(squares), scale);
+            } else {
+                Register const& component = source == RecordColour::X   ? v.x
+                                            : source == RecordColour::Y ? v.y
+                                                                        : v.z;
+                return Lanes::divide(Lanes::truncatedMagnitude(component), scale);
+            }
+        }
+    }
+
+    static Register _component(Register const& t, Register const& isAbove, Register const& from,
+                               Register const& by, Register const& otherwise) {
+        Register const colour = Lanes::choose(isAbove, otherwise, Lanes::add(from, Lanes::multiply(by, t)));
+        return Lanes::least(Lanes::greatest(colour, Lanes::all(0.0F)), Lanes::all(1.0F));
+    }
+
+    Three constant;
+    Three lowest;
+    Three difference;
+    Three above;
+    Register minMagnitude;
+    Register range;
+    Register scale;
+};
+
+/// Whole registers of particles, from number `first` to before `end`.
+template <bool streams, class Colour, class Particles>
+void writeWhole(Colour const& colour, Particles const& particles, float const* positions, float const* values,
+                float* out, std::size_t const& first, std::size_t const& end) {
+    if constexpr (!Colour::IS_RAMP) {
+        for (std::size_t k = first; k < end; k += Lanes::COUNT) {
+            storeRecords<streams>(particles.vectors(positions, k), colour.of(particles, values, k),
+                                  out + 6 * k);
+        }
+    } else {
+        // In two steps. The road from a value to its colour is long, a root and two divisions one behind the other;
+        // in one step a processor does not look far enough ahead to begin with the next particles in the meantime.
+        float places[16 * Lanes::COUNT];
+        for (std::size_t start = first; start < end;) {
+            std::size_t const stop = end - start < 16 * Lanes::COUNT ? end : start + 16 * Lanes::COUNT;
+            for (std::size_t k = start; k < stop; k += Lanes::COUNT) {
+                Lanes::template storeOne<false>(places + (k - start), colour.placeOf(particles, values, k));
+            }
+            for (std::size_t k = start; k < stop; k += Lanes::COUNT) {
+                storeRecords<streams>(particles.vectors(positions, k),
+                                      colour.ofPlace(Lanes::load(places + (k - start))), out + 6 * k);
+            }
+            start = stop;
+        }
+    }
+}
+
+/// Fewer particles than a register holds, from number `first` on: they are filled up with zeros on the way.
+template <class Colour, class Particles>
+void writeFew(Colour const& colour, Particles const& particles, float const* positions, float const* values,
+              float* out, std::size_t const& first, std::size_t const& end) {
+    float fewPositions[3 * Lanes::COUNT] = {};
+    float fewValues[3 * Lanes::COUNT] = {};
+    float fewRecords[6 * Lanes::COUNT];
+    for (std::size_t k = first; k < end; ++k) {
+        std::memcpy(fewPositions + 3 * (k - first), positions + 3 * particles.at(k), 3 * sizeof(float));
+        if (Colour::VALUES != 0) {
+            std::memcpy(fewValues + Colour::VALUES * (k - first), values + Colour::VALUES * particles.at(k),
+                        Colour::VALUES * sizeof(float));
+        }
+    }
+    writeWhole<false>(colour, Neighbours(), fewPositions, fewValues, fewRecords, 0, Lanes::COUNT);
+    std::memcpy(out + 6 * first, fewRecords, 6 * (end - first) * sizeof(float));
+}
+
+/// From number `first` on.
+template <bool streams, class Colour, class Particles>
+void writeMany(Colour const& colour, Particles const& particles, float const* positions, float const* values,
+               float* out, std::size_t const& first, std::size_t const& count) {
+    std::size_t const end = count - (count - first) % Lanes::COUNT;
+    writeWhole<streams>(colour, particles, positions, values, out, first, end);
+    if (end < count) {
+        writeFew(colour, particles, positions, values, out, end, count);
+    }
+}
+
+template <class Colour, class Particles>
+void writeAll(Colour const& colour, Particles const& particles, float const* positions, float const* values,
+              float* out, std::size_t const& count, bool const& streams) {
+    if (!streams) {
+        writeMany<false>(colour, particles, positions, values, out, 0, count);
+        return;
+    }
+    // Stores past the cache go to whole, aligned registers. A record is 24 bytes, so one of the first four
+    // records is aligned, if any is.
+    std::size_t first = 0;
+    while (first < 4 && reinterpret_cast<std::uintptr_t>(out + 6 * first) % sizeof(Register) != 0) {
+        ++first;
+    }
+    if (first == 4 || first > count) {
+        writeMany<false>(colour, particles, positions, values, out, 0, count);
+        return;
+    }
+    if (first != 0) {
+        writeFew(colour, particles, positions, values, out, 0, first);
+    }
+    writeMany<true>(colour, particles, positions, values, out, first, count);
+}
+
+template <RecordColour source>
+void write(RecordFormula const& formula, float const* positions, float const* values,
+           unsigned int const* offsets, float* out, std::size_t const& count, bool const& streams) {
+    Colours<source> const colour(formula);
+    if (offsets == nullptr) {
+        writeAll(colour, Neighbours(), positions, values, out, count, streams);
+    } else {
+        writeAll(colour, Chosen{offsets}, positions, values, out, count, streams);
+    }
+}
+
+inline void writeRecordsByLanes(RecordFormula const& formula, float const* positions, float const* values,
+                                unsigned int const* offsets, float* out, std::size_t const& count,
+                                bool const& streams) {
+    switch (formula.source) {
+    case RecordColour::CONSTANT:
+        return write<RecordColour::CONSTANT>(formula, positions, values, offsets, out, count, streams);
+    case RecordColour::VECTOR:
+        return write<RecordColour::VECTOR>(formula, positions, values, offsets, out, count, streams);
+    case RecordColour::SPREAD_SCALAR:
+        return write<RecordColour::SPREAD_SCALAR>(formula, positions, values, offsets, out, count, streams);
+    case RecordColour::LENGTH:
+        return write<RecordColour::LENGTH>(formula, positions, values, offsets, out, count, streams);
+    case RecordColour::X:
+        return write<RecordColour::X>(formula, positions, values, offsets, out, count, streams);
+    case RecordColour::Y:
+        return write<RecordColour::Y>(formula, positions, values, offsets, out, count, streams);
+    case RecordColour::Z:
+        return write<RecordColour::Z>(formula, positions, values, offsets, out, count, streams);
+    case RecordColour::SCALAR:
+        return write<RecordColour::SCALAR>(formula, positions, values, offsets, out, count, streams);
+    case RecordColour::TRUNCATED_SCALAR:
+        return write<RecordColour::TRUNCATED_SCALAR>(formula, positions, values, offsets, out, count,
+                                                     streams);
+    }
+}
+
+}  // namespace
+}  // namespace vellum
