@@ -25,7 +25,7 @@ inline double median(std::vector<double> values) {
 /// Times two ways to the same result side by side in one run.
 ///
 /// The work is cut into parts. The two take turns at each part, and which of them goes first changes from part
-/// to part, so that whatever else the machine does meets both alike. A ratio compares neighbours in time, and
+/// to part, so that whatever else the machine does meets both alike. A ratio compares neighbors in time, and
 /// the medians leave out what was disturbed all the same.
 class PairTiming {
 public:

@@ -34,7 +34,7 @@ Function fetch(char const* name) {
     return reinterpret_cast<Function>(eglGetProcAddress(name));
 }
 
-constexpr char const* noDriver = "EGL finds no driver";
+constexpr char const* NO_DRIVER = "EGL finds no driver";
 
 // == Displays ==
 
@@ -43,7 +43,7 @@ constexpr char const* noDriver = "EGL finds no driver";
 class DisplayUsers {
 public:
     static bool enter(EGLDisplay display) {
-        std::lock_guard<std::mutex> const lock(_mutex());
+        std::lock_guard<std::mutex> const lock(mutex());
         if (!eglInitialize(display, nullptr, nullptr)) {
             return false;
         }
@@ -52,14 +52,14 @@ public:
     }
 
     static void leave(EGLDisplay display) {
-        std::lock_guard<std::mutex> const lock(_mutex());
+        std::lock_guard<std::mutex> const lock(mutex());
         if (--_counts()[display] == 0) {
             eglTerminate(display);
         }
     }
 
 private:
-    static std::mutex& _mutex() {
+    static std::mutex& mutex() {
         static std::mutex mutex;
         return mutex;
     }
@@ -129,7 +129,7 @@ EGLConfig findConfig(EGLDisplay display, int samples) {
         return nullptr;
     }
 
-    // EGL sorts deeper colours first (10 or 16 bits), which would change every picture.
+    // EGL sorts deeper colors first (10 or 16 bits), which would change every picture.
     auto const isExact = [display](EGLConfig config) {
         for (EGLint const channel : {EGL_RED_SIZE, EGL_GREEN_SIZE, EGL_BLUE_SIZE, EGL_ALPHA_SIZE}) {
             EGLint bits = 0;
@@ -190,7 +190,7 @@ private:
 
 std::string OffscreenContext::State::open(EGLDisplay candidate, Settings const& settings) {
     if (!DisplayUsers::enter(candidate)) {
-        return noDriver;
+        return NO_DRIVER;
     }
     display = candidate;
 
@@ -213,7 +213,7 @@ std::string OffscreenContext::State::_create(Settings const& settings) {
         }
     }
     if (!config) {
-        return "the driver has no off-screen buffer with 8 bits per colour, 24 bits of depth and 8 of "
+        return "the driver has no off-screen buffer with 8 bits per color, 24 bits of depth and 8 of "
                "stencil";
     }
     eglGetConfigAttrib(display, config, EGL_SAMPLES, &samples);
@@ -314,10 +314,10 @@ void OffscreenContext::State::close() {
 
 // == OffscreenContext ==
 
-OffscreenContext::OffscreenContext(Settings const& settings) : _settings(settings) {
+OffscreenContext::OffscreenContext(Settings const& settings) : settings(settings) {
     if (settings.width < 1 || settings.height < 1) {
-        _error = "No OpenGL context: a picture of " + std::to_string(settings.width) + " x " +
-                 std::to_string(settings.height) + " pixels has no size.";
+        failure = "No OpenGL context: a picture of " + std::to_string(settings.width) + " x " +
+                  std::to_string(settings.height) + " pixels has no size.";
         return;
     }
 
@@ -326,47 +326,47 @@ OffscreenContext::OffscreenContext(Settings const& settings) : _settings(setting
         auto state = std::make_unique<State>();
         std::string lack = state->open(display, settings);
         if (lack.empty()) {
-            _state = std::move(state);
+            native = std::move(state);
             return;
         }
         // As a rule several displays lack the same thing; one that has no driver at all tells nothing new.
-        if (lack != noDriver && reasons.find(lack) == std::string::npos) {
+        if (lack != NO_DRIVER && reasons.find(lack) == std::string::npos) {
             reasons += (reasons.empty() ? "" : "; ") + lack;
         }
     }
-    _error = "No OpenGL context: " + (reasons.empty() ? noDriver : reasons) + ".";
+    failure = "No OpenGL context: " + (reasons.empty() ? NO_DRIVER : reasons) + ".";
 }
 
 OffscreenContext::~OffscreenContext() = default;
 
 bool OffscreenContext::isValid() const {
-    return _state != nullptr;
+    return native != nullptr;
 }
 
 std::string const& OffscreenContext::error() const {
-    return _error;
+    return failure;
 }
 
 int OffscreenContext::width() const {
-    return _settings.width;
+    return settings.width;
 }
 
 int OffscreenContext::height() const {
-    return _settings.height;
+    return settings.height;
 }
 
 int OffscreenContext::samples() const {
-    return _state ? _state->samples : 0;
+    return native ? native->samples : 0;
 }
 
 bool OffscreenContext::makeCurrent() {
-    return _state && _state->makeCurrent();
+    return native && native->makeCurrent();
 }
 
 std::vector<unsigned char> OffscreenContext::readPixels() const {
-    std::size_t const rowBytes = std::size_t(_settings.width) * 4;
-    std::vector<unsigned char> pixels(rowBytes * std::size_t(_settings.height));
-    if (!_state) {
+    std::size_t const rowBytes = std::size_t(settings.width) * 4;
+    std::vector<unsigned char> pixels(rowBytes * std::size_t(settings.height));
+    if (!native) {
         return pixels;
     }
 
@@ -390,7 +390,7 @@ std::vector<unsigned char> OffscreenContext::readPixels() const {
     for (GLenum const bias : {GL_RED_BIAS, GL_GREEN_BIAS, GL_BLUE_BIAS, GL_ALPHA_BIAS}) {
         pixelTransferf(bias, 0);
     }
-    readPixels(0, 0, _settings.width, _settings.height, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    readPixels(0, 0, settings.width, settings.height, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
     popClientAttrib();
     popAttrib();
 
@@ -403,13 +403,13 @@ std::vector<unsigned char> OffscreenContext::readPixels() const {
 }
 
 bool OffscreenContext::reportsErrors() const {
-    return _state && _state->reportsErrors;
+    return native && native->reportsErrors;
 }
 
 std::vector<std::string> OffscreenContext::takeErrors() {
     std::vector<std::string> errors;
-    if (_state) {
-        errors.swap(_state->errors);
+    if (native) {
+        errors.swap(native->errors);
     }
     return errors;
 }

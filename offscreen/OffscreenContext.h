@@ -8,7 +8,7 @@ namespace vellum {
 
 /// An OpenGL context without a window: for pictures in files, tests and benchmarks, on machines with or
 /// without a display. It is a desktop compatibility context, drawing into a buffer of fixed size (8 bits per
-/// colour channel, 24 bits of depth, 8 of stencil).
+/// color channel, 24 bits of depth, 8 of stencil).
 ///
 ///     vellum::OffscreenContext context({640, 480});
 ///     if (!context.isValid())
@@ -63,9 +63,9 @@ public:
 private:
     struct State;
 
-    std::unique_ptr<State> _state;
-    Settings _settings;
-    std::string _error;
+    std::unique_ptr<State> native;
+    Settings settings;
+    std::string failure;
 };
 
 }  // namespace vellum

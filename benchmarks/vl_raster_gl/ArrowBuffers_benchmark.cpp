@@ -4,7 +4,7 @@
 // Held constant: a million arrows with different directions, the number of bytes written (352 for each arrow),
 // and memory that was written before on both sides: the outputs are reused, so nothing is allocated and no page
 // is touched for the first time while the clock runs. What differs: the library reads an arrow's position and
-// direction (and its colour, where each has its own) and computes; memcpy reads as many bytes as it writes.
+// direction (and its color, where each has its own) and computes; memcpy reads as many bytes as it writes.
 
 #include "benchmarks/PairTiming.h"
 

@@ -28,7 +28,7 @@ namespace {
 
 constexpr unsigned int PARTICLES = 4000000;
 constexpr int RECORD_BYTES = 24;
-constexpr int COLOUR_OFFSET = 12;
+constexpr int COLOR_OFFSET = 12;
 constexpr int SIDE = 64;  // pixels
 constexpr int ROUNDS = 6;
 constexpr unsigned int FRAMES_PER_ROUND = 6;
@@ -73,7 +73,7 @@ public:
         glEnableClientState(GL_COLOR_ARRAY);
         glBindBuffer(GL_ARRAY_BUFFER, buffer);
         glVertexPointer(3, GL_FLOAT, RECORD_BYTES, nullptr);
-        glColorPointer(3, GL_FLOAT, RECORD_BYTES, reinterpret_cast<void*>(COLOUR_OFFSET));
+        glColorPointer(3, GL_FLOAT, RECORD_BYTES, reinterpret_cast<void*>(COLOR_OFFSET));
         glDrawArrays(GL_POINTS, 0, PARTICLES);
         glBindBuffer(GL_ARRAY_BUFFER, 0);
         glDisableClientState(GL_VERTEX_ARRAY);

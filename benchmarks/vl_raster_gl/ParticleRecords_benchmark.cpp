@@ -1,5 +1,5 @@
 // Questions, each answered by a ratio of two times that were taken in turn in one run, on four million particles
-// whose colours are ramps of the length of their velocities:
+// whose colors are ramps of the length of their velocities:
 //  - Fill/memcpy: at what part of memcpy's speed are the records of a mapped buffer filled, where memcpy moves as
 //    many bytes of records that are ready? It should reach 0.85.
 //  - Fill/iterator: how many times as fast is it as a plain loop that takes the particles from the iterator? It

@@ -57,18 +57,18 @@ vec3 stone(vec3 p)
 
 void main()
 {
-    vec3 colour = stone(objectPosition * (FloatVar0 > 0.0 ? FloatVar0 : 3.0));
+    vec3 color = stone(objectPosition * (FloatVar0 > 0.0 ? FloatVar0 : 3.0));
     vec3 view = normalize(-eyePosition);
     vec3 normal = normalize(eyeNormal);
     normal = dot(normal, view) < 0.0 ? -normal : normal;
 
-    vec3 shade = colour * vec3(0.20, 0.21, 0.24);
+    vec3 shade = color * vec3(0.20, 0.21, 0.24);
     vec3 shine = vec3(0.0);
     for (int i = 0; i < 2; ++i) {
         if (i < nLights) {
             vec3 light = normalize(gl_LightSource[i].position.xyz - eyePosition);
             vec3 middle = normalize(light + view);
-            shade += colour * gl_LightSource[i].diffuse.rgb * max(dot(normal, light), 0.0);
+            shade += color * gl_LightSource[i].diffuse.rgb * max(dot(normal, light), 0.0);
             shine += gl_LightSource[i].specular.rgb * pow(max(dot(normal, middle), 0.0), 90.0);
         }
     }

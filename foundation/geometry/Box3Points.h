@@ -10,7 +10,7 @@ template <class T>
 struct Box3Points {
     Tuple3<unsigned int> count;  ///< Points along x, y and z.
     Vector3<T> origin;           ///< Point (0, 0, 0).
-    Vector3<T> step;             ///< Distance of neighbours along each axis.
+    Vector3<T> step;             ///< Distance of neighbors along each axis.
 };
 
 }  // namespace vellum

@@ -2,7 +2,7 @@
 
 namespace vellum {
 
-/// A colour: red, green, blue and opacity, each 0 to 1.
+/// A color: red, green, blue and opacity, each 0 to 1.
 template <class T>
 struct Color4 {
     T r;

@@ -147,13 +147,13 @@ bool namesAVertexTwice(unsigned int const* corners) {
     return corners[0] == corners[1] || corners[1] == corners[2] || corners[2] == corners[0];
 }
 
-/// The entry for the edge that starts at `vertex`: the neighbour's corner there. The neighbour may run along
+/// The entry for the edge that starts at `vertex`: the neighbor's corner there. The neighbor may run along
 /// the common edge either way.
-unsigned int entryFor(unsigned int const* triangles, unsigned int const& neighbourEdge,
+unsigned int entryFor(unsigned int const* triangles, unsigned int const& neighborEdge,
                       unsigned int const& vertex) {
-    unsigned int const triangle = neighbourEdge / 3;
-    unsigned int const k = neighbourEdge % 3;
-    return triangle * 4 + (triangles[neighbourEdge] == vertex ? k : NEXT_CIRCULAR[k]);
+    unsigned int const triangle = neighborEdge / 3;
+    unsigned int const k = neighborEdge % 3;
+    return triangle * 4 + (triangles[neighborEdge] == vertex ? k : NEXT_CIRCULAR[k]);
 }
 
 /// Takes an edge into the table and connects the two triangles that meet there, as long as they are two.
@@ -317,18 +317,18 @@ void uniteAcrossSmoothEdges(unsigned int const* triangles, unsigned int const& c
         for (unsigned int k = 0; k < 3; ++k) {
             unsigned int const edge = t * 3 + k;
             unsigned int const entry = adjacency[edge];
-            unsigned int const neighbour = entry >> 2;
+            unsigned int const neighbor = entry >> 2;
             // Each edge once; an entry of none lies above every triangle.
-            if (neighbour >= count || neighbour <= t) {
+            if (neighbor >= count || neighbor <= t) {
                 continue;
             }
-            // The neighbour runs the other way along the edge, unless the sides of the surface are swapped
+            // The neighbor runs the other way along the edge, unless the sides of the surface are swapped
             // there, or the adjacency is not that of these triangles.
-            unsigned int const own = neighbour * 3 + (entry & 3U);
-            unsigned int const next = neighbour * 3 + PREV_CIRCULAR[entry & 3U];
+            unsigned int const own = neighbor * 3 + (entry & 3U);
+            unsigned int const next = neighbor * 3 + PREV_CIRCULAR[entry & 3U];
             unsigned int const ownNext = t * 3 + NEXT_CIRCULAR[k];
             if (triangles[own] == triangles[edge] && triangles[next] == triangles[ownNext] &&
-                dot(asVector(faceNormals[t]), asVector(faceNormals[neighbour])) >= leastCosine) {
+                dot(asVector(faceNormals[t]), asVector(faceNormals[neighbor])) >= leastCosine) {
                 sets.unite(edge, own);
                 sets.unite(ownNext, next);
             }

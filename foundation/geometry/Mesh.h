@@ -39,7 +39,7 @@ enum MeshFlags : unsigned int {
 ///     mesh.markModified(mesh.positions());    // renderers see the change with the next drawing
 ///
 /// Adjacency: entry k of a triangle belongs to its edge from corner k to the next corner. It is
-/// ADJACENCY_NONE at a border, else neighbour * 4 + corner, where `corner` is the neighbour's corner that lies
+/// ADJACENCY_NONE at a border, else neighbor * 4 + corner, where `corner` is the neighbor's corner that lies
 /// on the own corner k:
 ///
 ///            2                 triangle t = (a, b, c), its edge 0 runs from a to b

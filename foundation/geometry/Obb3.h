@@ -4,7 +4,7 @@
 
 namespace vellum {
 
-/// An oriented box: three unit axes, each followed by the half extent along it, and the centre.
+/// An oriented box: three unit axes, each followed by the half extent along it, and the center.
 template <class T>
 struct Obb3 {
     Vector3<T> axis0;
@@ -15,7 +15,7 @@ struct Obb3 {
     T extent2;
     Vector3<T> centre;
 
-    /// Gives corner `index`: for k = 0, 1, 2 the centre is moved along axis k by its half extent, forward
+    /// Gives corner `index`: for k = 0, 1, 2 the center is moved along axis k by its half extent, forward
     /// when bit k of the index is set, else backward. Higher bits are ignored.
     void getVertex(unsigned int const& index, Vector3<T>& vertex) const {
         Vector3<T> corner = centre;

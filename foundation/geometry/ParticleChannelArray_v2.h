@@ -54,7 +54,7 @@ public:
     }
 
 private:
-    // A drawing system may read the three components of a colour from a scalar channel, each particle's from
+    // A drawing system may read the three components of a color from a scalar channel, each particle's from
     // its own value and the next two: so two values lie behind the last one.
     static constexpr unsigned int PADDING = std::is_same_v<T, float> ? 2 : 0;
 

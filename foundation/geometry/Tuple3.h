@@ -3,7 +3,7 @@
 namespace vellum {
 
 /// Three values: the vertex indices of a triangle (arrays of it go to glDrawElements as GL_UNSIGNED_INT), or
-/// the colours of the X, Y and Z gizmo handles.
+/// the colors of the X, Y and Z gizmo handles.
 template <class A, class B = A, class C = A>
 struct Tuple3 {
     A e0;

@@ -3,7 +3,7 @@
 namespace vellum {
 
 /// Four values: a viewport (x, y, width, height), an orthographic box (left, right, bottom, top), or the
-/// colours of the X, Y, Z and centre gizmo handles.
+/// colors of the X, Y, Z and center gizmo handles.
 template <class T>
 struct Tuple4 {
     T e0;

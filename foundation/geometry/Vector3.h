@@ -6,7 +6,7 @@
 
 namespace vellum {
 
-/// A point, direction or colour without alpha. A plain aggregate, packed: arrays of it go to glVertexPointer
+/// A point, direction or color without alpha. A plain aggregate, packed: arrays of it go to glVertexPointer
 /// with size 3 and stride 0.
 template <class T>
 struct Vector3 {
@@ -15,7 +15,7 @@ struct Vector3 {
     T z;
 
     /// Gives the axis and the angle (radians, 0 to pi) of the rotation that turns the direction `from` into
-    /// the direction `to`. Both are expected to be unit vectors; they are not normalised here. Where they are
+    /// the direction `to`. Both are expected to be unit vectors; they are not normalized here. Where they are
     /// parallel or opposite, some axis perpendicular to `from` is chosen and the angle is 0 or pi.
     ///
     /// The choice is not guarded: for a zero `from`, but also for one like (s, s, 0), the perpendicular

@@ -18,14 +18,14 @@ namespace vellum {
 ///     }
 ///
 /// Pixels: rows follow each other without gaps, the bottom row first, as OpenGL has them, whatever the
-/// format of the file; within a row pixels run from left to right, channels of a pixel are neighbours in the
+/// format of the file; within a row pixels run from left to right, channels of a pixel are neighbors in the
 /// order red, green, blue, alpha. Channels have 8 or 16 bits (unsigned integers, 0 to the largest number is 0
 /// to 1) or 32 bits (floats, linear, of any range). The alpha channel is as stored in the file, neither
 /// multiplied in nor divided out.
 ///
 /// An image is at most 16,384 pixels wide and high, has at most 256 Mi pixels and takes at most 1 GiB.
 ///
-/// It does not write files, convert between depths, or apply colour profiles and orientation tags.
+/// It does not write files, convert between depths, or apply color profiles and orientation tags.
 class VL_FOUNDATION_EXPORT VL_Image {
 public:
     VL_Image();                           ///< The empty image.
@@ -42,14 +42,14 @@ public:
     /// | Format                   | Gives                                                                   |
     /// |--------------------------|-------------------------------------------------------------------------|
     /// | PNG                      | 8 bits a channel, or 16 for 16-bit files; RGB, or RGBA with an alpha    |
-    /// |                          | channel or a transparent colour                                         |
+    /// |                          | channel or a transparent color                                         |
     /// | JPEG                     | 8 bits, RGB                                                             |
     /// | OpenEXR                  | 32 bits, RGB or RGBA of the data window; half, float and integer files  |
     /// |                          | with one part, flat, with channels R, G, B or Y, and A, at full         |
     /// |                          | resolution; layers are left out                                         |
     /// | Radiance HDR             | 32 bits, RGB; rows from top to bottom (-Y +X) only                      |
     ///
-    /// Grey and palette pictures become RGB and RGBA, as that is what textures are made of; CMYK becomes RGB.
+    /// Gray and palette pictures become RGB and RGBA, as that is what textures are made of; CMYK becomes RGB.
     ///
     /// \return false for a file that is missing, no regular file, of another format, damaged, cut off or
     ///         larger than an image may be. The image is empty then. Sizes are checked before memory is taken

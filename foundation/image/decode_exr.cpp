@@ -216,18 +216,18 @@ bool decode(std::FILE* file, VL_Image& image) {
     Imf::ChannelList const& channels = input.header().channels();
     Imath::Box2i const window = input.header().dataWindow();
 
-    // Brightness with two colour differences at half resolution is for films; a grey picture has no such.
-    bool const isGrey = isFull(channels.findChannel("Y")) && channels.findChannel("RY") == nullptr &&
+    // Brightness with two color differences at half resolution is for films; a gray picture has no such.
+    bool const isGray = isFull(channels.findChannel("Y")) && channels.findChannel("RY") == nullptr &&
                         channels.findChannel("BY") == nullptr;
     std::array<char const*, 4> names{"R", "G", "B", "A"};
-    bool hasColour = false;
+    bool hasColor = false;
     for (std::size_t k = 0; k < 3; ++k) {
-        hasColour = hasColour || isFull(channels.findChannel(names[k]));
+        hasColor = hasColor || isFull(channels.findChannel(names[k]));
     }
-    if (!hasColour && !isGrey) {
+    if (!hasColor && !isGray) {
         return false;
     }
-    if (!hasColour) {
+    if (!hasColor) {
         names = {"Y", nullptr, nullptr, "A"};
     }
     std::size_t const count = channels.findChannel("A") != nullptr ? 4 : 3;
@@ -249,7 +249,7 @@ bool decode(std::FILE* file, VL_Image& image) {
     input.setFrameBuffer(target);
     input.readPixels(window.min.y, window.max.y);
 
-    if (!hasColour) {
+    if (!hasColor) {
         for (float* pixel = pixels; pixel != pixels + rowLength * height; pixel += count) {
             pixel[1] = pixel[2] = pixel[0];
         }

@@ -26,7 +26,7 @@ struct Errors {
     std::longjmp(reinterpret_cast<Errors*>(codec->err)->landing, 1);
 }
 
-// libjpeg calls damage a warning and goes on with grey.
+// libjpeg calls damage a warning and goes on with gray.
 void failOnDamage(j_common_ptr codec, int level) {
     int const code = codec->err->msg_code;
     bool const harmless = code == JWRN_EXTRANEOUS_DATA || code == JWRN_ADOBE_XFORM || code == JWRN_JFIF_MAJOR;

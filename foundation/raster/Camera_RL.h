@@ -64,8 +64,8 @@ public:
     float farDistance = 1000.0F;  ///< Distance of the far clipping plane.
 
     unsigned int viewKind = 0;  ///< 0 perspective, 1 to 6 the orthographic views along the coordinate axes.
-    float panX = 0.0F;          ///< Orthographic offset of the view's centre, world units.
-    float panY = 0.0F;          ///< Orthographic offset of the view's centre, world units.
+    float panX = 0.0F;          ///< Orthographic offset of the view's center, world units.
+    float panY = 0.0F;          ///< Orthographic offset of the view's center, world units.
     float zoom = 0.0F;          ///< Orthographic: half the width shown is e raised to zoom.
 };
 

@@ -274,12 +274,12 @@ void Core_RL::renderPoint2(Vector2<float> const& p, unsigned int const& name) {
 
 // == Boxes ==
 
-void Core_RL::renderBox2(Vector2<float> const& centre, float const& half) {
+void Core_RL::renderBox2(Vector2<float> const& center, float const& half) {
     Vector2<float> const reach{half, half};
-    render(Box2<float>{centre - reach, centre + reach}, false);
+    render(Box2<float>{center - reach, center + reach}, false);
 }
 
-void Core_RL::renderSphere(Vector3<float> const& centre, float const& radius) {
+void Core_RL::renderSphere(Vector3<float> const& center, float const& radius) {
     // Directions of the grid points, north pole (+Y) first.
     Vector3<float> directions[SPHERE_PARALLELS + 1][SPHERE_MERIDIANS + 1];
     for (unsigned int row = 0; row <= SPHERE_PARALLELS; ++row) {
@@ -304,12 +304,12 @@ void Core_RL::renderSphere(Vector3<float> const& centre, float const& radius) {
             Vector3<float> const& northEast = directions[row][column + 1];
             // At the poles one of the two triangles has no area.
             if (row + 1 < SPHERE_PARALLELS) {
-                renderTriangle(centre + north * radius, centre + south * radius, centre + southEast * radius,
+                renderTriangle(center + north * radius, center + south * radius, center + southEast * radius,
                                north, south, southEast);
             }
             if (row > 0) {
-                renderTriangle(centre + north * radius, centre + southEast * radius,
-                               centre + northEast * radius, north, southEast, northEast);
+                renderTriangle(center + north * radius, center + southEast * radius,
+                               center + northEast * radius, north, southEast, northEast);
             }
         }
     }
@@ -340,23 +340,23 @@ void Core_RL::renderPlane3System(Plane3System<double> const& system, double cons
     }
 }
 
-void Core_RL::renderTetrahedron(Vector3<float> const& centre, float const& size) {
+void Core_RL::renderTetrahedron(Vector3<float> const& center, float const& size) {
     // A corner up, three below it: cos of the angle between two corners is -1/3.
     float const down = -size / 3.0F;
     float const ring = size * std::sqrt(8.0F) / 3.0F;  // distance of the lower corners from the Y axis
     float const halfWidth = ring * std::sqrt(3.0F) * 0.5F;
-    Vector3<float> const top = centre + Vector3<float>{0.0F, size, 0.0F};
-    Vector3<float> const front = centre + Vector3<float>{0.0F, down, ring};
-    Vector3<float> const right = centre + Vector3<float>{halfWidth, down, -0.5F * ring};
-    Vector3<float> const left = centre + Vector3<float>{-halfWidth, down, -0.5F * ring};
+    Vector3<float> const top = center + Vector3<float>{0.0F, size, 0.0F};
+    Vector3<float> const front = center + Vector3<float>{0.0F, down, ring};
+    Vector3<float> const right = center + Vector3<float>{halfWidth, down, -0.5F * ring};
+    Vector3<float> const left = center + Vector3<float>{-halfWidth, down, -0.5F * ring};
     renderTriangle(top, front, right);
     renderTriangle(top, right, left);
     renderTriangle(top, left, front);
     renderTriangle(front, left, right);
 }
 
-void Core_RL::renderTetrahedron(Vector3<double> const& centre, double const& size) {
-    renderTetrahedron(convert<float>(centre), static_cast<float>(size));
+void Core_RL::renderTetrahedron(Vector3<double> const& center, double const& size) {
+    renderTetrahedron(convert<float>(center), static_cast<float>(size));
 }
 
 void Core_RL::renderTree(GeometryTree<GeometryNode<Box3<float>>>& tree) {

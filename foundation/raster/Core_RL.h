@@ -81,8 +81,8 @@ public:
 
     // == State stacks ==
 
-    void pushColor(Color4<float> const& color);   ///< Makes a colour current.
-    void popColor(unsigned int const& count);     ///< Takes `count` colours back, never the bottom one.
+    void pushColor(Color4<float> const& color);   ///< Makes a color current.
+    void popColor(unsigned int const& count);     ///< Takes `count` colors back, never the bottom one.
     void pushBlending(BlendingMode const& mode);  ///< Makes a blending mode current.
     void popBlending();
     void pushCulling(CullingMode const& mode);  ///< Makes a culling mode current.
@@ -201,7 +201,7 @@ public:
     virtual void enableColorMaterial() = 0;
     virtual void disableColorMaterial() = 0;
 
-    /// Makes a colour current in place of the one on top of the colour stack.
+    /// Makes a color current in place of the one on top of the color stack.
     virtual void setColor(Color4<float> const& color) = 0;
     virtual void setFillingFront(FillingMode const& mode) = 0;
     virtual void setFillingBack(FillingMode const& mode) = 0;
@@ -248,7 +248,7 @@ public:
 
     // == Segments and planes ==
 
-    virtual void renderStroke3(Vector3<float> const& centre, Vector3<float> const& direction,
+    virtual void renderStroke3(Vector3<float> const& center, Vector3<float> const& direction,
                                float const& halfLength) = 0;
     virtual void renderSegment2(Vector2<float> const& a, Vector2<float> const& b) = 0;
     virtual void renderPlane3(Plane3<float> const& plane, float const& size,
@@ -263,7 +263,7 @@ public:
                                 unsigned int const& nameZ, Tuple3<Color4<float>> const& colors,
                                 float const& size) = 0;
     virtual void renderAxesBox3(unsigned int const& nameX, unsigned int const& nameY,
-                                unsigned int const& nameZ, unsigned int const& nameCentre,
+                                unsigned int const& nameZ, unsigned int const& nameCenter,
                                 Tuple4<Color4<float>> const& colors, float const& size) = 0;
     virtual void renderAxisBox3(VL_AXIS const& axis, float const& size) = 0;
     virtual void renderAxisBox3(VL_AXIS const& axis, unsigned int const& name, float const& size) = 0;
@@ -332,11 +332,11 @@ public:
 
     // == Ellipses ==
 
-    virtual void renderEllipse3(Vector3<float> const& centre, Vector3<float> const& u,
+    virtual void renderEllipse3(Vector3<float> const& center, Vector3<float> const& u,
                                 Vector3<float> const& v) = 0;
-    virtual void renderEllipse3_XZ(Vector3<float> const& centre, float const& a, float const& b) = 0;
-    virtual void renderEllipse3_XY(Vector3<float> const& centre, float const& a, float const& b) = 0;
-    virtual void renderEllipse3_YZ(Vector3<float> const& centre, float const& a, float const& b) = 0;
+    virtual void renderEllipse3_XZ(Vector3<float> const& center, float const& a, float const& b) = 0;
+    virtual void renderEllipse3_XY(Vector3<float> const& center, float const& a, float const& b) = 0;
+    virtual void renderEllipse3_YZ(Vector3<float> const& center, float const& a, float const& b) = 0;
 
     // == Arrows between points ==
 
@@ -386,12 +386,12 @@ public:
 
     // == Boxes ==
 
-    /// A filled square from centre - half to centre + half.
-    virtual void renderBox2(Vector2<float> const& centre, float const& half);
-    virtual void renderBox3(Vector3<float> const& centre, float const& halfSize) = 0;
+    /// A filled square from center - half to center + half.
+    virtual void renderBox2(Vector2<float> const& center, float const& half);
+    virtual void renderBox3(Vector3<float> const& center, float const& halfSize) = 0;
 
     /// A shaded sphere of 32 meridians and 16 parallels, made of triangles with smooth normals.
-    virtual void renderSphere(Vector3<float> const& centre, float const& radius);
+    virtual void renderSphere(Vector3<float> const& center, float const& radius);
 
     virtual void renderBox3Points_asPoints(Box3Points<float> const& points) = 0;
     virtual void renderBox3Points_asPoints(Box3Points<double> const& points) = 0;
@@ -405,7 +405,7 @@ public:
 
     // == Composed drawings ==
 
-    /// The cell as a wire box, and its 64 samples as points in shades of grey.
+    /// The cell as a wire box, and its 64 samples as points in shades of gray.
     virtual void renderTricubicVoxel(TricubicVoxel<float> const& voxel);
     virtual void renderTricubicVoxel(TricubicVoxel<double> const& voxel);
 
@@ -415,15 +415,15 @@ public:
     virtual void renderPlane3System(Plane3System<double> const& system, double const& size,
                                     unsigned int const& divisions);
 
-    /// A regular tetrahedron with flat faces; its corners lie `size` away from the centre, one of them
+    /// A regular tetrahedron with flat faces; its corners lie `size` away from the center, one of them
     /// along +Y.
-    virtual void renderTetrahedron(Vector3<float> const& centre, float const& size);
+    virtual void renderTetrahedron(Vector3<float> const& center, float const& size);
 
     /// The wire boxes of all nodes, from the root down, each once. Nodes that no parent names, and children
     /// beyond the end of the tree, are not drawn.
     virtual void renderTree(GeometryTree<GeometryNode<Box3<float>>>& tree);
 
-    virtual void renderTetrahedron(Vector3<double> const& centre, double const& size);
+    virtual void renderTetrahedron(Vector3<double> const& center, double const& size);
     virtual void render(Box2<double> const& box, bool const& wire) = 0;
     virtual void render(Box3<double> const& box, bool const& wire) const = 0;
     virtual void render(Box3<double> const& box, Tuple8<Vector3<float>> const& colors,
@@ -444,13 +444,13 @@ public:
     virtual void renderNormals(Array<Vector3<double>> const& vertices,
                                Array<Tuple3<unsigned int>> const& triangles, float const& length);
 
-    /// Shaded and coloured triangles.
+    /// Shaded and colored triangles.
     ///
-    /// Normals and colours belong to the vertices; either array may be empty. Without both, triangles are
-    /// shaded flat in the current colour. With normals alone the current colour is kept; with both, a triangle
-    /// takes the mean colour of its corners. With colours alone they run smoothly over the triangles, and no
+    /// Normals and colors belong to the vertices; either array may be empty. Without both, triangles are
+    /// shaded flat in the current color. With normals alone the current color is kept; with both, a triangle
+    /// takes the mean color of its corners. With colors alone they run smoothly over the triangles, and no
     /// normals are sent: that is for drawing without lights. Triangles that name a vertex beyond the end, or
-    /// beyond the end of an array that is not empty, are left out. The current colour is restored at the end.
+    /// beyond the end of an array that is not empty, are left out. The current color is restored at the end.
     virtual void render(Array<Vector3<float>> const& vertices, Array<Tuple3<unsigned int>> const& triangles,
                         Array<Vector3<float>> const& normals, Array<Color4<float>> const& colors);
     virtual void render(Array<Vector3<double>> const& vertices, Array<Tuple3<unsigned int>> const& triangles,

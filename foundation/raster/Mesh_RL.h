@@ -19,7 +19,7 @@ class Mesh;
 ///     renderer->render(shading);
 ///
 /// render(MeshShading) sets the state that a mode needs and takes it back; the other operations draw with the
-/// state that they find. Colours, lights, textures and line widths are the caller's. Nothing is drawn of a
+/// state that they find. Colors, lights, textures and line widths are the caller's. Nothing is drawn of a
 /// mesh that has a fault (Mesh::fault()).
 ///
 /// The virtual operations stand in the order of the interface; their order is part of it.
@@ -59,11 +59,11 @@ public:
     // == Edges and points ==
 
     virtual void renderEdgesConnection() = 0;          ///< Marks where triangles are connected.
-    virtual void renderEdgesUnconnected() = 0;         ///< Marks where a triangle has no neighbour.
+    virtual void renderEdgesUnconnected() = 0;         ///< Marks where a triangle has no neighbor.
     virtual void renderPoints(float const& size) = 0;  ///< The vertices; size in pixels.
     virtual void renderEdges() = 0;                    ///< Borders and hard edges.
 
-    /// The surface in a darker tone of the colour, with its edges.
+    /// The surface in a darker tone of the color, with its edges.
     virtual void renderWithEdges(Color4<float> const& color) = 0;
 
     /// The edges, dark behind the surface, and, if asked for, the surface blended over them.

@@ -128,7 +128,7 @@ struct HintMode {
     enum type : unsigned int { DONT_CARE = 0x1100, FASTEST = 0x1101, NICEST = 0x1102 };
 };
 
-/// Parameters of point rasterisation.
+/// Parameters of point rasterization.
 struct PointParameterName {
     enum type : unsigned int {
         POINT_SIZE_MIN = 0x8126,

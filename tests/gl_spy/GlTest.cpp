@@ -48,7 +48,7 @@ void restoreInitialState() {
         glPopClientAttrib();
 
     // Workaround: Mesa 22.3 forgets, with the end of an inner attribute group, what was changed inside it beyond
-    // that group, and the outer glPopAttrib leaves it as it is. Reading pixels opens such a group while the colour
+    // that group, and the outer glPopAttrib leaves it as it is. Reading pixels opens such a group while the color
     // of the last glBegin is still on its way to the current one.
     glColor4f(1, 1, 1, 1);
     glNormal3f(0, 0, 1);

@@ -63,7 +63,7 @@ std::array<double, n> over(std::array<double, n> defaults, std::vector<double> c
     return defaults;
 }
 
-/// What GL makes of one integer component of a colour or a normal, by the type letters of the call: "ub" of
+/// What GL makes of one integer component of a color or a normal, by the type letters of the call: "ub" of
 /// "glColor3ubv".
 double scaled(double value, std::string const& type) {
     static std::map<std::string, double> const bits{{"b", 8},  {"s", 16},  {"i", 32},
@@ -110,7 +110,7 @@ void Tracker::follow(Call const& call) {
     else if (startsWith(call.name, "glNormal3"))
         _normal(call);
     else if (startsWith(call.name, "glColor3") || startsWith(call.name, "glColor4"))
-        _colour(call);
+        _color(call);
     else if (startsWith(call.name, "glTexCoord") && std::isdigit(static_cast<unsigned char>(call.name[10])))
         _textureCoordinate(call);
 }
@@ -183,12 +183,12 @@ void Tracker::_normal(Call const& call) {
                    [type = typeOf(call.name)](double value) { return scaled(value, type); });
 }
 
-void Tracker::_colour(Call const& call) {
+void Tracker::_color(Call const& call) {
     std::string const type = typeOf(call.name);
     std::vector<double> components = call.numbers;
     for (double& component : components)
         component = scaled(component, type);
-    _saved.current.colour = over<4>({{0, 0, 0, 1}}, components);
+    _saved.current.color = over<4>({{0, 0, 0, 1}}, components);
 }
 
 void Tracker::_textureCoordinate(Call const& call) {

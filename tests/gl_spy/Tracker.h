@@ -34,7 +34,7 @@ private:
         unsigned int mask = 0;
         unsigned int matrixMode = 0;    // GL_TRANSFORM_BIT
         std::array<int, 4> viewport{};  // GL_VIEWPORT_BIT; all 0 until set
-        Vertex current;                 // GL_CURRENT_BIT; normal, colour and texture coordinate only
+        Vertex current;                 // GL_CURRENT_BIT; normal, color and texture coordinate only
     };
 
     static std::map<std::string, Handler> const& _handlers();
@@ -44,7 +44,7 @@ private:
 
     void _vertex(Call const& call);
     void _normal(Call const& call);
-    void _colour(Call const& call);
+    void _color(Call const& call);
     void _textureCoordinate(Call const& call);
     void _begin(Call const& call);
     void _end(Call const& call);

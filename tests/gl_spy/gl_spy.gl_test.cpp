@@ -90,8 +90,8 @@ TEST_F(Gl_spy_gl_test, theTrackerAgreesWithTheDriverOnMatrices) {
 
     std::array<double, 16> actual{};
     {
-        Script modelled;
-        modelled.answerWithoutDriver();
+        Script modeled;
+        modeled.answerWithoutDriver();
         glMatrixMode(GL_MODELVIEW);
         gluLookAt(1, 2, 3, -4, 5, 6, 0.1, 1, 0);
         glRotated(33, 1, -2, 0.5);

@@ -59,10 +59,10 @@ struct Call {
 
 /// A vertex with the current values at the time of its glVertex.
 struct Vertex {
-    std::array<double, 3> position{};            ///< as sent; z is 0 for glVertex2
-    std::array<double, 3> transformed{};         ///< position under the modelview matrix, see primitives()
-    std::array<double, 3> normal{{0, 0, 1}};     ///< as sent
-    std::array<double, 4> colour{{1, 1, 1, 1}};  ///< integers are scaled as GL scales them
+    std::array<double, 3> position{};           ///< as sent; z is 0 for glVertex2
+    std::array<double, 3> transformed{};        ///< position under the modelview matrix, see primitives()
+    std::array<double, 3> normal{{0, 0, 1}};    ///< as sent
+    std::array<double, 4> color{{1, 1, 1, 1}};  ///< integers are scaled as GL scales them
     std::array<double, 4> textureCoordinate{{0, 0, 0, 1}};
     std::optional<unsigned int> name;  ///< top of the name stack; empty when there is none
 };

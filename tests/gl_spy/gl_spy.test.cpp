@@ -82,9 +82,9 @@ TEST_F(Gl_spy_test, parametersAreEnumsWhereTheyTakeEnums) {
     glPixelStoref(GL_UNPACK_ALIGNMENT, 1);
     glProgramParameteriEXT(7, GL_GEOMETRY_INPUT_TYPE_EXT, GL_TRIANGLES);
     glProgramParameteriEXT(7, GL_GEOMETRY_VERTICES_OUT_EXT, 4);
-    float const colour[4] = {0, 0.25f, 0.5f, 1};
-    glTexEnvfv(GL_TEXTURE_ENV, GL_TEXTURE_ENV_COLOR, colour);
-    glLightfv(GL_LIGHT0, GL_SPOT_DIRECTION, colour);
+    float const color[4] = {0, 0.25f, 0.5f, 1};
+    glTexEnvfv(GL_TEXTURE_ENV, GL_TEXTURE_ENV_COLOR, color);
+    glLightfv(GL_LIGHT0, GL_SPOT_DIRECTION, color);
     float const mode = GL_LINEAR;
     glFogfv(GL_FOG_MODE, &mode);
     EXPECT_EQ(recording.texts(), (Texts{"glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT)",
@@ -127,9 +127,9 @@ TEST_F(Gl_spy_test, stringsAreQuotedAndKeptAsTheyAre) {
     char const* const source[2] = {"a\n\"b\"", "cut here"};
     int const lengths[2] = {-1, 3};
     glShaderSource(1, 2, source, lengths);
-    glGetUniformLocation(2, "colour");
+    glGetUniformLocation(2, "color");
     EXPECT_EQ(recording.texts(), (Texts{R"(glShaderSource(1, 2, {"a\n\"b\"", "cut"}, {-1, 3}))",
-                                        R"(glGetUniformLocation(2, "colour"))"}));
+                                        R"(glGetUniformLocation(2, "color"))"}));
     EXPECT_EQ(recording.calls()[0].strings, (Texts{"a\n\"b\"", "cut"}));
 }
 
@@ -192,17 +192,17 @@ TEST_F(Gl_spy_test, primitivesDoNotCareForVariants) {
     gl_spy::Vertex const& first = primitives[0].vertices[0];
     EXPECT_EQ(first.position, (std::array<double, 3>{1, 2, 0}));
     EXPECT_EQ(first.normal, (std::array<double, 3>{1, 0, 0}));
-    EXPECT_EQ(first.colour, (std::array<double, 4>{1, 0, 0.2, 1}));
+    EXPECT_EQ(first.color, (std::array<double, 4>{1, 0, 0.2, 1}));
     EXPECT_EQ(first.textureCoordinate, (std::array<double, 4>{0.25, 0.75, 0, 1}));
     EXPECT_EQ(first.name, std::nullopt);
     gl_spy::Vertex const& second = primitives[0].vertices[1];
     EXPECT_EQ(second.position, (std::array<double, 3>{4, 5, 6}));
-    EXPECT_EQ(second.colour, (std::array<double, 4>{0, 0, 1, 0.5}));
+    EXPECT_EQ(second.color, (std::array<double, 4>{0, 0, 1, 0.5}));
     EXPECT_EQ(primitives[1].mode, unsigned(GL_POINTS));
     EXPECT_TRUE(primitives[1].vertices.empty());
 }
 
-TEST_F(Gl_spy_test, primitivesFollowNamesAndSavedColours) {
+TEST_F(Gl_spy_test, primitivesFollowNamesAndSavedColors) {
     auto const point = [] {
         glBegin(GL_POINTS);
         glVertex3f(0, 0, 0);
@@ -224,9 +224,9 @@ TEST_F(Gl_spy_test, primitivesFollowNamesAndSavedColours) {
     ASSERT_EQ(primitives.size(), 4u);
     EXPECT_EQ(primitives[0].vertices[0].name, 3u);
     EXPECT_EQ(primitives[1].vertices[0].name, 4u);
-    EXPECT_EQ(primitives[1].vertices[0].colour, (std::array<double, 4>{0, 1, 0, 1}));
+    EXPECT_EQ(primitives[1].vertices[0].color, (std::array<double, 4>{0, 1, 0, 1}));
     EXPECT_EQ(primitives[2].vertices[0].name, 3u);
-    EXPECT_EQ(primitives[2].vertices[0].colour, (std::array<double, 4>{1, 1, 1, 1}));
+    EXPECT_EQ(primitives[2].vertices[0].color, (std::array<double, 4>{1, 1, 1, 1}));
     EXPECT_EQ(primitives[3].vertices[0].name, std::nullopt);
 }
 

@@ -23,7 +23,7 @@ void writePng(std::string const& path, Png const& png, Sample const& sample) {
     png_structp writer = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
     png_infop info = png_create_info_struct(writer);
     png_init_io(writer, file);
-    png_set_IHDR(writer, info, png.width, png.height, png.bits, png.colourType,
+    png_set_IHDR(writer, info, png.width, png.height, png.bits, png.colorType,
                  png.isInterlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
                  PNG_FILTER_TYPE_DEFAULT);
     std::vector<png_color> palette;
@@ -37,13 +37,13 @@ void writePng(std::string const& path, Png const& png, Sample const& sample) {
     if (!png.paletteAlpha.empty()) {
         png_set_tRNS(writer, info, png.paletteAlpha.data(), static_cast<int>(png.paletteAlpha.size()),
                      nullptr);
-    } else if (png.transparentColour.size() == 1) {
-        transparent.gray = png.transparentColour[0];
+    } else if (png.transparentColor.size() == 1) {
+        transparent.gray = png.transparentColor[0];
         png_set_tRNS(writer, info, nullptr, 0, &transparent);
-    } else if (png.transparentColour.size() == 3) {
-        transparent.red = png.transparentColour[0];
-        transparent.green = png.transparentColour[1];
-        transparent.blue = png.transparentColour[2];
+    } else if (png.transparentColor.size() == 3) {
+        transparent.red = png.transparentColor[0];
+        transparent.green = png.transparentColor[1];
+        transparent.blue = png.transparentColor[2];
         png_set_tRNS(writer, info, nullptr, 0, &transparent);
     }
     png_write_info(writer, info);
@@ -74,7 +74,7 @@ void writePng(std::string const& path, Png const& png, Sample const& sample) {
 
 // == JPEG ==
 
-void writeJpeg(std::string const& path, unsigned int width, unsigned int height, JpegColours colours,
+void writeJpeg(std::string const& path, unsigned int width, unsigned int height, JpegColors colors,
                bool isProgressive, Sample const& sample) {
     std::FILE* const file = std::fopen(path.c_str(), "wb");
     jpeg_compress_struct codec{};
@@ -84,13 +84,13 @@ void writeJpeg(std::string const& path, unsigned int width, unsigned int height,
     jpeg_stdio_dest(&codec, file);
     codec.image_width = width;
     codec.image_height = height;
-    codec.input_components = colours == JpegColours::grey ? 1 : colours == JpegColours::rgb ? 3 : 4;
-    codec.in_color_space = colours == JpegColours::grey  ? JCS_GRAYSCALE
-                           : colours == JpegColours::rgb ? JCS_RGB
-                                                         : JCS_CMYK;
+    codec.input_components = colors == JpegColors::gray ? 1 : colors == JpegColors::rgb ? 3 : 4;
+    codec.in_color_space = colors == JpegColors::gray  ? JCS_GRAYSCALE
+                           : colors == JpegColors::rgb ? JCS_RGB
+                                                       : JCS_CMYK;
     jpeg_set_defaults(&codec);
     jpeg_set_quality(&codec, 100, TRUE);
-    if (colours == JpegColours::cmyk) {
+    if (colors == JpegColors::cmyk) {
         codec.write_Adobe_marker = FALSE;
     }
     if (isProgressive) {
@@ -181,7 +181,7 @@ void writeHdr(std::string const& path, unsigned int width, unsigned int height, 
         }
         file.put(2).put(2).put(static_cast<char>(width >> 8)).put(static_cast<char>(width));
         for (std::size_t k = 0; k < 4; ++k) {
-            // A run of the first half when it is one colour, else literals.
+            // A run of the first half when it is one color, else literals.
             std::size_t x = 0;
             while (x < width) {
                 std::size_t run = 1;

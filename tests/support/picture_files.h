@@ -18,16 +18,16 @@ struct Png {
     unsigned int width = 0;
     unsigned int height = 0;
     int bits = 8;
-    int colourType = 2;  // PNG_COLOR_TYPE_...
+    int colorType = 2;  // PNG_COLOR_TYPE_...
     bool isInterlaced = false;
     std::vector<std::array<unsigned char, 3>> palette = {};
-    std::vector<unsigned char> paletteAlpha = {};        // a tRNS chunk of a palette picture
-    std::vector<unsigned short> transparentColour = {};  // a tRNS chunk of a grey (1) or RGB (3) picture
+    std::vector<unsigned char> paletteAlpha = {};       // a tRNS chunk of a palette picture
+    std::vector<unsigned short> transparentColor = {};  // a tRNS chunk of a gray (1) or RGB (3) picture
 };
 void writePng(std::string const& path, Png const& png, Sample const& sample);
 
-enum class JpegColours { grey, rgb, cmyk, adobeCmyk };
-void writeJpeg(std::string const& path, unsigned int width, unsigned int height, JpegColours colours,
+enum class JpegColors { gray, rgb, cmyk, adobeCmyk };
+void writeJpeg(std::string const& path, unsigned int width, unsigned int height, JpegColors colors,
                bool isProgressive, Sample const& sample);
 
 struct ExrChannel {

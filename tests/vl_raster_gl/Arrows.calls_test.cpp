@@ -28,7 +28,7 @@ std::vector<std::vector<Point>> headTriangles(Point const& tip, std::vector<Poin
 
 Texts const SHAFT{"glBegin(GL_LINES)", "glEnd()"};
 Texts const TRIANGLE{"glBegin(GL_TRIANGLES)", "glEnd()"};
-Texts const BASE_COLOUR{"glColor4f(0.375, 0.1875, 0.5625, 1)"};  // 0.75 of the colour before, opaque
+Texts const BASE_COLOR{"glColor4f(0.375, 0.1875, 0.5625, 1)"};  // 0.75 of the color before, opaque
 
 class Arrows_calls_test : public Drawing_calls_test {
 protected:
@@ -55,12 +55,12 @@ TEST_F(Arrows_calls_test, arrowIsAShaftAHeadAndADarkerBase) {
     gl_spy::Recording recording;
     core.renderArrow3({0, 0, 0}, {3, 0, 0}, 0.5F, false);
     EXPECT_EQ(outline(recording),
-              joined({SHAFT, PUSHED_FILLINGS, TRIANGLE, TRIANGLE, TRIANGLE, TRIANGLE, BASE_COLOUR, TRIANGLE,
-                      TRIANGLE, START_COLOUR_AGAIN, FILLINGS_FRONT_FIRST}));
-    EXPECT_EQ(core.currentColor(), START_COLOUR);
+              joined({SHAFT, PUSHED_FILLINGS, TRIANGLE, TRIANGLE, TRIANGLE, TRIANGLE, BASE_COLOR, TRIANGLE,
+                      TRIANGLE, START_COLOR_AGAIN, FILLINGS_FRONT_FIRST}));
+    EXPECT_EQ(core.currentColor(), START_COLOR);
 }
 
-TEST_F(Arrows_calls_test, tailBoxComesAfterTheBaseInTheArrowsOwnColour) {
+TEST_F(Arrows_calls_test, tailBoxComesAfterTheBaseInTheArrowsOwnColor) {
     gl_spy::Recording recording;
     core.renderArrow3({1, 2, 3}, {4, 2, 3}, 0.5F, true);
     EXPECT_EQ(outline(recording), joined({SHAFT,
@@ -69,10 +69,10 @@ TEST_F(Arrows_calls_test, tailBoxComesAfterTheBaseInTheArrowsOwnColour) {
                                           TRIANGLE,
                                           TRIANGLE,
                                           TRIANGLE,
-                                          BASE_COLOUR,
+                                          BASE_COLOR,
                                           TRIANGLE,
                                           TRIANGLE,
-                                          START_COLOUR_AGAIN,
+                                          START_COLOR_AGAIN,
                                           {"glBegin(GL_QUADS)", "glEnd()"},
                                           FILLINGS_FRONT_FIRST}));
 }
@@ -91,10 +91,10 @@ TEST_F(Arrows_calls_test, arrowAsksTheVirtualSegmentTriangleAndBox) {
                                        triangle,
                                        triangle,
                                        triangle,
-                                       BASE_COLOUR,
+                                       BASE_COLOR,
                                        triangle,
                                        triangle,
-                                       START_COLOUR_AGAIN,
+                                       START_COLOR_AGAIN,
                                        {"-> render(Box3)"},
                                        FILLINGS_FRONT_FIRST}));
     EXPECT_THAT(witness.requests.front().numbers, ElementsAre(1, 2, 3, 4, 2, 3));
@@ -113,7 +113,7 @@ TEST_F(Arrows_calls_test, headIsAtMostAThirdOfTheArrow) {
 }
 
 TEST_F(Arrows_calls_test, headOfASlantedArrowIsAPyramidAcrossIt) {
-    // d = (2, 3, 6) / 7, a = normalised (-6, 0, 2), b = a x d.
+    // d = (2, 3, 6) / 7, a = normalized (-6, 0, 2), b = a x d.
     double const root = std::sqrt(40.0);
     Point const d{2.0 / 7, 3.0 / 7, 6.0 / 7};
     Point const a{-6 / root, 0, 2 / root};
@@ -157,22 +157,22 @@ TEST_F(Arrows_calls_test, arrowOfNoLengthAndHeadSizeZeroIsAShaftOfNoLengthAndADe
     gl_spy::Recording recording;
     core.renderArrow3({1, 2, 3}, {1, 2, 3}, 0.0F, false);
     EXPECT_EQ(outline(recording),
-              joined({SHAFT, PUSHED_FILLINGS, TRIANGLE, TRIANGLE, TRIANGLE, TRIANGLE, BASE_COLOUR, TRIANGLE,
-                      TRIANGLE, START_COLOUR_AGAIN, FILLINGS_FRONT_FIRST}));
+              joined({SHAFT, PUSHED_FILLINGS, TRIANGLE, TRIANGLE, TRIANGLE, TRIANGLE, BASE_COLOR, TRIANGLE,
+                      TRIANGLE, START_COLOR_AGAIN, FILLINGS_FRONT_FIRST}));
     std::vector<gl_spy::Primitive> const primitives = recording.primitives();
     expectPoints(sent(primitives.at(0)), {{1, 2, 3}, {1, 2, 3}}, 0);
     expectNear(primitives.at(1).vertices.at(0).position, {1, 2, 3}, 0, "tip");
 }
 
-TEST_F(Arrows_calls_test, baseTakesThreeQuartersOfTheStacksTopColour) {
-    // The colour that GL has is not asked for: another drawing may have changed it.
+TEST_F(Arrows_calls_test, baseTakesThreeQuartersOfTheStacksTopColor) {
+    // The color that GL has is not asked for: another drawing may have changed it.
     core.pushColor({1, 0.5F, 0.25F, 0.25F});
     gl_spy::Recording recording;
     core.renderArrow3({0, 0, 0}, {3, 0, 0}, 0.5F, false);
-    std::vector<gl_spy::Call> const colours = recording.named("glColor4f");
-    ASSERT_EQ(colours.size(), 2U);
-    EXPECT_THAT(colours[0].numbers, ElementsAre(0.75, 0.375, 0.1875, 1));
-    EXPECT_THAT(colours[1].numbers, ElementsAre(1, 0.5, 0.25, 0.25));
+    std::vector<gl_spy::Call> const colors = recording.named("glColor4f");
+    ASSERT_EQ(colors.size(), 2U);
+    EXPECT_THAT(colors[0].numbers, ElementsAre(0.75, 0.375, 0.1875, 1));
+    EXPECT_THAT(colors[1].numbers, ElementsAre(1, 0.5, 0.25, 0.25));
     EXPECT_EQ(recording.count("glGetFloatv"), 0U);
 }
 
@@ -186,11 +186,11 @@ TEST_F(Arrows_calls_test, baseOfASingleArrowIsDeliberatelyDarkerThanThatOfAnArro
     Array<unsigned int> triangles;
     Array<unsigned int> lines;
     Array<unsigned int> quads;
-    Array<Color4<float>> colours;
+    Array<Color4<float>> colors;
     core.createBuffers_forRenderArrow3({{0, 0, 0}}, {{3, 0, 0}}, {{1, 1, 1, 1}}, 1, vertices, triangles,
-                                       lines, quads, colours);
-    ASSERT_EQ(colours.size(), 10U);
-    EXPECT_EQ(colours[6].r, 0.8F);
+                                       lines, quads, colors);
+    ASSERT_EQ(colors.size(), 10U);
+    EXPECT_EQ(colors[6].r, 0.8F);
 }
 
 // == Arrows from buffers ==
@@ -200,10 +200,10 @@ TEST_F(Arrows_calls_test, creatingBuffersMakesNoCall) {
     Array<unsigned int> triangles;
     Array<unsigned int> lines;
     Array<unsigned int> quads;
-    Array<Color4<float>> colours;
+    Array<Color4<float>> colors;
     EXPECT_THAT(calls([&](Core_RL& layer) {
                     layer.createBuffers_forRenderArrow3({{0, 0, 0}}, {{3, 0, 0}}, {}, 1, vertices, triangles,
-                                                        lines, quads, colours);
+                                                        lines, quads, colors);
                 }),
                 IsEmpty());
 }
@@ -213,9 +213,9 @@ TEST_F(Arrows_calls_test, buffersAreDrawnAsTrianglesQuadsAndLinesFromClientArray
     Array<unsigned int> const triangles{0, 1, 0, 1, 0, 1};
     Array<unsigned int> const lines{0, 1};
     Array<unsigned int> const quads{0, 1, 0, 1};
-    Array<Color4<float>> const colours{{1, 1, 1, 1}, {1, 1, 1, 1}};
+    Array<Color4<float>> const colors{{1, 1, 1, 1}, {1, 1, 1, 1}};
     gl_spy::Recording recording;
-    core.renderArrow3_usingBuffers(vertices, triangles, lines, quads, colours);
+    core.renderArrow3_usingBuffers(vertices, triangles, lines, quads, colors);
     EXPECT_EQ(recording.texts(),
               joined({PUSHED_FILLINGS,
                       {"glEnableClientState(GL_VERTEX_ARRAY)", "glEnableClientState(GL_COLOR_ARRAY)",
@@ -227,7 +227,7 @@ TEST_F(Arrows_calls_test, buffersAreDrawnAsTrianglesQuadsAndLinesFromClientArray
                       FILLINGS_BACK_FIRST}));
     auto const address = [](void const* data) { return reinterpret_cast<std::uintptr_t>(data); };
     EXPECT_THAT(recording.named("glVertexPointer").at(0).addresses, ElementsAre(address(vertices.data())));
-    EXPECT_THAT(recording.named("glColorPointer").at(0).addresses, ElementsAre(address(colours.data())));
+    EXPECT_THAT(recording.named("glColorPointer").at(0).addresses, ElementsAre(address(colors.data())));
     std::vector<gl_spy::Call> const draws = recording.named("glDrawElements");
     ASSERT_EQ(draws.size(), 3U);
     EXPECT_THAT(draws[0].addresses, ElementsAre(address(triangles.data())));

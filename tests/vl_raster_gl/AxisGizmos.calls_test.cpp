@@ -12,10 +12,10 @@ using testing::IsEmpty;
 
 namespace {
 
-constexpr Tuple3<Color4<float>> COLOURS{{1, 0, 0, 1}, {0, 1, 0, 0.5F}, {0, 0, 1, 1}};
-constexpr Tuple4<Color4<float>> FOUR_COLOURS{{1, 0, 0, 1}, {0, 1, 0, 0.5F}, {0, 0, 1, 1}, {1, 1, 0, 1}};
-Texts const COLOUR_TEXTS{"glColor4f(1, 0, 0, 1)", "glColor4f(0, 1, 0, 0.5)", "glColor4f(0, 0, 1, 1)",
-                         "glColor4f(1, 1, 0, 1)"};
+constexpr Tuple3<Color4<float>> COLORS{{1, 0, 0, 1}, {0, 1, 0, 0.5F}, {0, 0, 1, 1}};
+constexpr Tuple4<Color4<float>> FOUR_COLORS{{1, 0, 0, 1}, {0, 1, 0, 0.5F}, {0, 0, 1, 1}, {1, 1, 0, 1}};
+Texts const COLOR_TEXTS{"glColor4f(1, 0, 0, 1)", "glColor4f(0, 1, 0, 0.5)", "glColor4f(0, 0, 1, 1)",
+                        "glColor4f(1, 1, 0, 1)"};
 
 std::array<Point, 3> const UNIT{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
 
@@ -199,7 +199,7 @@ TEST_F(AxisGizmos_calls_test, boxHandleOfSizeOneHalfIsACubeOfEdgeOneAroundOneHal
     expectNear(high, {1, 0.5, 0.5}, 1e-6, "upper corner");
 }
 
-TEST_F(AxisGizmos_calls_test, axisThreeIsTheCentreBoxWithoutASegment) {
+TEST_F(AxisGizmos_calls_test, axisThreeIsTheCenterBoxWithoutASegment) {
     gl_spy::Recording recording;
     core.renderAxisBox3(VL_AXIS(3), 31U, 0.25F);
     gl_spy::Primitive const cube = onlyPrimitive(recording);
@@ -214,7 +214,7 @@ TEST_F(AxisGizmos_calls_test, axisThreeIsTheCentreBoxWithoutASegment) {
     EXPECT_EQ(Texts(calls.end() - 2, calls.end()), FILLINGS_BACK_FIRST);
 }
 
-TEST_F(AxisGizmos_calls_test, axisBeyondTheCentreGivesNoBox) {
+TEST_F(AxisGizmos_calls_test, axisBeyondTheCenterGivesNoBox) {
     gl_spy::Recording recording;
     core.renderAxisBox3(VL_AXIS(4), 32U, 0.25F);
     EXPECT_EQ(outline(recording), joined({PUSHED_FILLINGS, named(32), FILLINGS_BACK_FIRST}));
@@ -312,124 +312,124 @@ TEST_F(AxisGizmos_calls_test, stippledCircleHasTheAxisAsName) {
 
 // == Sets ==
 
-TEST_F(AxisGizmos_calls_test, arrowSetPushesAColourForEachHandleAndPopsAllAtOnce) {
+TEST_F(AxisGizmos_calls_test, arrowSetPushesAColorForEachHandleAndPopsAllAtOnce) {
     gl_spy::Recording recording;
-    core.renderAxesArrow3(70, 71, 72, COLOURS, 0.3F);
+    core.renderAxesArrow3(70, 71, 72, COLORS, 0.3F);
     Texts expected;
     for (std::size_t axis = 0; axis < 3; ++axis)
-        expected = joined({expected, {COLOUR_TEXTS[axis]}, arrowCalls(axis, named(70 + unsigned(axis)))});
-    EXPECT_EQ(withoutGluArguments(outline(recording)), joined({expected, START_COLOUR_AGAIN}));
-    EXPECT_EQ(core.currentColor(), START_COLOUR);
+        expected = joined({expected, {COLOR_TEXTS[axis]}, arrowCalls(axis, named(70 + unsigned(axis)))});
+    EXPECT_EQ(withoutGluArguments(outline(recording)), joined({expected, START_COLOR_AGAIN}));
+    EXPECT_EQ(core.currentColor(), START_COLOR);
 }
 
 TEST_F(AxisGizmos_calls_test, stippledArrowSetsWithAndWithoutPicking) {
     for (bool const picks : {true, false}) {
         gl_spy::Recording recording;
         if (picks)
-            core.renderAxesArrowStipple3(70, 71, 72, COLOURS, 0.3F);
+            core.renderAxesArrowStipple3(70, 71, 72, COLORS, 0.3F);
         else
-            core.renderAxesArrowStipple3(COLOURS, 0.3F);
+            core.renderAxesArrowStipple3(COLORS, 0.3F);
         Texts expected;
         for (std::size_t axis = 0; axis < 3; ++axis) {
             Texts const name = picks ? named(70 + unsigned(axis)) : Texts{};
             expected =
-                joined({expected, {COLOUR_TEXTS[axis]}, STIPPLE_ON, arrowCalls(axis, name), STIPPLE_OFF});
+                joined({expected, {COLOR_TEXTS[axis]}, STIPPLE_ON, arrowCalls(axis, name), STIPPLE_OFF});
         }
-        EXPECT_EQ(withoutGluArguments(outline(recording)), joined({expected, START_COLOUR_AGAIN}));
-        EXPECT_EQ(core.currentColor(), START_COLOUR);
+        EXPECT_EQ(withoutGluArguments(outline(recording)), joined({expected, START_COLOR_AGAIN}));
+        EXPECT_EQ(core.currentColor(), START_COLOR);
     }
 }
 
 TEST_F(AxisGizmos_calls_test, boxSetOfThree) {
     gl_spy::Recording recording;
-    core.renderAxesBox3(70, 71, 72, COLOURS, 0.25F);
+    core.renderAxesBox3(70, 71, 72, COLORS, 0.25F);
     Texts expected;
     for (std::size_t axis = 0; axis < 3; ++axis)
-        expected = joined({expected, {COLOUR_TEXTS[axis]}, boxCalls(axis, 70 + unsigned(axis), "0.75")});
-    EXPECT_EQ(outline(recording), joined({expected, START_COLOUR_AGAIN}));
-    EXPECT_EQ(core.currentColor(), START_COLOUR);
+        expected = joined({expected, {COLOR_TEXTS[axis]}, boxCalls(axis, 70 + unsigned(axis), "0.75")});
+    EXPECT_EQ(outline(recording), joined({expected, START_COLOR_AGAIN}));
+    EXPECT_EQ(core.currentColor(), START_COLOR);
 }
 
-TEST_F(AxisGizmos_calls_test, boxSetOfFourEndsWithTheCentre) {
+TEST_F(AxisGizmos_calls_test, boxSetOfFourEndsWithTheCenter) {
     Texts expected;
     for (std::size_t axis = 0; axis < 3; ++axis)
-        expected = joined({expected, {COLOUR_TEXTS[axis]}, boxCalls(axis, 70 + unsigned(axis), "0.75")});
-    gl_spy::Recording centre;
+        expected = joined({expected, {COLOR_TEXTS[axis]}, boxCalls(axis, 70 + unsigned(axis), "0.75")});
+    gl_spy::Recording center;
     core.renderAxisBox3(VL_AXIS(3), 73U, 0.25F);
-    expected = joined({expected, {COLOUR_TEXTS[3]}, outline(centre), START_COLOUR_AGAIN});
+    expected = joined({expected, {COLOR_TEXTS[3]}, outline(center), START_COLOR_AGAIN});
 
     gl_spy::Recording recording;
-    core.renderAxesBox3(70, 71, 72, 73, FOUR_COLOURS, 0.25F);
+    core.renderAxesBox3(70, 71, 72, 73, FOUR_COLORS, 0.25F);
     EXPECT_EQ(outline(recording), expected);
-    EXPECT_EQ(core.currentColor(), START_COLOUR);
+    EXPECT_EQ(core.currentColor(), START_COLOR);
 }
 
 TEST_F(AxisGizmos_calls_test, circleSet) {
     gl_spy::Recording recording;
-    core.renderAxesCircle3(70, 71, 72, COLOURS, 2.0F);
+    core.renderAxesCircle3(70, 71, 72, COLORS, 2.0F);
     Texts expected;
     for (std::size_t axis = 0; axis < 3; ++axis)
-        expected = joined({expected, {COLOUR_TEXTS[axis]}, circleCalls(axis, named(70 + unsigned(axis)))});
-    EXPECT_EQ(outline(recording), joined({expected, START_COLOUR_AGAIN}));
-    EXPECT_EQ(core.currentColor(), START_COLOUR);
+        expected = joined({expected, {COLOR_TEXTS[axis]}, circleCalls(axis, named(70 + unsigned(axis)))});
+    EXPECT_EQ(outline(recording), joined({expected, START_COLOR_AGAIN}));
+    EXPECT_EQ(core.currentColor(), START_COLOR);
 }
 
 TEST_F(AxisGizmos_calls_test, stippledCircleSetDeliberatelyUsesTheNamesAsAxes) {
     gl_spy::Recording recording;
-    core.renderAxesCircleStipple3(2, 0, 1, COLOURS, 2.0F);
+    core.renderAxesCircleStipple3(2, 0, 1, COLORS, 2.0F);
     Texts expected;
-    std::size_t colour = 0;
+    std::size_t color = 0;
     for (std::size_t const axis : {2U, 0U, 1U}) {
         expected = joined({expected,
-                           {COLOUR_TEXTS[colour++]},
+                           {COLOR_TEXTS[color++]},
                            STIPPLE_ON,
                            circleCalls(axis, named(unsigned(axis))),
                            STIPPLE_OFF});
     }
-    EXPECT_EQ(outline(recording), joined({expected, START_COLOUR_AGAIN}));
-    EXPECT_EQ(core.currentColor(), START_COLOUR);
+    EXPECT_EQ(outline(recording), joined({expected, START_COLOR_AGAIN}));
+    EXPECT_EQ(core.currentColor(), START_COLOR);
 }
 
 TEST_F(AxisGizmos_calls_test, stippledCircleSetWithOtherNamesDeliberatelyDrawsNoCircle) {
     gl_spy::Recording recording;
-    core.renderAxesCircleStipple3(10, 11, 12, COLOURS, 2.0F);
+    core.renderAxesCircleStipple3(10, 11, 12, COLORS, 2.0F);
     EXPECT_THAT(recording.primitives(), IsEmpty());
     Texts expected;
     for (unsigned int i = 0; i < 3; ++i)
-        expected = joined({expected, {COLOUR_TEXTS[i]}, STIPPLE_ON, named(10 + i), STIPPLE_OFF});
-    EXPECT_EQ(outline(recording), joined({expected, START_COLOUR_AGAIN}));
+        expected = joined({expected, {COLOR_TEXTS[i]}, STIPPLE_ON, named(10 + i), STIPPLE_OFF});
+    EXPECT_EQ(outline(recording), joined({expected, START_COLOR_AGAIN}));
 }
 
 TEST_F(AxisGizmos_calls_test, planeSetIsThreeSquaresAtTheOrigin) {
     gl_spy::Recording recording;
-    core.renderAxesPlane3(80, 81, 82, COLOURS, 0.5F);
+    core.renderAxesPlane3(80, 81, 82, COLORS, 0.5F);
     Texts expected;
     for (unsigned int i = 0; i < 3; ++i)
-        expected = joined({expected, {COLOUR_TEXTS[i]}, named(80 + i), {"glBegin(GL_QUADS)", "glEnd()"}});
+        expected = joined({expected, {COLOR_TEXTS[i]}, named(80 + i), {"glBegin(GL_QUADS)", "glEnd()"}});
     Texts calls = outline(recording);
-    EXPECT_EQ(calls, joined({expected, START_COLOUR_AGAIN}));
+    EXPECT_EQ(calls, joined({expected, START_COLOR_AGAIN}));
     std::vector<gl_spy::Primitive> const squares = recording.primitives();
     ASSERT_EQ(squares.size(), 3U);
     double const s = 0.5;
     expectPoints(sent(squares[0]), {{0, 0, 0}, {s, 0, 0}, {s, s, 0}, {0, s, 0}}, 0);
     expectPoints(sent(squares[1]), {{0, 0, 0}, {0, s, 0}, {0, s, s}, {0, 0, s}}, 0);
     expectPoints(sent(squares[2]), {{0, 0, 0}, {s, 0, 0}, {s, 0, s}, {0, 0, s}}, 0);
-    EXPECT_EQ(core.currentColor(), START_COLOUR);
+    EXPECT_EQ(core.currentColor(), START_COLOR);
 }
 
-TEST_F(AxisGizmos_calls_test, setsAddOneEntryForEachHandleToTheColourStackAndTakeThemBack) {
-    // A second layer of colours below shows a pop of too many or too few.
+TEST_F(AxisGizmos_calls_test, setsAddOneEntryForEachHandleToTheColorStackAndTakeThemBack) {
+    // A second layer of colors below shows a pop of too many or too few.
     core.pushColor({0.125F, 0.125F, 0.125F, 1});
-    core.pushColor(START_COLOUR);
-    core.renderAxesArrow3(0, 1, 2, COLOURS, 0.3F);
-    core.renderAxesArrowStipple3(0, 1, 2, COLOURS, 0.3F);
-    core.renderAxesArrowStipple3(COLOURS, 0.3F);
-    core.renderAxesBox3(0, 1, 2, COLOURS, 0.3F);
-    core.renderAxesBox3(0, 1, 2, 3, FOUR_COLOURS, 0.3F);
-    core.renderAxesCircle3(0, 1, 2, COLOURS, 0.3F);
-    core.renderAxesCircleStipple3(0, 1, 2, COLOURS, 0.3F);
-    core.renderAxesPlane3(0, 1, 2, COLOURS, 0.3F);
-    EXPECT_EQ(core.currentColor(), START_COLOUR);
+    core.pushColor(START_COLOR);
+    core.renderAxesArrow3(0, 1, 2, COLORS, 0.3F);
+    core.renderAxesArrowStipple3(0, 1, 2, COLORS, 0.3F);
+    core.renderAxesArrowStipple3(COLORS, 0.3F);
+    core.renderAxesBox3(0, 1, 2, COLORS, 0.3F);
+    core.renderAxesBox3(0, 1, 2, 3, FOUR_COLORS, 0.3F);
+    core.renderAxesCircle3(0, 1, 2, COLORS, 0.3F);
+    core.renderAxesCircleStipple3(0, 1, 2, COLORS, 0.3F);
+    core.renderAxesPlane3(0, 1, 2, COLORS, 0.3F);
+    EXPECT_EQ(core.currentColor(), START_COLOR);
     core.popColor(1);
     EXPECT_EQ(core.currentColor(), (Color4<float>{0.125F, 0.125F, 0.125F, 1}));
 }

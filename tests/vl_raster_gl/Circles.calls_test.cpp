@@ -11,8 +11,8 @@ using testing::IsEmpty;
 namespace {
 
 constexpr float DEGREE = 0.017453292F;
-constexpr Tuple3<Color4<float>> COLOURS{{1, 0, 0, 1}, {0, 1, 0, 0.5F}, {0, 0, 1, 1}};
-Texts const COLOUR_TEXTS{"glColor4f(1, 0, 0, 1)", "glColor4f(0, 1, 0, 0.5)", "glColor4f(0, 0, 1, 1)"};
+constexpr Tuple3<Color4<float>> COLORS{{1, 0, 0, 1}, {0, 1, 0, 0.5F}, {0, 0, 1, 1}};
+Texts const COLOR_TEXTS{"glColor4f(1, 0, 0, 1)", "glColor4f(0, 1, 0, 0.5)", "glColor4f(0, 0, 1, 1)"};
 Matrix4<float> const IDENTITY = Matrix4<float>::identity();
 
 /// A turn, a stretch and a move.
@@ -111,7 +111,7 @@ TEST_F(Circles_calls_test, cameraFacingCircleReplacesTheUpperLeftBlockByTheIdent
                  "glGetFloatv(GL_MODELVIEW_MATRIX, pointer)", recording.named("glLoadMatrixf").at(0).text(),
                  "glScalef(1.5, 1.5, 1.5)", "glBegin(GL_LINE_LOOP)", "glEnd()", "glBegin(GL_LINE_LOOP)",
                  "glEnd()", "glPopMatrix()"},
-                START_COLOUR_AGAIN}));
+                START_COLOR_AGAIN}));
     std::vector<double> const frame(FRAME.e, FRAME.e + 16);
     EXPECT_EQ(recording.named("glMultMatrixf").at(0).numbers, frame);
 
@@ -125,7 +125,7 @@ TEST_F(Circles_calls_test, cameraFacingCircleReplacesTheUpperLeftBlockByTheIdent
     ASSERT_EQ(loaded.size(), 16U);
     for (std::size_t i = 0; i < 16; ++i)
         EXPECT_NEAR(loaded[i], expected[i], 1e-4) << "element " << i;
-    EXPECT_EQ(core.currentColor(), START_COLOUR);
+    EXPECT_EQ(core.currentColor(), START_COLOR);
 }
 
 TEST_F(Circles_calls_test, cameraFacingCircleIsDeliberatelyDrawnTwice) {
@@ -153,7 +153,7 @@ TEST_F(Circles_calls_test, cameraFacingCircleAsksTheVirtualCircleBeforeItsOwn) {
     EXPECT_EQ(Texts(trace.begin() + 5, trace.end()),
               joined({{"glScalef(1.5, 1.5, 1.5)", "-> renderCircle3", "glBegin(GL_LINE_LOOP)", "glEnd()",
                        "glPopMatrix()"},
-                      START_COLOUR_AGAIN}));
+                      START_COLOR_AGAIN}));
     EXPECT_THAT(witness.requests[0].numbers, ElementsAre(2));
 }
 
@@ -166,7 +166,7 @@ TEST_F(Circles_calls_test, cameraFacingCircleDeliberatelyIgnoresTheMatrix3) {
     EXPECT_EQ(drawn(Matrix3<float>{}), drawn(Matrix3<float>{{9, 8, 7, 6, 5, 4, 3, 2, 1}}));
 }
 
-TEST_F(Circles_calls_test, cameraFacingCirclePushesItsColourOnTheGlobalLayer) {
+TEST_F(Circles_calls_test, cameraFacingCirclePushesItsColorOnTheGlobalLayer) {
     Witness_core asked({"setColor"});
     Witness_core global({"setColor"});
     ASSERT_EQ(VL_Raster, &global) << "the layer constructed last";
@@ -440,7 +440,7 @@ TEST_F(Circles_calls_test, axisOfThreeOrMoreLoadsTheNameAndDrawsNothing) {
     EXPECT_EQ(calls([](Core_RL& layer) { layer.renderAxisCircleTape3(VL_AXIS(50), 1.0F, 0.5F); }), named(50));
 }
 
-TEST_F(Circles_calls_test, culledSetsPushAColourForEachRing) {
+TEST_F(Circles_calls_test, culledSetsPushAColorForEachRing) {
     Vector3<float> const direction{0.5F, 0.6F, 0.7F};
     for (bool const showsFarHalf : {false, true}) {
         Texts expected;
@@ -449,16 +449,16 @@ TEST_F(Circles_calls_test, culledSetsPushAColourForEachRing) {
                 (layer.*CULLED_KINDS[showsFarHalf ? 1 : 0].draw)(VL_AXIS(axis), 60 + axis, direction, FRAME,
                                                                  0.5F, 2.0F);
             });
-            expected = joined({expected, {COLOUR_TEXTS[axis]}, ring});
+            expected = joined({expected, {COLOR_TEXTS[axis]}, ring});
         }
         Texts const set = calls([&](Core_RL& layer) {
             if (showsFarHalf)
-                layer.renderAxesCircleCulledStipple3(60, 61, 62, direction, FRAME, 0.5F, COLOURS, 2.0F);
+                layer.renderAxesCircleCulledStipple3(60, 61, 62, direction, FRAME, 0.5F, COLORS, 2.0F);
             else
-                layer.renderAxesCircleCulled3(60, 61, 62, direction, FRAME, 0.5F, COLOURS, 2.0F);
+                layer.renderAxesCircleCulled3(60, 61, 62, direction, FRAME, 0.5F, COLORS, 2.0F);
         });
-        EXPECT_EQ(set, joined({expected, START_COLOUR_AGAIN}));
-        EXPECT_EQ(core.currentColor(), START_COLOUR);
+        EXPECT_EQ(set, joined({expected, START_COLOR_AGAIN}));
+        EXPECT_EQ(core.currentColor(), START_COLOR);
     }
 }
 
@@ -517,28 +517,28 @@ TEST_F(Circles_calls_test, tapeSetDeliberatelyUsesTheNamesAsAxes) {
     EXPECT_EQ(
         [this] {
             gl_spy::Recording recording;
-            core.renderAxesCircleTape3(1, 2, 0, COLOURS, 2.0F, 0.5F);
+            core.renderAxesCircleTape3(1, 2, 0, COLORS, 2.0F, 0.5F);
             return outline(recording);
         }(),
-        joined({{COLOUR_TEXTS[0]},
+        joined({{COLOR_TEXTS[0]},
                 tapeRing(1),
-                {COLOUR_TEXTS[1]},
+                {COLOR_TEXTS[1]},
                 tapeRing(2),
-                {COLOUR_TEXTS[2]},
+                {COLOR_TEXTS[2]},
                 tapeRing(0),
-                START_COLOUR_AGAIN}));
-    EXPECT_EQ(core.currentColor(), START_COLOUR);
+                START_COLOR_AGAIN}));
+    EXPECT_EQ(core.currentColor(), START_COLOR);
 }
 
 TEST_F(Circles_calls_test, tapeSetWithOtherNamesDeliberatelyLoadsThemAndDrawsNoRing) {
-    EXPECT_EQ(calls([](Core_RL& layer) { layer.renderAxesCircleTape3(10, 11, 12, COLOURS, 2.0F, 0.5F); }),
-              joined({{COLOUR_TEXTS[0]},
+    EXPECT_EQ(calls([](Core_RL& layer) { layer.renderAxesCircleTape3(10, 11, 12, COLORS, 2.0F, 0.5F); }),
+              joined({{COLOR_TEXTS[0]},
                       named(10),
-                      {COLOUR_TEXTS[1]},
+                      {COLOR_TEXTS[1]},
                       named(11),
-                      {COLOUR_TEXTS[2]},
+                      {COLOR_TEXTS[2]},
                       named(12),
-                      START_COLOUR_AGAIN}));
+                      START_COLOR_AGAIN}));
 }
 
 }  // namespace vellum

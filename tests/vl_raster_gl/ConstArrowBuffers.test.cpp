@@ -18,15 +18,15 @@ struct Buffers {
     Array<unsigned int> triangles;
     Array<unsigned int> lines;
     Array<unsigned int> quads;
-    Array<Color4<float>> colours;
+    Array<Color4<float>> colors;
 };
 
 class ConstArrowBuffers_test : public testing::Test {
 protected:
     void create(Array<Vector3<float>> const& positions, Array<Vector3<float>> const& directions,
-                Array<Color4<float>> const& colours, float scale = 1.0F) {
-        core.createBuffers_forRenderArrow3(positions, directions, colours, scale, out.vertices, out.triangles,
-                                           out.lines, out.quads, out.colours);
+                Array<Color4<float>> const& colors, float scale = 1.0F) {
+        core.createBuffers_forRenderArrow3(positions, directions, colors, scale, out.vertices, out.triangles,
+                                           out.lines, out.quads, out.colors);
     }
 
     void expectSizes(unsigned int arrows) const {
@@ -34,7 +34,7 @@ protected:
         EXPECT_EQ(out.triangles.size(), 12 * arrows);
         EXPECT_EQ(out.lines.size(), 2 * arrows);
         EXPECT_EQ(out.quads.size(), 4 * arrows);
-        EXPECT_EQ(out.colours.size(), 10 * arrows);
+        EXPECT_EQ(out.colors.size(), 10 * arrows);
     }
 
     void expectVertex(unsigned int index, double x, double y, double z) const {
@@ -44,13 +44,13 @@ protected:
         EXPECT_NEAR(double(out.vertices[index].z), z, 2e-6) << "vertex " << index;
     }
 
-    void expectArrowColour(unsigned int arrow, Color4<float> const& colour) const {
-        ASSERT_LE(10 * arrow + 10, out.colours.size());
+    void expectArrowColor(unsigned int arrow, Color4<float> const& color) const {
+        ASSERT_LE(10 * arrow + 10, out.colors.size());
         for (unsigned int i = 0; i < 6; ++i)
-            EXPECT_EQ(out.colours[10 * arrow + i], colour) << "vertex " << i << " of arrow " << arrow;
-        Color4<float> const base{colour.r * 0.8F, colour.g * 0.8F, colour.b * 0.8F, 1.0F};
+            EXPECT_EQ(out.colors[10 * arrow + i], color) << "vertex " << i << " of arrow " << arrow;
+        Color4<float> const base{color.r * 0.8F, color.g * 0.8F, color.b * 0.8F, 1.0F};
         for (unsigned int i = 6; i < 10; ++i) {
-            Color4<float> const& actual = out.colours[10 * arrow + i];
+            Color4<float> const& actual = out.colors[10 * arrow + i];
             EXPECT_FLOAT_EQ(actual.r, base.r) << "vertex " << i << " of arrow " << arrow;
             EXPECT_FLOAT_EQ(actual.g, base.g) << "vertex " << i << " of arrow " << arrow;
             EXPECT_FLOAT_EQ(actual.b, base.b) << "vertex " << i << " of arrow " << arrow;
@@ -131,24 +131,24 @@ TEST_F(ConstArrowBuffers_test, indicesCountUpByTenForEachArrow) {
 TEST_F(ConstArrowBuffers_test, everyArrowOfManyIsTheSameAsAlone) {
     Array<Vector3<float>> positions;
     Array<Vector3<float>> directions;
-    Array<Color4<float>> colours;
+    Array<Color4<float>> colors;
     for (unsigned int i = 0; i < 1003; ++i) {
         auto const t = float(i);
         positions.pushBack({std::sin(t), t * 0.01F, std::cos(3 * t)});
         directions.pushBack({std::cos(t), std::sin(2 * t), i % 7 == 0 ? 0.0F : 0.001F * t});
-        colours.pushBack({float(i % 3) * 0.5F, float(i % 5) * 0.25F, float(i % 9) * 0.125F, 0.5F});
+        colors.pushBack({float(i % 3) * 0.5F, float(i % 5) * 0.25F, float(i % 9) * 0.125F, 0.5F});
     }
-    create(positions, directions, colours, 0.75F);
+    create(positions, directions, colors, 0.75F);
     expectSizes(1003);
     Buffers const all = out;
     for (unsigned int i = 0; i < 1003; ++i) {
-        create({positions[i]}, {directions[i]}, {colours[i]}, 0.75F);
+        create({positions[i]}, {directions[i]}, {colors[i]}, 0.75F);
         for (unsigned int j = 0; j < 10; ++j) {
             Vector3<float> const& one = out.vertices[j];
             Vector3<float> const& same = all.vertices[10 * i + j];
             ASSERT_TRUE(one.x == same.x && one.y == same.y && one.z == same.z)
                 << "vertex " << j << " of arrow " << i;
-            ASSERT_EQ(out.colours[j], all.colours[10 * i + j]) << "colour " << j << " of arrow " << i;
+            ASSERT_EQ(out.colors[j], all.colors[10 * i + j]) << "color " << j << " of arrow " << i;
         }
     }
 }
@@ -170,50 +170,50 @@ TEST_F(ConstArrowBuffers_test, directionOfNoLengthGivesCornersThatAreNotNumbers)
     expectVertex(11, 3 - 0.999, -0.1998, -0.1998);
 }
 
-// == Colours ==
+// == Colors ==
 
-TEST_F(ConstArrowBuffers_test, everyArrowTakesItsColour) {
-    Array<Color4<float>> const colours{{1, 0, 0, 1}, {0, 1, 0.5F, 0.25F}};
-    create({{0, 0, 0}, {1, 0, 0}}, {{1, 0, 0}, {1, 0, 0}}, colours);
-    expectArrowColour(0, colours[0]);
-    expectArrowColour(1, colours[1]);
+TEST_F(ConstArrowBuffers_test, everyArrowTakesItsColor) {
+    Array<Color4<float>> const colors{{1, 0, 0, 1}, {0, 1, 0.5F, 0.25F}};
+    create({{0, 0, 0}, {1, 0, 0}}, {{1, 0, 0}, {1, 0, 0}}, colors);
+    expectArrowColor(0, colors[0]);
+    expectArrowColor(1, colors[1]);
 }
 
-TEST_F(ConstArrowBuffers_test, oneColourServesAllArrows) {
+TEST_F(ConstArrowBuffers_test, oneColorServesAllArrows) {
     create({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}}, {{1, 0, 0}, {1, 0, 0}, {1, 0, 0}}, {{1, 0.5F, 0.25F, 0.5F}});
     for (unsigned int i = 0; i < 3; ++i)
-        expectArrowColour(i, {1, 0.5F, 0.25F, 0.5F});
+        expectArrowColor(i, {1, 0.5F, 0.25F, 0.5F});
 }
 
-TEST_F(ConstArrowBuffers_test, noColoursGiveLightBlue) {
+TEST_F(ConstArrowBuffers_test, noColorsGiveLightBlue) {
     create({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}}, {{1, 0, 0}, {1, 0, 0}, {1, 0, 0}}, {});
     for (unsigned int i = 0; i < 3; ++i)
-        expectArrowColour(i, LIGHT_BLUE);
+        expectArrowColor(i, LIGHT_BLUE);
 }
 
-TEST_F(ConstArrowBuffers_test, arrowsBeyondTheLastColourTakeTheLast) {
+TEST_F(ConstArrowBuffers_test, arrowsBeyondTheLastColorTakeTheLast) {
     create({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {3, 0, 0}}, {{1, 0, 0}, {1, 0, 0}, {1, 0, 0}, {1, 0, 0}},
            {{1, 0, 0, 1}, {0, 0, 1, 1}});
-    expectArrowColour(0, {1, 0, 0, 1});
+    expectArrowColor(0, {1, 0, 0, 1});
     for (unsigned int i = 1; i < 4; ++i)
-        expectArrowColour(i, {0, 0, 1, 1});
+        expectArrowColor(i, {0, 0, 1, 1});
 }
 
-TEST_F(ConstArrowBuffers_test, surplusColoursAreNotUsed) {
+TEST_F(ConstArrowBuffers_test, surplusColorsAreNotUsed) {
     create({{0, 0, 0}}, {{1, 0, 0}}, {{1, 0, 0, 1}, {0, 0, 1, 1}});
     expectSizes(1);
-    expectArrowColour(0, {1, 0, 0, 1});
+    expectArrowColor(0, {1, 0, 0, 1});
 }
 
-TEST_F(ConstArrowBuffers_test, baseDeliberatelyTakesFourFifthsOfTheColourAndIsOpaque) {
+TEST_F(ConstArrowBuffers_test, baseDeliberatelyTakesFourFifthsOfTheColorAndIsOpaque) {
     create({{0, 0, 0}}, {{1, 0, 0}}, {{1, 0.5F, 0.25F, 0.125F}});
     for (unsigned int i = 6; i < 10; ++i) {
-        EXPECT_FLOAT_EQ(out.colours[i].r, 0.8F);
-        EXPECT_FLOAT_EQ(out.colours[i].g, 0.4F);
-        EXPECT_FLOAT_EQ(out.colours[i].b, 0.2F);
-        EXPECT_EQ(out.colours[i].a, 1.0F);
+        EXPECT_FLOAT_EQ(out.colors[i].r, 0.8F);
+        EXPECT_FLOAT_EQ(out.colors[i].g, 0.4F);
+        EXPECT_FLOAT_EQ(out.colors[i].b, 0.2F);
+        EXPECT_EQ(out.colors[i].a, 1.0F);
     }
-    EXPECT_EQ(out.colours[5].a, 0.125F);
+    EXPECT_EQ(out.colors[5].a, 0.125F);
 }
 
 // == Sizes and storage ==
@@ -248,7 +248,7 @@ TEST_F(ConstArrowBuffers_test, storageGrowsToTheNeededCapacityExactly) {
     EXPECT_EQ(out.triangles.capacity(), 24U);
     EXPECT_EQ(out.lines.capacity(), 4U);
     EXPECT_EQ(out.quads.capacity(), 8U);
-    EXPECT_EQ(out.colours.capacity(), 20U);
+    EXPECT_EQ(out.colors.capacity(), 20U);
 }
 
 TEST_F(ConstArrowBuffers_test, fewerArrowsKeepTheStorage) {
@@ -265,21 +265,21 @@ TEST_F(ConstArrowBuffers_test, fewerArrowsKeepTheStorage) {
 TEST_F(ConstArrowBuffers_test, allocatesOnlyWhereACapacityIsTooSmall) {
     Array<Vector3<float>> const positions{{0, 0, 0}, {1, 0, 0}};
     Array<Vector3<float>> const directions{{1, 0, 0}, {0, 1, 0}};
-    Array<Color4<float>> const colours{{1, 0, 0, 1}};
+    Array<Color4<float>> const colors{{1, 0, 0, 1}};
 
     std::size_t before = counted_memory::allocations();
-    create(positions, directions, colours);
+    create(positions, directions, colors);
     EXPECT_EQ(counted_memory::allocations() - before, 5U) << "one for each output";
 
     before = counted_memory::allocations();
-    create(positions, directions, colours);
+    create(positions, directions, colors);
     EXPECT_EQ(counted_memory::allocations() - before, 0U) << "the same again";
 
     // One output that is too small is the only one to grow.
     out.quads.reserve(7, true);
     void const* const vertices = out.vertices.data();
     before = counted_memory::allocations();
-    create(positions, directions, colours);
+    create(positions, directions, colors);
     EXPECT_EQ(counted_memory::allocations() - before, 1U);
     EXPECT_EQ(out.quads.capacity(), 8U);
     EXPECT_EQ(out.vertices.data(), vertices);
@@ -287,7 +287,7 @@ TEST_F(ConstArrowBuffers_test, allocatesOnlyWhereACapacityIsTooSmall) {
     // A larger capacity is left as it is.
     out.lines.reserve(100, true);
     before = counted_memory::allocations();
-    create(positions, directions, colours);
+    create(positions, directions, colors);
     EXPECT_EQ(counted_memory::allocations() - before, 0U);
     EXPECT_EQ(out.lines.capacity(), 100U);
     expectSizes(2);

@@ -370,7 +370,7 @@ INSTANTIATE_TEST_SUITE_P(
                          {"glDisable(GL_CULL_FACE)", "glCullFace(GL_FRONT)"})),
     nameOf);
 
-TEST_F(Core_RL_GL_calls_test, theColourTakesTheTopOfTheStack) {
+TEST_F(Core_RL_GL_calls_test, theColorTakesTheTopOfTheStack) {
     layer.pushColor({1, 0, 0, 1});
     ASSERT_EQ(layer.colorStack.size(), 2U);
     Color4<float> const bottom = layer.colorStack[0];
@@ -381,7 +381,7 @@ TEST_F(Core_RL_GL_calls_test, theColourTakesTheTopOfTheStack) {
     EXPECT_TRUE(layer.colorStack[0] == bottom);
 }
 
-TEST_F(Core_RL_GL_calls_test, theColourMayBeTheTopOfTheStackItself) {
+TEST_F(Core_RL_GL_calls_test, theColorMayBeTheTopOfTheStackItself) {
     layer.pushColor({0.5F, 0.25F, 0.125F, 1});
     recording.clear();
     layer.setColor(layer.colorStack.back());
@@ -403,7 +403,7 @@ TEST_F(Core_RL_GL_calls_test, thePointSizeGivesTheResultOfTheBase) {
     EXPECT_THAT(recording.texts(), ElementsAre("glPointSize(3)", "glPointSize(5)"));
 }
 
-TEST_F(Core_RL_GL_calls_test, settersOtherThanTheColourLeaveTheStacksAlone) {
+TEST_F(Core_RL_GL_calls_test, settersOtherThanTheColorLeaveTheStacksAlone) {
     layer.pushLineWidth(3);
     layer.pushFillingFront(FILLING_LINES);
     layer.pushBlending(BLENDING_ALPHA);
@@ -485,7 +485,7 @@ constexpr unsigned long BEYOND_32_BITS = 0x100000000UL;
 
 std::array<float, 3> attenuation{{1, 0.5F, 0.25F}};
 std::array<float, 1> smallestPoint{{1.5F}};
-char attributeName[] = "colour";
+char attributeName[] = "color";
 char uniformName[] = "light";
 std::array<unsigned int, 3> bufferNames{{11, 12, 13}};
 
@@ -626,7 +626,7 @@ INSTANTIATE_TEST_SUITE_P(
         Operation{"deleteProgram", [](L& layer) { layer.deleteProgram(6); }, {"glDeleteProgram(6)"}},
         Operation{"getAttribLocation",
                   [](L& layer) { layer.getAttribLocation(6, attributeName); },
-                  {"glGetAttribLocation(6, \"colour\")"}},
+                  {"glGetAttribLocation(6, \"color\")"}},
         Operation{"getUniformLocation",
                   [](L& layer) { layer.getUniformLocation(6, uniformName); },
                   {"glGetUniformLocation(6, \"light\")"}},
@@ -719,7 +719,7 @@ TEST_F(Core_RL_GL_calls_test, theSourceIsPassedWithItsLengths) {
 }
 
 TEST_F(Core_RL_GL_calls_test, locationsAreTheDrivers) {
-    driver.attributeLocation("colour", 6).uniformLocation("light", 9);
+    driver.attributeLocation("color", 6).uniformLocation("light", 9);
     char missing[] = "missing";
     driver.uniformLocation("missing", -1);
     EXPECT_EQ(layer.getAttribLocation(1, attributeName), 6);
@@ -1166,7 +1166,7 @@ TEST_F(Core_RL_GL_calls_test, noTexturesAreACallAllTheSame) {
     EXPECT_EQ(recording.calls()[1].arguments[0], "0");
 }
 
-// == Colour textures ==
+// == Color textures ==
 
 Texts textureSteps(unsigned int const& texture, Texts const& wrap, std::string const& upload) {
     Texts steps{"glEnable(GL_TEXTURE_2D)",
@@ -1344,7 +1344,7 @@ Texts luminanceSteps() {
             "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR)"};
 }
 
-TEST_F(Core_RL_GL_calls_test, blendedLuminanceIsBlendedTowardsWhite) {
+TEST_F(Core_RL_GL_calls_test, blendedLuminanceIsBlendedTowardWhite) {
     Array<float> const values{0, 0.25F, 0.5F, 0.75F, 1, 2};
     layer.pushTextureLuminance(9, 3, 2, true, values);
     Texts expected = luminanceSteps();
@@ -1400,15 +1400,15 @@ void expectForwardedToTheBase(Core_RL_GL& layer, gl_spy::Recording& recording) {
     Array<Vector3<T>> const vertices{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
     Array<Triangle> const triangles{{0, 1, 2}};
     Array<Vector3<float>> const normals{{0, 0, 1}, {0, 1, 0}, {1, 0, 0}};
-    Array<Color4<float>> const colours{{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}};
+    Array<Color4<float>> const colors{{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}};
 
     recording.clear();
-    layer.Core_RL::render(vertices, triangles, normals, colours);
+    layer.Core_RL::render(vertices, triangles, normals, colors);
     Texts const ofTheBase = recording.texts();
     EXPECT_FALSE(ofTheBase.empty());
 
     recording.clear();
-    layer.render(vertices, triangles, normals, colours);
+    layer.render(vertices, triangles, normals, colors);
     EXPECT_EQ(recording.texts(), ofTheBase);
 }
 

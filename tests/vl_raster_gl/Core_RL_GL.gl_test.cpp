@@ -289,9 +289,9 @@ std::vector<StateRow> stateRows() {
              layer.setColor({0.25F, 0.5F, 0.75F, 0.125F});
          },
          [] {
-             std::array<GLfloat, 4> colour{};
-             glGetFloatv(GL_CURRENT_COLOR, colour.data());
-             EXPECT_THAT(colour, ElementsAre(0.25F, 0.5F, 0.75F, 0.125F));
+             std::array<GLfloat, 4> color{};
+             glGetFloatv(GL_CURRENT_COLOR, color.data());
+             EXPECT_THAT(color, ElementsAre(0.25F, 0.5F, 0.75F, 0.125F));
          }},
         {"hint", [](L& layer) { layer.hint(HintTarget::POINT_SMOOTH_HINT, HintMode::NICEST); },
          [] { EXPECT_EQ(integerOf(GL_POINT_SMOOTH_HINT), GL_NICEST); }},
@@ -334,8 +334,8 @@ TEST_P(Core_RL_GL_state_gl_test, isReallySet) {
 TEST_F(Core_RL_GL_gl_test, pushesAndPopsRestoreTheState) {
     auto const state = [] {
         std::array<GLint, 4> const modes = integersOf(GL_POLYGON_MODE);
-        std::array<GLfloat, 4> colour{};
-        glGetFloatv(GL_CURRENT_COLOR, colour.data());
+        std::array<GLfloat, 4> color{};
+        glGetFloatv(GL_CURRENT_COLOR, color.data());
         return std::vector<float>{static_cast<float>(modes[0]),
                                   static_cast<float>(modes[1]),
                                   static_cast<float>(glIsEnabled(GL_BLEND)),
@@ -344,10 +344,10 @@ TEST_F(Core_RL_GL_gl_test, pushesAndPopsRestoreTheState) {
                                   static_cast<float>(glIsEnabled(GL_DEPTH_TEST)),
                                   static_cast<float>(integerOf(GL_DEPTH_WRITEMASK)),
                                   floatOf(GL_LINE_WIDTH),
-                                  colour[0],
-                                  colour[1],
-                                  colour[2],
-                                  colour[3]};
+                                  color[0],
+                                  color[1],
+                                  color[2],
+                                  color[3]};
     };
     layer.setColor({1, 1, 1, 1});
     std::vector<float> const before = state();
@@ -421,13 +421,13 @@ TEST_F(Core_RL_GL_gl_test, trianglesAreDrawnFromBuffers) {
     EXPECT_EQ(glIsBuffer(buffers[0]), GL_FALSE);
 }
 
-TEST_F(Core_RL_GL_gl_test, verticesAndColoursAreDrawnFromMemory) {
+TEST_F(Core_RL_GL_gl_test, verticesAndColorsAreDrawnFromMemory) {
     float corners[] = {-1, -1, 3, -1, -1, 3};
-    unsigned char colours[] = {0, 0, 255, 255, 0, 0, 255, 255, 0, 0, 255, 255};
+    unsigned char colors[] = {0, 0, 255, 255, 0, 0, 255, 255, 0, 0, 255, 255};
     layer.enableClientState(ClientCapability::VERTEX_ARRAY);
     layer.enableClientState(ClientCapability::COLOR_ARRAY);
     layer.vertexPointer(2, DataType::FLOAT, 0, corners);
-    layer.colorPointer(4, DataType::UNSIGNED_BYTE, 0, colours);
+    layer.colorPointer(4, DataType::UNSIGNED_BYTE, 0, colors);
     layer.drawArrays(Primitive::TRIANGLES, 0, 3);
     layer.disableClientState(ClientCapability::COLOR_ARRAY);
     layer.disableClientState(ClientCapability::VERTEX_ARRAY);
@@ -653,7 +653,7 @@ TEST_F(Core_RL_GL_gl_test, anOverlayDeliberatelySavesTheGroupsThatTheValueOfGlVi
     glDisable(GL_LIGHTING);
 }
 
-// == Colour textures ==
+// == Color textures ==
 
 GLint wrapOf(GLenum const& direction) {
     GLint mode = 0;
@@ -723,7 +723,7 @@ TEST_F(Core_RL_GL_texture_gl_test, theTextureIsFilteredAndHasMipmaps) {
     layer.destroyTexture(texture);
 }
 
-TEST_F(Core_RL_GL_texture_gl_test, theColourModulatesTheTexture) {
+TEST_F(Core_RL_GL_texture_gl_test, theColorModulatesTheTexture) {
     unsigned int texture = 0;
     layer.loadTextureColor(2, 2, FOUR_TEXELS.data(), texture, TEXTURE_REPEAT);
     layer.setColor({1, 0, 1, 1});
@@ -813,7 +813,7 @@ TEST_F(Core_RL_GL_texture_gl_test, texturesClampedToTheBorderShowItOutside) {
     layer.activateTextureColor(texture);
     fillPicture(2, 3);
     layer.disableTextureColor();
-    expectPixel(128, 128, {0, 0, 0, 0});  // the border's initial colour
+    expectPixel(128, 128, {0, 0, 0, 0});  // the border's initial color
     layer.unLoadTextureColor(texture);
 }
 
@@ -888,7 +888,7 @@ TEST_F(Core_RL_GL_texture_gl_test, theDestructorDeletesNoTexture) {
 
 // == Luminance textures ==
 
-TEST_F(Core_RL_GL_texture_gl_test, luminanceIsBlendedTowardsWhite) {
+TEST_F(Core_RL_GL_texture_gl_test, luminanceIsBlendedTowardWhite) {
     unsigned int const texture = layer.createTexture();
     layer.setColor({1, 0, 0, 1});
     layer.pushTextureLuminance(texture, 2, 1, true, Array<float>{0, 1});
@@ -898,7 +898,7 @@ TEST_F(Core_RL_GL_texture_gl_test, luminanceIsBlendedTowardsWhite) {
     layer.popTextureLuminance(texture);
     expectEnabled(GL_TEXTURE_2D, false);
     EXPECT_EQ(glIsTexture(texture), GL_FALSE);
-    expectPixel(64, 128, RED);     // 0: the colour
+    expectPixel(64, 128, RED);     // 0: the color
     expectPixel(192, 128, WHITE);  // 1: white
     expectPixel(128, 128, {255, 128, 128, 255}, 4);
     GLint mode = 0;

@@ -17,7 +17,7 @@
 // Every drawing as pixels. One unit of eye space is one pixel, its origin the lower left corner of the
 // picture. What a drawing must cover is computed here from its geometry: filled outlines and lines, in
 // pixels. A pixel more than one pixel inside must be covered, one more than one pixel outside must not; the
-// rim is the rasteriser's.
+// rim is the rasterizer's.
 
 namespace vellum {
 
@@ -103,24 +103,24 @@ double distanceTo(Shape const& shape, Pixel2 const& p) {
 
 constexpr int SIZE = gl_spy::GlTest::width;
 
-using Colour = gl_spy::GlTest::Pixel;
+using Color = gl_spy::GlTest::Pixel;
 
 struct Picture {
     std::vector<unsigned char> bytes;
 
     /// x from the left, y from the bottom, as in GL.
-    Colour at(int x, int y) const {
-        Colour colour{};
-        std::copy_n(bytes.begin() + 4 * ((SIZE - 1 - y) * SIZE + x), 4, colour.begin());
-        return colour;
+    Color at(int x, int y) const {
+        Color color{};
+        std::copy_n(bytes.begin() + 4 * ((SIZE - 1 - y) * SIZE + x), 4, color.begin());
+        return color;
     }
-    Colour at(Pixel2 const& p) const { return at(int(std::floor(p.x)), int(std::floor(p.y))); }
+    Color at(Pixel2 const& p) const { return at(int(std::floor(p.x)), int(std::floor(p.y))); }
 
     bool isCovered(int x, int y) const {
         if (x < 0 || y < 0 || x >= SIZE || y >= SIZE)
             return false;
-        Colour const colour = at(x, y);
-        return colour[0] != 0 || colour[1] != 0 || colour[2] != 0;
+        Color const color = at(x, y);
+        return color[0] != 0 || color[1] != 0 || color[2] != 0;
     }
 
     /// A pixel of the 3 x 3 around the point.
@@ -145,8 +145,8 @@ struct Picture {
 };
 
 /// No pixel that `counts` accepts lies outside the shape, and there are some.
-void expectWithin(Picture const& picture, Shape const& shape,
-                  std::function<bool(Colour const&)> const& counts, double rim = RIM) {
+void expectWithin(Picture const& picture, Shape const& shape, std::function<bool(Color const&)> const& counts,
+                  double rim = RIM) {
     int outside = 0;
     int inside = 0;
     Pixel2 example{0, 0};
@@ -154,10 +154,10 @@ void expectWithin(Picture const& picture, Shape const& shape,
         for (int x = 0; x < SIZE; ++x) {
             if (!picture.isCovered(x, y) || !counts(picture.at(x, y)))
                 continue;
-            Pixel2 const centre{x + 0.5, y + 0.5};
-            if (distanceTo(shape, centre) > rim) {
+            Pixel2 const center{x + 0.5, y + 0.5};
+            if (distanceTo(shape, center) > rim) {
                 ++outside;
-                example = centre;
+                example = center;
             } else {
                 ++inside;
             }
@@ -169,17 +169,17 @@ void expectWithin(Picture const& picture, Shape const& shape,
 
 void expectShape(Picture const& picture, Shape const& shape, double rim = RIM) {
     expectWithin(
-        picture, shape, [](Colour const&) { return true; }, rim);
+        picture, shape, [](Color const&) { return true; }, rim);
 
     int missing = 0;
     Pixel2 example{0, 0};
     for (Outline const& area : shape.areas) {
         for (int y = 0; y < SIZE; ++y) {
             for (int x = 0; x < SIZE; ++x) {
-                Pixel2 const centre{x + 0.5, y + 0.5};
-                if (!picture.isCovered(x, y) && distanceToArea(centre, area) < -rim) {
+                Pixel2 const center{x + 0.5, y + 0.5};
+                if (!picture.isCovered(x, y) && distanceToArea(center, area) < -rim) {
                     ++missing;
-                    example = centre;
+                    example = center;
                 }
             }
         }
@@ -199,7 +199,7 @@ void expectShape(Picture const& picture, Shape const& shape, double rim = RIM) {
     EXPECT_EQ(missing, 0) << "places are not covered, for example at " << example.x << ", " << example.y;
 }
 
-bool isNear(Colour const& a, Colour const& b, int tolerance) {
+bool isNear(Color const& a, Color const& b, int tolerance) {
     for (std::size_t k = 0; k < 3; ++k) {
         if (std::abs(int(a[k]) - int(b[k])) > tolerance)
             return false;
@@ -207,7 +207,7 @@ bool isNear(Colour const& a, Colour const& b, int tolerance) {
     return true;
 }
 
-void expectColour(Colour const& actual, Colour const& expected, int tolerance, std::string const& what) {
+void expectColor(Color const& actual, Color const& expected, int tolerance, std::string const& what) {
     EXPECT_TRUE(isNear(actual, expected, tolerance))
         << what << " is " << int(actual[0]) << " " << int(actual[1]) << " " << int(actual[2]) << ", not "
         << int(expected[0]) << " " << int(expected[1]) << " " << int(expected[2]);
@@ -338,12 +338,12 @@ Shape boxHandle(Matrix4<float> const& view, std::size_t axis, double size) {
     return shape;
 }
 
-constexpr Tuple3<Color4<float>> COLOURS{{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}};
-constexpr Tuple4<Color4<float>> FOUR_COLOURS{{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}, {1, 1, 1, 1}};
+constexpr Tuple3<Color4<float>> COLORS{{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}};
+constexpr Tuple4<Color4<float>> FOUR_COLORS{{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}, {1, 1, 1, 1}};
 
-std::function<bool(Colour const&)> onlyChannel(std::size_t channel) {
-    return [channel](Colour const& colour) {
-        return colour[channel] != 0 && colour[(channel + 1) % 3] == 0 && colour[(channel + 2) % 3] == 0;
+std::function<bool(Color const&)> onlyChannel(std::size_t channel) {
+    return [channel](Color const& color) {
+        return color[channel] != 0 && color[(channel + 1) % 3] == 0 && color[(channel + 2) % 3] == 0;
     };
 }
 
@@ -366,7 +366,7 @@ protected:
 
     void clear() { glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT); }
 
-    /// White light from the viewer; a surface is as bright as it is turned towards the viewer.
+    /// White light from the viewer; a surface is as bright as it is turned toward the viewer.
     void light() {
         GLfloat const position[] = {0, 0, 1, 0};
         GLfloat const dark[] = {0, 0, 0, 1};
@@ -408,7 +408,7 @@ TEST_F(Drawing_gl_test, stippledSegmentIsHalfGapsOfThreePixels) {
     EXPECT_EQ(longest, 3);
 }
 
-TEST_F(Drawing_gl_test, strokeDeliberatelyShowsOnlyTheHalfBeforeItsCentre) {
+TEST_F(Drawing_gl_test, strokeDeliberatelyShowsOnlyTheHalfBeforeItsCenter) {
     core.renderStroke3({128, 100.5F, 0}, {1, 0, 0}, 80);
     expectShape(picture(), {{}, {Line{{{48, 100.5}, {128, 100.5}}}}});
 }
@@ -422,10 +422,10 @@ TEST_F(Drawing_gl_test, pointsHaveThePointSize) {
     core.renderPoint3_End();
     Picture const drawn = picture();
     EXPECT_EQ(drawn.count(), 3 * 25);
-    for (Pixel2 const& centre : {Pixel2{50, 60}, Pixel2{150, 160}, Pixel2{200, 20}}) {
+    for (Pixel2 const& center : {Pixel2{50, 60}, Pixel2{150, 160}, Pixel2{200, 20}}) {
         for (int d : {-2, 2}) {
-            EXPECT_TRUE(drawn.isCovered(int(centre.x) + d, int(centre.y) + d));
-            EXPECT_TRUE(drawn.isCovered(int(centre.x) - d, int(centre.y) + d));
+            EXPECT_TRUE(drawn.isCovered(int(center.x) + d, int(center.y) + d));
+            EXPECT_TRUE(drawn.isCovered(int(center.x) - d, int(center.y) + d));
         }
     }
 }
@@ -485,7 +485,7 @@ TEST_F(Drawing_gl_test, facesOfABoxAreShadedByTheirNormalsAndWoundOutwards) {
     core.render(Box3<float>{{-1, -1, -1}, {1, 1, 1}}, false);
     Picture const drawn = picture();
     expectShape(drawn, {{seenHull(OBLIQUE, boxCorners({-1, -1, -1}, {1, 1, 1}))}, {}});
-    // The three faces towards the viewer; a face is as bright as its normal's third component in eye space.
+    // The three faces toward the viewer; a face is as bright as its normal's third component in eye space.
     int faces = 0;
     for (std::size_t axis = 0; axis < 3; ++axis) {
         for (double const side : {-1.0, 1.0}) {
@@ -494,8 +494,8 @@ TEST_F(Drawing_gl_test, facesOfABoxAreShadedByTheirNormalsAndWoundOutwards) {
                 continue;
             ++faces;
             auto const value = static_cast<unsigned char>(std::lround(255 * brightness));
-            expectColour(drawn.at(seen(OBLIQUE, unit(axis, side))), {value, value, value, 255}, 2,
-                         "face " + std::to_string(axis));
+            expectColor(drawn.at(seen(OBLIQUE, unit(axis, side))), {value, value, value, 255}, 2,
+                        "face " + std::to_string(axis));
         }
     }
     EXPECT_EQ(faces, 3);
@@ -524,10 +524,10 @@ TEST_F(Drawing_gl_test, orientedBoxIsDeliberatelyShadedAsIfItWereUpright) {
     core.setTransform(FRONT);
     // A quarter turn about y brings another side to the front; the normal sent with it points sideways.
     core.render(Obb3<float>{{0, 0, -1}, 1, {0, 1, 0}, 1, {1, 0, 0}, 1, {0, 0, 0}}, false);
-    expectColour(picture().at(128, 128), {0, 0, 0, 255}, 1, "the front, lit as a side");
+    expectColor(picture().at(128, 128), {0, 0, 0, 255}, 1, "the front, lit as a side");
 }
 
-TEST_F(Drawing_gl_test, colouredBoxRunsFromCornerToCorner) {
+TEST_F(Drawing_gl_test, coloredBoxRunsFromCornerToCorner) {
     core.setTransform(FRONT);
     core.setDepthTest({DEPTH_LESS, true});
     Vector3<float> const red{1, 0, 0};
@@ -538,10 +538,10 @@ TEST_F(Drawing_gl_test, colouredBoxRunsFromCornerToCorner) {
     core.render(Box3<float>{{-1, -1, -1}, {1, 1, 1}},
                 {hidden, hidden, hidden, hidden, red, green, blue, yellow}, false);
     Picture const drawn = picture();
-    expectColour(drawn.at(60, 60), {255, 0, 0, 255}, 12, "lower left");
-    expectColour(drawn.at(195, 60), {0, 255, 0, 255}, 12, "lower right");
-    expectColour(drawn.at(60, 195), {0, 0, 255, 255}, 12, "upper left");
-    expectColour(drawn.at(195, 195), {255, 255, 0, 255}, 12, "upper right");
+    expectColor(drawn.at(60, 60), {255, 0, 0, 255}, 12, "lower left");
+    expectColor(drawn.at(195, 60), {0, 255, 0, 255}, 12, "lower right");
+    expectColor(drawn.at(60, 195), {0, 0, 255, 255}, 12, "upper left");
+    expectColor(drawn.at(195, 195), {255, 255, 0, 255}, 12, "upper right");
 }
 
 TEST_F(Drawing_gl_test, cubesAreFilledWhateverTheFillingIs) {
@@ -551,7 +551,7 @@ TEST_F(Drawing_gl_test, cubesAreFilledWhateverTheFillingIs) {
     core.renderBox3(5U, Color4<float>{1, 0, 0, 1}, 0.75F);
     Picture const drawn = picture();
     expectShape(drawn, {{seenHull(OBLIQUE, boxCorners({-0.75, -0.75, -0.75}, {0.75, 0.75, 0.75}))}, {}});
-    expectColour(drawn.at(seen(OBLIQUE, {0, 0, 0})), {255, 0, 0, 255}, 0, "the middle");
+    expectColor(drawn.at(seen(OBLIQUE, {0, 0, 0})), {255, 0, 0, 255}, 0, "the middle");
     clear();
     core.popFillingFront();
     core.popFillingBack();
@@ -563,7 +563,7 @@ TEST_F(Drawing_gl_test, cubesAreFilledWhateverTheFillingIs) {
 
 namespace {
 
-/// Four coloured quarters; the first row of the image is the upper one.
+/// Four colored quarters; the first row of the image is the upper one.
 unsigned int makeQuarters(Core_RL& layer) {
     constexpr int n = 64;
     std::vector<unsigned char> pixels;
@@ -582,10 +582,10 @@ unsigned int makeQuarters(Core_RL& layer) {
     return texture;
 }
 
-constexpr Colour WHITE{255, 255, 255, 255};
-constexpr Colour RED{255, 0, 0, 255};
-constexpr Colour BLUE{0, 0, 255, 255};
-constexpr Colour YELLOW{255, 255, 0, 255};
+constexpr Color WHITE{255, 255, 255, 255};
+constexpr Color RED{255, 0, 0, 255};
+constexpr Color BLUE{0, 0, 255, 255};
+constexpr Color YELLOW{255, 255, 0, 255};
 
 }  // namespace
 
@@ -595,10 +595,10 @@ TEST_F(Drawing_gl_test, texturedQuadShowsTheImageUpright) {
     core.renderQuad3(texture);
     Picture const drawn = picture();
     expectShape(drawn, {{hull({{58, 58}, {198, 58}, {198, 198}, {58, 198}})}, {}});
-    expectColour(drawn.at(93, 163), WHITE, 2, "upper left");
-    expectColour(drawn.at(163, 163), RED, 2, "upper right");
-    expectColour(drawn.at(93, 93), BLUE, 2, "lower left");
-    expectColour(drawn.at(163, 93), YELLOW, 2, "lower right");
+    expectColor(drawn.at(93, 163), WHITE, 2, "upper left");
+    expectColor(drawn.at(163, 163), RED, 2, "upper right");
+    expectColor(drawn.at(93, 93), BLUE, 2, "lower left");
+    expectColor(drawn.at(163, 93), YELLOW, 2, "lower right");
     core.destroyTexture(texture);
 }
 
@@ -608,19 +608,19 @@ TEST_F(Drawing_gl_test, texturedRhombusShowsTheImageWithItsFirstRowBelow) {
     core.renderRhombus3(texture);
     Picture const drawn = picture();
     expectShape(drawn, {{hull({{128, 58}, {198, 128}, {128, 198}, {58, 128}})}, {}});
-    expectColour(drawn.at(105, 105), WHITE, 2, "lower left");
-    expectColour(drawn.at(150, 105), RED, 2, "lower right");
-    expectColour(drawn.at(105, 150), BLUE, 2, "upper left");
-    expectColour(drawn.at(150, 150), YELLOW, 2, "upper right");
+    expectColor(drawn.at(105, 105), WHITE, 2, "lower left");
+    expectColor(drawn.at(150, 105), RED, 2, "lower right");
+    expectColor(drawn.at(105, 150), BLUE, 2, "upper left");
+    expectColor(drawn.at(150, 150), YELLOW, 2, "upper right");
     core.destroyTexture(texture);
 }
 
-TEST_F(Drawing_gl_test, plainRhombusAndQuadAreFilledWithTheCurrentColour) {
+TEST_F(Drawing_gl_test, plainRhombusAndQuadAreFilledWithTheCurrentColor) {
     core.setTransform(FRONT);
     core.setColor({0, 1, 0, 1});
     core.renderRhombus3();
     expectShape(picture(), {{hull({{128, 58}, {198, 128}, {128, 198}, {58, 128}})}, {}});
-    expectColour(picture().at(128, 128), {0, 255, 0, 255}, 0, "the middle");
+    expectColor(picture().at(128, 128), {0, 255, 0, 255}, 0, "the middle");
     clear();
     core.renderQuad3({-1, -1, 0}, {1, -0.5F, 0}, {0.5F, 1, 0}, {-1, 0.5F, 0});
     expectShape(picture(), {{hull({{58, 58}, {198, 93}, {163, 198}, {58, 163}})}, {}});
@@ -638,8 +638,8 @@ TEST_F(Drawing_gl_test, trianglesAreShadedByTheirFaceNormal) {
     Picture const drawn = picture();
     expectShape(drawn,
                 {{hull({{58, 58}, {110.5, 58}, {58, 198}}), hull({{128, 58}, {198, 128}, {128, 198}})}, {}});
-    expectColour(drawn.at(70, 100), {128, 128, 128, 255}, 2, "the tilted triangle");
-    expectColour(drawn.at(140, 140), WHITE, 1, "the triangle across the view");
+    expectColor(drawn.at(70, 100), {128, 128, 128, 255}, 2, "the tilted triangle");
+    expectColor(drawn.at(140, 140), WHITE, 1, "the triangle across the view");
 }
 
 TEST_F(Drawing_gl_test, triangleWithNormalsIsShadedSmoothly) {
@@ -678,11 +678,11 @@ TEST_F(Drawing_gl_test, cameraFacingCircleStaysRoundInAnyView) {
     Matrix4<float> frame = viewMatrix(50, 70, 3, {0.5, 0.25});
     core.renderCircleCameraFacing3(frame, Matrix3<float>{}, 20, {0, 1, 0, 1}, 2);
     // The place is that of the frame; the size is scale times radius in eye space.
-    Pixel2 const centre = seen(OBLIQUE, {0.5, 0.25, 0});
+    Pixel2 const center = seen(OBLIQUE, {0.5, 0.25, 0});
     std::vector<Line> circle = curve(IDENTITY, circleAcross(2, 40), true);
     for (Line& line : circle) {
         for (Pixel2& p : line)
-            p = {p.x + centre.x, p.y + centre.y};
+            p = {p.x + center.x, p.y + center.y};
     }
     Picture const drawn = picture();
     expectShape(drawn, {{}, circle});
@@ -742,10 +742,10 @@ std::vector<Space> gizmoRing(std::size_t axis, double radius) {
 
 }  // namespace
 
-TEST_F(Drawing_gl_test, rotateGizmoShowsTheHalvesTowardsTheViewer) {
+TEST_F(Drawing_gl_test, rotateGizmoShowsTheHalvesTowardTheViewer) {
     Vector3<float> const direction = lookingDirection(OBLIQUE);
     core.setTransform(OBLIQUE);
-    core.renderAxesCircleCulled3(0, 1, 2, direction, IDENTITY, 1.25F, COLOURS, 1);
+    core.renderAxesCircleCulled3(0, 1, 2, direction, IDENTITY, 1.25F, COLORS, 1);
     Picture const drawn = picture();
     Shape all;
     for (std::size_t axis = 0; axis < 3; ++axis) {
@@ -765,7 +765,7 @@ TEST_F(Drawing_gl_test, rotateGizmoShowsTheHalvesTowardsTheViewer) {
 TEST_F(Drawing_gl_test, rotateGizmoWithItsFarHalfShowsAllRings) {
     core.setTransform(OBLIQUE);
     core.pushLineWidth(1);
-    core.renderAxesCircleCulledStipple3(0, 1, 2, lookingDirection(OBLIQUE), IDENTITY, 1, COLOURS, 1.25F);
+    core.renderAxesCircleCulledStipple3(0, 1, 2, lookingDirection(OBLIQUE), IDENTITY, 1, COLORS, 1.25F);
     Shape all;
     for (std::size_t axis = 0; axis < 3; ++axis)
         all += {{}, curve(OBLIQUE, gizmoRing(axis, 1.25), true)};
@@ -780,7 +780,7 @@ TEST_F(Drawing_gl_test, tapeRingIsABandWithPointedGapsAtTheQuarters) {
     core.renderAxisCircleTape3(VL_AXIS_Z, 1, 0.5F);
     Picture const drawn = picture();
     expectWithin(drawn, {{hull({{58, 110.5}, {198, 110.5}, {198, 145.5}, {58, 145.5}})}, {}},
-                 [](Colour const&) { return true; });
+                 [](Color const&) { return true; });
     for (double const degrees : {10.0, 45.0, 80.0, 100.0, 135.0, 170.0}) {
         double const x = 128 + 70 * std::cos(degrees * PI / 180);
         EXPECT_TRUE(drawn.isCovered(int(x), 143)) << degrees << savePicture("tape_ring");
@@ -795,7 +795,7 @@ TEST_F(Drawing_gl_test, tapeRingIsABandWithPointedGapsAtTheQuarters) {
 
 TEST_F(Drawing_gl_test, tapeSetShowsThreeRings) {
     core.setTransform(OBLIQUE);
-    core.renderAxesCircleTape3(0, 1, 2, COLOURS, 1.25F, 0.25F);
+    core.renderAxesCircleTape3(0, 1, 2, COLORS, 1.25F, 0.25F);
     Picture const drawn = picture();
     Shape all;
     for (std::size_t axis = 0; axis < 3; ++axis) {
@@ -816,10 +816,10 @@ TEST_F(Drawing_gl_test, tapeSetShowsThreeRings) {
 
 // == Gizmos ==
 
-TEST_F(Drawing_gl_test, moveGizmoIsAnArrowOnEachAxisInItsColour) {
+TEST_F(Drawing_gl_test, moveGizmoIsAnArrowOnEachAxisInItsColor) {
     core.pushFillingFront(FILLING_LINES);  // the handles are filled all the same
     core.setTransform(OBLIQUE);
-    core.renderAxesArrow3(0, 1, 2, COLOURS, 0.4F);
+    core.renderAxesArrow3(0, 1, 2, COLORS, 0.4F);
     Picture const drawn = picture();
     Shape all;
     for (std::size_t axis = 0; axis < 3; ++axis) {
@@ -833,13 +833,13 @@ TEST_F(Drawing_gl_test, moveGizmoIsAnArrowOnEachAxisInItsColour) {
 
 TEST_F(Drawing_gl_test, stippledMoveGizmosHaveDashedSegments) {
     core.setTransform(OBLIQUE);
-    core.renderAxesArrow3(0, 1, 2, COLOURS, 0.4F);
+    core.renderAxesArrow3(0, 1, 2, COLORS, 0.4F);
     int const whole = picture().count();
     clear();
-    core.renderAxesArrowStipple3(0, 1, 2, COLOURS, 0.4F);
+    core.renderAxesArrowStipple3(0, 1, 2, COLORS, 0.4F);
     Picture const named = picture();
     clear();
-    core.renderAxesArrowStipple3(COLOURS, 0.4F);
+    core.renderAxesArrowStipple3(COLORS, 0.4F);
     Picture const unnamed = picture();
     EXPECT_EQ(named.bytes, unnamed.bytes);
     EXPECT_LT(named.count(), whole - 50);
@@ -847,12 +847,12 @@ TEST_F(Drawing_gl_test, stippledMoveGizmosHaveDashedSegments) {
     for (std::size_t axis = 0; axis < 3; ++axis)
         all += arrowHandle(OBLIQUE, axis, 0.4);
     expectWithin(
-        named, all, [](Colour const&) { return true; }, 1.5);
+        named, all, [](Color const&) { return true; }, 1.5);
 }
 
-TEST_F(Drawing_gl_test, scaleGizmoIsABoxOnEachAxisAndOneAtTheCentre) {
+TEST_F(Drawing_gl_test, scaleGizmoIsABoxOnEachAxisAndOneAtTheCenter) {
     core.setTransform(OBLIQUE);
-    core.renderAxesBox3(0, 1, 2, 3, FOUR_COLOURS, 0.15F);
+    core.renderAxesBox3(0, 1, 2, 3, FOUR_COLORS, 0.15F);
     Picture const drawn = picture();
     Shape all;
     for (std::size_t axis = 0; axis < 4; ++axis)
@@ -860,10 +860,10 @@ TEST_F(Drawing_gl_test, scaleGizmoIsABoxOnEachAxisAndOneAtTheCentre) {
     for (std::size_t axis = 0; axis < 3; ++axis)
         expectWithin(drawn, boxHandle(OBLIQUE, axis, 0.15), onlyChannel(axis));
     expectShape(drawn, all);
-    expectColour(drawn.at(seen(OBLIQUE, {0, 0, 0})), WHITE, 0, "the centre");
+    expectColor(drawn.at(seen(OBLIQUE, {0, 0, 0})), WHITE, 0, "the center");
 
     clear();
-    core.renderAxesBox3(0, 1, 2, COLOURS, 0.15F);
+    core.renderAxesBox3(0, 1, 2, COLORS, 0.15F);
     Shape three;
     for (std::size_t axis = 0; axis < 3; ++axis)
         three += boxHandle(OBLIQUE, axis, 0.15);
@@ -872,7 +872,7 @@ TEST_F(Drawing_gl_test, scaleGizmoIsABoxOnEachAxisAndOneAtTheCentre) {
 
 TEST_F(Drawing_gl_test, circleGizmoIsACircleAcrossEachAxis) {
     core.setTransform(OBLIQUE);
-    core.renderAxesCircle3(0, 1, 2, COLOURS, 1.25F);
+    core.renderAxesCircle3(0, 1, 2, COLORS, 1.25F);
     Picture const drawn = picture();
     Shape all;
     for (std::size_t axis = 0; axis < 3; ++axis) {
@@ -883,14 +883,14 @@ TEST_F(Drawing_gl_test, circleGizmoIsACircleAcrossEachAxis) {
     expectShape(drawn, all);
     int const whole = drawn.count();
     clear();
-    core.renderAxesCircleStipple3(0, 1, 2, COLOURS, 1.25F);
-    expectWithin(picture(), all, [](Colour const&) { return true; });
+    core.renderAxesCircleStipple3(0, 1, 2, COLORS, 1.25F);
+    expectWithin(picture(), all, [](Color const&) { return true; });
     EXPECT_NEAR(picture().count(), whole / 2, whole / 10);
 }
 
 TEST_F(Drawing_gl_test, planeGizmoIsASquareInEachPlane) {
     core.setTransform(OBLIQUE);
-    core.renderAxesPlane3(0, 1, 2, COLOURS, 0.8F);
+    core.renderAxesPlane3(0, 1, 2, COLORS, 0.8F);
     Picture const drawn = picture();
     double const s = 0.8;
     std::array<Outline, 3> const squares{{seenHull(OBLIQUE, {{0, 0, 0}, {s, 0, 0}, {s, s, 0}, {0, s, 0}}),
@@ -935,20 +935,20 @@ TEST_F(Drawing_gl_test, arrowsShowTheirDarkerBaseFromBehind) {
     core.renderArrow3({0, 0, 0}, {3, 0, 0}, 10, false);
     auto const shade = [](double factor) {
         auto const value = static_cast<unsigned char>(std::lround(255 * factor));
-        return Colour{value, value, value, 255};
+        return Color{value, value, value, 255};
     };
-    expectColour(picture().at(134, 134), shade(0.75), 1, "the base of a single arrow");
+    expectColor(picture().at(134, 134), shade(0.75), 1, "the base of a single arrow");
 
     clear();
     Array<Vector3<float>> vertices;
     Array<unsigned int> triangles;
     Array<unsigned int> lines;
     Array<unsigned int> quads;
-    Array<Color4<float>> colours;
+    Array<Color4<float>> colors;
     core.createBuffers_forRenderArrow3({{0, 0, 0}}, {{3, 0, 0}}, {{1, 1, 1, 1}}, 1, vertices, triangles,
-                                       lines, quads, colours);
-    core.renderArrow3_usingBuffers(vertices, triangles, lines, quads, colours);
-    expectColour(picture().at(134, 134), shade(0.8), 1, "the base of an arrow from buffers");
+                                       lines, quads, colors);
+    core.renderArrow3_usingBuffers(vertices, triangles, lines, quads, colors);
+    expectColor(picture().at(134, 134), shade(0.8), 1, "the base of an arrow from buffers");
 }
 
 TEST_F(Drawing_gl_test, arrowHeadIsLitFromOutside) {
@@ -960,7 +960,7 @@ TEST_F(Drawing_gl_test, arrowHeadIsLitFromOutside) {
     Picture const drawn = picture();
     expectWithin(drawn,
                  {{seenHull(OBLIQUE, headAlongX(1, 2 * 0.333))}, {seenLine(OBLIQUE, {-1, 0, 0}, {1, 0, 0})}},
-                 [](Colour const&) { return true; });
+                 [](Color const&) { return true; });
     expectShape(drawn, {{seenHull(OBLIQUE, headAlongX(1, 2 * 0.333))},
                         {seenLine(OBLIQUE, {-1, 0, 0}, {0.334, 0, 0})}});
 }
@@ -970,12 +970,12 @@ TEST_F(Drawing_gl_test, arrowsFromBuffersStandAtTheirPositions) {
     Array<unsigned int> triangles;
     Array<unsigned int> lines;
     Array<unsigned int> quads;
-    Array<Color4<float>> colours;
+    Array<Color4<float>> colors;
     core.createBuffers_forRenderArrow3(
         {{-1, -1, 0}, {-1, 0, 0}, {-1, 1, 0}}, {{1, 0, 0}, {1, 0, 0}, {0.5F, 0, 0}},
-        {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}}, 2, vertices, triangles, lines, quads, colours);
+        {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}}, 2, vertices, triangles, lines, quads, colors);
     core.setTransform(OBLIQUE);
-    core.renderArrow3_usingBuffers(vertices, triangles, lines, quads, colours);
+    core.renderArrow3_usingBuffers(vertices, triangles, lines, quads, colors);
     Picture const drawn = picture();
     Shape all;
     for (std::size_t i = 0; i < 3; ++i) {
@@ -1025,10 +1025,10 @@ TEST_F(Drawing_gl_test, sphereIsARoundShadedDisc) {
     core.setCulling({true, true});
     core.renderSphere({0.25F, 0, 0}, 1);
     Picture const drawn = picture();
-    Pixel2 const centre = seen(OBLIQUE, {0.25, 0, 0});
+    Pixel2 const center = seen(OBLIQUE, {0.25, 0, 0});
     Outline disc;
     for (int i = 0; i < 360; ++i)
-        disc.push_back({centre.x + 70 * std::cos(i * PI / 180), centre.y + 70 * std::sin(i * PI / 180)});
+        disc.push_back({center.x + 70 * std::cos(i * PI / 180), center.y + 70 * std::sin(i * PI / 180)});
     // Its facets lie up to a pixel inside the circle.
     expectShape(drawn, {{disc}, {}}, 2.5);
     int worst = 0;
@@ -1037,7 +1037,7 @@ TEST_F(Drawing_gl_test, sphereIsARoundShadedDisc) {
             double const square = (x * x + y * y) / 4900.0;
             if (square > 0.75)
                 continue;
-            int const actual = drawn.at(Pixel2{centre.x + x, centre.y + y})[0];
+            int const actual = drawn.at(Pixel2{center.x + x, center.y + y})[0];
             worst = std::max(worst, std::abs(actual - int(std::lround(255 * std::sqrt(1 - square)))));
         }
     }
@@ -1081,8 +1081,8 @@ TEST_F(Drawing_gl_test, tricubicVoxelIsItsCellAndSixtyFourShadedSamples) {
                     shape.lines.push_back({p, p});
                     int const number = i + 4 * j + 16 * k;
                     auto const value = static_cast<unsigned char>(std::lround(255.0 * (number + 1) / 64));
-                    expectColour(drawn.at(p), {value, value, value, 255}, 1,
-                                 "sample " + std::to_string(number));
+                    expectColor(drawn.at(p), {value, value, value, 255}, 1,
+                                "sample " + std::to_string(number));
                 }
             }
         }
@@ -1143,35 +1143,35 @@ TEST_F(Drawing_gl_test, normalsAreSegmentsFromTheCentroids) {
     expectShape(picture(), shape);
 }
 
-TEST_F(Drawing_gl_test, triangleListsWithoutColoursTakeTheCurrentOne) {
+TEST_F(Drawing_gl_test, triangleListsWithoutColorsTakeTheCurrentOne) {
     core.setColor({0, 1, 0, 1});
     core.setTransform(FRONT);
     core.render(LIST_CORNERS, LIST_TRIANGLES);
     expectShape(picture(), {{LIST_SQUARE}, {}});
-    expectColour(picture().at(100, 150), {0, 255, 0, 255}, 0, "a triangle from arrays");
+    expectColor(picture().at(100, 150), {0, 255, 0, 255}, 0, "a triangle from arrays");
     clear();
     light();
     core.render(LIST_CORNERS_FLOAT, LIST_TRIANGLES);
     expectShape(picture(), {{LIST_SQUARE}, {}});
-    expectColour(picture().at(100, 150), {0, 255, 0, 255}, 1, "a lit triangle across the view");
+    expectColor(picture().at(100, 150), {0, 255, 0, 255}, 1, "a lit triangle across the view");
 }
 
-TEST_F(Drawing_gl_test, colouredTriangleListsRunSmoothlyOrTakeTheMean) {
-    Array<Color4<float>> const colours{{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}, {1, 1, 1, 1}};
+TEST_F(Drawing_gl_test, coloredTriangleListsRunSmoothlyOrTakeTheMean) {
+    Array<Color4<float>> const colors{{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}, {1, 1, 1, 1}};
     core.setTransform(FRONT);
-    core.render(LIST_CORNERS, LIST_TRIANGLES, {}, colours);
+    core.render(LIST_CORNERS, LIST_TRIANGLES, {}, colors);
     Picture const smooth = picture();
     expectShape(smooth, {{LIST_SQUARE}, {}});
-    expectColour(smooth.at(60, 59), RED, 12, "first corner");
-    expectColour(smooth.at(195, 59), {0, 255, 0, 255}, 12, "second corner");
-    expectColour(smooth.at(195, 193), BLUE, 12, "third corner");
+    expectColor(smooth.at(60, 59), RED, 12, "first corner");
+    expectColor(smooth.at(195, 59), {0, 255, 0, 255}, 12, "second corner");
+    expectColor(smooth.at(195, 193), BLUE, 12, "third corner");
 
     clear();
     light();
     Array<Vector3<float>> const normals{{0, 0, 1}, {0, 0, 1}, {0, 0, 1}, {0, 0, 1}};
-    core.render(LIST_CORNERS_FLOAT, LIST_TRIANGLES, normals, colours);
-    expectColour(picture().at(150, 100), {85, 85, 85, 255}, 1, "mean of red, green and blue");
-    expectColour(picture().at(100, 150), {170, 85, 170, 255}, 1, "mean of red, blue and white");
+    core.render(LIST_CORNERS_FLOAT, LIST_TRIANGLES, normals, colors);
+    expectColor(picture().at(150, 100), {85, 85, 85, 255}, 1, "mean of red, green and blue");
+    expectColor(picture().at(100, 150), {170, 85, 170, 255}, 1, "mean of red, blue and white");
 }
 
 // == Picking ==
@@ -1218,9 +1218,9 @@ TEST_F(Drawing_gl_test, moveHandlesArePickedByTheirNames) {
     for (bool const isStippled : {false, true}) {
         auto const draw = [&] {
             if (isStippled)
-                core.renderAxesArrowStipple3(70, 71, 72, COLOURS, 0.4F);
+                core.renderAxesArrowStipple3(70, 71, 72, COLORS, 0.4F);
             else
-                core.renderAxesArrow3(70, 71, 72, COLOURS, 0.4F);
+                core.renderAxesArrow3(70, 71, 72, COLORS, 0.4F);
         };
         for (unsigned int axis = 0; axis < 3; ++axis) {
             EXPECT_EQ(pick(seen(OBLIQUE, unit(axis, 1)), draw), (std::set<unsigned int>{70 + axis}));
@@ -1233,7 +1233,7 @@ TEST_F(Drawing_gl_test, moveHandlesArePickedByTheirNames) {
 
 TEST_F(Drawing_gl_test, scaleHandlesArePickedByTheirNames) {
     core.setTransform(OBLIQUE);
-    auto const draw = [this] { core.renderAxesBox3(70, 71, 72, 73, FOUR_COLOURS, 0.1F); };
+    auto const draw = [this] { core.renderAxesBox3(70, 71, 72, 73, FOUR_COLORS, 0.1F); };
     for (unsigned int axis = 0; axis < 3; ++axis)
         EXPECT_EQ(pick(seen(OBLIQUE, unit(axis, 0.9)), draw), (std::set<unsigned int>{70 + axis}));
     EXPECT_EQ(pick(seen(OBLIQUE, {0.09, 0.09, 0.09}), draw).count(73), 1U);
@@ -1256,14 +1256,13 @@ TEST_F(Drawing_gl_test, rotateHandlesArePickedByTheirNames) {
         std::function<void()> draw;
         unsigned int firstName;
     } const gizmos[] = {
-        {"circles", [&] { core.renderAxesCircle3(70, 71, 72, COLOURS, 1.25F); }, 70},
-        {"stippled circles", [&] { core.renderAxesCircleStipple3(0, 1, 2, COLOURS, 1.25F); }, 0},
+        {"circles", [&] { core.renderAxesCircle3(70, 71, 72, COLORS, 1.25F); }, 70},
+        {"stippled circles", [&] { core.renderAxesCircleStipple3(0, 1, 2, COLORS, 1.25F); }, 0},
         {"culled circles",
-         [&] { core.renderAxesCircleCulled3(70, 71, 72, direction, IDENTITY, 1.25F, COLOURS, 1); }, 70},
+         [&] { core.renderAxesCircleCulled3(70, 71, 72, direction, IDENTITY, 1.25F, COLORS, 1); }, 70},
         {"culled circles with the far half",
-         [&] { core.renderAxesCircleCulledStipple3(70, 71, 72, direction, IDENTITY, 1, COLOURS, 1.25F); },
-         70},
-        {"tape rings", [&] { core.renderAxesCircleTape3(0, 1, 2, COLOURS, 1.25F, 0.1F); }, 0}};
+         [&] { core.renderAxesCircleCulledStipple3(70, 71, 72, direction, IDENTITY, 1, COLORS, 1.25F); }, 70},
+        {"tape rings", [&] { core.renderAxesCircleTape3(0, 1, 2, COLORS, 1.25F, 0.1F); }, 0}};
     for (auto const& gizmo : gizmos) {
         SCOPED_TRACE(gizmo.name);
         for (unsigned int axis = 0; axis < 3; ++axis) {
@@ -1294,7 +1293,7 @@ TEST_F(Drawing_gl_test, rotateHandlesArePickedByTheirNames) {
 
 TEST_F(Drawing_gl_test, planeHandlesArePickedByTheirNames) {
     core.setTransform(OBLIQUE);
-    auto const draw = [this] { core.renderAxesPlane3(70, 71, 72, COLOURS, 0.8F); };
+    auto const draw = [this] { core.renderAxesPlane3(70, 71, 72, COLORS, 0.8F); };
     EXPECT_EQ(pick(seen(OBLIQUE, {0.6, 0.6, 0}), draw), (std::set<unsigned int>{70}));
     EXPECT_EQ(pick(seen(OBLIQUE, {0, 0.6, 0.6}), draw), (std::set<unsigned int>{71}));
     EXPECT_EQ(pick(seen(OBLIQUE, {0.6, 0, 0.6}), draw), (std::set<unsigned int>{72}));
@@ -1347,7 +1346,7 @@ struct State {
         add("polygon mode", GL_POLYGON_MODE, 2);
         add("line width", GL_LINE_WIDTH, 1);
         add("point size", GL_POINT_SIZE, 1);
-        add("current colour", GL_CURRENT_COLOR, 4);
+        add("current color", GL_CURRENT_COLOR, 4);
         add("matrix mode", GL_MATRIX_MODE, 1);
         add("modelview depth", GL_MODELVIEW_STACK_DEPTH, 1);
         add("modelview matrix", GL_MODELVIEW_MATRIX, 16);
@@ -1365,10 +1364,10 @@ struct State {
                                                          {"depth test", GL_DEPTH_TEST},
                                                          {"culling", GL_CULL_FACE},
                                                          {"lighting", GL_LIGHTING},
-                                                         {"colour material", GL_COLOR_MATERIAL},
+                                                         {"color material", GL_COLOR_MATERIAL},
                                                          {"vertex array", GL_VERTEX_ARRAY},
                                                          {"normal array", GL_NORMAL_ARRAY},
-                                                         {"colour array", GL_COLOR_ARRAY}})
+                                                         {"color array", GL_COLOR_ARRAY}})
             state.values.emplace_back(name, std::vector<double>{glIsEnabled(capability) ? 1.0 : 0.0});
         return state;
     }
@@ -1377,7 +1376,7 @@ struct State {
 struct Drawing {
     char const* name;
     std::function<void(Core_RL&)> draw;
-    bool changesColour = false;
+    bool changesColor = false;
 };
 
 Matrix4<float> const SOME_FRAME = viewMatrix(20, 30, 0.5, {0.25, 0.5});
@@ -1390,10 +1389,10 @@ std::vector<Drawing> allDrawings() {
     static Box3<float> const box{{-1, -1, -1}, {1, 1, 1}};
     static Box3<double> const preciseBox{{-1, -1, -1}, {1, 1, 1}};
     static Obb3<float> const turned{{1, 0, 0}, 1, {0, 1, 0}, 1, {0, 0, 1}, 1, {0, 0, 0}};
-    static Tuple8<Vector3<float>> const cornerColours{a, b, c, a, b, c, a, b};
+    static Tuple8<Vector3<float>> const cornerColors{a, b, c, a, b, c, a, b};
     using L = Core_RL&;
-    // A colour for each vertex leaves the last one behind, and GL leaves the current colour undefined after a
-    // colour array.
+    // A color for each vertex leaves the last one behind, and GL leaves the current color undefined after a
+    // color array.
     return {
         {"renderStroke3", [](L l) { l.renderStroke3(a, b, 1); }},
         {"renderSegment2",
@@ -1410,19 +1409,19 @@ std::vector<Drawing> allDrawings() {
          [](L l) {
              l.renderBox3(1U, Color4<float>{1, 0, 0, 1}, 0.5F);
          }},
-        {"renderAxesBox3", [](L l) { l.renderAxesBox3(0, 1, 2, COLOURS, 0.1F); }},
-        {"renderAxesBox3 with a centre", [](L l) { l.renderAxesBox3(0, 1, 2, 3, FOUR_COLOURS, 0.1F); }},
+        {"renderAxesBox3", [](L l) { l.renderAxesBox3(0, 1, 2, COLORS, 0.1F); }},
+        {"renderAxesBox3 with a center", [](L l) { l.renderAxesBox3(0, 1, 2, 3, FOUR_COLORS, 0.1F); }},
         {"renderAxisBox3 X", [](L l) { l.renderAxisBox3(VL_AXIS_X, 0.1F); }},
         {"renderAxisBox3 Y", [](L l) { l.renderAxisBox3(VL_AXIS_Y, 5U, 0.1F); }},
         {"renderAxisBox3 Z", [](L l) { l.renderAxisBox3(VL_AXIS_Z, 5U, 0.1F); }},
-        {"renderAxisBox3 centre", [](L l) { l.renderAxisBox3(VL_AXIS(3), 5U, 0.1F); }},
+        {"renderAxisBox3 center", [](L l) { l.renderAxisBox3(VL_AXIS(3), 5U, 0.1F); }},
         {"renderAxisBox3 of no axis", [](L l) { l.renderAxisBox3(VL_AXIS(4), 5U, 0.1F); }},
-        {"renderAxesCircleStipple3", [](L l) { l.renderAxesCircleStipple3(0, 1, 2, COLOURS, 1); }},
-        {"renderAxesCircle3", [](L l) { l.renderAxesCircle3(0, 1, 2, COLOURS, 1); }},
+        {"renderAxesCircleStipple3", [](L l) { l.renderAxesCircleStipple3(0, 1, 2, COLORS, 1); }},
+        {"renderAxesCircle3", [](L l) { l.renderAxesCircle3(0, 1, 2, COLORS, 1); }},
         {"renderAxesCircleCulled3",
-         [](L l) { l.renderAxesCircleCulled3(0, 1, 2, direction, SOME_FRAME, 1, COLOURS, 1); }},
+         [](L l) { l.renderAxesCircleCulled3(0, 1, 2, direction, SOME_FRAME, 1, COLORS, 1); }},
         {"renderAxesCircleCulledStipple3",
-         [](L l) { l.renderAxesCircleCulledStipple3(0, 1, 2, direction, SOME_FRAME, 1, COLOURS, 1); }},
+         [](L l) { l.renderAxesCircleCulledStipple3(0, 1, 2, direction, SOME_FRAME, 1, COLORS, 1); }},
         {"renderAxisCircle3", [](L l) { l.renderAxisCircle3(VL_AXIS_X, 1); }},
         {"renderAxisCircle3 of no axis", [](L l) { l.renderAxisCircle3(VL_AXIS(3), 9U, 1); }},
         {"renderAxisCircleCulled3",
@@ -1430,7 +1429,7 @@ std::vector<Drawing> allDrawings() {
         {"renderAxisCircleCulledStipple3",
          [](L l) { l.renderAxisCircleCulledStipple3(VL_AXIS_Y, 5, direction, SOME_FRAME, 1, 1); }},
         {"renderAxisCircle3NoPicking", [](L l) { l.renderAxisCircle3NoPicking(VL_AXIS_Y, 1); }},
-        {"renderAxesCircleTape3", [](L l) { l.renderAxesCircleTape3(0, 1, 2, COLOURS, 1, 0.25F); }},
+        {"renderAxesCircleTape3", [](L l) { l.renderAxesCircleTape3(0, 1, 2, COLORS, 1, 0.25F); }},
         {"renderAxisCircleStipple3", [](L l) { l.renderAxisCircleStipple3(VL_AXIS_Y, 1); }},
         {"renderAxisCircleTape3 X", [](L l) { l.renderAxisCircleTape3(VL_AXIS_X, 1, 0.25F); }},
         {"renderAxisCircleTape3 Z", [](L l) { l.renderAxisCircleTape3(VL_AXIS_Z, 1, 0.25F); }},
@@ -1446,11 +1445,11 @@ std::vector<Drawing> allDrawings() {
         {"renderCircleCulledStipple3", [](L l) { l.renderCircleCulledStipple3(direction, SOME_FRAME, 1); }},
         {"renderCircleCulled3", [](L l) { l.renderCircleCulled3(direction, SOME_FRAME, 1); }},
         {"renderCircleTape3", [](L l) { l.renderCircleTape3(1, 0.25F); }},
-        {"renderAxesArrow3", [](L l) { l.renderAxesArrow3(0, 1, 2, COLOURS, 0.25F); }},
-        {"renderAxesArrowStipple3", [](L l) { l.renderAxesArrowStipple3(COLOURS, 0.25F); }},
+        {"renderAxesArrow3", [](L l) { l.renderAxesArrow3(0, 1, 2, COLORS, 0.25F); }},
+        {"renderAxesArrowStipple3", [](L l) { l.renderAxesArrowStipple3(COLORS, 0.25F); }},
         {"renderAxesArrowStipple3 with names",
-         [](L l) { l.renderAxesArrowStipple3(0, 1, 2, COLOURS, 0.25F); }},
-        {"renderAxesPlane3", [](L l) { l.renderAxesPlane3(0, 1, 2, COLOURS, 0.25F); }},
+         [](L l) { l.renderAxesArrowStipple3(0, 1, 2, COLORS, 0.25F); }},
+        {"renderAxesPlane3", [](L l) { l.renderAxesPlane3(0, 1, 2, COLORS, 0.25F); }},
         {"renderAxisArrow3", [](L l) { l.renderAxisArrow3(VL_AXIS_X, 5, 0.25F); }},
         {"renderAxisArrow3 of no axis", [](L l) { l.renderAxisArrow3(VL_AXIS(3), 5, 0.25F); }},
         {"renderAxisArrow3NoPicking", [](L l) { l.renderAxisArrow3NoPicking(VL_AXIS_Z, 0.25F); }},
@@ -1501,7 +1500,7 @@ std::vector<Drawing> allDrawings() {
          }},
         {"render Box3", [](L l) { l.render(box, false); }},
         {"render Box3, wire", [](L l) { l.render(preciseBox, true); }},
-        {"render Box3, coloured", [](L l) { l.render(box, cornerColours, false); }, true},
+        {"render Box3, colored", [](L l) { l.render(box, cornerColors, false); }, true},
         {"render Box2",
          [](L l) {
              l.render(Box2<float>{{0, 0}, {1, 1}}, true);
@@ -1527,7 +1526,7 @@ std::vector<Drawing> allDrawings() {
         {"render of a triangle list, double", [](L l) { l.render(LIST_CORNERS, LIST_TRIANGLES); }},
         {"render of a triangle list, float", [](L l) { l.render(LIST_CORNERS_FLOAT, LIST_TRIANGLES); }},
         {"renderNormals", [](L l) { l.renderNormals(LIST_CORNERS, LIST_TRIANGLES, 1); }},
-        {"render of a coloured triangle list",
+        {"render of a colored triangle list",
          [](L l) {
              l.render(LIST_CORNERS, LIST_TRIANGLES, {},
                       {{1, 0, 0, 1}, {1, 0, 0, 1}, {1, 0, 0, 1}, {1, 0, 0, 1}});
@@ -1553,7 +1552,7 @@ TEST_F(Drawing_gl_test, everyDrawingRestoresTheStateAndRaisesNoError) {
         State const after = State::read();
         ASSERT_EQ(before.values.size(), after.values.size());
         for (std::size_t i = 0; i < before.values.size(); ++i) {
-            if (before.values[i].first == "current colour" && drawing.changesColour) {
+            if (before.values[i].first == "current color" && drawing.changesColor) {
                 core.setColor(Color4<float>(core.currentColor()));
                 continue;
             }

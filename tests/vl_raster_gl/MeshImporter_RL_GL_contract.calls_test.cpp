@@ -102,12 +102,12 @@ TEST_F(MeshImporter_RL_GL_contract_calls_test, theCornerNormalsSayHowManyTriangl
     EXPECT_EQ(normals(1), lines({}));
 }
 
-TEST_F(MeshImporter_RL_GL_contract_calls_test, bothLeaveTheirColourBehind) {
+TEST_F(MeshImporter_RL_GL_contract_calls_test, bothLeaveTheirColorBehind) {
     gl_spy::Recording const recording;
     preview.render();
     EXPECT_EQ(recording.calls().front().text(), "glColor3f(1, 0, 0)");
     preview.renderNormals(0);
-    EXPECT_EQ(recording.count("glColor3f"), 2U) << "nothing takes a colour back";
+    EXPECT_EQ(recording.count("glColor3f"), 2U) << "nothing takes a color back";
     EXPECT_EQ(recording.count("glPushAttrib"), 0U);
     EXPECT_EQ(recording.count("glColor4f"), 0U);
 }

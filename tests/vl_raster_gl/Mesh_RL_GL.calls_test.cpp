@@ -711,7 +711,7 @@ TEST_F(Mesh_RL_GL_calls_test, asManyEdgesAsBeforeAreRewrittenInPlace) {
     EXPECT_TRUE(isModified(mesh.adjacency()));
 }
 
-TEST_F(Mesh_RL_GL_calls_test, aConnectionIsMarkedWithAPointInsideTheNeighbour) {
+TEST_F(Mesh_RL_GL_calls_test, aConnectionIsMarkedWithAPointInsideTheNeighbor) {
     mesh.setPositions({{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {0, 10, 0}});
     Texts const texts = calls([&] { renderer->renderEdgesConnection(); });
     ASSERT_EQ(texts.size(), 2U + 2 * 4 + 1);
@@ -720,7 +720,7 @@ TEST_F(Mesh_RL_GL_calls_test, aConnectionIsMarkedWithAPointInsideTheNeighbour) {
     gl_spy::Recording recording;
     renderer->renderEdgesConnection();
     auto const vertices = verticesOf(recording);
-    // From triangle 0, its edge from 2 to 0; the neighbour (0, 2, 3) has vertex 2 at its corner 1.
+    // From triangle 0, its edge from 2 to 0; the neighbor (0, 2, 3) has vertex 2 at its corner 1.
     double const w = 0.44999998807907104;
     double const o = 0.10000000149011612;
     double const n = 0.699999988079071;
@@ -732,7 +732,7 @@ TEST_F(Mesh_RL_GL_calls_test, aConnectionIsMarkedWithAPointInsideTheNeighbour) {
     EXPECT_EQ(vertices[3].position, (std::array<double, 3>{f * 10 + n * 0, f * 10 + n * 0, 0}));
 }
 
-TEST_F(Mesh_RL_GL_calls_test, connectionsDeliberatelyTakeTheNeighbourAs16Bits) {
+TEST_F(Mesh_RL_GL_calls_test, connectionsDeliberatelyTakeTheNeighborAs16Bits) {
     Mesh large;
     Shape const shape = grid(190);
     shape.fill(large);

@@ -56,18 +56,18 @@ TEST_F(Mesh_RL_GL_contract_calls_test, vertexNormalsStandOnThePositionsOfTheSame
     }
     EXPECT_EQ(primitive.mode, LINES);
     EXPECT_EQ(positionsOf(primitive), expected);
-    EXPECT_EQ(recording.calls().size(), 2U + 10U) << "no colour, no width, no normal";
+    EXPECT_EQ(recording.calls().size(), 2U + 10U) << "no color, no width, no normal";
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, faceNormalsStandOnTheCentres) {
+TEST_F(Mesh_RL_GL_contract_calls_test, faceNormalsStandOnTheCenters) {
     gl_spy::Recording const recording;
     renderer->renderFaceNormals(2);
     std::vector<Point> expected;
     for (unsigned int t = 0; t < 2; ++t) {
         Point const sum = data.p(t, 0) + data.p(t, 1) + data.p(t, 2);
-        Point const centre = THIRD * sum;
-        expected.push_back(centre);
-        expected.push_back(centre + 2 * pointOf(data.faceNormals[t]));
+        Point const center = THIRD * sum;
+        expected.push_back(center);
+        expected.push_back(center + 2 * pointOf(data.faceNormals[t]));
     }
     gl_spy::Primitive const primitive = onlyPrimitive(recording);
     EXPECT_EQ(primitive.mode, LINES);
@@ -75,7 +75,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, faceNormalsStandOnTheCentres) {
     EXPECT_EQ(recording.calls().size(), 2U + 4U);
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, deliberatelyTheCentreIsTakenWithTheSinglePrecisionThird) {
+TEST_F(Mesh_RL_GL_contract_calls_test, deliberatelyTheCenterIsTakenWithTheSinglePrecisionThird) {
     mesh.setPositions({{0, 0, 0}, {3, 0, 0}, {0, 3, 0}});
     mesh.setTriangles({{0, 1, 2}});
     mesh.setVertexNormals({});
@@ -140,16 +140,16 @@ TEST_F(Mesh_RL_GL_contract_named_calls_test, vectorsStandOnThePointsOfTheFirstNa
     EXPECT_EQ(recording.calls().size(), 2U + 10U);
 }
 
-TEST_F(Mesh_RL_GL_contract_named_calls_test, faceVectorsStandOnTheCentresOfTheNamedPoints) {
+TEST_F(Mesh_RL_GL_contract_named_calls_test, faceVectorsStandOnTheCentersOfTheNamedPoints) {
     gl_spy::Recording const recording;
     renderer->renderFaceNormals("points", "face vectors", 0.5F);
     std::vector<Point> expected;
     for (unsigned int t = 0; t < 2; ++t) {
         Triangle const& triangle = data.triangles[t];
-        Point const centre = THIRD * (pointOf(points[triangle.e0]) + pointOf(points[triangle.e1]) +
+        Point const center = THIRD * (pointOf(points[triangle.e0]) + pointOf(points[triangle.e1]) +
                                       pointOf(points[triangle.e2]));
-        expected.push_back(centre);
-        expected.push_back(centre + 0.5 * pointOf(perFace[t]));
+        expected.push_back(center);
+        expected.push_back(center + 0.5 * pointOf(perFace[t]));
     }
     gl_spy::Primitive const primitive = onlyPrimitive(recording);
     EXPECT_EQ(primitive.mode, LINES);
@@ -198,7 +198,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, edgesAreSentWithTheNormalsOfTheirCorners)
     EXPECT_EQ(positionsOf(primitive), positions);
     EXPECT_EQ(normalsOf(primitive), normals);
     EXPECT_EQ(stemsOf(recording), repeated({"glNormal", "glVertex"}, 12));
-    EXPECT_EQ(recording.calls().size(), 2U + 24U) << "no colour, no width";
+    EXPECT_EQ(recording.calls().size(), 2U + 24U) << "no color, no width";
 }
 
 /// The number of edges that immediate mode draws.
@@ -274,10 +274,10 @@ void expectSegments(gl_spy::Recording const& recording, std::vector<Point> const
             EXPECT_DOUBLE_EQ(actual[i][c], expected[i][c]) << "vertex " << i << "[" << c << "]";
     }
     for (gl_spy::Vertex const& vertex : primitive.vertices)
-        EXPECT_EQ(vertex.colour, (std::array<double, 4>{1, 1, 1, 1}));
+        EXPECT_EQ(vertex.color, (std::array<double, 4>{1, 1, 1, 1}));
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, connectionsMeetInsideTheNeighbour) {
+TEST_F(Mesh_RL_GL_contract_calls_test, connectionsMeetInsideTheNeighbor) {
     layer.setColor({0.5F, 0.5F, 0.5F, 1});
     gl_spy::Recording const recording;
     renderer->renderEdgesConnection();
@@ -297,10 +297,10 @@ TEST_F(Mesh_RL_GL_contract_calls_test, connectionsMeetInsideTheNeighbour) {
         expected.insert(expected.end(), {b, a, a, c});
     }
     expectSegments(recording, expected);
-    EXPECT_EQ(recording.calls().size(), 3U + 8U) << "the colour, the block and its vertices";
+    EXPECT_EQ(recording.calls().size(), 3U + 8U) << "the color, the block and its vertices";
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, deliberatelyTheNeighbourOfAConnectionIsTakenAsSixteenBits) {
+TEST_F(Mesh_RL_GL_contract_calls_test, deliberatelyTheNeighborOfAConnectionIsTakenAsSixteenBits) {
     constexpr unsigned int COUNT = 65538;
     Array<Vector3<double>> const positions{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {5, 5, 5}, {6, 5, 5}, {5, 6, 5}};
     Array<Triangle> triangles;
@@ -408,7 +408,7 @@ public:
         if (isChosen())
             mesh.setNormalTriangles(triples(8));
         if (isChosen())
-            mesh.setFaceNormals(colours());
+            mesh.setFaceNormals(colors());
         if (isChosen())
             mesh.setAdjacency(triples(32));
         else if (isChosen())
@@ -419,8 +419,8 @@ public:
         mesh.addNamedArray(MeshArrayInf_ns::PER_FACE, isChosen() ? "uv" : "other", coordinates());
         mesh.addNamedArray(MeshArrayInf_ns::PER_VERTEX, "uv", coordinates());
         mesh.addNamedArray(MeshArrayInf_ns::PER_VERTEX, "points", vectors<Vector3<double>>());
-        mesh.addNamedArray(MeshArrayInf_ns::PER_VERTEX, "vectors", colours());
-        mesh.addNamedArray(MeshArrayInf_ns::PER_FACE, "vectors", colours());
+        mesh.addNamedArray(MeshArrayInf_ns::PER_VERTEX, "vectors", colors());
+        mesh.addNamedArray(MeshArrayInf_ns::PER_FACE, "vectors", colors());
     }
 
 private:
@@ -455,7 +455,7 @@ private:
         return values;
     }
 
-    Array<Color4<float>> colours() {
+    Array<Color4<float>> colors() {
         Array<Color4<float>> values;
         for (unsigned int i = length(); i > 0; --i)
             values.pushBack({static_cast<float>(below(3)), 0, 1, 0});

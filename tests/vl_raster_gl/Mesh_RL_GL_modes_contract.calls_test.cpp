@@ -430,7 +430,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, noRequestBindsATexture) {
 
 // == Composites ==
 
-/// Notes the edges and surfaces that the composites ask for, with the colour that is current there.
+/// Notes the edges and surfaces that the composites ask for, with the color that is current there.
 class Composite_renderer : public Tracing_renderer {
 public:
     using Tracing_renderer::Tracing_renderer;
@@ -447,65 +447,65 @@ protected:
         composite.trace.clear();
         draw();
         Texts const trace = composite.ended();
-        colours = recording.named("glColor4f");
+        colors = recording.named("glColor4f");
         composite.recording = nullptr;
         return trace;
     }
 
-    void expectColour(std::size_t index, double r, double g, double b, double a) {
-        ASSERT_LT(index, colours.size());
+    void expectColor(std::size_t index, double r, double g, double b, double a) {
+        ASSERT_LT(index, colors.size());
         std::array<double, 4> const expected{r, g, b, a};
         for (std::size_t i = 0; i < 4; ++i)
-            EXPECT_NEAR(colours[index].numbers.at(i), expected[i], 1e-7)
-                << "colour " << index << "[" << i << "]";
+            EXPECT_NEAR(colors[index].numbers.at(i), expected[i], 1e-7)
+                << "color " << index << "[" << i << "]";
     }
 
     static Texts names(Texts const& texts) {
         Texts result = texts;
         for (std::string& text : result) {
             if (text.compare(0, 10, "glColor4f(") == 0)
-                text = "colour";
+                text = "color";
         }
         return result;
     }
 
     Composite_renderer composite{&mesh, false};
-    std::vector<gl_spy::Call> colours;
-    Color4<float> const colour{0.5F, 0.25F, 1, 0.625F};
+    std::vector<gl_spy::Call> colors;
+    Color4<float> const color{0.5F, 0.25F, 1, 0.625F};
 };
 
 TEST_F(Mesh_RL_GL_contract_composites_calls_test, renderWithEdgesDrawsEdgesThenADarkerSurface) {
-    Texts const trace = traceOf([&] { composite.renderWithEdges(colour); });
-    EXPECT_THAT(names(trace), ElementsAre("glEnable(GL_CULL_FACE)", "glCullFace(GL_BACK)", "colour",
-                                          "renderEdges", "colour", "render", "glDisable(GL_CULL_FACE)",
-                                          testing::StartsWith("glCullFace(")));
-    expectColour(0, 0.5, 0.25, 1, 0.625);
-    expectColour(1, 0.25, 0.125, 0.5, 1);
+    Texts const trace = traceOf([&] { composite.renderWithEdges(color); });
+    EXPECT_THAT(names(trace),
+                ElementsAre("glEnable(GL_CULL_FACE)", "glCullFace(GL_BACK)", "color", "renderEdges", "color",
+                            "render", "glDisable(GL_CULL_FACE)", testing::StartsWith("glCullFace(")));
+    expectColor(0, 0.5, 0.25, 1, 0.625);
+    expectColor(1, 0.25, 0.125, 0.5, 1);
     EXPECT_FALSE(layer.currentCulling().enabled);
-    EXPECT_EQ(layer.currentColor().r, 0.25F) << "the colour is left as last set";
+    EXPECT_EQ(layer.currentColor().r, 0.25F) << "the color is left as last set";
     EXPECT_EQ(layer.currentColor().a, 1);
 }
 
 TEST_F(Mesh_RL_GL_contract_composites_calls_test, renderWithEdgesBlendingDrawsTwoSidesThenTheSurface) {
     layer.pushDepthTest({DEPTH_LESS_OR_EQUAL, true});
     layer.pushCulling({true, false});
-    Texts const trace = traceOf([&] { composite.renderWithEdgesBlending(colour, true); });
+    Texts const trace = traceOf([&] { composite.renderWithEdgesBlending(color, true); });
     EXPECT_THAT(names(trace),
                 ElementsAre("glEnable(GL_CULL_FACE)", "glCullFace(GL_FRONT)",  // a copy of the current mode
                             "glEnable(GL_CULL_FACE)", "glCullFace(GL_BACK)",   //
-                            "colour", "renderEdges",                           //
+                            "color", "renderEdges",                            //
                             "glEnable(GL_CULL_FACE)", "glCullFace(GL_FRONT)",  //
-                            "colour", "renderEdges",                           //
+                            "color", "renderEdges",                            //
                             "glEnable(GL_CULL_FACE)", "glCullFace(GL_BACK)",   //
                             "glEnable(GL_BLEND)", "glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA)",
                             "glDepthMask(GL_FALSE)", "glEnable(GL_DEPTH_TEST)", "glDepthFunc(GL_LEQUAL)",
-                            "colour", "render",                                                           //
+                            "color", "render",                                                            //
                             "glDisable(GL_BLEND)",                                                        //
                             "glDepthMask(GL_TRUE)", "glEnable(GL_DEPTH_TEST)", "glDepthFunc(GL_LEQUAL)",  //
                             "glEnable(GL_CULL_FACE)", "glCullFace(GL_FRONT)"));
-    expectColour(0, 0.15, 0.075, 0.3, 1);
-    expectColour(1, 0.05, 0.025, 0.1, 1);
-    expectColour(2, 0.5, 0.25, 1, 0.625);
+    expectColor(0, 0.15, 0.075, 0.3, 1);
+    expectColor(1, 0.05, 0.025, 0.1, 1);
+    expectColor(2, 0.5, 0.25, 1, 0.625);
     EXPECT_FALSE(layer.currentCulling().back);
     EXPECT_TRUE(layer.currentDepthTest().write);
     EXPECT_EQ(layer.currentBlending(), BLENDING_OFF);
@@ -513,8 +513,8 @@ TEST_F(Mesh_RL_GL_contract_composites_calls_test, renderWithEdgesBlendingDrawsTw
 }
 
 TEST_F(Mesh_RL_GL_contract_composites_calls_test, renderWithEdgesBlendingWithoutTheSurfaceStillSetsItsState) {
-    Texts const with = traceOf([&] { composite.renderWithEdgesBlending(colour, true); });
-    Texts const without = traceOf([&] { composite.renderWithEdgesBlending(colour, false); });
+    Texts const with = traceOf([&] { composite.renderWithEdgesBlending(color, true); });
+    Texts const without = traceOf([&] { composite.renderWithEdgesBlending(color, false); });
     Texts expected = with;
     expected.erase(std::find(expected.begin(), expected.end(), "render"));
     EXPECT_EQ(without, expected);

@@ -404,7 +404,7 @@ TEST_F(Particles_RL_GL_v2_calls_test, aBufferIsSizedFilledAndDrawn) {
     EXPECT_EQ(particles.vboSizeKB, 0U) << "960 bytes";
 }
 
-TEST_F(Particles_RL_GL_v2_calls_test, theColoursBeginTwelveBytesIntoTheRecord) {
+TEST_F(Particles_RL_GL_v2_calls_test, theColorsBeginTwelveBytesIntoTheRecord) {
     draw(&Particles_RL_GL_v2::renderFromVboNoShaders, true);
     EXPECT_THAT(recording.named("glColorPointer").at(0).addresses, ElementsAre(12));
 }
@@ -420,7 +420,7 @@ TEST_F(Particles_RL_GL_v2_calls_test, withoutAnEffectTheBufferIsFilledInEveryFra
     EXPECT_EQ(calls.size(), 15U);
 }
 
-TEST_F(Particles_RL_GL_v2_calls_test, theContentsAfterAnEffectAreReusedAsColours) {
+TEST_F(Particles_RL_GL_v2_calls_test, theContentsAfterAnEffectAreReusedAsColors) {
     look.channel = 1;
     draw(&Particles_RL_GL_v2::renderFromVboWithShaders, true);
     std::vector<Record> const raw = vboRecords();
@@ -475,7 +475,7 @@ TEST_F(Particles_RL_GL_v2_calls_test, aStoreOfFewerParticlesIsFilledAgain) {
 TEST_F(Particles_RL_GL_v2_calls_test, mainMemoryIsDrawnAsOneBatch) {
     drawFromMemory(true);
     std::vector<gl_spy::Call> const vertices = recording.named("glVertexPointer");
-    std::vector<gl_spy::Call> const colours = recording.named("glColorPointer");
+    std::vector<gl_spy::Call> const colors = recording.named("glColorPointer");
     EXPECT_THAT(bufferCalls(),
                 ElementsAre("glPointSize(3)", "glEnableClientState(GL_VERTEX_ARRAY)",
                             "glEnableClientState(GL_COLOR_ARRAY)",
@@ -484,7 +484,7 @@ TEST_F(Particles_RL_GL_v2_calls_test, mainMemoryIsDrawnAsOneBatch) {
                             "glDisableClientState(GL_VERTEX_ARRAY)", "glDisableClientState(GL_COLOR_ARRAY)"));
     auto const begin = reinterpret_cast<std::uintptr_t>(particles.hostBuffer);
     EXPECT_THAT(vertices.at(0).addresses, ElementsAre(begin));
-    EXPECT_THAT(colours.at(0).addresses, ElementsAre(begin + 12));
+    EXPECT_THAT(colors.at(0).addresses, ElementsAre(begin + 12));
     EXPECT_EQ(particles.lastPath, 4U);
     EXPECT_EQ(particles.hostCapacity, 40U);
 }
@@ -801,7 +801,7 @@ TEST_F(Particles_RL_GL_v2_calls_test, scalarsAreReadWithAStrideOfOne) {
     EXPECT_THAT(bufferCalls(), Contains("glColorPointer(3, GL_FLOAT, 4, pointer)"));
 }
 
-TEST_F(Particles_RL_GL_v2_calls_test, chunksWithoutColours) {
+TEST_F(Particles_RL_GL_v2_calls_test, chunksWithoutColors) {
     for (unsigned int const magnitude : {4U, 5U}) {
         for (Mode::type const mode : {Mode::POINTS, Mode::SPHERES, Mode::ARROWS}) {
             look.channel = 1;

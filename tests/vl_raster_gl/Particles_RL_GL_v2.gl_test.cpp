@@ -109,17 +109,17 @@ protected:
     ParticleSystem_v2 system;
 };
 
-/// For ways in which particles do not cover their neighbours, as arrows do.
+/// For ways in which particles do not cover their neighbors, as arrows do.
 class Particles_RL_GL_v2_count_gl_test : public Particles_RL_GL_v2_gl_test {};
 
-TEST_P(Particles_RL_GL_v2_gl_test, theColoursRunOverTheRange) {
+TEST_P(Particles_RL_GL_v2_gl_test, theColorsRunOverTheRange) {
     draw(true);
     savePicture(std::string("particles_") + GetParam().name);
     float const shade =
         isEffect() && GetParam().mode == Mode::SPHERES ? 0.5F * 0.5F / std::sqrt(1.5F) + 0.5F : 1;
     // Half a pixel beside the middle of a sphere, which is 6 pixels in radius, the surface is tilted by a twelfth.
     float const tolerance = shade < 1 ? 14 : 3;
-    // Short arrows are less than a pixel long, and the last particle's speed is the clamp colour of arrows.
+    // Short arrows are less than a pixel long, and the last particle's speed is the clamp color of arrows.
     for (unsigned int k = 100; k < SIDE * SIDE - 1; k += 5) {
         Pixel const pixel = around(k);
         EXPECT_NEAR(pixel[0], 255 * speed(k) * shade, tolerance) << k;

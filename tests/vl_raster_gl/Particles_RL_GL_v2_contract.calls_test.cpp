@@ -104,7 +104,7 @@ TEST(Particles_RL_GL_v2_contract_calls_test, theDispatcherPassesRebuildOnWithout
     EXPECT_EQ(stage.hostBits(30), before);
     a.rebuild = true;
     stage.renderer.dispatch(particles.system, a);
-    EXPECT_EQ(stage.hostBits(30), recordBits(particles.system, a, memoryColour));
+    EXPECT_EQ(stage.hostBits(30), recordBits(particles.system, a, memoryColor));
 }
 
 // == The buffer object ==
@@ -124,7 +124,7 @@ TEST(Particles_RL_GL_v2_contract_calls_test, theBufferWithoutAnEffectIsMadeSized
     EXPECT_EQ(stage.layer.places, (decltype(Layer::places){{"renderFromVboNoShaders", 1109}}));
 }
 
-TEST(Particles_RL_GL_v2_contract_calls_test, theColoursOfABufferLieBehindThePositions) {
+TEST(Particles_RL_GL_v2_contract_calls_test, theColorsOfABufferLieBehindThePositions) {
     Stage stage;
     Particles const particles(3);
     gl_spy::Recording const recording;
@@ -192,10 +192,10 @@ TEST(Particles_RL_GL_v2_contract_calls_test, deliberatelyABufferWithoutAnEffectA
     unsigned int const id = stage.renderer.vboId;
     a.rebuild = false;
     EXPECT_EQ(callsOf([&] { stage.renderer.vbo(particles.system, a); }), drawnFromVbo(id, 200, {SIZED}));
-    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, effectColour));
+    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, effectColor));
     EXPECT_EQ(stage.renderer.lastPath, 3U);
     stage.renderer.vbo(particles.system, a);
-    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, vboColour));
+    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, vboColor));
 }
 
 TEST(Particles_RL_GL_v2_contract_calls_test, onlyARebuildCountsTheParticlesOfTheBuffer) {
@@ -204,7 +204,7 @@ TEST(Particles_RL_GL_v2_contract_calls_test, onlyARebuildCountsTheParticlesOfThe
     Arguments a;
     a.rebuild = false;
     stage.renderer.vbo(particles.system, a);
-    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, vboColour));
+    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, vboColor));
     EXPECT_EQ(stage.renderer.vboParticleCount, 0U);
     a.rebuild = true;
     a.percent = 50;
@@ -291,11 +291,11 @@ TEST(Particles_RL_GL_v2_contract_calls_test, aStoreThatIsGoneOrTooSmallIsFilledW
     stage.renderer.vboEffect(particles.system, a);
     stage.renderer.clear();
     stage.renderer.vboEffect(particles.system, unchanged);
-    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, effectColour));
+    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, effectColor));
     a.percent = 10;
     stage.renderer.vboEffect(particles.system, a);
     stage.renderer.vboEffect(particles.system, unchanged);
-    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, unchanged, effectColour));
+    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, unchanged, effectColor));
 }
 
 TEST(Particles_RL_GL_v2_contract_calls_test, aBufferThatIsNotMappedIsRefused) {
@@ -332,10 +332,10 @@ TEST(Particles_RL_GL_v2_contract_calls_test, pendingErrorsAreTakenAfterMapping) 
     EXPECT_EQ(stage.driver.errorsLeft(), 0U);
 }
 
-// == Colours ==
+// == Colors ==
 
 /// Every magnitude with every kind of channel, over a range of magnitudes, none, and one upside down.
-void forAllColours(Particles const& particles, std::function<void(Arguments const&)> const& check) {
+void forAllColors(Particles const& particles, std::function<void(Arguments const&)> const& check) {
     for (unsigned int magnitude = 0; magnitude < 8; ++magnitude) {
         for (unsigned int const channel :
              {NONE, particles.position, particles.velocity, particles.energy, particles.odd}) {
@@ -350,7 +350,7 @@ void forAllColours(Particles const& particles, std::function<void(Arguments cons
                                                 << ", from " << low << " to " << high);
                 testing::internal::CaptureStderr();
                 check(a);
-                // Colours beyond 0 to 1 are cut, but not everywhere.
+                // Colors beyond 0 to 1 are cut, but not everywhere.
                 a.minColor = {1.5F, -0.25F, 0.5F, 1};
                 a.maxColor = {-0.5F, 2, 1.25F, 1};
                 a.maxClampColor = {-1, 3, 0.125F, 1};
@@ -362,34 +362,34 @@ void forAllColours(Particles const& particles, std::function<void(Arguments cons
     }
 }
 
-TEST(Particles_RL_GL_v2_contract_calls_test, everyMagnitudeColoursTheBuffer) {
+TEST(Particles_RL_GL_v2_contract_calls_test, everyMagnitudeColorsTheBuffer) {
     Stage stage;
     Particles const particles(64);
-    forAllColours(particles, [&](Arguments const& a) {
+    forAllColors(particles, [&](Arguments const& a) {
         stage.renderer.vbo(particles.system, a);
-        EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, vboColour));
+        EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, vboColor));
     });
 }
 
-TEST(Particles_RL_GL_v2_contract_calls_test, everyMagnitudeColoursMainMemory) {
+TEST(Particles_RL_GL_v2_contract_calls_test, everyMagnitudeColorsMainMemory) {
     Stage stage;
     Particles const particles(64);
-    forAllColours(particles, [&](Arguments const& a) {
+    forAllColors(particles, [&](Arguments const& a) {
         stage.renderer.memory(particles.system, a);
-        EXPECT_EQ(stage.hostBits(64), recordBits(particles.system, a, memoryColour));
+        EXPECT_EQ(stage.hostBits(64), recordBits(particles.system, a, memoryColor));
     });
 }
 
 TEST(Particles_RL_GL_v2_contract_calls_test, everyMagnitudeGivesAnEffectTheRawValues) {
     Stage stage;
     Particles const particles(64);
-    forAllColours(particles, [&](Arguments const& a) {
+    forAllColors(particles, [&](Arguments const& a) {
         stage.renderer.vboEffect(particles.system, a);
-        EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, effectColour));
+        EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, effectColor));
     });
 }
 
-TEST(Particles_RL_GL_v2_contract_calls_test, deliberatelyNoRangeIsTheMinimumColourInABufferAndBlackInMemory) {
+TEST(Particles_RL_GL_v2_contract_calls_test, deliberatelyNoRangeIsTheMinimumColorInABufferAndBlackInMemory) {
     Stage stage;
     Particles const particles(1);
     Arguments a;
@@ -437,11 +437,11 @@ TEST(Particles_RL_GL_v2_contract_calls_test, aChannelThatDoesNotExistIsOfAnUnkno
     Stage stage;
     testing::internal::CaptureStderr();
     stage.renderer.vbo(particles.system, a);
-    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, vboColour));
+    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, vboColor));
     stage.renderer.vboEffect(particles.system, a);
-    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, effectColour));
+    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, effectColor));
     stage.renderer.memory(particles.system, a);
-    EXPECT_EQ(stage.hostBits(40), recordBits(particles.system, a, memoryColour));
+    EXPECT_EQ(stage.hostBits(40), recordBits(particles.system, a, memoryColor));
     EXPECT_THAT(ownCallsOf([&] { stage.renderer.chunks(particles.system, a); }), Contains(arrays(40)));
     EXPECT_NE(testing::internal::GetCapturedStderr().find(UNKNOWN_TYPE), std::string::npos);
 }
@@ -490,13 +490,13 @@ TEST(Particles_RL_GL_v2_contract_calls_test, anyPercentageThinsTheBuffersEvenly)
                 SCOPED_TRACE(testing::Message() << target << " of " << particles.system.size());
                 EXPECT_THAT(callsOf([&] { stage.renderer.vbo(particles.system, a); }),
                             Contains(arrays(target)));
-                EXPECT_TRUE(stage.vboBits() == recordBits(particles.system, a, vboColour));
+                EXPECT_TRUE(stage.vboBits() == recordBits(particles.system, a, vboColor));
                 EXPECT_EQ(stage.vboBits().size(), target * std::size_t{6});
                 stage.renderer.vboEffect(particles.system, a);
-                EXPECT_TRUE(stage.vboBits() == recordBits(particles.system, a, effectColour));
+                EXPECT_TRUE(stage.vboBits() == recordBits(particles.system, a, effectColor));
                 EXPECT_THAT(callsOf([&] { stage.renderer.memory(particles.system, a); }),
                             Contains(arrays(target)));
-                EXPECT_TRUE(stage.hostBits(target) == recordBits(particles.system, a, memoryColour));
+                EXPECT_TRUE(stage.hostBits(target) == recordBits(particles.system, a, memoryColor));
             }
         }
     }
@@ -560,12 +560,12 @@ TEST(Particles_RL_GL_v2_contract_calls_test, mainMemoryIsFilledOnceAndDrawn) {
     EXPECT_EQ(stage.hostBits(100), before);
     stage.renderer.lastPath = 3;
     stage.renderer.memory(particles.system, a);
-    EXPECT_EQ(stage.hostBits(100), recordBits(particles.system, a, memoryColour));
+    EXPECT_EQ(stage.hostBits(100), recordBits(particles.system, a, memoryColor));
 
     particles.system.addParticles(1);  // More than there is room for: filled without being asked.
     EXPECT_THAT(callsOf([&] { stage.renderer.memory(particles.system, a); }), Contains(arrays(101)));
     EXPECT_EQ(stage.renderer.hostCapacity, 101U);
-    EXPECT_EQ(stage.hostBits(101), recordBits(particles.system, a, memoryColour));
+    EXPECT_EQ(stage.hostBits(101), recordBits(particles.system, a, memoryColor));
     float const* const array = stage.renderer.hostBuffer;
     a.rebuild = true;
     a.percent = 10;
@@ -647,7 +647,7 @@ TEST(Particles_RL_GL_v2_contract_calls_test, deliberatelyScalarsOfChunksHaveAStr
     EXPECT_EQ(addressesOf(recording, "glColorPointer"), arraysOf(particles.system, particles.energy));
 }
 
-TEST(Particles_RL_GL_v2_contract_calls_test, chunksSendNoColoursWhereThereAreNoneOrTheEffectNeedsNone) {
+TEST(Particles_RL_GL_v2_contract_calls_test, chunksSendNoColorsWhereThereAreNoneOrTheEffectNeedsNone) {
     Particles const particles(7);
     for (unsigned int mode = 1; mode < 4; ++mode) {
         for (unsigned int magnitude = 0; magnitude < 8; ++magnitude) {
@@ -660,11 +660,11 @@ TEST(Particles_RL_GL_v2_contract_calls_test, chunksSendNoColoursWhereThereAreNon
                 Texts calls;
                 std::string const errors = errorsOf(
                     [&] { calls = ownCallsOf([&] { stage.renderer.chunks(particles.system, a); }); });
-                bool const noColours = channel == NONE || channel == particles.odd ||
-                                       ((magnitude == 4 || magnitude == 5) && mode != 3);
+                bool const noColors = channel == NONE || channel == particles.odd ||
+                                      ((magnitude == 4 || magnitude == 5) && mode != 3);
                 bool const pointSize = mode == 1 || (mode == 3 && magnitude == 6);
-                Texts const drawn = noColours ? drawnChunk(arrays(7))
-                                              : drawnChunk(channel == particles.energy ? 4 : 12, arrays(7));
+                Texts const drawn = noColors ? drawnChunk(arrays(7))
+                                             : drawnChunk(channel == particles.energy ? 4 : 12, arrays(7));
                 EXPECT_EQ(calls, joined({pointSize ? OPENED_POINTS : OPENED, drawn, ENDED}))
                     << mode << " " << magnitude << " " << channel;
                 EXPECT_EQ(errors, channel == particles.odd ? UNKNOWN_TYPE : "");
@@ -754,7 +754,7 @@ TEST(Particles_RL_GL_v2_contract_calls_test, chunksWithOneParticleOrNoneAreDrawn
                       ENDED}));
 }
 
-TEST(Particles_RL_GL_v2_contract_calls_test, rawPositionsAreDrawnWithoutColoursAndLeaveTheLastPathAlone) {
+TEST(Particles_RL_GL_v2_contract_calls_test, rawPositionsAreDrawnWithoutColorsAndLeaveTheLastPathAlone) {
     Particles const particles(CHUNK + 9);
     struct Row {
         float percent;
@@ -805,7 +805,7 @@ TEST(Particles_RL_GL_v2_contract_calls_test, deliberatelyBuffersReadChannel0AndC
     Stage stage;
     Arguments const a;
     stage.renderer.vbo(particles.system, a);
-    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, vboColour));
+    EXPECT_EQ(stage.vboBits(), recordBits(particles.system, a, vboColor));
     gl_spy::Recording const recording;
     stage.renderer.render(particles.system, false, 0, 100);
     EXPECT_EQ(addressesOf(recording, "glVertexPointer"), arraysOf(particles.system, position));

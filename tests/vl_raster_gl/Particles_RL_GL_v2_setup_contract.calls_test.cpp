@@ -137,7 +137,7 @@ TEST(Particles_RL_GL_v2_setup_contract_calls_test, resetBuffersShrinksAndMapsThe
 
     // The capacity that is left over does not stand for an array.
     stage.renderer.memory(particles.system, a);
-    EXPECT_EQ(stage.hostBits(100), recordBits(particles.system, a, memoryColour));
+    EXPECT_EQ(stage.hostBits(100), recordBits(particles.system, a, memoryColor));
 }
 
 TEST(Particles_RL_GL_v2_setup_contract_calls_test,

@@ -41,15 +41,14 @@ std::array<Point, 8> cornersOf(Point const& min, Point const& max) {
     return corners;
 }
 
-/// The whole call sequence of a box, with or without colours for its corners.
-Texts boxCalls(std::array<Point, 8> const& corners, bool wire,
-               std::array<Point, 8> const* colours = nullptr) {
+/// The whole call sequence of a box, with or without colors for its corners.
+Texts boxCalls(std::array<Point, 8> const& corners, bool wire, std::array<Point, 8> const* colors = nullptr) {
     Texts texts{wire ? "glBegin(GL_LINES)" : "glBegin(GL_QUADS)"};
     for (Face const& face : FACES) {
         for (std::size_t i = 0; i < (wire ? 5U : 4U); ++i) {
             auto const corner = std::size_t(face.corners[i % 4]);
-            if (colours != nullptr)
-                texts.push_back(threeNumbers("glColor3fv", (*colours)[corner]));
+            if (colors != nullptr)
+                texts.push_back(threeNumbers("glColor3fv", (*colors)[corner]));
             texts.push_back(threeNumbers("glNormal3fv", face.normal));
             texts.push_back(threeNumbers("glVertex3fv", corners[corner]));
         }
@@ -58,9 +57,9 @@ Texts boxCalls(std::array<Point, 8> const& corners, bool wire,
     return texts;
 }
 
-Tuple8<Vector3<float>> const CORNER_COLOURS{{0, 0, 0},    {1, 0, 0},     {0, 1, 0},     {1, 1, 0},
-                                            {0, 0, 0.5F}, {0.25F, 0, 1}, {0, 0.75F, 1}, {1, 1, 1}};
-std::array<Point, 8> const CORNER_COLOUR_POINTS{
+Tuple8<Vector3<float>> const CORNER_COLORS{{0, 0, 0},    {1, 0, 0},     {0, 1, 0},     {1, 1, 0},
+                                           {0, 0, 0.5F}, {0.25F, 0, 1}, {0, 0.75F, 1}, {1, 1, 1}};
+std::array<Point, 8> const CORNER_COLOR_POINTS{
     {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}, {0, 0, 0.5}, {0.25, 0, 1}, {0, 0.75, 1}, {1, 1, 1}}};
 
 class Primitives_calls_test : public Drawing_calls_test {};
@@ -184,7 +183,7 @@ TEST_F(Primitives_calls_test, box2OfDoublesAsksTheVirtualOverloadForFloats) {
     }
 }
 
-TEST_F(Primitives_calls_test, box2AboutACentreAsksForTheFilledVirtualBox2) {
+TEST_F(Primitives_calls_test, box2AboutACenterAsksForTheFilledVirtualBox2) {
     Witness_core witness({"render(Box2)"});
     gl_spy::Recording recording;
     witness.recording = &recording;
@@ -225,25 +224,25 @@ TEST_F(Primitives_calls_test, wireBox3PairsItsThirtyVerticesToAllTwelveEdgesAndN
     EXPECT_EQ(edges.size(), 12U);
 }
 
-TEST_F(Primitives_calls_test, colouredBox3SendsColourNormalAndCorner) {
+TEST_F(Primitives_calls_test, coloredBox3SendsColorNormalAndCorner) {
     for (bool const wire : {false, true}) {
         EXPECT_EQ(calls([wire](Core_RL const& layer) {
-                      layer.render(Box3<float>{{1, 2, 3}, {4, 6, 8}}, CORNER_COLOURS, wire);
+                      layer.render(Box3<float>{{1, 2, 3}, {4, 6, 8}}, CORNER_COLORS, wire);
                   }),
-                  boxCalls(cornersOf({1, 2, 3}, {4, 6, 8}), wire, &CORNER_COLOUR_POINTS));
+                  boxCalls(cornersOf({1, 2, 3}, {4, 6, 8}), wire, &CORNER_COLOR_POINTS));
     }
 }
 
 TEST_F(Primitives_calls_test, box3OfDoublesAsksTheVirtualOverloadsForFloats) {
     Box3<double> const box{{0.1, 2, 3}, {4, 1e-3, 8}};
     for (bool const wire : {false, true}) {
-        Witness_core witness({"render(Box3)", "render(Box3, colours)"});
+        Witness_core witness({"render(Box3)", "render(Box3, colors)"});
         gl_spy::Recording recording;
         witness.recording = &recording;
         Core_RL const& layer = witness;
         layer.render(box, wire);
-        layer.render(box, CORNER_COLOURS, wire);
-        ASSERT_THAT(witness.trace(), ElementsAre("-> render(Box3)", "-> render(Box3, colours)"));
+        layer.render(box, CORNER_COLORS, wire);
+        ASSERT_THAT(witness.trace(), ElementsAre("-> render(Box3)", "-> render(Box3, colors)"));
         EXPECT_THAT(witness.requests[0].numbers, ElementsAre(0.1F, 2, 3, 4, 1e-3F, 8, wire ? 1 : 0));
         EXPECT_THAT(witness.requests[1].numbers,
                     ElementsAre(0.1F, 2, 3, 4, 1e-3F, 8, wire ? 1 : 0, 0, 0, 0, 1, 1, 1));
@@ -282,7 +281,7 @@ TEST_F(Primitives_calls_test, orientedBoxOfDoublesAsksTheVirtualOverloadForFloat
                 ElementsAre(0.1F, 0, 0, 0, 0.2F, 0, 0, 0, 0.3F, 7, 8, 0.9F, 4, 0.5, 0.6F, 1));
 }
 
-TEST_F(Primitives_calls_test, cubeAboutACentreAsksForTheFilledVirtualBox3) {
+TEST_F(Primitives_calls_test, cubeAboutACenterAsksForTheFilledVirtualBox3) {
     Witness_core witness({"render(Box3)"});
     gl_spy::Recording recording;
     witness.recording = &recording;
@@ -291,7 +290,7 @@ TEST_F(Primitives_calls_test, cubeAboutACentreAsksForTheFilledVirtualBox3) {
     EXPECT_THAT(witness.requests[0].numbers, ElementsAre(0.5, 1.5, 2.5, 1.5, 2.5, 3.5, 0));
 }
 
-TEST_F(Primitives_calls_test, namedCubePushesFillingsNameAndColourAndPopsColourFirst) {
+TEST_F(Primitives_calls_test, namedCubePushesFillingsNameAndColorAndPopsColorFirst) {
     Witness_core witness({"render(Box3)"});
     prepare(witness);
     gl_spy::Recording recording;
@@ -299,10 +298,10 @@ TEST_F(Primitives_calls_test, namedCubePushesFillingsNameAndColourAndPopsColourF
     witness.renderBox3(42U, Color4<float>{1, 0.5F, 0, 1}, 0.25F);
     ASSERT_EQ(witness.trace(), joined({PUSHED_FILLINGS,
                                        {"glLoadName(42)", "glColor4f(1, 0.5, 0, 1)", "-> render(Box3)"},
-                                       START_COLOUR_AGAIN,
+                                       START_COLOR_AGAIN,
                                        FILLINGS_FRONT_FIRST}));
     EXPECT_THAT(witness.requests[0].numbers, ElementsAre(-0.25, -0.25, -0.25, 0.25, 0.25, 0.25, 0));
-    EXPECT_EQ(witness.currentColor(), START_COLOUR);
+    EXPECT_EQ(witness.currentColor(), START_COLOR);
 }
 
 // == Lattices ==
@@ -541,7 +540,7 @@ double distance(Segment const& a, Segment const& b) {
 }
 
 struct Grid {
-    Point centre;
+    Point center;
     Point x;  // in-plane axes of length 1
     Point z;
 };
@@ -566,7 +565,7 @@ Grid gridOf(Plane3<float> const& plane) {
 }
 
 Point at(Grid const& grid, double x, double z) {
-    Point p = grid.centre;
+    Point p = grid.center;
     for (std::size_t k = 0; k < 3; ++k)
         p[k] += grid.x[k] * x + grid.z[k] * z;
     return p;

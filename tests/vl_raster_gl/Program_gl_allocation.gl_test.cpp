@@ -21,15 +21,15 @@ TEST_F(Program_gl_allocation_gl_test, uniformsThatAreSetAgainTakeNoNewMemory) {
     Shader_gl fragment;
     ASSERT_TRUE(
         fragment.loadShaderSource(GL_FRAGMENT_SHADER,
-                                  "uniform vec3 aColourWithALongName; uniform mat4 matrix;"
-                                  "void main() { gl_FragColor = matrix * vec4(aColourWithALongName, 1.0); }",
+                                  "uniform vec3 aColorWithALongName; uniform mat4 matrix;"
+                                  "void main() { gl_FragColor = matrix * vec4(aColorWithALongName, 1.0); }",
                                   false));
     Program_gl program;
     program.attach(nullptr, nullptr, &fragment);
     float const matrix[16] = {1};
     auto const frame = [&] {
         program.enable(true);
-        program.setUniform("aColourWithALongName", 1.0F, 2.0F, 3.0F);
+        program.setUniform("aColorWithALongName", 1.0F, 2.0F, 3.0F);
         program.setUniformMatrix("matrix", 4, matrix);
         program.disable();
     };

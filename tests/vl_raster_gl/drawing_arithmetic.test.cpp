@@ -2,7 +2,7 @@
 #include "internal/arrow_geometry.h"
 #include "internal/box_faces.h"
 #include "internal/circle_points.h"
-#include "internal/colour_ramp.h"
+#include "internal/color_ramp.h"
 #include "internal/plane_grid.h"
 
 #include <gtest/gtest.h>
@@ -235,9 +235,9 @@ TEST(Ellipse_test, deliberateTheLastPointFallsShortOfTheFirst) {
 
 // == Plane grids ==
 
-TEST(PlaneGrid_test, theCentreIsThePlanesPointNearestTheOrigin) {
+TEST(PlaneGrid_test, theCenterIsThePlanesPointNearestTheOrigin) {
     PlaneGrid const grid({{0, 0.6F, 0.8F}, -5});
-    expectNear(grid.centre, {0, 3, 4}, 1e-6F);
+    expectNear(grid.center, {0, 3, 4}, 1e-6F);
 }
 
 TEST(PlaneGrid_test, theAxesLieInThePlaneAtRightAngles) {
@@ -252,24 +252,24 @@ TEST(PlaneGrid_test, theAxesLieInThePlaneAtRightAngles) {
     }
 }
 
-// == The colour ramp ==
+// == The color ramp ==
 
-TEST(ColourRamp_test, coloursLieBetweenTheTwoAndTakeTheThirdAbove) {
-    ColourRamp const ramp{{0, 0, 1}, {1, 0, 0}, {1, 1, 1}, 2, 4};
-    expectNear(ramp.colourOf(2), {0, 0, 1}, 0);
-    expectNear(ramp.colourOf(3), {0.5F, 0, 0.5F}, 0);
-    expectNear(ramp.colourOf(4), {1, 0, 0}, 0);
-    expectNear(ramp.colourOf(std::nextafter(4.0F, 5.0F)), {1, 1, 1}, 0);
+TEST(ColorRamp_test, colorsLieBetweenTheTwoAndTakeTheThirdAbove) {
+    ColorRamp const ramp{{0, 0, 1}, {1, 0, 0}, {1, 1, 1}, 2, 4};
+    expectNear(ramp.colorOf(2), {0, 0, 1}, 0);
+    expectNear(ramp.colorOf(3), {0.5F, 0, 0.5F}, 0);
+    expectNear(ramp.colorOf(4), {1, 0, 0}, 0);
+    expectNear(ramp.colorOf(std::nextafter(4.0F, 5.0F)), {1, 1, 1}, 0);
 }
 
-TEST(ColourRamp_test, deliberateTheLineGoesOnBelowTheRange) {
-    ColourRamp const ramp{{0, 0, 1}, {1, 0, 0}, {1, 1, 1}, 2, 4};
-    expectNear(ramp.colourOf(0), {-1, 0, 2}, 0);
-    expectNear(limitedToColour(ramp.colourOf(0)), {0, 0, 1}, 0);
+TEST(ColorRamp_test, deliberateTheLineGoesOnBelowTheRange) {
+    ColorRamp const ramp{{0, 0, 1}, {1, 0, 0}, {1, 1, 1}, 2, 4};
+    expectNear(ramp.colorOf(0), {-1, 0, 2}, 0);
+    expectNear(limitedToColor(ramp.colorOf(0)), {0, 0, 1}, 0);
 }
 
-TEST(ColourRamp_test, rangesWithoutExtentAreKnown) {
-    ColourRamp ramp{{}, {}, {}, 3, 3};
+TEST(ColorRamp_test, rangesWithoutExtentAreKnown) {
+    ColorRamp ramp{{}, {}, {}, 3, 3};
     EXPECT_TRUE(ramp.isDegenerate());
     ramp.maxMagnitude = std::numeric_limits<float>::quiet_NaN();
     EXPECT_TRUE(ramp.isDegenerate());
@@ -277,13 +277,13 @@ TEST(ColourRamp_test, rangesWithoutExtentAreKnown) {
     EXPECT_FALSE(ramp.isDegenerate());
 }
 
-TEST(ColourRamp_test, whatIsNotANumberIsBlack) {
-    EXPECT_EQ(limitedToColour(std::numeric_limits<float>::quiet_NaN()), 0.0F);
-    EXPECT_EQ(limitedToColour(std::numeric_limits<float>::infinity()), 1.0F);
-    EXPECT_EQ(limitedToColour(-std::numeric_limits<float>::infinity()), 0.0F);
+TEST(ColorRamp_test, whatIsNotANumberIsBlack) {
+    EXPECT_EQ(limitedToColor(std::numeric_limits<float>::quiet_NaN()), 0.0F);
+    EXPECT_EQ(limitedToColor(std::numeric_limits<float>::infinity()), 1.0F);
+    EXPECT_EQ(limitedToColor(-std::numeric_limits<float>::infinity()), 0.0F);
 }
 
-TEST(ColourRamp_test, magnitudesAreCutToIntegers) {
+TEST(ColorRamp_test, magnitudesAreCutToIntegers) {
     EXPECT_EQ(truncatedMagnitude(-3.9F), 3.0F);
     EXPECT_EQ(truncatedMagnitude(0.9F), 0.0F);
     EXPECT_EQ(truncatedMagnitude(3e9F), 2147483648.0F);

@@ -230,9 +230,9 @@ public:
         if (!_replaces("renderPoint2", {p.x, p.y}))
             Core_RL_GL::renderPoint2(p);
     }
-    void renderTetrahedron(Vector3<float> const& centre, float const& size) override {
-        if (!_replaces("renderTetrahedron", {centre.x, centre.y, centre.z, size}))
-            Core_RL_GL::renderTetrahedron(centre, size);
+    void renderTetrahedron(Vector3<float> const& center, float const& size) override {
+        if (!_replaces("renderTetrahedron", {center.x, center.y, center.z, size}))
+            Core_RL_GL::renderTetrahedron(center, size);
     }
     void render(Box2<float> const& box, bool const& wire) override {
         if (!_replaces("render(Box2)", {box.min.x, box.min.y, box.max.x, box.max.y, wire ? 1.0 : 0.0}))
@@ -247,7 +247,7 @@ public:
         std::vector<double> numbers = _box(box, wire);
         for (Vector3<float> const& c : {colors.e0, colors.e7})
             numbers.insert(numbers.end(), {c.x, c.y, c.z});
-        if (!_replaces("render(Box3, colours)", numbers))
+        if (!_replaces("render(Box3, colors)", numbers))
             Core_RL_GL::render(box, colors, wire);
     }
     void render(Obb3<float> const& box, bool const& wire) override {
@@ -281,15 +281,15 @@ private:
 };
 
 /// The fixture: no context is needed. The state before each drawing differs from what drawings set, so that
-/// what they restore is seen: outlines on both sides, width 3, an odd colour.
+/// what they restore is seen: outlines on both sides, width 3, an odd color.
 class Drawing_calls_test : public testing::Test {
 protected:
-    static constexpr Color4<float> START_COLOUR{0.5F, 0.25F, 0.75F, 0.5F};
+    static constexpr Color4<float> START_COLOR{0.5F, 0.25F, 0.75F, 0.5F};
 
     void SetUp() override { prepare(core); }
 
     static void prepare(Core_RL_GL& layer) {
-        layer.setColor(START_COLOUR);
+        layer.setColor(START_COLOR);
         layer.pushFillingFront(FILLING_LINES);
         layer.pushFillingBack(FILLING_LINES);
         layer.pushLineWidth(3.0F);
@@ -313,6 +313,6 @@ inline Texts const FILLINGS_FRONT_FIRST{"glPolygonMode(GL_FRONT, GL_LINE)",
                                         "glPolygonMode(GL_BACK, GL_LINE)"};
 inline Texts const STIPPLE_ON{"glLineStipple(3, 43690)", "glEnable(GL_LINE_STIPPLE)"};
 inline Texts const STIPPLE_OFF{"glDisable(GL_LINE_STIPPLE)"};
-inline Texts const START_COLOUR_AGAIN{"glColor4f(0.5, 0.25, 0.75, 0.5)"};
+inline Texts const START_COLOR_AGAIN{"glColor4f(0.5, 0.25, 0.75, 0.5)"};
 
 }  // namespace vellum::drawing_probe

@@ -24,13 +24,13 @@ namespace {
 
 using testing::ElementsAre;
 
-constexpr char const* COLOUR = R"(uniform vec4 colour;
+constexpr char const* COLOR = R"(uniform vec4 color;
 void main()
 {
 #ifdef SWAPPED
-    gl_FragColor = colour.bgra;
+    gl_FragColor = color.bgra;
 #else
-    gl_FragColor = colour;
+    gl_FragColor = color;
 #endif
 }
 )";
@@ -71,7 +71,7 @@ protected:
 
 // == Stages ==
 
-TEST_F(glsl_gl_test, passThroughStagesCompileAndDrawTheColour) {
+TEST_F(glsl_gl_test, passThroughStagesCompileAndDrawTheColor) {
     Shader_gl vertex;
     Shader_gl fragment;
     ASSERT_TRUE(vertex.loadShaderSource(GL_VERTEX_SHADER, Shader_gl::vertexPassThrough(), false))
@@ -82,7 +82,7 @@ TEST_F(glsl_gl_test, passThroughStagesCompileAndDrawTheColour) {
     program.enable(true);
     EXPECT_EQ(program.getInfoLog(), "");
     glColor4f(0.2F, 0.4F, 0.6F, 1);
-    expectMiddle({51, 102, 153, 255}, "the current colour");
+    expectMiddle({51, 102, 153, 255}, "the current color");
 }
 
 TEST_F(glsl_gl_test, passThroughVertexStageKeepsThreeTextureCoordinatesAndFog) {
@@ -99,7 +99,7 @@ TEST_F(glsl_gl_test, passThroughVertexStageKeepsThreeTextureCoordinatesAndFog) {
     glMultiTexCoord2f(GL_TEXTURE1, 0.2F, 0);
     glMultiTexCoord2f(GL_TEXTURE2, 0, 0.4F);
     glFogCoordf(0.6F);
-    expectMiddle({51, 102, 153, 255}, "coordinates as colour");
+    expectMiddle({51, 102, 153, 255}, "coordinates as color");
 }
 
 TEST_F(glsl_gl_test, stageThatDoesNotCompileIsReportedAndGone) {
@@ -138,13 +138,13 @@ TEST_F(glsl_gl_test, deletedStageIsGoneFromTheDriver) {
 TEST_F(glsl_gl_test, shaderAttachedTwiceIsRefusedByGlAndHarmless) {
     expectGlErrors(1);
     Shader_gl fragment;
-    ASSERT_TRUE(fragment.loadShaderSource(GL_FRAGMENT_SHADER, COLOUR, false));
+    ASSERT_TRUE(fragment.loadShaderSource(GL_FRAGMENT_SHADER, COLOR, false));
     Program_gl program;
     program.attach(nullptr, nullptr, &fragment);
     program.attach(nullptr, nullptr, &fragment);
     EXPECT_EQ(glGetError(), GLenum(GL_INVALID_OPERATION));
     program.enable(true);
-    program.setUniform("colour", 1.0F, 0.0F, 0.0F, 1.0F);
+    program.setUniform("color", 1.0F, 0.0F, 0.0F, 1.0F);
     expectMiddle({255, 0, 0, 255}, "attached once in GL");
 }
 
@@ -153,10 +153,10 @@ TEST_F(glsl_gl_test, shaderAttachedTwiceIsRefusedByGlAndHarmless) {
 TEST_F(glsl_gl_test, maskSwitchesTheVariantThatIsDrawn) {
     Shader_gl fragment;
     unsigned int const swapped = fragment.addDefinition("#define SWAPPED");
-    ASSERT_TRUE(fragment.loadShaderSource(GL_FRAGMENT_SHADER, COLOUR, false));
+    ASSERT_TRUE(fragment.loadShaderSource(GL_FRAGMENT_SHADER, COLOR, false));
     Program_gl program;
     program.attach(nullptr, nullptr, &fragment);
-    program.setUniform("colour", 1.0F, 0.4F, 0.0F, 1.0F);
+    program.setUniform("color", 1.0F, 0.4F, 0.0F, 1.0F);
     program.enable(true);
     expectMiddle({255, 102, 0, 255}, "plain");
     program.setMask(&fragment, swapped);
@@ -272,15 +272,15 @@ TEST_F(glsl_gl_test, failedLinkHasItsReasonInTheLog) {
 
 // == Effects ==
 
-// A colour that is lit by nothing, over the whole frame.
-class Colour_shader : public Base_shader {
+// A color that is lit by nothing, over the whole frame.
+class Color_shader : public Base_shader {
 public:
-    void setColour(Color4<float> const& value) { _store(colour, value); }
+    void setColor(Color4<float> const& value) { _store(color, value); }
     void create() override {
         stage1 = new Shader_gl;
         stage1->loadShaderSource(GL_VERTEX_SHADER, Shader_gl::vertexPassThrough(), false);
         stage2 = new Shader_gl;
-        stage2->loadShaderSource(GL_FRAGMENT_SHADER, COLOUR, false);
+        stage2->loadShaderSource(GL_FRAGMENT_SHADER, COLOR, false);
         program->attach(stage1, stage2, nullptr);
         created = true;
         enable(true);
@@ -293,13 +293,13 @@ public:
         }
         _openPass(2);
         _useProgram();
-        program->setUniform("colour", colour.r, colour.g, colour.b, colour.a);
+        program->setUniform("color", color.r, color.g, color.b, color.a);
     }
     void postprocess() override { dirty = false; }
     void cleanup() override { _closePass(); }
 
 private:
-    Color4<float> colour{1, 0, 0, 1};
+    Color4<float> color{1, 0, 0, 1};
 };
 
 class Base_shader_gl_test : public glsl_gl_test {
@@ -316,22 +316,22 @@ protected:
 };
 
 TEST_F(Base_shader_gl_test, passesDrawTheParameters) {
-    Colour_shader effect;
+    Color_shader effect;
     effect.create();
     EXPECT_EQ(effect.getLog(), "");
     EXPECT_EQ(drawn(effect), (Pixel{255, 0, 0, 255}));
     EXPECT_EQ(drawn(effect), (Pixel{255, 0, 0, 255})) << "a pass that is not dirty";
-    effect.setColour({0, 1, 0, 1});
+    effect.setColor({0, 1, 0, 1});
     EXPECT_EQ(drawn(effect), (Pixel{0, 255, 0, 255}));
     effect.reload();
     EXPECT_EQ(drawn(effect), (Pixel{0, 255, 0, 255})) << "stages made anew";
-    Colour_shader copy(effect);
+    Color_shader copy(effect);
     EXPECT_EQ(drawn(copy), (Pixel{0, 255, 0, 255})) << "a copy with a program of its own";
     EXPECT_EQ(drawn(effect), (Pixel{0, 255, 0, 255}));
 }
 
-TEST_F(Base_shader_gl_test, passRestoresWhatItChangesButTheColour) {
-    Colour_shader effect;
+TEST_F(Base_shader_gl_test, passRestoresWhatItChangesButTheColor) {
+    Color_shader effect;
     GLint depth = -1;  // not 0: the fixture has pushed attributes of its own
     glGetIntegerv(GL_ATTRIB_STACK_DEPTH, &depth);
     glEnable(GL_TEXTURE_2D);
@@ -350,14 +350,14 @@ TEST_F(Base_shader_gl_test, passRestoresWhatItChangesButTheColour) {
     EXPECT_EQ(value, 0);
     glGetIntegerv(GL_ATTRIB_STACK_DEPTH, &value);
     EXPECT_EQ(value, depth);
-    std::array<float, 4> colour{};
-    glGetFloatv(GL_CURRENT_COLOR, colour.data());
-    EXPECT_EQ(colour[0], 1.0F) << "deliberate: white stays";
+    std::array<float, 4> color{};
+    glGetFloatv(GL_CURRENT_COLOR, color.data());
+    EXPECT_EQ(color[0], 1.0F) << "deliberate: white stays";
     glDisable(GL_TEXTURE_2D);
 }
 
 TEST_F(Base_shader_gl_test, deletedEffectLeavesNothingBehind) {
-    auto effect = std::make_unique<Colour_shader>();
+    auto effect = std::make_unique<Color_shader>();
     drawn(*effect);
     effect.reset();
     for (unsigned int id = 1; id < 100; ++id) {
@@ -402,11 +402,11 @@ TEST_F(Base_shader_gl_test, imagesOfEveryKindArriveInTheTexture) {
         glBindTexture(GL_TEXTURE_2D, texture);
         glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, back.data());
         for (unsigned int pixel = 0; pixel < c.width * height; ++pixel) {
-            bool const isGrey = c.channels < 3;
+            bool const isGray = c.channels < 3;
             unsigned int const first = pixel * c.channels;
             unsigned int const alpha = c.channels == 4 ? first + 3 : c.channels == 2 ? first + 1 : 255;
-            std::array<unsigned int, 4> const expected{first, isGrey ? first : first + 1,
-                                                       isGrey ? first : first + 2, alpha};
+            std::array<unsigned int, 4> const expected{first, isGray ? first : first + 1,
+                                                       isGray ? first : first + 2, alpha};
             for (std::size_t k = 0; k < 4; ++k) {
                 ASSERT_EQ(back[pixel * 4 + k], expected[k])
                     << c.channels << " channels of " << c.bits << ", pixel " << pixel << ", component " << k;

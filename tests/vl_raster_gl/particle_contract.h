@@ -183,7 +183,7 @@ struct Particles {
 
 using Rgb = std::vector<float>;
 
-/// What the colour channel says of one particle.
+/// What the color channel says of one particle.
 struct Value {
     unsigned int type;  ///< 0 without a channel
     float s;
@@ -194,10 +194,10 @@ inline Rgb rgb(Color4<float> const& c) {
     return {c.r, c.g, c.b};
 }
 
-inline Rgb clamped(Rgb colour) {
-    for (float& component : colour)
+inline Rgb clamped(Rgb color) {
+    for (float& component : color)
         component = component < 0 ? 0 : component > 1 ? 1 : component;
-    return colour;
+    return color;
 }
 
 inline float lengthOf(float x, float y, float z) {
@@ -221,7 +221,7 @@ inline Rgb ramp(Arguments const& a, float m) {
                     a.minColor.b + (a.maxColor.b - a.minColor.b) * t});
 }
 
-inline Rgb vboColour(Arguments const& a, Value const& value) {
+inline Rgb vboColor(Arguments const& a, Value const& value) {
     if (value.type == 0)
         return clamped(rgb(a.minColor));
     float m = lengthOf(a.minColor.r, a.minColor.g, a.minColor.b) / a.scale;
@@ -234,7 +234,7 @@ inline Rgb vboColour(Arguments const& a, Value const& value) {
     return isRange(a) ? ramp(a, m) : clamped(rgb(a.minColor));
 }
 
-inline Rgb memoryColour(Arguments const& a, Value const& value) {
+inline Rgb memoryColor(Arguments const& a, Value const& value) {
     if (value.type == 0)
         return rgb(a.maxColor);
     bool const isComponent = a.magnitude >= 1 && a.magnitude <= 3;
@@ -252,7 +252,7 @@ inline Rgb memoryColour(Arguments const& a, Value const& value) {
     return isRange(a) ? ramp(a, cut(component) / a.scale) : clamped(rgb(a.minColor));
 }
 
-inline Rgb effectColour(Arguments const& a, Value const& value) {
+inline Rgb effectColor(Arguments const& a, Value const& value) {
     if (value.type == 1)
         return {value.v.x, value.v.y, value.v.z};
     if (value.type == 9) {
@@ -262,7 +262,7 @@ inline Rgb effectColour(Arguments const& a, Value const& value) {
     return rgb(a.minColor);
 }
 
-using ColourRule = Rgb (*)(Arguments const&, Value const&);
+using ColorRule = Rgb (*)(Arguments const&, Value const&);
 
 inline unsigned int targetOf(ParticleSystem_v2 const& system, float percent) {
     return static_cast<unsigned int>(static_cast<float>(system.size()) * percent / 100);
@@ -270,7 +270,7 @@ inline unsigned int targetOf(ParticleSystem_v2 const& system, float percent) {
 
 /// The records of the particles that even thinning takes, bit by bit.
 inline std::vector<std::uint32_t> recordBits(ParticleSystem_v2 const& system, Arguments const& a,
-                                             ColourRule colour) {
+                                             ColorRule color) {
     std::vector<float> records;
     unsigned int const target = targetOf(system, a.percent);
     unsigned int taken = 0;
@@ -294,7 +294,7 @@ inline std::vector<std::uint32_t> recordBits(ParticleSystem_v2 const& system, Ar
                 value.s = channels[a.channel]->asFloats()[slot];
         }
         Vector3<float> const at = channels[0]->asVectors()[slot];
-        Rgb const c = colour(a, value);
+        Rgb const c = color(a, value);
         records.insert(records.end(), {at.x, at.y, at.z, c[0], c[1], c[2]});
     }
     std::vector<std::uint32_t> bits(records.size());
@@ -340,7 +340,7 @@ inline std::string elements(std::size_t count) {
 inline std::string vertices(int stride, char const* at = "pointer") {
     return "glVertexPointer(3, GL_FLOAT, " + std::to_string(stride) + ", " + at + ")";
 }
-inline std::string colours(int stride) {
+inline std::string colors(int stride) {
     return "glColorPointer(3, GL_FLOAT, " + std::to_string(stride) + ", pointer)";
 }
 
@@ -364,17 +364,17 @@ inline Texts uploaded(unsigned int name, std::size_t particles) {
 inline Texts drawnFromVbo(unsigned int name, std::size_t particles, Texts const& pointSize) {
     return joined({ENABLED,
                    pointSize,
-                   {binding(name), vertices(24, "null"), colours(24), arrays(particles), binding(0)},
+                   {binding(name), vertices(24, "null"), colors(24), arrays(particles), binding(0)},
                    DISABLED});
 }
 inline Texts drawnBatch(std::size_t particles) {
-    return joined({ENABLED, {vertices(24), colours(24), arrays(particles)}, DISABLED});
+    return joined({ENABLED, {vertices(24), colors(24), arrays(particles)}, DISABLED});
 }
-/// A chunk with colours.
-inline Texts drawnChunk(int colourStride, std::string const& draw) {
-    return joined({ENABLED, {vertices(12), colours(colourStride), draw}, DISABLED});
+/// A chunk with colors.
+inline Texts drawnChunk(int colorStride, std::string const& draw) {
+    return joined({ENABLED, {vertices(12), colors(colorStride), draw}, DISABLED});
 }
-/// A chunk without colours.
+/// A chunk without colors.
 inline Texts drawnChunk(std::string const& draw) {
     return {ENABLED[0], vertices(12), draw, DISABLED[0]};
 }

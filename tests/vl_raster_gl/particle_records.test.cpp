@@ -47,10 +47,10 @@ std::vector<float> numbers(std::size_t const& count) {
     return result;
 }
 
-/// Compares what a writer and the plain one make of the same particles, with every colour and placing of the records.
+/// Compares what a writer and the plain one make of the same particles, with every color and placing of the records.
 void expectSameBits(RecordWriter const& writer, std::vector<float> const& positions,
                     std::vector<float> const& values, unsigned int const* offsets, std::size_t const& count) {
-    RecordFormula formula{RecordColour::CONSTANT,
+    RecordFormula formula{RecordColor::CONSTANT,
                           {0.5F, -1, 2},
                           {0.1F, 0.9F, -0.2F},
                           {0.7F, -0.6F, 1.5F},
@@ -58,8 +58,8 @@ void expectSameBits(RecordWriter const& writer, std::vector<float> const& positi
                           0.5F,
                           2.5F,
                           2};
-    for (int source = 0; source <= static_cast<int>(RecordColour::TRUNCATED_SCALAR); ++source) {
-        formula.source = static_cast<RecordColour>(source);
+    for (int source = 0; source <= static_cast<int>(RecordColor::TRUNCATED_SCALAR); ++source) {
+        formula.source = static_cast<RecordColor>(source);
         for (std::size_t const shift : {0U, 1U, 2U, 4U, 6U}) {
             for (bool const streams : {false, true}) {
                 std::vector<float> expected(6 * count + 16, 7.0F);
@@ -79,7 +79,7 @@ void expectSameBits(RecordWriter const& writer, std::vector<float> const& positi
     }
 }
 
-TEST_P(RecordWriters_test, neighboursGetTheSameBits) {
+TEST_P(RecordWriters_test, neighborsGetTheSameBits) {
     if (GetParam().writer == nullptr) {
         GTEST_SKIP() << "this processor does not have the instructions";
     }

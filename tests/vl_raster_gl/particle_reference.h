@@ -36,8 +36,8 @@ struct Look {
     unsigned int magnitude = 0;
 };
 
-inline Record record(Vector3<float> const& position, Vector3<float> const& colour) {
-    return {position.x, position.y, position.z, colour.x, colour.y, colour.z};
+inline Record record(Vector3<float> const& position, Vector3<float> const& color) {
+    return {position.x, position.y, position.z, color.x, color.y, color.z};
 }
 
 inline float clamped(float const& value) {
@@ -70,9 +70,9 @@ inline float lengthOf(Vector3<float> const& v) {
     return std::sqrt(v.x * v.x + v.y * v.y + v.z * v.z);
 }
 
-/// The colour floats of one particle with the channel's values `vector` or `scalar`; type 0 for no channel.
-inline Vector3<float> colour(Path const& path, Look const& look, unsigned int const& type,
-                             Vector3<float> const& vector, float const& scalar) {
+/// The color floats of one particle with the channel's values `vector` or `scalar`; type 0 for no channel.
+inline Vector3<float> color(Path const& path, Look const& look, unsigned int const& type,
+                            Vector3<float> const& vector, float const& scalar) {
     Vector3<float> const minColor{look.minColor.r, look.minColor.g, look.minColor.b};
     Vector3<float> const maxColor{look.maxColor.r, look.maxColor.g, look.maxColor.b};
     bool const isScalar = type == ParticleChannel_v2::SCALAR;
@@ -149,7 +149,7 @@ inline std::vector<Record> records(Path const& path, ParticleSystem_v2 const& sy
                                           : Vector3<float>{};
         float const scalar =
             type == ParticleChannel_v2::SCALAR ? channels[look.channel]->asFloats()[index] : 0.0F;
-        all.push_back(record(channels[0]->asVectors()[index], colour(path, look, type, vector, scalar)));
+        all.push_back(record(channels[0]->asVectors()[index], color(path, look, type, vector, scalar)));
     }
     std::vector<Record> result;
     for (unsigned int const index : chosen(system.size(), look.percent)) {

@@ -23,16 +23,16 @@ namespace {
 
 using Point = Vector3<double>;
 
-constexpr double pi = 3.14159265358979323846;
-constexpr int pictureCount = 7;
-constexpr int variableCount = 10;
+constexpr double PI = 3.14159265358979323846;
+constexpr int PICTURE_COUNT = 7;
+constexpr int VARIABLE_COUNT = 10;
 
 // How far away the sun of an ocean is: all of the water sees it in the same direction.
-constexpr double sunDistance = 1e6;
+constexpr double SUN_DISTANCE = 1e6;
 
 // == Frames ==
 
-Matrix4<double> movedAndScaled(double const& factor, Point const& move) {
+Matrix4<double> movedAndScaled(double factor, Point const& move) {
     return {{factor, 0, 0, 0, 0, factor, 0, 0, 0, 0, factor, 0, move.x, move.y, move.z, 1}};
 }
 
@@ -61,21 +61,21 @@ Point middle(Box3<double> const& box) {
 ObjectFrame frameFor(EffectOptions const& options, Box3<double> const& box, Scene const& scene,
                      OceanMap const& map) {
     switch (options.effect) {
-    case Effect::displacement: {
+    case Effect::DISPLACEMENT: {
         double const side = longestSide(box);
         return {middle(box), side > 0 ? options.values.number("tile") / side : 1};
     }
-    case Effect::ocean:
+    case Effect::OCEAN:
         return {{0, 0, 0}, 1 / static_cast<double>(map.unit)};
     default:
         break;
     }
-    double const perRadius = scene.unitsPerFileUnit() / Scene::radius;
+    double const perRadius = scene.unitsPerFileUnit() / Scene::RADIUS;
     return {scene.fileOrigin() * (-1 / scene.unitsPerFileUnit()), perRadius};
 }
 
 /// The mesh as an ocean: flat, with texture coordinates that follow from the places.
-MeshData asOcean(MeshData mesh, double const& patch) {
+MeshData asOcean(MeshData mesh, double patch) {
     mesh.normals.assign(mesh.positions.size(), {0, 1, 0});
     mesh.computedNormalCount = 0;
     mesh.textureCoordinates.resize(mesh.positions.size());
@@ -88,12 +88,12 @@ MeshData asOcean(MeshData mesh, double const& patch) {
 
 // == Pictures ==
 
-bool isPowerOfTwo(unsigned int const& number) {
+bool isPowerOfTwo(unsigned int number) {
     return number != 0 && (number & (number - 1)) == 0;
 }
 
 /// What is wrong with a picture file that an effect reads itself, or nothing.
-std::optional<Fault> pictureFault(std::string const& path, bool const& isMap) {
+std::optional<Fault> pictureFault(std::string const& path, bool isMap) {
     if (path.empty()) {
         return std::nullopt;
     }
@@ -116,7 +116,7 @@ std::optional<Fault> firstPictureFault(EffectOptions const& options) {
             return fault;
         }
     }
-    for (int i = 0; i < pictureCount; ++i) {
+    for (int i = 0; i < PICTURE_COUNT; ++i) {
         if (std::optional<Fault> fault =
                 pictureFault(options.values.file("Texture" + std::to_string(i)), false)) {
             return fault;
@@ -141,12 +141,11 @@ SeaState seaOf(EffectValues const& values) {
 
 // == Lights ==
 
-void setLight(GLenum const& light, Point const& eyePlace, Color4<float> const& colour,
-              float const& strength) {
+void setLight(GLenum light, Point const& eyePlace, Color4<float> const& color, float strength) {
     float const place[4] = {static_cast<float>(eyePlace.x), static_cast<float>(eyePlace.y),
                             static_cast<float>(eyePlace.z), 1};
-    float const diffuse[4] = {colour.r * strength, colour.g * strength, colour.b * strength, 1};
-    float const specular[4] = {colour.r, colour.g, colour.b, 1};
+    float const diffuse[4] = {color.r * strength, color.g * strength, color.b * strength, 1};
+    float const specular[4] = {color.r, color.g, color.b, 1};
     glLightfv(light, GL_POSITION, place);
     glLightfv(light, GL_AMBIENT, specular);
     glLightfv(light, GL_DIFFUSE, diffuse);
@@ -157,7 +156,7 @@ void setLight(GLenum const& light, Point const& eyePlace, Color4<float> const& c
 }
 
 struct Matrix {
-    explicit Matrix(GLenum const& name) { glGetDoublev(name, e); }
+    explicit Matrix(GLenum name) { glGetDoublev(name, e); }
 
     /// The place that a point comes to, without a perspective's division.
     Point operator*(Point const& p) const {
@@ -197,11 +196,11 @@ public:
     ModelUnits& operator=(ModelUnits const&) = delete;
 };
 
-/// Lights, materials, textures and the colour as they were, when it ends.
+/// Lights, materials, textures and the color as they were, when it ends.
 class KeptState {
 public:
     KeptState() {
-        glGetFloatv(GL_CURRENT_COLOR, _colour);
+        glGetFloatv(GL_CURRENT_COLOR, color);
         glPushAttrib(GL_LIGHTING_BIT | GL_TEXTURE_BIT);
     }
     ~KeptState() {
@@ -210,13 +209,13 @@ public:
         glActiveTexture(GL_TEXTURE1);
         glActiveTexture(GL_TEXTURE0);
         glPopAttrib();
-        glColor4fv(_colour);
+        glColor4fv(color);
     }
     KeptState(KeptState const&) = delete;
     KeptState& operator=(KeptState const&) = delete;
 
 private:
-    float _colour[4];
+    float color[4];
 };
 
 /// A user's stages, which may not go together.
@@ -254,7 +253,7 @@ Result<EffectSubject> EffectSubject::prepare(Options const& options, std::vector
     if (std::optional<Fault> fault = firstPictureFault(effect)) {
         return *fault;
     }
-    if (effect.effect == Effect::ocean) {
+    if (effect.effect == Effect::OCEAN) {
         SeaState const sea = seaOf(effect.values);
         if (std::optional<std::string> const fault = sea.firstFault()) {
             return Fault{"", *fault};
@@ -284,7 +283,7 @@ Result<EffectSubject> EffectSubject::prepare(Options const& options, std::vector
         ObjectFrame const frame = frameFor(effect, meshes[i].box(), scene, subject.oceanMap);
         auto const place = [&frame](Point const& p) { return frame.place(p); };
         std::vector<ModelPart> parts =
-            effect.effect == Effect::ocean
+            effect.effect == Effect::OCEAN
                 ? makeParts(asOcean(meshes[i], static_cast<double>(subject.oceanPatch)), place, anyTexture)
                 : makeParts(meshes[i], place, anyTexture);
         Model model{{}, frame.toScene(scene)};
@@ -301,49 +300,49 @@ Result<EffectSubject> EffectSubject::prepare(Options const& options, std::vector
 
 // == EffectRenderer ==
 
-EffectRenderer::EffectRenderer(ReportingLayer& layer, Options const& options, EffectSubject subject)
-    : _layer(layer), _options(options), _subject(std::move(subject)) {
-    switch (_options.effect.effect) {
-    case Effect::displacement:
+EffectRenderer::EffectRenderer(ReportingLayer& layer, Options const& options, EffectSubject effectSubject)
+    : layer(layer), request(options), subject(std::move(effectSubject)) {
+    switch (request.effect.effect) {
+    case Effect::DISPLACEMENT:
         _makeDisplacement();
         break;
-    case Effect::ocean:
+    case Effect::OCEAN:
         _makeOcean();
         break;
-    case Effect::glass:
+    case Effect::GLASS:
         _makeGlass();
         break;
-    case Effect::sss:
+    case Effect::SSS:
         _makeScattering();
         break;
-    case Effect::custom:
+    case Effect::CUSTOM:
         _makeCustom();
         break;
-    case Effect::none:
+    case Effect::NONE:
         break;
     }
-    if (!_effect->created) {
-        _effect->create();
+    if (!shader->created) {
+        shader->create();
     }
-    _effect->enable(false);
+    shader->enable(false);
     _noteReports(0);
 
-    bool const hasBuffers = _layer.isExtensionSupported("GL_ARB_vertex_buffer_object");
-    for (EffectSubject::Model const& model : _subject.models) {
-        _renderers.emplace_back();
+    bool const hasBuffers = layer.isExtensionSupported("GL_ARB_vertex_buffer_object");
+    for (EffectSubject::Model const& model : subject.models) {
+        renderers.emplace_back();
         for (std::unique_ptr<Mesh> const& mesh : model.meshes) {
             auto renderer = std::make_unique<Mesh_RL_GL>(mesh.get(), false);
-            renderer->useBufferObjects = hasBuffers && !_options.immediate;
-            renderer->shader = _effect.get();
-            _renderers.back().push_back(std::move(renderer));
+            renderer->useBufferObjects = hasBuffers && !request.immediate;
+            renderer->shader = shader.get();
+            renderers.back().push_back(std::move(renderer));
         }
     }
 }
 
 EffectRenderer::~EffectRenderer() = default;
 
-bool EffectRenderer::covers(std::size_t const& model) const {
-    return _options.effect.covers(model);
+bool EffectRenderer::covers(std::size_t model) const {
+    return request.effect.covers(model);
 }
 
 void EffectRenderer::draw(ScreenAxes const& screen) {
@@ -351,25 +350,25 @@ void EffectRenderer::draw(ScreenAxes const& screen) {
     _setMaterial();
     MeshShading shading;
     shading.mode =
-        _options.shading == Shading::faceted ? MeshShadingMode_ns::FACETED : MeshShadingMode_ns::SMOOTH;
+        request.shading == Shading::FACETED ? MeshShadingMode_ns::FACETED : MeshShadingMode_ns::SMOOTH;
     shading.flags = MeshShadingFlags_ns::GPU_SHADER | MeshShadingFlags_ns::TEXTURE;
-    if (_options.wireframeBack) {
+    if (request.wireframeBack) {
         shading.flags |= MeshShadingFlags_ns::WIREFRAME_BACK_FACES;
     }
-    shading.textureChannel = ModelPart::channel;
-    for (std::size_t i = 0; i < _renderers.size(); ++i) {
-        if (_options.effect.effect == Effect::ocean) {
+    shading.textureChannel = ModelPart::CHANNEL;
+    for (std::size_t i = 0; i < renderers.size(); ++i) {
+        if (request.effect.effect == Effect::OCEAN) {
             _placeSun();
         } else {
-            _placeLights(screen, _subject.models[i].toScene.e[0]);
+            _placeLights(screen, subject.models[i].toScene.e[0]);
         }
-        ModelUnits const units(_subject.models[i].toScene);
-        for (std::unique_ptr<Mesh_RL_GL> const& renderer : _renderers[i]) {
+        ModelUnits const units(subject.models[i].toScene);
+        for (std::unique_ptr<Mesh_RL_GL> const& renderer : renderers[i]) {
             // The size of the viewport may be another one than at the last time.
-            _effect->markDirty();
-            if (_options.effect.effect == Effect::sss) {
+            shader->markDirty();
+            if (request.effect.effect == Effect::SSS) {
                 // Its passes send their values to a program that is enabled, and do not enable it themselves.
-                _effect->enable(true);
+                shader->enable(true);
             }
             renderer->render(shading);
         }
@@ -379,11 +378,11 @@ void EffectRenderer::draw(ScreenAxes const& screen) {
 // == The effects ==
 
 void EffectRenderer::_makeDisplacement() {
-    EffectValues const& values = _options.effect.values;
+    EffectValues const& values = request.effect.values;
     auto effect = std::make_unique<Displacement_shader>();
-    Color4<float> const colour = values.colour("color");
+    Color4<float> const color = values.color("color");
     Vector3<float> const tile = values.triple("tile");
-    effect->setBaseColor(colour.r, colour.g, colour.b, colour.a);
+    effect->setBaseColor(color.r, color.g, color.b, color.a);
     effect->setScale(values.triple("scale"));
     effect->setTileScale(tile.x, tile.y);
     effect->setDepth(values.whole("depth"));
@@ -391,77 +390,77 @@ void EffectRenderer::_makeDisplacement() {
     effect->setNLights(static_cast<unsigned int>(values.whole("lights")));
     effect->setDisplacementTexture(VL_String(values.file("map").c_str()));
     effect->setNormalsTexture(VL_String(values.file("normals").c_str()));
-    _effect = std::move(effect);
+    shader = std::move(effect);
 }
 
 void EffectRenderer::_makeOcean() {
-    EffectValues const& values = _options.effect.values;
+    EffectValues const& values = request.effect.values;
     auto effect = std::make_unique<Displacement_XZ_shader>();
-    Color4<float> const colour = values.colour("color");
-    float const side = _subject.oceanPatch / _subject.oceanMap.unit;
-    effect->setBaseColor(colour.r, colour.g, colour.b, colour.a);
-    effect->setScale(_subject.oceanMap.heightScale);
+    Color4<float> const color = values.color("color");
+    float const side = subject.oceanPatch / subject.oceanMap.unit;
+    effect->setBaseColor(color.r, color.g, color.b, color.a);
+    effect->setScale(subject.oceanMap.heightScale);
     effect->setDim_X(side);
     effect->setDim_Z(side);
     effect->setRepeat_U(1);
     effect->setRepeat_V(1);
     effect->setResolution(values.whole("size"));
     effect->setFoamThreshold(static_cast<float>(values.number("foam-threshold")));
-    effect->setDisplacementTexture(_subject.oceanMap.image);
-    _effect = std::move(effect);
+    effect->setDisplacementTexture(subject.oceanMap.image);
+    shader = std::move(effect);
 }
 
 void EffectRenderer::_makeGlass() {
-    EffectValues const& values = _options.effect.values;
+    EffectValues const& values = request.effect.values;
     auto effect = std::make_unique<Glass_shader>();
-    Color4<float> const colour = values.colour("color");
-    std::string path = _options.effect.environment;
+    Color4<float> const color = values.color("color");
+    std::string path = request.effect.environment;
     if (path.empty()) {
-        _sky = std::make_unique<MemoryFile>(skyPicture());
-        path = _sky->path();
+        sky = std::make_unique<MemoryFile>(skyPicture());
+        path = sky->path();
     }
-    effect->setBaseColor(colour.r, colour.g, colour.b, colour.a);
+    effect->setBaseColor(color.r, color.g, color.b, color.a);
     effect->setDepth(static_cast<float>(values.number("depth")));
     effect->setMixRatio(static_cast<float>(values.number("mix")));
     effect->setNLights(static_cast<unsigned int>(values.whole("lights")));
     effect->setEnvironmentTexture(VL_String(path.c_str()));
-    _effect = std::move(effect);
+    shader = std::move(effect);
 }
 
 void EffectRenderer::_makeScattering() {
-    EffectValues const& values = _options.effect.values;
+    EffectValues const& values = request.effect.values;
     auto effect = std::make_unique<SSScattering_shader>();
-    Color4<float> const colour = values.colour("color");
-    effect->setBaseColor(colour.r, colour.g, colour.b, colour.a);
-    effect->setExtinctionCoefficient(values.colour("extinction"));
+    Color4<float> const color = values.color("color");
+    effect->setBaseColor(color.r, color.g, color.b, color.a);
+    effect->setExtinctionCoefficient(values.color("extinction"));
     effect->setMaterialThickness(static_cast<float>(values.number("thickness")));
     effect->setRimScalar(static_cast<float>(values.number("rim")));
     effect->setNLights(static_cast<unsigned int>(values.whole("lights")));
-    _effect = std::move(effect);
+    shader = std::move(effect);
 }
 
 void EffectRenderer::_makeCustom() {
-    EffectValues const& values = _options.effect.values;
+    EffectValues const& values = request.effect.values;
     auto effect = std::make_unique<UserShader>();
-    effect->setBaseColor(values.colour("BaseColor"));
+    effect->setBaseColor(values.color("BaseColor"));
     effect->setNLights(static_cast<unsigned int>(values.whole("lights")));
-    for (int i = 0; i < variableCount; ++i) {
+    for (int i = 0; i < VARIABLE_COUNT; ++i) {
         std::string const number = std::to_string(i);
         effect->setFloatVar(static_cast<float>(values.number("FloatVar" + number)), i);
         effect->setVec3Var(values.triple("Vec3Var" + number), i);
-        effect->setVec4Var(values.colour("Vec4Var" + number), i);
+        effect->setVec4Var(values.color("Vec4Var" + number), i);
     }
-    for (int i = 0; i < pictureCount; ++i) {
+    for (int i = 0; i < PICTURE_COUNT; ++i) {
         effect->setTexture(VL_String(values.file("Texture" + std::to_string(i)).c_str()), i);
     }
 
-    std::string paths[] = {_options.effect.vertexShader, _options.effect.fragmentShader,
-                           _options.effect.geometryShader};
+    std::string paths[] = {request.effect.vertexShader, request.effect.fragmentShader,
+                           request.effect.geometryShader};
     for (std::string& path : paths) {
         std::optional<Fault> fault = path.empty() ? std::nullopt : shaderFileFault(path);
         if (fault) {
             fault->message += replaced;
-            _notes.push_back(*fault);
+            stageNotes.push_back(*fault);
             path.clear();
         }
     }
@@ -470,34 +469,34 @@ void EffectRenderer::_makeCustom() {
     std::string const& last = paths[2].empty() ? paths[0] : paths[2];
     if (!effect->isLinked()) {
         for (Fault const& line : shaderFaults(theProgram, effect->linkLog())) {
-            _notes.push_back(line);
+            stageNotes.push_back(line);
         }
-        _notes.push_back({theProgram, "cannot be linked; stages that pass everything on take its place"});
+        stageNotes.push_back({theProgram, "cannot be linked; stages that pass everything on take its place"});
         effect->setShaders("", "", "");
     } else if (!hasFragments && !last.empty() && !mentions(last, "gl_FrontColor")) {
-        _notes.push_back({last,
-                          "sets no gl_FrontColor, which the fragment stage that passes everything on shows; "
-                          "such a stage takes its place, too"});
+        stageNotes.push_back(
+            {last, "sets no gl_FrontColor, which the fragment stage that passes everything on shows; "
+                   "such a stage takes its place, too"});
         effect->setShaders("", "", "");
     }
     // GL refuses to use a program that is not linked, and says so.
-    _layer.getError("EffectRenderer", __LINE__);
+    layer.getError("EffectRenderer", __LINE__);
     effect->grabFrameBuffer(values.isYes("grab"));
-    _effect = std::move(effect);
+    shader = std::move(effect);
 }
 
 /// Stages that do not compile are known by what the driver says about them.
-bool EffectRenderer::_noteReports(unsigned int const& stage) {
-    EffectOptions const& options = _options.effect;
+bool EffectRenderer::_noteReports(unsigned int stage) {
+    EffectOptions const& options = request.effect;
     bool isFound = false;
-    for (ShaderReport const& report : _layer.takeReports()) {
+    for (ShaderReport const& report : layer.takeReports()) {
         std::string const file = report.stage == GL_VERTEX_SHADER     ? options.vertexShader
                                  : report.stage == GL_FRAGMENT_SHADER ? options.fragmentShader
                                                                       : options.geometryShader;
         for (Fault const& line : shaderFaults(file, report.log)) {
-            _notes.push_back(line);
+            stageNotes.push_back(line);
         }
-        _notes.push_back({file, "does not compile" + replaced});
+        stageNotes.push_back({file, "does not compile" + replaced});
         isFound = isFound || report.stage == stage;
     }
     return isFound;
@@ -507,16 +506,16 @@ bool EffectRenderer::_noteReports(unsigned int const& stage) {
 
 /// \param unit what a length of 1 of the model is in the scene.
 void EffectRenderer::_placeLights(ScreenAxes const& screen, double unit) const {
-    EffectValues const& values = _options.effect.values;
+    EffectValues const& values = request.effect.values;
     Matrix const modelView(GL_MODELVIEW_MATRIX);
-    Point centre = modelView * Point{0, 0, 0};
-    double radius = Scene::radius;
+    Point center = modelView * Point{0, 0, 0};
+    double radius = Scene::RADIUS;
     float strength = 1;
-    if (_options.effect.effect == Effect::sss) {
+    if (request.effect.effect == Effect::SSS) {
         // The effect looks for its lights in clip coordinates, in which lengths are stretched by the projection; and
         // at the distances that a scene of this size has, a tenth of the light arrives.
         Matrix const projection(GL_PROJECTION_MATRIX);
-        centre = projection * centre;
+        center = projection * center;
         radius *= 12;
         strength = 10;
         unit = 1;
@@ -526,18 +525,18 @@ void EffectRenderer::_placeLights(ScreenAxes const& screen, double unit) const {
     glLoadIdentity();
     auto const place = [&](char const* const name) {
         Vector3<double> const p = convert<double>(values.triple(name));
-        return (centre + (screen.right * p.x + screen.up * p.y + screen.towardsViewer * p.z) * radius) *
+        return (center + (screen.right * p.x + screen.up * p.y + screen.towardViewer * p.z) * radius) *
                (1 / unit);
     };
-    setLight(GL_LIGHT0, place("light"), values.colour("light-color"), strength);
-    setLight(GL_LIGHT1, place("light2"), values.colour("light2-color"), strength);
+    setLight(GL_LIGHT0, place("light"), values.color("light-color"), strength);
+    setLight(GL_LIGHT1, place("light2"), values.color("light2-color"), strength);
     glPopMatrix();
 }
 
 void EffectRenderer::_placeSun() const {
-    Vector3<float> const angles = _options.effect.values.triple("sun");
-    double const elevation = static_cast<double>(angles.x) * pi / 180;
-    double const azimuth = static_cast<double>(angles.y) * pi / 180;
+    Vector3<float> const angles = request.effect.values.triple("sun");
+    double const elevation = static_cast<double>(angles.x) * PI / 180;
+    double const azimuth = static_cast<double>(angles.y) * PI / 180;
     // The world's axes in eye space: the columns of the model-view matrix.
     Matrix const m(GL_MODELVIEW_MATRIX);
     Point const up = normalized(Point{m.e[4], m.e[5], m.e[6]});
@@ -551,14 +550,14 @@ void EffectRenderer::_placeSun() const {
     glMatrixMode(GL_MODELVIEW);
     glPushMatrix();
     glLoadIdentity();
-    setLight(GL_LIGHT0, sun * sunDistance, sunlight, 1);
+    setLight(GL_LIGHT0, sun * SUN_DISTANCE, sunlight, 1);
     glPopMatrix();
 }
 
 void EffectRenderer::_setMaterial() const {
-    EffectValues const& values = _options.effect.values;
-    bool const isOcean = _options.effect.effect == Effect::ocean;
-    bool const isScattering = _options.effect.effect == Effect::sss;
+    EffectValues const& values = request.effect.values;
+    bool const isOcean = request.effect.effect == Effect::OCEAN;
+    bool const isScattering = request.effect.effect == Effect::SSS;
     // The ocean makes the highlight three times as strong and ten times as narrow as the material has it.
     float const gloss = isOcean ? 0.5F : isScattering ? 1.0F : static_cast<float>(values.number("gloss"));
     float const shininess = isOcean ? 24.0F : static_cast<float>(values.number("shininess"));

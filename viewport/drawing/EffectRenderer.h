@@ -27,7 +27,7 @@ namespace vellum::viewport {
 /// and what it takes from files. Plain data; nothing here touches OpenGL.
 ///
 /// The frame of the meshes: for displacement a tile of the map is 1 long; for the ocean 1 is the map's unit, with
-/// texture coordinates that follow from the positions, which are metres; for the other effects the scene's radius is 1.
+/// texture coordinates that follow from the positions, which are meters; for the other effects the scene's radius is 1.
 struct EffectSubject {
     struct Model {
         std::vector<std::unique_ptr<Mesh>> meshes;
@@ -42,7 +42,7 @@ struct EffectSubject {
     std::vector<Model> models;
     std::optional<OceanScene> oceanScene;  ///< the whole scene, where there are no files
     OceanMap oceanMap;                     ///< only of an ocean
-    float oceanPatch = 1;                  ///< metres
+    float oceanPatch = 1;                  ///< meters
 };
 
 /// Draws models through an effect with its own lights, or the sea that an ocean effect has without models.
@@ -56,12 +56,12 @@ public:
     EffectRenderer& operator=(EffectRenderer const&) = delete;
 
     /// What the user is to be told about the stages: one fault for each line.
-    std::vector<Fault> const& notes() const { return _notes; }
+    std::vector<Fault> const& notes() const { return stageNotes; }
 
-    bool covers(std::size_t const& model) const;  ///< Whether the model, counted from 0, is drawn here.
+    bool covers(std::size_t model) const;  ///< Whether the model, counted from 0, is drawn here.
 
     /// The whole scene, where the effect brings its own; else null.
-    OceanScene const* ownScene() const { return _subject.oceanScene ? &*_subject.oceanScene : nullptr; }
+    OceanScene const* ownScene() const { return subject.oceanScene ? &*subject.oceanScene : nullptr; }
 
     /// Draws the models with the effect. What is seen through them must have been drawn.
     /// \param screen the axes of the screen in eye space.
@@ -75,20 +75,20 @@ private:
     void _makeGlass();
     void _makeScattering();
     void _makeCustom();
-    bool _noteReports(unsigned int const& stage);  // whether one of them is about the stage
+    bool _noteReports(unsigned int stage);  // whether one of them is about the stage
 
     // == Lights ==
     void _placeLights(ScreenAxes const& screen, double unit) const;
     void _placeSun() const;
     void _setMaterial() const;
 
-    ReportingLayer& _layer;
-    Options const& _options;
-    EffectSubject _subject;
-    std::unique_ptr<MemoryFile> _sky;  // read whenever the effect is created
-    std::unique_ptr<Base_shader> _effect;
-    std::vector<std::vector<std::unique_ptr<Mesh_RL_GL>>> _renderers;  // of each model
-    std::vector<Fault> _notes;
+    ReportingLayer& layer;
+    Options const& request;
+    EffectSubject subject;
+    std::unique_ptr<MemoryFile> sky;  // read whenever the effect is created
+    std::unique_ptr<Base_shader> shader;
+    std::vector<std::vector<std::unique_ptr<Mesh_RL_GL>>> renderers;  // of each model
+    std::vector<Fault> stageNotes;
 };
 
 }  // namespace vellum::viewport

@@ -18,7 +18,7 @@ std::optional<std::string> startGlew() {
         return std::nullopt;
     }
 #endif
-    return std::string("GLEW cannot be initialised: ") +
+    return std::string("GLEW cannot be initialized: ") +
            reinterpret_cast<char const*>(glewGetErrorString(status));
 }
 

@@ -5,7 +5,7 @@
 
 namespace vellum::viewport {
 
-/// Initialises GLEW for the current context, whether GLX or EGL made it. Gives nothing on success, else the reason
+/// Initializes GLEW for the current context, whether GLX or EGL made it. Gives nothing on success, else the reason
 /// as one clause. A context must be current.
 std::optional<std::string> startGlew();
 

@@ -18,11 +18,10 @@ struct ImpostorView {
 
     /// \param view from the scene to clip space, for the viewport of `width` times `height` pixels that has the
     ///        same lower left corner as the square one, whose side is the longer of both
-    /// \param right, towardsViewer the screen's axes in the scene, unit length
+    /// \param right, towardViewer the screen's axes in the scene, unit length
     /// \param diameter of a ball, in units of the scene; above 0
-    static ImpostorView of(Matrix4<double> const& view, int const& width, int const& height,
-                           Vector3<double> const& right, Vector3<double> const& towardsViewer,
-                           double const& diameter);
+    static ImpostorView of(Matrix4<double> const& view, int width, int height, Vector3<double> const& right,
+                           Vector3<double> const& towardViewer, double diameter);
 };
 
 }  // namespace vellum::viewport

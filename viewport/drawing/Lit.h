@@ -4,22 +4,22 @@
 
 namespace vellum::viewport {
 
-/// Lighting by the two lights with the current colour as material, while it lives.
+/// Lighting by the two lights with the current color as material, while it lives.
 class Lit {
 public:
     enum class Finish {
-        glossy,
-        dull,   // for facets, which a highlight would fill whole
-        bright  // for handles, whose colours must be told apart on all sides
+        GLOSSY,
+        DULL,   // for facets, which a highlight would fill whole
+        bright  // for handles, whose colors must be told apart on all sides
     };
 
-    Lit(Core_RL& layer, Finish const& finish);
+    Lit(Core_RL& layer, Finish finish);
     ~Lit();
     Lit(Lit const&) = delete;
     Lit& operator=(Lit const&) = delete;
 
 private:
-    Core_RL& _layer;
+    Core_RL& layer;
 };
 
 }  // namespace vellum::viewport

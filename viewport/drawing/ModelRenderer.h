@@ -15,7 +15,7 @@ namespace vellum::viewport {
 /// The textures of a scene as OpenGL has them, each image once.
 class TextureStore {
 public:
-    explicit TextureStore(Core_RL& layer) : _layer(layer) {}
+    explicit TextureStore(Core_RL& layer) : layer(layer) {}
     ~TextureStore();
     TextureStore(TextureStore const&) = delete;
     TextureStore& operator=(TextureStore const&) = delete;
@@ -24,8 +24,8 @@ public:
     unsigned int nameOf(VL_Image const& image);
 
 private:
-    Core_RL& _layer;
-    std::map<VL_Image const*, unsigned int> _names;
+    Core_RL& layer;
+    std::map<VL_Image const*, unsigned int> names;
 };
 
 /// Draws one model in the way that the options ask for: each of its parts through a mesh renderer, with buffer objects
@@ -38,7 +38,7 @@ public:
     ModelRenderer(Core_RL& layer, Model const& model, Options const& options, TextureStore& textures);
 
     /// \param lineScale the width of a line of one pixel of the picture, in samples.
-    void draw(double const& lineScale);
+    void draw(double lineScale);
 
     void drawShape();  ///< Nothing but the triangles, for picking and for the depth buffer.
 
@@ -51,7 +51,7 @@ private:
 
     void _drawSurface(Part& part);
     void _drawPlainSurface(Part& part);
-    void _drawColouredSurface(ModelPart const& part);
+    void _drawColoredSurface(ModelPart const& part);
     void _drawWireframe();
     void _drawBox();
     void _drawEdges(Part& part);
@@ -59,17 +59,17 @@ private:
     void _drawConnectivity(Part& part);
     void _drawPreview(Part& part);
     bool _isFilled() const;
-    void _pushLineWidth(double const& pixels) const;
+    void _pushLineWidth(double pixels) const;
 
-    Core_RL& _layer;
-    Options const& _options;
-    TextureStore& _textures;
-    std::vector<Part> _parts;
+    Core_RL& layer;
+    Options const& options;
+    TextureStore& textures;
+    std::vector<Part> parts;
 
     // The vertices of all parts, only for the box: it is that of the model, not one for each material.
-    std::unique_ptr<Mesh> _whole;
-    std::unique_ptr<Mesh_RL_GL> _wholeRenderer;
-    double _lineScale = 1;
+    std::unique_ptr<Mesh> whole;
+    std::unique_ptr<Mesh_RL_GL> wholeRenderer;
+    double lineScale = 1;
 };
 
 }  // namespace vellum::viewport

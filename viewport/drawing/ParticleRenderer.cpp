@@ -11,13 +11,13 @@ namespace {
 using Mode = Particles_RL_GL_v2::RenderMode;
 using Magnitude = Particles_RL_GL_v2::RenderMagnitude;
 
-Mode::type renderMode(ParticleMode const& mode) {
+Mode::type renderMode(ParticleMode mode) {
     switch (mode) {
-    case ParticleMode::spheres:
+    case ParticleMode::SPHERES:
         return Mode::SPHERES;
-    case ParticleMode::arrows:
+    case ParticleMode::ARROWS:
         return Mode::ARROWS;
-    case ParticleMode::points:
+    case ParticleMode::POINTS:
         break;
     }
     return Mode::POINTS;
@@ -27,35 +27,35 @@ Mode::type renderMode(ParticleMode const& mode) {
 
 ParticleRenderer::ParticleRenderer(Core_RL& layer, std::shared_ptr<ParticleSystem_v2 const> const& system,
                                    Look const& look)
-    : _layer(&layer), _system(system), _look(look), _renderer(new Particles_RL_GL_v2) {
-    _renderer->init();
-    _renderer->setRenderMode(renderMode(look.mode));
+    : layer(&layer), system(system), look(look), renderer(new Particles_RL_GL_v2) {
+    renderer->init();
+    renderer->setRenderMode(renderMode(look.mode));
 }
 
 ParticleRenderer::~ParticleRenderer() {
-    if (_renderer) {
-        _renderer->releaseEffects();
+    if (renderer) {
+        renderer->releaseEffects();
     }
 }
 
-void ParticleRenderer::draw(float const& size) {
-    RampColours const& colours = _look.colours;
+void ParticleRenderer::draw(float size) {
+    RampColors const& colors = look.colors;
     // The effect of arrows sets a line width of its own.
-    _layer->pushLineWidth(_layer->currentLineWidth());
-    if (_look.scale) {
-        _renderer->render(*_system, false, !_isFilled, 1, _look.scale->lowMagnitude(),
-                          _look.scale->highMagnitude(), colours.low, colours.high, colours.above, size, 1,
-                          _look.percent, true, true, Magnitude::LENGTH);
+    layer->pushLineWidth(layer->currentLineWidth());
+    if (look.scale) {
+        renderer->render(*system, false, !_isFilled, 1, look.scale->lowMagnitude(),
+                         look.scale->highMagnitude(), colors.low, colors.high, colors.above, size, 1,
+                         look.percent, true, true, Magnitude::LENGTH);
     } else {
-        _renderer->render(*_system, false, !_isFilled, 1, 0, 1, colours.high, colours.high, colours.high,
-                          size, ParticleChannel_v2::NONE, _look.percent, true, true, Magnitude::MIN_COLOR);
+        renderer->render(*system, false, !_isFilled, 1, 0, 1, colors.high, colors.high, colors.high, size,
+                         ParticleChannel_v2::NONE, look.percent, true, true, Magnitude::MIN_COLOR);
     }
-    _layer->popLineWidth();
+    layer->popLineWidth();
     _isFilled = true;
 }
 
-bool ParticleRenderer::isModeSupported(Core_RL& layer, ParticleMode const& mode) {
-    if (mode == ParticleMode::points) {
+bool ParticleRenderer::isModeSupported(Core_RL& layer, ParticleMode mode) {
+    if (mode == ParticleMode::POINTS) {
         return true;
     }
     auto const* const version = reinterpret_cast<char const*>(glGetString(GL_VERSION));

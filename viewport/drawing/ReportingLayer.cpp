@@ -21,11 +21,11 @@ void ReportingLayer::checkShaderCompilationErrors(unsigned int shader, char cons
     GLsizei written = 0;
     glGetShaderInfoLog(shader, static_cast<GLsizei>(log.size()), &written, log.data());
     log.resize(static_cast<std::size_t>(std::max(written, 0)));
-    _reports.push_back({static_cast<unsigned int>(stage), log});
+    reports.push_back({static_cast<unsigned int>(stage), log});
 }
 
 std::vector<ShaderReport> ReportingLayer::takeReports() {
-    return std::exchange(_reports, {});
+    return std::exchange(reports, {});
 }
 
 }  // namespace vellum::viewport

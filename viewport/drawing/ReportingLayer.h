@@ -25,7 +25,7 @@ public:
     std::vector<ShaderReport> takeReports();  ///< Those since the last call.
 
 private:
-    std::vector<ShaderReport> _reports;
+    std::vector<ShaderReport> reports;
 };
 
 }  // namespace vellum::viewport

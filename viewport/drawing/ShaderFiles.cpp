@@ -16,9 +16,9 @@ namespace vellum::viewport {
 
 namespace {
 
-constexpr off_t largestFile = 1 << 20;
+constexpr off_t LARGEST_FILE = 1 << 20;
 
-bool isDigit(char const& letter) {
+bool isDigit(char letter) {
     return std::isdigit(static_cast<unsigned char>(letter)) != 0;
 }
 
@@ -30,7 +30,7 @@ std::string_view takeDigits(std::string_view& text) {
     return digits;
 }
 
-bool take(std::string_view& text, std::string_view const& start) {
+bool take(std::string_view& text, std::string_view start) {
     if (text.substr(0, start.size()) != start) {
         return false;
     }
@@ -89,7 +89,7 @@ std::optional<Fault> shaderFileFault(std::string const& path) {
     struct stat status {};
     bool const isPlain = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
     std::string text;
-    if (isPlain && status.st_size <= largestFile) {
+    if (isPlain && status.st_size <= LARGEST_FILE) {
         text.resize(static_cast<std::size_t>(status.st_size));
         ssize_t const count = text.empty() ? 0 : ::read(descriptor, text.data(), text.size());
         text.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
@@ -98,10 +98,10 @@ std::optional<Fault> shaderFileFault(std::string const& path) {
     if (!isPlain) {
         return Fault{path, "is not a plain file"};
     }
-    if (status.st_size > largestFile) {
+    if (status.st_size > LARGEST_FILE) {
         return Fault{path, "is too large for the text of a stage (1 MiB)"};
     }
-    if (text.find_first_not_of(blanks) == std::string::npos) {
+    if (text.find_first_not_of(BLANKS) == std::string::npos) {
         return Fault{path, "is empty"};
     }
     if (text.find('\0') != std::string::npos) {
@@ -117,7 +117,7 @@ std::vector<Fault> shaderFaults(std::string const& file, std::string const& log)
         // Mesa puts full stops between what it says about a program, and says it once for each variable.
         std::string_view line = takeLine(rest);
         line.remove_prefix(std::min(line.find_first_not_of(" \t\r."), line.size()));
-        line = line.substr(0, line.find_last_not_of(blanks) + 1);
+        line = line.substr(0, line.find_last_not_of(BLANKS) + 1);
         LogLine const parts = split(line);
         Fault const fault{parts.number.empty() ? file : file + ":" + parts.number, parts.message};
         bool const isKnown = std::any_of(faults.begin(), faults.end(), [&fault](Fault const& other) {

@@ -24,11 +24,11 @@ namespace {
 
 std::string ascii(std::string text) {
     std::replace_if(
-        text.begin(), text.end(), [](char const& c) { return c < ' ' || c > '~'; }, '?');
+        text.begin(), text.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
     return text;
 }
 
-TextMask blank(double const& width, int const& height) {
+TextMask blank(double width, int height) {
     TextMask mask;
     mask.width = static_cast<int>(std::ceil(width)) + 1;
     mask.height = height;
@@ -36,12 +36,12 @@ TextMask blank(double const& width, int const& height) {
     return mask;
 }
 
-unsigned char& pixelOf(TextMask& mask, int const& x, int const& y) {
+unsigned char& pixelOf(TextMask& mask, int x, int y) {
     return mask.coverage[static_cast<std::size_t>(y) * static_cast<std::size_t>(mask.width) +
                          static_cast<std::size_t>(x)];
 }
 
-TextMask writeTrueType(std::string const& text, int const& height, stbtt_fontinfo const& font) {
+TextMask writeTrueType(std::string const& text, int height, stbtt_fontinfo const& font) {
     float const scale = stbtt_ScaleForPixelHeight(&font, static_cast<float>(height));
     int ascent = 0;
     int descent = 0;
@@ -89,7 +89,7 @@ TextMask writeTrueType(std::string const& text, int const& height, stbtt_fontinf
     return mask;
 }
 
-TextMask writeEasy(std::string text, int const& height) {
+TextMask writeEasy(std::string text, int height) {
     // Twelve units to a line; each letter gives some quads, each quad four corners of sixteen bytes.
     constexpr float unitsPerLine = 12;
     constexpr std::size_t mostBytesPerLetter = 70 * 4 * 16;
@@ -97,7 +97,7 @@ TextMask writeEasy(std::string text, int const& height) {
         float x;
         float y;
         float z;
-        unsigned char colour[4];
+        unsigned char color[4];
     };
     std::vector<Corner> corners((text.size() + 1) * mostBytesPerLetter / sizeof(Corner));
     double const scale = height / static_cast<double>(unitsPerLine);
@@ -105,7 +105,7 @@ TextMask writeEasy(std::string text, int const& height) {
     int const quads = stb_easy_font_print(0, 1, text.data(), nullptr, corners.data(),
                                           static_cast<int>(corners.size() * sizeof(Corner)));
     // How much of the pixel from `at` to `at` + 1 lies between two ends.
-    auto const share = [](int const& at, double const& from, double const& to) {
+    auto const share = [](int at, double from, double to) {
         return std::clamp(std::min(at + 1.0, to) - std::max(static_cast<double>(at), from), 0.0, 1.0);
     };
     for (int quad = 0; quad < quads; ++quad) {
@@ -135,7 +135,7 @@ TextWriter::TextWriter(std::vector<std::string> const& fontFiles) {
         stbtt_fontinfo font{};
         if (bytes.size() > 64 && stbtt_GetFontOffsetForIndex(bytes.data(), 0) == 0 &&
             stbtt_InitFont(&font, bytes.data(), 0) != 0) {
-            _font = std::move(bytes);
+            typeface = std::move(bytes);
             return;
         }
     }
@@ -155,10 +155,10 @@ std::vector<std::string> TextWriter::systemFonts() {
     return files;
 }
 
-TextMask TextWriter::write(std::string const& text, int const& height) const {
+TextMask TextWriter::write(std::string const& text, int height) const {
     std::string const line = ascii(text);
     stbtt_fontinfo font{};
-    if (!_font.empty() && stbtt_InitFont(&font, _font.data(), 0) != 0) {
+    if (!typeface.empty() && stbtt_InitFont(&font, typeface.data(), 0) != 0) {
         return writeTrueType(line, height, font);
     }
     return writeEasy(line, height);

@@ -21,15 +21,15 @@ public:
     explicit TextWriter(std::vector<std::string> const& fontFiles = systemFonts());
 
     /// `height` is that of a line of text, pixels, from 1 on.
-    TextMask write(std::string const& text, int const& height) const;
+    TextMask write(std::string const& text, int height) const;
 
-    bool hasFont() const { return !_font.empty(); }
+    bool hasFont() const { return !typeface.empty(); }
 
     /// Where the usual plain faces are installed.
     static std::vector<std::string> systemFonts();
 
 private:
-    std::vector<unsigned char> _font;  // the file's bytes; empty where there is none
+    std::vector<unsigned char> typeface;  // the file's bytes; empty where there is none
 };
 
 }  // namespace vellum::viewport

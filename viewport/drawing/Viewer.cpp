@@ -16,45 +16,45 @@ namespace {
 
 using Point = Vector3<double>;
 
-constexpr double pi = 3.14159265358979323846;
-constexpr double fieldOfView = 32;  // vertical, degrees
-constexpr Point perspectiveDirection{-0.62, -0.46, -0.80};
+constexpr double PI = 3.14159265358979323846;
+constexpr double FIELD_OF_VIEW = 32;  // vertical, degrees
+constexpr Point PERSPECTIVE_DIRECTION{-0.62, -0.46, -0.80};
 
 // == Sizes on the screen, pixels of a picture whose shorter side has 720 ==
 
-constexpr double referenceSide = 720;
-constexpr double gizmoLength = 118;
-constexpr double cornerAxesLength = 34;
-constexpr double cornerAxesInset = 64;
-constexpr double letterHalfSize = 5;
-constexpr double pointSize = 2.4;
+constexpr double REFERENCE_SIDE = 720;
+constexpr double GIZMO_LENGTH = 118;
+constexpr double CORNER_AXES_LENGTH = 34;
+constexpr double CORNER_AXES_INSET = 64;
+constexpr double LETTER_HALF_SIZE = 5;
+constexpr double POINT_SIZE = 2.4;
 
-// In mean distances of neighbours.
-constexpr double longestArrow = 1.9;
+// In mean distances of neighbors.
+constexpr double LONGEST_ARROW = 1.9;
 
-// == Colours ==
+// == Colors ==
 
-constexpr Color4<float> backgroundTop{0.235F, 0.275F, 0.335F, 1};
-constexpr Color4<float> backgroundBottom{0.085F, 0.098F, 0.122F, 1};
-constexpr Color4<float> gizmoCentre{0.86F, 0.87F, 0.90F, 1};
-constexpr Color4<float> letters{0.86F, 0.88F, 0.92F, 1};
-constexpr Color4<float> particleBox{0.86F, 0.88F, 0.92F, 0.5F};
+constexpr Color4<float> BACKGROUND_TOP{0.235F, 0.275F, 0.335F, 1};
+constexpr Color4<float> BACKGROUND_BOTTOM{0.085F, 0.098F, 0.122F, 1};
+constexpr Color4<float> GIZMO_CENTER{0.86F, 0.87F, 0.90F, 1};
+constexpr Color4<float> LETTERS{0.86F, 0.88F, 0.92F, 1};
+constexpr Color4<float> PARTICLE_BOX{0.86F, 0.88F, 0.92F, 0.5F};
 
 // == Picking names ==
 
-constexpr unsigned int gizmoNames[] = {1, 2, 3, 4};  // X, Y, Z and the centre
-constexpr unsigned int firstModelName = 16;
-constexpr double pickReach = 2.5;  // pixels on each side of the pixel's centre
+constexpr unsigned int GIZMO_NAMES[] = {1, 2, 3, 4};  // X, Y, Z and the center
+constexpr unsigned int FIRST_MODEL_NAME = 16;
+constexpr double PICK_REACH = 2.5;  // pixels on each side of the pixel's center
 
-constexpr DepthtTestMode depthTested{DEPTH_LESS, true};
-constexpr DepthtTestMode depthTestedOnly{DEPTH_LESS_OR_EQUAL, false};
-constexpr DepthtTestMode depthIgnored{DEPTH_TEST_OFF, false};
+constexpr DepthtTestMode DEPTH_TESTED{DEPTH_LESS, true};
+constexpr DepthtTestMode DEPTH_TESTED_ONLY{DEPTH_LESS_OR_EQUAL, false};
+constexpr DepthtTestMode DEPTH_IGNORED{DEPTH_TEST_OFF, false};
 
-Tuple3<Color4<float>> axisColours() {
-    return {axisColour(0), axisColour(1), axisColour(2)};
+Tuple3<Color4<float>> axisColors() {
+    return {axisColor(0), axisColor(1), axisColor(2)};
 }
 
-Vector3<double> axis(unsigned int const& index) {
+Vector3<double> axis(unsigned int index) {
     return {index == 0 ? 1.0 : 0.0, index == 1 ? 1.0 : 0.0, index == 2 ? 1.0 : 0.0};
 }
 
@@ -63,45 +63,44 @@ Matrix4<double> frame(Point const& x, Point const& y, Point const& z, Point cons
     return {{x.x, x.y, x.z, 0, y.x, y.y, y.z, 0, z.x, z.y, z.z, 0, place.x, place.y, place.z, 1}};
 }
 
-Matrix4<double> scaling(double const& factor) {
+Matrix4<double> scaling(double factor) {
     return frame({factor, 0, 0}, {0, factor, 0}, {0, 0, factor}, {0, 0, 0});
 }
 
-char const* gizmoWord(Gizmo const& gizmo) {
+char const* gizmoWord(Gizmo gizmo) {
     switch (gizmo) {
-    case Gizmo::move:
+    case Gizmo::MOVE:
         return "move";
-    case Gizmo::rotate:
+    case Gizmo::ROTATE:
         return "rotate";
-    case Gizmo::scale:
+    case Gizmo::SCALE:
         return "scale";
-    case Gizmo::none:
+    case Gizmo::NONE:
         break;
     }
     return "";
 }
 
-void setLight(GLenum const& light, Point const& direction, std::array<float, 3> const& diffuse,
-              float const& specular) {
+void setLight(GLenum light, Point const& direction, std::array<float, 3> const& diffuse, float specular) {
     float const position[4] = {static_cast<float>(direction.x), static_cast<float>(direction.y),
                                static_cast<float>(direction.z), 0};
     float const ambient[4] = {0, 0, 0, 1};
-    float const colour[4] = {diffuse[0], diffuse[1], diffuse[2], 1};
+    float const color[4] = {diffuse[0], diffuse[1], diffuse[2], 1};
     float const shine[4] = {specular, specular, specular, 1};
     glLightfv(light, GL_POSITION, position);
     glLightfv(light, GL_AMBIENT, ambient);
-    glLightfv(light, GL_DIFFUSE, colour);
+    glLightfv(light, GL_DIFFUSE, color);
     glLightfv(light, GL_SPECULAR, shine);
 }
 
 /// Two lights that stand with the viewer: the main one from the upper left, a fainter one from the right.
 /// The directions are given in the frame that the model-view matrix stands for now.
-void placeLights(ScreenAxes const& screen, float const& specular) {
-    auto const towards = [&screen](double const& right, double const& up, double const& viewer) {
-        return screen.right * right + screen.up * up + screen.towardsViewer * viewer;
+void placeLights(ScreenAxes const& screen, float specular) {
+    auto const toward = [&screen](double right, double up, double viewer) {
+        return screen.right * right + screen.up * up + screen.towardViewer * viewer;
     };
-    setLight(GL_LIGHT0, towards(-0.50, 0.72, 0.62), {0.66F, 0.645F, 0.62F}, specular);
-    setLight(GL_LIGHT1, towards(0.85, -0.05, 0.42), {0.20F, 0.23F, 0.29F}, 0);
+    setLight(GL_LIGHT0, toward(-0.50, 0.72, 0.62), {0.66F, 0.645F, 0.62F}, specular);
+    setLight(GL_LIGHT1, toward(0.85, -0.05, 0.42), {0.20F, 0.23F, 0.29F}, 0);
     // Files are not to be relied on for the order of corners; a face is lit on the side that is seen.
     glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, GL_TRUE);
 }
@@ -114,7 +113,7 @@ struct Hit {
 
 /// Reads the records that glRenderMode left in the selection buffer: per hit the number of names, the nearest and
 /// the farthest depth, the names.
-std::vector<Hit> readHits(std::vector<GLuint> const& buffer, int const& count) {
+std::vector<Hit> readHits(std::vector<GLuint> const& buffer, int count) {
     std::vector<Hit> hits;
     std::size_t at = 0;
     for (int i = 0; i < count && at + 3 < buffer.size(); ++i) {
@@ -130,13 +129,13 @@ std::vector<Hit> readHits(std::vector<GLuint> const& buffer, int const& count) {
 
 /// Whether the first hit is rather what the user means than the second.
 bool comesBefore(Hit const& a, Hit const& b) {
-    bool const isGizmoA = a.name < firstModelName;
-    bool const isGizmoB = b.name < firstModelName;
+    bool const isGizmoA = a.name < FIRST_MODEL_NAME;
+    bool const isGizmoB = b.name < FIRST_MODEL_NAME;
     return isGizmoA != isGizmoB ? isGizmoA : a.nearestDepth < b.nearestDepth;
 }
 
 /// Shrinks a tile to a part of the picture: each pixel is the mean of its samples.
-void shrinkInto(Picture& picture, int const& left, int const& top, Tiling const& tiling,
+void shrinkInto(Picture& picture, int left, int top, Tiling const& tiling,
                 std::vector<unsigned char> const& samples) {
     int const side = tiling.samplesPerSide;
     int const width = std::min(tiling.width, picture.width - left);
@@ -159,7 +158,7 @@ void shrinkInto(Picture& picture, int const& left, int const& top, Tiling const&
                 }
             }
             unsigned int const count = static_cast<unsigned int>(side * side);
-            for (unsigned int const& sum : sums) {
+            for (unsigned int sum : sums) {
                 *out++ = static_cast<unsigned char>((sum + count / 2) / count);
             }
             *out++ = 255;
@@ -171,21 +170,21 @@ void shrinkInto(Picture& picture, int const& left, int const& top, Tiling const&
 
 // == Tiling ==
 
-Tiling Tiling::of(int const& pictureWidth, int const& pictureHeight) {
+Tiling Tiling::of(int pictureWidth, int pictureHeight) {
     // Beyond this a picture is so fine that the samples of the buffer alone smooth it.
-    constexpr double largestSmoothed = 20e6;
-    constexpr int largestTile = 1024;
-    bool const isSmoothed = static_cast<double>(pictureWidth) * pictureHeight <= largestSmoothed;
-    return {isSmoothed ? 2 : 1, std::min(pictureWidth, largestTile), std::min(pictureHeight, largestTile),
+    constexpr double LARGEST_SMOOTHED = 20e6;
+    constexpr int LARGEST_TILE = 1024;
+    bool const isSmoothed = static_cast<double>(pictureWidth) * pictureHeight <= LARGEST_SMOOTHED;
+    return {isSmoothed ? 2 : 1, std::min(pictureWidth, LARGEST_TILE), std::min(pictureHeight, LARGEST_TILE),
             16};
 }
 
-Tiling Tiling::ofOneTile(int const& pictureWidth, int const& pictureHeight) {
+Tiling Tiling::ofOneTile(int pictureWidth, int pictureHeight) {
     // Four times as many samples as pixels, each in the buffer four times, should take no more than some 250 MB.
-    constexpr double largestSmoothed = 2e6;
-    constexpr int largestTile = 4096;
-    bool const isSmoothed = static_cast<double>(pictureWidth) * pictureHeight <= largestSmoothed;
-    return {isSmoothed ? 2 : 1, std::min(pictureWidth, largestTile), std::min(pictureHeight, largestTile),
+    constexpr double LARGEST_SMOOTHED = 2e6;
+    constexpr int LARGEST_TILE = 4096;
+    bool const isSmoothed = static_cast<double>(pictureWidth) * pictureHeight <= LARGEST_SMOOTHED;
+    return {isSmoothed ? 2 : 1, std::min(pictureWidth, LARGEST_TILE), std::min(pictureHeight, LARGEST_TILE),
             16};
 }
 
@@ -198,21 +197,21 @@ Tiling Tiling::of(Options const& options) {
 
 Viewer::Viewer(Core_RL& layer, Scene const& scene, Options const& options, ParticleLook const& look,
                EffectRenderer* effect)
-    : _layer(layer)
-    , _scene(scene)
-    , _options(options)
-    , _effect(effect)
-    , _particleMode(look.mode)
-    , _particleScale(look.scale)
-    , _frameWidth(options.width)
-    , _textures(layer) {
+    : layer(layer)
+    , scene(scene)
+    , request(options)
+    , effect(effect)
+    , particleMode(look.mode)
+    , particleScale(look.scale)
+    , frameWidth(options.width)
+    , textures(layer) {
     _prepareClouds();
     for (Model const& model : scene.models()) {
-        _models.emplace_back(layer, model, options, _textures);
+        models.emplace_back(layer, model, options, textures);
     }
     _placeCamera();
-    _layer.setCamera(&_camera);
-    _groundSegments = _ground().segments();
+    layer.setCamera(&viewCamera);
+    groundSegments = _ground().segments();
 }
 
 OffscreenContext::Settings Viewer::contextSettings(Options const& options) {
@@ -226,8 +225,8 @@ OffscreenContext::Settings Viewer::contextSettings(Options const& options) {
 
 Result<Picture> Viewer::draw(OffscreenContext& context, Tiling const& tiling) {
     Picture picture;
-    picture.width = _options.width;
-    picture.height = _options.height;
+    picture.width = request.width;
+    picture.height = request.height;
     picture.pixels.resize(4 * static_cast<std::size_t>(picture.width) *
                           static_cast<std::size_t>(picture.height));
     for (int top = 0; top < picture.height; top += tiling.height) {
@@ -239,50 +238,50 @@ Result<Picture> Viewer::draw(OffscreenContext& context, Tiling const& tiling) {
             glViewport(0, 0, tiling.bufferWidth(), tiling.bufferHeight());
             _drawRegion(region, tiling.samplesPerSide);
             shrinkInto(picture, left, top, tiling, context.readPixels());
-            if (_layer.getError("Viewer::draw", __LINE__)) {
-                return Fault{_options.out, "cannot be drawn: OpenGL reports an error"};
+            if (layer.getError("Viewer::draw", __LINE__)) {
+                return Fault{request.out, "cannot be drawn: OpenGL reports an error"};
             }
         }
     }
-    if (_colourBar) {
-        _colourBar->drawLabels(picture);
+    if (colorBar) {
+        colorBar->drawLabels(picture);
     }
     return picture;
 }
 
-std::string Viewer::pick(Pixel const& pixel) {
+std::string Viewer::pick(Pixel pixel) {
     // A record of one name has four words; each handle and each model gives one record at most.
-    std::vector<GLuint> buffer(4 * (_scene.models().size() + 64));
-    glViewport(0, 0, _options.width, _options.height);
+    std::vector<GLuint> buffer(4 * (scene.models().size() + 64));
+    glViewport(0, 0, request.width, request.height);
     glSelectBuffer(static_cast<GLsizei>(buffer.size()), buffer.data());
     glRenderMode(GL_SELECT);
     glInitNames();
     glPushName(0);
 
     double const x = pixel.x + 0.5;
-    double const y = _options.height - pixel.y - 0.5;
-    _loadCamera({x - pickReach, y - pickReach, 2 * pickReach, 2 * pickReach});
-    for (std::size_t i = 0; i < _scene.models().size(); ++i) {
-        Model const& model = _scene.models()[i];
-        _layer.loadName(firstModelName + static_cast<unsigned int>(i));
-        if (_options.shading == Shading::box) {
-            _layer.render(model.box, false);
+    double const y = request.height - pixel.y - 0.5;
+    _loadCamera({x - PICK_REACH, y - PICK_REACH, 2 * PICK_REACH, 2 * PICK_REACH});
+    for (std::size_t i = 0; i < scene.models().size(); ++i) {
+        Model const& model = scene.models()[i];
+        layer.loadName(FIRST_MODEL_NAME + static_cast<unsigned int>(i));
+        if (request.shading == Shading::BOX) {
+            layer.render(model.box, false);
         } else {
-            _models[i].drawShape();
+            models[i].drawShape();
         }
     }
     _drawGizmo(true);
 
     std::vector<Hit> hits = readHits(buffer, glRenderMode(GL_RENDER));
     // What is a particle's place, its effect alone knows: particles are drawn, and their depth is looked at.
-    constexpr int side = 2 * pickReach;
-    auto const firstCloudName = firstModelName + static_cast<unsigned int>(_scene.models().size());
+    constexpr int side = 2 * PICK_REACH;
+    auto const firstCloudName = FIRST_MODEL_NAME + static_cast<unsigned int>(scene.models().size());
     glViewport(0, 0, side, side);
-    for (std::size_t i = 0; i < _clouds.size(); ++i) {
+    for (std::size_t i = 0; i < clouds.size(); ++i) {
         glClear(GL_DEPTH_BUFFER_BIT);
-        _layer.pushDepthTest(depthTested);
+        layer.pushDepthTest(DEPTH_TESTED);
         _drawCloud(i);
-        _layer.popDepthTest();
+        layer.popDepthTest();
         GLuint depths[side * side];
         glReadPixels(0, 0, side, side, GL_DEPTH_COMPONENT, GL_UNSIGNED_INT, depths);
         GLuint const nearest = *std::min_element(std::begin(depths), std::end(depths));
@@ -296,103 +295,103 @@ std::string Viewer::pick(Pixel const& pixel) {
     }
     std::string const name = std::to_string(best->name) + " ";
     if (best->name >= firstCloudName) {
-        return name + _scene.clouds()[best->name - firstCloudName].name;
+        return name + scene.clouds()[best->name - firstCloudName].name;
     }
-    if (best->name >= firstModelName) {
-        return name + _scene.models()[best->name - firstModelName].name;
+    if (best->name >= FIRST_MODEL_NAME) {
+        return name + scene.models()[best->name - FIRST_MODEL_NAME].name;
     }
-    static constexpr char const* handles[] = {"X", "Y", "Z", "centre"};
-    return name + "gizmo " + gizmoWord(_options.gizmo) + " " + handles[best->name - gizmoNames[0]];
+    static constexpr char const* handles[] = {"X", "Y", "Z", "center"};
+    return name + "gizmo " + gizmoWord(request.gizmo) + " " + handles[best->name - GIZMO_NAMES[0]];
 }
 
 // == Particles ==
 
 void Viewer::_prepareClouds() {
-    if (_scene.clouds().empty()) {
+    if (scene.clouds().empty()) {
         return;
     }
-    ParticleOptions const& options = _options.particles;
-    for (ParticleCloud const& cloud : _scene.clouds()) {
-        _clouds.emplace_back(
-            _layer, cloud.system,
-            ParticleRenderer::Look{_particleMode, _particleScale, options.colours, options.percent});
+    ParticleOptions const& options = request.particles;
+    for (ParticleCloud const& cloud : scene.clouds()) {
+        clouds.emplace_back(
+            layer, cloud.system,
+            ParticleRenderer::Look{particleMode, particleScale, options.colors, options.percent});
     }
-    if (!_particleScale) {
+    if (!particleScale) {
         return;
     }
-    _colourBar.emplace(*_particleScale, _options.width, _options.height);
-    if (!_colourBar->isShown()) {
-        _colourBar.reset();
+    colorBar.emplace(*particleScale, request.width, request.height);
+    if (!colorBar->isShown()) {
+        colorBar.reset();
         return;
     }
-    _frameWidth -= _colourBar->reservedWidth();
+    frameWidth -= colorBar->reservedWidth();
     constexpr float all = 100;
-    _colourBarCells.emplace(
-        _layer, _colourBar->cells(),
-        ParticleRenderer::Look{ParticleMode::points, _colourBar->scale(), options.colours, all});
+    colorBarCells.emplace(
+        layer, colorBar->cells(),
+        ParticleRenderer::Look{ParticleMode::POINTS, colorBar->scale(), options.colors, all});
 }
 
-double Viewer::_sizeForEffect(ParticleCloud const& cloud, double const& ball) const {
-    std::optional<double> const& asked = _options.particles.size;
-    switch (_particleMode) {
-    case ParticleMode::spheres:
+double Viewer::_sizeForEffect(ParticleCloud const& cloud, double ball) const {
+    std::optional<double> const& asked = request.particles.size;
+    switch (particleMode) {
+    case ParticleMode::SPHERES:
         return ball;
-    case ParticleMode::arrows: {
+    case ParticleMode::ARROWS: {
         // The effect puts its arrows' tips at twice the vector.
-        double const unit = _particleScale ? _particleScale->unit : 1;
+        double const unit = particleScale ? particleScale->unit : 1;
         if (asked) {
-            return *asked * _scene.unitsPerFileUnit() * unit / 2;
+            return *asked * scene.unitsPerFileUnit() * unit / 2;
         }
-        double const part = std::max(_options.particles.percent / 100.0, 1e-6);
-        double const fastest = _particleScale ? _particleScale->toMagnitude(_particleScale->range.high) : 1;
-        return longestArrow * cloud.spacing / std::cbrt(part) / (fastest > 0 ? fastest : 1) / 2;
+        double const part = std::max(request.particles.percent / 100.0, 1e-6);
+        double const fastest = particleScale ? particleScale->toMagnitude(particleScale->range.high) : 1;
+        return LONGEST_ARROW * cloud.spacing / std::cbrt(part) / (fastest > 0 ? fastest : 1) / 2;
     }
-    case ParticleMode::points:
+    case ParticleMode::POINTS:
         break;
     }
-    return asked ? *asked * _samplesPerSide : pointSize * _lineScale;
+    return asked ? *asked * OVERSAMPLING : POINT_SIZE * lineScale;
 }
 
 // == Cameras and lights ==
 
 void Viewer::_placeCamera() {
-    double const aspect = _frameWidth / _options.height;
-    _camera.aspect = static_cast<float>(aspect);
-    _camera.viewKind = static_cast<unsigned int>(_options.view);
-    if (_effect != nullptr && _effect->ownScene() != nullptr) {
-        _effect->ownScene()->placeCamera(_camera);
+    double const aspect = frameWidth / request.height;
+    viewCamera.aspect = static_cast<float>(aspect);
+    viewCamera.viewKind = static_cast<unsigned int>(request.view);
+    if (effect != nullptr && effect->ownScene() != nullptr) {
+        effect->ownScene()->placeCamera(viewCamera);
         return;
     }
-    if (_options.view != View::perspective) {
-        OrthographicFraming const framing = frameOrthographic(_scene.box(), _options.view, aspect);
-        _camera.panX = static_cast<float>(framing.panX);
-        _camera.panY = static_cast<float>(framing.panY);
-        _camera.zoom = static_cast<float>(framing.zoom);
+    if (request.view != View::PERSPECTIVE) {
+        OrthographicFraming const framing = frameOrthographic(scene.box(), request.view, aspect);
+        viewCamera.panX = static_cast<float>(framing.panX);
+        viewCamera.panY = static_cast<float>(framing.panY);
+        viewCamera.zoom = static_cast<float>(framing.zoom);
         return;
     }
-    double const around = 1.8 * Scene::radius;
-    Box3<double> const surroundings{{-around, _scene.box().min.y, -around},
-                                    {around, _scene.box().max.y, around}};
+    double const around = 1.8 * Scene::RADIUS;
+    Box3<double> const surroundings{{-around, scene.box().min.y, -around},
+                                    {around, scene.box().max.y, around}};
     PerspectiveFraming const framing =
-        framePerspective(_framedPoints(), surroundings, perspectiveDirection, fieldOfView, aspect);
-    _camera.fieldOfView = static_cast<float>(fieldOfView);
-    _camera.nearDistance = static_cast<float>(framing.nearDistance);
-    _camera.farDistance = static_cast<float>(framing.farDistance);
-    _camera.lookAt(convert<float>(framing.eye), convert<float>(framing.eye + framing.direction),
-                   convert<float>(framing.up));
+        framePerspective(_framedPoints(), surroundings, PERSPECTIVE_DIRECTION, FIELD_OF_VIEW, aspect);
+    viewCamera.fieldOfView = static_cast<float>(FIELD_OF_VIEW);
+    viewCamera.nearDistance = static_cast<float>(framing.nearDistance);
+    viewCamera.farDistance = static_cast<float>(framing.farDistance);
+    viewCamera.lookAt(convert<float>(framing.eye), convert<float>(framing.eye + framing.direction),
+                      convert<float>(framing.up));
 }
 
 std::vector<Point> Viewer::_framedPoints() const {
     std::vector<Point> points;
-    for (Model const& model : _scene.models()) {
-        if (_options.shading == Shading::box) {
+    for (Model const& model : scene.models()) {
+        if (request.shading == Shading::BOX) {
             std::vector<Point> const corners = cornersOf(model.box);
             points.insert(points.end(), corners.begin(), corners.end());
         } else {
             points.insert(points.end(), model.vertices.begin(), model.vertices.end());
         }
     }
-    for (ParticleCloud const& cloud : _scene.clouds()) {
+    for (ParticleCloud const& cloud : scene.clouds()) {
         std::vector<Point> const corners = cornersOf(cloud.box);
         points.insert(points.end(), corners.begin(), corners.end());
     }
@@ -400,18 +399,18 @@ std::vector<Point> Viewer::_framedPoints() const {
 }
 
 void Viewer::_loadCamera(Region const& region) {
-    _camera.updateProjectionMatrix();
-    _cropProjection(region, _frameWidth);
-    _camera.updateModelMatrix();
+    viewCamera.updateProjectionMatrix();
+    _cropProjection(region, frameWidth);
+    viewCamera.updateModelMatrix();
 }
 
-void Viewer::_cropProjection(Region const& region, double const& width) const {
+void Viewer::_cropProjection(Region const& region, double width) const {
     GLdouble projection[16];
     glGetDoublev(GL_PROJECTION_MATRIX, projection);
-    GLint whole[4] = {0, 0, static_cast<GLint>(width), _options.height};
+    GLint whole[4] = {0, 0, static_cast<GLint>(width), request.height};
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
-    // What GLU calls picking is a crop: the region's centre and size come to fill the viewport.
+    // What GLU calls picking is a crop: the region's center and size come to fill the viewport.
     gluPickMatrix(region.x + region.width / 2, region.y + region.height / 2, region.width, region.height,
                   whole);
     glMultMatrixd(projection);
@@ -423,15 +422,15 @@ void Viewer::_placeLights() const {
     glLoadIdentity();
     // The orthographic cameras leave their orientation to the projection, so light is computed in the world's frame
     // there, with the viewer at +z whatever the view: highlights would be in wrong places and are left out.
-    bool const isPerspective = _options.view == View::perspective;
-    placeLights(screenAxes(_options.view), isPerspective ? 1.0F : 0.0F);
+    bool const isPerspective = request.view == View::PERSPECTIVE;
+    placeLights(screenAxes(request.view), isPerspective ? 1.0F : 0.0F);
 }
 
 ScreenAxes Viewer::_screen() const {
-    if (_options.view != View::perspective) {
-        return screenAxes(_options.view);
+    if (request.view != View::PERSPECTIVE) {
+        return screenAxes(request.view);
     }
-    Camera_RL_GL camera(_camera);
+    Camera_RL_GL camera(viewCamera);
     Matrix4<float> const& m = *camera.transform.matrix();
     Point const direction = normalized(Point{m.e[0], m.e[1], m.e[2]});
     Point const right = normalized(cross(direction, Point{m.e[4], m.e[5], m.e[6]}));
@@ -439,30 +438,30 @@ ScreenAxes Viewer::_screen() const {
 }
 
 Point Viewer::_viewDirection() const {
-    return -_screen().towardsViewer;
+    return -_screen().towardViewer;
 }
 
 double Viewer::_unitsPerPixel() const {
-    if (_options.view != View::perspective) {
-        return 2 * std::exp(static_cast<double>(_camera.zoom)) / _frameWidth;
+    if (request.view != View::PERSPECTIVE) {
+        return 2 * std::exp(static_cast<double>(viewCamera.zoom)) / frameWidth;
     }
-    Camera_RL_GL camera(_camera);
+    Camera_RL_GL camera(viewCamera);
     Matrix4<float> const& m = *camera.transform.matrix();
     double const depth = dot(-Point{m.e[12], m.e[13], m.e[14]}, _viewDirection());
-    return 2 * depth * std::tan(fieldOfView * pi / 360) / _options.height;
+    return 2 * depth * std::tan(FIELD_OF_VIEW * PI / 360) / request.height;
 }
 
 // == Parts of the picture ==
 
-void Viewer::_drawRegion(Region const& region, int const& samplesPerSide) {
-    double const side = std::min(_options.width, _options.height);
-    _lineScale = samplesPerSide * std::max(1.0, side / referenceSide);
-    _samplesPerSide = samplesPerSide;
+void Viewer::_drawRegion(Region const& region, int samplesPerSide) {
+    double const side = std::min(request.width, request.height);
+    lineScale = samplesPerSide * std::max(1.0, side / REFERENCE_SIDE);
+    OVERSAMPLING = samplesPerSide;
     glEnable(GL_NORMALIZE);
     glClearColor(0, 0, 0, 1);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
 
-    if (_effect != nullptr && _effect->ownScene() != nullptr) {
+    if (effect != nullptr && effect->ownScene() != nullptr) {
         _loadCamera(region);
         _drawOwnScene();
         return;
@@ -470,121 +469,121 @@ void Viewer::_drawRegion(Region const& region, int const& samplesPerSide) {
     _drawBackground(region);
     _placeLights();
     _loadCamera(region);
-    _layer.pushDepthTest(depthTested);
+    layer.pushDepthTest(DEPTH_TESTED);
     // The box of a simulation tells its scale better than a ground that things of no weight do not stand on.
     bool const areAllInBoxes =
-        _scene.models().empty() &&
-        std::none_of(_scene.clouds().begin(), _scene.clouds().end(),
+        scene.models().empty() &&
+        std::none_of(scene.clouds().begin(), scene.clouds().end(),
                      [](ParticleCloud const& cloud) { return cloud.boxLines.empty(); });
-    if (!areAllInBoxes || _scene.clouds().empty()) {
+    if (!areAllInBoxes || scene.clouds().empty()) {
         _drawGround();
     }
     _drawModels();
     _drawClouds();
-    if (_effect != nullptr) {
+    if (effect != nullptr) {
         // Last, as an effect may show what is behind it.
-        _effect->draw(screenAxes(_options.view));
+        effect->draw(screenAxes(request.view));
     }
-    if (_options.gizmo != Gizmo::none) {
+    if (request.gizmo != Gizmo::NONE) {
         glClear(GL_DEPTH_BUFFER_BIT);
         _drawGizmo(false);
     }
     glClear(GL_DEPTH_BUFFER_BIT);
     _drawCornerAxes(region);
-    _layer.popDepthTest();
-    _drawColourBar(region);
+    layer.popDepthTest();
+    _drawColorBar(region);
 }
 
 void Viewer::_drawOwnScene() {
-    _effect->ownScene()->drawSky(_layer);
-    _layer.pushDepthTest(depthTested);
-    _effect->draw(screenAxes(View::perspective));
-    _layer.popDepthTest();
-    _effect->ownScene()->drawHaze(_layer);
+    effect->ownScene()->drawSky(layer);
+    layer.pushDepthTest(DEPTH_TESTED);
+    effect->draw(screenAxes(View::PERSPECTIVE));
+    layer.popDepthTest();
+    effect->ownScene()->drawHaze(layer);
 }
 
 void Viewer::_drawBackground(Region const& region) const {
-    Tuple4<unsigned int> const viewport = _layer.getCurrentViewportCoords();
-    Tuple4<float> const part{static_cast<float>(region.x / _options.width),
-                             static_cast<float>((region.x + region.width) / _options.width),
-                             static_cast<float>(region.y / _options.height),
-                             static_cast<float>((region.y + region.height) / _options.height)};
-    _layer.pushDepthTest(depthIgnored);
-    _layer.pushViewportOrtho(viewport, part);
-    _layer.pushColor(backgroundBottom);
-    _layer.begin(Primitive::QUADS);
-    _layer.renderPoint3_scoped({0, 0, 0});
-    _layer.renderPoint3_scoped({1, 0, 0});
-    _layer.setColor(backgroundTop);
-    _layer.renderPoint3_scoped({1, 1, 0});
-    _layer.renderPoint3_scoped({0, 1, 0});
-    _layer.end();
-    _layer.popColor(1);
-    _layer.popViewportOrtho();
-    _layer.popDepthTest();
+    Tuple4<unsigned int> const viewport = layer.getCurrentViewportCoords();
+    Tuple4<float> const part{static_cast<float>(region.x / request.width),
+                             static_cast<float>((region.x + region.width) / request.width),
+                             static_cast<float>(region.y / request.height),
+                             static_cast<float>((region.y + region.height) / request.height)};
+    layer.pushDepthTest(DEPTH_IGNORED);
+    layer.pushViewportOrtho(viewport, part);
+    layer.pushColor(BACKGROUND_BOTTOM);
+    layer.begin(Primitive::QUADS);
+    layer.renderPoint3_scoped({0, 0, 0});
+    layer.renderPoint3_scoped({1, 0, 0});
+    layer.setColor(BACKGROUND_TOP);
+    layer.renderPoint3_scoped({1, 1, 0});
+    layer.renderPoint3_scoped({0, 1, 0});
+    layer.end();
+    layer.popColor(1);
+    layer.popViewportOrtho();
+    layer.popDepthTest();
 }
 
 GroundGrid Viewer::_ground() const {
-    Box3<double> const& box = _scene.box();
-    double const size = 2 * Scene::radius;
-    double const spacing = GroundGrid::spacingFor(size, _scene.unitsPerFileUnit());
-    if (_options.view == View::perspective) {
+    Box3<double> const& box = scene.box();
+    double const size = 2 * Scene::RADIUS;
+    double const spacing = GroundGrid::spacingFor(size, scene.unitsPerFileUnit());
+    if (request.view == View::PERSPECTIVE) {
         // A little below the models, whose undersides would otherwise flicker through it.
-        Point const centre{0, box.min.y - 0.004 * Scene::radius, 0};
-        return {centre, {1, 0, 0}, {0, 0, 1}, 1.8 * Scene::radius, true, _scene.fileOrigin(), spacing};
+        Point const center{0, box.min.y - 0.004 * Scene::RADIUS, 0};
+        return {center, {1, 0, 0}, {0, 0, 1}, 1.8 * Scene::RADIUS, true, scene.fileOrigin(), spacing};
     }
     // Seen along an axis, the ground would be a line or in the way: here the grid is a wall behind the models.
-    ScreenAxes const screen = screenAxes(_options.view);
-    double const aspect = static_cast<double>(_options.width) / _options.height;
-    double const halfWidth = std::exp(static_cast<double>(_camera.zoom));
-    double const radius = std::max(halfWidth, halfWidth / aspect) + Scene::radius;
-    return {screen.towardsViewer * (-1.5 * Scene::radius),
+    ScreenAxes const screen = screenAxes(request.view);
+    double const aspect = static_cast<double>(request.width) / request.height;
+    double const halfWidth = std::exp(static_cast<double>(viewCamera.zoom));
+    double const radius = std::max(halfWidth, halfWidth / aspect) + Scene::RADIUS;
+    return {screen.towardViewer * (-1.5 * Scene::RADIUS),
             screen.right,
             screen.up,
             radius,
             false,
-            _scene.fileOrigin(),
+            scene.fileOrigin(),
             spacing};
 }
 
 void Viewer::_drawGround() const {
-    _layer.pushDepthTest(depthTestedOnly);
-    _layer.pushBlending(BLENDING_ALPHA);
+    layer.pushDepthTest(DEPTH_TESTED_ONLY);
+    layer.pushBlending(BLENDING_ALPHA);
     _pushLineWidth(1.0);
-    _layer.pushColor(letters);
-    _layer.begin(Primitive::LINES);
-    for (ShadedSegment const& segment : _groundSegments) {
-        _layer.setColor(segment.fromColour);
-        _layer.renderPoint3_scoped(segment.from);
-        _layer.setColor(segment.toColour);
-        _layer.renderPoint3_scoped(segment.to);
+    layer.pushColor(LETTERS);
+    layer.begin(Primitive::LINES);
+    for (ShadedSegment const& segment : groundSegments) {
+        layer.setColor(segment.fromColor);
+        layer.renderPoint3_scoped(segment.from);
+        layer.setColor(segment.toColor);
+        layer.renderPoint3_scoped(segment.to);
     }
-    _layer.end();
-    _layer.popColor(1);
-    _layer.popLineWidth();
-    _layer.popBlending();
-    _layer.popDepthTest();
+    layer.end();
+    layer.popColor(1);
+    layer.popLineWidth();
+    layer.popBlending();
+    layer.popDepthTest();
 }
 
 void Viewer::_drawModels() {
-    for (std::size_t i = 0; i < _models.size(); ++i) {
-        if (_effect == nullptr || !_effect->covers(i)) {
-            _models[i].draw(_lineScale);
+    for (std::size_t i = 0; i < models.size(); ++i) {
+        if (effect == nullptr || !effect->covers(i)) {
+            models[i].draw(lineScale);
         }
     }
 }
 
 void Viewer::_drawClouds() {
-    for (ParticleCloud const& cloud : _scene.clouds()) {
+    for (ParticleCloud const& cloud : scene.clouds()) {
         _drawBoxOf(cloud);
     }
-    for (std::size_t i = 0; i < _clouds.size(); ++i) {
+    for (std::size_t i = 0; i < clouds.size(); ++i) {
         _drawCloud(i);
     }
 }
 
-void Viewer::_drawCloud(std::size_t const& index) {
-    ParticleCloud const& cloud = _scene.clouds()[index];
+void Viewer::_drawCloud(std::size_t index) {
+    ParticleCloud const& cloud = scene.clouds()[index];
     GLint viewport[4];
     Matrix4<double> projection;
     Matrix4<double> modelView;
@@ -593,7 +592,7 @@ void Viewer::_drawCloud(std::size_t const& index) {
     glGetDoublev(GL_MODELVIEW_MATRIX, modelView.e);
     ScreenAxes const screen = _screen();
     ImpostorView const view = ImpostorView::of(projection * modelView, viewport[2], viewport[3], screen.right,
-                                               screen.towardsViewer, cloud.diameter);
+                                               screen.towardViewer, cloud.diameter);
     int const side = std::max(viewport[2], viewport[3]);
 
     glViewport(viewport[0], viewport[1], side, side);
@@ -601,7 +600,7 @@ void Viewer::_drawCloud(std::size_t const& index) {
     glLoadMatrixd(view.projection.e);
     glMatrixMode(GL_MODELVIEW);
     glLoadMatrixd(view.modelView.e);
-    _clouds[index].draw(static_cast<float>(_sizeForEffect(cloud, view.size)));
+    clouds[index].draw(static_cast<float>(_sizeForEffect(cloud, view.size)));
     glMatrixMode(GL_PROJECTION);
     glLoadMatrixd(projection.e);
     glMatrixMode(GL_MODELVIEW);
@@ -610,139 +609,139 @@ void Viewer::_drawCloud(std::size_t const& index) {
 }
 
 void Viewer::_drawBoxOf(ParticleCloud const& cloud) const {
-    _layer.pushDepthTest(depthTestedOnly);
-    _layer.pushBlending(BLENDING_ALPHA);
+    layer.pushDepthTest(DEPTH_TESTED_ONLY);
+    layer.pushBlending(BLENDING_ALPHA);
     _pushLineWidth(1.0);
-    _layer.pushColor(particleBox);
-    _layer.begin(Primitive::LINES);
+    layer.pushColor(PARTICLE_BOX);
+    layer.begin(Primitive::LINES);
     for (Vector3<float> const& end : cloud.boxLines) {
-        _layer.renderPoint3_scoped(end);
+        layer.renderPoint3_scoped(end);
     }
-    _layer.end();
-    _layer.popColor(1);
-    _layer.popLineWidth();
-    _layer.popBlending();
-    _layer.popDepthTest();
+    layer.end();
+    layer.popColor(1);
+    layer.popLineWidth();
+    layer.popBlending();
+    layer.popDepthTest();
 }
 
-void Viewer::_drawColourBar(Region const& region) {
-    if (!_colourBar) {
+void Viewer::_drawColorBar(Region const& region) {
+    if (!colorBar) {
         return;
     }
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
-    glOrtho(0, _options.width, 0, _options.height, -1, 1);
-    _cropProjection(region, _options.width);
+    glOrtho(0, request.width, 0, request.height, -1, 1);
+    _cropProjection(region, request.width);
     glLoadIdentity();
-    _layer.pushDepthTest(depthIgnored);
+    layer.pushDepthTest(DEPTH_IGNORED);
     // With several samples points are round; the cells are to be squares.
     glPushAttrib(GL_MULTISAMPLE_BIT);
     glDisable(GL_MULTISAMPLE);
-    _colourBarCells->draw(static_cast<float>(_colourBar->cellSize() * _samplesPerSide));
+    colorBarCells->draw(static_cast<float>(colorBar->cellSize() * OVERSAMPLING));
     glPopAttrib();
-    _layer.popDepthTest();
+    layer.popDepthTest();
 }
 
-void Viewer::_drawGizmo(bool const& isSelecting) const {
-    double const side = std::min(_options.width, _options.height);
-    double const length = gizmoLength * side / referenceSide * _unitsPerPixel();
-    _layer.pushTransform(scaling(length));
+void Viewer::_drawGizmo(bool isSelecting) const {
+    double const side = std::min(request.width, request.height);
+    double const length = GIZMO_LENGTH * side / REFERENCE_SIDE * _unitsPerPixel();
+    layer.pushTransform(scaling(length));
     _pushLineWidth(2.6);
-    switch (_options.gizmo) {
-    case Gizmo::move: {
-        Lit const lit(_layer, Lit::Finish::bright);
-        _layer.renderAxesArrow3(gizmoNames[0], gizmoNames[1], gizmoNames[2], axisColours(), 0.26F);
+    switch (request.gizmo) {
+    case Gizmo::MOVE: {
+        Lit const lit(layer, Lit::Finish::bright);
+        layer.renderAxesArrow3(GIZMO_NAMES[0], GIZMO_NAMES[1], GIZMO_NAMES[2], axisColors(), 0.26F);
         break;
     }
-    case Gizmo::scale: {
-        Lit const lit(_layer, Lit::Finish::bright);
-        Tuple4<Color4<float>> const colours{axisColour(0), axisColour(1), axisColour(2), gizmoCentre};
-        _layer.renderAxesBox3(gizmoNames[0], gizmoNames[1], gizmoNames[2], gizmoNames[3], colours, 0.075F);
+    case Gizmo::SCALE: {
+        Lit const lit(layer, Lit::Finish::bright);
+        Tuple4<Color4<float>> const colors{axisColor(0), axisColor(1), axisColor(2), GIZMO_CENTER};
+        layer.renderAxesBox3(GIZMO_NAMES[0], GIZMO_NAMES[1], GIZMO_NAMES[2], GIZMO_NAMES[3], colors, 0.075F);
         break;
     }
-    case Gizmo::rotate: {
+    case Gizmo::ROTATE: {
         Vector3<float> const direction = convert<float>(_viewDirection());
         Matrix4<float> const frame = Matrix4<float>::identity();
         if (!isSelecting) {
             // The whole circles thinly, so that the far halves show, too.
             _pushLineWidth(0.8);
-            _layer.renderAxesCircle3(gizmoNames[0], gizmoNames[1], gizmoNames[2], axisColours(), 1.0F);
-            _layer.popLineWidth();
+            layer.renderAxesCircle3(GIZMO_NAMES[0], GIZMO_NAMES[1], GIZMO_NAMES[2], axisColors(), 1.0F);
+            layer.popLineWidth();
         }
-        _layer.renderAxesCircleCulled3(gizmoNames[0], gizmoNames[1], gizmoNames[2], direction, frame, 1.0F,
-                                       axisColours(), 1.0F);
+        layer.renderAxesCircleCulled3(GIZMO_NAMES[0], GIZMO_NAMES[1], GIZMO_NAMES[2], direction, frame, 1.0F,
+                                      axisColors(), 1.0F);
         break;
     }
-    case Gizmo::none:
+    case Gizmo::NONE:
         break;
     }
-    _layer.popLineWidth();
-    _layer.popTransform();
+    layer.popLineWidth();
+    layer.popTransform();
 }
 
 void Viewer::_drawCornerAxes(Region const& region) {
-    double const scale = std::min(_options.width, _options.height) / referenceSide;
+    double const scale = std::min(request.width, request.height) / REFERENCE_SIDE;
     ScreenAxes const screen = _screen();
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
-    glOrtho(0, _options.width, 0, _options.height, -_options.width, _options.width);
-    _cropProjection(region, _options.width);
+    glOrtho(0, request.width, 0, request.height, -request.width, request.width);
+    _cropProjection(region, request.width);
     glLoadIdentity();
-    placeLights(screenAxes(View::front), 0);
+    placeLights(screenAxes(View::FRONT), 0);
 
-    double const length = cornerAxesLength * scale;
-    Point const corner{cornerAxesInset * scale, cornerAxesInset * scale, 0};
+    double const length = CORNER_AXES_LENGTH * scale;
+    Point const corner{CORNER_AXES_INSET * scale, CORNER_AXES_INSET * scale, 0};
     auto const onScreen = [&screen](Point const& p) {
-        return Point{dot(p, screen.right), dot(p, screen.up), dot(p, screen.towardsViewer)};
+        return Point{dot(p, screen.right), dot(p, screen.up), dot(p, screen.towardViewer)};
     };
     _pushLineWidth(2.0);
-    _layer.pushTransform(
+    layer.pushTransform(
         frame(onScreen(axis(0)) * length, onScreen(axis(1)) * length, onScreen(axis(2)) * length, corner));
     {
-        Lit const lit(_layer, Lit::Finish::bright);
-        _layer.renderAxesArrow3(0, 0, 0, axisColours(), 0.30F);
+        Lit const lit(layer, Lit::Finish::bright);
+        layer.renderAxesArrow3(0, 0, 0, axisColors(), 0.30F);
     }
-    _layer.popTransform();
-    _layer.popLineWidth();
+    layer.popTransform();
+    layer.popLineWidth();
 
     _pushLineWidth(1.5);
-    _layer.pushColor(letters);
+    layer.pushColor(LETTERS);
     for (unsigned int i = 0; i < 3; ++i) {
         Point const tip = onScreen(axis(i));
         // Where an axis points at the viewer or away there is no place beside its tip.
         if (std::abs(tip.z) < 0.95) {
             Point const place = corner + Point{tip.x, tip.y, 0} * (1.52 * length);
-            double const size = letterHalfSize * scale;
-            _layer.pushTransform(frame({size, 0, 0}, {0, size, 0}, {0, 0, 1}, place));
+            double const size = LETTER_HALF_SIZE * scale;
+            layer.pushTransform(frame({size, 0, 0}, {0, size, 0}, {0, 0, 1}, place));
             _drawLetter(i);
-            _layer.popTransform();
+            layer.popTransform();
         }
     }
-    _layer.popColor(1);
-    _layer.popLineWidth();
+    layer.popColor(1);
+    layer.popLineWidth();
 }
 
-void Viewer::_drawLetter(unsigned int const& axis) const {
+void Viewer::_drawLetter(unsigned int axis) const {
     switch (axis) {
     case 0:
-        _layer.renderSegment3({-0.7F, -1, 0}, {0.7F, 1, 0});
-        _layer.renderSegment3({-0.7F, 1, 0}, {0.7F, -1, 0});
+        layer.renderSegment3({-0.7F, -1, 0}, {0.7F, 1, 0});
+        layer.renderSegment3({-0.7F, 1, 0}, {0.7F, -1, 0});
         break;
     case 1:
-        _layer.renderSegment3({0, -1, 0}, {0, 0, 0});
-        _layer.renderSegment3({0, 0, 0}, {-0.7F, 1, 0});
-        _layer.renderSegment3({0, 0, 0}, {0.7F, 1, 0});
+        layer.renderSegment3({0, -1, 0}, {0, 0, 0});
+        layer.renderSegment3({0, 0, 0}, {-0.7F, 1, 0});
+        layer.renderSegment3({0, 0, 0}, {0.7F, 1, 0});
         break;
     default:
-        _layer.renderSegment3({-0.7F, 1, 0}, {0.7F, 1, 0});
-        _layer.renderSegment3({0.7F, 1, 0}, {-0.7F, -1, 0});
-        _layer.renderSegment3({-0.7F, -1, 0}, {0.7F, -1, 0});
+        layer.renderSegment3({-0.7F, 1, 0}, {0.7F, 1, 0});
+        layer.renderSegment3({0.7F, 1, 0}, {-0.7F, -1, 0});
+        layer.renderSegment3({-0.7F, -1, 0}, {0.7F, -1, 0});
         break;
     }
 }
 
-void Viewer::_pushLineWidth(double const& pixels) const {
-    _layer.pushLineWidth(static_cast<float>(pixels * _lineScale));
+void Viewer::_pushLineWidth(double pixels) const {
+    layer.pushLineWidth(static_cast<float>(pixels * lineScale));
 }
 
 }  // namespace vellum::viewport

@@ -3,7 +3,7 @@
 #include "Camera_RL_GL.h"
 #include "foundation/raster/Core_RL.h"
 #include "offscreen/OffscreenContext.h"
-#include "viewport/drawing/ColourBar.h"
+#include "viewport/drawing/ColorBar.h"
 #include "viewport/drawing/EffectRenderer.h"
 #include "viewport/drawing/ModelRenderer.h"
 #include "viewport/drawing/ParticleRenderer.h"
@@ -35,11 +35,11 @@ struct Tiling {
     int height;
     int margin;  ///< drawn around each tile and thrown away: lines that end outside still show their width inside
 
-    static Tiling of(int const& pictureWidth, int const& pictureHeight);
+    static Tiling of(int pictureWidth, int pictureHeight);
 
     /// For what is drawn differently in each tile, as it reads the frame or uses its coordinates: the whole picture
     /// is one tile, if it has at most 4096 pixels on each side.
-    static Tiling ofOneTile(int const& pictureWidth, int const& pictureHeight);
+    static Tiling ofOneTile(int pictureWidth, int pictureHeight);
 
     static Tiling of(Options const& options);  ///< The one that suits what is drawn.
 
@@ -47,10 +47,10 @@ struct Tiling {
     int bufferHeight() const { return (height + 2 * margin) * samplesPerSide; }
 };
 
-/// Draws a scene through the render layer: background, ground, models, particles with the bar of their colours, the
+/// Draws a scene through the render layer: background, ground, models, particles with the bar of their colors, the
 /// gizmo over them, and the axes in the corner; or tells what of it is at a pixel.
 ///
-///     OffscreenContext context(Viewer::contextSettings(options));     // and GLEW initialised
+///     OffscreenContext context(Viewer::contextSettings(options));     // and GLEW initialized
 ///     std::unique_ptr<Core_RL> layer(new Core_RL_GL);
 ///     Viewer viewer(*layer, scene, options);
 ///     Result<Picture> const picture = viewer.draw(context, Tiling::of(options.width, options.height));
@@ -73,56 +73,56 @@ public:
     /// What is at the pixel, or within two pixels of it: its picking name and what it belongs to ("1 gizmo move X",
     /// "16 spider.obj"), or "nothing". Particles are known by their file, like models.
     /// Handles of the gizmo come before everything else, then what is nearer to the viewer.
-    std::string pick(Pixel const& pixel);
+    std::string pick(Pixel pixel);
 
 private:
     // == Particles ==
     void _prepareClouds();
-    double _sizeForEffect(ParticleCloud const& cloud, double const& ball) const;
+    double _sizeForEffect(ParticleCloud const& cloud, double ball) const;
 
     // == Cameras and lights ==
     void _placeCamera();
     std::vector<Vector3<double>> _framedPoints() const;
     void _loadCamera(Region const& region);
-    void _cropProjection(Region const& region, double const& width) const;
+    void _cropProjection(Region const& region, double width) const;
     void _placeLights() const;
     double _unitsPerPixel() const;
     Vector3<double> _viewDirection() const;
     ScreenAxes _screen() const;
 
     // == Parts of the picture ==
-    void _drawRegion(Region const& region, int const& samplesPerSide);
+    void _drawRegion(Region const& region, int samplesPerSide);
     void _drawOwnScene();
     void _drawBackground(Region const& region) const;
     GroundGrid _ground() const;
     void _drawGround() const;
     void _drawModels();
     void _drawClouds();
-    void _drawCloud(std::size_t const& index);
+    void _drawCloud(std::size_t index);
     void _drawBoxOf(ParticleCloud const& cloud) const;
-    void _drawColourBar(Region const& region);
-    void _drawGizmo(bool const& isSelecting) const;
+    void _drawColorBar(Region const& region);
+    void _drawGizmo(bool isSelecting) const;
     void _drawCornerAxes(Region const& region);
-    void _drawLetter(unsigned int const& axis) const;
+    void _drawLetter(unsigned int axis) const;
 
-    void _pushLineWidth(double const& pixels) const;
+    void _pushLineWidth(double pixels) const;
 
-    Core_RL& _layer;
-    Scene const& _scene;
-    Options const& _options;
-    EffectRenderer* _effect;  // may be null
-    ParticleMode _particleMode;
-    std::optional<ParticleScale> _particleScale;
-    std::optional<ColourBar> _colourBar;  // if there is something to be told and room for it
-    double _frameWidth;                   // pixels of the picture, from the left, that the camera fills
-    Camera_RL_GL _camera;
-    TextureStore _textures;
-    std::vector<ModelRenderer> _models;
-    std::vector<ParticleRenderer> _clouds;
-    std::optional<ParticleRenderer> _colourBarCells;
-    std::vector<ShadedSegment> _groundSegments;
-    double _lineScale = 1;    // samples per pixel along a side, more where the picture is large
-    int _samplesPerSide = 1;  // of a pixel
+    Core_RL& layer;
+    Scene const& scene;
+    Options const& request;
+    EffectRenderer* effect;  // may be null
+    ParticleMode particleMode;
+    std::optional<ParticleScale> particleScale;
+    std::optional<ColorBar> colorBar;  // if there is something to be told and room for it
+    double frameWidth;                 // pixels of the picture, from the left, that the camera fills
+    Camera_RL_GL viewCamera;
+    TextureStore textures;
+    std::vector<ModelRenderer> models;
+    std::vector<ParticleRenderer> clouds;
+    std::optional<ParticleRenderer> colorBarCells;
+    std::vector<ShadedSegment> groundSegments;
+    double lineScale = 1;  // samples per pixel along a side, more where the picture is large
+    int OVERSAMPLING = 1;  // of a pixel
 };
 
 }  // namespace vellum::viewport

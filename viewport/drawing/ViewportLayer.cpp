@@ -8,11 +8,11 @@
 
 namespace vellum::viewport {
 
-ViewportLayer::ViewportLayer(std::optional<unsigned int> const& gpuMegabytes) : _gpuMegabytes(gpuMegabytes) {}
+ViewportLayer::ViewportLayer(std::optional<unsigned int> const& gpuMegabytes) : gpuMegabytes(gpuMegabytes) {}
 
 unsigned int ViewportLayer::getFreeGpuMemory() {
-    if (_gpuMegabytes) {
-        return *_gpuMegabytes << 10U;
+    if (gpuMegabytes) {
+        return *gpuMegabytes << 10U;
     }
     unsigned int const told = Core_RL_GL::getFreeGpuMemory();
     return told != 0 ? told : availableMainMemory() / 2;

@@ -14,11 +14,11 @@ public:
     explicit ViewportLayer(std::optional<unsigned int> const& gpuMegabytes = std::nullopt);
 
     /// In kilobytes: what was given; else what the driver says; else half of the main memory that is available,
-    /// which is where software rasterisers have their buffers, and processors with graphics of their own, too.
+    /// which is where software rasterizers have their buffers, and processors with graphics of their own, too.
     unsigned int getFreeGpuMemory() override;
 
 private:
-    std::optional<unsigned int> _gpuMegabytes;
+    std::optional<unsigned int> gpuMegabytes;
 };
 
 /// Kilobytes of main memory that programs can get without swapping; 0 when the system does not tell.

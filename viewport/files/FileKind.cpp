@@ -13,18 +13,17 @@ namespace vellum::viewport {
 namespace {
 
 // Meshes are not read compressed.
-constexpr char const* particleExtensions[] = {".lammpstrj", ".lammpsdump", ".dump", ".xyz",
-                                              ".extxyz",    ".exyz",       ".csv",  ".gz"};
+constexpr char const* PARTICLE_EXTENSIONS[] = {".lammpstrj", ".lammpsdump", ".dump", ".xyz",
+                                               ".extxyz",    ".exyz",       ".csv",  ".gz"};
 
 }  // namespace
 
 bool isParticleFile(std::string const& path) {
     std::string extension = std::filesystem::path(path).extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(), [](char const& c) {
-        return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    });
-    if (std::find(std::begin(particleExtensions), std::end(particleExtensions), extension) !=
-        std::end(particleExtensions)) {
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); });
+    if (std::find(std::begin(PARTICLE_EXTENSIONS), std::end(PARTICLE_EXTENSIONS), extension) !=
+        std::end(PARTICLE_EXTENSIONS)) {
         return true;
     }
     bool const isOfMeshes = extension != ".ply" && isMeshExtension(extension);

@@ -26,7 +26,7 @@ using viewport::Picture;
 using viewport::Result;
 
 /// A sheet of this many pixels is still drawn in one piece by every driver.
-constexpr int largestSide = 16384 / SheetLayer::oversampling;
+constexpr int LARGEST_SIDE = 16384 / SheetLayer::OVERSAMPLING;
 
 struct Tile {
     std::string label;
@@ -37,7 +37,7 @@ struct Tile {
 void copyInto(Core_RL& layer, Picture const& picture) {
     Tuple4<unsigned int> const area = layer.getCurrentViewportCoords();
     layer.pushDepthTest({DEPTH_TEST_OFF, false});
-    glPixelZoom(SheetLayer::oversampling, -SheetLayer::oversampling);  // the top row comes first
+    glPixelZoom(SheetLayer::OVERSAMPLING, -SheetLayer::OVERSAMPLING);  // the top row comes first
     glWindowPos2i(static_cast<GLint>(area.e0), static_cast<GLint>(area.e1 + area.e3));
     glDrawPixels(picture.width, picture.height, GL_RGBA, GL_UNSIGNED_BYTE, picture.pixels.data());
     glPixelZoom(1.0F, 1.0F);
@@ -93,18 +93,18 @@ Result<Subject> contactSheet(std::string const& list) {
             Tile const& tile = tiles.value()[i];
             row.cells.push_back(
                 {tile.label, View::flat(1.0F),
-                 [picture = tile.picture](Core_RL& layer, View const&) { copyInto(layer, *picture); }});
+                 [picture = tile.picture](Core_RL& layer, View) { copyInto(layer, *picture); }});
         }
         sheet.rows.push_back(row);
     }
     // The last row is filled up, so that all cells have the same width.
     while (sheet.rows.back().cells.size() < columns) {
-        sheet.rows.back().cells.push_back({"", View::flat(1.0F), [](Core_RL&, View const&) {}});
+        sheet.rows.back().cells.push_back({"", View::flat(1.0F), [](Core_RL&, View) {}});
     }
     Picture const& first = *tiles.value().front().picture;
     fitToDrawings(sheet, first.width, first.height);
-    if (sheet.width > largestSide || sheet.height > largestSide) {
-        return Fault{list, "makes a sheet of more than " + std::to_string(largestSide) + " pixels"};
+    if (sheet.width > LARGEST_SIDE || sheet.height > LARGEST_SIDE) {
+        return Fault{list, "makes a sheet of more than " + std::to_string(LARGEST_SIDE) + " pixels"};
     }
     return sheet;
 }

@@ -42,7 +42,7 @@ constexpr char PAGE_FOOT[] = "</main>\n</body>\n</html>\n";
 
 std::string escaped(std::string const& text) {
     std::string result;
-    for (char const& character : text) {
+    for (char character : text) {
         switch (character) {
         case '&':
             result += "&amp;";
@@ -101,7 +101,7 @@ Result<std::vector<Exhibit>> readList(fs::path const& path) {
 }  // namespace
 
 std::optional<Fault> writeIndexPage(std::string const& folder, std::vector<Exhibit> const& drawings) {
-    Result<std::vector<Exhibit>> const further = readList(fs::path(folder) / furtherPictures);
+    Result<std::vector<Exhibit>> const further = readList(fs::path(folder) / FURTHER_PICTURES);
     if (!further.isOk()) {
         return further.fault();
     }

@@ -18,7 +18,7 @@ struct Exhibit {
 
 /// The name of the list of further pictures in a gallery's folder. Each of its lines holds a file name, a title
 /// and a caption with tabs between them.
-inline constexpr char furtherPictures[] = "captions.tsv";
+inline constexpr char FURTHER_PICTURES[] = "captions.tsv";
 
 /// Writes `folder`/index.html: the drawings, then the pictures of the list of further ones where there is such a
 /// list. A picture that is named and does not exist is a fault, as is a line of the list that cannot be read.

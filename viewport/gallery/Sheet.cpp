@@ -17,7 +17,7 @@ namespace vellum::gallery {
 
 namespace {
 
-constexpr int SCALE = SheetLayer::oversampling;
+constexpr int SCALE = SheetLayer::OVERSAMPLING;
 constexpr int MARGIN = 10;        // pixels between cells
 constexpr int LABEL_HEIGHT = 24;  // pixels at the foot of a cell
 constexpr float LABEL_SIZE = 11.0F;
@@ -37,7 +37,7 @@ struct Area {
 };
 
 void openOverlay(Core_RL& layer, Area const& area) {
-    auto const pixels = [](int const& value) { return static_cast<unsigned int>(SCALE * value); };
+    auto const pixels = [](int value) { return static_cast<unsigned int>(SCALE * value); };
     layer.pushViewportOrtho(
         Tuple4<unsigned int>{pixels(area.x), pixels(area.y), pixels(area.width), pixels(area.height)},
         Tuple4<float>{0.0F, static_cast<float>(area.width), 0.0F, static_cast<float>(area.height)});
@@ -76,7 +76,7 @@ void drawLabel(Core_RL& layer, Area const& area, std::string const& label) {
     closeOverlay(layer);
 }
 
-void loadView(Camera_RL& camera, View const& view, float const& aspect) {
+void loadView(Camera_RL& camera, View view, float aspect) {
     camera.aspect = aspect;
     if (view.isFlat()) {
         camera.viewKind = 1;
@@ -139,7 +139,7 @@ void drawCell(Core_RL& layer, Cell const& cell, Area const& area) {
 
 /// The sheet from its oversampled pixels: each is the mean of a block. Blended drawings leave their opacity in
 /// the buffer; the sheet itself is opaque.
-viewport::Picture averaged(std::vector<unsigned char> const& samples, int const& width, int const& height) {
+viewport::Picture averaged(std::vector<unsigned char> const& samples, int width, int height) {
     constexpr std::size_t scale = SCALE;
     auto const columns = static_cast<std::size_t>(width);
     auto const rows = static_cast<std::size_t>(height);
@@ -169,11 +169,11 @@ viewport::Picture averaged(std::vector<unsigned char> const& samples, int const&
 
 // == View ==
 
-View View::perspective(Vector3<float> const& eye, Vector3<float> const& target, float const& fieldOfView) {
+View View::perspective(Vector3<float> const& eye, Vector3<float> const& target, float fieldOfView) {
     return {eye, target, fieldOfView, 0.0F};
 }
 
-View View::flat(float const& reach) {
+View View::flat(float reach) {
     return {{0.0F, 0.0F, 1.0F}, {0.0F, 0.0F, 0.0F}, 0.0F, reach};
 }
 
@@ -183,7 +183,7 @@ Vector3<float> View::direction() const {
 
 // == Sheet ==
 
-void fitToDrawings(Subject& subject, int const& width, int const& height) {
+void fitToDrawings(Subject& subject, int width, int height) {
     auto const rows = static_cast<int>(subject.rows.size());
     auto const columns = static_cast<int>(subject.rows.front().cells.size());
     subject.width = columns * width + (columns + 1) * MARGIN;
@@ -207,7 +207,7 @@ viewport::Picture drawSheet(OffscreenContext& context, SheetLayer& layer, Subjec
     float above = 0.0F;
     int rowIndex = 0;
     for (Row const& row : subject.rows) {
-        auto const edge = [&](float const& upTo) {
+        auto const edge = [&](float upTo) {
             return static_cast<int>(static_cast<float>(freeHeight) * upTo / heights);
         };
         int const top = edge(above);
@@ -234,19 +234,19 @@ viewport::Picture drawSheet(OffscreenContext& context, SheetLayer& layer, Subjec
 
 // == Lit ==
 
-Lit::Lit(Core_RL& layer) : _layer(layer) {
-    _layer.enable(ClientCapability::NORMALIZE);
-    _layer.enableColorMaterial();
-    _layer.enableLight_0();
-    _layer.enableLight_1();
-    _layer.enableLighting();
+Lit::Lit(Core_RL& layer) : layer(layer) {
+    layer.enable(ClientCapability::NORMALIZE);
+    layer.enableColorMaterial();
+    layer.enableLight_0();
+    layer.enableLight_1();
+    layer.enableLighting();
 }
 
 Lit::~Lit() {
-    _layer.disableLighting();
-    _layer.disableLight_1();
-    _layer.disableLight_0();
-    _layer.disableColorMaterial();
+    layer.disableLighting();
+    layer.disableLight_1();
+    layer.disableLight_0();
+    layer.disableColorMaterial();
 }
 
 }  // namespace vellum::gallery

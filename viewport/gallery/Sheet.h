@@ -23,9 +23,8 @@ struct View {
     float fieldOfView;      ///< degrees across the cell's shorter side; 0 for a flat view along -z
     float reach;            ///< flat view only: half of what the cell's shorter side shows
 
-    static View perspective(Vector3<float> const& eye, Vector3<float> const& target,
-                            float const& fieldOfView);
-    static View flat(float const& reach);
+    static View perspective(Vector3<float> const& eye, Vector3<float> const& target, float fieldOfView);
+    static View flat(float reach);
 
     bool isFlat() const { return fieldOfView == 0.0F; }
     Vector3<float> direction() const;  ///< The direction in which the viewer looks; unit length.
@@ -36,7 +35,7 @@ struct View {
 struct Cell {
     std::string label;  ///< may be empty
     View view;
-    std::function<void(Core_RL& layer, View const& view)> draw;
+    std::function<void(Core_RL& layer, View view)> draw;
 };
 
 /// Cells of equal width beside each other.
@@ -45,24 +44,24 @@ struct Row {
     std::vector<Cell> cells;
 };
 
-constexpr int sheetWidth = 1280;  // pixels
-constexpr int sheetHeight = 800;  // pixels
+constexpr int SHEET_WIDTH = 1280;  // pixels
+constexpr int SHEET_HEIGHT = 800;  // pixels
 
 /// What one picture shows.
 struct Subject {
     std::string name;  ///< part of the picture's file name
     std::string title;
-    std::string caption;       ///< one sentence or two
-    std::vector<Row> rows;     ///< from the top
-    int width = sheetWidth;    ///< of the picture, in pixels
-    int height = sheetHeight;  ///< alike
+    std::string caption;        ///< one sentence or two
+    std::vector<Row> rows;      ///< from the top
+    int width = SHEET_WIDTH;    ///< of the picture, in pixels
+    int height = SHEET_HEIGHT;  ///< alike
 };
 
 /// Makes the picture as large as it must be for drawings of this size in pixels. All rows have equal heights and
 /// equally many cells, and the first cell has a label.
-void fitToDrawings(Subject& subject, int const& width, int const& height);
+void fitToDrawings(Subject& subject, int width, int height);
 
-/// Draws the subject. The context must be current and SheetLayer::oversampling times as wide and high as the
+/// Draws the subject. The context must be current and SheetLayer::OVERSAMPLING times as wide and high as the
 /// subject.
 viewport::Picture drawSheet(OffscreenContext& context, SheetLayer& layer, Subject const& subject);
 
@@ -75,7 +74,7 @@ public:
     Lit& operator=(Lit const&) = delete;
 
 private:
-    Core_RL& _layer;
+    Core_RL& layer;
 };
 
 }  // namespace vellum::gallery

@@ -6,34 +6,34 @@ namespace vellum::gallery {
 
 float SheetLayer::setPointSize(float const& size) {
     float const former = Core_RL_GL::setPointSize(size);
-    glPointSize(size * oversampling);
+    glPointSize(size * OVERSAMPLING);
     return former;
 }
 
 void SheetLayer::setLineWidth(float const& width) {
-    Core_RL_GL::setLineWidth(width * oversampling);
+    Core_RL_GL::setLineWidth(width * OVERSAMPLING);
 }
 
 void SheetLayer::setLineStipple(bool on) {
     constexpr int dash = 3;  // pixels, as the base class has it
     Core_RL_GL::setLineStipple(on);
     if (on) {
-        glLineStipple(dash * oversampling, 0xAAAA);
+        glLineStipple(dash * OVERSAMPLING, 0xAAAA);
     }
 }
 
 void SheetLayer::enableLighting() {
     Core_RL_GL::enableLighting();
-    _isLit = true;
+    isLit = true;
 }
 
 void SheetLayer::disableLighting() {
     Core_RL_GL::disableLighting();
-    _isLit = false;
+    isLit = false;
 }
 
 void SheetLayer::renderSegment3(Vector3<float> const& a, Vector3<float> const& b) {
-    if (!_isLit) {
+    if (!isLit) {
         Core_RL_GL::renderSegment3(a, b);
         return;
     }

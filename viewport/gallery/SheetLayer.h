@@ -4,8 +4,8 @@
 
 namespace vellum::gallery {
 
-/// The render layer of a picture that is drawn `oversampling` times as wide and high as it will be and averaged
-/// afterwards: what is measured in pixels grows by the same factor. Software rasterisers draw lines without
+/// The render layer of a picture that is drawn `OVERSAMPLING` times as wide and high as it will be and averaged
+/// afterwards: what is measured in pixels grows by the same factor. Software rasterizers draw lines without
 /// anti-aliasing even into a buffer of several samples, so that a larger picture is the way to smooth lines
 /// everywhere.
 ///
@@ -13,7 +13,7 @@ namespace vellum::gallery {
 /// whatever normal came last.
 class SheetLayer : public Core_RL_GL {
 public:
-    static constexpr int oversampling = 3;
+    static constexpr int OVERSAMPLING = 3;
 
     float setPointSize(float const& size) override;
     void setLineWidth(float const& width) override;
@@ -24,7 +24,7 @@ public:
     void renderSegment3(Vector3<float> const& a, Vector3<float> const& b) override;
 
 private:
-    bool _isLit = false;
+    bool isLit = false;
 };
 
 }  // namespace vellum::gallery

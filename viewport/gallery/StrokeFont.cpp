@@ -16,10 +16,10 @@ namespace {
 //     y = 0  below the base line
 constexpr float BASE_LINE = 2.0F;
 constexpr float TALL = 6.0F;    // from the base line to the top
-constexpr int GAP = 2;          // between neighbours
+constexpr int GAP = 2;          // between neighbors
 constexpr int BLANK_WIDTH = 2;  // of characters without a glyph
 
-char const* glyph(char const& character) {
+char const* glyph(char character) {
     static char const* const letters[26] = {
         "4536160503123243 4642",        // a
         "0802 0516364543321203",        // b
@@ -90,10 +90,10 @@ int glyphWidth(char const* strokes) {
 
 }  // namespace
 
-void drawText(Core_RL& layer, std::string const& text, Vector2<float> const& origin, float const& size) {
+void drawText(Core_RL& layer, std::string const& text, Vector2<float> const& origin, float size) {
     float const unit = size / TALL;
     int left = 0;
-    for (char const& character : text) {
+    for (char character : text) {
         char const* const strokes = glyph(character);
         auto const point = [&](char const* digits) {
             return origin + Vector2<float>{static_cast<float>(left + digits[0] - '0'),
@@ -115,9 +115,9 @@ void drawText(Core_RL& layer, std::string const& text, Vector2<float> const& ori
     }
 }
 
-float textWidth(std::string const& text, float const& size) {
+float textWidth(std::string const& text, float size) {
     int width = 0;
-    for (char const& character : text) {
+    for (char character : text) {
         width += glyphWidth(glyph(character)) + GAP;
     }
     return text.empty() ? 0.0F : static_cast<float>(width - GAP) * size / TALL;

@@ -11,11 +11,11 @@ class Core_RL;
 /// Labels in plain segments: small letters, digits and a little punctuation. Other characters are left blank.
 namespace vellum::gallery {
 
-/// Draws a line of text in the XY plane, in the current colour and line width. `origin` is the left end of the
+/// Draws a line of text in the XY plane, in the current color and line width. `origin` is the left end of the
 /// base line, `size` the height of a tall letter.
-void drawText(Core_RL& layer, std::string const& text, Vector2<float> const& origin, float const& size);
+void drawText(Core_RL& layer, std::string const& text, Vector2<float> const& origin, float size);
 
 /// How wide drawText() draws the text.
-float textWidth(std::string const& text, float const& size);
+float textWidth(std::string const& text, float size);
 
 }  // namespace vellum::gallery

@@ -10,7 +10,7 @@ namespace vellum::gallery {
 namespace {
 
 /// Three upright arrows of growing length.
-void drawThree(Core_RL& layer, Color4<float> const& color, float const& headSize, bool const& tailBox) {
+void drawThree(Core_RL& layer, Color4<float> const& color, float headSize, bool tailBox) {
     Lit const lit(layer);
     layer.pushColor(color);
     layer.pushLineWidth(3.0F);
@@ -23,23 +23,23 @@ void drawThree(Core_RL& layer, Color4<float> const& color, float const& headSize
     layer.popColor(1);
 }
 
-void drawShortHeads(Core_RL& layer, View const&) {
+void drawShortHeads(Core_RL& layer, View) {
     drawThree(layer, TEAL, 0.2F, false);
 }
 
-void drawLongHeads(Core_RL& layer, View const&) {
+void drawLongHeads(Core_RL& layer, View) {
     drawThree(layer, GREEN, 0.45F, false);
 }
 
-void drawLimitedHeads(Core_RL& layer, View const&) {
+void drawLimitedHeads(Core_RL& layer, View) {
     drawThree(layer, YELLOW, 10.0F, false);
 }
 
-void drawTailBoxes(Core_RL& layer, View const&) {
+void drawTailBoxes(Core_RL& layer, View) {
     drawThree(layer, ORANGE, 0.18F, true);
 }
 
-void drawAllRound(Core_RL& layer, View const&) {
+void drawAllRound(Core_RL& layer, View) {
     Lit const lit(layer);
     constexpr int count = 90;
     layer.pushLineWidth(2.0F);
@@ -55,7 +55,7 @@ void drawAllRound(Core_RL& layer, View const&) {
     layer.popLineWidth();
 }
 
-void drawSeenFromBelow(Core_RL& layer, View const&) {
+void drawSeenFromBelow(Core_RL& layer, View) {
     Lit const lit(layer);
     layer.pushColor(VIOLET);
     layer.pushLineWidth(3.0F);
@@ -66,7 +66,7 @@ void drawSeenFromBelow(Core_RL& layer, View const&) {
     layer.popColor(1);
 }
 
-void drawUnit(Core_RL& layer, View const&) {
+void drawUnit(Core_RL& layer, View) {
     layer.pushLineWidth(2.0F);
     for (int i = 0; i < 8; ++i) {
         layer.pushColor(scaleColor(static_cast<float>(i) / 7.0F));
@@ -78,7 +78,7 @@ void drawUnit(Core_RL& layer, View const&) {
     layer.popLineWidth();
 }
 
-void drawFlatArrows(Core_RL& layer, View const&) {
+void drawFlatArrows(Core_RL& layer, View) {
     layer.pushLineWidth(2.0F);
     for (int i = 0; i < 9; ++i) {
         for (int j = 0; j < 7; ++j) {
@@ -111,7 +111,7 @@ Vector3<float> whirlAt(Vector3<float> const& p) {
     return around * (0.62F * turning) - outwards * inwards + Vector3<float>{0.0F, rising, 0.0F};
 }
 
-void drawField(Core_RL& layer, View const&) {
+void drawField(Core_RL& layer, View) {
     constexpr int levels = 18;
     constexpr int rings = 7;
     constexpr float fastest = 1.7F;
@@ -175,7 +175,7 @@ Subject arrows() {
 Subject vectorField() {
     return {"vector-field",
             "Arrows from buffers",
-            "4,032 arrows of a whirl, coloured by speed, drawn in three calls from arrays that were "
+            "4,032 arrows of a whirl, colored by speed, drawn in three calls from arrays that were "
             "built once.",
             {{1.0F, {{"", View::perspective({1.7F, 1.5F, 4.1F}, {0.0F, -0.08F, 0.0F}, 35.0F), drawField}}}}};
 }

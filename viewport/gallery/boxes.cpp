@@ -12,9 +12,9 @@ namespace {
 constexpr Box3<float> BRICK{{-1.0F, -0.6F, -0.7F}, {1.0F, 0.6F, 0.7F}};
 
 Tuple8<Vector3<float>> cornerColors() {
-    // The colour cube: each corner's place is its colour.
-    auto const corner = [](int const& i) {
-        auto const channel = [i](int const& bit) { return (i & bit) != 0 ? 0.95F : 0.10F; };
+    // The color cube: each corner's place is its color.
+    auto const corner = [](int i) {
+        auto const channel = [i](int bit) { return (i & bit) != 0 ? 0.95F : 0.10F; };
         return Vector3<float>{channel(1), channel(2), channel(4)};
     };
     return {corner(0), corner(1), corner(2), corner(3), corner(4), corner(5), corner(6), corner(7)};
@@ -26,20 +26,20 @@ Obb3<float> leaningBox() {
     return {axis0, 1.05F, cross(axis2, axis0), 0.5F, axis2, 0.65F, {0.0F, 0.0F, 0.0F}};
 }
 
-void drawFilled(Core_RL& layer, View const&) {
+void drawFilled(Core_RL& layer, View) {
     Lit const lit(layer);
     layer.pushColor(BLUE);
     layer.render(BRICK, false);
     layer.popColor(1);
 }
 
-void drawWire(Core_RL& layer, View const&) {
+void drawWire(Core_RL& layer, View) {
     layer.pushColor(TEAL);
     layer.render(BRICK, true);
     layer.popColor(1);
 }
 
-void drawFilledWithEdges(Core_RL& layer, View const& view) {
+void drawFilledWithEdges(Core_RL& layer, View view) {
     drawFilled(layer, view);
     // The edges lie exactly on the faces; the shifted depths let them win.
     layer.setZBias(true);
@@ -51,13 +51,13 @@ void drawFilledWithEdges(Core_RL& layer, View const& view) {
     layer.setZBias(false);
 }
 
-void drawColoredCorners(Core_RL& layer, View const&) {
+void drawColoredCorners(Core_RL& layer, View) {
     layer.pushColor(WHITE);
     layer.render(Box3<double>{{-0.85, -0.85, -0.85}, {0.85, 0.85, 0.85}}, cornerColors(), false);
     layer.popColor(1);
 }
 
-void drawColoredWire(Core_RL& layer, View const&) {
+void drawColoredWire(Core_RL& layer, View) {
     layer.pushColor(WHITE);
     layer.pushLineWidth(3.0F);
     layer.render(Box3<float>{{-0.85F, -0.85F, -0.85F}, {0.85F, 0.85F, 0.85F}}, cornerColors(), true);
@@ -65,14 +65,14 @@ void drawColoredWire(Core_RL& layer, View const&) {
     layer.popColor(1);
 }
 
-void drawOriented(Core_RL& layer, View const&) {
+void drawOriented(Core_RL& layer, View) {
     Lit const lit(layer);
     layer.pushColor(ORANGE);
     layer.render(leaningBox(), false);
     layer.popColor(1);
 }
 
-void drawOrientedWire(Core_RL& layer, View const&) {
+void drawOrientedWire(Core_RL& layer, View) {
     Obb3<float> const box = leaningBox();
     layer.pushColor(ORANGE);
     layer.render(box, true);
@@ -86,14 +86,14 @@ void drawOrientedWire(Core_RL& layer, View const&) {
         low = {std::fmin(low.x, corner.x), std::fmin(low.y, corner.y), std::fmin(low.z, corner.z)};
         high = {std::fmax(high.x, corner.x), std::fmax(high.y, corner.y), std::fmax(high.z, corner.z)};
     }
-    layer.pushColor(GREY);
+    layer.pushColor(GRAY);
     layer.setLineStipple(true);
     layer.render(Box3<float>{low, high}, true);
     layer.setLineStipple(false);
     layer.popColor(1);
 }
 
-void drawFlatBoxes(Core_RL& layer, View const&) {
+void drawFlatBoxes(Core_RL& layer, View) {
     layer.pushColor(GREEN);
     layer.render(Box2<float>{{-1.15F, -0.55F}, {-0.15F, 0.55F}}, false);
     layer.popColor(1);
@@ -104,7 +104,7 @@ void drawFlatBoxes(Core_RL& layer, View const&) {
     layer.popColor(1);
 }
 
-void drawFlatSquares(Core_RL& layer, View const&) {
+void drawFlatSquares(Core_RL& layer, View) {
     for (int i = 0; i < 7; ++i) {
         for (int j = 0; j < 5; ++j) {
             float const part = static_cast<float>(i + j) / 10.0F;
@@ -116,13 +116,13 @@ void drawFlatSquares(Core_RL& layer, View const&) {
     }
 }
 
-void drawNamed(Core_RL& layer, View const&) {
+void drawNamed(Core_RL& layer, View) {
     Lit const lit(layer);
     constexpr unsigned int name = 7;
     layer.renderBox3(name, VIOLET, 0.85F);
 }
 
-void drawCubes(Core_RL& layer, View const&) {
+void drawCubes(Core_RL& layer, View) {
     Lit const lit(layer);
     for (int i = 0; i < 27; ++i) {
         Vector3<float> const place{static_cast<float>(i % 3 - 1), static_cast<float>(i / 3 % 3 - 1),
@@ -133,7 +133,7 @@ void drawCubes(Core_RL& layer, View const&) {
     }
 }
 
-void drawLandscape(Core_RL& layer, View const&) {
+void drawLandscape(Core_RL& layer, View) {
     Lit const lit(layer);
     constexpr int count = 40;
     for (int i = 0; i < count; ++i) {
@@ -155,28 +155,27 @@ Subject boxes() {
     View const view = View::perspective({2.4F, 2.0F, 3.8F}, {0.0F, -0.05F, 0.0F}, 36.0F);
     View const far = View::perspective({2.6F, 2.2F, 4.2F}, {0.0F, 0.0F, 0.0F}, 40.0F);
     View const flat = View::flat(1.0F);
-    return {
-        "boxes",
-        "Boxes",
-        "Upright, oriented and flat boxes, filled and as wire, with one colour or one for each corner. An "
-        "oriented box is lit with the normals of an upright one; a flat box as wire shows its lower and "
-        "upper edge.",
-        {{1.0F,
-          {{"filled", view, drawFilled},
-           {"wire", view, drawWire},
-           {"filled, with edges", view, drawFilledWithEdges},
-           {"a colour for each corner", view, drawColoredCorners}}},
-         {1.0F,
-          {{"the same as wire", view, drawColoredWire},
-           {"oriented", view, drawOriented},
-           {"oriented, and its upright box", far, drawOrientedWire},
-           {"flat, filled and wire", flat, drawFlatBoxes}}},
-         {1.0F,
-          {{"flat squares", flat, drawFlatSquares},
-           {"named cube for picking", view, drawNamed},
-           {"cubes", view, drawCubes},
-           {"1600 boxes", View::perspective({1.5F, 1.5F, 2.5F}, {0.0F, -0.24F, 0.0F}, 43.0F),
-            drawLandscape}}}}};
+    return {"boxes",
+            "Boxes",
+            "Upright, oriented and flat boxes, filled and as wire, with one color or one for each corner. An "
+            "oriented box is lit with the normals of an upright one; a flat box as wire shows its lower and "
+            "upper edge.",
+            {{1.0F,
+              {{"filled", view, drawFilled},
+               {"wire", view, drawWire},
+               {"filled, with edges", view, drawFilledWithEdges},
+               {"a color for each corner", view, drawColoredCorners}}},
+             {1.0F,
+              {{"the same as wire", view, drawColoredWire},
+               {"oriented", view, drawOriented},
+               {"oriented, and its upright box", far, drawOrientedWire},
+               {"flat, filled and wire", flat, drawFlatBoxes}}},
+             {1.0F,
+              {{"flat squares", flat, drawFlatSquares},
+               {"named cube for picking", view, drawNamed},
+               {"cubes", view, drawCubes},
+               {"1600 boxes", View::perspective({1.5F, 1.5F, 2.5F}, {0.0F, -0.24F, 0.0F}, 43.0F),
+                drawLandscape}}}}};
 }
 
 }  // namespace vellum::gallery

@@ -12,11 +12,11 @@ namespace {
 
 constexpr float RADIUS = 0.95F;
 
-void drawPlain(Core_RL& layer, View const&) {
+void drawPlain(Core_RL& layer, View) {
     layer.renderAxesCircle3(0, 1, 2, AXES, RADIUS);
 }
 
-void drawCameraFacing(Core_RL& layer, View const&) {
+void drawCameraFacing(Core_RL& layer, View) {
     layer.renderAxesCircle3(0, 1, 2, {FAINT, FAINT, FAINT}, 0.8F);
     layer.renderCircleCameraFacing3(Matrix4<float>::identity(), Matrix3<float>{}, 1.0F, YELLOW, RADIUS);
     for (int axis = 0; axis < 3; ++axis) {
@@ -26,27 +26,27 @@ void drawCameraFacing(Core_RL& layer, View const&) {
     }
 }
 
-void drawCulled(Core_RL& layer, View const& view) {
+void drawCulled(Core_RL& layer, View view) {
     layer.renderAxesCircleCulled3(0, 1, 2, view.direction(), Matrix4<float>::identity(), RADIUS, AXES, 1.0F);
 }
 
-void drawCulledThin(Core_RL& layer, View const& view) {
+void drawCulledThin(Core_RL& layer, View view) {
     layer.renderAxesCircleCulledStipple3(0, 1, 2, view.direction(), Matrix4<float>::identity(), RADIUS, AXES,
                                          1.0F);
 }
 
-void drawTapes(Core_RL& layer, View const&) {
+void drawTapes(Core_RL& layer, View) {
     layer.renderAxesCircleTape3(0, 1, 2, AXES, RADIUS, 0.14F);
 }
 
-void drawStippled(Core_RL& layer, View const&) {
+void drawStippled(Core_RL& layer, View) {
     layer.renderAxesCircleStipple3(0, 1, 2, AXES, RADIUS);
 }
 
 }  // namespace
 
 Subject circles() {
-    std::pair<std::string, void (*)(Core_RL&, View const&)> const kinds[] = {
+    std::pair<std::string, void (*)(Core_RL&, View)> const kinds[] = {
         {"plain", drawPlain},   {"facing the viewer", drawCameraFacing},
         {"culled", drawCulled}, {"far half thin", drawCulledThin},
         {"tapes", drawTapes},   {"stippled", drawStippled}};
@@ -63,12 +63,12 @@ Subject circles() {
     for (auto const& [viewLabel, view] : views) {
         Row row{1.0F, {}};
         for (auto const& [label, draw] : kinds) {
-            row.cells.push_back({viewLabel.empty() ? label : viewLabel, view,
-                                 [draw = draw](Core_RL& layer, View const& seen) {
-                                     layer.pushLineWidth(2.5F);
-                                     draw(layer, seen);
-                                     layer.popLineWidth();
-                                 }});
+            row.cells.push_back(
+                {viewLabel.empty() ? label : viewLabel, view, [draw = draw](Core_RL& layer, View seen) {
+                     layer.pushLineWidth(2.5F);
+                     draw(layer, seen);
+                     layer.popLineWidth();
+                 }});
         }
         subject.rows.push_back(std::move(row));
     }

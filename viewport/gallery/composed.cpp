@@ -18,7 +18,7 @@ struct Torus {
     Array<Color4<float>> colors;
     Triangles triangles;
 
-    Torus(unsigned int const& around, unsigned int const& across) {
+    Torus(unsigned int around, unsigned int across) {
         for (unsigned int i = 0; i < around; ++i) {
             for (unsigned int j = 0; j < across; ++j) {
                 double const u = 2.0 * PI * i / around;
@@ -51,21 +51,21 @@ struct Torus {
     }
 };
 
-void drawSphere(Core_RL& layer, View const&) {
+void drawSphere(Core_RL& layer, View) {
     Lit const lit(layer);
     layer.pushColor(RED);
     layer.renderSphere({0.0F, 0.0F, 0.0F}, 1.0F);
     layer.popColor(1);
 }
 
-void drawTetrahedron(Core_RL& layer, View const&) {
+void drawTetrahedron(Core_RL& layer, View) {
     Lit const lit(layer);
     layer.pushColor(YELLOW);
     layer.renderTetrahedron(Vector3<float>{0.0F, -0.2F, 0.0F}, 1.15F);
     layer.popColor(1);
 }
 
-void drawVoxel(Core_RL& layer, View const&) {
+void drawVoxel(Core_RL& layer, View) {
     TricubicVoxel<float> voxel{{-0.3F, -0.3F, -0.3F}, {0.6F, 0.6F, 0.6F}, {}};
     for (int i = 0; i < 64; ++i) {
         Vector3<float> const offset = Vector3<float>{static_cast<float>(i % 4), static_cast<float>(i / 4 % 4),
@@ -80,7 +80,7 @@ void drawVoxel(Core_RL& layer, View const&) {
     layer.setPointSize(former);
 }
 
-void drawPlaneSystem(Core_RL& layer, View const&) {
+void drawPlaneSystem(Core_RL& layer, View) {
     Plane3System<float> system;
     for (int i = 0; i < 3; ++i) {
         float const angle = radians(60.0F * static_cast<float>(i) + 10.0F);
@@ -91,7 +91,7 @@ void drawPlaneSystem(Core_RL& layer, View const&) {
     layer.popColor(1);
 }
 
-void drawTree(Core_RL& layer, View const&) {
+void drawTree(Core_RL& layer, View) {
     GeometryTree<GeometryNode<Box3<float>>> tree;
     tree.nodes.pushBack({{{-1.0F, -1.0F, -1.0F}, {1.0F, 1.0F, 1.0F}}, 0, 0});
     // Boxes that the surface of a ball meets are divided into eight.
@@ -120,7 +120,7 @@ void drawTree(Core_RL& layer, View const&) {
     layer.popColor(1);
 }
 
-void drawPlainList(Core_RL& layer, View const&) {
+void drawPlainList(Core_RL& layer, View) {
     Torus const torus(36, 18);
     layer.pushFillingFront(FILLING_LINES);
     layer.pushFillingBack(FILLING_LINES);
@@ -131,7 +131,7 @@ void drawPlainList(Core_RL& layer, View const&) {
     layer.popFillingFront();
 }
 
-void drawFlatList(Core_RL& layer, View const&) {
+void drawFlatList(Core_RL& layer, View) {
     Lit const lit(layer);
     Torus const torus(24, 12);
     layer.pushColor(VIOLET);
@@ -139,7 +139,7 @@ void drawFlatList(Core_RL& layer, View const&) {
     layer.popColor(1);
 }
 
-void drawSmoothList(Core_RL& layer, View const&) {
+void drawSmoothList(Core_RL& layer, View) {
     Lit const lit(layer);
     Torus const torus(48, 24);
     layer.pushColor(ORANGE);
@@ -147,17 +147,17 @@ void drawSmoothList(Core_RL& layer, View const&) {
     layer.popColor(1);
 }
 
-void drawColoredList(Core_RL& layer, View const&) {
+void drawColoredList(Core_RL& layer, View) {
     Lit const lit(layer);
     Torus const torus(72, 36);
     layer.render(torus.singleVertices(), torus.triangles, torus.normals, torus.colors);
 }
 
-void drawNormals(Core_RL& layer, View const&) {
+void drawNormals(Core_RL& layer, View) {
     Torus const torus(24, 12);
     {
         Lit const lit(layer);
-        layer.pushColor(GREY);
+        layer.pushColor(GRAY);
         layer.render(torus.singleVertices(), torus.triangles);
         layer.popColor(1);
     }
@@ -188,7 +188,7 @@ Subject composed() {
            {"triangle list, flat", view, drawFlatList}}},
          {1.0F,
           {{"triangle list, smooth", view, drawSmoothList},
-           {"triangle list, coloured", view, drawColoredList},
+           {"triangle list, colored", view, drawColoredList},
            {"face normals", view, drawNormals}}}}};
 }
 

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr double pi = 3.14159265358979323846;
+constexpr double PI = 3.14159265358979323846;
 
 struct Point {
     double x;
@@ -25,28 +25,28 @@ struct Point {
 /// An OBJ file in the making.
 class Model {
 public:
-    explicit Model(std::string const& path) : _file(path + ".obj") {}
+    explicit Model(std::string const& path) : file(path + ".obj") {}
 
     bool isWritten() {
-        _file.close();
-        return _file.good();
+        file.close();
+        return file.good();
     }
 
     void use(std::string const& library, std::string const& material) {
-        if (!_hasLibrary) {
-            _file << "mtllib " << library << '\n';
-            _hasLibrary = true;
+        if (!hasLibrary) {
+            file << "mtllib " << library << '\n';
+            hasLibrary = true;
         }
-        _file << "usemtl " << material << '\n';
+        file << "usemtl " << material << '\n';
     }
 
     /// Four corners counter-clockwise, with a normal of their own.
     void addSquare(Point const& a, Point const& b, Point const& c, Point const& d) {
         for (Point const& p : {a, b, c, d}) {
-            _file << "v " << p.x << ' ' << p.y << ' ' << p.z << '\n';
+            file << "v " << p.x << ' ' << p.y << ' ' << p.z << '\n';
         }
-        _count += 4;
-        _file << "f " << _count - 3 << ' ' << _count - 2 << ' ' << _count - 1 << ' ' << _count << '\n';
+        count += 4;
+        file << "f " << count - 3 << ' ' << count - 2 << ' ' << count - 1 << ' ' << count << '\n';
     }
 
     void addBox(Point const& low, Point const& high) {
@@ -67,7 +67,7 @@ public:
         constexpr unsigned int rings = 96;
         constexpr unsigned int sides = 128;
         constexpr double step = 1e-4;
-        unsigned int const first = _count + 1;
+        unsigned int const first = count + 1;
         for (unsigned int ring = 0; ring <= rings; ++ring) {
             double const t = std::clamp(static_cast<double>(ring) / rings, 0.0005, 0.9995);
             double const r = radius(t);
@@ -75,54 +75,54 @@ public:
             double const upwards = radius(t + step) - radius(t - step);
             double const length = std::hypot(outwards, upwards);
             for (unsigned int side = 0; side < sides; ++side) {
-                double const angle = 2 * pi * side / sides;
+                double const angle = 2 * PI * side / sides;
                 double const c = std::cos(angle);
                 double const s = std::sin(angle);
-                _file << "v " << foot.x + r * c << ' ' << foot.y + height(t) << ' ' << foot.z + r * s << '\n';
-                _file << "vn " << outwards / length * c << ' ' << upwards / length << ' '
-                      << outwards / length * s << '\n';
-                ++_count;
+                file << "v " << foot.x + r * c << ' ' << foot.y + height(t) << ' ' << foot.z + r * s << '\n';
+                file << "vn " << outwards / length * c << ' ' << upwards / length << ' '
+                     << outwards / length * s << '\n';
+                ++count;
             }
         }
-        auto const corner = [&](unsigned int const& ring, unsigned int const& side) {
+        auto const corner = [&](unsigned int ring, unsigned int side) {
             std::string const n = std::to_string(first + ring * sides + side % sides);
             // Vertices and normals come in pairs, so that both have the same number.
             return " " + n + "//" + n;
         };
         for (unsigned int ring = 0; ring < rings; ++ring) {
             for (unsigned int side = 0; side < sides; ++side) {
-                _file << 'f' << corner(ring, side) << corner(ring, side + 1) << corner(ring + 1, side + 1)
-                      << corner(ring + 1, side) << '\n';
+                file << 'f' << corner(ring, side) << corner(ring, side + 1) << corner(ring + 1, side + 1)
+                     << corner(ring + 1, side) << '\n';
             }
         }
     }
 
     /// A square plate from 0 to 1 in the plane of x and z, with x and z as texture coordinates.
-    void addPlate(unsigned int const& parts) {
+    void addPlate(unsigned int parts) {
         for (unsigned int row = 0; row <= parts; ++row) {
             for (unsigned int column = 0; column <= parts; ++column) {
                 double const x = static_cast<double>(column) / parts;
                 double const z = static_cast<double>(row) / parts;
-                _file << "v " << x << " 0 " << z << "\nvt " << x << ' ' << z << '\n';
+                file << "v " << x << " 0 " << z << "\nvt " << x << ' ' << z << '\n';
             }
         }
-        _file << "vn 0 1 0\n";
-        auto const corner = [&](unsigned int const& row, unsigned int const& column) {
+        file << "vn 0 1 0\n";
+        auto const corner = [&](unsigned int row, unsigned int column) {
             std::string const n = std::to_string(row * (parts + 1) + column + 1);
             return " " + n + "/" + n + "/1";
         };
         for (unsigned int row = 0; row < parts; ++row) {
             for (unsigned int column = 0; column < parts; ++column) {
-                _file << 'f' << corner(row, column) << corner(row + 1, column) << corner(row + 1, column + 1)
-                      << corner(row, column + 1) << '\n';
+                file << 'f' << corner(row, column) << corner(row + 1, column) << corner(row + 1, column + 1)
+                     << corner(row, column + 1) << '\n';
             }
         }
     }
 
 private:
-    std::ofstream _file;
-    unsigned int _count = 0;  // of vertices
-    bool _hasLibrary = false;
+    std::ofstream file;
+    unsigned int count = 0;  // of vertices
+    bool hasLibrary = false;
 };
 
 bool writeMaterials(std::string const& folder) {
@@ -148,12 +148,12 @@ bool writeMaterials(std::string const& folder) {
 bool writeRoom(std::string const& folder) {
     Model model(folder + "/room");
     constexpr int tiles = 5;
-    for (char const* const colour : {"light", "dark"}) {
-        model.use("room.mtl", colour);
+    for (char const* const color : {"light", "dark"}) {
+        model.use("room.mtl", color);
         for (int row = -tiles; row < tiles; ++row) {
             for (int column = -tiles; column < tiles; ++column) {
                 bool const isLight = (row + column) % 2 == 0;
-                if (isLight == (colour == std::string("light"))) {
+                if (isLight == (color == std::string("light"))) {
                     double const x = column;
                     double const z = row;
                     model.addSquare({x, 0, z}, {x, 0, z + 1}, {x + 1, 0, z + 1}, {x + 1, 0, z});
@@ -175,17 +175,17 @@ bool writeRoom(std::string const& folder) {
 bool writeGlass(std::string const& folder) {
     Model model(folder + "/glass");
     model.addTurned(
-        {0.2, 0, 0.6}, [](double const& t) { return 1.25 * std::sin(pi * t); },
-        [](double const& t) { return 1.25 + 1.25 * std::cos(pi * t); });
+        {0.2, 0, 0.6}, [](double t) { return 1.25 * std::sin(PI * t); },
+        [](double t) { return 1.25 + 1.25 * std::cos(PI * t); });
     // A drop with a long neck.
     model.addTurned(
         {3.2, 0, -1.6},
-        [](double const& t) { return 0.95 * std::sin(pi * t) * (0.18 + 0.82 * std::pow(t, 1.6)) * 1.25; },
-        [](double const& t) { return 3.3 * (0.5 + 0.5 * std::cos(pi * t)); });
+        [](double t) { return 0.95 * std::sin(PI * t) * (0.18 + 0.82 * std::pow(t, 1.6)) * 1.25; },
+        [](double t) { return 3.3 * (0.5 + 0.5 * std::cos(PI * t)); });
     return model.isWritten();
 }
 
-bool writePlate(std::string const& path, unsigned int const& parts) {
+bool writePlate(std::string const& path, unsigned int parts) {
     Model model(path);
     model.addPlate(parts);
     return model.isWritten();
@@ -193,16 +193,16 @@ bool writePlate(std::string const& path, unsigned int const& parts) {
 
 // == The land ==
 
-double random(int const& x, int const& y) {
+double random(int x, int y) {
     auto n = static_cast<std::uint32_t>(x) * 374761393U + static_cast<std::uint32_t>(y) * 668265263U;
     n = (n ^ n >> 13U) * 1274126177U;
     return static_cast<double>((n ^ n >> 16U) & 0xFFFFFFU) / 0xFFFFFF;
 }
 
-double noise(double const& x, double const& y) {
+double noise(double x, double y) {
     int const column = static_cast<int>(std::floor(x));
     int const row = static_cast<int>(std::floor(y));
-    auto const fade = [](double const& t) { return t * t * t * (t * (6 * t - 15) + 10); };
+    auto const fade = [](double t) { return t * t * t * (t * (6 * t - 15) + 10); };
     double const u = fade(x - column);
     double const v = fade(y - row);
     double const low = random(column, row) * (1 - u) + random(column + 1, row) * u;
@@ -211,7 +211,7 @@ double noise(double const& x, double const& y) {
 }
 
 /// Ridges of mountains, 0 to 1, that sink to the borders of the plate.
-double landHeight(double const& x, double const& z) {
+double landHeight(double x, double z) {
     double sum = 0;
     double part = 0.5;
     double frequency = 3.2;
@@ -224,14 +224,14 @@ double landHeight(double const& x, double const& z) {
         part *= 0.48;
         frequency *= 2.03;
     }
-    auto const border = [](double const& t) {
+    auto const border = [](double t) {
         double const s = std::clamp(std::min(t, 1 - t) / 0.22, 0.0, 1.0);
         return s * s * (3 - 2 * s);
     };
     return std::clamp(sum * border(x) * border(z) * 1.15, 0.0, 1.0);
 }
 
-/// Half grey for x and z, the height as the displacement along y, in 16 bits: eight would show steps.
+/// Half gray for x and z, the height as the displacement along y, in 16 bits: eight would show steps.
 bool writeLand(std::string const& path) {
     constexpr unsigned int size = 512;
     std::vector<std::uint16_t> texels;

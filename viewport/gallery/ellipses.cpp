@@ -9,7 +9,7 @@ namespace vellum::gallery {
 
 namespace {
 
-void drawSpanned(Core_RL& layer, View const&) {
+void drawSpanned(Core_RL& layer, View) {
     layer.pushLineWidth(2.0F);
     for (int i = 0; i < 9; ++i) {
         float const lean = radians(20.0F * static_cast<float>(i));
@@ -20,7 +20,7 @@ void drawSpanned(Core_RL& layer, View const&) {
     layer.popLineWidth();
 }
 
-void drawHalfAxes(Core_RL& layer, View const&) {
+void drawHalfAxes(Core_RL& layer, View) {
     Vector3<float> const u{1.0F, 0.35F, 0.0F};
     Vector3<float> const v{-0.15F, 0.5F, 0.0F};
     layer.pushLineWidth(2.0F);
@@ -36,7 +36,7 @@ void drawHalfAxes(Core_RL& layer, View const&) {
     layer.popLineWidth();
 }
 
-void drawAxisPlanes(Core_RL& layer, View const&) {
+void drawAxisPlanes(Core_RL& layer, View) {
     layer.pushLineWidth(2.0F);
     layer.pushColor(BLUE);
     layer.renderEllipse3_XY({0.0F, 0.0F, 0.0F}, 1.0F, 0.6F);
@@ -51,7 +51,7 @@ void drawAxisPlanes(Core_RL& layer, View const&) {
 }
 
 /// The outline of an ellipsoid as contour lines along each axis.
-void drawEllipsoid(Core_RL& layer, View const&) {
+void drawEllipsoid(Core_RL& layer, View) {
     constexpr Vector3<float> reach{1.15F, 0.65F, 0.8F};
     for (int i = -6; i <= 6; ++i) {
         float const part = static_cast<float>(i) / 6.5F;
@@ -65,7 +65,7 @@ void drawEllipsoid(Core_RL& layer, View const&) {
     }
 }
 
-void drawVase(Core_RL& layer, View const&) {
+void drawVase(Core_RL& layer, View) {
     constexpr int count = 34;
     for (int i = 0; i <= count; ++i) {
         float const part = static_cast<float>(i) / count;
@@ -76,13 +76,13 @@ void drawVase(Core_RL& layer, View const&) {
     }
 }
 
-void drawOrbits(Core_RL& layer, View const&) {
+void drawOrbits(Core_RL& layer, View) {
     for (int i = 0; i < 6; ++i) {
         float const reach = 0.28F + 0.19F * static_cast<float>(i);
         float const tilt = radians(7.0F * static_cast<float>(i));
         Vector3<float> const u{reach, reach * std::sin(tilt), 0.0F};
         Vector3<float> const v{0.0F, 0.0F, reach * 0.85F};
-        layer.pushColor(GREY);
+        layer.pushColor(GRAY);
         layer.renderEllipse3({0.0F, 0.0F, 0.0F}, u, v);
         layer.popColor(1);
 
@@ -104,7 +104,7 @@ Subject ellipses() {
     View const view = View::perspective({2.0F, 1.6F, 3.4F}, {0.0F, 0.0F, 0.0F}, 34.0F);
     return {"ellipses",
             "Ellipses",
-            "Ellipses by centre and two half axes, and in the planes of the coordinate axes: strips of 30 "
+            "Ellipses by center and two half axes, and in the planes of the coordinate axes: strips of 30 "
             "points.",
             {{1.0F,
               {{"two half axes", View::flat(0.9F), drawHalfAxes},

@@ -11,10 +11,10 @@ constexpr Tuple3<Color4<float>> PLANES{Color4<float>{0.35F, 0.58F, 0.97F, 0.55F}
                                        Color4<float>{0.93F, 0.33F, 0.31F, 0.55F},
                                        Color4<float>{0.45F, 0.80F, 0.36F, 0.55F}};
 
-/// The edited thing, small and grey in the middle of its gizmo.
+/// The edited thing, small and gray in the middle of its gizmo.
 void drawEdited(Core_RL& layer) {
     Lit const lit(layer);
-    layer.pushColor(GREY);
+    layer.pushColor(GRAY);
     layer.render(Box3<float>{{-0.16F, -0.16F, -0.16F}, {0.16F, 0.16F, 0.16F}}, false);
     layer.popColor(1);
 }
@@ -25,7 +25,7 @@ void drawPlaneHandles(Core_RL& layer) {
     layer.popBlending();
 }
 
-/// The shafts in full colour. The lit handles repeat them at the same depth, where the first drawing stays.
+/// The shafts in full color. The lit handles repeat them at the same depth, where the first drawing stays.
 void drawShafts(Core_RL& layer) {
     Vector3<float> const ends[] = {{1.0F, 0.0F, 0.0F}, {0.0F, 1.0F, 0.0F}, {0.0F, 0.0F, 1.0F}};
     Color4<float> const colors[] = {AXES.e0, AXES.e1, AXES.e2};
@@ -36,7 +36,7 @@ void drawShafts(Core_RL& layer) {
     }
 }
 
-void drawMove(Core_RL& layer, View const&) {
+void drawMove(Core_RL& layer, View) {
     layer.pushLineWidth(3.0F);
     drawShafts(layer);
     {
@@ -47,52 +47,52 @@ void drawMove(Core_RL& layer, View const&) {
     drawPlaneHandles(layer);
 }
 
-void drawRotate(Core_RL& layer, View const& view) {
+void drawRotate(Core_RL& layer, View view) {
     drawEdited(layer);
     layer.pushLineWidth(3.0F);
     layer.renderAxesCircleCulled3(0, 1, 2, view.direction(), Matrix4<float>::identity(), 1.0F, AXES, 1.0F);
-    layer.renderCircleCameraFacing3(Matrix4<float>::identity(), Matrix3<float>{}, 1.0F, GREY, 1.12F);
+    layer.renderCircleCameraFacing3(Matrix4<float>::identity(), Matrix3<float>{}, 1.0F, GRAY, 1.12F);
     layer.popLineWidth();
 }
 
-void drawScale(Core_RL& layer, View const&) {
+void drawScale(Core_RL& layer, View) {
     layer.pushLineWidth(3.0F);
     drawShafts(layer);
     {
         Lit const lit(layer);
-        layer.renderAxesBox3(0, 1, 2, 3, AXES_AND_CENTRE, 0.09F);
+        layer.renderAxesBox3(0, 1, 2, 3, AXES_AND_CENTER, 0.09F);
     }
     layer.popLineWidth();
 }
 
-void drawPlanes(Core_RL& layer, View const&) {
+void drawPlanes(Core_RL& layer, View) {
     layer.renderAxesPlane3(0, 1, 2, AXES, 0.85F);
 }
 
-void drawStippledArrows(Core_RL& layer, View const&) {
+void drawStippledArrows(Core_RL& layer, View) {
     layer.pushLineWidth(2.0F);
     layer.renderAxesArrowStipple3(AXES, 0.25F);
     layer.popLineWidth();
 }
 
-void drawStippledCircles(Core_RL& layer, View const&) {
+void drawStippledCircles(Core_RL& layer, View) {
     layer.pushLineWidth(2.0F);
     layer.renderAxesCircleStipple3(0, 1, 2, AXES, 0.9F);
     layer.popLineWidth();
 }
 
-void drawThinCircles(Core_RL& layer, View const& view) {
+void drawThinCircles(Core_RL& layer, View view) {
     layer.pushLineWidth(3.0F);
     layer.renderAxesCircleCulledStipple3(0, 1, 2, view.direction(), Matrix4<float>::identity(), 0.9F, AXES,
                                          1.0F);
     layer.popLineWidth();
 }
 
-void drawTapes(Core_RL& layer, View const&) {
+void drawTapes(Core_RL& layer, View) {
     layer.renderAxesCircleTape3(0, 1, 2, AXES, 0.9F, 0.12F);
 }
 
-void drawUnitArrow(Core_RL& layer, View const&) {
+void drawUnitArrow(Core_RL& layer, View) {
     layer.pushColor(YELLOW);
     layer.pushLineWidth(2.0F);
     layer.pushTransform(movedTo({0.0F, 0.9F, 0.0F}) * scaledBy(1.5F));

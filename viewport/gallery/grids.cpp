@@ -8,7 +8,7 @@ namespace vellum::gallery {
 namespace {
 
 template <class Lattice>
-void drawLattice(Core_RL& layer, Color4<float> const& color, float const& pointSize, Lattice const& lattice) {
+void drawLattice(Core_RL& layer, Color4<float> const& color, float pointSize, Lattice const& lattice) {
     float const former = layer.setPointSize(pointSize);
     layer.pushColor(color);
     layer.renderBox3Points_asPoints(lattice);
@@ -16,35 +16,35 @@ void drawLattice(Core_RL& layer, Color4<float> const& color, float const& pointS
     layer.setPointSize(former);
 }
 
-void drawEvenLattice(Core_RL& layer, View const&) {
+void drawEvenLattice(Core_RL& layer, View) {
     drawLattice(layer, TEAL, 4.0F, Box3Points<float>{{7, 7, 7}, {-0.9F, -0.9F, -0.9F}, {0.3F, 0.3F, 0.3F}});
 }
 
-void drawUnevenLattice(Core_RL& layer, View const&) {
+void drawUnevenLattice(Core_RL& layer, View) {
     drawLattice(layer, YELLOW, 4.0F, Box3Points_ex<double>{{5, 3, 17}, {-1.0, -0.5, -1.2}, {0.5, 0.5, 0.15}});
 }
 
-void drawNestedLattices(Core_RL& layer, View const&) {
+void drawNestedLattices(Core_RL& layer, View) {
     drawLattice(layer, BLUE, 2.0F,
                 Box3Points_ex<float>{{25, 1, 25}, {-1.2F, -0.6F, -1.2F}, {0.1F, 0.1F, 0.1F}});
     drawLattice(layer, RED, 6.0F, Box3Points<double>{{3, 3, 3}, {-0.5, -0.1, -0.5}, {0.5, 0.5, 0.5}});
-    layer.pushColor(GREY);
+    layer.pushColor(GRAY);
     layer.render(Box3<float>{{-0.5F, -0.1F, -0.5F}, {0.5F, 0.9F, 0.5F}}, true);
     layer.popColor(1);
 }
 
-void drawGround(Core_RL& layer, View const&) {
+void drawGround(Core_RL& layer, View) {
     layer.pushColor(FAINT);
     layer.pushLineWidth(1.0F);
     layer.renderPlane3({{0.0F, 1.0F, 0.0F}, 0.4F}, 2.4F, 48);
     layer.popLineWidth();
     layer.popColor(1);
-    layer.pushColor(GREY);
+    layer.pushColor(GRAY);
     layer.renderPlane3({{0.0F, 1.0F, 0.0F}, 0.399F}, 2.4F, 12);
     layer.popColor(1);
 }
 
-void drawTilted(Core_RL& layer, View const&) {
+void drawTilted(Core_RL& layer, View) {
     Vector3<float> const normal = normalized(Vector3<float>{0.5F, 0.8F, 0.35F});
     layer.pushColor(GREEN);
     layer.renderPlane3({normal, 0.1F}, 2.2F, 10);
@@ -58,7 +58,7 @@ void drawTilted(Core_RL& layer, View const&) {
     layer.popColor(1);
 }
 
-void drawThreePlanes(Core_RL& layer, View const&) {
+void drawThreePlanes(Core_RL& layer, View) {
     layer.pushColor(RED);
     layer.renderPlane3({{1.0F, 0.0F, 0.0F}, 0.9F}, 1.8F, 9);
     layer.popColor(1);
@@ -70,7 +70,7 @@ void drawThreePlanes(Core_RL& layer, View const&) {
     layer.popColor(1);
 }
 
-void drawDivisions(Core_RL& layer, View const&) {
+void drawDivisions(Core_RL& layer, View) {
     unsigned int const divisions[] = {0, 1, 4, 16};
     for (int i = 0; i < 4; ++i) {
         layer.pushTransform(movedTo({i % 2 == 0 ? -0.62F : 0.62F, 0.0F, i / 2 == 0 ? -0.62F : 0.62F}));

@@ -43,10 +43,9 @@ void drawScene(Core_RL& layer) {
 }
 
 /// Opens an overlay in the middle of the viewport, `part` of its size, and draws the waves into it.
-void drawOverlay(Core_RL& layer, Color4<float> const& color, bool const& blend, float const& opacity,
-                 float const& part) {
+void drawOverlay(Core_RL& layer, Color4<float> const& color, bool blend, float opacity, float part) {
     Tuple4<unsigned int> const whole = layer.getCurrentViewportCoords();
-    auto const scaled = [&part](unsigned int const& value) {
+    auto const scaled = [&part](unsigned int value) {
         return static_cast<unsigned int>(static_cast<float>(value) * part);
     };
     unsigned int const width = scaled(whole.e2);
@@ -68,21 +67,21 @@ void drawOverlay(Core_RL& layer, Color4<float> const& color, bool const& blend, 
     layer.popViewportOrtho();
 }
 
-void drawWithout(Core_RL& layer, View const&) {
+void drawWithout(Core_RL& layer, View) {
     drawScene(layer);
 }
 
-void drawBlend(Core_RL& layer, View const&) {
+void drawBlend(Core_RL& layer, View) {
     drawScene(layer);
     drawOverlay(layer, {0.05F, 0.12F, 0.40F, 1.0F}, true, 1.0F, 0.7F);
 }
 
-void drawDecal(Core_RL& layer, View const&) {
+void drawDecal(Core_RL& layer, View) {
     drawScene(layer);
     drawOverlay(layer, {0.05F, 0.12F, 0.40F, 1.0F}, false, 1.0F, 0.7F);
 }
 
-void drawTranslucent(Core_RL& layer, View const&) {
+void drawTranslucent(Core_RL& layer, View) {
     drawScene(layer);
     drawOverlay(layer, {0.05F, 0.12F, 0.40F, 1.0F}, true, 0.55F, 0.7F);
 }
@@ -93,11 +92,11 @@ Subject luminance() {
     View const view = View::perspective({0.9F, 1.3F, 4.2F}, {0.0F, -0.1F, 0.0F}, 34.0F);
     return {"luminance",
             "Luminance overlay",
-            "A map of luminances over the scene, in a viewport of its own: blended from the current colour "
-            "towards white, as a decal, and translucent. OpenGL does not say what a decal of luminances is; "
+            "A map of luminances over the scene, in a viewport of its own: blended from the current color "
+            "toward white, as a decal, and translucent. OpenGL does not say what a decal of luminances is; "
             "here it is "
             "the driver's choice.",
-            {{1.0F, {{"the scene", view, drawWithout}, {"blended towards white", view, drawBlend}}},
+            {{1.0F, {{"the scene", view, drawWithout}, {"blended toward white", view, drawBlend}}},
              {1.0F, {{"decal", view, drawDecal}, {"translucent", view, drawTranslucent}}}}};
 }
 

@@ -28,17 +28,17 @@ constexpr int FAILURE = 1;
 constexpr int USAGE_ERROR = 2;
 constexpr int NO_GL = 3;
 
-std::string fileName(std::size_t const& index, Subject const& subject) {
+std::string fileName(std::size_t index, Subject const& subject) {
     char number[8];
     std::snprintf(number, sizeof number, "%02u-", static_cast<unsigned int>((index + 1) % 100));
     return number + subject.name + ".png";
 }
 
 /// A context in which sheets of this size are drawn.
-OffscreenContext::Settings settingsFor(int const& width, int const& height) {
+OffscreenContext::Settings settingsFor(int width, int height) {
     OffscreenContext::Settings settings;
-    settings.width = SheetLayer::oversampling * width;
-    settings.height = SheetLayer::oversampling * height;
+    settings.width = SheetLayer::OVERSAMPLING * width;
+    settings.height = SheetLayer::OVERSAMPLING * height;
     settings.debug = true;
     return settings;
 }
@@ -133,7 +133,7 @@ int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape)
     app.add_option(
            "--index", index,
            std::string("Write only the index.html of this folder's pictures, with those listed in its ") +
-               furtherPictures)
+               FURTHER_PICTURES)
         ->excludes(outOption);
     CLI::Option* const sheetOption =
         app.add_option("--contact-sheet", sheet,
@@ -168,7 +168,7 @@ int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape)
         if (error) {
             return fail({folder, error.message()});
         }
-        OffscreenContext context(settingsFor(sheetWidth, sheetHeight));
+        OffscreenContext context(settingsFor(SHEET_WIDTH, SHEET_HEIGHT));
         if (!context.isValid()) {
             return failWithoutGl(context);
         }

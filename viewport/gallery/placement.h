@@ -11,11 +11,11 @@ namespace vellum::gallery {
 
 inline constexpr float PI = 3.14159265F;
 
-inline float radians(float const& degrees) {
+inline float radians(float degrees) {
     return degrees * PI / 180.0F;
 }
 
-inline float degrees(float const& radians) {
+inline float degrees(float radians) {
     return radians * 180.0F / PI;
 }
 
@@ -27,12 +27,12 @@ inline Matrix4<float> movedTo(Vector3<float> const& place) {
     return matrix;
 }
 
-inline Matrix4<float> scaledBy(float const& factor) {
+inline Matrix4<float> scaledBy(float factor) {
     return {{factor, 0, 0, 0, 0, factor, 0, 0, 0, 0, factor, 0, 0, 0, 0, 1}};
 }
 
 /// A turn about a coordinate axis, counter-clockwise seen against it.
-inline Matrix4<float> turnedBy(float const& degrees, VL_AXIS const& axis) {
+inline Matrix4<float> turnedBy(float degrees, VL_AXIS const& axis) {
     float const c = std::cos(radians(degrees));
     float const s = std::sin(radians(degrees));
     Matrix4<float> matrix = Matrix4<float>::identity();

@@ -13,7 +13,7 @@ View spatialView() {
     return View::perspective({2.6F, 2.1F, 3.6F}, {0.0F, 0.0F, 0.0F}, 32.0F);
 }
 
-void drawPoints(Core_RL& layer, View const&) {
+void drawPoints(Core_RL& layer, View) {
     for (int row = 0; row < 5; ++row) {
         float const former = layer.setPointSize(2.0F + 3.0F * static_cast<float>(row));
         for (int i = 0; i < 9; ++i) {
@@ -26,7 +26,7 @@ void drawPoints(Core_RL& layer, View const&) {
     }
 }
 
-void drawPointBlock(Core_RL& layer, View const&) {
+void drawPointBlock(Core_RL& layer, View) {
     constexpr int count = 700;
     constexpr float goldenAngle = 2.39996F;
     float const former = layer.setPointSize(3.0F);
@@ -42,7 +42,7 @@ void drawPointBlock(Core_RL& layer, View const&) {
     layer.setPointSize(former);
 }
 
-void drawSegments(Core_RL& layer, View const&) {
+void drawSegments(Core_RL& layer, View) {
     for (int i = 0; i < 7; ++i) {
         float const y = 0.72F - 0.24F * static_cast<float>(i);
         layer.pushColor(scaleColor(static_cast<float>(i) / 6.0F));
@@ -53,7 +53,7 @@ void drawSegments(Core_RL& layer, View const&) {
     }
 }
 
-void drawStippledSegments(Core_RL& layer, View const&) {
+void drawStippledSegments(Core_RL& layer, View) {
     layer.pushColor(YELLOW);
     layer.pushLineWidth(2.0F);
     for (int i = 0; i < 16; ++i) {
@@ -65,31 +65,31 @@ void drawStippledSegments(Core_RL& layer, View const&) {
     layer.popColor(1);
 }
 
-void drawStrokes(Core_RL& layer, View const&) {
+void drawStrokes(Core_RL& layer, View) {
     float const former = layer.setPointSize(6.0F);
     for (int i = 0; i < 9; ++i) {
-        Vector3<float> const centre{-0.8F + 0.2F * static_cast<float>(i), 0.5F, 0.0F};
+        Vector3<float> const center{-0.8F + 0.2F * static_cast<float>(i), 0.5F, 0.0F};
         float const lean = radians(20.0F - 5.0F * static_cast<float>(i));
         layer.pushColor(ORANGE);
         layer.pushLineWidth(2.0F);
-        layer.renderStroke3(centre, {std::sin(lean), std::cos(lean), 0.0F}, 1.0F);
+        layer.renderStroke3(center, {std::sin(lean), std::cos(lean), 0.0F}, 1.0F);
         layer.popLineWidth();
         layer.popColor(1);
         layer.pushColor(WHITE);
-        layer.renderPoint3(centre);
+        layer.renderPoint3(center);
         layer.popColor(1);
     }
     layer.setPointSize(former);
 }
 
-void drawCross(Core_RL& layer, View const&) {
+void drawCross(Core_RL& layer, View) {
     layer.pushLineWidth(2.0F);
     layer.pushColor(GREEN);
     layer.renderCross3();
     layer.popColor(1);
     layer.pushColor(VIOLET);
     for (int i = 0; i < 8; ++i) {
-        auto const side = [i](int const& bit) { return (i & bit) != 0 ? 0.55F : -0.55F; };
+        auto const side = [i](int bit) { return (i & bit) != 0 ? 0.55F : -0.55F; };
         layer.pushTransform(movedTo({side(1), side(2), side(4)}) * scaledBy(0.18F));
         layer.renderCross3();
         layer.popTransform();
@@ -99,9 +99,9 @@ void drawCross(Core_RL& layer, View const&) {
 }
 
 /// A wave cut into quads.
-void drawQuads(Core_RL& layer, View const&) {
+void drawQuads(Core_RL& layer, View) {
     constexpr int cells = 12;
-    auto const at = [](int const& i, int const& j) {
+    auto const at = [](int i, int j) {
         float const x = -1.1F + 2.2F * static_cast<float>(i) / cells;
         float const z = -1.1F + 2.2F * static_cast<float>(j) / cells;
         return Vector3<float>{x, 0.35F * std::sin(2.6F * x) * std::cos(2.6F * z), z};
@@ -119,7 +119,7 @@ void drawQuads(Core_RL& layer, View const&) {
     }
 }
 
-void drawRhombi(Core_RL& layer, View const&) {
+void drawRhombi(Core_RL& layer, View) {
     for (int i = 0; i < 5; ++i) {
         layer.pushColor(scaleColor(static_cast<float>(i) / 4.0F));
         layer.pushTransform(movedTo({0.0F, 0.0F, 0.1F * static_cast<float>(i)}) *
@@ -139,7 +139,7 @@ void forEachBallTriangle(Draw const& draw) {
         Vector3<float> const y{0.0F, (octant & 2) != 0 ? 1.0F : -1.0F, 0.0F};
         Vector3<float> const z{0.0F, 0.0F, (octant & 4) != 0 ? 1.0F : -1.0F};
         bool const isMirrored = x.x * y.y * z.z < 0.0F;
-        auto const at = [&](int const& i, int const& j) {
+        auto const at = [&](int i, int j) {
             auto const a = static_cast<float>(i);
             auto const b = static_cast<float>(j);
             return normalized(x * (steps - a - b) + y * a + z * b);
@@ -158,7 +158,7 @@ void forEachBallTriangle(Draw const& draw) {
     }
 }
 
-void drawFacetedTriangles(Core_RL& layer, View const&) {
+void drawFacetedTriangles(Core_RL& layer, View) {
     Lit const lit(layer);
     layer.pushColor(BLUE);
     // One block for all: the cheap way to draw many triangles.
@@ -170,7 +170,7 @@ void drawFacetedTriangles(Core_RL& layer, View const&) {
     layer.popColor(1);
 }
 
-void drawSmoothTriangles(Core_RL& layer, View const&) {
+void drawSmoothTriangles(Core_RL& layer, View) {
     Lit const lit(layer);
     layer.pushColor(BLUE);
     forEachBallTriangle([&](Vector3<float> const& a, Vector3<float> const& b, Vector3<float> const& c) {
@@ -179,7 +179,7 @@ void drawSmoothTriangles(Core_RL& layer, View const&) {
     layer.popColor(1);
 }
 
-void drawCircles(Core_RL& layer, View const&) {
+void drawCircles(Core_RL& layer, View) {
     for (int i = 0; i < 8; ++i) {
         layer.pushColor(scaleColor(static_cast<float>(i) / 7.0F));
         layer.renderCircle3(0.13F + 0.11F * static_cast<float>(i));
@@ -187,13 +187,13 @@ void drawCircles(Core_RL& layer, View const&) {
     }
 }
 
-void drawFlat(Core_RL& layer, View const&) {
+void drawFlat(Core_RL& layer, View) {
     constexpr int count = 48;
-    auto const at = [](int const& i) {
+    auto const at = [](int i) {
         float const x = -0.95F + 1.9F * static_cast<float>(i) / count;
         return Vector2<float>{x, 0.6F * std::sin(5.0F * x) * std::exp(-0.5F * x * x)};
     };
-    layer.pushColor(GREY);
+    layer.pushColor(GRAY);
     layer.renderSegment2({-1.0F, 0.0F}, {1.0F, 0.0F});
     layer.renderSegment2({0.0F, -0.8F}, {0.0F, 0.8F});
     layer.popColor(1);
@@ -213,7 +213,7 @@ void drawFlat(Core_RL& layer, View const&) {
     layer.setPointSize(former);
 }
 
-void drawBlended(Core_RL& layer, View const&) {
+void drawBlended(Core_RL& layer, View) {
     layer.pushBlending(BLENDING_ALPHA);
     layer.pushDepthTest({DEPTH_TEST_OFF, false});
     Color4<float> const colors[] = {RED, GREEN, BLUE};
@@ -238,7 +238,7 @@ Subject primitives() {
     return {"primitives",
             "Primitives",
             "Points, segments, quads, rhombi, triangles and circles: what every other drawing is made of. A "
-            "stroke shows the half before its centre (the white dot).",
+            "stroke shows the half before its center (the white dot).",
             {{1.0F,
               {{"points", flat, drawPoints},
                {"a block of points", flat, drawPointBlock},

@@ -14,9 +14,9 @@ namespace {
 
 constexpr int SIZE = 256;  // texels along each side
 
-/// A test card: checks, a ramp of colour, a disk and a bar at the upper left corner that shows which way up the
+/// A test card: checks, a ramp of color, a disk and a bar at the upper left corner that shows which way up the
 /// picture is. x and y from 0 to 1, y downwards.
-Color4<float> cardAt(float const& x, float const& y) {
+Color4<float> cardAt(float x, float y) {
     bool const isLight = (static_cast<int>(x * 8.0F) + static_cast<int>(y * 8.0F)) % 2 == 0;
     Color4<float> const ramp = scaleColor(x);
     float const shade = isLight ? 0.95F : 0.55F;
@@ -35,7 +35,7 @@ Color4<float> cardAt(float const& x, float const& y) {
 }
 
 template <class Texel>
-std::vector<Texel> card(int const& channels, float const& largest) {
+std::vector<Texel> card(int channels, float largest) {
     std::vector<Texel> texels;
     texels.reserve(static_cast<std::size_t>(SIZE) * SIZE * static_cast<std::size_t>(channels));
     for (int row = 0; row < SIZE; ++row) {
@@ -47,7 +47,7 @@ std::vector<Texel> card(int const& channels, float const& largest) {
             texels.push_back(static_cast<Texel>(color.g * largest));
             texels.push_back(static_cast<Texel>(color.b * largest));
             if (channels == 4) {
-                // Opaque in the middle, fading towards the edge.
+                // Opaque in the middle, fading toward the edge.
                 float const fade = 1.2F - 1.8F * std::hypot(x - 0.5F, y - 0.5F);
                 texels.push_back(static_cast<Texel>(std::clamp(fade, 0.0F, 1.0F) * largest));
             }
@@ -60,25 +60,25 @@ std::vector<Texel> card(int const& channels, float const& largest) {
 class Texture {
 public:
     /// 8 bits each of red, green, blue and opacity.
-    Texture(Core_RL& layer, std::vector<unsigned char> const& texels) : _layer(layer) {
-        _layer.loadTextureColor(SIZE, SIZE, texels.data(), _name, TEXTURE_CLAMP);
+    Texture(Core_RL& layer, std::vector<unsigned char> const& texels) : layer(layer) {
+        layer.loadTextureColor(SIZE, SIZE, texels.data(), id, TEXTURE_CLAMP);
     }
 
     template <class Texel>
-    Texture(Core_RL& layer, std::vector<Texel> const& texels, int const& channels) : _layer(layer) {
+    Texture(Core_RL& layer, std::vector<Texel> const& texels, int channels) : layer(layer) {
         int const bits = 8 * static_cast<int>(sizeof(Texel));
-        _layer.loadTextureColor(SIZE, SIZE, bits, bits * channels, texels.data(), _name, TEXTURE_CLAMP);
+        layer.loadTextureColor(SIZE, SIZE, bits, bits * channels, texels.data(), id, TEXTURE_CLAMP);
     }
 
-    ~Texture() { _layer.unLoadTextureColor(_name); }
+    ~Texture() { layer.unLoadTextureColor(id); }
     Texture(Texture const&) = delete;
     Texture& operator=(Texture const&) = delete;
 
-    unsigned int const& name() const { return _name; }
+    unsigned int const& name() const { return id; }
 
 private:
-    Core_RL& _layer;
-    unsigned int _name = 0;
+    Core_RL& layer;
+    unsigned int id = 0;
 };
 
 void drawQuad(Core_RL& layer, Texture const& texture) {
@@ -89,11 +89,11 @@ void drawQuad(Core_RL& layer, Texture const& texture) {
     layer.popColor(1);
 }
 
-void drawQuad8(Core_RL& layer, View const&) {
+void drawQuad8(Core_RL& layer, View) {
     drawQuad(layer, Texture(layer, card<unsigned char>(3, 255.0F), 3));
 }
 
-void drawRhombus(Core_RL& layer, View const&) {
+void drawRhombus(Core_RL& layer, View) {
     Texture const texture(layer, card<unsigned char>(3, 255.0F), 3);
     layer.pushColor({1.0F, 1.0F, 1.0F, 1.0F});
     layer.pushTransform(scaledBy(0.95F));
@@ -102,7 +102,7 @@ void drawRhombus(Core_RL& layer, View const&) {
     layer.popColor(1);
 }
 
-void drawTinted(Core_RL& layer, View const&) {
+void drawTinted(Core_RL& layer, View) {
     Texture const texture(layer, card<std::uint16_t>(3, 65535.0F), 3);
     Color4<float> const tints[] = {WHITE, YELLOW, TEAL, VIOLET};
     for (int i = 0; i < 4; ++i) {
@@ -115,7 +115,7 @@ void drawTinted(Core_RL& layer, View const&) {
     }
 }
 
-void drawFading(Core_RL& layer, View const&) {
+void drawFading(Core_RL& layer, View) {
     Texture const texture(layer, card<unsigned char>(4, 255.0F));
     layer.pushBlending(BLENDING_ALPHA);
     drawQuad(layer, texture);
@@ -123,7 +123,7 @@ void drawFading(Core_RL& layer, View const&) {
 }
 
 /// A floor that runs to the horizon: where its texels are smaller than pixels, the mipmaps average them.
-void drawFloor(Core_RL& layer, View const&) {
+void drawFloor(Core_RL& layer, View) {
     Texture const texture(layer, card<float>(3, 1.0F), 3);
     layer.pushColor({1.0F, 1.0F, 1.0F, 1.0F});
     for (int i = -4; i <= 4; ++i) {
@@ -138,10 +138,10 @@ void drawFloor(Core_RL& layer, View const&) {
     layer.popColor(1);
 }
 
-void drawCube(Core_RL& layer, View const&) {
+void drawCube(Core_RL& layer, View) {
     Texture const texture(layer, card<std::uint16_t>(4, 65535.0F), 4);
     layer.pushColor({1.0F, 1.0F, 1.0F, 1.0F});
-    auto const face = [&](float const& degrees, VL_AXIS const& axis) {
+    auto const face = [&](float degrees, VL_AXIS const& axis) {
         layer.pushTransform(scaledBy(0.72F) * turnedBy(degrees, axis) * movedTo({0.0F, 0.0F, 1.0F}));
         layer.renderQuad3(texture.name());
         layer.popTransform();
@@ -162,7 +162,7 @@ Subject textures() {
         "textures",
         "Textures",
         "A generated test card on the textured quad and rhombus, from texels of 8, 16 and 32 bits, tinted "
-        "by the current colour, blended by its opacity, and with mipmaps towards the horizon.",
+        "by the current color, blended by its opacity, and with mipmaps toward the horizon.",
         {{1.0F,
           {{"quad, 8 bits", flat, drawQuad8},
            {"rhombus, 8 bits", flat, drawRhombus},

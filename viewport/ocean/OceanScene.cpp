@@ -12,49 +12,49 @@ namespace {
 
 using Point = Vector3<double>;
 
-constexpr double pi = 3.14159265358979323846;
-constexpr double fieldOfView = 38;  // vertical, degrees
-constexpr double nearest = 0.3;
-constexpr double farthest = 12'000;
+constexpr double PI = 3.14159265358979323846;
+constexpr double FIELD_OF_VIEW = 38;  // vertical, degrees
+constexpr double NEAREST = 0.3;
+constexpr double FARTHEST = 12'000;
 
 // The distance at which water and sky meet, and how the triangles grow: by this part of their distance.
-constexpr double edgeOfSea = 9'000;
-constexpr double growth = 0.0075;
-constexpr unsigned int columns = 320;
+constexpr double EDGE_OF_SEA = 9'000;
+constexpr double GROWTH = 0.0075;
+constexpr unsigned int COLUMNS = 320;
 
-constexpr Point skyZenith{0.17, 0.33, 0.56};
-constexpr Point skyMiddle{0.38, 0.53, 0.69};
-constexpr Point skyHorizon{0.66, 0.73, 0.78};
-constexpr Point glow{1.0, 0.80, 0.52};
-constexpr Point disc{1.0, 0.97, 0.88};
+constexpr Point SKY_ZENITH{0.17, 0.33, 0.56};
+constexpr Point SKY_MIDDLE{0.38, 0.53, 0.69};
+constexpr Point SKY_HORIZON{0.66, 0.73, 0.78};
+constexpr Point GLOW{1.0, 0.80, 0.52};
+constexpr Point DISC{1.0, 0.97, 0.88};
 
-constexpr DepthtTestMode depthIgnored{DEPTH_TEST_OFF, false};
-constexpr DepthtTestMode depthTestedOnly{DEPTH_LESS_OR_EQUAL, false};
+constexpr DepthtTestMode DEPTH_IGNORED{DEPTH_TEST_OFF, false};
+constexpr DepthtTestMode DEPTH_TESTED_ONLY{DEPTH_LESS_OR_EQUAL, false};
 
-double radians(double const& degrees) {
-    return degrees * pi / 180;
+double radians(double degrees) {
+    return degrees * PI / 180;
 }
 
-double smooth(double const& from, double const& to, double const& value) {
+double smooth(double from, double to, double value) {
     double const t = std::clamp((value - from) / (to - from), 0.0, 1.0);
     return t * t * (3 - 2 * t);
 }
 
-Point mix(Point const& a, Point const& b, double const& part) {
+Point mix(Point const& a, Point const& b, double part) {
     return a * (1 - part) + b * part;
 }
 
-/// The sky's colour at an angle above the horizon, at an angle from the sun; degrees.
-Point skyColour(double const& elevation, double const& fromSun) {
+/// The sky's color at an angle above the horizon, at an angle from the sun; degrees.
+Point skyColor(double elevation, double fromSun) {
     double const height = std::max(elevation, 0.0);
-    Point colour = mix(skyHorizon, skyMiddle, smooth(0, 14, height));
-    colour = mix(colour, skyZenith, smooth(8, 50, height));
-    return mix(colour, glow, 0.62 * std::exp(-fromSun / 6) + 0.34 * std::exp(-fromSun / 26));
+    Point color = mix(SKY_HORIZON, SKY_MIDDLE, smooth(0, 14, height));
+    color = mix(color, SKY_ZENITH, smooth(8, 50, height));
+    return mix(color, GLOW, 0.62 * std::exp(-fromSun / 6) + 0.34 * std::exp(-fromSun / 26));
 }
 
-Color4<float> toColour(Point const& colour, double const& alpha) {
-    return {static_cast<float>(std::min(colour.x, 1.0)), static_cast<float>(std::min(colour.y, 1.0)),
-            static_cast<float>(std::min(colour.z, 1.0)), static_cast<float>(alpha)};
+Color4<float> toColor(Point const& color, double alpha) {
+    return {static_cast<float>(std::min(color.x, 1.0)), static_cast<float>(std::min(color.y, 1.0)),
+            static_cast<float>(std::min(color.z, 1.0)), static_cast<float>(alpha)};
 }
 
 template <class T>
@@ -67,66 +67,66 @@ Array<T> toArray(std::vector<T> const& values) {
 }
 
 /// The distances of the grid's rows from the viewer. They begin behind, as waves move the first rows forward.
-std::vector<double> rowDistances(double const& eyeHeight) {
+std::vector<double> rowDistances(double eyeHeight) {
     std::vector<double> distances;
     double const step = std::max(0.04, 0.012 * eyeHeight);
     double distance = -3 * eyeHeight - 6;
-    while (distance < edgeOfSea) {
+    while (distance < EDGE_OF_SEA) {
         distances.push_back(distance);
-        distance += std::max(step, growth * distance);
+        distance += std::max(step, GROWTH * distance);
     }
-    distances.push_back(edgeOfSea);
+    distances.push_back(EDGE_OF_SEA);
     return distances;
 }
 
 }  // namespace
 
-Point OceanScene::_direction(double const& elevation, double const& azimuth) const {
+Point OceanScene::_direction(double elevation, double azimuth) const {
     double const e = radians(elevation);
     double const a = radians(azimuth);
     return {std::sin(a) * std::cos(e), std::sin(e), -std::cos(a) * std::cos(e)};
 }
 
 Point OceanScene::sunDirection() const {
-    return _direction(_view.sunElevation, _view.sunAzimuth);
+    return _direction(view.sunElevation, view.sunAzimuth);
 }
 
 /// Of the view from its middle to its sides, degrees, with room for waves that come in from beside it.
 double OceanScene::_halfAngle() const {
-    double const half = std::atan(std::tan(radians(fieldOfView / 2)) * _view.aspect) * 180 / pi;
+    double const half = std::atan(std::tan(radians(FIELD_OF_VIEW / 2)) * view.aspect) * 180 / PI;
     return std::min(half + 4, 80.0);
 }
 
 void OceanScene::placeCamera(Camera_RL_GL& camera) const {
-    Vector3<float> const eye{0, static_cast<float>(_view.eyeHeight), 0};
+    Vector3<float> const eye{0, static_cast<float>(view.eyeHeight), 0};
     camera.viewKind = 0;
-    camera.aspect = static_cast<float>(_view.aspect);
-    camera.fieldOfView = static_cast<float>(fieldOfView);
-    camera.nearDistance = static_cast<float>(nearest);
-    camera.farDistance = static_cast<float>(farthest);
-    camera.lookAt(eye, eye + convert<float>(_direction(-_view.tiltDegrees, 0)), {0, 1, 0});
+    camera.aspect = static_cast<float>(view.aspect);
+    camera.fieldOfView = static_cast<float>(FIELD_OF_VIEW);
+    camera.nearDistance = static_cast<float>(NEAREST);
+    camera.farDistance = static_cast<float>(FARTHEST);
+    camera.lookAt(eye, eye + convert<float>(_direction(-view.tiltDegrees, 0)), {0, 1, 0});
 }
 
-std::unique_ptr<Mesh> OceanScene::water(double const& unit, double const& patch) const {
-    std::vector<double> const rows = rowDistances(_view.eyeHeight);
+std::unique_ptr<Mesh> OceanScene::water(double unit, double patch) const {
+    std::vector<double> const rows = rowDistances(view.eyeHeight);
     double const widening = std::tan(radians(_halfAngle()));
     // Beside the viewer the grid is as wide as the waves are long, for the picture's lower corners.
-    double const leastWidth = 8 + 3 * _view.eyeHeight;
+    double const leastWidth = 8 + 3 * view.eyeHeight;
     std::vector<Point> positions;
     std::vector<Vector2<float>> coordinates;
     std::vector<Tuple3<unsigned int>> triangles;
-    for (double const& distance : rows) {
+    for (double distance : rows) {
         double const halfWidth = std::max(leastWidth, 1.05 * widening * distance + leastWidth / 2);
-        for (unsigned int column = 0; column <= columns; ++column) {
-            double const x = halfWidth * (2.0 * column / columns - 1);
+        for (unsigned int column = 0; column <= COLUMNS; ++column) {
+            double const x = halfWidth * (2.0 * column / COLUMNS - 1);
             positions.push_back({x / unit, 0, -distance / unit});
             coordinates.push_back({static_cast<float>(-distance / patch), static_cast<float>(-x / patch)});
         }
     }
     for (unsigned int row = 0; row + 1 < rows.size(); ++row) {
-        for (unsigned int column = 0; column < columns; ++column) {
-            unsigned int const near = row * (columns + 1) + column;
-            unsigned int const far = near + columns + 1;
+        for (unsigned int column = 0; column < COLUMNS; ++column) {
+            unsigned int const near = row * (COLUMNS + 1) + column;
+            unsigned int const far = near + COLUMNS + 1;
             triangles.push_back({near, near + 1, far + 1});
             triangles.push_back({near, far + 1, far});
         }
@@ -137,7 +137,7 @@ std::unique_ptr<Mesh> OceanScene::water(double const& unit, double const& patch)
     mesh->setNormalTriangles(toArray(triangles));
     mesh->setVertexNormals(toArray(std::vector<Vector3<float>>(positions.size(), {0, 1, 0})));
     mesh->setFaceNormals(toArray(std::vector<Color4<float>>(triangles.size(), {0, 1, 0, 0})));
-    mesh->addNamedArray(MeshArrayInf_ns::PER_VERTEX, ModelPart::channel, toArray(coordinates));
+    mesh->addNamedArray(MeshArrayInf_ns::PER_VERTEX, ModelPart::CHANNEL, toArray(coordinates));
     mesh->workBox();
     return mesh;
 }
@@ -147,16 +147,16 @@ void OceanScene::drawSky(Core_RL& layer) const {
     constexpr int steps = 220;
     double const half = _halfAngle();
     Point const sun = sunDirection();
-    Point const eye{0, _view.eyeHeight, 0};
-    auto const vertex = [&](int const& band, int const& step) {
+    Point const eye{0, view.eyeHeight, 0};
+    auto const vertex = [&](int band, int step) {
         // From below the horizon, which waves in front of the water's edge do not reach.
         double const elevation = -2 + 72.0 * band / bands;
         Point const direction = _direction(elevation, half * 1.6 * (2.0 * step / steps - 1));
-        double const fromSun = std::acos(std::clamp(dot(direction, sun), -1.0, 1.0)) * 180 / pi;
-        layer.setColor(toColour(skyColour(elevation, fromSun), 1));
+        double const fromSun = std::acos(std::clamp(dot(direction, sun), -1.0, 1.0)) * 180 / PI;
+        layer.setColor(toColor(skyColor(elevation, fromSun), 1));
         layer.renderPoint3_scoped(convert<float>(eye + direction * 1000.0));
     };
-    layer.pushDepthTest(depthIgnored);
+    layer.pushDepthTest(DEPTH_IGNORED);
     layer.pushColor(layer.currentColor());
     layer.begin(Primitive::QUADS);
     for (int band = 0; band < bands; ++band) {
@@ -173,7 +173,7 @@ void OceanScene::drawSky(Core_RL& layer) const {
     layer.popDepthTest();
 }
 
-/// A disc with a soft rim: the sky's own grid is too coarse for it.
+/// A DISC with a soft rim: the sky's own grid is too coarse for it.
 void OceanScene::_drawSun(Core_RL& layer) const {
     constexpr int steps = 64;
     constexpr double ring[] = {0, 0.70, 0.95, 2.4};  // degrees
@@ -181,14 +181,14 @@ void OceanScene::_drawSun(Core_RL& layer) const {
     Point const sun = sunDirection();
     Point const right = normalized(cross(sun, Point{0, 1, 0}));
     Point const up = cross(right, sun);
-    Point const eye{0, _view.eyeHeight, 0};
+    Point const eye{0, view.eyeHeight, 0};
     layer.pushBlending(BLENDING_ALPHA);
     layer.begin(Primitive::QUADS);
     for (int k = 0; k < 3; ++k) {
-        auto const vertex = [&](int const& i, int const& step) {
-            double const angle = 2 * pi * step / steps;
+        auto const vertex = [&](int i, int step) {
+            double const angle = 2 * PI * step / steps;
             Point const offset = right * std::cos(angle) + up * std::sin(angle);
-            layer.setColor(toColour(disc, alphas[i]));
+            layer.setColor(toColor(DISC, alphas[i]));
             layer.renderPoint3_scoped(
                 convert<float>(eye + (sun + offset * std::tan(radians(ring[i]))) * 1000.0));
         };
@@ -210,19 +210,19 @@ void OceanScene::drawHaze(Core_RL& layer) const {
     constexpr int steps = 96;
     double const half = _halfAngle();
     Point const sun = sunDirection();
-    Point const eye{0, _view.eyeHeight, 0};
-    layer.pushDepthTest(depthTestedOnly);
+    Point const eye{0, view.eyeHeight, 0};
+    layer.pushDepthTest(DEPTH_TESTED_ONLY);
     layer.pushBlending(BLENDING_ALPHA);
     layer.pushColor(layer.currentColor());
     layer.begin(Primitive::QUADS);
-    for (double const& distance : distances) {
-        double const low = -20.0 / distance * 180 / pi;
-        auto const vertex = [&](double const& elevation, int const& step, double const& alpha) {
+    for (double distance : distances) {
+        double const low = -20.0 / distance * 180 / PI;
+        auto const vertex = [&](double elevation, int step, double alpha) {
             double const azimuth = half * 1.6 * (2.0 * step / steps - 1);
             Point const direction = _direction(elevation, azimuth);
             double const fromSun =
-                std::acos(std::clamp(dot(_direction(0, azimuth), sun), -1.0, 1.0)) * 180 / pi;
-            layer.setColor(toColour(skyColour(0, fromSun), alpha));
+                std::acos(std::clamp(dot(_direction(0, azimuth), sun), -1.0, 1.0)) * 180 / PI;
+            layer.setColor(toColor(skyColor(0, fromSun), alpha));
             layer.renderPoint3_scoped(convert<float>(eye + direction * static_cast<double>(distance)));
         };
         for (int step = 0; step < steps; ++step) {

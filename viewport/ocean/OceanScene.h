@@ -10,7 +10,7 @@
 namespace vellum::viewport {
 
 /// An open sea up to the horizon, as somebody on a boat sees it who looks along -z: the grid of the water, the camera,
-/// and the sky. Lengths are metres; the origin is on the still water below the viewer.
+/// and the sky. Lengths are meters; the origin is on the still water below the viewer.
 class OceanScene {
 public:
     struct View {
@@ -21,7 +21,7 @@ public:
         double aspect;        ///< width of the picture by its height
     };
 
-    explicit OceanScene(View const& view) : _view(view) {}
+    explicit OceanScene(View view) : view(view) {}
 
     /// Where the sun is seen: unit length.
     Vector3<double> sunDirection() const;
@@ -30,9 +30,9 @@ public:
 
     /// The water: as wide as it is seen, from behind the viewer to the horizon, with triangles that grow with the
     /// distance. Normals are +y.
-    /// \param unit what a length of 1 of the mesh stands for, metres.
-    /// \param patch what the texture covers, metres: a point has the coordinates (z, -x) / patch.
-    std::unique_ptr<Mesh> water(double const& unit, double const& patch) const;
+    /// \param unit what a length of 1 of the mesh stands for, meters.
+    /// \param patch what the texture covers, meters: a point has the coordinates (z, -x) / patch.
+    std::unique_ptr<Mesh> water(double unit, double patch) const;
 
     // == Drawing, with the camera's matrices loaded and lighting off ==
 
@@ -40,11 +40,11 @@ public:
     void drawHaze(Core_RL& layer) const;  ///< What the air takes of the water far away. After the water.
 
 private:
-    Vector3<double> _direction(double const& elevation, double const& azimuth) const;
+    Vector3<double> _direction(double elevation, double azimuth) const;
     double _halfAngle() const;
     void _drawSun(Core_RL& layer) const;
 
-    View _view;
+    View view;
 };
 
 }  // namespace vellum::viewport

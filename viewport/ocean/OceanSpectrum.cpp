@@ -14,39 +14,39 @@ namespace {
 
 using Complex = std::complex<double>;
 
-constexpr double pi = 3.14159265358979323846;
-constexpr double gravity = 9.81;  // metres per second squared
+constexpr double PI = 3.14159265358979323846;
+constexpr double GRAVITY = 9.81;  // meters per second squared
 
-/// The JONSWAP spectrum of a young sea: variance per angular frequency, metres squared times seconds.
+/// The JONSWAP spectrum of a young sea: variance per angular frequency, meters squared times seconds.
 /// After K. Hasselmann and others, "Measurements of wind-wave growth and swell decay during the Joint North Sea
 /// Wave Project".
-double jonswap(double const& frequency, SeaState const& state) {
+double jonswap(double frequency, SeaState const& state) {
     constexpr double peakEnhancement = 3.3;
-    double const dimensionless = gravity * state.fetch / (state.windSpeed * state.windSpeed);
+    double const dimensionless = GRAVITY * state.fetch / (state.windSpeed * state.windSpeed);
     // A sea that has had all the way it needs grows no further.
     double const fetch = std::min(dimensionless, 2.2e4);
     double const alpha = 0.076 * std::pow(fetch, -0.22);
-    double const peak = 22 * gravity / state.windSpeed * std::pow(fetch, -1.0 / 3);
+    double const peak = 22 * GRAVITY / state.windSpeed * std::pow(fetch, -1.0 / 3);
     double const width = frequency <= peak ? 0.07 : 0.09;
     double const offset = (frequency - peak) / (width * peak);
     double const enhancement = std::pow(peakEnhancement, std::exp(-0.5 * offset * offset));
     double const ratio = peak / frequency;
-    return alpha * gravity * gravity / std::pow(frequency, 5) * std::exp(-1.25 * std::pow(ratio, 4)) *
+    return alpha * GRAVITY * GRAVITY / std::pow(frequency, 5) * std::exp(-1.25 * std::pow(ratio, 4)) *
            enhancement;
 }
 
-/// Variance per area of the plane of wave vectors, metres to the fourth.
-double density(double const& kx, double const& kz, SeaState const& state) {
+/// Variance per area of the plane of wave vectors, meters to the fourth.
+double density(double kx, double kz, SeaState const& state) {
     double const k = std::hypot(kx, kz);
-    double const wind = state.windDirection * pi / 180;
+    double const wind = state.windDirection * PI / 180;
     double const cosine = (kx * std::cos(wind) + kz * std::sin(wind)) / k;
     if (cosine <= 0) {
         return 0;
     }
-    double const spread = 2 / pi * cosine * cosine;
-    double const frequency = std::sqrt(gravity * k);
+    double const spread = 2 / PI * cosine * cosine;
+    double const frequency = std::sqrt(GRAVITY * k);
     // From frequencies to wave numbers by their derivative, from polar to plane coordinates by k.
-    return jonswap(frequency, state) * gravity / (2 * frequency) * spread / k;
+    return jonswap(frequency, state) * GRAVITY / (2 * frequency) * spread / k;
 }
 
 /// Two independent numbers with the normal distribution. Spelled out, because the library's distribution is free to
@@ -54,15 +54,15 @@ double density(double const& kx, double const& kz, SeaState const& state) {
 Complex normalPair(std::mt19937& random) {
     constexpr double range = 4294967296.0;
     double const radius = std::sqrt(-2 * std::log((random() + 1.0) / range));
-    double const angle = 2 * pi * random() / range;
+    double const angle = 2 * PI * random() / range;
     return std::polar(radius, angle);
 }
 
-bool isWithin(double const& value, double const& least, double const& most) {
+bool isWithin(double value, double least, double most) {
     return value >= least && value <= most;  // false for what is not a number
 }
 
-float smoothStep(float const& from, float const& to, float const& value) {
+float smoothStep(float from, float to, float value) {
     float const t = std::clamp((value - from) / (to - from), 0.0F, 1.0F);
     return t * t * (3 - 2 * t);
 }
@@ -72,7 +72,7 @@ struct FreeMemory {
 };
 
 template <class T>
-std::unique_ptr<T, FreeMemory> transformMemory(std::size_t const& count) {
+std::unique_ptr<T, FreeMemory> transformMemory(std::size_t count) {
     void* const memory = fftwf_malloc(count * sizeof(T));
     if (memory == nullptr) {
         throw std::bad_alloc();
@@ -85,9 +85,9 @@ std::unique_ptr<T, FreeMemory> transformMemory(std::size_t const& count) {
 // == SeaState ==
 
 std::optional<std::string> SeaState::firstFault() const {
-    if (size < smallestSize || size > largestSize || (size & (size - 1)) != 0) {
-        return "size: is not a power of two from " + std::to_string(smallestSize) + " to " +
-               std::to_string(largestSize);
+    if (size < SMALLEST_SIZE || size > LARGEST_SIZE || (size & (size - 1)) != 0) {
+        return "size: is not a power of two from " + std::to_string(SMALLEST_SIZE) + " to " +
+               std::to_string(LARGEST_SIZE);
     }
     struct Row {
         char const* name;
@@ -97,9 +97,9 @@ std::optional<std::string> SeaState::firstFault() const {
         char const* message;
     };
     for (Row const& row :
-         {Row{"patch", patch, 1, 10'000, "1 to 10000 metres"},
-          Row{"wind", windSpeed, 0.5, 60, "0.5 to 60 metres per second"},
-          Row{"fetch", fetch, 10, 10'000'000, "10 to 10000000 metres"},
+         {Row{"patch", patch, 1, 10'000, "1 to 10000 meters"},
+          Row{"wind", windSpeed, 0.5, 60, "0.5 to 60 meters per second"},
+          Row{"fetch", fetch, 10, 10'000'000, "10 to 10000000 meters"},
           Row{"direction", windDirection, -360, 360, "-360 to 360 degrees"},
           Row{"choppiness", choppiness, 0, 2, "0 to 2"}, Row{"foam-limit", foamLimit, -1, 1, "-1 to 1"},
           Row{"foam-life", foamLife, 0, 60, "0 to 60 seconds"}}) {
@@ -112,15 +112,15 @@ std::optional<std::string> SeaState::firstFault() const {
 
 // == OceanSpectrum ==
 
-OceanSpectrum::OceanSpectrum(SeaState const& state) : _state(state) {
+OceanSpectrum::OceanSpectrum(SeaState const& state) : seaState(state) {
     int const size = static_cast<int>(state.size);
     int const half = size / 2;
-    double const step = 2 * pi / state.patch;
+    double const step = 2 * PI / state.patch;
     std::mt19937 random(state.seed);
 
     // Both directions of a frequency have an amplitude of their own; together they make the waves of both.
     std::vector<Complex> amplitudes(static_cast<std::size_t>(size) * static_cast<std::size_t>(size));
-    auto const at = [&](int const& column, int const& row) {
+    auto const at = [&](int column, int row) {
         return static_cast<std::size_t>((column + size) % size) +
                static_cast<std::size_t>(size) * static_cast<std::size_t>((row + size) % size);
     };
@@ -131,50 +131,49 @@ OceanSpectrum::OceanSpectrum(SeaState const& state) : _state(state) {
                 continue;
             }
             double const variance = density(column * step, row * step, state) * step * step;
-            _expectedVariance += variance;
+            totalVariance += variance;
             // The height takes an amplitude twice, from this frequency and from the opposite one. Its square has
             // half of the variance then; and each of the two numbers of a pair has the variance 1.
             amplitudes[at(column, row)] = pair * std::sqrt(variance / 4);
         }
     }
-    _waves.resize(static_cast<std::size_t>(half + 1) * static_cast<std::size_t>(size), Wave{0, 0, 0});
+    waves.resize(static_cast<std::size_t>(half + 1) * static_cast<std::size_t>(size), Wave{0, 0, 0});
     for (int row = -half + 1; row < half; ++row) {
         for (int column = 0; column < half; ++column) {
             std::size_t const index =
                 static_cast<std::size_t>(column) +
                 static_cast<std::size_t>(half + 1) * static_cast<std::size_t>((row + size) % size);
-            _waves[index] = {amplitudes[at(column, row)], std::conj(amplitudes[at(-column, -row)]),
-                             std::sqrt(gravity * step * std::hypot(column, row))};
+            waves[index] = {amplitudes[at(column, row)], std::conj(amplitudes[at(-column, -row)]),
+                            std::sqrt(GRAVITY * step * std::hypot(column, row))};
         }
     }
 }
 
-OceanSpectrum::Wave const& OceanSpectrum::_wave(int const& column, int const& row) const {
-    int const size = static_cast<int>(_state.size);
-    return _waves[static_cast<std::size_t>(column) +
-                  static_cast<std::size_t>(size / 2 + 1) * static_cast<std::size_t>((row + size) % size)];
+OceanSpectrum::Wave const& OceanSpectrum::_wave(int column, int row) const {
+    int const size = static_cast<int>(seaState.size);
+    return waves[static_cast<std::size_t>(column) +
+                 static_cast<std::size_t>(size / 2 + 1) * static_cast<std::size_t>((row + size) % size)];
 }
 
-Complex OceanSpectrum::_amplitudeOf(Wave const& wave, double const& time) const {
+Complex OceanSpectrum::_amplitudeOf(Wave const& wave, double time) const {
     Complex const turn = std::polar(1.0, -wave.frequency * time);
     return wave.forward * turn + wave.backward * std::conj(turn);
 }
 
-Complex OceanSpectrum::amplitude(int const& column, int const& row, double const& time) const {
+Complex OceanSpectrum::amplitude(int column, int row, double time) const {
     return column < 0 ? std::conj(_amplitudeOf(_wave(-column, -row), time))
                       : _amplitudeOf(_wave(column, row), time);
 }
 
-std::vector<Complex> OceanSpectrum::_amplitudes(double const& time) const {
-    std::vector<Complex> amplitudes(_waves.size());
-    std::transform(_waves.begin(), _waves.end(), amplitudes.begin(),
+std::vector<Complex> OceanSpectrum::_amplitudes(double time) const {
+    std::vector<Complex> amplitudes(waves.size());
+    std::transform(waves.begin(), waves.end(), amplitudes.begin(),
                    [&](Wave const& wave) { return _amplitudeOf(wave, time); });
     return amplitudes;
 }
 
-std::vector<float> OceanSpectrum::_transform(std::vector<Complex> const& amplitudes,
-                                             Field const& field) const {
-    int const size = static_cast<int>(_state.size);
+std::vector<float> OceanSpectrum::transform(std::vector<Complex> const& amplitudes, Field field) const {
+    int const size = static_cast<int>(seaState.size);
     int const columns = size / 2 + 1;
     std::size_t const count = static_cast<std::size_t>(size) * static_cast<std::size_t>(size);
     auto const in = transformMemory<fftwf_complex>(amplitudes.size());
@@ -182,7 +181,7 @@ std::vector<float> OceanSpectrum::_transform(std::vector<Complex> const& amplitu
     // Estimated, not measured: a measured plan may be another one the next time, and round differently.
     fftwf_plan_s* const plan = fftwf_plan_dft_c2r_2d(size, size, in.get(), out.get(), FFTW_ESTIMATE);
 
-    double const step = 2 * pi / _state.patch;
+    double const step = 2 * PI / seaState.patch;
     Complex const i(0, 1);
     for (int row = 0; row < size; ++row) {
         for (int column = 0; column < columns; ++column) {
@@ -191,25 +190,25 @@ std::vector<float> OceanSpectrum::_transform(std::vector<Complex> const& amplitu
             double const kx = step * column;
             double const kz = step * (row <= size / 2 ? row : row - size);
             double const k = std::max(std::hypot(kx, kz), step / 2);
-            double const lambda = _state.choppiness;
+            double const lambda = seaState.choppiness;
             Complex factor = 1;
             switch (field) {
-            case Field::height:
+            case Field::HEIGHT:
                 break;
-            // Water is moved towards the crests: with the height cos(k x) by -sin(k x).
-            case Field::alongX:
+            // Water is moved toward the crests: with the height cos(k x) by -sin(k x).
+            case Field::ALONG_X:
                 factor = lambda * i * kx / k;
                 break;
-            case Field::alongZ:
+            case Field::ALONG_Z:
                 factor = lambda * i * kz / k;
                 break;
-            case Field::strainXX:
+            case Field::STRAIN_XX:
                 factor = -lambda * kx * kx / k;
                 break;
-            case Field::strainZZ:
+            case Field::STRAIN_ZZ:
                 factor = -lambda * kz * kz / k;
                 break;
-            case Field::strainXZ:
+            case Field::STRAIN_XZ:
                 factor = -lambda * kx * kz / k;
                 break;
             }
@@ -224,27 +223,27 @@ std::vector<float> OceanSpectrum::_transform(std::vector<Complex> const& amplitu
 }
 
 std::vector<float> OceanSpectrum::_jacobian(std::vector<Complex> const& amplitudes) const {
-    std::vector<float> jacobian = _transform(amplitudes, Field::strainXX);
-    std::vector<float> const zz = _transform(amplitudes, Field::strainZZ);
-    std::vector<float> const xz = _transform(amplitudes, Field::strainXZ);
+    std::vector<float> jacobian = transform(amplitudes, Field::STRAIN_XX);
+    std::vector<float> const zz = transform(amplitudes, Field::STRAIN_ZZ);
+    std::vector<float> const xz = transform(amplitudes, Field::STRAIN_XZ);
     for (std::size_t n = 0; n < jacobian.size(); ++n) {
         jacobian[n] = (1 + jacobian[n]) * (1 + zz[n]) - xz[n] * xz[n];
     }
     return jacobian;
 }
 
-SeaSurface OceanSpectrum::surface(double const& time) const {
+SeaSurface OceanSpectrum::surface(double time) const {
     std::vector<Complex> const amplitudes = _amplitudes(time);
-    return {_state.size, _transform(amplitudes, Field::height), _transform(amplitudes, Field::alongX),
-            _transform(amplitudes, Field::alongZ), _jacobian(amplitudes)};
+    return {seaState.size, transform(amplitudes, Field::HEIGHT), transform(amplitudes, Field::ALONG_X),
+            transform(amplitudes, Field::ALONG_Z), _jacobian(amplitudes)};
 }
 
-std::vector<float> OceanSpectrum::foam(double const& time) const {
+std::vector<float> OceanSpectrum::foam(double time) const {
     constexpr double stepSeconds = 0.2;
     constexpr float softness = 0.25F;  // from the first trace of foam to a closed cover
-    int const steps = static_cast<int>(_state.foamLife / stepSeconds);
-    auto const limit = static_cast<float>(_state.foamLimit);
-    std::vector<float> cover(static_cast<std::size_t>(_state.size) * _state.size, 0.0F);
+    int const steps = static_cast<int>(seaState.foamLife / stepSeconds);
+    auto const limit = static_cast<float>(seaState.foamLimit);
+    std::vector<float> cover(static_cast<std::size_t>(seaState.size) * seaState.size, 0.0F);
     for (int step = 0; step <= steps; ++step) {
         // Foam moves with the water that carries it, so it stays at its sample.
         auto const rest = static_cast<float>(1 - step / (steps + 1.0));
@@ -258,7 +257,7 @@ std::vector<float> OceanSpectrum::foam(double const& time) const {
 
 // == OceanMap ==
 
-OceanMap OceanMap::of(OceanSpectrum const& spectrum, double const& time) {
+OceanMap OceanMap::of(OceanSpectrum const& spectrum, double time) {
     OceanMap map;
     unsigned int const size = spectrum.state().size;
     if (!map.image.create(size, size, 4, 32)) {

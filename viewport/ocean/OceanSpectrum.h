@@ -11,15 +11,15 @@ namespace vellum::viewport {
 
 /// What a sea is like.
 struct SeaState {
-    static constexpr unsigned int smallestSize = 16;
-    static constexpr unsigned int largestSize = 1024;
+    static constexpr unsigned int SMALLEST_SIZE = 16;
+    static constexpr unsigned int LARGEST_SIZE = 1024;
 
     unsigned int size = 256;  ///< samples along a side of the patch; a power of two
-    double patch = 100;       ///< side of the square patch of sea, metres; the sea repeats beyond it
-    double windSpeed = 12;    ///< ten metres above the water, metres per second
+    double patch = 100;       ///< side of the square patch of sea, meters; the sea repeats beyond it
+    double windSpeed = 12;    ///< ten meters above the water, meters per second
     double fetch =
-        20'000;  ///< the way over which the wind has blown, metres: the longer, the longer the waves
-    double windDirection = 0;  ///< where the wind blows, degrees from +x towards +z
+        20'000;  ///< the way over which the wind has blown, meters: the longer, the longer the waves
+    double windDirection = 0;  ///< where the wind blows, degrees from +x toward +z
     double choppiness =
         1.3;  ///< how far water is moved sideways to the crests: 0 gives round waves, 1 real ones
     unsigned int seed = 1;    ///< the same seed gives the same sea
@@ -34,9 +34,9 @@ struct SeaState {
 /// x = i * patch / size, z = j * patch / size of the still water.
 struct SeaSurface {
     unsigned int size = 0;
-    std::vector<float> height;  ///< of the water there, metres above the still level
-    std::vector<float> alongX;  ///< how far it is moved sideways, metres
-    std::vector<float> alongZ;  ///< metres
+    std::vector<float> height;  ///< of the water there, meters above the still level
+    std::vector<float> alongX;  ///< how far it is moved sideways, meters
+    std::vector<float> alongZ;  ///< meters
     std::vector<float>
         jacobian;  ///< its area in relation to that at rest; below 0 the surface overlaps itself
 };
@@ -57,23 +57,23 @@ public:
     /// \param state without faults.
     explicit OceanSpectrum(SeaState const& state);
 
-    SeaState const& state() const { return _state; }
+    SeaState const& state() const { return seaState; }
 
     /// The sum of the spectrum over all its frequencies: the variance of the height that is to be expected, square
-    /// metres. A fourth of the significant wave height is its root.
-    double expectedVariance() const { return _expectedVariance; }
+    /// meters. A fourth of the significant wave height is its root.
+    double expectedVariance() const { return totalVariance; }
 
-    /// The complex amplitude of the height at a time, metres: the height is the sum of amplitude * exp(i (kx x + kz z))
+    /// The complex amplitude of the height at a time, meters: the height is the sum of amplitude * exp(i (kx x + kz z))
     /// over kx, kz = 2 pi / patch * (column, row). Columns and rows run from -size / 2 + 1 to size / 2 - 1; the mean
     /// and the highest frequency, which has no sign, are 0.
-    std::complex<double> amplitude(int const& column, int const& row, double const& time) const;
+    std::complex<double> amplitude(int column, int row, double time) const;
 
     /// \param time seconds, at most longestTime from 0.
-    SeaSurface surface(double const& time) const;
+    SeaSurface surface(double time) const;
 
     /// How much of each sample is covered with foam, 0 to 1, in the order of the surface's lists: what arises at the
     /// time, and what has arisen before and not yet faded.
-    std::vector<float> foam(double const& time) const;
+    std::vector<float> foam(double time) const;
 
 private:
     struct Wave {
@@ -81,19 +81,18 @@ private:
         std::complex<double> backward;  // the conjugate of what travels along the opposite direction
         double frequency;               // radians per second
     };
-    enum class Field { height, alongX, alongZ, strainXX, strainZZ, strainXZ };
+    enum class Field { HEIGHT, ALONG_X, ALONG_Z, STRAIN_XX, STRAIN_ZZ, STRAIN_XZ };
 
-    std::complex<double> _amplitudeOf(Wave const& wave, double const& time) const;
-    Wave const& _wave(int const& column, int const& row) const;
-    std::vector<float> _transform(std::vector<std::complex<double>> const& amplitudes,
-                                  Field const& field) const;
-    std::vector<std::complex<double>> _amplitudes(double const& time) const;
+    std::complex<double> _amplitudeOf(Wave const& wave, double time) const;
+    Wave const& _wave(int column, int row) const;
+    std::vector<float> transform(std::vector<std::complex<double>> const& amplitudes, Field field) const;
+    std::vector<std::complex<double>> _amplitudes(double time) const;
     std::vector<float> _jacobian(std::vector<std::complex<double>> const& amplitudes) const;
 
-    SeaState _state;
+    SeaState seaState;
     std::vector<Wave>
-        _waves;  // rows of size / 2 + 1 columns from 0 on; negative rows behind the positive ones
-    double _expectedVariance = 0;
+        waves;  // rows of size / 2 + 1 columns from 0 on; negative rows behind the positive ones
+    double totalVariance = 0;
 };
 
 /// A sea as a displacement map: 32-bit floats, red, green, blue, alpha. Red, green and blue are the displacement
@@ -103,12 +102,12 @@ private:
 /// lie as its displacements do. A point of still water at (x, z) has the texture coordinates (z, -x) / patch.
 struct OceanMap {
     VL_Image image;         ///< empty when memory is short
-    float unit = 1;         ///< what the map shows as a sideways displacement of 1, metres
+    float unit = 1;         ///< what the map shows as a sideways displacement of 1, meters
     float heightScale = 1;  ///< what it shows as a height of 1, in units
 
     /// The units depend on the state of the sea alone, not on the time. They leave room for waves of six times the
     /// usual deviation, so that the components stay within 0..1.
-    static OceanMap of(OceanSpectrum const& spectrum, double const& time);
+    static OceanMap of(OceanSpectrum const& spectrum, double time);
 };
 
 }  // namespace vellum::viewport

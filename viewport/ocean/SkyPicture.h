@@ -21,7 +21,7 @@ public:
     std::string path() const;
 
 private:
-    int _descriptor;
+    int descriptor;
 };
 
 }  // namespace vellum::viewport

@@ -17,7 +17,7 @@ std::string line(std::string const& label, std::string const& value) {
     return padded + value + "\n";
 }
 
-std::string shortest(double const& number) {
+std::string shortest(double number) {
     char text[32];
     std::snprintf(text, sizeof text, "%.6g", number);
     return text;
@@ -27,7 +27,7 @@ std::string point(Vector3<double> const& p) {
     return shortest(p.x) + ", " + shortest(p.y) + ", " + shortest(p.z);
 }
 
-std::string yesOrNo(bool const& value) {
+std::string yesOrNo(bool value) {
     return value ? "yes" : "no";
 }
 
@@ -41,18 +41,18 @@ std::string normals(MeshData const& mesh) {
     return "of the file, " + std::to_string(mesh.computedNormalCount) + " computed";
 }
 
-std::string driverString(GLenum const& name) {
+std::string driverString(GLenum name) {
     GLubyte const* const text = glGetString(name);
     return text != nullptr ? reinterpret_cast<char const*>(text) : "unknown";
 }
 
-int driverInteger(GLenum const& name) {
+int driverInteger(GLenum name) {
     GLint value[2] = {0, 0};
     glGetIntegerv(name, value);
     return value[0];
 }
 
-std::string memory(unsigned int const& kilobytes) {
+std::string memory(unsigned int kilobytes) {
     return kilobytes == 0 ? "not told by the driver" : std::to_string(kilobytes / 1024) + " MB";
 }
 
@@ -63,13 +63,12 @@ std::string describeMesh(std::string const& path, MeshData const& mesh) {
     return Fault{"", path}.line() + "\n" + line("triangles", std::to_string(mesh.triangles.size())) +
            line("vertices", std::to_string(mesh.positions.size())) +
            line("parts", std::to_string(mesh.partCount)) + line("normals", normals(mesh)) +
-           line("colours", mesh.hasVertexColours ? "per vertex" : "of the materials") +
+           line("colors", mesh.hasVertexColors ? "per vertex" : "of the materials") +
            line("texture coordinates", yesOrNo(!mesh.textureCoordinates.empty())) +
            line("from", point(box.min)) + line("to", point(box.max)) + line("size", point(box.max - box.min));
 }
 
-std::string describeParticles(std::string const& path, ParticleFrames const& frames,
-                              std::size_t const& shown) {
+std::string describeParticles(std::string const& path, ParticleFrames const& frames, std::size_t shown) {
     ParticleFrame const& frame = frames.frames[shown];
     std::size_t const count = frame.positions.size();
     std::string channels;
@@ -90,7 +89,7 @@ std::string describeParticles(std::string const& path, ParticleFrames const& fra
         text += line("box from", point(box.origin)) +
                 line("box to", point(box.origin + box.edges[0] + box.edges[1] + box.edges[2]));
     }
-    // Place, colour vector and entry in the container.
+    // Place, color vector and entry in the container.
     constexpr std::size_t bytesPerParticle = 28;
     constexpr double megabyte = 1 << 20;
     return text + line("particle memory",

@@ -12,8 +12,7 @@ namespace vellum::viewport {
 std::string describeMesh(std::string const& path, MeshData const& mesh);
 
 /// What a file of particles holds, and of which frame the picture is.
-std::string describeParticles(std::string const& path, ParticleFrames const& frames,
-                              std::size_t const& shown);
+std::string describeParticles(std::string const& path, ParticleFrames const& frames, std::size_t shown);
 
 /// What the driver of the current context offers, in complete lines for --info.
 std::string describeDriver(Core_RL_GL& layer);

@@ -16,24 +16,24 @@ namespace {
 using Type = EffectParameter::Type;
 using Parameters = std::vector<EffectParameter>;
 
-std::map<std::string, Effect> const effects{{"displacement", Effect::displacement},
-                                            {"ocean", Effect::ocean},
-                                            {"glass", Effect::glass},
-                                            {"sss", Effect::sss},
-                                            {"custom", Effect::custom}};
+std::map<std::string, Effect> const effects{{"displacement", Effect::DISPLACEMENT},
+                                            {"ocean", Effect::OCEAN},
+                                            {"glass", Effect::GLASS},
+                                            {"sss", Effect::SSS},
+                                            {"custom", Effect::CUSTOM}};
 
-constexpr double anyLength = 1e6;
+constexpr double ANY_LENGTH = 1e6;
 
 // == The parameters ==
 
 Parameters lightParameters(std::string const& first, std::string const& second) {
-    return {{"lights", Type::whole, "1", 1, 2, "how many lights shine"},
-            {"light", Type::triple, first, -1000, 1000,
-             "place of the first light: to the right, up and towards the viewer from the middle,\n"
+    return {{"lights", Type::WHOLE, "1", 1, 2, "how many lights shine"},
+            {"light", Type::TRIPLE, first, -1000, 1000,
+             "place of the first light: to the right, up and toward the viewer from the middle,\n"
              "in radii of what is shown"},
-            {"light2", Type::triple, second, -1000, 1000, "place of the second light"},
-            {"light-color", Type::colour, "1,1,1", 0, 100, "colour of the first light"},
-            {"light2-color", Type::colour, "1,1,1", 0, 100, "colour of the second light"}};
+            {"light2", Type::TRIPLE, second, -1000, 1000, "place of the second light"},
+            {"light-color", Type::COLOR, "1,1,1", 0, 100, "color of the first light"},
+            {"light2-color", Type::COLOR, "1,1,1", 0, 100, "color of the second light"}};
 }
 
 Parameters joined(Parameters first, Parameters const& second) {
@@ -43,74 +43,74 @@ Parameters joined(Parameters first, Parameters const& second) {
 
 Parameters displacementParameters() {
     return joined(
-        {{"map", Type::file, "", 0, 0,
-          "the displacement map, required: red, green and blue move along x, y and z, half grey not at all;\n"
+        {{"map", Type::FILE, "", 0, 0,
+          "the displacement map, required: red, green and blue move along x, y and z, half gray not at all;\n"
           "width and height must be powers of two"},
-         {"normals", Type::file, "", 0, 0, "a map of normals, bound for the shaders; sizes as for the map"},
-         {"scale", Type::triple, "0,10,0", -anyLength, anyLength,
+         {"normals", Type::FILE, "", 0, 0, "a map of normals, bound for the shaders; sizes as for the map"},
+         {"scale", Type::TRIPLE, "0,10,0", -ANY_LENGTH, ANY_LENGTH,
           "how far white moves along x, y and z, in hundredths of a tile"},
-         {"tile", Type::pair, "1", 0.001, 1000, "how often the map covers the longest side of the model"},
-         {"tessellate", Type::answer, "no", 0, 1, "cut each triangle into smaller ones first"},
-         {"depth", Type::whole, "4", 1, 64, "tessellated, the number of parts of each edge"},
-         {"color", Type::colour, "0.72,0.70,0.66", 0, 1, "colour of the surface"},
-         {"gloss", Type::number, "0.15", 0, 1, "strength of the highlight"},
-         {"shininess", Type::number, "24", 0, 128, "how narrow the highlight is"}},
+         {"tile", Type::PAIR, "1", 0.001, 1000, "how often the map covers the longest side of the model"},
+         {"tessellate", Type::ANSWER, "no", 0, 1, "cut each triangle into smaller ones first"},
+         {"depth", Type::WHOLE, "4", 1, 64, "tessellated, the number of parts of each edge"},
+         {"color", Type::COLOR, "0.72,0.70,0.66", 0, 1, "color of the surface"},
+         {"gloss", Type::NUMBER, "0.15", 0, 1, "strength of the highlight"},
+         {"shininess", Type::NUMBER, "24", 0, 128, "how narrow the highlight is"}},
         lightParameters("-3,3,1.5", "3,0.6,-1.5"));
 }
 
 Parameters oceanParameters() {
-    return {{"time", Type::number, "0", -OceanSpectrum::longestTime, OceanSpectrum::longestTime,
+    return {{"time", Type::NUMBER, "0", -OceanSpectrum::longestTime, OceanSpectrum::longestTime,
              "the moment that is shown, seconds"},
-            {"seed", Type::whole, "1", 0, 1e9, "another number is another sea"},
-            {"wind", Type::number, "14", 0.5, 60, "speed of the wind, metres per second"},
-            {"direction", Type::number, "200", -360, 360, "where it blows, degrees from +x towards +z"},
-            {"fetch", Type::number, "20000", 10, 1e7, "the way over which it has blown, metres"},
-            {"patch", Type::number, "100", 1, 10'000, "side of the patch of sea that is computed, metres"},
-            {"size", Type::whole, "512", SeaState::smallestSize, SeaState::largestSize,
+            {"seed", Type::WHOLE, "1", 0, 1e9, "another number is another sea"},
+            {"wind", Type::NUMBER, "14", 0.5, 60, "speed of the wind, meters per second"},
+            {"direction", Type::NUMBER, "200", -360, 360, "where it blows, degrees from +x toward +z"},
+            {"fetch", Type::NUMBER, "20000", 10, 1e7, "the way over which it has blown, meters"},
+            {"patch", Type::NUMBER, "100", 1, 10'000, "side of the patch of sea that is computed, meters"},
+            {"size", Type::WHOLE, "512", SeaState::SMALLEST_SIZE, SeaState::LARGEST_SIZE,
              "samples along a side of the patch, a power of two"},
-            {"choppiness", Type::number, "1.3", 0, 2, "0 gives round waves, 1 real ones"},
-            {"foam-limit", Type::number, "0.65", -1, 1,
+            {"choppiness", Type::NUMBER, "1.3", 0, 2, "0 gives round waves, 1 real ones"},
+            {"foam-limit", Type::NUMBER, "0.65", -1, 1,
              "foam arises where the surface is pressed together to less than this part"},
-            {"foam-life", Type::number, "2.5", 0, 60, "seconds in which foam fades"},
-            {"foam-threshold", Type::number, "1", 0, 1,
+            {"foam-life", Type::NUMBER, "2.5", 0, 60, "seconds in which foam fades"},
+            {"foam-threshold", Type::NUMBER, "1", 0, 1,
              "how much of the foam is shown, from its densest parts alone to all of it"},
-            {"color", Type::colour, "0.10,0.30,0.38", 0, 1, "colour of the water in the light"},
-            {"sun", Type::pair, "7,14", -90, 360,
+            {"color", Type::COLOR, "0.10,0.30,0.38", 0, 1, "color of the water in the light"},
+            {"sun", Type::PAIR, "7,14", -90, 360,
              "the sun: degrees above the horizon, degrees to the right of the middle"},
-            {"eye", Type::number, "5", 0.5, 1000, "without files: the viewer above the water, metres"},
-            {"tilt", Type::number, "4", -30, 60, "without files: how far the viewer looks down, degrees"}};
+            {"eye", Type::NUMBER, "5", 0.5, 1000, "without files: the viewer above the water, meters"},
+            {"tilt", Type::NUMBER, "4", -30, 60, "without files: how far the viewer looks down, degrees"}};
 }
 
 Parameters glassParameters() {
     return joined(
-        {{"color", Type::colour, "0.75,0.92,0.85", 0, 1, "tint of the glass"},
-         {"depth", Type::number, "0.1", -100, 100, "how strongly the glass refracts"},
-         {"mix", Type::number, "1", 0, 100,
+        {{"color", Type::COLOR, "0.75,0.92,0.85", 0, 1, "tint of the glass"},
+         {"depth", Type::NUMBER, "0.1", -100, 100, "how strongly the glass refracts"},
+         {"mix", Type::NUMBER, "1", 0, 100,
           "how much of what is behind shows where the glass is seen straight on; the rest mirrors"}},
         lightParameters("-2,3,2.5", "3,1,1"));
 }
 
 Parameters scatteringParameters() {
     return joined(
-        {{"color", Type::colour, "0.80,0.55,0.42", 0, 1, "colour of the surface"},
-         {"thickness", Type::number, "0.25", 0, 100, "how much light comes through the material"},
-         {"extinction", Type::colour, "0.80,0.20,0.12", 0, 100, "colour of the light that comes through"},
-         {"rim", Type::number, "0.25", 0, 100, "strength of the light along the rim"},
-         {"shininess", Type::number, "32", 0, 128, "how narrow the highlight is"}},
+        {{"color", Type::COLOR, "0.80,0.55,0.42", 0, 1, "color of the surface"},
+         {"thickness", Type::NUMBER, "0.25", 0, 100, "how much light comes through the material"},
+         {"extinction", Type::COLOR, "0.80,0.20,0.12", 0, 100, "color of the light that comes through"},
+         {"rim", Type::NUMBER, "0.25", 0, 100, "strength of the light along the rim"},
+         {"shininess", Type::NUMBER, "32", 0, 128, "how narrow the highlight is"}},
         lightParameters("-2,2,3", "3,1,-3"));
 }
 
 Parameters customParameters() {
     Parameters parameters{
-        {"BaseColor", Type::colour, "0.8,0.8,0.8", 0, 1000, "uniform vec4 BaseColor"},
-        {"grab", Type::answer, "no", 0, 1,
+        {"BaseColor", Type::COLOR, "0.8,0.8,0.8", 0, 1000, "uniform vec4 BaseColor"},
+        {"grab", Type::ANSWER, "no", 0, 1,
          "what is drawn before goes into uniform sampler2D TextureFB, its lower left corner at (0, 0)"},
-        {"gloss", Type::number, "0.3", 0, 1, "gl_FrontMaterial.specular"},
-        {"shininess", Type::number, "32", 0, 128, "gl_FrontMaterial.shininess"}};
+        {"gloss", Type::NUMBER, "0.3", 0, 1, "gl_FrontMaterial.specular"},
+        {"shininess", Type::NUMBER, "32", 0, 128, "gl_FrontMaterial.shininess"}};
     parameters = joined(parameters, lightParameters("-2,3,2.5", "3,0.6,-1.5"));
     for (int i = 0; i < 7; ++i) {
         std::string const name = "Texture" + std::to_string(i);
-        parameters.push_back({name, Type::file, "", 0, 0, "uniform sampler2D " + name});
+        parameters.push_back({name, Type::FILE, "", 0, 0, "uniform sampler2D " + name});
     }
     struct Row {
         char const* name;
@@ -119,8 +119,8 @@ Parameters customParameters() {
         char const* standard;
     };
     for (Row const& row :
-         {Row{"FloatVar", Type::number, "float", "0"}, Row{"Vec3Var", Type::triple, "vec3", "0"},
-          Row{"Vec4Var", Type::colour, "vec4", "0,0,0,0"}}) {
+         {Row{"FloatVar", Type::NUMBER, "float", "0"}, Row{"Vec3Var", Type::TRIPLE, "vec3", "0"},
+          Row{"Vec4Var", Type::COLOR, "vec4", "0,0,0,0"}}) {
         for (int i = 0; i < 10; ++i) {
             std::string const name = row.name + std::to_string(i);
             parameters.push_back({name, row.type, row.standard, -1e9, 1e9,
@@ -132,7 +132,7 @@ Parameters customParameters() {
 
 // == Reading values ==
 
-std::optional<double> toNumber(std::string_view const& text) {
+std::optional<double> toNumber(std::string_view text) {
     double number = 0;
     char const* const last = text.data() + text.size();
     auto const [end, error] = std::from_chars(text.data(), last, number);
@@ -157,7 +157,7 @@ std::optional<std::vector<double>> toNumbers(std::string_view text) {
     }
 }
 
-std::string shown(double const& number) {
+std::string shown(double number) {
     char text[32];
     auto const [end, error] = std::to_chars(text, text + sizeof text, number);
     return error == std::errc() ? std::string(text, end) : std::string();
@@ -167,19 +167,19 @@ std::string shown(double const& number) {
 std::string form(EffectParameter const& parameter) {
     std::string const range = " from " + shown(parameter.least) + " to " + shown(parameter.most);
     switch (parameter.type) {
-    case Type::number:
+    case Type::NUMBER:
         return "a number" + range;
-    case Type::whole:
+    case Type::WHOLE:
         return "a whole number" + range;
-    case Type::answer:
+    case Type::ANSWER:
         return "yes or no";
-    case Type::pair:
+    case Type::PAIR:
         return "one or two numbers" + range;
-    case Type::triple:
+    case Type::TRIPLE:
         return "one or three numbers" + range;
-    case Type::colour:
+    case Type::COLOR:
         return "three or four numbers" + range;
-    case Type::file:
+    case Type::FILE:
         break;
     }
     return "the name of a file";
@@ -187,13 +187,13 @@ std::string form(EffectParameter const& parameter) {
 
 /// The numbers of a value, as many as the type has; none when it is malformed.
 std::vector<double> parse(EffectParameter const& parameter, std::string const& text) {
-    if (parameter.type == Type::answer) {
+    if (parameter.type == Type::ANSWER) {
         return text == "yes"  ? std::vector<double>{1}
                : text == "no" ? std::vector<double>{0}
                               : std::vector<double>{};
     }
     std::vector<double> numbers = toNumbers(text).value_or(std::vector<double>{});
-    bool const isInRange = std::all_of(numbers.begin(), numbers.end(), [&](double const& number) {
+    bool const isInRange = std::all_of(numbers.begin(), numbers.end(), [&](double number) {
         return number >= parameter.least && number <= parameter.most;
     });
     if (!isInRange) {
@@ -201,15 +201,15 @@ std::vector<double> parse(EffectParameter const& parameter, std::string const& t
     }
     std::size_t const given = numbers.size();
     switch (parameter.type) {
-    case Type::whole:
+    case Type::WHOLE:
         return given == 1 && numbers[0] == std::floor(numbers[0]) ? numbers : std::vector<double>{};
-    case Type::pair:
+    case Type::PAIR:
         numbers.resize(given == 1 ? 2 : given, given == 1 ? numbers[0] : 0);
         return numbers.size() == 2 ? numbers : std::vector<double>{};
-    case Type::triple:
+    case Type::TRIPLE:
         numbers.resize(given == 1 ? 3 : given, given == 1 ? numbers[0] : 0);
         return numbers.size() == 3 ? numbers : std::vector<double>{};
-    case Type::colour:
+    case Type::COLOR:
         numbers.resize(given == 3 ? 4 : given, 1);
         return numbers.size() == 4 ? numbers : std::vector<double>{};
     default:
@@ -217,7 +217,7 @@ std::vector<double> parse(EffectParameter const& parameter, std::string const& t
     }
 }
 
-std::string nameOf(Effect const& effect) {
+std::string nameOf(Effect effect) {
     for (auto const& entry : effects) {
         if (entry.second == effect) {
             return entry.first;
@@ -226,21 +226,21 @@ std::string nameOf(Effect const& effect) {
     return "none";
 }
 
-std::string typeWord(EffectParameter::Type const& type) {
+std::string typeWord(EffectParameter::Type type) {
     switch (type) {
-    case Type::number:
+    case Type::NUMBER:
         return "NUMBER";
-    case Type::whole:
+    case Type::WHOLE:
         return "WHOLE";
-    case Type::answer:
+    case Type::ANSWER:
         return "yes|no";
-    case Type::pair:
+    case Type::PAIR:
         return "A[,B]";
-    case Type::triple:
+    case Type::TRIPLE:
         return "X[,Y,Z]";
-    case Type::colour:
+    case Type::COLOR:
         return "R,G,B[,A]";
-    case Type::file:
+    case Type::FILE:
         break;
     }
     return "FILE";
@@ -250,7 +250,7 @@ std::string const helpWord = "help";
 
 }  // namespace
 
-Parameters const& parametersOf(Effect const& effect) {
+Parameters const& parametersOf(Effect effect) {
     static Parameters const none;
     static Parameters const displacement = displacementParameters();
     static Parameters const ocean = oceanParameters();
@@ -258,29 +258,29 @@ Parameters const& parametersOf(Effect const& effect) {
     static Parameters const scattering = scatteringParameters();
     static Parameters const custom = customParameters();
     switch (effect) {
-    case Effect::displacement:
+    case Effect::DISPLACEMENT:
         return displacement;
-    case Effect::ocean:
+    case Effect::OCEAN:
         return ocean;
-    case Effect::glass:
+    case Effect::GLASS:
         return glass;
-    case Effect::sss:
+    case Effect::SSS:
         return scattering;
-    case Effect::custom:
+    case Effect::CUSTOM:
         return custom;
-    case Effect::none:
+    case Effect::NONE:
         break;
     }
     return none;
 }
 
-std::string describeParameters(Effect const& effect) {
+std::string describeParameters(Effect effect) {
     constexpr std::size_t column = 34;
     std::string text = "Parameters of --effect " + nameOf(effect) + ":\n";
     for (EffectParameter const& parameter : parametersOf(effect)) {
         std::string line = "  " + parameter.name + "=" + typeWord(parameter.type);
         line.resize(std::max(column, line.size() + 1), ' ');
-        for (char const& letter : parameter.meaning) {
+        for (char letter : parameter.meaning) {
             line += letter;
             if (letter == '\n') {
                 line.append(column, ' ');
@@ -296,10 +296,10 @@ std::string describeParameters(Effect const& effect) {
 
 // == EffectValues ==
 
-EffectValues::EffectValues(Effect const& effect) : _effect(effect) {
+EffectValues::EffectValues(Effect effect) : effect(effect) {
     for (EffectParameter const& parameter : parametersOf(effect)) {
-        if (parameter.type != Type::file) {
-            _numbers[parameter.name] = parse(parameter, parameter.standard);
+        if (parameter.type != Type::FILE) {
+            numberLists[parameter.name] = parse(parameter, parameter.standard);
         }
     }
 }
@@ -311,31 +311,31 @@ std::optional<std::string> EffectValues::assign(std::string const& assignment) {
     }
     std::string const name = assignment.substr(0, middle);
     std::string const text = assignment.substr(middle + 1);
-    Parameters const& known = parametersOf(_effect);
+    Parameters const& known = parametersOf(effect);
     auto const found = std::find_if(known.begin(), known.end(),
                                     [&](EffectParameter const& parameter) { return parameter.name == name; });
     if (found == known.end()) {
-        return "the effect " + nameOf(_effect) + " has no parameter '" + name +
+        return "the effect " + nameOf(effect) + " has no parameter '" + name +
                "' (--effect-param help lists them)";
     }
-    if (found->type == Type::file) {
+    if (found->type == Type::FILE) {
         if (text.empty()) {
             return name + ": the name of a file is missing";
         }
-        _files[name] = text;
+        files[name] = text;
         return std::nullopt;
     }
     std::vector<double> const numbers = parse(*found, text);
     if (numbers.empty()) {
         return name + ": '" + text + "' is not " + form(*found);
     }
-    _numbers[name] = numbers;
+    numberLists[name] = numbers;
     return std::nullopt;
 }
 
-double EffectValues::_component(std::string const& name, std::size_t const& index) const {
-    auto const found = _numbers.find(name);
-    return found != _numbers.end() && index < found->second.size() ? found->second[index] : 0;
+double EffectValues::_component(std::string const& name, std::size_t index) const {
+    auto const found = numberLists.find(name);
+    return found != numberLists.end() && index < found->second.size() ? found->second[index] : 0;
 }
 
 double EffectValues::number(std::string const& name) const {
@@ -355,14 +355,14 @@ Vector3<float> EffectValues::triple(std::string const& name) const {
             static_cast<float>(_component(name, 2))};
 }
 
-Color4<float> EffectValues::colour(std::string const& name) const {
+Color4<float> EffectValues::color(std::string const& name) const {
     Vector3<float> const rgb = triple(name);
     return {rgb.x, rgb.y, rgb.z, static_cast<float>(_component(name, 3))};
 }
 
 std::string EffectValues::file(std::string const& name) const {
-    auto const found = _files.find(name);
-    return found != _files.end() ? found->second : std::string();
+    auto const found = files.find(name);
+    return found != files.end() ? found->second : std::string();
 }
 
 // == EffectWords ==
@@ -411,30 +411,30 @@ bool EffectWords::asksForHelp() const {
            std::find(assignments.begin(), assignments.end(), helpWord) != assignments.end();
 }
 
-std::optional<std::string> EffectWords::_firstStray(Effect const& kind) const {
+std::optional<std::string> EffectWords::_firstStray(Effect kind) const {
     struct Row {
         char const* option;
         bool isGiven;
         Effect effect;
     };
-    for (Row const& row : {Row{"--environment", !environment.empty(), Effect::glass},
-                           Row{"--shader-vertex", !vertexShader.empty(), Effect::custom},
-                           Row{"--shader-fragment", !fragmentShader.empty(), Effect::custom},
-                           Row{"--shader-geometry", !geometryShader.empty(), Effect::custom}}) {
+    for (Row const& row : {Row{"--environment", !environment.empty(), Effect::GLASS},
+                           Row{"--shader-vertex", !vertexShader.empty(), Effect::CUSTOM},
+                           Row{"--shader-fragment", !fragmentShader.empty(), Effect::CUSTOM},
+                           Row{"--shader-geometry", !geometryShader.empty(), Effect::CUSTOM}}) {
         if (row.isGiven && kind != row.effect) {
             return std::string(row.option) + ": belongs to --effect " + nameOf(row.effect);
         }
     }
-    if (kind == Effect::none && !assignments.empty()) {
+    if (kind == Effect::NONE && !assignments.empty()) {
         return "--effect-param: belongs to --effect";
     }
-    if (kind == Effect::none && !model.empty()) {
+    if (kind == Effect::NONE && !model.empty()) {
         return "--effect-model: belongs to --effect";
     }
     return std::nullopt;
 }
 
-std::optional<std::string> EffectWords::read(std::size_t const& fileCount, EffectOptions& options) const {
+std::optional<std::string> EffectWords::read(std::size_t fileCount, EffectOptions& options) const {
     if (!effect.empty()) {
         auto const found = effects.find(effect);
         if (found == effects.end()) {
@@ -474,15 +474,15 @@ std::optional<std::string> EffectWords::read(std::size_t const& fileCount, Effec
     if (asksForHelp()) {
         return std::nullopt;
     }
-    if (options.effect == Effect::displacement && options.values.file("map").empty()) {
+    if (options.effect == Effect::DISPLACEMENT && options.values.file("map").empty()) {
         return "--effect displacement: --effect-param map=FILE is required";
     }
-    if (options.effect == Effect::custom && vertexShader.empty() && fragmentShader.empty() &&
+    if (options.effect == Effect::CUSTOM && vertexShader.empty() && fragmentShader.empty() &&
         geometryShader.empty()) {
         return "--effect custom: --shader-vertex, --shader-fragment or --shader-geometry is required";
     }
     int const size = options.values.whole("size");
-    if (options.effect == Effect::ocean && (size & (size - 1)) != 0) {
+    if (options.effect == Effect::OCEAN && (size & (size - 1)) != 0) {
         return "--effect-param: size: '" + std::to_string(size) + "' is not a power of two";
     }
     return std::nullopt;

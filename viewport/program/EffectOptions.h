@@ -14,18 +14,18 @@ class App;
 
 namespace vellum::viewport {
 
-enum class Effect { none, displacement, ocean, glass, sss, custom };
+enum class Effect { NONE, DISPLACEMENT, OCEAN, GLASS, SSS, CUSTOM };
 
 /// A parameter of an effect: what may be given after --effect-param.
 struct EffectParameter {
     enum class Type {
-        number,  ///< one number
-        whole,   ///< one whole number
-        answer,  ///< yes or no
-        pair,    ///< two numbers, or one for both
-        triple,  ///< three numbers, or one for all
-        colour,  ///< red, green, blue and perhaps opacity
-        file     ///< the path of a file
+        NUMBER,  ///< one number
+        WHOLE,   ///< one whole number
+        ANSWER,  ///< yes or no
+        PAIR,    ///< two numbers, or one for both
+        TRIPLE,  ///< three numbers, or one for all
+        COLOR,   ///< red, green, blue and perhaps opacity
+        FILE     ///< the path of a file
     };
 
     std::string name;
@@ -37,16 +37,16 @@ struct EffectParameter {
 };
 
 /// The parameters of an effect, in the order in which they are listed.
-std::vector<EffectParameter> const& parametersOf(Effect const& effect);
+std::vector<EffectParameter> const& parametersOf(Effect effect);
 
 /// The list of an effect's parameters, for people: complete lines.
-std::string describeParameters(Effect const& effect);
+std::string describeParameters(Effect effect);
 
 /// The values of an effect's parameters. All numbers are finite and in range.
 class EffectValues {
 public:
-    EffectValues() = default;                     ///< of no effect: there are none
-    explicit EffectValues(Effect const& effect);  ///< the defaults
+    EffectValues() = default;              ///< of no effect: there are none
+    explicit EffectValues(Effect effect);  ///< the defaults
 
     /// Takes "NAME=VALUE". Gives what is wrong with it, or nothing.
     std::optional<std::string> assign(std::string const& assignment);
@@ -56,20 +56,20 @@ public:
     int whole(std::string const& name) const;
     bool isYes(std::string const& name) const;
     Vector3<float> triple(std::string const& name) const;  ///< a pair has the third component 0
-    Color4<float> colour(std::string const& name) const;
+    Color4<float> color(std::string const& name) const;
     std::string file(std::string const& name) const;  ///< empty: none is given
 
 private:
-    double _component(std::string const& name, std::size_t const& index) const;
+    double _component(std::string const& name, std::size_t index) const;
 
-    Effect _effect = Effect::none;
-    std::map<std::string, std::vector<double>> _numbers;
-    std::map<std::string, std::string> _files;
+    Effect effect = Effect::NONE;
+    std::map<std::string, std::vector<double>> numberLists;
+    std::map<std::string, std::string> files;
 };
 
 /// What is asked for with the options of effects.
 struct EffectOptions {
-    Effect effect = Effect::none;
+    Effect effect = Effect::NONE;
     EffectValues values;
     std::size_t model = 0;    ///< the file that has the effect, counted from 1; 0: all files
     std::string environment;  ///< a picture file; empty: the program's own sky
@@ -77,10 +77,10 @@ struct EffectOptions {
     std::string fragmentShader;
     std::string geometryShader;
 
-    bool isOn() const { return effect != Effect::none; }
+    bool isOn() const { return effect != Effect::NONE; }
 
     /// Whether a file, counted from 0, has the effect.
-    bool covers(std::size_t const& file) const { return isOn() && (model == 0 || model == file + 1); }
+    bool covers(std::size_t file) const { return isOn() && (model == 0 || model == file + 1); }
 };
 
 /// The options of effects as they stand on the command line.
@@ -100,10 +100,10 @@ struct EffectWords {
 
     /// Reads the words. Gives what is wrong with them, or nothing.
     /// \param fileCount of the files on the command line.
-    std::optional<std::string> read(std::size_t const& fileCount, EffectOptions& options) const;
+    std::optional<std::string> read(std::size_t fileCount, EffectOptions& options) const;
 
 private:
-    std::optional<std::string> _firstStray(Effect const& kind) const;
+    std::optional<std::string> _firstStray(Effect kind) const;
 };
 
 }  // namespace vellum::viewport

@@ -12,29 +12,29 @@ namespace vellum::viewport {
 
 namespace {
 
-std::map<std::string, Shading> const shadings{{"box", Shading::box},
-                                              {"wireframe", Shading::wireframe},
-                                              {"faceted", Shading::faceted},
-                                              {"smooth", Shading::smooth}};
-std::map<std::string, Normals> const normalKinds{{"vertex", Normals::vertex}, {"face", Normals::face}};
+std::map<std::string, Shading> const shadings{{"box", Shading::BOX},
+                                              {"wireframe", Shading::WIREFRAME},
+                                              {"faceted", Shading::FACETED},
+                                              {"smooth", Shading::SMOOTH}};
+std::map<std::string, Normals> const normalKinds{{"vertex", Normals::VERTEX}, {"face", Normals::FACE}};
 std::map<std::string, Gizmo> const gizmos{
-    {"move", Gizmo::move}, {"rotate", Gizmo::rotate}, {"scale", Gizmo::scale}};
+    {"move", Gizmo::MOVE}, {"rotate", Gizmo::ROTATE}, {"scale", Gizmo::SCALE}};
 std::map<std::string, ParticleMode> const particleModes{
-    {"points", ParticleMode::points}, {"spheres", ParticleMode::spheres}, {"arrows", ParticleMode::arrows}};
+    {"points", ParticleMode::POINTS}, {"spheres", ParticleMode::SPHERES}, {"arrows", ParticleMode::ARROWS}};
 std::map<std::string, View> const views{
-    {"perspective", View::perspective}, {"front", View::front}, {"back", View::back},  {"top", View::top},
-    {"bottom", View::bottom},           {"left", View::left},   {"right", View::right}};
+    {"perspective", View::PERSPECTIVE}, {"front", View::FRONT}, {"back", View::BACK},  {"top", View::TOP},
+    {"bottom", View::BOTTOM},           {"left", View::LEFT},   {"right", View::RIGHT}};
 
-/// A non-negative whole number without sign or blanks.
-std::optional<int> toNumber(std::string_view const& text) {
+/// A non-negative whole number without sign or BLANKS.
+std::optional<int> toNumber(std::string_view text) {
     int number = 0;
     auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     bool const isWhole = error == std::errc() && end == text.data() + text.size() && text.front() != '-';
     return isWhole ? std::optional<int>(number) : std::nullopt;
 }
 
-/// A finite number without blanks around it.
-std::optional<double> toReal(std::string_view const& text) {
+/// A finite number without BLANKS around it.
+std::optional<double> toReal(std::string_view text) {
     double number = 0;
     auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     bool const isWhole = error == std::errc() && end == text.data() + text.size() && std::isfinite(number);
@@ -42,7 +42,7 @@ std::optional<double> toReal(std::string_view const& text) {
 }
 
 /// The parts of a text between separators.
-std::vector<std::string_view> split(std::string_view text, char const& separator) {
+std::vector<std::string_view> split(std::string_view text, char separator) {
     std::vector<std::string_view> parts;
     std::size_t end = 0;
     while ((end = text.find(separator)) != std::string_view::npos) {
@@ -53,8 +53,8 @@ std::vector<std::string_view> split(std::string_view text, char const& separator
     return parts;
 }
 
-/// A colour as six hexadecimal digits, with or without a '#' before them.
-std::optional<Color4<float>> toColour(std::string_view text) {
+/// A color as six hexadecimal digits, with or without a '#' before them.
+std::optional<Color4<float>> toColor(std::string_view text) {
     if (!text.empty() && text.front() == '#') {
         text.remove_prefix(1);
     }
@@ -63,14 +63,14 @@ std::optional<Color4<float>> toColour(std::string_view text) {
     if (error != std::errc() || end != text.data() + text.size() || text.size() != 6) {
         return std::nullopt;
     }
-    auto const channel = [&number](unsigned int const& shift) {
+    auto const channel = [&number](unsigned int shift) {
         return static_cast<float>(number >> shift & 0xFFU) / 255.0F;
     };
     return Color4<float>{channel(16), channel(8), channel(0), 1};
 }
 
 /// Two numbers with a separator between them.
-std::optional<Pixel> toPair(std::string_view const& text, char const& separator) {
+std::optional<Pixel> toPair(std::string_view text, char separator) {
     std::size_t const middle = text.find(separator);
     if (middle == std::string_view::npos) {
         return std::nullopt;
@@ -80,8 +80,8 @@ std::optional<Pixel> toPair(std::string_view const& text, char const& separator)
     return first && second ? std::optional<Pixel>({*first, *second}) : std::nullopt;
 }
 
-bool isSide(int const& length) {
-    return length >= 1 && length <= Options::largestSize;
+bool isSide(int length) {
+    return length >= 1 && length <= Options::LARGEST_SIZE;
 }
 
 /// The options as text, as they stand on the command line; empty where they do not.
@@ -98,7 +98,7 @@ struct Words {
     std::string percent;
     std::string particleSize;
     std::string range;
-    std::string colours;
+    std::string colors;
     std::string frame;
     std::string gpuMemory;
     EffectWords effect;
@@ -130,7 +130,7 @@ std::string readSize(std::string const& word, Options& options) {
     std::optional<Pixel> const size = toPair(word, 'x');
     if (!size || !isSide(size->x) || !isSide(size->y)) {
         return "--size: '" + word + "' is not WIDTHxHEIGHT with both from 1 to " +
-               std::to_string(Options::largestSize);
+               std::to_string(Options::LARGEST_SIZE);
     }
     options.width = size->x;
     options.height = size->y;
@@ -190,17 +190,17 @@ std::string readRange(std::string const& word, ParticleOptions& options) {
     return {};
 }
 
-std::string readColours(std::string const& word, ParticleOptions& options) {
+std::string readColors(std::string const& word, ParticleOptions& options) {
     if (word.empty()) {
         return {};
     }
     std::vector<std::string_view> const words = split(word, ',');
-    Color4<float>* const colours[] = {&options.colours.low, &options.colours.high, &options.colours.above};
+    Color4<float>* const colors[] = {&options.colors.low, &options.colors.high, &options.colors.above};
     bool isRead = words.size() == 2 || words.size() == 3;
     for (std::size_t i = 0; isRead && i < words.size(); ++i) {
-        std::optional<Color4<float>> const colour = toColour(words[i]);
-        isRead = colour.has_value();
-        *colours[i] = colour.value_or(*colours[i]);
+        std::optional<Color4<float>> const color = toColor(words[i]);
+        isRead = color.has_value();
+        *colors[i] = color.value_or(*colors[i]);
     }
     return isRead ? std::string()
                   : "--colors: '" + word + "' is not LOW,HIGH or LOW,HIGH,ABOVE, each as RRGGBB";
@@ -238,7 +238,7 @@ std::string readParticles(Words const& words, Options& options) {
         options.gpuMemory = static_cast<unsigned int>(*megabytes);
     }
     std::string const fault = readRange(words.range, particles);
-    return fault.empty() ? readColours(words.colours, particles) : fault;
+    return fault.empty() ? readColors(words.colors, particles) : fault;
 }
 
 /// What cannot be drawn together with an effect, which takes the place of every other way to show a surface.
@@ -248,9 +248,9 @@ std::string effectConflict(Options const& options) {
         bool isGiven;
     };
     for (Row const& row :
-         {Row{"--shading", options.shading == Shading::box || options.shading == Shading::wireframe},
+         {Row{"--shading", options.shading == Shading::BOX || options.shading == Shading::WIREFRAME},
           Row{"--edges", options.edges}, Row{"--edges-blend", options.edgesBlend},
-          Row{"--normals", options.normals != Normals::none}, Row{"--connectivity", options.connectivity},
+          Row{"--normals", options.normals != Normals::NONE}, Row{"--connectivity", options.connectivity},
           Row{"--texture", !options.texture.empty()}, Row{"--import-preview", options.importPreview}}) {
         if (options.effect.isOn() && row.isGiven) {
             return std::string(row.option) + ": cannot be drawn together with --effect" +
@@ -285,7 +285,7 @@ std::string read(Words const& words, Options& options) {
     if (!conflict.empty() || words.effect.asksForHelp()) {
         return conflict;
     }
-    if (options.files.empty() && options.effect.effect != Effect::ocean) {
+    if (options.files.empty() && options.effect.effect != Effect::OCEAN) {
         return "FILE is required: a mesh or particle file";
     }
     if (options.out.empty() && !options.pick && !options.info) {
@@ -297,7 +297,7 @@ std::string read(Words const& words, Options& options) {
 CommandLine usageError(std::string const& message) {
     CommandLine line;
     line.error = Fault{"", "vl_viewport: " + message + "; see vl_viewport --help"}.line();
-    line.exitStatus = CommandLine::usageError;
+    line.exitStatus = CommandLine::USAGE_ERROR;
     return line;
 }
 
@@ -309,7 +309,7 @@ CommandLine show(std::string const& text) {
 
 }  // namespace
 
-CommandLine parseCommandLine(int const& count, char const* const* arguments) {
+CommandLine parseCommandLine(int count, char const* const* arguments) {
     Options options;
     Words words;
     CLI::App app{"Draws meshes and particles into a picture.", "vl_viewport"};
@@ -375,17 +375,17 @@ CommandLine parseCommandLine(int const& count, char const* const* arguments) {
         ->type_name("MODE")
         ->group(ofParticles);
     app.add_option("--channel", options.particles.channel,
-                   "What colours show: a column by its name, or vx, vy, vz or speed of the velocities\n"
+                   "What colors show: a column by its name, or vx, vy, vz or speed of the velocities\n"
                    "(speed, or else the first column that is not an id; arrows always speed)")
         ->check(given)
         ->type_name("NAME")
         ->group(ofParticles);
-    app.add_option("--range", words.range, "The values at both ends of the colours (those of the data)")
+    app.add_option("--range", words.range, "The values at both ends of the colors (those of the data)")
         ->check(given)
         ->type_name("MIN,MAX")
         ->group(ofParticles);
-    app.add_option("--colors", words.colours,
-                   "LOW,HIGH or LOW,HIGH,ABOVE: the colours at both ends, which blend between them and\n"
+    app.add_option("--colors", words.colors,
+                   "LOW,HIGH or LOW,HIGH,ABOVE: the colors at both ends, which blend between them and\n"
                    "go on below, and the one of all values above; each RRGGBB in hexadecimal digits\n"
                    "(8f1d9e,ffdd4a,ffffff)")
         ->check(given)

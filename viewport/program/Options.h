@@ -11,9 +11,9 @@
 
 namespace vellum::viewport {
 
-enum class Shading { box, wireframe, faceted, smooth };
-enum class Normals { none, vertex, face };
-enum class Gizmo { none, move, rotate, scale };
+enum class Shading { BOX, WIREFRAME, FACETED, SMOOTH };
+enum class Normals { NONE, VERTEX, FACE };
+enum class Gizmo { NONE, MOVE, ROTATE, SCALE };
 
 /// A pixel of the picture, counted from its upper left corner.
 struct Pixel {
@@ -24,14 +24,14 @@ struct Pixel {
 /// What the program is asked to do: its command line as values. All are within their ranges.
 struct Options {
     /// The largest width and height of a picture, pixels.
-    static constexpr int largestSize = 16384;
+    static constexpr int LARGEST_SIZE = 16384;
 
     std::vector<std::string> files;  ///< at least one, but for an effect that brings its own scene
     std::string out;                 ///< empty: no picture is asked for
-    int width = 1280;                ///< pixels, 1 to largestSize
-    int height = 720;                ///< pixels, 1 to largestSize
-    Shading shading = Shading::smooth;
-    Normals normals = Normals::none;
+    int width = 1280;                ///< pixels, 1 to LARGEST_SIZE
+    int height = 720;                ///< pixels, 1 to LARGEST_SIZE
+    Shading shading = Shading::SMOOTH;
+    Normals normals = Normals::NONE;
     bool edges = false;
     bool edgesBlend = false;  ///< not together with `edges`
     bool connectivity = false;
@@ -39,8 +39,8 @@ struct Options {
     bool importPreview = false;  ///< what the import gave, in place of every other way to show a model
     bool immediate = false;      ///< no buffer objects, even if the driver has them
     std::string texture;         ///< a picture file for all models; empty: the textures of their materials
-    Gizmo gizmo = Gizmo::none;
-    View view = View::perspective;
+    Gizmo gizmo = Gizmo::NONE;
+    View view = View::PERSPECTIVE;
     std::optional<Pixel> pick;  ///< inside the picture
     bool info = false;
     ImportLimits limits;
@@ -52,7 +52,7 @@ struct Options {
 
 /// What became of a command line: options, or else texts to be shown and the status to end with.
 struct CommandLine {
-    static constexpr int usageError = 2;  ///< the exit status of a command line that makes no sense
+    static constexpr int USAGE_ERROR = 2;  ///< the exit status of a command line that makes no sense
 
     std::optional<Options> options;
     std::string output;  ///< for standard output, as --help and --version ask for it; complete lines
@@ -61,6 +61,6 @@ struct CommandLine {
 };
 
 /// Reads a command line; `arguments` as main() gets them, the program's name first. Touches no stream and no file.
-CommandLine parseCommandLine(int const& count, char const* const* arguments);
+CommandLine parseCommandLine(int count, char const* const* arguments);
 
 }  // namespace vellum::viewport

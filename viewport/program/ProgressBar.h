@@ -15,21 +15,21 @@ public:
     using Clock = std::function<std::chrono::steady_clock::time_point()>;
 
     /// \param isTerminal whether anybody looks at the stream; if not, nothing is written.
-    ProgressBar(std::ostream& stream, bool const& isTerminal, std::string const& label,
+    ProgressBar(std::ostream& stream, bool isTerminal, std::string const& label,
                 Clock const& clock = std::chrono::steady_clock::now);
     ~ProgressBar();  ///< Wipes the line off.
     ProgressBar(ProgressBar const&) = delete;
     ProgressBar& operator=(ProgressBar const&) = delete;
 
-    void show(std::uint64_t const& done, std::uint64_t const& all);
+    void show(std::uint64_t done, std::uint64_t all);
 
 private:
-    std::ostream& _stream;
-    bool _isTerminal;
-    std::string _label;  // one line
-    Clock _clock;
-    std::chrono::steady_clock::time_point _start;
-    std::string _line;  // that stands there; empty: none
+    std::ostream& stream;
+    bool isTerminal;
+    std::string title;  // one line
+    Clock clock;
+    std::chrono::steady_clock::time_point start;
+    std::string shownLine;  // that stands there; empty: none
 };
 
 }  // namespace vellum::viewport

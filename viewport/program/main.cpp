@@ -32,7 +32,7 @@ namespace {
 
 enum ExitStatus { DONE = 0, FILE_FAULT = 1, NO_OPENGL = 3 };
 
-int fail(ExitStatus const& status, std::string const& message) {
+int fail(ExitStatus status, std::string const& message) {
     std::cerr << "vl_viewport: " << message << std::endl;
     return status;
 }
@@ -53,7 +53,7 @@ std::optional<Fault> loadMesh(std::string const& file, Options const& options, C
     if (!mesh.isOk()) {
         return mesh.fault();
     }
-    // An effect has colours of its own.
+    // An effect has colors of its own.
     if (options.texture.empty() && !options.effect.covers(content.meshes.size())) {
         for (Fault const& missing : loadTextures(file, mesh.value())) {
             note(missing);
@@ -67,8 +67,8 @@ std::optional<Fault> loadMesh(std::string const& file, Options const& options, C
 std::optional<Fault> loadParticles(std::string const& file, Options const& options, Content& content) {
     std::optional<ProgressBar> bar;
     bar.emplace(std::cerr, isatty(STDERR_FILENO) != 0, file);
-    Result<ParticleFrames> particles = ParticleFile(file).load(
-        [&bar](std::uint64_t const& done, std::uint64_t const& all) { bar->show(done, all); });
+    Result<ParticleFrames> particles =
+        ParticleFile(file).load([&bar](std::uint64_t done, std::uint64_t all) { bar->show(done, all); });
     bar.reset();
     if (!particles.isOk()) {
         return particles.fault();
@@ -97,7 +97,7 @@ int show(Options const& options, std::string const& texts, Scene const& scene, P
     }
     if (!scene.clouds().empty() && !ParticleRenderer::isModeSupported(*layer, look.mode)) {
         note({"", "OpenGL here has no geometry stages for spheres and arrows; drawn as points"});
-        look.mode = ParticleMode::points;
+        look.mode = ParticleMode::POINTS;
     }
     std::unique_ptr<EffectRenderer> effect;
     if (options.effect.isOn()) {

@@ -10,10 +10,10 @@ namespace {
 
 using Point = Vector3<double>;
 
-constexpr int majorStep = 10;  // every so many lines one is stronger
-constexpr float minorAlpha = 0.10F;
-constexpr float majorAlpha = 0.24F;
-constexpr float axisAlpha = 0.80F;
+constexpr int MAJOR_STEP = 10;  // every so many lines one is stronger
+constexpr float MINOR_ALPHA = 0.10F;
+constexpr float MAJOR_ALPHA = 0.24F;
+constexpr float AXIS_ALPHA = 0.80F;
 
 /// The coordinate axis along which a direction lies.
 unsigned int axisOf(Point const& direction) {
@@ -23,24 +23,24 @@ unsigned int axisOf(Point const& direction) {
     return std::abs(direction.y) > 0.5 ? 1 : 2;
 }
 
-Color4<float> lineColour(std::int64_t const& index, Point const& along) {
+Color4<float> lineColor(std::int64_t index, Point const& along) {
     if (index == 0) {
-        Color4<float> colour = axisColour(axisOf(along));
-        colour.a = axisAlpha;
-        return colour;
+        Color4<float> color = axisColor(axisOf(along));
+        color.a = AXIS_ALPHA;
+        return color;
     }
-    return {1, 1, 1, index % majorStep == 0 ? majorAlpha : minorAlpha};
+    return {1, 1, 1, index % MAJOR_STEP == 0 ? MAJOR_ALPHA : MINOR_ALPHA};
 }
 
 }  // namespace
 
-Color4<float> axisColour(unsigned int const& axis) {
-    constexpr Color4<float> colours[3] = {
+Color4<float> axisColor(unsigned int axis) {
+    constexpr Color4<float> colors[3] = {
         {0.93F, 0.27F, 0.29F, 1}, {0.45F, 0.80F, 0.27F, 1}, {0.27F, 0.54F, 0.97F, 1}};
-    return colours[axis];
+    return colors[axis];
 }
 
-double GroundGrid::spacingFor(double const& modelSize, double const& unitsPerFileUnit) {
+double GroundGrid::spacingFor(double modelSize, double unitsPerFileUnit) {
     return std::pow(10.0, std::floor(std::log10(modelSize / unitsPerFileUnit / 4))) * unitsPerFileUnit;
 }
 
@@ -48,29 +48,29 @@ std::vector<ShadedSegment> GroundGrid::segments() const {
     std::vector<ShadedSegment> found;
     // A line is cut into pieces so that it can fade along its way.
     constexpr int pieces = 24;
-    auto const faded = [&](Color4<float> colour, double const& distance) {
+    auto const faded = [&](Color4<float> color, double distance) {
         double const nearness = std::clamp(1 - distance / radius, 0.0, 1.0);
-        colour.a *= fades ? static_cast<float>(nearness * nearness * (3 - 2 * nearness)) : 1.0F;
-        return colour;
+        color.a *= fades ? static_cast<float>(nearness * nearness * (3 - 2 * nearness)) : 1.0F;
+        return color;
     };
     auto const addLines = [&](Point const& along, Point const& across) {
         // Of the line with index 0. Where that is so far away that the indices lose their last digits, lines anywhere
         // will do, and none of them is an axis.
-        double const trueOffset = dot(fileOrigin - centre, across);
+        double const trueOffset = dot(fileOrigin - center, across);
         bool const isTold = std::abs(trueOffset) < 1e12 * spacing;
-        double const offset = isTold ? trueOffset : -(2.0 * majorStep + 0.5) * spacing - radius;
+        double const offset = isTold ? trueOffset : -(2.0 * MAJOR_STEP + 0.5) * spacing - radius;
         auto const first = static_cast<std::int64_t>(std::ceil((-radius - offset) / spacing));
         auto const last = static_cast<std::int64_t>(std::floor((radius - offset) / spacing));
         for (std::int64_t index = first; index <= last; ++index) {
             double const aside = offset + static_cast<double>(index) * spacing;
             double const half = fades ? std::sqrt(std::max(0.0, radius * radius - aside * aside)) : radius;
-            Color4<float> const colour = lineColour(index, along);
+            Color4<float> const color = lineColor(index, along);
             for (int i = 0; i < pieces; ++i) {
                 double const a = half * (2.0 * i / pieces - 1);
                 double const b = half * (2.0 * (i + 1) / pieces - 1);
-                found.push_back({convert<float>(centre + across * aside + along * a),
-                                 convert<float>(centre + across * aside + along * b),
-                                 faded(colour, std::hypot(aside, a)), faded(colour, std::hypot(aside, b))});
+                found.push_back({convert<float>(center + across * aside + along * a),
+                                 convert<float>(center + across * aside + along * b),
+                                 faded(color, std::hypot(aside, a)), faded(color, std::hypot(aside, b))});
             }
         }
     };

@@ -7,22 +7,22 @@
 
 namespace vellum::viewport {
 
-/// A straight piece of a line whose colour runs from one end to the other.
+/// A straight piece of a line whose color runs from one end to the other.
 struct ShadedSegment {
     Vector3<float> from;
     Vector3<float> to;
-    Color4<float> fromColour;
-    Color4<float> toColour;
+    Color4<float> fromColor;
+    Color4<float> toColor;
 };
 
 /// The grid that gives a scene its scale: lines at whole multiples of a power of ten in the files' units, every
-/// tenth one stronger, and the coordinate axes of the files, where they come by, in their colours.
+/// tenth one stronger, and the coordinate axes of the files, where they come by, in their colors.
 struct GroundGrid {
-    Vector3<double> centre;  ///< a point of the grid's plane
+    Vector3<double> center;  ///< a point of the grid's plane
     Vector3<double> u;       ///< the plane's directions: unit length, each along a coordinate axis
     Vector3<double> v;
-    double radius;               ///< how far it reaches from the centre
-    bool fades;                  ///< it becomes invisible towards its rim
+    double radius;               ///< how far it reaches from the center
+    bool fades;                  ///< it becomes invisible toward its rim
     Vector3<double> fileOrigin;  ///< lines go through it, or its projection on the plane
     double spacing;              ///< of the lines
 
@@ -31,10 +31,10 @@ struct GroundGrid {
 
     /// The power of ten of the files' units, in units of the scene, at which lines stand apart so that between 4 and
     /// 40 of them cross a model of the given size.
-    static double spacingFor(double const& modelSize, double const& unitsPerFileUnit);
+    static double spacingFor(double modelSize, double unitsPerFileUnit);
 };
 
-/// The colour of a coordinate axis, 0 to 2: red, green, blue, here and on gizmos.
-Color4<float> axisColour(unsigned int const& axis);
+/// The color of a coordinate axis, 0 to 2: red, green, blue, here and on gizmos.
+Color4<float> axisColor(unsigned int axis);
 
 }  // namespace vellum::viewport

@@ -13,8 +13,8 @@ namespace {
 
 using Triangle = MeshData::Triangle;
 
-constexpr float creaseAngle = 0.7F;  // radians, about 40 degrees
-constexpr unsigned int none = 0xFFFFFFFFU;
+constexpr float CREASE_ANGLE = 0.7F;  // radians, about 40 degrees
+constexpr unsigned int NONE = 0xFFFFFFFFU;
 
 template <class T>
 Array<T> toArray(std::vector<T> const& from) {
@@ -63,12 +63,12 @@ Surface weldedSurface(MeshData const& data,
     return surface;
 }
 
-/// Computes the normals of a surface whose file has none.
+/// Computes the normals of a surface whose file has NONE.
 void computeNormals(Surface& surface) {
     Mesh mesh;
     mesh.setPositions(toArray(surface.positions));
     mesh.setTriangles(toArray(surface.triangles));
-    if (!mesh.workNormals(creaseAngle)) {
+    if (!mesh.workNormals(CREASE_ANGLE)) {
         return;
     }
     ArrayTypeable const* const normals = VL_ArrayServer.resolve(mesh.vertexNormals());
@@ -86,16 +86,16 @@ void computeNormals(Surface& surface) {
 void takeNormals(Surface& surface, MeshData const& data) {
     constexpr float alike = 0.9999F;  // cosine, less than one degree
     surface.normals.resize(surface.positions.size());
-    std::vector<unsigned int> next(surface.positions.size(), none);  // the further normals of a vertex
+    std::vector<unsigned int> next(surface.positions.size(), NONE);  // the further normals of a vertex
     std::vector<bool> isTaken(surface.positions.size(), false);
-    auto const indexOf = [&](unsigned int const& vertex, Vector3<float> const& normal) {
+    auto const indexOf = [&](unsigned int vertex, Vector3<float> const& normal) {
         if (!isTaken[vertex]) {
             isTaken[vertex] = true;
             surface.normals[vertex] = normal;
             return vertex;
         }
         unsigned int last = vertex;
-        for (unsigned int i = vertex; i != none; i = next[i]) {
+        for (unsigned int i = vertex; i != NONE; i = next[i]) {
             if (dot(surface.normals[i], normal) > alike) {
                 return i;
             }
@@ -103,7 +103,7 @@ void takeNormals(Surface& surface, MeshData const& data) {
         }
         unsigned int const added = static_cast<unsigned int>(surface.normals.size());
         surface.normals.push_back(normal);
-        next.push_back(none);
+        next.push_back(NONE);
         next[last] = added;
         return added;
     };
@@ -119,33 +119,33 @@ void takeNormals(Surface& surface, MeshData const& data) {
 /// Numbers what a part uses from 0 on, in the order of its first use.
 class Numbering {
 public:
-    explicit Numbering(std::size_t const& count) : _numbers(count, none) {}
+    explicit Numbering(std::size_t count) : numbers(count, NONE) {}
 
-    unsigned int operator()(unsigned int const& old) {
-        if (_numbers[old] == none) {
-            _numbers[old] = static_cast<unsigned int>(_used.size());
-            _used.push_back(old);
+    unsigned int operator()(unsigned int old) {
+        if (numbers[old] == NONE) {
+            numbers[old] = static_cast<unsigned int>(order.size());
+            order.push_back(old);
         }
-        return _numbers[old];
+        return numbers[old];
     }
     Triangle operator()(Triangle const& t) {
         unsigned int const a = (*this)(t.e0);
         unsigned int const b = (*this)(t.e1);
         return {a, b, (*this)(t.e2)};
     }
-    std::vector<unsigned int> const& used() const { return _used; }
+    std::vector<unsigned int> const& used() const { return order; }
 
     /// Forgets all numbers, in the time that giving them took.
     void clear() {
-        for (unsigned int const& old : _used) {
-            _numbers[old] = none;
+        for (unsigned int old : order) {
+            numbers[old] = NONE;
         }
-        _used.clear();
+        order.clear();
     }
 
 private:
-    std::vector<unsigned int> _numbers;
-    std::vector<unsigned int> _used;
+    std::vector<unsigned int> numbers;
+    std::vector<unsigned int> order;
 };
 
 /// The texture coordinates of a triangle onto which the texture is projected along an axis. The texture covers the
@@ -188,31 +188,31 @@ bool isSame(Color4<float> const& a, Color4<float> const& b) {
 class PartMaker {
 public:
     PartMaker(MeshData const& data, Surface const& surface, std::shared_ptr<VL_Image const> const& texture)
-        : _data(data)
-        , _surface(surface)
-        , _texture(texture)
-        , _box(boxOf(surface.positions))
-        , _vertices(surface.positions.size())
-        , _normals(surface.normals.size())
-        , _coordinates(data.positions.size()) {}
+        : data(data)
+        , surface(surface)
+        , texture(texture)
+        , box(boxOf(surface.positions))
+        , vertices(surface.positions.size())
+        , normalList(surface.normals.size())
+        , coordinateList(data.positions.size()) {}
 
     ModelPart make(std::vector<unsigned int> const& members) {
-        unsigned int const material = _surface.materials[members.front()];
+        unsigned int const material = surface.materials[members.front()];
         ModelPart part;
         part.mesh = std::make_unique<Mesh>();
-        part.colour = _data.colours[_surface.sources[members.front()].e0];
-        part.texture = _texture;
-        if (_texture == nullptr && material < _data.materials.size()) {
-            part.texture = _data.materials[material].image;
+        part.color = data.colors[surface.sources[members.front()].e0];
+        part.texture = texture;
+        if (texture == nullptr && material < data.materials.size()) {
+            part.texture = data.materials[material].image;
         }
         if (part.texture != nullptr) {
-            part.colour = _texture != nullptr ? Color4<float>{1, 1, 1, 1} : _data.materials[material].tint;
+            part.color = texture != nullptr ? Color4<float>{1, 1, 1, 1} : data.materials[material].tint;
         }
         _fillShape(part, members);
         if (part.texture != nullptr) {
             _fillCoordinates(*part.mesh, members);
         } else {
-            _fillColours(part, members);
+            _fillColors(part, members);
         }
         part.mesh->workFaceNormals();
         part.mesh->workAdjacency();
@@ -222,30 +222,30 @@ public:
 
 private:
     void _fillShape(ModelPart& part, std::vector<unsigned int> const& members) {
-        _vertices.clear();
-        _normals.clear();
+        vertices.clear();
+        normalList.clear();
         std::vector<Triangle> triangles;
         std::vector<Triangle> normalTriangles;
         triangles.reserve(members.size());
-        for (unsigned int const& t : members) {
-            triangles.push_back(_vertices(_surface.triangles[t]));
+        for (unsigned int t : members) {
+            triangles.push_back(vertices(surface.triangles[t]));
         }
         std::vector<Vector3<double>> positions;
-        positions.reserve(_vertices.used().size());
-        for (unsigned int const& old : _vertices.used()) {
-            positions.push_back(_surface.positions[old]);
+        positions.reserve(vertices.used().size());
+        for (unsigned int old : vertices.used()) {
+            positions.push_back(surface.positions[old]);
             // The normal of this number is the vertex's own and comes first, if the part uses it or not.
-            if (!_surface.normals.empty()) {
-                _normals(old);
+            if (!surface.normals.empty()) {
+                normalList(old);
             }
         }
         std::vector<Vector3<float>> normals;
-        if (!_surface.normals.empty()) {
-            for (unsigned int const& t : members) {
-                normalTriangles.push_back(_normals(_surface.normalTriangles[t]));
+        if (!surface.normals.empty()) {
+            for (unsigned int t : members) {
+                normalTriangles.push_back(normalList(surface.normalTriangles[t]));
             }
-            for (unsigned int const& old : _normals.used()) {
-                normals.push_back(_surface.normals[old]);
+            for (unsigned int old : normalList.used()) {
+                normals.push_back(surface.normals[old]);
             }
         }
         part.hasHardNormals = normals.size() > positions.size();
@@ -258,68 +258,68 @@ private:
     void _fillCoordinates(Mesh& mesh, std::vector<unsigned int> const& members) {
         std::vector<Triangle> triangles;
         std::vector<Vector2<float>> coordinates;
-        if (_data.textureCoordinates.empty()) {
-            for (unsigned int const& t : members) {
+        if (data.textureCoordinates.empty()) {
+            for (unsigned int t : members) {
                 unsigned int const base = static_cast<unsigned int>(coordinates.size());
                 triangles.push_back({base, base + 1, base + 2});
-                std::array<Vector2<float>, 3> const three = projected(_surface, _surface.triangles[t], _box);
+                std::array<Vector2<float>, 3> const three = projected(surface, surface.triangles[t], box);
                 coordinates.insert(coordinates.end(), three.begin(), three.end());
             }
         } else {
-            _coordinates.clear();
-            for (unsigned int const& t : members) {
-                triangles.push_back(_coordinates(_surface.sources[t]));
+            coordinateList.clear();
+            for (unsigned int t : members) {
+                triangles.push_back(coordinateList(surface.sources[t]));
             }
-            for (unsigned int const& old : _coordinates.used()) {
-                coordinates.push_back(_data.textureCoordinates[old]);
+            for (unsigned int old : coordinateList.used()) {
+                coordinates.push_back(data.textureCoordinates[old]);
             }
         }
-        mesh.addNamedArray(MeshArrayInf_ns::TRINDEXED, ModelPart::channel, toArray(triangles));
-        mesh.addNamedArray(MeshArrayInf_ns::PER_FACE, ModelPart::channel, toArray(coordinates));
+        mesh.addNamedArray(MeshArrayInf_ns::TRINDEXED, ModelPart::CHANNEL, toArray(triangles));
+        mesh.addNamedArray(MeshArrayInf_ns::PER_FACE, ModelPart::CHANNEL, toArray(coordinates));
     }
 
-    /// Only where the colours of the part's vertices are not all the same.
-    void _fillColours(ModelPart& part, std::vector<unsigned int> const& members) {
-        _coordinates.clear();
+    /// Only where the colors of the part's vertices are not all the same.
+    void _fillColors(ModelPart& part, std::vector<unsigned int> const& members) {
+        coordinateList.clear();
         std::vector<Triangle> triangles;
         bool isUniform = true;
-        for (unsigned int const& t : members) {
-            Triangle const& source = _surface.sources[t];
-            triangles.push_back(_coordinates(source));
-            for (unsigned int const& vertex : {source.e0, source.e1, source.e2}) {
-                isUniform = isUniform && isSame(_data.colours[vertex], part.colour);
+        for (unsigned int t : members) {
+            Triangle const& source = surface.sources[t];
+            triangles.push_back(coordinateList(source));
+            for (unsigned int vertex : {source.e0, source.e1, source.e2}) {
+                isUniform = isUniform && isSame(data.colors[vertex], part.color);
             }
         }
         if (isUniform) {
             return;
         }
-        std::vector<unsigned int> const& used = _coordinates.used();
+        std::vector<unsigned int> const& used = coordinateList.used();
         std::vector<Vector3<double>> positions(used.size());
         std::vector<Vector3<float>> normals(used.size());
-        std::vector<Color4<float>> colours(used.size());
+        std::vector<Color4<float>> colors(used.size());
         for (std::size_t i = 0; i < used.size(); ++i) {
-            colours[i] = _data.colours[used[i]];
-            normals[i] = _data.normals[used[i]];
+            colors[i] = data.colors[used[i]];
+            normals[i] = data.normals[used[i]];
         }
         for (std::size_t i = 0; i < members.size(); ++i) {
-            Triangle const& corners = _surface.triangles[members[i]];
-            positions[triangles[i].e0] = _surface.positions[corners.e0];
-            positions[triangles[i].e1] = _surface.positions[corners.e1];
-            positions[triangles[i].e2] = _surface.positions[corners.e2];
+            Triangle const& corners = surface.triangles[members[i]];
+            positions[triangles[i].e0] = surface.positions[corners.e0];
+            positions[triangles[i].e1] = surface.positions[corners.e1];
+            positions[triangles[i].e2] = surface.positions[corners.e2];
         }
         part.vertices = toArray(positions);
         part.triangles = toArray(triangles);
         part.normals = toArray(normals);
-        part.colours = toArray(colours);
+        part.colors = toArray(colors);
     }
 
-    MeshData const& _data;
-    Surface const& _surface;
-    std::shared_ptr<VL_Image const> const& _texture;
-    Box3<double> const _box;
-    Numbering _vertices;
-    Numbering _normals;
-    Numbering _coordinates;  // of the file's vertices
+    MeshData const& data;
+    Surface const& surface;
+    std::shared_ptr<VL_Image const> const& texture;
+    Box3<double> const box;
+    Numbering vertices;
+    Numbering normalList;
+    Numbering coordinateList;  // of the file's vertices
 };
 
 }  // namespace

@@ -11,21 +11,21 @@
 
 namespace vellum::viewport {
 
-/// What one material covers of a model: a mesh of one colour, or of one texture, or with a colour per vertex.
+/// What one material covers of a model: a mesh of one color, or of one texture, or with a color per vertex.
 struct ModelPart {
     /// The name of the mesh's channel of texture coordinates.
-    static constexpr char channel[] = "uv";
+    static constexpr char CHANNEL[] = "uv";
 
     std::unique_ptr<Mesh> mesh;
-    Color4<float> colour;                     ///< of the surface; the texture's tint where it has one
+    Color4<float> color;                      ///< of the surface; the texture's tint where it has one
     std::shared_ptr<VL_Image const> texture;  ///< may be null
     bool hasHardNormals = false;              ///< some vertices have several normals
 
-    // What a mesh renderer does not know: a colour for each vertex. All are empty where one colour is enough.
+    // What a mesh renderer does not know: a color for each vertex. All are empty where one color is enough.
     Array<Vector3<double>> vertices;
     Array<Tuple3<unsigned int>> triangles;
     Array<Vector3<float>> normals;
-    Array<Color4<float>> colours;
+    Array<Color4<float>> colors;
 };
 
 /// Makes the parts of a model, ready to be drawn in every mode.

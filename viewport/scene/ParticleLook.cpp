@@ -10,10 +10,10 @@ namespace vellum::viewport {
 
 namespace {
 
-constexpr char const* speedName = "speed";
-constexpr char const* componentNames[] = {"vx", "vy", "vz"};
-constexpr double ballDiameter = 0.98;      // of the mean distance of neighbours
-constexpr float largestMagnitude = 1e18F;  // its square is still a float
+constexpr char const* SPEED_NAME = "speed";
+constexpr char const* COMPONENT_NAMES[] = {"vx", "vy", "vz"};
+constexpr double BALL_DIAMETER = 0.98;      // of the mean distance of neighbors
+constexpr float LARGEST_MAGNITUDE = 1e18F;  // its square is still a float
 
 bool isFinite(Vector3<float> const& v) {
     return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
@@ -23,7 +23,7 @@ double lengthOf(Vector3<float> const& v) {
     return std::hypot(static_cast<double>(v.x), static_cast<double>(v.y), static_cast<double>(v.z));
 }
 
-float component(Vector3<float> const& v, unsigned int const& axis) {
+float component(Vector3<float> const& v, unsigned int axis) {
     return axis == 0 ? v.x : axis == 1 ? v.y : v.z;
 }
 
@@ -38,41 +38,41 @@ public:
         if (frame.velocities.empty()) {
             return std::nullopt;
         }
-        if (name == speedName) {
+        if (name == SPEED_NAME) {
             return Quantity(frame, nullptr, 3);
         }
         for (unsigned int axis = 0; axis < 3; ++axis) {
-            if (name == componentNames[axis]) {
+            if (name == COMPONENT_NAMES[axis]) {
                 return Quantity(frame, nullptr, axis);
             }
         }
         return std::nullopt;
     }
 
-    bool isSpeed() const { return _channel == nullptr && _axis == 3; }
+    bool isSpeed() const { return channel == nullptr && axis == 3; }
 
-    double operator[](std::size_t const& index) const {
-        if (_channel != nullptr) {
-            return _channel->values[index];
+    double operator[](std::size_t index) const {
+        if (channel != nullptr) {
+            return channel->values[index];
         }
-        Vector3<float> const& velocity = _frame->velocities[index];
-        return _axis == 3 ? lengthOf(velocity) : component(velocity, _axis);
+        Vector3<float> const& velocity = frame->velocities[index];
+        return axis == 3 ? lengthOf(velocity) : component(velocity, axis);
     }
 
 private:
-    Quantity(ParticleFrame const& frame, ParticleChannel const* channel, unsigned int const& axis)
-        : _frame(&frame), _channel(channel), _axis(axis) {}
+    Quantity(ParticleFrame const& frame, ParticleChannel const* channel, unsigned int axis)
+        : frame(&frame), channel(channel), axis(axis) {}
 
-    ParticleFrame const* _frame;
-    ParticleChannel const* _channel;  // null: of the velocities
-    unsigned int _axis;               // 3: all of them
+    ParticleFrame const* frame;
+    ParticleChannel const* channel;  // null: of the velocities
+    unsigned int axis;               // 3: all of them
 };
 
 /// The names of all quantities, the likeliest to be looked at first.
 std::vector<std::string> quantityNames(ParticleFrame const& frame) {
     std::vector<std::string> names;
     if (!frame.velocities.empty()) {
-        names.emplace_back(speedName);
+        names.emplace_back(SPEED_NAME);
     }
     for (ParticleChannel const& channel : frame.channels) {
         if (channel.name != "id" && channel.name != "type") {
@@ -95,7 +95,7 @@ std::string joined(std::vector<std::string> const& names) {
     return text.empty() ? "none" : text;
 }
 
-/// The likeliest quantity that all files have; empty where there is none. An id tells nothing by its colour.
+/// The likeliest quantity that all files have; empty where there is none. An id tells nothing by its color.
 std::string commonQuantity(std::vector<ParticleData> const& data) {
     for (std::string const& name : quantityNames(data.front().frame)) {
         bool const isCommon = std::all_of(data.begin(), data.end(), [&name](ParticleData const& each) {
@@ -181,7 +181,7 @@ void shuffle(ParticleSet& set) {
     for (std::size_t left = set.positions.size(); left > 1; --left) {
         std::size_t const other = random() % left;
         std::swap(set.positions[left - 1], set.positions[other]);
-        std::swap(set.colours[left - 1], set.colours[other]);
+        std::swap(set.colors[left - 1], set.colors[other]);
     }
 }
 
@@ -193,7 +193,7 @@ bool isFinite(ParticleBox const& box) {
     return isAllFinite(box.origin) && std::all_of(std::begin(box.edges), std::end(box.edges), isAllFinite);
 }
 
-ParticleSet setOf(ParticleData& data, ParticleMode const& mode, std::optional<ParticleScale> const& scale) {
+ParticleSet setOf(ParticleData& data, ParticleMode mode, std::optional<ParticleScale> const& scale) {
     ParticleFrame& frame = data.frame;
     std::optional<Quantity> quantity;
     if (scale) {
@@ -202,25 +202,25 @@ ParticleSet setOf(ParticleData& data, ParticleMode const& mode, std::optional<Pa
     ParticleSet set;
     std::size_t const slash = data.file.find_last_of('/');
     set.name = slash == std::string::npos ? data.file : data.file.substr(slash + 1);
-    set.colours.reserve(frame.positions.size());
+    set.colors.reserve(frame.positions.size());
     std::size_t kept = 0;
     for (std::size_t i = 0; i < frame.positions.size(); ++i) {
-        bool const isArrowless = mode == ParticleMode::arrows && !isFinite(frame.velocities[i]);
+        bool const isArrowless = mode == ParticleMode::ARROWS && !isFinite(frame.velocities[i]);
         if (!isFinite(frame.positions[i]) || isArrowless) {
             continue;
         }
-        Vector3<float> colour{0, 0, 0};
+        Vector3<float> color{0, 0, 0};
         if (quantity && quantity->isSpeed() && isFinite(frame.velocities[i])) {
             Vector3<float> const& v = frame.velocities[i];
             double const part = 1 / scale->unit;
-            colour = {static_cast<float>(v.x * part), static_cast<float>(v.y * part),
-                      static_cast<float>(v.z * part)};
+            color = {static_cast<float>(v.x * part), static_cast<float>(v.y * part),
+                     static_cast<float>(v.z * part)};
         } else if (quantity) {
             // Deliberate: a number stands in a vector, too. The way to draw that needs no buffer would take the
-            // colour of a particle from the numbers of its neighbours.
-            colour.x = scale->toMagnitude((*quantity)[i]);
+            // color of a particle from the numbers of its neighbors.
+            color.x = scale->toMagnitude((*quantity)[i]);
         }
-        set.colours.push_back(colour);
+        set.colors.push_back(color);
         frame.positions[kept++] = frame.positions[i];
     }
     frame.positions.resize(kept);
@@ -235,12 +235,12 @@ ParticleSet setOf(ParticleData& data, ParticleMode const& mode, std::optional<Pa
 
 }  // namespace
 
-float ParticleScale::toMagnitude(double const& value) const {
+float ParticleScale::toMagnitude(double value) const {
     if (!std::isfinite(value)) {
-        return value < 0 ? 0.0F : largestMagnitude;
+        return value < 0 ? 0.0F : LARGEST_MAGNITUDE;
     }
     double const magnitude = (value - offset) / unit;
-    return static_cast<float>(std::min(magnitude, static_cast<double>(largestMagnitude)));
+    return static_cast<float>(std::min(magnitude, static_cast<double>(LARGEST_MAGNITUDE)));
 }
 
 float ParticleScale::highMagnitude() const {
@@ -257,10 +257,10 @@ Result<ParticleLook> lookOf(std::vector<ParticleData> data, ParticleOptions cons
     for (ParticleData const& each : data) {
         count += each.frame.positions.size();
     }
-    look.mode = options.mode.value_or(count > mostSpheres ? ParticleMode::points : ParticleMode::spheres);
-    bool const isArrows = look.mode == ParticleMode::arrows;
-    if (isArrows && !options.channel.empty() && options.channel != speedName) {
-        return Fault{data.front().file, "arrows are coloured by speed, not by '" + options.channel + "'"};
+    look.mode = options.mode.value_or(count > MOST_SPHERES ? ParticleMode::POINTS : ParticleMode::SPHERES);
+    bool const isArrows = look.mode == ParticleMode::ARROWS;
+    if (isArrows && !options.channel.empty() && options.channel != SPEED_NAME) {
+        return Fault{data.front().file, "arrows are colored by speed, not by '" + options.channel + "'"};
     }
     for (ParticleData const& each : data) {
         if (isArrows && each.frame.velocities.empty()) {
@@ -272,13 +272,13 @@ Result<ParticleLook> lookOf(std::vector<ParticleData> data, ParticleOptions cons
         }
     }
 
-    std::string name = isArrows ? std::string(speedName) : options.channel;
+    std::string name = isArrows ? std::string(SPEED_NAME) : options.channel;
     if (isArrows) {
         // A column of that name is not what arrows show.
         for (ParticleData& each : data) {
             auto& channels = each.frame.channels;
             channels.erase(std::remove_if(channels.begin(), channels.end(),
-                                          [](ParticleChannel const& c) { return c.name == speedName; }),
+                                          [](ParticleChannel const& c) { return c.name == SPEED_NAME; }),
                            channels.end());
         }
     } else if (name.empty()) {
@@ -291,8 +291,8 @@ Result<ParticleLook> lookOf(std::vector<ParticleData> data, ParticleOptions cons
         std::size_t const all = each.frame.positions.size();
         look.sets.push_back(setOf(each, look.mode, look.scale));
         ParticleSet& set = look.sets.back();
-        set.diameter = options.size.value_or(ballDiameter * set.spacing);
-        set.reach = look.mode == ParticleMode::spheres ? set.diameter / 2 : 0;
+        set.diameter = options.size.value_or(BALL_DIAMETER * set.spacing);
+        set.reach = look.mode == ParticleMode::SPHERES ? set.diameter / 2 : 0;
         if (options.percent < 100) {
             shuffle(set);
         }

@@ -8,7 +8,7 @@
 
 namespace vellum::viewport {
 
-enum class ParticleMode { points, spheres, arrows };
+enum class ParticleMode { POINTS, SPHERES, ARROWS };
 
 /// Finite; `low` is not above `high`.
 struct ValueRange {
@@ -16,9 +16,9 @@ struct ValueRange {
     double high;
 };
 
-/// The colours of a range of values: they blend from `low` to `high` and go on below; above the range all values
-/// have one colour.
-struct RampColours {
+/// The colors of a range of values: they blend from `low` to `high` and go on below; above the range all values
+/// have one color.
+struct RampColors {
     Color4<float> low{0x8F / 255.0F, 0x1D / 255.0F, 0x9E / 255.0F, 1};
     Color4<float> high{0xFF / 255.0F, 0xDD / 255.0F, 0x4A / 255.0F, 1};
     Color4<float> above{1, 1, 1, 1};
@@ -31,7 +31,7 @@ struct ParticleOptions {
     float percent = 100;               ///< 0 to 100
     std::optional<double> size;        ///< above 0; pixels, or units of the file; nothing: what suits
     std::optional<ValueRange> range;   ///< with an extent; nothing: that of the data
-    RampColours colours;
+    RampColors colors;
     std::optional<std::size_t> frame;  ///< from 0; nothing: the last one
 };
 

@@ -55,16 +55,16 @@ template <class Place>
 std::shared_ptr<ParticleSystem_v2 const> systemOf(ParticleSet const& set, Place const& place) {
     auto const system = std::make_shared<ParticleSystem_v2>();
     system->addChannel("position", ParticleChannel_v2::VECTOR);
-    system->addChannel("colour", ParticleChannel_v2::VECTOR);
+    system->addChannel("color", ParticleChannel_v2::VECTOR);
     system->addParticles(static_cast<unsigned int>(set.positions.size()));
     auto position = set.positions.begin();
-    auto colour = set.colours.begin();
+    auto color = set.colors.begin();
     for (ParticleSystemChunk_v2* chunk = system->firstChunk(); chunk != nullptr; chunk = chunk->next()) {
-        Vector3<float>* const positions = chunk->channelData(ParticleCloud::positions)->asVectors();
-        Vector3<float>* const colours = chunk->channelData(ParticleCloud::colours)->asVectors();
+        Vector3<float>* const positions = chunk->channelData(ParticleCloud::POSITIONS)->asVectors();
+        Vector3<float>* const colors = chunk->channelData(ParticleCloud::COLORS)->asVectors();
         for (unsigned int i = 0; i < chunk->count(); ++i) {
             positions[i] = convert<float>(place(convert<double>(*position++)));
-            colours[i] = *colour++;
+            colors[i] = *color++;
         }
     }
     return system;
@@ -74,7 +74,7 @@ std::shared_ptr<ParticleSystem_v2 const> systemOf(ParticleSet const& set, Place 
 
 Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const> const& texture,
              std::vector<ParticleSet> const& particles)
-    : _box{{0, 0, 0}, {0, 0, 0}} {
+    : bounds{{0, 0, 0}, {0, 0, 0}} {
     std::vector<Box3<double>> boxes;
     boxes.reserve(meshes.size() + particles.size());
     for (MeshData const& mesh : meshes) {
@@ -84,13 +84,13 @@ Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const
         boxes.push_back(boxOf(set));
     }
     for (std::size_t i = 0; i < boxes.size(); ++i) {
-        _box = i == 0 ? boxes[i] : unite(_box, boxes[i]);
+        bounds = i == 0 ? boxes[i] : unite(bounds, boxes[i]);
     }
     // Halved before they are added or subtracted, coordinates at the end of a double's range stay inside it.
-    Vector3<double> const centre = _box.min * 0.5 + _box.max * 0.5;
-    double const reach = 2 * length(_box.max * 0.25 - _box.min * 0.25);
-    _scale = reach > 0 ? radius / reach : 1;
-    auto const place = [&](Vector3<double> const& p) { return (p - centre) * _scale; };
+    Vector3<double> const center = bounds.min * 0.5 + bounds.max * 0.5;
+    double const reach = 2 * length(bounds.max * 0.25 - bounds.min * 0.25);
+    scale = reach > 0 ? RADIUS / reach : 1;
+    auto const place = [&](Vector3<double> const& p) { return (p - center) * scale; };
 
     for (MeshData const& mesh : meshes) {
         Box3<double> const box = mesh.box();
@@ -98,7 +98,7 @@ Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const
         vertices.reserve(static_cast<unsigned int>(mesh.positions.size()), false);
         vertices.setSize(static_cast<unsigned int>(mesh.positions.size()));
         std::transform(mesh.positions.begin(), mesh.positions.end(), vertices.begin(), place);
-        _models.push_back(
+        modelList.push_back(
             {mesh.name, vertices, makeParts(mesh, place, texture), {place(box.min), place(box.max)}});
     }
     for (std::size_t i = 0; i < particles.size(); ++i) {
@@ -108,17 +108,17 @@ Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const
                             systemOf(set, place),
                             {},
                             {place(box.min), place(box.max)},
-                            set.spacing * _scale,
-                            set.diameter * _scale};
+                            set.spacing * scale,
+                            set.diameter * scale};
         if (set.box) {
             for (Vector3<double> const& end : linesOf(*set.box)) {
                 cloud.boxLines.push_back(convert<float>(place(end)));
             }
         }
-        _clouds.push_back(std::move(cloud));
+        cloudList.push_back(std::move(cloud));
     }
-    _box = {place(_box.min), place(_box.max)};
-    _origin = place({0, 0, 0});
+    bounds = {place(bounds.min), place(bounds.max)};
+    origin = place({0, 0, 0});
 }
 
 }  // namespace vellum::viewport

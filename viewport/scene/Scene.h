@@ -24,20 +24,20 @@ struct Model {
 
 /// The particles of a file in the frame of the scene.
 struct ParticleCloud {
-    /// The channels of `system`, both vectors: the places, and what colours and arrows show.
-    static constexpr unsigned int positions = 0;
-    static constexpr unsigned int colours = 1;
+    /// The channels of `system`, both vectors: the places, and what colors and arrows show.
+    static constexpr unsigned int POSITIONS = 0;
+    static constexpr unsigned int COLORS = 1;
 
     std::string name;
     std::shared_ptr<ParticleSystem_v2 const> system;
     std::vector<Vector3<float>> boxLines;  ///< two ends for each line of the box that the particles are in
     Box3<double> box;                      ///< around all of it
-    double spacing;                        ///< the mean distance of neighbours
+    double spacing;                        ///< the mean distance of neighbors
     double diameter;                       ///< of a sphere
 };
 
 /// Everything that is shown, moved and scaled so that drawing never meets extreme numbers: whatever the units of the
-/// files, everything together is centred at the origin and reach as far as `radius`. The files keep their places
+/// files, everything together is centered at the origin and reach as far as `RADIUS`. The files keep their places
 /// relative to each other.
 ///
 /// Plain arithmetic; nothing here touches OpenGL.
@@ -45,25 +45,25 @@ class Scene {
 public:
     /// The distance of the farthest corner of box() from the origin. Orthographic cameras see 1000 units deep on both
     /// sides of the origin; this leaves room for a ground around the models, and uses the depth buffer well.
-    static constexpr double radius = 250;
+    static constexpr double RADIUS = 250;
 
     /// \param texture put on all models in place of their own textures, unless null.
     explicit Scene(std::vector<MeshData> const& meshes,
                    std::shared_ptr<VL_Image const> const& texture = nullptr,
                    std::vector<ParticleSet> const& particles = {});
 
-    std::vector<Model> const& models() const { return _models; }
-    std::vector<ParticleCloud> const& clouds() const { return _clouds; }
-    Box3<double> const& box() const { return _box; }  ///< around everything; centred at the origin
-    Vector3<double> const& fileOrigin() const { return _origin; }  ///< where the files' origin came to lie
-    double unitsPerFileUnit() const { return _scale; }             ///< above 0
+    std::vector<Model> const& models() const { return modelList; }
+    std::vector<ParticleCloud> const& clouds() const { return cloudList; }
+    Box3<double> const& box() const { return bounds; }  ///< around everything; centered at the origin
+    Vector3<double> const& fileOrigin() const { return origin; }  ///< where the files' origin came to lie
+    double unitsPerFileUnit() const { return scale; }             ///< above 0
 
 private:
-    std::vector<Model> _models;
-    std::vector<ParticleCloud> _clouds;
-    Box3<double> _box;
-    Vector3<double> _origin;
-    double _scale;
+    std::vector<Model> modelList;
+    std::vector<ParticleCloud> cloudList;
+    Box3<double> bounds;
+    Vector3<double> origin;
+    double scale;
 };
 
 }  // namespace vellum::viewport

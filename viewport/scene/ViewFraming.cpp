@@ -10,12 +10,12 @@ namespace {
 
 using Point = Vector3<double>;
 
-constexpr double pi = 3.14159265358979323846;
+constexpr double PI = 3.14159265358979323846;
 
 /// The near plane is at least this part of the far one: 24 bits of depth still tell surfaces apart then.
-constexpr double smallestNearPart = 1.0 / 2000;
+constexpr double SMALLEST_NEAR_PART = 1.0 / 2000;
 
-Point centreOf(Box3<double> const& box) {
+Point centerOf(Box3<double> const& box) {
     return box.min * 0.5 + box.max * 0.5;
 }
 
@@ -49,8 +49,7 @@ struct Reach {
 ///     a = max p (s - t d)        b = max p (-s - t d)
 ///
 /// over all points, e (s - t d) >= a and e (-s - t d) >= b; the nearest eye is where both are equalities.
-Reach reachOf(std::vector<Point> const& points, Point const& direction, Point const& aside,
-              double const& tangent) {
+Reach reachOf(std::vector<Point> const& points, Point const& direction, Point const& aside, double tangent) {
     double a = std::numeric_limits<double>::lowest();
     double b = a;
     for (Point const& p : points) {
@@ -71,20 +70,20 @@ std::vector<Vector3<double>> cornersOf(Box3<double> const& box) {
     return corners;
 }
 
-ScreenAxes screenAxes(View const& view) {
+ScreenAxes screenAxes(View view) {
     switch (view) {
-    case View::back:
+    case View::BACK:
         return {{-1, 0, 0}, {0, 1, 0}, {0, 0, -1}};
-    case View::top:
+    case View::TOP:
         return {{1, 0, 0}, {0, 0, -1}, {0, 1, 0}};
-    case View::bottom:
+    case View::BOTTOM:
         return {{1, 0, 0}, {0, 0, 1}, {0, -1, 0}};
-    case View::left:
+    case View::LEFT:
         return {{0, 0, 1}, {0, 1, 0}, {-1, 0, 0}};
-    case View::right:
+    case View::RIGHT:
         return {{0, 0, -1}, {0, 1, 0}, {1, 0, 0}};
-    case View::front:
-    case View::perspective:
+    case View::FRONT:
+    case View::PERSPECTIVE:
         break;
     }
     return {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
@@ -92,7 +91,7 @@ ScreenAxes screenAxes(View const& view) {
 
 PerspectiveFraming framePerspective(std::vector<Vector3<double>> const& points,
                                     Box3<double> const& surroundings, Vector3<double> const& direction,
-                                    double const& fieldOfView, double const& aspect) {
+                                    double fieldOfView, double aspect) {
     PerspectiveFraming framing{};
     framing.direction = normalized(direction);
     bool const isVertical = std::abs(framing.direction.y) > 0.9999;
@@ -101,7 +100,7 @@ PerspectiveFraming framePerspective(std::vector<Vector3<double>> const& points,
     framing.up = cross(right, framing.direction);
 
     std::vector<Point> const framed = framable(points);
-    double const tangentY = std::tan(fieldOfView * pi / 360) * filledPart;
+    double const tangentY = std::tan(fieldOfView * PI / 360) * FILLED_PART;
     Reach const sideways = reachOf(framed, framing.direction, right, tangentY * aspect);
     Reach const upright = reachOf(framed, framing.direction, framing.up, tangentY);
     framing.eye = framing.direction * std::min(sideways.depth, upright.depth) + right * sideways.aside +
@@ -118,26 +117,26 @@ PerspectiveFraming framePerspective(std::vector<Vector3<double>> const& points,
     }
     // A little slack keeps the first and the last point from being cut by rounding.
     framing.farDistance = farthest * 1.01;
-    framing.nearDistance = std::max(nearest * 0.99, framing.farDistance * smallestNearPart);
+    framing.nearDistance = std::max(nearest * 0.99, framing.farDistance * SMALLEST_NEAR_PART);
     return framing;
 }
 
-OrthographicFraming frameOrthographic(Box3<double> const& box, View const& view, double const& aspect) {
+OrthographicFraming frameOrthographic(Box3<double> const& box, View view, double aspect) {
     ScreenAxes const axes = screenAxes(view);
     Box3<double> const framed = framable(box);
-    Point const centre = centreOf(framed);
+    Point const center = centerOf(framed);
     double halfWidth = 0;
     double halfHeight = 0;
     for (Point const& corner : cornersOf(framed)) {
-        halfWidth = std::max(halfWidth, std::abs(dot(corner - centre, axes.right)));
-        halfHeight = std::max(halfHeight, std::abs(dot(corner - centre, axes.up)));
+        halfWidth = std::max(halfWidth, std::abs(dot(corner - center, axes.right)));
+        halfHeight = std::max(halfHeight, std::abs(dot(corner - center, axes.up)));
     }
     // The camera shows x from -(h + panX) to h - panX and y from -(h + panY) / aspect to (h - panY) / aspect, with
     // h = e^zoom: pan y is divided by the aspect, like the height.
     OrthographicFraming framing{};
-    framing.panX = -dot(centre, axes.right);
-    framing.panY = -dot(centre, axes.up) * aspect;
-    framing.zoom = std::log(std::max(halfWidth, halfHeight * aspect) / filledPart);
+    framing.panX = -dot(center, axes.right);
+    framing.panY = -dot(center, axes.up) * aspect;
+    framing.zoom = std::log(std::max(halfWidth, halfHeight * aspect) / FILLED_PART);
     return framing;
 }
 

@@ -19,24 +19,24 @@ namespace vellum::viewport {
 ///     5      90 degrees, y     -x            +z                    +y            left
 ///     6     -90 degrees, y     +x            -z                    +y            right
 enum class View : unsigned int {
-    perspective = 0,
-    front = 1,
-    back = 2,
-    top = 3,
-    bottom = 4,
-    left = 5,
-    right = 6
+    PERSPECTIVE = 0,
+    FRONT = 1,
+    BACK = 2,
+    TOP = 3,
+    BOTTOM = 4,
+    LEFT = 5,
+    RIGHT = 6
 };
 
 /// The axes of an orthographic view's screen, in the world.
 struct ScreenAxes {
     Vector3<double> right;
     Vector3<double> up;
-    Vector3<double> towardsViewer;
+    Vector3<double> towardViewer;
 };
 
-/// The axes of the view; those of View::front for View::perspective.
-ScreenAxes screenAxes(View const& view);
+/// The axes of the view; those of View::FRONT for View::PERSPECTIVE.
+ScreenAxes screenAxes(View view);
 
 /// Where a perspective camera stands to show something as large as it can be seen whole.
 struct PerspectiveFraming {
@@ -55,7 +55,7 @@ struct OrthographicFraming {
 };
 
 /// The frame's inner part that is filled: the rest is left free around it.
-constexpr double filledPart = 0.86;
+constexpr double FILLED_PART = 0.86;
 
 /// The corners of a box, in the order of Box3.
 std::vector<Vector3<double>> cornersOf(Box3<double> const& box);
@@ -67,10 +67,10 @@ std::vector<Vector3<double>> cornersOf(Box3<double> const& box);
 /// were a box of size 1, about the origin if there are none.
 PerspectiveFraming framePerspective(std::vector<Vector3<double>> const& points,
                                     Box3<double> const& surroundings, Vector3<double> const& direction,
-                                    double const& fieldOfView, double const& aspect);
+                                    double fieldOfView, double aspect);
 
 /// Frames `box` in an orthographic view. The depth range of these views is fixed at 1000 on both sides of the
 /// origin; a box outside it is clipped.
-OrthographicFraming frameOrthographic(Box3<double> const& box, View const& view, double const& aspect);
+OrthographicFraming frameOrthographic(Box3<double> const& box, View view, double aspect);
 
 }  // namespace vellum::viewport

@@ -21,18 +21,18 @@ struct Fault {
 template <class T>
 class Result {
 public:
-    Result(T value) : _value(std::move(value)) {}
-    Result(Fault fault) : _fault(std::move(fault)) {}
+    Result(T value) : held(std::move(value)) {}
+    Result(Fault fault) : failure(std::move(fault)) {}
 
-    bool isOk() const { return _value.has_value(); }
+    bool isOk() const { return held.has_value(); }
 
-    T& value() { return *_value; }                 ///< Only when isOk().
-    T const& value() const { return *_value; }     ///< Only when isOk().
-    Fault const& fault() const { return _fault; }  ///< Only when not isOk().
+    T& value() { return *held; }                    ///< Only when isOk().
+    T const& value() const { return *held; }        ///< Only when isOk().
+    Fault const& fault() const { return failure; }  ///< Only when not isOk().
 
 private:
-    std::optional<T> _value;
-    Fault _fault;
+    std::optional<T> held;
+    Fault failure;
 };
 
 }  // namespace vellum::viewport

@@ -20,64 +20,64 @@ struct TextDamage {
 /// A text taken line by line from its front; knows where it is.
 class TextLines {
 public:
-    explicit TextLines(std::string_view const& text)
-        : _start(text.data()), _here(text.data()), _end(text.data() + text.size()) {}
+    explicit TextLines(std::string_view text)
+        : lineStart(text.data()), position(text.data()), end(text.data() + text.size()) {}
 
-    bool isAtEnd() const { return _here == _end; }
-    std::uint64_t done() const { return static_cast<std::uint64_t>(_here - _start); }
-    std::uint64_t left() const { return static_cast<std::uint64_t>(_end - _here); }
+    bool isAtEnd() const { return position == end; }
+    std::uint64_t done() const { return static_cast<std::uint64_t>(position - lineStart); }
+    std::uint64_t left() const { return static_cast<std::uint64_t>(end - position); }
 
     /// The next line without its end, a line feed; empty at the end of the text.
     std::string_view take() {
-        if (_here == _end) {
-            _isEnded = false;
+        if (position == end) {
+            ended = false;
             return {};
         }
-        char const* const start = _here;
+        char const* const start = position;
         void const* const feed = std::memchr(start, '\n', left());
-        _isEnded = feed != nullptr;
-        char const* const lineEnd = _isEnded ? static_cast<char const*>(feed) : _end;
-        _here = _isEnded ? lineEnd + 1 : _end;
-        ++_number;
+        ended = feed != nullptr;
+        char const* const lineEnd = ended ? static_cast<char const*>(feed) : end;
+        position = ended ? lineEnd + 1 : end;
+        ++lineNumber;
         return {start, static_cast<std::size_t>(lineEnd - start)};
     }
 
     /// Steps over lines without words.
     void skipEmpty() {
-        char const* here = _here;
+        char const* here = position;
         std::uint64_t lines = 0;
-        for (; here != _end; ++here) {
+        for (; here != end; ++here) {
             if (*here == '\n') {
                 ++lines;
-                _here = here + 1;
-                _number += lines;
+                position = here + 1;
+                lineNumber += lines;
                 lines = 0;
             } else if (*here != ' ' && *here != '\t' && *here != '\r') {
                 return;
             }
         }
-        _here = _end;
+        position = end;
     }
 
     /// The number of the line taken last, from 1.
-    std::uint64_t number() const { return _number; }
+    std::uint64_t number() const { return lineNumber; }
 
     /// Has the line taken last its line feed? Without it the text may have been cut off within the line.
-    bool isEnded() const { return _isEnded; }
+    bool isEnded() const { return ended; }
 
     /// Damage in the line taken last.
-    TextDamage damage(std::string const& reason) const { return TextDamage{_number, reason, !_isEnded}; }
+    TextDamage damage(std::string const& reason) const { return TextDamage{lineNumber, reason, !ended}; }
 
 private:
-    char const* _start;
-    char const* _here;
-    char const* _end;
-    std::uint64_t _number = 0;
-    bool _isEnded = true;
+    char const* lineStart;
+    char const* position;
+    char const* end;
+    std::uint64_t lineNumber = 0;
+    bool ended = true;
 };
 
 /// A word of a file as it is shown in messages: in quotes, and shortened where it is long.
-inline std::string quoted(std::string_view const& word) {
+inline std::string quoted(std::string_view word) {
     constexpr std::size_t longest = 32;
     return word.size() <= longest ? "'" + std::string(word) + "'"
                                   : "'" + std::string(word.substr(0, longest)) + "...'";

@@ -9,16 +9,16 @@
 /// Words and lines of text files, taken off the front of a text.
 namespace vellum::viewport {
 
-inline constexpr std::string_view blanks = " \t\r\n\v\f";
+inline constexpr std::string_view BLANKS = " \t\r\n\v\f";
 
 /// Takes the next word off the front of the text; empty at its end.
 inline std::string_view takeWord(std::string_view& text) {
-    std::size_t const first = text.find_first_not_of(blanks);
+    std::size_t const first = text.find_first_not_of(BLANKS);
     if (first == std::string_view::npos) {
         text = {};
         return {};
     }
-    std::size_t const end = std::min(text.find_first_of(blanks, first), text.size());
+    std::size_t const end = std::min(text.find_first_of(BLANKS, first), text.size());
     std::string_view const word = text.substr(first, end - first);
     text.remove_prefix(end);
     return word;
@@ -33,7 +33,7 @@ inline std::string_view takeLine(std::string_view& text) {
 }
 
 /// The word as a number of things: decimal digits and nothing else, below 2^64.
-inline std::optional<std::uint64_t> toCount(std::string_view const& word) {
+inline std::optional<std::uint64_t> toCount(std::string_view word) {
     std::uint64_t value = 0;
     auto const [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
     if (error != std::errc() || end != word.data() + word.size()) {

@@ -12,7 +12,7 @@ constexpr unsigned int PERSPECTIVE = 0;      // the view kind; all others are or
 constexpr double ORTHOGRAPHIC_DEPTH = 1000;  // the box reaches as far before as behind the origin
 constexpr double NEAR_BIAS = 1.001;
 
-/// Turns the view of an orthographic kind towards the viewer.
+/// Turns the view of an orthographic kind toward the viewer.
 void rotateToView(unsigned int const& viewKind) {
     switch (viewKind) {
     case 2:
@@ -53,9 +53,9 @@ void Camera_RL_GL::updateModelMatrix() {
     float const* const m = transform.matrix()->e;
     // The sum is taken in float, as the matrix is; GLU takes doubles.
     Vector3<float> const eye{m[12], m[13], m[14]};
-    Vector3<float> const centre = eye + Vector3<float>{m[0], m[1], m[2]};
+    Vector3<float> const center = eye + Vector3<float>{m[0], m[1], m[2]};
     gluLookAt(static_cast<double>(eye.x), static_cast<double>(eye.y), static_cast<double>(eye.z),
-              static_cast<double>(centre.x), static_cast<double>(centre.y), static_cast<double>(centre.z),
+              static_cast<double>(center.x), static_cast<double>(center.y), static_cast<double>(center.z),
               static_cast<double>(m[4]), static_cast<double>(m[5]), static_cast<double>(m[6]));
 }
 

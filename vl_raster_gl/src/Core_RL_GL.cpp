@@ -255,11 +255,11 @@ void drawCircle(float const& radius) {
     glEnd();
 }
 
-/// The strip of an ellipse about `centre`; `point(cosine, sine)` gives its points in the moved frame.
+/// The strip of an ellipse about `center`; `point(cosine, sine)` gives its points in the moved frame.
 template <class Point>
-void drawAxisEllipse(Vector3<float> const& centre, Point const& point) {
+void drawAxisEllipse(Vector3<float> const& center, Point const& point) {
     glPushMatrix();
-    glTranslated(static_cast<double>(centre.x), static_cast<double>(centre.y), static_cast<double>(centre.z));
+    glTranslated(static_cast<double>(center.x), static_cast<double>(center.y), static_cast<double>(center.z));
     glBegin(GL_LINE_STRIP);
     for (unsigned int i = 0; i < ELLIPSE_POINTS; ++i) {
         double const t = static_cast<double>(static_cast<float>(ellipseAngle(i)));
@@ -275,7 +275,7 @@ float scaled(float const& length, double const& factor) {
 
 // == Axis gizmos ==
 
-constexpr VL_AXIS CENTRE_HANDLE = VL_AXIS(3);  // of the scale gizmo
+constexpr VL_AXIS CENTER_HANDLE = VL_AXIS(3);  // of the scale gizmo
 
 bool isAxis(VL_AXIS const& axis) {
     return axis == VL_AXIS_X || axis == VL_AXIS_Y || axis == VL_AXIS_Z;
@@ -287,7 +287,7 @@ Vector3<float> alongAxis(VL_AXIS const& axis, float const& distance) {
             axis == VL_AXIS_Z ? distance : 0.0F};
 }
 
-/// Turns what is modelled along +Z onto an axis.
+/// Turns what is modeled along +Z onto an axis.
 void rotateToAxis(VL_AXIS const& axis) {
     if (axis == VL_AXIS_X) {
         glRotatef(90.0F, 0.0F, 1.0F, 0.0F);
@@ -342,7 +342,7 @@ void drawAxisCircle(Core_RL& layer, VL_AXIS const& axis, float const& radius) {
     }
 }
 
-/// A handle for each axis in its colour: `draw(axis, name)`.
+/// A handle for each axis in its color: `draw(axis, name)`.
 template <class Draw>
 void drawHandles(Core_RL& layer, Tuple3<unsigned int> const& names, Tuple3<Color4<float>> const& colors,
                  Draw const& draw) {
@@ -358,15 +358,15 @@ void drawHandles(Core_RL& layer, Tuple3<unsigned int> const& names, Tuple3<Color
 // == Culled circles ==
 
 /// Sends the segments of a circle whose two ends both satisfy `shows(distance)`, the distance being measured
-/// from the centre along the viewing direction. \return whether any did. There is no segment from the last
+/// from the center along the viewing direction. \return whether any did. There is no segment from the last
 /// point to the first.
 template <class Shows>
-bool sendSegments(CirclePoints const& points, Vector3<float> const& centre,
+bool sendSegments(CirclePoints const& points, Vector3<float> const& center,
                   Vector3<float> const& viewDirection, Shows const& shows) {
     bool any = false;
-    bool previousShows = shows(dot(points[0] - centre, viewDirection));
+    bool previousShows = shows(dot(points[0] - center, viewDirection));
     for (unsigned int i = 1; i < CIRCLE_POINTS; ++i) {
-        bool const thisShows = shows(dot(points[i] - centre, viewDirection));
+        bool const thisShows = shows(dot(points[i] - center, viewDirection));
         if (previousShows && thisShows) {
             sendVertex(points[i - 1]);
             sendVertex(points[i]);
@@ -915,14 +915,14 @@ void Core_RL_GL::loadName(unsigned int name) {
 
 // == Segments and planes ==
 
-void Core_RL_GL::renderStroke3(Vector3<float> const& centre, Vector3<float> const& direction,
+void Core_RL_GL::renderStroke3(Vector3<float> const& center, Vector3<float> const& direction,
                                float const& halfLength) {
     Vector3<float> const half = direction * halfLength;
     glBegin(GL_LINES);
-    sendVertex(centre - half);
-    sendVertex(centre);
+    sendVertex(center - half);
+    sendVertex(center);
     // Deliberate: GL_LINES drops this third vertex.
-    sendVertex(centre + half);
+    sendVertex(center + half);
     glEnd();
 }
 
@@ -937,7 +937,7 @@ void Core_RL_GL::renderPlane3(Plane3<float> const& plane, float const& size, uns
     Vector3<float> const stepX = grid.axisX * step;
     Vector3<float> const stepZ = grid.axisZ * step;
 
-    Vector3<float> const corner = grid.centre - grid.axisX * half - grid.axisZ * half;
+    Vector3<float> const corner = grid.center - grid.axisX * half - grid.axisZ * half;
     Vector3<float> alongX[2] = {corner, corner + grid.axisX * size};
     Vector3<float> alongZ[2] = {corner, corner + grid.axisZ * size};
 
@@ -986,7 +986,7 @@ void Core_RL_GL::renderAxesBox3(unsigned int const& nameX, unsigned int const& n
 }
 
 void Core_RL_GL::renderAxesBox3(unsigned int const& nameX, unsigned int const& nameY,
-                                unsigned int const& nameZ, unsigned int const& nameCentre,
+                                unsigned int const& nameZ, unsigned int const& nameCenter,
                                 Tuple4<Color4<float>> const& colors, float const& size) {
     pushColor(colors.e0);
     renderAxisBox3(VL_AXIS_X, nameX, size);
@@ -995,7 +995,7 @@ void Core_RL_GL::renderAxesBox3(unsigned int const& nameX, unsigned int const& n
     pushColor(colors.e2);
     renderAxisBox3(VL_AXIS_Z, nameZ, size);
     pushColor(colors.e3);
-    renderAxisBox3(CENTRE_HANDLE, nameCentre, size);
+    renderAxisBox3(CENTER_HANDLE, nameCenter, size);
     popColor(4);
 }
 
@@ -1007,7 +1007,7 @@ void Core_RL_GL::renderAxisBox3(VL_AXIS const& axis, unsigned int const& name, f
     pushFillingFront(FILLING_SOLID);
     pushFillingBack(FILLING_SOLID);
     glLoadName(name);
-    if (isAxis(axis) || axis == CENTRE_HANDLE) {
+    if (isAxis(axis) || axis == CENTER_HANDLE) {
         glPushMatrix();
         translate(alongAxis(axis, 1.0F - size));
         rotateToAxis(axis);
@@ -1198,15 +1198,15 @@ void Core_RL_GL::renderRhombus3() {
 void Core_RL_GL::renderCircleCulledStipple3(Vector3<float> const& viewDirection, Matrix4<float> const& frame,
                                             float const& radius) {
     CirclePoints const points = circlePoints(frame, radius);
-    Vector3<float> const centre = translationOf(frame);
+    Vector3<float> const center = translationOf(frame);
 
     glBegin(GL_LINES);
-    sendSegments(points, centre, viewDirection, [](float const& distance) { return distance < 0.0F; });
+    sendSegments(points, center, viewDirection, [](float const& distance) { return distance < 0.0F; });
     glEnd();
 
     pushLineWidth(1.0F);
     glBegin(GL_LINES);
-    sendSegments(points, centre, viewDirection, [](float const& distance) { return distance > 0.0F; });
+    sendSegments(points, center, viewDirection, [](float const& distance) { return distance > 0.0F; });
     glEnd();
     popLineWidth();
 }
@@ -1214,14 +1214,14 @@ void Core_RL_GL::renderCircleCulledStipple3(Vector3<float> const& viewDirection,
 void Core_RL_GL::renderCircleCulled3(Vector3<float> const& viewDirection, Matrix4<float> const& frame,
                                      float const& radius) {
     CirclePoints const points = circlePoints(frame, radius);
-    Vector3<float> const centre = translationOf(frame);
+    Vector3<float> const center = translationOf(frame);
 
     glBegin(GL_LINES);
-    bool const any = sendSegments(points, centre, viewDirection,
+    bool const any = sendSegments(points, center, viewDirection,
                                   [](float const& distance) { return distance < FACING_THRESHOLD; });
     if (!any) {
         // Seen face-on no part is nearer than the rest; the whole circle shows.
-        sendSegments(points, centre, viewDirection, [](float const&) { return true; });
+        sendSegments(points, center, viewDirection, [](float const&) { return true; });
     }
     glEnd();
 }
@@ -1329,9 +1329,9 @@ void Core_RL_GL::renderUnitArrow3() {
 
 // == Ellipses ==
 
-void Core_RL_GL::renderEllipse3(Vector3<float> const& centre, Vector3<float> const& u,
+void Core_RL_GL::renderEllipse3(Vector3<float> const& center, Vector3<float> const& u,
                                 Vector3<float> const& v) {
-    Vector3<double> const c = convert<double>(centre);
+    Vector3<double> const c = convert<double>(center);
     Vector3<double> const uWide = convert<double>(u);
     Vector3<double> const vWide = convert<double>(v);
     glBegin(GL_LINE_STRIP);
@@ -1342,20 +1342,20 @@ void Core_RL_GL::renderEllipse3(Vector3<float> const& centre, Vector3<float> con
     glEnd();
 }
 
-void Core_RL_GL::renderEllipse3_XZ(Vector3<float> const& centre, float const& a, float const& b) {
-    drawAxisEllipse(centre, [&](double const& cosine, double const& sine) {
+void Core_RL_GL::renderEllipse3_XZ(Vector3<float> const& center, float const& a, float const& b) {
+    drawAxisEllipse(center, [&](double const& cosine, double const& sine) {
         return Vector3<float>{scaled(a, cosine), 0.0F, scaled(b, sine)};
     });
 }
 
-void Core_RL_GL::renderEllipse3_XY(Vector3<float> const& centre, float const& a, float const& b) {
-    drawAxisEllipse(centre, [&](double const& cosine, double const& sine) {
+void Core_RL_GL::renderEllipse3_XY(Vector3<float> const& center, float const& a, float const& b) {
+    drawAxisEllipse(center, [&](double const& cosine, double const& sine) {
         return Vector3<float>{scaled(a, cosine), scaled(b, sine), 0.0F};
     });
 }
 
-void Core_RL_GL::renderEllipse3_YZ(Vector3<float> const& centre, float const& a, float const& b) {
-    drawAxisEllipse(centre, [&](double const& cosine, double const& sine) {
+void Core_RL_GL::renderEllipse3_YZ(Vector3<float> const& center, float const& a, float const& b) {
+    drawAxisEllipse(center, [&](double const& cosine, double const& sine) {
         return Vector3<float>{0.0F, scaled(a, cosine), scaled(b, sine)};
     });
 }
@@ -1554,8 +1554,8 @@ void Core_RL_GL::renderCross3() {
 
 // == Boxes ==
 
-void Core_RL_GL::renderBox3(Vector3<float> const& centre, float const& halfSize) {
-    render(cubeAround(centre, halfSize), false);
+void Core_RL_GL::renderBox3(Vector3<float> const& center, float const& halfSize) {
+    render(cubeAround(center, halfSize), false);
 }
 
 void Core_RL_GL::renderBox3Points_asPoints(Box3Points<float> const& points) {

@@ -11,7 +11,7 @@ namespace vellum {
 /// The render layer on desktop OpenGL: render state, buffers, textures, and every drawing of primitives and
 /// editing gizmos, in immediate mode.
 ///
-/// An application makes a context current, initialises GLEW and constructs one instance, which becomes the
+/// An application makes a context current, initializes GLEW and constructs one instance, which becomes the
 /// render layer of the process (VL_Raster). It then draws through the abstract class; the renderers of
 /// meshes and particles reach this instance through VL_Raster.
 ///
@@ -32,7 +32,7 @@ namespace vellum {
 /// queueUnloadTextureColor(), which any thread may call.
 ///
 /// Each operation's `GL:` line lists its calls in order, its `State:` line what it leaves changed; where
-/// there is no such line, nothing. Drawings use the current model-view frame, colour, line width, point size,
+/// there is no such line, nothing. Drawings use the current model-view frame, color, line width, point size,
 /// stipple and filling, send their vertices in immediate mode and allocate nothing.
 ///
 /// Groups, in the order of the interface: lifecycle and extensions; camera and point state; buffers and draw
@@ -194,8 +194,8 @@ public:
     void enableColorMaterial() override;
     void disableColorMaterial() override;
 
-    /// Puts the colour on top of the colour stack, in place of the one there.
-    /// GL: glColor4f.  State: the current colour.
+    /// Puts the color on top of the color stack, in place of the one there.
+    /// GL: glColor4f.  State: the current color.
     void setColor(Color4<float> const& color) override;
 
     /// GL: glPolygonMode(GL_FRONT, ...): GL_FILL for 0, GL_LINE for everything else.
@@ -238,8 +238,8 @@ public:
     void popTransform() override;
 
     /// Gives a texture `width` x `height` luminances and leaves it enabled and bound, to be drawn over what is
-    /// there. With `blend` the current colour turns to white by the luminance. Without, the mode is GL_DECAL,
-    /// whose effect on luminances GL leaves to the driver (Mesa shows the current colour alone). The name comes
+    /// there. With `blend` the current color turns to white by the luminance. Without, the mode is GL_DECAL,
+    /// whose effect on luminances GL leaves to the driver (Mesa shows the current color alone). The name comes
     /// from createTexture(); popTextureLuminance() deletes it, so each push needs a fresh one.
     /// \param values row by row, at least width x height of them, or empty to leave the image undefined.
     /// GL: glEnable(GL_TEXTURE_2D), glBindTexture, glPixelStoref, glTexImage2D, glTexParameteri x 4,
@@ -293,9 +293,9 @@ public:
 
     // == Segments and planes ==
 
-    /// Deliberate: sends centre - direction * halfLength, centre and centre + direction * halfLength as
-    /// GL_LINES, which drops the third: only the half before the centre shows.
-    void renderStroke3(Vector3<float> const& centre, Vector3<float> const& direction,
+    /// Deliberate: sends center - direction * halfLength, center and center + direction * halfLength as
+    /// GL_LINES, which drops the third: only the half before the center shows.
+    void renderStroke3(Vector3<float> const& center, Vector3<float> const& direction,
                        float const& halfLength) override;
     void renderSegment2(Vector2<float> const& a, Vector2<float> const& b) override;
 
@@ -309,7 +309,7 @@ public:
     // == Axis gizmos ==
     // The handles of the editing tools in unit size: the handle of one axis reaches from the origin to 1 on
     // it. Each is drawn under a picking name, so that a click in selection mode tells which was hit. Sets
-    // push a colour for each handle and take all of them back at the end. Axis values without a handle draw
+    // push a color for each handle and take all of them back at the end. Axis values without a handle draw
     // nothing.
 
     /// A filled cube of half edge `halfSize` about the origin.
@@ -319,13 +319,13 @@ public:
     /// The scale handles of the three axes.
     void renderAxesBox3(unsigned int const& nameX, unsigned int const& nameY, unsigned int const& nameZ,
                         Tuple3<Color4<float>> const& colors, float const& size) override;
-    /// The same with the cube at the centre.
+    /// The same with the cube at the center.
     void renderAxesBox3(unsigned int const& nameX, unsigned int const& nameY, unsigned int const& nameZ,
-                        unsigned int const& nameCentre, Tuple4<Color4<float>> const& colors,
+                        unsigned int const& nameCenter, Tuple4<Color4<float>> const& colors,
                         float const& size) override;
 
     /// One scale handle: a filled cube of half edge `size` that ends at 1 on the axis, and a segment to it
-    /// from the origin; axis 3 is the centre, a cube without a segment. The first overload takes the axis as
+    /// from the origin; axis 3 is the center, a cube without a segment. The first overload takes the axis as
     /// the picking name.
     /// GL: glPolygonMode x 2, glLoadName, glPushMatrix, glTranslatef, glRotatef, the box, glPopMatrix, the
     /// segment, and the state restored.
@@ -343,7 +343,7 @@ public:
     void renderAxesCircle3(unsigned int const& nameX, unsigned int const& nameY, unsigned int const& nameZ,
                            Tuple3<Color4<float>> const& colors, float const& radius) override;
 
-    /// The rotate gizmo: the halves of the three circles that are turned towards the viewer.
+    /// The rotate gizmo: the halves of the three circles that are turned toward the viewer.
     /// \param viewDirection the direction in which the viewer looks, in the space that `frame` leads to.
     /// \param frame the gizmo's place and orientation. It is applied to the points, not to the model-view
     ///        matrix.
@@ -361,7 +361,7 @@ public:
     /// One axis's circle; without a name in the arguments, the axis is the picking name.
     /// GL: glLoadName; for Z the circle; for X and Y glPushMatrix, glRotatef, the circle, glPopMatrix.
     void renderAxisCircle3(VL_AXIS const& axis, float const& radius) override;
-    /// One axis's half circle under a name (see renderAxesCircleCulled3). Pushes no colour.
+    /// One axis's half circle under a name (see renderAxesCircleCulled3). Pushes no color.
     void renderAxisCircleCulled3(VL_AXIS const& axis, unsigned int const& name,
                                  Vector3<float> const& viewDirection, Matrix4<float> const& frame,
                                  float scale, float const& radius) override;
@@ -405,12 +405,12 @@ public:
     void renderRhombus3(unsigned int const& texture) override;
     void renderRhombus3() override;
 
-    /// The half of a circle that is turned towards the viewer and, in lines of width 1, the half that is
+    /// The half of a circle that is turned toward the viewer and, in lines of width 1, the half that is
     /// turned away. Despite the name nothing is dashed.
     void renderCircleCulledStipple3(Vector3<float> const& viewDirection, Matrix4<float> const& frame,
                                     float const& radius) override;
 
-    /// The half of a circle that is turned towards the viewer; where no part is nearer than the rest (the circle
+    /// The half of a circle that is turned toward the viewer; where no part is nearer than the rest (the circle
     /// seen face-on), the whole circle.
     ///
     /// Deliberate: there is no segment between the last point and the first; a gap of one degree stays open.
@@ -449,32 +449,32 @@ public:
     // == Ellipses ==
     // A strip of 30 points; the last lands just short of closing the curve.
 
-    /// The ellipse centre + u sin t + v cos t.
-    void renderEllipse3(Vector3<float> const& centre, Vector3<float> const& u,
+    /// The ellipse center + u sin t + v cos t.
+    void renderEllipse3(Vector3<float> const& center, Vector3<float> const& u,
                         Vector3<float> const& v) override;
     /// Ellipses in the planes of the axes, with half axes `a` and `b`.
     /// GL: glPushMatrix, glTranslated, the strip, glPopMatrix.
-    void renderEllipse3_XZ(Vector3<float> const& centre, float const& a, float const& b) override;
-    void renderEllipse3_XY(Vector3<float> const& centre, float const& a, float const& b) override;
-    void renderEllipse3_YZ(Vector3<float> const& centre, float const& a, float const& b) override;
+    void renderEllipse3_XZ(Vector3<float> const& center, float const& a, float const& b) override;
+    void renderEllipse3_XY(Vector3<float> const& center, float const& a, float const& b) override;
+    void renderEllipse3_YZ(Vector3<float> const& center, float const& a, float const& b) override;
 
     // == Arrows between points ==
 
     /// A shaded arrow: a segment, a four-sided head of length `headSize` (at most a third of the arrow) and,
     /// if wanted, a box at the tail. An arrow much shorter than its head (by 10,000) is left out. The head's
-    /// base is drawn in 0.75 of the current colour.
+    /// base is drawn in 0.75 of the current color.
     void renderArrow3(Vector3<float> const& from, Vector3<float> const& to, float const& headSize,
                       bool const& tailBox) override;
 
     /// Makes arrays that renderArrow3_usingBuffers() draws: one arrow from each position, along
-    /// directions[i] * scale. An arrow beyond the last colour takes the last; without colours all are light
-    /// blue. Heads are a third of their arrow; their bases take 0.8 of its colour (deliberately not the 0.75
+    /// directions[i] * scale. An arrow beyond the last color takes the last; without colors all are light
+    /// blue. Heads are a third of their arrow; their bases take 0.8 of its color (deliberately not the 0.75
     /// of a single arrow). A direction of length zero gives corners that are not numbers.
     ///
     /// Only as many arrows are made as there are directions too. More than 357,913,941 arrows, whose indices
     /// 32 bits cannot count, give empty arrays.
     ///
-    /// The outputs are overwritten: 10 vertices and colours, 12 triangle, 2 line and 4 quad indices for each
+    /// The outputs are overwritten: 10 vertices and colors, 12 triangle, 2 line and 4 quad indices for each
     /// arrow. They must not be the inputs. Storage is allocated only where an output's capacity is too small.
     /// GL: none.
     void createBuffers_forRenderArrow3(Array<Vector3<float>> const& positions,
@@ -485,7 +485,7 @@ public:
                                        Array<Color4<float>>& vertexColors) override;
 
     /// Draws what createBuffers_forRenderArrow3() has made, through the virtual operations of VL_Raster. The
-    /// colours' opacity is not used. The arrays are client memory: no buffer object may be bound.
+    /// colors' opacity is not used. The arrays are client memory: no buffer object may be bound.
     /// GL: glPolygonMode x 2, glEnableClientState x 2, glVertexPointer, glColorPointer, glDrawElements x 3,
     /// glDisableClientState x 2, and the state restored.
     void renderArrow3_usingBuffers(Array<Vector3<float>> const& vertices,
@@ -518,7 +518,7 @@ public:
 
     // == Boxes ==
 
-    void renderBox3(Vector3<float> const& centre, float const& halfSize) override;  ///< A filled cube.
+    void renderBox3(Vector3<float> const& center, float const& halfSize) override;  ///< A filled cube.
 
     /// The lattice's points in one block of GL_POINTS, z running fastest.
     void renderBox3Points_asPoints(Box3Points<float> const& points) override;
@@ -526,7 +526,7 @@ public:
     void renderBox3Points_asPoints(Box3Points_ex<float> const& points) override;
     void renderBox3Points_asPoints(Box3Points_ex<double> const& points) override;
 
-    /// A box: six quads, each corner with the face's normal (and, in the second overload, its own colour
+    /// A box: six quads, each corner with the face's normal (and, in the second overload, its own color
     /// before it); with `wire`, its edges.
     ///
     /// The overloads for double convert to float and call the virtual overload for float.

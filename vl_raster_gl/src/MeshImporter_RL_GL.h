@@ -25,13 +25,13 @@ public:
     /// The triangles with their corner normals.
     ///
     /// GL: glColor3f(1, 0, 0), glBegin(GL_TRIANGLES), glNormal3dv and glVertex3dv for every corner, glEnd.
-    /// State: the colour is red.
+    /// State: the color is red.
     void render() override;
 
     /// The corner normals of one triangle, or of each with EVERY_TRIANGLE, as segments of their own length.
     ///
     /// GL: glColor3f(1, 1, 1), glBegin(GL_LINES), glVertex3dv for both ends, glEnd.
-    /// State: the colour is white.
+    /// State: the color is white.
     void renderNormals(unsigned int const& triangle) override;
 
 private:

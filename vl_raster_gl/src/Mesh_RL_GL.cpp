@@ -23,7 +23,7 @@ using index_02::ui32::PREV_CIRCULAR;
 constexpr double THIRD = static_cast<double>(0.33333334F);
 constexpr double NEAR_END = static_cast<double>(0.7F);  // of an edge, from the end that is meant
 constexpr double FAR_END = static_cast<double>(0.3F);
-constexpr double AT_EDGE = static_cast<double>(0.45F);  // of the point inside the neighbour
+constexpr double AT_EDGE = static_cast<double>(0.45F);  // of the point inside the neighbor
 constexpr double AT_OPPOSITE = static_cast<double>(0.1F);
 
 constexpr CullingMode CULL_BACK{true, true};
@@ -186,7 +186,7 @@ public:
         return faceNormals != nullptr ? componentsOf(faceNormals[triangle]) : NO_NORMAL;
     }
 
-    /// Whether the edge that starts at a soup corner is a border, or hard: the neighbour has another normal at
+    /// Whether the edge that starts at a soup corner is a border, or hard: the neighbor has another normal at
     /// this corner. Needs the adjacency.
     bool isDrawnEdge(unsigned int corner) const {
         unsigned int const entry = adjacency[corner];
@@ -587,9 +587,9 @@ void Mesh_RL_GL::renderFaceNormals(float const& length) const {
     Arrays const arrays(mesh);
     glBegin(GL_LINES);
     for (unsigned int t = 0; arrays.faceNormals != nullptr && t < arrays.triangleCount; ++t) {
-        Vector3<double> const centre =
+        Vector3<double> const center =
             middle(arrays.position(t * 3), arrays.position(t * 3 + 1), arrays.position(t * 3 + 2));
-        emitSegment(centre, along(centre, arrays.faceNormal(t), length));
+        emitSegment(center, along(center, arrays.faceNormal(t), length));
     }
     glEnd();
 }
@@ -611,8 +611,8 @@ void Mesh_RL_GL::renderFaceNormals(VL_String const& points, VL_String const& vec
     for (unsigned int t = 0; t < arrays.triangleCount && t < vectorArray.resolve()->size; ++t) {
         unsigned int const* const corners = arrays.triangles + std::size_t{t} * 3;
         if (corners[0] < pointCount && corners[1] < pointCount && corners[2] < pointCount) {
-            Vector3<double> const centre = middle(p[corners[0]], p[corners[1]], p[corners[2]]);
-            emitSegment(centre, along(centre, componentsOf(v[t]), length));
+            Vector3<double> const center = middle(p[corners[0]], p[corners[1]], p[corners[2]]);
+            emitSegment(center, along(center, componentsOf(v[t]), length));
         }
     }
     glEnd();
@@ -661,7 +661,7 @@ void Mesh_RL_GL::renderEdgesConnection() {
         if (entry == Mesh::ADJACENCY_NONE) {
             continue;
         }
-        // Deliberate: the neighbour is taken as 16 bits.
+        // Deliberate: the neighbor is taken as 16 bits.
         unsigned int const first = static_cast<unsigned short>(entry >> 2) * 3U;
         unsigned int const c = entry & 3U;
         Vector3<double> const inside = arrays.position(first + c) * AT_EDGE +

@@ -104,12 +104,12 @@ public:
 
     // == Edges and points ==
 
-    /// For every shared edge two segments that meet inside the neighbour, in white.
+    /// For every shared edge two segments that meet inside the neighbor, in white.
     ///
-    /// Deliberate: the neighbour's number is taken as 16 bits. In a mesh of more than 65536 triangles the
-    /// marks of neighbours above 65535 meet in triangles at the beginning of the mesh.
+    /// Deliberate: the neighbor's number is taken as 16 bits. In a mesh of more than 65536 triangles the
+    /// marks of neighbors above 65535 meet in triangles at the beginning of the mesh.
     ///
-    /// GL: glColor3f(1, 1, 1), glBegin(GL_LINES), glVertex3dv, glEnd.  State: the colour is white.
+    /// GL: glColor3f(1, 1, 1), glBegin(GL_LINES), glVertex3dv, glEnd.  State: the color is white.
     void renderEdgesConnection() override;
 
     /// For every border edge two segments that meet inside its triangle, in white. GL and state as above.
@@ -122,20 +122,20 @@ public:
     void renderPoints(float const& size) override;
 
     /// The border edges, and the edges at which the vertex normal of the first corner differs from the
-    /// neighbour's there. -0 equals 0, and what is not a number equals nothing. A hard edge is found from both
+    /// neighbor's there. -0 equals 0, and what is not a number equals nothing. A hard edge is found from both
     /// sides and drawn twice. Lines are lit like the surface.
     ///
     /// GL: with buffers as a surface, but glDrawElements(GL_LINES) with the edges' indices bound to
     /// GL_ELEMENT_ARRAY_BUFFER, which is 0 afterwards; without, glNormal3fv and glVertex3dv for both ends.
     void renderEdges() override;
 
-    /// renderEdges() in the colour and render() in half the colour, seen from the front.
-    /// State: culling is restored, the colour is the surface's.
+    /// renderEdges() in the color and render() in half the color, seen from the front.
+    /// State: culling is restored, the color is the surface's.
     void renderWithEdges(Color4<float> const& color) override;
 
-    /// renderEdges() with 30 % of the colour where triangles face the viewer and with 10 % where they do not;
-    /// then, if asked for, render() in the colour itself, alpha blended, without writing depth.
-    /// State: culling, blending and depth test are restored, the colour is the given one.
+    /// renderEdges() with 30 % of the color where triangles face the viewer and with 10 % where they do not;
+    /// then, if asked for, render() in the color itself, alpha blended, without writing depth.
+    /// State: culling, blending and depth test are restored, the color is the given one.
     void renderWithEdgesBlending(Color4<float> const& color, bool const& withSurface) override;
 
     /// Brings the buffers up to date with the mesh; the drawings with buffers call it first.

@@ -4,7 +4,7 @@
 #include "glsl_shader/PointRendering_shader.h"
 #include "glsl_shader/SphereRendering_shader.h"
 #include "internal/even_thinning.h"
-#include "internal/particle_colours.h"
+#include "internal/particle_colors.h"
 #include "internal/particle_memory.h"
 #include "internal/particle_records.h"
 
@@ -30,8 +30,8 @@ constexpr unsigned int CHUNK = ParticleSystemChunk_v2::CAPACITY;
 constexpr unsigned int POSITION_BYTES = 12;
 constexpr unsigned int SCALAR_BYTES = 4;
 constexpr unsigned int RECORD_FLOATS = 6;
-constexpr std::size_t COLOUR_OFFSET = 12;  // bytes into a record
-constexpr unsigned int BATCH_BITS = 19;    // 524288 particles
+constexpr std::size_t COLOR_OFFSET = 12;  // bytes into a record
+constexpr unsigned int BATCH_BITS = 19;   // 524288 particles
 constexpr unsigned int BATCH = 1U << BATCH_BITS;
 
 // The values of lastPath.
@@ -82,7 +82,7 @@ struct Particles_RL_GL_v2::BufferFilling {
     unsigned int channel;
     ParticleLook look;
     EvenThinning thinning;
-    RecordFormula (*colours)(ParticleChannelKind const& kind, ParticleLook const& look);
+    RecordFormula (*colors)(ParticleChannelKind const& kind, ParticleLook const& look);
 };
 
 // == Lifecycle ==
@@ -228,7 +228,7 @@ bool Particles_RL_GL_v2::renderFromVboNoShaders(ParticleSystem_v2 const& system,
         channel,
         {scale, minMagnitude, maxMagnitude, minColor, maxColor, maxClampColor, magnitude},
         EvenThinning(system.size(), percent),
-        particle_colours::inBuffer};
+        particle_colors::inBuffer};
     if (!_prepareVbo(filling, rebuild, "renderFromVboNoShaders", LINE)) {
         return false;
     }
@@ -252,7 +252,7 @@ bool Particles_RL_GL_v2::renderFromVboWithShaders(ParticleSystem_v2 const& syste
         channel,
         {scale, minMagnitude, maxMagnitude, minColor, maxColor, maxClampColor, magnitude},
         EvenThinning(system.size(), percent),
-        particle_colours::forEffect};
+        particle_colors::forEffect};
     bool const isReady = _prepareVbo(filling, rebuild, "renderFromVboWithShaders", LINE);
     if (isReady) {
         _drawFromVbo(filling.thinning.target(), nullptr);
@@ -274,7 +274,7 @@ void Particles_RL_GL_v2::renderFromMemoryNoShaders(
         channel,
         {scale, minMagnitude, maxMagnitude, minColor, maxColor, maxClampColor, magnitude},
         EvenThinning(system.size(), percent),
-        particle_colours::inMemory};
+        particle_colors::inMemory};
     unsigned int const target = filling.thinning.target();
     // Buffers that were reset are gone, although their capacity is still known.
     bool const isTooSmall = target > hostCapacity || hostBuffer == nullptr;
@@ -296,7 +296,7 @@ void Particles_RL_GL_v2::renderFromMemoryNoShaders(
         VL_Raster->enableClientState(ClientCapability::COLOR_ARRAY);
         VL_Raster->vertexPointer(3, DataType::FLOAT, PARTICLE_RECORD_BYTES, batch);
         VL_Raster->colorPointer(3, DataType::FLOAT, PARTICLE_RECORD_BYTES,
-                                batch + COLOUR_OFFSET / sizeof(float));
+                                batch + COLOR_OFFSET / sizeof(float));
         VL_Raster->drawArrays(Primitive::POINTS, 0, isLast ? target & (BATCH - 1) : BATCH);
         VL_Raster->disableClientState(ClientCapability::VERTEX_ARRAY);
         VL_Raster->disableClientState(ClientCapability::COLOR_ARRAY);
@@ -318,25 +318,25 @@ void Particles_RL_GL_v2::renderFromChunksWithShaders(
 
     unsigned int const position = system.channelId("position");
     ParticleChannelKind const kind = kindOf(channel, system.findChannel(channel));
-    bool const isOneColour =
+    bool const isOneColor =
         (magnitude == RenderMagnitude::MIN_COLOR || magnitude == RenderMagnitude::MAX_COLOR) &&
         (renderMode == RenderMode::POINTS || renderMode == RenderMode::SPHERES);
     unsigned int number = 0;
     for (ParticleSystemChunk_v2 const* chunk = system.firstChunk(); chunk != nullptr; chunk = chunk->next()) {
         ParticleChannelChunkData_v2* const positions = chunk->channelData(position);
-        void* colours = nullptr;
+        void* colors = nullptr;
         unsigned int stride = 0;
         if (kind == ParticleChannelKind::SCALAR) {
-            colours = chunk->channelData(channel)->asFloats();
+            colors = chunk->channelData(channel)->asFloats();
             stride = SCALAR_BYTES;
         } else if (kind == ParticleChannelKind::VECTOR) {
-            colours = chunk->channelData(channel)->asVectors();
+            colors = chunk->channelData(channel)->asVectors();
             stride = POSITION_BYTES;
         } else if (kind == ParticleChannelKind::UNKNOWN) {
             reportUnknownType();
         }
-        renderChunkRaw(number, positions != nullptr ? positions->asVectors() : nullptr, colours,
-                       chunk->count(), percent, colours == nullptr || isOneColour, static_cast<int>(stride),
+        renderChunkRaw(number, positions != nullptr ? positions->asVectors() : nullptr, colors,
+                       chunk->count(), percent, colors == nullptr || isOneColor, static_cast<int>(stride),
                        false);
         ++number;
     }
@@ -346,15 +346,15 @@ void Particles_RL_GL_v2::renderFromChunksWithShaders(
 
 // == Parts of them ==
 
-void Particles_RL_GL_v2::renderChunkRaw(unsigned int /*chunk*/, Vector3<float>* positions, void* colours,
-                                        unsigned int count, float percent, bool noColour, int colourStride,
+void Particles_RL_GL_v2::renderChunkRaw(unsigned int /*chunk*/, Vector3<float>* positions, void* colors,
+                                        unsigned int count, float percent, bool noColor, int colorStride,
                                         bool /*flag*/) {
     if (positions == nullptr) {
         return;
     }
-    bool const hasColours = !noColour && colours != nullptr;
+    bool const hasColors = !noColor && colors != nullptr;
     VL_Raster->enableClientState(ClientCapability::VERTEX_ARRAY);
-    if (hasColours) {
+    if (hasColors) {
         VL_Raster->enableClientState(ClientCapability::COLOR_ARRAY);
     }
     bool const isThinned = percent != 100.0F;
@@ -363,8 +363,8 @@ void Particles_RL_GL_v2::renderChunkRaw(unsigned int /*chunk*/, Vector3<float>* 
         initIndices(static_cast<int>(count));
     }
     VL_Raster->vertexPointer(3, DataType::FLOAT, POSITION_BYTES, positions);
-    if (hasColours) {
-        VL_Raster->colorPointer(3, DataType::FLOAT, static_cast<unsigned long>(colourStride), colours);
+    if (hasColors) {
+        VL_Raster->colorPointer(3, DataType::FLOAT, static_cast<unsigned long>(colorStride), colors);
     }
     if (isThinned) {
         VL_Raster->drawElements(Primitive::POINTS, partOf(count, percent), DataType::UNSIGNED_SHORT,
@@ -373,7 +373,7 @@ void Particles_RL_GL_v2::renderChunkRaw(unsigned int /*chunk*/, Vector3<float>* 
         VL_Raster->drawArrays(Primitive::POINTS, 0, count);
     }
     VL_Raster->disableClientState(ClientCapability::VERTEX_ARRAY);
-    if (hasColours) {
+    if (hasColors) {
         VL_Raster->disableClientState(ClientCapability::COLOR_ARRAY);
     }
 }
@@ -503,11 +503,11 @@ void Particles_RL_GL_v2::_closeEffect() {
 
 void Particles_RL_GL_v2::_fill(BufferFilling const& filling, float* records) const {
     ParticleChannelKind const kind = kindOf(filling.channel, filling.system.findChannel(filling.channel));
-    // Deliberate: every particle says so, as each looks its colour up.
+    // Deliberate: every particle says so, as each looks its color up.
     for (unsigned int i = 0; kind == ParticleChannelKind::UNKNOWN && i < filling.thinning.target(); ++i) {
         reportUnknownType();
     }
-    writeParticleRecords(filling.system, filling.channel, filling.colours(kind, filling.look),
+    writeParticleRecords(filling.system, filling.channel, filling.colors(kind, filling.look),
                          filling.thinning, records);
 }
 
@@ -581,8 +581,7 @@ void Particles_RL_GL_v2::_drawFromVbo(unsigned int const& count, float const* po
     }
     VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, vboId);
     VL_Raster->vertexPointer(3, DataType::FLOAT, PARTICLE_RECORD_BYTES, nullptr);
-    VL_Raster->colorPointer(3, DataType::FLOAT, PARTICLE_RECORD_BYTES,
-                            reinterpret_cast<void*>(COLOUR_OFFSET));
+    VL_Raster->colorPointer(3, DataType::FLOAT, PARTICLE_RECORD_BYTES, reinterpret_cast<void*>(COLOR_OFFSET));
     VL_Raster->drawArrays(Primitive::POINTS, 0, count);
     VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, 0);
     VL_Raster->disableClientState(ClientCapability::VERTEX_ARRAY);

@@ -20,12 +20,12 @@ struct RenderMode {
     enum type : unsigned int { POINTS = 1, SPHERES = 2, ARROWS = 3 };
 };
 
-/// Which quantity of the colour channel a particle's colour shows. With an effect the number chooses the
+/// Which quantity of the color channel a particle's color shows. With an effect the number chooses the
 /// effect's own variant (Base_shader::ProcessType). Without one:
 ///
 ///     0        the length of the vector
 ///     1, 2, 3  the absolute value of its x, y or z, cut to an integer
-///     4, 5     in main memory the lowest or the highest colour for all; in a buffer object as 0
+///     4, 5     in main memory the lowest or the highest color for all; in a buffer object as 0
 ///     6        as 0; arrows become points
 struct RenderMagnitude {
     enum type : unsigned int {
@@ -41,7 +41,7 @@ struct RenderMagnitude {
 
 }  // namespace Particles_RL_GL_v2_ns
 
-/// Draws a particle system as points, or as spheres and arrows through the impostor effects, coloured by the
+/// Draws a particle system as points, or as spheres and arrows through the impostor effects, colored by the
 /// magnitude of a channel.
 ///
 /// Use:
@@ -53,8 +53,8 @@ struct RenderMagnitude {
 ///                      true, true, RenderMagnitude::LENGTH);
 ///
 /// render() chooses among four ways to draw: a buffer object or the chunks' own arrays for an effect, a buffer
-/// object or main memory with colours made on the processor. Buffers hold 24 bytes for each particle: position
-/// and colour, three floats each. Any way can draw a percentage of the particles: buffers thin them evenly
+/// object or main memory with colors made on the processor. Buffers hold 24 bytes for each particle: position
+/// and color, three floats each. Any way can draw a percentage of the particles: buffers thin them evenly
 /// (in the order of iterators), chunks draw a random choice that stays the same from frame to frame.
 ///
 /// All OpenGL work goes through VL_Raster, which must not change while the renderer has buffers. Everything
@@ -103,7 +103,7 @@ public:
 
     using Particles_RL_v2::render;
 
-    /// Draws positions chunk by chunk, in the current colour and point size, without an effect. Compacts the
+    /// Draws positions chunk by chunk, in the current color and point size, without an effect. Compacts the
     /// system. The bool and the first float are not used. Draws nothing without a channel named "position".
     /// GL: renderChunkRaw() for each chunk.  State: none.
     void render(ParticleSystem_v2 const& system, bool flag, float const& unused, float const& percent);
@@ -112,13 +112,13 @@ public:
     ///
     /// With `useShaders` on a driver that has shaders an effect draws: from a buffer object when `useVbo` is
     /// set, the driver has buffer objects and the particles fit into video memory, else chunk by chunk. Without
-    /// an effect the colours are made here: in a buffer object on the same conditions, else in main memory.
+    /// an effect the colors are made here: in a buffer object on the same conditions, else in main memory.
     /// Where a buffer is refused the other way is taken in the same call.
     /// \param keepFlag passed on, without a meaning here.
     /// \param rebuild the particles changed: buffers are filled anew.
     /// \param scale what magnitudes are divided by.
-    /// \param minMagnitude, maxMagnitude the range over which colours go from minColor to maxColor.
-    /// \param maxClampColor the colour of magnitudes above the range.
+    /// \param minMagnitude, maxMagnitude the range over which colors go from minColor to maxColor.
+    /// \param maxClampColor the color of magnitudes above the range.
     /// \param pointSize pixels; for an effect its size.
     /// \param channel the channel that gives the magnitude; ParticleChannel_v2::NONE for none. For a channel
     ///        of an unknown type a message goes to the standard error stream, without a line end: once for
@@ -135,8 +135,8 @@ public:
     // == The ways to draw ==
     // Arguments as those of render().
 
-    /// Fills a buffer object with positions and colours, and draws it. A frame after one of an effect draws
-    /// what that has left in the buffer, unless `rebuild` is set. Deliberate: its colours are then raw values of
+    /// Fills a buffer object with positions and colors, and draws it. A frame after one of an effect draws
+    /// what that has left in the buffer, unless `rebuild` is set. Deliberate: its colors are then raw values of
     /// the channel.
     /// \return false when the buffer was refused, by the memory that is free or by a null mapping; nothing is
     ///         drawn then.
@@ -189,14 +189,14 @@ public:
 
     // == Parts of them ==
 
-    /// Draws an array of positions, with an array of colours unless `noColour` is set. At 100 percent all of
+    /// Draws an array of positions, with an array of colors unless `noColor` is set. At 100 percent all of
     /// them; else the first ones of the index table, as many as the percentage says.
     /// \param chunk, flag not used.
     /// \param count at most 16384, where the percentage is not 100.
-    /// \param colourStride bytes from one colour to the next.
+    /// \param colorStride bytes from one color to the next.
     /// GL: enableClientState, vertexPointer, colorPointer, drawArrays or drawElements, disableClientState.
-    void renderChunkRaw(unsigned int chunk, Vector3<float>* positions, void* colours, unsigned int count,
-                        float percent, bool noColour, int colourStride, bool flag);
+    void renderChunkRaw(unsigned int chunk, Vector3<float>* positions, void* colors, unsigned int count,
+                        float percent, bool noColor, int colorStride, bool flag);
 
     /// Whether a percentage of the particles fits into video memory. Deliberate: where the free memory is
     /// unknown, 0, it does.

@@ -84,9 +84,9 @@ public:
 
     // == Texts of stages that pass everything on ==
 
-    static char const* vertexPassThrough();    ///< ftransform, three texture coordinates, colours, fog.
+    static char const* vertexPassThrough();    ///< ftransform, three texture coordinates, colors, fog.
     static char const* geometryPassThrough();  ///< The input primitive, for GL_EXT_geometry_shader4.
-    static char const* fragmentPassThrough();  ///< The interpolated colour.
+    static char const* fragmentPassThrough();  ///< The interpolated color.
 
     // == For programs ==
 

@@ -171,17 +171,17 @@ void expectAdjacencyFits(Mesh const& mesh) {
             unsigned int const entry = at(adjacency[t], k);
             if (entry == NONE)
                 continue;
-            Triangle const& neighbour = triangles[entry >> 2];
+            Triangle const& neighbor = triangles[entry >> 2];
             unsigned int const own = at(triangles[t], k);
             unsigned int const next = at(triangles[t], (k + 1) % 3);
-            ASSERT_EQ(at(neighbour, entry & 3U), own) << "triangle " << t << ", edge " << k;
-            EXPECT_TRUE(neighbour.e0 == next || neighbour.e1 == next || neighbour.e2 == next);
+            ASSERT_EQ(at(neighbor, entry & 3U), own) << "triangle " << t << ", edge " << k;
+            EXPECT_TRUE(neighbor.e0 == next || neighbor.e1 == next || neighbor.e2 == next);
             EXPECT_NE(entry >> 2, t);
         }
     }
 }
 
-TEST(Mesh_test, anEntryNamesTheNeighboursCornerOnTheOwnCorner) {
+TEST(Mesh_test, anEntryNamesTheNeighborsCornerOnTheOwnCorner) {
     Mesh mesh;
     mesh.setPositions({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, -1, 0}});
     mesh.setTriangles({{0, 1, 2}, {1, 0, 3}});
@@ -230,7 +230,7 @@ TEST(Mesh_test, edgesWithMoreThanTwoTrianglesAreBorders) {
     }
 }
 
-TEST(Mesh_test, theNeighboursOfANonManifoldEdgeKeepTheirOtherEdges) {
+TEST(Mesh_test, theNeighborsOfANonManifoldEdgeKeepTheirOtherEdges) {
     // The first two triangles share a second edge with others, which must stay.
     Mesh mesh;
     mesh.setPositions({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, -1, 0}, {0, 0, 1}, {1, 1, 0}, {1, -1, 0}});
@@ -240,7 +240,7 @@ TEST(Mesh_test, theNeighboursOfANonManifoldEdgeKeepTheirOtherEdges) {
     expectAdjacencyFits(mesh);
 }
 
-TEST(Mesh_test, aTriangleThatNamesAVertexTwiceHasNoNeighbours) {
+TEST(Mesh_test, aTriangleThatNamesAVertexTwiceHasNoNeighbors) {
     Mesh mesh;
     mesh.setPositions({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}});
     mesh.setTriangles({{0, 1, 2}, {1, 1, 2}, {2, 1, 3}, {0, 1, 0}});

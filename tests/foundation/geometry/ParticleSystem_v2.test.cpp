@@ -102,7 +102,7 @@ TEST_F(ParticleSystem_v2_test, dataHasTheTypeOfItsChannel) {
 }
 
 TEST_F(ParticleSystem_v2_test, scalarsHaveTwoZerosBehindTheLastOne) {
-    // Drawn as colours, the last particle's components are its own value and the next two.
+    // Drawn as colors, the last particle's components are its own value and the next two.
     fill(5);
     float const* const values = system.firstChunk()->channelData(density)->asFloats();
     EXPECT_EQ(values[4], 4);

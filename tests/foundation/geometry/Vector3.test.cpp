@@ -70,7 +70,7 @@ TEST(Vector3_test, theCosineIsClamped) {
     EXPECT_NEAR(length(obtuse.axis), 1.0F, 1e-6F);
 }
 
-TEST(Vector3_test, inputsAreNotNormalised) {
+TEST(Vector3_test, inputsAreNotNormalized) {
     Rotation const rotation = rotationBetween({0.5F, 0, 0}, {0, 0.5F, 0});
     expectVector(rotation.axis, {0, 0, 1});
     Rotation const diagonal = rotationBetween({0.5F, 0, 0}, {0.5F, 0.5F, 0});

@@ -43,7 +43,7 @@ using Offsets = std::vector<std::ptrdiff_t>;
 
 static_assert(sizeof(float) == 4 && sizeof(double) == 8 && sizeof(unsigned int) == 4 && sizeof(bool) == 1);
 
-// Initialisation in order, and no element besides.
+// Initialization in order, and no element besides.
 template <class T>
 void expectVectors() {
     constexpr auto SIZE = static_cast<std::ptrdiff_t>(sizeof(T));
@@ -121,7 +121,7 @@ TEST(layout_test, latticesHaveCountOriginAndStep) {
     expectPoints<Box3Points_ex<double>>();
 }
 
-TEST(layout_test, coloursAreRedGreenBlueAlpha) {
+TEST(layout_test, colorsAreRedGreenBlueAlpha) {
     static_assert(isPlain<Color4<float>>() && sizeof(Color4<float>) == 16);
     Color4<float> const color{0.1F, 0.2F, 0.3F, 0.4F};
     EXPECT_EQ(offsets(color, color.r, color.g, color.b, color.a), (Offsets{0, 4, 8, 12}));
@@ -146,10 +146,10 @@ TEST(layout_test, tuplesArePackedInOrder) {
     EXPECT_EQ(offsets(viewport, viewport.e0, viewport.e1, viewport.e2, viewport.e3), (Offsets{0, 4, 8, 12}));
     static_assert(isPlain<Tuple4<float>>() && sizeof(Tuple4<float>) == 16);
 
-    using Colours = Tuple3<Color4<float>>;
-    static_assert(isPlain<Colours>() && sizeof(Colours) == 48);
-    Colours const colours{{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}};
-    EXPECT_EQ(offsets(colours, colours.e0, colours.e1, colours.e2), (Offsets{0, 16, 32}));
+    using Colors = Tuple3<Color4<float>>;
+    static_assert(isPlain<Colors>() && sizeof(Colors) == 48);
+    Colors const colors{{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}};
+    EXPECT_EQ(offsets(colors, colors.e0, colors.e1, colors.e2), (Offsets{0, 16, 32}));
 
     using Corners = Tuple8<Vector3<float>>;
     static_assert(isPlain<Corners>() && sizeof(Corners) == 96);

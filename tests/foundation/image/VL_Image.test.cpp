@@ -19,10 +19,10 @@ namespace {
 using namespace vellum;
 using namespace picture_files;
 
-constexpr int PNG_GREY = 0;
+constexpr int PNG_GRAY = 0;
 constexpr int PNG_RGB = 2;
 constexpr int PNG_PALETTE = 3;
-constexpr int PNG_GREY_ALPHA = 4;
+constexpr int PNG_GRAY_ALPHA = 4;
 constexpr int PNG_RGBA = 6;
 
 // Every sample of a small picture is another one.
@@ -286,31 +286,31 @@ TEST_F(VL_Image_test, readsPngOfSixteenBits) {
     }
 }
 
-TEST_F(VL_Image_test, greyPngBecomesRgb) {
+TEST_F(VL_Image_test, grayPngBecomesRgb) {
     for (int const bits : {1, 2, 4, 8, 16}) {
         unsigned int const most = (1U << bits) - 1;
-        auto const grey = [most](std::size_t x, std::size_t, std::size_t) {
+        auto const gray = [most](std::size_t x, std::size_t, std::size_t) {
             return static_cast<unsigned int>(x) * most / 3;
         };
-        writePng(folder.file("a.png"), {4, 2, bits, PNG_GREY}, grey);
+        writePng(folder.file("a.png"), {4, 2, bits, PNG_GRAY}, gray);
         VL_Image image;
         ASSERT_TRUE(image.read(folder.file("a.png").c_str())) << bits;
         expectSizes(image, 4, 2, 3, bits == 16 ? 16 : 8);
         for (std::size_t x = 0; x < 4; ++x) {
             for (std::size_t k = 0; k < 3; ++k) {
                 if (bits == 16) {
-                    EXPECT_EQ(at(image.getBuffer16(), image, x, 1, k), grey(x, 1, 0));
+                    EXPECT_EQ(at(image.getBuffer16(), image, x, 1, k), gray(x, 1, 0));
                 } else {
-                    EXPECT_EQ(at(image.getBuffer(), image, x, 1, k), grey(x, 1, 0) * (255 / most)) << bits;
+                    EXPECT_EQ(at(image.getBuffer(), image, x, 1, k), gray(x, 1, 0) * (255 / most)) << bits;
                 }
             }
         }
     }
 }
 
-TEST_F(VL_Image_test, greyPngWithAlphaBecomesRgba) {
+TEST_F(VL_Image_test, grayPngWithAlphaBecomesRgba) {
     for (int const bits : {8, 16}) {
-        writePng(folder.file("a.png"), {4, 2, bits, PNG_GREY_ALPHA}, eightBits);
+        writePng(folder.file("a.png"), {4, 2, bits, PNG_GRAY_ALPHA}, eightBits);
         VL_Image image;
         ASSERT_TRUE(image.read(folder.file("a.png").c_str()));
         expectSizes(image, 4, 2, 4, bits);
@@ -338,7 +338,7 @@ TEST_F(VL_Image_test, palettePngBecomesRgb) {
     EXPECT_EQ(image.getBuffer()[11], 30);
 }
 
-TEST_F(VL_Image_test, transparentColoursOfPngBecomeAlpha) {
+TEST_F(VL_Image_test, transparentColorsOfPngBecomeAlpha) {
     Png palette{2, 1, 8, PNG_PALETTE};
     palette.palette = {{{10, 20, 30}}, {{40, 50, 60}}};
     palette.paletteAlpha = {128};
@@ -351,7 +351,7 @@ TEST_F(VL_Image_test, transparentColoursOfPngBecomeAlpha) {
     EXPECT_EQ(image.getBuffer()[7], 255);
 
     Png rgb{2, 1, 16, PNG_RGB};
-    rgb.transparentColour = {500, 500, 500};
+    rgb.transparentColor = {500, 500, 500};
     writePng(folder.file("rgb.png"), rgb,
              [](std::size_t x, std::size_t, std::size_t) { return x == 0 ? 500U : 501U; });
     ASSERT_TRUE(image.read(folder.file("rgb.png").c_str()));
@@ -397,14 +397,14 @@ std::string pngChunk(std::string const& type, std::string const& data) {
     return number(static_cast<std::uint32_t>(data.size())) + type + data + number(~crc);
 }
 
-std::string pngHeader(std::uint32_t width, std::uint32_t height, char bits, char colourType) {
+std::string pngHeader(std::uint32_t width, std::uint32_t height, char bits, char colorType) {
     std::string data;
     for (std::uint32_t const value : {width, height}) {
         for (int shift = 24; shift >= 0; shift -= 8) {
             data.push_back(static_cast<char>(value >> shift));
         }
     }
-    data += {bits, colourType, 0, 0, 0};
+    data += {bits, colorType, 0, 0, 0};
     return "\x89PNG\r\n\x1a\n" + pngChunk("IHDR", data) + pngChunk("IDAT", "nothing");
 }
 
@@ -425,13 +425,13 @@ unsigned int smooth(std::size_t x, std::size_t y, std::size_t k) {
 
 TEST_F(VL_Image_test, readsJpegAsRgbOfEightBits) {
     for (bool const isProgressive : {false, true}) {
-        writeJpeg(folder.file("a.jpg"), 21, 19, JpegColours::rgb, isProgressive, smooth);
+        writeJpeg(folder.file("a.jpg"), 21, 19, JpegColors::rgb, isProgressive, smooth);
         VL_Image image;
         ASSERT_TRUE(image.read(folder.file("a.jpg").c_str()));
         expectSizes(image, 21, 19, 3, 8);
         for (std::size_t y = 0; y < 19; ++y) {
             for (std::size_t x = 0; x < 21; ++x) {
-                // Rounding of the colour transform and the halved colour resolution.
+                // Rounding of the color transform and the halved color resolution.
                 EXPECT_NEAR(at(image.getBuffer(), image, x, y, 1), static_cast<int>(smooth(x, y, 1)), 6);
             }
         }
@@ -439,7 +439,7 @@ TEST_F(VL_Image_test, readsJpegAsRgbOfEightBits) {
 }
 
 TEST_F(VL_Image_test, jpegHasItsBottomRowFirst) {
-    writeJpeg(folder.file("a.jpg"), 16, 16, JpegColours::grey, false,
+    writeJpeg(folder.file("a.jpg"), 16, 16, JpegColors::gray, false,
               [](std::size_t, std::size_t y, std::size_t) { return y < 8 ? 200U : 50U; });
     VL_Image image;
     ASSERT_TRUE(image.read(folder.file("a.jpg").c_str()));
@@ -447,8 +447,8 @@ TEST_F(VL_Image_test, jpegHasItsBottomRowFirst) {
     EXPECT_NEAR(image.getBuffer()[15 * 16 * 3], 200, 2);
 }
 
-TEST_F(VL_Image_test, greyJpegBecomesRgb) {
-    writeJpeg(folder.file("a.jpg"), 16, 16, JpegColours::grey, false, smooth);
+TEST_F(VL_Image_test, grayJpegBecomesRgb) {
+    writeJpeg(folder.file("a.jpg"), 16, 16, JpegColors::gray, false, smooth);
     VL_Image image;
     ASSERT_TRUE(image.read(folder.file("a.jpg").c_str()));
     expectSizes(image, 16, 16, 3, 8);
@@ -464,7 +464,7 @@ TEST_F(VL_Image_test, cmykJpegBecomesRgb) {
             unsigned int const amount = k == 0 ? 51 : k == 2 ? 255 : 0;
             return isAdobe ? 255 - amount : amount;
         };
-        writeJpeg(folder.file("a.jpg"), 16, 16, isAdobe ? JpegColours::adobeCmyk : JpegColours::cmyk, false,
+        writeJpeg(folder.file("a.jpg"), 16, 16, isAdobe ? JpegColors::adobeCmyk : JpegColors::cmyk, false,
                   ink);
         VL_Image image;
         ASSERT_TRUE(image.read(folder.file("a.jpg").c_str()));
@@ -476,24 +476,24 @@ TEST_F(VL_Image_test, cmykJpegBecomesRgb) {
 }
 
 TEST_F(VL_Image_test, jpegThatIsCutOffIsRefused) {
-    writeJpeg(folder.file("a.jpg"), 40, 40, JpegColours::rgb, false, eightBits);
+    writeJpeg(folder.file("a.jpg"), 40, 40, JpegColors::rgb, false, eightBits);
     expectRefusedWhenCutOff("a.jpg");
 }
 
 TEST_F(VL_Image_test, progressiveJpegThatIsCutOffIsRefused) {
-    writeJpeg(folder.file("a.jpg"), 40, 40, JpegColours::rgb, true, eightBits);
+    writeJpeg(folder.file("a.jpg"), 40, 40, JpegColors::rgb, true, eightBits);
     expectRefusedWhenCutOff("a.jpg");
 }
 
 TEST_F(VL_Image_test, damagedJpegIsHarmless) {
     for (bool const isProgressive : {false, true}) {
-        writeJpeg(folder.file("a.jpg"), 24, 24, JpegColours::rgb, isProgressive, eightBits);
+        writeJpeg(folder.file("a.jpg"), 24, 24, JpegColors::rgb, isProgressive, eightBits);
         expectHarmlessWhenDamaged("a.jpg");
     }
 }
 
 TEST_F(VL_Image_test, jpegWithAHugeHeaderIsRefused) {
-    writeJpeg(folder.file("a.jpg"), 16, 16, JpegColours::rgb, false, smooth);
+    writeJpeg(folder.file("a.jpg"), 16, 16, JpegColors::rgb, false, smooth);
     std::string file = folder.read("a.jpg");
     std::size_t const frame = file.find("\xFF\xC0");
     ASSERT_NE(frame, std::string::npos);
@@ -507,7 +507,7 @@ TEST_F(VL_Image_test, jpegWithAHugeHeaderIsRefused) {
 
 TEST_F(VL_Image_test, jpegWithThousandsOfScansIsRefused) {
     // A progressive file whose last scan is repeated: little data, endless work.
-    writeJpeg(folder.file("a.jpg"), 64, 64, JpegColours::grey, true, smooth);
+    writeJpeg(folder.file("a.jpg"), 64, 64, JpegColors::gray, true, smooth);
     std::string const file = folder.read("a.jpg");
     std::size_t const scan = file.rfind("\xFF\xDA");
     std::string many = file.substr(0, file.size() - 2);
@@ -599,7 +599,7 @@ TEST_F(VL_Image_test, readsTiledExr) {
     }
 }
 
-TEST_F(VL_Image_test, greyExrBecomesRgb) {
+TEST_F(VL_Image_test, grayExrBecomesRgb) {
     Exr exr{0, 0, 3, 2};
     exr.channels = {{"Y", 1}, {"A", 1}};
     writeExr(folder.file("a.exr"), exr, floats);
@@ -612,7 +612,7 @@ TEST_F(VL_Image_test, greyExrBecomesRgb) {
     EXPECT_EQ(at(image.getBuffer32(), image, 2, 1, 3), floats(2, 1, 1));
 }
 
-TEST_F(VL_Image_test, missingColoursOfExrAreZeroAndLayersAreLeftOut) {
+TEST_F(VL_Image_test, missingColorsOfExrAreZeroAndLayersAreLeftOut) {
     Exr exr{0, 0, 3, 2};
     exr.channels = {{"G", 2}, {"diffuse.R", 2}};
     writeExr(folder.file("a.exr"), exr, floats);
@@ -624,7 +624,7 @@ TEST_F(VL_Image_test, missingColoursOfExrAreZeroAndLayersAreLeftOut) {
     EXPECT_EQ(at(image.getBuffer32(), image, 1, 1, 2), 0.0F);
 }
 
-TEST_F(VL_Image_test, exrWithoutColoursIsRefused) {
+TEST_F(VL_Image_test, exrWithoutColorsIsRefused) {
     Exr exr{0, 0, 4, 4};
     exr.channels = {{"Z", 2}};
     writeExr(folder.file("depth.exr"), exr, floats);
@@ -634,7 +634,7 @@ TEST_F(VL_Image_test, exrWithoutColoursIsRefused) {
     expectRefused(folder.file("alpha.exr"));
 }
 
-TEST_F(VL_Image_test, exrOfBrightnessAndColourDifferencesIsRefused) {
+TEST_F(VL_Image_test, exrOfBrightnessAndColorDifferencesIsRefused) {
     Exr exr{0, 0, 4, 4};
     exr.channels = {{"Y", 1}, {"RY", 1, 2}, {"BY", 1, 2}};
     writeExr(folder.file("a.exr"), exr, floats);
@@ -719,7 +719,7 @@ TEST_F(VL_Image_test, exrWithAnAttributeLargerThanTheFileIsRefused) {
 
 // == Radiance ==
 
-// RGBE: the colour is mantissa / 256 times two to the power of the exponent less 128.
+// RGBE: the color is mantissa / 256 times two to the power of the exponent less 128.
 std::array<unsigned char, 4> rgbe(std::size_t x, std::size_t y) {
     return {static_cast<unsigned char>(128 + 2 * x), static_cast<unsigned char>(16 * y),
             static_cast<unsigned char>(x < 6 ? 5 : x), 129};
@@ -798,7 +798,7 @@ TEST_F(VL_Image_test, radianceWithAHugeHeaderOrOtherLayoutIsRefused) {
 
 TEST_F(VL_Image_test, theContentsDecideNotTheName) {
     writePng(folder.file("picture.jpg"), {2, 2, 8, PNG_RGB}, eightBits);
-    writeJpeg(folder.file("picture.exr"), 3, 3, JpegColours::rgb, false, smooth);
+    writeJpeg(folder.file("picture.exr"), 3, 3, JpegColors::rgb, false, smooth);
     Exr exr{0, 0, 4, 4};
     exr.channels = {{"R", 2}};
     writeExr(folder.file("picture.png"), exr, floats);

@@ -71,7 +71,7 @@ TEST_F(Core_RL_test, theLockWordIsTheFirstDataMember) {
         << "only the pointer to the virtual table stands before it";
 }
 
-// == Colour stack ==
+// == Color stack ==
 
 TEST_F(Core_RL_test, aPushedColorIsAppliedThroughTheSetter) {
     layer.pushColor({0.5F, 0, 0, 1});
@@ -333,7 +333,7 @@ TEST_F(Core_RL_test, aFlatPointLoadsItsNameFirst) {
 
 // == Boxes ==
 
-TEST_F(Core_RL_test, aSquareIsAFilledBoxAboutItsCentre) {
+TEST_F(Core_RL_test, aSquareIsAFilledBoxAboutItsCenter) {
     layer.renderBox2({1, 2}, 0.5F);
     EXPECT_THAT(taken(), ElementsAre("renderBox2f 0.5,1.5 1.5,2.5 0"));
 }
@@ -356,15 +356,15 @@ void expectClosed(std::vector<Recording_RL::Triangle> const& triangles) {
     }
     for (auto const& [edge, count] : edges) {
         EXPECT_EQ(count, 1) << "an edge is used twice in the same direction";
-        EXPECT_EQ(edges.count({edge.second, edge.first}), 1U) << "an edge has no neighbour";
+        EXPECT_EQ(edges.count({edge.second, edge.first}), 1U) << "an edge has no neighbor";
     }
 }
 
 // Counter-clockwise seen from outside.
-void expectOutward(std::vector<Recording_RL::Triangle> const& triangles, Vector3<float> const& centre) {
+void expectOutward(std::vector<Recording_RL::Triangle> const& triangles, Vector3<float> const& center) {
     for (Recording_RL::Triangle const& t : triangles) {
         Vector3<float> const normal = cross(t.corners[1] - t.corners[0], t.corners[2] - t.corners[0]);
-        Vector3<float> const outward = (t.corners[0] + t.corners[1] + t.corners[2]) * (1.0F / 3.0F) - centre;
+        Vector3<float> const outward = (t.corners[0] + t.corners[1] + t.corners[2]) * (1.0F / 3.0F) - center;
         EXPECT_GT(length(normal), 0.0F) << "a triangle has no area";
         EXPECT_GT(dot(normal, outward), 0.0F) << "a triangle faces inward";
     }
@@ -379,15 +379,15 @@ TEST_F(Core_RL_test, aSphereIsClosedAndFacesOutward) {
 }
 
 TEST_F(Core_RL_test, aSphereHasItsRadiusAndSmoothNormals) {
-    Vector3<float> const centre{1, -2, 3};
+    Vector3<float> const center{1, -2, 3};
     float const radius = 2.5F;
-    layer.renderSphere(centre, radius);
+    layer.renderSphere(center, radius);
     ASSERT_FALSE(layer.triangles.empty());
-    expectOutward(layer.triangles, centre);
+    expectOutward(layer.triangles, center);
     for (Recording_RL::Triangle const& t : layer.triangles) {
         ASSERT_TRUE(t.hasNormals);
         for (int i = 0; i < 3; ++i) {
-            Vector3<float> const arm = t.corners[i] - centre;
+            Vector3<float> const arm = t.corners[i] - center;
             EXPECT_NEAR(length(arm), radius, 1e-5F);
             EXPECT_NEAR(length(t.normals[i]), 1.0F, 1e-6F);
             EXPECT_NEAR(dot(arm, t.normals[i]), radius, 1e-5F);
@@ -401,16 +401,16 @@ TEST_F(Core_RL_test, aSphereIsMadeOfShadedTrianglesAlone) {
 }
 
 TEST_F(Core_RL_test, aTetrahedronIsRegularClosedAndFacesOutward) {
-    Vector3<float> const centre{1, 2, 3};
-    layer.renderTetrahedron(centre, 2);
+    Vector3<float> const center{1, 2, 3};
+    layer.renderTetrahedron(center, 2);
     ASSERT_EQ(layer.triangles.size(), 4U);
     expectClosed(layer.triangles);
-    expectOutward(layer.triangles, centre);
+    expectOutward(layer.triangles, center);
     bool hasTop = false;
     for (Recording_RL::Triangle const& t : layer.triangles) {
         EXPECT_FALSE(t.hasNormals);
         for (int i = 0; i < 3; ++i) {
-            EXPECT_NEAR(length(t.corners[i] - centre), 2.0F, 1e-5F);
+            EXPECT_NEAR(length(t.corners[i] - center), 2.0F, 1e-5F);
             // The edge of a regular tetrahedron is sqrt(8/3) circumradii.
             EXPECT_NEAR(length(t.corners[i] - t.corners[(i + 1) % 3]), 2.0F * std::sqrt(8.0F / 3.0F), 1e-5F);
             hasTop = hasTop || positionOf(t.corners[i]) == Position{1, 4, 3};
@@ -430,8 +430,8 @@ TEST_F(Core_RL_test, aTetrahedronInDoublesGoesToTheVirtualOneInFloats) {
     class Overriding : public Recording_RL {
     public:
         using Recording_RL::renderTetrahedron;
-        void renderTetrahedron(Vector3<float> const& centre, float const& size) override {
-            EXPECT_EQ(centre.y, 0.2F);
+        void renderTetrahedron(Vector3<float> const& center, float const& size) override {
+            EXPECT_EQ(center.y, 0.2F);
             EXPECT_EQ(size, 0.7F);
             ++count;
         }
@@ -474,7 +474,7 @@ TEST_F(Core_RL_test, aTricubicVoxelIsItsCellAndItsSamples) {
     }
     EXPECT_EQ(calls[3 + 2 * 32], "setColor 0.5,0.5,0.5,1");
     EXPECT_EQ(calls[calls.size() - 2], "renderPoint3_End");
-    EXPECT_EQ(calls.back(), "setColor 0.25,0,0,1") << "the colour is restored";
+    EXPECT_EQ(calls.back(), "setColor 0.25,0,0,1") << "the color is restored";
 }
 
 TEST_F(Core_RL_test, aTricubicVoxelInDoublesLooksTheSame) {
@@ -618,7 +618,7 @@ TEST_F(Core_RL_test, aShadedTriangleTakesTheMeanColor) {
     Array<Color4<float>> const colors{{0.75F, 0, 0, 1}, {0, 1.5F, 0, 1}, {0, 0, 3, 1}};
     layer.render(CORNERS, Triangles{{0, 1, 2}}, NORMALS, colors);
     EXPECT_EQ(layer.currentColor(), (Color4<float>{0.25F, 0, 0, 1}));
-    // The fourth vertex has no colour of its own, and no triangle names it.
+    // The fourth vertex has no color of its own, and no triangle names it.
     EXPECT_THAT(taken(),
                 ElementsAre("setColor 0.25,0,0,1", "setColor 0.25,0.5,1,1",
                             "renderTriangle 0,0,0 3,0,0 0,3,0 1,0,0 0,1,0 0,0,1", "setColor 0.25,0,0,1"));

@@ -27,7 +27,7 @@ MeshData tetrahedron() {
     for (Vector3<double> const& p : mesh.positions) {
         mesh.normals.push_back(convert<float>(normalized(p)));
     }
-    mesh.colours.assign(4, {1, 1, 1, 1});
+    mesh.colors.assign(4, {1, 1, 1, 1});
     return mesh;
 }
 
@@ -90,7 +90,7 @@ TEST_F(EffectRenderer_gl_test, drawingLeavesTheStateAsItWas) {
         layer->pushColor({0.1F, 0.2F, 0.3F, 1});
         for (int pass = 0; pass < 2; ++pass) {
             AttributeState const before;
-            effect.draw(screenAxes(View::perspective));
+            effect.draw(screenAxes(View::PERSPECTIVE));
             AttributeState const after;
             EXPECT_THAT(before.namesThatDiffer(after), Each(isOfArrays())) << before.differences(after);
         }
@@ -112,7 +112,7 @@ TEST_F(EffectRenderer_gl_test, theSeaHasASceneOfItsOwnAndLeavesTheStateAsItWas) 
     camera.updateModelMatrix();
     AttributeState const before;
     effect.ownScene()->drawSky(*layer);
-    effect.draw(screenAxes(View::perspective));
+    effect.draw(screenAxes(View::PERSPECTIVE));
     effect.ownScene()->drawHaze(*layer);
     AttributeState const after;
     EXPECT_THAT(before.namesThatDiffer(after), Each(AnyOf(isOfArrays(), isOfTheLayer())))
@@ -138,7 +138,7 @@ TEST(OceanScene, theWaterReachesFromBehindTheViewerToTheHorizon) {
 
     auto const* const positions = VL_ArrayServer.resolve(mesh->positions())->as<Vector3<double>>();
     ArrayTypeable const* const uv =
-        VL_ArrayServer.resolve(mesh->namedArray(MeshArrayInf_ns::PER_VERTEX, ModelPart::channel));
+        VL_ArrayServer.resolve(mesh->namedArray(MeshArrayInf_ns::PER_VERTEX, ModelPart::CHANNEL));
     ASSERT_NE(uv, nullptr);
     for (unsigned int i = 0; i < uv->size; i += 997) {
         EXPECT_NEAR(uv->as<Vector2<float>>()[i].x, positions[i].z * unit / patch, 1e-4);

@@ -26,7 +26,7 @@ using namespace vellum;
 
 namespace {
 
-/// What the rest of the program relies on once GLEW is initialised: entry points beyond OpenGL 1.1, and a drawing.
+/// What the rest of the program relies on once GLEW is initialized: entry points beyond OpenGL 1.1, and a drawing.
 void expectWorkingContext() {
     std::optional<std::string> const fault = viewport::startGlew();
     ASSERT_FALSE(fault.has_value()) << *fault;

@@ -13,7 +13,7 @@ namespace {
 using Vector4 = std::array<double, 4>;
 
 constexpr Vector3<double> right{1, 0, 0};
-constexpr Vector3<double> towardsViewer{0, 0, 1};
+constexpr Vector3<double> towardViewer{0, 0, 1};
 
 Vector4 transform(Matrix4<double> const& m, Vector4 const& v) {
     Vector4 result{};
@@ -41,8 +41,8 @@ Matrix4<double> orthographic() {
 }
 
 /// What the effect does to the depth of the fragment in the middle of a ball.
-double liftedDepth(ImpostorView const& view, Vector4 const& centre) {
-    Vector4 const clip = transform(view.projection, transform(view.modelView, centre));
+double liftedDepth(ImpostorView const& view, Vector4 const& center) {
+    Vector4 const clip = transform(view.projection, transform(view.modelView, center));
     Vector4 lifted = clip;
     // The projection's inverse, a step along the third axis, the projection again.
     for (std::size_t row = 0; row < 4; ++row) {
@@ -56,7 +56,7 @@ double liftedDepth(ImpostorView const& view, Vector4 const& centre) {
 TEST(ImpostorView, everythingStaysWhereItIs) {
     for (Matrix4<double> const& view : {perspective(), orthographic()}) {
         for (auto const& [width, height] : {std::pair{640, 480}, {300, 900}, {512, 512}}) {
-            ImpostorView const result = ImpostorView::of(view, width, height, right, towardsViewer, 1.5);
+            ImpostorView const result = ImpostorView::of(view, width, height, right, towardViewer, 1.5);
             double const side = std::max(width, height);
             for (Vector4 const& p : {Vector4{0, 0, 0, 1}, {3, -2, 5, 1}, {-4, 1, -20, 1}}) {
                 Vector4 const wanted = transform(view, p);
@@ -72,9 +72,9 @@ TEST(ImpostorView, everythingStaysWhereItIs) {
 
 TEST(ImpostorView, aBallIsAsWideAsItsDiameter) {
     for (Matrix4<double> const& view : {perspective(), orthographic()}) {
-        ImpostorView const result = ImpostorView::of(view, 640, 480, right, towardsViewer, 1.5);
-        Vector4 const centre{0.5, 0.25, -3, 1};
-        Vector4 const middle = transform(result.projection, transform(result.modelView, centre));
+        ImpostorView const result = ImpostorView::of(view, 640, 480, right, towardViewer, 1.5);
+        Vector4 const center{0.5, 0.25, -3, 1};
+        Vector4 const middle = transform(result.projection, transform(result.modelView, center));
         Vector4 const rim =
             transform(result.projection, transform(result.modelView, {0.5 + 0.75, 0.25, -3, 1}));
         EXPECT_NEAR(rim[0] - middle[0], result.size / 2, 1e-12);
@@ -84,7 +84,7 @@ TEST(ImpostorView, aBallIsAsWideAsItsDiameter) {
 TEST(ImpostorView, theMiddleOfABallIsHalfItsDiameterNearer) {
     for (Matrix4<double> const& view : {perspective(), orthographic()}) {
         for (double const& diameter : {0.01, 1.5, 4.0}) {
-            ImpostorView const result = ImpostorView::of(view, 640, 480, right, towardsViewer, diameter);
+            ImpostorView const result = ImpostorView::of(view, 640, 480, right, towardViewer, diameter);
             Vector4 const front = transform(view, {0.5, 0.25, -3 + diameter / 2, 1});
             EXPECT_NEAR(liftedDepth(result, {0.5, 0.25, -3, 1}), front[2] / front[3], 1e-12);
         }

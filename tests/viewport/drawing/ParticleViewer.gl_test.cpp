@@ -1,4 +1,4 @@
-#include "viewport/drawing/ColourBar.h"
+#include "viewport/drawing/ColorBar.h"
 #include "viewport/drawing/Viewer.h"
 #include "viewport/drawing/ViewportLayer.h"
 
@@ -54,8 +54,8 @@ protected:
         layer.reset(new ViewportLayer(someMemory));
         options.width = 336;
         options.height = 224;
-        options.view = View::front;
-        options.particles.colours = {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}};
+        options.view = View::FRONT;
+        options.particles.colors = {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}};
     }
 
     void add(Vector3<float> const& position) {
@@ -103,7 +103,7 @@ protected:
         return x < right && (x >= corner || y < options.height - corner);
     }
 
-    /// The pixels in the colours of particles; background and boxes are grey.
+    /// The pixels in the colors of particles; background and boxes are gray.
     int countParticles(Picture const& picture) const {
         int count = 0;
         int const right = picture.width - barWidth();
@@ -133,7 +133,7 @@ protected:
     }
 
     int barWidth() const {
-        return look.scale ? ColourBar(*look.scale, options.width, options.height).reservedWidth() : 0;
+        return look.scale ? ColorBar(*look.scale, options.width, options.height).reservedWidth() : 0;
     }
 
     ParticleData data;
@@ -143,9 +143,9 @@ protected:
     std::unique_ptr<ViewportLayer> layer;
 };
 
-void expectNear(Rgb const& colour, Rgb const& wanted, int const& tolerance, std::string const& what) {
+void expectNear(Rgb const& color, Rgb const& wanted, int const& tolerance, std::string const& what) {
     for (std::size_t i = 0; i < 3; ++i) {
-        EXPECT_NEAR(colour[i], wanted[i], tolerance) << what << ", channel " << i;
+        EXPECT_NEAR(color[i], wanted[i], tolerance) << what << ", channel " << i;
     }
 }
 
@@ -162,12 +162,12 @@ std::size_t fillings(gl_spy::Recording const& recording) {
     return recording.count("glUnmapBuffer") + recording.count("glUnmapBufferARB");
 }
 
-bool isGreen(Rgb const& colour) {
-    return colour[1] > 100 && colour[1] > 2 * colour[0] && colour[1] > 2 * colour[2];
+bool isGreen(Rgb const& color) {
+    return color[1] > 100 && color[1] > 2 * color[0] && color[1] > 2 * color[2];
 }
 
-bool isRed(Rgb const& colour) {
-    return colour[0] > 100 && colour[0] > 2 * colour[1] && colour[0] > 2 * colour[2];
+bool isRed(Rgb const& color) {
+    return color[0] > 100 && color[0] > 2 * color[1] && color[0] > 2 * color[2];
 }
 
 }  // namespace
@@ -175,7 +175,7 @@ bool isRed(Rgb const& colour) {
 TEST_F(ParticleViewer_gl_test, everyModeAndViewDrawsWithoutAnErrorOfOpenGL) {
     addSquare(6);
     data.frame.velocities.assign(data.frame.positions.size(), {0.1F, 0.2F, 0.3F});
-    for (ParticleMode const& mode : {ParticleMode::points, ParticleMode::spheres, ParticleMode::arrows}) {
+    for (ParticleMode const& mode : {ParticleMode::POINTS, ParticleMode::SPHERES, ParticleMode::ARROWS}) {
         for (unsigned int view = 0; view < 7; ++view) {
             layer.reset(new ViewportLayer(view % 2 == 0 ? 0 : someMemory));
             options.particles.mode = mode;
@@ -190,7 +190,7 @@ TEST_F(ParticleViewer_gl_test, everyModeAndViewDrawsWithoutAnErrorOfOpenGL) {
 }
 
 TEST_F(ParticleViewer_gl_test, noParticlesAndNoValuesAreNoTrouble) {
-    for (ParticleMode const& mode : {ParticleMode::points, ParticleMode::spheres}) {
+    for (ParticleMode const& mode : {ParticleMode::POINTS, ParticleMode::SPHERES}) {
         options.particles.mode = mode;
         data.frame = {};
         data.frame.box = ParticleBox{};
@@ -204,7 +204,7 @@ TEST_F(ParticleViewer_gl_test, noParticlesAndNoValuesAreNoTrouble) {
 
 TEST_F(ParticleViewer_gl_test, aSphereIsRoundInWideAndHighPictures) {
     add({5, 5, 5});
-    for (View const& view : {View::perspective, View::front, View::top, View::left}) {
+    for (View const& view : {View::PERSPECTIVE, View::FRONT, View::TOP, View::LEFT}) {
         for (auto const& [width, height] : {std::pair{336, 224}, {224, 336}}) {
             options.width = width;
             options.height = height;
@@ -215,14 +215,14 @@ TEST_F(ParticleViewer_gl_test, aSphereIsRoundInWideAndHighPictures) {
             EXPECT_NEAR(outline.columns.size(), outline.rows.size(), 2)
                 << width << " " << static_cast<int>(view);
             EXPECT_LT(outline.rows.size(), 224 * 0.87);
-            if (view != View::perspective) {
+            if (view != View::PERSPECTIVE) {
                 EXPECT_GT(outline.rows.size(), 224 * 0.84);
             }
         }
     }
 }
 
-TEST_F(ParticleViewer_gl_test, aSphereHasTheColourOfItsValueInItsShade) {
+TEST_F(ParticleViewer_gl_test, aSphereHasTheColorOfItsValueInItsShade) {
     add({0, 0, 0});
     Picture const picture = draw();
     // Half Lambert with light from (1, 0.5, 0.5) on a surface that looks at the viewer.
@@ -235,9 +235,9 @@ TEST_F(ParticleViewer_gl_test, spheresCutEachOtherWhereSpheresDo) {
     add({-0.3F, 0, 0}, 0);
     add({0.3F, 0, 0}, 1);
     options.particles.size = 1;
-    for (View const& view : {View::front, View::back}) {
+    for (View const& view : {View::FRONT, View::BACK}) {
         options.view = view;
-        bool const isRedLeft = view == View::front;
+        bool const isRedLeft = view == View::FRONT;
         Picture const picture = draw();
         Outline const red = outlineOf(picture, isRed);
         Outline const green = outlineOf(picture, isGreen);
@@ -254,11 +254,11 @@ TEST_F(ParticleViewer_gl_test, theNearerSphereCoversTheOther) {
     add({0, 0, -1}, 0);
     add({0, 0, 1}, 1);
     options.particles.size = 1;
-    for (View const& view : {View::front, View::back}) {
+    for (View const& view : {View::FRONT, View::BACK}) {
         options.view = view;
         Picture const picture = draw();
         int const middle = (options.width - barWidth()) / 2;
-        EXPECT_TRUE(view == View::front ? isGreen(at(picture, middle, 112))
+        EXPECT_TRUE(view == View::FRONT ? isGreen(at(picture, middle, 112))
                                         : isRed(at(picture, middle, 112)));
     }
 }
@@ -278,7 +278,7 @@ TEST_F(ParticleViewer_gl_test, theSizeOfSpheresIsInUnitsOfTheFile) {
 
 TEST_F(ParticleViewer_gl_test, thePixelsOfPointsAreThoseAskedFor) {
     addSquare(3);
-    options.particles.mode = ParticleMode::points;
+    options.particles.mode = ParticleMode::POINTS;
     for (double const& size : {4.0, 12.0}) {
         options.particles.size = size;
         prepare();
@@ -291,7 +291,7 @@ TEST_F(ParticleViewer_gl_test, thePixelsOfPointsAreThoseAskedFor) {
 
 TEST_F(ParticleViewer_gl_test, aPercentageOfTheParticlesIsDrawn) {
     addSquare(16);
-    options.particles.mode = ParticleMode::points;
+    options.particles.mode = ParticleMode::POINTS;
     options.particles.size = 4;
     for (unsigned int const megabytes : {0U, someMemory}) {
         layer.reset(new ViewportLayer(megabytes));
@@ -312,10 +312,10 @@ TEST_F(ParticleViewer_gl_test, arrowsPointAlongTheVelocitiesAndAreAsLongAsAskedF
     add({0, 4, 0});
     data.frame.velocities = {{2, 0, 0}, {-1, 0, 0}};
     data.frame.box = ParticleBox{{-5, -1, 0}, {{10, 0, 0}, {0, 6, 0}, {0, 0, 1}}};
-    options.particles.mode = ParticleMode::arrows;
+    options.particles.mode = ParticleMode::ARROWS;
     options.particles.size = 2;
     options.particles.range = ValueRange{1, 3};
-    options.particles.colours = {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}};
+    options.particles.colors = {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}};
     Picture const picture = draw();
     double const pixelsPerUnit = 0.86 * (options.width - barWidth()) / 10;
     double const middle = (options.width - barWidth()) / 2.0;
@@ -331,20 +331,20 @@ TEST_F(ParticleViewer_gl_test, arrowsPointAlongTheVelocitiesAndAreAsLongAsAskedF
     EXPECT_GT(mixed.rows.first, red.rows.last);
 }
 
-// == Colours ==
+// == Colors ==
 
-TEST_F(ParticleViewer_gl_test, theColourBarShowsTheColoursThatParticlesHave) {
-    options.particles.mode = ParticleMode::points;
+TEST_F(ParticleViewer_gl_test, theColorBarShowsTheColorsThatParticlesHave) {
+    options.particles.mode = ParticleMode::POINTS;
     options.particles.size = 14;
     options.particles.range = ValueRange{0, 8};
     std::vector<float> const values{-2, 0, 2, 4, 6, 8, 9};
     for (std::size_t i = 0; i < values.size(); ++i) {
         add({static_cast<float>(i), 0, 0}, values[i]);
     }
-    RampColours const& ramp =
-        options.particles.colours = {{0.2F, 0.4F, 0.8F, 1}, {1, 0.6F, 0.2F, 1}, {1, 1, 1, 1}};
+    RampColors const& ramp =
+        options.particles.colors = {{0.2F, 0.4F, 0.8F, 1}, {1, 0.6F, 0.2F, 1}, {1, 1, 1, 1}};
     Picture const picture = draw();
-    ColourBar const bar(*look.scale, options.width, options.height);
+    ColorBar const bar(*look.scale, options.width, options.height);
     ASSERT_TRUE(bar.isShown());
     auto const channel = [](float const& c) {
         return static_cast<int>(std::lround(255 * std::clamp(c, 0.0F, 1.0F)));
@@ -394,10 +394,10 @@ TEST_F(ParticleViewer_gl_test, withAndWithoutABufferThePictureIsTheSame) {
     // More than the particles that a driver without memory is trusted with.
     addSquare(7);
     data.frame.velocities.assign(data.frame.positions.size(), {0, 0.1F, 0});
-    for (ParticleMode const& mode : {ParticleMode::points, ParticleMode::spheres, ParticleMode::arrows}) {
+    for (ParticleMode const& mode : {ParticleMode::POINTS, ParticleMode::SPHERES, ParticleMode::ARROWS}) {
         options.particles.mode = mode;
-        options.particles.channel = mode == ParticleMode::arrows ? "" : "t";
-        options.view = View::perspective;
+        options.particles.channel = mode == ParticleMode::ARROWS ? "" : "t";
+        options.view = View::PERSPECTIVE;
         Picture with;
         Picture without;
         {
@@ -428,7 +428,7 @@ TEST_F(ParticleViewer_gl_test, buffersAreFilledOnceForAllTiles) {
 
 TEST_F(ParticleViewer_gl_test, tilesFitTogether) {
     addSquare(5);
-    options.view = View::perspective;
+    options.view = View::PERSPECTIVE;
     options.width = 220;
     options.height = 110;
     prepare();
@@ -465,7 +465,7 @@ TEST_F(ParticleViewer_gl_test, theNearerOfModelAndParticlesIsPicked) {
     wall.positions = {{-3, -3, 0}, {3, -3, 0}, {3, 3, 0}, {-3, 3, 0}};
     wall.triangles = {{0, 1, 2}, {0, 2, 3}};
     wall.normals.assign(4, {0, 0, 1});
-    wall.colours.assign(4, {1, 1, 1, 1});
+    wall.colors.assign(4, {1, 1, 1, 1});
     for (double const& z : {-2.0, 2.0}) {
         for (Vector3<double>& corner : wall.positions) {
             corner.z = z;

@@ -19,8 +19,8 @@ namespace {
 constexpr Tiling oneTile{2, 112, 112, 8};
 static_assert(oneTile.width + 2 * oneTile.margin == gl_spy::GlTest::width / 2, "fills the context");
 
-/// A cube from -1 to 1 in a colour of its own.
-MeshData cube(std::string const& name, Vector3<double> const& place, Color4<float> const& colour) {
+/// A cube from -1 to 1 in a color of its own.
+MeshData cube(std::string const& name, Vector3<double> const& place, Color4<float> const& color) {
     MeshData mesh;
     mesh.name = name;
     for (unsigned int i = 0; i < 8; ++i) {
@@ -28,21 +28,21 @@ MeshData cube(std::string const& name, Vector3<double> const& place, Color4<floa
                                      (i & 4) != 0 ? 1.0 : -1.0};
         mesh.positions.push_back(corner + place);
         mesh.normals.push_back(convert<float>(normalized(corner)));
-        mesh.colours.push_back(colour);
+        mesh.colors.push_back(color);
     }
     mesh.triangles = {{0, 4, 6}, {0, 6, 2}, {1, 3, 7}, {1, 7, 5}, {0, 1, 5}, {0, 5, 4},
                       {2, 6, 7}, {2, 7, 3}, {0, 2, 3}, {0, 3, 1}, {4, 5, 7}, {4, 7, 6}};
     return mesh;
 }
 
-/// A square from -1 to 1 that shows a texture of four colours: red and green below, blue and white above.
+/// A square from -1 to 1 that shows a texture of four colors: red and green below, blue and white above.
 MeshData texturedSquare() {
     MeshData mesh;
     mesh.name = "square.obj";
     mesh.positions = {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
     mesh.triangles = {{0, 1, 2}, {0, 2, 3}};
     mesh.normals.assign(4, {0, 0, 1});
-    mesh.colours.assign(4, {1, 1, 1, 1});
+    mesh.colors.assign(4, {1, 1, 1, 1});
     mesh.textureCoordinates = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
     mesh.triangleMaterials.assign(2, 0);
     auto const image = std::make_shared<VL_Image>();
@@ -118,8 +118,8 @@ Difference compare(Picture const& a, Picture const& b) {
 }  // namespace
 
 TEST_F(Viewer_gl_test, everyShadingGizmoAndViewDrawsWithoutAnErrorOfOpenGL) {
-    for (Shading const& shading : {Shading::box, Shading::wireframe, Shading::faceted, Shading::smooth}) {
-        for (Gizmo const& gizmo : {Gizmo::none, Gizmo::move, Gizmo::rotate, Gizmo::scale}) {
+    for (Shading const& shading : {Shading::BOX, Shading::WIREFRAME, Shading::FACETED, Shading::SMOOTH}) {
+        for (Gizmo const& gizmo : {Gizmo::NONE, Gizmo::MOVE, Gizmo::ROTATE, Gizmo::SCALE}) {
             for (unsigned int view = 0; view < 7; ++view) {
                 options.shading = shading;
                 options.gizmo = gizmo;
@@ -158,15 +158,15 @@ TEST_F(Viewer_gl_test, backgroundIsLighterAboveAndOpaque) {
 }
 
 TEST_F(Viewer_gl_test, tilesJoinWithoutSeams) {
-    options.gizmo = Gizmo::move;
+    options.gizmo = Gizmo::MOVE;
     options.width = 150;
     options.height = 130;
-    for (View const& view : {View::perspective, View::top}) {
-        for (Shading const& shading : {Shading::smooth, Shading::wireframe, Shading::box}) {
+    for (View const& view : {View::PERSPECTIVE, View::TOP}) {
+        for (Shading const& shading : {Shading::SMOOTH, Shading::WIREFRAME, Shading::BOX}) {
             options.view = view;
             options.shading = shading;
             // Tiles whose edges are elsewhere: 96 instead of 112 pixels. Only the rounding of the crop and of the
-            // rasterisation may differ.
+            // rasterization may differ.
             Picture const wide = draw({2, 112, 112, 8});
             Picture const narrow = draw({2, 96, 96, 16});
             Difference const difference = compare(wide, narrow);
@@ -196,36 +196,36 @@ TEST_F(Viewer_gl_test, pickingFindsModelsAndNothingBesideThem) {
     EXPECT_EQ(pick(56, 56), "16 cube.obj");
     EXPECT_EQ(pick(0, 0), "nothing");
     EXPECT_EQ(pick(111, 111), "nothing");
-    options.shading = Shading::wireframe;
+    options.shading = Shading::WIREFRAME;
     EXPECT_EQ(pick(56, 56), "16 cube.obj");
-    options.shading = Shading::box;
+    options.shading = Shading::BOX;
     EXPECT_EQ(pick(56, 56), "16 cube.obj");
 }
 
 TEST_F(Viewer_gl_test, pickingFindsTheNearerModel) {
     scene = Scene({cube("far.obj", {0, 0, -5}, orange), cube("near.obj", {0, 0, 5}, orange),
                    cube("middle.obj", {0, 0, 0}, orange)});
-    options.view = View::front;
+    options.view = View::FRONT;
     EXPECT_EQ(pick(56, 56), "17 near.obj");
-    options.view = View::back;
+    options.view = View::BACK;
     EXPECT_EQ(pick(56, 56), "16 far.obj");
 }
 
 TEST_F(Viewer_gl_test, pickingFindsHandlesBeforeModels) {
     // In the front view a handle of 118 / 720 of the side, 18 pixels, goes to the right along x and up along y.
-    options.view = View::front;
-    options.gizmo = Gizmo::move;
+    options.view = View::FRONT;
+    options.gizmo = Gizmo::MOVE;
     EXPECT_EQ(pick(56 + 18, 56), "1 gizmo move X");
     EXPECT_EQ(pick(56, 56 - 18), "2 gizmo move Y");
     EXPECT_EQ(pick(56, 56 + 18), "16 cube.obj");
-    options.gizmo = Gizmo::scale;
+    options.gizmo = Gizmo::SCALE;
     EXPECT_EQ(pick(56 + 17, 56), "1 gizmo scale X");
     EXPECT_EQ(pick(56, 56 - 17), "2 gizmo scale Y");
-    options.view = View::right;
+    options.view = View::RIGHT;
     EXPECT_EQ(pick(56 - 17, 56), "3 gizmo scale Z");
-    options.view = View::front;
-    options.gizmo = Gizmo::rotate;
-    // The circle about z faces the viewer; those about x and y are lines through the centre.
+    options.view = View::FRONT;
+    options.gizmo = Gizmo::ROTATE;
+    // The circle about z faces the viewer; those about x and y are lines through the center.
     int const diagonal = static_cast<int>(std::lround(18.35 * std::sqrt(0.5)));
     EXPECT_EQ(pick(56 + diagonal, 56 - diagonal), "3 gizmo rotate Z");
     EXPECT_EQ(pick(56, 56 - 10), "1 gizmo rotate X");
@@ -233,19 +233,19 @@ TEST_F(Viewer_gl_test, pickingFindsHandlesBeforeModels) {
     EXPECT_EQ(pick(56 + 9, 56 - 9), "16 cube.obj");
 }
 
-TEST_F(Viewer_gl_test, theCentreOfTheScaleGizmoIsAHandle) {
+TEST_F(Viewer_gl_test, theCenterOfTheScaleGizmoIsAHandle) {
     // From behind, z points away and its handle is hidden; the shafts along x and y start in the middle of the box.
-    options.view = View::back;
-    options.gizmo = Gizmo::scale;
+    options.view = View::BACK;
+    options.gizmo = Gizmo::SCALE;
     options.width = 1000;
     options.height = 1000;
     // Half the box is 0.075 of a handle of 164 pixels: 12 pixels.
-    EXPECT_EQ(pick(500 - 8, 500 + 8), "4 gizmo scale centre");
+    EXPECT_EQ(pick(500 - 8, 500 + 8), "4 gizmo scale center");
 }
 
-TEST_F(Viewer_gl_test, gizmosAreDrawnOverTheModelInTheirColours) {
-    options.view = View::front;
-    options.gizmo = Gizmo::move;
+TEST_F(Viewer_gl_test, gizmosAreDrawnOverTheModelInTheirColors) {
+    options.view = View::FRONT;
+    options.gizmo = Gizmo::MOVE;
     Picture const picture = draw();
     unsigned char const* const x = at(picture, 56 + 18, 56);
     unsigned char const* const y = at(picture, 56, 56 - 18);
@@ -255,7 +255,7 @@ TEST_F(Viewer_gl_test, gizmosAreDrawnOverTheModelInTheirColours) {
 
 TEST_F(Viewer_gl_test, buffersAndImmediateModeGiveTheSamePicture) {
     scene = Scene({cube("cube.obj", {0, 0, 0}, orange), texturedSquare()});
-    for (Shading const& shading : {Shading::box, Shading::wireframe, Shading::faceted, Shading::smooth}) {
+    for (Shading const& shading : {Shading::BOX, Shading::WIREFRAME, Shading::FACETED, Shading::SMOOTH}) {
         for (int const& way : {0, 1, 2, 3, 4}) {
             options = Options{};
             options.width = 112;
@@ -265,7 +265,7 @@ TEST_F(Viewer_gl_test, buffersAndImmediateModeGiveTheSamePicture) {
             options.edgesBlend = way == 2;
             options.connectivity = way == 3;
             options.wireframeBack = way == 4;
-            options.normals = way == 3 ? Normals::vertex : way == 4 ? Normals::face : Normals::none;
+            options.normals = way == 3 ? Normals::VERTEX : way == 4 ? Normals::FACE : Normals::NONE;
             Picture const fromBuffers = draw();
             options.immediate = true;
             Picture const immediate = draw();
@@ -290,9 +290,9 @@ TEST_F(Viewer_gl_test, everyOverlayIsSeen) {
     changed.connectivity = true;
     EXPECT_TRUE(differs(changed));
     changed = start;
-    changed.normals = Normals::vertex;
+    changed.normals = Normals::VERTEX;
     EXPECT_TRUE(differs(changed));
-    changed.normals = Normals::face;
+    changed.normals = Normals::FACE;
     EXPECT_TRUE(differs(changed));
     changed = start;
     changed.importPreview = true;
@@ -301,7 +301,7 @@ TEST_F(Viewer_gl_test, everyOverlayIsSeen) {
 
 TEST_F(Viewer_gl_test, thePreviewOfAnImportIsRed) {
     options.importPreview = true;
-    options.view = View::front;
+    options.view = View::FRONT;
     Picture const picture = draw();
     unsigned char const* const middle = at(picture, 40, 50);
     EXPECT_GT(middle[0], 60);
@@ -313,7 +313,7 @@ TEST_F(Viewer_gl_test, edgesAreLightLinesOverTheSurface) {
     // Seen from the front the square spans the picture from border to border of the framing; its four sides are
     // borders, the diagonal between its triangles is not.
     scene = Scene({texturedSquare()});
-    options.view = View::front;
+    options.view = View::FRONT;
     options.edges = true;
     Picture const with = draw();
     options.edges = false;
@@ -334,9 +334,9 @@ TEST_F(Viewer_gl_test, edgesAreLightLinesOverTheSurface) {
 
 TEST_F(Viewer_gl_test, texturesAreSampledWhereTheCoordinatesSay) {
     scene = Scene({texturedSquare()});
-    options.view = View::front;
+    options.view = View::FRONT;
     for (bool const& immediate : {false, true}) {
-        for (Shading const& shading : {Shading::smooth, Shading::faceted}) {
+        for (Shading const& shading : {Shading::SMOOTH, Shading::FACETED}) {
             options.immediate = immediate;
             options.shading = shading;
             Picture const picture = draw();
@@ -355,7 +355,7 @@ TEST_F(Viewer_gl_test, texturesAreSampledWhereTheCoordinatesSay) {
 TEST_F(Viewer_gl_test, trianglesSeenFromBehindBecomeOutlines) {
     scene = Scene({texturedSquare()});
     // The white quarter is at the upper left from behind.
-    options.view = View::back;
+    options.view = View::BACK;
     Picture const solid = draw();
     options.wireframeBack = true;
     Picture const outlined = draw();

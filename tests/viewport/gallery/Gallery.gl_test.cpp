@@ -41,7 +41,7 @@ Outcome runGallery(std::string const& arguments) {
     return run;
 }
 
-/// The part of the pixels that has a clear hue. Background and labels are nearly grey, drawings are not.
+/// The part of the pixels that has a clear hue. Background and labels are nearly gray, drawings are not.
 double hueShare(Picture const& picture) {
     constexpr int clear = 48;
     std::size_t count = 0;
@@ -135,7 +135,7 @@ TEST(Gallery, senselessCommandLineIsAUsageError) {
     }
 }
 
-/// A picture in which every pixel has another colour.
+/// A picture in which every pixel has another color.
 void writeRamp(std::string const& path, int width, int height, unsigned char blue) {
     Picture ramp{width, height, {}};
     for (int y = 0; y < height; ++y) {

@@ -303,7 +303,7 @@ TEST(OceanMap, unitsStayTheSameWhileTheSeaMoves) {
     SeaState flat = smallSea();
     flat.choppiness = 0;
     OceanMap const round = OceanMap::of(OceanSpectrum(flat), 0);
-    EXPECT_EQ(round.unit, 1) << "metres, where nothing is moved sideways";
+    EXPECT_EQ(round.unit, 1) << "meters, where nothing is moved sideways";
     EXPECT_NEAR(round.unit * round.heightScale, first.unit * first.heightScale, 1e-5);
 }
 
@@ -343,7 +343,7 @@ TEST(SeaState, theEndsOfTheRangesGiveNumbers) {
     for (double const wind : {0.5, 60.0}) {
         for (double const patch : {1.0, 10'000.0}) {
             SeaState state;
-            state.size = SeaState::smallestSize;
+            state.size = SeaState::SMALLEST_SIZE;
             state.windSpeed = wind;
             state.patch = patch;
             for (double const fetch : {10.0, 1e7}) {

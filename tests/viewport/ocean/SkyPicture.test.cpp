@@ -66,8 +66,8 @@ TEST(SkyPicture, theWindowIsBehindTheViewerAlone) {
     unsigned int bright[2] = {0, 0};
     for (unsigned int row = 160; row < image.height(); ++row) {
         for (unsigned int column = 0; column < image.width(); ++column) {
-            bool const isTowardsViewer = column >= 128 && column < 384;
-            bright[isTowardsViewer ? 1 : 0] += texel(image, column, row)[0] > 0.9F ? 1 : 0;
+            bool const isTowardViewer = column >= 128 && column < 384;
+            bright[isTowardViewer ? 1 : 0] += texel(image, column, row)[0] > 0.9F ? 1 : 0;
         }
     }
     EXPECT_EQ(bright[0], 0U);

@@ -44,21 +44,21 @@ std::vector<float> list(Color4<float> const& c) {
     return {c.r, c.g, c.b, c.a};
 }
 
-constexpr Effect everyEffect[] = {Effect::displacement, Effect::ocean, Effect::glass, Effect::sss,
-                                  Effect::custom};
+constexpr Effect everyEffect[] = {Effect::DISPLACEMENT, Effect::OCEAN, Effect::GLASS, Effect::SSS,
+                                  Effect::CUSTOM};
 
 }  // namespace
 
 // == Effects ==
 
 TEST(EffectOptions, everyEffectIsKnown) {
-    EXPECT_EQ(effectOf({}).effect, Effect::none);
+    EXPECT_EQ(effectOf({}).effect, Effect::NONE);
     EXPECT_EQ(effectOf({"--effect", "displacement", "--effect-param", "map=m.png"}).effect,
-              Effect::displacement);
-    EXPECT_EQ(effectOf({"--effect", "ocean"}).effect, Effect::ocean);
-    EXPECT_EQ(effectOf({"--effect", "glass"}).effect, Effect::glass);
-    EXPECT_EQ(effectOf({"--effect", "sss"}).effect, Effect::sss);
-    EXPECT_EQ(effectOf({"--effect", "custom", "--shader-fragment", "f"}).effect, Effect::custom);
+              Effect::DISPLACEMENT);
+    EXPECT_EQ(effectOf({"--effect", "ocean"}).effect, Effect::OCEAN);
+    EXPECT_EQ(effectOf({"--effect", "glass"}).effect, Effect::GLASS);
+    EXPECT_EQ(effectOf({"--effect", "sss"}).effect, Effect::SSS);
+    EXPECT_EQ(effectOf({"--effect", "custom", "--shader-fragment", "f"}).effect, Effect::CUSTOM);
     EXPECT_THAT(errorOf({"--effect", "fog"}), HasSubstr("unknown effect 'fog'"));
     EXPECT_THAT(errorOf({"--effect", ""}), HasSubstr("--effect"));
 }
@@ -118,7 +118,7 @@ TEST(EffectOptions, otherWaysToShowASurfaceExcludeAnEffect) {
     }
     EXPECT_EQ(
         effectOf({"--effect", "glass", "--shading", "faceted", "--immediate", "--gizmo", "move"}).effect,
-        Effect::glass);
+        Effect::GLASS);
 }
 
 // == Parameters ==
@@ -129,13 +129,13 @@ TEST(EffectOptions, everyParameterHasADefaultThatItWouldTake) {
         for (EffectParameter const& parameter : parametersOf(effect)) {
             SCOPED_TRACE(parameter.name);
             EXPECT_FALSE(parameter.meaning.empty());
-            if (parameter.type != EffectParameter::Type::file) {
+            if (parameter.type != EffectParameter::Type::FILE) {
                 EXPECT_EQ(EffectValues(effect).assign(parameter.name + "=" + parameter.standard),
                           std::nullopt);
             }
         }
     }
-    EXPECT_TRUE(parametersOf(Effect::none).empty());
+    EXPECT_TRUE(parametersOf(Effect::NONE).empty());
 }
 
 TEST(EffectOptions, valuesAreRead) {
@@ -156,14 +156,14 @@ TEST(EffectOptions, valuesAreRead) {
     EXPECT_EQ(displacement.file("normals"), "");
     EXPECT_THAT(list(displacement.triple("scale")), testing::ElementsAre(1, 2, 3));
     EXPECT_TRUE(displacement.isYes("tessellate"));
-    EXPECT_THAT(list(displacement.colour("color")), testing::ElementsAre(0.1F, 0.2F, 0.3F, 1.0F));
+    EXPECT_THAT(list(displacement.color("color")), testing::ElementsAre(0.1F, 0.2F, 0.3F, 1.0F));
 
     EffectValues const custom =
         effectOf({"--effect", "custom", "--shader-vertex", "v", "--effect-param", "FloatVar9=-0.5",
                   "--effect-param", "Vec4Var0=1,2,3,4", "--effect-param", "Texture6=t.png"})
             .values;
     EXPECT_EQ(custom.number("FloatVar9"), -0.5);
-    EXPECT_THAT(list(custom.colour("Vec4Var0")), testing::ElementsAre(1, 2, 3, 4));
+    EXPECT_THAT(list(custom.color("Vec4Var0")), testing::ElementsAre(1, 2, 3, 4));
     EXPECT_EQ(custom.file("Texture6"), "t.png");
     EXPECT_EQ(custom.number("nothing of the kind"), 0);
 }
@@ -216,11 +216,11 @@ TEST(EffectOptions, malformedValuesAreErrorsThatSayWhatIsExpected) {
 // == Help ==
 
 TEST(EffectOptions, helpListsTheParametersOfTheEffect) {
-    for (auto const& [name, effect] : {std::pair<char const*, Effect>{"displacement", Effect::displacement},
-                                       {"ocean", Effect::ocean},
-                                       {"glass", Effect::glass},
-                                       {"sss", Effect::sss},
-                                       {"custom", Effect::custom}}) {
+    for (auto const& [name, effect] : {std::pair<char const*, Effect>{"displacement", Effect::DISPLACEMENT},
+                                       {"ocean", Effect::OCEAN},
+                                       {"glass", Effect::GLASS},
+                                       {"sss", Effect::SSS},
+                                       {"custom", Effect::CUSTOM}}) {
         // Neither files nor --out nor what the effect requires.
         CommandLine const line = parse({"--effect", name, "--effect-param", "help"});
         EXPECT_FALSE(line.options.has_value());

@@ -39,9 +39,9 @@ TEST(Options, theShortestCommandLineTakesTheDefaults) {
     EXPECT_EQ(options.out, "a.png");
     EXPECT_EQ(options.width, 1280);
     EXPECT_EQ(options.height, 720);
-    EXPECT_EQ(options.shading, Shading::smooth);
-    EXPECT_EQ(options.gizmo, Gizmo::none);
-    EXPECT_EQ(options.view, View::perspective);
+    EXPECT_EQ(options.shading, Shading::SMOOTH);
+    EXPECT_EQ(options.gizmo, Gizmo::NONE);
+    EXPECT_EQ(options.view, View::PERSPECTIVE);
     EXPECT_FALSE(options.pick.has_value());
     EXPECT_FALSE(options.info);
     EXPECT_EQ(options.limits.deadline.count(), 20'000);
@@ -55,9 +55,9 @@ TEST(Options, everyOptionIsRead) {
     EXPECT_EQ(options.files, (std::vector<std::string>{"a.obj", "b.ply"}));
     EXPECT_EQ(options.width, 640);
     EXPECT_EQ(options.height, 480);
-    EXPECT_EQ(options.shading, Shading::box);
-    EXPECT_EQ(options.gizmo, Gizmo::rotate);
-    EXPECT_EQ(options.view, View::left);
+    EXPECT_EQ(options.shading, Shading::BOX);
+    EXPECT_EQ(options.gizmo, Gizmo::ROTATE);
+    EXPECT_EQ(options.view, View::LEFT);
     EXPECT_EQ(options.pick->x, 639);
     EXPECT_EQ(options.pick->y, 0);
     EXPECT_TRUE(options.info);
@@ -67,11 +67,11 @@ TEST(Options, everyOptionIsRead) {
 }
 
 TEST(Options, everyModeIsKnown) {
-    EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "wireframe"}).shading, Shading::wireframe);
-    EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "faceted"}).shading, Shading::faceted);
-    EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "smooth"}).shading, Shading::smooth);
-    EXPECT_EQ(optionsOf({"a", "--out", "b", "--gizmo", "move"}).gizmo, Gizmo::move);
-    EXPECT_EQ(optionsOf({"a", "--out", "b", "--gizmo", "scale"}).gizmo, Gizmo::scale);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "wireframe"}).shading, Shading::WIREFRAME);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "faceted"}).shading, Shading::FACETED);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "smooth"}).shading, Shading::SMOOTH);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--gizmo", "move"}).gizmo, Gizmo::MOVE);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--gizmo", "scale"}).gizmo, Gizmo::SCALE);
     char const* const names[] = {"perspective", "front", "back", "top", "bottom", "left", "right"};
     for (unsigned int kind = 0; kind < 7; ++kind) {
         EXPECT_EQ(optionsOf({"a", "--out", "b", "--view", names[kind]}).view, static_cast<View>(kind));
@@ -82,7 +82,7 @@ TEST(Options, theWaysToShowAMeshAreRead) {
     Options const plain = optionsOf({"a", "--out", "b"});
     EXPECT_FALSE(plain.edges || plain.edgesBlend || plain.connectivity || plain.wireframeBack ||
                  plain.importPreview || plain.immediate);
-    EXPECT_EQ(plain.normals, Normals::none);
+    EXPECT_EQ(plain.normals, Normals::NONE);
     EXPECT_EQ(plain.texture, "");
     EXPECT_TRUE(optionsOf({"a", "--out", "b", "--edges"}).edges);
     EXPECT_TRUE(optionsOf({"a", "--out", "b", "--edges-blend"}).edgesBlend);
@@ -90,8 +90,8 @@ TEST(Options, theWaysToShowAMeshAreRead) {
     EXPECT_TRUE(optionsOf({"a", "--out", "b", "--wireframe-back"}).wireframeBack);
     EXPECT_TRUE(optionsOf({"a", "--out", "b", "--import-preview"}).importPreview);
     EXPECT_TRUE(optionsOf({"a", "--out", "b", "--immediate"}).immediate);
-    EXPECT_EQ(optionsOf({"a", "--out", "b", "--normals", "vertex"}).normals, Normals::vertex);
-    EXPECT_EQ(optionsOf({"a", "--out", "b", "--normals", "face"}).normals, Normals::face);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--normals", "vertex"}).normals, Normals::VERTEX);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--normals", "face"}).normals, Normals::FACE);
     EXPECT_EQ(optionsOf({"a", "--out", "b", "--texture", "c.png"}).texture, "c.png");
     EXPECT_THAT(errorOf({"a", "--out", "b", "--normals", "edge"}), HasSubstr("face, vertex"));
     EXPECT_THAT(errorOf({"a", "--out", "b", "--texture", ""}), HasSubstr("--texture"));
@@ -205,23 +205,23 @@ TEST(Options, theWaysToShowParticlesAreRead) {
         optionsOf({"a", "--out", "b", "--particles", "arrows", "--channel", "c_pe", "--percent", "33.3",
                    "--size-of-particles", "0.5", "--range", "-1,2.5e3", "--colors", "#ff0000,00FF80",
                    "--frame", "4", "--gpu-memory", "512"});
-    EXPECT_EQ(options.particles.mode, ParticleMode::arrows);
+    EXPECT_EQ(options.particles.mode, ParticleMode::ARROWS);
     EXPECT_EQ(options.particles.channel, "c_pe");
     EXPECT_EQ(options.particles.percent, 33.3F);
     EXPECT_EQ(options.particles.size, 0.5);
     EXPECT_EQ(options.particles.range->low, -1);
     EXPECT_EQ(options.particles.range->high, 2500);
-    EXPECT_TRUE(options.particles.colours.low == (Color4<float>{1, 0, 0, 1}));
-    EXPECT_TRUE(options.particles.colours.high == (Color4<float>{0, 1, 128 / 255.0F, 1}));
-    EXPECT_TRUE(options.particles.colours.above == RampColours{}.above) << "as it was";
+    EXPECT_TRUE(options.particles.colors.low == (Color4<float>{1, 0, 0, 1}));
+    EXPECT_TRUE(options.particles.colors.high == (Color4<float>{0, 1, 128 / 255.0F, 1}));
+    EXPECT_TRUE(options.particles.colors.above == RampColors{}.above) << "as it was";
     EXPECT_EQ(options.particles.frame, 4U);
     EXPECT_EQ(options.gpuMemory, 512U);
-    EXPECT_EQ(optionsOf({"a", "--out", "b", "--particles", "points"}).particles.mode, ParticleMode::points);
-    EXPECT_EQ(optionsOf({"a", "--out", "b", "--particles", "spheres"}).particles.mode, ParticleMode::spheres);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--particles", "points"}).particles.mode, ParticleMode::POINTS);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--particles", "spheres"}).particles.mode, ParticleMode::SPHERES);
     EXPECT_EQ(optionsOf({"a", "--out", "b", "--percent", "0"}).particles.percent, 0);
     EXPECT_EQ(optionsOf({"a", "--out", "b", "--frame", "0"}).particles.frame, 0U);
     EXPECT_EQ(optionsOf({"a", "--out", "b", "--gpu-memory", "0"}).gpuMemory, 0U);
-    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--colors", "000000,000000,ff0000"}).particles.colours.above ==
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--colors", "000000,000000,ff0000"}).particles.colors.above ==
                 (Color4<float>{1, 0, 0, 1}));
 }
 

@@ -59,12 +59,12 @@ protected:
     TemporaryFolder folder;
 };
 
-std::size_t countColours(Picture const& picture) {
-    std::set<unsigned int> colours;
+std::size_t countColors(Picture const& picture) {
+    std::set<unsigned int> colors;
     for (std::size_t i = 0; i < picture.pixels.size(); i += 4) {
-        colours.insert(picture.pixels[i] << 16U | picture.pixels[i + 1] << 8U | picture.pixels[i + 2]);
+        colors.insert(picture.pixels[i] << 16U | picture.pixels[i + 1] << 8U | picture.pixels[i + 2]);
     }
-    return colours.size();
+    return colors.size();
 }
 
 }  // namespace
@@ -83,7 +83,7 @@ TEST_F(program_gl_test, aMeshBecomesAPictureOfTheSizeAskedFor) {
         ASSERT_TRUE(picture.isOk()) << picture.fault().line();
         EXPECT_EQ(std::to_string(picture.value().width) + "x" + std::to_string(picture.value().height), size);
         if (picture.value().width > 1) {
-            EXPECT_GT(countColours(picture.value()), 100U);
+            EXPECT_GT(countColors(picture.value()), 100U);
         }
     }
     EXPECT_THAT(folder.names(), ElementsAre("cube.off", "out.png"));
@@ -280,7 +280,7 @@ TEST_F(program_gl_test, particleFilesOfEveryKindBecomePictures) {
             EXPECT_EQ(outcome.output + outcome.error, "");
             Result<Picture> const picture = Picture::loadPng(out);
             ASSERT_TRUE(picture.isOk());
-            EXPECT_GT(countColours(picture.value()), 100U);
+            EXPECT_GT(countColors(picture.value()), 100U);
         }
     }
     EXPECT_EQ(run({dump, "--frame", "0", "--particles", "arrows", "--out", out, "--size", "200x150"}).status,

@@ -120,12 +120,12 @@ protected:
     }
 
     std::string writePicture(std::string const& name, int const& columns, int const& rows,
-                             Rgb const& colour) const {
+                             Rgb const& color) const {
         Picture picture{columns, rows, {}};
         for (int i = 0; i < columns * rows; ++i) {
             picture.pixels.insert(picture.pixels.end(),
-                                  {static_cast<unsigned char>(colour.r), static_cast<unsigned char>(colour.g),
-                                   static_cast<unsigned char>(colour.b), 255});
+                                  {static_cast<unsigned char>(color.r), static_cast<unsigned char>(color.g),
+                                   static_cast<unsigned char>(color.b), 255});
         }
         EXPECT_FALSE(picture.savePng(folder.file(name)));
         return folder.file(name);
@@ -157,12 +157,12 @@ protected:
         return words;
     }
 
-    /// The stage that passes everything on shows the current colour, which effects set to white.
+    /// The stage that passes everything on shows the current color, which effects set to white.
     void expectPassedOn(Picture const& picture) const {
-        Rgb const colour = middle(picture);
-        EXPECT_EQ(colour.r, 255);
-        EXPECT_EQ(colour.g, 255);
-        EXPECT_EQ(colour.b, 255);
+        Rgb const color = middle(picture);
+        EXPECT_EQ(color.r, 255);
+        EXPECT_EQ(color.g, 255);
+        EXPECT_EQ(color.b, 255);
     }
 
     TemporaryFolder folder;
@@ -217,12 +217,12 @@ TEST_F(effect_program_gl_test, aPlateOfAFileIsAnOceanToo) {
 
 TEST_F(effect_program_gl_test, aMapDisplacesOnBothPaths) {
     std::string const plate = writePlate("plate.obj", 8);
-    std::string const grey = writePicture("grey.png", 4, 4, {128, 128, 128});
+    std::string const gray = writePicture("gray.png", 4, 4, {128, 128, 128});
     std::string const white = writePicture("white.png", 4, 4, {128, 255, 128});
     for (char const* const path : {"tessellate=no", "tessellate=yes"}) {
         std::vector<std::string> words{plate,        "--effect",       "displacement", "--effect-param",
                                        path,         "--effect-param", "scale=0,30,0", "--effect-param",
-                                       "map=" + grey};
+                                       "map=" + gray};
         Picture const flat = draw(words);
         words.back() = "map=" + white;
         Picture const raised = draw(words);
@@ -259,7 +259,7 @@ TEST_F(effect_program_gl_test, glassMirrorsItsEnvironment) {
     std::string const cube = folder.write("cube.off", mesh_texts::cubeOff);
     std::string const red = writePicture("red.png", 4, 4, {255, 0, 0});
     std::string const blue = writePicture("blue.png", 5, 3, {0, 0, 255});
-    // Of the colour seen straight on through glass with no mix ratio, nine tenths are mirrored.
+    // Of the color seen straight on through glass with no mix ratio, nine tenths are mirrored.
     std::vector<std::string> words{cube,    "--effect",      "glass", "--effect-param",
                                    "mix=0", "--environment", red};
     Rgb const mirrored = middle(draw(words));
@@ -313,7 +313,7 @@ TEST_F(effect_program_gl_test, scatteredLightComesFromOneOrTwoLights) {
                                    "--effect-param",
                                    "lights=1"};
     Rgb const one = middle(draw(words));
-    EXPECT_GT(one.r, one.b) << "the colour of skin";
+    EXPECT_GT(one.r, one.b) << "the color of skin";
     words.back() = "lights=2";
     Rgb const two = middle(draw(words));
     EXPECT_EQ(two.r, one.r) << "the second light is blue";
@@ -326,10 +326,10 @@ TEST_F(effect_program_gl_test, scatteredLightComesFromOneOrTwoLights) {
 
 TEST_F(effect_program_gl_test, aUserShaderDraws) {
     std::string const fragment = folder.write("green.frag", greenFragment);
-    Rgb const colour = middle(draw(custom({"--shader-fragment", fragment})));
-    EXPECT_EQ(colour.r, 0);
-    EXPECT_EQ(colour.g, 255);
-    EXPECT_EQ(colour.b, 0);
+    Rgb const color = middle(draw(custom({"--shader-fragment", fragment})));
+    EXPECT_EQ(color.r, 0);
+    EXPECT_EQ(color.g, 255);
+    EXPECT_EQ(color.b, 0);
 }
 
 TEST_F(effect_program_gl_test, aUserShaderGetsItsInputs) {
@@ -341,13 +341,13 @@ TEST_F(effect_program_gl_test, aUserShaderGetsItsInputs) {
         "    gl_FragColor = vec4(FloatVar3 + Vec3Var9.y, Vec4Var0.w + BaseColor.r, b * float(nLights) / 2.0, "
         "1.0);\n}\n");
     std::string const blue = writePicture("blue.png", 4, 4, {0, 0, 255});
-    Rgb const colour = middle(draw(
+    Rgb const color = middle(draw(
         custom({"--shader-fragment", fragment, "--effect-param", "FloatVar3=0.25", "--effect-param",
                 "Vec3Var9=0,0.5,0", "--effect-param", "Vec4Var0=0,0,0,0.5", "--effect-param",
                 "BaseColor=0.25,0,0", "--effect-param", "Texture6=" + blue, "--effect-param", "lights=2"})));
-    EXPECT_NEAR(colour.r, 191, 2);
-    EXPECT_NEAR(colour.g, 191, 2);
-    EXPECT_NEAR(colour.b, 255, 2);
+    EXPECT_NEAR(color.r, 191, 2);
+    EXPECT_NEAR(color.g, 191, 2);
+    EXPECT_NEAR(color.b, 255, 2);
     expectFault(
         custom({"--shader-fragment", fragment, "--effect-param", "Texture0=" + folder.file("gone.png")}),
         folder.file("gone.png"), "No such file");
@@ -359,10 +359,10 @@ TEST_F(effect_program_gl_test, aUserShaderMayReadWhatIsBehind) {
         "uniform sampler2D TextureFB;\n"
         "void main() {\n    gl_FragColor = vec4(texture2D(TextureFB, vec2(0.3)).rgb * vec3(0.0, 0.0, 1.0) + "
         "vec3(1.0, 0.0, 0.0), 1.0);\n}\n");
-    Rgb const colour = middle(draw(custom({"--shader-fragment", fragment, "--effect-param", "grab=yes"})));
-    EXPECT_EQ(colour.r, 255);
-    EXPECT_EQ(colour.g, 0);
-    EXPECT_GT(colour.b, 20) << "the background";
+    Rgb const color = middle(draw(custom({"--shader-fragment", fragment, "--effect-param", "grab=yes"})));
+    EXPECT_EQ(color.r, 255);
+    EXPECT_EQ(color.g, 0);
+    EXPECT_GT(color.b, 20) << "the background";
 }
 
 TEST_F(effect_program_gl_test, allThreeStagesAreTaken) {
@@ -376,11 +376,11 @@ TEST_F(effect_program_gl_test, allThreeStagesAreTaken) {
         "    }\n    EndPrimitive();\n}\n");
     std::string const fragment =
         folder.write("f.frag", "varying vec4 tint;\nvoid main() {\n    gl_FragColor = tint;\n}\n");
-    Rgb const colour = middle(draw(
+    Rgb const color = middle(draw(
         custom({"--shader-vertex", vertex, "--shader-geometry", geometry, "--shader-fragment", fragment})));
-    EXPECT_EQ(colour.r, 255);
-    EXPECT_NEAR(colour.g, 128, 2);
-    EXPECT_EQ(colour.b, 0);
+    EXPECT_EQ(color.r, 255);
+    EXPECT_NEAR(color.g, 128, 2);
+    EXPECT_EQ(color.b, 0);
 }
 
 TEST_F(effect_program_gl_test, aShaderThatDoesNotCompileIsReplacedAndItsLogNamesFileAndLine) {
@@ -413,19 +413,19 @@ TEST_F(effect_program_gl_test, stagesThatDoNotGoTogetherAreReplaced) {
     EXPECT_THAT(error, HasSubstr("cannot be linked; stages that pass everything on take its place\n"));
 }
 
-TEST_F(effect_program_gl_test, aVertexStageWithoutAColourIsNotShownThroughAStageThatNeedsIt) {
+TEST_F(effect_program_gl_test, aVertexStageWithoutAColorIsNotShownThroughAStageThatNeedsIt) {
     std::string const vertex =
         folder.write("plain.vert", "void main() {\n    gl_Position = ftransform();\n}\n");
     std::string error;
     expectPassedOn(draw(custom({"--shader-vertex", vertex}), error));
     EXPECT_THAT(error, HasSubstr(vertex + ": sets no gl_FrontColor"));
 
-    std::string const coloured = folder.write(
-        "coloured.vert",
+    std::string const colored = folder.write(
+        "colored.vert",
         "void main() {\n    gl_FrontColor = vec4(0.0, 0.0, 1.0, 1.0);\n    gl_Position = ftransform();\n}\n");
-    Rgb const colour = middle(draw(custom({"--shader-vertex", coloured})));
-    EXPECT_EQ(colour.r, 0);
-    EXPECT_EQ(colour.b, 255);
+    Rgb const color = middle(draw(custom({"--shader-vertex", colored})));
+    EXPECT_EQ(color.r, 0);
+    EXPECT_EQ(color.b, 255);
 }
 
 TEST_F(effect_program_gl_test, filesThatAreNoShadersAreReplaced) {

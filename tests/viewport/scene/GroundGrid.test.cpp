@@ -14,13 +14,13 @@ GroundGrid ground(Vector3<double> const& fileOrigin, bool const& fades) {
     return {{0, -3, 0}, {1, 0, 0}, {0, 0, 1}, 25, fades, fileOrigin, 2};
 }
 
-/// The segments whose colour is that of an axis, whatever their opacity.
+/// The segments whose color is that of an axis, whatever their opacity.
 std::vector<ShadedSegment> axisSegments(std::vector<ShadedSegment> const& segments,
                                         unsigned int const& axis) {
-    Color4<float> const colour = axisColour(axis);
+    Color4<float> const color = axisColor(axis);
     std::vector<ShadedSegment> found;
     std::copy_if(segments.begin(), segments.end(), std::back_inserter(found), [&](ShadedSegment const& s) {
-        return s.fromColour.r == colour.r && s.fromColour.g == colour.g && s.fromColour.b == colour.b;
+        return s.fromColor.r == color.r && s.fromColor.g == color.g && s.fromColor.b == color.b;
     });
     return found;
 }
@@ -38,7 +38,7 @@ TEST(GroundGrid, linesAreAtMultiplesOfTheSpacingFromTheFilesOrigin) {
     }
 }
 
-TEST(GroundGrid, theAxesOfTheFileHaveTheirColours) {
+TEST(GroundGrid, theAxesOfTheFileHaveTheirColors) {
     std::vector<ShadedSegment> const segments = ground({0.5, 9, -0.7}, false).segments();
     std::vector<ShadedSegment> const x = axisSegments(segments, 0);
     std::vector<ShadedSegment> const z = axisSegments(segments, 2);
@@ -73,7 +73,7 @@ TEST(GroundGrid, everyTenthLineIsStronger) {
         bool const alongX = s.from.z == s.to.z;
         int const index = static_cast<int>(std::lround((alongX ? s.from.z : s.from.x) / 2));
         if (index != 0) {
-            strengths[index % 10 == 0 ? 1 : 0].push_back(s.fromColour.a);
+            strengths[index % 10 == 0 ? 1 : 0].push_back(s.fromColor.a);
         }
     }
     ASSERT_FALSE(strengths[0].empty());
@@ -87,7 +87,7 @@ TEST(GroundGrid, aFadingGridEndsInvisible) {
         double const distance = std::hypot(s.from.x, s.from.z);
         EXPECT_LE(distance, 25.001);
         if (distance > 24.9) {
-            EXPECT_LT(s.fromColour.a, 0.001F);
+            EXPECT_LT(s.fromColor.a, 0.001F);
         }
     }
 }

@@ -37,7 +37,7 @@ MeshData cubeOfFaces() {
             mesh.triangles.push_back({base, base + 2, base + 3});
         }
     }
-    mesh.colours.assign(mesh.positions.size(), {1, 0, 0, 1});
+    mesh.colors.assign(mesh.positions.size(), {1, 0, 0, 1});
     return mesh;
 }
 
@@ -91,24 +91,24 @@ TEST(ModelParts, everyMaterialIsAPartOfItsOwn) {
     data.triangleMaterials[0] = 1;
     data.triangleMaterials[1] = 1;
     for (unsigned int v = 0; v < 4; ++v) {
-        data.colours[v] = {0, 0, 1, 1};
+        data.colors[v] = {0, 0, 1, 1};
     }
     std::vector<ModelPart> const parts = makeParts(data, inPlace, nullptr);
     ASSERT_EQ(parts.size(), 2U);
     EXPECT_EQ(parts[0].mesh->triangleCount(), 2U);
     EXPECT_EQ(sizeOf(parts[0].mesh->positions()), 4U);
-    EXPECT_EQ(parts[0].colour.b, 1.0F);
-    EXPECT_EQ(parts[0].colours.size(), 0U);
+    EXPECT_EQ(parts[0].color.b, 1.0F);
+    EXPECT_EQ(parts[0].colors.size(), 0U);
     EXPECT_EQ(parts[1].mesh->triangleCount(), 10U);
     EXPECT_EQ(parts[1].mesh->fault(), MeshFault_ns::NONE);
 }
 
-TEST(ModelParts, coloursOfVerticesAreKeptWhereTheyDiffer) {
+TEST(ModelParts, colorsOfVerticesAreKeptWhereTheyDiffer) {
     MeshData data = cubeOfFaces();
-    data.colours[5] = {0, 1, 0, 1};
+    data.colors[5] = {0, 1, 0, 1};
     std::vector<ModelPart> const parts = makeParts(data, inPlace, nullptr);
     ASSERT_EQ(parts.size(), 1U);
-    ASSERT_EQ(parts[0].colours.size(), 24U);
+    ASSERT_EQ(parts[0].colors.size(), 24U);
     EXPECT_EQ(parts[0].triangles.size(), 12U);
 }
 
@@ -126,8 +126,8 @@ TEST(ModelParts, aTextureForAllGetsCoordinatesWhereThereAreNone) {
     std::vector<ModelPart> const parts = makeParts(data, inPlace, image);
     ASSERT_EQ(parts.size(), 1U);
     EXPECT_EQ(parts[0].texture, image);
-    EXPECT_EQ(parts[0].colour.g, 1.0F) << "the texture alone gives the colour";
-    ArrayId const id = parts[0].mesh->namedArray(MeshArrayInf_ns::PER_FACE, ModelPart::channel);
+    EXPECT_EQ(parts[0].color.g, 1.0F) << "the texture alone gives the color";
+    ArrayId const id = parts[0].mesh->namedArray(MeshArrayInf_ns::PER_FACE, ModelPart::CHANNEL);
     ASSERT_EQ(sizeOf(id), 36U);
     auto const* const coordinates = VL_ArrayServer.resolve(id)->as<Vector2<float>>();
     for (unsigned int i = 0; i < 36; ++i) {

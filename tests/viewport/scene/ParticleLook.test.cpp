@@ -63,7 +63,7 @@ ParticleOptions mode(ParticleMode const& value) {
 
 /// Where in the range the renderer sees the particle: 0 at its low end, 1 at its high end.
 double rateOf(ParticleLook const& look, std::size_t const& index) {
-    Vector3<float> const& v = look.sets.front().colours[index];
+    Vector3<float> const& v = look.sets.front().colors[index];
     return (std::hypot(v.x, v.y, v.z) - look.scale->lowMagnitude()) /
            (look.scale->highMagnitude() - look.scale->lowMagnitude());
 }
@@ -83,26 +83,26 @@ TEST(ParticleLook, theFileNameIsShownWithoutItsFolder) {
 // == Modes ==
 
 TEST(ParticleLook, spheresAreDrawnWhereNothingIsAskedForAndPointsOfMany) {
-    EXPECT_EQ(look({row(3)}).mode, ParticleMode::spheres);
-    EXPECT_EQ(look({row(mostSpheres)}).mode, ParticleMode::spheres);
-    EXPECT_EQ(look({row(mostSpheres), row(1)}).mode, ParticleMode::points);
-    EXPECT_EQ(look({row(3)}, mode(ParticleMode::points)).mode, ParticleMode::points);
+    EXPECT_EQ(look({row(3)}).mode, ParticleMode::SPHERES);
+    EXPECT_EQ(look({row(MOST_SPHERES)}).mode, ParticleMode::SPHERES);
+    EXPECT_EQ(look({row(MOST_SPHERES), row(1)}).mode, ParticleMode::POINTS);
+    EXPECT_EQ(look({row(3)}, mode(ParticleMode::POINTS)).mode, ParticleMode::POINTS);
 }
 
 TEST(ParticleLook, arrowsTakeVelocities) {
-    EXPECT_THAT(faultOf({row(2)}, mode(ParticleMode::arrows)), HasSubstr("has no velocities"));
-    ParticleLook const arrows = look({withVelocities({{0, 3, 4}, {1, 0, 0}})}, mode(ParticleMode::arrows));
+    EXPECT_THAT(faultOf({row(2)}, mode(ParticleMode::ARROWS)), HasSubstr("has no velocities"));
+    ParticleLook const arrows = look({withVelocities({{0, 3, 4}, {1, 0, 0}})}, mode(ParticleMode::ARROWS));
     EXPECT_EQ(arrows.scale->name, "speed");
     EXPECT_EQ(arrows.scale->range.low, 1);
     EXPECT_EQ(arrows.scale->range.high, 5);
 }
 
-TEST(ParticleLook, arrowsAreColouredBySpeedAlone) {
+TEST(ParticleLook, arrowsAreColoredBySpeedAlone) {
     ParticleOptions options = channel("mass");
-    options.mode = ParticleMode::arrows;
+    options.mode = ParticleMode::ARROWS;
     ParticleData data = withVelocities({{1, 0, 0}});
     data.frame.channels.push_back({"mass", {1}});
-    EXPECT_THAT(faultOf({data}, options), HasSubstr("coloured by speed"));
+    EXPECT_THAT(faultOf({data}, options), HasSubstr("colored by speed"));
     // A column of this name has nothing to do with how long the arrows are.
     data.frame.channels.front() = {"speed", {77}};
     options.channel = "speed";
@@ -160,7 +160,7 @@ TEST(ParticleLook, theRangeIsThatOfTheDataAndHoldsAllOfThem) {
     EXPECT_FALSE(result.scale->isExceeded);
     EXPECT_NEAR(rateOf(result, 0), 0.5, 1e-4);
     EXPECT_EQ(rateOf(result, 1), 0);
-    // Strictly below 1: from there on arrows would have the colour of what is above the range.
+    // Strictly below 1: from there on arrows would have the color of what is above the range.
     EXPECT_LT(rateOf(result, 2), 1);
     EXPECT_GT(rateOf(result, 2), 0.9999);
 }
@@ -178,7 +178,7 @@ TEST(ParticleLook, aRangeThatIsGivenIsKeptAndValuesOutsideStayOutside) {
     EXPECT_FALSE(look({withChannel("t", {-5, 0, 10, 20})}, options).scale->isExceeded);
 }
 
-TEST(ParticleLook, equalValuesHaveTheLowColour) {
+TEST(ParticleLook, equalValuesHaveTheLowColor) {
     ParticleLook const result = look({withChannel("t", {7, 7})});
     EXPECT_GT(result.scale->highMagnitude(), result.scale->lowMagnitude());
     EXPECT_EQ(rateOf(result, 0), 0);
@@ -204,7 +204,7 @@ TEST(ParticleLook, particlesWithoutAPlaceAreLeftOutAndNoted) {
     data.frame.positions[3].z = infinite;
     ParticleLook const result = look({data});
     ASSERT_EQ(result.sets.front().positions.size(), 2U);
-    EXPECT_EQ(result.sets.front().colours.size(), 2U);
+    EXPECT_EQ(result.sets.front().colors.size(), 2U);
     EXPECT_EQ(result.sets.front().positions[1].x, 2);
     EXPECT_EQ(result.scale->range.high, 3) << "what is not shown has no part in the range";
     ASSERT_EQ(result.notes.size(), 1U);
@@ -220,15 +220,15 @@ TEST(ParticleLook, valuesThatAreNoNumbersAreAboveTheRange) {
     EXPECT_GT(rateOf(result, 0), 1);
     EXPECT_GT(rateOf(result, 2), 1);
     EXPECT_LE(rateOf(result, 3), 0);
-    for (Vector3<float> const& colour : result.sets.front().colours) {
-        EXPECT_TRUE(std::isfinite(colour.x * colour.x)) << "its length must be a number";
+    for (Vector3<float> const& color : result.sets.front().colors) {
+        EXPECT_TRUE(std::isfinite(color.x * color.x)) << "its length must be a number";
     }
     EXPECT_TRUE(look({withChannel("t", {notANumber, notANumber})}).scale->isExceeded);
 }
 
 TEST(ParticleLook, arrowsWithoutADirectionAreLeftOut) {
     std::vector<Vector3<float>> const velocities{{notANumber, 0, 0}, {1, 0, 0}, {infinite, 0, 0}};
-    ParticleLook const arrows = look({withVelocities(velocities)}, mode(ParticleMode::arrows));
+    ParticleLook const arrows = look({withVelocities(velocities)}, mode(ParticleMode::ARROWS));
     EXPECT_EQ(arrows.sets.front().positions.size(), 1U);
     EXPECT_THAT(arrows.notes.front().line(), HasSubstr("positions or velocities"));
     ParticleLook const spheres = look({withVelocities(velocities)});
@@ -268,7 +268,7 @@ TEST(ParticleLook, theSizeOfSpheresCanBeGiven) {
     ParticleOptions options;
     options.size = 0.25;
     EXPECT_EQ(look({row(3)}, options).sets.front().diameter, 0.25);
-    options.mode = ParticleMode::points;
+    options.mode = ParticleMode::POINTS;
     EXPECT_EQ(look({row(3)}, options).sets.front().reach, 0) << "pixels are no units of the file";
 }
 

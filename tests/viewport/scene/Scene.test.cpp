@@ -16,7 +16,7 @@ MeshData triangle(double const& low, double const& high) {
     mesh.positions = {{low, low, low}, {high, low, high}, {low, high, low}};
     mesh.triangles = {{0, 1, 2}};
     mesh.normals.assign(3, {0, 0, 1});
-    mesh.colours.assign(3, {1, 0.5F, 0, 1});
+    mesh.colors.assign(3, {1, 0.5F, 0, 1});
     return mesh;
 }
 
@@ -30,7 +30,7 @@ TEST(Scene, modelsOfEverySizeAndPlaceComeToFillTheSameSpace) {
     for (Row const& row :
          {Row{-1, 1}, Row{1e6, 1e6 + 3}, Row{-1e-20, 2e-20}, Row{0, 1e30}, Row{-3e38, 3e38}}) {
         Scene const scene({triangle(row.low, row.high)});
-        double const half = Scene::radius / std::sqrt(3.0);
+        double const half = Scene::RADIUS / std::sqrt(3.0);
         EXPECT_NEAR(scene.box().min.x, -half, 1e-6) << row.high;
         EXPECT_NEAR(scene.box().max.z, half, 1e-6) << row.high;
         EXPECT_NEAR(scene.models()[0].vertices[1].x, half, 1e-6);
@@ -56,8 +56,8 @@ TEST(Scene, theRestOfAModelIsTakenOver) {
     ASSERT_EQ(model.parts.size(), 1U);
     EXPECT_EQ(model.parts[0].mesh->triangleCount(), 1U);
     EXPECT_EQ(model.parts[0].mesh->fault(), MeshFault_ns::NONE);
-    EXPECT_EQ(model.parts[0].colour.g, 0.5F);
-    EXPECT_EQ(model.parts[0].colours.size(), 0U) << "one colour is enough";
+    EXPECT_EQ(model.parts[0].color.g, 0.5F);
+    EXPECT_EQ(model.parts[0].colors.size(), 0U) << "one color is enough";
 }
 
 TEST(Scene, aModelWithoutSizeStaysFinite) {
@@ -74,7 +74,7 @@ ParticleSet fourParticles() {
     ParticleSet set;
     set.name = "melt.lammpstrj";
     set.positions = {{-1, 0, 0}, {1, 0, 0}, {0, 2, 0}, {0, 0, 3}};
-    set.colours = {{1, 0, 0}, {0, 2, 0}, {0, 0, 3}, {4, 0, 0}};
+    set.colors = {{1, 0, 0}, {0, 2, 0}, {0, 0, 3}, {4, 0, 0}};
     set.spacing = 0.5;
     set.diameter = 0.25;
     return set;
@@ -89,17 +89,17 @@ TEST(Scene, particlesAreMovedAndScaledWithTheirValuesKept) {
     EXPECT_EQ(cloud.name, "melt.lammpstrj");
     ASSERT_EQ(cloud.system->size(), 4U);
     double const unit = scene.unitsPerFileUnit();
-    EXPECT_NEAR(unit, Scene::radius / std::sqrt(1 + 1 + 1.5 * 1.5), 1e-9);
+    EXPECT_NEAR(unit, Scene::RADIUS / std::sqrt(1 + 1 + 1.5 * 1.5), 1e-9);
     ParticleSystemChunk_v2 const& chunk = *cloud.system->firstChunk();
-    Vector3<float> const* const places = chunk.channelData(ParticleCloud::positions)->asVectors();
+    Vector3<float> const* const places = chunk.channelData(ParticleCloud::POSITIONS)->asVectors();
     EXPECT_NEAR(places[1].x, unit, 1e-4);
     EXPECT_NEAR(places[1].y, -unit, 1e-4);
     EXPECT_NEAR(places[3].z, 1.5 * unit, 1e-4);
-    EXPECT_EQ(chunk.channelData(ParticleCloud::colours)->asVectors()[2].z, 3);
+    EXPECT_EQ(chunk.channelData(ParticleCloud::COLORS)->asVectors()[2].z, 3);
     EXPECT_NEAR(cloud.spacing, 0.5 * unit, 1e-9);
     EXPECT_NEAR(cloud.diameter, 0.25 * unit, 1e-9);
     EXPECT_TRUE(cloud.boxLines.empty());
-    EXPECT_EQ(cloud.system->channelId("position"), ParticleCloud::positions);
+    EXPECT_EQ(cloud.system->channelId("position"), ParticleCloud::POSITIONS);
 }
 
 TEST(Scene, aTiltedBoxHasTwelveLinesAndIsFramed) {
@@ -136,13 +136,13 @@ TEST(Scene, particlesOfMoreThanOneChunkAreAllTaken) {
     ParticleSet set;
     for (int i = 0; i < 40'000; ++i) {
         set.positions.push_back({static_cast<float>(i), 0, 0});
-        set.colours.push_back({static_cast<float>(i), 0, 0});
+        set.colors.push_back({static_cast<float>(i), 0, 0});
     }
     Scene const scene({}, nullptr, {set});
     ParticleSystem_v2 const& system = *scene.clouds()[0].system;
     EXPECT_EQ(system.size(), 40'000U);
     ParticleSystemChunk_v2 const& last = *system.lastChunk();
-    EXPECT_EQ(last.channelData(ParticleCloud::colours)->asVectors()[last.count() - 1].x, 39'999);
+    EXPECT_EQ(last.channelData(ParticleCloud::COLORS)->asVectors()[last.count() - 1].x, 39'999);
     Scene const none({}, nullptr, {ParticleSet{}});
     EXPECT_EQ(none.clouds()[0].system->size(), 0U);
 }

@@ -44,18 +44,18 @@ Seen see(PerspectiveFraming const& camera, Point const& p, double const& fieldOf
 /// The point turned as the orthographic kinds turn the world, by rotation matrices written out.
 Point turned(Point const& p, View const& view) {
     switch (view) {
-    case View::back:
+    case View::BACK:
         return {-p.x, p.y, -p.z};  // 180 degrees about y
-    case View::top:
+    case View::TOP:
         return {p.x, -p.z, p.y};  // 90 degrees about x: y turns to z
-    case View::bottom:
+    case View::BOTTOM:
         return {p.x, p.z, -p.y};  // -90 degrees about x
-    case View::left:
+    case View::LEFT:
         return {p.z, p.y, -p.x};  // 90 degrees about y: z turns to x
-    case View::right:
+    case View::RIGHT:
         return {-p.z, p.y, p.x};  // -90 degrees about y
-    case View::front:
-    case View::perspective:
+    case View::FRONT:
+    case View::PERSPECTIVE:
         break;
     }
     return p;
@@ -77,8 +77,8 @@ TEST(ViewFraming, screenAxesAreThoseThatTheRotationsShow) {
     for (unsigned int kind = 1; kind <= 6; ++kind) {
         View const view = static_cast<View>(kind);
         ScreenAxes const axes = screenAxes(view);
-        expectNear({dot(p, axes.right), dot(p, axes.up), dot(p, axes.towardsViewer)}, turned(p, view));
-        expectNear(cross(axes.right, axes.up), axes.towardsViewer);
+        expectNear({dot(p, axes.right), dot(p, axes.up), dot(p, axes.towardViewer)}, turned(p, view));
+        expectNear(cross(axes.right, axes.up), axes.towardViewer);
     }
 }
 
@@ -100,10 +100,10 @@ TEST(ViewFraming, aPerspectiveViewShowsTheWholeBoxAsLargeAsItFits) {
                         std::pair(std::min(smallestY, seen.y), std::max(largestY, seen.y));
                 }
                 // One of the two directions is filled, on both sides; nothing reaches beyond.
-                bool const fillsWidth = largestX - smallestX > 2 * filledPart - 1e-9;
-                EXPECT_NEAR(fillsWidth ? smallestX : smallestY, -filledPart, 1e-9);
-                EXPECT_NEAR(fillsWidth ? largestX : largestY, filledPart, 1e-9);
-                EXPECT_LE(std::max({-smallestX, largestX, -smallestY, largestY}), filledPart + 1e-9);
+                bool const fillsWidth = largestX - smallestX > 2 * FILLED_PART - 1e-9;
+                EXPECT_NEAR(fillsWidth ? smallestX : smallestY, -FILLED_PART, 1e-9);
+                EXPECT_NEAR(fillsWidth ? largestX : largestY, FILLED_PART, 1e-9);
+                EXPECT_LE(std::max({-smallestX, largestX, -smallestY, largestY}), FILLED_PART + 1e-9);
                 EXPECT_GT(camera.nearDistance, 0);
                 EXPECT_NEAR(dot(camera.direction, camera.up), 0, 1e-12);
                 EXPECT_NEAR(length(camera.direction), 1, 1e-12);
@@ -143,9 +143,9 @@ TEST(ViewFraming, anOrthographicViewShowsTheWholeBoxAsLargeAsItFits) {
                 std::tie(smallestX, largestX) = std::pair(std::min(smallestX, x), std::max(largestX, x));
                 std::tie(smallestY, largestY) = std::pair(std::min(smallestY, y), std::max(largestY, y));
             }
-            EXPECT_NEAR(smallestX, -largestX, 1e-12) << "not centred, kind " << kind;
-            EXPECT_NEAR(smallestY, -largestY, 1e-12) << "not centred, kind " << kind;
-            EXPECT_NEAR(std::max(largestX, largestY), filledPart, 1e-12);
+            EXPECT_NEAR(smallestX, -largestX, 1e-12) << "not centered, kind " << kind;
+            EXPECT_NEAR(smallestY, -largestY, 1e-12) << "not centered, kind " << kind;
+            EXPECT_NEAR(std::max(largestX, largestY), FILLED_PART, 1e-12);
             // Pixels are square.
             EXPECT_NEAR((right - left) / (top - bottom), aspect, 1e-12);
         }
@@ -158,7 +158,7 @@ TEST(ViewFraming, aBoxWithoutSizeIsFramedAll_theSame) {
     EXPECT_GT(camera.eye.z, 9.5);
     EXPECT_LT(camera.nearDistance, camera.farDistance);
     EXPECT_GT(framePerspective({}, {{0, 0, 0}, {0, 0, 0}}, {0, 0, -1}, 40, 1).eye.z, 0.5);
-    OrthographicFraming const framing = frameOrthographic(point, View::front, 1);
-    EXPECT_NEAR(std::exp(framing.zoom), 0.5 / filledPart, 1e-12);
+    OrthographicFraming const framing = frameOrthographic(point, View::FRONT, 1);
+    EXPECT_NEAR(std::exp(framing.zoom), 0.5 / FILLED_PART, 1e-12);
     EXPECT_EQ(framing.panX, -7);
 }

@@ -128,7 +128,7 @@ TEST_F(Custom_shader_gl_test, theFrameArrivesWhenItIsGrabbed) {
                              "void main() { gl_FragColor = 0.5 * texture2D(TextureFB, vec2(0.5)); }\n";
     Custom_shader effect;
     effect.setShaders(path("a.vert", VERTEX), path("show.frag", show), "");
-    auto const overColour = [&](float const& red, float const& green) {
+    auto const overColor = [&](float const& red, float const& green) {
         glClearColor(red, green, 0, 1);
         glClear(GL_COLOR_BUFFER_BIT);
         glDisable(GL_BLEND);
@@ -140,13 +140,13 @@ TEST_F(Custom_shader_gl_test, theFrameArrivesWhenItIsGrabbed) {
         effect.cleanup();
         return readPixel(100, 100);
     };
-    EXPECT_EQ(overColour(1, 0)[0], 0) << "never grabbed";
+    EXPECT_EQ(overColor(1, 0)[0], 0) << "never grabbed";
     effect.grabFrameBuffer(true);
-    EXPECT_NEAR(overColour(1, 0)[0], 128, 1);
+    EXPECT_NEAR(overColor(1, 0)[0], 128, 1);
     effect.grabFrameBuffer(false);
-    EXPECT_NEAR(overColour(0, 1)[0], 128, 1) << "what it last held";
+    EXPECT_NEAR(overColor(0, 1)[0], 128, 1) << "what it last held";
     effect.grabFrameBuffer(true);
-    EXPECT_NEAR(overColour(0, 1)[1], 128, 1);
+    EXPECT_NEAR(overColor(0, 1)[1], 128, 1);
 }
 
 TEST_F(Custom_shader_gl_test, changesShowInPassesAfterTheFirst) {
@@ -184,7 +184,7 @@ TEST_F(Custom_shader_gl_test, aCopyDrawsTheSamePicture) {
 
 // == Stages that pass everything on ==
 
-TEST_F(Custom_shader_gl_test, withoutFilesTheVertexColourIsDrawn) {
+TEST_F(Custom_shader_gl_test, withoutFilesTheVertexColorIsDrawn) {
     Custom_shader effect;
     effect.create();
     effect.preprocess();
@@ -325,8 +325,8 @@ TEST_F(Custom_shader_gl_test, picturesOfEveryWrongKindLeaveNoError) {
     picture_files::writePng(whole, {16, 16}, sample);
     picture_files::writePng(folder.file("narrow.png"), {1, 7}, sample);
     picture_files::writePng(folder.file("deep.png"), {5, 3, 16}, sample);
-    picture_files::writePng(folder.file("grey.png"), {5, 3, 8, 0}, sample);
-    picture_files::writeJpeg(folder.file("cmyk.jpg"), 9, 5, picture_files::JpegColours::cmyk, true, sample);
+    picture_files::writePng(folder.file("gray.png"), {5, 3, 8, 0}, sample);
+    picture_files::writeJpeg(folder.file("cmyk.jpg"), 9, 5, picture_files::JpegColors::cmyk, true, sample);
     picture_files::writeExr(folder.file("floats.exr"), {0, 0, 3, 3, {{"R"}, {"G"}, {"B"}}},
                             [](auto x, auto, auto) { return x == 0 ? NAN : INFINITY; });
     std::string const bytes = folder.read("whole.png");
@@ -335,7 +335,7 @@ TEST_F(Custom_shader_gl_test, picturesOfEveryWrongKindLeaveNoError) {
     for (std::string const& file :
          {folder.file(""), folder.write("empty.png", ""), folder.write("text.png", "no picture"),
           folder.write("cut.png", bytes.substr(0, bytes.size() / 2)), folder.file("narrow.png"),
-          folder.file("deep.png"), folder.file("grey.png"), folder.file("cmyk.jpg"),
+          folder.file("deep.png"), folder.file("gray.png"), folder.file("cmyk.jpg"),
           folder.file("floats.exr"), std::string("/dev/null")}) {
         effect.setTexture(file.c_str(), index++ % 7);
         draw(effect);
@@ -358,7 +358,7 @@ TEST_F(Custom_shader_gl_test, variablesThatAreNoNumbersLeaveNoError) {
 
 // == State ==
 
-TEST_F(Custom_shader_gl_test, aPassRestoresAllButColourAndTextureUnits) {
+TEST_F(Custom_shader_gl_test, aPassRestoresAllButColorAndTextureUnits) {
     std::string const file = folder.file("picture.png");
     picture_files::writePng(file, {4, 4}, [](auto, auto, auto) { return 9U; });
     Custom_shader effect;

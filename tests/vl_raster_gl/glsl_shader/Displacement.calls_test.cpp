@@ -244,7 +244,7 @@ TEST_F(Displacement_calls_test, firstValuesAreThoseOfTheInterface) {
     Displacement_shader effect;
     effect.preprocess();
     EXPECT_THAT(recording.texts(), Contains("glUniform1iv(4, 1, {2})")) << "depth";
-    EXPECT_THAT(recording.texts(), Contains("glUniform4fv(5, 1, {1, 1, 1, 1})")) << "base colour";
+    EXPECT_THAT(recording.texts(), Contains("glUniform4fv(5, 1, {1, 1, 1, 1})")) << "base color";
     EXPECT_THAT(recording.texts(), Contains("glUniform3fv(6, 1, {1, 1, 1})")) << "scale";
     EXPECT_THAT(recording.texts(), Contains("glUniform2fv(7, 1, {1, 1})")) << "tile factor";
     effect.cleanup();
@@ -694,7 +694,7 @@ TEST_F(Displacement_calls_test, aCopyTakesShapeAndFileAndNothingElse) {
     EXPECT_EQ(recording.named("glUniform3fv").back().numbers.at(3), 3);
     EXPECT_EQ(recording.named("glUniform2fv").back().numbers.at(3), 6);
     EXPECT_THAT(recording.texts(), Contains(HasSubstr("glUniform1iv(4, 1, {7})")));
-    EXPECT_THAT(recording.texts(), Contains(HasSubstr("{1, 1, 1, 1})"))) << "the first base colour";
+    EXPECT_THAT(recording.texts(), Contains(HasSubstr("{1, 1, 1, 1})"))) << "the first base color";
     EXPECT_THAT(recording.texts(), Not(Contains("glEnable(GL_LIGHT1)"))) << "the first light count";
     copied.cleanup();
 }

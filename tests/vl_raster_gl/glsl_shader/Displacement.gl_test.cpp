@@ -26,7 +26,7 @@ namespace {
 using namespace displacement_reference;
 
 constexpr int SIDE = 96;       // pixels of the pictures that are compared
-constexpr double NEAR = 2e-3;  // of a colour: the effects compute with floats of 24 bits
+constexpr double NEAR = 2e-3;  // of a color: the effects compute with floats of 24 bits
 constexpr float NOT_A_NUMBER = std::numeric_limits<float>::quiet_NaN();
 
 /// A square in the plane of x and z, seen from above at an angle, or from below.
@@ -76,8 +76,8 @@ class Displacement_gl_test : public gl_spy::GlTest {
 protected:
     void SetUp() override {
         GlTest::SetUp();
-        glGenTextures(1, &colourTexture);
-        glBindTexture(GL_TEXTURE_2D, colourTexture);
+        glGenTextures(1, &colorTexture);
+        glBindTexture(GL_TEXTURE_2D, colorTexture);
         glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
         glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA32F, SIDE, SIDE, 0, GL_RGBA, GL_FLOAT, nullptr);
         glBindTexture(GL_TEXTURE_2D, 0);
@@ -87,14 +87,14 @@ protected:
     void TearDown() override {
         glBindFramebuffer(GL_FRAMEBUFFER, 0);
         glDeleteFramebuffers(1, &framebuffer);
-        glDeleteTextures(1, &colourTexture);
+        glDeleteTextures(1, &colorTexture);
         GlTest::TearDown();
     }
 
     /// Draws into floats from here on, which keep what fragment stages give.
     void drawIntoFloats() const {
         glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
-        glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, colourTexture, 0);
+        glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, colorTexture, 0);
         glViewport(0, 0, SIDE, SIDE);
         glClearColor(0, 0, 0, 0);
         glClear(GL_COLOR_BUFFER_BIT);
@@ -125,9 +125,9 @@ protected:
     void setLight(std::size_t const& i, Light const& light) {
         scene.lights[i] = light;
         auto const name = static_cast<GLenum>(GL_LIGHT0 + i);
-        setColour([&](float const* c) { glLightfv(name, GL_AMBIENT, c); }, light.ambient);
-        setColour([&](float const* c) { glLightfv(name, GL_DIFFUSE, c); }, light.diffuse);
-        setColour([&](float const* c) { glLightfv(name, GL_SPECULAR, c); }, light.specular);
+        setColor([&](float const* c) { glLightfv(name, GL_AMBIENT, c); }, light.ambient);
+        setColor([&](float const* c) { glLightfv(name, GL_DIFFUSE, c); }, light.diffuse);
+        setColor([&](float const* c) { glLightfv(name, GL_SPECULAR, c); }, light.specular);
         std::array<float, 4> position{};
         std::copy(light.position.begin(), light.position.end(), position.begin());
         glLightfv(name, GL_POSITION, position.data());
@@ -137,15 +137,15 @@ protected:
     }
 
     static void setMaterial(GLenum const& face, Material const& material) {
-        setColour([&](float const* c) { glMaterialfv(face, GL_AMBIENT, c); }, material.ambient);
-        setColour([&](float const* c) { glMaterialfv(face, GL_DIFFUSE, c); }, material.diffuse);
-        setColour([&](float const* c) { glMaterialfv(face, GL_SPECULAR, c); }, material.specular);
+        setColor([&](float const* c) { glMaterialfv(face, GL_AMBIENT, c); }, material.ambient);
+        setColor([&](float const* c) { glMaterialfv(face, GL_DIFFUSE, c); }, material.diffuse);
+        setColor([&](float const* c) { glMaterialfv(face, GL_SPECULAR, c); }, material.specular);
         glMaterialf(face, GL_SHININESS, static_cast<float>(material.shininess));
     }
 
     template <class Set>
-    static void setColour(Set const& set, Vec3 const& colour) {
-        std::array<float, 4> const values{float(colour[0]), float(colour[1]), float(colour[2]), 1};
+    static void setColor(Set const& set, Vec3 const& color) {
+        std::array<float, 4> const values{float(color[0]), float(color[1]), float(color[2]), 1};
         set(values.data());
     }
 
@@ -159,7 +159,7 @@ protected:
         glEnd();
     }
 
-    /// One pass; without blending, so that the framebuffer has the fragment stage's own colours.
+    /// One pass; without blending, so that the framebuffer has the fragment stage's own colors.
     static void draw(Base_shader& effect, std::vector<Input> const& vertices) {
         effect.preprocess();
         glDisable(GL_BLEND);
@@ -223,7 +223,7 @@ protected:
 
     Core_RL_GL layer;
     Scene scene;
-    GLuint colourTexture = 0;
+    GLuint colorTexture = 0;
     GLuint framebuffer = 0;
 };
 
@@ -269,7 +269,7 @@ TEST_F(Displacement_gl_test, alphaIsTheSumOfOneForEachLight) {
     }
 }
 
-TEST_F(Displacement_gl_test, halfGreyLeavesVerticesInPlaceWithHalfAlpha) {
+TEST_F(Displacement_gl_test, halfGrayLeavesVerticesInPlaceWithHalfAlpha) {
     for (float const alpha : {0.5F, 1.0F}) {
         drawIntoFloats();
         lookAt(50);

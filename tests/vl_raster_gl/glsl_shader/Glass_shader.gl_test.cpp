@@ -30,7 +30,7 @@ constexpr int FRAME_HEIGHT = 150;  // alike
 constexpr int TEXTURE = 256;       // what both are rounded up to
 constexpr int ENVIRONMENT = 32;    // texels along a side
 
-/// What lies behind the glass: smooth, so that neighbours differ by little, and different everywhere.
+/// What lies behind the glass: smooth, so that neighbors differ by little, and different everywhere.
 Vec3 background(int const& x, int const& y) {
     auto const u = static_cast<float>(x) / 255;
     auto const v = static_cast<float>(y) / 255;
@@ -87,11 +87,11 @@ protected:
         std::vector<unsigned char> bytes;
         for (int y = 0; y < height; ++y) {
             for (int x = 0; x < width; ++x) {
-                Vec3 const colour = background(x, y);
-                for (float const c : {colour.x, colour.y, colour.z, 1.0F}) {
+                Vec3 const color = background(x, y);
+                for (float const c : {color.x, color.y, color.z, 1.0F}) {
                     bytes.push_back(static_cast<unsigned char>(std::lround(255 * c)));
                 }
-                frame.at(x, y) = colour;
+                frame.at(x, y) = color;
             }
         }
         glUseProgram(0);  // an effect that has just been created is in use, and pixels go through it too
@@ -146,7 +146,7 @@ protected:
         return clamp(std::abs(dot(normalized(v.eyeDir), v.normal)) * mixRatio, 0.1F, 0.9F);
     }
 
-    Vec3 colour(Varyings const& v) {
+    Vec3 color(Varyings const& v) {
         Vec3 const base = baseColor * v.light[0] + baseColor * v.light[1];
         return mix(mix(reflection(v), refraction(v), fresnel(v)), base, 0.2F);
     }
@@ -164,7 +164,7 @@ protected:
         drawPoint(effect, corner);
         std::array<int, 2> const at = place(corner);
         Pixel const pixel = pixelAt(at[0], at[1]);
-        Vec3 const wanted = colour(varyings(corner));
+        Vec3 const wanted = color(varyings(corner));
         EXPECT_LE(distance(pixel, wanted), STEPS)
             << testing::PrintToString(pixel) << " for " << 255 * wanted.x << ", " << 255 * wanted.y << ", "
             << 255 * wanted.z << " at " << at[0] << ", " << at[1] << " " << effect.getLog();
@@ -203,7 +203,7 @@ TEST_F(Glass_shader_gl_test, theProgramLinksAndItsUniformsExist) {
     EXPECT_EQ(linked, GL_TRUE);
 }
 
-TEST_F(Glass_shader_gl_test, pointsHaveTheColourOfTheFormula) {
+TEST_F(Glass_shader_gl_test, pointsHaveTheColorOfTheFormula) {
     Glass_shader effect;
     prepare(effect);
     for (Corner const& corner : CORNERS) {
@@ -211,7 +211,7 @@ TEST_F(Glass_shader_gl_test, pointsHaveTheColourOfTheFormula) {
     }
 }
 
-TEST_F(Glass_shader_gl_test, depthAndMixRatioChangeTheColourAsTheFormulaDoes) {
+TEST_F(Glass_shader_gl_test, depthAndMixRatioChangeTheColorAsTheFormulaDoes) {
     Glass_shader effect;
     for (float const d : {-0.5F, 0.0F, 0.3F, 1.0F}) {
         for (float const ratio : {-1.0F, 0.0F, 0.5F, 2.0F, 100.0F}) {
@@ -224,7 +224,7 @@ TEST_F(Glass_shader_gl_test, depthAndMixRatioChangeTheColourAsTheFormulaDoes) {
     }
 }
 
-TEST_F(Glass_shader_gl_test, aWholeTriangleHasTheColourOfTheFormula) {
+TEST_F(Glass_shader_gl_test, aWholeTriangleHasTheColorOfTheFormula) {
     std::array<Corner, 3> const corners{{{{-1.2F, -0.9F, 0.3F}, {-0.5F, -0.4F, 1}},
                                          {{1.1F, -0.7F, -0.4F}, {0.6F, -0.3F, 1}},
                                          {{0.1F, 1, 0.6F}, {0.1F, 0.7F, 1}}}};
@@ -259,8 +259,8 @@ TEST_F(Glass_shader_gl_test, aWholeTriangleHasTheColourOfTheFormula) {
                 v.light[1] += ends[i].light[1] * share[i];
             }
             ++inside;
-            wrong += distance(&pixels[static_cast<std::size_t>((height - 1 - y) * width + x) * 4],
-                              colour(v)) > STEPS
+            wrong += distance(&pixels[static_cast<std::size_t>((height - 1 - y) * width + x) * 4], color(v)) >
+                             STEPS
                          ? 1
                          : 0;
         }
@@ -402,7 +402,7 @@ TEST_F(Glass_shader_gl_test, picturesOfEveryWrongKindLeaveNoError) {
     std::string const whole = folder.read("environment.png");
     picture_files::writePng(folder.file("narrow.png"), {1, 7}, environmentSample);
     picture_files::writePng(folder.file("deep.png"), {5, 3, 16}, environmentSample);
-    picture_files::writePng(folder.file("grey.png"), {5, 3, 8, 0}, environmentSample);
+    picture_files::writePng(folder.file("gray.png"), {5, 3, 8, 0}, environmentSample);
     picture_files::writePng(folder.file("wide.png"), {16384, 1}, environmentSample);
     picture_files::writeExr(folder.file("floats.exr"), {0, 0, 3, 3, {{"R"}, {"G"}, {"B"}}},
                             [](auto x, auto, auto) { return x == 0 ? NAN : INFINITY; });
@@ -412,7 +412,7 @@ TEST_F(Glass_shader_gl_test, picturesOfEveryWrongKindLeaveNoError) {
                                          folder.write("cut.png", whole.substr(0, whole.size() / 2)),
                                          folder.file("narrow.png"),
                                          folder.file("deep.png"),
-                                         folder.file("grey.png"),
+                                         folder.file("gray.png"),
                                          folder.file("wide.png"),
                                          folder.file("floats.exr"),
                                          "/dev/null"};
@@ -441,7 +441,7 @@ TEST_F(Glass_shader_gl_test, parametersThatAreNoNumbersLeaveNoError) {
 
 // == State ==
 
-TEST_F(Glass_shader_gl_test, aPassRestoresAllButColourAndTextureUnits) {
+TEST_F(Glass_shader_gl_test, aPassRestoresAllButColorAndTextureUnits) {
     Glass_shader effect;
     prepare(effect);
     drawPoint(effect, CORNERS[0]);

@@ -20,30 +20,30 @@ namespace vellum {
 namespace {
 
 using Type = Base_shader::ProcessType;
-using Colour = std::array<float, 3>;
+using Color = std::array<float, 3>;
 
 constexpr int STEPS = 1;  // of 255, for the rounding of the frame buffer
 
 /// What the vertex stages compute, for a particle with this vector.
 struct Ramp {
-    Colour minColor{0.1F, 0.2F, 0.9F};
-    Colour maxColor{0.9F, 0.4F, 0.1F};
-    Colour clampColor{0, 1, 0};
+    Color minColor{0.1F, 0.2F, 0.9F};
+    Color maxColor{0.9F, 0.4F, 0.1F};
+    Color clampColor{0, 1, 0};
     float minMagnitude = 1;
     float maxMagnitude = 3;
     float scale = 2;
 
-    Colour colour(unsigned int const& type, Colour const& v, bool const& isArrow) const {
+    Color color(unsigned int const& type, Color const& v, bool const& isArrow) const {
         if (type == 4 || (isArrow && type > 4)) {
             return maxColor;
         }
-        Colour const chosen = type == 1   ? Colour{v[0], v[0], v[0]}
-                              : type == 2 ? Colour{v[1], v[1], v[1]}
-                              : type == 3 ? Colour{v[2], v[2], v[2]}
-                                          : v;
+        Color const chosen = type == 1   ? Color{v[0], v[0], v[0]}
+                             : type == 2 ? Color{v[1], v[1], v[1]}
+                             : type == 3 ? Color{v[2], v[2], v[2]}
+                                         : v;
         float const speed =
             std::sqrt(chosen[0] * chosen[0] + chosen[1] * chosen[1] + chosen[2] * chosen[2]) / scale;
-        Colour result = minColor;
+        Color result = minColor;
         float const divisor = maxMagnitude - minMagnitude;
         if (std::abs(divisor) > 1e-14) {
             float const rate = (speed - minMagnitude) / divisor;
@@ -80,7 +80,7 @@ protected:
     }
 
     /// One particle through an effect.
-    static void draw(Base_shader& effect, Colour const& position, Colour const& vector) {
+    static void draw(Base_shader& effect, Color const& position, Color const& vector) {
         effect.preprocess();
         glEnableClientState(GL_VERTEX_ARRAY);
         glEnableClientState(GL_COLOR_ARRAY);
@@ -93,9 +93,9 @@ protected:
         effect.cleanup();
     }
 
-    static bool isNear(Pixel const& pixel, Colour const& colour, float const& factor = 1) {
+    static bool isNear(Pixel const& pixel, Color const& color, float const& factor = 1) {
         for (int c = 0; c < 3; ++c) {
-            if (std::abs(pixel[c] - 255 * colour[c] * factor) > STEPS + 0.5F) {
+            if (std::abs(pixel[c] - 255 * color[c] * factor) > STEPS + 0.5F) {
                 return false;
             }
         }
@@ -106,58 +106,57 @@ protected:
     Ramp ramp;
 };
 
-const std::vector<Colour> VECTORS{{3, -1, 2},   {-5, 0.5F, 0}, {0, 0, 0},     {0.7F, 0.7F, 0.7F},
-                                  {6, 0, 0},    {0, -6, 0},    {0, 0, 6},     {100, 100, 100},
-                                  {0, 3.4F, 2}, {-2, -2, -2},  {1.5F, -8, 1}, {2, 2.5F, -3.5F}};
+const std::vector<Color> VECTORS{{3, -1, 2},   {-5, 0.5F, 0}, {0, 0, 0},     {0.7F, 0.7F, 0.7F},
+                                 {6, 0, 0},    {0, -6, 0},    {0, 0, 6},     {100, 100, 100},
+                                 {0, 3.4F, 2}, {-2, -2, -2},  {1.5F, -8, 1}, {2, 2.5F, -3.5F}};
 
-// == Colours ==
+// == Colors ==
 
-TEST_F(Impostors_gl_test, pointsHaveTheColourOfTheFormula) {
+TEST_F(Impostors_gl_test, pointsHaveTheColorOfTheFormula) {
     glPointSize(9);
     for (unsigned int type = 0; type <= 7; ++type) {
         PointRendering_shader effect((Type(type)));
         prepare(effect, 1);
-        for (Colour const& vector : VECTORS) {
+        for (Color const& vector : VECTORS) {
             glClear(GL_COLOR_BUFFER_BIT);
             draw(effect, {0, 0, 0}, vector);
-            ASSERT_TRUE(isNear(readPixel(128, 128), ramp.colour(type, vector, false)))
+            ASSERT_TRUE(isNear(readPixel(128, 128), ramp.color(type, vector, false)))
                 << "type " << type << ", vector " << testing::PrintToString(vector) << ", pixel "
                 << testing::PrintToString(readPixel(128, 128)) << effect.getLog();
         }
     }
 }
 
-TEST_F(Impostors_gl_test, spheresHaveTheColourOfTheFormulaUnderTheFixedLight) {
+TEST_F(Impostors_gl_test, spheresHaveTheColorOfTheFormulaUnderTheFixedLight) {
     for (unsigned int type = 0; type <= 7; ++type) {
         SphereRendering_shader effect((Type(type)));
         prepare(effect, 1);
-        for (Colour const& vector : VECTORS) {
+        for (Color const& vector : VECTORS) {
             glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
             draw(effect, {0, 0, 0}, vector);
-            // At the centre the normal points at the viewer: its product with the light (1, 1/2, 1/2) is 0.5 / 1.2247.
+            // At the center the normal points at the viewer: its product with the light (1, 1/2, 1/2) is 0.5 / 1.2247.
             float const diffuse = 0.5F * 0.5F / std::sqrt(1.5F) + 0.5F;
-            ASSERT_TRUE(isNear(readPixel(128, 128), ramp.colour(type, vector, false), diffuse))
+            ASSERT_TRUE(isNear(readPixel(128, 128), ramp.color(type, vector, false), diffuse))
                 << "type " << type << ", vector " << testing::PrintToString(vector) << effect.getLog();
         }
     }
 }
 
-TEST_F(Impostors_gl_test, arrowsHaveTheColourOfTheirFormula) {
+TEST_F(Impostors_gl_test, arrowsHaveTheColorOfTheirFormula) {
     for (unsigned int type = 0; type <= 7; ++type) {
         ArrowRendering_shader effect((Type(type)));
         prepare(effect, 0.1F);
-        for (Colour const& vector :
-             {Colour{6, 0, 0}, Colour{3, 0, 2}, Colour{5, 0, -1}, Colour{2.5F, 0, 0}}) {
+        for (Color const& vector : {Color{6, 0, 0}, Color{3, 0, 2}, Color{5, 0, -1}, Color{2.5F, 0, 0}}) {
             glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
             draw(effect, {0, 0, 0}, vector);
-            ASSERT_TRUE(isNear(readPixel(132, 127), ramp.colour(type, vector, true)) ||
-                        isNear(readPixel(132, 128), ramp.colour(type, vector, true)))
+            ASSERT_TRUE(isNear(readPixel(132, 127), ramp.color(type, vector, true)) ||
+                        isNear(readPixel(132, 128), ramp.color(type, vector, true)))
                 << "type " << type << ", vector " << testing::PrintToString(vector) << effect.getLog();
         }
     }
 }
 
-TEST_F(Impostors_gl_test, aFullRateIsTheMaximumForPointsAndTheClampColourForArrows) {
+TEST_F(Impostors_gl_test, aFullRateIsTheMaximumForPointsAndTheClampColorForArrows) {
     // Numbers without rounding: speed 4 / 2, range 1 to 2.
     ramp.maxMagnitude = 2;
     glPointSize(5);
@@ -173,7 +172,7 @@ TEST_F(Impostors_gl_test, aFullRateIsTheMaximumForPointsAndTheClampColourForArro
     EXPECT_TRUE(isNear(readPixel(132, 127), ramp.clampColor) || isNear(readPixel(132, 128), ramp.clampColor));
 }
 
-TEST_F(Impostors_gl_test, aRangeWithoutExtentGivesTheMinimumColour) {
+TEST_F(Impostors_gl_test, aRangeWithoutExtentGivesTheMinimumColor) {
     ramp.maxMagnitude = ramp.minMagnitude;
     glPointSize(5);
     PointRendering_shader effect((Type(0)));
@@ -204,8 +203,8 @@ TEST_F(Impostors_gl_test, aSphereIsADiscWithHalfLambertShading) {
                 wrong += pixel == Pixel{0, 0, 0, 0} ? 0 : 1;
                 continue;
             }
-            float const towardsLight = (u + 0.5F * v + 0.5F * std::sqrt(zz)) / std::sqrt(1.5F);
-            float const diffuse = std::max(towardsLight, 0.0F) * 0.5F + 0.5F;
+            float const towardLight = (u + 0.5F * v + 0.5F * std::sqrt(zz)) / std::sqrt(1.5F);
+            float const diffuse = std::max(towardLight, 0.0F) * 0.5F + 0.5F;
             wrong += isNear(pixel, ramp.maxColor, diffuse) && pixel[3] == 255 ? 0 : 1;
         }
     }

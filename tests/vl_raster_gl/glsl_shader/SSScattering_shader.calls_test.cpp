@@ -170,10 +170,10 @@ TEST_F(SSScattering_shader_calls_test, aSetterEnablesWhenTheValueDiffersOrTheEff
         std::function<void(SSScattering_shader&, float)> set;
     };
     std::vector<Row> const rows{
-        {"base colour", [](auto& effect, float v) { effect.setBaseColor(1, 1, 1, v); }},
+        {"base color", [](auto& effect, float v) { effect.setBaseColor(1, 1, 1, v); }},
         {"thickness", [](auto& effect, float v) { effect.setMaterialThickness(v); }},
         {"extinction", [](auto& effect, float v) { effect.setExtinctionCoefficient(1, 1, v); }},
-        {"extinction as a colour",
+        {"extinction as a color",
          [](auto& effect, float v) {
              effect.setExtinctionCoefficient(Color4<float>{1, 1, 1, v});
          }},

@@ -86,20 +86,20 @@ protected:
         }
         float const through = thickness * std::max(0.0F, dot(-n, l)) + thickness * halfLambert(-e, l);
         float const alpha = out[3] + 1;
-        Vec3 colour = xyz(out) + extinction * (through * arrives);
+        Vec3 color = xyz(out) + extinction * (through * arrives);
 
         float const turned = 1 - std::max(0.0F, dot(n, e));
-        colour = colour + specular * (turned * turned * std::max(0.0F, dot(n, l)) * rim * arrives * alpha);
+        color = color + specular * (turned * turned * std::max(0.0F, dot(n, l)) * rim * arrives * alpha);
 
         // The value 0 limited to 1 from below first, then to the cosine from above.
         float const cosine = std::min(std::max(0.0F, 1.0F), dot(n, normalized(n + l)));
         float shininess = 0;
         glGetMaterialfv(GL_FRONT, GL_SHININESS, &shininess);
-        colour = colour + specular * (std::pow(cosine, shininess) * arrives * alpha * 0.05F);
-        return times(colour, xyz(light.diffuse));
+        color = color + specular * (std::pow(cosine, shininess) * arrives * alpha * 0.05F);
+        return times(color, xyz(light.diffuse));
     }
 
-    Vec3 colour(Varyings const& v) const {
+    Vec3 color(Varyings const& v) const {
         Vec3 sum = scattered(Light(0), v);
         return lights > 1 ? sum + scattered(Light(1), v) : sum;
     }
@@ -110,7 +110,7 @@ protected:
         Vec4 const clip = Transform().clip(corner.position);
         Pixel const pixel = readPixel(static_cast<int>((clip[0] / clip[3] + 1) / 2 * width),
                                       static_cast<int>((1 - clip[1] / clip[3]) / 2 * height));
-        Vec3 const wanted = colour(varyings(corner));
+        Vec3 const wanted = color(varyings(corner));
         EXPECT_LE(distance(pixel, wanted), STEPS)
             << testing::PrintToString(pixel) << " for " << 255 * wanted.x << ", " << 255 * wanted.y << ", "
             << 255 * wanted.z << " " << effect.getLog();
@@ -145,7 +145,7 @@ TEST_F(SSScattering_shader_gl_test, theProgramLinksAndItsUniformsExist) {
     }
 }
 
-TEST_F(SSScattering_shader_gl_test, pointsHaveTheColourOfTheFormulaWithOneLight) {
+TEST_F(SSScattering_shader_gl_test, pointsHaveTheColorOfTheFormulaWithOneLight) {
     SSScattering_shader effect;
     prepare(effect);
     for (Corner const& corner : CORNERS) {
@@ -153,7 +153,7 @@ TEST_F(SSScattering_shader_gl_test, pointsHaveTheColourOfTheFormulaWithOneLight)
     }
 }
 
-TEST_F(SSScattering_shader_gl_test, pointsHaveTheColourOfTheFormulaWithTwoLights) {
+TEST_F(SSScattering_shader_gl_test, pointsHaveTheColorOfTheFormulaWithTwoLights) {
     SSScattering_shader effect;
     lights = 2;
     prepare(effect);
@@ -170,7 +170,7 @@ TEST_F(SSScattering_shader_gl_test, aThirdLightAddsNothing) {
     checkPoint(effect, CORNERS[1]);
 }
 
-TEST_F(SSScattering_shader_gl_test, eachParameterChangesTheColourAsTheFormulaDoes) {
+TEST_F(SSScattering_shader_gl_test, eachParameterChangesTheColorAsTheFormulaDoes) {
     SSScattering_shader effect;
     lights = 2;
     auto const check = [&] {
@@ -194,7 +194,7 @@ TEST_F(SSScattering_shader_gl_test, eachParameterChangesTheColourAsTheFormulaDoe
     check();
 }
 
-TEST_F(SSScattering_shader_gl_test, aWholeTriangleHasTheColourOfTheFormula) {
+TEST_F(SSScattering_shader_gl_test, aWholeTriangleHasTheColorOfTheFormula) {
     std::array<Corner, 3> const corners{{{{-1.2F, -0.9F, 0.3F}, {-0.5F, -0.4F, 1}},
                                          {{1.1F, -0.7F, -0.4F}, {0.6F, -0.3F, -1}},
                                          {{0.1F, 1, 0.6F}, {0.1F, 0.7F, 1}}}};
@@ -224,8 +224,7 @@ TEST_F(SSScattering_shader_gl_test, aWholeTriangleHasTheColourOfTheFormula) {
                 v.position = v.position + ends[i].position * share[i];
             }
             ++inside;
-            wrong +=
-                distance(&pixels[static_cast<std::size_t>(y * width + x) * 4], colour(v)) > STEPS ? 1 : 0;
+            wrong += distance(&pixels[static_cast<std::size_t>(y * width + x) * 4], color(v)) > STEPS ? 1 : 0;
         }
     }
     EXPECT_GT(inside, 8000);
@@ -237,11 +236,11 @@ TEST_F(SSScattering_shader_gl_test, theSecondLightIsAdded) {
     prepare(effect);
     Corner const corner = CORNERS[4];
     checkPoint(effect, corner);
-    Vec3 const one = colour(varyings(corner));
+    Vec3 const one = color(varyings(corner));
     lights = 2;
     prepare(effect);
     checkPoint(effect, corner);
-    EXPECT_GT(colour(varyings(corner)).z, one.z + 0.05F);
+    EXPECT_GT(color(varyings(corner)).z, one.z + 0.05F);
 }
 
 // == Single terms ==
@@ -339,7 +338,7 @@ TEST_F(SSScattering_shader_gl_test, aPassOfAnEffectThatIsNotCreatedLeavesNoError
 
 // == State ==
 
-TEST_F(SSScattering_shader_gl_test, aPassRestoresAllButTheColour) {
+TEST_F(SSScattering_shader_gl_test, aPassRestoresAllButTheColor) {
     SSScattering_shader effect;
     lights = 2;
     for (bool const isDirty : {true, false}) {

@@ -8,7 +8,7 @@
 #include <vector>
 
 /// What the displacement effects compute, once more and in plain C++ with doubles: vertices, tessellation, a rasterizer
-/// that interpolates perspectively, and the colours of pixels.
+/// that interpolates perspectively, and the colors of pixels.
 namespace vellum::displacement_reference {
 
 using Vec2 = std::array<double, 2>;
@@ -377,7 +377,7 @@ struct Fragment {
 };
 
 /// The pixels inside triangles, those drawn later over those drawn earlier; a pixel
-/// whose centre may lie on an edge of any triangle is left out. All vertices lie in front of the eye.
+/// whose center may lie on an edge of any triangle is left out. All vertices lie in front of the eye.
 inline std::vector<Fragment> rasterize(std::vector<Vertex> const& triangles, int const& width,
                                        int const& height, std::function<Vec4(Vertex const&)> const& shade) {
     std::vector<char> isUncertain(static_cast<std::size_t>(width * height), 0);

@@ -218,11 +218,11 @@ inline std::vector<std::string> withLightsThatStay(std::vector<std::string> name
     return names;
 }
 
-/// The largest difference of a pixel, 0 to 255, from a colour, 0 to 1, that is limited first.
+/// The largest difference of a pixel, 0 to 255, from a color, 0 to 1, that is limited first.
 template <class Pixel>
-float distance(Pixel const& pixel, Vec3 const& colour) {
+float distance(Pixel const& pixel, Vec3 const& color) {
     float largest = 0;
-    float const wanted[3] = {colour.x, colour.y, colour.z};
+    float const wanted[3] = {color.x, color.y, color.z};
     for (int c = 0; c < 3; ++c) {
         largest = std::max(largest, std::abs(static_cast<float>(pixel[c]) - 255 * clamp(wanted[c], 0, 1)));
     }

@@ -236,7 +236,7 @@ TEST_F(AcceleratorMemory_test, anAcceleratorWithoutAnswerLeavesTheOneBefore) {
     EXPECT_EQ(read({withFreeBytes(3 * MEGABYTE), withoutProperties(), Accelerator{}}), 3 * 1024);
 }
 
-TEST_F(AcceleratorMemory_test, bytesBecomeKilobytesTowardsZero) {
+TEST_F(AcceleratorMemory_test, bytesBecomeKilobytesTowardZero) {
     struct Row {
         std::int64_t bytes;
         int kilobytes;

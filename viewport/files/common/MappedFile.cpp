@@ -45,15 +45,15 @@ Result<MappedFile> MappedFile::open(std::string const& path) {
 }
 
 MappedFile::~MappedFile() {
-    if (!_bytes.empty()) {
-        ::munmap(const_cast<char*>(_bytes.data()), _bytes.size());
+    if (!content.empty()) {
+        ::munmap(const_cast<char*>(content.data()), content.size());
     }
 }
 
-MappedFile::MappedFile(MappedFile&& other) noexcept : _bytes(std::exchange(other._bytes, {})) {}
+MappedFile::MappedFile(MappedFile&& other) noexcept : content(std::exchange(other.content, {})) {}
 
 MappedFile& MappedFile::operator=(MappedFile&& other) noexcept {
-    std::swap(_bytes, other._bytes);
+    std::swap(content, other.content);
     return *this;
 }
 

@@ -22,12 +22,12 @@ public:
     MappedFile& operator=(MappedFile const&) = delete;
 
     /// Valid as long as this object lives.
-    std::string_view bytes() const { return _bytes; }
+    std::string_view bytes() const { return content; }
 
 private:
-    explicit MappedFile(std::string_view const& bytes) : _bytes(bytes) {}
+    explicit MappedFile(std::string_view bytes) : content(bytes) {}
 
-    std::string_view _bytes;  // the mapping, or empty after a move
+    std::string_view content;  // the mapping, or empty after a move
 };
 
 }  // namespace vellum::viewport

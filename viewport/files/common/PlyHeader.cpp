@@ -6,7 +6,7 @@ namespace vellum::viewport {
 
 namespace {
 
-std::optional<PlyScalarType> toScalarType(std::string_view const& word) {
+std::optional<PlyScalarType> toScalarType(std::string_view word) {
     struct Row {
         std::string_view name;
         PlyScalarType type;
@@ -66,15 +66,15 @@ bool addElement(std::string_view line, PlyHeader& header) {
 
 bool setFormat(std::string_view line, PlyHeader& header) {
     std::string_view const format = takeWord(line);
-    header.format = format == "binary_little_endian" ? PlyFormat::littleEndian
-                    : format == "binary_big_endian"  ? PlyFormat::bigEndian
-                                                     : PlyFormat::text;
-    return header.format != PlyFormat::text || format == "ascii";
+    header.format = format == "binary_little_endian" ? PlyFormat::BINARY_LITTLE
+                    : format == "binary_big_endian"  ? PlyFormat::BINARY_BIG
+                                                     : PlyFormat::TEXT;
+    return header.format != PlyFormat::TEXT || format == "ascii";
 }
 
 }  // namespace
 
-std::optional<PlyHeader> readPlyHeader(std::string_view const& file) {
+std::optional<PlyHeader> readPlyHeader(std::string_view file) {
     std::string_view bytes = file;
     PlyHeader header;
     std::string_view first = takeLine(bytes);

@@ -27,16 +27,16 @@ struct PlyElement {
     std::vector<PlyProperty> properties;
 };
 
-enum class PlyFormat { text, littleEndian, bigEndian };
+enum class PlyFormat { TEXT, BINARY_LITTLE, BINARY_BIG };
 
 /// What the first lines of a PLY file declare.
 struct PlyHeader {
-    PlyFormat format = PlyFormat::text;
+    PlyFormat format = PlyFormat::TEXT;
     std::vector<PlyElement> elements;  // in the order of the body
     std::string_view body;             // all that follows the header; lives as long as the file's bytes
 };
 
 /// Reads the header; nothing where the bytes are not PLY or the header is not whole or not understood.
-std::optional<PlyHeader> readPlyHeader(std::string_view const& file);
+std::optional<PlyHeader> readPlyHeader(std::string_view file);
 
 }  // namespace vellum::viewport

@@ -34,12 +34,12 @@ public:
     /// Creates it in the folder. On failure isOpen() is false and errno says why.
     explicit TemporaryFile(fs::path const& folder) {
         constexpr int mostAttempts = 100;
-        for (int attempt = 0; attempt < mostAttempts && _stream == nullptr; ++attempt) {
-            _path = folder /
-                    (".vl_viewport-" + std::to_string(getpid()) + "-" + std::to_string(attempt) + ".tmp");
-            int const descriptor = ::open(_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        for (int attempt = 0; attempt < mostAttempts && file == nullptr; ++attempt) {
+            location = folder /
+                       (".vl_viewport-" + std::to_string(getpid()) + "-" + std::to_string(attempt) + ".tmp");
+            int const descriptor = ::open(location.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
             if (descriptor >= 0) {
-                _stream = ::fdopen(descriptor, "wb");
+                file = ::fdopen(descriptor, "wb");
             } else if (errno != EEXIST) {
                 break;
             }
@@ -47,27 +47,27 @@ public:
     }
 
     ~TemporaryFile() {
-        if (_stream != nullptr) {
-            std::fclose(_stream);
+        if (file != nullptr) {
+            std::fclose(file);
         }
-        if (_wasOpened() && !_isRenamed) {
-            ::unlink(_path.c_str());
+        if (_wasOpened() && !isRenamed) {
+            ::unlink(location.c_str());
         }
     }
 
     TemporaryFile(TemporaryFile const&) = delete;
     TemporaryFile& operator=(TemporaryFile const&) = delete;
 
-    bool isOpen() const { return _stream != nullptr; }
-    std::FILE* stream() const { return _stream; }
+    bool isOpen() const { return file != nullptr; }
+    std::FILE* stream() const { return file; }
 
     /// False when something could not be written, with errno.
     bool close() {
-        _isClosed = true;
-        bool const isWritten = std::fflush(_stream) == 0 && std::ferror(_stream) == 0;
+        hasEnded = true;
+        bool const isWritten = std::fflush(file) == 0 && std::ferror(file) == 0;
         int const reason = errno;
-        bool const isClosed = std::fclose(_stream) == 0;
-        _stream = nullptr;
+        bool const isClosed = std::fclose(file) == 0;
+        file = nullptr;
         if (!isWritten) {
             errno = reason;
         }
@@ -76,17 +76,17 @@ public:
 
     /// After close(). False with errno.
     bool renameTo(fs::path const& target) {
-        _isRenamed = std::rename(_path.c_str(), target.c_str()) == 0;
-        return _isRenamed;
+        isRenamed = std::rename(location.c_str(), target.c_str()) == 0;
+        return isRenamed;
     }
 
 private:
-    bool _wasOpened() const { return _stream != nullptr || _isClosed; }
+    bool _wasOpened() const { return file != nullptr || hasEnded; }
 
-    fs::path _path;
-    std::FILE* _stream = nullptr;
-    bool _isClosed = false;
-    bool _isRenamed = false;
+    fs::path location;
+    std::FILE* file = nullptr;
+    bool hasEnded = false;
+    bool isRenamed = false;
 };
 
 }  // namespace

@@ -25,9 +25,9 @@ namespace vellum::viewport {
 
 namespace {
 
-constexpr Color4<float> plainColour{0.74F, 0.76F, 0.80F, 1.0F};  // of what has no colour of its own
+constexpr Color4<float> PLAIN_COLOR{0.74F, 0.76F, 0.80F, 1.0F};  // of what has no color of its own
 
-std::string lowerCase(std::string_view const& text) {
+std::string lowerCase(std::string_view text) {
     std::string lower(text);
     std::transform(lower.begin(), lower.end(), lower.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
@@ -42,19 +42,19 @@ public:
     DamageWatch() {
         Assimp::DefaultLogger::create("", Assimp::Logger::NORMAL, 0);
         // The logger deletes its streams.
-        Assimp::DefaultLogger::get()->attachStream(new Stream(_note),
+        Assimp::DefaultLogger::get()->attachStream(new Stream(firstNote),
                                                    Assimp::Logger::Err | Assimp::Logger::Warn);
     }
     ~DamageWatch() { Assimp::DefaultLogger::kill(); }
     DamageWatch(DamageWatch const&) = delete;
     DamageWatch& operator=(DamageWatch const&) = delete;
 
-    std::string const& note() const { return _note; }  ///< empty while there is none
+    std::string const& note() const { return firstNote; }  ///< empty while there is none
 
 private:
     class Stream : public Assimp::LogStream {
     public:
-        explicit Stream(std::string& note) : _note(note) {}
+        explicit Stream(std::string& note) : firstNote(note) {}
 
         void write(char const* line) override {
             // Other notes are about what the drawing does without: textures, animations, unknown extensions.
@@ -68,8 +68,8 @@ private:
             bool const tellsDamage =
                 std::any_of(std::begin(damage), std::end(damage),
                             [&](auto const& words) { return text.find(words) != std::string::npos; });
-            if (tellsDamage && _note.empty()) {
-                _note = withoutPrefix(line);
+            if (tellsDamage && firstNote.empty()) {
+                firstNote = withoutPrefix(line);
             }
         }
 
@@ -83,10 +83,10 @@ private:
             return std::string(line.substr(0, line.find('\n')));
         }
 
-        std::string& _note;
+        std::string& firstNote;
     };
 
-    std::string _note;
+    std::string firstNote;
 };
 
 // == Checks ==
@@ -125,7 +125,7 @@ Matrix4<double> toMatrix(aiMatrix4x4 const& m) {
     return {{m.a1, m.b1, m.c1, m.d1, m.a2, m.b2, m.c2, m.d2, m.a3, m.b3, m.c3, m.d3, m.a4, m.b4, m.c4, m.d4}};
 }
 
-Vector3<double> column(Matrix4<double> const& m, int const& index) {
+Vector3<double> column(Matrix4<double> const& m, int index) {
     return {m.e[4 * index], m.e[4 * index + 1], m.e[4 * index + 2]};
 }
 
@@ -133,41 +133,41 @@ Vector3<double> toVector(aiVector3D const& v) {
     return {v.x, v.y, v.z};
 }
 
-/// Colours of a material or a vertex may be anything; what is drawn is opaque and within 0 to 1.
-Color4<float> toColour(aiColor4D const& c) {
-    auto const component = [](float const& value) {
+/// Colors of a material or a vertex may be anything; what is drawn is opaque and within 0 to 1.
+Color4<float> toColor(aiColor4D const& c) {
+    auto const component = [](float value) {
         return std::isfinite(value) ? std::clamp(value, 0.0F, 1.0F) : 0.0F;
     };
     return {component(c.r), component(c.g), component(c.b), 1.0F};
 }
 
-Color4<float> materialColour(aiScene const& scene, unsigned int const& index) {
+Color4<float> materialColor(aiScene const& scene, unsigned int index) {
     if (index >= scene.mNumMaterials) {
-        return plainColour;
+        return PLAIN_COLOR;
     }
     aiMaterial const& material = *scene.mMaterials[index];
     aiColor4D diffuse;
     aiString name;
     material.Get(AI_MATKEY_NAME, name);
     if (material.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) != AI_SUCCESS) {
-        return plainColour;
+        return PLAIN_COLOR;
     }
     // What Assimp adds where a file has no material.
     std::string_view const word = name.C_Str();
-    bool const isAssimpsGrey = diffuse.r == 0.6F && diffuse.g == 0.6F && diffuse.b == 0.6F;
-    if (word == AI_DEFAULT_MATERIAL_NAME || (word.empty() && isAssimpsGrey)) {
-        return plainColour;
+    bool const isAssimpsGray = diffuse.r == 0.6F && diffuse.g == 0.6F && diffuse.b == 0.6F;
+    if (word == AI_DEFAULT_MATERIAL_NAME || (word.empty() && isAssimpsGray)) {
+        return PLAIN_COLOR;
     }
-    Color4<float> const colour = toColour(diffuse);
-    bool const isBlack = colour.r + colour.g + colour.b == 0.0F;
-    // Files leave the colour black where a texture replaces it; without the texture nothing would be seen.
+    Color4<float> const color = toColor(diffuse);
+    bool const isBlack = color.r + color.g + color.b == 0.0F;
+    // Files leave the color black where a texture replaces it; without the texture nothing would be seen.
     bool const isReplaced = material.GetTextureCount(aiTextureType_DIFFUSE) > 0 ||
                             material.GetTextureCount(aiTextureType_BASE_COLOR) > 0;
-    return isBlack && isReplaced ? plainColour : colour;
+    return isBlack && isReplaced ? PLAIN_COLOR : color;
 }
 
 /// The diffuse texture of a material: its name and, if the file itself holds it, its bytes.
-Material toMaterial(aiScene const& scene, unsigned int const& index) {
+Material toMaterial(aiScene const& scene, unsigned int index) {
     Material material;
     if (index >= scene.mNumMaterials) {
         return material;
@@ -175,8 +175,8 @@ Material toMaterial(aiScene const& scene, unsigned int const& index) {
     aiMaterial const& source = *scene.mMaterials[index];
     aiColor4D diffuse;
     if (source.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) == AI_SUCCESS) {
-        Color4<float> const colour = toColour(diffuse);
-        material.tint = colour.r + colour.g + colour.b > 0 ? colour : material.tint;
+        Color4<float> const color = toColor(diffuse);
+        material.tint = color.r + color.g + color.b > 0 ? color : material.tint;
     }
     aiString name;
     for (aiTextureType const& kind : {aiTextureType_DIFFUSE, aiTextureType_BASE_COLOR}) {
@@ -198,16 +198,15 @@ Material toMaterial(aiScene const& scene, unsigned int const& index) {
 /// Collects the meshes of a scene into one.
 class Collector {
 public:
-    Collector(aiScene const& scene, bool const& ignoreNormals)
-        : _scene(scene), _ignoreNormals(ignoreNormals) {}
+    Collector(aiScene const& scene, bool ignoreNormals) : scene(scene), ignoreNormals(ignoreNormals) {}
 
     /// False when there is more of something than a mesh holds.
     bool collect() {
-        for (unsigned int i = 0; i < _scene.mNumMaterials; ++i) {
-            _mesh.materials.push_back(toMaterial(_scene, i));
+        for (unsigned int i = 0; i < scene.mNumMaterials; ++i) {
+            collected.materials.push_back(toMaterial(scene, i));
         }
-        _mesh.materials.emplace_back();  // of meshes that have none
-        if (_scene.mRootNode == nullptr) {
+        collected.materials.emplace_back();  // of meshes that have none
+        if (scene.mRootNode == nullptr) {
             return true;
         }
         // A stack of its own, since a file may nest its nodes deeper than the call stack reaches.
@@ -215,13 +214,13 @@ public:
             aiNode const* node;
             Matrix4<double> transform;
         };
-        std::vector<Placed> open{{_scene.mRootNode, toMatrix(_scene.mRootNode->mTransformation)}};
+        std::vector<Placed> open{{scene.mRootNode, toMatrix(scene.mRootNode->mTransformation)}};
         while (!open.empty()) {
             Placed const placed = open.back();
             open.pop_back();
             for (unsigned int i = 0; i < placed.node->mNumMeshes; ++i) {
                 unsigned int const index = placed.node->mMeshes[i];
-                if (index < _scene.mNumMeshes && !_add(*_scene.mMeshes[index], placed.transform)) {
+                if (index < scene.mNumMeshes && !_add(*scene.mMeshes[index], placed.transform)) {
                     return false;
                 }
             }
@@ -235,20 +234,21 @@ public:
 
     /// The mesh, complete with the normals that the file lacks.
     MeshData take() {
-        auto const missing = std::count(_hasNormal.begin(), _hasNormal.end(), false);
-        _mesh.computedNormalCount = static_cast<std::uint64_t>(missing);
+        auto const missing = std::count(hasNormal.begin(), hasNormal.end(), false);
+        collected.computedNormalCount = static_cast<std::uint64_t>(missing);
         if (missing > 0) {
-            std::vector<Vector3<float>> const smooth = smoothVertexNormals(_mesh.positions, _mesh.triangles);
+            std::vector<Vector3<float>> const smooth =
+                smoothVertexNormals(collected.positions, collected.triangles);
             for (std::size_t i = 0; i < smooth.size(); ++i) {
-                if (!_hasNormal[i]) {
-                    _mesh.normals[i] = smooth[i];
+                if (!hasNormal[i]) {
+                    collected.normals[i] = smooth[i];
                 }
             }
         }
-        if (!_hasTextureCoordinates) {
-            _mesh.textureCoordinates.clear();
+        if (!hasTextureCoordinates) {
+            collected.textureCoordinates.clear();
         }
-        return std::move(_mesh);
+        return std::move(collected);
     }
 
 private:
@@ -258,57 +258,58 @@ private:
         if (!hasTriangle) {
             return true;
         }
-        std::size_t const base = _mesh.positions.size();
-        if (base + mesh.mNumVertices > MeshData::largestCount ||
-            _mesh.triangles.size() + mesh.mNumFaces > MeshData::largestCount) {
+        std::size_t const base = collected.positions.size();
+        if (base + mesh.mNumVertices > MeshData::LARGEST_COUNT ||
+            collected.triangles.size() + mesh.mNumFaces > MeshData::LARGEST_COUNT) {
             return false;
         }
         Vector3<double> const axes[3] = {column(transform, 0), column(transform, 1), column(transform, 2)};
         bool const isMirrored = dot(cross(axes[0], axes[1]), axes[2]) < 0;
         _addVertices(mesh, axes, column(transform, 3), isMirrored);
         _addTriangles(mesh, static_cast<unsigned int>(base), isMirrored);
-        ++_mesh.partCount;
+        ++collected.partCount;
         return true;
     }
 
     void _addVertices(aiMesh const& mesh, Vector3<double> const (&axes)[3], Vector3<double> const& origin,
-                      bool const& isMirrored) {
+                      bool isMirrored) {
         // Normals turn with the inverse of the transpose, which up to a factor is this matrix of cofactors.
         double const side = isMirrored ? -1 : 1;
         Vector3<double> const normalAxes[3] = {cross(axes[1], axes[2]) * side, cross(axes[2], axes[0]) * side,
                                                cross(axes[0], axes[1]) * side};
-        Color4<float> const colour = materialColour(_scene, mesh.mMaterialIndex);
-        bool const hasColours = mesh.HasVertexColors(0);
+        Color4<float> const color = materialColor(scene, mesh.mMaterialIndex);
+        bool const hasColors = mesh.HasVertexColors(0);
         bool const hasTexture = mesh.HasTextureCoords(0);
-        _mesh.hasVertexColours = _mesh.hasVertexColours || hasColours;
-        _hasTextureCoordinates = _hasTextureCoordinates || hasTexture;
+        collected.hasVertexColors = collected.hasVertexColors || hasColors;
+        hasTextureCoordinates = hasTextureCoordinates || hasTexture;
 
         for (unsigned int v = 0; v < mesh.mNumVertices; ++v) {
             Vector3<double> const p = toVector(mesh.mVertices[v]);
-            _mesh.positions.push_back(axes[0] * p.x + axes[1] * p.y + axes[2] * p.z + origin);
+            collected.positions.push_back(axes[0] * p.x + axes[1] * p.y + axes[2] * p.z + origin);
 
             Vector3<double> normal{0, 0, 0};
-            if (mesh.HasNormals() && !_ignoreNormals) {
+            if (mesh.HasNormals() && !ignoreNormals) {
                 Vector3<double> const n = toVector(mesh.mNormals[v]);
                 normal = normalAxes[0] * n.x + normalAxes[1] * n.y + normalAxes[2] * n.z;
             }
             double const size = length(normal);
             bool const isUsable = std::isfinite(size) && size > 0;
-            _mesh.normals.push_back(isUsable ? convert<float>(normal * (1 / size)) : Vector3<float>{0, 1, 0});
-            _hasNormal.push_back(isUsable);
+            collected.normals.push_back(isUsable ? convert<float>(normal * (1 / size))
+                                                 : Vector3<float>{0, 1, 0});
+            hasNormal.push_back(isUsable);
 
-            _mesh.colours.push_back(hasColours ? toColour(mesh.mColors[0][v]) : colour);
+            collected.colors.push_back(hasColors ? toColor(mesh.mColors[0][v]) : color);
 
             Vector2<float> texture{0, 0};
             if (hasTexture) {
                 aiVector3D const& t = mesh.mTextureCoords[0][v];
                 texture = std::isfinite(t.x) && std::isfinite(t.y) ? Vector2<float>{t.x, t.y} : texture;
             }
-            _mesh.textureCoordinates.push_back(texture);
+            collected.textureCoordinates.push_back(texture);
         }
     }
 
-    void _addTriangles(aiMesh const& mesh, unsigned int const& base, bool const& isMirrored) {
+    void _addTriangles(aiMesh const& mesh, unsigned int base, bool isMirrored) {
         for (unsigned int f = 0; f < mesh.mNumFaces; ++f) {
             aiFace const& face = mesh.mFaces[f];
             if (face.mNumIndices != 3) {
@@ -318,16 +319,17 @@ private:
             unsigned int const b = base + face.mIndices[1];
             unsigned int const c = base + face.mIndices[2];
             // A mirrored triangle turns its back; the other order of corners shows its front again.
-            _mesh.triangleMaterials.push_back(std::min(mesh.mMaterialIndex, _scene.mNumMaterials));
-            _mesh.triangles.push_back(isMirrored ? MeshData::Triangle{a, c, b} : MeshData::Triangle{a, b, c});
+            collected.triangleMaterials.push_back(std::min(mesh.mMaterialIndex, scene.mNumMaterials));
+            collected.triangles.push_back(isMirrored ? MeshData::Triangle{a, c, b}
+                                                     : MeshData::Triangle{a, b, c});
         }
     }
 
-    aiScene const& _scene;
-    bool const _ignoreNormals;
-    MeshData _mesh;
-    std::vector<bool> _hasNormal;  // per vertex: a usable one came from the file
-    bool _hasTextureCoordinates = false;
+    aiScene const& scene;
+    bool const ignoreNormals;
+    MeshData collected;
+    std::vector<bool> hasNormal;  // per vertex: a usable one came from the file
+    bool hasTextureCoordinates = false;
 };
 
 std::string readWholeFile(std::string const& path) {

@@ -10,7 +10,7 @@ namespace vellum::viewport {
 /// Reads a mesh file through Assimp, in this process and without any limit. For files that cannot be trusted,
 /// which is every file a user names, run it under importGuarded().
 ///
-/// Nodes are placed, polygons cut into triangles, points and lines left out. Colours come from the vertices or else
+/// Nodes are placed, polygons cut into triangles, points and lines left out. Colors come from the vertices or else
 /// from the material. Normals that the file lacks are computed (see VertexNormals.h).
 ///
 /// Assimp repairs some damage silently or with no more than a note in its log: an index out of range, fewer vertices

@@ -14,55 +14,55 @@ namespace {
 /// Steps over the values of a body, text or binary.
 class Body {
 public:
-    enum class Step { done, cutOff, notUnderstood };
+    enum class Step { DONE, CUT_OFF, NOT_UNDERSTOOD };
 
-    Body(std::string_view const& bytes, PlyFormat const& format) : _left(bytes), _format(format) {}
+    Body(std::string_view bytes, PlyFormat format) : _left(bytes), format(format) {}
 
-    Step skip(PlyScalarType const& type, std::uint64_t const& count) {
-        if (_format == PlyFormat::text) {
+    Step skip(PlyScalarType const& type, std::uint64_t count) {
+        if (format == PlyFormat::TEXT) {
             for (std::uint64_t i = 0; i < count; ++i) {
                 if (takeWord(_left).empty()) {
-                    return Step::cutOff;
+                    return Step::CUT_OFF;
                 }
             }
-            return Step::done;
+            return Step::DONE;
         }
         if (count > _left.size() / type.size) {
-            return Step::cutOff;
+            return Step::CUT_OFF;
         }
         _left.remove_prefix(static_cast<std::size_t>(count) * type.size);
-        return Step::done;
+        return Step::DONE;
     }
 
     Step takeLength(PlyScalarType const& type, std::uint64_t& length) {
-        if (_format == PlyFormat::text) {
+        if (format == PlyFormat::TEXT) {
             std::string_view const word = takeWord(_left);
             if (word.empty()) {
-                return Step::cutOff;
+                return Step::CUT_OFF;
             }
             std::optional<std::uint64_t> const count = toCount(word);
             length = count.value_or(0);
-            return count ? Step::done : Step::notUnderstood;
+            return count ? Step::DONE : Step::NOT_UNDERSTOOD;
         }
         if (_left.size() < type.size) {
-            return Step::cutOff;
+            return Step::CUT_OFF;
         }
         length = 0;
         unsigned char highest = 0;
         for (std::size_t i = 0; i < type.size; ++i) {
-            std::size_t const place = _format == PlyFormat::bigEndian ? i : type.size - 1 - i;
+            std::size_t const place = format == PlyFormat::BINARY_BIG ? i : type.size - 1 - i;
             auto const byte = static_cast<unsigned char>(_left[place]);
             highest = i == 0 ? byte : highest;
             length = length << 8 | byte;
         }
         _left.remove_prefix(type.size);
         bool const isNegative = type.isSigned && highest > 0x7F;
-        return isNegative ? Step::notUnderstood : Step::done;
+        return isNegative ? Step::NOT_UNDERSTOOD : Step::DONE;
     }
 
 private:
     std::string_view _left;
-    PlyFormat _format;
+    PlyFormat format;
 };
 
 Body::Step skipItem(Body& body, PlyElement const& element) {
@@ -70,19 +70,19 @@ Body::Step skipItem(Body& body, PlyElement const& element) {
         std::uint64_t count = 1;
         if (property.isList) {
             Body::Step const step = body.takeLength(property.length, count);
-            if (step != Body::Step::done) {
+            if (step != Body::Step::DONE) {
                 return step;
             }
         }
         Body::Step const step = body.skip(property.value, count);
-        if (step != Body::Step::done) {
+        if (step != Body::Step::DONE) {
             return step;
         }
     }
-    return Body::Step::done;
+    return Body::Step::DONE;
 }
 
-std::string cutOffMessage(std::uint64_t const& declared, std::string const& what, std::uint64_t const& held) {
+std::string cutOffMessage(std::uint64_t declared, std::string const& what, std::uint64_t held) {
     return "the file is cut off: it declares " + std::to_string(declared) + " of '" + what + "' and holds " +
            std::to_string(held);
 }
@@ -94,7 +94,7 @@ std::string_view takeFilledLine(std::string_view& text) {
     while (!text.empty()) {
         std::string_view line = takeLine(text);
         line = line.substr(0, line.find('#'));
-        if (line.find_first_not_of(blanks) != std::string_view::npos) {
+        if (line.find_first_not_of(BLANKS) != std::string_view::npos) {
             return line;
         }
     }
@@ -110,9 +110,9 @@ std::uint64_t countWords(std::string_view line) {
     return count;
 }
 
-/// What is wrong with a line "count index index ...", of which colours may follow.
-std::optional<std::string> offFaceFault(std::string_view line, std::uint64_t const& face,
-                                        std::uint64_t const& vertexCount) {
+/// What is wrong with a line "count index index ...", of which colors may follow.
+std::optional<std::string> offFaceFault(std::string_view line, std::uint64_t face,
+                                        std::uint64_t vertexCount) {
     std::optional<std::uint64_t> const count = toCount(takeWord(line));
     if (!count) {
         return "face " + std::to_string(face) + " does not begin with a number of vertices";
@@ -130,7 +130,7 @@ std::optional<std::string> offFaceFault(std::string_view line, std::uint64_t con
 
 }  // namespace
 
-std::optional<std::string> plyFault(std::string_view const& bytes) {
+std::optional<std::string> plyFault(std::string_view bytes) {
     std::optional<PlyHeader> const header = readPlyHeader(bytes);
     if (!header) {
         return std::nullopt;
@@ -142,10 +142,10 @@ std::optional<std::string> plyFault(std::string_view const& bytes) {
         }
         for (std::uint64_t i = 0; i < element.count; ++i) {
             Body::Step const step = skipItem(body, element);
-            if (step == Body::Step::cutOff) {
+            if (step == Body::Step::CUT_OFF) {
                 return cutOffMessage(element.count, element.name, i);
             }
-            if (step == Body::Step::notUnderstood) {
+            if (step == Body::Step::NOT_UNDERSTOOD) {
                 return std::nullopt;
             }
         }
@@ -153,7 +153,7 @@ std::optional<std::string> plyFault(std::string_view const& bytes) {
     return std::nullopt;
 }
 
-std::optional<std::string> offFault(std::string_view const& bytes) {
+std::optional<std::string> offFault(std::string_view bytes) {
     std::string_view text = bytes;
     std::string_view counts = takeFilledLine(text);
     // The counts may stand behind the keyword or on a line of their own.

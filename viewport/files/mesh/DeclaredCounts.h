@@ -12,9 +12,9 @@
 namespace vellum::viewport {
 
 /// PLY, text or binary: are all the elements there that the header declares?
-std::optional<std::string> plyFault(std::string_view const& bytes);
+std::optional<std::string> plyFault(std::string_view bytes);
 
 /// OFF: are all vertices and faces there, and do the faces' indices name vertices?
-std::optional<std::string> offFault(std::string_view const& bytes);
+std::optional<std::string> offFault(std::string_view bytes);
 
 }  // namespace vellum::viewport

@@ -44,23 +44,23 @@ using Clock = std::chrono::steady_clock;
 /// A file descriptor that is closed at the end of its scope.
 class Descriptor {
 public:
-    explicit Descriptor(int const& number = -1) : _number(number) {}
+    explicit Descriptor(int number = -1) : number(number) {}
     ~Descriptor() { close(); }
     Descriptor(Descriptor const&) = delete;
     Descriptor& operator=(Descriptor const&) = delete;
 
-    int get() const { return _number; }
-    bool isOpen() const { return _number >= 0; }
+    int get() const { return number; }
+    bool isOpen() const { return number >= 0; }
 
     void close() {
-        if (_number >= 0) {
-            ::close(_number);
-            _number = -1;
+        if (number >= 0) {
+            ::close(number);
+            number = -1;
         }
     }
 
 private:
-    int _number;
+    int number;
 };
 
 std::string inSeconds(std::chrono::milliseconds const& time) {
@@ -69,7 +69,7 @@ std::string inSeconds(std::chrono::milliseconds const& time) {
     return text;
 }
 
-std::string inMegabytes(std::uint64_t const& bytes) {
+std::string inMegabytes(std::uint64_t bytes) {
     return std::to_string(bytes >> 20) + " MB";
 }
 
@@ -82,7 +82,7 @@ struct OutOfMemoryReport {
 };
 OutOfMemoryReport outOfMemoryReport;
 
-bool writeAll(int const& descriptor, std::vector<unsigned char> const& bytes) {
+bool writeAll(int descriptor, std::vector<unsigned char> const& bytes) {
     std::size_t done = 0;
     while (done < bytes.size()) {
         ssize_t const count = ::write(descriptor, bytes.data() + done, bytes.size() - done);
@@ -102,7 +102,7 @@ bool writeAll(int const& descriptor, std::vector<unsigned char> const& bytes) {
     _exit(sent ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
-void setLimit(int const& resource, std::uint64_t const& value) {
+void setLimit(int resource, std::uint64_t value) {
     rlimit limit{};
     if (getrlimit(static_cast<__rlimit_resource>(resource), &limit) == 0) {
         limit.rlim_cur = std::min<rlim_t>(limit.rlim_max, value);
@@ -148,7 +148,7 @@ void restrictProcess(ImportLimits const& limits) {
 }
 
 [[noreturn]] void runChild(std::function<Result<MeshData>()> const& import, ImportLimits const& limits,
-                           pid_t const& parent, int const& result) {
+                           pid_t const& parent, int result) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent) {
         _exit(EXIT_FAILURE);  // The parent died before the line above.
@@ -177,7 +177,7 @@ void restrictProcess(ImportLimits const& limits) {
 
 /// Waits until the other end of the pipe is closed, which the child's end does, whatever its cause.
 /// False when the deadline came first.
-bool waitForEnd(int const& lifeline, Clock::time_point const& deadline) {
+bool waitForEnd(int lifeline, Clock::time_point const& deadline) {
     for (;;) {
         auto const left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
         // poll counts in ints; a longer wait comes round again.
@@ -204,7 +204,7 @@ int reap(pid_t const& child) {
 }
 
 /// Why a child that ended with this status gave no result; empty when it gave one.
-std::string describeEnd(int const& status, ImportLimits const& limits) {
+std::string describeEnd(int status, ImportLimits const& limits) {
     if (WIFSIGNALED(status)) {
         int const number = WTERMSIG(status);
         if (number == SIGXCPU || number == SIGKILL) {
@@ -219,7 +219,7 @@ std::string describeEnd(int const& status, ImportLimits const& limits) {
     return {};
 }
 
-Result<MeshData> readResult(int const& descriptor, std::string const& file) {
+Result<MeshData> readResult(int descriptor, std::string const& file) {
     struct stat facts {};
     if (fstat(descriptor, &facts) != 0 || facts.st_size <= 0) {
         return Fault{file, "the importer gave no result"};

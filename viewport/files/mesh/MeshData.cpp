@@ -12,7 +12,7 @@ bool isFinite(Vector3<T> const& v) {
     return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
 }
 
-std::string indexFault(std::size_t const& triangle, unsigned int const& index, std::size_t const& count) {
+std::string indexFault(std::size_t triangle, unsigned int index, std::size_t count) {
     return "triangle " + std::to_string(triangle) + " has vertex index " + std::to_string(index) +
            ", out of range: the mesh has " + std::to_string(count) + " vertices";
 }
@@ -35,7 +35,7 @@ std::optional<std::string> MeshData::firstFault() const {
     if (triangles.empty()) {
         return "the mesh is empty: it has no triangle";
     }
-    if (normals.size() != count || colours.size() != count ||
+    if (normals.size() != count || colors.size() != count ||
         (!textureCoordinates.empty() && textureCoordinates.size() != count)) {
         return "the mesh is damaged: its vertex lists differ in length";
     }
@@ -49,7 +49,7 @@ std::optional<std::string> MeshData::firstFault() const {
     if (!triangleMaterials.empty() && triangleMaterials.size() != triangles.size()) {
         return "the mesh is damaged: its triangles and their materials differ in number";
     }
-    for (unsigned int const& material : triangleMaterials) {
+    for (unsigned int material : triangleMaterials) {
         if (material >= materials.size()) {
             return "the mesh is damaged: a triangle has a material that does not exist";
         }
@@ -64,9 +64,9 @@ std::optional<std::string> MeshData::firstFault() const {
         return "the mesh is empty: no triangle has three different corners";
     }
     for (std::size_t i = 0; i < count; ++i) {
-        Color4<float> const& c = colours[i];
+        Color4<float> const& c = colors[i];
         if (!isFinite(normals[i]) || !std::isfinite(c.r + c.g + c.b + c.a)) {
-            return "vertex " + std::to_string(i) + " has a normal or colour that is not a number or infinite";
+            return "vertex " + std::to_string(i) + " has a normal or color that is not a number or infinite";
         }
     }
     for (std::size_t i = 0; i < textureCoordinates.size(); ++i) {

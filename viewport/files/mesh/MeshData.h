@@ -31,14 +31,14 @@ struct MeshData {
     using Triangle = Tuple3<unsigned int>;
 
     /// The most vertices and the most triangles: the corners of all triangles are drawn with one 31-bit count.
-    static constexpr std::uint64_t largestCount = std::uint64_t(1) << 29;
+    static constexpr std::uint64_t LARGEST_COUNT = std::uint64_t(1) << 29;
 
     std::string name;  ///< the file's name without its folders
 
     std::vector<Vector3<double>> positions;  ///< in the file's units, as many as there are vertices
     std::vector<Triangle> triangles;         ///< indices into the vertices, counter-clockwise from outside
     std::vector<Vector3<float>> normals;     ///< one per vertex, unit length
-    std::vector<Color4<float>> colours;      ///< one per vertex
+    std::vector<Color4<float>> colors;       ///< one per vertex
     std::vector<Vector2<float>> textureCoordinates;  ///< one per vertex, or empty
 
     std::vector<Material> materials;
@@ -46,7 +46,7 @@ struct MeshData {
 
     unsigned int partCount = 0;             ///< meshes of the file that gave triangles
     std::uint64_t computedNormalCount = 0;  ///< of the normals, those that the file lacks or has as zero
-    bool hasVertexColours = false;          ///< some colours were given per vertex, not by a material
+    bool hasVertexColors = false;           ///< some colors were given per vertex, not by a material
 
     /// What is wrong with the mesh, as the message of a fault, or nothing: lists of different lengths, no triangle (or
     /// none with three different corners), an index out of range, a coordinate that is not a number or infinite.

@@ -41,14 +41,14 @@ std::optional<std::string> accessFault(std::string const& path) {
 
 }  // namespace
 
-MeshFile::MeshFile(std::string const& path) : _path(path) {}
+MeshFile::MeshFile(std::string const& path) : path(path) {}
 
 Result<MeshData> MeshFile::load(ImportLimits const& limits) const {
-    if (std::optional<std::string> const fault = accessFault(_path)) {
-        return Fault{_path, *fault};
+    if (std::optional<std::string> const fault = accessFault(path)) {
+        return Fault{path, *fault};
     }
     return importGuarded(
-        _path, [this] { return importWithAssimp(_path); }, limits);
+        path, [this] { return importWithAssimp(path); }, limits);
 }
 
 }  // namespace vellum::viewport

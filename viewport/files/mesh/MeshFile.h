@@ -23,7 +23,7 @@ public:
     Result<MeshData> load(ImportLimits const& limits) const;
 
 private:
-    std::string _path;
+    std::string path;
 };
 
 }  // namespace vellum::viewport

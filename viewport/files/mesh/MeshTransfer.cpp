@@ -8,7 +8,7 @@ namespace vellum::viewport {
 namespace {
 
 enum Content : std::uint32_t { CONTENT_MESH = 1, CONTENT_FAULT = 2 };
-enum Flags : std::uint32_t { HAS_VERTEX_COLOURS = 1, HAS_TEXTURE_COORDINATES = 2, HAS_MATERIALS = 4 };
+enum Flags : std::uint32_t { HAS_VERTEX_COLORS = 1, HAS_TEXTURE_COORDINATES = 2, HAS_MATERIALS = 4 };
 
 struct Header {
     char magic[8];
@@ -30,8 +30,8 @@ struct MaterialHeader {
 };
 
 constexpr char magic[8] = {'v', 'l', 'm', 'e', 's', 'h', '0', '2'};
-constexpr std::uint64_t largestMaterialBytes = std::uint64_t(1) << 40;
-constexpr char damagedMessage[] = "the importer gave a damaged result";
+constexpr std::uint64_t LARGEST_MATERIAL_BYTES = std::uint64_t(1) << 40;
+constexpr char DAMAGED_MESSAGE[] = "the importer gave a damaged result";
 
 Header makeHeader(Content const& content, std::string const& text) {
     Header header{};
@@ -44,11 +44,11 @@ Header makeHeader(Content const& content, std::string const& text) {
 /// Appends to a buffer of the right size, so that a mesh is held twice in memory and no more.
 class Writer {
 public:
-    explicit Writer(std::size_t const& size) { _bytes.reserve(size); }
+    explicit Writer(std::size_t size) { bytes.reserve(size); }
 
-    void put(void const* data, std::size_t const& size) {
+    void put(void const* data, std::size_t size) {
         unsigned char const* first = static_cast<unsigned char const*>(data);
-        _bytes.insert(_bytes.end(), first, first + size);
+        bytes.insert(bytes.end(), first, first + size);
     }
 
     template <class T>
@@ -56,42 +56,42 @@ public:
         put(values.data(), values.size() * sizeof(T));
     }
 
-    std::vector<unsigned char> take() { return std::move(_bytes); }
+    std::vector<unsigned char> take() { return std::move(bytes); }
 
 private:
-    std::vector<unsigned char> _bytes;
+    std::vector<unsigned char> bytes;
 };
 
 /// Takes from a buffer whose size has been checked against all that will be taken.
 class Reader {
 public:
-    explicit Reader(unsigned char const* bytes) : _next(bytes) {}
+    explicit Reader(unsigned char const* bytes) : next(bytes) {}
 
     template <class T>
-    std::vector<T> take(std::uint64_t const& count) {
+    std::vector<T> take(std::uint64_t count) {
         std::vector<T> values(static_cast<std::size_t>(count));
         if (count > 0) {
-            std::memcpy(values.data(), _next, values.size() * sizeof(T));
-            _next += values.size() * sizeof(T);
+            std::memcpy(values.data(), next, values.size() * sizeof(T));
+            next += values.size() * sizeof(T);
         }
         return values;
     }
 
-    std::string takeText(std::size_t const& length) {
-        std::string text(reinterpret_cast<char const*>(_next), length);
-        _next += length;
+    std::string takeText(std::size_t length) {
+        std::string text(reinterpret_cast<char const*>(next), length);
+        next += length;
         return text;
     }
 
 private:
-    unsigned char const* _next;
+    unsigned char const* next;
 };
 
-std::uint64_t bytesPerTriangle(std::uint32_t const& flags) {
+std::uint64_t bytesPerTriangle(std::uint32_t flags) {
     return sizeof(MeshData::Triangle) + ((flags & HAS_MATERIALS) != 0 ? sizeof(unsigned int) : 0);
 }
 
-std::uint64_t bytesPerVertex(std::uint32_t const& flags) {
+std::uint64_t bytesPerVertex(std::uint32_t flags) {
     return sizeof(Vector3<double>) + sizeof(Vector3<float>) + sizeof(Color4<float>) +
            ((flags & HAS_TEXTURE_COORDINATES) != 0 ? sizeof(Vector2<float>) : 0);
 }
@@ -99,10 +99,10 @@ std::uint64_t bytesPerVertex(std::uint32_t const& flags) {
 /// The size that the header promises, or nothing when it could not be that of any buffer.
 bool promisedSize(Header const& header, std::uint64_t& size) {
     // With counts within these bounds the sums here stay far inside 64 bits.
-    if (header.vertexCount > MeshData::largestCount || header.triangleCount > MeshData::largestCount) {
+    if (header.vertexCount > MeshData::LARGEST_COUNT || header.triangleCount > MeshData::LARGEST_COUNT) {
         return false;
     }
-    if (header.materialBytes > largestMaterialBytes) {
+    if (header.materialBytes > LARGEST_MATERIAL_BYTES) {
         return false;
     }
     size = sizeof(Header) + header.textLength + header.vertexCount * bytesPerVertex(header.flags) +
@@ -152,7 +152,7 @@ bool decodeMaterials(std::vector<unsigned char> const& bytes, std::vector<Materi
 
 std::vector<unsigned char> encodeMesh(MeshData const& mesh) {
     Header header = makeHeader(CONTENT_MESH, mesh.name);
-    header.flags = (mesh.hasVertexColours ? HAS_VERTEX_COLOURS : 0U) |
+    header.flags = (mesh.hasVertexColors ? HAS_VERTEX_COLORS : 0U) |
                    (mesh.textureCoordinates.empty() ? 0U : HAS_TEXTURE_COORDINATES) |
                    (mesh.triangleMaterials.empty() ? 0U : HAS_MATERIALS);
     std::vector<unsigned char> const materials = encodeMaterials(mesh.materials);
@@ -170,7 +170,7 @@ std::vector<unsigned char> encodeMesh(MeshData const& mesh) {
     writer.put(mesh.positions);
     writer.put(mesh.triangles);
     writer.put(mesh.normals);
-    writer.put(mesh.colours);
+    writer.put(mesh.colors);
     writer.put(mesh.textureCoordinates);
     writer.put(mesh.triangleMaterials);
     writer.put(materials);
@@ -185,8 +185,8 @@ std::vector<unsigned char> encodeFault(std::string const& message) {
     return writer.take();
 }
 
-Result<MeshData> decodeMesh(unsigned char const* bytes, std::size_t const& size, std::string const& file) {
-    Fault const damaged{file, damagedMessage};
+Result<MeshData> decodeMesh(unsigned char const* bytes, std::size_t size, std::string const& file) {
+    Fault const damaged{file, DAMAGED_MESSAGE};
     Header header;
     std::uint64_t promised = 0;
     if (size < sizeof header) {
@@ -212,7 +212,7 @@ Result<MeshData> decodeMesh(unsigned char const* bytes, std::size_t const& size,
     mesh.positions = reader.take<Vector3<double>>(header.vertexCount);
     mesh.triangles = reader.take<MeshData::Triangle>(header.triangleCount);
     mesh.normals = reader.take<Vector3<float>>(header.vertexCount);
-    mesh.colours = reader.take<Color4<float>>(header.vertexCount);
+    mesh.colors = reader.take<Color4<float>>(header.vertexCount);
     if ((header.flags & HAS_TEXTURE_COORDINATES) != 0) {
         mesh.textureCoordinates = reader.take<Vector2<float>>(header.vertexCount);
     }
@@ -224,7 +224,7 @@ Result<MeshData> decodeMesh(unsigned char const* bytes, std::size_t const& size,
     }
     mesh.partCount = header.partCount;
     mesh.computedNormalCount = header.computedNormalCount;
-    mesh.hasVertexColours = (header.flags & HAS_VERTEX_COLOURS) != 0;
+    mesh.hasVertexColors = (header.flags & HAS_VERTEX_COLORS) != 0;
     if (std::optional<std::string> const fault = mesh.firstFault()) {
         return Fault{file, *fault};
     }

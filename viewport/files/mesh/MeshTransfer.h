@@ -9,7 +9,7 @@
 
 /// The bytes in which an import's outcome travels from the process that imports to the one that draws.
 ///
-///     header | name or message | positions | triangles | normals | colours | texture coordinates
+///     header | name or message | positions | triangles | normals | colors | texture coordinates
 ///         | materials of the triangles | materials
 ///
 /// Both ends are the same program on the same machine, so numbers are as memory holds them. The receiver trusts
@@ -22,6 +22,6 @@ std::vector<unsigned char> encodeFault(std::string const& message);
 /// Reads back what one of the two wrote. A message that was sent comes back as a fault about `file`, and so does
 /// everything else that is no mesh without faults: bytes missing or left over, counts that do not fit the size,
 /// and whatever MeshData::firstFault() finds.
-Result<MeshData> decodeMesh(unsigned char const* bytes, std::size_t const& size, std::string const& file);
+Result<MeshData> decodeMesh(unsigned char const* bytes, std::size_t size, std::string const& file);
 
 }  // namespace vellum::viewport

@@ -25,7 +25,7 @@ std::string lowerCase(std::string text) {
     return text;
 }
 
-int hexDigit(char const& c) {
+int hexDigit(char c) {
     return std::isxdigit(static_cast<unsigned char>(c)) == 0 ? -1
            : c <= '9'                                        ? c - '0'
                                                              : (c | 0x20) - 'a' + 10;
@@ -119,7 +119,7 @@ std::vector<Fault> loadTextures(std::string const& meshPath, MeshData& mesh) {
     std::vector<Fault> notes;
     std::map<std::string, Image> known;
     std::vector<bool> isUsed(mesh.materials.size(), false);
-    for (unsigned int const& material : mesh.triangleMaterials) {
+    for (unsigned int material : mesh.triangleMaterials) {
         isUsed[material] = true;
     }
     for (std::size_t i = 0; i < mesh.materials.size(); ++i) {

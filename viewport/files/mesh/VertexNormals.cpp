@@ -17,7 +17,7 @@ struct PositionHash {
         // Adding 0 turns -0 into +0, which compares equal and so must hash equal.
         double const elements[3] = {p.x + 0.0, p.y + 0.0, p.z + 0.0};
         std::uint64_t hash = 0;
-        for (double const& element : elements) {
+        for (double element : elements) {
             std::uint64_t bits;
             std::memcpy(&bits, &element, sizeof bits);
             hash = (hash ^ bits) * 0x9E3779B97F4A7C15U;

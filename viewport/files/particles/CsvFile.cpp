@@ -11,10 +11,10 @@ namespace vellum::viewport {
 
 namespace {
 
-char separatorOf(std::string_view const& names) {
+char separatorOf(std::string_view names) {
     char best = ' ';
     std::ptrdiff_t most = 0;
-    for (char const& candidate : {',', ';', '\t'}) {
+    for (char candidate : {',', ';', '\t'}) {
         std::ptrdiff_t const count = std::count(names.begin(), names.end(), candidate);
         if (count > most) {
             best = candidate;
@@ -25,11 +25,11 @@ char separatorOf(std::string_view const& names) {
 }
 
 std::string_view trimmed(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
-    return text.substr(0, text.find_last_not_of(blanks) + 1);
+    text.remove_prefix(std::min(text.find_first_not_of(BLANKS), text.size()));
+    return text.substr(0, text.find_last_not_of(BLANKS) + 1);
 }
 
-std::vector<std::string_view> namesOf(std::string_view line, char const& separator) {
+std::vector<std::string_view> namesOf(std::string_view line, char separator) {
     std::vector<std::string_view> names;
     if (separator == ' ') {
         for (std::string_view word = takeWord(line); !word.empty(); word = takeWord(line)) {
@@ -57,9 +57,9 @@ std::vector<std::string_view> namesOf(std::string_view line, char const& separat
 }
 
 /// The name without what writers differ in.
-std::string bareName(std::string_view const& name) {
+std::string bareName(std::string_view name) {
     std::string bare;
-    for (char const& character : name) {
+    for (char character : name) {
         bool const isLarge = character >= 'A' && character <= 'Z';
         bool const isSmall = character >= 'a' && character <= 'z';
         bool const isDigit = character >= '0' && character <= '9';
@@ -88,8 +88,8 @@ Heading headingOf(std::string_view line) {
     Heading heading;
     heading.separator = separatorOf(line);
     std::vector<std::string_view> const names = namesOf(line, heading.separator);
-    for (std::string_view const& name : names) {
-        heading.columns.push_back(TableColumn{bareName(name), ColumnUse::channel, 0, false});
+    for (std::string_view name : names) {
+        heading.columns.push_back(TableColumn{bareName(name), ColumnUse::CHANNEL, 0, false});
         heading.columns.back().isId = heading.columns.back().name == "id";
     }
     for (auto const& axes : {std::array<std::string_view, 3>{"x", "y", "z"},
@@ -97,7 +97,7 @@ Heading headingOf(std::string_view line) {
                              {"posx", "posy", "posz"},
                              {"position0", "position1", "position2"},
                              {"points0", "points1", "points2"}}) {
-        if (useColumns(heading.columns, {axes[0], axes[1], axes[2]}, ColumnUse::position)) {
+        if (useColumns(heading.columns, {axes[0], axes[1], axes[2]}, ColumnUse::POSITION)) {
             heading.hasPositions = true;
             break;
         }
@@ -106,7 +106,7 @@ Heading headingOf(std::string_view line) {
                              {"velocityx", "velocityy", "velocityz"},
                              {"velx", "vely", "velz"},
                              {"velocity0", "velocity1", "velocity2"}}) {
-        if (useColumns(heading.columns, {axes[0], axes[1], axes[2]}, ColumnUse::velocity)) {
+        if (useColumns(heading.columns, {axes[0], axes[1], axes[2]}, ColumnUse::VELOCITY)) {
             break;
         }
     }
@@ -118,13 +118,13 @@ Heading headingOf(std::string_view line) {
 
 }  // namespace
 
-bool isCsvOfParticles(std::string_view const& text) {
+bool isCsvOfParticles(std::string_view text) {
     TextLines lines(text);
     lines.skipEmpty();
     return headingOf(lines.take()).hasPositions;
 }
 
-Result<ParticleFrames> readCsv(std::string_view const& text, ParticleProgress const& progress) {
+Result<ParticleFrames> readCsv(std::string_view text, ParticleProgress const& progress) {
     TextLines lines(text);
     lines.skipEmpty();
     Heading const heading = headingOf(lines.take());

@@ -7,7 +7,7 @@ namespace vellum::viewport {
 
 namespace {
 
-constexpr double largestId = 9007199254740992.0;  // 2^53: whole numbers up to here are exact
+constexpr double LARGEST_ID = 9007199254740992.0;  // 2^53: whole numbers up to here are exact
 
 Vector3<float> toFloats(Vector3<double> const& vector) {
     return {toFloat(vector.x), toFloat(vector.y), toFloat(vector.z)};
@@ -15,11 +15,11 @@ Vector3<float> toFloats(Vector3<double> const& vector) {
 
 }  // namespace
 
-bool useColumns(std::vector<TableColumn>& columns, std::string_view const (&names)[3], ColumnUse const& use) {
+bool useColumns(std::vector<TableColumn>& columns, std::string_view const (&names)[3], ColumnUse use) {
     TableColumn* found[3] = {nullptr, nullptr, nullptr};
     for (std::size_t axis = 0; axis < 3; ++axis) {
         for (TableColumn& column : columns) {
-            if (found[axis] == nullptr && column.name == names[axis] && column.use == ColumnUse::channel) {
+            if (found[axis] == nullptr && column.name == names[axis] && column.use == ColumnUse::CHANNEL) {
                 found[axis] = &column;
             }
         }
@@ -34,7 +34,7 @@ bool useColumns(std::vector<TableColumn>& columns, std::string_view const (&name
     return true;
 }
 
-float toFloat(double const& value) {
+float toFloat(double value) {
     // Asked first: the language leaves the conversion of a number beyond all floats undefined.
     if (std::abs(value) > static_cast<double>(std::numeric_limits<float>::max())) {
         float const infinity = std::numeric_limits<float>::infinity();
@@ -43,58 +43,58 @@ float toFloat(double const& value) {
     return static_cast<float>(value);
 }
 
-FrameBuilder::FrameBuilder(std::vector<TableColumn> const& columns, std::size_t const& rowCount,
+FrameBuilder::FrameBuilder(std::vector<TableColumn> const& columns, std::size_t rowCount,
                            ParticleFrame& frame)
-    : _frame(frame), _values(columns.size(), 0.0) {
+    : frame(frame), row(columns.size(), 0.0) {
     frame.positions.clear();
     frame.velocities.clear();
     frame.channels.clear();
     for (std::size_t i = 0; i < columns.size(); ++i) {
         TableColumn const& column = columns[i];
-        if (column.use == ColumnUse::position) {
-            _positionColumns[column.axis] = i;
-        } else if (column.use == ColumnUse::velocity) {
-            _velocityColumns[column.axis] = i;
-            _hasVelocities = true;
-        } else if (column.use != ColumnUse::ignored) {
-            _channelColumns.push_back(i);
+        if (column.use == ColumnUse::POSITION) {
+            positionColumns[column.axis] = i;
+        } else if (column.use == ColumnUse::VELOCITY) {
+            velocityColumns[column.axis] = i;
+            hasVelocities = true;
+        } else if (column.use != ColumnUse::IGNORED) {
+            channelColumns.push_back(i);
             frame.channels.push_back(ParticleChannel{column.name, {}});
             frame.channels.back().values.reserve(rowCount);
             if (column.isId) {
-                _idColumn = i;
+                idColumn = i;
             }
         }
     }
     frame.positions.reserve(rowCount);
-    frame.velocities.reserve(_hasVelocities ? rowCount : 0);
-    _ids.reserve(_idColumn ? rowCount : 0);
+    frame.velocities.reserve(hasVelocities ? rowCount : 0);
+    ids.reserve(idColumn ? rowCount : 0);
 }
 
 bool FrameBuilder::addRow() {
-    if (_idColumn) {
-        double const id = _values[*_idColumn];
-        if (!(std::abs(id) <= largestId) || id != std::floor(id)) {
+    if (idColumn) {
+        double const id = row[*idColumn];
+        if (!(std::abs(id) <= LARGEST_ID) || id != std::floor(id)) {
             return false;
         }
-        _ids.push_back(id);
+        ids.push_back(id);
     }
-    Vector3<double> position = _vector(_positionColumns);
-    if (_box) {
-        position = _box->origin + _box->edges[0] * position.x + _box->edges[1] * position.y +
-                   _box->edges[2] * position.z;
+    Vector3<double> position = _vector(positionColumns);
+    if (box) {
+        position = box->origin + box->edges[0] * position.x + box->edges[1] * position.y +
+                   box->edges[2] * position.z;
     }
-    _frame.positions.push_back(toFloats(position));
-    if (_hasVelocities) {
-        _frame.velocities.push_back(toFloats(_vector(_velocityColumns)));
+    frame.positions.push_back(toFloats(position));
+    if (hasVelocities) {
+        frame.velocities.push_back(toFloats(_vector(velocityColumns)));
     }
-    for (std::size_t i = 0; i < _channelColumns.size(); ++i) {
-        _frame.channels[i].values.push_back(toFloat(_values[_channelColumns[i]]));
+    for (std::size_t i = 0; i < channelColumns.size(); ++i) {
+        frame.channels[i].values.push_back(toFloat(row[channelColumns[i]]));
     }
     return true;
 }
 
 Vector3<double> FrameBuilder::_vector(std::size_t const (&columns)[3]) const {
-    return {_values[columns[0]], _values[columns[1]], _values[columns[2]]};
+    return {row[columns[0]], row[columns[1]], row[columns[2]]};
 }
 
 }  // namespace vellum::viewport

@@ -11,25 +11,25 @@ namespace vellum::viewport {
 
 /// What the numbers of a column are.
 enum class ColumnUse {
-    position,
-    velocity,
-    channel,  ///< a scalar channel if it holds numbers, as the first row of a text tells
-    number,   ///< a scalar channel that must hold numbers
-    ignored
+    POSITION,
+    VELOCITY,
+    CHANNEL,  ///< a scalar channel if it holds numbers, as the first row of a text tells
+    NUMBER,   ///< a scalar channel that must hold numbers
+    IGNORED
 };
 
 struct TableColumn {
     std::string name;
-    ColumnUse use = ColumnUse::channel;
+    ColumnUse use = ColumnUse::CHANNEL;
     unsigned int axis = 0;  ///< of positions and velocities: 0, 1 or 2
     bool isId = false;      ///< the particles are put into the order of these numbers, too
 };
 
 /// Gives three columns that are channels so far another use, one for each axis. \return are they all there?
-bool useColumns(std::vector<TableColumn>& columns, std::string_view const (&names)[3], ColumnUse const& use);
+bool useColumns(std::vector<TableColumn>& columns, std::string_view const (&names)[3], ColumnUse use);
 
 /// The nearest float; numbers beyond all floats become infinite.
-float toFloat(double const& value);
+float toFloat(double value);
 
 /// Fills a frame row by row from the columns of a table.
 ///
@@ -42,32 +42,32 @@ float toFloat(double const& value);
 class FrameBuilder {
 public:
     /// Takes memory for `rowCount` rows, which the caller has made sure of; more may be added.
-    FrameBuilder(std::vector<TableColumn> const& columns, std::size_t const& rowCount, ParticleFrame& frame);
+    FrameBuilder(std::vector<TableColumn> const& columns, std::size_t rowCount, ParticleFrame& frame);
 
     /// Positions are parts of the box's edges, not lengths.
-    void placeInto(ParticleBox const& box) { _box = box; }
+    void placeInto(ParticleBox const& box) { this->box = box; }
 
     /// The values of the row to be added.
-    std::vector<double>& values() { return _values; }
+    std::vector<double>& values() { return row; }
 
     /// Adds a particle. \return false, and nothing is added, where its id is not a whole number of at most 2^53.
     bool addRow();
 
     /// Sorts the particles by their ids, if there are any.
-    void finish() { _frame.sortBy(_ids); }
+    void finish() { frame.sortBy(ids); }
 
 private:
     Vector3<double> _vector(std::size_t const (&columns)[3]) const;
 
-    ParticleFrame& _frame;
-    std::optional<ParticleBox> _box;
-    std::vector<double> _values;  // one for each column
-    bool _hasVelocities = false;
-    std::size_t _positionColumns[3] = {0, 0, 0};
-    std::size_t _velocityColumns[3] = {0, 0, 0};
-    std::vector<std::size_t> _channelColumns;  // one for each channel of the frame
-    std::optional<std::size_t> _idColumn;
-    std::vector<double> _ids;
+    ParticleFrame& frame;
+    std::optional<ParticleBox> box;
+    std::vector<double> row;  // one for each column
+    bool hasVelocities = false;
+    std::size_t positionColumns[3] = {0, 0, 0};
+    std::size_t velocityColumns[3] = {0, 0, 0};
+    std::vector<std::size_t> channelColumns;  // one for each channel of the frame
+    std::optional<std::size_t> idColumn;
+    std::vector<double> ids;
 };
 
 }  // namespace vellum::viewport

@@ -10,12 +10,12 @@ namespace vellum::viewport {
 
 namespace {
 
-constexpr std::string_view itemMark = "ITEM:";
+constexpr std::string_view ITEM_MARK = "ITEM:";
 
 using Damage = std::optional<TextDamage>;
 
 /// The numbers of a line. \return were there `count` of them at least?
-bool takeNumbers(std::string_view line, double* const& numbers, std::size_t const& count) {
+bool takeNumbers(std::string_view line, double* const& numbers, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
         std::optional<double> const number = toNumber(takeWord(line));
         if (!number) {
@@ -45,11 +45,10 @@ ParticleBox boxOf(double const (&rows)[3][4]) {
 
 class DumpReader {
 public:
-    DumpReader(std::string_view const& text, ParticleProgress const& progress)
-        : _lines(text), _progress(progress) {}
+    DumpReader(std::string_view text, ParticleProgress const& progress) : lines(text), progress(progress) {}
 
     Result<ParticleFrames> read() {
-        return readFrames(_lines, [this](ParticleFrame& frame) { return _readFrame(frame); });
+        return readFrames(lines, [this](ParticleFrame& frame) { return _readFrame(frame); });
     }
 
 private:
@@ -58,15 +57,15 @@ private:
         std::optional<std::uint64_t> count;
         bool hasTimestep = false;
         while (true) {
-            _lines.skipEmpty();
-            if (_lines.isAtEnd()) {
+            lines.skipEmpty();
+            if (lines.isAtEnd()) {
                 return _endDamage();
             }
-            std::string_view const line = _lines.take();
-            if (line.substr(0, itemMark.size()) != itemMark) {
-                return _lines.damage("'ITEM:' is expected in place of " + quoted(line));
+            std::string_view const line = lines.take();
+            if (line.substr(0, ITEM_MARK.size()) != ITEM_MARK) {
+                return lines.damage("'ITEM:' is expected in place of " + quoted(line));
             }
-            std::string_view words = line.substr(itemMark.size());
+            std::string_view words = line.substr(ITEM_MARK.size());
             std::string_view const item = takeWord(words);
             Damage damage;
             if (item == "TIMESTEP") {
@@ -79,16 +78,16 @@ private:
             } else if (item == "TIME") {
                 damage = _readTime(frame);
             } else if (item == "UNITS") {
-                damage = _lines.isAtEnd() ? _endDamage() : Damage();
-                _lines.take();
+                damage = lines.isAtEnd() ? _endDamage() : Damage();
+                lines.take();
             } else if (item == "ATOMS") {
                 if (!hasTimestep || !count) {
-                    return _lines.damage(hasTimestep ? "the frame's number of atoms is missing"
-                                                     : "the frame's time step is missing");
+                    return lines.damage(hasTimestep ? "the frame's number of atoms is missing"
+                                                    : "the frame's time step is missing");
                 }
                 return _readRows(words, *count, frame);
             } else {
-                return _lines.damage(quoted(line) + " is not understood");
+                return lines.damage(quoted(line) + " is not understood");
             }
             if (damage) {
                 return damage;
@@ -97,41 +96,41 @@ private:
     }
 
     Damage _endDamage() const {
-        return TextDamage{_lines.number(), "the text ends within the frame's head", true};
+        return TextDamage{lines.number(), "the text ends within the frame's head", true};
     }
 
     Damage _readTimestep(ParticleFrame& frame) {
-        if (_lines.isAtEnd()) {
+        if (lines.isAtEnd()) {
             return _endDamage();
         }
-        std::string_view line = _lines.take();
+        std::string_view line = lines.take();
         std::string_view const word = takeWord(line);
         auto const [end, error] = std::from_chars(word.data(), word.data() + word.size(), frame.timestep);
         if (error != std::errc() || end != word.data() + word.size() || !takeWord(line).empty()) {
-            return _lines.damage(quoted(word) + " is not a time step");
+            return lines.damage(quoted(word) + " is not a time step");
         }
         return std::nullopt;
     }
 
     Damage _readTime(ParticleFrame& frame) {
-        if (_lines.isAtEnd()) {
+        if (lines.isAtEnd()) {
             return _endDamage();
         }
-        std::string_view line = _lines.take();
+        std::string_view line = lines.take();
         std::string_view const word = takeWord(line);
         frame.time = toNumber(word);
-        return frame.time ? Damage() : _lines.damage(quoted(word) + " is not a time");
+        return frame.time ? Damage() : lines.damage(quoted(word) + " is not a time");
     }
 
     Damage _readCount(std::optional<std::uint64_t>& count) {
-        if (_lines.isAtEnd()) {
+        if (lines.isAtEnd()) {
             return _endDamage();
         }
-        std::string_view line = _lines.take();
+        std::string_view line = lines.take();
         std::string_view const word = takeWord(line);
         count = toCount(word);
         if (!count || !takeWord(line).empty()) {
-            return _lines.damage(quoted(word) + " is not a number of atoms");
+            return lines.damage(quoted(word) + " is not a number of atoms");
         }
         return std::nullopt;
     }
@@ -144,13 +143,13 @@ private:
         std::size_t const count = isGeneral ? 4 : kind == "xy" ? 3 : 2;
         double rows[3][4] = {};
         for (auto& row : rows) {
-            if (_lines.isAtEnd()) {
+            if (lines.isAtEnd()) {
                 return _endDamage();
             }
-            std::string_view const line = _lines.take();
+            std::string_view const line = lines.take();
             if (!takeNumbers(line, row, count)) {
-                return _lines.damage(quoted(line) + " are not the " + std::to_string(count) +
-                                     " numbers of the box's limits");
+                return lines.damage(quoted(line) + " are not the " + std::to_string(count) +
+                                    " numbers of the box's limits");
             }
         }
         if (!isGeneral) {
@@ -164,45 +163,45 @@ private:
         return std::nullopt;
     }
 
-    Damage _readRows(std::string_view names, std::uint64_t const& count, ParticleFrame& frame) {
+    Damage _readRows(std::string_view names, std::uint64_t count, ParticleFrame& frame) {
         std::vector<TableColumn> columns;
         for (std::string_view name = takeWord(names); !name.empty(); name = takeWord(names)) {
-            columns.push_back(TableColumn{std::string(name), ColumnUse::channel, 0, name == "id"});
+            columns.push_back(TableColumn{std::string(name), ColumnUse::CHANNEL, 0, name == "id"});
         }
         bool isScaled = false;
-        if (!useColumns(columns, {"x", "y", "z"}, ColumnUse::position) &&
-            !useColumns(columns, {"xu", "yu", "zu"}, ColumnUse::position)) {
-            isScaled = useColumns(columns, {"xs", "ys", "zs"}, ColumnUse::position) ||
-                       useColumns(columns, {"xsu", "ysu", "zsu"}, ColumnUse::position);
+        if (!useColumns(columns, {"x", "y", "z"}, ColumnUse::POSITION) &&
+            !useColumns(columns, {"xu", "yu", "zu"}, ColumnUse::POSITION)) {
+            isScaled = useColumns(columns, {"xs", "ys", "zs"}, ColumnUse::POSITION) ||
+                       useColumns(columns, {"xsu", "ysu", "zsu"}, ColumnUse::POSITION);
             if (!isScaled) {
-                return _lines.damage("no columns give positions: x y z, xu yu zu, xs ys zs or xsu ysu zsu");
+                return lines.damage("no columns give positions: x y z, xu yu zu, xs ys zs or xsu ysu zsu");
             }
         }
         if (isScaled && !frame.box) {
-            return _lines.damage("the positions are scaled, and the frame has no box");
+            return lines.damage("the positions are scaled, and the frame has no box");
         }
-        useColumns(columns, {"vx", "vy", "vz"}, ColumnUse::velocity);
+        useColumns(columns, {"vx", "vy", "vz"}, ColumnUse::VELOCITY);
 
         TableRows rows(columns, ' ');
-        rows.tell(_progress);
+        rows.tell(progress);
         if (isScaled) {
             rows.placeInto(*frame.box);
         }
-        Damage damage = rows.read(_lines, count, frame);
-        if (damage && rows.damagedLine().substr(0, itemMark.size()) == itemMark) {
+        Damage damage = rows.read(lines, count, frame);
+        if (damage && rows.damagedLine().substr(0, ITEM_MARK.size()) == ITEM_MARK) {
             damage->reason =
                 "the frame has fewer than the " + std::to_string(count) + " atoms that it declares";
         }
         return damage;
     }
 
-    TextLines _lines;
-    ParticleProgress const& _progress;
+    TextLines lines;
+    ParticleProgress const& progress;
 };
 
 }  // namespace
 
-Result<ParticleFrames> readLammpsDump(std::string_view const& text, ParticleProgress const& progress) {
+Result<ParticleFrames> readLammpsDump(std::string_view text, ParticleProgress const& progress) {
     return DumpReader(text, progress).read();
 }
 

@@ -16,6 +16,6 @@ namespace vellum::viewport {
 ///
 /// A dump that is cut off gives its complete frames and a warning; all other damage is a fault, without a file.
 /// \param progress may be empty.
-Result<ParticleFrames> readLammpsDump(std::string_view const& text, ParticleProgress const& progress);
+Result<ParticleFrames> readLammpsDump(std::string_view text, ParticleProgress const& progress);
 
 }  // namespace vellum::viewport

@@ -17,16 +17,16 @@ namespace vellum::viewport {
 
 namespace {
 
-constexpr std::size_t beginningSize = std::size_t(1) << 16;
-constexpr char const* notUnderstood = "is not a particle file that is understood: a LAMMPS dump, XYZ, CSV "
-                                      "with x, y and z, or PLY without faces";
-constexpr char const* noMemory = "there is not enough memory for its particles";
+constexpr std::size_t BEGINNING_SIZE = std::size_t(1) << 16;
+constexpr char const* NOT_UNDERSTOOD = "is not a particle file that is understood: a LAMMPS dump, XYZ, CSV "
+                                       "with x, y and z, or PLY without faces";
+constexpr char const* NO_MEMORY = "there is not enough memory for its particles";
 
-bool isPly(std::string_view const& bytes) {
+bool isPly(std::string_view bytes) {
     return bytes.substr(0, 4) == "ply\n" || bytes.substr(0, 4) == "ply\r";
 }
 
-bool hasFaces(std::string_view const& ply) {
+bool hasFaces(std::string_view ply) {
     std::optional<PlyHeader> const header = readPlyHeader(ply);
     if (header) {
         for (PlyElement const& element : header->elements) {
@@ -38,23 +38,23 @@ bool hasFaces(std::string_view const& ply) {
     return false;
 }
 
-bool isXyz(std::string_view const& bytes) {
+bool isXyz(std::string_view bytes) {
     std::string_view line = TextLines(bytes).take();
     return toCount(takeWord(line)).has_value() && takeWord(line).empty();
 }
 
-Result<ParticleFrames> readBytes(std::string_view const& bytes, ParticleProgress const& progress) {
+Result<ParticleFrames> readBytes(std::string_view bytes, ParticleProgress const& progress) {
     if (isPly(bytes)) {
         return readPlyPoints(bytes, progress);  // Its faults say more than that a format is not understood.
     }
-    std::optional<ParticleFormat> const format = particleFormatOf(bytes.substr(0, beginningSize));
+    std::optional<ParticleFormat> const format = particleFormatOf(bytes.substr(0, BEGINNING_SIZE));
     if (!format) {
-        return Fault{{}, notUnderstood};
+        return Fault{{}, NOT_UNDERSTOOD};
     }
     switch (*format) {
-    case ParticleFormat::lammpsDump:
+    case ParticleFormat::LAMMPS_DUMP:
         return readLammpsDump(bytes, progress);
-    case ParticleFormat::xyz:
+    case ParticleFormat::XYZ:
         return readXyz(bytes, progress);
     default:
         return readCsv(bytes, progress);
@@ -62,18 +62,18 @@ Result<ParticleFrames> readBytes(std::string_view const& bytes, ParticleProgress
 }
 
 /// Uncompresses and reads; of data that are cut off, what there is.
-Result<ParticleFrames> readCompressed(std::string_view const& compressed, ParticleProgress const& progress) {
+Result<ParticleFrames> readCompressed(std::string_view compressed, ParticleProgress const& progress) {
     std::uint64_t const size = compressed.size();
     ParticleProgress uncompressing;
     ParticleProgress reading;
     if (progress) {
-        uncompressing = [&](std::uint64_t const& done, std::uint64_t const&) { progress(done, 2 * size); };
-        reading = [&](std::uint64_t const& done, std::uint64_t const& all) {
+        uncompressing = [&](std::uint64_t done, std::uint64_t) { progress(done, 2 * size); };
+        reading = [&](std::uint64_t done, std::uint64_t all) {
             double const part = all > 0 ? static_cast<double>(done) / static_cast<double>(all) : 1.0;
             progress(size + static_cast<std::uint64_t>(part * static_cast<double>(size)), 2 * size);
         };
     }
-    Result<GunzippedText> const text = gunzip(compressed, ParticleFile::largestUncompressed, uncompressing);
+    Result<GunzippedText> const text = gunzip(compressed, ParticleFile::LARGEST_UNCOMPRESSED, uncompressing);
     if (!text.isOk()) {
         return text.fault();
     }
@@ -92,38 +92,38 @@ Result<ParticleFrames> readCompressed(std::string_view const& compressed, Partic
 
 }  // namespace
 
-std::optional<ParticleFormat> particleFormatOf(std::string_view const& bytes) {
+std::optional<ParticleFormat> particleFormatOf(std::string_view bytes) {
     if (isPly(bytes)) {
-        return hasFaces(bytes) ? std::nullopt : std::optional<ParticleFormat>(ParticleFormat::ply);
+        return hasFaces(bytes) ? std::nullopt : std::optional<ParticleFormat>(ParticleFormat::PLY);
     }
     if (bytes.substr(0, 5) == "ITEM:") {
-        return ParticleFormat::lammpsDump;
+        return ParticleFormat::LAMMPS_DUMP;
     }
     if (isXyz(bytes)) {
-        return ParticleFormat::xyz;
+        return ParticleFormat::XYZ;
     }
-    return isCsvOfParticles(bytes) ? std::optional<ParticleFormat>(ParticleFormat::csv) : std::nullopt;
+    return isCsvOfParticles(bytes) ? std::optional<ParticleFormat>(ParticleFormat::CSV) : std::nullopt;
 }
 
-ParticleFile::ParticleFile(std::string const& path) : _path(path) {}
+ParticleFile::ParticleFile(std::string const& path) : path(path) {}
 
 Result<ParticleFormat> ParticleFile::format() const {
-    Result<MappedFile> const file = MappedFile::open(_path);
+    Result<MappedFile> const file = MappedFile::open(path);
     if (!file.isOk()) {
         return file.fault();
     }
-    std::string_view bytes = file.value().bytes().substr(0, beginningSize);
+    std::string_view bytes = file.value().bytes().substr(0, BEGINNING_SIZE);
     std::string uncompressed;
     if (isGzip(bytes)) {
-        uncompressed = gunzipStart(file.value().bytes(), beginningSize);
+        uncompressed = gunzipStart(file.value().bytes(), BEGINNING_SIZE);
         bytes = uncompressed;
     }
     std::optional<ParticleFormat> const format = particleFormatOf(bytes);
-    return format ? Result<ParticleFormat>(*format) : Fault{_path, notUnderstood};
+    return format ? Result<ParticleFormat>(*format) : Fault{path, NOT_UNDERSTOOD};
 }
 
 Result<ParticleFrames> ParticleFile::load(ParticleProgress const& progress) const {
-    Result<MappedFile> const file = MappedFile::open(_path);
+    Result<MappedFile> const file = MappedFile::open(path);
     if (!file.isOk()) {
         return file.fault();
     }
@@ -132,13 +132,13 @@ Result<ParticleFrames> ParticleFile::load(ParticleProgress const& progress) cons
         Result<ParticleFrames> result =
             isGzip(bytes) ? readCompressed(bytes, progress) : readBytes(bytes, progress);
         if (!result.isOk()) {
-            return Fault{_path, result.fault().message};
+            return Fault{path, result.fault().message};
         }
         return result;
     } catch (std::bad_alloc const&) {
-        return Fault{_path, noMemory};
+        return Fault{path, NO_MEMORY};
     } catch (std::length_error const&) {
-        return Fault{_path, noMemory};
+        return Fault{path, NO_MEMORY};
     }
 }
 

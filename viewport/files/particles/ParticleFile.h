@@ -10,11 +10,11 @@
 
 namespace vellum::viewport {
 
-enum class ParticleFormat { lammpsDump, xyz, csv, ply };
+enum class ParticleFormat { LAMMPS_DUMP, XYZ, CSV, PLY };
 
 /// What the bytes of a file begin as; nothing where no reader of particles understands them, as of a PLY file with
 /// faces. The first 64 KiB are enough.
-std::optional<ParticleFormat> particleFormatOf(std::string_view const& bytes);
+std::optional<ParticleFormat> particleFormatOf(std::string_view bytes);
 
 /// A particle file that a user named: the way from its path to frames that can be drawn.
 ///
@@ -28,7 +28,7 @@ std::optional<ParticleFormat> particleFormatOf(std::string_view const& bytes);
 class ParticleFile {
 public:
     /// The most bytes that a compressed file may hold.
-    static constexpr std::uint64_t largestUncompressed = std::uint64_t(1) << 33;
+    static constexpr std::uint64_t LARGEST_UNCOMPRESSED = std::uint64_t(1) << 33;
 
     explicit ParticleFile(std::string const& path);
 
@@ -40,7 +40,7 @@ public:
     Result<ParticleFrames> load(ParticleProgress const& progress) const;
 
 private:
-    std::string _path;
+    std::string path;
 };
 
 }  // namespace vellum::viewport

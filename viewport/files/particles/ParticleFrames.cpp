@@ -25,7 +25,7 @@ Order<Place> orderByComparing(std::vector<double> const& ids) {
 
 /// For ids that are the numbers from the least one on, each of them once. Empty where they are not.
 template <class Place>
-Order<Place> orderOfNumbers(std::vector<double> const& ids, double const& least) {
+Order<Place> orderOfNumbers(std::vector<double> const& ids, double least) {
     constexpr Place none = std::numeric_limits<Place>::max();
     Order<Place> order(ids.size(), none);
     for (std::size_t i = 0; i < ids.size(); ++i) {
@@ -39,10 +39,10 @@ Order<Place> orderOfNumbers(std::vector<double> const& ids, double const& least)
 }
 
 template <class Place>
-Order<Place> orderByCounting(std::vector<double> const& ids, double const& least, std::size_t const& span) {
+Order<Place> orderByCounting(std::vector<double> const& ids, double least, std::size_t span) {
     Order<Place> order(ids.size());
     std::vector<Place> firstPlace(span + 1, 0);
-    for (double const& id : ids) {
+    for (double id : ids) {
         ++firstPlace[static_cast<std::size_t>(id - least) + 1];
     }
     std::partial_sum(firstPlace.begin(), firstPlace.end(), firstPlace.begin());

@@ -50,6 +50,6 @@ struct ParticleFrames {
 };
 
 /// Told now and then how far reading is: the bytes done and the bytes in all.
-using ParticleProgress = std::function<void(std::uint64_t const& done, std::uint64_t const& all)>;
+using ParticleProgress = std::function<void(std::uint64_t done, std::uint64_t all)>;
 
 }  // namespace vellum::viewport

@@ -11,10 +11,10 @@ namespace vellum::viewport {
 
 namespace {
 
-constexpr std::uint64_t rowsBetweenProgress = 4096;
+constexpr std::uint64_t ROWS_BETWEEN_PROGRESS = 4096;
 
 template <class T>
-T valueOf(char const* const& bytes, bool const& isBigEndian) {
+T valueOf(char const* const& bytes, bool isBigEndian) {
     unsigned char raw[sizeof(T)];
     std::memcpy(raw, bytes, sizeof raw);
     std::uint64_t bits = 0;
@@ -37,7 +37,7 @@ T valueOf(char const* const& bytes, bool const& isBigEndian) {
     return value;
 }
 
-double numberOf(char const* const& bytes, PlyScalarType const& type, bool const& isBigEndian) {
+double numberOf(char const* const& bytes, PlyScalarType const& type, bool isBigEndian) {
     if (!type.isInteger) {
         return type.size == 4 ? valueOf<float>(bytes, isBigEndian) : valueOf<double>(bytes, isBigEndian);
     }
@@ -67,19 +67,19 @@ std::size_t sizeOf(PlyElement const& element) {
     return size;
 }
 
-std::string cutOffReason(PlyElement const& element, std::uint64_t const& held) {
+std::string cutOffReason(PlyElement const& element, std::uint64_t held) {
     return "the file is cut off: it declares " + std::to_string(element.count) + " of " +
            quoted(element.name) + " and holds " + std::to_string(held);
 }
 
 class PlyReader {
 public:
-    PlyReader(std::string_view const& file, PlyHeader const& header, ParticleProgress const& progress)
-        : _header(header), _progress(progress), _headerSize(file.size() - header.body.size()), _file(file) {}
+    PlyReader(std::string_view file, PlyHeader const& header, ParticleProgress const& progress)
+        : header(header), progress(progress), headerSize(file.size() - header.body.size()), file(file) {}
 
     Result<ParticleFrames> read() {
         PlyElement const* vertices = nullptr;
-        for (PlyElement const& element : _header.elements) {
+        for (PlyElement const& element : header.elements) {
             if (element.name == "face" && element.count > 0) {
                 return Fault{{}, "has faces: it is a mesh, not particles"};
             }
@@ -92,30 +92,30 @@ public:
         }
         std::vector<TableColumn> columns;
         for (PlyProperty const& property : vertices->properties) {
-            columns.push_back(TableColumn{property.name, ColumnUse::channel, 0, property.name == "id"});
+            columns.push_back(TableColumn{property.name, ColumnUse::CHANNEL, 0, property.name == "id"});
         }
         if (hasLists(*vertices)) {
             return Fault{{}, "the vertices of the PLY file have lists, which particles cannot have"};
         }
-        if (!useColumns(columns, {"x", "y", "z"}, ColumnUse::position)) {
+        if (!useColumns(columns, {"x", "y", "z"}, ColumnUse::POSITION)) {
             return Fault{{}, "the vertices of the PLY file have no properties x, y and z"};
         }
-        useColumns(columns, {"vx", "vy", "vz"}, ColumnUse::velocity);
+        useColumns(columns, {"vx", "vy", "vz"}, ColumnUse::VELOCITY);
         for (TableColumn& column : columns) {
-            column.use = column.use == ColumnUse::channel ? ColumnUse::number : column.use;
+            column.use = column.use == ColumnUse::CHANNEL ? ColumnUse::NUMBER : column.use;
         }
-        return _header.format == PlyFormat::text ? _readText(*vertices, columns)
-                                                 : _readBinary(*vertices, columns);
+        return header.format == PlyFormat::TEXT ? _readText(*vertices, columns)
+                                                : _readBinary(*vertices, columns);
     }
 
 private:
     Result<ParticleFrames> _readText(PlyElement const& vertices,
                                      std::vector<TableColumn> const& columns) const {
-        TextLines lines(_file);
-        while (lines.done() < _headerSize && !lines.isAtEnd()) {
+        TextLines lines(file);
+        while (lines.done() < headerSize && !lines.isAtEnd()) {
             lines.take();
         }
-        for (PlyElement const* element = _header.elements.data(); element != &vertices; ++element) {
+        for (PlyElement const* element = header.elements.data(); element != &vertices; ++element) {
             for (std::uint64_t i = 0; i < element->count && !element->properties.empty(); ++i) {
                 if (lines.isAtEnd()) {
                     return Fault{{}, lines.damage(cutOffReason(*element, i)).message()};
@@ -126,7 +126,7 @@ private:
         ParticleFrames result;
         result.frames.emplace_back();
         TableRows rows(columns, ' ');
-        rows.tell(_progress);
+        rows.tell(progress);
         if (std::optional<TextDamage> const damage =
                 rows.read(lines, vertices.count, result.frames.front())) {
             return Fault{{}, damage->message() + (damage->isAtEnd ? "; the file is cut off" : "")};
@@ -137,8 +137,8 @@ private:
 
     Result<ParticleFrames> _readBinary(PlyElement const& vertices,
                                        std::vector<TableColumn> const& columns) const {
-        std::string_view body = _header.body;
-        for (PlyElement const* element = _header.elements.data(); element != &vertices; ++element) {
+        std::string_view body = header.body;
+        for (PlyElement const* element = header.elements.data(); element != &vertices; ++element) {
             std::size_t const size = sizeOf(*element);
             if (hasLists(*element) && element->count > 0) {
                 return Fault{{}, "the element " + quoted(element->name) + " before the vertices has lists"};
@@ -156,12 +156,12 @@ private:
     }
 
     Result<ParticleFrames> _readRecords(PlyElement const& vertices, std::vector<TableColumn> const& columns,
-                                        char const* const& start, std::size_t const& stride) const {
+                                        char const* const& start, std::size_t stride) const {
         ParticleFrames result;
         result.frames.emplace_back();
         FrameBuilder builder(columns, static_cast<std::size_t>(vertices.count), result.frames.front());
-        bool const isBigEndian = _header.format == PlyFormat::bigEndian;
-        std::size_t const bodyStart = static_cast<std::size_t>(start - _file.data());
+        bool const isBigEndian = header.format == PlyFormat::BINARY_BIG;
+        std::size_t const bodyStart = static_cast<std::size_t>(start - file.data());
         char const* here = start;
         for (std::uint64_t row = 0; row < vertices.count; ++row) {
             for (std::size_t i = 0; i < columns.size(); ++i) {
@@ -172,23 +172,23 @@ private:
             if (!builder.addRow()) {
                 return Fault{{}, "the id of vertex " + std::to_string(row) + " is not a whole number"};
             }
-            if (_progress && row % rowsBetweenProgress == 0) {
-                _progress(bodyStart + row * stride, bodyStart + vertices.count * stride);
+            if (progress && row % ROWS_BETWEEN_PROGRESS == 0) {
+                progress(bodyStart + row * stride, bodyStart + vertices.count * stride);
             }
         }
         builder.finish();
         return result;
     }
 
-    PlyHeader const& _header;
-    ParticleProgress const& _progress;
-    std::size_t _headerSize;
-    std::string_view _file;
+    PlyHeader const& header;
+    ParticleProgress const& progress;
+    std::size_t headerSize;
+    std::string_view file;
 };
 
 }  // namespace
 
-Result<ParticleFrames> readPlyPoints(std::string_view const& bytes, ParticleProgress const& progress) {
+Result<ParticleFrames> readPlyPoints(std::string_view bytes, ParticleProgress const& progress) {
     std::optional<PlyHeader> const header = readPlyHeader(bytes);
     if (!header) {
         return Fault{{}, "the header of the PLY file is cut off or not understood"};

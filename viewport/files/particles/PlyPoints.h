@@ -13,6 +13,6 @@ namespace vellum::viewport {
 /// the particles. Other elements are passed over. A file with faces is a mesh: a fault, as is all damage; faults
 /// are without a file.
 /// \param progress may be empty.
-Result<ParticleFrames> readPlyPoints(std::string_view const& bytes, ParticleProgress const& progress);
+Result<ParticleFrames> readPlyPoints(std::string_view bytes, ParticleProgress const& progress);
 
 }  // namespace vellum::viewport

@@ -10,9 +10,9 @@ namespace vellum::viewport {
 
 namespace {
 
-constexpr std::uint64_t rowsBetweenProgress = 4096;
+constexpr std::uint64_t ROWS_BETWEEN_PROGRESS = 4096;
 
-bool isBlank(char const& character) {
+bool isBlank(char character) {
     return character == ' ' || character == '\t' || character == '\r';
 }
 
@@ -24,7 +24,7 @@ char const* skipBlanks(char const* here, char const* const& end) {
 }
 
 /// The value of a number that no double holds: 0 or infinite.
-double beyondDoubles(std::string_view const& word) {
+double beyondDoubles(std::string_view word) {
     bool const isNegative = word.front() == '-';
     std::size_t const exponent = word.find_first_of("eE");
     bool const isSmall = exponent == std::string_view::npos
@@ -34,7 +34,7 @@ double beyondDoubles(std::string_view const& word) {
     return isNegative ? -size : size;
 }
 
-bool isDigit(char const& character) {
+bool isDigit(char character) {
     return character >= '0' && character <= '9';
 }
 
@@ -117,7 +117,7 @@ char const* takeNumber(char const* here, char const* const& end, double& value) 
 
 }  // namespace
 
-std::optional<double> toNumber(std::string_view const& word) {
+std::optional<double> toNumber(std::string_view word) {
     if (word.empty()) {
         return std::nullopt;
     }
@@ -128,9 +128,9 @@ std::optional<double> toNumber(std::string_view const& word) {
 
 std::optional<TextDamage> TableRows::read(TextLines& lines, std::optional<std::uint64_t> const& count,
                                           ParticleFrame& frame) {
-    bool const skipsEmpty = _separator != ' ';
+    bool const skipsEmpty = separator != ' ';
     // A value and what ends it take two bytes at least; the last line may lack its end.
-    std::uint64_t const possibleRows = (lines.left() + 1) / (2 * std::max<std::size_t>(_columns.size(), 1));
+    std::uint64_t const possibleRows = (lines.left() + 1) / (2 * std::max<std::size_t>(columns.size(), 1));
     std::uint64_t const expectedRows = std::min(count.value_or(0), possibleRows);
     std::optional<FrameBuilder> builder;
     for (std::uint64_t row = 0; !count || row < *count; ++row) {
@@ -146,56 +146,56 @@ std::optional<TextDamage> TableRows::read(TextLines& lines, std::optional<std::u
                                   " particles",
                               true};
         }
-        _line = lines.take();
+        line = lines.take();
         if (!builder) {
             _findTexts();
-            builder.emplace(_columns, static_cast<std::size_t>(expectedRows), frame);
-            if (_box) {
-                builder->placeInto(*_box);
+            builder.emplace(columns, static_cast<std::size_t>(expectedRows), frame);
+            if (box) {
+                builder->placeInto(*box);
             }
         }
         if (!_readRow(builder->values())) {
-            return lines.damage(_reason);
+            return lines.damage(reason);
         }
         if (!builder->addRow()) {
             return lines.damage("the particle's id is not a whole number");
         }
-        if (_progress && row % rowsBetweenProgress == 0) {
-            _progress(lines.done(), lines.done() + lines.left());
+        if (progress && row % ROWS_BETWEEN_PROGRESS == 0) {
+            progress(lines.done(), lines.done() + lines.left());
         }
     }
     if (!builder) {
-        builder.emplace(_columns, 0, frame);
+        builder.emplace(columns, 0, frame);
     }
     builder->finish();
     return std::nullopt;
 }
 
 void TableRows::_findTexts() {
-    char const* here = _line.data();
-    char const* const end = here + _line.size();
+    char const* here = line.data();
+    char const* const end = here + line.size();
     double value = 0.0;
-    for (std::size_t i = 0; i < _columns.size(); ++i) {
+    for (std::size_t i = 0; i < columns.size(); ++i) {
         char const* const start = here;
-        bool const isOptional = _columns[i].use == ColumnUse::channel;
+        bool const isOptional = columns[i].use == ColumnUse::CHANNEL;
         if (!_readValue(i, here, end, value) && isOptional) {
-            _columns[i].use = ColumnUse::ignored;
+            columns[i].use = ColumnUse::IGNORED;
             here = start;
             static_cast<void>(_readValue(i, here, end, value));
         }
-        if (_separator != ' ' && here != end) {
+        if (separator != ' ' && here != end) {
             ++here;
         }
     }
 }
 
 bool TableRows::_readRow(std::vector<double>& values) {
-    char const* here = _line.data();
-    char const* const end = here + _line.size();
-    for (std::size_t i = 0; i < _columns.size(); ++i) {
-        if (i > 0 && _separator != ' ') {
+    char const* here = line.data();
+    char const* const end = here + line.size();
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (i > 0 && separator != ' ') {
             if (here == end) {
-                return _fail("has " + std::to_string(i) + " of " + std::to_string(_columns.size()) +
+                return _fail("has " + std::to_string(i) + " of " + std::to_string(columns.size()) +
                              " values");
             }
             ++here;
@@ -205,29 +205,28 @@ bool TableRows::_readRow(std::vector<double>& values) {
         }
     }
     if (skipBlanks(here, end) != end) {
-        return _fail("has more than " + std::to_string(_columns.size()) + " values");
+        return _fail("has more than " + std::to_string(columns.size()) + " values");
     }
     return true;
 }
 
 /// Reads the value at `here`, which is then at the separator behind it or at the end of the line.
-bool TableRows::_readValue(std::size_t const& column, char const*& here, char const* const& end,
-                           double& value) {
-    bool const isSeparated = _separator != ' ';
-    bool const isNeeded = _columns[column].use != ColumnUse::ignored;
+bool TableRows::_readValue(std::size_t column, char const*& here, char const* const& end, double& value) {
+    bool const isSeparated = separator != ' ';
+    bool const isNeeded = columns[column].use != ColumnUse::IGNORED;
     // A tabulator that separates is no blank.
-    while (here != end && isBlank(*here) && !(isSeparated && *here == _separator)) {
+    while (here != end && isBlank(*here) && !(isSeparated && *here == separator)) {
         ++here;
     }
     if (isNeeded) {
         char const* numberEnd = takeNumber(here, end, value);
         if (numberEnd != nullptr) {
             if (isSeparated) {
-                while (numberEnd != end && isBlank(*numberEnd) && *numberEnd != _separator) {
+                while (numberEnd != end && isBlank(*numberEnd) && *numberEnd != separator) {
                     ++numberEnd;
                 }
             }
-            if (numberEnd == end || (isSeparated ? *numberEnd == _separator : isBlank(*numberEnd))) {
+            if (numberEnd == end || (isSeparated ? *numberEnd == separator : isBlank(*numberEnd))) {
                 here = numberEnd;
                 return true;
             }
@@ -240,20 +239,20 @@ bool TableRows::_readValue(std::size_t const& column, char const*& here, char co
     if (isSeparated && here != end && *here == '"') {
         char const* const closing = std::find(start + 1, end, '"');
         word = std::string_view(start + 1, static_cast<std::size_t>(closing - start - 1));
-        here = std::find(closing, end, _separator);
+        here = std::find(closing, end, separator);
     } else {
-        here = isSeparated ? std::find(start, end, _separator) : std::find_if(start, end, isBlank);
+        here = isSeparated ? std::find(start, end, separator) : std::find_if(start, end, isBlank);
         word = std::string_view(start, static_cast<std::size_t>(here - start));
         if (word.empty() && !isSeparated) {
-            return _fail("has " + std::to_string(column) + " of " + std::to_string(_columns.size()) +
+            return _fail("has " + std::to_string(column) + " of " + std::to_string(columns.size()) +
                          " values");
         }
     }
     if (!isNeeded) {
         return true;
     }
-    ColumnUse const use = _columns[column].use;
-    if (word.empty() && (use == ColumnUse::channel || use == ColumnUse::number) && !_columns[column].isId) {
+    ColumnUse const use = columns[column].use;
+    if (word.empty() && (use == ColumnUse::CHANNEL || use == ColumnUse::NUMBER) && !columns[column].isId) {
         value = std::numeric_limits<double>::quiet_NaN();
         return true;
     }
@@ -261,11 +260,11 @@ bool TableRows::_readValue(std::size_t const& column, char const*& here, char co
         value = *number;
         return true;
     }
-    return _fail(quoted(word) + " in column " + quoted(_columns[column].name) + " is not a number");
+    return _fail(quoted(word) + " in column " + quoted(columns[column].name) + " is not a number");
 }
 
 bool TableRows::_fail(std::string const& reason) {
-    _reason = reason;
+    this->reason = reason;
     return false;
 }
 

@@ -12,9 +12,9 @@ namespace {
 
 using Damage = std::optional<TextDamage>;
 
-constexpr std::uint64_t mostComponents = 1000;  // of a property, and columns of a table
+constexpr std::uint64_t MOST_COMPONENTS = 1000;  // of a property, and columns of a table
 
-std::string lowerCase(std::string_view const& word) {
+std::string lowerCase(std::string_view word) {
     std::string lower(word);
     for (char& character : lower) {
         if (character >= 'A' && character <= 'Z') {
@@ -34,7 +34,7 @@ std::vector<Setting> settingsOf(std::string_view text) {
     std::vector<Setting> settings;
     std::string pending;  // the key that ended with a colon
     while (true) {
-        text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+        text.remove_prefix(std::min(text.find_first_not_of(BLANKS), text.size()));
         if (text.empty()) {
             return settings;
         }
@@ -53,7 +53,7 @@ std::vector<Setting> settingsOf(std::string_view text) {
         bool const isQuoted = !text.empty() && text.front() == '"';
         text.remove_prefix(isQuoted ? 1 : 0);
         std::size_t const valueEnd =
-            std::min(isQuoted ? text.find('"') : text.find_first_of(blanks), text.size());
+            std::min(isQuoted ? text.find('"') : text.find_first_of(BLANKS), text.size());
         settings.push_back(Setting{lowerCase(word), text.substr(0, valueEnd)});
         text.remove_prefix(std::min(valueEnd + (isQuoted ? 1 : 0), text.size()));
     }
@@ -66,8 +66,7 @@ std::string_view takeField(std::string_view& text) {
     return field;
 }
 
-std::string componentName(std::string_view const& property, std::uint64_t const& index,
-                          std::uint64_t const& count) {
+std::string componentName(std::string_view property, std::uint64_t index, std::uint64_t count) {
     if (count == 1) {
         return std::string(property);
     }
@@ -86,7 +85,7 @@ std::optional<std::vector<TableColumn>> columnsOf(std::string_view properties) {
         std::optional<std::uint64_t> const count = toCount(takeField(properties));
         bool const isNumber = type == "R" || type == "I";
         if (name.empty() || !(isNumber || type == "S" || type == "L") || !count || *count == 0 ||
-            *count + columns.size() > mostComponents) {
+            *count + columns.size() > MOST_COMPONENTS) {
             return std::nullopt;
         }
         std::string const key = lowerCase(name);
@@ -99,10 +98,10 @@ std::optional<std::vector<TableColumn>> columnsOf(std::string_view properties) {
         for (std::uint64_t i = 0; i < *count; ++i) {
             TableColumn column;
             column.name = componentName(name, i, *count);
-            column.use = isPosition   ? ColumnUse::position
-                         : isVelocity ? ColumnUse::velocity
-                         : isNumber   ? ColumnUse::number
-                                      : ColumnUse::ignored;
+            column.use = isPosition   ? ColumnUse::POSITION
+                         : isVelocity ? ColumnUse::VELOCITY
+                         : isNumber   ? ColumnUse::NUMBER
+                                      : ColumnUse::IGNORED;
             column.axis = static_cast<unsigned int>(i % 3);
             column.isId = isNumber && *count == 1 && key == "id";
             columns.push_back(column);
@@ -114,9 +113,9 @@ std::optional<std::vector<TableColumn>> columnsOf(std::string_view properties) {
 /// The columns of plain XYZ, of which the first row tells the number.
 std::vector<TableColumn> plainColumns(std::string_view row) {
     std::vector<TableColumn> columns;
-    while (!takeWord(row).empty() && columns.size() < mostComponents) {
+    while (!takeWord(row).empty() && columns.size() < MOST_COMPONENTS) {
         columns.push_back(
-            TableColumn{"column " + std::to_string(columns.size() + 1), ColumnUse::channel, 0, false});
+            TableColumn{"column " + std::to_string(columns.size() + 1), ColumnUse::CHANNEL, 0, false});
     }
     std::size_t const first = columns.size() == 3 ? 0 : 1;
     // Rows that are too short are found when they are read.
@@ -127,11 +126,11 @@ std::vector<TableColumn> plainColumns(std::string_view row) {
     bool const hasVelocity = columns.size() == 7;
     for (unsigned int axis = 0; axis < 3; ++axis) {
         columns[first + axis].name = std::string(1, "xyz"[axis]);
-        columns[first + axis].use = ColumnUse::position;
+        columns[first + axis].use = ColumnUse::POSITION;
         columns[first + axis].axis = axis;
         if (hasVelocity) {
             columns[4 + axis].name = std::string("v") + "xyz"[axis];
-            columns[4 + axis].use = ColumnUse::velocity;
+            columns[4 + axis].use = ColumnUse::VELOCITY;
             columns[4 + axis].axis = axis;
         }
     }
@@ -154,53 +153,52 @@ bool readLattice(std::string_view text, ParticleBox& box) {
 
 class XyzReader {
 public:
-    XyzReader(std::string_view const& text, ParticleProgress const& progress)
-        : _lines(text), _progress(progress) {}
+    XyzReader(std::string_view text, ParticleProgress const& progress) : lines(text), progress(progress) {}
 
     Result<ParticleFrames> read() {
-        return readFrames(_lines, [this](ParticleFrame& frame) { return _readFrame(frame); });
+        return readFrames(lines, [this](ParticleFrame& frame) { return _readFrame(frame); });
     }
 
 private:
     Damage _readFrame(ParticleFrame& frame) {
-        std::string_view line = _lines.take();
+        std::string_view line = lines.take();
         std::string_view const word = takeWord(line);
         std::optional<std::uint64_t> const count = toCount(word);
         if (!count || !takeWord(line).empty()) {
-            return _lines.damage(quoted(word) + " is not a number of particles");
+            return lines.damage(quoted(word) + " is not a number of particles");
         }
-        if (_lines.isAtEnd()) {
-            return TextDamage{_lines.number(), "the line of comment is missing", true};
+        if (lines.isAtEnd()) {
+            return TextDamage{lines.number(), "the line of comment is missing", true};
         }
-        std::string_view const comment = _lines.take();
+        std::string_view const comment = lines.take();
         std::vector<TableColumn> columns;
         if (Damage damage = _readComment(comment, frame, columns)) {
             return damage;
         }
         if (columns.empty()) {
-            TextLines ahead = _lines;
+            TextLines ahead = lines;
             columns = plainColumns(*count > 0 ? ahead.take() : std::string_view());
         }
         TableRows rows(columns, ' ');
-        rows.tell(_progress);
-        return rows.read(_lines, *count, frame);
+        rows.tell(progress);
+        return rows.read(lines, *count, frame);
     }
 
-    Damage _readComment(std::string_view const& comment, ParticleFrame& frame,
+    Damage _readComment(std::string_view comment, ParticleFrame& frame,
                         std::vector<TableColumn>& columns) const {
         std::optional<Vector3<double>> origin;
         for (Setting const& setting : settingsOf(comment)) {
             if (setting.key == "properties") {
                 std::optional<std::vector<TableColumn>> const named = columnsOf(setting.value);
                 if (!named) {
-                    return _lines.damage("the properties " + quoted(setting.value) +
-                                         " are not understood or lack pos:R:3");
+                    return lines.damage("the properties " + quoted(setting.value) +
+                                        " are not understood or lack pos:R:3");
                 }
                 columns = *named;
             } else if (setting.key == "lattice") {
                 ParticleBox box;
                 if (!readLattice(setting.value, box)) {
-                    return _lines.damage("the lattice " + quoted(setting.value) + " is not nine numbers");
+                    return lines.damage("the lattice " + quoted(setting.value) + " is not nine numbers");
                 }
                 frame.box = box;
             } else if (setting.key == "origin") {
@@ -209,7 +207,7 @@ private:
                 std::optional<double> const y = toNumber(takeWord(numbers));
                 std::optional<double> const z = toNumber(takeWord(numbers));
                 if (!x || !y || !z) {
-                    return _lines.damage("the origin " + quoted(setting.value) + " is not three numbers");
+                    return lines.damage("the origin " + quoted(setting.value) + " is not three numbers");
                 }
                 origin = Vector3<double>{*x, *y, *z};
             } else if (setting.key == "timestep" || setting.key == "step") {
@@ -228,13 +226,13 @@ private:
         return std::nullopt;
     }
 
-    TextLines _lines;
-    ParticleProgress const& _progress;
+    TextLines lines;
+    ParticleProgress const& progress;
 };
 
 }  // namespace
 
-Result<ParticleFrames> readXyz(std::string_view const& text, ParticleProgress const& progress) {
+Result<ParticleFrames> readXyz(std::string_view text, ParticleProgress const& progress) {
     return XyzReader(text, progress).read();
 }
 

@@ -18,6 +18,6 @@ namespace vellum::viewport {
 /// The time step is what the comment says behind "Timestep" or "step", the time what it says behind "Time".
 /// A file that is cut off gives its complete frames and a warning; all other damage is a fault, without a file.
 /// \param progress may be empty.
-Result<ParticleFrames> readXyz(std::string_view const& text, ParticleProgress const& progress);
+Result<ParticleFrames> readXyz(std::string_view text, ParticleProgress const& progress);
 
 }  // namespace vellum::viewport

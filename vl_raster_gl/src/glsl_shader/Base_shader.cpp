@@ -36,35 +36,35 @@ GLenum pixelType(VL_Image const& image) {
     }
 }
 
-// Grey to RGBA, the grey's alpha being its second channel, or the largest value.
+// Gray to RGBA, the gray's alpha being its second channel, or the largest value.
 template <class Value>
-void spread(Value const* grey, std::size_t const& channels, Value const& opaque, VL_Image const& image,
+void spread(Value const* gray, std::size_t const& channels, Value const& opaque, VL_Image const& image,
             Value* rgba) {
     std::size_t const pixels = std::size_t{image.width()} * image.height();
     for (std::size_t i = 0; i < pixels; ++i) {
-        Value const value = grey[i * channels];
+        Value const value = gray[i * channels];
         Value* const pixel = rgba + 4 * i;
         pixel[0] = pixel[1] = pixel[2] = value;
-        pixel[3] = channels == 2 ? grey[i * channels + 1] : opaque;
+        pixel[3] = channels == 2 ? gray[i * channels + 1] : opaque;
     }
 }
 
 // The same picture as RGBA; empty when that is too large.
-VL_Image spreadGrey(VL_Image const& grey) {
-    auto const channels = static_cast<unsigned int>(grey.pixdepth() / grey.bitdepth());
+VL_Image spreadGray(VL_Image const& gray) {
+    auto const channels = static_cast<unsigned int>(gray.pixdepth() / gray.bitdepth());
     VL_Image rgba;
-    if (!rgba.create(grey.width(), grey.height(), 4, static_cast<unsigned int>(grey.bitdepth()))) {
+    if (!rgba.create(gray.width(), gray.height(), 4, static_cast<unsigned int>(gray.bitdepth()))) {
         return rgba;
     }
-    switch (grey.bitdepth()) {
+    switch (gray.bitdepth()) {
     case 8:
-        spread<unsigned char>(grey.getBuffer(), channels, 0xFF, grey, rgba.getBuffer());
+        spread<unsigned char>(gray.getBuffer(), channels, 0xFF, gray, rgba.getBuffer());
         break;
     case 16:
-        spread<unsigned short>(grey.getBuffer16(), channels, 0xFFFF, grey, rgba.getBuffer16());
+        spread<unsigned short>(gray.getBuffer16(), channels, 0xFFFF, gray, rgba.getBuffer16());
         break;
     default:
-        spread<float>(grey.getBuffer32(), channels, 1, grey, rgba.getBuffer32());
+        spread<float>(gray.getBuffer32(), channels, 1, gray, rgba.getBuffer32());
         break;
     }
     return rgba;
@@ -272,7 +272,7 @@ void Base_shader::_uploadTexture(VL_Image const& image, unsigned int const& text
     }
     int const channels = image.pixdepth() / image.bitdepth();
     if (channels < 3) {
-        VL_Image const rgba = spreadGrey(image);
+        VL_Image const rgba = spreadGray(image);
         _uploadTexture(rgba, texture, internalFormat, width, height);
         return;
     }

@@ -100,7 +100,7 @@ public:
     // == Textures ==
 
     /// Uploads an image as the contents of a texture: repeating, linearly filtered, without mipmaps. An image
-    /// with three channels gives RGB, any other RGBA; grey ones are spread out. An empty image does nothing.
+    /// with three channels gives RGB, any other RGBA; gray ones are spread out. An empty image does nothing.
     /// An image that GL refuses leaves the texture without contents, and nothing is reported.
     ///
     /// Deliberate: the texture is deleted and another name made and left alone; GL makes the texture again
@@ -163,7 +163,7 @@ protected:
     /// which no driver has, are not tried. Each call needs its _closePass().
     /// GL: glPushAttrib(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT), glDisable(GL_TEXTURE_2D),
     /// glDisable(GL_TEXTURE_3D), glEnable(GL_LIGHTING), glEnable per light, glColor4f, glEnable(GL_BLEND),
-    /// glBlendFunc.  State: the current colour, which is not restored.
+    /// glBlendFunc.  State: the current color, which is not restored.
     static void _openPass(unsigned int const& lightCount);
 
     /// Takes the program out of use and restores what _openPass() has saved.

@@ -52,7 +52,7 @@ public:
     /// GL: glDeleteTextures for all textures, then as Base_shader.
     ~Custom_shader() override;
 
-    /// Takes over all parameters of another effect: files, pictures' files, variables, base colour, light count,
+    /// Takes over all parameters of another effect: files, pictures' files, variables, base color, light count,
     /// whether the framebuffer is grabbed. No images and no GL objects: the effect is created again when it is
     /// used next and reads the files itself.
     /// GL: that of reload().
@@ -127,7 +127,7 @@ public:
     /// GL: that of enable(true) when dirty; glPushAttrib(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT); texturing off,
     /// lighting and lights on, white, alpha blending; the textures that have a path at units 0 to 6, the copy of
     /// the framebuffer at unit 7; the uniforms; glGetProgramInfoLog; glGetError.
-    /// State: the current colour, the textures of the units, the active unit; cleanup() does not restore them.
+    /// State: the current color, the textures of the units, the active unit; cleanup() does not restore them.
     /// One pending error is taken.
     void preprocess() override;
 

@@ -12,7 +12,7 @@ namespace vellum {
 ///
 /// A texel's red, green and blue, 0 to 1, move a point by -1 to 1 along the tangent, the normal and the binormal of the
 /// surface, along the normal times the scale; its alpha is the foam. Light is GL_LIGHT0's; a pass switches GL_LIGHT1 on
-/// as well. Highlights have ten times the shininess and three times the colour of the front material.
+/// as well. Highlights have ten times the shininess and three times the color of the front material.
 ///
 ///     Displacement_XZ_shader ocean;
 ///     ocean.setDisplacementTexture(waves);      // 512 x 512 texels
@@ -30,7 +30,7 @@ namespace vellum {
 /// The texture belongs to the effect and is deleted with it.
 class VL_RASTER_GL_EXPORT Displacement_XZ_shader : public Base_shader {
 public:
-    /// Light from (1, 1, 0), a sea green base colour (0.1, 0.3, 0.35), scale 1, one tile, 100 x 100 units, no foam, a map
+    /// Light from (1, 1, 0), a sea green base color (0.1, 0.3, 0.35), scale 1, one tile, 100 x 100 units, no foam, a map
     /// of 512 texels.
     /// GL: glGenTextures.
     Displacement_XZ_shader();
@@ -47,7 +47,7 @@ public:
     void setLightPosition(float const& x, float const& y, float const& z, float const& w);
 
     void setBaseColor(float const& r, float const& g, float const& b,
-                      float const& a);  ///< A fifth of the colour.
+                      float const& a);  ///< A fifth of the color.
     void setScale(float const& scale);  ///< The displacement along the normal.
 
     /// The size of the grid that one tile of the map covers, in units. Normals are taken on it.
@@ -80,7 +80,7 @@ public:
     /// Opens the pass.
     /// GL: that of enable(true); glPushAttrib(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT); texturing off, lighting, GL_LIGHT0 and
     /// GL_LIGHT1 on, white, alpha blending; glGetIntegerv(GL_VIEWPORT); the uniforms; the texture; the log.
-    /// State: the current colour, the active texture unit (1) and its 2-D texture, which cleanup() does not restore.
+    /// State: the current color, the active texture unit (1) and its 2-D texture, which cleanup() does not restore.
     void preprocess() override;
 
     void postprocess() override;  ///< Deliberate: nothing; see the class. GL: none.

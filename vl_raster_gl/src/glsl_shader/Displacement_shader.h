@@ -14,7 +14,7 @@ namespace vellum {
 /// Displaces a surface by a texture and shades it with one or two of GL's lights.
 ///
 /// A texel's red, green and blue, 0 to 1, move a point along x, y and z of object space by -scale to +scale
-/// hundredths; middle grey leaves it in place. The texture is looked up at the first texture coordinate times the tile
+/// hundredths; middle gray leaves it in place. The texture is looked up at the first texture coordinate times the tile
 /// factor, repeating. The normal of each pixel is rebuilt from the texture, as if the surface lay in the plane of x and
 /// z. Lights, materials and their attenuation are GL's: GL_LIGHT0, and GL_LIGHT1 with a light count above 1.
 ///
@@ -38,7 +38,7 @@ namespace vellum {
 ///   is depth 5 with the 1024 components that every driver has to have and most have.
 ///
 /// Deliberate: all four channels displace in the plain path, so that an image without alpha, which counts as 1, moves
-/// w by 0.01: points come one part in a hundred nearer to the origin. Only with an alpha of one half does middle grey
+/// w by 0.01: points come one part in a hundred nearer to the origin. Only with an alpha of one half does middle gray
 /// leave the vertices exactly in place. The tessellated path moves x, y and z alone.
 /// Deliberate: a file's picture is uploaded as if its sizes were powers of two; others come out skewed and with black
 /// at the top. Images that are passed themselves may have any sizes.
@@ -51,7 +51,7 @@ public:
     Displacement_shader();
 
     /// An effect of its own with the same scale, tile factor, depth, path and displacement file, which it reads itself
-    /// when it is created. Base colour, light count and normals are as at the start. GL: none before its first use.
+    /// when it is created. Base color, light count and normals are as at the start. GL: none before its first use.
     Displacement_shader(Displacement_shader const& other);
 
     /// GL: glDeleteTextures, twice, then that of Base_shader.
@@ -89,7 +89,7 @@ public:
     // == Parameters ==
     // A setter makes the effect dirty when the value differs from the one before; see Base_shader.
 
-    /// What the lights' and the material's colours are multiplied by, highlights apart.
+    /// What the lights' and the material's colors are multiplied by, highlights apart.
     void setBaseColor(float const& r, float const& g, float const& b, float const& a);
 
     /// The greatest displacement along each axis, in hundredths of a unit.
@@ -133,7 +133,7 @@ public:
     /// Opens the pass.
     /// GL: that of enable(true) when dirty; glPushAttrib(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT); texturing off, lighting
     /// and lights on, white, alpha blending; glGetIntegerv(GL_VIEWPORT); the uniforms; the textures; the log.
-    /// State: the current colour, the active texture unit (1) and the 2-D textures of units 0 and 1, which cleanup()
+    /// State: the current color, the active texture unit (1) and the 2-D textures of units 0 and 1, which cleanup()
     /// does not restore.
     void preprocess() override;
 
@@ -149,7 +149,7 @@ public:
     void createShadersGeometry();
 
 private:
-    /// What a pass sets: width and height of the frame, depth, light count; base colour; scale; tile factor.
+    /// What a pass sets: width and height of the frame, depth, light count; base color; scale; tile factor.
     void _nameTextures();
 
     std::array<float, 4> baseColor{1, 1, 1, 1};  // red, green, blue, alpha

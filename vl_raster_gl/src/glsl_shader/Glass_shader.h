@@ -18,11 +18,11 @@ namespace vellum {
 ///     mesh.shader = &glass;
 ///     mesh.render(MeshShading{...});       // create, init, preprocess, draw, postprocess, cleanup
 ///
-/// Of the colour, four fifths are a mixture of reflection and refraction, and one fifth is the base colour under
+/// Of the color, four fifths are a mixture of reflection and refraction, and one fifth is the base color under
 /// the first two lights. The more the surface faces the viewer, the more is seen through it: the share is the
 /// cosine of the angle between view and normal, times the mix ratio, between 0.1 and 0.9.
 ///
-/// The environment is a picture of all directions in eye space: the left half has the directions towards the
+/// The environment is a picture of all directions in eye space: the left half has the directions toward the
 /// viewer (from left to right), the right half those away from the viewer (from right to left), and the height
 /// is that of the direction. Without it reflections are black.
 ///
@@ -34,7 +34,7 @@ public:
     /// GL: glGenTextures, twice.
     Glass_shader();
 
-    /// An effect of its own with the same depth, mix ratio and environment. Deliberate: base colour, light and
+    /// An effect of its own with the same depth, mix ratio and environment. Deliberate: base color, light and
     /// light count have their first values. GL: glGenTextures, twice.
     Glass_shader(Glass_shader const& other);
 
@@ -51,7 +51,7 @@ public:
     /// Sent as "LightPos"; the effect's own texts do not read it. First (1, 1, 0, 0).
     void setLightPosition(float const& x, float const& y, float const& z, float const& w);
 
-    /// The colour of the glass under light, each 0 to 1; alpha is not used. First (0, 1, 0, 1).
+    /// The color of the glass under light, each 0 to 1; alpha is not used. First (0, 1, 0, 1).
     void setBaseColor(float const& r, float const& g, float const& b, float const& a);
 
     /// How far the picture behind the glass is moved, as a part of half the frame. First 0.1.
@@ -83,7 +83,7 @@ public:
     /// GL: that of enable(true) when dirty; glPushAttrib(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT); texturing off,
     /// lighting and lights on, white, alpha blending; glGetIntegerv(GL_VIEWPORT); glUseProgram; the uniforms;
     /// the environment at texture unit 0, the copy of the framebuffer at unit 1.
-    /// State: the current colour, the textures of both units, the active unit; cleanup() does not restore them.
+    /// State: the current color, the textures of both units, the active unit; cleanup() does not restore them.
     void preprocess() override;
 
     void postprocess() override;  ///< The effect is no longer dirty. GL: none.

@@ -12,10 +12,10 @@ namespace {
 
 constexpr unsigned int MOST_VERTICES = 8;  // of one particle
 
-constexpr unsigned int CONSTANT_COLOUR = 4;  // the process type without magnitudes
-constexpr unsigned int LENGTH = 0;           // the process type of the whole vector
+constexpr unsigned int CONSTANT_COLOR = 4;  // the process type without magnitudes
+constexpr unsigned int LENGTH = 0;          // the process type of the whole vector
 
-// The uniforms of every vertex stage: magnitudes in the units of the channel, colours as red, green, blue.
+// The uniforms of every vertex stage: magnitudes in the units of the channel, colors as red, green, blue.
 constexpr char const* RAMP_UNIFORMS = R"(uniform float maxMagnitude;
 uniform float minMagnitude;
 uniform float magnitudeScale;
@@ -38,7 +38,7 @@ char const* speedVector(unsigned int const& processType) {
     }
 }
 
-// The statements that place the speed between the two colours. `colour` and `speedVector` are replaced text:
+// The statements that place the speed between the two colors. `color` and `speedVector` are replaced text:
 // the rest is the one source of the ramp. Deliberate: at a rate of exactly 1 `isFullRateClamped` decides.
 std::string rampStatements(char const* vector, bool const& isFullRateClamped) {
     std::string const interpolation = "color = minColor * (1.0 - rate) + maxColor * rate;\n";
@@ -177,16 +177,15 @@ void Impostor_shader::createShadersGeometry() {
 }
 
 std::string Impostor_shader::_vertexText() const {
-    bool const isConstant = type == CONSTANT_COLOUR || (type > CONSTANT_COLOUR && kind.isOtherTypeConstant);
-    std::string const colour =
-        isConstant
-            ? "    vec3 color = maxColor;\n"
-            : rampStatements(speedVector(type > CONSTANT_COLOUR ? LENGTH : type), kind.isFullRateClamped);
+    bool const isConstant = type == CONSTANT_COLOR || (type > CONSTANT_COLOR && kind.isOtherTypeConstant);
+    std::string const color = isConstant ? "    vec3 color = maxColor;\n"
+                                         : rampStatements(speedVector(type > CONSTANT_COLOR ? LENGTH : type),
+                                                          kind.isFullRateClamped);
     return std::string(RAMP_UNIFORMS) + kind.vertexDeclarations + R"(
 void main()
 {
     gl_TexCoord[0] = gl_MultiTexCoord0;
-)" + colour +
+)" + color +
            "    gl_FrontColor = vec4(clamp(color, 0.0, 1.0), 1.0);\n" + kind.vertexOutputs + "}\n";
 }
 

@@ -8,13 +8,13 @@
 
 namespace vellum {
 
-/// What the three particle effects have in common: parameters, the colours of magnitudes, the pass.
+/// What the three particle effects have in common: parameters, the colors of magnitudes, the pass.
 ///
-/// The vertex colour of a particle carries a vector. Its length, or one component of it, divided by the
-/// magnitude scale, is placed between the minimum and the maximum magnitude and gives a colour between the
-/// minimum and the maximum colour, or the clamp colour above them. Below the minimum the line through the two
-/// colours goes on; at last each channel is limited to 0 to 1. Where the two magnitudes are equal all particles
-/// have the minimum colour.
+/// The vertex color of a particle carries a vector. Its length, or one component of it, divided by the
+/// magnitude scale, is placed between the minimum and the maximum magnitude and gives a color between the
+/// minimum and the maximum color, or the clamp color above them. Below the minimum the line through the two
+/// colors goes on; at last each channel is limited to 0 to 1. Where the two magnitudes are equal all particles
+/// have the minimum color.
 ///
 /// Use, by the particle renderer:
 ///
@@ -46,7 +46,7 @@ public:
     void setMagnitudeScale(float scale);  ///< What magnitudes are divided by.
     void setSize(float size);             ///< Of a sphere or an arrow; points have GL's point size.
 
-    /// Which quantity gives the colour, as the constructor was told.
+    /// Which quantity gives the color, as the constructor was told.
     Base_shader::ProcessType const& processType() const { return type; }
 
     // == Lifecycle ==
@@ -61,7 +61,7 @@ public:
     /// GL: that of enable(true) when dirty; glPushAttrib(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT); texturing off,
     /// lighting and lights on, white, alpha blending; for arrows glLineWidth(2); glGetIntegerv(GL_VIEWPORT);
     /// glUseProgram; the uniforms.
-    /// State: the current colour and, for arrows, the line width, which cleanup() does not restore.
+    /// State: the current color and, for arrows, the line width, which cleanup() does not restore.
     void preprocess() override;
 
     void postprocess() override;  ///< The effect is no longer dirty. GL: none.
@@ -77,18 +77,18 @@ protected:
     struct Kind {
         char const* vertexDeclarations;  ///< varyings of the vertex stage, and uniforms of its own
         char const* vertexOutputs;       ///< statements that set them and gl_Position
-        bool isFullRateClamped;    ///< magnitudes at the maximum have the clamp colour, not the maximum's
-        bool isOtherTypeConstant;  ///< process types above 4 give the maximum colour, not that of the length
+        bool isFullRateClamped;    ///< magnitudes at the maximum have the clamp color, not the maximum's
+        bool isOtherTypeConstant;  ///< process types above 4 give the maximum color, not that of the length
         char const* geometry;      ///< body of the geometry stage, or null
         unsigned int geometryOutput;  ///< GL primitive that it gives
         char const* fragment;         ///< the fragment stage
-        bool isSizeLast;              ///< "size" is sent behind the colours
+        bool isSizeLast;              ///< "size" is sent behind the colors
         float lineWidth;              ///< pixels; 0 leaves it alone
     };
 
     Impostor_shader(Kind const& kind, Base_shader::ProcessType const& type);
 
-    /// Takes over colours, magnitudes, scale and size. Deliberate: not light, light count and process type.
+    /// Takes over colors, magnitudes, scale and size. Deliberate: not light, light count and process type.
     void _copy(Impostor_shader const& other);
 
 private:

@@ -8,9 +8,9 @@ namespace vellum {
 
 /// Draws a mesh of wax, skin or leaves: light enters the material, wraps around it and shines through thin parts.
 ///
-/// For up to two lights. Each adds a wrapped diffuse light, the light that passes through the material towards
+/// For up to two lights. Each adds a wrapped diffuse light, the light that passes through the material toward
 /// the viewer, a rim where the surface turns away, and a weak highlight; all under the light's diffuse and
-/// specular colours, and weaker with the light's distance.
+/// specular colors, and weaker with the light's distance.
 ///
 ///     SSScattering_shader wax;
 ///     wax.setMaterialThickness(0.4F);      // also creates the effect and takes its program into use
@@ -27,7 +27,7 @@ class VL_RASTER_GL_EXPORT SSScattering_shader : public Base_shader {
 public:
     SSScattering_shader();  ///< GL: none.
 
-    /// An effect of its own with the same thickness, extinction and rim. Deliberate: base colour and light count
+    /// An effect of its own with the same thickness, extinction and rim. Deliberate: base color and light count
     /// have their first values. GL: none.
     SSScattering_shader(SSScattering_shader const& other);
 
@@ -41,7 +41,7 @@ public:
     // Each setter: GL: that of enable(true) when the value differs or the effect is dirty.
     // State: the current program, until cleanup().
 
-    /// The colour of the material, each 0 to 1. First (0.8, 0.8, 0.8, 1), the diffuse colour of GL's own
+    /// The color of the material, each 0 to 1. First (0.8, 0.8, 0.8, 1), the diffuse color of GL's own
     /// material.
     void setBaseColor(float const& r, float const& g, float const& b, float const& a);
 
@@ -73,7 +73,7 @@ public:
     /// Opens the pass. The program must be in use.
     /// GL: glPushAttrib(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT); texturing off, lighting and lights on, white, alpha
     /// blending; glGetIntegerv(GL_VIEWPORT); the uniforms; glGetProgramInfoLog.
-    /// State: the current colour, which cleanup() does not restore.
+    /// State: the current color, which cleanup() does not restore.
     void preprocess() override;
 
     void postprocess() override;  ///< The effect is no longer dirty. GL: none.

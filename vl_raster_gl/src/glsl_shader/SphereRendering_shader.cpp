@@ -52,7 +52,7 @@ void main()
 )";
 
 // The sphere's surface over the square. Half-Lambert shading: never darker than half. The depth is that of the
-// centre moved towards the viewer by the height of the surface.
+// center moved toward the viewer by the height of the surface.
 constexpr char const* FRAGMENT = R"(varying vec2 TexCoord;
 varying vec3 vertex_light_position;
 varying float radius;

@@ -76,7 +76,7 @@ private:
     }
 };
 
-/// Tip, base corners, tail, and the corners once more: the base has a colour of its own.
+/// Tip, base corners, tail, and the corners once more: the base has a color of its own.
 ///
 ///     0 tip     1 2 3 4 base corners of the sides     5 tail     6 7 8 9 corners of the base
 inline void writeArrowVertices(ArrowPoints const& points, unsigned int const& arrow,

@@ -69,7 +69,7 @@ struct ArrowHead {
     }
 };
 
-/// The colour of a head's base: darker than the arrow, and opaque.
+/// The color of a head's base: darker than the arrow, and opaque.
 inline Color4<float> headBaseColor(Color4<float> const& arrow, float const& shade) {
     return {arrow.r * shade, arrow.g * shade, arrow.b * shade, 1.0F};
 }

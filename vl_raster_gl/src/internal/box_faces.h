@@ -41,9 +41,9 @@ inline BoxCorners boxCorners(Obb3<float> const& box) {
 }
 
 /// The cube of half edge `half` about a point.
-inline Box3<float> cubeAround(Vector3<float> const& centre, float const& half) {
+inline Box3<float> cubeAround(Vector3<float> const& center, float const& half) {
     Vector3<float> const reach{half, half, half};
-    return {centre - reach, centre + reach};
+    return {center - reach, center + reach};
 }
 
 }  // namespace vellum

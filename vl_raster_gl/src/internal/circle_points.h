@@ -11,7 +11,7 @@ namespace vellum {
 
 inline constexpr unsigned int CIRCLE_POINTS = 360;    // one for each degree
 inline constexpr float ONE_DEGREE = 0.017453292F;     // radians
-inline constexpr float FACING_THRESHOLD = -0.01F;     // nearer to the viewer than the circle's centre
+inline constexpr float FACING_THRESHOLD = -0.01F;     // nearer to the viewer than the circle's center
 inline constexpr unsigned int TAPE_FIRST_DEGREE = 5;  // where the band of a tape quarter begins
 inline constexpr unsigned int TAPE_LAST_DEGREE = 85;  // and where it ends
 

@@ -36,7 +36,7 @@ std::string geometryPrologue(GeometryDialect const& dialect, GeometryLayout cons
 ///     TEXTURE_COORDINATE_IN(i)    gl_TexCoord[0] of a vertex
 std::string geometryNames(GeometryDialect const& dialect);
 
-/// A stage that hands on triangles as they are: position, first texture coordinate, colours and fog. In the
+/// A stage that hands on triangles as they are: position, first texture coordinate, colors and fog. In the
 /// dialect of the extension it is Shader_gl::geometryPassThrough().
 std::string geometryPassThrough(GeometryDialect const& dialect);
 

@@ -2,7 +2,7 @@
 
 /// \file
 /// OpenGL and GLU with their prototypes, for the sources of the library alone. The library calls OpenGL
-/// directly, never through the function pointers of GLEW, so it needs no initialisation of its own.
+/// directly, never through the function pointers of GLEW, so it needs no initialization of its own.
 
 #define GL_GLEXT_PROTOTYPES 1
 

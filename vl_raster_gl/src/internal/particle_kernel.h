@@ -45,7 +45,7 @@ inline Three componentsOf(Three const& row) {
 }
 
 /// Particles one after the other.
-struct Neighbours {
+struct Neighbors {
     static Three vectors(float const* first, std::size_t const& k) {
         return Lanes::loadRow<Three>(first + 3 * k);
     }
@@ -60,7 +60,7 @@ struct Chosen {
     unsigned int const* offsets;
 
     Three vectors(float const* first, std::size_t const& k) const {
-        // Without a gap between them they are read as neighbours are, which is faster.
+        // Without a gap between them they are read as neighbors are, which is faster.
         if (offsets[k + Lanes::COUNT - 1] - offsets[k] == Lanes::COUNT - 1) {
             return Lanes::loadRow<Three>(first + std::size_t{3} * offsets[k]);
         }
@@ -84,14 +84,14 @@ struct Chosen {
 };
 
 template <bool streams>
-inline void storeRecords(Three const& p, Three const& colour, float* out) {
-    Register const greenBlueLow = Lanes::unpackLow(colour.y, colour.z);
-    Register const greenBlueHigh = Lanes::unpackHigh(colour.y, colour.z);
-    Register const zr0 = Lanes::shuffle<pick(2, 2, 0, 0)>(p.x, colour.x);
+inline void storeRecords(Three const& p, Three const& color, float* out) {
+    Register const greenBlueLow = Lanes::unpackLow(color.y, color.z);
+    Register const greenBlueHigh = Lanes::unpackHigh(color.y, color.z);
+    Register const zr0 = Lanes::shuffle<pick(2, 2, 0, 0)>(p.x, color.x);
     Register const xy1 = Lanes::shuffle<pick(3, 3, 0, 0)>(p.x, p.y);
-    Register const zr1 = Lanes::shuffle<pick(1, 1, 1, 1)>(p.y, colour.x);
-    Register const zr2 = Lanes::shuffle<pick(0, 0, 2, 2)>(p.z, colour.x);
-    Register const zr3 = Lanes::shuffle<pick(3, 3, 3, 3)>(p.z, colour.x);
+    Register const zr1 = Lanes::shuffle<pick(1, 1, 1, 1)>(p.y, color.x);
+    Register const zr2 = Lanes::shuffle<pick(0, 0, 2, 2)>(p.z, color.x);
+    Register const zr3 = Lanes::shuffle<pick(3, 3, 3, 3)>(p.z, color.x);
     Lanes::template store<streams>(
         out, Lanes::shuffle<pick(0, 1, 0, 2)>(p.x, zr0), Lanes::shuffle<pick(0, 1, 0, 2)>(greenBlueLow, xy1),
         Lanes::shuffle<pick(0, 2, 2, 3)>(zr1, greenBlueLow), Lanes::shuffle<pick(2, 3, 0, 2)>(p.y, zr2),
@@ -99,18 +99,18 @@ inline void storeRecords(Three const& p, Three const& colour, float* out) {
         Lanes::shuffle<pick(0, 2, 2, 3)>(zr3, greenBlueHigh));
 }
 
-/// The colours of as many particles as a register holds.
-template <RecordColour source>
-class Colours {
+/// The colors of as many particles as a register holds.
+template <RecordColor source>
+class Colors {
 public:
-    static constexpr unsigned int VALUES = source == RecordColour::CONSTANT ? 0
-                                           : source == RecordColour::SPREAD_SCALAR ||
-                                                   source == RecordColour::SCALAR ||
-                                                   source == RecordColour::TRUNCATED_SCALAR
+    static constexpr unsigned int VALUES = source == RecordColor::CONSTANT ? 0
+                                           : source == RecordColor::SPREAD_SCALAR ||
+                                                   source == RecordColor::SCALAR ||
+                                                   source == RecordColor::TRUNCATED_SCALAR
                                                ? 1
                                                : 3;
 
-    explicit Colours(RecordFormula const& formula)
+    explicit Colors(RecordFormula const& formula)
         : constant(_all(formula.constant))
         , lowest(_all(formula.lowest))
         , difference(_all(formula.difference))
@@ -119,16 +119,16 @@ public:
         , range(Lanes::all(formula.range))
         , scale(Lanes::all(formula.scale)) {}
 
-    /// Whether the colours are those of a ramp.
-    static constexpr bool IS_RAMP = source != RecordColour::CONSTANT && source != RecordColour::VECTOR &&
-                                    source != RecordColour::SPREAD_SCALAR;
+    /// Whether the colors are those of a ramp.
+    static constexpr bool IS_RAMP = source != RecordColor::CONSTANT && source != RecordColor::VECTOR &&
+                                    source != RecordColor::SPREAD_SCALAR;
 
-    /// Without a ramp: the colours of the particles from number k on.
+    /// Without a ramp: the colors of the particles from number k on.
     template <class Particles>
     Three of(Particles const& particles, float const* values, std::size_t const& k) const {
-        if constexpr (source == RecordColour::CONSTANT) {
+        if constexpr (source == RecordColor::CONSTANT) {
             return constant;
-        } else if constexpr (source == RecordColour::VECTOR) {
+        } else if constexpr (source == RecordColor::VECTOR) {
             return componentsOf(particles.vectors(values, k));
         } else {
             Register const s = particles.floats(values, k);
@@ -137,13 +137,13 @@ public:
         }
     }
 
-    /// Where the particles from number k on stand on the ramp: 0 at its lowest colour, 1 at its highest.
+    /// Where the particles from number k on stand on the ramp: 0 at its lowest color, 1 at its highest.
     template <class Particles>
     Register placeOf(Particles const& particles, float const* values, std::size_t const& k) const {
         return Lanes::divide(Lanes::subtract(_magnitudeOf(particles, values, k), minMagnitude), range);
     }
 
-    /// The colours of places on the ramp.
+    /// The colors of places on the ramp.
     Three ofPlace(Register const& t) const {
         Register const isAbove = Lanes::isAbove(t, Lanes::all(1.0F));
         return {_component(t, isAbove, lowest.x, difference.x, above.x),
@@ -156,21 +156,21 @@ private:
 
     template <class Particles>
     Register _magnitudeOf(Particles const& particles, float const* values, std::size_t const& k) const {
-        if constexpr (source == RecordColour::SCALAR) {
+        if constexpr (source == RecordColor::SCALAR) {
             return particles.floats(values, k);
-        } else if constexpr (source == RecordColour::TRUNCATED_SCALAR) {
+        } else if constexpr (source == RecordColor::TRUNCATED_SCALAR) {
             return Lanes::divide(Lanes::truncatedMagnitude(particles.floats(values, k)), scale);
         } else {
             Three const v = componentsOf(particles.vectors(values, k));
-            if constexpr (source == RecordColour::LENGTH) {
+            if constexpr (source == RecordColor::LENGTH) {
                 Register const squares =
                     Lanes::add(Lanes::add(Lanes::multiply(v.x, v.x), Lanes::multiply(v.y, v.y)),
                                Lanes::multiply(v.z, v.z));
                 return Lanes::divide(Lanes::squareRoot(squares), scale);
             } else {
-                Register const& component = source == RecordColour::X   ? v.x
-                                            : source == RecordColour::Y ? v.y
-                                                                        : v.z;
+                Register const& component = source == RecordColor::X   ? v.x
+                                            : source == RecordColor::Y ? v.y
+                                                                       : v.z;
                 return Lanes::divide(Lanes::truncatedMagnitude(component), scale);
             }
         }
@@ -178,8 +178,8 @@ private:
 
     static Register _component(Register const& t, Register const& isAbove, Register const& from,
                                Register const& by, Register const& otherwise) {
-        Register const colour = Lanes::choose(isAbove, otherwise, Lanes::add(from, Lanes::multiply(by, t)));
-        return Lanes::least(Lanes::greatest(colour, Lanes::all(0.0F)), Lanes::all(1.0F));
+        Register const color = Lanes::choose(isAbove, otherwise, Lanes::add(from, Lanes::multiply(by, t)));
+        return Lanes::least(Lanes::greatest(color, Lanes::all(0.0F)), Lanes::all(1.0F));
     }
 
     Three constant;
@@ -192,26 +192,26 @@ private:
 };
 
 /// Whole registers of particles, from number `first` to before `end`.
-template <bool streams, class Colour, class Particles>
-void writeWhole(Colour const& colour, Particles const& particles, float const* positions, float const* values,
+template <bool streams, class Color, class Particles>
+void writeWhole(Color const& color, Particles const& particles, float const* positions, float const* values,
                 float* out, std::size_t const& first, std::size_t const& end) {
-    if constexpr (!Colour::IS_RAMP) {
+    if constexpr (!Color::IS_RAMP) {
         for (std::size_t k = first; k < end; k += Lanes::COUNT) {
-            storeRecords<streams>(particles.vectors(positions, k), colour.of(particles, values, k),
+            storeRecords<streams>(particles.vectors(positions, k), color.of(particles, values, k),
                                   out + 6 * k);
         }
     } else {
-        // In two steps. The road from a value to its colour is long, a root and two divisions one behind the other;
+        // In two steps. The road from a value to its color is long, a root and two divisions one behind the other;
         // in one step a processor does not look far enough ahead to begin with the next particles in the meantime.
         float places[16 * Lanes::COUNT];
         for (std::size_t start = first; start < end;) {
             std::size_t const stop = end - start < 16 * Lanes::COUNT ? end : start + 16 * Lanes::COUNT;
             for (std::size_t k = start; k < stop; k += Lanes::COUNT) {
-                Lanes::template storeOne<false>(places + (k - start), colour.placeOf(particles, values, k));
+                Lanes::template storeOne<false>(places + (k - start), color.placeOf(particles, values, k));
             }
             for (std::size_t k = start; k < stop; k += Lanes::COUNT) {
                 storeRecords<streams>(particles.vectors(positions, k),
-                                      colour.ofPlace(Lanes::load(places + (k - start))), out + 6 * k);
+                                      color.ofPlace(Lanes::load(places + (k - start))), out + 6 * k);
             }
             start = stop;
         }
@@ -219,39 +219,39 @@ void writeWhole(Colour const& colour, Particles const& particles, float const* p
 }
 
 /// Fewer particles than a register holds, from number `first` on: they are filled up with zeros on the way.
-template <class Colour, class Particles>
-void writeFew(Colour const& colour, Particles const& particles, float const* positions, float const* values,
+template <class Color, class Particles>
+void writeFew(Color const& color, Particles const& particles, float const* positions, float const* values,
               float* out, std::size_t const& first, std::size_t const& end) {
     float fewPositions[3 * Lanes::COUNT] = {};
     float fewValues[3 * Lanes::COUNT] = {};
     float fewRecords[6 * Lanes::COUNT];
     for (std::size_t k = first; k < end; ++k) {
         std::memcpy(fewPositions + 3 * (k - first), positions + 3 * particles.at(k), 3 * sizeof(float));
-        if (Colour::VALUES != 0) {
-            std::memcpy(fewValues + Colour::VALUES * (k - first), values + Colour::VALUES * particles.at(k),
-                        Colour::VALUES * sizeof(float));
+        if (Color::VALUES != 0) {
+            std::memcpy(fewValues + Color::VALUES * (k - first), values + Color::VALUES * particles.at(k),
+                        Color::VALUES * sizeof(float));
         }
     }
-    writeWhole<false>(colour, Neighbours(), fewPositions, fewValues, fewRecords, 0, Lanes::COUNT);
+    writeWhole<false>(color, Neighbors(), fewPositions, fewValues, fewRecords, 0, Lanes::COUNT);
     std::memcpy(out + 6 * first, fewRecords, 6 * (end - first) * sizeof(float));
 }
 
 /// From number `first` on.
-template <bool streams, class Colour, class Particles>
-void writeMany(Colour const& colour, Particles const& particles, float const* positions, float const* values,
+template <bool streams, class Color, class Particles>
+void writeMany(Color const& color, Particles const& particles, float const* positions, float const* values,
                float* out, std::size_t const& first, std::size_t const& count) {
     std::size_t const end = count - (count - first) % Lanes::COUNT;
-    writeWhole<streams>(colour, particles, positions, values, out, first, end);
+    writeWhole<streams>(color, particles, positions, values, out, first, end);
     if (end < count) {
-        writeFew(colour, particles, positions, values, out, end, count);
+        writeFew(color, particles, positions, values, out, end, count);
     }
 }
 
-template <class Colour, class Particles>
-void writeAll(Colour const& colour, Particles const& particles, float const* positions, float const* values,
+template <class Color, class Particles>
+void writeAll(Color const& color, Particles const& particles, float const* positions, float const* values,
               float* out, std::size_t const& count, bool const& streams) {
     if (!streams) {
-        writeMany<false>(colour, particles, positions, values, out, 0, count);
+        writeMany<false>(color, particles, positions, values, out, 0, count);
         return;
     }
     // Stores past the cache go to whole, aligned registers. A record is 24 bytes, so one of the first four
@@ -261,23 +261,23 @@ void writeAll(Colour const& colour, Particles const& particles, float const* pos
         ++first;
     }
     if (first == 4 || first > count) {
-        writeMany<false>(colour, particles, positions, values, out, 0, count);
+        writeMany<false>(color, particles, positions, values, out, 0, count);
         return;
     }
     if (first != 0) {
-        writeFew(colour, particles, positions, values, out, 0, first);
+        writeFew(color, particles, positions, values, out, 0, first);
     }
-    writeMany<true>(colour, particles, positions, values, out, first, count);
+    writeMany<true>(color, particles, positions, values, out, first, count);
 }
 
-template <RecordColour source>
+template <RecordColor source>
 void write(RecordFormula const& formula, float const* positions, float const* values,
            unsigned int const* offsets, float* out, std::size_t const& count, bool const& streams) {
-    Colours<source> const colour(formula);
+    Colors<source> const color(formula);
     if (offsets == nullptr) {
-        writeAll(colour, Neighbours(), positions, values, out, count, streams);
+        writeAll(color, Neighbors(), positions, values, out, count, streams);
     } else {
-        writeAll(colour, Chosen{offsets}, positions, values, out, count, streams);
+        writeAll(color, Chosen{offsets}, positions, values, out, count, streams);
     }
 }
 
@@ -285,25 +285,24 @@ inline void writeRecordsByLanes(RecordFormula const& formula, float const* posit
                                 unsigned int const* offsets, float* out, std::size_t const& count,
                                 bool const& streams) {
     switch (formula.source) {
-    case RecordColour::CONSTANT:
-        return write<RecordColour::CONSTANT>(formula, positions, values, offsets, out, count, streams);
-    case RecordColour::VECTOR:
-        return write<RecordColour::VECTOR>(formula, positions, values, offsets, out, count, streams);
-    case RecordColour::SPREAD_SCALAR:
-        return write<RecordColour::SPREAD_SCALAR>(formula, positions, values, offsets, out, count, streams);
-    case RecordColour::LENGTH:
-        return write<RecordColour::LENGTH>(formula, positions, values, offsets, out, count, streams);
-    case RecordColour::X:
-        return write<RecordColour::X>(formula, positions, values, offsets, out, count, streams);
-    case RecordColour::Y:
-        return write<RecordColour::Y>(formula, positions, values, offsets, out, count, streams);
-    case RecordColour::Z:
-        return write<RecordColour::Z>(formula, positions, values, offsets, out, count, streams);
-    case RecordColour::SCALAR:
-        return write<RecordColour::SCALAR>(formula, positions, values, offsets, out, count, streams);
-    case RecordColour::TRUNCATED_SCALAR:
-        return write<RecordColour::TRUNCATED_SCALAR>(formula, positions, values, offsets, out, count,
-                                                     streams);
+    case RecordColor::CONSTANT:
+        return write<RecordColor::CONSTANT>(formula, positions, values, offsets, out, count, streams);
+    case RecordColor::VECTOR:
+        return write<RecordColor::VECTOR>(formula, positions, values, offsets, out, count, streams);
+    case RecordColor::SPREAD_SCALAR:
+        return write<RecordColor::SPREAD_SCALAR>(formula, positions, values, offsets, out, count, streams);
+    case RecordColor::LENGTH:
+        return write<RecordColor::LENGTH>(formula, positions, values, offsets, out, count, streams);
+    case RecordColor::X:
+        return write<RecordColor::X>(formula, positions, values, offsets, out, count, streams);
+    case RecordColor::Y:
+        return write<RecordColor::Y>(formula, positions, values, offsets, out, count, streams);
+    case RecordColor::Z:
+        return write<RecordColor::Z>(formula, positions, values, offsets, out, count, streams);
+    case RecordColor::SCALAR:
+        return write<RecordColor::SCALAR>(formula, positions, values, offsets, out, count, streams);
+    case RecordColor::TRUNCATED_SCALAR:
+        return write<RecordColor::TRUNCATED_SCALAR>(formula, positions, values, offsets, out, count, streams);
     }
 }
 

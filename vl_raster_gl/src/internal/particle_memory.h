@@ -4,7 +4,7 @@
 
 namespace vellum {
 
-/// The bytes of a particle in a buffer: position and colour, six floats.
+/// The bytes of a particle in a buffer: position and color, six floats.
 inline constexpr unsigned long PARTICLE_RECORD_BYTES = 24;
 
 /// Whether a percentage of the particles fits into video memory: 24 bytes each into what is free and what the

@@ -38,7 +38,7 @@ public:
     RecordSink(RecordFormula const& formula, float* out, bool const& streams)
         : formula(formula), out(out), streams(streams) {}
 
-    // `count` particles: those at the offsets, ascending, or without offsets the first ones of a run of neighbours
+    // `count` particles: those at the offsets, ascending, or without offsets the first ones of a run of neighbors
     // that is `readable` long.
     void put(float const* positions, float const* values, unsigned int const* offsets,
              unsigned int const& count, unsigned int const& readable) {
@@ -82,7 +82,7 @@ private:
     static constexpr unsigned int STAGE = 256;
     static constexpr unsigned int LINE_RECORDS = 8;  // fill lines of the cache, 64 bytes each, to the end
 
-    // The first of the neighbours from number k on; offsets are counted from where they were.
+    // The first of the neighbors from number k on; offsets are counted from where they were.
     template <unsigned int floats>
     static float const* _first(float const* from, unsigned int const* offsets, unsigned int const& k) {
         return offsets != nullptr ? from : from + std::size_t{floats} * k;
@@ -131,7 +131,7 @@ private:
     float stagedValues[3 * (STAGE + MANY)];
 };
 
-// Calls `run(slot, count)` for neighbours that live, in the order of iterators, until it answers false.
+// Calls `run(slot, count)` for neighbors that live, in the order of iterators, until it answers false.
 template <class Run>
 bool forLivingRuns(ParticleSystemChunk_v2 const& chunk, Run const& run) {
     if (chunk.isCompacted()) {

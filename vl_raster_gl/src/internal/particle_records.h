@@ -7,14 +7,14 @@
 
 namespace vellum {
 
-/// The floats of a channel that a colour takes for each particle: 3, 1 or 0.
-constexpr unsigned int valuesPerParticle(RecordColour const& source) {
+/// The floats of a channel that a color takes for each particle: 3, 1 or 0.
+constexpr unsigned int valuesPerParticle(RecordColor const& source) {
     switch (source) {
-    case RecordColour::CONSTANT:
+    case RecordColor::CONSTANT:
         return 0;
-    case RecordColour::SPREAD_SCALAR:
-    case RecordColour::SCALAR:
-    case RecordColour::TRUNCATED_SCALAR:
+    case RecordColor::SPREAD_SCALAR:
+    case RecordColor::SCALAR:
+    case RecordColor::TRUNCATED_SCALAR:
         return 1;
     default:
         return 3;
@@ -22,7 +22,7 @@ constexpr unsigned int valuesPerParticle(RecordColour const& source) {
 }
 
 /// Writes the records of a system's particles in the order in which iterators visit them: position from
-/// channel 0, colour from `channel` by the formula, as many as the thinning chooses.
+/// channel 0, color from `channel` by the formula, as many as the thinning chooses.
 ///
 /// Exactly thinning.target() records are written, strictly forward, each byte once and none read back: `out`
 /// may be memory of the video card. Should rounding have chosen fewer particles than that, the last one is

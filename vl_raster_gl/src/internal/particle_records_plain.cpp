@@ -1,4 +1,4 @@
-#include "internal/colour_ramp.h"
+#include "internal/color_ramp.h"
 #include "internal/particle_records.h"
 
 #include <cmath>
@@ -8,30 +8,30 @@ namespace vellum {
 
 namespace {
 
-class PlainColours {
+class PlainColors {
 public:
-    explicit PlainColours(RecordFormula const& formula) : f(formula) {}
+    explicit PlainColors(RecordFormula const& formula) : f(formula) {}
 
     Vector3<float> of(float const* v) const {
         switch (f.source) {
-        case RecordColour::VECTOR:
+        case RecordColor::VECTOR:
             return {v[0], v[1], v[2]};
-        case RecordColour::SPREAD_SCALAR: {
+        case RecordColor::SPREAD_SCALAR: {
             float const component = std::sqrt(v[0] * v[0] / 3.0F);
             return {component, component, component};
         }
-        case RecordColour::LENGTH:
+        case RecordColor::LENGTH:
             return _ramp(std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]) / f.scale);
-        case RecordColour::X:
-        case RecordColour::TRUNCATED_SCALAR:
+        case RecordColor::X:
+        case RecordColor::TRUNCATED_SCALAR:
             return _ramp(truncatedMagnitude(v[0]) / f.scale);
-        case RecordColour::Y:
+        case RecordColor::Y:
             return _ramp(truncatedMagnitude(v[1]) / f.scale);
-        case RecordColour::Z:
+        case RecordColor::Z:
             return _ramp(truncatedMagnitude(v[2]) / f.scale);
-        case RecordColour::SCALAR:
+        case RecordColor::SCALAR:
             return _ramp(v[0]);
-        case RecordColour::CONSTANT:
+        case RecordColor::CONSTANT:
             break;
         }
         return {f.constant[0], f.constant[1], f.constant[2]};
@@ -41,10 +41,10 @@ private:
     Vector3<float> _ramp(float const& magnitude) const {
         float const t = (magnitude - f.minMagnitude) / f.range;
         if (t > 1.0F) {
-            return limitedToColour({f.above[0], f.above[1], f.above[2]});
+            return limitedToColor({f.above[0], f.above[1], f.above[2]});
         }
-        return limitedToColour({f.lowest[0] + f.difference[0] * t, f.lowest[1] + f.difference[1] * t,
-                                f.lowest[2] + f.difference[2] * t});
+        return limitedToColor({f.lowest[0] + f.difference[0] * t, f.lowest[1] + f.difference[1] * t,
+                               f.lowest[2] + f.difference[2] * t});
     }
 
     RecordFormula const& f;
@@ -53,15 +53,15 @@ private:
 void writePlainly(RecordFormula const& formula, float const* positions, float const* values,
                   unsigned int const* offsets, float* out, std::size_t const& count,
                   bool const& /*streams*/) {
-    PlainColours const colours(formula);
+    PlainColors const colors(formula);
     unsigned int const valueCount = valuesPerParticle(formula.source);
     for (std::size_t k = 0; k < count; ++k) {
         std::size_t const particle = offsets != nullptr ? offsets[k] : k;
-        Vector3<float> const colour = colours.of(values + valueCount * particle);
+        Vector3<float> const color = colors.of(values + valueCount * particle);
         std::memcpy(out, positions + 3 * particle, 3 * sizeof(float));
-        out[3] = colour.x;
-        out[4] = colour.y;
-        out[5] = colour.z;
+        out[3] = color.x;
+        out[4] = color.y;
+        out[5] = color.z;
         out += 6;
     }
 }

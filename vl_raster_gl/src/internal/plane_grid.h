@@ -10,12 +10,12 @@ namespace vellum {
 /// The square grid that shows a plane: around the plane's point nearest the origin, turned by the rotation
 /// that takes +Y onto the plane's normal.
 struct PlaneGrid {
-    Vector3<float> centre;
+    Vector3<float> center;
     Vector3<float> axisX;  // unit vectors in the plane
     Vector3<float> axisZ;
 
     explicit PlaneGrid(Plane3<float> const& plane) {
-        centre = plane.n * -(dot(plane.n, constants::f::Z0_Z0_Z0) + plane.d);
+        center = plane.n * -(dot(plane.n, constants::f::Z0_Z0_Z0) + plane.d);
 
         Vector3<float> axis;
         float angle = 0.0F;

@@ -8,8 +8,8 @@
 
 namespace vellum {
 
-/// How the three colour floats of a particle record come out of a channel.
-enum class RecordColour {
+/// How the three color floats of a particle record come out of a channel.
+enum class RecordColor {
     CONSTANT,          ///< the same for all; no value is read
     VECTOR,            ///< the vector itself
     SPREAD_SCALAR,     ///< three equal numbers that form a vector as long as the scalar's absolute value
@@ -21,10 +21,10 @@ enum class RecordColour {
     TRUNCATED_SCALAR,  ///< ramp of |the scalar cut to an integer| / scale
 };
 
-/// The numbers of that: with t = (magnitude - minMagnitude) / range, the colour is `above` for t above 1, else
+/// The numbers of that: with t = (magnitude - minMagnitude) / range, the color is `above` for t above 1, else
 /// lowest + difference * t, each component limited to 0 to 1; what is not a number gives 0.
 struct RecordFormula {
-    RecordColour source;
+    RecordColor source;
     float constant[3];  // of CONSTANT; not limited
     float lowest[3];
     float difference[3];
@@ -34,7 +34,7 @@ struct RecordFormula {
     float scale;
 };
 
-/// Writes `count` records of six floats, position and colour, strictly forward. Positions are three floats
+/// Writes `count` records of six floats, position and color, strictly forward. Positions are three floats
 /// each, values three, one or none, as the source has it.
 /// \param offsets which particles are written, counted from the first one; null for one after the other. Behind
 ///        each of them a float more may be read.

@@ -29,7 +29,7 @@ MeshData triangle() {
     mesh.positions = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
     mesh.triangles = {{0, 1, 2}};
     mesh.normals.assign(3, {0, 0, 1});
-    mesh.colours.assign(3, {1, 1, 1, 1});
+    mesh.colors.assign(3, {1, 1, 1, 1});
     return mesh;
 }
 
@@ -38,7 +38,7 @@ std::string faultOf(Importer const& importer, std::chrono::milliseconds const& d
     return result.isOk() ? "" : result.fault().line();
 }
 
-/// Keeps the optimiser from seeing that nothing follows from a loop or an allocation.
+/// Keeps the optimizer from seeing that nothing follows from a loop or an allocation.
 void touch(void* memory) {
     asm volatile("" : : "g"(memory) : "memory");
 }

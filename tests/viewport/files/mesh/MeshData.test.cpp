@@ -14,7 +14,7 @@ MeshData triangle() {
     mesh.positions = {{0, 0, 0}, {1, 0, 0}, {0, 2, -3}};
     mesh.triangles = {{0, 1, 2}};
     mesh.normals.assign(3, {0, 0, 1});
-    mesh.colours.assign(3, {1, 1, 1, 1});
+    mesh.colors.assign(3, {1, 1, 1, 1});
     return mesh;
 }
 
@@ -64,7 +64,7 @@ TEST(MeshData, numbersMustBeFinite) {
         mesh.normals[1].x = static_cast<float>(bad);
         EXPECT_THAT(faultOf(mesh), testing::HasSubstr("normal"));
         mesh = triangle();
-        mesh.colours[0].b = static_cast<float>(bad);
+        mesh.colors[0].b = static_cast<float>(bad);
         EXPECT_THAT(faultOf(mesh), testing::HasSubstr("vertex 0"));
         mesh = triangle();
         mesh.textureCoordinates.assign(3, {0, static_cast<float>(bad)});
@@ -77,7 +77,7 @@ TEST(MeshData, theListsMustFitEachOther) {
     mesh.normals.pop_back();
     EXPECT_THAT(faultOf(mesh), testing::HasSubstr("length"));
     mesh = triangle();
-    mesh.colours.push_back({});
+    mesh.colors.push_back({});
     EXPECT_THAT(faultOf(mesh), testing::HasSubstr("length"));
     mesh = triangle();
     mesh.textureCoordinates.resize(1);

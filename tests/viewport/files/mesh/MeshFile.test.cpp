@@ -76,11 +76,11 @@ TEST_F(MeshFile_test, polygonsBecomeTriangles) {
     EXPECT_EQ(mesh.triangles.size(), 12U);
     EXPECT_EQ(mesh.partCount, 1U);
     EXPECT_EQ(mesh.computedNormalCount, mesh.normals.size());
-    EXPECT_FALSE(mesh.hasVertexColours);
+    EXPECT_FALSE(mesh.hasVertexColors);
     EXPECT_TRUE(mesh.textureCoordinates.empty());
     EXPECT_EQ(mesh.box().min.x, -1);
     EXPECT_EQ(mesh.box().max.z, 1);
-    // Smooth normals of a cube about the origin point away from its centre.
+    // Smooth normals of a cube about the origin point away from its center.
     for (std::size_t i = 0; i < mesh.positions.size(); ++i) {
         EXPECT_NEAR(mesh.normals[i].x, mesh.positions[i].x / std::sqrt(3.0), 1e-6);
         EXPECT_NEAR(mesh.normals[i].z, mesh.positions[i].z / std::sqrt(3.0), 1e-6);
@@ -108,24 +108,24 @@ TEST_F(MeshFile_test, normalsThatAreNoneAreReplaced) {
     }
 }
 
-TEST_F(MeshFile_test, coloursComeFromTheMaterial) {
+TEST_F(MeshFile_test, colorsComeFromTheMaterial) {
     folder.write("a.mtl", "newmtl paint\nKd 0.1 0.2 0.3\n");
     Result<MeshData> const result =
         loadText("a.obj", "mtllib a.mtl\nusemtl paint\n" + mesh_texts::triangleObj);
     ASSERT_TRUE(result.isOk()) << result.fault().line();
-    EXPECT_EQ(result.value().colours[0].r, 0.1F);
-    EXPECT_EQ(result.value().colours[2].b, 0.3F);
-    EXPECT_EQ(result.value().colours[2].a, 1.0F);
+    EXPECT_EQ(result.value().colors[0].r, 0.1F);
+    EXPECT_EQ(result.value().colors[2].b, 0.3F);
+    EXPECT_EQ(result.value().colors[2].a, 1.0F);
 }
 
-TEST_F(MeshFile_test, coloursComeFromTheVertices) {
+TEST_F(MeshFile_test, colorsComeFromTheVertices) {
     Result<MeshData> const result =
         loadText("a.obj", "v 0 0 0 1 0 0\nv 1 0 0 0 1 0\nv 0 1 0 0 0 1\nf 1 2 3\n");
     ASSERT_TRUE(result.isOk()) << result.fault().line();
-    EXPECT_TRUE(result.value().hasVertexColours);
-    EXPECT_EQ(result.value().colours[0].r, 1.0F);
-    EXPECT_EQ(result.value().colours[1].g, 1.0F);
-    EXPECT_EQ(result.value().colours[1].r, 0.0F);
+    EXPECT_TRUE(result.value().hasVertexColors);
+    EXPECT_EQ(result.value().colors[0].r, 1.0F);
+    EXPECT_EQ(result.value().colors[1].g, 1.0F);
+    EXPECT_EQ(result.value().colors[1].r, 0.0F);
 }
 
 TEST_F(MeshFile_test, aFileWithoutItsMaterialsIsStillAMesh) {

@@ -15,9 +15,9 @@ MeshData triangle() {
     mesh.positions = {{0, 0, 0}, {1.5, 0, 0}, {0, 2, -3}};
     mesh.triangles = {{0, 1, 2}};
     mesh.normals.assign(3, {0, 0.6F, 0.8F});
-    mesh.colours.assign(3, {1, 0.5F, 0.25F, 1});
+    mesh.colors.assign(3, {1, 0.5F, 0.25F, 1});
     mesh.partCount = 7;
-    mesh.hasVertexColours = true;
+    mesh.hasVertexColors = true;
     mesh.computedNormalCount = 2;
     return mesh;
 }
@@ -59,10 +59,10 @@ TEST(MeshTransfer, aMeshComesBackAsItWas) {
         EXPECT_EQ(mesh.positions[2].z, -3);
         EXPECT_EQ(mesh.triangles[0].e2, 2U);
         EXPECT_EQ(mesh.normals[2].z, 0.8F);
-        EXPECT_EQ(mesh.colours[2].b, 0.25F);
+        EXPECT_EQ(mesh.colors[2].b, 0.25F);
         EXPECT_EQ(mesh.textureCoordinates.size(), hasTexture ? 3U : 0U);
         EXPECT_EQ(mesh.partCount, 7U);
-        EXPECT_TRUE(mesh.hasVertexColours);
+        EXPECT_TRUE(mesh.hasVertexColors);
         EXPECT_EQ(mesh.computedNormalCount, 2U);
     }
 }

@@ -52,8 +52,8 @@ TEST(ParticleFile, theContentTellsTheFormat) {
         ParticleFormat format;
     };
     TemporaryFolder const folder;
-    for (Row const& row : {Row{dump, ParticleFormat::lammpsDump}, Row{"1\n\nH 0 0 0\n", ParticleFormat::xyz},
-                           Row{"x,y,z\n1,2,3\n", ParticleFormat::csv}, Row{points, ParticleFormat::ply}}) {
+    for (Row const& row : {Row{dump, ParticleFormat::LAMMPS_DUMP}, Row{"1\n\nH 0 0 0\n", ParticleFormat::XYZ},
+                           Row{"x,y,z\n1,2,3\n", ParticleFormat::CSV}, Row{points, ParticleFormat::PLY}}) {
         for (std::string const& content : {row.content, gzip(row.content)}) {
             ParticleFile const file(folder.write("some.dat", content));
             Result<ParticleFormat> const format = file.format();

@@ -1,4 +1,4 @@
-#include "viewport/drawing/ColourBar.h"
+#include "viewport/drawing/ColorBar.h"
 
 #include <gmock/gmock.h>
 
@@ -12,7 +12,7 @@ namespace {
 
 std::vector<std::string> textsOf(ValueRange const& range) {
     std::vector<std::string> texts;
-    for (ColourBar::Mark const& mark : ColourBar::marksOf(range, 0.07)) {
+    for (ColorBar::Mark const& mark : ColorBar::marksOf(range, 0.07)) {
         texts.push_back(mark.text);
     }
     return texts;
@@ -32,7 +32,7 @@ struct Cell {
     float magnitude;
 };
 
-std::vector<Cell> cellsOf(ColourBar const& bar) {
+std::vector<Cell> cellsOf(ColorBar const& bar) {
     std::vector<Cell> cells;
     auto const system = bar.cells();
     for (ParticleSystemChunk_v2 const* chunk = system->firstChunk(); chunk != nullptr;
@@ -47,7 +47,7 @@ std::vector<Cell> cellsOf(ColourBar const& bar) {
 
 }  // namespace
 
-TEST(ColourBar, marksAreTheEndsAndRoundNumbers) {
+TEST(ColorBar, marksAreTheEndsAndRoundNumbers) {
     EXPECT_THAT(textsOf({0, 10}), ElementsAre("0", "2", "4", "6", "8", "10"));
     EXPECT_THAT(textsOf({0.0557, 7.007}), ElementsAre("0.0557", "2", "4", "6", "7.01"));
     EXPECT_THAT(textsOf({-1, 1}), ElementsAre("-1", "-0.5", "0", "0.5", "1"));
@@ -57,20 +57,20 @@ TEST(ColourBar, marksAreTheEndsAndRoundNumbers) {
                 ElementsAre("2e-09", "2.2e-09", "2.4e-09", "2.6e-09", "2.8e-09", "3e-09"));
 }
 
-TEST(ColourBar, marksTooNearToAnEndAreLeftOut) {
+TEST(ColorBar, marksTooNearToAnEndAreLeftOut) {
     EXPECT_THAT(textsOf({0.01, 10.05}), ElementsAre("0.01", "2", "4", "6", "8", "10.1"));
     EXPECT_THAT(textsOf({1.9, 10}), ElementsAre("1.9", "4", "6", "8", "10"));
 }
 
-TEST(ColourBar, rangesWithoutExtentOrBeyondMeasureHaveMarks) {
+TEST(ColorBar, rangesWithoutExtentOrBeyondMeasureHaveMarks) {
     EXPECT_THAT(textsOf({7, 7}), ElementsAre("7"));
     EXPECT_THAT(textsOf({-1.7e308, 1.7e308}).size(), testing::Ge(2U));
     double const next = std::nextafter(1e300, 2e300);
     EXPECT_THAT(textsOf({1e300, next}).size(), testing::AllOf(testing::Ge(2U), testing::Le(12U)));
 }
 
-TEST(ColourBar, cellsFillARectangleWithTheValuesOfTheRange) {
-    ColourBar const bar(scale(-4, 12), 1280, 720);
+TEST(ColorBar, cellsFillARectangleWithTheValuesOfTheRange) {
+    ColorBar const bar(scale(-4, 12), 1280, 720);
     ASSERT_TRUE(bar.isShown());
     EXPECT_EQ(bar.cellSize(), 1);
     std::vector<Cell> const cells = cellsOf(bar);
@@ -85,8 +85,8 @@ TEST(ColourBar, cellsFillARectangleWithTheValuesOfTheRange) {
     }
 }
 
-TEST(ColourBar, whatIsAboveTheRangeHasAPieceOfItsOwn) {
-    ColourBar const bar(scale(0, 1, true), 1280, 720);
+TEST(ColorBar, whatIsAboveTheRangeHasAPieceOfItsOwn) {
+    ColorBar const bar(scale(0, 1, true), 1280, 720);
     std::size_t above = 0;
     for (Cell const& cell : cellsOf(bar)) {
         if (cell.y > 540) {
@@ -97,22 +97,22 @@ TEST(ColourBar, whatIsAboveTheRangeHasAPieceOfItsOwn) {
     EXPECT_EQ(above, 18U * 18U);
 }
 
-TEST(ColourBar, itGrowsWithThePictureAndIsLeftOutOfSmallOnes) {
-    EXPECT_EQ(ColourBar(scale(0, 1), 3840, 2160).cellSize(), 3);
-    EXPECT_GT(ColourBar(scale(0, 1), 3840, 2160).reservedWidth(),
-              2 * ColourBar(scale(0, 1), 1280, 720).reservedWidth());
-    ColourBar const small(scale(0, 1), 64, 48);
+TEST(ColorBar, itGrowsWithThePictureAndIsLeftOutOfSmallOnes) {
+    EXPECT_EQ(ColorBar(scale(0, 1), 3840, 2160).cellSize(), 3);
+    EXPECT_GT(ColorBar(scale(0, 1), 3840, 2160).reservedWidth(),
+              2 * ColorBar(scale(0, 1), 1280, 720).reservedWidth());
+    ColorBar const small(scale(0, 1), 64, 48);
     EXPECT_FALSE(small.isShown());
     EXPECT_EQ(small.reservedWidth(), 0);
-    EXPECT_FALSE(ColourBar(scale(0, 1), 1, 1).isShown());
+    EXPECT_FALSE(ColorBar(scale(0, 1), 1, 1).isShown());
     ParticleScale named = scale(0, 1);
     named.name = std::string(200, 'x');
-    EXPECT_FALSE(ColourBar(named, 1280, 720).isShown());
+    EXPECT_FALSE(ColorBar(named, 1280, 720).isShown());
 }
 
-TEST(ColourBar, labelsAreWrittenBesideTheBarAndNowhereElse) {
+TEST(ColorBar, labelsAreWrittenBesideTheBarAndNowhereElse) {
     for (bool const isExceeded : {false, true}) {
-        ColourBar const bar(scale(0, 1, isExceeded), 640, 480);
+        ColorBar const bar(scale(0, 1, isExceeded), 640, 480);
         Picture picture;
         picture.width = 640;
         picture.height = 480;

@@ -6,9 +6,9 @@
 
 namespace vellum {
 
-/// Which colour a magnitude has: between two colours inside a range, a third one above it. Below the range the
-/// line through the two colours goes on. All arithmetic is in single precision, in the order written here.
-struct ColourRamp {
+/// Which color a magnitude has: between two colors inside a range, a third one above it. Below the range the
+/// line through the two colors goes on. All arithmetic is in single precision, in the order written here.
+struct ColorRamp {
     Vector3<float> minColor;
     Vector3<float> maxColor;
     Vector3<float> maxClampColor;
@@ -20,8 +20,8 @@ struct ColourRamp {
     /// Whether the range has no extent to place a magnitude in.
     bool isDegenerate() const { return !(std::fabs(range()) > 1e-14F); }
 
-    /// The colour of a magnitude, its components not limited. The range must not be degenerate.
-    Vector3<float> colourOf(float const& magnitude) const {
+    /// The color of a magnitude, its components not limited. The range must not be degenerate.
+    Vector3<float> colorOf(float const& magnitude) const {
         float const t = (magnitude - minMagnitude) / range();
         if (t > 1.0F) {
             return maxClampColor;
@@ -31,13 +31,13 @@ struct ColourRamp {
 };
 
 /// A component limited to 0 to 1; 0 for what is not a number.
-inline float limitedToColour(float const& component) {
+inline float limitedToColor(float const& component) {
     float const raised = component > 0.0F ? component : 0.0F;
     return raised < 1.0F ? raised : 1.0F;
 }
 
-inline Vector3<float> limitedToColour(Vector3<float> const& colour) {
-    return {limitedToColour(colour.x), limitedToColour(colour.y), limitedToColour(colour.z)};
+inline Vector3<float> limitedToColor(Vector3<float> const& color) {
+    return {limitedToColor(color.x), limitedToColor(color.y), limitedToColor(color.z)};
 }
 
 /// The absolute value of a number cut to an integer of 32 bits. What does not fit into one, or is not a number,

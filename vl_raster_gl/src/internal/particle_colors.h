@@ -1,6 +1,6 @@
 #pragma once
 
-#include "internal/colour_ramp.h"
+#include "internal/color_ramp.h"
 #include "internal/record_formula.h"
 
 #include "foundation/geometry/Color4.h"
@@ -11,7 +11,7 @@
 
 namespace vellum {
 
-/// What a drawing asks of the colours.
+/// What a drawing asks of the colors.
 struct ParticleLook {
     float scale;
     float minMagnitude;
@@ -38,20 +38,20 @@ inline ParticleChannelKind kindOf(unsigned int const& channel, ParticleChannel_v
     return ParticleChannelKind::UNKNOWN;
 }
 
-namespace particle_colours {
+namespace particle_colors {
 
-inline Vector3<float> rgb(Color4<float> const& colour) {
-    return {colour.r, colour.g, colour.b};
+inline Vector3<float> rgb(Color4<float> const& color) {
+    return {color.r, color.g, color.b};
 }
 
-inline ColourRamp ramp(ParticleLook const& look) {
+inline ColorRamp ramp(ParticleLook const& look) {
     return {rgb(look.minColor), rgb(look.maxColor), rgb(look.maxClampColor), look.minMagnitude,
             look.maxMagnitude};
 }
 
-inline RecordFormula formula(ParticleLook const& look, RecordColour const& source,
+inline RecordFormula formula(ParticleLook const& look, RecordColor const& source,
                              Vector3<float> const& constant) {
-    ColourRamp const r = ramp(look);
+    ColorRamp const r = ramp(look);
     Vector3<float> const difference = r.maxColor - r.minColor;
     return {source,
             {constant.x, constant.y, constant.z},
@@ -63,50 +63,50 @@ inline RecordFormula formula(ParticleLook const& look, RecordColour const& sourc
             look.scale};
 }
 
-inline RecordFormula constant(ParticleLook const& look, Vector3<float> const& colour) {
-    return formula(look, RecordColour::CONSTANT, colour);
+inline RecordFormula constant(ParticleLook const& look, Vector3<float> const& color) {
+    return formula(look, RecordColor::CONSTANT, color);
 }
 
-/// A ramp, or one colour for all where the range is degenerate.
-inline RecordFormula ramped(ParticleLook const& look, RecordColour const& source,
+/// A ramp, or one color for all where the range is degenerate.
+inline RecordFormula ramped(ParticleLook const& look, RecordColor const& source,
                             Vector3<float> const& degenerate) {
     if (ramp(look).isDegenerate()) {
-        return constant(look, limitedToColour(degenerate));
+        return constant(look, limitedToColor(degenerate));
     }
     return formula(look, source, {});
 }
 
-/// The ramp's colour of one magnitude for all particles.
+/// The ramp's color of one magnitude for all particles.
 inline RecordFormula ofMagnitude(ParticleLook const& look, float const& magnitude,
                                  Vector3<float> const& degenerate) {
-    ColourRamp const colours = ramp(look);
-    return constant(look, limitedToColour(colours.isDegenerate() ? degenerate : colours.colourOf(magnitude)));
+    ColorRamp const colors = ramp(look);
+    return constant(look, limitedToColor(colors.isDegenerate() ? degenerate : colors.colorOf(magnitude)));
 }
 
 /// The source that one component of a vector is, for the magnitudes 1 to 3; LENGTH for all others.
-inline RecordColour componentOf(unsigned int const& magnitude) {
+inline RecordColor componentOf(unsigned int const& magnitude) {
     switch (magnitude) {
     case 1:
-        return RecordColour::X;
+        return RecordColor::X;
     case 2:
-        return RecordColour::Y;
+        return RecordColor::Y;
     case 3:
-        return RecordColour::Z;
+        return RecordColor::Z;
     default:
-        return RecordColour::LENGTH;
+        return RecordColor::LENGTH;
     }
 }
 
-/// Colours in a buffer object, without an effect.
+/// Colors in a buffer object, without an effect.
 ///
 /// Deliberate: a scalar goes into the ramp as it is, neither scaled nor without its sign, unlike in main memory.
 inline RecordFormula inBuffer(ParticleChannelKind const& kind, ParticleLook const& look) {
     Vector3<float> const lowest = rgb(look.minColor);
     switch (kind) {
     case ParticleChannelKind::NONE:
-        return constant(look, limitedToColour(lowest));
+        return constant(look, limitedToColor(lowest));
     case ParticleChannelKind::SCALAR:
-        return ramped(look, RecordColour::SCALAR, lowest);
+        return ramped(look, RecordColor::SCALAR, lowest);
     case ParticleChannelKind::VECTOR:
         return ramped(look, componentOf(look.magnitude), lowest);
     default:
@@ -114,10 +114,10 @@ inline RecordFormula inBuffer(ParticleChannelKind const& kind, ParticleLook cons
     }
 }
 
-/// Colours in main memory.
+/// Colors in main memory.
 ///
-/// Deliberate: without a channel the highest colour is used, where buffers use the lowest; a degenerate range
-/// is black for lengths; and the colours that the magnitudes 4 and 5 give to all are not limited to 0 to 1.
+/// Deliberate: without a channel the highest color is used, where buffers use the lowest; a degenerate range
+/// is black for lengths; and the colors that the magnitudes 4 and 5 give to all are not limited to 0 to 1.
 inline RecordFormula inMemory(ParticleChannelKind const& kind, ParticleLook const& look) {
     if (kind == ParticleChannelKind::NONE) {
         return constant(look, rgb(look.maxColor));
@@ -128,7 +128,7 @@ inline RecordFormula inMemory(ParticleChannelKind const& kind, ParticleLook cons
     if (kind == ParticleChannelKind::SCALAR) {
         // A scalar gives no components: they are 0.
         return isComponent ? ofMagnitude(look, 0.0F / look.scale, lowest)
-                           : ramped(look, RecordColour::TRUNCATED_SCALAR, lowest);
+                           : ramped(look, RecordColor::TRUNCATED_SCALAR, lowest);
     }
     if (!isComponent && look.magnitude == 4) {
         return constant(look, lowest);
@@ -143,18 +143,18 @@ inline RecordFormula inMemory(ParticleChannelKind const& kind, ParticleLook cons
     return ramped(look, componentOf(look.magnitude), degenerate);
 }
 
-/// The raw values that an effect makes colours of.
+/// The raw values that an effect makes colors of.
 inline RecordFormula forEffect(ParticleChannelKind const& kind, ParticleLook const& look) {
     switch (kind) {
     case ParticleChannelKind::SCALAR:
-        return formula(look, RecordColour::SPREAD_SCALAR, {});
+        return formula(look, RecordColor::SPREAD_SCALAR, {});
     case ParticleChannelKind::VECTOR:
-        return formula(look, RecordColour::VECTOR, {});
+        return formula(look, RecordColor::VECTOR, {});
     default:
         return constant(look, rgb(look.minColor));
     }
 }
 
-}  // namespace particle_colours
+}  // namespace particle_colors
 
 }  // namespace vellum
