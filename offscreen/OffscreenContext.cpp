@@ -43,7 +43,7 @@ constexpr char const* NO_DRIVER = "EGL finds no driver";
 class DisplayUsers {
 public:
     static bool enter(EGLDisplay display) {
-        std::lock_guard<std::mutex> const lock(mutex());
+        std::lock_guard<std::mutex> const lock(_mutex());
         if (!eglInitialize(display, nullptr, nullptr)) {
             return false;
         }
@@ -52,14 +52,14 @@ public:
     }
 
     static void leave(EGLDisplay display) {
-        std::lock_guard<std::mutex> const lock(mutex());
+        std::lock_guard<std::mutex> const lock(_mutex());
         if (--_counts()[display] == 0) {
             eglTerminate(display);
         }
     }
 
 private:
-    static std::mutex& mutex() {
+    static std::mutex& _mutex() {
         static std::mutex mutex;
         return mutex;
     }
