@@ -16,12 +16,27 @@ constexpr unsigned int SPHERE_MERIDIANS = 32;
 constexpr unsigned int SPHERE_PARALLELS = 16;
 constexpr double PI = 3.14159265358979323846;
 
-/// Takes the top entry off a stack, unless it is the only one.
+/// Makes the top entry of a stack current through its setter.
 template <class T>
-void dropTop(Array<T>& stack) {
-    if (stack.size() > 1) {
-        stack.setSize(stack.size() - 1);
-    }
+void applyTop(Core_RL& layer, Array<T>& stack, void (Core_RL::*set)(T const&)) {
+    T const value = stack.back();  // the setter overwrites the entry
+    (layer.*set)(value);
+    // A subclass may pass another value on to the setter it overrides, such as a scaled width. The entry is the
+    // value that was asked for, or the next pop would scale it once more.
+    stack.back() = value;
+}
+
+template <class T>
+void push(Core_RL& layer, Array<T>& stack, T const& value, void (Core_RL::*set)(T const&)) {
+    stack.pushBack(value);
+    applyTop(layer, stack, set);
+}
+
+template <class T>
+void pop(Core_RL& layer, Array<T>& stack, unsigned int count, void (Core_RL::*set)(T const&)) {
+    unsigned int const removable = stack.size() - 1;
+    stack.setSize(stack.size() - std::min(count, removable));
+    applyTop(layer, stack, set);
 }
 
 bool namesVertices(Tuple3<unsigned int> const& triangle, unsigned int const& vertexCount) {
@@ -139,74 +154,59 @@ void Core_RL::operator delete(void* memory, std::nothrow_t const&) noexcept {
 // == State stacks ==
 
 void Core_RL::pushColor(Color4<float> const& color) {
-    colorStack.pushBack(color);
-    setColor(Color4<float>(currentColor()));
+    push(*this, colorStack, color, &Core_RL::setColor);
 }
 
 void Core_RL::popColor(unsigned int const& count) {
-    unsigned int const removable = colorStack.size() - 1;
-    colorStack.setSize(colorStack.size() - (count < removable ? count : removable));
-    setColor(Color4<float>(currentColor()));
+    pop(*this, colorStack, count, &Core_RL::setColor);
 }
 
 void Core_RL::pushBlending(BlendingMode const& mode) {
-    blendingStack.pushBack(mode);
-    setBlending(currentBlending());
+    push(*this, blendingStack, mode, &Core_RL::setBlending);
 }
 
 void Core_RL::popBlending() {
-    dropTop(blendingStack);
-    setBlending(currentBlending());
+    pop(*this, blendingStack, 1, &Core_RL::setBlending);
 }
 
 void Core_RL::pushCulling(CullingMode const& mode) {
-    cullingStack.pushBack(mode);
-    setCulling(currentCulling());
+    push(*this, cullingStack, mode, &Core_RL::setCulling);
 }
 
 void Core_RL::popCulling() {
-    dropTop(cullingStack);
-    setCulling(currentCulling());
+    pop(*this, cullingStack, 1, &Core_RL::setCulling);
 }
 
 void Core_RL::pushDepthTest(DepthtTestMode const& mode) {
-    depthTestStack.pushBack(mode);
-    setDepthTest(currentDepthTest());
+    push(*this, depthTestStack, mode, &Core_RL::setDepthTest);
 }
 
 void Core_RL::popDepthTest() {
-    dropTop(depthTestStack);
-    setDepthTest(currentDepthTest());
+    pop(*this, depthTestStack, 1, &Core_RL::setDepthTest);
 }
 
 void Core_RL::pushFillingFront(FillingMode const& mode) {
-    fillingFrontStack.pushBack(mode);
-    setFillingFront(currentFillingFront());
+    push(*this, fillingFrontStack, mode, &Core_RL::setFillingFront);
 }
 
 void Core_RL::popFillingFront() {
-    dropTop(fillingFrontStack);
-    setFillingFront(currentFillingFront());
+    pop(*this, fillingFrontStack, 1, &Core_RL::setFillingFront);
 }
 
 void Core_RL::pushFillingBack(FillingMode const& mode) {
-    fillingBackStack.pushBack(mode);
-    setFillingBack(currentFillingBack());
+    push(*this, fillingBackStack, mode, &Core_RL::setFillingBack);
 }
 
 void Core_RL::popFillingBack() {
-    dropTop(fillingBackStack);
-    setFillingBack(currentFillingBack());
+    pop(*this, fillingBackStack, 1, &Core_RL::setFillingBack);
 }
 
 void Core_RL::pushLineWidth(float const& width) {
-    lineWidthStack.pushBack(width);
-    setLineWidth(currentLineWidth());
+    push(*this, lineWidthStack, width, &Core_RL::setLineWidth);
 }
 
 void Core_RL::popLineWidth() {
-    dropTop(lineWidthStack);
-    setLineWidth(currentLineWidth());
+    pop(*this, lineWidthStack, 1, &Core_RL::setLineWidth);
 }
 
 // == Camera and point state ==

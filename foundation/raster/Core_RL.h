@@ -53,9 +53,15 @@ extern VL_FOUNDATION_EXPORT Core_RL* VL_Raster;
 ///     layer->popFillingFront();
 ///     layer->popColor(1);
 ///
-/// State: a push makes its value current and remembers the one before; a pop makes that one current again.
-/// Both apply values through the virtual setters. A pop without a push re-applies the value at the bottom of
-/// the stack and does no harm. The setters themselves (other than setColor) leave the stacks alone.
+/// State: the top of each stack is the current value. A setter replaces it; a push puts a value above it, and
+/// the matching pop makes the value below current again, whether a push or a setter had put it there. Pushes
+/// and pops apply values through the virtual setters. A pop without a push re-applies the value at the bottom
+/// of its stack.
+///
+/// Subclasses: a setter that changes the drawing system's state also writes its value to the top of the stack.
+/// A subclass that overrides such a setter and passes another value on (a scaled width) writes the original
+/// value to the top afterwards, for callers of the setter; pushes and pops do so themselves. Where an override
+/// neither passes the value on nor writes it, the value is lost at the next pop.
 ///
 /// The virtual operations stand in the order of the interface; their order is part of it. Everything must be
 /// called on the thread that owns the drawing system's context, except queueUnloadTextureColor().
@@ -120,6 +126,7 @@ public:
     /// Sets the point size in pixels. \return the size it replaces.
     virtual float setPointSize(float const& size);
 
+    /// Sets the line width in pixels, in place of the one on top of its stack.
     virtual void setLineWidth(float const& width) = 0;
 
     /// Draws with the camera's slightly shifted depths (true) or with its ordinary ones (false). Loads the
@@ -201,7 +208,8 @@ public:
     virtual void enableColorMaterial() = 0;
     virtual void disableColorMaterial() = 0;
 
-    /// Makes a color current in place of the one on top of the color stack.
+    // Each of these, except setLineStipple(), makes its value current in place of the one on top of its stack.
+
     virtual void setColor(Color4<float> const& color) = 0;
     virtual void setFillingFront(FillingMode const& mode) = 0;
     virtual void setFillingBack(FillingMode const& mode) = 0;
@@ -471,15 +479,17 @@ protected:
     Array<unsigned int> textureUnloadQueue;          // texture names that destroy_RL() deletes
     Camera_RL* camera = nullptr;                     // not owned; may be null
 
+    // The other stacks, as the color stack. Only the top is a subclass's to write.
+    Array<BlendingMode> blendingStack;
+    Array<CullingMode> cullingStack;
+    Array<DepthtTestMode> depthTestStack;
+    Array<FillingMode> fillingFrontStack;
+    Array<FillingMode> fillingBackStack;
+    Array<float> lineWidthStack;  // pixels
+
 private:
-    Array<BlendingMode> blendingStack;     // the last entry is current; never empty, as those below
-    Array<CullingMode> cullingStack;       //
-    Array<DepthtTestMode> depthTestStack;  //
-    Array<FillingMode> fillingFrontStack;  //
-    Array<FillingMode> fillingBackStack;   //
-    Array<float> lineWidthStack;           // pixels
-    float pointSize = 1.0F;                // pixels
-    float headLength = 1.0F;               // world units
+    float pointSize = 1.0F;   // pixels
+    float headLength = 1.0F;  // world units
     bool isZBiased = false;
 };
 

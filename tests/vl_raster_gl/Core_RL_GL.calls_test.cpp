@@ -403,16 +403,140 @@ TEST_F(Core_RL_GL_calls_test, thePointSizeGivesTheResultOfTheBase) {
     EXPECT_THAT(recording.texts(), ElementsAre("glPointSize(3)", "glPointSize(5)"));
 }
 
-TEST_F(Core_RL_GL_calls_test, settersOtherThanTheColorLeaveTheStacksAlone) {
-    layer.pushLineWidth(3);
-    layer.pushFillingFront(FILLING_LINES);
-    layer.pushBlending(BLENDING_ALPHA);
-    layer.setLineWidth(9);
-    layer.setFillingFront(FILLING_SOLID);
-    layer.setBlending(BLENDING_OFF);
-    EXPECT_EQ(layer.currentLineWidth(), 3);
-    EXPECT_EQ(layer.currentFillingFront(), FILLING_LINES);
+// == Values that a setter made current ==
+
+// A setter in three calls: it is called alone, then another value is pushed and popped.
+struct KeptValue {
+    char const* name;
+    std::function<void(Core_RL_GL&)> set;
+    std::function<void(Core_RL_GL&)> pushAnother;
+    std::function<void(Core_RL_GL&)> pop;
+};
+
+void PrintTo(KeptValue const& value, std::ostream* out) {
+    *out << value.name;
+}
+
+class Core_RL_GL_kept_calls_test : public Core_RL_GL_calls_test,
+                                   public testing::WithParamInterface<KeptValue> {};
+
+TEST_P(Core_RL_GL_kept_calls_test, aPopAppliesTheValueThatWasSet) {
+    GetParam().set(layer);
+    Texts const ofTheSetter = recording.texts();
+    ASSERT_FALSE(ofTheSetter.empty());
+
+    GetParam().pushAnother(layer);
+    recording.clear();
+    GetParam().pop(layer);
+    EXPECT_EQ(recording.texts(), ofTheSetter) << "at the bottom of the stack";
+
+    GetParam().pushAnother(layer);
+    GetParam().set(layer);
+    GetParam().pushAnother(layer);
+    recording.clear();
+    GetParam().pop(layer);
+    EXPECT_EQ(recording.texts(), ofTheSetter) << "above a push";
+}
+
+TEST_P(Core_RL_GL_kept_calls_test, aPopWithoutAPushAppliesTheValueThatWasSet) {
+    GetParam().set(layer);
+    Texts const ofTheSetter = recording.texts();
+    for (int i = 0; i < 3; ++i) {
+        recording.clear();
+        GetParam().pop(layer);
+        EXPECT_EQ(recording.texts(), ofTheSetter);
+    }
+}
+
+TEST_P(Core_RL_GL_kept_calls_test, aPopTakesAValueAwayThatWasSetAboveAPush) {
+    GetParam().pushAnother(layer);
+    recording.clear();
+    GetParam().pop(layer);
+    Texts const ofTheBottom = recording.texts();
+
+    GetParam().pushAnother(layer);
+    GetParam().set(layer);
+    recording.clear();
+    GetParam().pop(layer);
+    EXPECT_EQ(recording.texts(), ofTheBottom);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Stacks, Core_RL_GL_kept_calls_test,
+    testing::Values(KeptValue{"color",
+                              [](L& l) {
+                                  l.setColor({1, 0, 0.5F, 0.25F});
+                              },
+                              [](L& l) {
+                                  l.pushColor({0, 1, 0, 1});
+                              },
+                              [](L& l) { l.popColor(1); }},
+                    KeptValue{"blending", [](L& l) { l.setBlending(BLENDING_ALPHA); },
+                              [](L& l) { l.pushBlending(BLENDING_OFF); }, [](L& l) { l.popBlending(); }},
+                    KeptValue{"culling",
+                              [](L& l) {
+                                  l.setCulling({true, false});
+                              },
+                              [](L& l) {
+                                  l.pushCulling({false, false});
+                              },
+                              [](L& l) { l.popCulling(); }},
+                    KeptValue{"depthTest",
+                              [](L& l) {
+                                  l.setDepthTest({DEPTH_LESS, true});
+                              },
+                              [](L& l) {
+                                  l.pushDepthTest({DEPTH_EQUAL, false});
+                              },
+                              [](L& l) { l.popDepthTest(); }},
+                    KeptValue{"fillingFront", [](L& l) { l.setFillingFront(FILLING_LINES); },
+                              [](L& l) { l.pushFillingFront(FILLING_SOLID); },
+                              [](L& l) { l.popFillingFront(); }},
+                    KeptValue{"fillingBack", [](L& l) { l.setFillingBack(FILLING_LINES); },
+                              [](L& l) { l.pushFillingBack(FILLING_SOLID); },
+                              [](L& l) { l.popFillingBack(); }},
+                    KeptValue{"lineWidth", [](L& l) { l.setLineWidth(5); }, [](L& l) { l.pushLineWidth(2); },
+                              [](L& l) { l.popLineWidth(); }}),
+    [](auto const& info) { return std::string(info.param.name); });
+
+TEST_F(Core_RL_GL_calls_test, aBlendingWithoutMeaningKeepsTheOneOnTheStack) {
+    layer.setBlending(BLENDING_ALPHA);
+    layer.setBlending(BlendingMode(5));
     EXPECT_EQ(layer.currentBlending(), BLENDING_ALPHA);
+    layer.pushBlending(BlendingMode(5));
+    EXPECT_EQ(layer.currentBlending(), BlendingMode(5)) << "a push keeps what it is given";
+    recording.clear();
+    layer.popBlending();
+    EXPECT_THAT(recording.texts(),
+                ElementsAre("glEnable(GL_BLEND)", "glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA)"));
+}
+
+TEST_F(Core_RL_GL_calls_test, aDepthModeWithoutMeaningKeepsTheOneOnTheStack) {
+    layer.setDepthTest({DEPTH_LESS, true});
+    layer.setDepthTest({9, false});
+    EXPECT_EQ(layer.currentDepthTest().mode, DEPTH_LESS);
+    EXPECT_FALSE(layer.currentDepthTest().write);
+}
+
+TEST_F(Core_RL_GL_calls_test, aGizmoKeepsTheLineWidthOfTheApplication) {
+    layer.setLineWidth(5);
+    layer.renderCircleCulledStipple3({0, 0, 1}, Matrix4<float>::identity(), 1);
+    auto const widths = recording.named("glLineWidth");
+    ASSERT_FALSE(widths.empty());
+    EXPECT_EQ(widths.back().text(), "glLineWidth(5)");
+}
+
+TEST_F(Core_RL_GL_calls_test, aLayerThatScalesWidthsDoesNotScaleThemAgain) {
+    class Scaling : public Core_RL_GL {
+    public:
+        void setLineWidth(float const& width) override { Core_RL_GL::setLineWidth(3 * width); }
+    } scaling;
+    for (int i = 0; i < 3; ++i) {
+        scaling.pushLineWidth(2);
+        scaling.popLineWidth();
+        EXPECT_THAT(recording.texts(), ElementsAre("glLineWidth(6)", "glLineWidth(3)"));
+        recording.clear();
+    }
 }
 
 // Pushing and popping, with the calls through which each value is applied. What comes back is the state of a new
@@ -1059,7 +1183,8 @@ TEST_F(Core_RL_GL_calls_test, theModelViewMatrixIsReadColumnByColumn) {
     for (int i = 0; i < 16; ++i) {
         EXPECT_EQ(matrix.e[i], static_cast<float>(i));
     }
-    EXPECT_THAT(recording.texts(), ElementsAre("glGetFloatv(GL_MODELVIEW_MATRIX, pointer)"));
+    EXPECT_THAT(recording.texts(),
+                ElementsAre("glMatrixMode(GL_MODELVIEW)", "glGetFloatv(GL_MODELVIEW_MATRIX, pointer)"));
 }
 
 TEST_F(Core_RL_GL_calls_test, theTransposedModelViewMatrixIsReadRowByRow) {
@@ -1071,7 +1196,8 @@ TEST_F(Core_RL_GL_calls_test, theTransposedModelViewMatrixIsReadRowByRow) {
             EXPECT_EQ(matrix.e[4 * i + j], static_cast<float>(4 * j + i));
         }
     }
-    EXPECT_THAT(recording.texts(), ElementsAre("glGetFloatv(GL_MODELVIEW_MATRIX, pointer)"));
+    EXPECT_THAT(recording.texts(),
+                ElementsAre("glMatrixMode(GL_MODELVIEW)", "glGetFloatv(GL_MODELVIEW_MATRIX, pointer)"));
 }
 
 TEST_F(Core_RL_GL_calls_test, aModelViewMatrixThatTheDriverDoesNotWriteIsTheIdentity) {

@@ -435,6 +435,7 @@ float Core_RL_GL::setPointSize(float const& size) {
 }
 
 void Core_RL_GL::setLineWidth(float const& width) {
+    lineWidthStack.back() = width;
     glLineWidth(width);
 }
 
@@ -665,6 +666,7 @@ void Core_RL_GL::unmapBuffer(BufferTarget::type target) {
 // == Lighting and render state ==
 
 Matrix4<float> Core_RL_GL::getModelViewMatrix_asFloat() const {
+    glMatrixMode(GL_MODELVIEW);
     Matrix4<float> matrix = Matrix4<float>::identity();
     glGetFloatv(GL_MODELVIEW_MATRIX, matrix.e);
     return matrix;
@@ -719,10 +721,12 @@ void Core_RL_GL::setColor(Color4<float> const& color) {
 }
 
 void Core_RL_GL::setFillingFront(FillingMode const& mode) {
+    fillingFrontStack.back() = mode;
     glPolygonMode(GL_FRONT, mode == FILLING_SOLID ? GL_FILL : GL_LINE);
 }
 
 void Core_RL_GL::setFillingBack(FillingMode const& mode) {
+    fillingBackStack.back() = mode;
     glPolygonMode(GL_BACK, mode == FILLING_SOLID ? GL_FILL : GL_LINE);
 }
 
@@ -736,6 +740,10 @@ void Core_RL_GL::setLineStipple(bool on) {
 }
 
 void Core_RL_GL::setBlending(BlendingMode const& mode) {
+    // Another mode changes nothing, so the one on the stack is still current.
+    if (mode == BLENDING_ALPHA || mode == BLENDING_OFF) {
+        blendingStack.back() = mode;
+    }
     if (mode == BLENDING_ALPHA) {
         glEnable(GL_BLEND);
         glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
@@ -748,16 +756,21 @@ void Core_RL_GL::setDepthTest(DepthtTestMode const& mode) {
     // By mode; GL_NEVER is never wanted, and stands where the test is switched off.
     constexpr GLenum FUNCTIONS[] = {GL_ALWAYS, GL_NEVER,   GL_LESS,     GL_EQUAL,
                                     GL_LEQUAL, GL_GREATER, GL_NOTEQUAL, GL_GEQUAL};
+    // A mode above the known ones changes the mask alone, so the one on the stack is still current.
+    bool const isKnown = mode.mode <= DEPTH_GREATER_OR_EQUAL;
+    depthTestStack.back() = {isKnown ? mode.mode : currentDepthTest().mode, mode.write};
+
     glDepthMask(mode.write ? GL_TRUE : GL_FALSE);
     if (mode.mode == DEPTH_TEST_OFF) {
         glDisable(GL_DEPTH_TEST);
-    } else if (mode.mode <= DEPTH_GREATER_OR_EQUAL) {
+    } else if (isKnown) {
         glEnable(GL_DEPTH_TEST);
         glDepthFunc(FUNCTIONS[mode.mode]);
     }
 }
 
 void Core_RL_GL::setCulling(CullingMode const& mode) {
+    cullingStack.back() = mode;
     if (mode.enabled) {
         glEnable(GL_CULL_FACE);
     } else {

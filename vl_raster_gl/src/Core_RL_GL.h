@@ -75,7 +75,7 @@ public:
     /// GL: glPointSize.  State: the point size.
     float setPointSize(float const& size) override;
 
-    /// GL: glLineWidth.  State: the line width.
+    /// GL: glLineWidth.  State: the line width, and the top of its stack.
     void setLineWidth(float const& width) override;
 
     /// Whether the driver lists the extension; exact and case-sensitive. Null is never listed. The list is
@@ -178,9 +178,10 @@ public:
 
     // == Lighting and render state ==
 
-    /// The model-view matrix, column by column.  GL: glGetFloatv(GL_MODELVIEW_MATRIX).
+    /// The model-view matrix, column by column.
+    /// GL: glMatrixMode(GL_MODELVIEW), glGetFloatv(GL_MODELVIEW_MATRIX).  State: the matrix mode.
     Matrix4<float> getModelViewMatrix_asFloat() const override;
-    /// The same, row by row.
+    /// The same matrix row by row, with the same calls.
     Matrix4<float> getModelViewTransposedMatrix_asFloat() const override;
 
     // GL: glEnable or glDisable of the capability in the name.  State: that capability.
@@ -194,8 +195,10 @@ public:
     void enableColorMaterial() override;
     void disableColorMaterial() override;
 
-    /// Puts the color on top of the color stack, in place of the one there.
-    /// GL: glColor4f.  State: the current color.
+    // State: the value in the name, and the top of its stack (Core_RL, "State"). The stipple has no stack.
+
+    /// The color stack is written first.
+    /// GL: glColor4f.
     void setColor(Color4<float> const& color) override;
 
     /// GL: glPolygonMode(GL_FRONT, ...): GL_FILL for 0, GL_LINE for everything else.
@@ -207,12 +210,12 @@ public:
     /// GL: on: glLineStipple(3, 0xAAAA), glEnable(GL_LINE_STIPPLE); off: glDisable(GL_LINE_STIPPLE).
     void setLineStipple(bool on) override;
 
-    /// Values other than 0 and 1 leave the blending as it is.
+    /// Values other than 0 and 1 leave the blending as it is, on its stack too.
     /// GL: 1: glEnable(GL_BLEND), glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA); 0: glDisable(GL_BLEND).
     void setBlending(BlendingMode const& mode) override;
 
     /// Mode 0 keeps the test enabled and lets every fragment pass, so that depth can be written; modes above
-    /// 7 set the depth mask only.
+    /// 7 set the depth mask only, and keep the mode on the stack.
     /// GL: glDepthMask; then glDisable(GL_DEPTH_TEST) for mode 1, else glEnable(GL_DEPTH_TEST), glDepthFunc.
     void setDepthTest(DepthtTestMode const& mode) override;
 

@@ -743,7 +743,7 @@ void Mesh_RL_GL::renderWithEdges(Color4<float> const& color) {
 }
 
 void Mesh_RL_GL::renderWithEdgesBlending(Color4<float> const& color, bool const& withSurface) {
-    // The copy on the stack is what popCulling() takes away; the modes that are set meanwhile are not on it.
+    // The modes that are set meanwhile replace this copy, and popCulling() takes it away.
     VL_Raster->pushCulling(CullingMode(VL_Raster->currentCulling()));
     VL_Raster->setCulling(CULL_BACK);
     VL_Raster->setColor({color.r * 0.3F, color.g * 0.3F, color.b * 0.3F, 1.0F});

@@ -173,7 +173,7 @@ TEST_P(Core_RL_stack_test, aPopWithoutAPushAppliesTheBottomEntry) {
     EXPECT_THAT(taken(), ElementsAre(GetParam().firstCall));
 }
 
-TEST_P(Core_RL_stack_test, theSetterLeavesTheStackAlone) {
+TEST_P(Core_RL_stack_test, aSetterThatKeepsNothingLeavesTheStackAlone) {
     GetParam().pushFirst(layer);
     GetParam().set(layer);
     GetParam().pushSecond(layer);
@@ -243,6 +243,26 @@ Stack const STACKS[] = {
 
 INSTANTIATE_TEST_SUITE_P(stacks, Core_RL_stack_test, testing::ValuesIn(STACKS),
                          [](auto const& info) { return std::string(info.param.name); });
+
+TEST_F(Core_RL_test, aSetterThatPassesAnotherValueOnDoesNotChangeWhatPopsApply) {
+    class Scaling : public Recording_RL {
+    public:
+        void setLineWidth(float const& width) override {
+            Recording_RL::setLineWidth(3 * width);
+            lineWidthStack.back() = 3 * width;  // as a setter of a drawing system keeps what it is given
+        }
+    } scaling;
+    for (int i = 0; i < 3; ++i) {
+        scaling.pushLineWidth(2);
+        EXPECT_EQ(scaling.currentLineWidth(), 2);
+        scaling.pushLineWidth(scaling.currentLineWidth());
+        scaling.popLineWidth();
+        scaling.popLineWidth();
+        EXPECT_THAT(scaling.takeCalls(),
+                    ElementsAre("setLineWidth 6", "setLineWidth 6", "setLineWidth 6", "setLineWidth 3"));
+    }
+    EXPECT_EQ(scaling.currentLineWidth(), 1);
+}
 
 TEST_F(Core_RL_test, theStacksAreIndependent) {
     layer.pushFillingFront(FILLING_LINES);
