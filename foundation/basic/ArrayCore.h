@@ -59,8 +59,9 @@ public:
     /// 0. Otherwise the new size is the smaller of the old size and `n`; with `keep` that many elements are
     /// copied over.
     ///
-    /// Deliberate: without `keep` the elements are left as constructed, yet the size still becomes that
-    /// smaller number. Callers that pass false set the size next and write the contents themselves.
+    /// Deliberate (discarding-reserve): without `keep` the elements are left as constructed, yet the size
+    /// still becomes that smaller number. Callers that pass false set the size next and write the contents
+    /// themselves.
     void reserve(unsigned int const& n, bool const& keep) {
         if (n == allocated) {
             return;

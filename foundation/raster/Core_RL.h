@@ -149,7 +149,8 @@ public:
     /// \param offset in bytes, given as a pointer-sized value.
     virtual void bufferSubData(BufferTarget::type target, void* offset, unsigned long size, void* data) = 0;
     virtual void enableClientState(ClientCapability::type array) = 0;
-    /// Deliberate: enables a capability of the server, although its argument has the type of client arrays.
+    /// Deliberate (server-side-enable): enables a capability of the server, although its argument has the
+    /// type of client arrays.
     virtual void enable(ClientCapability::type capability) = 0;
     virtual void disableClientState(ClientCapability::type array) = 0;
     virtual void vertexPointer(int size, DataType::type type, unsigned long stride, void* pointer) = 0;

@@ -145,7 +145,7 @@ TEST_F(Mesh_RL_GL_memory_calls_test, destroyingTheRendererGivesEverythingBackBut
         EXPECT_GT(added(), corners * sizeof(float));
     }
     EXPECT_EQ(driver.liveObjects(), 0U);
-    // Deliberate: a renderer leaves the name of its last channel behind.
+    // Deliberate (channel-name-leak): a renderer leaves the name of its last channel behind.
     EXPECT_LE(added(), SLACK);
 }
 

@@ -131,7 +131,7 @@ TEST(Particles_RL_GL_v2_setup_contract_calls_test, resetBuffersShrinksAndMapsThe
     EXPECT_EQ(stage.renderer.vboId, 0U);
     EXPECT_EQ(stage.renderer.programId, 0U);
     EXPECT_THAT(stage.renderer.shaderIds, ElementsAre(0, 0, 0));
-    EXPECT_EQ(stage.renderer.hostCapacity, 100U);  // Deliberate: the counters stay.
+    EXPECT_EQ(stage.renderer.hostCapacity, 100U);  // Deliberate (kept-buffer-sizes): the counters stay.
     EXPECT_EQ(stage.renderer.vboCapacity, 100U);
     EXPECT_THAT(callsOf([&] { stage.renderer.resetBuffers(); }), IsEmpty());
 

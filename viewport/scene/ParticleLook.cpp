@@ -216,8 +216,8 @@ ParticleSet setOf(ParticleData& data, ParticleMode mode, std::optional<ParticleS
             color = {static_cast<float>(v.x * part), static_cast<float>(v.y * part),
                      static_cast<float>(v.z * part)};
         } else if (quantity) {
-            // Deliberate: a number stands in a vector, too. The way to draw that needs no buffer would take the
-            // color of a particle from the numbers of its neighbors.
+            // Deliberate (scalar-stride-one): a number stands in a vector, too. The way to draw that needs no
+            // buffer would take the color of a particle from the numbers of its neighbors.
             color.x = scale->toMagnitude((*quantity)[i]);
         }
         set.colors.push_back(color);

@@ -45,8 +45,8 @@ public:
     /// Loads the perspective of updateProjectionMatrix() with its near plane moved out by a factor 1.001,
     /// which shifts all depths slightly.
     ///
-    /// Deliberate: for the orthographic views the projection becomes the identity. Callers that bias the
-    /// depth of an orthographic view see it in clip coordinates.
+    /// Deliberate (biased-orthographic-identity): for the orthographic views the projection becomes the
+    /// identity. Callers that bias the depth of an orthographic view see it in clip coordinates.
     ///
     /// GL: glMatrixMode(GL_PROJECTION), glLoadIdentity, for view kind 0 gluPerspective,
     /// glMatrixMode(GL_MODELVIEW).

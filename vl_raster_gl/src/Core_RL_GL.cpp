@@ -34,6 +34,7 @@ char const* errorName(GLenum const& code) {
     case GL_INVALID_ENUM:
         return "GL_INVALID_ENUM";
     case GL_INVALID_VALUE:
+        // Deliberate (error-name-texts): the colon here and the line feed below.
         return "GL_INVALID_VALUE:";
     case GL_INVALID_OPERATION:
         return "GL_INVALID_OPERATION";
@@ -111,7 +112,8 @@ void setClamping(TextureClampingMode const& clamping) {
         setWrapMode(GL_CLAMP_TO_BORDER);
         break;
     case TEXTURE_CLAMPING_WITHOUT_MEANING:
-        // Deliberate: the mode's own number, which GL refuses; the wrap mode stays at its default.
+        // Deliberate (wrap-mode-2): the mode's own number, which GL refuses; the wrap mode stays at its
+        // default.
         setWrapMode(2.0F);
         break;
     case TEXTURE_CLAMP:
@@ -446,7 +448,7 @@ bool Core_RL_GL::isExtensionSupported(char const* name) {
     if (name == nullptr) {
         return false;
     }
-    // Deliberate: from the first entry to the last, although the list is sorted.
+    // Deliberate (linear-extension-search): from the first entry to the last, although the list is sorted.
     return std::any_of(extensions.begin(), extensions.end(),
                        [name](std::string const& extension) { return extension == name; });
 }
@@ -517,7 +519,7 @@ unsigned int Core_RL_GL::getTotalGpuMemory() {
     if (isExtensionSupported("GL_NVX_gpu_memory_info")) {
         glGetIntegerv(TOTAL_MEMORY_NVX, &kilobytes);
     } else {
-        // Asked for the interface's sake: there is no query of the total for this extension.
+        // Deliberate (ignored-ati-query): asked through the virtual operation, and the answer ignored.
         isExtensionSupported("GL_ATI_meminfo");
     }
     return static_cast<unsigned int>(kilobytes);
@@ -586,7 +588,7 @@ void Core_RL_GL::checkShaderCompilationErrors(unsigned int shader, char const* n
 void Core_RL_GL::checkProgramLinkageErrors(unsigned int program, char const* name, char const* other) {
     std::string log;
     if (readFailureLog(program, GL_LINK_STATUS, glGetProgramiv, glGetProgramInfoLog, log)) {
-        // Deliberate: "width:" is the text that readers of these logs look for.
+        // Deliberate (width-in-link-log): "width:" is the text that readers of these logs look for.
         std::cout << log << std::endl
                   << std::endl
                   << "when linking:" << std::endl
@@ -619,8 +621,8 @@ bool Core_RL_GL::getError(VL_String& message, int& code) {
         return false;
     }
     message = errorName(error);
-    // Deliberate: the flag is not read again, so this does not end. Reading a volatile is a side effect,
-    // which keeps the loop in the program.
+    // Deliberate (endless-error-loop): the flag is not read again, so this does not end. Reading a volatile
+    // is a side effect, which keeps the loop in the program.
     GLenum const volatile examined = error;
     while (examined != GL_NO_ERROR) {
     }
@@ -913,7 +915,8 @@ void Core_RL_GL::destroy_RL() {
     SpinGuard const guard(textureQueueLock);
     for (unsigned int const& texture : textureUnloadQueue) {
         if (texture != NO_TEXTURE) {
-            // Deliberate: the layer of the process deletes, which need not be this one.
+            // Deliberate (queue-drained-by-last-layer): the layer of the process deletes, which need not be
+            // this one.
             VL_Raster->unLoadTextureColor(texture);
         }
     }
@@ -934,7 +937,7 @@ void Core_RL_GL::renderStroke3(Vector3<float> const& center, Vector3<float> cons
     glBegin(GL_LINES);
     sendVertex(center - half);
     sendVertex(center);
-    // Deliberate: GL_LINES drops this third vertex.
+    // Deliberate (half-stroke): GL_LINES drops this third vertex.
     sendVertex(center + half);
     glEnd();
 }
@@ -1037,7 +1040,7 @@ void Core_RL_GL::renderAxisBox3(VL_AXIS const& axis, unsigned int const& name, f
 void Core_RL_GL::renderAxesCircleStipple3(unsigned int const& nameX, unsigned int const& nameY,
                                           unsigned int const& nameZ, Tuple3<Color4<float>> const& colors,
                                           float const& radius) {
-    // Deliberate: the names serve as axes.
+    // Deliberate (names-as-axes): the names serve as axes.
     drawHandles(*this, {nameX, nameY, nameZ}, colors, [&](VL_AXIS const&, unsigned int const& name) {
         renderAxisCircleStipple3(VL_AXIS(name), radius);
     });
@@ -1105,7 +1108,7 @@ void Core_RL_GL::renderAxisCircle3NoPicking(VL_AXIS const& axis, float const& ra
 void Core_RL_GL::renderAxesCircleTape3(unsigned int const& nameX, unsigned int const& nameY,
                                        unsigned int const& nameZ, Tuple3<Color4<float>> const& colors,
                                        float const& radius, float const& width) {
-    // Deliberate: the names serve as axes.
+    // Deliberate (names-as-axes): the names serve as axes.
     drawHandles(*this, {nameX, nameY, nameZ}, colors, [&](VL_AXIS const&, unsigned int const& name) {
         renderAxisCircleTape3(VL_AXIS(name), radius, width);
     });
@@ -1162,7 +1165,7 @@ void Core_RL_GL::renderCircleCameraFacing3(Matrix4<float> const& frame, Matrix3<
     glScalef(scale, scale, scale);
 
     renderCircle3(radius);
-    // Deliberate: drawn twice, the second time whatever renderCircle3() has become.
+    // Deliberate (twice-drawn-circle): the second one is not replaced where renderCircle3() is.
     drawCircle(radius);
 
     glPopMatrix();
@@ -1217,6 +1220,7 @@ void Core_RL_GL::renderCircleCulledStipple3(Vector3<float> const& viewDirection,
     sendSegments(points, center, viewDirection, [](float const& distance) { return distance < 0.0F; });
     glEnd();
 
+    // Deliberate (solid-far-half): no stipple, a line width of 1 only.
     pushLineWidth(1.0F);
     glBegin(GL_LINES);
     sendSegments(points, center, viewDirection, [](float const& distance) { return distance > 0.0F; });
@@ -1257,6 +1261,7 @@ void Core_RL_GL::renderCircleTape3(float const& radius, float const& width) {
     }
     glEnd();
 
+    // Deliberate (tape-cap-factors): other factors than the first cap, and the sides in the opposite order.
     glBegin(GL_TRIANGLES);
     sendVertex({0.0F, radius, 0.0F});
     sendVertex({scaled(radius, TAPE_COS_LAST), scaled(radius, TAPE_SIN_LAST), down});
@@ -1599,7 +1604,7 @@ void Core_RL_GL::render(Box3<float> const& box, Tuple8<Vector3<float>> const& co
 void Core_RL_GL::render(Box2<float> const& box, bool const& wire) {
     Vector2<float> const lowerRight{box.max.x, box.min.y};
     Vector2<float> const upperLeft{box.min.x, box.max.y};
-    // Deliberate: lines, not a loop; the fifth vertex is dropped and two edges show.
+    // Deliberate (two-edge-rectangle): lines, not a loop; the fifth vertex is dropped and two edges show.
     glBegin(wire ? GL_LINES : GL_QUADS);
     glVertex2fv(&box.min.x);
     glVertex2fv(&lowerRight.x);
@@ -1612,7 +1617,7 @@ void Core_RL_GL::render(Box2<float> const& box, bool const& wire) {
 }
 
 void Core_RL_GL::render(Obb3<float> const& box, bool const& wire) {
-    // Deliberate: the faces keep the constant normals of the upright box.
+    // Deliberate (upright-box-normals): the faces keep the constant normals of the upright box.
     drawBox(boxCorners(box), wire);
 }
 

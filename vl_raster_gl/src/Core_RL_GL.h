@@ -56,9 +56,9 @@ public:
     /// GL: none; the context may be made current later, before the first operation.
     Core_RL_GL();
 
-    /// Deliberate: leaves VL_Raster alone. Code that still draws through the pointer after this has lost its
-    /// render layer, whichever instance it was. Deletes no GL object; textures that are still queued are lost
-    /// unless destroy_RL() was called.
+    /// Deliberate (render-layer-pointer-stays): leaves VL_Raster alone. Code that still draws through the
+    /// pointer after this has lost its render layer, whichever instance it was. Deletes no GL object;
+    /// textures that are still queued are lost unless destroy_RL() was called.
     /// GL: none.
     ~Core_RL_GL() override;
 
@@ -97,7 +97,8 @@ public:
                     BufferUsage::type usage) override;
     void bufferSubData(BufferTarget::type target, void* offset, unsigned long size, void* data) override;
     void enableClientState(ClientCapability::type array) override;
-    /// Deliberate: glEnable, a server-side enable, although the argument has the type of client arrays.
+    /// Deliberate (server-side-enable): glEnable, a server-side enable, although the argument has the type of
+    /// client arrays.
     void enable(ClientCapability::type capability) override;
     void disableClientState(ClientCapability::type array) override;
     void vertexPointer(int size, DataType::type type, unsigned long stride, void* pointer) override;
@@ -154,9 +155,9 @@ public:
 
     /// Reads the error flag once. Without an error it returns false and leaves `message` alone.
     ///
-    /// Deliberate: with an error it stores the code and the error's name, and does not return: it goes on
-    /// examining the code it has read, without reading the flag again. A debugger finds the program standing
-    /// at its first error. Everything else uses the other overload.
+    /// Deliberate (endless-error-loop): with an error it stores the code and the error's name, and does not
+    /// return: it goes on examining the code it has read, without reading the flag again. A debugger finds
+    /// the program standing at its first error. Everything else uses the other overload.
     /// GL: glGetError, once.
     bool getError(VL_String& message, int& code) override;
 
@@ -256,8 +257,8 @@ public:
 
     /// Makes a texture from 8-bit RGBA pixels, with mipmaps, and gives its name.
     ///
-    /// Deliberate: clamping mode 2 passes the number 2.0 as the wrap mode, which GL refuses with
-    /// GL_INVALID_ENUM; the wrap mode stays at its default. Modes above 3 set none.
+    /// Deliberate (wrap-mode-2): clamping mode 2 passes the number 2.0 as the wrap mode, which GL refuses
+    /// with GL_INVALID_ENUM; the wrap mode stays at its default. Modes above 3 set none.
     /// GL: glEnable(GL_TEXTURE_2D), glGenTextures, glBindTexture, glTexEnvf, glPixelStoref,
     /// glTexParameterf of both filters and both wrap modes, gluBuild2DMipmaps, glDisable(GL_TEXTURE_2D).
     /// State: the bound texture, the texture environment (GL_MODULATE), the unpack alignment (1).
@@ -284,9 +285,9 @@ public:
 
     /// Deletes every queued texture, in the order they were queued, and empties the queue.
     ///
-    /// Deliberate: each is deleted by unLoadTextureColor() of VL_Raster, not of this instance, so a queue is
-    /// drained through the instance constructed last. That operation must not queue anything: the lock is
-    /// held and not re-entrant.
+    /// Deliberate (queue-drained-by-last-layer): each is deleted by unLoadTextureColor() of VL_Raster, not of
+    /// this instance, so a queue is drained through the instance constructed last. That operation must not
+    /// queue anything: the lock is held and not re-entrant.
     /// GL: none for an empty queue.
     void destroy_RL() override;
 
@@ -296,8 +297,8 @@ public:
 
     // == Segments and planes ==
 
-    /// Deliberate: sends center - direction * halfLength, center and center + direction * halfLength as
-    /// GL_LINES, which drops the third: only the half before the center shows.
+    /// Deliberate (half-stroke): sends center - direction * halfLength, center and center + direction *
+    /// halfLength as GL_LINES, which drops the third: only the half before the center shows.
     void renderStroke3(Vector3<float> const& center, Vector3<float> const& direction,
                        float const& halfLength) override;
     void renderSegment2(Vector2<float> const& a, Vector2<float> const& b) override;
@@ -337,8 +338,8 @@ public:
 
     /// The dashed circles of the three axes.
     ///
-    /// Deliberate: the names are passed on as the axes, and so also as picking names. Callers pass 0, 1, 2;
-    /// with other names nothing is drawn.
+    /// Deliberate (names-as-axes): the names are passed on as the axes, and so also as picking names. Callers
+    /// pass 0, 1, 2; with other names nothing is drawn.
     void renderAxesCircleStipple3(unsigned int const& nameX, unsigned int const& nameY,
                                   unsigned int const& nameZ, Tuple3<Color4<float>> const& colors,
                                   float const& radius) override;
@@ -376,8 +377,8 @@ public:
 
     /// The tape rings of the three axes.
     ///
-    /// Deliberate: the names are passed on as the axes. Callers pass 0, 1, 2; with other names nothing is
-    /// drawn.
+    /// Deliberate (names-as-axes): the names are passed on as the axes. Callers pass 0, 1, 2; with other
+    /// names nothing is drawn.
     void renderAxesCircleTape3(unsigned int const& nameX, unsigned int const& nameY,
                                unsigned int const& nameZ, Tuple3<Color4<float>> const& colors,
                                float const& radius, float const& width) override;
@@ -394,8 +395,8 @@ public:
     /// A circle that keeps its place in `frame` but always faces the screen: every rotation and scale of the
     /// model-view matrix is dropped, then `scale` applied.
     ///
-    /// Deliberate: the circle is drawn twice, once through the virtual renderCircle3() and once directly. The
-    /// Matrix3 is not used.
+    /// Deliberate (twice-drawn-circle): the circle is drawn twice, once through the virtual renderCircle3()
+    /// and once directly. The Matrix3 is not used.
     /// GL: glColor4f, glPushMatrix, glMultMatrixf, glGetFloatv, glLoadMatrixf, glScalef, two loops,
     /// glPopMatrix, glColor4f.
     void renderCircleCameraFacing3(Matrix4<float> const& frame, Matrix3<float> const& unused, float scale,
@@ -416,7 +417,8 @@ public:
     /// The half of a circle that is turned toward the viewer; where no part is nearer than the rest (the circle
     /// seen face-on), the whole circle.
     ///
-    /// Deliberate: there is no segment between the last point and the first; a gap of one degree stays open.
+    /// Deliberate (one-degree-gap): there is no segment between the last point and the first; a gap of one
+    /// degree stays open.
     void renderCircleCulled3(Vector3<float> const& viewDirection, Matrix4<float> const& frame,
                              float const& radius) override;
 
@@ -541,13 +543,13 @@ public:
 
     /// A rectangle.
     ///
-    /// Deliberate: with `wire` its five vertices are sent as GL_LINES, which shows the lower and the upper
-    /// edge only.
+    /// Deliberate (two-edge-rectangle): with `wire` its five vertices are sent as GL_LINES, which shows the
+    /// lower and the upper edge only.
     void render(Box2<float> const& box, bool const& wire) override;
 
     /// An oriented box, drawn as the upright one.
     ///
-    /// Deliberate: with the constant, unrotated normals of the upright one too.
+    /// Deliberate (upright-box-normals): with the constant, unrotated normals of the upright one too.
     void render(Obb3<float> const& box, bool const& wire) override;
 
     void render(Box2<double> const& box, bool const& wire) override;
@@ -577,9 +579,10 @@ public:
     /// Opens an overlay: a viewport in pixels that shows the orthographic `box`. popViewportOrtho() ends it,
     /// with GL_MODELVIEW selected again.
     ///
-    /// Deliberate: the attributes are saved under the mask 0x0BA2, the value of GL_VIEWPORT itself, which
-    /// stands for the viewport, depth-buffer, accumulation-buffer, fog, pixel-mode and point groups. State of
-    /// those groups that is set inside the overlay is gone after it; that of others, lighting too, stays.
+    /// Deliberate (viewport-attribute-mask): the attributes are saved under the mask 0x0BA2, the value of
+    /// GL_VIEWPORT itself, which stands for the viewport, depth-buffer, accumulation-buffer, fog, pixel-mode
+    /// and point groups. State of those groups that is set inside the overlay is gone after it; that of
+    /// others, lighting too, stays.
     /// GL: glPushAttrib, glViewport, glMatrixMode(GL_PROJECTION), glPushMatrix, glLoadIdentity, glOrtho,
     /// glMatrixMode(GL_MODELVIEW), glPushMatrix, glLoadIdentity.
     void pushViewportOrtho(Tuple4<unsigned int> const& viewport, Tuple4<float> const& box) override;

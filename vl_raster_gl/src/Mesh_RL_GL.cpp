@@ -18,8 +18,8 @@ namespace {
 using index_02::ui32::NEXT_CIRCULAR;
 using index_02::ui32::PREV_CIRCULAR;
 
-// Deliberate: the weights are single-precision numbers used in double arithmetic. The third is a little more
-// than a third, so the middle of a triangle lies a little off.
+// Deliberate (float-third): the weights are single-precision numbers used in double arithmetic. The third is
+// a little more than a third, so the middle of a triangle lies a little off.
 constexpr double THIRD = static_cast<double>(0.33333334F);
 constexpr double NEAR_END = static_cast<double>(0.7F);  // of an edge, from the end that is meant
 constexpr double FAR_END = static_cast<double>(0.3F);
@@ -354,7 +354,8 @@ void Mesh_RL_GL::_updateTextureCoordinates(Arrays const& arrays, VL_String const
     }
     fillBuffer(GL_ARRAY_BUFFER, texCoordBuffer, keepsStore, soupBytes(arrays.triangleCount, 2),
                [&](void* memory) {
-                   // Deliberate: a channel that the mesh lacks leaves the buffer unwritten.
+                   // Deliberate (unwritten-coordinates): a channel that the mesh lacks leaves the buffer
+                   // unwritten.
                    if (!coordinates.isFound()) {
                        return;
                    }
@@ -549,7 +550,7 @@ void Mesh_RL_GL::render(MeshShading const& shading) {
         effect->postprocess();
         effect->cleanup();
     }
-    // Deliberate: also for a mode that has pushed nothing.
+    // Deliberate (unbalanced-filling-pop): also for a mode that has pushed nothing.
     VL_Raster->popFillingFront();
     VL_Raster->popFillingBack();
 }
@@ -661,7 +662,7 @@ void Mesh_RL_GL::renderEdgesConnection() {
         if (entry == Mesh::ADJACENCY_NONE) {
             continue;
         }
-        // Deliberate: the neighbor is taken as 16 bits.
+        // Deliberate (sixteen-bit-neighbor): the neighbor is taken as 16 bits.
         unsigned int const first = static_cast<unsigned short>(entry >> 2) * 3U;
         unsigned int const c = entry & 3U;
         Vector3<double> const inside = arrays.position(first + c) * AT_EDGE +

@@ -37,14 +37,14 @@ class VL_RASTER_GL_EXPORT Mesh_RL_GL : public Mesh_RL {
 public:
     /// Draws this mesh, without an effect and without buffer objects. Makes no GL call.
     ///
-    /// Deliberate: the second argument is accepted and ignored. Buffers are asked for by `useBufferObjects`
-    /// alone, whatever a caller passes here.
+    /// Deliberate (ignored-buffer-flag): the second argument is accepted and ignored. Buffers are asked for
+    /// by `useBufferObjects` alone, whatever a caller passes here.
     Mesh_RL_GL(Mesh* mesh, bool);
 
     /// Deletes the buffers that exist.
     ///
-    /// Deliberate: the name of the texture channel stays behind, a few bytes for each renderer that drew a
-    /// texture from its buffers. A name is only freed when another one takes its place.
+    /// Deliberate (channel-name-leak): the name of the texture channel stays behind, a few bytes for each
+    /// renderer that drew a texture from its buffers. A name is only freed when another one takes its place.
     ///
     /// GL: glDeleteBuffers for each buffer, in the order positions, vertex normals, face normals, texture
     /// coordinates, edges.
@@ -68,8 +68,8 @@ public:
     /// each position). Two floats are a coordinate.
     ///
     /// A channel that the mesh lacks has the coordinate (0, 0) everywhere, as has a corner that the channel
-    /// does not reach. Deliberate: with buffers the coordinates of a channel that the mesh lacks are not
-    /// written, and what is drawn is not specified.
+    /// does not reach. Deliberate (unwritten-coordinates): with buffers the coordinates of a channel that the
+    /// mesh lacks are not written, and what is drawn is not specified.
     void renderTextured(VL_String const& channel) override;
 
     /// Draws as the request says: pushes the fillings of the mode, calls the drawing, and pops both again.
@@ -78,8 +78,8 @@ public:
     /// operations. With GPU_SHADER and an effect the pass is bracketed by its create() (if it was not
     /// created), init() and preprocess(), and by its postprocess() and cleanup().
     ///
-    /// Deliberate: a mode above 3 pushes and draws nothing, yet both fillings are popped. Such a request takes
-    /// back what its caller has pushed.
+    /// Deliberate (unbalanced-filling-pop): a mode above 3 pushes and draws nothing, yet both fillings are
+    /// popped. Such a request takes back what its caller has pushed.
     void render(MeshShading const& shading) override;
 
     /// Without buffers the normal of a triangle is sent once, before its three corners.
@@ -106,8 +106,8 @@ public:
 
     /// For every shared edge two segments that meet inside the neighbor, in white.
     ///
-    /// Deliberate: the neighbor's number is taken as 16 bits. In a mesh of more than 65536 triangles the
-    /// marks of neighbors above 65535 meet in triangles at the beginning of the mesh.
+    /// Deliberate (sixteen-bit-neighbor): the neighbor's number is taken as 16 bits. In a mesh of more than
+    /// 65536 triangles the marks of neighbors above 65535 meet in triangles at the beginning of the mesh.
     ///
     /// GL: glColor3f(1, 1, 1), glBegin(GL_LINES), glVertex3dv, glEnd.  State: the color is white.
     void renderEdgesConnection() override;
@@ -117,8 +117,8 @@ public:
 
     /// The vertices as points of `size` pixels; VL_Raster's point size is restored.
     ///
-    /// Deliberate: without buffers every position is drawn once, with buffers every corner of the soup, so a
-    /// vertex as often as triangles use it.
+    /// Deliberate (points-per-corner): without buffers every position is drawn once, with buffers every
+    /// corner of the soup, so a vertex as often as triangles use it.
     void renderPoints(float const& size) override;
 
     /// The border edges, and the edges at which the vertex normal of the first corner differs from the
@@ -146,8 +146,9 @@ public:
     /// `textureChannel` has another name than the last one or its own arrays were modified. The modified bits
     /// of all arrays that were looked at are cleared.
     ///
-    /// Deliberate: triangles that change without changing their count leave the coordinates of a channel as
-    /// they are, even if it is stored per vertex. The writer marks the channel too.
+    /// Deliberate (stale-coordinates): triangles that change without changing their count leave the
+    /// coordinates of a channel as they are, even if it is stored per vertex. The writer marks the channel
+    /// too.
     ///
     /// \param textureChannel the channel whose coordinates are wanted; null leaves them alone. If the triangle
     ///     count has changed meanwhile, their buffer is dropped with the channel's name.

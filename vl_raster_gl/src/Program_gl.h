@@ -121,7 +121,7 @@ public:
     // == Uniforms that are not kept ==
 
     /// Binds a texture to a unit and lets a sampler read it. Nothing is kept: effects call it in every pass.
-    /// Deliberate: the program stays in use, and isEnabled() does not know.
+    /// Deliberate (sampler-leaves-program-in-use): the program stays in use, and isEnabled() does not know.
     /// GL: glUseProgram, glGetUniformLocation, glActiveTexture, glBindTexture, glUniform1i.
     /// State: the current program, the active texture unit, its 2-D texture.
     void setUniformSampler(char const* name, unsigned int texture, int unit);
@@ -140,7 +140,7 @@ public:
     /// The compilation logs of the attached stages, one behind the other. GL: none.
     std::string getCompilationLog();
 
-    /// Deliberate: prints nothing; kept for callers of the interface.
+    /// Deliberate (silent-shader-list): prints nothing; kept for callers of the interface.
     void printShadersList();
 
     /// Whether the driver's version is 2.1 or later; if not, a line on the standard output says so. The

@@ -125,7 +125,8 @@ bool Shader_gl::_compileVariant(unsigned int const& mask) {
     GLint status = GL_FALSE;
     glGetShaderiv(id, GL_COMPILE_STATUS, &status);
     if (VL_Raster != nullptr) {
-        VL_Raster->checkShaderCompilationErrors(id, "asdf");  // the label that readers of these logs know
+        // Deliberate (asdf-label): readers of logs find the library's stages by this label.
+        VL_Raster->checkShaderCompilationErrors(id, "asdf");
     }
     if (status != GL_TRUE) {
         glDeleteShader(id);

@@ -52,15 +52,16 @@ public:
     /// Compiles the stage in all variants.
     ///
     /// From a file the text is read line by line and put behind the text that the stage already has.
-    /// Deliberate: it is not cleared, so a stage can be put together from several files. Every line ends with
-    /// a line feed afterwards, also the empty one behind the last line feed of the file; a line ends early at
-    /// a zero byte. Lines may be of any length. A file that is not found is looked for one folder up, by
-    /// "../" in front of its path. What is no regular file or has more than 16 MiB counts as not found.
+    /// Deliberate (appending-load): it is not cleared, so a stage can be put together from several files.
+    /// Every line ends with a line feed afterwards, also the empty one behind the last line feed of the file;
+    /// a line ends early at a zero byte. Lines may be of any length. A file that is not found is looked for
+    /// one folder up, by "../" in front of its path. What is no regular file or has more than 16 MiB counts
+    /// as not found.
     ///
     /// Compiling stops at the first variant that fails; its GL shader is deleted again, so getID() gives 0
     /// for it and for all that follow. The log is printed (Core_RL::checkShaderCompilationErrors()) while
-    /// there is a render layer. Deliberate: loading a second time takes new GL shaders and leaves the former
-    /// ones to themselves.
+    /// there is a render layer. Deliberate (leaked-shader-variants): loading a second time takes new GL
+    /// shaders and leaves the former ones to themselves.
     /// \param type GL_VERTEX_SHADER, GL_FRAGMENT_SHADER or GL_GEOMETRY_SHADER_EXT.
     /// \param text the stage's text, or the path of a file with it; null is empty.
     /// \return whether every variant compiled; false also when the file cannot be read (a line on the standard
@@ -78,8 +79,8 @@ public:
     /// GL: glGetShaderInfoLog for every variant that is not 0.
     std::string getInfoLog();
 
-    /// The compilation log. Deliberate: always empty, as compiling prints its log and does not keep it;
-    /// getInfoLog() has the text.
+    /// The compilation log. Deliberate (empty-compilation-log): always empty, as compiling prints its log and
+    /// does not keep it; getInfoLog() has the text.
     std::string getCompilationLog();
 
     // == Texts of stages that pass everything on ==

@@ -279,7 +279,8 @@ TEST_F(Displacement_gl_test, halfGrayLeavesVerticesInPlaceWithHalfAlpha) {
         draw(effect, square());
         std::vector<Vertex> vertices;
         for (Input const& input : square()) {
-            // Deliberate: alpha moves w; with 1 all points come nearer to the origin by one part in a hundred.
+            // Deliberate (four-component-displacement): alpha moves w; with 1 all points come nearer to the
+            // origin by one part in a hundred.
             vertices.push_back(placed(
                 scene, {input.position[0], input.position[1], input.position[2], alpha == 0.5F ? 1 : 1.01},
                 tiled(WAVY, input.coordinate)));
@@ -318,7 +319,7 @@ TEST_F(Displacement_gl_test, theTessellatedPathIsTheFormulaAtEveryDepth) {
         Displacement_shader effect;
         effect.setDepth(depth);
         effect.tesselate(true);
-        effect.setNLights(2);  // Deliberate: ignored by this path
+        effect.setNLights(2);  // Deliberate (tessellated-single-light): ignored by this path
         setUp(effect, WAVY);
         draw(effect, square());
         ASSERT_TRUE(effect.isTesselated());

@@ -12,7 +12,7 @@ namespace vellum {
 
 namespace {
 
-// Deliberate: "size" is a uniform of the geometry stage alone.
+// Deliberate (size-in-geometry-stage): "size" is a uniform of the geometry stage alone.
 constexpr char const* VERTEX_DECLARATIONS = R"(varying mat4 matrix;
 varying vec3 magnitude;
 )";

@@ -16,8 +16,9 @@ public:
     /// times the square root of 3, 4 none (all have the maximum color); any other none, too. GL: none.
     explicit ArrowRendering_shader(Base_shader::ProcessType type);
 
-    /// An effect of its own with the same colors, magnitudes, scale and size. Deliberate: light and light count
-    /// have their first values, and the process type is 0. GL: none.
+    /// An effect of its own with the same colors, magnitudes, scale and size.
+    /// Deliberate (partial-effect-copy): light and light count have their first values, and the process type
+    /// is 0. GL: none.
     ArrowRendering_shader(ArrowRendering_shader const& other);
 
     ~ArrowRendering_shader() override;
@@ -28,8 +29,8 @@ public:
 
     /// For work on the texts: reloads the effect when one of shaders/arrow_vertex.c, shaders/arrow_geometry.c and
     /// shaders/arrow_fragment.c in the watched folder was written since the last time. Prints " RELOADING!" then.
-    /// Deliberate: the files themselves are not read; the stages are made of the effect's own texts again. The
-    /// time is kept for all arrow effects together.
+    /// Deliberate (unread-arrow-sources): the files themselves are not read; the stages are made of the
+    /// effect's own texts again. The time is kept for all arrow effects together.
     /// GL: that of reload(), if any.
     void reloadShaders();
 

@@ -150,15 +150,16 @@ void Base_shader::loadTexture(VL_Image const& image, unsigned int const& texture
     unsigned int const name = texture;  // the argument may be what the render layer changes
     if (VL_Raster != nullptr) {
         VL_Raster->destroyTexture(name);
-        // Deliberate: the new name is ignored. Often it is the one that has just been freed; binding `texture`
-        // makes it a texture again in any case.
+        // Deliberate (ignored-texture-name): the new name is ignored. Often it is the one that has just been
+        // freed; binding `texture` makes it a texture again in any case.
         VL_Raster->createTexture();
     }
     _uploadTexture(image, name, internalFormat, static_cast<int>(image.width()),
                    static_cast<int>(image.height()));
     GLenum const error = glGetError();
     if (error != GL_NO_ERROR) {
-        gluErrorString(error);  // Deliberate: nobody is told; the texture is without contents then
+        // Deliberate (swallowed-upload-error): the text is discarded; the texture has no contents then.
+        gluErrorString(error);
     }
     glTexEnvf(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
 }

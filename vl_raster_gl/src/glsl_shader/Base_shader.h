@@ -43,10 +43,11 @@ class Shader_gl;
 ///         float size = 1;
 ///     };
 ///
-/// Deliberate: cleanup() takes the program out of use, and only a dirty effect takes it into use with its
-/// kept uniforms in preprocess(). A pass of an effect that is not dirty therefore keeps new values without
-/// sending them. Parameters are no matter, as their setters make the effect dirty. What does not come from
-/// setters, such as the size of the viewport, is: the application calls markDirty() when that changes.
+/// Deliberate (unsent-when-clean): cleanup() takes the program out of use, and only a dirty effect takes it
+/// into use with its kept uniforms in preprocess(). A pass of an effect that is not dirty therefore keeps new
+/// values without sending them. Parameters are no matter, as their setters make the effect dirty. What does
+/// not come from setters, such as the size of the viewport, is: the application calls markDirty() when that
+/// changes.
 ///
 /// A stage that does not compile or a program that does not link leaves the effect drawing with a program
 /// that GL refuses. Nothing is reported to the caller; the log has the reason.
@@ -60,8 +61,8 @@ public:
 
     Base_shader();  ///< An effect that is not created, and dirty. GL: none.
 
-    /// Deliberate: takes nothing from the other effect; GL objects have one owner, and the effects copy their
-    /// parameters themselves. The copy is created on its first use. GL: none.
+    /// Deliberate (fresh-copy): takes nothing from the other effect; GL objects have one owner, and the
+    /// effects copy their parameters themselves. The copy is created on its first use. GL: none.
     Base_shader(Base_shader const& other);
     Base_shader& operator=(Base_shader const&) = delete;
 
@@ -82,7 +83,7 @@ public:
     virtual void reload();
 
     /// Takes the program into use with all kept uniforms (true) or out of use (false). Creates the effect
-    /// first when it is not created. Deliberate: also to take it out of use.
+    /// first when it is not created. Deliberate (create-to-disable): also to take it out of use.
     /// GL: that of create(), once, and of Program_gl::enable().  State: the current program.
     void enable(bool const& on);
 
@@ -103,8 +104,8 @@ public:
     /// with three channels gives RGB, any other RGBA; gray ones are spread out. An empty image does nothing.
     /// An image that GL refuses leaves the texture without contents, and nothing is reported.
     ///
-    /// Deliberate: the texture is deleted and another name made and left alone; GL makes the texture again
-    /// when its name is bound. So whatever parameters it had are gone.
+    /// Deliberate (ignored-texture-name): the texture is deleted and another name made and left alone; GL
+    /// makes the texture again when its name is bound. So whatever parameters it had are gone.
     /// \param internalFormat how GL keeps the pixels: GL_RGB, GL_RGBA32F_ARB, ...
     /// GL: glDeleteTextures, glGenTextures, glBindTexture, glTexParameteri x 4, glTexImage2D, glGetError,
     /// glTexEnvf. Rows whose length is no multiple of 4 bytes have glPushClientAttrib and glPixelStorei
@@ -128,10 +129,10 @@ public:
     /// GL: none.
     static int nextHighestPowerOf2(int v);
 
-    /// Copies the framebuffer from the lower left corner of the viewport on into a texture. Deliberate: width
-    /// and height are those of the viewport rounded up to powers of two, so the copy reaches beyond it; what
-    /// lies outside the framebuffer is undefined. Shaders scale their look-ups by the sizes of frame and
-    /// texture.
+    /// Copies the framebuffer from the lower left corner of the viewport on into a texture.
+    /// Deliberate (power-of-two-copy): width and height are those of the viewport rounded up to powers of
+    /// two, so the copy reaches beyond it; what lies outside the framebuffer is undefined. Shaders scale
+    /// their look-ups by the sizes of frame and texture.
     /// GL: glGetIntegerv(GL_VIEWPORT), glBindTexture, glTexParameteri x 4, glCopyTexImage2D.
     /// State: the bound texture.
     void copyFramebufferToTexture(unsigned int const& texture);

@@ -59,7 +59,7 @@ bool isEmpty(VL_String const& path) {
     return path.size() <= 1;  // the terminating zero
 }
 
-// Deliberate: nobody is told. What GL refuses of a user's program is in the log.
+// Deliberate (swallowed-upload-error): nobody is told. What GL refuses of a user's program is in the log.
 void swallowError() {
     GLenum const error = glGetError();
     if (error != GL_NO_ERROR) {

@@ -75,8 +75,8 @@ public:
     // == Textures ==
 
     /// Reads the picture of a texture, in any format of VL_Image; an empty path takes the texture away. Does
-    /// nothing when the path is the same and the effect not dirty. Deliberate: a file that cannot be read
-    /// leaves the texture with what it held, and the shader goes on to see that.
+    /// nothing when the path is the same and the effect not dirty. Deliberate (unreadable-texture-continues):
+    /// a file that cannot be read leaves the texture with what it held, and the shader goes on to see that.
     /// GL: none, or that of loadTextureRGB().  State: the bound texture, the texture environment.
     void setTexture(VL_String const& path, int const& index);
 

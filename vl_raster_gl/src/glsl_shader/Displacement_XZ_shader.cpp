@@ -18,7 +18,8 @@ constexpr int DISPLACEMENT_UNIT = 1;
 
 // Moves the vertex by its texel, -1 to 1 by channel, in the frame of its normal; scale is that along the normal,
 // repeat_u and repeat_v are in tiles.
-// Deliberate: a frame is built only where the normal is parallel to an axis, as everywhere on a flat grid.
+// Deliberate (axis-tangent-frame): a frame is built only where the normal is parallel to an axis, as
+// everywhere on a flat grid.
 constexpr char const* VERTEX = R"(uniform sampler2D displacementMap;
 uniform float scale;
 uniform float repeat_u;

@@ -24,9 +24,9 @@ namespace vellum {
 ///     ocean.postprocess();
 ///     ocean.cleanup();
 ///
-/// Deliberate: only normals along an axis have a tangent; others are moved along x, y and z of object space. Foam needs
-/// an image with alpha: without one it counts as 1, and all is foam.
-/// Deliberate: the effect stays dirty, so every pass sends everything.
+/// Deliberate (axis-tangent-frame): only normals along an axis have a tangent; others are moved along x, y
+/// and z of object space. Foam needs an image with alpha: without one it counts as 1, and all is foam.
+/// Deliberate (always-dirty-ocean): the effect stays dirty, so every pass sends everything.
 /// The texture belongs to the effect and is deleted with it.
 class VL_RASTER_GL_EXPORT Displacement_XZ_shader : public Base_shader {
 public:
@@ -83,7 +83,7 @@ public:
     /// State: the current color, the active texture unit (1) and its 2-D texture, which cleanup() does not restore.
     void preprocess() override;
 
-    void postprocess() override;  ///< Deliberate: nothing; see the class. GL: none.
+    void postprocess() override;  ///< Deliberate (always-dirty-ocean): nothing; see the class. GL: none.
 
     /// Closes the pass. GL: glUseProgram(0), glUseProgramObjectARB(0), glPopAttrib.
     void cleanup() override;

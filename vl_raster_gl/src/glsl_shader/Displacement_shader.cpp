@@ -21,7 +21,8 @@ constexpr int DISPLACEMENT_UNIT = 1;
 
 // == The plain path ==
 
-// Moves the vertex by its texel: -1 to 1 by channel, times scale (hundredths). Deliberate: w is moved, too.
+// Moves the vertex by its texel: -1 to 1 by channel, times scale (hundredths).
+// Deliberate (four-component-displacement): w is moved, too.
 constexpr char const* VERTEX = R"(uniform sampler2D displacementMap;
 uniform vec2 uvTileFactor;
 uniform vec3 scale;
@@ -70,9 +71,9 @@ vec3 displacePoint(vec2 q)
 }
 )";
 
-// One light at the eye position vPos. Each light brings an alpha of 1, so that two give 2. Deliberate: the distance is
-// that of the four-component positions; directions have three components, so that a light at infinity shines from its
-// position all the same.
+// One light at the eye position vPos. Each light brings an alpha of 1, so that two give 2.
+// Deliberate (four-component-light-distance): the distance is that of the four-component positions;
+// directions have three components, so that a light at infinity shines from its position all the same.
 constexpr char const* PHONG = R"(
 vec4 phong(int i, vec3 n)
 {
@@ -208,7 +209,7 @@ void main()
 }
 )";
 
-// Deliberate: one light, whatever nLights says.
+// Deliberate (tessellated-single-light): one light, whatever nLights says.
 constexpr char const* TESSELATED_MAIN = R"(
 void main()
 {

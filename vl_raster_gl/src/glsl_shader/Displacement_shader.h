@@ -37,12 +37,12 @@ namespace vellum {
 ///   within GL_MAX_GEOMETRY_OUTPUT_VERTICES, and 15 times as many within GL_MAX_GEOMETRY_TOTAL_OUTPUT_COMPONENTS. That
 ///   is depth 5 with the 1024 components that every driver has to have and most have.
 ///
-/// Deliberate: all four channels displace in the plain path, so that an image without alpha, which counts as 1, moves
-/// w by 0.01: points come one part in a hundred nearer to the origin. Only with an alpha of one half does middle gray
-/// leave the vertices exactly in place. The tessellated path moves x, y and z alone.
-/// Deliberate: a file's picture is uploaded as if its sizes were powers of two; others come out skewed and with black
-/// at the top. Images that are passed themselves may have any sizes.
-/// The normals texture is bound for the program and not read by it.
+/// Deliberate (four-component-displacement): all four channels displace in the plain path, so that an image
+/// without alpha, which counts as 1, moves w by 0.01: points come one part in a hundred nearer to the origin.
+/// Only with an alpha of one half does middle gray leave the vertices exactly in place. The tessellated path
+/// moves x, y and z alone. Deliberate (rounded-displacement-size): a file's picture is uploaded as if its
+/// sizes were powers of two; others come out skewed and with black at the top. Images that are passed
+/// themselves may have any sizes. The normals texture is bound for the program and not read by it.
 /// Textures belong to the effect and are deleted with it.
 class VL_RASTER_GL_EXPORT Displacement_shader : public Base_shader {
 public:

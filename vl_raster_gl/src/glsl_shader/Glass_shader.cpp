@@ -176,6 +176,7 @@ void Glass_shader::create() {
 }
 
 void Glass_shader::init() {
+    // Deliberate (repeating-framebuffer-copy): the copy repeats, which its border pixels show.
     copyFramebufferToTexture(refractionTexture);
 }
 

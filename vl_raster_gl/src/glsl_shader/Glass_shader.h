@@ -26,16 +26,16 @@ namespace vellum {
 /// viewer (from left to right), the right half those away from the viewer (from right to left), and the height
 /// is that of the direction. Without it reflections are black.
 ///
-/// Deliberate: both lights always count, whatever the number of lights; a light that is off has its GL position
-/// all the same. The framebuffer's copy repeats, so that at the very left and bottom edge of the frame the
-/// filter takes a share from beyond its right and top edge.
+/// Deliberate (both-lights-in-glass): both lights always count, whatever the number of lights; a light that
+/// is off has its GL position all the same. The framebuffer's copy repeats, so that at the very left and
+/// bottom edge of the frame the filter takes a share from beyond its right and top edge.
 class VL_RASTER_GL_EXPORT Glass_shader : public Base_shader {
 public:
     /// GL: glGenTextures, twice.
     Glass_shader();
 
-    /// An effect of its own with the same depth, mix ratio and environment. Deliberate: base color, light and
-    /// light count have their first values. GL: glGenTextures, twice.
+    /// An effect of its own with the same depth, mix ratio and environment. Deliberate (partial-effect-copy):
+    /// base color, light and light count have their first values. GL: glGenTextures, twice.
     Glass_shader(Glass_shader const& other);
 
     /// GL: glDeleteTextures for both textures, then as Base_shader.
@@ -88,8 +88,9 @@ public:
 
     void postprocess() override;  ///< The effect is no longer dirty. GL: none.
 
-    /// Closes the pass and releases the copy of the framebuffer. Deliberate: its name is kept, freed as it is,
-    /// and taken again by the next init(); a texture that another one makes in between may get the same name.
+    /// Closes the pass and releases the copy of the framebuffer. Deliberate (freed-refraction-name): its name
+    /// is kept, freed as it is, and taken again by the next init(); a texture that another one makes in
+    /// between may get the same name.
     /// GL: glUseProgram(0), glUseProgramObjectARB(0), glPopAttrib, glDeleteTextures.
     void cleanup() override;
 

@@ -39,7 +39,8 @@ char const* speedVector(unsigned int const& processType) {
 }
 
 // The statements that place the speed between the two colors. `color` and `speedVector` are replaced text:
-// the rest is the one source of the ramp. Deliberate: at a rate of exactly 1 `isFullRateClamped` decides.
+// the rest is the one source of the ramp. Deliberate (full-rate-clamp): at a rate of exactly 1
+// `isFullRateClamped` decides.
 std::string rampStatements(char const* vector, bool const& isFullRateClamped) {
     std::string const interpolation = "color = minColor * (1.0 - rate) + maxColor * rate;\n";
     std::string const clamping = "color = maxClampColor;\n";
@@ -132,7 +133,8 @@ void Impostor_shader::preprocess() {
     if (kind.lineWidth != 0.0F) {
         glLineWidth(kind.lineWidth);
     }
-    _readFrameSize();  // Deliberate: nothing uses it; callers see the query in their traces
+    // Deliberate (unused-frame-query): callers see the query in their traces.
+    _readFrameSize();
     _useProgram();
 
     program->setUniform("LightPos", lightPosition.r, lightPosition.g, lightPosition.b);

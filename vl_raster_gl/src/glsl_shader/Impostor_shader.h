@@ -77,9 +77,10 @@ protected:
     struct Kind {
         char const* vertexDeclarations;  ///< varyings of the vertex stage, and uniforms of its own
         char const* vertexOutputs;       ///< statements that set them and gl_Position
-        bool isFullRateClamped;    ///< magnitudes at the maximum have the clamp color, not the maximum's
-        bool isOtherTypeConstant;  ///< process types above 4 give the maximum color, not that of the length
-        char const* geometry;      ///< body of the geometry stage, or null
+        bool isFullRateClamped;  ///< magnitudes at the maximum have the clamp color, not the maximum's
+        /// Deliberate (process-types-above-4): they give the maximum color, not the color of the length.
+        bool isOtherTypeConstant;
+        char const* geometry;         ///< body of the geometry stage, or null
         unsigned int geometryOutput;  ///< GL primitive that it gives
         char const* fragment;         ///< the fragment stage
         bool isSizeLast;              ///< "size" is sent behind the colors
@@ -88,7 +89,8 @@ protected:
 
     Impostor_shader(Kind const& kind, Base_shader::ProcessType const& type);
 
-    /// Takes over colors, magnitudes, scale and size. Deliberate: not light, light count and process type.
+    /// Takes over colors, magnitudes, scale and size. Deliberate (partial-effect-copy): not light, light
+    /// count and process type.
     void _copy(Impostor_shader const& other);
 
 private:

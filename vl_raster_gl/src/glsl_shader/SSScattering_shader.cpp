@@ -4,8 +4,8 @@ namespace vellum {
 
 namespace {
 
-// Deliberate: the position in clip coordinates stands in for the one in eye coordinates throughout. Positions of
-// lights are in eye coordinates all the same.
+// Deliberate (clip-space-lighting): the position in clip coordinates stands in for the one in eye coordinates
+// throughout. Positions of lights are in eye coordinates all the same.
 constexpr char const* VERTEX = R"(uniform int nLights;
 
 varying vec3 worldNormal;
@@ -33,8 +33,8 @@ void main()
 }
 )";
 
-// Deliberate: the clamp of the highlight has the value 0, the lower bound 1 and the cosine as its upper bound.
-// With the arguments in another order the highlight would be 0 or 1 in other places.
+// Deliberate (swapped-clamp): the clamp of the highlight has the value 0, the lower bound 1 and the cosine as
+// its upper bound. With the arguments in another order the highlight would be 0 or 1 in other places.
 constexpr char const* FRAGMENT = R"(uniform float MaterialThickness;
 uniform vec3 ExtinctionCoefficient;
 uniform vec4 BaseColor;
@@ -114,7 +114,8 @@ void SSScattering_shader::copy(SSScattering_shader const& other) {
 
 // == Parameters ==
 
-// Deliberate: being another value does not make the effect dirty; enabling it at once takes the place of that.
+// Deliberate (enabling-setters): being another value does not make the effect dirty; enabling it at once
+// takes the place of that.
 template <class Value>
 void SSScattering_shader::_storeAndEnable(Value& parameter, Value const& value) {
     bool const isOther = parameter != value;

@@ -17,18 +17,20 @@ namespace vellum {
 ///     mesh.shader = &wax;
 ///     mesh.render(MeshShading{...});       // init, preprocess, draw, postprocess, cleanup
 ///
-/// Deliberate: setters take the program into use at once when the value differs or the effect is dirty, and
-/// create the effect the first time; preprocess() does neither. So an effect on which nothing was ever set is
-/// created by its renderer, and init() must come before preprocess(), as renderers do it.
+/// Deliberate (enabling-setters): setters take the program into use at once when the value differs or the
+/// effect is dirty, and create the effect the first time; preprocess() does neither. So an effect on which
+/// nothing was ever set is created by its renderer, and init() must come before preprocess(), as renderers do
+/// it.
 ///
-/// Deliberate: the surface's position is that in clip coordinates, in which light positions are taken too; so
-/// the distance to a light, 0.1 to 4 times the brightness at 10, depends on the projection.
+/// Deliberate (clip-space-lighting): the surface's position is that in clip coordinates, in which light
+/// positions are taken too; so the distance to a light, 0.1 to 4 times the brightness at 10, depends on the
+/// projection.
 class VL_RASTER_GL_EXPORT SSScattering_shader : public Base_shader {
 public:
     SSScattering_shader();  ///< GL: none.
 
-    /// An effect of its own with the same thickness, extinction and rim. Deliberate: base color and light count
-    /// have their first values. GL: none.
+    /// An effect of its own with the same thickness, extinction and rim. Deliberate (partial-effect-copy):
+    /// base color and light count have their first values. GL: none.
     SSScattering_shader(SSScattering_shader const& other);
 
     ~SSScattering_shader() override;
@@ -62,8 +64,9 @@ public:
 
     // == Lifecycle ==
 
-    /// Loads, attaches and links the stages, and keeps the program's log. Deliberate: the parameters then go
-    /// through their setters, so that while the effect is dirty the program is enabled once for each of four.
+    /// Loads, attaches and links the stages, and keeps the program's log. Deliberate (enabling-setters): the
+    /// parameters then go through their setters, so that while the effect is dirty the program is enabled
+    /// once for each of four.
     void create() override;
 
     /// Takes the program into use and keeps its log.

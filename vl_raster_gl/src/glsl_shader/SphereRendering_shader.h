@@ -16,8 +16,9 @@ public:
     /// times the square root of 3, 4 none (all have the maximum color); any other the length. GL: none.
     explicit SphereRendering_shader(Base_shader::ProcessType type);
 
-    /// An effect of its own with the same colors, magnitudes, scale and size. Deliberate: light and light count
-    /// have their first values, and the process type is 0. GL: none.
+    /// An effect of its own with the same colors, magnitudes, scale and size.
+    /// Deliberate (partial-effect-copy): light and light count have their first values, and the process type
+    /// is 0. GL: none.
     SphereRendering_shader(SphereRendering_shader const& other);
 
     ~SphereRendering_shader() override;

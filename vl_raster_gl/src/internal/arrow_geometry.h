@@ -9,8 +9,9 @@ namespace vellum {
 inline constexpr float SHORTEST_DIRECTION = 1e-14F;   // vectors up to this length have no direction
 inline constexpr float HEAD_PER_LENGTH = 0.333F;      // the longest head, as a part of its arrow
 inline constexpr float HEAD_WIDTH_PER_LENGTH = 0.2F;  // half the head's width, as a part of its length
-inline constexpr float HEAD_TO_SKIP = 0.0001F;   // arrows shorter than this part of their head are left out
-inline constexpr float HEAD_BASE_SHADE = 0.75F;  // the base's shade of a single arrow
+inline constexpr float HEAD_TO_SKIP = 0.0001F;  // arrows shorter than this part of their head are left out
+// Deliberate (arrow-base-shades): a single arrow and one from arrays differ.
+inline constexpr float HEAD_BASE_SHADE = 0.75F;          // of a single arrow
 inline constexpr float BUFFERED_HEAD_BASE_SHADE = 0.8F;  // and of arrows in arrays
 inline constexpr float BARB_TANGENT = 0.5F;              // of the angle between a flat arrow and its barbs
 inline constexpr Color4<float> DEFAULT_ARROW_COLOR{240.0F / 255.0F, 248.0F / 255.0F, 1.0F, 1.0F};

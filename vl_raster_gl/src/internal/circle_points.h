@@ -15,8 +15,9 @@ inline constexpr float FACING_THRESHOLD = -0.01F;     // nearer to the viewer th
 inline constexpr unsigned int TAPE_FIRST_DEGREE = 5;  // where the band of a tape quarter begins
 inline constexpr unsigned int TAPE_LAST_DEGREE = 85;  // and where it ends
 
-/// The caps of a tape quarter meet its band at 5 and 85 degrees. The factors are fixed numbers: those at 5
-/// degrees are doubles, those at 85 the cosine and sine of single precision, which differ in the last digits.
+/// The caps of a tape quarter meet its band at 5 and 85 degrees.
+/// Deliberate (tape-cap-factors): the factors at 5 degrees are doubles, those at 85 the cosine and sine in
+/// single precision, which differ in the last digits.
 inline constexpr double TAPE_COS_FIRST = 0.9961946983130029;
 inline constexpr double TAPE_SIN_FIRST = 0.0871557402186753;
 inline constexpr double TAPE_COS_LAST = 0.08715580058482462;
@@ -60,8 +61,8 @@ inline Matrix4<float> circleAxisFrame(VL_AXIS const& axis, float const& scale) {
     }
 }
 
-/// The number of points of an ellipse, and the part of its circumference between two of them: 1/29 cut to ten
-/// digits, so that the last point lands just short of closing the curve.
+/// The number of points of an ellipse, and the part of its circumference between two of them.
+/// Deliberate (open-ellipse): 1/29 cut to ten digits, so the last point lands just short of the first.
 inline constexpr unsigned int ELLIPSE_POINTS = 30;
 inline constexpr double ELLIPSE_STEP = 0.0344827586;
 

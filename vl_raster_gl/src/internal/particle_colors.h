@@ -99,7 +99,8 @@ inline RecordColor componentOf(unsigned int const& magnitude) {
 
 /// Colors in a buffer object, without an effect.
 ///
-/// Deliberate: a scalar goes into the ramp as it is, neither scaled nor without its sign, unlike in main memory.
+/// Deliberate (buffer-color-rules): a scalar goes into the ramp as it is, neither scaled nor without its
+/// sign, unlike in main memory.
 inline RecordFormula inBuffer(ParticleChannelKind const& kind, ParticleLook const& look) {
     Vector3<float> const lowest = rgb(look.minColor);
     switch (kind) {
@@ -116,8 +117,9 @@ inline RecordFormula inBuffer(ParticleChannelKind const& kind, ParticleLook cons
 
 /// Colors in main memory.
 ///
-/// Deliberate: without a channel the highest color is used, where buffers use the lowest; a degenerate range
-/// is black for lengths; and the colors that the magnitudes 4 and 5 give to all are not limited to 0 to 1.
+/// Deliberate (buffer-color-rules): without a channel the highest color is used, where buffers use the
+/// lowest; a degenerate range is black for lengths; and the colors that the magnitudes 4 and 5 give to all
+/// are not limited to 0 to 1.
 inline RecordFormula inMemory(ParticleChannelKind const& kind, ParticleLook const& look) {
     if (kind == ParticleChannelKind::NONE) {
         return constant(look, rgb(look.maxColor));

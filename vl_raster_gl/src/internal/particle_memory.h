@@ -10,9 +10,9 @@ inline constexpr unsigned long PARTICLE_RECORD_BYTES = 24;
 /// Whether a percentage of the particles fits into video memory: 24 bytes each into what is free and what the
 /// renderer's own buffer holds (both in kilobytes), less 25 megabytes that are kept in reserve.
 ///
-/// Deliberate: the subtraction wraps below 25 megabytes, which then read as a very large amount. A driver that
-/// does not tell its free memory (0) is thereby taken to have enough; the size of the buffer is checked again
-/// where it is made.
+/// Deliberate (unknown-memory-fits): the subtraction wraps below 25 megabytes, which then read as a very
+/// large amount. A driver that does not tell its free memory (0) is thereby taken to have enough; the size of
+/// the buffer is checked again where it is made.
 inline bool fitsIntoVideoMemory(float const& percent, unsigned int const& particles,
                                 unsigned int const& freeKilobytes, unsigned int const& heldKilobytes) {
     constexpr unsigned int RESERVE = 25;
