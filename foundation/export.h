@@ -1,7 +1,6 @@
 #pragma once
 
-/// \file
-/// Marks what the foundation library exports; everything else in it is hidden.
+/// \file Marks the symbols that the foundation library exports; all others are hidden.
 
 #if defined(_WIN32)
 #if defined(VL_FOUNDATION_BUILD)

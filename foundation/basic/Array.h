@@ -41,8 +41,8 @@ public:
     T const* begin() const { return this->data(); }
     T const* end() const { return this->data() + this->size(); }
 
-    /// Appends a copy of `value`, which may be an element of this array. A full array first grows to
-    /// size + size / 8 + 4 elements; should that throw, the array is unchanged.
+    /// Appends a copy of `value`, which may be an element of this array. A full array first grows to size +
+    /// size / 8 + 4 elements; if that throws, the array is unchanged.
     void pushBack(T const& value) {
         if (this->size() < this->capacity()) {
             _append(value);

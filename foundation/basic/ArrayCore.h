@@ -16,7 +16,7 @@ struct _Wa {};  // NOLINT(bugprone-reserved-identifier): the tag's name belongs 
 /// The storage of the family's arrays and strings: contiguous elements, a size and a capacity in 32 bits.
 ///
 /// The elements follow each other without gaps, because arrays of vertices, indices and texture names are
-/// handed to OpenGL as raw memory. ArrayCore only keeps the storage; Array adds the element operations and
+/// handed to OpenGL as raw memory. ArrayCore owns the storage; Array adds the element operations and
 /// VL_String the text operations.
 ///
 /// Use:
@@ -26,8 +26,8 @@ struct _Wa {};  // NOLINT(bugprone-reserved-identifier): the tag's name belongs 
 ///     values.setSize(3);           // the caller writes the three elements
 ///     values.data()[0] = 1.0F;
 ///
-/// It does not check indices, and a size above the capacity is the caller's fault. Allocation failure throws
-/// what `new[]` throws; then nothing has changed.
+/// It does not check indices, and it does not check that a size is within the capacity. If an allocation
+/// fails, the exception of `new[]` leaves the array unchanged.
 template <class T, class Feature0 = VL_NO, class Feature1 = VL_NO, class Feature2 = VL_NO, class Policy = _Wa>
 class ArrayCore {
 public:
@@ -55,13 +55,12 @@ public:
 
     /// Makes the storage exactly `n` elements large.
     ///
-    /// Nothing happens when `n` is the capacity already. With 0 the storage is released and the size becomes
-    /// 0. Otherwise the new size is the smaller of the old size and `n`; with `keep` that many elements are
-    /// copied over.
+    /// If `n` is the present capacity, the call does nothing. With 0 the storage is released and the size
+    /// becomes 0. Otherwise the new size is the smaller of the old size and `n`; with `keep` that many
+    /// elements are copied.
     ///
-    /// Deliberate (discarding-reserve): without `keep` the elements are left as constructed, yet the size
-    /// still becomes that smaller number. Callers that pass false set the size next and write the contents
-    /// themselves.
+    /// Deliberate (discarding-reserve): without `keep` the size becomes the same number, although the
+    /// elements are only default-constructed.
     void reserve(unsigned int const& n, bool const& keep) {
         if (n == allocated) {
             return;
@@ -73,7 +72,7 @@ public:
             allocated = 0;
             return;
         }
-        // The argument may be a reference to something inside the old storage.
+        // The argument may be a reference into the old storage.
         unsigned int const newCapacity = n;
         unsigned int const newSize = used < newCapacity ? used : newCapacity;
         ArrayCore fresh;

@@ -23,7 +23,7 @@ enum ErrorItemLibraryFlags : unsigned int { EILF_TOO_OLD = 1, EILF_BASICLIB = 2 
 struct ErrorItem {
     unsigned int categoryFlags = 0;  ///< ErrorItemCategoryFlags
     unsigned int libraryFlags = 0;   ///< ErrorItemLibraryFlags
-    int value = 0;                   ///< Further detail, meaning given by the library; 0 where there is none.
+    int value = 0;                   ///< Detail whose meaning the library defines; 0 for none.
     VL_String message;               ///< Text for a person.
 };
 
@@ -31,8 +31,8 @@ static_assert(offsetof(ErrorItem, libraryFlags) == 4 && offsetof(ErrorItem, valu
                   offsetof(ErrorItem, message) == 16,
               "members follow each other in declaration order");
 
-/// Stands for an error that has already left its list because it is too old. Built when the library is
-/// loaded, destroyed when it is unloaded.
+/// Represents an error that has left its list because it is too old. Constructed when the library is loaded,
+/// destroyed when it is unloaded.
 extern VL_FOUNDATION_EXPORT ErrorItem const ERROR_TOO_OLD;
 
 }  // namespace vellum

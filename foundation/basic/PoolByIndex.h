@@ -10,9 +10,9 @@ namespace vellum {
 
 /// A pool of records that are named by a 32-bit index.
 ///
-/// Whoever shares a record keeps its index, four bytes that may be stored, copied and compared, and asks the
-/// pool for the record. Records stand in pages that are never moved, so that a record's address stays the
-/// same while the pool grows:
+/// Code that shares a record keeps its index, four bytes that may be stored, copied and compared, and asks
+/// the pool for the record. Records live in pages that never move, so the address of a record stays the same
+/// while the pool grows:
 ///
 ///     index   = page << pageShift | slot            slot = index & pageMask
 ///
@@ -26,15 +26,15 @@ namespace vellum {
 ///     items[index].value = 5;
 ///     items.release(index);                         // index is NOT_FOUND now
 ///
-/// An index is handed out again after its release: the pool cannot tell an old holder of it from the new
-/// one. Records are not destroyed when they are released; what they own is the caller's to release before.
-/// Nothing is locked.
+/// An index is handed out again after its release, and the pool cannot distinguish an old holder of it from
+/// the new one. A record is not destroyed when it is released, so the caller first releases the resources
+/// that the record owns. The pool is not thread-safe.
 template <class Record>
 class PoolByIndex {
 public:
     static constexpr unsigned int NOT_FOUND = 0xFFFFFFFFU;  ///< The index of no record.
 
-    /// An empty pool whose pages hold 2 to the power of `pageShift` records; above 16 it is taken as 16.
+    /// An empty pool whose pages hold 2 to the power of `pageShift` records; larger values count as 16.
     constexpr explicit PoolByIndex(unsigned int const& pageShift = 8)
         : shift(pageShift < 16 ? pageShift : 16), mask((1U << (pageShift < 16 ? pageShift : 16)) - 1) {}
 
@@ -47,9 +47,10 @@ public:
         }
     }
 
-    /// Gives the index of a record that is not in use and marks it used; the record is as default-constructed.
-    /// The index released last comes first; without one the next index of the pages is taken, and a page is
-    /// added when they are full. Should an allocation throw, nothing has changed.
+    /// Gives the index of a record that is not in use and marks it used; the record is as
+    /// default-constructed. The index that was released last is reused first; without one, the next index of
+    /// the pages is used, and a page is added when they are full. If an allocation throws, the pool is
+    /// unchanged.
     /// \return NOT_FOUND when all 2^32 - 1 indices are in use.
     unsigned int acquire() {
         unsigned int index = handedOut;
@@ -74,7 +75,8 @@ public:
     /// Releases a record: its index waits in the free list, to be handed out again. With the last record in
     /// use the pool starts anew: page counts, free list and bit set are emptied, and the next index is 0. The
     /// pages are kept.
-    /// \return false for an index that is not in use (a second release, NOT_FOUND); then nothing happens.
+    /// \return false for an index that is not in use (a second release, NOT_FOUND); the pool is unchanged
+    ///     then.
     bool release_dontSetNotFound(unsigned int const& index) noexcept {
         if (!isUsed(index)) {
             return false;

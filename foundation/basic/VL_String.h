@@ -5,10 +5,10 @@
 
 namespace vellum {
 
-/// A byte string: an array of characters that ends with a zero byte, and nothing more.
+/// A byte string: an array of characters that ends with a zero byte.
 ///
-/// size() counts the terminating zero: the empty string has size 1, "GL_INVALID_ENUM" has size 16. The
-/// encoding is the caller's business; comparisons are byte by byte.
+/// size() counts the terminating zero: the empty string has size 1, "GL_INVALID_ENUM" has size 16. It knows
+/// no encoding; comparisons are byte by byte.
 ///
 /// Use:
 ///
@@ -23,22 +23,22 @@ public:
     VL_String(char const* text);  // NOLINT(google-explicit-constructor): texts are passed as literals.
 
     VL_String(VL_String const& other) = default;
-    VL_String(VL_String&& other) noexcept = default;  ///< Leaves the other string fit to be assigned to.
+    VL_String(VL_String&& other) noexcept = default;  ///< The other string may be assigned to afterwards.
     VL_String& operator=(VL_String const& other) = default;
     VL_String& operator=(VL_String&& other) noexcept = default;  ///< Exchanges the texts.
     VL_String& operator=(char const* text);                      ///< Null gives the empty string.
     ~VL_String() = default;
 
-    /// Takes a copy of `length` characters; the terminating zero is added. The storage is made exactly
-    /// length + 1 characters large when it is not. `text` may point into this string.
+    /// Takes a copy of `length` characters; the terminating zero is added. The capacity becomes exactly
+    /// length + 1. `text` may point into this string.
     void assign(char const* text, unsigned int const& length);
 
     /// The characters with their terminating zero; never null.
     char const* c_str() const { return data() != nullptr ? data() : ""; }
 
     /// Splits the string at each `separator` and appends the pieces, without the separators, to `pieces`,
-    /// which is not cleared first. No piece is skipped: two adjacent separators give an empty piece between
-    /// them, a separator at either end an empty piece there, and the empty string one empty piece.
+    /// which is not cleared first. Empty pieces count: two adjacent separators enclose one, a separator at
+    /// either end adds one there, and the empty string has one.
     /// \return the new size of `pieces`.
     unsigned int tokenize(char const& separator, Array<VL_String>& pieces) const;
 

@@ -4,7 +4,7 @@
 
 namespace vellum {
 
-/// A node of a GeometryTree: the volume that encloses everything below it, and where its children stand.
+/// A node of a GeometryTree: the volume that encloses everything below it, and the position of its children.
 template <class Volume>
 struct GeometryNode {
     Volume volume;
@@ -13,7 +13,7 @@ struct GeometryNode {
 };
 
 /// A hierarchy of volumes (bounding boxes of a spatial search), kept in one array. Node 0 is the root; the
-/// children of a node stand after it.
+/// children of a node come after it.
 template <class Node>
 struct GeometryTree {
     Array<Node> nodes;

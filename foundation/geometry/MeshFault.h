@@ -4,12 +4,12 @@
 
 namespace vellum {
 
-/// What is wrong with a mesh, or with what one is to be made of.
+/// A fault of a mesh, or of the arrays from which a mesh is made.
 namespace MeshFault_ns {
 
 enum type : unsigned int {
     NONE = 0,                   ///< Nothing.
-    NO_TRIANGLES,               ///< There is nothing to be drawn.
+    NO_TRIANGLES,               ///< The mesh is empty.
     TOO_LARGE,                  ///< More triangles than Mesh::MOST_TRIANGLES, or no memory for the arrays.
     INDEX_OUT_OF_RANGE,         ///< A triangle names a vertex beyond the positions.
     POSITION_NOT_FINITE,        ///< A coordinate is infinite or not a number.

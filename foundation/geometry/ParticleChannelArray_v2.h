@@ -43,7 +43,7 @@ public:
 
     void resize(unsigned int const& newSlots) override {
         if (newSlots + PADDING > values.capacity()) {
-            // A chunk that fills up one by one moves its values seldom; a full chunk holds nothing in reserve.
+            // A chunk that fills up one by one moves its values seldom; a full chunk has no unused capacity.
             unsigned int const grown = std::max(newSlots, slots + slots / 8 + 4);
             values.setSize(slots);
             values.reserve(std::min(grown, ParticleSystemChunk_v2::CAPACITY) + PADDING, true);
@@ -55,7 +55,7 @@ public:
 
 private:
     // A drawing system may read the three components of a color from a scalar channel, each particle's from
-    // its own value and the next two: so two values lie behind the last one.
+    // its own value and the next two: so two more values follow the last one.
     static constexpr unsigned int PADDING = std::is_same_v<T, float> ? 2 : 0;
 
     Array<T> values;

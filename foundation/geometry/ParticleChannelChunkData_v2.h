@@ -11,7 +11,7 @@ namespace vellum {
 /// Renderers hand the arrays to the drawing system as they are. This class is for channels whose type has no
 /// meaning here: it holds no values. ParticleChannelArray_v2 holds vectors or floats.
 ///
-/// The virtual operations stand in the order of the interface; their order is part of it.
+/// The order of the virtual operations is part of the interface.
 class VL_FOUNDATION_EXPORT ParticleChannelChunkData_v2 {
 public:
     ParticleChannelChunkData_v2() = default;
@@ -22,11 +22,11 @@ public:
     virtual Vector3<float>* asVectors();  ///< The values of a vector channel; null for every other type.
     virtual float* asFloats();            ///< The values of a scalar channel; null for every other type.
 
-    /// Moves values: slot k gets what was in slot remap[k], for each k that `remap` has; an empty array moves
-    /// nothing. Slots that do not exist give 0 and take nothing.
+    /// Moves values: slot k gets the value of slot remap[k], for each k that `remap` has; an empty array
+    /// moves none. Slots that do not exist read as 0 and ignore writes.
     virtual void reorder(Array<unsigned int> const& remap);
 
-    /// Makes room for `slots` values; new ones are 0. May throw what new throws; then nothing has changed.
+    /// Sets the number of values to `slots`; new ones are 0. If the allocation throws, the data is unchanged.
     virtual void resize(unsigned int const& slots);
 };
 

@@ -8,7 +8,7 @@ namespace vellum {
 class ParticleSystem_v2;
 }
 
-/// Visits the particles of a ParticleSystem_v2. It starts behind the last one: begin() comes first.
+/// Visits the particles of a ParticleSystem_v2. It starts at the end: call begin() first.
 class VL_FOUNDATION_EXPORT ParticleContainerIterator_v2 : public ParticleContainerIteratorBase_v2 {
 public:
     explicit ParticleContainerIterator_v2(vellum::ParticleSystem_v2 const* system);  ///< Not owned.
@@ -21,5 +21,5 @@ public:
 
 private:
     vellum::ParticleSystem_v2 const* system;          // not owned; null has no particles
-    vellum::ParticleSystemConstIterator_v2 position;  // of the particle that next() gives
+    vellum::ParticleSystemConstIterator_v2 position;  // of the particle that next() returns
 };

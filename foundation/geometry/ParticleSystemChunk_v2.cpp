@@ -83,11 +83,11 @@ void ParticleSystemChunk_v2::_addChannel(unsigned int const& type) {
     static_cast<void>(data.release());
 }
 
-// The chunk must be compacted and have room.
+// The chunk must be compacted and have free slots.
 void ParticleSystemChunk_v2::_append(unsigned int const& added) {
     unsigned int const first = liveCount;
     unsigned int const slots = first + added;
-    entryList.setSize(first);  // the entries behind are released ones, whose slots are given out anew
+    entryList.setSize(first);  // the entries after it are released; their slots are reused
     for (ParticleChannelChunkData_v2* const data : channels) {
         data->resize(first);
         data->resize(slots);

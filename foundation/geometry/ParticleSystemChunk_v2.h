@@ -19,10 +19,10 @@ class ParticleSystem_v2;
 ///         for (unsigned int slot = 0; slot < chunk->count(); ++slot) positions[slot] = ...;
 ///     }
 ///
-/// As long as no particle was released, or again after compact(), the particles stand in slots 0 to
-/// count() - 1. In between the released ones leave holes; entries() tells which slots are in use.
+/// Until a particle is released, and again after compact(), the particles occupy slots 0 to count() - 1. In
+/// between, released particles leave holes; entries() lists the slots in use.
 ///
-/// Chunks belong to their system, which makes and deletes them.
+/// Chunks belong to their system, which creates and deletes them.
 class VL_FOUNDATION_EXPORT ParticleSystemChunk_v2 {
 public:
     static constexpr unsigned int CAPACITY = 16384;  ///< particles
@@ -51,7 +51,7 @@ public:
 
     /// Releases the particle in a slot: it is no longer counted, visited or drawn. Its values stay where they
     /// are until the chunk is compacted.
-    /// \return false, and nothing is done, when there is no living particle in the slot.
+    /// \return false when there is no living particle in the slot; the chunk is unchanged then.
     bool release(unsigned int const& slotIndex);
 
     /// Closes the holes that released particles left: the living ones move to slots 0 to count() - 1, each
@@ -74,7 +74,7 @@ private:
     Array<ParticleEntry_v2> entryList;             // entry k of a living particle names slot k
     unsigned short freeCount = CAPACITY;           // slots without a living particle
     unsigned short liveCount = 0;                  // CAPACITY less freeCount
-    bool compacted = true;                         // no released entry stands before a living one
+    bool compacted = true;                         // no released entry precedes a living one
     bool changed = false;                          // particles were released since the last compaction
     Array<ParticleChannelChunkData_v2*> channels;  // owned; by channel id
     ParticleSystemChunk_v2* nextChunk = nullptr;   // owned by the system

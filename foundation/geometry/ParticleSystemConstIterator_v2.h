@@ -8,7 +8,7 @@ namespace vellum {
 class ParticleSystem_v2;
 class ParticleSystemChunk_v2;
 
-/// Visits the particles of a system one by one, chunk after chunk; released ones are left out.
+/// Visits the particles of a system one by one, chunk after chunk, and skips released ones.
 ///
 ///     ParticleSystemConstIterator_v2 particle;
 ///     ParticleSystemConstIterator_v2 end;
@@ -17,8 +17,8 @@ class ParticleSystemChunk_v2;
 ///         Vector3<float> const& position = (*particle).channels[0]->asVectors()[(*particle).index];
 ///     }
 ///
-/// It is for the few and the odd: for many particles walk the chunks and their arrays. Particles that are
-/// added or released, and chunks that are compacted, may move what it points at.
+/// It is slow: for many particles, walk the chunks and their arrays. Adding and releasing particles and
+/// compacting chunks invalidate it.
 class VL_FOUNDATION_EXPORT ParticleSystemConstIterator_v2 {
 public:
     /// Where the values of a particle are.
@@ -30,12 +30,12 @@ public:
     ParticleSystemConstIterator_v2() = default;  ///< At no particle of no system.
 
     void setBegin(ParticleSystem_v2 const* system);  ///< Moves to the first particle, or to the end.
-    void setEnd(ParticleSystem_v2 const* system);    ///< Moves behind the last particle.
+    void setEnd(ParticleSystem_v2 const* system);    ///< Moves past the last particle.
 
     ParticleSystemConstIterator_v2& operator++();  ///< To the next particle; must not be at the end.
     Particle operator*() const;                    ///< The current particle; must not be at the end.
 
-    /// Whether both stand at the same particle of the same system.
+    /// Whether both are at the same particle of the same system.
     bool operator==(ParticleSystemConstIterator_v2 const& other) const {
         return chunk == other.chunk && index == other.index && system == other.system;
     }

@@ -25,11 +25,11 @@ namespace vellum {
 ///         ...
 ///     }
 ///
-/// Renderers take the positions from the channel with id 0, or from the one named "position": so "position"
-/// is added first. A particle takes 4 bytes and the bytes of its channels; only the last chunk may hold some
-/// room in reserve.
+/// Renderers read positions from the channel with id 0 or from the channel named "position", so "position" is
+/// added first. A particle needs 4 bytes plus the bytes of its channels; only the last chunk may have unused
+/// capacity.
 ///
-/// Nothing here is locked: one thread at a time.
+/// Not thread-safe: one thread at a time.
 class VL_FOUNDATION_EXPORT ParticleSystem_v2 {
 public:
     ParticleSystem_v2() = default;  ///< No channels, no particles.
@@ -41,12 +41,12 @@ public:
 
     /// Adds a channel; particles that are there already have the value 0 in it.
     /// \param type ParticleChannel_v2::VECTOR or SCALAR; for every other number no values are held.
-    /// \return the channel's id, counted from 0. For a name that is there already the id that it has, or
-    ///         ParticleChannel_v2::NONE when that channel has another type or `name` is null.
+    /// \return the channel's id, counted from 0. An existing name returns its id. ParticleChannel_v2::NONE if
+    ///     that channel has another type or `name` is null.
     unsigned int addChannel(char const* name, unsigned int const& type);
 
     /// Appends particles, all values 0: first in the free slots of the last chunk, which is compacted for it,
-    /// from slot count() on; then in new chunks. Counts that do not fit into 32 bits are cut.
+    /// from slot count() on; then in new chunks. A sum that does not fit into 32 bits is truncated.
     void addParticles(unsigned int const& count);
 
     // == Particles ==
@@ -72,13 +72,13 @@ public:
 
     // == For renderers ==
 
-    /// Compacts every chunk and gives the number of particles in each, first chunk first.
+    /// Compacts every chunk and returns the number of particles of each, first chunk first.
     ///
     /// A const operation: the system holds the same particles with the same values as before, only in other
     /// slots of their chunks.
     Array<unsigned short> begin_rawIteration() const;
 
-    /// The data of a channel in each chunk, first chunk first; null entries for an id that does not exist.
+    /// The data of a channel in each chunk, first chunk first; null for an id that does not exist.
     Array<ParticleChannelChunkData_v2*> getChannelData(unsigned int const& id) const;
 
     /// Compacts every chunk, as begin_rawIteration() does.
@@ -88,7 +88,7 @@ private:
     unsigned int particleCount = 0;                          // of all chunks, without released ones
     Array<ParticleChannel_v2> channelList;                   // entry k has id k
     std::map<std::string, unsigned int, std::less<>> names;  // channel ids by name, ordered byte by byte
-    ParticleSystemChunk_v2* first = nullptr;                 // owned, and the whole list behind it
+    ParticleSystemChunk_v2* first = nullptr;                 // owned, with the whole list that it begins
     ParticleSystemChunk_v2* last = nullptr;                  // of that list
     unsigned int chunks = 0;                                 // of that list
 };

@@ -9,11 +9,11 @@
 
 namespace vellum::array_tools {
 
-/// The parts of quickSort. Ranges are given by their first and last index, both included.
+/// The parts of quickSort. A range is its first and last index, both inclusive.
 namespace quickSortParams {
 
-/// Two generators of random numbers side by side. Each sort starts them anew, so that the same array is always
-/// sorted the same way.
+/// Two generators of random numbers side by side. Each sort starts them anew, so that the same array is
+/// always sorted the same way.
 class Dice {
 public:
     /// A number from 0 to sides - 1.
@@ -31,17 +31,17 @@ private:
 template <class T>
 struct Pivot {
     T value;
-    int position;     // where the value stands in the array
+    int position;     // of the value in the array
     bool isRepeated;  // many entries have this key
 };
 
 /// Chooses an entry near the middle of the order, from about 64 samples over lo to hi.
 ///
-/// The samples are sorted among themselves in the array: the pivot then stands about where it belongs, and
-/// the last entry is no smaller than any sample.
+/// The samples are sorted among themselves in the array: the pivot is then near its final position, and the
+/// last entry is at least as large as every sample.
 template <class T, class Less>
 Pivot<T> choosePivot(T* data, int const& lo, int const& hi, Less const& less, Dice& dice) {
-    constexpr std::size_t MOST_SAMPLES = 66;  // one for each block, and the entry at hi
+    constexpr std::size_t MOST_SAMPLES = 66;  // one per block, and the entry at hi
     std::array<T, MOST_SAMPLES> samples;
     std::array<int, MOST_SAMPLES> positions;
     int count = 0;
@@ -77,7 +77,7 @@ Pivot<T> choosePivot(T* data, int const& lo, int const& hi, Less const& less, Di
 }
 
 /// Moves the entries less than the pivot to the front of the range.
-/// \return the index behind them.
+/// \return the index after them.
 template <class T, class Less>
 int promote(T* data, int const& lo, int const& hi, T const& pivot, Less const& less) {
     int front = lo;
@@ -150,8 +150,8 @@ void sortRange(T* data, int lo, int hi, Less const& less, Dice& dice) {
 
 }  // namespace quickSortParams
 
-/// Sorts data[lo] to data[hi], both included, ascending by `less`. In place and not stable; a range that is in
-/// order already is left as it is. Does nothing for fewer than two entries.
+/// Sorts data[lo] to data[hi], both included, ascending by `less`. In place and not stable; a range that is
+/// in order already is left as it is. Does nothing for fewer than two entries.
 template <class T, class Less>
 void quickSort(T* data, int const& lo, int const& hi, Less const& less) {
     for (int k = lo; k < hi; ++k) {

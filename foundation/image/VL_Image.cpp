@@ -131,8 +131,8 @@ bool VL_Image::create(unsigned int const& width, unsigned int const& height, uns
     if (bytes > MOST_BYTES) {
         return false;
     }
-    // calloc gives memory that takes no room before it is written: a file that promises a large picture and
-    // ends behind its header costs nothing.
+    // calloc returns pages that the system commits on the first write, so a file whose header announces a
+    // large image and that ends after it costs no memory.
     pixels.reset(std::calloc(bytes, 1));
     if (pixels == nullptr) {
         return false;

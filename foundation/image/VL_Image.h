@@ -23,21 +23,21 @@ namespace vellum {
 /// to 1) or 32 bits (floats, linear, of any range). The alpha channel is as stored in the file, neither
 /// multiplied in nor divided out.
 ///
-/// An image is at most 16,384 pixels wide and high, has at most 256 Mi pixels and takes at most 1 GiB.
+/// An image is at most 16,384 pixels wide and high, has at most 256 Mi pixels and needs at most 1 GiB.
 ///
 /// It does not write files, convert between depths, or apply color profiles and orientation tags.
 class VL_FOUNDATION_EXPORT VL_Image {
 public:
     VL_Image();                           ///< The empty image.
     VL_Image(VL_Image const& other);      ///< A copy of the pixels.
-    VL_Image(VL_Image&& other) noexcept;  ///< Leaves the other image empty.
+    VL_Image(VL_Image&& other) noexcept;  ///< The other image is empty afterwards.
     VL_Image& operator=(VL_Image other) noexcept;
     ~VL_Image();
 
     // == Contents ==
 
-    /// Reads a picture file, in place of the present contents. What the file is, its first bytes say, not its
-    /// name:
+    /// Reads an image file, which replaces the present contents. The format is detected from the first bytes,
+    /// not from the name:
     ///
     /// | Format                   | Gives                                                                   |
     /// |--------------------------|-------------------------------------------------------------------------|
@@ -49,17 +49,18 @@ public:
     /// |                          | resolution; layers are left out                                         |
     /// | Radiance HDR             | 32 bits, RGB; rows from top to bottom (-Y +X) only                      |
     ///
-    /// Gray and palette pictures become RGB and RGBA, as that is what textures are made of; CMYK becomes RGB.
+    /// Gray and palette images become RGB or RGBA, because textures need these formats; CMYK becomes RGB.
     ///
-    /// \return false for a file that is missing, no regular file, of another format, damaged, cut off or
-    ///         larger than an image may be. The image is empty then. Sizes are checked before memory is taken
-    ///         for them, and nothing is ever thrown.
+    /// \return false for a file that is missing, not a regular file, of another format, damaged, truncated,
+    ///     or larger than an image may be. The image is empty then. Sizes are checked before memory is
+    ///     allocated for them. Never throws.
     bool read(VL_String const& path);
 
-    /// Makes an image of these sizes with all channels 0, in place of the present contents.
+    /// Replaces the present contents by an image of these sizes whose channels are all 0.
     /// \param channels 1 to 4.
     /// \param bitsPerChannel 8, 16 or 32.
-    /// \return false for sizes that an image cannot have or when memory is short; the image is empty then.
+    /// \return false for sizes that an image cannot have or when memory is insufficient; the image is empty
+    ///     then.
     bool create(unsigned int const& width, unsigned int const& height, unsigned int const& channels,
                 unsigned int const& bitsPerChannel);
 

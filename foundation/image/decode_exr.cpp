@@ -53,9 +53,9 @@ private:
     std::FILE* file;
 };
 
-// Reads an OpenEXR header by itself, as OpenEXR takes memory for what a header promises: attributes, tables
-// of blocks, lines and tiles. isPlausible() is true when none of that is more than the file can fill or an
-// image may need.
+// Reads an OpenEXR header before OpenEXR does, because OpenEXR allocates whatever a header announces:
+// attributes, tables of blocks, lines and tiles. isPlausible() is true when none of that is more than the
+// file can fill or an image may need.
 class HeaderCheck {
 public:
     explicit HeaderCheck(std::FILE* opened) : file(opened) {

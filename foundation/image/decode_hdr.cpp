@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
-// Only the code for Radiance files is compiled, and nothing of it is visible outside this source.
+// Only the code for Radiance files is compiled, and none of it is visible outside this source.
 #define STB_IMAGE_IMPLEMENTATION
 #define STB_IMAGE_STATIC
 #define STBI_ONLY_HDR
@@ -18,9 +18,9 @@ namespace vellum::image_decoders {
 
 namespace {
 
-// Hands a file to stb_image, and tells whether stb_image wanted more than the file has. It takes zeros for
-// what is missing and says nothing; some versions decode endless runs of length 0 from them. So it is given
-// ones instead, which end every run and every line.
+// Passes a file to stb_image and detects reads past its end. stb_image reads zeros there and reports no
+// error; some versions decode endless runs of length 0 from them. So it is given ones instead, which end
+// every run and every line.
 class Source {
 public:
     explicit Source(std::FILE* opened) : file(opened) {
@@ -63,7 +63,7 @@ private:
 constexpr stbi_io_callbacks CALLBACKS{Source::read, Source::skip, Source::isAtEnd};
 
 // The fewest bytes that hold a picture: four channels in runs of at most 127, where a line may be run-length
-// encoded at all. A file with less is cut off, and need not be decoded to find out.
+// encoded at all. A shorter file is truncated, which this check detects without decoding.
 std::int64_t fewestBytes(std::int64_t const& width, std::int64_t const& height) {
     return height * (width < 8 ? 4 * width : 4 + 4 * 2 * ((width + 126) / 127));
 }

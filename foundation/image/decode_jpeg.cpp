@@ -43,8 +43,8 @@ void failOnManyScans(j_common_ptr codec) {
 
 void ignore(j_common_ptr) {}
 
-// libjpeg reports errors by a jump, which must not pass over anything with a destructor. So each step is a
-// method with no such locals, and the memory of the steps is held outside them.
+// libjpeg reports errors by a jump, which must not skip a destructor. So each step is a method with no such
+// locals, and the memory of the steps is held outside them.
 class Reader {
 public:
     Reader() {
@@ -93,7 +93,7 @@ public:
     unsigned int height() const { return codec.image_height; }
 
 private:
-    // What passes through the inks. Adobe's programs store the ink that is left out instead of the ink.
+    // The light that the inks let through. Adobe's programs store the complement of the ink.
     void _convertRow(unsigned char const* cmyk, unsigned char* rgb) const {
         int const flip = codec.saw_Adobe_marker != FALSE ? 0 : 255;
         for (std::size_t i = 0; i < codec.output_width; ++i) {

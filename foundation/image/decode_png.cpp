@@ -20,8 +20,8 @@ constexpr png_uint_32 MOST_KEPT_CHUNKS = 16;
 
 void ignore(png_structp, png_const_charp) {}
 
-// libpng reports errors by a jump, which must not pass over anything with a destructor. So each step is a
-// method with no such locals, and the memory of the steps is held outside them.
+// libpng reports errors by a jump, which must not skip a destructor. So each step is a method with no such
+// locals, and the memory of the steps is held outside them.
 class Reader {
 public:
     Reader() = default;
@@ -57,7 +57,7 @@ public:
             return false;
         }
         png_read_image(png, rows);
-        png_read_end(png, nullptr);  // a file that is cut off behind its last pixel is cut off all the same
+        png_read_end(png, nullptr);  // reports a file that is truncated after its last pixel
         return true;
     }
 

@@ -1,11 +1,9 @@
 #pragma once
 
-/// \file
-/// The decoders behind VL_Image::read(), one source for each library. Not installed.
+/// \file The decoders of VL_Image::read(), one source per library. Not installed.
 ///
-/// Each reads a file from its beginning into an empty image. It checks the sizes that the file's header gives
-/// by VL_Image::create() before it takes memory for them. When it answers false, the image may be in any
-/// state.
+/// Each reads a file from its beginning into an empty image. VL_Image::create() checks the sizes of the
+/// file's header before memory is allocated for them. On false, the image may be in any state.
 
 #include <cstdio>
 

@@ -6,10 +6,10 @@
 
 namespace vellum {
 
-/// Where a camera stands: a polymorphic holder of its 4 x 4 matrix.
+/// Position and orientation of a camera: a polymorphic holder of its 4 x 4 matrix.
 ///
-/// Of the matrix, elements 0 to 2 are the viewing direction, 4 to 6 the up vector and 12 to 14 the eye
-/// position; the render layer reads nothing else.
+/// Elements 0 to 2 of the matrix are the viewing direction, 4 to 6 the up vector and 12 to 14 the eye
+/// position; the render layer reads only these.
 class VL_FOUNDATION_EXPORT Camera_Transform {
 public:
     Camera_Transform() = default;  ///< At the origin, looking along +X with +Y up (the identity matrix).
@@ -34,7 +34,7 @@ private:
 ///     camera.updateProjectionMatrix();
 ///     camera.updateModelMatrix();
 ///
-/// It computes no parameters of its own: who owns the camera keeps aspect and clipping distances up to date.
+/// It does not compute parameters: the owner of the camera keeps aspect and clipping distances up to date.
 class VL_FOUNDATION_EXPORT Camera_RL {
 public:
     Camera_RL() = default;  ///< Perspective, 45 degrees, aspect 1, clipping at 0.1 and 1000.
@@ -42,18 +42,18 @@ public:
     Camera_RL& operator=(Camera_RL const&) = default;
     virtual ~Camera_RL();
 
-    /// Loads the matrix that takes the world into the camera's frame.
+    /// Loads the matrix that transforms world space to eye space.
     virtual void updateModelMatrix() = 0;
 
     /// Loads the projection of the present view kind.
     virtual void updateProjectionMatrix() = 0;
 
-    /// Loads a projection whose depths lie slightly apart from updateProjectionMatrix()'s, so that lines drawn
-    /// over a surface win or lose against it as a whole (see Core_RL::setZBias).
+    /// Loads a projection with slightly different depths than updateProjectionMatrix(), so that lines over a
+    /// surface pass or fail the depth test as a whole (see Core_RL::setZBias).
     virtual void updateProjectionMatrixZBias() = 0;
 
-    /// Places the camera at `eye`, looking at `target`. `up` needs not be perpendicular to the direction.
-    /// Where eye and target coincide, or up is parallel to the direction, the matrix is not a number there.
+    /// Places the camera at `eye`, looking at `target`. `up` need not be perpendicular to the direction. If
+    /// eye and target coincide, or up is parallel to the direction, the matrix contains NaN.
     void lookAt(Vector3<float> const& eye, Vector3<float> const& target, Vector3<float> const& up);
 
     Camera_Transform transform;  ///< Eye position, viewing direction and up vector.

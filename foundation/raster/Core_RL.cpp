@@ -81,7 +81,7 @@ void renderList(Core_RL& layer, Array<Vector3<T>> const& vertices,
     if (hasColors) {
         layer.pushColor(layer.currentColor());
     }
-    // With normals every triangle is a block of its own: no operation sends a normal inside an open one.
+    // With normals every triangle is a separate block: no operation sends a normal inside an open block.
     if (!hasNormals) {
         layer.begin(Primitive::TRIANGLES);
     }

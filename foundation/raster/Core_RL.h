@@ -38,11 +38,12 @@ class Core_RL;
 /// cleared when that instance is destroyed.
 extern VL_FOUNDATION_EXPORT Core_RL* VL_Raster;
 
-/// The abstract render layer: everything an application may ask of the system that draws its viewport.
+/// The abstract render layer: every operation of the system that draws the viewport of an application.
 ///
-/// Applications and renderers program against this class and never see the drawing system behind it. It
-/// holds what every such system needs alike: the stacks of render state, the camera, the queue of textures
-/// that wait for deletion, and the drawings that are composed from simpler ones.
+/// Applications and renderers program against this class and do not depend on the drawing system that
+/// implements it. The class holds the parts that every implementation needs: the stacks of render state, the
+/// camera, the queue of textures to delete, and the drawings that are composed of simpler ones. Core_RL_GL
+/// implements it on OpenGL, and documents each operation with its calls.
 ///
 /// Use:
 ///
@@ -63,8 +64,8 @@ extern VL_FOUNDATION_EXPORT Core_RL* VL_Raster;
 /// value to the top afterwards, for callers of the setter; pushes and pops do so themselves. Where an override
 /// neither passes the value on nor writes it, the value is lost at the next pop.
 ///
-/// The virtual operations stand in the order of the interface; their order is part of it. Everything must be
-/// called on the thread that owns the drawing system's context, except queueUnloadTextureColor().
+/// The order of the virtual operations is part of the interface. All operations must be called on the thread
+/// that owns the drawing system's context, except queueUnloadTextureColor().
 ///
 /// Groups: allocation; state stacks; camera and point state; buffers and draw calls; memory, shaders and
 /// errors; lighting and render state; textures and transforms; picking; segments and planes; axis gizmos;
@@ -76,7 +77,7 @@ public:
     Core_RL& operator=(Core_RL const&) = delete;
 
     // == Allocation ==
-    // Render layers live in memory of malloc and free, whoever creates and destroys them.
+    // Render layers are allocated with malloc and free, so that any library of the family may delete them.
 
     static void* operator new(std::size_t size);
     static void* operator new(std::size_t size, std::nothrow_t const&) noexcept;
@@ -88,7 +89,7 @@ public:
     // == State stacks ==
 
     void pushColor(Color4<float> const& color);   ///< Makes a color current.
-    void popColor(unsigned int const& count);     ///< Takes `count` colors back, never the bottom one.
+    void popColor(unsigned int const& count);     ///< Removes `count` colors, but never the bottom one.
     void pushBlending(BlendingMode const& mode);  ///< Makes a blending mode current.
     void popBlending();
     void pushCulling(CullingMode const& mode);  ///< Makes a culling mode current.
@@ -110,15 +111,15 @@ public:
     FillingMode const& currentFillingBack() const { return fillingBackStack.back(); }
     float const& currentLineWidth() const { return lineWidthStack.back(); }
     float const& currentPointSize() const { return pointSize; }
-    float const& arrowHeadLength() const { return headLength; }  ///< What setArrowHeadLength() has set.
-    bool zBias() const { return isZBiased; }                     ///< What setZBias() has set.
+    float const& arrowHeadLength() const { return headLength; }  ///< As setArrowHeadLength() set it.
+    bool zBias() const { return isZBiased; }                     ///< As setZBias() set it.
 
     // == Camera and point state ==
 
     virtual ~Core_RL();
 
     virtual void setCamera(Camera_RL* camera);  ///< Not owned; may be null. Loads no matrix.
-    virtual Camera_RL* getCamera();             ///< What setCamera() has set, or null.
+    virtual Camera_RL* getCamera();             ///< As setCamera() set it; may be null.
 
     /// Sets the length of arrow heads that the application draws itself; no drawing of this class reads it.
     virtual void setArrowHeadLength(float const& length);
@@ -130,7 +131,7 @@ public:
     virtual void setLineWidth(float const& width) = 0;
 
     /// Draws with the camera's slightly shifted depths (true) or with its ordinary ones (false). Loads the
-    /// camera's projection matrix; without a camera the choice is only remembered.
+    /// camera's projection matrix; without a camera the choice is only stored.
     virtual void setZBias(bool on);
 
     /// Whether the drawing system lists the extension; exact and case-sensitive.
@@ -146,11 +147,11 @@ public:
     virtual void bindBuffer(BufferTarget::type target, unsigned int id) = 0;
     virtual void bufferData(BufferTarget::type target, unsigned long size, void* data,
                             BufferUsage::type usage) = 0;
-    /// \param offset in bytes, given as a pointer-sized value.
+    /// \param offset in bytes, as a pointer-sized value.
     virtual void bufferSubData(BufferTarget::type target, void* offset, unsigned long size, void* data) = 0;
     virtual void enableClientState(ClientCapability::type array) = 0;
-    /// Deliberate (server-side-enable): enables a capability of the server, although its argument has the
-    /// type of client arrays.
+    /// Deliberate (server-side-enable): enables a server capability, although the argument has the type of
+    /// client arrays.
     virtual void enable(ClientCapability::type capability) = 0;
     virtual void disableClientState(ClientCapability::type array) = 0;
     virtual void vertexPointer(int size, DataType::type type, unsigned long stride, void* pointer) = 0;
@@ -183,9 +184,9 @@ public:
     virtual void detachShader(unsigned int program, unsigned int shader) = 0;
     virtual void deleteShader(unsigned int shader) = 0;
     virtual void deleteProgram(unsigned int program) = 0;
-    /// Names the pending error. Does not return while there is one; see Core_RL_GL.
+    /// Names the pending error. Does not return if there is one; see Core_RL_GL.
     virtual bool getError(VL_String& message, int& code) = 0;
-    /// Takes all pending errors off the drawing system. \return whether there were any.
+    /// Clears all pending errors of the drawing system. \return whether there were any.
     virtual bool getError(char const* where, int line) = 0;
     virtual void uniform1f(int location, float x) = 0;
     virtual void uniform3f(int location, float x, float y, float z) = 0;
@@ -244,8 +245,8 @@ public:
     virtual void activateTextureColor(unsigned int const& texture) = 0;
     virtual void disableTextureColor() = 0;
 
-    /// Queues a texture for deletion by destroy_RL() and sets the name to 0xFFFFFFFF, which stands for no
-    /// texture. May be called on any thread.
+    /// Queues a texture for deletion by destroy_RL() and sets the name to 0xFFFFFFFF, which means no texture.
+    /// May be called on any thread.
     virtual void queueUnloadTextureColor(unsigned int& texture) = 0;
 
     /// Deletes every queued texture.
@@ -253,7 +254,7 @@ public:
 
     // == Picking ==
 
-    virtual void loadName(unsigned int name) = 0;  ///< The picking name of what is drawn next.
+    virtual void loadName(unsigned int name) = 0;  ///< The picking name of the drawings that follow.
 
     // == Segments and planes ==
 
@@ -428,8 +429,8 @@ public:
     /// along +Y.
     virtual void renderTetrahedron(Vector3<float> const& center, float const& size);
 
-    /// The wire boxes of all nodes, from the root down, each once. Nodes that no parent names, and children
-    /// beyond the end of the tree, are not drawn.
+    /// The wire boxes of all nodes, from the root down, each once. Nodes without a parent, other than the
+    /// root, and child indices out of range are skipped.
     virtual void renderTree(GeometryTree<GeometryNode<Box3<float>>>& tree);
 
     virtual void renderTetrahedron(Vector3<double> const& center, double const& size);
@@ -445,21 +446,22 @@ public:
     virtual void render(Array<Vector3<double>> const& vertices,
                         Array<Tuple3<unsigned int>> const& triangles) = 0;
 
-    /// Flat-shaded triangles. Triangles that name a vertex beyond the end are left out.
+    /// Flat-shaded triangles. Triangles whose index is out of range are skipped.
     virtual void render(Array<Vector3<float>> const& vertices, Array<Tuple3<unsigned int>> const& triangles);
 
-    /// One segment for each triangle, `length` long, from the centroid along the face normal. Triangles that
-    /// name a vertex beyond the end, or have no area, are left out.
+    /// One segment per triangle, `length` long, from the centroid along the face normal. Triangles whose
+    /// index is out of range or whose area is 0 are skipped.
     virtual void renderNormals(Array<Vector3<double>> const& vertices,
                                Array<Tuple3<unsigned int>> const& triangles, float const& length);
 
     /// Shaded and colored triangles.
     ///
     /// Normals and colors belong to the vertices; either array may be empty. Without both, triangles are
-    /// shaded flat in the current color. With normals alone the current color is kept; with both, a triangle
-    /// takes the mean color of its corners. With colors alone they run smoothly over the triangles, and no
-    /// normals are sent: that is for drawing without lights. Triangles that name a vertex beyond the end, or
-    /// beyond the end of an array that is not empty, are left out. The current color is restored at the end.
+    /// shaded flat in the current color. With normals alone, they keep the current color; with both, a
+    /// triangle has the mean color of its corners. With colors alone, the colors are interpolated over the
+    /// triangles and no normals are sent, for drawing without lights. Triangles whose index is out of range
+    /// of the vertices, or of an array that is not empty, are skipped. The current color is restored at the
+    /// end.
     virtual void render(Array<Vector3<float>> const& vertices, Array<Tuple3<unsigned int>> const& triangles,
                         Array<Vector3<float>> const& normals, Array<Color4<float>> const& colors);
     virtual void render(Array<Vector3<double>> const& vertices, Array<Tuple3<unsigned int>> const& triangles,

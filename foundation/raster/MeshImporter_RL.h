@@ -6,10 +6,9 @@
 
 namespace vellum {
 
-/// What an application knows of the preview of an imported mesh. It draws what the import gave, before it
-/// becomes a Mesh.
+/// The abstract preview of an imported mesh: draws the result of an import before it becomes a Mesh.
 ///
-/// The virtual operations stand in the order of the interface; their order is part of it.
+/// The order of the virtual operations is part of the interface.
 class VL_FOUNDATION_EXPORT MeshImporter_RL : public Service_RL<MeshImporter> {
 public:
     /// Names all triangles for renderNormals().

@@ -10,9 +10,9 @@ namespace vellum {
 namespace MeshShadingMode_ns {
 
 enum type : unsigned int {
-    BOX = 0,        ///< The edges of its box.
-    WIREFRAME = 1,  ///< The outlines of its triangles.
-    FACETED = 2,    ///< Filled, one normal for each triangle.
+    BOX = 0,        ///< The edges of the mesh's box.
+    WIREFRAME = 1,  ///< The outlines of the triangles.
+    FACETED = 2,    ///< Filled, one normal per triangle.
     SMOOTH = 3      ///< Filled, with the vertex normals.
 };
 
@@ -22,18 +22,18 @@ enum type : unsigned int {
 namespace MeshShadingFlags_ns {
 
 enum type : unsigned int {
-    TEXTURE = 1,               ///< With texture coordinates; of the filled modes.
-    WIREFRAME_BACK_FACES = 2,  ///< Triangles seen from behind are outlines; of the filled modes.
+    TEXTURE = 1,               ///< In the filled modes: sends texture coordinates.
+    WIREFRAME_BACK_FACES = 2,  ///< In the filled modes: draws back faces as outlines.
     GPU_SHADER = 4             ///< Through the renderer's effect, if it has one.
 };
 
 }  // namespace MeshShadingFlags_ns
 
-/// What is asked of a mesh renderer.
+/// A request to a mesh renderer: how to draw its mesh.
 struct MeshShading {
     unsigned int mode = MeshShadingMode_ns::SMOOTH;
     unsigned int flags = 0;    ///< MeshShadingFlags_ns
-    VL_String textureChannel;  ///< The channel that TEXTURE takes the coordinates from.
+    VL_String textureChannel;  ///< Name of the coordinate channel for TEXTURE.
 };
 
 static_assert(offsetof(MeshShading, flags) == 4 && offsetof(MeshShading, textureChannel) == 8,

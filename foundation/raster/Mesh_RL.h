@@ -10,19 +10,19 @@ namespace vellum {
 
 class Mesh;
 
-/// What an application knows of the renderer of one mesh.
+/// The abstract renderer of one mesh.
 ///
-/// It asks for a drawing and never sees the drawing system behind it:
+/// An application requests drawings through it and does not depend on the drawing system:
 ///
 ///     MeshShading shading;
 ///     shading.mode = MeshShadingMode_ns::FACETED;
 ///     renderer->render(shading);
 ///
-/// render(MeshShading) sets the state that a mode needs and takes it back; the other operations draw with the
-/// state that they find. Colors, lights, textures and line widths are the caller's. Nothing is drawn of a
-/// mesh that has a fault (Mesh::fault()).
+/// render(MeshShading) sets the state that a mode needs and restores it; the other operations use the current
+/// state. Colors, lights, textures and line widths are the caller's responsibility. A mesh with a fault
+/// (Mesh::fault()) is not drawn.
 ///
-/// The virtual operations stand in the order of the interface; their order is part of it.
+/// The order of the virtual operations is part of the interface.
 class VL_FOUNDATION_EXPORT Mesh_RL {
 public:
     explicit Mesh_RL(Mesh* mesh);  ///< Draws this mesh, without an effect.
@@ -66,10 +66,10 @@ public:
     /// The surface in a darker tone of the color, with its edges.
     virtual void renderWithEdges(Color4<float> const& color) = 0;
 
-    /// The edges, dark behind the surface, and, if asked for, the surface blended over them.
+    /// The edges, darker on triangles that face away, and optionally the surface blended over them.
     virtual void renderWithEdgesBlending(Color4<float> const& color, bool const& withSurface) = 0;
 
-    Mesh* mesh;  ///< What is drawn. Not owned; null draws nothing.
+    Mesh* mesh;  ///< The mesh to draw. Not owned; may be null.
     Mesh_RL_Shader* shader =
         nullptr;  ///< The effect for MeshShadingFlags_ns::GPU_SHADER. Not owned; may be null.
 };

@@ -5,10 +5,10 @@
 
 namespace vellum {
 
-/// What a renderer knows of an effect: when it is made, and what surrounds a drawing.
+/// The abstract effect, as renderers use it: its creation, and the calls before and after a drawing.
 ///
-/// The renderers of meshes and particles hold effects through this class and never see how they work. One
-/// pass of drawing with an effect is
+/// The renderers of meshes and particles hold effects through this class. One pass of drawing with an effect
+/// is
 ///
 ///     if (!effect->created) effect->create();
 ///     effect->init();
@@ -17,8 +17,8 @@ namespace vellum {
 ///     effect->postprocess();
 ///     effect->cleanup();
 ///
-/// Here all operations do nothing; the effects of a drawing system give them their meaning. What a pass
-/// leaves changed when cleanup() is not called is up to the effect.
+/// The operations of this class are empty; effects override them. An effect documents the state that
+/// cleanup() does not restore.
 class VL_FOUNDATION_EXPORT Mesh_RL_Shader {
 public:
     /// The type of a value that setShaderConstant() passes.
@@ -28,15 +28,15 @@ public:
     Mesh_RL_Shader(Mesh_RL_Shader const&) = default;
     Mesh_RL_Shader& operator=(Mesh_RL_Shader const&) = default;
 
-    // The virtual operations stand in the order of the interface; their order is part of it.
+    // The order of the virtual operations is part of the interface.
 
     virtual ~Mesh_RL_Shader();
 
-    virtual void create();       ///< Builds what the effect draws with.
+    virtual void create();       ///< Builds the objects that the effect draws with.
     virtual void init();         ///< Prepares a pass, before preprocess().
     virtual void preprocess();   ///< Makes the effect current; the geometry is drawn after it.
     virtual void postprocess();  ///< Ends the drawing.
-    virtual void cleanup();      ///< Takes back what preprocess() changed.
+    virtual void cleanup();      ///< Restores the state that preprocess() changed.
 
     /// Passes a value to the effect by name: `size` numbers, or a square matrix of order `size`.
     virtual void setShaderConstant(char const* name, Mesh_RL_Shader::UNIFORM_TYPE type, unsigned int size,

@@ -7,18 +7,17 @@ namespace vellum {
 /// How polygons are filled. Any number converts: 0 is filled, every other value means outlines.
 enum FillingMode : unsigned int { FILLING_SOLID = 0, FILLING_LINES = 1 };
 
-/// How fragments meet what is drawn already. Values other than these two are ignored by
-/// Core_RL::setBlending.
+/// How fragments are combined with the framebuffer. Core_RL::setBlending ignores all other values.
 enum BlendingMode : unsigned int {
     BLENDING_OFF = 0,
     BLENDING_ALPHA = 1  ///< source alpha, one minus source alpha
 };
 
-/// What a texture shows outside 0 to 1. Any number converts; values above 3 set nothing.
+/// The contents of a texture outside 0 to 1. Any number converts; values above 3 set no wrap mode.
 enum TextureClampingMode : unsigned int {
     TEXTURE_REPEAT = 0,
     TEXTURE_CLAMP_TO_BORDER = 1,
-    TEXTURE_CLAMPING_WITHOUT_MEANING = 2,  ///< GL refuses it, and the wrap mode stays as it was.
+    TEXTURE_CLAMPING_WITHOUT_MEANING = 2,  ///< GL rejects it; the wrap mode stays as it is.
     TEXTURE_CLAMP = 3
 };
 

@@ -6,13 +6,13 @@ namespace vellum {
 
 /// The base of the renderers that draw one kind of object.
 ///
-/// It has no data and no operations of its own: it says which objects a renderer is for (`Object`), and lets
-/// an application keep and delete the renderers of one kind alike. Whether a renderer is given its object
-/// once or with every drawing is up to the renderer. Objects are never owned.
+/// It has no data and no operations. It names the type of the drawn objects (`Object`) and lets an
+/// application store and delete all renderers of one kind through a common base. A renderer receives its
+/// object once or with every drawing, and never owns it.
 template <class T>
 class VL_FOUNDATION_EXPORT Service_RL {
 public:
-    using Object = T;  ///< What is drawn.
+    using Object = T;  ///< Type of the drawn objects.
 
     virtual ~Service_RL() = default;
 

@@ -7,7 +7,7 @@
 
 namespace vellum {
 
-/// What glBegin, glDrawArrays and glDrawElements assemble from vertices.
+/// The primitives that glBegin, glDrawArrays and glDrawElements assemble from vertices.
 struct Primitive {
     enum type : unsigned int {
         POINTS = 0x0000,
@@ -48,7 +48,7 @@ struct BufferUsage {
     };
 };
 
-/// What a mapped buffer may be used for.
+/// The access to a mapped buffer.
 struct BufferAccess {
     enum type : unsigned int { READ_ONLY = 0x88B8, WRITE_ONLY = 0x88B9, READ_WRITE = 0x88BA };
 };
@@ -91,7 +91,7 @@ struct DataType {
     };
 };
 
-/// Shader stages, the geometry stage of GL_EXT_geometry_shader4 among them.
+/// Shader stages, including the geometry stage of GL_EXT_geometry_shader4.
 struct ShaderType {
     enum type : unsigned int {
         FRAGMENT_SHADER = 0x8B30,
@@ -109,7 +109,7 @@ struct ShaderParameterName {
     };
 };
 
-/// What a hint is about.
+/// The subject of a hint.
 struct HintTarget {
     enum type : unsigned int {
         PERSPECTIVE_CORRECTION_HINT = 0x0C50,
@@ -123,7 +123,7 @@ struct HintTarget {
     };
 };
 
-/// What a hint asks for.
+/// The request of a hint.
 struct HintMode {
     enum type : unsigned int { DONT_CARE = 0x1100, FASTEST = 0x1101, NICEST = 0x1102 };
 };
