@@ -4,11 +4,8 @@
 #include "viewport/files/images/Picture.h"
 #include "viewport/gallery/SheetLayer.h"
 
-#include <algorithm>
-#include <array>
-#include <filesystem>
-#include <fstream>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -20,20 +17,15 @@ namespace vellum::gallery {
 
 namespace {
 
-namespace fs = std::filesystem;
 using viewport::Fault;
 using viewport::Picture;
 using viewport::Result;
 
-/// A sheet of this many pixels is still drawn in one piece by every driver.
+/// Pixels. Every driver draws a sheet of this width and height in one piece.
 constexpr int LARGEST_SIDE = 16384 / SheetLayer::OVERSAMPLING;
 
-struct Tile {
-    std::string label;
-    std::shared_ptr<Picture const> picture;
-};
-
-/// Copies the picture into the drawing area. Each of its pixels fills those that are averaged to one of the sheet.
+/// Copies the picture into the drawing area. Each of its pixels fills the block that is averaged to one pixel of the
+/// sheet.
 void copyInto(Core_RL& layer, Picture const& picture) {
     Tuple4<unsigned int> const area = layer.getCurrentViewportCoords();
     layer.pushDepthTest({DEPTH_TEST_OFF, false});
@@ -44,67 +36,43 @@ void copyInto(Core_RL& layer, Picture const& picture) {
     layer.popDepthTest();
 }
 
-Result<std::vector<Tile>> readTiles(std::string const& list) {
-    std::ifstream lines(list);
-    if (!lines) {
-        return Fault{list, "cannot be read"};
-    }
-    std::vector<Tile> tiles;
-    std::string line;
-    while (std::getline(lines, line)) {
-        std::size_t const tab = line.find('\t');
-        if (tab == 0 || tab == std::string::npos || tab + 1 == line.size()) {
-            return Fault{list, "line " + std::to_string(tiles.size() + 1) +
-                                   " is not a file and a label with a tab between them"};
-        }
-        std::string const file = (fs::path(list).parent_path() / line.substr(0, tab)).string();
-        Result<Picture> picture = Picture::loadPng(file);
-        if (!picture.isOk()) {
-            return picture.fault();
-        }
-        tiles.push_back({line.substr(tab + 1), std::make_shared<Picture const>(std::move(picture.value()))});
-        Picture const& first = *tiles.front().picture;
-        if (tiles.back().picture->width != first.width || tiles.back().picture->height != first.height) {
-            return Fault{file, "has another size than the first picture of the list"};
-        }
-    }
-    if (tiles.empty()) {
-        return Fault{list, "names no picture"};
-    }
-    return tiles;
-}
-
 }  // namespace
 
-Result<Subject> contactSheet(std::string const& list) {
-    Result<std::vector<Tile>> const tiles = readTiles(list);
-    if (!tiles.isOk()) {
-        return tiles.fault();
-    }
-    std::size_t const count = tiles.value().size();
+Result<Subject> contactSheet(std::vector<SheetTile> const& tiles) {
+    // As many columns as rows, or one more.
     std::size_t columns = 1;
-    while (columns * columns < count) {
+    while (columns * columns < tiles.size()) {
         ++columns;
     }
     Subject sheet;
-    for (std::size_t begin = 0; begin < count; begin += columns) {
-        Row row{1.0F, {}};
-        for (std::size_t i = begin; i < std::min(begin + columns, count); ++i) {
-            Tile const& tile = tiles.value()[i];
-            row.cells.push_back(
-                {tile.label, View::flat(1.0F),
-                 [picture = tile.picture](Core_RL& layer, View) { copyInto(layer, *picture); }});
+    std::shared_ptr<Picture const> first;
+    for (SheetTile const& tile : tiles) {
+        Result<Picture> loaded = Picture::loadPng(tile.file);
+        if (!loaded.isOk()) {
+            return loaded.fault();
         }
-        sheet.rows.push_back(row);
+        auto const picture = std::make_shared<Picture const>(std::move(loaded.value()));
+        first = first ? first : picture;
+        if (picture->width != first->width || picture->height != first->height) {
+            return Fault{tile.file, "has another size than the first picture of its sheet"};
+        }
+        if (sheet.rows.empty() || sheet.rows.back().cells.size() == columns) {
+            sheet.rows.push_back({1.0F, {}});
+        }
+        sheet.rows.back().cells.push_back(
+            {tile.label, View::flat(1.0F), [picture](Core_RL& layer, View) { copyInto(layer, *picture); }});
+    }
+    if (!first) {
+        return Fault{"", "a contact sheet has no picture"};
     }
     // The last row is filled up, so that all cells have the same width.
     while (sheet.rows.back().cells.size() < columns) {
         sheet.rows.back().cells.push_back({"", View::flat(1.0F), [](Core_RL&, View) {}});
     }
-    Picture const& first = *tiles.value().front().picture;
-    fitToDrawings(sheet, first.width, first.height);
+    fitToDrawings(sheet, first->width, first->height);
     if (sheet.width > LARGEST_SIDE || sheet.height > LARGEST_SIDE) {
-        return Fault{list, "makes a sheet of more than " + std::to_string(LARGEST_SIDE) + " pixels"};
+        return Fault{tiles.front().file,
+                     "makes a sheet of more than " + std::to_string(LARGEST_SIDE) + " pixels"};
     }
     return sheet;
 }

@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <system_error>
 
 namespace vellum::gallery {
@@ -11,7 +10,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using viewport::Fault;
-using viewport::Result;
 
 constexpr char PAGE_HEAD[] = R"(<!DOCTYPE html>
 <html lang="en">
@@ -63,66 +61,37 @@ std::string escaped(std::string const& text) {
     return result;
 }
 
-void writeSection(std::ostream& page, std::string const& heading, std::vector<Exhibit> const& exhibits) {
-    if (exhibits.empty()) {
-        return;
-    }
-    page << "<h2>" << escaped(heading) << "</h2>\n<div class=\"pictures\">\n";
-    for (Exhibit const& exhibit : exhibits) {
-        std::string const file = escaped(exhibit.file);
-        std::string const title = escaped(exhibit.title);
-        page << "<figure><a href=\"" << file << "\"><img src=\"" << file << "\" alt=\"" << title
-             << "\" loading=\"lazy\"></a>\n<figcaption><b>" << title << ".</b> " << escaped(exhibit.caption)
-             << "</figcaption></figure>\n";
-    }
-    page << "</div>\n";
+void writeExhibit(std::ostream& page, Exhibit const& exhibit) {
+    std::string const file = escaped(exhibit.file);
+    std::string const title = escaped(exhibit.title);
+    page << "<figure><a href=\"" << file << "\"><img src=\"" << file << "\" alt=\"" << title
+         << "\" loading=\"lazy\"></a>\n<figcaption><b>" << title << ".</b> " << escaped(exhibit.caption)
+         << "</figcaption></figure>\n";
 }
 
-/// The list of further pictures; empty where there is none.
-Result<std::vector<Exhibit>> readList(fs::path const& path) {
-    std::vector<Exhibit> exhibits;
-    std::ifstream list(path);
-    std::string line;
-    while (std::getline(list, line)) {
-        std::istringstream fields(line);
-        Exhibit exhibit;
-        std::getline(fields, exhibit.file, '\t');
-        std::getline(fields, exhibit.title, '\t');
-        std::getline(fields, exhibit.caption);
-        if (exhibit.caption.empty()) {
-            return Fault{path.string(), "line " + std::to_string(exhibits.size() + 1) +
-                                            " is not a file, a title and a caption with tabs between them"};
+void writePage(std::ostream& page, std::vector<Exhibit> const& exhibits) {
+    page << PAGE_HEAD;
+    std::string section;
+    for (Exhibit const& exhibit : exhibits) {
+        if (exhibit.section != section) {
+            page << (section.empty() ? "" : "</div>\n") << "<h2>" << escaped(exhibit.section)
+                 << "</h2>\n<div class=\"pictures\">\n";
+            section = exhibit.section;
         }
-        exhibits.push_back(exhibit);
+        writeExhibit(page, exhibit);
     }
-    return exhibits;
+    page << (section.empty() ? "" : "</div>\n") << PAGE_FOOT;
 }
 
 }  // namespace
 
-std::optional<Fault> writeIndexPage(std::string const& folder, std::vector<Exhibit> const& drawings) {
-    Result<std::vector<Exhibit>> const further = readList(fs::path(folder) / FURTHER_PICTURES);
-    if (!further.isOk()) {
-        return further.fault();
-    }
-    for (std::vector<Exhibit> const* exhibits : {&drawings, &further.value()}) {
-        for (Exhibit const& exhibit : *exhibits) {
-            std::error_code error;
-            if (!fs::is_regular_file(fs::path(folder) / exhibit.file, error)) {
-                return Fault{(fs::path(folder) / exhibit.file).string(), "the picture does not exist"};
-            }
-        }
-    }
-
+std::optional<Fault> writeIndexPage(std::string const& folder, std::vector<Exhibit> const& exhibits) {
     // Under its name the page is complete or not there.
     fs::path const path = fs::path(folder) / "index.html";
     fs::path const unfinished = fs::path(folder) / ".index.html.tmp";
     {
         std::ofstream page(unfinished, std::ios::trunc);
-        page << PAGE_HEAD;
-        writeSection(page, "Drawings of the render layer", drawings);
-        writeSection(page, "Real models and simulations", further.value());
-        page << PAGE_FOOT;
+        writePage(page, exhibits);
         page.close();
         if (!page) {
             std::error_code ignored;

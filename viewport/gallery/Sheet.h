@@ -47,14 +47,12 @@ struct Row {
 constexpr int SHEET_WIDTH = 1280;  // pixels
 constexpr int SHEET_HEIGHT = 800;  // pixels
 
-/// What one picture shows.
+/// The content of one picture.
 struct Subject {
-    std::string name;  ///< part of the picture's file name
-    std::string title;
-    std::string caption;        ///< one sentence or two
+    std::string name;           ///< by which the list of pictures asks for it
     std::vector<Row> rows;      ///< from the top
     int width = SHEET_WIDTH;    ///< of the picture, in pixels
-    int height = SHEET_HEIGHT;  ///< alike
+    int height = SHEET_HEIGHT;  ///< of the picture, in pixels
 };
 
 /// Makes the picture as large as it must be for drawings of this size in pixels. All rows have equal heights and

@@ -154,29 +154,22 @@ void drawField(Core_RL& layer, View) {
 
 Subject arrows() {
     View const view = View::perspective({1.4F, 1.2F, 3.9F}, {0.0F, 0.0F, 0.0F}, 34.0F);
-    return {
-        "arrows",
-        "Arrows one by one",
-        "A shaft, a shaded four-sided head that takes at most a third of the arrow, and a box at the tail "
-        "if wanted; flat arrows and the unit arrow of lines.",
-        {{1.0F,
-          {{"short heads", view, drawShortHeads},
-           {"long heads", view, drawLongHeads},
-           {"heads limited to a third", view, drawLimitedHeads},
-           {"boxes at the tails", view, drawTailBoxes}}},
-         {1.0F,
-          {{"all directions", View::perspective({1.8F, 1.5F, 3.6F}, {}, 32.0F), drawAllRound},
-           {"darker base of the head", View::perspective({0.6F, -2.6F, 2.9F}, {0.0F, 0.3F, 0.0F}, 34.0F),
-            drawSeenFromBelow},
-           {"flat arrows", View::flat(1.0F), drawFlatArrows},
-           {"unit arrow, turned", View::perspective({0.6F, 0.9F, 3.6F}, {}, 36.0F), drawUnit}}}}};
+    return {"arrows",
+            {{1.0F,
+              {{"short heads", view, drawShortHeads},
+               {"long heads", view, drawLongHeads},
+               {"heads limited to a third", view, drawLimitedHeads},
+               {"boxes at the tails", view, drawTailBoxes}}},
+             {1.0F,
+              {{"all directions", View::perspective({1.8F, 1.5F, 3.6F}, {}, 32.0F), drawAllRound},
+               {"darker base of the head", View::perspective({0.6F, -2.6F, 2.9F}, {0.0F, 0.3F, 0.0F}, 34.0F),
+                drawSeenFromBelow},
+               {"flat arrows", View::flat(1.0F), drawFlatArrows},
+               {"unit arrow, turned", View::perspective({0.6F, 0.9F, 3.6F}, {}, 36.0F), drawUnit}}}}};
 }
 
 Subject vectorField() {
     return {"vector-field",
-            "Arrows from buffers",
-            "4,032 arrows of a whirl, colored by speed, drawn in three calls from arrays that were "
-            "built once.",
             {{1.0F, {{"", View::perspective({1.7F, 1.5F, 4.1F}, {0.0F, -0.08F, 0.0F}, 35.0F), drawField}}}}};
 }
 

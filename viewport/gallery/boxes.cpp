@@ -156,10 +156,6 @@ Subject boxes() {
     View const far = View::perspective({2.6F, 2.2F, 4.2F}, {0.0F, 0.0F, 0.0F}, 40.0F);
     View const flat = View::flat(1.0F);
     return {"boxes",
-            "Boxes",
-            "Upright, oriented and flat boxes, filled and as wire, with one color or one for each corner. An "
-            "oriented box is lit with the normals of an upright one; a flat box as wire shows its lower and "
-            "upper edge.",
             {{1.0F,
               {{"filled", view, drawFilled},
                {"wire", view, drawWire},

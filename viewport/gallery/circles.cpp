@@ -55,11 +55,7 @@ Subject circles() {
         {"from above", View::perspective({0.7F, 3.7F, 1.2F}, {}, 33.0F)},
         {"from the front", View::perspective({-0.35F, 0.45F, 3.9F}, {}, 33.0F)}};
 
-    Subject subject{"circles",
-                    "Circles and rings",
-                    "The circles of the three axes from three views: plain, turned to face the viewer, with "
-                    "the far half left out or thin, as rings of tape, and stippled.",
-                    {}};
+    Subject subject{"circles", {}};
     for (auto const& [viewLabel, view] : views) {
         Row row{1.0F, {}};
         for (auto const& [label, draw] : kinds) {

@@ -174,9 +174,6 @@ Subject composed() {
     View const ball = View::perspective({1.7F, 1.2F, 3.6F}, {0.0F, 0.0F, 0.0F}, 32.0F);
     return {
         "composed",
-        "Composed drawings",
-        "Drawings that every render layer has, composed of the primitives: solids, the samples around a "
-        "voxel, systems of planes, trees of boxes, triangle lists and their normals.",
         {{1.0F,
           {{"sphere", ball, drawSphere},
            {"tetrahedron", View::perspective({0.6F, 1.6F, 3.7F}, {0.0F, 0.1F, 0.0F}, 34.0F), drawTetrahedron},

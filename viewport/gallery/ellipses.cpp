@@ -103,9 +103,6 @@ void drawOrbits(Core_RL& layer, View) {
 Subject ellipses() {
     View const view = View::perspective({2.0F, 1.6F, 3.4F}, {0.0F, 0.0F, 0.0F}, 34.0F);
     return {"ellipses",
-            "Ellipses",
-            "Ellipses by center and two half axes, and in the planes of the coordinate axes: strips of 30 "
-            "points.",
             {{1.0F,
               {{"two half axes", View::flat(0.9F), drawHalfAxes},
                {"turned half axes", view, drawSpanned},

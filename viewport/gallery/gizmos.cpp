@@ -108,19 +108,15 @@ Subject gizmos() {
     View const large = View::perspective({2.3F, 1.7F, 2.7F}, {0.18F, 0.20F, 0.1F}, 34.0F);
     View const round = View::perspective({2.3F, 1.7F, 2.7F}, {0.0F, 0.0F, 0.0F}, 36.0F);
     View const octant = View::perspective({2.3F, 1.7F, 2.7F}, {0.32F, 0.30F, 0.22F}, 34.0F);
-    return {
-        "gizmos",
-        "Gizmos",
-        "The handles of the editing tools: move, with its plane handles, rotate and scale; below them the "
-        "variants. Each handle has a picking name of its own.",
-        {{2.0F, {{"move", large, drawMove}, {"rotate", round, drawRotate}, {"scale", large, drawScale}}},
-         {1.0F,
-          {{"plane handles", octant, drawPlanes},
-           {"stippled arrows", octant, drawStippledArrows},
-           {"stippled circles", round, drawStippledCircles},
-           {"far half thin", round, drawThinCircles},
-           {"tapes", round, drawTapes},
-           {"unit arrow", round, drawUnitArrow}}}}};
+    return {"gizmos",
+            {{2.0F, {{"move", large, drawMove}, {"rotate", round, drawRotate}, {"scale", large, drawScale}}},
+             {1.0F,
+              {{"plane handles", octant, drawPlanes},
+               {"stippled arrows", octant, drawStippledArrows},
+               {"stippled circles", round, drawStippledCircles},
+               {"far half thin", round, drawThinCircles},
+               {"tapes", round, drawTapes},
+               {"unit arrow", round, drawUnitArrow}}}}};
 }
 
 }  // namespace vellum::gallery

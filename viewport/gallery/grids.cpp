@@ -88,9 +88,6 @@ Subject grids() {
     View const low = View::perspective({1.6F, 1.6F, 3.4F}, {0.0F, -0.35F, 0.0F}, 37.0F);
     View const steep = View::perspective({1.3F, 3.2F, 2.3F}, {0.0F, 0.0F, 0.0F}, 39.0F);
     return {"grids",
-            "Lattices and plane grids",
-            "Regular lattices of points in a box, with counts and steps of each axis its own, and grids in "
-            "planes of any direction. With 0 divisions a grid is one line of each family.",
             {{1.0F,
               {{"an even lattice", view, drawEvenLattice},
                {"uneven counts and steps", view, drawUnevenLattice},

@@ -91,11 +91,6 @@ void drawTranslucent(Core_RL& layer, View) {
 Subject luminance() {
     View const view = View::perspective({0.9F, 1.3F, 4.2F}, {0.0F, -0.1F, 0.0F}, 34.0F);
     return {"luminance",
-            "Luminance overlay",
-            "A map of luminances over the scene, in a viewport of its own: blended from the current color "
-            "toward white, as a decal, and translucent. OpenGL does not say what a decal of luminances is; "
-            "here it is "
-            "the driver's choice.",
             {{1.0F, {{"the scene", view, drawWithout}, {"blended toward white", view, drawBlend}}},
              {1.0F, {{"decal", view, drawDecal}, {"translucent", view, drawTranslucent}}}}};
 }

@@ -236,9 +236,6 @@ void drawBlended(Core_RL& layer, View) {
 Subject primitives() {
     View const flat = View::flat(1.0F);
     return {"primitives",
-            "Primitives",
-            "Points, segments, quads, rhombi, triangles and circles: what every other drawing is made of. A "
-            "stroke shows the half before its center (the white dot).",
             {{1.0F,
               {{"points", flat, drawPoints},
                {"a block of points", flat, drawPointBlock},

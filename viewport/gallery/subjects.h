@@ -4,7 +4,8 @@
 
 #include <vector>
 
-/// What the gallery shows, one function and one source for each picture.
+/// The sheets that the gallery draws with the render layer, one function for each. The list of pictures asks for them by
+/// name.
 namespace vellum::gallery {
 
 Subject primitives();
@@ -19,7 +20,7 @@ Subject textures();
 Subject luminance();
 Subject composed();
 
-/// All of them in the order in which they are numbered.
+/// All of them.
 inline std::vector<Subject> allSubjects() {
     return {primitives(), boxes(),    circles(),  arrows(),    vectorField(), gizmos(),
             grids(),      ellipses(), textures(), luminance(), composed()};

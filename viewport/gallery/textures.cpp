@@ -160,9 +160,6 @@ Subject textures() {
     View const flat = View::flat(1.0F);
     return {
         "textures",
-        "Textures",
-        "A generated test card on the textured quad and rhombus, from texels of 8, 16 and 32 bits, tinted "
-        "by the current color, blended by its opacity, and with mipmaps toward the horizon.",
         {{1.0F,
           {{"quad, 8 bits", flat, drawQuad8},
            {"rhombus, 8 bits", flat, drawRhombus},

@@ -1,16 +1,16 @@
-// vl_demo_inputs FOLDER: writes the models and maps that the demo draws with effects, as nobody ships them: a room
-// with a checkered floor, glass for it, a plate of land in two finenesses and its displacement map.
+#include "viewport/gallery/effect_inputs.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <fstream>
 #include <functional>
-#include <iostream>
 #include <string>
 #include <vector>
 
 #include <png.h>
+
+namespace vellum::gallery {
 
 namespace {
 
@@ -40,7 +40,7 @@ public:
         file << "usemtl " << material << '\n';
     }
 
-    /// Four corners counter-clockwise, with a normal of their own.
+    /// Four corners counter-clockwise, shared with no other square.
     void addSquare(Point const& a, Point const& b, Point const& c, Point const& d) {
         for (Point const& p : {a, b, c, d}) {
             file << "v " << p.x << ' ' << p.y << ' ' << p.z << '\n';
@@ -60,8 +60,8 @@ public:
         addSquare({a.x, a.y, a.z}, {b.x, a.y, a.z}, {b.x, a.y, b.z}, {a.x, a.y, b.z});
     }
 
-    /// What a profile makes that is turned about a vertical axis. It runs from t = 0 above to 1 below; `radius` and
-    /// `height` give its points.
+    /// The surface of a profile that is turned about a vertical axis. The profile runs from t = 0 at the top to t = 1
+    /// at the bottom; `radius` and `height` give its points.
     void addTurned(Point const& foot, std::function<double(double)> const& radius,
                    std::function<double(double)> const& height) {
         constexpr unsigned int rings = 96;
@@ -251,19 +251,14 @@ bool writeLand(std::string const& path) {
 
 }  // namespace
 
-// A failing allocation may end the program.
-int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape)
-    if (argc != 2) {
-        std::cerr << "usage: vl_demo_inputs FOLDER\n";
-        return 2;
-    }
-    std::string const folder = argv[1];
+std::optional<viewport::Fault> writeEffectInputs(std::string const& folder) {
     bool const isDone = writeMaterials(folder) && writeRoom(folder) && writeGlass(folder) &&
                         writePlate(folder + "/plate", 256) && writePlate(folder + "/coarse_plate", 48) &&
                         writeLand(folder + "/land.png");
     if (!isDone) {
-        std::cerr << "vl_demo_inputs: " << folder << ": cannot be written to\n";
-        return 1;
+        return viewport::Fault{folder, "cannot be written to"};
     }
-    return 0;
+    return std::nullopt;
 }
+
+}  // namespace vellum::gallery
