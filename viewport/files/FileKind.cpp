@@ -2,9 +2,9 @@
 
 #include "viewport/files/mesh/AssimpImport.h"
 #include "viewport/files/particles/ParticleFile.h"
+#include "viewport/text/lower_case.h"
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <iterator>
 
@@ -19,9 +19,7 @@ constexpr char const* PARTICLE_EXTENSIONS[] = {".lammpstrj", ".lammpsdump", ".du
 }  // namespace
 
 bool isParticleFile(std::string const& path) {
-    std::string extension = std::filesystem::path(path).extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); });
+    std::string const extension = lowerCase(std::filesystem::path(path).extension().string());
     if (std::find(std::begin(PARTICLE_EXTENSIONS), std::end(PARTICLE_EXTENSIONS), extension) !=
         std::end(PARTICLE_EXTENSIONS)) {
         return true;

@@ -1,16 +1,11 @@
 #include "viewport/text/Fault.h"
 
+#include "viewport/text/single_line.h"
+
 namespace vellum::viewport {
 
 std::string Fault::line() const {
-    std::string text = file.empty() ? message : file + ": " + message;
-    for (char& character : text) {
-        unsigned char const code = static_cast<unsigned char>(character);
-        if (code < 0x20 || code == 0x7F) {
-            character = '?';
-        }
-    }
-    return text;
+    return singleLine(file.empty() ? message : file + ": " + message);
 }
 
 }  // namespace vellum::viewport

@@ -1,9 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <charconv>
-#include <cstdint>
-#include <optional>
 #include <string_view>
 
 /// Words and lines of text files, taken off the front of a text.
@@ -30,16 +27,6 @@ inline std::string_view takeLine(std::string_view& text) {
     std::string_view const line = text.substr(0, end);
     text.remove_prefix(std::min(end + 1, text.size()));
     return line;
-}
-
-/// The word as a number of things: decimal digits and nothing else, below 2^64.
-inline std::optional<std::uint64_t> toCount(std::string_view word) {
-    std::uint64_t value = 0;
-    auto const [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
-    if (error != std::errc() || end != word.data() + word.size()) {
-        return std::nullopt;
-    }
-    return value;
 }
 
 }  // namespace vellum::viewport

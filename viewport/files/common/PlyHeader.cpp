@@ -1,6 +1,7 @@
 #include "viewport/files/common/PlyHeader.h"
 
 #include "viewport/text/Words.h"
+#include "viewport/text/numbers.h"
 
 namespace vellum::viewport {
 

@@ -3,9 +3,9 @@
 #include "foundation/geometry/Matrix4.h"
 #include "viewport/files/mesh/DeclaredCounts.h"
 #include "viewport/files/mesh/VertexNormals.h"
+#include "viewport/text/lower_case.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -26,13 +26,6 @@ namespace vellum::viewport {
 namespace {
 
 constexpr Color4<float> PLAIN_COLOR{0.74F, 0.76F, 0.80F, 1.0F};  // of what has no color of its own
-
-std::string lowerCase(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return lower;
-}
 
 // == Assimp's log ==
 

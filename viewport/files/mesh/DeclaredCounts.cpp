@@ -2,6 +2,7 @@
 
 #include "viewport/files/common/PlyHeader.h"
 #include "viewport/text/Words.h"
+#include "viewport/text/numbers.h"
 
 #include <cstdint>
 

@@ -1,5 +1,7 @@
 #include "viewport/files/mesh/Textures.h"
 
+#include "viewport/text/lower_case.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
@@ -18,12 +20,6 @@ namespace {
 namespace fs = std::filesystem;
 
 using Image = std::shared_ptr<VL_Image const>;
-
-std::string lowerCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
-}
 
 int hexDigit(char c) {
     return std::isxdigit(static_cast<unsigned char>(c)) == 0 ? -1

@@ -3,6 +3,7 @@
 #include "viewport/files/particles/FrameLoop.h"
 #include "viewport/files/particles/TableRows.h"
 #include "viewport/text/Words.h"
+#include "viewport/text/numbers.h"
 
 #include <algorithm>
 
@@ -17,7 +18,7 @@ using Damage = std::optional<TextDamage>;
 /// The numbers of a line. \return were there `count` of them at least?
 bool takeNumbers(std::string_view line, double* const& numbers, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
-        std::optional<double> const number = toNumber(takeWord(line));
+        std::optional<double> const number = toDataNumber(takeWord(line));
         if (!number) {
             return false;
         }
@@ -105,10 +106,11 @@ private:
         }
         std::string_view line = lines.take();
         std::string_view const word = takeWord(line);
-        auto const [end, error] = std::from_chars(word.data(), word.data() + word.size(), frame.timestep);
-        if (error != std::errc() || end != word.data() + word.size() || !takeWord(line).empty()) {
+        std::optional<std::int64_t> const step = toSignedInteger(word);
+        if (!step || !takeWord(line).empty()) {
             return lines.damage(quoted(word) + " is not a time step");
         }
+        frame.timestep = *step;
         return std::nullopt;
     }
 
@@ -118,7 +120,7 @@ private:
         }
         std::string_view line = lines.take();
         std::string_view const word = takeWord(line);
-        frame.time = toNumber(word);
+        frame.time = toDataNumber(word);
         return frame.time ? Damage() : lines.damage(quoted(word) + " is not a time");
     }
 

@@ -9,6 +9,7 @@
 #include "viewport/files/particles/XyzFile.h"
 #include "viewport/text/TextLines.h"
 #include "viewport/text/Words.h"
+#include "viewport/text/numbers.h"
 
 #include <new>
 #include <stdexcept>

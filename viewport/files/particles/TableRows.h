@@ -11,10 +11,6 @@
 
 namespace vellum::viewport {
 
-/// The word as a number: what std::from_chars takes, also after a plus sign. Numbers beyond all doubles are infinite,
-/// those too small for a double are 0.
-std::optional<double> toNumber(std::string_view word);
-
 /// Reads the rows of a table, a particle on each line, into a frame. All text formats share it.
 class TableRows {
 public:

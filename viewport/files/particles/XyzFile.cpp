@@ -3,6 +3,8 @@
 #include "viewport/files/particles/FrameLoop.h"
 #include "viewport/files/particles/TableRows.h"
 #include "viewport/text/Words.h"
+#include "viewport/text/lower_case.h"
+#include "viewport/text/numbers.h"
 
 #include <algorithm>
 
@@ -13,16 +15,6 @@ namespace {
 using Damage = std::optional<TextDamage>;
 
 constexpr std::uint64_t MOST_COMPONENTS = 1000;  // of a property, and columns of a table
-
-std::string lowerCase(std::string_view word) {
-    std::string lower(word);
-    for (char& character : lower) {
-        if (character >= 'A' && character <= 'Z') {
-            character = static_cast<char>(character - 'A' + 'a');
-        }
-    }
-    return lower;
-}
 
 struct Setting {
     std::string key;         // in lower case
@@ -141,7 +133,7 @@ std::vector<TableColumn> plainColumns(std::string_view row) {
 bool readLattice(std::string_view text, ParticleBox& box) {
     for (Vector3<double>& edge : box.edges) {
         for (double* const component : {&edge.x, &edge.y, &edge.z}) {
-            std::optional<double> const number = toNumber(takeWord(text));
+            std::optional<double> const number = toDataNumber(takeWord(text));
             if (!number) {
                 return false;
             }
@@ -203,21 +195,18 @@ private:
                 frame.box = box;
             } else if (setting.key == "origin") {
                 std::string_view numbers = setting.value;
-                std::optional<double> const x = toNumber(takeWord(numbers));
-                std::optional<double> const y = toNumber(takeWord(numbers));
-                std::optional<double> const z = toNumber(takeWord(numbers));
+                std::optional<double> const x = toDataNumber(takeWord(numbers));
+                std::optional<double> const y = toDataNumber(takeWord(numbers));
+                std::optional<double> const z = toDataNumber(takeWord(numbers));
                 if (!x || !y || !z) {
                     return lines.damage("the origin " + quoted(setting.value) + " is not three numbers");
                 }
                 origin = Vector3<double>{*x, *y, *z};
             } else if (setting.key == "timestep" || setting.key == "step") {
-                std::int64_t step = 0;
-                char const* const end = setting.value.data() + setting.value.size();
-                auto const [stepEnd, error] = std::from_chars(setting.value.data(), end, step);
-                // Comments are free: what is no number says nothing about the time.
-                frame.timestep = error == std::errc() && stepEnd == end ? step : frame.timestep;
+                // A comment is free text: a step that is not a number is not damage.
+                frame.timestep = toSignedInteger(setting.value).value_or(frame.timestep);
             } else if (setting.key == "time") {
-                frame.time = toNumber(setting.value);
+                frame.time = toDataNumber(setting.value);
             }
         }
         if (frame.box && origin) {
