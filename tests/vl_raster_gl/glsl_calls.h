@@ -1,27 +1,17 @@
 #pragma once
 
 #include "tests/gl_spy/gl_spy.h"
+#include "tests/support/recorded_calls.h"
 
-#include <initializer_list>
 #include <string>
 #include <vector>
 
 /// The calls that stages and programs make, as a recording shows them.
 namespace vellum {
 
-using Texts = std::vector<std::string>;
-
 constexpr unsigned int FRAGMENT_STAGE = 35632;
 constexpr unsigned int VERTEX_STAGE = 35633;
 constexpr unsigned int GEOMETRY_STAGE = 36313;
-
-inline Texts joined(std::initializer_list<Texts> lists) {
-    Texts all;
-    for (Texts const& list : lists) {
-        all.insert(all.end(), list.begin(), list.end());
-    }
-    return all;
-}
 
 /// What was called, but for strings that were asked for: the layer keeps what they say. Where a log and its
 /// length go is left out.

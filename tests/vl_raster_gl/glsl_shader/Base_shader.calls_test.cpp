@@ -1,9 +1,9 @@
 #include "glsl_shader/Base_shader.h"
-
-#include "Core_RL_GL.h"
 #include "Program_gl.h"
 #include "Shader_gl.h"
-#include "tests/gl_spy/gl_spy.h"
+#include "effect_fixtures.h"
+#include "foundation/image/VL_Image.h"
+#include "foundation/raster/Mesh_RL_Shader.h"
 #include "tests/support/StreamCapture.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/picture_files.h"
@@ -12,142 +12,88 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <climits>
+#include <cstdint>
 #include <iostream>
-#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "internal/gl_api.h"
+// What all effects have in common, call by call. The recording OpenGL counts names up from 1 in one count for
+// stages, programs and textures, and the locations of a program's uniforms from 0.
 
 namespace vellum {
+
 namespace {
 
-using gl_spy::Recording;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-using Texts = std::vector<std::string>;
+constexpr unsigned int VIEWPORT_STATE = 0x0BA2;
+constexpr unsigned int INVALID_OPERATION = 0x0502;
+constexpr unsigned int OUT_OF_MEMORY = 0x0505;
+constexpr unsigned int RGB = 0x1907;
+constexpr unsigned int RGB8 = 0x8051;
 
-// The smallest effect: two stages, one parameter, the common shape of a pass.
-class Small_shader : public Base_shader {
+/// An effect of three stages that says how often it was created.
+class Plain_shader : public Open<Base_shader> {
 public:
-    void setSize(float const& value) { _store(size, value); }
-    void setColor(Color4<float> const& value) { _store(color, value); }
+    using Base_shader::_uploadTexture;
 
     void create() override {
         ++creations;
-        stage1 = new Shader_gl;
-        stage1->loadShaderSource(GL_VERTEX_SHADER, "vertex", false);
-        stage2 = new Shader_gl;
-        stage2->loadShaderSource(GL_FRAGMENT_SHADER, "fragment", false);
+        stage1 = stage(VERTEX_STAGE);
+        stage2 = stage(FRAGMENT_STAGE);
+        stage3 = stage(GEOMETRY_STAGE);
         program->attach(stage1, stage2, stage3);
         created = true;
-        enable(true);
-        log = program->getInfoLog();
     }
-    void init() override { _useProgram(); }
-    void preprocess() override {
-        if (dirty) {
-            enable(true);
-        }
-        _openPass(lights);
-        _useProgram();
-        program->setUniform("size", size);
-    }
-    void postprocess() override { dirty = false; }
-    void cleanup() override { _closePass(); }
 
-    // What tests look at.
-    using Base_shader::_closePass;
-    using Base_shader::_openPass;
-    using Base_shader::_readFrameSize;
-    using Base_shader::_sendFrameSize;
-    using Base_shader::_uploadTexture;
-    using Base_shader::dirty;
-    using Base_shader::FrameSize;
-    using Base_shader::log;
-    using Base_shader::program;
-    using Base_shader::stage1;
-    using Base_shader::stage2;
-    using Base_shader::stage3;
-
-    unsigned int lights = 1;
     int creations = 0;
-    float size = 1;
-    Color4<float> color{0, 0, 0, 1};
+
+private:
+    static Shader_gl* stage(unsigned int type) {
+        auto* const shader = new Shader_gl;
+        shader->loadShaderSource(type, "text", false);
+        return shader;
+    }
 };
 
-class Base_shader_calls_test : public testing::Test {
-protected:
-    Base_shader_calls_test() { VL_Raster = &layer; }
-    ~Base_shader_calls_test() override { VL_Raster = nullptr; }
+class Base_shader_calls_test : public Effect_fixture {};
 
-    static VL_Image image(unsigned int width, unsigned int height, unsigned int channels, unsigned int bits) {
-        VL_Image made;
-        EXPECT_TRUE(made.create(width, height, channels, bits));
-        return made;
-    }
+// == The interface of effects ==
 
-    // The calls of an upload of an image into texture 9 as RGB. The first texture that is made is 1.
-    static Texts uploadCalls(std::string const& upload, bool isUnaligned = false) {
-        Texts texts{"glDeleteTextures(1, {9})",
-                    "glGenTextures(1, pointer)",
-                    "glBindTexture(GL_TEXTURE_2D, 9)",
-                    "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT)",
-                    "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_REPEAT)",
-                    "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR)",
-                    "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR)"};
-        if (isUnaligned) {
-            texts.emplace_back("glPushClientAttrib(0x1)");
-            texts.emplace_back("glPixelStorei(GL_UNPACK_ALIGNMENT, 1)");
-        }
-        texts.push_back("glTexImage2D(GL_TEXTURE_2D, 0, " + upload + ", pointer)");
-        if (isUnaligned) {
-            texts.emplace_back("glPopClientAttrib()");
-        }
-        texts.emplace_back("glGetError()");
-        texts.emplace_back("glTexEnvf(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE)");
-        return texts;
-    }
-
-    gl_spy::Script driver = gl_spy::drivers::gl21();
-    Core_RL_GL layer;
-    TemporaryFolder folder;
-};
-
-// == The interface of renderers ==
-
-TEST_F(Base_shader_calls_test, virtualOperationsHaveTheirSlots) {
-    using member_slots::slotOf;
-    EXPECT_EQ((slotOf<Mesh_RL_Shader, void()>(&Mesh_RL_Shader::create)), 2U);
-    EXPECT_EQ((slotOf<Mesh_RL_Shader, void()>(&Mesh_RL_Shader::init)), 3U);
-    EXPECT_EQ((slotOf<Mesh_RL_Shader, void()>(&Mesh_RL_Shader::preprocess)), 4U);
-    EXPECT_EQ((slotOf<Mesh_RL_Shader, void()>(&Mesh_RL_Shader::postprocess)), 5U);
-    EXPECT_EQ((slotOf<Mesh_RL_Shader, void()>(&Mesh_RL_Shader::cleanup)), 6U);
-    EXPECT_EQ((slotOf<Mesh_RL_Shader, void(char const*, Mesh_RL_Shader::UNIFORM_TYPE, unsigned int, void*)>(
-                  &Mesh_RL_Shader::setShaderConstant)),
-              7U);
-    EXPECT_EQ((slotOf<Base_shader, void()>(&Base_shader::reload)), 8U);
-    EXPECT_EQ((slotOf<Base_shader, void(bool const&)>(&Base_shader::enable)), member_slots::NOT_VIRTUAL);
-}
-
-TEST_F(Base_shader_calls_test, interfaceAloneDoesNothing) {
-    Recording const recording;
+TEST_F(Base_shader_calls_test, theInterfaceDoesNothingByItself) {
     Mesh_RL_Shader effect;
+    EXPECT_EQ(effect.label, VL_String(""));
     EXPECT_FALSE(effect.created);
-    EXPECT_EQ(effect.label, VL_String());
     effect.create();
     effect.init();
     effect.preprocess();
     effect.postprocess();
     effect.cleanup();
-    effect.setShaderConstant("name", Mesh_RL_Shader::CONSTANT_MATRIX, 4, nullptr);
+    float value = 1;
+    effect.setShaderConstant("u", Mesh_RL_Shader::CONSTANT_FLOAT, 1, &value);
+    effect.setShaderConstant(nullptr, Mesh_RL_Shader::CONSTANT_MATRIX, 4, nullptr);
     EXPECT_FALSE(effect.created);
-    EXPECT_THAT(recording.texts(), IsEmpty());
+    EXPECT_THAT(calls(), IsEmpty());
 }
 
-TEST_F(Base_shader_calls_test, valueNumbersAreThoseOfTheInterface) {
+TEST_F(Base_shader_calls_test, operationsStandInTheirSlots) {
+    using member_slots::slotOf;
+    EXPECT_EQ(slotOf(&Mesh_RL_Shader::create), 2U);
+    EXPECT_EQ(slotOf(&Mesh_RL_Shader::init), 3U);
+    EXPECT_EQ(slotOf(&Mesh_RL_Shader::preprocess), 4U);
+    EXPECT_EQ(slotOf(&Mesh_RL_Shader::postprocess), 5U);
+    EXPECT_EQ(slotOf(&Mesh_RL_Shader::cleanup), 6U);
+    EXPECT_EQ(slotOf(&Mesh_RL_Shader::setShaderConstant), 7U);
+    EXPECT_EQ(slotOf(&Base_shader::setShaderConstant), 7U);
+    EXPECT_EQ(slotOf(&Base_shader::reload), 8U);
+    EXPECT_EQ((slotOf<Base_shader, void(bool const&)>(&Base_shader::enable)), member_slots::NOT_VIRTUAL);
+}
+
+TEST_F(Base_shader_calls_test, enumerationsHaveTheirValues) {
     EXPECT_EQ(Mesh_RL_Shader::CONSTANT_INT, 0U);
     EXPECT_EQ(Mesh_RL_Shader::CONSTANT_FLOAT, 1U);
     EXPECT_EQ(Mesh_RL_Shader::CONSTANT_MATRIX, 2U);
@@ -155,384 +101,373 @@ TEST_F(Base_shader_calls_test, valueNumbersAreThoseOfTheInterface) {
     EXPECT_EQ(Base_shader::ProcessType(7), 7U) << "any number converts";
 }
 
-// == Lifecycle ==
+// == Life of an effect ==
 
-TEST_F(Base_shader_calls_test, newEffectIsDirtyAndMakesNoCall) {
-    Recording const recording;
-    Small_shader effect;
-    EXPECT_FALSE(effect.created);
-    EXPECT_TRUE(effect.dirty);
-    EXPECT_NE(effect.program, nullptr);
-    EXPECT_EQ(effect.stage1, nullptr);
-    EXPECT_EQ(effect.stage2, nullptr);
-    EXPECT_EQ(effect.stage3, nullptr);
-    EXPECT_EQ(effect.getLog(), "");
-    EXPECT_EQ(effect.getCompilationLog(), "");
-    EXPECT_THAT(recording.texts(), IsEmpty());
+TEST_F(Base_shader_calls_test, aNewEffectHasAnEmptyProgram) {
+    {
+        Plain_shader effect;
+        ASSERT_NE(effect.program, nullptr);
+        EXPECT_EQ(effect.program->getId(), 0U);
+        EXPECT_EQ(effect.stage1, nullptr);
+        EXPECT_EQ(effect.stage2, nullptr);
+        EXPECT_EQ(effect.stage3, nullptr);
+        EXPECT_TRUE(effect.dirty);
+        EXPECT_FALSE(effect.created);
+        EXPECT_EQ(effect.getLog(), "");
+        EXPECT_EQ(effect.getCompilationLog(), "");
+    }
+    EXPECT_THAT(calls(), IsEmpty());
 }
 
-TEST_F(Base_shader_calls_test, enableCreatesTheEffectExactlyOnce) {
-    driver.programStatus(true, "linked");
-    Small_shader effect;
-    effect.enable(true);
+TEST_F(Base_shader_calls_test, enablingCreatesOnce) {
+    Plain_shader effect;
     effect.enable(true);
     EXPECT_EQ(effect.creations, 1);
-    EXPECT_TRUE(effect.created);
-    EXPECT_TRUE(effect.program->isEnabled());
-    EXPECT_EQ(effect.getLog(), "linked");
-}
-
-TEST_F(Base_shader_calls_test, deliberatelyTakingAnEffectOutOfUseCreatesItToo) {
-    Small_shader effect;
+    Texts const all = calls();
+    ASSERT_GE(all.size(), 2U);
+    EXPECT_EQ(all[all.size() - 2], "glLinkProgram(4)");
+    EXPECT_EQ(all.back(), "glUseProgram(4)");
+    effect.enable(true);
     effect.enable(false);
     EXPECT_EQ(effect.creations, 1);
+    EXPECT_THAT(calls(), ElementsAre("glUseProgram(4)", "glUseProgram(0)"));
+    EXPECT_TRUE(effect.dirty);
+}
+
+TEST_F(Base_shader_calls_test, deliberateDisablingCreatesToo) {
+    Plain_shader effect;
+    effect.enable(false);
+    EXPECT_EQ(effect.creations, 1);
+    EXPECT_EQ(calls().back(), "glUseProgram(0)");
     EXPECT_FALSE(effect.program->isEnabled());
 }
 
-TEST_F(Base_shader_calls_test, firstPassHasItsCallsInOrder) {
-    driver.uniformLocation("size", 3);
-    Small_shader effect;
-    effect.create();
-    Recording recording;
-    effect.init();
-    effect.preprocess();
-    effect.postprocess();
-    effect.cleanup();
-    EXPECT_THAT(recording.texts(),
-                ElementsAre("glUseProgram(3)", "glUseProgram(3)",
-                            // the prologue
-                            "glPushAttrib(0x6000)", "glDisable(GL_TEXTURE_2D)", "glDisable(GL_TEXTURE_3D)",
-                            "glEnable(GL_LIGHTING)", "glEnable(GL_LIGHT0)", "glColor4f(1, 1, 1, 1)",
-                            "glEnable(GL_BLEND)", "glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA)",
-                            "glUseProgram(3)", "glGetUniformLocation(3, \"size\")", "glUniform1fv(3, 1, {1})",
-                            // the epilogue
-                            "glUseProgram(0)", "glUseProgramObjectARB(0)", "glPopAttrib()"));
-    EXPECT_FALSE(effect.dirty);
+TEST_F(Base_shader_calls_test, anEffectDeletesItsProgramAndThenItsStages) {
+    {
+        Plain_shader effect;
+        effect.enable(true);
+        recording.clear();
+    }
+    EXPECT_THAT(calls(), ElementsAre("glDeleteProgram(4)", "glDeleteShader(1)", "glDeleteShader(2)",
+                                     "glDeleteShader(3)"));
+    EXPECT_EQ(driver.liveObjects(), 0U);
 }
 
-TEST_F(Base_shader_calls_test, deliberatelyPassThatIsNotDirtyOnlyKeepsItsUniforms) {
-    Small_shader effect;
-    effect.preprocess();
-    effect.postprocess();
-    effect.cleanup();
-    Recording recording;
-    effect.preprocess();
-    EXPECT_EQ(recording.count("glUniform1fv"), 0U);
-    effect.postprocess();
-    effect.cleanup();
-    effect.setSize(2);
-    recording.clear();
-    effect.preprocess();
-    EXPECT_EQ(recording.count("glUniform1fv"), 2U) << "the kept value, then the new one";
-}
-
-TEST_F(Base_shader_calls_test, markedEffectSendsEverythingAgain) {
-    Small_shader effect;
-    effect.preprocess();
-    effect.postprocess();
-    effect.cleanup();
-    Recording const recording;
-    effect.markDirty();
-    EXPECT_THAT(recording.texts(), IsEmpty());
-    effect.preprocess();
-    EXPECT_EQ(recording.count("glUniform1fv"), 2U);
-}
-
-TEST_F(Base_shader_calls_test, equalParameterLeavesTheEffectClean) {
-    Small_shader effect;
-    effect.dirty = false;
-    effect.setSize(1);
-    effect.setColor({0, 0, 0, 1});
-    EXPECT_FALSE(effect.dirty);
-    effect.setColor({0, 0, 0, 0.5F});
-    EXPECT_TRUE(effect.dirty);
-    EXPECT_EQ(effect.color.a, 0.5F);
-    effect.setColor({0, 0, 0, 0.5F});
-    EXPECT_TRUE(effect.dirty) << "an equal value never cleans";
-}
-
-TEST_F(Base_shader_calls_test, prologueSwitchesOnAsManyLightsAsAsked) {
-    Recording recording;
-    Small_shader::_openPass(0);
-    EXPECT_EQ(recording.count("glEnable"), 2U) << "lighting and blending";
-    recording.clear();
-    Small_shader::_openPass(3);
-    EXPECT_EQ(recording.count("glEnable"), 5U);
-    EXPECT_EQ(recording.texts()[6], "glEnable(GL_LIGHT2)");
-    recording.clear();
-    Small_shader::_openPass(0xFFFFFFFF);
-    EXPECT_EQ(recording.count("glEnable"), 34U) << "a wild number of lights ends";
-}
-
-TEST_F(Base_shader_calls_test, frameSizesAreSentAsFloats) {
-    driver.integer(GL_VIEWPORT, {5, 6, 1000, 600});
-    driver.uniformLocation("FrameWidth", 1).uniformLocation("FrameHeight", 2);
-    driver.uniformLocation("textureWidth", 3).uniformLocation("textureHeight", 4);
-    Small_shader effect;
+TEST_F(Base_shader_calls_test, reloadingDeletesTheSecondStageFirst) {
+    Plain_shader effect;
     effect.enable(true);
-    Recording const recording;
-    effect._sendFrameSize(Small_shader::_readFrameSize());
-    EXPECT_THAT(recording.texts(),
-                ElementsAre("glGetIntegerv(GL_VIEWPORT, pointer)", "glGetUniformLocation(3, \"FrameWidth\")",
-                            "glUniform1fv(1, 1, {1000})", "glGetUniformLocation(3, \"FrameHeight\")",
-                            "glUniform1fv(2, 1, {600})", "glGetUniformLocation(3, \"textureWidth\")",
-                            "glUniform1fv(3, 1, {1024})", "glGetUniformLocation(3, \"textureHeight\")",
-                            "glUniform1fv(4, 1, {1024})"));
-}
-
-TEST_F(Base_shader_calls_test, reloadDeletesTheStagesAndKeepsTheProgram) {
-    Small_shader effect;
-    effect.setShaderConstant("size", Mesh_RL_Shader::CONSTANT_FLOAT, 1, &effect.size);
-    effect.enable(true);  // stages 1 and 2, program 3
     effect.dirty = false;
-    Recording recording;
+    recording.clear();
     effect.reload();
-    EXPECT_THAT(recording.texts(), ElementsAre("glDetachShader(3, 2)", "glDeleteShader(2)",
-                                               "glDetachShader(3, 1)", "glDeleteShader(1)"));
+    EXPECT_THAT(calls(), ElementsAre("glDetachShader(4, 2)", "glDeleteShader(2)", "glDetachShader(4, 1)",
+                                     "glDeleteShader(1)", "glDetachShader(4, 3)", "glDeleteShader(3)"));
     EXPECT_FALSE(effect.created);
     EXPECT_TRUE(effect.dirty);
     EXPECT_EQ(effect.stage1, nullptr);
     EXPECT_EQ(effect.stage2, nullptr);
-    EXPECT_EQ(effect.program->getId(), 3U);
+    EXPECT_EQ(effect.stage3, nullptr);
+    EXPECT_EQ(effect.program->getId(), 4U);
+    effect.reload();
+    EXPECT_THAT(calls(), IsEmpty());
+}
 
+TEST_F(Base_shader_calls_test, afterReloadingTheSameProgramHasNewStagesAndItsUniforms) {
+    Plain_shader effect;
+    effect.enable(true);
+    effect.program->setUniform("u", 1.5F);
+    effect.reload();
     recording.clear();
-    effect.preprocess();
-    EXPECT_EQ(effect.creations, 2);
-    EXPECT_EQ(recording.count("glCreateProgram"), 0U);
-    EXPECT_EQ(recording.count("glLinkProgram"), 1U);
-    EXPECT_GE(recording.count("glUniform1fv"), 1U) << "uniforms of before are sent again";
-}
-
-TEST_F(Base_shader_calls_test, reloadMayBeRepeatedAndComeBeforeTheFirstUse) {
-    Small_shader effect;
-    Recording const recording;
-    effect.reload();
-    effect.reload();
-    EXPECT_THAT(recording.texts(), IsEmpty());
     effect.enable(true);
-    EXPECT_EQ(effect.creations, 1);
+    EXPECT_EQ(effect.creations, 2);
+    EXPECT_EQ(calls(), joined({variantMade(5, "GL_VERTEX_SHADER", "text"),
+                               variantMade(6, "GL_FRAGMENT_SHADER", "text"),
+                               variantMade(7, "GL_GEOMETRY_SHADER_EXT", "text"),
+                               {"glAttachShader(4, 5)", "glAttachShader(4, 6)", "glAttachShader(4, 7)",
+                                "glLinkProgram(4)", "glUseProgram(4)"},
+                               uniformSent(4, "u", 0, "glUniform1fv", "1, {1.5}")}));
 }
 
-TEST_F(Base_shader_calls_test, destructorDeletesTheProgramBeforeTheStages) {
-    auto effect = std::make_unique<Small_shader>();
-    effect->enable(true);
-    effect->stage3 = new Shader_gl;
-    effect->stage3->loadShaderSource(GL_GEOMETRY_SHADER_EXT, "geometry", false);
-    Recording const recording;
-    effect.reset();
-    EXPECT_THAT(recording.texts(), ElementsAre("glDeleteProgram(3)", "glDeleteShader(1)", "glDeleteShader(2)",
-                                               "glDeleteShader(4)"));
-    EXPECT_EQ(driver.liveObjects(), 0U);
+TEST_F(Base_shader_calls_test, reloadingWhatWasNotCreatedOnlyMarks) {
+    Plain_shader effect;
+    effect.dirty = false;
+    effect.reload();
+    EXPECT_TRUE(effect.dirty);
+    EXPECT_FALSE(effect.created);
+    EXPECT_THAT(calls(), IsEmpty());
 }
 
-TEST_F(Base_shader_calls_test, deliberatelyCopyTakesNothing) {
-    driver.programStatus(true, "linked");
-    Small_shader effect;
+TEST_F(Base_shader_calls_test, deliberateACopyTakesNothing) {
+    Plain_shader effect;
+    effect.enable(true);
+    effect.dirty = false;
+    effect.log = "text";
     effect.label = "label";
-    effect.enable(true);
-    effect.postprocess();
-    Recording const recording;
-    Base_shader const& base = effect;
-    Base_shader copy(base);
-    EXPECT_THAT(recording.texts(), IsEmpty());
+    effect.program->setUniform("u", 1);
+    recording.clear();
+    Plain_shader copy(effect);
+    EXPECT_THAT(calls(), IsEmpty());
+    EXPECT_NE(copy.program, effect.program);
+    EXPECT_EQ(copy.program->getId(), 0U);
+    EXPECT_EQ(copy.stage1, nullptr);
+    EXPECT_EQ(copy.stage2, nullptr);
+    EXPECT_EQ(copy.stage3, nullptr);
+    EXPECT_TRUE(copy.dirty);
     EXPECT_FALSE(copy.created);
-    EXPECT_EQ(copy.label, VL_String());
     EXPECT_EQ(copy.getLog(), "");
-
-    Small_shader own(effect);
-    EXPECT_NE(own.program, effect.program);
-    EXPECT_EQ(own.stage1, nullptr);
-    EXPECT_TRUE(own.dirty);
-    own.creations = 0;
-    own.enable(true);
-    EXPECT_EQ(own.creations, 1);
+    EXPECT_EQ(copy.label, VL_String());
+    copy.enable(true);
+    EXPECT_EQ(calls().back(), "glUseProgram(8)");
 }
 
-TEST_F(Base_shader_calls_test, stagesThatDoNotCompileLeaveAnEffectThatWorksOn) {
-    driver.shaderStatus(false, "0:1: no");
-    StreamCapture const output(std::cout);
-    Small_shader effect;
-    effect.preprocess();
-    effect.postprocess();
-    effect.cleanup();
-    EXPECT_EQ(effect.creations, 1);
-    effect.reload();
-    effect.preprocess();
-    effect.cleanup();
-    EXPECT_EQ(effect.creations, 2);
+TEST_F(Base_shader_calls_test, markingAnEffectDirtyMakesNoCall) {
+    Plain_shader effect;
+    effect.dirty = false;
+    effect.markDirty();
+    EXPECT_TRUE(effect.dirty);
+    EXPECT_THAT(calls(), IsEmpty());
 }
 
-TEST_F(Base_shader_calls_test, constantsArePassedByTheirType) {
-    driver.uniformLocation("u", 7);
-    Small_shader effect;
+// == Values by name ==
+
+TEST_F(Base_shader_calls_test, constantsAreUniforms) {
+    Plain_shader effect;
     effect.enable(true);
-    int integers[] = {1, 2, 3};
-    float numbers[] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
-    Recording const recording;
-    effect.setShaderConstant("u", Mesh_RL_Shader::CONSTANT_INT, 3, integers);
-    effect.setShaderConstant("u", Mesh_RL_Shader::CONSTANT_FLOAT, 2, numbers);
-    effect.setShaderConstant("u", Mesh_RL_Shader::CONSTANT_MATRIX, 2, numbers);
-    effect.setShaderConstant("u", Mesh_RL_Shader::UNIFORM_TYPE(99), 3, numbers);
-    Texts sent;
-    for (std::string const& text : recording.texts()) {
-        if (text.find("glUniform") == 0) {
-            sent.push_back(text);
+    recording.clear();
+    std::array<int, 4> integers{1, 2, 3, 4};
+    std::array<float, 16> floats{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
+    for (unsigned int size = 1; size <= 4; ++size) {
+        effect.setShaderConstant("i", Mesh_RL_Shader::CONSTANT_INT, size, integers.data());
+        effect.setShaderConstant("f", Mesh_RL_Shader::CONSTANT_FLOAT, size, floats.data());
+    }
+    for (unsigned int order = 2; order <= 3; ++order) {
+        effect.setShaderConstant("m", Mesh_RL_Shader::CONSTANT_MATRIX, order, floats.data());
+    }
+    effect.setShaderConstant("m", static_cast<Mesh_RL_Shader::UNIFORM_TYPE>(3), 2, floats.data());
+    EXPECT_THAT(uniformsSent(recording),
+                ElementsAre("i glUniform1iv {1}", "f glUniform1fv {1}", "i glUniform2iv {1, 2}",
+                            "f glUniform2fv {1, 2}", "i glUniform3iv {1, 2, 3}", "f glUniform3fv {1, 2, 3}",
+                            "i glUniform4iv {1, 2, 3, 4}", "f glUniform4fv {1, 2, 3, 4}",
+                            "m glUniformMatrix2fv {1, 2, 3, 4}",
+                            "m glUniformMatrix3fv {1, 2, 3, 4, 5, 6, 7, 8, 9}",
+                            "m glUniformMatrix2fv {1, 2, 3, 4}"));
+}
+
+TEST_F(Base_shader_calls_test, constantsAreKeptBeforeTheEffectIsCreated) {
+    Plain_shader effect;
+    int value = 7;
+    effect.setShaderConstant("u", Mesh_RL_Shader::CONSTANT_INT, 1, &value);
+    EXPECT_THAT(calls(), IsEmpty());
+    EXPECT_EQ(effect.creations, 0);
+    effect.enable(true);
+    EXPECT_THAT(uniformsSent(recording), ElementsAre("u glUniform1iv {7}"));
+}
+
+TEST_F(Base_shader_calls_test, constantsWithBadSizesAreNotSent) {
+    Plain_shader effect;
+    effect.enable(true);
+    recording.clear();
+    float value = 7;
+    for (unsigned int const size : {0U, 5U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
+        for (unsigned int const type : {0U, 1U, 2U, 99U}) {
+            effect.setShaderConstant("u", static_cast<Mesh_RL_Shader::UNIFORM_TYPE>(type), size, &value);
         }
     }
-    EXPECT_THAT(sent, ElementsAre("glUniform3iv(7, 1, {1, 2, 3})", "glUniform2fv(7, 1, {1, 2})",
-                                  "glUniformMatrix2fv(7, 1, GL_FALSE, {1, 2, 3, 4})",
-                                  "glUniformMatrix3fv(7, 1, GL_FALSE, {1, 2, 3, 4, 5, 6, 7, 8, 9})"));
-    effect.setShaderConstant("u", Mesh_RL_Shader::CONSTANT_FLOAT, 0xFFFFFFFF, numbers);
-    effect.setShaderConstant(nullptr, Mesh_RL_Shader::CONSTANT_FLOAT, 1, nullptr);
+    effect.setShaderConstant("u", Mesh_RL_Shader::CONSTANT_FLOAT, 1, nullptr);
+    EXPECT_THAT(uniformsSent(recording), IsEmpty());
+    effect.setShaderConstant(nullptr, Mesh_RL_Shader::CONSTANT_FLOAT, 1, &value);
+    EXPECT_THAT(uniformsSent(recording), ElementsAre(" glUniform1fv {7}"));
 }
 
 // == Textures ==
 
-TEST_F(Base_shader_calls_test, imageIsUploadedIntoTheTextureThatIsNamed) {
-    Small_shader effect;
-    Recording const recording;
-    effect.loadTexture(image(4, 2, 3, 8), 9, GL_RGB);
-    EXPECT_EQ(recording.texts(), uploadCalls("GL_RGB, 4, 2, 0, GL_RGB, GL_UNSIGNED_BYTE"));
+/// A texture's parameters when it is bound for an upload.
+Texts bound(unsigned int texture) {
+    return {"glBindTexture(GL_TEXTURE_2D, " + std::to_string(texture) + ")",
+            "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT)",
+            "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_REPEAT)",
+            "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR)",
+            "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR)"};
+}
+
+/// An upload into texture 70, from the internal format to the pixels' type.
+Texts uploaded(std::string const& image, bool isAligned = true) {
+    Texts const unaligned{"glPushClientAttrib(0x1)", "glPixelStorei(GL_UNPACK_ALIGNMENT, 1)"};
+    Texts const aligned{"glPopClientAttrib()"};
+    return joined({{"glDeleteTextures(1, {70})", "glGenTextures(1, pointer)"},
+                   bound(70),
+                   isAligned ? Texts{} : unaligned,
+                   {"glTexImage2D(GL_TEXTURE_2D, 0, " + image + ", pointer)"},
+                   isAligned ? Texts{} : aligned,
+                   {"glGetError()", "glTexEnvf(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE)"}});
 }
 
 TEST_F(Base_shader_calls_test, formatAndTypeFollowTheImage) {
-    struct Case {
-        unsigned int channels, bits;
-        std::string upload;
+    struct Row {
+        unsigned int channels;
+        unsigned int bits;
+        char const* expected;
     };
-    for (Case const& c : {Case{3, 8, "GL_RGB, GL_UNSIGNED_BYTE"},
-                          {4, 8, "GL_RGBA, GL_UNSIGNED_BYTE"},
-                          {3, 16, "GL_RGB, GL_UNSIGNED_SHORT"},
-                          {4, 16, "GL_RGBA, GL_UNSIGNED_SHORT"},
-                          {3, 32, "GL_RGB, GL_FLOAT"},
-                          {4, 32, "GL_RGBA, GL_FLOAT"},
-                          {1, 8, "GL_RGBA, GL_UNSIGNED_BYTE"},
-                          {2, 16, "GL_RGBA, GL_UNSIGNED_SHORT"},
-                          {1, 32, "GL_RGBA, GL_FLOAT"}}) {
-        Small_shader effect;
-        Recording const recording;
-        effect.loadTexture(image(4, 2, c.channels, c.bits), 9, GL_RGBA8);
-        EXPECT_EQ(recording.texts(), uploadCalls("GL_RGBA8, 4, 2, 0, " + c.upload))
-            << c.channels << ' ' << c.bits;
+    for (Row const& row : {Row{3, 8, "GL_RGB, GL_UNSIGNED_BYTE"}, Row{4, 8, "GL_RGBA, GL_UNSIGNED_BYTE"},
+                           Row{3, 16, "GL_RGB, GL_UNSIGNED_SHORT"}, Row{4, 16, "GL_RGBA, GL_UNSIGNED_SHORT"},
+                           Row{3, 32, "GL_RGB, GL_FLOAT"}, Row{4, 32, "GL_RGBA, GL_FLOAT"},
+                           Row{1, 8, "GL_RGBA, GL_UNSIGNED_BYTE"}, Row{2, 16, "GL_RGBA, GL_UNSIGNED_SHORT"},
+                           Row{1, 32, "GL_RGBA, GL_FLOAT"}}) {
+        Plain_shader effect;
+        VL_Image image;
+        ASSERT_TRUE(image.create(4, 2, row.channels, row.bits));
+        void const* const pixels = row.bits == 8    ? static_cast<void const*>(image.getBuffer())
+                                   : row.bits == 16 ? static_cast<void const*>(image.getBuffer16())
+                                                    : static_cast<void const*>(image.getBuffer32());
+        effect.loadTexture(image, 70, RGB8);
+        bool const isSentAsItIs =
+            recording.named("glTexImage2D").at(0).addresses.at(0) == reinterpret_cast<std::uintptr_t>(pixels);
+        EXPECT_EQ(isSentAsItIs, row.channels >= 3) << "gray is spread over a copy";
+        EXPECT_EQ(calls(), uploaded(std::string("GL_RGB8, 4, 2, 0, ") + row.expected))
+            << row.channels << " channels of " << row.bits << " bits";
     }
-}
-
-TEST_F(Base_shader_calls_test, rowsOfOddLengthAreUploadedWithoutGaps) {
-    Small_shader effect;
-    Recording recording;
-    effect.loadTexture(image(3, 2, 3, 8), 9, GL_RGB);
-    EXPECT_EQ(recording.texts(), uploadCalls("GL_RGB, 3, 2, 0, GL_RGB, GL_UNSIGNED_BYTE", true));
-    recording.clear();
-    effect.loadTexture(image(1, 2, 3, 16), 9, GL_RGB);
-    EXPECT_EQ(recording.texts(), uploadCalls("GL_RGB, 1, 2, 0, GL_RGB, GL_UNSIGNED_SHORT", true));
-}
-
-TEST_F(Base_shader_calls_test, emptyImageDoesNothing) {
-    Small_shader effect;
-    Recording const recording;
-    effect.loadTexture(VL_Image(), 9, GL_RGB);
-    effect.loadTextureRGB(VL_Image(), 9);
-    effect.loadTextureFloat32(VL_Image(), 9);
-    EXPECT_THAT(recording.texts(), IsEmpty());
 }
 
 TEST_F(Base_shader_calls_test, shortFormsChooseTheInternalFormat) {
-    Small_shader effect;
-    Recording recording;
-    effect.loadTextureFloat32(image(4, 2, 4, 32), 9);
-    EXPECT_EQ(recording.texts(), uploadCalls("GL_RGBA32F_ARB, 4, 2, 0, GL_RGBA, GL_FLOAT"));
-    static_assert(GL_RGBA32F_ARB == 34836);
-    recording.clear();
-    effect.loadTextureRGB(image(4, 2, 4, 8), 9);
-    EXPECT_EQ(recording.texts(), uploadCalls("GL_RGB, 4, 2, 0, GL_RGBA, GL_UNSIGNED_BYTE"));
+    Plain_shader effect;
+    VL_Image image;
+    ASSERT_TRUE(image.create(4, 2, 4, 32));
+    effect.loadTextureRGB(image, 70);
+    EXPECT_EQ(calls(), uploaded("GL_RGB, 4, 2, 0, GL_RGBA, GL_FLOAT"));
+    effect.loadTextureFloat32(image, 70);
+    EXPECT_EQ(calls(), uploaded("GL_RGBA32F_ARB, 4, 2, 0, GL_RGBA, GL_FLOAT"));
 }
 
-TEST_F(Base_shader_calls_test, uploadErrorIsTakenAndNamedForNobody) {
-    driver.errors({GL_OUT_OF_MEMORY, GL_INVALID_VALUE});
-    Small_shader effect;
+TEST_F(Base_shader_calls_test, rowsOfOddLengthAreUploadedWithoutPadding) {
+    Plain_shader effect;
+    VL_Image image;
+    ASSERT_TRUE(image.create(3, 2, 3, 8));
+    effect.loadTextureRGB(image, 70);
+    EXPECT_EQ(calls(), uploaded("GL_RGB, 3, 2, 0, GL_RGB, GL_UNSIGNED_BYTE", false));
+    ASSERT_TRUE(image.create(1, 2, 3, 16));
+    effect.loadTextureRGB(image, 70);
+    EXPECT_EQ(calls(), uploaded("GL_RGB, 1, 2, 0, GL_RGB, GL_UNSIGNED_SHORT", false));
+}
+
+TEST_F(Base_shader_calls_test, uploadLargerThanItsImageReadsNothingBeyondIt) {
+    VL_Image image;
+    ASSERT_TRUE(image.create(5, 3, 3, 8));
+    Plain_shader::_uploadTexture(image, 70, RGB, 8, 4);
+    gl_spy::Call const upload = recording.calls().back();
+    EXPECT_EQ(upload.text(),
+              "glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB, 8, 4, 0, GL_RGB, GL_UNSIGNED_BYTE, pointer)");
+    EXPECT_NE(upload.addresses.at(0), reinterpret_cast<std::uintptr_t>(image.getBuffer()));
+}
+
+TEST_F(Base_shader_calls_test, anEmptyImageDoesNothing) {
+    Plain_shader effect;
+    effect.loadTexture(VL_Image(), 70, RGB);
+    effect.loadTextureRGB(VL_Image(), 70);
+    effect.loadTextureFloat32(VL_Image(), 70);
+    EXPECT_THAT(calls(), IsEmpty());
+    EXPECT_THAT(layer.requests, IsEmpty());
+}
+
+TEST_F(Base_shader_calls_test, deliberateTheTextureIsDestroyedAndAnotherMadeAndIgnored) {
+    Plain_shader effect;
+    VL_Image image;
+    ASSERT_TRUE(image.create(4, 4, 3, 8));
+    effect.loadTextureRGB(image, 70);
+    EXPECT_THAT(layer.requests, ElementsAre("destroyTexture(70)", "createTexture()"));
+}
+
+TEST_F(Base_shader_calls_test, uploadErrorIsDiscarded) {
+    Plain_shader effect;
+    VL_Image image;
+    ASSERT_TRUE(image.create(4, 4, 3, 8));
+    driver.errors({OUT_OF_MEMORY, INVALID_OPERATION});
     StreamCapture const output(std::cout);
-    Recording const recording;
-    effect.loadTextureRGB(image(4, 2, 3, 8), 9);
-    EXPECT_EQ(recording.count("gluErrorString"), 1U);
-    EXPECT_EQ(recording.texts().back(), "glTexEnvf(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE)");
+    StreamCapture const errors(std::cerr);
+    effect.loadTextureRGB(image, 70);
     EXPECT_EQ(driver.errorsLeft(), 1U);
-    EXPECT_EQ(output.text(), "");
+    EXPECT_EQ(recording.count("glGetError"), 1U);
+    EXPECT_EQ(recording.count("gluErrorString"), 1U);
+    EXPECT_EQ(calls().back(), "glTexEnvf(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE)");
+    EXPECT_EQ(output.text() + errors.text(), "");
 }
 
-TEST_F(Base_shader_calls_test, textureIsReadFromAFile) {
-    picture_files::writePng(folder.file("a.png"), {4, 2, 8, 2},
-                            [](std::size_t, std::size_t, std::size_t) { return 1U; });
-    Small_shader effect;
-    Recording recording;
-    effect.loadTextureRGB(VL_String(folder.file("a.png").c_str()), 9);
-    Texts expected = uploadCalls("GL_RGB, 4, 2, 0, GL_RGB, GL_UNSIGNED_BYTE");
-    expected.insert(expected.begin(), "glDeleteTextures(1, {9})");
-    EXPECT_EQ(recording.texts(), expected);
-    recording.clear();
-    effect.loadTextureFloat32(VL_String(folder.file("a.png").c_str()), 9);
-    expected = uploadCalls("GL_RGBA32F_ARB, 4, 2, 0, GL_RGB, GL_UNSIGNED_BYTE");
-    expected.insert(expected.begin(), "glDeleteTextures(1, {9})");
-    EXPECT_EQ(recording.texts(), expected);
+TEST_F(Base_shader_calls_test, picturesAreReadFromFiles) {
+    TemporaryFolder const folder;
+    VL_String const path(folder.file("a.png").c_str());
+    picture_files::Png png;
+    png.width = 4;
+    png.height = 2;
+    picture_files::writePng(folder.file("a.png"), png, [](std::size_t x, std::size_t, std::size_t) {
+        return static_cast<unsigned int>(x);
+    });
+    Plain_shader effect;
+    Texts const destroyed{"glDeleteTextures(1, {70})"};
+    effect.loadTextureRGB(path, 70);
+    EXPECT_EQ(calls(), joined({destroyed, uploaded("GL_RGB, 4, 2, 0, GL_RGB, GL_UNSIGNED_BYTE")}));
+    EXPECT_THAT(layer.requests, ElementsAre("destroyTexture(70)", "destroyTexture(70)", "createTexture()"));
+    effect.loadTextureFloat32(path, 70);
+    EXPECT_EQ(calls(), joined({destroyed, uploaded("GL_RGBA32F_ARB, 4, 2, 0, GL_RGB, GL_UNSIGNED_BYTE")}));
 }
 
-TEST_F(Base_shader_calls_test, fileThatCannotBeReadOnlyDeletesTheTexture) {
-    Small_shader effect;
-    for (std::string const& path : {std::string(), folder.file("missing.png"), folder.write("a.png", "no")}) {
-        Recording recording;
-        effect.loadTextureRGB(VL_String(path.c_str()), 9);
-        EXPECT_THAT(recording.texts(), ElementsAre("glDeleteTextures(1, {9})"));
-        recording.clear();
-        effect.loadTextureFloat32(VL_String(path.c_str()), 9);
-        EXPECT_THAT(recording.texts(), ElementsAre("glDeleteTextures(1, {9})"));
+TEST_F(Base_shader_calls_test, picturesThatAreMissingOnlyDestroyTheTexture) {
+    Plain_shader effect;
+    TemporaryFolder const folder;
+    for (std::string const& file :
+         {std::string(), folder.file("none.png"), std::string("/"), folder.write("a.png", "no image")}) {
+        char const* const path = file.c_str();
+        effect.loadTextureRGB(VL_String(path), 70);
+        EXPECT_THAT(calls(), ElementsAre("glDeleteTextures(1, {70})")) << path;
+        effect.loadTextureFloat32(VL_String(path), 71);
+        EXPECT_THAT(calls(), ElementsAre("glDeleteTextures(1, {71})")) << path;
     }
 }
 
-TEST_F(Base_shader_calls_test, withoutRenderLayerTexturesAreUploadedAllTheSame) {
+TEST_F(Base_shader_calls_test, withoutALayerTexturesAreNotDestroyed) {
+    Core_RL* const former = VL_Raster;
     VL_Raster = nullptr;
-    Small_shader effect;
-    Recording const recording;
-    effect.loadTextureRGB(image(4, 2, 3, 8), 9);
-    effect.loadTextureRGB(VL_String("missing"), 9);
+    Plain_shader effect;
+    VL_Image image;
+    ASSERT_TRUE(image.create(4, 4, 3, 8));
+    effect.loadTextureRGB(image, 70);
+    effect.loadTextureFloat32(VL_String("/none/of/these.png"), 70);
+    VL_Raster = former;
     EXPECT_EQ(recording.count("glTexImage2D"), 1U);
     EXPECT_EQ(recording.count("glDeleteTextures"), 0U);
 }
 
-TEST_F(Base_shader_calls_test, uploadLargerThanItsImageReadsNothingBeyondIt) {
-    VL_Image const small = image(5, 3, 3, 8);
-    Recording const recording;
-    Small_shader::_uploadTexture(small, 9, GL_RGB, 8, 4);
-    EXPECT_EQ(recording.texts().back(),
-              "glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB, 8, 4, 0, GL_RGB, GL_UNSIGNED_BYTE, pointer)");
-    EXPECT_NE(recording.calls().back().addresses[0], reinterpret_cast<std::uintptr_t>(small.getBuffer()));
+TEST_F(Base_shader_calls_test, powersOfTwo) {
+    for (std::pair<int, int> const& pair : std::vector<std::pair<int, int>>{{0, 0},
+                                                                            {1, 1},
+                                                                            {2, 2},
+                                                                            {3, 4},
+                                                                            {5, 8},
+                                                                            {8, 8},
+                                                                            {9, 16},
+                                                                            {600, 1024},
+                                                                            {1000, 1024},
+                                                                            {1024, 1024},
+                                                                            {1025, 2048},
+                                                                            {65537, 131072},
+                                                                            {-1, 0},
+                                                                            {-1000, 0},
+                                                                            {1 << 30, 1 << 30},
+                                                                            {INT_MIN, INT_MIN},
+                                                                            {INT_MAX, INT_MIN}}) {
+        EXPECT_EQ(Base_shader::nextHighestPowerOf2(pair.first), pair.second) << pair.first;
+    }
 }
 
-TEST_F(Base_shader_calls_test, powersOfTwoAreRoundedUp) {
-    EXPECT_EQ(Base_shader::nextHighestPowerOf2(0), 0);
-    EXPECT_EQ(Base_shader::nextHighestPowerOf2(1), 1);
-    EXPECT_EQ(Base_shader::nextHighestPowerOf2(2), 2);
-    EXPECT_EQ(Base_shader::nextHighestPowerOf2(3), 4);
-    EXPECT_EQ(Base_shader::nextHighestPowerOf2(5), 8);
-    EXPECT_EQ(Base_shader::nextHighestPowerOf2(1024), 1024);
-    EXPECT_EQ(Base_shader::nextHighestPowerOf2(1025), 2048);
-    EXPECT_EQ(Base_shader::nextHighestPowerOf2(1 << 30), 1 << 30);
-    EXPECT_EQ(Base_shader::nextHighestPowerOf2(-5), 0);
-    EXPECT_EQ(Base_shader::nextHighestPowerOf2(INT_MIN), INT_MIN) << "no overflow";
-    EXPECT_EQ(Base_shader::nextHighestPowerOf2(INT_MAX), INT_MIN) << "no overflow";
-}
-
-TEST_F(Base_shader_calls_test, framebufferIsCopiedInPowersOfTwo) {
-    driver.integer(GL_VIEWPORT, {5, 6, 1000, 600});
-    Small_shader effect;
-    Recording const recording;
-    effect.copyFramebufferToTexture(9);
-    EXPECT_THAT(recording.texts(),
-                ElementsAre("glGetIntegerv(GL_VIEWPORT, pointer)", "glBindTexture(GL_TEXTURE_2D, 9)",
-                            "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT)",
-                            "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_REPEAT)",
-                            "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR)",
-                            "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR)",
-                            "glCopyTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 5, 6, 1024, 1024, 0)"));
+TEST_F(Base_shader_calls_test, deliberateFramebuffersAreCopiedBeyondTheViewport) {
+    Plain_shader effect;
+    driver.integer(VIEWPORT_STATE, {10, 20, 1000, 600});
+    effect.copyFramebufferToTexture(70);
+    EXPECT_EQ(calls(), joined({{"glGetIntegerv(GL_VIEWPORT, pointer)"},
+                               bound(70),
+                               {"glCopyTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 10, 20, 1024, 1024, 0)"}}));
+    driver.integer(VIEWPORT_STATE, {0, 0, 512, 513});
+    effect.copyFramebufferToTexture(70);
+    EXPECT_EQ(calls().back(), "glCopyTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 0, 0, 512, 1024, 0)");
 }
 
 }  // namespace
+
 }  // namespace vellum

@@ -1,9 +1,10 @@
 #pragma once
 
-#include "Core_RL_GL.h"
 #include "tests/gl_spy/gl_spy.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/picture_files.h"
+#include "tests/vl_raster_gl/NotingLayer.h"
+#include "tests/vl_raster_gl/glsl_calls.h"
 #include "tests/vl_raster_gl/glsl_shader/effect_calls.h"
 
 #include <gtest/gtest.h>
@@ -12,8 +13,42 @@
 
 #include "internal/gl_api.h"
 
-/// What the tests of surface effects share.
+/// What the tests of effects share.
 namespace vellum {
+
+/// An effect with the members that effects keep to themselves.
+template <class Effect>
+class Open : public Effect {
+public:
+    using Effect::dirty;
+    using Effect::Effect;
+    using Effect::log;
+    using Effect::program;
+    using Effect::stage1;
+    using Effect::stage2;
+    using Effect::stage3;
+};
+
+/// A driver with geometry stages under a layer that notes what effects ask of it.
+class Effect_fixture : public testing::Test {
+protected:
+    void SetUp() override {
+        // The layer reads the extensions once.
+        layer.isExtensionSupported("GL_EXT_geometry_shader4");
+        recording.clear();
+    }
+
+    /// The calls since the last time.
+    Texts calls() {
+        Texts texts = callsOf(recording);
+        recording.clear();
+        return texts;
+    }
+
+    gl_spy::Script driver = gl_spy::drivers::geometryShader4();
+    NotingLayer layer;
+    gl_spy::Recording recording;
+};
 
 /// A layer over the recording OpenGL with a viewport of 1000 x 600 pixels.
 class Surface_effect_calls_test : public testing::Test {

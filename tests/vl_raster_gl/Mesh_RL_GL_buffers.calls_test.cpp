@@ -1,7 +1,8 @@
 #include "Mesh_RL_GL.h"
 
 #include "foundation/geometry/Mesh.h"
-#include "mesh_contract.h"
+#include "mesh_calls.h"
+#include "tests/foundation/geometry/mesh_shapes.h"
 #include "tests/gl_spy/gl_spy.h"
 
 #include <gmock/gmock.h>
@@ -21,14 +22,16 @@ namespace vellum {
 
 namespace {
 
-using namespace mesh_contract;
+using namespace mesh_calls;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
 
+class Mesh_RL_GL_buffers_calls_test : public Mesh_fixture {};
+
 // == Buffers: first filling ==
 
-TEST_F(Mesh_RL_GL_contract_calls_test, theFirstUpdateMakesPositionsSmoothAndFacetedNormals) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, theFirstUpdateMakesPositionsSmoothAndFacetedNormals) {
     EXPECT_EQ(update(), joined({made(POSITIONS, THREE_FLOATS), made(SMOOTH, THREE_FLOATS),
                                 made(FACETED, THREE_FLOATS)}));
 
@@ -37,7 +40,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, theFirstUpdateMakesPositionsSmoothAndFace
     EXPECT_EQ(contents(FACETED), data.soupOfFaceNormals());
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, theFirstUpdateWithAChannelAndEdgesMakesAllFive) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, theFirstUpdateWithAChannelAndEdgesMakesAllFive) {
     addPerVertex("map");
     // Six lines: two borders of each triangle, and the shared edge from both sides.
     std::size_t const edgeBytes = std::size_t{6} * 2 * 4;
@@ -47,7 +50,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, theFirstUpdateWithAChannelAndEdgesMakesAl
     EXPECT_EQ(contents(4), PER_POSITION_SOUP);
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, theFirstFillingDoesNotAskForModifiedArrays) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, theFirstFillingDoesNotAskForModifiedArrays) {
     // Another renderer of the same mesh has consumed the bits.
     update();
     Mesh_RL_GL second(&mesh, false);
@@ -57,17 +60,19 @@ TEST_F(Mesh_RL_GL_contract_calls_test, theFirstFillingDoesNotAskForModifiedArray
     EXPECT_EQ(contents(6), data.soupOfFaceNormals());
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, positionsAreNarrowedToTheNearestFloat) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, positionsAreNarrowedToTheNearestFloat) {
     data.positions[0] = {1.0 / 3.0, 16777217.0, 1e300};
+    data.positions[1].x = 1e-60;
     mesh.setPositions(data.positions);
     update();
     std::vector<float> const soup = contents(POSITIONS);
     EXPECT_EQ(soup[0], static_cast<float>(1.0 / 3.0));
     EXPECT_EQ(soup[1], 16777216.0F);
     EXPECT_EQ(soup[2], std::numeric_limits<float>::infinity());
+    EXPECT_EQ(soup[3], 0.0F);
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, anUpdateClearsTheModifiedBitsOfWhatItHasConsumed) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, anUpdateClearsTheModifiedBitsOfWhatItHasConsumed) {
     addIndexed("map");
     for (ArrayId const& id : {mesh.positions(), mesh.triangles(), mesh.vertexNormals(),
                               mesh.normalTriangles(), mesh.faceNormals()})
@@ -80,7 +85,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, anUpdateClearsTheModifiedBitsOfWhatItHasC
         EXPECT_FALSE(isModified(id));
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, anUpdateLeavesTheOtherReadersBitsAlone) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, anUpdateLeavesTheOtherReadersBitsAlone) {
     ArrayTypeable* const positions = VL_ArrayServer.resolve(mesh.positions());
     positions->flags |= ARRAY_TYPEABLE_MODIFIED_CONTROL_1 | ARRAY_TYPEABLE_MODIFIED_CONTROL_2;
     update();
@@ -88,92 +93,136 @@ TEST_F(Mesh_RL_GL_contract_calls_test, anUpdateLeavesTheOtherReadersBitsAlone) {
               ARRAY_TYPEABLE_MODIFIED_CONTROL_1 | ARRAY_TYPEABLE_MODIFIED_CONTROL_2);
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, aMeshWithoutTrianglesHasBuffersOfNoBytesAndWritesNothing) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, aMeshWithoutTrianglesHasBuffersOfNoBytesAndWritesNothing) {
     Mesh empty;
     Mesh_RL_GL emptyRenderer(&empty, false);
     VL_String const channel("map");
     gl_spy::Recording const recording;
     emptyRenderer.createBufferObjects(&channel, true);
 
-    EXPECT_EQ(recording.count("glMapBuffer"), 0U);
-    EXPECT_EQ(recording.count("glGenBuffers"), 5U);
-    for (gl_spy::Call const& c : recording.named("glBufferData"))
-        EXPECT_EQ(c.numbers.at(0), 0) << c.text();
-    EXPECT_EQ(recording.count("glBufferData"), 5U);
+    Texts expected;
+    for (unsigned int name = 1; name <= 5; ++name) {
+        std::string const target = name == 5 ? ELEMENTS : ARRAY;
+        expected =
+            joined({expected,
+                    {"glGenBuffers(1, pointer)", binding(target, name),
+                     call("glBufferData", target + ", 0, null, GL_DYNAMIC_DRAW"), binding(target, 0)}});
+    }
+    EXPECT_EQ(recording.texts(), expected);
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, aMeshWithoutTrianglesIsDrawnAsNoCorners) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, aMeshWithoutTrianglesIsDrawnAsNoCorners) {
     Mesh empty;
     Mesh_RL_GL emptyRenderer(&empty, false);
     emptyRenderer.useBufferObjects = true;
-    gl_spy::Recording const recording;
+    gl_spy::Recording recording;
     emptyRenderer.render();
     emptyRenderer.renderFaceted();
     emptyRenderer.renderEdges();
-    for (gl_spy::Call const& c : recording.named("glDrawArrays"))
+    EXPECT_EQ(recording.count("glDrawArrays"), 2U);
+    for (gl_spy::Call const& c : recording.named("glDrawArrays")) {
         EXPECT_EQ(c.text(), "glDrawArrays(GL_TRIANGLES, 0, 0)");
+    }
+    emptyRenderer.useBufferObjects = false;
+    recording.clear();
+    emptyRenderer.render();
+    EXPECT_THAT(recording.texts(), ElementsAre("glBegin(GL_TRIANGLES)", "glEnd()"));
 }
 
 // == Buffers: refilling ==
 
-TEST_F(Mesh_RL_GL_contract_calls_test, updatingTwiceWithoutEditsFillsOnce) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, updatingTwiceWithoutEditsFillsOnce) {
     addPerVertex("map");
     update("map", true);
     EXPECT_THAT(update("map", true), IsEmpty());
     EXPECT_THAT(update(nullptr, false), IsEmpty());
+    EXPECT_THAT(update("map", true), IsEmpty()) << "the channel is remembered over updates without one";
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, modifiedPositionsRewriteThePositionsAlone) {
-    update();
-    data.positions[3] = {-1, -2, -3};
-    *(VL_ArrayServer.resolve(mesh.positions())->as<Vector3<double>>() + 3) = data.positions[3];
-    mesh.markModified(mesh.positions());
-
-    EXPECT_EQ(update(), rewritten(POSITIONS));
-    EXPECT_EQ(contents(POSITIONS), data.soupOfPositions());
-    EXPECT_FALSE(isModified(mesh.positions()));
+TEST_F(Mesh_RL_GL_buffers_calls_test, editOfOneArrayRewritesOnlyItsBuffersInPlace) {
+    addPerVertex("map");
+    update("map", true);
+    constexpr unsigned int COORDINATES = 4;
+    constexpr unsigned int EDGES = 5;
+    struct Row {
+        char const* name;
+        ArrayId id;
+        std::function<void()> edit;
+        std::vector<unsigned int> rewritten;
+    };
+    std::vector<Row> const rows{
+        {"positions",
+         mesh.positions(),
+         [&] {
+             data.positions[3] = {-1, -2, -3};
+             VL_ArrayServer.resolve(mesh.positions())->as<Vector3<double>>()[3] = data.positions[3];
+         },
+         {POSITIONS}},
+        {"triangles",
+         mesh.triangles(),
+         [&] {
+             data.triangles[0] = {0, 1, 4};
+             VL_ArrayServer.resolve(mesh.triangles())->as<Triangle>()[0] = data.triangles[0];
+         },
+         {POSITIONS, EDGES}},
+        {"vertex normals",
+         mesh.vertexNormals(),
+         [&] {
+             data.vertexNormals[4] = {7, 8, 9};
+             VL_ArrayServer.resolve(mesh.vertexNormals())->as<Vector3<float>>()[4] = data.vertexNormals[4];
+         },
+         {SMOOTH, EDGES}},
+        {"normal triangles",
+         mesh.normalTriangles(),
+         [&] {
+             data.normalTriangles[0].e0 = 3;
+             VL_ArrayServer.resolve(mesh.normalTriangles())->as<Triangle>()[0] = data.normalTriangles[0];
+         },
+         {SMOOTH, EDGES}},
+        {"face normals",
+         mesh.faceNormals(),
+         [&] {
+             data.faceNormals[1] = {7, 8, 9, 0};
+             VL_ArrayServer.resolve(mesh.faceNormals())->as<Color4<float>>()[1] = data.faceNormals[1];
+         },
+         {FACETED}},
+        {"coordinates", mesh.namedArray(MeshArrayInf_ns::PER_VERTEX, "map"), [] {}, {COORDINATES}},
+        {"adjacency", mesh.adjacency(), [] {}, {EDGES}},
+    };
+    for (Row const& row : rows) {
+        row.edit();
+        mesh.markModified(row.id);
+        Texts expected;
+        for (unsigned int const name : row.rewritten) {
+            expected = joined({expected, rewritten(name, name == EDGES ? ELEMENTS : ARRAY)});
+        }
+        EXPECT_EQ(update("map", true), expected) << row.name;
+        EXPECT_FALSE(isModified(row.id)) << row.name;
+        EXPECT_EQ(contents(POSITIONS), data.soupOfPositions()) << row.name;
+        EXPECT_EQ(contents(SMOOTH), data.soupOfVertexNormals()) << row.name;
+        EXPECT_EQ(contents(FACETED), data.soupOfFaceNormals()) << row.name;
+    }
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, anEditWithoutItsModifiedBitIsNotSeen) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, deliberatelyEditedTrianglesLeaveTheCoordinates) {
+    addPerVertex("map");
+    update("map");
+    mesh.setTriangles({{1, 2, 0}, {2, 1, 3}});
+    EXPECT_EQ(update("map"), rewritten(POSITIONS));
+    EXPECT_EQ(contents(4), PER_POSITION_SOUP);
+    mesh.markModified(mesh.namedArray(MeshArrayInf_ns::PER_VERTEX, "map"));
+    EXPECT_EQ(update("map"), rewritten(4));
+    EXPECT_EQ(contents(4).at(0), PER_POSITION_SOUP[2]) << "coordinates of position 1";
+}
+
+TEST_F(Mesh_RL_GL_buffers_calls_test, anEditWithoutItsModifiedBitIsNotSeen) {
     update();
     VL_ArrayServer.resolve(mesh.positions())->as<Vector3<double>>()[3] = {-1, -2, -3};
     EXPECT_THAT(update(), IsEmpty());
     EXPECT_EQ(contents(POSITIONS), data.soupOfPositions());
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, modifiedTrianglesRewriteThePositionsAlone) {
-    update();
-    data.triangles[0] = {4, 2, 1};
-    mesh.setTriangles(data.triangles);
-    EXPECT_EQ(update(), rewritten(POSITIONS));
-    EXPECT_EQ(contents(POSITIONS), data.soupOfPositions());
-}
-
-TEST_F(Mesh_RL_GL_contract_calls_test, modifiedVertexNormalsRewriteTheSmoothNormalsAlone) {
-    update();
-    data.vertexNormals[4] = {7, 8, 9};
-    mesh.setVertexNormals(data.vertexNormals);
-    EXPECT_EQ(update(), rewritten(SMOOTH));
-    EXPECT_EQ(contents(SMOOTH), data.soupOfVertexNormals());
-}
-
-TEST_F(Mesh_RL_GL_contract_calls_test, modifiedNormalTrianglesRewriteTheSmoothNormalsAlone) {
-    update();
-    data.normalTriangles[1] = {4, 4, 0};
-    mesh.setNormalTriangles(data.normalTriangles);
-    EXPECT_EQ(update(), rewritten(SMOOTH));
-    EXPECT_EQ(contents(SMOOTH), data.soupOfVertexNormals());
-}
-
-TEST_F(Mesh_RL_GL_contract_calls_test, modifiedFaceNormalsRewriteTheFacetedNormalsAlone) {
-    update();
-    data.faceNormals[1] = {7, 8, 9, 0};
-    mesh.setFaceNormals(data.faceNormals);
-    EXPECT_EQ(update(), rewritten(FACETED));
-    EXPECT_EQ(contents(FACETED), data.soupOfFaceNormals());
-}
-
-TEST_F(Mesh_RL_GL_contract_calls_test, anotherTriangleCountReallocatesAllBuffersTogether) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, anotherTriangleCountReallocatesAllBuffersTogether) {
     update();
     // Only the arrays that must follow the count are set: the positions and vertex normals carry no bit.
     data.triangles = {{0, 1, 2}};
@@ -191,7 +240,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, anotherTriangleCountReallocatesAllBuffers
     EXPECT_THAT(update(), IsEmpty()) << "the new count is the one to compare with";
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, anotherTriangleCountReallocatesTheCoordinatesToo) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, anotherTriangleCountReallocatesTheCoordinatesToo) {
     addPerVertex("map");
     update("map");
     mesh.setTriangles({{0, 1, 2}});
@@ -203,24 +252,27 @@ TEST_F(Mesh_RL_GL_contract_calls_test, anotherTriangleCountReallocatesTheCoordin
     EXPECT_EQ(contents(8), (std::vector<float>{0.5F, 0.25F, 0.75F, 0.125F, 0.375F, 1}));
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, coordinatesOfAnOldTriangleCountAreNeverDrawnFrom) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, coordinatesOfAnOldTriangleCountAreNeverDrawnFrom) {
     addPerVertex("map");
     update("map");
     mesh.setTriangles({{0, 1, 2}, {2, 1, 3}, {1, 4, 3}});
     mesh.setNormalTriangles({{4, 3, 2}, {1, 0, 2}, {0, 0, 0}});
     mesh.setFaceNormals({{1, 2, 3, 4}, {1, 2, 3, 4}, {1, 2, 3, 4}});
     mesh.setAdjacency({{BORDER, BORDER, BORDER}, {BORDER, BORDER, BORDER}, {BORDER, BORDER, BORDER}});
-    update();  // takes the new count without looking at the coordinates
-    Texts const calls = update("map");
-    EXPECT_THAT(calls, testing::Contains("glBufferData(GL_ARRAY_BUFFER, 72, null, GL_DYNAMIC_DRAW)"));
+    EXPECT_EQ(update().back(), deleted(4)) << "the new count is taken, the coordinates are dropped";
+    EXPECT_EQ(update("map"), made(8, TWO_FLOATS / 2 * 3));
+    EXPECT_EQ(contents(8).at(0), PER_POSITION_SOUP[0]);
     EXPECT_EQ(driver.liveObjects(), 4U);
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, aMapThatFailsSkipsTheWritingAndLeavesNothingBound) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, aMapThatFailsSkipsTheWritingAndLeavesNothingBound) {
     gl_spy::Script broken;
     broken.nullMap();
     addPerVertex("map");
-    update("map", true);
+    // The calls are those of a mapping that succeeds.
+    EXPECT_EQ(update("map", true),
+              joined({made(POSITIONS, THREE_FLOATS), made(SMOOTH, THREE_FLOATS), made(FACETED, THREE_FLOATS),
+                      made(4, TWO_FLOATS), made(5, std::size_t{6} * 2 * 4, ELEMENTS)}));
     for (unsigned int name = 1; name <= 5; ++name) {
         for (unsigned char const& byte : driver.bufferContents(name))
             EXPECT_EQ(byte, 0xA5);
@@ -231,7 +283,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, aMapThatFailsSkipsTheWritingAndLeavesNoth
 
 // == Buffers: texture coordinates ==
 
-TEST_F(Mesh_RL_GL_contract_calls_test, anotherChannelRefillsTheCoordinatesAlone) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, anotherChannelRefillsTheCoordinatesAlone) {
     addPerVertex("map");
     addIndexed("other");
     update("map");
@@ -241,14 +293,14 @@ TEST_F(Mesh_RL_GL_contract_calls_test, anotherChannelRefillsTheCoordinatesAlone)
     EXPECT_EQ(contents(4), PER_POSITION_SOUP);
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, theChannelIsComparedByItsText) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, theChannelIsComparedByItsText) {
     addPerVertex("map");
     update("map");
     EXPECT_THAT(update("map"), IsEmpty()) << "another string with the same text";
     EXPECT_EQ(update("Map"), rewritten(4));
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, aNullChannelLeavesTheCoordinatesAlone) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, aNullChannelLeavesTheCoordinatesAlone) {
     addPerVertex("map");
     update("map");
     mesh.markModified(mesh.namedArray(MeshArrayInf_ns::PER_VERTEX, "map"));
@@ -256,7 +308,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, aNullChannelLeavesTheCoordinatesAlone) {
     EXPECT_EQ(update("map"), rewritten(4)) << "the bit has waited";
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, modifiedCoordinatesRefillTheChannel) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, modifiedCoordinatesRefillTheChannel) {
     addPerVertex("map");
     update("map");
     ArrayId const id = mesh.namedArray(MeshArrayInf_ns::PER_VERTEX, "map");
@@ -268,7 +320,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, modifiedCoordinatesRefillTheChannel) {
     EXPECT_FALSE(isModified(id));
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, eachArrayOfAnIndexedChannelRefillsIt) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, eachArrayOfAnIndexedChannelRefillsIt) {
     addIndexed("map");
     update("map");
     for (unsigned int const bits : {MeshArrayInf_ns::PER_FACE, MeshArrayInf_ns::TRINDEXED}) {
@@ -278,21 +330,66 @@ TEST_F(Mesh_RL_GL_contract_calls_test, eachArrayOfAnIndexedChannelRefillsIt) {
     }
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, theChannelsOwnTrianglesComeBeforeThePositions) {
-    addPerVertex("map");
-    addIndexed("map");
-    update("map");
-    EXPECT_EQ(contents(4), INDEXED_SOUP);
+TEST_F(Mesh_RL_GL_buffers_calls_test, channelsGiveTheSameCoordinatesInBothPaths) {
+    using UVs = Array<Vector2<float>>;
+    constexpr auto PER_VERTEX = MeshArrayInf_ns::PER_VERTEX;
+    constexpr auto PER_FACE = MeshArrayInf_ns::PER_FACE;
+    constexpr auto TRINDEXED = MeshArrayInf_ns::TRINDEXED;
+    std::vector<float> const none(12, 0.0F);
+    struct Row {
+        char const* name;
+        std::function<void(char const*)> add;
+        std::vector<float> expected;
+    };
+    std::vector<Row> const rows{
+        {"per position", [&](char const* channel) { addPerVertex(channel); }, PER_POSITION_SOUP},
+        {"own triangles before positions",
+         [&](char const* channel) {
+             addPerVertex(channel);
+             addIndexed(channel);
+         },
+         INDEXED_SOUP},
+        {"own triangles without values",
+         [&](char const* channel) {
+             addPerVertex(channel);
+             mesh.addNamedArray(TRINDEXED, channel, COORDINATE_TRIANGLES);
+         },
+         PER_POSITION_SOUP},
+        {"further bits make another channel",
+         [&](char const* channel) {
+             addPerVertex(channel);
+             mesh.addNamedArray(PER_VERTEX | MeshArrayInf_ns::UV, channel, INDEXED);
+         },
+         PER_POSITION_SOUP},
+        {"too few values are filled with zeros",
+         [&](char const* channel) {
+             mesh.addNamedArray(TRINDEXED, channel, Array<Triangle>{{1, 2, 0xFFFFFFFFU}});
+             mesh.addNamedArray(PER_FACE, channel, UVs{{20, 30}, {21, 31}});
+         },
+         {21, 31, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}},
+        {"values of another type",
+         [&](char const* channel) {
+             mesh.addNamedArray(PER_VERTEX, channel, Array<Color4<float>>{{1, 2, 3, 4}, {1, 2, 3, 4}});
+         },
+         none},
+    };
+    for (Row const& row : rows) {
+        row.add(row.name);
+        gl_spy::Recording const recording;
+        renderer->useBufferObjects = false;
+        renderer->renderTextured(row.name);
+        std::vector<float> immediate;
+        for (gl_spy::Vertex const& vertex : onlyPrimitive(recording).vertices) {
+            immediate.push_back(static_cast<float>(vertex.textureCoordinate[0]));
+            immediate.push_back(static_cast<float>(vertex.textureCoordinate[1]));
+        }
+        EXPECT_EQ(immediate, row.expected) << row.name;
+        update(row.name);
+        EXPECT_EQ(contents(4), row.expected) << row.name;
+    }
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, ownTrianglesWithoutValuesAreNoChannel) {
-    addPerVertex("map");
-    mesh.addNamedArray(MeshArrayInf_ns::TRINDEXED, "map", COORDINATE_TRIANGLES);
-    update("map");
-    EXPECT_EQ(contents(4), PER_POSITION_SOUP);
-}
-
-TEST_F(Mesh_RL_GL_contract_calls_test, aChannelsBitsMustBeExactUnderTheSearchMask) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, aChannelsBitsMustBeExactUnderTheSearchMask) {
     mesh.addNamedArray(MeshArrayInf_ns::PER_VERTEX | MeshArrayInf_ns::UV, "map", PER_POSITION);
     update("map");
     EXPECT_EQ(driver.bufferContents(4), std::vector<unsigned char>(TWO_FLOATS, 0xA5));
@@ -303,7 +400,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, aChannelsBitsMustBeExactUnderTheSearchMas
     EXPECT_EQ(contents(4), PER_POSITION_SOUP) << "the state bit is not searched for";
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, deliberatelyAMissingChannelMapsItsBufferAndWritesNothing) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, deliberatelyAMissingChannelMapsItsBufferAndWritesNothing) {
     EXPECT_EQ(update("missing"), joined({made(POSITIONS, THREE_FLOATS), made(SMOOTH, THREE_FLOATS),
                                          made(FACETED, THREE_FLOATS), made(4, TWO_FLOATS)}));
     EXPECT_EQ(driver.bufferContents(4), std::vector<unsigned char>(TWO_FLOATS, 0xA5));
@@ -312,7 +409,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, deliberatelyAMissingChannelMapsItsBufferA
 
 // == Buffers: edges ==
 
-TEST_F(Mesh_RL_GL_contract_calls_test, theIndexBufferHoldsCornersOfTheSoup) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, theIndexBufferHoldsCornersOfTheSoup) {
     update(nullptr, true);
     // Each border once, the crease from both sides; corner k of triangle t is 3t + k.
     std::multiset<std::pair<unsigned int, unsigned int>> const expected{{0, 1}, {1, 2}, {2, 0},
@@ -320,7 +417,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, theIndexBufferHoldsCornersOfTheSoup) {
     EXPECT_EQ(edgesIn(4), expected);
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, aSmoothEdgeIsNoneOfTheIndices) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, aSmoothEdgeIsNoneOfTheIndices) {
     // The second triangle has the first one's normals at the shared corners.
     data.normalTriangles[1] = {2, 3, 0};
     mesh.setNormalTriangles(data.normalTriangles);
@@ -329,21 +426,14 @@ TEST_F(Mesh_RL_GL_contract_calls_test, aSmoothEdgeIsNoneOfTheIndices) {
     EXPECT_EQ(edgesIn(4), expected);
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, anotherNumberOfEdgesReallocatesTheIndexBuffer) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, anotherNumberOfEdgesReallocatesTheIndexBuffer) {
     update(nullptr, true);
     data.normalTriangles[1] = {2, 3, 0};
     mesh.setNormalTriangles(data.normalTriangles);
     EXPECT_EQ(update(nullptr, true), joined({rewritten(SMOOTH), replaced(4, 5, 32, ELEMENTS)}));
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, theSameNumberOfEdgesRewritesTheIndexBuffer) {
-    update(nullptr, true);
-    data.vertexNormals[0] = {3, 2, 1};
-    mesh.setVertexNormals(data.vertexNormals);
-    EXPECT_EQ(update(nullptr, true), joined({rewritten(SMOOTH), rewritten(4, ELEMENTS)}));
-}
-
-TEST_F(Mesh_RL_GL_contract_calls_test, edgesFollowAnEditThatAnotherDrawingHasConsumed) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, edgesFollowAnEditThatAnotherDrawingHasConsumed) {
     update(nullptr, true);
     data.normalTriangles[1] = {2, 3, 0};
     mesh.setNormalTriangles(data.normalTriangles);
@@ -351,20 +441,23 @@ TEST_F(Mesh_RL_GL_contract_calls_test, edgesFollowAnEditThatAnotherDrawingHasCon
     EXPECT_EQ(update(nullptr, true), replaced(4, 5, 32, ELEMENTS));
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, modifiedAdjacencyRewritesTheIndexBufferAlone) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, modifiedAdjacencyRewritesTheIndexBufferAlone) {
     data.normalTriangles[1] = {2, 3, 0};
     mesh.setNormalTriangles(data.normalTriangles);
     update(nullptr, true);
     mesh.setAdjacency({{BORDER, BORDER, BORDER}, {BORDER, BORDER, BORDER}});
+    EXPECT_THAT(update(), IsEmpty()) << "only the edges are made of the adjacency";
+    EXPECT_TRUE(isModified(mesh.adjacency()));
     EXPECT_EQ(update(nullptr, true), replaced(4, 5, 48, ELEMENTS));
+    EXPECT_FALSE(isModified(mesh.adjacency()));
 }
 
 // == Drawing from buffers ==
 
-class Mesh_RL_GL_contract_buffers_calls_test : public Mesh_RL_GL_contract_calls_test {
+class Mesh_RL_GL_drawn_buffers_calls_test : public Mesh_fixture {
 protected:
     void SetUp() override {
-        Mesh_RL_GL_contract_calls_test::SetUp();
+        Mesh_fixture::SetUp();
         addPerVertex("map");
         update("map", true);  // 1 to 5
         useBuffers();
@@ -378,7 +471,7 @@ protected:
     }
 };
 
-TEST_F(Mesh_RL_GL_contract_buffers_calls_test, renderDrawsPositionsWithSmoothNormals) {
+TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, renderDrawsPositionsWithSmoothNormals) {
     EXPECT_THAT(callsOf([&] { renderer->render(); }),
                 ElementsAre("glEnableClientState(GL_VERTEX_ARRAY)", "glEnableClientState(GL_NORMAL_ARRAY)",
                             binding(ARRAY, SMOOTH), "glNormalPointer(GL_FLOAT, 0, null)",
@@ -388,7 +481,7 @@ TEST_F(Mesh_RL_GL_contract_buffers_calls_test, renderDrawsPositionsWithSmoothNor
                             "glDisableClientState(GL_VERTEX_ARRAY)"));
 }
 
-TEST_F(Mesh_RL_GL_contract_buffers_calls_test, renderFacetedDrawsPositionsWithFacetedNormals) {
+TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, renderFacetedDrawsPositionsWithFacetedNormals) {
     EXPECT_THAT(callsOf([&] { renderer->renderFaceted(); }),
                 ElementsAre("glEnableClientState(GL_VERTEX_ARRAY)", "glEnableClientState(GL_NORMAL_ARRAY)",
                             binding(ARRAY, FACETED), "glNormalPointer(GL_FLOAT, 0, null)",
@@ -398,7 +491,7 @@ TEST_F(Mesh_RL_GL_contract_buffers_calls_test, renderFacetedDrawsPositionsWithFa
                             "glDisableClientState(GL_VERTEX_ARRAY)"));
 }
 
-TEST_F(Mesh_RL_GL_contract_buffers_calls_test, renderTexturedAddsTheCoordinates) {
+TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, renderTexturedAddsTheCoordinates) {
     EXPECT_THAT(callsOf([&] { renderer->renderTextured("map"); }),
                 ElementsAre("glEnableClientState(GL_VERTEX_ARRAY)", "glEnableClientState(GL_NORMAL_ARRAY)",
                             "glEnableClientState(GL_TEXTURE_COORD_ARRAY)", binding(ARRAY, 4),
@@ -410,7 +503,7 @@ TEST_F(Mesh_RL_GL_contract_buffers_calls_test, renderTexturedAddsTheCoordinates)
                             "glDisableClientState(GL_VERTEX_ARRAY)"));
 }
 
-TEST_F(Mesh_RL_GL_contract_buffers_calls_test, renderFacetedTexturedAddsTheCoordinates) {
+TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, renderFacetedTexturedAddsTheCoordinates) {
     EXPECT_THAT(callsOf([&] { renderer->renderFacetedTextured("map"); }),
                 ElementsAre("glEnableClientState(GL_VERTEX_ARRAY)", "glEnableClientState(GL_NORMAL_ARRAY)",
                             "glEnableClientState(GL_TEXTURE_COORD_ARRAY)", binding(ARRAY, 4),
@@ -422,7 +515,7 @@ TEST_F(Mesh_RL_GL_contract_buffers_calls_test, renderFacetedTexturedAddsTheCoord
                             "glDisableClientState(GL_VERTEX_ARRAY)"));
 }
 
-TEST_F(Mesh_RL_GL_contract_buffers_calls_test, deliberatelyPointsOfBuffersAreTheCornersOfTheSoup) {
+TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, deliberatelyPointsOfBuffersAreTheCornersOfTheSoup) {
     layer.setPointSize(2);
     EXPECT_THAT(callsOf([&] { renderer->renderPoints(5); }),
                 ElementsAre("glPointSize(5)", "glEnableClientState(GL_VERTEX_ARRAY)",
@@ -431,7 +524,7 @@ TEST_F(Mesh_RL_GL_contract_buffers_calls_test, deliberatelyPointsOfBuffersAreThe
                             "glDisableClientState(GL_VERTEX_ARRAY)", "glPointSize(2)"));
 }
 
-TEST_F(Mesh_RL_GL_contract_buffers_calls_test, renderEdgesDrawsTheIndexedLines) {
+TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, renderEdgesDrawsTheIndexedLines) {
     EXPECT_THAT(callsOf([&] { renderer->renderEdges(); }),
                 ElementsAre("glEnableClientState(GL_VERTEX_ARRAY)", "glEnableClientState(GL_NORMAL_ARRAY)",
                             binding(ARRAY, SMOOTH), "glNormalPointer(GL_FLOAT, 0, null)",
@@ -441,7 +534,7 @@ TEST_F(Mesh_RL_GL_contract_buffers_calls_test, renderEdgesDrawsTheIndexedLines) 
                             "glDisableClientState(GL_VERTEX_ARRAY)"));
 }
 
-TEST_F(Mesh_RL_GL_contract_buffers_calls_test, eachDrawingBringsTheBuffersUpToDateFirst) {
+TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, eachDrawingBringsTheBuffersUpToDateFirst) {
     VL_String const channel("map");
     std::vector<std::pair<char const*, std::function<void()>>> const drawings{
         {"render", [&] { renderer->render(); }},
@@ -461,7 +554,7 @@ TEST_F(Mesh_RL_GL_contract_buffers_calls_test, eachDrawingBringsTheBuffersUpToDa
     EXPECT_THAT(Texts(points.begin() + 1, points.begin() + 5), ElementsAreArray(rewritten(POSITIONS)));
 }
 
-TEST_F(Mesh_RL_GL_contract_buffers_calls_test, theDrawingsAskForTheirOwnChannel) {
+TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, theDrawingsAskForTheirOwnChannel) {
     addIndexed("other");
     renderer->renderFacetedTextured("other");
     EXPECT_EQ(contents(4), INDEXED_SOUP);
@@ -469,7 +562,7 @@ TEST_F(Mesh_RL_GL_contract_buffers_calls_test, theDrawingsAskForTheirOwnChannel)
     EXPECT_EQ(contents(4), PER_POSITION_SOUP);
 }
 
-TEST_F(Mesh_RL_GL_contract_buffers_calls_test, onlyTheEdgesAskForTheIndexBuffer) {
+TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, onlyTheEdgesAskForTheIndexBuffer) {
     Mesh_RL_GL other(&mesh, false);
     other.useBufferObjects = true;
     gl_spy::Recording const recording;
@@ -481,6 +574,106 @@ TEST_F(Mesh_RL_GL_contract_buffers_calls_test, onlyTheEdgesAskForTheIndexBuffer)
     EXPECT_EQ(recording.count("glGenBuffers"), 4U);
     other.renderEdges();
     EXPECT_EQ(recording.count("glGenBuffers"), 5U);
+}
+
+TEST_F(Mesh_RL_GL_buffers_calls_test, framesLeaveNoBufferBehind) {
+    useBuffers();
+    for (unsigned int frame = 0; frame < 50; ++frame) {
+        if (frame % 3 == 0) {
+            mesh_shapes::grid(1 + frame % 4).fill(mesh);
+        }
+        mesh.workNormals(0.5F);
+        mesh.workAdjacency();
+        renderer->renderTextured(frame % 2 == 0 ? "map" : "other");
+        renderer->renderEdges();
+        EXPECT_EQ(driver.liveObjects(), 5U);
+    }
+}
+
+// == Arrays that a mesh lacks, and arrays with a fault ==
+
+TEST_F(Mesh_RL_GL_buffers_calls_test, normalsThatTheMeshLacksAreZeroInBothPaths) {
+    Mesh plain;
+    mesh_shapes::grid(1).fill(plain);
+    Mesh_RL_GL other(&plain, false);
+    gl_spy::Recording recording;
+    other.render();
+    other.renderFaceted();
+    EXPECT_EQ(recording.count("glNormal3fv"), 6U + 2U);
+    for (gl_spy::Call const& c : recording.named("glNormal3fv")) {
+        EXPECT_EQ(c.text(), "glNormal3fv({0, 0, 0})");
+    }
+    other.useBufferObjects = true;
+    other.render();
+    EXPECT_EQ(contents(SMOOTH), std::vector<float>(18, 0.0F));
+    EXPECT_EQ(contents(FACETED), std::vector<float>(18, 0.0F));
+    recording.clear();
+    other.renderEdges();
+    other.renderFaceNormals(1);
+    other.renderVertexNormals(1);
+    other.renderNormals(0, 1);
+    EXPECT_THAT(vertexCallsOf(recording), IsEmpty());
+}
+
+TEST_F(Mesh_RL_GL_buffers_calls_test, nothingIsDrawnOfAMeshWithAFaultUntilItIsRepaired) {
+    useBuffers();
+    auto const drawnCorners = [&] {
+        gl_spy::Recording const recording;
+        renderer->render();
+        return recording.named("glDrawArrays").at(0).numbers.at(1);
+    };
+    EXPECT_EQ(drawnCorners(), 6);
+    mesh.setTriangles({{0, 1, 5}, {2, 1, 3}});
+    EXPECT_EQ(drawnCorners(), 0);
+    EXPECT_TRUE(isModified(mesh.triangles())) << "the next drawing checks them again";
+
+    data.positions.pushBack({7, 7, 7});
+    mesh.setPositions(data.positions);
+    EXPECT_EQ(drawnCorners(), 6);
+}
+
+TEST_F(Mesh_RL_GL_buffers_calls_test, anAdjacencyWithAFaultHasNoEdgesAndHidesNoSurface) {
+    for (unsigned int const entry : {2U * 4, 3U, 0xFFFFFFFEU}) {
+        mesh.setAdjacency({{entry, BORDER, BORDER}, {BORDER, BORDER, BORDER}});
+        for (bool const hasBuffers : {false, true}) {
+            renderer->useBufferObjects = hasBuffers;
+            gl_spy::Recording const recording;
+            renderer->renderEdges();
+            renderer->renderEdgesConnection();
+            renderer->renderEdgesUnconnected();
+            EXPECT_THAT(vertexCallsOf(recording), IsEmpty()) << entry;
+            for (gl_spy::Call const& c : recording.named("glDrawElements")) {
+                EXPECT_EQ(c.text(), "glDrawElements(GL_LINES, 0, GL_UNSIGNED_INT, null)");
+            }
+        }
+        gl_spy::Recording const recording;
+        renderer->render();
+        EXPECT_EQ(recording.named("glDrawArrays").at(0).numbers.at(1), 6) << entry;
+    }
+}
+
+// The sanitizers see every read outside an array.
+TEST_F(Mesh_RL_GL_buffers_calls_test, indicesOutOfRangeWrittenInPlaceAreFoundBeforeTheyAreRead) {
+    update(nullptr, true);
+    for (ArrayId const id : {mesh.triangles(), mesh.normalTriangles(), mesh.adjacency()}) {
+        ArrayTypeable* const array = VL_ArrayServer.resolve(id);
+        Triangle const former = array->as<Triangle>()[1];
+        array->as<Triangle>()[1] = {0x7FFFFFFFU, 0x10000000U, 0xFFFFFFFEU};
+        mesh.markModified(id);
+        for (bool const hasBuffers : {true, false}) {
+            renderer->useBufferObjects = hasBuffers;
+            renderer->render();
+            renderer->renderEdges();
+            renderer->renderEdgesConnection();
+            renderer->renderNormals(1, 1);
+        }
+        array->as<Triangle>()[1] = former;
+        mesh.markModified(id);
+        useBuffers();
+        gl_spy::Recording const recording;
+        renderer->render();
+        EXPECT_EQ(recording.named("glDrawArrays").at(0).numbers.at(1), 6);
+    }
 }
 
 }  // namespace

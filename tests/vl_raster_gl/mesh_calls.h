@@ -6,11 +6,11 @@
 #include "foundation/geometry/Mesh.h"
 #include "foundation/geometry/Vector2.h"
 #include "tests/gl_spy/gl_spy.h"
+#include "tests/support/recorded_calls.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
-#include <initializer_list>
 #include <memory>
 #include <set>
 #include <string>
@@ -22,9 +22,8 @@ namespace vellum {
 /// What the tests of the mesh renderer expect of it: what its buffers hold, and the calls that make and write
 /// them. The mesh of most tests is as irregular as a mesh can be: no two of its numbers are the same, and normals
 /// are shared in another way than positions.
-namespace mesh_contract {
+namespace mesh_calls {
 
-using Texts = std::vector<std::string>;
 using Triangle = Tuple3<unsigned int>;
 using Point = std::array<double, 3>;
 
@@ -35,13 +34,6 @@ inline constexpr unsigned int QUADS = 7;
 inline constexpr unsigned int BORDER = 0xFFFFFFFFU;
 inline constexpr char ARRAY[] = "GL_ARRAY_BUFFER";
 inline constexpr char ELEMENTS[] = "GL_ELEMENT_ARRAY_BUFFER";
-
-inline Texts joined(std::initializer_list<Texts> lists) {
-    Texts all;
-    for (Texts const& list : lists)
-        all.insert(all.end(), list.begin(), list.end());
-    return all;
-}
 
 inline std::string call(std::string const& name, std::string const& arguments) {
     return name + "(" + arguments + ")";
@@ -111,29 +103,17 @@ inline std::vector<Point> normalsOf(gl_spy::Primitive const& primitive) {
     return normals;
 }
 
-inline gl_spy::Primitive onlyPrimitive(gl_spy::Recording const& recording) {
-    std::vector<gl_spy::Primitive> const primitives = recording.primitives();
-    EXPECT_EQ(primitives.size(), 1U);
-    return primitives.size() == 1 ? primitives.front() : gl_spy::Primitive{};
-}
-
-/// The names of the calls that describe vertices, without the suffix of their argument types.
-inline Texts stemsOf(gl_spy::Recording const& recording) {
-    Texts stems;
+/// The names of the calls that describe vertices, in order.
+inline Texts vertexCallsOf(gl_spy::Recording const& recording) {
+    Texts names;
     for (gl_spy::Call const& c : recording.calls()) {
-        for (char const* stem : {"glNormal", "glTexCoord", "glVertex"}) {
-            if (c.name.compare(0, std::string(stem).size(), stem) == 0)
-                stems.emplace_back(stem);
+        for (char const* stem : {"glNormal3", "glTexCoord2", "glVertex3"}) {
+            if (c.name.compare(0, std::string(stem).size(), stem) == 0) {
+                names.push_back(c.name);
+            }
         }
     }
-    return stems;
-}
-
-inline Texts repeated(Texts const& part, std::size_t times) {
-    Texts all;
-    for (std::size_t i = 0; i < times; ++i)
-        all.insert(all.end(), part.begin(), part.end());
-    return all;
+    return names;
 }
 
 /// Two triangles that share one edge. Their vertex normals are listed in another order than the positions, and
@@ -218,7 +198,8 @@ inline constexpr unsigned int FACETED = 3;
 inline constexpr std::size_t THREE_FLOATS = std::size_t{2} * 3 * 3 * 4;  // bytes for two triangles
 inline constexpr std::size_t TWO_FLOATS = std::size_t{2} * 3 * 2 * 4;
 
-class Mesh_RL_GL_contract_calls_test : public testing::Test {
+/// A renderer of that mesh on a driver without a context. Each file derives a suite from it.
+class Mesh_fixture : public testing::Test {
 protected:
     void SetUp() override {
         data.fill(mesh);
@@ -270,6 +251,6 @@ protected:
     std::unique_ptr<Mesh_RL_GL> renderer;
 };
 
-}  // namespace mesh_contract
+}  // namespace mesh_calls
 
 }  // namespace vellum

@@ -3,7 +3,8 @@
 #include "Core_RL_GL.h"
 #include "foundation/geometry/Mesh.h"
 #include "foundation/geometry/Vector2.h"
-#include "mesh_contract.h"
+#include "mesh_calls.h"
+#include "tests/foundation/geometry/mesh_shapes.h"
 #include "tests/gl_spy/gl_spy.h"
 
 #include <gmock/gmock.h>
@@ -11,6 +12,8 @@
 
 #include <array>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <limits>
 #include <random>
 #include <set>
@@ -24,9 +27,11 @@ namespace vellum {
 
 namespace {
 
-using namespace mesh_contract;
+using namespace mesh_calls;
 using testing::ElementsAre;
 using testing::IsEmpty;
+
+class Mesh_RL_GL_overlays_calls_test : public Mesh_fixture {};
 
 // Single-precision constants in double arithmetic.
 constexpr double THIRD = 0.3333333432674408;
@@ -44,7 +49,7 @@ Point operator*(double s, Point const& a) {
 
 // == Normals ==
 
-TEST_F(Mesh_RL_GL_contract_calls_test, vertexNormalsStandOnThePositionsOfTheSameIndex) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, vertexNormalsStandOnThePositionsOfTheSameIndex) {
     gl_spy::Recording const recording;
     renderer->renderVertexNormals(0.5F);
     gl_spy::Primitive const primitive = onlyPrimitive(recording);
@@ -59,7 +64,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, vertexNormalsStandOnThePositionsOfTheSame
     EXPECT_EQ(recording.calls().size(), 2U + 10U) << "no color, no width, no normal";
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, faceNormalsStandOnTheCenters) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, faceNormalsStandOnTheCenters) {
     gl_spy::Recording const recording;
     renderer->renderFaceNormals(2);
     std::vector<Point> expected;
@@ -75,7 +80,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, faceNormalsStandOnTheCenters) {
     EXPECT_EQ(recording.calls().size(), 2U + 4U);
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, deliberatelyTheCenterIsTakenWithTheSinglePrecisionThird) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, deliberatelyTheCenterIsTakenWithTheSinglePrecisionThird) {
     mesh.setPositions({{0, 0, 0}, {3, 0, 0}, {0, 3, 0}});
     mesh.setTriangles({{0, 1, 2}});
     mesh.setVertexNormals({});
@@ -90,7 +95,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, deliberatelyTheCenterIsTakenWithTheSingle
     EXPECT_EQ(points[1], (Point{1.0000000298023224, 1.0000000298023224, 1}));
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, normalsOfOneTriangleGoThroughItsNormalTriangle) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, normalsOfOneTriangleGoThroughItsNormalTriangle) {
     gl_spy::Recording const recording;
     renderer->renderNormals(1, 4);
     std::vector<Point> expected;
@@ -103,7 +108,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, normalsOfOneTriangleGoThroughItsNormalTri
     EXPECT_EQ(positionsOf(primitive), expected);
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, normalsOfATriangleBeyondTheLastAreAnEmptyBlock) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, normalsOfATriangleBeyondTheLastAreAnEmptyBlock) {
     for (unsigned int const index : {2U, 3U, 0x55555555U, 0xFFFFFFFFU}) {
         gl_spy::Recording const recording;
         renderer->renderNormals(index, 1);
@@ -111,10 +116,10 @@ TEST_F(Mesh_RL_GL_contract_calls_test, normalsOfATriangleBeyondTheLastAreAnEmpty
     }
 }
 
-class Mesh_RL_GL_contract_named_calls_test : public Mesh_RL_GL_contract_calls_test {
+class Mesh_RL_GL_named_calls_test : public Mesh_fixture {
 protected:
     void SetUp() override {
-        Mesh_RL_GL_contract_calls_test::SetUp();
+        Mesh_fixture::SetUp();
         mesh.addNamedArray(MeshArrayInf_ns::PER_VERTEX, "points", points);
         mesh.addNamedArray(MeshArrayInf_ns::PER_VERTEX, "vectors", perVertex);
         mesh.addNamedArray(MeshArrayInf_ns::PER_FACE, "face vectors", perFace);
@@ -126,7 +131,7 @@ protected:
     Array<Color4<float>> const perFace{{1, -2, 3, 99}, {-4, 5, -6, 99}};
 };
 
-TEST_F(Mesh_RL_GL_contract_named_calls_test, vectorsStandOnThePointsOfTheFirstName) {
+TEST_F(Mesh_RL_GL_named_calls_test, vectorsStandOnThePointsOfTheFirstName) {
     gl_spy::Recording const recording;
     renderer->renderVertexNormals("points", "vectors", 2);
     std::vector<Point> expected;
@@ -140,7 +145,7 @@ TEST_F(Mesh_RL_GL_contract_named_calls_test, vectorsStandOnThePointsOfTheFirstNa
     EXPECT_EQ(recording.calls().size(), 2U + 10U);
 }
 
-TEST_F(Mesh_RL_GL_contract_named_calls_test, faceVectorsStandOnTheCentersOfTheNamedPoints) {
+TEST_F(Mesh_RL_GL_named_calls_test, faceVectorsStandOnTheCentersOfTheNamedPoints) {
     gl_spy::Recording const recording;
     renderer->renderFaceNormals("points", "face vectors", 0.5F);
     std::vector<Point> expected;
@@ -156,18 +161,19 @@ TEST_F(Mesh_RL_GL_contract_named_calls_test, faceVectorsStandOnTheCentersOfTheNa
     EXPECT_EQ(positionsOf(primitive), expected);
 }
 
-TEST_F(Mesh_RL_GL_contract_named_calls_test, namesThatAreNotFoundDrawNothing) {
+TEST_F(Mesh_RL_GL_named_calls_test, namesThatAreNotFoundDrawNothing) {
     gl_spy::Recording const recording;
     renderer->renderVertexNormals("points", "missing", 1);
     renderer->renderVertexNormals("missing", "vectors", 1);
     renderer->renderVertexNormals("points", "face vectors", 1);  // of faces, not of vertices
     renderer->renderFaceNormals("points", "missing", 1);
     renderer->renderFaceNormals("missing", "face vectors", 1);
-    renderer->renderFaceNormals("points", "vectors", 1);  // of vertices, not of faces
-    EXPECT_THAT(stemsOf(recording), IsEmpty());
+    renderer->renderFaceNormals("points", "vectors", 1);   // of vertices, not of faces
+    renderer->renderVertexNormals("points", "points", 1);  // of another type
+    EXPECT_THAT(vertexCallsOf(recording), IsEmpty());
 }
 
-TEST_F(Mesh_RL_GL_contract_named_calls_test, theNamedArraysAreGivenBack) {
+TEST_F(Mesh_RL_GL_named_calls_test, theNamedArraysAreGivenBack) {
     unsigned int const handles = VL_ArrayServer.handleCount();
     ArrayTypeable const* const array =
         VL_ArrayServer.resolve(mesh.namedArray(MeshArrayInf_ns::PER_VERTEX, "points"));
@@ -178,9 +184,28 @@ TEST_F(Mesh_RL_GL_contract_named_calls_test, theNamedArraysAreGivenBack) {
     EXPECT_EQ(array->references, references);
 }
 
+TEST_F(Mesh_RL_GL_named_calls_test, shorterArraysEndTheDrawing) {
+    auto const segments = [](auto const& draw) {
+        gl_spy::Recording const recording;
+        draw();
+        return vertexCallsOf(recording).size() / 2;
+    };
+    mesh.addNamedArray(MeshArrayInf_ns::PER_VERTEX, "one", Array<Color4<float>>{{1, 0, 0, 9}});
+    EXPECT_EQ(segments([&] { renderer->renderVertexNormals("points", "one", 1); }), 1U);
+    mesh.addNamedArray(MeshArrayInf_ns::PER_VERTEX, "three",
+                       Array<Vector3<double>>{{0, 0, 0}, {3, 0, 0}, {0, 3, 0}});
+    EXPECT_EQ(segments([&] { renderer->renderFaceNormals("three", "face vectors", 1); }), 1U)
+        << "the second triangle has a corner without a point";
+    Mesh other;
+    other.setPositions({{0, 0, 0}, {1, 0, 0}});
+    other.setVertexNormals({{0, 0, 1}});
+    Mesh_RL_GL otherRenderer(&other, false);
+    EXPECT_EQ(segments([&] { otherRenderer.renderVertexNormals(1); }), 1U);
+}
+
 // == Edges in immediate mode ==
 
-TEST_F(Mesh_RL_GL_contract_calls_test, edgesAreSentWithTheNormalsOfTheirCorners) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, edgesAreSentWithTheNormalsOfTheirCorners) {
     gl_spy::Recording const recording;
     renderer->renderEdges();
     gl_spy::Primitive const primitive = onlyPrimitive(recording);
@@ -197,69 +222,135 @@ TEST_F(Mesh_RL_GL_contract_calls_test, edgesAreSentWithTheNormalsOfTheirCorners)
     EXPECT_EQ(primitive.mode, LINES);
     EXPECT_EQ(positionsOf(primitive), positions);
     EXPECT_EQ(normalsOf(primitive), normals);
-    EXPECT_EQ(stemsOf(recording), repeated({"glNormal", "glVertex"}, 12));
+    EXPECT_EQ(vertexCallsOf(recording), repeated({"glNormal3fv", "glVertex3dv"}, 12));
     EXPECT_EQ(recording.calls().size(), 2U + 24U) << "no color, no width";
 }
 
-/// The number of edges that immediate mode draws.
-std::size_t immediateEdges(Mesh_RL_GL& renderer) {
+/// Normal and position of one end of an edge by their bits, so that NaNs compare equal.
+using EdgeEnd = std::array<std::uint32_t, 6>;
+
+EdgeEnd edgeEnd(std::array<float, 6> const& values) {
+    EdgeEnd bits;
+    std::memcpy(bits.data(), values.data(), sizeof(bits));
+    return bits;
+}
+
+/// The ends of the edges that immediate mode draws, two for each edge.
+std::vector<EdgeEnd> immediateEdges(Mesh_RL_GL& renderer) {
     renderer.useBufferObjects = false;
     gl_spy::Recording const recording;
     renderer.renderEdges();
-    return onlyPrimitive(recording).vertices.size() / 2;
+    std::vector<EdgeEnd> ends;
+    for (gl_spy::Vertex const& v : onlyPrimitive(recording).vertices) {
+        ends.push_back(edgeEnd({float(v.normal[0]), float(v.normal[1]), float(v.normal[2]),
+                                float(v.position[0]), float(v.position[1]), float(v.position[2])}));
+    }
+    return ends;
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, anEdgeIsSmoothWhenTheFirstCornersNormalsAreEqual) {
+/// The ends of the edges that the index buffer draws.
+std::vector<EdgeEnd> bufferedEdges(Mesh_RL_GL& renderer, gl_spy::Script const& driver) {
+    renderer.useBufferObjects = true;
+    gl_spy::Recording const recording;
+    renderer.renderEdges();
+    // Normals, positions and indices are bound last, in this order.
+    std::vector<unsigned int> bound;
+    for (gl_spy::Call const& c : recording.calls()) {
+        if (c.name == "glDrawElements") {
+            break;
+        }
+        if (c.name == "glBindBuffer") {
+            bound.push_back(static_cast<unsigned int>(c.numbers.back()));
+        }
+    }
+    EXPECT_GE(bound.size(), 3U);
+    bound.erase(bound.begin(), bound.end() - 3);
+    auto const normals = gl_spy::as<float>(driver.bufferContents(bound[0]));
+    auto const positions = gl_spy::as<float>(driver.bufferContents(bound[1]));
+    std::vector<EdgeEnd> ends;
+    for (unsigned int const i : gl_spy::as<unsigned int>(driver.bufferContents(bound[2]))) {
+        ends.push_back(edgeEnd({normals[3 * i], normals[3 * i + 1], normals[3 * i + 2], positions[3 * i],
+                                positions[3 * i + 1], positions[3 * i + 2]}));
+    }
+    EXPECT_EQ(recording.named("glDrawElements").at(0).numbers.front(), double(ends.size()));
+    return ends;
+}
+
+TEST_F(Mesh_RL_GL_overlays_calls_test, anEdgeIsSmoothWhenTheFirstCornersNormalsAreEqual) {
     data.normalTriangles[1] = {2, 3, 0};
     mesh.setNormalTriangles(data.normalTriangles);
-    EXPECT_EQ(immediateEdges(*renderer), 4U);
+    EXPECT_EQ(immediateEdges(*renderer).size() / 2, 4U);
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, onlyTheFirstCornerOfAnEdgeDecides) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, onlyTheFirstCornerOfAnEdgeDecides) {
     // At vertex 2 both have normal 2, at vertex 1 they differ. The first triangle's edge starts at vertex 1, the
     // second one's at vertex 2.
     data.normalTriangles[1] = {2, 0, 0};
     mesh.setNormalTriangles(data.normalTriangles);
-    EXPECT_EQ(immediateEdges(*renderer), 5U);
+    EXPECT_EQ(immediateEdges(*renderer).size() / 2, 5U);
     update(nullptr, true);
     std::multiset<std::pair<unsigned int, unsigned int>> const expected{
         {0, 1}, {1, 2}, {2, 0}, {4, 5}, {5, 3}};
     EXPECT_EQ(edgesIn(4), expected);
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, normalsAreComparedByValueNotByIndex) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, normalsAreComparedByValueNotByIndex) {
     // The second triangle has copies of its own.
     data.vertexNormals[1] = data.vertexNormals[2];
     data.vertexNormals[0] = data.vertexNormals[3];
     data.normalTriangles[1] = {1, 0, 4};
     mesh.setVertexNormals(data.vertexNormals);
     mesh.setNormalTriangles(data.normalTriangles);
-    EXPECT_EQ(immediateEdges(*renderer), 4U);
+    EXPECT_EQ(immediateEdges(*renderer).size() / 2, 4U);
     update(nullptr, true);
     EXPECT_EQ(edgesIn(4).size(), 4U);
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, negativeZeroEqualsZeroAndANumberThatIsNoneEqualsNothing) {
-    float const nan = std::numeric_limits<float>::quiet_NaN();
-    data.normalTriangles[1] = {1, 0, 4};
-    data.vertexNormals[2] = {0.0F, 1, 0};
-    data.vertexNormals[1] = {-0.0F, 1, -0.0F};
-    data.vertexNormals[0] = data.vertexNormals[3];
-    mesh.setVertexNormals(data.vertexNormals);
-    mesh.setNormalTriangles(data.normalTriangles);
-    EXPECT_EQ(immediateEdges(*renderer), 4U);
-    update(nullptr, true);
-    EXPECT_EQ(edgesIn(4).size(), 4U);
+TEST_F(Mesh_RL_GL_overlays_calls_test, normalsAreComparedAsFloats) {
+    constexpr float NOT_A_NUMBER = std::numeric_limits<float>::quiet_NaN();
+    struct Row {
+        char const* name;
+        Vector3<float> first, second;
+        bool isSmooth;
+    };
+    for (Row const& row : {Row{"negative zero", {0.0F, 1, 0}, {-0.0F, 1, -0.0F}, true},
+                           Row{"last bit", {0, 0, 1}, {0, 0, 0.99999994F}, false},
+                           Row{"denormal", {0, 0, 1}, {0, 1e-40F, 1}, false},
+                           Row{"NaN", {NOT_A_NUMBER, 0, 1}, {NOT_A_NUMBER, 0, 1}, false}}) {
+        // At both ends of the shared edge each triangle has a normal of its own.
+        mesh.setVertexNormals({row.second, row.second, row.first, row.first, {1, 0, 0}});
+        mesh.setNormalTriangles({{4, 3, 2}, {1, 0, 4}});
+        EXPECT_EQ(immediateEdges(*renderer).size() / 2, row.isSmooth ? 4U : 6U) << row.name;
+        EXPECT_EQ(bufferedEdges(*renderer, driver), immediateEdges(*renderer)) << row.name;
+    }
 
-    // One normal for both triangles, and still a crease on both sides of it.
-    data.normalTriangles[1] = {2, 3, 4};
-    data.vertexNormals[2] = {0, nan, 1};
-    data.vertexNormals[3] = {nan, nan, nan};
-    mesh.setVertexNormals(data.vertexNormals);
-    mesh.setNormalTriangles(data.normalTriangles);
-    EXPECT_EQ(immediateEdges(*renderer), 6U);
-    update(nullptr, true);
-    EXPECT_EQ(edgesIn(5).size(), 6U);
+    // Both triangles share a normal of NaNs, and the edge is drawn from both sides.
+    mesh.setVertexNormals({{0, 0, 1}, {0, 0, 1}, {NOT_A_NUMBER, 0, 0}, {NOT_A_NUMBER, 0, 0}, {1, 0, 0}});
+    mesh.setNormalTriangles({{4, 3, 2}, {2, 3, 4}});
+    EXPECT_EQ(immediateEdges(*renderer).size() / 2, 6U);
+}
+
+TEST_F(Mesh_RL_GL_overlays_calls_test, indexBufferHasTheEdgesOfTheImmediatePath) {
+    using namespace mesh_shapes;
+    struct Row {
+        char const* name;
+        Shape shape;
+        float crease;
+        std::size_t edges;
+    };
+    for (Row const& row : {Row{"grid", grid(7), 0.7F, 28}, Row{"cube with hard edges", cube(), 0.7F, 24},
+                           Row{"smooth cube", cube(), Mesh::NO_CREASE, 0}, Row{"sphere", sphere(9), 0.7F, 0},
+                           Row{"Moebius band", moebiusBand(24), 1.5F, 48 + 2},
+                           Row{"more than 65536 triangles", grid(190, 0.3), 0.7F, 760}}) {
+        Mesh shape;
+        row.shape.fill(shape);
+        ASSERT_TRUE(shape.workNormals(row.crease));
+        ASSERT_TRUE(shape.workAdjacency());
+        Mesh_RL_GL other(&shape, false);
+        std::vector<EdgeEnd> const immediate = immediateEdges(other);
+        EXPECT_EQ(immediate.size(), 2 * row.edges) << row.name;
+        EXPECT_EQ(bufferedEdges(other, driver), immediate) << row.name;
+    }
 }
 
 // == Connectivity ==
@@ -277,7 +368,7 @@ void expectSegments(gl_spy::Recording const& recording, std::vector<Point> const
         EXPECT_EQ(vertex.color, (std::array<double, 4>{1, 1, 1, 1}));
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, connectionsMeetInsideTheNeighbor) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, connectionsMeetInsideTheNeighbor) {
     layer.setColor({0.5F, 0.5F, 0.5F, 1});
     gl_spy::Recording const recording;
     renderer->renderEdgesConnection();
@@ -297,10 +388,11 @@ TEST_F(Mesh_RL_GL_contract_calls_test, connectionsMeetInsideTheNeighbor) {
         expected.insert(expected.end(), {b, a, a, c});
     }
     expectSegments(recording, expected);
+    EXPECT_EQ(recording.texts().front(), "glColor3f(1, 1, 1)");
     EXPECT_EQ(recording.calls().size(), 3U + 8U) << "the color, the block and its vertices";
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, deliberatelyTheNeighborOfAConnectionIsTakenAsSixteenBits) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, deliberatelyTheNeighborOfAConnectionIsTakenAsSixteenBits) {
     constexpr unsigned int COUNT = 65538;
     Array<Vector3<double>> const positions{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {5, 5, 5}, {6, 5, 5}, {5, 6, 5}};
     Array<Triangle> triangles;
@@ -323,7 +415,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, deliberatelyTheNeighborOfAConnectionIsTak
     expectSegments(recording, {{W30, 0, 0}, a, a, {W70, 0, 0}});
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, aBorderHasAWedgeThatPointsIntoItsTriangle) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, aBorderHasAWedgeThatPointsIntoItsTriangle) {
     layer.setColor({0.5F, 0.5F, 0.5F, 1});
     gl_spy::Recording const recording;
     renderer->renderEdgesUnconnected();
@@ -343,7 +435,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, aBorderHasAWedgeThatPointsIntoItsTriangle
     EXPECT_EQ(recording.calls().size(), 3U + 16U);
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, bothMarksUseImmediateModeEvenWithBuffers) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, bothMarksUseImmediateModeEvenWithBuffers) {
     useBuffers();
     gl_spy::Recording const recording;
     renderer->renderEdgesConnection();
@@ -357,28 +449,30 @@ TEST_F(Mesh_RL_GL_contract_calls_test, bothMarksUseImmediateModeEvenWithBuffers)
 
 // == Whole shapes ==
 
-TEST_F(Mesh_RL_GL_contract_calls_test, aClosedSmoothMeshHasNoEdgesAndATetrahedronWithHardEdgesHasEachTwice) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, aClosedSmoothMeshHasNoEdgesAndATetrahedronWithHardEdgesHasEachTwice) {
     Mesh solid;
     solid.setPositions({{1, 1, 1}, {-1, -1, 1}, {-1, 1, -1}, {1, -1, -1}});
     solid.setTriangles({{0, 1, 3}, {0, 2, 1}, {0, 3, 2}, {1, 2, 3}});
     solid.workNormals(Mesh::NO_CREASE);
     solid.workAdjacency();
     Mesh_RL_GL solidRenderer(&solid, false);
-    EXPECT_EQ(immediateEdges(solidRenderer), 0U);
+    EXPECT_THAT(immediateEdges(solidRenderer), IsEmpty());
     solidRenderer.createBufferObjects(nullptr, true);
     EXPECT_THAT(driver.bufferContents(4), IsEmpty());
 
     solid.workNormals(0.5F);
-    EXPECT_EQ(immediateEdges(solidRenderer), 12U) << "six edges, each from both sides";
+    EXPECT_EQ(immediateEdges(solidRenderer).size() / 2, 12U) << "six edges, each from both sides";
     solidRenderer.createBufferObjects(nullptr, true);
     EXPECT_EQ(edgesIn(5).size(), 12U);
 
     gl_spy::Recording const recording;
     solidRenderer.renderEdgesUnconnected();
-    EXPECT_THAT(stemsOf(recording), IsEmpty()) << "a closed mesh has no border";
+    EXPECT_THAT(vertexCallsOf(recording), IsEmpty()) << "a closed mesh has no border";
+    solidRenderer.renderEdgesConnection();
+    EXPECT_EQ(vertexCallsOf(recording).size(), 12U * 4);
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, bordersHaveWedgesAndNoConnections) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, bordersHaveWedgesAndNoConnections) {
     Mesh open;
     open.setPositions({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}});
     open.setTriangles({{0, 1, 2}});
@@ -387,7 +481,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, bordersHaveWedgesAndNoConnections) {
     {
         gl_spy::Recording const recording;
         openRenderer.renderEdgesConnection();
-        EXPECT_THAT(stemsOf(recording), IsEmpty());
+        EXPECT_THAT(vertexCallsOf(recording), IsEmpty());
     }
     gl_spy::Recording const recording;
     openRenderer.renderEdgesUnconnected();
@@ -494,7 +588,7 @@ void drawEverything(Mesh_RL_GL& renderer, unsigned int triangleCount) {
 }
 
 // The sanitizers see every read outside an array.
-TEST_F(Mesh_RL_GL_contract_calls_test, whateverAMeshHoldsIsDrawnWithinItsArrays) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, whateverAMeshHoldsIsDrawnWithinItsArrays) {
     unsigned int sound = 0;
     unsigned int faulty = 0;
     Mesh changing;
@@ -523,7 +617,7 @@ TEST_F(Mesh_RL_GL_contract_calls_test, whateverAMeshHoldsIsDrawnWithinItsArrays)
     EXPECT_GT(faulty, 30U);
 }
 
-TEST_F(Mesh_RL_GL_contract_calls_test, trianglesWithoutAreaAreDrawnAsTheyAre) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, trianglesWithoutAreaAreDrawnAsTheyAre) {
     Mesh flat;
     flat.setPositions({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {0, 1, 0}});
     flat.setTriangles({{0, 1, 2}, {3, 3, 3}, {0, 1, 3}, {1, 1, 0}});

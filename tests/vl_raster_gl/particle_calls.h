@@ -2,10 +2,11 @@
 
 #include "Particles_RL_GL_v2.h"
 
-#include "Core_RL_GL.h"
+#include "NotingLayer.h"
 #include "foundation/geometry/ParticleSystemConstIterator_v2.h"
 #include "foundation/geometry/ParticleSystem_v2.h"
 #include "tests/gl_spy/gl_spy.h"
+#include "tests/support/recorded_calls.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +15,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <initializer_list>
 #include <limits>
 #include <numeric>
 #include <set>
@@ -26,9 +26,8 @@ namespace vellum {
 
 /// What the tests of the particle renderer expect of it: what its buffers hold, worked out one particle at a
 /// time in single precision, and what each way to draw asks of OpenGL.
-namespace particle_contract {
+namespace particle_calls {
 
-using Texts = std::vector<std::string>;
 using Mode = Particles_RL_GL_v2_ns::RenderMode;
 using Magnitude = Particles_RL_GL_v2_ns::RenderMagnitude;
 
@@ -114,21 +113,10 @@ public:
     }
 };
 
-/// A render layer that notes the places in the source that errors are asked for.
-class Layer : public Core_RL_GL {
-public:
-    using Core_RL_GL::getError;
-    bool getError(char const* where, int line) override {
-        places.emplace_back(where, line);
-        return Core_RL_GL::getError(where, line);
-    }
-    std::vector<std::pair<std::string, int>> places;
-};
-
 /// A driver, a render layer whose faces are drawn as lines, and a renderer.
-struct Stage {
-    explicit Stage(int freeKilobytes = PLENTY, std::string const& version = "2.1.0",
-                   std::string const& buffers = "GL_ARB_vertex_buffer_object") {
+struct Rig {
+    explicit Rig(int freeKilobytes = PLENTY, std::string const& version = "2.1.0",
+                 std::string const& buffers = "GL_ARB_vertex_buffer_object") {
         driver.string(VERSION, version)
             .string(EXTENSIONS, buffers + " GL_NVX_gpu_memory_info GL_EXT_geometry_shader4")
             .integer(FREE_MEMORY, {freeKilobytes});
@@ -136,7 +124,7 @@ struct Stage {
         layer.pushFillingBack(FILLING_LINES);
         renderer.init();
     }
-    ~Stage() { renderer.releaseEffects(); }
+    ~Rig() { renderer.releaseEffects(); }
 
     std::vector<std::uint32_t> vboBits() const {
         return gl_spy::as<std::uint32_t>(driver.bufferContents(renderer.vboId));
@@ -149,7 +137,7 @@ struct Stage {
     }
 
     gl_spy::Script driver = gl_spy::drivers::geometryShader4();
-    Layer layer;
+    NotingLayer layer;
     Probe renderer;
 };
 
@@ -196,7 +184,7 @@ inline Rgb rgb(Color4<float> const& c) {
 
 inline Rgb clamped(Rgb color) {
     for (float& component : color)
-        component = component < 0 ? 0 : component > 1 ? 1 : component;
+        component = component > 0 ? (component < 1 ? component : 1) : 0;  // NaN is 0
     return color;
 }
 
@@ -204,8 +192,10 @@ inline float lengthOf(float x, float y, float z) {
     return std::sqrt(x * x + y * y + z * z);
 }
 
+/// The magnitude of the integer part; what no integer holds, NaN too, is 2^31.
 inline float cut(float component) {
-    return static_cast<float>(std::abs(static_cast<int>(component)));
+    bool const fits = component > -2147483648.0F && component < 2147483648.0F;
+    return fits ? static_cast<float>(std::abs(static_cast<int>(component))) : 2147483648.0F;
 }
 
 inline bool isRange(Arguments const& a) {
@@ -314,13 +304,6 @@ inline std::vector<unsigned short> shuffled(unsigned int count) {
 }
 
 // == What OpenGL is asked ==
-
-inline Texts joined(std::initializer_list<Texts> lists) {
-    Texts all;
-    for (Texts const& list : lists)
-        all.insert(all.end(), list.begin(), list.end());
-    return all;
-}
 
 inline std::string binding(unsigned int name) {
     return "glBindBuffer(GL_ARRAY_BUFFER, " + std::to_string(name) + ")";
@@ -442,6 +425,6 @@ inline std::string errorsOf(Action const& action) {
     return testing::internal::GetCapturedStderr();
 }
 
-}  // namespace particle_contract
+}  // namespace particle_calls
 
 }  // namespace vellum

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Core_RL_GL.h"
+#include "NotingLayer.h"
 #include "Program_gl.h"
 #include "Shader_gl.h"
 #include "glsl_calls.h"
@@ -12,10 +12,10 @@
 #include <string>
 #include <vector>
 
-/// What the contract tests of stages and programs share.
+/// What the tests of stages and programs share.
 namespace vellum {
 
-class Shaders_contract_calls_test : public testing::Test {
+class Stages_fixture : public testing::Test {
 protected:
     void SetUp() override { recording.clear(); }
 
@@ -31,11 +31,12 @@ protected:
     }
 
     gl_spy::Script driver = gl_spy::drivers::geometryShader4();
-    Core_RL_GL layer;
+    NotingLayer layer;
     gl_spy::Recording recording;
 };
 
-class Program_gl_contract_calls_test : public Shaders_contract_calls_test {
+/// A program that is not made yet, and three stages for it.
+class Program_fixture : public Stages_fixture {
 protected:
     void SetUp() override {
         vertex->addDefinition("#define A");

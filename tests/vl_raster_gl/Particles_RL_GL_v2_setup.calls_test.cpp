@@ -1,9 +1,10 @@
-#include "particle_contract.h"
+#include "particle_calls.h"
 
 #include "glsl_shader/ArrowRendering_shader.h"
 #include "glsl_shader/PointRendering_shader.h"
 #include "glsl_shader/SphereRendering_shader.h"
 #include "glsl_shader/effect_calls.h"
+#include "member_slots.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -21,14 +22,14 @@ namespace vellum {
 
 namespace {
 
-using namespace particle_contract;
+using namespace particle_calls;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 // == Set-up ==
 
-TEST(Particles_RL_GL_v2_setup_contract_calls_test, initGivesEveryFieldItsFirstValueAndAsksForBuffersOnce) {
-    Stage stage;
+TEST(Particles_RL_GL_v2_setup_calls_test, initGivesEveryFieldItsFirstValueAndAsksForBuffersOnce) {
+    Rig rig;
     Probe fresh;
     EXPECT_THAT(callsOf([&] { fresh.init(); }), IsEmpty());  // The layer has read the extensions before.
     EXPECT_EQ(fresh.vboId, 0U);
@@ -51,7 +52,7 @@ TEST(Particles_RL_GL_v2_setup_contract_calls_test, initGivesEveryFieldItsFirstVa
     EXPECT_EQ(fresh.shuffledCount, 0U);
 }
 
-TEST(Particles_RL_GL_v2_setup_contract_calls_test, buffersAreSupportedUnderEitherNameInThatOrder) {
+TEST(Particles_RL_GL_v2_setup_calls_test, buffersAreSupportedUnderEitherNameInThatOrder) {
     struct Asked : Core_RL_GL {
         bool isExtensionSupported(char const* name) override {
             names.emplace_back(name);
@@ -72,11 +73,15 @@ TEST(Particles_RL_GL_v2_setup_contract_calls_test, buffersAreSupportedUnderEithe
     }
 }
 
-TEST(Particles_RL_GL_v2_setup_contract_calls_test, deliberatelyTheInheritedRenderDoesNothing) {
-    Stage stage;
+TEST(Particles_RL_GL_v2_setup_calls_test, clearStandsBehindTheDestructors) {
+    EXPECT_EQ((member_slots::slotOf<Particles_RL_GL_v2, void()>(&Particles_RL_GL_v2::clear)), 2U);
+}
+
+TEST(Particles_RL_GL_v2_setup_calls_test, deliberatelyTheInheritedRenderDoesNothing) {
+    Rig rig;
     Particles const particles(5);
     Arguments const a;
-    Particles_RL_v2& base = stage.renderer;
+    Particles_RL_v2& base = rig.renderer;
     EXPECT_THAT(callsOf([&] {
                     base.render(particles.system, false, true, a.scale, a.minMagnitude, a.maxMagnitude,
                                 a.minColor, a.maxColor);
@@ -84,65 +89,64 @@ TEST(Particles_RL_GL_v2_setup_contract_calls_test, deliberatelyTheInheritedRende
                 IsEmpty());
 }
 
-TEST(Particles_RL_GL_v2_setup_contract_calls_test, settingTheModeAndReloadingMakeNoCalls) {
-    Stage stage;
+TEST(Particles_RL_GL_v2_setup_calls_test, settingTheModeAndReloadingMakeNoCalls) {
+    Rig rig;
     Color4<float> c{1, 1, 1, 1};
     EXPECT_THAT(callsOf([&] {
-                    stage.renderer.setRenderMode(Mode::ARROWS);
-                    stage.renderer.reloadShadersIfNeeded(c, c, 0, 1);
+                    rig.renderer.setRenderMode(Mode::ARROWS);
+                    rig.renderer.reloadShadersIfNeeded(c, c, 0, 1);
                 }),
                 IsEmpty());
-    EXPECT_EQ(stage.renderer.renderMode, 3U);
+    EXPECT_EQ(rig.renderer.renderMode, 3U);
 }
 
-TEST(Particles_RL_GL_v2_setup_contract_calls_test, clearDropsBuffersAndDeliberatelyKeepsSizesAndEffects) {
-    Stage stage;
+TEST(Particles_RL_GL_v2_setup_calls_test, clearDropsBuffersAndDeliberatelyKeepsSizesAndEffects) {
+    Rig rig;
     Particles const particles(100);
     Arguments a;
-    stage.renderer.memory(particles.system, a);
-    stage.renderer.vboEffect(particles.system, a);
-    auto* const effect = stage.renderer.pointShader;
-    unsigned int const vbo = stage.renderer.vboId;
-    EXPECT_THAT(callsOf([&] { stage.renderer.clear(); }), ElementsAre(deleted(vbo)));
-    EXPECT_EQ(stage.renderer.hostBuffer, nullptr);
-    EXPECT_EQ(stage.renderer.vboId, 0U);
-    EXPECT_EQ(stage.renderer.hostCapacity, 0U);
-    EXPECT_EQ(stage.renderer.vboCapacity, 100U);
-    EXPECT_EQ(stage.renderer.vboSizeKB, 2U);
-    EXPECT_EQ(stage.renderer.pointShader, effect);
-    EXPECT_THAT(callsOf([&] { stage.renderer.clear(); }), IsEmpty());
+    rig.renderer.memory(particles.system, a);
+    rig.renderer.vboEffect(particles.system, a);
+    auto* const effect = rig.renderer.pointShader;
+    unsigned int const vbo = rig.renderer.vboId;
+    EXPECT_THAT(callsOf([&] { rig.renderer.clear(); }), ElementsAre(deleted(vbo)));
+    EXPECT_EQ(rig.renderer.hostBuffer, nullptr);
+    EXPECT_EQ(rig.renderer.vboId, 0U);
+    EXPECT_EQ(rig.renderer.hostCapacity, 0U);
+    EXPECT_EQ(rig.renderer.vboCapacity, 100U);
+    EXPECT_EQ(rig.renderer.vboSizeKB, 2U);
+    EXPECT_EQ(rig.renderer.pointShader, effect);
+    EXPECT_THAT(callsOf([&] { rig.renderer.clear(); }), IsEmpty());
 }
 
-TEST(Particles_RL_GL_v2_setup_contract_calls_test, resetBuffersShrinksAndMapsTheBufferThenDropsTheProgram) {
-    Stage stage;
+TEST(Particles_RL_GL_v2_setup_calls_test, resetBuffersShrinksAndMapsTheBufferThenDropsTheProgram) {
+    Rig rig;
     Particles const particles(100);
     Arguments const a;
-    stage.renderer.memory(particles.system, a);
-    stage.renderer.vbo(particles.system, a);
-    unsigned int const vbo = stage.renderer.vboId;
-    stage.renderer.programId = 70;
-    stage.renderer.shaderIds[0] = 71;
-    stage.renderer.shaderIds[2] = 73;
-    EXPECT_THAT(callsOf([&] { stage.renderer.resetBuffers(); }),
+    rig.renderer.memory(particles.system, a);
+    rig.renderer.vbo(particles.system, a);
+    unsigned int const vbo = rig.renderer.vboId;
+    rig.renderer.programId = 70;
+    rig.renderer.shaderIds[0] = 71;
+    rig.renderer.shaderIds[2] = 73;
+    EXPECT_THAT(callsOf([&] { rig.renderer.resetBuffers(); }),
                 ElementsAre(binding(vbo), store(1), "glMapBuffer(GL_ARRAY_BUFFER, GL_READ_WRITE)",
                             deleted(vbo), "glDetachShader(70, 71)", "glDetachShader(70, 73)",
                             "glDeleteShader(71)", "glDeleteShader(73)", "glDeleteProgram(70)"));
-    EXPECT_EQ(stage.renderer.hostBuffer, nullptr);
-    EXPECT_EQ(stage.renderer.vboId, 0U);
-    EXPECT_EQ(stage.renderer.programId, 0U);
-    EXPECT_THAT(stage.renderer.shaderIds, ElementsAre(0, 0, 0));
-    EXPECT_EQ(stage.renderer.hostCapacity, 100U);  // Deliberate (kept-buffer-sizes): the counters stay.
-    EXPECT_EQ(stage.renderer.vboCapacity, 100U);
-    EXPECT_THAT(callsOf([&] { stage.renderer.resetBuffers(); }), IsEmpty());
+    EXPECT_EQ(rig.renderer.hostBuffer, nullptr);
+    EXPECT_EQ(rig.renderer.vboId, 0U);
+    EXPECT_EQ(rig.renderer.programId, 0U);
+    EXPECT_THAT(rig.renderer.shaderIds, ElementsAre(0, 0, 0));
+    EXPECT_EQ(rig.renderer.hostCapacity, 100U);  // Deliberate: the counters stay.
+    EXPECT_EQ(rig.renderer.vboCapacity, 100U);
+    EXPECT_THAT(callsOf([&] { rig.renderer.resetBuffers(); }), IsEmpty());
 
     // The capacity that is left over does not stand for an array.
-    stage.renderer.memory(particles.system, a);
-    EXPECT_EQ(stage.hostBits(100), recordBits(particles.system, a, memoryColor));
+    rig.renderer.memory(particles.system, a);
+    EXPECT_EQ(rig.hostBits(100), recordBits(particles.system, a, memoryColor));
 }
 
-TEST(Particles_RL_GL_v2_setup_contract_calls_test,
-     theDestructorResetsTheBuffersAndDeliberatelyLeavesTheEffects) {
-    Stage stage;
+TEST(Particles_RL_GL_v2_setup_calls_test, theDestructorResetsTheBuffersAndDeliberatelyLeavesTheEffects) {
+    Rig rig;
     Particles const particles(10);
     PointRendering_shader* effect = nullptr;
     Texts calls;
@@ -163,21 +167,23 @@ TEST(Particles_RL_GL_v2_setup_contract_calls_test,
     delete effect;  // It is still whole.
 }
 
-TEST(Particles_RL_GL_v2_setup_contract_calls_test, deliberatelyGetShaderGivesRoomForTheFileAndAZero) {
-    Stage stage;
-    std::filesystem::path const path = std::filesystem::path(testing::TempDir()) / "particles_contract.glsl";
+TEST(Particles_RL_GL_v2_setup_calls_test, deliberatelyGetShaderGivesRoomForTheFileAndAZero) {
+    Rig rig;
+    std::filesystem::path const path = std::filesystem::path(testing::TempDir()) / "particles_length.glsl";
     std::ofstream(path, std::ios::binary) << "void main(){}";
-    Array<char> const text = stage.renderer.getShader(path.string().c_str());
+    Array<char> const text = rig.renderer.getShader(path.string().c_str());
     EXPECT_EQ(text.size(), 14U);
     EXPECT_EQ(text.capacity(), 14U);
     EXPECT_EQ(text[13], 0);
     std::filesystem::remove(path);
-    EXPECT_EQ(stage.renderer.getShader(path.string().c_str()).size(), 0U);
+    EXPECT_EQ(rig.renderer.getShader(path.string().c_str()).size(), 0U);
+    EXPECT_EQ(rig.renderer.getShader("/").size(), 0U);
+    EXPECT_EQ(rig.renderer.getShader(nullptr).size(), 0U);
 }
 
 // == The memory rule ==
 
-TEST(Particles_RL_GL_v2_setup_contract_calls_test, theMemoryRuleComparesMegabytesLess25WithThePercentage) {
+TEST(Particles_RL_GL_v2_setup_calls_test, theMemoryRuleComparesMegabytesLess25WithThePercentage) {
     Particles const particles(50000);  // 1.14 MB
     struct Row {
         int freeKilobytes;
@@ -190,53 +196,57 @@ TEST(Particles_RL_GL_v2_setup_contract_calls_test, theMemoryRuleComparesMegabyte
           Row{26 * 1024, 0, 50, true}, Row{25 * 1024, 2 * 1024, 100, true},
           Row{25 * 1024, 2 * 1024 - 1, 100, false}, Row{25 * 1024, 0, 0, false}, Row{25 * 1024, 0, -1, true},
           Row{PLENTY, 0, NOT_A_NUMBER, false}}) {
-        Stage stage(row.freeKilobytes);
-        stage.renderer.vboSizeKB = row.ownKilobytes;
+        Rig rig(row.freeKilobytes);
+        rig.renderer.vboSizeKB = row.ownKilobytes;
         gl_spy::Recording const recording;
-        EXPECT_EQ(stage.renderer.checkEnoughMemoryinGPU(particles.system, row.percent), row.fits)
+        EXPECT_EQ(rig.renderer.checkEnoughMemoryinGPU(particles.system, row.percent), row.fits)
             << row.freeKilobytes << " " << row.ownKilobytes << " " << row.percent;
         EXPECT_THAT(recording.texts(), ElementsAre(FREE));
     }
 }
 
-TEST(Particles_RL_GL_v2_setup_contract_calls_test,
-     deliberatelyBelow25MegabytesTheMemoryRuleWrapsAndAnswersTrue) {
+TEST(Particles_RL_GL_v2_setup_calls_test, deliberatelyBelow25MegabytesTheMemoryRuleWrapsAndAnswersTrue) {
     Particles const particles(50000);
-    EXPECT_TRUE(Stage(0).renderer.checkEnoughMemoryinGPU(particles.system, 100));
-    EXPECT_TRUE(Stage(25 * 1024 - 1).renderer.checkEnoughMemoryinGPU(particles.system, 100));
+    EXPECT_TRUE(Rig(0).renderer.checkEnoughMemoryinGPU(particles.system, 100));
+    EXPECT_TRUE(Rig(25 * 1024 - 1).renderer.checkEnoughMemoryinGPU(particles.system, 100));
 }
 
 // == The index table ==
 
-TEST(Particles_RL_GL_v2_setup_contract_calls_test, theIndexTableIsTheShuffleSeededWithTheCount) {
-    Stage stage;
+TEST(Particles_RL_GL_v2_setup_calls_test, theIndexTableIsTheShuffleSeededWithTheCount) {
+    Rig rig;
     for (unsigned int const count : {2U, 3U, 10U, 1000U, CHUNK, 1U}) {
-        stage.renderer.initIndices(int(count));
-        EXPECT_EQ(stage.renderer.shuffledCount, count);
-        EXPECT_EQ(std::vector<unsigned short>(stage.renderer.shuffledIndices,
-                                              stage.renderer.shuffledIndices + count),
-                  shuffled(count));
+        rig.renderer.initIndices(int(count));
+        EXPECT_EQ(rig.renderer.shuffledCount, count);
+        EXPECT_EQ(
+            std::vector<unsigned short>(rig.renderer.shuffledIndices, rig.renderer.shuffledIndices + count),
+            shuffled(count));
     }
 }
 
-TEST(Particles_RL_GL_v2_setup_contract_calls_test, theSameCountTwiceLeavesTheIndexTableAsItIs) {
-    Stage stage;
-    stage.renderer.initIndices(10);
-    stage.renderer.shuffledIndices[4] = 99;
-    stage.renderer.initIndices(10);
-    EXPECT_EQ(stage.renderer.shuffledIndices[4], 99);
-    stage.renderer.initIndices(11);
-    stage.renderer.initIndices(10);
-    EXPECT_EQ(stage.renderer.shuffledIndices[4], shuffled(10)[4]);
+TEST(Particles_RL_GL_v2_setup_calls_test, theSameCountTwiceLeavesTheIndexTableAsItIs) {
+    Rig rig;
+    rig.renderer.initIndices(10);
+    rig.renderer.shuffledIndices[4] = 99;
+    rig.renderer.initIndices(10);
+    EXPECT_EQ(rig.renderer.shuffledIndices[4], 99);
+    rig.renderer.initIndices(11);
+    rig.renderer.initIndices(10);
+    EXPECT_EQ(rig.renderer.shuffledIndices[4], shuffled(10)[4]);
 }
 
-TEST(Particles_RL_GL_v2_setup_contract_calls_test, countsOfNoneAndOneDoNotRunBelowZero) {
-    Stage stage;
-    stage.renderer.initIndices(5);
-    stage.renderer.initIndices(0);
-    EXPECT_EQ(stage.renderer.shuffledCount, 0U);
-    stage.renderer.initIndices(1);
-    EXPECT_EQ(stage.renderer.shuffledIndices[0], 0);
+TEST(Particles_RL_GL_v2_setup_calls_test, countsOfNoneAndOneDoNotRunBelowZero) {
+    Rig rig;
+    rig.renderer.initIndices(5);
+    rig.renderer.initIndices(0);
+    EXPECT_EQ(rig.renderer.shuffledCount, 0U);
+    rig.renderer.initIndices(1);
+    EXPECT_EQ(rig.renderer.shuffledIndices[0], 0);
+    for (int const count : {-1, int(CHUNK) + 1, std::numeric_limits<int>::max()}) {
+        rig.renderer.initIndices(5);
+        rig.renderer.initIndices(count);
+        EXPECT_EQ(rig.renderer.shuffledCount, 5U) << count << " is ignored";
+    }
 }
 
 // == The effects ==
@@ -251,29 +261,29 @@ Texts parametersOf(unsigned int mode) {
     return mode == Mode::ARROWS ? joined({magnitudes, ends, size}) : joined({magnitudes, size, ends});
 }
 
-TEST(Particles_RL_GL_v2_setup_contract_calls_test, eachModeMakesAndConfiguresItsOwnEffect) {
+TEST(Particles_RL_GL_v2_setup_calls_test, eachModeMakesAndConfiguresItsOwnEffect) {
     for (unsigned int const mode : {Mode::POINTS, Mode::SPHERES, Mode::ARROWS}) {
-        Stage stage;
-        stage.renderer.setRenderMode(Mode::type(mode));
+        Rig rig;
+        rig.renderer.setRenderMode(Mode::type(mode));
         gl_spy::Recording const recording;
-        stage.renderer.configure(Arguments{});
+        rig.renderer.configure(Arguments{});
         EXPECT_EQ(ownCalls(recording),
                   joined({SOLID, mode == 1 ? Texts{SIZED} : Texts{}, {"glPushAttrib(0x6000)"}}));
         Texts sent = uniformsSent(recording);
         ASSERT_GE(sent.size(), 9U);
         sent.erase(sent.begin(), sent.end() - 7);
         EXPECT_EQ(sent, parametersOf(mode));
-        EXPECT_EQ(stage.renderer.pointShader != nullptr, mode == 1);
-        EXPECT_EQ(stage.renderer.sphereShader != nullptr, mode == 2);
-        EXPECT_EQ(stage.renderer.arrowShader != nullptr, mode == 3);
+        EXPECT_EQ(rig.renderer.pointShader != nullptr, mode == 1);
+        EXPECT_EQ(rig.renderer.sphereShader != nullptr, mode == 2);
+        EXPECT_EQ(rig.renderer.arrowShader != nullptr, mode == 3);
         EXPECT_EQ(recording.count("glLinkProgram"), 1U);
     }
 }
 
-TEST(Particles_RL_GL_v2_setup_contract_calls_test, aNewEffectIsCreatedAndThenTakenIntoUseBeforeItsPassOpens) {
-    Stage stage;
+TEST(Particles_RL_GL_v2_setup_calls_test, aNewEffectIsCreatedAndThenTakenIntoUseBeforeItsPassOpens) {
+    Rig rig;
     gl_spy::Recording const recording;
-    stage.renderer.configure(Arguments{});
+    rig.renderer.configure(Arguments{});
     Texts names;
     for (gl_spy::Call const& call : recording.calls()) {
         if (call.name == "glLinkProgram" || call.name == "glUseProgram" || call.name == "glPushAttrib")
@@ -284,60 +294,62 @@ TEST(Particles_RL_GL_v2_setup_contract_calls_test, aNewEffectIsCreatedAndThenTak
                             "glUseProgram"}));
 }
 
-TEST(Particles_RL_GL_v2_setup_contract_calls_test,
-     theMagnitudeIsTheEffectsProcessTypeAndAnotherOneReplacesTheEffect) {
+TEST(Particles_RL_GL_v2_setup_calls_test, theMagnitudeIsTheEffectsProcessTypeAndAnotherOneReplacesTheEffect) {
     for (unsigned int const mode : {Mode::POINTS, Mode::SPHERES, Mode::ARROWS}) {
-        Stage stage;
-        stage.renderer.setRenderMode(Mode::type(mode));
+        Rig rig;
+        rig.renderer.setRenderMode(Mode::type(mode));
         auto const effect = [&]() -> Impostor_shader* {
-            return mode == 1   ? static_cast<Impostor_shader*>(stage.renderer.pointShader)
-                   : mode == 2 ? static_cast<Impostor_shader*>(stage.renderer.sphereShader)
-                               : static_cast<Impostor_shader*>(stage.renderer.arrowShader);
+            return mode == 1   ? static_cast<Impostor_shader*>(rig.renderer.pointShader)
+                   : mode == 2 ? static_cast<Impostor_shader*>(rig.renderer.sphereShader)
+                               : static_cast<Impostor_shader*>(rig.renderer.arrowShader);
         };
         Arguments a;
         Particles const particles(3);
+        std::size_t objects = 0;
         for (unsigned int const magnitude : {0U, 1U, 2U, 3U, 4U, 5U, 7U}) {
             a.magnitude = magnitude;
             gl_spy::Recording recording;
-            stage.renderer.chunks(particles.system, a);
+            rig.renderer.chunks(particles.system, a);
             EXPECT_EQ(static_cast<unsigned int>(effect()->processType()), magnitude);
             EXPECT_EQ(recording.count("glLinkProgram"), 1U);
             EXPECT_EQ(recording.count("glDeleteProgram"), magnitude == 0 ? 0U : 1U);
+            objects = magnitude == 0 ? rig.driver.liveObjects() : objects;
+            EXPECT_EQ(rig.driver.liveObjects(), objects);
             recording.clear();
-            stage.renderer.chunks(particles.system, a);
+            rig.renderer.chunks(particles.system, a);
             EXPECT_EQ(recording.count("glLinkProgram"), 0U);
         }
     }
 }
 
-TEST(Particles_RL_GL_v2_setup_contract_calls_test, arrowsWithMagnitude6ConfigureThePointEffect) {
-    Stage stage;
-    stage.renderer.setRenderMode(Mode::ARROWS);
+TEST(Particles_RL_GL_v2_setup_calls_test, arrowsWithMagnitude6ConfigureThePointEffect) {
+    Rig rig;
+    rig.renderer.setRenderMode(Mode::ARROWS);
     Arguments a;
     a.magnitude = 6;
-    EXPECT_EQ(ownCallsOf([&] { stage.renderer.configure(a); }), OPENED_POINTS);
-    ASSERT_NE(stage.renderer.pointShader, nullptr);
-    EXPECT_EQ(static_cast<unsigned int>(stage.renderer.pointShader->processType()), 6U);
-    EXPECT_EQ(stage.renderer.arrowShader, nullptr);
-    EXPECT_EQ(stage.renderer.renderMode, 3U);
+    EXPECT_EQ(ownCallsOf([&] { rig.renderer.configure(a); }), OPENED_POINTS);
+    ASSERT_NE(rig.renderer.pointShader, nullptr);
+    EXPECT_EQ(static_cast<unsigned int>(rig.renderer.pointShader->processType()), 6U);
+    EXPECT_EQ(rig.renderer.arrowShader, nullptr);
+    EXPECT_EQ(rig.renderer.renderMode, 3U);
 }
 
-TEST(Particles_RL_GL_v2_setup_contract_calls_test,
+TEST(Particles_RL_GL_v2_setup_calls_test,
      deliberatelyArrowsWithMagnitude6CloseTheArrowEffectWhereThereIsOne) {
     Particles const particles(3);
     for (bool const hasArrows : {false, true}) {
-        Stage stage;
-        stage.renderer.setRenderMode(Mode::ARROWS);
+        Rig rig;
+        rig.renderer.setRenderMode(Mode::ARROWS);
         Arguments a;
         if (hasArrows)
-            stage.renderer.chunks(particles.system, a);
+            rig.renderer.chunks(particles.system, a);
         a.magnitude = 6;
         for (bool const useChunks : {true, false, true}) {
             gl_spy::Recording const recording;
             if (useChunks)
-                stage.renderer.chunks(particles.system, a);
+                rig.renderer.chunks(particles.system, a);
             else
-                stage.renderer.vboEffect(particles.system, a);
+                rig.renderer.vboEffect(particles.system, a);
             EXPECT_EQ(recording.count("glPushAttrib"), 1U);
             EXPECT_EQ(recording.count("glPopAttrib"), 1U);
             EXPECT_EQ(recording.count("glUseProgramObjectARB"), 1U);
@@ -345,24 +357,24 @@ TEST(Particles_RL_GL_v2_setup_contract_calls_test,
         }
         // A point effect that nobody has closed is still dirty, and sends everything again.
         gl_spy::Recording const recording;
-        stage.renderer.chunks(particles.system, a);
+        rig.renderer.chunks(particles.system, a);
         EXPECT_EQ(uniformsSent(recording).empty(), !hasArrows);
     }
 }
 
-TEST(Particles_RL_GL_v2_setup_contract_calls_test, deliberatelyAModeWithoutAnEffectLeavesTheFillingPushed) {
+TEST(Particles_RL_GL_v2_setup_calls_test, deliberatelyAModeWithoutAnEffectLeavesTheFillingPushed) {
     Particles const particles(3);
     for (unsigned int const mode : {0U, 4U, NONE}) {
-        Stage stage;
-        stage.renderer.setRenderMode(Mode::type(mode));
+        Rig rig;
+        rig.renderer.setRenderMode(Mode::type(mode));
         Arguments const a;
-        EXPECT_EQ(callsOf([&] { stage.renderer.configure(a); }), SOLID);
-        EXPECT_EQ(callsOf([&] { stage.renderer.vboEffect(particles.system, a); }),
+        EXPECT_EQ(callsOf([&] { rig.renderer.configure(a); }), SOLID);
+        EXPECT_EQ(callsOf([&] { rig.renderer.vboEffect(particles.system, a); }),
                   joined({SOLID, {GENERATED}, grown(1, 3), uploaded(1, 3), drawnFromVbo(1, 3, {})}));
-        EXPECT_EQ(callsOf([&] { stage.renderer.chunks(particles.system, a); }),
+        EXPECT_EQ(callsOf([&] { rig.renderer.chunks(particles.system, a); }),
                   joined({SOLID, drawnChunk(arrays(3))}));
-        EXPECT_EQ(stage.layer.currentFillingFront(), FILLING_SOLID);
-        EXPECT_EQ(stage.layer.currentFillingBack(), FILLING_SOLID);
+        EXPECT_EQ(rig.layer.currentFillingFront(), FILLING_SOLID);
+        EXPECT_EQ(rig.layer.currentFillingBack(), FILLING_SOLID);
     }
 }
 

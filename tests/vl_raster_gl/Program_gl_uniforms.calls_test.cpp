@@ -1,16 +1,14 @@
-#include "shaders_contract.h"
-#include "tests/support/StreamCapture.h"
+#include "glsl_fixtures.h"
+#include "glsl_shader/effect_calls.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
-#include <iostream>
 #include <limits>
 #include <string>
 
-// The uniforms of programs call by call, and what programs say of themselves. The recording OpenGL counts the
-// locations of a program's uniforms from 0.
+// The uniforms of programs call by call. The recording OpenGL counts the locations of a program's uniforms from 0.
 
 namespace vellum {
 
@@ -21,14 +19,12 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-constexpr unsigned int VERSION_STRING = 0x1F02;
-
 // == Kept uniforms ==
 
-class Program_gl_uniforms_contract_calls_test : public Program_gl_contract_calls_test {
+class Program_gl_uniforms_calls_test : public Program_fixture {
 protected:
     void SetUp() override {
-        Program_gl_contract_calls_test::SetUp();
+        Program_fixture::SetUp();
         attachAndEnable();
     }
 
@@ -42,7 +38,7 @@ protected:
                                        8.5F, 9.5F, 10.5F, 11.5F, 12.5F, 13.5F, 14.5F, 15.5F};
 };
 
-TEST_F(Program_gl_uniforms_contract_calls_test, integers) {
+TEST_F(Program_gl_uniforms_calls_test, integers) {
     program->setUniform("u", 1);
     EXPECT_EQ(calls(), sent("u", 0, "glUniform1iv", "1, {1}"));
     program->setUniform("u", 1, 2);
@@ -53,7 +49,7 @@ TEST_F(Program_gl_uniforms_contract_calls_test, integers) {
     EXPECT_EQ(calls(), sent("u", 0, "glUniform4iv", "1, {1, 2, 3, -2147483648}"));
 }
 
-TEST_F(Program_gl_uniforms_contract_calls_test, arraysOfIntegers) {
+TEST_F(Program_gl_uniforms_calls_test, arraysOfIntegers) {
     program->setUniform("u", 3, 1, integers.data());
     EXPECT_EQ(calls(), sent("u", 0, "glUniform1iv", "3, {1, -2, 3}"));
     program->setUniform("u", 2, 2, integers.data());
@@ -64,7 +60,7 @@ TEST_F(Program_gl_uniforms_contract_calls_test, arraysOfIntegers) {
     EXPECT_EQ(calls(), sent("u", 0, "glUniform4iv", "2, {1, -2, 3, -4, 5, -6, 7, -8}"));
 }
 
-TEST_F(Program_gl_uniforms_contract_calls_test, floats) {
+TEST_F(Program_gl_uniforms_calls_test, floats) {
     program->setUniform("u", 1.5F);
     EXPECT_EQ(calls(), sent("u", 0, "glUniform1fv", "1, {1.5}"));
     program->setUniform("u", 1.5F, 2.0F);
@@ -75,7 +71,7 @@ TEST_F(Program_gl_uniforms_contract_calls_test, floats) {
     EXPECT_EQ(calls(), sent("u", 0, "glUniform4fv", "1, {1.5, 2, 3, 0.1}"));
 }
 
-TEST_F(Program_gl_uniforms_contract_calls_test, arraysOfFloats) {
+TEST_F(Program_gl_uniforms_calls_test, arraysOfFloats) {
     program->setUniform("u", 3, 1, floats.data());
     EXPECT_EQ(calls(), sent("u", 0, "glUniform1fv", "3, {0.5, 1.5, 2.5}"));
     program->setUniform("u", 2, 2, floats.data());
@@ -86,7 +82,7 @@ TEST_F(Program_gl_uniforms_contract_calls_test, arraysOfFloats) {
     EXPECT_EQ(calls(), sent("u", 0, "glUniform4fv", "1, {0.5, 1.5, 2.5, 3.5}"));
 }
 
-TEST_F(Program_gl_uniforms_contract_calls_test, matrices) {
+TEST_F(Program_gl_uniforms_calls_test, matrices) {
     program->setUniformMatrix("u", 2, floats.data());
     EXPECT_EQ(calls(), sent("u", 0, "glUniformMatrix2fv", "1, GL_FALSE, {0.5, 1.5, 2.5, 3.5}"));
     program->setUniformMatrix("u", 3, floats.data());
@@ -98,7 +94,7 @@ TEST_F(Program_gl_uniforms_contract_calls_test, matrices) {
                             "12.5, 13.5, 14.5, 15.5}"));
 }
 
-TEST_F(Program_gl_uniforms_contract_calls_test, sizesThatGlDoesNotHaveSendNothing) {
+TEST_F(Program_gl_uniforms_calls_test, sizesThatGlDoesNotHaveSendNothing) {
     program->setUniform("i5", 1, 5, integers.data());
     program->setUniform("f5", 1, 5, floats.data());
     program->setUniform("i0", 1, 0, integers.data());
@@ -113,7 +109,7 @@ TEST_F(Program_gl_uniforms_contract_calls_test, sizesThatGlDoesNotHaveSendNothin
     }
 }
 
-TEST_F(Program_gl_uniforms_contract_calls_test, uniformsSetBeforeAreSentOnEnablingAndLaterOnesAtOnce) {
+TEST_F(Program_gl_uniforms_calls_test, uniformsSetBeforeAreSentOnEnablingAndLaterOnesAtOnce) {
     program->disable();
     recording.clear();
     program->setUniform("u", 2.0F);
@@ -126,7 +122,7 @@ TEST_F(Program_gl_uniforms_contract_calls_test, uniformsSetBeforeAreSentOnEnabli
     EXPECT_EQ(calls(), joined({{"glUseProgram(5)"}, sent("u", 0, "glUniform1fv", "1, {3}")}));
 }
 
-TEST_F(Program_gl_uniforms_contract_calls_test, theyAreSentInTheOrderOfTheirFirstSetting) {
+TEST_F(Program_gl_uniforms_calls_test, theyAreSentInTheOrderOfTheirFirstSetting) {
     program->disable();
     program->setUniform("b", 1);
     program->setUniform("a", 2.0F);
@@ -141,7 +137,7 @@ TEST_F(Program_gl_uniforms_contract_calls_test, theyAreSentInTheOrderOfTheirFirs
                                sent("c", 2, "glUniformMatrix2fv", "1, GL_FALSE, {0.5, 1.5, 2.5, 3.5}")}));
 }
 
-TEST_F(Program_gl_uniforms_contract_calls_test, aNameThatIsSetAgainChangesItsTypeInPlace) {
+TEST_F(Program_gl_uniforms_calls_test, aNameThatIsSetAgainChangesItsTypeInPlace) {
     program->disable();
     program->setUniform("u", 1.5F);
     program->setUniform("last", 1);
@@ -160,7 +156,7 @@ TEST_F(Program_gl_uniforms_contract_calls_test, aNameThatIsSetAgainChangesItsTyp
                                sent("last", 1, "glUniform1iv", "1, {1}")}));
 }
 
-TEST_F(Program_gl_uniforms_contract_calls_test, namesAreComparedExactly) {
+TEST_F(Program_gl_uniforms_calls_test, namesAreComparedExactly) {
     program->setUniform("name", 1);
     program->setUniform("Name", 2);
     program->setUniform("name ", 3);
@@ -170,7 +166,7 @@ TEST_F(Program_gl_uniforms_contract_calls_test, namesAreComparedExactly) {
     EXPECT_EQ(recording.count("glUniform1iv"), 4U);
 }
 
-TEST_F(Program_gl_uniforms_contract_calls_test, valuesAndNamesAreCopied) {
+TEST_F(Program_gl_uniforms_calls_test, valuesAndNamesAreCopied) {
     program->disable();
     std::array<float, 2> values{1, 2};
     std::string name = "u";
@@ -182,7 +178,7 @@ TEST_F(Program_gl_uniforms_contract_calls_test, valuesAndNamesAreCopied) {
     EXPECT_EQ(calls(), joined({{"glUseProgram(5)"}, sent("u", 0, "glUniform2fv", "1, {1, 2}")}));
 }
 
-TEST_F(Program_gl_uniforms_contract_calls_test, aValueMayBeSetToItself) {
+TEST_F(Program_gl_uniforms_calls_test, aValueMayBeSetToItself) {
     program->setUniform("u", 2, 2, floats.data());
     program->setUniform("u", 2, 2, floats.data());
     recording.clear();
@@ -191,9 +187,11 @@ TEST_F(Program_gl_uniforms_contract_calls_test, aValueMayBeSetToItself) {
               joined({{"glUseProgram(5)"}, sent("u", 0, "glUniform2fv", "2, {0.5, 1.5, 2.5, 3.5}")}));
 }
 
-TEST_F(Program_gl_uniforms_contract_calls_test, aUniformThatTheProgramDoesNotHaveStaysKept) {
+TEST_F(Program_gl_uniforms_calls_test, aUniformThatTheProgramDoesNotHaveStaysKept) {
     driver.uniformLocation("u", -1);
+    recording.clear();
     program->setUniform("u", 1);
+    EXPECT_THAT(calls(), ElementsAre("glGetUniformLocation(5, \"u\")", "glUniform1iv(-1, 1, {1})"));
     program->disable();
     driver.uniformLocation("u", 6);
     recording.clear();
@@ -201,7 +199,7 @@ TEST_F(Program_gl_uniforms_contract_calls_test, aUniformThatTheProgramDoesNotHav
     EXPECT_EQ(calls(), joined({{"glUseProgram(5)"}, sent("u", 6, "glUniform1iv", "1, {1}")}));
 }
 
-TEST_F(Program_gl_uniforms_contract_calls_test, keysSendWhatNamesSend) {
+TEST_F(Program_gl_uniforms_calls_test, keysSendWhatNamesSend) {
     Program_gl::UniformKey key("u");
     program->setUniform("first", 1);
     program->setUniform("u", 1, 2);
@@ -215,6 +213,8 @@ TEST_F(Program_gl_uniforms_contract_calls_test, keysSendWhatNamesSend) {
     EXPECT_EQ(calls(), sent("u", 1, "glUniform1fv", "1, {3.5}"));
     program->setUniform(key, 4);
     EXPECT_EQ(calls(), sent("u", 1, "glUniform1iv", "1, {4}"));
+    program->setUniform(key, 4.5F, 5.0F, 6.0F);
+    EXPECT_EQ(calls(), sent("u", 1, "glUniform3fv", "1, {4.5, 5, 6}"));
     program->disable();
     program->setUniform(key, 1, 2, 3, 4);
     recording.clear();
@@ -225,7 +225,30 @@ TEST_F(Program_gl_uniforms_contract_calls_test, keysSendWhatNamesSend) {
                                sent("last", 2, "glUniform1iv", "1, {9}")}));
 }
 
-TEST_F(Program_gl_uniforms_contract_calls_test, uniformsOfProgram0AreAppliedToo) {
+TEST_F(Program_gl_uniforms_calls_test, aKeyFollowsItsNameToAnotherTypeAndLength) {
+    Program_gl::UniformKey key("u");
+    program->setUniform(key, 1.0F, 2.0F, 3.0F);
+    program->setUniform("u", 2, 3, integers.data());
+    program->setUniform(key, 4.0F, 5.0F, 6.0F);
+    program->setUniformMatrix("u", 4, floats.data());
+    program->setUniform(key, 7.0F, 8.0F, 9.0F);
+    recording.clear();
+    program->enable(true);
+    EXPECT_EQ(calls(), joined({{"glUseProgram(5)"}, sent("u", 0, "glUniform3fv", "1, {7, 8, 9}")}));
+}
+
+TEST_F(Program_gl_uniforms_calls_test, uniformsAreFoundInAnyOrder) {
+    for (char const* const name : {"a", "b", "c", "d", "d", "b", "a", "c", "c", "a", "d"}) {
+        program->setUniform(name, 1);
+    }
+    program->setUniform("b", 3);
+    recording.clear();
+    program->enable(true);
+    EXPECT_THAT(uniformsSent(recording), ElementsAre("a glUniform1iv {1}", "b glUniform1iv {3}",
+                                                     "c glUniform1iv {1}", "d glUniform1iv {1}"));
+}
+
+TEST_F(Program_gl_uniforms_calls_test, uniformsOfProgram0AreAppliedToo) {
     Program_gl empty;
     empty.setUniform("u", 1);
     recording.clear();
@@ -234,7 +257,7 @@ TEST_F(Program_gl_uniforms_contract_calls_test, uniformsOfProgram0AreAppliedToo)
                 ElementsAre("glUseProgram(0)", "glGetUniformLocation(0, \"u\")", "glUniform1iv(0, 1, {1})"));
 }
 
-TEST_F(Program_gl_uniforms_contract_calls_test, badLengthsAndMissingValuesLeaveWhatIsKept) {
+TEST_F(Program_gl_uniforms_calls_test, badLengthsAndMissingValuesLeaveWhatIsKept) {
     constexpr int HUGE_COUNT = std::numeric_limits<int>::max();
     program->setUniform("u", 1);
     recording.clear();
@@ -250,7 +273,7 @@ TEST_F(Program_gl_uniforms_contract_calls_test, badLengthsAndMissingValuesLeaveW
     EXPECT_EQ(calls(), joined({{"glUseProgram(5)"}, sent("u", 0, "glUniform1iv", "1, {1}")}));
 }
 
-TEST_F(Program_gl_uniforms_contract_calls_test, sizesThatGlDoesNotHaveReadNoValues) {
+TEST_F(Program_gl_uniforms_calls_test, sizesThatGlDoesNotHaveReadNoValues) {
     constexpr int HUGE_SIZE = std::numeric_limits<int>::max();
     program->setUniform("i", 1, HUGE_SIZE, integers.data());
     program->setUniform("f", HUGE_SIZE, HUGE_SIZE, floats.data());
@@ -261,7 +284,7 @@ TEST_F(Program_gl_uniforms_contract_calls_test, sizesThatGlDoesNotHaveReadNoValu
     }
 }
 
-TEST_F(Program_gl_uniforms_contract_calls_test, aMissingNameIsTheEmptyOne) {
+TEST_F(Program_gl_uniforms_calls_test, aMissingNameIsTheEmptyOne) {
     program->setUniform(nullptr, 1);
     program->setUniform("", 2.0F);
     recording.clear();
@@ -277,7 +300,7 @@ TEST_F(Program_gl_uniforms_contract_calls_test, aMissingNameIsTheEmptyOne) {
 
 // == Uniforms that are not kept ==
 
-TEST_F(Program_gl_uniforms_contract_calls_test, aSamplerIsBoundAndNotKept) {
+TEST_F(Program_gl_uniforms_calls_test, aSamplerIsBoundAndNotKept) {
     program->disable();
     recording.clear();
     program->setUniformSampler("map", 77, 3);
@@ -294,7 +317,7 @@ TEST_F(Program_gl_uniforms_contract_calls_test, aSamplerIsBoundAndNotKept) {
     EXPECT_TRUE(program->isEnabled());
 }
 
-TEST_F(Program_gl_uniforms_contract_calls_test, uniformsAreReadBack) {
+TEST_F(Program_gl_uniforms_calls_test, uniformsAreReadBack) {
     program->setUniform("f", 1.5F, 2.5F);
     program->setUniform("i", 4, 5, 6);
     recording.clear();
@@ -306,68 +329,6 @@ TEST_F(Program_gl_uniforms_contract_calls_test, uniformsAreReadBack) {
     program->getUniform("i", readIntegers.data());
     EXPECT_THAT(calls(), ElementsAre("glGetUniformLocation(5, \"i\")", "glGetUniformiv(5, 1, pointer)"));
     EXPECT_THAT(readIntegers, ElementsAre(4, 5, 6));
-}
-
-// == Logs and support ==
-
-TEST_F(Program_gl_uniforms_contract_calls_test, theInfoLogIsCutAt4095Characters) {
-    driver.programStatus(true, "fine");
-    EXPECT_EQ(program->getInfoLog(), "fine");
-    EXPECT_THAT(calls(), ElementsAre("glGetProgramInfoLog(5, 4096)"));
-    driver.programStatus(false, std::string(5000, 'x'));
-    EXPECT_EQ(program->getInfoLog(), std::string(4095, 'x'));
-    recording.clear();
-    EXPECT_EQ(Program_gl().getInfoLog(), "");
-    EXPECT_THAT(calls(), IsEmpty());
-    driver.programStatus(true, "");
-    EXPECT_EQ(program->getInfoLog(), "");
-}
-
-TEST_F(Program_gl_uniforms_contract_calls_test, aFailedLinkIsNotToldApart) {
-    driver.programStatus(false, "does not link");
-    program->setMask(vertex.get(), 1);
-    recording.clear();
-    StreamCapture const output(std::cout);
-    program->enable(true);
-    program->enable(true);
-    EXPECT_THAT(calls(), ElementsAre("glLinkProgram(5)", "glUseProgram(5)", "glUseProgram(5)"));
-    EXPECT_TRUE(program->isEnabled());
-    EXPECT_EQ(output.text(), "");
-}
-
-TEST_F(Program_gl_uniforms_contract_calls_test, deliberateListsAreNotPrinted) {
-    StreamCapture const output(std::cout);
-    StreamCapture const errors(std::cerr);
-    program->printShadersList();
-    EXPECT_EQ(program->getCompilationLog(), "");
-    EXPECT_EQ(output.text() + errors.text(), "");
-    EXPECT_THAT(calls(), IsEmpty());
-}
-
-TEST_F(Program_gl_contract_calls_test, supportIsAMatterOfTheVersion) {
-    for (char const* version :
-         {"2.1", "2.1.0", "2.1 Mesa", "2.10", "3.0", "4.5.0 (Compatibility)", "10.0.0", "2.9", "100", "3"}) {
-        driver.string(VERSION_STRING, version);
-        StreamCapture const output(std::cout);
-        recording.clear();
-        EXPECT_TRUE(program->checkGeometryShaderSupport()) << version;
-        EXPECT_EQ(output.text(), "");
-        EXPECT_THAT(recording.texts(), ElementsAre("glGetString(GL_VERSION)"));
-    }
-    for (char const* version :
-         {"2.0", "2.0.9", "1.5.0", "1.99", "2", "2.", "", "x", "OpenGL ES 3.0", "-3.1"}) {
-        driver.string(VERSION_STRING, version);
-        StreamCapture const output(std::cout);
-        EXPECT_FALSE(program->checkGeometryShaderSupport()) << version;
-        EXPECT_EQ(output.text(), "OpenGL 2.1 NOT ready");
-    }
-}
-
-TEST_F(Program_gl_contract_calls_test, deliberateWithoutAVersionThereIsSupport) {
-    driver.nullString(VERSION_STRING);
-    StreamCapture const output(std::cout);
-    EXPECT_TRUE(program->checkGeometryShaderSupport());
-    EXPECT_EQ(output.text(), "");
 }
 
 }  // namespace
