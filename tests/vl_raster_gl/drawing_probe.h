@@ -2,13 +2,13 @@
 
 #include "Core_RL_GL.h"
 #include "tests/gl_spy/gl_spy.h"
+#include "tests/support/recorded_calls.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cmath>
-#include <initializer_list>
 #include <set>
 #include <sstream>
 #include <string>
@@ -19,7 +19,6 @@
 namespace vellum::drawing_probe {
 
 using Point = std::array<double, 3>;
-using Texts = std::vector<std::string>;
 
 inline Point point(Vector3<float> const& v) {
     return {v.x, v.y, v.z};
@@ -53,13 +52,6 @@ inline void expectPoints(std::vector<Point> const& actual, std::vector<Point> co
         expectNear(actual[i], expected[i], tolerance, "vertex " + std::to_string(i));
 }
 
-/// The one primitive of a recording; a failure, and an empty one, when there are more or none.
-inline gl_spy::Primitive onlyPrimitive(gl_spy::Recording const& recording) {
-    std::vector<gl_spy::Primitive> const primitives = recording.primitives();
-    EXPECT_EQ(primitives.size(), 1U);
-    return primitives.size() == 1 ? primitives.front() : gl_spy::Primitive{};
-}
-
 inline std::string threeNumbers(std::string const& call, Point const& p) {
     std::ostringstream text;
     text << call << "({" << p[0] << ", " << p[1] << ", " << p[2] << "})";
@@ -83,14 +75,6 @@ inline Texts outline(gl_spy::Recording const& recording) {
             texts.push_back(call.text());
     }
     return texts;
-}
-
-/// Lists put one after the other.
-inline Texts joined(std::initializer_list<Texts> lists) {
-    Texts all;
-    for (Texts const& list : lists)
-        all.insert(all.end(), list.begin(), list.end());
-    return all;
 }
 
 /// A render layer that stands in for those of its virtual operations that a test replaces: they are noted

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -169,7 +170,7 @@ struct Particles {
 
 // == What the buffers hold ==
 
-using Rgb = std::vector<float>;
+using Rgb = std::array<float, 3>;
 
 /// What the color channel says of one particle.
 struct Value {
