@@ -136,7 +136,7 @@ TEST(Particles_RL_GL_v2_setup_calls_test, resetBuffersShrinksAndMapsTheBufferThe
     EXPECT_EQ(rig.renderer.vboId, 0U);
     EXPECT_EQ(rig.renderer.programId, 0U);
     EXPECT_THAT(rig.renderer.shaderIds, ElementsAre(0, 0, 0));
-    EXPECT_EQ(rig.renderer.hostCapacity, 100U);  // Deliberate: the counters stay.
+    EXPECT_EQ(rig.renderer.hostCapacity, 100U);  // Deliberate (kept-buffer-sizes): the counters stay.
     EXPECT_EQ(rig.renderer.vboCapacity, 100U);
     EXPECT_THAT(callsOf([&] { rig.renderer.resetBuffers(); }), IsEmpty());
 

@@ -488,7 +488,7 @@ TYPED_TEST(Impostors_calls_test, processTypesChooseTheVertexStage) {
             EXPECT_NE(texts[type], texts[other]) << type << " and " << other;
         }
     }
-    // Deliberate: types above 4 are the length for two of the effects, and the constant color for the third.
+    // Deliberate (process-types-above-4): the length for two of the effects, the constant color for the third.
     for (unsigned int const type : {5U, 7U, 0xFFFFFFFFU}) {
         EXPECT_EQ(this->vertexText(type), texts[this->IS_ARROW ? 4 : 0]) << type;
     }
@@ -550,7 +550,7 @@ TYPED_TEST(Impostors_calls_test, vertexStagesHaveTheirUniforms) {
             EXPECT_THAT(text, HasSubstr(part));
         }
         EXPECT_EQ(text.find("uniform float size;") == std::string::npos, this->IS_ARROW);
-        // Deliberate: a full rate has the clamp color for arrows only.
+        // Deliberate (full-rate-clamp): a full rate has the clamp color for arrows only.
         EXPECT_THAT(text, HasSubstr(this->IS_ARROW ? "rate < 1.0" : "rate > 1.0"));
     }
     EXPECT_THAT(this->vertexText(4), Not(HasSubstr("rate")));
