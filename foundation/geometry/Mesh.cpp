@@ -600,22 +600,33 @@ MeshFault_ns::type Mesh::fault() const {
 }
 
 MeshFault_ns::type Mesh::surfaceFault() const {
-    unsigned int const count = triangleCount();
-    unsigned int const normalTriangleCount = sizeOf(normalTrianglesId);
-    unsigned int const faceNormalCount = sizeOf(faceNormalsId);
-    if (_reachesBeyond(triangleReach, trianglesId, sizeOf(positionsId))) {
-        return MeshFault_ns::INDEX_OUT_OF_RANGE;
-    }
-    if (normalTriangleCount != 0 && normalTriangleCount != count) {
-        return MeshFault_ns::NORMAL_TRIANGLE_COUNT;
-    }
-    if (_reachesBeyond(normalTriangleReach, normalTrianglesId, sizeOf(vertexNormalsId))) {
-        return MeshFault_ns::NORMAL_INDEX_OUT_OF_RANGE;
-    }
-    if (faceNormalCount != 0 && faceNormalCount != count) {
-        return MeshFault_ns::FACE_NORMAL_COUNT;
+    for (MeshFault_ns::type const fault : {triangleFault(), vertexNormalFault(), faceNormalFault()}) {
+        if (fault != MeshFault_ns::NONE) {
+            return fault;
+        }
     }
     return MeshFault_ns::NONE;
+}
+
+MeshFault_ns::type Mesh::triangleFault() const {
+    return _reachesBeyond(triangleReach, trianglesId, sizeOf(positionsId)) ? MeshFault_ns::INDEX_OUT_OF_RANGE
+                                                                           : MeshFault_ns::NONE;
+}
+
+MeshFault_ns::type Mesh::vertexNormalFault() const {
+    unsigned int const normalTriangleCount = sizeOf(normalTrianglesId);
+    if (normalTriangleCount != 0 && normalTriangleCount != triangleCount()) {
+        return MeshFault_ns::NORMAL_TRIANGLE_COUNT;
+    }
+    return _reachesBeyond(normalTriangleReach, normalTrianglesId, sizeOf(vertexNormalsId))
+               ? MeshFault_ns::NORMAL_INDEX_OUT_OF_RANGE
+               : MeshFault_ns::NONE;
+}
+
+MeshFault_ns::type Mesh::faceNormalFault() const {
+    unsigned int const faceNormalCount = sizeOf(faceNormalsId);
+    return faceNormalCount != 0 && faceNormalCount != triangleCount() ? MeshFault_ns::FACE_NORMAL_COUNT
+                                                                      : MeshFault_ns::NONE;
 }
 
 MeshFault_ns::type Mesh::adjacencyFault() const {

@@ -51,8 +51,8 @@ enum MeshFlags : unsigned int {
 ///            d 2
 ///
 /// What is accepted: the arrays may be set in any order, and those that are not needed may be left out. No
-/// setter looks at the other arrays; fault() tells whether they fit together. Renderers ask it, and draw
-/// nothing of a mesh with a fault. Triangles without area are no fault: they have no normal and show nothing.
+/// setter looks at the other arrays; fault() tells whether they fit together. A renderer
+/// draws nothing that reads an array with a fault. Triangles without area are no fault: they have no normal and show nothing.
 ///
 /// Arrays that were derived (work...) are not derived anew when their sources change. Everything must be
 /// called on the thread of the server.
@@ -151,8 +151,11 @@ public:
     /// once, and again while their array carries ARRAY_TYPEABLE_MODIFIED_CONTROL_0.
     MeshFault_ns::type fault() const;
 
-    MeshFault_ns::type surfaceFault() const;    ///< The same without the adjacency.
-    MeshFault_ns::type adjacencyFault() const;  ///< The adjacency alone.
+    MeshFault_ns::type surfaceFault() const;       ///< The same without the adjacency.
+    MeshFault_ns::type triangleFault() const;      ///< The triangles and the positions they name.
+    MeshFault_ns::type vertexNormalFault() const;  ///< The normal triangles and the vertex normals they name.
+    MeshFault_ns::type faceNormalFault() const;    ///< The face normals alone.
+    MeshFault_ns::type adjacencyFault() const;     ///< The adjacency alone.
 
 private:
     struct NamedArray {

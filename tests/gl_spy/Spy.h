@@ -22,6 +22,7 @@ struct Script::Rules {
     std::map<std::string, int> uniformLocations;
     std::map<std::string, int> attributeLocations;
     bool nullMap = false;
+    bool noBufferNames = false;
     std::unique_ptr<Model> model;  // set when nothing is passed on to a driver
 };
 

@@ -373,6 +373,10 @@ std::optional<GLenum> answer(glGetError_entry) {
 // -- Names of objects --
 
 bool createObjects(Model::Kind kind, GLsizei count, GLuint* names) {
+    if (kind == Model::Kind::buffer && Spy::ask([](Script::Rules& rules) { return rules.noBufferNames; })) {
+        std::fill_n(names, count, 0U);
+        return true;
+    }
     if (!Spy::model())
         return false;
     std::generate_n(names, count, [kind] { return Spy::model()->create(kind); });

@@ -121,6 +121,11 @@ Script& Script::nullMap() {
     return *this;
 }
 
+Script& Script::noBufferNames() {
+    _rules->noBufferNames = true;
+    return *this;
+}
+
 Script& Script::answerWithoutDriver() {
     _rules->model = std::make_unique<Model>();
     return *this;

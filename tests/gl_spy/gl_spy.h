@@ -164,6 +164,9 @@ public:
     /// glMapBuffer gives null, and nothing is mapped.
     Script& nullMap();
 
+    /// glGenBuffers gives 0 for every name.
+    Script& noBufferNames();
+
     // == No driver ==
 
     /// Nothing is passed on, so no context is needed. The spy then keeps objects itself:

@@ -395,6 +395,9 @@ TEST_F(Gl_spy_test, unwrittenBytesShow) {
     EXPECT_EQ(driver.bufferContents(name), (std::vector<unsigned char>{0xA5, 0xA5}));
     driver.nullMap();
     EXPECT_EQ(glMapBuffer(GL_ARRAY_BUFFER, GL_WRITE_ONLY), nullptr);
+    driver.noBufferNames();
+    glGenBuffers(1, &name);
+    EXPECT_EQ(name, 0U);
 }
 
 TEST_F(Gl_spy_test, objectsAreCounted) {

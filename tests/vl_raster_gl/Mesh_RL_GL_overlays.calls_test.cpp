@@ -602,7 +602,8 @@ TEST_F(Mesh_RL_GL_overlays_calls_test, whateverAMeshHoldsIsDrawnWithinItsArrays)
                 drawEverything(*subject, changing.triangleCount());
             }
         }
-        bool const isSound = changing.surfaceFault() == MeshFault_ns::NONE;
+        bool const isSound = changing.triangleFault() == MeshFault_ns::NONE &&
+                             changing.vertexNormalFault() == MeshFault_ns::NONE;
         ++(isSound ? sound : faulty);
         unsigned int const corners = isSound ? changing.triangleCount() * 3 : 0;
         gl_spy::Recording const recording;

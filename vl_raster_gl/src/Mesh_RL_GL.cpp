@@ -87,6 +87,50 @@ void emitMark(Vector3<double> const& point, Vector3<double> const& a, Vector3<do
     emitSegment(point, nearB);
 }
 
+// The arrays that a drawing reads through indices or triangle by triangle, each with the count or the indices that it
+// depends on. A fault of one of them refuses the drawings that read it, and no other.
+constexpr unsigned int TRIANGLES = 1;       // the triangles, and the positions they name
+constexpr unsigned int CORNER_NORMALS = 2;  // the normal triangles, and the vertex normals they name
+constexpr unsigned int FACE_NORMALS = 4;
+constexpr unsigned int ADJACENCY = 8;
+
+// What each drawing reads. Positions and vertex normals that are read one by one need no other array.
+constexpr unsigned int SMOOTH_SURFACE = TRIANGLES | CORNER_NORMALS;   // render, renderTextured
+constexpr unsigned int FACETED_SURFACE = TRIANGLES | FACE_NORMALS;    // renderFaceted, renderFacetedTextured
+constexpr unsigned int SOUP_POINTS = TRIANGLES;                       // renderPoints with buffers
+constexpr unsigned int VERTEX_POINTS = 0;                             // renderPoints without
+constexpr unsigned int VERTEX_NORMAL_LINES = 0;                       // renderVertexNormals
+constexpr unsigned int FACE_NORMAL_LINES = TRIANGLES | FACE_NORMALS;  // renderFaceNormals
+constexpr unsigned int CORNER_NORMAL_LINES = TRIANGLES | CORNER_NORMALS;  // renderNormals
+constexpr unsigned int NAMED_FACE_LINES =
+    0;  // renderFaceNormals of named arrays: it checks the indices itself
+constexpr unsigned int EDGES = TRIANGLES | CORNER_NORMALS | ADJACENCY;  // renderEdges
+constexpr unsigned int EDGE_MARKS = TRIANGLES | ADJACENCY;  // renderEdgesConnection, renderEdgesUnconnected
+
+// What the buffers of the surfaces are filled from.
+constexpr unsigned int SOUP = TRIANGLES | CORNER_NORMALS | FACE_NORMALS;
+
+unsigned int faultsOf(Mesh const& mesh, unsigned int reads) {
+    unsigned int faults = 0;
+    auto const look = [&](unsigned int array, MeshFault_ns::type (Mesh::*faultOf)() const) {
+        if ((reads & array) != 0 && (mesh.*faultOf)() != MeshFault_ns::NONE) {
+            faults |= array;
+        }
+    };
+    look(TRIANGLES, &Mesh::triangleFault);
+    look(CORNER_NORMALS, &Mesh::vertexNormalFault);
+    look(FACE_NORMALS, &Mesh::faceNormalFault);
+    look(ADJACENCY, &Mesh::adjacencyFault);
+    return faults;
+}
+
+void deleteBuffer(GLuint& name) {
+    if (name != 0) {
+        glDeleteBuffers(1, &name);
+        name = 0;
+    }
+}
+
 /// Refills one buffer: sees that it has its bytes, maps it and lets `write` write them from front to back.
 /// With `keepsStore` a buffer that exists has the size already.
 template <class Write>
@@ -94,10 +138,7 @@ void fillBuffer(GLenum target, GLuint& name, bool keepsStore, std::size_t bytes,
     if (keepsStore && name != 0) {
         glBindBuffer(target, name);
     } else {
-        if (name != 0) {
-            glDeleteBuffers(1, &name);
-            name = 0;
-        }
+        deleteBuffer(name);
         glGenBuffers(1, &name);
         glBindBuffer(target, name);
         glBufferData(target, static_cast<GLsizeiptr>(bytes), nullptr, GL_DYNAMIC_DRAW);
@@ -112,8 +153,19 @@ void fillBuffer(GLenum target, GLuint& name, bool keepsStore, std::size_t bytes,
     glBindBuffer(target, 0);
 }
 
-std::size_t soupBytes(unsigned int triangleCount, std::size_t floatsPerCorner) {
-    return std::size_t{triangleCount} * 3 * floatsPerCorner * sizeof(float);
+/// Refills a buffer of the soup; `write` writes the three corners of one triangle.
+template <class Write>
+void fillSoup(GLuint& name, bool keepsStore, unsigned int triangleCount, std::size_t floatsPerCorner,
+              Write const& write) {
+    std::size_t const floatsPerTriangle = 3 * floatsPerCorner;
+    fillBuffer(GL_ARRAY_BUFFER, name, keepsStore, triangleCount * floatsPerTriangle * sizeof(float),
+               [&](void* memory) {
+                   float* out = static_cast<float*>(memory);
+                   for (unsigned int t = 0; t < triangleCount; ++t) {
+                       write(out, t);
+                       out += floatsPerTriangle;
+                   }
+               });
 }
 
 }  // namespace
@@ -122,17 +174,16 @@ std::size_t soupBytes(unsigned int triangleCount, std::size_t floatsPerCorner) {
 /// range, and the records with their modified bits.
 class Mesh_RL_GL::Arrays {
 public:
-    bool hasFault = false;
-    bool hasAdjacencyFault = false;  // only known after withAdjacency()
-    unsigned int triangleCount = 0;  // 0 for a mesh with a fault
-    unsigned int vertexCount = 0;    // alike
+    unsigned int faults = 0;         // those of the arrays that were asked for
+    unsigned int triangleCount = 0;  // 0 where the triangles have a fault
+    unsigned int vertexCount = 0;
     unsigned int vertexNormalCount = 0;
     Vector3<double> const* positions = nullptr;
     unsigned int const* triangles = nullptr;
     Vector3<float> const* vertexNormals = nullptr;  // null: none
     Color4<float> const* faceNormals = nullptr;     // null: none
     unsigned int const* normalTriangles = nullptr;  // null: the corners have no normals
-    unsigned int const* adjacency = nullptr;        // null: none; only loaded by withAdjacency()
+    unsigned int const* adjacency = nullptr;        // null: none, or one with a fault
 
     ArrayTypeable* positionRecord = nullptr;
     ArrayTypeable* triangleRecord = nullptr;
@@ -141,7 +192,8 @@ public:
     ArrayTypeable* faceNormalRecord = nullptr;
     ArrayTypeable* adjacencyRecord = nullptr;
 
-    explicit Arrays(Mesh const* mesh) {
+    /// Only the arrays in `reads` are looked through for faults; the others must not be read through indices.
+    Arrays(Mesh const* mesh, unsigned int reads) {
         if (mesh == nullptr) {
             return;
         }
@@ -151,30 +203,31 @@ public:
         normalTriangleRecord = VL_ArrayServer.resolve(mesh->normalTriangles());
         faceNormalRecord = VL_ArrayServer.resolve(mesh->faceNormals());
         adjacencyRecord = VL_ArrayServer.resolve(mesh->adjacency());
-        hasFault = mesh->surfaceFault() != MeshFault_ns::NONE;
-        if (hasFault) {
-            return;
-        }
+
+        faults = faultsOf(*mesh, reads);
         positions = elementsOf<Vector3<double>>(positionRecord);
         vertexCount = positions != nullptr ? positionRecord->size : 0;
-        triangles = indicesOf(triangleRecord);
-        triangleCount = triangles != nullptr ? triangleRecord->size : 0;
         vertexNormals = elementsOf<Vector3<float>>(vertexNormalRecord);
         vertexNormalCount = vertexNormals != nullptr ? vertexNormalRecord->size : 0;
-        normalTriangles = indicesOf(normalTriangleRecord);
-        faceNormals = elementsOf<Color4<float>>(faceNormalRecord);
-    }
-
-    /// Loads the adjacency too, if it has no fault.
-    Arrays& withAdjacency(Mesh const* mesh) {
-        hasAdjacencyFault = mesh != nullptr && mesh->adjacencyFault() != MeshFault_ns::NONE;
-        if (!hasAdjacencyFault && triangleCount != 0) {
-            adjacency = indicesOf(adjacencyRecord);
+        if ((faults & TRIANGLES) != 0) {
+            return;
         }
-        return *this;
+        triangles = indicesOf(triangleRecord);
+        triangleCount = triangles != nullptr ? triangleRecord->size : 0;
+        normalTriangles = (faults & CORNER_NORMALS) == 0 ? indicesOf(normalTriangleRecord) : nullptr;
+        faceNormals = (faults & FACE_NORMALS) == 0 ? elementsOf<Color4<float>>(faceNormalRecord) : nullptr;
+        adjacency = (faults & EDGES) == 0 ? indicesOf(adjacencyRecord) : nullptr;
     }
 
-    unsigned int cornerCount() const { return triangleCount * 3; }
+    /// The corners that a drawing may draw: all, or none where an array that it reads has a fault.
+    unsigned int drawnCorners(unsigned int reads) const {
+        return (faults & reads) == 0 ? triangleCount * 3 : 0;
+    }
+
+    /// The corners whose edges a drawing may look at; none without adjacency.
+    unsigned int edgeCorners(unsigned int reads) const {
+        return adjacency != nullptr ? drawnCorners(reads) : 0;
+    }
 
     Vector3<double> const& position(unsigned int corner) const { return positions[triangles[corner]]; }
 
@@ -184,6 +237,10 @@ public:
 
     float const* faceNormal(unsigned int triangle) const {
         return faceNormals != nullptr ? componentsOf(faceNormals[triangle]) : NO_NORMAL;
+    }
+
+    bool areCornerNormalsModified() const {
+        return isModified(vertexNormalRecord) || isModified(normalTriangleRecord);
     }
 
     /// Whether the edge that starts at a soup corner is a border, or hard: the neighbor has another normal at
@@ -196,6 +253,23 @@ public:
         float const* const own = vertexNormal(corner);
         float const* const other = vertexNormal((entry >> 2) * 3 + (entry & 3U));
         return !(own[0] == other[0] && own[1] == other[1] && own[2] == other[2]);
+    }
+
+    /// Clears the modified bits of the arrays that the buffers were filled from. Arrays with a fault keep theirs,
+    /// so that they are looked through again until they have none.
+    void consume() const {
+        if ((faults & TRIANGLES) != 0) {
+            return;
+        }
+        clearModified(positionRecord);
+        clearModified(triangleRecord);
+        if ((faults & CORNER_NORMALS) == 0) {
+            clearModified(vertexNormalRecord);
+            clearModified(normalTriangleRecord);
+        }
+        if ((faults & FACE_NORMALS) == 0) {
+            clearModified(faceNormalRecord);
+        }
     }
 };
 
@@ -255,88 +329,78 @@ Mesh_RL_GL::Mesh_RL_GL(Mesh* mesh, bool) : Mesh_RL(mesh) {}
 Mesh_RL_GL::~Mesh_RL_GL() {
     for (GLuint* const name :
          {&positionBuffer, &smoothNormalBuffer, &facetedNormalBuffer, &texCoordBuffer, &indexBuffer}) {
-        if (*name != 0) {
-            glDeleteBuffers(1, name);
-            *name = 0;
-        }
+        deleteBuffer(*name);
     }
 }
 
 // == Buffers ==
 
 void Mesh_RL_GL::createBufferObjects(VL_String const* textureChannel, bool withEdges) {
-    _updateBuffers(textureChannel, withEdges);
+    _updateBuffers(textureChannel, withEdges ? EDGES : 0);
 }
 
-void Mesh_RL_GL::_updateBuffers(VL_String const* textureChannel, bool withEdges) const {
-    Arrays arrays(mesh);
-    unsigned int const corners = arrays.cornerCount();
+// Brings the buffers up to date. `reads` is what the drawing reads that comes next; the result is how many corners
+// it may draw.
+unsigned int Mesh_RL_GL::_updateBuffers(VL_String const* textureChannel, unsigned int reads) const {
+    Arrays const arrays(mesh, SOUP | reads);
     bool const keepsStore = arrays.triangleCount == bufferTriangleCount;
-    bool const arePositionsModified = isModified(arrays.positionRecord);
-    bool const areTrianglesModified = isModified(arrays.triangleRecord);
-    bool const areVertexNormalsModified =
-        isModified(arrays.vertexNormalRecord) || isModified(arrays.normalTriangleRecord);
 
-    if (positionBuffer == 0 || !keepsStore || arePositionsModified || areTrianglesModified) {
-        fillBuffer(GL_ARRAY_BUFFER, positionBuffer, keepsStore, soupBytes(arrays.triangleCount, 3),
-                   [&](void* memory) {
-                       float* out = static_cast<float*>(memory);
-                       for (unsigned int corner = 0; corner < corners; ++corner) {
-                           Vector3<double> const& p = arrays.position(corner);
-                           out[0] = static_cast<float>(p.x);
-                           out[1] = static_cast<float>(p.y);
-                           out[2] = static_cast<float>(p.z);
-                           out += 3;
-                       }
-                   });
-    }
-    if (smoothNormalBuffer == 0 || !keepsStore || areVertexNormalsModified) {
-        fillBuffer(GL_ARRAY_BUFFER, smoothNormalBuffer, keepsStore, soupBytes(arrays.triangleCount, 3),
-                   [&](void* memory) {
-                       float* out = static_cast<float*>(memory);
-                       for (unsigned int corner = 0; corner < corners; ++corner) {
-                           std::memcpy(out, arrays.vertexNormal(corner), 3 * sizeof(float));
-                           out += 3;
-                       }
-                   });
-    }
-    if (facetedNormalBuffer == 0 || !keepsStore || isModified(arrays.faceNormalRecord)) {
-        fillBuffer(GL_ARRAY_BUFFER, facetedNormalBuffer, keepsStore, soupBytes(arrays.triangleCount, 3),
-                   [&](void* memory) {
-                       float* out = static_cast<float*>(memory);
-                       for (unsigned int t = 0; t < arrays.triangleCount; ++t) {
-                           float const* const normal = arrays.faceNormal(t);
-                           for (unsigned int k = 0; k < 3; ++k) {
-                               std::memcpy(out, normal, 3 * sizeof(float));
-                               out += 3;
-                           }
-                       }
-                   });
-    }
+    _updateSurface(arrays, keepsStore);
     if (textureChannel != nullptr) {
         _updateTextureCoordinates(arrays, *textureChannel, keepsStore);
     } else if (!keepsStore) {
         _dropTextureCoordinates();
     }
 
-    // Drawings without edges consume the modified bits too, so what the edges are made of is remembered. Arrays
-    // with a fault keep their bits: they are looked through again until they have none.
-    areEdgesStale = areEdgesStale || !keepsStore || areTrianglesModified || areVertexNormalsModified;
-    if (withEdges) {
-        _updateEdges(arrays.withAdjacency(mesh), areEdgesStale || isModified(arrays.adjacencyRecord));
+    // Drawings without edges consume the modified bits too, so what the edges are made of is remembered.
+    areEdgesStale = areEdgesStale || !keepsStore || isModified(arrays.triangleRecord) ||
+                    arrays.areCornerNormalsModified();
+    if ((reads & ADJACENCY) != 0) {
+        _updateEdges(arrays, areEdgesStale || isModified(arrays.adjacencyRecord));
         areEdgesStale = false;
-        if (!arrays.hasAdjacencyFault) {
+        if ((arrays.faults & ADJACENCY) == 0) {
             clearModified(arrays.adjacencyRecord);
         }
     }
-    if (!arrays.hasFault) {
-        for (ArrayTypeable* const record :
-             {arrays.positionRecord, arrays.triangleRecord, arrays.vertexNormalRecord,
-              arrays.normalTriangleRecord, arrays.faceNormalRecord}) {
-            clearModified(record);
-        }
-    }
+    arrays.consume();
     bufferTriangleCount = arrays.triangleCount;
+    return positionBuffer != 0 ? arrays.drawnCorners(reads) : 0;
+}
+
+void Mesh_RL_GL::_updateSurface(Arrays const& arrays, bool keepsStore) const {
+    unsigned int const count = arrays.triangleCount;
+    bool const isMoved = isModified(arrays.positionRecord) || isModified(arrays.triangleRecord);
+    if (positionBuffer == 0 || !keepsStore || isMoved) {
+        fillSoup(positionBuffer, keepsStore, count, 3, [&](float* out, unsigned int t) {
+            for (unsigned int k = 0; k < 3; ++k) {
+                Vector3<double> const& p = arrays.position(t * 3 + k);
+                *out++ = static_cast<float>(p.x);
+                *out++ = static_cast<float>(p.y);
+                *out++ = static_cast<float>(p.z);
+            }
+        });
+    }
+
+    // Normals with a fault have no buffer: what reads them is refused, and once they are repaired the buffer is made
+    // again, whatever the repair has marked as modified. Without triangles there is nothing to be read.
+    if (count != 0 && (arrays.faults & CORNER_NORMALS) != 0) {
+        deleteBuffer(smoothNormalBuffer);
+    } else if (smoothNormalBuffer == 0 || !keepsStore || arrays.areCornerNormalsModified()) {
+        fillSoup(smoothNormalBuffer, keepsStore, count, 3, [&](float* out, unsigned int t) {
+            for (unsigned int k = 0; k < 3; ++k) {
+                std::memcpy(out + std::size_t{3} * k, arrays.vertexNormal(t * 3 + k), 3 * sizeof(float));
+            }
+        });
+    }
+    if (count != 0 && (arrays.faults & FACE_NORMALS) != 0) {
+        deleteBuffer(facetedNormalBuffer);
+    } else if (facetedNormalBuffer == 0 || !keepsStore || isModified(arrays.faceNormalRecord)) {
+        fillSoup(facetedNormalBuffer, keepsStore, count, 3, [&](float* out, unsigned int t) {
+            for (unsigned int k = 0; k < 3; ++k) {
+                std::memcpy(out + std::size_t{3} * k, arrays.faceNormal(t), 3 * sizeof(float));
+            }
+        });
+    }
 }
 
 void Mesh_RL_GL::_updateTextureCoordinates(Arrays const& arrays, VL_String const& channel,
@@ -352,27 +416,21 @@ void Mesh_RL_GL::_updateTextureCoordinates(Arrays const& arrays, VL_String const
         delete textureChannelName;
         textureChannelName = name;
     }
-    fillBuffer(GL_ARRAY_BUFFER, texCoordBuffer, keepsStore, soupBytes(arrays.triangleCount, 2),
-               [&](void* memory) {
-                   // Deliberate (unwritten-coordinates): a channel that the mesh lacks leaves the buffer
-                   // unwritten.
-                   if (!coordinates.isFound()) {
-                       return;
-                   }
-                   auto* out = static_cast<Vector2<float>*>(memory);
-                   for (unsigned int corner = 0; corner < arrays.cornerCount(); ++corner) {
-                       *out++ = coordinates.at(arrays, corner);
-                   }
-               });
+    bool const isFound = coordinates.isFound();
+    fillSoup(texCoordBuffer, keepsStore, arrays.triangleCount, 2, [&](float* out, unsigned int t) {
+        // Deliberate (unwritten-coordinates): a channel that the mesh lacks leaves the buffer unwritten.
+        for (unsigned int k = 0; isFound && k < 3; ++k) {
+            Vector2<float> const& coordinate = coordinates.at(arrays, t * 3 + k);
+            *out++ = coordinate.x;
+            *out++ = coordinate.y;
+        }
+    });
     coordinates.clearModified();
 }
 
 // The store has the size of another triangle count, and is of no use to a later textured drawing.
 void Mesh_RL_GL::_dropTextureCoordinates() const {
-    if (texCoordBuffer != 0) {
-        glDeleteBuffers(1, &texCoordBuffer);
-        texCoordBuffer = 0;
-    }
+    deleteBuffer(texCoordBuffer);
     delete textureChannelName;
     textureChannelName = nullptr;
 }
@@ -383,12 +441,11 @@ void Mesh_RL_GL::_updateEdges(Arrays const& arrays, bool isStale) const {
     if (!isStale && indexBuffer != 0) {
         return;
     }
-    unsigned int const corners = arrays.cornerCount();
-    if (indexList.capacity() != corners) {
-        indexList.reserve(corners, false);
+    if (indexList.capacity() != arrays.triangleCount * 3) {
+        indexList.reserve(arrays.triangleCount * 3, false);
     }
     indexList.clear();
-    for (unsigned int corner = 0; arrays.adjacency != nullptr && corner < corners; ++corner) {
+    for (unsigned int corner = 0; corner < arrays.edgeCorners(EDGES); ++corner) {
         if (arrays.isDrawnEdge(corner)) {
             indexList.pushBack(corner);
         }
@@ -407,12 +464,13 @@ void Mesh_RL_GL::_updateEdges(Arrays const& arrays, bool isStale) const {
     indexBufferCapacity = indexCount;
 }
 
+// Only buffers that exist are enabled: with no buffer bound the offset 0 is a null pointer.
 void Mesh_RL_GL::_enableSoup(GLuint normalBuffer, bool isTextured) const {
     glEnableClientState(GL_VERTEX_ARRAY);
     if (normalBuffer != 0) {
         glEnableClientState(GL_NORMAL_ARRAY);
     }
-    if (isTextured) {
+    if (isTextured && texCoordBuffer != 0) {
         glEnableClientState(GL_TEXTURE_COORD_ARRAY);
         glBindBuffer(GL_ARRAY_BUFFER, texCoordBuffer);
         glTexCoordPointer(2, GL_FLOAT, 0, nullptr);
@@ -425,34 +483,34 @@ void Mesh_RL_GL::_enableSoup(GLuint normalBuffer, bool isTextured) const {
     glVertexPointer(3, GL_FLOAT, 0, nullptr);
 }
 
-void Mesh_RL_GL::_disableSoup(bool hasNormals, bool isTextured) const {
+void Mesh_RL_GL::_disableSoup(GLuint normalBuffer, bool isTextured) const {
     glBindBuffer(GL_ARRAY_BUFFER, 0);
-    if (isTextured) {
+    if (isTextured && texCoordBuffer != 0) {
         glDisableClientState(GL_TEXTURE_COORD_ARRAY);
     }
-    if (hasNormals) {
+    if (normalBuffer != 0) {
         glDisableClientState(GL_NORMAL_ARRAY);
     }
     glDisableClientState(GL_VERTEX_ARRAY);
 }
 
-void Mesh_RL_GL::_drawSoup(GLuint normalBuffer, bool isTextured) const {
+void Mesh_RL_GL::_drawSoup(GLenum mode, GLuint normalBuffer, bool isTextured, unsigned int corners) const {
     _enableSoup(normalBuffer, isTextured);
-    glDrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(bufferTriangleCount * 3));
-    _disableSoup(true, isTextured);
+    glDrawArrays(mode, 0, static_cast<GLsizei>(corners));
+    _disableSoup(normalBuffer, isTextured);
 }
 
 // == Surfaces ==
 
 void Mesh_RL_GL::render() {
     if (useBufferObjects) {
-        _updateBuffers(nullptr, false);
-        _drawSoup(smoothNormalBuffer, false);
+        unsigned int const corners = _updateBuffers(nullptr, SMOOTH_SURFACE);
+        _drawSoup(GL_TRIANGLES, smoothNormalBuffer, false, corners);
         return;
     }
-    Arrays const arrays(mesh);
+    Arrays const arrays(mesh, SMOOTH_SURFACE);
     glBegin(GL_TRIANGLES);
-    for (unsigned int corner = 0; corner < arrays.cornerCount(); ++corner) {
+    for (unsigned int corner = 0; corner < arrays.drawnCorners(SMOOTH_SURFACE); ++corner) {
         glNormal3fv(arrays.vertexNormal(corner));
         emitVertex(arrays.position(corner));
     }
@@ -461,14 +519,14 @@ void Mesh_RL_GL::render() {
 
 void Mesh_RL_GL::renderFacetedTextured(VL_String const& channel) {
     if (useBufferObjects) {
-        _updateBuffers(&channel, false);
-        _drawSoup(facetedNormalBuffer, true);
+        unsigned int const corners = _updateBuffers(&channel, FACETED_SURFACE);
+        _drawSoup(GL_TRIANGLES, facetedNormalBuffer, true, corners);
         return;
     }
-    Arrays const arrays(mesh);
+    Arrays const arrays(mesh, FACETED_SURFACE);
     TextureChannel const coordinates(mesh, channel);
     glBegin(GL_TRIANGLES);
-    for (unsigned int corner = 0; corner < arrays.cornerCount(); ++corner) {
+    for (unsigned int corner = 0; corner < arrays.drawnCorners(FACETED_SURFACE); ++corner) {
         glNormal3fv(arrays.faceNormal(corner / 3));
         glTexCoord2fv(&coordinates.at(arrays, corner).x);
         emitVertex(arrays.position(corner));
@@ -478,14 +536,14 @@ void Mesh_RL_GL::renderFacetedTextured(VL_String const& channel) {
 
 void Mesh_RL_GL::renderTextured(VL_String const& channel) {
     if (useBufferObjects) {
-        _updateBuffers(&channel, false);
-        _drawSoup(smoothNormalBuffer, true);
+        unsigned int const corners = _updateBuffers(&channel, SMOOTH_SURFACE);
+        _drawSoup(GL_TRIANGLES, smoothNormalBuffer, true, corners);
         return;
     }
-    Arrays const arrays(mesh);
+    Arrays const arrays(mesh, SMOOTH_SURFACE);
     TextureChannel const coordinates(mesh, channel);
     glBegin(GL_TRIANGLES);
-    for (unsigned int corner = 0; corner < arrays.cornerCount(); ++corner) {
+    for (unsigned int corner = 0; corner < arrays.drawnCorners(SMOOTH_SURFACE); ++corner) {
         glNormal3fv(arrays.vertexNormal(corner));
         glTexCoord2fv(&coordinates.at(arrays, corner).x);
         emitVertex(arrays.position(corner));
@@ -504,46 +562,9 @@ void Mesh_RL_GL::render(MeshShading const& shading) {
         effect->preprocess();
     }
 
-    bool const isTextured = (shading.flags & MeshShadingFlags_ns::TEXTURE) != 0;
-    FillingMode const backOfFilled =
-        (shading.flags & MeshShadingFlags_ns::WIREFRAME_BACK_FACES) != 0 ? FILLING_LINES : FILLING_SOLID;
-    auto const pushFillings = [](FillingMode back, FillingMode front) {
-        VL_Raster->pushFillingBack(back);
-        VL_Raster->pushFillingFront(front);
-    };
-
-    switch (shading.mode) {
-    case MeshShadingMode_ns::BOX:
-        pushFillings(FILLING_LINES, FILLING_LINES);
-        if (mesh != nullptr) {
-            if ((mesh->flags() & MESH_GOT_BOX) == 0) {
-                mesh->workBox();
-            }
-            VL_Raster->render(mesh->box(), false);
-        }
-        break;
-    case MeshShadingMode_ns::WIREFRAME:
-        pushFillings(FILLING_LINES, FILLING_LINES);
-        render();
-        break;
-    case MeshShadingMode_ns::FACETED:
-        pushFillings(backOfFilled, FILLING_SOLID);
-        if (isTextured) {
-            renderFacetedTextured(shading.textureChannel);
-        } else {
-            renderFaceted();
-        }
-        break;
-    case MeshShadingMode_ns::SMOOTH:
-        pushFillings(backOfFilled, FILLING_SOLID);
-        if (isTextured) {
-            renderTextured(shading.textureChannel);
-        } else {
-            render();
-        }
-        break;
-    default:
-        break;
+    if (shading.mode <= MeshShadingMode_ns::SMOOTH) {
+        _pushFillings(shading);
+        _drawMode(shading);
     }
 
     if (effect != nullptr) {
@@ -555,15 +576,62 @@ void Mesh_RL_GL::render(MeshShading const& shading) {
     VL_Raster->popFillingBack();
 }
 
-void Mesh_RL_GL::renderFaceted() const {
-    if (useBufferObjects) {
-        _updateBuffers(nullptr, false);
-        _drawSoup(facetedNormalBuffer, false);
+// render(MeshShading) pops what this pushes.
+void Mesh_RL_GL::_pushFillings(MeshShading const& shading) {
+    bool const areLines =
+        shading.mode == MeshShadingMode_ns::BOX || shading.mode == MeshShadingMode_ns::WIREFRAME;
+    bool const isBackOfLines = areLines || (shading.flags & MeshShadingFlags_ns::WIREFRAME_BACK_FACES) != 0;
+    VL_Raster->pushFillingBack(isBackOfLines ? FILLING_LINES : FILLING_SOLID);
+    VL_Raster->pushFillingFront(areLines ? FILLING_LINES : FILLING_SOLID);
+}
+
+void Mesh_RL_GL::_drawMode(MeshShading const& shading) {
+    bool const isTextured = (shading.flags & MeshShadingFlags_ns::TEXTURE) != 0;
+    switch (shading.mode) {
+    case MeshShadingMode_ns::BOX:
+        _drawBox();
+        break;
+    case MeshShadingMode_ns::WIREFRAME:
+        render();
+        break;
+    case MeshShadingMode_ns::FACETED:
+        if (isTextured) {
+            renderFacetedTextured(shading.textureChannel);
+        } else {
+            renderFaceted();
+        }
+        break;
+    case MeshShadingMode_ns::SMOOTH:
+        if (isTextured) {
+            renderTextured(shading.textureChannel);
+        } else {
+            render();
+        }
+        break;
+    default:
+        break;
+    }
+}
+
+void Mesh_RL_GL::_drawBox() const {
+    if (mesh == nullptr) {
         return;
     }
-    Arrays const arrays(mesh);
+    if ((mesh->flags() & MESH_GOT_BOX) == 0) {
+        mesh->workBox();
+    }
+    VL_Raster->render(mesh->box(), false);
+}
+
+void Mesh_RL_GL::renderFaceted() const {
+    if (useBufferObjects) {
+        unsigned int const corners = _updateBuffers(nullptr, FACETED_SURFACE);
+        _drawSoup(GL_TRIANGLES, facetedNormalBuffer, false, corners);
+        return;
+    }
+    Arrays const arrays(mesh, FACETED_SURFACE);
     glBegin(GL_TRIANGLES);
-    for (unsigned int t = 0; t < arrays.triangleCount; ++t) {
+    for (unsigned int t = 0; t < arrays.drawnCorners(FACETED_SURFACE) / 3; ++t) {
         glNormal3fv(arrays.faceNormal(t));
         for (unsigned int k = 0; k < 3; ++k) {
             emitVertex(arrays.position(t * 3 + k));
@@ -575,7 +643,7 @@ void Mesh_RL_GL::renderFaceted() const {
 // == Normals ==
 
 void Mesh_RL_GL::renderVertexNormals(float const& length) const {
-    Arrays const arrays(mesh);
+    Arrays const arrays(mesh, VERTEX_NORMAL_LINES);
     glBegin(GL_LINES);
     for (unsigned int i = 0; i < arrays.vertexCount && i < arrays.vertexNormalCount; ++i) {
         Vector3<double> const& p = arrays.positions[i];
@@ -585,7 +653,7 @@ void Mesh_RL_GL::renderVertexNormals(float const& length) const {
 }
 
 void Mesh_RL_GL::renderFaceNormals(float const& length) const {
-    Arrays const arrays(mesh);
+    Arrays const arrays(mesh, FACE_NORMAL_LINES);
     glBegin(GL_LINES);
     for (unsigned int t = 0; arrays.faceNormals != nullptr && t < arrays.triangleCount; ++t) {
         Vector3<double> const center =
@@ -606,7 +674,7 @@ void Mesh_RL_GL::renderFaceNormals(VL_String const& points, VL_String const& vec
     if (p == nullptr || v == nullptr) {
         return;
     }
-    Arrays const arrays(mesh);
+    Arrays const arrays(mesh, NAMED_FACE_LINES);
     unsigned int const pointCount = pointArray.resolve()->size;
     glBegin(GL_LINES);
     for (unsigned int t = 0; t < arrays.triangleCount && t < vectorArray.resolve()->size; ++t) {
@@ -638,9 +706,9 @@ void Mesh_RL_GL::renderVertexNormals(VL_String const& points, VL_String const& v
 }
 
 void Mesh_RL_GL::renderNormals(unsigned int const& triangle, float const& length) {
-    Arrays const arrays(mesh);
+    Arrays const arrays(mesh, CORNER_NORMAL_LINES);
     glBegin(GL_LINES);
-    if (triangle < arrays.triangleCount && arrays.normalTriangles != nullptr) {
+    if (triangle < arrays.drawnCorners(CORNER_NORMAL_LINES) / 3 && arrays.normalTriangles != nullptr) {
         for (unsigned int k = 0; k < 3; ++k) {
             Vector3<double> const& p = arrays.position(triangle * 3 + k);
             emitSegment(p, along(p, arrays.vertexNormal(triangle * 3 + k), length));
@@ -654,10 +722,10 @@ void Mesh_RL_GL::renderNormals(unsigned int const& triangle, float const& length
 void Mesh_RL_GL::renderEdgesConnection() {
     using index_02::ui16::NEXT_CIRCULAR;
     using index_02::ui16::PREV_CIRCULAR;
-    Arrays const arrays = Arrays(mesh).withAdjacency(mesh);
+    Arrays const arrays(mesh, EDGE_MARKS);
     glColor3f(1.0F, 1.0F, 1.0F);
     glBegin(GL_LINES);
-    for (unsigned int corner = 0; arrays.adjacency != nullptr && corner < arrays.cornerCount(); ++corner) {
+    for (unsigned int corner = 0; corner < arrays.edgeCorners(EDGE_MARKS); ++corner) {
         unsigned int const entry = arrays.adjacency[corner];
         if (entry == Mesh::ADJACENCY_NONE) {
             continue;
@@ -675,10 +743,10 @@ void Mesh_RL_GL::renderEdgesConnection() {
 }
 
 void Mesh_RL_GL::renderEdgesUnconnected() {
-    Arrays const arrays = Arrays(mesh).withAdjacency(mesh);
+    Arrays const arrays(mesh, EDGE_MARKS);
     glColor3f(1.0F, 1.0F, 1.0F);
     glBegin(GL_LINES);
-    for (unsigned int corner = 0; arrays.adjacency != nullptr && corner < arrays.cornerCount(); ++corner) {
+    for (unsigned int corner = 0; corner < arrays.edgeCorners(EDGE_MARKS); ++corner) {
         if (arrays.adjacency[corner] != Mesh::ADJACENCY_NONE) {
             continue;
         }
@@ -694,12 +762,10 @@ void Mesh_RL_GL::renderEdgesUnconnected() {
 void Mesh_RL_GL::renderPoints(float const& size) {
     float const former = VL_Raster->setPointSize(size);
     if (useBufferObjects) {
-        _updateBuffers(nullptr, false);
-        _enableSoup(0, false);
-        glDrawArrays(GL_POINTS, 0, static_cast<GLsizei>(bufferTriangleCount * 3));
-        _disableSoup(false, false);
+        unsigned int const corners = _updateBuffers(nullptr, SOUP_POINTS);
+        _drawSoup(GL_POINTS, 0, false, corners);
     } else {
-        Arrays const arrays(mesh);
+        Arrays const arrays(mesh, VERTEX_POINTS);
         glBegin(GL_POINTS);
         for (unsigned int i = 0; i < arrays.vertexCount; ++i) {
             emitVertex(arrays.positions[i]);
@@ -711,17 +777,19 @@ void Mesh_RL_GL::renderPoints(float const& size) {
 
 void Mesh_RL_GL::renderEdges() {
     if (useBufferObjects) {
-        _updateBuffers(nullptr, true);
+        unsigned int const corners = _updateBuffers(nullptr, EDGES);
+        // Indices without a buffer would be read from the null pointer.
+        bool const isDrawn = corners != 0 && indexBuffer != 0;
         _enableSoup(smoothNormalBuffer, false);
         glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indexBuffer);
-        glDrawElements(GL_LINES, static_cast<GLsizei>(indexCount), GL_UNSIGNED_INT, nullptr);
+        glDrawElements(GL_LINES, isDrawn ? static_cast<GLsizei>(indexCount) : 0, GL_UNSIGNED_INT, nullptr);
         glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
-        _disableSoup(true, false);
+        _disableSoup(smoothNormalBuffer, false);
         return;
     }
-    Arrays const arrays = Arrays(mesh).withAdjacency(mesh);
+    Arrays const arrays(mesh, EDGES);
     glBegin(GL_LINES);
-    for (unsigned int corner = 0; arrays.adjacency != nullptr && corner < arrays.cornerCount(); ++corner) {
+    for (unsigned int corner = 0; corner < arrays.edgeCorners(EDGES); ++corner) {
         if (arrays.isDrawnEdge(corner)) {
             unsigned int const k = corner % 3;
             unsigned int const next = corner - k + NEXT_CIRCULAR[k];

@@ -23,8 +23,23 @@ namespace vellum {
 ///     renderer.render(shading);
 ///
 /// What the mesh lacks: normals that it does not have are (0, 0, 0), adjacency that it does not have marks no
-/// edges. Of a mesh with a fault (Mesh::surfaceFault) nothing is drawn, and an adjacency with a fault counts as
-/// none, so no drawing reads outside the mesh's arrays.
+/// edges.
+///
+/// Arrays with a fault: a drawing draws nothing when an array that it reads has a fault (Mesh::triangleFault and
+/// its kin), so no drawing reads outside the mesh's arrays. Faults of other arrays do not matter: face normals of
+/// another length, left over from a former shape, hide the faceted surface and the face normals alone.
+///
+///     drawing                               positions  triangles  vertex normals       face normals  adjacency
+///     render, renderTextured                    x          x      by normal triangles
+///     renderFaceted, renderFacetedTextured      x          x                                x
+///     renderPoints                              x      with buffers
+///     renderVertexNormals                       x                 one by one
+///     renderFaceNormals                         x          x                                x
+///     renderNormals                             x          x      by normal triangles
+///     renderFaceNormals of named arrays                    x
+///     renderVertexNormals of named arrays
+///     renderEdges                               x          x      by normal triangles                    x
+///     renderEdgesConnection, ...Unconnected     x          x                                             x
 ///
 /// What it does not do: no texture is bound and no light is set. Render state is changed through VL_Raster,
 /// which must be there. The bits that it clears are the mesh's own: of two renderers with buffers of one mesh
@@ -144,7 +159,8 @@ public:
     /// it is made of was modified: positions from the positions and triangles, vertex normals from the vertex
     /// normals and normal triangles, face normals from the face normals. Texture coordinates are refilled when
     /// `textureChannel` has another name than the last one or its own arrays were modified. The modified bits
-    /// of all arrays that were looked at are cleared.
+    /// of all arrays that were looked at are cleared; arrays with a fault keep theirs. Normals with a fault have no
+    /// buffer until they are repaired.
     ///
     /// Deliberate (stale-coordinates): triangles that change without changing their count leave the
     /// coordinates of a channel as they are, even if it is stored per vertex. The writer marks the channel
@@ -166,13 +182,18 @@ private:
     class Arrays;
     class TextureChannel;
 
-    void _updateBuffers(VL_String const* textureChannel, bool withEdges) const;
+    static void _pushFillings(MeshShading const& shading);
+    void _drawMode(MeshShading const& shading);
+    void _drawBox() const;
+
+    unsigned int _updateBuffers(VL_String const* textureChannel, unsigned int reads) const;
+    void _updateSurface(Arrays const& arrays, bool keepsStore) const;
     void _updateTextureCoordinates(Arrays const& arrays, VL_String const& channel, bool keepsStore) const;
     void _dropTextureCoordinates() const;
     void _updateEdges(Arrays const& arrays, bool isStale) const;
     void _enableSoup(unsigned int normalBuffer, bool isTextured) const;
-    void _disableSoup(bool hasNormals, bool isTextured) const;
-    void _drawSoup(unsigned int normalBuffer, bool isTextured) const;
+    void _disableSoup(unsigned int normalBuffer, bool isTextured) const;
+    void _drawSoup(unsigned int mode, unsigned int normalBuffer, bool isTextured, unsigned int corners) const;
 
     // What the buffers hold is derived from the mesh, so the drawings that change nothing else are const.
     mutable unsigned int positionBuffer = 0;          // GL names; 0: there is no such buffer
