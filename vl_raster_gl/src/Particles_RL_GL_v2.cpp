@@ -533,8 +533,7 @@ bool Particles_RL_GL_v2::_prepareVbo(BufferFilling const& filling, bool const& r
         }
         VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, 0);
         VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, vboId);
-        VL_Raster->bufferData(BufferTarget::ARRAY_BUFFER, target * PARTICLE_RECORD_BYTES, nullptr,
-                              BufferUsage::STREAM_DRAW);
+        _replaceStore(target);
         vboCapacity = target;
     } else {
         // A store that is gone, or was filled with fewer particles since, is filled again: GL would read
@@ -555,27 +554,42 @@ bool Particles_RL_GL_v2::_prepareVbo(BufferFilling const& filling, bool const& r
 
 bool Particles_RL_GL_v2::_uploadToVbo(BufferFilling const& filling, char const* where, int const& line) {
     unsigned int const target = filling.thinning.target();
-    unsigned long const bytes = target * PARTICLE_RECORD_BYTES;
-    VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, vboId);
-    // The former store stays with the frames that still draw from it; this one is new.
-    VL_Raster->bufferData(BufferTarget::ARRAY_BUFFER, bytes, nullptr, BufferUsage::STREAM_DRAW);
+    // GL keeps the former store where it refuses the new one, and maps it.
+    bool const grows = target > vboRecords;
     vboRecords = 0;
+    VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, vboId);
     if (target == 0) {
+        _replaceStore(0);
         vboSizeKB = 0;
         return true;  // GL refuses to map an empty store
     }
-    void* const store = VL_Raster->mapBuffer(BufferTarget::ARRAY_BUFFER, BufferAccess::READ_WRITE);
-    VL_Raster->getError(where, line);
-    if (store == nullptr) {
+    _replaceStore(target);
+    void* store = VL_Raster->mapBuffer(BufferTarget::ARRAY_BUFFER, BufferAccess::READ_WRITE);
+    bool hasError = VL_Raster->getError(where, line);
+    if (grows && hasError && store != nullptr) {
+        // The error may have been pending from a call of the application. None is now, so an error that is found
+        // after a second try is that of the store.
+        VL_Raster->unmapBuffer(BufferTarget::ARRAY_BUFFER);
+        _replaceStore(target);
+        store = VL_Raster->mapBuffer(BufferTarget::ARRAY_BUFFER, BufferAccess::READ_WRITE);
+        hasError = VL_Raster->getError(where, line);
+    }
+    if (store == nullptr || (grows && hasError)) {
         VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, 0);
-        VL_Raster->deleteBuffers(1, &vboId);
+        VL_Raster->deleteBuffers(1, &vboId);  // ends the mapping, if there is one
         return false;
     }
-    vboSizeKB = static_cast<unsigned int>(bytes >> 10);
+    vboSizeKB = static_cast<unsigned int>((target * PARTICLE_RECORD_BYTES) >> 10);
     _fill(filling, static_cast<float*>(store));
     VL_Raster->unmapBuffer(BufferTarget::ARRAY_BUFFER);
     vboRecords = target;
     return true;
+}
+
+// Gives the bound buffer a new store. The former one stays with the frames that still draw from it.
+void Particles_RL_GL_v2::_replaceStore(unsigned int records) {
+    VL_Raster->bufferData(BufferTarget::ARRAY_BUFFER, records * PARTICLE_RECORD_BYTES, nullptr,
+                          BufferUsage::STREAM_DRAW);
 }
 
 void Particles_RL_GL_v2::_drawFromVbo(unsigned int const& count, float const* pointSize) {

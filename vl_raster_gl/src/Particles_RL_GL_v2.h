@@ -139,11 +139,12 @@ public:
     /// Fills a buffer object with positions and colors, and draws it. A frame after one of an effect draws
     /// what that has left in the buffer, unless `rebuild` is set. Deliberate (colors-of-the-last-path): its
     /// colors are then raw values of the channel.
-    /// \return false when the buffer was refused, by the memory that is free or by a null mapping; nothing is
-    ///         drawn then.
+    /// \return false when the buffer was refused, by the memory that is free, by a null mapping or by an error
+    ///         while its store grows; nothing is drawn then.
     /// GL: genBuffers the first time; getFreeGpuMemory, bindBuffer x 2, bufferData where the buffer grows, or
     /// deleteBuffers where it is refused; bindBuffer, bufferData, mapBuffer, getError, unmapBuffer where it is
-    /// filled; enableClientState x 2, setPointSize, bindBuffer, vertexPointer, colorPointer, drawArrays,
+    /// filled (where getError finds an error while the store grows, unmapBuffer, bufferData, mapBuffer and getError
+    /// once more, as the first error may have been pending); enableClientState x 2, setPointSize, bindBuffer, vertexPointer, colorPointer, drawArrays,
     /// bindBuffer(0), disableClientState x 2. An empty buffer is not mapped, which GL would refuse.
     /// State: the point size; no buffer is bound.
     bool renderFromVboNoShaders(ParticleSystem_v2 const& system, bool keepFlag, bool rebuild,
@@ -258,6 +259,7 @@ private:
     void _fill(BufferFilling const& filling, float* records) const;
     bool _prepareVbo(BufferFilling const& filling, bool const& rebuild, char const* where, int const& line);
     bool _uploadToVbo(BufferFilling const& filling, char const* where, int const& line);
+    static void _replaceStore(unsigned int records);
     void _drawFromVbo(unsigned int const& count, float const* pointSize);
 
     unsigned int vboRecords;  // that the buffer's store holds now
