@@ -27,34 +27,34 @@ namespace vellum {
 namespace {
 
 constexpr unsigned int CHUNK = ParticleSystemChunk_v2::CAPACITY;
-constexpr unsigned int POSITION_BYTES = 12;
-constexpr unsigned int SCALAR_BYTES = 4;
-constexpr unsigned int RECORD_FLOATS = 6;
-constexpr std::size_t COLOR_OFFSET = 12;  // bytes into a record
-constexpr unsigned int BATCH_BITS = 19;   // 524288 particles
+constexpr unsigned long RECORD_STRIDE = sizeof(ParticleRecord);
+constexpr std::size_t COLOR_OFFSET = offsetof(ParticleRecord, color);
+constexpr unsigned int VECTOR_STRIDE = sizeof(Vector3<float>);
+// Deliberate (scalar-stride): GL reads three floats at every scalar, so a particle takes its green and blue from the
+// scalars of the next two.
+constexpr unsigned int SCALAR_STRIDE = sizeof(float);
+constexpr unsigned int BATCH_BITS = 19;  // 524288 particles
 constexpr unsigned int BATCH = 1U << BATCH_BITS;
 
 // The values of lastPath.
 constexpr unsigned int PATH_VBO_WITH_EFFECT = 1;
-constexpr unsigned int PATH_2 = 2;  // counts as a filled buffer too; nothing sets it
+// Deliberate (path-two): counts as a filled buffer, as 1 does. Nothing here sets it; a subclass may, as lastPath is
+// protected.
+constexpr unsigned int PATH_VBO_OF_SUBCLASS = 2;
 constexpr unsigned int PATH_VBO_OR_CHUNKS = 3;
 constexpr unsigned int PATH_MEMORY = 4;
+
+// Deliberate (line-tags): tags of the two ways, not lines of this source. A render layer that overrides getError() tells
+// the ways apart by them.
+constexpr int LINE_OF_VBO_NO_SHADERS = 1109;
+constexpr int LINE_OF_VBO_WITH_SHADERS = 884;
 
 void reportUnknownType() {
     std::cerr << "channel.getType() not found. Default value will be used.";
 }
 
-// The part of `count` particles that a percentage is, no less than none and no more than all.
-unsigned int partOf(unsigned int const& count, float const& percent) {
-    float const part = static_cast<float>(count) * percent / 100.0F;
-    if (!(part > 0.0F)) {
-        return 0;
-    }
-    return part < static_cast<float>(count) ? static_cast<unsigned int>(part) : count;
-}
-
 template <class Effect>
-Effect& makeEffect(Effect*& effect, Base_shader::ProcessType const& type) {
+Effect& makeEffect(Effect*& effect, Base_shader::ProcessType type) {
     if (effect == nullptr || effect->processType() != type) {
         delete std::exchange(effect, nullptr);
         effect = new Effect(type);
@@ -65,7 +65,7 @@ Effect& makeEffect(Effect*& effect, Base_shader::ProcessType const& type) {
 }
 
 template <class Effect>
-void setRange(Effect& effect, float const& scale, float const& minMagnitude, float const& maxMagnitude,
+void setRange(Effect& effect, float scale, float minMagnitude, float maxMagnitude,
               Color4<float> const& minColor, Color4<float> const& maxColor) {
     effect.setMaxMagnitude(maxMagnitude);
     effect.setMinMagnitude(minMagnitude);
@@ -82,7 +82,7 @@ struct Particles_RL_GL_v2::BufferFilling {
     unsigned int channel;
     ParticleLook look;
     EvenThinning thinning;
-    RecordFormula (*colors)(ParticleChannelKind const& kind, ParticleLook const& look);
+    RecordFormula (*colors)(ParticleChannelKind kind, ParticleLook const& look);
 };
 
 // == Lifecycle ==
@@ -223,15 +223,13 @@ bool Particles_RL_GL_v2::renderFromVboNoShaders(ParticleSystem_v2 const& system,
                                                 Color4<float> const& maxClampColor, float const& pointSize,
                                                 unsigned int const& channel, float const& percent,
                                                 RenderMagnitude::type magnitude) {
-    // Deliberate (line-tags): the number under which render layers know this upload.
-    constexpr int LINE = 1109;
     BufferFilling const filling{
         system,
         channel,
         {scale, minMagnitude, maxMagnitude, minColor, maxColor, maxClampColor, magnitude},
         EvenThinning(system.size(), percent),
         particle_colors::inBuffer};
-    if (!_prepareVbo(filling, rebuild, "renderFromVboNoShaders", LINE)) {
+    if (!_prepareVbo(filling, rebuild, "renderFromVboNoShaders", LINE_OF_VBO_NO_SHADERS)) {
         return false;
     }
     _drawFromVbo(filling.thinning.target(), &pointSize);
@@ -246,7 +244,6 @@ bool Particles_RL_GL_v2::renderFromVboWithShaders(ParticleSystem_v2 const& syste
                                                   Color4<float> const& maxClampColor, float const& pointSize,
                                                   unsigned int const& channel, float const& percent,
                                                   RenderMagnitude::type magnitude) {
-    constexpr int LINE = 884;  // Deliberate (line-tags): as above.
     configureShaders(false, pointSize, scale, minMagnitude, maxMagnitude, minColor, maxColor, maxClampColor,
                      magnitude);
     BufferFilling const filling{
@@ -255,7 +252,7 @@ bool Particles_RL_GL_v2::renderFromVboWithShaders(ParticleSystem_v2 const& syste
         {scale, minMagnitude, maxMagnitude, minColor, maxColor, maxClampColor, magnitude},
         EvenThinning(system.size(), percent),
         particle_colors::forEffect};
-    bool const isReady = _prepareVbo(filling, rebuild, "renderFromVboWithShaders", LINE);
+    bool const isReady = _prepareVbo(filling, rebuild, "renderFromVboWithShaders", LINE_OF_VBO_WITH_SHADERS);
     if (isReady) {
         _drawFromVbo(filling.thinning.target(), nullptr);
     }
@@ -296,9 +293,8 @@ void Particles_RL_GL_v2::renderFromMemoryNoShaders(
         bool const isLast = drawn == target >> BATCH_BITS;
         VL_Raster->enableClientState(ClientCapability::VERTEX_ARRAY);
         VL_Raster->enableClientState(ClientCapability::COLOR_ARRAY);
-        VL_Raster->vertexPointer(3, DataType::FLOAT, PARTICLE_RECORD_BYTES, batch);
-        VL_Raster->colorPointer(3, DataType::FLOAT, PARTICLE_RECORD_BYTES,
-                                batch + COLOR_OFFSET / sizeof(float));
+        VL_Raster->vertexPointer(3, DataType::FLOAT, RECORD_STRIDE, batch);
+        VL_Raster->colorPointer(3, DataType::FLOAT, RECORD_STRIDE, batch + COLOR_OFFSET / sizeof(float));
         VL_Raster->drawArrays(Primitive::POINTS, 0, isLast ? target & (BATCH - 1) : BATCH);
         VL_Raster->disableClientState(ClientCapability::VERTEX_ARRAY);
         VL_Raster->disableClientState(ClientCapability::COLOR_ARRAY);
@@ -330,10 +326,10 @@ void Particles_RL_GL_v2::renderFromChunksWithShaders(
         unsigned int stride = 0;
         if (kind == ParticleChannelKind::SCALAR) {
             colors = chunk->channelData(channel)->asFloats();
-            stride = SCALAR_BYTES;
+            stride = SCALAR_STRIDE;
         } else if (kind == ParticleChannelKind::VECTOR) {
             colors = chunk->channelData(channel)->asVectors();
-            stride = POSITION_BYTES;
+            stride = VECTOR_STRIDE;
         } else if (kind == ParticleChannelKind::UNKNOWN) {
             reportUnknownType();
         }
@@ -364,7 +360,7 @@ void Particles_RL_GL_v2::renderChunkRaw(unsigned int /*chunk*/, Vector3<float>* 
         count = std::min(count, CHUNK);
         initIndices(static_cast<int>(count));
     }
-    VL_Raster->vertexPointer(3, DataType::FLOAT, POSITION_BYTES, positions);
+    VL_Raster->vertexPointer(3, DataType::FLOAT, VECTOR_STRIDE, positions);
     if (hasColors) {
         VL_Raster->colorPointer(3, DataType::FLOAT, static_cast<unsigned long>(colorStride), colors);
     }
@@ -470,7 +466,7 @@ void Particles_RL_GL_v2::reloadShadersIfNeeded(Color4<float>& /*minColor*/, Colo
 
 // == Effects ==
 
-Mesh_RL_Shader* Particles_RL_GL_v2::_effectOf(RenderMode::type const& mode) const {
+Mesh_RL_Shader* Particles_RL_GL_v2::_effectOf(RenderMode::type mode) const {
     switch (mode) {
     case RenderMode::POINTS:
         return pointShader;
@@ -516,8 +512,8 @@ void Particles_RL_GL_v2::_fill(BufferFilling const& filling, float* records) con
 }
 
 // Sees to it that the buffer holds the records. False when there is no room for them: the buffer is deleted then.
-bool Particles_RL_GL_v2::_prepareVbo(BufferFilling const& filling, bool const& rebuild, char const* where,
-                                     int const& line) {
+bool Particles_RL_GL_v2::_prepareVbo(BufferFilling const& filling, bool rebuild, char const* where,
+                                     int line) {
     unsigned int const target = filling.thinning.target();
     if (vboId == 0) {
         VL_Raster->genBuffers(1, &vboId);
@@ -538,7 +534,7 @@ bool Particles_RL_GL_v2::_prepareVbo(BufferFilling const& filling, bool const& r
     } else {
         // A store that is gone, or was filled with fewer particles since, is filled again: GL would read
         // beyond its end.
-        bool const isFilled = lastPath == PATH_VBO_WITH_EFFECT || lastPath == PATH_2;
+        bool const isFilled = lastPath == PATH_VBO_WITH_EFFECT || lastPath == PATH_VBO_OF_SUBCLASS;
         if (!rebuild && isFilled && target <= vboRecords) {
             return true;
         }
@@ -552,7 +548,7 @@ bool Particles_RL_GL_v2::_prepareVbo(BufferFilling const& filling, bool const& r
     return true;
 }
 
-bool Particles_RL_GL_v2::_uploadToVbo(BufferFilling const& filling, char const* where, int const& line) {
+bool Particles_RL_GL_v2::_uploadToVbo(BufferFilling const& filling, char const* where, int line) {
     unsigned int const target = filling.thinning.target();
     // GL keeps the former store where it refuses the new one, and maps it.
     bool const grows = target > vboRecords;
@@ -579,7 +575,7 @@ bool Particles_RL_GL_v2::_uploadToVbo(BufferFilling const& filling, char const* 
         VL_Raster->deleteBuffers(1, &vboId);  // ends the mapping, if there is one
         return false;
     }
-    vboSizeKB = static_cast<unsigned int>((target * PARTICLE_RECORD_BYTES) >> 10);
+    vboSizeKB = static_cast<unsigned int>((target * RECORD_STRIDE) >> 10);
     _fill(filling, static_cast<float*>(store));
     VL_Raster->unmapBuffer(BufferTarget::ARRAY_BUFFER);
     vboRecords = target;
@@ -588,19 +584,19 @@ bool Particles_RL_GL_v2::_uploadToVbo(BufferFilling const& filling, char const* 
 
 // Gives the bound buffer a new store. The former one stays with the frames that still draw from it.
 void Particles_RL_GL_v2::_replaceStore(unsigned int records) {
-    VL_Raster->bufferData(BufferTarget::ARRAY_BUFFER, records * PARTICLE_RECORD_BYTES, nullptr,
+    VL_Raster->bufferData(BufferTarget::ARRAY_BUFFER, records * RECORD_STRIDE, nullptr,
                           BufferUsage::STREAM_DRAW);
 }
 
-void Particles_RL_GL_v2::_drawFromVbo(unsigned int const& count, float const* pointSize) {
+void Particles_RL_GL_v2::_drawFromVbo(unsigned int count, float const* pointSize) {
     VL_Raster->enableClientState(ClientCapability::VERTEX_ARRAY);
     VL_Raster->enableClientState(ClientCapability::COLOR_ARRAY);
     if (pointSize != nullptr) {
         VL_Raster->setPointSize(*pointSize);
     }
     VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, vboId);
-    VL_Raster->vertexPointer(3, DataType::FLOAT, PARTICLE_RECORD_BYTES, nullptr);
-    VL_Raster->colorPointer(3, DataType::FLOAT, PARTICLE_RECORD_BYTES, reinterpret_cast<void*>(COLOR_OFFSET));
+    VL_Raster->vertexPointer(3, DataType::FLOAT, RECORD_STRIDE, nullptr);
+    VL_Raster->colorPointer(3, DataType::FLOAT, RECORD_STRIDE, reinterpret_cast<void*>(COLOR_OFFSET));
     VL_Raster->drawArrays(Primitive::POINTS, 0, count);
     VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, 0);
     VL_Raster->disableClientState(ClientCapability::VERTEX_ARRAY);

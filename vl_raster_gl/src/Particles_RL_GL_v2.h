@@ -254,13 +254,13 @@ private:
     struct BufferFilling;
 
     void _setDefaults();
-    Mesh_RL_Shader* _effectOf(RenderMode::type const& mode) const;
+    Mesh_RL_Shader* _effectOf(RenderMode::type mode) const;
     void _closeEffect();
     void _fill(BufferFilling const& filling, float* records) const;
-    bool _prepareVbo(BufferFilling const& filling, bool const& rebuild, char const* where, int const& line);
-    bool _uploadToVbo(BufferFilling const& filling, char const* where, int const& line);
+    bool _prepareVbo(BufferFilling const& filling, bool rebuild, char const* where, int line);
+    bool _uploadToVbo(BufferFilling const& filling, char const* where, int line);
     static void _replaceStore(unsigned int records);
-    void _drawFromVbo(unsigned int const& count, float const* pointSize);
+    void _drawFromVbo(unsigned int count, float const* pointSize);
 
     unsigned int vboRecords;  // that the buffer's store holds now
 };

@@ -1,10 +1,27 @@
 #pragma once
 
+#include "internal/ramp_arithmetic.h"
+
 #include "foundation/geometry/Vector3.h"
 
 #include <cmath>
 
 namespace vellum {
+
+/// The arithmetic of one number, as the registers of the record writers have it of several.
+struct OneLane {
+    using Register = float;
+
+    static float all(float value) { return value; }
+    static float add(float a, float b) { return a + b; }
+    static float subtract(float a, float b) { return a - b; }
+    static float multiply(float a, float b) { return a * b; }
+    static float divide(float a, float b) { return a / b; }
+    static float greatest(float a, float b) { return a > b ? a : b; }  // b where a number is NaN
+    static float least(float a, float b) { return a < b ? a : b; }     // b where a number is NaN
+    static bool isAbove(float a, float b) { return a > b; }
+    static float choose(bool condition, float yes, float no) { return condition ? yes : no; }
+};
 
 /// Which color a magnitude has: between two colors inside a range, a third one above it. Below the range the
 /// line through the two colors goes on. All arithmetic is in single precision, in the order written here.
@@ -21,28 +38,27 @@ struct ColorRamp {
     bool isDegenerate() const { return !(std::fabs(range()) > 1e-14F); }
 
     /// The color of a magnitude, its components not limited. The range must not be degenerate.
-    Vector3<float> colorOf(float const& magnitude) const {
-        float const t = (magnitude - minMagnitude) / range();
-        if (t > 1.0F) {
-            return maxClampColor;
-        }
-        return minColor + (maxColor - minColor) * t;
+    Vector3<float> colorOf(float magnitude) const {
+        float const t = placeOnRamp<OneLane>(magnitude, minMagnitude, range());
+        Vector3<float> const difference = maxColor - minColor;
+        return {rampComponent<OneLane>(t, minColor.x, difference.x, maxClampColor.x),
+                rampComponent<OneLane>(t, minColor.y, difference.y, maxClampColor.y),
+                rampComponent<OneLane>(t, minColor.z, difference.z, maxClampColor.z)};
     }
 };
 
-/// A component limited to 0 to 1; 0 for what is not a number.
-inline float limitedToColor(float const& component) {
-    float const raised = component > 0.0F ? component : 0.0F;
-    return raised < 1.0F ? raised : 1.0F;
+/// A component limited to 0 to 1; 0 for NaN.
+inline float limitedToColor(float component) {
+    return limitedComponent<OneLane>(component);
 }
 
 inline Vector3<float> limitedToColor(Vector3<float> const& color) {
     return {limitedToColor(color.x), limitedToColor(color.y), limitedToColor(color.z)};
 }
 
-/// The absolute value of a number cut to an integer of 32 bits. What does not fit into one, or is not a number,
-/// gives 2147483648, as the conversion instructions of processors do.
-inline float truncatedMagnitude(float const& value) {
+/// The absolute value of a number cut to an integer of 32 bits. A value that does not fit into one, and NaN,
+/// give 2147483648, as the conversion instructions of processors do.
+inline float truncatedMagnitude(float value) {
     constexpr float LIMIT = 2147483648.0F;
     if (!(value > -LIMIT && value < LIMIT)) {
         return LIMIT;

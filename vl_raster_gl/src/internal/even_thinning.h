@@ -7,6 +7,16 @@
 
 namespace vellum {
 
+/// How many of `count` particles a percentage is, in single precision, cut to an integer. Percentages that are
+/// negative or NaN are none, those above 100 are all.
+inline unsigned int partOf(unsigned int count, float percent) {
+    float const part = static_cast<float>(count) * percent / 100.0F;
+    if (!(part > 0.0F)) {
+        return 0;
+    }
+    return part < static_cast<float>(count) ? static_cast<unsigned int>(part) : count;
+}
+
 /// Chooses a percentage of the particles of a system, spread evenly over the order in which they are visited.
 ///
 /// Rule: the particle that is visited while `taken` particles are taken, and `visited` were visited, is taken
@@ -42,8 +52,7 @@ public:
     };
 
     /// Percentages that are negative or not a number choose no particle, those above 100 choose all.
-    EvenThinning(unsigned int const& count, float const& percent)
-        : percent(percent), wanted(_target(count, percent)) {
+    EvenThinning(unsigned int count, float percent) : percent(percent), wanted(partOf(count, percent)) {
         if (wanted != 0 && percent < 100.0F) {
             _findBound();
         }
@@ -55,7 +64,7 @@ public:
 
     /// Decides on `count` particles, or as many as are missing, all of which are taken. For 100 percent and more.
     /// \return on how many.
-    unsigned int takeAll(unsigned int const& count) {
+    unsigned int takeAll(unsigned int count) {
         unsigned int const all = std::min(count, missing());
         visited += all;
         taken += all;
@@ -67,7 +76,7 @@ public:
     /// Decides on the next particles, at most `count` of them, at least one. `count` is above 0, and the
     /// thinning is not complete.
     /// \return on how many.
-    unsigned int decide(unsigned int const& count, Marks& marks) {
+    unsigned int decide(unsigned int count, Marks& marks) {
         marks.count = 0;
         bool const isExact = visited + std::uint64_t{count} < EXACT;
         unsigned int const decided = !isExact                 ? _decideOneByOne(count, marks)
@@ -87,14 +96,6 @@ private:
     // a digit behind them are among the first 32 behind the point.
     static constexpr unsigned int DIGITS = 32;
 
-    static unsigned int _target(unsigned int const& count, float const& percent) {
-        float const exact = static_cast<float>(count) * percent / 100.0F;
-        if (!(exact > 0.0F)) {
-            return 0;
-        }
-        return exact >= static_cast<float>(count) ? count : static_cast<unsigned int>(exact);
-    }
-
     void _findBound() {
         float q = percent / 100.0F;
         while (q * 100.0F > percent) {
@@ -111,7 +112,7 @@ private:
         step = static_cast<std::int64_t>(std::ldexp(bound, DIGITS));
     }
 
-    bool _isTaken(unsigned int const& alreadyTaken, unsigned int const& alreadyVisited) const {
+    bool _isTaken(unsigned int alreadyTaken, unsigned int alreadyVisited) const {
         double const limit = static_cast<double>(static_cast<float>(alreadyVisited)) * bound;
         double const quotient = static_cast<double>(static_cast<float>(alreadyTaken));
         return alreadyVisited == 0 || quotient < limit || (boundIsTaken && quotient == limit);
@@ -119,7 +120,7 @@ private:
 
     // Where each one stands follows from how many were taken before it, and from nothing else, so that many are
     // found at once. The estimate is the particle or the one before it.
-    unsigned int _decideTaken(unsigned int const& count, Marks& marks) const {
+    unsigned int _decideTaken(unsigned int count, Marks& marks) const {
         int const end = static_cast<int>(visited + count);
         unsigned int const most = std::min(missing(), Marks::MOST);
         auto before = static_cast<double>(taken);
@@ -139,7 +140,7 @@ private:
 
     // Every particle is marked, over the mark before it where that one is not taken: cheaper than a branch that no
     // processor could foresee. Groups without a gap are marked at once.
-    unsigned int _decideAll(unsigned int const& count, Marks& marks) const {
+    unsigned int _decideAll(unsigned int count, Marks& marks) const {
         // The first particle of all is taken although 0 is not below 0 times the bound: the bound counts as taken
         // there, and the rule for the others begins with the third.
         bool const isStart = visited < 2;
@@ -170,7 +171,7 @@ private:
         return decided;
     }
 
-    unsigned int _decideOneByOne(unsigned int const& count, Marks& marks) const {
+    unsigned int _decideOneByOne(unsigned int count, Marks& marks) const {
         unsigned int const most = std::min(missing(), Marks::MOST);
         unsigned int decided = 0;
         while (decided < count && marks.count < most) {

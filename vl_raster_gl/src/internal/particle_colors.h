@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Particles_RL_GL_v2.h"
 #include "internal/color_ramp.h"
 #include "internal/record_formula.h"
 
@@ -19,13 +20,13 @@ struct ParticleLook {
     Color4<float> minColor;
     Color4<float> maxColor;
     Color4<float> maxClampColor;
-    unsigned int magnitude;  // RenderMagnitude
+    Particles_RL_GL_v2_ns::RenderMagnitude::type magnitude;
 };
 
 /// What the channel that is asked for holds.
 enum class ParticleChannelKind { NONE, VECTOR, SCALAR, UNKNOWN };
 
-inline ParticleChannelKind kindOf(unsigned int const& channel, ParticleChannel_v2 const* record) {
+inline ParticleChannelKind kindOf(unsigned int channel, ParticleChannel_v2 const* record) {
     if (channel == ParticleChannel_v2::NONE) {
         return ParticleChannelKind::NONE;
     }
@@ -40,6 +41,8 @@ inline ParticleChannelKind kindOf(unsigned int const& channel, ParticleChannel_v
 
 namespace particle_colors {
 
+using Particles_RL_GL_v2_ns::RenderMagnitude;
+
 inline Vector3<float> rgb(Color4<float> const& color) {
     return {color.r, color.g, color.b};
 }
@@ -49,8 +52,7 @@ inline ColorRamp ramp(ParticleLook const& look) {
             look.maxMagnitude};
 }
 
-inline RecordFormula formula(ParticleLook const& look, RecordColor const& source,
-                             Vector3<float> const& constant) {
+inline RecordFormula formula(ParticleLook const& look, RecordColor source, Vector3<float> const& constant) {
     ColorRamp const r = ramp(look);
     Vector3<float> const difference = r.maxColor - r.minColor;
     return {source,
@@ -68,8 +70,7 @@ inline RecordFormula constant(ParticleLook const& look, Vector3<float> const& co
 }
 
 /// A ramp, or one color for all where the range is degenerate.
-inline RecordFormula ramped(ParticleLook const& look, RecordColor const& source,
-                            Vector3<float> const& degenerate) {
+inline RecordFormula ramped(ParticleLook const& look, RecordColor source, Vector3<float> const& degenerate) {
     if (ramp(look).isDegenerate()) {
         return constant(look, limitedToColor(degenerate));
     }
@@ -77,20 +78,20 @@ inline RecordFormula ramped(ParticleLook const& look, RecordColor const& source,
 }
 
 /// The ramp's color of one magnitude for all particles.
-inline RecordFormula ofMagnitude(ParticleLook const& look, float const& magnitude,
+inline RecordFormula ofMagnitude(ParticleLook const& look, float magnitude,
                                  Vector3<float> const& degenerate) {
     ColorRamp const colors = ramp(look);
     return constant(look, limitedToColor(colors.isDegenerate() ? degenerate : colors.colorOf(magnitude)));
 }
 
-/// The source that one component of a vector is, for the magnitudes 1 to 3; LENGTH for all others.
-inline RecordColor componentOf(unsigned int const& magnitude) {
+/// The source that one component of a vector is, of the magnitudes X, Y and Z; LENGTH for all others.
+inline RecordColor componentOf(RenderMagnitude::type magnitude) {
     switch (magnitude) {
-    case 1:
+    case RenderMagnitude::X:
         return RecordColor::X;
-    case 2:
+    case RenderMagnitude::Y:
         return RecordColor::Y;
-    case 3:
+    case RenderMagnitude::Z:
         return RecordColor::Z;
     default:
         return RecordColor::LENGTH;
@@ -99,9 +100,8 @@ inline RecordColor componentOf(unsigned int const& magnitude) {
 
 /// Colors in a buffer object, without an effect.
 ///
-/// Deliberate (buffer-color-rules): a scalar goes into the ramp as it is, neither scaled nor without its
-/// sign, unlike in main memory.
-inline RecordFormula inBuffer(ParticleChannelKind const& kind, ParticleLook const& look) {
+/// Deliberate (buffer-color-rules): a scalar goes into the ramp as it is, neither scaled nor without its sign, unlike in main memory.
+inline RecordFormula inBuffer(ParticleChannelKind kind, ParticleLook const& look) {
     Vector3<float> const lowest = rgb(look.minColor);
     switch (kind) {
     case ParticleChannelKind::NONE:
@@ -117,25 +117,24 @@ inline RecordFormula inBuffer(ParticleChannelKind const& kind, ParticleLook cons
 
 /// Colors in main memory.
 ///
-/// Deliberate (buffer-color-rules): without a channel the highest color is used, where buffers use the
-/// lowest; a degenerate range is black for lengths; and the colors that the magnitudes 4 and 5 give to all
-/// are not limited to 0 to 1.
-inline RecordFormula inMemory(ParticleChannelKind const& kind, ParticleLook const& look) {
+/// Deliberate (buffer-color-rules): without a channel the highest color is used, where buffers use the lowest; a degenerate range
+/// is black for lengths; and the colors that MIN_COLOR and MAX_COLOR give to all are not limited to 0 to 1.
+inline RecordFormula inMemory(ParticleChannelKind kind, ParticleLook const& look) {
     if (kind == ParticleChannelKind::NONE) {
         return constant(look, rgb(look.maxColor));
     }
     Vector3<float> const black{0, 0, 0};
     Vector3<float> const lowest = rgb(look.minColor);
-    bool const isComponent = look.magnitude >= 1 && look.magnitude <= 3;
+    bool const isComponent = componentOf(look.magnitude) != RecordColor::LENGTH;
     if (kind == ParticleChannelKind::SCALAR) {
         // A scalar gives no components: they are 0.
         return isComponent ? ofMagnitude(look, 0.0F / look.scale, lowest)
                            : ramped(look, RecordColor::TRUNCATED_SCALAR, lowest);
     }
-    if (!isComponent && look.magnitude == 4) {
+    if (!isComponent && look.magnitude == RenderMagnitude::MIN_COLOR) {
         return constant(look, lowest);
     }
-    if (!isComponent && look.magnitude == 5) {
+    if (!isComponent && look.magnitude == RenderMagnitude::MAX_COLOR) {
         return constant(look, rgb(look.maxColor));
     }
     Vector3<float> const& degenerate = isComponent ? lowest : black;
@@ -146,7 +145,7 @@ inline RecordFormula inMemory(ParticleChannelKind const& kind, ParticleLook cons
 }
 
 /// The raw values that an effect makes colors of.
-inline RecordFormula forEffect(ParticleChannelKind const& kind, ParticleLook const& look) {
+inline RecordFormula forEffect(ParticleChannelKind kind, ParticleLook const& look) {
     switch (kind) {
     case ParticleChannelKind::SCALAR:
         return formula(look, RecordColor::SPREAD_SCALAR, {});

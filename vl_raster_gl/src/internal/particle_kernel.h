@@ -1,5 +1,6 @@
 #pragma once
 
+#include "internal/ramp_arithmetic.h"
 #include "internal/record_formula.h"
 
 #include <cstddef>
@@ -46,11 +47,11 @@ inline Three componentsOf(Three const& row) {
 
 /// Particles one after the other.
 struct Neighbors {
-    static Three vectors(float const* first, std::size_t const& k) {
-        return Lanes::loadRow<Three>(first + 3 * k);
+    static Three vectors(float const* first, std::size_t k) {
+        return Lanes::loadRow<Three>(first + VECTOR_FLOATS * k);
     }
-    static Register floats(float const* first, std::size_t const& k) { return Lanes::load(first + k); }
-    static std::size_t at(std::size_t const& k) { return k; }
+    static Register floats(float const* first, std::size_t k) { return Lanes::load(first + k); }
+    static std::size_t at(std::size_t k) { return k; }
 };
 
 /// Particles at offsets, ascending.
@@ -59,13 +60,13 @@ struct Chosen {
 
     unsigned int const* offsets;
 
-    Three vectors(float const* first, std::size_t const& k) const {
+    Three vectors(float const* first, std::size_t k) const {
         // Without a gap between them they are read as neighbors are, which is faster.
         if (offsets[k + Lanes::COUNT - 1] - offsets[k] == Lanes::COUNT - 1) {
-            return Lanes::loadRow<Three>(first + std::size_t{3} * offsets[k]);
+            return Lanes::loadRow<Three>(first + VECTOR_FLOATS * offsets[k]);
         }
         // With gaps the processor does not read ahead far enough by itself.
-        std::uintptr_t const here = reinterpret_cast<std::uintptr_t>(first + std::size_t{3} * offsets[k]);
+        std::uintptr_t const here = reinterpret_cast<std::uintptr_t>(first + VECTOR_FLOATS * offsets[k]);
         Lanes::fetch(here + BYTES_AHEAD);
         Lanes::fetch(here + BYTES_AHEAD + 6 * Lanes::COUNT);
         Register const a = Lanes::loadVectors(first, offsets + k);
@@ -77,10 +78,8 @@ struct Chosen {
         return {Lanes::shuffle<pick(0, 1, 0, 2)>(a, zx0), Lanes::shuffle<pick(1, 2, 0, 1)>(b, c),
                 Lanes::shuffle<pick(0, 2, 1, 2)>(zx2, d)};
     }
-    Register floats(float const* first, std::size_t const& k) const {
-        return Lanes::loadFloats(first, offsets + k);
-    }
-    std::size_t at(std::size_t const& k) const { return offsets[k]; }
+    Register floats(float const* first, std::size_t k) const { return Lanes::loadFloats(first, offsets + k); }
+    std::size_t at(std::size_t k) const { return offsets[k]; }
 };
 
 template <bool streams>
@@ -103,12 +102,7 @@ inline void storeRecords(Three const& p, Three const& color, float* out) {
 template <RecordColor source>
 class Colors {
 public:
-    static constexpr unsigned int VALUES = source == RecordColor::CONSTANT ? 0
-                                           : source == RecordColor::SPREAD_SCALAR ||
-                                                   source == RecordColor::SCALAR ||
-                                                   source == RecordColor::TRUNCATED_SCALAR
-                                               ? 1
-                                               : 3;
+    static constexpr std::size_t VALUES = VALUE_FLOATS[static_cast<std::size_t>(source)];
 
     explicit Colors(RecordFormula const& formula)
         : constant(_all(formula.constant))
@@ -125,7 +119,7 @@ public:
 
     /// Without a ramp: the colors of the particles from number k on.
     template <class Particles>
-    Three of(Particles const& particles, float const* values, std::size_t const& k) const {
+    Three of(Particles const& particles, float const* values, std::size_t k) const {
         if constexpr (source == RecordColor::CONSTANT) {
             return constant;
         } else if constexpr (source == RecordColor::VECTOR) {
@@ -139,23 +133,22 @@ public:
 
     /// Where the particles from number k on stand on the ramp: 0 at its lowest color, 1 at its highest.
     template <class Particles>
-    Register placeOf(Particles const& particles, float const* values, std::size_t const& k) const {
-        return Lanes::divide(Lanes::subtract(_magnitudeOf(particles, values, k), minMagnitude), range);
+    Register placeOf(Particles const& particles, float const* values, std::size_t k) const {
+        return placeOnRamp<Lanes>(_magnitudeOf(particles, values, k), minMagnitude, range);
     }
 
     /// The colors of places on the ramp.
     Three ofPlace(Register const& t) const {
-        Register const isAbove = Lanes::isAbove(t, Lanes::all(1.0F));
-        return {_component(t, isAbove, lowest.x, difference.x, above.x),
-                _component(t, isAbove, lowest.y, difference.y, above.y),
-                _component(t, isAbove, lowest.z, difference.z, above.z)};
+        return {_component(t, lowest.x, difference.x, above.x),
+                _component(t, lowest.y, difference.y, above.y),
+                _component(t, lowest.z, difference.z, above.z)};
     }
 
 private:
     static Three _all(float const (&v)[3]) { return {Lanes::all(v[0]), Lanes::all(v[1]), Lanes::all(v[2])}; }
 
     template <class Particles>
-    Register _magnitudeOf(Particles const& particles, float const* values, std::size_t const& k) const {
+    Register _magnitudeOf(Particles const& particles, float const* values, std::size_t k) const {
         if constexpr (source == RecordColor::SCALAR) {
             return particles.floats(values, k);
         } else if constexpr (source == RecordColor::TRUNCATED_SCALAR) {
@@ -176,10 +169,8 @@ private:
         }
     }
 
-    static Register _component(Register const& t, Register const& isAbove, Register const& from,
-                               Register const& by, Register const& otherwise) {
-        Register const color = Lanes::choose(isAbove, otherwise, Lanes::add(from, Lanes::multiply(by, t)));
-        return Lanes::least(Lanes::greatest(color, Lanes::all(0.0F)), Lanes::all(1.0F));
+    static Register _component(Register t, Register from, Register by, Register otherwise) {
+        return limitedComponent<Lanes>(rampComponent<Lanes>(t, from, by, otherwise));
     }
 
     Three constant;
@@ -194,24 +185,27 @@ private:
 /// Whole registers of particles, from number `first` to before `end`.
 template <bool streams, class Color, class Particles>
 void writeWhole(Color const& color, Particles const& particles, float const* positions, float const* values,
-                float* out, std::size_t const& first, std::size_t const& end) {
+                float* out, std::size_t first, std::size_t end) {
     if constexpr (!Color::IS_RAMP) {
         for (std::size_t k = first; k < end; k += Lanes::COUNT) {
             storeRecords<streams>(particles.vectors(positions, k), color.of(particles, values, k),
-                                  out + 6 * k);
+                                  out + RECORD_FLOATS * k);
         }
     } else {
         // In two steps. The road from a value to its color is long, a root and two divisions one behind the other;
         // in one step a processor does not look far enough ahead to begin with the next particles in the meantime.
-        float places[16 * Lanes::COUNT];
+        constexpr std::size_t AHEAD =
+            16 * Lanes::COUNT;  // particles of a step, whose places stay in the cache
+        float places[AHEAD];
         for (std::size_t start = first; start < end;) {
-            std::size_t const stop = end - start < 16 * Lanes::COUNT ? end : start + 16 * Lanes::COUNT;
+            std::size_t const stop = end - start < AHEAD ? end : start + AHEAD;
             for (std::size_t k = start; k < stop; k += Lanes::COUNT) {
                 Lanes::template storeOne<false>(places + (k - start), color.placeOf(particles, values, k));
             }
             for (std::size_t k = start; k < stop; k += Lanes::COUNT) {
                 storeRecords<streams>(particles.vectors(positions, k),
-                                      color.ofPlace(Lanes::load(places + (k - start))), out + 6 * k);
+                                      color.ofPlace(Lanes::load(places + (k - start))),
+                                      out + RECORD_FLOATS * k);
             }
             start = stop;
         }
@@ -221,25 +215,26 @@ void writeWhole(Color const& color, Particles const& particles, float const* pos
 /// Fewer particles than a register holds, from number `first` on: they are filled up with zeros on the way.
 template <class Color, class Particles>
 void writeFew(Color const& color, Particles const& particles, float const* positions, float const* values,
-              float* out, std::size_t const& first, std::size_t const& end) {
-    float fewPositions[3 * Lanes::COUNT] = {};
-    float fewValues[3 * Lanes::COUNT] = {};
-    float fewRecords[6 * Lanes::COUNT];
+              float* out, std::size_t first, std::size_t end) {
+    float fewPositions[VECTOR_FLOATS * Lanes::COUNT] = {};
+    float fewValues[VECTOR_FLOATS * Lanes::COUNT] = {};
+    float fewRecords[RECORD_FLOATS * Lanes::COUNT];
     for (std::size_t k = first; k < end; ++k) {
-        std::memcpy(fewPositions + 3 * (k - first), positions + 3 * particles.at(k), 3 * sizeof(float));
+        std::memcpy(fewPositions + VECTOR_FLOATS * (k - first), positions + VECTOR_FLOATS * particles.at(k),
+                    VECTOR_FLOATS * sizeof(float));
         if (Color::VALUES != 0) {
             std::memcpy(fewValues + Color::VALUES * (k - first), values + Color::VALUES * particles.at(k),
                         Color::VALUES * sizeof(float));
         }
     }
     writeWhole<false>(color, Neighbors(), fewPositions, fewValues, fewRecords, 0, Lanes::COUNT);
-    std::memcpy(out + 6 * first, fewRecords, 6 * (end - first) * sizeof(float));
+    std::memcpy(out + RECORD_FLOATS * first, fewRecords, RECORD_FLOATS * (end - first) * sizeof(float));
 }
 
 /// From number `first` on.
 template <bool streams, class Color, class Particles>
 void writeMany(Color const& color, Particles const& particles, float const* positions, float const* values,
-               float* out, std::size_t const& first, std::size_t const& count) {
+               float* out, std::size_t first, std::size_t count) {
     std::size_t const end = count - (count - first) % Lanes::COUNT;
     writeWhole<streams>(color, particles, positions, values, out, first, end);
     if (end < count) {
@@ -249,7 +244,7 @@ void writeMany(Color const& color, Particles const& particles, float const* posi
 
 template <class Color, class Particles>
 void writeAll(Color const& color, Particles const& particles, float const* positions, float const* values,
-              float* out, std::size_t const& count, bool const& streams) {
+              float* out, std::size_t count, bool streams) {
     if (!streams) {
         writeMany<false>(color, particles, positions, values, out, 0, count);
         return;
@@ -257,7 +252,8 @@ void writeAll(Color const& color, Particles const& particles, float const* posit
     // Stores past the cache go to whole, aligned registers. A record is 24 bytes, so one of the first four
     // records is aligned, if any is.
     std::size_t first = 0;
-    while (first < 4 && reinterpret_cast<std::uintptr_t>(out + 6 * first) % sizeof(Register) != 0) {
+    while (first < 4 &&
+           reinterpret_cast<std::uintptr_t>(out + RECORD_FLOATS * first) % sizeof(Register) != 0) {
         ++first;
     }
     if (first == 4 || first > count) {
@@ -272,7 +268,7 @@ void writeAll(Color const& color, Particles const& particles, float const* posit
 
 template <RecordColor source>
 void write(RecordFormula const& formula, float const* positions, float const* values,
-           unsigned int const* offsets, float* out, std::size_t const& count, bool const& streams) {
+           unsigned int const* offsets, float* out, std::size_t count, bool streams) {
     Colors<source> const color(formula);
     if (offsets == nullptr) {
         writeAll(color, Neighbors(), positions, values, out, count, streams);
@@ -282,8 +278,7 @@ void write(RecordFormula const& formula, float const* positions, float const* va
 }
 
 inline void writeRecordsByLanes(RecordFormula const& formula, float const* positions, float const* values,
-                                unsigned int const* offsets, float* out, std::size_t const& count,
-                                bool const& streams) {
+                                unsigned int const* offsets, float* out, std::size_t count, bool streams) {
     switch (formula.source) {
     case RecordColor::CONSTANT:
         return write<RecordColor::CONSTANT>(formula, positions, values, offsets, out, count, streams);

@@ -11,14 +11,11 @@ namespace vellum {
 
 namespace {
 
-constexpr std::size_t POSITION_FLOATS = 3;
-constexpr std::size_t RECORD_FLOATS = 6;
-
 // Records that fill more than the cache of a processor are of no use in it.
 constexpr std::size_t STREAMED_BYTES = std::size_t{8} << 20;
 
 // What stands for the values of a chunk that has none.
-constexpr float ZEROS[3 * ParticleSystemChunk_v2::CAPACITY] = {};
+constexpr float ZEROS[VECTOR_FLOATS * ParticleSystemChunk_v2::CAPACITY] = {};
 
 RecordWriter fastestRecordWriter() {
     if (RecordWriter const writer = avxRecordWriter()) {
@@ -35,18 +32,18 @@ RecordWriter fastestRecordWriter() {
 template <unsigned int valueFloats>
 class RecordSink {
 public:
-    RecordSink(RecordFormula const& formula, float* out, bool const& streams)
+    RecordSink(RecordFormula const& formula, float* out, bool streams)
         : formula(formula), out(out), streams(streams) {}
 
     // `count` particles: those at the offsets, ascending, or without offsets the first ones of a run of neighbors
     // that is `readable` long.
-    void put(float const* positions, float const* values, unsigned int const* offsets,
-             unsigned int const& count, unsigned int const& readable) {
+    void put(float const* positions, float const* values, unsigned int const* offsets, unsigned int count,
+             unsigned int readable) {
         if (count == 0) {
             return;
         }
         unsigned int const last = offsets != nullptr ? offsets[count - 1] : count - 1;
-        lastPosition = positions + POSITION_FLOATS * last;
+        lastPosition = positions + VECTOR_FLOATS * last;
         lastValue = values + std::size_t{valueFloats} * last;
         unsigned int k = 0;
         if (count >= MANY) {
@@ -57,7 +54,7 @@ public:
             unsigned int end = count - (count - k) % LINE_RECORDS;
             // Behind the last one of the run nothing may be read.
             end -= end == count && last + 1 == readable ? LINE_RECORDS : 0;
-            _write(_first<POSITION_FLOATS>(positions, offsets, k), _first<valueFloats>(values, offsets, k),
+            _write(_first<VECTOR_FLOATS>(positions, offsets, k), _first<valueFloats>(values, offsets, k),
                    offsets != nullptr ? offsets + k : nullptr, end - k);
             k = end;
         }
@@ -84,20 +81,20 @@ private:
 
     // The first of the neighbors from number k on; offsets are counted from where they were.
     template <unsigned int floats>
-    static float const* _first(float const* from, unsigned int const* offsets, unsigned int const& k) {
+    static float const* _first(float const* from, unsigned int const* offsets, unsigned int k) {
         return offsets != nullptr ? from : from + std::size_t{floats} * k;
     }
 
     // Of so many records, those behind the last end of a line that is the end of a record, too.
-    unsigned int _beyondLine(unsigned int const& count) const {
+    unsigned int _beyondLine(unsigned int count) const {
         // In units of 8 bytes, of which a line has 8 and a record 3: three times 3 is 1 more than a line.
         std::uintptr_t const start = reinterpret_cast<std::uintptr_t>(out) / 8;
         return static_cast<unsigned int>((count + 3 * start) % LINE_RECORDS);
     }
 
-    void _stage(float const* positions, float const* values, unsigned int const* offsets,
-                unsigned int const& first, unsigned int const& end) {
-        _copy<POSITION_FLOATS>(positions, offsets, first, end, stagedPositions + POSITION_FLOATS * staged);
+    void _stage(float const* positions, float const* values, unsigned int const* offsets, unsigned int first,
+                unsigned int end) {
+        _copy<VECTOR_FLOATS>(positions, offsets, first, end, stagedPositions + VECTOR_FLOATS * staged);
         if constexpr (valueFloats != 0) {
             _copy<valueFloats>(values, offsets, first, end, stagedValues + valueFloats * staged);
         }
@@ -105,8 +102,8 @@ private:
     }
 
     template <unsigned int floats>
-    static void _copy(float const* from, unsigned int const* offsets, unsigned int const& first,
-                      unsigned int const& end, float* to) {
+    static void _copy(float const* from, unsigned int const* offsets, unsigned int first, unsigned int end,
+                      float* to) {
         for (unsigned int k = first; k < end; ++k) {
             unsigned int const particle = offsets != nullptr ? offsets[k] : k;
             std::memcpy(to, from + std::size_t{floats} * particle, floats * sizeof(float));
@@ -115,7 +112,7 @@ private:
     }
 
     void _write(float const* positions, float const* values, unsigned int const* offsets,
-                unsigned int const& count) {
+                unsigned int count) {
         static RecordWriter const writer = fastestRecordWriter();
         writer(formula, positions, values, offsets, out, count, streams);
         out += RECORD_FLOATS * count;
@@ -127,8 +124,8 @@ private:
     float const* lastPosition = ZEROS;  // of the particle that was put last
     float const* lastValue = ZEROS;     // alike
     unsigned int staged = 0;            // particles below
-    float stagedPositions[POSITION_FLOATS * (STAGE + MANY)];
-    float stagedValues[3 * (STAGE + MANY)];
+    float stagedPositions[VECTOR_FLOATS * (STAGE + MANY)];
+    float stagedValues[VECTOR_FLOATS * (STAGE + MANY)];
 };
 
 // Calls `run(slot, count)` for neighbors that live, in the order of iterators, until it answers false.
@@ -169,7 +166,7 @@ float const* floatsOf(ParticleChannelChunkData_v2* data) {
 }
 
 template <unsigned int valueFloats>
-void writeRecords(ParticleSystem_v2 const& system, unsigned int const& channel, RecordFormula const& formula,
+void writeRecords(ParticleSystem_v2 const& system, unsigned int channel, RecordFormula const& formula,
                   EvenThinning thinning, float* out) {  // NOLINT(readability-non-const-parameter): written to
     bool const streams = std::size_t{thinning.target()} * RECORD_FLOATS * sizeof(float) >= STREAMED_BYTES;
     RecordSink<valueFloats> sink(formula, out, streams);
@@ -184,7 +181,7 @@ void writeRecords(ParticleSystem_v2 const& system, unsigned int const& channel, 
         }
         forLivingRuns(*chunk, [&](unsigned int slot, unsigned int count) {
             while (count != 0 && !thinning.isComplete()) {
-                float const* const from = positions + POSITION_FLOATS * slot;
+                float const* const from = positions + VECTOR_FLOATS * slot;
                 float const* const valuesFrom = values + std::size_t{valueFloats} * slot;
                 unsigned int decided = 0;
                 if (thinning.takesAll()) {
@@ -211,9 +208,9 @@ void writeRecords(ParticleSystem_v2 const& system, unsigned int const& channel, 
 
 }  // namespace
 
-void writeParticleRecords(ParticleSystem_v2 const& system, unsigned int const& channel,
-                          RecordFormula const& formula, EvenThinning const& thinning, float* out) {
-    switch (valuesPerParticle(formula.source)) {
+void writeParticleRecords(ParticleSystem_v2 const& system, unsigned int channel, RecordFormula const& formula,
+                          EvenThinning const& thinning, float* out) {
+    switch (VALUE_FLOATS[static_cast<std::size_t>(formula.source)]) {
     case 0:
         return writeRecords<0>(system, channel, formula, thinning, out);
     case 1:

@@ -1,5 +1,5 @@
 // Compiled for processors with AVX, where the compiler can. What is here runs only after the processor was asked.
-#include "internal/record_formula.h"
+#include "internal/record_writers.h"
 
 #include <cstdint>
 
@@ -23,8 +23,8 @@ struct Lanes {
     // Of each particle its vector and a float more; in the other half those of the particle four further on.
     static Register loadVectors(float const* vectors, unsigned int const* offsets) {
         return _mm256_insertf128_ps(
-            _mm256_castps128_ps256(_mm_loadu_ps(vectors + std::size_t{3} * offsets[0])),
-            _mm_loadu_ps(vectors + std::size_t{3} * offsets[4]), 1);
+            _mm256_castps128_ps256(_mm_loadu_ps(vectors + VECTOR_FLOATS * offsets[0])),
+            _mm_loadu_ps(vectors + VECTOR_FLOATS * offsets[4]), 1);
     }
     static Register loadFloats(float const* values, unsigned int const* offsets) {
         return _mm256_setr_ps(values[offsets[0]], values[offsets[1]], values[offsets[2]], values[offsets[3]],
@@ -47,10 +47,9 @@ struct Lanes {
     static Register multiply(Register a, Register b) { return _mm256_mul_ps(a, b); }
     static Register divide(Register a, Register b) { return _mm256_div_ps(a, b); }
     static Register squareRoot(Register a) { return _mm256_sqrt_ps(a); }
-    static Register greatest(Register a, Register b) {
-        return _mm256_max_ps(a, b);
-    }                                                                              // b for what is no number
-    static Register least(Register a, Register b) { return _mm256_min_ps(a, b); }  // b for what is no number
+    // Both give b where a number is NaN.
+    static Register greatest(Register a, Register b) { return _mm256_max_ps(a, b); }
+    static Register least(Register a, Register b) { return _mm256_min_ps(a, b); }
     static Register isAbove(Register a, Register b) { return _mm256_cmp_ps(a, b, _CMP_GT_OQ); }
     // By bits: compilers may take a blend of a comparison apart where integers have no wide comparison.
     static Register choose(Register mask, Register yes, Register no) {
@@ -96,8 +95,6 @@ private:
 
 namespace vellum {
 
-RecordWriter avxRecordWriter();
-
 RecordWriter avxRecordWriter() {
     return __builtin_cpu_supports("avx") != 0 ? writeRecordsByLanes : nullptr;
 }
@@ -107,8 +104,6 @@ RecordWriter avxRecordWriter() {
 #else
 
 namespace vellum {
-
-RecordWriter avxRecordWriter();
 
 RecordWriter avxRecordWriter() {
     return nullptr;

@@ -38,31 +38,29 @@ public:
     }
 
 private:
-    Vector3<float> _ramp(float const& magnitude) const {
-        float const t = (magnitude - f.minMagnitude) / f.range;
-        if (t > 1.0F) {
-            return limitedToColor({f.above[0], f.above[1], f.above[2]});
-        }
-        return limitedToColor({f.lowest[0] + f.difference[0] * t, f.lowest[1] + f.difference[1] * t,
-                               f.lowest[2] + f.difference[2] * t});
+    Vector3<float> _ramp(float magnitude) const {
+        float const place = placeOnRamp<OneLane>(magnitude, f.minMagnitude, f.range);
+        return {_component(place, 0), _component(place, 1), _component(place, 2)};
+    }
+
+    float _component(float place, std::size_t i) const {
+        return limitedToColor(rampComponent<OneLane>(place, f.lowest[i], f.difference[i], f.above[i]));
     }
 
     RecordFormula const& f;
 };
 
 void writePlainly(RecordFormula const& formula, float const* positions, float const* values,
-                  unsigned int const* offsets, float* out, std::size_t const& count,
-                  bool const& /*streams*/) {
+                  unsigned int const* offsets, float* out, std::size_t count, bool /*streams*/) {
     PlainColors const colors(formula);
-    unsigned int const valueCount = valuesPerParticle(formula.source);
+    std::size_t const valueFloats = VALUE_FLOATS[static_cast<std::size_t>(formula.source)];
     for (std::size_t k = 0; k < count; ++k) {
         std::size_t const particle = offsets != nullptr ? offsets[k] : k;
-        Vector3<float> const color = colors.of(values + valueCount * particle);
-        std::memcpy(out, positions + 3 * particle, 3 * sizeof(float));
-        out[3] = color.x;
-        out[4] = color.y;
-        out[5] = color.z;
-        out += 6;
+        ParticleRecord record;
+        std::memcpy(&record.position, positions + VECTOR_FLOATS * particle, sizeof(record.position));
+        record.color = colors.of(values + valueFloats * particle);
+        // Copied, as nothing says that floats are records.
+        std::memcpy(out + RECORD_FLOATS * k, &record, sizeof(record));
     }
 }
 

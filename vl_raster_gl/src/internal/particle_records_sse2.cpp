@@ -1,4 +1,4 @@
-#include "internal/record_formula.h"
+#include "internal/record_writers.h"
 
 #include <cstdint>
 
@@ -21,7 +21,7 @@ struct Lanes {
     }
     // Of each particle its vector and a float more.
     static Register loadVectors(float const* vectors, unsigned int const* offsets) {
-        return _mm_loadu_ps(vectors + std::size_t{3} * *offsets);
+        return _mm_loadu_ps(vectors + VECTOR_FLOATS * *offsets);
     }
     static Register loadFloats(float const* values, unsigned int const* offsets) {
         return _mm_setr_ps(values[offsets[0]], values[offsets[1]], values[offsets[2]], values[offsets[3]]);
@@ -43,8 +43,9 @@ struct Lanes {
     static Register multiply(Register a, Register b) { return _mm_mul_ps(a, b); }
     static Register divide(Register a, Register b) { return _mm_div_ps(a, b); }
     static Register squareRoot(Register a) { return _mm_sqrt_ps(a); }
-    static Register greatest(Register a, Register b) { return _mm_max_ps(a, b); }  // b for what is no number
-    static Register least(Register a, Register b) { return _mm_min_ps(a, b); }     // b for what is no number
+    // Both give b where a number is NaN.
+    static Register greatest(Register a, Register b) { return _mm_max_ps(a, b); }
+    static Register least(Register a, Register b) { return _mm_min_ps(a, b); }
     static Register isAbove(Register a, Register b) { return _mm_cmpgt_ps(a, b); }
     static Register choose(Register mask, Register yes, Register no) {
         return _mm_or_ps(_mm_and_ps(mask, yes), _mm_andnot_ps(mask, no));
@@ -80,9 +81,6 @@ struct Lanes {
 
 namespace vellum {
 
-RecordWriter sse2RecordWriter();
-void finishRecords();
-
 RecordWriter sse2RecordWriter() {
     return writeRecordsByLanes;
 }
@@ -96,9 +94,6 @@ void finishRecords() {
 #else
 
 namespace vellum {
-
-RecordWriter sse2RecordWriter();
-void finishRecords();
 
 RecordWriter sse2RecordWriter() {
     return nullptr;

@@ -8,6 +8,9 @@
 
 namespace vellum {
 
+inline constexpr std::size_t VECTOR_FLOATS = 3;                  // of a position, a vector or a color
+inline constexpr std::size_t RECORD_FLOATS = 2 * VECTOR_FLOATS;  // position and color; see ParticleRecord
+
 /// How the three color floats of a particle record come out of a channel.
 enum class RecordColor {
     CONSTANT,          ///< the same for all; no value is read
@@ -21,8 +24,11 @@ enum class RecordColor {
     TRUNCATED_SCALAR,  ///< ramp of |the scalar cut to an integer| / scale
 };
 
+/// The floats of a channel that a color reads for each particle, by RecordColor.
+inline constexpr unsigned int VALUE_FLOATS[] = {0, 3, 1, 3, 3, 3, 3, 1, 1};
+
 /// The numbers of that: with t = (magnitude - minMagnitude) / range, the color is `above` for t above 1, else
-/// lowest + difference * t, each component limited to 0 to 1; what is not a number gives 0.
+/// lowest + difference * t, each component limited to 0 to 1, NaN to 0.
 struct RecordFormula {
     RecordColor source;
     float constant[3];  // of CONSTANT; not limited
@@ -40,7 +46,6 @@ struct RecordFormula {
 ///        each of them a float more may be read.
 /// \param streams the records are so many that they had better not go through the processor's cache.
 using RecordWriter = void (*)(RecordFormula const& formula, float const* positions, float const* values,
-                              unsigned int const* offsets, float* out, std::size_t const& count,
-                              bool const& streams);
+                              unsigned int const* offsets, float* out, std::size_t count, bool streams);
 
 }  // namespace vellum
