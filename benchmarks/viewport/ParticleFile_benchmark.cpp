@@ -47,8 +47,9 @@ void lammpsDump(benchmark::State& state, bool const& isSorted) {
     timing.run(
         state,
         [&](unsigned int const&) {
-            viewport::Result<viewport::ParticleFrames> const result = viewport::readLammpsDump(text, {});
-            isWhole = isWhole && result.isOk() && result.value().frames.at(0).positions.size() == PARTICLES;
+            viewport::Result<viewport::LoadedFrame> const result =
+                viewport::readLammpsDump(text, std::nullopt, {});
+            isWhole = isWhole && result.isOk() && result.value().frame.positions.size() == PARTICLES;
         },
         [&](unsigned int const&) {
             std::size_t lines = 0;

@@ -68,8 +68,8 @@ std::string describeMesh(std::string const& path, MeshData const& mesh) {
            line("from", point(box.min)) + line("to", point(box.max)) + line("size", point(box.max - box.min));
 }
 
-std::string describeParticles(std::string const& path, ParticleFrames const& frames, std::size_t shown) {
-    ParticleFrame const& frame = frames.frames[shown];
+std::string describeParticles(LoadedFrame const& loaded) {
+    ParticleFrame const& frame = loaded.frame;
     std::size_t const count = frame.positions.size();
     std::string channels;
     for (ParticleChannel const& channel : frame.channels) {
@@ -79,8 +79,8 @@ std::string describeParticles(std::string const& path, ParticleFrames const& fra
     if (frame.time) {
         time += ", time " + shortest(*frame.time);
     }
-    std::string text = Fault{"", path}.line() + "\n" + line("frames", std::to_string(frames.frames.size())) +
-                       line("frame shown", std::to_string(shown) + " (" + time + ")") +
+    std::string text = Fault{"", frame.file}.line() + "\n" + line("frames", std::to_string(loaded.count)) +
+                       line("frame shown", std::to_string(loaded.number) + " (" + time + ")") +
                        line("particles", std::to_string(count)) +
                        line("velocities", yesOrNo(!frame.velocities.empty())) +
                        line("channels", channels.empty() ? "none" : channels);

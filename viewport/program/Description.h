@@ -2,7 +2,7 @@
 
 #include "Core_RL_GL.h"
 #include "viewport/files/mesh/MeshData.h"
-#include "viewport/files/particles/ParticleFrames.h"
+#include "viewport/files/particles/ParticleFrame.h"
 
 #include <string>
 
@@ -11,8 +11,8 @@ namespace vellum::viewport {
 /// What a file holds, in complete lines for --info.
 std::string describeMesh(std::string const& path, MeshData const& mesh);
 
-/// What a file of particles holds, and of which frame the picture is.
-std::string describeParticles(std::string const& path, ParticleFrames const& frames, std::size_t shown);
+/// What a particle file holds, and which frame of it the picture shows.
+std::string describeParticles(LoadedFrame const& loaded);
 
 /// What the driver of the current context offers, in complete lines for --info.
 std::string describeDriver(Core_RL_GL& layer);

@@ -44,7 +44,7 @@ void note(Fault const& what) {
 /// What the files hold.
 struct Content {
     std::vector<MeshData> meshes;
-    std::vector<ParticleData> particles;
+    std::vector<ParticleFrame> particles;
     std::string texts;  // that describe it
 };
 
@@ -67,24 +67,18 @@ std::optional<Fault> loadMesh(std::string const& file, Options const& options, C
 std::optional<Fault> loadParticles(std::string const& file, Options const& options, Content& content) {
     std::optional<ProgressBar> bar;
     bar.emplace(std::cerr, isatty(STDERR_FILENO) != 0, file);
-    Result<ParticleFrames> particles =
-        ParticleFile(file).load([&bar](std::uint64_t done, std::uint64_t all) { bar->show(done, all); });
+    Result<LoadedFrame> particles = ParticleFile(file).load(
+        options.particles.frame, [&bar](std::uint64_t done, std::uint64_t all) { bar->show(done, all); });
     bar.reset();
     if (!particles.isOk()) {
         return particles.fault();
     }
-    ParticleFrames& frames = particles.value();
-    if (!frames.warning.empty()) {
-        note({file, frames.warning});
+    LoadedFrame& loaded = particles.value();
+    if (!loaded.warning.empty()) {
+        note({file, loaded.warning});
     }
-    std::size_t const last = frames.frames.size() - 1;
-    std::size_t const shown = options.particles.frame.value_or(last);
-    if (shown > last) {
-        return Fault{file,
-                     "has no frame " + std::to_string(shown) + "; its last one is " + std::to_string(last)};
-    }
-    content.texts += describeParticles(file, frames, shown);
-    content.particles.push_back({file, std::move(frames.frames[shown])});
+    content.texts += describeParticles(loaded);
+    content.particles.push_back(std::move(loaded.frame));
     return std::nullopt;
 }
 
@@ -142,14 +136,14 @@ int run(Options const& options) {
         }
         texture = picture.value();
     }
-    Result<ParticleLook> look = lookOf(std::move(content.particles), options.particles);
+    Result<ParticleLook> look = lookOf(content.particles, options.particles);
     if (!look.isOk()) {
         return fail(FILE_FAULT, look.fault().line());
     }
     for (Fault const& loss : look.value().notes) {
         note(loss);
     }
-    Scene const scene(content.meshes, texture, look.value().sets);
+    Scene const scene(content.meshes, texture, std::move(content.particles), look.value());
     EffectSubject subject;
     if (options.effect.isOn()) {
         Result<EffectSubject> prepared = EffectSubject::prepare(options, content.meshes, scene);
@@ -159,7 +153,6 @@ int run(Options const& options) {
         subject = std::move(prepared.value());
     }
     content.meshes = {};
-    look.value().sets = {};
 
     OffscreenContext context(Viewer::contextSettings(options));
     if (!context.isValid()) {

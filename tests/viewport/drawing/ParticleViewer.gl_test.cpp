@@ -60,18 +60,18 @@ protected:
 
     void add(Vector3<float> const& position) {
         data.file = "folder/some.csv";
-        if (!data.frame.box) {
+        if (!data.box) {
             // A box, however small, keeps the lines of the ground out of the picture.
-            data.frame.box = ParticleBox{convert<double>(position), {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}}};
+            data.box = ParticleBox{convert<double>(position), {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}}};
         }
-        data.frame.positions.push_back(position);
+        data.positions.push_back(position);
     }
 
     void add(Vector3<float> const& position, float const& value) {
         add(position);
-        data.frame.channels.resize(1);
-        data.frame.channels[0].name = "t";
-        data.frame.channels[0].values.push_back(value);
+        data.channels.resize(1);
+        data.channels[0].name = "t";
+        data.channels[0].values.push_back(value);
     }
 
     /// A square of `side` times `side` particles from 0 to 1 in the XY plane; values go from 0 at the left to 1.
@@ -80,14 +80,14 @@ protected:
             float const x = static_cast<float>(i % side) / static_cast<float>(side - 1);
             add({x, static_cast<float>(i / side) / static_cast<float>(side - 1), 0}, x);
         }
-        data.frame.box = ParticleBox{{-0.3, -0.3, -0.8}, {{1.6, 0, 0}, {0, 1.6, 0}, {0, 0, 1.6}}};
+        data.box = ParticleBox{{-0.3, -0.3, -0.8}, {{1.6, 0, 0}, {0, 1.6, 0}, {0, 0, 1.6}}};
     }
 
     void prepare() {
         Result<ParticleLook> result = lookOf({data}, options.particles);
         ASSERT_TRUE(result.isOk()) << result.fault().line();
         look = result.value();
-        scene.reset(new Scene({}, nullptr, look.sets));
+        scene.reset(new Scene({}, nullptr, {data}, look));
     }
 
     Picture draw() {
@@ -136,7 +136,7 @@ protected:
         return look.scale ? ColorBar(*look.scale, options.width, options.height).reservedWidth() : 0;
     }
 
-    ParticleData data;
+    ParticleFrame data;
     Options options;
     ParticleLook look;
     std::unique_ptr<Scene> scene;
@@ -174,7 +174,7 @@ bool isRed(Rgb const& color) {
 
 TEST_F(ParticleViewer_gl_test, everyModeAndViewDrawsWithoutAnErrorOfOpenGL) {
     addSquare(6);
-    data.frame.velocities.assign(data.frame.positions.size(), {0.1F, 0.2F, 0.3F});
+    data.velocities.assign(data.positions.size(), {0.1F, 0.2F, 0.3F});
     for (ParticleMode const& mode : {ParticleMode::POINTS, ParticleMode::SPHERES, ParticleMode::ARROWS}) {
         for (unsigned int view = 0; view < 7; ++view) {
             layer.reset(new ViewportLayer(view % 2 == 0 ? 0 : someMemory));
@@ -192,8 +192,8 @@ TEST_F(ParticleViewer_gl_test, everyModeAndViewDrawsWithoutAnErrorOfOpenGL) {
 TEST_F(ParticleViewer_gl_test, noParticlesAndNoValuesAreNoTrouble) {
     for (ParticleMode const& mode : {ParticleMode::POINTS, ParticleMode::SPHERES}) {
         options.particles.mode = mode;
-        data.frame = {};
-        data.frame.box = ParticleBox{};
+        data = {};
+        data.box = ParticleBox{};
         EXPECT_EQ(countParticles(draw()), 0);
         add({0, 0, 0});
         EXPECT_GT(countParticles(draw()), 4);
@@ -310,8 +310,8 @@ TEST_F(ParticleViewer_gl_test, aPercentageOfTheParticlesIsDrawn) {
 TEST_F(ParticleViewer_gl_test, arrowsPointAlongTheVelocitiesAndAreAsLongAsAskedFor) {
     add({0, 0, 0});
     add({0, 4, 0});
-    data.frame.velocities = {{2, 0, 0}, {-1, 0, 0}};
-    data.frame.box = ParticleBox{{-5, -1, 0}, {{10, 0, 0}, {0, 6, 0}, {0, 0, 1}}};
+    data.velocities = {{2, 0, 0}, {-1, 0, 0}};
+    data.box = ParticleBox{{-5, -1, 0}, {{10, 0, 0}, {0, 6, 0}, {0, 0, 1}}};
     options.particles.mode = ParticleMode::ARROWS;
     options.particles.size = 2;
     options.particles.range = ValueRange{1, 3};
@@ -382,7 +382,7 @@ TEST_F(ParticleViewer_gl_test, withoutValuesThereIsNoBar) {
     add({0, 0, 0});
     Outline const green = outlineOf(draw(), isGreen);
     EXPECT_NEAR(green.columns.first + green.columns.last, options.width, 3) << "the picture's middle";
-    data.frame = {};
+    data = {};
     add({1, 0, 0}, 1);
     Outline const beside = outlineOf(draw(), isRed);
     EXPECT_LT(beside.columns.first + beside.columns.last, options.width - 40);
@@ -393,7 +393,7 @@ TEST_F(ParticleViewer_gl_test, withoutValuesThereIsNoBar) {
 TEST_F(ParticleViewer_gl_test, withAndWithoutABufferThePictureIsTheSame) {
     // More than the particles that a driver without memory is trusted with.
     addSquare(7);
-    data.frame.velocities.assign(data.frame.positions.size(), {0, 0.1F, 0});
+    data.velocities.assign(data.positions.size(), {0, 0.1F, 0});
     for (ParticleMode const& mode : {ParticleMode::POINTS, ParticleMode::SPHERES, ParticleMode::ARROWS}) {
         options.particles.mode = mode;
         options.particles.channel = mode == ParticleMode::ARROWS ? "" : "t";
@@ -470,7 +470,7 @@ TEST_F(ParticleViewer_gl_test, theNearerOfModelAndParticlesIsPicked) {
         for (Vector3<double>& corner : wall.positions) {
             corner.z = z;
         }
-        Scene const both({wall}, nullptr, result.value().sets);
+        Scene const both({wall}, nullptr, {data}, result.value());
         Viewer viewer(*layer, both, options, result.value());
         EXPECT_EQ(viewer.pick({168, 112}), z < 0 ? "17 some.csv" : "16 wall.obj");
     }

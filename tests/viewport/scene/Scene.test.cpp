@@ -70,20 +70,28 @@ TEST(Scene, aModelWithoutSizeStaysFinite) {
 
 namespace {
 
-ParticleSet fourParticles() {
-    ParticleSet set;
-    set.name = "melt.lammpstrj";
-    set.positions = {{-1, 0, 0}, {1, 0, 0}, {0, 2, 0}, {0, 0, 3}};
-    set.colors = {{1, 0, 0}, {0, 2, 0}, {0, 0, 3}, {4, 0, 0}};
-    set.spacing = 0.5;
-    set.diameter = 0.25;
-    return set;
+ParticleFrame fourParticles() {
+    ParticleFrame frame;
+    frame.file = "folder/melt.lammpstrj";
+    frame.positions = {{-1, 0, 0}, {1, 0, 0}, {0, 2, 0}, {0, 0, 3}};
+    frame.velocities = {{1, 0, 0}, {0, 2, 0}, {0, 0, 3}, {4, 0, 0}};
+    return frame;
+}
+
+/// Points, of which only the places have an extent.
+Scene sceneOf(std::vector<MeshData> const& meshes, ParticleFrame const& frame,
+              ParticleMode mode = ParticleMode::POINTS) {
+    ParticleLook look;
+    look.mode = mode;
+    look.scale = ParticleScale{"speed", {0, 1}, true, 0, 1};
+    look.size = 2;
+    return Scene(meshes, nullptr, {frame}, look);
 }
 
 }  // namespace
 
 TEST(Scene, particlesAreMovedAndScaledWithTheirValuesKept) {
-    Scene const scene({}, nullptr, {fourParticles()});
+    Scene const scene = sceneOf({}, fourParticles());
     ASSERT_EQ(scene.clouds().size(), 1U);
     ParticleCloud const& cloud = scene.clouds()[0];
     EXPECT_EQ(cloud.name, "melt.lammpstrj");
@@ -95,17 +103,18 @@ TEST(Scene, particlesAreMovedAndScaledWithTheirValuesKept) {
     EXPECT_NEAR(places[1].x, unit, 1e-4);
     EXPECT_NEAR(places[1].y, -unit, 1e-4);
     EXPECT_NEAR(places[3].z, 1.5 * unit, 1e-4);
-    EXPECT_EQ(chunk.channelData(ParticleCloud::COLORS)->asVectors()[2].z, 3);
-    EXPECT_NEAR(cloud.spacing, 0.5 * unit, 1e-9);
-    EXPECT_NEAR(cloud.diameter, 0.25 * unit, 1e-9);
+    EXPECT_EQ(chunk.channelData(ParticleCloud::SHOWN)->asVectors()[2].z, 3);
+    // Of a grid of four points in a box of 2 x 2 x 3.
+    EXPECT_NEAR(cloud.spacing, std::cbrt(12.0) * unit, 1e-9);
+    EXPECT_NEAR(cloud.diameter, 2 * unit, 1e-9);
     EXPECT_TRUE(cloud.boxLines.empty());
     EXPECT_EQ(cloud.system->channelId("position"), ParticleCloud::POSITIONS);
 }
 
 TEST(Scene, aTiltedBoxHasTwelveLinesAndIsFramed) {
-    ParticleSet set = fourParticles();
-    set.box = ParticleBox{{-4, 0, 0}, {{8, 0, 0}, {2, 6, 0}, {1, 1, 4}}};
-    Scene const scene({}, nullptr, {set});
+    ParticleFrame frame = fourParticles();
+    frame.box = ParticleBox{{-4, 0, 0}, {{8, 0, 0}, {2, 6, 0}, {1, 1, 4}}};
+    Scene const scene = sceneOf({}, frame);
     ParticleCloud const& cloud = scene.clouds()[0];
     ASSERT_EQ(cloud.boxLines.size(), 24U);
     double const unit = scene.unitsPerFileUnit();
@@ -119,30 +128,27 @@ TEST(Scene, aTiltedBoxHasTwelveLinesAndIsFramed) {
 }
 
 TEST(Scene, spheresAreFramedWithTheirWidth) {
-    ParticleSet set = fourParticles();
-    set.reach = 1;
-    Scene const scene({}, nullptr, {set});
+    Scene const scene = sceneOf({}, fourParticles(), ParticleMode::SPHERES);
     EXPECT_NEAR(scene.box().max.x / scene.unitsPerFileUnit(), 2, 1e-9);
 }
 
 TEST(Scene, modelsAndParticlesShareAScale) {
-    Scene const scene({triangle(-4, 4)}, nullptr, {fourParticles()});
+    Scene const scene = sceneOf({triangle(-4, 4)}, fourParticles());
     double const unit = scene.unitsPerFileUnit();
     EXPECT_NEAR(scene.models()[0].box.max.x, 4 * unit, 1e-9);
     EXPECT_NEAR(scene.clouds()[0].box.max.x, 1 * unit, 1e-9);
 }
 
 TEST(Scene, particlesOfMoreThanOneChunkAreAllTaken) {
-    ParticleSet set;
+    ParticleFrame frame;
     for (int i = 0; i < 40'000; ++i) {
-        set.positions.push_back({static_cast<float>(i), 0, 0});
-        set.colors.push_back({static_cast<float>(i), 0, 0});
+        frame.positions.push_back({static_cast<float>(i), 0, 0});
+        frame.velocities.push_back({static_cast<float>(i), 0, 0});
     }
-    Scene const scene({}, nullptr, {set});
+    Scene const scene = sceneOf({}, frame);
     ParticleSystem_v2 const& system = *scene.clouds()[0].system;
     EXPECT_EQ(system.size(), 40'000U);
     ParticleSystemChunk_v2 const& last = *system.lastChunk();
-    EXPECT_EQ(last.channelData(ParticleCloud::COLORS)->asVectors()[last.count() - 1].x, 39'999);
-    Scene const none({}, nullptr, {ParticleSet{}});
-    EXPECT_EQ(none.clouds()[0].system->size(), 0U);
+    EXPECT_EQ(last.channelData(ParticleCloud::SHOWN)->asVectors()[last.count() - 1].x, 39'999);
+    EXPECT_EQ(sceneOf({}, ParticleFrame()).clouds()[0].system->size(), 0U);
 }

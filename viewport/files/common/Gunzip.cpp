@@ -68,8 +68,7 @@ bool isGzip(std::string_view bytes) {
     return bytes.size() >= 2 && bytes[0] == '\x1F' && bytes[1] == '\x8B';
 }
 
-Result<GunzippedText> gunzip(std::string_view compressed, std::uint64_t limit,
-                             ParticleProgress const& progress) {
+Result<GunzippedText> gunzip(std::string_view compressed, std::uint64_t limit, Progress const& progress) {
     GunzippedText text;
     Inflater inflater(compressed);
     while (true) {

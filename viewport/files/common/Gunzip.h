@@ -1,11 +1,12 @@
 #pragma once
 
-#include "viewport/files/particles/ParticleFrames.h"
+#include "viewport/files/common/Progress.h"
 #include "viewport/text/Fault.h"
 
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <string>
 #include <string_view>
 
 namespace vellum::viewport {
@@ -19,7 +20,7 @@ public:
 
 private:
     friend Result<GunzippedText> gunzip(std::string_view compressed, std::uint64_t limit,
-                                        ParticleProgress const& progress);
+                                        Progress const& progress);
 
     struct Free {
         void operator()(char* start) const { std::free(start); }
@@ -40,8 +41,7 @@ bool isGzip(std::string_view bytes);
 /// that hold more than `limit` bytes; of data that are cut off it gives what is there. Bytes behind the last
 /// member are passed over, as gzip does.
 /// \param progress told the compressed bytes done and all compressed bytes; may be empty.
-Result<GunzippedText> gunzip(std::string_view compressed, std::uint64_t limit,
-                             ParticleProgress const& progress);
+Result<GunzippedText> gunzip(std::string_view compressed, std::uint64_t limit, Progress const& progress);
 
 /// At most the first `size` bytes of what a gzip file holds; empty where it is damaged.
 std::string gunzipStart(std::string_view compressed, std::size_t size);

@@ -1,6 +1,6 @@
 #include "viewport/files/particles/CsvFile.h"
 
-#include "viewport/files/particles/FrameLoop.h"
+#include "viewport/files/particles/FrameIndex.h"
 #include "viewport/files/particles/TableRows.h"
 #include "viewport/text/Words.h"
 
@@ -124,7 +124,7 @@ bool isCsvOfParticles(std::string_view text) {
     return headingOf(lines.take()).hasPositions;
 }
 
-Result<ParticleFrames> readCsv(std::string_view text, ParticleProgress const& progress) {
+Result<LoadedFrame> readCsv(std::string_view text, Progress const& progress) {
     TextLines lines(text);
     lines.skipEmpty();
     Heading const heading = headingOf(lines.take());
@@ -132,10 +132,9 @@ Result<ParticleFrames> readCsv(std::string_view text, ParticleProgress const& pr
         return Fault{{}, lines.damage("no columns x, y and z are named").message()};
     }
     TableRows rows(heading.columns, heading.separator);
-    rows.tell(progress);
-    ParticleFrames result;
-    result.frames.emplace_back();
-    if (std::optional<TextDamage> const damage = rows.read(lines, std::nullopt, result.frames.front())) {
+    rows.report(progress);
+    LoadedFrame result;
+    if (std::optional<TextDamage> const damage = rows.read(lines, std::nullopt, result.frame)) {
         return Fault{{}, damage->message()};
     }
     result.warning = lastLineWarning(lines);

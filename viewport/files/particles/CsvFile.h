@@ -1,6 +1,7 @@
 #pragma once
 
-#include "viewport/files/particles/ParticleFrames.h"
+#include "viewport/files/common/Progress.h"
+#include "viewport/files/particles/ParticleFrame.h"
 #include "viewport/text/Fault.h"
 
 #include <string_view>
@@ -19,6 +20,6 @@ bool isCsvOfParticles(std::string_view text);
 ///
 /// Damage is a fault, without a file.
 /// \param progress may be empty.
-Result<ParticleFrames> readCsv(std::string_view text, ParticleProgress const& progress);
+Result<LoadedFrame> readCsv(std::string_view text, Progress const& progress);
 
 }  // namespace vellum::viewport

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "viewport/files/particles/ParticleFrames.h"
+#include "viewport/files/particles/ParticleFrame.h"
 
 #include <optional>
 #include <string>

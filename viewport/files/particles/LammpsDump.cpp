@@ -1,7 +1,6 @@
 #include "viewport/files/particles/LammpsDump.h"
 
-#include "viewport/files/particles/FrameLoop.h"
-#include "viewport/files/particles/TableRows.h"
+#include "viewport/files/particles/FrameIndex.h"
 #include "viewport/text/Words.h"
 #include "viewport/text/numbers.h"
 
@@ -44,17 +43,12 @@ ParticleBox boxOf(double const (&rows)[3][4]) {
     return box;
 }
 
-class DumpReader {
+/// Reads the head of one frame: its items up to the line that names the columns.
+class HeadReader {
 public:
-    DumpReader(std::string_view text, ParticleProgress const& progress) : lines(text), progress(progress) {}
+    HeadReader(TextLines& lines, FrameHead& head) : lines(lines), head(head) {}
 
-    Result<ParticleFrames> read() {
-        return readFrames(lines, [this](ParticleFrame& frame) { return _readFrame(frame); });
-    }
-
-private:
-    /// Reads the items of a frame, the last of which is its rows.
-    Damage _readFrame(ParticleFrame& frame) {
+    Damage read() {
         std::optional<std::uint64_t> count;
         bool hasTimestep = false;
         while (true) {
@@ -70,14 +64,14 @@ private:
             std::string_view const item = takeWord(words);
             Damage damage;
             if (item == "TIMESTEP") {
-                damage = _readTimestep(frame);
+                damage = _readTimestep();
                 hasTimestep = true;
             } else if (item == "NUMBER") {
                 damage = _readCount(count);
             } else if (item == "BOX") {
-                damage = _readBox(words, frame);
+                damage = _readBox(words);
             } else if (item == "TIME") {
-                damage = _readTime(frame);
+                damage = _readTime();
             } else if (item == "UNITS") {
                 damage = lines.isAtEnd() ? _endDamage() : Damage();
                 lines.take();
@@ -86,7 +80,8 @@ private:
                     return lines.damage(hasTimestep ? "the frame's number of atoms is missing"
                                                     : "the frame's time step is missing");
                 }
-                return _readRows(words, *count, frame);
+                head.count = *count;
+                return _readColumns(words);
             } else {
                 return lines.damage(quoted(line) + " is not understood");
             }
@@ -96,11 +91,12 @@ private:
         }
     }
 
+private:
     Damage _endDamage() const {
         return TextDamage{lines.number(), "the text ends within the frame's head", true};
     }
 
-    Damage _readTimestep(ParticleFrame& frame) {
+    Damage _readTimestep() {
         if (lines.isAtEnd()) {
             return _endDamage();
         }
@@ -110,18 +106,18 @@ private:
         if (!step || !takeWord(line).empty()) {
             return lines.damage(quoted(word) + " is not a time step");
         }
-        frame.timestep = *step;
+        head.frame.timestep = *step;
         return std::nullopt;
     }
 
-    Damage _readTime(ParticleFrame& frame) {
+    Damage _readTime() {
         if (lines.isAtEnd()) {
             return _endDamage();
         }
         std::string_view line = lines.take();
         std::string_view const word = takeWord(line);
-        frame.time = toDataNumber(word);
-        return frame.time ? Damage() : lines.damage(quoted(word) + " is not a time");
+        head.frame.time = toDataNumber(word);
+        return head.frame.time ? Damage() : lines.damage(quoted(word) + " is not a time");
     }
 
     Damage _readCount(std::optional<std::uint64_t>& count) {
@@ -138,7 +134,7 @@ private:
     }
 
     /// Reads the box, whose item names what its lines give: "abc" for edges and a corner, "xy" for tilts.
-    Damage _readBox(std::string_view words, ParticleFrame& frame) {
+    Damage _readBox(std::string_view words) {
         takeWord(words);  // "BOUNDS"
         std::string_view const kind = takeWord(words);
         bool const isGeneral = kind == "abc";
@@ -155,56 +151,47 @@ private:
             }
         }
         if (!isGeneral) {
-            frame.box = boxOf(rows);
+            head.frame.box = boxOf(rows);
             return std::nullopt;
         }
-        frame.box = ParticleBox{{rows[0][3], rows[1][3], rows[2][3]}, {}};
+        head.frame.box = ParticleBox{{rows[0][3], rows[1][3], rows[2][3]}, {}};
         for (std::size_t i = 0; i < 3; ++i) {
-            frame.box->edges[i] = {rows[i][0], rows[i][1], rows[i][2]};
+            head.frame.box->edges[i] = {rows[i][0], rows[i][1], rows[i][2]};
         }
         return std::nullopt;
     }
 
-    Damage _readRows(std::string_view names, std::uint64_t count, ParticleFrame& frame) {
-        std::vector<TableColumn> columns;
+    Damage _readColumns(std::string_view names) {
+        std::vector<TableColumn>& columns = head.columns;
         for (std::string_view name = takeWord(names); !name.empty(); name = takeWord(names)) {
             columns.push_back(TableColumn{std::string(name), ColumnUse::CHANNEL, 0, name == "id"});
         }
-        bool isScaled = false;
         if (!useColumns(columns, {"x", "y", "z"}, ColumnUse::POSITION) &&
             !useColumns(columns, {"xu", "yu", "zu"}, ColumnUse::POSITION)) {
-            isScaled = useColumns(columns, {"xs", "ys", "zs"}, ColumnUse::POSITION) ||
-                       useColumns(columns, {"xsu", "ysu", "zsu"}, ColumnUse::POSITION);
-            if (!isScaled) {
+            head.isScaled = useColumns(columns, {"xs", "ys", "zs"}, ColumnUse::POSITION) ||
+                            useColumns(columns, {"xsu", "ysu", "zsu"}, ColumnUse::POSITION);
+            if (!head.isScaled) {
                 return lines.damage("no columns give positions: x y z, xu yu zu, xs ys zs or xsu ysu zsu");
             }
         }
-        if (isScaled && !frame.box) {
+        if (head.isScaled && !head.frame.box) {
             return lines.damage("the positions are scaled, and the frame has no box");
         }
         useColumns(columns, {"vx", "vy", "vz"}, ColumnUse::VELOCITY);
-
-        TableRows rows(columns, ' ');
-        rows.tell(progress);
-        if (isScaled) {
-            rows.placeInto(*frame.box);
-        }
-        Damage damage = rows.read(lines, count, frame);
-        if (damage && rows.damagedLine().substr(0, ITEM_MARK.size()) == ITEM_MARK) {
-            damage->reason =
-                "the frame has fewer than the " + std::to_string(count) + " atoms that it declares";
-        }
-        return damage;
+        head.nextFrameMark = ITEM_MARK;
+        return std::nullopt;
     }
 
-    TextLines lines;
-    ParticleProgress const& progress;
+    TextLines& lines;
+    FrameHead& head;
 };
 
 }  // namespace
 
-Result<ParticleFrames> readLammpsDump(std::string_view text, ParticleProgress const& progress) {
-    return DumpReader(text, progress).read();
+Result<LoadedFrame> readLammpsDump(std::string_view text, std::optional<std::size_t> frame,
+                                   Progress const& progress) {
+    auto const readHead = [](TextLines& lines, FrameHead& head) { return HeadReader(lines, head).read(); };
+    return readFrame(text, frame, readHead, progress);
 }
 
 }  // namespace vellum::viewport

@@ -1,8 +1,11 @@
 #pragma once
 
-#include "viewport/files/particles/ParticleFrames.h"
+#include "viewport/files/common/Progress.h"
+#include "viewport/files/particles/ParticleFrame.h"
 #include "viewport/text/Fault.h"
 
+#include <cstddef>
+#include <optional>
 #include <string_view>
 
 namespace vellum::viewport {
@@ -15,7 +18,9 @@ namespace vellum::viewport {
 /// from frame to frame.
 ///
 /// A dump that is cut off gives its complete frames and a warning; all other damage is a fault, without a file.
+/// \param frame counted from 0; nothing: the last complete one. See readFrame().
 /// \param progress may be empty.
-Result<ParticleFrames> readLammpsDump(std::string_view text, ParticleProgress const& progress);
+Result<LoadedFrame> readLammpsDump(std::string_view text, std::optional<std::size_t> frame,
+                                   Progress const& progress);
 
 }  // namespace vellum::viewport

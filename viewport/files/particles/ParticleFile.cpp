@@ -44,7 +44,8 @@ bool isXyz(std::string_view bytes) {
     return toCount(takeWord(line)).has_value() && takeWord(line).empty();
 }
 
-Result<ParticleFrames> readBytes(std::string_view bytes, ParticleProgress const& progress) {
+Result<LoadedFrame> readBytes(std::string_view bytes, std::optional<std::size_t> frame,
+                              Progress const& progress) {
     if (isPly(bytes)) {
         return readPlyPoints(bytes, progress);  // Its faults say more than that a format is not understood.
     }
@@ -54,19 +55,20 @@ Result<ParticleFrames> readBytes(std::string_view bytes, ParticleProgress const&
     }
     switch (*format) {
     case ParticleFormat::LAMMPS_DUMP:
-        return readLammpsDump(bytes, progress);
+        return readLammpsDump(bytes, frame, progress);
     case ParticleFormat::XYZ:
-        return readXyz(bytes, progress);
+        return readXyz(bytes, frame, progress);
     default:
         return readCsv(bytes, progress);
     }
 }
 
 /// Uncompresses and reads; of data that are cut off, what there is.
-Result<ParticleFrames> readCompressed(std::string_view compressed, ParticleProgress const& progress) {
+Result<LoadedFrame> readCompressed(std::string_view compressed, std::optional<std::size_t> frame,
+                                   Progress const& progress) {
     std::uint64_t const size = compressed.size();
-    ParticleProgress uncompressing;
-    ParticleProgress reading;
+    Progress uncompressing;
+    Progress reading;
     if (progress) {
         uncompressing = [&](std::uint64_t done, std::uint64_t) { progress(done, 2 * size); };
         reading = [&](std::uint64_t done, std::uint64_t all) {
@@ -78,7 +80,7 @@ Result<ParticleFrames> readCompressed(std::string_view compressed, ParticleProgr
     if (!text.isOk()) {
         return text.fault();
     }
-    Result<ParticleFrames> result = readBytes(text.value().bytes(), reading);
+    Result<LoadedFrame> result = readBytes(text.value().bytes(), frame, reading);
     if (!text.value().isCutOff()) {
         return result;
     }
@@ -123,18 +125,25 @@ Result<ParticleFormat> ParticleFile::format() const {
     return format ? Result<ParticleFormat>(*format) : Fault{path, NOT_UNDERSTOOD};
 }
 
-Result<ParticleFrames> ParticleFile::load(ParticleProgress const& progress) const {
+Result<LoadedFrame> ParticleFile::load(std::optional<std::size_t> frame, Progress const& progress) const {
     Result<MappedFile> const file = MappedFile::open(path);
     if (!file.isOk()) {
         return file.fault();
     }
     std::string_view const bytes = file.value().bytes();
     try {
-        Result<ParticleFrames> result =
-            isGzip(bytes) ? readCompressed(bytes, progress) : readBytes(bytes, progress);
+        Result<LoadedFrame> result =
+            isGzip(bytes) ? readCompressed(bytes, frame, progress) : readBytes(bytes, frame, progress);
         if (!result.isOk()) {
             return Fault{path, result.fault().message};
         }
+        LoadedFrame& loaded = result.value();
+        if (frame.value_or(0) >= loaded.count) {
+            std::string const reason = "has no frame " + std::to_string(*frame) + "; its last one is " +
+                                       std::to_string(loaded.count - 1);
+            return Fault{path, loaded.warning.empty() ? reason : reason + " (" + loaded.warning + ")"};
+        }
+        loaded.frame.file = path;
         return result;
     } catch (std::bad_alloc const&) {
         return Fault{path, NO_MEMORY};

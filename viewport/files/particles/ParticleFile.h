@@ -1,8 +1,10 @@
 #pragma once
 
-#include "viewport/files/particles/ParticleFrames.h"
+#include "viewport/files/common/Progress.h"
+#include "viewport/files/particles/ParticleFrame.h"
 #include "viewport/text/Fault.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -12,19 +14,19 @@ namespace vellum::viewport {
 
 enum class ParticleFormat { LAMMPS_DUMP, XYZ, CSV, PLY };
 
-/// What the bytes of a file begin as; nothing where no reader of particles understands them, as of a PLY file with
-/// faces. The first 64 KiB are enough.
+/// The format that the first bytes of a file show; nothing where no reader of particles understands them, as with a
+/// PLY file that has faces. The first 64 KiB are enough.
 std::optional<ParticleFormat> particleFormatOf(std::string_view bytes);
 
-/// A particle file that a user named: the way from its path to frames that can be drawn.
+/// A particle file that a user named: the way from its path to a frame that can be drawn.
 ///
-///     Result<ParticleFrames> const particles = ParticleFile("melt.lammpstrj").load({});
+///     Result<LoadedFrame> const particles = ParticleFile("melt.lammpstrj").load(std::nullopt, {});
 ///     if (!particles.isOk())
 ///         std::cerr << particles.fault().line() << '\n';
 ///
 /// Reads LAMMPS dumps, XYZ and extended XYZ, CSV with a line of names and the vertices of PLY files, also compressed
-/// by gzip; the content tells which, not the name. Any file may be named; none makes it throw or crash, or take
-/// more memory than the bytes there are call for.
+/// by gzip. The format is detected from the content, not from the name. Any file may be named; none makes it throw or
+/// crash, or take more memory than its text and one frame call for.
 class ParticleFile {
 public:
     /// The most bytes that a compressed file may hold.
@@ -35,9 +37,11 @@ public:
     /// Looks at the file's beginning only. A file that cannot be read or is none of particles is a fault.
     Result<ParticleFormat> format() const;
 
-    /// Reads the whole file. Damage is a fault with file, line and reason.
+    /// Reads one frame. Damage is a fault with file, line and reason; inside the rows of other frames it is not looked
+    /// for (see readFrame()). A frame that the file does not have is a fault.
+    /// \param frame counted from 0; nothing: the last complete one.
     /// \param progress may be empty; a compressed file counts twice, once uncompressed and once read.
-    Result<ParticleFrames> load(ParticleProgress const& progress) const;
+    Result<LoadedFrame> load(std::optional<std::size_t> frame, Progress const& progress) const;
 
 private:
     std::string path;

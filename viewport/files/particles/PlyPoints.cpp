@@ -1,7 +1,7 @@
 #include "viewport/files/particles/PlyPoints.h"
 
 #include "viewport/files/common/PlyHeader.h"
-#include "viewport/files/particles/FrameLoop.h"
+#include "viewport/files/particles/FrameIndex.h"
 #include "viewport/files/particles/TableRows.h"
 
 #include <algorithm>
@@ -74,10 +74,10 @@ std::string cutOffReason(PlyElement const& element, std::uint64_t held) {
 
 class PlyReader {
 public:
-    PlyReader(std::string_view file, PlyHeader const& header, ParticleProgress const& progress)
+    PlyReader(std::string_view file, PlyHeader const& header, Progress const& progress)
         : header(header), progress(progress), headerSize(file.size() - header.body.size()), file(file) {}
 
-    Result<ParticleFrames> read() {
+    Result<LoadedFrame> read() {
         PlyElement const* vertices = nullptr;
         for (PlyElement const& element : header.elements) {
             if (element.name == "face" && element.count > 0) {
@@ -109,8 +109,7 @@ public:
     }
 
 private:
-    Result<ParticleFrames> _readText(PlyElement const& vertices,
-                                     std::vector<TableColumn> const& columns) const {
+    Result<LoadedFrame> _readText(PlyElement const& vertices, std::vector<TableColumn> const& columns) const {
         TextLines lines(file);
         while (lines.done() < headerSize && !lines.isAtEnd()) {
             lines.take();
@@ -123,20 +122,18 @@ private:
                 lines.take();
             }
         }
-        ParticleFrames result;
-        result.frames.emplace_back();
+        LoadedFrame result;
         TableRows rows(columns, ' ');
-        rows.tell(progress);
-        if (std::optional<TextDamage> const damage =
-                rows.read(lines, vertices.count, result.frames.front())) {
+        rows.report(progress);
+        if (std::optional<TextDamage> const damage = rows.read(lines, vertices.count, result.frame)) {
             return Fault{{}, damage->message() + (damage->isAtEnd ? "; the file is cut off" : "")};
         }
         result.warning = lastLineWarning(lines);
         return result;
     }
 
-    Result<ParticleFrames> _readBinary(PlyElement const& vertices,
-                                       std::vector<TableColumn> const& columns) const {
+    Result<LoadedFrame> _readBinary(PlyElement const& vertices,
+                                    std::vector<TableColumn> const& columns) const {
         std::string_view body = header.body;
         for (PlyElement const* element = header.elements.data(); element != &vertices; ++element) {
             std::size_t const size = sizeOf(*element);
@@ -155,11 +152,10 @@ private:
         return _readRecords(vertices, columns, body.data(), stride);
     }
 
-    Result<ParticleFrames> _readRecords(PlyElement const& vertices, std::vector<TableColumn> const& columns,
-                                        char const* const& start, std::size_t stride) const {
-        ParticleFrames result;
-        result.frames.emplace_back();
-        FrameBuilder builder(columns, static_cast<std::size_t>(vertices.count), result.frames.front());
+    Result<LoadedFrame> _readRecords(PlyElement const& vertices, std::vector<TableColumn> const& columns,
+                                     char const* const& start, std::size_t stride) const {
+        LoadedFrame result;
+        FrameBuilder builder(columns, static_cast<std::size_t>(vertices.count), result.frame);
         bool const isBigEndian = header.format == PlyFormat::BINARY_BIG;
         std::size_t const bodyStart = static_cast<std::size_t>(start - file.data());
         char const* here = start;
@@ -181,14 +177,14 @@ private:
     }
 
     PlyHeader const& header;
-    ParticleProgress const& progress;
+    Progress const& progress;
     std::size_t headerSize;
     std::string_view file;
 };
 
 }  // namespace
 
-Result<ParticleFrames> readPlyPoints(std::string_view bytes, ParticleProgress const& progress) {
+Result<LoadedFrame> readPlyPoints(std::string_view bytes, Progress const& progress) {
     std::optional<PlyHeader> const header = readPlyHeader(bytes);
     if (!header) {
         return Fault{{}, "the header of the PLY file is cut off or not understood"};

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "viewport/files/particles/ParticleFrames.h"
+#include "viewport/files/common/Progress.h"
+#include "viewport/files/particles/ParticleFrame.h"
 #include "viewport/text/Fault.h"
 
 #include <string_view>
@@ -13,6 +14,6 @@ namespace vellum::viewport {
 /// the particles. Other elements are passed over. A file with faces is a mesh: a fault, as is all damage; faults
 /// are without a file.
 /// \param progress may be empty.
-Result<ParticleFrames> readPlyPoints(std::string_view bytes, ParticleProgress const& progress);
+Result<LoadedFrame> readPlyPoints(std::string_view bytes, Progress const& progress);
 
 }  // namespace vellum::viewport

@@ -55,7 +55,11 @@ std::optional<TextDamage> TableRows::read(TextLines& lines, std::optional<std::u
             }
         }
         if (!_readRow(builder->values())) {
-            return lines.damage(reason);
+            bool const isNextFrame = !mark.empty() && line.substr(0, mark.size()) == mark;
+            return lines.damage(isNextFrame
+                                    ? "the frame has fewer than the " + std::to_string(count.value_or(row)) +
+                                          " atoms that it declares"
+                                    : reason);
         }
         if (!builder->addRow()) {
             return lines.damage("the particle's id is not a whole number");
@@ -69,6 +73,21 @@ std::optional<TextDamage> TableRows::read(TextLines& lines, std::optional<std::u
     }
     builder->finish();
     return std::nullopt;
+}
+
+bool TableRows::skip(TextLines& lines, std::uint64_t count) const {
+    TextLines ahead = lines;
+    for (std::uint64_t row = 0; row < count; ++row) {
+        std::string_view const skipped = ahead.take();
+        if (!ahead.isEnded() || (!mark.empty() && skipped.substr(0, mark.size()) == mark)) {
+            return false;
+        }
+        if (progress && row % ROWS_BETWEEN_PROGRESS == 0) {
+            progress(ahead.done(), ahead.done() + ahead.left());
+        }
+    }
+    lines = ahead;
+    return true;
 }
 
 void TableRows::_findTexts() {

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "viewport/files/common/Progress.h"
 #include "viewport/files/particles/FrameBuilder.h"
-#include "viewport/files/particles/ParticleFrames.h"
+#include "viewport/files/particles/ParticleFrame.h"
 #include "viewport/text/TextLines.h"
 
 #include <optional>
@@ -23,16 +24,22 @@ public:
     /// Positions are parts of the box's edges, not lengths.
     void placeInto(ParticleBox const& box) { this->box = box; }
 
-    /// Told about the bytes of the text; may be empty.
-    void tell(ParticleProgress const& progress) { this->progress = progress; }
+    /// A row that begins with this mark and is not a row of this table begins the next one: its damage is reported as
+    /// missing rows. Empty: no mark.
+    void endAt(std::string_view mark) { this->mark = mark; }
+
+    /// Called with the bytes of the text; may be empty.
+    void report(Progress const& progress) { this->progress = progress; }
 
     /// Reads `count` rows, or all to the end, and sorts them. Memory is taken for no more rows than the text can hold,
     /// whatever `count` says. After damage the frame is of no use.
     std::optional<TextDamage> read(TextLines& lines, std::optional<std::uint64_t> const& count,
                                    ParticleFrame& frame);
 
-    /// The line of the last damage, as it stands in the text.
-    std::string_view damagedLine() const { return line; }
+    /// Steps over `count` rows without looking at their values.
+    /// \return false, and the lines stay where they are, where only reading the rows tells whether they are complete:
+    ///         the text ends before them or within the last one, or a row begins with the mark.
+    bool skip(TextLines& lines, std::uint64_t count) const;
 
 private:
     void _findTexts();
@@ -43,7 +50,8 @@ private:
     std::vector<TableColumn> columns;
     char separator;
     std::optional<ParticleBox> box;
-    ParticleProgress progress;
+    std::string_view mark;
+    Progress progress;
     std::string_view line;  // being read
     std::string reason;     // of the line's damage
 };

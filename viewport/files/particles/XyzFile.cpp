@@ -1,7 +1,6 @@
 #include "viewport/files/particles/XyzFile.h"
 
-#include "viewport/files/particles/FrameLoop.h"
-#include "viewport/files/particles/TableRows.h"
+#include "viewport/files/particles/FrameIndex.h"
 #include "viewport/text/Words.h"
 #include "viewport/text/lower_case.h"
 #include "viewport/text/numbers.h"
@@ -143,86 +142,72 @@ bool readLattice(std::string_view text, ParticleBox& box) {
     return takeWord(text).empty();
 }
 
-class XyzReader {
-public:
-    XyzReader(std::string_view text, ParticleProgress const& progress) : lines(text), progress(progress) {}
-
-    Result<ParticleFrames> read() {
-        return readFrames(lines, [this](ParticleFrame& frame) { return _readFrame(frame); });
-    }
-
-private:
-    Damage _readFrame(ParticleFrame& frame) {
-        std::string_view line = lines.take();
-        std::string_view const word = takeWord(line);
-        std::optional<std::uint64_t> const count = toCount(word);
-        if (!count || !takeWord(line).empty()) {
-            return lines.damage(quoted(word) + " is not a number of particles");
-        }
-        if (lines.isAtEnd()) {
-            return TextDamage{lines.number(), "the line of comment is missing", true};
-        }
-        std::string_view const comment = lines.take();
-        std::vector<TableColumn> columns;
-        if (Damage damage = _readComment(comment, frame, columns)) {
-            return damage;
-        }
-        if (columns.empty()) {
-            TextLines ahead = lines;
-            columns = plainColumns(*count > 0 ? ahead.take() : std::string_view());
-        }
-        TableRows rows(columns, ' ');
-        rows.tell(progress);
-        return rows.read(lines, *count, frame);
-    }
-
-    Damage _readComment(std::string_view comment, ParticleFrame& frame,
-                        std::vector<TableColumn>& columns) const {
-        std::optional<Vector3<double>> origin;
-        for (Setting const& setting : settingsOf(comment)) {
-            if (setting.key == "properties") {
-                std::optional<std::vector<TableColumn>> const named = columnsOf(setting.value);
-                if (!named) {
-                    return lines.damage("the properties " + quoted(setting.value) +
-                                        " are not understood or lack pos:R:3");
-                }
-                columns = *named;
-            } else if (setting.key == "lattice") {
-                ParticleBox box;
-                if (!readLattice(setting.value, box)) {
-                    return lines.damage("the lattice " + quoted(setting.value) + " is not nine numbers");
-                }
-                frame.box = box;
-            } else if (setting.key == "origin") {
-                std::string_view numbers = setting.value;
-                std::optional<double> const x = toDataNumber(takeWord(numbers));
-                std::optional<double> const y = toDataNumber(takeWord(numbers));
-                std::optional<double> const z = toDataNumber(takeWord(numbers));
-                if (!x || !y || !z) {
-                    return lines.damage("the origin " + quoted(setting.value) + " is not three numbers");
-                }
-                origin = Vector3<double>{*x, *y, *z};
-            } else if (setting.key == "timestep" || setting.key == "step") {
-                // A comment is free text: a step that is not a number is not damage.
-                frame.timestep = toSignedInteger(setting.value).value_or(frame.timestep);
-            } else if (setting.key == "time") {
-                frame.time = toDataNumber(setting.value);
+Damage readComment(TextLines const& lines, std::string_view comment, FrameHead& head) {
+    ParticleFrame& frame = head.frame;
+    std::optional<Vector3<double>> origin;
+    for (Setting const& setting : settingsOf(comment)) {
+        if (setting.key == "properties") {
+            std::optional<std::vector<TableColumn>> const named = columnsOf(setting.value);
+            if (!named) {
+                return lines.damage("the properties " + quoted(setting.value) +
+                                    " are not understood or lack pos:R:3");
             }
+            head.columns = *named;
+        } else if (setting.key == "lattice") {
+            ParticleBox box;
+            if (!readLattice(setting.value, box)) {
+                return lines.damage("the lattice " + quoted(setting.value) + " is not nine numbers");
+            }
+            frame.box = box;
+        } else if (setting.key == "origin") {
+            std::string_view numbers = setting.value;
+            std::optional<double> const x = toDataNumber(takeWord(numbers));
+            std::optional<double> const y = toDataNumber(takeWord(numbers));
+            std::optional<double> const z = toDataNumber(takeWord(numbers));
+            if (!x || !y || !z) {
+                return lines.damage("the origin " + quoted(setting.value) + " is not three numbers");
+            }
+            origin = Vector3<double>{*x, *y, *z};
+        } else if (setting.key == "timestep" || setting.key == "step") {
+            // A comment is free text: a step that is not a number is not damage.
+            frame.timestep = toSignedInteger(setting.value).value_or(frame.timestep);
+        } else if (setting.key == "time") {
+            frame.time = toDataNumber(setting.value);
         }
-        if (frame.box && origin) {
-            frame.box->origin = *origin;
-        }
-        return std::nullopt;
     }
+    if (frame.box && origin) {
+        frame.box->origin = *origin;
+    }
+    return std::nullopt;
+}
 
-    TextLines lines;
-    ParticleProgress const& progress;
-};
+Damage readHead(TextLines& lines, FrameHead& head) {
+    std::string_view line = lines.take();
+    std::string_view const word = takeWord(line);
+    std::optional<std::uint64_t> const count = toCount(word);
+    if (!count || !takeWord(line).empty()) {
+        return lines.damage(quoted(word) + " is not a number of particles");
+    }
+    head.count = *count;
+    if (lines.isAtEnd()) {
+        return TextDamage{lines.number(), "the line of comment is missing", true};
+    }
+    std::string_view const comment = lines.take();
+    if (Damage damage = readComment(lines, comment, head)) {
+        return damage;
+    }
+    if (head.columns.empty()) {
+        TextLines ahead = lines;
+        head.columns = plainColumns(head.count > 0 ? ahead.take() : std::string_view());
+    }
+    return std::nullopt;
+}
 
 }  // namespace
 
-Result<ParticleFrames> readXyz(std::string_view text, ParticleProgress const& progress) {
-    return XyzReader(text, progress).read();
+Result<LoadedFrame> readXyz(std::string_view text, std::optional<std::size_t> frame,
+                            Progress const& progress) {
+    return readFrame(text, frame, readHead, progress);
 }
 
 }  // namespace vellum::viewport

@@ -1,8 +1,11 @@
 #pragma once
 
-#include "viewport/files/particles/ParticleFrames.h"
+#include "viewport/files/common/Progress.h"
+#include "viewport/files/particles/ParticleFrame.h"
 #include "viewport/text/Fault.h"
 
+#include <cstddef>
+#include <optional>
 #include <string_view>
 
 namespace vellum::viewport {
@@ -17,7 +20,9 @@ namespace vellum::viewport {
 ///
 /// The time step is what the comment says behind "Timestep" or "step", the time what it says behind "Time".
 /// A file that is cut off gives its complete frames and a warning; all other damage is a fault, without a file.
+/// \param frame counted from 0; nothing: the last complete one. See readFrame().
 /// \param progress may be empty.
-Result<ParticleFrames> readXyz(std::string_view text, ParticleProgress const& progress);
+Result<LoadedFrame> readXyz(std::string_view text, std::optional<std::size_t> frame,
+                            Progress const& progress);
 
 }  // namespace vellum::viewport

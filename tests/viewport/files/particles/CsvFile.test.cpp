@@ -18,9 +18,9 @@ using Point = Vector3<float>;
 std::string const table = "id,x,y,z,mass,name\n2,1,2,3,0.5,\"a, b\"\n1,-4,5.5,6e1,,plain\n";
 
 ParticleFrame frameOf(std::string const& text) {
-    Result<ParticleFrames> const result = readCsv(text, nobody);
+    Result<LoadedFrame> const result = readCsv(text, nobody);
     EXPECT_EQ(faultOf(result), "");
-    return result.isOk() ? result.value().frames.at(0) : ParticleFrame();
+    return result.isOk() ? result.value().frame : ParticleFrame();
 }
 
 std::string faultIn(std::string const& text) {
@@ -80,16 +80,16 @@ TEST(CsvFile, damageIsReportedWithItsLineAndReason) {
 }
 
 TEST(CsvFile, theLastLineWithoutAnEndIsReadWithAWarning) {
-    Result<ParticleFrames> const result = readCsv("x,y,z\n1,2,3\n4,5,67", nobody);
+    Result<LoadedFrame> const result = readCsv("x,y,z\n1,2,3\n4,5,67", nobody);
     ASSERT_TRUE(result.isOk());
-    EXPECT_THAT(result.value().frames[0].positions, ElementsAre(Point{1, 2, 3}, Point{4, 5, 67}));
+    EXPECT_THAT(result.value().frame.positions, ElementsAre(Point{1, 2, 3}, Point{4, 5, 67}));
     EXPECT_EQ(result.value().warning, "line 3: the last line has no end, its last value may be cut off");
 }
 
 TEST(CsvFile, everyCutIsAFaultAWarningOrARowLess) {
     for (std::size_t size = 0; size < table.size(); ++size) {
         std::vector<char> const bytes(table.begin(), table.begin() + static_cast<std::ptrdiff_t>(size));
-        Result<ParticleFrames> const result = readCsv({bytes.data(), bytes.size()}, nobody);
+        Result<LoadedFrame> const result = readCsv({bytes.data(), bytes.size()}, nobody);
         bool const isBetweenLines = size > 0 && bytes[size - 1] == '\n';
         EXPECT_EQ(result.isOk() && result.value().warning.empty(), isBetweenLines) << size;
     }

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cmath>
 
 using namespace vellum;
@@ -23,23 +24,24 @@ std::string frameOf(std::string const& atoms, std::string const& count, std::str
 }
 
 std::string faultIn(std::string const& text) {
-    return faultOf(readLammpsDump(text, nobody));
+    return faultOf(readLammpsDump(text, std::nullopt, nobody));
 }
 
 ParticleFrame onlyFrame(std::string const& text) {
-    Result<ParticleFrames> const result = readLammpsDump(text, nobody);
+    Result<LoadedFrame> const result = readLammpsDump(text, std::nullopt, nobody);
     EXPECT_EQ(faultOf(result), "");
-    return result.isOk() && result.value().frames.size() == 1 ? result.value().frames[0] : ParticleFrame();
+    return result.isOk() && result.value().count == 1 ? result.value().frame : ParticleFrame();
 }
 
 }  // namespace
 
 TEST(LammpsDump, columnsAreFoundByTheirNamesAndParticlesSortedByTheirIds) {
-    Result<ParticleFrames> const result = readLammpsDump(dump, nobody);
+    Result<LoadedFrame> const result = readLammpsDump(dump, 0, nobody);
     ASSERT_EQ(faultOf(result), "");
     EXPECT_EQ(result.value().warning, "");
-    ASSERT_EQ(result.value().frames.size(), 2U);
-    ParticleFrame const& frame = result.value().frames[0];
+    EXPECT_EQ(result.value().count, 2U);
+    EXPECT_EQ(result.value().number, 0U);
+    ParticleFrame const& frame = result.value().frame;
     EXPECT_EQ(frame.timestep, 100);
     EXPECT_EQ(frame.time, 0.5);
     EXPECT_THAT(frame.positions,
@@ -57,9 +59,10 @@ TEST(LammpsDump, columnsAreFoundByTheirNamesAndParticlesSortedByTheirIds) {
 }
 
 TEST(LammpsDump, scaledPositionsArePutIntoTheTiltedBox) {
-    Result<ParticleFrames> const result = readLammpsDump(dump, nobody);
-    ASSERT_TRUE(result.isOk());
-    ParticleFrame const& frame = result.value().frames[1];
+    Result<LoadedFrame> const result = readLammpsDump(dump, std::nullopt, nobody);
+    ASSERT_EQ(faultOf(result), "");
+    EXPECT_EQ(result.value().number, 1U);
+    ParticleFrame const& frame = result.value().frame;
     // xy = 2, xz = -1, yz = 3: the upright box around it begins 1 further left and ends 2 further right, and
     // ends 3 further back.
     ASSERT_TRUE(frame.box);
@@ -127,12 +130,11 @@ TEST(LammpsDump, blanksTabulatorsAndEmptyLinesDoNotMatter) {
 }
 
 TEST(LammpsDump, framesMayHaveNoParticles) {
-    Result<ParticleFrames> const result =
-        readLammpsDump(frameOf("", "0", "id x y z vx vy vz") + frameOf("1 2 3 4\n", "1", "id x y z"), nobody);
-    ASSERT_EQ(faultOf(result), "");
-    ASSERT_EQ(result.value().frames.size(), 2U);
-    EXPECT_TRUE(result.value().frames[0].positions.empty());
-    EXPECT_EQ(result.value().frames[1].positions.size(), 1U);
+    std::vector<ParticleFrame> const frames = framesOf(
+        readLammpsDump, frameOf("", "0", "id x y z vx vy vz") + frameOf("1 2 3 4\n", "1", "id x y z"));
+    ASSERT_EQ(frames.size(), 2U);
+    EXPECT_TRUE(frames[0].positions.empty());
+    EXPECT_EQ(frames[1].positions.size(), 1U);
 }
 
 TEST(LammpsDump, damageIsReportedWithItsLineAndReason) {
@@ -177,22 +179,22 @@ TEST(LammpsDump, countsBeyondTheFileTakeNoMemory) {
 
 TEST(LammpsDump, ofADumpCutOffTheCompleteFramesAreGiven) {
     std::size_t const second = dump.find("ITEM: TIMESTEP\n200");
-    ParticleFrame const whole = readLammpsDump(dump, nobody).value().frames[0];
+    ParticleFrame const whole = readLammpsDump(dump, 0, nobody).value().frame;
     for (std::size_t size = 0; size < dump.size(); ++size) {
         // A copy of exactly this size, so that a memory checker sees every byte read behind the end.
         std::vector<char> const bytes(dump.begin(), dump.begin() + static_cast<std::ptrdiff_t>(size));
-        Result<ParticleFrames> const result = readLammpsDump({bytes.data(), bytes.size()}, nobody);
+        Result<LoadedFrame> const result = readLammpsDump({bytes.data(), bytes.size()}, 0, nobody);
         if (size + 1 < second) {
             EXPECT_FALSE(result.isOk() && result.value().warning.empty()) << size;
             continue;
         }
         ASSERT_TRUE(result.isOk()) << size << ' ' << faultOf(result);
-        EXPECT_EQ(result.value().frames[0].positions, whole.positions);
-        EXPECT_EQ(result.value().frames[0].channels[2].values, whole.channels[2].values);
+        EXPECT_EQ(result.value().frame.positions, whole.positions);
+        EXPECT_EQ(result.value().frame.channels[2].values, whole.channels[2].values);
         EXPECT_EQ(result.value().warning.empty(), size == second) << size;
-        EXPECT_EQ(result.value().frames.size(), size < dump.size() - 1 ? 1U : 2U) << size;
+        EXPECT_EQ(result.value().count, size < dump.size() - 1 ? 1U : 2U) << size;
     }
-    EXPECT_EQ(readLammpsDump(dump.substr(0, dump.size() - 6), nobody).value().warning,
+    EXPECT_EQ(readLammpsDump(dump.substr(0, dump.size() - 6), std::nullopt, nobody).value().warning,
               "line 27: has 1 of 4 values; the file is cut off in frame 2, which is left out");
 }
 
@@ -201,8 +203,8 @@ TEST(LammpsDump, everySingleByteMayBeWrong) {
         for (char const& wrong : {'\0', '\n', ' ', '9', '-', '\xFF'}) {
             std::string damaged = dump;
             damaged[place] = wrong;
-            Result<ParticleFrames> const result = readLammpsDump(damaged, nobody);
-            EXPECT_TRUE(result.isOk() ? !result.value().frames.empty() : !result.fault().message.empty());
+            Result<LoadedFrame> const result = readLammpsDump(damaged, std::nullopt, nobody);
+            EXPECT_TRUE(result.isOk() ? result.value().count > 0 : !result.fault().message.empty());
         }
     }
 }
@@ -214,12 +216,94 @@ TEST(LammpsDump, progressGoesFromTheFirstToTheLastByte) {
     }
     std::string const text = frameOf(atoms, "10000", "x y z");
     std::vector<std::uint64_t> told;
-    ParticleProgress const listener = [&](std::uint64_t const& done, std::uint64_t const& all) {
+    Progress const listener = [&](std::uint64_t const& done, std::uint64_t const& all) {
         EXPECT_EQ(all, text.size());
         told.push_back(done);
     };
-    ASSERT_TRUE(readLammpsDump(text, listener).isOk());
+    ASSERT_TRUE(readLammpsDump(text, std::nullopt, listener).isOk());
     EXPECT_GE(told.size(), 3U);
     EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
     EXPECT_LE(told.back(), text.size());
+}
+
+// == One frame of several ==
+
+TEST(LammpsDump, theFrameThatIsAskedForIsRead) {
+    std::string text;
+    for (char const* const atom : {"1 0 0\n", "2 0 0\n", "3 0 0\n", "4 0 0\n"}) {
+        text += frameOf(atom, "1", "x y z");
+    }
+    std::vector<ParticleFrame> const frames = framesOf(readLammpsDump, text);
+    ASSERT_EQ(frames.size(), 4U);
+    for (std::size_t number = 0; number < 4; ++number) {
+        EXPECT_THAT(frames[number].positions, ElementsAre(Point{static_cast<float>(number + 1), 0, 0}));
+    }
+    EXPECT_EQ(readLammpsDump(text, std::nullopt, nobody).value().frame.positions[0].x, 4);
+    Result<LoadedFrame> const behind = readLammpsDump(text, 4, nobody);
+    ASSERT_EQ(faultOf(behind), "");
+    EXPECT_EQ(behind.value().count, 4U);
+    EXPECT_TRUE(behind.value().frame.positions.empty());
+}
+
+TEST(LammpsDump, aSmallLastFrameIsReadAfterALargeOne) {
+    std::string atoms;
+    for (int i = 0; i < 100; ++i) {
+        atoms += std::to_string(i) + " 2 3\n";
+    }
+    // The large frame leaves too little text for another one of its size and is taken for the last one at first.
+    std::string const text = frameOf(atoms, "100", "x y z") + frameOf("7 8 9\n", "1", "x y z");
+    std::vector<ParticleFrame> const frames = framesOf(readLammpsDump, text);
+    ASSERT_EQ(frames.size(), 2U);
+    EXPECT_EQ(frames[0].positions.size(), 100U);
+    Result<LoadedFrame> const last = readLammpsDump(text, std::nullopt, nobody);
+    EXPECT_THAT(last.value().frame.positions, ElementsAre(Point{7, 8, 9}));
+}
+
+TEST(LammpsDump, onlyTheFrameThatIsShownMustHoldNumbers) {
+    std::string const good = frameOf("1 2 3\n", "1", "x y z");
+    std::string const bad = frameOf("1 two 3\n", "1", "x y z");
+    for (std::string const& text : {bad + good, bad + good + good, good + bad + good}) {
+        EXPECT_EQ(faultIn(text), "");
+    }
+    EXPECT_EQ(faultOf(readLammpsDump(good + bad + good, 1, nobody)),
+              "line 20: 'two' in column 'y' is not a number");
+    EXPECT_EQ(faultOf(readLammpsDump(good + bad + good, 0, nobody)), "");
+    EXPECT_EQ(faultIn(good + bad), "line 20: 'two' in column 'y' is not a number");
+}
+
+TEST(LammpsDump, headsAndCountsOfAllFramesAreChecked) {
+    std::string const good = frameOf("1 2 3\n", "1", "x y z");
+    for (std::size_t number = 0; number < 3; ++number) {
+        EXPECT_EQ(faultOf(readLammpsDump(good + frameOf("1 2 3\n", "2", "x y z") + good, number, nobody)),
+                  "line 21: the frame has fewer than the 2 atoms that it declares");
+        EXPECT_EQ(
+            faultOf(readLammpsDump(good + frameOf("1 2 3\n4 5 6\n", "1", "x y z") + good, number, nobody)),
+            "line 21: 'ITEM:' is expected in place of '4 5 6'");
+        EXPECT_EQ(faultOf(readLammpsDump(good + frameOf("", "some", "x y z") + good, number, nobody)),
+                  "line 14: 'some' is not a number of atoms");
+    }
+}
+
+TEST(LammpsDump, anElementMayBeNamedAsTheMarkOfAnItem) {
+    std::string const text = frameOf("ITEM: 1 2 3\n", "1", "element x y z");
+    EXPECT_EQ(framesOf(readLammpsDump, text + text).size(), 2U);
+}
+
+TEST(LammpsDump, progressNeverGoesBack) {
+    std::string atoms;
+    for (int i = 0; i < 20000; ++i) {
+        atoms += "1 2 3\n";
+    }
+    std::string const large = frameOf(atoms, "20000", "x y z");
+    std::string const bad = frameOf(atoms + "1 2 x\n", "20001", "x y z");
+    std::string const small = frameOf("1 2 3\n", "1", "x y z");
+    for (std::string const& text : {large + large, large + small, bad + small, large + large + large}) {
+        for (std::optional<std::size_t> const& number : {std::optional<std::size_t>(), {1}}) {
+            std::vector<std::uint64_t> told;
+            Progress const listener = [&](std::uint64_t done, std::uint64_t) { told.push_back(done); };
+            EXPECT_EQ(faultOf(readLammpsDump(text, number, listener)), "");
+            EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
+            EXPECT_GE(told.size(), 4U);
+        }
+    }
 }

@@ -59,9 +59,9 @@ TEST(ParticleFile, theContentTellsTheFormat) {
             Result<ParticleFormat> const format = file.format();
             ASSERT_TRUE(format.isOk());
             EXPECT_EQ(format.value(), row.format);
-            Result<ParticleFrames> const frames = file.load(nobody);
+            Result<LoadedFrame> const frames = file.load(std::nullopt, nobody);
             ASSERT_EQ(faultOf(frames), "");
-            EXPECT_GE(frames.value().frames.at(0).positions.size(), 1U);
+            EXPECT_GE(frames.value().frame.positions.size(), 1U);
             EXPECT_EQ(frames.value().warning, "");
         }
     }
@@ -74,22 +74,39 @@ TEST(ParticleFile, everythingElseIsAFaultWithTheFilesName) {
           std::string(1000, '\0'), gzip(mesh_texts::triangleObj), gzip("")}) {
         ParticleFile const file(folder.write("some.dat", content));
         EXPECT_FALSE(file.format().isOk());
-        Result<ParticleFrames> const frames = file.load(nobody);
+        Result<LoadedFrame> const frames = file.load(std::nullopt, nobody);
         ASSERT_FALSE(frames.isOk());
         EXPECT_EQ(frames.fault().file, folder.file("some.dat"));
         EXPECT_NE(frames.fault().message, "");
     }
-    EXPECT_THAT(faultOf(ParticleFile(folder.file("none")).load(nobody)), HasSubstr("cannot be opened"));
-    EXPECT_EQ(faultOf(ParticleFile(folder.file("")).load(nobody)), "is a folder, not a file");
-    EXPECT_EQ(faultOf(ParticleFile("/dev/null").load(nobody)), "is not a regular file");
-    EXPECT_EQ(faultOf(ParticleFile(folder.write("empty", "")).load(nobody)), "the file is empty");
+    EXPECT_THAT(faultOf(ParticleFile(folder.file("none")).load(std::nullopt, nobody)),
+                HasSubstr("cannot be opened"));
+    EXPECT_EQ(faultOf(ParticleFile(folder.file("")).load(std::nullopt, nobody)), "is a folder, not a file");
+    EXPECT_EQ(faultOf(ParticleFile("/dev/null").load(std::nullopt, nobody)), "is not a regular file");
+    EXPECT_EQ(faultOf(ParticleFile(folder.write("empty", "")).load(std::nullopt, nobody)),
+              "the file is empty");
     EXPECT_FALSE(ParticleFile(folder.file("empty")).format().isOk());
+}
+
+TEST(ParticleFile, aFrameBehindTheLastOneIsAFault) {
+    TemporaryFolder const folder;
+    std::string const path = folder.write("melt.dump", dump);
+    EXPECT_EQ(ParticleFile(path).load(1, nobody).value().frame.file, path);
+    EXPECT_EQ(ParticleFile(path).load(2, nobody).fault().line(),
+              path + ": has no frame 2; its last one is 1");
+    EXPECT_EQ(faultOf(ParticleFile(folder.write("one.csv", "x,y,z\n1,2,3\n")).load(1, nobody)),
+              "has no frame 1; its last one is 0");
+    EXPECT_EQ(
+        faultOf(ParticleFile(folder.write("cut", dump.substr(0, dump.size() - 6))).load(1, nobody)),
+        "has no frame 1; its last one is 0 (line 27: has 1 of 4 values; the file is cut off in frame 2, "
+        "which is left out)");
 }
 
 TEST(ParticleFile, damageHasFileLineAndReason) {
     TemporaryFolder const folder;
     std::string const path = folder.write("melt.dump", "ITEM: TIMESTEP\nnow\n");
-    EXPECT_EQ(ParticleFile(path).load(nobody).fault().line(), path + ": line 2: 'now' is not a time step");
+    EXPECT_EQ(ParticleFile(path).load(std::nullopt, nobody).fault().line(),
+              path + ": line 2: 'now' is not a time step");
 }
 
 TEST(ParticleFile, compressedFilesGiveWhatTheirTextsGive) {
@@ -98,15 +115,15 @@ TEST(ParticleFile, compressedFilesGiveWhatTheirTextsGive) {
     std::vector<std::uint64_t> told;
     std::uint64_t all = 0;
     std::string const path = folder.write("large.gz", gzip(text));
-    Result<ParticleFrames> const result =
-        ParticleFile(path).load([&](std::uint64_t const& done, std::uint64_t const& inAll) {
+    Result<LoadedFrame> const result =
+        ParticleFile(path).load(std::nullopt, [&](std::uint64_t const& done, std::uint64_t const& inAll) {
             told.push_back(done);
             all = inAll;
         });
     ASSERT_EQ(faultOf(result), "");
-    Result<ParticleFrames> const plain = ParticleFile(folder.write("large", text)).load(nobody);
+    Result<LoadedFrame> const plain = ParticleFile(folder.write("large", text)).load(std::nullopt, nobody);
     ASSERT_EQ(faultOf(plain), "");
-    EXPECT_EQ(result.value().frames.at(0).positions, plain.value().frames.at(0).positions);
+    EXPECT_EQ(result.value().frame.positions, plain.value().frame.positions);
     EXPECT_EQ(all, 2 * folder.read("large.gz").size());
     EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
     EXPECT_LE(told.back(), all);
@@ -118,9 +135,9 @@ TEST(ParticleFile, membersFollowOneAnother) {
     std::size_t const half = dump.size() / 2;
     std::string const path =
         folder.write("two.gz", gzip(dump.substr(0, half)) + gzip(dump.substr(half)) + std::string(100, '\0'));
-    Result<ParticleFrames> const result = ParticleFile(path).load(nobody);
+    Result<LoadedFrame> const result = ParticleFile(path).load(std::nullopt, nobody);
     ASSERT_EQ(faultOf(result), "");
-    EXPECT_EQ(result.value().frames.size(), 2U);
+    EXPECT_EQ(result.value().count, 2U);
     EXPECT_EQ(result.value().warning, "");
 }
 
@@ -129,11 +146,11 @@ TEST(ParticleFile, ofCompressedDataCutOffTheCompleteFramesAreGiven) {
     std::string const whole = gzip(dump);
     bool hadOneFrame = false;
     for (std::size_t size = 1; size < whole.size(); ++size) {
-        Result<ParticleFrames> const result =
-            ParticleFile(folder.write("cut.gz", whole.substr(0, size))).load(nobody);
+        Result<LoadedFrame> const result =
+            ParticleFile(folder.write("cut.gz", whole.substr(0, size))).load(std::nullopt, nobody);
         if (result.isOk()) {
             EXPECT_THAT(result.value().warning, HasSubstr("the compressed data are cut off")) << size;
-            hadOneFrame = hadOneFrame || result.value().frames.size() == 1;
+            hadOneFrame = hadOneFrame || result.value().count == 1;
         } else {
             EXPECT_NE(result.fault().message, "");
         }
@@ -147,11 +164,12 @@ TEST(ParticleFile, compressedDataWithAWrongBitAreAFault) {
     for (std::size_t place = 10; place < whole.size(); ++place) {
         std::string damaged = whole;
         damaged[place] = static_cast<char>(damaged[place] ^ 0x10);
-        Result<ParticleFrames> const result = ParticleFile(folder.write("bad.gz", damaged)).load(nobody);
+        Result<LoadedFrame> const result =
+            ParticleFile(folder.write("bad.gz", damaged)).load(std::nullopt, nobody);
         EXPECT_FALSE(result.isOk() && result.value().warning.empty()) << place;
     }
     std::string checksum = whole;
     checksum[whole.size() - 8] = static_cast<char>(checksum[whole.size() - 8] ^ 1);
-    EXPECT_EQ(faultOf(ParticleFile(folder.write("sum.gz", checksum)).load(nobody)),
+    EXPECT_EQ(faultOf(ParticleFile(folder.write("sum.gz", checksum)).load(std::nullopt, nobody)),
               "the compressed data are damaged: incorrect data check");
 }

@@ -65,10 +65,10 @@ std::string faultIn(std::string const& bytes) {
 
 TEST(PlyPoints, textAndBothByteOrdersGiveTheSame) {
     for (std::string const& bytes : {text, binary(false), binary(true)}) {
-        Result<ParticleFrames> const result = readPlyPoints(bytes, nobody);
+        Result<LoadedFrame> const result = readPlyPoints(bytes, nobody);
         ASSERT_EQ(faultOf(result), "");
         EXPECT_EQ(result.value().warning, "");
-        ParticleFrame const& frame = result.value().frames.at(0);
+        ParticleFrame const& frame = result.value().frame;
         EXPECT_THAT(frame.positions, ElementsAre(Point{2.5F, 3, -4}, Point{1.5F, 2, -3}));
         EXPECT_THAT(frame.velocities, ElementsAre(Point{5, 6, 7}, Point{4, 5, 6}));
         ASSERT_EQ(frame.channels.size(), 4U);
@@ -125,7 +125,7 @@ TEST(PlyPoints, everyCutIsNoticed) {
     for (std::string const& whole : {text, binary(false), binary(true)}) {
         for (std::size_t size = 0; size < whole.size(); ++size) {
             std::vector<char> const bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
-            Result<ParticleFrames> const result = readPlyPoints({bytes.data(), bytes.size()}, nobody);
+            Result<LoadedFrame> const result = readPlyPoints({bytes.data(), bytes.size()}, nobody);
             EXPECT_FALSE(result.isOk() && result.value().warning.empty()) << size;
         }
     }

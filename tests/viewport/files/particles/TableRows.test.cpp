@@ -1,6 +1,6 @@
 #include "viewport/files/particles/TableRows.h"
 
-#include "viewport/files/particles/ParticleFrames.h"
+#include "viewport/files/particles/ParticleFrame.h"
 
 #include <gmock/gmock.h>
 

@@ -21,13 +21,11 @@ std::string const extended =
     "Ne 4 5 6 0.4 0.5 0.6 7 -4 -5 -6 7 8 F\n";
 
 std::string faultIn(std::string const& text) {
-    return faultOf(readXyz(text, nobody));
+    return faultOf(readXyz(text, std::nullopt, nobody));
 }
 
 std::vector<ParticleFrame> framesOf(std::string const& text) {
-    Result<ParticleFrames> const result = readXyz(text, nobody);
-    EXPECT_EQ(faultOf(result), "");
-    return result.isOk() ? result.value().frames : std::vector<ParticleFrame>(9);
+    return viewport::framesOf(readXyz, text);
 }
 
 }  // namespace
@@ -104,14 +102,32 @@ TEST(XyzFile, ofAFileCutOffTheCompleteFramesAreGiven) {
     std::vector<Point> const whole = framesOf(extended)[0].positions;
     for (std::size_t size = 0; size < text.size(); ++size) {
         std::vector<char> const bytes(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(size));
-        Result<ParticleFrames> const result = readXyz({bytes.data(), bytes.size()}, nobody);
+        Result<LoadedFrame> const result = readXyz({bytes.data(), bytes.size()}, 0, nobody);
         if (size + 1 < extended.size()) {
             EXPECT_FALSE(result.isOk() && result.value().warning.empty()) << size;
             continue;
         }
         ASSERT_TRUE(result.isOk()) << size << ' ' << faultOf(result);
-        EXPECT_EQ(result.value().frames[0].positions, whole);
+        EXPECT_EQ(result.value().frame.positions, whole);
         EXPECT_EQ(result.value().warning.empty(), size == extended.size()) << size;
-        EXPECT_EQ(result.value().frames.size(), size < text.size() - 1 ? 1U : 2U) << size;
+        EXPECT_EQ(result.value().count, size < text.size() - 1 ? 1U : 2U) << size;
+    }
+}
+
+TEST(XyzFile, onlyTheFrameThatIsShownMustHoldNumbers) {
+    std::string const text = "1\n\nH 1 2 x\n1\n\nH 4 5 6\n1\n\nH 7 8 9\n";
+    Result<LoadedFrame> const last = readXyz(text, std::nullopt, nobody);
+    ASSERT_EQ(faultOf(last), "");
+    EXPECT_EQ(last.value().count, 3U);
+    EXPECT_THAT(last.value().frame.positions, ElementsAre(Point{7, 8, 9}));
+    EXPECT_EQ(faultOf(readXyz(text, 0, nobody)), "line 3: 'x' in column 'z' is not a number");
+}
+
+TEST(XyzFile, aWrongCountIsReportedInItsOwnFrame) {
+    std::string const frame = "1\n\nH 1 2 3\n";
+    std::string const tooFew = "2\n\nH 1 2 3\n";
+    for (std::optional<std::size_t> const& number : {std::optional<std::size_t>(), {0}, {1}, {2}}) {
+        EXPECT_EQ(faultOf(readXyz(frame + tooFew + frame + frame, number, nobody)),
+                  "line 7: has 1 of 4 values");
     }
 }

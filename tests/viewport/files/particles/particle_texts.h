@@ -1,10 +1,16 @@
 #pragma once
 
-#include "viewport/files/particles/ParticleFrames.h"
+#include "viewport/files/common/Progress.h"
+#include "viewport/files/particles/ParticleFrame.h"
 #include "viewport/text/Fault.h"
 
+#include <gtest/gtest.h>
+
+#include <optional>
 #include <ostream>
 #include <string>
+#include <string_view>
+#include <vector>
 
 /// Small particle files, written out by the tests.
 namespace particle_texts {
@@ -22,7 +28,7 @@ inline std::string const dump = "ITEM: UNITS\nlj\nITEM: TIME\n0.5\nITEM: TIMESTE
                                 "9 0.5 0.5 0.5\n"
                                 "4 0 0 1\n";
 
-inline vellum::viewport::ParticleProgress const nobody;
+inline vellum::viewport::Progress const nobody;
 
 }  // namespace particle_texts
 
@@ -41,8 +47,24 @@ inline void PrintTo(Vector3<float> const& vector, std::ostream* const stream) {
 namespace viewport {
 
 /// The message of the fault, or an empty one.
-inline std::string faultOf(Result<ParticleFrames> const& result) {
+inline std::string faultOf(Result<LoadedFrame> const& result) {
     return result.isOk() ? std::string() : result.fault().message;
+}
+
+/// All frames of a text, read one by one.
+template <class Reader>
+std::vector<ParticleFrame> framesOf(Reader const& read, std::string_view text) {
+    std::vector<ParticleFrame> frames;
+    Result<LoadedFrame> const last = read(text, std::nullopt, Progress());
+    EXPECT_EQ(faultOf(last), "");
+    for (std::size_t number = 0; last.isOk() && number < last.value().count; ++number) {
+        Result<LoadedFrame> const loaded = read(text, number, Progress());
+        EXPECT_EQ(faultOf(loaded), "") << number;
+        EXPECT_EQ(loaded.value().number, number);
+        EXPECT_EQ(loaded.value().count, last.value().count);
+        frames.push_back(loaded.value().frame);
+    }
+    return frames;
 }
 
 }  // namespace viewport

@@ -1,4 +1,4 @@
-#include "viewport/files/particles/ParticleFrames.h"
+#include "viewport/files/particles/ParticleFrame.h"
 
 #include <algorithm>
 #include <cstddef>

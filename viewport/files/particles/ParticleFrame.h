@@ -2,8 +2,8 @@
 
 #include "foundation/geometry/Vector3.h"
 
+#include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,11 +23,12 @@ struct ParticleChannel {
     std::vector<float> values;
 };
 
-/// The particles at one time.
+/// The particles at one time, as the file has them.
 ///
-/// A plain value. All lists that are not empty are of the same length. Numbers stand as the file has them: some may
-/// be infinite or not a number, and particles may lie outside the box.
+/// A plain value. All lists that are not empty have the same length. Numbers are those of the file: some may be infinite
+/// or NaN, and particles may lie outside the box. What is drawn of a frame is a ParticleCloud.
 struct ParticleFrame {
+    std::string file;            ///< as the user named it
     std::int64_t timestep = 0;   ///< as the file says, else the frame's number from 0
     std::optional<double> time;  ///< in the file's units
     std::optional<ParticleBox> box;
@@ -43,13 +44,12 @@ struct ParticleFrame {
     void sortBy(std::vector<double> const& ids);
 };
 
-/// What a particle file holds, in the order of the file.
-struct ParticleFrames {
-    std::vector<ParticleFrame> frames;  ///< at least one
-    std::string warning;                ///< what was lost of a damaged file, one clause; else empty
+/// One frame of a particle file, and what is known about the others.
+struct LoadedFrame {
+    ParticleFrame frame;
+    std::size_t number = 0;  ///< of the frame, from 0
+    std::size_t count = 1;   ///< of the complete frames in the file
+    std::string warning;     ///< what was lost of a damaged file, one clause; else empty
 };
-
-/// Told now and then how far reading is: the bytes done and the bytes in all.
-using ParticleProgress = std::function<void(std::uint64_t done, std::uint64_t all)>;
 
 }  // namespace vellum::viewport

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "viewport/scene/ParticleCloud.h"
+#include "viewport/scene/ParticleLook.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+/// Small frames and how they are shown.
+namespace vellum::viewport::particle_frames {
+
+/// Particles at 0, 1, 2, ... on the x axis.
+inline ParticleFrame row(std::size_t count) {
+    ParticleFrame frame;
+    frame.file = "folder/row.xyz";
+    for (std::size_t i = 0; i < count; ++i) {
+        frame.positions.push_back({static_cast<float>(i), 0, 0});
+    }
+    return frame;
+}
+
+inline ParticleFrame withChannel(std::string const& name, std::vector<float> const& values) {
+    ParticleFrame frame = row(values.size());
+    frame.channels.push_back({name, values});
+    return frame;
+}
+
+inline ParticleFrame withVelocities(std::vector<Vector3<float>> const& velocities) {
+    ParticleFrame frame = row(velocities.size());
+    frame.velocities = velocities;
+    return frame;
+}
+
+inline ParticleLook look(std::vector<ParticleFrame> const& frames, ParticleOptions const& options = {}) {
+    Result<ParticleLook> result = lookOf(frames, options);
+    EXPECT_TRUE(result.isOk()) << result.fault().line();
+    return result.isOk() ? result.value() : ParticleLook{};
+}
+
+inline ParticleOptions channel(std::string const& name) {
+    ParticleOptions options;
+    options.channel = name;
+    return options;
+}
+
+inline ParticleOptions mode(ParticleMode value) {
+    ParticleOptions options;
+    options.mode = value;
+    return options;
+}
+
+/// A frame with its look and its cloud, which stays in units of the file.
+struct Shown {
+    ParticleLook look;
+    ParticleCloud cloud;
+
+    std::size_t count() const { return cloud.system->size(); }
+    Vector3<float> position(std::size_t i) const { return _vector(ParticleCloud::POSITIONS, i); }
+    Vector3<float> vector(std::size_t i) const { return _vector(ParticleCloud::SHOWN, i); }
+
+    /// Where in the range the renderer sees the particle: 0 at its low end, 1 at its high end.
+    double rate(std::size_t i) const {
+        Vector3<float> const v = vector(i);
+        return (std::hypot(v.x, v.y, v.z) - look.scale->lowMagnitude()) /
+               (look.scale->highMagnitude() - look.scale->lowMagnitude());
+    }
+
+private:
+    Vector3<float> _vector(unsigned int channelId, std::size_t i) const {
+        return cloud.system->firstChunk()->channelData(channelId)->asVectors()[i];
+    }
+};
+
+inline Shown shown(ParticleFrame const& frame, ParticleOptions const& options = {}) {
+    ParticleLook const appearance = look({frame}, options);
+    return {appearance, CloudMaker(frame, appearance).make({0, 0, 0}, 1)};
+}
+
+}  // namespace vellum::viewport::particle_frames

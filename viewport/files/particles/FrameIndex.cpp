@@ -1,0 +1,158 @@
+#include "viewport/files/particles/FrameIndex.h"
+
+#include "viewport/files/particles/TableRows.h"
+
+#include <utility>
+
+namespace vellum::viewport {
+
+namespace {
+
+using Damage = std::optional<TextDamage>;
+
+TableRows rowsOf(FrameHead const& head, Progress const& progress) {
+    TableRows rows(head.columns, ' ');
+    rows.report(progress);
+    rows.endAt(head.nextFrameMark);
+    if (head.isScaled) {
+        rows.placeInto(*head.frame.box);
+    }
+    return rows;
+}
+
+/// Whether too little text follows for another frame of the same size, judged by the first row. The half is for rows
+/// of unlike lengths.
+bool isProbablyLast(TextLines const& rows, std::uint64_t count) {
+    TextLines ahead = rows;
+    double const bytesPerRow = static_cast<double>(ahead.take().size() + 1);
+    return static_cast<double>(rows.left()) < 1.5 * bytesPerRow * static_cast<double>(count);
+}
+
+class FrameSearch {
+public:
+    FrameSearch(std::string_view text, std::optional<std::size_t> wanted, ReadFrameHead const& readHead,
+                Progress const& progress)
+        : lines(text), wanted(wanted), readHead(readHead), progress(progress) {}
+
+    Result<LoadedFrame> run() {
+        for (lines.skipEmpty(); !lines.isAtEnd(); lines.skipEmpty()) {
+            TextLines const start = lines;
+            if (Damage const damage = _passFrame()) {
+                return _stop(*damage);
+            }
+            starts.push_back(start);
+        }
+        return starts.empty() ? Fault{{}, "holds no frame"} : _load(lastLineWarning(lines));
+    }
+
+private:
+    /// Leaves the lines behind the next frame, which may be read on the way.
+    Damage _passFrame() {
+        std::size_t const number = starts.size();
+        FrameHead head = _newHead(number);
+        if (Damage damage = readHead(lines, head)) {
+            return damage;
+        }
+        TableRows rows = rowsOf(head, progress);
+        TextLines const rowsStart = lines;
+        // A frame that is probably shown is read at once, which spares single frames the counting of their rows.
+        bool const isProbablyShown = wanted ? *wanted == number : isProbablyLast(lines, head.count);
+        if (!isProbablyShown && rows.skip(lines, head.count)) {
+            return std::nullopt;
+        }
+        parsed.reset();  // Before the next one takes its memory.
+        Damage damage = rows.read(lines, head.count, head.frame);
+        if (!damage) {
+            parsed = Parsed{number, std::move(head.frame)};
+        } else if (number != wanted) {
+            // It was read on suspicion: whether its values matter is known at the end of the text. Nothing is reported,
+            // since progress must not go back.
+            lines = rowsStart;
+            if (rowsOf(head, {}).skip(lines, head.count)) {
+                return std::nullopt;
+            }
+        }
+        return damage;
+    }
+
+    /// The frames end with damage.
+    Result<LoadedFrame> _stop(TextDamage const& damage) {
+        // A wrong count of rows shows in the next head only: the frame before may be the damaged one.
+        if (!starts.empty()) {
+            if (Damage const earlier = _parse(starts.size() - 1)) {
+                return Fault{{}, earlier->message()};
+            }
+        }
+        if (!damage.isAtEnd) {
+            return Fault{{}, damage.message()};
+        }
+        std::string const message =
+            damage.message() + "; the file is cut off in frame " + std::to_string(starts.size() + 1);
+        return starts.empty() ? Fault{{}, message} : _load(message + ", which is left out");
+    }
+
+    Result<LoadedFrame> _load(std::string const& warning) {
+        LoadedFrame result;
+        result.count = starts.size();
+        result.number = wanted.value_or(starts.size() - 1);
+        result.warning = warning;
+        if (result.number < result.count) {
+            if (Damage const damage = _parse(result.number)) {
+                return Fault{{}, damage->message()};
+            }
+            result.frame = std::move(parsed->frame);
+        }
+        return result;
+    }
+
+    /// Reads a frame that was passed, unless it is the one in memory.
+    Damage _parse(std::size_t number) {
+        if (parsed && parsed->number == number) {
+            return std::nullopt;
+        }
+        parsed.reset();
+        TextLines from = starts[number];
+        FrameHead head = _newHead(number);
+        Damage damage = readHead(from, head);
+        if (!damage) {
+            damage = rowsOf(head, {}).read(from, head.count, head.frame);
+        }
+        if (!damage) {
+            parsed = Parsed{number, std::move(head.frame)};
+        }
+        return damage;
+    }
+
+    static FrameHead _newHead(std::size_t number) {
+        FrameHead head;
+        head.frame.timestep = static_cast<std::int64_t>(number);
+        return head;
+    }
+
+    struct Parsed {
+        std::size_t number;
+        ParticleFrame frame;
+    };
+
+    TextLines lines;
+    std::optional<std::size_t> wanted;
+    ReadFrameHead const& readHead;
+    Progress const& progress;
+    std::vector<TextLines> starts;  // of the complete frames
+    std::optional<Parsed> parsed;   // the frame read last: at most one is in memory
+};
+
+}  // namespace
+
+Result<LoadedFrame> readFrame(std::string_view text, std::optional<std::size_t> wanted,
+                              ReadFrameHead const& readHead, Progress const& progress) {
+    return FrameSearch(text, wanted, readHead, progress).run();
+}
+
+std::string lastLineWarning(TextLines const& lines) {
+    return lines.isEnded() ? std::string()
+                           : "line " + std::to_string(lines.number()) +
+                                 ": the last line has no end, its last value may be cut off";
+}
+
+}  // namespace vellum::viewport

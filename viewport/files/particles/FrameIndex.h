@@ -1,0 +1,48 @@
+#pragma once
+
+#include "viewport/files/common/Progress.h"
+#include "viewport/files/particles/FrameBuilder.h"
+#include "viewport/files/particles/ParticleFrame.h"
+#include "viewport/text/Fault.h"
+#include "viewport/text/TextLines.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vellum::viewport {
+
+/// All that a text says about a frame before its rows.
+struct FrameHead {
+    ParticleFrame frame;  ///< time step, time and box; no particles yet
+    std::vector<TableColumn> columns;
+    std::uint64_t count = 0;         ///< of rows, as declared
+    bool isScaled = false;           ///< positions are fractions of the box's edges; the frame has a box then
+    std::string_view nextFrameMark;  ///< what the line behind the rows begins with; empty: anything
+};
+
+/// Takes the head of the next frame off the lines and leaves them at its first row.
+using ReadFrameHead = std::function<std::optional<TextDamage>(TextLines& lines, FrameHead& head)>;
+
+/// Reads one frame of a text that holds several; the readers of dumps and XYZ share it.
+///
+/// The first pass goes over the whole text and notes where each frame begins: it reads the heads and only counts the
+/// rows, which is many times faster than reading them and takes no memory. The values of one frame alone are read.
+/// So a dump of any length costs its text and one frame, and damage is found in all heads and counts, but inside
+/// rows only in the frame that is read.
+///
+/// A text that is cut off keeps its complete frames, and the result has a warning that says what is lost. Without a
+/// complete frame it is a fault, as is all other damage.
+/// \param wanted counted from 0; nothing: the last complete one. Behind the last frame the result has a count and no
+///               particles.
+/// \param progress may be empty.
+Result<LoadedFrame> readFrame(std::string_view text, std::optional<std::size_t> wanted,
+                              ReadFrameHead const& readHead, Progress const& progress);
+
+/// What the last line of a text lacks, as a warning; empty where it lacks nothing.
+std::string lastLineWarning(TextLines const& lines);
+
+}  // namespace vellum::viewport
