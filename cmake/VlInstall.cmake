@@ -2,9 +2,8 @@
 
 install(TARGETS vellum_foundation vl_raster_gl
         EXPORT vl_raster_gl_targets
-        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY foundation DESTINATION ${VL_INSTALL_INCLUDEDIR}
-        FILES_MATCHING PATTERN "*.h" PATTERN "image_decoders.h" EXCLUDE)
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        FILE_SET HEADERS DESTINATION ${VL_INSTALL_INCLUDEDIR})
 install(EXPORT vl_raster_gl_targets FILE vl_raster_gl-targets.cmake NAMESPACE vellum::
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vl_raster_gl)
 
@@ -16,3 +15,10 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/vl_raster_gl-config-versi
 install(FILES ${PROJECT_BINARY_DIR}/vl_raster_gl-config.cmake
               ${PROJECT_BINARY_DIR}/vl_raster_gl-config-version.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/vl_raster_gl)
+
+# The program finds the libraries beside it, wherever the prefix is.
+if(TARGET vl_viewport)
+  file(RELATIVE_PATH libraries /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${CMAKE_INSTALL_LIBDIR})
+  set_target_properties(vl_viewport PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries}")
+  install(TARGETS vl_viewport RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()

@@ -1,7 +1,8 @@
 # What every target of this tree has in common.
 
-# vl_defaults(target): warnings, sanitizers and exact floating point.
+# vl_defaults(target): the language, warnings, sanitizers and exact floating point.
 function(vl_defaults target)
+  target_compile_features(${target} PUBLIC cxx_std_17)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wformat=2
     $<$<BOOL:${VL_WARNINGS_AS_ERRORS}>:-Werror>

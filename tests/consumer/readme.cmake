@@ -1,0 +1,30 @@
+# Writes the program and the CMakeLists.txt that the README shows into a folder, to be built there. Fails unless the
+# program is the example's file and has at most 25 lines.
+
+file(READ ${SOURCE}/README.md readme)
+foreach(language cpp cmake)
+  string(FIND "${readme}" "\n```${language}\n" begin)
+  if(begin EQUAL -1)
+    message(FATAL_ERROR "README.md has no block of ${language}")
+  endif()
+  string(LENGTH "\n```${language}\n" length)
+  math(EXPR begin "${begin} + ${length}")
+  string(SUBSTRING "${readme}" ${begin} -1 rest)
+  string(FIND "${rest}" "\n```\n" end)
+  math(EXPR end "${end} + 1")
+  string(SUBSTRING "${rest}" 0 ${end} ${language})
+endforeach()
+
+file(READ ${SOURCE}/examples/01_first_window.cpp example)
+if(NOT cpp STREQUAL example)
+  message(SEND_ERROR "README.md does not show examples/01_first_window.cpp as it is")
+endif()
+string(REGEX MATCHALL "\n" lines "${cpp}")
+list(LENGTH lines count)
+if(count GREATER 25)
+  message(SEND_ERROR "The program of README.md has ${count} lines")
+endif()
+
+file(REMOVE_RECURSE ${FOLDER})
+file(WRITE ${FOLDER}/01_first_window.cpp "${cpp}")
+file(WRITE ${FOLDER}/CMakeLists.txt "${cmake}")
