@@ -7,9 +7,9 @@ namespace vellum {
 
 /// The viewport camera as OpenGL matrices.
 ///
-/// The parameters are those of Camera_RL; this class adds none and only loads matrices. In perspective the
-/// camera's place and orientation go into the model-view matrix. The orthographic views leave that matrix at
-/// the identity and put their orientation into the projection.
+/// The parameters are members of Camera_RL; this class only loads matrices. In perspective, the model-view
+/// matrix holds the camera's position and orientation. In the orthographic views, it is the identity and the
+/// projection holds the orientation.
 ///
 /// Use:
 ///
@@ -34,8 +34,8 @@ public:
     void updateModelMatrix() override;
 
     /// Loads the projection of the view kind: for 0 a perspective, else a box from -1000 to 1000 in depth
-    /// whose half width is h = e raised to zoom, moved by the pan and turned so that its view comes to face
-    /// the viewer (view kinds 2 to 6; 1, and 7 and more, are not turned).
+    /// whose half width is h = e raised to zoom, moved by the pan and rotated to the axis of the view (view
+    /// kinds 2 to 6; kind 1 and kinds above 6 are not rotated).
     ///
     /// GL: glMatrixMode(GL_PROJECTION), glLoadIdentity, gluPerspective or glOrtho and glRotated,
     /// glMatrixMode(GL_MODELVIEW).
@@ -46,7 +46,7 @@ public:
     /// which shifts all depths slightly.
     ///
     /// Deliberate (biased-orthographic-identity): for the orthographic views the projection becomes the
-    /// identity. Callers that bias the depth of an orthographic view see it in clip coordinates.
+    /// identity.
     ///
     /// GL: glMatrixMode(GL_PROJECTION), glLoadIdentity, for view kind 0 gluPerspective,
     /// glMatrixMode(GL_MODELVIEW).

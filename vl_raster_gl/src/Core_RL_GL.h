@@ -8,8 +8,8 @@
 
 namespace vellum {
 
-/// The render layer on desktop OpenGL: render state, buffers, textures, and every drawing of primitives and
-/// editing gizmos, in immediate mode.
+/// The render layer on desktop OpenGL: render state, buffers, textures, and the drawings of primitives and
+/// editing gizmos in immediate mode.
 ///
 /// An application makes a context current, initializes GLEW and constructs one instance, which becomes the
 /// render layer of the process (VL_Raster). It then draws through the abstract class; the renderers of
@@ -24,16 +24,17 @@ namespace vellum {
 ///     layer->destroy_RL();                       // deletes the textures that other threads queued
 ///     delete layer;
 ///
-/// What it does not do: it opens no window and makes no context; it deletes no GL object by itself; it does
-/// not look at GL's error flag except in getError(). It keeps no copy of GL's state beyond the stacks of
-/// Core_RL, so code that changes GL behind its back restores what it changed.
+/// It does not open windows or create contexts, does not delete GL objects by itself, and reads GL's error
+/// flag in getError() only. It caches no GL state beyond the stacks of Core_RL, so code that calls GL
+/// directly must restore the state that it changes.
 ///
 /// All operations must be called on the thread that owns the current context, except
 /// queueUnloadTextureColor(), which any thread may call.
 ///
-/// Each operation's `GL:` line lists its calls in order, its `State:` line what it leaves changed; where
-/// there is no such line, nothing. Drawings use the current model-view frame, color, line width, point size,
-/// stipple and filling, send their vertices in immediate mode and allocate nothing.
+/// The `GL:` line of an operation lists its calls in order, the `State:` line the state that it leaves
+/// changed; without such a line, all state is restored. Drawings use the current model-view matrix, color,
+/// line width, point size, stipple and filling. They send their vertices in immediate mode and allocate no
+/// memory. `Deliberate (name)` marks behavior that docs/compatibility.md explains.
 ///
 /// Groups, in the order of the interface: lifecycle and extensions; camera and point state; buffers and draw
 /// calls; memory, shaders and errors; lighting and render state; textures and transforms; picking; segments
@@ -41,7 +42,7 @@ namespace vellum {
 /// triangles, quads and points; boxes; triangle lists; viewports.
 class VL_RASTER_GL_EXPORT Core_RL_GL : public Core_RL {
 public:
-    // Operations of the base that stand beside overloads of this class.
+    // Overloads of the base class that declarations of the same name would hide.
     using Core_RL::render;
     using Core_RL::renderArrow2;
     using Core_RL::renderArrow3;
@@ -51,27 +52,25 @@ public:
 
     // == Lifecycle and extensions ==
 
-    /// Becomes the render layer of the process: VL_Raster points at it from here on, in place of any earlier
-    /// instance. A later instance takes over in turn.
+    /// Makes this instance the render layer of the process: VL_Raster points at it until another instance is
+    /// constructed.
     /// GL: none; the context may be made current later, before the first operation.
     Core_RL_GL();
 
-    /// Deliberate (render-layer-pointer-stays): leaves VL_Raster alone. Code that still draws through the
-    /// pointer after this has lost its render layer, whichever instance it was. Deletes no GL object;
-    /// textures that are still queued are lost unless destroy_RL() was called.
+    /// Deletes no GL object; textures that are still queued are leaked unless destroy_RL() was called.
+    /// Deliberate (render-layer-pointer-stays): does not change VL_Raster, which may then dangle.
     /// GL: none.
     ~Core_RL_GL() override;
 
-    /// Reads the driver's extensions into the list that isExtensionSupported() searches, sorted byte by
-    /// byte. Does nothing while the list is not empty: it is never refreshed, and a context with other
-    /// extensions needs a new instance. An extension string that ends with a blank leaves an empty entry,
-    /// which matches no query but the empty name.
+    /// Reads the driver's extensions into the list that isExtensionSupported() searches, sorted byte by byte.
+    /// The list is read once: a context with other extensions needs a new instance. An extension string that
+    /// ends with a blank adds an empty entry, which matches the empty name only.
     /// GL: glGetString(GL_EXTENSIONS), while the list is empty.
     void fillOpenGLExtensions();
 
     // == Camera and point state ==
 
-    /// \return the size it replaces, as Core_RL::setPointSize() keeps it.
+    /// \return the previous size, as Core_RL::setPointSize() stores it.
     /// GL: glPointSize.  State: the point size.
     float setPointSize(float const& size) override;
 
@@ -79,14 +78,14 @@ public:
     void setLineWidth(float const& width) override;
 
     /// Whether the driver lists the extension; exact and case-sensitive. Null is never listed. The list is
-    /// read on the first call; while the driver's string is empty, on every call.
-    /// GL: glGetString(GL_EXTENSIONS) as fillOpenGLExtensions() needs it.
+    /// read on the first call, and on every call while the driver's string is empty.
+    /// GL: glGetString(GL_EXTENSIONS), while the list is empty.
     bool isExtensionSupported(char const* name) override;
 
     // == Buffers and draw calls ==
-    // GL: the call of the same name, with the same arguments in the same order. Enumerations carry GL's own
-    // values and are passed unchanged. Counts, first indices and strides are narrowed to GL's 32 bits; byte
-    // sizes and offsets stay pointer-sized.
+    // GL: the call of the same name, with the same arguments in the same order. Enumerators have GL's values
+    // and are passed unchanged. Counts, first indices and strides are narrowed to GL's 32 bits; byte sizes
+    // and offsets stay pointer-sized.
 
     void begin(Primitive::type primitive) override;
     void end() override;
@@ -97,8 +96,7 @@ public:
                     BufferUsage::type usage) override;
     void bufferSubData(BufferTarget::type target, void* offset, unsigned long size, void* data) override;
     void enableClientState(ClientCapability::type array) override;
-    /// Deliberate (server-side-enable): glEnable, a server-side enable, although the argument has the type of
-    /// client arrays.
+    /// Deliberate (server-side-enable): glEnable, although the argument has the type of client arrays.
     void enable(ClientCapability::type capability) override;
     void disableClientState(ClientCapability::type array) override;
     void vertexPointer(int size, DataType::type type, unsigned long stride, void* pointer) override;
@@ -108,18 +106,18 @@ public:
 
     // == Memory, shaders and errors ==
 
-    /// Video memory of the device in kilobytes, 0 when the driver does not tell. Only
-    /// GL_NVX_gpu_memory_info tells; GL_ATI_meminfo has no query for it.
+    /// Video memory of the device in kilobytes, 0 if the driver does not report it. Only
+    /// GL_NVX_gpu_memory_info reports it; GL_ATI_meminfo has no such query.
     /// GL: the extension queries (through the virtual isExtensionSupported()), glGetIntegerv(0x9048).
     unsigned int getTotalGpuMemory() override;
 
-    /// Free video memory in kilobytes, 0 when nothing tells. The accelerator statistics of an operating
-    /// system that keeps them replace what the driver's extension says.
+    /// Free video memory in kilobytes, 0 if it is unknown. Accelerator statistics of the operating system,
+    /// where they exist, replace the value of the driver's extension.
     /// GL: the extension queries (through the virtual isExtensionSupported()), glGetIntegerv(0x9049).
     unsigned int getFreeGpuMemory() override;
 
-    /// Whether the driver is of major version 2 or later, as the characters before the version's first point
-    /// say. An empty or missing version counts as none.
+    /// Whether the driver's major version is 2 or later. The major version is the number before the first
+    /// point of the version; with an empty or missing version the answer is false.
     /// GL: glGetString(GL_VERSION).
     bool checkShaderSupport() const override;
 
@@ -135,35 +133,36 @@ public:
     void linkProgram(unsigned int program) override;
     void useProgram(unsigned int program) override;
 
-    /// Writes the log of a shader that failed to compile, with `name` under it, to standard output. Writes
-    /// nothing after a success or when the log, its terminating zero counted, is shorter than 2.
-    /// A null name puts the stream into its bad state, as inserting a null text does; nothing more is written
-    /// to it until the caller clears it.
+    /// Writes the log of a shader that failed to compile, followed by `name`, to standard output. Writes no
+    /// text after a success or if the log is empty. A null name sets the stream's bad bit, as inserting a
+    /// null text does, so the stream ignores further output until the caller clears it.
     /// GL: glGetShaderiv of GL_COMPILE_STATUS and GL_INFO_LOG_LENGTH, then glGetShaderInfoLog.
     void checkShaderCompilationErrors(unsigned int shader, char const* name) override;
 
-    /// The same for a program that failed to link, with two names under the log.
+    /// The same for a program that failed to link, with two names after the log.
+    /// Deliberate (width-in-link-log): the line between the names reads "width:".
     /// GL: glGetProgramiv of GL_LINK_STATUS and GL_INFO_LOG_LENGTH, then glGetProgramInfoLog.
     void checkProgramLinkageErrors(unsigned int program, char const* name, char const* other) override;
 
-    /// GL: glProgramParameteriEXT; its driver support is the caller's to check (GL_EXT_geometry_shader4).
+    /// GL: glProgramParameteriEXT. The caller checks that the driver has GL_EXT_geometry_shader4.
     void programParameterI(unsigned int program, ShaderParameterName::type parameter, int value) override;
 
     void detachShader(unsigned int program, unsigned int shader) override;
     void deleteShader(unsigned int shader) override;
     void deleteProgram(unsigned int program) override;
 
-    /// Reads the error flag once. Without an error it returns false and leaves `message` alone.
+    /// Reads the error flag once. Without an error it returns false and does not change `message`. The
+    /// library itself uses the other overload.
     ///
-    /// Deliberate (endless-error-loop): with an error it stores the code and the error's name, and does not
-    /// return: it goes on examining the code it has read, without reading the flag again. A debugger finds
-    /// the program standing at its first error. Everything else uses the other overload.
+    /// Deliberate (endless-error-loop): with an error it stores the code and the error's name and does not
+    /// return.
     /// GL: glGetError, once.
     bool getError(VL_String& message, int& code) override;
 
-    /// Takes all pending errors off the context and tells whether there were any. The arguments name the
-    /// caller's place in the source, for a debugger; they are not printed.
-    /// GL: glGetError until it answers GL_NO_ERROR.
+    /// Clears all pending errors of the context. The arguments name the caller's position in the source, for
+    /// a debugger; they are not printed.
+    /// \return whether there was an error.
+    /// GL: glGetError until it returns GL_NO_ERROR.
     bool getError(char const* where, int line) override;
 
     // GL: as under 'Buffers and draw calls'; the point parameters use the core entry points, despite
@@ -198,25 +197,25 @@ public:
 
     // State: the value in the name, and the top of its stack (Core_RL, "State"). The stipple has no stack.
 
-    /// The color stack is written first.
+    /// Writes the stack before it calls GL.
     /// GL: glColor4f.
     void setColor(Color4<float> const& color) override;
 
-    /// GL: glPolygonMode(GL_FRONT, ...): GL_FILL for 0, GL_LINE for everything else.
+    /// GL: glPolygonMode(GL_FRONT, ...): GL_FILL for 0, GL_LINE for every other value.
     void setFillingFront(FillingMode const& mode) override;
-    /// GL: glPolygonMode(GL_BACK, ...), alike.
+    /// GL: glPolygonMode(GL_BACK, ...), with the same values.
     void setFillingBack(FillingMode const& mode) override;
 
     /// Dashes of three pixels on, three off.
     /// GL: on: glLineStipple(3, 0xAAAA), glEnable(GL_LINE_STIPPLE); off: glDisable(GL_LINE_STIPPLE).
     void setLineStipple(bool on) override;
 
-    /// Values other than 0 and 1 leave the blending as it is, on its stack too.
+    /// Other values than 0 and 1 change neither the blending nor its stack.
     /// GL: 1: glEnable(GL_BLEND), glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA); 0: glDisable(GL_BLEND).
     void setBlending(BlendingMode const& mode) override;
 
-    /// Mode 0 keeps the test enabled and lets every fragment pass, so that depth can be written; modes above
-    /// 7 set the depth mask only, and keep the mode on the stack.
+    /// Mode 0 enables the test with GL_ALWAYS, so that depth can be written; modes above 7 set the depth mask
+    /// only, and keep the mode on the stack.
     /// GL: glDepthMask; then glDisable(GL_DEPTH_TEST) for mode 1, else glEnable(GL_DEPTH_TEST), glDepthFunc.
     void setDepthTest(DepthtTestMode const& mode) override;
 
@@ -227,7 +226,7 @@ public:
 
     unsigned int createTexture() override;                      ///< GL: glGenTextures.
     void destroyTexture(unsigned int const& texture) override;  ///< GL: glDeleteTextures.
-    /// Makes `count` names; the array grows only when its capacity is too small.  GL: glGenTextures.
+    /// Creates `count` names; the array grows only if its capacity is too small.  GL: glGenTextures.
     void createTextures(unsigned int const& count, Array<unsigned int>& textures) override;
     void destroyTextures(Array<unsigned int> const& textures) override;  ///< GL: glDeleteTextures.
 
@@ -241,11 +240,11 @@ public:
     /// GL: glMatrixMode(GL_MODELVIEW), glPopMatrix.
     void popTransform() override;
 
-    /// Gives a texture `width` x `height` luminances and leaves it enabled and bound, to be drawn over what is
-    /// there. With `blend` the current color turns to white by the luminance. Without, the mode is GL_DECAL,
-    /// whose effect on luminances GL leaves to the driver (Mesa shows the current color alone). The name comes
-    /// from createTexture(); popTextureLuminance() deletes it, so each push needs a fresh one.
-    /// \param values row by row, at least width x height of them, or empty to leave the image undefined.
+    /// Uploads `width` x `height` luminances to a texture and leaves it enabled and bound. With `blend` the
+    /// luminance blends the current color to white. Without, the mode is GL_DECAL, which GL leaves undefined
+    /// for luminance textures (Mesa shows the current color). createTexture() creates the name and
+    /// popTextureLuminance() deletes it, so each push needs a new one.
+    /// \param values row by row, at least width x height of them, or empty for undefined contents.
     /// GL: glEnable(GL_TEXTURE_2D), glBindTexture, glPixelStoref, glTexImage2D, glTexParameteri x 4,
     /// glTexEnvfv and glTexEnvf, or glTexEnvf alone.
     /// State: the bound texture, texturing enabled, the texture environment, the unpack alignment.
@@ -255,10 +254,11 @@ public:
     /// GL: glDeleteTextures, glTexEnvf(GL_MODULATE), glDisable(GL_TEXTURE_2D).
     void popTextureLuminance(unsigned int const& texture) override;
 
-    /// Makes a texture from 8-bit RGBA pixels, with mipmaps, and gives its name.
+    /// Creates a texture from 8-bit RGBA pixels, with mipmaps, and sets `texture` to its name. Clamping modes
+    /// above 3 set no wrap mode.
     ///
-    /// Deliberate (wrap-mode-2): clamping mode 2 passes the number 2.0 as the wrap mode, which GL refuses
-    /// with GL_INVALID_ENUM; the wrap mode stays at its default. Modes above 3 set none.
+    /// Deliberate (wrap-mode-2): clamping mode 2 passes 2.0 as the wrap mode, which GL rejects with
+    /// GL_INVALID_ENUM.
     /// GL: glEnable(GL_TEXTURE_2D), glGenTextures, glBindTexture, glTexEnvf, glPixelStoref,
     /// glTexParameterf of both filters and both wrap modes, gluBuild2DMipmaps, glDisable(GL_TEXTURE_2D).
     /// State: the bound texture, the texture environment (GL_MODULATE), the unpack alignment (1).
@@ -266,7 +266,7 @@ public:
                           unsigned int& texture, TextureClampingMode const& clamping) override;
 
     /// The same from pixels of 3 or 4 channels of 8, 16 or 32 (float) bits. For any other layout, and for a
-    /// channel width that is not positive, the texture gets a name but no image.
+    /// channel width below 1, the texture has a name but no image.
     void loadTextureColor(unsigned int const& width, unsigned int const& height, int const& bitsPerChannel,
                           int const& bitsPerPixel, void const* pixels, unsigned int& texture,
                           TextureClampingMode const& clamping) override;
@@ -278,17 +278,18 @@ public:
     void disableTextureColor() override;  ///< GL: glDisable(GL_TEXTURE_2D).
 
     /// Queues a texture for destroy_RL() and sets the name to 0xFFFFFFFF, so that it cannot be queued twice;
-    /// that value itself is not queued. Any thread may call it; a spin lock guards the queue. Should growing
-    /// the queue throw, the lock is free again and the name is kept.
+    /// that value itself is not queued. Any thread may call it; a spin lock guards the queue. If growing the
+    /// queue throws, the lock is released and `texture` is unchanged.
     /// GL: none.
     void queueUnloadTextureColor(unsigned int& texture) override;
 
-    /// Deletes every queued texture, in the order they were queued, and empties the queue.
+    /// Deletes every queued texture, in the order of the queue, and empties the queue. The lock is held
+    /// meanwhile and is not reentrant, so unLoadTextureColor() must not queue textures.
     ///
-    /// Deliberate (queue-drained-by-last-layer): each is deleted by unLoadTextureColor() of VL_Raster, not of
-    /// this instance, so a queue is drained through the instance constructed last. That operation must not
-    /// queue anything: the lock is held and not re-entrant.
-    /// GL: none for an empty queue.
+    /// Deliberate (queue-drained-by-last-layer): calls unLoadTextureColor() of VL_Raster, not of this
+    /// instance.
+    /// GL: glEnable(GL_TEXTURE_2D), glDeleteTextures, glTexEnvf(GL_MODULATE), glDisable(GL_TEXTURE_2D) per
+    /// texture.
     void destroy_RL() override;
 
     // == Picking ==
@@ -297,24 +298,26 @@ public:
 
     // == Segments and planes ==
 
-    /// Deliberate (half-stroke): sends center - direction * halfLength, center and center + direction *
-    /// halfLength as GL_LINES, which drops the third: only the half before the center shows.
+    /// The segment from center - direction * halfLength to the center.
+    ///
+    /// Deliberate (half-stroke): sends center + direction * halfLength as a third vertex, which GL_LINES
+    /// drops.
     void renderStroke3(Vector3<float> const& center, Vector3<float> const& direction,
                        float const& halfLength) override;
     void renderSegment2(Vector2<float> const& a, Vector2<float> const& b) override;
 
-    /// A square grid in the plane, around its point nearest the origin: `divisions` cells along each side of
-    /// length `size`. 0 divisions draw one line of each family, along the square's edge.
+    /// A square grid in the plane, around its point nearest to the origin: `divisions` cells along each side
+    /// of length `size`. 0 divisions draw one line of each family, along an edge of the square.
     void renderPlane3(Plane3<float> const& plane, float const& size, unsigned int const& divisions) override;
     void renderSegment3(Vector3<float> const& a, Vector3<float> const& b) override;
     /// The virtual renderSegment3() between setLineStipple(true) and setLineStipple(false).
     void renderSegmentStipple3(Vector3<float> const& a, Vector3<float> const& b) override;
 
     // == Axis gizmos ==
-    // The handles of the editing tools in unit size: the handle of one axis reaches from the origin to 1 on
-    // it. Each is drawn under a picking name, so that a click in selection mode tells which was hit. Sets
-    // push a color for each handle and take all of them back at the end. Axis values without a handle draw
-    // nothing.
+    // The handles of the editing tools in unit size: the handle of an axis extends from the origin to 1 on
+    // it. Each is drawn under a picking name, so that GL selection reports the handle that was hit. Sets of
+    // handles push a color per handle and pop all of them at the end. Axis values without a handle are not
+    // drawn.
 
     /// A filled cube of half edge `halfSize` about the origin.
     /// GL: glPolygonMode x 2, glLoadName, glColor4f, the box, and the state restored.
@@ -328,9 +331,9 @@ public:
                         unsigned int const& nameCenter, Tuple4<Color4<float>> const& colors,
                         float const& size) override;
 
-    /// One scale handle: a filled cube of half edge `size` that ends at 1 on the axis, and a segment to it
-    /// from the origin; axis 3 is the center, a cube without a segment. The first overload takes the axis as
-    /// the picking name.
+    /// One scale handle: a filled cube of half edge `size` that ends at 1 on the axis, and a segment from the
+    /// origin to it; axis 3 is the center, a cube without a segment. In the first overload the axis is the
+    /// picking name.
     /// GL: glPolygonMode x 2, glLoadName, glPushMatrix, glTranslatef, glRotatef, the box, glPopMatrix, the
     /// segment, and the state restored.
     void renderAxisBox3(VL_AXIS const& axis, float const& size) override;
@@ -338,8 +341,7 @@ public:
 
     /// The dashed circles of the three axes.
     ///
-    /// Deliberate (names-as-axes): the names are passed on as the axes, and so also as picking names. Callers
-    /// pass 0, 1, 2; with other names nothing is drawn.
+    /// Deliberate (names-as-axes): the names serve as axes and must be 0, 1, 2; others draw no circle.
     void renderAxesCircleStipple3(unsigned int const& nameX, unsigned int const& nameY,
                                   unsigned int const& nameZ, Tuple3<Color4<float>> const& colors,
                                   float const& radius) override;
@@ -347,16 +349,16 @@ public:
     void renderAxesCircle3(unsigned int const& nameX, unsigned int const& nameY, unsigned int const& nameZ,
                            Tuple3<Color4<float>> const& colors, float const& radius) override;
 
-    /// The rotate gizmo: the halves of the three circles that are turned toward the viewer.
-    /// \param viewDirection the direction in which the viewer looks, in the space that `frame` leads to.
-    /// \param frame the gizmo's place and orientation. It is applied to the points, not to the model-view
-    ///        matrix.
+    /// The rotate gizmo: the halves of the three circles that face the viewer.
+    /// \param viewDirection the viewing direction, in the space that `frame` transforms to.
+    /// \param frame the gizmo's position and orientation. It transforms the points, not the model-view
+    ///     matrix.
     /// \param scale applied to the circles before `frame`.
     void renderAxesCircleCulled3(unsigned int const& nameX, unsigned int const& nameY,
                                  unsigned int const& nameZ, Vector3<float> const& viewDirection,
                                  Matrix4<float> const& frame, float scale,
                                  Tuple3<Color4<float>> const& colors, float const& radius) override;
-    /// The same with the far halves drawn in lines of width 1.
+    /// The same, with the far halves in lines of width 1.
     void renderAxesCircleCulledStipple3(unsigned int const& nameX, unsigned int const& nameY,
                                         unsigned int const& nameZ, Vector3<float> const& viewDirection,
                                         Matrix4<float> const& frame, float scale,
@@ -377,8 +379,7 @@ public:
 
     /// The tape rings of the three axes.
     ///
-    /// Deliberate (names-as-axes): the names are passed on as the axes. Callers pass 0, 1, 2; with other
-    /// names nothing is drawn.
+    /// Deliberate (names-as-axes): the names serve as axes and must be 0, 1, 2; others draw no ring.
     void renderAxesCircleTape3(unsigned int const& nameX, unsigned int const& nameY,
                                unsigned int const& nameZ, Tuple3<Color4<float>> const& colors,
                                float const& radius, float const& width) override;
@@ -389,14 +390,14 @@ public:
 
     // == Circles, quads and rhombi ==
 
-    /// A circle in the XY plane about the origin: a loop of 360 points, one for each degree.
+    /// A circle in the XY plane around the origin: a loop of 360 points, one per degree.
     void renderCircle3(float const& radius) override;
 
-    /// A circle that keeps its place in `frame` but always faces the screen: every rotation and scale of the
-    /// model-view matrix is dropped, then `scale` applied.
+    /// A circle at the origin of `frame` that always faces the screen: rotation and scale of the model-view
+    /// matrix are dropped, then `scale` is applied. The Matrix3 is not used.
     ///
-    /// Deliberate (twice-drawn-circle): the circle is drawn twice, once through the virtual renderCircle3()
-    /// and once directly. The Matrix3 is not used.
+    /// Deliberate (twice-drawn-circle): draws through the virtual renderCircle3() and then once more
+    /// directly.
     /// GL: glColor4f, glPushMatrix, glMultMatrixf, glGetFloatv, glLoadMatrixf, glScalef, two loops,
     /// glPopMatrix, glColor4f.
     void renderCircleCameraFacing3(Matrix4<float> const& frame, Matrix3<float> const& unused, float scale,
@@ -405,25 +406,26 @@ public:
     /// A textured square from -1 to 1 in the XY plane.
     /// GL: glEnable(GL_TEXTURE_2D), glBindTexture, the polygon, glDisable(GL_TEXTURE_2D).
     void renderQuad3(unsigned int const& texture) override;
-    /// A textured square on its corner, alike.
+    /// A textured square that stands on a corner.
     void renderRhombus3(unsigned int const& texture) override;
     void renderRhombus3() override;
 
-    /// The half of a circle that is turned toward the viewer and, in lines of width 1, the half that is
-    /// turned away. Despite the name nothing is dashed.
+    /// The half of a circle that faces the viewer and, in lines of width 1, the half that faces away.
+    ///
+    /// Deliberate (solid-far-half): despite the name, neither half is dashed.
     void renderCircleCulledStipple3(Vector3<float> const& viewDirection, Matrix4<float> const& frame,
                                     float const& radius) override;
 
-    /// The half of a circle that is turned toward the viewer; where no part is nearer than the rest (the circle
-    /// seen face-on), the whole circle.
+    /// The half of a circle that faces the viewer; if the circle is seen face-on, the whole circle.
     ///
-    /// Deliberate (one-degree-gap): there is no segment between the last point and the first; a gap of one
-    /// degree stays open.
+    /// Deliberate (one-degree-gap): the segment from the last point to the first is missing.
     void renderCircleCulled3(Vector3<float> const& viewDirection, Matrix4<float> const& frame,
                              float const& radius) override;
 
-    /// A quarter of a band of height `width` along Z, following the circle from 5 to 85 degrees, with a
+    /// A quarter of a band of height `width` along Z that follows the circle from 5 to 85 degrees, with a
     /// pointed cap at each end.
+    ///
+    /// Deliberate (tape-cap-factors): the last cap differs from the first in the last digits.
     void renderCircleTape3(float const& radius, float const& width) override;
 
     // == Arrow gizmos ==
@@ -440,19 +442,19 @@ public:
     void renderAxesPlane3(unsigned int const& nameXY, unsigned int const& nameYZ, unsigned int const& nameXZ,
                           Tuple3<Color4<float>> const& colors, float const& size) override;
 
-    /// One move handle: a cone from 0.9 on the axis, `size` high, and a segment from the origin to 1. For
-    /// another axis value only the name is loaded.
+    /// One move handle: a cone from 0.9 on the axis, `size` high, and a segment from the origin to 1. Any
+    /// other axis value only loads the name.
     /// GL: glPolygonMode x 2, gluNewQuadric, glLoadName, glPushMatrix, glTranslatef, glRotatef, gluCylinder,
     /// glPopMatrix, the segment, gluDeleteQuadric, and the state restored.
     void renderAxisArrow3(VL_AXIS const& axis, unsigned int const& name, float const& size) override;
     void renderAxisArrow3NoPicking(VL_AXIS const& axis, float const& size) override;
     void renderAxisArrowStipple3(VL_AXIS const& axis, unsigned int const& name, float const& size) override;
 
-    /// An arrow of lines along -Y with its tip at -1.2, for gizmos in a scaled frame.
+    /// An arrow of lines along -Y with its tip at -1.2, for gizmos under a scaled matrix.
     void renderUnitArrow3() override;
 
     // == Ellipses ==
-    // A strip of 30 points; the last lands just short of closing the curve.
+    // A strip of 30 points. Deliberate (open-ellipse): the last one lands just short of the first.
 
     /// The ellipse center + u sin t + v cos t.
     void renderEllipse3(Vector3<float> const& center, Vector3<float> const& u,
@@ -465,22 +467,23 @@ public:
 
     // == Arrows between points ==
 
-    /// A shaded arrow: a segment, a four-sided head of length `headSize` (at most a third of the arrow) and,
-    /// if wanted, a box at the tail. An arrow much shorter than its head (by 10,000) is left out. The head's
-    /// base is drawn in 0.75 of the current color.
+    /// A shaded arrow: a segment, a four-sided head of length `headSize` (at most a third of the arrow) and
+    /// optionally a box at the tail. An arrow shorter than a 10,000th of its head is skipped. The head's base
+    /// has 0.75 of the current color.
     void renderArrow3(Vector3<float> const& from, Vector3<float> const& to, float const& headSize,
                       bool const& tailBox) override;
 
-    /// Makes arrays that renderArrow3_usingBuffers() draws: one arrow from each position, along
-    /// directions[i] * scale. An arrow beyond the last color takes the last; without colors all are light
-    /// blue. Heads are a third of their arrow; their bases take 0.8 of its color (deliberately not the 0.75
-    /// of a single arrow). A direction of length zero gives corners that are not numbers.
+    /// Fills arrays for renderArrow3_usingBuffers(): one arrow from each position, along directions[i] *
+    /// scale. Arrows beyond the last color have the last color; without colors all are light blue. Heads are
+    /// a third of their arrow. A direction of length zero gives NaN corners.
     ///
-    /// Only as many arrows are made as there are directions too. More than 357,913,941 arrows, whose indices
-    /// 32 bits cannot count, give empty arrays.
+    /// Deliberate (arrow-base-shades): bases have 0.8 of the color, where renderArrow3() has 0.75.
     ///
-    /// The outputs are overwritten: 10 vertices and colors, 12 triangle, 2 line and 4 quad indices for each
-    /// arrow. They must not be the inputs. Storage is allocated only where an output's capacity is too small.
+    /// The number of arrows is the smaller of the two counts. More than 357,913,941 arrows, whose indices
+    /// exceed 32 bits, give empty arrays.
+    ///
+    /// The outputs are overwritten: 10 vertices and colors, 12 triangle, 2 line and 4 quad indices per arrow.
+    /// They must not be the inputs. Memory is allocated only if the capacity of an output is too small.
     /// GL: none.
     void createBuffers_forRenderArrow3(Array<Vector3<float>> const& positions,
                                        Array<Vector3<float>> const& directions,
@@ -489,8 +492,8 @@ public:
                                        Array<unsigned int>& lines, Array<unsigned int>& quads,
                                        Array<Color4<float>>& vertexColors) override;
 
-    /// Draws what createBuffers_forRenderArrow3() has made, through the virtual operations of VL_Raster. The
-    /// colors' opacity is not used. The arrays are client memory: no buffer object may be bound.
+    /// Draws the arrays of createBuffers_forRenderArrow3() through the virtual operations of VL_Raster. Alpha
+    /// is not used. The arrays are client memory: no buffer object may be bound.
     /// GL: glPolygonMode x 2, glEnableClientState x 2, glVertexPointer, glColorPointer, glDrawElements x 3,
     /// glDisableClientState x 2, and the state restored.
     void renderArrow3_usingBuffers(Array<Vector3<float>> const& vertices,
@@ -503,13 +506,12 @@ public:
 
     // == Triangles, quads and points ==
 
-    /// A triangle with its face normal, or with a normal for each vertex. Not guarded: a triangle without
-    /// area has a normal that is not a number.
+    /// A triangle with its face normal, or with a normal per vertex. A triangle of area 0 has a NaN normal.
     void renderTriangle(Vector3<float> const& a, Vector3<float> const& b, Vector3<float> const& c) override;
     void renderTriangle(Vector3<float> const& a, Vector3<float> const& b, Vector3<float> const& c,
                         Vector3<float> const& normalA, Vector3<float> const& normalB,
                         Vector3<float> const& normalC) override;
-    /// Without glBegin and glEnd: the caller opens one block of GL_TRIANGLES for many.
+    /// Without glBegin and glEnd: the caller opens a block of GL_TRIANGLES for many triangles.
     void renderTriangleOptimized(Vector3<float> const& a, Vector3<float> const& b,
                                  Vector3<float> const& c) override;
     void renderQuad3(Vector3<float> const& a, Vector3<float> const& b, Vector3<float> const& c,
@@ -525,14 +527,14 @@ public:
 
     void renderBox3(Vector3<float> const& center, float const& halfSize) override;  ///< A filled cube.
 
-    /// The lattice's points in one block of GL_POINTS, z running fastest.
+    /// The points of the lattice in one block of GL_POINTS, z varying fastest.
     void renderBox3Points_asPoints(Box3Points<float> const& points) override;
     void renderBox3Points_asPoints(Box3Points<double> const& points) override;
     void renderBox3Points_asPoints(Box3Points_ex<float> const& points) override;
     void renderBox3Points_asPoints(Box3Points_ex<double> const& points) override;
 
-    /// A box: six quads, each corner with the face's normal (and, in the second overload, its own color
-    /// before it); with `wire`, its edges.
+    /// A box: six quads, each corner with the face's normal (after its color, in the second overload); with
+    /// `wire`, its edges.
     ///
     /// The overloads for double convert to float and call the virtual overload for float.
     /// GL: one glBegin(GL_QUADS) block; with `wire` GL_LINES, each face's first corner sent a fifth time, so
@@ -543,13 +545,12 @@ public:
 
     /// A rectangle.
     ///
-    /// Deliberate (two-edge-rectangle): with `wire` its five vertices are sent as GL_LINES, which shows the
-    /// lower and the upper edge only.
+    /// Deliberate (two-edge-rectangle): with `wire`, only the lower and the upper edge.
     void render(Box2<float> const& box, bool const& wire) override;
 
-    /// An oriented box, drawn as the upright one.
+    /// An oriented box, with the calls of the upright one.
     ///
-    /// Deliberate (upright-box-normals): with the constant, unrotated normals of the upright one too.
+    /// Deliberate (upright-box-normals): the normals are not rotated.
     void render(Obb3<float> const& box, bool const& wire) override;
 
     void render(Box2<double> const& box, bool const& wire) override;
@@ -560,12 +561,12 @@ public:
 
     // == Triangle lists ==
 
-    /// Indices are not checked: each must name a vertex. No buffer object may be bound.
+    /// Indices are not checked: each must be in range. No buffer object may be bound.
     /// GL: glEnableClientState(GL_VERTEX_ARRAY), glVertexPointer, glDrawElements, glDisableClientState.
     void render(Array<Vector3<double>> const& vertices,
                 Array<Tuple3<unsigned int>> const& triangles) override;
 
-    /// As Core_RL draws them.
+    /// See Core_RL::render().
     void render(Array<Vector3<float>> const& vertices, Array<Tuple3<unsigned int>> const& triangles,
                 Array<Vector3<float>> const& normals, Array<Color4<float>> const& colors) override;
     void render(Array<Vector3<double>> const& vertices, Array<Tuple3<unsigned int>> const& triangles,
@@ -576,13 +577,12 @@ public:
     /// GL: glGetIntegerv(GL_VIEWPORT).
     Tuple4<unsigned int> getCurrentViewportCoords() const override;
 
-    /// Opens an overlay: a viewport in pixels that shows the orthographic `box`. popViewportOrtho() ends it,
-    /// with GL_MODELVIEW selected again.
+    /// Opens an overlay: a viewport in pixels that shows the orthographic `box`. popViewportOrtho() ends it
+    /// and selects GL_MODELVIEW. State of the saved attribute groups that changes inside the overlay is
+    /// restored; other state, such as lighting, is not.
     ///
-    /// Deliberate (viewport-attribute-mask): the attributes are saved under the mask 0x0BA2, the value of
-    /// GL_VIEWPORT itself, which stands for the viewport, depth-buffer, accumulation-buffer, fog, pixel-mode
-    /// and point groups. State of those groups that is set inside the overlay is gone after it; that of
-    /// others, lighting too, stays.
+    /// Deliberate (viewport-attribute-mask): the mask is 0x0BA2, the value of GL_VIEWPORT, which selects the
+    /// viewport, depth-buffer, accumulation-buffer, fog, pixel-mode and point groups.
     /// GL: glPushAttrib, glViewport, glMatrixMode(GL_PROJECTION), glPushMatrix, glLoadIdentity, glOrtho,
     /// glMatrixMode(GL_MODELVIEW), glPushMatrix, glLoadIdentity.
     void pushViewportOrtho(Tuple4<unsigned int> const& viewport, Tuple4<float> const& box) override;

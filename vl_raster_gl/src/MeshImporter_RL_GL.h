@@ -5,8 +5,7 @@
 
 namespace vellum {
 
-/// A quick preview of an imported mesh: its surface in red, its normals in white. For looking at what a file
-/// gave, before it becomes a Mesh.
+/// A quick preview of an imported mesh, before it becomes a Mesh: the surface in red, the normals in white.
 ///
 /// Use:
 ///
@@ -14,13 +13,13 @@ namespace vellum {
 ///     preview.render();
 ///     preview.renderNormals(MeshImporter_RL::EVERY_TRIANGLE);
 ///
-/// As many triangles are drawn as there are corner normals; an import without normals shows nothing.
-/// Triangles that name a position beyond the end are left out. Immediate mode only; no GL objects, no render
-/// state.
+/// Only triangles with corner normals are drawn; an import without normals stays invisible. Triangles whose
+/// index is out of range are skipped. Draws in immediate mode, without GL objects and without setting render
+/// state other than the color.
 class VL_RASTER_GL_EXPORT MeshImporter_RL_GL : public MeshImporter_RL {
 public:
     explicit MeshImporter_RL_GL(MeshImporter* importer);  ///< Not owned; must outlive the renderer.
-    ~MeshImporter_RL_GL() override;                       ///< Does nothing.
+    ~MeshImporter_RL_GL() override;                       ///< GL: none.
 
     /// The triangles with their corner normals.
     ///
@@ -28,7 +27,8 @@ public:
     /// State: the color is red.
     void render() override;
 
-    /// The corner normals of one triangle, or of each with EVERY_TRIANGLE, as segments of their own length.
+    /// The corner normals of one triangle, or of all with EVERY_TRIANGLE, as segments of the length of the
+    /// normal.
     ///
     /// GL: glColor3f(1, 1, 1), glBegin(GL_LINES), glVertex3dv for both ends, glEnd.
     /// State: the color is white.

@@ -1,7 +1,6 @@
 #pragma once
 
-/// \file
-/// Marks what the library exports; everything else in it is hidden.
+/// \file Marks the symbols that the library exports; all others are hidden.
 
 #if defined(_WIN32)
 #if defined(VL_RASTER_GL_BUILD)

@@ -1,8 +1,7 @@
 #pragma once
 
-/// \file
-/// The whole public interface of the library in one include. No GL header comes with it: the application
-/// includes GLEW before or after, where it likes.
+/// \file The whole public interface of the library in one include. It includes no GL header; the application
+/// may include GLEW before or after it.
 
 #include "foundation/foundation.h"
 

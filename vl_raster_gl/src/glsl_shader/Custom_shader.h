@@ -11,7 +11,7 @@
 
 namespace vellum {
 
-/// Draws a mesh with GLSL files that a user has written, and feeds them a fixed set of inputs.
+/// Draws a mesh with GLSL files of a user, and feeds them a fixed set of inputs.
 ///
 ///     Custom_shader effect;
 ///     effect.setShaders("stripes.vert", "stripes.frag", "");
@@ -20,9 +20,9 @@ namespace vellum {
 ///     mesh.shader = &effect;
 ///     mesh.render(MeshShading{...});       // create, init, preprocess, draw, postprocess, cleanup
 ///
-/// What the files may declare; what they do not declare they do not get:
+/// The files may declare:
 ///
-///     uniform sampler2D Texture0;          // to Texture6: pictures, units 0 to 6
+///     uniform sampler2D Texture0;          // to Texture6: images, units 0 to 6
 ///     uniform sampler2D TextureFB;         // the copy of the framebuffer, unit 7; see grabFrameBuffer()
 ///     uniform float FloatVar0;             // to FloatVar9
 ///     uniform vec3 Vec3Var0;               // to Vec3Var9
@@ -30,71 +30,73 @@ namespace vellum {
 ///     uniform vec4 BaseColor;
 ///     uniform int nLights;
 ///
-/// A stage whose file is missing or does not compile is replaced by one that passes everything on, so that the
-/// mesh is always seen. What the driver says about it is printed (Core_RL::checkShaderCompilationErrors()). A
-/// program whose stages do not fit together does not link; getLog() says why, and the mesh is drawn as GL draws
-/// with a program that it refuses.
+/// A stage whose file is missing or does not compile falls back to a pass-through, so that the mesh stays
+/// visible; the compilation log is printed (Core_RL::checkShaderCompilationErrors()). If the stages do not
+/// link, getLog() has the reason, and GL draws with an invalid program.
 ///
-/// A geometry stage takes triangles and gives a triangle strip. Where the driver has GL_EXT_geometry_shader4 it
-/// is written for that extension; where it has not, but OpenGL 3.2, in GLSL 1.50 of the compatibility profile
-/// with its layout in the text.
+/// The input of a geometry stage is triangles, its output a triangle strip. On a driver with
+/// GL_EXT_geometry_shader4 it must use that extension; otherwise, from OpenGL 3.2 on, GLSL 1.50 of the
+/// compatibility profile with layout qualifiers.
 ///
-/// An index outside 0 to 9 (variables) or 0 to 6 (textures) is no error: setters ignore it, getters give zeros,
-/// an empty path or null.
+/// Indices outside 0 to 9 (variables) or 0 to 6 (textures) are ignored by setters; getters return zeros, an
+/// empty path or null.
 class VL_RASTER_GL_EXPORT Custom_shader : public Base_shader {
 public:
     /// GL: glGenTextures, eight times.
     Custom_shader();
 
-    /// An effect of its own with the same parameters. GL: glGenTextures, eight times.
+    /// Copies the parameters. GL: glGenTextures, eight times.
     Custom_shader(Custom_shader const& other);
 
-    /// GL: glDeleteTextures for all textures, then as Base_shader.
+    /// GL: glDeleteTextures for all textures, then glDeleteProgram and glDeleteShader per stage.
     ~Custom_shader() override;
 
-    /// Takes over all parameters of another effect: files, pictures' files, variables, base color, light count,
-    /// whether the framebuffer is grabbed. No images and no GL objects: the effect is created again when it is
-    /// used next and reads the files itself.
-    /// GL: that of reload().
+    /// Copies all parameters of another effect: shader and texture files, variables, base color, light count,
+    /// framebuffer flag. Images and GL objects are not copied: the next use creates the effect again and
+    /// reads the files.
+    /// GL: glDetachShader and glDeleteShader per stage.
     void copy(Custom_shader const& other);
 
     // == Stages ==
 
-    /// Loads the stages from files and links them. An empty path stands for the stage that passes everything on;
-    /// an empty geometry path for no such stage. Does nothing when the effect is created from the same paths;
-    /// reload() reads changed files again. Of an effect that is not created it also reads the pictures that have
-    /// a path and no image: those of a copy.
-    /// GL: glDetachShader and glDeleteShader for the stages before; for each stage those of
-    /// Shader_gl::loadShaderSource(), the fragment stage first, then vertex, then geometry; glAttachShader; with
-    /// a geometry stage glGetIntegerv(GL_MAX_GEOMETRY_OUTPUT_VERTICES_EXT) and glProgramParameteriEXT x 3, on
-    /// drivers with the extension; enable(true); glGetError.
-    /// State: the current program. One pending error is taken.
+    /// Loads the stages from files and links them. An empty vertex or fragment path means the pass-through;
+    /// an empty geometry path means no geometry stage. Does nothing if the effect is created from the same
+    /// paths; reload() reads changed files again. If the effect is not created, it also reads the images that
+    /// have a path and no contents, as in a copy.
+    /// GL: glDetachShader and glDeleteShader for the former stages; the calls of
+    /// Shader_gl::loadShaderSource() for the fragment, vertex and geometry stage, in this order;
+    /// glAttachShader; with a geometry stage glGetIntegerv(GL_MAX_GEOMETRY_OUTPUT_VERTICES_EXT) and
+    /// glProgramParameteriEXT x 3, on drivers with the extension; glLinkProgram, glUseProgram, the cached
+    /// uniforms; glGetError.
+    /// State: the current program. Clears one pending error.
     void setShaders(VL_String const& vertexPath, VL_String const& fragmentPath,
                     VL_String const& geometryPath);
 
     // == Textures ==
 
-    /// Reads the picture of a texture, in any format of VL_Image; an empty path takes the texture away. Does
-    /// nothing when the path is the same and the effect not dirty. Deliberate (unreadable-texture-continues):
-    /// a file that cannot be read leaves the texture with what it held, and the shader goes on to see that.
-    /// GL: none, or that of loadTextureRGB().  State: the bound texture, the texture environment.
+    /// Reads the image of a texture, in any format of VL_Image; an empty path removes the texture. Does
+    /// nothing if the path is the same and the effect is not dirty.
+    /// Deliberate (unreadable-texture-continues): a file that cannot be read leaves the former contents.
+    /// GL: without an image none; else glDeleteTextures, glGenTextures, glBindTexture, glTexParameteri x 4,
+    /// glTexImage2D, glGetError, glTexEnvf.  State: the bound texture, the texture environment.
     void setTexture(VL_String const& path, int const& index);
 
-    VL_String getTexturePath(int const& index) const;  ///< The picture's file; empty for none.
+    VL_String getTexturePath(int const& index) const;  ///< The image file; empty for none.
 
-    /// The path, for dialogs that edit it in place. The picture is read when the path is then given to
-    /// setTexture() of an effect that is dirty; see markDirty().
+    /// The path, for dialogs that edit it in place. To read the image afterwards, call markDirty() and pass
+    /// the path to setTexture().
     VL_String& refTexturePath(int const& index);
 
-    /// Whether init() copies the framebuffer for "TextureFB". Without it the texture holds what it last held.
-    /// GL: that of enable(true) when it changes.  State: the current program.
+    /// Whether init() copies the framebuffer for "TextureFB". Without it the texture keeps its contents.
+    /// GL: on a change glUseProgram and, per cached uniform, glGetUniformLocation and glUniform*.  State: the
+    /// current program.
     void grabFrameBuffer(bool const& on);
 
-    bool isGrabbingFrameBuffer() const;  ///< Whether it does. First false.
+    bool isGrabbingFrameBuffer() const;  ///< Default false.
 
     // == Variables ==
-    // A setter makes the effect dirty when the value differs from the one before; see Base_shader. First all are
-    // 0. Who writes through a pointer calls markDirty() afterwards.
+    // A setter makes the effect dirty if the value differs; see Base_shader. All defaults are 0. After
+    // writing through a pointer, call markDirty().
 
     void setFloatVar(float const& value, int const& index);
     void setVec3Var(Vector3<float> const& value, int const& index);
@@ -108,30 +110,32 @@ public:
     Vector3<float>* getVec3VarPtr(int const& index);
     Color4<float>* getVec4VarPtr(int const& index);
 
-    /// Sent as "BaseColor". First (0, 0, 0, 1).
+    /// Sent as "BaseColor". Default (0, 0, 0, 1).
     void setBaseColor(Color4<float> const& color);
 
-    /// The number of fixed-function lights that a pass switches on, from GL_LIGHT0 on. First 1.
+    /// The number of fixed-function lights that a pass enables, from GL_LIGHT0 on. Default 1.
     void setNLights(unsigned int const& count);
 
     // == Lifecycle ==
 
-    /// Loads the stages from their files, unless that is done, and keeps the program's log.
-    /// GL: that of setShaders(); glGetProgramInfoLog.
+    /// Loads the stages from their files, unless they are loaded, and stores the program's log.
+    /// GL: the calls of setShaders(); glGetProgramInfoLog.
     void create() override;
 
-    /// GL: when the framebuffer is grabbed, that of copyFramebufferToTexture().  State: the bound texture.
+    /// GL: when the framebuffer is grabbed, glGetIntegerv(GL_VIEWPORT), glBindTexture, glTexParameteri x 4,
+    /// glCopyTexImage2D.  State: the bound texture.
     void init() override;
 
     /// Opens the pass.
-    /// GL: that of enable(true) when dirty; glPushAttrib(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT); texturing off,
-    /// lighting and lights on, white, alpha blending; the textures that have a path at units 0 to 6, the copy of
-    /// the framebuffer at unit 7; the uniforms; glGetProgramInfoLog; glGetError.
+    /// GL: when dirty glUseProgram and, per cached uniform, glGetUniformLocation and glUniform*;
+    /// glPushAttrib(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT); texturing off, lighting and lights on, white, alpha
+    /// blending; the textures that have a path at units 0 to 6, the copy of the framebuffer at unit 7; the
+    /// uniforms; glGetProgramInfoLog; glGetError.
     /// State: the current color, the textures of the units, the active unit; cleanup() does not restore them.
-    /// One pending error is taken.
+    /// Clears one pending error.
     void preprocess() override;
 
-    void postprocess() override;  ///< The effect is no longer dirty. GL: none.
+    void postprocess() override;  ///< Clears the dirty flag. GL: none.
 
     /// Closes the pass. GL: glUseProgram(0), glUseProgramObjectARB(0), glPopAttrib.
     void cleanup() override;
@@ -148,15 +152,15 @@ private:
     std::array<VL_Image, PICTURES> images;          // as read from texturePaths
     std::array<unsigned int, TEXTURES> textures{};  // owned
     std::array<VL_String, PICTURES> texturePaths;   // empty: none
-    std::array<float, VARIABLES> floats{};          // any value
-    Color4<float> baseColor{0, 0, 0, 1};            // any value
-    std::array<Vector3<float>, VARIABLES> vec3s{};  // any value
-    std::array<Color4<float>, VARIABLES> vec4s{};   // any value
-    VL_String fragmentPath;                         // empty: the stage that passes on
-    VL_String geometryPath;                         // empty: no such stage
-    VL_String vertexPath;                           // empty: the stage that passes on
-    unsigned int lightCount = 1;                    // lights that are switched on
-    VL_String noPath;                               // what refTexturePath() gives for a wrong index
+    std::array<float, VARIABLES> floats{};
+    Color4<float> baseColor{0, 0, 0, 1};
+    std::array<Vector3<float>, VARIABLES> vec3s{};
+    std::array<Color4<float>, VARIABLES> vec4s{};
+    VL_String fragmentPath;       // empty: the pass-through
+    VL_String geometryPath;       // empty: no geometry stage
+    VL_String vertexPath;         // empty: the pass-through
+    unsigned int lightCount = 1;  // lights that a pass enables
+    VL_String noPath;             // returned by refTexturePath() for an index out of range
 
     using Keys = std::array<Program_gl::UniformKey, VARIABLES>;
     Keys floatKeys;

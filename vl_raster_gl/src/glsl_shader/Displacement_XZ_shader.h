@@ -7,12 +7,14 @@
 
 namespace vellum {
 
-/// Draws an ocean: a grid in the plane of x and z, moved by a texture, with sky and depth mixed by the angle of view,
-/// highlights and foam.
+/// Draws an ocean: a grid in the plane of x and z, displaced by a texture, with sky and depth colors mixed by
+/// the viewing angle, highlights and foam.
 ///
-/// A texel's red, green and blue, 0 to 1, move a point by -1 to 1 along the tangent, the normal and the binormal of the
-/// surface, along the normal times the scale; its alpha is the foam. Light is GL_LIGHT0's; a pass switches GL_LIGHT1 on
-/// as well. Highlights have ten times the shininess and three times the color of the front material.
+/// Red, green and blue of a texel, 0 to 1, displace a vertex by -1 to 1 along the tangent, the normal (times
+/// the scale) and the binormal of the surface; alpha is the foam, and 1 in an image without alpha. GL_LIGHT0
+/// lights the surface; a pass enables GL_LIGHT1 as well. Highlights have ten times the shininess and three
+/// times the color of the front material. docs/shader_spaces.md lists the spaces of the names in the shader
+/// texts.
 ///
 ///     Displacement_XZ_shader ocean;
 ///     ocean.setDisplacementTexture(waves);      // 512 x 512 texels
@@ -24,66 +26,72 @@ namespace vellum {
 ///     ocean.postprocess();
 ///     ocean.cleanup();
 ///
-/// Deliberate (axis-tangent-frame): only normals along an axis have a tangent; others are moved along x, y
-/// and z of object space. Foam needs an image with alpha: without one it counts as 1, and all is foam.
-/// Deliberate (always-dirty-ocean): the effect stays dirty, so every pass sends everything.
-/// The texture belongs to the effect and is deleted with it.
+/// Deliberate (axis-tangent-frame): vertices whose normal is not along an axis move along x, y and z.
+/// Deliberate (always-dirty-ocean): the effect stays dirty, so every pass sends every uniform. The texture
+/// belongs to the effect and is deleted with it.
 class VL_RASTER_GL_EXPORT Displacement_XZ_shader : public Base_shader {
 public:
-    /// Light from (1, 1, 0), a sea green base color (0.1, 0.3, 0.35), scale 1, one tile, 100 x 100 units, no foam, a map
-    /// of 512 texels.
+    /// Light at (1, 1, 0), base color (0.1, 0.3, 0.35), scale 1, one tile, 100 x 100 units, no foam, a map of
+    /// 512 x 512 texels.
     /// GL: glGenTextures.
     Displacement_XZ_shader();
 
-    /// An effect of its own with the same parameters and no texture. GL: none before its first use.
+    /// Copies the parameters, not the texture. GL: none before its first use.
     Displacement_XZ_shader(Displacement_XZ_shader const& other);
 
-    /// GL: glDeleteTextures, then that of Base_shader.
+    /// GL: glDeleteTextures, then glDeleteProgram and glDeleteShader per stage.
     ~Displacement_XZ_shader() override;
 
     // == Parameters ==
 
-    /// Sent as "lightpos"; the effect's own texts read GL_LIGHT0 instead.
+    /// Sent as "lightpos"; the built-in texts read GL_LIGHT0 instead.
     void setLightPosition(float const& x, float const& y, float const& z, float const& w);
 
     void setBaseColor(float const& r, float const& g, float const& b,
                       float const& a);  ///< A fifth of the color.
     void setScale(float const& scale);  ///< The displacement along the normal.
 
-    /// The size of the grid that one tile of the map covers, in units. Normals are taken on it.
+    /// The size of the part of the grid that one tile of the map covers, in units. Normals are computed from
+    /// it.
     void setDim_X(float const& size);
     void setDim_Z(float const& size);
 
-    /// What texture coordinates are multiplied by: the number of tiles in their range 0 to 1.
+    /// The number of tiles in the range 0 to 1 of the texture coordinates.
     void setRepeat_U(float const& tiles);
     void setRepeat_V(float const& tiles);
 
-    /// The width and height of the map in texels. Normals are taken from texel to texel.
+    /// The width and height of the map in texels. Normals are computed from neighboring texels.
     void setResolution(int const& texels);
 
-    /// How much foam there is: 0 where alpha is exactly 1 alone, 1 wherever it is above 0. Foam sets in where alpha is
-    /// 1 - threshold, and grows with the square from there on.
+    /// The amount of foam. Foam begins where alpha is 1 - threshold and grows with the square of the excess:
+    /// with 0 only alpha 1 is foam, with 1 every alpha above 0.
     void setFoamThreshold(float const& threshold);
 
-    /// Uploads an image into the texture, as floats. An empty one does nothing.
-    /// GL: that of Base_shader::loadTexture().
+    /// Uploads an image to the texture, as floats. An empty image is ignored.
+    /// GL: glDeleteTextures, glGenTextures, glBindTexture, glTexParameteri x 4, glTexImage2D, glGetError,
+    /// glTexEnvf.
     void setDisplacementTexture(VL_Image const& image);
 
     // == Lifecycle ==
 
-    /// Compiles and links the stages, takes the program into use and keeps its log.
+    /// Compiles and links the stages, takes the program into use and stores its log.
+    /// GL: the calls of Shader_gl::loadShaderSource() for two stages, glCreateProgram, glAttachShader x 2,
+    /// glLinkProgram, glUseProgram, glGetProgramInfoLog.  State: the current program.
     void create() override;
 
     /// GL: glUseProgram. State: the current program.
     void init() override;
 
     /// Opens the pass.
-    /// GL: that of enable(true); glPushAttrib(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT); texturing off, lighting, GL_LIGHT0 and
-    /// GL_LIGHT1 on, white, alpha blending; glGetIntegerv(GL_VIEWPORT); the uniforms; the texture; the log.
-    /// State: the current color, the active texture unit (1) and its 2-D texture, which cleanup() does not restore.
+    /// GL: glUseProgram and, per cached uniform, glGetUniformLocation and glUniform*;
+    /// glPushAttrib(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT); texturing off, lighting, GL_LIGHT0 and GL_LIGHT1
+    /// on, white, alpha blending; glGetIntegerv(GL_VIEWPORT); the uniforms; glActiveTexture, glBindTexture;
+    /// glGetProgramInfoLog.
+    /// State: the current color, the active texture unit (1) and its 2-D texture, which cleanup() does not
+    /// restore.
     void preprocess() override;
 
-    void postprocess() override;  ///< Deliberate (always-dirty-ocean): nothing; see the class. GL: none.
+    void postprocess() override;  ///< Deliberate (always-dirty-ocean): empty. GL: none.
 
     /// Closes the pass. GL: glUseProgram(0), glUseProgramObjectARB(0), glPopAttrib.
     void cleanup() override;
@@ -99,7 +107,7 @@ private:
     float dimX = 100;                      // units that a tile covers
     float dimZ = 100;                      // units that a tile covers
     float foamThreshold = 0;               // 0 none, 1 all
-    bool flag = false;                     // cleared by create(); part of the interface's layout
+    bool flag = false;                     // cleared by create(), not used; part of the interface's layout
     int resolution = 512;                  // texels across the map
     unsigned int displacementTexture = 0;  // owned; 0 until it has a name
 };

@@ -8,13 +8,13 @@
 
 namespace vellum {
 
-/// What the three particle effects have in common: parameters, the colors of magnitudes, the pass.
+/// The base of the three particle effects: parameters, color ramp, pass.
 ///
-/// The vertex color of a particle carries a vector. Its length, or one component of it, divided by the
-/// magnitude scale, is placed between the minimum and the maximum magnitude and gives a color between the
-/// minimum and the maximum color, or the clamp color above them. Below the minimum the line through the two
-/// colors goes on; at last each channel is limited to 0 to 1. Where the two magnitudes are equal all particles
-/// have the minimum color.
+/// The vertex color of a particle carries a vector. Its length, or one of its components, is divided by the
+/// magnitude scale. The minimum and the maximum magnitude have the minimum and the maximum color; magnitudes
+/// between them are interpolated, magnitudes above have the clamp color, magnitudes below are extrapolated.
+/// Finally each channel is clamped to 0 to 1. If the two magnitudes are equal, all particles have the minimum
+/// color.
 ///
 /// Use, by the particle renderer:
 ///
@@ -25,17 +25,17 @@ namespace vellum {
 ///     effect.postprocess();
 ///     effect.cleanup();
 ///
-/// A setter makes the effect dirty when the value differs from the one before; see Base_shader.
+/// A setter makes the effect dirty if the value differs; see Base_shader.
 class VL_RASTER_GL_EXPORT Impostor_shader : public Base_shader {
 public:
     ~Impostor_shader() override;
 
     // == Parameters ==
 
-    /// Sent as "LightPos"; the effects' own texts do not read it.
+    /// Sent as "LightPos"; the built-in texts do not read it.
     void setLightPosition(float const& x, float const& y, float const& z, float const& w);
 
-    /// The number of fixed-function lights that a pass switches on, from GL_LIGHT0 on.
+    /// The number of fixed-function lights that a pass enables, from GL_LIGHT0 on.
     void setNLights(unsigned int const& count);
 
     void setMinColor(Color4<float> color);       ///< At the minimum magnitude; alpha is not used.
@@ -43,54 +43,57 @@ public:
     void setMaxClampColor(Color4<float> color);  ///< Above it; alpha is not used.
     void setMinMagnitude(float magnitude);
     void setMaxMagnitude(float magnitude);
-    void setMagnitudeScale(float scale);  ///< What magnitudes are divided by.
-    void setSize(float size);             ///< Of a sphere or an arrow; points have GL's point size.
+    void setMagnitudeScale(float scale);  ///< Divides all magnitudes.
+    void setSize(float size);             ///< Of spheres and arrows; points have GL's point size.
 
-    /// Which quantity gives the color, as the constructor was told.
+    /// The quantity that gives the color, from the constructor.
     Base_shader::ProcessType const& processType() const { return type; }
 
     // == Lifecycle ==
 
-    /// Loads, attaches and links the stages; keeps the program's log.
+    /// Loads, attaches and links the stages; stores the program's log.
+    /// GL: the calls of Shader_gl::loadShaderSource() per stage, glCreateProgram, glAttachShader per stage,
+    /// glProgramParameteriEXT x 3 on drivers with the extension, glLinkProgram, glUseProgram,
+    /// glGetProgramInfoLog.  State: the current program.
     void create() override;
 
     /// GL: glUseProgram. State: the current program.
     void init() override;
 
     /// Opens the pass.
-    /// GL: that of enable(true) when dirty; glPushAttrib(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT); texturing off,
-    /// lighting and lights on, white, alpha blending; for arrows glLineWidth(2); glGetIntegerv(GL_VIEWPORT);
-    /// glUseProgram; the uniforms.
+    /// GL: when dirty glUseProgram and, per cached uniform, glGetUniformLocation and glUniform*;
+    /// glPushAttrib(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT); texturing off, lighting and lights on, white, alpha
+    /// blending; for arrows glLineWidth(2); glGetIntegerv(GL_VIEWPORT); glUseProgram; the uniforms.
     /// State: the current color and, for arrows, the line width, which cleanup() does not restore.
     void preprocess() override;
 
-    void postprocess() override;  ///< The effect is no longer dirty. GL: none.
+    void postprocess() override;  ///< Clears the dirty flag. GL: none.
 
     /// Closes the pass. GL: glUseProgram(0), glUseProgramObjectARB(0), glPopAttrib.
     void cleanup() override;
 
-    /// Makes the stages and attaches them. Called by create().
+    /// Creates the stages and attaches them. Called by create().
     void createShadersGeometry();
 
 protected:
-    /// In what the three effects differ.
+    /// The differences between the three effects.
     struct Kind {
-        char const* vertexDeclarations;  ///< varyings of the vertex stage, and uniforms of its own
+        char const* vertexDeclarations;  ///< further varyings and uniforms of the vertex stage
         char const* vertexOutputs;       ///< statements that set them and gl_Position
-        bool isFullRateClamped;  ///< magnitudes at the maximum have the clamp color, not the maximum's
+        bool isFullRateClamped;          ///< magnitudes at the maximum have the clamp color
         /// Deliberate (process-types-above-4): they give the maximum color, not the color of the length.
         bool isOtherTypeConstant;
         char const* geometry;         ///< body of the geometry stage, or null
-        unsigned int geometryOutput;  ///< GL primitive that it gives
+        unsigned int geometryOutput;  ///< GL primitive of its output
         char const* fragment;         ///< the fragment stage
-        bool isSizeLast;              ///< "size" is sent behind the colors
-        float lineWidth;              ///< pixels; 0 leaves it alone
+        bool isSizeLast;              ///< "size" is sent after the colors
+        float lineWidth;              ///< pixels; 0: unchanged
     };
 
     Impostor_shader(Kind const& kind, Base_shader::ProcessType const& type);
 
-    /// Takes over colors, magnitudes, scale and size. Deliberate (partial-effect-copy): not light, light
-    /// count and process type.
+    /// Copies colors, magnitudes, scale and size.
+    /// Deliberate (partial-effect-copy): not light, light count and process type.
     void _copy(Impostor_shader const& other);
 
 private:

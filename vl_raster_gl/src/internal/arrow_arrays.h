@@ -8,16 +8,16 @@
 
 namespace vellum {
 
-// What one arrow takes of the arrays that draw many at once.
+// The share of one arrow in the arrays that draw many at once.
 inline constexpr unsigned int VERTICES_PER_ARROW = 10;
 inline constexpr unsigned int TRIANGLE_INDICES_PER_ARROW = 12;
 inline constexpr unsigned int LINE_INDICES_PER_ARROW = 2;
 inline constexpr unsigned int QUAD_INDICES_PER_ARROW = 4;
 
-/// The points of some arrows, component by component: what stands next to each other is computed at once.
+/// The points of some arrows, component by component, so that the compiler vectorizes across arrows.
 struct ArrowPoints {
     static constexpr unsigned int POINTS = 5;   // the tip, then the four corners of the head's base
-    static constexpr unsigned int ARROWS = 32;  // few enough to stay in the processor's nearest cache
+    static constexpr unsigned int ARROWS = 32;  // few enough for the first-level cache
 
     float x[POINTS][ARROWS];
     float y[POINTS][ARROWS];
@@ -26,8 +26,8 @@ struct ArrowPoints {
     /// \param count of the arrows, at most ARROWS.
     void compute(Vector3<float> const* tails, Vector3<float> const* directions, float const& scale,
                  unsigned int const& count) {
-        // The choice of the sides has a loop of its own: together with the divisions it would be a branch, and
-        // a loop with branches is not worked off several arrows at once.
+        // The sides are selected in a separate loop: together with the divisions the selection would be a
+        // branch, and loops with branches are not vectorized.
         float vx[ARROWS];  // from tail to tip
         float vy[ARROWS];
         float vz[ARROWS];
@@ -76,7 +76,7 @@ private:
     }
 };
 
-/// Tip, base corners, tail, and the corners once more: the base has a color of its own.
+/// Tip, base corners, tail, and the corners once more: the base has another color.
 ///
 ///     0 tip     1 2 3 4 base corners of the sides     5 tail     6 7 8 9 corners of the base
 inline void writeArrowVertices(ArrowPoints const& points, unsigned int const& arrow,
@@ -101,7 +101,7 @@ inline constexpr unsigned int TRIANGLE_INDICES[TRIANGLE_INDICES_PER_ARROW] = {0,
 inline constexpr unsigned int LINE_INDICES[LINE_INDICES_PER_ARROW] = {5, 0};
 inline constexpr unsigned int QUAD_INDICES[QUAD_INDICES_PER_ARROW] = {6, 7, 8, 9};
 
-/// The indices of one arrow: `pattern` counted from its first vertex.
+/// The indices of one arrow: `pattern` relative to its first vertex.
 template <unsigned int N>
 void writeArrowIndices(unsigned int const (&pattern)[N], unsigned int const& firstVertex, unsigned int* out) {
     unsigned int const k = firstVertex;

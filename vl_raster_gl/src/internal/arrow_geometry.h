@@ -16,19 +16,19 @@ inline constexpr float BUFFERED_HEAD_BASE_SHADE = 0.8F;  // and of arrows in arr
 inline constexpr float BARB_TANGENT = 0.5F;              // of the angle between a flat arrow and its barbs
 inline constexpr Color4<float> DEFAULT_ARROW_COLOR{240.0F / 255.0F, 248.0F / 255.0F, 1.0F, 1.0F};
 
-// No float lies between this one and the decimal 1e-14, so lengths compare alike with both.
+// No float lies between this one and the decimal 1e-14, so a comparison with either gives the same result.
 static_assert(static_cast<double>(SHORTEST_DIRECTION) <= 1e-14);
 
 inline bool hasDirection(float const& length) {
     return length > SHORTEST_DIRECTION;
 }
 
-/// The direction across an arrow in which its head is wide, before it is made a unit vector: (x, 0, z).
-/// Straight up or down it is (1, 0, 0).
+/// The horizontal direction across an arrow, before normalization: (x, 0, z). For an arrow along Y it is (1,
+/// 0, 0).
 struct HeadSide {
     float x;
     float z;
-    float length;  // above 0, or not a number: dividing by it is safe
+    float length;  // above 0, or NaN: never divides by 0
 
     explicit HeadSide(Vector3<float> const& direction) {
         float const sideways = vellum::length(Vector3<float>{-direction.z, 0.0F, direction.x});
@@ -49,14 +49,13 @@ struct HeadSide {
 struct ArrowHead {
     Vector3<float> corners[4];  // K1 to K4
 
-    /// \param direction of the arrow; needs not be a unit vector. Not guarded: for a zero direction the corners
-    ///        are not numbers.
+    /// \param direction of the arrow; need not be a unit vector. For a zero direction the corners are NaN.
     /// \param base where the head begins.
     /// \param halfWidth half the side of the base.
     ArrowHead(Vector3<float> const& direction, Vector3<float> const& base, float const& halfWidth)
         : ArrowHead(direction, HeadSide(direction), base, halfWidth) {}
 
-    /// The same with the side that belongs to the direction.
+    /// The same with the precomputed side of the direction.
     ArrowHead(Vector3<float> const& direction, HeadSide const& side, Vector3<float> const& base,
               float const& halfWidth) {
         Vector3<float> const a = Vector3<float>{side.x, 0.0F, side.z} * (1.0F / side.length);

@@ -2,8 +2,8 @@
 
 namespace vellum {
 
-/// For fragment stages: `vec3 displacedNormal(vec2 q)`, the normal of the displaced surface at a texel, from the six
-/// triangles around it; the grid lies in the plane of x and z.
+/// For fragment stages: `vec3 displacedNormal(vec2 q)`, the normal of the displaced surface at a texel, from
+/// the six triangles around it; the grid lies in the plane of x and z.
 ///
 ///     p1 -- p2
 ///     |   / | \          (offsets of the texels: p1 (-1, 1), p2 (0, 1), p3 (-1, 0), p4 (1, 0),
@@ -11,7 +11,7 @@ namespace vellum {
 ///       \ | /   |
 ///         p5 -- p6
 ///
-/// The text before it has `vec3 displacePoint(vec2 q)`, where a texel's point is.
+/// The preceding text defines `vec3 displacePoint(vec2 q)`, the displaced point of a texel.
 constexpr char const* DISPLACED_NORMAL = R"(
 vec3 triangleNormal(vec3 a, vec3 b, vec3 c)
 {

@@ -7,8 +7,8 @@
 
 namespace vellum {
 
-/// The square grid that shows a plane: around the plane's point nearest the origin, turned by the rotation
-/// that takes +Y onto the plane's normal.
+/// The square grid that shows a plane: around the plane's point nearest to the origin, rotated as +Y is
+/// rotated onto the plane's normal.
 struct PlaneGrid {
     Vector3<float> center;
     Vector3<float> axisX;  // unit vectors in the plane
