@@ -12,7 +12,7 @@ namespace vellum {
 
 namespace {
 
-// Deliberate (size-in-geometry-stage): "size" is a uniform of the geometry stage alone.
+// Deliberate (size-in-geometry-stage): no `uniform float size` here.
 constexpr char const* VERTEX_DECLARATIONS = R"(varying mat4 matrix;
 varying vec3 magnitude;
 )";
@@ -22,14 +22,16 @@ constexpr char const* VERTEX_OUTPUTS = R"(    magnitude = gl_Color.rgb;
     gl_Position = gl_Vertex;
 )";
 
-// A shaft and a head in one line strip, in clip coordinates; p2 is the vector on the screen:
+// A shaft and a head in one line strip, in clip space; p2 is the projected vector. size: factor of its
+// length.
 //
 //                 p3
 //     begin ------------- p2 ------------- p4
 //                 p5
 //
-// The strip runs begin, p2, p3, p4, p5, p2. The head's back corners are the vector cut to two thirds and turned
-// by 0.8 radians to either side; its point is twice as far away as p2.
+// The strip is begin, p2, p3, p4, p5, p2. The back corners of the head are the vector shortened to two thirds
+// and rotated by 0.8 radians to either side; its tip is twice as far away as p2. The outputs that only the
+// sphere reads are written too, as GLSL leaves outputs without a value undefined.
 constexpr char const* GEOMETRY = R"(uniform float size;
 STAGE_IN mat4 matrix[];
 STAGE_IN vec3 magnitude[];
@@ -88,6 +90,7 @@ std::string& watchedFolder() {
     return folder;
 }
 
+// One for all arrow effects, as the files are common to them.
 std::time_t lastReload = 0;
 
 }  // namespace
@@ -117,6 +120,7 @@ void ArrowRendering_shader::reloadShaders() {
         struct stat status = {};
         std::string const path = watchedFolder() + "/shaders/" + name;
         if (stat(path.c_str(), &status) == 0 && status.st_mtime > lastReload) {
+            // Deliberate (unread-arrow-sources): the time counts, not the contents.
             lastReload = status.st_mtime;
             std::cout << " RELOADING!\n" << std::flush;
             reload();

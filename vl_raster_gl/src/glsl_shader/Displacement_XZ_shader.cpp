@@ -13,13 +13,12 @@ namespace vellum {
 
 namespace {
 
-constexpr unsigned int LIGHTS = 2;  // that a pass switches on
+constexpr unsigned int LIGHTS = 2;  // enabled by a pass; the built-in texts read the first
 constexpr int DISPLACEMENT_UNIT = 1;
 
-// Moves the vertex by its texel, -1 to 1 by channel, in the frame of its normal; scale is that along the normal,
-// repeat_u and repeat_v are in tiles.
-// Deliberate (axis-tangent-frame): a frame is built only where the normal is parallel to an axis, as
-// everywhere on a flat grid.
+// Displaces the vertex by its texel, -1 to 1 per channel, in the tangent frame of its normal. scale: factor
+// along the normal; repeat_u, repeat_v: tiles. epsilon is the distance between 1 and the next float.
+// Deliberate (axis-tangent-frame): other normals have the identity as their frame.
 constexpr char const* VERTEX = R"(uniform sampler2D displacementMap;
 uniform float scale;
 uniform float repeat_u;
@@ -53,7 +52,8 @@ void main()
 }
 )";
 
-// dim_X and dim_Z are the units that a tile of the map covers, resolution its texels.
+// dim_X, dim_Z: object units per tile of the map; resolution: texels across the map; foamThreshold: 0 to 1.
+// normalsMap is declared and not read.
 constexpr char const* FRAGMENT_DECLARATIONS = R"(uniform sampler2D normalsMap;
 uniform sampler2D displacementMap;
 uniform vec4 basecolor;
@@ -74,9 +74,9 @@ vec3 displacePoint(vec2 q)
 }
 )";
 
-// The more the water is seen from above, the more of its depth shows, and the less of the sky.
-// foamThreshold 0 divides by 0: the foam is then 1 where the division would be 0 / 0, and the driver's own answer
-// elsewhere, as with alphas above 1.
+// The Fresnel term mixes the depth color (seen from above) with the sky color (seen at a low angle). The
+// swapped x and z of flatNormal turn the rebuilt normal into the tangent frame. foamThreshold 0 divides by 0:
+// 0 / 0 counts as 1, and other quotients, from alphas above 1, are left to the driver.
 constexpr char const* FRAGMENT_MAIN = R"(
 float foam(float m)
 {
@@ -124,7 +124,7 @@ Displacement_XZ_shader::Displacement_XZ_shader() {
     _nameTexture();
 }
 
-// The texture gets its name on the first use.
+// The copy must work without a context, so its texture is created on the first use.
 Displacement_XZ_shader::Displacement_XZ_shader(Displacement_XZ_shader const& other)
     : Base_shader(other)
     , lightPosition(other.lightPosition)

@@ -14,8 +14,9 @@ namespace {
 
 enum TextureUnit : int { ENVIRONMENT_UNIT = 0, REFRACTION_UNIT = 1 };
 
-// Hands on the geometry in eye and in clip coordinates, and how much of the first two lights arrives. There are
-// more than one light on every driver, so that both can be read without asking.
+// Passes normal and position on (see docs/shader_spaces.md: EyeDir is an eye-space position, EyePos is in
+// clip space), and the cosines of the first two lights.
+// Deliberate (both-lights-in-glass): every driver has at least 8 lights, so both can be read.
 constexpr char const* VERTEX = R"(const int nLights = gl_MaxLights;
 
 varying vec3 Normal;
@@ -37,16 +38,19 @@ void main()
 }
 )";
 
-// Mixes the reflected surroundings with what lies behind the surface.
+// Mixes the reflected environment with the refracted framebuffer. BaseColor: red, green, blue; Depth:
+// refraction in normalized device coordinates; MixRatio: factor of the Fresnel term; Frame* and texture*:
+// pixels.
 //
-// The surroundings' picture has two halves, side by side. The cosine between a direction and the x axis places
-// it in its half, that between the direction and the y axis gives the height:
+// The environment image has two halves, side by side. The cosine between a direction and the x axis is its
+// position in the half, the cosine between the direction and the y axis its height:
 //
 //     x -1 ... 1 | x 1 ... -1
 //     z >= 0     | z < 0
 //
-// The copy of the frame lies in the lower left corner of a texture whose sizes are powers of two. Look-ups are
-// kept inside the frame before they are scaled to the part of the texture that the frame takes.
+// The copy of the frame lies in the lower left corner of a texture with power-of-two sizes. A look-up is
+// clamped to the frame before it is scaled to that corner: clamping afterwards would read texels beyond the
+// frame.
 constexpr char const* FRAGMENT = R"(const int nLights = gl_MaxLights;
 
 uniform vec3 BaseColor;
@@ -103,6 +107,7 @@ void main()
 }
 )";
 
+// Without a render layer the effect can be constructed and copied; 0 is no texture.
 unsigned int makeTexture() {
     return VL_Raster != nullptr ? VL_Raster->createTexture() : 0;
 }
@@ -116,6 +121,7 @@ Glass_shader::Glass_shader(Glass_shader const& other) : Glass_shader() {
 }
 
 Glass_shader::~Glass_shader() {
+    // The render layer may be gone before the effect; the context then deletes its textures.
     if (VL_Raster != nullptr) {
         VL_Raster->destroyTexture(environmentTexture);
         VL_Raster->destroyTexture(refractionTexture);
@@ -128,7 +134,8 @@ void Glass_shader::copy(Glass_shader const& other) {
     if (created) {
         setEnvironmentTexture(other.environmentPath);
     } else {
-        _store(environmentPath, other.environmentPath);  // create() loads it
+        // Without a context nothing can be uploaded; create() loads the file.
+        _store(environmentPath, other.environmentPath);
     }
 }
 
@@ -168,6 +175,7 @@ void Glass_shader::create() {
     _loadStages(VERTEX, FRAGMENT);
     program->attach(stage1, stage2, nullptr);
     created = true;
+    // The size counts the terminating zero. A clean effect that is created again still has its texture.
     if (environmentPath.size() > 1 && dirty) {
         loadTextureRGB(environmentPath, environmentTexture);
     }
@@ -193,6 +201,7 @@ void Glass_shader::preprocess() {
     program->setUniform("Depth", depth);
     program->setUniform("MixRatio", mixRatio);
     _sendFrameSize(frame);
+    // Samplers are not cached by the program, so every pass binds them.
     program->setUniformSampler("EnvMap", environmentTexture, ENVIRONMENT_UNIT);
     program->setUniformSampler("RefractionMap", refractionTexture, REFRACTION_UNIT);
     program->setUniform("nLights", static_cast<int>(lightCount));
@@ -204,6 +213,7 @@ void Glass_shader::postprocess() {
 
 void Glass_shader::cleanup() {
     _closePass();
+    // Deliberate (freed-refraction-name): init() uses the name again.
     if (VL_Raster != nullptr) {
         VL_Raster->destroyTexture(refractionTexture);
     }

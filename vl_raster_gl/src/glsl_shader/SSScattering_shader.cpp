@@ -4,8 +4,9 @@ namespace vellum {
 
 namespace {
 
-// Deliberate (clip-space-lighting): the position in clip coordinates stands in for the one in eye coordinates
-// throughout. Positions of lights are in eye coordinates all the same.
+// Passes normal, position and light vectors on; for their spaces see docs/shader_spaces.md (worldNormal is in
+// eye space). nLights: 1 or 2.
+// Deliberate (clip-space-lighting): vertPos, eyeVec and lightVec use the clip-space position.
 constexpr char const* VERTEX = R"(uniform int nLights;
 
 varying vec3 worldNormal;
@@ -33,8 +34,13 @@ void main()
 }
 )";
 
-// Deliberate (swapped-clamp): the clamp of the highlight has the value 0, the lower bound 1 and the cosine as
-// its upper bound. With the arguments in another order the highlight would be 0 or 1 in other places.
+// Wrapped diffuse light, light through the material, rim and highlight. MaterialThickness: intensity of the
+// light through the material; ExtinctionCoefficient: its transmitted part per channel; RimScalar: brightness
+// of the rim; nLights: 1 or 2. The attenuation, 10 / distance within 0.1 and 4, and the weight 0.05 of the
+// highlight are matters of taste.
+//
+// Half-Lambert maps the cosine from -1 ... 1 to 0 ... 1, so that light wraps around the surface.
+// Deliberate (swapped-clamp): value 0, lower bound 1, the cosine as the upper bound.
 constexpr char const* FRAGMENT = R"(uniform float MaterialThickness;
 uniform vec3 ExtinctionCoefficient;
 uniform vec4 BaseColor;
@@ -101,6 +107,7 @@ SSScattering_shader::SSScattering_shader(SSScattering_shader const& other) : SSS
 SSScattering_shader::~SSScattering_shader() = default;
 
 void SSScattering_shader::copy(SSScattering_shader const& other) {
+    // Setters enable the effect. Before its first use that would create it, which needs a context.
     if (created) {
         setMaterialThickness(other.materialThickness);
         setExtinctionCoefficient(other.extinctionCoefficient);
@@ -114,8 +121,7 @@ void SSScattering_shader::copy(SSScattering_shader const& other) {
 
 // == Parameters ==
 
-// Deliberate (enabling-setters): being another value does not make the effect dirty; enabling it at once
-// takes the place of that.
+// Deliberate (enabling-setters): a changed value enables the effect at once and does not make it dirty.
 template <class Value>
 void SSScattering_shader::_storeAndEnable(Value& parameter, Value const& value) {
     bool const isOther = parameter != value;
@@ -154,7 +160,7 @@ void SSScattering_shader::setNLights(unsigned int const& count) {
 void SSScattering_shader::create() {
     _loadStages(VERTEX, FRAGMENT);
     program->attach(stage1, stage2, nullptr);
-    created = true;
+    created = true;  // first: the setters below call enable(), which would create the effect again
     setBaseColor(baseColor.r, baseColor.g, baseColor.b, baseColor.a);
     setExtinctionCoefficient(extinctionCoefficient);
     setMaterialThickness(materialThickness);

@@ -16,12 +16,13 @@ constexpr char const* VERTEX_OUTPUTS = R"(    vradius = size;
     gl_Position = gl_Vertex;
 )";
 
-// A square around the particle in clip coordinates:
+// A square around the particle in clip space, so that the perspective division makes distant spheres smaller:
 //
 //     2 (-1, 1)    4 (1, 1)
 //     1 (-1, -1)   3 (1, -1)
 //
-// The light direction is fixed.
+// The light direction is fixed: the renderer's lights do not change the shading of particles. eye_position is
+// the center in clip space; see docs/shader_spaces.md.
 constexpr char const* GEOMETRY = R"(STAGE_IN mat4 matrix[];
 STAGE_IN float vradius[];
 STAGE_OUT vec2 TexCoord;
@@ -51,8 +52,9 @@ void main()
 }
 )";
 
-// The sphere's surface over the square. Half-Lambert shading: never darker than half. The depth is that of the
-// center moved toward the viewer by the height of the surface.
+// The sphere's surface over the square; fragments outside the disc are discarded. Half-Lambert shading, 0.5
+// to 1, keeps the color recognizable on the dark side. The depth is the depth of the center, moved toward the
+// viewer in eye space by the height of the surface, so that spheres intersect.
 constexpr char const* FRAGMENT = R"(varying vec2 TexCoord;
 varying vec3 vertex_light_position;
 varying float radius;
