@@ -24,7 +24,7 @@ constexpr GLenum TOTAL_MEMORY_NVX = 0x9048;  // GL_GPU_MEMORY_INFO_TOTAL_AVAILAB
 constexpr GLenum FREE_MEMORY_NVX = 0x9049;   // GL_GPU_MEMORY_INFO_CURRENT_AVAILABLE_VIDMEM_NVX, kilobytes
 constexpr GLbitfield OVERLAY_ATTRIBUTES = GL_VIEWPORT;  // see pushViewportOrtho()
 constexpr GLint STIPPLE_FACTOR = 3;
-constexpr GLushort STIPPLE_PATTERN = 0xAAAA;
+constexpr GLushort STIPPLE_PATTERN = 0xAAAA;  // every second bit; the factor makes them three pixels
 constexpr long FIRST_VERSION_WITH_SHADERS = 2;
 
 // == Errors and logs ==
@@ -51,7 +51,7 @@ char const* errorName(GLenum const& code) {
     }
 }
 
-/// The log of a shader or program whose `statusName` is GL_FALSE; false when there is nothing to print.
+/// The log of a shader or program whose `statusName` is GL_FALSE; false without a text to print.
 template <class GetInteger, class GetLog>
 bool readFailureLog(GLuint const& object, GLenum const& statusName, GetInteger const& getInteger,
                     GetLog const& getLog, std::string& log) {
@@ -66,6 +66,7 @@ bool readFailureLog(GLuint const& object, GLenum const& statusName, GetInteger c
     std::vector<char> buffer(static_cast<std::size_t>(length), '\0');
     GLsizei written = 0;
     getLog(object, length, &written, buffer.data());
+    // A driver whose length does not count the zero would leave the text unterminated.
     buffer.back() = '\0';
     log = buffer.data();
     return true;
@@ -73,8 +74,8 @@ bool readFailureLog(GLuint const& object, GLenum const& statusName, GetInteger c
 
 // == The texture queue ==
 
-/// Holds the lock of the texture queue while it lives. It waits busily: the lock is held for an append or a
-/// drain only.
+/// Holds the lock of the texture queue while it lives. It spins instead of sleeping, because the lock is held
+/// for an append or a drain only.
 class SpinGuard {
 public:
     explicit SpinGuard(std::atomic<std::uint32_t>& lockWord) : word(lockWord) {
@@ -112,8 +113,7 @@ void setClamping(TextureClampingMode const& clamping) {
         setWrapMode(GL_CLAMP_TO_BORDER);
         break;
     case TEXTURE_CLAMPING_WITHOUT_MEANING:
-        // Deliberate (wrap-mode-2): the mode's own number, which GL refuses; the wrap mode stays at its
-        // default.
+        // Deliberate (wrap-mode-2): no GL wrap mode; GL reports GL_INVALID_ENUM.
         setWrapMode(2.0F);
         break;
     case TEXTURE_CLAMP:
@@ -128,7 +128,8 @@ void setTextureEnvironment(GLenum const& mode) {
     glTexEnvf(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, static_cast<GLfloat>(mode));
 }
 
-/// Makes a texture and leaves it enabled and bound, ready for its image.
+/// Creates a texture and leaves it enabled and bound, ready for its image. Sets the alignment first: rows of
+/// RGB images are not multiples of GL's default of 4 bytes.
 void beginTexture(unsigned int& texture, TextureClampingMode const& clamping) {
     glEnable(GL_TEXTURE_2D);
     glGenTextures(1, &texture);
@@ -140,7 +141,7 @@ void beginTexture(unsigned int& texture, TextureClampingMode const& clamping) {
     setClamping(clamping);
 }
 
-/// GL's pixel format for a channel count, 0 where there is none.
+/// GL's pixel format for a channel count, 0 for none.
 GLenum pixelFormat(int const& channels) {
     switch (channels) {
     case 3:
@@ -152,7 +153,7 @@ GLenum pixelFormat(int const& channels) {
     }
 }
 
-/// GL's component type for a channel width in bits, 0 where there is none.
+/// GL's component type for a channel width in bits, 0 for none.
 GLenum pixelType(int const& bitsPerChannel) {
     switch (bitsPerChannel) {
     case 8:
@@ -200,7 +201,8 @@ void drawQuad(Vector3<float> const& a, Vector3<float> const& b, Vector3<float> c
     glEnd();
 }
 
-/// The six faces of a box; `beforeCorner(i)` is called before corner i is sent.
+/// The six faces of a box; `beforeCorner(i)` is called before corner i is sent. With `wire` each face sends
+/// its first corner again, so that thirty vertices pair up to lines.
 template <class BeforeCorner>
 void drawBox(BoxCorners const& corners, bool const& wire, BeforeCorner const& beforeCorner) {
     glBegin(wire ? GL_LINES : GL_QUADS);
@@ -230,7 +232,8 @@ void drawBox(Box3<float> const& box, Tuple8<Vector3<float>> const& colors, bool 
     drawBox(boxCorners(box), wire, [&](unsigned int const& corner) { glColor3fv(&cornerColors[corner]->x); });
 }
 
-/// The lattice of either record type.
+/// The points of a lattice of any record type. A counter is rounded to float before the multiplication, also
+/// in a lattice of doubles; that rounding is part of the result.
 template <class Points>
 void drawLattice(Points const& points) {
     using Scalar = decltype(points.origin.x);
@@ -257,7 +260,9 @@ void drawCircle(float const& radius) {
     glEnd();
 }
 
-/// The strip of an ellipse about `center`; `point(cosine, sine)` gives its points in the moved frame.
+/// The strip of an ellipse around `center`; `point(cosine, sine)` returns its points relative to the center.
+/// The angle is rounded to float, unlike the angle of renderEllipse3(); both roundings are part of the
+/// result.
 template <class Point>
 void drawAxisEllipse(Vector3<float> const& center, Point const& point) {
     glPushMatrix();
@@ -289,7 +294,7 @@ Vector3<float> alongAxis(VL_AXIS const& axis, float const& distance) {
             axis == VL_AXIS_Z ? distance : 0.0F};
 }
 
-/// Turns what is modeled along +Z onto an axis.
+/// Rotates a model along +Z onto an axis.
 void rotateToAxis(VL_AXIS const& axis) {
     if (axis == VL_AXIS_X) {
         glRotatef(90.0F, 0.0F, 1.0F, 0.0F);
@@ -302,7 +307,7 @@ void translate(Vector3<float> const& offset) {
     glTranslatef(offset.x, offset.y, offset.z);
 }
 
-/// A move handle: a cone and a segment from the origin to it. `name` is null where none is to be loaded.
+/// A move handle: a cone and a segment from the origin to it. A null `name` loads no picking name.
 void drawAxisArrow(Core_RL& layer, VL_AXIS const& axis, unsigned int const* name, float const& size) {
     constexpr float CONE_PLACE = 0.9F;
     constexpr double CONE_RADIUS = 0.1;
@@ -311,6 +316,7 @@ void drawAxisArrow(Core_RL& layer, VL_AXIS const& axis, unsigned int const* name
 
     layer.pushFillingFront(FILLING_SOLID);
     layer.pushFillingBack(FILLING_SOLID);
+    // gluCylinder draws in the current polygon mode, so the fillings are pushed before.
     GLUquadric* const quadric = gluNewQuadric();
     if (name != nullptr) {
         glLoadName(*name);
@@ -319,6 +325,7 @@ void drawAxisArrow(Core_RL& layer, VL_AXIS const& axis, unsigned int const* name
         glPushMatrix();
         translate(alongAxis(axis, CONE_PLACE));
         rotateToAxis(axis);
+        // gluNewQuadric returns null when memory is short. The segment is still drawn.
         if (quadric != nullptr) {
             gluCylinder(quadric, CONE_RADIUS, 0.0, static_cast<double>(size), SLICES, STACKS);
         }
@@ -385,7 +392,7 @@ Vector3<float> translationOf(Matrix4<float> const& frame) {
 
 // == Arrow arrays ==
 
-/// Makes room for `size` elements that the caller writes; the old contents are not kept.
+/// Sets the size for a caller that overwrites all elements; the old contents are not kept.
 template <class T>
 void resizeToOverwrite(Array<T>& array, unsigned int const& size) {
     if (array.capacity() < size) {
@@ -394,8 +401,7 @@ void resizeToOverwrite(Array<T>& array, unsigned int const& size) {
     array.setSize(size);
 }
 
-// The render layer takes client arrays as void*, since some of its callers pass offsets; nothing writes
-// through them.
+// The render layer has client arrays as void*, because other callers pass buffer offsets. GL only reads.
 template <class T>
 void* clientArray(Array<T> const& array) {
     return const_cast<T*>(array.data());
@@ -416,6 +422,7 @@ void Core_RL_GL::fillOpenGLExtensions() {
         return;
     }
     auto const* const text = reinterpret_cast<char const*>(glGetString(GL_EXTENSIONS));
+    // Without a context there is no string. The list stays empty, so that the next query reads it again.
     if (text == nullptr || *text == '\0') {
         return;
     }
@@ -431,6 +438,7 @@ void Core_RL_GL::fillOpenGLExtensions() {
 // == Camera and point state ==
 
 float Core_RL_GL::setPointSize(float const& size) {
+    // The base stores the size, so that the former one is known without a query of GL.
     float const former = Core_RL::setPointSize(size);
     glPointSize(size);
     return former;
@@ -519,7 +527,7 @@ unsigned int Core_RL_GL::getTotalGpuMemory() {
     if (isExtensionSupported("GL_NVX_gpu_memory_info")) {
         glGetIntegerv(TOTAL_MEMORY_NVX, &kilobytes);
     } else {
-        // Deliberate (ignored-ati-query): asked through the virtual operation, and the answer ignored.
+        // Deliberate (ignored-ati-query): a subclass that overrides the operation sees the query.
         isExtensionSupported("GL_ATI_meminfo");
     }
     return static_cast<unsigned int>(kilobytes);
@@ -538,7 +546,7 @@ unsigned int Core_RL_GL::getFreeGpuMemory() {
 
 bool Core_RL_GL::checkShaderSupport() const {
     auto const* const text = reinterpret_cast<char const*>(glGetString(GL_VERSION));
-    // Asked in every frame: nothing is copied. The major number ends at the first dot.
+    // Called in every frame, so the text is not copied: strtol stops at the first point.
     return text != nullptr && std::strtol(text, nullptr, 10) >= FIRST_VERSION_WITH_SHADERS;
 }
 
@@ -621,8 +629,8 @@ bool Core_RL_GL::getError(VL_String& message, int& code) {
         return false;
     }
     message = errorName(error);
-    // Deliberate (endless-error-loop): the flag is not read again, so this does not end. Reading a volatile
-    // is a side effect, which keeps the loop in the program.
+    // Deliberate (endless-error-loop): the flag is not read again. A loop without side effects is undefined
+    // behavior and could be optimized away; a volatile read is a side effect.
     GLenum const volatile examined = error;
     while (examined != GL_NO_ERROR) {
     }
@@ -675,6 +683,7 @@ Matrix4<float> Core_RL_GL::getModelViewMatrix_asFloat() const {
 }
 
 Matrix4<float> Core_RL_GL::getModelViewTransposedMatrix_asFloat() const {
+    // Qualified: a subclass that overrides the other operation does not change this one.
     Matrix4<float> const matrix = Core_RL_GL::getModelViewMatrix_asFloat();
     Matrix4<float> transposed{};
     for (int i = 0; i < 4; ++i) {
@@ -755,7 +764,7 @@ void Core_RL_GL::setBlending(BlendingMode const& mode) {
 }
 
 void Core_RL_GL::setDepthTest(DepthtTestMode const& mode) {
-    // By mode; GL_NEVER is never wanted, and stands where the test is switched off.
+    // Indexed by mode. GL_NEVER fills the place of the mode that disables the test.
     constexpr GLenum FUNCTIONS[] = {GL_ALWAYS, GL_NEVER,   GL_LESS,     GL_EQUAL,
                                     GL_LEQUAL, GL_GREATER, GL_NOTEQUAL, GL_GEQUAL};
     // A mode above the known ones changes the mask alone, so the one on the stack is still current.
@@ -778,6 +787,7 @@ void Core_RL_GL::setCulling(CullingMode const& mode) {
     } else {
         glDisable(GL_CULL_FACE);
     }
+    // Also with culling disabled, so that code that enables it directly finds the side.
     glCullFace(mode.back ? GL_BACK : GL_FRONT);
 }
 
@@ -875,6 +885,7 @@ void Core_RL_GL::loadTextureColor(unsigned int const& width, unsigned int const&
                                   int const& bitsPerChannel, int const& bitsPerPixel, void const* pixels,
                                   unsigned int& texture, TextureClampingMode const& clamping) {
     beginTexture(texture, clamping);
+    // A width of 0 would divide by 0; it counts as a layout without an upload.
     int const channels = bitsPerChannel > 0 ? bitsPerPixel / bitsPerChannel : 0;
     GLenum const format = pixelFormat(channels);
     GLenum const type = pixelType(bitsPerChannel);
@@ -908,6 +919,7 @@ void Core_RL_GL::queueUnloadTextureColor(unsigned int& texture) {
             textureUnloadQueue.pushBack(texture);
         }
     }
+    // After the lock is released: the argument belongs to the caller, not to the queue.
     texture = NO_TEXTURE;
 }
 
@@ -915,11 +927,11 @@ void Core_RL_GL::destroy_RL() {
     SpinGuard const guard(textureQueueLock);
     for (unsigned int const& texture : textureUnloadQueue) {
         if (texture != NO_TEXTURE) {
-            // Deliberate (queue-drained-by-last-layer): the layer of the process deletes, which need not be
-            // this one.
+            // Deliberate (queue-drained-by-last-layer): not necessarily this instance.
             VL_Raster->unLoadTextureColor(texture);
         }
     }
+    // The capacity is kept, as the queue fills again with every scene.
     textureUnloadQueue.setSize(0);
 }
 
@@ -949,6 +961,7 @@ void Core_RL_GL::renderSegment2(Vector2<float> const& a, Vector2<float> const& b
 void Core_RL_GL::renderPlane3(Plane3<float> const& plane, float const& size, unsigned int const& divisions) {
     PlaneGrid const grid(plane);
     float const half = size * 0.5F;
+    // 0 divisions draw one line of each family; the step is then unused.
     float const step = divisions != 0 ? size / static_cast<float>(divisions) : 0.0F;
     Vector3<float> const stepX = grid.axisX * step;
     Vector3<float> const stepZ = grid.axisZ * step;
@@ -958,6 +971,8 @@ void Core_RL_GL::renderPlane3(Plane3<float> const& plane, float const& size, uns
     Vector3<float> alongZ[2] = {corner, corner + grid.axisZ * size};
 
     glBegin(GL_LINES);
+    // 64 bits, because `i <= divisions` never ends in 32 bits for the largest count. The ends are advanced by
+    // addition, whose rounding is part of the result.
     for (std::uint64_t i = 0; i <= divisions; ++i) {
         for (Vector3<float>& end : alongX) {
             sendVertex(end);
@@ -1027,6 +1042,7 @@ void Core_RL_GL::renderAxisBox3(VL_AXIS const& axis, unsigned int const& name, f
         glPushMatrix();
         translate(alongAxis(axis, 1.0F - size));
         rotateToAxis(axis);
+        // Through the virtual operation, so that a subclass can replace the cube.
         render(cubeAround(constants::f::Z0_Z0_Z0, size), false);
         glPopMatrix();
     }
@@ -1125,7 +1141,7 @@ void Core_RL_GL::renderAxisCircleTape3(VL_AXIS const& axis, float const& radius,
     if (!isAxis(axis)) {
         return;
     }
-    // Without a rotation of its own, the first quarter of Z needs no matrix.
+    // The first quarter of Z is not rotated, so it is drawn before the matrix is pushed.
     if (axis == VL_AXIS_Z) {
         renderCircleTape3(radius, width);
         glPushMatrix();
@@ -1149,11 +1165,12 @@ void Core_RL_GL::renderCircle3(float const& radius) {
 
 void Core_RL_GL::renderCircleCameraFacing3(Matrix4<float> const& frame, Matrix3<float> const& /*unused*/,
                                            float scale, Color4<float> const& color, float const& radius) {
+    // Through VL_Raster, as the color belongs to the layer of the process, which may be a subclass.
     VL_Raster->pushColor(color);
     glPushMatrix();
     glMultMatrixf(frame.e);
 
-    // Without its rotation and scale, the matrix only places.
+    // The circle faces the screen if the matrix only translates.
     GLfloat m[16];
     glGetFloatv(GL_MODELVIEW_MATRIX, m);
     for (int column = 0; column < 3; ++column) {
@@ -1332,6 +1349,7 @@ void Core_RL_GL::renderUnitArrow3() {
     for (Vector3<float> const& corner : CORNERS) {
         sendVertex(corner);
     }
+    // A strip, not a loop: the repeated corner closes it.
     sendVertex(CORNERS[0]);
     glEnd();
 
@@ -1349,6 +1367,7 @@ void Core_RL_GL::renderUnitArrow3() {
 
 void Core_RL_GL::renderEllipse3(Vector3<float> const& center, Vector3<float> const& u,
                                 Vector3<float> const& v) {
+    // In double up to the last conversion, unlike the ellipses in the planes of the axes.
     Vector3<double> const c = convert<double>(center);
     Vector3<double> const uWide = convert<double>(u);
     Vector3<double> const vWide = convert<double>(v);
@@ -1402,10 +1421,12 @@ void Core_RL_GL::renderArrow3(Vector3<float> const& from, Vector3<float> const& 
 
     pushFillingFront(FILLING_SOLID);
     pushFillingBack(FILLING_SOLID);
+    // Sides first, then the base in its darker color: one color change per arrow.
     renderTriangle(to, k1, k2);
     renderTriangle(to, k2, k3);
     renderTriangle(to, k3, k4);
     renderTriangle(to, k4, k1);
+    // Deliberate (arrow-base-shades): 0.75 here, 0.8 in arrays.
     pushColor(headBaseColor(currentColor(), HEAD_BASE_SHADE));
     renderTriangle(k1, k3, k2);
     renderTriangle(k1, k4, k3);
@@ -1427,6 +1448,7 @@ void Core_RL_GL::createBuffers_forRenderArrow3(Array<Vector3<float>> const& posi
     constexpr unsigned int MOST_ARROWS =
         std::numeric_limits<unsigned int>::max() / TRIANGLE_INDICES_PER_ARROW;
     unsigned int const wanted = std::min(positions.size(), directions.size());
+    // Triangle indices are the most numerous: 12 per arrow.
     unsigned int const count = wanted <= MOST_ARROWS ? wanted : 0;
 
     resizeToOverwrite(vertices, VERTICES_PER_ARROW * count);
@@ -1435,8 +1457,8 @@ void Core_RL_GL::createBuffers_forRenderArrow3(Array<Vector3<float>> const& posi
     resizeToOverwrite(quads, QUAD_INDICES_PER_ARROW * count);
     resizeToOverwrite(vertexColors, VERTICES_PER_ARROW * count);
 
-    // The points are computed for some arrows at once, then all that belongs to an arrow is written in one go:
-    // the processor computes on while the memory takes the stores.
+    // Points are computed for a block of arrows, which vectorizes, and then each arrow is written to all
+    // arrays. Computation then overlaps with the stores.
     ArrowPoints points;
     Vector3<float>* vertex = vertices.data();
     Color4<float>* vertexColor = vertexColors.data();
@@ -1475,7 +1497,7 @@ void Core_RL_GL::renderArrow3_usingBuffers(Array<Vector3<float>> const& vertices
     VL_Raster->enableClientState(ClientCapability::VERTEX_ARRAY);
     VL_Raster->enableClientState(ClientCapability::COLOR_ARRAY);
     VL_Raster->vertexPointer(3, DataType::FLOAT, 0, clientArray(vertices));
-    // Three components of each four: the opacity is skipped.
+    // Three components with a stride of four: alpha is skipped.
     VL_Raster->colorPointer(3, DataType::FLOAT, sizeof(Color4<float>), clientArray(vertexColors));
     VL_Raster->drawElements(Primitive::TRIANGLES, triangles.size(), DataType::UNSIGNED_INT,
                             clientArray(triangles));
@@ -1502,6 +1524,7 @@ void Core_RL_GL::renderArrow2(Vector2<float> const& from, Vector2<float> const& 
 
 void Core_RL_GL::renderTriangle(Vector3<float> const& a, Vector3<float> const& b, Vector3<float> const& c) {
     glBegin(GL_TRIANGLES);
+    // Qualified: glBegin and the vertices belong together, so an override of the inner operation is not used.
     Core_RL_GL::renderTriangleOptimized(a, b, c);
     glEnd();
 }
@@ -1604,7 +1627,7 @@ void Core_RL_GL::render(Box3<float> const& box, Tuple8<Vector3<float>> const& co
 void Core_RL_GL::render(Box2<float> const& box, bool const& wire) {
     Vector2<float> const lowerRight{box.max.x, box.min.y};
     Vector2<float> const upperLeft{box.min.x, box.max.y};
-    // Deliberate (two-edge-rectangle): lines, not a loop; the fifth vertex is dropped and two edges show.
+    // Deliberate (two-edge-rectangle): GL_LINES, not a loop, so only two edges are visible.
     glBegin(wire ? GL_LINES : GL_QUADS);
     glVertex2fv(&box.min.x);
     glVertex2fv(&lowerRight.x);
@@ -1617,7 +1640,7 @@ void Core_RL_GL::render(Box2<float> const& box, bool const& wire) {
 }
 
 void Core_RL_GL::render(Obb3<float> const& box, bool const& wire) {
-    // Deliberate (upright-box-normals): the faces keep the constant normals of the upright box.
+    // Deliberate (upright-box-normals): drawBox() sends the normals of the upright box.
     drawBox(boxCorners(box), wire);
 }
 
@@ -1672,6 +1695,7 @@ Tuple4<unsigned int> Core_RL_GL::getCurrentViewportCoords() const {
 }
 
 void Core_RL_GL::pushViewportOrtho(Tuple4<unsigned int> const& viewport, Tuple4<float> const& box) {
+    // Before glViewport(), which the viewport group saves. The matrices have their own stacks.
     glPushAttrib(OVERLAY_ATTRIBUTES);
     glViewport(static_cast<GLint>(viewport.e0), static_cast<GLint>(viewport.e1),
                static_cast<GLsizei>(viewport.e2), static_cast<GLsizei>(viewport.e3));
@@ -1686,7 +1710,7 @@ void Core_RL_GL::pushViewportOrtho(Tuple4<unsigned int> const& viewport, Tuple4<
 }
 
 void Core_RL_GL::popViewportOrtho() {
-    // The model-view stack is the current one, as pushViewportOrtho() left it.
+    // pushViewportOrtho() has left GL_MODELVIEW selected, so the first pop needs no glMatrixMode.
     glPopMatrix();
     glMatrixMode(GL_PROJECTION);
     glPopMatrix();
