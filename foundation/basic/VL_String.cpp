@@ -21,7 +21,9 @@ VL_String& VL_String::operator=(char const* text) {
 }
 
 void VL_String::assign(char const* text, unsigned int const& length) {
+    // The length may be a reference into the array that is replaced below.
     unsigned int const characters = length;
+    // The capacity of a string is exactly its size.
     if (capacity() != characters + 1) {
         // The old text is kept alive until the copy is made: the argument may point into it.
         ArrayCore<char> fresh;
@@ -29,6 +31,7 @@ void VL_String::assign(char const* text, unsigned int const& length) {
         std::memcpy(fresh.data(), text, characters);
         swap(fresh);
     } else {
+        // Not memcpy: the text may overlap the string.
         std::memmove(data(), text, characters);
     }
     data()[characters] = '\0';
@@ -41,6 +44,7 @@ unsigned int VL_String::tokenize(char const& separator, Array<VL_String>& pieces
     char const wanted = separator;
 
     char const* rest = copy.c_str();
+    // strchr would find the terminating zero, for which the loop would not end.
     while (char const* found = wanted != '\0' ? std::strchr(rest, wanted) : nullptr) {
         VL_String piece;
         piece.assign(rest, static_cast<unsigned int>(found - rest));
@@ -52,6 +56,7 @@ unsigned int VL_String::tokenize(char const& separator, Array<VL_String>& pieces
 }
 
 bool VL_String::operator==(VL_String const& other) const {
+    // Not the sizes: the interface compares up to the first zero byte.
     return std::strcmp(c_str(), other.c_str()) == 0;
 }
 

@@ -8,6 +8,7 @@ using vellum::ParticleSystemConstIterator_v2;
 ParticleContainerIteratorBase_v2::~ParticleContainerIteratorBase_v2() = default;
 
 ParticleContainerIterator_v2::ParticleContainerIterator_v2(ParticleSystem_v2 const* system) : system(system) {
+    // At the end, so that a loop without begin() visits no particle instead of reading a null chunk.
     position.setEnd(system);
 }
 
@@ -22,6 +23,7 @@ void ParticleContainerIterator_v2::begin() {
 }
 
 bool ParticleContainerIterator_v2::end() const {
+    // A new one each time: particles may have been added since begin().
     ParticleSystemConstIterator_v2 last;
     last.setEnd(system);
     return position == last;

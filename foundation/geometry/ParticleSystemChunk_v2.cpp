@@ -18,6 +18,7 @@ std::unique_ptr<ParticleChannelChunkData_v2> makeChannelData(unsigned int const&
     case ParticleChannel_v2::SCALAR:
         return std::make_unique<ParticleChannelArray_v2<float>>();
     default:
+        // The base stores no values, so that a channel of unknown type still has an entry under its id.
         return std::make_unique<ParticleChannelChunkData_v2>();
     }
 }
@@ -40,6 +41,7 @@ bool ParticleSystemChunk_v2::release(unsigned int const& slotIndex) {
     --liveCount;
     ++freeCount;
     --*systemSize;
+    // Compaction is deferred to the next drawing: releasing many particles moves each value once.
     compacted = false;
     changed = true;
     return true;
@@ -55,6 +57,7 @@ void ParticleSystemChunk_v2::compact() {
     }
     unsigned int const live = CAPACITY - freeCount;
     Array<unsigned int> remap;
+    // A full chunk has no holes, and an empty table means that no value moves.
     if (live != CAPACITY) {
         remap.reserve(live, false);
         for (unsigned int k = 0; k < live; ++k) {
@@ -80,6 +83,7 @@ void ParticleSystemChunk_v2::_addChannel(unsigned int const& type) {
     std::unique_ptr<ParticleChannelChunkData_v2> data = makeChannelData(type);
     data->resize(_slots());
     channels.pushBack(data.get());
+    // Only after pushBack(), which may throw.
     static_cast<void>(data.release());
 }
 
@@ -89,10 +93,12 @@ void ParticleSystemChunk_v2::_append(unsigned int const& added) {
     unsigned int const slots = first + added;
     entryList.setSize(first);  // the entries after it are released; their slots are reused
     for (ParticleChannelChunkData_v2* const data : channels) {
+        // Shrinks first, so that the values of released particles become 0 and are not inherited.
         data->resize(first);
         data->resize(slots);
     }
     if (slots > entryList.capacity()) {
+        // Grows by an eighth, like every array of the family, but never beyond a chunk.
         entryList.reserve(std::min(std::max(slots, first + first / 8 + 4), CAPACITY), true);
     }
     entryList.setSize(slots);

@@ -29,6 +29,7 @@ ParticleSystemConstIterator_v2::Particle ParticleSystemConstIterator_v2::operato
 }
 
 void ParticleSystemConstIterator_v2::_skipReleased() {
+    // Chunks may be empty, so that several can be skipped in a row.
     for (; chunk != nullptr; chunk = chunk->next(), index = 0) {
         Array<ParticleEntry_v2> const& entries = chunk->entries();
         for (; index < entries.size(); ++index) {
@@ -37,6 +38,7 @@ void ParticleSystemConstIterator_v2::_skipReleased() {
             }
         }
     }
+    // Equal to setEnd(), which compares the index too.
     index = 0;
 }
 

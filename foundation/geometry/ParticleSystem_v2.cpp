@@ -31,21 +31,26 @@ unsigned int ParticleSystem_v2::addChannel(char const* name, unsigned int const&
             chunk->_addChannel(type);
         }
     }
+    // After the chunks, so that a channel exists only when every chunk has its values.
     channelList.pushBack({id, type});
     names.emplace(name, id);
     return id;
 }
 
 void ParticleSystem_v2::addParticles(unsigned int const& count) {
+    // The count stays within 32 bits, which indices and iterators use.
     unsigned int left = std::min(count, std::numeric_limits<unsigned int>::max() - particleCount);
     if (left != 0 && last != nullptr && last->freeSlots() != 0) {
         unsigned int const added = std::min(left, last->freeSlots());
+        // Free slots are contiguous, at the end of the chunk, only after compaction.
         last->compact();
         last->_append(added);
         left -= added;
     }
     while (left != 0) {
         unsigned int const added = std::min(left, ParticleSystemChunk_v2::CAPACITY);
+        // A lambda, because the chunk's destructor is private and this class is its friend. Until the chunk
+        // is complete it is not linked, so a failed allocation leaves the system consistent.
         auto const destroy = [](ParticleSystemChunk_v2* chunk) { delete chunk; };
         std::unique_ptr<ParticleSystemChunk_v2, decltype(destroy)> chunk(
             new ParticleSystemChunk_v2(&particleCount), destroy);
@@ -68,6 +73,7 @@ unsigned int ParticleSystem_v2::channelId(char const* name) const {
 }
 
 ParticleChannel_v2 const* ParticleSystem_v2::findChannel(unsigned int const& id) const {
+    // A linear search: systems have few channels.
     auto const* const found =
         std::find_if(channelList.begin(), channelList.end(),
                      [&id](ParticleChannel_v2 const& record) { return record.id == id; });
@@ -77,6 +83,7 @@ ParticleChannel_v2 const* ParticleSystem_v2::findChannel(unsigned int const& id)
 // == For renderers ==
 
 Array<unsigned short> ParticleSystem_v2::begin_rawIteration() const {
+    // Const, although chunks are compacted: the set of particles and their values do not change.
     Array<unsigned short> counts;
     for (ParticleSystemChunk_v2* chunk = first; chunk != nullptr; chunk = chunk->next()) {
         chunk->compact();

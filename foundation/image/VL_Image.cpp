@@ -97,6 +97,7 @@ bool VL_Image::read(VL_String const& path) {
         for (Format const& format : FORMATS) {
             if (std::memcmp(start.data(), format.signature, format.length) == 0) {
                 std::rewind(file.get());
+                // A separate image: a decoder that fails may leave pixels behind.
                 VL_Image decoded;
                 if (!format.decode(file.get(), decoded)) {
                     return false;
@@ -106,14 +107,15 @@ bool VL_Image::read(VL_String const& path) {
             }
         }
     } catch (std::exception const&) {
-        // Memory is short.
+        // Out of memory: the same result as for any other failure.
     }
     return false;
 }
 
 bool VL_Image::create(unsigned int const& width, unsigned int const& height, unsigned int const& channels,
                       unsigned int const& bitsPerChannel) {
-    // The arguments may be of this image's own making.
+    // The arguments may be references to members that destroy() clears. 64 bits, so that the products below
+    // do not overflow.
     std::uint64_t const newWidth = width;
     std::uint64_t const newHeight = height;
     unsigned int const newChannels = channels;

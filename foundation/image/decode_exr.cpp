@@ -24,10 +24,11 @@ namespace {
 
 constexpr std::int64_t LARGEST_SIDE = 16384;
 constexpr std::int64_t LARGEST_WORKSPACE = std::int64_t{1} << 30;   // bytes
-constexpr std::int64_t MOST_LINES_IN_BLOCK = 256;                   // of the compressions that OpenEXR has
+constexpr std::int64_t MOST_LINES_IN_BLOCK = 256;                   // DWAB; all others have fewer
 constexpr std::size_t LARGEST_CHANNEL_LIST = std::size_t{1} << 20;  // bytes
 
-// The file for OpenEXR.
+// Reads through the opened file, because OpenEXR would open the path again, which may name another file by
+// then.
 class Stream : public Imf::IStream {
 public:
     explicit Stream(std::FILE* opened) : IStream("image"), file(opened) {}
@@ -37,6 +38,7 @@ public:
             std::fread(data, 1, static_cast<std::size_t>(size), file) != static_cast<std::size_t>(size)) {
             throw Iex::InputExc("the file ends early");
         }
+        // OpenEXR expects false after the last byte, not on the next read.
         int const next = std::fgetc(file);
         std::ungetc(next, file);
         return next != EOF;
@@ -104,6 +106,7 @@ private:
 
     bool _text(std::string& text) {
         text.clear();
+        // 255 characters are the longest name of the format; a longer text is damage.
         for (int next = std::fgetc(file); next != EOF && text.size() < 256; next = std::fgetc(file)) {
             if (next == 0) {
                 return true;
@@ -135,6 +138,7 @@ private:
             tileWidth = x;
             tileHeight = y;
         }
+        // OpenEXR allocates the preview by its width and height, whatever the size of the attribute.
         if (type == "preview") {
             std::int32_t width = 0;
             std::int32_t height = 0;
@@ -144,7 +148,7 @@ private:
             }
         }
         if (type == "idmanifest") {
-            return false;  // compressed, of any length; belongs to the deep pictures that are not read
+            return false;  // decompresses to any length; only deep images, which are not read, have it
         }
         if (name == "channels" && !_channels(static_cast<std::size_t>(size))) {
             return false;
@@ -152,7 +156,7 @@ private:
         return std::fseek(file, static_cast<long>(begin + size), SEEK_SET) == 0;
     }
 
-    // Per channel a name with its zero and 16 bytes: pixel type, flags, two sampling rates.
+    // Each channel has a name with its zero and 16 bytes: pixel type, flags, two sampling rates.
     bool _channels(std::size_t const& size) {
         if (size > LARGEST_CHANNEL_LIST) {
             return false;
@@ -206,17 +210,19 @@ private:
     std::int64_t pixelBytes = 0;  // of all channels together
 };
 
+// Subsampled channels would need interpolation; such images are rejected.
 bool isFull(Imf::Channel const* channel) {
     return channel != nullptr && channel->xSampling == 1 && channel->ySampling == 1;
 }
 
 bool decode(std::FILE* file, VL_Image& image) {
     Stream stream(file);
+    // 0 threads: decodes on the calling thread.
     Imf::InputFile input(stream, 0);
     Imf::ChannelList const& channels = input.header().channels();
     Imath::Box2i const window = input.header().dataWindow();
 
-    // Brightness with two color differences at half resolution is for films; a gray picture has no such.
+    // With RY and BY, Y is the luminance of a color image at full resolution, not a gray image.
     bool const isGray = isFull(channels.findChannel("Y")) && channels.findChannel("RY") == nullptr &&
                         channels.findChannel("BY") == nullptr;
     std::array<char const*, 4> names{"R", "G", "B", "A"};
@@ -249,11 +255,13 @@ bool decode(std::FILE* file, VL_Image& image) {
     input.setFrameBuffer(target);
     input.readPixels(window.min.y, window.max.y);
 
+    // Textures need three channels, so gray is copied to all.
     if (!hasColor) {
         for (float* pixel = pixels; pixel != pixels + rowLength * height; pixel += count) {
             pixel[1] = pixel[2] = pixel[0];
         }
     }
+    // The format stores the top row first, OpenGL the bottom row.
     for (std::size_t row = 0; row < height / 2; ++row) {
         float* const upper = pixels + row * rowLength;
         std::swap_ranges(upper, upper + rowLength, pixels + (height - 1 - row) * rowLength);

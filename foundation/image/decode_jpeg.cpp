@@ -14,7 +14,8 @@ namespace vellum::image_decoders {
 
 namespace {
 
-// A progressive file decodes its whole picture once for each scan; ten or so are usual.
+// Each scan of a progressive file decodes the whole image; about ten are usual. A small file with thousands
+// of scans would take hours.
 constexpr int MOST_SCANS = 500;
 
 struct Errors {
@@ -26,7 +27,7 @@ struct Errors {
     std::longjmp(reinterpret_cast<Errors*>(codec->err)->landing, 1);
 }
 
-// libjpeg calls damage a warning and goes on with gray.
+// libjpeg reports damage as a warning (level -1) and continues with gray. Three warnings are harmless.
 void failOnDamage(j_common_ptr codec, int level) {
     int const code = codec->err->msg_code;
     bool const harmless = code == JWRN_EXTRANEOUS_DATA || code == JWRN_ADOBE_XFORM || code == JWRN_JFIF_MAJOR;
@@ -77,6 +78,7 @@ public:
         }
         jpeg_start_decompress(&codec);
         while (codec.output_scanline < codec.output_height) {
+            // The format stores the top row first, OpenGL the bottom row.
             std::size_t const row = codec.output_height - 1 - codec.output_scanline;
             unsigned char* const target = pixels + row * codec.output_width * 3;
             JSAMPROW line = codec.out_color_space == JCS_CMYK ? cmykRow : target;
@@ -95,6 +97,7 @@ public:
 private:
     // The light that the inks let through. Adobe's programs store the complement of the ink.
     void _convertRow(unsigned char const* cmyk, unsigned char* rgb) const {
+        // XOR with 255 is 255 - x.
         int const flip = codec.saw_Adobe_marker != FALSE ? 0 : 255;
         for (std::size_t i = 0; i < codec.output_width; ++i) {
             int const black = cmyk[4 * i + 3] ^ flip;

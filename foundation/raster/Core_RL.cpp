@@ -34,6 +34,7 @@ void push(Core_RL& layer, Array<T>& stack, T const& value, void (Core_RL::*set)(
 
 template <class T>
 void pop(Core_RL& layer, Array<T>& stack, unsigned int count, void (Core_RL::*set)(T const&)) {
+    // The bottom entry stays: callers may pop more than they push.
     unsigned int const removable = stack.size() - 1;
     stack.setSize(stack.size() - std::min(count, removable));
     applyTop(layer, stack, set);
@@ -51,8 +52,10 @@ Color4<float> meanColor(Color4<float> const& a, Color4<float> const& b, Color4<f
 
 template <class T>
 void renderVoxel(Core_RL& layer, TricubicVoxel<T> const& voxel) {
+    // The sum is taken in the lattice's precision and rounded once.
     layer.render(Box3<float>{convert<float>(voxel.origin), convert<float>(voxel.origin + voxel.step)}, true);
 
+    // setColor() overwrites the top of the stack; the pushed copy protects the current color.
     layer.pushColor(layer.currentColor());
     layer.renderPoint3_Begin();
     for (int k = 0; k < 4; ++k) {
@@ -99,6 +102,7 @@ void renderList(Core_RL& layer, Array<Vector3<T>> const& vertices,
             }
             layer.renderTriangle(a, b, c, normals[t.e0], normals[t.e1], normals[t.e2]);
         } else if (hasColors) {
+            // Vertices instead of renderTriangle(): a color per vertex must come between them.
             layer.setColor(colors[t.e0]);
             layer.renderPoint3_scoped(a);
             layer.setColor(colors[t.e1]);
@@ -363,7 +367,8 @@ void Core_RL::renderTree(GeometryTree<GeometryNode<Box3<float>>>& tree) {
     if (tree.nodes.size() == 0) {
         return;
     }
-    // Each node is drawn once: a damaged tree may name one many times, in more ways than could ever be gone.
+    // Each node is drawn once: in a damaged tree, nodes may share children, and the number of paths would be
+    // exponential. An explicit stack instead of recursion, because a tree may be as deep as it has nodes.
     Array<bool> isReached;
     isReached.reserve(tree.nodes.size(), false);
     isReached.setSize(tree.nodes.size());
@@ -377,7 +382,7 @@ void Core_RL::renderTree(GeometryTree<GeometryNode<Box3<float>>>& tree) {
         render(node.volume, true);
         std::uint64_t const end =
             std::min<std::uint64_t>(std::uint64_t{node.firstChild} + node.childCount, tree.nodes.size());
-        // The last child waits first, so that the first one is drawn next.
+        // The children are pushed in reverse, so that the first one is drawn next.
         for (std::uint64_t child = end; child > node.firstChild;) {
             --child;
             auto const childIndex = static_cast<unsigned int>(child);
@@ -397,6 +402,7 @@ void Core_RL::render(Array<Vector3<float>> const& vertices, Array<Tuple3<unsigne
 
 void Core_RL::renderNormals(Array<Vector3<double>> const& vertices,
                             Array<Tuple3<unsigned int>> const& triangles, float const& length) {
+    // One block for all triangles: glBegin per segment would cost more than the segments.
     begin(Primitive::LINES);
     for (Tuple3<unsigned int> const& t : triangles) {
         if (!namesVertices(t, vertices.size())) {
@@ -407,6 +413,7 @@ void Core_RL::renderNormals(Array<Vector3<double>> const& vertices,
         Vector3<double> const& c = vertices[t.e2];
         Vector3<double> const normal = cross(b - a, c - a);
         double const doubleArea = vellum::length(normal);
+        // Negated, so that NaN is skipped as well.
         if (!(doubleArea > 0.0)) {
             continue;
         }

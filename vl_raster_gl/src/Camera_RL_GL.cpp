@@ -9,10 +9,11 @@ namespace vellum {
 namespace {
 
 constexpr unsigned int PERSPECTIVE = 0;      // the view kind; all others are orthographic
-constexpr double ORTHOGRAPHIC_DEPTH = 1000;  // the box reaches as far before as behind the origin
-constexpr double NEAR_BIAS = 1.001;
+constexpr double ORTHOGRAPHIC_DEPTH = 1000;  // the box extends this far to both sides of the origin
+constexpr double NEAR_BIAS = 1.001;          // moves the near plane out by a thousandth
 
-/// Turns the view of an orthographic kind toward the viewer.
+/// Rotates to the axis of an orthographic view. After glOrtho, so that the rotation applies to the model and
+/// the box stays upright.
 void rotateToView(unsigned int const& viewKind) {
     switch (viewKind) {
     case 2:
@@ -51,7 +52,7 @@ void Camera_RL_GL::updateModelMatrix() {
         return;
     }
     float const* const m = transform.matrix()->e;
-    // The sum is taken in float, as the matrix is; GLU takes doubles.
+    // The sum is computed in float, like the matrix; GLU takes doubles.
     Vector3<float> const eye{m[12], m[13], m[14]};
     Vector3<float> const center = eye + Vector3<float>{m[0], m[1], m[2]};
     gluLookAt(static_cast<double>(eye.x), static_cast<double>(eye.y), static_cast<double>(eye.z),
@@ -65,6 +66,7 @@ void Camera_RL_GL::updateProjectionMatrix() {
         gluPerspective(static_cast<double>(fieldOfView), static_cast<double>(aspect),
                        static_cast<double>(nearDistance), static_cast<double>(farDistance));
     } else {
+        // The exponent makes equal steps of zoom equal factors. Pan moves the box against its direction.
         double const h = std::exp(static_cast<double>(zoom));
         double const x = static_cast<double>(panX);
         double const y = static_cast<double>(panY);

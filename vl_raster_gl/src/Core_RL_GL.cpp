@@ -128,8 +128,8 @@ void setTextureEnvironment(GLenum const& mode) {
     glTexEnvf(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, static_cast<GLfloat>(mode));
 }
 
-/// Creates a texture and leaves it enabled and bound, ready for its image. Sets the alignment first: rows of
-/// RGB images are not multiples of GL's default of 4 bytes.
+/// Creates a texture and leaves it enabled and bound, ready for its image. Sets the unpack alignment: rows of
+/// RGB images need not be multiples of 4 bytes, GL's default.
 void beginTexture(unsigned int& texture, TextureClampingMode const& clamping) {
     glEnable(GL_TEXTURE_2D);
     glGenTextures(1, &texture);

@@ -8,7 +8,8 @@ namespace vellum {
 
 namespace {
 
-/// Calls `draw(triangle, normal, position)` for every corner of every triangle that is drawn.
+/// Calls `draw(triangle, normal, position)` for every corner of every valid triangle. An import is not
+/// validated before its preview, so counts and indices are checked here.
 template <class Draw>
 void forEachCorner(MeshImporter const& importer, Draw const& draw) {
     unsigned int const count = std::min(importer.cornerNormals.size(), importer.triangles.size());

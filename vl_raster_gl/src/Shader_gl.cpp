@@ -16,11 +16,11 @@ namespace vellum {
 
 namespace {
 
-constexpr std::size_t LONGEST_FILE = std::size_t{16} << 20;  // bytes; no driver takes such a text anyway
-constexpr std::size_t MOST_DEFINITIONS = 20;                 // 2^20 variants
+constexpr std::size_t LONGEST_FILE = std::size_t{16} << 20;  // bytes; far above any shader
+constexpr std::size_t MOST_DEFINITIONS = 20;                 // 2^20 variants; more would exhaust memory
 constexpr GLsizei LOG_LENGTH = 4096;                         // characters, with the terminating zero
 
-// Only regular files are opened: opening a pipe waits for its writer, and a device may never end.
+// Only regular files are opened: opening a pipe blocks until it has a writer, and a device may be endless.
 bool readFile(std::string const& path, std::string& text) {
     std::error_code fault;
     if (!std::filesystem::is_regular_file(path, fault)) {
@@ -43,6 +43,7 @@ bool readFile(std::string const& path, std::string& text) {
 Shader_gl::Shader_gl() = default;
 
 Shader_gl::~Shader_gl() {
+    // Programs first: a deleted GL shader stays alive while it is attached.
     for (Program_gl* program : programs) {
         program->_detach(this);
     }
@@ -70,8 +71,7 @@ bool Shader_gl::loadShaderSource(unsigned int type, char const* text, bool fromF
     return _loadShader();
 }
 
-// Appends the lines of a file to the source. What follows the last line feed is a line too, also when it is
-// empty.
+// Deliberate (appending-load): appends. The text after the last line feed counts as a line, even if empty.
 bool Shader_gl::_appendFile(std::string const& path) {
     std::string text;
     if (!readFile(path, text)) {
@@ -81,7 +81,7 @@ bool Shader_gl::_appendFile(std::string const& path) {
     for (std::size_t end = 0; end != std::string::npos; begin = end + 1) {
         end = text.find('\n', begin);
         std::string const line = text.substr(begin, end == std::string::npos ? end : end - begin);
-        // GL takes the text as a terminated string: a zero byte would hide all lines behind this one.
+        // GL reads the text as a terminated string: a zero byte would hide all following lines.
         source.append(line, 0, line.find('\0')).append("\n");
         if (end == std::string::npos) {
             break;
@@ -95,6 +95,7 @@ bool Shader_gl::_loadShader() {
         return false;
     }
     unsigned int const count = 1U << definitions.size();
+    // Deliberate (leaked-shader-variants): names of a former load are overwritten.
     ids.resize(count, 0);
     for (unsigned int mask = 0; mask < count; ++mask) {
         if (!_compileVariant(mask)) {
@@ -108,7 +109,7 @@ bool Shader_gl::_compileVariant(unsigned int const& mask) {
     unsigned int const id = glCreateShader(type);
     ids[mask] = id;
     if (id == 0) {
-        return false;  // the driver does not know the type, or no context is current
+        return false;  // unknown type, or no current context
     }
 
     std::string variant;
@@ -117,6 +118,7 @@ bool Shader_gl::_compileVariant(unsigned int const& mask) {
             variant.append(definitions[i]).append("\n");
         }
     }
+    // Definitions first; the text has therefore no #version line.
     variant.append(source);
 
     GLchar const* const text = variant.c_str();
@@ -147,7 +149,7 @@ std::string Shader_gl::getInfoLog() {
     std::string all;
     for (unsigned int const id : ids) {
         if (id != 0) {
-            log[0] = '\0';  // stays so when the driver refuses
+            log[0] = '\0';  // in case the driver reports an error and writes no text
             glGetShaderInfoLog(id, LOG_LENGTH, nullptr, log.data());
             all += log.data();
         }
@@ -159,7 +161,7 @@ std::string Shader_gl::getCompilationLog() {
     return compilationLog;
 }
 
-// == Texts of stages that pass everything on ==
+// == Pass-through texts ==
 
 char const* Shader_gl::vertexPassThrough() {
     return R"(void main()

@@ -14,9 +14,11 @@ namespace vellum {
 
 namespace {
 
+// Behind the units of the images, 0 to 6.
 constexpr int FRAME_UNIT = 7;
 constexpr std::size_t FRAME_TEXTURE = 7;
 
+// Tables instead of formatted names: a pass sends 30 variables and allocates no memory.
 template <std::size_t COUNT>
 using Names = std::array<char const*, COUNT>;
 
@@ -44,7 +46,7 @@ bool isInside(int const& index) {
     return index >= 0 && index < COUNT;
 }
 
-// Null for an index outside.
+// Null for an index out of range: indices come from user interfaces and are not trusted.
 template <class Value, std::size_t COUNT>
 Value* entry(std::array<Value, COUNT>& values, int const& index) {
     return isInside<COUNT>(index) ? &values[static_cast<std::size_t>(index)] : nullptr;
@@ -59,7 +61,7 @@ bool isEmpty(VL_String const& path) {
     return path.size() <= 1;  // the terminating zero
 }
 
-// Deliberate (swallowed-upload-error): nobody is told. What GL refuses of a user's program is in the log.
+// Deliberate (swallowed-upload-error): the text is discarded; the program's log has the reason.
 void swallowError() {
     GLenum const error = glGetError();
     if (error != GL_NO_ERROR) {
@@ -104,10 +106,11 @@ void Custom_shader::copy(Custom_shader const& other) {
     geometryPath = other.geometryPath;
     vertexPath = other.vertexPath;
     lightCount = other.lightCount;
-    // They belong to the paths before. create() reads the others.
+    // The images belong to the former paths; create() reads the new ones.
     for (VL_Image& image : images) {
         image.destroy();
     }
+    // Qualified: the constructor calls this too.
     Base_shader::reload();
 }
 
@@ -122,15 +125,17 @@ void Custom_shader::setShaders(VL_String const& vertexPath, VL_String const& fra
     if (!created) {
         for (int i = 0; i < PICTURES; ++i) {
             if (images[static_cast<std::size_t>(i)].width() == 0) {
-                _readPicture(i);  // that of a copy, which knows no more than the path
+                _readPicture(i);  // a copy has the paths only
             }
         }
     }
+    // Before the new stages: a program with two main functions of one kind would not link.
     _deleteStages();
     this->vertexPath = vertexPath;
     this->fragmentPath = fragmentPath;
     this->geometryPath = geometryPath;
 
+    // The fragment stage first, which is the order in which logs are printed.
     stage2 = _loadStage(GL_FRAGMENT_SHADER, this->fragmentPath, Shader_gl::fragmentPassThrough());
     stage1 = _loadStage(GL_VERTEX_SHADER, this->vertexPath, Shader_gl::vertexPassThrough());
     if (!isEmpty(this->geometryPath)) {
@@ -138,6 +143,7 @@ void Custom_shader::setShaders(VL_String const& vertexPath, VL_String const& fra
         stage3 = _loadStage(GL_GEOMETRY_SHADER_EXT, this->geometryPath, geometryPassThrough(dialect).c_str());
         program->attach(stage1, stage2, stage3);
         if (dialect == GeometryDialect::EXT_SHADER4) {
+            // The number of vertices that the user's stage emits is unknown, so the driver's maximum is set.
             GLint mostVertices = 0;
             glGetIntegerv(GL_MAX_GEOMETRY_OUTPUT_VERTICES_EXT, &mostVertices);
             setGeometryLayout(dialect,
@@ -152,7 +158,8 @@ void Custom_shader::setShaders(VL_String const& vertexPath, VL_String const& fra
     swallowError();
 }
 
-// A stage of a file, or, where that is not to be had, of the text that passes everything on.
+// Loads a stage from a file and falls back to the pass-through. The failed stage is deleted, because loading
+// again would append to its text.
 Shader_gl* Custom_shader::_loadStage(unsigned int const& type, VL_String const& path,
                                      char const* passThrough) {
     auto* stage = new Shader_gl;
@@ -195,7 +202,7 @@ VL_String Custom_shader::getTexturePath(int const& index) const {
 VL_String& Custom_shader::refTexturePath(int const& index) {
     VL_String* const stored = entry(texturePaths, index);
     if (stored == nullptr) {
-        noPath = "";  // whatever was written into it before
+        noPath = "";  // callers may have written to it
         return noPath;
     }
     return *stored;
@@ -222,6 +229,7 @@ void Custom_shader::setFloatVar(float const& value, int const& index) {
 
 void Custom_shader::setVec3Var(Vector3<float> const& value, int const& index) {
     if (Vector3<float>* const stored = entry(vec3s, index)) {
+        // Vector3 has no operator!=.
         dirty = dirty || stored->x != value.x || stored->y != value.y || stored->z != value.z;
         *stored = value;
     }
@@ -288,6 +296,7 @@ void Custom_shader::preprocess() {
             program->setUniformSampler(TEXTURE_NAMES[i], textures[i], static_cast<int>(i));
         }
     }
+    // Also without grabbing: a sampler of a user's stage must not read unit 0.
     program->setUniformSampler("TextureFB", textures[FRAME_TEXTURE], FRAME_UNIT);
     for (std::size_t i = 0; i < VARIABLES; ++i) {
         program->setUniform(floatKeys[i], floats[i]);
