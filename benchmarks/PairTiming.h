@@ -8,8 +8,8 @@
 
 namespace vellum::benchmarks {
 
-/// The processor time of the calling thread in seconds. Unlike the wall clock it does not count what other
-/// programs take of a shared machine.
+/// The CPU time of the calling thread in seconds. Unlike wall-clock time it does not count the time of other
+/// programs on a shared machine.
 inline double threadSeconds() {
     timespec now{};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
@@ -22,17 +22,17 @@ inline double median(std::vector<double> values) {
     return *middle;
 }
 
-/// Times two ways to the same result side by side in one run.
+/// Times two implementations of the same work alternately in one run.
 ///
-/// The work is cut into parts. The two take turns at each part, and which of them goes first changes from part
-/// to part, so that whatever else the machine does meets both alike. A ratio compares neighbors in time, and
-/// the medians leave out what was disturbed all the same.
+/// The work is split into parts. For each part both run once, and the one that runs first alternates, so that
+/// other load on the machine affects both equally. A ratio compares measurements that are adjacent in time,
+/// and the median discards the disturbed ones.
 class PairTiming {
 public:
     explicit PairTiming(unsigned int const& partsPerRound) : parts(partsPerRound) {}
 
-    /// Runs the benchmark; each iteration calls `library(part)` and `other(part)` for each part, 0 and up, after
-    /// part 0 was run once to warm up. The benchmark's time is the library's.
+    /// Runs the benchmark: after a warm-up with part 0, each iteration calls `library(part)` and
+    /// `other(part)` for every part from 0 on. The reported time is the time of the library.
     template <class Library, class Other>
     void run(benchmark::State& state, Library const& library, Other const& other) {
         library(0);
@@ -63,7 +63,7 @@ private:
         return threadSeconds() - start;
     }
 
-    /// \return the library's time.
+    /// \return the time of the library in seconds.
     template <class Library, class Other>
     double _runRound(Library const& library, Other const& other) {
         double librarySum = 0.0;
@@ -83,8 +83,8 @@ private:
 
     unsigned int parts;                  // of a round, at least 1
     bool libraryFirst = true;            // at the next part
-    std::vector<double> librarySeconds;  // one entry for each part of each round
-    std::vector<double> otherSeconds;    // alike
+    std::vector<double> librarySeconds;  // one entry per part and round
+    std::vector<double> otherSeconds;    // one entry per part and round
 };
 
 }  // namespace vellum::benchmarks

@@ -1,8 +1,8 @@
-// Question: how fast is the text of a LAMMPS dump read into frames, on one core? It should reach 150 MB/s.
+// Question: how fast is the text of a LAMMPS dump read into frames, on one core? Bound: at least 150 MB/s.
 //
-// Held constant: a million particles with the columns id type x y z vx vy vz, numbers of six digits as LAMMPS writes
-// them, in the page cache. One dump is in the order of the ids, one is not. What is compared: the text lies in memory
-// on both sides; the library reads it, the other side only looks for the ends of its lines by memchr.
+// Constant: a million particles with the columns id type x y z vx vy vz, numbers of six digits as LAMMPS
+// writes them, in the page cache. One dump is in the order of the ids, one is not. Both sides read the text
+// from memory: the library parses it, the other side only finds the line feeds with memchr.
 
 #include "benchmarks/PairTiming.h"
 
@@ -19,7 +19,7 @@ namespace vellum::benchmarks {
 namespace {
 
 constexpr unsigned int PARTICLES = 1000000;
-constexpr unsigned int STRIDE = 611953;  // a prime: the ids run through all numbers in a mixed order
+constexpr unsigned int STRIDE = 611953;  // prime to the count, so that the ids are a permutation
 constexpr int ROUNDS = 5;
 
 std::string dumpText(bool const& isSorted) {

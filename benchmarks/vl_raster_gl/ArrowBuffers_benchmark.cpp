@@ -1,10 +1,10 @@
-// Question: at what part of the machine's memcpy bandwidth does createBuffers_forRenderArrow3 run, counted over
-// the bytes that it writes? It should reach half of it.
+// Question: which part of the memcpy bandwidth does createBuffers_forRenderArrow3 reach, counting the bytes
+// that it writes? Bound: at least half.
 //
-// Held constant: a million arrows with different directions, the number of bytes written (352 for each arrow),
-// and memory that was written before on both sides: the outputs are reused, so nothing is allocated and no page
-// is touched for the first time while the clock runs. What differs: the library reads an arrow's position and
-// direction (and its color, where each has its own) and computes; memcpy reads as many bytes as it writes.
+// Constant: a million arrows with different directions, the number of bytes written (352 per arrow), and
+// output memory that was written before, so that no page is allocated or touched first while the clock runs.
+// Different: the library reads position and direction (and the color, if every arrow has one) and computes;
+// memcpy reads as many bytes as it writes.
 
 #include "benchmarks/PairTiming.h"
 
@@ -59,7 +59,7 @@ void arrowBuffers(benchmark::State& state, bool const& coloredOneByOne) {
     Core_RL& layer = core;
     Outputs out;
 
-    // Both written once, so that their pages are there.
+    // Both are written once, so that their pages exist.
     auto const source = std::make_unique<char[]>(BYTES);
     auto const target = std::make_unique<char[]>(BYTES);
     std::memset(source.get(), 1, BYTES);

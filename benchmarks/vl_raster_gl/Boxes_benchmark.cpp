@@ -1,14 +1,14 @@
-// Question: what does a box cost through the render layer, compared with the same immediate-mode calls written
-// by hand? The library may add a tenth.
+// Question: what does a box cost through the render layer, compared with the same immediate-mode calls
+// written by hand? Bound: at most 10 percent more.
 //
-// Held constant: the boxes (a million different ones of each kind, drawn in order), the calls and the values
-// that reach OpenGL, the driver and its context, the compiler flags on both sides, and the road of a call from
-// a shared library into libGL. Mesa is told to draw nothing (GALLIUM_NOOP), so that the time is the
-// processor's time in the caller and in the driver's front end alone. What differs: the render layer is called
-// once for each box, through its virtual operation; by hand one loop sends them all.
+// Constant: the boxes (a million different ones of each kind, drawn in order), the calls and values that
+// reach OpenGL, the driver and its context, the compiler flags, and the path of a call from a shared library
+// into libGL. Mesa draws nothing (GALLIUM_NOOP), so the time is CPU time in the caller and in the driver's
+// front end. Different: the render layer is called once per box, through its virtual operation; by hand, one
+// loop sends all.
 //
-// Mesa, told to draw nothing, keeps all that was sent until the process ends: 2.3 GB for each pair. Run them one
-// at a time (--benchmark_filter), as scripts/bench does.
+// With GALLIUM_NOOP Mesa keeps all commands until the process ends: 2.3 GB per pair. Run one pair per process
+// (--benchmark_filter), as scripts/bench does.
 
 #include "benchmarks/PairTiming.h"
 #include "boxes_by_hand.h"
@@ -27,13 +27,13 @@ namespace vellum::benchmarks {
 namespace {
 
 constexpr unsigned int BOXES = 1000000;
-constexpr int ROUNDS = 2;           // over all the boxes
-constexpr unsigned int PARTS = 20;  // of the boxes, drawn in turn by both
+constexpr int ROUNDS = 2;           // passes over all boxes
+constexpr unsigned int PARTS = 20;  // into which the boxes are split; both sides alternate
 constexpr unsigned int BOXES_PER_PART = BOXES / PARTS;
 constexpr bool FILLED = false;
 constexpr bool WIRE = true;
 
-/// One context for all, made with the first benchmark that runs.
+/// One context for all benchmarks, created by the first one that runs.
 class Layer {
 public:
     static Layer& instance() {
@@ -52,7 +52,7 @@ private:
     }
 
     static OffscreenContext::Settings _settings() {
-        // Mesa reads it when it makes the context.
+        // Mesa reads the variable when it creates the context.
         setenv("GALLIUM_NOOP", "1", 1);
         return {};
     }

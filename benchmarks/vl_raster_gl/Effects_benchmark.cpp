@@ -1,13 +1,13 @@
-// Question: what does a pass of an effect cost (preprocess, postprocess and cleanup, with nothing drawn between),
-// compared with the same list of GL calls written by hand? The effect may add 15 parts in a hundred.
+// Question: what does a pass of an effect cost (preprocess, postprocess and cleanup, without a drawing),
+// compared with the same GL calls written by hand? Bound: at most 15 percent more.
 //
-// Held constant: the GLSL program, the calls and their values in the same order (a test compares the two lists), the
-// driver and its context, the compiler flags on both sides, and the road of a call from a shared library into libGL.
-// Mesa is told to draw nothing (GALLIUM_NOOP). What differs: the effect keeps its uniforms by name and sends them from
-// there.
+// Constant: the GLSL program, the calls and their values in the same order (a test compares the two lists),
+// the driver and its context, the compiler flags, and the path of a call from a shared library into libGL.
+// Mesa draws nothing (GALLIUM_NOOP). Different: the effect caches its uniforms by name and sends them from
+// the cache.
 //
-// An effect that is not dirty sends few calls, one that is dirty sends every uniform twice: what it keeps, and what the
-// pass sets. An effect is added by a ByHand of its own and one BENCHMARK line.
+// A clean effect sends few calls; a dirty one sends every uniform twice, once from the cache and once from
+// the pass. To add an effect, write its ByHand class and one BENCHMARK line.
 
 #include "benchmarks/PairTiming.h"
 #include "passes_by_hand.h"
@@ -30,11 +30,11 @@ namespace vellum::benchmarks {
 namespace {
 
 constexpr unsigned int PASSES = 20000;
-constexpr int ROUNDS = 5;            // over all the passes
-constexpr unsigned int PARTS = 100;  // of the passes, made in turn by both
+constexpr int ROUNDS = 5;            // repetitions of all passes
+constexpr unsigned int PARTS = 100;  // into which the passes are split; both sides alternate
 constexpr unsigned int PASSES_PER_PART = PASSES / PARTS;
 
-/// One context for all, made with the first benchmark that runs.
+/// One context for all benchmarks, created by the first one that runs.
 class Layer {
 public:
     static Layer& instance() {
@@ -52,7 +52,7 @@ private:
     }
 
     static OffscreenContext::Settings _settings() {
-        // Mesa reads it when it makes the context.
+        // Mesa reads the variable when it creates the context.
         setenv("GALLIUM_NOOP", "1", 1);
         return {};
     }
@@ -61,7 +61,7 @@ private:
     Core_RL_GL core;
 };
 
-/// The program that is in use.
+/// The current program.
 unsigned int currentProgram() {
     GLint program = 0;
     glGetIntegerv(GL_CURRENT_PROGRAM, &program);
@@ -74,8 +74,8 @@ unsigned int makeTexture() {
     return texture;
 }
 
-/// Times passes of an effect against `openByHand()` and `closeByHand()`. `before` is called ahead of every pass of the
-/// effect.
+/// Times passes of an effect against `openByHand()` and `closeByHand()`. `before` is called ahead of every
+/// pass of the effect.
 template <class Effect, class Before, class OpenByHand, class CloseByHand>
 void compare(benchmark::State& state, Effect& effect, Before const& before, OpenByHand const& openByHand,
              CloseByHand const& closeByHand) {
@@ -165,7 +165,7 @@ void Glass(benchmark::State& state, bool const& isDirty) {
         });
 }
 
-// It is its setters that take the scattering effect into use: one of them stands for the changes.
+// The setters of the scattering effect take it into use, so one of them represents a change.
 void SSScattering(benchmark::State& state, bool const& isDirty) {
     if (char const* const error = Layer::instance().error(); error != nullptr) {
         state.SkipWithError(error);
@@ -190,7 +190,7 @@ void Custom(benchmark::State& state, bool const& isDirty) {
         state.SkipWithError(error);
         return;
     }
-    // No such pictures: a path alone has a texture bound.
+    // The files do not exist: a path is enough for the texture to be bound.
     Custom_shader effect;
     effect.setTexture("/no/first.png", 0);
     effect.setTexture("/no/second.png", 1);

@@ -1,18 +1,17 @@
-// Questions, each answered by a ratio of two times that were taken in turn in one run, on a mesh of a million
-// triangles:
-//  - Refill: how near does refilling the buffers of positions and vertex normals come to the bandwidth of
-//    memcpy? Counted are the bytes of the arrays that are read and of the buffers that are written; memcpy moves
-//    as many. It should reach half.
+// Questions about a mesh of a million triangles. Each answer is the ratio of two times that are measured
+// alternately in one run:
+//  - Refill: which part of the memcpy bandwidth does a refill of the buffers of positions and vertex normals
+//    reach, counting the bytes read from arrays and written to buffers? Bound: at least half.
 //  - StaticFrame: what does a frame of an unchanged mesh cost, compared with the same draw written by hand?
-//    At most 1.02.
-//  - Adjacency: what does workAdjacency cost, compared with sorting the keys of all edges once with std::sort?
-//    At most 4. Asked for triangles in the order of the grid and for the same triangles shuffled.
-//  - Normals: what do normals with hard edges cost, compared with normals without, which are one pass over the
-//    triangles? With hard edges there are three, so at most 3. Asked for a mesh that has its adjacency; and, with
-//    nothing wanted, for one whose adjacency is derived on the way.
+//    Bound: at most 1.02.
+//  - Adjacency: what does workAdjacency cost, compared with one std::sort of the keys of all edges? Measured
+//    for triangles in the order of the grid and for shuffled ones. Bound: at most 4.
+//  - Normals: what do normals with hard edges cost, which need three passes over the triangles, compared with
+//    normals without, which need one? Measured with an existing adjacency (bound: at most 3) and with one
+//    that is derived meanwhile (no bound).
 //
-// Held constant: the mesh (a wavy grid), the driver and its context, the buffers' usage and contents. The
-// picture is small, so that a frame is the work on the triangles.
+// Constant: the mesh (a wavy grid), the driver and its context, usage and contents of the buffers. The
+// viewport is small, so that the cost of a frame is the work on the triangles.
 
 #include "benchmarks/PairTiming.h"
 
@@ -73,7 +72,7 @@ void makeGrid(Mesh& mesh) {
     mesh.workNormals(CREASE);
 }
 
-/// One context and one mesh for all, made with the first benchmark that runs.
+/// One context and one mesh for all benchmarks, created by the first one that runs.
 class Scene {
 public:
     static Scene& instance() {
@@ -100,7 +99,7 @@ private:
 
 public:
     Mesh mesh;
-    std::unique_ptr<Mesh_RL_GL> renderer;  // its buffers go before the context
+    std::unique_ptr<Mesh_RL_GL> renderer;  // deleted before the context, which its buffers need
 };
 
 bool isReady(benchmark::State& state) {
@@ -150,7 +149,7 @@ void Refill(benchmark::State& state) {
     report(state, timing, REFILLS_PER_ROUND, "of_memcpy", 1 / timing.ratio());
 }
 
-/// What a program would write that keeps its soup in buffers of its own.
+/// The draw of a program that has the triangle soup in buffers.
 class ByHand {
 public:
     ByHand() {
@@ -236,7 +235,7 @@ void Adjacency(benchmark::State& state, bool const& isShuffled) {
         std::uint64_t const b = corners[edge % 3 == 2 ? edge - 2 : edge + 1];
         keys.push_back(std::min(a, b) << 32 | std::max(a, b));
     }
-    // Each sort gets keys of its own that are not sorted yet.
+    // Each sort needs an unsorted copy of the keys.
     std::vector<std::vector<std::uint64_t>> copies(1 + SORTS_PER_ROUND * ROUNDS, keys);
     std::size_t next = 0;
 
@@ -254,7 +253,7 @@ void Normals(benchmark::State& state, bool const& hasAdjacency) {
     Mesh mesh;
     makeGrid(mesh);
     if (!hasAdjacency) {
-        // The adjacency is older than the triangles, and so is not used.
+        // Marks the adjacency as older than the triangles, so that it is derived again.
         mesh.markModified(mesh.triangles());
     }
     PairTiming timing(SORTS_PER_ROUND);

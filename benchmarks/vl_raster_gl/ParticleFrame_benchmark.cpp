@@ -1,11 +1,13 @@
-// Questions, each answered by a ratio of two times that were taken in turn in one run:
-//  - StaticFrame: what does a frame of four million particles that do not change cost, drawn as points by the effect
-//    from its buffer, compared with the same draw written by hand? At most 1.03.
-//  - Dispatcher: what does render() cost until it has chosen a way to draw, compared with the queries that it makes
-//    written by hand? At most 1.2. Both then take the cheapest way, with no particles, through a render layer that
-//    asks the driver but draws nothing.
+// Questions. Each answer is the ratio of two times that are measured alternately in one run:
+//  - StaticFrame: what does a frame of four million unchanged particles cost, drawn as points by the effect
+//    from its buffer, compared with the same draw written by hand? Bound: at most 1.03.
+//  - Dispatcher: what does render() cost until it has selected a path, compared with the queries that it
+//    makes, written by hand? Bound: at most 1.2. Both sides then take the cheapest path, without particles,
+//    through a render layer that queries the driver and draws nothing.
 //
-// Held constant: the driver and its context, the program with its uniforms, the buffer and the calls that draw. The picture is small, so that a frame is the work on the points; both sides must draw the same one.
+// Constant: the driver and its context, the program with its uniforms, the buffer and the draw calls. The
+// viewport is small, so that the cost of a frame is the work on the points; both sides must draw the same
+// image.
 
 #include "benchmarks/PairTiming.h"
 
@@ -39,7 +41,7 @@ constexpr Color4<float> BLUE{0, 0, 1, 1};
 constexpr Color4<float> RED{1, 0, 0, 1};
 constexpr Color4<float> WHITE{1, 1, 1, 1};
 
-/// The driver does not tell its free memory, so the layer does; and it notes what the library draws with.
+/// Reports free memory, which the driver does not, and records the buffer and program of the library's draw.
 class FrameLayer : public Core_RL_GL {
 public:
     unsigned int getFreeGpuMemory() override { return 1U << 20; }
@@ -58,8 +60,8 @@ public:
     GLint program = 0;
 };
 
-/// What a program would write that has the particles in a buffer. It draws from the library's, so that both have the
-/// same.
+/// The draw of a program that has the particles in a buffer. It uses the library's buffer, so that both sides
+/// read the same memory.
 class ByHand {
 public:
     explicit ByHand(FrameLayer const& layer)
@@ -148,7 +150,7 @@ void StaticFrame(benchmark::State& state) {
     particles.releaseEffects();
 }
 
-/// Answers queries as the driver does, and draws nothing.
+/// Forwards queries to the driver and draws nothing.
 class QueryLayer : public Core_RL_GL {
 public:
     float setPointSize(float const& size) override { return size; }

@@ -1,15 +1,14 @@
-// Questions, each answered by a ratio of two times that were taken in turn in one run, on four million particles
-// whose colors are ramps of the length of their velocities:
-//  - Fill/memcpy: at what part of memcpy's speed are the records of a mapped buffer filled, where memcpy moves as
-//    many bytes of records that are ready? It should reach 0.85.
-//  - Fill/iterator: how many times as fast is it as a plain loop that takes the particles from the iterator? It
-//    should reach 4.
-//  - Thinned/P: what does the fill with P percent of the particles cost, compared with the fill with all of them?
-//    As many particles are visited, so this is also the quotient for each visited particle. At most 1.5.
+// Questions about four million particles whose colors are ramps of the length of their velocities. Each
+// answer is the ratio of two times that are measured alternately in one run:
+//  - Fill/memcpy: which part of the speed of memcpy does the fill of a mapped buffer reach, where memcpy
+//    copies as many bytes of finished records? Bound: at least 0.85.
+//  - Fill/iterator: how many times faster is it than a plain loop over the iterator? Bound: at least 4.
+//  - Thinned/P: what does the fill with P percent of the particles cost, compared with the fill with all of
+//    them? Both visit all particles, so this is also the ratio per visited particle. Bound: at most 1.5.
 //
-// Held constant: the particles, 24 bytes that are read for each and 24 that are written; memory that was written
-// before on all sides. The render layer is one that gives plain memory for a mapping and draws nothing, so that
-// the fill is all that is timed; the library is called through its interface.
+// Constant: the particles, 24 bytes read and 24 written per particle, and memory that was written before. The
+// render layer maps plain memory and draws nothing, so that only the fill is measured; the library is called
+// through its interface.
 
 #include "benchmarks/PairTiming.h"
 
@@ -42,7 +41,7 @@ constexpr Color4<float> MIN_COLOR{0, 0, 1, 1};
 constexpr Color4<float> MAX_COLOR{1, 0.5F, 0, 1};
 constexpr Color4<float> ABOVE{1, 1, 1, 1};
 
-/// Gives memory in place of a buffer object, aligned as drivers align theirs.
+/// Maps plain memory instead of a buffer object, with the alignment of drivers.
 class MemoryLayer : public Core_RL_GL {
 public:
     bool isExtensionSupported(char const* /*name*/) override { return true; }
@@ -77,7 +76,7 @@ public:
     std::unique_ptr<float, void (*)(void*)> records = makeRecords();
 };
 
-/// The particles, and what draws them.
+/// The particles and their renderer.
 class Scene {
 public:
     Scene() {
@@ -116,7 +115,7 @@ float limited(float const& value) {
     return value > 0 ? (value < 1 ? value : 1) : 0;
 }
 
-/// What a program would write that knows the particles from the iterator alone.
+/// The loop of a program that reads particles through the iterator.
 void fillByIterator(ParticleSystem_v2 const& system, unsigned int const& channel, float* out) {
     ParticleSystemConstIterator_v2 particle;
     ParticleSystemConstIterator_v2 end;
@@ -169,7 +168,7 @@ void FillOfIterator(benchmark::State& state) {
             fillByIterator(scene.system, scene.velocity, target.get());
             benchmark::ClobberMemory();
         });
-    // Both write the same records, to the bit.
+    // Both must write the same bits.
     if (std::memcmp(scene.layer.records.get(), target.get(), BYTES) != 0) {
         state.SkipWithError("the library and the loop differ");
         return;

@@ -16,7 +16,8 @@ constexpr float ABOVE[3] = {0.0F, 1.0F, 0.0F};
 constexpr float BEHIND[3] = {0.0F, 0.0F, -1.0F};
 constexpr float BEFORE[3] = {0.0F, 0.0F, 1.0F};
 
-/// The eight corners of an upright box. Corner i is at the maximum where bit 0 (x), 1 (y), 2 (z) is set.
+/// The eight corners of an upright box. Corner i is at the maximum where bit 0 (x), 1 (y), 2 (z) is set, so that
+/// both kinds of boxes have the same faces.
 inline void fill(Corners& corners, Box3<float> const& box) {
     for (unsigned int i = 0; i < 8; ++i) {
         corners[i][0] = (i & 1U) != 0 ? box.max.x : box.min.x;
@@ -40,6 +41,8 @@ inline void fill(Corners& corners, Obb3<float> const& box) {
     }
 }
 
+// Written out instead of looped: the fastest form that a program would have. The normal is sent per vertex,
+// as the render layer sends it.
 inline void sendFace(Corners const& corners, float const* normal, int a, int b, int c, int d, bool wire) {
     glNormal3fv(normal);
     glVertex3fv(corners[a]);

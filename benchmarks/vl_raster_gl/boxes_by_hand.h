@@ -6,9 +6,9 @@
 #include "foundation/geometry/Tuple8.h"
 
 /// \file
-/// What a program would write that draws its boxes without the render layer: one function for each kind, which
-/// sends the same calls with the same values for every box. It is a shared library of its own with the
-/// compiler flags of the render layer, so that its calls reach OpenGL in the same way.
+/// The boxes as a program would draw them without the render layer: one function per kind, which sends the
+/// same calls with the same values for every box. A separate shared library with the compiler flags of the
+/// render layer, so that its calls reach OpenGL through the same kind of indirection.
 
 #define VL_BY_HAND_EXPORT __attribute__((visibility("default")))
 

@@ -8,6 +8,8 @@ namespace vellum::benchmarks {
 
 namespace {
 
+// Uniforms are looked up by name in every call, as the library does: the interface looks locations up anew,
+// and the benchmark asks for the cost of the library's own work, not of that rule.
 struct Frame {
     float width;
     float height;
@@ -30,6 +32,7 @@ inline Frame readFrame() {
             powerOfTwo(viewport[3])};
 }
 
+// The fixed-function state of every effect. Inline, as a program that knows its effect would write it.
 inline void setState(int lights) {
     glPushAttrib(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT);
     glDisable(GL_TEXTURE_2D);
@@ -50,6 +53,7 @@ inline void sendFrame(GLuint program, Frame const& frame) {
     glUniform1fv(glGetUniformLocation(program, "textureHeight"), 1, &frame.textureHeight);
 }
 
+// The program is taken into use again, as setUniformSampler() does for each sampler.
 inline void bindSampler(GLuint program, char const* name, GLuint texture, int unit) {
     glUseProgram(program);
     GLint const location = glGetUniformLocation(program, name);
@@ -58,6 +62,7 @@ inline void bindSampler(GLuint program, char const* name, GLuint texture, int un
     glUniform1i(location, unit);
 }
 
+// Effects store the program's log after every pass. The buffer is as long as the library's.
 inline void readLog(GLuint program) {
     static char log[4096];
     glGetProgramInfoLog(program, sizeof(log), nullptr, log);
@@ -101,6 +106,7 @@ inline void sendParameters(ScatteringByHand const& pass) {
     glUniform1iv(glGetUniformLocation(program, "nLights"), 1, &pass.lights);
 }
 
+// Tables, as in the library: formatting 30 names per pass would dominate the time.
 constexpr char const* FLOAT_NAMES[10] = {"FloatVar0", "FloatVar1", "FloatVar2", "FloatVar3", "FloatVar4",
                                          "FloatVar5", "FloatVar6", "FloatVar7", "FloatVar8", "FloatVar9"};
 constexpr char const* VEC3_NAMES[10] = {"Vec3Var0", "Vec3Var1", "Vec3Var2", "Vec3Var3", "Vec3Var4",
@@ -121,6 +127,8 @@ inline void sendParameters(CustomByHand const& pass) {
 
 }  // namespace
 
+// Each pass repeats the order of its effect, in which a dirty effect first sends the cached values (those of
+// the former pass, so the former size of the frame) and then the new ones.
 void openByHand(DisplacementByHand const& pass, bool const& isDirty) {
     GLuint const program = pass.program;
     static Frame kept{};
@@ -144,6 +152,7 @@ void openByHand(DisplacementByHand const& pass, bool const& isDirty) {
     readLog(program);
 }
 
+// The ocean is always dirty, so its pass has no shorter form.
 void openByHand(OceanByHand const& pass) {
     GLuint const program = pass.program;
     static Frame kept{};
@@ -212,11 +221,13 @@ void openByHand(CustomByHand const& pass, bool const& isDirty) {
         sendParameters(pass);
     }
     readLog(program);
+    // The user shader clears one error after each pass.
     glGetError();
 }
 
 void closeByHand() {
     glUseProgram(0);
+    // Both calls, as effects are closed: the second is the name of the first in an older extension.
     glUseProgramObjectARB(0);
     glPopAttrib();
 }

@@ -1,9 +1,9 @@
 #pragma once
 
 /// \file
-/// What a program would write that draws with the effects' GLSL programs without the effects: the calls of a pass,
-/// before and after the drawing, with the same values. It is a shared library of its own with the compiler flags of the
-/// render layer, so that its calls reach OpenGL in the same way.
+/// The passes of the effects as a program would write them without the effects: the calls before and after
+/// the drawing, with the same values. A separate shared library with the compiler flags of the render layer,
+/// so that its calls reach OpenGL through the same kind of indirection.
 
 #define VL_BY_HAND_EXPORT __attribute__((visibility("default")))
 
@@ -65,19 +65,19 @@ struct CustomByHand {
     int lights;
 };
 
-/// Opens a pass; `isDirty` sends everything, as an effect does whose parameters have changed.
+/// Opens a pass; with `isDirty` it sends every uniform, like an effect with changed parameters.
 VL_BY_HAND_EXPORT void openByHand(DisplacementByHand const& pass, bool const& isDirty);
 VL_BY_HAND_EXPORT void openByHand(OceanByHand const& pass);
 VL_BY_HAND_EXPORT void openByHand(GlassByHand const& pass, bool const& isDirty);
 VL_BY_HAND_EXPORT void openByHand(CustomByHand const& pass, bool const& isDirty);
 
-/// `isDirty` takes the program into use and sends everything, as a setter does, and the pass sends it again.
+/// With `isDirty` it first takes the program into use and sends the cached uniforms, like a setter.
 VL_BY_HAND_EXPORT void openByHand(ScatteringByHand const& pass, bool const& isDirty);
 
 /// Closes a pass of any effect.
 VL_BY_HAND_EXPORT void closeByHand();
 
-/// Deletes a texture, as closing a pass of glass does behind that.
+/// Deletes a texture, as a pass of glass does after it is closed.
 VL_BY_HAND_EXPORT void deleteByHand(unsigned int const& texture);
 
 }  // namespace vellum::benchmarks

@@ -34,7 +34,7 @@ namespace vellum {
 /// The `GL:` line of an operation lists its calls in order, the `State:` line the state that it leaves
 /// changed; without such a line, all state is restored. Drawings use the current model-view matrix, color,
 /// line width, point size, stipple and filling. They send their vertices in immediate mode and allocate no
-/// memory. `Deliberate (name)` marks behavior that docs/compatibility.md explains.
+/// memory. Lines that begin with Deliberate name an entry of docs/compatibility.md.
 ///
 /// Groups, in the order of the interface: lifecycle and extensions; camera and point state; buffers and draw
 /// calls; memory, shaders and errors; lighting and render state; textures and transforms; picking; segments
