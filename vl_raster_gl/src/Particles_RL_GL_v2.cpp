@@ -560,16 +560,10 @@ bool Particles_RL_GL_v2::_uploadToVbo(BufferFilling const& filling, char const* 
         return true;  // GL refuses to map an empty store
     }
     _replaceStore(target);
-    void* store = VL_Raster->mapBuffer(BufferTarget::ARRAY_BUFFER, BufferAccess::READ_WRITE);
-    bool hasError = VL_Raster->getError(where, line);
-    if (grows && hasError && store != nullptr) {
-        // The error may have been pending from a call of the application. None is now, so an error that is found
-        // after a second try is that of the store.
-        VL_Raster->unmapBuffer(BufferTarget::ARRAY_BUFFER);
-        _replaceStore(target);
-        store = VL_Raster->mapBuffer(BufferTarget::ARRAY_BUFFER, BufferAccess::READ_WRITE);
-        hasError = VL_Raster->getError(where, line);
-    }
+    void* const store = VL_Raster->mapBuffer(BufferTarget::ARRAY_BUFFER, BufferAccess::READ_WRITE);
+    bool const hasError = VL_Raster->getError(where, line);
+    // Nothing tells an error of bufferData from one that a call of the application left pending. A growing store is
+    // given up for either, as the next frame can ask for it again; a store that is large enough already is not.
     if (store == nullptr || (grows && hasError)) {
         VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, 0);
         VL_Raster->deleteBuffers(1, &vboId);  // ends the mapping, if there is one

@@ -143,9 +143,8 @@ public:
     ///         while its store grows; nothing is drawn then.
     /// GL: genBuffers the first time; getFreeGpuMemory, bindBuffer x 2, bufferData where the buffer grows, or
     /// deleteBuffers where it is refused; bindBuffer, bufferData, mapBuffer, getError, unmapBuffer where it is
-    /// filled (where getError finds an error while the store grows, unmapBuffer, bufferData, mapBuffer and getError
-    /// once more, as the first error may have been pending); enableClientState x 2, setPointSize, bindBuffer, vertexPointer, colorPointer, drawArrays,
-    /// bindBuffer(0), disableClientState x 2. An empty buffer is not mapped, which GL would refuse.
+    /// filled (bindBuffer(0) and deleteBuffers after getError where it is refused); enableClientState x 2, setPointSize,
+    /// bindBuffer, vertexPointer, colorPointer, drawArrays, bindBuffer(0), disableClientState x 2. An empty buffer is not mapped, which GL would refuse.
     /// State: the point size; no buffer is bound.
     bool renderFromVboNoShaders(ParticleSystem_v2 const& system, bool keepFlag, bool rebuild,
                                 float const& scale, float const& minMagnitude, float const& maxMagnitude,
