@@ -9,7 +9,6 @@
 #include <iostream>
 #include <iterator>
 #include <memory>
-#include <new>
 #include <string_view>
 
 #include "internal/gl_api.h"
@@ -20,22 +19,35 @@ namespace {
 
 constexpr GLsizei LOG_LENGTH = 4096;  // characters, with the terminating zero
 constexpr int LARGEST_SIZE = 4;       // of vectors and matrices
-constexpr std::size_t VALUE_BYTES = 4;
-static_assert(sizeof(int) == VALUE_BYTES && sizeof(float) == VALUE_BYTES, "uniforms are 32-bit values");
+static_assert(sizeof(int) == sizeof(std::uint32_t) && sizeof(float) == sizeof(std::uint32_t),
+              "uniforms are 32-bit values");
 
-}  // namespace
+// How GL takes values, by their size less 1. Matrices have no size 1.
+constexpr decltype(&glUniform1iv) SEND_INTS[LARGEST_SIZE] = {glUniform1iv, glUniform2iv, glUniform3iv,
+                                                             glUniform4iv};
+constexpr decltype(&glUniform1fv) SEND_FLOATS[LARGEST_SIZE] = {glUniform1fv, glUniform2fv, glUniform3fv,
+                                                               glUniform4fv};
+constexpr decltype(&glUniformMatrix2fv) SEND_MATRIX[LARGEST_SIZE] = {nullptr, glUniformMatrix2fv,
+                                                                     glUniformMatrix3fv, glUniformMatrix4fv};
 
-// Sizes that GL does not have are never sent, so nothing is kept of their values: a size that is wrong does not
-// lead beyond the values that the caller has.
-std::size_t Program_gl::UNIFORM_PAIR::bytes(UNIFORM_TYPE const& type, int const& count, int const& size) {
+// The 32-bit values of a uniform. Sizes that GL does not have are never sent, so nothing is kept of their values: a
+// size that is wrong does not lead beyond the values that the caller has.
+std::size_t valueCount(bool isMatrix, int count, int size) {
     if (size > LARGEST_SIZE) {
         return 0;
     }
     std::size_t const elements = static_cast<std::size_t>(count) * static_cast<std::size_t>(size);
-    return VALUE_BYTES * (type == UNIFORM_MATRIX ? elements * elements : elements);
+    return isMatrix ? elements * elements : elements;
 }
 
-Program_gl::Program_gl() = default;
+unsigned int nextSerial() {
+    static unsigned int last = 0;
+    return ++last;
+}
+
+}  // namespace
+
+Program_gl::Program_gl() : serial(nextSerial()) {}
 
 Program_gl::~Program_gl() {
     for (SHADER_MASK_PAIR const& entry : shaders) {
@@ -44,10 +56,6 @@ Program_gl::~Program_gl() {
     if (id != 0) {
         glDeleteProgram(id);
         id = 0;
-    }
-    for (UNIFORM_PAIR* uniform : uniforms) {
-        ::operator delete(uniform->data);
-        delete uniform;
     }
 }
 
@@ -181,8 +189,8 @@ void Program_gl::setUniformMatrix(char const* name, int order, float const* valu
     _setUniform(name, UNIFORM_PAIR::UNIFORM_MATRIX, 1, order, values);
 }
 
-void Program_gl::_setUniform(char const* name, UNIFORM_PAIR::UNIFORM_TYPE const& type, int const& count,
-                             int const& size, void const* values) {
+void Program_gl::_setUniform(char const* name, UNIFORM_PAIR::UNIFORM_TYPE type, int count, int size,
+                             void const* values) {
     if (count < 0 || size < 0 || values == nullptr) {
         return;
     }
@@ -190,21 +198,16 @@ void Program_gl::_setUniform(char const* name, UNIFORM_PAIR::UNIFORM_TYPE const&
 
     UNIFORM_PAIR* uniform = _findUniform(wanted);
     if (uniform == nullptr) {
-        auto fresh = std::make_unique<UNIFORM_PAIR>(UNIFORM_PAIR{wanted, type, 0, 0, nullptr});
-        uniforms.push_back(fresh.get());
-        uniform = fresh.release();
+        uniforms.push_back(std::make_unique<UNIFORM_PAIR>(UNIFORM_PAIR{wanted, type, 0, 0, {}}));
+        uniform = uniforms.back().get();
     }
 
     // Values of the same length go where the old ones are: effects send the same uniforms in every frame,
     // and a frame should not allocate.
-    std::size_t const bytes = UNIFORM_PAIR::bytes(type, count, size);
-    if (uniform->data == nullptr ||
-        bytes != UNIFORM_PAIR::bytes(uniform->type, uniform->count, uniform->size)) {
-        void* const room = ::operator new(bytes);
-        ::operator delete(uniform->data);
-        uniform->data = room;
+    uniform->data.resize(valueCount(type == UNIFORM_PAIR::UNIFORM_MATRIX, count, size));
+    if (!uniform->data.empty()) {
+        std::memcpy(uniform->data.data(), values, uniform->data.size() * sizeof(std::uint32_t));
     }
-    std::memcpy(uniform->data, values, bytes);
     uniform->type = type;
     uniform->count = count;
     uniform->size = size;
@@ -214,18 +217,17 @@ void Program_gl::_setUniform(char const* name, UNIFORM_PAIR::UNIFORM_TYPE const&
     }
 }
 
-void Program_gl::_setUniform(UniformKey& key, UNIFORM_PAIR::UNIFORM_TYPE const& type, int const& size,
-                             void const* values) {
+void Program_gl::_setUniform(UniformKey& key, UNIFORM_PAIR::UNIFORM_TYPE type, int size, void const* values) {
     _setUniform(key.name, type, 1, size, values);
     key.kept = _findUniform(key.name);
+    key.serial = serial;
 }
 
 // Effects set the same uniforms in the same order in every pass, so the one that is wanted mostly follows the one
-// that was set last. null: none has that name.
+// that was set last. Null where no kept uniform has that name.
 Program_gl::UNIFORM_PAIR* Program_gl::_findUniform(char const* name) {
-    auto const find = [this, name](std::list<UNIFORM_PAIR*>::iterator const& begin,
-                                   std::list<UNIFORM_PAIR*>::iterator const& end) {
-        auto const found = std::find_if(begin, end, [name](UNIFORM_PAIR const* each) {
+    auto const find = [this, name](Uniforms::iterator const& begin, Uniforms::iterator const& end) {
+        auto const found = std::find_if(begin, end, [name](std::unique_ptr<UNIFORM_PAIR> const& each) {
             return std::strcmp(each->name.c_str(), name) == 0;
         });
         if (found == end) {
@@ -235,73 +237,37 @@ Program_gl::UNIFORM_PAIR* Program_gl::_findUniform(char const* name) {
         return true;
     };
     if (find(behindLast, uniforms.end()) || find(uniforms.begin(), behindLast)) {
-        return *std::prev(behindLast);
+        return std::prev(behindLast)->get();
     }
     return nullptr;
 }
 
 void Program_gl::_applyUniform(UNIFORM_PAIR const* uniform) {
     if (uniform == nullptr) {
-        for (UNIFORM_PAIR const* each : uniforms) {
-            _applyUniform(each);
+        for (std::unique_ptr<UNIFORM_PAIR> const& each : uniforms) {
+            _applyUniform(each.get());
         }
         return;
     }
-    // Looked up anew each time: linking again may move every location.
     GLint const location = _location(uniform->name.c_str());
-    GLsizei const count = uniform->count;
-    if (uniform->type == UNIFORM_PAIR::UNIFORM_INT) {
-        auto const* values = static_cast<GLint const*>(uniform->data);
-        switch (uniform->size) {
-        case 1:
-            glUniform1iv(location, count, values);
-            break;
-        case 2:
-            glUniform2iv(location, count, values);
-            break;
-        case 3:
-            glUniform3iv(location, count, values);
-            break;
-        case 4:
-            glUniform4iv(location, count, values);
-            break;
-        default:
-            break;
-        }
+    if (uniform->size < 1 || uniform->size > LARGEST_SIZE) {
         return;
     }
-    auto const* values = static_cast<GLfloat const*>(uniform->data);
-    if (uniform->type == UNIFORM_PAIR::UNIFORM_FLOAT) {
-        switch (uniform->size) {
-        case 1:
-            glUniform1fv(location, count, values);
-            break;
-        case 2:
-            glUniform2fv(location, count, values);
-            break;
-        case 3:
-            glUniform3fv(location, count, values);
-            break;
-        case 4:
-            glUniform4fv(location, count, values);
-            break;
-        default:
-            break;
+    auto const row = static_cast<std::size_t>(uniform->size - 1);
+    GLsizei const count = uniform->count;
+    void const* const values = uniform->data.data();
+    switch (uniform->type) {
+    case UNIFORM_PAIR::UNIFORM_INT:
+        SEND_INTS[row](location, count, static_cast<GLint const*>(values));
+        break;
+    case UNIFORM_PAIR::UNIFORM_FLOAT:
+        SEND_FLOATS[row](location, count, static_cast<GLfloat const*>(values));
+        break;
+    case UNIFORM_PAIR::UNIFORM_MATRIX:
+        if (SEND_MATRIX[row] != nullptr) {
+            SEND_MATRIX[row](location, count, GL_FALSE, static_cast<GLfloat const*>(values));
         }
-    } else {
-        switch (uniform->size) {
-        case 2:
-            glUniformMatrix2fv(location, count, GL_FALSE, values);
-            break;
-        case 3:
-            glUniformMatrix3fv(location, count, GL_FALSE, values);
-            break;
-        case 4:
-            glUniformMatrix4fv(location, count, GL_FALSE, values);
-            break;
-        default:
-            break;
-        }
+        break;
     }
 }
 

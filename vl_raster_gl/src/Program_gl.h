@@ -4,10 +4,13 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <list>
+#include <memory>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 namespace vellum {
 
@@ -28,28 +31,16 @@ class Shader_gl;
 ///     draw();
 ///     program->disable();
 ///
+/// Two look-ups: the kept record of a name is found in this class, by a search or at once by a UniformKey; the
+/// uniform's location is asked of GL whenever a value is sent, as linking again may move it.
+///
 /// It owns its GL program and the kept values, never the stages; program and stages may be deleted in any
-/// order. A program that does not link is not told apart: GL then refuses it, and getInfoLog() says why.
+/// order. Link failures are not detected: GL refuses the program when it is used, and getInfoLog() has the reason.
 /// Names and value pointers may be null: a null name is the empty one, which names no uniform.
 /// Everything must be called on the thread that owns the context.
 class VL_RASTER_GL_EXPORT Program_gl {
-private:
-    struct UNIFORM_PAIR;
-
 public:
-    /// The name of a uniform that is set in every pass: it is looked up the first time only. A key is for one
-    /// program, the one that it is first given to, and is not to outlive it.
-    class UniformKey {
-    public:
-        /// Keeps the pointer, not the text.
-        explicit UniformKey(char const* name) : name(name != nullptr ? name : "") {}
-
-    private:
-        friend class Program_gl;
-
-        char const* name;              // not owned
-        UNIFORM_PAIR* kept = nullptr;  // of the program; null before the first setting
-    };
+    class UniformKey;  // below
 
     Program_gl();  ///< An empty program. GL: none.
 
@@ -63,8 +54,8 @@ public:
     // == Stages ==
 
     /// Attaches the plain variant of up to three stages. A stage that is null or did not compile is skipped.
-    /// The slots are only a habit: any stage may come in any of them. A stage that is attached twice has two
-    /// entries, and GL refuses the second with GL_INVALID_OPERATION.
+    /// The names of the parameters are conventional only: each takes a stage of any type. A stage that is attached
+    /// twice has two entries, and GL refuses the second with GL_INVALID_OPERATION.
     /// GL: glCreateProgram the first time, then glAttachShader for each stage.
     void attach(Shader_gl* vertex, Shader_gl* geometry, Shader_gl* fragment);
 
@@ -107,14 +98,12 @@ public:
     void setUniform(char const* name, float x, float y, float z, float w);
     /// `count` elements of `size` components each; size 1 to 4.
     void setUniform(char const* name, int count, int size, float const* values);
-    // By a key: the same, without looking the name up.
-    void setUniform(UniformKey& key, int x) { _setUniform<int, 1>(key, {x}); }
-    void setUniform(UniformKey& key, float x) { _setUniform<float, 1>(key, {x}); }
-    void setUniform(UniformKey& key, float x, float y) { _setUniform<float, 2>(key, {x, y}); }
-    void setUniform(UniformKey& key, float x, float y, float z) { _setUniform<float, 3>(key, {x, y, z}); }
-    void setUniform(UniformKey& key, float x, float y, float z, float w) {
-        _setUniform<float, 4>(key, {x, y, z, w});
-    }
+    // By a key: the same without a search for the name.
+    void setUniform(UniformKey& key, int x);
+    void setUniform(UniformKey& key, float x);
+    void setUniform(UniformKey& key, float x, float y);
+    void setUniform(UniformKey& key, float x, float y, float z);
+    void setUniform(UniformKey& key, float x, float y, float z, float w);
     /// A square matrix of order 2 to 4, column by column.
     void setUniformMatrix(char const* name, int order, float const* values);
 
@@ -162,36 +151,20 @@ private:
 
         std::string name;
         UNIFORM_TYPE type;
-        int count;   // elements
-        int size;    // components of an element, or the order of a matrix
-        void* data;  // owned, of operator new; 32-bit values
-
-        static std::size_t bytes(UNIFORM_TYPE const& type, int const& count, int const& size);
+        int count;                        // elements
+        int size;                         // components of an element, or the order of a matrix
+        std::vector<std::uint32_t> data;  // integers or floats
     };
 
     void _attach(Shader_gl* shader);
     // Takes the stage off the program, in GL too. Called by the stage's destructor.
     void _detach(Shader_gl* shader);
     void _link();
-    // Kept uniforms stay where they are as long as the program lives; only what they hold may become another type.
     template <class Value, std::size_t SIZE>
-    void _setUniform(UniformKey& key, std::array<Value, SIZE> const& values) {
-        constexpr UNIFORM_PAIR::UNIFORM_TYPE TYPE =
-            std::is_same_v<Value, int> ? UNIFORM_PAIR::UNIFORM_INT : UNIFORM_PAIR::UNIFORM_FLOAT;
-        UNIFORM_PAIR* const kept = key.kept;
-        if (kept == nullptr || kept->type != TYPE || kept->count != 1 || kept->size != int{SIZE}) {
-            _setUniform(key, TYPE, int{SIZE}, values.data());
-            return;
-        }
-        std::memcpy(kept->data, values.data(), sizeof(values));
-        if (enabled) {
-            _applyUniform(kept);
-        }
-    }
-    void _setUniform(UniformKey& key, UNIFORM_PAIR::UNIFORM_TYPE const& type, int const& size,
-                     void const* values);  // by its name
-    void _setUniform(char const* name, UNIFORM_PAIR::UNIFORM_TYPE const& type, int const& count,
-                     int const& size, void const* values);
+    void _setUniform(UniformKey& key, std::array<Value, SIZE> const& values);
+    void _setUniform(UniformKey& key, UNIFORM_PAIR::UNIFORM_TYPE type, int size, void const* values);
+    void _setUniform(char const* name, UNIFORM_PAIR::UNIFORM_TYPE type, int count, int size,
+                     void const* values);
     UNIFORM_PAIR* _findUniform(char const* name);
     void _applyUniform(UNIFORM_PAIR const* uniform);  // null: all, in their order
     int _location(char const* name) const;
@@ -200,8 +173,61 @@ private:
     std::list<SHADER_MASK_PAIR> shaders;  // in the order of attaching
     bool linked = false;                  // for the present stages and variants
     bool enabled = false;                 // between enable(true) and enable(false)
-    std::list<UNIFORM_PAIR*> uniforms;    // owned, in the order in which they were first set
-    std::list<UNIFORM_PAIR*>::iterator behindLast = uniforms.end();  // behind the one that was set last
+    using Uniforms = std::list<std::unique_ptr<UNIFORM_PAIR>>;
+    Uniforms uniforms;                               // in the order in which they were first set
+    Uniforms::iterator behindLast = uniforms.end();  // behind the one that was set last
+    unsigned int const serial;                       // no other program of the process has it
 };
+
+/// The name of a uniform that is set in every pass. It remembers the kept record of its program, so that the name is
+/// searched for once; given to another program, it searches there.
+///
+///     Program_gl::UniformKey sizeKey{"size"};        // a member beside the program
+///     program->setUniform(sizeKey, 2.0F);
+class Program_gl::UniformKey {
+public:
+    /// Keeps the pointer, not the text.
+    explicit UniformKey(char const* name) : name(name != nullptr ? name : "") {}
+
+private:
+    friend class Program_gl;
+
+    char const* name;              // not owned
+    UNIFORM_PAIR* kept = nullptr;  // of the program with this serial; valid as long as it lives
+    unsigned int serial = 0;       // 0 before the first setting, as no program has it
+};
+
+// Inline: a pass sets dozens of uniforms that are mostly kept and not sent, at a cost near that of a call.
+template <class Value, std::size_t SIZE>
+inline void Program_gl::_setUniform(UniformKey& key, std::array<Value, SIZE> const& values) {
+    constexpr UNIFORM_PAIR::UNIFORM_TYPE TYPE =
+        std::is_same_v<Value, int> ? UNIFORM_PAIR::UNIFORM_INT : UNIFORM_PAIR::UNIFORM_FLOAT;
+    UNIFORM_PAIR* const kept = key.serial == serial ? key.kept : nullptr;
+    // A kept record stays where it is, but its type and length are those of the last setting.
+    if (kept == nullptr || kept->type != TYPE || kept->count != 1 || kept->size != int{SIZE}) {
+        _setUniform(key, TYPE, int{SIZE}, values.data());
+        return;
+    }
+    std::memcpy(kept->data.data(), values.data(), sizeof(values));
+    if (enabled) {
+        _applyUniform(kept);
+    }
+}
+
+inline void Program_gl::setUniform(UniformKey& key, int x) {
+    _setUniform<int, 1>(key, {x});
+}
+inline void Program_gl::setUniform(UniformKey& key, float x) {
+    _setUniform<float, 1>(key, {x});
+}
+inline void Program_gl::setUniform(UniformKey& key, float x, float y) {
+    _setUniform<float, 2>(key, {x, y});
+}
+inline void Program_gl::setUniform(UniformKey& key, float x, float y, float z) {
+    _setUniform<float, 3>(key, {x, y, z});
+}
+inline void Program_gl::setUniform(UniformKey& key, float x, float y, float z, float w) {
+    _setUniform<float, 4>(key, {x, y, z, w});
+}
 
 }  // namespace vellum
