@@ -127,7 +127,7 @@ bool Shader_gl::_compileVariant(unsigned int const& mask) {
     GLint status = GL_FALSE;
     glGetShaderiv(id, GL_COMPILE_STATUS, &status);
     if (VL_Raster != nullptr) {
-        // Deliberate (asdf-label): readers of logs find the library's stages by this label.
+        // Deliberate (asdf-label): the label of every stage. Tools that read the logs look for it.
         VL_Raster->checkShaderCompilationErrors(id, "asdf");
     }
     if (status != GL_TRUE) {

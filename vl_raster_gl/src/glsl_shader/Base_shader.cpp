@@ -1,6 +1,8 @@
 #include "glsl_shader/Base_shader.h"
 
 #include "Shader_gl.h"
+#include "internal/discard_error.h"
+#include "internal/geometry_dialect.h"
 
 #include "foundation/raster/Core_RL.h"
 
@@ -131,6 +133,10 @@ void Base_shader::markDirty() {
     dirty = true;
 }
 
+bool Base_shader::hasGeometryStages() {
+    return takesGeometryStages();
+}
+
 // == Logs ==
 
 std::string Base_shader::getLog() const {
@@ -156,11 +162,7 @@ void Base_shader::loadTexture(VL_Image const& image, unsigned int const& texture
     }
     _uploadTexture(image, name, internalFormat, static_cast<int>(image.width()),
                    static_cast<int>(image.height()));
-    GLenum const error = glGetError();
-    if (error != GL_NO_ERROR) {
-        // Deliberate (swallowed-upload-error): the text is discarded; the texture has no contents then.
-        gluErrorString(error);
-    }
+    discardError();  // the texture is without contents after one
     glTexEnvf(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
 }
 

@@ -1,6 +1,7 @@
 #include "glsl_shader/Custom_shader.h"
 
 #include "Shader_gl.h"
+#include "internal/discard_error.h"
 #include "internal/geometry_dialect.h"
 
 #include "foundation/raster/Core_RL.h"
@@ -59,14 +60,6 @@ Value valueOf(std::array<Value, COUNT> const& values, int const& index) {
 
 bool isEmpty(VL_String const& path) {
     return path.size() <= 1;  // the terminating zero
-}
-
-// Deliberate (swallowed-upload-error): the text is discarded; the program's log has the reason.
-void swallowError() {
-    GLenum const error = glGetError();
-    if (error != GL_NO_ERROR) {
-        gluErrorString(error);
-    }
 }
 
 }  // namespace
@@ -155,7 +148,7 @@ void Custom_shader::setShaders(VL_String const& vertexPath, VL_String const& fra
     }
     created = true;
     enable(true);
-    swallowError();
+    discardError();
 }
 
 // Loads a stage from a file and falls back to the pass-through. The failed stage is deleted, because loading
@@ -306,7 +299,7 @@ void Custom_shader::preprocess() {
     program->setUniform(baseColorKey, baseColor.r, baseColor.g, baseColor.b, baseColor.a);
     program->setUniform(lightCountKey, static_cast<int>(lightCount));
     log = program->getInfoLog();
-    swallowError();
+    discardError();
 }
 
 void Custom_shader::postprocess() {

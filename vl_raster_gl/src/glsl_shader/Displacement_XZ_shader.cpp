@@ -216,15 +216,15 @@ void Displacement_XZ_shader::preprocess() {
     }
     _openPass(LIGHTS);
     _sendFrameSize(_readFrameSize());
-    program->setUniform("scale", scale);
-    program->setUniform("repeat_u", repeatU);
-    program->setUniform("repeat_v", repeatV);
-    program->setUniform("foamThreshold", foamThreshold);
-    program->setUniform("dim_X", dimX);
-    program->setUniform("dim_Z", dimZ);
-    program->setUniform("resolution", resolution);
-    program->setUniform("lightpos", lightPosition.r, lightPosition.g, lightPosition.b, lightPosition.a);
-    program->setUniform("basecolor", baseColor.r, baseColor.g, baseColor.b, baseColor.a);
+    program->setUniform(scaleKey, scale);
+    program->setUniform(repeatUKey, repeatU);
+    program->setUniform(repeatVKey, repeatV);
+    program->setUniform(foamThresholdKey, foamThreshold);
+    program->setUniform(dimXKey, dimX);
+    program->setUniform(dimZKey, dimZ);
+    program->setUniform(resolutionKey, resolution);
+    program->setUniform(lightPositionKey, lightPosition.r, lightPosition.g, lightPosition.b, lightPosition.a);
+    program->setUniform(baseColorKey, baseColor.r, baseColor.g, baseColor.b, baseColor.a);
     program->setUniformSampler("displacementMap", displacementTexture, DISPLACEMENT_UNIT);
     log = program->getInfoLog();
 }

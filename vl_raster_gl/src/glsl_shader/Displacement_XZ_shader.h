@@ -110,6 +110,16 @@ private:
     bool flag = false;                     // cleared by create(), not used; part of the interface's layout
     int resolution = 512;                  // texels across the map
     unsigned int displacementTexture = 0;  // owned; 0 until it has a name
+
+    Program_gl::UniformKey scaleKey{"scale"};
+    Program_gl::UniformKey repeatUKey{"repeat_u"};
+    Program_gl::UniformKey repeatVKey{"repeat_v"};
+    Program_gl::UniformKey foamThresholdKey{"foamThreshold"};
+    Program_gl::UniformKey dimXKey{"dim_X"};
+    Program_gl::UniformKey dimZKey{"dim_Z"};
+    Program_gl::UniformKey resolutionKey{"resolution"};
+    Program_gl::UniformKey lightPositionKey{"lightpos"};
+    Program_gl::UniformKey baseColorKey{"basecolor"};
 };
 
 }  // namespace vellum

@@ -4,6 +4,7 @@
 #include "Shader_gl.h"
 #include "internal/displaced_normal.h"
 #include "internal/geometry_dialect.h"
+#include "internal/shader_text.h"
 
 #include "foundation/raster/Core_RL.h"
 
@@ -46,17 +47,17 @@ void main()
 }
 )";
 
-// The fragment stages of both paths follow on their constants. mapSize is the number of texels across the map from
-// which normals are taken, whatever the texture's size; choppy scales the displacement that they see.
-constexpr char const* CONSTANTS = R"(const float mapSize = 256.0;
-const float choppy = 1.0;
-)";
-constexpr char const* TESSELATED_CONSTANTS = R"(const float mapSize = 256.0;
-const float Yscale = 1.0;
-const float choppy = 2.0;
-)";
-
-constexpr char const* FRAGMENT_DECLARATIONS = R"(uniform sampler2D normalsMap;
+// The fragment stage of both paths. Parts:
+//
+//     CONSTANTS         mapSize, the number of texels across the map from which normals are taken, whatever the texture's
+//                       size; choppy, which scales the displacement that they see
+//     DISPLACED_NORMAL  displacedNormal(), of internal/displaced_normal.h
+//     MAIN              main()
+//
+// phong() gives one light at the eye position vPos. Each light brings an alpha of 1, so that two give 2.
+// Deliberate (four-component-light-distance): the distance is that of the four-component positions; directions have
+// three components, so that a light at infinity shines from its position all the same.
+constexpr char const* FRAGMENT = R"(@CONSTANTS@uniform sampler2D normalsMap;
 uniform sampler2D displacementMap;
 uniform vec4 basecolor;
 uniform int nLights;
@@ -69,12 +70,7 @@ vec3 displacePoint(vec2 q)
     vec3 d = (texture2D(displacementMap, q / mapSize).xyz * 2.0 - 1.0) * scale * 0.01;
     return vec3(q.x, 0.0, q.y) / mapSize + d * choppy;
 }
-)";
-
-// One light at the eye position vPos. Each light brings an alpha of 1, so that two give 2.
-// Deliberate (four-component-light-distance): the distance is that of the four-component positions;
-// directions have three components, so that a light at infinity shines from its position all the same.
-constexpr char const* PHONG = R"(
+@DISPLACED_NORMAL@
 vec4 phong(int i, vec3 n)
 {
     vec4 color = vec4(0.0, 0.0, 0.0, 1.0);
@@ -103,9 +99,13 @@ vec4 phong(int i, vec3 n)
     }
     return color;
 }
+@MAIN@)";
+
+constexpr char const* CONSTANTS = R"(const float mapSize = 256.0;
+const float choppy = 1.0;
 )";
 
-constexpr char const* FRAGMENT_MAIN = R"(
+constexpr char const* MAIN = R"(
 void main()
 {
     vec3 n = gl_NormalMatrix * displacedNormal(gl_TexCoord[0].xy * mapSize);
@@ -118,6 +118,11 @@ void main()
 )";
 
 // == The tessellated path ==
+
+constexpr char const* TESSELATED_CONSTANTS = R"(const float mapSize = 256.0;
+const float Yscale = 1.0;
+const float choppy = 2.0;
+)";
 
 constexpr char const* TESSELATED_VERTEX = R"(uniform vec2 uvTileFactor;
 
@@ -253,6 +258,11 @@ int greatestDepth(GeometryLimits const& limits) {
         ++depth;
     }
     return depth;
+}
+
+std::string fragmentText(char const* constants, char const* main) {
+    return filledIn(FRAGMENT, ShaderPart{"CONSTANTS", constants},
+                    ShaderPart{"DISPLACED_NORMAL", DISPLACED_NORMAL}, ShaderPart{"MAIN", main});
 }
 
 }  // namespace
@@ -401,16 +411,12 @@ void Displacement_shader::create() {
 }
 
 void Displacement_shader::createShadersCompatible() {
-    std::string const fragment =
-        std::string(CONSTANTS) + FRAGMENT_DECLARATIONS + DISPLACED_NORMAL + PHONG + FRAGMENT_MAIN;
-    _loadStages(VERTEX, fragment.c_str());
+    _loadStages(VERTEX, fragmentText(CONSTANTS, MAIN).c_str());
     program->attach(stage1, stage2, nullptr);
 }
 
 void Displacement_shader::createShadersGeometry() {
-    std::string const fragment = std::string(TESSELATED_CONSTANTS) + FRAGMENT_DECLARATIONS +
-                                 DISPLACED_NORMAL + PHONG + TESSELATED_MAIN;
-    _loadStages(TESSELATED_VERTEX, fragment.c_str());
+    _loadStages(TESSELATED_VERTEX, fragmentText(TESSELATED_CONSTANTS, TESSELATED_MAIN).c_str());
 
     GeometryDialect const dialect = geometryDialect();
     bool const isExtension = dialect == GeometryDialect::EXT_SHADER4;

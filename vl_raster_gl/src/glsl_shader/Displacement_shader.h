@@ -159,8 +159,7 @@ public:
     void createShadersGeometry();
 
 private:
-    /// Creates the names of both textures.
-    /// GL: glGenTextures, twice.
+    // Creates the names of both textures.
     void _nameTextures();
 
     std::array<float, 4> baseColor{1, 1, 1, 1};  // red, green, blue, alpha

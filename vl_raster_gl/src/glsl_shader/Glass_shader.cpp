@@ -42,11 +42,11 @@ void main()
 // refraction in normalized device coordinates; MixRatio: factor of the Fresnel term; Frame* and texture*:
 // pixels.
 //
-// The environment image has two halves, side by side. The cosine between a direction and the x axis is its
-// position in the half, the cosine between the direction and the y axis its height:
+// x is that of the reflected direction without its height, y that of the whole direction; both -1 to 1:
 //
-//     x -1 ... 1 | x 1 ... -1
-//     z >= 0     | z < 0
+//     z >= 0    s = 1/2 + x / 4      1/4 to 3/4
+//     z < 0     s = 1 - x / 4        3/4 to 5/4, beyond 1 the repeating image begins again: up to 1/4
+//     both      t = (y + 1) / 2
 //
 // The copy of the frame lies in the lower left corner of a texture with power-of-two sizes. A look-up is
 // clamped to the frame before it is scaled to that corner: clamping afterwards would read texels beyond the
@@ -196,15 +196,15 @@ void Glass_shader::preprocess() {
     FrameSize const frame = _readFrameSize();
     _useProgram();
 
-    program->setUniform("BaseColor", baseColor.r, baseColor.g, baseColor.b);
-    program->setUniform("LightPos", lightPosition.r, lightPosition.g, lightPosition.b);
-    program->setUniform("Depth", depth);
-    program->setUniform("MixRatio", mixRatio);
+    program->setUniform(baseColorKey, baseColor.r, baseColor.g, baseColor.b);
+    program->setUniform(lightPositionKey, lightPosition.r, lightPosition.g, lightPosition.b);
+    program->setUniform(depthKey, depth);
+    program->setUniform(mixRatioKey, mixRatio);
     _sendFrameSize(frame);
     // Samplers are not cached by the program, so every pass binds them.
     program->setUniformSampler("EnvMap", environmentTexture, ENVIRONMENT_UNIT);
     program->setUniformSampler("RefractionMap", refractionTexture, REFRACTION_UNIT);
-    program->setUniform("nLights", static_cast<int>(lightCount));
+    program->setUniform(lightCountKey, static_cast<int>(lightCount));
 }
 
 void Glass_shader::postprocess() {

@@ -22,9 +22,14 @@ namespace vellum {
 /// the first two lights. The more the surface faces the viewer, the more is seen through it: the share is the
 /// cosine of the angle between view and normal, times the mix ratio, between 0.1 and 0.9.
 ///
-/// The environment is a picture of all directions in eye space: the left half has the directions toward the
-/// viewer (from left to right), the right half those away from the viewer (from right to left), and the height
-/// is that of the direction. Without it reflections are black.
+/// The environment is an image of all directions in eye space (x to the right, y up, z toward the viewer). Its middle
+/// half has the directions toward the viewer, from left to right; its outer quarters those away from the viewer, so
+/// that straight ahead lies on the seam. Across the image the cosine to the x axis runs evenly, upward that to the y
+/// axis. Without an image reflections are black.
+///
+///     s      0        1/4       1/2       3/4        1
+///     x      0    ->  -1    ->   0    ->   1    ->   0       of the direction without its height
+///     z    away        |      toward       |       away      t = (y + 1) / 2
 ///
 /// Deliberate (both-lights-in-glass): both lights always count, whatever the number of lights; a light that
 /// is off has its GL position all the same. The framebuffer's copy repeats, so that at the very left and
@@ -103,6 +108,12 @@ private:
     float depth = 0.1F;
     float mixRatio = 1;
     unsigned int lightCount = 1;
+
+    Program_gl::UniformKey baseColorKey{"BaseColor"};
+    Program_gl::UniformKey lightPositionKey{"LightPos"};
+    Program_gl::UniformKey depthKey{"Depth"};
+    Program_gl::UniformKey mixRatioKey{"MixRatio"};
+    Program_gl::UniformKey lightCountKey{"nLights"};
 };
 
 }  // namespace vellum

@@ -1,8 +1,10 @@
 #include "glsl_shader/Impostor_shader.h"
 
+#include "Particles_RL_GL_v2.h"
 #include "Program_gl.h"
 #include "Shader_gl.h"
 #include "internal/geometry_dialect.h"
+#include "internal/shader_text.h"
 
 #include "internal/gl_api.h"
 
@@ -10,51 +12,71 @@ namespace vellum {
 
 namespace {
 
+using Particles_RL_GL_v2_ns::RenderMagnitude;
+
 constexpr unsigned int MOST_VERTICES = 8;  // of one particle
 
-constexpr unsigned int CONSTANT_COLOR = 4;  // the process type without magnitudes
-constexpr unsigned int LENGTH = 0;          // the process type of the whole vector
-
-// The uniforms of every vertex stage: magnitudes in the units of the channel, colors as red, green, blue.
-constexpr char const* RAMP_UNIFORMS = R"(uniform float maxMagnitude;
+// The vertex stage. Uniforms: magnitudes in the units of the channel, colors as red, green, blue. Parts:
+//
+//     DECLARATIONS  varyings, and uniforms of the effect
+//     COLOR         one of the texts below, which set `color`
+//     OUTPUTS       statements that set the varyings and gl_Position
+constexpr char const* VERTEX = R"(uniform float maxMagnitude;
 uniform float minMagnitude;
 uniform float magnitudeScale;
 uniform vec3 minColor;
 uniform vec3 maxColor;
 uniform vec3 maxClampColor;
+@DECLARATIONS@
+void main()
+{
+    gl_TexCoord[0] = gl_MultiTexCoord0;
+@COLOR@    gl_FrontColor = vec4(clamp(color, 0.0, 1.0), 1.0);
+@OUTPUTS@}
 )";
 
-// The vector whose length is the speed of a particle.
-char const* speedVector(unsigned int const& processType) {
-    switch (processType) {
-    case 1:
-        return "gl_Color.rrr";
-    case 2:
-        return "gl_Color.ggg";
-    case 3:
-        return "gl_Color.bbb";
-    default:
-        return "gl_Color.rgb";
-    }
-}
+constexpr char const* ONE_COLOR = R"(    vec3 color = maxColor;
+)";
 
-// The statements that place the speed between the two colors. `color` and `speedVector` are replaced text:
-// the rest is the one source of the ramp. Deliberate (full-rate-clamp): at a rate of exactly 1
-// `isFullRateClamped` decides.
-std::string rampStatements(char const* vector, bool const& isFullRateClamped) {
-    std::string const interpolation = "color = minColor * (1.0 - rate) + maxColor * rate;\n";
-    std::string const clamping = "color = maxClampColor;\n";
-    return std::string("    float speed = length(") + vector + R"() / magnitudeScale;
+// The ramp; SPEED is the vector whose length is the speed of a particle. Deliberate (full-rate-clamp): the two differ at a rate
+// of exactly 1, which has the highest color here and the clamp color below.
+constexpr char const* RAMP = R"(    float speed = length(@SPEED@) / magnitudeScale;
     vec3 color = minColor;
     float divisor = maxMagnitude - minMagnitude;
     if (abs(divisor) > 1.0e-14) {
         float rate = (speed - minMagnitude) / divisor;
-        if ()" +
-           (isFullRateClamped
-                ? "rate < 1.0) {\n            " + interpolation + "        } else {\n            " + clamping
-                : "rate > 1.0) {\n            " + clamping + "        } else {\n            " +
-                      interpolation) +
-           "        }\n    }\n";
+        if (rate > 1.0) {
+            color = maxClampColor;
+        } else {
+            color = minColor * (1.0 - rate) + maxColor * rate;
+        }
+    }
+)";
+
+constexpr char const* RAMP_CLAMPED_AT_FULL_RATE = R"(    float speed = length(@SPEED@) / magnitudeScale;
+    vec3 color = minColor;
+    float divisor = maxMagnitude - minMagnitude;
+    if (abs(divisor) > 1.0e-14) {
+        float rate = (speed - minMagnitude) / divisor;
+        if (rate < 1.0) {
+            color = minColor * (1.0 - rate) + maxColor * rate;
+        } else {
+            color = maxClampColor;
+        }
+    }
+)";
+
+char const* speedVector(RenderMagnitude::type magnitude) {
+    switch (magnitude) {
+    case RenderMagnitude::X:
+        return "gl_Color.rrr";
+    case RenderMagnitude::Y:
+        return "gl_Color.ggg";
+    case RenderMagnitude::Z:
+        return "gl_Color.bbb";
+    default:
+        return "gl_Color.rgb";
+    }
 }
 
 }  // namespace
@@ -137,19 +159,19 @@ void Impostor_shader::preprocess() {
     _readFrameSize();
     _useProgram();
 
-    program->setUniform("LightPos", lightPosition.r, lightPosition.g, lightPosition.b);
-    program->setUniform("nLights", static_cast<int>(lightCount));
-    program->setUniform("maxMagnitude", maxMagnitude);
-    program->setUniform("minMagnitude", minMagnitude);
-    program->setUniform("magnitudeScale", magnitudeScale);
+    program->setUniform(lightPositionKey, lightPosition.r, lightPosition.g, lightPosition.b);
+    program->setUniform(lightCountKey, static_cast<int>(lightCount));
+    program->setUniform(maxMagnitudeKey, maxMagnitude);
+    program->setUniform(minMagnitudeKey, minMagnitude);
+    program->setUniform(magnitudeScaleKey, magnitudeScale);
     if (!kind.isSizeLast) {
-        program->setUniform("size", size);
+        program->setUniform(sizeKey, size);
     }
-    program->setUniform("minColor", minColor.r, minColor.g, minColor.b);
-    program->setUniform("maxColor", maxColor.r, maxColor.g, maxColor.b);
-    program->setUniform("maxClampColor", maxClampColor.r, maxClampColor.g, maxClampColor.b);
+    program->setUniform(minColorKey, minColor.r, minColor.g, minColor.b);
+    program->setUniform(maxColorKey, maxColor.r, maxColor.g, maxColor.b);
+    program->setUniform(maxClampColorKey, maxClampColor.r, maxClampColor.g, maxClampColor.b);
     if (kind.isSizeLast) {
-        program->setUniform("size", size);
+        program->setUniform(sizeKey, size);
     }
 }
 
@@ -179,16 +201,15 @@ void Impostor_shader::createShadersGeometry() {
 }
 
 std::string Impostor_shader::_vertexText() const {
-    bool const isConstant = type == CONSTANT_COLOR || (type > CONSTANT_COLOR && kind.isOtherTypeConstant);
-    std::string const color = isConstant ? "    vec3 color = maxColor;\n"
-                                         : rampStatements(speedVector(type > CONSTANT_COLOR ? LENGTH : type),
-                                                          kind.isFullRateClamped);
-    return std::string(RAMP_UNIFORMS) + kind.vertexDeclarations + R"(
-void main()
-{
-    gl_TexCoord[0] = gl_MultiTexCoord0;
-)" + color +
-           "    gl_FrontColor = vec4(clamp(color, 0.0, 1.0), 1.0);\n" + kind.vertexOutputs + "}\n";
+    // MIN_COLOR gives one color too, and that is the highest.
+    auto const magnitude = RenderMagnitude::type(type);
+    bool const isBeyond = magnitude > RenderMagnitude::MIN_COLOR;
+    bool const isOneColor = magnitude == RenderMagnitude::MIN_COLOR || (isBeyond && kind.isOtherTypeConstant);
+    char const* const ramp = kind.isFullRateClamped ? RAMP_CLAMPED_AT_FULL_RATE : RAMP;
+    std::string const color =
+        isOneColor ? ONE_COLOR : filledIn(ramp, ShaderPart{"SPEED", speedVector(magnitude)});
+    return filledIn(VERTEX, ShaderPart{"DECLARATIONS", kind.vertexDeclarations}, ShaderPart{"COLOR", color},
+                    ShaderPart{"OUTPUTS", kind.vertexOutputs});
 }
 
 }  // namespace vellum

@@ -110,6 +110,16 @@ private:
     float size = 1;
     Base_shader::ProcessType type;
     Kind const& kind;  // a constant of the effect's source
+
+    Program_gl::UniformKey lightPositionKey{"LightPos"};
+    Program_gl::UniformKey lightCountKey{"nLights"};
+    Program_gl::UniformKey maxMagnitudeKey{"maxMagnitude"};
+    Program_gl::UniformKey minMagnitudeKey{"minMagnitude"};
+    Program_gl::UniformKey magnitudeScaleKey{"magnitudeScale"};
+    Program_gl::UniformKey sizeKey{"size"};
+    Program_gl::UniformKey minColorKey{"minColor"};
+    Program_gl::UniformKey maxColorKey{"maxColor"};
+    Program_gl::UniformKey maxClampColorKey{"maxClampColor"};
 };
 
 }  // namespace vellum

@@ -13,6 +13,10 @@ namespace vellum {
 
 namespace {
 
+bool isExtensionListed() {
+    return VL_Raster != nullptr && VL_Raster->isExtensionSupported("GL_EXT_geometry_shader4");
+}
+
 bool hasVersion32() {
     auto const* const text = reinterpret_cast<char const*>(glGetString(GL_VERSION));
     if (text == nullptr) {
@@ -24,7 +28,7 @@ bool hasVersion32() {
     return major > 3 || (major == 3 && minor >= 2);
 }
 
-char const* primitiveName(unsigned int const& primitive) {
+char const* primitiveName(unsigned int primitive) {
     switch (primitive) {
     case GL_LINES:
         return "lines";
@@ -42,13 +46,14 @@ char const* primitiveName(unsigned int const& primitive) {
 }  // namespace
 
 GeometryDialect geometryDialect() {
-    if (VL_Raster != nullptr && VL_Raster->isExtensionSupported("GL_EXT_geometry_shader4")) {
-        return GeometryDialect::EXT_SHADER4;
-    }
-    return hasVersion32() ? GeometryDialect::GLSL_150 : GeometryDialect::EXT_SHADER4;
+    return !isExtensionListed() && hasVersion32() ? GeometryDialect::GLSL_150 : GeometryDialect::EXT_SHADER4;
 }
 
-std::string geometryPrologue(GeometryDialect const& dialect, GeometryLayout const& layout) {
+bool takesGeometryStages() {
+    return isExtensionListed() || hasVersion32();
+}
+
+std::string geometryPrologue(GeometryDialect dialect, GeometryLayout const& layout) {
     std::string const lines = dialect == GeometryDialect::EXT_SHADER4
                                   ? "#version 120\n#extension GL_EXT_geometry_shader4: enable\n"
                                   : std::string("#version 150 compatibility\nlayout(") +
@@ -58,7 +63,7 @@ std::string geometryPrologue(GeometryDialect const& dialect, GeometryLayout cons
     return lines + geometryNames(dialect);
 }
 
-std::string geometryNames(GeometryDialect const& dialect) {
+std::string geometryNames(GeometryDialect dialect) {
     if (dialect == GeometryDialect::EXT_SHADER4) {
         return R"(#define STAGE_IN varying in
 #define STAGE_OUT varying out
@@ -75,7 +80,7 @@ std::string geometryNames(GeometryDialect const& dialect) {
 )";
 }
 
-std::string geometryPassThrough(GeometryDialect const& dialect) {
+std::string geometryPassThrough(GeometryDialect dialect) {
     if (dialect == GeometryDialect::EXT_SHADER4) {
         return Shader_gl::geometryPassThrough();
     }
@@ -97,7 +102,7 @@ void main()
 )";
 }
 
-void setGeometryLayout(GeometryDialect const& dialect, GeometryLayout const& layout, Program_gl& program) {
+void setGeometryLayout(GeometryDialect dialect, GeometryLayout const& layout, Program_gl& program) {
     if (dialect != GeometryDialect::EXT_SHADER4 || VL_Raster == nullptr) {
         return;
     }

@@ -24,8 +24,11 @@ struct GeometryLayout {
 /// GL: isExtensionSupported(), and glGetString(GL_VERSION) where it is not.
 GeometryDialect geometryDialect();
 
+/// Whether the driver takes geometry stages in one of the dialects. GL: as geometryDialect().
+bool takesGeometryStages();
+
 /// The lines that a geometry stage begins with, geometryNames() the last of them.
-std::string geometryPrologue(GeometryDialect const& dialect, GeometryLayout const& layout);
+std::string geometryPrologue(GeometryDialect dialect, GeometryLayout const& layout);
 
 /// Names with which a text may be written once for both dialects:
 ///
@@ -34,15 +37,15 @@ std::string geometryPrologue(GeometryDialect const& dialect, GeometryLayout cons
 ///     POSITION_IN(i)              gl_Position of a vertex
 ///     FRONT_COLOR_IN(i)           gl_FrontColor of a vertex
 ///     TEXTURE_COORDINATE_IN(i)    gl_TexCoord[0] of a vertex
-std::string geometryNames(GeometryDialect const& dialect);
+std::string geometryNames(GeometryDialect dialect);
 
 /// A stage that hands on triangles as they are: position, first texture coordinate, colors and fog. In the
 /// dialect of the extension it is Shader_gl::geometryPassThrough().
-std::string geometryPassThrough(GeometryDialect const& dialect);
+std::string geometryPassThrough(GeometryDialect dialect);
 
 /// Gives the layout to a program whose stages are attached, before it is linked.
 /// GL: programParameterI() for input, output and vertices, in the dialect of the extension while there is a render
 /// layer; nothing in the other.
-void setGeometryLayout(GeometryDialect const& dialect, GeometryLayout const& layout, Program_gl& program);
+void setGeometryLayout(GeometryDialect dialect, GeometryLayout const& layout, Program_gl& program);
 
 }  // namespace vellum
