@@ -40,7 +40,7 @@ void pop(Core_RL& layer, Array<T>& stack, unsigned int count, void (Core_RL::*se
     applyTop(layer, stack, set);
 }
 
-bool namesVertices(Tuple3<unsigned int> const& triangle, unsigned int const& vertexCount) {
+bool namesVertices(Tuple3<unsigned int> const& triangle, unsigned int vertexCount) {
     return triangle.e0 < vertexCount && triangle.e1 < vertexCount && triangle.e2 < vertexCount;
 }
 

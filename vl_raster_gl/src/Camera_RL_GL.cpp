@@ -14,7 +14,7 @@ constexpr double NEAR_BIAS = 1.001;          // moves the near plane out by a th
 
 /// Rotates to the axis of an orthographic view. After glOrtho, so that the rotation applies to the model and
 /// the box stays upright.
-void rotateToView(unsigned int const& viewKind) {
+void rotateToView(unsigned int viewKind) {
     switch (viewKind) {
     case 2:
         glRotated(180.0, 0.0, 1.0, 0.0);

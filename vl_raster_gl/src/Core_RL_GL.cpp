@@ -29,7 +29,7 @@ constexpr long FIRST_VERSION_WITH_SHADERS = 2;
 
 // == Errors and logs ==
 
-char const* errorName(GLenum const& code) {
+char const* errorName(GLenum code) {
     switch (code) {
     case GL_INVALID_ENUM:
         return "GL_INVALID_ENUM";
@@ -53,8 +53,8 @@ char const* errorName(GLenum const& code) {
 
 /// The log of a shader or program whose `statusName` is GL_FALSE; false without a text to print.
 template <class GetInteger, class GetLog>
-bool readFailureLog(GLuint const& object, GLenum const& statusName, GetInteger const& getInteger,
-                    GetLog const& getLog, std::string& log) {
+bool readFailureLog(GLuint object, GLenum statusName, GetInteger const& getInteger, GetLog const& getLog,
+                    std::string& log) {
     GLint status = GL_TRUE;
     GLint length = 0;
     getInteger(object, statusName, &status);
@@ -90,7 +90,7 @@ private:
     static constexpr std::uint32_t FREE = 0;
     static constexpr std::uint32_t HELD = 1;
 
-    bool _exchange(std::uint32_t expected, std::uint32_t const& desired) {
+    bool _exchange(std::uint32_t expected, std::uint32_t desired) {
         return word.compare_exchange_strong(expected, desired, std::memory_order_seq_cst);
     }
 
@@ -99,7 +99,7 @@ private:
 
 // == Textures ==
 
-void setWrapMode(GLfloat const& mode) {
+void setWrapMode(GLfloat mode) {
     glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, mode);
     glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, mode);
 }
@@ -124,7 +124,7 @@ void setClamping(TextureClampingMode const& clamping) {
     }
 }
 
-void setTextureEnvironment(GLenum const& mode) {
+void setTextureEnvironment(GLenum mode) {
     glTexEnvf(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, static_cast<GLfloat>(mode));
 }
 
@@ -142,7 +142,7 @@ void beginTexture(unsigned int& texture, TextureClampingMode const& clamping) {
 }
 
 /// GL's pixel format for a channel count, 0 for none.
-GLenum pixelFormat(int const& channels) {
+GLenum pixelFormat(int channels) {
     switch (channels) {
     case 3:
         return GL_RGB;
@@ -154,7 +154,7 @@ GLenum pixelFormat(int const& channels) {
 }
 
 /// GL's component type for a channel width in bits, 0 for none.
-GLenum pixelType(int const& bitsPerChannel) {
+GLenum pixelType(int bitsPerChannel) {
     switch (bitsPerChannel) {
     case 8:
         return GL_UNSIGNED_BYTE;
@@ -204,15 +204,15 @@ void drawQuad(Vector3<float> const& a, Vector3<float> const& b, Vector3<float> c
 /// The six faces of a box; `beforeCorner(i)` is called before corner i is sent. With `wire` each face sends
 /// its first corner again, so that thirty vertices pair up to lines.
 template <class BeforeCorner>
-void drawBox(BoxCorners const& corners, bool const& wire, BeforeCorner const& beforeCorner) {
+void drawBox(BoxCorners const& corners, bool wire, BeforeCorner const& beforeCorner) {
     glBegin(wire ? GL_LINES : GL_QUADS);
     for (BoxFace const& face : BOX_FACES) {
-        auto const sendCorner = [&](unsigned int const& corner) {
+        auto const sendCorner = [&](unsigned int corner) {
             beforeCorner(corner);
             sendNormal(face.normal);
             sendVertex(corners[corner]);
         };
-        for (unsigned int const& corner : face.corners) {
+        for (unsigned int const corner : face.corners) {
             sendCorner(corner);
         }
         if (wire) {
@@ -222,14 +222,14 @@ void drawBox(BoxCorners const& corners, bool const& wire, BeforeCorner const& be
     glEnd();
 }
 
-void drawBox(BoxCorners const& corners, bool const& wire) {
-    drawBox(corners, wire, [](unsigned int const&) {});
+void drawBox(BoxCorners const& corners, bool wire) {
+    drawBox(corners, wire, [](unsigned int) {});
 }
 
-void drawBox(Box3<float> const& box, Tuple8<Vector3<float>> const& colors, bool const& wire) {
+void drawBox(Box3<float> const& box, Tuple8<Vector3<float>> const& colors, bool wire) {
     Vector3<float> const* const cornerColors[8] = {&colors.e0, &colors.e1, &colors.e2, &colors.e3,
                                                    &colors.e4, &colors.e5, &colors.e6, &colors.e7};
-    drawBox(boxCorners(box), wire, [&](unsigned int const& corner) { glColor3fv(&cornerColors[corner]->x); });
+    drawBox(boxCorners(box), wire, [&](unsigned int corner) { glColor3fv(&cornerColors[corner]->x); });
 }
 
 /// The points of a lattice of any record type. A counter is rounded to float before the multiplication, also
@@ -237,7 +237,7 @@ void drawBox(Box3<float> const& box, Tuple8<Vector3<float>> const& colors, bool 
 template <class Points>
 void drawLattice(Points const& points) {
     using Scalar = decltype(points.origin.x);
-    auto const at = [](Scalar const& origin, unsigned int const& counter, Scalar const& step) {
+    auto const at = [](Scalar const& origin, unsigned int counter, Scalar const& step) {
         return static_cast<float>(origin + static_cast<Scalar>(static_cast<float>(counter)) * step);
     };
     glBegin(GL_POINTS);
@@ -252,7 +252,7 @@ void drawLattice(Points const& points) {
     glEnd();
 }
 
-void drawCircle(float const& radius) {
+void drawCircle(float radius) {
     glBegin(GL_LINE_LOOP);
     for (unsigned int i = 0; i < CIRCLE_POINTS; ++i) {
         sendVertex(circlePoint(radius, i));
@@ -276,7 +276,7 @@ void drawAxisEllipse(Vector3<float> const& center, Point const& point) {
     glPopMatrix();
 }
 
-float scaled(float const& length, double const& factor) {
+float scaled(float length, double factor) {
     return static_cast<float>(static_cast<double>(length) * factor);
 }
 
@@ -284,18 +284,18 @@ float scaled(float const& length, double const& factor) {
 
 constexpr VL_AXIS CENTER_HANDLE = VL_AXIS(3);  // of the scale gizmo
 
-bool isAxis(VL_AXIS const& axis) {
+bool isAxis(VL_AXIS axis) {
     return axis == VL_AXIS_X || axis == VL_AXIS_Y || axis == VL_AXIS_Z;
 }
 
 /// The point at a distance from the origin along an axis.
-Vector3<float> alongAxis(VL_AXIS const& axis, float const& distance) {
+Vector3<float> alongAxis(VL_AXIS axis, float distance) {
     return {axis == VL_AXIS_X ? distance : 0.0F, axis == VL_AXIS_Y ? distance : 0.0F,
             axis == VL_AXIS_Z ? distance : 0.0F};
 }
 
 /// Rotates a model along +Z onto an axis.
-void rotateToAxis(VL_AXIS const& axis) {
+void rotateToAxis(VL_AXIS axis) {
     if (axis == VL_AXIS_X) {
         glRotatef(90.0F, 0.0F, 1.0F, 0.0F);
     } else if (axis == VL_AXIS_Y) {
@@ -308,7 +308,7 @@ void translate(Vector3<float> const& offset) {
 }
 
 /// A move handle: a cone and a segment from the origin to it. A null `name` loads no picking name.
-void drawAxisArrow(Core_RL& layer, VL_AXIS const& axis, unsigned int const* name, float const& size) {
+void drawAxisArrow(Core_RL& layer, VL_AXIS axis, unsigned int const* name, float size) {
     constexpr float CONE_PLACE = 0.9F;
     constexpr double CONE_RADIUS = 0.1;
     constexpr GLint SLICES = 10;
@@ -340,7 +340,7 @@ void drawAxisArrow(Core_RL& layer, VL_AXIS const& axis, unsigned int const* name
 }
 
 /// An axis's circle, through the virtual renderCircle3().
-void drawAxisCircle(Core_RL& layer, VL_AXIS const& axis, float const& radius) {
+void drawAxisCircle(Core_RL& layer, VL_AXIS axis, float radius) {
     if (axis == VL_AXIS_Z) {
         layer.renderCircle3(radius);
     } else if (isAxis(axis)) {
@@ -394,7 +394,7 @@ Vector3<float> translationOf(Matrix4<float> const& frame) {
 
 /// Sets the size for a caller that overwrites all elements; the old contents are not kept.
 template <class T>
-void resizeToOverwrite(Array<T>& array, unsigned int const& size) {
+void resizeToOverwrite(Array<T>& array, unsigned int size) {
     if (array.capacity() < size) {
         array.reserve(size, false);
     }
@@ -1013,7 +1013,7 @@ void Core_RL_GL::renderAxesBox3(unsigned int const& nameX, unsigned int const& n
                                 unsigned int const& nameZ, Tuple3<Color4<float>> const& colors,
                                 float const& size) {
     drawHandles(*this, {nameX, nameY, nameZ}, colors,
-                [&](VL_AXIS const& axis, unsigned int const& name) { renderAxisBox3(axis, name, size); });
+                [&](VL_AXIS axis, unsigned int name) { renderAxisBox3(axis, name, size); });
 }
 
 void Core_RL_GL::renderAxesBox3(unsigned int const& nameX, unsigned int const& nameY,
@@ -1057,24 +1057,22 @@ void Core_RL_GL::renderAxesCircleStipple3(unsigned int const& nameX, unsigned in
                                           unsigned int const& nameZ, Tuple3<Color4<float>> const& colors,
                                           float const& radius) {
     // Deliberate (names-as-axes): the names serve as axes.
-    drawHandles(*this, {nameX, nameY, nameZ}, colors, [&](VL_AXIS const&, unsigned int const& name) {
-        renderAxisCircleStipple3(VL_AXIS(name), radius);
-    });
+    drawHandles(*this, {nameX, nameY, nameZ}, colors,
+                [&](VL_AXIS, unsigned int name) { renderAxisCircleStipple3(VL_AXIS(name), radius); });
 }
 
 void Core_RL_GL::renderAxesCircle3(unsigned int const& nameX, unsigned int const& nameY,
                                    unsigned int const& nameZ, Tuple3<Color4<float>> const& colors,
                                    float const& radius) {
-    drawHandles(*this, {nameX, nameY, nameZ}, colors, [&](VL_AXIS const& axis, unsigned int const& name) {
-        renderAxisCircle3(axis, name, radius);
-    });
+    drawHandles(*this, {nameX, nameY, nameZ}, colors,
+                [&](VL_AXIS axis, unsigned int name) { renderAxisCircle3(axis, name, radius); });
 }
 
 void Core_RL_GL::renderAxesCircleCulled3(unsigned int const& nameX, unsigned int const& nameY,
                                          unsigned int const& nameZ, Vector3<float> const& viewDirection,
                                          Matrix4<float> const& frame, float scale,
                                          Tuple3<Color4<float>> const& colors, float const& radius) {
-    drawHandles(*this, {nameX, nameY, nameZ}, colors, [&](VL_AXIS const& axis, unsigned int const& name) {
+    drawHandles(*this, {nameX, nameY, nameZ}, colors, [&](VL_AXIS axis, unsigned int name) {
         renderAxisCircleCulled3(axis, name, viewDirection, frame, scale, radius);
     });
 }
@@ -1084,7 +1082,7 @@ void Core_RL_GL::renderAxesCircleCulledStipple3(unsigned int const& nameX, unsig
                                                 Vector3<float> const& viewDirection,
                                                 Matrix4<float> const& frame, float scale,
                                                 Tuple3<Color4<float>> const& colors, float const& radius) {
-    drawHandles(*this, {nameX, nameY, nameZ}, colors, [&](VL_AXIS const& axis, unsigned int const& name) {
+    drawHandles(*this, {nameX, nameY, nameZ}, colors, [&](VL_AXIS axis, unsigned int name) {
         renderAxisCircleCulledStipple3(axis, name, viewDirection, frame, scale, radius);
     });
 }
@@ -1125,9 +1123,8 @@ void Core_RL_GL::renderAxesCircleTape3(unsigned int const& nameX, unsigned int c
                                        unsigned int const& nameZ, Tuple3<Color4<float>> const& colors,
                                        float const& radius, float const& width) {
     // Deliberate (names-as-axes): the names serve as axes.
-    drawHandles(*this, {nameX, nameY, nameZ}, colors, [&](VL_AXIS const&, unsigned int const& name) {
-        renderAxisCircleTape3(VL_AXIS(name), radius, width);
-    });
+    drawHandles(*this, {nameX, nameY, nameZ}, colors,
+                [&](VL_AXIS, unsigned int name) { renderAxisCircleTape3(VL_AXIS(name), radius, width); });
 }
 
 void Core_RL_GL::renderAxisCircleStipple3(VL_AXIS const& axis, float const& radius) {
@@ -1234,13 +1231,13 @@ void Core_RL_GL::renderCircleCulledStipple3(Vector3<float> const& viewDirection,
     Vector3<float> const center = translationOf(frame);
 
     glBegin(GL_LINES);
-    sendSegments(points, center, viewDirection, [](float const& distance) { return distance < 0.0F; });
+    sendSegments(points, center, viewDirection, [](float distance) { return distance < 0.0F; });
     glEnd();
 
     // Deliberate (solid-far-half): no stipple, a line width of 1 only.
     pushLineWidth(1.0F);
     glBegin(GL_LINES);
-    sendSegments(points, center, viewDirection, [](float const& distance) { return distance > 0.0F; });
+    sendSegments(points, center, viewDirection, [](float distance) { return distance > 0.0F; });
     glEnd();
     popLineWidth();
 }
@@ -1252,7 +1249,7 @@ void Core_RL_GL::renderCircleCulled3(Vector3<float> const& viewDirection, Matrix
 
     glBegin(GL_LINES);
     bool const any = sendSegments(points, center, viewDirection,
-                                  [](float const& distance) { return distance < FACING_THRESHOLD; });
+                                  [](float distance) { return distance < FACING_THRESHOLD; });
     if (!any) {
         // Seen face-on no part is nearer than the rest; the whole circle shows.
         sendSegments(points, center, viewDirection, [](float const&) { return true; });
@@ -1292,21 +1289,19 @@ void Core_RL_GL::renderAxesArrow3(unsigned int const& nameX, unsigned int const&
                                   unsigned int const& nameZ, Tuple3<Color4<float>> const& colors,
                                   float const& size) {
     drawHandles(*this, {nameX, nameY, nameZ}, colors,
-                [&](VL_AXIS const& axis, unsigned int const& name) { renderAxisArrow3(axis, name, size); });
+                [&](VL_AXIS axis, unsigned int name) { renderAxisArrow3(axis, name, size); });
 }
 
 void Core_RL_GL::renderAxesArrowStipple3(Tuple3<Color4<float>> const& colors, float const& size) {
-    drawHandles(*this, {0, 0, 0}, colors, [&](VL_AXIS const& axis, unsigned int const& /*no picking*/) {
-        renderAxisArrowStipple3(axis, size);
-    });
+    drawHandles(*this, {0, 0, 0}, colors,
+                [&](VL_AXIS axis, unsigned int /*no picking*/) { renderAxisArrowStipple3(axis, size); });
 }
 
 void Core_RL_GL::renderAxesArrowStipple3(unsigned int const& nameX, unsigned int const& nameY,
                                          unsigned int const& nameZ, Tuple3<Color4<float>> const& colors,
                                          float const& size) {
-    drawHandles(*this, {nameX, nameY, nameZ}, colors, [&](VL_AXIS const& axis, unsigned int const& name) {
-        renderAxisArrowStipple3(axis, name, size);
-    });
+    drawHandles(*this, {nameX, nameY, nameZ}, colors,
+                [&](VL_AXIS axis, unsigned int name) { renderAxisArrowStipple3(axis, name, size); });
 }
 
 void Core_RL_GL::renderAxesPlane3(unsigned int const& nameXY, unsigned int const& nameYZ,
@@ -1380,19 +1375,19 @@ void Core_RL_GL::renderEllipse3(Vector3<float> const& center, Vector3<float> con
 }
 
 void Core_RL_GL::renderEllipse3_XZ(Vector3<float> const& center, float const& a, float const& b) {
-    drawAxisEllipse(center, [&](double const& cosine, double const& sine) {
+    drawAxisEllipse(center, [&](double cosine, double sine) {
         return Vector3<float>{scaled(a, cosine), 0.0F, scaled(b, sine)};
     });
 }
 
 void Core_RL_GL::renderEllipse3_XY(Vector3<float> const& center, float const& a, float const& b) {
-    drawAxisEllipse(center, [&](double const& cosine, double const& sine) {
+    drawAxisEllipse(center, [&](double cosine, double sine) {
         return Vector3<float>{scaled(a, cosine), scaled(b, sine), 0.0F};
     });
 }
 
 void Core_RL_GL::renderEllipse3_YZ(Vector3<float> const& center, float const& a, float const& b) {
-    drawAxisEllipse(center, [&](double const& cosine, double const& sine) {
+    drawAxisEllipse(center, [&](double cosine, double sine) {
         return Vector3<float>{0.0F, scaled(a, cosine), scaled(b, sine)};
     });
 }

@@ -60,7 +60,7 @@ float const* componentsOf(Color4<float> const& v) {
     return &v.r;
 }
 
-Vector3<double> along(Vector3<double> const& p, float const* direction, float const& length) {
+Vector3<double> along(Vector3<double> const& p, float const* direction, float length) {
     double const s = static_cast<double>(length);
     return {p.x + s * static_cast<double>(direction[0]), p.y + s * static_cast<double>(direction[1]),
             p.z + s * static_cast<double>(direction[2])};

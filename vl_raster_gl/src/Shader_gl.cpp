@@ -105,7 +105,7 @@ bool Shader_gl::_loadShader() {
     return true;
 }
 
-bool Shader_gl::_compileVariant(unsigned int const& mask) {
+bool Shader_gl::_compileVariant(unsigned int mask) {
     unsigned int const id = glCreateShader(type);
     ids[mask] = id;
     if (id == 0) {

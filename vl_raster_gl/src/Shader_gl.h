@@ -101,7 +101,7 @@ private:
 
     bool _appendFile(std::string const& path);
     bool _loadShader();
-    bool _compileVariant(unsigned int const& mask);
+    bool _compileVariant(unsigned int mask);
 
     unsigned int type = 0;                 // of all variants; meaningless before the first load
     std::string source;                    // without definitions

@@ -40,7 +40,7 @@ GLenum pixelType(VL_Image const& image) {
 
 // Gray to RGBA, the gray's alpha being its second channel, or the largest value.
 template <class Value>
-void spread(Value const* gray, std::size_t const& channels, Value const& opaque, VL_Image const& image,
+void spread(Value const* gray, std::size_t channels, Value const& opaque, VL_Image const& image,
             Value* rgba) {
     std::size_t const pixels = std::size_t{image.width()} * image.height();
     for (std::size_t i = 0; i < pixels; ++i) {

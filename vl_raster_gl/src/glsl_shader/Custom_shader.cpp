@@ -43,18 +43,18 @@ std::array<Program_gl::UniformKey, COUNT> keysOf(Names<COUNT> const& names) {
 }
 
 template <int COUNT>
-bool isInside(int const& index) {
+bool isInside(int index) {
     return index >= 0 && index < COUNT;
 }
 
 // Null for an index out of range: indices come from user interfaces and are not trusted.
 template <class Value, std::size_t COUNT>
-Value* entry(std::array<Value, COUNT>& values, int const& index) {
+Value* entry(std::array<Value, COUNT>& values, int index) {
     return isInside<COUNT>(index) ? &values[static_cast<std::size_t>(index)] : nullptr;
 }
 
 template <class Value, std::size_t COUNT>
-Value valueOf(std::array<Value, COUNT> const& values, int const& index) {
+Value valueOf(std::array<Value, COUNT> const& values, int index) {
     return isInside<COUNT>(index) ? values[static_cast<std::size_t>(index)] : Value{};
 }
 
@@ -153,8 +153,7 @@ void Custom_shader::setShaders(VL_String const& vertexPath, VL_String const& fra
 
 // Loads a stage from a file and falls back to the pass-through. The failed stage is deleted, because loading
 // again would append to its text.
-Shader_gl* Custom_shader::_loadStage(unsigned int const& type, VL_String const& path,
-                                     char const* passThrough) {
+Shader_gl* Custom_shader::_loadStage(unsigned int type, VL_String const& path, char const* passThrough) {
     auto* stage = new Shader_gl;
     if (isEmpty(path) || !stage->loadShaderSource(type, path.c_str(), true)) {
         log += stage->getCompilationLog();
@@ -176,7 +175,7 @@ void Custom_shader::setTexture(VL_String const& path, int const& index) {
     _readPicture(index);
 }
 
-void Custom_shader::_readPicture(int const& index) {
+void Custom_shader::_readPicture(int index) {
     auto const i = static_cast<std::size_t>(index);
     images[i].destroy();
     if (!isEmpty(texturePaths[i]) && images[i].read(texturePaths[i])) {

@@ -145,8 +145,8 @@ private:
     static constexpr int TEXTURES = 8;  // the last one is the copy of the framebuffer
     static constexpr int VARIABLES = 10;
 
-    void _readPicture(int const& index);
-    Shader_gl* _loadStage(unsigned int const& type, VL_String const& path, char const* passThrough);
+    void _readPicture(int index);
+    Shader_gl* _loadStage(unsigned int type, VL_String const& path, char const* passThrough);
 
     bool isGrabbing = false;
     std::array<VL_Image, PICTURES> images;          // as read from texturePaths

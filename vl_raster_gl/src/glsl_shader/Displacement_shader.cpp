@@ -231,7 +231,7 @@ constexpr int COMPONENTS = 15;  // of a vertex: gl_Position 4, gl_TexCoord[0] 4,
 constexpr int LEAST_VERTICES = 256;
 constexpr int LEAST_COMPONENTS = 1024;
 
-constexpr int verticesAt(int const& depth) {
+constexpr int verticesAt(int depth) {
     return 2 * depth * depth + depth;
 }
 

@@ -24,8 +24,8 @@ struct ArrowPoints {
     float z[POINTS][ARROWS];
 
     /// \param count of the arrows, at most ARROWS.
-    void compute(Vector3<float> const* tails, Vector3<float> const* directions, float const& scale,
-                 unsigned int const& count) {
+    void compute(Vector3<float> const* tails, Vector3<float> const* directions, float scale,
+                 unsigned int count) {
         // The sides are selected in a separate loop: together with the divisions the selection would be a
         // branch, and loops with branches are not vectorized.
         float vx[ARROWS];  // from tail to tip
@@ -64,12 +64,12 @@ struct ArrowPoints {
         }
     }
 
-    Vector3<float> at(unsigned int const& point, unsigned int const& arrow) const {
+    Vector3<float> at(unsigned int point, unsigned int arrow) const {
         return {x[point][arrow], y[point][arrow], z[point][arrow]};
     }
 
 private:
-    void _set(unsigned int const& point, unsigned int const& arrow, Vector3<float> const& value) {
+    void _set(unsigned int point, unsigned int arrow, Vector3<float> const& value) {
         x[point][arrow] = value.x;
         y[point][arrow] = value.y;
         z[point][arrow] = value.z;
@@ -79,8 +79,8 @@ private:
 /// Tip, base corners, tail, and the corners once more: the base has another color.
 ///
 ///     0 tip     1 2 3 4 base corners of the sides     5 tail     6 7 8 9 corners of the base
-inline void writeArrowVertices(ArrowPoints const& points, unsigned int const& arrow,
-                               Vector3<float> const& tail, Vector3<float>* out) {
+inline void writeArrowVertices(ArrowPoints const& points, unsigned int arrow, Vector3<float> const& tail,
+                               Vector3<float>* out) {
     out[0] = points.at(0, arrow);
     out[5] = tail;
     for (unsigned int corner = 1; corner <= 4; ++corner) {
@@ -103,7 +103,7 @@ inline constexpr unsigned int QUAD_INDICES[QUAD_INDICES_PER_ARROW] = {6, 7, 8, 9
 
 /// The indices of one arrow: `pattern` relative to its first vertex.
 template <unsigned int N>
-void writeArrowIndices(unsigned int const (&pattern)[N], unsigned int const& firstVertex, unsigned int* out) {
+void writeArrowIndices(unsigned int const (&pattern)[N], unsigned int firstVertex, unsigned int* out) {
     unsigned int const k = firstVertex;
     for (unsigned int i = 0; i < N; ++i) {
         out[i] = k + pattern[i];

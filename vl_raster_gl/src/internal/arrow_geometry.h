@@ -19,7 +19,7 @@ inline constexpr Color4<float> DEFAULT_ARROW_COLOR{240.0F / 255.0F, 248.0F / 255
 // No float lies between this one and the decimal 1e-14, so a comparison with either gives the same result.
 static_assert(static_cast<double>(SHORTEST_DIRECTION) <= 1e-14);
 
-inline bool hasDirection(float const& length) {
+inline bool hasDirection(float length) {
     return length > SHORTEST_DIRECTION;
 }
 
@@ -37,8 +37,7 @@ struct HeadSide {
         z = isSlanted ? direction.x : 0.0F;
         length = isSlanted ? sideways : 1.0F;
     }
-    HeadSide(float const& sideX, float const& sideZ, float const& sideLength)
-        : x(sideX), z(sideZ), length(sideLength) {}
+    HeadSide(float sideX, float sideZ, float sideLength) : x(sideX), z(sideZ), length(sideLength) {}
 };
 
 /// The four corners of an arrow head's base, around the point where the head begins.
@@ -52,12 +51,12 @@ struct ArrowHead {
     /// \param direction of the arrow; need not be a unit vector. For a zero direction the corners are NaN.
     /// \param base where the head begins.
     /// \param halfWidth half the side of the base.
-    ArrowHead(Vector3<float> const& direction, Vector3<float> const& base, float const& halfWidth)
+    ArrowHead(Vector3<float> const& direction, Vector3<float> const& base, float halfWidth)
         : ArrowHead(direction, HeadSide(direction), base, halfWidth) {}
 
     /// The same with the precomputed side of the direction.
     ArrowHead(Vector3<float> const& direction, HeadSide const& side, Vector3<float> const& base,
-              float const& halfWidth) {
+              float halfWidth) {
         Vector3<float> const a = Vector3<float>{side.x, 0.0F, side.z} * (1.0F / side.length);
         Vector3<float> const b = normalized(cross(a, direction));
         Vector3<float> const aw = a * halfWidth;
@@ -70,7 +69,7 @@ struct ArrowHead {
 };
 
 /// The color of a head's base: darker than the arrow, and opaque.
-inline Color4<float> headBaseColor(Color4<float> const& arrow, float const& shade) {
+inline Color4<float> headBaseColor(Color4<float> const& arrow, float shade) {
     return {arrow.r * shade, arrow.g * shade, arrow.b * shade, 1.0F};
 }
 

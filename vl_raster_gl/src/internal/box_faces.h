@@ -41,7 +41,7 @@ inline BoxCorners boxCorners(Obb3<float> const& box) {
 }
 
 /// The cube of half edge `half` about a point.
-inline Box3<float> cubeAround(Vector3<float> const& center, float const& half) {
+inline Box3<float> cubeAround(Vector3<float> const& center, float half) {
     Vector3<float> const reach{half, half, half};
     return {center - reach, center + reach};
 }

@@ -25,7 +25,7 @@ inline constexpr double TAPE_SIN_LAST = 0.9961946930316474;
 
 /// The point at a degree of the circle in the XY plane about the origin. The angle is a float, its sine and
 /// cosine are taken in double.
-inline Vector3<float> circlePoint(float const& radius, unsigned int const& degree) {
+inline Vector3<float> circlePoint(float radius, unsigned int degree) {
     double const t = static_cast<double>(static_cast<float>(degree) * ONE_DEGREE);
     double const r = static_cast<double>(radius);
     return {static_cast<float>(r * std::cos(t)), static_cast<float>(r * std::sin(t)), 0.0F};
@@ -34,7 +34,7 @@ inline Vector3<float> circlePoint(float const& radius, unsigned int const& degre
 using CirclePoints = std::array<Vector3<float>, CIRCLE_POINTS>;
 
 /// The circle's points as `frame` places them.
-inline CirclePoints circlePoints(Matrix4<float> const& frame, float const& radius) {
+inline CirclePoints circlePoints(Matrix4<float> const& frame, float radius) {
     float const* const m = frame.e;
     CirclePoints points;
     for (unsigned int i = 0; i < CIRCLE_POINTS; ++i) {
@@ -47,7 +47,7 @@ inline CirclePoints circlePoints(Matrix4<float> const& frame, float const& radiu
 
 /// The frame in which the XY circle becomes the circle around an axis, scaled: rotated by +90 degrees about Y
 /// for X, by -90 about X for Y, not at all for Z. The cosine is that of the float nearest to a right angle.
-inline Matrix4<float> circleAxisFrame(VL_AXIS const& axis, float const& scale) {
+inline Matrix4<float> circleAxisFrame(VL_AXIS axis, float scale) {
     constexpr float COSINE = -4.371139e-08F;
     float const s = scale;
     float const c = COSINE * scale;
@@ -66,7 +66,7 @@ inline Matrix4<float> circleAxisFrame(VL_AXIS const& axis, float const& scale) {
 inline constexpr unsigned int ELLIPSE_POINTS = 30;
 inline constexpr double ELLIPSE_STEP = 0.0344827586;
 
-inline double ellipseAngle(unsigned int const& point) {
+inline double ellipseAngle(unsigned int point) {
     constexpr double TWO_PI = 2.0 * 3.14159265358979323846;
     return point * TWO_PI * ELLIPSE_STEP;
 }
