@@ -52,7 +52,8 @@ enum MeshFlags : unsigned int {
 ///
 /// What is accepted: the arrays may be set in any order, and those that are not needed may be left out. No
 /// setter looks at the other arrays; fault() tells whether they fit together. A renderer
-/// draws nothing that reads an array with a fault. Triangles without area are no fault: they have no normal and show nothing.
+/// draws nothing that reads an array with a fault. Triangles without area are no fault: they have no normal
+/// and show nothing.
 ///
 /// Arrays that were derived (work...) are not derived anew when their sources change. Everything must be
 /// called on the thread of the server.

@@ -21,8 +21,8 @@ template <class T>
 void applyTop(Core_RL& layer, Array<T>& stack, void (Core_RL::*set)(T const&)) {
     T const value = stack.back();  // the setter overwrites the entry
     (layer.*set)(value);
-    // A subclass may pass another value on to the setter it overrides, such as a scaled width. The entry is the
-    // value that was asked for, or the next pop would scale it once more.
+    // A subclass may pass another value on to the setter it overrides, such as a scaled width. The entry is
+    // the value that was asked for, or the next pop would scale it once more.
     stack.back() = value;
 }
 

@@ -59,10 +59,10 @@ extern VL_FOUNDATION_EXPORT Core_RL* VL_Raster;
 /// and pops apply values through the virtual setters. A pop without a push re-applies the value at the bottom
 /// of its stack.
 ///
-/// Subclasses: a setter that changes the drawing system's state also writes its value to the top of the stack.
-/// A subclass that overrides such a setter and passes another value on (a scaled width) writes the original
-/// value to the top afterwards, for callers of the setter; pushes and pops do so themselves. Where an override
-/// neither passes the value on nor writes it, the value is lost at the next pop.
+/// Subclasses: a setter that changes the drawing system's state also writes its value to the top of the
+/// stack. A subclass that overrides such a setter and passes another value on (a scaled width) writes the
+/// original value to the top afterwards, for callers of the setter; pushes and pops do so themselves. Where
+/// an override neither passes the value on nor writes it, the value is lost at the next pop.
 ///
 /// The order of the virtual operations is part of the interface. All operations must be called on the thread
 /// that owns the drawing system's context, except queueUnloadTextureColor().
@@ -210,7 +210,8 @@ public:
     virtual void enableColorMaterial() = 0;
     virtual void disableColorMaterial() = 0;
 
-    // Each of these, except setLineStipple(), makes its value current in place of the one on top of its stack.
+    // Each of these, except setLineStipple(), makes its value current in place of the one on top of its
+    // stack.
 
     virtual void setColor(Color4<float> const& color) = 0;
     virtual void setFillingFront(FillingMode const& mode) = 0;

@@ -175,7 +175,8 @@ TEST_F(Mesh_RL_GL_faults_calls_test, leftOverFaceNormalsAreNotUploadedAgainAndAg
 TEST_F(Mesh_RL_GL_faults_calls_test, repairedNormalsAreUploadedWhateverWasMarked) {
     renderer.useBufferObjects = true;
     renderer.renderFaceted();
-    // The triangles become three and two again: the normals have a fault for a while, and no bit says so afterwards.
+    // The triangles become three and two again: the normals have a fault for a while, and no bit says so
+    // afterwards.
     mesh.setTriangles({{0, 1, 2}, {2, 1, 3}, {0, 1, 3}});
     renderer.renderPoints(1);
     mesh.setTriangles({{0, 1, 2}, {2, 1, 3}});

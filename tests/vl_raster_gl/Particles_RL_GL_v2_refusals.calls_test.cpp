@@ -11,8 +11,8 @@ namespace {
 
 using namespace particle_calls;
 
-/// A render layer of a driver whose stores may grow up to a limit. A larger one is refused with an error, and the
-/// former store stays and is mapped.
+/// A render layer of a driver whose stores may grow up to a limit. A larger one is refused with an error, and
+/// the former store stays and is mapped.
 class RefusingLayer : public Core_RL_GL {
 public:
     static constexpr std::byte UNTOUCHED{0x5A};

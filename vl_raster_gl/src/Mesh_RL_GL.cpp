@@ -87,25 +87,32 @@ void emitMark(Vector3<double> const& point, Vector3<double> const& a, Vector3<do
     emitSegment(point, nearB);
 }
 
-// The arrays that a drawing reads through indices or triangle by triangle, each with the count or the indices that it
-// depends on. A fault of one of them refuses the drawings that read it, and no other.
+// The arrays that a drawing reads through indices or triangle by triangle, each with the count or the indices
+// that it depends on. A fault of one of them refuses the drawings that read it, and no other.
 constexpr unsigned int TRIANGLES = 1;       // the triangles, and the positions they name
 constexpr unsigned int CORNER_NORMALS = 2;  // the normal triangles, and the vertex normals they name
 constexpr unsigned int FACE_NORMALS = 4;
 constexpr unsigned int ADJACENCY = 8;
 
 // What each drawing reads. Positions and vertex normals that are read one by one need no other array.
-constexpr unsigned int SMOOTH_SURFACE = TRIANGLES | CORNER_NORMALS;   // render, renderTextured
-constexpr unsigned int FACETED_SURFACE = TRIANGLES | FACE_NORMALS;    // renderFaceted, renderFacetedTextured
-constexpr unsigned int SOUP_POINTS = TRIANGLES;                       // renderPoints with buffers
-constexpr unsigned int VERTEX_POINTS = 0;                             // renderPoints without
-constexpr unsigned int VERTEX_NORMAL_LINES = 0;                       // renderVertexNormals
-constexpr unsigned int FACE_NORMAL_LINES = TRIANGLES | FACE_NORMALS;  // renderFaceNormals
-constexpr unsigned int CORNER_NORMAL_LINES = TRIANGLES | CORNER_NORMALS;  // renderNormals
-constexpr unsigned int NAMED_FACE_LINES =
-    0;  // renderFaceNormals of named arrays: it checks the indices itself
-constexpr unsigned int EDGES = TRIANGLES | CORNER_NORMALS | ADJACENCY;  // renderEdges
-constexpr unsigned int EDGE_MARKS = TRIANGLES | ADJACENCY;  // renderEdgesConnection, renderEdgesUnconnected
+
+// render, renderTextured
+constexpr unsigned int SMOOTH_SURFACE = TRIANGLES | CORNER_NORMALS;
+// renderFaceted, renderFacetedTextured
+constexpr unsigned int FACETED_SURFACE = TRIANGLES | FACE_NORMALS;
+// renderPoints, with buffers and without
+constexpr unsigned int SOUP_POINTS = TRIANGLES;
+constexpr unsigned int VERTEX_POINTS = 0;
+// renderVertexNormals, renderFaceNormals, renderNormals
+constexpr unsigned int VERTEX_NORMAL_LINES = 0;
+constexpr unsigned int FACE_NORMAL_LINES = TRIANGLES | FACE_NORMALS;
+constexpr unsigned int CORNER_NORMAL_LINES = TRIANGLES | CORNER_NORMALS;
+// renderFaceNormals of named arrays, which checks the triangles against the named points itself
+constexpr unsigned int NAMED_FACE_LINES = 0;
+// renderEdges
+constexpr unsigned int EDGES = TRIANGLES | CORNER_NORMALS | ADJACENCY;
+// renderEdgesConnection, renderEdgesUnconnected
+constexpr unsigned int EDGE_MARKS = TRIANGLES | ADJACENCY;
 
 // What the buffers of the surfaces are filled from.
 constexpr unsigned int SOUP = TRIANGLES | CORNER_NORMALS | FACE_NORMALS;
@@ -255,8 +262,8 @@ public:
         return !(own[0] == other[0] && own[1] == other[1] && own[2] == other[2]);
     }
 
-    /// Clears the modified bits of the arrays that the buffers were filled from. Arrays with a fault keep theirs,
-    /// so that they are looked through again until they have none.
+    /// Clears the modified bits of the arrays that the buffers were filled from. Arrays with a fault keep
+    /// theirs, so that they are looked through again until they have none.
     void consume() const {
         if ((faults & TRIANGLES) != 0) {
             return;
@@ -339,8 +346,8 @@ void Mesh_RL_GL::createBufferObjects(VL_String const* textureChannel, bool withE
     _updateBuffers(textureChannel, withEdges ? EDGES : 0);
 }
 
-// Brings the buffers up to date. `reads` is what the drawing reads that comes next; the result is how many corners
-// it may draw.
+// Brings the buffers up to date. `reads` is what the drawing reads that comes next; the result is how many
+// corners it may draw.
 unsigned int Mesh_RL_GL::_updateBuffers(VL_String const* textureChannel, unsigned int reads) const {
     Arrays const arrays(mesh, SOUP | reads);
     bool const keepsStore = arrays.triangleCount == bufferTriangleCount;
@@ -381,8 +388,9 @@ void Mesh_RL_GL::_updateSurface(Arrays const& arrays, bool keepsStore) const {
         });
     }
 
-    // Normals with a fault have no buffer: what reads them is refused, and once they are repaired the buffer is made
-    // again, whatever the repair has marked as modified. Without triangles there is nothing to be read.
+    // Normals with a fault have no buffer: what reads them is refused, and once they are repaired the buffer
+    // is made again, whatever the repair has marked as modified. Without triangles there is nothing to be
+    // read.
     if (count != 0 && (arrays.faults & CORNER_NORMALS) != 0) {
         deleteBuffer(smoothNormalBuffer);
     } else if (smoothNormalBuffer == 0 || !keepsStore || arrays.areCornerNormalsModified()) {

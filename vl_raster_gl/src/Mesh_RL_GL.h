@@ -25,9 +25,10 @@ namespace vellum {
 /// What the mesh lacks: normals that it does not have are (0, 0, 0), adjacency that it does not have marks no
 /// edges.
 ///
-/// Arrays with a fault: a drawing draws nothing when an array that it reads has a fault (Mesh::triangleFault and
-/// its kin), so no drawing reads outside the mesh's arrays. Faults of other arrays do not matter: face normals of
-/// another length, left over from a former shape, hide the faceted surface and the face normals alone.
+/// Arrays with a fault: a drawing draws nothing when an array that it reads has a fault (Mesh::triangleFault
+/// and its kin), so no drawing reads outside the mesh's arrays. Faults of other arrays do not matter: face
+/// normals of another length, left over from a former shape, hide the faceted surface and the face normals
+/// alone.
 ///
 ///     drawing                               positions  triangles  vertex normals       face normals  adjacency
 ///     render, renderTextured                    x          x      by normal triangles
@@ -159,8 +160,8 @@ public:
     /// it is made of was modified: positions from the positions and triangles, vertex normals from the vertex
     /// normals and normal triangles, face normals from the face normals. Texture coordinates are refilled when
     /// `textureChannel` has another name than the last one or its own arrays were modified. The modified bits
-    /// of all arrays that were looked at are cleared; arrays with a fault keep theirs. Normals with a fault have no
-    /// buffer until they are repaired.
+    /// of all arrays that were looked at are cleared; arrays with a fault keep theirs. Normals with a fault
+    /// have no buffer until they are repaired.
     ///
     /// Deliberate (stale-coordinates): triangles that change without changing their count leave the
     /// coordinates of a channel as they are, even if it is stored per vertex. The writer marks the channel

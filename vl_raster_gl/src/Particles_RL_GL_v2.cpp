@@ -30,22 +30,22 @@ constexpr unsigned int CHUNK = ParticleSystemChunk_v2::CAPACITY;
 constexpr unsigned long RECORD_STRIDE = sizeof(ParticleRecord);
 constexpr std::size_t COLOR_OFFSET = offsetof(ParticleRecord, color);
 constexpr unsigned int VECTOR_STRIDE = sizeof(Vector3<float>);
-// Deliberate (scalar-stride): GL reads three floats at every scalar, so a particle takes its green and blue from the
-// scalars of the next two.
+// Deliberate (scalar-stride): GL reads three floats at every scalar, so a particle takes its green and blue
+// from the scalars of the next two.
 constexpr unsigned int SCALAR_STRIDE = sizeof(float);
 constexpr unsigned int BATCH_BITS = 19;  // 524288 particles
 constexpr unsigned int BATCH = 1U << BATCH_BITS;
 
 // The values of lastPath.
 constexpr unsigned int PATH_VBO_WITH_EFFECT = 1;
-// Deliberate (path-two): counts as a filled buffer, as 1 does. Nothing here sets it; a subclass may, as lastPath is
-// protected.
+// Deliberate (path-two): counts as a filled buffer, as 1 does. Nothing here sets it; a subclass may, as
+// lastPath is protected.
 constexpr unsigned int PATH_VBO_OF_SUBCLASS = 2;
 constexpr unsigned int PATH_VBO_OR_CHUNKS = 3;
 constexpr unsigned int PATH_MEMORY = 4;
 
-// Deliberate (line-tags): tags of the two ways, not lines of this source. A render layer that overrides getError() tells
-// the ways apart by them.
+// Deliberate (line-tags): tags of the two ways, not lines of this source. A render layer that overrides
+// getError() tells the ways apart by them.
 constexpr int LINE_OF_VBO_NO_SHADERS = 1109;
 constexpr int LINE_OF_VBO_WITH_SHADERS = 884;
 

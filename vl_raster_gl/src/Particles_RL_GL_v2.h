@@ -140,7 +140,7 @@ public:
     /// what that has left in the buffer, unless `rebuild` is set. Deliberate (colors-of-the-last-path): its
     /// colors are then raw values of the channel.
     /// \return false when the buffer was refused, by the memory that is free, by a null mapping or by an error
-    ///         while its store grows; nothing is drawn then.
+    ///     while its store grows; nothing is drawn then.
     /// GL: genBuffers the first time; getFreeGpuMemory, bindBuffer x 2, bufferData where the buffer grows, or
     /// deleteBuffers where it is refused; bindBuffer, bufferData, mapBuffer, getError, unmapBuffer where it is
     /// filled (bindBuffer(0) and deleteBuffers after getError where it is refused); enableClientState x 2, setPointSize,

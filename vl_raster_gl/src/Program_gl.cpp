@@ -30,8 +30,8 @@ constexpr decltype(&glUniform1fv) SEND_FLOATS[LARGEST_SIZE] = {glUniform1fv, glU
 constexpr decltype(&glUniformMatrix2fv) SEND_MATRIX[LARGEST_SIZE] = {nullptr, glUniformMatrix2fv,
                                                                      glUniformMatrix3fv, glUniformMatrix4fv};
 
-// The 32-bit values of a uniform. Sizes that GL does not have are never sent, so nothing is kept of their values: a
-// size that is wrong does not lead beyond the values that the caller has.
+// The 32-bit values of a uniform. Sizes that GL does not have are never sent, so nothing is kept of their
+// values: a size that is wrong does not lead beyond the values that the caller has.
 std::size_t valueCount(bool isMatrix, int count, int size) {
     if (size > LARGEST_SIZE) {
         return 0;

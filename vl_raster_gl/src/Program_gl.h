@@ -31,12 +31,12 @@ class Shader_gl;
 ///     draw();
 ///     program->disable();
 ///
-/// Two look-ups: the kept record of a name is found in this class, by a search or at once by a UniformKey; the
-/// uniform's location is asked of GL whenever a value is sent, as linking again may move it.
+/// Two look-ups: the kept record of a name is found in this class, by a search or at once by a UniformKey;
+/// the uniform's location is asked of GL whenever a value is sent, as linking again may move it.
 ///
 /// It owns its GL program and the kept values, never the stages; program and stages may be deleted in any
-/// order. Link failures are not detected: GL refuses the program when it is used, and getInfoLog() has the reason.
-/// Names and value pointers may be null: a null name is the empty one, which names no uniform.
+/// order. Link failures are not detected: GL refuses the program when it is used, and getInfoLog() has the
+/// reason. Names and value pointers may be null: a null name is the empty one, which names no uniform.
 /// Everything must be called on the thread that owns the context.
 class VL_RASTER_GL_EXPORT Program_gl {
 public:
@@ -54,8 +54,8 @@ public:
     // == Stages ==
 
     /// Attaches the plain variant of up to three stages. A stage that is null or did not compile is skipped.
-    /// The names of the parameters are conventional only: each takes a stage of any type. A stage that is attached
-    /// twice has two entries, and GL refuses the second with GL_INVALID_OPERATION.
+    /// The names of the parameters are conventional only: each takes a stage of any type. A stage that is
+    /// attached twice has two entries, and GL refuses the second with GL_INVALID_OPERATION.
     /// GL: glCreateProgram the first time, then glAttachShader for each stage.
     void attach(Shader_gl* vertex, Shader_gl* geometry, Shader_gl* fragment);
 
@@ -179,8 +179,8 @@ private:
     unsigned int const serial;                       // no other program of the process has it
 };
 
-/// The name of a uniform that is set in every pass. It remembers the kept record of its program, so that the name is
-/// searched for once; given to another program, it searches there.
+/// The name of a uniform that is set in every pass. It remembers the kept record of its program, so that the
+/// name is searched for once; given to another program, it searches there.
 ///
 ///     Program_gl::UniformKey sizeKey{"size"};        // a member beside the program
 ///     program->setUniform(sizeKey, 2.0F);

@@ -49,12 +49,12 @@ class Shader_gl;
 /// not come from setters, such as the size of the viewport, is: the application calls markDirty() when that
 /// changes.
 ///
-/// Failures are not reported to the caller. A stage that does not compile is printed with its log by the render layer
-/// (Core_RL::checkShaderCompilationErrors) and left out of the program; no log of the effect has its reason. The program
-/// is linked from the stages that are left: where that succeeds the effect draws without the missing one and getLog()
-/// may be empty, where it fails GL refuses the program and getLog() has the reason.
-/// The uniforms of a pass go by keys (Program_gl::UniformKey): a pass sets up to 32 of them, and searching for the names
-/// would cost as much as the pass.
+/// Failures are not reported to the caller. A stage that does not compile is printed with its log by the
+/// render layer (Core_RL::checkShaderCompilationErrors) and left out of the program; no log of the effect has
+/// its reason. The program is linked from the stages that are left: where that succeeds the effect draws
+/// without the missing one and getLog() may be empty, where it fails GL refuses the program and getLog() has
+/// the reason. The uniforms of a pass go by keys (Program_gl::UniformKey): a pass sets up to 32 of them, and
+/// searching for the names would cost as much as the pass.
 /// Everything must be called on the thread that owns the context. Textures are made and deleted through
 /// VL_Raster.
 class VL_RASTER_GL_EXPORT Base_shader : public Mesh_RL_Shader {
@@ -95,8 +95,9 @@ public:
     /// the size of the viewport. GL: none.
     void markDirty();
 
-    /// Whether the driver takes geometry stages, in the language of GL_EXT_geometry_shader4 or in GLSL 1.50 (from version
-    /// 3.2 on). Where it does not, spheres and arrows are not drawn, and a tessellated displacement is not either.
+    /// Whether the driver takes geometry stages, in the language of GL_EXT_geometry_shader4 or in GLSL 1.50
+    /// (from version 3.2 on). Where it does not, spheres and arrows are not drawn, and a tessellated
+    /// displacement is not either.
     /// GL: isExtensionSupported(), and glGetString(GL_VERSION) where the extension is not listed.
     static bool hasGeometryStages();
 

@@ -22,10 +22,10 @@ namespace vellum {
 /// the first two lights. The more the surface faces the viewer, the more is seen through it: the share is the
 /// cosine of the angle between view and normal, times the mix ratio, between 0.1 and 0.9.
 ///
-/// The environment is an image of all directions in eye space (x to the right, y up, z toward the viewer). Its middle
-/// half has the directions toward the viewer, from left to right; its outer quarters those away from the viewer, so
-/// that straight ahead lies on the seam. Across the image the cosine to the x axis runs evenly, upward that to the y
-/// axis. Without an image reflections are black.
+/// The environment is an image of all directions in eye space (x to the right, y up, z toward the viewer).
+/// Its middle half has the directions toward the viewer, from left to right; its outer quarters those away
+/// from the viewer, so that straight ahead lies on the seam. Across the image the cosine to the x axis runs
+/// evenly, upward that to the y axis. Without an image reflections are black.
 ///
 ///     s      0        1/4       1/2       3/4        1
 ///     x      0    ->  -1    ->   0    ->   1    ->   0       of the direction without its height

@@ -7,8 +7,8 @@
 
 namespace vellum {
 
-/// How many of `count` particles a percentage is, in single precision, cut to an integer. Percentages that are
-/// negative or NaN are none, those above 100 are all.
+/// How many of `count` particles a percentage is, in single precision, cut to an integer. Percentages that
+/// are negative or NaN are none, those above 100 are all.
 inline unsigned int partOf(unsigned int count, float percent) {
     float const part = static_cast<float>(count) * percent / 100.0F;
     if (!(part > 0.0F)) {

@@ -3,9 +3,9 @@
 #include "internal/record_formula.h"
 
 /// \file
-/// The writers of many records, all with the same bits as a result. writeParticleRecords() takes the fastest that
-/// the processor runs. Declarations only, for the sources that are compiled for particular processors; see
-/// record_formula.h.
+/// The writers of many records, all with the same bits as a result. writeParticleRecords() takes the fastest
+/// that the processor runs. Declarations only, for the sources that are compiled for particular processors;
+/// see record_formula.h.
 
 namespace vellum {
 
