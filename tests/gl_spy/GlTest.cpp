@@ -30,22 +30,26 @@ void saveInitialState() {
 
 void resetMatrices(GLenum mode, GLenum depth) {
     glMatrixMode(mode);
-    for (GLint left = getInteger(depth); left > 1; --left)
+    for (GLint left = getInteger(depth); left > 1; --left) {
         glPopMatrix();
+    }
     glLoadIdentity();
 }
 
 /// Back to the state of a new context, as far as attribute stacks, matrices, names and bindings hold it.
 void restoreInitialState() {
-    if (getInteger(GL_RENDER_MODE) == GL_SELECT)
+    if (getInteger(GL_RENDER_MODE) == GL_SELECT) {
         glInitNames();
+    }
     glRenderMode(GL_RENDER);
     glUseProgram(0);
 
-    for (GLint depth = getInteger(GL_ATTRIB_STACK_DEPTH); depth >= baseDepth; --depth)
+    for (GLint depth = getInteger(GL_ATTRIB_STACK_DEPTH); depth >= baseDepth; --depth) {
         glPopAttrib();
-    for (GLint depth = getInteger(GL_CLIENT_ATTRIB_STACK_DEPTH); depth >= baseDepth; --depth)
+    }
+    for (GLint depth = getInteger(GL_CLIENT_ATTRIB_STACK_DEPTH); depth >= baseDepth; --depth) {
         glPopClientAttrib();
+    }
 
     // Workaround: Mesa 22.3 forgets, with the end of an inner attribute group, what was changed inside it beyond
     // that group, and the outer glPopAttrib leaves it as it is. Reading pixels opens such a group while the color
@@ -54,8 +58,9 @@ void restoreInitialState() {
     glNormal3f(0, 0, 1);
     glTexCoord4f(0, 0, 0, 1);
     // Workaround: nor does it bring single lights back that were switched on inside a group with the enable bits.
-    for (GLint light = getInteger(GL_MAX_LIGHTS) - 1; light >= 0; --light)
+    for (GLint light = getInteger(GL_MAX_LIGHTS) - 1; light >= 0; --light) {
         glDisable(GL_LIGHT0 + GLenum(light));
+    }
 
     for (GLint unit = getInteger(GL_MAX_TEXTURE_COORDS) - 1; unit >= 0; --unit) {
         glActiveTexture(GL_TEXTURE0 + GLenum(unit));
@@ -65,16 +70,18 @@ void restoreInitialState() {
     resetMatrices(GL_MODELVIEW, GL_MODELVIEW_STACK_DEPTH);
 
     for (GLenum const target :
-         {GL_ARRAY_BUFFER, GL_ELEMENT_ARRAY_BUFFER, GL_PIXEL_PACK_BUFFER, GL_PIXEL_UNPACK_BUFFER})
+         {GL_ARRAY_BUFFER, GL_ELEMENT_ARRAY_BUFFER, GL_PIXEL_PACK_BUFFER, GL_PIXEL_UNPACK_BUFFER}) {
         glBindBuffer(target, 0);
+    }
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
     saveInitialState();
 }
 
 std::string joined(std::vector<std::string> const& lines) {
     std::string text;
-    for (std::string const& line : lines)
+    for (std::string const& line : lines) {
         text += "\n  " + line;
+    }
     return text;
 }
 
@@ -86,8 +93,9 @@ vellum::OffscreenContext& GlTest::context() {
     static vellum::OffscreenContext* const shared = [] {
         Spy::Passage const unseen;
         auto* const context = new vellum::OffscreenContext({width, height, 0, true});
-        if (context->isValid())
+        if (context->isValid()) {
             saveInitialState();
+        }
         return context;
     }();
     return *shared;
@@ -107,8 +115,9 @@ void GlTest::SetUp() {
 }
 
 void GlTest::TearDown() {
-    if (!context().isValid() || !context().reportsErrors())
+    if (!context().isValid() || !context().reportsErrors()) {
         return;
+    }
 
     Spy::Passage const unseen;
     std::vector<std::string> const& errors = glErrors();
@@ -131,18 +140,20 @@ void GlTest::allowGlErrors() {
 }
 
 std::vector<std::string> const& GlTest::glErrors() {
-    for (std::string& error : context().takeErrors())
+    for (std::string& error : context().takeErrors()) {
         _errors.push_back(std::move(error));
+    }
     return _errors;
 }
 
 GlTest::Pixel GlTest::readPixel(int const& x, int const& y) {
     std::vector<unsigned char> const pixels = readPixels();
     Pixel pixel{};
-    if (x >= 0 && x < width && y >= 0 && y < height)
+    if (x >= 0 && x < width && y >= 0 && y < height) {
         std::copy_n(pixels.begin() + (y * width + x) * 4, 4, pixel.begin());
-    else
+    } else {
         ADD_FAILURE() << "pixel " << x << ", " << y << " lies outside the frame buffer";
+    }
     return pixel;
 }
 

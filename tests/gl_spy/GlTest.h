@@ -17,8 +17,8 @@ namespace gl_spy {
 /// that the test did not announce, or when an error is left for glGetError. Where no context can be made the
 /// test fails, with the reason.
 ///
-///     class Box_gl_test : public gl_spy::GlTest {};
-///     TEST_F(Box_gl_test, aBoxCoversTheMiddle) { core.render(box); EXPECT_EQ(readPixel(128, 128)[0], 255); }
+///     class Box_drawn_test : public gl_spy::GlTest {};
+///     TEST_F(Box_drawn_test, aBoxCoversTheMiddle) { core.render(box); EXPECT_EQ(readPixel(128, 128)[0], 255); }
 ///
 /// A derived fixture that has SetUp or TearDown of its own calls these here: first in SetUp, last in
 /// TearDown.

@@ -14,8 +14,9 @@ std::size_t uniformComponents(std::string const& call) {
     bool const isMatrix = call.find("Matrix") != std::string::npos;
     std::size_t const digit = call.find_first_of("1234");
     std::size_t const rows = std::size_t(call[digit] - '0');
-    if (!isMatrix)
+    if (!isMatrix) {
         return rows;
+    }
     return rows * (call[digit + 1] == 'x' ? std::size_t(call[digit + 2] - '0') : rows);
 }
 
@@ -30,13 +31,15 @@ unsigned int Model::create(Kind kind) {
 
 void Model::destroy(Kind kind, unsigned int name) {
     _alive.erase({kind, name});
-    if (kind != Kind::buffer)
+    if (kind != Kind::buffer) {
         return;
+    }
     _buffers.erase(name);
     _mapped.erase(name);
     for (auto& binding : _boundBuffers) {
-        if (binding.second == name)
+        if (binding.second == name) {
             binding.second = 0;
+        }
     }
 }
 
@@ -44,8 +47,9 @@ void Model::destroy(Kind kind, unsigned int name) {
 
 void Model::bind(unsigned int target, unsigned int name) {
     _boundBuffers[target] = name;
-    if (name != 0)
+    if (name != 0) {
         _buffers[name];
+    }
 }
 
 Model::Bytes* Model::bound(unsigned int target) {
@@ -70,8 +74,9 @@ bool Model::unmap(unsigned int target) {
 // == Shaders and programs ==
 
 int Model::location(unsigned int program, std::string const& name) {
-    if (name.rfind("gl_", 0) == 0)
+    if (name.rfind("gl_", 0) == 0) {
         return -1;
+    }
     int const next = int(std::count_if(_locations.begin(), _locations.end(), [program](auto const& entry) {
         return entry.first.first == program;
     }));
@@ -98,9 +103,10 @@ void Model::follow(Call const& call) {
         std::size_t const first = call.name.back() == 'v' ? 2 : 1;
         std::size_t const end = std::min(call.numbers.size(), first + uniformComponents(call.name));
         auto const values = call.numbers.begin();
-        if (first < end)
+        if (first < end) {
             _uniforms[{_program, int(call.numbers[0])}] =
                 std::vector<double>(values + std::ptrdiff_t(first), values + std::ptrdiff_t(end));
+        }
     }
 }
 

@@ -71,12 +71,13 @@ bool takesBoolean(GLenum parameter) {
 std::string quoted(std::string const& text) {
     std::string result = "\"";
     for (char const c : text) {
-        if (c == '\n')
+        if (c == '\n') {
             result += "\\n";
-        else if (c == '"' || c == '\\')
+        } else if (c == '"' || c == '\\') {
             (result += '\\') += c;
-        else
+        } else {
             result += c;
+        }
     }
     return result + '"';
 }
@@ -135,15 +136,19 @@ std::size_t parameterCount(GLenum parameter) {
 }
 
 std::string parameterName(GLenum parameter, double value) {
-    if (!(value >= 0 && value <= 0xFFFFF) || value != double(GLenum(value)))
+    if (!(value >= 0 && value <= 0xFFFFF) || value != double(GLenum(value))) {
         return "";
+    }
     GLenum const number = GLenum(value);
-    if (takesPrimitive(parameter) && number <= 0xD)
+    if (takesPrimitive(parameter) && number <= 0xD) {
         return primitiveName(number);
-    if (takesBoolean(parameter) && number <= 1)
+    }
+    if (takesBoolean(parameter) && number <= 1) {
         return number ? "GL_TRUE" : "GL_FALSE";
-    if (takesEnum(parameter) && knownNames().count(number))
+    }
+    if (takesEnum(parameter) && knownNames().count(number)) {
         return knownNames().at(number);
+    }
     return "";
 }
 

@@ -39,8 +39,9 @@ public:
             return;
         }
         std::string text;
-        for (std::size_t i = 0; i < count; ++i)
+        for (std::size_t i = 0; i < count; ++i) {
             text += (i ? ", " : "") + _text(values[i]);
+        }
         _call.arguments.push_back("{" + text + "}");
     }
 
@@ -54,20 +55,22 @@ public:
     template <class Number>
     void parameter(Number value) {
         std::string const name = parameterName(_lastEnum(), double(value));
-        if (name.empty())
+        if (name.empty()) {
             number(value);
-        else
+        } else {
             enumeration(static_cast<GLenum>(value), name);
+        }
     }
 
     /// The values of the parameter noted last.
     template <class Number>
     void parameters(Number const* values) {
         std::string const name = values ? parameterName(_lastEnum(), double(values[0])) : "";
-        if (name.empty())
+        if (name.empty()) {
             numbers(values, parameterCount(_lastEnum()));
-        else
+        } else {
             enumeration(static_cast<GLenum>(values[0]), "{" + name + "}");
+        }
     }
 
     /// A count that was noted last, for the array after it; 0 for a negative one.

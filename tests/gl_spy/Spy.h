@@ -50,18 +50,21 @@ public:
     static void remove(Script::Rules& rules) { _change(_rules, &rules, false); }
 
     static void note(Call const& call) {
-        for (Recording* const recording : _recordings)
+        for (Recording* const recording : _recordings) {
             recording->_calls.push_back(call);
-        if (Model* const model = Spy::model())
+        }
+        if (Model* const model = Spy::model()) {
             model->follow(call);
+        }
     }
 
     /// The first answer (a pointer or optional that is set) among the scripts, the latest script first.
     template <class Question>
     static auto ask(Question const& question) {
         decltype(question(*_rules.front())) answer{};
-        for (auto rules = _rules.rbegin(); rules != _rules.rend() && !answer; ++rules)
+        for (auto rules = _rules.rbegin(); rules != _rules.rend() && !answer; ++rules) {
             answer = question(**rules);
+        }
         return answer;
     }
 
@@ -73,10 +76,11 @@ public:
 private:
     template <class Watcher>
     static void _change(std::vector<Watcher*>& watchers, Watcher* watcher, bool adds) {
-        if (adds)
+        if (adds) {
             watchers.push_back(watcher);
-        else
+        } else {
             watchers.erase(std::find(watchers.begin(), watchers.end(), watcher));
+        }
         watching = !_recordings.empty() || !_rules.empty();
     }
 

@@ -18,8 +18,9 @@ Tracker::Matrix product(Tracker::Matrix const& a, Tracker::Matrix const& b) {
     Tracker::Matrix result{};
     for (std::size_t column = 0; column < 4; ++column) {
         for (std::size_t row = 0; row < 4; ++row) {
-            for (std::size_t k = 0; k < 4; ++k)
+            for (std::size_t k = 0; k < 4; ++k) {
                 result[column * 4 + row] += a[k * 4 + row] * b[column * 4 + k];
+            }
         }
     }
     return result;
@@ -27,15 +28,17 @@ Tracker::Matrix product(Tracker::Matrix const& a, Tracker::Matrix const& b) {
 
 Tracker::Matrix transposed(Tracker::Matrix const& m) {
     Tracker::Matrix result{};
-    for (std::size_t i = 0; i < 16; ++i)
+    for (std::size_t i = 0; i < 16; ++i) {
         result[i % 4 * 4 + i / 4] = m[i];
+    }
     return result;
 }
 
 Vector transformed(Tracker::Matrix const& m, Vector const& p) {
     Vector result{};
-    for (std::size_t row = 0; row < 3; ++row)
+    for (std::size_t row = 0; row < 3; ++row) {
         result[row] = m[row] * p[0] + m[4 + row] * p[1] + m[8 + row] * p[2] + m[12 + row];
+    }
     return result;
 }
 
@@ -51,8 +54,9 @@ Vector normalized(Vector const& v) {
 /// The matrix among a call's numbers; the identity when the call had null.
 Tracker::Matrix matrixOf(Call const& call) {
     Tracker::Matrix matrix = identity;
-    if (call.numbers.size() == matrix.size())
+    if (call.numbers.size() == matrix.size()) {
         std::copy(call.numbers.begin(), call.numbers.end(), matrix.begin());
+    }
     return matrix;
 }
 
@@ -69,8 +73,9 @@ double scaled(double value, std::string const& type) {
     static std::map<std::string, double> const bits{{"b", 8},  {"s", 16},  {"i", 32},
                                                     {"ub", 8}, {"us", 16}, {"ui", 32}};
     auto const found = bits.find(type);
-    if (found == bits.end())
+    if (found == bits.end()) {
         return value;
+    }
     double const range = std::exp2(found->second) - 1;
     return type[0] == 'u' ? value / range : (2 * value + 1) / range;
 }
@@ -79,8 +84,9 @@ double scaled(double value, std::string const& type) {
 std::string typeOf(std::string const& name) {
     std::size_t const digit = name.find_last_of("1234");
     std::string type = name.substr(digit + 1);
-    if (!type.empty() && type.back() == 'v')
+    if (!type.empty() && type.back() == 'v') {
         type.pop_back();
+    }
     return type;
 }
 
@@ -92,8 +98,9 @@ bool startsWith(std::string const& text, char const* start) {
 
 Tracker::Tracker() {
     _saved.matrixMode = GL_MODELVIEW;
-    for (GLenum const mode : {GL_MODELVIEW, GL_PROJECTION, GL_TEXTURE, GL_COLOR})
+    for (GLenum const mode : {GL_MODELVIEW, GL_PROJECTION, GL_TEXTURE, GL_COLOR}) {
         _stacks[mode] = {identity};
+    }
 }
 
 Tracker::Matrix const& Tracker::matrix(unsigned int mode) const {
@@ -103,16 +110,18 @@ Tracker::Matrix const& Tracker::matrix(unsigned int mode) const {
 
 void Tracker::follow(Call const& call) {
     auto const found = _handlers().find(call.name);
-    if (found != _handlers().end())
+    if (found != _handlers().end()) {
         (this->*found->second)(call);
-    else if (startsWith(call.name, "glVertex") && std::isdigit(static_cast<unsigned char>(call.name[8])))
+    } else if (startsWith(call.name, "glVertex") && std::isdigit(static_cast<unsigned char>(call.name[8]))) {
         _vertex(call);
-    else if (startsWith(call.name, "glNormal3"))
+    } else if (startsWith(call.name, "glNormal3")) {
         _normal(call);
-    else if (startsWith(call.name, "glColor3") || startsWith(call.name, "glColor4"))
+    } else if (startsWith(call.name, "glColor3") || startsWith(call.name, "glColor4")) {
         _color(call);
-    else if (startsWith(call.name, "glTexCoord") && std::isdigit(static_cast<unsigned char>(call.name[10])))
+    } else if (startsWith(call.name, "glTexCoord") &&
+               std::isdigit(static_cast<unsigned char>(call.name[10]))) {
         _textureCoordinate(call);
+    }
 }
 
 std::map<std::string, Tracker::Handler> const& Tracker::_handlers() {
@@ -161,19 +170,22 @@ void Tracker::_begin(Call const& call) {
 }
 
 void Tracker::_end(Call const&) {
-    if (_open)
+    if (_open) {
         _primitives.push_back(*_open);
+    }
     _open.reset();
 }
 
 void Tracker::_vertex(Call const& call) {
-    if (!_open)
+    if (!_open) {
         return;
+    }
     Vertex vertex = _saved.current;
     vertex.position = over<3>({{0, 0, 0}}, call.numbers);
     vertex.transformed = transformed(matrix(GL_MODELVIEW), vertex.position);
-    if (!_names.empty())
+    if (!_names.empty()) {
         vertex.name = _names.back();
+    }
     _open->vertices.push_back(vertex);
 }
 
@@ -186,8 +198,9 @@ void Tracker::_normal(Call const& call) {
 void Tracker::_color(Call const& call) {
     std::string const type = typeOf(call.name);
     std::vector<double> components = call.numbers;
-    for (double& component : components)
+    for (double& component : components) {
         component = scaled(component, type);
+    }
     _saved.current.color = over<4>({{0, 0, 0, 1}}, components);
 }
 
@@ -203,8 +216,9 @@ void Tracker::_multiply(Matrix const& matrix) {
 
 void Tracker::_setMatrixMode(Call const& call) {
     // An unknown mode is an error to GL and leaves the mode as it is.
-    if (_stacks.count(call.enums.at(0)))
+    if (_stacks.count(call.enums.at(0))) {
         _saved.matrixMode = call.enums.at(0);
+    }
 }
 
 void Tracker::_pushMatrix(Call const&) {
@@ -212,8 +226,9 @@ void Tracker::_pushMatrix(Call const&) {
 }
 
 void Tracker::_popMatrix(Call const&) {
-    if (_stack().size() > 1)
+    if (_stack().size() > 1) {
         _stack().pop_back();
+    }
 }
 
 void Tracker::_loadIdentity(Call const&) {
@@ -249,8 +264,9 @@ void Tracker::_rotate(Call const& call) {
 
 void Tracker::_scale(Call const& call) {
     Matrix matrix = identity;
-    for (std::size_t axis = 0; axis < 3; ++axis)
+    for (std::size_t axis = 0; axis < 3; ++axis) {
         matrix[axis * 5] = call.numbers.at(axis);
+    }
     _multiply(matrix);
 }
 
@@ -296,15 +312,17 @@ void Tracker::_lookAt(Call const& call) {
     _multiply({{side[0], up[0], -forward[0], 0, side[1], up[1], -forward[1], 0,  //
                 side[2], up[2], -forward[2], 0, 0, 0, 0, 1}});
     Matrix away = identity;
-    for (std::size_t axis = 0; axis < 3; ++axis)
+    for (std::size_t axis = 0; axis < 3; ++axis) {
         away[12 + axis] = -n[axis];
+    }
     _multiply(away);
 }
 
 void Tracker::_pickMatrix(Call const& call) {
     auto const [x, y, width, height, left, bottom, viewWidth, viewHeight] = over<8>({}, call.numbers);
-    if (width <= 0 || height <= 0)
+    if (width <= 0 || height <= 0) {
         return;
+    }
     Matrix matrix = identity;
     matrix[0] = viewWidth / width;
     matrix[5] = viewHeight / height;
@@ -326,16 +344,20 @@ void Tracker::_pushAttrib(Call const& call) {
 }
 
 void Tracker::_popAttrib(Call const&) {
-    if (_attribStack.empty())
+    if (_attribStack.empty()) {
         return;
+    }
     Saved const saved = _attribStack.back();
     _attribStack.pop_back();
-    if (saved.mask & GL_TRANSFORM_BIT)
+    if (saved.mask & GL_TRANSFORM_BIT) {
         _saved.matrixMode = saved.matrixMode;
-    if (saved.mask & GL_VIEWPORT_BIT)
+    }
+    if (saved.mask & GL_VIEWPORT_BIT) {
         _saved.viewport = saved.viewport;
-    if (saved.mask & GL_CURRENT_BIT)
+    }
+    if (saved.mask & GL_CURRENT_BIT) {
         _saved.current = saved.current;
+    }
 }
 
 // == Names ==
@@ -345,8 +367,9 @@ void Tracker::_initNames(Call const&) {
 }
 
 void Tracker::_loadName(Call const& call) {
-    if (_names.empty())
+    if (_names.empty()) {
         _names.emplace_back();
+    }
     _names.back() = static_cast<unsigned int>(call.numbers.at(0));
 }
 
@@ -355,8 +378,9 @@ void Tracker::_pushName(Call const& call) {
 }
 
 void Tracker::_popName(Call const&) {
-    if (!_names.empty())
+    if (!_names.empty()) {
         _names.pop_back();
+    }
 }
 
 }  // namespace gl_spy

@@ -200,10 +200,11 @@ struct Text {
     using Type = GLchar const*;
     template <class All>
     static void note(Notes& notes, Type text, All const&) {
-        if (text)
+        if (text) {
             notes.strings({text}, false);
-        else
+        } else {
             notes.address(nullptr);
+        }
     }
 };
 
@@ -237,8 +238,9 @@ void* findInDriver(char const* name) {
     void* function = dlsym(RTLD_NEXT, name);
     // A test that uses no library of ours may have been linked without those of GL.
     for (char const* const library : {"libGL.so.1", "libGLU.so.1"}) {
-        if (void* const handle = function ? nullptr : dlopen(library, RTLD_LAZY | RTLD_GLOBAL))
+        if (void* const handle = function ? nullptr : dlopen(library, RTLD_LAZY | RTLD_GLOBAL)) {
             function = dlsym(handle, name);
+        }
     }
     return function;
 }
@@ -314,8 +316,9 @@ bool answerState(GLenum name, Value* values) {
         auto const found = rules.integers.find(name);
         return found == rules.integers.end() ? nullptr : &found->second;
     });
-    if (scripted)
+    if (scripted) {
         return write(*scripted);
+    }
     return Spy::model() && write(Spy::model()->query(name));
 }
 
@@ -341,10 +344,12 @@ std::optional<GLubyte const*> answer(glGetString_entry, GLenum name) {
         auto const found = rules.strings.find(name);
         return found == rules.strings.end() ? nullptr : &found->second;
     });
-    if (scripted)
+    if (scripted) {
         return *scripted ? reinterpret_cast<GLubyte const*>((*scripted)->c_str()) : nullptr;
-    if (!Spy::model())
+    }
+    if (!Spy::model()) {
         return std::nullopt;
+    }
     switch (name) {
     case GL_VENDOR:
     case GL_RENDERER:
@@ -362,8 +367,9 @@ std::optional<GLubyte const*> answer(glGetString_entry, GLenum name) {
 
 std::optional<GLenum> answer(glGetError_entry) {
     return Spy::ask([](Script::Rules& rules) -> std::optional<GLenum> {
-        if (rules.errors.empty())
+        if (rules.errors.empty()) {
             return std::nullopt;
+        }
         GLenum const code = rules.errors.front();
         rules.errors.pop_front();
         return code;
@@ -377,22 +383,25 @@ bool createObjects(Model::Kind kind, GLsizei count, GLuint* names) {
         std::fill_n(names, count, 0U);
         return true;
     }
-    if (!Spy::model())
+    if (!Spy::model()) {
         return false;
+    }
     std::generate_n(names, count, [kind] { return Spy::model()->create(kind); });
     return true;
 }
 
 bool destroyObjects(Model::Kind kind, GLsizei count, GLuint const* names) {
-    if (!Spy::model())
+    if (!Spy::model()) {
         return false;
+    }
     std::for_each_n(names, std::max(count, 0), [kind](GLuint name) { Spy::model()->destroy(kind, name); });
     return true;
 }
 
 std::optional<GLboolean> answerAlive(Model::Kind kind, GLuint name) {
-    if (!Spy::model())
+    if (!Spy::model()) {
         return std::nullopt;
+    }
     return Spy::model()->isAlive(kind, name) ? GL_TRUE : GL_FALSE;
 }
 
@@ -414,14 +423,16 @@ GL_OBJECTS(query, glGenQueries, glDeleteQueries, glIsQuery)
 /// A block of lists has consecutive names, the first of which is given.
 std::optional<GLuint> answer(glGenLists_entry, GLsizei count) {
     std::vector<GLuint> names(std::size_t(std::max(count, 0)));
-    if (names.empty() || !createObjects(Model::Kind::list, count, names.data()))
+    if (names.empty() || !createObjects(Model::Kind::list, count, names.data())) {
         return std::nullopt;
+    }
     return names.front();
 }
 
 bool answer(glDeleteLists_entry, GLuint first, GLsizei count) {
-    for (GLsizei i = 0; Spy::model() && i < count; ++i)
+    for (GLsizei i = 0; Spy::model() && i < count; ++i) {
         Spy::model()->destroy(Model::Kind::list, first + GLuint(i));
+    }
     return Spy::model() != nullptr;
 }
 
@@ -431,8 +442,9 @@ std::optional<GLboolean> answer(glIsList_entry, GLuint name) {
 
 std::optional<GLuint> answer(glCreateShader_entry, GLenum type) {
     GLuint name = 0;
-    if (!createObjects(Model::Kind::shader, 1, &name))
+    if (!createObjects(Model::Kind::shader, 1, &name)) {
         return std::nullopt;
+    }
     Spy::model()->shaderType(name) = type;
     return name;
 }
@@ -447,8 +459,9 @@ std::optional<GLboolean> answer(glIsShader_entry, GLuint name) {
 
 std::optional<GLuint> answer(glCreateProgram_entry) {
     GLuint name = 0;
-    if (!createObjects(Model::Kind::program, 1, &name))
+    if (!createObjects(Model::Kind::program, 1, &name)) {
         return std::nullopt;
+    }
     return name;
 }
 
@@ -463,18 +476,21 @@ std::optional<GLboolean> answer(glIsProgram_entry, GLuint name) {
 // -- Buffers --
 
 bool answer(glBindBuffer_entry, GLenum target, GLuint name) {
-    if (Spy::model())
+    if (Spy::model()) {
         Spy::model()->bind(target, name);
+    }
     return Spy::model() != nullptr;
 }
 
 bool answer(glBufferData_entry, GLenum target, GLsizeiptr size, void const* data, GLenum) {
-    if (!Spy::model())
+    if (!Spy::model()) {
         return false;
+    }
     if (Model::Bytes* const bytes = Spy::model()->bound(target)) {
         bytes->assign(std::size_t(std::max<GLsizeiptr>(size, 0)), Model::unwritten);
-        if (data)
+        if (data) {
             std::memcpy(bytes->data(), data, bytes->size());
+        }
     }
     return true;
 }
@@ -487,38 +503,46 @@ unsigned char* bufferPart(GLenum target, GLintptr offset, GLsizeiptr size) {
 }
 
 bool answer(glBufferSubData_entry, GLenum target, GLintptr offset, GLsizeiptr size, void const* data) {
-    if (!Spy::model())
+    if (!Spy::model()) {
         return false;
-    if (unsigned char* const part = bufferPart(target, offset, size))
+    }
+    if (unsigned char* const part = bufferPart(target, offset, size)) {
         std::copy_n(static_cast<unsigned char const*>(data), size, part);
+    }
     return true;
 }
 
 bool answer(glGetBufferSubData_entry, GLenum target, GLintptr offset, GLsizeiptr size, void* data) {
-    if (!Spy::model())
+    if (!Spy::model()) {
         return false;
-    if (unsigned char const* const part = bufferPart(target, offset, size))
+    }
+    if (unsigned char const* const part = bufferPart(target, offset, size)) {
         std::copy_n(part, size, static_cast<unsigned char*>(data));
+    }
     return true;
 }
 
 std::optional<void*> answer(glMapBuffer_entry, GLenum target, GLenum) {
-    if (Spy::ask([](Script::Rules& rules) { return rules.nullMap; }))
+    if (Spy::ask([](Script::Rules& rules) { return rules.nullMap; })) {
         return nullptr;
-    if (!Spy::model())
+    }
+    if (!Spy::model()) {
         return std::nullopt;
+    }
     return Spy::model()->map(target);
 }
 
 std::optional<GLboolean> answer(glUnmapBuffer_entry, GLenum target) {
-    if (!Spy::model())
+    if (!Spy::model()) {
         return std::nullopt;
+    }
     return Spy::model()->unmap(target) ? GL_TRUE : GL_FALSE;
 }
 
 bool answer(glGetBufferParameteriv_entry, GLenum target, GLenum name, GLint* value) {
-    if (!Spy::model())
+    if (!Spy::model()) {
         return false;
+    }
     Model::Bytes const* const bytes = Spy::model()->bound(target);
     *value = name == GL_BUFFER_SIZE && bytes ? GLint(bytes->size()) : 0;
     return true;
@@ -527,8 +551,9 @@ bool answer(glGetBufferParameteriv_entry, GLenum target, GLenum name, GLint* val
 // -- Shaders and programs --
 
 std::string sourceOf(GLuint shader) {
-    if (Spy::model())
+    if (Spy::model()) {
         return Spy::model()->source(shader);
+    }
     GLint length = 0;
     glGetShaderiv_entry::driver(shader, GL_SHADER_SOURCE_LENGTH, &length);
     std::string text(std::size_t(std::max(length, 1)), '\0');
@@ -548,10 +573,12 @@ Status const* withoutDriver() {
 Status const* shaderStatus(GLuint shader) {
     std::optional<std::string> source;  // read when a script asks for it
     auto const applies = [&source, shader](Status const& status) {
-        if (!status.chosen)
+        if (!status.chosen) {
             return true;
-        if (!source)
+        }
+        if (!source) {
             source = sourceOf(shader);
+        }
         return status.chosen(*source);
     };
     Status const* const scripted = Spy::ask([&applies](Script::Rules& rules) -> Status const* {
@@ -579,38 +606,45 @@ GLint logLength(std::string const& log) {
 
 void writeText(std::string const& text, GLsizei room, GLsizei* length, GLchar* destination) {
     std::size_t const count = room > 0 ? std::min(text.size(), std::size_t(room) - 1) : 0;
-    if (room > 0 && destination)
+    if (room > 0 && destination) {
         destination[text.copy(destination, count)] = '\0';
-    if (length)
+    }
+    if (length) {
         *length = GLsizei(count);
+    }
 }
 
 bool answer(glShaderSource_entry, GLuint shader, GLsizei count, GLchar const* const* texts,
             GLint const* lengths) {
-    if (!Spy::model())
+    if (!Spy::model()) {
         return false;
+    }
     std::string& source = Spy::model()->source(shader);
     source.clear();
-    for (std::string const& text : sources(count, texts, lengths))
+    for (std::string const& text : sources(count, texts, lengths)) {
         source += text;
+    }
     return true;
 }
 
 bool answer(glGetShaderSource_entry, GLuint shader, GLsizei room, GLsizei* length, GLchar* text) {
-    if (Spy::model())
+    if (Spy::model()) {
         writeText(Spy::model()->source(shader), room, length, text);
+    }
     return Spy::model() != nullptr;
 }
 
 bool answer(glGetShaderiv_entry, GLuint shader, GLenum name, GLint* value) {
     if (name == GL_COMPILE_STATUS || name == GL_INFO_LOG_LENGTH) {
         Status const* const status = shaderStatus(shader);
-        if (status)
+        if (status) {
             *value = name == GL_COMPILE_STATUS ? status->succeeds : logLength(status->log);
+        }
         return status != nullptr;
     }
-    if (!Spy::model())
+    if (!Spy::model()) {
         return false;
+    }
     *value = name == GL_SHADER_TYPE            ? GLint(Spy::model()->shaderType(shader))
              : name == GL_SHADER_SOURCE_LENGTH ? lengthWithZero(Spy::model()->source(shader))
                                                : 0;
@@ -619,8 +653,9 @@ bool answer(glGetShaderiv_entry, GLuint shader, GLenum name, GLint* value) {
 
 bool answer(glGetShaderInfoLog_entry, GLuint shader, GLsizei room, GLsizei* length, GLchar* text) {
     Status const* const status = shaderStatus(shader);
-    if (status)
+    if (status) {
         writeText(status->log, room, length, text);
+    }
     return status != nullptr;
 }
 
@@ -634,15 +669,17 @@ bool answer(glGetProgramiv_entry, GLuint, GLenum name, GLint* value) {
         *value = logLength(status->log);
         return true;
     }
-    if (Spy::model())
+    if (Spy::model()) {
         *value = 0;
+    }
     return Spy::model() != nullptr;
 }
 
 bool answer(glGetProgramInfoLog_entry, GLuint, GLsizei room, GLsizei* length, GLchar* text) {
     Status const* const status = programStatus();
-    if (status)
+    if (status) {
         writeText(status->log, room, length, text);
+    }
     return status != nullptr;
 }
 
@@ -652,8 +689,9 @@ std::optional<GLint> answerLocation(std::map<std::string, int> Script::Rules::*s
         auto const found = (rules.*scripted).find(name);
         return found == (rules.*scripted).end() ? std::nullopt : std::optional<GLint>(found->second);
     });
-    if (location || !Spy::model())
+    if (location || !Spy::model()) {
         return location;
+    }
     return Spy::model()->location(program, name);
 }
 
@@ -667,8 +705,9 @@ std::optional<GLint> answer(glGetAttribLocation_entry, GLuint program, GLchar co
 
 template <class Value>
 bool answerUniform(GLuint program, GLint location, Value* values) {
-    if (!Spy::model())
+    if (!Spy::model()) {
         return false;
+    }
     std::vector<double> const uniform = Spy::model()->uniform(program, location);
     std::transform(uniform.begin(), uniform.end(), values, [](double value) { return Value(value); });
     return true;
@@ -687,30 +726,35 @@ bool answer(glGetUniformiv_entry, GLuint program, GLint location, GLint* values)
 template <class Entry, class... Arguments>
 [[gnu::noinline]] typename Entry::Result callWatched(Arguments... arguments) {
     using Result = typename Entry::Result;
-    if (Spy::isPassing())
+    if (Spy::isPassing()) {
         return Entry::driver(arguments...);
+    }
 
     Spy::Passage const inside;  // what GLU and GLEW call from here on is their own affair
     Spy::note(Entry::note(arguments...));
     if constexpr (!std::is_same_v<decltype(answer(Entry(), arguments...)), Unanswered>) {
         auto const answered = answer(Entry(), arguments...);
         if constexpr (std::is_void_v<Result>) {
-            if (answered)
+            if (answered) {
                 return;
+            }
         } else {
-            if (answered)
+            if (answered) {
                 return *answered;
+            }
         }
     }
-    if (!Entry::computesOnHost && Spy::model())
+    if (!Entry::computesOnHost && Spy::model()) {
         return Result();
+    }
     return Entry::driver(arguments...);
 }
 
 template <class Entry, class... Arguments>
 inline typename Entry::Result call(Arguments... arguments) {
-    if (__builtin_expect(Spy::watching, false))
+    if (__builtin_expect(Spy::watching, false)) {
         return callWatched<Entry>(arguments...);
+    }
     return Entry::driver(arguments...);
 }
 

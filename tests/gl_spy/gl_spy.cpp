@@ -12,8 +12,9 @@ namespace gl_spy {
 
 std::string Call::text() const {
     std::string list;
-    for (std::string const& argument : arguments)
+    for (std::string const& argument : arguments) {
         list += (list.empty() ? "" : ", ") + argument;
+    }
     return name + "(" + list + ")";
 }
 
@@ -30,8 +31,9 @@ Recording::~Recording() {
 std::vector<std::string> Recording::texts() const {
     std::vector<std::string> texts;
     texts.reserve(_calls.size());
-    for (Call const& call : _calls)
+    for (Call const& call : _calls) {
         texts.push_back(call.text());
+    }
     return texts;
 }
 
@@ -44,8 +46,9 @@ std::vector<Call> Recording::named(std::string const& name) const {
 
 std::vector<Primitive> Recording::primitives() const {
     Tracker tracker;
-    for (Call const& call : _calls)
+    for (Call const& call : _calls) {
         tracker.follow(call);
+    }
     return tracker.primitives();
 }
 
@@ -58,8 +61,9 @@ Script::Script() : _rules(std::make_unique<Rules>()) {
 Script::Script(Script&& other) noexcept = default;
 
 Script::~Script() {
-    if (_rules)
+    if (_rules) {
         Spy::remove(*_rules);
+    }
 }
 
 Script& Script::string(unsigned int name, std::string const& text) {
@@ -209,8 +213,9 @@ std::vector<unsigned char> bufferContents(unsigned int target) {
                                                                : GL_PIXEL_UNPACK_BUFFER_BINDING;
     GLint name = 0;
     glGetIntegerv(binding, &name);
-    if (name == 0)
+    if (name == 0) {
         return {};
+    }
     GLint size = 0;
     glGetBufferParameteriv(target, GL_BUFFER_SIZE, &size);
     std::vector<unsigned char> bytes(std::size_t(std::max(size, 0)));

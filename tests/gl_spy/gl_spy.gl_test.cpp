@@ -22,7 +22,7 @@ using gl_spy::Script;
 using Texts = std::vector<std::string>;
 
 /// For what goes on to the driver.
-class Gl_spy_gl_test : public gl_spy::GlTest {};
+class Gl_spy_drawn_test : public gl_spy::GlTest {};
 
 void drawTriangle(float z) {
     glBegin(GL_TRIANGLES);
@@ -34,7 +34,7 @@ void drawTriangle(float z) {
 
 // == The driver ==
 
-TEST_F(Gl_spy_gl_test, callsReachTheDriver) {
+TEST_F(Gl_spy_drawn_test, callsReachDriver) {
     Recording const recording;
     glColor3f(1, 0, 0);
     drawTriangle(0);
@@ -42,14 +42,14 @@ TEST_F(Gl_spy_gl_test, callsReachTheDriver) {
     EXPECT_EQ(recording.calls().size(), 6u);
 }
 
-TEST_F(Gl_spy_gl_test, sharedLibrariesFindTheSpyAheadOfTheDriver) {
+TEST_F(Gl_spy_drawn_test, sharedLibrariesFindSpyAheadOfDriver) {
     void* const ours = reinterpret_cast<void*>(&glVertex3fv);
     EXPECT_EQ(dlsym(RTLD_DEFAULT, "glVertex3fv"), ours);
     EXPECT_NE(dlsym(RTLD_NEXT, "glVertex3fv"), ours);
     EXPECT_NE(dlsym(RTLD_NEXT, "glVertex3fv"), nullptr);
 }
 
-TEST_F(Gl_spy_gl_test, glewInitIsOneCall) {
+TEST_F(Gl_spy_drawn_test, glewInitIsOneCall) {
     // Without GLX it ends in GLEW_ERROR_NO_GLX_DISPLAY, after it has loaded the entry points of OpenGL.
     Recording const recording;
     glewInit();
@@ -59,7 +59,7 @@ TEST_F(Gl_spy_gl_test, glewInitIsOneCall) {
     EXPECT_NE(*loaded, nullptr) << "GLEW has not loaded OpenGL 2.0";
 }
 
-TEST_F(Gl_spy_gl_test, theTopRowComesFirst) {
+TEST_F(Gl_spy_drawn_test, topRowComesFirst) {
     glEnable(GL_SCISSOR_TEST);
     glScissor(0, height - 1, 1, 1);
     glClearColor(0, 1, 0, 1);
@@ -68,7 +68,7 @@ TEST_F(Gl_spy_gl_test, theTopRowComesFirst) {
     EXPECT_EQ(readPixel(0, height - 1)[1], 0);
 }
 
-TEST_F(Gl_spy_gl_test, theTrackerAgreesWithTheDriverOnMatrices) {
+TEST_F(Gl_spy_drawn_test, trackerAgreesWithDriverOnMatrices) {
     double const some[16] = {1, 2, 0, 0, -1, 1, 0.5, 0, 3, 0, 1, 0, 0.25, 7, -2, 1};
     std::array<double, 16> expected{};
     Recording recording;
@@ -107,11 +107,12 @@ TEST_F(Gl_spy_gl_test, theTrackerAgreesWithTheDriverOnMatrices) {
         glTranslated(0.5, 0.25, -1);
         glGetDoublev(GL_MODELVIEW_MATRIX, actual.data());
     }
-    for (std::size_t i = 0; i < 16; ++i)
+    for (std::size_t i = 0; i < 16; ++i) {
         EXPECT_NEAR(actual[i], expected[i], 1e-4 * std::max(1.0, std::abs(expected[i]))) << "element " << i;
+    }
 }
 
-TEST_F(Gl_spy_gl_test, gluDrawsThroughTheDriverUnnoted) {
+TEST_F(Gl_spy_drawn_test, gluDrawsThroughDriverUnnoted) {
     Recording recording;
     GLUquadric* const quadric = gluNewQuadric();
     gluSphere(quadric, 0.5, 16, 16);
@@ -126,7 +127,7 @@ TEST_F(Gl_spy_gl_test, gluDrawsThroughTheDriverUnnoted) {
     EXPECT_EQ(readPixel(128, 128)[0], 255) << savePicture("gluDrawsThroughTheDriverUnnoted");
 }
 
-TEST_F(Gl_spy_gl_test, scriptsAnswerInPlaceOfTheDriver) {
+TEST_F(Gl_spy_drawn_test, scriptsAnswerInPlaceOfDriver) {
     Script script;
     script.nullMap().string(GL_VERSION, "1.4").shaderStatus(false, "chosen", [](std::string const& source) {
         return source.find("chosen") != std::string::npos;
@@ -153,7 +154,7 @@ TEST_F(Gl_spy_gl_test, scriptsAnswerInPlaceOfTheDriver) {
     glDeleteShader(shader);
 }
 
-TEST_F(Gl_spy_gl_test, stateIsResetBetweenTests) {
+TEST_F(Gl_spy_drawn_test, stateIsResetBetweenTests) {
     // Two rounds of the fixture's own SetUp, with everything changed in between.
     glPushAttrib(GL_ALL_ATTRIB_BITS);
     glEnable(GL_LIGHTING);
@@ -191,7 +192,7 @@ public:
     using GlTest::expectGlErrors;
 };
 
-TEST(GlTest_test, anErrorFailsTheTest) {
+TEST(GlTest_test, errorFailsTest) {
     testing::TestPartResultArray results;
     {
         testing::ScopedFakeTestPartResultReporter const reporter(&results);
@@ -202,7 +203,7 @@ TEST(GlTest_test, anErrorFailsTheTest) {
     EXPECT_NE(std::string(results.GetTestPartResult(1).message()).find("GL_INVALID_ENUM"), std::string::npos);
 }
 
-TEST(GlTest_test, anErrorThatTheTestFetchedFailsItToo) {
+TEST(GlTest_test, errorThatTestFetchedFailsItToo) {
     testing::TestPartResultArray results;
     {
         testing::ScopedFakeTestPartResultReporter const reporter(&results);
@@ -214,7 +215,7 @@ TEST(GlTest_test, anErrorThatTheTestFetchedFailsItToo) {
     EXPECT_EQ(results.size(), 1);
 }
 
-TEST(GlTest_test, anAnnouncedErrorPasses) {
+TEST(GlTest_test, announcedErrorPasses) {
     Judged::run([](Judged& judged) {
         judged.expectGlErrors(2);
         glEnable(0xABCD);
@@ -226,7 +227,7 @@ TEST(GlTest_test, anAnnouncedErrorPasses) {
     });
 }
 
-TEST(GlTest_test, anAnnouncedErrorMustHappen) {
+TEST(GlTest_test, announcedErrorMustHappen) {
     testing::TestPartResultArray results;
     {
         testing::ScopedFakeTestPartResultReporter const reporter(&results);
@@ -235,7 +236,7 @@ TEST(GlTest_test, anAnnouncedErrorMustHappen) {
     EXPECT_EQ(results.size(), 1);
 }
 
-TEST(GlTest_test, aShaderThatDoesNotCompileIsNoGlError) {
+TEST(GlTest_test, shaderThatDoesNotCompileIsNoGlError) {
     Judged::run([](Judged&) {
         GLuint const shader = glCreateShader(GL_VERTEX_SHADER);
         char const* const text = "nonsense";
@@ -248,7 +249,7 @@ TEST(GlTest_test, aShaderThatDoesNotCompileIsNoGlError) {
     });
 }
 
-TEST_F(Gl_spy_gl_test, picturesAreWritten) {
+TEST_F(Gl_spy_drawn_test, picturesAreWritten) {
     std::string const path = savePicture("picturesAreWritten");
     EXPECT_TRUE(std::filesystem::exists(path)) << path;
 }

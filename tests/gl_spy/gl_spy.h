@@ -215,8 +215,9 @@ std::vector<unsigned char> bufferContents(unsigned int target);
 template <class Value>
 std::vector<Value> as(std::vector<unsigned char> const& bytes) {
     std::vector<Value> values(bytes.size() / sizeof(Value));
-    if (!values.empty())
+    if (!values.empty()) {
         std::memcpy(values.data(), bytes.data(), values.size() * sizeof(Value));
+    }
     return values;
 }
 

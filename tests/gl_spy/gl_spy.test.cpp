@@ -27,7 +27,7 @@ protected:
 
 // == Notes ==
 
-TEST_F(Gl_spy_test, numbersHaveTheFewestCharacters) {
+TEST_F(Gl_spy_test, numbersHaveFewestCharacters) {
     glColor4f(1, 0.5f, 0.1f, -0.0f);
     glRotated(0.1, 1e-3, 1.0 / 3, 100000);
     glVertex2i(-7, 2147483647);
@@ -47,8 +47,9 @@ TEST_F(Gl_spy_test, vectorsAreNotedByValue) {
 
 TEST_F(Gl_spy_test, matricesHaveSixteenNumbers) {
     double matrix[16];
-    for (int i = 0; i < 16; ++i)
+    for (int i = 0; i < 16; ++i) {
         matrix[i] = i + 0.5;
+    }
     glLoadMatrixd(matrix);
     EXPECT_EQ(textOfOnlyCall(),
               "glLoadMatrixd({0.5, 1.5, 2.5, 3.5, 4.5, 5.5, 6.5, 7.5, 8.5, 9.5, 10.5, 11.5, "
@@ -56,7 +57,7 @@ TEST_F(Gl_spy_test, matricesHaveSixteenNumbers) {
     EXPECT_EQ(recording.calls()[0].numbers, std::vector<double>(matrix, matrix + 16));
 }
 
-TEST_F(Gl_spy_test, enumsHaveTheNameThatTheArgumentMeans) {
+TEST_F(Gl_spy_test, enumsHaveNameThatArgumentMeans) {
     glEnable(GL_LIGHTING);
     glBegin(GL_QUADS);
     glBegin(GL_POINTS);
@@ -429,7 +430,7 @@ TEST_F(Gl_spy_test, uniformsCanBeReadBack) {
     EXPECT_EQ(std::vector<float>(read, read + 4), (std::vector<float>{1, 2, 3, -1}));
 }
 
-TEST_F(Gl_spy_test, stateIsAnsweredFromTheCalls) {
+TEST_F(Gl_spy_test, stateIsAnsweredFromCalls) {
     glViewport(0, 0, 640, 480);
     glTranslatef(1, 2, 3);
     glBindTexture(GL_TEXTURE_2D, 9);

@@ -16,9 +16,9 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class Attribute_state_gl_test : public gl_spy::GlTest {};
+class Attribute_state_drawn_test : public gl_spy::GlTest {};
 
-TEST_F(Attribute_state_gl_test, readingChangesNothing) {
+TEST_F(Attribute_state_drawn_test, readingChangesNothing) {
     glActiveTexture(GL_TEXTURE3);
     glClientActiveTexture(GL_TEXTURE2);
     AttributeState const before;
@@ -33,7 +33,7 @@ struct Change {
     void (*make)();
 };
 
-TEST_F(Attribute_state_gl_test, everyChangeIsSeenByItsName) {
+TEST_F(Attribute_state_drawn_test, everyChangeIsSeenByItsName) {
     static constexpr float VALUES[4] = {0.25F, 0.5F, 0.75F, 0.125F};
     Change const changes[] = {
         {"GL_ACTIVE_TEXTURE", [] { glActiveTexture(GL_TEXTURE1); }},
@@ -82,7 +82,7 @@ TEST_F(Attribute_state_gl_test, everyChangeIsSeenByItsName) {
     glDisableVertexAttribArray(5);
 }
 
-TEST_F(Attribute_state_gl_test, differencesSayBothValues) {
+TEST_F(Attribute_state_drawn_test, differencesSayBothValues) {
     AttributeState const before;
     glLineWidth(3);
     AttributeState const after;

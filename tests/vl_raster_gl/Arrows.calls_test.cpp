@@ -51,7 +51,7 @@ protected:
 
 // == The shaded arrow ==
 
-TEST_F(Arrows_calls_test, arrowIsAShaftAHeadAndADarkerBase) {
+TEST_F(Arrows_calls_test, arrowIsShaftHeadAndDarkerBase) {
     gl_spy::Recording recording;
     core.renderArrow3({0, 0, 0}, {3, 0, 0}, 0.5F, false);
     EXPECT_EQ(outline(recording),
@@ -60,7 +60,7 @@ TEST_F(Arrows_calls_test, arrowIsAShaftAHeadAndADarkerBase) {
     EXPECT_EQ(core.currentColor(), START_COLOR);
 }
 
-TEST_F(Arrows_calls_test, tailBoxComesAfterTheBaseInTheArrowsOwnColor) {
+TEST_F(Arrows_calls_test, tailBoxFollowsBaseInColorOfArrow) {
     gl_spy::Recording recording;
     core.renderArrow3({1, 2, 3}, {4, 2, 3}, 0.5F, true);
     EXPECT_EQ(outline(recording), joined({SHAFT,
@@ -77,7 +77,7 @@ TEST_F(Arrows_calls_test, tailBoxComesAfterTheBaseInTheArrowsOwnColor) {
                                           FILLINGS_FRONT_FIRST}));
 }
 
-TEST_F(Arrows_calls_test, arrowAsksTheVirtualSegmentTriangleAndBox) {
+TEST_F(Arrows_calls_test, arrowAsksVirtualSegmentTriangleAndBox) {
     Witness_core witness({"renderSegment3", "renderTriangle", "render(Box3)"});
     prepare(witness);
     gl_spy::Recording recording;
@@ -101,18 +101,18 @@ TEST_F(Arrows_calls_test, arrowAsksTheVirtualSegmentTriangleAndBox) {
     EXPECT_THAT(witness.requests.back().numbers, ElementsAre(0.5, 1.5, 2.5, 1.5, 2.5, 3.5, 0));
 }
 
-TEST_F(Arrows_calls_test, headHasTheGivenLengthAndAFifthOfItOnEachSide) {
+TEST_F(Arrows_calls_test, headHasGivenLengthAndFifthOfItOnEachSide) {
     expectHead({0, 0, 0}, {3, 0, 0}, 0.5F, baseAlongX(2.5, 0.1));
 }
 
-TEST_F(Arrows_calls_test, headIsAtMostAThirdOfTheArrow) {
+TEST_F(Arrows_calls_test, headIsAtMostThirdOfArrow) {
     // 0.333 of the length 3.
     expectHead({0, 0, 0}, {3, 0, 0}, 10.0F, baseAlongX(3 - 0.999, 0.1998));
     expectHead({0, 0, 0}, {3, 0, 0}, 1.0F, baseAlongX(3 - 0.999, 0.1998));
     expectHead({0, 0, 0}, {3, 0, 0}, 0.99F, baseAlongX(3 - 0.99, 0.198));
 }
 
-TEST_F(Arrows_calls_test, headOfASlantedArrowIsAPyramidAcrossIt) {
+TEST_F(Arrows_calls_test, headOfSlantedArrowIsPyramidAcrossIt) {
     // d = (2, 3, 6) / 7, a = normalized (-6, 0, 2), b = a x d.
     double const root = std::sqrt(40.0);
     Point const d{2.0 / 7, 3.0 / 7, 6.0 / 7};
@@ -136,7 +136,7 @@ TEST_F(Arrows_calls_test, verticalArrowTakesXForItsHeadFrame) {
     expectHead({0, 0, 0}, {0, -3, 0}, 0.5F, {{-w, -2.5, w}, {-w, -2.5, -w}, {w, -2.5, -w}, {w, -2.5, w}});
 }
 
-TEST_F(Arrows_calls_test, arrowOfNoLengthWithAHeadDrawsNothing) {
+TEST_F(Arrows_calls_test, arrowOfNoLengthWithHeadDrawsNothing) {
     EXPECT_THAT(calls([](Core_RL& layer) {
                     layer.renderArrow3({1, 2, 3}, {1, 2, 3}, 1.0F, true);
                 }),
@@ -153,7 +153,7 @@ TEST_F(Arrows_calls_test, arrowMuchShorterThanItsHeadDrawsNothing) {
                  }).empty());
 }
 
-TEST_F(Arrows_calls_test, arrowOfNoLengthAndHeadSizeZeroIsAShaftOfNoLengthAndADegenerateHead) {
+TEST_F(Arrows_calls_test, arrowOfNoLengthAndHeadSizeZeroIsShaftOfNoLengthAndDegenerateHead) {
     gl_spy::Recording recording;
     core.renderArrow3({1, 2, 3}, {1, 2, 3}, 0.0F, false);
     EXPECT_EQ(outline(recording),
@@ -164,7 +164,7 @@ TEST_F(Arrows_calls_test, arrowOfNoLengthAndHeadSizeZeroIsAShaftOfNoLengthAndADe
     expectNear(primitives.at(1).vertices.at(0).position, {1, 2, 3}, 0, "tip");
 }
 
-TEST_F(Arrows_calls_test, baseTakesThreeQuartersOfTheStacksTopColor) {
+TEST_F(Arrows_calls_test, baseHasThreeQuartersOfTopColor) {
     // The color that GL has is not asked for: another drawing may have changed it.
     core.pushColor({1, 0.5F, 0.25F, 0.25F});
     gl_spy::Recording recording;
@@ -176,7 +176,7 @@ TEST_F(Arrows_calls_test, baseTakesThreeQuartersOfTheStacksTopColor) {
     EXPECT_EQ(recording.count("glGetFloatv"), 0U);
 }
 
-TEST_F(Arrows_calls_test, baseOfASingleArrowIsDeliberatelyDarkerThanThatOfAnArrowFromBuffers) {
+TEST_F(Arrows_calls_test, deliberatelyBaseOfSingleArrowIsDarkerThanThatOfArrowFromBuffers) {
     core.pushColor({1, 1, 1, 1});
     gl_spy::Recording recording;
     core.renderArrow3({0, 0, 0}, {3, 0, 0}, 0.5F, false);
@@ -238,12 +238,13 @@ TEST_F(Arrows_calls_test, buffersAreDrawnAsTrianglesQuadsAndLinesFromClientArray
 TEST_F(Arrows_calls_test, emptyBuffersDrawNothing) {
     gl_spy::Recording recording;
     core.renderArrow3_usingBuffers({}, {}, {}, {}, {});
-    for (gl_spy::Call const& draw : recording.named("glDrawElements"))
+    for (gl_spy::Call const& draw : recording.named("glDrawElements")) {
         EXPECT_EQ(draw.numbers.at(0), 0);
+    }
     EXPECT_EQ(recording.count("glEnableClientState"), recording.count("glDisableClientState"));
 }
 
-TEST_F(Arrows_calls_test, buffersAreDrawnByTheGlobalLayerWhileTheAskedOneSetsTheFilling) {
+TEST_F(Arrows_calls_test, buffersAreDrawnByGlobalLayerWhileAskedOneSetsFilling) {
     std::set<std::string> const replaced{"setFillingFront", "setFillingBack",     "enableClientState",
                                          "vertexPointer",   "disableClientState", "colorPointer",
                                          "drawElements"};
@@ -252,13 +253,15 @@ TEST_F(Arrows_calls_test, buffersAreDrawnByTheGlobalLayerWhileTheAskedOneSetsThe
     ASSERT_EQ(VL_Raster, &global) << "the layer constructed last";
     asked.renderArrow3_usingBuffers({{1, 2, 3}}, {0, 0, 0}, {0, 0}, {0, 0, 0, 0}, {{1, 1, 1, 1}});
     Texts ofAsked;
-    for (Witness_core::Request const& request : asked.requests)
+    for (Witness_core::Request const& request : asked.requests) {
         ofAsked.push_back(request.operation);
+    }
     ASSERT_THAT(ofAsked,
                 ElementsAre("setFillingFront", "setFillingBack", "setFillingBack", "setFillingFront"));
     Texts ofGlobal;
-    for (Witness_core::Request const& request : global.requests)
+    for (Witness_core::Request const& request : global.requests) {
         ofGlobal.push_back(request.operation);
+    }
     EXPECT_THAT(ofGlobal, ElementsAre("enableClientState", "enableClientState", "vertexPointer",
                                       "colorPointer", "drawElements", "drawElements", "drawElements",
                                       "disableClientState", "disableClientState"));
@@ -266,7 +269,7 @@ TEST_F(Arrows_calls_test, buffersAreDrawnByTheGlobalLayerWhileTheAskedOneSetsThe
 
 // == The unit arrow ==
 
-TEST_F(Arrows_calls_test, unitArrowIsASquareAndFiveLinesAlongMinusY) {
+TEST_F(Arrows_calls_test, unitArrowIsSquareAndFiveLinesAlongMinusY) {
     gl_spy::Recording recording;
     core.renderUnitArrow3();
     EXPECT_EQ(outline(recording),
@@ -284,7 +287,7 @@ TEST_F(Arrows_calls_test, unitArrowIsASquareAndFiveLinesAlongMinusY) {
 
 // == The flat arrow ==
 
-TEST_F(Arrows_calls_test, flatArrowIsAShaftAndTwoBarbs) {
+TEST_F(Arrows_calls_test, flatArrowIsShaftAndTwoBarbs) {
     gl_spy::Recording recording;
     core.renderArrow2({1, 2}, {4, 6}, 0.25F);
     EXPECT_EQ(outline(recording), joined({SHAFT, SHAFT, SHAFT}));
@@ -300,7 +303,7 @@ TEST_F(Arrows_calls_test, flatArrowIsAShaftAndTwoBarbs) {
     expectPoints(sent(lines[2]), {p2, {4, 6, 0}}, NEAR);
 }
 
-TEST_F(Arrows_calls_test, barbsOfTheFlatArrowLeanBackByOneHalf) {
+TEST_F(Arrows_calls_test, barbsOfFlatArrowLeanBackByOneHalf) {
     gl_spy::Recording recording;
     core.renderArrow2({0, 0}, {2, 0}, 0.5F);
     std::vector<gl_spy::Primitive> const lines = recording.primitives();

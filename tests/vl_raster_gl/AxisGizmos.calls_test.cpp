@@ -24,16 +24,18 @@ std::array<Texts, 3> const ROTATIONS{{{"glRotatef(90, 0, 1, 0)"}, {"glRotatef(-9
 
 std::string translation(std::size_t axis, std::string const& amount) {
     std::string text = "glTranslatef(";
-    for (std::size_t k = 0; k < 3; ++k)
+    for (std::size_t k = 0; k < 3; ++k) {
         text += (k == 0 ? "" : ", ") + (k == axis ? amount : std::string("0"));
+    }
     return text + ")";
 }
 
 /// The outline with the arguments of GLU's calls left out; they are compared as numbers.
 Texts withoutGluArguments(Texts texts) {
     for (std::string& text : texts) {
-        if (text.compare(0, 3, "glu") == 0)
+        if (text.compare(0, 3, "glu") == 0) {
             text.erase(text.find('('));
+        }
     }
     return texts;
 }
@@ -64,8 +66,9 @@ Texts boxCalls(std::size_t axis, unsigned int name, std::string const& amount) {
 
 Texts circleCalls(std::size_t axis, Texts const& loadName) {
     Texts const circle{"glBegin(GL_LINE_LOOP)", "glEnd()"};
-    if (axis == 2)
+    if (axis == 2) {
         return joined({loadName, circle});
+    }
     return joined({loadName, {"glPushMatrix()"}, ROTATIONS[axis], circle, {"glPopMatrix()"}});
 }
 
@@ -95,7 +98,7 @@ protected:
 
 // == Arrow handles ==
 
-TEST_F(AxisGizmos_calls_test, arrowHandleIsAConeAndASegment) {
+TEST_F(AxisGizmos_calls_test, arrowHandleIsConeAndSegment) {
     for (std::size_t axis = 0; axis < 3; ++axis) {
         SCOPED_TRACE(axis);
         gl_spy::Recording recording;
@@ -124,7 +127,7 @@ TEST_F(AxisGizmos_calls_test, arrowHandleWithoutPickingLoadsNoName) {
     }
 }
 
-TEST_F(AxisGizmos_calls_test, axisThreeGivesNoArrowButStillLoadsTheName) {
+TEST_F(AxisGizmos_calls_test, axisThreeGivesNoArrowButStillLoadsName) {
     for (unsigned int const axis : {3U, 4U, 0xFFFFFFFFU}) {
         gl_spy::Recording recording;
         core.renderAxisArrow3(VL_AXIS(axis), 9U, 0.3F);
@@ -147,7 +150,7 @@ TEST_F(AxisGizmos_calls_test, axisThreeGivesNoArrowButStillLoadsTheName) {
     EXPECT_EQ(recording.count("glPushMatrix"), 0U);
 }
 
-TEST_F(AxisGizmos_calls_test, stippledArrowIsTheVirtualArrowBetweenStippleOnAndOff) {
+TEST_F(AxisGizmos_calls_test, stippledArrowIsVirtualArrowBetweenStippleOnAndOff) {
     Witness_core witness({"renderAxisArrow3"});
     prepare(witness);
     gl_spy::Recording recording;
@@ -170,7 +173,7 @@ TEST_F(AxisGizmos_calls_test, stippledArrowWithoutPickingLoadsNoName) {
 
 // == Box handles ==
 
-TEST_F(AxisGizmos_calls_test, boxHandleIsACubeThatEndsAtOneAndASegment) {
+TEST_F(AxisGizmos_calls_test, boxHandleIsSegmentAndCubeThatEndsAtOne) {
     for (std::size_t axis = 0; axis < 3; ++axis) {
         SCOPED_TRACE(axis);
         gl_spy::Recording recording;
@@ -191,7 +194,7 @@ TEST_F(AxisGizmos_calls_test, boxHandleIsACubeThatEndsAtOneAndASegment) {
     }
 }
 
-TEST_F(AxisGizmos_calls_test, boxHandleOfSizeOneHalfIsACubeOfEdgeOneAroundOneHalf) {
+TEST_F(AxisGizmos_calls_test, boxHandleOfSizeOneHalfIsCubeOfEdgeOneAroundOneHalf) {
     gl_spy::Recording recording;
     core.renderAxisBox3(VL_AXIS_X, 0U, 0.5F);
     auto const [low, high] = extent(recording.primitives().at(0));
@@ -199,7 +202,7 @@ TEST_F(AxisGizmos_calls_test, boxHandleOfSizeOneHalfIsACubeOfEdgeOneAroundOneHal
     expectNear(high, {1, 0.5, 0.5}, 1e-6, "upper corner");
 }
 
-TEST_F(AxisGizmos_calls_test, axisThreeIsTheCenterBoxWithoutASegment) {
+TEST_F(AxisGizmos_calls_test, axisThreeIsCenterBoxWithoutSegment) {
     gl_spy::Recording recording;
     core.renderAxisBox3(VL_AXIS(3), 31U, 0.25F);
     gl_spy::Primitive const cube = onlyPrimitive(recording);
@@ -214,13 +217,13 @@ TEST_F(AxisGizmos_calls_test, axisThreeIsTheCenterBoxWithoutASegment) {
     EXPECT_EQ(Texts(calls.end() - 2, calls.end()), FILLINGS_BACK_FIRST);
 }
 
-TEST_F(AxisGizmos_calls_test, axisBeyondTheCenterGivesNoBox) {
+TEST_F(AxisGizmos_calls_test, axisBeyondCenterGivesNoBox) {
     gl_spy::Recording recording;
     core.renderAxisBox3(VL_AXIS(4), 32U, 0.25F);
     EXPECT_EQ(outline(recording), joined({PUSHED_FILLINGS, named(32), FILLINGS_BACK_FIRST}));
 }
 
-TEST_F(AxisGizmos_calls_test, boxHandleAsksForTheFilledVirtualBox) {
+TEST_F(AxisGizmos_calls_test, boxHandleAsksForFilledVirtualBox) {
     for (unsigned int axis = 0; axis < 4; ++axis) {
         Witness_core witness({"render(Box3)"});
         gl_spy::Recording recording;
@@ -232,7 +235,7 @@ TEST_F(AxisGizmos_calls_test, boxHandleAsksForTheFilledVirtualBox) {
     }
 }
 
-TEST_F(AxisGizmos_calls_test, boxHandleWithoutANameTakesTheAxisAsName) {
+TEST_F(AxisGizmos_calls_test, boxHandleWithoutNameTakesAxisAsName) {
     for (unsigned int axis = 0; axis < 5; ++axis) {
         Texts const byAxis = calls([axis](Core_RL& layer) { layer.renderAxisBox3(VL_AXIS(axis), 0.25F); });
         EXPECT_EQ(byAxis,
@@ -266,7 +269,7 @@ TEST_F(AxisGizmos_calls_test, circleHandleWithoutPickingLoadsNoName) {
     }
 }
 
-TEST_F(AxisGizmos_calls_test, circleHandleWithoutANameTakesTheAxisAsName) {
+TEST_F(AxisGizmos_calls_test, circleHandleWithoutNameTakesAxisAsName) {
     for (std::size_t axis = 0; axis < 3; ++axis) {
         gl_spy::Recording recording;
         core.renderAxisCircle3(VL_AXIS(axis), 2.0F);
@@ -287,7 +290,7 @@ TEST_F(AxisGizmos_calls_test, axisThreeGivesNoCircle) {
     }
 }
 
-TEST_F(AxisGizmos_calls_test, circleHandlesAskTheVirtualCircle) {
+TEST_F(AxisGizmos_calls_test, circleHandlesAskVirtualCircle) {
     for (unsigned int axis = 0; axis < 3; ++axis) {
         Witness_core witness({"renderCircle3"});
         gl_spy::Recording recording;
@@ -301,7 +304,7 @@ TEST_F(AxisGizmos_calls_test, circleHandlesAskTheVirtualCircle) {
     }
 }
 
-TEST_F(AxisGizmos_calls_test, stippledCircleHasTheAxisAsName) {
+TEST_F(AxisGizmos_calls_test, stippledCircleHasAxisAsName) {
     for (std::size_t axis = 0; axis < 3; ++axis) {
         gl_spy::Recording recording;
         core.renderAxisCircleStipple3(VL_AXIS(axis), 2.0F);
@@ -312,12 +315,13 @@ TEST_F(AxisGizmos_calls_test, stippledCircleHasTheAxisAsName) {
 
 // == Sets ==
 
-TEST_F(AxisGizmos_calls_test, arrowSetPushesAColorForEachHandleAndPopsAllAtOnce) {
+TEST_F(AxisGizmos_calls_test, arrowSetPushesColorForEachHandleAndPopsAllAtOnce) {
     gl_spy::Recording recording;
     core.renderAxesArrow3(70, 71, 72, COLORS, 0.3F);
     Texts expected;
-    for (std::size_t axis = 0; axis < 3; ++axis)
+    for (std::size_t axis = 0; axis < 3; ++axis) {
         expected = joined({expected, {COLOR_TEXTS[axis]}, arrowCalls(axis, named(70 + unsigned(axis)))});
+    }
     EXPECT_EQ(withoutGluArguments(outline(recording)), joined({expected, START_COLOR_AGAIN}));
     EXPECT_EQ(core.currentColor(), START_COLOR);
 }
@@ -325,10 +329,11 @@ TEST_F(AxisGizmos_calls_test, arrowSetPushesAColorForEachHandleAndPopsAllAtOnce)
 TEST_F(AxisGizmos_calls_test, stippledArrowSetsWithAndWithoutPicking) {
     for (bool const picks : {true, false}) {
         gl_spy::Recording recording;
-        if (picks)
+        if (picks) {
             core.renderAxesArrowStipple3(70, 71, 72, COLORS, 0.3F);
-        else
+        } else {
             core.renderAxesArrowStipple3(COLORS, 0.3F);
+        }
         Texts expected;
         for (std::size_t axis = 0; axis < 3; ++axis) {
             Texts const name = picks ? named(70 + unsigned(axis)) : Texts{};
@@ -344,16 +349,18 @@ TEST_F(AxisGizmos_calls_test, boxSetOfThree) {
     gl_spy::Recording recording;
     core.renderAxesBox3(70, 71, 72, COLORS, 0.25F);
     Texts expected;
-    for (std::size_t axis = 0; axis < 3; ++axis)
+    for (std::size_t axis = 0; axis < 3; ++axis) {
         expected = joined({expected, {COLOR_TEXTS[axis]}, boxCalls(axis, 70 + unsigned(axis), "0.75")});
+    }
     EXPECT_EQ(outline(recording), joined({expected, START_COLOR_AGAIN}));
     EXPECT_EQ(core.currentColor(), START_COLOR);
 }
 
-TEST_F(AxisGizmos_calls_test, boxSetOfFourEndsWithTheCenter) {
+TEST_F(AxisGizmos_calls_test, boxSetOfFourEndsWithCenter) {
     Texts expected;
-    for (std::size_t axis = 0; axis < 3; ++axis)
+    for (std::size_t axis = 0; axis < 3; ++axis) {
         expected = joined({expected, {COLOR_TEXTS[axis]}, boxCalls(axis, 70 + unsigned(axis), "0.75")});
+    }
     gl_spy::Recording center;
     core.renderAxisBox3(VL_AXIS(3), 73U, 0.25F);
     expected = joined({expected, {COLOR_TEXTS[3]}, outline(center), START_COLOR_AGAIN});
@@ -368,13 +375,14 @@ TEST_F(AxisGizmos_calls_test, circleSet) {
     gl_spy::Recording recording;
     core.renderAxesCircle3(70, 71, 72, COLORS, 2.0F);
     Texts expected;
-    for (std::size_t axis = 0; axis < 3; ++axis)
+    for (std::size_t axis = 0; axis < 3; ++axis) {
         expected = joined({expected, {COLOR_TEXTS[axis]}, circleCalls(axis, named(70 + unsigned(axis)))});
+    }
     EXPECT_EQ(outline(recording), joined({expected, START_COLOR_AGAIN}));
     EXPECT_EQ(core.currentColor(), START_COLOR);
 }
 
-TEST_F(AxisGizmos_calls_test, stippledCircleSetDeliberatelyUsesTheNamesAsAxes) {
+TEST_F(AxisGizmos_calls_test, deliberatelyStippledCircleSetUsesNamesAsAxes) {
     gl_spy::Recording recording;
     core.renderAxesCircleStipple3(2, 0, 1, COLORS, 2.0F);
     Texts expected;
@@ -390,22 +398,24 @@ TEST_F(AxisGizmos_calls_test, stippledCircleSetDeliberatelyUsesTheNamesAsAxes) {
     EXPECT_EQ(core.currentColor(), START_COLOR);
 }
 
-TEST_F(AxisGizmos_calls_test, stippledCircleSetWithOtherNamesDeliberatelyDrawsNoCircle) {
+TEST_F(AxisGizmos_calls_test, deliberatelyStippledCircleSetWithOtherNamesDrawsNoCircle) {
     gl_spy::Recording recording;
     core.renderAxesCircleStipple3(10, 11, 12, COLORS, 2.0F);
     EXPECT_THAT(recording.primitives(), IsEmpty());
     Texts expected;
-    for (unsigned int i = 0; i < 3; ++i)
+    for (unsigned int i = 0; i < 3; ++i) {
         expected = joined({expected, {COLOR_TEXTS[i]}, STIPPLE_ON, named(10 + i), STIPPLE_OFF});
+    }
     EXPECT_EQ(outline(recording), joined({expected, START_COLOR_AGAIN}));
 }
 
-TEST_F(AxisGizmos_calls_test, planeSetIsThreeSquaresAtTheOrigin) {
+TEST_F(AxisGizmos_calls_test, planeSetIsThreeSquaresAtOrigin) {
     gl_spy::Recording recording;
     core.renderAxesPlane3(80, 81, 82, COLORS, 0.5F);
     Texts expected;
-    for (unsigned int i = 0; i < 3; ++i)
+    for (unsigned int i = 0; i < 3; ++i) {
         expected = joined({expected, {COLOR_TEXTS[i]}, named(80 + i), {"glBegin(GL_QUADS)", "glEnd()"}});
+    }
     Texts calls = outline(recording);
     EXPECT_EQ(calls, joined({expected, START_COLOR_AGAIN}));
     std::vector<gl_spy::Primitive> const squares = recording.primitives();
@@ -417,7 +427,7 @@ TEST_F(AxisGizmos_calls_test, planeSetIsThreeSquaresAtTheOrigin) {
     EXPECT_EQ(core.currentColor(), START_COLOR);
 }
 
-TEST_F(AxisGizmos_calls_test, setsAddOneEntryForEachHandleToTheColorStackAndTakeThemBack) {
+TEST_F(AxisGizmos_calls_test, setsAddOneEntryForEachHandleToColorStackAndTakeThemBack) {
     // A second layer of colors below shows a pop of too many or too few.
     core.pushColor({0.125F, 0.125F, 0.125F, 1});
     core.pushColor(START_COLOR);

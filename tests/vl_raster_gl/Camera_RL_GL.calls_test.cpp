@@ -34,7 +34,7 @@ TEST_F(Camera_RL_GL_calls_test, constructionAndDestructionMakeNoGlCall) {
 
 // == Model-view matrix ==
 
-TEST_F(Camera_RL_GL_calls_test, thePerspectiveViewLooksFromTheEyeAlongTheDirection) {
+TEST_F(Camera_RL_GL_calls_test, perspectiveViewLooksFromEyeAlongDirection) {
     *camera.transform.matrix() = {
         {0.5F, 0.25F, -1, 100, 0, 2, 0.125F, 101, 102, 103, 104, 105, 8, -3, 7, 106}};
     camera.updateModelMatrix();
@@ -42,7 +42,7 @@ TEST_F(Camera_RL_GL_calls_test, thePerspectiveViewLooksFromTheEyeAlongTheDirecti
                                         "gluLookAt(8, -3, 7, 8.5, -2.75, 6, 0, 2, 0.125)"}));
 }
 
-TEST_F(Camera_RL_GL_calls_test, floatsAreWidenedForTheLookAt) {
+TEST_F(Camera_RL_GL_calls_test, floatsAreWidenedForLookAt) {
     *camera.transform.matrix() = {{0, 0, 0, 0, 0.1F, 0.2F, 0.3F, 0, 0, 0, 0, 0, 0.4F, 0.6F, 0.7F, 0}};
     camera.updateModelMatrix();
     ASSERT_EQ(recording.count("gluLookAt"), 1U);
@@ -78,12 +78,12 @@ INSTANTIATE_TEST_SUITE_P(
                     ViewKind{7, ""}, ViewKind{8, ""}, ViewKind{0xFFFFFFFFU, ""}),
     [](testing::TestParamInfo<ViewKind> const& row) { return "kind" + std::to_string(row.param.kind); });
 
-TEST_P(Camera_RL_GL_orthographic_calls_test, theModelViewMatrixStaysTheIdentity) {
+TEST_P(Camera_RL_GL_orthographic_calls_test, modelViewMatrixStaysIdentity) {
     camera.updateModelMatrix();
     EXPECT_EQ(recording.texts(), (Texts{"glMatrixMode(GL_MODELVIEW)", "glLoadIdentity()"}));
 }
 
-TEST_P(Camera_RL_GL_orthographic_calls_test, theProjectionIsABoxTurnedToTheView) {
+TEST_P(Camera_RL_GL_orthographic_calls_test, projectionIsBoxTurnedToView) {
     camera.aspect = 2;
     camera.updateProjectionMatrix();
     Texts expected{"glMatrixMode(GL_PROJECTION)", "glLoadIdentity()",
@@ -95,7 +95,7 @@ TEST_P(Camera_RL_GL_orthographic_calls_test, theProjectionIsABoxTurnedToTheView)
     EXPECT_EQ(recording.texts(), expected);
 }
 
-TEST_P(Camera_RL_GL_orthographic_calls_test, withZBiasTheProjectionIsDeliberatelyTheIdentity) {
+TEST_P(Camera_RL_GL_orthographic_calls_test, deliberatelyWithZBiasProjectionIsIdentity) {
     camera.updateProjectionMatrixZBias();
     EXPECT_EQ(recording.texts(),
               (Texts{"glMatrixMode(GL_PROJECTION)", "glLoadIdentity()", "glMatrixMode(GL_MODELVIEW)"}));
@@ -103,7 +103,7 @@ TEST_P(Camera_RL_GL_orthographic_calls_test, withZBiasTheProjectionIsDeliberatel
 
 // == Projection ==
 
-TEST_F(Camera_RL_GL_calls_test, thePerspectiveProjectionTakesItsFourParameters) {
+TEST_F(Camera_RL_GL_calls_test, perspectiveProjectionTakesItsFourParameters) {
     camera.aspect = 1.5F;
     camera.fieldOfView = 60;
     camera.nearDistance = 0.25F;
@@ -116,7 +116,7 @@ TEST_F(Camera_RL_GL_calls_test, thePerspectiveProjectionTakesItsFourParameters) 
                                         "gluPerspective(60, 1.5, 0.25, 512)", "glMatrixMode(GL_MODELVIEW)"}));
 }
 
-TEST_F(Camera_RL_GL_calls_test, withZBiasTheNearPlaneMovesOutByAThousandth) {
+TEST_F(Camera_RL_GL_calls_test, withZBiasNearPlaneMovesOutByOneThousandth) {
     camera.aspect = 1.5F;
     camera.fieldOfView = 60;
     camera.nearDistance = 0.1F;
@@ -132,7 +132,7 @@ TEST_F(Camera_RL_GL_calls_test, withZBiasTheNearPlaneMovesOutByAThousandth) {
               (std::vector<double>{60, 1.5, static_cast<double>(0.1F) * 1.001, 512}));
 }
 
-TEST_F(Camera_RL_GL_calls_test, zoomZeroGivesABoxOfHalfWidthOne) {
+TEST_F(Camera_RL_GL_calls_test, zoomZeroGivesBoxOfHalfWidthOne) {
     camera.viewKind = 1;
     camera.zoom = 0;
     camera.aspect = 2;
@@ -141,7 +141,7 @@ TEST_F(Camera_RL_GL_calls_test, zoomZeroGivesABoxOfHalfWidthOne) {
     EXPECT_EQ(recording.named("glOrtho")[0].text(), "glOrtho(-1, 1, -0.5, 0.5, -1000, 1000)");
 }
 
-TEST_F(Camera_RL_GL_calls_test, viewKindSevenGivesTheBoxWithoutARotation) {
+TEST_F(Camera_RL_GL_calls_test, viewKindSevenGivesBoxWithoutRotation) {
     camera.viewKind = 7;
     camera.updateProjectionMatrix();
     EXPECT_EQ(recording.count("glOrtho"), 1U);
@@ -174,7 +174,7 @@ INSTANTIATE_TEST_SUITE_P(, Camera_RL_GL_box_calls_test,
                                          OrthographicBox{"tall", 0.4F, 1.5F, 2.5F, 0.6F}),
                          [](testing::TestParamInfo<OrthographicBox> const& row) { return row.param.name; });
 
-TEST_P(Camera_RL_GL_box_calls_test, theBoxFollowsZoomPanAndAspect) {
+TEST_P(Camera_RL_GL_box_calls_test, boxFollowsZoomPanAndAspect) {
     OrthographicBox const& row = GetParam();
     camera.viewKind = 1;
     camera.aspect = row.aspect;
@@ -201,7 +201,7 @@ TEST_P(Camera_RL_GL_box_calls_test, theBoxFollowsZoomPanAndAspect) {
     EXPECT_EQ(numbers[5], 1000) << "far";
 }
 
-TEST_F(Camera_RL_GL_calls_test, theZoomIsRaisedInDouble) {
+TEST_F(Camera_RL_GL_calls_test, zoomIsRaisedInDouble) {
     camera.viewKind = 1;
     camera.zoom = 1;
     camera.updateProjectionMatrix();

@@ -66,7 +66,7 @@ Expected turned(double const& degrees, std::size_t const& axis) {
     return m;
 }
 
-class Camera_RL_GL_gl_test : public gl_spy::GlTest {
+class Camera_RL_GL_drawn_test : public gl_spy::GlTest {
 protected:
     void expectMatrix(GLenum const& name, Expected const& expected) {
         std::array<double, 16> actual{};
@@ -104,7 +104,7 @@ protected:
     Camera_RL_GL camera;
 };
 
-TEST_F(Camera_RL_GL_gl_test, thePerspectiveViewPlacesTheWorldBeforeTheEye) {
+TEST_F(Camera_RL_GL_drawn_test, perspectiveViewPlacesWorldBeforeEye) {
     // Direction (2, -1, 2) / 3 and an up vector that is not perpendicular to it.
     *camera.transform.matrix() = {{2 / 3.0F, -1 / 3.0F, 2 / 3.0F, 0, 0, 1, 0, 0, 9, 9, 9, 9, 4, 5, -6, 1}};
     disturb();
@@ -131,7 +131,7 @@ TEST_F(Camera_RL_GL_gl_test, thePerspectiveViewPlacesTheWorldBeforeTheEye) {
     expectModelViewSelected();
 }
 
-TEST_F(Camera_RL_GL_gl_test, thePerspectiveProjectionIsThatOfItsParameters) {
+TEST_F(Camera_RL_GL_drawn_test, perspectiveProjectionIsThatOfItsParameters) {
     camera.aspect = 1.6F;
     camera.fieldOfView = 50;
     camera.nearDistance = 0.5F;
@@ -142,7 +142,7 @@ TEST_F(Camera_RL_GL_gl_test, thePerspectiveProjectionIsThatOfItsParameters) {
     expectModelViewSelected();
 }
 
-TEST_F(Camera_RL_GL_gl_test, withZBiasTheNearPlaneMovesOut) {
+TEST_F(Camera_RL_GL_drawn_test, withZBiasNearPlaneMovesOut) {
     camera.aspect = 1.6F;
     camera.fieldOfView = 50;
     camera.nearDistance = 0.5F;
@@ -164,21 +164,22 @@ void PrintTo(View const& view, std::ostream* out) {
     *out << "view kind " << view.kind;
 }
 
-class Camera_RL_GL_view_gl_test : public Camera_RL_GL_gl_test, public testing::WithParamInterface<View> {
+class Camera_RL_GL_view_drawn_test : public Camera_RL_GL_drawn_test,
+                                     public testing::WithParamInterface<View> {
 protected:
-    Camera_RL_GL_view_gl_test() { camera.viewKind = GetParam().kind; }
+    Camera_RL_GL_view_drawn_test() { camera.viewKind = GetParam().kind; }
 
     Expected rotation() const { return turned(GetParam().degrees, GetParam().axis); }
 };
 
-INSTANTIATE_TEST_SUITE_P(, Camera_RL_GL_view_gl_test,
+INSTANTIATE_TEST_SUITE_P(, Camera_RL_GL_view_drawn_test,
                          testing::Values(View{1, 0, 0}, View{2, 180, 1}, View{3, 90, 0}, View{4, -90, 0},
                                          View{5, 90, 1}, View{6, -90, 1}, View{7, 0, 0}, View{8, 0, 0}),
                          [](testing::TestParamInfo<View> const& row) {
                              return "kind" + std::to_string(row.param.kind);
                          });
 
-TEST_P(Camera_RL_GL_view_gl_test, theModelViewMatrixIsTheIdentity) {
+TEST_P(Camera_RL_GL_view_drawn_test, modelViewMatrixIsIdentity) {
     *camera.transform.matrix() = {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 7, 8, 9, 1}};
     disturb();
     camera.updateModelMatrix();
@@ -186,7 +187,7 @@ TEST_P(Camera_RL_GL_view_gl_test, theModelViewMatrixIsTheIdentity) {
     expectModelViewSelected();
 }
 
-TEST_P(Camera_RL_GL_view_gl_test, zoomZeroShowsTwoUnitsAcross) {
+TEST_P(Camera_RL_GL_view_drawn_test, zoomZeroShowsTwoUnitsAcross) {
     camera.aspect = 2;
     disturb();
     camera.updateProjectionMatrix();
@@ -194,7 +195,7 @@ TEST_P(Camera_RL_GL_view_gl_test, zoomZeroShowsTwoUnitsAcross) {
     expectModelViewSelected();
 }
 
-TEST_P(Camera_RL_GL_view_gl_test, zoomAndPanMoveTheBoxBeforeItTurns) {
+TEST_P(Camera_RL_GL_view_drawn_test, zoomAndPanMoveBoxBeforeItTurns) {
     camera.aspect = 0.75F;
     camera.zoom = 1.25F;
     camera.panX = 0.5F;
@@ -205,7 +206,7 @@ TEST_P(Camera_RL_GL_view_gl_test, zoomAndPanMoveTheBoxBeforeItTurns) {
     expectModelViewSelected();
 }
 
-TEST_P(Camera_RL_GL_view_gl_test, withZBiasTheProjectionIsDeliberatelyTheIdentity) {
+TEST_P(Camera_RL_GL_view_drawn_test, deliberatelyWithZBiasProjectionIsIdentity) {
     disturb();
     camera.updateProjectionMatrixZBias();
     expectMatrix(GL_PROJECTION_MATRIX, Expected());
@@ -214,7 +215,7 @@ TEST_P(Camera_RL_GL_view_gl_test, withZBiasTheProjectionIsDeliberatelyTheIdentit
 
 // == On the picture ==
 
-TEST_F(Camera_RL_GL_gl_test, whatTheEyeLooksAtIsInTheMiddleAndUpIsUp) {
+TEST_F(Camera_RL_GL_drawn_test, targetIsInMiddleAndUpIsUp) {
     camera.lookAt({5, 5, 5}, {1, 2, 3}, {0, 1, 0});
     camera.updateProjectionMatrix();
     camera.updateModelMatrix();
@@ -234,7 +235,7 @@ TEST_F(Camera_RL_GL_gl_test, whatTheEyeLooksAtIsInTheMiddleAndUpIsUp) {
     EXPECT_TRUE(isAbove) << savePicture("camera_target");
 }
 
-TEST_F(Camera_RL_GL_gl_test, theZBiasOfTheRenderLayerLoadsTheCamerasProjections) {
+TEST_F(Camera_RL_GL_drawn_test, zBiasOfRenderLayerLoadsProjectionsOfCamera) {
     Core_RL_GL layer;
     camera.nearDistance = 0.5F;
     camera.farDistance = 200;

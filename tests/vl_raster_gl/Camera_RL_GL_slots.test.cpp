@@ -28,7 +28,7 @@ TEST(Camera_RL_GL_slots_test, everyOperationStandsInItsSlot) {
     expectCameraSlots<Camera_RL_GL>();
 }
 
-TEST(Camera_RL_GL_slots_test, theFirstTwoSlotsAreTheDestructors) {
+TEST(Camera_RL_GL_slots_test, firstTwoSlotsAreDestructors) {
     // By address: the complete destructor also goes by the name of the one for base classes.
     Camera_RL_GL const camera;
     void* const complete = dlsym(RTLD_DEFAULT, "_ZN6vellum12Camera_RL_GLD1Ev");
@@ -39,7 +39,7 @@ TEST(Camera_RL_GL_slots_test, theFirstTwoSlotsAreTheDestructors) {
     EXPECT_EQ(member_slots::tableOf(&camera)[1], deleting);
 }
 
-TEST(Camera_RL_GL_slots_test, theThirdOperationOfTheTransformGivesTheMatrix) {
+TEST(Camera_RL_GL_slots_test, thirdOperationOfTransformGivesMatrix) {
     EXPECT_EQ((slotOf<Camera_Transform, Matrix4<float>*()>(&Camera_Transform::matrix)), 2U);
     Camera_RL_GL camera;
     EXPECT_NE(camera.transform.matrix(), nullptr);

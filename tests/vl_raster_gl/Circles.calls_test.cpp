@@ -72,12 +72,15 @@ bool isFront(double dot) {
 Matrix4<float> orientation(unsigned int axis, float scale) {
     constexpr float C = -4.371139e-08F;
     Matrix4<float> m = IDENTITY;
-    if (axis == 0)
+    if (axis == 0) {
         m = {{C, 0, -1, 0, 0, 1, 0, 0, 1, 0, C, 0, 0, 0, 0, 1}};
-    if (axis == 1)
+    }
+    if (axis == 1) {
         m = {{1, 0, 0, 0, 0, C, -1, 0, 0, 1, C, 0, 0, 0, 0, 1}};
-    for (int i = 0; i < 12; ++i)
+    }
+    for (int i = 0; i < 12; ++i) {
         m.e[i] *= scale;
+    }
     return m;
 }
 
@@ -85,8 +88,9 @@ std::vector<double> multiplied(Matrix4<float> const& a, Matrix4<float> const& b)
     std::vector<double> product(16);
     for (std::size_t column = 0; column < 4; ++column) {
         for (std::size_t row = 0; row < 4; ++row) {
-            for (std::size_t k = 0; k < 4; ++k)
+            for (std::size_t k = 0; k < 4; ++k) {
                 product[4 * column + row] += double(a.e[4 * k + row]) * double(b.e[4 * column + k]);
+            }
         }
     }
     return product;
@@ -98,7 +102,7 @@ class Circles_calls_test : public Drawing_calls_test {};
 
 // == Camera-facing circle ==
 
-TEST_F(Circles_calls_test, cameraFacingCircleReplacesTheUpperLeftBlockByTheIdentity) {
+TEST_F(Circles_calls_test, cameraFacingCircleReplacesUpperLeftBlockByIdentity) {
     // Every element that is kept has a value of its own.
     Matrix4<float> const view{{1, 0, 0, 0.5F, 0, 1, 0, 0.25F, 0, 0, 1, 0.125F, 100, 200, 300, 2}};
     core.setTransform(view);
@@ -117,32 +121,35 @@ TEST_F(Circles_calls_test, cameraFacingCircleReplacesTheUpperLeftBlockByTheIdent
 
     std::vector<double> expected = multiplied(view, FRAME);
     for (std::size_t column = 0; column < 3; ++column) {
-        for (std::size_t row = 0; row < 3; ++row)
+        for (std::size_t row = 0; row < 3; ++row) {
             expected[4 * column + row] = row == column ? 1 : 0;
+        }
     }
     ASSERT_NE(expected[3], 0);
     std::vector<double> const loaded = recording.named("glLoadMatrixf").at(0).numbers;
     ASSERT_EQ(loaded.size(), 16U);
-    for (std::size_t i = 0; i < 16; ++i)
+    for (std::size_t i = 0; i < 16; ++i) {
         EXPECT_NEAR(loaded[i], expected[i], 1e-4) << "element " << i;
+    }
     EXPECT_EQ(core.currentColor(), START_COLOR);
 }
 
-TEST_F(Circles_calls_test, cameraFacingCircleIsDeliberatelyDrawnTwice) {
+TEST_F(Circles_calls_test, deliberatelyCameraFacingCircleIsDrawnTwice) {
     gl_spy::Recording recording;
     core.renderCircleCameraFacing3(IDENTITY, Matrix3<float>{}, 1, {1, 0.5F, 0, 1}, 2.0F);
     std::vector<gl_spy::Primitive> const circles = recording.primitives();
     ASSERT_EQ(circles.size(), 2U);
     std::vector<Point> expected;
-    for (int i = 0; i < 360; ++i)
+    for (int i = 0; i < 360; ++i) {
         expected.push_back(onCircle(i, 2));
+    }
     for (gl_spy::Primitive const& circle : circles) {
         EXPECT_EQ(circle.mode, unsigned(Primitive::LINE_LOOP));
         expectPoints(sent(circle), expected, 1.3e-7);
     }
 }
 
-TEST_F(Circles_calls_test, cameraFacingCircleAsksTheVirtualCircleBeforeItsOwn) {
+TEST_F(Circles_calls_test, cameraFacingCircleAsksVirtualCircleBeforeItsOwn) {
     Witness_core witness({"renderCircle3"});
     prepare(witness);
     gl_spy::Recording recording;
@@ -157,7 +164,7 @@ TEST_F(Circles_calls_test, cameraFacingCircleAsksTheVirtualCircleBeforeItsOwn) {
     EXPECT_THAT(witness.requests[0].numbers, ElementsAre(2));
 }
 
-TEST_F(Circles_calls_test, cameraFacingCircleDeliberatelyIgnoresTheMatrix3) {
+TEST_F(Circles_calls_test, deliberatelyCameraFacingCircleIgnoresMatrix3) {
     auto const drawn = [this](Matrix3<float> const& unused) {
         return calls([&unused](Core_RL& layer) {
             layer.renderCircleCameraFacing3(FRAME, unused, 1.5F, {1, 0.5F, 0, 1}, 2.0F);
@@ -166,7 +173,7 @@ TEST_F(Circles_calls_test, cameraFacingCircleDeliberatelyIgnoresTheMatrix3) {
     EXPECT_EQ(drawn(Matrix3<float>{}), drawn(Matrix3<float>{{9, 8, 7, 6, 5, 4, 3, 2, 1}}));
 }
 
-TEST_F(Circles_calls_test, cameraFacingCirclePushesItsColorOnTheGlobalLayer) {
+TEST_F(Circles_calls_test, cameraFacingCirclePushesItsColorOnGlobalLayer) {
     Witness_core asked({"setColor"});
     Witness_core global({"setColor"});
     ASSERT_EQ(VL_Raster, &global) << "the layer constructed last";
@@ -179,7 +186,7 @@ TEST_F(Circles_calls_test, cameraFacingCirclePushesItsColorOnTheGlobalLayer) {
 
 // == Culled circle ==
 
-TEST_F(Circles_calls_test, culledCircleShowsTheHalfNearerToTheViewer) {
+TEST_F(Circles_calls_test, culledCircleShowsHalfNearerToViewer) {
     struct {
         Vector3<float> direction;
         Matrix4<float> frame;
@@ -200,7 +207,7 @@ TEST_F(Circles_calls_test, culledCircleShowsTheHalfNearerToTheViewer) {
     }
 }
 
-TEST_F(Circles_calls_test, culledCircleLeavesOutPointsWithinAHundredthOfTheRim) {
+TEST_F(Circles_calls_test, culledCircleLeavesOutPointsWithinHundredthOfRim) {
     // Near 0 degrees the sines are below 0.01 up to i = 0 only; near 180 degrees from i = 180 on.
     gl_spy::Recording recording;
     core.renderCircleCulled3({0, -1, 0}, IDENTITY, 1);
@@ -217,7 +224,7 @@ TEST_F(Circles_calls_test, culledCircleLeavesOutPointsWithinAHundredthOfTheRim) 
     expectNear(inner.front(), onCircle(2, 0.5), 1e-6, "first point");
 }
 
-TEST_F(Circles_calls_test, culledCircleIsDrawnWholeWhenAllDotProductsAreWithinAHundredthOfZero) {
+TEST_F(Circles_calls_test, culledCircleIsDrawnWholeWhenAllDotProductsAreWithinHundredthOfZero) {
     gl_spy::Recording recording;
     core.renderCircleCulled3({0, 0, 1}, IDENTITY, 3);
     std::vector<Point> const points = sent(onlyPrimitive(recording));
@@ -230,7 +237,7 @@ TEST_F(Circles_calls_test, culledCircleIsDrawnWholeWhenAllDotProductsAreWithinAH
     EXPECT_EQ(onlyPrimitive(tiny).vertices.size(), 2 * 359U);
 }
 
-TEST_F(Circles_calls_test, wholeCircleDeliberatelyLeavesAGapOfOneDegree) {
+TEST_F(Circles_calls_test, deliberatelyWholeCircleLeavesGapOfOneDegree) {
     gl_spy::Recording recording;
     core.renderCircleCulled3({0, 0, 1}, IDENTITY, 1);
     std::vector<Point> const points = sent(onlyPrimitive(recording));
@@ -240,7 +247,7 @@ TEST_F(Circles_calls_test, wholeCircleDeliberatelyLeavesAGapOfOneDegree) {
     EXPECT_GT(std::hypot(points.back()[0] - 1, points.back()[1]), 0.017);
 }
 
-TEST_F(Circles_calls_test, culledHalfAcrossTheSeamDeliberatelyHasNoSegmentThere) {
+TEST_F(Circles_calls_test, deliberatelyCulledHalfAcrossSeamHasNoSegmentThere) {
     // The half around 0 degrees: the segment from 359 to 0 would belong to it.
     gl_spy::Recording recording;
     core.renderCircleCulled3({-1, 0, 0}, IDENTITY, 1);
@@ -254,7 +261,7 @@ TEST_F(Circles_calls_test, culledHalfAcrossTheSeamDeliberatelyHasNoSegmentThere)
 
 // == Culled circle with its far half ==
 
-TEST_F(Circles_calls_test, farHalfIsASecondPassInLinesOfWidthOne) {
+TEST_F(Circles_calls_test, farHalfIsSecondPassInLinesOfWidthOne) {
     Vector3<float> const direction{0.3F, 0.4F, -0.8F};
     gl_spy::Recording recording;
     core.renderCircleCulledStipple3(direction, FRAME, 1.5F);
@@ -269,7 +276,7 @@ TEST_F(Circles_calls_test, farHalfIsASecondPassInLinesOfWidthOne) {
     expectPoints(sent(passes[1]), back, 2e-5);
 }
 
-TEST_F(Circles_calls_test, farHalfDeliberatelyUsesNoStipple) {
+TEST_F(Circles_calls_test, deliberatelyFarHalfUsesNoStipple) {
     gl_spy::Recording recording;
     core.renderCircleCulledStipple3({0.3F, 0.4F, -0.8F}, FRAME, 1.5F);
     EXPECT_EQ(recording.count("glEnable"), 0U);
@@ -283,7 +290,7 @@ TEST_F(Circles_calls_test, farHalfHasNoFallbackAndDrawsNothingForDotProductsOfZe
                                                "glBegin(GL_LINES)", "glEnd()", "glLineWidth(3)"));
 }
 
-TEST_F(Circles_calls_test, segmentsWithAnEndAtZeroAreInNeitherPass) {
+TEST_F(Circles_calls_test, segmentsWithEndAtZeroAreInNeitherPass) {
     // Point 0 has the dot product 0 exactly, so its segment is in neither half.
     gl_spy::Recording recording;
     core.renderCircleCulledStipple3({0, -1, 0}, IDENTITY, 1);
@@ -293,14 +300,15 @@ TEST_F(Circles_calls_test, segmentsWithAnEndAtZeroAreInNeitherPass) {
     ASSERT_FALSE(passes[1].vertices.empty());
     expectNear(passes[0].vertices.front().position, onCircle(1, 1), 1e-6, "first near point");
     for (gl_spy::Primitive const& pass : passes) {
-        for (Point const& p : sent(pass))
+        for (Point const& p : sent(pass)) {
             EXPECT_NE(p[1], 0) << "a point on the rim";
+        }
     }
 }
 
 // == Tape ==
 
-TEST_F(Circles_calls_test, tapeIsACapABandAndACap) {
+TEST_F(Circles_calls_test, tapeIsCapBandAndCap) {
     gl_spy::Recording recording;
     core.renderCircleTape3(2.0F, 0.5F);
     EXPECT_EQ(outline(recording), (Texts{"glBegin(GL_TRIANGLES)", "glEnd()", "glBegin(GL_QUAD_STRIP)",
@@ -317,7 +325,7 @@ TEST_F(Circles_calls_test, tapeIsACapABandAndACap) {
     expectPoints(sent(parts[1]), band, 1.3e-7);
 }
 
-TEST_F(Circles_calls_test, capsOfTheTapeDeliberatelyHaveTheirOwnFactors) {
+TEST_F(Circles_calls_test, deliberatelyCapsOfTapeHaveTheirOwnFactors) {
     for (float const radius : {1.0F, 2.0F}) {
         gl_spy::Recording recording;
         core.renderCircleTape3(radius, 0.5F);
@@ -336,7 +344,7 @@ TEST_F(Circles_calls_test, capsOfTheTapeDeliberatelyHaveTheirOwnFactors) {
     }
 }
 
-TEST_F(Circles_calls_test, capsOfTheTapeDeliberatelyListTheirSidesInOppositeOrder) {
+TEST_F(Circles_calls_test, deliberatelyCapsOfTapeListTheirSidesInOppositeOrder) {
     gl_spy::Recording recording;
     core.renderCircleTape3(1.0F, 0.5F);
     std::vector<gl_spy::Primitive> const parts = recording.primitives();
@@ -347,18 +355,20 @@ TEST_F(Circles_calls_test, capsOfTheTapeDeliberatelyListTheirSidesInOppositeOrde
     EXPECT_EQ(parts[2].vertices.at(2).position[2], 0.25);
 }
 
-TEST_F(Circles_calls_test, tapeOfWidthZeroDegeneratesToTheArc) {
+TEST_F(Circles_calls_test, tapeOfWidthZeroDegeneratesToArc) {
     gl_spy::Recording recording;
     core.renderCircleTape3(1.0F, 0.0F);
     std::vector<gl_spy::Primitive> const parts = recording.primitives();
     ASSERT_EQ(parts.size(), 3U);
     EXPECT_EQ(parts[1].vertices.size(), 162U);
     for (gl_spy::Primitive const& part : parts) {
-        for (Point const& p : sent(part))
+        for (Point const& p : sent(part)) {
             EXPECT_EQ(p[2], 0);
+        }
     }
-    for (std::size_t i = 0; i + 1 < parts[1].vertices.size(); i += 2)
+    for (std::size_t i = 0; i + 1 < parts[1].vertices.size(); i += 2) {
         EXPECT_EQ(parts[1].vertices[i].position, parts[1].vertices[i + 1].position);
+    }
 }
 
 // == Culled circles of the axes ==
@@ -379,7 +389,7 @@ std::array<CulledKind, 2> const CULLED_KINDS{
 
 }  // namespace
 
-TEST_F(Circles_calls_test, culledAxisCircleLoadsItsNameAndAsksTheVirtualCircleInTheTurnedFrame) {
+TEST_F(Circles_calls_test, culledAxisCircleLoadsItsNameAndAsksVirtualCircleInTurnedFrame) {
     for (CulledKind const& kind : CULLED_KINDS) {
         for (unsigned int axis = 0; axis < 3; ++axis) {
             SCOPED_TRACE(testing::Message() << kind.circle << " of axis " << axis);
@@ -394,21 +404,23 @@ TEST_F(Circles_calls_test, culledAxisCircleLoadsItsNameAndAsksTheVirtualCircleIn
             EXPECT_THAT(std::vector<double>(numbers.begin(), numbers.begin() + 4),
                         ElementsAre(0.3F, 0.4F, -0.8F, 2));
             std::vector<double> const expected = multiplied(FRAME, orientation(axis, 1.5F));
-            for (std::size_t i = 0; i < 16; ++i)
+            for (std::size_t i = 0; i < 16; ++i) {
                 EXPECT_NEAR(numbers[4 + i], expected[i], 1e-6) << "element " << i;
+            }
         }
     }
 }
 
-TEST_F(Circles_calls_test, culledAxisCircleTurnsByTheFloatRightAngle) {
+TEST_F(Circles_calls_test, culledAxisCircleTurnsByFloatRightAngle) {
     // The cosine of the float pi / 2 is not zero. A frame of ones and zeros shows it unrounded.
     for (unsigned int axis = 0; axis < 2; ++axis) {
         Witness_core witness({"renderCircleCulled3"});
         witness.renderAxisCircleCulled3(VL_AXIS(axis), 0U, {0, 0, 1}, IDENTITY, 1.0F, 2.0F);
         ASSERT_EQ(witness.requests.size(), 1U);
         Matrix4<float> const expected = orientation(axis, 1.0F);
-        for (std::size_t i = 0; i < 16; ++i)
+        for (std::size_t i = 0; i < 16; ++i) {
             EXPECT_FLOAT_EQ(float(witness.requests[0].numbers[4 + i]), expected.e[i]) << "element " << i;
+        }
     }
 }
 
@@ -427,7 +439,7 @@ TEST_F(Circles_calls_test, culledAxisCircleLiesAcrossItsAxis) {
     }
 }
 
-TEST_F(Circles_calls_test, axisOfThreeOrMoreLoadsTheNameAndDrawsNothing) {
+TEST_F(Circles_calls_test, axisOfThreeOrMoreLoadsNameAndDrawsNothing) {
     for (CulledKind const& kind : CULLED_KINDS) {
         for (unsigned int const axis : {3U, 4U, 100U}) {
             EXPECT_EQ(calls([&](Core_RL& layer) {
@@ -440,7 +452,7 @@ TEST_F(Circles_calls_test, axisOfThreeOrMoreLoadsTheNameAndDrawsNothing) {
     EXPECT_EQ(calls([](Core_RL& layer) { layer.renderAxisCircleTape3(VL_AXIS(50), 1.0F, 0.5F); }), named(50));
 }
 
-TEST_F(Circles_calls_test, culledSetsPushAColorForEachRing) {
+TEST_F(Circles_calls_test, culledSetsPushColorForEachRing) {
     Vector3<float> const direction{0.5F, 0.6F, 0.7F};
     for (bool const showsFarHalf : {false, true}) {
         Texts expected;
@@ -452,10 +464,11 @@ TEST_F(Circles_calls_test, culledSetsPushAColorForEachRing) {
             expected = joined({expected, {COLOR_TEXTS[axis]}, ring});
         }
         Texts const set = calls([&](Core_RL& layer) {
-            if (showsFarHalf)
+            if (showsFarHalf) {
                 layer.renderAxesCircleCulledStipple3(60, 61, 62, direction, FRAME, 0.5F, COLORS, 2.0F);
-            else
+            } else {
                 layer.renderAxesCircleCulled3(60, 61, 62, direction, FRAME, 0.5F, COLORS, 2.0F);
+            }
         });
         EXPECT_EQ(set, joined({expected, START_COLOR_AGAIN}));
         EXPECT_EQ(core.currentColor(), START_COLOR);
@@ -473,8 +486,9 @@ Texts const QUARTER{"glBegin(GL_TRIANGLES)", "glEnd()", "glBegin(GL_QUAD_STRIP)"
 Texts tapeRing(unsigned int axis) {
     Texts const next = joined({{"glRotatef(90, 0, 0, 1)"}, QUARTER});
     Texts const others = joined({next, next, next, {"glPopMatrix()"}});
-    if (axis == 2)
+    if (axis == 2) {
         return joined({named(axis), QUARTER, {"glPushMatrix()"}, others});
+    }
     return joined({named(axis),
                    {"glPushMatrix()", axis == 0 ? "glRotatef(90, 0, 1, 0)" : "glRotatef(-90, 1, 0, 0)"},
                    QUARTER,
@@ -483,7 +497,7 @@ Texts tapeRing(unsigned int axis) {
 
 }  // namespace
 
-TEST_F(Circles_calls_test, tapeRingIsFourQuartersUnderTheAxisAsName) {
+TEST_F(Circles_calls_test, tapeRingIsFourQuartersUnderAxisAsName) {
     for (unsigned int axis = 0; axis < 3; ++axis) {
         SCOPED_TRACE(axis);
         gl_spy::Recording recording;
@@ -501,7 +515,7 @@ TEST_F(Circles_calls_test, tapeRingIsFourQuartersUnderTheAxisAsName) {
     }
 }
 
-TEST_F(Circles_calls_test, quartersOfTheTapeRingMeetInTheirPointedCaps) {
+TEST_F(Circles_calls_test, quartersOfTapeRingMeetInTheirPointedCaps) {
     gl_spy::Recording recording;
     core.renderAxisCircleTape3(VL_AXIS_Z, 2.0F, 0.5F);
     std::vector<gl_spy::Primitive> const parts = recording.primitives();
@@ -513,7 +527,7 @@ TEST_F(Circles_calls_test, quartersOfTheTapeRingMeetInTheirPointedCaps) {
     }
 }
 
-TEST_F(Circles_calls_test, tapeSetDeliberatelyUsesTheNamesAsAxes) {
+TEST_F(Circles_calls_test, deliberatelyTapeSetUsesNamesAsAxes) {
     EXPECT_EQ(
         [this] {
             gl_spy::Recording recording;
@@ -530,7 +544,7 @@ TEST_F(Circles_calls_test, tapeSetDeliberatelyUsesTheNamesAsAxes) {
     EXPECT_EQ(core.currentColor(), START_COLOR);
 }
 
-TEST_F(Circles_calls_test, tapeSetWithOtherNamesDeliberatelyLoadsThemAndDrawsNoRing) {
+TEST_F(Circles_calls_test, deliberatelyTapeSetWithOtherNamesLoadsThemAndDrawsNoRing) {
     EXPECT_EQ(calls([](Core_RL& layer) { layer.renderAxesCircleTape3(10, 11, 12, COLORS, 2.0F, 0.5F); }),
               joined({{COLOR_TEXTS[0]},
                       named(10),

@@ -46,8 +46,9 @@ protected:
 
     void expectArrowColor(unsigned int arrow, Color4<float> const& color) const {
         ASSERT_LE(10 * arrow + 10, out.colors.size());
-        for (unsigned int i = 0; i < 6; ++i)
+        for (unsigned int i = 0; i < 6; ++i) {
             EXPECT_EQ(out.colors[10 * arrow + i], color) << "vertex " << i << " of arrow " << arrow;
+        }
         Color4<float> const base{color.r * 0.8F, color.g * 0.8F, color.b * 0.8F, 1.0F};
         for (unsigned int i = 6; i < 10; ++i) {
             Color4<float> const& actual = out.colors[10 * arrow + i];
@@ -85,7 +86,7 @@ TEST_F(ConstArrowBuffers_test, arrowHasTipHeadTailAndBase) {
     expectVertex(5, 1, 2, 3);
 }
 
-TEST_F(ConstArrowBuffers_test, headOfASlantedArrowIsAPyramidAcrossIt) {
+TEST_F(ConstArrowBuffers_test, headOfSlantedArrowIsPyramidAcrossIt) {
     create({{1, 1, 1}}, {{2, 3, 6}}, {}, 1);
     double const root = std::sqrt(40.0);
     double const d[3] = {2.0 / 7, 3.0 / 7, 6.0 / 7};
@@ -96,8 +97,9 @@ TEST_F(ConstArrowBuffers_test, headOfASlantedArrowIsAPyramidAcrossIt) {
     double const signs[4][2] = {{-1, -1}, {-1, 1}, {1, 1}, {1, -1}};
     for (unsigned int i = 0; i < 4; ++i) {
         double corner[3];
-        for (int k = 0; k < 3; ++k)
+        for (int k = 0; k < 3; ++k) {
             corner[k] = tip[k] - d[k] * h + (signs[i][0] * a[k] + signs[i][1] * b[k]) * h * 0.2;
+        }
         expectVertex(1 + i, corner[0], corner[1], corner[2]);
         expectVertex(6 + i, corner[0], corner[1], corner[2]);
     }
@@ -119,16 +121,18 @@ TEST_F(ConstArrowBuffers_test, indicesCountUpByTenForEachArrow) {
         unsigned int const k = 10 * i;
         unsigned int const triangles[12] = {k, k + 1, k + 2, k, k + 2, k + 3,
                                             k, k + 3, k + 4, k, k + 4, k + 1};
-        for (unsigned int j = 0; j < 12; ++j)
+        for (unsigned int j = 0; j < 12; ++j) {
             EXPECT_EQ(out.triangles[12 * i + j], triangles[j]) << "triangle index " << 12 * i + j;
-        for (unsigned int j = 0; j < 4; ++j)
+        }
+        for (unsigned int j = 0; j < 4; ++j) {
             EXPECT_EQ(out.quads[4 * i + j], k + 6 + j) << "quad index " << 4 * i + j;
+        }
         EXPECT_EQ(out.lines[2 * i], k + 5) << "tail";
         EXPECT_EQ(out.lines[2 * i + 1], k) << "tip";
     }
 }
 
-TEST_F(ConstArrowBuffers_test, everyArrowOfManyIsTheSameAsAlone) {
+TEST_F(ConstArrowBuffers_test, everyArrowOfManyIsSameAsAlone) {
     Array<Vector3<float>> positions;
     Array<Vector3<float>> directions;
     Array<Color4<float>> colors;
@@ -153,19 +157,20 @@ TEST_F(ConstArrowBuffers_test, everyArrowOfManyIsTheSameAsAlone) {
     }
 }
 
-TEST_F(ConstArrowBuffers_test, negativeScaleTurnsTheArrowsRound) {
+TEST_F(ConstArrowBuffers_test, negativeScaleTurnsArrowsRound) {
     create({{1, 0, 0}}, {{3, 0, 0}}, {}, -1);
     expectVertex(0, -2, 0, 0);
     expectVertex(1, -2 + 0.999, -0.1998, 0.1998);
     expectVertex(5, 1, 0, 0);
 }
 
-TEST_F(ConstArrowBuffers_test, directionOfNoLengthGivesCornersThatAreNotNumbers) {
+TEST_F(ConstArrowBuffers_test, directionOfNoLengthGivesNaNCorners) {
     create({{1, 2, 3}, {0, 0, 0}}, {{0, 0, 0}, {3, 0, 0}}, {});
     expectVertex(0, 1, 2, 3);
     expectVertex(5, 1, 2, 3);
-    for (unsigned int i = 1; i < 5; ++i)
+    for (unsigned int i = 1; i < 5; ++i) {
         EXPECT_TRUE(std::isnan(out.vertices[i].x)) << "corner " << i;
+    }
     expectVertex(10, 3, 0, 0);
     expectVertex(11, 3 - 0.999, -0.1998, -0.1998);
 }
@@ -181,22 +186,25 @@ TEST_F(ConstArrowBuffers_test, everyArrowTakesItsColor) {
 
 TEST_F(ConstArrowBuffers_test, oneColorServesAllArrows) {
     create({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}}, {{1, 0, 0}, {1, 0, 0}, {1, 0, 0}}, {{1, 0.5F, 0.25F, 0.5F}});
-    for (unsigned int i = 0; i < 3; ++i)
+    for (unsigned int i = 0; i < 3; ++i) {
         expectArrowColor(i, {1, 0.5F, 0.25F, 0.5F});
+    }
 }
 
 TEST_F(ConstArrowBuffers_test, noColorsGiveLightBlue) {
     create({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}}, {{1, 0, 0}, {1, 0, 0}, {1, 0, 0}}, {});
-    for (unsigned int i = 0; i < 3; ++i)
+    for (unsigned int i = 0; i < 3; ++i) {
         expectArrowColor(i, LIGHT_BLUE);
+    }
 }
 
-TEST_F(ConstArrowBuffers_test, arrowsBeyondTheLastColorTakeTheLast) {
+TEST_F(ConstArrowBuffers_test, arrowsBeyondLastColorTakeLast) {
     create({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {3, 0, 0}}, {{1, 0, 0}, {1, 0, 0}, {1, 0, 0}, {1, 0, 0}},
            {{1, 0, 0, 1}, {0, 0, 1, 1}});
     expectArrowColor(0, {1, 0, 0, 1});
-    for (unsigned int i = 1; i < 4; ++i)
+    for (unsigned int i = 1; i < 4; ++i) {
         expectArrowColor(i, {0, 0, 1, 1});
+    }
 }
 
 TEST_F(ConstArrowBuffers_test, surplusColorsAreNotUsed) {
@@ -205,7 +213,7 @@ TEST_F(ConstArrowBuffers_test, surplusColorsAreNotUsed) {
     expectArrowColor(0, {1, 0, 0, 1});
 }
 
-TEST_F(ConstArrowBuffers_test, baseDeliberatelyTakesFourFifthsOfTheColorAndIsOpaque) {
+TEST_F(ConstArrowBuffers_test, deliberatelyBaseTakesFourFifthsOfColorAndIsOpaque) {
     create({{0, 0, 0}}, {{1, 0, 0}}, {{1, 0.5F, 0.25F, 0.125F}});
     for (unsigned int i = 6; i < 10; ++i) {
         EXPECT_FLOAT_EQ(out.colors[i].r, 0.8F);
@@ -242,7 +250,7 @@ TEST_F(ConstArrowBuffers_test, surplusDirectionsAreNotUsed) {
     expectSizes(1);
 }
 
-TEST_F(ConstArrowBuffers_test, storageGrowsToTheNeededCapacityExactly) {
+TEST_F(ConstArrowBuffers_test, storageGrowsToNeededCapacityExactly) {
     create({{0, 0, 0}, {1, 0, 0}}, {{1, 0, 0}, {1, 0, 0}}, {});
     EXPECT_EQ(out.vertices.capacity(), 20U);
     EXPECT_EQ(out.triangles.capacity(), 24U);
@@ -251,7 +259,7 @@ TEST_F(ConstArrowBuffers_test, storageGrowsToTheNeededCapacityExactly) {
     EXPECT_EQ(out.colors.capacity(), 20U);
 }
 
-TEST_F(ConstArrowBuffers_test, fewerArrowsKeepTheStorage) {
+TEST_F(ConstArrowBuffers_test, fewerArrowsKeepStorage) {
     create({{0, 0, 0}, {1, 0, 0}}, {{1, 0, 0}, {1, 0, 0}}, {});
     void const* const storage = out.vertices.data();
     create({{5, 0, 0}}, {{1, 0, 0}}, {});
@@ -262,7 +270,7 @@ TEST_F(ConstArrowBuffers_test, fewerArrowsKeepTheStorage) {
     expectVertex(0, 6, 0, 0);
 }
 
-TEST_F(ConstArrowBuffers_test, allocatesOnlyWhereACapacityIsTooSmall) {
+TEST_F(ConstArrowBuffers_test, allocatesOnlyWhereCapacityIsTooSmall) {
     Array<Vector3<float>> const positions{{0, 0, 0}, {1, 0, 0}};
     Array<Vector3<float>> const directions{{1, 0, 0}, {0, 1, 0}};
     Array<Color4<float>> const colors{{1, 0, 0, 1}};

@@ -45,7 +45,7 @@ std::vector<float> matrixOf(GLenum const& name) {
     return values;
 }
 
-class Core_RL_GL_gl_test : public gl_spy::GlTest {
+class Core_RL_GL_drawn_test : public gl_spy::GlTest {
 protected:
     /// Two triangles over the whole picture; texture coordinates run from `low` in the lower left corner to
     /// `high` in the upper right one.
@@ -73,15 +73,15 @@ protected:
     Core_RL_GL layer;
 };
 
-Core_RL_GL_gl_test::Pixel const RED{255, 0, 0, 255};
-Core_RL_GL_gl_test::Pixel const GREEN{0, 255, 0, 255};
-Core_RL_GL_gl_test::Pixel const BLUE{0, 0, 255, 255};
-Core_RL_GL_gl_test::Pixel const WHITE{255, 255, 255, 255};
-Core_RL_GL_gl_test::Pixel const BLACK{0, 0, 0, 255};
+Core_RL_GL_drawn_test::Pixel const RED{255, 0, 0, 255};
+Core_RL_GL_drawn_test::Pixel const GREEN{0, 255, 0, 255};
+Core_RL_GL_drawn_test::Pixel const BLUE{0, 0, 255, 255};
+Core_RL_GL_drawn_test::Pixel const WHITE{255, 255, 255, 255};
+Core_RL_GL_drawn_test::Pixel const BLACK{0, 0, 0, 255};
 
 // == Extensions and version ==
 
-TEST_F(Core_RL_GL_gl_test, everyExtensionOfTheDriverIsSupported) {
+TEST_F(Core_RL_GL_drawn_test, everyExtensionOfDriverIsSupported) {
     auto const* const text = reinterpret_cast<char const*>(glGetString(GL_EXTENSIONS));
     ASSERT_NE(text, nullptr);
     std::istringstream names(text);
@@ -92,19 +92,19 @@ TEST_F(Core_RL_GL_gl_test, everyExtensionOfTheDriverIsSupported) {
     EXPECT_GT(count, 0U);
 }
 
-TEST_F(Core_RL_GL_gl_test, bufferObjectsAreListedAndAPrefixIsNot) {
+TEST_F(Core_RL_GL_drawn_test, bufferObjectsAreListedAndPrefixIsNot) {
     EXPECT_TRUE(layer.isExtensionSupported("GL_ARB_vertex_buffer_object"));
     EXPECT_FALSE(layer.isExtensionSupported("GL_ARB_vertex_buffer_objec"));
     EXPECT_FALSE(layer.isExtensionSupported("GL_VL_extension_of_nobody"));
 }
 
-TEST_F(Core_RL_GL_gl_test, shadersAreSupported) {
+TEST_F(Core_RL_GL_drawn_test, shadersAreSupported) {
     EXPECT_TRUE(layer.checkShaderSupport());
 }
 
 // == Memory and errors ==
 
-TEST_F(Core_RL_GL_gl_test, memoryIsWhatTheDriverTellsOrZero) {
+TEST_F(Core_RL_GL_drawn_test, memoryIsWhatDriverTellsOrZero) {
     if (layer.isExtensionSupported("GL_NVX_gpu_memory_info")) {
         EXPECT_EQ(layer.getTotalGpuMemory(), static_cast<unsigned>(integerOf(0x9048)));
         EXPECT_LE(layer.getFreeGpuMemory(), layer.getTotalGpuMemory());
@@ -114,7 +114,7 @@ TEST_F(Core_RL_GL_gl_test, memoryIsWhatTheDriverTellsOrZero) {
     }
 }
 
-TEST_F(Core_RL_GL_gl_test, withoutAnErrorBothVariantsReturnFalseAtOnce) {
+TEST_F(Core_RL_GL_drawn_test, withoutErrorBothVariantsReturnFalseAtOnce) {
     VL_String message("as before");
     int code = 99;
     EXPECT_FALSE(layer.getError(message, code));
@@ -123,7 +123,7 @@ TEST_F(Core_RL_GL_gl_test, withoutAnErrorBothVariantsReturnFalseAtOnce) {
     EXPECT_FALSE(layer.getError("test", 1));
 }
 
-TEST_F(Core_RL_GL_gl_test, afterTwoFailingCallsTheErrorsAreDrainedOnce) {
+TEST_F(Core_RL_GL_drawn_test, afterTwoFailingCallsErrorsAreDrainedOnce) {
     expectGlErrors(2);
     glEnable(GL_VIEWPORT_BIT | GL_ENABLE_BIT);
     glLineWidth(-1);
@@ -321,17 +321,18 @@ std::vector<StateRow> stateRows() {
     };
 }
 
-class Core_RL_GL_state_gl_test : public Core_RL_GL_gl_test, public testing::WithParamInterface<StateRow> {};
+class Core_RL_GL_state_drawn_test : public Core_RL_GL_drawn_test,
+                                    public testing::WithParamInterface<StateRow> {};
 
-INSTANTIATE_TEST_SUITE_P(, Core_RL_GL_state_gl_test, testing::ValuesIn(stateRows()),
+INSTANTIATE_TEST_SUITE_P(, Core_RL_GL_state_drawn_test, testing::ValuesIn(stateRows()),
                          [](testing::TestParamInfo<StateRow> const& row) { return row.param.name; });
 
-TEST_P(Core_RL_GL_state_gl_test, isReallySet) {
+TEST_P(Core_RL_GL_state_drawn_test, isReallySet) {
     GetParam().set(layer);
     GetParam().check();
 }
 
-TEST_F(Core_RL_GL_gl_test, pushesAndPopsRestoreTheState) {
+TEST_F(Core_RL_GL_drawn_test, pushesAndPopsRestoreState) {
     auto const state = [] {
         std::array<GLint, 4> const modes = integersOf(GL_POLYGON_MODE);
         std::array<GLfloat, 4> color{};
@@ -372,7 +373,7 @@ TEST_F(Core_RL_GL_gl_test, pushesAndPopsRestoreTheState) {
     EXPECT_EQ(state(), before);
 }
 
-TEST_F(Core_RL_GL_gl_test, aSelectionReportsTheLoadedName) {
+TEST_F(Core_RL_GL_drawn_test, selectionReportsLoadedName) {
     GLuint hits[16] = {};
     glSelectBuffer(16, hits);
     glRenderMode(GL_SELECT);
@@ -387,7 +388,7 @@ TEST_F(Core_RL_GL_gl_test, aSelectionReportsTheLoadedName) {
 
 // == Buffers ==
 
-TEST_F(Core_RL_GL_gl_test, trianglesAreDrawnFromBuffers) {
+TEST_F(Core_RL_GL_drawn_test, trianglesAreDrawnFromBuffers) {
     float corners[] = {-1, -1, 1, -1, 1, 1, -1, 1};
     unsigned int indices[] = {0, 1, 2, 0, 2, 3};
     unsigned int buffers[2] = {};
@@ -421,7 +422,7 @@ TEST_F(Core_RL_GL_gl_test, trianglesAreDrawnFromBuffers) {
     EXPECT_EQ(glIsBuffer(buffers[0]), GL_FALSE);
 }
 
-TEST_F(Core_RL_GL_gl_test, verticesAndColorsAreDrawnFromMemory) {
+TEST_F(Core_RL_GL_drawn_test, verticesAndColorsAreDrawnFromMemory) {
     float corners[] = {-1, -1, 3, -1, -1, 3};
     unsigned char colors[] = {0, 0, 255, 255, 0, 0, 255, 255, 0, 0, 255, 255};
     layer.enableClientState(ClientCapability::VERTEX_ARRAY);
@@ -435,7 +436,7 @@ TEST_F(Core_RL_GL_gl_test, verticesAndColorsAreDrawnFromMemory) {
     expectPixel(250, 5, BLUE);
 }
 
-TEST_F(Core_RL_GL_gl_test, aTriangleListOfDoublesIsDrawn) {
+TEST_F(Core_RL_GL_drawn_test, triangleListOfDoublesIsDrawn) {
     layer.setColor({1, 0, 0, 1});
     layer.render(Array<Vector3<double>>{{-1, -1, 0}, {1, -1, 0}, {-1, 1, 0}},
                  Array<Tuple3<unsigned int>>{{0, 1, 2}});
@@ -444,7 +445,7 @@ TEST_F(Core_RL_GL_gl_test, aTriangleListOfDoublesIsDrawn) {
     expectEnabled(GL_VERTEX_ARRAY, false);
 }
 
-TEST_F(Core_RL_GL_gl_test, immediateModeGoesThroughTheLayer) {
+TEST_F(Core_RL_GL_drawn_test, immediateModeGoesThroughLayer) {
     layer.setColor({1, 0, 0, 1});
     layer.begin(Primitive::TRIANGLES);
     glVertex2f(-1, -1);
@@ -456,7 +457,7 @@ TEST_F(Core_RL_GL_gl_test, immediateModeGoesThroughTheLayer) {
 
 // == Shaders ==
 
-class Core_RL_GL_shader_gl_test : public Core_RL_GL_gl_test {
+class Core_RL_GL_shader_drawn_test : public Core_RL_GL_drawn_test {
 protected:
     unsigned int compiled(ShaderType::type const& type, char const* source) {
         unsigned int const shader = layer.createShader(type);
@@ -472,7 +473,7 @@ protected:
     }
 };
 
-TEST_F(Core_RL_GL_shader_gl_test, aProgramDrawsWithItsUniforms) {
+TEST_F(Core_RL_GL_shader_drawn_test, programDrawsWithItsUniforms) {
     unsigned int const vertex =
         compiled(ShaderType::VERTEX_SHADER, "attribute vec4 place; void main() { gl_Position = place; }");
     unsigned int const fragment =
@@ -522,7 +523,7 @@ TEST_F(Core_RL_GL_shader_gl_test, aProgramDrawsWithItsUniforms) {
     EXPECT_EQ(glIsProgram(program), GL_FALSE);
 }
 
-TEST_F(Core_RL_GL_shader_gl_test, theLogOfABrokenShaderIsPrinted) {
+TEST_F(Core_RL_GL_shader_drawn_test, logOfBrokenShaderIsPrinted) {
     unsigned int const shader =
         compiled(ShaderType::FRAGMENT_SHADER, "void main() { gl_FragColor = undeclaredName; }");
     std::string const text = printedBy([&] { layer.checkShaderCompilationErrors(shader, "broken.frag"); });
@@ -531,7 +532,7 @@ TEST_F(Core_RL_GL_shader_gl_test, theLogOfABrokenShaderIsPrinted) {
     layer.deleteShader(shader);
 }
 
-TEST_F(Core_RL_GL_shader_gl_test, theLogOfAProgramThatDoesNotLinkIsPrinted) {
+TEST_F(Core_RL_GL_shader_drawn_test, logOfProgramThatDoesNotLinkIsPrinted) {
     unsigned int const vertex = compiled(
         ShaderType::VERTEX_SHADER, "void missing(); void main() { missing(); gl_Position = vec4(0.0); }");
     unsigned int const program = layer.createProgram();
@@ -546,7 +547,7 @@ TEST_F(Core_RL_GL_shader_gl_test, theLogOfAProgramThatDoesNotLinkIsPrinted) {
 
 // == Transforms and viewports ==
 
-TEST_F(Core_RL_GL_gl_test, transformsAreSetPushedAndPopped) {
+TEST_F(Core_RL_GL_drawn_test, transformsAreSetPushedAndPopped) {
     Matrix4<double> const moved{{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 2, 3, 4, 1}};
     Matrix4<float> const stretched{{2, 0, 0, 0, 0, 3, 0, 0, 0, 0, 4, 0, 0, 0, 0, 1}};
     GLint const depth = integerOf(GL_MODELVIEW_STACK_DEPTH);
@@ -578,7 +579,7 @@ TEST_F(Core_RL_GL_gl_test, transformsAreSetPushedAndPopped) {
     EXPECT_THAT(matrixOf(GL_PROJECTION_MATRIX), ElementsAre(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1));
 }
 
-TEST_F(Core_RL_GL_gl_test, theViewportIsRead) {
+TEST_F(Core_RL_GL_drawn_test, viewportIsRead) {
     glViewport(3, 5, 70, 90);
     Tuple4<unsigned int> const viewport = layer.getCurrentViewportCoords();
     EXPECT_EQ(viewport.e0, 3U);
@@ -587,7 +588,7 @@ TEST_F(Core_RL_GL_gl_test, theViewportIsRead) {
     EXPECT_EQ(viewport.e3, 90U);
 }
 
-TEST_F(Core_RL_GL_gl_test, anOverlayRestoresTheViewportAndBothMatrices) {
+TEST_F(Core_RL_GL_drawn_test, overlayRestoresViewportAndBothMatrices) {
     glViewport(8, 16, 100, 120);
     glMatrixMode(GL_PROJECTION);
     glScalef(2, 3, 4);
@@ -616,7 +617,7 @@ TEST_F(Core_RL_GL_gl_test, anOverlayRestoresTheViewportAndBothMatrices) {
     EXPECT_EQ(integerOf(GL_ATTRIB_STACK_DEPTH), depths[2]);
 }
 
-TEST_F(Core_RL_GL_gl_test, anOverlayIsDrawnIntoItsViewport) {
+TEST_F(Core_RL_GL_drawn_test, overlayIsDrawnIntoItsViewport) {
     layer.pushViewportOrtho({64, 0, 128, 64}, {0, 4, 0, 2});
     layer.setColor({1, 0, 0, 1});
     glRectf(0, 0, 2, 2);  // the left half of the overlay
@@ -626,7 +627,7 @@ TEST_F(Core_RL_GL_gl_test, anOverlayIsDrawnIntoItsViewport) {
     EXPECT_NE(readPixel(96, height - 100), RED) << savePicture("overlay");
 }
 
-TEST_F(Core_RL_GL_gl_test, anOverlayDeliberatelySavesTheGroupsThatTheValueOfGlViewportNames) {
+TEST_F(Core_RL_GL_drawn_test, deliberatelyOverlaySavesGroupsThatValueOfGlViewportNames) {
     // 0x0BA2 has the bits of the groups viewport, accumulation buffer, depth buffer, fog, pixel mode and point.
     // Of the state that is set inside, theirs is gone afterwards, that of others stays.
     layer.pushViewportOrtho({0, 0, 16, 16}, {0, 1, 0, 1});
@@ -671,7 +672,7 @@ GLint levelParameter(GLint const& level, GLenum const& name) {
 std::vector<unsigned char> const FOUR_TEXELS{255, 0, 0,   255, 0,   255, 0,   255,
                                              0,   0, 255, 255, 255, 255, 255, 255};
 
-class Core_RL_GL_texture_gl_test : public Core_RL_GL_gl_test {
+class Core_RL_GL_texture_drawn_test : public Core_RL_GL_drawn_test {
 protected:
     /// Draws the texture over the whole picture and compares it at the middles of its four texels.
     void expectFourTexels(unsigned int const& texture, std::string const& picture) {
@@ -688,7 +689,7 @@ protected:
     }
 };
 
-TEST_F(Core_RL_GL_texture_gl_test, bytesAreSampled) {
+TEST_F(Core_RL_GL_texture_drawn_test, bytesAreSampled) {
     unsigned int texture = 0;
     layer.loadTextureColor(2, 2, FOUR_TEXELS.data(), texture, TEXTURE_REPEAT);
     EXPECT_EQ(glIsTexture(texture), GL_TRUE);
@@ -700,7 +701,7 @@ TEST_F(Core_RL_GL_texture_gl_test, bytesAreSampled) {
     expectEnabled(GL_TEXTURE_2D, false);
 }
 
-TEST_F(Core_RL_GL_texture_gl_test, theTextureIsFilteredAndHasMipmaps) {
+TEST_F(Core_RL_GL_texture_drawn_test, textureIsFilteredAndHasMipmaps) {
     std::vector<unsigned char> const pixels(16 * 8 * 4, 128);
     unsigned int texture = 0;
     layer.loadTextureColor(16, 8, pixels.data(), texture, TEXTURE_REPEAT);
@@ -723,7 +724,7 @@ TEST_F(Core_RL_GL_texture_gl_test, theTextureIsFilteredAndHasMipmaps) {
     layer.destroyTexture(texture);
 }
 
-TEST_F(Core_RL_GL_texture_gl_test, theColorModulatesTheTexture) {
+TEST_F(Core_RL_GL_texture_drawn_test, colorModulatesTexture) {
     unsigned int texture = 0;
     layer.loadTextureColor(2, 2, FOUR_TEXELS.data(), texture, TEXTURE_REPEAT);
     layer.setColor({1, 0, 1, 1});
@@ -747,17 +748,17 @@ std::vector<T> asChannels(std::size_t const& channels, T const& full) {
 }
 
 /// Bits per channel, channels.
-class Core_RL_GL_channels_gl_test : public Core_RL_GL_texture_gl_test,
-                                    public testing::WithParamInterface<std::tuple<int, int>> {};
+class Core_RL_GL_channels_drawn_test : public Core_RL_GL_texture_drawn_test,
+                                       public testing::WithParamInterface<std::tuple<int, int>> {};
 
-INSTANTIATE_TEST_SUITE_P(, Core_RL_GL_channels_gl_test,
+INSTANTIATE_TEST_SUITE_P(, Core_RL_GL_channels_drawn_test,
                          testing::Combine(testing::Values(8, 16, 32), testing::Values(3, 4)),
                          [](testing::TestParamInfo<std::tuple<int, int>> const& row) {
                              return "bits" + std::to_string(std::get<0>(row.param)) + "channels" +
                                     std::to_string(std::get<1>(row.param));
                          });
 
-TEST_P(Core_RL_GL_channels_gl_test, channelsOfEveryWidthAreSampled) {
+TEST_P(Core_RL_GL_channels_drawn_test, channelsOfEveryWidthAreSampled) {
     auto const [bits, channels] = GetParam();
     auto const count = static_cast<std::size_t>(channels);
     std::vector<unsigned char> const bytes = asChannels<unsigned char>(count, 0xFF);
@@ -774,7 +775,7 @@ TEST_P(Core_RL_GL_channels_gl_test, channelsOfEveryWidthAreSampled) {
     layer.unLoadTextureColor(texture);
 }
 
-TEST_F(Core_RL_GL_texture_gl_test, anUnknownLayoutLeavesTheTextureWithoutAnImage) {
+TEST_F(Core_RL_GL_texture_drawn_test, unknownLayoutLeavesTextureWithoutImage) {
     float const pixels[4] = {1, 1, 1, 1};
     unsigned int texture = 0;
     layer.loadTextureColor(2, 2, 32, 32, pixels, texture, TEXTURE_REPEAT);
@@ -785,14 +786,14 @@ TEST_F(Core_RL_GL_texture_gl_test, anUnknownLayoutLeavesTheTextureWithoutAnImage
     layer.unLoadTextureColor(texture);
 }
 
-TEST_F(Core_RL_GL_texture_gl_test, channelsWithoutBitsLeaveTheTextureWithoutAnImage) {
+TEST_F(Core_RL_GL_texture_drawn_test, channelsWithoutBitsLeaveTextureWithoutImage) {
     unsigned int texture = 0;
     layer.loadTextureColor(2, 2, 0, 32, FOUR_TEXELS.data(), texture, TEXTURE_REPEAT);
     EXPECT_EQ(levelParameter(0, GL_TEXTURE_WIDTH), 0);
     layer.unLoadTextureColor(texture);
 }
 
-TEST_F(Core_RL_GL_texture_gl_test, repeatedTexturesGoOn) {
+TEST_F(Core_RL_GL_texture_drawn_test, repeatedTexturesGoOn) {
     unsigned int texture = 0;
     layer.loadTextureColor(2, 2, FOUR_TEXELS.data(), texture, TEXTURE_REPEAT);
     EXPECT_EQ(wrapOf(GL_TEXTURE_WRAP_S), GL_REPEAT);
@@ -805,7 +806,7 @@ TEST_F(Core_RL_GL_texture_gl_test, repeatedTexturesGoOn) {
     layer.unLoadTextureColor(texture);
 }
 
-TEST_F(Core_RL_GL_texture_gl_test, texturesClampedToTheBorderShowItOutside) {
+TEST_F(Core_RL_GL_texture_drawn_test, texturesClampedToBorderShowItOutside) {
     unsigned int texture = 0;
     layer.loadTextureColor(2, 2, FOUR_TEXELS.data(), texture, TEXTURE_CLAMP_TO_BORDER);
     EXPECT_EQ(wrapOf(GL_TEXTURE_WRAP_S), GL_CLAMP_TO_BORDER);
@@ -817,7 +818,7 @@ TEST_F(Core_RL_GL_texture_gl_test, texturesClampedToTheBorderShowItOutside) {
     layer.unLoadTextureColor(texture);
 }
 
-TEST_F(Core_RL_GL_texture_gl_test, clampedTexturesMixBorderAndEdge) {
+TEST_F(Core_RL_GL_texture_drawn_test, clampedTexturesMixBorderAndEdge) {
     unsigned int texture = 0;
     layer.loadTextureColor(2, 2, FOUR_TEXELS.data(), texture, TEXTURE_CLAMP);
     EXPECT_EQ(wrapOf(GL_TEXTURE_WRAP_S), GL_CLAMP);
@@ -825,7 +826,7 @@ TEST_F(Core_RL_GL_texture_gl_test, clampedTexturesMixBorderAndEdge) {
     layer.unLoadTextureColor(texture);
 }
 
-TEST_F(Core_RL_GL_texture_gl_test, clampingModeTwoIsDeliberatelyRefusedAndKeepsTheDefault) {
+TEST_F(Core_RL_GL_texture_drawn_test, deliberatelyClampingModeTwoIsRefusedAndKeepsDefault) {
     expectGlErrors(2);  // one for each direction
     unsigned int texture = 0;
     layer.loadTextureColor(2, 2, FOUR_TEXELS.data(), texture, TextureClampingMode(2));
@@ -836,7 +837,7 @@ TEST_F(Core_RL_GL_texture_gl_test, clampingModeTwoIsDeliberatelyRefusedAndKeepsT
     layer.unLoadTextureColor(texture);
 }
 
-TEST_F(Core_RL_GL_texture_gl_test, otherClampingModesKeepTheDefault) {
+TEST_F(Core_RL_GL_texture_drawn_test, otherClampingModesKeepDefault) {
     unsigned int texture = 0;
     layer.loadTextureColor(2, 2, FOUR_TEXELS.data(), texture, TextureClampingMode(4));
     EXPECT_EQ(wrapOf(GL_TEXTURE_WRAP_S), GL_REPEAT);
@@ -844,7 +845,7 @@ TEST_F(Core_RL_GL_texture_gl_test, otherClampingModesKeepTheDefault) {
     layer.unLoadTextureColor(texture);
 }
 
-TEST_F(Core_RL_GL_texture_gl_test, manyTexturesAreMadeAndDestroyed) {
+TEST_F(Core_RL_GL_texture_drawn_test, manyTexturesAreMadeAndDestroyed) {
     Array<unsigned int> names;
     layer.createTextures(5, names);
     for (unsigned int const& name : names) {
@@ -857,7 +858,7 @@ TEST_F(Core_RL_GL_texture_gl_test, manyTexturesAreMadeAndDestroyed) {
     }
 }
 
-TEST_F(Core_RL_GL_texture_gl_test, queuedTexturesAreDeletedByTheDrain) {
+TEST_F(Core_RL_GL_texture_drawn_test, queuedTexturesAreDeletedByDrain) {
     std::vector<unsigned int> names;
     for (int i = 0; i < 6; ++i) {
         unsigned int texture = 0;
@@ -874,7 +875,7 @@ TEST_F(Core_RL_GL_texture_gl_test, queuedTexturesAreDeletedByTheDrain) {
     }
 }
 
-TEST_F(Core_RL_GL_texture_gl_test, theDestructorDeletesNoTexture) {
+TEST_F(Core_RL_GL_texture_drawn_test, destructorDeletesNoTexture) {
     unsigned int const name = layer.createTexture();
     glBindTexture(GL_TEXTURE_2D, name);
     {
@@ -888,7 +889,7 @@ TEST_F(Core_RL_GL_texture_gl_test, theDestructorDeletesNoTexture) {
 
 // == Luminance textures ==
 
-TEST_F(Core_RL_GL_texture_gl_test, luminanceIsBlendedTowardWhite) {
+TEST_F(Core_RL_GL_texture_drawn_test, luminanceIsBlendedTowardWhite) {
     unsigned int const texture = layer.createTexture();
     layer.setColor({1, 0, 0, 1});
     layer.pushTextureLuminance(texture, 2, 1, true, Array<float>{0, 1});
@@ -906,7 +907,7 @@ TEST_F(Core_RL_GL_texture_gl_test, luminanceIsBlendedTowardWhite) {
     EXPECT_EQ(mode, GL_MODULATE);
 }
 
-TEST_F(Core_RL_GL_texture_gl_test, unblendedLuminanceSetsUpADecal) {
+TEST_F(Core_RL_GL_texture_drawn_test, unblendedLuminanceSetsUpDecal) {
     unsigned int const texture = layer.createTexture();
     layer.pushTextureLuminance(texture, 3, 2, false, Array<float>{0, 0.25F, 0.5F, 0.75F, 1, 1});
     GLint mode = 0;

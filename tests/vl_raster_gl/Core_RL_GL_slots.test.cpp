@@ -344,19 +344,19 @@ TEST(Core_RL_GL_slots_test, everySlotIsNamedOnce) {
     EXPECT_EQ(*numbers.rbegin(), SLOT_COUNT - 1);
 }
 
-TEST(Core_RL_GL_slots_test, everyOperationOfTheAbstractClassStandsInItsSlot) {
+TEST(Core_RL_GL_slots_test, everyOperationOfAbstractClassStandsInItsSlot) {
     for (Slot const& slot : slots()) {
         EXPECT_EQ(slot.inCore_RL, slot.number) << slot.operation;
     }
 }
 
-TEST(Core_RL_GL_slots_test, theGlClassAgreesWithTheAbstractClass) {
+TEST(Core_RL_GL_slots_test, glClassAgreesWithAbstractClass) {
     for (Slot const& slot : slots()) {
         EXPECT_EQ(slot.inCore_RL_GL, slot.number) << slot.operation;
     }
 }
 
-TEST(Core_RL_GL_slots_test, theFirstTwoSlotsAreTheDestructors) {
+TEST(Core_RL_GL_slots_test, firstTwoSlotsAreDestructors) {
     // By address: the complete destructor also goes by the name of the one for base classes.
     Core_RL_GL const layer;
     void* const complete = dlsym(RTLD_DEFAULT, "_ZN6vellum10Core_RL_GLD1Ev");
@@ -367,7 +367,7 @@ TEST(Core_RL_GL_slots_test, theFirstTwoSlotsAreTheDestructors) {
     EXPECT_EQ(member_slots::tableOf(&layer)[1], deleting);
 }
 
-TEST(Core_RL_GL_slots_test, slotsMarkedBaseKeepTheBaseAndNoOthersDo) {
+TEST(Core_RL_GL_slots_test, slotsMarkedBaseKeepBaseAndNoOthersDo) {
     Core_RL_GL const layer;
     for (Slot const& slot : slots()) {
         std::string const name = functionIn(layer, slot.number);
@@ -381,7 +381,7 @@ TEST(Core_RL_GL_slots_test, slotsMarkedBaseKeepTheBaseAndNoOthersDo) {
     }
 }
 
-TEST(Core_RL_GL_slots_test, readingTheExtensionsIsNotVirtual) {
+TEST(Core_RL_GL_slots_test, readingExtensionsIsNotVirtual) {
     EXPECT_EQ((slotOf<Core_RL_GL, void()>(&Core_RL_GL::fillOpenGLExtensions)), member_slots::NOT_VIRTUAL);
 }
 
@@ -396,19 +396,19 @@ private:
     Core_RL* former = VL_Raster;
 };
 
-TEST_F(Core_RL_GL_life_test, theConstructorBecomesTheRenderLayer) {
+TEST_F(Core_RL_GL_life_test, constructorBecomesRenderLayer) {
     VL_Raster = nullptr;
     Core_RL_GL layer;
     EXPECT_EQ(VL_Raster, &layer);
 }
 
-TEST_F(Core_RL_GL_life_test, aLaterInstanceReplacesTheEarlierOne) {
+TEST_F(Core_RL_GL_life_test, laterInstanceReplacesEarlierOne) {
     Core_RL_GL first;
     Core_RL_GL second;
     EXPECT_EQ(VL_Raster, &second);
 }
 
-TEST_F(Core_RL_GL_life_test, theDestructorDeliberatelyLeavesTheRenderLayerAlone) {
+TEST_F(Core_RL_GL_life_test, deliberatelyDestructorLeavesRenderLayerAlone) {
     Core_RL_GL first;
     Core_RL* second = new Core_RL_GL;
     delete second;
@@ -422,7 +422,7 @@ TEST_F(Core_RL_GL_life_test, theDestructorDeliberatelyLeavesTheRenderLayerAlone)
 
 // With the address sanitizer a pair that does not match ends the program; without it these show that the class
 // has operators of its own.
-TEST_F(Core_RL_GL_life_test, theClassAllocatesWithMalloc) {
+TEST_F(Core_RL_GL_life_test, classAllocatesWithMalloc) {
     auto* const layer = new Core_RL_GL;
     void* const volatile memory = layer;  // volatile: the compiler warns of pairs that it takes for a mistake
     layer->~Core_RL_GL();
@@ -432,7 +432,7 @@ TEST_F(Core_RL_GL_life_test, theClassAllocatesWithMalloc) {
     EXPECT_NE(static_cast<Allocate>(&Core_RL_GL::operator new), static_cast<Allocate>(&::operator new));
 }
 
-TEST_F(Core_RL_GL_life_test, theDeletingDestructorReleasesWithFree) {
+TEST_F(Core_RL_GL_life_test, deletingDestructorReleasesWithFree) {
     void* const memory = std::malloc(sizeof(Core_RL_GL));
     ASSERT_NE(memory, nullptr);
     Core_RL* const layer = new (memory) Core_RL_GL;

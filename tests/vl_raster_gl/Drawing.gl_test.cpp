@@ -59,8 +59,9 @@ Outline hull(std::vector<Pixel2> points) {
     for (int pass = 0; pass < 2; ++pass) {
         std::size_t const first = result.size();
         for (Pixel2 const& p : points) {
-            while (result.size() >= first + 2 && turn(result[result.size() - 2], result.back(), p) <= 0)
+            while (result.size() >= first + 2 && turn(result[result.size() - 2], result.back(), p) <= 0) {
                 result.pop_back();
+            }
             result.push_back(p);
         }
         result.pop_back();
@@ -92,10 +93,12 @@ double distanceToArea(Pixel2 const& p, Outline const& area) {
 
 double distanceTo(Shape const& shape, Pixel2 const& p) {
     double nearest = std::numeric_limits<double>::infinity();
-    for (Outline const& area : shape.areas)
+    for (Outline const& area : shape.areas) {
         nearest = std::min(nearest, distanceToArea(p, area));
-    for (Line const& line : shape.lines)
+    }
+    for (Line const& line : shape.lines) {
         nearest = std::min(nearest, distanceToLine(p, line));
+    }
     return nearest;
 }
 
@@ -117,8 +120,9 @@ struct Picture {
     Color at(Pixel2 const& p) const { return at(int(std::floor(p.x)), int(std::floor(p.y))); }
 
     bool isCovered(int x, int y) const {
-        if (x < 0 || y < 0 || x >= SIZE || y >= SIZE)
+        if (x < 0 || y < 0 || x >= SIZE || y >= SIZE) {
             return false;
+        }
         Color const color = at(x, y);
         return color[0] != 0 || color[1] != 0 || color[2] != 0;
     }
@@ -127,8 +131,9 @@ struct Picture {
     bool isCoveredNear(Pixel2 const& p) const {
         for (int dy = -1; dy <= 1; ++dy) {
             for (int dx = -1; dx <= 1; ++dx) {
-                if (isCovered(int(std::floor(p.x)) + dx, int(std::floor(p.y)) + dy))
+                if (isCovered(int(std::floor(p.x)) + dx, int(std::floor(p.y)) + dy)) {
                     return true;
+                }
             }
         }
         return false;
@@ -137,8 +142,9 @@ struct Picture {
     int count() const {
         int covered = 0;
         for (int y = 0; y < SIZE; ++y) {
-            for (int x = 0; x < SIZE; ++x)
+            for (int x = 0; x < SIZE; ++x) {
                 covered += isCovered(x, y) ? 1 : 0;
+            }
         }
         return covered;
     }
@@ -152,8 +158,9 @@ void expectWithin(Picture const& picture, Shape const& shape, std::function<bool
     Pixel2 example{0, 0};
     for (int y = 0; y < SIZE; ++y) {
         for (int x = 0; x < SIZE; ++x) {
-            if (!picture.isCovered(x, y) || !counts(picture.at(x, y)))
+            if (!picture.isCovered(x, y) || !counts(picture.at(x, y))) {
                 continue;
+            }
             Pixel2 const center{x + 0.5, y + 0.5};
             if (distanceTo(shape, center) > rim) {
                 ++outside;
@@ -201,8 +208,9 @@ void expectShape(Picture const& picture, Shape const& shape, double rim = RIM) {
 
 bool isNear(Color const& a, Color const& b, int tolerance) {
     for (std::size_t k = 0; k < 3; ++k) {
-        if (std::abs(int(a[k]) - int(b[k])) > tolerance)
+        if (std::abs(int(a[k]) - int(b[k])) > tolerance) {
             return false;
+        }
     }
     return true;
 }
@@ -230,8 +238,9 @@ Matrix4<float> viewMatrix(double aboutY, double aboutX, double scale, Pixel2 con
     double const rows[3][3] = {{cy, 0, sy}, {sx * sy, cx, -sx * cy}, {-cx * sy, sx, cx * cy}};
     Matrix4<float> m = Matrix4<float>::identity();
     for (int column = 0; column < 3; ++column) {
-        for (int row = 0; row < 3; ++row)
+        for (int row = 0; row < 3; ++row) {
             m.e[4 * column + row] = float(scale * rows[row][column]);
+        }
     }
     m.e[12] = float(place.x);
     m.e[13] = float(place.y);
@@ -263,18 +272,21 @@ Line seenLine(Matrix4<float> const& view, Space const& a, Space const& b) {
 
 Outline seenHull(Matrix4<float> const& view, std::vector<Space> const& points) {
     std::vector<Pixel2> flat;
-    for (Space const& p : points)
+    for (Space const& p : points) {
         flat.push_back(seen(view, p));
+    }
     return hull(flat);
 }
 
 /// A curve as lines between its points; closed or open.
 std::vector<Line> curve(Matrix4<float> const& view, std::vector<Space> const& points, bool isClosed) {
     std::vector<Line> lines;
-    for (std::size_t i = 1; i < points.size(); ++i)
+    for (std::size_t i = 1; i < points.size(); ++i) {
         lines.push_back(seenLine(view, points[i - 1], points[i]));
-    if (isClosed)
+    }
+    if (isClosed) {
         lines.push_back(seenLine(view, points.back(), points.front()));
+    }
     return lines;
 }
 
@@ -291,8 +303,9 @@ std::vector<Line> edges(Matrix4<float> const& view, std::vector<Space> const& co
     std::vector<Line> lines;
     for (std::size_t i = 0; i < 8; ++i) {
         for (std::size_t const bit : {1U, 2U, 4U}) {
-            if ((i & bit) == 0)
+            if ((i & bit) == 0) {
                 lines.push_back(seenLine(view, corners[i], corners[i | bit]));
+            }
         }
     }
     return lines;
@@ -333,8 +346,9 @@ Shape boxHandle(Matrix4<float> const& view, std::size_t axis, double size) {
         max[axis] = 1;
     }
     Shape shape{{seenHull(view, boxCorners(min, max))}, {}};
-    if (axis < 3)
+    if (axis < 3) {
         shape.lines.push_back(seenLine(view, {0, 0, 0}, unit(axis)));
+    }
     return shape;
 }
 
@@ -350,12 +364,13 @@ std::function<bool(Color const&)> onlyChannel(std::size_t channel) {
 /// A turned and moved frame for the circles that take one.
 Matrix4<float> const IDENTITY = Matrix4<float>::identity();
 
-class Drawing_gl_test : public gl_spy::GlTest {
+class Drawing_drawn_test : public gl_spy::GlTest {
 protected:
     void SetUp() override {
         GlTest::SetUp();
-        if (HasFatalFailure())
+        if (HasFatalFailure()) {
             return;
+        }
         glMatrixMode(GL_PROJECTION);
         glOrtho(0, width, 0, height, -256, 256);
         glMatrixMode(GL_MODELVIEW);
@@ -389,13 +404,13 @@ protected:
 
 // == Segments and points ==
 
-TEST_F(Drawing_gl_test, segmentsRunBetweenTheirEnds) {
+TEST_F(Drawing_drawn_test, segmentsRunBetweenTheirEnds) {
     core.renderSegment2({20, 60.5F}, {200, 30});
     core.renderSegment3({30, 20, 5}, {90, 240, -5});
     expectShape(picture(), {{}, {Line{{{20, 60.5}, {200, 30}}}, Line{{{30, 20}, {90, 240}}}}});
 }
 
-TEST_F(Drawing_gl_test, stippledSegmentIsHalfGapsOfThreePixels) {
+TEST_F(Drawing_drawn_test, stippledSegmentIsHalfGapsOfThreePixels) {
     core.renderSegmentStipple3({20, 100.5F, 0}, {212, 100.5F, 0});
     Picture const drawn = picture();
     EXPECT_NEAR(drawn.count(), 96, 3) << savePicture("stippled_segment");
@@ -408,12 +423,12 @@ TEST_F(Drawing_gl_test, stippledSegmentIsHalfGapsOfThreePixels) {
     EXPECT_EQ(longest, 3);
 }
 
-TEST_F(Drawing_gl_test, strokeDeliberatelyShowsOnlyTheHalfBeforeItsCenter) {
+TEST_F(Drawing_drawn_test, deliberatelyStrokeShowsOnlyHalfBeforeItsCenter) {
     core.renderStroke3({128, 100.5F, 0}, {1, 0, 0}, 80);
     expectShape(picture(), {{}, {Line{{{48, 100.5}, {128, 100.5}}}}});
 }
 
-TEST_F(Drawing_gl_test, pointsHaveThePointSize) {
+TEST_F(Drawing_drawn_test, pointsHavePointSize) {
     core.setPointSize(5);
     core.renderPoint2({50.5F, 60.5F});
     core.renderPoint3({150.5F, 160.5F, 3});
@@ -430,29 +445,31 @@ TEST_F(Drawing_gl_test, pointsHaveThePointSize) {
     }
 }
 
-TEST_F(Drawing_gl_test, crossIsThreeSegmentsThroughTheOrigin) {
+TEST_F(Drawing_drawn_test, crossIsThreeSegmentsThroughOrigin) {
     core.setTransform(OBLIQUE);
     core.renderCross3();
     Shape shape;
-    for (std::size_t axis = 0; axis < 3; ++axis)
+    for (std::size_t axis = 0; axis < 3; ++axis) {
         shape.lines.push_back(seenLine(OBLIQUE, unit(axis, -1), unit(axis)));
+    }
     expectShape(picture(), shape);
 }
 
-TEST_F(Drawing_gl_test, latticeIsItsPoints) {
+TEST_F(Drawing_drawn_test, latticeIsItsPoints) {
     core.renderBox3Points_asPoints(Box3Points<double>{{4, 3, 2}, {40.5, 50.5, 0}, {30, 40, 10}});
     Picture const drawn = picture();
     // The points of the two layers lie behind each other.
     EXPECT_EQ(drawn.count(), 12);
     for (int i = 0; i < 4; ++i) {
-        for (int j = 0; j < 3; ++j)
+        for (int j = 0; j < 3; ++j) {
             EXPECT_TRUE(drawn.isCovered(40 + 30 * i, 50 + 40 * j)) << i << " " << j;
+        }
     }
 }
 
 // == Boxes ==
 
-TEST_F(Drawing_gl_test, filledBox2CoversItsRectangle) {
+TEST_F(Drawing_drawn_test, filledBox2CoversItsRectangle) {
     core.render(Box2<float>{{30, 50}, {200, 90}}, false);
     EXPECT_EQ(picture().count(), 170 * 40);
     clear();
@@ -461,24 +478,24 @@ TEST_F(Drawing_gl_test, filledBox2CoversItsRectangle) {
     expectShape(picture(), {{hull({{80, 80}, {120, 80}, {120, 120}, {80, 120}})}, {}});
 }
 
-TEST_F(Drawing_gl_test, wireBox2DeliberatelyShowsTwoEdges) {
+TEST_F(Drawing_drawn_test, deliberatelyWireBox2ShowsTwoEdges) {
     core.render(Box2<float>{{30, 50.5F}, {200, 90.5F}}, true);
     expectShape(picture(), {{}, {Line{{{30, 50.5}, {200, 50.5}}}, Line{{{200, 90.5}, {30, 90.5}}}}});
 }
 
-TEST_F(Drawing_gl_test, filledBox3CoversItsSilhouette) {
+TEST_F(Drawing_drawn_test, filledBox3CoversItsSilhouette) {
     core.setTransform(OBLIQUE);
     core.render(Box3<float>{{-0.8F, -0.5F, -0.6F}, {0.9F, 0.7F, 0.3F}}, false);
     expectShape(picture(), {{seenHull(OBLIQUE, boxCorners({-0.8, -0.5, -0.6}, {0.9, 0.7, 0.3}))}, {}});
 }
 
-TEST_F(Drawing_gl_test, wireBox3ShowsTwelveEdges) {
+TEST_F(Drawing_drawn_test, wireBox3ShowsTwelveEdges) {
     core.setTransform(OBLIQUE);
     core.render(Box3<double>{{-0.8, -0.5, -0.6}, {0.9, 0.7, 0.3}}, true);
     expectShape(picture(), {{}, edges(OBLIQUE, boxCorners({-0.8, -0.5, -0.6}, {0.9, 0.7, 0.3}))});
 }
 
-TEST_F(Drawing_gl_test, facesOfABoxAreShadedByTheirNormalsAndWoundOutwards) {
+TEST_F(Drawing_drawn_test, facesOfBoxAreShadedByTheirNormalsAndWoundOutwards) {
     light();
     core.setTransform(OBLIQUE);
     core.setCulling({true, true});
@@ -490,8 +507,9 @@ TEST_F(Drawing_gl_test, facesOfABoxAreShadedByTheirNormalsAndWoundOutwards) {
     for (std::size_t axis = 0; axis < 3; ++axis) {
         for (double const side : {-1.0, 1.0}) {
             double const brightness = side * double(OBLIQUE.e[4 * axis + 2]) / 70;
-            if (brightness < 0)
+            if (brightness < 0) {
                 continue;
+            }
             ++faces;
             auto const value = static_cast<unsigned char>(std::lround(255 * brightness));
             expectColor(drawn.at(seen(OBLIQUE, unit(axis, side))), {value, value, value, 255}, 2,
@@ -501,7 +519,7 @@ TEST_F(Drawing_gl_test, facesOfABoxAreShadedByTheirNormalsAndWoundOutwards) {
     EXPECT_EQ(faces, 3);
 }
 
-TEST_F(Drawing_gl_test, orientedBoxCoversItsTurnedSilhouetteAndItsEdges) {
+TEST_F(Drawing_drawn_test, orientedBoxCoversItsTurnedSilhouetteAndItsEdges) {
     float const s = std::sqrt(0.5F);
     Obb3<float> const box{{s, s, 0}, 0.5F, {-s, s, 0}, 0.9F, {0, 0, 1}, 0.3F, {0.25F, 0, 0}};
     std::vector<Space> corners;
@@ -519,7 +537,7 @@ TEST_F(Drawing_gl_test, orientedBoxCoversItsTurnedSilhouetteAndItsEdges) {
     expectShape(picture(), {{}, edges(OBLIQUE, corners)});
 }
 
-TEST_F(Drawing_gl_test, orientedBoxIsDeliberatelyShadedAsIfItWereUpright) {
+TEST_F(Drawing_drawn_test, deliberatelyOrientedBoxIsShadedAsIfItWereUpright) {
     light();
     core.setTransform(FRONT);
     // A quarter turn about y brings another side to the front; the normal sent with it points sideways.
@@ -527,7 +545,7 @@ TEST_F(Drawing_gl_test, orientedBoxIsDeliberatelyShadedAsIfItWereUpright) {
     expectColor(picture().at(128, 128), {0, 0, 0, 255}, 1, "the front, lit as a side");
 }
 
-TEST_F(Drawing_gl_test, coloredBoxRunsFromCornerToCorner) {
+TEST_F(Drawing_drawn_test, coloredBoxRunsFromCornerToCorner) {
     core.setTransform(FRONT);
     core.setDepthTest({DEPTH_LESS, true});
     Vector3<float> const red{1, 0, 0};
@@ -544,7 +562,7 @@ TEST_F(Drawing_gl_test, coloredBoxRunsFromCornerToCorner) {
     expectColor(drawn.at(195, 195), {255, 255, 0, 255}, 12, "upper right");
 }
 
-TEST_F(Drawing_gl_test, cubesAreFilledWhateverTheFillingIs) {
+TEST_F(Drawing_drawn_test, cubesAreFilledWhateverFillingIs) {
     core.pushFillingFront(FILLING_LINES);
     core.pushFillingBack(FILLING_LINES);
     core.setTransform(OBLIQUE);
@@ -589,7 +607,7 @@ constexpr Color YELLOW{255, 255, 0, 255};
 
 }  // namespace
 
-TEST_F(Drawing_gl_test, texturedQuadShowsTheImageUpright) {
+TEST_F(Drawing_drawn_test, texturedQuadShowsImageUpright) {
     unsigned int const texture = makeQuarters(core);
     core.setTransform(FRONT);
     core.renderQuad3(texture);
@@ -602,7 +620,7 @@ TEST_F(Drawing_gl_test, texturedQuadShowsTheImageUpright) {
     core.destroyTexture(texture);
 }
 
-TEST_F(Drawing_gl_test, texturedRhombusShowsTheImageWithItsFirstRowBelow) {
+TEST_F(Drawing_drawn_test, texturedRhombusShowsImageWithItsFirstRowBelow) {
     unsigned int const texture = makeQuarters(core);
     core.setTransform(FRONT);
     core.renderRhombus3(texture);
@@ -615,7 +633,7 @@ TEST_F(Drawing_gl_test, texturedRhombusShowsTheImageWithItsFirstRowBelow) {
     core.destroyTexture(texture);
 }
 
-TEST_F(Drawing_gl_test, plainRhombusAndQuadAreFilledWithTheCurrentColor) {
+TEST_F(Drawing_drawn_test, plainRhombusAndQuadAreFilledWithCurrentColor) {
     core.setTransform(FRONT);
     core.setColor({0, 1, 0, 1});
     core.renderRhombus3();
@@ -626,7 +644,7 @@ TEST_F(Drawing_gl_test, plainRhombusAndQuadAreFilledWithTheCurrentColor) {
     expectShape(picture(), {{hull({{58, 58}, {198, 93}, {163, 198}, {58, 163}})}, {}});
 }
 
-TEST_F(Drawing_gl_test, trianglesAreShadedByTheirFaceNormal) {
+TEST_F(Drawing_drawn_test, trianglesAreShadedByTheirFaceNormal) {
     light();
     core.setTransform(FRONT);
     // Tilted by 60 degrees about y: half as bright. The next block holds two triangles.
@@ -642,7 +660,7 @@ TEST_F(Drawing_gl_test, trianglesAreShadedByTheirFaceNormal) {
     expectColor(drawn.at(140, 140), WHITE, 1, "the triangle across the view");
 }
 
-TEST_F(Drawing_gl_test, triangleWithNormalsIsShadedSmoothly) {
+TEST_F(Drawing_drawn_test, triangleWithNormalsIsShadedSmoothly) {
     light();
     core.setTransform(FRONT);
     // Turned away at the left corner only.
@@ -655,7 +673,7 @@ TEST_F(Drawing_gl_test, triangleWithNormalsIsShadedSmoothly) {
 
 // == Plane grids, circles and ellipses ==
 
-TEST_F(Drawing_gl_test, planeGridIsRuledInBothDirections) {
+TEST_F(Drawing_drawn_test, planeGridIsRuledInBothDirections) {
     core.setTransform(OBLIQUE);
     core.renderPlane3({{0, 1, 0}, 0.25F}, 2, 4);
     Shape shape;
@@ -667,13 +685,13 @@ TEST_F(Drawing_gl_test, planeGridIsRuledInBothDirections) {
     expectShape(picture(), shape);
 }
 
-TEST_F(Drawing_gl_test, circleIsClosedAndRound) {
+TEST_F(Drawing_drawn_test, circleIsClosedAndRound) {
     core.setTransform(FRONT);
     core.renderCircle3(1.5F);
     expectShape(picture(), {{}, curve(FRONT, circleAcross(2, 1.5), true)});
 }
 
-TEST_F(Drawing_gl_test, cameraFacingCircleStaysRoundInAnyView) {
+TEST_F(Drawing_drawn_test, cameraFacingCircleStaysRoundInAnyView) {
     core.setTransform(OBLIQUE);
     Matrix4<float> frame = viewMatrix(50, 70, 3, {0.5, 0.25});
     core.renderCircleCameraFacing3(frame, Matrix3<float>{}, 20, {0, 1, 0, 1}, 2);
@@ -681,15 +699,16 @@ TEST_F(Drawing_gl_test, cameraFacingCircleStaysRoundInAnyView) {
     Pixel2 const center = seen(OBLIQUE, {0.5, 0.25, 0});
     std::vector<Line> circle = curve(IDENTITY, circleAcross(2, 40), true);
     for (Line& line : circle) {
-        for (Pixel2& p : line)
+        for (Pixel2& p : line) {
             p = {p.x + center.x, p.y + center.y};
+        }
     }
     Picture const drawn = picture();
     expectShape(drawn, {{}, circle});
     expectWithin(drawn, {{}, circle}, onlyChannel(1));
 }
 
-TEST_F(Drawing_gl_test, ellipsesFollowTheirHalfAxes) {
+TEST_F(Drawing_drawn_test, ellipsesFollowTheirHalfAxes) {
     core.setTransform(OBLIQUE);
     core.renderEllipse3_XY({0.25F, 0, 0}, 1, 0.5F);
     core.renderEllipse3_XZ({0, 0.5F, 0}, 0.5F, 0.75F);
@@ -705,8 +724,9 @@ TEST_F(Drawing_gl_test, ellipsesFollowTheirHalfAxes) {
         points[3].push_back({s, 0.5 * s + 0.5 * c, -c});
     }
     Shape shape;
-    for (std::vector<Space> const& ellipse : points)
+    for (std::vector<Space> const& ellipse : points) {
         shape += {{}, curve(OBLIQUE, ellipse, false)};
+    }
     expectShape(picture(), shape);
 }
 
@@ -718,8 +738,9 @@ Shape ringWhere(std::vector<Space> const& ring, Matrix4<float> const& view,
                 std::function<bool(Space const&)> const& holds) {
     Shape shape;
     for (std::size_t i = 1; i < ring.size(); ++i) {
-        if (holds(ring[i - 1]) && holds(ring[i]))
+        if (holds(ring[i - 1]) && holds(ring[i])) {
             shape.lines.push_back(seenLine(view, ring[i - 1], ring[i]));
+        }
     }
     return shape;
 }
@@ -742,7 +763,7 @@ std::vector<Space> gizmoRing(std::size_t axis, double radius) {
 
 }  // namespace
 
-TEST_F(Drawing_gl_test, rotateGizmoShowsTheHalvesTowardTheViewer) {
+TEST_F(Drawing_drawn_test, rotateGizmoShowsHalvesTowardViewer) {
     Vector3<float> const direction = lookingDirection(OBLIQUE);
     core.setTransform(OBLIQUE);
     core.renderAxesCircleCulled3(0, 1, 2, direction, IDENTITY, 1.25F, COLORS, 1);
@@ -762,18 +783,19 @@ TEST_F(Drawing_gl_test, rotateGizmoShowsTheHalvesTowardTheViewer) {
     EXPECT_FALSE(drawn.isCoveredNear(far)) << savePicture("rotate_gizmo");
 }
 
-TEST_F(Drawing_gl_test, rotateGizmoWithItsFarHalfShowsAllRings) {
+TEST_F(Drawing_drawn_test, rotateGizmoWithItsFarHalfShowsAllRings) {
     core.setTransform(OBLIQUE);
     core.pushLineWidth(1);
     core.renderAxesCircleCulledStipple3(0, 1, 2, lookingDirection(OBLIQUE), IDENTITY, 1, COLORS, 1.25F);
     Shape all;
-    for (std::size_t axis = 0; axis < 3; ++axis)
+    for (std::size_t axis = 0; axis < 3; ++axis) {
         all += {{}, curve(OBLIQUE, gizmoRing(axis, 1.25), true)};
+    }
     // One degree is one and a half pixels here, so that the gaps at the rim are within the tolerance.
     expectShape(picture(), all);
 }
 
-TEST_F(Drawing_gl_test, tapeRingIsABandWithPointedGapsAtTheQuarters) {
+TEST_F(Drawing_drawn_test, tapeRingIsBandWithPointedGapsAtQuarters) {
     // Seen along y, so that the ring's axis z points up.
     Matrix4<float> const side{{70, 0, 0, 0, 0, 0, 70, 0, 0, 70, 0, 0, 128, 128, 0, 1}};
     core.setTransform(side);
@@ -793,7 +815,7 @@ TEST_F(Drawing_gl_test, tapeRingIsABandWithPointedGapsAtTheQuarters) {
     EXPECT_TRUE(drawn.isCovered(124, 128));
 }
 
-TEST_F(Drawing_gl_test, tapeSetShowsThreeRings) {
+TEST_F(Drawing_drawn_test, tapeSetShowsThreeRings) {
     core.setTransform(OBLIQUE);
     core.renderAxesCircleTape3(0, 1, 2, COLORS, 1.25F, 0.25F);
     Picture const drawn = picture();
@@ -816,7 +838,7 @@ TEST_F(Drawing_gl_test, tapeSetShowsThreeRings) {
 
 // == Gizmos ==
 
-TEST_F(Drawing_gl_test, moveGizmoIsAnArrowOnEachAxisInItsColor) {
+TEST_F(Drawing_drawn_test, moveGizmoIsArrowOnEachAxisInItsColor) {
     core.pushFillingFront(FILLING_LINES);  // the handles are filled all the same
     core.setTransform(OBLIQUE);
     core.renderAxesArrow3(0, 1, 2, COLORS, 0.4F);
@@ -831,7 +853,7 @@ TEST_F(Drawing_gl_test, moveGizmoIsAnArrowOnEachAxisInItsColor) {
     expectShape(drawn, all, 1.5);
 }
 
-TEST_F(Drawing_gl_test, stippledMoveGizmosHaveDashedSegments) {
+TEST_F(Drawing_drawn_test, stippledMoveGizmosHaveDashedSegments) {
     core.setTransform(OBLIQUE);
     core.renderAxesArrow3(0, 1, 2, COLORS, 0.4F);
     int const whole = picture().count();
@@ -844,33 +866,37 @@ TEST_F(Drawing_gl_test, stippledMoveGizmosHaveDashedSegments) {
     EXPECT_EQ(named.bytes, unnamed.bytes);
     EXPECT_LT(named.count(), whole - 50);
     Shape all;
-    for (std::size_t axis = 0; axis < 3; ++axis)
+    for (std::size_t axis = 0; axis < 3; ++axis) {
         all += arrowHandle(OBLIQUE, axis, 0.4);
+    }
     expectWithin(
         named, all, [](Color const&) { return true; }, 1.5);
 }
 
-TEST_F(Drawing_gl_test, scaleGizmoIsABoxOnEachAxisAndOneAtTheCenter) {
+TEST_F(Drawing_drawn_test, scaleGizmoIsBoxOnEachAxisAndOneAtCenter) {
     core.setTransform(OBLIQUE);
     core.renderAxesBox3(0, 1, 2, 3, FOUR_COLORS, 0.15F);
     Picture const drawn = picture();
     Shape all;
-    for (std::size_t axis = 0; axis < 4; ++axis)
+    for (std::size_t axis = 0; axis < 4; ++axis) {
         all += boxHandle(OBLIQUE, axis, 0.15);
-    for (std::size_t axis = 0; axis < 3; ++axis)
+    }
+    for (std::size_t axis = 0; axis < 3; ++axis) {
         expectWithin(drawn, boxHandle(OBLIQUE, axis, 0.15), onlyChannel(axis));
+    }
     expectShape(drawn, all);
     expectColor(drawn.at(seen(OBLIQUE, {0, 0, 0})), WHITE, 0, "the center");
 
     clear();
     core.renderAxesBox3(0, 1, 2, COLORS, 0.15F);
     Shape three;
-    for (std::size_t axis = 0; axis < 3; ++axis)
+    for (std::size_t axis = 0; axis < 3; ++axis) {
         three += boxHandle(OBLIQUE, axis, 0.15);
+    }
     expectShape(picture(), three);
 }
 
-TEST_F(Drawing_gl_test, circleGizmoIsACircleAcrossEachAxis) {
+TEST_F(Drawing_drawn_test, circleGizmoIsCircleAcrossEachAxis) {
     core.setTransform(OBLIQUE);
     core.renderAxesCircle3(0, 1, 2, COLORS, 1.25F);
     Picture const drawn = picture();
@@ -888,7 +914,7 @@ TEST_F(Drawing_gl_test, circleGizmoIsACircleAcrossEachAxis) {
     EXPECT_NEAR(picture().count(), whole / 2, whole / 10);
 }
 
-TEST_F(Drawing_gl_test, planeGizmoIsASquareInEachPlane) {
+TEST_F(Drawing_drawn_test, planeGizmoIsSquareInEachPlane) {
     core.setTransform(OBLIQUE);
     core.renderAxesPlane3(0, 1, 2, COLORS, 0.8F);
     Picture const drawn = picture();
@@ -897,8 +923,9 @@ TEST_F(Drawing_gl_test, planeGizmoIsASquareInEachPlane) {
                                           seenHull(OBLIQUE, {{0, 0, 0}, {0, s, 0}, {0, s, s}, {0, 0, s}}),
                                           seenHull(OBLIQUE, {{0, 0, 0}, {s, 0, 0}, {s, 0, s}, {0, 0, s}})}};
     expectShape(drawn, {{squares.begin(), squares.end()}, {}});
-    for (std::size_t i = 0; i < 3; ++i)
+    for (std::size_t i = 0; i < 3; ++i) {
         expectWithin(drawn, {{squares[i]}, {}}, onlyChannel(i));
+    }
 }
 
 // == Arrows ==
@@ -914,7 +941,7 @@ std::vector<Space> headAlongX(double tip, double length) {
 
 }  // namespace
 
-TEST_F(Drawing_gl_test, arrowIsAShaftAHeadAndATailBox) {
+TEST_F(Drawing_drawn_test, arrowIsShaftHeadAndTailBox) {
     core.setTransform(OBLIQUE);
     core.renderArrow3({-1, 0, 0}, {1, 0, 0}, 0.5F, true);
     expectShape(picture(), {{seenHull(OBLIQUE, headAlongX(1, 0.5)),
@@ -926,7 +953,7 @@ TEST_F(Drawing_gl_test, arrowIsAShaftAHeadAndATailBox) {
                 {{seenHull(OBLIQUE, headAlongX(1, 2 * 0.333))}, {seenLine(OBLIQUE, {-1, 0, 0}, {1, 0, 0})}});
 }
 
-TEST_F(Drawing_gl_test, arrowsShowTheirDarkerBaseFromBehind) {
+TEST_F(Drawing_drawn_test, arrowsShowTheirDarkerBaseFromBehind) {
     // Looking along the arrow from its tail.
     Matrix4<float> const behind{{0, 0, -70, 0, 0, 70, 0, 0, 70, 0, 0, 0, 128, 128, 0, 1}};
     core.setTransform(behind);
@@ -951,7 +978,7 @@ TEST_F(Drawing_gl_test, arrowsShowTheirDarkerBaseFromBehind) {
     expectColor(picture().at(134, 134), shade(0.8), 1, "the base of an arrow from buffers");
 }
 
-TEST_F(Drawing_gl_test, arrowHeadIsLitFromOutside) {
+TEST_F(Drawing_drawn_test, arrowHeadIsLitFromOutside) {
     light();
     core.setTransform(OBLIQUE);
     core.setCulling({true, true});
@@ -965,7 +992,7 @@ TEST_F(Drawing_gl_test, arrowHeadIsLitFromOutside) {
                         {seenLine(OBLIQUE, {-1, 0, 0}, {0.334, 0, 0})}});
 }
 
-TEST_F(Drawing_gl_test, arrowsFromBuffersStandAtTheirPositions) {
+TEST_F(Drawing_drawn_test, arrowsFromBuffersStandAtTheirPositions) {
     Array<Vector3<float>> vertices;
     Array<unsigned int> triangles;
     Array<unsigned int> lines;
@@ -982,8 +1009,9 @@ TEST_F(Drawing_gl_test, arrowsFromBuffersStandAtTheirPositions) {
         double const length = i == 2 ? 1 : 2;
         double const y = double(i) - 1;
         std::vector<Space> head = headAlongX(length - 1, length * 0.333);
-        for (Space& p : head)
+        for (Space& p : head) {
             p[1] += y;
+        }
         Shape const arrow{{seenHull(OBLIQUE, head)}, {seenLine(OBLIQUE, {-1, y, 0}, {length - 1, y, 0})}};
         all += arrow;
         expectWithin(drawn, arrow, onlyChannel(i));
@@ -991,20 +1019,21 @@ TEST_F(Drawing_gl_test, arrowsFromBuffersStandAtTheirPositions) {
     expectShape(drawn, all);
 }
 
-TEST_F(Drawing_gl_test, unitArrowPointsDown) {
+TEST_F(Drawing_drawn_test, unitArrowPointsDown) {
     core.setTransform(OBLIQUE);
     core.renderUnitArrow3();
     Shape shape;
     double const s = 0.05;
     std::vector<Space> const square{{s, -1, s}, {-s, -1, s}, {-s, -1, -s}, {s, -1, -s}};
     shape.lines = curve(OBLIQUE, square, true);
-    for (Space const& corner : square)
+    for (Space const& corner : square) {
         shape.lines.push_back(seenLine(OBLIQUE, corner, {0, -1.2, 0}));
+    }
     shape.lines.push_back(seenLine(OBLIQUE, {0, 0, 0}, {0, -1.2, 0}));
     expectShape(picture(), shape);
 }
 
-TEST_F(Drawing_gl_test, flatArrowHasTwoBarbs) {
+TEST_F(Drawing_drawn_test, flatArrowHasTwoBarbs) {
     core.renderArrow2({40, 60}, {220, 150}, 0.25F);
     double const length = std::hypot(180, 90);
     Shape shape{{}, {Line{{{40, 60}, {220, 150}}}}};
@@ -1019,7 +1048,7 @@ TEST_F(Drawing_gl_test, flatArrowHasTwoBarbs) {
 
 // == Drawings composed by the base ==
 
-TEST_F(Drawing_gl_test, sphereIsARoundShadedDisc) {
+TEST_F(Drawing_drawn_test, sphereIsRoundShadedDisc) {
     light();
     core.setTransform(OBLIQUE);
     core.setCulling({true, true});
@@ -1027,16 +1056,18 @@ TEST_F(Drawing_gl_test, sphereIsARoundShadedDisc) {
     Picture const drawn = picture();
     Pixel2 const center = seen(OBLIQUE, {0.25, 0, 0});
     Outline disc;
-    for (int i = 0; i < 360; ++i)
+    for (int i = 0; i < 360; ++i) {
         disc.push_back({center.x + 70 * std::cos(i * PI / 180), center.y + 70 * std::sin(i * PI / 180)});
+    }
     // Its facets lie up to a pixel inside the circle.
     expectShape(drawn, {{disc}, {}}, 2.5);
     int worst = 0;
     for (int y = -60; y <= 60; y += 4) {
         for (int x = -60; x <= 60; x += 4) {
             double const square = (x * x + y * y) / 4900.0;
-            if (square > 0.75)
+            if (square > 0.75) {
                 continue;
+            }
             int const actual = drawn.at(Pixel2{center.x + x, center.y + y})[0];
             worst = std::max(worst, std::abs(actual - int(std::lround(255 * std::sqrt(1 - square)))));
         }
@@ -1044,7 +1075,7 @@ TEST_F(Drawing_gl_test, sphereIsARoundShadedDisc) {
     EXPECT_LE(worst, 8) << savePicture("sphere");
 }
 
-TEST_F(Drawing_gl_test, tetrahedronStandsOnItsBaseWithOneCornerUp) {
+TEST_F(Drawing_drawn_test, tetrahedronStandsOnItsBaseWithOneCornerUp) {
     light();
     core.setTransform(OBLIQUE);
     core.setCulling({true, true});
@@ -1052,8 +1083,9 @@ TEST_F(Drawing_gl_test, tetrahedronStandsOnItsBaseWithOneCornerUp) {
     double const down = -0.25 - 1.25 / 3;
     double const ring = 1.25 * std::sqrt(8.0) / 3;
     std::vector<Space> corners{{0, 1, 0}};
-    for (double const degrees : {90.0, 210.0, 330.0})
+    for (double const degrees : {90.0, 210.0, 330.0}) {
         corners.push_back({ring * std::cos(degrees * PI / 180), down, ring * std::sin(degrees * PI / 180)});
+    }
     expectShape(picture(), {{seenHull(OBLIQUE, corners)}, {}});
     for (std::size_t i = 0; i < 4; ++i) {
         for (std::size_t j = 0; j < i; ++j) {
@@ -1064,10 +1096,11 @@ TEST_F(Drawing_gl_test, tetrahedronStandsOnItsBaseWithOneCornerUp) {
     }
 }
 
-TEST_F(Drawing_gl_test, tricubicVoxelIsItsCellAndSixtyFourShadedSamples) {
+TEST_F(Drawing_drawn_test, tricubicVoxelIsItsCellAndSixtyFourShadedSamples) {
     auto const draw = [this](auto voxel) {
-        for (int i = 0; i < 64; ++i)
+        for (int i = 0; i < 64; ++i) {
             voxel.samples[i] = float(i + 1) / 64;
+        }
         clear();
         core.setPointSize(3);
         core.setTransform(OBLIQUE);
@@ -1092,7 +1125,7 @@ TEST_F(Drawing_gl_test, tricubicVoxelIsItsCellAndSixtyFourShadedSamples) {
     draw(TricubicVoxel<double>{{-0.2, -0.2, -0.2}, {0.5, 0.5, 0.5}, {}});
 }
 
-TEST_F(Drawing_gl_test, planeSystemIsOneGridForEachPlane) {
+TEST_F(Drawing_drawn_test, planeSystemIsOneGridForEachPlane) {
     Plane3System<double> system;
     system.planes = {{{0, 1, 0}, 0.5}, {{0, 0, 1}, 0.25}};
     core.setTransform(OBLIQUE);
@@ -1107,7 +1140,7 @@ TEST_F(Drawing_gl_test, planeSystemIsOneGridForEachPlane) {
     expectShape(picture(), shape);
 }
 
-TEST_F(Drawing_gl_test, treeIsTheWireBoxesOfAllItsNodes) {
+TEST_F(Drawing_drawn_test, treeIsWireBoxesOfAllItsNodes) {
     GeometryTree<GeometryNode<Box3<float>>> tree;
     tree.nodes = {{{{-1, -1, -1}, {1, 1, 1}}, 1, 2},
                   {{{-1, -1, -1}, {0, 1, 1}}, 0, 0},
@@ -1119,8 +1152,9 @@ TEST_F(Drawing_gl_test, treeIsTheWireBoxesOfAllItsNodes) {
     for (auto const& [min, max] : std::vector<std::pair<Space, Space>>{{{-1, -1, -1}, {1, 1, 1}},
                                                                        {{-1, -1, -1}, {0, 1, 1}},
                                                                        {{0.25, -1, -1}, {1, 0, 1}},
-                                                                       {{0.5, -0.5, 0}, {1, 0, 1}}})
+                                                                       {{0.5, -0.5, 0}, {1, 0, 1}}}) {
         shape += {{}, edges(OBLIQUE, boxCorners(min, max))};
+    }
     expectShape(picture(), shape);
 }
 
@@ -1133,7 +1167,7 @@ Outline const LIST_SQUARE{{58, 58}, {198, 58}, {198, 198}, {58, 198}};
 
 }  // namespace
 
-TEST_F(Drawing_gl_test, normalsAreSegmentsFromTheCentroids) {
+TEST_F(Drawing_drawn_test, normalsAreSegmentsFromCentroids) {
     core.setTransform(OBLIQUE);
     core.renderNormals(LIST_CORNERS, LIST_TRIANGLES, 0.75F);
     Shape shape;
@@ -1143,7 +1177,7 @@ TEST_F(Drawing_gl_test, normalsAreSegmentsFromTheCentroids) {
     expectShape(picture(), shape);
 }
 
-TEST_F(Drawing_gl_test, triangleListsWithoutColorsTakeTheCurrentOne) {
+TEST_F(Drawing_drawn_test, triangleListsWithoutColorsTakeCurrentOne) {
     core.setColor({0, 1, 0, 1});
     core.setTransform(FRONT);
     core.render(LIST_CORNERS, LIST_TRIANGLES);
@@ -1156,7 +1190,7 @@ TEST_F(Drawing_gl_test, triangleListsWithoutColorsTakeTheCurrentOne) {
     expectColor(picture().at(100, 150), {0, 255, 0, 255}, 1, "a lit triangle across the view");
 }
 
-TEST_F(Drawing_gl_test, coloredTriangleListsRunSmoothlyOrTakeTheMean) {
+TEST_F(Drawing_drawn_test, coloredTriangleListsRunSmoothlyOrTakeMean) {
     Array<Color4<float>> const colors{{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}, {1, 1, 1, 1}};
     core.setTransform(FRONT);
     core.render(LIST_CORNERS, LIST_TRIANGLES, {}, colors);
@@ -1213,14 +1247,15 @@ std::set<unsigned int> pick(Pixel2 const& place, std::function<void()> const& dr
 
 }  // namespace
 
-TEST_F(Drawing_gl_test, moveHandlesArePickedByTheirNames) {
+TEST_F(Drawing_drawn_test, moveHandlesArePickedByTheirNames) {
     core.setTransform(OBLIQUE);
     for (bool const isStippled : {false, true}) {
         auto const draw = [&] {
-            if (isStippled)
+            if (isStippled) {
                 core.renderAxesArrowStipple3(70, 71, 72, COLORS, 0.4F);
-            else
+            } else {
                 core.renderAxesArrow3(70, 71, 72, COLORS, 0.4F);
+            }
         };
         for (unsigned int axis = 0; axis < 3; ++axis) {
             EXPECT_EQ(pick(seen(OBLIQUE, unit(axis, 1)), draw), (std::set<unsigned int>{70 + axis}));
@@ -1231,11 +1266,12 @@ TEST_F(Drawing_gl_test, moveHandlesArePickedByTheirNames) {
     }
 }
 
-TEST_F(Drawing_gl_test, scaleHandlesArePickedByTheirNames) {
+TEST_F(Drawing_drawn_test, scaleHandlesArePickedByTheirNames) {
     core.setTransform(OBLIQUE);
     auto const draw = [this] { core.renderAxesBox3(70, 71, 72, 73, FOUR_COLORS, 0.1F); };
-    for (unsigned int axis = 0; axis < 3; ++axis)
+    for (unsigned int axis = 0; axis < 3; ++axis) {
         EXPECT_EQ(pick(seen(OBLIQUE, unit(axis, 0.9)), draw), (std::set<unsigned int>{70 + axis}));
+    }
     EXPECT_EQ(pick(seen(OBLIQUE, {0.09, 0.09, 0.09}), draw).count(73), 1U);
     EXPECT_THAT(pick({10, 250}, draw), testing::IsEmpty());
     // Without names of its own a box has its axis as name.
@@ -1248,7 +1284,7 @@ TEST_F(Drawing_gl_test, scaleHandlesArePickedByTheirNames) {
               (std::set<unsigned int>{74}));
 }
 
-TEST_F(Drawing_gl_test, rotateHandlesArePickedByTheirNames) {
+TEST_F(Drawing_drawn_test, rotateHandlesArePickedByTheirNames) {
     core.setTransform(OBLIQUE);
     Vector3<float> const direction = lookingDirection(OBLIQUE);
     struct {
@@ -1272,10 +1308,12 @@ TEST_F(Drawing_gl_test, rotateHandlesArePickedByTheirNames) {
             for (Space const& p : gizmoRing(axis, 1.25)) {
                 double alone = 1e9;
                 for (std::size_t other = 0; other < 3; ++other) {
-                    if (other == axis)
+                    if (other == axis) {
                         continue;
-                    for (Line const& line : curve(OBLIQUE, gizmoRing(other, 1.25), true))
+                    }
+                    for (Line const& line : curve(OBLIQUE, gizmoRing(other, 1.25), true)) {
                         alone = std::min(alone, distanceToLine(seen(OBLIQUE, p), line));
+                    }
                 }
                 double const depth = eye(OBLIQUE, p)[2];
                 if (depth > 20 && alone > best) {
@@ -1291,7 +1329,7 @@ TEST_F(Drawing_gl_test, rotateHandlesArePickedByTheirNames) {
     }
 }
 
-TEST_F(Drawing_gl_test, planeHandlesArePickedByTheirNames) {
+TEST_F(Drawing_drawn_test, planeHandlesArePickedByTheirNames) {
     core.setTransform(OBLIQUE);
     auto const draw = [this] { core.renderAxesPlane3(70, 71, 72, COLORS, 0.8F); };
     EXPECT_EQ(pick(seen(OBLIQUE, {0.6, 0.6, 0}), draw), (std::set<unsigned int>{70}));
@@ -1300,7 +1338,7 @@ TEST_F(Drawing_gl_test, planeHandlesArePickedByTheirNames) {
     EXPECT_THAT(pick({10, 250}, draw), testing::IsEmpty());
 }
 
-TEST_F(Drawing_gl_test, namedPointsAndArrowsArePicked) {
+TEST_F(Drawing_drawn_test, namedPointsAndArrowsArePicked) {
     EXPECT_EQ(pick({100, 100},
                    [this] {
                        core.Core_RL::renderPoint3({100, 100, 0}, 11U);
@@ -1367,8 +1405,9 @@ struct State {
                                                          {"color material", GL_COLOR_MATERIAL},
                                                          {"vertex array", GL_VERTEX_ARRAY},
                                                          {"normal array", GL_NORMAL_ARRAY},
-                                                         {"color array", GL_COLOR_ARRAY}})
+                                                         {"color array", GL_COLOR_ARRAY}}) {
             state.values.emplace_back(name, std::vector<double>{glIsEnabled(capability) ? 1.0 : 0.0});
+        }
         return state;
     }
 };
@@ -1536,7 +1575,7 @@ std::vector<Drawing> allDrawings() {
 
 }  // namespace
 
-TEST_F(Drawing_gl_test, everyDrawingRestoresTheStateAndRaisesNoError) {
+TEST_F(Drawing_drawn_test, everyDrawingRestoresStateAndRaisesNoError) {
     core.setTransform(OBLIQUE);
     core.setColor({0.5F, 0.25F, 0.75F, 0.5F});
     core.pushFillingFront(FILLING_LINES);
@@ -1567,7 +1606,7 @@ TEST_F(Drawing_gl_test, everyDrawingRestoresTheStateAndRaisesNoError) {
     }
 }
 
-TEST_F(Drawing_gl_test, everyDrawingPicksWithoutLeavingNamesBehind) {
+TEST_F(Drawing_drawn_test, everyDrawingPicksWithoutLeavingNamesBehind) {
     core.setTransform(OBLIQUE);
     GLuint buffer[4096] = {};
     glSelectBuffer(4096, buffer);

@@ -51,19 +51,20 @@ Texts const secondNormals{"glVertex3dv({0.1, 0.2, 0.3})", "glVertex3dv({0.6, 0.2
 
 Texts lines(std::vector<Texts> const& parts) {
     Texts texts{"glColor3f(1, 1, 1)", "glBegin(GL_LINES)"};
-    for (Texts const& part : parts)
+    for (Texts const& part : parts) {
         texts.insert(texts.end(), part.begin(), part.end());
+    }
     texts.emplace_back("glEnd()");
     return texts;
 }
 
-TEST_F(MeshImporter_RL_GL_calls_test, makingAndDestroyingAPreviewMakesNoCall) {
+TEST_F(MeshImporter_RL_GL_calls_test, makingAndDestroyingPreviewMakesNoCall) {
     gl_spy::Recording const recording;
     { MeshImporter_RL_GL const other(&importer); }
     EXPECT_TRUE(recording.calls().empty());
 }
 
-TEST_F(MeshImporter_RL_GL_calls_test, theSurfaceIsRedWithTheNormalsOfItsCorners) {
+TEST_F(MeshImporter_RL_GL_calls_test, surfaceIsRedWithNormalsOfItsCorners) {
     EXPECT_THAT(surface(), ElementsAre("glColor3f(1, 0, 0)", "glBegin(GL_TRIANGLES)",               //
                                        "glNormal3dv({1, 0, 0})", "glVertex3dv({0, 1, 2})",          //
                                        "glNormal3dv({0, 1, 0})", "glVertex3dv({3, 4, 5})",          //
@@ -73,16 +74,16 @@ TEST_F(MeshImporter_RL_GL_calls_test, theSurfaceIsRedWithTheNormalsOfItsCorners)
                                        "glNormal3dv({0, 0, 0.5})", "glVertex3dv({0, 1, 2})", "glEnd()"));
 }
 
-TEST_F(MeshImporter_RL_GL_calls_test, theNormalsOfOneTriangleAreThreeWhiteSegments) {
+TEST_F(MeshImporter_RL_GL_calls_test, normalsOfOneTriangleAreThreeWhiteSegments) {
     EXPECT_EQ(normals(0), lines({firstNormals}));
     EXPECT_EQ(normals(1), lines({secondNormals}));
 }
 
-TEST_F(MeshImporter_RL_GL_calls_test, allOnesAreTheNormalsOfEveryTriangle) {
+TEST_F(MeshImporter_RL_GL_calls_test, allOnesAreNormalsOfEveryTriangle) {
     EXPECT_EQ(normals(0xFFFFFFFFU), lines({firstNormals, secondNormals}));
 }
 
-TEST_F(MeshImporter_RL_GL_calls_test, aTriangleBeyondTheLastIsAnEmptyBlock) {
+TEST_F(MeshImporter_RL_GL_calls_test, triangleBeyondLastIsEmptyBlock) {
     EXPECT_EQ(normals(2), lines({}));
     EXPECT_EQ(normals(0xFFFFFFFEU), lines({}));
 }
@@ -94,21 +95,21 @@ TEST_F(MeshImporter_RL_GL_calls_test, withoutCornerNormalsNothingIsDrawn) {
     EXPECT_EQ(normals(0), lines({}));
 }
 
-TEST_F(MeshImporter_RL_GL_calls_test, theCornerNormalsSayHowManyTrianglesThereAre) {
+TEST_F(MeshImporter_RL_GL_calls_test, cornerNormalsLimitTriangleCount) {
     importer.cornerNormals = {importer.cornerNormals[0]};
     EXPECT_EQ(surface().size(), 3U + 6U);
     EXPECT_EQ(normals(0xFFFFFFFFU), lines({firstNormals}));
     EXPECT_EQ(normals(1), lines({}));
 }
 
-TEST_F(MeshImporter_RL_GL_calls_test, trianglesBeyondTheArraysAreSkipped) {
+TEST_F(MeshImporter_RL_GL_calls_test, trianglesBeyondArraysAreSkipped) {
     importer.triangles[0].e2 = 4;
     EXPECT_EQ(normals(0), lines({}));
     importer.triangles.setSize(1);
     EXPECT_EQ(normals(0xFFFFFFFFU), lines({}));
 }
 
-TEST_F(MeshImporter_RL_GL_calls_test, bothLeaveTheirColorBehind) {
+TEST_F(MeshImporter_RL_GL_calls_test, bothLeaveTheirColorSet) {
     gl_spy::Recording const recording;
     preview.render();
     EXPECT_EQ(recording.calls().front().text(), "glColor3f(1, 0, 0)");

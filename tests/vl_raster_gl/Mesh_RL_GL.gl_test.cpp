@@ -42,7 +42,7 @@ std::ostream& operator<<(std::ostream& out, Subject const& subject) {
 }
 
 /// The fixture: a subject seen from above at an angle, lit from the viewer, with a striped texture.
-class Mesh_RL_GL_gl_test : public gl_spy::GlTest {
+class Mesh_RL_GL_drawn_test : public gl_spy::GlTest {
 protected:
     void SetUp() override {
         gl_spy::GlTest::SetUp();
@@ -68,8 +68,9 @@ protected:
     }
 
     void TearDown() override {
-        if (texture != 0)
+        if (texture != 0) {
             glDeleteTextures(1, &texture);
+        }
         gl_spy::GlTest::TearDown();
     }
 
@@ -78,8 +79,9 @@ protected:
         ASSERT_TRUE(mesh.workNormals(subject.crease));
         ASSERT_TRUE(mesh.workAdjacency());
         Array<Vector2<float>> coordinates;
-        for (Vector3<double> const& p : copyOf<Vector3<double>>(mesh.positions()))
+        for (Vector3<double> const& p : copyOf<Vector3<double>>(mesh.positions())) {
             coordinates.pushBack({static_cast<float>(p.x + p.z), static_cast<float>(p.y)});
+        }
         mesh.addNamedArray(MeshArrayInf_ns::PER_VERTEX, "uv", coordinates);
     }
 
@@ -106,8 +108,9 @@ protected:
         std::size_t count = 0;
         for (std::size_t pixel = 0; pixel < a.size(); pixel += 4) {
             bool differs = false;
-            for (std::size_t c = 0; c < 4; ++c)
+            for (std::size_t c = 0; c < 4; ++c) {
                 differs = differs || std::abs(int(a[pixel + c]) - int(b[pixel + c])) > 2;
+            }
             count += differs ? 1 : 0;
         }
         return count;
@@ -123,7 +126,8 @@ protected:
     unsigned int texture = 0;
 };
 
-class Mesh_RL_GL_paths_gl_test : public Mesh_RL_GL_gl_test, public testing::WithParamInterface<Subject> {
+class Mesh_RL_GL_paths_drawn_test : public Mesh_RL_GL_drawn_test,
+                                    public testing::WithParamInterface<Subject> {
 protected:
     /// Both paths. Positions narrowed to floats move an edge across the middle of a pixel here and there, so a
     /// few pixels along the outlines may differ: at most `tolerated`.
@@ -138,7 +142,7 @@ protected:
     }
 };
 
-TEST_P(Mesh_RL_GL_paths_gl_test, bothPathsGiveTheSamePicture) {
+TEST_P(Mesh_RL_GL_paths_drawn_test, bothPathsGiveSamePicture) {
     make(GetParam());
     constexpr std::size_t FEW = 30;  // of 65536
     for (unsigned int mode = 0; mode < 4; ++mode) {
@@ -162,7 +166,7 @@ TEST_P(Mesh_RL_GL_paths_gl_test, bothPathsGiveTheSamePicture) {
     }
 }
 
-TEST_P(Mesh_RL_GL_paths_gl_test, somethingIsSeenInEveryMode) {
+TEST_P(Mesh_RL_GL_paths_drawn_test, somethingIsSeenInEveryMode) {
     make(GetParam());
     renderer.useBufferObjects = true;
     for (unsigned int mode = 0; mode < 4; ++mode) {
@@ -171,14 +175,15 @@ TEST_P(Mesh_RL_GL_paths_gl_test, somethingIsSeenInEveryMode) {
     }
 }
 
-TEST_P(Mesh_RL_GL_paths_gl_test, theBuffersHoldWhatTheDriverWasGiven) {
+TEST_P(Mesh_RL_GL_paths_drawn_test, buffersHoldWhatDriverWasGiven) {
     make(GetParam());
     renderer.useBufferObjects = true;
     gl_spy::Recording recording;
     renderer.render();
     std::vector<double> stores;
-    for (gl_spy::Call const& call : recording.named("glBufferData"))
+    for (gl_spy::Call const& call : recording.named("glBufferData")) {
         stores.push_back(call.numbers.front());
+    }
     EXPECT_EQ(stores, std::vector<double>(3, mesh.triangleCount() * 36.0));
     // The third buffer bound is that of the positions, which are drawn from last.
     auto const binds = recording.named("glBindBuffer");
@@ -196,16 +201,17 @@ TEST_P(Mesh_RL_GL_paths_gl_test, theBuffersHoldWhatTheDriverWasGiven) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Mesh_RL_GL_paths_gl_test, testing::ValuesIn(SUBJECTS),
+INSTANTIATE_TEST_SUITE_P(All, Mesh_RL_GL_paths_drawn_test, testing::ValuesIn(SUBJECTS),
                          [](auto const& info) { return std::string(info.param.name); });
 
-TEST_F(Mesh_RL_GL_gl_test, anEditIsSeenInBothPathsAlike) {
+TEST_F(Mesh_RL_GL_drawn_test, editIsSeenInBothPathsAlike) {
     make(SUBJECTS[2]);
     renderer.useBufferObjects = true;
     std::vector<unsigned char> const before = picture([&] { renderer.render(); });
     ArrayTypeable* const positions = VL_ArrayServer.resolve(mesh.positions());
-    for (unsigned int i = 0; i < positions->size; ++i)
+    for (unsigned int i = 0; i < positions->size; ++i) {
         positions->as<Vector3<double>>()[i].x *= 0.5;
+    }
     std::vector<unsigned char> const unmarked = picture([&] { renderer.render(); });
     EXPECT_EQ(differences(before, unmarked), 0U);
     mesh.markModified(mesh.positions());
@@ -215,13 +221,14 @@ TEST_F(Mesh_RL_GL_gl_test, anEditIsSeenInBothPathsAlike) {
     EXPECT_LE(differences(after, picture([&] { renderer.render(); })), 30U);
 }
 
-TEST_F(Mesh_RL_GL_gl_test, anEmptyMeshRaisesNoErrorAndDrawsNothing) {
+TEST_F(Mesh_RL_GL_drawn_test, emptyMeshRaisesNoErrorAndDrawsNothing) {
     VL_String const channel("uv");
     for (bool const useBuffers : {false, true}) {
         renderer.useBufferObjects = useBuffers;
         std::vector<unsigned char> const pixels = picture([&] {
-            for (unsigned int mode = 1; mode < 4; ++mode)
+            for (unsigned int mode = 1; mode < 4; ++mode) {
                 renderer.render(MeshShading{mode, MeshShadingFlags_ns::TEXTURE, channel});
+            }
             renderer.renderEdges();
             renderer.renderPoints(4);
         });
@@ -229,7 +236,7 @@ TEST_F(Mesh_RL_GL_gl_test, anEmptyMeshRaisesNoErrorAndDrawsNothing) {
     }
 }
 
-TEST_F(Mesh_RL_GL_gl_test, aMeshThatShrinksAndGrowsIsDrawnWhole) {
+TEST_F(Mesh_RL_GL_drawn_test, meshThatShrinksAndGrowsIsDrawnWhole) {
     for (unsigned int const n : {8U, 1U, 0U, 20U}) {
         (n == 0 ? Shape() : grid(n)).fill(mesh);
         mesh.workNormals();
@@ -247,13 +254,14 @@ TEST_F(Mesh_RL_GL_gl_test, aMeshThatShrinksAndGrowsIsDrawnWhole) {
     }
 }
 
-TEST_F(Mesh_RL_GL_gl_test, wireframeBackFacesAreOutlinesAndFrontFacesFilled) {
+TEST_F(Mesh_RL_GL_drawn_test, wireframeBackFacesAreOutlinesAndFrontFacesFilled) {
     // The upper half of a sphere: its inside is seen from below.
     Shape half = sphere(12);
     Array<Triangle> upper;
     for (Triangle const& t : half.triangles) {
-        if (half.positions[t.e0].z > 0.01 && half.positions[t.e1].z > 0.01 && half.positions[t.e2].z > 0.01)
+        if (half.positions[t.e0].z > 0.01 && half.positions[t.e1].z > 0.01 && half.positions[t.e2].z > 0.01) {
             upper.pushBack(t);
+        }
     }
     half.triangles = upper;
     half.fill(mesh);
@@ -272,7 +280,7 @@ TEST_F(Mesh_RL_GL_gl_test, wireframeBackFacesAreOutlinesAndFrontFacesFilled) {
     EXPECT_GT(filled, covered(below) + 3000);
 }
 
-TEST_F(Mesh_RL_GL_gl_test, overlaysOfTheCubeAreSeen) {
+TEST_F(Mesh_RL_GL_drawn_test, overlaysOfCubeAreSeen) {
     make(SUBJECTS[1]);
     glDisable(GL_LIGHTING);
     std::vector<unsigned char> const pixels = picture([&] {
@@ -286,7 +294,7 @@ TEST_F(Mesh_RL_GL_gl_test, overlaysOfTheCubeAreSeen) {
     EXPECT_GT(covered(pixels), 1000U) << path;
 }
 
-TEST_F(Mesh_RL_GL_gl_test, theImportPreviewIsRedAndItsNormalsAreWhite) {
+TEST_F(Mesh_RL_GL_drawn_test, importPreviewIsRedAndItsNormalsAreWhite) {
     MeshImporter importer;
     Shape const shape = sphere(8);
     importer.positions = shape.positions;

@@ -31,7 +31,7 @@ class Mesh_RL_GL_buffers_calls_test : public Mesh_fixture {};
 
 // == Buffers: first filling ==
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, theFirstUpdateMakesPositionsSmoothAndFacetedNormals) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, firstUpdateMakesPositionsSmoothAndFacetedNormals) {
     EXPECT_EQ(update(), joined({made(POSITIONS, THREE_FLOATS), made(SMOOTH, THREE_FLOATS),
                                 made(FACETED, THREE_FLOATS)}));
 
@@ -40,7 +40,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, theFirstUpdateMakesPositionsSmoothAndFacet
     EXPECT_EQ(contents(FACETED), data.soupOfFaceNormals());
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, theFirstUpdateWithAChannelAndEdgesMakesAllFive) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, firstUpdateWithChannelAndEdgesMakesAllFive) {
     addPerVertex("map");
     // Six lines: two borders of each triangle, and the shared edge from both sides.
     std::size_t const edgeBytes = std::size_t{6} * 2 * 4;
@@ -50,7 +50,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, theFirstUpdateWithAChannelAndEdgesMakesAll
     EXPECT_EQ(contents(4), PER_POSITION_SOUP);
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, theFirstFillingDoesNotAskForModifiedArrays) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, firstFillingDoesNotAskForModifiedArrays) {
     // Another renderer of the same mesh has consumed the bits.
     update();
     Mesh_RL_GL second(&mesh, false);
@@ -60,7 +60,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, theFirstFillingDoesNotAskForModifiedArrays
     EXPECT_EQ(contents(6), data.soupOfFaceNormals());
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, positionsAreNarrowedToTheNearestFloat) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, positionsAreNarrowedToNearestFloat) {
     data.positions[0] = {1.0 / 3.0, 16777217.0, 1e300};
     data.positions[1].x = 1e-60;
     mesh.setPositions(data.positions);
@@ -72,20 +72,22 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, positionsAreNarrowedToTheNearestFloat) {
     EXPECT_EQ(soup[3], 0.0F);
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, anUpdateClearsTheModifiedBitsOfWhatItHasConsumed) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, updateClearsModifiedBitsOfWhatItHasConsumed) {
     addIndexed("map");
     for (ArrayId const& id : {mesh.positions(), mesh.triangles(), mesh.vertexNormals(),
-                              mesh.normalTriangles(), mesh.faceNormals()})
+                              mesh.normalTriangles(), mesh.faceNormals()}) {
         EXPECT_TRUE(isModified(id));
+    }
     update("map");
     for (ArrayId const& id :
          {mesh.positions(), mesh.triangles(), mesh.vertexNormals(), mesh.normalTriangles(),
           mesh.faceNormals(), mesh.namedArray(MeshArrayInf_ns::PER_FACE, "map"),
-          mesh.namedArray(MeshArrayInf_ns::TRINDEXED, "map")})
+          mesh.namedArray(MeshArrayInf_ns::TRINDEXED, "map")}) {
         EXPECT_FALSE(isModified(id));
+    }
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, anUpdateLeavesTheOtherReadersBitsAlone) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, updateLeavesOtherReadersBitsAlone) {
     ArrayTypeable* const positions = VL_ArrayServer.resolve(mesh.positions());
     positions->flags |= ARRAY_TYPEABLE_MODIFIED_CONTROL_1 | ARRAY_TYPEABLE_MODIFIED_CONTROL_2;
     update();
@@ -93,7 +95,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, anUpdateLeavesTheOtherReadersBitsAlone) {
               ARRAY_TYPEABLE_MODIFIED_CONTROL_1 | ARRAY_TYPEABLE_MODIFIED_CONTROL_2);
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, aMeshWithoutTrianglesHasBuffersOfNoBytesAndWritesNothing) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, emptyMeshHasEmptyBuffersThatAreNotWritten) {
     Mesh empty;
     Mesh_RL_GL emptyRenderer(&empty, false);
     VL_String const channel("map");
@@ -111,7 +113,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, aMeshWithoutTrianglesHasBuffersOfNoBytesAn
     EXPECT_EQ(recording.texts(), expected);
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, aMeshWithoutTrianglesIsDrawnAsNoCorners) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, emptyMeshDrawsZeroCorners) {
     Mesh empty;
     Mesh_RL_GL emptyRenderer(&empty, false);
     emptyRenderer.useBufferObjects = true;
@@ -204,7 +206,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, editOfOneArrayRewritesOnlyItsBuffersInPlac
     }
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, deliberatelyEditedTrianglesLeaveTheCoordinates) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, deliberatelyEditedTrianglesLeaveCoordinates) {
     addPerVertex("map");
     update("map");
     mesh.setTriangles({{1, 2, 0}, {2, 1, 3}});
@@ -215,14 +217,14 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, deliberatelyEditedTrianglesLeaveTheCoordin
     EXPECT_EQ(contents(4).at(0), PER_POSITION_SOUP[2]) << "coordinates of position 1";
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, anEditWithoutItsModifiedBitIsNotSeen) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, editWithoutModifiedBitIsNotDetected) {
     update();
     VL_ArrayServer.resolve(mesh.positions())->as<Vector3<double>>()[3] = {-1, -2, -3};
     EXPECT_THAT(update(), IsEmpty());
     EXPECT_EQ(contents(POSITIONS), data.soupOfPositions());
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, anotherTriangleCountReallocatesAllBuffersTogether) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, newTriangleCountReallocatesAllBuffers) {
     update();
     // Only the arrays that must follow the count are set: the positions and vertex normals carry no bit.
     data.triangles = {{0, 1, 2}};
@@ -240,7 +242,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, anotherTriangleCountReallocatesAllBuffersT
     EXPECT_THAT(update(), IsEmpty()) << "the new count is the one to compare with";
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, anotherTriangleCountReallocatesTheCoordinatesToo) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, newTriangleCountReallocatesCoordinates) {
     addPerVertex("map");
     update("map");
     mesh.setTriangles({{0, 1, 2}});
@@ -252,7 +254,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, anotherTriangleCountReallocatesTheCoordina
     EXPECT_EQ(contents(8), (std::vector<float>{0.5F, 0.25F, 0.75F, 0.125F, 0.375F, 1}));
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, coordinatesOfAnOldTriangleCountAreNeverDrawnFrom) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, newTriangleCountDropsOldCoordinates) {
     addPerVertex("map");
     update("map");
     mesh.setTriangles({{0, 1, 2}, {2, 1, 3}, {1, 4, 3}});
@@ -265,7 +267,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, coordinatesOfAnOldTriangleCountAreNeverDra
     EXPECT_EQ(driver.liveObjects(), 4U);
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, aMapThatFailsSkipsTheWritingAndLeavesNothingBound) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, failedMapSkipsWritingAndLeavesNothingBound) {
     gl_spy::Script broken;
     broken.nullMap();
     addPerVertex("map");
@@ -274,8 +276,9 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, aMapThatFailsSkipsTheWritingAndLeavesNothi
               joined({made(POSITIONS, THREE_FLOATS), made(SMOOTH, THREE_FLOATS), made(FACETED, THREE_FLOATS),
                       made(4, TWO_FLOATS), made(5, std::size_t{6} * 2 * 4, ELEMENTS)}));
     for (unsigned int name = 1; name <= 5; ++name) {
-        for (unsigned char const& byte : driver.bufferContents(name))
+        for (unsigned char const& byte : driver.bufferContents(name)) {
             EXPECT_EQ(byte, 0xA5);
+        }
     }
     EXPECT_THAT(gl_spy::bufferContents(0x8892), IsEmpty());  // GL_ARRAY_BUFFER
     EXPECT_THAT(gl_spy::bufferContents(0x8893), IsEmpty());  // GL_ELEMENT_ARRAY_BUFFER
@@ -283,7 +286,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, aMapThatFailsSkipsTheWritingAndLeavesNothi
 
 // == Buffers: texture coordinates ==
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, anotherChannelRefillsTheCoordinatesAlone) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, anotherChannelRefillsCoordinatesAlone) {
     addPerVertex("map");
     addIndexed("other");
     update("map");
@@ -293,14 +296,14 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, anotherChannelRefillsTheCoordinatesAlone) 
     EXPECT_EQ(contents(4), PER_POSITION_SOUP);
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, theChannelIsComparedByItsText) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, channelIsComparedByItsText) {
     addPerVertex("map");
     update("map");
     EXPECT_THAT(update("map"), IsEmpty()) << "another string with the same text";
     EXPECT_EQ(update("Map"), rewritten(4));
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, aNullChannelLeavesTheCoordinatesAlone) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, nullChannelLeavesCoordinatesAlone) {
     addPerVertex("map");
     update("map");
     mesh.markModified(mesh.namedArray(MeshArrayInf_ns::PER_VERTEX, "map"));
@@ -308,7 +311,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, aNullChannelLeavesTheCoordinatesAlone) {
     EXPECT_EQ(update("map"), rewritten(4)) << "the bit has waited";
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, modifiedCoordinatesRefillTheChannel) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, modifiedCoordinatesRefillChannel) {
     addPerVertex("map");
     update("map");
     ArrayId const id = mesh.namedArray(MeshArrayInf_ns::PER_VERTEX, "map");
@@ -320,7 +323,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, modifiedCoordinatesRefillTheChannel) {
     EXPECT_FALSE(isModified(id));
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, eachArrayOfAnIndexedChannelRefillsIt) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, eachArrayOfIndexedChannelRefillsIt) {
     addIndexed("map");
     update("map");
     for (unsigned int const bits : {MeshArrayInf_ns::PER_FACE, MeshArrayInf_ns::TRINDEXED}) {
@@ -330,7 +333,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, eachArrayOfAnIndexedChannelRefillsIt) {
     }
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, channelsGiveTheSameCoordinatesInBothPaths) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, channelsGiveSameCoordinatesInBothPaths) {
     using UVs = Array<Vector2<float>>;
     constexpr auto PER_VERTEX = MeshArrayInf_ns::PER_VERTEX;
     constexpr auto PER_FACE = MeshArrayInf_ns::PER_FACE;
@@ -389,7 +392,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, channelsGiveTheSameCoordinatesInBothPaths)
     }
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, aChannelsBitsMustBeExactUnderTheSearchMask) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, channelBitsMatchExactlyUnderSearchMask) {
     mesh.addNamedArray(MeshArrayInf_ns::PER_VERTEX | MeshArrayInf_ns::UV, "map", PER_POSITION);
     update("map");
     EXPECT_EQ(driver.bufferContents(4), std::vector<unsigned char>(TWO_FLOATS, 0xA5));
@@ -400,7 +403,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, aChannelsBitsMustBeExactUnderTheSearchMask
     EXPECT_EQ(contents(4), PER_POSITION_SOUP) << "the state bit is not searched for";
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, deliberatelyAMissingChannelMapsItsBufferAndWritesNothing) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, deliberatelyMissingChannelMapsItsBufferAndWritesNothing) {
     EXPECT_EQ(update("missing"), joined({made(POSITIONS, THREE_FLOATS), made(SMOOTH, THREE_FLOATS),
                                          made(FACETED, THREE_FLOATS), made(4, TWO_FLOATS)}));
     EXPECT_EQ(driver.bufferContents(4), std::vector<unsigned char>(TWO_FLOATS, 0xA5));
@@ -409,7 +412,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, deliberatelyAMissingChannelMapsItsBufferAn
 
 // == Buffers: edges ==
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, theIndexBufferHoldsCornersOfTheSoup) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, indexBufferHoldsCornersOfSoup) {
     update(nullptr, true);
     // Each border once, the crease from both sides; corner k of triangle t is 3t + k.
     std::multiset<std::pair<unsigned int, unsigned int>> const expected{{0, 1}, {1, 2}, {2, 0},
@@ -417,7 +420,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, theIndexBufferHoldsCornersOfTheSoup) {
     EXPECT_EQ(edgesIn(4), expected);
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, aSmoothEdgeIsNoneOfTheIndices) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, smoothEdgeHasNoIndices) {
     // The second triangle has the first one's normals at the shared corners.
     data.normalTriangles[1] = {2, 3, 0};
     mesh.setNormalTriangles(data.normalTriangles);
@@ -426,14 +429,14 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, aSmoothEdgeIsNoneOfTheIndices) {
     EXPECT_EQ(edgesIn(4), expected);
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, anotherNumberOfEdgesReallocatesTheIndexBuffer) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, anotherNumberOfEdgesReallocatesIndexBuffer) {
     update(nullptr, true);
     data.normalTriangles[1] = {2, 3, 0};
     mesh.setNormalTriangles(data.normalTriangles);
     EXPECT_EQ(update(nullptr, true), joined({rewritten(SMOOTH), replaced(4, 5, 32, ELEMENTS)}));
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, edgesFollowAnEditThatAnotherDrawingHasConsumed) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, edgesFollowEditThatAnotherDrawingHasConsumed) {
     update(nullptr, true);
     data.normalTriangles[1] = {2, 3, 0};
     mesh.setNormalTriangles(data.normalTriangles);
@@ -441,7 +444,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, edgesFollowAnEditThatAnotherDrawingHasCons
     EXPECT_EQ(update(nullptr, true), replaced(4, 5, 32, ELEMENTS));
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, modifiedAdjacencyRewritesTheIndexBufferAlone) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, modifiedAdjacencyRewritesIndexBufferAlone) {
     data.normalTriangles[1] = {2, 3, 0};
     mesh.setNormalTriangles(data.normalTriangles);
     update(nullptr, true);
@@ -491,7 +494,7 @@ TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, renderFacetedDrawsPositionsWithFacet
                             "glDisableClientState(GL_VERTEX_ARRAY)"));
 }
 
-TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, renderTexturedAddsTheCoordinates) {
+TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, renderTexturedAddsCoordinates) {
     EXPECT_THAT(callsOf([&] { renderer->renderTextured("map"); }),
                 ElementsAre("glEnableClientState(GL_VERTEX_ARRAY)", "glEnableClientState(GL_NORMAL_ARRAY)",
                             "glEnableClientState(GL_TEXTURE_COORD_ARRAY)", binding(ARRAY, 4),
@@ -503,7 +506,7 @@ TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, renderTexturedAddsTheCoordinates) {
                             "glDisableClientState(GL_VERTEX_ARRAY)"));
 }
 
-TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, renderFacetedTexturedAddsTheCoordinates) {
+TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, renderFacetedTexturedAddsCoordinates) {
     EXPECT_THAT(callsOf([&] { renderer->renderFacetedTextured("map"); }),
                 ElementsAre("glEnableClientState(GL_VERTEX_ARRAY)", "glEnableClientState(GL_NORMAL_ARRAY)",
                             "glEnableClientState(GL_TEXTURE_COORD_ARRAY)", binding(ARRAY, 4),
@@ -515,7 +518,7 @@ TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, renderFacetedTexturedAddsTheCoordina
                             "glDisableClientState(GL_VERTEX_ARRAY)"));
 }
 
-TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, deliberatelyPointsOfBuffersAreTheCornersOfTheSoup) {
+TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, deliberatelyPointsOfBuffersAreCornersOfSoup) {
     layer.setPointSize(2);
     EXPECT_THAT(callsOf([&] { renderer->renderPoints(5); }),
                 ElementsAre("glPointSize(5)", "glEnableClientState(GL_VERTEX_ARRAY)",
@@ -524,7 +527,7 @@ TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, deliberatelyPointsOfBuffersAreTheCor
                             "glDisableClientState(GL_VERTEX_ARRAY)", "glPointSize(2)"));
 }
 
-TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, renderEdgesDrawsTheIndexedLines) {
+TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, renderEdgesDrawsIndexedLines) {
     EXPECT_THAT(callsOf([&] { renderer->renderEdges(); }),
                 ElementsAre("glEnableClientState(GL_VERTEX_ARRAY)", "glEnableClientState(GL_NORMAL_ARRAY)",
                             binding(ARRAY, SMOOTH), "glNormalPointer(GL_FLOAT, 0, null)",
@@ -534,7 +537,7 @@ TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, renderEdgesDrawsTheIndexedLines) {
                             "glDisableClientState(GL_VERTEX_ARRAY)"));
 }
 
-TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, eachDrawingBringsTheBuffersUpToDateFirst) {
+TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, eachDrawingBringsBuffersUpToDateFirst) {
     VL_String const channel("map");
     std::vector<std::pair<char const*, std::function<void()>>> const drawings{
         {"render", [&] { renderer->render(); }},
@@ -554,7 +557,7 @@ TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, eachDrawingBringsTheBuffersUpToDateF
     EXPECT_THAT(Texts(points.begin() + 1, points.begin() + 5), ElementsAreArray(rewritten(POSITIONS)));
 }
 
-TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, theDrawingsAskForTheirOwnChannel) {
+TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, drawingsAskForTheirOwnChannel) {
     addIndexed("other");
     renderer->renderFacetedTextured("other");
     EXPECT_EQ(contents(4), INDEXED_SOUP);
@@ -562,7 +565,7 @@ TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, theDrawingsAskForTheirOwnChannel) {
     EXPECT_EQ(contents(4), PER_POSITION_SOUP);
 }
 
-TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, onlyTheEdgesAskForTheIndexBuffer) {
+TEST_F(Mesh_RL_GL_drawn_buffers_calls_test, onlyEdgesAskForIndexBuffer) {
     Mesh_RL_GL other(&mesh, false);
     other.useBufferObjects = true;
     gl_spy::Recording const recording;
@@ -592,7 +595,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, framesLeaveNoBufferBehind) {
 
 // == Arrays that a mesh lacks, and arrays with a fault ==
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, normalsThatTheMeshLacksAreZeroInBothPaths) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, normalsThatMeshLacksAreZeroInBothPaths) {
     Mesh plain;
     mesh_shapes::grid(1).fill(plain);
     Mesh_RL_GL other(&plain, false);
@@ -615,7 +618,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, normalsThatTheMeshLacksAreZeroInBothPaths)
     EXPECT_THAT(vertexCallsOf(recording), IsEmpty());
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, nothingIsDrawnOfAMeshWithAFaultUntilItIsRepaired) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, nothingIsDrawnOfMeshWithFaultUntilItIsRepaired) {
     useBuffers();
     auto const drawnCorners = [&] {
         gl_spy::Recording const recording;
@@ -632,7 +635,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, nothingIsDrawnOfAMeshWithAFaultUntilItIsRe
     EXPECT_EQ(drawnCorners(), 6);
 }
 
-TEST_F(Mesh_RL_GL_buffers_calls_test, anAdjacencyWithAFaultHasNoEdgesAndHidesNoSurface) {
+TEST_F(Mesh_RL_GL_buffers_calls_test, adjacencyWithFaultHasNoEdgesAndHidesNoSurface) {
     for (unsigned int const entry : {2U * 4, 3U, 0xFFFFFFFEU}) {
         mesh.setAdjacency({{entry, BORDER, BORDER}, {BORDER, BORDER, BORDER}});
         for (bool const hasBuffers : {false, true}) {

@@ -67,7 +67,7 @@ protected:
     std::size_t marked = 0;
 };
 
-TEST_F(Mesh_RL_GL_memory_calls_test, aMillionTrianglesTakeTheirBuffersAndTheEdgesTheirList) {
+TEST_F(Mesh_RL_GL_memory_calls_test, millionTrianglesTakeTheirBuffersAndEdgesTheirList) {
     std::size_t const floats = sizeof(float);
     std::size_t const surfaceBuffers = corners * (3 + 3 + 3 + 2) * floats;
     std::size_t const edgeBuffer = std::size_t{708} * 4 * 2 * sizeof(unsigned int);  // the border of the grid
@@ -110,7 +110,7 @@ TEST_F(Mesh_RL_GL_memory_calls_test, nothingGrowsFromFrameToFrame) {
     EXPECT_EQ(counted_memory::largeAllocations(), largeBefore) << "not even for a while";
 }
 
-TEST_F(Mesh_RL_GL_memory_calls_test, aStaticFrameAllocatesNothingOfItsOwn) {
+TEST_F(Mesh_RL_GL_memory_calls_test, staticFrameAllocatesNothingOfItsOwn) {
     renderer.render();
     renderer.render();  // whatever the recording OpenGL keeps is there now
 
@@ -135,7 +135,7 @@ TEST_F(Mesh_RL_GL_memory_calls_test, aStaticFrameAllocatesNothingOfItsOwn) {
     EXPECT_EQ(byLibrary, byHand);
 }
 
-TEST_F(Mesh_RL_GL_memory_calls_test, destroyingTheRendererGivesEverythingBackButTheChannelsName) {
+TEST_F(Mesh_RL_GL_memory_calls_test, destroyingRendererGivesEverythingBackButChannelsName) {
     mark();
     {
         Mesh_RL_GL another(&mesh, false);

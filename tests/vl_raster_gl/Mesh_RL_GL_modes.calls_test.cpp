@@ -30,7 +30,7 @@ class Mesh_RL_GL_modes_calls_test : public Mesh_fixture {};
 
 // == Life ==
 
-TEST_F(Mesh_RL_GL_modes_calls_test, aNewRendererHasNoEffectAndMakesNoCall) {
+TEST_F(Mesh_RL_GL_modes_calls_test, newRendererHasNoEffectAndMakesNoCall) {
     gl_spy::Recording const recording;
     Mesh_RL_GL const plain(&mesh, false);
 
@@ -40,12 +40,12 @@ TEST_F(Mesh_RL_GL_modes_calls_test, aNewRendererHasNoEffectAndMakesNoCall) {
     EXPECT_THAT(recording.texts(), IsEmpty());
 }
 
-TEST_F(Mesh_RL_GL_modes_calls_test, deliberatelyTheConstructorsSecondArgumentIsIgnored) {
+TEST_F(Mesh_RL_GL_modes_calls_test, deliberatelySecondArgumentOfConstructorIsIgnored) {
     Mesh_RL_GL const asked(&mesh, true);
     EXPECT_FALSE(asked.useBufferObjects);
 }
 
-TEST_F(Mesh_RL_GL_modes_calls_test, destroyingARendererWithoutBuffersDeletesNone) {
+TEST_F(Mesh_RL_GL_modes_calls_test, destroyingRendererWithoutBuffersDeletesNone) {
     gl_spy::Recording const recording;
     renderer->render();
     renderer->renderEdges();
@@ -53,7 +53,7 @@ TEST_F(Mesh_RL_GL_modes_calls_test, destroyingARendererWithoutBuffersDeletesNone
     EXPECT_EQ(recording.count("glDeleteBuffers"), 0U);
 }
 
-TEST_F(Mesh_RL_GL_modes_calls_test, destroyingARendererDeletesItsBuffersInOrder) {
+TEST_F(Mesh_RL_GL_modes_calls_test, destroyingRendererDeletesItsBuffersInOrder) {
     addPerVertex("map");
     update("map", true);
     gl_spy::Recording const recording;
@@ -62,7 +62,7 @@ TEST_F(Mesh_RL_GL_modes_calls_test, destroyingARendererDeletesItsBuffersInOrder)
     EXPECT_EQ(driver.liveObjects(), 0U);
 }
 
-TEST_F(Mesh_RL_GL_modes_calls_test, destroyingARendererDeletesOnlyTheBuffersThatExist) {
+TEST_F(Mesh_RL_GL_modes_calls_test, destroyingRendererDeletesOnlyBuffersThatExist) {
     update(nullptr, false);
     gl_spy::Recording const recording;
     renderer.reset();
@@ -82,7 +82,7 @@ TEST_F(Mesh_RL_GL_modes_calls_test, renderSendsNormalAndPositionOfEachCorner) {
     EXPECT_EQ(recording.calls().size(), 2U + 12U) << "nothing but the block";
 }
 
-TEST_F(Mesh_RL_GL_modes_calls_test, renderFacetedSendsTheNormalOncePerTriangle) {
+TEST_F(Mesh_RL_GL_modes_calls_test, renderFacetedSendsNormalOncePerTriangle) {
     gl_spy::Recording const recording;
     renderer->renderFaceted();
     gl_spy::Primitive const primitive = onlyPrimitive(recording);
@@ -118,7 +118,7 @@ TEST_F(Mesh_RL_GL_modes_calls_test, renderTexturedSendsNormalCoordinateAndPositi
     EXPECT_EQ(recording.calls().size(), 2U + 18U);
 }
 
-TEST_F(Mesh_RL_GL_modes_calls_test, renderFacetedTexturedSendsTheFaceNormalAtEachCorner) {
+TEST_F(Mesh_RL_GL_modes_calls_test, renderFacetedTexturedSendsFaceNormalAtEachCorner) {
     addIndexed("map");
     gl_spy::Recording const recording;
     renderer->renderFacetedTextured("map");
@@ -131,20 +131,21 @@ TEST_F(Mesh_RL_GL_modes_calls_test, renderFacetedTexturedSendsTheFaceNormalAtEac
     EXPECT_EQ(vertexCallsOf(recording), repeated({"glNormal3fv", "glTexCoord2fv", "glVertex3dv"}, 6));
 }
 
-TEST_F(Mesh_RL_GL_modes_calls_test, aMissingChannelHasTheCoordinateZeroEverywhere) {
+TEST_F(Mesh_RL_GL_modes_calls_test, missingChannelHasCoordinateZeroEverywhere) {
     mesh.addNamedArray(MeshArrayInf_ns::PER_FACE, "map", INDEXED);  // values that nothing names
     for (bool const isFaceted : {false, true}) {
         gl_spy::Recording const recording;
-        if (isFaceted)
+        if (isFaceted) {
             renderer->renderFacetedTextured("map");
-        else
+        } else {
             renderer->renderTextured("map");
+        }
         EXPECT_EQ(coordinatesOf(onlyPrimitive(recording)), std::vector<float>(12, 0.0F));
         EXPECT_EQ(vertexCallsOf(recording), repeated({"glNormal3fv", "glTexCoord2fv", "glVertex3dv"}, 6));
     }
 }
 
-TEST_F(Mesh_RL_GL_modes_calls_test, aTexturedDrawingGivesTheArraysBack) {
+TEST_F(Mesh_RL_GL_modes_calls_test, texturedDrawingReleasesArrays) {
     addIndexed("map");
     ArrayTypeable const* const values =
         VL_ArrayServer.resolve(mesh.namedArray(MeshArrayInf_ns::PER_FACE, "map"));
@@ -163,8 +164,9 @@ TEST_F(Mesh_RL_GL_modes_calls_test, pointsInImmediateModeAreAllPositionsOnce) {
     gl_spy::Primitive const primitive = onlyPrimitive(recording);
     EXPECT_EQ(primitive.mode, POINTS);
     std::vector<Point> all;
-    for (Vector3<double> const& p : data.positions)
+    for (Vector3<double> const& p : data.positions) {
         all.push_back(pointOf(p));
+    }
     EXPECT_EQ(positionsOf(primitive), all);
     Texts const texts = recording.texts();
     EXPECT_EQ(texts.front(), "glPointSize(7)");
@@ -211,8 +213,9 @@ public:
         if (recording == nullptr) {
             return;
         }
-        while (seen < recording->calls().size())
+        while (seen < recording->calls().size()) {
             trace.push_back(recording->calls()[seen++].text());
+        }
         trace.push_back(event);
     }
     Texts const& ended() const {
@@ -272,33 +275,33 @@ protected:
     Tracing_renderer tracing{&mesh, false};
 };
 
-TEST_F(Mesh_RL_GL_requests_calls_test, theWireframeIsTheSurfaceInLines) {
+TEST_F(Mesh_RL_GL_requests_calls_test, wireframeIsSurfaceInLines) {
     for (unsigned int const flags : {0U, TEXTURE, BACK}) {
         EXPECT_THAT(request(1, flags), ElementsAre(backLines, frontLines, "render", frontFill, backFill))
             << flags;
     }
 }
 
-TEST_F(Mesh_RL_GL_requests_calls_test, theFacetedModeIsFilled) {
+TEST_F(Mesh_RL_GL_requests_calls_test, facetedModeIsFilled) {
     EXPECT_THAT(request(2, 0), ElementsAre(backFill, frontFill, "renderFaceted", frontFill, backFill));
     EXPECT_THAT(request(2, TEXTURE),
                 ElementsAre(backFill, frontFill, "renderFacetedTextured map", frontFill, backFill));
 }
 
-TEST_F(Mesh_RL_GL_requests_calls_test, theFacetedModeWithBackFacesInLines) {
+TEST_F(Mesh_RL_GL_requests_calls_test, facetedModeWithBackFacesInLines) {
     EXPECT_THAT(request(2, BACK), ElementsAre(backLines, frontFill, "renderFaceted", frontFill, backFill));
     EXPECT_THAT(request(2, BACK | TEXTURE),
                 ElementsAre(backLines, frontFill, "renderFacetedTextured map", frontFill, backFill));
 }
 
-TEST_F(Mesh_RL_GL_requests_calls_test, theSmoothModeIsFilled) {
+TEST_F(Mesh_RL_GL_requests_calls_test, smoothModeIsFilled) {
     EXPECT_THAT(request(3, 0), ElementsAre(backFill, frontFill, "render", frontFill, backFill));
     EXPECT_THAT(request(3, TEXTURE),
                 ElementsAre(backFill, frontFill, "renderTextured map", frontFill, backFill));
     EXPECT_THAT(request(3, BACK), ElementsAre(backLines, frontFill, "render", frontFill, backFill));
 }
 
-TEST_F(Mesh_RL_GL_requests_calls_test, theStateBeforeTheRequestComesBack) {
+TEST_F(Mesh_RL_GL_requests_calls_test, stateBeforeRequestComesBack) {
     layer.pushFillingFront(FILLING_LINES);
     layer.pushFillingBack(FILLING_LINES);
     EXPECT_THAT(request(3, 0), ElementsAre(backFill, frontFill, "render", frontLines, backLines));
@@ -306,7 +309,7 @@ TEST_F(Mesh_RL_GL_requests_calls_test, theStateBeforeTheRequestComesBack) {
     EXPECT_EQ(layer.currentFillingBack(), FILLING_LINES);
 }
 
-TEST_F(Mesh_RL_GL_requests_calls_test, deliberatelyAModeAboveThreeDrawsNothingAndPopsBothFillings) {
+TEST_F(Mesh_RL_GL_requests_calls_test, deliberatelyModeAboveThreeDrawsNothingAndPopsBothFillings) {
     for (unsigned int const mode : {4U, 5U, 0xFFFFFFFFU}) {
         layer.pushFillingBack(FILLING_LINES);
         layer.pushFillingFront(FILLING_LINES);
@@ -316,7 +319,7 @@ TEST_F(Mesh_RL_GL_requests_calls_test, deliberatelyAModeAboveThreeDrawsNothingAn
     }
 }
 
-TEST_F(Mesh_RL_GL_requests_calls_test, anEffectIsMadeAndSurroundsTheDrawing) {
+TEST_F(Mesh_RL_GL_requests_calls_test, effectIsMadeAndSurroundsDrawing) {
     Tracing_effect effect(tracing);
     EXPECT_THAT(request(3, EFFECT, &effect),
                 ElementsAre("create", "init", "preprocess", backFill, frontFill, "render", "postprocess",
@@ -327,7 +330,7 @@ TEST_F(Mesh_RL_GL_requests_calls_test, anEffectIsMadeAndSurroundsTheDrawing) {
         << "it is made once";
 }
 
-TEST_F(Mesh_RL_GL_requests_calls_test, anEffectSurroundsEveryMode) {
+TEST_F(Mesh_RL_GL_requests_calls_test, effectSurroundsEveryMode) {
     Tracing_effect effect(tracing);
     effect.created = true;
     EXPECT_THAT(request(1, EFFECT, &effect),
@@ -337,16 +340,16 @@ TEST_F(Mesh_RL_GL_requests_calls_test, anEffectSurroundsEveryMode) {
                 ElementsAre("init", "preprocess", "postprocess", "cleanup", frontFill, backFill));
 }
 
-TEST_F(Mesh_RL_GL_requests_calls_test, withoutItsFlagAnEffectIsNotAsked) {
+TEST_F(Mesh_RL_GL_requests_calls_test, withoutItsFlagEffectIsNotAsked) {
     Tracing_effect effect(tracing);
     EXPECT_THAT(request(3, 0, &effect), ElementsAre(backFill, frontFill, "render", frontFill, backFill));
 }
 
-TEST_F(Mesh_RL_GL_requests_calls_test, theFlagWithoutAnEffectDrawsPlainly) {
+TEST_F(Mesh_RL_GL_requests_calls_test, flagWithoutEffectDrawsPlainly) {
     EXPECT_THAT(request(3, EFFECT), ElementsAre(backFill, frontFill, "render", frontFill, backFill));
 }
 
-TEST_F(Mesh_RL_GL_modes_calls_test, theBoxIsSixQuadsInLines) {
+TEST_F(Mesh_RL_GL_modes_calls_test, boxIsSixQuadsInLines) {
     MeshShading box;
     box.mode = MeshShadingMode_ns::BOX;
     ASSERT_EQ(mesh.flags() & MESH_GOT_BOX, 0U);
@@ -358,8 +361,9 @@ TEST_F(Mesh_RL_GL_modes_calls_test, theBoxIsSixQuadsInLines) {
     EXPECT_EQ(primitive.mode, QUADS);
     ASSERT_EQ(primitive.vertices.size(), 24U);
     std::set<Point> corners;
-    for (gl_spy::Vertex const& vertex : primitive.vertices)
+    for (gl_spy::Vertex const& vertex : primitive.vertices) {
         corners.insert(vertex.position);
+    }
     EXPECT_EQ(corners.size(), 8U);
     // The smallest and the largest coordinates of all positions, also of the one that no triangle uses.
     EXPECT_EQ(*corners.begin(), (Point{double(0.1F), double(0.2F), double(-0.4F)}));
@@ -370,7 +374,7 @@ TEST_F(Mesh_RL_GL_modes_calls_test, theBoxIsSixQuadsInLines) {
     EXPECT_THAT(Texts(texts.end() - 3, texts.end()), ElementsAre("glEnd()", frontFill, backFill));
 }
 
-TEST_F(Mesh_RL_GL_modes_calls_test, theBoxIsComputedOnce) {
+TEST_F(Mesh_RL_GL_modes_calls_test, boxIsComputedOnce) {
     MeshShading box;
     box.mode = MeshShadingMode_ns::BOX;
     renderer->render(box);
@@ -378,11 +382,12 @@ TEST_F(Mesh_RL_GL_modes_calls_test, theBoxIsComputedOnce) {
     VL_ArrayServer.resolve(mesh.positions())->as<Vector3<double>>()[4] = {100, 100, 100};
     gl_spy::Recording const recording;
     renderer->render(box);
-    for (gl_spy::Vertex const& vertex : onlyPrimitive(recording).vertices)
+    for (gl_spy::Vertex const& vertex : onlyPrimitive(recording).vertices) {
         EXPECT_LT(vertex.position[0], 10);
+    }
 }
 
-TEST_F(Mesh_RL_GL_modes_calls_test, theBoxTouchesNoBuffer) {
+TEST_F(Mesh_RL_GL_modes_calls_test, boxTouchesNoBuffer) {
     useBuffers();
     MeshShading box;
     box.mode = MeshShadingMode_ns::BOX;
@@ -391,7 +396,7 @@ TEST_F(Mesh_RL_GL_modes_calls_test, theBoxTouchesNoBuffer) {
     EXPECT_EQ(recording.count("glGenBuffers"), 0U);
 }
 
-TEST_F(Mesh_RL_GL_modes_calls_test, theBoxGoesThroughTheLayersOwnBox) {
+TEST_F(Mesh_RL_GL_modes_calls_test, boxIsDrawnByVirtualBoxOfLayer) {
     struct Box_layer : Core_RL_GL {
         using Core_RL_GL::render;
         void render(Box3<float> const& box, bool const& wire) const override {
@@ -411,7 +416,7 @@ TEST_F(Mesh_RL_GL_modes_calls_test, theBoxGoesThroughTheLayersOwnBox) {
     EXPECT_EQ(own.boxes[0].max.x, 9);
 }
 
-TEST_F(Mesh_RL_GL_modes_calls_test, noRequestBindsATexture) {
+TEST_F(Mesh_RL_GL_modes_calls_test, noRequestBindsTexture) {
     addPerVertex("map");
     for (bool const hasBuffers : {false, true}) {
         renderer->useBufferObjects = hasBuffers;
@@ -419,8 +424,9 @@ TEST_F(Mesh_RL_GL_modes_calls_test, noRequestBindsATexture) {
         MeshShading shading;
         shading.flags = TEXTURE;
         shading.textureChannel = "map";
-        for (shading.mode = 0; shading.mode < 5; ++shading.mode)
+        for (shading.mode = 0; shading.mode < 5; ++shading.mode) {
             renderer->render(shading);
+        }
         EXPECT_EQ(recording.count("glBindTexture"), 0U);
         EXPECT_EQ(recording.count("glEnable"), 0U);
     }
@@ -453,16 +459,18 @@ protected:
     void expectColor(std::size_t index, double r, double g, double b, double a) {
         ASSERT_LT(index, colors.size());
         std::array<double, 4> const expected{r, g, b, a};
-        for (std::size_t i = 0; i < 4; ++i)
+        for (std::size_t i = 0; i < 4; ++i) {
             EXPECT_NEAR(colors[index].numbers.at(i), expected[i], 1e-7)
                 << "color " << index << "[" << i << "]";
+        }
     }
 
     static Texts names(Texts const& texts) {
         Texts result = texts;
         for (std::string& text : result) {
-            if (text.compare(0, 10, "glColor4f(") == 0)
+            if (text.compare(0, 10, "glColor4f(") == 0) {
                 text = "color";
+            }
         }
         return result;
     }
@@ -472,7 +480,7 @@ protected:
     Color4<float> const color{0.5F, 0.25F, 1, 0.625F};
 };
 
-TEST_F(Mesh_RL_GL_composites_calls_test, renderWithEdgesDrawsEdgesThenADarkerSurface) {
+TEST_F(Mesh_RL_GL_composites_calls_test, renderWithEdgesDrawsEdgesThenDarkerSurface) {
     Texts const trace = traceOf([&] { composite.renderWithEdges(color); });
     EXPECT_THAT(names(trace),
                 ElementsAre("glEnable(GL_CULL_FACE)", "glCullFace(GL_BACK)", "color", "renderEdges", "color",
@@ -484,7 +492,7 @@ TEST_F(Mesh_RL_GL_composites_calls_test, renderWithEdgesDrawsEdgesThenADarkerSur
     EXPECT_EQ(layer.currentColor().a, 1);
 }
 
-TEST_F(Mesh_RL_GL_composites_calls_test, renderWithEdgesBlendingDrawsTwoSidesThenTheSurface) {
+TEST_F(Mesh_RL_GL_composites_calls_test, renderWithEdgesBlendingDrawsTwoSidesThenSurface) {
     layer.pushDepthTest({DEPTH_LESS_OR_EQUAL, true});
     layer.pushCulling({true, false});
     Texts const trace = traceOf([&] { composite.renderWithEdgesBlending(color, true); });
@@ -510,7 +518,7 @@ TEST_F(Mesh_RL_GL_composites_calls_test, renderWithEdgesBlendingDrawsTwoSidesThe
     EXPECT_EQ(layer.currentColor().a, 0.625F);
 }
 
-TEST_F(Mesh_RL_GL_composites_calls_test, renderWithEdgesBlendingWithoutTheSurfaceStillSetsItsState) {
+TEST_F(Mesh_RL_GL_composites_calls_test, renderWithEdgesBlendingWithoutSurfaceStillSetsItsState) {
     Texts const with = traceOf([&] { composite.renderWithEdgesBlending(color, true); });
     Texts const without = traceOf([&] { composite.renderWithEdgesBlending(color, false); });
     Texts expected = with;
@@ -518,7 +526,7 @@ TEST_F(Mesh_RL_GL_composites_calls_test, renderWithEdgesBlendingWithoutTheSurfac
     EXPECT_EQ(without, expected);
 }
 
-TEST_F(Mesh_RL_GL_composites_calls_test, compositesRestoreTheStacksTheyFind) {
+TEST_F(Mesh_RL_GL_composites_calls_test, compositesRestoreStacksTheyFind) {
     layer.pushCulling({true, false});
     layer.pushDepthTest({DEPTH_GREATER, true});
     layer.pushBlending(BLENDING_ALPHA);
@@ -533,7 +541,7 @@ TEST_F(Mesh_RL_GL_composites_calls_test, compositesRestoreTheStacksTheyFind) {
 
 // == No mesh ==
 
-TEST_F(Mesh_RL_GL_modes_calls_test, rendererWithoutAMeshDrawsNothing) {
+TEST_F(Mesh_RL_GL_modes_calls_test, rendererWithoutMeshDrawsNothing) {
     Mesh_RL_GL other(nullptr, false);
     gl_spy::Recording const recording;
     for (bool const hasBuffers : {false, true}) {

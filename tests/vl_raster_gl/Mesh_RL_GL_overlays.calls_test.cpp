@@ -49,7 +49,7 @@ Point operator*(double s, Point const& a) {
 
 // == Normals ==
 
-TEST_F(Mesh_RL_GL_overlays_calls_test, vertexNormalsStandOnThePositionsOfTheSameIndex) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, vertexNormalsStandOnPositionsOfSameIndex) {
     gl_spy::Recording const recording;
     renderer->renderVertexNormals(0.5F);
     gl_spy::Primitive const primitive = onlyPrimitive(recording);
@@ -64,7 +64,7 @@ TEST_F(Mesh_RL_GL_overlays_calls_test, vertexNormalsStandOnThePositionsOfTheSame
     EXPECT_EQ(recording.calls().size(), 2U + 10U) << "no color, no width, no normal";
 }
 
-TEST_F(Mesh_RL_GL_overlays_calls_test, faceNormalsStandOnTheCenters) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, faceNormalsStandOnCenters) {
     gl_spy::Recording const recording;
     renderer->renderFaceNormals(2);
     std::vector<Point> expected;
@@ -80,7 +80,7 @@ TEST_F(Mesh_RL_GL_overlays_calls_test, faceNormalsStandOnTheCenters) {
     EXPECT_EQ(recording.calls().size(), 2U + 4U);
 }
 
-TEST_F(Mesh_RL_GL_overlays_calls_test, deliberatelyTheCenterIsTakenWithTheSinglePrecisionThird) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, deliberatelyCenterIsTakenWithSinglePrecisionThird) {
     mesh.setPositions({{0, 0, 0}, {3, 0, 0}, {0, 3, 0}});
     mesh.setTriangles({{0, 1, 2}});
     mesh.setVertexNormals({});
@@ -108,7 +108,7 @@ TEST_F(Mesh_RL_GL_overlays_calls_test, normalsOfOneTriangleGoThroughItsNormalTri
     EXPECT_EQ(positionsOf(primitive), expected);
 }
 
-TEST_F(Mesh_RL_GL_overlays_calls_test, normalsOfATriangleBeyondTheLastAreAnEmptyBlock) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, normalsOfTriangleBeyondLastAreEmptyBlock) {
     for (unsigned int const index : {2U, 3U, 0x55555555U, 0xFFFFFFFFU}) {
         gl_spy::Recording const recording;
         renderer->renderNormals(index, 1);
@@ -131,7 +131,7 @@ protected:
     Array<Color4<float>> const perFace{{1, -2, 3, 99}, {-4, 5, -6, 99}};
 };
 
-TEST_F(Mesh_RL_GL_named_calls_test, vectorsStandOnThePointsOfTheFirstName) {
+TEST_F(Mesh_RL_GL_named_calls_test, vectorsStandOnPointsOfFirstName) {
     gl_spy::Recording const recording;
     renderer->renderVertexNormals("points", "vectors", 2);
     std::vector<Point> expected;
@@ -145,7 +145,7 @@ TEST_F(Mesh_RL_GL_named_calls_test, vectorsStandOnThePointsOfTheFirstName) {
     EXPECT_EQ(recording.calls().size(), 2U + 10U);
 }
 
-TEST_F(Mesh_RL_GL_named_calls_test, faceVectorsStandOnTheCentersOfTheNamedPoints) {
+TEST_F(Mesh_RL_GL_named_calls_test, faceVectorsStandOnCentersOfNamedPoints) {
     gl_spy::Recording const recording;
     renderer->renderFaceNormals("points", "face vectors", 0.5F);
     std::vector<Point> expected;
@@ -173,7 +173,7 @@ TEST_F(Mesh_RL_GL_named_calls_test, namesThatAreNotFoundDrawNothing) {
     EXPECT_THAT(vertexCallsOf(recording), IsEmpty());
 }
 
-TEST_F(Mesh_RL_GL_named_calls_test, theNamedArraysAreGivenBack) {
+TEST_F(Mesh_RL_GL_named_calls_test, namedArraysAreReleased) {
     unsigned int const handles = VL_ArrayServer.handleCount();
     ArrayTypeable const* const array =
         VL_ArrayServer.resolve(mesh.namedArray(MeshArrayInf_ns::PER_VERTEX, "points"));
@@ -184,7 +184,7 @@ TEST_F(Mesh_RL_GL_named_calls_test, theNamedArraysAreGivenBack) {
     EXPECT_EQ(array->references, references);
 }
 
-TEST_F(Mesh_RL_GL_named_calls_test, shorterArraysEndTheDrawing) {
+TEST_F(Mesh_RL_GL_named_calls_test, shorterArraysEndDrawing) {
     auto const segments = [](auto const& draw) {
         gl_spy::Recording const recording;
         draw();
@@ -205,7 +205,7 @@ TEST_F(Mesh_RL_GL_named_calls_test, shorterArraysEndTheDrawing) {
 
 // == Edges in immediate mode ==
 
-TEST_F(Mesh_RL_GL_overlays_calls_test, edgesAreSentWithTheNormalsOfTheirCorners) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, edgesAreSentWithNormalsOfTheirCorners) {
     gl_spy::Recording const recording;
     renderer->renderEdges();
     gl_spy::Primitive const primitive = onlyPrimitive(recording);
@@ -276,13 +276,13 @@ std::vector<EdgeEnd> bufferedEdges(Mesh_RL_GL& renderer, gl_spy::Script const& d
     return ends;
 }
 
-TEST_F(Mesh_RL_GL_overlays_calls_test, anEdgeIsSmoothWhenTheFirstCornersNormalsAreEqual) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, edgeIsSmoothWhenFirstCornersNormalsAreEqual) {
     data.normalTriangles[1] = {2, 3, 0};
     mesh.setNormalTriangles(data.normalTriangles);
     EXPECT_EQ(immediateEdges(*renderer).size() / 2, 4U);
 }
 
-TEST_F(Mesh_RL_GL_overlays_calls_test, onlyTheFirstCornerOfAnEdgeDecides) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, onlyFirstCornerOfEdgeDecides) {
     // At vertex 2 both have normal 2, at vertex 1 they differ. The first triangle's edge starts at vertex 1, the
     // second one's at vertex 2.
     data.normalTriangles[1] = {2, 0, 0};
@@ -330,7 +330,7 @@ TEST_F(Mesh_RL_GL_overlays_calls_test, normalsAreComparedAsFloats) {
     EXPECT_EQ(immediateEdges(*renderer).size() / 2, 6U);
 }
 
-TEST_F(Mesh_RL_GL_overlays_calls_test, indexBufferHasTheEdgesOfTheImmediatePath) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, indexBufferHasEdgesOfImmediatePath) {
     using namespace mesh_shapes;
     struct Row {
         char const* name;
@@ -361,14 +361,16 @@ void expectSegments(gl_spy::Recording const& recording, std::vector<Point> const
     std::vector<Point> const actual = positionsOf(primitive);
     ASSERT_EQ(actual.size(), expected.size());
     for (std::size_t i = 0; i < actual.size(); ++i) {
-        for (std::size_t c = 0; c < 3; ++c)
+        for (std::size_t c = 0; c < 3; ++c) {
             EXPECT_DOUBLE_EQ(actual[i][c], expected[i][c]) << "vertex " << i << "[" << c << "]";
+        }
     }
-    for (gl_spy::Vertex const& vertex : primitive.vertices)
+    for (gl_spy::Vertex const& vertex : primitive.vertices) {
         EXPECT_EQ(vertex.color, (std::array<double, 4>{1, 1, 1, 1}));
+    }
 }
 
-TEST_F(Mesh_RL_GL_overlays_calls_test, connectionsMeetInsideTheNeighbor) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, connectionsMeetInsideNeighbor) {
     layer.setColor({0.5F, 0.5F, 0.5F, 1});
     gl_spy::Recording const recording;
     renderer->renderEdgesConnection();
@@ -392,7 +394,7 @@ TEST_F(Mesh_RL_GL_overlays_calls_test, connectionsMeetInsideTheNeighbor) {
     EXPECT_EQ(recording.calls().size(), 3U + 8U) << "the color, the block and its vertices";
 }
 
-TEST_F(Mesh_RL_GL_overlays_calls_test, deliberatelyTheNeighborOfAConnectionIsTakenAsSixteenBits) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, deliberatelyNeighborOfConnectionIsTakenAsSixteenBits) {
     constexpr unsigned int COUNT = 65538;
     Array<Vector3<double>> const positions{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {5, 5, 5}, {6, 5, 5}, {5, 6, 5}};
     Array<Triangle> triangles;
@@ -415,7 +417,7 @@ TEST_F(Mesh_RL_GL_overlays_calls_test, deliberatelyTheNeighborOfAConnectionIsTak
     expectSegments(recording, {{W30, 0, 0}, a, a, {W70, 0, 0}});
 }
 
-TEST_F(Mesh_RL_GL_overlays_calls_test, aBorderHasAWedgeThatPointsIntoItsTriangle) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, borderHasWedgeThatPointsIntoItsTriangle) {
     layer.setColor({0.5F, 0.5F, 0.5F, 1});
     gl_spy::Recording const recording;
     renderer->renderEdgesUnconnected();
@@ -435,7 +437,7 @@ TEST_F(Mesh_RL_GL_overlays_calls_test, aBorderHasAWedgeThatPointsIntoItsTriangle
     EXPECT_EQ(recording.calls().size(), 3U + 16U);
 }
 
-TEST_F(Mesh_RL_GL_overlays_calls_test, bothMarksUseImmediateModeEvenWithBuffers) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, overlaysUseImmediateModeEvenWithBuffers) {
     useBuffers();
     gl_spy::Recording const recording;
     renderer->renderEdgesConnection();
@@ -449,7 +451,7 @@ TEST_F(Mesh_RL_GL_overlays_calls_test, bothMarksUseImmediateModeEvenWithBuffers)
 
 // == Whole shapes ==
 
-TEST_F(Mesh_RL_GL_overlays_calls_test, aClosedSmoothMeshHasNoEdgesAndATetrahedronWithHardEdgesHasEachTwice) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, closedMeshDrawsHardEdgesTwiceAndSmoothEdgesNever) {
     Mesh solid;
     solid.setPositions({{1, 1, 1}, {-1, -1, 1}, {-1, 1, -1}, {1, -1, -1}});
     solid.setTriangles({{0, 1, 3}, {0, 2, 1}, {0, 3, 2}, {1, 2, 3}});
@@ -499,16 +501,20 @@ public:
         mesh.setPositions(vectors<Vector3<double>>());
         mesh.setTriangles(triples(8));
         mesh.setVertexNormals(vectors<Vector3<float>>());
-        if (isChosen())
+        if (isChosen()) {
             mesh.setNormalTriangles(triples(8));
-        if (isChosen())
+        }
+        if (isChosen()) {
             mesh.setFaceNormals(colors());
-        if (isChosen())
+        }
+        if (isChosen()) {
             mesh.setAdjacency(triples(32));
-        else if (isChosen())
+        } else if (isChosen()) {
             mesh.workAdjacency();
-        if (isChosen())
+        }
+        if (isChosen()) {
             mesh.workNormals(isChosen() ? 0.5F : Mesh::NO_CREASE);
+        }
         mesh.addNamedArray(MeshArrayInf_ns::TRINDEXED, "uv", triples(8));
         mesh.addNamedArray(MeshArrayInf_ns::PER_FACE, isChosen() ? "uv" : "other", coordinates());
         mesh.addNamedArray(MeshArrayInf_ns::PER_VERTEX, "uv", coordinates());
@@ -551,15 +557,17 @@ private:
 
     Array<Color4<float>> colors() {
         Array<Color4<float>> values;
-        for (unsigned int i = length(); i > 0; --i)
+        for (unsigned int i = length(); i > 0; --i) {
             values.pushBack({static_cast<float>(below(3)), 0, 1, 0});
+        }
         return values;
     }
 
     Array<Vector2<float>> coordinates() {
         Array<Vector2<float>> values;
-        for (unsigned int i = length(); i > 0; --i)
+        for (unsigned int i = length(); i > 0; --i) {
             values.pushBack({static_cast<float>(below(3)), 1});
+        }
         return values;
     }
 
@@ -570,8 +578,9 @@ void drawEverything(Mesh_RL_GL& renderer, unsigned int triangleCount) {
     MeshShading shading;
     shading.textureChannel = "uv";
     for (shading.mode = 0; shading.mode < 4; ++shading.mode) {
-        for (shading.flags = 0; shading.flags < 4; ++shading.flags)
+        for (shading.flags = 0; shading.flags < 4; ++shading.flags) {
             renderer.render(shading);
+        }
     }
     renderer.renderPoints(1);
     renderer.renderEdges();
@@ -581,14 +590,15 @@ void drawEverything(Mesh_RL_GL& renderer, unsigned int triangleCount) {
     renderer.renderFaceNormals(1);
     renderer.renderVertexNormals("points", "vectors", 1);
     renderer.renderFaceNormals("points", "vectors", 1);
-    for (unsigned int t = 0; t <= triangleCount; ++t)
+    for (unsigned int t = 0; t <= triangleCount; ++t) {
         renderer.renderNormals(t, 1);
+    }
     renderer.renderWithEdges({1, 1, 1, 1});
     renderer.renderWithEdgesBlending({1, 1, 1, 1}, true);
 }
 
 // The sanitizers see every read outside an array.
-TEST_F(Mesh_RL_GL_overlays_calls_test, whateverAMeshHoldsIsDrawnWithinItsArrays) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, anyMeshIsDrawnWithinItsArrays) {
     unsigned int sound = 0;
     unsigned int faulty = 0;
     Mesh changing;
@@ -618,7 +628,7 @@ TEST_F(Mesh_RL_GL_overlays_calls_test, whateverAMeshHoldsIsDrawnWithinItsArrays)
     EXPECT_GT(faulty, 30U);
 }
 
-TEST_F(Mesh_RL_GL_overlays_calls_test, trianglesWithoutAreaAreDrawnAsTheyAre) {
+TEST_F(Mesh_RL_GL_overlays_calls_test, trianglesWithoutAreaAreDrawn) {
     Mesh flat;
     flat.setPositions({{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {0, 1, 0}});
     flat.setTriangles({{0, 1, 2}, {3, 3, 3}, {0, 1, 3}, {1, 1, 0}});
@@ -630,11 +640,13 @@ TEST_F(Mesh_RL_GL_overlays_calls_test, trianglesWithoutAreaAreDrawnAsTheyAre) {
         flatRenderer.useBufferObjects = hasBuffers;
         drawEverything(flatRenderer, 4);
     }
-    for (float const& component : contents(POSITIONS))
+    for (float const& component : contents(POSITIONS)) {
         EXPECT_TRUE(std::isfinite(component));
+    }
     for (unsigned int const normals : {SMOOTH, FACETED}) {
-        for (float const& component : contents(normals))
+        for (float const& component : contents(normals)) {
             EXPECT_TRUE(std::isfinite(component));
+        }
     }
     EXPECT_EQ(contents(POSITIONS).size(), std::size_t{4} * 9);
 }

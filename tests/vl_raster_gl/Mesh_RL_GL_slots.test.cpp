@@ -68,7 +68,7 @@ void expectDestructorsFirst(void const* object, char const* completeName, char c
     EXPECT_EQ(member_slots::tableOf(object)[1], deleting);
 }
 
-TEST(Mesh_RL_GL_slots_test, theFirstTwoSlotsAreTheDestructors) {
+TEST(Mesh_RL_GL_slots_test, firstTwoSlotsAreDestructors) {
     Mesh_RL_GL const renderer(nullptr, false);
     expectDestructorsFirst(&renderer, "_ZN6vellum10Mesh_RL_GLD1Ev", "_ZN6vellum10Mesh_RL_GLD0Ev");
     MeshImporter_RL_GL const preview(nullptr);
@@ -76,7 +76,7 @@ TEST(Mesh_RL_GL_slots_test, theFirstTwoSlotsAreTheDestructors) {
                            "_ZN6vellum18MeshImporter_RL_GLD0Ev");
 }
 
-TEST(Mesh_RL_GL_slots_test, theMeshTheEffectAndTheChoiceOfBuffersComeFirst) {
+TEST(Mesh_RL_GL_slots_test, meshEffectAndBufferFlagComeFirst) {
     Mesh_RL_GL const renderer(nullptr, false);
     auto const* const start = reinterpret_cast<std::byte const*>(&renderer);
     EXPECT_EQ(reinterpret_cast<std::byte const*>(&renderer.mesh), start + sizeof(void*));

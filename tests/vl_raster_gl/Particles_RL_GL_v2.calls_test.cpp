@@ -28,7 +28,7 @@ using testing::IsEmpty;
 
 // == The dispatcher ==
 
-TEST(Particles_RL_GL_v2_calls_test, theDispatcherTakesTheFirstWayThatThereIs) {
+TEST(Particles_RL_GL_v2_calls_test, dispatcherTakesFirstAvailablePath) {
     Particles const particles(20);
     for (unsigned int bits = 0; bits < 32; ++bits) {
         bool const hasShaders = (bits & 1) != 0;
@@ -71,7 +71,7 @@ TEST(Particles_RL_GL_v2_calls_test, theDispatcherTakesTheFirstWayThatThereIs) {
     }
 }
 
-TEST(Particles_RL_GL_v2_calls_test, theDispatcherFallsBackInTheSameCallWhenTheBufferIsRefused) {
+TEST(Particles_RL_GL_v2_calls_test, dispatcherFallsBackInSameCallWhenBufferIsRefused) {
     Particles const particles(22);
     for (bool const withEffect : {false, true}) {
         Rig rig(0);  // The rule wraps, and the buffer itself is refused.
@@ -91,7 +91,7 @@ TEST(Particles_RL_GL_v2_calls_test, theDispatcherFallsBackInTheSameCallWhenTheBu
     }
 }
 
-TEST(Particles_RL_GL_v2_calls_test, theDispatcherPassesRebuildOnWithoutAnEffect) {
+TEST(Particles_RL_GL_v2_calls_test, dispatcherPassesRebuildOnWithoutEffect) {
     Particles particles(30);
     Rig rig;
     Arguments a;
@@ -107,7 +107,7 @@ TEST(Particles_RL_GL_v2_calls_test, theDispatcherPassesRebuildOnWithoutAnEffect)
     EXPECT_EQ(rig.hostBits(30), recordBits(particles.system, a, memoryColor));
 }
 
-TEST(Particles_RL_GL_v2_calls_test, dispatcherAsksTheLayersOwnSupportAndMemory) {
+TEST(Particles_RL_GL_v2_calls_test, dispatcherAsksVirtualSupportAndMemoryOfLayer) {
     class AnsweringLayer : public Core_RL_GL {
     public:
         unsigned int getFreeGpuMemory() override {
@@ -133,7 +133,7 @@ TEST(Particles_RL_GL_v2_calls_test, dispatcherAsksTheLayersOwnSupportAndMemory) 
 
 // == The buffer object ==
 
-TEST(Particles_RL_GL_v2_calls_test, theBufferWithoutAnEffectIsMadeSizedFilledAndDrawn) {
+TEST(Particles_RL_GL_v2_calls_test, bufferWithoutEffectIsMadeSizedFilledAndDrawn) {
     Rig rig;
     Particles const particles(200);
     Arguments const a;
@@ -148,7 +148,7 @@ TEST(Particles_RL_GL_v2_calls_test, theBufferWithoutAnEffectIsMadeSizedFilledAnd
     EXPECT_THAT(rig.layer.asked("getError"), ElementsAre("getError(renderFromVboNoShaders, 1109)"));
 }
 
-TEST(Particles_RL_GL_v2_calls_test, theColorsOfABufferLieBehindThePositions) {
+TEST(Particles_RL_GL_v2_calls_test, colorsOfBufferLieBehindPositions) {
     Rig rig;
     Particles const particles(3);
     gl_spy::Recording const recording;
@@ -157,7 +157,7 @@ TEST(Particles_RL_GL_v2_calls_test, theColorsOfABufferLieBehindThePositions) {
     EXPECT_EQ(recording.named("glColorPointer").at(0).addresses.at(0), 12U);
 }
 
-TEST(Particles_RL_GL_v2_calls_test, deliberatelyTheBufferWithoutAnEffectIsRefilledInEveryFrame) {
+TEST(Particles_RL_GL_v2_calls_test, deliberatelyBufferWithoutEffectIsRefilledInEveryFrame) {
     Rig rig;
     Particles const particles(200);
     Arguments a;
@@ -169,7 +169,7 @@ TEST(Particles_RL_GL_v2_calls_test, deliberatelyTheBufferWithoutAnEffectIsRefill
     }
 }
 
-TEST(Particles_RL_GL_v2_calls_test, theBufferOfAnEffectIsFilledOnceAndAgainOnlyOnRebuild) {
+TEST(Particles_RL_GL_v2_calls_test, bufferOfEffectIsFilledOnceAndAgainOnlyOnRebuild) {
     for (unsigned int const mode : {Mode::POINTS, Mode::SPHERES, Mode::ARROWS}) {
         Rig rig;
         rig.renderer.setRenderMode(Mode::type(mode));
@@ -207,7 +207,7 @@ TEST(Particles_RL_GL_v2_calls_test, theBufferOfAnEffectIsFilledOnceAndAgainOnlyO
     }
 }
 
-TEST(Particles_RL_GL_v2_calls_test, deliberatelyABufferWithoutAnEffectAfterOneDrawsTheRawValues) {
+TEST(Particles_RL_GL_v2_calls_test, deliberatelyBufferWithoutEffectAfterOneDrawsRawValues) {
     Rig rig;
     Particles const particles(200);
     Arguments a;
@@ -222,7 +222,7 @@ TEST(Particles_RL_GL_v2_calls_test, deliberatelyABufferWithoutAnEffectAfterOneDr
     EXPECT_EQ(rig.vboBits(), recordBits(particles.system, a, vboColor));
 }
 
-TEST(Particles_RL_GL_v2_calls_test, onlyARebuildCountsTheParticlesOfTheBuffer) {
+TEST(Particles_RL_GL_v2_calls_test, onlyRebuildCountsParticlesOfBuffer) {
     Rig rig;
     Particles const particles(200);
     Arguments a;
@@ -238,7 +238,7 @@ TEST(Particles_RL_GL_v2_calls_test, onlyARebuildCountsTheParticlesOfTheBuffer) {
     EXPECT_EQ(rig.renderer.vboSizeKB, 2U);
 }
 
-TEST(Particles_RL_GL_v2_calls_test, aBufferThatGrowsIsSizedUnderItsOwnName) {
+TEST(Particles_RL_GL_v2_calls_test, bufferThatGrowsIsSizedUnderItsOwnName) {
     Rig rig;
     Particles particles(50);
     Arguments const a;
@@ -249,7 +249,7 @@ TEST(Particles_RL_GL_v2_calls_test, aBufferThatGrowsIsSizedUnderItsOwnName) {
     EXPECT_EQ(rig.renderer.vboCapacity, 60U);
 }
 
-TEST(Particles_RL_GL_v2_calls_test, fewerParticlesOfAnEffectsBufferAreItsFirstOnes) {
+TEST(Particles_RL_GL_v2_calls_test, fewerParticlesAreFirstOnesOfEffectBuffer) {
     Rig rig;
     Particles const particles(100);
     Arguments a;
@@ -262,7 +262,7 @@ TEST(Particles_RL_GL_v2_calls_test, fewerParticlesOfAnEffectsBufferAreItsFirstOn
     EXPECT_THAT(recording.texts(), Contains(arrays(50)));
 }
 
-TEST(Particles_RL_GL_v2_calls_test, aStoreIsRefusedAboveTheKilobytesThatAreFreeOrItsOwn) {
+TEST(Particles_RL_GL_v2_calls_test, storeAboveFreeAndOwnKilobytesIsRefused) {
     struct Row {
         int freeKilobytes;
         unsigned int ownKilobytes;
@@ -279,10 +279,11 @@ TEST(Particles_RL_GL_v2_calls_test, aStoreIsRefusedAboveTheKilobytesThatAreFreeO
             rig.renderer.vboSizeKB = row.ownKilobytes;
             bool taken = false;
             gl_spy::Recording const recording;
-            if (withEffect)
+            if (withEffect) {
                 taken = rig.renderer.vboEffect(particles.system, Arguments{});
-            else
+            } else {
                 taken = rig.renderer.vbo(particles.system, Arguments{});
+            }
             EXPECT_EQ(taken, row.taken) << row.freeKilobytes << " " << row.particles;
             EXPECT_EQ(recording.count("glDeleteBuffers"), row.taken ? 0U : 1U);
             EXPECT_EQ(recording.count("glDrawArrays"), row.taken ? 1U : 0U);
@@ -291,7 +292,7 @@ TEST(Particles_RL_GL_v2_calls_test, aStoreIsRefusedAboveTheKilobytesThatAreFreeO
     }
 }
 
-TEST(Particles_RL_GL_v2_calls_test, deliberatelyARefusedBufferIsDeletedAndItsNameKept) {
+TEST(Particles_RL_GL_v2_calls_test, deliberatelyRefusedBufferIsDeletedAndItsNameKept) {
     Rig rig(0);
     Particles const particles(22);
     Arguments a;
@@ -305,7 +306,7 @@ TEST(Particles_RL_GL_v2_calls_test, deliberatelyARefusedBufferIsDeletedAndItsNam
               joined({grown(1, 22), uploaded(1, 22), drawnFromVbo(1, 22, {SIZED})}));
 }
 
-TEST(Particles_RL_GL_v2_calls_test, aStoreThatIsGoneOrTooSmallIsFilledWithoutBeingAsked) {
+TEST(Particles_RL_GL_v2_calls_test, missingOrSmallStoreIsFilledWithoutRebuild) {
     Rig rig;
     Particles const particles(100);
     Arguments a;
@@ -321,7 +322,7 @@ TEST(Particles_RL_GL_v2_calls_test, aStoreThatIsGoneOrTooSmallIsFilledWithoutBei
     EXPECT_EQ(rig.vboBits(), recordBits(particles.system, unchanged, effectColor));
 }
 
-TEST(Particles_RL_GL_v2_calls_test, aBufferThatIsNotMappedIsRefused) {
+TEST(Particles_RL_GL_v2_calls_test, bufferThatCannotBeMappedIsRefused) {
     Particles const particles(10);
     for (bool const withEffect : {false, true}) {
         Rig rig;
@@ -338,7 +339,7 @@ TEST(Particles_RL_GL_v2_calls_test, aBufferThatIsNotMappedIsRefused) {
     }
 }
 
-TEST(Particles_RL_GL_v2_calls_test, anEmptyBufferIsNotMapped) {
+TEST(Particles_RL_GL_v2_calls_test, emptyBufferIsNotMapped) {
     Rig rig;
     Particles const particles(10);
     Arguments a;
@@ -385,7 +386,7 @@ void forAllColors(Particles const& particles, std::function<void(Arguments const
     }
 }
 
-TEST(Particles_RL_GL_v2_calls_test, everyMagnitudeColorsTheBuffer) {
+TEST(Particles_RL_GL_v2_calls_test, everyMagnitudeColorsBuffer) {
     Rig rig;
     Particles const particles(64);
     forAllColors(particles, [&](Arguments const& a) {
@@ -403,7 +404,7 @@ TEST(Particles_RL_GL_v2_calls_test, everyMagnitudeColorsMainMemory) {
     });
 }
 
-TEST(Particles_RL_GL_v2_calls_test, everyMagnitudeGivesAnEffectTheRawValues) {
+TEST(Particles_RL_GL_v2_calls_test, everyMagnitudeGivesEffectRawValues) {
     Rig rig;
     Particles const particles(64);
     forAllColors(particles, [&](Arguments const& a) {
@@ -412,7 +413,7 @@ TEST(Particles_RL_GL_v2_calls_test, everyMagnitudeGivesAnEffectTheRawValues) {
     });
 }
 
-TEST(Particles_RL_GL_v2_calls_test, deliberatelyNoRangeIsTheMinimumColorInABufferAndBlackInMemory) {
+TEST(Particles_RL_GL_v2_calls_test, deliberatelyNoRangeIsMinimumColorInBufferAndBlackInMemory) {
     Rig rig;
     Particles const particles(1);
     Arguments a;
@@ -426,7 +427,7 @@ TEST(Particles_RL_GL_v2_calls_test, deliberatelyNoRangeIsTheMinimumColorInABuffe
               (std::vector<float>{0, 0, 0.25F, 0, 0, 0}));
 }
 
-TEST(Particles_RL_GL_v2_calls_test, anUnknownTypeIsToldWithoutALineEnd) {
+TEST(Particles_RL_GL_v2_calls_test, unknownTypeIsReportedWithoutLineEnd) {
     Particles const particles(1);
     Arguments a;
     a.channel = particles.odd;
@@ -440,7 +441,7 @@ TEST(Particles_RL_GL_v2_calls_test, anUnknownTypeIsToldWithoutALineEnd) {
     EXPECT_EQ(errorsOf([&] { rig.renderer.memory(particles.system, a); }), "");
 }
 
-TEST(Particles_RL_GL_v2_calls_test, deliberatelyAnUnknownTypeIsToldForEveryParticleOfABuffer) {
+TEST(Particles_RL_GL_v2_calls_test, deliberatelyUnknownTypeIsReportedForEveryParticleOfBuffer) {
     Particles const particles(2);
     Arguments a;
     a.channel = particles.odd;
@@ -453,7 +454,7 @@ TEST(Particles_RL_GL_v2_calls_test, deliberatelyAnUnknownTypeIsToldForEveryParti
     EXPECT_EQ(errorsOf([&] { rig.renderer.vbo(particles.system, a); }), UNKNOWN_TYPE);
 }
 
-TEST(Particles_RL_GL_v2_calls_test, aChannelThatDoesNotExistIsOfAnUnknownType) {
+TEST(Particles_RL_GL_v2_calls_test, missingChannelHasUnknownType) {
     Particles const particles(40);
     Arguments a;
     a.channel = 123;
@@ -469,7 +470,7 @@ TEST(Particles_RL_GL_v2_calls_test, aChannelThatDoesNotExistIsOfAnUnknownType) {
     EXPECT_NE(testing::internal::GetCapturedStderr().find(UNKNOWN_TYPE), std::string::npos);
 }
 
-TEST(Particles_RL_GL_v2_calls_test, numbersThatAreNoneOrWithoutEndHarmNothing) {
+TEST(Particles_RL_GL_v2_calls_test, nanAndInfinityHaveDefinedColors) {
     Particles particles(8);
     auto* const velocity = particles.system.firstChunk()->channelData(particles.velocity)->asVectors();
     auto* const energy = particles.system.firstChunk()->channelData(particles.energy)->asFloats();
@@ -519,7 +520,7 @@ void expectEvenThinning(Particles const& particles) {
     }
 }
 
-TEST(Particles_RL_GL_v2_calls_test, anyPercentageThinsTheBuffersEvenly) {
+TEST(Particles_RL_GL_v2_calls_test, anyPercentageThinsBuffersEvenly) {
     for (unsigned int const count : {1U, 10U, 999U, CHUNK + 700}) {
         Particles particles(count);
         expectEvenThinning(particles);
@@ -534,7 +535,7 @@ TEST(Particles_RL_GL_v2_calls_test, anyPercentageThinsTheBuffersEvenly) {
     }
 }
 
-TEST(Particles_RL_GL_v2_calls_test, recordsLargerThanTheCachesAreTheSame) {
+TEST(Particles_RL_GL_v2_calls_test, recordsLargerThanCacheHaveSameContents) {
     Particles particles(25 * CHUNK + 77);
     particles.system.firstChunk()->release(5);
     Rig rig;
@@ -553,7 +554,7 @@ TEST(Particles_RL_GL_v2_calls_test, recordsLargerThanTheCachesAreTheSame) {
     }
 }
 
-TEST(Particles_RL_GL_v2_calls_test, halfOfTheParticlesIsEverySecondOne) {
+TEST(Particles_RL_GL_v2_calls_test, halfOfParticlesIsEverySecondOne) {
     Rig rig;
     Particles const particles(10);
     Arguments a;
@@ -561,12 +562,13 @@ TEST(Particles_RL_GL_v2_calls_test, halfOfTheParticlesIsEverySecondOne) {
     rig.renderer.vbo(particles.system, a);
     std::vector<float> const records = as<float>(rig.driver.bufferContents(rig.renderer.vboId));
     std::vector<float> heights;
-    for (std::size_t i = 1; i < records.size(); i += 6)
+    for (std::size_t i = 1; i < records.size(); i += 6) {
         heights.push_back(-records[i]);
+    }
     EXPECT_THAT(heights, ElementsAre(0, 2, 4, 6, 8));
 }
 
-TEST(Particles_RL_GL_v2_calls_test, percentagesBeyondTheRangeReadNothingThatIsNotThere) {
+TEST(Particles_RL_GL_v2_calls_test, percentagesBeyondRangeReadNoMissingParticles) {
     Particles const particles(CHUNK + 10);
     for (float const percent : {-50.0F, -INF, NOT_A_NUMBER, 101.0F, 1e30F, INF}) {
         Rig rig;
@@ -578,8 +580,9 @@ TEST(Particles_RL_GL_v2_calls_test, percentagesBeyondTheRangeReadNothingThatIsNo
         rig.renderer.vboEffect(particles.system, a);
         rig.renderer.memory(particles.system, a);
         ASSERT_EQ(recording.count("glDrawArrays"), 3U) << percent;
-        for (gl_spy::Call const& call : recording.named("glDrawArrays"))
+        for (gl_spy::Call const& call : recording.named("glDrawArrays")) {
             EXPECT_EQ(call.numbers.at(1), most) << percent;
+        }
 
         rig.renderer.chunks(particles.system, a);
         rig.renderer.render(particles.system, false, 0, percent);
@@ -588,8 +591,9 @@ TEST(Particles_RL_GL_v2_calls_test, percentagesBeyondTheRangeReadNothingThatIsNo
             EXPECT_EQ(recording.named("glDrawElements")[i].numbers.at(0),
                       percent > 100 ? (i % 2 == 0 ? CHUNK : 10) : 0);
         }
-        for (std::size_t i = 0; i < 10; ++i)
+        for (std::size_t i = 0; i < 10; ++i) {
             EXPECT_LT(rig.renderer.shuffledIndices[i], 10);
+        }
     }
 }
 
@@ -628,7 +632,7 @@ TEST(Particles_RL_GL_v2_calls_test, mainMemoryIsFilledOnceAndDrawn) {
     EXPECT_EQ(rig.renderer.hostCapacity, 101U);
 }
 
-TEST(Particles_RL_GL_v2_calls_test, mainMemoryIsDrawnInBatchesAndTheRestAlsoWhereThereIsNone) {
+TEST(Particles_RL_GL_v2_calls_test, mainMemoryIsDrawnInBatchesAndRemainderEvenIfEmpty) {
     for (unsigned int const rest : {0U, 5U}) {
         Rig rig;
         ParticleSystem_v2 system;
@@ -651,8 +655,9 @@ TEST(Particles_RL_GL_v2_calls_test, mainMemoryIsDrawnInBatchesAndTheRestAlsoWher
 
 std::vector<std::uintptr_t> addressesOf(gl_spy::Recording const& recording, char const* name) {
     std::vector<std::uintptr_t> addresses;
-    for (gl_spy::Call const& call : recording.named(name))
+    for (gl_spy::Call const& call : recording.named(name)) {
         addresses.push_back(call.addresses.at(0));
+    }
     return addresses;
 }
 
@@ -667,7 +672,7 @@ std::vector<std::uintptr_t> arraysOf(ParticleSystem_v2 const& system, unsigned i
     return addresses;
 }
 
-TEST(Particles_RL_GL_v2_calls_test, chunksHandTheirOwnArraysToTheEffect) {
+TEST(Particles_RL_GL_v2_calls_test, chunksHandTheirOwnArraysToEffect) {
     Particles const particles(2 * CHUNK + 5);
     for (unsigned int const mode : {Mode::POINTS, Mode::SPHERES, Mode::ARROWS}) {
         Rig rig;
@@ -689,7 +694,7 @@ TEST(Particles_RL_GL_v2_calls_test, chunksHandTheirOwnArraysToTheEffect) {
     }
 }
 
-TEST(Particles_RL_GL_v2_calls_test, deliberatelyScalarsOfChunksHaveAStrideOfOneValue) {
+TEST(Particles_RL_GL_v2_calls_test, deliberatelyScalarsOfChunksHaveStrideOfOneValue) {
     Particles const particles(CHUNK + 5);
     Rig rig;
     Arguments a;
@@ -701,7 +706,7 @@ TEST(Particles_RL_GL_v2_calls_test, deliberatelyScalarsOfChunksHaveAStrideOfOneV
     EXPECT_EQ(addressesOf(recording, "glColorPointer"), arraysOf(particles.system, particles.energy));
 }
 
-TEST(Particles_RL_GL_v2_calls_test, chunksSendNoColorsWhereThereAreNoneOrTheEffectNeedsNone) {
+TEST(Particles_RL_GL_v2_calls_test, chunksWithoutNeededColorsSendNone) {
     Particles const particles(7);
     for (unsigned int mode = 1; mode < 4; ++mode) {
         for (unsigned int magnitude = 0; magnitude < 8; ++magnitude) {
@@ -727,7 +732,7 @@ TEST(Particles_RL_GL_v2_calls_test, chunksSendNoColorsWhereThereAreNoneOrTheEffe
     }
 }
 
-TEST(Particles_RL_GL_v2_calls_test, anUnknownTypeIsToldOnceForEachChunk) {
+TEST(Particles_RL_GL_v2_calls_test, unknownTypeIsReportedOncePerChunk) {
     Particles const particles(CHUNK + 1);
     Rig rig;
     Arguments a;
@@ -736,7 +741,7 @@ TEST(Particles_RL_GL_v2_calls_test, anUnknownTypeIsToldOnceForEachChunk) {
               std::string(UNKNOWN_TYPE) + UNKNOWN_TYPE);
 }
 
-TEST(Particles_RL_GL_v2_calls_test, aPercentageOfAChunkIsTheBeginningOfItsShuffledIndices) {
+TEST(Particles_RL_GL_v2_calls_test, percentageOfChunkIsBeginningOfItsShuffledIndices) {
     Particles const particles(CHUNK + 777);
     for (float const percent : {0.0F, 10.0F, 33.3F, 50.0F, 99.9F}) {
         Rig rig;
@@ -765,10 +770,11 @@ TEST(Particles_RL_GL_v2_calls_test, releasedParticlesAreNotDrawn) {
     for (auto* chunk = particles.system.firstChunk(); chunk != nullptr; chunk = chunk->next()) {
         unsigned int const slots = chunk->entries().size();
         for (unsigned int slot = 0; slot < slots; ++slot) {
-            if (slot % 3 == 1)
+            if (slot % 3 == 1) {
                 chunk->release(slot);
-            else
+            } else {
                 living.insert(chunk->channelData(0)->asVectors()[slot].y);
+            }
         }
     }
     Rig rig;
@@ -793,8 +799,9 @@ TEST(Particles_RL_GL_v2_calls_test, releasedParticlesAreNotDrawn) {
 TEST(Particles_RL_GL_v2_calls_test, chunksWithOneParticleOrNoneAreDrawnAsSuch) {
     Particles particles(CHUNK + 4);
     for (auto* chunk = particles.system.firstChunk(); chunk != nullptr; chunk = chunk->next()) {
-        for (unsigned int slot = chunk == particles.system.firstChunk() ? 0 : 1; slot < CHUNK; ++slot)
+        for (unsigned int slot = chunk == particles.system.firstChunk() ? 0 : 1; slot < CHUNK; ++slot) {
             chunk->release(slot);
+        }
     }
     Rig rig;
     Arguments a;
@@ -809,7 +816,7 @@ TEST(Particles_RL_GL_v2_calls_test, chunksWithOneParticleOrNoneAreDrawnAsSuch) {
                       ENDED}));
 }
 
-TEST(Particles_RL_GL_v2_calls_test, rawPositionsAreDrawnWithoutColorsAndLeaveTheLastPathAlone) {
+TEST(Particles_RL_GL_v2_calls_test, rawPositionsAreDrawnWithoutColorsAndLeaveLastPathAlone) {
     Particles const particles(CHUNK + 9);
     struct Row {
         float percent;
@@ -828,7 +835,7 @@ TEST(Particles_RL_GL_v2_calls_test, rawPositionsAreDrawnWithoutColorsAndLeaveThe
     }
 }
 
-TEST(Particles_RL_GL_v2_calls_test, aChunkIsDrawnWithTheArraysAndTheStrideThatItIsGiven) {
+TEST(Particles_RL_GL_v2_calls_test, chunkIsDrawnWithGivenArraysAndStride) {
     Rig rig;
     std::vector<Vector3<float>> points(10);
     std::vector<float> values(40);
@@ -842,7 +849,7 @@ TEST(Particles_RL_GL_v2_calls_test, aChunkIsDrawnWithTheArraysAndTheStrideThatIt
     EXPECT_EQ(recording.texts(), drawnChunk(elements(3)));
 }
 
-TEST(Particles_RL_GL_v2_calls_test, withoutAChannelNamedPositionChunksDrawNothing) {
+TEST(Particles_RL_GL_v2_calls_test, withoutChannelNamedPositionChunksDrawNothing) {
     Particles const particles(10, "Position");
     EXPECT_EQ(particles.system.channelId("position"), NONE);
     Rig rig;
@@ -853,7 +860,7 @@ TEST(Particles_RL_GL_v2_calls_test, withoutAChannelNamedPositionChunksDrawNothin
     EXPECT_EQ(rig.renderer.lastPath, 3U);
 }
 
-TEST(Particles_RL_GL_v2_calls_test, deliberatelyBuffersReadChannel0AndChunksTheOneNamedPosition) {
+TEST(Particles_RL_GL_v2_calls_test, deliberatelyBuffersReadChannel0AndChunksReadPositionByName) {
     Particles particles(10, "former position");
     unsigned int const position = particles.system.addChannel("position", ParticleChannel_v2::VECTOR);
     Rig rig;
@@ -865,7 +872,7 @@ TEST(Particles_RL_GL_v2_calls_test, deliberatelyBuffersReadChannel0AndChunksTheO
     EXPECT_EQ(addressesOf(recording, "glVertexPointer"), arraysOf(particles.system, position));
 }
 
-TEST(Particles_RL_GL_v2_calls_test, systemsWithoutParticlesOrChannelsHarmNothing) {
+TEST(Particles_RL_GL_v2_calls_test, systemsWithoutParticlesOrChannelsRestoreState) {
     ParticleSystem_v2 const empty;
     ParticleSystem_v2 bare;
     bare.addParticles(30);
@@ -887,7 +894,7 @@ TEST(Particles_RL_GL_v2_calls_test, systemsWithoutParticlesOrChannelsHarmNothing
     }
 }
 
-TEST(Particles_RL_GL_v2_calls_test, particlesWithoutChannelsAreDrawnAtTheOrigin) {
+TEST(Particles_RL_GL_v2_calls_test, particlesWithoutChannelsAreDrawnAtOrigin) {
     ParticleSystem_v2 bare;
     bare.addParticles(5);
     Rig rig;
@@ -897,7 +904,7 @@ TEST(Particles_RL_GL_v2_calls_test, particlesWithoutChannelsAreDrawnAtTheOrigin)
     EXPECT_THAT(std::vector<float>(records.end() - 6, records.end()), ElementsAre(0, 0, 0, 0.9F, 0.1F, 0.3F));
 }
 
-TEST(Particles_RL_GL_v2_calls_test, anEffectThatDoesNotCompileLeavesTheStateAsItWas) {
+TEST(Particles_RL_GL_v2_calls_test, effectThatDoesNotCompileRestoresState) {
     Rig rig;
     Particles const particles(10);
     rig.driver.shaderStatus(false, "no").programStatus(false, "no");

@@ -41,7 +41,7 @@ struct Way {
     Mode::type mode;
 };
 
-class Particles_RL_GL_v2_gl_test : public gl_spy::GlTest, public testing::WithParamInterface<Way> {
+class Particles_RL_GL_v2_drawn_test : public gl_spy::GlTest, public testing::WithParamInterface<Way> {
 protected:
     static constexpr unsigned int SIDE = 16;  // particles in a row and in a column
 
@@ -114,9 +114,9 @@ protected:
 };
 
 /// For ways in which particles do not cover their neighbors, as arrows do.
-class Particles_RL_GL_v2_count_gl_test : public Particles_RL_GL_v2_gl_test {};
+class Particles_RL_GL_v2_count_drawn_test : public Particles_RL_GL_v2_drawn_test {};
 
-TEST_P(Particles_RL_GL_v2_gl_test, theColorsRunOverTheRange) {
+TEST_P(Particles_RL_GL_v2_drawn_test, colorsRunOverRange) {
     draw(true);
     savePicture(std::string("particles_") + GetParam().name);
     std::vector<unsigned char> const picture = readPixels();
@@ -133,7 +133,7 @@ TEST_P(Particles_RL_GL_v2_gl_test, theColorsRunOverTheRange) {
     }
 }
 
-TEST_P(Particles_RL_GL_v2_gl_test, framesWithoutARebuildShowTheSame) {
+TEST_P(Particles_RL_GL_v2_drawn_test, framesWithoutRebuildShowSamePicture) {
     draw(true);
     std::vector<unsigned char> const first = readPixels();
     for (int frame = 0; frame < 3; ++frame) {
@@ -143,7 +143,7 @@ TEST_P(Particles_RL_GL_v2_gl_test, framesWithoutARebuildShowTheSame) {
     }
 }
 
-TEST_P(Particles_RL_GL_v2_count_gl_test, aPercentageShowsThatManyParticles) {
+TEST_P(Particles_RL_GL_v2_count_drawn_test, percentageShowsThatManyParticles) {
     draw(true, 50);
     EXPECT_EQ(litParticles(), SIDE * SIDE / 2);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
@@ -151,7 +151,7 @@ TEST_P(Particles_RL_GL_v2_count_gl_test, aPercentageShowsThatManyParticles) {
     EXPECT_EQ(litParticles(), 0U);
 }
 
-TEST_P(Particles_RL_GL_v2_count_gl_test, releasedParticlesAreGone) {
+TEST_P(Particles_RL_GL_v2_count_drawn_test, releasedParticlesAreGone) {
     for (unsigned int slot = 0; slot < SIDE; ++slot) {
         system.firstChunk()->release(slot);
     }
@@ -159,7 +159,7 @@ TEST_P(Particles_RL_GL_v2_count_gl_test, releasedParticlesAreGone) {
     EXPECT_EQ(litParticles(), SIDE * SIDE - SIDE);
 }
 
-TEST_P(Particles_RL_GL_v2_gl_test, steadyFramesTakeNoMemory) {
+TEST_P(Particles_RL_GL_v2_drawn_test, steadyFramesTakeNoMemory) {
     system.addParticles(40000);
     // Outside the view: nothing has to be drawn.
     for (ParticleSystemChunk_v2* chunk = system.firstChunk(); chunk != nullptr; chunk = chunk->next()) {
@@ -181,9 +181,9 @@ TEST_P(Particles_RL_GL_v2_gl_test, steadyFramesTakeNoMemory) {
     EXPECT_EQ(counted_memory::allocations(), before);
 }
 
-class Particles_RL_GL_v2_memory_gl_test : public gl_spy::GlTest {};
+class Particles_RL_GL_v2_memory_drawn_test : public gl_spy::GlTest {};
 
-TEST_F(Particles_RL_GL_v2_memory_gl_test, drawingFromChunksTakesATwentiethMoreThanTheParticles) {
+TEST_F(Particles_RL_GL_v2_memory_drawn_test, drawingFromChunksTakesFivePercentMoreThanParticles) {
     constexpr unsigned int PARTICLES = 1000000;
     RoomyLayer const layer;
     Particles_RL_GL_v2 particles;
@@ -215,7 +215,7 @@ TEST_F(Particles_RL_GL_v2_memory_gl_test, drawingFromChunksTakesATwentiethMoreTh
     particles.releaseEffects();
 }
 
-TEST_P(Particles_RL_GL_v2_gl_test, notANumberRaisesNoError) {
+TEST_P(Particles_RL_GL_v2_drawn_test, nanRaisesNoError) {
     float const infinite = HUGE_VALF;
     system.firstChunk()->channelData(0)->asVectors()[0] = {std::nanf(""), infinite, -infinite};
     system.firstChunk()->channelData(1)->asVectors()[1] = {std::nanf(""), infinite, -infinite};
@@ -227,14 +227,14 @@ TEST_P(Particles_RL_GL_v2_gl_test, notANumberRaisesNoError) {
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }
 
-TEST_P(Particles_RL_GL_v2_gl_test, aSystemWithoutParticlesRaisesNoError) {
+TEST_P(Particles_RL_GL_v2_drawn_test, systemWithoutParticlesRaisesNoError) {
     ParticleSystem_v2 const empty;
     particles.render(empty, false, true, 1, 0, 1, {0, 0, 1, 1}, {1, 0, 0, 1}, {0, 1, 0, 1}, 1, NONE, 100,
                      GetParam().useVbo, GetParam().useShaders, Magnitude::LENGTH);
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }
 
-TEST_P(Particles_RL_GL_v2_gl_test, littleMemoryShowsTheSamePicture) {
+TEST_P(Particles_RL_GL_v2_drawn_test, littleMemoryShowsSamePicture) {
     draw(true);
     std::vector<unsigned char> const usual = readPixels();
     particles.clear();
@@ -263,9 +263,10 @@ std::string nameOf(testing::TestParamInfo<Way> const& info) {
     return info.param.name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Discs, Particles_RL_GL_v2_gl_test, testing::ValuesIn(WAYS_OF_DISCS), nameOf);
-INSTANTIATE_TEST_SUITE_P(Arrows, Particles_RL_GL_v2_gl_test, testing::ValuesIn(WAYS_OF_ARROWS), nameOf);
-INSTANTIATE_TEST_SUITE_P(Discs, Particles_RL_GL_v2_count_gl_test, testing::ValuesIn(WAYS_OF_DISCS), nameOf);
+INSTANTIATE_TEST_SUITE_P(Discs, Particles_RL_GL_v2_drawn_test, testing::ValuesIn(WAYS_OF_DISCS), nameOf);
+INSTANTIATE_TEST_SUITE_P(Arrows, Particles_RL_GL_v2_drawn_test, testing::ValuesIn(WAYS_OF_ARROWS), nameOf);
+INSTANTIATE_TEST_SUITE_P(Discs, Particles_RL_GL_v2_count_drawn_test, testing::ValuesIn(WAYS_OF_DISCS),
+                         nameOf);
 
 }  // namespace
 }  // namespace vellum

@@ -73,11 +73,11 @@ TEST(Particles_RL_GL_v2_setup_calls_test, buffersAreSupportedUnderEitherNameInTh
     }
 }
 
-TEST(Particles_RL_GL_v2_setup_calls_test, clearStandsBehindTheDestructors) {
+TEST(Particles_RL_GL_v2_setup_calls_test, clearHasSlotTwo) {
     EXPECT_EQ((member_slots::slotOf<Particles_RL_GL_v2, void()>(&Particles_RL_GL_v2::clear)), 2U);
 }
 
-TEST(Particles_RL_GL_v2_setup_calls_test, deliberatelyTheInheritedRenderDoesNothing) {
+TEST(Particles_RL_GL_v2_setup_calls_test, deliberatelyInheritedRenderDoesNothing) {
     Rig rig;
     Particles const particles(5);
     Arguments const a;
@@ -89,7 +89,7 @@ TEST(Particles_RL_GL_v2_setup_calls_test, deliberatelyTheInheritedRenderDoesNoth
                 IsEmpty());
 }
 
-TEST(Particles_RL_GL_v2_setup_calls_test, settingTheModeAndReloadingMakeNoCalls) {
+TEST(Particles_RL_GL_v2_setup_calls_test, settingModeAndReloadingMakeNoCalls) {
     Rig rig;
     Color4<float> c{1, 1, 1, 1};
     EXPECT_THAT(callsOf([&] {
@@ -100,7 +100,7 @@ TEST(Particles_RL_GL_v2_setup_calls_test, settingTheModeAndReloadingMakeNoCalls)
     EXPECT_EQ(rig.renderer.renderMode, 3U);
 }
 
-TEST(Particles_RL_GL_v2_setup_calls_test, clearDropsBuffersAndDeliberatelyKeepsSizesAndEffects) {
+TEST(Particles_RL_GL_v2_setup_calls_test, deliberatelyClearDropsBuffersAndKeepsSizesAndEffects) {
     Rig rig;
     Particles const particles(100);
     Arguments a;
@@ -118,7 +118,7 @@ TEST(Particles_RL_GL_v2_setup_calls_test, clearDropsBuffersAndDeliberatelyKeepsS
     EXPECT_THAT(callsOf([&] { rig.renderer.clear(); }), IsEmpty());
 }
 
-TEST(Particles_RL_GL_v2_setup_calls_test, resetBuffersShrinksAndMapsTheBufferThenDropsTheProgram) {
+TEST(Particles_RL_GL_v2_setup_calls_test, resetBuffersShrinksAndMapsBufferThenDropsProgram) {
     Rig rig;
     Particles const particles(100);
     Arguments const a;
@@ -145,7 +145,7 @@ TEST(Particles_RL_GL_v2_setup_calls_test, resetBuffersShrinksAndMapsTheBufferThe
     EXPECT_EQ(rig.hostBits(100), recordBits(particles.system, a, memoryColor));
 }
 
-TEST(Particles_RL_GL_v2_setup_calls_test, theDestructorResetsTheBuffersAndDeliberatelyLeavesTheEffects) {
+TEST(Particles_RL_GL_v2_setup_calls_test, deliberatelyDestructorResetsBuffersAndLeavesEffects) {
     Rig rig;
     Particles const particles(10);
     PointRendering_shader* effect = nullptr;
@@ -167,7 +167,7 @@ TEST(Particles_RL_GL_v2_setup_calls_test, theDestructorResetsTheBuffersAndDelibe
     delete effect;  // It is still whole.
 }
 
-TEST(Particles_RL_GL_v2_setup_calls_test, deliberatelyGetShaderGivesRoomForTheFileAndAZero) {
+TEST(Particles_RL_GL_v2_setup_calls_test, deliberatelyGetShaderGivesRoomForFileAndZero) {
     Rig rig;
     std::filesystem::path const path = std::filesystem::path(testing::TempDir()) / "particles_length.glsl";
     std::ofstream(path, std::ios::binary) << "void main(){}";
@@ -183,7 +183,7 @@ TEST(Particles_RL_GL_v2_setup_calls_test, deliberatelyGetShaderGivesRoomForTheFi
 
 // == The memory rule ==
 
-TEST(Particles_RL_GL_v2_setup_calls_test, theMemoryRuleComparesMegabytesLess25WithThePercentage) {
+TEST(Particles_RL_GL_v2_setup_calls_test, memoryRuleComparesMegabytesLess25WithPercentage) {
     Particles const particles(50000);  // 1.14 MB
     struct Row {
         int freeKilobytes;
@@ -205,7 +205,7 @@ TEST(Particles_RL_GL_v2_setup_calls_test, theMemoryRuleComparesMegabytesLess25Wi
     }
 }
 
-TEST(Particles_RL_GL_v2_setup_calls_test, deliberatelyBelow25MegabytesTheMemoryRuleWrapsAndAnswersTrue) {
+TEST(Particles_RL_GL_v2_setup_calls_test, deliberatelyBelow25MegabytesMemoryRuleWrapsAndAnswersTrue) {
     Particles const particles(50000);
     EXPECT_TRUE(Rig(0).renderer.checkEnoughMemoryinGPU(particles.system, 100));
     EXPECT_TRUE(Rig(25 * 1024 - 1).renderer.checkEnoughMemoryinGPU(particles.system, 100));
@@ -213,7 +213,7 @@ TEST(Particles_RL_GL_v2_setup_calls_test, deliberatelyBelow25MegabytesTheMemoryR
 
 // == The index table ==
 
-TEST(Particles_RL_GL_v2_setup_calls_test, theIndexTableIsTheShuffleSeededWithTheCount) {
+TEST(Particles_RL_GL_v2_setup_calls_test, indexTableIsShuffleSeededWithCount) {
     Rig rig;
     for (unsigned int const count : {2U, 3U, 10U, 1000U, CHUNK, 1U}) {
         rig.renderer.initIndices(int(count));
@@ -224,7 +224,7 @@ TEST(Particles_RL_GL_v2_setup_calls_test, theIndexTableIsTheShuffleSeededWithThe
     }
 }
 
-TEST(Particles_RL_GL_v2_setup_calls_test, theSameCountTwiceLeavesTheIndexTableAsItIs) {
+TEST(Particles_RL_GL_v2_setup_calls_test, sameCountTwiceLeavesIndexTableAsItIs) {
     Rig rig;
     rig.renderer.initIndices(10);
     rig.renderer.shuffledIndices[4] = 99;
@@ -280,21 +280,22 @@ TEST(Particles_RL_GL_v2_setup_calls_test, eachModeMakesAndConfiguresItsOwnEffect
     }
 }
 
-TEST(Particles_RL_GL_v2_setup_calls_test, aNewEffectIsCreatedAndThenTakenIntoUseBeforeItsPassOpens) {
+TEST(Particles_RL_GL_v2_setup_calls_test, newEffectIsCreatedAndEnabledBeforePassOpens) {
     Rig rig;
     gl_spy::Recording const recording;
     rig.renderer.configure(Arguments{});
     Texts names;
     for (gl_spy::Call const& call : recording.calls()) {
-        if (call.name == "glLinkProgram" || call.name == "glUseProgram" || call.name == "glPushAttrib")
+        if (call.name == "glLinkProgram" || call.name == "glUseProgram" || call.name == "glPushAttrib") {
             names.push_back(call.name);
+        }
     }
     // create(), init(), then the dirty effect's own pass.
     EXPECT_EQ(names, (Texts{"glLinkProgram", "glUseProgram", "glUseProgram", "glUseProgram", "glPushAttrib",
                             "glUseProgram"}));
 }
 
-TEST(Particles_RL_GL_v2_setup_calls_test, theMagnitudeIsTheEffectsProcessTypeAndAnotherOneReplacesTheEffect) {
+TEST(Particles_RL_GL_v2_setup_calls_test, magnitudeIsProcessTypeAndNewMagnitudeReplacesEffect) {
     for (unsigned int const mode : {Mode::POINTS, Mode::SPHERES, Mode::ARROWS}) {
         Rig rig;
         rig.renderer.setRenderMode(Mode::type(mode));
@@ -322,7 +323,7 @@ TEST(Particles_RL_GL_v2_setup_calls_test, theMagnitudeIsTheEffectsProcessTypeAnd
     }
 }
 
-TEST(Particles_RL_GL_v2_setup_calls_test, arrowsWithMagnitude6ConfigureThePointEffect) {
+TEST(Particles_RL_GL_v2_setup_calls_test, arrowsWithMagnitude6ConfigurePointEffect) {
     Rig rig;
     rig.renderer.setRenderMode(Mode::ARROWS);
     Arguments a;
@@ -334,22 +335,23 @@ TEST(Particles_RL_GL_v2_setup_calls_test, arrowsWithMagnitude6ConfigureThePointE
     EXPECT_EQ(rig.renderer.renderMode, 3U);
 }
 
-TEST(Particles_RL_GL_v2_setup_calls_test,
-     deliberatelyArrowsWithMagnitude6CloseTheArrowEffectWhereThereIsOne) {
+TEST(Particles_RL_GL_v2_setup_calls_test, deliberatelyArrowsWithMagnitude6CloseArrowEffectWhereThereIsOne) {
     Particles const particles(3);
     for (bool const hasArrows : {false, true}) {
         Rig rig;
         rig.renderer.setRenderMode(Mode::ARROWS);
         Arguments a;
-        if (hasArrows)
+        if (hasArrows) {
             rig.renderer.chunks(particles.system, a);
+        }
         a.magnitude = 6;
         for (bool const useChunks : {true, false, true}) {
             gl_spy::Recording const recording;
-            if (useChunks)
+            if (useChunks) {
                 rig.renderer.chunks(particles.system, a);
-            else
+            } else {
                 rig.renderer.vboEffect(particles.system, a);
+            }
             EXPECT_EQ(recording.count("glPushAttrib"), 1U);
             EXPECT_EQ(recording.count("glPopAttrib"), 1U);
             EXPECT_EQ(recording.count("glUseProgramObjectARB"), 1U);
@@ -362,7 +364,7 @@ TEST(Particles_RL_GL_v2_setup_calls_test,
     }
 }
 
-TEST(Particles_RL_GL_v2_setup_calls_test, deliberatelyAModeWithoutAnEffectLeavesTheFillingPushed) {
+TEST(Particles_RL_GL_v2_setup_calls_test, deliberatelyModeWithoutEffectLeavesFillingPushed) {
     Particles const particles(3);
     for (unsigned int const mode : {0U, 4U, NONE}) {
         Rig rig;

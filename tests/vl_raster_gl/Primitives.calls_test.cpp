@@ -36,8 +36,9 @@ Point cornerOf(Point const& min, Point const& max, int index) {
 
 std::array<Point, 8> cornersOf(Point const& min, Point const& max) {
     std::array<Point, 8> corners;
-    for (int i = 0; i < 8; ++i)
+    for (int i = 0; i < 8; ++i) {
         corners[std::size_t(i)] = cornerOf(min, max, i);
+    }
     return corners;
 }
 
@@ -47,8 +48,9 @@ Texts boxCalls(std::array<Point, 8> const& corners, bool wire, std::array<Point,
     for (Face const& face : FACES) {
         for (std::size_t i = 0; i < (wire ? 5U : 4U); ++i) {
             auto const corner = std::size_t(face.corners[i % 4]);
-            if (colors != nullptr)
+            if (colors != nullptr) {
                 texts.push_back(threeNumbers("glColor3fv", (*colors)[corner]));
+            }
             texts.push_back(threeNumbers("glNormal3fv", face.normal));
             texts.push_back(threeNumbers("glVertex3fv", corners[corner]));
         }
@@ -83,7 +85,7 @@ TEST_F(Primitives_calls_test, segment3IsOnePairOfVertices) {
         ElementsAre("glBegin(GL_LINES)", "glVertex3fv({1, 2, 3})", "glVertex3fv({4, 5, -6})", "glEnd()"));
 }
 
-TEST_F(Primitives_calls_test, stippledSegmentIsTheVirtualSegmentBetweenStippleOnAndOff) {
+TEST_F(Primitives_calls_test, stippledSegmentIsVirtualSegmentBetweenStippleOnAndOff) {
     EXPECT_EQ(calls([](Core_RL& layer) {
                   layer.renderSegmentStipple3({1, 2, 3}, {4, 5, 6});
               }),
@@ -101,7 +103,7 @@ TEST_F(Primitives_calls_test, stippledSegmentIsTheVirtualSegmentBetweenStippleOn
     EXPECT_THAT(witness.requests[2].numbers, ElementsAre(0));
 }
 
-TEST_F(Primitives_calls_test, strokeDeliberatelySendsThreeVerticesOfWhichOnlyTheFirstHalfShows) {
+TEST_F(Primitives_calls_test, deliberatelyStrokeSendsThreeVerticesOfWhichOnlyFirstHalfShows) {
     gl_spy::Recording recording;
     core.renderStroke3({1, 2, 3}, {0, 1, 0.5F}, 2.0F);
     EXPECT_EQ(outline(recording), (Texts{"glBegin(GL_LINES)", "glEnd()"}));
@@ -132,7 +134,7 @@ TEST_F(Primitives_calls_test, scopedPointsShareOneBlock) {
         ElementsAre("glBegin(GL_POINTS)", "glVertex3fv({1, 2, 3})", "glVertex3fv({4, 5, 6})", "glEnd()"));
 }
 
-TEST_F(Primitives_calls_test, eachHalfOfTheScopeIsOneCall) {
+TEST_F(Primitives_calls_test, eachHalfOfScopeIsOneCall) {
     EXPECT_THAT(calls([](Core_RL& layer) { layer.renderPoint3_Begin(); }), ElementsAre("glBegin(GL_POINTS)"));
     EXPECT_THAT(calls([](Core_RL& layer) {
                     layer.renderPoint3_scoped({1, 2, 3});
@@ -149,7 +151,7 @@ TEST_F(Primitives_calls_test, crossIsThreeSegmentsFromPlusToMinus) {
                  {{1, 0, 0}, {-1, 0, 0}, {0, 1, 0}, {0, -1, 0}, {0, 0, 1}, {0, 0, -1}}, EXACT);
 }
 
-TEST_F(Primitives_calls_test, loadNamePassesTheName) {
+TEST_F(Primitives_calls_test, loadNamePassesName) {
     EXPECT_THAT(calls([](Core_RL& layer) { layer.loadName(4294967295U); }),
                 ElementsAre("glLoadName(4294967295)"));
 }
@@ -164,7 +166,7 @@ TEST_F(Primitives_calls_test, filledBox2IsOneQuad) {
                             "glVertex2fv({3, 5})", "glVertex2fv({1, 5})", "glEnd()"));
 }
 
-TEST_F(Primitives_calls_test, wireBox2DeliberatelySendsFiveVerticesAsLinesSoThatTwoEdgesShow) {
+TEST_F(Primitives_calls_test, deliberatelyWireBox2SendsFiveVerticesAsLinesSoThatTwoEdgesShow) {
     EXPECT_THAT(calls([](Core_RL& layer) {
                     layer.render(Box2<float>{{1, 2}, {3, 5}}, true);
                 }),
@@ -172,7 +174,7 @@ TEST_F(Primitives_calls_test, wireBox2DeliberatelySendsFiveVerticesAsLinesSoThat
                             "glVertex2fv({3, 5})", "glVertex2fv({1, 5})", "glVertex2fv({1, 2})", "glEnd()"));
 }
 
-TEST_F(Primitives_calls_test, box2OfDoublesAsksTheVirtualOverloadForFloats) {
+TEST_F(Primitives_calls_test, box2OfDoublesAsksVirtualOverloadForFloats) {
     for (bool const wire : {false, true}) {
         Witness_core witness({"render(Box2)"});
         gl_spy::Recording recording;
@@ -183,7 +185,7 @@ TEST_F(Primitives_calls_test, box2OfDoublesAsksTheVirtualOverloadForFloats) {
     }
 }
 
-TEST_F(Primitives_calls_test, box2AboutACenterAsksForTheFilledVirtualBox2) {
+TEST_F(Primitives_calls_test, box2AboutCenterAsksForFilledVirtualBox2) {
     Witness_core witness({"render(Box2)"});
     gl_spy::Recording recording;
     witness.recording = &recording;
@@ -201,7 +203,7 @@ TEST_F(Primitives_calls_test, filledBox3IsSixQuadsWithTheirNormals) {
               boxCalls(cornersOf({1, 2, 3}, {4, 6, 8}), false));
 }
 
-TEST_F(Primitives_calls_test, wireBox3SendsTheFirstCornerOfEachFaceAgain) {
+TEST_F(Primitives_calls_test, wireBox3SendsFirstCornerOfEachFaceAgain) {
     EXPECT_EQ(calls([](Core_RL const& layer) {
                   layer.render(Box3<float>{{1, 2, 3}, {4, 6, 8}}, true);
               }),
@@ -216,8 +218,9 @@ TEST_F(Primitives_calls_test, wireBox3PairsItsThirtyVerticesToAllTwelveEdgesAndN
     std::set<std::pair<Point, Point>> edges;
     for (std::size_t i = 0; i < points.size(); i += 2) {
         double difference = 0;
-        for (std::size_t k = 0; k < 3; ++k)
+        for (std::size_t k = 0; k < 3; ++k) {
             difference += std::abs(points[i][k] - points[i + 1][k]);
+        }
         EXPECT_EQ(difference, 1) << "pair " << i / 2 << " is not an edge";
         edges.insert(std::minmax(points[i], points[i + 1]));
     }
@@ -233,7 +236,7 @@ TEST_F(Primitives_calls_test, coloredBox3SendsColorNormalAndCorner) {
     }
 }
 
-TEST_F(Primitives_calls_test, box3OfDoublesAsksTheVirtualOverloadsForFloats) {
+TEST_F(Primitives_calls_test, box3OfDoublesAsksVirtualOverloadsForFloats) {
     Box3<double> const box{{0.1, 2, 3}, {4, 1e-3, 8}};
     for (bool const wire : {false, true}) {
         Witness_core witness({"render(Box3)", "render(Box3, colors)"});
@@ -261,17 +264,18 @@ TEST_F(Primitives_calls_test, orientedBoxGoesThroughItsOwnCorners) {
     EXPECT_EQ(calls([&box](Core_RL& layer) { layer.render(box, true); }), boxCalls(corners, true));
 }
 
-TEST_F(Primitives_calls_test, orientedBoxDeliberatelySendsTheUnrotatedNormals) {
+TEST_F(Primitives_calls_test, deliberatelyOrientedBoxSendsUnrotatedNormals) {
     float const s = std::sqrt(0.5F);
     gl_spy::Recording recording;
     core.render(Obb3<float>{{s, s, 0}, 1, {-s, s, 0}, 1, {0, 0, 1}, 1, {0, 0, 0}}, false);
     std::vector<gl_spy::Vertex> const vertices = onlyPrimitive(recording).vertices;
     ASSERT_EQ(vertices.size(), 24U);
-    for (std::size_t i = 0; i < vertices.size(); ++i)
+    for (std::size_t i = 0; i < vertices.size(); ++i) {
         expectNear(vertices[i].normal, FACES[i / 4].normal, EXACT, "normal " + std::to_string(i));
+    }
 }
 
-TEST_F(Primitives_calls_test, orientedBoxOfDoublesAsksTheVirtualOverloadForFloats) {
+TEST_F(Primitives_calls_test, orientedBoxOfDoublesAsksVirtualOverloadForFloats) {
     Witness_core witness({"render(Obb3)"});
     gl_spy::Recording recording;
     witness.recording = &recording;
@@ -281,7 +285,7 @@ TEST_F(Primitives_calls_test, orientedBoxOfDoublesAsksTheVirtualOverloadForFloat
                 ElementsAre(0.1F, 0, 0, 0, 0.2F, 0, 0, 0, 0.3F, 7, 8, 0.9F, 4, 0.5, 0.6F, 1));
 }
 
-TEST_F(Primitives_calls_test, cubeAboutACenterAsksForTheFilledVirtualBox3) {
+TEST_F(Primitives_calls_test, cubeAboutCenterAsksForFilledVirtualBox3) {
     Witness_core witness({"render(Box3)"});
     gl_spy::Recording recording;
     witness.recording = &recording;
@@ -329,7 +333,7 @@ void expectLattice(Core_RL& layer, Lattice const& lattice) {
 
 }  // namespace
 
-TEST_F(Primitives_calls_test, latticesRunFastestOverTheThirdCount) {
+TEST_F(Primitives_calls_test, latticesRunFastestOverThirdCount) {
     expectLattice(core, Box3Points<float>{{2, 3, 4}, {1, 2, 3}, {0.1F, 0.2F, 0.3F}});
     expectLattice(core, Box3Points<double>{{3, 1, 2}, {-1, 2, 3}, {0.1, 0.2, 0.3}});
     expectLattice(core, Box3Points_ex<float>{{2, 2, 3}, {1, 2, 3}, {0.7F, -0.2F, 0.3F}});
@@ -347,7 +351,7 @@ TEST_F(Primitives_calls_test, latticePointsAreComputedInFloat) {
     }
 }
 
-TEST_F(Primitives_calls_test, latticeWithAnyZeroCountIsAnEmptyBlock) {
+TEST_F(Primitives_calls_test, latticeWithAnyZeroCountIsEmptyBlock) {
     for (Tuple3<unsigned int> const count :
          {Tuple3<unsigned int>{0, 2, 2}, {2, 0, 2}, {2, 2, 0}, {0, 0, 0}}) {
         auto const empty = ElementsAre("glBegin(GL_POINTS)", "glEnd()");
@@ -396,7 +400,7 @@ void expectTextured(gl_spy::Recording const& recording, std::vector<Point> const
 
 }  // namespace
 
-TEST_F(Primitives_calls_test, texturedQuadIsAPolygonWithWholeTextureCoordinates) {
+TEST_F(Primitives_calls_test, texturedQuadIsPolygonWithWholeTextureCoordinates) {
     gl_spy::Recording recording;
     core.renderQuad3(17U);
     expectTextured(recording, {{1, 1, 0}, {1, -1, 0}, {-1, -1, 0}, {-1, 1, 0}},
@@ -404,14 +408,14 @@ TEST_F(Primitives_calls_test, texturedQuadIsAPolygonWithWholeTextureCoordinates)
     EXPECT_EQ(recording.count("glTexCoord2i") + recording.count("glTexCoord2iv"), 4U);
 }
 
-TEST_F(Primitives_calls_test, texturedRhombusIsAPolygonOnItsCorner) {
+TEST_F(Primitives_calls_test, texturedRhombusIsPolygonOnItsCorner) {
     gl_spy::Recording recording;
     core.renderRhombus3(17U);
     expectTextured(recording, {{0, 1, 0}, {-1, 0, 0}, {0, -1, 0}, {1, 0, 0}},
                    {{0.5, 1}, {0, 0.5}, {0.5, 0}, {1, 0.5}});
 }
 
-TEST_F(Primitives_calls_test, texturedDrawingsUseTheVirtualTextureOperations) {
+TEST_F(Primitives_calls_test, texturedDrawingsUseVirtualTextureOperations) {
     Witness_core witness({"activateTextureColor", "disableTextureColor"});
     gl_spy::Recording recording;
     witness.recording = &recording;
@@ -439,8 +443,9 @@ namespace {
 /// The names of a recording's calls, the suffix of the argument types left out.
 Texts kinds(gl_spy::Recording const& recording) {
     Texts kinds;
-    for (gl_spy::Call const& call : recording.calls())
+    for (gl_spy::Call const& call : recording.calls()) {
         kinds.push_back(call.name.substr(0, call.name.find_first_of("23")));
+    }
     return kinds;
 }
 
@@ -449,10 +454,12 @@ void expectFlatTriangle(gl_spy::Recording const& recording, std::vector<Point> c
     std::vector<gl_spy::Call> normals;
     std::vector<gl_spy::Call> vertices;
     for (gl_spy::Call const& call : recording.calls()) {
-        if (call.name.compare(0, 9, "glNormal3") == 0)
+        if (call.name.compare(0, 9, "glNormal3") == 0) {
             normals.push_back(call);
-        if (call.name.compare(0, 9, "glVertex3") == 0)
+        }
+        if (call.name.compare(0, 9, "glVertex3") == 0) {
             vertices.push_back(call);
+        }
     }
     ASSERT_EQ(normals.size(), 3U);
     ASSERT_EQ(vertices.size(), 3U);
@@ -476,20 +483,21 @@ TEST_F(Primitives_calls_test, triangleSendsItsUnitFaceNormalBeforeEachCorner) {
     expectFlatTriangle(recording, {{1, 0, 0}, {0, 2, 0}, {0, 0, 3}}, {6.0 / 7, 3.0 / 7, 2.0 / 7});
 }
 
-TEST_F(Primitives_calls_test, triangleNormalFollowsTheWinding) {
+TEST_F(Primitives_calls_test, triangleNormalFollowsWinding) {
     gl_spy::Recording recording;
     core.renderTriangle({0, 0, 0}, {0, 5, 0}, {5, 0, 0});
     expectFlatTriangle(recording, {{0, 0, 0}, {0, 5, 0}, {5, 0, 0}}, {0, 0, -1});
 }
 
-TEST_F(Primitives_calls_test, degenerateTriangleSendsANormalThatIsNotFinite) {
+TEST_F(Primitives_calls_test, degenerateTriangleSendsNormalThatIsNotFinite) {
     gl_spy::Recording recording;
     core.renderTriangle({0, 0, 0}, {1, 1, 1}, {2, 2, 2});
     std::vector<gl_spy::Vertex> const vertices = onlyPrimitive(recording).vertices;
     ASSERT_EQ(vertices.size(), 3U);
     for (gl_spy::Vertex const& vertex : vertices) {
-        for (double const component : vertex.normal)
+        for (double const component : vertex.normal) {
             EXPECT_FALSE(std::isfinite(component));
+        }
     }
 }
 
@@ -552,8 +560,9 @@ Grid gridOf(Plane3<float> const& plane) {
     double const sine = std::hypot(axis[0], axis[2]);
     double angle = 0;
     if (sine > 1e-14) {
-        for (double& component : axis)
+        for (double& component : axis) {
             component /= sine;
+        }
         angle = std::atan2(sine, n[1]);
     } else {
         axis = {0, 0, -1};
@@ -566,8 +575,9 @@ Grid gridOf(Plane3<float> const& plane) {
 
 Point at(Grid const& grid, double x, double z) {
     Point p = grid.center;
-    for (std::size_t k = 0; k < 3; ++k)
+    for (std::size_t k = 0; k < 3; ++k) {
         p[k] += grid.x[k] * x + grid.z[k] * z;
+    }
     return p;
 }
 
@@ -576,8 +586,9 @@ std::vector<Segment> pairsOf(gl_spy::Recording const& recording) {
     EXPECT_EQ(lines.mode, unsigned(Primitive::LINES));
     EXPECT_EQ(lines.vertices.size() % 4, 0U);
     std::vector<Segment> segments;
-    for (std::size_t i = 0; i + 1 < lines.vertices.size(); i += 2)
+    for (std::size_t i = 0; i + 1 < lines.vertices.size(); i += 2) {
         segments.emplace_back(lines.vertices[i].position, lines.vertices[i + 1].position);
+    }
     return segments;
 }
 
@@ -607,7 +618,7 @@ void expectGrid(Core_RL& layer, Plane3<float> const& plane, float size, unsigned
 
 }  // namespace
 
-TEST_F(Primitives_calls_test, planeGridLiesInThePlaneAroundThePointNearestTheOrigin) {
+TEST_F(Primitives_calls_test, planeGridLiesInPlaneAroundPointNearestOrigin) {
     expectGrid(core, {{0, 1, 0}, 0}, 2, 4);
     expectGrid(core, {{0, 1, 0}, -2}, 2, 4);
     expectGrid(core, {{0, -1, 0}, 3}, 8, 5);
@@ -618,7 +629,7 @@ TEST_F(Primitives_calls_test, planeGridLiesInThePlaneAroundThePointNearestTheOri
     expectGrid(core, {normalized(Vector3<float>{-3, -1, 0.5F}), 0.5F}, 10, 100);
 }
 
-TEST_F(Primitives_calls_test, eachPassOfAPlaneGridSendsOneLineOfEachFamily) {
+TEST_F(Primitives_calls_test, eachPassOfPlaneGridSendsOneLineOfEachFamily) {
     gl_spy::Recording recording;
     core.renderPlane3({{0, 1, 0}, 0}, 2, 4);
     std::vector<Segment> const lines = pairsOf(recording);
@@ -636,7 +647,7 @@ TEST_F(Primitives_calls_test, eachPassOfAPlaneGridSendsOneLineOfEachFamily) {
     }
 }
 
-TEST_F(Primitives_calls_test, planeGridWithoutDivisionsIsOneLineOfEachFamilyThroughTheEdge) {
+TEST_F(Primitives_calls_test, planeGridWithoutDivisionsIsOneLineOfEachFamilyThroughEdge) {
     Plane3<float> const plane{normalized(Vector3<float>{1, 2, 3}), -5};
     gl_spy::Recording recording;
     core.renderPlane3(plane, 4, 0);
@@ -648,8 +659,9 @@ TEST_F(Primitives_calls_test, planeGridWithoutDivisionsIsOneLineOfEachFamilyThro
         for (double const side : {-2.0, 2.0}) {
             Segment const edge = alongX ? Segment{at(grid, -2, side), at(grid, 2, side)}
                                         : Segment{at(grid, side, -2), at(grid, side, 2)};
-            if (distance(line, edge) < 1e-5)
+            if (distance(line, edge) < 1e-5) {
                 return true;
+            }
         }
         return false;
     };
@@ -659,7 +671,7 @@ TEST_F(Primitives_calls_test, planeGridWithoutDivisionsIsOneLineOfEachFamilyThro
 
 // == Circles and ellipses ==
 
-TEST_F(Primitives_calls_test, circleIsALoopOfOnePointForEachDegree) {
+TEST_F(Primitives_calls_test, circleIsLoopOfOnePointForEachDegree) {
     gl_spy::Recording recording;
     core.renderCircle3(2.0F);
     EXPECT_EQ(outline(recording), (Texts{"glBegin(GL_LINE_LOOP)", "glEnd()"}));
@@ -672,7 +684,7 @@ TEST_F(Primitives_calls_test, circleIsALoopOfOnePointForEachDegree) {
     expectPoints(sent(onlyPrimitive(recording)), expected, 1.3e-7);
 }
 
-TEST_F(Primitives_calls_test, circleOfRadiusZeroIsAPoint) {
+TEST_F(Primitives_calls_test, circleOfRadiusZeroIsPoint) {
     gl_spy::Recording recording;
     core.renderCircle3(0.0F);
     expectPoints(sent(onlyPrimitive(recording)), std::vector<Point>(360, Point{0, 0, 0}), EXACT);
@@ -686,7 +698,7 @@ double ellipseAngle(int i) {
 
 }  // namespace
 
-TEST_F(Primitives_calls_test, ellipseIsAStripOfThirtyPoints) {
+TEST_F(Primitives_calls_test, ellipseIsStripOfThirtyPoints) {
     gl_spy::Recording recording;
     core.renderEllipse3({1, 2, 3}, {4, 0, 1}, {0, 2, -1});
     EXPECT_EQ(outline(recording), (Texts{"glBegin(GL_LINE_STRIP)", "glEnd()"}));
@@ -699,7 +711,7 @@ TEST_F(Primitives_calls_test, ellipseIsAStripOfThirtyPoints) {
     expectPoints(sent(onlyPrimitive(recording)), expected, 1e-6);
 }
 
-TEST_F(Primitives_calls_test, lastPointOfAnEllipseDeliberatelyLandsJustShortOfClosing) {
+TEST_F(Primitives_calls_test, deliberatelyLastPointOfEllipseLandsJustShortOfClosing) {
     gl_spy::Recording recording;
     core.renderEllipse3({0, 0, 0}, {1, 0, 0}, {0, 1, 0});
     std::vector<Point> const points = sent(onlyPrimitive(recording));
@@ -725,7 +737,7 @@ std::array<AxisEllipse, 3> const AXIS_ELLIPSES{{{"XY", &Core_RL::renderEllipse3_
 
 }  // namespace
 
-TEST_F(Primitives_calls_test, axisEllipsesAreMovedByAPushedMatrix) {
+TEST_F(Primitives_calls_test, axisEllipsesAreMovedByPushedMatrix) {
     for (AxisEllipse const& ellipse : AXIS_ELLIPSES) {
         SCOPED_TRACE(ellipse.name);
         gl_spy::Recording recording;
@@ -744,7 +756,7 @@ TEST_F(Primitives_calls_test, axisEllipsesAreMovedByAPushedMatrix) {
     }
 }
 
-TEST_F(Primitives_calls_test, axisEllipsesTakeTheAngleAsFloat) {
+TEST_F(Primitives_calls_test, axisEllipsesTakeAngleAsFloat) {
     // The last angle rounds to a float beyond the full turn, so that the sine is above zero here and below it
     // where the angle stays double.
     double const expected = std::sin(double(float(ellipseAngle(29))));
@@ -761,7 +773,7 @@ TEST_F(Primitives_calls_test, axisEllipsesTakeTheAngleAsFloat) {
 
 // == Drawings under a picking name ==
 
-TEST_F(Primitives_calls_test, namedDrawingsLoadTheNameAndAskTheVirtualDrawing) {
+TEST_F(Primitives_calls_test, namedDrawingsLoadNameAndAskVirtualDrawing) {
     Witness_core witness(
         {"renderArrow3", "renderArrow2", "renderPoint3", "renderPoint3_scoped", "renderPoint2"});
     gl_spy::Recording recording;
@@ -783,7 +795,7 @@ TEST_F(Primitives_calls_test, namedDrawingsLoadTheNameAndAskTheVirtualDrawing) {
     EXPECT_THAT(witness.requests[4].numbers, ElementsAre(7, 8));
 }
 
-TEST_F(Primitives_calls_test, tetrahedronOfDoublesAsksTheVirtualOverloadForFloats) {
+TEST_F(Primitives_calls_test, tetrahedronOfDoublesAsksVirtualOverloadForFloats) {
     Witness_core witness({"renderTetrahedron"});
     gl_spy::Recording recording;
     witness.recording = &recording;
@@ -792,7 +804,7 @@ TEST_F(Primitives_calls_test, tetrahedronOfDoublesAsksTheVirtualOverloadForFloat
     EXPECT_THAT(witness.requests[0].numbers, ElementsAre(0.1F, 2, 3, 0.7F));
 }
 
-TEST_F(Primitives_calls_test, planeSystemAsksTheVirtualPlaneForEachPlane) {
+TEST_F(Primitives_calls_test, planeSystemAsksVirtualPlaneForEachPlane) {
     Witness_core witness({"renderPlane3"});
     gl_spy::Recording recording;
     witness.recording = &recording;

@@ -23,7 +23,7 @@ class Program_gl_calls_test : public Program_fixture {};
 
 // == Stages ==
 
-TEST_F(Program_gl_calls_test, aNewProgramIsEmpty) {
+TEST_F(Program_gl_calls_test, newProgramIsEmpty) {
     EXPECT_EQ(program->getId(), 0U);
     EXPECT_FALSE(program->isEnabled());
     EXPECT_EQ(program->getInfoLog(), "");
@@ -32,7 +32,7 @@ TEST_F(Program_gl_calls_test, aNewProgramIsEmpty) {
     EXPECT_THAT(calls(), IsEmpty());
 }
 
-TEST_F(Program_gl_calls_test, stagesAreAttachedInTheOrderOfTheSlots) {
+TEST_F(Program_gl_calls_test, stagesAreAttachedInOrderOfSlots) {
     program->attach(vertex.get(), geometry.get(), fragment.get());
     EXPECT_THAT(calls(), ElementsAre("glCreateProgram()", paired("glAttachShader", 5, 1),
                                      paired("glAttachShader", 5, 3), paired("glAttachShader", 5, 4)));
@@ -46,14 +46,14 @@ TEST_F(Program_gl_calls_test, anyStageGoesIntoAnySlot) {
                                      paired("glAttachShader", 5, 1), paired("glAttachShader", 5, 3)));
 }
 
-TEST_F(Program_gl_calls_test, theProgramIsMadeOnce) {
+TEST_F(Program_gl_calls_test, programIsMadeOnce) {
     program->attach(vertex.get(), nullptr, nullptr);
     recording.clear();
     program->attach(nullptr, nullptr, fragment.get());
     EXPECT_THAT(calls(), ElementsAre(paired("glAttachShader", 5, 4)));
 }
 
-TEST_F(Program_gl_calls_test, stagesThatAreMissingOrNotLoadedAreSkipped) {
+TEST_F(Program_gl_calls_test, missingAndUnloadedStagesAreSkipped) {
     Shader_gl empty;
     program->attach(nullptr, &empty, nullptr);
     EXPECT_THAT(calls(), ElementsAre("glCreateProgram()"));
@@ -97,13 +97,13 @@ TEST_F(Program_gl_calls_test, withoutStagesProgram0IsEnabled) {
     EXPECT_TRUE(program->isEnabled());
 }
 
-TEST_F(Program_gl_calls_test, aProgramWhoseStagesAreMissingIsLinkedAllTheSame) {
+TEST_F(Program_gl_calls_test, programWithoutStagesIsLinked) {
     program->attach(nullptr, nullptr, nullptr);
     program->enable(true);
     EXPECT_THAT(calls(), ElementsAre("glCreateProgram()", "glLinkProgram(5)", "glUseProgram(5)"));
 }
 
-TEST_F(Program_gl_calls_test, aMaskExchangesTheVariant) {
+TEST_F(Program_gl_calls_test, maskExchangesVariant) {
     attachAndEnable();
     program->setMask(vertex.get(), 1);
     EXPECT_THAT(calls(), ElementsAre(paired("glDetachShader", 5, 1), paired("glAttachShader", 5, 2)));
@@ -113,7 +113,7 @@ TEST_F(Program_gl_calls_test, aMaskExchangesTheVariant) {
     EXPECT_THAT(calls(), ElementsAre(paired("glDetachShader", 5, 2), paired("glAttachShader", 5, 1)));
 }
 
-TEST_F(Program_gl_calls_test, theSameMaskIsSetAgain) {
+TEST_F(Program_gl_calls_test, sameMaskIsExchangedAgain) {
     attachAndEnable();
     program->setMask(vertex.get(), 0);
     program->enable(true);
@@ -121,7 +121,7 @@ TEST_F(Program_gl_calls_test, theSameMaskIsSetAgain) {
                                      "glLinkProgram(5)", "glUseProgram(5)"));
 }
 
-TEST_F(Program_gl_calls_test, aMaskOfAStageThatIsNotAttachedOnlyLinksAgain) {
+TEST_F(Program_gl_calls_test, maskOfUnattachedStageOnlyLinksAgain) {
     attachAndEnable();
     program->setMask(geometry.get(), 0);
     EXPECT_THAT(calls(), IsEmpty());
@@ -129,7 +129,7 @@ TEST_F(Program_gl_calls_test, aMaskOfAStageThatIsNotAttachedOnlyLinksAgain) {
     EXPECT_THAT(calls(), ElementsAre("glLinkProgram(5)", "glUseProgram(5)"));
 }
 
-TEST_F(Program_gl_calls_test, aMaskWithoutVariantChangesNothing) {
+TEST_F(Program_gl_calls_test, maskWithoutVariantChangesNothing) {
     attachAndEnable();
     program->setMask(vertex.get(), 2);
     program->setMask(vertex.get(), 0xFFFFFFFFU);
@@ -138,7 +138,7 @@ TEST_F(Program_gl_calls_test, aMaskWithoutVariantChangesNothing) {
     EXPECT_THAT(calls(), ElementsAre("glUseProgram(5)"));
 }
 
-TEST_F(Program_gl_calls_test, aMaskWhoseVariantFailedChangesNothing) {
+TEST_F(Program_gl_calls_test, maskWhoseVariantFailedChangesNothing) {
     Shader_gl stage;
     stage.addDefinition("#define BAD");
     refuse("BAD", "bad");
@@ -154,7 +154,7 @@ TEST_F(Program_gl_calls_test, aMaskWhoseVariantFailedChangesNothing) {
     EXPECT_THAT(calls(), ElementsAre("glUseProgram(" + std::to_string(program->getId()) + ")"));
 }
 
-TEST_F(Program_gl_calls_test, aStageThatIsAttachedTwiceHasTwoEntries) {
+TEST_F(Program_gl_calls_test, stageThatIsAttachedTwiceHasTwoEntries) {
     program->attach(vertex.get(), vertex.get(), nullptr);
     EXPECT_THAT(calls(), ElementsAre("glCreateProgram()", paired("glAttachShader", 5, 1),
                                      paired("glAttachShader", 5, 1)));
@@ -170,7 +170,7 @@ TEST_F(Program_gl_calls_test, aStageThatIsAttachedTwiceHasTwoEntries) {
 
 // == Lifetimes ==
 
-TEST_F(Program_gl_calls_test, aStageThatGoesFirstIsDetachedFromAllPrograms) {
+TEST_F(Program_gl_calls_test, deletedStageIsDetachedFromAllPrograms) {
     Program_gl other;
     program->attach(vertex.get(), nullptr, fragment.get());
     other.attach(nullptr, nullptr, vertex.get());
@@ -181,7 +181,7 @@ TEST_F(Program_gl_calls_test, aStageThatGoesFirstIsDetachedFromAllPrograms) {
                                      numbered("glDeleteShader", 1), numbered("glDeleteShader", 2)));
 }
 
-TEST_F(Program_gl_calls_test, aStageThatGoesLeavesTheProgramLinked) {
+TEST_F(Program_gl_calls_test, deletedStageLeavesProgramLinked) {
     attachAndEnable();
     fragment.reset();
     recording.clear();
@@ -189,7 +189,7 @@ TEST_F(Program_gl_calls_test, aStageThatGoesLeavesTheProgramLinked) {
     EXPECT_THAT(calls(), ElementsAre("glUseProgram(5)"));
 }
 
-TEST_F(Program_gl_calls_test, aProgramThatGoesFirstSignsOffWithoutDetaching) {
+TEST_F(Program_gl_calls_test, deletedProgramDetachesNoStage) {
     program->attach(vertex.get(), geometry.get(), fragment.get());
     recording.clear();
     program.reset();
@@ -200,7 +200,7 @@ TEST_F(Program_gl_calls_test, aProgramThatGoesFirstSignsOffWithoutDetaching) {
                                      numbered("glDeleteShader", 4)));
 }
 
-TEST_F(Program_gl_calls_test, aProgramSignsOffFromNoOther) {
+TEST_F(Program_gl_calls_test, deletedProgramLeavesOtherProgramsAttached) {
     Program_gl other;
     program->attach(vertex.get(), vertex.get(), nullptr);
     other.attach(vertex.get(), nullptr, nullptr);
@@ -211,13 +211,13 @@ TEST_F(Program_gl_calls_test, aProgramSignsOffFromNoOther) {
                                      numbered("glDeleteShader", 2)));
 }
 
-TEST_F(Program_gl_calls_test, anEnabledProgramIsDeletedAsItIs) {
+TEST_F(Program_gl_calls_test, enabledProgramIsDeletedWithoutDisabling) {
     attachAndEnable();
     program.reset();
     EXPECT_THAT(calls(), ElementsAre("glDeleteProgram(5)"));
 }
 
-TEST_F(Program_gl_calls_test, aStageThatIsDettachedKnowsTheProgramNoMore) {
+TEST_F(Program_gl_calls_test, dettachMakesStageForgetProgram) {
     Program_gl other;
     program->attach(vertex.get(), nullptr, nullptr);
     other.attach(vertex.get(), nullptr, nullptr);
@@ -235,7 +235,7 @@ TEST_F(Program_gl_calls_test, aStageThatIsDettachedKnowsTheProgramNoMore) {
 
 // == Logs and support ==
 
-TEST_F(Program_gl_calls_test, theInfoLogIsCutAt4095Characters) {
+TEST_F(Program_gl_calls_test, infoLogIsCutAt4095Characters) {
     attachAndEnable();
     driver.programStatus(true, "fine");
     EXPECT_EQ(program->getInfoLog(), "fine");
@@ -249,7 +249,7 @@ TEST_F(Program_gl_calls_test, theInfoLogIsCutAt4095Characters) {
     EXPECT_EQ(program->getInfoLog(), "");
 }
 
-TEST_F(Program_gl_calls_test, aFailedLinkIsNotToldApart) {
+TEST_F(Program_gl_calls_test, failedLinkIsNotDetected) {
     attachAndEnable();
     driver.programStatus(false, "does not link");
     program->setMask(vertex.get(), 1);
@@ -262,7 +262,7 @@ TEST_F(Program_gl_calls_test, aFailedLinkIsNotToldApart) {
     EXPECT_EQ(output.text(), "");
 }
 
-TEST_F(Program_gl_calls_test, deliberateListsAreNotPrinted) {
+TEST_F(Program_gl_calls_test, deliberatelyShaderListIsNotPrinted) {
     attachAndEnable();
     StreamCapture const output(std::cout);
     StreamCapture const errors(std::cerr);
@@ -272,7 +272,7 @@ TEST_F(Program_gl_calls_test, deliberateListsAreNotPrinted) {
     EXPECT_THAT(calls(), IsEmpty());
 }
 
-TEST_F(Program_gl_calls_test, supportIsAMatterOfTheVersion) {
+TEST_F(Program_gl_calls_test, geometrySupportRequiresVersion21) {
     for (char const* version :
          {"2.1", "2.1.0", "2.1 Mesa", "2.10", "3.0", "4.5.0 (Compatibility)", "10.0.0", "2.9", "100", "3"}) {
         driver.string(VERSION_STRING, version);
@@ -291,7 +291,7 @@ TEST_F(Program_gl_calls_test, supportIsAMatterOfTheVersion) {
     }
 }
 
-TEST_F(Program_gl_calls_test, deliberateWithoutAVersionThereIsSupport) {
+TEST_F(Program_gl_calls_test, deliberatelyMissingVersionCountsAsSupport) {
     driver.nullString(VERSION_STRING);
     StreamCapture const output(std::cout);
     EXPECT_TRUE(program->checkGeometryShaderSupport());

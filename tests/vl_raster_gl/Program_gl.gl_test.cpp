@@ -36,7 +36,7 @@ TEST_F(Program_gl_drawn_test, shaderAttachedTwiceIsRefusedByGlAndHarmless) {
     expectMiddle({255, 0, 0, 255}, "attached once in GL");
 }
 
-TEST_F(Program_gl_drawn_test, maskSwitchesTheVariantThatIsDrawn) {
+TEST_F(Program_gl_drawn_test, maskSwitchesVariantThatIsDrawn) {
     Shader_gl fragment;
     unsigned int const swapped = fragment.addDefinition("#define SWAPPED");
     ASSERT_TRUE(fragment.loadShaderSource(GL_FRAGMENT_SHADER, COLOR_TEXT, false));
@@ -112,7 +112,7 @@ void main()
     }
 }
 
-TEST_F(Program_gl_drawn_test, samplerReadsTheTextureOfItsUnit) {
+TEST_F(Program_gl_drawn_test, samplerReadsTextureOfItsUnit) {
     VL_Image image;
     ASSERT_TRUE(image.create(2, 2, 4, 8));
     for (int i = 0; i < 16; ++i) {
@@ -141,7 +141,7 @@ TEST_F(Program_gl_drawn_test, driverIsNewEnoughForGeometryStages) {
     EXPECT_EQ(output.text(), "");
 }
 
-TEST_F(Program_gl_drawn_test, failedLinkHasItsReasonInTheLog) {
+TEST_F(Program_gl_drawn_test, failedLinkHasItsReasonInLog) {
     Shader_gl vertex;
     ASSERT_TRUE(vertex.loadShaderSource(
         GL_VERTEX_SHADER, "void missing(); void main() { missing(); gl_Position = gl_Vertex; }", false));

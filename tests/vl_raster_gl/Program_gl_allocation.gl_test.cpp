@@ -15,9 +15,9 @@
 namespace vellum {
 namespace {
 
-class Program_gl_allocation_gl_test : public gl_spy::GlTest {};
+class Program_gl_allocation_drawn_test : public gl_spy::GlTest {};
 
-TEST_F(Program_gl_allocation_gl_test, uniformsThatAreSetAgainTakeNoNewMemory) {
+TEST_F(Program_gl_allocation_drawn_test, uniformsThatAreSetAgainTakeNoNewMemory) {
     Shader_gl fragment;
     ASSERT_TRUE(
         fragment.loadShaderSource(GL_FRAGMENT_SHADER,

@@ -38,7 +38,7 @@ protected:
                                        8.5F, 9.5F, 10.5F, 11.5F, 12.5F, 13.5F, 14.5F, 15.5F};
 };
 
-TEST_F(Program_gl_uniforms_calls_test, integers) {
+TEST_F(Program_gl_uniforms_calls_test, integersAreSentAsOneVector) {
     program->setUniform("u", 1);
     EXPECT_EQ(calls(), sent("u", 0, "glUniform1iv", "1, {1}"));
     program->setUniform("u", 1, 2);
@@ -49,7 +49,7 @@ TEST_F(Program_gl_uniforms_calls_test, integers) {
     EXPECT_EQ(calls(), sent("u", 0, "glUniform4iv", "1, {1, 2, 3, -2147483648}"));
 }
 
-TEST_F(Program_gl_uniforms_calls_test, arraysOfIntegers) {
+TEST_F(Program_gl_uniforms_calls_test, integerArraysAreSentByCountAndSize) {
     program->setUniform("u", 3, 1, integers.data());
     EXPECT_EQ(calls(), sent("u", 0, "glUniform1iv", "3, {1, -2, 3}"));
     program->setUniform("u", 2, 2, integers.data());
@@ -60,7 +60,7 @@ TEST_F(Program_gl_uniforms_calls_test, arraysOfIntegers) {
     EXPECT_EQ(calls(), sent("u", 0, "glUniform4iv", "2, {1, -2, 3, -4, 5, -6, 7, -8}"));
 }
 
-TEST_F(Program_gl_uniforms_calls_test, floats) {
+TEST_F(Program_gl_uniforms_calls_test, floatsAreSentAsOneVector) {
     program->setUniform("u", 1.5F);
     EXPECT_EQ(calls(), sent("u", 0, "glUniform1fv", "1, {1.5}"));
     program->setUniform("u", 1.5F, 2.0F);
@@ -71,7 +71,7 @@ TEST_F(Program_gl_uniforms_calls_test, floats) {
     EXPECT_EQ(calls(), sent("u", 0, "glUniform4fv", "1, {1.5, 2, 3, 0.1}"));
 }
 
-TEST_F(Program_gl_uniforms_calls_test, arraysOfFloats) {
+TEST_F(Program_gl_uniforms_calls_test, floatArraysAreSentByCountAndSize) {
     program->setUniform("u", 3, 1, floats.data());
     EXPECT_EQ(calls(), sent("u", 0, "glUniform1fv", "3, {0.5, 1.5, 2.5}"));
     program->setUniform("u", 2, 2, floats.data());
@@ -82,7 +82,7 @@ TEST_F(Program_gl_uniforms_calls_test, arraysOfFloats) {
     EXPECT_EQ(calls(), sent("u", 0, "glUniform4fv", "1, {0.5, 1.5, 2.5, 3.5}"));
 }
 
-TEST_F(Program_gl_uniforms_calls_test, matrices) {
+TEST_F(Program_gl_uniforms_calls_test, matricesAreSentUntransposed) {
     program->setUniformMatrix("u", 2, floats.data());
     EXPECT_EQ(calls(), sent("u", 0, "glUniformMatrix2fv", "1, GL_FALSE, {0.5, 1.5, 2.5, 3.5}"));
     program->setUniformMatrix("u", 3, floats.data());
@@ -109,7 +109,7 @@ TEST_F(Program_gl_uniforms_calls_test, sizesThatGlDoesNotHaveSendNothing) {
     }
 }
 
-TEST_F(Program_gl_uniforms_calls_test, uniformsSetBeforeAreSentOnEnablingAndLaterOnesAtOnce) {
+TEST_F(Program_gl_uniforms_calls_test, uniformsAreSentOnEnablingAndAfterwardsAtOnce) {
     program->disable();
     recording.clear();
     program->setUniform("u", 2.0F);
@@ -122,7 +122,7 @@ TEST_F(Program_gl_uniforms_calls_test, uniformsSetBeforeAreSentOnEnablingAndLate
     EXPECT_EQ(calls(), joined({{"glUseProgram(5)"}, sent("u", 0, "glUniform1fv", "1, {3}")}));
 }
 
-TEST_F(Program_gl_uniforms_calls_test, theyAreSentInTheOrderOfTheirFirstSetting) {
+TEST_F(Program_gl_uniforms_calls_test, uniformsAreSentInOrderOfFirstSetting) {
     program->disable();
     program->setUniform("b", 1);
     program->setUniform("a", 2.0F);
@@ -137,7 +137,7 @@ TEST_F(Program_gl_uniforms_calls_test, theyAreSentInTheOrderOfTheirFirstSetting)
                                sent("c", 2, "glUniformMatrix2fv", "1, GL_FALSE, {0.5, 1.5, 2.5, 3.5}")}));
 }
 
-TEST_F(Program_gl_uniforms_calls_test, aNameThatIsSetAgainChangesItsTypeInPlace) {
+TEST_F(Program_gl_uniforms_calls_test, settingNameAgainChangesTypeInPlace) {
     program->disable();
     program->setUniform("u", 1.5F);
     program->setUniform("last", 1);
@@ -178,7 +178,7 @@ TEST_F(Program_gl_uniforms_calls_test, valuesAndNamesAreCopied) {
     EXPECT_EQ(calls(), joined({{"glUseProgram(5)"}, sent("u", 0, "glUniform2fv", "1, {1, 2}")}));
 }
 
-TEST_F(Program_gl_uniforms_calls_test, aValueMayBeSetToItself) {
+TEST_F(Program_gl_uniforms_calls_test, valueMayBeSetToItself) {
     program->setUniform("u", 2, 2, floats.data());
     program->setUniform("u", 2, 2, floats.data());
     recording.clear();
@@ -187,7 +187,7 @@ TEST_F(Program_gl_uniforms_calls_test, aValueMayBeSetToItself) {
               joined({{"glUseProgram(5)"}, sent("u", 0, "glUniform2fv", "2, {0.5, 1.5, 2.5, 3.5}")}));
 }
 
-TEST_F(Program_gl_uniforms_calls_test, aUniformThatTheProgramDoesNotHaveStaysKept) {
+TEST_F(Program_gl_uniforms_calls_test, unknownUniformIsSentToMinusOneAndKept) {
     driver.uniformLocation("u", -1);
     recording.clear();
     program->setUniform("u", 1);
@@ -225,7 +225,7 @@ TEST_F(Program_gl_uniforms_calls_test, keysSendWhatNamesSend) {
                                sent("last", 2, "glUniform1iv", "1, {9}")}));
 }
 
-TEST_F(Program_gl_uniforms_calls_test, aKeyFollowsItsNameToAnotherTypeAndLength) {
+TEST_F(Program_gl_uniforms_calls_test, keyFollowsItsNameToAnotherTypeAndLength) {
     Program_gl::UniformKey key("u");
     program->setUniform(key, 1.0F, 2.0F, 3.0F);
     program->setUniform("u", 2, 3, integers.data());
@@ -284,7 +284,7 @@ TEST_F(Program_gl_uniforms_calls_test, sizesThatGlDoesNotHaveReadNoValues) {
     }
 }
 
-TEST_F(Program_gl_uniforms_calls_test, aMissingNameIsTheEmptyOne) {
+TEST_F(Program_gl_uniforms_calls_test, nullNameIsEmptyName) {
     program->setUniform(nullptr, 1);
     program->setUniform("", 2.0F);
     recording.clear();
@@ -300,7 +300,7 @@ TEST_F(Program_gl_uniforms_calls_test, aMissingNameIsTheEmptyOne) {
 
 // == Uniforms that are not kept ==
 
-TEST_F(Program_gl_uniforms_calls_test, aSamplerIsBoundAndNotKept) {
+TEST_F(Program_gl_uniforms_calls_test, samplerIsBoundAndNotKept) {
     program->disable();
     recording.clear();
     program->setUniformSampler("map", 77, 3);

@@ -37,14 +37,14 @@ protected:
     Shader_gl stage;
 };
 
-TEST_F(Shader_gl_calls_test, aNewStageIsEmpty) {
+TEST_F(Shader_gl_calls_test, newStageIsEmpty) {
     EXPECT_EQ(stage.getID(0), 0U);
     EXPECT_EQ(stage.getInfoLog(), "");
     EXPECT_EQ(stage.getCompilationLog(), "");
     EXPECT_THAT(recording.texts(), IsEmpty());
 }
 
-TEST_F(Shader_gl_calls_test, definitionsGiveTheBitsOfMasksAndCompileNothing) {
+TEST_F(Shader_gl_calls_test, definitionsGiveBitsOfMasksAndCompileNothing) {
     for (unsigned int bit = 0; bit < 32; ++bit) {
         EXPECT_EQ(stage.addDefinition("#define A"), 1U << bit);
     }
@@ -76,7 +76,7 @@ TEST_F(Shader_gl_calls_test, twoDefinitionsMakeFourVariants) {
     EXPECT_EQ(stage.getID(4), 0U);
 }
 
-TEST_F(Shader_gl_calls_test, linesOfAVariantStandInTheOrderOfTheirBits) {
+TEST_F(Shader_gl_calls_test, linesOfVariantStandInOrderOfTheirBits) {
     for (char const* line : {"C", "", "a\nb", "#define D"}) {
         stage.addDefinition(line);
     }
@@ -91,7 +91,7 @@ TEST_F(Shader_gl_calls_test, linesOfAVariantStandInTheOrderOfTheirBits) {
     EXPECT_EQ(recording.named("glCreateShader")[0].arguments[0], GEOMETRY);
 }
 
-TEST_F(Shader_gl_calls_test, definitionsThatComeLateWaitForTheNextLoad) {
+TEST_F(Shader_gl_calls_test, definitionsThatComeLateWaitForNextLoad) {
     stage.loadShaderSource(VERTEX_STAGE, "text", false);
     EXPECT_EQ(stage.addDefinition("#define A"), 1U);
     EXPECT_EQ(stage.getID(1), 0U);
@@ -102,7 +102,7 @@ TEST_F(Shader_gl_calls_test, definitionsThatComeLateWaitForTheNextLoad) {
     EXPECT_EQ(stage.getID(1), 3U);
 }
 
-TEST_F(Shader_gl_calls_test, deliberateASecondLoadLeavesTheFormerObjects) {
+TEST_F(Shader_gl_calls_test, deliberatelySecondLoadLeavesFormerObjects) {
     stage.loadShaderSource(VERTEX_STAGE, "first", false);
     EXPECT_TRUE(stage.loadShaderSource(FRAGMENT_STAGE, "second", false));
     EXPECT_EQ(callsOf(recording),
@@ -128,7 +128,7 @@ TEST_F(Shader_gl_calls_test, missingTextsAreEmpty) {
 
 // == Failures and logs ==
 
-TEST_F(Shader_gl_calls_test, theFirstVariantThatFailsIsTheLast) {
+TEST_F(Shader_gl_calls_test, loadStopsAtFirstVariantThatFails) {
     stage.addDefinition("#define A");
     stage.addDefinition("#define B");
     refuse("#define B", "0:1: no B");
@@ -145,7 +145,7 @@ TEST_F(Shader_gl_calls_test, theFirstVariantThatFailsIsTheLast) {
     EXPECT_EQ(driver.liveObjects(), 2U);
 }
 
-TEST_F(Shader_gl_calls_test, aStageThatFailsHasNoVariant) {
+TEST_F(Shader_gl_calls_test, failedStageHasNoVariant) {
     driver.shaderStatus(false, "bad");
     StreamCapture const output(std::cout);
     EXPECT_FALSE(stage.loadShaderSource(VERTEX_STAGE, "text", false));
@@ -163,20 +163,20 @@ TEST_F(Shader_gl_calls_test, failuresWithoutLogAndWarningsPrintNothing) {
     EXPECT_EQ(output.text(), "");
 }
 
-TEST_F(Shader_gl_calls_test, deliberateTheLabelOfEveryStageIsAsdf) {
+TEST_F(Shader_gl_calls_test, deliberatelyLabelOfEveryStageIsAsdf) {
     stage.addDefinition("#define A");
     stage.loadShaderSource(FRAGMENT_STAGE, "text", false);
     EXPECT_THAT(layer.requests, ElementsAre("checkShaderCompilationErrors(1, asdf)",
                                             "checkShaderCompilationErrors(2, asdf)"));
 }
 
-TEST_F(Shader_gl_calls_test, theLayerIsAskedAboutTheObjectThatFailed) {
+TEST_F(Shader_gl_calls_test, layerChecksObjectThatFailed) {
     driver.shaderStatus(false, "");
     EXPECT_FALSE(stage.loadShaderSource(FRAGMENT_STAGE, "text", false));
     EXPECT_THAT(layer.requests, ElementsAre("checkShaderCompilationErrors(1, asdf)"));
 }
 
-TEST_F(Shader_gl_calls_test, withoutALayerStagesCompileAllTheSame) {
+TEST_F(Shader_gl_calls_test, stagesCompileWithoutLayer) {
     Core_RL* const former = VL_Raster;
     VL_Raster = nullptr;
     StreamCapture const output(std::cout);
@@ -187,7 +187,7 @@ TEST_F(Shader_gl_calls_test, withoutALayerStagesCompileAllTheSame) {
     VL_Raster = former;
 }
 
-TEST_F(Shader_gl_calls_test, aLoadThatFailsKeepsFormerVariantsThatItDidNotReach) {
+TEST_F(Shader_gl_calls_test, loadThatFailsKeepsFormerVariantsThatItDidNotReach) {
     stage.addDefinition("#define A");
     stage.addDefinition("#define B");
     stage.loadShaderSource(VERTEX_STAGE, "text", false);
@@ -200,7 +200,7 @@ TEST_F(Shader_gl_calls_test, aLoadThatFailsKeepsFormerVariantsThatItDidNotReach)
     EXPECT_EQ(stage.getID(3), 4U);
 }
 
-TEST_F(Shader_gl_calls_test, theInfoLogHasThoseOfAllVariantsInTheirOrder) {
+TEST_F(Shader_gl_calls_test, infoLogJoinsLogsOfAllVariantsInOrder) {
     stage.addDefinition("#define A");
     stage.addDefinition("#define B");
     driver.shaderStatus(true, "plain;")
@@ -226,14 +226,14 @@ TEST_F(Shader_gl_calls_test, eachLogIsCutAt4095Characters) {
     EXPECT_EQ(stage.getInfoLog(), "");
 }
 
-TEST_F(Shader_gl_calls_test, deliberateTheCompilationLogIsEmptyAfterAFailureToo) {
+TEST_F(Shader_gl_calls_test, deliberatelyCompilationLogStaysEmptyAfterFailure) {
     driver.shaderStatus(false, "bad");
     StreamCapture const output(std::cout);
     stage.loadShaderSource(VERTEX_STAGE, "text", false);
     EXPECT_EQ(stage.getCompilationLog(), "");
 }
 
-TEST_F(Shader_gl_calls_test, deliberateVariantsThatAreMissingAreDeletedToo) {
+TEST_F(Shader_gl_calls_test, deliberatelyMissingVariantsAreDeleted) {
     refuse("#define B", "bad");
     StreamCapture const output(std::cout);
     {
@@ -281,13 +281,13 @@ protected:
     std::filesystem::path const former = std::filesystem::current_path();
 };
 
-TEST_F(Shader_gl_files_calls_test, everyLineEndsWithALineFeed) {
+TEST_F(Shader_gl_files_calls_test, everyLineEndsWithLineFeed) {
     EXPECT_EQ(textOf("a\nb"), "a\nb\n");
     EXPECT_EQ(textOf("a\r\nb\r"), "a\r\nb\r\n");
     EXPECT_EQ(textOf("\n\na"), "\n\na\n");
 }
 
-TEST_F(Shader_gl_files_calls_test, deliberateALineFeedAtTheEndGivesAnEmptyLine) {
+TEST_F(Shader_gl_files_calls_test, deliberatelyLineFeedAtEndGivesEmptyLine) {
     EXPECT_EQ(textOf("a\n"), "a\n\n");
     EXPECT_EQ(textOf("a\nb\n"), "a\nb\n\n");
     EXPECT_EQ(textOf("\n"), "\n\n");
@@ -301,7 +301,7 @@ TEST_F(Shader_gl_files_calls_test, linesMayHaveAnyLength) {
     }
 }
 
-TEST_F(Shader_gl_files_calls_test, aFileIsCompiledInAllVariants) {
+TEST_F(Shader_gl_files_calls_test, fileIsCompiledInAllVariants) {
     folder.write("inner/a", "text");
     stage.addDefinition("#define A");
     EXPECT_TRUE(stage.loadShaderSource(FRAGMENT_STAGE, "a", true));
@@ -309,7 +309,7 @@ TEST_F(Shader_gl_files_calls_test, aFileIsCompiledInAllVariants) {
               joined({variantMade(1, FRAGMENT, "text\n"), variantMade(2, FRAGMENT, "#define A\ntext\n")}));
 }
 
-TEST_F(Shader_gl_files_calls_test, deliberateFilesAreAppended) {
+TEST_F(Shader_gl_files_calls_test, deliberatelyFilesAreAppended) {
     folder.write("inner/a", "one\n");
     folder.write("inner/b", "two");
     stage.loadShaderSource(VERTEX_STAGE, "a", true);
@@ -323,20 +323,20 @@ TEST_F(Shader_gl_files_calls_test, deliberateFilesAreAppended) {
     EXPECT_EQ(textOfLast(), "text;two\n");
 }
 
-TEST_F(Shader_gl_files_calls_test, aFileIsLookedForOneFolderUp) {
+TEST_F(Shader_gl_files_calls_test, missingFileIsSearchedOneFolderUp) {
     folder.write("above", "from above");
     EXPECT_TRUE(stage.loadShaderSource(VERTEX_STAGE, "above", true));
     EXPECT_EQ(textOfLast(), "from above\n");
 }
 
-TEST_F(Shader_gl_files_calls_test, aFileInPlaceComesBeforeTheOneAbove) {
+TEST_F(Shader_gl_files_calls_test, fileInFolderComesBeforeFileAbove) {
     folder.write("inner/both", "here");
     folder.write("both", "above");
     EXPECT_TRUE(stage.loadShaderSource(VERTEX_STAGE, "both", true));
     EXPECT_EQ(textOfLast(), "here\n");
 }
 
-TEST_F(Shader_gl_files_calls_test, aMissingFileLeavesWhatThereIs) {
+TEST_F(Shader_gl_files_calls_test, missingFileKeepsVariantsAndText) {
     folder.write("inner/a", "one");
     stage.loadShaderSource(VERTEX_STAGE, "a", true);
     StreamCapture const errors(std::cerr);
@@ -346,7 +346,7 @@ TEST_F(Shader_gl_files_calls_test, aMissingFileLeavesWhatThereIs) {
     EXPECT_EQ(textOfLast(), "one\none\n");
 }
 
-TEST_F(Shader_gl_files_calls_test, whatIsNoFileIsReportedUnderItsPath) {
+TEST_F(Shader_gl_files_calls_test, missingAndSpecialFilesAreReportedByPath) {
     for (char const* path : {static_cast<char const*>(nullptr), "", ".", "shaders/none.glsl", "/dev/zero"}) {
         expectNoFile(path);
     }
@@ -359,7 +359,7 @@ TEST_F(Shader_gl_files_calls_test, hugeFileIsRefused) {
     expectNoFile("huge");
 }
 
-TEST_F(Shader_gl_files_calls_test, zeroByteEndsItsLineAndNotTheText) {
+TEST_F(Shader_gl_files_calls_test, zeroByteEndsLineButNotText) {
     EXPECT_EQ(textOf(std::string("one\0rest\ntwo", 12)), "one\ntwo\n");
     std::string bytes;
     for (int i = 0; i < 4096; ++i) {
@@ -370,7 +370,7 @@ TEST_F(Shader_gl_files_calls_test, zeroByteEndsItsLineAndNotTheText) {
 
 // == Pass-through texts ==
 
-TEST(Shader_gl_passThrough_calls_test, vertexStage) {
+TEST(Shader_gl_passThrough_calls_test, vertexTextPassesAllAttributesOn) {
     std::string const text = Shader_gl::vertexPassThrough();
     EXPECT_THAT(text, Not(HasSubstr("#version")));
     for (char const* part :
@@ -381,7 +381,7 @@ TEST(Shader_gl_passThrough_calls_test, vertexStage) {
     }
 }
 
-TEST(Shader_gl_passThrough_calls_test, geometryStage) {
+TEST(Shader_gl_passThrough_calls_test, geometryTextPassesAllAttributesOn) {
     std::string const text = Shader_gl::geometryPassThrough();
     EXPECT_THAT(text, StartsWith("#version 120\n#extension GL_EXT_geometry_shader4 : enable\n"));
     for (char const* part : {"gl_VerticesIn", "gl_PositionIn[i]", "gl_TexCoordIn[i][0]", "gl_TexCoord[0]",
@@ -398,7 +398,7 @@ TEST(Shader_gl_passThrough_calls_test, geometryStage) {
     EXPECT_EQ(text.find("EndPrimitive()", end + 1), std::string::npos);
 }
 
-TEST(Shader_gl_passThrough_calls_test, fragmentStageEndsWithoutALineFeed) {
+TEST(Shader_gl_passThrough_calls_test, fragmentTextEndsWithoutLineFeed) {
     std::string const text = Shader_gl::fragmentPassThrough();
     std::string const end = "gl_FragColor = gl_Color;}";
     ASSERT_GE(text.size(), end.size());

@@ -19,7 +19,7 @@ namespace {
 
 class Shader_gl_drawn_test : public Glsl_fixture {};
 
-TEST_F(Shader_gl_drawn_test, passThroughStagesCompileAndDrawTheColor) {
+TEST_F(Shader_gl_drawn_test, passThroughStagesCompileAndDrawColor) {
     Shader_gl vertex;
     Shader_gl fragment;
     ASSERT_TRUE(vertex.loadShaderSource(GL_VERTEX_SHADER, Shader_gl::vertexPassThrough(), false))
@@ -73,7 +73,7 @@ TEST_F(Shader_gl_drawn_test, unknownStageTypeFails) {
     EXPECT_EQ(glGetError(), GLenum(GL_INVALID_ENUM));
 }
 
-TEST_F(Shader_gl_drawn_test, deletedStageIsGoneFromTheDriver) {
+TEST_F(Shader_gl_drawn_test, deletedStageIsGoneFromDriver) {
     auto shader = std::make_unique<Shader_gl>();
     ASSERT_TRUE(shader->loadShaderSource(GL_FRAGMENT_SHADER, Shader_gl::fragmentPassThrough(), false));
     unsigned int const id = shader->getID(0);

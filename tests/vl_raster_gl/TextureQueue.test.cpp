@@ -72,14 +72,14 @@ TEST(TextureQueue_test, queuedNamesAreDeletedInOrder) {
     EXPECT_EQ(layer.deleted, (Names{7, 3, 9}));
 }
 
-TEST(TextureQueue_test, queueingTakesTheNameFromItsOwner) {
+TEST(TextureQueue_test, queueingTakesNameFromItsOwner) {
     NotingLayer layer;
     unsigned int texture = 7;
     layer.queueUnloadTextureColor(texture);
     EXPECT_EQ(texture, NO_TEXTURE);
 }
 
-TEST(TextureQueue_test, aVariableQueuedTwiceQueuesItsNameOnce) {
+TEST(TextureQueue_test, variableQueuedTwiceQueuesItsNameOnce) {
     NotingLayer layer;
     unsigned int texture = 7;
     layer.queueUnloadTextureColor(texture);
@@ -99,21 +99,21 @@ TEST(TextureQueue_test, noTextureIsNotQueued) {
     EXPECT_EQ(layer.deleted, Names{});
 }
 
-TEST(TextureQueue_test, nameZeroIsAName) {
+TEST(TextureQueue_test, zeroIsValidName) {
     NotingLayer layer;
     layer.queue(0);
     layer.destroy_RL();
     EXPECT_EQ(layer.deleted, Names{0});
 }
 
-TEST(TextureQueue_test, anEmptyQueueDeletesNothing) {
+TEST(TextureQueue_test, emptyQueueDeletesNothing) {
     NotingLayer layer;
     layer.destroy_RL();
     EXPECT_EQ(layer.deleted, Names{});
     EXPECT_FALSE(layer.isLocked());
 }
 
-TEST(TextureQueue_test, aDrainedQueueIsUsedAgain) {
+TEST(TextureQueue_test, drainedQueueIsUsedAgain) {
     NotingLayer layer;
     for (unsigned int name = 1; name <= 5; ++name) {
         layer.queue(name);
@@ -132,7 +132,7 @@ TEST(TextureQueue_test, aDrainedQueueIsUsedAgain) {
     EXPECT_EQ(layer.deleted, Names{5});
 }
 
-TEST(TextureQueue_test, theQueueGrowsByAnEighthAndFour) {
+TEST(TextureQueue_test, queueGrowsByEighthAndFour) {
     NotingLayer layer;
     EXPECT_EQ(layer.queueCapacity(), 0U);
     std::vector<unsigned int> capacities;
@@ -146,7 +146,7 @@ TEST(TextureQueue_test, theQueueGrowsByAnEighthAndFour) {
     EXPECT_EQ(layer.queueSize(), 24U);
 }
 
-TEST(TextureQueue_test, theLayerConstructedLastDeletesForAll) {
+TEST(TextureQueue_test, layerConstructedLastDeletesForAll) {
     NotingLayer first;
     NotingLayer last;
     first.queue(7);
@@ -156,7 +156,7 @@ TEST(TextureQueue_test, theLayerConstructedLastDeletesForAll) {
     EXPECT_EQ(first.queueSize(), 0U);
 }
 
-TEST(TextureQueue_test, aFailedGrowthLeavesNameQueueAndLock) {
+TEST(TextureQueue_test, failedGrowthLeavesNameQueueAndLock) {
     NotingLayer layer;
     for (unsigned int name = 1; name <= 4; ++name) {
         layer.queue(name);
@@ -179,7 +179,7 @@ TEST(TextureQueue_test, aFailedGrowthLeavesNameQueueAndLock) {
     EXPECT_EQ(layer.deleted, (Names{1, 2, 3, 4, 5}));
 }
 
-TEST(TextureQueue_test, aFailedDeletionReleasesTheLock) {
+TEST(TextureQueue_test, failedDeletionReleasesLock) {
     NotingLayer layer;
     layer.queue(1);
     layer.queue(2);

@@ -27,7 +27,7 @@ void expectNear(Vector const& actual, Vector const& expected, float tolerance) {
 
 // == Arrows ==
 
-TEST(ArrowHead_test, cornersGoAroundTheBase) {
+TEST(ArrowHead_test, cornersGoAroundBase) {
     ArrowHead const head(Vector{0, 0, 2}, {0, 0, 1}, 0.5F);
     // a = (-1, 0, 0), b = a x d = (0, 1, 0).
     expectNear(head.corners[0], {0.5F, -0.5F, 1}, 0);
@@ -36,7 +36,7 @@ TEST(ArrowHead_test, cornersGoAroundTheBase) {
     expectNear(head.corners[3], {-0.5F, -0.5F, 1}, 0);
 }
 
-TEST(ArrowHead_test, theSideOfAnUprightArrowIsX) {
+TEST(ArrowHead_test, sideOfUprightArrowIsX) {
     for (float const y : {1.0F, -1.0F, 1e-20F}) {
         HeadSide const side(Vector{0, y, 0});
         EXPECT_EQ(side.x, 1.0F);
@@ -46,14 +46,14 @@ TEST(ArrowHead_test, theSideOfAnUprightArrowIsX) {
     expectNear(ArrowHead(Vector{0, 3, 0}, {0, 2, 0}, 0.25F).corners[0], {-0.25F, 2, -0.25F}, 0);
 }
 
-TEST(ArrowHead_test, sidesUpToTheShortestDirectionAreNone) {
+TEST(ArrowHead_test, sidesUpToShortestDirectionAreNone) {
     EXPECT_FALSE(hasDirection(1e-14F));
     EXPECT_TRUE(hasDirection(std::nextafter(1e-14F, 1.0F)));
     EXPECT_EQ(HeadSide(Vector{1e-15F, 1, 0}).x, 1.0F);
     EXPECT_EQ(HeadSide(Vector{1e-13F, 1, 0}).z, 1e-13F);
 }
 
-TEST(ArrowHead_test, theBaseIsDarkerAndOpaque) {
+TEST(ArrowHead_test, baseIsDarkerAndOpaque) {
     Color4<float> const base = headBaseColor({0.4F, 0.8F, 1, 0.25F}, HEAD_BASE_SHADE);
     EXPECT_EQ(base.r, 0.4F * 0.75F);
     EXPECT_EQ(base.g, 0.8F * 0.75F);
@@ -84,7 +84,7 @@ TEST(ArrowPoints_test, manyArrowsAreThoseOfOneByOne) {
     }
 }
 
-TEST(ArrowPoints_test, fewerArrowsLeaveTheOthersAlone) {
+TEST(ArrowPoints_test, fewerArrowsLeaveOtherArrowsAlone) {
     ArrowPoints points;
     points.x[0][1] = 42;
     Vector const tail{1, 2, 3};
@@ -94,7 +94,7 @@ TEST(ArrowPoints_test, fewerArrowsLeaveTheOthersAlone) {
     EXPECT_EQ(points.x[0][1], 42.0F);
 }
 
-TEST(ArrowPoints_test, deliberateAnArrowWithoutLengthHasAHeadThatIsNotANumber) {
+TEST(ArrowPoints_test, deliberatelyArrowWithoutLengthHasNaNHead) {
     Vector const tail{1, 2, 3};
     Vector const direction{0, 0, 0};
     ArrowPoints points;
@@ -105,7 +105,7 @@ TEST(ArrowPoints_test, deliberateAnArrowWithoutLengthHasAHeadThatIsNotANumber) {
     }
 }
 
-TEST(ArrowArrays_test, theCornersComeTwiceAndTheTailBetween) {
+TEST(ArrowArrays_test, cornersComeTwiceAndTailBetween) {
     Vector const tail{0, 0, 0};
     Vector const direction{0, 0, 3};
     ArrowPoints points;
@@ -122,7 +122,7 @@ TEST(ArrowArrays_test, theCornersComeTwiceAndTheTailBetween) {
     EXPECT_NEAR(std::fabs(vertices[1].x), 0.1998F, 1e-6F);
 }
 
-TEST(ArrowArrays_test, deliberateTheBaseIsLighterThanThatOfASingleArrow) {
+TEST(ArrowArrays_test, deliberatelyBaseIsLighterThanThatOfSingleArrow) {
     std::array<Color4<float>, VERTICES_PER_ARROW> colors;
     writeArrowColors({1, 0.5F, 0.25F, 0.5F}, colors.data());
     for (unsigned int i = 0; i < 6; ++i) {
@@ -137,7 +137,7 @@ TEST(ArrowArrays_test, deliberateTheBaseIsLighterThanThatOfASingleArrow) {
     EXPECT_NE(HEAD_BASE_SHADE, BUFFERED_HEAD_BASE_SHADE);
 }
 
-TEST(ArrowArrays_test, indicesCountFromTheArrowsFirstVertex) {
+TEST(ArrowArrays_test, indicesCountFromFirstVertexOfArrow) {
     std::array<unsigned int, TRIANGLE_INDICES_PER_ARROW> triangles{};
     writeArrowIndices(TRIANGLE_INDICES, 20, triangles.data());
     EXPECT_EQ(triangles, (std::array<unsigned int, 12>{20, 21, 22, 20, 22, 23, 20, 23, 24, 20, 24, 21}));
@@ -173,7 +173,7 @@ TEST(BoxFaces_test, everyCornerBelongsToThreeFaces) {
     EXPECT_EQ(uses, (std::array<int, 8>{3, 3, 3, 3, 3, 3, 3, 3}));
 }
 
-TEST(BoxFaces_test, cornersOfAnInvertedBoxAreTakenAsTheyAre) {
+TEST(BoxFaces_test, cornersOfInvertedBoxAreTakenAsTheyAre) {
     BoxCorners const corners = boxCorners(Box3<float>{{1, 1, 1}, {-1, -1, -1}});
     expectNear(corners[0], {1, 1, 1}, 0);
     expectNear(corners[7], {-1, -1, -1}, 0);
@@ -194,7 +194,7 @@ TEST(CirclePoints_test, anglesAreFloatsWithSineAndCosineInDouble) {
     }
 }
 
-TEST(CirclePoints_test, theFrameOfAnAxisTurnsTheCircleAboutIt) {
+TEST(CirclePoints_test, frameOfAxisTurnsCircleAboutIt) {
     for (VL_AXIS const axis : {VL_AXIS_X, VL_AXIS_Y, VL_AXIS_Z}) {
         for (Vector const& p : circlePoints(circleAxisFrame(axis, 2), 1.5F)) {
             EXPECT_NEAR(length(p), 3.0F, 1e-5F);
@@ -207,7 +207,7 @@ TEST(CirclePoints_test, theFrameOfAnAxisTurnsTheCircleAboutIt) {
     expectNear(circlePoints(circleAxisFrame(VL_AXIS_Y, 1), 1)[90], {0, 0, -1}, 1e-6F);
 }
 
-TEST(CirclePoints_test, theFramesTranslationMovesTheCircle) {
+TEST(CirclePoints_test, translationOfFrameMovesCircle) {
     Matrix4<float> frame = circleAxisFrame(VL_AXIS_Z, 1);
     frame.e[12] = 1;
     frame.e[13] = 2;
@@ -215,7 +215,7 @@ TEST(CirclePoints_test, theFramesTranslationMovesTheCircle) {
     expectNear(circlePoints(frame, 1)[0], {2, 2, 3}, 0);
 }
 
-TEST(CirclePoints_test, deliberateTheTapesFactorsAreOfTwoPrecisions) {
+TEST(CirclePoints_test, deliberatelyTapeFactorsHaveTwoPrecisions) {
     // The degree is the float by which all circles count.
     double const degree = static_cast<double>(ONE_DEGREE);
     EXPECT_NEAR(TAPE_COS_FIRST, std::cos(5 * degree), 1e-8);
@@ -226,7 +226,7 @@ TEST(CirclePoints_test, deliberateTheTapesFactorsAreOfTwoPrecisions) {
     EXPECT_NE(TAPE_SIN_LAST, TAPE_COS_FIRST);
 }
 
-TEST(Ellipse_test, deliberateTheLastPointFallsShortOfTheFirst) {
+TEST(Ellipse_test, deliberatelyLastPointFallsShortOfFirst) {
     constexpr double TWO_PI = 2 * 3.14159265358979323846;
     EXPECT_EQ(ellipseAngle(0), 0.0);
     EXPECT_LT(ellipseAngle(ELLIPSE_POINTS - 1), TWO_PI);
@@ -235,12 +235,12 @@ TEST(Ellipse_test, deliberateTheLastPointFallsShortOfTheFirst) {
 
 // == Plane grids ==
 
-TEST(PlaneGrid_test, theCenterIsThePlanesPointNearestTheOrigin) {
+TEST(PlaneGrid_test, centerIsPointOfPlaneNearestToOrigin) {
     PlaneGrid const grid({{0, 0.6F, 0.8F}, -5});
     expectNear(grid.center, {0, 3, 4}, 1e-6F);
 }
 
-TEST(PlaneGrid_test, theAxesLieInThePlaneAtRightAngles) {
+TEST(PlaneGrid_test, axesLieInPlaneAtRightAngles) {
     for (Vector const& n :
          {Vector{1, 0, 0}, Vector{0, 1, 0}, Vector{0, 0.6F, -0.8F}, normalized(Vector{1, -2, 3})}) {
         PlaneGrid const grid({n, 1});
@@ -254,7 +254,7 @@ TEST(PlaneGrid_test, theAxesLieInThePlaneAtRightAngles) {
 
 // == The color ramp ==
 
-TEST(ColorRamp_test, colorsLieBetweenTheTwoAndTakeTheThirdAbove) {
+TEST(ColorRamp_test, colorsLieBetweenTwoAndTakeThirdAbove) {
     ColorRamp const ramp{{0, 0, 1}, {1, 0, 0}, {1, 1, 1}, 2, 4};
     expectNear(ramp.colorOf(2), {0, 0, 1}, 0);
     expectNear(ramp.colorOf(3), {0.5F, 0, 0.5F}, 0);
@@ -262,7 +262,7 @@ TEST(ColorRamp_test, colorsLieBetweenTheTwoAndTakeTheThirdAbove) {
     expectNear(ramp.colorOf(std::nextafter(4.0F, 5.0F)), {1, 1, 1}, 0);
 }
 
-TEST(ColorRamp_test, deliberateTheLineGoesOnBelowTheRange) {
+TEST(ColorRamp_test, deliberatelyLineGoesOnBelowRange) {
     ColorRamp const ramp{{0, 0, 1}, {1, 0, 0}, {1, 1, 1}, 2, 4};
     expectNear(ramp.colorOf(0), {-1, 0, 2}, 0);
     expectNear(limitedToColor(ramp.colorOf(0)), {0, 0, 1}, 0);
@@ -277,7 +277,7 @@ TEST(ColorRamp_test, rangesWithoutExtentAreKnown) {
     EXPECT_FALSE(ramp.isDegenerate());
 }
 
-TEST(ColorRamp_test, whatIsNotANumberIsBlack) {
+TEST(ColorRamp_test, nanIsBlack) {
     EXPECT_EQ(limitedToColor(std::numeric_limits<float>::quiet_NaN()), 0.0F);
     EXPECT_EQ(limitedToColor(std::numeric_limits<float>::infinity()), 1.0F);
     EXPECT_EQ(limitedToColor(-std::numeric_limits<float>::infinity()), 0.0F);

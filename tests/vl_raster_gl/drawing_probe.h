@@ -27,29 +27,33 @@ inline Point point(Vector3<float> const& v) {
 /// The positions of a primitive as sent, or as the modelview matrix places them.
 inline std::vector<Point> sent(gl_spy::Primitive const& primitive) {
     std::vector<Point> points;
-    for (gl_spy::Vertex const& vertex : primitive.vertices)
+    for (gl_spy::Vertex const& vertex : primitive.vertices) {
         points.push_back(vertex.position);
+    }
     return points;
 }
 inline std::vector<Point> placed(gl_spy::Primitive const& primitive) {
     std::vector<Point> points;
-    for (gl_spy::Vertex const& vertex : primitive.vertices)
+    for (gl_spy::Vertex const& vertex : primitive.vertices) {
         points.push_back(vertex.transformed);
+    }
     return points;
 }
 
 inline void expectNear(Point const& actual, Point const& expected, double tolerance,
                        std::string const& what) {
-    for (std::size_t k = 0; k < 3; ++k)
+    for (std::size_t k = 0; k < 3; ++k) {
         EXPECT_NEAR(actual[k], expected[k], tolerance) << what << ", component " << k;
+    }
 }
 
 /// Compares point by point. A tolerance of 0 asks for the same numbers.
 inline void expectPoints(std::vector<Point> const& actual, std::vector<Point> const& expected,
                          double tolerance) {
     ASSERT_EQ(actual.size(), expected.size());
-    for (std::size_t i = 0; i < actual.size(); ++i)
+    for (std::size_t i = 0; i < actual.size(); ++i) {
         expectNear(actual[i], expected[i], tolerance, "vertex " + std::to_string(i));
+    }
 }
 
 inline std::string threeNumbers(std::string const& call, Point const& p) {
@@ -61,8 +65,9 @@ inline std::string threeNumbers(std::string const& call, Point const& p) {
 /// Whether a call only describes a vertex between glBegin and glEnd.
 inline bool isVertexData(gl_spy::Call const& call) {
     for (char const* stem : {"glVertex2", "glVertex3", "glNormal3", "glTexCoord2", "glColor3"}) {
-        if (call.name.compare(0, std::string(stem).size(), stem) == 0)
+        if (call.name.compare(0, std::string(stem).size(), stem) == 0) {
             return true;
+        }
     }
     return false;
 }
@@ -71,8 +76,9 @@ inline bool isVertexData(gl_spy::Call const& call) {
 inline Texts outline(gl_spy::Recording const& recording) {
     Texts texts;
     for (gl_spy::Call const& call : recording.calls()) {
-        if (!isVertexData(call))
+        if (!isVertexData(call)) {
             texts.push_back(call.text());
+        }
     }
     return texts;
 }
@@ -110,143 +116,176 @@ public:
         std::size_t next = 0;
         std::vector<gl_spy::Call> const& calls = recording->calls();
         for (std::size_t i = 0; i <= calls.size(); ++i) {
-            for (; next < requests.size() && requests[next].callsBefore == i; ++next)
+            for (; next < requests.size() && requests[next].callsBefore == i; ++next) {
                 texts.push_back("-> " + requests[next].operation);
-            if (i < calls.size() && !isVertexData(calls[i]))
+            }
+            if (i < calls.size() && !isVertexData(calls[i])) {
                 texts.push_back(calls[i].text());
+            }
         }
         return texts;
     }
 
     void setLineStipple(bool on) override {
-        if (!_replaces("setLineStipple", {on ? 1.0 : 0.0}))
+        if (!_replaces("setLineStipple", {on ? 1.0 : 0.0})) {
             Core_RL_GL::setLineStipple(on);
+        }
     }
     void setColor(Color4<float> const& c) override {
-        if (!_replaces("setColor", {c.r, c.g, c.b, c.a}))
+        if (!_replaces("setColor", {c.r, c.g, c.b, c.a})) {
             Core_RL_GL::setColor(c);
+        }
     }
     void setFillingFront(FillingMode const& mode) override {
-        if (!_replaces("setFillingFront", {double(mode)}))
+        if (!_replaces("setFillingFront", {double(mode)})) {
             Core_RL_GL::setFillingFront(mode);
+        }
     }
     void setFillingBack(FillingMode const& mode) override {
-        if (!_replaces("setFillingBack", {double(mode)}))
+        if (!_replaces("setFillingBack", {double(mode)})) {
             Core_RL_GL::setFillingBack(mode);
+        }
     }
     void activateTextureColor(unsigned int const& texture) override {
-        if (!_replaces("activateTextureColor", {double(texture)}))
+        if (!_replaces("activateTextureColor", {double(texture)})) {
             Core_RL_GL::activateTextureColor(texture);
+        }
     }
     void disableTextureColor() override {
-        if (!_replaces("disableTextureColor", {}))
+        if (!_replaces("disableTextureColor", {})) {
             Core_RL_GL::disableTextureColor();
+        }
     }
     void enableClientState(ClientCapability::type array) override {
-        if (!_replaces("enableClientState", {double(array)}))
+        if (!_replaces("enableClientState", {double(array)})) {
             Core_RL_GL::enableClientState(array);
+        }
     }
     void disableClientState(ClientCapability::type array) override {
-        if (!_replaces("disableClientState", {double(array)}))
+        if (!_replaces("disableClientState", {double(array)})) {
             Core_RL_GL::disableClientState(array);
+        }
     }
     void vertexPointer(int size, DataType::type type, unsigned long stride, void* pointer) override {
-        if (!_replaces("vertexPointer", {double(size), double(type), double(stride)}))
+        if (!_replaces("vertexPointer", {double(size), double(type), double(stride)})) {
             Core_RL_GL::vertexPointer(size, type, stride, pointer);
+        }
     }
     void colorPointer(int size, DataType::type type, unsigned long stride, void* pointer) override {
-        if (!_replaces("colorPointer", {double(size), double(type), double(stride)}))
+        if (!_replaces("colorPointer", {double(size), double(type), double(stride)})) {
             Core_RL_GL::colorPointer(size, type, stride, pointer);
+        }
     }
     void drawElements(Primitive::type mode, unsigned long count, DataType::type type,
                       void* indices) override {
-        if (!_replaces("drawElements", {double(mode), double(count), double(type)}))
+        if (!_replaces("drawElements", {double(mode), double(count), double(type)})) {
             Core_RL_GL::drawElements(mode, count, type, indices);
+        }
     }
     void renderSegment3(Vector3<float> const& a, Vector3<float> const& b) override {
-        if (!_replaces("renderSegment3", {a.x, a.y, a.z, b.x, b.y, b.z}))
+        if (!_replaces("renderSegment3", {a.x, a.y, a.z, b.x, b.y, b.z})) {
             Core_RL_GL::renderSegment3(a, b);
+        }
     }
     void renderPlane3(Plane3<float> const& plane, float const& size, unsigned int const& divisions) override {
-        if (!_replaces("renderPlane3", {plane.n.x, plane.n.y, plane.n.z, plane.d, size, double(divisions)}))
+        if (!_replaces("renderPlane3", {plane.n.x, plane.n.y, plane.n.z, plane.d, size, double(divisions)})) {
             Core_RL_GL::renderPlane3(plane, size, divisions);
+        }
     }
     void renderCircle3(float const& radius) override {
-        if (!_replaces("renderCircle3", {radius}))
+        if (!_replaces("renderCircle3", {radius})) {
             Core_RL_GL::renderCircle3(radius);
+        }
     }
     void renderCircleCulled3(Vector3<float> const& direction, Matrix4<float> const& frame,
                              float const& radius) override {
-        if (!_replaces("renderCircleCulled3", _circle(direction, frame, radius)))
+        if (!_replaces("renderCircleCulled3", _circle(direction, frame, radius))) {
             Core_RL_GL::renderCircleCulled3(direction, frame, radius);
+        }
     }
     void renderCircleCulledStipple3(Vector3<float> const& direction, Matrix4<float> const& frame,
                                     float const& radius) override {
-        if (!_replaces("renderCircleCulledStipple3", _circle(direction, frame, radius)))
+        if (!_replaces("renderCircleCulledStipple3", _circle(direction, frame, radius))) {
             Core_RL_GL::renderCircleCulledStipple3(direction, frame, radius);
+        }
     }
     void renderAxisArrow3(VL_AXIS const& axis, unsigned int const& name, float const& size) override {
-        if (!_replaces("renderAxisArrow3", {double(axis), double(name), size}))
+        if (!_replaces("renderAxisArrow3", {double(axis), double(name), size})) {
             Core_RL_GL::renderAxisArrow3(axis, name, size);
+        }
     }
     void renderTriangle(Vector3<float> const& a, Vector3<float> const& b, Vector3<float> const& c) override {
-        if (!_replaces("renderTriangle", {a.x, a.y, a.z, b.x, b.y, b.z, c.x, c.y, c.z}))
+        if (!_replaces("renderTriangle", {a.x, a.y, a.z, b.x, b.y, b.z, c.x, c.y, c.z})) {
             Core_RL_GL::renderTriangle(a, b, c);
+        }
     }
     void renderArrow3(Vector3<float> const& a, Vector3<float> const& b, float const& headSize,
                       bool const& tailBox) override {
-        if (!_replaces("renderArrow3", {a.x, a.y, a.z, b.x, b.y, b.z, headSize, tailBox ? 1.0 : 0.0}))
+        if (!_replaces("renderArrow3", {a.x, a.y, a.z, b.x, b.y, b.z, headSize, tailBox ? 1.0 : 0.0})) {
             Core_RL_GL::renderArrow3(a, b, headSize, tailBox);
+        }
     }
     void renderArrow2(Vector2<float> const& a, Vector2<float> const& b, float const& size) override {
-        if (!_replaces("renderArrow2", {a.x, a.y, b.x, b.y, size}))
+        if (!_replaces("renderArrow2", {a.x, a.y, b.x, b.y, size})) {
             Core_RL_GL::renderArrow2(a, b, size);
+        }
     }
     void renderPoint3(Vector3<float> const& p) override {
-        if (!_replaces("renderPoint3", {p.x, p.y, p.z}))
+        if (!_replaces("renderPoint3", {p.x, p.y, p.z})) {
             Core_RL_GL::renderPoint3(p);
+        }
     }
     void renderPoint3_scoped(Vector3<float> const& p) override {
-        if (!_replaces("renderPoint3_scoped", {p.x, p.y, p.z}))
+        if (!_replaces("renderPoint3_scoped", {p.x, p.y, p.z})) {
             Core_RL_GL::renderPoint3_scoped(p);
+        }
     }
     void renderPoint2(Vector2<float> const& p) override {
-        if (!_replaces("renderPoint2", {p.x, p.y}))
+        if (!_replaces("renderPoint2", {p.x, p.y})) {
             Core_RL_GL::renderPoint2(p);
+        }
     }
     void renderTetrahedron(Vector3<float> const& center, float const& size) override {
-        if (!_replaces("renderTetrahedron", {center.x, center.y, center.z, size}))
+        if (!_replaces("renderTetrahedron", {center.x, center.y, center.z, size})) {
             Core_RL_GL::renderTetrahedron(center, size);
+        }
     }
     void render(Box2<float> const& box, bool const& wire) override {
-        if (!_replaces("render(Box2)", {box.min.x, box.min.y, box.max.x, box.max.y, wire ? 1.0 : 0.0}))
+        if (!_replaces("render(Box2)", {box.min.x, box.min.y, box.max.x, box.max.y, wire ? 1.0 : 0.0})) {
             Core_RL_GL::render(box, wire);
+        }
     }
     void render(Box3<float> const& box, bool const& wire) const override {
-        if (!_replaces("render(Box3)", _box(box, wire)))
+        if (!_replaces("render(Box3)", _box(box, wire))) {
             Core_RL_GL::render(box, wire);
+        }
     }
     void render(Box3<float> const& box, Tuple8<Vector3<float>> const& colors,
                 bool const& wire) const override {
         std::vector<double> numbers = _box(box, wire);
-        for (Vector3<float> const& c : {colors.e0, colors.e7})
+        for (Vector3<float> const& c : {colors.e0, colors.e7}) {
             numbers.insert(numbers.end(), {c.x, c.y, c.z});
-        if (!_replaces("render(Box3, colors)", numbers))
+        }
+        if (!_replaces("render(Box3, colors)", numbers)) {
             Core_RL_GL::render(box, colors, wire);
+        }
     }
     void render(Obb3<float> const& box, bool const& wire) override {
         std::vector<double> numbers;
-        for (Vector3<float> const& v : {box.axis0, box.axis1, box.axis2, box.centre})
+        for (Vector3<float> const& v : {box.axis0, box.axis1, box.axis2, box.centre}) {
             numbers.insert(numbers.end(), {v.x, v.y, v.z});
+        }
         numbers.insert(numbers.end(), {box.extent0, box.extent1, box.extent2, wire ? 1.0 : 0.0});
-        if (!_replaces("render(Obb3)", numbers))
+        if (!_replaces("render(Obb3)", numbers)) {
             Core_RL_GL::render(box, wire);
+        }
     }
 
 private:
     bool _replaces(std::string const& operation, std::vector<double> const& numbers) const {
-        if (replaced.count(operation) == 0)
+        if (replaced.count(operation) == 0) {
             return false;
+        }
         requests.push_back({operation, numbers, recording == nullptr ? 0 : recording->calls().size()});
         return true;
     }

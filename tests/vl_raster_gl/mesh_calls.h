@@ -91,15 +91,17 @@ inline bool isModified(ArrayId const& id) {
 /// Positions of the primitive in the order in which they were sent.
 inline std::vector<Point> positionsOf(gl_spy::Primitive const& primitive) {
     std::vector<Point> points;
-    for (gl_spy::Vertex const& vertex : primitive.vertices)
+    for (gl_spy::Vertex const& vertex : primitive.vertices) {
         points.push_back(vertex.position);
+    }
     return points;
 }
 
 inline std::vector<Point> normalsOf(gl_spy::Primitive const& primitive) {
     std::vector<Point> normals;
-    for (gl_spy::Vertex const& vertex : primitive.vertices)
+    for (gl_spy::Vertex const& vertex : primitive.vertices) {
         normals.push_back(vertex.normal);
+    }
     return normals;
 }
 
@@ -147,8 +149,9 @@ struct Data {
         std::vector<float> soup;
         for (unsigned int t = 0; t < triangles.size(); ++t) {
             for (unsigned int k = 0; k < 3; ++k) {
-                for (double const& component : p(t, k))
+                for (double const& component : p(t, k)) {
                     soup.push_back(static_cast<float>(component));
+                }
             }
         }
         return soup;
@@ -157,8 +160,9 @@ struct Data {
         std::vector<float> soup;
         for (unsigned int t = 0; t < triangles.size(); ++t) {
             for (unsigned int k = 0; k < 3; ++k) {
-                for (double const& component : n(t, k))
+                for (double const& component : n(t, k)) {
                     soup.push_back(static_cast<float>(component));
+                }
             }
         }
         return soup;
@@ -167,8 +171,9 @@ struct Data {
         std::vector<float> soup;
         for (unsigned int t = 0; t < triangles.size(); ++t) {
             for (unsigned int k = 0; k < 3; ++k) {
-                for (double const& component : pointOf(faceNormals[t]))
+                for (double const& component : pointOf(faceNormals[t])) {
                     soup.push_back(static_cast<float>(component));
+                }
             }
         }
         return soup;
@@ -239,8 +244,9 @@ protected:
     std::multiset<std::pair<unsigned int, unsigned int>> edgesIn(unsigned int name) const {
         std::multiset<std::pair<unsigned int, unsigned int>> edges;
         std::vector<unsigned int> const all = indices(name);
-        for (std::size_t i = 0; i + 1 < all.size(); i += 2)
+        for (std::size_t i = 0; i + 1 < all.size(); i += 2) {
             edges.insert({all[i], all[i + 1]});
+        }
         return edges;
     }
 

@@ -132,8 +132,9 @@ struct Rig {
     }
     std::vector<std::uint32_t> hostBits(std::size_t particles) const {
         std::vector<std::uint32_t> bits(particles * 6);
-        if (particles != 0)
+        if (particles != 0) {
             std::memcpy(bits.data(), renderer.hostBuffer, particles * 24);
+        }
         return bits;
     }
 
@@ -184,8 +185,9 @@ inline Rgb rgb(Color4<float> const& c) {
 }
 
 inline Rgb clamped(Rgb color) {
-    for (float& component : color)
+    for (float& component : color) {
         component = component > 0 ? (component < 1 ? component : 1) : 0;  // NaN is 0
+    }
     return color;
 }
 
@@ -205,35 +207,41 @@ inline bool isRange(Arguments const& a) {
 
 inline Rgb ramp(Arguments const& a, float m) {
     float const t = (m - a.minMagnitude) / (a.maxMagnitude - a.minMagnitude);
-    if (t > 1)
+    if (t > 1) {
         return clamped(rgb(a.maxClampColor));
+    }
     return clamped({a.minColor.r + (a.maxColor.r - a.minColor.r) * t,
                     a.minColor.g + (a.maxColor.g - a.minColor.g) * t,
                     a.minColor.b + (a.maxColor.b - a.minColor.b) * t});
 }
 
 inline Rgb vboColor(Arguments const& a, Value const& value) {
-    if (value.type == 0)
+    if (value.type == 0) {
         return clamped(rgb(a.minColor));
+    }
     float m = lengthOf(a.minColor.r, a.minColor.g, a.minColor.b) / a.scale;
-    if (value.type == 9)
+    if (value.type == 9) {
         m = value.s;
-    else if (value.type == 1 && a.magnitude >= 1 && a.magnitude <= 3)
+    } else if (value.type == 1 && a.magnitude >= 1 && a.magnitude <= 3) {
         m = cut(a.magnitude == 3 ? value.v.z : a.magnitude == 2 ? value.v.y : value.v.x) / a.scale;
-    else if (value.type == 1)
+    } else if (value.type == 1) {
         m = lengthOf(value.v.x, value.v.y, value.v.z) / a.scale;
+    }
     return isRange(a) ? ramp(a, m) : clamped(rgb(a.minColor));
 }
 
 inline Rgb memoryColor(Arguments const& a, Value const& value) {
-    if (value.type == 0)
+    if (value.type == 0) {
         return rgb(a.maxColor);
+    }
     bool const isComponent = a.magnitude >= 1 && a.magnitude <= 3;
     if (!isComponent && value.type != 9) {
-        if (a.magnitude == 5)
+        if (a.magnitude == 5) {
             return rgb(a.maxColor);
-        if (a.magnitude == 4)
+        }
+        if (a.magnitude == 4) {
             return rgb(a.minColor);
+        }
         return isRange(a) ? ramp(a, lengthOf(value.v.x, value.v.y, value.v.z) / a.scale) : Rgb{0, 0, 0};
     }
     float const component = a.magnitude == 3   ? value.v.z
@@ -244,8 +252,9 @@ inline Rgb memoryColor(Arguments const& a, Value const& value) {
 }
 
 inline Rgb effectColor(Arguments const& a, Value const& value) {
-    if (value.type == 1)
+    if (value.type == 1) {
         return {value.v.x, value.v.y, value.v.z};
+    }
     if (value.type == 9) {
         float const v = std::sqrt(value.s * value.s / 3);
         return {v, v, v};
@@ -271,26 +280,30 @@ inline std::vector<std::uint32_t> recordBits(ParticleSystem_v2 const& system, Ar
     end.setEnd(&system);
     for (particle.setBegin(&system); particle != end && taken < target; ++particle, ++visited) {
         float const p = visited == 0 ? 0 : static_cast<float>(taken) / static_cast<float>(visited) * 100;
-        if (!(p <= a.percent))
+        if (!(p <= a.percent)) {
             continue;
+        }
         ++taken;
         auto const [channels, slot] = *particle;
         Value value{0, 0, {0, 0, 0}};
         if (a.channel != NONE) {
             ParticleChannel_v2 const* const record = system.findChannel(a.channel);
             value.type = record != nullptr ? record->type : 77;
-            if (value.type == 1)
+            if (value.type == 1) {
                 value.v = channels[a.channel]->asVectors()[slot];
-            if (value.type == 9)
+            }
+            if (value.type == 9) {
                 value.s = channels[a.channel]->asFloats()[slot];
+            }
         }
         Vector3<float> const at = channels[0]->asVectors()[slot];
         Rgb const c = color(a, value);
         records.insert(records.end(), {at.x, at.y, at.z, c[0], c[1], c[2]});
     }
     std::vector<std::uint32_t> bits(records.size());
-    if (!records.empty())
+    if (!records.empty()) {
         std::memcpy(bits.data(), records.data(), records.size() * sizeof(float));
+    }
     return bits;
 }
 
@@ -299,8 +312,9 @@ inline std::vector<unsigned short> shuffled(unsigned int count) {
     std::vector<unsigned short> table(count);
     std::iota(table.begin(), table.end(), static_cast<unsigned short>(0));
     srand(count);
-    for (unsigned int i = 0; i + 1 < count; ++i)
+    for (unsigned int i = 0; i + 1 < count; ++i) {
         std::swap(table[i], table[i + unsigned(rand()) / (unsigned(RAND_MAX) / (count - i) + 1)]);
+    }
     return table;
 }
 
@@ -386,8 +400,9 @@ inline Texts ownCalls(gl_spy::Recording const& recording) {
                                            "glUseProgramObjectARB", "glPopAttrib",          "glGetError"};
     Texts calls;
     for (gl_spy::Call const& call : recording.calls()) {
-        if (own.count(call.name) != 0 || call.text() == FREE)
+        if (own.count(call.name) != 0 || call.text() == FREE) {
             calls.push_back(call.text());
+        }
     }
     return calls;
 }
@@ -399,8 +414,9 @@ inline Texts const ENDED = joined({LINES, {"glUseProgramObjectARB(0)", "glPopAtt
 inline unsigned int programOf(gl_spy::Recording const& recording) {
     for (std::size_t i = recording.calls().size(); i-- > 0;) {
         gl_spy::Call const& call = recording.calls()[i];
-        if (call.name == "glUseProgram" && call.numbers.at(0) != 0)
+        if (call.name == "glUseProgram" && call.numbers.at(0) != 0) {
             return static_cast<unsigned int>(call.numbers[0]);
+        }
     }
     return 0;
 }

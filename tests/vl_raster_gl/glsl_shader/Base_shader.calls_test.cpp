@@ -64,7 +64,7 @@ class Base_shader_calls_test : public Effect_fixture {};
 
 // == The interface of effects ==
 
-TEST_F(Base_shader_calls_test, theInterfaceDoesNothingByItself) {
+TEST_F(Base_shader_calls_test, interfaceDoesNothingByItself) {
     Mesh_RL_Shader effect;
     EXPECT_EQ(effect.label, VL_String(""));
     EXPECT_FALSE(effect.created);
@@ -80,7 +80,7 @@ TEST_F(Base_shader_calls_test, theInterfaceDoesNothingByItself) {
     EXPECT_THAT(calls(), IsEmpty());
 }
 
-TEST_F(Base_shader_calls_test, operationsStandInTheirSlots) {
+TEST_F(Base_shader_calls_test, operationsHaveTheirSlots) {
     using member_slots::slotOf;
     EXPECT_EQ(slotOf(&Mesh_RL_Shader::create), 2U);
     EXPECT_EQ(slotOf(&Mesh_RL_Shader::init), 3U);
@@ -103,7 +103,7 @@ TEST_F(Base_shader_calls_test, enumerationsHaveTheirValues) {
 
 // == Life of an effect ==
 
-TEST_F(Base_shader_calls_test, aNewEffectHasAnEmptyProgram) {
+TEST_F(Base_shader_calls_test, newEffectHasEmptyProgram) {
     {
         Plain_shader effect;
         ASSERT_NE(effect.program, nullptr);
@@ -134,7 +134,7 @@ TEST_F(Base_shader_calls_test, enablingCreatesOnce) {
     EXPECT_TRUE(effect.dirty);
 }
 
-TEST_F(Base_shader_calls_test, deliberateDisablingCreatesToo) {
+TEST_F(Base_shader_calls_test, deliberatelyDisablingCreatesToo) {
     Plain_shader effect;
     effect.enable(false);
     EXPECT_EQ(effect.creations, 1);
@@ -142,7 +142,7 @@ TEST_F(Base_shader_calls_test, deliberateDisablingCreatesToo) {
     EXPECT_FALSE(effect.program->isEnabled());
 }
 
-TEST_F(Base_shader_calls_test, anEffectDeletesItsProgramAndThenItsStages) {
+TEST_F(Base_shader_calls_test, effectDeletesItsProgramAndThenItsStages) {
     {
         Plain_shader effect;
         effect.enable(true);
@@ -153,7 +153,7 @@ TEST_F(Base_shader_calls_test, anEffectDeletesItsProgramAndThenItsStages) {
     EXPECT_EQ(driver.liveObjects(), 0U);
 }
 
-TEST_F(Base_shader_calls_test, reloadingDeletesTheSecondStageFirst) {
+TEST_F(Base_shader_calls_test, reloadingDeletesSecondStageFirst) {
     Plain_shader effect;
     effect.enable(true);
     effect.dirty = false;
@@ -171,7 +171,7 @@ TEST_F(Base_shader_calls_test, reloadingDeletesTheSecondStageFirst) {
     EXPECT_THAT(calls(), IsEmpty());
 }
 
-TEST_F(Base_shader_calls_test, afterReloadingTheSameProgramHasNewStagesAndItsUniforms) {
+TEST_F(Base_shader_calls_test, afterReloadingSameProgramHasNewStagesAndItsUniforms) {
     Plain_shader effect;
     effect.enable(true);
     effect.program->setUniform("u", 1.5F);
@@ -196,7 +196,7 @@ TEST_F(Base_shader_calls_test, reloadingWhatWasNotCreatedOnlyMarks) {
     EXPECT_THAT(calls(), IsEmpty());
 }
 
-TEST_F(Base_shader_calls_test, deliberateACopyTakesNothing) {
+TEST_F(Base_shader_calls_test, deliberatelyCopyTakesNothing) {
     Plain_shader effect;
     effect.enable(true);
     effect.dirty = false;
@@ -219,7 +219,7 @@ TEST_F(Base_shader_calls_test, deliberateACopyTakesNothing) {
     EXPECT_EQ(calls().back(), "glUseProgram(8)");
 }
 
-TEST_F(Base_shader_calls_test, markingAnEffectDirtyMakesNoCall) {
+TEST_F(Base_shader_calls_test, markingEffectDirtyMakesNoCall) {
     Plain_shader effect;
     effect.dirty = false;
     effect.markDirty();
@@ -229,7 +229,7 @@ TEST_F(Base_shader_calls_test, markingAnEffectDirtyMakesNoCall) {
 
 // == Values by name ==
 
-TEST_F(Base_shader_calls_test, constantsAreUniforms) {
+TEST_F(Base_shader_calls_test, constantsAreSentAsUniforms) {
     Plain_shader effect;
     effect.enable(true);
     recording.clear();
@@ -252,7 +252,7 @@ TEST_F(Base_shader_calls_test, constantsAreUniforms) {
                             "m glUniformMatrix2fv {1, 2, 3, 4}"));
 }
 
-TEST_F(Base_shader_calls_test, constantsAreKeptBeforeTheEffectIsCreated) {
+TEST_F(Base_shader_calls_test, constantsAreKeptBeforeEffectIsCreated) {
     Plain_shader effect;
     int value = 7;
     effect.setShaderConstant("u", Mesh_RL_Shader::CONSTANT_INT, 1, &value);
@@ -301,7 +301,7 @@ Texts uploaded(std::string const& image, bool isAligned = true) {
                    {"glGetError()", "glTexEnvf(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE)"}});
 }
 
-TEST_F(Base_shader_calls_test, formatAndTypeFollowTheImage) {
+TEST_F(Base_shader_calls_test, formatAndTypeFollowImage) {
     struct Row {
         unsigned int channels;
         unsigned int bits;
@@ -327,7 +327,7 @@ TEST_F(Base_shader_calls_test, formatAndTypeFollowTheImage) {
     }
 }
 
-TEST_F(Base_shader_calls_test, shortFormsChooseTheInternalFormat) {
+TEST_F(Base_shader_calls_test, shortFormsChooseInternalFormat) {
     Plain_shader effect;
     VL_Image image;
     ASSERT_TRUE(image.create(4, 2, 4, 32));
@@ -358,7 +358,7 @@ TEST_F(Base_shader_calls_test, uploadLargerThanItsImageReadsNothingBeyondIt) {
     EXPECT_NE(upload.addresses.at(0), reinterpret_cast<std::uintptr_t>(image.getBuffer()));
 }
 
-TEST_F(Base_shader_calls_test, anEmptyImageDoesNothing) {
+TEST_F(Base_shader_calls_test, emptyImageDoesNothing) {
     Plain_shader effect;
     effect.loadTexture(VL_Image(), 70, RGB);
     effect.loadTextureRGB(VL_Image(), 70);
@@ -367,7 +367,7 @@ TEST_F(Base_shader_calls_test, anEmptyImageDoesNothing) {
     EXPECT_THAT(layer.requests, IsEmpty());
 }
 
-TEST_F(Base_shader_calls_test, deliberateTheTextureIsDestroyedAndAnotherMadeAndIgnored) {
+TEST_F(Base_shader_calls_test, deliberatelyNewTextureNameIsIgnored) {
     Plain_shader effect;
     VL_Image image;
     ASSERT_TRUE(image.create(4, 4, 3, 8));
@@ -390,7 +390,7 @@ TEST_F(Base_shader_calls_test, uploadErrorIsDiscarded) {
     EXPECT_EQ(output.text() + errors.text(), "");
 }
 
-TEST_F(Base_shader_calls_test, picturesAreReadFromFiles) {
+TEST_F(Base_shader_calls_test, imagesAreReadFromFiles) {
     TemporaryFolder const folder;
     VL_String const path(folder.file("a.png").c_str());
     picture_files::Png png;
@@ -408,7 +408,7 @@ TEST_F(Base_shader_calls_test, picturesAreReadFromFiles) {
     EXPECT_EQ(calls(), joined({destroyed, uploaded("GL_RGBA32F_ARB, 4, 2, 0, GL_RGB, GL_UNSIGNED_BYTE")}));
 }
 
-TEST_F(Base_shader_calls_test, picturesThatAreMissingOnlyDestroyTheTexture) {
+TEST_F(Base_shader_calls_test, missingImagesOnlyDestroyTexture) {
     Plain_shader effect;
     TemporaryFolder const folder;
     for (std::string const& file :
@@ -421,7 +421,7 @@ TEST_F(Base_shader_calls_test, picturesThatAreMissingOnlyDestroyTheTexture) {
     }
 }
 
-TEST_F(Base_shader_calls_test, withoutALayerTexturesAreNotDestroyed) {
+TEST_F(Base_shader_calls_test, withoutLayerTexturesAreNotDestroyed) {
     Core_RL* const former = VL_Raster;
     VL_Raster = nullptr;
     Plain_shader effect;
@@ -434,7 +434,7 @@ TEST_F(Base_shader_calls_test, withoutALayerTexturesAreNotDestroyed) {
     EXPECT_EQ(recording.count("glDeleteTextures"), 0U);
 }
 
-TEST_F(Base_shader_calls_test, powersOfTwo) {
+TEST_F(Base_shader_calls_test, nextPowerOfTwoRoundsUp) {
     for (std::pair<int, int> const& pair : std::vector<std::pair<int, int>>{{0, 0},
                                                                             {1, 1},
                                                                             {2, 2},
@@ -456,7 +456,7 @@ TEST_F(Base_shader_calls_test, powersOfTwo) {
     }
 }
 
-TEST_F(Base_shader_calls_test, deliberateFramebuffersAreCopiedBeyondTheViewport) {
+TEST_F(Base_shader_calls_test, deliberatelyFramebuffersAreCopiedBeyondViewport) {
     Plain_shader effect;
     driver.integer(VIEWPORT_STATE, {10, 20, 1000, 600});
     effect.copyFramebufferToTexture(70);

@@ -63,7 +63,7 @@ protected:
     }
 };
 
-TEST_F(Base_shader_drawn_test, passesDrawTheParameters) {
+TEST_F(Base_shader_drawn_test, passesDrawParameters) {
     Color_shader effect;
     effect.create();
     EXPECT_EQ(effect.getLog(), "");
@@ -78,7 +78,7 @@ TEST_F(Base_shader_drawn_test, passesDrawTheParameters) {
     EXPECT_EQ(drawn(effect), (Pixel{0, 255, 0, 255}));
 }
 
-TEST_F(Base_shader_drawn_test, passRestoresWhatItChangesButTheColor) {
+TEST_F(Base_shader_drawn_test, passRestoresWhatItChangesButColor) {
     Color_shader effect;
     GLint depth = -1;  // not 0: the fixture has pushed attributes of its own
     glGetIntegerv(GL_ATTRIB_STACK_DEPTH, &depth);
@@ -114,7 +114,7 @@ TEST_F(Base_shader_drawn_test, deletedEffectLeavesNothingBehind) {
     }
 }
 
-TEST_F(Base_shader_drawn_test, imagesOfEveryKindArriveInTheTexture) {
+TEST_F(Base_shader_drawn_test, imagesOfEveryKindArriveInTexture) {
     struct Case {
         unsigned int width, channels, bits;
     };
@@ -185,7 +185,7 @@ TEST_F(Base_shader_drawn_test, floatTextureKeepsItsRange) {
     glDeleteTextures(1, &texture);
 }
 
-TEST_F(Base_shader_drawn_test, copiedFrameHasTheSizesOfPowersOfTwo) {
+TEST_F(Base_shader_drawn_test, copiedFrameHasSizesOfPowersOfTwo) {
     glViewport(10, 20, 100, 60);
     glClearColor(0, 0, 1, 1);
     glClear(GL_COLOR_BUFFER_BIT);

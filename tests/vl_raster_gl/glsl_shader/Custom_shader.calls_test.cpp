@@ -43,7 +43,7 @@ protected:
 
 // == Life ==
 
-TEST_F(Custom_shader_calls_test, theEffectOwnsEightTextures) {
+TEST_F(Custom_shader_calls_test, effectOwnsEightTextures) {
     { Custom_shader const effect; }
     EXPECT_EQ(recording.count("glGenTextures"), 8U);
     EXPECT_EQ(recording.count("glDeleteTextures"), 8U);
@@ -51,7 +51,7 @@ TEST_F(Custom_shader_calls_test, theEffectOwnsEightTextures) {
     EXPECT_EQ(driver.liveObjects(), 0U);
 }
 
-TEST_F(Custom_shader_calls_test, everythingIsDeletedWithTheEffect) {
+TEST_F(Custom_shader_calls_test, everythingIsDeletedWithEffect) {
     {
         Custom_shader effect;
         effect.grabFrameBuffer(true);
@@ -62,7 +62,7 @@ TEST_F(Custom_shader_calls_test, everythingIsDeletedWithTheEffect) {
     EXPECT_EQ(driver.liveObjects(), 0U);
 }
 
-TEST_F(Custom_shader_calls_test, anEffectWithoutARenderLayerHasNoTextures) {
+TEST_F(Custom_shader_calls_test, effectWithoutRenderLayerHasNoTextures) {
     VL_Raster = nullptr;
     Custom_shader effect;
     effect.setTexture(picture.c_str(), 0);
@@ -73,7 +73,7 @@ TEST_F(Custom_shader_calls_test, anEffectWithoutARenderLayerHasNoTextures) {
 
 // == Stages ==
 
-TEST_F(Custom_shader_calls_test, threeEmptyPathsGiveThePassingStagesAndNoGeometryStage) {
+TEST_F(Custom_shader_calls_test, threeEmptyPathsGivePassingStagesAndNoGeometryStage) {
     Custom_shader effect;
     effect.setShaders("", "", "");
     EXPECT_TRUE(effect.created);
@@ -85,7 +85,7 @@ TEST_F(Custom_shader_calls_test, threeEmptyPathsGiveThePassingStagesAndNoGeometr
     EXPECT_EQ(recording.texts().back(), "glGetError()");
 }
 
-TEST_F(Custom_shader_calls_test, theSamePathsASecondTimeDoNothing) {
+TEST_F(Custom_shader_calls_test, samePathsSecondTimeDoNothing) {
     Custom_shader effect;
     VL_String const vertex = path("a.vert", "vertex");
     VL_String const fragment = path("a.frag", "fragment");
@@ -104,7 +104,7 @@ TEST_F(Custom_shader_calls_test, filesAreLoadedFragmentFirst) {
     EXPECT_THAT(stageTexts(recording), ElementsAre("fragment text\n", "vertex text\n"));
 }
 
-TEST_F(Custom_shader_calls_test, otherPathsReplaceTheStagesSecondFirstThird) {
+TEST_F(Custom_shader_calls_test, otherPathsReplaceStagesSecondFirstThird) {
     gl_spy::Script extended = gl_spy::drivers::geometryShader4();
     Core_RL_GL newLayer;
     Custom_shader effect;
@@ -120,7 +120,7 @@ TEST_F(Custom_shader_calls_test, otherPathsReplaceTheStagesSecondFirstThird) {
     EXPECT_EQ(recording.count("glLinkProgram"), 1U);
 }
 
-TEST_F(Custom_shader_calls_test, aMissingFileIsReplacedByThePassingStage) {
+TEST_F(Custom_shader_calls_test, missingFileIsReplacedByPassingStage) {
     StreamCapture const errors(std::cerr);
     Custom_shader effect;
     effect.setShaders("/no/a.vert", "/no/a.frag", "");
@@ -130,7 +130,7 @@ TEST_F(Custom_shader_calls_test, aMissingFileIsReplacedByThePassingStage) {
                              "can not open shader source file /no/a.vert\n");
 }
 
-TEST_F(Custom_shader_calls_test, aFileThatDoesNotCompileIsReplacedByThePassingStage) {
+TEST_F(Custom_shader_calls_test, fileThatDoesNotCompileIsReplacedByPassingStage) {
     StreamCapture const prints(std::cout);
     driver.shaderStatus(false, "0:1: broken", [](std::string const& text) { return text == "broken\n"; });
     Custom_shader effect;
@@ -141,7 +141,7 @@ TEST_F(Custom_shader_calls_test, aFileThatDoesNotCompileIsReplacedByThePassingSt
     EXPECT_EQ(driver.liveObjects(), 8U + 3U);
 }
 
-TEST_F(Custom_shader_calls_test, aGeometryStageGetsTheExtensionsParameters) {
+TEST_F(Custom_shader_calls_test, geometryStageGetsExtensionsParameters) {
     gl_spy::Script extended = gl_spy::drivers::geometryShader4();
     Core_RL_GL newLayer;
     Custom_shader effect;
@@ -159,7 +159,7 @@ TEST_F(Custom_shader_calls_test, aGeometryStageGetsTheExtensionsParameters) {
     EXPECT_EQ(recording.count("glAttachShader"), 3U);
 }
 
-TEST_F(Custom_shader_calls_test, aGeometryFileThatIsNoGoodIsReplacedByThePassingStage) {
+TEST_F(Custom_shader_calls_test, geometryFileThatIsNoGoodIsReplacedByPassingStage) {
     StreamCapture const errors(std::cerr);
     {
         gl_spy::Script extended = gl_spy::drivers::geometryShader4();
@@ -183,7 +183,7 @@ TEST_F(Custom_shader_calls_test, aGeometryFileThatIsNoGoodIsReplacedByThePassing
     }
 }
 
-TEST_F(Custom_shader_calls_test, creatingUsesTheStoredPathsAndKeepsTheLog) {
+TEST_F(Custom_shader_calls_test, creatingUsesStoredPathsAndKeepsLog) {
     driver.programStatus(true, "linked");
     Custom_shader effect;
     effect.create();
@@ -194,7 +194,7 @@ TEST_F(Custom_shader_calls_test, creatingUsesTheStoredPathsAndKeepsTheLog) {
     EXPECT_THAT(recording.texts(), ElementsAre(StartsWith("glGetProgramInfoLog(11"))) << "no second set";
 }
 
-TEST_F(Custom_shader_calls_test, reloadingReadsTheFilesAgain) {
+TEST_F(Custom_shader_calls_test, reloadingReadsFilesAgain) {
     Custom_shader effect;
     VL_String const fragment = path("a.frag", "before");
     effect.setShaders("", fragment, "");
@@ -207,7 +207,7 @@ TEST_F(Custom_shader_calls_test, reloadingReadsTheFilesAgain) {
 
 // == Textures ==
 
-TEST_F(Custom_shader_calls_test, aPictureIsUploadedIntoItsTexture) {
+TEST_F(Custom_shader_calls_test, pictureIsUploadedIntoItsTexture) {
     Custom_shader effect;
     effect.create();
     effect.postprocess();
@@ -227,7 +227,7 @@ TEST_F(Custom_shader_calls_test, aPictureIsUploadedIntoItsTexture) {
     EXPECT_EQ(recording.count("glTexImage2D"), 1U) << "the same path, dirty";
 }
 
-TEST_F(Custom_shader_calls_test, deliberatelyAnUnreadablePictureLeavesTheTextureAsItWas) {
+TEST_F(Custom_shader_calls_test, deliberatelyUnreadablePictureLeavesTextureAsItWas) {
     Custom_shader effect;
     effect.setTexture(picture.c_str(), 2);
     recording.clear();
@@ -237,7 +237,7 @@ TEST_F(Custom_shader_calls_test, deliberatelyAnUnreadablePictureLeavesTheTexture
     EXPECT_THAT(uniformsSent(recording), Contains("Texture2 glUniform1i 2"));
 }
 
-TEST_F(Custom_shader_calls_test, onlyTexturesWithAPathAreBound) {
+TEST_F(Custom_shader_calls_test, onlyTexturesWithPathAreBound) {
     Custom_shader effect;
     effect.setTexture(picture.c_str(), 1);
     effect.setTexture(picture.c_str(), 4);
@@ -252,7 +252,7 @@ TEST_F(Custom_shader_calls_test, onlyTexturesWithAPathAreBound) {
     effect.cleanup();
 }
 
-TEST_F(Custom_shader_calls_test, aPathSetBackToNothingIsNoLongerBound) {
+TEST_F(Custom_shader_calls_test, pathSetBackToNothingIsNoLongerBound) {
     Custom_shader effect;
     effect.setTexture(picture.c_str(), 1);
     effect.setTexture("", 1);
@@ -263,7 +263,7 @@ TEST_F(Custom_shader_calls_test, aPathSetBackToNothingIsNoLongerBound) {
     EXPECT_EQ(uniformsSent(recording).at(0), "TextureFB glUniform1i 7");
 }
 
-TEST_F(Custom_shader_calls_test, withoutGrabbingTheFrameIsBoundAndNotCopied) {
+TEST_F(Custom_shader_calls_test, withoutGrabbingFrameIsBoundAndNotCopied) {
     Custom_shader effect;
     EXPECT_FALSE(effect.isGrabbingFrameBuffer());
     effect.grabFrameBuffer(false);
@@ -302,7 +302,7 @@ TEST_F(Custom_shader_calls_test, changingWhatIsGrabbedEnablesAtOnce) {
     EXPECT_EQ(recording.texts().at(0), "glUseProgram(11)");
 }
 
-TEST_F(Custom_shader_calls_test, aPathEditedInPlaceIsReadByADirtyEffect) {
+TEST_F(Custom_shader_calls_test, pathEditedInPlaceIsReadByDirtyEffect) {
     Custom_shader effect;
     effect.refTexturePath(3) = picture.c_str();
     EXPECT_EQ(effect.getTexturePath(3), VL_String(picture.c_str()));
@@ -314,7 +314,7 @@ TEST_F(Custom_shader_calls_test, aPathEditedInPlaceIsReadByADirtyEffect) {
 
 // == Passes ==
 
-TEST_F(Custom_shader_calls_test, aPassThatIsNotDirtyHasItsCallsInOrder) {
+TEST_F(Custom_shader_calls_test, passThatIsNotDirtyHasItsCallsInOrder) {
     driver.uniformLocation("Texture2", 5).uniformLocation("TextureFB", 6);
     Custom_shader effect;
     // The upload makes a name that it leaves alone, so the program is 12.
@@ -367,7 +367,7 @@ TEST_F(Custom_shader_calls_test, allVariablesAreSentInTheirOrder) {
     effect.cleanup();
 }
 
-TEST_F(Custom_shader_calls_test, theFirstValuesAreZeroBlackAndOneLight) {
+TEST_F(Custom_shader_calls_test, firstValuesAreZeroBlackAndOneLight) {
     Custom_shader effect;
     effect.create();
     recording.clear();
@@ -382,7 +382,7 @@ TEST_F(Custom_shader_calls_test, theFirstValuesAreZeroBlackAndOneLight) {
     effect.cleanup();
 }
 
-TEST_F(Custom_shader_calls_test, aPendingErrorIsTakenAndItsTextDropped) {
+TEST_F(Custom_shader_calls_test, pendingErrorIsDiscarded) {
     Custom_shader effect;
     effect.create();
     driver.errors({GL_INVALID_OPERATION});
@@ -394,7 +394,7 @@ TEST_F(Custom_shader_calls_test, aPendingErrorIsTakenAndItsTextDropped) {
 
 // == Variables ==
 
-TEST_F(Custom_shader_calls_test, onlyADifferentValueMakesTheEffectDirty) {
+TEST_F(Custom_shader_calls_test, onlyDifferentValueMakesEffectDirty) {
     Custom_shader effect;
     runPass(effect);
     EXPECT_FALSE(isSent(effect, recording));
@@ -460,7 +460,7 @@ TEST_F(Custom_shader_calls_test, wrongIndicesAreIgnored) {
     EXPECT_FALSE(isSent(effect, recording)) << "nothing has become dirty";
 }
 
-TEST_F(Custom_shader_calls_test, valuesThatAreNoNumbersAreSent) {
+TEST_F(Custom_shader_calls_test, nanIsSent) {
     Custom_shader effect;
     effect.create();
     effect.setFloatVar(NAN, 0);
@@ -476,7 +476,7 @@ TEST_F(Custom_shader_calls_test, valuesThatAreNoNumbersAreSent) {
 
 // == Copies ==
 
-TEST_F(Custom_shader_calls_test, aCopyTakesAllParametersAndReadsTheFilesItself) {
+TEST_F(Custom_shader_calls_test, copyTakesAllParametersAndReadsFilesItself) {
     Custom_shader original;
     original.setShaders(path("a.vert", "vertex"), path("a.frag", "fragment"), "");
     original.setTexture(picture.c_str(), 5);
@@ -505,7 +505,7 @@ TEST_F(Custom_shader_calls_test, aCopyTakesAllParametersAndReadsTheFilesItself) 
     copy.cleanup();
 }
 
-TEST_F(Custom_shader_calls_test, copyingIntoACreatedEffectCreatesItAgain) {
+TEST_F(Custom_shader_calls_test, copyingIntoCreatedEffectCreatesItAgain) {
     Custom_shader original;
     original.setShaders("", path("a.frag", "fragment"), "");
     Custom_shader effect;

@@ -36,7 +36,7 @@ using surface_reference::withLightsThatStay;
 constexpr char const* VERTEX =
     "void main() { gl_Position = ftransform(); gl_TexCoord[0] = gl_MultiTexCoord0; }\n";
 
-class Custom_shader_gl_test : public gl_spy::GlTest {
+class Custom_shader_drawn_test : public gl_spy::GlTest {
 protected:
     void SetUp() override {
         GlTest::SetUp();
@@ -82,7 +82,7 @@ protected:
 
 // == Inputs ==
 
-TEST_F(Custom_shader_gl_test, everyVariableArrives) {
+TEST_F(Custom_shader_drawn_test, everyVariableArrives) {
     Custom_shader effect;
     std::string text = "uniform vec4 BaseColor;\nuniform int nLights;\n";
     std::string sum = "BaseColor + float(nLights) / 255.0";
@@ -106,7 +106,7 @@ TEST_F(Custom_shader_gl_test, everyVariableArrives) {
     EXPECT_NEAR(pixel[2], 255 * (45 * 0.1 * 0.03) + 2, 1);
 }
 
-TEST_F(Custom_shader_gl_test, everyTextureArrives) {
+TEST_F(Custom_shader_drawn_test, everyTextureArrives) {
     Custom_shader effect;
     for (unsigned int i = 0; i < 7; ++i) {
         std::string const file = folder.file("picture" + std::to_string(i) + ".png");
@@ -123,7 +123,7 @@ TEST_F(Custom_shader_gl_test, everyTextureArrives) {
     }
 }
 
-TEST_F(Custom_shader_gl_test, theFrameArrivesWhenItIsGrabbed) {
+TEST_F(Custom_shader_drawn_test, frameArrivesWhenItIsGrabbed) {
     char const* const show = "uniform sampler2D TextureFB;\n"
                              "void main() { gl_FragColor = 0.5 * texture2D(TextureFB, vec2(0.5)); }\n";
     Custom_shader effect;
@@ -149,7 +149,7 @@ TEST_F(Custom_shader_gl_test, theFrameArrivesWhenItIsGrabbed) {
     EXPECT_NEAR(overColor(0, 1)[1], 128, 1);
 }
 
-TEST_F(Custom_shader_gl_test, changesShowInPassesAfterTheFirst) {
+TEST_F(Custom_shader_drawn_test, changesShowInPassesAfterFirst) {
     Custom_shader effect;
     char const* const text =
         "uniform float FloatVar3;\nvoid main() { gl_FragColor = vec4(FloatVar3, 0, 0, 1); }\n";
@@ -167,7 +167,7 @@ TEST_F(Custom_shader_gl_test, changesShowInPassesAfterTheFirst) {
     EXPECT_NEAR(readPixel(100, 100)[0], 153, 1);
 }
 
-TEST_F(Custom_shader_gl_test, aCopyDrawsTheSamePicture) {
+TEST_F(Custom_shader_drawn_test, copyDrawsSamePicture) {
     std::string const file = folder.file("picture.png");
     picture_files::writePng(file, {4, 4}, [](auto, auto, std::size_t c) { return 40 + 50 * c; });
     Custom_shader effect;
@@ -184,7 +184,7 @@ TEST_F(Custom_shader_gl_test, aCopyDrawsTheSamePicture) {
 
 // == Stages that pass everything on ==
 
-TEST_F(Custom_shader_gl_test, withoutFilesTheVertexColorIsDrawn) {
+TEST_F(Custom_shader_drawn_test, withoutFilesVertexColorIsDrawn) {
     Custom_shader effect;
     effect.create();
     effect.preprocess();
@@ -196,7 +196,7 @@ TEST_F(Custom_shader_gl_test, withoutFilesTheVertexColorIsDrawn) {
     EXPECT_EQ(effect.getLog(), "");
 }
 
-TEST_F(Custom_shader_gl_test, aFragmentFileThatDoesNotCompileIsReplaced) {
+TEST_F(Custom_shader_drawn_test, fragmentFileThatDoesNotCompileIsReplaced) {
     StreamCapture const prints(std::cout);
     Custom_shader effect;
     effect.setShaders("", path("bad.frag", "void main()\n{\n    gl_FragColor = nonsense;\n}\n"), "");
@@ -205,7 +205,7 @@ TEST_F(Custom_shader_gl_test, aFragmentFileThatDoesNotCompileIsReplaced) {
     EXPECT_THAT(prints.text(), HasSubstr("0:3(")) << "the line of the fault";
 }
 
-TEST_F(Custom_shader_gl_test, aGeometryFileOfThisDriversLanguageDraws) {
+TEST_F(Custom_shader_drawn_test, geometryFileOfThisDriversLanguageDraws) {
     Custom_shader effect;
     effect.setShaders("", "", path("half.geom", R"(#version 150 compatibility
 layout(triangles) in;
@@ -226,7 +226,7 @@ void main()
     EXPECT_EQ(readPixel(20, 20)[0], 0) << "half the size";
 }
 
-TEST_F(Custom_shader_gl_test, aGeometryFileThatIsNoGoodIsReplaced) {
+TEST_F(Custom_shader_drawn_test, geometryFileThatIsNoGoodIsReplaced) {
     StreamCapture const errors(std::cerr);
     StreamCapture const prints(std::cout);
     for (VL_String const& file :
@@ -244,7 +244,7 @@ TEST_F(Custom_shader_gl_test, aGeometryFileThatIsNoGoodIsReplaced) {
     }
 }
 
-TEST_F(Custom_shader_gl_test, theReplacedGeometryStagePassesTextureCoordinatesOn) {
+TEST_F(Custom_shader_drawn_test, replacedGeometryStagePassesTextureCoordinatesOn) {
     StreamCapture const errors(std::cerr);
     Custom_shader effect;
     effect.setShaders("",
@@ -258,7 +258,7 @@ TEST_F(Custom_shader_gl_test, theReplacedGeometryStagePassesTextureCoordinatesOn
 
 // == Bad input ==
 
-TEST_F(Custom_shader_gl_test, filesOfEveryWrongKindDrawThePassingStages) {
+TEST_F(Custom_shader_drawn_test, filesOfEveryWrongKindDrawPassingStages) {
     StreamCapture const errors(std::cerr);
     StreamCapture const prints(std::cout);
     allowGlErrors();
@@ -295,7 +295,7 @@ TEST_F(Custom_shader_gl_test, filesOfEveryWrongKindDrawThePassingStages) {
     EXPECT_THAT(errors.text(), HasSubstr("can not open shader source file " + huge));
 }
 
-TEST_F(Custom_shader_gl_test, aFileWithoutAMainLeavesALogAndNoError) {
+TEST_F(Custom_shader_drawn_test, fileWithoutMainLeavesLogAndNoError) {
     allowGlErrors();
     Custom_shader effect;
     effect.setShaders("", path("other.frag", "void other() {}"), "");
@@ -309,7 +309,7 @@ TEST_F(Custom_shader_gl_test, aFileWithoutAMainLeavesALogAndNoError) {
     EXPECT_EQ(effect.getLog(), "");
 }
 
-TEST_F(Custom_shader_gl_test, linesMayBeLongerThan1024Characters) {
+TEST_F(Custom_shader_drawn_test, linesMayBeLongerThan1024Characters) {
     Custom_shader effect;
     Pixel const pixel =
         drawn(effect, "// " + std::string(5000, 'x') + "\nvoid main() { " + std::string(3000, ' ') +
@@ -317,7 +317,7 @@ TEST_F(Custom_shader_gl_test, linesMayBeLongerThan1024Characters) {
     EXPECT_THAT(pixel, ElementsAre(51, 102, 153, 255));
 }
 
-TEST_F(Custom_shader_gl_test, picturesOfEveryWrongKindLeaveNoError) {
+TEST_F(Custom_shader_drawn_test, picturesOfEveryWrongKindLeaveNoError) {
     auto const sample = [](std::size_t x, std::size_t y, std::size_t c) {
         return static_cast<unsigned int>(x + y + c) & 0xFF;
     };
@@ -343,7 +343,7 @@ TEST_F(Custom_shader_gl_test, picturesOfEveryWrongKindLeaveNoError) {
     }
 }
 
-TEST_F(Custom_shader_gl_test, variablesThatAreNoNumbersLeaveNoError) {
+TEST_F(Custom_shader_drawn_test, nanVariablesLeaveNoError) {
     Custom_shader effect;
     for (int i = -2; i < 12; ++i) {
         effect.setFloatVar(NAN, i);
@@ -358,7 +358,7 @@ TEST_F(Custom_shader_gl_test, variablesThatAreNoNumbersLeaveNoError) {
 
 // == State ==
 
-TEST_F(Custom_shader_gl_test, aPassRestoresAllButColorAndTextureUnits) {
+TEST_F(Custom_shader_drawn_test, passRestoresAllButColorAndTextureUnits) {
     std::string const file = folder.file("picture.png");
     picture_files::writePng(file, {4, 4}, [](auto, auto, auto) { return 9U; });
     Custom_shader effect;
@@ -385,7 +385,7 @@ TEST_F(Custom_shader_gl_test, aPassRestoresAllButColorAndTextureUnits) {
 
 // == Pictures ==
 
-TEST_F(Custom_shader_gl_test, aMarbledSphere) {
+TEST_F(Custom_shader_drawn_test, userShaderMarblesSphere) {
     Custom_shader effect;
     effect.setShaders(path("marble.vert", R"(varying vec3 normal;
 varying vec3 place;

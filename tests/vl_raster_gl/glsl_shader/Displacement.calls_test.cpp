@@ -99,7 +99,7 @@ constexpr char const* NEWER = "4.5 (Compatibility Profile) Mesa 22.3.6";
 
 // == Construction and ownership ==
 
-TEST_F(Displacement_calls_test, theConstructorNamesTwoTexturesAndTheDestructorDeletesThem) {
+TEST_F(Displacement_calls_test, constructorNamesTwoTexturesAndDestructorDeletesThem) {
     {
         Displacement_shader const effect;
         EXPECT_THAT(recording.texts(), ElementsAre("glGenTextures(1, pointer)", "glGenTextures(1, pointer)"));
@@ -109,7 +109,7 @@ TEST_F(Displacement_calls_test, theConstructorNamesTwoTexturesAndTheDestructorDe
     EXPECT_EQ(driver.liveObjects(), 0U);
 }
 
-TEST_F(Displacement_calls_test, theOceanNamesOneTextureAndDeletesIt) {
+TEST_F(Displacement_calls_test, oceanNamesOneTextureAndDeletesIt) {
     {
         Displacement_XZ_shader const effect;
         EXPECT_THAT(recording.texts(), ElementsAre("glGenTextures(1, pointer)"));
@@ -148,7 +148,7 @@ TEST_F(Displacement_calls_test, withoutRenderLayerEffectsHaveNoTexturesAndWorkOn
 
 // == Passes ==
 
-TEST_F(Displacement_calls_test, aPassHasItsCallsInOrder) {
+TEST_F(Displacement_calls_test, passHasItsCallsInOrder) {
     driver.uniformLocation("normalsMap", 20).uniformLocation("displacementMap", 21);
     Displacement_shader effect;
     effect.setNLights(3);
@@ -192,7 +192,7 @@ TEST_F(Displacement_calls_test, aPassHasItsCallsInOrder) {
     EXPECT_THAT(recording.texts(), ElementsAre("glUseProgram(5)"));
 }
 
-TEST_F(Displacement_calls_test, aPassOfTheOceanHasItsCallsInOrder) {
+TEST_F(Displacement_calls_test, passOfOceanHasItsCallsInOrder) {
     driver.uniformLocation("displacementMap", 21);
     Displacement_XZ_shader effect;
     effect.setLightPosition(1, 2, 3, 4);
@@ -240,7 +240,7 @@ TEST_F(Displacement_calls_test, aPassOfTheOceanHasItsCallsInOrder) {
     EXPECT_THAT(recording.texts(), ElementsAre("glUseProgram(4)"));
 }
 
-TEST_F(Displacement_calls_test, firstValuesAreThoseOfTheInterface) {
+TEST_F(Displacement_calls_test, firstValuesAreThoseOfInterface) {
     Displacement_shader effect;
     effect.preprocess();
     EXPECT_THAT(recording.texts(), Contains("glUniform1iv(4, 1, {2})")) << "depth";
@@ -266,7 +266,7 @@ TEST_F(Displacement_calls_test, firstValuesAreThoseOfTheInterface) {
     ocean.cleanup();
 }
 
-TEST_F(Displacement_calls_test, onlyADifferentValueIsSentAgain) {
+TEST_F(Displacement_calls_test, onlyDifferentValueIsSentAgain) {
     Displacement_shader effect;
     EXPECT_TRUE(isSent(effect, recording));
     EXPECT_FALSE(isSent(effect, recording));
@@ -310,7 +310,7 @@ TEST_F(Displacement_calls_test, valuesThatAreEditedInPlaceAreSentWhenMarked) {
     EXPECT_EQ(recording.named("glUniform2fv").back().numbers.at(2), 8);
 }
 
-TEST_F(Displacement_calls_test, aPassThatIsNotDirtyKeepsWhatHasChangedAllTheSame) {
+TEST_F(Displacement_calls_test, cleanPassKeepsChangedValues) {
     Displacement_shader effect;
     isSent(effect, recording);
     effect.getScalePtr()[2] = 7;
@@ -326,7 +326,7 @@ TEST_F(Displacement_calls_test, aPassThatIsNotDirtyKeepsWhatHasChangedAllTheSame
     effect.cleanup();
 }
 
-TEST_F(Displacement_calls_test, aPassHasTheEffectsParametersWhateverWasSetBetween) {
+TEST_F(Displacement_calls_test, passHasParametersOfEffectWhateverWasSetBetween) {
     Displacement_shader effect;
     isSent(effect, recording);
     int values[] = {7};
@@ -339,7 +339,7 @@ TEST_F(Displacement_calls_test, aPassHasTheEffectsParametersWhateverWasSetBetwee
     effect.enable(false);
 }
 
-TEST_F(Displacement_calls_test, deliberatelyTheOceanStaysDirtyAndIsEnabledInEveryPass) {
+TEST_F(Displacement_calls_test, deliberatelyOceanStaysDirtyAndIsEnabledInEveryPass) {
     Displacement_XZ_shader effect;
     EXPECT_TRUE(isSent(effect, recording));
     EXPECT_TRUE(isSent(effect, recording));
@@ -347,14 +347,14 @@ TEST_F(Displacement_calls_test, deliberatelyTheOceanStaysDirtyAndIsEnabledInEver
     EXPECT_EQ(recording.count("glLinkProgram"), 0U);
 }
 
-TEST_F(Displacement_calls_test, deliberatelyTheOceanHasTwoLightsAlways) {
+TEST_F(Displacement_calls_test, deliberatelyOceanHasTwoLightsAlways) {
     Displacement_XZ_shader effect;
     isSent(effect, recording);
     EXPECT_THAT(recording.texts(), Contains("glEnable(GL_LIGHT1)"));
     EXPECT_THAT(recording.texts(), Not(Contains("glEnable(GL_LIGHT2)")));
 }
 
-TEST_F(Displacement_calls_test, theLogIsKeptAfterCreationAndEveryPass) {
+TEST_F(Displacement_calls_test, logIsKeptAfterCreationAndEveryPass) {
     driver.programStatus(true, "first");
     Displacement_shader effect;
     Displacement_XZ_shader ocean;
@@ -371,7 +371,7 @@ TEST_F(Displacement_calls_test, theLogIsKeptAfterCreationAndEveryPass) {
 
 // == Stages ==
 
-TEST_F(Displacement_calls_test, thePlainPathHasAVertexAndAFragmentStage) {
+TEST_F(Displacement_calls_test, plainPathHasVertexAndFragmentStage) {
     Displacement_shader effect;
     effect.create();
     ASSERT_EQ(stageTexts(recording).size(), 2U);
@@ -390,7 +390,7 @@ TEST_F(Displacement_calls_test, thePlainPathHasAVertexAndAFragmentStage) {
     EXPECT_THAT(stageTexts(recording), Each(Not(HasSubstr("#version"))));
 }
 
-TEST_F(Displacement_calls_test, theTessellatedPathHasTheExtensionsTextAndParameters) {
+TEST_F(Displacement_calls_test, tessellatedPathHasExtensionsTextAndParameters) {
     driver.integer(GL_MAX_GEOMETRY_OUTPUT_VERTICES, {777})
         .integer(GL_MAX_GEOMETRY_TOTAL_OUTPUT_COMPONENTS, {1024});
     Displacement_shader effect;
@@ -459,7 +459,7 @@ TEST_F(Displacement_calls_test, bothDialectsAreOneText) {
     EXPECT_THAT(extension.at(2), Not(HasSubstr("#define MOST_DEPTH"))) << "nor a limit of the depth";
 }
 
-TEST_F(Displacement_calls_test, theOtherDialectGoesAsDeepAsTheLimitsAllow) {
+TEST_F(Displacement_calls_test, otherDialectGoesAsDeepAsLimitsAllow) {
     struct Limits {
         int vertices, components, depth, emitted;
     };
@@ -487,7 +487,7 @@ TEST_F(Displacement_calls_test, theOtherDialectGoesAsDeepAsTheLimitsAllow) {
     }
 }
 
-TEST_F(Displacement_calls_test, belowVersion21ThePlainPathIsDrawnWithAMessage) {
+TEST_F(Displacement_calls_test, belowVersion21PlainPathIsDrawnWithMessage) {
     driver.string(GL_VERSION, "2.0.9");
     Displacement_shader effect;
     effect.tesselate(true);
@@ -499,7 +499,7 @@ TEST_F(Displacement_calls_test, belowVersion21ThePlainPathIsDrawnWithAMessage) {
     EXPECT_EQ(stageTexts(recording).size(), 2U);
 }
 
-TEST_F(Displacement_calls_test, driversWithNeitherDialectAreOfferedTheExtensions) {
+TEST_F(Displacement_calls_test, driversWithNeitherDialectAreOfferedExtensions) {
     Plain_driver const older("3.1 Mesa");
     Displacement_shader effect;
     effect.tesselate(true);
@@ -510,7 +510,7 @@ TEST_F(Displacement_calls_test, driversWithNeitherDialectAreOfferedTheExtensions
     EXPECT_EQ(recording.count("glProgramParameteriEXT"), 3U);
 }
 
-TEST_F(Displacement_calls_test, theOceansTextsHaveTheirDeclarations) {
+TEST_F(Displacement_calls_test, oceanTextsHaveTheirDeclarations) {
     Displacement_XZ_shader effect;
     effect.create();
     ASSERT_EQ(stageTexts(recording).size(), 2U);
@@ -548,7 +548,7 @@ TEST_F(Displacement_calls_test, creatingTwiceLeavesOneSetOfStages) {
     }
 }
 
-TEST_F(Displacement_calls_test, changingThePathReloadsTheEffect) {
+TEST_F(Displacement_calls_test, changingPathReloadsEffect) {
     Displacement_shader effect;
     isSent(effect, recording);
     recording.clear();
@@ -580,14 +580,14 @@ TEST_F(Displacement_calls_test, filesAreUploadedAsFloats) {
     EXPECT_EQ(recording.texts(), fileCalls("2", "4, 8"));
 }
 
-TEST_F(Displacement_calls_test, deliberatelyTheSizesOfFilesAreRoundedUpToPowersOfTwo) {
+TEST_F(Displacement_calls_test, deliberatelySizesOfFilesAreRoundedUpToPowersOfTwo) {
     Displacement_shader effect;
     recording.clear();
     effect.setDisplacementTexture(picture(5, 3));
     EXPECT_EQ(recording.texts(), fileCalls("1", "8, 4"));
 }
 
-TEST_F(Displacement_calls_test, theSameFileIsReadAgainOnlyWhileTheEffectIsDirty) {
+TEST_F(Displacement_calls_test, sameFileIsReadAgainOnlyWhileEffectIsDirty) {
     Displacement_shader effect;
     VL_String const path = picture(4, 4);
     VL_String const other = picture(4, 4, "b.png");
@@ -607,7 +607,7 @@ TEST_F(Displacement_calls_test, theSameFileIsReadAgainOnlyWhileTheEffectIsDirty)
     EXPECT_EQ(recording.count("glTexImage2D"), 2U);
 }
 
-TEST_F(Displacement_calls_test, creatingADirtyEffectReadsTheDisplacementFile) {
+TEST_F(Displacement_calls_test, creatingDirtyEffectReadsDisplacementFile) {
     Displacement_shader effect;
     effect.setDisplacementTexture(picture(4, 4));
     effect.setNormalsTexture(picture(4, 4));
@@ -620,7 +620,7 @@ TEST_F(Displacement_calls_test, creatingADirtyEffectReadsTheDisplacementFile) {
     EXPECT_EQ(recording.count("glTexImage2D"), 0U);
 }
 
-TEST_F(Displacement_calls_test, aFileThatCannotBeReadLeavesTheTextureEmpty) {
+TEST_F(Displacement_calls_test, fileThatCannotBeReadLeavesTextureEmpty) {
     Displacement_shader effect;
     for (std::string const& path :
          {std::string(), folder.file("missing.png"), folder.write("a.png", "no picture")}) {
@@ -631,7 +631,7 @@ TEST_F(Displacement_calls_test, aFileThatCannotBeReadLeavesTheTextureEmpty) {
     EXPECT_TRUE(isSent(effect, recording));
 }
 
-TEST_F(Displacement_calls_test, thePictureOfAFileGoesToTheCaller) {
+TEST_F(Displacement_calls_test, pictureOfFileGoesToCaller) {
     Displacement_shader effect;
     VL_Image* kept = nullptr;
     effect.loadTexture(picture(5, 3), kept, 9);
@@ -670,7 +670,7 @@ TEST_F(Displacement_calls_test, imagesAreUploadedAsFloatsInTheirOwnSizes) {
 
 // == Copies ==
 
-TEST_F(Displacement_calls_test, aCopyTakesShapeAndFileAndNothingElse) {
+TEST_F(Displacement_calls_test, copyTakesShapeAndFileAndNothingElse) {
     Displacement_shader original;
     original.setScale(2, 3, 4);
     original.setTileScale(5, 6);
@@ -699,7 +699,7 @@ TEST_F(Displacement_calls_test, aCopyTakesShapeAndFileAndNothingElse) {
     copied.cleanup();
 }
 
-TEST_F(Displacement_calls_test, copyingIntoAnEffectInUseCreatesItAgainWhereItMust) {
+TEST_F(Displacement_calls_test, copyingIntoEffectInUseCreatesItAgainWhereItMust) {
     Displacement_shader original;
     Displacement_shader target;
     isSent(target, recording);
@@ -725,7 +725,7 @@ TEST_F(Displacement_calls_test, copyingIntoAnEffectInUseCreatesItAgainWhereItMus
     EXPECT_EQ(recording.count("glTexImage2D"), 1U);
 }
 
-TEST_F(Displacement_calls_test, aCopiedOceanHasTheParametersAndATextureOfItsOwn) {
+TEST_F(Displacement_calls_test, copiedOceanHasParametersAndTextureOfItsOwn) {
     Displacement_XZ_shader original;
     original.setFoamThreshold(0.5F);
     original.setResolution(64);

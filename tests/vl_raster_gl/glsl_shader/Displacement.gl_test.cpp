@@ -72,7 +72,7 @@ VL_Image imageOf(Map const& map) {
     return image;
 }
 
-class Displacement_gl_test : public gl_spy::GlTest {
+class Displacement_drawn_test : public gl_spy::GlTest {
 protected:
     void SetUp() override {
         GlTest::SetUp();
@@ -231,7 +231,7 @@ constexpr Displacement WAVY{{0.8, 0.9, 0.6}, {6, 9, 5}, {1.5, 2}};
 
 // == The plain path ==
 
-TEST_F(Displacement_gl_test, thePlainPathIsTheFormulaFromBothSidesWithOneLightAndTwo) {
+TEST_F(Displacement_drawn_test, plainPathIsFormulaFromBothSidesWithOneLightAndTwo) {
     for (double const elevation : {50.0, 15.0, -40.0}) {
         for (int const lights : {1, 2}) {
             SCOPED_TRACE(testing::Message() << "elevation " << elevation << ", lights " << lights);
@@ -246,7 +246,7 @@ TEST_F(Displacement_gl_test, thePlainPathIsTheFormulaFromBothSidesWithOneLightAn
     }
 }
 
-TEST_F(Displacement_gl_test, normalsFollowAModelThatIsScaled) {
+TEST_F(Displacement_drawn_test, normalsFollowModelThatIsScaled) {
     drawIntoFloats();
     lookAt(50, 0.8);
     Displacement_shader effect;
@@ -255,7 +255,7 @@ TEST_F(Displacement_gl_test, normalsFollowAModelThatIsScaled) {
     EXPECT_EQ(wrongPixels(plainPicture(WAVY, 1), 1000), 0) << "not normalized again behind the normal matrix";
 }
 
-TEST_F(Displacement_gl_test, alphaIsTheSumOfOneForEachLight) {
+TEST_F(Displacement_drawn_test, alphaIsSumOfOneForEachLight) {
     for (int const lights : {0, 1, 2, 3}) {
         drawIntoFloats();
         lookAt(50);
@@ -269,7 +269,7 @@ TEST_F(Displacement_gl_test, alphaIsTheSumOfOneForEachLight) {
     }
 }
 
-TEST_F(Displacement_gl_test, halfGrayLeavesVerticesInPlaceWithHalfAlpha) {
+TEST_F(Displacement_drawn_test, halfGrayLeavesVerticesInPlaceWithHalfAlpha) {
     for (float const alpha : {0.5F, 1.0F}) {
         drawIntoFloats();
         lookAt(50);
@@ -293,7 +293,7 @@ TEST_F(Displacement_gl_test, halfGrayLeavesVerticesInPlaceWithHalfAlpha) {
     }
 }
 
-TEST_F(Displacement_gl_test, aLightInfinitelyFarAwayShinesFromItsPosition) {
+TEST_F(Displacement_drawn_test, lightInfinitelyFarAwayShinesFromItsPosition) {
     drawIntoFloats();
     lookAt(50);
     glPushMatrix();
@@ -311,7 +311,7 @@ TEST_F(Displacement_gl_test, aLightInfinitelyFarAwayShinesFromItsPosition) {
 
 // == The tessellated path ==
 
-TEST_F(Displacement_gl_test, theTessellatedPathIsTheFormulaAtEveryDepth) {
+TEST_F(Displacement_drawn_test, tessellatedPathIsFormulaAtEveryDepth) {
     for (int const depth : {-3, 0, 1, 2, 3, 4, 5}) {
         SCOPED_TRACE(testing::Message() << "depth " << depth);
         drawIntoFloats();
@@ -332,7 +332,7 @@ TEST_F(Displacement_gl_test, theTessellatedPathIsTheFormulaAtEveryDepth) {
     }
 }
 
-TEST_F(Displacement_gl_test, tessellationEmitsTheTrianglesOfTheTextInItsOrder) {
+TEST_F(Displacement_drawn_test, tessellationEmitsTrianglesOfTextInItsOrder) {
     GLint vertices = 0;
     GLint components = 0;
     glGetIntegerv(GL_MAX_GEOMETRY_OUTPUT_VERTICES, &vertices);
@@ -405,7 +405,7 @@ TEST_F(Displacement_gl_test, tessellationEmitsTheTrianglesOfTheTextInItsOrder) {
     }
 }
 
-TEST_F(Displacement_gl_test, everyPathLinksWithoutALog) {
+TEST_F(Displacement_drawn_test, everyPathLinksWithoutLog) {
     Displacement_shader plain;
     Displacement_shader tesselated;
     tesselated.tesselate(true);
@@ -427,7 +427,7 @@ TEST_F(Displacement_gl_test, everyPathLinksWithoutALog) {
     }
 }
 
-TEST_F(Displacement_gl_test, pathsCanBeChangedBackAndForth) {
+TEST_F(Displacement_drawn_test, pathsCanBeChangedBackAndForth) {
     drawIntoFloats();
     lookAt(50);
     Displacement_shader effect;
@@ -449,7 +449,7 @@ TEST_F(Displacement_gl_test, pathsCanBeChangedBackAndForth) {
 
 // == The ocean ==
 
-class Ocean_gl_test : public Displacement_gl_test {
+class Ocean_drawn_test : public Displacement_drawn_test {
 protected:
     void setUp(Displacement_XZ_shader& effect) const {
         effect.setDisplacementTexture(imageOf(scene.map));
@@ -503,7 +503,7 @@ protected:
     Ocean values{{0.2, 0.5, 0.6}, 0.3, {1, 2}, 8, 6, 64, 0.4};
 };
 
-TEST_F(Ocean_gl_test, theOceanIsTheFormulaFromBothSides) {
+TEST_F(Ocean_drawn_test, oceanIsFormulaFromBothSides) {
     for (double const elevation : {60.0, 25.0, -50.0}) {
         SCOPED_TRACE(elevation);
         lookAt(elevation);
@@ -511,7 +511,7 @@ TEST_F(Ocean_gl_test, theOceanIsTheFormulaFromBothSides) {
     }
 }
 
-TEST_F(Ocean_gl_test, highlightsNeedLightAndEyeOnTheFrontSide) {
+TEST_F(Ocean_drawn_test, highlightsNeedLightAndEyeOnFrontSide) {
     lookAt(60);
     EXPECT_GT(expectTheFormula().highlights, 500);
     lookAt(-50);
@@ -532,7 +532,7 @@ TEST_F(Ocean_gl_test, highlightsNeedLightAndEyeOnTheFrontSide) {
     }
 }
 
-TEST_F(Ocean_gl_test, skyAndDepthAreMixedWithinTheirLimits) {
+TEST_F(Ocean_drawn_test, skyAndDepthAreMixedWithinTheirLimits) {
     scene.map = uniformMap({0.5F, 0.5F, 0.5F, 0});
     lookAt(90);
     EXPECT_EQ(expectTheFormula().greatestFresnel, 0.9) << "from straight above";
@@ -545,7 +545,7 @@ TEST_F(Ocean_gl_test, skyAndDepthAreMixedWithinTheirLimits) {
     EXPECT_EQ(expectTheFormula().leastFresnel, 0.01);
 }
 
-TEST_F(Ocean_gl_test, foamFollowsItsThreshold) {
+TEST_F(Ocean_drawn_test, foamFollowsItsThreshold) {
     lookAt(60);
     struct Case {
         double threshold;
@@ -563,7 +563,7 @@ TEST_F(Ocean_gl_test, foamFollowsItsThreshold) {
     }
 }
 
-TEST_F(Ocean_gl_test, zeroThresholdAboveAFullAlphaIsTheDriversAnswer) {
+TEST_F(Ocean_drawn_test, zeroThresholdAboveFullAlphaFollowsDriver) {
     lookAt(60);
     scene.map = uniformMap({0.5F, 0.6F, 0.5F, 1.5F});
     values.foamThreshold = 0;
@@ -576,7 +576,7 @@ TEST_F(Ocean_gl_test, zeroThresholdAboveAFullAlphaIsTheDriversAnswer) {
     EXPECT_TRUE(std::isinf(pixel[0])) << "0.5 / 0: only 0 / 0 is replaced";
 }
 
-TEST_F(Ocean_gl_test, framesAreBuiltForNormalsAlongAxesOnly) {
+TEST_F(Ocean_drawn_test, framesAreBuiltForNormalsAlongAxesOnly) {
     lookAt(60);
     for (Vec3 const& normal : {Vec3{0, -1, 0}, Vec3{1, 0, 0}, Vec3{-1, 0, 0}, Vec3{0, 0, 1}, Vec3{0, 0, -1},
                                Vec3{0.6, 0.8, 0}, Vec3{0, 0.6, 0.8}, Vec3{0.5, 0.5, 0.5}, Vec3{0, 2, 0}}) {
@@ -587,7 +587,7 @@ TEST_F(Ocean_gl_test, framesAreBuiltForNormalsAlongAxesOnly) {
 
 // == State ==
 
-TEST_F(Displacement_gl_test, aPassChangesNoOtherStateThanItSays) {
+TEST_F(Displacement_drawn_test, passChangesNoOtherStateThanItSays) {
     Displacement_shader plain;
     Displacement_shader tesselated;
     tesselated.tesselate(true);
@@ -662,7 +662,7 @@ TEST_F(Displacement_gl_test, aPassChangesNoOtherStateThanItSays) {
 
 // == Bad input ==
 
-TEST_F(Displacement_gl_test, numbersThatAreNoneRaiseNoError) {
+TEST_F(Displacement_drawn_test, nanAndInfinityRaiseNoError) {
     lookAt(50);
     for (bool const isTesselated : {false, true}) {
         Displacement_shader effect;
@@ -693,7 +693,7 @@ TEST_F(Displacement_gl_test, numbersThatAreNoneRaiseNoError) {
     EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR));
 }
 
-TEST_F(Displacement_gl_test, imagesOfEveryKindAreTaken) {
+TEST_F(Displacement_drawn_test, imagesOfEveryKindAreTaken) {
     lookAt(50);
     Displacement_shader effect;
     Displacement_XZ_shader ocean;
@@ -720,7 +720,7 @@ TEST_F(Displacement_gl_test, imagesOfEveryKindAreTaken) {
     EXPECT_EQ(glGetError(), GLenum(GL_NO_ERROR));
 }
 
-TEST_F(Displacement_gl_test, effectsWithoutATextureDraw) {
+TEST_F(Displacement_drawn_test, effectsWithoutTextureDraw) {
     lookAt(50);
     Displacement_shader plain;
     Displacement_shader tesselated;

@@ -28,14 +28,14 @@ class Glass_shader_calls_test : public Textured_effect_calls_test {};
 
 // == Textures ==
 
-TEST_F(Glass_shader_calls_test, theEffectOwnsTwoTextures) {
+TEST_F(Glass_shader_calls_test, effectOwnsTwoTextures) {
     { Glass_shader const effect; }
     EXPECT_THAT(recording.texts(), ElementsAre("glGenTextures(1, pointer)", "glGenTextures(1, pointer)",
                                                "glDeleteTextures(1, {1})", "glDeleteTextures(1, {2})"));
     EXPECT_EQ(driver.liveObjects(), 0U);
 }
 
-TEST_F(Glass_shader_calls_test, everythingIsDeletedWithTheEffect) {
+TEST_F(Glass_shader_calls_test, everythingIsDeletedWithEffect) {
     {
         Glass_shader effect;
         effect.init();
@@ -45,7 +45,7 @@ TEST_F(Glass_shader_calls_test, everythingIsDeletedWithTheEffect) {
     EXPECT_EQ(driver.liveObjects(), 0U);
 }
 
-TEST_F(Glass_shader_calls_test, anEffectWithoutARenderLayerHasNoTextures) {
+TEST_F(Glass_shader_calls_test, effectWithoutRenderLayerHasNoTextures) {
     VL_Raster = nullptr;
     Glass_shader effect;
     effect.setEnvironmentTexture(picture.c_str());
@@ -71,7 +71,7 @@ TEST_F(Glass_shader_calls_test, anotherEnvironmentIsLoadedAtOnce) {
     EXPECT_EQ(recording.count("glTexImage2D"), 1U) << "the same path, dirty";
 }
 
-TEST_F(Glass_shader_calls_test, missingAndEmptyEnvironmentsOnlyDeleteTheTexture) {
+TEST_F(Glass_shader_calls_test, missingAndEmptyEnvironmentsOnlyDeleteTexture) {
     Glass_shader effect;
     recording.clear();
     effect.setEnvironmentTexture("/does/not/exist.png");
@@ -79,7 +79,7 @@ TEST_F(Glass_shader_calls_test, missingAndEmptyEnvironmentsOnlyDeleteTheTexture)
     EXPECT_THAT(recording.texts(), ElementsAre("glDeleteTextures(1, {1})", "glDeleteTextures(1, {1})"));
 }
 
-TEST_F(Glass_shader_calls_test, creatingADirtyEffectLoadsTheEnvironment) {
+TEST_F(Glass_shader_calls_test, creatingDirtyEffectLoadsEnvironment) {
     Glass_shader effect;
     effect.setEnvironmentTexture(picture.c_str());
     recording.clear();
@@ -93,7 +93,7 @@ TEST_F(Glass_shader_calls_test, creatingADirtyEffectLoadsTheEnvironment) {
 
 // == Stages ==
 
-TEST_F(Glass_shader_calls_test, creatingLoadsTwoStagesAndKeepsTheLog) {
+TEST_F(Glass_shader_calls_test, creatingLoadsTwoStagesAndKeepsLog) {
     driver.programStatus(true, "linked");
     Glass_shader effect;
     effect.create();
@@ -136,7 +136,7 @@ TEST_F(Glass_shader_calls_test, creatingTwiceAttachesNoSecondSet) {
     EXPECT_EQ(recording.count("glCreateProgram"), 0U);
 }
 
-TEST_F(Glass_shader_calls_test, reloadingCreatesAgainInTheNextPass) {
+TEST_F(Glass_shader_calls_test, reloadingCreatesAgainInNextPass) {
     Glass_shader effect;
     runPass(effect);
     effect.reload();
@@ -148,7 +148,7 @@ TEST_F(Glass_shader_calls_test, reloadingCreatesAgainInTheNextPass) {
 
 // == Passes ==
 
-TEST_F(Glass_shader_calls_test, initCopiesTheFrameRoundedUpToPowersOfTwo) {
+TEST_F(Glass_shader_calls_test, initCopiesFrameRoundedUpToPowersOfTwo) {
     Glass_shader effect;
     recording.clear();
     effect.init();
@@ -161,7 +161,7 @@ TEST_F(Glass_shader_calls_test, initCopiesTheFrameRoundedUpToPowersOfTwo) {
                             "glCopyTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 0, 0, 1024, 1024, 0)"));
 }
 
-TEST_F(Glass_shader_calls_test, aPassThatIsNotDirtyHasItsCallsInOrder) {
+TEST_F(Glass_shader_calls_test, passThatIsNotDirtyHasItsCallsInOrder) {
     driver.uniformLocation("EnvMap", 8).uniformLocation("RefractionMap", 9);
     Glass_shader effect;
     effect.setNLights(2);
@@ -185,7 +185,7 @@ TEST_F(Glass_shader_calls_test, aPassThatIsNotDirtyHasItsCallsInOrder) {
             "glUseProgram(0)", "glUseProgramObjectARB(0)", "glPopAttrib()", "glDeleteTextures(1, {2})"));
 }
 
-TEST_F(Glass_shader_calls_test, uniformsAreSentInTheirOrderWithTheFirstValues) {
+TEST_F(Glass_shader_calls_test, uniformsAreSentInTheirOrderWithFirstValues) {
     Glass_shader effect;
     effect.create();
     recording.clear();
@@ -202,7 +202,7 @@ TEST_F(Glass_shader_calls_test, uniformsAreSentInTheirOrderWithTheFirstValues) {
     EXPECT_THAT(recording.texts(), IsEmpty());
 }
 
-TEST_F(Glass_shader_calls_test, parametersArriveInTheUniforms) {
+TEST_F(Glass_shader_calls_test, parametersArriveInUniforms) {
     Glass_shader effect;
     effect.setBaseColor(0.1F, 0.2F, 0.3F, 0.4F);
     effect.setLightPosition(5, 6, 7, 8);
@@ -223,7 +223,7 @@ TEST_F(Glass_shader_calls_test, parametersArriveInTheUniforms) {
 
 // == Parameters ==
 
-TEST_F(Glass_shader_calls_test, onlyADifferentValueMakesTheEffectDirty) {
+TEST_F(Glass_shader_calls_test, onlyDifferentValueMakesEffectDirty) {
     Glass_shader effect;
     runPass(effect);
     EXPECT_FALSE(isSent(effect, recording));
@@ -258,7 +258,7 @@ TEST_F(Glass_shader_calls_test, settersMakeNoCall) {
     EXPECT_THAT(recording.texts(), IsEmpty());
 }
 
-TEST_F(Glass_shader_calls_test, aWildNumberOfLightsEnds) {
+TEST_F(Glass_shader_calls_test, wildNumberOfLightsEnds) {
     Glass_shader effect;
     effect.setNLights(0xFFFFFFFF);
     effect.preprocess();
@@ -269,7 +269,7 @@ TEST_F(Glass_shader_calls_test, aWildNumberOfLightsEnds) {
 
 // == Copies ==
 
-TEST_F(Glass_shader_calls_test, aCopyTakesDepthMixRatioAndEnvironmentAlone) {
+TEST_F(Glass_shader_calls_test, copyTakesDepthMixRatioAndEnvironmentAlone) {
     Glass_shader original;
     original.setDepth(3);
     original.setMixRatio(4);
@@ -295,7 +295,7 @@ TEST_F(Glass_shader_calls_test, aCopyTakesDepthMixRatioAndEnvironmentAlone) {
     copy.cleanup();
 }
 
-TEST_F(Glass_shader_calls_test, copyingIntoACreatedEffectLoadsTheEnvironment) {
+TEST_F(Glass_shader_calls_test, copyingIntoCreatedEffectLoadsEnvironment) {
     Glass_shader original;
     original.setEnvironmentTexture(picture.c_str());
     Glass_shader effect;

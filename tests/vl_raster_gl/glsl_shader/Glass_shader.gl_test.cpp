@@ -50,7 +50,7 @@ struct Varyings {
     float light[2];
 };
 
-class Glass_shader_gl_test : public gl_spy::GlTest {
+class Glass_shader_drawn_test : public gl_spy::GlTest {
 protected:
     void SetUp() override {
         GlTest::SetUp();
@@ -183,7 +183,7 @@ protected:
 
 // == The formula ==
 
-TEST_F(Glass_shader_gl_test, theProgramLinksAndItsUniformsExist) {
+TEST_F(Glass_shader_drawn_test, programLinksAndItsUniformsExist) {
     gl_spy::Recording recording;
     Glass_shader effect;
     effect.create();
@@ -203,7 +203,7 @@ TEST_F(Glass_shader_gl_test, theProgramLinksAndItsUniformsExist) {
     EXPECT_EQ(linked, GL_TRUE);
 }
 
-TEST_F(Glass_shader_gl_test, pointsHaveTheColorOfTheFormula) {
+TEST_F(Glass_shader_drawn_test, pointsHaveColorOfFormula) {
     Glass_shader effect;
     prepare(effect);
     for (Corner const& corner : CORNERS) {
@@ -211,7 +211,7 @@ TEST_F(Glass_shader_gl_test, pointsHaveTheColorOfTheFormula) {
     }
 }
 
-TEST_F(Glass_shader_gl_test, depthAndMixRatioChangeTheColorAsTheFormulaDoes) {
+TEST_F(Glass_shader_drawn_test, depthAndMixRatioChangeColorAsFormulaDoes) {
     Glass_shader effect;
     for (float const d : {-0.5F, 0.0F, 0.3F, 1.0F}) {
         for (float const ratio : {-1.0F, 0.0F, 0.5F, 2.0F, 100.0F}) {
@@ -224,7 +224,7 @@ TEST_F(Glass_shader_gl_test, depthAndMixRatioChangeTheColorAsTheFormulaDoes) {
     }
 }
 
-TEST_F(Glass_shader_gl_test, aWholeTriangleHasTheColorOfTheFormula) {
+TEST_F(Glass_shader_drawn_test, wholeTriangleHasColorOfFormula) {
     std::array<Corner, 3> const corners{{{{-1.2F, -0.9F, 0.3F}, {-0.5F, -0.4F, 1}},
                                          {{1.1F, -0.7F, -0.4F}, {0.6F, -0.3F, 1}},
                                          {{0.1F, 1, 0.6F}, {0.1F, 0.7F, 1}}}};
@@ -271,7 +271,7 @@ TEST_F(Glass_shader_gl_test, aWholeTriangleHasTheColorOfTheFormula) {
 
 // == Single terms ==
 
-TEST_F(Glass_shader_gl_test, lookingStraightAtItShowsNineTenthsOfWhatLiesBehind) {
+TEST_F(Glass_shader_drawn_test, lookingStraightAtItShowsNineTenthsOfWhatLiesBehind) {
     glLoadIdentity();
     Corner const corner{{0, 0, -2}, {0, 0, 1}};
     Varyings const v = varyings(corner);
@@ -288,7 +288,7 @@ TEST_F(Glass_shader_gl_test, lookingStraightAtItShowsNineTenthsOfWhatLiesBehind)
     EXPECT_NEAR(pixelAt(FRAME / 2, FRAME_HEIGHT / 2)[0], 255 * 0.9 * 0.8, STEPS);
 }
 
-TEST_F(Glass_shader_gl_test, atGrazingAnglesTheSurroundingsDominate) {
+TEST_F(Glass_shader_drawn_test, atGrazingAnglesSurroundingsDominate) {
     glLoadIdentity();
     Corner const corner{{0, 0, -2}, {1, 0, 0.01F}};
     Varyings const v = varyings(corner);
@@ -304,7 +304,7 @@ TEST_F(Glass_shader_gl_test, atGrazingAnglesTheSurroundingsDominate) {
     EXPECT_NEAR(pixelAt(FRAME / 2, FRAME_HEIGHT / 2)[0], 255 * 0.1 * 0.8, STEPS);
 }
 
-TEST_F(Glass_shader_gl_test, lookUpsOutsideTheFrameTakeItsLastRowAndColumn) {
+TEST_F(Glass_shader_drawn_test, lookUpsOutsideFrameTakeItsLastRowAndColumn) {
     glLoadIdentity();
     depth = 50;
     baseColor = {0, 0, 0};
@@ -336,7 +336,7 @@ TEST_F(Glass_shader_gl_test, lookUpsOutsideTheFrameTakeItsLastRowAndColumn) {
     }
 }
 
-TEST_F(Glass_shader_gl_test, theFrameIsThatOfTheViewportWhereverItLies) {
+TEST_F(Glass_shader_drawn_test, frameIsThatOfViewportWhereverItLies) {
     glLoadIdentity();
     glViewport(30, 40, FRAME, FRAME_HEIGHT);
     depth = 0;
@@ -352,7 +352,7 @@ TEST_F(Glass_shader_gl_test, theFrameIsThatOfTheViewportWhereverItLies) {
               STEPS + 1);
 }
 
-TEST_F(Glass_shader_gl_test, deliberatelyTheSecondLightCountsWithOneLight) {
+TEST_F(Glass_shader_drawn_test, deliberatelySecondLightCountsWithOneLight) {
     glLoadIdentity();
     Corner const corner{{0, 0, -2}, {0, 0, 1}};
     float const behindTheGlass[4] = {0, 0, -9, 1};
@@ -366,7 +366,7 @@ TEST_F(Glass_shader_gl_test, deliberatelyTheSecondLightCountsWithOneLight) {
     checkPoint(effect, corner);
 }
 
-TEST_F(Glass_shader_gl_test, aPassThatIsNotDirtyDrawsTheSame) {
+TEST_F(Glass_shader_drawn_test, cleanPassDrawsSamePicture) {
     Glass_shader effect;
     prepare(effect);
     checkPoint(effect, CORNERS[1]);
@@ -376,7 +376,7 @@ TEST_F(Glass_shader_gl_test, aPassThatIsNotDirtyDrawsTheSame) {
     checkPoint(effect, CORNERS[1]);
 }
 
-TEST_F(Glass_shader_gl_test, afterAReloadThePictureIsTheSame) {
+TEST_F(Glass_shader_drawn_test, reloadKeepsPicture) {
     Glass_shader effect;
     prepare(effect);
     checkPoint(effect, CORNERS[2]);
@@ -388,7 +388,7 @@ TEST_F(Glass_shader_gl_test, afterAReloadThePictureIsTheSame) {
 
 // == Bad input ==
 
-TEST_F(Glass_shader_gl_test, aMissingEnvironmentGivesBlackReflections) {
+TEST_F(Glass_shader_drawn_test, missingEnvironmentGivesBlackReflections) {
     Glass_shader effect;
     prepare(effect);
     effect.setEnvironmentTexture("/does/not/exist.png");
@@ -398,7 +398,7 @@ TEST_F(Glass_shader_gl_test, aMissingEnvironmentGivesBlackReflections) {
     }
 }
 
-TEST_F(Glass_shader_gl_test, picturesOfEveryWrongKindLeaveNoError) {
+TEST_F(Glass_shader_drawn_test, picturesOfEveryWrongKindLeaveNoError) {
     std::string const whole = folder.read("environment.png");
     picture_files::writePng(folder.file("narrow.png"), {1, 7}, environmentSample);
     picture_files::writePng(folder.file("deep.png"), {5, 3, 16}, environmentSample);
@@ -424,7 +424,7 @@ TEST_F(Glass_shader_gl_test, picturesOfEveryWrongKindLeaveNoError) {
     }
 }
 
-TEST_F(Glass_shader_gl_test, parametersThatAreNoNumbersLeaveNoError) {
+TEST_F(Glass_shader_drawn_test, nanParametersLeaveNoError) {
     Glass_shader effect;
     prepare(effect);
     for (float const value : {NAN, INFINITY, -INFINITY, 0.0F}) {
@@ -441,7 +441,7 @@ TEST_F(Glass_shader_gl_test, parametersThatAreNoNumbersLeaveNoError) {
 
 // == State ==
 
-TEST_F(Glass_shader_gl_test, aPassRestoresAllButColorAndTextureUnits) {
+TEST_F(Glass_shader_drawn_test, passRestoresAllButColorAndTextureUnits) {
     Glass_shader effect;
     prepare(effect);
     drawPoint(effect, CORNERS[0]);
@@ -463,7 +463,7 @@ TEST_F(Glass_shader_gl_test, aPassRestoresAllButColorAndTextureUnits) {
 
 // == Pictures ==
 
-TEST_F(Glass_shader_gl_test, aSphereOfGlassOverADrawnScene) {
+TEST_F(Glass_shader_drawn_test, glassSphereRefractsDrawnScene) {
     glViewport(0, 0, width, height);
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();

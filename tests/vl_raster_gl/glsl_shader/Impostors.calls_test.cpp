@@ -180,7 +180,7 @@ protected:
 using Effects = testing::Types<PointRendering_shader, SphereRendering_shader, ArrowRendering_shader>;
 TYPED_TEST_SUITE(Impostors_calls_test, Effects, );
 
-TYPED_TEST(Impostors_calls_test, aNewEffectMakesNothing) {
+TYPED_TEST(Impostors_calls_test, newEffectMakesNothing) {
     EXPECT_TRUE(this->effect.dirty);
     EXPECT_FALSE(this->effect.created);
     EXPECT_EQ(this->effect.stage1, nullptr);
@@ -190,7 +190,7 @@ TYPED_TEST(Impostors_calls_test, aNewEffectMakesNothing) {
     EXPECT_THAT(this->calls(), IsEmpty());
 }
 
-TYPED_TEST(Impostors_calls_test, theFirstPass) {
+TYPED_TEST(Impostors_calls_test, firstPassCreatesOpensAndSends) {
     using Test = Impostors_calls_test<TypeParam>;
     this->effect.preprocess();
     Texts const texts = stageTexts(this->recording);
@@ -205,7 +205,7 @@ TYPED_TEST(Impostors_calls_test, theFirstPass) {
     EXPECT_EQ(this->calls(), Test::closed());
 }
 
-TYPED_TEST(Impostors_calls_test, deliberateAPassOfACleanEffectSendsNothing) {
+TYPED_TEST(Impostors_calls_test, deliberatelyPassOfCleanEffectSendsNothing) {
     using Test = Impostors_calls_test<TypeParam>;
     runPass(this->effect);
     this->recording.clear();
@@ -213,7 +213,7 @@ TYPED_TEST(Impostors_calls_test, deliberateAPassOfACleanEffectSendsNothing) {
     EXPECT_EQ(this->calls(), joined({Test::opened(1), Test::closed()}));
 }
 
-TYPED_TEST(Impostors_calls_test, aDirtyPassSendsWhatIsKeptAndThenTheParameters) {
+TYPED_TEST(Impostors_calls_test, dirtyPassSendsWhatIsKeptAndThenParameters) {
     using Test = Impostors_calls_test<TypeParam>;
     runPass(this->effect);
     Test::setAll(this->effect);
@@ -223,7 +223,7 @@ TYPED_TEST(Impostors_calls_test, aDirtyPassSendsWhatIsKeptAndThenTheParameters) 
               joined({{Test::programUsed()}, Test::sent({}), Test::opened(3), Test::sent(Test::allSet())}));
 }
 
-TYPED_TEST(Impostors_calls_test, theProgramIsAskedForByInit) {
+TYPED_TEST(Impostors_calls_test, initUsesProgram) {
     this->effect.init();
     EXPECT_THAT(this->calls(), ElementsAre("glUseProgram(0)"));
     this->effect.create();
@@ -232,7 +232,7 @@ TYPED_TEST(Impostors_calls_test, theProgramIsAskedForByInit) {
     EXPECT_THAT(this->calls(), ElementsAre(this->programUsed()));
 }
 
-TYPED_TEST(Impostors_calls_test, stagesStandInTheirPlaces) {
+TYPED_TEST(Impostors_calls_test, stagesAreKeptInTheirSlots) {
     this->effect.create();
     ASSERT_NE(this->effect.stage1, nullptr);
     ASSERT_NE(this->effect.stage2, nullptr);
@@ -242,7 +242,7 @@ TYPED_TEST(Impostors_calls_test, stagesStandInTheirPlaces) {
     EXPECT_TRUE(this->effect.created);
 }
 
-TYPED_TEST(Impostors_calls_test, primitivesAreSetThroughTheLayer) {
+TYPED_TEST(Impostors_calls_test, primitivesAreSetThroughLayer) {
     this->effect.create();
     if (this->IS_POINT) {
         EXPECT_THAT(this->layer.asked("programParameterI"), IsEmpty());
@@ -254,7 +254,7 @@ TYPED_TEST(Impostors_calls_test, primitivesAreSetThroughTheLayer) {
     }
 }
 
-TYPED_TEST(Impostors_calls_test, afterReloadingThePassMakesNewStages) {
+TYPED_TEST(Impostors_calls_test, afterReloadingPassMakesNewStages) {
     using Test = Impostors_calls_test<TypeParam>;
     runPass(this->effect);
     this->recording.clear();
@@ -277,7 +277,7 @@ TYPED_TEST(Impostors_calls_test, afterReloadingThePassMakesNewStages) {
                       Test::enabledByCreating(Test::sent({})), Test::opened(1), Test::sent({})}));
 }
 
-TYPED_TEST(Impostors_calls_test, theProgramIsDeletedBeforeTheStages) {
+TYPED_TEST(Impostors_calls_test, programIsDeletedBeforeStages) {
     using Test = Impostors_calls_test<TypeParam>;
     {
         TypeParam made{Base_shader::ProcessType(0)};
@@ -302,7 +302,7 @@ TYPED_TEST(Impostors_calls_test, creatingTwiceLeavesNothingBehind) {
     EXPECT_EQ(this->driver.liveObjects(), 0U);
 }
 
-TYPED_TEST(Impostors_calls_test, settersMarkWhatDiffers) {
+TYPED_TEST(Impostors_calls_test, differentValueMarksEffectDirty) {
     Open<TypeParam>& effect = this->effect;
     float const nan = std::numeric_limits<float>::quiet_NaN();
     std::vector<std::function<void()>> const changes{
@@ -357,7 +357,7 @@ TYPED_TEST(Impostors_calls_test, settersMarkWhatDiffers) {
     EXPECT_THAT(this->calls(), IsEmpty());
 }
 
-TYPED_TEST(Impostors_calls_test, valuesThatAreTheDefaultsMarkNothing) {
+TYPED_TEST(Impostors_calls_test, defaultValuesLeaveEffectClean) {
     Open<TypeParam>& effect = this->effect;
     effect.dirty = false;
     effect.setLightPosition(1, 1, 0, 0);
@@ -370,7 +370,7 @@ TYPED_TEST(Impostors_calls_test, valuesThatAreTheDefaultsMarkNothing) {
     EXPECT_FALSE(effect.dirty);
 }
 
-TYPED_TEST(Impostors_calls_test, deliberateACopyTakesNeitherLightsNorProcessType) {
+TYPED_TEST(Impostors_calls_test, deliberatelyCopyTakesNeitherLightsNorProcessType) {
     Open<TypeParam> source{Base_shader::ProcessType(4)};
     this->setAll(source);
     runPass(source);
@@ -386,7 +386,7 @@ TYPED_TEST(Impostors_calls_test, deliberateACopyTakesNeitherLightsNorProcessType
     EXPECT_THAT(this->calls(), IsEmpty());
 }
 
-TYPED_TEST(Impostors_calls_test, aCopySendsTheParametersOfItsSource) {
+TYPED_TEST(Impostors_calls_test, copySendsParametersOfItsSource) {
     using Test = Impostors_calls_test<TypeParam>;
     Test::setAll(this->effect);
     Open<TypeParam> made(this->effect);
@@ -396,7 +396,7 @@ TYPED_TEST(Impostors_calls_test, aCopySendsTheParametersOfItsSource) {
                                      Test::opened(1), Test::sent(Test::allCopied())}));
 }
 
-TYPED_TEST(Impostors_calls_test, aCopyOfAnEffectInUseHasAProgramOfItsOwn) {
+TYPED_TEST(Impostors_calls_test, copyOfEffectInUseHasProgramOfItsOwn) {
     auto source = std::make_unique<TypeParam>(Base_shader::ProcessType(0));
     this->setAll(*source);
     runPass(*source);
@@ -431,7 +431,7 @@ TYPED_TEST(Impostors_calls_test, copyingKeepsOnesOwnLightsAndProcessType) {
     EXPECT_EQ(text, this->vertexText(2));
 }
 
-TYPED_TEST(Impostors_calls_test, anyNumberOfLights) {
+TYPED_TEST(Impostors_calls_test, lightsAreEnabledUpTo32) {
     using Test = Impostors_calls_test<TypeParam>;
     for (unsigned int const count : {0U, 1U, 8U}) {
         this->effect.setNLights(count);
@@ -447,7 +447,7 @@ TYPED_TEST(Impostors_calls_test, anyNumberOfLights) {
     EXPECT_EQ(this->recording.count("glEnable"), 34U) << "lighting, blending and 32 lights";
 }
 
-TYPED_TEST(Impostors_calls_test, theLogIsThatOfTheProgram) {
+TYPED_TEST(Impostors_calls_test, logIsProgramInfoLog) {
     this->driver.programStatus(false, "does not link");
     this->effect.preprocess();
     EXPECT_EQ(this->effect.getLog(), "does not link");
@@ -459,7 +459,7 @@ TYPED_TEST(Impostors_calls_test, theLogIsThatOfTheProgram) {
     EXPECT_EQ(this->effect.getCompilationLog(), "");
 }
 
-TYPED_TEST(Impostors_calls_test, withoutALayerNothingStops) {
+TYPED_TEST(Impostors_calls_test, passRunsWithoutLayer) {
     Core_RL* const former = VL_Raster;
     VL_Raster = nullptr;
     runPass(this->effect);
@@ -467,7 +467,7 @@ TYPED_TEST(Impostors_calls_test, withoutALayerNothingStops) {
     EXPECT_TRUE(this->effect.created);
 }
 
-TYPED_TEST(Impostors_calls_test, stagesThatDoNotCompileStopNothing) {
+TYPED_TEST(Impostors_calls_test, failedCompileStopsNoPass) {
     using Test = Impostors_calls_test<TypeParam>;
     this->driver.shaderStatus(false, "bad");
     StreamCapture const output(std::cout);
@@ -480,7 +480,7 @@ TYPED_TEST(Impostors_calls_test, stagesThatDoNotCompileStopNothing) {
     EXPECT_EQ(this->calls(), joined({Test::opened(1), Test::closed()}));
 }
 
-TYPED_TEST(Impostors_calls_test, processTypesChooseTheVertexStage) {
+TYPED_TEST(Impostors_calls_test, processTypesChooseVertexStage) {
     std::vector<std::string> texts;
     for (unsigned int type = 0; type < 5; ++type) {
         texts.push_back(this->vertexText(type));
@@ -494,14 +494,14 @@ TYPED_TEST(Impostors_calls_test, processTypesChooseTheVertexStage) {
     }
 }
 
-TYPED_TEST(Impostors_calls_test, processTypesChooseTheMagnitude) {
+TYPED_TEST(Impostors_calls_test, processTypesChooseMagnitude) {
     EXPECT_THAT(this->vertexText(0), HasSubstr("length(gl_Color.rgb)"));
     EXPECT_THAT(this->vertexText(1), HasSubstr("length(gl_Color.rrr)"));
     EXPECT_THAT(this->vertexText(2), HasSubstr("length(gl_Color.ggg)"));
     EXPECT_THAT(this->vertexText(3), HasSubstr("length(gl_Color.bbb)"));
 }
 
-TYPED_TEST(Impostors_calls_test, geometryStageHasTheDialectOfTheDriver) {
+TYPED_TEST(Impostors_calls_test, geometryStageHasDialectOfDriver) {
     // From the first `void` on both dialects are one text.
     auto const bodyOf = [](std::string const& text) { return text.substr(text.find("void ")); };
     std::string const extensionLines = "#version 120\n#extension GL_EXT_geometry_shader4: enable\n";
@@ -557,7 +557,7 @@ TYPED_TEST(Impostors_calls_test, vertexStagesHaveTheirUniforms) {
     EXPECT_THAT(this->vertexText(4), HasSubstr("maxColor"));
 }
 
-TYPED_TEST(Impostors_calls_test, stagesHandOnWhatTheNextOneTakes) {
+TYPED_TEST(Impostors_calls_test, stagesPassOnNeededVaryings) {
     this->effect.create();
     Texts const texts = stageTexts(this->recording);
     if (this->IS_POINT) {
@@ -639,7 +639,7 @@ TEST_F(ArrowReload_calls_test, newerFilesReloadInTheirOrder) {
     EXPECT_EQ(effect.reloads, 3);
 }
 
-TEST_F(ArrowReload_calls_test, deliberateTheTimeIsThatOfAllArrows) {
+TEST_F(ArrowReload_calls_test, deliberatelyTimeIsThatOfAllArrows) {
     start += 1000;
     write("arrow_geometry.c", 1);
     EXPECT_EQ(look(), " RELOADING!\n");
@@ -648,7 +648,7 @@ TEST_F(ArrowReload_calls_test, deliberateTheTimeIsThatOfAllArrows) {
     EXPECT_EQ(other.reloads, 0);
 }
 
-TEST_F(ArrowReload_calls_test, deliberateTheFilesAreNotRead) {
+TEST_F(ArrowReload_calls_test, deliberatelyFilesAreNotRead) {
     start += 1000;
     runPass(effect);
     Texts const before = stageTexts(recording);

@@ -59,7 +59,7 @@ struct Ramp {
     }
 };
 
-class Impostors_gl_test : public gl_spy::GlTest {
+class Impostors_drawn_test : public gl_spy::GlTest {
 protected:
     void SetUp() override {
         GlTest::SetUp();
@@ -112,7 +112,7 @@ const std::vector<Color> VECTORS{{3, -1, 2},   {-5, 0.5F, 0}, {0, 0, 0},     {0.
 
 // == Colors ==
 
-TEST_F(Impostors_gl_test, pointsHaveTheColorOfTheFormula) {
+TEST_F(Impostors_drawn_test, pointsHaveColorOfFormula) {
     glPointSize(9);
     for (unsigned int type = 0; type <= 7; ++type) {
         PointRendering_shader effect((Type(type)));
@@ -127,7 +127,7 @@ TEST_F(Impostors_gl_test, pointsHaveTheColorOfTheFormula) {
     }
 }
 
-TEST_F(Impostors_gl_test, spheresHaveTheColorOfTheFormulaUnderTheFixedLight) {
+TEST_F(Impostors_drawn_test, spheresHaveColorOfFormulaUnderFixedLight) {
     for (unsigned int type = 0; type <= 7; ++type) {
         SphereRendering_shader effect((Type(type)));
         prepare(effect, 1);
@@ -142,7 +142,7 @@ TEST_F(Impostors_gl_test, spheresHaveTheColorOfTheFormulaUnderTheFixedLight) {
     }
 }
 
-TEST_F(Impostors_gl_test, arrowsHaveTheColorOfTheirFormula) {
+TEST_F(Impostors_drawn_test, arrowsHaveColorOfTheirFormula) {
     for (unsigned int type = 0; type <= 7; ++type) {
         ArrowRendering_shader effect((Type(type)));
         prepare(effect, 0.1F);
@@ -156,7 +156,7 @@ TEST_F(Impostors_gl_test, arrowsHaveTheColorOfTheirFormula) {
     }
 }
 
-TEST_F(Impostors_gl_test, aFullRateIsTheMaximumForPointsAndTheClampColorForArrows) {
+TEST_F(Impostors_drawn_test, fullRateIsMaximumForPointsAndClampColorForArrows) {
     // Numbers without rounding: speed 4 / 2, range 1 to 2.
     ramp.maxMagnitude = 2;
     glPointSize(5);
@@ -172,7 +172,7 @@ TEST_F(Impostors_gl_test, aFullRateIsTheMaximumForPointsAndTheClampColorForArrow
     EXPECT_TRUE(isNear(readPixel(132, 127), ramp.clampColor) || isNear(readPixel(132, 128), ramp.clampColor));
 }
 
-TEST_F(Impostors_gl_test, aRangeWithoutExtentGivesTheMinimumColor) {
+TEST_F(Impostors_drawn_test, rangeWithoutExtentGivesMinimumColor) {
     ramp.maxMagnitude = ramp.minMagnitude;
     glPointSize(5);
     PointRendering_shader effect((Type(0)));
@@ -183,7 +183,7 @@ TEST_F(Impostors_gl_test, aRangeWithoutExtentGivesTheMinimumColor) {
 
 // == Shapes ==
 
-TEST_F(Impostors_gl_test, aSphereIsADiscWithHalfLambertShading) {
+TEST_F(Impostors_drawn_test, sphereIsDiscWithHalfLambertShading) {
     SphereRendering_shader effect((Type(4)));
     prepare(effect, 1.5F);  // 0.75 to either side of the middle: 96 pixels
     draw(effect, {0, 0, 0}, {0, 0, 0});
@@ -211,7 +211,7 @@ TEST_F(Impostors_gl_test, aSphereIsADiscWithHalfLambertShading) {
     EXPECT_EQ(wrong, 0) << savePicture("sphere_impostor");
 }
 
-TEST_F(Impostors_gl_test, aSphereIsNearerInItsMiddle) {
+TEST_F(Impostors_drawn_test, sphereIsNearerInItsMiddle) {
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
     gluPerspective(60, 1, 1, 10);
@@ -240,7 +240,7 @@ TEST_F(Impostors_gl_test, aSphereIsNearerInItsMiddle) {
     EXPECT_EQ(corner, 1) << "the corners of the square are left out";
 }
 
-TEST_F(Impostors_gl_test, anArrowHasAShaftAndAHead) {
+TEST_F(Impostors_drawn_test, arrowHasShaftAndHead) {
     ArrowRendering_shader effect((Type(4)));
     prepare(effect, 0.2F);
     draw(effect, {-0.5F, 0, 0}, {2, 0, 0});
@@ -270,7 +270,7 @@ TEST_F(Impostors_gl_test, anArrowHasAShaftAndAHead) {
 
 // == State ==
 
-TEST_F(Impostors_gl_test, aPassLeavesTheStateAsItWas) {
+TEST_F(Impostors_drawn_test, passLeavesStateAsItWas) {
     PointRendering_shader effect((Type(0)));
     prepare(effect, 1);
     GLint depthBefore = -1;
@@ -287,7 +287,7 @@ TEST_F(Impostors_gl_test, aPassLeavesTheStateAsItWas) {
     EXPECT_EQ(depth, depthBefore);
 }
 
-TEST_F(Impostors_gl_test, changedParametersAreSeenInTheNextPass) {
+TEST_F(Impostors_drawn_test, changedParametersAreSeenInNextPass) {
     glPointSize(5);
     PointRendering_shader effect((Type(4)));
     prepare(effect, 1);
@@ -299,7 +299,7 @@ TEST_F(Impostors_gl_test, changedParametersAreSeenInTheNextPass) {
     EXPECT_TRUE(isNear(readPixel(128, 128), {0, 0, 1}));
 }
 
-TEST_F(Impostors_gl_test, everyVariantLinksWithoutALog) {
+TEST_F(Impostors_drawn_test, everyVariantLinksWithoutLog) {
     for (unsigned int type = 0; type <= 5; ++type) {
         PointRendering_shader point((Type(type)));
         SphereRendering_shader sphere((Type(type)));
@@ -316,7 +316,7 @@ TEST_F(Impostors_gl_test, everyVariantLinksWithoutALog) {
     }
 }
 
-TEST_F(Impostors_gl_test, reloadedEffectsDrawTheSame) {
+TEST_F(Impostors_drawn_test, reloadedEffectsDrawSamePicture) {
     glPointSize(5);
     ArrowRendering_shader effect((Type(0)));
     prepare(effect, 0.1F);

@@ -29,7 +29,7 @@ class SSScattering_shader_calls_test : public Surface_effect_calls_test {};
 
 // == Stages ==
 
-TEST_F(SSScattering_shader_calls_test, aNewEffectMakesNoCall) {
+TEST_F(SSScattering_shader_calls_test, newEffectMakesNoCall) {
     { SSScattering_shader const effect; }
     EXPECT_THAT(recording.texts(), IsEmpty());
 }
@@ -76,7 +76,7 @@ TEST_F(SSScattering_shader_calls_test, textsHaveTheirDeclarations) {
     }
 }
 
-TEST_F(SSScattering_shader_calls_test, deliberatelyTheHighlightsClampHasItsArgumentsInOddOrder) {
+TEST_F(SSScattering_shader_calls_test, deliberatelyHighlightsClampHasItsArgumentsInOddOrder) {
     SSScattering_shader effect;
     effect.create();
     EXPECT_THAT(stageTexts(recording).at(1), HasSubstr("clamp(0.0, 1.0, dot(n, normalize(n + l)))"));
@@ -84,7 +84,7 @@ TEST_F(SSScattering_shader_calls_test, deliberatelyTheHighlightsClampHasItsArgum
 
 // == Passes ==
 
-TEST_F(SSScattering_shader_calls_test, initUsesTheProgramAndKeepsItsLog) {
+TEST_F(SSScattering_shader_calls_test, initUsesProgramAndKeepsItsLog) {
     SSScattering_shader effect;
     effect.create();
     driver.programStatus(true, "later");
@@ -95,7 +95,7 @@ TEST_F(SSScattering_shader_calls_test, initUsesTheProgramAndKeepsItsLog) {
     EXPECT_EQ(effect.getLog(), "later");
 }
 
-TEST_F(SSScattering_shader_calls_test, aPassOfAnEffectThatIsNotInUseHasItsCallsInOrder) {
+TEST_F(SSScattering_shader_calls_test, passOfEffectThatIsNotInUseHasItsCallsInOrder) {
     SSScattering_shader effect;
     effect.setNLights(2);
     effect.init();
@@ -128,7 +128,7 @@ TEST_F(SSScattering_shader_calls_test, deliberatelyPreprocessNeitherCreatesNorEn
     EXPECT_EQ(recording.count("glUseProgram"), 0U) << "dirty as it is";
 }
 
-TEST_F(SSScattering_shader_calls_test, uniformsAreSentInTheirOrderWithTheFirstValues) {
+TEST_F(SSScattering_shader_calls_test, uniformsAreSentInTheirOrderWithFirstValues) {
     SSScattering_shader effect;
     effect.create();
     recording.clear();
@@ -141,7 +141,7 @@ TEST_F(SSScattering_shader_calls_test, uniformsAreSentInTheirOrderWithTheFirstVa
                             "BaseColor glUniform4fv {0.8, 0.8, 0.8, 1}", "nLights glUniform1iv {1}"));
 }
 
-TEST_F(SSScattering_shader_calls_test, parametersArriveInTheUniforms) {
+TEST_F(SSScattering_shader_calls_test, parametersArriveInUniforms) {
     SSScattering_shader effect;
     effect.setBaseColor(1, 2, 3, 4);
     effect.setMaterialThickness(5);
@@ -164,7 +164,7 @@ TEST_F(SSScattering_shader_calls_test, parametersArriveInTheUniforms) {
 
 // == Parameters ==
 
-TEST_F(SSScattering_shader_calls_test, aSetterEnablesWhenTheValueDiffersOrTheEffectIsDirty) {
+TEST_F(SSScattering_shader_calls_test, setterEnablesWhenValueDiffersOrEffectIsDirty) {
     struct Row {
         char const* name;
         std::function<void(SSScattering_shader&, float)> set;
@@ -202,7 +202,7 @@ TEST_F(SSScattering_shader_calls_test, aSetterEnablesWhenTheValueDiffersOrTheEff
     }
 }
 
-TEST_F(SSScattering_shader_calls_test, aChangedValueArrivesThoughTheEffectIsNotDirty) {
+TEST_F(SSScattering_shader_calls_test, changedValueArrivesThoughEffectIsNotDirty) {
     SSScattering_shader effect;
     effect.create();
     effect.init();
@@ -214,7 +214,7 @@ TEST_F(SSScattering_shader_calls_test, aChangedValueArrivesThoughTheEffectIsNotD
     EXPECT_THAT(uniformsSent(recording), Contains("RimScalar glUniform1fv {5}"));
 }
 
-TEST_F(SSScattering_shader_calls_test, valuesThatAreNoNumbersAreAlwaysOtherValues) {
+TEST_F(SSScattering_shader_calls_test, nanAlwaysDiffers) {
     SSScattering_shader effect;
     effect.setRimScalar(NAN);
     effect.setMaterialThickness(NAN);
@@ -229,7 +229,7 @@ TEST_F(SSScattering_shader_calls_test, valuesThatAreNoNumbersAreAlwaysOtherValue
 
 // == Copies ==
 
-TEST_F(SSScattering_shader_calls_test, aCopyTakesThicknessExtinctionAndRimAlone) {
+TEST_F(SSScattering_shader_calls_test, copyTakesThicknessExtinctionAndRimAlone) {
     SSScattering_shader original;
     original.setBaseColor(1, 0, 0, 1);
     original.setMaterialThickness(3);

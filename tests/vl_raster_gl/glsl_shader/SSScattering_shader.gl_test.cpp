@@ -29,7 +29,7 @@ struct Varyings {
     Vec3 position;
 };
 
-class SSScattering_shader_gl_test : public gl_spy::GlTest {
+class SSScattering_shader_drawn_test : public gl_spy::GlTest {
 protected:
     void SetUp() override {
         GlTest::SetUp();
@@ -127,7 +127,7 @@ protected:
 
 // == The formula ==
 
-TEST_F(SSScattering_shader_gl_test, theProgramLinksAndItsUniformsExist) {
+TEST_F(SSScattering_shader_drawn_test, programLinksAndItsUniformsExist) {
     gl_spy::Recording recording;
     SSScattering_shader effect;
     effect.create();
@@ -145,7 +145,7 @@ TEST_F(SSScattering_shader_gl_test, theProgramLinksAndItsUniformsExist) {
     }
 }
 
-TEST_F(SSScattering_shader_gl_test, pointsHaveTheColorOfTheFormulaWithOneLight) {
+TEST_F(SSScattering_shader_drawn_test, pointsHaveColorOfFormulaWithOneLight) {
     SSScattering_shader effect;
     prepare(effect);
     for (Corner const& corner : CORNERS) {
@@ -153,7 +153,7 @@ TEST_F(SSScattering_shader_gl_test, pointsHaveTheColorOfTheFormulaWithOneLight) 
     }
 }
 
-TEST_F(SSScattering_shader_gl_test, pointsHaveTheColorOfTheFormulaWithTwoLights) {
+TEST_F(SSScattering_shader_drawn_test, pointsHaveColorOfFormulaWithTwoLights) {
     SSScattering_shader effect;
     lights = 2;
     prepare(effect);
@@ -162,7 +162,7 @@ TEST_F(SSScattering_shader_gl_test, pointsHaveTheColorOfTheFormulaWithTwoLights)
     }
 }
 
-TEST_F(SSScattering_shader_gl_test, aThirdLightAddsNothing) {
+TEST_F(SSScattering_shader_drawn_test, thirdLightAddsNothing) {
     setLight(2, {0, 0, 5, 1}, {1, 1, 1, 1}, {1, 1, 1, 1});
     SSScattering_shader effect;
     lights = 3;
@@ -170,7 +170,7 @@ TEST_F(SSScattering_shader_gl_test, aThirdLightAddsNothing) {
     checkPoint(effect, CORNERS[1]);
 }
 
-TEST_F(SSScattering_shader_gl_test, eachParameterChangesTheColorAsTheFormulaDoes) {
+TEST_F(SSScattering_shader_drawn_test, eachParameterChangesColorAsFormulaDoes) {
     SSScattering_shader effect;
     lights = 2;
     auto const check = [&] {
@@ -194,7 +194,7 @@ TEST_F(SSScattering_shader_gl_test, eachParameterChangesTheColorAsTheFormulaDoes
     check();
 }
 
-TEST_F(SSScattering_shader_gl_test, aWholeTriangleHasTheColorOfTheFormula) {
+TEST_F(SSScattering_shader_drawn_test, wholeTriangleHasColorOfFormula) {
     std::array<Corner, 3> const corners{{{{-1.2F, -0.9F, 0.3F}, {-0.5F, -0.4F, 1}},
                                          {{1.1F, -0.7F, -0.4F}, {0.6F, -0.3F, -1}},
                                          {{0.1F, 1, 0.6F}, {0.1F, 0.7F, 1}}}};
@@ -231,7 +231,7 @@ TEST_F(SSScattering_shader_gl_test, aWholeTriangleHasTheColorOfTheFormula) {
     EXPECT_EQ(wrong, 0) << "of " << inside << " " << savePicture("scattering_triangle");
 }
 
-TEST_F(SSScattering_shader_gl_test, theSecondLightIsAdded) {
+TEST_F(SSScattering_shader_drawn_test, secondLightIsAdded) {
     SSScattering_shader effect;
     prepare(effect);
     Corner const corner = CORNERS[4];
@@ -245,7 +245,7 @@ TEST_F(SSScattering_shader_gl_test, theSecondLightIsAdded) {
 
 // == Single terms ==
 
-TEST_F(SSScattering_shader_gl_test, attenuationIsLimitedNearAndFar) {
+TEST_F(SSScattering_shader_drawn_test, attenuationIsLimitedNearAndFar) {
     // Identity matrices: clip coordinates are the point's own.
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
@@ -270,7 +270,7 @@ TEST_F(SSScattering_shader_gl_test, attenuationIsLimitedNearAndFar) {
     }
 }
 
-TEST_F(SSScattering_shader_gl_test, deliberatelyTheHighlightNeverIsNothing) {
+TEST_F(SSScattering_shader_drawn_test, deliberatelyHighlightIsNeverZero) {
     // Its clamp gives the cosine with the half vector of normal and light, where the other order gives 0 or 1.
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
@@ -289,7 +289,7 @@ TEST_F(SSScattering_shader_gl_test, deliberatelyTheHighlightNeverIsNothing) {
     EXPECT_NEAR(readPixel(128, 127)[0], 255 * std::pow(std::sqrt(0.5), 4) * 0.5 * 20 * 0.05, 2);
 }
 
-TEST_F(SSScattering_shader_gl_test, setValuesShowInPassesThatAreNotDirty) {
+TEST_F(SSScattering_shader_drawn_test, setValuesShowInPassesThatAreNotDirty) {
     SSScattering_shader effect;
     prepare(effect);
     checkPoint(effect, CORNERS[1]);
@@ -302,7 +302,7 @@ TEST_F(SSScattering_shader_gl_test, setValuesShowInPassesThatAreNotDirty) {
     checkPoint(effect, CORNERS[1]);
 }
 
-TEST_F(SSScattering_shader_gl_test, anEffectOnWhichNothingWasSetDrawsWithItsFirstValues) {
+TEST_F(SSScattering_shader_drawn_test, effectWithoutSettingsDrawsWithFirstValues) {
     SSScattering_shader effect;
     base = {0.8F, 0.8F, 0.8F, 1};
     thickness = 0.1F;
@@ -313,7 +313,7 @@ TEST_F(SSScattering_shader_gl_test, anEffectOnWhichNothingWasSetDrawsWithItsFirs
 
 // == Bad input ==
 
-TEST_F(SSScattering_shader_gl_test, parametersThatAreNoNumbersLeaveNoError) {
+TEST_F(SSScattering_shader_drawn_test, nanParametersLeaveNoError) {
     SSScattering_shader effect;
     for (float const value : {NAN, INFINITY, -INFINITY, -1.0F}) {
         effect.setBaseColor(value, value, value, value);
@@ -327,7 +327,7 @@ TEST_F(SSScattering_shader_gl_test, parametersThatAreNoNumbersLeaveNoError) {
     checkPoint(effect, CORNERS[1]);
 }
 
-TEST_F(SSScattering_shader_gl_test, aPassOfAnEffectThatIsNotCreatedLeavesNoError) {
+TEST_F(SSScattering_shader_drawn_test, passOfEffectThatIsNotCreatedLeavesNoError) {
     SSScattering_shader effect;
     effect.init();
     effect.preprocess();
@@ -338,7 +338,7 @@ TEST_F(SSScattering_shader_gl_test, aPassOfAnEffectThatIsNotCreatedLeavesNoError
 
 // == State ==
 
-TEST_F(SSScattering_shader_gl_test, aPassRestoresAllButTheColor) {
+TEST_F(SSScattering_shader_drawn_test, passRestoresAllButColor) {
     SSScattering_shader effect;
     lights = 2;
     for (bool const isDirty : {true, false}) {
@@ -359,7 +359,7 @@ TEST_F(SSScattering_shader_gl_test, aPassRestoresAllButTheColor) {
 
 // == Pictures ==
 
-TEST_F(SSScattering_shader_gl_test, aTorusUnderTwoLights) {
+TEST_F(SSScattering_shader_drawn_test, torusIsLitByTwoLights) {
     glEnable(GL_DEPTH_TEST);
     glClearColor(0.1F, 0.1F, 0.12F, 1);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);

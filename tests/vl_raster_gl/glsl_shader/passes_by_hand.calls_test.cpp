@@ -55,7 +55,7 @@ protected:
     gl_spy::Recording recording;
 };
 
-TEST_F(Passes_by_hand_calls_test, passesOfADisplacement) {
+TEST_F(Passes_by_hand_calls_test, displacementByHandMakesSameCalls) {
     for (bool const isDirty : {false, true}) {
         for (bool const isTesselated : {false, true}) {
             Displacement_shader effect;
@@ -84,7 +84,7 @@ TEST_F(Passes_by_hand_calls_test, passesOfADisplacement) {
     }
 }
 
-TEST_F(Passes_by_hand_calls_test, passesOfAnOcean) {
+TEST_F(Passes_by_hand_calls_test, oceanByHandMakesSameCalls) {
     Displacement_XZ_shader effect;
     std::vector<std::string> const library = secondPass([&] { pass(effect); });
     OceanByHand const byHand{programInUse(),
@@ -105,7 +105,7 @@ TEST_F(Passes_by_hand_calls_test, passesOfAnOcean) {
               library);
 }
 
-TEST_F(Passes_by_hand_calls_test, passesOfGlass) {
+TEST_F(Passes_by_hand_calls_test, glassByHandMakesSameCalls) {
     for (bool const isDirty : {false, true}) {
         Glass_shader effect;
         std::vector<std::string> const library = secondPass([&] {
@@ -132,7 +132,7 @@ TEST_F(Passes_by_hand_calls_test, passesOfGlass) {
     }
 }
 
-TEST_F(Passes_by_hand_calls_test, passesOfScattering) {
+TEST_F(Passes_by_hand_calls_test, scatteringByHandMakesSameCalls) {
     for (bool const isDirty : {false, true}) {
         SSScattering_shader effect;
         recording.clear();
@@ -154,7 +154,7 @@ TEST_F(Passes_by_hand_calls_test, passesOfScattering) {
     }
 }
 
-TEST_F(Passes_by_hand_calls_test, passesOfAUserShader) {
+TEST_F(Passes_by_hand_calls_test, userShaderByHandMakesSameCalls) {
     for (bool const isDirty : {false, true}) {
         Custom_shader effect;
         effect.setTexture("/no/first.png", 0);

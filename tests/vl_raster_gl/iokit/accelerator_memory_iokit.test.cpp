@@ -227,12 +227,12 @@ TEST_F(AcceleratorMemory_test, everythingIsAskedInOrderAndReleased) {
                      "IOObjectRelease(iterator)"}));
 }
 
-TEST_F(AcceleratorMemory_test, theLastAcceleratorCounts) {
+TEST_F(AcceleratorMemory_test, lastAcceleratorCounts) {
     EXPECT_EQ(read({withFreeBytes(3 * MEGABYTE), withFreeBytes(8 * MEGABYTE), withFreeBytes(5 * MEGABYTE)}),
               5 * 1024);
 }
 
-TEST_F(AcceleratorMemory_test, anAcceleratorWithoutAnswerLeavesTheOneBefore) {
+TEST_F(AcceleratorMemory_test, acceleratorWithoutAnswerLeavesOneBefore) {
     EXPECT_EQ(read({withFreeBytes(3 * MEGABYTE), withoutProperties(), Accelerator{}}), 3 * 1024);
 }
 
@@ -263,14 +263,14 @@ TEST_F(AcceleratorMemory_test, withoutServicesThereIsNothingToRelease) {
                                      "IOServiceGetMatchingServices(master, IOAccelerator)"}));
 }
 
-TEST_F(AcceleratorMemory_test, withoutAcceleratorsTheIteratorIsReleased) {
+TEST_F(AcceleratorMemory_test, withoutAcceleratorsIteratorIsReleased) {
     EXPECT_EQ(read({}), FROM_EXTENSION);
     EXPECT_EQ(registry.calls, (Calls{"IOMasterPort(bootstrap)", "IOServiceMatching(IOAccelerator)",
                                      "IOServiceGetMatchingServices(master, IOAccelerator)",
                                      "IOIteratorNext(iterator)", "IOObjectRelease(iterator)"}));
 }
 
-TEST_F(AcceleratorMemory_test, aServiceWithoutPropertiesIsReleasedAndPassedOver) {
+TEST_F(AcceleratorMemory_test, serviceWithoutPropertiesIsReleasedAndPassedOver) {
     EXPECT_EQ(read({withoutProperties(), withFreeBytes(2 * MEGABYTE)}), 2 * 1024);
     EXPECT_EQ(registry.calls,
               (Calls{"IOMasterPort(bootstrap)", "IOServiceMatching(IOAccelerator)",
@@ -283,7 +283,7 @@ TEST_F(AcceleratorMemory_test, aServiceWithoutPropertiesIsReleasedAndPassedOver)
                      "IOObjectRelease(iterator)"}));
 }
 
-TEST_F(AcceleratorMemory_test, statisticsWithoutTheNumberLeaveTheValue) {
+TEST_F(AcceleratorMemory_test, statisticsWithoutNumberKeepValue) {
     EXPECT_EQ(read({Accelerator{}}), FROM_EXTENSION);
     EXPECT_EQ(registry.calls,
               (Calls{"IOMasterPort(bootstrap)", "IOServiceMatching(IOAccelerator)",
@@ -294,7 +294,7 @@ TEST_F(AcceleratorMemory_test, statisticsWithoutTheNumberLeaveTheValue) {
                      "IOObjectRelease(service 0)", "IOIteratorNext(iterator)", "IOObjectRelease(iterator)"}));
 }
 
-TEST_F(AcceleratorMemory_test, missingStatisticsAreLookedIntoAllTheSame) {
+TEST_F(AcceleratorMemory_test, missingStatisticsAreRead) {
     Accelerator accelerator;
     accelerator.hasStatistics = false;
     EXPECT_EQ(read({accelerator}), FROM_EXTENSION);
