@@ -22,7 +22,7 @@
 ///     gl_spy::Script driver = gl_spy::drivers::gl15();        // 1.5, answered without any driver or context
 ///     driver.string(GL_EXTENSIONS, "GL_NVX_gpu_memory_info").integer(0x9048, {2048});
 ///     gl_spy::Recording recording;
-///     core.renderPoint(position);
+///     core.renderPoint3(Vector3<float>{1, 2, 3});
 ///     EXPECT_EQ(recording.texts(), (std::vector<std::string>{"glBegin(GL_POINTS)",
 ///                                                            "glVertex3fv({1, 2, 3})", "glEnd()"}));
 ///

@@ -1,5 +1,6 @@
 #include "Core_RL_GL.h"
 #include "member_slots.h"
+#include "tests/support/sanitizers.h"
 
 #include <gtest/gtest.h>
 
@@ -13,14 +14,6 @@
 #include <type_traits>
 #include <utility>
 #include <vector>
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define VL_SANITIZED_MEMORY
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define VL_SANITIZED_MEMORY
-#endif
-#endif
 
 // The order of the virtual operations is part of the interface: applications call the render layer through
 // pointers to the abstract class, and may be built apart from this library. The table below names every slot.
@@ -443,7 +436,7 @@ TEST_F(Core_RL_GL_life_test, deletingDestructorReleasesWithFree) {
 }
 
 TEST_F(Core_RL_GL_life_test, memoryThatCannotBeHadThrows) {
-#if defined(VL_SANITIZED_MEMORY)
+#if VL_ADDRESS_SANITIZER || VL_THREAD_SANITIZER
     GTEST_SKIP() << "The sanitizers end the program at such a request.";
 #endif
     // Volatile: the compiler would see that the request is too large.

@@ -1,6 +1,7 @@
 #include "foundation/basic/ArrayServer.h"
 
 #include "foundation/geometry/Vector3.h"
+#include "tests/support/sanitizers.h"
 
 #include <gtest/gtest.h>
 
@@ -119,12 +120,8 @@ TEST_F(ArrayServer_test, elementsWithoutSizeAreRefused) {
 }
 
 TEST_F(ArrayServer_test, anArrayThatMemoryCannotHoldIsRefused) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if VL_ADDRESS_SANITIZER || VL_THREAD_SANITIZER
     GTEST_SKIP() << "the sanitizer ends the process where the allocator would answer null";
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-    GTEST_SKIP() << "the sanitizer ends the process where the allocator would answer null";
-#endif
 #endif
     EXPECT_EQ(VL_ArrayServer.create(0xFFFFFFFFU, 0xFFFFFFFFU), ARRAY_ID_NONE);
     ArrayId id = makeArray();

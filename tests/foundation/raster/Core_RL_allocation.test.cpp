@@ -1,4 +1,5 @@
 #include "tests/foundation/raster/Recording_RL.h"
+#include "tests/support/sanitizers.h"
 
 #include <gtest/gtest.h>
 
@@ -121,12 +122,8 @@ TEST_F(Core_RL_allocation_test, aLayerMayBeBuiltInPlace) {
 }
 
 TEST_F(Core_RL_allocation_test, impossibleSizesAreRefused) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if VL_ADDRESS_SANITIZER || VL_THREAD_SANITIZER
     GTEST_SKIP() << "the sanitizer ends the process where malloc would answer null";
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-    GTEST_SKIP() << "the sanitizer ends the process where malloc would answer null";
-#endif
 #endif
     std::size_t const volatile impossible = SIZE_MAX / 2;
     EXPECT_THROW(Core_RL::operator new(impossible), std::bad_alloc);

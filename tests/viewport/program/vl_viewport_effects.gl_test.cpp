@@ -1,4 +1,5 @@
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/sanitizers.h"
 #include "tests/viewport/files/mesh/mesh_texts.h"
 #include "tests/viewport/program/program_runner.h"
 #include "viewport/files/images/Picture.h"
@@ -73,11 +74,9 @@ class effect_program_gl_test : public testing::Test {
 protected:
     Outcome run(std::vector<std::string> arguments) const {
         std::vector<std::string> environment;
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
+#if VL_ADDRESS_SANITIZER
         // Drivers keep memory to the end. The unit tests look for leaks of the program's own.
         environment.push_back("ASAN_OPTIONS=detect_leaks=0");
-#endif
 #endif
         arguments.insert(arguments.end(), {"--size", std::to_string(width) + "x" + std::to_string(height)});
         return runProgram(VL_VIEWPORT_PROGRAM, arguments, environment);
