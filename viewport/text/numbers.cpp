@@ -1,5 +1,7 @@
 #include "viewport/text/numbers.h"
 
+#include "viewport/text/data_numbers.h"
+
 #include <charconv>
 #include <cmath>
 #include <cstddef>
@@ -30,71 +32,6 @@ double beyondDoubles(std::string_view word) {
     return isNegative ? -size : size;
 }
 
-bool isDigit(char character) {
-    return character >= '0' && character <= '9';
-}
-
-/// Reads digits into an integer of decimal digits.
-char const* takeDigits(char const* here, char const* end, std::uint64_t& digits) {
-    for (; here != end && isDigit(*here); ++here) {
-        digits = 10 * digits + static_cast<std::uint64_t>(*here - '0');
-    }
-    return here;
-}
-
-/// Reads a number as simulations write them: a few digits, perhaps with a point among them and an exponent.
-/// \return its end, or null where it is of another kind.
-///
-/// The digits form an integer that a double holds exactly, and so are the powers of ten up to the 22nd: one product or
-/// quotient of the two is the nearest double, which std::from_chars takes longer to find.
-char const* takeShortNumber(char const* here, char const* end, double& value) {
-    constexpr double powersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
-                                      1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-    constexpr int largestPower = 22;
-    constexpr std::ptrdiff_t mostDigits = 15;  // every number of so many digits is below 2^53
-    constexpr std::ptrdiff_t mostExponentDigits = 4;
-
-    bool const isNegative = here != end && *here == '-';
-    here += isNegative ? 1 : 0;
-    std::uint64_t digits = 0;
-    char const* const whole = here;
-    here = takeDigits(whole, end, digits);
-    std::ptrdiff_t count = here - whole;
-    if (count == 0) {
-        return nullptr;
-    }
-    int exponent = 0;
-    if (here != end && *here == '.') {
-        char const* const fraction = here + 1;
-        here = takeDigits(fraction, end, digits);
-        std::ptrdiff_t const behindPoint = here - fraction;
-        count += behindPoint;
-        exponent = behindPoint <= mostDigits ? -static_cast<int>(behindPoint) : 0;
-    }
-    if (count > mostDigits) {
-        return nullptr;
-    }
-    if (here != end && (*here == 'e' || *here == 'E')) {
-        ++here;
-        bool const isSmall = here != end && *here == '-';
-        here += isSmall || (here != end && *here == '+') ? 1 : 0;
-        std::uint64_t power = 0;
-        char const* const start = here;
-        here = takeDigits(start, end, power);
-        if (here == start || here - start > mostExponentDigits) {
-            return nullptr;
-        }
-        exponent += isSmall ? -static_cast<int>(power) : static_cast<int>(power);
-    }
-    if (exponent < -largestPower || exponent > largestPower) {
-        return nullptr;
-    }
-    auto const integer = static_cast<double>(digits);
-    double const size = exponent < 0 ? integer / powersOfTen[-exponent] : integer * powersOfTen[exponent];
-    value = isNegative ? -size : size;
-    return here;
-}
-
 }  // namespace
 
 std::optional<double> toReal(std::string_view word) {
@@ -123,10 +60,7 @@ std::optional<double> toDataNumber(std::string_view word) {
                                                                            : std::nullopt;
 }
 
-char const* takeDataNumber(char const* here, char const* end, double& value) {
-    if (char const* const shortEnd = takeShortNumber(here, end, value)) {
-        return shortEnd;
-    }
+char const* takeUnusualDataNumber(char const* here, char const* end, double& value) {
     if (here != end && *here == '+' && end - here > 1 && here[1] != '-') {
         ++here;
     }

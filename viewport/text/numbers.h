@@ -29,8 +29,4 @@ std::optional<std::uint64_t> toCount(std::string_view word);
 /// all doubles are infinite, numbers too small for a double are 0.
 std::optional<double> toDataNumber(std::string_view word);
 
-/// Reads a number of a data file at the front of a text, of which any other text may follow.
-/// \return the end of the number, or null where the text does not begin with one; `value` is then undefined.
-char const* takeDataNumber(char const* here, char const* end, double& value);
-
 }  // namespace vellum::viewport

@@ -1,5 +1,7 @@
 #include "viewport/text/numbers.h"
 
+#include "viewport/text/data_numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <charconv>

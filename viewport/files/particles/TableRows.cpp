@@ -1,5 +1,6 @@
 #include "viewport/files/particles/TableRows.h"
 
+#include "viewport/text/data_numbers.h"
 #include "viewport/text/numbers.h"
 
 #include <algorithm>
