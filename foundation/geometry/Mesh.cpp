@@ -1,5 +1,6 @@
 #include "foundation/geometry/Mesh.h"
 
+#include "foundation/geometry/constants.h"
 #include "foundation/geometry/index_02.h"
 
 #include <algorithm>
@@ -264,7 +265,7 @@ Face faceOf(Vector3<double> const* positions, unsigned int const* corners) {
         // The sine of each angle times its two sides is the same: twice the area.
         face.angles[0] = std::atan2(size, dot(a, b));
         face.angles[1] = std::atan2(size, dot(a, a - b));
-        face.angles[2] = std::max(0.0, 3.14159265358979323846 - face.angles[0] - face.angles[1]);
+        face.angles[2] = std::max(0.0, constants::d::PI - face.angles[0] - face.angles[1]);
     }
     return face;
 }
@@ -309,17 +310,26 @@ private:
     std::vector<unsigned int> parents;  // a root is its own parent, and the first corner of its set
 };
 
+/// The triangles of a mesh as the passes over them see them.
+struct Surface {
+    Vector3<double> const* positions;
+    unsigned int const* triangles;  // three indices each
+    unsigned int count;
+
+    unsigned int const* corners(unsigned int const& t) const { return triangles + std::size_t{t} * 3; }
+};
+
 /// Unites the corners at both ends of every edge that is not hard.
-void uniteAcrossSmoothEdges(unsigned int const* triangles, unsigned int const& count,
-                            unsigned int const* adjacency, Color4<float> const* faceNormals,
-                            double const& leastCosine, CornerSets& sets) {
-    for (unsigned int t = 0; t < count; ++t) {
+void uniteAcrossSmoothEdges(Surface const& surface, unsigned int const* adjacency,
+                            Color4<float> const* faceNormals, double const& leastCosine, CornerSets& sets) {
+    unsigned int const* const triangles = surface.triangles;
+    for (unsigned int t = 0; t < surface.count; ++t) {
         for (unsigned int k = 0; k < 3; ++k) {
             unsigned int const edge = t * 3 + k;
             unsigned int const entry = adjacency[edge];
             unsigned int const neighbor = entry >> 2;
             // Each edge once; an entry of none lies above every triangle.
-            if (neighbor >= count || neighbor <= t) {
+            if (neighbor >= surface.count || neighbor <= t) {
                 continue;
             }
             // The neighbor runs the other way along the edge, unless the sides of the surface are swapped
@@ -332,6 +342,61 @@ void uniteAcrossSmoothEdges(unsigned int const* triangles, unsigned int const& c
                 sets.unite(edge, own);
                 sets.unite(ownNext, next);
             }
+        }
+    }
+}
+
+/// Vertex normals while they are sums of face normals, each weighted by the angle at the corner.
+struct NormalSums {
+    Color4<float>* faceNormals;
+    unsigned int* normalTriangles;  // three indices each
+    std::vector<Vector3<double>>
+        sums;  // by normal; normal i belongs to vertex i as far as there are vertices
+
+    void add(unsigned int const& t, unsigned int const& k, unsigned int const& normal, Face const& face) {
+        normalTriangles[std::size_t{t} * 3 + k] = normal;
+        sums[normal] = sums[normal] + face.normal * face.angles[k];
+    }
+};
+
+/// One normal for each vertex.
+void sumAroundVertices(Surface const& surface, NormalSums& normals) {
+    for (unsigned int t = 0; t < surface.count; ++t) {
+        Face const face = faceOf(surface.positions, surface.corners(t));
+        normals.faceNormals[t] = asRecord(face.normal);
+        for (unsigned int k = 0; k < 3; ++k) {
+            normals.add(t, k, surface.corners(t)[k], face);
+        }
+    }
+}
+
+void fillFaceNormals(Surface const& surface, Color4<float>* faceNormals) {
+    for (unsigned int t = 0; t < surface.count; ++t) {
+        faceNormals[t] = asRecord(unitNormal(surface.positions, surface.corners(t)));
+    }
+}
+
+/// One normal for each set of corners. The first set at a vertex has the vertex's index, later ones follow behind.
+void sumAroundSets(Surface const& surface, CornerSets& sets, NormalSums& normals) {
+    constexpr unsigned int NONE = 0xFFFFFFFFU;
+    std::vector<unsigned int> normalOfSet(std::size_t{surface.count} * 3, NONE);
+    std::vector<bool> isTaken(normals.sums.size(), false);
+    for (unsigned int t = 0; t < surface.count; ++t) {
+        Face const face = faceOf(surface.positions, surface.corners(t));
+        bool const hasArea = face.angles[0] > 0;
+        for (unsigned int k = 0; k < 3; ++k) {
+            unsigned int const vertex = surface.corners(t)[k];
+            unsigned int& normal = normalOfSet[sets.find(t * 3 + k)];
+            if (normal == NONE && hasArea && isTaken[vertex]) {
+                normal = static_cast<unsigned int>(normals.sums.size());
+                normals.sums.push_back({0, 0, 0});
+            } else if (normal == NONE) {
+                // A face without area must not take the vertex's own index: nothing of it is seen, and a visible
+                // set would lose the index to it.
+                normal = vertex;
+                isTaken[vertex] = isTaken[vertex] || hasArea;
+            }
+            normals.add(t, k, normal, face);
         }
     }
 }
@@ -460,12 +525,8 @@ bool Mesh::workFaceNormals() {
     if (!fresh.isMade()) {
         return false;
     }
-    Vector3<double> const* const positions = elementsOf<Vector3<double>>(positionsId);
-    unsigned int const* const triangles = indicesOf(trianglesId);
-    Color4<float>* const normals = fresh.elements<Color4<float>>();
-    for (unsigned int t = 0; t < count; ++t) {
-        normals[t] = asRecord(unitNormal(positions, triangles + std::size_t{t} * 3));
-    }
+    fillFaceNormals({elementsOf<Vector3<double>>(positionsId), indicesOf(trianglesId), count},
+                    fresh.elements<Color4<float>>());
     fresh.replace(faceNormalsId);
     return true;
 }
@@ -481,74 +542,33 @@ bool Mesh::workNormals(float const& creaseAngle) {
     if (!freshFaceNormals.isMade() || !freshNormalTriangles.isMade()) {
         return false;
     }
-    Vector3<double> const* const positions = elementsOf<Vector3<double>>(positionsId);
-    unsigned int const* const triangles = indicesOf(trianglesId);
-    Color4<float>* const faceNormals = freshFaceNormals.elements<Color4<float>>();
-    unsigned int* const normalTriangles = freshNormalTriangles.indices();
-    std::vector<Vector3<double>> sums(vertexCount, Vector3<double>{0, 0, 0});
-
-    auto const add = [&](unsigned int const& normal, Vector3<double> const& weighted) {
-        sums[normal] = sums[normal] + weighted;
-    };
-
+    Surface const surface{elementsOf<Vector3<double>>(positionsId), indicesOf(trianglesId), count};
+    NormalSums normals{freshFaceNormals.elements<Color4<float>>(), freshNormalTriangles.indices(),
+                       std::vector<Vector3<double>>(vertexCount, Vector3<double>{0, 0, 0})};
     if (creaseAngle >= NO_CREASE) {
-        for (unsigned int t = 0; t < count; ++t) {
-            unsigned int const* const corners = triangles + std::size_t{t} * 3;
-            Face const face = faceOf(positions, corners);
-            faceNormals[t] = asRecord(face.normal);
-            for (unsigned int k = 0; k < 3; ++k) {
-                normalTriangles[std::size_t{t} * 3 + k] = corners[k];
-                add(corners[k], face.normal * face.angles[k]);
-            }
-        }
+        sumAroundVertices(surface, normals);
     } else {
-        // First pass: what the edges are judged by.
-        for (unsigned int t = 0; t < count; ++t) {
-            faceNormals[t] = asRecord(unitNormal(positions, triangles + std::size_t{t} * 3));
-        }
-
-        // Second pass: which corners share a normal.
+        // Edges are judged by the normals of their faces, which therefore come first.
+        fillFaceNormals(surface, normals.faceNormals);
         bool const hasAdjacency =
             isAdjacencyCurrent && adjacencyFault() == MeshFault_ns::NONE && sizeOf(adjacencyId) == count;
         std::vector<unsigned int> derived;
         if (!hasAdjacency) {
             derived.resize(std::size_t{count} * 3);
-            deriveAdjacency(triangles, count, derived.data());
+            deriveAdjacency(surface.triangles, count, derived.data());
         }
         CornerSets sets(std::size_t{count} * 3);
-        uniteAcrossSmoothEdges(triangles, count, hasAdjacency ? indicesOf(adjacencyId) : derived.data(),
-                               faceNormals, std::cos(static_cast<double>(creaseAngle)), sets);
-
-        // Third pass: the sums. The first set at a vertex has the vertex's normal, later ones get their own.
-        constexpr unsigned int NONE = 0xFFFFFFFFU;
-        std::vector<unsigned int> normalOfSet(std::size_t{count} * 3, NONE);
-        std::vector<bool> isTaken(vertexCount, false);
-        for (unsigned int t = 0; t < count; ++t) {
-            unsigned int const* const corners = triangles + std::size_t{t} * 3;
-            Face const face = faceOf(positions, corners);
-            bool const hasArea = face.angles[0] > 0;
-            for (unsigned int k = 0; k < 3; ++k) {
-                unsigned int const vertex = corners[k];
-                unsigned int& normal = normalOfSet[sets.find(t * 3 + k)];
-                if (normal == NONE && hasArea && isTaken[vertex]) {
-                    normal = static_cast<unsigned int>(sums.size());
-                    sums.push_back({0, 0, 0});
-                } else if (normal == NONE) {
-                    // Faces without area take what is there; nothing of them is seen.
-                    normal = vertex;
-                    isTaken[vertex] = isTaken[vertex] || hasArea;
-                }
-                normalTriangles[std::size_t{t} * 3 + k] = normal;
-                add(normal, face.normal * face.angles[k]);
-            }
-        }
+        uniteAcrossSmoothEdges(surface, hasAdjacency ? indicesOf(adjacencyId) : derived.data(),
+                               normals.faceNormals, std::cos(static_cast<double>(creaseAngle)), sets);
+        sumAroundSets(surface, sets, normals);
     }
 
-    NewArray freshVertexNormals(sizeof(Vector3<float>), static_cast<unsigned int>(sums.size()));
+    NewArray freshVertexNormals(sizeof(Vector3<float>), static_cast<unsigned int>(normals.sums.size()));
     if (!freshVertexNormals.isMade()) {
         return false;
     }
-    std::transform(sums.begin(), sums.end(), freshVertexNormals.elements<Vector3<float>>(), asUnit);
+    std::transform(normals.sums.begin(), normals.sums.end(), freshVertexNormals.elements<Vector3<float>>(),
+                   asUnit);
     freshFaceNormals.replace(faceNormalsId);
     freshNormalTriangles.replace(normalTrianglesId);
     freshVertexNormals.replace(vertexNormalsId);

@@ -10,6 +10,7 @@
 #include "foundation/geometry/MeshFault.h"
 #include "foundation/geometry/Tuple3.h"
 #include "foundation/geometry/Vector3.h"
+#include "foundation/geometry/constants.h"
 
 namespace vellum {
 
@@ -66,7 +67,7 @@ public:
     static constexpr unsigned int MOST_TRIANGLES = 1U << 28;
 
     /// The crease angle at which no edge is hard, pi.
-    static constexpr float NO_CREASE = 3.14159274F;
+    static constexpr float NO_CREASE = constants::f::PI;
 
     Mesh() = default;  ///< Empty, and without a fault.
     ~Mesh();           ///< Gives its references back; arrays that somebody else holds live on.
@@ -76,7 +77,7 @@ public:
 
     // == Filling ==
     // Each setter puts a copy of the values in the place of the array that the mesh had, and raises its
-    // modified bit. An empty array is as good as none.
+    // modified bit. An empty array counts as a missing one.
     // Result: false when there is no memory for it, or there are more than MOST_TRIANGLES; then nothing changes.
 
     bool setPositions(Array<Vector3<double>> const& values);

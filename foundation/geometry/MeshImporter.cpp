@@ -1,5 +1,6 @@
 #include "foundation/geometry/MeshImporter.h"
 
+#include "foundation/basic/ArrayServer.h"
 #include "foundation/geometry/Mesh.h"
 
 #include <algorithm>
@@ -67,6 +68,87 @@ private:
     std::unordered_map<VertexNormal, unsigned int, VertexNormalHash> further;
 };
 
+struct PositionHash {
+    std::size_t operator()(Vector3<double> const& p) const {
+        std::uint64_t hash = 0;
+        for (double const element : {p.x, p.y, p.z}) {
+            // Adding 0 turns -0 into +0: the two are equal and so must have the same hash.
+            double const unsignedZero = element + 0.0;
+            std::uint64_t bits = 0;
+            std::memcpy(&bits, &unsignedZero, sizeof bits);
+            hash = (hash ^ bits) * 0x9E3779B97F4A7C15U;
+            hash ^= hash >> 32;
+        }
+        return static_cast<std::size_t>(hash);
+    }
+};
+
+struct IsSamePosition {
+    bool operator()(Vector3<double> const& a, Vector3<double> const& b) const {
+        return a.x == b.x && a.y == b.y && a.z == b.z;
+    }
+};
+
+/// Keeps the first of the positions that are equal, in place. \return by former vertex, its new index.
+std::vector<unsigned int> keepDistinct(Array<Vector3<double>>& positions) {
+    std::unordered_map<Vector3<double>, unsigned int, PositionHash, IsSamePosition> known;
+    known.reserve(positions.size());
+    std::vector<unsigned int> indices(positions.size());
+    unsigned int kept = 0;
+    for (unsigned int i = 0; i < positions.size(); ++i) {
+        auto const [entry, isNew] = known.emplace(positions[i], kept);
+        indices[i] = entry->second;
+        if (isNew) {
+            positions[kept++] = positions[i];
+        }
+    }
+    positions.setSize(kept);
+    return indices;
+}
+
+bool isDegenerate(Tuple3<unsigned int> const& t) {
+    return t.e0 == t.e1 || t.e1 == t.e2 || t.e2 == t.e0;
+}
+
+/// The different normals that were met at each vertex so far.
+class NormalsAtVertices {
+public:
+    NormalsAtVertices(unsigned int const& vertexCount, double leastCosine)
+        : first(vertexCount, NONE), leastCosine(leastCosine) {}
+
+    Vector3<double> const& findOrAdd(unsigned int const& vertex, Vector3<double> const& normal) {
+        unsigned int* link = &first[vertex];
+        while (*link != NONE) {
+            Entry& entry = entries[*link];
+            if (dot(entry.normal, normal) > leastCosine) {
+                return entry.normal;
+            }
+            link = &entry.next;
+        }
+        *link = static_cast<unsigned int>(entries.size());
+        entries.push_back({normal, NONE});
+        return entries.back().normal;
+    }
+
+private:
+    static constexpr unsigned int NONE = 0xFFFFFFFFU;
+
+    struct Entry {
+        Vector3<double> normal;
+        unsigned int next;  // entry of the same vertex, or NONE
+    };
+
+    std::vector<unsigned int> first;  // by vertex
+    std::vector<Entry> entries;
+    double leastCosine;
+};
+
+template <class T>
+T const* elementsOf(ArrayId const& id) {
+    ArrayTypeable const* const array = VL_ArrayServer.resolve(id);
+    return array != nullptr ? array->as<T>() : nullptr;
+}
+
 bool isFinite(Vector3<double> const& p) {
     return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
 }
@@ -92,6 +174,67 @@ MeshFault_ns::type MeshImporter::_fault() const {
     return std::all_of(positions.begin(), positions.end(), isFinite) ? MeshFault_ns::NONE
                                                                      : MeshFault_ns::POSITION_NOT_FINITE;
 }
+
+// == Preparing ==
+
+Array<unsigned int> MeshImporter::weld() {
+    Array<unsigned int> sources;
+    if (_fault() != MeshFault_ns::NONE) {
+        return sources;
+    }
+    std::vector<unsigned int> const indices = keepDistinct(positions);
+    bool const hasNormals = cornerNormals.size() != 0;
+    sources.reserve(triangles.size(), false);
+    unsigned int kept = 0;
+    for (unsigned int t = 0; t < triangles.size(); ++t) {
+        Tuple3<unsigned int> const& old = triangles[t];
+        Tuple3<unsigned int> const welded{indices[old.e0], indices[old.e1], indices[old.e2]};
+        if (isDegenerate(welded)) {
+            continue;
+        }
+        triangles[kept] = welded;
+        if (hasNormals) {
+            cornerNormals[kept] = cornerNormals[t];
+        }
+        sources.pushBack(t);
+        ++kept;
+    }
+    triangles.setSize(kept);
+    cornerNormals.setSize(hasNormals ? kept : 0);
+    return sources;
+}
+
+void MeshImporter::shareNormals(double leastCosine) {
+    if (_fault() != MeshFault_ns::NONE || cornerNormals.size() == 0) {
+        return;
+    }
+    NormalsAtVertices known(positions.size(), leastCosine);
+    for (unsigned int t = 0; t < triangles.size(); ++t) {
+        Tuple4<Vector3<double>>& n = cornerNormals[t];
+        n.e0 = known.findOrAdd(triangles[t].e0, n.e0);
+        n.e1 = known.findOrAdd(triangles[t].e1, n.e1);
+        n.e2 = known.findOrAdd(triangles[t].e2, n.e2);
+    }
+}
+
+bool MeshImporter::workCornerNormals(float creaseAngle) {
+    Mesh mesh;
+    if (_fault() != MeshFault_ns::NONE || !mesh.setPositions(positions) || !mesh.setTriangles(triangles) ||
+        !mesh.workNormals(creaseAngle)) {
+        return false;
+    }
+    auto const* const normals = elementsOf<Vector3<float>>(mesh.vertexNormals());
+    auto const* const corners = elementsOf<Tuple3<unsigned int>>(mesh.normalTriangles());
+    cornerNormals.reserve(triangles.size(), false);
+    cornerNormals.setSize(triangles.size());
+    for (unsigned int t = 0; t < triangles.size(); ++t) {
+        cornerNormals[t] = {convert<double>(normals[corners[t].e0]), convert<double>(normals[corners[t].e1]),
+                            convert<double>(normals[corners[t].e2]), Vector3<double>{0, 0, 0}};
+    }
+    return true;
+}
+
+// == To a mesh ==
 
 MeshFault_ns::type MeshImporter::toMesh(Mesh& mesh) const {
     MeshFault_ns::type const fault = _fault();

@@ -2,6 +2,19 @@
 
 #include "foundation/geometry/Vector3.h"
 
+/// The ratio of a circle's circumference to its diameter, as the nearest double and the nearest float.
+namespace vellum::constants::d {
+
+inline constexpr double PI = 3.14159265358979323846;
+
+}  // namespace vellum::constants::d
+
+namespace vellum::constants::f {
+
+inline constexpr float PI = 3.14159265358979323846F;
+
+}  // namespace vellum::constants::f
+
 /// Constant vectors, named by their components: Z0 is 0, P1 is +1, N1 is -1. The fourth component in the
 /// longer names carries no data; those are directions, the shorter ones points.
 namespace vellum::constants::f {

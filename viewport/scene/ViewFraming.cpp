@@ -1,5 +1,7 @@
 #include "viewport/scene/ViewFraming.h"
 
+#include "foundation/geometry/constants.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -10,7 +12,6 @@ namespace {
 
 using Point = Vector3<double>;
 
-constexpr double PI = 3.14159265358979323846;
 
 /// The near plane is at least this part of the far one: 24 bits of depth still tell surfaces apart then.
 constexpr double SMALLEST_NEAR_PART = 1.0 / 2000;

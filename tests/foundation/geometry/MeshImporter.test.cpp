@@ -112,5 +112,94 @@ TEST(MeshImporter_test, badInputIsRejectedAndLeavesTheMesh) {
     }
 }
 
+/// The cube with a vertex of its own for each corner of each triangle.
+MeshImporter explodedCube(bool hasNormals) {
+    MeshImporter const cube = cubeImport(false);
+    MeshImporter exploded;
+    for (unsigned int t = 0; t < cube.triangles.size(); ++t) {
+        exploded.triangles.pushBack({3 * t, 3 * t + 1, 3 * t + 2});
+        for (unsigned int const corner : {cube.triangles[t].e0, cube.triangles[t].e1, cube.triangles[t].e2})
+            exploded.positions.pushBack(cube.positions[corner]);
+        if (hasNormals)
+            exploded.cornerNormals.pushBack(cube.cornerNormals[t]);
+    }
+    return exploded;
+}
+
+TEST(MeshImporter_test, weldingClosesSeams) {
+    for (bool const hasNormals : {false, true}) {
+        MeshImporter importer = explodedCube(hasNormals);
+        EXPECT_EQ(importer.weld().size(), 12U);
+        EXPECT_EQ(importer.positions.size(), 8U);
+        EXPECT_EQ(importer.cornerNormals.size(), hasNormals ? 12U : 0U);
+        Mesh mesh;
+        ASSERT_EQ(importer.toMesh(mesh), MeshFault_ns::NONE);
+        EXPECT_EQ(borderCount(mesh), 0U);
+    }
+}
+
+TEST(MeshImporter_test, weldingKeepsTheOrderAndNamesTheTrianglesThatAreLeft) {
+    MeshImporter importer;
+    importer.positions = {{0, 0, 0}, {1, 0, 0}, {-0.0, 0, 0}, {0, 1, 0}, {1, 0, 0}};
+    importer.triangles = {{0, 1, 2}, {2, 4, 3}};
+    importer.cornerNormals.pushBack({{1, 0, 0}, {1, 0, 0}, {1, 0, 0}, {0, 0, 0}});
+    importer.cornerNormals.pushBack({{0, 0, 1}, {0, 0, 1}, {0, 0, 1}, {0, 0, 0}});
+    Array<unsigned int> const sources = importer.weld();
+    ASSERT_EQ(sources.size(), 1U) << "both zeros are the same place";
+    EXPECT_EQ(sources[0], 1U);
+    ASSERT_EQ(importer.positions.size(), 3U);
+    EXPECT_EQ(importer.positions[1].x, 1.0);
+    EXPECT_EQ(importer.positions[2].y, 1.0);
+    ASSERT_EQ(importer.triangles.size(), 1U);
+    EXPECT_EQ(importer.triangles[0].e0, 0U);
+    EXPECT_EQ(importer.triangles[0].e1, 1U);
+    EXPECT_EQ(importer.triangles[0].e2, 2U);
+    ASSERT_EQ(importer.cornerNormals.size(), 1U);
+    EXPECT_EQ(importer.cornerNormals[0].e0.z, 1.0);
+}
+
+TEST(MeshImporter_test, aRejectedImportIsNotPrepared) {
+    MeshImporter importer = explodedCube(true);
+    importer.triangles[3].e1 = 99;
+    EXPECT_EQ(importer.weld().size(), 0U);
+    importer.shareNormals(0.5);
+    EXPECT_FALSE(importer.workCornerNormals(Mesh::NO_CREASE));
+    EXPECT_EQ(importer.positions.size(), 36U);
+    EXPECT_EQ(importer.triangles.size(), 12U);
+}
+
+TEST(MeshImporter_test, normalsThatDifferByRoundingAreShared) {
+    MeshImporter importer = cubeImport(true);
+    unsigned int seed = 7;
+    for (Tuple4<Vector3<double>>& n : importer.cornerNormals)
+        for (Vector3<double>* const normal : {&n.e0, &n.e1, &n.e2})
+            normal->x += 1e-4 * ((seed = seed * 1103515245U + 12345U) >> 16 & 7U);
+    Mesh mesh;
+    ASSERT_EQ(importer.toMesh(mesh), MeshFault_ns::NONE);
+    EXPECT_GT(VL_ArrayServer.resolve(mesh.vertexNormals())->size, 8U);
+    importer.shareNormals(0.999);
+    ASSERT_EQ(importer.toMesh(mesh), MeshFault_ns::NONE);
+    EXPECT_EQ(VL_ArrayServer.resolve(mesh.vertexNormals())->size, 8U);
+    // Those of a hard edge stay apart.
+    MeshImporter hard = cubeImport(false);
+    hard.shareNormals(0.999);
+    ASSERT_EQ(hard.toMesh(mesh), MeshFault_ns::NONE);
+    EXPECT_EQ(VL_ArrayServer.resolve(mesh.vertexNormals())->size, 24U);
+}
+
+TEST(MeshImporter_test, cornerNormalsAreWorkedOutWithAndWithoutACrease) {
+    MeshImporter importer = cubeImport(true);
+    ASSERT_TRUE(importer.workCornerNormals(0.7F));
+    MeshImporter const faceted = cubeImport(false);
+    ASSERT_EQ(importer.cornerNormals.size(), 12U);
+    for (unsigned int t = 0; t < 12; ++t)
+        EXPECT_GT(dot(importer.cornerNormals[t].e1, faceted.cornerNormals[t].e1), 0.9999);
+    importer.cornerNormals.clear();
+    ASSERT_TRUE(importer.workCornerNormals(Mesh::NO_CREASE));
+    for (unsigned int t = 0; t < 12; ++t)
+        EXPECT_GT(dot(importer.cornerNormals[t].e1, normalized(importer.positions[importer.triangles[t].e1])),
+                  0.9999);
+}
+
 }  // namespace
 }  // namespace vellum
