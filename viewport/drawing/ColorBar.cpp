@@ -9,10 +9,9 @@ namespace vellum::viewport {
 
 namespace {
 
-constexpr double REFERENCE_SIDE = 720;  // of a picture, for which sizes are given in pixels
-constexpr double TEXT_SIZE = 17;
-constexpr int SMALLEST_TEXT = 10;
-constexpr double BAR_WIDTH = 18;
+constexpr double TEXT_SIZE = 17;      // pixels of a picture of 720
+constexpr int SMALLEST_TEXT = 10;     // pixels
+constexpr double BAR_WIDTH = 18;      // pixels of a picture of 720
 constexpr double BAR_PART = 0.5;      // of the picture's height
 constexpr double LARGEST_PART = 0.4;  // of the picture's width, with texts
 constexpr double GAP_OF_ABOVE = 0.7;  // parts of the height of a text
@@ -20,14 +19,14 @@ constexpr char const* ABOVE_TEXT = "above";
 
 constexpr unsigned char LETTER_COLOR[3] = {219, 224, 235};
 
-/// Digits that tell apart what lies within a range.
+/// The digits that make the values of a range distinguishable.
 int digitsFor(ValueRange const& range) {
     double const largest = std::max(std::abs(range.low), std::abs(range.high));
     double const extent = range.high - range.low;
     if (!(largest > 0) || !(extent > 0)) {
         return 6;
     }
-    // An extent beyond all numbers has minus infinity digits.
+    // An extent that overflows gives minus infinity, which the clamp takes care of.
     double const digits = std::ceil(std::log10(largest / extent) - 0.1) + 3;
     return static_cast<int>(std::clamp(digits, 3.0, 12.0));
 }
@@ -95,7 +94,7 @@ void drawFrame(Picture& picture, int left, int top, int width, int height, int t
 std::vector<ColorBar::Mark> ColorBar::marksOf(ValueRange const& range, double nearest) {
     int const digits = digitsFor(range);
     std::vector<Mark> marks{{range.low, numberText(range.low, digits)}};
-    // Halved, the ends of a double's range still have a difference.
+    // The whole extent of a double's range would overflow.
     double const half = range.high / 2 - range.low / 2;
     if (!(half > 0)) {
         return marks;
@@ -116,20 +115,18 @@ std::vector<ColorBar::Mark> ColorBar::marksOf(ValueRange const& range, double ne
     return marks;
 }
 
-ColorBar::ColorBar(ParticleScale const& scale, int pictureWidth, int pictureHeight)
-    : barScale(scale), fullWidth(pictureWidth) {
-    // From the low end on, so that the bar's own values are never negative: renderers see lengths only.
+ColorBar::ColorBar(ParticleScale const& scale, PictureSize const& size) : cellScale(scale), size(size) {
+    // Counted from the low end, the values of cells are never negative: renderers see lengths only.
     double const extent = scale.range.high - scale.range.low;
-    barScale.offset = scale.range.low;
-    barScale.unit = extent > 0 && std::isfinite(extent) ? extent : 1;
+    cellScale.offset = scale.range.low;
+    cellScale.unit = extent > 0 && std::isfinite(extent) ? extent : 1;
 
-    double const size = std::min(pictureWidth, pictureHeight) / REFERENCE_SIDE;
-    textHeight = std::max(SMALLEST_TEXT, static_cast<int>(std::lround(TEXT_SIZE * size)));
-    cell = std::max(1, static_cast<int>(std::lround(size)));
-    columns = std::max(5, static_cast<int>(std::lround(BAR_WIDTH * size / cell)));
-    rows = std::max(1, static_cast<int>(std::lround(BAR_PART * pictureHeight / cell)));
+    textHeight = std::max(SMALLEST_TEXT, static_cast<int>(std::lround(TEXT_SIZE * size.scale())));
+    cell = std::max(1, static_cast<int>(std::lround(size.scale())));
+    columns = std::max(5, static_cast<int>(std::lround(BAR_WIDTH * size.scale() / cell)));
+    rows = std::max(1, static_cast<int>(std::lround(BAR_PART * size.height / cell)));
     aboveRows = scale.isExceeded ? columns : 0;
-    barBottom = (pictureHeight - rows * cell) / 2;
+    barBottom = (size.height - rows * cell) / 2;
 
     marks = marksOf(scale.range, 1.1 * textHeight / (rows * cell));
     int texts = 0;
@@ -139,17 +136,16 @@ ColorBar::ColorBar(ParticleScale const& scale, int pictureWidth, int pictureHeig
     texts = std::max(texts, aboveRows > 0 ? writer.write(ABOVE_TEXT, textHeight).width : 0);
     int const beside = columns * cell + textHeight + texts;
     reserved = std::max(beside, writer.write(scale.name, textHeight).width) + 3 * textHeight;
-    hasRoom = reserved <= LARGEST_PART * pictureWidth && rows * cell >= 4 * textHeight;
+    fits = reserved <= LARGEST_PART * size.width && rows * cell >= 4 * textHeight;
 }
 
-int ColorBar::_left(int pictureWidth) const {
-    return pictureWidth - reserved + textHeight;
+int ColorBar::_left() const {
+    return size.width - reserved + textHeight;
 }
 
-/// Of a value's height: pixels above the bar's bottom.
-int ColorBar::_rowOf(double value) const {
-    double const extent = barScale.range.high - barScale.range.low;
-    double const place = extent > 0 ? (value - barScale.range.low) / extent : 0.5;
+int ColorBar::_heightOf(double value) const {
+    double const extent = cellScale.range.high - cellScale.range.low;
+    double const place = extent > 0 ? (value - cellScale.range.low) / extent : 0.5;
     return static_cast<int>(std::lround(place * rows * cell));
 }
 
@@ -158,14 +154,14 @@ std::shared_ptr<ParticleSystem_v2 const> ColorBar::cells() const {
     std::vector<Vector3<float>> magnitudes;
     auto const addRow = [&](double bottom, double value) {
         for (int column = 0; column < columns; ++column) {
-            positions.push_back({static_cast<float>(_left(fullWidth) + (column + 0.5) * cell),
+            positions.push_back({static_cast<float>(_left() + (column + 0.5) * cell),
                                  static_cast<float>(bottom + 0.5 * cell), 0});
-            magnitudes.push_back({barScale.toMagnitude(value), 0, 0});
+            magnitudes.push_back({cellScale.toMagnitude(value), 0, 0});
         }
     };
     for (int row = 0; row < rows; ++row) {
         double const place = (row + 0.5) / rows;
-        addRow(barBottom + row * cell, barScale.range.low * (1 - place) + barScale.range.high * place);
+        addRow(barBottom + row * cell, cellScale.range.low * (1 - place) + cellScale.range.high * place);
     }
     double const above = barBottom + rows * cell + std::lround(GAP_OF_ABOVE * textHeight);
     for (int row = 0; row < aboveRows; ++row) {
@@ -186,17 +182,17 @@ std::shared_ptr<ParticleSystem_v2 const> ColorBar::cells() const {
 }
 
 void ColorBar::drawLabels(Picture& picture) const {
-    int const left = _left(picture.width);
+    int const left = _left();
     int const width = columns * cell;
     int const height = rows * cell;
-    int const top = picture.height - barBottom - height;
+    int const top = size.height - barBottom - height;
     int const line = cell;
     int const afterBar = left + width + line;
     int const markLength = textHeight / 3;
     int const textLeft = afterBar + markLength + textHeight / 3;
     drawFrame(picture, left, top, width, height, line);
     for (Mark const& mark : marks) {
-        int const middle = top + height - _rowOf(mark.value);
+        int const middle = top + height - _heightOf(mark.value);
         drawRectangle(picture, afterBar, middle - line / 2, markLength, line, 220);
         drawText(picture, writer.write(mark.text, textHeight), textLeft, middle - textHeight / 2);
     }
@@ -209,7 +205,7 @@ void ColorBar::drawLabels(Picture& picture) const {
                  aboveTop + (aboveHeight - textHeight) / 2);
         head = aboveTop - line;
     }
-    drawText(picture, writer.write(barScale.name, textHeight), left, head - textHeight * 2);
+    drawText(picture, writer.write(cellScale.name, textHeight), left, head - textHeight * 2);
 }
 
 }  // namespace vellum::viewport

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/geometry/ParticleSystem_v2.h"
+#include "viewport/drawing/PictureSize.h"
 #include "viewport/drawing/TextMask.h"
 #include "viewport/files/images/Picture.h"
 #include "viewport/scene/ParticleLook.h"
@@ -11,11 +12,11 @@
 
 namespace vellum::viewport {
 
-/// The bar beside particles that tells which values their colors stand for.
+/// The layout of the bar beside particles that shows which values their colors stand for.
 ///
-/// Its area consists of particles, small squares without gaps, each with the value of its height: drawn by the
-/// particles' own renderer, in their colors, it cannot show others than they have. Frame, marks and texts are laid
-/// over the finished picture.
+/// Its area consists of particles, small squares without gaps, each with the value of its height. Drawn by the
+/// particles' own renderer (ColorBarDrawing), it shows exactly their colors. Frame, marks and texts are drawn here, over
+/// the finished picture. Nothing here touches OpenGL.
 ///
 ///     | speed          name
 ///     | [==] above     where some particle is above the range
@@ -24,19 +25,19 @@ namespace vellum::viewport {
 ///     | [##]- 0.02
 class ColorBar {
 public:
-    /// A value that is written beside the bar.
+    /// A value with its text beside the bar.
     struct Mark {
         double value;
         std::string text;
     };
 
-    ColorBar(ParticleScale const& scale, int pictureWidth, int pictureHeight);
+    ColorBar(ParticleScale const& scale, PictureSize const& size);
 
-    /// Whether there is room for it in the picture. If not, it is left out.
-    bool isShown() const { return hasRoom; }
+    /// Whether it fits into the picture. If not, it is left out.
+    bool isShown() const { return fits; }
 
-    /// Pixels at the picture's right side that it takes; 0 where it is not shown.
-    int reservedWidth() const { return hasRoom ? reserved : 0; }
+    /// Pixels that it needs at the picture's right side; 0 where it is not shown.
+    int reservedWidth() const { return fits ? reserved : 0; }
 
     /// The area: channel 0 has the centers of the cells, pixels from the picture's lower left corner, channel 1 their
     /// magnitudes for scale().
@@ -44,30 +45,31 @@ public:
     int cellSize() const { return cell; }  ///< pixels; cells are square
 
     /// The scale of the cells. Its rates are those of the particles' scale.
-    ParticleScale const& scale() const { return barScale; }
+    ParticleScale const& scale() const { return cellScale; }
 
-    /// Frame, marks and texts.
+    /// Draws frame, marks and texts into a picture of the size that was given.
     void drawLabels(Picture& picture) const;
 
-    /// Both ends, and round numbers between them; one where the range has no extent. The lowest first. `nearest` is
-    /// the part of the range that lies between two marks at least.
+    /// The values to be marked, the lowest first: both ends, and round numbers between them; only one where the range
+    /// has no extent.
+    /// \param nearest the smallest distance of two marks, as a part of the range
     static std::vector<Mark> marksOf(ValueRange const& range, double nearest);
 
 private:
-    int _left(int pictureWidth) const;
-    int _rowOf(double value) const;
+    int _left() const;                  // of the bar, pixels from the picture's left edge
+    int _heightOf(double value) const;  // pixels above the bar's bottom
 
     TextWriter writer;
-    ParticleScale barScale;
-    bool hasRoom = false;
-    int fullWidth;
-    int textHeight;
-    int cell;
+    ParticleScale cellScale;
+    PictureSize size;  // of the picture
+    bool fits = false;
+    int textHeight;  // pixels
+    int cell;        // side of a cell, pixels
     int columns;
-    int rows;       // of the range
-    int aboveRows;  // of the piece for what is above it; 0 where nothing is
-    int barBottom;  // pixels from the picture's lower edge
-    int reserved = 0;
+    int rows;          // of the range
+    int aboveRows;     // of the piece for values above the range; 0 where there are none
+    int barBottom;     // pixels from the picture's lower edge
+    int reserved = 0;  // pixels at the right side, if it fits
     std::vector<Mark> marks;
 };
 

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "viewport/text/Fault.h"
+
 #include <optional>
-#include <string>
 
 namespace vellum::viewport {
 
-/// Initializes GLEW for the current context, whether GLX or EGL made it. Gives nothing on success, else the reason
-/// as one clause. A context must be current.
-std::optional<std::string> startGlew();
+/// Initializes GLEW for the current context, whether GLX or EGL made it. A context must be current.
+std::optional<Fault> startGlew();
 
 }  // namespace vellum::viewport

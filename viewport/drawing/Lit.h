@@ -4,15 +4,24 @@
 
 namespace vellum::viewport {
 
-/// Lighting by the two lights with the current color as material, while it lives.
+/// Lighting by lights 0 and 1 while it lives, with the current color as the material's color. The lights themselves
+/// are set before, for example by setHeadLights().
+///
+///     {
+///         Lit const lit(layer, Lit::Finish::GLOSSY);
+///         mesh.render();
+///     }   // unlit again
+///
+/// State: normals are made unit length from now on; a finish changes ambient light and material for good.
 class Lit {
 public:
     enum class Finish {
         GLOSSY,
-        DULL,   // for facets, which a highlight would fill whole
-        bright  // for handles, whose colors must be told apart on all sides
+        DULL,   ///< for facets, which a highlight would fill whole
+        BRIGHT  ///< for handles, whose colors must be recognizable on all sides
     };
 
+    explicit Lit(Core_RL& layer);  ///< With the ambient light and the highlights that are set.
     Lit(Core_RL& layer, Finish finish);
     ~Lit();
     Lit(Lit const&) = delete;

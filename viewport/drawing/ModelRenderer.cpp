@@ -2,6 +2,7 @@
 
 #include "foundation/basic/ArrayServer.h"
 #include "viewport/drawing/Lit.h"
+#include "viewport/drawing/depth_modes.h"
 
 #include <algorithm>
 
@@ -20,8 +21,8 @@ constexpr Color4<float> FACE_NORMAL_LINES{1.0F, 0.72F, 0.30F, 1};
 constexpr float BORDER_MARKS[4] = {1.0F, 0.62F, 0.16F, 1};
 constexpr float BLENDED_ALPHA = 0.42F;
 
-constexpr DepthtTestMode DEPTH_TESTED_ONLY{DEPTH_LESS_OR_EQUAL, false};
-constexpr DepthtTestMode DEPTH_IGNORED{DEPTH_TEST_OFF, false};
+// Blended edges are drawn without the texture, so a textured surface gets a neutral color.
+constexpr Color4<float> TEXTURED_BLENDED{0.74F, 0.76F, 0.80F, 1};
 
 constexpr float NORMAL_LENGTH = 0.045F * static_cast<float>(Scene::RADIUS);
 
@@ -90,15 +91,12 @@ std::unique_ptr<MeshImporter> toImport(Mesh const& mesh) {
                    [](Vector3<double> const& p) { return p * (1 / PREVIEW_UNIT); });
     import->triangles = arrayOfSize<Tuple3<unsigned int>>(mesh.triangleCount());
     import->cornerNormals = arrayOfSize<Tuple4<Vector3<double>>>(mesh.triangleCount());
+    constexpr Vector3<double> unused{0, 0, 0};
     for (unsigned int t = 0; t < mesh.triangleCount(); ++t) {
         auto const normal = [&](unsigned int i) { return convert<double>(normals[i]); };
         import->triangles[t] = triangles[t];
         import->cornerNormals[t] = {normal(normalTriangles[t].e0), normal(normalTriangles[t].e1),
-                                    normal(normalTriangles[t].e2), Vector3<double> {
-                                        0,
-                                        0,
-                                        0
-                                    }};
+                                    normal(normalTriangles[t].e2), unused};
     }
     return import;
 }
@@ -116,7 +114,7 @@ Color4<float> brightened(Color4<float> const& color) {
     return {component(color.r), component(color.g), component(color.b), 1};
 }
 
-/// Surfaces a little behind where they are, while it lives: lines that lie in them are seen whole.
+/// Moves surfaces a little back in depth while it lives, so that lines in a surface are seen whole.
 class SurfacesBehind {
 public:
     SurfacesBehind() {
@@ -155,107 +153,115 @@ unsigned int TextureStore::nameOf(VL_Image const& image) {
 
 // == ModelRenderer ==
 
-ModelRenderer::ModelRenderer(Core_RL& layer, Model const& model, Options const& options,
+ModelRenderer::ModelRenderer(Core_RL& layer, Model const& model, MeshStyle const& style,
                              TextureStore& textures)
-    : layer(layer), options(options), textures(textures) {
+    : layer(layer), model(model), style(style), textures(textures) {
     bool const hasBuffers = layer.isExtensionSupported("GL_ARB_vertex_buffer_object");
     for (ModelPart const& source : model.parts) {
         Part& part = parts.emplace_back();
         part.source = &source;
         part.renderer = std::make_unique<Mesh_RL_GL>(source.mesh.get(), false);
-        part.renderer->useBufferObjects = hasBuffers && !options.immediate;
-        if (options.importPreview) {
+        part.renderer->useBufferObjects = hasBuffers && !style.immediate;
+        if (style.importPreview) {
             part.import = toImport(*source.mesh);
         }
-        if (options.normals == Normals::VERTEX && source.hasHardNormals) {
+        if (style.normals == Normals::VERTEX && source.hasHardNormals) {
             addAllNormals(*source.mesh);
         }
     }
-    if (options.shading == Shading::BOX) {
+    if (style.shading == Shading::BOX) {
         whole = std::make_unique<Mesh>();
         whole->setPositions(model.vertices);
         wholeRenderer = std::make_unique<Mesh_RL_GL>(whole.get(), false);
     }
 }
 
-void ModelRenderer::draw(double lineScale) {
-    this->lineScale = lineScale;
-    if (options.importPreview) {
+void ModelRenderer::draw(Sampling const& sampling) {
+    if (style.importPreview) {
         for (Part& part : parts) {
-            _drawPreview(part);
+            _drawPreview(part, sampling);
         }
         return;
     }
-    if (options.shading == Shading::WIREFRAME) {
-        _drawWireframe();
-    } else if (options.shading == Shading::BOX) {
-        _drawBox();
+    if (style.shading == Shading::WIREFRAME) {
+        _drawWireframe(sampling);
+    } else if (style.shading == Shading::BOX) {
+        _drawBox(sampling);
     }
     for (Part& part : parts) {
-        if (_isFilled()) {
-            _drawSurface(part);
+        if (style.isFilled()) {
+            _drawSurface(part, sampling);
         } else {
-            _drawEdges(part);
+            _drawEdges(part, sampling);
         }
     }
     // After all surfaces, which may lie behind.
     for (Part& part : parts) {
-        _drawConnectivity(part);
-        _drawNormals(part);
+        _drawConnectivity(part, sampling);
+        _drawNormals(part, sampling);
     }
 }
 
-void ModelRenderer::drawShape() {
+void ModelRenderer::drawForPicking() {
+    if (style.shading == Shading::BOX) {
+        layer.render(model.box, false);
+    } else {
+        _drawShape();
+    }
+}
+
+void ModelRenderer::_drawShape() {
     for (Part const& part : parts) {
         part.renderer->render();
     }
 }
 
-bool ModelRenderer::_isFilled() const {
-    return options.shading == Shading::FACETED || options.shading == Shading::SMOOTH;
-}
-
-void ModelRenderer::_drawSurface(Part& part) {
+void ModelRenderer::_drawSurface(Part& part, Sampling const& sampling) {
     ModelPart const& source = *part.source;
-    bool const isPlain = source.texture == nullptr && source.colors.size() == 0;
-    if (options.edgesBlend || (options.edges && isPlain && options.shading == Shading::SMOOTH)) {
-        SurfacesBehind const behind;
-        Lit const lit(layer, options.edges ? Lit::Finish::bright : Lit::Finish::DULL);
-        _pushLineWidth(1.6);
-        layer.pushColor(source.color);
-        if (options.edgesBlend) {
-            Color4<float> color =
-                source.texture != nullptr ? Color4<float>{0.74F, 0.76F, 0.80F, 1} : source.color;
-            color.a = BLENDED_ALPHA;
-            part.renderer->renderWithEdgesBlending(color, true);
-        } else {
-            // The surface gets half of it.
-            part.renderer->renderWithEdges(brightened(source.color));
-        }
-        layer.popColor(1);
-        layer.popLineWidth();
+    bool const isColored = source.texture == nullptr && source.colors.size() > 0;
+    bool const isPlain = source.texture == nullptr && !isColored;
+    if (style.edgesBlend || (style.edges && isPlain && style.shading == Shading::SMOOTH)) {
+        _drawSurfaceWithEdges(part, sampling);
         return;
     }
     {
         SurfacesBehind const behind;
-        Lit const lit(layer, options.shading == Shading::FACETED ? Lit::Finish::DULL : Lit::Finish::GLOSSY);
-        _pushLineWidth(1.0);
-        if (source.texture == nullptr && source.colors.size() > 0) {
+        Lit const lit(layer, style.shading == Shading::FACETED ? Lit::Finish::DULL : Lit::Finish::GLOSSY);
+        layer.pushLineWidth(sampling.lineWidth(1.0));
+        if (isColored) {
             _drawColoredSurface(source);
         } else {
             _drawPlainSurface(part);
         }
         layer.popLineWidth();
     }
-    _drawEdges(part);
+    _drawEdges(part, sampling);
+}
+
+void ModelRenderer::_drawSurfaceWithEdges(Part& part, Sampling const& sampling) {
+    ModelPart const& source = *part.source;
+    SurfacesBehind const behind;
+    Lit const lit(layer, style.edges ? Lit::Finish::BRIGHT : Lit::Finish::DULL);
+    layer.pushLineWidth(sampling.lineWidth(1.6));
+    layer.pushColor(source.color);
+    if (style.edgesBlend) {
+        Color4<float> color = source.texture != nullptr ? TEXTURED_BLENDED : source.color;
+        color.a = BLENDED_ALPHA;
+        part.renderer->renderWithEdgesBlending(color, true);
+    } else {
+        // The renderer draws the surface in half of this color.
+        part.renderer->renderWithEdges(brightened(source.color));
+    }
+    layer.popColor(1);
+    layer.popLineWidth();
 }
 
 void ModelRenderer::_drawPlainSurface(Part& part) {
     ModelPart const& source = *part.source;
     MeshShading shading;
     shading.mode =
-        options.shading == Shading::FACETED ? MeshShadingMode_ns::FACETED : MeshShadingMode_ns::SMOOTH;
-    if (options.wireframeBack) {
+        style.shading == Shading::FACETED ? MeshShadingMode_ns::FACETED : MeshShadingMode_ns::SMOOTH;
+    if (style.wireframeBack) {
         shading.flags |= MeshShadingFlags_ns::WIREFRAME_BACK_FACES;
     }
     if (source.texture != nullptr) {
@@ -271,11 +277,11 @@ void ModelRenderer::_drawPlainSurface(Part& part) {
     }
 }
 
-// A mesh has no colors of its vertices; the layer draws what has them.
+// Meshes have no colors per vertex, so the layer draws surfaces that have them.
 void ModelRenderer::_drawColoredSurface(ModelPart const& part) {
-    layer.pushFillingBack(options.wireframeBack ? FILLING_LINES : FILLING_SOLID);
+    layer.pushFillingBack(style.wireframeBack ? FILLING_LINES : FILLING_SOLID);
     layer.pushFillingFront(FILLING_SOLID);
-    if (options.shading == Shading::SMOOTH) {
+    if (style.shading == Shading::SMOOTH) {
         layer.render(part.vertices, part.triangles, part.normals, part.colors);
     } else {
         layer.pushColor(layer.currentColor());
@@ -293,17 +299,17 @@ void ModelRenderer::_drawColoredSurface(ModelPart const& part) {
     layer.popFillingBack();
 }
 
-void ModelRenderer::_drawWireframe() {
+void ModelRenderer::_drawWireframe(Sampling const& sampling) {
     // First the depth of the surface alone, moved away a little; then all lines faintly, and those in front strongly.
     glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
     {
         SurfacesBehind const behind;
-        drawShape();
+        _drawShape();
     }
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
 
     layer.pushBlending(BLENDING_ALPHA);
-    _pushLineWidth(1.0);
+    layer.pushLineWidth(sampling.lineWidth(1.0));
     struct Step {
         DepthtTestMode depth;
         Color4<float> color;
@@ -323,38 +329,38 @@ void ModelRenderer::_drawWireframe() {
     layer.popBlending();
 }
 
-void ModelRenderer::_drawBox() {
+void ModelRenderer::_drawBox(Sampling const& sampling) {
     MeshShading shading;
     shading.mode = MeshShadingMode_ns::BOX;
-    _pushLineWidth(1.8);
+    layer.pushLineWidth(sampling.lineWidth(1.8));
     layer.pushColor(BOX_EDGES);
     wholeRenderer->render(shading);
     layer.popColor(1);
     layer.popLineWidth();
 }
 
-void ModelRenderer::_drawEdges(Part& part) {
-    if (!options.edges && !options.edgesBlend) {
+void ModelRenderer::_drawEdges(Part& part, Sampling const& sampling) {
+    if (!style.edges && !style.edgesBlend) {
         return;
     }
-    _pushLineWidth(1.6);
+    layer.pushLineWidth(sampling.lineWidth(1.6));
     layer.pushColor(EDGE_LINES);
-    if (options.edges) {
+    if (style.edges) {
         part.renderer->renderEdges();
     } else {
-        Lit const lit(layer, Lit::Finish::bright);
+        Lit const lit(layer, Lit::Finish::BRIGHT);
         part.renderer->renderWithEdgesBlending(EDGE_LINES, false);
     }
     layer.popColor(1);
     layer.popLineWidth();
 }
 
-void ModelRenderer::_drawNormals(Part& part) {
-    if (options.normals == Normals::NONE) {
+void ModelRenderer::_drawNormals(Part& part, Sampling const& sampling) {
+    if (style.normals == Normals::NONE) {
         return;
     }
-    _pushLineWidth(1.0);
-    if (options.normals == Normals::FACE) {
+    layer.pushLineWidth(sampling.lineWidth(1.0));
+    if (style.normals == Normals::FACE) {
         layer.pushColor(FACE_NORMAL_LINES);
         part.renderer->renderFaceNormals(NORMAL_LENGTH);
     } else {
@@ -369,22 +375,22 @@ void ModelRenderer::_drawNormals(Part& part) {
     layer.popLineWidth();
 }
 
-void ModelRenderer::_drawConnectivity(Part& part) {
-    if (!options.connectivity) {
+void ModelRenderer::_drawConnectivity(Part& part, Sampling const& sampling) {
+    if (!style.connectivity) {
         return;
     }
     layer.pushDepthTest(DEPTH_TESTED_ONLY);
     layer.pushColor(layer.currentColor());
-    _pushLineWidth(1.0);
+    layer.pushLineWidth(sampling.lineWidth(1.0));
     part.renderer->renderEdgesConnection();
     layer.popLineWidth();
 
-    // Both drawings set their color to white. A material that gives off light and takes no color shows through it.
+    // Both renderers set their color to white; an emissive material that takes no color from it shows the borders.
     float const dark[4] = {0, 0, 0, 1};
     glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT_AND_DIFFUSE, dark);
     glMaterialfv(GL_FRONT_AND_BACK, GL_EMISSION, BORDER_MARKS);
     layer.enableLighting();
-    _pushLineWidth(1.6);
+    layer.pushLineWidth(sampling.lineWidth(1.6));
     part.renderer->renderEdgesUnconnected();
     layer.popLineWidth();
     layer.disableLighting();
@@ -393,7 +399,7 @@ void ModelRenderer::_drawConnectivity(Part& part) {
     layer.popDepthTest();
 }
 
-void ModelRenderer::_drawPreview(Part& part) {
+void ModelRenderer::_drawPreview(Part& part, Sampling const& sampling) {
     MeshImporter_RL_GL preview(part.import.get());
     layer.pushTransform(scaling(PREVIEW_UNIT));
     layer.pushColor(layer.currentColor());
@@ -401,15 +407,11 @@ void ModelRenderer::_drawPreview(Part& part) {
         Lit const lit(layer, Lit::Finish::GLOSSY);
         preview.render();
     }
-    _pushLineWidth(1.0);
+    layer.pushLineWidth(sampling.lineWidth(1.0));
     preview.renderNormals(MeshImporter_RL::EVERY_TRIANGLE);
     layer.popLineWidth();
     layer.popColor(1);
     layer.popTransform();
-}
-
-void ModelRenderer::_pushLineWidth(double pixels) const {
-    layer.pushLineWidth(static_cast<float>(pixels * lineScale));
 }
 
 }  // namespace vellum::viewport

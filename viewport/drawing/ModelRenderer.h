@@ -3,7 +3,8 @@
 #include "MeshImporter_RL_GL.h"
 #include "Mesh_RL_GL.h"
 #include "foundation/raster/Core_RL.h"
-#include "viewport/program/Options.h"
+#include "viewport/drawing/MeshStyle.h"
+#include "viewport/drawing/PictureSize.h"
 #include "viewport/scene/Scene.h"
 
 #include <map>
@@ -12,7 +13,8 @@
 
 namespace vellum::viewport {
 
-/// The textures of a scene as OpenGL has them, each image once.
+/// The textures of a scene as OpenGL has them, each image once. The context that it loads them into must be current
+/// until its end. The layer must outlive it, and so must the images.
 class TextureStore {
 public:
     explicit TextureStore(Core_RL& layer) : layer(layer) {}
@@ -20,7 +22,7 @@ public:
     TextureStore(TextureStore const&) = delete;
     TextureStore& operator=(TextureStore const&) = delete;
 
-    /// The name of the texture, which is made of the image when it is asked for first.
+    /// The name of the image's texture, which is loaded at the first call for an image.
     unsigned int nameOf(VL_Image const& image);
 
 private:
@@ -28,19 +30,19 @@ private:
     std::map<VL_Image const*, unsigned int> names;
 };
 
-/// Draws one model in the way that the options ask for: each of its parts through a mesh renderer, with buffer objects
-/// if the driver has them and the options do not forbid it.
+/// Draws one model in a style: each of its parts through a mesh renderer, with buffer objects if the driver has them
+/// and the style does not forbid it.
 ///
 /// It expects the camera, the lights and the depth test to be set, and needs a current context as long as it lives.
-/// Model, options and textures must outlive it.
+/// Layer, model and textures must outlive it.
 class ModelRenderer {
 public:
-    ModelRenderer(Core_RL& layer, Model const& model, Options const& options, TextureStore& textures);
+    ModelRenderer(Core_RL& layer, Model const& model, MeshStyle const& style, TextureStore& textures);
 
-    /// \param lineScale the width of a line of one pixel of the picture, in samples.
-    void draw(double lineScale);
+    void draw(Sampling const& sampling);
 
-    void drawShape();  ///< Nothing but the triangles, for picking and for the depth buffer.
+    /// Draws the triangles alone, in the current color; in the style of boxes the model's box. For picking.
+    void drawForPicking();
 
 private:
     struct Part {
@@ -49,27 +51,27 @@ private:
         std::unique_ptr<MeshImporter> import;  // only for the preview
     };
 
-    void _drawSurface(Part& part);
+    void _drawShape();
+    void _drawSurface(Part& part, Sampling const& sampling);
     void _drawPlainSurface(Part& part);
     void _drawColoredSurface(ModelPart const& part);
-    void _drawWireframe();
-    void _drawBox();
-    void _drawEdges(Part& part);
-    void _drawNormals(Part& part);
-    void _drawConnectivity(Part& part);
-    void _drawPreview(Part& part);
-    bool _isFilled() const;
-    void _pushLineWidth(double pixels) const;
+    void _drawSurfaceWithEdges(Part& part, Sampling const& sampling);
+    void _drawWireframe(Sampling const& sampling);
+    void _drawBox(Sampling const& sampling);
+    void _drawEdges(Part& part, Sampling const& sampling);
+    void _drawNormals(Part& part, Sampling const& sampling);
+    void _drawConnectivity(Part& part, Sampling const& sampling);
+    void _drawPreview(Part& part, Sampling const& sampling);
 
     Core_RL& layer;
-    Options const& options;
+    Model const& model;
+    MeshStyle style;
     TextureStore& textures;
     std::vector<Part> parts;
 
     // The vertices of all parts, only for the box: it is that of the model, not one for each material.
     std::unique_ptr<Mesh> whole;
     std::unique_ptr<Mesh_RL_GL> wholeRenderer;
-    double lineScale = 1;
 };
 
 }  // namespace vellum::viewport

@@ -1,6 +1,7 @@
 #include "viewport/drawing/ParticleRenderer.h"
 
-#include <cstdlib>
+#include <charconv>
+#include <cstring>
 
 #include <GL/glew.h>
 
@@ -23,13 +24,28 @@ Mode::type renderMode(ParticleMode mode) {
     return Mode::POINTS;
 }
 
+/// Parses the digits of GL_VERSION by hand: the decimal point of strtod is that of the locale.
+bool isVersionAtLeast(int major, int minor) {
+    auto const* const version = reinterpret_cast<char const*>(glGetString(GL_VERSION));
+    if (version == nullptr) {
+        return false;
+    }
+    char const* const end = version + std::strlen(version);
+    int has[2] = {0, 0};
+    char const* const dot = std::from_chars(version, end, has[0]).ptr;
+    if (dot != end && *dot == '.') {
+        std::from_chars(dot + 1, end, has[1]);
+    }
+    return has[0] != major ? has[0] > major : has[1] >= minor;
+}
+
 }  // namespace
 
 ParticleRenderer::ParticleRenderer(Core_RL& layer, std::shared_ptr<ParticleSystem_v2 const> const& system,
-                                   Look const& look)
-    : layer(&layer), system(system), look(look), renderer(new Particles_RL_GL_v2) {
+                                   ParticleStyle const& style)
+    : layer(&layer), system(system), style(style), renderer(new Particles_RL_GL_v2) {
     renderer->init();
-    renderer->setRenderMode(renderMode(look.mode));
+    renderer->setRenderMode(renderMode(style.mode));
 }
 
 ParticleRenderer::~ParticleRenderer() {
@@ -39,30 +55,27 @@ ParticleRenderer::~ParticleRenderer() {
 }
 
 void ParticleRenderer::draw(float size) {
-    RampColors const& colors = look.colors;
+    RampColors const& colors = style.colors;
     // The effect of arrows sets a line width of its own.
     layer->pushLineWidth(layer->currentLineWidth());
-    if (look.scale) {
-        renderer->render(*system, false, !_isFilled, 1, look.scale->lowMagnitude(),
-                         look.scale->highMagnitude(), colors.low, colors.high, colors.above, size, 1,
-                         look.percent, true, true, Magnitude::LENGTH);
+    if (style.scale) {
+        renderer->render(*system, false, !isFilled, 1, style.scale->lowMagnitude(),
+                         style.scale->highMagnitude(), colors.low, colors.high, colors.above, size, 1,
+                         style.percent, true, true, Magnitude::LENGTH);
     } else {
-        renderer->render(*system, false, !_isFilled, 1, 0, 1, colors.high, colors.high, colors.high, size,
-                         ParticleChannel_v2::NONE, look.percent, true, true, Magnitude::MIN_COLOR);
+        renderer->render(*system, false, !isFilled, 1, 0, 1, colors.high, colors.high, colors.high, size,
+                         ParticleChannel_v2::NONE, style.percent, true, true, Magnitude::MIN_COLOR);
     }
     layer->popLineWidth();
-    _isFilled = true;
+    isFilled = true;
 }
 
 bool ParticleRenderer::isModeSupported(Core_RL& layer, ParticleMode mode) {
     if (mode == ParticleMode::POINTS) {
         return true;
     }
-    auto const* const version = reinterpret_cast<char const*>(glGetString(GL_VERSION));
-    constexpr double firstWithGeometryStages = 3.2;
     return layer.checkShaderSupport() &&
-           (layer.isExtensionSupported("GL_EXT_geometry_shader4") ||
-            (version != nullptr && std::strtod(version, nullptr) >= firstWithGeometryStages));
+           (layer.isExtensionSupported("GL_EXT_geometry_shader4") || isVersionAtLeast(3, 2));
 }
 
 }  // namespace vellum::viewport

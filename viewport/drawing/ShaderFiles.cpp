@@ -38,6 +38,24 @@ bool take(std::string_view& text, std::string_view start) {
     return true;
 }
 
+/// The file's bytes, at most `size` of them; nothing where reading fails, and then errno says why.
+std::optional<std::string> readAll(int descriptor, std::size_t size) {
+    std::string text(size, '\0');
+    std::size_t filled = 0;
+    while (filled < size) {
+        ssize_t const count = ::read(descriptor, text.data() + filled, size - filled);
+        if (count < 0 && errno != EINTR) {
+            return std::nullopt;
+        }
+        if (count == 0) {
+            break;
+        }
+        filled += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    }
+    text.resize(filled);
+    return text;
+}
+
 /// A line of a log in its parts.
 struct LogLine {
     std::string number;  // of the line that it is about; empty when it names none
@@ -52,7 +70,7 @@ LogLine split(std::string_view line) {
             kind = word;
         }
     }
-    // The text's number among those of the stage comes first, and is always 0.
+    // First comes the number of the source string, which is always 0: a stage has one.
     if (takeDigits(line).empty() || line.empty()) {
         return whole;
     }
@@ -82,18 +100,18 @@ LogLine split(std::string_view line) {
 }  // namespace
 
 std::optional<Fault> shaderFileFault(std::string const& path) {
+    // Without O_NONBLOCK a named pipe would be waited for.
     int const descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) {
         return Fault{path, std::string("cannot be opened: ") + std::strerror(errno)};
     }
     struct stat status {};
     bool const isPlain = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-    std::string text;
+    std::optional<std::string> text;
     if (isPlain && status.st_size <= LARGEST_FILE) {
-        text.resize(static_cast<std::size_t>(status.st_size));
-        ssize_t const count = text.empty() ? 0 : ::read(descriptor, text.data(), text.size());
-        text.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        text = readAll(descriptor, static_cast<std::size_t>(status.st_size));
     }
+    int const readError = errno;
     ::close(descriptor);
     if (!isPlain) {
         return Fault{path, "is not a plain file"};
@@ -101,10 +119,13 @@ std::optional<Fault> shaderFileFault(std::string const& path) {
     if (status.st_size > LARGEST_FILE) {
         return Fault{path, "is too large for the text of a stage (1 MiB)"};
     }
-    if (text.find_first_not_of(BLANKS) == std::string::npos) {
+    if (!text) {
+        return Fault{path, std::string("cannot be read: ") + std::strerror(readError)};
+    }
+    if (text->find_first_not_of(BLANKS) == std::string::npos) {
         return Fault{path, "is empty"};
     }
-    if (text.find('\0') != std::string::npos) {
+    if (text->find('\0') != std::string::npos) {
         return Fault{path, "is not a text"};
     }
     return std::nullopt;
@@ -114,7 +135,7 @@ std::vector<Fault> shaderFaults(std::string const& file, std::string const& log)
     std::vector<Fault> faults;
     std::string_view rest = log;
     while (!rest.empty()) {
-        // Mesa puts full stops between what it says about a program, and says it once for each variable.
+        // Mesa separates its remarks on a program by full stops, and repeats them for each variable.
         std::string_view line = takeLine(rest);
         line.remove_prefix(std::min(line.find_first_not_of(" \t\r."), line.size()));
         line = line.substr(0, line.find_last_not_of(BLANKS) + 1);

@@ -1,128 +1,95 @@
 #pragma once
 
-#include "Camera_RL_GL.h"
 #include "foundation/raster/Core_RL.h"
-#include "offscreen/OffscreenContext.h"
-#include "viewport/drawing/ColorBar.h"
-#include "viewport/drawing/EffectRenderer.h"
+#include "viewport/drawing/Backdrop.h"
+#include "viewport/drawing/CameraSpec.h"
+#include "viewport/drawing/CloudDrawing.h"
+#include "viewport/drawing/ColorBarDrawing.h"
+#include "viewport/drawing/CornerAxes.h"
+#include "viewport/drawing/GizmoDrawing.h"
+#include "viewport/drawing/MeshStyle.h"
 #include "viewport/drawing/ModelRenderer.h"
-#include "viewport/drawing/ParticleRenderer.h"
+#include "viewport/drawing/ParticleStyle.h"
+#include "viewport/drawing/Picker.h"
+#include "viewport/drawing/PictureSize.h"
+#include "viewport/drawing/Region.h"
+#include "viewport/drawing/ViewCamera.h"
+#include "viewport/drawing/effects/EffectRenderer.h"
 #include "viewport/files/images/Picture.h"
-#include "viewport/program/Options.h"
-#include "viewport/scene/GroundGrid.h"
-#include "viewport/scene/ParticleLook.h"
 #include "viewport/scene/Scene.h"
 
 #include <optional>
-#include <string>
 #include <vector>
 
 namespace vellum::viewport {
 
-/// A part of the picture, pixels; x from the left, y from below. May reach over the picture's edges.
-struct Region {
-    double x;
-    double y;
-    double width;
-    double height;
+/// How a scene is shown.
+struct ViewStyle {
+    MeshStyle mesh;
+    ParticleStyle particles;
+    CameraSpec camera;
+    Gizmo gizmo = Gizmo::NONE;
 };
 
-/// How a picture is cut into tiles that are drawn one after the other into a buffer of moderate size, each pixel
-/// with several samples, for smooth edges. Plain arithmetic.
-struct Tiling {
-    int samplesPerSide;  ///< a pixel is the mean of this number squared
-    int width;           ///< of a tile, pixels, without the margin
-    int height;
-    int margin;  ///< drawn around each tile and thrown away: lines that end outside still show their width inside
-
-    static Tiling of(int pictureWidth, int pictureHeight);
-
-    /// For what is drawn differently in each tile, as it reads the frame or uses its coordinates: the whole picture
-    /// is one tile, if it has at most 4096 pixels on each side.
-    static Tiling ofOneTile(int pictureWidth, int pictureHeight);
-
-    static Tiling of(Options const& options);  ///< The one that suits what is drawn.
-
-    int bufferWidth() const { return (width + 2 * margin) * samplesPerSide; }
-    int bufferHeight() const { return (height + 2 * margin) * samplesPerSide; }
-};
-
-/// Draws a scene through the render layer: background, ground, models, particles with the bar of their colors, the
-/// gizmo over them, and the axes in the corner; or tells what of it is at a pixel.
+/// Draws a scene through the render layer into the current framebuffer: background, ground, models, particles with the
+/// bar of their colors, the gizmo over them, and the axes in the corner; or finds what is at a pixel.
 ///
-///     OffscreenContext context(Viewer::contextSettings(options));     // and GLEW initialized
-///     std::unique_ptr<Core_RL> layer(new Core_RL_GL);
-///     Viewer viewer(*layer, scene, options);
-///     Result<Picture> const picture = viewer.draw(context, Tiling::of(options.width, options.height));
+///     std::unique_ptr<Core_RL> layer(new Core_RL_GL);                 // a context is current, GLEW initialized
+///     Viewer viewer(*layer, scene, style);
+///     glViewport(0, 0, size.width, size.height);
+///     viewer.draw(size);                                              // every frame; the size may change
 ///
-/// It expects the state of a fresh context and leaves it changed. Scene and layer must outlive it,
-/// and the context must be current until its end.
+/// A picture that is larger than the framebuffer is drawn part by part, see TiledPicture.
+///
+/// It expects the state of a fresh context, or that of its last drawing, and leaves it changed. Scene, layer and
+/// effect must outlive it, and the context must be current until its end.
 class Viewer {
 public:
-    /// \param look of the particles, whose sets are those of the scene; no longer needed afterwards.
-    /// \param effect what draws the models that have an effect, or null if there is none; must outlive the viewer.
-    Viewer(Core_RL& layer, Scene const& scene, Options const& options, ParticleLook const& look = {},
-           EffectRenderer* effect = nullptr);
+    /// \param effect what draws the models that have an effect, or null if there is none.
+    Viewer(Core_RL& layer, Scene const& scene, ViewStyle const& style, EffectRenderer* effect = nullptr);
 
-    /// The buffer that draw() needs.
-    static OffscreenContext::Settings contextSettings(Options const& options);
+    Viewer(Viewer const&) = delete;
+    Viewer& operator=(Viewer const&) = delete;
 
-    /// The whole picture, in tiles that fit the context's buffer exactly. A fault when OpenGL reports an error.
-    Result<Picture> draw(OffscreenContext& context, Tiling const& tiling);
+    /// Draws the whole picture into the viewport.
+    void draw(PictureSize const& size);
 
-    /// What is at the pixel, or within two pixels of it: its picking name and what it belongs to ("1 gizmo move X",
-    /// "16 spider.obj"), or "nothing". Particles are known by their file, like models.
-    /// Handles of the gizmo come before everything else, then what is nearer to the viewer.
-    std::string pick(Pixel pixel);
+    /// Draws a part of the picture so that it fills the viewport.
+    /// \param size of the whole picture
+    /// \param samplesPerSide of the viewport for each pixel of the picture, at least 1
+    void draw(PictureSize const& size, Region const& region, int samplesPerSide);
+
+    /// Writes the color bar's frame, marks and texts into a finished picture; nothing where there is no bar.
+    void drawLabels(Picture& picture);
+
+    /// What is at the pixel of a picture of this size, or nothing; see Picker.
+    std::optional<Picked> pick(PictureSize const& size, Pixel pixel);
 
 private:
-    // == Particles ==
-    void _prepareClouds();
-    double _sizeForEffect(ParticleCloud const& cloud, double ball) const;
-
-    // == Cameras and lights ==
-    void _placeCamera();
+    void _layOut(PictureSize const& size);
     std::vector<Vector3<double>> _framedPoints() const;
-    void _loadCamera(Region const& region);
-    void _cropProjection(Region const& region, double width) const;
+    bool _isGroundShown() const;
+
     void _placeLights() const;
-    double _unitsPerPixel() const;
-    Vector3<double> _viewDirection() const;
-    ScreenAxes _screen() const;
-
-    // == Parts of the picture ==
-    void _drawRegion(Region const& region, int samplesPerSide);
-    void _drawOwnScene();
-    void _drawBackground(Region const& region) const;
-    GroundGrid _ground() const;
-    void _drawGround() const;
-    void _drawModels();
-    void _drawClouds();
-    void _drawCloud(std::size_t index);
-    void _drawBoxOf(ParticleCloud const& cloud) const;
-    void _drawColorBar(Region const& region);
-    void _drawGizmo(bool isSelecting) const;
-    void _drawCornerAxes(Region const& region);
-    void _drawLetter(unsigned int axis) const;
-
-    void _pushLineWidth(double pixels) const;
+    void _drawOcean(OceanScene const& ocean);
+    void _drawModels(Sampling const& sampling);
+    void _drawClouds(Sampling const& sampling);
 
     Core_RL& layer;
     Scene const& scene;
-    Options const& request;
+    ViewStyle style;
     EffectRenderer* effect;  // may be null
-    ParticleMode particleMode;
-    std::optional<ParticleScale> particleScale;
-    std::optional<ColorBar> colorBar;  // if there is something to be told and room for it
-    double frameWidth;                 // pixels of the picture, from the left, that the camera fills
-    Camera_RL_GL viewCamera;
     TextureStore textures;
     std::vector<ModelRenderer> models;
-    std::vector<ParticleRenderer> clouds;
-    std::optional<ParticleRenderer> colorBarCells;
-    std::vector<ShadedSegment> groundSegments;
-    double lineScale = 1;  // samples per pixel along a side, more where the picture is large
-    int OVERSAMPLING = 1;  // of a pixel
+    std::vector<CloudDrawing> clouds;
+    GizmoDrawing gizmo;
+    CornerAxes cornerAxes;
+
+    // For pictures of one size.
+    std::optional<PictureSize> layoutSize;    // nothing: nothing has been drawn yet
+    std::optional<ColorBarDrawing> colorBar;  // if there are values to be shown, and room for it
+    ViewCamera camera;
+    Backdrop backdrop;
 };
 
 }  // namespace vellum::viewport

@@ -84,10 +84,10 @@ std::unique_ptr<T, FreeMemory> transformMemory(std::size_t count) {
 
 // == SeaState ==
 
-std::optional<std::string> SeaState::firstFault() const {
+std::optional<Fault> SeaState::firstFault() const {
     if (size < SMALLEST_SIZE || size > LARGEST_SIZE || (size & (size - 1)) != 0) {
-        return "size: is not a power of two from " + std::to_string(SMALLEST_SIZE) + " to " +
-               std::to_string(LARGEST_SIZE);
+        return Fault{"", "size: is not a power of two from " + std::to_string(SMALLEST_SIZE) + " to " +
+                             std::to_string(LARGEST_SIZE)};
     }
     struct Row {
         char const* name;
@@ -104,7 +104,7 @@ std::optional<std::string> SeaState::firstFault() const {
           Row{"choppiness", choppiness, 0, 2, "0 to 2"}, Row{"foam-limit", foamLimit, -1, 1, "-1 to 1"},
           Row{"foam-life", foamLife, 0, 60, "0 to 60 seconds"}}) {
         if (!isWithin(row.value, row.least, row.most)) {
-            return std::string(row.name) + ": is not a number from " + row.message;
+            return Fault{"", std::string(row.name) + ": is not a number from " + row.message};
         }
     }
     return std::nullopt;
@@ -172,7 +172,7 @@ std::vector<Complex> OceanSpectrum::_amplitudes(double time) const {
     return amplitudes;
 }
 
-std::vector<float> OceanSpectrum::transform(std::vector<Complex> const& amplitudes, Field field) const {
+std::vector<float> OceanSpectrum::_transform(std::vector<Complex> const& amplitudes, Field field) const {
     int const size = static_cast<int>(seaState.size);
     int const columns = size / 2 + 1;
     std::size_t const count = static_cast<std::size_t>(size) * static_cast<std::size_t>(size);
@@ -223,9 +223,9 @@ std::vector<float> OceanSpectrum::transform(std::vector<Complex> const& amplitud
 }
 
 std::vector<float> OceanSpectrum::_jacobian(std::vector<Complex> const& amplitudes) const {
-    std::vector<float> jacobian = transform(amplitudes, Field::STRAIN_XX);
-    std::vector<float> const zz = transform(amplitudes, Field::STRAIN_ZZ);
-    std::vector<float> const xz = transform(amplitudes, Field::STRAIN_XZ);
+    std::vector<float> jacobian = _transform(amplitudes, Field::STRAIN_XX);
+    std::vector<float> const zz = _transform(amplitudes, Field::STRAIN_ZZ);
+    std::vector<float> const xz = _transform(amplitudes, Field::STRAIN_XZ);
     for (std::size_t n = 0; n < jacobian.size(); ++n) {
         jacobian[n] = (1 + jacobian[n]) * (1 + zz[n]) - xz[n] * xz[n];
     }
@@ -234,8 +234,8 @@ std::vector<float> OceanSpectrum::_jacobian(std::vector<Complex> const& amplitud
 
 SeaSurface OceanSpectrum::surface(double time) const {
     std::vector<Complex> const amplitudes = _amplitudes(time);
-    return {seaState.size, transform(amplitudes, Field::HEIGHT), transform(amplitudes, Field::ALONG_X),
-            transform(amplitudes, Field::ALONG_Z), _jacobian(amplitudes)};
+    return {seaState.size, _transform(amplitudes, Field::HEIGHT), _transform(amplitudes, Field::ALONG_X),
+            _transform(amplitudes, Field::ALONG_Z), _jacobian(amplitudes)};
 }
 
 std::vector<float> OceanSpectrum::foam(double time) const {

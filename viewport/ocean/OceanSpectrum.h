@@ -9,7 +9,7 @@
 
 namespace vellum::viewport {
 
-/// What a sea is like.
+/// The wind over a sea, and how finely the sea is computed.
 struct SeaState {
     static constexpr unsigned int SMALLEST_SIZE = 16;
     static constexpr unsigned int LARGEST_SIZE = 1024;
@@ -17,28 +17,26 @@ struct SeaState {
     unsigned int size = 256;  ///< samples along a side of the patch; a power of two
     double patch = 100;       ///< side of the square patch of sea, meters; the sea repeats beyond it
     double windSpeed = 12;    ///< ten meters above the water, meters per second
-    double fetch =
-        20'000;  ///< the way over which the wind has blown, meters: the longer, the longer the waves
+    double fetch = 20'000;    ///< the distance over which the wind has blown, meters; more gives longer waves
     double windDirection = 0;  ///< where the wind blows, degrees from +x toward +z
     double choppiness =
-        1.3;  ///< how far water is moved sideways to the crests: 0 gives round waves, 1 real ones
-    unsigned int seed = 1;    ///< the same seed gives the same sea
-    double foamLimit = 0.65;  ///< foam arises where the surface is pressed together to less than this part
-    double foamLife = 2.5;    ///< seconds in which foam fades; 0: it is there only where it arises
+        1.3;                ///< sideways motion of water toward the crests: 0 gives round waves, 1 real ones
+    unsigned int seed = 1;  ///< the same seed gives the same sea
+    double foamLimit = 0.65;  ///< foam arises where the surface is compressed to less than this part
+    double foamLife = 2.5;    ///< seconds in which foam fades; 0: foam exists only where it arises
 
-    /// What is wrong with it, as the message of a fault, or nothing. Numbers that are not finite are wrong.
-    std::optional<std::string> firstFault() const;
+    /// The first value that is out of range or not finite, or nothing.
+    std::optional<Fault> firstFault() const;
 };
 
 /// The sea at one time. Sample (i, j) of each list, at index i + size * j, belongs to the place
 /// x = i * patch / size, z = j * patch / size of the still water.
 struct SeaSurface {
     unsigned int size = 0;
-    std::vector<float> height;  ///< of the water there, meters above the still level
-    std::vector<float> alongX;  ///< how far it is moved sideways, meters
-    std::vector<float> alongZ;  ///< meters
-    std::vector<float>
-        jacobian;  ///< its area in relation to that at rest; below 0 the surface overlaps itself
+    std::vector<float> height;    ///< meters above the still level
+    std::vector<float> alongX;    ///< sideways displacement, meters
+    std::vector<float> alongZ;    ///< alike, meters
+    std::vector<float> jacobian;  ///< its area relative to that at rest; below 0 the surface overlaps itself
 };
 
 /// The waves of a patch of deep sea: a random field with the JONSWAP spectrum, spread by the squared cosine of the
@@ -59,8 +57,8 @@ public:
 
     SeaState const& state() const { return seaState; }
 
-    /// The sum of the spectrum over all its frequencies: the variance of the height that is to be expected, square
-    /// meters. A fourth of the significant wave height is its root.
+    /// The sum of the spectrum over all its frequencies: the expected variance of the height, square meters. The
+    /// significant wave height is four times its root.
     double expectedVariance() const { return totalVariance; }
 
     /// The complex amplitude of the height at a time, meters: the height is the sum of amplitude * exp(i (kx x + kz z))
@@ -71,8 +69,8 @@ public:
     /// \param time seconds, at most longestTime from 0.
     SeaSurface surface(double time) const;
 
-    /// How much of each sample is covered with foam, 0 to 1, in the order of the surface's lists: what arises at the
-    /// time, and what has arisen before and not yet faded.
+    /// The part of each sample that is covered with foam, 0 to 1, in the order of the surface's lists: the foam that
+    /// arises at the time, and earlier foam that has not yet faded.
     std::vector<float> foam(double time) const;
 
 private:
@@ -85,7 +83,7 @@ private:
 
     std::complex<double> _amplitudeOf(Wave const& wave, double time) const;
     Wave const& _wave(int column, int row) const;
-    std::vector<float> transform(std::vector<std::complex<double>> const& amplitudes, Field field) const;
+    std::vector<float> _transform(std::vector<std::complex<double>> const& amplitudes, Field field) const;
     std::vector<std::complex<double>> _amplitudes(double time) const;
     std::vector<float> _jacobian(std::vector<std::complex<double>> const& amplitudes) const;
 
@@ -102,8 +100,8 @@ private:
 /// lie as its displacements do. A point of still water at (x, z) has the texture coordinates (z, -x) / patch.
 struct OceanMap {
     VL_Image image;         ///< empty when memory is short
-    float unit = 1;         ///< what the map shows as a sideways displacement of 1, meters
-    float heightScale = 1;  ///< what it shows as a height of 1, in units
+    float unit = 1;         ///< the sideways displacement that the map shows as 1, meters
+    float heightScale = 1;  ///< the height that the map shows as 1, in units
 
     /// The units depend on the state of the sea alone, not on the time. They leave room for waves of six times the
     /// usual deviation, so that the components stay within 0..1.

@@ -1,6 +1,6 @@
 #include "viewport/program/Description.h"
 
-#include "viewport/text/Fault.h"
+#include "viewport/text/single_line.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -60,7 +60,7 @@ std::string memory(unsigned int kilobytes) {
 
 std::string describeMesh(std::string const& path, MeshData const& mesh) {
     Box3<double> const box = mesh.box();
-    return Fault{"", path}.line() + "\n" + line("triangles", std::to_string(mesh.triangles.size())) +
+    return singleLine(path) + "\n" + line("triangles", std::to_string(mesh.triangles.size())) +
            line("vertices", std::to_string(mesh.positions.size())) +
            line("parts", std::to_string(mesh.partCount)) + line("normals", normals(mesh)) +
            line("colors", mesh.hasVertexColors ? "per vertex" : "of the materials") +
@@ -73,13 +73,13 @@ std::string describeParticles(LoadedFrame const& loaded) {
     std::size_t const count = frame.positions.size();
     std::string channels;
     for (ParticleChannel const& channel : frame.channels) {
-        channels += (channels.empty() ? "" : ", ") + Fault{"", channel.name}.line();
+        channels += (channels.empty() ? "" : ", ") + singleLine(channel.name);
     }
     std::string time = "timestep " + std::to_string(frame.timestep);
     if (frame.time) {
         time += ", time " + shortest(*frame.time);
     }
-    std::string text = Fault{"", frame.file}.line() + "\n" + line("frames", std::to_string(loaded.count)) +
+    std::string text = singleLine(frame.file) + "\n" + line("frames", std::to_string(loaded.count)) +
                        line("frame shown", std::to_string(loaded.number) + " (" + time + ")") +
                        line("particles", std::to_string(count)) +
                        line("velocities", yesOrNo(!frame.velocities.empty())) +

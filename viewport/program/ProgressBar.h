@@ -8,16 +8,16 @@
 
 namespace vellum::viewport {
 
-/// Shows on a terminal how far something is that takes long: nothing before the first second is over, then a line
-/// that is written anew in its place and wiped off in the end.
+/// Shows the progress of a long task on a terminal: nothing during the first second, then a line that is rewritten in
+/// place and erased in the end.
 class ProgressBar {
 public:
     using Clock = std::function<std::chrono::steady_clock::time_point()>;
 
-    /// \param isTerminal whether anybody looks at the stream; if not, nothing is written.
+    /// \param isTerminal whether the stream is a terminal; if not, nothing is written.
     ProgressBar(std::ostream& stream, bool isTerminal, std::string const& label,
                 Clock const& clock = std::chrono::steady_clock::now);
-    ~ProgressBar();  ///< Wipes the line off.
+    ~ProgressBar();  ///< Erases the line.
     ProgressBar(ProgressBar const&) = delete;
     ProgressBar& operator=(ProgressBar const&) = delete;
 
@@ -29,7 +29,7 @@ private:
     std::string title;  // one line
     Clock clock;
     std::chrono::steady_clock::time_point start;
-    std::string shownLine;  // that stands there; empty: none
+    std::string shownLine;  // on the terminal now; empty: none
 };
 
 }  // namespace vellum::viewport

@@ -1,18 +1,20 @@
 #include "offscreen/OffscreenContext.h"
-#include "viewport/drawing/EffectRenderer.h"
 #include "viewport/drawing/GlewStart.h"
+#include "viewport/drawing/TiledPicture.h"
 #include "viewport/drawing/Viewer.h"
 #include "viewport/drawing/ViewportLayer.h"
+#include "viewport/drawing/effects/EffectRenderer.h"
 #include "viewport/files/FileKind.h"
 #include "viewport/files/images/Picture.h"
 #include "viewport/files/mesh/MeshFile.h"
 #include "viewport/files/mesh/Textures.h"
 #include "viewport/files/particles/ParticleFile.h"
+#include "viewport/program/CommandLine.h"
 #include "viewport/program/Description.h"
-#include "viewport/program/Options.h"
 #include "viewport/program/ProgressBar.h"
 #include "viewport/scene/ParticleLook.h"
 #include "viewport/scene/Scene.h"
+#include "viewport/text/single_line.h"
 
 #include <iostream>
 #include <memory>
@@ -24,7 +26,7 @@
 
 #include <unistd.h>
 
-/// The program vl_viewport: opens mesh and particle files, draws them into a picture, tells what is at a pixel.
+/// The program vl_viewport: opens mesh and particle files, draws them into a picture, prints what is at a pixel.
 
 namespace vellum::viewport {
 
@@ -45,7 +47,7 @@ void note(Fault const& what) {
 struct Content {
     std::vector<MeshData> meshes;
     std::vector<ParticleFrame> particles;
-    std::string texts;  // that describe it
+    std::string texts;  // its description, for --info
 };
 
 std::optional<Fault> loadMesh(std::string const& file, Options const& options, Content& content) {
@@ -54,7 +56,7 @@ std::optional<Fault> loadMesh(std::string const& file, Options const& options, C
         return mesh.fault();
     }
     // An effect has colors of its own.
-    if (options.texture.empty() && !options.effect.covers(content.meshes.size())) {
+    if (options.texture.empty() && !options.hasEffect(content.meshes.size())) {
         for (Fault const& missing : loadTextures(file, mesh.value())) {
             note(missing);
         }
@@ -82,27 +84,48 @@ std::optional<Fault> loadParticles(std::string const& file, Options const& optio
     return std::nullopt;
 }
 
-/// Everything that is asked for, on the current context.
-int show(Options const& options, std::string const& texts, Scene const& scene, ParticleLook look,
-         EffectSubject subject, OffscreenContext& context) {
+/// What is drawn.
+struct Subject {
+    Scene scene;
+    ParticleLook look;
+    EffectSubject effect;  // only with an effect
+};
+
+std::string lineOf(std::optional<Picked> const& picked) {
+    return picked ? singleLine(std::to_string(picked->name) + " " + picked->owner) : "nothing";
+}
+
+TiledPicture tiledPicture(Options const& options) {
+    return {options.size, options.effect ? Tiling::ofOneTile(options.size) : Tiling::of(options.size)};
+}
+
+/// Draws and prints what is asked for, on the current context.
+/// \param texts describe the files
+int show(Options const& options, std::string const& texts, Subject& subject, OffscreenContext& context) {
     auto const layer = std::make_unique<ReportingLayer>(options.gpuMemory);
+    if (options.effect && !EffectRenderer::isSupported(*layer)) {
+        return fail(NO_OPENGL, "OpenGL here has no shaders, which effects require");
+    }
     if (options.info) {
         std::cout << texts << describeDriver(*layer);
     }
-    if (!scene.clouds().empty() && !ParticleRenderer::isModeSupported(*layer, look.mode)) {
+    if (!subject.scene.clouds().empty() && !ParticleRenderer::isModeSupported(*layer, subject.look.mode)) {
         note({"", "OpenGL here has no geometry stages for spheres and arrows; drawn as points"});
-        look.mode = ParticleMode::POINTS;
+        subject.look.mode = ParticleMode::POINTS;
     }
     std::unique_ptr<EffectRenderer> effect;
-    if (options.effect.isOn()) {
-        effect = std::make_unique<EffectRenderer>(*layer, options, std::move(subject));
+    if (options.effect) {
+        effect = std::make_unique<EffectRenderer>(*layer, *options.effect, options.mesh,
+                                                  std::move(subject.effect));
         for (Fault const& what : effect->notes()) {
             note(what);
         }
     }
-    Viewer viewer(*layer, scene, options, look, effect.get());
+    ViewStyle const style{options.mesh, ParticleStyle::of(subject.look, options.particles), options.camera,
+                          options.gizmo};
+    Viewer viewer(*layer, subject.scene, style, effect.get());
     if (options.pick) {
-        std::cout << Fault{"", viewer.pick(*options.pick)}.line() << '\n';
+        std::cout << lineOf(viewer.pick(options.size, *options.pick)) << '\n';
     }
     if (!std::cout.flush()) {
         return fail(FILE_FAULT, "standard output: cannot be written");
@@ -110,58 +133,73 @@ int show(Options const& options, std::string const& texts, Scene const& scene, P
     if (options.out.empty()) {
         return DONE;
     }
-    Result<Picture> const picture = viewer.draw(context, Tiling::of(options));
+    Result<Picture> const picture = tiledPicture(options).draw(viewer, *layer, context);
     if (!picture.isOk()) {
-        return fail(FILE_FAULT, picture.fault().line());
+        return fail(FILE_FAULT, Fault{options.out, picture.fault().message}.line());
     }
     std::optional<Fault> const fault = picture.value().savePng(options.out);
     return fault ? fail(FILE_FAULT, fault->line()) : DONE;
 }
 
-int run(Options const& options) {
-    // Before there is a context: an import copies the process.
-    Content content;
+std::optional<Fault> load(Options const& options, Content& content) {
     for (std::string const& file : options.files) {
-        std::optional<Fault> const fault =
+        std::optional<Fault> fault =
             isParticleFile(file) ? loadParticles(file, options, content) : loadMesh(file, options, content);
         if (fault) {
-            return fail(FILE_FAULT, fault->line());
+            return fault;
         }
     }
+    return std::nullopt;
+}
+
+/// Prepares what is drawn. The content is used up.
+Result<Subject> prepare(Options const& options, Content& content) {
     std::shared_ptr<VL_Image const> texture;
     if (!options.texture.empty()) {
         Result<std::shared_ptr<VL_Image const>> const picture = readTexture(options.texture);
         if (!picture.isOk()) {
-            return fail(FILE_FAULT, picture.fault().line());
+            return picture.fault();
         }
         texture = picture.value();
     }
     Result<ParticleLook> look = lookOf(content.particles, options.particles);
     if (!look.isOk()) {
-        return fail(FILE_FAULT, look.fault().line());
+        return look.fault();
     }
     for (Fault const& loss : look.value().notes) {
         note(loss);
     }
-    Scene const scene(content.meshes, texture, std::move(content.particles), look.value());
-    EffectSubject subject;
-    if (options.effect.isOn()) {
-        Result<EffectSubject> prepared = EffectSubject::prepare(options, content.meshes, scene);
-        if (!prepared.isOk()) {
-            return fail(FILE_FAULT, prepared.fault().line());
+    Subject subject{Scene(content.meshes, texture, std::move(content.particles), look.value()), std::move(look.value()), {}};
+    if (options.effect) {
+        Result<EffectSubject> effect =
+            EffectSubject::prepare(*options.effect, content.meshes, subject.scene, options.size.aspect());
+        if (!effect.isOk()) {
+            return effect.fault();
         }
-        subject = std::move(prepared.value());
+        subject.effect = std::move(effect.value());
     }
     content.meshes = {};
+    return subject;
+}
 
-    OffscreenContext context(Viewer::contextSettings(options));
+int run(Options const& options) {
+    // Before there is a context: an import copies the process.
+    Content content;
+    if (std::optional<Fault> const fault = load(options, content)) {
+        return fail(FILE_FAULT, fault->line());
+    }
+    Result<Subject> subject = prepare(options, content);
+    if (!subject.isOk()) {
+        return fail(FILE_FAULT, subject.fault().line());
+    }
+    OffscreenContext context(tiledPicture(options).contextSettings());
     if (!context.isValid()) {
         return fail(NO_OPENGL, context.error());
     }
-    if (std::optional<std::string> const reason = startGlew()) {
-        return fail(NO_OPENGL, *reason);
+    if (std::optional<Fault> const fault = startGlew()) {
+        return fail(NO_OPENGL, fault->message);
     }
-    return show(options, content.texts, scene, look.value(), std::move(subject), context);
+    return show(options, content.texts, subject.value(), context);
 }
 
 }  // namespace

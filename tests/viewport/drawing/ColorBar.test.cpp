@@ -70,7 +70,7 @@ TEST(ColorBar, rangesWithoutExtentOrBeyondMeasureHaveMarks) {
 }
 
 TEST(ColorBar, cellsFillARectangleWithTheValuesOfTheRange) {
-    ColorBar const bar(scale(-4, 12), 1280, 720);
+    ColorBar const bar(scale(-4, 12), {1280, 720});
     ASSERT_TRUE(bar.isShown());
     EXPECT_EQ(bar.cellSize(), 1);
     std::vector<Cell> const cells = cellsOf(bar);
@@ -86,7 +86,7 @@ TEST(ColorBar, cellsFillARectangleWithTheValuesOfTheRange) {
 }
 
 TEST(ColorBar, whatIsAboveTheRangeHasAPieceOfItsOwn) {
-    ColorBar const bar(scale(0, 1, true), 1280, 720);
+    ColorBar const bar(scale(0, 1, true), {1280, 720});
     std::size_t above = 0;
     for (Cell const& cell : cellsOf(bar)) {
         if (cell.y > 540) {
@@ -98,21 +98,21 @@ TEST(ColorBar, whatIsAboveTheRangeHasAPieceOfItsOwn) {
 }
 
 TEST(ColorBar, itGrowsWithThePictureAndIsLeftOutOfSmallOnes) {
-    EXPECT_EQ(ColorBar(scale(0, 1), 3840, 2160).cellSize(), 3);
-    EXPECT_GT(ColorBar(scale(0, 1), 3840, 2160).reservedWidth(),
-              2 * ColorBar(scale(0, 1), 1280, 720).reservedWidth());
-    ColorBar const small(scale(0, 1), 64, 48);
+    EXPECT_EQ(ColorBar(scale(0, 1), {3840, 2160}).cellSize(), 3);
+    EXPECT_GT(ColorBar(scale(0, 1), {3840, 2160}).reservedWidth(),
+              2 * ColorBar(scale(0, 1), {1280, 720}).reservedWidth());
+    ColorBar const small(scale(0, 1), {64, 48});
     EXPECT_FALSE(small.isShown());
     EXPECT_EQ(small.reservedWidth(), 0);
-    EXPECT_FALSE(ColorBar(scale(0, 1), 1, 1).isShown());
+    EXPECT_FALSE(ColorBar(scale(0, 1), {1, 1}).isShown());
     ParticleScale named = scale(0, 1);
     named.name = std::string(200, 'x');
-    EXPECT_FALSE(ColorBar(named, 1280, 720).isShown());
+    EXPECT_FALSE(ColorBar(named, {1280, 720}).isShown());
 }
 
 TEST(ColorBar, labelsAreWrittenBesideTheBarAndNowhereElse) {
     for (bool const isExceeded : {false, true}) {
-        ColorBar const bar(scale(0, 1, isExceeded), 640, 480);
+        ColorBar const bar(scale(0, 1, isExceeded), {640, 480});
         Picture picture;
         picture.width = 640;
         picture.height = 480;

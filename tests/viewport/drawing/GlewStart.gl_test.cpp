@@ -28,8 +28,8 @@ namespace {
 
 /// What the rest of the program relies on once GLEW is initialized: entry points beyond OpenGL 1.1, and a drawing.
 void expectWorkingContext() {
-    std::optional<std::string> const fault = viewport::startGlew();
-    ASSERT_FALSE(fault.has_value()) << *fault;
+    std::optional<viewport::Fault> const fault = viewport::startGlew();
+    ASSERT_FALSE(fault.has_value()) << fault->message;
     ASSERT_NE(glCreateShader, nullptr);
     ASSERT_NE(glGenBuffers, nullptr);
     GLuint buffer = 0;

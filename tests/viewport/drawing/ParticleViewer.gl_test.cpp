@@ -1,5 +1,5 @@
 #include "viewport/drawing/ColorBar.h"
-#include "viewport/drawing/Viewer.h"
+#include "viewport/drawing/TiledPicture.h"
 #include "viewport/drawing/ViewportLayer.h"
 
 #include "tests/gl_spy/GlTest.h"
@@ -52,10 +52,8 @@ protected:
     void SetUp() override {
         GlTest::SetUp();
         layer.reset(new ViewportLayer(someMemory));
-        options.width = 336;
-        options.height = 224;
-        options.view = View::FRONT;
-        options.particles.colors = {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}};
+        camera.view = View::FRONT;
+        options.colors = {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}};
     }
 
     void add(Vector3<float> const& position) {
@@ -84,7 +82,7 @@ protected:
     }
 
     void prepare() {
-        Result<ParticleLook> result = lookOf({data}, options.particles);
+        Result<ParticleLook> result = lookOf({data}, options);
         ASSERT_TRUE(result.isOk()) << result.fault().line();
         look = result.value();
         scene.reset(new Scene({}, nullptr, {data}, look));
@@ -92,15 +90,15 @@ protected:
 
     Picture draw() {
         prepare();
-        Viewer viewer(*layer, *scene, options, look);
-        Result<Picture> picture = viewer.draw(context(), tiles);
+        Viewer viewer(*layer, *scene, style());
+        Result<Picture> picture = drawTiles(viewer, tiles);
         EXPECT_TRUE(picture.isOk());
         return picture.isOk() ? picture.value() : Picture{};
     }
 
     /// Whether a pixel may show particles: neither the axes in the corner nor the bar.
     bool isInside(int const& x, int const& y, int const& right) const {
-        return x < right && (x >= corner || y < options.height - corner);
+        return x < right && (x >= corner || y < size.height - corner);
     }
 
     /// The pixels in the colors of particles; background and boxes are gray.
@@ -132,12 +130,23 @@ protected:
         return outline;
     }
 
-    int barWidth() const {
-        return look.scale ? ColorBar(*look.scale, options.width, options.height).reservedWidth() : 0;
+    int barWidth() const { return look.scale ? ColorBar(*look.scale, size).reservedWidth() : 0; }
+
+    ViewStyle style() const { return {{}, ParticleStyle::of(look, options), camera, Gizmo::NONE}; }
+
+    Result<Picture> drawTiles(Viewer& viewer, Tiling const& tiling) {
+        return TiledPicture(size, tiling).draw(viewer, *layer, context());
+    }
+
+    std::string pick(Viewer& viewer, viewport::Pixel const& pixel) const {
+        std::optional<Picked> const picked = viewer.pick(size, pixel);
+        return picked ? std::to_string(picked->name) + " " + picked->owner : "nothing";
     }
 
     ParticleFrame data;
-    Options options;
+    PictureSize size{336, 224};
+    CameraSpec camera;
+    ParticleOptions options;
     ParticleLook look;
     std::unique_ptr<Scene> scene;
     std::unique_ptr<ViewportLayer> layer;
@@ -178,8 +187,8 @@ TEST_F(ParticleViewer_gl_test, everyModeAndViewDrawsWithoutAnErrorOfOpenGL) {
     for (ParticleMode const& mode : {ParticleMode::POINTS, ParticleMode::SPHERES, ParticleMode::ARROWS}) {
         for (unsigned int view = 0; view < 7; ++view) {
             layer.reset(new ViewportLayer(view % 2 == 0 ? 0 : someMemory));
-            options.particles.mode = mode;
-            options.view = static_cast<View>(view);
+            options.mode = mode;
+            camera.view = static_cast<View>(view);
             Picture const picture = draw();
             EXPECT_GT(countParticles(picture), 20) << static_cast<int>(mode) << " " << view;
         }
@@ -191,7 +200,7 @@ TEST_F(ParticleViewer_gl_test, everyModeAndViewDrawsWithoutAnErrorOfOpenGL) {
 
 TEST_F(ParticleViewer_gl_test, noParticlesAndNoValuesAreNoTrouble) {
     for (ParticleMode const& mode : {ParticleMode::POINTS, ParticleMode::SPHERES}) {
-        options.particles.mode = mode;
+        options.mode = mode;
         data = {};
         data.box = ParticleBox{};
         EXPECT_EQ(countParticles(draw()), 0);
@@ -206,9 +215,9 @@ TEST_F(ParticleViewer_gl_test, aSphereIsRoundInWideAndHighPictures) {
     add({5, 5, 5});
     for (View const& view : {View::PERSPECTIVE, View::FRONT, View::TOP, View::LEFT}) {
         for (auto const& [width, height] : {std::pair{336, 224}, {224, 336}}) {
-            options.width = width;
-            options.height = height;
-            options.view = view;
+            size.width = width;
+            size.height = height;
+            camera.view = view;
             Picture const picture = draw();
             Outline const outline = outlineOf(picture, isGreen);
             // The sphere's box is what is framed: in 86 % of the shorter side, and nearer than that in perspective.
@@ -234,9 +243,9 @@ TEST_F(ParticleViewer_gl_test, spheresCutEachOtherWhereSpheresDo) {
     // Seen along z, two overlapping spheres side by side meet in a straight line half way between.
     add({-0.3F, 0, 0}, 0);
     add({0.3F, 0, 0}, 1);
-    options.particles.size = 1;
+    options.size = 1;
     for (View const& view : {View::FRONT, View::BACK}) {
-        options.view = view;
+        camera.view = view;
         bool const isRedLeft = view == View::FRONT;
         Picture const picture = draw();
         Outline const red = outlineOf(picture, isRed);
@@ -253,11 +262,11 @@ TEST_F(ParticleViewer_gl_test, spheresCutEachOtherWhereSpheresDo) {
 TEST_F(ParticleViewer_gl_test, theNearerSphereCoversTheOther) {
     add({0, 0, -1}, 0);
     add({0, 0, 1}, 1);
-    options.particles.size = 1;
+    options.size = 1;
     for (View const& view : {View::FRONT, View::BACK}) {
-        options.view = view;
+        camera.view = view;
         Picture const picture = draw();
-        int const middle = (options.width - barWidth()) / 2;
+        int const middle = (size.width - barWidth()) / 2;
         EXPECT_TRUE(view == View::FRONT ? isGreen(at(picture, middle, 112))
                                         : isRed(at(picture, middle, 112)));
     }
@@ -267,7 +276,7 @@ TEST_F(ParticleViewer_gl_test, theSizeOfSpheresIsInUnitsOfTheFile) {
     add({0, 0, 0}, 1);
     add({10, 0, 0}, 1);
     add({5, 5, 0}, 0);
-    options.particles.size = 2;
+    options.size = 2;
     Picture const picture = draw();
     Outline const green = outlineOf(picture, isGreen);
     Outline const red = outlineOf(picture, isRed);
@@ -278,9 +287,9 @@ TEST_F(ParticleViewer_gl_test, theSizeOfSpheresIsInUnitsOfTheFile) {
 
 TEST_F(ParticleViewer_gl_test, thePixelsOfPointsAreThoseAskedFor) {
     addSquare(3);
-    options.particles.mode = ParticleMode::POINTS;
+    options.mode = ParticleMode::POINTS;
     for (double const& size : {4.0, 12.0}) {
-        options.particles.size = size;
+        options.size = size;
         prepare();
         int const count = countParticles(draw());
         // Drivers draw discs or squares.
@@ -291,14 +300,14 @@ TEST_F(ParticleViewer_gl_test, thePixelsOfPointsAreThoseAskedFor) {
 
 TEST_F(ParticleViewer_gl_test, aPercentageOfTheParticlesIsDrawn) {
     addSquare(16);
-    options.particles.mode = ParticleMode::POINTS;
-    options.particles.size = 4;
+    options.mode = ParticleMode::POINTS;
+    options.size = 4;
     for (unsigned int const megabytes : {0U, someMemory}) {
         layer.reset(new ViewportLayer(megabytes));
-        options.particles.percent = 100;
+        options.percent = 100;
         int const all = countParticles(draw());
         for (float const percent : {0.0F, 10.0F, 50.0F, 75.0F}) {
-            options.particles.percent = percent;
+            options.percent = percent;
             int const some = countParticles(draw());
             EXPECT_NEAR(some, all * percent / 100, 0.03 * all) << percent << " " << megabytes;
         }
@@ -312,13 +321,13 @@ TEST_F(ParticleViewer_gl_test, arrowsPointAlongTheVelocitiesAndAreAsLongAsAskedF
     add({0, 4, 0});
     data.velocities = {{2, 0, 0}, {-1, 0, 0}};
     data.box = ParticleBox{{-5, -1, 0}, {{10, 0, 0}, {0, 6, 0}, {0, 0, 1}}};
-    options.particles.mode = ParticleMode::ARROWS;
-    options.particles.size = 2;
-    options.particles.range = ValueRange{1, 3};
-    options.particles.colors = {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}};
+    options.mode = ParticleMode::ARROWS;
+    options.size = 2;
+    options.range = ValueRange{1, 3};
+    options.colors = {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}};
     Picture const picture = draw();
-    double const pixelsPerUnit = 0.86 * (options.width - barWidth()) / 10;
-    double const middle = (options.width - barWidth()) / 2.0;
+    double const pixelsPerUnit = 0.86 * (size.width - barWidth()) / 10;
+    double const middle = (size.width - barWidth()) / 2.0;
     // The slower one is red and goes to the left, 2 units long. The faster one is half way to green.
     Outline const red = outlineOf(picture, [](Rgb const& c) { return c[0] > 110 && c[1] < 45 && c[2] < 80; });
     EXPECT_NEAR(red.columns.last, middle, 3);
@@ -334,17 +343,16 @@ TEST_F(ParticleViewer_gl_test, arrowsPointAlongTheVelocitiesAndAreAsLongAsAskedF
 // == Colors ==
 
 TEST_F(ParticleViewer_gl_test, theColorBarShowsTheColorsThatParticlesHave) {
-    options.particles.mode = ParticleMode::POINTS;
-    options.particles.size = 14;
-    options.particles.range = ValueRange{0, 8};
+    options.mode = ParticleMode::POINTS;
+    options.size = 14;
+    options.range = ValueRange{0, 8};
     std::vector<float> const values{-2, 0, 2, 4, 6, 8, 9};
     for (std::size_t i = 0; i < values.size(); ++i) {
         add({static_cast<float>(i), 0, 0}, values[i]);
     }
-    RampColors const& ramp =
-        options.particles.colors = {{0.2F, 0.4F, 0.8F, 1}, {1, 0.6F, 0.2F, 1}, {1, 1, 1, 1}};
+    RampColors const& ramp = options.colors = {{0.2F, 0.4F, 0.8F, 1}, {1, 0.6F, 0.2F, 1}, {1, 1, 1, 1}};
     Picture const picture = draw();
-    ColorBar const bar(*look.scale, options.width, options.height);
+    ColorBar const bar(*look.scale, size);
     ASSERT_TRUE(bar.isShown());
     auto const channel = [](float const& c) {
         return static_cast<int>(std::lround(255 * std::clamp(c, 0.0F, 1.0F)));
@@ -354,11 +362,11 @@ TEST_F(ParticleViewer_gl_test, theColorBarShowsTheColorsThatParticlesHave) {
                    channel(ramp.low.g + t * (ramp.high.g - ramp.low.g)),
                    channel(ramp.low.b + t * (ramp.high.b - ramp.low.b))};
     };
-    double const frame = options.width - bar.reservedWidth();
+    double const frame = size.width - bar.reservedWidth();
     for (std::size_t i = 0; i < values.size(); ++i) {
         int const x = static_cast<int>(frame / 2 + (static_cast<double>(i) / 6 - 0.5) * 0.86 * frame);
         Rgb const wanted = values[i] > 8 ? Rgb{255, 255, 255} : mixed(values[i] / 8);
-        expectNear(at(picture, x, options.height / 2), wanted, 2, "particle " + std::to_string(values[i]));
+        expectNear(at(picture, x, size.height / 2), wanted, 2, "particle " + std::to_string(values[i]));
     }
     // Each row of the bar, in its middle column.
     auto const cells = bar.cells();
@@ -370,7 +378,7 @@ TEST_F(ParticleViewer_gl_test, theColorBarShowsTheColorsThatParticlesHave) {
     for (unsigned int i = 0; i < chunk.count(); ++i) {
         Vector3<float> const& place = chunk.channelData(0)->asVectors()[i];
         float const t = chunk.channelData(1)->asVectors()[i].x;
-        expectNear(at(picture, static_cast<int>(place.x), options.height - 1 - static_cast<int>(place.y)),
+        expectNear(at(picture, static_cast<int>(place.x), size.height - 1 - static_cast<int>(place.y)),
                    t > 1.01F ? Rgb{255, 255, 255} : mixed(t), 2, "bar " + std::to_string(t));
     }
     // A frame is around it, the background beyond.
@@ -381,11 +389,11 @@ TEST_F(ParticleViewer_gl_test, theColorBarShowsTheColorsThatParticlesHave) {
 TEST_F(ParticleViewer_gl_test, withoutValuesThereIsNoBar) {
     add({0, 0, 0});
     Outline const green = outlineOf(draw(), isGreen);
-    EXPECT_NEAR(green.columns.first + green.columns.last, options.width, 3) << "the picture's middle";
+    EXPECT_NEAR(green.columns.first + green.columns.last, size.width, 3) << "the picture's middle";
     data = {};
     add({1, 0, 0}, 1);
     Outline const beside = outlineOf(draw(), isRed);
-    EXPECT_LT(beside.columns.first + beside.columns.last, options.width - 40);
+    EXPECT_LT(beside.columns.first + beside.columns.last, size.width - 40);
 }
 
 // == Ways to draw ==
@@ -395,9 +403,9 @@ TEST_F(ParticleViewer_gl_test, withAndWithoutABufferThePictureIsTheSame) {
     addSquare(7);
     data.velocities.assign(data.positions.size(), {0, 0.1F, 0});
     for (ParticleMode const& mode : {ParticleMode::POINTS, ParticleMode::SPHERES, ParticleMode::ARROWS}) {
-        options.particles.mode = mode;
-        options.particles.channel = mode == ParticleMode::ARROWS ? "" : "t";
-        options.view = View::PERSPECTIVE;
+        options.mode = mode;
+        options.channel = mode == ParticleMode::ARROWS ? "" : "t";
+        camera.view = View::PERSPECTIVE;
         Picture with;
         Picture without;
         {
@@ -419,22 +427,22 @@ TEST_F(ParticleViewer_gl_test, withAndWithoutABufferThePictureIsTheSame) {
 TEST_F(ParticleViewer_gl_test, buffersAreFilledOnceForAllTiles) {
     addSquare(7);
     prepare();
-    Viewer viewer(*layer, *scene, options, look);
+    Viewer viewer(*layer, *scene, style());
     gl_spy::Recording recording;
-    ASSERT_TRUE(viewer.draw(context(), tiles).isOk());
+    ASSERT_TRUE(drawTiles(viewer, tiles).isOk());
     EXPECT_EQ(fillings(recording), 2U) << "one for the particles, one for the bar";
     EXPECT_GE(recording.count("glDrawArrays"), 12U) << "six tiles";
 }
 
 TEST_F(ParticleViewer_gl_test, tilesFitTogether) {
     addSquare(5);
-    options.view = View::PERSPECTIVE;
-    options.width = 220;
-    options.height = 110;
+    camera.view = View::PERSPECTIVE;
+    size.width = 220;
+    size.height = 110;
     prepare();
-    Viewer viewer(*layer, *scene, options, look);
-    Result<Picture> const coarse = viewer.draw(context(), tiles);
-    Result<Picture> const fine = viewer.draw(context(), Tiling{2, 96, 96, 16});
+    Viewer viewer(*layer, *scene, style());
+    Result<Picture> const coarse = drawTiles(viewer, tiles);
+    Result<Picture> const fine = drawTiles(viewer, Tiling{2, 96, 96, 16});
     ASSERT_TRUE(coarse.isOk() && fine.isOk());
     int different = 0;
     for (std::size_t i = 0; i < fine.value().pixels.size(); ++i) {
@@ -449,16 +457,16 @@ TEST_F(ParticleViewer_gl_test, tilesFitTogether) {
 TEST_F(ParticleViewer_gl_test, whatIsSeenOfParticlesCanBePicked) {
     add({0, 0, 0});
     prepare();
-    Viewer viewer(*layer, *scene, options, look);
-    EXPECT_EQ(viewer.pick({168, 112}), "16 some.csv");
-    EXPECT_EQ(viewer.pick({168 + 80, 112}), "16 some.csv") << "a sphere is picked as wide as it is drawn";
-    EXPECT_EQ(viewer.pick({168 + 75, 112 + 75}), "nothing") << "the corner beside it";
-    EXPECT_EQ(viewer.pick({5, 5}), "nothing");
+    Viewer viewer(*layer, *scene, style());
+    EXPECT_EQ(pick(viewer, {168, 112}), "16 some.csv");
+    EXPECT_EQ(pick(viewer, {168 + 80, 112}), "16 some.csv") << "a sphere is picked as wide as it is drawn";
+    EXPECT_EQ(pick(viewer, {168 + 75, 112 + 75}), "nothing") << "the corner beside it";
+    EXPECT_EQ(pick(viewer, {5, 5}), "nothing");
 }
 
 TEST_F(ParticleViewer_gl_test, theNearerOfModelAndParticlesIsPicked) {
     add({0, 0, 0});
-    Result<ParticleLook> const result = lookOf({data}, options.particles);
+    Result<ParticleLook> const result = lookOf({data}, options);
     ASSERT_TRUE(result.isOk());
     MeshData wall;
     wall.name = "wall.obj";
@@ -471,7 +479,8 @@ TEST_F(ParticleViewer_gl_test, theNearerOfModelAndParticlesIsPicked) {
             corner.z = z;
         }
         Scene const both({wall}, nullptr, {data}, result.value());
-        Viewer viewer(*layer, both, options, result.value());
-        EXPECT_EQ(viewer.pick({168, 112}), z < 0 ? "17 some.csv" : "16 wall.obj");
+        look = result.value();
+        Viewer viewer(*layer, both, style());
+        EXPECT_EQ(pick(viewer, {168, 112}), z < 0 ? "17 some.csv" : "16 wall.obj");
     }
 }

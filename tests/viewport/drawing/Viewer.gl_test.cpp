@@ -1,4 +1,4 @@
-#include "viewport/drawing/Viewer.h"
+#include "viewport/drawing/TiledPicture.h"
 
 #include "Core_RL_GL.h"
 #include "tests/gl_spy/GlTest.h"
@@ -56,29 +56,32 @@ MeshData texturedSquare() {
 
 constexpr Color4<float> orange{1.0F, 0.45F, 0.0F, 1};
 
+std::string textOf(std::optional<Picked> const& picked) {
+    return picked ? std::to_string(picked->name) + " " + picked->owner : "nothing";
+}
+
 class Viewer_gl_test : public gl_spy::GlTest {
 protected:
     void SetUp() override {
         GlTest::SetUp();
         layer.reset(new Core_RL_GL);
-        options.width = 112;
-        options.height = 112;
     }
 
     Picture draw(Tiling const& tiling = oneTile) {
-        Viewer viewer(*layer, scene, options);
-        Result<Picture> picture = viewer.draw(context(), tiling);
+        Viewer viewer(*layer, scene, style);
+        Result<Picture> picture = TiledPicture(size, tiling).draw(viewer, *layer, context());
         EXPECT_TRUE(picture.isOk());
         return picture.isOk() ? picture.value() : Picture{};
     }
 
     std::string pick(int const& x, int const& y) {
-        Viewer viewer(*layer, scene, options);
-        return viewer.pick({x, y});
+        Viewer viewer(*layer, scene, style);
+        return textOf(viewer.pick(size, {x, y}));
     }
 
     Scene scene{{cube("cube.obj", {0, 0, 0}, orange)}};
-    Options options;
+    PictureSize size{112, 112};
+    ViewStyle style;
     std::unique_ptr<Core_RL> layer;
 };
 
@@ -121,9 +124,9 @@ TEST_F(Viewer_gl_test, everyShadingGizmoAndViewDrawsWithoutAnErrorOfOpenGL) {
     for (Shading const& shading : {Shading::BOX, Shading::WIREFRAME, Shading::FACETED, Shading::SMOOTH}) {
         for (Gizmo const& gizmo : {Gizmo::NONE, Gizmo::MOVE, Gizmo::ROTATE, Gizmo::SCALE}) {
             for (unsigned int view = 0; view < 7; ++view) {
-                options.shading = shading;
-                options.gizmo = gizmo;
-                options.view = static_cast<View>(view);
+                style.mesh.shading = shading;
+                style.gizmo = gizmo;
+                style.camera.view = static_cast<View>(view);
                 Picture const picture = draw();
                 ASSERT_EQ(picture.pixels.size(), 4U * 112 * 112);
                 pick(56, 56);
@@ -137,7 +140,7 @@ TEST_F(Viewer_gl_test, everyShadingGizmoAndViewDrawsWithoutAnErrorOfOpenGL) {
 
 TEST_F(Viewer_gl_test, theModelFillsThePictureInEveryView) {
     for (unsigned int view = 0; view < 7; ++view) {
-        options.view = static_cast<View>(view);
+        style.camera.view = static_cast<View>(view);
         Picture const picture = draw();
         // A cube seen along an axis is a square of 86 % of the side: 9277 of 12544 pixels. Its perspective outline
         // is a hexagon of more than a third of the picture.
@@ -158,13 +161,13 @@ TEST_F(Viewer_gl_test, backgroundIsLighterAboveAndOpaque) {
 }
 
 TEST_F(Viewer_gl_test, tilesJoinWithoutSeams) {
-    options.gizmo = Gizmo::MOVE;
-    options.width = 150;
-    options.height = 130;
+    style.gizmo = Gizmo::MOVE;
+    size.width = 150;
+    size.height = 130;
     for (View const& view : {View::PERSPECTIVE, View::TOP}) {
         for (Shading const& shading : {Shading::SMOOTH, Shading::WIREFRAME, Shading::BOX}) {
-            options.view = view;
-            options.shading = shading;
+            style.camera.view = view;
+            style.mesh.shading = shading;
             // Tiles whose edges are elsewhere: 96 instead of 112 pixels. Only the rounding of the crop and of the
             // rasterization may differ.
             Picture const wide = draw({2, 112, 112, 8});
@@ -176,55 +179,39 @@ TEST_F(Viewer_gl_test, tilesJoinWithoutSeams) {
     }
 }
 
-TEST_F(Viewer_gl_test, largePicturesAreCutIntoModerateTiles) {
-    struct Row {
-        int width;
-        int height;
-    };
-    for (Row const& row : {Row{1, 1}, Row{1280, 720}, Row{16384, 16384}, Row{16384, 1}, Row{5000, 3000}}) {
-        Tiling const tiling = Tiling::of(row.width, row.height);
-        EXPECT_LE(tiling.bufferWidth(), 2112);
-        EXPECT_LE(tiling.bufferHeight(), 2112);
-        EXPECT_LE(tiling.width, row.width);
-        EXPECT_LE(tiling.height, row.height);
-        EXPECT_GE(tiling.samplesPerSide, 1);
-    }
-    EXPECT_EQ(Tiling::of(1280, 720).samplesPerSide, 2);
-}
-
 TEST_F(Viewer_gl_test, pickingFindsModelsAndNothingBesideThem) {
     EXPECT_EQ(pick(56, 56), "16 cube.obj");
     EXPECT_EQ(pick(0, 0), "nothing");
     EXPECT_EQ(pick(111, 111), "nothing");
-    options.shading = Shading::WIREFRAME;
+    style.mesh.shading = Shading::WIREFRAME;
     EXPECT_EQ(pick(56, 56), "16 cube.obj");
-    options.shading = Shading::BOX;
+    style.mesh.shading = Shading::BOX;
     EXPECT_EQ(pick(56, 56), "16 cube.obj");
 }
 
 TEST_F(Viewer_gl_test, pickingFindsTheNearerModel) {
     scene = Scene({cube("far.obj", {0, 0, -5}, orange), cube("near.obj", {0, 0, 5}, orange),
                    cube("middle.obj", {0, 0, 0}, orange)});
-    options.view = View::FRONT;
+    style.camera.view = View::FRONT;
     EXPECT_EQ(pick(56, 56), "17 near.obj");
-    options.view = View::BACK;
+    style.camera.view = View::BACK;
     EXPECT_EQ(pick(56, 56), "16 far.obj");
 }
 
 TEST_F(Viewer_gl_test, pickingFindsHandlesBeforeModels) {
     // In the front view a handle of 118 / 720 of the side, 18 pixels, goes to the right along x and up along y.
-    options.view = View::FRONT;
-    options.gizmo = Gizmo::MOVE;
+    style.camera.view = View::FRONT;
+    style.gizmo = Gizmo::MOVE;
     EXPECT_EQ(pick(56 + 18, 56), "1 gizmo move X");
     EXPECT_EQ(pick(56, 56 - 18), "2 gizmo move Y");
     EXPECT_EQ(pick(56, 56 + 18), "16 cube.obj");
-    options.gizmo = Gizmo::SCALE;
+    style.gizmo = Gizmo::SCALE;
     EXPECT_EQ(pick(56 + 17, 56), "1 gizmo scale X");
     EXPECT_EQ(pick(56, 56 - 17), "2 gizmo scale Y");
-    options.view = View::RIGHT;
+    style.camera.view = View::RIGHT;
     EXPECT_EQ(pick(56 - 17, 56), "3 gizmo scale Z");
-    options.view = View::FRONT;
-    options.gizmo = Gizmo::ROTATE;
+    style.camera.view = View::FRONT;
+    style.gizmo = Gizmo::ROTATE;
     // The circle about z faces the viewer; those about x and y are lines through the center.
     int const diagonal = static_cast<int>(std::lround(18.35 * std::sqrt(0.5)));
     EXPECT_EQ(pick(56 + diagonal, 56 - diagonal), "3 gizmo rotate Z");
@@ -235,17 +222,17 @@ TEST_F(Viewer_gl_test, pickingFindsHandlesBeforeModels) {
 
 TEST_F(Viewer_gl_test, theCenterOfTheScaleGizmoIsAHandle) {
     // From behind, z points away and its handle is hidden; the shafts along x and y start in the middle of the box.
-    options.view = View::BACK;
-    options.gizmo = Gizmo::SCALE;
-    options.width = 1000;
-    options.height = 1000;
+    style.camera.view = View::BACK;
+    style.gizmo = Gizmo::SCALE;
+    size.width = 1000;
+    size.height = 1000;
     // Half the box is 0.075 of a handle of 164 pixels: 12 pixels.
     EXPECT_EQ(pick(500 - 8, 500 + 8), "4 gizmo scale center");
 }
 
 TEST_F(Viewer_gl_test, gizmosAreDrawnOverTheModelInTheirColors) {
-    options.view = View::FRONT;
-    options.gizmo = Gizmo::MOVE;
+    style.camera.view = View::FRONT;
+    style.gizmo = Gizmo::MOVE;
     Picture const picture = draw();
     unsigned char const* const x = at(picture, 56 + 18, 56);
     unsigned char const* const y = at(picture, 56, 56 - 18);
@@ -257,17 +244,15 @@ TEST_F(Viewer_gl_test, buffersAndImmediateModeGiveTheSamePicture) {
     scene = Scene({cube("cube.obj", {0, 0, 0}, orange), texturedSquare()});
     for (Shading const& shading : {Shading::BOX, Shading::WIREFRAME, Shading::FACETED, Shading::SMOOTH}) {
         for (int const& way : {0, 1, 2, 3, 4}) {
-            options = Options{};
-            options.width = 112;
-            options.height = 112;
-            options.shading = shading;
-            options.edges = way == 1;
-            options.edgesBlend = way == 2;
-            options.connectivity = way == 3;
-            options.wireframeBack = way == 4;
-            options.normals = way == 3 ? Normals::VERTEX : way == 4 ? Normals::FACE : Normals::NONE;
+            style = ViewStyle{};
+            style.mesh.shading = shading;
+            style.mesh.edges = way == 1;
+            style.mesh.edgesBlend = way == 2;
+            style.mesh.connectivity = way == 3;
+            style.mesh.wireframeBack = way == 4;
+            style.mesh.normals = way == 3 ? Normals::VERTEX : way == 4 ? Normals::FACE : Normals::NONE;
             Picture const fromBuffers = draw();
-            options.immediate = true;
+            style.mesh.immediate = true;
             Picture const immediate = draw();
             EXPECT_LT(compare(fromBuffers, immediate).mean, 0.02) << static_cast<int>(shading) << ' ' << way;
         }
@@ -277,31 +262,31 @@ TEST_F(Viewer_gl_test, buffersAndImmediateModeGiveTheSamePicture) {
 
 TEST_F(Viewer_gl_test, everyOverlayIsSeen) {
     Picture const plain = draw();
-    auto const differs = [&](Options const& changed) {
-        options = changed;
+    auto const differs = [&](ViewStyle const& changed) {
+        style = changed;
         return compare(plain, draw()).mean > 0.05;
     };
-    Options const start = options;
-    Options changed = start;
+    ViewStyle const start = style;
+    ViewStyle changed = start;
     EXPECT_FALSE(differs(changed));
-    changed.edgesBlend = true;
+    changed.mesh.edgesBlend = true;
     EXPECT_TRUE(differs(changed));
     changed = start;
-    changed.connectivity = true;
+    changed.mesh.connectivity = true;
     EXPECT_TRUE(differs(changed));
     changed = start;
-    changed.normals = Normals::VERTEX;
+    changed.mesh.normals = Normals::VERTEX;
     EXPECT_TRUE(differs(changed));
-    changed.normals = Normals::FACE;
+    changed.mesh.normals = Normals::FACE;
     EXPECT_TRUE(differs(changed));
     changed = start;
-    changed.importPreview = true;
+    changed.mesh.importPreview = true;
     EXPECT_TRUE(differs(changed));
 }
 
 TEST_F(Viewer_gl_test, thePreviewOfAnImportIsRed) {
-    options.importPreview = true;
-    options.view = View::FRONT;
+    style.mesh.importPreview = true;
+    style.camera.view = View::FRONT;
     Picture const picture = draw();
     unsigned char const* const middle = at(picture, 40, 50);
     EXPECT_GT(middle[0], 60);
@@ -313,10 +298,10 @@ TEST_F(Viewer_gl_test, edgesAreLightLinesOverTheSurface) {
     // Seen from the front the square spans the picture from border to border of the framing; its four sides are
     // borders, the diagonal between its triangles is not.
     scene = Scene({texturedSquare()});
-    options.view = View::FRONT;
-    options.edges = true;
+    style.camera.view = View::FRONT;
+    style.mesh.edges = true;
     Picture const with = draw();
-    options.edges = false;
+    style.mesh.edges = false;
     Picture const without = draw();
     int changed = 0;
     for (int i = 20; i < 92; ++i) {
@@ -334,11 +319,11 @@ TEST_F(Viewer_gl_test, edgesAreLightLinesOverTheSurface) {
 
 TEST_F(Viewer_gl_test, texturesAreSampledWhereTheCoordinatesSay) {
     scene = Scene({texturedSquare()});
-    options.view = View::FRONT;
+    style.camera.view = View::FRONT;
     for (bool const& immediate : {false, true}) {
         for (Shading const& shading : {Shading::SMOOTH, Shading::FACETED}) {
-            options.immediate = immediate;
-            options.shading = shading;
+            style.mesh.immediate = immediate;
+            style.mesh.shading = shading;
             Picture const picture = draw();
             unsigned char const* const lowerLeft = at(picture, 36, 76);
             unsigned char const* const lowerRight = at(picture, 76, 76);
@@ -355,9 +340,9 @@ TEST_F(Viewer_gl_test, texturesAreSampledWhereTheCoordinatesSay) {
 TEST_F(Viewer_gl_test, trianglesSeenFromBehindBecomeOutlines) {
     scene = Scene({texturedSquare()});
     // The white quarter is at the upper left from behind.
-    options.view = View::BACK;
+    style.camera.view = View::BACK;
     Picture const solid = draw();
-    options.wireframeBack = true;
+    style.mesh.wireframeBack = true;
     Picture const outlined = draw();
     unsigned char const* const inside = at(outlined, 36, 50);
     EXPECT_GT(at(solid, 36, 50)[0] + at(solid, 36, 50)[1] + at(solid, 36, 50)[2],

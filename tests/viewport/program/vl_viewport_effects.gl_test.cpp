@@ -427,22 +427,50 @@ TEST_F(effect_program_gl_test, aVertexStageWithoutAColorIsNotShownThroughAStageT
     EXPECT_EQ(color.b, 255);
 }
 
-TEST_F(effect_program_gl_test, filesThatAreNoShadersAreReplaced) {
+TEST_F(effect_program_gl_test, shaderFilesThatCannotBeReadAreFaults) {
     std::string const huge = folder.write("huge.frag", "");
     ASSERT_EQ(truncate(huge.c_str(), off_t{100} << 20), 0);
     std::string const folderPath = folder.file("folder.frag");
     ASSERT_EQ(mkdir(folderPath.c_str(), 0755), 0);
-    std::string const noise = folder.write("noise.frag", mesh_texts::noise(5000));
+    std::string const pipe = folder.file("pipe.frag");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0644), 0);
+    std::string const good = folder.write("green.frag", greenFragment);
+    struct Row {
+        std::string file;
+        char const* fault;
+    };
+    for (Row const& row : {Row{folder.file("gone.frag"), "cannot be opened: No such file"},
+                           Row{good + "/green.frag", "cannot be opened: Not a directory"},
+                           Row{folderPath, "is not a plain file"}, Row{pipe, "is not a plain file"},
+                           Row{"/dev/null", "is not a plain file"}, Row{"/dev/zero", "is not a plain file"},
+                           Row{huge, "is too large"}, Row{folder.write("empty.frag", ""), "is empty"},
+                           Row{folder.write("blank.frag", "\n \t\n"), "is empty"},
+                           Row{folder.write("noise.frag", mesh_texts::noise(5000)), "is not a text"}}) {
+        for (char const* const stage : {"--shader-vertex", "--shader-fragment", "--shader-geometry"}) {
+            SCOPED_TRACE(stage);
+            expectFault(custom({stage, row.file}), row.file, row.fault);
+        }
+    }
+    expectFault(custom({"--shader-fragment", good, "--shader-vertex", huge}), huge, "is too large");
+}
+
+TEST_F(effect_program_gl_test, aShaderFileWithoutPermissionIsAFault) {
+    if (geteuid() == 0) {
+        GTEST_SKIP() << "the superuser may read every file";
+    }
+    std::string const locked = folder.write("locked.frag", greenFragment);
+    ASSERT_EQ(chmod(locked.c_str(), 0), 0);
+    expectFault(custom({"--shader-fragment", locked}), locked, "cannot be opened: Permission denied");
+}
+
+TEST_F(effect_program_gl_test, aTextThatIsNoShaderIsReplaced) {
     std::string letters = mesh_texts::noise(5000);
     std::replace(letters.begin(), letters.end(), '\0', '0');
-    for (std::string const& file :
-         {folder.file("gone.frag"), folder.write("empty.frag", ""), folder.write("blank.frag", "\n\n"), huge,
-          folderPath, noise, folder.write("letters.frag", letters), std::string("/dev/zero")}) {
-        std::string error;
-        expectPassedOn(draw(custom({"--shader-fragment", file}), error));
-        EXPECT_THAT(error, HasSubstr("vl_viewport: " + file + ": "));
-        EXPECT_THAT(error, HasSubstr("; a stage that passes everything on takes its place\n"));
-    }
+    std::string const file = folder.write("letters.frag", letters);
+    std::string error;
+    expectPassedOn(draw(custom({"--shader-fragment", file}), error));
+    EXPECT_THAT(error, HasSubstr("vl_viewport: " + file + ": "));
+    EXPECT_THAT(error, HasSubstr("; a stage that passes everything on takes its place\n"));
 }
 
 TEST_F(effect_program_gl_test, linesOfAnyLengthAreRead) {

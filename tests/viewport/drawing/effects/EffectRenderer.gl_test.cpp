@@ -1,10 +1,10 @@
-#include "viewport/drawing/EffectRenderer.h"
+#include "viewport/drawing/effects/EffectRenderer.h"
 
 #include "tests/gl_spy/GlTest.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/attribute_state.h"
 #include "viewport/drawing/GlewStart.h"
-#include "viewport/drawing/Viewer.h"
+#include "viewport/files/images/Picture.h"
 
 #include <gmock/gmock.h>
 
@@ -31,6 +31,12 @@ MeshData tetrahedron() {
     return mesh;
 }
 
+OceanEffect smallOcean() {
+    OceanEffect ocean;
+    ocean.sea.size = 16;
+    return ocean;
+}
+
 /// Where the arrays of the last mesh were. Mesh renderers leave that behind; the arrays themselves are off.
 MATCHER(isOfArrays, "") {
     return std::string(arg).find("_ARRAY_") != std::string::npos;
@@ -45,17 +51,7 @@ class EffectRenderer_gl_test : public gl_spy::GlTest {
 protected:
     void SetUp() override {
         GlTest::SetUp();
-        ASSERT_EQ(startGlew(), std::nullopt);
-    }
-
-    Options optionsFor(std::vector<std::string> const& words) const {
-        std::vector<char const*> arguments{"vl_viewport", "--out", "a.png"};
-        for (std::string const& word : words) {
-            arguments.push_back(word.c_str());
-        }
-        CommandLine const line = parseCommandLine(static_cast<int>(arguments.size()), arguments.data());
-        EXPECT_TRUE(line.options.has_value()) << line.error;
-        return line.options.value_or(Options{});
+        ASSERT_FALSE(startGlew().has_value());
     }
 
     TemporaryFolder folder;
@@ -68,22 +64,30 @@ TEST_F(EffectRenderer_gl_test, drawingLeavesTheStateAsItWas) {
     ASSERT_FALSE(map.savePng(folder.file("map.png")));
     std::string const fragment =
         folder.write("green.frag", "void main() { gl_FragColor = vec4(0.0, 1.0, 0.0, 1.0); }");
+    DisplacementEffect displaced;
+    displaced.map = folder.file("map.png");
+    DisplacementEffect tessellated = displaced;
+    tessellated.tessellate = true;
+    ScatteringEffect scattering;
+    scattering.lights.count = 2;
+    CustomEffect custom;
+    custom.grabsFrameBuffer = true;
+    custom.fragmentShader = fragment;
+    struct Row {
+        char const* name;
+        EffectValues values;
+    };
     std::vector<MeshData> const meshes{tetrahedron()};
     Scene const scene(meshes);
-    for (std::vector<std::string> const& words : std::vector<std::vector<std::string>>{
-             {"a.obj", "--effect", "displacement", "--effect-param", "map=" + folder.file("map.png")},
-             {"a.obj", "--effect", "displacement", "--effect-param", "map=" + folder.file("map.png"),
-              "--effect-param", "tessellate=yes"},
-             {"a.obj", "--effect", "ocean", "--effect-param", "size=16"},
-             {"a.obj", "--effect", "glass"},
-             {"a.obj", "--effect", "sss", "--effect-param", "lights=2"},
-             {"a.obj", "--effect", "custom", "--effect-param", "grab=yes", "--shader-fragment", fragment}}) {
-        SCOPED_TRACE(words[2] + " " + words.back());
+    for (Row const& row : {Row{"displacement", displaced}, Row{"displacement, tessellated", tessellated},
+                           Row{"ocean", smallOcean()}, Row{"glass", GlassEffect()},
+                           Row{"scattering", scattering}, Row{"custom", custom}}) {
+        SCOPED_TRACE(row.name);
         auto const layer = std::make_unique<ReportingLayer>();
-        Options const options = optionsFor(words);
-        Result<EffectSubject> subject = EffectSubject::prepare(options, meshes, scene);
+        EffectSpec const spec{row.values, std::nullopt};
+        Result<EffectSubject> subject = EffectSubject::prepare(spec, meshes, scene, 1);
         ASSERT_TRUE(subject.isOk()) << subject.fault().line();
-        EffectRenderer effect(*layer, options, std::move(subject.value()));
+        EffectRenderer effect(*layer, spec, MeshStyle(), std::move(subject.value()));
         EXPECT_THAT(effect.notes(), IsEmpty());
         EXPECT_TRUE(effect.covers(0));
         EXPECT_EQ(effect.ownScene(), nullptr);
@@ -100,11 +104,11 @@ TEST_F(EffectRenderer_gl_test, drawingLeavesTheStateAsItWas) {
 
 TEST_F(EffectRenderer_gl_test, theSeaHasASceneOfItsOwnAndLeavesTheStateAsItWas) {
     auto const layer = std::make_unique<ReportingLayer>();
-    Options const options = optionsFor({"--effect", "ocean", "--effect-param", "size=16"});
+    EffectSpec const spec{smallOcean(), std::nullopt};
     Scene const scene({});
-    Result<EffectSubject> subject = EffectSubject::prepare(options, {}, scene);
+    Result<EffectSubject> subject = EffectSubject::prepare(spec, {}, scene, 1);
     ASSERT_TRUE(subject.isOk());
-    EffectRenderer effect(*layer, options, std::move(subject.value()));
+    EffectRenderer effect(*layer, spec, MeshStyle(), std::move(subject.value()));
     ASSERT_NE(effect.ownScene(), nullptr);
     Camera_RL_GL camera;
     effect.ownScene()->placeCamera(camera);
@@ -117,6 +121,14 @@ TEST_F(EffectRenderer_gl_test, theSeaHasASceneOfItsOwnAndLeavesTheStateAsItWas) 
     AttributeState const after;
     EXPECT_THAT(before.namesThatDiffer(after), Each(AnyOf(isOfArrays(), isOfTheLayer())))
         << before.differences(after);
+}
+
+// == Coverage ==
+
+TEST(EffectSpec, coversAllModelsOrTheOneThatIsNamed) {
+    EXPECT_TRUE((EffectSpec{GlassEffect(), std::nullopt}).covers(3));
+    EXPECT_TRUE((EffectSpec{GlassEffect(), 3}).covers(3));
+    EXPECT_FALSE((EffectSpec{GlassEffect(), 3}).covers(2));
 }
 
 // == The sea ==

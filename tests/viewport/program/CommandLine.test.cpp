@@ -1,4 +1,4 @@
-#include "viewport/program/Options.h"
+#include "viewport/program/CommandLine.h"
 
 #include <gmock/gmock.h>
 
@@ -33,31 +33,31 @@ std::string errorOf(std::vector<char const*> const& arguments) {
 
 }  // namespace
 
-TEST(Options, theShortestCommandLineTakesTheDefaults) {
+TEST(CommandLine, theShortestCommandLineTakesTheDefaults) {
     Options const options = optionsOf({"a.obj", "--out", "a.png"});
     EXPECT_EQ(options.files, std::vector<std::string>{"a.obj"});
     EXPECT_EQ(options.out, "a.png");
-    EXPECT_EQ(options.width, 1280);
-    EXPECT_EQ(options.height, 720);
-    EXPECT_EQ(options.shading, Shading::SMOOTH);
+    EXPECT_EQ(options.size.width, 1280);
+    EXPECT_EQ(options.size.height, 720);
+    EXPECT_EQ(options.mesh.shading, Shading::SMOOTH);
     EXPECT_EQ(options.gizmo, Gizmo::NONE);
-    EXPECT_EQ(options.view, View::PERSPECTIVE);
+    EXPECT_EQ(options.camera.view, View::PERSPECTIVE);
     EXPECT_FALSE(options.pick.has_value());
     EXPECT_FALSE(options.info);
     EXPECT_EQ(options.limits.deadline.count(), 20'000);
     EXPECT_EQ(options.limits.memoryBytes, 4096ULL << 20);
 }
 
-TEST(Options, everyOptionIsRead) {
+TEST(CommandLine, everyOptionIsRead) {
     Options const options = optionsOf({"a.obj", "--size", "640x480", "b.ply", "--shading", "box", "--gizmo",
                                        "rotate", "--view", "left", "--pick", "639,0", "--info",
                                        "--import-timeout", "0.25", "--import-memory", "512", "--out=x"});
     EXPECT_EQ(options.files, (std::vector<std::string>{"a.obj", "b.ply"}));
-    EXPECT_EQ(options.width, 640);
-    EXPECT_EQ(options.height, 480);
-    EXPECT_EQ(options.shading, Shading::BOX);
+    EXPECT_EQ(options.size.width, 640);
+    EXPECT_EQ(options.size.height, 480);
+    EXPECT_EQ(options.mesh.shading, Shading::BOX);
     EXPECT_EQ(options.gizmo, Gizmo::ROTATE);
-    EXPECT_EQ(options.view, View::LEFT);
+    EXPECT_EQ(options.camera.view, View::LEFT);
     EXPECT_EQ(options.pick->x, 639);
     EXPECT_EQ(options.pick->y, 0);
     EXPECT_TRUE(options.info);
@@ -66,44 +66,44 @@ TEST(Options, everyOptionIsRead) {
     EXPECT_EQ(options.out, "x");
 }
 
-TEST(Options, everyModeIsKnown) {
-    EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "wireframe"}).shading, Shading::WIREFRAME);
-    EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "faceted"}).shading, Shading::FACETED);
-    EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "smooth"}).shading, Shading::SMOOTH);
+TEST(CommandLine, everyModeIsKnown) {
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "wireframe"}).mesh.shading, Shading::WIREFRAME);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "faceted"}).mesh.shading, Shading::FACETED);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "smooth"}).mesh.shading, Shading::SMOOTH);
     EXPECT_EQ(optionsOf({"a", "--out", "b", "--gizmo", "move"}).gizmo, Gizmo::MOVE);
     EXPECT_EQ(optionsOf({"a", "--out", "b", "--gizmo", "scale"}).gizmo, Gizmo::SCALE);
     char const* const names[] = {"perspective", "front", "back", "top", "bottom", "left", "right"};
     for (unsigned int kind = 0; kind < 7; ++kind) {
-        EXPECT_EQ(optionsOf({"a", "--out", "b", "--view", names[kind]}).view, static_cast<View>(kind));
+        EXPECT_EQ(optionsOf({"a", "--out", "b", "--view", names[kind]}).camera.view, static_cast<View>(kind));
     }
 }
 
-TEST(Options, theWaysToShowAMeshAreRead) {
+TEST(CommandLine, theWaysToShowAMeshAreRead) {
     Options const plain = optionsOf({"a", "--out", "b"});
-    EXPECT_FALSE(plain.edges || plain.edgesBlend || plain.connectivity || plain.wireframeBack ||
-                 plain.importPreview || plain.immediate);
-    EXPECT_EQ(plain.normals, Normals::NONE);
+    EXPECT_FALSE(plain.mesh.edges || plain.mesh.edgesBlend || plain.mesh.connectivity ||
+                 plain.mesh.wireframeBack || plain.mesh.importPreview || plain.mesh.immediate);
+    EXPECT_EQ(plain.mesh.normals, Normals::NONE);
     EXPECT_EQ(plain.texture, "");
-    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--edges"}).edges);
-    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--edges-blend"}).edgesBlend);
-    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--connectivity"}).connectivity);
-    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--wireframe-back"}).wireframeBack);
-    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--import-preview"}).importPreview);
-    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--immediate"}).immediate);
-    EXPECT_EQ(optionsOf({"a", "--out", "b", "--normals", "vertex"}).normals, Normals::VERTEX);
-    EXPECT_EQ(optionsOf({"a", "--out", "b", "--normals", "face"}).normals, Normals::FACE);
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--edges"}).mesh.edges);
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--edges-blend"}).mesh.edgesBlend);
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--connectivity"}).mesh.connectivity);
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--wireframe-back"}).mesh.wireframeBack);
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--import-preview"}).mesh.importPreview);
+    EXPECT_TRUE(optionsOf({"a", "--out", "b", "--immediate"}).mesh.immediate);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--normals", "vertex"}).mesh.normals, Normals::VERTEX);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--normals", "face"}).mesh.normals, Normals::FACE);
     EXPECT_EQ(optionsOf({"a", "--out", "b", "--texture", "c.png"}).texture, "c.png");
     EXPECT_THAT(errorOf({"a", "--out", "b", "--normals", "edge"}), HasSubstr("face, vertex"));
     EXPECT_THAT(errorOf({"a", "--out", "b", "--texture", ""}), HasSubstr("--texture"));
     EXPECT_THAT(errorOf({"a", "--out", "b", "--edges", "--edges-blend"}), HasSubstr("--edges-blend"));
 }
 
-TEST(Options, theLargestAndSmallestPicturesAreTaken) {
-    EXPECT_EQ(optionsOf({"a", "--out", "b", "--size", "16384x1"}).width, 16384);
-    EXPECT_EQ(optionsOf({"a", "--out", "b", "--size", "1x16384"}).height, 16384);
+TEST(CommandLine, theLargestAndSmallestPicturesAreTaken) {
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--size", "16384x1"}).size.width, 16384);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--size", "1x16384"}).size.height, 16384);
 }
 
-TEST(Options, sizesThatMakeNoPictureAreUsageErrors) {
+TEST(CommandLine, sizesThatMakeNoPictureAreUsageErrors) {
     for (char const* const size : {"0x0",
                                    "0x10",
                                    "10x0",
@@ -129,14 +129,14 @@ TEST(Options, sizesThatMakeNoPictureAreUsageErrors) {
     }
 }
 
-TEST(Options, picksOutsideThePictureAreUsageErrors) {
+TEST(CommandLine, picksOutsideThePictureAreUsageErrors) {
     for (char const* const pick : {"100,0", "0,50", "-1,0", "0,-1", "5", "5,", ",5", "5,5,5", "a,b", ""}) {
         EXPECT_THAT(errorOf({"a", "--size", "100x50", "--pick", pick}), HasSubstr("--pick")) << pick;
     }
     EXPECT_EQ(optionsOf({"a", "--pick", "99,49", "--size", "100x50"}).pick->x, 99);
 }
 
-TEST(Options, unknownModesAreUsageErrors) {
+TEST(CommandLine, unknownModesAreUsageErrors) {
     EXPECT_THAT(errorOf({"a", "--out", "b", "--shading", "shiny"}), HasSubstr("shiny"));
     EXPECT_THAT(errorOf({"a", "--out", "b", "--shading", "shiny"}), HasSubstr("wireframe"));
     EXPECT_THAT(errorOf({"a", "--out", "b", "--gizmo", "bend"}), HasSubstr("--gizmo"));
@@ -144,7 +144,7 @@ TEST(Options, unknownModesAreUsageErrors) {
     EXPECT_THAT(errorOf({"a", "--out", "b", "--shading", ""}), HasSubstr("--shading"));
 }
 
-TEST(Options, unknownAndIncompleteOptionsAreUsageErrors) {
+TEST(CommandLine, unknownAndIncompleteOptionsAreUsageErrors) {
     EXPECT_THAT(errorOf({"a", "--out", "b", "--teapot"}), HasSubstr("--teapot"));
     EXPECT_THAT(errorOf({"a", "--out"}), HasSubstr("--out"));
     EXPECT_THAT(errorOf({"a", "--out", ""}), HasSubstr("--out"));
@@ -154,13 +154,13 @@ TEST(Options, unknownAndIncompleteOptionsAreUsageErrors) {
     errorOf({"", "--out", "b"});
 }
 
-TEST(Options, somethingMustBeAskedFor) {
+TEST(CommandLine, somethingMustBeAskedFor) {
     EXPECT_THAT(errorOf({"a.obj"}), HasSubstr("--out is required"));
     EXPECT_TRUE(optionsOf({"a.obj", "--info"}).out.empty());
     EXPECT_TRUE(optionsOf({"a.obj", "--pick", "0,0"}).out.empty());
 }
 
-TEST(Options, limitsMustBeSensible) {
+TEST(CommandLine, limitsMustBeSensible) {
     for (char const* const seconds : {"0", "-1", "nan", "inf", "1e9", "5s", ""}) {
         EXPECT_THAT(errorOf({"a", "--out", "b", "--import-timeout", seconds}), HasSubstr("--import-timeout"))
             << seconds;
@@ -171,7 +171,7 @@ TEST(Options, limitsMustBeSensible) {
     }
 }
 
-TEST(Options, helpAndVersionAreShown) {
+TEST(CommandLine, helpAndVersionAreShown) {
     CommandLine const help = parse({"--help"});
     EXPECT_FALSE(help.options.has_value());
     EXPECT_EQ(help.exitStatus, 0);
@@ -189,7 +189,7 @@ TEST(Options, helpAndVersionAreShown) {
 
 // == Particles ==
 
-TEST(Options, particlesHaveDefaults) {
+TEST(CommandLine, particlesHaveDefaults) {
     Options const options = optionsOf({"a", "--out", "b"});
     EXPECT_FALSE(options.particles.mode.has_value());
     EXPECT_EQ(options.particles.channel, "");
@@ -200,7 +200,7 @@ TEST(Options, particlesHaveDefaults) {
     EXPECT_FALSE(options.gpuMemory.has_value());
 }
 
-TEST(Options, theWaysToShowParticlesAreRead) {
+TEST(CommandLine, theWaysToShowParticlesAreRead) {
     Options const options =
         optionsOf({"a", "--out", "b", "--particles", "arrows", "--channel", "c_pe", "--percent", "33.3",
                    "--size-of-particles", "0.5", "--range", "-1,2.5e3", "--colors", "#ff0000,00FF80",
@@ -225,7 +225,7 @@ TEST(Options, theWaysToShowParticlesAreRead) {
                 (Color4<float>{1, 0, 0, 1}));
 }
 
-TEST(Options, particleOptionsThatMakeNoSenseAreUsageErrors) {
+TEST(CommandLine, particleOptionsThatMakeNoSenseAreUsageErrors) {
     struct Row {
         char const* option;
         std::vector<char const*> words;
@@ -246,7 +246,7 @@ TEST(Options, particleOptionsThatMakeNoSenseAreUsageErrors) {
     }
 }
 
-TEST(Options, helpSaysHowParticlesAreShown) {
+TEST(CommandLine, helpSaysHowParticlesAreShown) {
     std::string const help = parse({"--help"}).output;
     for (char const* const option : {"--particles", "--channel", "--percent", "--size-of-particles",
                                      "--range", "--colors", "--frame", "--gpu-memory", "RRGGBB"}) {

@@ -1,4 +1,7 @@
-#include "viewport/program/Options.h"
+#include "viewport/program/EffectWords.h"
+
+#include "viewport/drawing/effects/EffectParameter.h"
+#include "viewport/program/CommandLine.h"
 
 #include <gmock/gmock.h>
 
@@ -18,11 +21,20 @@ CommandLine parse(std::vector<std::string> const& words) {
     return parseCommandLine(static_cast<int>(arguments.size()), arguments.data());
 }
 
-EffectOptions effectOf(std::vector<std::string> words) {
+std::optional<EffectSpec> effectOf(std::vector<std::string> words) {
     words.insert(words.begin(), {"a.obj", "b.obj", "--out", "a.png"});
     CommandLine const line = parse(words);
     EXPECT_TRUE(line.options.has_value()) << line.error;
     return line.options.value_or(Options{}).effect;
+}
+
+/// The parameters of an effect E. Fails when another one is read, or none.
+template <class E>
+E valuesOf(std::vector<std::string> const& words) {
+    std::optional<EffectSpec> const effect = effectOf(words);
+    bool const isRead = effect && std::holds_alternative<E>(effect->values);
+    EXPECT_TRUE(isRead);
+    return isRead ? std::get<E>(effect->values) : E();
 }
 
 /// The message of a usage error. Fails when there is none, or not one line.
@@ -44,42 +56,43 @@ std::vector<float> list(Color4<float> const& c) {
     return {c.r, c.g, c.b, c.a};
 }
 
-constexpr Effect everyEffect[] = {Effect::DISPLACEMENT, Effect::OCEAN, Effect::GLASS, Effect::SSS,
-                                  Effect::CUSTOM};
-
 }  // namespace
 
 // == Effects ==
 
-TEST(EffectOptions, everyEffectIsKnown) {
-    EXPECT_EQ(effectOf({}).effect, Effect::NONE);
-    EXPECT_EQ(effectOf({"--effect", "displacement", "--effect-param", "map=m.png"}).effect,
-              Effect::DISPLACEMENT);
-    EXPECT_EQ(effectOf({"--effect", "ocean"}).effect, Effect::OCEAN);
-    EXPECT_EQ(effectOf({"--effect", "glass"}).effect, Effect::GLASS);
-    EXPECT_EQ(effectOf({"--effect", "sss"}).effect, Effect::SSS);
-    EXPECT_EQ(effectOf({"--effect", "custom", "--shader-fragment", "f"}).effect, Effect::CUSTOM);
-    EXPECT_THAT(errorOf({"--effect", "fog"}), HasSubstr("unknown effect 'fog'"));
+TEST(EffectWords, everyEffectIsKnown) {
+    EXPECT_FALSE(effectOf({}).has_value());
+    valuesOf<DisplacementEffect>({"--effect", "displacement", "--effect-param", "map=m.png"});
+    valuesOf<OceanEffect>({"--effect", "ocean"});
+    valuesOf<GlassEffect>({"--effect", "glass"});
+    valuesOf<ScatteringEffect>({"--effect", "sss"});
+    valuesOf<CustomEffect>({"--effect", "custom", "--shader-fragment", "f"});
+    EXPECT_THAT(errorOf({"--effect", "fog"}),
+                HasSubstr("unknown effect 'fog' (known: custom, displacement, glass, ocean, sss)"));
     EXPECT_THAT(errorOf({"--effect", ""}), HasSubstr("--effect"));
 }
 
-TEST(EffectOptions, onlyAnOceanNeedsNoFiles) {
+TEST(EffectWords, onlyAnOceanNeedsNoFiles) {
     EXPECT_TRUE(parse({"--out", "a.png", "--effect", "ocean"}).options.has_value());
     EXPECT_EQ(parse({"--out", "a.png", "--effect", "glass"}).exitStatus, 2);
     EXPECT_THAT(parse({"--out", "a.png"}).error, HasSubstr("FILE"));
 }
 
-TEST(EffectOptions, theFilesOfAnEffectAreRead) {
-    EXPECT_EQ(effectOf({"--effect", "glass", "--environment", "sky.hdr"}).environment, "sky.hdr");
-    EffectOptions const options = effectOf({"--effect", "custom", "--shader-vertex", "v", "--shader-fragment",
-                                            "f", "--shader-geometry", "g", "--effect-model", "2"});
-    EXPECT_EQ(options.vertexShader, "v");
-    EXPECT_EQ(options.fragmentShader, "f");
-    EXPECT_EQ(options.geometryShader, "g");
-    EXPECT_EQ(options.model, 2U);
+TEST(EffectWords, theFilesOfAnEffectAreRead) {
+    EXPECT_EQ(valuesOf<GlassEffect>({"--effect", "glass", "--environment", "sky.hdr"}).environment,
+              "sky.hdr");
+    std::vector<std::string> const words{"--effect",          "custom", "--shader-vertex",   "v",
+                                         "--shader-fragment", "f",      "--shader-geometry", "g",
+                                         "--effect-model",    "2"};
+    CustomEffect const custom = valuesOf<CustomEffect>(words);
+    EXPECT_EQ(custom.vertexShader, "v");
+    EXPECT_EQ(custom.fragmentShader, "f");
+    EXPECT_EQ(custom.geometryShader, "g");
+    EXPECT_EQ(effectOf(words)->onlyModel, 1U);
+    EXPECT_FALSE(effectOf({"--effect", "glass"})->onlyModel.has_value());
 }
 
-TEST(EffectOptions, whatBelongsToAnotherEffectIsAnError) {
+TEST(EffectWords, whatBelongsToAnotherEffectIsAnError) {
     EXPECT_THAT(errorOf({"--environment", "e"}), HasSubstr("belongs to --effect glass"));
     EXPECT_THAT(errorOf({"--effect", "sss", "--environment", "e"}), HasSubstr("belongs to --effect glass"));
     for (char const* const stage : {"--shader-vertex", "--shader-fragment", "--shader-geometry"}) {
@@ -92,18 +105,18 @@ TEST(EffectOptions, whatBelongsToAnotherEffectIsAnError) {
     EXPECT_THAT(errorOf({"--effect-model", "1"}), HasSubstr("belongs to --effect"));
 }
 
-TEST(EffectOptions, whatAnEffectCannotDoWithoutIsRequired) {
+TEST(EffectWords, whatAnEffectCannotDoWithoutIsRequired) {
     EXPECT_THAT(errorOf({"--effect", "displacement"}), HasSubstr("map=FILE is required"));
     EXPECT_THAT(errorOf({"--effect", "custom"}), HasSubstr("--shader-fragment"));
 }
 
-TEST(EffectOptions, theModelIsOneOfTheFiles) {
+TEST(EffectWords, theModelIsOneOfTheFiles) {
     for (char const* const number : {"0", "3", "-1", "1.5", "two", "", "99999999999999999999", "nan"}) {
         EXPECT_THAT(errorOf({"--effect", "glass", "--effect-model", number}), HasSubstr("--effect-model"));
     }
 }
 
-TEST(EffectOptions, otherWaysToShowASurfaceExcludeAnEffect) {
+TEST(EffectWords, otherWaysToShowASurfaceExcludeAnEffect) {
     for (std::vector<std::string> words : std::vector<std::vector<std::string>>{{"--shading", "box"},
                                                                                 {"--shading", "wireframe"},
                                                                                 {"--edges"},
@@ -116,65 +129,47 @@ TEST(EffectOptions, otherWaysToShowASurfaceExcludeAnEffect) {
         words.insert(words.end(), {"--effect", "glass"});
         EXPECT_THAT(errorOf(words), HasSubstr(option + ": cannot be drawn together with --effect"));
     }
-    EXPECT_EQ(
-        effectOf({"--effect", "glass", "--shading", "faceted", "--immediate", "--gizmo", "move"}).effect,
-        Effect::GLASS);
+    valuesOf<GlassEffect>({"--effect", "glass", "--shading", "faceted", "--immediate", "--gizmo", "move"});
 }
 
 // == Parameters ==
 
-TEST(EffectOptions, everyParameterHasADefaultThatItWouldTake) {
-    for (Effect const& effect : everyEffect) {
-        EXPECT_FALSE(parametersOf(effect).empty());
-        for (EffectParameter const& parameter : parametersOf(effect)) {
-            SCOPED_TRACE(parameter.name);
-            EXPECT_FALSE(parameter.meaning.empty());
-            if (parameter.type != EffectParameter::Type::FILE) {
-                EXPECT_EQ(EffectValues(effect).assign(parameter.name + "=" + parameter.standard),
-                          std::nullopt);
-            }
-        }
-    }
-    EXPECT_TRUE(parametersOf(Effect::NONE).empty());
+TEST(EffectWords, valuesAreRead) {
+    OceanEffect const ocean =
+        valuesOf<OceanEffect>({"--effect", "ocean", "--effect-param", "wind=7.5", "--effect-param", "time=-3",
+                               "--effect-param", "seed=9", "--effect-param", "sun=12"});
+    EXPECT_EQ(ocean.sea.windSpeed, 7.5);
+    EXPECT_EQ(ocean.time, -3);
+    EXPECT_EQ(ocean.sea.seed, 9U);
+    EXPECT_EQ(ocean.sun.x, 12);
+    EXPECT_EQ(ocean.sun.y, 12) << "one number for both";
+    EXPECT_EQ(ocean.sea.size, 512U) << "the default";
+
+    DisplacementEffect const displacement = valuesOf<DisplacementEffect>(
+        {"--effect", "displacement", "--effect-param", "map=a=b.png", "--effect-param", "scale=1,2,3",
+         "--effect-param", "tessellate=yes", "--effect-param", "color=0.1,0.2,0.3"});
+    EXPECT_EQ(displacement.map, "a=b.png");
+    EXPECT_EQ(displacement.normals, "");
+    EXPECT_THAT(list(displacement.scale), testing::ElementsAre(1, 2, 3));
+    EXPECT_TRUE(displacement.tessellate);
+    EXPECT_THAT(list(displacement.color), testing::ElementsAre(0.1F, 0.2F, 0.3F, 1.0F));
+
+    CustomEffect const custom = valuesOf<CustomEffect>(
+        {"--effect", "custom", "--shader-vertex", "v", "--effect-param", "FloatVar9=-0.5", "--effect-param",
+         "Vec4Var0=1,2,3,4", "--effect-param", "Texture6=t.png"});
+    EXPECT_EQ(custom.floats[9], -0.5);
+    EXPECT_THAT(list(custom.vec4s[0]), testing::ElementsAre(1, 2, 3, 4));
+    EXPECT_EQ(custom.textures[6], "t.png");
 }
 
-TEST(EffectOptions, valuesAreRead) {
-    EffectValues const ocean = effectOf({"--effect", "ocean", "--effect-param", "wind=7.5", "--effect-param",
-                                         "time=-3", "--effect-param", "seed=9", "--effect-param", "sun=12"})
-                                   .values;
-    EXPECT_EQ(ocean.number("wind"), 7.5);
-    EXPECT_EQ(ocean.number("time"), -3);
-    EXPECT_EQ(ocean.whole("seed"), 9);
-    EXPECT_THAT(list(ocean.triple("sun")), testing::ElementsAre(12, 12, 0)) << "one number for both";
-    EXPECT_EQ(ocean.whole("size"), 512) << "the default";
-
-    EffectValues const displacement =
-        effectOf({"--effect", "displacement", "--effect-param", "map=a=b.png", "--effect-param",
-                  "scale=1,2,3", "--effect-param", "tessellate=yes", "--effect-param", "color=0.1,0.2,0.3"})
-            .values;
-    EXPECT_EQ(displacement.file("map"), "a=b.png");
-    EXPECT_EQ(displacement.file("normals"), "");
-    EXPECT_THAT(list(displacement.triple("scale")), testing::ElementsAre(1, 2, 3));
-    EXPECT_TRUE(displacement.isYes("tessellate"));
-    EXPECT_THAT(list(displacement.color("color")), testing::ElementsAre(0.1F, 0.2F, 0.3F, 1.0F));
-
-    EffectValues const custom =
-        effectOf({"--effect", "custom", "--shader-vertex", "v", "--effect-param", "FloatVar9=-0.5",
-                  "--effect-param", "Vec4Var0=1,2,3,4", "--effect-param", "Texture6=t.png"})
-            .values;
-    EXPECT_EQ(custom.number("FloatVar9"), -0.5);
-    EXPECT_THAT(list(custom.color("Vec4Var0")), testing::ElementsAre(1, 2, 3, 4));
-    EXPECT_EQ(custom.file("Texture6"), "t.png");
-    EXPECT_EQ(custom.number("nothing of the kind"), 0);
+TEST(EffectWords, theLastValueOfAParameterCounts) {
+    EXPECT_EQ(valuesOf<ScatteringEffect>(
+                  {"--effect", "sss", "--effect-param", "lights=2", "--effect-param", "lights=1"})
+                  .lights.count,
+              1U);
 }
 
-TEST(EffectOptions, theLastValueOfAParameterCounts) {
-    EXPECT_EQ(effectOf({"--effect", "sss", "--effect-param", "lights=2", "--effect-param", "lights=1"})
-                  .values.whole("lights"),
-              1);
-}
-
-TEST(EffectOptions, malformedValuesAreErrorsThatSayWhatIsExpected) {
+TEST(EffectWords, malformedValuesAreErrorsThatSayWhatIsExpected) {
     struct Row {
         char const* effect;
         char const* assignment;
@@ -215,18 +210,14 @@ TEST(EffectOptions, malformedValuesAreErrorsThatSayWhatIsExpected) {
 
 // == Help ==
 
-TEST(EffectOptions, helpListsTheParametersOfTheEffect) {
-    for (auto const& [name, effect] : {std::pair<char const*, Effect>{"displacement", Effect::DISPLACEMENT},
-                                       {"ocean", Effect::OCEAN},
-                                       {"glass", Effect::GLASS},
-                                       {"sss", Effect::SSS},
-                                       {"custom", Effect::CUSTOM}}) {
+TEST(EffectWords, helpListsTheParametersOfTheEffect) {
+    for (std::string const& name : effectNames()) {
         // Neither files nor --out nor what the effect requires.
         CommandLine const line = parse({"--effect", name, "--effect-param", "help"});
         EXPECT_FALSE(line.options.has_value());
         EXPECT_EQ(line.exitStatus, 0);
         EXPECT_EQ(line.error, "");
-        for (EffectParameter const& parameter : parametersOf(effect)) {
+        for (EffectParameter const& parameter : parametersOf(*effectNamed(name))) {
             EXPECT_THAT(line.output, HasSubstr("\n  " + parameter.name + "="));
             if (!parameter.standard.empty()) {
                 EXPECT_THAT(line.output, HasSubstr("(" + parameter.standard + ")"));
@@ -237,7 +228,7 @@ TEST(EffectOptions, helpListsTheParametersOfTheEffect) {
     EXPECT_EQ(parse({"--effect", "fog", "--effect-param", "help"}).exitStatus, 2);
 }
 
-TEST(EffectOptions, theGeneralHelpNamesTheOptions) {
+TEST(EffectWords, theGeneralHelpNamesTheOptions) {
     std::string const help = parse({"--help"}).output;
     for (char const* const option : {"--effect ", "--effect-param ", "--effect-model ", "--environment ",
                                      "--shader-vertex ", "--shader-fragment ", "--shader-geometry "}) {

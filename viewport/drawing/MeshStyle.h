@@ -1,0 +1,26 @@
+#pragma once
+
+namespace vellum::viewport {
+
+/// How the surface of a model is drawn.
+enum class Shading { BOX, WIREFRAME, FACETED, SMOOTH };
+
+/// Which normals are drawn as lines over a model.
+enum class Normals { NONE, VERTEX, FACE };
+
+/// How models are drawn. The texture is not part of it: it belongs to the scene.
+struct MeshStyle {
+    Shading shading = Shading::SMOOTH;
+    Normals normals = Normals::NONE;
+    bool edges = false;  ///< borders and hard edges, over a darker surface
+    bool edgesBlend =
+        false;  ///< borders and hard edges, hidden ones shining through; not together with `edges`
+    bool connectivity = false;   ///< shared edges in white, borders in amber
+    bool wireframeBack = false;  ///< triangles seen from behind are outlines
+    bool importPreview = false;  ///< the result of the import, in place of all of the above
+    bool immediate = false;      ///< no buffer objects, even if the driver has them
+
+    bool isFilled() const { return shading == Shading::FACETED || shading == Shading::SMOOTH; }
+};
+
+}  // namespace vellum::viewport

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "viewport/scene/ParticleLook.h"
+#include "viewport/scene/ParticleOptions.h"
+
+#include <optional>
+
+namespace vellum::viewport {
+
+/// How particles are drawn, after all choices that depend on the files have been made.
+struct ParticleStyle {
+    ParticleMode mode = ParticleMode::POINTS;
+    std::optional<ParticleScale> scale;  ///< nothing: all particles have the high color
+    RampColors colors;
+    float percent = 100;  ///< of the particles, 0 to 100
+    std::optional<double>
+        size;  ///< above 0; points: pixels, spheres and arrows: units of the file; nothing: chosen
+
+    /// The style for particles that have been prepared with these options.
+    static ParticleStyle of(ParticleLook const& look, ParticleOptions const& options) {
+        return {look.mode, look.scale, options.colors, options.percent, options.size};
+    }
+};
+
+}  // namespace vellum::viewport

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "viewport/drawing/PictureSize.h"
+
+namespace vellum::viewport {
+
+/// How a picture is split into tiles that are drawn one after the other into a buffer of moderate size, each pixel
+/// with several samples, for smooth edges. Plain arithmetic.
+struct Tiling {
+    int samplesPerSide;  ///< a pixel is the mean of this number squared
+    int width;           ///< of a tile, pixels, without the margin
+    int height;          ///< alike
+    int margin;  ///< pixels drawn around each tile and discarded, so that lines ending outside keep their width
+
+    /// Tiles of at most 1024 pixels along each side.
+    static Tiling of(PictureSize const& size);
+
+    /// For drawings that differ from tile to tile, because they read the framebuffer or use its coordinates: the whole
+    /// picture is one tile, if it has at most 4096 pixels on each side.
+    static Tiling ofOneTile(PictureSize const& size);
+
+    int bufferWidth() const { return (width + 2 * margin) * samplesPerSide; }
+    int bufferHeight() const { return (height + 2 * margin) * samplesPerSide; }
+};
+
+}  // namespace vellum::viewport

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "glsl_shader/Displacement_shader.h"
+#include "viewport/drawing/effects/EffectDrawer.h"
+
+namespace vellum::viewport {
+
+/// The drawer of surfaces that a map displaces.
+class DisplacementDrawer : public EffectDrawer {
+public:
+    DisplacementDrawer(ReportingLayer& layer, DisplacementEffect const& effect);
+
+    Base_shader& shader() override { return displacement; }
+    EffectMaterial material() const override;
+    void placeLights(ScreenAxes const& screen, double unit) const override;
+
+private:
+    DisplacementEffect const& effect;
+    Displacement_shader displacement;
+};
+
+}  // namespace vellum::viewport

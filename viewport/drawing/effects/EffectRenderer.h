@@ -1,0 +1,65 @@
+#pragma once
+
+#include "Mesh_RL_GL.h"
+#include "viewport/drawing/MeshStyle.h"
+#include "viewport/drawing/ReportingLayer.h"
+#include "viewport/drawing/effects/EffectDrawer.h"
+#include "viewport/drawing/effects/EffectSpec.h"
+#include "viewport/drawing/effects/EffectSubject.h"
+#include "viewport/scene/ViewFraming.h"
+#include "viewport/text/Fault.h"
+
+#include <memory>
+#include <vector>
+
+namespace vellum::viewport {
+
+/// Draws models through an effect with its own lights, or the sea that an ocean effect has without models.
+///
+///     Result<EffectSubject> subject = EffectSubject::prepare(spec, meshes, scene, size.aspect());
+///     ... make the context and the layer ...
+///     EffectRenderer effect(layer, spec, style, std::move(subject.value()));
+///     effect.draw(screenAxes(view));
+///
+/// It needs a current context as long as it lives, and the layer, which must outlive it.
+class EffectRenderer {
+public:
+    /// \param spec of the subject
+    /// \param style of which it takes facets, the outlines of triangles seen from behind, and whether buffer objects
+    ///     are used.
+    EffectRenderer(ReportingLayer& layer, EffectSpec const& spec, MeshStyle const& style,
+                   EffectSubject subject);
+    ~EffectRenderer();
+    EffectRenderer(EffectRenderer const&) = delete;
+    EffectRenderer& operator=(EffectRenderer const&) = delete;
+
+    /// Whether the driver has shaders. Without them no renderer may be made.
+    static bool isSupported(Core_RL& layer) { return layer.checkShaderSupport(); }
+
+    /// What the user is to know about the stages: one fault for each line.
+    std::vector<Fault> const& notes() const { return drawer->notes(); }
+
+    /// Whether the model, counted from 0, is drawn here.
+    bool covers(std::size_t model) const { return spec.covers(model); }
+
+    /// The whole scene, where the effect brings its own; else null.
+    OceanScene const* ownScene() const {
+        return subject.sea && subject.sea->scene ? &*subject.sea->scene : nullptr;
+    }
+
+    /// Draws the models with the effect. What is seen through them must have been drawn.
+    /// \param screen the axes of the screen in eye space.
+    /// GL: whatever the effect needs.  State: that of Mesh_RL_GL::render(), and nothing of the effect.
+    void draw(ScreenAxes const& screen);
+
+private:
+    void _setMaterial() const;
+
+    EffectSpec spec;
+    MeshStyle style;
+    EffectSubject subject;
+    std::unique_ptr<EffectDrawer> drawer;
+    std::vector<std::vector<std::unique_ptr<Mesh_RL_GL>>> renderers;  // of each model
+};
+
+}  // namespace vellum::viewport

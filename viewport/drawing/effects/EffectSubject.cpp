@@ -1,0 +1,213 @@
+#include "viewport/drawing/effects/EffectSubject.h"
+
+#include "viewport/drawing/ShaderFiles.h"
+#include "viewport/files/mesh/Textures.h"
+#include "viewport/scene/ModelParts.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+namespace vellum::viewport {
+
+namespace {
+
+using Point = Vector3<double>;
+
+/// What all effects start from.
+struct Source {
+    EffectSpec const& spec;
+    std::vector<MeshData> const& meshes;
+    Scene const& scene;
+    double aspect;
+};
+
+// == Frames ==
+
+Matrix4<double> movedAndScaled(double factor, Point const& move) {
+    return {{factor, 0, 0, 0, 0, factor, 0, 0, 0, 0, factor, 0, move.x, move.y, move.z, 1}};
+}
+
+/// The frame of the meshes: a point p of a file is at (p - origin) * factor.
+struct ObjectFrame {
+    Point origin;
+    double factor;
+
+    Point place(Point const& p) const { return (p - origin) * factor; }
+
+    Matrix4<double> toScene(Scene const& scene) const {
+        double const scale = scene.unitsPerFileUnit();
+        return movedAndScaled(scale / factor, scene.fileOrigin() + origin * scale);
+    }
+
+    static ObjectFrame ofRadius(Scene const& scene) {
+        double const perRadius = scene.unitsPerFileUnit() / Scene::RADIUS;
+        return {scene.fileOrigin() * (-1 / scene.unitsPerFileUnit()), perRadius};
+    }
+
+    /// \param tiles how often a map covers the longest side of the box
+    static ObjectFrame ofTiles(Box3<double> const& box, double tiles) {
+        Point const extent = box.max - box.min;
+        double const side = std::max({extent.x, extent.y, extent.z});
+        return {box.min * 0.5 + box.max * 0.5, side > 0 ? tiles / side : 1};
+    }
+};
+
+// == Models ==
+
+EffectSubject::Model toModel(MeshData const& mesh, ObjectFrame const& frame, Scene const& scene) {
+    // Parts have texture coordinates only if there is a texture for them; effects always need coordinates.
+    static auto const anyTexture = std::make_shared<VL_Image>();
+    std::vector<ModelPart> parts = makeParts(
+        mesh, [&frame](Point const& p) { return frame.place(p); }, anyTexture);
+    EffectSubject::Model model{{}, frame.toScene(scene)};
+    for (ModelPart& part : parts) {
+        model.meshes.push_back(std::move(part.mesh));
+    }
+    return model;
+}
+
+/// The mesh as an ocean: flat, with texture coordinates that follow from the places.
+MeshData asOcean(MeshData mesh, double patch) {
+    mesh.normals.assign(mesh.positions.size(), {0, 1, 0});
+    mesh.computedNormalCount = 0;
+    mesh.textureCoordinates.resize(mesh.positions.size());
+    std::transform(
+        mesh.positions.begin(), mesh.positions.end(), mesh.textureCoordinates.begin(), [&](Point const& p) {
+            return Vector2<float>{static_cast<float>(p.z / patch), static_cast<float>(-p.x / patch)};
+        });
+    return mesh;
+}
+
+/// The subject of the meshes that the effect covers.
+/// \param toModel makes a model of a mesh.
+template <class ToModel>
+Result<EffectSubject> subjectOf(Source const& source, ToModel const& toModel) {
+    EffectSubject subject;
+    for (std::size_t i = 0; i < source.meshes.size(); ++i) {
+        if (source.spec.covers(i)) {
+            subject.models.push_back(toModel(source.meshes[i]));
+        }
+    }
+    if (subject.models.empty()) {
+        return Fault{"", "there is no mesh to draw with the effect"};
+    }
+    return subject;
+}
+
+Result<EffectSubject> subjectInRadii(Source const& source) {
+    ObjectFrame const frame = ObjectFrame::ofRadius(source.scene);
+    return subjectOf(source, [&](MeshData const& mesh) { return toModel(mesh, frame, source.scene); });
+}
+
+// == Pictures ==
+
+bool isPowerOfTwo(unsigned int number) {
+    return number != 0 && (number & (number - 1)) == 0;
+}
+
+/// The fault of a picture file that an effect reads itself; none where the path is empty.
+std::optional<Fault> pictureFault(std::string const& path) {
+    if (path.empty()) {
+        return std::nullopt;
+    }
+    Result<std::shared_ptr<VL_Image const>> const image = readTexture(path);
+    return image.isOk() ? std::nullopt : std::optional<Fault>(image.fault());
+}
+
+/// The same of a map, whose sides are restricted.
+std::optional<Fault> mapFault(std::string const& path) {
+    if (path.empty()) {
+        return std::nullopt;
+    }
+    Result<std::shared_ptr<VL_Image const>> const image = readTexture(path);
+    if (!image.isOk()) {
+        return image.fault();
+    }
+    unsigned int const width = image.value()->width();
+    unsigned int const height = image.value()->height();
+    if (!isPowerOfTwo(width) || !isPowerOfTwo(height)) {
+        return Fault{path, "is " + std::to_string(width) + "x" + std::to_string(height) +
+                               " pixels; the sides of a map must be powers of two"};
+    }
+    return std::nullopt;
+}
+
+// == One function for each effect ==
+
+Result<EffectSubject> prepareEffect(DisplacementEffect const& effect, Source const& source) {
+    for (std::string const& map : {effect.map, effect.normals}) {
+        if (std::optional<Fault> const fault = mapFault(map)) {
+            return *fault;
+        }
+    }
+    return subjectOf(source, [&](MeshData const& mesh) {
+        return toModel(mesh, ObjectFrame::ofTiles(mesh.box(), effect.tile.x), source.scene);
+    });
+}
+
+Result<EffectSubject> prepareEffect(OceanEffect const& effect, Source const& source) {
+    if (std::optional<Fault> const fault = effect.sea.firstFault()) {
+        return *fault;
+    }
+    Sea sea{OceanMap::of(OceanSpectrum(effect.sea), effect.time), static_cast<float>(effect.sea.patch),
+            std::nullopt};
+    if (sea.map.image.width() == 0) {
+        return Fault{"", "there is not enough memory for the sea"};
+    }
+    auto const unit = static_cast<double>(sea.map.unit);
+    if (source.scene.models().empty() && source.scene.clouds().empty()) {
+        sea.scene.emplace(OceanScene::View{effect.eyeHeight, effect.tiltDegrees, effect.sun.x, effect.sun.y,
+                                           source.aspect});
+        EffectSubject::Model water{{}, movedAndScaled(unit, {0, 0, 0})};
+        water.meshes.push_back(sea.scene->water(unit, effect.sea.patch));
+        EffectSubject subject;
+        subject.models.push_back(std::move(water));
+        subject.sea = std::move(sea);
+        return subject;
+    }
+    ObjectFrame const frame{{0, 0, 0}, 1 / unit};
+    Result<EffectSubject> subject = subjectOf(source, [&](MeshData const& mesh) {
+        return toModel(asOcean(mesh, static_cast<double>(sea.patch)), frame, source.scene);
+    });
+    if (subject.isOk()) {
+        subject.value().sea = std::move(sea);
+    }
+    return subject;
+}
+
+Result<EffectSubject> prepareEffect(GlassEffect const& effect, Source const& source) {
+    if (std::optional<Fault> const fault = pictureFault(effect.environment)) {
+        return *fault;
+    }
+    return subjectInRadii(source);
+}
+
+Result<EffectSubject> prepareEffect(ScatteringEffect const& /*effect*/, Source const& source) {
+    return subjectInRadii(source);
+}
+
+Result<EffectSubject> prepareEffect(CustomEffect const& effect, Source const& source) {
+    for (std::string const& shader : {effect.vertexShader, effect.fragmentShader, effect.geometryShader}) {
+        std::optional<Fault> const fault = shader.empty() ? std::nullopt : shaderFileFault(shader);
+        if (fault) {
+            return *fault;
+        }
+    }
+    for (std::string const& texture : effect.textures) {
+        if (std::optional<Fault> const fault = pictureFault(texture)) {
+            return *fault;
+        }
+    }
+    return subjectInRadii(source);
+}
+
+}  // namespace
+
+Result<EffectSubject> EffectSubject::prepare(EffectSpec const& spec, std::vector<MeshData> const& meshes,
+                                             Scene const& scene, double aspect) {
+    Source const source{spec, meshes, scene, aspect};
+    return std::visit([&source](auto const& effect) { return prepareEffect(effect, source); }, spec.values);
+}
+
+}  // namespace vellum::viewport

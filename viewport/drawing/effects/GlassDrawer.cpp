@@ -1,0 +1,27 @@
+#include "viewport/drawing/effects/GlassDrawer.h"
+
+namespace vellum::viewport {
+
+GlassDrawer::GlassDrawer(ReportingLayer& layer, GlassEffect const& effect)
+    : EffectDrawer(layer), effect(effect) {
+    std::string environment = effect.environment;
+    if (environment.empty()) {
+        sky = std::make_unique<MemoryFile>(skyPicture());
+        environment = sky->path();
+    }
+    glass.setBaseColor(effect.color.r, effect.color.g, effect.color.b, effect.color.a);
+    glass.setDepth(static_cast<float>(effect.depth));
+    glass.setMixRatio(static_cast<float>(effect.mix));
+    glass.setNLights(effect.lights.count);
+    glass.setEnvironmentTexture(VL_String(environment.c_str()));
+}
+
+EffectMaterial GlassDrawer::material() const {
+    return {0, 0};
+}
+
+void GlassDrawer::placeLights(ScreenAxes const& screen, double unit) const {
+    effect.lights.set(screen, EffectLights::Frame::ofScene(unit));
+}
+
+}  // namespace vellum::viewport

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "glsl_shader/Displacement_XZ_shader.h"
+#include "viewport/drawing/effects/EffectDrawer.h"
+
+namespace vellum::viewport {
+
+/// The drawer of a sea in the light of its sun.
+class OceanDrawer : public EffectDrawer {
+public:
+    /// \param sea must outlive it, as the effect.
+    OceanDrawer(ReportingLayer& layer, OceanEffect const& effect, Sea const& sea);
+
+    Base_shader& shader() override { return ocean; }
+    EffectMaterial material() const override;
+    void placeLights(ScreenAxes const& screen, double unit) const override;
+
+private:
+    OceanEffect const& effect;
+    Displacement_XZ_shader ocean;
+};
+
+}  // namespace vellum::viewport

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "viewport/program/Options.h"
+
+#include <optional>
+#include <string>
+
+namespace vellum::viewport {
+
+/// The result of reading a command line: options, or else texts to be shown and the status to end with.
+struct CommandLine {
+    static constexpr int USAGE_ERROR = 2;  ///< the exit status of a command line that makes no sense
+
+    std::optional<Options> options;
+    std::string output;  ///< for standard output, when --help or --version asks for it; complete lines
+    std::string error;   ///< for standard error: one line without its end
+    int exitStatus = 0;
+};
+
+/// Reads a command line; `arguments` as main() gets them, the program's name first. Touches no stream and no file.
+CommandLine parseCommandLine(int count, char const* const* arguments);
+
+}  // namespace vellum::viewport
