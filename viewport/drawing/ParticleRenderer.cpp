@@ -1,9 +1,6 @@
 #include "viewport/drawing/ParticleRenderer.h"
 
-#include <charconv>
-#include <cstring>
-
-#include <GL/glew.h>
+#include "viewport/drawing/geometry_stages.h"
 
 namespace vellum::viewport {
 
@@ -22,21 +19,6 @@ Mode::type renderMode(ParticleMode mode) {
         break;
     }
     return Mode::POINTS;
-}
-
-/// Parses the digits of GL_VERSION by hand: the decimal point of strtod is that of the locale.
-bool isVersionAtLeast(int major, int minor) {
-    auto const* const version = reinterpret_cast<char const*>(glGetString(GL_VERSION));
-    if (version == nullptr) {
-        return false;
-    }
-    char const* const end = version + std::strlen(version);
-    int has[2] = {0, 0};
-    char const* const dot = std::from_chars(version, end, has[0]).ptr;
-    if (dot != end && *dot == '.') {
-        std::from_chars(dot + 1, end, has[1]);
-    }
-    return has[0] != major ? has[0] > major : has[1] >= minor;
 }
 
 }  // namespace
@@ -71,11 +53,7 @@ void ParticleRenderer::draw(float size) {
 }
 
 bool ParticleRenderer::isModeSupported(Core_RL& layer, ParticleMode mode) {
-    if (mode == ParticleMode::POINTS) {
-        return true;
-    }
-    return layer.checkShaderSupport() &&
-           (layer.isExtensionSupported("GL_EXT_geometry_shader4") || isVersionAtLeast(3, 2));
+    return mode == ParticleMode::POINTS || hasGeometryStages(layer);
 }
 
 }  // namespace vellum::viewport

@@ -103,8 +103,11 @@ TiledPicture tiledPicture(Options const& options) {
 /// \param texts describe the files
 int show(Options const& options, std::string const& texts, Subject& subject, OffscreenContext& context) {
     auto const layer = std::make_unique<ReportingLayer>(options.gpuMemory);
-    if (options.effect && !EffectRenderer::isSupported(*layer)) {
-        return fail(NO_OPENGL, "OpenGL here has no shaders, which effects require");
+    if (options.effect) {
+        std::optional<Fault> const lack = EffectRenderer::firstLack(*layer, options.effect->values);
+        if (lack) {
+            return fail(NO_OPENGL, lack->message);
+        }
     }
     if (options.info) {
         std::cout << texts << describeDriver(*layer);

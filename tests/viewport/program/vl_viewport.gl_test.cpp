@@ -11,6 +11,7 @@
 #include <set>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 /// The program as it is started from a shell: every case with its exit status, what it says, and what it leaves.
 
@@ -378,6 +379,60 @@ TEST_F(program_gl_test, particleOptionsThatMakeNoSenseAreUsageErrors) {
                                                   {"--gpu-memory", "much"},
                                                   {"--channel", ""}}) {
         expectUsageError({csv, "--out", out, words[0], words[1]});
+    }
+}
+
+// == Old drivers ==
+
+TEST_F(program_gl_test, everythingButEffectsIsDrawnOnOldDrivers) {
+    std::string const cube = folder.write("cube.off", mesh_texts::cubeOff);
+    std::string const csv =
+        folder.write("table.csv", "x,y,z,vx,vy,vz\n0,0,0,1,0,0\n1,1,0,0,1,0\n2,0,0,0,0,1\n");
+    std::string const out = folder.file("out.png");
+    std::string const asPoints =
+        "vl_viewport: OpenGL here has no geometry stages for spheres and arrows; drawn as points\n";
+    struct Row {
+        std::vector<std::string> words;
+        std::string output;
+        std::string error;
+    };
+    std::vector<Row> const rows{{{cube, "--shading", "box"}, "", ""},
+                                {{cube, "--shading", "wireframe"}, "", ""},
+                                {{cube, "--shading", "faceted"}, "", ""},
+                                {{cube, "--shading", "smooth"}, "", ""},
+                                {{cube, "--edges"}, "", ""},
+                                {{cube, "--edges-blend"}, "", ""},
+                                {{cube, "--normals", "vertex", "--connectivity"}, "", ""},
+                                {{cube, "--normals", "face", "--wireframe-back"}, "", ""},
+                                {{cube, "--import-preview"}, "", ""},
+                                {{cube, "--immediate"}, "", ""},
+                                {{cube, "--gizmo", "move"}, "", ""},
+                                {{cube, "--gizmo", "rotate"}, "", ""},
+                                {{cube, "--gizmo", "scale"}, "", ""},
+                                {{cube, "--pick", "100,75"}, "16 cube.off\n", ""},
+                                {{csv, "--particles", "points"}, "", ""},
+                                {{csv, "--particles", "points", "--gpu-memory", "0"}, "", ""},
+                                {{csv, "--particles", "spheres"}, "", asPoints},
+                                {{csv, "--particles", "arrows"}, "", asPoints},
+                                {{csv, "--particles", "points", "--pick", "1,1"}, "nothing\n", ""}};
+    for (char const* const version : {"1.5", "2.0", "2.1"}) {
+        std::string const driver = std::string("MESA_GL_VERSION_OVERRIDE=") + version;
+        for (Row const& row : rows) {
+            std::vector<std::string> words = row.words;
+            words.insert(words.end(), {"--size", "200x150", "--out", out});
+            unlink(out.c_str());
+            SCOPED_TRACE(testing::PrintToString(row.words) + " on " + version);
+            Outcome const outcome = run(words, {driver});
+            EXPECT_EQ(outcome.status, 0);
+            EXPECT_EQ(outcome.output, row.output);
+            EXPECT_EQ(outcome.error, row.error);
+            Result<Picture> const picture = Picture::loadPng(out);
+            ASSERT_TRUE(picture.isOk());
+            EXPECT_GT(countColors(picture.value()), 100U);
+        }
+        Outcome const information = run({cube, "--info"}, {driver});
+        EXPECT_EQ(information.status, 0);
+        EXPECT_THAT(information.output, HasSubstr(std::string("version:                        ") + version));
     }
 }
 

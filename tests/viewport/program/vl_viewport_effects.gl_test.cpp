@@ -72,8 +72,7 @@ double brightness(Picture const& picture) {
 
 class effect_program_gl_test : public testing::Test {
 protected:
-    Outcome run(std::vector<std::string> arguments) const {
-        std::vector<std::string> environment;
+    Outcome run(std::vector<std::string> arguments, std::vector<std::string> environment = {}) const {
 #if VL_ADDRESS_SANITIZER
         // Drivers keep memory to the end. The unit tests look for leaks of the program's own.
         environment.push_back("ASAN_OPTIONS=detect_leaks=0");
@@ -490,6 +489,65 @@ TEST_F(effect_program_gl_test, particlesAloneHaveNoEffects) {
     // Beside a mesh they are drawn as ever.
     std::string const cube = folder.write("cube.off", mesh_texts::cubeOff);
     EXPECT_GT(differingPixels(draw({particles, cube}), draw({particles, cube, "--effect", "glass"})), 20);
+}
+
+// == Old drivers ==
+
+TEST_F(effect_program_gl_test, everyEffectDrawsOrEndsInOneLineOnOldDrivers) {
+    std::string const cube = folder.write("cube.off", mesh_texts::cubeOff);
+    std::string const map = writePicture("map.png", 4, 4, {128, 200, 128});
+    std::string const green = folder.write("green.frag", greenFragment);
+    std::string const geometry = folder.write("g.geom", "void main() {}\n");
+    struct Row {
+        char const* name;
+        std::vector<std::string> words;
+        bool needsGeometryStages;
+    };
+    std::vector<Row> const rows{
+        {"displacement", {cube, "--effect", "displacement", "--effect-param", "map=" + map}, false},
+        {"tessellation",
+         {cube, "--effect", "displacement", "--effect-param", "map=" + map, "--effect-param",
+          "tessellate=yes"},
+         true},
+        {"ocean", {cube, "--effect", "ocean", "--effect-param", "size=16"}, false},
+        {"a sea without files", {"--effect", "ocean", "--effect-param", "size=16"}, false},
+        {"glass", {cube, "--effect", "glass"}, false},
+        {"scattering", {cube, "--effect", "sss", "--gizmo", "move"}, false},
+        {"picking", {cube, "--effect", "glass", "--pick", "48,36"}, false},
+        {"information", {cube, "--effect", "glass", "--info"}, false},
+        {"user shader", {cube, "--effect", "custom", "--shader-fragment", green}, false},
+        {"user geometry shader",
+         {cube, "--effect", "custom", "--shader-fragment", green, "--shader-geometry", geometry},
+         true}};
+    std::string const out = folder.file("out.png");
+    for (char const* const version : {"1.5", "2.0", "2.1"}) {
+        bool const hasShaders = version[0] == '2';
+        for (Row const& row : rows) {
+            SCOPED_TRACE(std::string(row.name) + " on " + version);
+            std::vector<std::string> words = row.words;
+            words.insert(words.end(), {"--out", out});
+            unlink(out.c_str());
+            Outcome const outcome = run(words, {std::string("MESA_GL_VERSION_OVERRIDE=") + version});
+            if (hasShaders && !row.needsGeometryStages) {
+                EXPECT_EQ(outcome.status, 0);
+                EXPECT_EQ(outcome.error, "");
+                Result<Picture> const picture = Picture::loadPng(out);
+                ASSERT_TRUE(picture.isOk());
+                EXPECT_GT(
+                    differingPixels(picture.value(),
+                                    Picture{width, height, std::vector<unsigned char>(4 * width * height)}),
+                    width * height / 2);
+                continue;
+            }
+            EXPECT_EQ(outcome.status, 3);
+            EXPECT_EQ(outcome.output, "");
+            EXPECT_THAT(outcome.error, StartsWith("vl_viewport: OpenGL here has no "));
+            EXPECT_THAT(outcome.error,
+                        HasSubstr(hasShaders ? "no geometry stages, which" : "no shaders, which"));
+            EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << outcome.error;
+            EXPECT_THAT(folder.names(), Not(testing::Contains("out.png")));
+        }
+    }
 }
 
 // == The command line ==

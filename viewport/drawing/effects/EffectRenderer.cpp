@@ -2,6 +2,7 @@
 
 #include "viewport/drawing/effects/KeptState.h"
 #include "viewport/drawing/effects/ModelUnits.h"
+#include "viewport/drawing/geometry_stages.h"
 #include "viewport/scene/ModelParts.h"
 
 #include <utility>
@@ -9,6 +10,19 @@
 #include <GL/glew.h>
 
 namespace vellum::viewport {
+
+namespace {
+
+/// What of an effect requires geometry stages; null where nothing does.
+char const* geometryUserOf(EffectValues const& values) {
+    auto const* const displacement = std::get_if<DisplacementEffect>(&values);
+    auto const* const custom = std::get_if<CustomEffect>(&values);
+    return displacement != nullptr && displacement->tessellate    ? "tessellation requires"
+           : custom != nullptr && !custom->geometryShader.empty() ? "the geometry shader requires"
+                                                                  : nullptr;
+}
+
+}  // namespace
 
 EffectRenderer::EffectRenderer(ReportingLayer& layer, EffectSpec const& effectSpec, MeshStyle const& style,
                                EffectSubject effectSubject)
@@ -29,6 +43,17 @@ EffectRenderer::EffectRenderer(ReportingLayer& layer, EffectSpec const& effectSp
 }
 
 EffectRenderer::~EffectRenderer() = default;
+
+std::optional<Fault> EffectRenderer::firstLack(Core_RL& layer, EffectValues const& values) {
+    if (!layer.checkShaderSupport()) {
+        return Fault{"", "OpenGL here has no shaders, which effects require"};
+    }
+    char const* const user = geometryUserOf(values);
+    if (user != nullptr && !hasGeometryStages(layer)) {
+        return Fault{"", std::string("OpenGL here has no geometry stages, which ") + user};
+    }
+    return std::nullopt;
+}
 
 void EffectRenderer::draw(ScreenAxes const& screen) {
     KeptState const kept;

@@ -10,6 +10,7 @@
 #include "viewport/text/Fault.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace vellum::viewport {
@@ -33,8 +34,9 @@ public:
     EffectRenderer(EffectRenderer const&) = delete;
     EffectRenderer& operator=(EffectRenderer const&) = delete;
 
-    /// Whether the driver has shaders. Without them no renderer may be made.
-    static bool isSupported(Core_RL& layer) { return layer.checkShaderSupport(); }
+    /// The fault of a driver that lacks what the effect requires: shaders, or geometry stages. No renderer may be made
+    /// then.
+    static std::optional<Fault> firstLack(Core_RL& layer, EffectValues const& values);
 
     /// What the user is to know about the stages: one fault for each line.
     std::vector<Fault> const& notes() const { return drawer->notes(); }
