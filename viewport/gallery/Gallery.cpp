@@ -26,7 +26,7 @@ Gallery::ExitStatus fail(Fault const& fault) {
     return Gallery::FAILURE;
 }
 
-/// A message about what happens now; each appears at once, also in a pipe.
+/// Prints a progress message and flushes it, for readers of a pipe.
 void say(std::string const& message) {
     std::cout << message << std::endl;
 }
@@ -58,7 +58,7 @@ Gallery::ExitStatus Gallery::run() {
     return _draw();
 }
 
-/// Everything that needs temporary files, and an orderly end where it is interrupted.
+/// Draws the pictures and the page, and removes the temporary files before an interruption ends the process.
 Gallery::ExitStatus Gallery::_draw() {
     ProgramRunner runner;
     std::optional<Fault> fault;

@@ -86,7 +86,7 @@ void writePage(std::ostream& page, std::vector<Exhibit> const& exhibits) {
 }  // namespace
 
 std::optional<Fault> writeIndexPage(std::string const& folder, std::vector<Exhibit> const& exhibits) {
-    // Under its name the page is complete or not there.
+    // A temporary name until the page is complete.
     fs::path const path = fs::path(folder) / "index.html";
     fs::path const unfinished = fs::path(folder) / ".index.html.tmp";
     {

@@ -17,7 +17,7 @@ namespace {
 constexpr std::array SIGNALS{SIGHUP, SIGINT, SIGPIPE, SIGTERM};
 constexpr int NOT_STARTED = 127;
 
-// For the signal handler, which takes no argument of ours.
+// Global, because a signal handler gets no data of its caller.
 volatile std::sig_atomic_t notedSignal = 0;
 volatile std::sig_atomic_t runningProgram = 0;  // process id, or 0
 std::array<struct sigaction, SIGNALS.size()> formerActions;
@@ -40,7 +40,7 @@ sigset_t handledSignals() {
     return set;
 }
 
-/// Starts the program with the signals as this program had them before.
+/// Starts the program with the signal mask `mask`.
 /// \return its process id, or 0.
 pid_t start(std::vector<std::string> words, sigset_t const& mask) {
     std::vector<char*> pointers;
@@ -67,7 +67,7 @@ ProgramRunner::ProgramRunner() {
     action.sa_mask = handledSignals();
     for (std::size_t i = 0; i < SIGNALS.size(); ++i) {
         sigaction(SIGNALS[i], &action, &formerActions[i]);
-        // A caller that ignores a signal, as nohup does, means this program as well.
+        // A signal that the caller ignores, as nohup does, stays ignored.
         if (formerActions[i].sa_handler == SIG_IGN) {
             sigaction(SIGNALS[i], &formerActions[i], nullptr);
         }
@@ -81,7 +81,7 @@ ProgramRunner::~ProgramRunner() {
 }
 
 int ProgramRunner::run(std::vector<std::string> const& words) {
-    // A signal that comes between the start and the note of the process id would miss the program.
+    // Blocked, because a signal between the start and the note of the process id would not reach the program.
     sigset_t const handled = handledSignals();
     sigset_t former;
     sigprocmask(SIG_BLOCK, &handled, &former);
@@ -92,7 +92,7 @@ int ProgramRunner::run(std::vector<std::string> const& words) {
         return NOT_STARTED;
     }
 
-    // Until waitpid() the process id stays taken, so that a late signal cannot reach a foreign process.
+    // The process id stays reserved until waitpid(), so the handler cannot signal a foreign process.
     siginfo_t ended;
     while (waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOWAIT) < 0 && errno == EINTR) {
     }

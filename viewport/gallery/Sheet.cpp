@@ -28,7 +28,7 @@ constexpr Color4<float> CELL_TOP{0.208F, 0.239F, 0.282F, 1.0F};
 constexpr Color4<float> CELL_BOTTOM{0.133F, 0.153F, 0.184F, 1.0F};
 constexpr Color4<float> LABEL{0.72F, 0.76F, 0.82F, 1.0F};
 
-/// A part of the sheet in pixels, counted from the lower left corner.
+/// A rectangle of the sheet in pixels; the origin is the lower left corner of the sheet.
 struct Area {
     int x;
     int y;
@@ -93,8 +93,8 @@ void loadView(Camera_RL& camera, View view, float aspect) {
     camera.updateModelMatrix();
 }
 
-/// Two directional lights in the viewer's frame: a bright one from above on the left, a dim cool one from
-/// the right that keeps the shaded sides readable.
+/// Sets two directional lights in eye space: a bright one from the upper left, and a dim cool one from the right that
+/// keeps the shaded sides readable.
 void placeLights() {
     GLfloat const keyDirection[] = {-0.45F, 0.75F, 0.65F, 0.0F};
     GLfloat const keyColor[] = {0.80F, 0.79F, 0.76F, 1.0F};
@@ -137,8 +137,8 @@ void drawCell(Core_RL& layer, Cell const& cell, Area const& area) {
     drawLabel(layer, area, cell.label);
 }
 
-/// The sheet from its oversampled pixels: each is the mean of a block. Blended drawings leave their opacity in
-/// the buffer; the sheet itself is opaque.
+/// Averages blocks of oversampled pixels to the pixels of the sheet. The sheet is opaque, although blended drawings
+/// leave their opacity in the framebuffer.
 viewport::Picture averaged(std::vector<unsigned char> const& samples, int width, int height) {
     constexpr std::size_t scale = SCALE;
     auto const columns = static_cast<std::size_t>(width);

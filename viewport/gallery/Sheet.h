@@ -16,7 +16,7 @@ namespace vellum::gallery {
 
 class SheetLayer;
 
-/// From where a cell's drawing is seen. +Y is up.
+/// The camera of a cell. +Y is up.
 struct View {
     Vector3<float> eye;     ///< perspective only
     Vector3<float> target;  ///< the middle of the cell
@@ -30,15 +30,15 @@ struct View {
     Vector3<float> direction() const;  ///< The direction in which the viewer looks; unit length.
 };
 
-/// One drawing with its label. `draw` finds lighting off, blending off, the depth test on, a line width of
-/// 1.5 and the view's matrices loaded; what it pushes it pops again.
+/// One drawing with its label. Before `draw` is called, lighting and blending are off, the depth test is on, the line
+/// width is 1.5 and the matrices of the view are loaded. `draw` pops everything that it pushes.
 struct Cell {
     std::string label;  ///< may be empty
     View view;
     std::function<void(Core_RL& layer, View view)> draw;
 };
 
-/// Cells of equal width beside each other.
+/// Cells of equal width, side by side.
 struct Row {
     float height;  ///< relative to the other rows
     std::vector<Cell> cells;
@@ -55,15 +55,15 @@ struct Subject {
     int height = SHEET_HEIGHT;  ///< of the picture, in pixels
 };
 
-/// Makes the picture as large as it must be for drawings of this size in pixels. All rows have equal heights and
-/// equally many cells, and the first cell has a label.
+/// Sets the size of the picture so that each drawing has this size in pixels. Requires rows of equal height with the
+/// same number of cells, and a label in the first cell.
 void fitToDrawings(Subject& subject, int width, int height);
 
-/// Draws the subject. The context must be current and SheetLayer::OVERSAMPLING times as wide and high as the
+/// Draws the subject. Requires a current context that is SheetLayer::OVERSAMPLING times as wide and high as the
 /// subject.
 viewport::Picture drawSheet(OffscreenContext& context, SheetLayer& layer, Subject const& subject);
 
-/// Lights the surfaces that are drawn while it lives: two lights that stand with the viewer.
+/// Switches two headlights on for its lifetime.
 class Lit {
 public:
     explicit Lit(Core_RL& layer);

@@ -4,13 +4,11 @@
 
 namespace vellum::gallery {
 
-/// The render layer of a picture that is drawn `OVERSAMPLING` times as wide and high as it will be and averaged
-/// afterwards: what is measured in pixels grows by the same factor. Software rasterizers draw lines without
-/// anti-aliasing even into a buffer of several samples, so that a larger picture is the way to smooth lines
-/// everywhere.
+/// The render layer of an oversampled sheet: the sheet is drawn `OVERSAMPLING` times as wide and high and averaged
+/// afterwards, so sizes in pixels are multiplied by this factor. Oversampling smooths lines on every driver; software
+/// rasterizers draw aliased lines even into a multisampled framebuffer.
 ///
-/// Segments are drawn without lighting: they have no surface, and would otherwise take their shade from
-/// whatever normal came last.
+/// Segments are drawn without lighting. They have no normal, so the normal of an earlier drawing would shade them.
 class SheetLayer : public Core_RL_GL {
 public:
     static constexpr int OVERSAMPLING = 3;

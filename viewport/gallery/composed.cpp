@@ -94,7 +94,7 @@ void drawPlaneSystem(Core_RL& layer, View) {
 void drawTree(Core_RL& layer, View) {
     GeometryTree<GeometryNode<Box3<float>>> tree;
     tree.nodes.pushBack({{{-1.0F, -1.0F, -1.0F}, {1.0F, 1.0F, 1.0F}}, 0, 0});
-    // Boxes that the surface of a ball meets are divided into eight.
+    // Only boxes that intersect the surface of a ball are divided into eight.
     constexpr float radius = 1.1F;
     Vector3<float> const middle{-1.0F, -1.0F, -1.0F};
     for (unsigned int index = 0; index < tree.nodes.size(); ++index) {

@@ -22,7 +22,7 @@ struct Point {
     double z;
 };
 
-/// An OBJ file in the making.
+/// Writes one OBJ file.
 class Model {
 public:
     explicit Model(std::string const& path) : file(path + ".obj") {}
@@ -210,7 +210,7 @@ double noise(double x, double y) {
     return low * (1 - v) + high * v;
 }
 
-/// Ridges of mountains, 0 to 1, that sink to the borders of the plate.
+/// Height of the mountains, 0 to 1; 0 at the borders of the plate.
 double landHeight(double x, double z) {
     double sum = 0;
     double part = 0.5;
@@ -231,7 +231,8 @@ double landHeight(double x, double z) {
     return std::clamp(sum * border(x) * border(z) * 1.15, 0.0, 1.0);
 }
 
-/// Half gray for x and z, the height as the displacement along y, in 16 bits: eight would show steps.
+/// Writes the map: the height as displacement along y, half gray (no displacement) for x and z. 16 bits per channel,
+/// because 8 bits would show steps.
 bool writeLand(std::string const& path) {
     constexpr unsigned int size = 512;
     std::vector<std::uint16_t> texels;

@@ -11,7 +11,7 @@ constexpr Tuple3<Color4<float>> PLANES{Color4<float>{0.35F, 0.58F, 0.97F, 0.55F}
                                        Color4<float>{0.93F, 0.33F, 0.31F, 0.55F},
                                        Color4<float>{0.45F, 0.80F, 0.36F, 0.55F}};
 
-/// The edited thing, small and gray in the middle of its gizmo.
+/// The edited object, small and gray in the middle of its gizmo.
 void drawEdited(Core_RL& layer) {
     Lit const lit(layer);
     layer.pushColor(GRAY);
@@ -25,7 +25,8 @@ void drawPlaneHandles(Core_RL& layer) {
     layer.popBlending();
 }
 
-/// The shafts in full color. The lit handles repeat them at the same depth, where the first drawing stays.
+/// The shafts in full color. The lit handles draw the shafts again at the same depth, and the depth test keeps the
+/// first drawing.
 void drawShafts(Core_RL& layer) {
     Vector3<float> const ends[] = {{1.0F, 0.0F, 0.0F}, {0.0F, 1.0F, 0.0F}, {0.0F, 0.0F, 1.0F}};
     Color4<float> const colors[] = {AXES.e0, AXES.e1, AXES.e2};

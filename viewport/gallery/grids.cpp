@@ -49,7 +49,7 @@ void drawTilted(Core_RL& layer, View) {
     layer.pushColor(GREEN);
     layer.renderPlane3({normal, 0.1F}, 2.2F, 10);
     layer.popColor(1);
-    // The grid stands around the plane's point nearest the origin.
+    // The center of the grid is the point of the plane nearest to the origin.
     Lit const lit(layer);
     layer.pushColor(WHITE);
     layer.pushLineWidth(2.0F);

@@ -12,7 +12,7 @@ namespace {
 constexpr unsigned int WIDTH = 256;   // values along a row
 constexpr unsigned int HEIGHT = 128;  // rows
 
-/// The waves of three sources that meet.
+/// Interference of the waves of three sources.
 Array<float> waves() {
     Array<float> values;
     values.reserve(WIDTH * HEIGHT, false);

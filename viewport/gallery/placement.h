@@ -31,7 +31,7 @@ inline Matrix4<float> scaledBy(float factor) {
     return {{factor, 0, 0, 0, 0, factor, 0, 0, 0, 0, factor, 0, 0, 0, 0, 1}};
 }
 
-/// A turn about a coordinate axis, counter-clockwise seen against it.
+/// A rotation about a coordinate axis, counter-clockwise for a viewer toward whom the axis points.
 inline Matrix4<float> turnedBy(float degrees, VL_AXIS const& axis) {
     float const c = std::cos(radians(degrees));
     float const s = std::sin(radians(degrees));
