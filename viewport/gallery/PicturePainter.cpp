@@ -48,7 +48,7 @@ PicturePainter::PicturePainter(std::string const& viewport, std::string const& f
 
 std::optional<Fault> PicturePainter::paint(ListedPicture const& picture) {
     std::string const unfinished = work.file(picture.file);
-    if (std::optional<Fault> const fault = _paintInto(unfinished, picture)) {
+    if (std::optional<Fault> fault = _paintInto(unfinished, picture)) {
         return fault;
     }
     std::error_code error;
@@ -76,8 +76,7 @@ std::optional<Fault> PicturePainter::_paintInto(std::string const& file, ListedP
     std::vector<SheetTile> tiles;
     for (ListedTile const& tile : picture.tiles) {
         tiles.push_back({work.file("tile-" + std::to_string(tiles.size()) + ".png"), tile.label});
-        if (std::optional<Fault> const fault =
-                _runViewport(tiles.back().file, picture.size, tile.arguments)) {
+        if (std::optional<Fault> fault = _runViewport(tiles.back().file, picture.size, tile.arguments)) {
             return fault;
         }
     }

@@ -1,5 +1,6 @@
 #include "viewport/gallery/ProgramRunner.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -43,11 +44,9 @@ sigset_t handledSignals() {
 /// Starts the program with the signal mask `mask`.
 /// \return its process id, or 0.
 pid_t start(std::vector<std::string> words, sigset_t const& mask) {
-    std::vector<char*> pointers;
-    for (std::string& word : words) {
-        pointers.push_back(word.data());
-    }
-    pointers.push_back(nullptr);
+    std::vector<char*> pointers(words.size() + 1);  // the last one stays null
+    std::transform(words.begin(), words.end(), pointers.begin(),
+                   [](std::string& word) { return word.data(); });
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);

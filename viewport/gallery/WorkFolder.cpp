@@ -1,9 +1,8 @@
 #include "viewport/gallery/WorkFolder.h"
 
+#include <cstdlib>
 #include <filesystem>
 #include <system_error>
-
-#include <stdlib.h>
 
 namespace vellum::gallery {
 
