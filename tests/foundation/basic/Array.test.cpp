@@ -16,7 +16,7 @@ Array<int> oneToFive() {
     return Array<int>{1, 2, 3, 4, 5};
 }
 
-// Counts the live elements of its kind, and throws from an assignment when it is told to.
+// Counts the live elements of its kind, and throws from an assignment on request.
 struct Element {
     static int alive;
     static int assignmentsBeforeThrow;  // negative: never
@@ -203,7 +203,7 @@ TEST(Array_test, anElementOfTheArrayMayBeAppended) {
     Array<VL_String> array{"first", "second", "third"};
     ASSERT_EQ(array.size(), array.capacity());
     array.pushBack(array[0]);  // grows
-    array.pushBack(array[1]);  // has room
+    array.pushBack(array[1]);  // fits
     ASSERT_EQ(array.size(), 5U);
     EXPECT_STREQ(array[3].c_str(), "first");
     EXPECT_STREQ(array[4].c_str(), "second");

@@ -13,7 +13,7 @@ namespace {
 
 constexpr unsigned int MOST_REFERENCES = 65535;
 
-// The server is shared by the whole process: every test leaves it as it found it.
+// The server is shared by the whole process, so every test restores it.
 class ArrayServer_test : public testing::Test {
 protected:
     void SetUp() override {
@@ -220,7 +220,7 @@ TEST_F(ArrayServer_test, destroyingReleasesTheStorageAndTheName) {
     EXPECT_EQ(id, ARRAY_ID_NONE);
     EXPECT_EQ(VL_ArrayServer.resolve(name), nullptr);
     EXPECT_EQ(VL_ArrayServer.arrayCount(), 1U);
-    // The record itself stays in its page, in a harmless state, until its index is given away again.
+    // The record stays in its page, in a valid state, until its index is reused.
     EXPECT_EQ(record->references, 0U);
     EXPECT_EQ(record->flags & ARRAY_TYPEABLE_IS_LOCKED_TYPE, 0);
     EXPECT_EQ(record->size, 0U);
@@ -250,7 +250,7 @@ TEST_F(ArrayServer_test, destroyingAnUnknownArrayOnlyClearsTheName) {
 }
 
 TEST_F(ArrayServer_test, aServerFreesWhatWasNeverReleased) {
-    // Nothing to see here but for a leak checker.
+    // Only a leak checker can see a failure of this test.
     ArrayServer server;
     EXPECT_NE(server.create(8, 100), ARRAY_ID_NONE);
     ArrayId id = server.create(8, 100);

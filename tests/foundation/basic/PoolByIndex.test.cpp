@@ -52,7 +52,7 @@ TEST(PoolByIndex_test, anIndexSelectsPageAndSlot) {
     EXPECT_EQ(pool.pageCount(), 3U);
     for (unsigned int page = 0; page < 3; ++page) {
         for (unsigned int slot = 0; slot < 4 && page * 4 + slot < 10; ++slot) {
-            // Records of a page stand one after the other.
+            // Records of a page are contiguous.
             EXPECT_EQ(&pool[page << 2 | slot], &pool[page << 2] + slot);
             EXPECT_EQ(pool[page << 2 | slot].value, static_cast<int>(4 * page + slot));
         }

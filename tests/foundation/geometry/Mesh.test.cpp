@@ -160,8 +160,8 @@ TEST(Mesh_test, theBoxOfNothingHasSizeZeroAndWhatIsNoNumberIsPassedOver) {
 
 // == Adjacency ==
 
-/// Every entry of an adjacency against the shape: the corner it names lies on the own corner, and the two
-/// triangles have the edge in common.
+/// Checks every entry of an adjacency against the shape: the named corner has the position of the own corner,
+/// and the two triangles share the edge.
 void expectAdjacencyFits(Mesh const& mesh) {
     Array<Triangle> const triangles = copyOf<Triangle>(mesh.triangles());
     Array<Triangle> const adjacency = copyOf<Triangle>(mesh.adjacency());
@@ -231,7 +231,7 @@ TEST(Mesh_test, edgesWithMoreThanTwoTrianglesAreBorders) {
 }
 
 TEST(Mesh_test, theNeighborsOfANonManifoldEdgeKeepTheirOtherEdges) {
-    // The first two triangles share a second edge with others, which must stay.
+    // The first two triangles share a second edge with others, which must be kept.
     Mesh mesh;
     mesh.setPositions({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, -1, 0}, {0, 0, 1}, {1, 1, 0}, {1, -1, 0}});
     mesh.setTriangles({{0, 1, 2}, {1, 0, 3}, {2, 1, 5}, {1, 3, 6}, {0, 1, 4}});
@@ -254,7 +254,7 @@ TEST(Mesh_test, aTriangleThatNamesAVertexTwiceHasNoNeighbors) {
 }
 
 TEST(Mesh_test, theAdjacencyIsThatOfAComparisonOfAllEdges) {
-    // Triangles without any order: many share edges, some edges are shared by many.
+    // Random triangles: many share edges, and some edges are shared by more than two.
     unsigned int random = 1;
     auto const next = [&](unsigned int end) {
         random = random * 1664525U + 1013904223U;
@@ -351,7 +351,7 @@ TEST(Mesh_test, withoutACreaseTheNormalTrianglesAreTheTriangles) {
     Array<Triangle> const normalTriangles = copyOf<Triangle>(mesh.normalTriangles());
     ASSERT_EQ(normals.size(), 8U);
     for (unsigned int i = 0; i < 8; ++i) {
-        // However the faces are cut into triangles, the angles weigh them alike: the diagonal.
+        // Angle weights do not depend on the triangulation of the faces: the normal is the diagonal.
         EXPECT_NEAR(normals[i].x, shape.positions[i].x / std::sqrt(3.0), 1e-6);
         EXPECT_NEAR(normals[i].y, shape.positions[i].y / std::sqrt(3.0), 1e-6);
         EXPECT_NEAR(normals[i].z, shape.positions[i].z / std::sqrt(3.0), 1e-6);

@@ -50,7 +50,7 @@ TEST(Obb3_test, anOrientedBoxIsMovedAndTurned) {
     float const s = std::sqrt(0.5F);
     Obb3<float> const box{{s, s, 0}, 2, {-s, s, 0}, 1, {0, 0, 1}, 4, {10, 20, 30}};
     Vector3<float> const vertex = vertexOf(box, 3);
-    // The steps in their order, each rounded: center + e0, + e1, - e2.
+    // The sum in its order, each step rounded: center + e0, + e1, - e2.
     EXPECT_EQ(vertex.x, (10.0F + s * 2.0F) + -s * 1.0F);
     EXPECT_EQ(vertex.y, (20.0F + s * 2.0F) + s * 1.0F);
     EXPECT_EQ(vertex.z, (30.0F + 0.0F) + 0.0F - 4.0F);

@@ -22,7 +22,7 @@ using testing::IsEmpty;
 
 constexpr unsigned int FULL = ParticleSystemChunk_v2::CAPACITY;
 
-/// A system whose particles carry their number, in every channel.
+/// A system whose particles have their number in every channel.
 class ParticleSystem_v2_test : public testing::Test {
 protected:
     void fill(unsigned int const& count) {
@@ -102,7 +102,7 @@ TEST_F(ParticleSystem_v2_test, dataHasTheTypeOfItsChannel) {
 }
 
 TEST_F(ParticleSystem_v2_test, scalarsHaveTwoZerosBehindTheLastOne) {
-    // Drawn as colors, the last particle's components are its own value and the next two.
+    // Deliberate (scalar-stride-one): the last particle's color is its own value and the next two.
     fill(5);
     float const* const values = system.firstChunk()->channelData(density)->asFloats();
     EXPECT_EQ(values[4], 4);

@@ -6,7 +6,7 @@
 
 #include <cstddef>
 
-// What a system takes of memory.
+// The memory of a system.
 
 namespace vellum {
 namespace {

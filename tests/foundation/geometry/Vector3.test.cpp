@@ -59,8 +59,8 @@ TEST(Vector3_test, equalDirectionsAlongZGiveADiagonalAxis) {
 }
 
 TEST(Vector3_test, theCosineIsClamped) {
-    // A little longer than one: the cosine would lie outside the arc cosine's domain. The cross product must
-    // stay above the threshold, so that this branch is taken at all.
+    // Slightly longer than 1: the cosine would be outside the domain of the arc cosine. The cross product
+    // must stay above the threshold, so that this branch is used.
     Vec const a{1.1F, 0.001F, 0};
     Vec const b{1.1F, 0, 0};
     Rotation const acute = rotationBetween(a, b);
@@ -89,7 +89,7 @@ TEST(Vector3_test, nearlyParallelDirectionsStillHaveTheirOwnAxis) {
 }
 
 TEST(Vector3_test, aPerpendicularTargetWithoutLengthCountsAsOpposite) {
-    // The cosine is zero, which is not above zero.
+    // The cosine is 0, which does not exceed 0.
     EXPECT_EQ(rotationBetween({1, 0, 0}, {0, 0, 0}).angle, PI);
 }
 
@@ -126,7 +126,7 @@ TEST(Vector3_test, theOutputsMayBeTheInputs) {
 }
 
 TEST(Vector3_test, theAnglesComponentsAreRoundedStepByStep) {
-    // The steps written out: products and sums in float, the arc cosine in double.
+    // The expected steps: products and sums in float, the arc cosine in double.
     std::mt19937 random(7);
     std::uniform_real_distribution<float> component(-1, 1);
     for (int i = 0; i < 2000; ++i) {

@@ -23,7 +23,8 @@
 #include <type_traits>
 #include <vector>
 
-// Values are handed to OpenGL as raw memory and passed between libraries by value: their layout is a promise.
+// Values are passed to OpenGL as raw memory and between libraries by value, so their layout is part of the
+// interface.
 
 namespace vellum {
 namespace {
@@ -43,7 +44,7 @@ using Offsets = std::vector<std::ptrdiff_t>;
 
 static_assert(sizeof(float) == 4 && sizeof(double) == 8 && sizeof(unsigned int) == 4 && sizeof(bool) == 1);
 
-// Initialization in order, and no element besides.
+// Initialization in order, and no further element.
 template <class T>
 void expectVectors() {
     constexpr auto SIZE = static_cast<std::ptrdiff_t>(sizeof(T));
@@ -191,7 +192,7 @@ TEST(layout_test, theTranslationOfAMatrixIsInElementsTwelveToFourteen) {
     EXPECT_EQ(product.e[13], 2.0);
     EXPECT_EQ(product.e[14], 3.0);
     EXPECT_EQ(product.e[15], 1.0);
-    // The other way round the translation is stretched too.
+    // In the other order the translation is scaled as well.
     EXPECT_EQ((b * a).e[12], 12.0);
 }
 

@@ -7,7 +7,7 @@
 
 #include <cmath>
 
-/// The shapes that the tests of meshes are made with. Triangles are counter-clockwise from outside.
+/// The shapes for tests of meshes. Triangles are counter-clockwise seen from outside.
 namespace vellum::mesh_shapes {
 
 using Triangle = Tuple3<unsigned int>;
@@ -95,7 +95,8 @@ inline Shape sphere(unsigned int rings) {
     return shape;
 }
 
-/// A strip of n squares closed after half a turn: it has one border, and one edge where its sides are swapped.
+/// A strip of n squares closed after half a turn (a Moebius strip): it has one border, and one edge at which
+/// the sides are swapped.
 inline Shape moebiusBand(unsigned int n) {
     constexpr double PI = 3.14159265358979323846;
     Shape shape;

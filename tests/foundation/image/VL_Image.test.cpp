@@ -25,7 +25,7 @@ constexpr int PNG_PALETTE = 3;
 constexpr int PNG_GRAY_ALPHA = 4;
 constexpr int PNG_RGBA = 6;
 
-// Every sample of a small picture is another one.
+// Every sample of a small image has another value.
 unsigned int eightBits(std::size_t x, std::size_t y, std::size_t k) {
     return static_cast<unsigned int>(10 + 7 * x + 31 * y + 3 * k) & 255U;
 }
@@ -36,7 +36,7 @@ float floats(std::size_t x, std::size_t y, std::size_t k) {
     return 0.25F * static_cast<float>(x) + 8 * static_cast<float>(y) + 100 * static_cast<float>(k) - 3;
 }
 
-// The sample of an image, with the row counted from the top of the picture.
+// The sample of an image, with rows counted from the top.
 template <class Value>
 Value const& at(Value const* pixels, VL_Image const& image, std::size_t x, std::size_t yFromTop,
                 std::size_t k) {
@@ -60,7 +60,7 @@ void expectEmpty(VL_Image const& image) {
 
 class VL_Image_test : public testing::Test {
 protected:
-    // An image with contents, so that it shows whether a failed read leaves them.
+    // An image with contents, to detect whether a failed read leaves them.
     static VL_Image filled() {
         VL_Image image;
         image.create(2, 2, 3, 8);
@@ -73,7 +73,7 @@ protected:
         expectEmpty(image);
     }
 
-    // Every beginning of a file is refused; all lengths of a short one, steps through a long one.
+    // Every truncated file is rejected: all lengths of a short file, some lengths of a long one.
     void expectRefusedWhenCutOff(std::string const& name) {
         std::string const whole = folder.read(name);
         ASSERT_TRUE(VL_Image().read(folder.file(name).c_str()));
@@ -84,8 +84,8 @@ protected:
         expectRefused(folder.write("cut", whole.substr(0, whole.size() - 1)), "without its last byte");
     }
 
-    // A file with one byte changed is read or refused, and the image is one or the other. What a reader does
-    // wrong with it the sanitizers tell.
+    // A file with one changed byte is read or rejected, and the image is complete or empty. Sanitizers detect
+    // the other faults of a reader.
     void expectHarmlessWhenDamaged(std::string const& name, std::size_t const& places = 150) {
         std::string const whole = folder.read(name);
         std::size_t const step = 1 + whole.size() / places;
@@ -143,7 +143,7 @@ TEST_F(VL_Image_test, createRefusesSizesThatNoImageHas) {
                           {4, 4, 3, 0},
                           {4, 4, 3, 12},
                           {4, 4, 3, 64},
-                          // 1 GiB and a row; every factor overflows 32 bits with the others
+                          // 1 GiB and a row; the product overflows 32 bits
                           {16384, 5462, 3, 32},
                           {16384, 16384, 4, 32},
                           {0xFFFFFFFF, 0xFFFFFFFF, 4, 32}}) {
@@ -207,7 +207,7 @@ TEST_F(VL_Image_test, movingLeavesTheSourceEmpty) {
     expectEmpty(source);  // NOLINT(bugprone-use-after-move): its state is promised.
 }
 
-// == Files that are no pictures ==
+// == Files of other formats ==
 
 TEST_F(VL_Image_test, missingFileIsRefused) {
     expectRefused(folder.file("missing.png"));
@@ -381,7 +381,7 @@ TEST_F(VL_Image_test, damagedPngIsHarmless) {
     expectHarmlessWhenDamaged("a.png");
 }
 
-// The checksums of chunks, for headers that say what no writer would.
+// The checksums of chunks, for headers that no writer would produce.
 std::string pngChunk(std::string const& type, std::string const& data) {
     std::uint32_t crc = 0xFFFFFFFF;
     for (char const byte : type + data) {
@@ -506,7 +506,7 @@ TEST_F(VL_Image_test, jpegWithAHugeHeaderIsRefused) {
 }
 
 TEST_F(VL_Image_test, jpegWithThousandsOfScansIsRefused) {
-    // A progressive file whose last scan is repeated: little data, endless work.
+    // A progressive file whose last scan is repeated: little data, much work.
     writeJpeg(folder.file("a.jpg"), 64, 64, JpegColors::gray, true, smooth);
     std::string const file = folder.read("a.jpg");
     std::size_t const scan = file.rfind("\xFF\xDA");
@@ -712,7 +712,7 @@ TEST_F(VL_Image_test, exrWithAnAttributeLargerThanTheFileIsRefused) {
     };
     expectRefused(folder.write("b.exr", header + attribute("own", 0x7FFFFFFF) + "short"));
     expectRefused(folder.write("b.exr", header + attribute("own", -1) + "short"));
-    // A preview that says it is larger than its attribute.
+    // A preview whose header announces more than its attribute has.
     std::string preview = attribute("preview", 12) + std::string("\xFF\xFF\xFF\x7F\xFF\xFF\xFF\x7F....", 12);
     expectRefused(folder.write("b.exr", header + preview + folder.read("a.exr").substr(8)));
 }
@@ -764,7 +764,7 @@ TEST_F(VL_Image_test, radianceThatIsCutOffIsRefused) {
 }
 
 TEST_F(VL_Image_test, radianceCutOffInsideItsLastPixelIsRefusedWhereverThatIs) {
-    // The reader takes the file in blocks: the last pixel moves across their borders.
+    // The reader reads blocks: the last pixel moves across their borders.
     for (unsigned int width = 1; width < 8; ++width) {
         for (unsigned int height = 1; height < 40; height += 3) {
             writeHdr(folder.file("a.hdr"), width, height, false, rgbe);

@@ -20,8 +20,8 @@ std::ptrdiff_t distance(void const* const from, void const* const to) {
     return static_cast<unsigned char const*>(to) - static_cast<unsigned char const*>(from);
 }
 
-// The number of a virtual operation in its class's table, as the Itanium C++ ABI keeps it in a pointer to
-// member: one more than the offset of the slot.
+// The slot number of a virtual operation. The Itanium C++ ABI stores it in a pointer to member as the offset
+// of the slot plus 1.
 template <class Operation>
 std::ptrdiff_t slotOf(Operation const operation) {
     std::ptrdiff_t word = 0;
@@ -118,7 +118,7 @@ TEST(Camera_RL_test, lookAtMakesTheUpVectorPerpendicular) {
     EXPECT_NEAR(length(up), 1.0F, 1e-6F);
     EXPECT_NEAR(dot(direction, up), 0.0F, 1e-6F);
     EXPECT_GT(up.y, 0.0F);
-    // Direction, up and side are a right-handed frame.
+    // Direction, up and side are a right-handed system.
     Vector3<float> const third = cross(direction, up);
     EXPECT_NEAR(third.x, side.x, 1e-6F);
     EXPECT_NEAR(third.y, side.y, 1e-6F);

@@ -26,7 +26,7 @@ constexpr float NOT_A_NUMBER = std::numeric_limits<float>::quiet_NaN();
 
 class Core_RL_test : public testing::Test {
 protected:
-    // What was noted since the last call.
+    // The calls recorded since the last request.
     Calls taken() { return layer.takeCalls(); }
 
     Recording_RL layer;
@@ -123,7 +123,7 @@ TEST_F(Core_RL_test, theCurrentColorMayBePushed) {
 
 // == The other stacks ==
 
-// One stack of render state: what is pushed, and which call each state leads to.
+// One stack of render state: the pushed states and the call that each of them causes.
 struct Stack {
     char const* name;
     void (*pushFirst)(Core_RL&);
@@ -136,7 +136,7 @@ struct Stack {
     char const* secondCall;
 };
 
-// Without it the name of a test would hold addresses, another one in every run.
+// Without it the names of the tests would contain addresses, which differ in every run.
 void PrintTo(Stack const& stack, std::ostream* out) {
     *out << stack.name;
 }
@@ -165,7 +165,7 @@ TEST_P(Core_RL_stack_test, aPopWithoutAPushAppliesTheBottomEntry) {
         GetParam().pop(layer);
         EXPECT_THAT(taken(), ElementsAre(GetParam().bottomCall));
     }
-    // The stack works on as before.
+    // The stack is still usable.
     GetParam().pushFirst(layer);
     GetParam().pushSecond(layer);
     layer.takeCalls();
@@ -249,7 +249,7 @@ TEST_F(Core_RL_test, aSetterThatPassesAnotherValueOnDoesNotChangeWhatPopsApply) 
     public:
         void setLineWidth(float const& width) override {
             Recording_RL::setLineWidth(3 * width);
-            lineWidthStack.back() = 3 * width;  // as a setter of a drawing system keeps what it is given
+            lineWidthStack.back() = 3 * width;  // like the setter of a drawing system
         }
     } scaling;
     for (int i = 0; i < 3; ++i) {
@@ -366,7 +366,7 @@ Position positionOf(Vector3<float> const& v) {
     return {v.x + 0.0F, v.y + 0.0F, v.z + 0.0F};  // one zero, not two
 }
 
-// Each edge must be run through once in either direction: the surface is closed and turns one way.
+// Each edge must occur once in either direction: the surface is closed and consistently oriented.
 void expectClosed(std::vector<Recording_RL::Triangle> const& triangles) {
     std::map<std::pair<Position, Position>, int> edges;
     for (Recording_RL::Triangle const& t : triangles) {
@@ -524,7 +524,7 @@ TEST_F(Core_RL_test, aPlaneSystemIsItsPlanes) {
 using Node = GeometryNode<Box3<float>>;
 using Tree = GeometryTree<Node>;
 
-// A box that tells which node it belongs to.
+// A box that identifies its node.
 Node node(float const& number, unsigned int const& firstChild, unsigned int const& childCount) {
     return {{{number, 0, 0}, {number, 1, 1}}, firstChild, childCount};
 }
@@ -571,7 +571,7 @@ TEST_F(Core_RL_test, aTreeThatLeadsInCirclesComesToAnEnd) {
 }
 
 TEST_F(Core_RL_test, aNodeWithManyParentsIsDrawnOnce) {
-    // Were it drawn for every way that leads to it, this tree would never end.
+    // Drawing a node once per path would take exponential time in this tree.
     Tree tree;
     for (unsigned int i = 0; i < 200; ++i) {
         tree.nodes.pushBack(node(static_cast<float>(i), i + 1, 2));
@@ -638,7 +638,7 @@ TEST_F(Core_RL_test, aShadedTriangleTakesTheMeanColor) {
     Array<Color4<float>> const colors{{0.75F, 0, 0, 1}, {0, 1.5F, 0, 1}, {0, 0, 3, 1}};
     layer.render(CORNERS, Triangles{{0, 1, 2}}, NORMALS, colors);
     EXPECT_EQ(layer.currentColor(), (Color4<float>{0.25F, 0, 0, 1}));
-    // The fourth vertex has no color of its own, and no triangle names it.
+    // The fourth vertex has no color, and no triangle uses it.
     EXPECT_THAT(taken(),
                 ElementsAre("setColor 0.25,0,0,1", "setColor 0.25,0.5,1,1",
                             "renderTriangle 0,0,0 3,0,0 0,3,0 1,0,0 0,1,0 0,0,1", "setColor 0.25,0,0,1"));
@@ -689,7 +689,7 @@ TEST_F(Core_RL_test, normalsStandOnTheCentroids) {
 TEST_F(Core_RL_test, normalsOfBadTrianglesAreLeftOut) {
     Array<Vector3<double>> vertices = CORNERS_AS_DOUBLES;
     vertices.pushBack({NOT_A_NUMBER, 0, 0});
-    // Out of range, without area, not a number.
+    // Out of range, of area 0, NaN.
     layer.renderNormals(vertices, Triangles{{0, 1, 5}, {0, 0, 1}, {1, 1, 1}, {0, 1, 4}}, 1);
     EXPECT_THAT(taken(), ElementsAre("begin 1", "end"));
 }

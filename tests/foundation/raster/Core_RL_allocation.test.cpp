@@ -7,9 +7,8 @@
 #include <cstdlib>
 #include <new>
 
-// Render layers live in memory of malloc and free, so that whoever holds one may release it without knowing
-// which library's operators made it. This file replaces the global operators of the test program by ones that
-// watch for one size and one address.
+// Render layers are allocated with malloc and free, so that code of any library may delete them. This file
+// replaces the global operators of the test program by operators that watch for one size and one address.
 
 namespace {
 
@@ -18,7 +17,7 @@ void const* watchedAddress = nullptr;
 unsigned int globalNews = 0;     // allocations of the watched size
 unsigned int globalDeletes = 0;  // releases of the watched address
 
-// Not inlined: the compiler would take the mixing of operators and C functions, which is meant, for a mistake.
+// Not inlined: the compiler would warn about the mixture of operators and C functions, which is intended.
 [[gnu::noinline]] void* allocate(std::size_t const size) noexcept {
     if (watchedSize != 0 && size == watchedSize) {
         ++globalNews;
@@ -58,7 +57,7 @@ void operator delete(void* memory, std::nothrow_t const&) noexcept {
 namespace vellum {
 namespace {
 
-// Its odd size tells it from everything else that is allocated meanwhile.
+// Its unusual size distinguishes it from all other allocations.
 class Layer : public Recording_RL {
 public:
     unsigned char ballast[54321] = {};

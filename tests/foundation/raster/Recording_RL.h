@@ -8,11 +8,12 @@
 
 namespace vellum {
 
-/// A render layer that draws nothing and notes what it is asked to, so that the operations of Core_RL itself
-/// can be tested without a drawing system.
+/// A render layer that records its calls and does not draw, so that the operations of Core_RL can be tested
+/// without a drawing system.
 ///
 /// Each call of a pure virtual operation becomes a text in `calls`: the operation's name and, where a test
-/// looks at them, its arguments, separated by blanks. Shaded and plain triangles are kept as numbers too.
+/// checks them, its arguments, separated by blanks. Triangles with and without normals are also stored as
+/// numbers.
 class Recording_RL : public Core_RL {
 public:
     struct Triangle {
@@ -30,7 +31,7 @@ public:
         return taken;
     }
 
-    // The spin lock's word, to check where it stands.
+    // The word of the spin lock, for tests of its state.
     void const* lockWord() const { return &textureQueueLock; }
 
     using Core_RL::render;
