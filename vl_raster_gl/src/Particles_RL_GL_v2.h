@@ -178,7 +178,7 @@ public:
     /// Draws each chunk's own arrays through the effect. Compacts the system. Draws nothing without a channel
     /// named "position".
     ///
-    /// Deliberate (scalar-stride-one): a scalar channel is read with a stride of one value, so that a
+    /// Deliberate (scalar-stride): a scalar channel is read with a stride of one value, so that a
     /// particle's three components are its own value and the next two.
     /// GL: configureShaders(), renderChunkRaw() for each chunk, the end of the effect's pass.
     void renderFromChunksWithShaders(ParticleSystem_v2 const& system, bool keepFlag, bool rebuild,

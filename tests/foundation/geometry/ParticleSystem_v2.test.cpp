@@ -102,7 +102,7 @@ TEST_F(ParticleSystem_v2_test, dataHasTheTypeOfItsChannel) {
 }
 
 TEST_F(ParticleSystem_v2_test, scalarsHaveTwoZerosBehindTheLastOne) {
-    // Deliberate (scalar-stride-one): the last particle's color is its own value and the next two.
+    // Deliberate (scalar-stride): the last particle's color is its own value and the next two.
     fill(5);
     float const* const values = system.firstChunk()->channelData(density)->asFloats();
     EXPECT_EQ(values[4], 4);

@@ -550,7 +550,7 @@ TYPED_TEST(Impostors_calls_test, vertexStagesHaveTheirUniforms) {
             EXPECT_THAT(text, HasSubstr(part));
         }
         EXPECT_EQ(text.find("uniform float size;") == std::string::npos, this->IS_ARROW);
-        // Deliberate (full-rate-clamp): a full rate has the clamp color for arrows only.
+        // Deliberate (full-rate): a full rate has the clamp color for arrows only.
         EXPECT_THAT(text, HasSubstr(this->IS_ARROW ? "rate < 1.0" : "rate > 1.0"));
     }
     EXPECT_THAT(this->vertexText(4), Not(HasSubstr("rate")));
