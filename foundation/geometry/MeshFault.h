@@ -8,20 +8,20 @@ namespace vellum {
 namespace MeshFault_ns {
 
 enum type : unsigned int {
-    NONE = 0,                   ///< Nothing.
+    NONE = 0,                   ///< No fault.
     NO_TRIANGLES,               ///< The mesh is empty.
     TOO_LARGE,                  ///< More triangles than Mesh::MOST_TRIANGLES, or no memory for the arrays.
-    INDEX_OUT_OF_RANGE,         ///< A triangle names a vertex beyond the positions.
-    POSITION_NOT_FINITE,        ///< A coordinate is infinite or not a number.
-    CORNER_NORMAL_COUNT,        ///< The corner normals are not as many as the triangles.
-    NORMAL_TRIANGLE_COUNT,      ///< The normal triangles are not as many as the triangles.
-    NORMAL_INDEX_OUT_OF_RANGE,  ///< A normal triangle names a normal beyond the vertex normals.
-    FACE_NORMAL_COUNT,          ///< The face normals are not as many as the triangles.
-    ADJACENCY_COUNT,            ///< The adjacency entries are not three for each triangle.
-    ADJACENCY_OUT_OF_RANGE      ///< An adjacency entry names a triangle or a corner that does not exist.
+    INDEX_OUT_OF_RANGE,         ///< A triangle index is out of range of the positions.
+    POSITION_NOT_FINITE,        ///< A coordinate is infinite or NaN.
+    CORNER_NORMAL_COUNT,        ///< The number of corner normals differs from the triangles.
+    NORMAL_TRIANGLE_COUNT,      ///< The number of normal triangles differs from the triangles.
+    NORMAL_INDEX_OUT_OF_RANGE,  ///< An index is out of range of the vertex normals.
+    FACE_NORMAL_COUNT,          ///< The number of face normals differs from the triangles.
+    ADJACENCY_COUNT,            ///< The adjacency has not three entries per triangle.
+    ADJACENCY_OUT_OF_RANGE      ///< An adjacency entry names a triangle or corner out of range.
 };
 
-/// The fault in words, as the end of a sentence: "a triangle names a vertex that does not exist". Never null.
+/// The fault as text, for the end of a sentence: "a triangle names a vertex that does not exist". Never null.
 VL_FOUNDATION_EXPORT char const* text(type const& fault);
 
 }  // namespace MeshFault_ns

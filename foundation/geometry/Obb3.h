@@ -15,8 +15,8 @@ struct Obb3 {
     T extent2;
     Vector3<T> centre;
 
-    /// Gives corner `index`: for k = 0, 1, 2 the center is moved along axis k by its half extent, forward
-    /// when bit k of the index is set, else backward. Higher bits are ignored.
+    /// Returns corner `index`: for k = 0, 1, 2 the center moves along axis k by the half extent, forward if
+    /// bit k of the index is set, else backward. Higher bits are ignored.
     void getVertex(unsigned int const& index, Vector3<T>& vertex) const {
         Vector3<T> corner = centre;
         corner = (index & 1U) != 0 ? corner + axis0 * extent0 : corner - axis0 * extent0;

@@ -54,8 +54,8 @@ public:
     }
 
 private:
-    // A drawing system may read the three components of a color from a scalar channel, each particle's from
-    // its own value and the next two: so two more values follow the last one.
+    // Deliberate (scalar-stride): drawing systems read each particle's color from its own value and the next
+    // two, so two more values follow the last one.
     static constexpr unsigned int PADDING = std::is_same_v<T, float> ? 2 : 0;
 
     Array<T> values;

@@ -6,10 +6,10 @@
 
 namespace vellum {
 
-/// The values of one channel for the particles of one chunk, one after the other by slot.
+/// The values of one channel for the particles of one chunk, contiguous and ordered by slot.
 ///
-/// Renderers hand the arrays to the drawing system as they are. This class is for channels whose type has no
-/// meaning here: it holds no values. ParticleChannelArray_v2 holds vectors or floats.
+/// Renderers pass the arrays to the drawing system unchanged. This class serves channels of unknown types and
+/// stores no values; ParticleChannelArray_v2 stores vectors or floats.
 ///
 /// The order of the virtual operations is part of the interface.
 class VL_FOUNDATION_EXPORT ParticleChannelChunkData_v2 {

@@ -5,8 +5,8 @@
 namespace vellum {
 
 /// One cell of a lattice with the 4 x 4 x 4 samples that tricubic interpolation reads: the eight corners of
-/// the cell and the ring of samples around them. Sample (i, j, k), each 0 to 3, stands at origin + (i - 1, j
-/// - 1, k - 1) * step and has the number i + 4 j + 16 k.
+/// the cell and the ring of samples around them. Sample (i, j, k), each 0 to 3, is at origin + (i - 1, j
+/// - 1, k - 1) * step and has the index i + 4 j + 16 k.
 template <class T>
 struct TricubicVoxel {
     Vector3<T> origin;  ///< Lower corner of the cell: sample (1, 1, 1).

@@ -4,7 +4,7 @@
 
 namespace vellum {
 
-/// A point or direction of the plane. A plain aggregate, packed: arrays of it are vertex arrays.
+/// A point or direction of the plane. A packed aggregate: arrays of it are vertex arrays.
 template <class T>
 struct Vector2 {
     T x;

@@ -6,7 +6,7 @@
 
 namespace vellum {
 
-/// A point, direction or color without alpha. A plain aggregate, packed: arrays of it go to glVertexPointer
+/// A point, direction or color without alpha. A packed aggregate: arrays of it are passed to glVertexPointer
 /// with size 3 and stride 0.
 template <class T>
 struct Vector3 {
@@ -14,12 +14,12 @@ struct Vector3 {
     T y;
     T z;
 
-    /// Gives the axis and the angle (radians, 0 to pi) of the rotation that turns the direction `from` into
-    /// the direction `to`. Both are expected to be unit vectors; they are not normalized here. Where they are
-    /// parallel or opposite, some axis perpendicular to `from` is chosen and the angle is 0 or pi.
+    /// Computes the axis and the angle (radians, 0 to pi) of the rotation of the direction `from` to the
+    /// direction `to`. Both must be unit vectors. If they are parallel or opposite, the axis is some vector
+    /// perpendicular to `from` and the angle is 0 or pi.
     ///
-    /// The choice is not guarded: for a zero `from`, but also for one like (s, s, 0), the perpendicular
-    /// vector is zero and the axis not a number. Defined for float.
+    /// For a zero `from`, and for one such as (s, s, 0), the perpendicular vector is zero and the axis NaN.
+    /// Defined for float.
     static void calculateRotation(Vector3 const& from, Vector3 const& to, Vector3& axis, float& angle);
 };
 
@@ -63,8 +63,8 @@ T length(Vector3<T> const& a) {
     return std::sqrt(dot(a, a));
 }
 
-/// The vector scaled to length 1 by multiplying with the reciprocal of its length. Not guarded: a zero
-/// vector gives components that are not numbers.
+/// The vector scaled to length 1 by multiplication with the reciprocal of its length. A zero vector gives
+/// NaN.
 template <class T>
 Vector3<T> normalized(Vector3<T> const& a) {
     return a * (T(1) / length(a));

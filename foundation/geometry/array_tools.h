@@ -4,16 +4,15 @@
 #include <cstdint>
 #include <utility>
 
-/// \file
-/// Sorting in place, for arrays in which a few keys repeat over and over.
+/// \file In-place sorting for arrays with few different keys.
 
 namespace vellum::array_tools {
 
 /// The parts of quickSort. A range is its first and last index, both inclusive.
 namespace quickSortParams {
 
-/// Two generators of random numbers side by side. Each sort starts them anew, so that the same array is
-/// always sorted the same way.
+/// Two combined generators of random numbers. Each sort restarts them, so that the same array is always
+/// sorted in the same way.
 class Dice {
 public:
     /// A number from 0 to sides - 1.
@@ -32,7 +31,7 @@ template <class T>
 struct Pivot {
     T value;
     int position;     // of the value in the array
-    bool isRepeated;  // many entries have this key
+    bool isRepeated;  // many entries have the same key
 };
 
 /// Chooses an entry near the middle of the order, from about 64 samples over lo to hi.
@@ -104,7 +103,7 @@ int promoteBackwards(T* data, int const& lo, int const& hi, T const& pivot, Less
     return back;
 }
 
-/// Sorts a few entries, each by moving it forward to its place.
+/// Insertion sort for a few entries.
 template <class T, class Less>
 void insertionSort(T* data, int const& lo, int const& hi, Less const& less) {
     for (int k = lo + 1; k <= hi; ++k) {
@@ -125,7 +124,7 @@ void sortRange(T* data, int lo, int hi, Less const& less, Dice& dice) {
         int left = 0;
         int right = 0;
         if (pivot.isRepeated) {
-            // All entries with the pivot's key are in their place after this.
+            // All entries with the pivot's key are in their final positions after this.
             int const front = promote(data, lo, hi, pivot.value, less);
             right = promoteBackwards(data, front, hi, pivot.value, less) + 1;
             left = front - 1;
@@ -150,8 +149,8 @@ void sortRange(T* data, int lo, int hi, Less const& less, Dice& dice) {
 
 }  // namespace quickSortParams
 
-/// Sorts data[lo] to data[hi], both included, ascending by `less`. In place and not stable; a range that is
-/// in order already is left as it is. Does nothing for fewer than two entries.
+/// Sorts data[lo] to data[hi], both inclusive, ascending by `less`. In place and not stable; a range in order
+/// is unchanged.
 template <class T, class Less>
 void quickSort(T* data, int const& lo, int const& hi, Less const& less) {
     for (int k = lo; k < hi; ++k) {

@@ -15,8 +15,8 @@ inline constexpr float PI = 3.14159265358979323846F;
 
 }  // namespace vellum::constants::f
 
-/// Constant vectors, named by their components: Z0 is 0, P1 is +1, N1 is -1. The fourth component in the
-/// longer names carries no data; those are directions, the shorter ones points.
+/// Constant vectors, named by their components: Z0 is 0, P1 is +1, N1 is -1. The fourth component of the
+/// longer names has no data: longer names are directions, shorter ones points.
 namespace vellum::constants::f {
 
 inline constexpr Vector3<float> Z0_Z0_Z0{0.0F, 0.0F, 0.0F};

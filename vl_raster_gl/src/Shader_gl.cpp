@@ -127,7 +127,7 @@ bool Shader_gl::_compileVariant(unsigned int mask) {
     GLint status = GL_FALSE;
     glGetShaderiv(id, GL_COMPILE_STATUS, &status);
     if (VL_Raster != nullptr) {
-        // Deliberate (asdf-label): the label of every stage. Tools that read the logs look for it.
+        // Deliberate (asdf): the label of every stage. Tools that read the logs look for it.
         VL_Raster->checkShaderCompilationErrors(id, "asdf");
     }
     if (status != GL_TRUE) {

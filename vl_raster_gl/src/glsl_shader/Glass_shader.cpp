@@ -48,9 +48,9 @@ void main()
 //     z < 0     s = 1 - x / 4        3/4 to 5/4, beyond 1 the repeating image begins again: up to 1/4
 //     both      t = (y + 1) / 2
 //
-// The copy of the frame lies in the lower left corner of a texture with power-of-two sizes. A look-up is
-// clamped to the frame before it is scaled to that corner: clamping afterwards would read texels beyond the
-// frame.
+// The copy of the viewport lies in the lower left corner of a texture with power-of-two sizes. A look-up is
+// clamped to the viewport before it is scaled to that corner: clamping afterwards would read texels beyond
+// the viewport.
 constexpr char const* FRAGMENT = R"(const int nLights = gl_MaxLights;
 
 uniform vec3 BaseColor;

@@ -7,7 +7,7 @@ namespace vellum {
 /// Takes one pending error off GL and reports it to nobody: of a texture that GL refuses, or of a user's
 /// program, whose log has the reason.
 ///
-/// Deliberate (swallowed-upload-error): the error's text is asked for and dropped; a trace shows the call.
+/// Deliberate (discarded-error): the error's text is asked for and dropped; a trace shows the call.
 /// GL: glGetError; gluErrorString after an error.
 inline void discardError() {
     GLenum const error = glGetError();
