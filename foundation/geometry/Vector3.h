@@ -18,7 +18,7 @@ struct Vector3 {
     /// direction `to`. Both must be unit vectors. If they are parallel or opposite, the axis is some vector
     /// perpendicular to `from` and the angle is 0 or pi.
     ///
-    /// For a zero `from`, and for one such as (s, s, 0), the perpendicular vector is zero and the axis NaN.
+    /// Deliberate (unguarded-directions): for a zero `from` and one such as (s, s, 0), the axis is NaN.
     /// Defined for float.
     static void calculateRotation(Vector3 const& from, Vector3 const& to, Vector3& axis, float& angle);
 };

@@ -70,8 +70,8 @@ public:
     virtual void renderWithEdgesBlending(Color4<float> const& color, bool const& withSurface) = 0;
 
     Mesh* mesh;  ///< The mesh to draw. Not owned; may be null.
-    Mesh_RL_Shader* shader =
-        nullptr;  ///< The effect for MeshShadingFlags_ns::GPU_SHADER. Not owned; may be null.
+    /// The effect for MeshShadingFlags_ns::GPU_SHADER. Not owned; may be null.
+    Mesh_RL_Shader* shader = nullptr;
 };
 
 }  // namespace vellum

@@ -34,7 +34,8 @@ enum DepthTestFunction : unsigned int {
 };
 
 /// The depth test: a comparison (DepthTestFunction; above 7 the test stays as it is) and whether depth is
-/// written. The spelling of the name belongs to the interface.
+/// written.
+/// Deliberate (interface-spelling): the name.
 struct DepthtTestMode {
     unsigned int mode;
     bool write;

@@ -134,8 +134,8 @@ public:
     void useProgram(unsigned int program) override;
 
     /// Writes the log of a shader that failed to compile, followed by `name`, to standard output. Writes no
-    /// text after a success or if the log is empty. A null name sets the stream's bad bit, as inserting a
-    /// null text does, so the stream ignores further output until the caller clears it.
+    /// text after a success or if the log is empty.
+    /// Deliberate (null-log-name): a null name sets the stream's bad bit.
     /// GL: glGetShaderiv of GL_COMPILE_STATUS and GL_INFO_LOG_LENGTH, then glGetShaderInfoLog.
     void checkShaderCompilationErrors(unsigned int shader, char const* name) override;
 
@@ -165,8 +165,9 @@ public:
     /// GL: glGetError until it returns GL_NO_ERROR.
     bool getError(char const* where, int line) override;
 
-    // GL: as under 'Buffers and draw calls'; the point parameters use the core entry points, despite
-    // their names.
+    // GL: as under 'Buffers and draw calls'.
+    // Deliberate (core-point-parameters): not the entry points of the
+    // extension in their names.
 
     void uniform1f(int location, float x) override;
     void uniform3f(int location, float x, float y, float z) override;

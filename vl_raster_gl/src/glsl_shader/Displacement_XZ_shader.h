@@ -47,8 +47,8 @@ public:
     /// Sent as "lightpos"; the built-in texts read GL_LIGHT0 instead.
     void setLightPosition(float const& x, float const& y, float const& z, float const& w);
 
-    void setBaseColor(float const& r, float const& g, float const& b,
-                      float const& a);  ///< A fifth of the color.
+    /// A fifth of the final color.
+    void setBaseColor(float const& r, float const& g, float const& b, float const& a);
     void setScale(float const& scale);  ///< The displacement along the normal.
 
     /// The size of the part of the grid that one tile of the map covers, in units. Normals are computed from

@@ -39,11 +39,11 @@ namespace vellum {
 ///   GL_MAX_GEOMETRY_TOTAL_OUTPUT_COMPONENTS. With 1024 components, the required minimum and the usual
 ///   value, that is depth 5.
 ///
-/// An image without alpha counts as alpha 1. Images that are passed as VL_Image may have any size. The
-/// normals texture is bound for the program, but the built-in texts do not read it. docs/shader_spaces.md
-/// lists the spaces of the names in the shader texts.
+/// An image without alpha counts as alpha 1. Images that are passed as VL_Image may have any size.
+/// docs/shader_spaces.md lists the spaces of the names in the shader texts.
 ///
 /// Deliberate (four-component-displacement): the plain path displaces w too, by 0.01 at alpha 1.
+/// Deliberate (unread-normals-map): the normals texture is bound and not read.
 /// Deliberate (rounded-displacement-size): files whose sizes are not powers of two come out skewed.
 /// Textures belong to the effect and are deleted with it.
 class VL_RASTER_GL_EXPORT Displacement_shader : public Base_shader {
