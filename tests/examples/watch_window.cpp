@@ -5,14 +5,12 @@
 // same after some more frames. It is asked to close its window, as by a click on the close button, and must end with 0.
 // Exit status: 0 when all of this came true.
 
-#include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
 #include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <map>
 #include <string>
 #include <thread>

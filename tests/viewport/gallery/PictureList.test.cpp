@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <set>
 #include <string>
 #include <vector>
@@ -13,7 +12,6 @@
 namespace {
 
 using namespace vellum::gallery;
-using testing::AllOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;

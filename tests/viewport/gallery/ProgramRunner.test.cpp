@@ -5,7 +5,6 @@
 
 #include <csignal>
 #include <string>
-#include <thread>
 
 #include <sys/wait.h>
 #include <unistd.h>
