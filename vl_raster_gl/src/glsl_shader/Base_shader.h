@@ -96,8 +96,8 @@ public:
     void markDirty();
 
     /// Whether the driver takes geometry stages, in the language of GL_EXT_geometry_shader4 or in GLSL 1.50
-    /// (from version 3.2 on). Where it does not, spheres and arrows are not drawn, and a tessellated
-    /// displacement is not either.
+    /// (from version 3.2 on). Where it does not, the effects that need one (spheres, arrows, the tessellated
+    /// displacement) lose it and do not draw what they should.
     /// GL: isExtensionSupported(), and glGetString(GL_VERSION) where the extension is not listed.
     static bool hasGeometryStages();
 

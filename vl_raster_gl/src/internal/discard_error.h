@@ -4,8 +4,8 @@
 
 namespace vellum {
 
-/// Takes one pending error off GL and reports it to nobody: of a texture that GL refuses, or of a user's
-/// program, whose log has the reason.
+/// Discards one pending error: of a texture that GL refuses, or of a user's program, whose log has the
+/// reason.
 ///
 /// Deliberate (discarded-error): the error's text is asked for and dropped; a trace shows the call.
 /// GL: glGetError; gluErrorString after an error.

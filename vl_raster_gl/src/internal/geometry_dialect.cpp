@@ -17,6 +17,7 @@ bool isExtensionListed() {
     return VL_Raster != nullptr && VL_Raster->isExtensionSupported("GL_EXT_geometry_shader4");
 }
 
+// Two integers and not one decimal number: 3.10 is later than 3.2.
 bool hasVersion32() {
     auto const* const text = reinterpret_cast<char const*>(glGetString(GL_VERSION));
     if (text == nullptr) {
@@ -46,6 +47,7 @@ char const* primitiveName(unsigned int primitive) {
 }  // namespace
 
 GeometryDialect geometryDialect() {
+    // A driver with neither is offered the extension's text, so that its log says what it lacks.
     return !isExtensionListed() && hasVersion32() ? GeometryDialect::GLSL_150 : GeometryDialect::EXT_SHADER4;
 }
 
@@ -106,6 +108,7 @@ void setGeometryLayout(GeometryDialect dialect, GeometryLayout const& layout, Pr
     if (dialect != GeometryDialect::EXT_SHADER4 || VL_Raster == nullptr) {
         return;
     }
+    // Parameters count from the next link on. The other dialect has them in the text.
     unsigned int const id = program.getId();
     VL_Raster->programParameterI(id, ShaderParameterName::GEOMETRY_INPUT_TYPE_EXT,
                                  static_cast<int>(layout.input));

@@ -8,6 +8,8 @@ namespace vellum {
 
 namespace {
 
+// The reference that the register writers match bit for bit: one operation after the other, in the order of
+// the formula.
 class PlainColors {
 public:
     explicit PlainColors(RecordFormula const& formula) : f(formula) {}
