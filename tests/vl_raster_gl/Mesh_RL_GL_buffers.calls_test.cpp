@@ -15,8 +15,7 @@
 #include <utility>
 #include <vector>
 
-// The buffers of a mesh call by call: how they are made, what they hold, what an edit writes anew, and how each
-// drawing uses them.
+// The buffers of a mesh call by call: creation, contents, updates after edits, and their use by each drawing.
 
 namespace vellum {
 
@@ -51,7 +50,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, firstUpdateWithChannelAndEdgesMakesAllFive
 }
 
 TEST_F(Mesh_RL_GL_buffers_calls_test, firstFillingDoesNotAskForModifiedArrays) {
-    // Another renderer of the same mesh has consumed the bits.
+    // Another renderer of the same mesh clears the modified bits.
     update();
     Mesh_RL_GL second(&mesh, false);
     second.createBufferObjects(nullptr, false);
@@ -226,7 +225,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, editWithoutModifiedBitIsNotDetected) {
 
 TEST_F(Mesh_RL_GL_buffers_calls_test, newTriangleCountReallocatesAllBuffers) {
     update();
-    // Only the arrays that must follow the count are set: the positions and vertex normals carry no bit.
+    // Only the arrays whose length follows the count are set: positions and vertex normals stay unmodified.
     data.triangles = {{0, 1, 2}};
     data.normalTriangles = {{4, 3, 2}};
     data.faceNormals = {{1, 2, 3, 4}};
@@ -414,7 +413,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, deliberatelyMissingChannelMapsItsBufferAnd
 
 TEST_F(Mesh_RL_GL_buffers_calls_test, indexBufferHoldsCornersOfSoup) {
     update(nullptr, true);
-    // Each border once, the crease from both sides; corner k of triangle t is 3t + k.
+    // Each border is listed once, the crease from both sides; corner k of triangle t is 3t + k.
     std::multiset<std::pair<unsigned int, unsigned int>> const expected{{0, 1}, {1, 2}, {2, 0},
                                                                         {3, 4}, {4, 5}, {5, 3}};
     EXPECT_EQ(edgesIn(4), expected);
@@ -655,7 +654,7 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, adjacencyWithFaultHasNoEdgesAndHidesNoSurf
     }
 }
 
-// The sanitizers see every read outside an array.
+// Meant for the sanitizers, which detect reads outside an array.
 TEST_F(Mesh_RL_GL_buffers_calls_test, indicesOutOfRangeWrittenInPlaceAreFoundBeforeTheyAreRead) {
     update(nullptr, true);
     for (ArrayId const id : {mesh.triangles(), mesh.normalTriangles(), mesh.adjacency()}) {

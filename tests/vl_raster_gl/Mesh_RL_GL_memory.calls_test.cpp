@@ -13,15 +13,14 @@
 
 #include "internal/gl_api.h"
 
-// A mesh of a million triangles takes its buffers and the list of its edges, and no frame takes more than the
-// one before. What the recording OpenGL keeps of a buffer is counted too, and has the size of the buffer; what it
-// keeps of a call is never a large block.
+// The memory that a mesh of a million triangles takes: its buffers and the list of its edges, and no more from frame to
+// frame. The counts include the buffers that the recording GL keeps; its records of calls are no large blocks.
 
 namespace vellum {
 
 namespace {
 
-// What a name, a record and the rounding of large blocks to pages may take beside the arrays.
+// Allowed beside the arrays: a name, a record, and the rounding of large blocks to pages.
 constexpr std::size_t SLACK = std::size_t{64} * 1024;
 
 class Mesh_RL_GL_memory_calls_test : public testing::Test {

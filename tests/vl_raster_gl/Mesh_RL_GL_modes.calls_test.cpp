@@ -15,8 +15,8 @@
 #include <string>
 #include <vector>
 
-// What a renderer draws in each mode: the surface in immediate mode, the requests with their state and effects,
-// the box, and the composites of surface and edges.
+// The drawings of each mode: the surface in immediate mode, requests with their state and effects, the box, and the
+// composites of surface and edges.
 
 namespace vellum {
 
@@ -28,7 +28,7 @@ using testing::IsEmpty;
 
 class Mesh_RL_GL_modes_calls_test : public Mesh_fixture {};
 
-// == Life ==
+// == Lifecycle ==
 
 TEST_F(Mesh_RL_GL_modes_calls_test, newRendererHasNoEffectAndMakesNoCall) {
     gl_spy::Recording const recording;
@@ -194,7 +194,7 @@ TEST_F(Mesh_RL_GL_modes_calls_test, immediateModeTouchesNoBufferAndNoModifiedBit
 
 // == Shading requests ==
 
-/// Notes which drawings a request comes to, among the calls of OpenGL.
+/// Notes which drawings a request calls, in order with the GL calls.
 class Tracing_renderer : public Mesh_RL_GL {
 public:
     using Mesh_RL_GL::Mesh_RL_GL;
@@ -365,7 +365,7 @@ TEST_F(Mesh_RL_GL_modes_calls_test, boxIsSixQuadsInLines) {
         corners.insert(vertex.position);
     }
     EXPECT_EQ(corners.size(), 8U);
-    // The smallest and the largest coordinates of all positions, also of the one that no triangle uses.
+    // The smallest and largest coordinates of all positions, including the unused one.
     EXPECT_EQ(*corners.begin(), (Point{double(0.1F), double(0.2F), double(-0.4F)}));
     EXPECT_EQ(*corners.rbegin(), (Point{9, 8, 7}));
     Texts const texts = recording.texts();
@@ -378,7 +378,7 @@ TEST_F(Mesh_RL_GL_modes_calls_test, boxIsComputedOnce) {
     MeshShading box;
     box.mode = MeshShadingMode_ns::BOX;
     renderer->render(box);
-    // The writer has left the mesh's flag alone, so the box counts as valid.
+    // The edit leaves the flag of the box set, so the box counts as valid.
     VL_ArrayServer.resolve(mesh.positions())->as<Vector3<double>>()[4] = {100, 100, 100};
     gl_spy::Recording const recording;
     renderer->render(box);
@@ -434,7 +434,7 @@ TEST_F(Mesh_RL_GL_modes_calls_test, noRequestBindsTexture) {
 
 // == Composites ==
 
-/// Notes the edges and surfaces that the composites ask for, with the color that is current there.
+/// Notes the edges and surfaces that the composites draw.
 class Composite_renderer : public Tracing_renderer {
 public:
     using Tracing_renderer::Tracing_renderer;

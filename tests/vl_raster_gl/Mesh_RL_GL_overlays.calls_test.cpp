@@ -20,8 +20,7 @@
 #include <utility>
 #include <vector>
 
-// The overlays of a mesh: the segments of normals, edges and the marks of connectivity. At the end everything is
-// drawn of whatever a mesh accepts.
+// The overlays of a mesh: normals, edges and connectivity marks. The last tests draw everything of random meshes.
 
 namespace vellum {
 
@@ -283,8 +282,8 @@ TEST_F(Mesh_RL_GL_overlays_calls_test, edgeIsSmoothWhenFirstCornersNormalsAreEqu
 }
 
 TEST_F(Mesh_RL_GL_overlays_calls_test, onlyFirstCornerOfEdgeDecides) {
-    // At vertex 2 both have normal 2, at vertex 1 they differ. The first triangle's edge starts at vertex 1, the
-    // second one's at vertex 2.
+    // Both triangles have normal 2 at vertex 2, and different normals at vertex 1. The edge of the first triangle starts
+    // at vertex 1, that of the second at vertex 2.
     data.normalTriangles[1] = {2, 0, 0};
     mesh.setNormalTriangles(data.normalTriangles);
     EXPECT_EQ(immediateEdges(*renderer).size() / 2, 5U);
@@ -295,7 +294,7 @@ TEST_F(Mesh_RL_GL_overlays_calls_test, onlyFirstCornerOfEdgeDecides) {
 }
 
 TEST_F(Mesh_RL_GL_overlays_calls_test, normalsAreComparedByValueNotByIndex) {
-    // The second triangle has copies of its own.
+    // The second triangle has its own copies of the normals.
     data.vertexNormals[1] = data.vertexNormals[2];
     data.vertexNormals[0] = data.vertexNormals[3];
     data.normalTriangles[1] = {1, 0, 4};
@@ -317,7 +316,7 @@ TEST_F(Mesh_RL_GL_overlays_calls_test, normalsAreComparedAsFloats) {
                            Row{"last bit", {0, 0, 1}, {0, 0, 0.99999994F}, false},
                            Row{"denormal", {0, 0, 1}, {0, 1e-40F, 1}, false},
                            Row{"NaN", {NOT_A_NUMBER, 0, 1}, {NOT_A_NUMBER, 0, 1}, false}}) {
-        // At both ends of the shared edge each triangle has a normal of its own.
+        // Each triangle has its own normals at both ends of the shared edge.
         mesh.setVertexNormals({row.second, row.second, row.first, row.first, {1, 0, 0}});
         mesh.setNormalTriangles({{4, 3, 2}, {1, 0, 4}});
         EXPECT_EQ(immediateEdges(*renderer).size() / 2, row.isSmooth ? 4U : 6U) << row.name;
@@ -490,9 +489,9 @@ TEST_F(Mesh_RL_GL_overlays_calls_test, bordersHaveWedgesAndNoConnections) {
     EXPECT_EQ(onlyPrimitive(recording).vertices.size(), 3U * 4U);
 }
 
-// == Whatever a mesh accepts ==
+// == Random meshes ==
 
-/// Meshes with arrays of any length and any content, most of them with faults.
+/// Random meshes with arrays of any length and content; most of them have faults.
 class Any_mesh {
 public:
     explicit Any_mesh(unsigned int seed) : random(seed) {}
@@ -528,7 +527,7 @@ private:
     bool isChosen() { return below(2) == 0; }
     unsigned int length() { return below(10); }
 
-    /// Mostly an index that may exist, now and then one that cannot.
+    /// Mostly an index in range, sometimes one far outside.
     unsigned int index(unsigned int limit) {
         return below(40) != 0 ? below(limit) : isChosen() ? BORDER : static_cast<unsigned int>(random());
     }
@@ -597,7 +596,7 @@ void drawEverything(Mesh_RL_GL& renderer, unsigned int triangleCount) {
     renderer.renderWithEdgesBlending({1, 1, 1, 1}, true);
 }
 
-// The sanitizers see every read outside an array.
+// Meant for the sanitizers, which detect reads outside an array.
 TEST_F(Mesh_RL_GL_overlays_calls_test, anyMeshIsDrawnWithinItsArrays) {
     unsigned int sound = 0;
     unsigned int faulty = 0;

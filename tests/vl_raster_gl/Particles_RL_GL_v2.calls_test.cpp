@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-// Each way to draw particles, call by call and bit by bit. Drivers are played by scripts.
+// The calls of every drawing path, and the bits in its buffers. Scripts play the drivers.
 
 namespace vellum {
 
@@ -74,7 +74,7 @@ TEST(Particles_RL_GL_v2_calls_test, dispatcherTakesFirstAvailablePath) {
 TEST(Particles_RL_GL_v2_calls_test, dispatcherFallsBackInSameCallWhenBufferIsRefused) {
     Particles const particles(22);
     for (bool const withEffect : {false, true}) {
-        Rig rig(0);  // The rule wraps, and the buffer itself is refused.
+        Rig rig(0);  // the memory rule wraps around, and the store is refused
         Arguments a;
         a.useShaders = withEffect;
         gl_spy::Recording const recording;
@@ -117,7 +117,7 @@ TEST(Particles_RL_GL_v2_calls_test, dispatcherAsksVirtualSupportAndMemoryOfLayer
         bool checkShaderSupport() const override { return false; }
         unsigned int memoryQueries = 0;
     };
-    Rig rig(25 * 1024);  // of which the layer below says something else
+    Rig rig(25 * 1024);  // another amount than the layer below answers
     AnsweringLayer layer;
     Particles const particles(40);
     Arguments a;
@@ -269,7 +269,7 @@ TEST(Particles_RL_GL_v2_calls_test, storeAboveFreeAndOwnKilobytesIsRefused) {
         unsigned int particles;
         bool taken;
     };
-    // Kilobytes are rounded to the nearest: 21 particles are none, 64 one and a half, and that is two.
+    // Sizes are rounded to whole kilobytes: 21 particles give 0, and 64 particles (1.5 KB) give 2.
     for (Row const& row :
          {Row{0, 0, 21, true}, Row{0, 0, 22, false}, Row{1, 0, 63, true}, Row{1, 0, 64, false},
           Row{0, 2, 106, true}, Row{0, 2, 107, false}, Row{1, 1, 106, true}, Row{1, 1, 107, false}}) {
@@ -358,7 +358,7 @@ TEST(Particles_RL_GL_v2_calls_test, pendingErrorsAreTakenAfterMapping) {
 
 // == Colors ==
 
-/// Every magnitude with every kind of channel, over a range of magnitudes, none, and one upside down.
+/// Every magnitude with every kind of channel, for usual, empty and inverted ranges.
 void forAllColors(Particles const& particles, std::function<void(Arguments const&)> const& check) {
     for (unsigned int magnitude = 0; magnitude < 8; ++magnitude) {
         for (unsigned int const channel :
@@ -374,7 +374,7 @@ void forAllColors(Particles const& particles, std::function<void(Arguments const
                                                 << ", from " << low << " to " << high);
                 testing::internal::CaptureStderr();
                 check(a);
-                // Colors beyond 0 to 1 are cut, but not everywhere.
+                // Only some of the paths clamp colors outside the range 0 to 1.
                 a.minColor = {1.5F, -0.25F, 0.5F, 1};
                 a.maxColor = {-0.5F, 2, 1.25F, 1};
                 a.maxClampColor = {-1, 3, 0.125F, 1};
@@ -498,7 +498,7 @@ TEST(Particles_RL_GL_v2_calls_test, nanAndInfinityHaveDefinedColors) {
 
 // == Thinning ==
 
-/// Every way through a buffer holds the particles of even thinning, for each kind of channel.
+/// Every buffer holds the particles that even thinning selects, for each kind of channel.
 void expectEvenThinning(Particles const& particles) {
     for (unsigned int const channel : {NONE, particles.velocity, particles.energy}) {
         for (float const percent : {0.0F, 0.01F, 10.0F, 33.3F, 50.0F, 61.8F, 99.9F, 100.0F}) {
@@ -787,7 +787,7 @@ TEST(Particles_RL_GL_v2_calls_test, releasedParticlesAreNotDrawn) {
         for (unsigned int slot = 0; slot < chunk->count(); ++slot) {
             float const y = chunk->channelData(0)->asVectors()[slot].y;
             drawn.insert(y);
-            // All channels of a particle have moved together.
+            // Compaction moves all channels of a particle together.
             EXPECT_EQ(chunk->channelData(particles.energy)->asFloats()[slot],
                       (std::fmod(-y, 9.0F) - 3) * 0.47F);
         }

@@ -15,7 +15,7 @@
 
 #include "internal/gl_api.h"
 
-// Steady frames must take no memory, and drawing little.
+// The picture of every drawing path, and the memory that drawing takes.
 
 namespace vellum {
 namespace {
@@ -33,7 +33,7 @@ public:
     unsigned int freeKilobytes = 1U << 20;
 };
 
-/// How a frame is drawn.
+/// A drawing path.
 struct Way {
     char const* name;
     bool useVbo;
@@ -72,7 +72,7 @@ protected:
 
     bool isEffect() const { return GetParam().useShaders; }
 
-    /// Pixels for points; parts of the picture for spheres; of the vector for arrows.
+    /// In pixels for points, in fractions of the picture for spheres and of the vector for arrows.
     float size() const {
         if (!isEffect() || GetParam().mode == Mode::POINTS) {
             return 9;
@@ -113,7 +113,7 @@ protected:
     ParticleSystem_v2 system;
 };
 
-/// For ways in which particles do not cover their neighbors, as arrows do.
+/// For the paths whose particles do not cover their neighbors.
 class Particles_RL_GL_v2_count_drawn_test : public Particles_RL_GL_v2_drawn_test {};
 
 TEST_P(Particles_RL_GL_v2_drawn_test, colorsRunOverRange) {

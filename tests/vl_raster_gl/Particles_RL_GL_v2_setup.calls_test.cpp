@@ -15,8 +15,8 @@
 #include <string>
 #include <vector>
 
-// The particle renderer apart from drawing: its life, the rule for video memory, the index table, the choice and
-// the parameters of the effects.
+// The particle renderer apart from drawing: lifecycle, the rule for video memory, the index table, and the choice and
+// parameters of the effects.
 
 namespace vellum {
 
@@ -140,7 +140,7 @@ TEST(Particles_RL_GL_v2_setup_calls_test, resetBuffersShrinksAndMapsBufferThenDr
     EXPECT_EQ(rig.renderer.vboCapacity, 100U);
     EXPECT_THAT(callsOf([&] { rig.renderer.resetBuffers(); }), IsEmpty());
 
-    // The capacity that is left over does not stand for an array.
+    // The remaining capacity does not mean that there is an array.
     rig.renderer.memory(particles.system, a);
     EXPECT_EQ(rig.hostBits(100), recordBits(particles.system, a, memoryColor));
 }
@@ -251,7 +251,7 @@ TEST(Particles_RL_GL_v2_setup_calls_test, countsOfNoneAndOneDoNotRunBelowZero) {
 
 // == The effects ==
 
-/// What the effects are told of the arguments, without what they say of their lights.
+/// The uniforms that depend on the arguments; those of the lights are left out.
 Texts parametersOf(unsigned int mode) {
     Texts const magnitudes{"maxMagnitude glUniform1fv {1.75}", "minMagnitude glUniform1fv {0.25}",
                            "magnitudeScale glUniform1fv {1.5}"};
@@ -357,7 +357,7 @@ TEST(Particles_RL_GL_v2_setup_calls_test, deliberatelyArrowsWithMagnitude6CloseA
             EXPECT_EQ(recording.count("glUseProgramObjectARB"), 1U);
             EXPECT_EQ(recording.texts().back(), "glPopAttrib()");
         }
-        // A point effect that nobody has closed is still dirty, and sends everything again.
+        // A point effect that was never closed stays dirty and sends everything again.
         gl_spy::Recording const recording;
         rig.renderer.chunks(particles.system, a);
         EXPECT_EQ(uniformsSent(recording).empty(), !hasArrows);

@@ -7,8 +7,8 @@
 #include <iostream>
 #include <string>
 
-// Programs call by call: which stages are attached, when they are linked, and who detaches from whom. The recording
-// OpenGL counts names up from 1 in one count for stages and programs.
+// Programs call by call: attaching, linking, masks and lifetimes. The recording GL counts the names of shaders and
+// programs together, from 1.
 
 namespace vellum {
 

@@ -14,7 +14,7 @@
 
 #include "internal/gl_api.h"
 
-// Programs on a real driver: what links, which uniforms arrive, what is drawn.
+// Programs on a real driver: linking, uniforms and pictures.
 
 namespace vellum {
 namespace {

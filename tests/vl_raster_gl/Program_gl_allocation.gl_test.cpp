@@ -10,7 +10,7 @@
 
 #include "internal/gl_api.h"
 
-// Effects send the same uniforms in every frame, and a frame is not to allocate.
+// Effects send the same uniforms in every frame, and frames must not allocate.
 
 namespace vellum {
 namespace {

@@ -8,7 +8,7 @@
 #include <limits>
 #include <string>
 
-// The uniforms of programs call by call. The recording OpenGL counts the locations of a program's uniforms from 0.
+// The uniforms of programs call by call. The recording GL counts the uniform locations of a program from 0.
 
 namespace vellum {
 

@@ -13,8 +13,8 @@
 
 #include <sys/stat.h>
 
-// Stages call by call: which texts the variants have, what is asked of OpenGL in which order, and what is printed.
-// The recording OpenGL counts names up from 1 in one count for stages and programs.
+// Shaders call by call: the texts of the variants, the order of calls, and the printed messages. The recording GL counts
+// the names of shaders and programs together, from 1.
 
 namespace vellum {
 
@@ -249,7 +249,7 @@ TEST_F(Shader_gl_calls_test, deliberatelyMissingVariantsAreDeleted) {
 
 // == Files ==
 
-/// The working directory is the folder "inner" of a new folder.
+/// Runs in the folder "inner" of a temporary folder.
 class Shader_gl_files_calls_test : public Shader_gl_calls_test {
 protected:
     Shader_gl_files_calls_test() {
@@ -269,7 +269,7 @@ protected:
         EXPECT_EQ(stage.getID(0), 0U);
     }
 
-    /// The text that a stage has of a file with these contents.
+    /// The text of a shader loaded from a file with these contents.
     std::string textOf(std::string const& contents) {
         folder.write("inner/text.glsl", contents);
         Shader_gl other;

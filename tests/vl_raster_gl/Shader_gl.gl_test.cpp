@@ -12,7 +12,7 @@
 
 #include "internal/gl_api.h"
 
-// Stages on a real driver: what compiles, and what the pass-through texts draw.
+// Shaders on a real driver: compilation, and the pictures of the pass-through texts.
 
 namespace vellum {
 namespace {

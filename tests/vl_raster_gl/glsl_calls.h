@@ -6,15 +6,14 @@
 #include <string>
 #include <vector>
 
-/// The calls that stages and programs make, as a recording shows them.
+/// The calls of shaders and programs as recordings show them.
 namespace vellum {
 
 constexpr unsigned int FRAGMENT_STAGE = 35632;
 constexpr unsigned int VERTEX_STAGE = 35633;
 constexpr unsigned int GEOMETRY_STAGE = 36313;
 
-/// What was called, but for strings that were asked for: the layer keeps what they say. Where a log and its
-/// length go is left out.
+/// The calls without glGetString, whose results the layer caches, and without the addresses that logs are written to.
 inline Texts callsOf(gl_spy::Recording const& recording) {
     Texts texts;
     for (gl_spy::Call const& call : recording.calls()) {
@@ -35,7 +34,7 @@ inline std::string paired(std::string const& name, unsigned int program, unsigne
     return name + "(" + std::to_string(program) + ", " + std::to_string(shader) + ")";
 }
 
-/// A text as calls show it.
+/// A string argument as calls show it: quoted and escaped.
 inline std::string quoted(std::string const& text) {
     std::string result = "\"";
     for (char const c : text) {
@@ -50,7 +49,7 @@ inline std::string quoted(std::string const& text) {
     return result + '"';
 }
 
-/// A variant of a stage is made and compiled, and the layer looks whether it may print a log.
+/// Creates and compiles a variant; the layer checks whether there is a log to print.
 inline Texts variantMade(unsigned int shader, std::string const& type, std::string const& text) {
     std::string const id = std::to_string(shader);
     return {"glCreateShader(" + type + ")",
@@ -61,7 +60,7 @@ inline Texts variantMade(unsigned int shader, std::string const& type, std::stri
             "glGetShaderiv(" + id + ", GL_INFO_LOG_LENGTH, pointer)"};
 }
 
-/// A uniform is looked up and sent: `call` without its location, "glUniform1fv" and "1, {2}".
+/// Looks a uniform up and sends it, for example by the call "glUniform1fv" with "1, {2}" behind its location.
 inline Texts uniformSent(unsigned int program, std::string const& name, unsigned int location,
                          std::string const& call, std::string const& values) {
     return {"glGetUniformLocation(" + std::to_string(program) + ", " + quoted(name) + ")",

@@ -12,14 +12,14 @@
 #include <string>
 #include <vector>
 
-/// What the tests of stages and programs share.
+/// Fixtures for the tests of shaders and programs.
 namespace vellum {
 
 class Stages_fixture : public testing::Test {
 protected:
     void SetUp() override { recording.clear(); }
 
-    /// Lets stages with this in their text fail.
+    /// Shaders whose text contains `part` fail to compile.
     void refuse(std::string const& part, std::string const& log) {
         driver.shaderStatus(
             false, log, [part](std::string const& source) { return source.find(part) != std::string::npos; });
@@ -35,7 +35,7 @@ protected:
     gl_spy::Recording recording;
 };
 
-/// A program that is not made yet, and three stages for it.
+/// An empty program and three loaded shaders for it.
 class Program_fixture : public Stages_fixture {
 protected:
     void SetUp() override {
@@ -46,10 +46,10 @@ protected:
         recording.clear();
     }
 
-    /// Programs are made after the stages.
+    /// The name of the program: it is created after the shaders.
     static constexpr unsigned int PROGRAM = 5;
 
-    /// The calls since the last time.
+    /// The calls since the last request.
     Texts calls() {
         Texts texts = callsOf(recording);
         recording.clear();

@@ -9,7 +9,7 @@
 
 #include "internal/gl_api.h"
 
-/// What the tests of stages, programs and effects on a real driver share.
+/// The fixture for shaders, programs and effects on a real driver.
 namespace vellum {
 
 /// A fragment stage that draws its uniform `color`, with red and blue exchanged where SWAPPED is defined.
@@ -24,7 +24,7 @@ void main()
 }
 )";
 
-/// Draws whole pictures on the real driver.
+/// Fills the frame buffer and checks the pixel in its middle.
 class Glsl_fixture : public gl_spy::GlTest {
 protected:
     void SetUp() override {

@@ -19,9 +19,9 @@
 
 namespace vellum {
 
-/// What the tests of the mesh renderer expect of it: what its buffers hold, and the calls that make and write
-/// them. The mesh of most tests is as irregular as a mesh can be: no two of its numbers are the same, and normals
-/// are shared in another way than positions.
+/// The expectations of the mesh renderer's tests: the contents of its buffers, and the calls that create and write
+/// them. Most tests draw an irregular mesh: no two of its numbers are equal, and triangles share normals in another way
+/// than positions.
 namespace mesh_calls {
 
 using Triangle = Tuple3<unsigned int>;
@@ -48,7 +48,7 @@ inline Texts writing(std::string const& target) {
             binding(target, 0)};
 }
 
-/// A buffer that did not exist is made and written.
+/// Creates and writes a buffer.
 inline Texts made(unsigned int name, std::size_t bytes, std::string const& target = ARRAY) {
     return joined({{"glGenBuffers(1, pointer)", binding(target, name),
                     call("glBufferData", target + ", " + std::to_string(bytes) + ", null, GL_DYNAMIC_DRAW")},
@@ -59,13 +59,13 @@ inline std::string deleted(unsigned int name) {
     return call("glDeleteBuffers", "1, {" + std::to_string(name) + "}");
 }
 
-/// A buffer of another size takes the place of an old one.
+/// Replaces a buffer by one of another size.
 inline Texts replaced(unsigned int old, unsigned int name, std::size_t bytes,
                       std::string const& target = ARRAY) {
     return joined({{deleted(old)}, made(name, bytes, target)});
 }
 
-/// A buffer is written in place.
+/// Writes a buffer in place.
 inline Texts rewritten(unsigned int name, std::string const& target = ARRAY) {
     return joined({{binding(target, name)}, writing(target)});
 }
@@ -88,7 +88,7 @@ inline bool isModified(ArrayId const& id) {
     return (VL_ArrayServer.resolve(id)->flags & ARRAY_TYPEABLE_MODIFIED_CONTROL_0) != 0;
 }
 
-/// Positions of the primitive in the order in which they were sent.
+/// The positions of the primitive as sent.
 inline std::vector<Point> positionsOf(gl_spy::Primitive const& primitive) {
     std::vector<Point> points;
     for (gl_spy::Vertex const& vertex : primitive.vertices) {
@@ -195,7 +195,7 @@ inline Array<Vector2<float>> const INDEXED{{10, 11}, {12, 13}, {14, 15}, {16, 17
 inline Array<Triangle> const COORDINATE_TRIANGLES{{3, 2, 1}, {0, 0, 3}};
 inline std::vector<float> const INDEXED_SOUP{16, 17, 14, 15, 12, 13, 10, 11, 10, 11, 16, 17};
 
-// The buffers' names: the recording OpenGL counts up from 1, and they are made in this order.
+// The names of the buffers: the recording GL counts up from 1, and the renderer creates them in this order.
 inline constexpr unsigned int POSITIONS = 1;
 inline constexpr unsigned int SMOOTH = 2;
 inline constexpr unsigned int FACETED = 3;
@@ -203,7 +203,7 @@ inline constexpr unsigned int FACETED = 3;
 inline constexpr std::size_t THREE_FLOATS = std::size_t{2} * 3 * 3 * 4;  // bytes for two triangles
 inline constexpr std::size_t TWO_FLOATS = std::size_t{2} * 3 * 2 * 4;
 
-/// A renderer of that mesh on a driver without a context. Each file derives a suite from it.
+/// A renderer of that mesh on a scripted driver. Each test file derives its suite from it.
 class Mesh_fixture : public testing::Test {
 protected:
     void SetUp() override {
@@ -240,7 +240,7 @@ protected:
         return gl_spy::as<unsigned int>(driver.bufferContents(name));
     }
 
-    /// The edges, as pairs of corners of the soup, that the index buffer holds.
+    /// The edges in the index buffer, as pairs of soup corners.
     std::multiset<std::pair<unsigned int, unsigned int>> edgesIn(unsigned int name) const {
         std::multiset<std::pair<unsigned int, unsigned int>> edges;
         std::vector<unsigned int> const all = indices(name);

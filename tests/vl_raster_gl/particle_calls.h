@@ -25,8 +25,8 @@
 
 namespace vellum {
 
-/// What the tests of the particle renderer expect of it: what its buffers hold, worked out one particle at a
-/// time in single precision, and what each way to draw asks of OpenGL.
+/// The expectations of the particle renderer's tests: the contents of its buffers, computed one particle at a time in
+/// single precision, and the calls of each drawing path.
 namespace particle_calls {
 
 using Mode = Particles_RL_GL_v2_ns::RenderMode;
@@ -44,7 +44,7 @@ inline constexpr char UNKNOWN_TYPE[] = "channel.getType() not found. Default val
 inline constexpr float INF = std::numeric_limits<float>::infinity();
 inline constexpr float NOT_A_NUMBER = std::numeric_limits<float>::quiet_NaN();
 
-/// What the way to draw was told.
+/// The arguments of a drawing path.
 struct Arguments {
     bool keepFlag = false;
     bool rebuild = true;
@@ -62,7 +62,7 @@ struct Arguments {
     unsigned int magnitude = 0;
 };
 
-/// The renderer with its fields in reach.
+/// The renderer with its protected members.
 class Probe : public Particles_RL_GL_v2 {
 public:
     using Particles_RL_GL_v2::arrowShader;
@@ -84,7 +84,7 @@ public:
     using Particles_RL_GL_v2::vboSizeKB;
     using Particles_RL_GL_v2::vboSupported;
 
-    /// What one of the four ways to draw gives with these arguments.
+    /// Runs one of the four drawing paths and returns its result.
     template <class Way>
     auto along(Way way, ParticleSystem_v2 const& system, Arguments const& a) {
         return (this->*way)(system, a.keepFlag, a.rebuild, a.scale, a.minMagnitude, a.maxMagnitude,
@@ -169,11 +169,11 @@ struct Particles {
     unsigned int odd;
 };
 
-// == What the buffers hold ==
+// == Contents of the buffers ==
 
 using Rgb = std::array<float, 3>;
 
-/// What the color channel says of one particle.
+/// The value of the color channel for one particle.
 struct Value {
     unsigned int type;  ///< 0 without a channel
     float s;
@@ -195,7 +195,7 @@ inline float lengthOf(float x, float y, float z) {
     return std::sqrt(x * x + y * y + z * z);
 }
 
-/// The magnitude of the integer part; what no integer holds, NaN too, is 2^31.
+/// The magnitude of the integer part; values outside the range of int, and NaN, give 2^31.
 inline float cut(float component) {
     bool const fits = component > -2147483648.0F && component < 2147483648.0F;
     return fits ? static_cast<float>(std::abs(static_cast<int>(component))) : 2147483648.0F;
@@ -268,7 +268,7 @@ inline unsigned int targetOf(ParticleSystem_v2 const& system, float percent) {
     return static_cast<unsigned int>(static_cast<float>(system.size()) * percent / 100);
 }
 
-/// The records of the particles that even thinning takes, bit by bit.
+/// The bits of the records of the particles that even thinning selects.
 inline std::vector<std::uint32_t> recordBits(ParticleSystem_v2 const& system, Arguments const& a,
                                              ColorRule color) {
     std::vector<float> records;
@@ -307,7 +307,7 @@ inline std::vector<std::uint32_t> recordBits(ParticleSystem_v2 const& system, Ar
     return bits;
 }
 
-/// The index table for a number of particles.
+/// The shuffled index table for `count` particles.
 inline std::vector<unsigned short> shuffled(unsigned int count) {
     std::vector<unsigned short> table(count);
     std::iota(table.begin(), table.end(), static_cast<unsigned short>(0));
@@ -318,7 +318,7 @@ inline std::vector<unsigned short> shuffled(unsigned int count) {
     return table;
 }
 
-// == What OpenGL is asked ==
+// == Calls ==
 
 inline std::string binding(unsigned int name) {
     return "glBindBuffer(GL_ARRAY_BUFFER, " + std::to_string(name) + ")";
@@ -377,7 +377,7 @@ inline Texts drawnChunk(std::string const& draw) {
     return {ENABLED[0], vertices(12), draw, DISABLED[0]};
 }
 
-/// The pass of an effect that is not dirty, from its first to its last call before the drawing.
+/// The calls of a clean effect before the drawing.
 inline Texts openedPass(unsigned int mode, unsigned int program) {
     Texts const size = mode == Mode::POINTS ? Texts{SIZED} : Texts{};
     Texts const width = mode == Mode::ARROWS ? Texts{"glLineWidth(2)"} : Texts{};
@@ -390,7 +390,7 @@ inline Texts openedPass(unsigned int mode, unsigned int program) {
                    {"glGetIntegerv(GL_VIEWPORT, pointer)", "glUseProgram(" + std::to_string(program) + ")"}});
 }
 
-/// The calls that are the renderer's own, and the ends of the effect's pass.
+/// The calls of the renderer itself, and the first and last calls of the effect's pass.
 inline Texts ownCalls(gl_spy::Recording const& recording) {
     static std::set<std::string> const own{"glGenBuffers",          "glDeleteBuffers",      "glBindBuffer",
                                            "glBufferData",          "glMapBuffer",          "glUnmapBuffer",

@@ -20,8 +20,8 @@
 #include <utility>
 #include <vector>
 
-// What all effects have in common, call by call. The recording OpenGL counts names up from 1 in one count for
-// stages, programs and textures, and the locations of a program's uniforms from 0.
+// The common part of all effects, call by call. The recording GL counts the names of shaders, programs and textures
+// together, from 1, and the uniform locations of a program from 0.
 
 namespace vellum {
 
@@ -36,7 +36,7 @@ constexpr unsigned int OUT_OF_MEMORY = 0x0505;
 constexpr unsigned int RGB = 0x1907;
 constexpr unsigned int RGB8 = 0x8051;
 
-/// An effect of three stages that says how often it was created.
+/// An effect of three shaders that counts how often it is created.
 class Plain_shader : public Open<Base_shader> {
 public:
     using Base_shader::_uploadTexture;
@@ -101,7 +101,7 @@ TEST_F(Base_shader_calls_test, enumerationsHaveTheirValues) {
     EXPECT_EQ(Base_shader::ProcessType(7), 7U) << "any number converts";
 }
 
-// == Life of an effect ==
+// == Lifecycle ==
 
 TEST_F(Base_shader_calls_test, newEffectHasEmptyProgram) {
     {
@@ -227,7 +227,7 @@ TEST_F(Base_shader_calls_test, markingEffectDirtyMakesNoCall) {
     EXPECT_THAT(calls(), IsEmpty());
 }
 
-// == Values by name ==
+// == Constants by name ==
 
 TEST_F(Base_shader_calls_test, constantsAreSentAsUniforms) {
     Plain_shader effect;
@@ -280,7 +280,7 @@ TEST_F(Base_shader_calls_test, constantsWithBadSizesAreNotSent) {
 
 // == Textures ==
 
-/// A texture's parameters when it is bound for an upload.
+/// Binds a texture for an upload and sets its parameters.
 Texts bound(unsigned int texture) {
     return {"glBindTexture(GL_TEXTURE_2D, " + std::to_string(texture) + ")",
             "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT)",
@@ -289,7 +289,7 @@ Texts bound(unsigned int texture) {
             "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR)"};
 }
 
-/// An upload into texture 70, from the internal format to the pixels' type.
+/// An upload into texture 70. `image` has the arguments from the internal format to the pixel type.
 Texts uploaded(std::string const& image, bool isAligned = true) {
     Texts const unaligned{"glPushClientAttrib(0x1)", "glPixelStorei(GL_UNPACK_ALIGNMENT, 1)"};
     Texts const aligned{"glPopClientAttrib()"};

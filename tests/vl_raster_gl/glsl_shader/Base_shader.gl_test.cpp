@@ -13,14 +13,14 @@
 
 #include "internal/gl_api.h"
 
-// An effect on a real driver: what a pass draws and restores, and what arrives in its textures.
+// An effect on a real driver: the picture and restored state of a pass, and the contents of its textures.
 
 namespace vellum {
 namespace {
 
 using testing::ElementsAre;
 
-// A color that is lit by nothing, over the whole frame.
+// Draws one unlit color.
 class Color_shader : public Base_shader {
 public:
     void setColor(Color4<float> const& value) { _store(color, value); }

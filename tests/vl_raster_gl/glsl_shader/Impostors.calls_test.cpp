@@ -23,7 +23,7 @@
 
 #include <utime.h>
 
-// The three effects of particles, call by call.
+// The three particle effects, call by call.
 
 namespace vellum {
 
@@ -37,7 +37,7 @@ using testing::StartsWith;
 
 constexpr unsigned int VERSION_STRING = 0x1F02;
 
-/// In what the three effects differ.
+/// The differences between the three effects.
 template <class Effect>
 struct Kind {
     static constexpr bool IS_POINT = std::is_same_v<Effect, PointRendering_shader>;
@@ -59,7 +59,7 @@ protected:
     }
     static std::string programUsed() { return inProgram("glUseProgram(", ")"); }
 
-    /// The stages are made and attached. `stages` are their names, `texts` what they were made of.
+    /// Creates and attaches shaders with these names and texts.
     static Texts stagesMade(std::array<unsigned int, 3> const& stages, Texts const& texts, bool isFirst) {
         Texts all = joined({variantMade(stages[0], "GL_VERTEX_SHADER", texts.at(0)),
                             variantMade(stages[1], "GL_FRAGMENT_SHADER", texts.at(1))});
@@ -81,7 +81,7 @@ protected:
         return all;
     }
 
-    /// The program is linked and used, with these uniforms, and its log is kept; then it is used once more.
+    /// Links and uses the program with these uniforms, keeps its log, and uses it once more.
     static Texts enabledByCreating(Texts const& uniforms) {
         return joined({{inProgram("glLinkProgram(", ")"), programUsed()},
                        uniforms,
@@ -89,7 +89,7 @@ protected:
                        uniforms});
     }
 
-    /// A pass with these lights is opened and the program used.
+    /// Opens a pass with these lights and uses the program.
     static Texts opened(unsigned int lightCount) {
         Texts all{"glPushAttrib(0x6000)", "glDisable(GL_TEXTURE_2D)", "glDisable(GL_TEXTURE_3D)",
                   "glEnable(GL_LIGHTING)"};
@@ -117,7 +117,7 @@ protected:
         std::string maxClampColor = "1, 0, 1";
     };
 
-    /// The parameters are sent, in their order.
+    /// Sends the parameters in order.
     static Texts sent(Values const& values) {
         Texts all;
         unsigned int location = 0;
@@ -164,7 +164,7 @@ protected:
         return values;
     }
 
-    /// The vertex stage of an effect of this process type.
+    /// The text of the vertex shader for this process type.
     std::string vertexText(unsigned int type) {
         Opened made{Base_shader::ProcessType(type)};
         recording.clear();
@@ -408,7 +408,7 @@ TYPED_TEST(Impostors_calls_test, copyOfEffectInUseHasProgramOfItsOwn) {
     made.markDirty();
     this->recording.clear();
     made.preprocess();
-    // What is kept, and then the parameters again.
+    // The kept uniforms come first, then the parameters again.
     EXPECT_EQ(uniformsSent(this->recording), joined({uniforms, uniforms}));
     EXPECT_THAT(uniforms, testing::Contains("maxMagnitude glUniform1fv {7}"));
 }
@@ -502,7 +502,7 @@ TYPED_TEST(Impostors_calls_test, processTypesChooseMagnitude) {
 }
 
 TYPED_TEST(Impostors_calls_test, geometryStageHasDialectOfDriver) {
-    // From the first `void` on both dialects are one text.
+    // Both dialects have the same text from the first `void` on.
     auto const bodyOf = [](std::string const& text) { return text.substr(text.find("void ")); };
     std::string const extensionLines = "#version 120\n#extension GL_EXT_geometry_shader4: enable\n";
     this->effect.create();
@@ -575,7 +575,7 @@ TYPED_TEST(Impostors_calls_test, stagesPassOnNeededVaryings) {
     EXPECT_THAT(texts[2], StartsWith("#version 120\n#extension GL_EXT_geometry_shader4: enable\n"));
 }
 
-// == Watched texts of arrows ==
+// == Watched files of arrows ==
 
 class ArrowReload_calls_test : public Effect_fixture {
 protected:
@@ -596,14 +596,14 @@ protected:
     }
     void TearDown() override { ArrowRendering_shader::setWatchedFolder("."); }
 
-    /// The file was written at this time, counted on from test to test: the time of all arrows is one.
+    /// Writes a file with this time. Times increase from test to test, because all arrow effects share one.
     void write(std::string const& name, long seconds) const {
         std::string const path = folder.write("shaders/" + name, "not read");
         utimbuf const times{start + seconds, start + seconds};
         ASSERT_EQ(utime(path.c_str(), &times), 0);
     }
 
-    /// What is printed by a look at the files.
+    /// The output of one check of the files.
     std::string look() {
         StreamCapture const output(std::cout);
         effect.reloadShaders();

@@ -24,7 +24,7 @@ using Color = std::array<float, 3>;
 
 constexpr int STEPS = 1;  // of 255, for the rounding of the frame buffer
 
-/// What the vertex stages compute, for a particle with this vector.
+/// The result of the vertex shaders for a particle with this vector.
 struct Ramp {
     Color minColor{0.1F, 0.2F, 0.9F};
     Color maxColor{0.9F, 0.4F, 0.1F};
@@ -79,7 +79,7 @@ protected:
         effect.setSize(size);
     }
 
-    /// One particle through an effect.
+    /// Draws one particle with an effect.
     static void draw(Base_shader& effect, Color const& position, Color const& vector) {
         effect.preprocess();
         glEnableClientState(GL_VERTEX_ARRAY);
@@ -281,7 +281,7 @@ TEST_F(Impostors_drawn_test, passLeavesStateAsItWas) {
     EXPECT_EQ(program, 0);
     EXPECT_FALSE(glIsEnabled(GL_BLEND));
     EXPECT_FALSE(glIsEnabled(GL_LIGHTING));
-    // GL_LIGHT0 is not asked for: Mesa does not bring single lights back, although the saved group has them.
+    // GL_LIGHT0 is not checked: Mesa does not restore single lights, although they belong to the saved group.
     GLint depth = -1;
     glGetIntegerv(GL_ATTRIB_STACK_DEPTH, &depth);
     EXPECT_EQ(depth, depthBefore);

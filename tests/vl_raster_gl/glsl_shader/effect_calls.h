@@ -7,7 +7,7 @@
 
 namespace vellum {
 
-/// The uniforms of a recording in the order in which they were sent: "Depth glUniform1fv {0.1}".
+/// The uniforms of a recording in the order of their sending: "Depth glUniform1fv {0.1}".
 inline std::vector<std::string> uniformsSent(gl_spy::Recording const& recording) {
     std::vector<std::string> sent;
     std::string name;
@@ -21,7 +21,7 @@ inline std::vector<std::string> uniformsSent(gl_spy::Recording const& recording)
     return sent;
 }
 
-/// The texts of the stages that were loaded, in their order.
+/// The texts of all loaded shaders, in order.
 inline std::vector<std::string> stageTexts(gl_spy::Recording const& recording) {
     std::vector<std::string> texts;
     for (gl_spy::Call const& call : recording.named("glShaderSource")) {
@@ -30,7 +30,7 @@ inline std::vector<std::string> stageTexts(gl_spy::Recording const& recording) {
     return texts;
 }
 
-/// The kinds of stages that were made, in their order: "GL_VERTEX_SHADER".
+/// The types of all created shaders, in order: "GL_VERTEX_SHADER".
 inline std::vector<std::string> stageKinds(gl_spy::Recording const& recording) {
     std::vector<std::string> kinds;
     for (gl_spy::Call const& call : recording.named("glCreateShader")) {
@@ -39,7 +39,7 @@ inline std::vector<std::string> stageKinds(gl_spy::Recording const& recording) {
     return kinds;
 }
 
-/// One whole pass.
+/// Runs one pass, without a drawing.
 template <class Effect>
 void runPass(Effect& effect) {
     effect.preprocess();
@@ -47,7 +47,7 @@ void runPass(Effect& effect) {
     effect.cleanup();
 }
 
-/// Whether the next pass sends the uniforms. What was recorded before is forgotten.
+/// Whether the next pass sends the uniforms. Clears the recording first.
 template <class Effect>
 bool isSent(Effect& effect, gl_spy::Recording& recording) {
     recording.clear();

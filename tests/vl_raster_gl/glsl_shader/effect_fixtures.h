@@ -13,10 +13,10 @@
 
 #include "internal/gl_api.h"
 
-/// What the tests of effects share.
+/// Fixtures for the tests of effects.
 namespace vellum {
 
-/// An effect with the members that effects keep to themselves.
+/// An effect with its protected members.
 template <class Effect>
 class Open : public Effect {
 public:
@@ -29,7 +29,7 @@ public:
     using Effect::stage3;
 };
 
-/// A driver with geometry stages under a layer that notes what effects ask of it.
+/// A driver with geometry shaders, and a layer that notes the requests of effects.
 class Effect_fixture : public testing::Test {
 protected:
     void SetUp() override {
@@ -38,7 +38,7 @@ protected:
         recording.clear();
     }
 
-    /// The calls since the last time.
+    /// The calls since the last request.
     Texts calls() {
         Texts texts = callsOf(recording);
         recording.clear();
@@ -64,7 +64,7 @@ protected:
     gl_spy::Recording recording;
 };
 
-/// The same with a picture to make textures of.
+/// The same with an image file for textures.
 class Textured_effect_calls_test : public Surface_effect_calls_test {
 protected:
     Textured_effect_calls_test() {
