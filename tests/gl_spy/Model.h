@@ -6,14 +6,14 @@
 
 namespace gl_spy {
 
-/// The GL that answers when there is no driver: it keeps objects, bindings and what the Tracker follows.
+/// Answers when there is no driver: keeps objects, bindings and the state that the Tracker follows.
 class Model {
 public:
     enum class Kind { buffer, texture, query, list, shader, program };
 
     using Bytes = std::vector<unsigned char>;
 
-    /// Bytes of a buffer that nobody has written yet.
+    /// Bytes of a buffer before the first write.
     static constexpr unsigned char unwritten = 0xA5;
 
     // == Objects ==
@@ -51,7 +51,7 @@ public:
 
     void follow(Call const& call);
 
-    /// What glGetIntegerv and its kin give.
+    /// The answers of glGetIntegerv and its variants.
     std::vector<double> query(unsigned int name) const;
 
 private:

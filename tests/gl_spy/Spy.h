@@ -68,7 +68,7 @@ public:
         return answer;
     }
 
-    /// What answers instead of a driver; null when there is one.
+    /// Answers instead of a driver; null when there is one.
     static Model* model() {
         return ask([](Script::Rules& rules) { return rules.model.get(); });
     }

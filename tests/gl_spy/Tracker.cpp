@@ -67,7 +67,7 @@ std::array<double, n> over(std::array<double, n> defaults, std::vector<double> c
     return defaults;
 }
 
-/// What GL makes of one integer component of a color or a normal, by the type letters of the call: "ub" of
+/// Converts one integer component of a color or a normal as GL does, by the type letters of the call: "ub" of
 /// "glColor3ubv".
 double scaled(double value, std::string const& type) {
     static std::map<std::string, double> const bits{{"b", 8},  {"s", 16},  {"i", 32},

@@ -29,7 +29,7 @@ public:
 private:
     using Handler = void (Tracker::*)(Call const&);
 
-    // What glPushAttrib saves, by the bit that asks for it.
+    // The state that glPushAttrib saves, by its bit.
     struct Saved {
         unsigned int mask = 0;
         unsigned int matrixMode = 0;    // GL_TRANSFORM_BIT

@@ -1,5 +1,5 @@
 // The entry points of OpenGL, GLU and glewInit, as the tests' executables define them. The table of all of
-// them is entry_points.inc; here is what is done with each line of it.
+// them is entry_points.inc; this file expands each line of it.
 
 #include "Notes.h"
 #include "Spy.h"
@@ -562,7 +562,7 @@ std::string sourceOf(GLuint shader) {
     return text;
 }
 
-/// What the scripts, or without a driver the spy, say of a shader or program; null when the driver does.
+/// The answer of the scripts, or of the spy without a driver, about a shader or program; null when the driver answers.
 using Status = Script::Rules::Status;
 
 Status const* withoutDriver() {
@@ -730,7 +730,7 @@ template <class Entry, class... Arguments>
         return Entry::driver(arguments...);
     }
 
-    Spy::Passage const inside;  // what GLU and GLEW call from here on is their own affair
+    Spy::Passage const inside;  // calls that GLU and GLEW make from here on are not noted
     Spy::note(Entry::note(arguments...));
     if constexpr (!std::is_same_v<decltype(answer(Entry(), arguments...)), Unanswered>) {
         auto const answered = answer(Entry(), arguments...);

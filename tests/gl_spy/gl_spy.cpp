@@ -150,7 +150,7 @@ namespace drivers {
 
 namespace {
 
-/// What OpenGL 2.0 took in; a driver of 2.x lists it still.
+/// Extensions that became part of OpenGL 2.0; drivers of 2.x still list them.
 constexpr char const* shaderExtensions =
     "GL_ARB_vertex_buffer_object GL_ARB_multitexture GL_ARB_point_parameters GL_ARB_point_sprite "
     "GL_ARB_shader_objects GL_ARB_shading_language_100 GL_ARB_vertex_shader GL_ARB_fragment_shader";

@@ -21,7 +21,7 @@ using gl_spy::Recording;
 using gl_spy::Script;
 using Texts = std::vector<std::string>;
 
-/// For what goes on to the driver.
+/// Calls that are passed on to the driver.
 class Gl_spy_drawn_test : public gl_spy::GlTest {};
 
 void drawTriangle(float z) {

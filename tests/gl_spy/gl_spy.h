@@ -12,17 +12,17 @@
 
 /// The recording OpenGL of the tests.
 ///
-/// A test of the library asks three things: which GL calls were made, what does the library do on a driver
-/// that answers so and so, and what does the picture look like. This part serves the first two. The test
-/// executable that links the target `gl_spy` defines the entry points of OpenGL 1.0 to 2.1, the extensions
-/// that the library uses, GLU and glewInit itself; the dynamic linker resolves the library's calls to them,
-/// so the shipped library runs unchanged. Every call is noted and then passed on to the driver, or answered
-/// by a script.
+/// A test of the library asks three questions: which GL calls were made, how the library behaves on a driver with
+/// given answers, and how the picture looks. The spy answers the first two. A test executable that links the target
+/// `gl_spy` defines the entry points of OpenGL 1.0 to 2.1, the extensions that the library uses, GLU and glewInit
+/// itself; the dynamic linker resolves the library's calls to them, so the shipped library runs unchanged. Every call is
+/// noted and then passed on to the driver, or answered by a script.
 ///
 ///     gl_spy::Script driver = gl_spy::drivers::gl15();        // 1.5, answered without any driver or context
 ///     driver.string(GL_EXTENSIONS, "GL_NVX_gpu_memory_info").integer(0x9048, {2048});
+///     vellum::Core_RL_GL core;
 ///     gl_spy::Recording recording;
-///     core.renderPoint3(Vector3<float>{1, 2, 3});
+///     core.renderPoint3({1, 2, 3});
 ///     EXPECT_EQ(recording.texts(), (std::vector<std::string>{"glBegin(GL_POINTS)",
 ///                                                            "glVertex3fv({1, 2, 3})", "glEnd()"}));
 ///
@@ -67,7 +67,7 @@ struct Vertex {
     std::optional<unsigned int> name;  ///< top of the name stack; empty when there is none
 };
 
-/// What stands between a glBegin and its glEnd.
+/// The vertices between a glBegin and its glEnd.
 struct Primitive {
     unsigned int mode = 0;  ///< GL_POINTS (0) to GL_POLYGON (9)
     std::vector<Vertex> vertices;
@@ -109,8 +109,7 @@ private:
     std::vector<Call> _calls;
 };
 
-/// Sets the driver's answers while it lives. A later script answers before an earlier one; what no script
-/// answers the driver does. Every setter gives the script itself, so that they can be chained.
+/// Sets the driver's answers while it lives. A later script answers before an earlier one; the driver answers the rest. Every setter gives the script itself, so that they can be chained.
 class Script {
 public:
     Script();

@@ -13,7 +13,7 @@ using gl_spy::Recording;
 using gl_spy::Script;
 using Texts = std::vector<std::string>;
 
-/// For what needs no driver: every call is answered by the spy.
+/// Without a driver: the spy answers every call.
 class Gl_spy_test : public testing::Test {
 protected:
     std::string textOfOnlyCall() const {

@@ -4,7 +4,7 @@
 #include <sstream>
 #include <string>
 
-/// What is written to a stream while it lives.
+/// Captures the text written to a stream while it lives.
 class StreamCapture {
 public:
     explicit StreamCapture(std::ostream& captured)

@@ -6,7 +6,7 @@
 
 #include <malloc.h>
 
-// All forms of the operators stand here: a sanitizer checks that what one family gives the same family takes.
+// All forms of the operators are replaced: sanitizers check that memory goes back to the family that it came from.
 
 namespace {
 

@@ -9,7 +9,7 @@ namespace vellum {
 /// drivers take, do not count. The counts are of all threads.
 namespace counted_memory {
 
-/// Blocks of at least so many bytes count as large, too.
+/// Blocks of at least so many bytes also count as large.
 inline constexpr std::size_t LARGE = 4096;
 
 /// How many blocks have been taken since the program began.
@@ -21,7 +21,7 @@ std::size_t largeAllocations();
 std::size_t held();
 /// The most that was held at any time since markHeld() or, without it, since the program began.
 std::size_t mostHeld();
-/// Lets mostHeld() start again from what is held now. Answers that.
+/// Restarts mostHeld() from the bytes held now, and returns them.
 std::size_t markHeld();
 
 }  // namespace counted_memory

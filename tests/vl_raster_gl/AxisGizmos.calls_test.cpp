@@ -44,7 +44,7 @@ Texts named(unsigned int name) {
     return {"glLoadName(" + std::to_string(name) + ")"};
 }
 
-/// What an arrow handle calls. `loadName` is empty for the variant without picking.
+/// The calls of an arrow handle. `loadName` is empty for the variant without picking.
 Texts arrowCalls(std::size_t axis, Texts const& loadName) {
     return joined({PUSHED_FILLINGS,
                    {"gluNewQuadric"},

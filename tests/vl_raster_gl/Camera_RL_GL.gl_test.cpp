@@ -15,7 +15,7 @@
 namespace vellum {
 namespace {
 
-/// A 4 x 4 matrix by row and column, computed here in double and compared with what GL holds.
+/// A 4 x 4 matrix by row and column, computed in double and compared with the matrix in GL.
 struct Expected {
     std::array<std::array<double, 4>, 4> at{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}}};
 };

@@ -482,7 +482,7 @@ namespace {
 Texts const QUARTER{"glBegin(GL_TRIANGLES)", "glEnd()", "glBegin(GL_QUAD_STRIP)", "glEnd()",
                     "glBegin(GL_TRIANGLES)", "glEnd()"};
 
-/// What a tape ring calls: three quarter turns between its four quarters.
+/// The calls of a tape ring: three quarter turns between its four quarters.
 Texts tapeRing(unsigned int axis) {
     Texts const next = joined({{"glRotatef(90, 0, 0, 1)"}, QUARTER});
     Texts const others = joined({next, next, next, {"glPopMatrix()"}});

@@ -20,7 +20,7 @@ namespace {
 
 using testing::ElementsAre;
 
-// The first value of what may be several.
+// The first value of a state that may have several.
 GLint integerOf(GLenum const& name) {
     std::array<GLint, 16> values{-1};
     glGetIntegerv(name, values.data());

@@ -312,7 +312,7 @@ constexpr bool hasResults() {
 
 static_assert(hasResults<Core_RL>() && hasResults<Core_RL_GL>());
 
-// Kinship and what instances may do.
+// Base classes, copying and construction.
 static_assert(std::is_base_of_v<Core_RL, Core_RL_GL> && std::is_convertible_v<Core_RL_GL*, Core_RL*>);
 static_assert(std::has_virtual_destructor_v<Core_RL> && std::has_virtual_destructor_v<Core_RL_GL>);
 static_assert(sizeof(Core_RL_GL) == sizeof(Core_RL) + sizeof(std::vector<std::string>),

@@ -169,7 +169,7 @@ void expectWithin(Picture const& picture, Shape const& shape, std::function<bool
                 continue;
             }
             Pixel2 const center{x + 0.5, y + 0.5};
-            // What lies inside needs no distance, which takes long.
+            // Pixels inside need no distance, which takes long.
             bool const isWithin = std::any_of(shape.areas.begin(), shape.areas.end(),
                                               [&](Outline const& area) { return isInside(center, area); }) ||
                                   distanceTo(shape, center) <= rim;
@@ -1380,7 +1380,7 @@ TEST_F(Drawing_drawn_test, namedPointsAndArrowsArePicked) {
                 testing::IsEmpty());
 }
 
-// == What a drawing leaves behind ==
+// == State after a drawing ==
 
 namespace {
 

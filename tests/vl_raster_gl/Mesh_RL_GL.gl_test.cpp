@@ -63,7 +63,7 @@ protected:
         glEnable(GL_LIGHTING);
         glEnable(GL_COLOR_MATERIAL);
         glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, 1);
-        // On the stack: what the composites restore is what lies there.
+        // Pushed: the composites restore the top of the stack.
         core.pushDepthTest({DEPTH_LESS, true});
     }
 

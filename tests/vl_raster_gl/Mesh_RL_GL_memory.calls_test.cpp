@@ -42,7 +42,7 @@ protected:
         renderer.useBufferObjects = true;
     }
 
-    /// Starts a measurement of what is added to the memory in use.
+    /// Starts measuring the memory that is added.
     void mark() { marked = counted_memory::markHeld(); }
     std::size_t added() const {
         std::size_t const held = counted_memory::held();
@@ -117,7 +117,7 @@ TEST_F(Mesh_RL_GL_memory_calls_test, staticFrameAllocatesNothingOfItsOwn) {
     renderer.render();
     std::size_t const byLibrary = counted_memory::allocations() - beforeLibrary;
 
-    // The same calls by hand take what the recording of a call takes.
+    // The same calls by hand show how much the recording of calls takes.
     std::size_t const beforeHand = counted_memory::allocations();
     glEnableClientState(GL_VERTEX_ARRAY);
     glEnableClientState(GL_NORMAL_ARRAY);

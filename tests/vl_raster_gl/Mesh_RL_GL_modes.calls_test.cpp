@@ -314,7 +314,7 @@ TEST_F(Mesh_RL_GL_requests_calls_test, deliberatelyModeAboveThreeDrawsNothingAnd
         layer.pushFillingBack(FILLING_LINES);
         layer.pushFillingFront(FILLING_LINES);
         EXPECT_THAT(request(mode, 0), ElementsAre(frontFill, backFill)) << mode;
-        EXPECT_EQ(layer.currentFillingFront(), FILLING_SOLID) << "what the caller has pushed is gone";
+        EXPECT_EQ(layer.currentFillingFront(), FILLING_SOLID) << "the entry that the caller pushed is gone";
         EXPECT_EQ(layer.currentFillingBack(), FILLING_SOLID);
     }
 }

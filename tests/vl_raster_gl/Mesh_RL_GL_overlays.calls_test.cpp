@@ -601,7 +601,7 @@ TEST_F(Mesh_RL_GL_overlays_calls_test, anyMeshIsDrawnWithinItsArrays) {
     unsigned int sound = 0;
     unsigned int faulty = 0;
     Mesh changing;
-    Mesh_RL_GL keeping(&changing, false);  // its buffers outlive what they were made of
+    Mesh_RL_GL keeping(&changing, false);  // its buffers outlive their arrays
     for (unsigned int seed = 0; seed < 300; ++seed) {
         Any_mesh(seed).fill(changing);
         Mesh_RL_GL fresh(&changing, false);

@@ -40,8 +40,8 @@ namespace {
 
 constexpr unsigned int NO_TEXTURE = 0xFFFFFFFF;
 
-/// Notes what it deletes, and shows the queue.
-class NotingLayer : public Core_RL_GL {
+/// Notes the deleted names, and gives access to the queue.
+class QueueLayer : public Core_RL_GL {
 public:
     void unLoadTextureColor(unsigned int const& texture) override {
         if (texture == nameToFailAt) {
@@ -63,7 +63,7 @@ public:
 using Names = std::vector<unsigned int>;
 
 TEST(TextureQueue_test, queuedNamesAreDeletedInOrder) {
-    NotingLayer layer;
+    QueueLayer layer;
     for (unsigned int const name : {7U, 3U, 9U}) {
         layer.queue(name);
     }
@@ -73,14 +73,14 @@ TEST(TextureQueue_test, queuedNamesAreDeletedInOrder) {
 }
 
 TEST(TextureQueue_test, queueingTakesNameFromItsOwner) {
-    NotingLayer layer;
+    QueueLayer layer;
     unsigned int texture = 7;
     layer.queueUnloadTextureColor(texture);
     EXPECT_EQ(texture, NO_TEXTURE);
 }
 
 TEST(TextureQueue_test, variableQueuedTwiceQueuesItsNameOnce) {
-    NotingLayer layer;
+    QueueLayer layer;
     unsigned int texture = 7;
     layer.queueUnloadTextureColor(texture);
     layer.queueUnloadTextureColor(texture);
@@ -89,7 +89,7 @@ TEST(TextureQueue_test, variableQueuedTwiceQueuesItsNameOnce) {
 }
 
 TEST(TextureQueue_test, noTextureIsNotQueued) {
-    NotingLayer layer;
+    QueueLayer layer;
     unsigned int texture = NO_TEXTURE;
     layer.queueUnloadTextureColor(texture);
     EXPECT_EQ(texture, NO_TEXTURE);
@@ -100,21 +100,21 @@ TEST(TextureQueue_test, noTextureIsNotQueued) {
 }
 
 TEST(TextureQueue_test, zeroIsValidName) {
-    NotingLayer layer;
+    QueueLayer layer;
     layer.queue(0);
     layer.destroy_RL();
     EXPECT_EQ(layer.deleted, Names{0});
 }
 
 TEST(TextureQueue_test, emptyQueueDeletesNothing) {
-    NotingLayer layer;
+    QueueLayer layer;
     layer.destroy_RL();
     EXPECT_EQ(layer.deleted, Names{});
     EXPECT_FALSE(layer.isLocked());
 }
 
 TEST(TextureQueue_test, drainedQueueIsUsedAgain) {
-    NotingLayer layer;
+    QueueLayer layer;
     for (unsigned int name = 1; name <= 5; ++name) {
         layer.queue(name);
     }
@@ -133,7 +133,7 @@ TEST(TextureQueue_test, drainedQueueIsUsedAgain) {
 }
 
 TEST(TextureQueue_test, queueGrowsByEighthAndFour) {
-    NotingLayer layer;
+    QueueLayer layer;
     EXPECT_EQ(layer.queueCapacity(), 0U);
     std::vector<unsigned int> capacities;
     for (unsigned int name = 0; name < 24; ++name) {
@@ -147,8 +147,8 @@ TEST(TextureQueue_test, queueGrowsByEighthAndFour) {
 }
 
 TEST(TextureQueue_test, layerConstructedLastDeletesForAll) {
-    NotingLayer first;
-    NotingLayer last;
+    QueueLayer first;
+    QueueLayer last;
     first.queue(7);
     first.destroy_RL();
     EXPECT_EQ(first.deleted, Names{});
@@ -157,7 +157,7 @@ TEST(TextureQueue_test, layerConstructedLastDeletesForAll) {
 }
 
 TEST(TextureQueue_test, failedGrowthLeavesNameQueueAndLock) {
-    NotingLayer layer;
+    QueueLayer layer;
     for (unsigned int name = 1; name <= 4; ++name) {
         layer.queue(name);
     }
@@ -180,7 +180,7 @@ TEST(TextureQueue_test, failedGrowthLeavesNameQueueAndLock) {
 }
 
 TEST(TextureQueue_test, failedDeletionReleasesLock) {
-    NotingLayer layer;
+    QueueLayer layer;
     layer.queue(1);
     layer.queue(2);
     layer.nameToFailAt = 2;
@@ -194,7 +194,7 @@ TEST(TextureQueue_test, namesOfManyThreadsAreDeletedOnceEach) {
     constexpr unsigned int NAMES = 100000;  // of each thread
     constexpr unsigned int NAMES_BETWEEN_DRAINS = 500;
 
-    NotingLayer layer;
+    QueueLayer layer;
     layer.deleted.reserve(THREADS * NAMES);
     std::atomic<unsigned int> ready{0};
     std::atomic<unsigned int> finished{0};
@@ -240,7 +240,7 @@ TEST(TextureQueue_test, namesOfManyThreadsAreDeletedOnceEach) {
     ASSERT_EQ(layer.deleted.size(), THREADS * NAMES);
     std::vector<unsigned int> nextOfThread(THREADS, 0);
     for (unsigned int const name : layer.deleted) {
-        ASSERT_LT(name, THREADS * NAMES) << "a name that nobody queued";
+        ASSERT_LT(name, THREADS * NAMES) << "a name that was never queued";
         // In the order in which its thread queued it: so none is lost, and none comes twice.
         ASSERT_EQ(name % NAMES, nextOfThread[name / NAMES]++) << "of thread " << name / NAMES;
     }

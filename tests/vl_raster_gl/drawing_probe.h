@@ -14,8 +14,8 @@
 #include <string>
 #include <vector>
 
-/// What the tests of the drawing operations share: a driver that needs no context, a render layer that stands
-/// in for its own virtual operations, and the comparison of recorded vertices with expected ones.
+/// Helpers for the tests of the drawing operations: a scripted driver, a render layer that replaces some of its own
+/// virtual operations, and comparisons of recorded vertices with expected ones.
 namespace vellum::drawing_probe {
 
 using Point = std::array<double, 3>;
@@ -83,9 +83,8 @@ inline Texts outline(gl_spy::Recording const& recording) {
     return texts;
 }
 
-/// A render layer that stands in for those of its virtual operations that a test replaces: they are noted
-/// with their arguments, and nothing is drawn. So a test sees whether one drawing asks another through the
-/// virtual operation.
+/// A render layer some of whose virtual operations are replaced: they are noted with their arguments and draw nothing.
+/// Shows whether one drawing calls another through the virtual operation.
 class Witness_core : public Core_RL_GL {
 public:
     struct Request {
@@ -303,8 +302,8 @@ private:
     std::set<std::string> replaced;
 };
 
-/// The fixture: no context is needed. The state before each drawing differs from what drawings set, so that
-/// what they restore is seen: outlines on both sides, width 3, an odd color.
+/// The fixture, on a scripted driver. The initial state differs from the state that drawings set, so that tests see
+/// whether they restore it: outlines on both sides, width 3, an unusual color.
 class Drawing_calls_test : public testing::Test {
 protected:
     static constexpr Color4<float> START_COLOR{0.5F, 0.25F, 0.75F, 0.5F};

@@ -287,7 +287,7 @@ TEST_F(Custom_shader_calls_test, withoutGrabbingFrameIsBoundAndNotCopied) {
     effect.init();
     EXPECT_THAT(recording.texts(), IsEmpty());
     effect.preprocess();
-    EXPECT_THAT(recording.texts(), Contains("glBindTexture(GL_TEXTURE_2D, 8)")) << "what it last held";
+    EXPECT_THAT(recording.texts(), Contains("glBindTexture(GL_TEXTURE_2D, 8)")) << "the last contents";
     effect.cleanup();
 }
 
@@ -454,7 +454,7 @@ TEST_F(Custom_shader_calls_test, wrongIndicesAreIgnored) {
         effect.setTexture(picture.c_str(), index);
         EXPECT_EQ(effect.getTexturePath(index), VL_String());
         effect.refTexturePath(index) = "somewhere";
-        EXPECT_EQ(effect.refTexturePath(index), VL_String()) << "what was written is gone";
+        EXPECT_EQ(effect.refTexturePath(index), VL_String()) << "the written value is gone";
     }
     EXPECT_THAT(recording.texts(), IsEmpty());
     EXPECT_FALSE(isSent(effect, recording)) << "nothing has become dirty";

@@ -144,7 +144,7 @@ TEST_F(Custom_shader_drawn_test, frameArrivesWhenItIsGrabbed) {
     effect.grabFrameBuffer(true);
     EXPECT_NEAR(overColor(1, 0)[0], 128, 1);
     effect.grabFrameBuffer(false);
-    EXPECT_NEAR(overColor(0, 1)[0], 128, 1) << "what it last held";
+    EXPECT_NEAR(overColor(0, 1)[0], 128, 1) << "the last contents";
     effect.grabFrameBuffer(true);
     EXPECT_NEAR(overColor(0, 1)[1], 128, 1);
 }

@@ -59,7 +59,7 @@ protected:
         return made;
     }
 
-    /// What a file's picture is uploaded with.
+    /// The calls that upload the image of a file.
     static Texts fileCalls(std::string const& texture, std::string const& sizes) {
         return {"glDeleteTextures(1, {" + texture + "})",
                 "glBindTexture(GL_TEXTURE_2D, " + texture + ")",
@@ -77,7 +77,7 @@ protected:
     TemporaryFolder folder;
 };
 
-/// A driver without the extension whose version is told.
+/// A driver of this version without the extension.
 class Plain_driver {
 public:
     explicit Plain_driver(char const* version) : driver(gl_spy::drivers::noExtensions()) {
@@ -463,8 +463,8 @@ TEST_F(Displacement_calls_test, otherDialectGoesAsDeepAsLimitsAllow) {
     struct Limits {
         int vertices, components, depth, emitted;
     };
-    for (Limits const& limits : {Limits{256, 1024, 5, 55},       // what every driver has
-                                 Limits{1024, 1024, 5, 55},      // what most have
+    for (Limits const& limits : {Limits{256, 1024, 5, 55},       // the limits of every driver
+                                 Limits{1024, 1024, 5, 55},      // the limits of most drivers
                                  Limits{256, 15 * 77, 5, 55},    //
                                  Limits{256, 15 * 78, 6, 78},    //
                                  Limits{256, 1000000, 11, 253},  //

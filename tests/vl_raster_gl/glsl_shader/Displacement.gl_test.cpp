@@ -91,7 +91,7 @@ protected:
         GlTest::TearDown();
     }
 
-    /// Draws into floats from here on, which keep what fragment stages give.
+    /// Draws into a frame buffer of floats from here on, which keeps unclamped colors.
     void drawIntoFloats() const {
         glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
         glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, colorTexture, 0);
@@ -168,7 +168,7 @@ protected:
         effect.cleanup();
     }
 
-    /// How many pixels differ from the reference by more than `near`; and that there are enough to tell.
+    /// Counts the pixels that differ from the reference by more than `near`, and requires enough drawn pixels.
     static int wrongPixels(std::vector<Fragment> const& expected, std::size_t const& least = 1500,
                            double const& near = NEAR) {
         EXPECT_GE(expected.size(), least);
@@ -464,7 +464,7 @@ protected:
         effect.setFoamThreshold(static_cast<float>(values.foamThreshold));
     }
 
-    /// Draws the square and compares; says what happened on the way.
+    /// Draws the square and compares it with the reference.
     struct Seen {
         double leastFresnel = 1;
         double greatestFresnel = 0;

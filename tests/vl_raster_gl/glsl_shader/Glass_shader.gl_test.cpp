@@ -27,10 +27,10 @@ constexpr float STEPS = 2.6F;  // of 255: rounding, and texture filters that wei
 
 constexpr int FRAME = 200;         // pixels of the viewport, no power of two
 constexpr int FRAME_HEIGHT = 150;  // alike
-constexpr int TEXTURE = 256;       // what both are rounded up to
+constexpr int TEXTURE = 256;       // both rounded up to a power of two
 constexpr int ENVIRONMENT = 32;    // texels along a side
 
-/// What lies behind the glass: smooth, so that neighbors differ by little, and different everywhere.
+/// The background behind the glass: it varies smoothly, and no two places are equal.
 Vec3 background(int const& x, int const& y) {
     auto const u = static_cast<float>(x) / 255;
     auto const v = static_cast<float>(y) / 255;
@@ -42,7 +42,7 @@ unsigned int environmentSample(std::size_t x, std::size_t yFromTop, std::size_t 
     return static_cast<unsigned int>(channel == 0 ? 8 * x : channel == 1 ? 8 * y : 255 - 4 * (x + y));
 }
 
-/// The corner in what the vertex stage hands on.
+/// The varyings of the vertex shader at a corner.
 struct Varyings {
     Vec3 normal;
     Vec3 eyeDir;

@@ -23,7 +23,7 @@ using testing::UnorderedElementsAreArray;
 
 constexpr float STEPS = 1.6F;  // of 255, for the rounding of the frame buffer and of pow
 
-/// What the vertex stage hands on, but for the light's.
+/// The varyings of the vertex shader, without those of the light.
 struct Varyings {
     Vec3 normal;
     Vec3 position;

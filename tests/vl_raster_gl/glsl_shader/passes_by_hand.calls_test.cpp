@@ -22,7 +22,7 @@ namespace {
 
 using namespace benchmarks;
 
-/// What the benchmarks of effects compare is worth something only if both sides make the same calls.
+/// The benchmarks of effects compare passes of the library with passes by hand; both must make the same calls.
 class Passes_by_hand_calls_test : public testing::Test {
 protected:
     Passes_by_hand_calls_test() { driver.integer(GL_VIEWPORT, {0, 0, 1000, 600}); }

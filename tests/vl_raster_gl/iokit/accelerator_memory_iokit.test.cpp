@@ -187,7 +187,7 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
-constexpr int FROM_EXTENSION = 4711;  // what the driver's extension told before
+constexpr int FROM_EXTENSION = 4711;  // the former answer of the extension
 constexpr std::int64_t MEGABYTE = std::int64_t{1024} * 1024;
 
 Accelerator withFreeBytes(std::int64_t const& bytes) {
