@@ -76,29 +76,13 @@ void addAllNormals(Mesh& mesh) {
     mesh.addNamedArray(MeshArrayInf_ns::PER_VERTEX, NORMAL_VECTORS, vectors);
 }
 
-/// The part as an import gives it, in the frame of the preview.
-std::unique_ptr<MeshImporter> toImport(Mesh const& mesh) {
-    auto import = std::make_unique<MeshImporter>();
-    auto const* const positions = elementsOf<Vector3<double>>(mesh.positions());
-    auto const* const triangles = elementsOf<Tuple3<unsigned int>>(mesh.triangles());
-    auto const* const normals = elementsOf<Vector3<float>>(mesh.vertexNormals());
-    auto const* const normalTriangles = elementsOf<Tuple3<unsigned int>>(mesh.normalTriangles());
-    if (positions == nullptr || triangles == nullptr || normals == nullptr || normalTriangles == nullptr) {
-        return import;
+/// The import in the frame of the preview.
+std::unique_ptr<MeshImporter> toPreview(MeshImporter const& import) {
+    auto preview = std::make_unique<MeshImporter>(import);
+    for (Vector3<double>& p : preview->positions) {
+        p = p * (1 / PREVIEW_UNIT);
     }
-    import->positions = arrayOfSize<Vector3<double>>(sizeOf(mesh.positions()));
-    std::transform(positions, positions + import->positions.size(), import->positions.begin(),
-                   [](Vector3<double> const& p) { return p * (1 / PREVIEW_UNIT); });
-    import->triangles = arrayOfSize<Tuple3<unsigned int>>(mesh.triangleCount());
-    import->cornerNormals = arrayOfSize<Tuple4<Vector3<double>>>(mesh.triangleCount());
-    constexpr Vector3<double> unused{0, 0, 0};
-    for (unsigned int t = 0; t < mesh.triangleCount(); ++t) {
-        auto const normal = [&](unsigned int i) { return convert<double>(normals[i]); };
-        import->triangles[t] = triangles[t];
-        import->cornerNormals[t] = {normal(normalTriangles[t].e0), normal(normalTriangles[t].e1),
-                                    normal(normalTriangles[t].e2), unused};
-    }
-    return import;
+    return preview;
 }
 
 Matrix4<double> scaling(double s) {
@@ -162,8 +146,8 @@ ModelRenderer::ModelRenderer(Core_RL& layer, Model const& model, MeshStyle const
         part.source = &source;
         part.renderer = std::make_unique<Mesh_RL_GL>(source.mesh.get(), false);
         part.renderer->useBufferObjects = hasBuffers && !style.immediate;
-        if (style.importPreview) {
-            part.import = toImport(*source.mesh);
+        if (style.importPreview && source.import != nullptr) {
+            part.import = toPreview(*source.import);
         }
         if (style.normals == Normals::VERTEX && source.hasHardNormals) {
             addAllNormals(*source.mesh);
@@ -400,6 +384,9 @@ void ModelRenderer::_drawConnectivity(Part& part, Sampling const& sampling) {
 }
 
 void ModelRenderer::_drawPreview(Part& part, Sampling const& sampling) {
+    if (part.import == nullptr) {
+        return;
+    }
     MeshImporter_RL_GL preview(part.import.get());
     layer.pushTransform(scaling(PREVIEW_UNIT));
     layer.pushColor(layer.currentColor());

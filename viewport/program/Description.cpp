@@ -32,13 +32,14 @@ std::string yesOrNo(bool value) {
 }
 
 std::string normals(MeshData const& mesh) {
-    if (mesh.computedNormalCount == 0) {
+    std::size_t const missing = mesh.missingNormalCount();
+    if (missing == 0) {
         return "of the file";
     }
-    if (mesh.computedNormalCount == mesh.normals.size()) {
+    if (missing == mesh.positions.size()) {
         return "computed";
     }
-    return "of the file, " + std::to_string(mesh.computedNormalCount) + " computed";
+    return "of the file, " + std::to_string(missing) + " computed";
 }
 
 std::string driverString(GLenum name) {

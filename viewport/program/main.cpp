@@ -172,7 +172,10 @@ Result<Subject> prepare(Options const& options, Content& content) {
     for (Fault const& loss : look.value().notes) {
         note(loss);
     }
-    Subject subject{Scene(content.meshes, texture, std::move(content.particles), look.value()), std::move(look.value()), {}};
+    Subject subject{Scene(content.meshes, texture, std::move(content.particles), look.value(),
+                          options.mesh.importPreview ? Scene::Imports::KEPT : Scene::Imports::DROPPED),
+                    std::move(look.value()),
+                    {}};
     if (options.effect) {
         Result<EffectSubject> effect =
             EffectSubject::prepare(*options.effect, content.meshes, subject.scene, options.size.aspect());

@@ -1,7 +1,6 @@
 #include "viewport/scene/ModelParts.h"
 
 #include "foundation/basic/ArrayServer.h"
-#include "viewport/files/mesh/VertexNormals.h"
 
 #include <algorithm>
 #include <array>
@@ -25,98 +24,86 @@ Array<T> toArray(std::vector<T> const& from) {
     return to;
 }
 
-Triangle mapped(Triangle const& triangle, std::vector<unsigned int> const& map) {
-    return {map[triangle.e0], map[triangle.e1], map[triangle.e2]};
-}
+/// The whole model without seams: what its parts are cut out of.
+class Surface {
+public:
+    Surface(MeshData const& data, std::function<Vector3<double>(Vector3<double> const&)> const& place)
+        : data(data) {
+        shape.positions = toArray(data.positions);
+        shape.triangles = toArray(data.triangles);
+        // Welded before it is placed, which may round different positions to the same one.
+        kept = shape.weld();
+        for (Vector3<double>& p : shape.positions) {
+            p = place(p);
+        }
+        if (data.normals.empty()) {
+            shape.workCornerNormals(CREASE_ANGLE);
+        } else {
+            _takeNormals();
+        }
+    }
 
-/// The whole model: its triangles without seams, and the index of a normal for each of their corners.
-struct Surface {
-    std::vector<Vector3<double>> positions;
-    std::vector<Triangle> triangles;
-    std::vector<Triangle> sources;  // the same triangles in the file's vertices
-    std::vector<unsigned int> materials;
-    std::vector<Vector3<float>> normals;
-    std::vector<Triangle> normalTriangles;
+    std::size_t triangleCount() const { return kept.size(); }
+    MeshImporter const& import() const { return shape; }  ///< with corner normals
+    Triangle const& corners(unsigned int t) const { return shape.triangles[t]; }
+
+    /// The triangle in the vertices of the file.
+    Triangle const& source(unsigned int t) const { return data.triangles[kept[t]]; }
+
+    unsigned int material(unsigned int t) const {
+        return data.triangleMaterials.empty() ? 0 : data.triangleMaterials[kept[t]];
+    }
+
+    /// The normals of the file at the corners of a triangle. Where the file has none they are those of the surface
+    /// without hard edges: a vertex of the file has one normal, as it has one color.
+    std::array<Vector3<double>, 3> vertexNormals(unsigned int t) {
+        Triangle const& vertices = source(t);
+        return {_vertexNormal(t, 0, vertices.e0), _vertexNormal(t, 1, vertices.e1),
+                _vertexNormal(t, 2, vertices.e2)};
+    }
+
+    Box3<double> box() const {
+        Vector3<double> const first = shape.positions[0];
+        Box3<double> box{first, first};
+        for (Vector3<double> const& p : shape.positions) {
+            box.min = {std::min(box.min.x, p.x), std::min(box.min.y, p.y), std::min(box.min.z, p.z)};
+            box.max = {std::max(box.max.x, p.x), std::max(box.max.y, p.y), std::max(box.max.z, p.z)};
+        }
+        return box;
+    }
+
+private:
+    void _takeNormals() {
+        // Less than one degree: normals of the same direction, but rounded in different faces.
+        constexpr double alikeCosine = 0.9999F;
+        shape.cornerNormals.reserve(shape.triangles.size(), false);
+        for (unsigned int t = 0; t < shape.triangles.size(); ++t) {
+            std::array<Vector3<double>, 3> const n = vertexNormals(t);
+            shape.cornerNormals.pushBack({n[0], n[1], n[2], {0, 0, 0}});
+        }
+        shape.shareNormals(alikeCosine);
+    }
+
+    Vector3<double> _vertexNormal(unsigned int t, unsigned int corner, unsigned int vertex) {
+        if (data.hasNormal(vertex)) {
+            return convert<double>(data.normals[vertex]);
+        }
+        if (smooth.triangles.size() == 0) {
+            smooth.positions = shape.positions;
+            smooth.triangles = shape.triangles;
+            smooth.workCornerNormals(Mesh::NO_CREASE);
+        }
+        Tuple4<Vector3<double>> const& n = smooth.cornerNormals[t];
+        return corner == 0 ? n.e0 : corner == 1 ? n.e1 : n.e2;
+    }
+
+    MeshData const& data;
+    MeshImporter shape;
+    MeshImporter smooth;       // the same shape with smooth normals; empty until one is asked for
+    Array<unsigned int> kept;  // by triangle, its index in the file
 };
 
-Surface weldedSurface(MeshData const& data,
-                      std::function<Vector3<double>(Vector3<double> const&)> const& place) {
-    Surface surface;
-    std::vector<unsigned int> const first = firstAtSamePosition(data.positions);
-    std::vector<unsigned int> index(first.size());
-    for (std::size_t i = 0; i < first.size(); ++i) {
-        if (first[i] == i) {
-            index[i] = static_cast<unsigned int>(surface.positions.size());
-            surface.positions.push_back(place(data.positions[i]));
-        } else {
-            index[i] = index[first[i]];
-        }
-    }
-    for (std::size_t t = 0; t < data.triangles.size(); ++t) {
-        Triangle const welded = mapped(data.triangles[t], index);
-        if (welded.e0 != welded.e1 && welded.e1 != welded.e2 && welded.e2 != welded.e0) {
-            surface.triangles.push_back(welded);
-            surface.sources.push_back(data.triangles[t]);
-            surface.materials.push_back(data.triangleMaterials.empty() ? 0 : data.triangleMaterials[t]);
-        }
-    }
-    return surface;
-}
-
-/// Computes the normals of a surface whose file has NONE.
-void computeNormals(Surface& surface) {
-    Mesh mesh;
-    mesh.setPositions(toArray(surface.positions));
-    mesh.setTriangles(toArray(surface.triangles));
-    if (!mesh.workNormals(CREASE_ANGLE)) {
-        return;
-    }
-    ArrayTypeable const* const normals = VL_ArrayServer.resolve(mesh.vertexNormals());
-    ArrayTypeable const* const triangles = VL_ArrayServer.resolve(mesh.normalTriangles());
-    if (normals != nullptr && triangles != nullptr) {
-        auto const* const n = normals->as<Vector3<float>>();
-        auto const* const t = triangles->as<Triangle>();
-        surface.normals.assign(n, n + normals->size);
-        surface.normalTriangles.assign(t, t + triangles->size);
-    }
-}
-
-/// Takes the normals of the file. Those at one vertex that differ by no more than rounding are one: the edges between
-/// their triangles are smooth.
-void takeNormals(Surface& surface, MeshData const& data) {
-    constexpr float alike = 0.9999F;  // cosine, less than one degree
-    surface.normals.resize(surface.positions.size());
-    std::vector<unsigned int> next(surface.positions.size(), NONE);  // the further normals of a vertex
-    std::vector<bool> isTaken(surface.positions.size(), false);
-    auto const indexOf = [&](unsigned int vertex, Vector3<float> const& normal) {
-        if (!isTaken[vertex]) {
-            isTaken[vertex] = true;
-            surface.normals[vertex] = normal;
-            return vertex;
-        }
-        unsigned int last = vertex;
-        for (unsigned int i = vertex; i != NONE; i = next[i]) {
-            if (dot(surface.normals[i], normal) > alike) {
-                return i;
-            }
-            last = i;
-        }
-        unsigned int const added = static_cast<unsigned int>(surface.normals.size());
-        surface.normals.push_back(normal);
-        next.push_back(NONE);
-        next[last] = added;
-        return added;
-    };
-    for (std::size_t t = 0; t < surface.triangles.size(); ++t) {
-        Triangle const& corners = surface.triangles[t];
-        Triangle const& source = surface.sources[t];
-        surface.normalTriangles.push_back({indexOf(corners.e0, data.normals[source.e0]),
-                                           indexOf(corners.e1, data.normals[source.e1]),
-                                           indexOf(corners.e2, data.normals[source.e2])});
-    }
-}
-
-/// Numbers what a part uses from 0 on, in the order of its first use.
+/// Numbers the vertices that a part uses from 0 on, in the order of their first use.
 class Numbering {
 public:
     explicit Numbering(std::size_t count) : numbers(count, NONE) {}
@@ -150,9 +137,9 @@ private:
 
 /// The texture coordinates of a triangle onto which the texture is projected along an axis. The texture covers the
 /// longest side of the box.
-std::array<Vector2<float>, 3> projected(Surface const& surface, Triangle const& t, Box3<double> const& box) {
-    Vector3<double> const points[3] = {surface.positions[t.e0], surface.positions[t.e1],
-                                       surface.positions[t.e2]};
+std::array<Vector2<float>, 3> projected(Array<Vector3<double>> const& positions, Triangle const& t,
+                                        Box3<double> const& box) {
+    Vector3<double> const points[3] = {positions[t.e0], positions[t.e1], positions[t.e2]};
     Vector3<double> const normal = cross(points[1] - points[0], points[2] - points[0]);
     double const sizes[3] = {std::abs(normal.x), std::abs(normal.y), std::abs(normal.z)};
     Vector3<double> const extent = box.max - box.min;
@@ -174,33 +161,29 @@ std::array<Vector2<float>, 3> projected(Surface const& surface, Triangle const& 
     return coordinates;
 }
 
-Box3<double> boxOf(std::vector<Vector3<double>> const& positions) {
-    MeshData points;
-    points.positions = positions;
-    return points.box();
-}
-
 bool isSame(Color4<float> const& a, Color4<float> const& b) {
     return a.r == b.r && a.g == b.g && a.b == b.b;
 }
 
-/// Makes one part after the other from a surface; what is as large as the whole is made once.
+unsigned int sizeOf(ArrayId const& id) {
+    ArrayTypeable const* const array = VL_ArrayServer.resolve(id);
+    return array != nullptr ? array->size : 0;
+}
+
+/// Makes one part after the other from a surface. The numberings are as large as the whole model, so they are made once.
 class PartMaker {
 public:
-    PartMaker(MeshData const& data, Surface const& surface, std::shared_ptr<VL_Image const> const& texture)
+    PartMaker(MeshData const& data, Surface& surface, std::shared_ptr<VL_Image const> const& texture)
         : data(data)
         , surface(surface)
         , texture(texture)
-        , box(boxOf(surface.positions))
-        , vertices(surface.positions.size())
-        , normalList(surface.normals.size())
-        , coordinateList(data.positions.size()) {}
+        , vertices(surface.import().positions.size())
+        , fileVertices(data.positions.size()) {}
 
     ModelPart make(std::vector<unsigned int> const& members) {
-        unsigned int const material = surface.materials[members.front()];
+        unsigned int const material = surface.material(members.front());
         ModelPart part;
-        part.mesh = std::make_unique<Mesh>();
-        part.color = data.colors[surface.sources[members.front()].e0];
+        part.color = data.colors[surface.source(members.front()).e0];
         part.texture = texture;
         if (texture == nullptr && material < data.materials.size()) {
             part.texture = data.materials[material].image;
@@ -208,69 +191,53 @@ public:
         if (part.texture != nullptr) {
             part.color = texture != nullptr ? Color4<float>{1, 1, 1, 1} : data.materials[material].tint;
         }
-        _fillShape(part, members);
+        part.import = _cut(members);
+        part.mesh = std::make_unique<Mesh>();
+        part.import->toMesh(*part.mesh);
+        part.hasHardNormals = sizeOf(part.mesh->vertexNormals()) > sizeOf(part.mesh->positions());
         if (part.texture != nullptr) {
             _fillCoordinates(*part.mesh, members);
         } else {
             _fillColors(part, members);
         }
-        part.mesh->workFaceNormals();
-        part.mesh->workAdjacency();
-        part.mesh->workBox();
         return part;
     }
 
 private:
-    void _fillShape(ModelPart& part, std::vector<unsigned int> const& members) {
+    std::unique_ptr<MeshImporter> _cut(std::vector<unsigned int> const& members) {
         vertices.clear();
-        normalList.clear();
-        std::vector<Triangle> triangles;
-        std::vector<Triangle> normalTriangles;
-        triangles.reserve(members.size());
+        auto part = std::make_unique<MeshImporter>();
+        part->triangles.reserve(static_cast<unsigned int>(members.size()), false);
+        part->cornerNormals.reserve(static_cast<unsigned int>(members.size()), false);
         for (unsigned int t : members) {
-            triangles.push_back(vertices(surface.triangles[t]));
+            part->triangles.pushBack(vertices(surface.corners(t)));
+            part->cornerNormals.pushBack(surface.import().cornerNormals[t]);
         }
-        std::vector<Vector3<double>> positions;
-        positions.reserve(vertices.used().size());
+        part->positions.reserve(static_cast<unsigned int>(vertices.used().size()), false);
         for (unsigned int old : vertices.used()) {
-            positions.push_back(surface.positions[old]);
-            // The normal of this number is the vertex's own and comes first, if the part uses it or not.
-            if (!surface.normals.empty()) {
-                normalList(old);
-            }
+            part->positions.pushBack(surface.import().positions[old]);
         }
-        std::vector<Vector3<float>> normals;
-        if (!surface.normals.empty()) {
-            for (unsigned int t : members) {
-                normalTriangles.push_back(normalList(surface.normalTriangles[t]));
-            }
-            for (unsigned int old : normalList.used()) {
-                normals.push_back(surface.normals[old]);
-            }
-        }
-        part.hasHardNormals = normals.size() > positions.size();
-        part.mesh->setPositions(toArray(positions));
-        part.mesh->setTriangles(toArray(triangles));
-        part.mesh->setVertexNormals(toArray(normals));
-        part.mesh->setNormalTriangles(toArray(normalTriangles));
+        return part;
     }
 
     void _fillCoordinates(Mesh& mesh, std::vector<unsigned int> const& members) {
         std::vector<Triangle> triangles;
         std::vector<Vector2<float>> coordinates;
         if (data.textureCoordinates.empty()) {
+            Box3<double> const box = surface.box();
             for (unsigned int t : members) {
                 unsigned int const base = static_cast<unsigned int>(coordinates.size());
                 triangles.push_back({base, base + 1, base + 2});
-                std::array<Vector2<float>, 3> const three = projected(surface, surface.triangles[t], box);
+                std::array<Vector2<float>, 3> const three =
+                    projected(surface.import().positions, surface.corners(t), box);
                 coordinates.insert(coordinates.end(), three.begin(), three.end());
             }
         } else {
-            coordinateList.clear();
+            fileVertices.clear();
             for (unsigned int t : members) {
-                triangles.push_back(coordinateList(surface.sources[t]));
+                triangles.push_back(fileVertices(surface.source(t)));
             }
-            for (unsigned int old : coordinateList.used()) {
+            for (unsigned int old : fileVertices.used()) {
                 coordinates.push_back(data.textureCoordinates[old]);
             }
         }
@@ -280,12 +247,12 @@ private:
 
     /// Only where the colors of the part's vertices are not all the same.
     void _fillColors(ModelPart& part, std::vector<unsigned int> const& members) {
-        coordinateList.clear();
+        fileVertices.clear();
         std::vector<Triangle> triangles;
         bool isUniform = true;
         for (unsigned int t : members) {
-            Triangle const& source = surface.sources[t];
-            triangles.push_back(coordinateList(source));
+            Triangle const& source = surface.source(t);
+            triangles.push_back(fileVertices(source));
             for (unsigned int vertex : {source.e0, source.e1, source.e2}) {
                 isUniform = isUniform && isSame(data.colors[vertex], part.color);
             }
@@ -293,19 +260,22 @@ private:
         if (isUniform) {
             return;
         }
-        std::vector<unsigned int> const& used = coordinateList.used();
+        std::vector<unsigned int> const& used = fileVertices.used();
         std::vector<Vector3<double>> positions(used.size());
         std::vector<Vector3<float>> normals(used.size());
         std::vector<Color4<float>> colors(used.size());
         for (std::size_t i = 0; i < used.size(); ++i) {
             colors[i] = data.colors[used[i]];
-            normals[i] = data.normals[used[i]];
         }
         for (std::size_t i = 0; i < members.size(); ++i) {
-            Triangle const& corners = surface.triangles[members[i]];
-            positions[triangles[i].e0] = surface.positions[corners.e0];
-            positions[triangles[i].e1] = surface.positions[corners.e1];
-            positions[triangles[i].e2] = surface.positions[corners.e2];
+            Triangle const& corners = surface.corners(members[i]);
+            std::array<Vector3<double>, 3> const cornerNormals = surface.vertexNormals(members[i]);
+            unsigned int const places[3] = {triangles[i].e0, triangles[i].e1, triangles[i].e2};
+            unsigned int const welded[3] = {corners.e0, corners.e1, corners.e2};
+            for (std::size_t k = 0; k < 3; ++k) {
+                positions[places[k]] = surface.import().positions[welded[k]];
+                normals[places[k]] = convert<float>(cornerNormals[k]);
+            }
         }
         part.vertices = toArray(positions);
         part.triangles = toArray(triangles);
@@ -314,12 +284,10 @@ private:
     }
 
     MeshData const& data;
-    Surface const& surface;
+    Surface& surface;
     std::shared_ptr<VL_Image const> const& texture;
-    Box3<double> const box;
-    Numbering vertices;
-    Numbering normalList;
-    Numbering coordinateList;  // of the file's vertices
+    Numbering vertices;      // of the surface
+    Numbering fileVertices;  // which carry colors and texture coordinates
 };
 
 }  // namespace
@@ -327,15 +295,10 @@ private:
 std::vector<ModelPart> makeParts(MeshData const& data,
                                  std::function<Vector3<double>(Vector3<double> const&)> const& place,
                                  std::shared_ptr<VL_Image const> const& texture) {
-    Surface surface = weldedSurface(data, place);
-    if (data.computedNormalCount == data.normals.size()) {
-        computeNormals(surface);
-    } else {
-        takeNormals(surface, data);
-    }
+    Surface surface(data, place);
     std::vector<std::vector<unsigned int>> members(std::max<std::size_t>(1, data.materials.size()));
-    for (std::size_t t = 0; t < surface.triangles.size(); ++t) {
-        members[surface.materials[t]].push_back(static_cast<unsigned int>(t));
+    for (unsigned int t = 0; t < surface.triangleCount(); ++t) {
+        members[surface.material(t)].push_back(t);
     }
     PartMaker maker(data, surface, texture);
     std::vector<ModelPart> parts;

@@ -3,6 +3,7 @@
 #include "foundation/basic/Array.h"
 #include "foundation/geometry/Color4.h"
 #include "foundation/geometry/Mesh.h"
+#include "foundation/geometry/MeshImporter.h"
 #include "viewport/files/mesh/MeshData.h"
 
 #include <functional>
@@ -17,6 +18,7 @@ struct ModelPart {
     static constexpr char CHANNEL[] = "uv";
 
     std::unique_ptr<Mesh> mesh;
+    std::unique_ptr<MeshImporter> import;     ///< what the mesh was made of; may be null (see Scene::Imports)
     Color4<float> color;                      ///< of the surface; the texture's tint where it has one
     std::shared_ptr<VL_Image const> texture;  ///< may be null
     bool hasHardNormals = false;              ///< some vertices have several normals

@@ -15,7 +15,7 @@ Box3<double> unite(Box3<double> const& a, Box3<double> const& b) {
 }  // namespace
 
 Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const> const& texture,
-             std::vector<ParticleFrame> particles, ParticleLook const& look)
+             std::vector<ParticleFrame> particles, ParticleLook const& look, Imports imports)
     : bounds{{0, 0, 0}, {0, 0, 0}} {
     std::vector<Box3<double>> boxes;
     boxes.reserve(meshes.size() + particles.size());
@@ -37,14 +37,20 @@ Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const
     scale = reach > 0 ? RADIUS / reach : 1;
     auto const place = [&](Vector3<double> const& p) { return (p - center) * scale; };
 
-    for (MeshData const& mesh : meshes) {
-        Box3<double> const box = mesh.box();
+    for (std::size_t i = 0; i < meshes.size(); ++i) {
+        MeshData const& mesh = meshes[i];
+        Box3<double> const& box = boxes[i];
         Array<Vector3<double>> vertices;
         vertices.reserve(static_cast<unsigned int>(mesh.positions.size()), false);
         vertices.setSize(static_cast<unsigned int>(mesh.positions.size()));
         std::transform(mesh.positions.begin(), mesh.positions.end(), vertices.begin(), place);
-        modelList.push_back(
-            {mesh.name, vertices, makeParts(mesh, place, texture), {place(box.min), place(box.max)}});
+        std::vector<ModelPart> parts = makeParts(mesh, place, texture);
+        if (imports == Imports::DROPPED) {
+            for (ModelPart& part : parts) {
+                part.import.reset();
+            }
+        }
+        modelList.push_back({mesh.name, vertices, std::move(parts), {place(box.min), place(box.max)}});
     }
     for (std::size_t i = 0; i < particles.size(); ++i) {
         cloudList.push_back(makers[i].make(center, scale));

@@ -23,7 +23,7 @@ struct Model {
 };
 
 /// Everything that is shown, moved and scaled so that drawing never meets extreme numbers: whatever the units of the
-/// files, everything together is centered at the origin and reach as far as `RADIUS`. The files keep their places
+/// files, everything together is centered at the origin and reaches as far as `RADIUS`. The files keep their places
 /// relative to each other.
 ///
 /// Plain arithmetic; nothing here touches OpenGL.
@@ -33,11 +33,16 @@ public:
     /// sides of the origin; this leaves room for a ground around the models, and uses the depth buffer well.
     static constexpr double RADIUS = 250;
 
+    /// Whether the parts of models keep what they were made of, for the preview of imports. It takes as much memory as
+    /// the models themselves.
+    enum class Imports { DROPPED, KEPT };
+
     /// \param texture put on all models in place of their own textures, unless null.
     /// \param particles used up: each frame is freed as soon as its cloud is made.
     explicit Scene(std::vector<MeshData> const& meshes,
                    std::shared_ptr<VL_Image const> const& texture = nullptr,
-                   std::vector<ParticleFrame> particles = {}, ParticleLook const& look = {});
+                   std::vector<ParticleFrame> particles = {}, ParticleLook const& look = {},
+                   Imports imports = Imports::DROPPED);
 
     std::vector<Model> const& models() const { return modelList; }
     std::vector<ParticleCloud> const& clouds() const { return cloudList; }

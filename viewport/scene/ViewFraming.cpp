@@ -10,8 +10,9 @@ namespace vellum::viewport {
 
 namespace {
 
-using Point = Vector3<double>;
+using constants::d::PI;
 
+using Point = Vector3<double>;
 
 /// The near plane is at least this part of the far one: 24 bits of depth still tell surfaces apart then.
 constexpr double SMALLEST_NEAR_PART = 1.0 / 2000;

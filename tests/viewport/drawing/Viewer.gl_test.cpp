@@ -286,6 +286,7 @@ TEST_F(Viewer_gl_test, everyOverlayIsSeen) {
 
 TEST_F(Viewer_gl_test, thePreviewOfAnImportIsRed) {
     style.mesh.importPreview = true;
+    scene = Scene({cube("cube.obj", {0, 0, 0}, orange)}, nullptr, {}, {}, Scene::Imports::KEPT);
     style.camera.view = View::FRONT;
     Picture const picture = draw();
     unsigned char const* const middle = at(picture, 40, 50);

@@ -62,7 +62,10 @@ unsigned int borderCount(Mesh const& mesh) {
 TEST(ModelParts, seamsAreClosedAndHardEdgesKept) {
     for (bool const& hasNormals : {true, false}) {
         MeshData data = cubeOfFaces();
-        data.computedNormalCount = hasNormals ? 0 : data.normals.size();
+        std::vector<Vector3<float>> const faceNormals = data.normals;
+        if (!hasNormals) {
+            data.normals.clear();
+        }
         std::vector<ModelPart> const parts = makeParts(data, inPlace, nullptr);
         ASSERT_EQ(parts.size(), 1U);
         Mesh const& mesh = *parts[0].mesh;
@@ -76,7 +79,7 @@ TEST(ModelParts, seamsAreClosedAndHardEdgesKept) {
             VL_ArrayServer.resolve(mesh.normalTriangles())->as<Tuple3<unsigned int>>();
         auto const* const normals = VL_ArrayServer.resolve(mesh.vertexNormals())->as<Vector3<float>>();
         for (unsigned int t = 0; t < mesh.triangleCount(); ++t) {
-            Vector3<float> const expected = data.normals[data.triangles[t].e0];
+            Vector3<float> const expected = faceNormals[data.triangles[t].e0];
             for (unsigned int const& i : {triangles[t].e0, triangles[t].e1, triangles[t].e2}) {
                 EXPECT_NEAR(dot(normals[i], expected), 1.0F, 1e-5F);
             }
@@ -135,4 +138,34 @@ TEST(ModelParts, aTextureForAllGetsCoordinatesWhereThereAreNone) {
         EXPECT_NEAR(std::abs(coordinates[i].x), coordinates[i].x == 0 ? 0.0F : 1.0F, 1e-6F);
         EXPECT_NEAR(std::abs(coordinates[i].y), coordinates[i].y == 0 ? 0.0F : 1.0F, 1e-6F);
     }
+}
+
+TEST(ModelParts, verticesWithoutANormalGetASmoothOne) {
+    MeshData data = cubeOfFaces();
+    data.normals[0] = {0, 0, 0};
+    std::vector<ModelPart> const parts = makeParts(data, inPlace, nullptr);
+    ASSERT_EQ(parts.size(), 1U);
+    Vector3<double> const corner = data.positions[0];
+    EXPECT_NEAR(dot(parts[0].import->cornerNormals[0].e0, corner), std::sqrt(3.0), 1e-6)
+        << "along the diagonal of the cube";
+    EXPECT_NEAR(std::abs(parts[0].import->cornerNormals[0].e1.x), 1, 1e-6) << "that of the file";
+}
+
+TEST(ModelParts, coloredVerticesWithoutNormalsAreSmooth) {
+    MeshData data = cubeOfFaces();
+    data.normals.clear();
+    data.colors[5] = {0, 1, 0, 1};
+    std::vector<ModelPart> const parts = makeParts(data, inPlace, nullptr);
+    ASSERT_EQ(parts[0].normals.size(), 24U);
+    for (unsigned int i = 0; i < 24; ++i) {
+        EXPECT_NEAR(dot(convert<double>(parts[0].normals[i]), parts[0].vertices[i]), std::sqrt(3.0), 1e-6);
+    }
+    EXPECT_TRUE(parts[0].hasHardNormals) << "those of the mesh have the edges of the shape";
+}
+
+TEST(ModelParts, theImportOfAPartIsWhatItsMeshIsMadeOf) {
+    std::vector<ModelPart> const parts = makeParts(cubeOfFaces(), inPlace, nullptr);
+    ASSERT_NE(parts[0].import, nullptr);
+    EXPECT_EQ(parts[0].import->positions.size(), 8U);
+    EXPECT_EQ(parts[0].import->cornerNormals.size(), 12U);
 }

@@ -60,6 +60,12 @@ TEST(Scene, theRestOfAModelIsTakenOver) {
     EXPECT_EQ(model.parts[0].colors.size(), 0U) << "one color is enough";
 }
 
+TEST(Scene, importsAreKeptOnlyWhereTheyAreAskedFor) {
+    EXPECT_EQ(Scene({triangle(0, 1)}).models()[0].parts[0].import, nullptr);
+    Scene const scene({triangle(0, 1)}, nullptr, {}, {}, Scene::Imports::KEPT);
+    EXPECT_NE(scene.models()[0].parts[0].import, nullptr);
+}
+
 TEST(Scene, aModelWithoutSizeStaysFinite) {
     Scene const scene({triangle(5, 5)});
     EXPECT_EQ(scene.unitsPerFileUnit(), 1);

@@ -70,7 +70,6 @@ EffectSubject::Model toModel(MeshData const& mesh, ObjectFrame const& frame, Sce
 /// The mesh as an ocean: flat, with texture coordinates that follow from the places.
 MeshData asOcean(MeshData mesh, double patch) {
     mesh.normals.assign(mesh.positions.size(), {0, 1, 0});
-    mesh.computedNormalCount = 0;
     mesh.textureCoordinates.resize(mesh.positions.size());
     std::transform(
         mesh.positions.begin(), mesh.positions.end(), mesh.textureCoordinates.begin(), [&](Point const& p) {

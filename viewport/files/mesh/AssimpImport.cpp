@@ -1,14 +1,13 @@
 #include "viewport/files/mesh/AssimpImport.h"
 
 #include "foundation/geometry/Matrix4.h"
+#include "viewport/files/common/MappedFile.h"
 #include "viewport/files/mesh/DeclaredCounts.h"
-#include "viewport/files/mesh/VertexNormals.h"
 #include "viewport/text/lower_case.h"
 
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <optional>
 #include <string_view>
@@ -225,18 +224,9 @@ public:
         return true;
     }
 
-    /// The mesh, complete with the normals that the file lacks.
     MeshData take() {
-        auto const missing = std::count(hasNormal.begin(), hasNormal.end(), false);
-        collected.computedNormalCount = static_cast<std::uint64_t>(missing);
-        if (missing > 0) {
-            std::vector<Vector3<float>> const smooth =
-                smoothVertexNormals(collected.positions, collected.triangles);
-            for (std::size_t i = 0; i < smooth.size(); ++i) {
-                if (!hasNormal[i]) {
-                    collected.normals[i] = smooth[i];
-                }
-            }
+        if (!hasNormals) {
+            collected.normals.clear();
         }
         if (!hasTextureCoordinates) {
             collected.textureCoordinates.clear();
@@ -288,8 +278,8 @@ private:
             double const size = length(normal);
             bool const isUsable = std::isfinite(size) && size > 0;
             collected.normals.push_back(isUsable ? convert<float>(normal * (1 / size))
-                                                 : Vector3<float>{0, 1, 0});
-            hasNormal.push_back(isUsable);
+                                                 : Vector3<float>{0, 0, 0});
+            hasNormals = hasNormals || isUsable;
 
             collected.colors.push_back(hasColors ? toColor(mesh.mColors[0][v]) : color);
 
@@ -321,23 +311,18 @@ private:
     aiScene const& scene;
     bool const ignoreNormals;
     MeshData collected;
-    std::vector<bool> hasNormal;  // per vertex: a usable one came from the file
+    bool hasNormals = false;
     bool hasTextureCoordinates = false;
 };
 
-std::string readWholeFile(std::string const& path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
-
 std::optional<std::string> declaredCountsFault(std::string const& path, std::string const& extension) {
-    if (extension == ".ply") {
-        return plyFault(readWholeFile(path));
+    if (extension != ".ply" && extension != ".off") {
+        return std::nullopt;
     }
-    if (extension == ".off") {
-        return offFault(readWholeFile(path));
-    }
-    return std::nullopt;
+    // Mapped: the importer reads the file again, and the check should not hold a copy of it meanwhile.
+    Result<MappedFile> const file = MappedFile::open(path);
+    std::string_view const bytes = file.isOk() ? file.value().bytes() : std::string_view();
+    return extension == ".ply" ? plyFault(bytes) : offFault(bytes);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ namespace vellum::viewport {
 /// which is every file a user names, run it under importGuarded().
 ///
 /// Nodes are placed, polygons cut into triangles, points and lines left out. Colors come from the vertices or else
-/// from the material. Normals that the file lacks are computed (see VertexNormals.h).
+/// from the material. Normals that the file lacks stay missing (see MeshData::normals).
 ///
 /// Assimp repairs some damage silently or with no more than a note in its log: an index out of range, fewer vertices
 /// or faces than declared. Here that is a fault: who opens a damaged file is to know.

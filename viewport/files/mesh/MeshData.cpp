@@ -17,7 +17,7 @@ std::string indexFault(std::size_t triangle, unsigned int index, std::size_t cou
            ", out of range: the mesh has " + std::to_string(count) + " vertices";
 }
 
-/// Triangles without are left out of a model.
+/// Triangles without three different corners are left out of a model.
 bool hasThreeCorners(MeshData::Triangle const& triangle, std::vector<Vector3<double>> const& positions) {
     Vector3<double> const& a = positions[triangle.e0];
     Vector3<double> const& b = positions[triangle.e1];
@@ -35,7 +35,7 @@ std::optional<std::string> MeshData::firstFault() const {
     if (triangles.empty()) {
         return "the mesh is empty: it has no triangle";
     }
-    if (normals.size() != count || colors.size() != count ||
+    if ((!normals.empty() && normals.size() != count) || colors.size() != count ||
         (!textureCoordinates.empty() && textureCoordinates.size() != count)) {
         return "the mesh is damaged: its vertex lists differ in length";
     }
@@ -65,7 +65,8 @@ std::optional<std::string> MeshData::firstFault() const {
     }
     for (std::size_t i = 0; i < count; ++i) {
         Color4<float> const& c = colors[i];
-        if (!isFinite(normals[i]) || !std::isfinite(c.r + c.g + c.b + c.a)) {
+        bool const isNormalFinite = normals.empty() || isFinite(normals[i]);
+        if (!isNormalFinite || !std::isfinite(c.r + c.g + c.b + c.a)) {
             return "vertex " + std::to_string(i) + " has a normal or color that is not a number or infinite";
         }
     }
@@ -76,6 +77,22 @@ std::optional<std::string> MeshData::firstFault() const {
         }
     }
     return std::nullopt;
+}
+
+bool MeshData::hasNormal(unsigned int vertex) const {
+    if (normals.empty()) {
+        return false;
+    }
+    Vector3<float> const& n = normals[vertex];
+    return n.x != 0 || n.y != 0 || n.z != 0;
+}
+
+std::size_t MeshData::missingNormalCount() const {
+    std::size_t missing = 0;
+    for (unsigned int vertex = 0; vertex < positions.size(); ++vertex) {
+        missing += hasNormal(vertex) ? 0 : 1;
+    }
+    return missing;
 }
 
 Box3<double> MeshData::box() const {

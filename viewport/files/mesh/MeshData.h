@@ -7,6 +7,7 @@
 #include "foundation/geometry/Vector3.h"
 #include "foundation/image/VL_Image.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -15,7 +16,7 @@
 
 namespace vellum::viewport {
 
-/// A material of a mesh file that has a diffuse texture, or has none.
+/// A material of a mesh file, with or without a diffuse texture.
 struct Material {
     Color4<float> tint{1, 1, 1, 1};           ///< what the texture is multiplied with
     std::string texture;                      ///< as the file names it; empty: no texture
@@ -23,8 +24,9 @@ struct Material {
     std::shared_ptr<VL_Image const> image;    ///< the texture once it is read (see Textures.h); else null
 };
 
-/// What a mesh file holds, ready to be drawn: one list of triangles over one list of vertices. The parts of the
-/// file stand one after the other, placed where their nodes put them.
+/// A mesh as its file has it: one list of triangles over one list of vertices. The parts of the file stand one after
+/// the other, placed where their nodes put them. Nothing is derived: seams are open and normals may be missing. What is
+/// drawn of it is made by makeParts().
 ///
 /// A plain value. Whoever fills one from outside asks firstFault() before relying on it.
 struct MeshData {
@@ -37,20 +39,23 @@ struct MeshData {
 
     std::vector<Vector3<double>> positions;  ///< in the file's units, as many as there are vertices
     std::vector<Triangle> triangles;         ///< indices into the vertices, counter-clockwise from outside
-    std::vector<Vector3<float>> normals;     ///< one per vertex, unit length
-    std::vector<Color4<float>> colors;       ///< one per vertex
+    /// One per vertex, of unit length, or zero where the file has none; empty: the file has none at all.
+    std::vector<Vector3<float>> normals;
+    std::vector<Color4<float>> colors;               ///< one per vertex
     std::vector<Vector2<float>> textureCoordinates;  ///< one per vertex, or empty
 
     std::vector<Material> materials;
     std::vector<unsigned int> triangleMaterials;  ///< one index per triangle, or empty: all are alike
 
-    unsigned int partCount = 0;             ///< meshes of the file that gave triangles
-    std::uint64_t computedNormalCount = 0;  ///< of the normals, those that the file lacks or has as zero
-    bool hasVertexColors = false;           ///< some colors were given per vertex, not by a material
+    unsigned int partCount = 0;    ///< meshes of the file that gave triangles
+    bool hasVertexColors = false;  ///< some colors were given per vertex, not by a material
 
     /// What is wrong with the mesh, as the message of a fault, or nothing: lists of different lengths, no triangle (or
     /// none with three different corners), an index out of range, a coordinate that is not a number or infinite.
     std::optional<std::string> firstFault() const;
+
+    bool hasNormal(unsigned int vertex) const;  ///< The file gives one.
+    std::size_t missingNormalCount() const;     ///< Vertices without a normal of the file.
 
     /// The smallest upright box around all vertices; empty meshes give a box of size 0 at the origin.
     Box3<double> box() const;

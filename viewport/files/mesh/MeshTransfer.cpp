@@ -8,7 +8,12 @@ namespace vellum::viewport {
 namespace {
 
 enum Content : std::uint32_t { CONTENT_MESH = 1, CONTENT_FAULT = 2 };
-enum Flags : std::uint32_t { HAS_VERTEX_COLORS = 1, HAS_TEXTURE_COORDINATES = 2, HAS_MATERIALS = 4 };
+enum Flags : std::uint32_t {
+    HAS_VERTEX_COLORS = 1,
+    HAS_TEXTURE_COORDINATES = 2,
+    HAS_MATERIALS = 4,
+    HAS_NORMALS = 8
+};
 
 struct Header {
     char magic[8];
@@ -18,7 +23,6 @@ struct Header {
     std::uint32_t textLength;  // of the mesh's name or the fault's message
     std::uint64_t vertexCount;
     std::uint64_t triangleCount;
-    std::uint64_t computedNormalCount;
     std::uint64_t materialBytes;
 };
 
@@ -29,7 +33,7 @@ struct MaterialHeader {
     std::uint64_t byteCount;
 };
 
-constexpr char magic[8] = {'v', 'l', 'm', 'e', 's', 'h', '0', '2'};
+constexpr char magic[8] = {'v', 'l', 'm', 'e', 's', 'h', '0', '3'};
 constexpr std::uint64_t LARGEST_MATERIAL_BYTES = std::uint64_t(1) << 40;
 constexpr char DAMAGED_MESSAGE[] = "the importer gave a damaged result";
 
@@ -92,7 +96,8 @@ std::uint64_t bytesPerTriangle(std::uint32_t flags) {
 }
 
 std::uint64_t bytesPerVertex(std::uint32_t flags) {
-    return sizeof(Vector3<double>) + sizeof(Vector3<float>) + sizeof(Color4<float>) +
+    return sizeof(Vector3<double>) + sizeof(Color4<float>) +
+           ((flags & HAS_NORMALS) != 0 ? sizeof(Vector3<float>) : 0) +
            ((flags & HAS_TEXTURE_COORDINATES) != 0 ? sizeof(Vector2<float>) : 0);
 }
 
@@ -154,13 +159,13 @@ std::vector<unsigned char> encodeMesh(MeshData const& mesh) {
     Header header = makeHeader(CONTENT_MESH, mesh.name);
     header.flags = (mesh.hasVertexColors ? HAS_VERTEX_COLORS : 0U) |
                    (mesh.textureCoordinates.empty() ? 0U : HAS_TEXTURE_COORDINATES) |
-                   (mesh.triangleMaterials.empty() ? 0U : HAS_MATERIALS);
+                   (mesh.triangleMaterials.empty() ? 0U : HAS_MATERIALS) |
+                   (mesh.normals.empty() ? 0U : HAS_NORMALS);
     std::vector<unsigned char> const materials = encodeMaterials(mesh.materials);
     header.materialBytes = materials.size();
     header.partCount = mesh.partCount;
     header.vertexCount = mesh.positions.size();
     header.triangleCount = mesh.triangles.size();
-    header.computedNormalCount = mesh.computedNormalCount;
 
     std::uint64_t size = sizeof header;
     promisedSize(header, size);
@@ -211,7 +216,9 @@ Result<MeshData> decodeMesh(unsigned char const* bytes, std::size_t size, std::s
     mesh.name = text;
     mesh.positions = reader.take<Vector3<double>>(header.vertexCount);
     mesh.triangles = reader.take<MeshData::Triangle>(header.triangleCount);
-    mesh.normals = reader.take<Vector3<float>>(header.vertexCount);
+    if ((header.flags & HAS_NORMALS) != 0) {
+        mesh.normals = reader.take<Vector3<float>>(header.vertexCount);
+    }
     mesh.colors = reader.take<Color4<float>>(header.vertexCount);
     if ((header.flags & HAS_TEXTURE_COORDINATES) != 0) {
         mesh.textureCoordinates = reader.take<Vector2<float>>(header.vertexCount);
@@ -223,7 +230,6 @@ Result<MeshData> decodeMesh(unsigned char const* bytes, std::size_t size, std::s
         return damaged;
     }
     mesh.partCount = header.partCount;
-    mesh.computedNormalCount = header.computedNormalCount;
     mesh.hasVertexColors = (header.flags & HAS_VERTEX_COLORS) != 0;
     if (std::optional<std::string> const fault = mesh.firstFault()) {
         return Fault{file, *fault};
