@@ -6,6 +6,7 @@
 #include "viewport/drawing/effects/EffectRenderer.h"
 #include "viewport/files/FileKind.h"
 #include "viewport/files/images/Picture.h"
+#include "viewport/files/images/TextureFile.h"
 #include "viewport/files/mesh/MeshFile.h"
 #include "viewport/files/mesh/Textures.h"
 #include "viewport/files/particles/ParticleFile.h"

@@ -7,17 +7,27 @@
 
 using vellum::viewport::isParticleFile;
 
-TEST(FileKind, namesOfParticleFilesDecide) {
+TEST(FileKind, namesDecideWhereNothingCanBeRead) {
     for (char const* const name : {"a.lammpstrj", "a.dump", "a.xyz", "a.XYZ", "a.extxyz", "a.csv", "a.gz"}) {
         EXPECT_TRUE(isParticleFile(std::string("/nonexistent/") + name)) << name;
     }
 }
 
-TEST(FileKind, namesOfMeshFilesDecide) {
+TEST(FileKind, namesOfMeshFilesOutrankTextsWithoutASignature) {
     TemporaryFolder const folder;
     for (char const* const name : {"a.obj", "a.stl", "a.off", "a.glb"}) {
-        EXPECT_FALSE(isParticleFile(folder.write(name, particle_texts::dump))) << name;
+        for (char const* const text : {"1\n\nH 0 0 0\n", "# v x y z\nv 0 0 0\n", "nothing of this kind\n"}) {
+            EXPECT_FALSE(isParticleFile(folder.write(name, text))) << name << text;
+        }
     }
+    EXPECT_TRUE(isParticleFile(folder.write("a.txt", "# v x y z\n1 0 0 0\n")));
+}
+
+TEST(FileKind, aSignatureOutranksTheName) {
+    TemporaryFolder const folder;
+    EXPECT_TRUE(isParticleFile(folder.write("melt.obj", particle_texts::dump)));
+    EXPECT_TRUE(
+        isParticleFile(folder.write("points.stl", "ply\nformat ascii 1.0\nelement vertex 0\nend_header\n")));
 }
 
 TEST(FileKind, theContentOfPlyFilesDecides) {

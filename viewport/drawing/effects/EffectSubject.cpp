@@ -1,7 +1,7 @@
 #include "viewport/drawing/effects/EffectSubject.h"
 
 #include "viewport/drawing/ShaderFiles.h"
-#include "viewport/files/mesh/Textures.h"
+#include "viewport/files/images/TextureFile.h"
 #include "viewport/scene/ModelParts.h"
 
 #include <algorithm>

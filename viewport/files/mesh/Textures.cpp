@@ -1,17 +1,12 @@
 #include "viewport/files/mesh/Textures.h"
 
+#include "viewport/files/images/TextureFile.h"
 #include "viewport/text/lower_case.h"
 
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <map>
-
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 namespace vellum::viewport {
 
@@ -48,45 +43,7 @@ bool isFile(fs::path const& path) {
     return fs::is_regular_file(path, error);
 }
 
-Image readImage(std::string const& path) {
-    auto const image = std::make_shared<VL_Image>();
-    return image->read(path.c_str()) ? image : nullptr;
-}
-
-/// Reads a picture file that lies in memory.
-Image readImage(std::vector<unsigned char> const& bytes) {
-    int const descriptor = memfd_create("vl_viewport texture", MFD_CLOEXEC);
-    if (descriptor < 0) {
-        return nullptr;
-    }
-    std::size_t written = 0;
-    while (written < bytes.size()) {
-        ssize_t const count = ::write(descriptor, bytes.data() + written, bytes.size() - written);
-        if (count <= 0 && errno != EINTR) {
-            break;
-        }
-        written += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
-    }
-    Image image =
-        written == bytes.size() ? readImage("/proc/self/fd/" + std::to_string(descriptor)) : nullptr;
-    ::close(descriptor);
-    return image;
-}
-
 }  // namespace
-
-Result<Image> readTexture(std::string const& path) {
-    int const descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0) {
-        return Fault{path, std::string("cannot be opened: ") + std::strerror(errno)};
-    }
-    ::close(descriptor);
-    Image image = readImage(path);
-    if (image == nullptr) {
-        return Fault{path, "is not a readable picture (PNG, JPEG, EXR or HDR)"};
-    }
-    return image;
-}
 
 std::optional<std::string> findTexture(std::string const& meshPath, std::string const& name) {
     fs::path const folder = fs::path(meshPath).parent_path();

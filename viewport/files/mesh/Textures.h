@@ -3,15 +3,11 @@
 #include "viewport/files/mesh/MeshData.h"
 #include "viewport/text/Fault.h"
 
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace vellum::viewport {
-
-/// Reads a picture file that a user named. Plain files only; a damaged one is a fault.
-Result<std::shared_ptr<VL_Image const>> readTexture(std::string const& path);
 
 /// The file that a mesh file means by the name of a texture. Names come from other machines, with other folders, other
 /// separators and other cases of letters: the file is looked for under the name as it is, then under its last part
@@ -19,7 +15,7 @@ Result<std::shared_ptr<VL_Image const>> readTexture(std::string const& path);
 std::optional<std::string> findTexture(std::string const& meshPath, std::string const& name);
 
 /// Reads the textures of a mesh's materials, each file once. A texture that is not found or cannot be read leaves its
-/// material without: that costs no more than a note, a line for the user.
+/// material without one and adds a note for the user.
 std::vector<Fault> loadTextures(std::string const& meshPath, MeshData& mesh);
 
 }  // namespace vellum::viewport
