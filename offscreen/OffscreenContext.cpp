@@ -145,6 +145,10 @@ EGLConfig findConfig(EGLDisplay display, int samples) {
     return found == end ? nullptr : *found;
 }
 
+std::string textOf(OffscreenContext::Settings const& size) {
+    return std::to_string(size.width) + " x " + std::to_string(size.height);
+}
+
 /// The sample counts to try, best first, ending with none.
 std::vector<int> candidateSamples(int wanted) {
     std::vector<int> candidates;
@@ -182,6 +186,12 @@ struct OffscreenContext::State {
 
 private:
     std::string _create(Settings const& settings);
+
+    // == The steps of _create(), each with what the display lacks, or nothing ==
+    std::string _chooseConfig(Settings const& settings);
+    std::string _createContext(Settings const& settings);
+    std::string _createSurface(Settings const& settings);
+    std::string _checkDriver(Settings const& settings);
     void _listenToErrors();
 
     static void GLAPIENTRY _onMessage(GLenum source, GLenum type, GLuint id, GLenum severity, GLsizei length,
@@ -205,19 +215,34 @@ std::string OffscreenContext::State::_create(Settings const& settings) {
     if (!eglBindAPI(EGL_OPENGL_API)) {
         return "the driver has no desktop OpenGL";
     }
+    using Step = std::string (State::*)(Settings const&);
+    for (Step const step :
+         {&State::_chooseConfig, &State::_createContext, &State::_createSurface, &State::_checkDriver}) {
+        std::string lack = (this->*step)(settings);
+        if (!lack.empty()) {
+            return lack;
+        }
+    }
+    if (settings.debug) {
+        _listenToErrors();
+    }
+    fetch<decltype(&glClear)>("glClear")(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
+    return "";
+}
 
+std::string OffscreenContext::State::_chooseConfig(Settings const& settings) {
     for (int const candidate : candidateSamples(settings.samples)) {
         config = findConfig(display, candidate);
         if (config) {
-            break;
+            eglGetConfigAttrib(display, config, EGL_SAMPLES, &samples);
+            return "";
         }
     }
-    if (!config) {
-        return "the driver has no off-screen buffer with 8 bits per color, 24 bits of depth and 8 of "
-               "stencil";
-    }
-    eglGetConfigAttrib(display, config, EGL_SAMPLES, &samples);
+    return "the driver has no off-screen buffer with 8 bits per color, 24 bits of depth and 8 of "
+           "stencil";
+}
 
+std::string OffscreenContext::State::_createContext(Settings const& settings) {
     // Without attributes the driver gives its newest compatibility profile. A driver that knows no debug
     // context may still report errors in a plain one.
     EGLint const debug[] = {EGL_CONTEXT_OPENGL_DEBUG, EGL_TRUE, EGL_NONE};
@@ -227,39 +252,32 @@ std::string OffscreenContext::State::_create(Settings const& settings) {
     if (context == EGL_NO_CONTEXT) {
         context = eglCreateContext(display, config, EGL_NO_CONTEXT, nullptr);
     }
-    if (context == EGL_NO_CONTEXT) {
-        return "the driver makes no OpenGL context";
-    }
+    return context != EGL_NO_CONTEXT ? "" : "the driver makes no OpenGL context";
+}
 
-    std::string const size = std::to_string(settings.width) + " x " + std::to_string(settings.height);
+std::string OffscreenContext::State::_createSurface(Settings const& settings) {
     EGLint const extent[] = {EGL_WIDTH, settings.width, EGL_HEIGHT, settings.height, EGL_NONE};
     surface = eglCreatePbufferSurface(display, config, extent);
     if (surface == EGL_NO_SURFACE) {
-        return "the driver makes no off-screen buffer of " + size + " pixels";
+        return "the driver makes no off-screen buffer of " + textOf(settings) + " pixels";
     }
-    if (!makeCurrent()) {
-        return "the driver does not make the OpenGL context current";
-    }
+    return makeCurrent() ? "" : "the driver does not make the OpenGL context current";
+}
 
+std::string OffscreenContext::State::_checkDriver(Settings const& settings) {
     auto const getString = fetch<decltype(&glGetString)>("glGetString");
     auto const getIntegerv = fetch<decltype(&glGetIntegerv)>("glGetIntegerv");
     auto const clear = fetch<decltype(&glClear)>("glClear");
     if (!getString || !getIntegerv || !clear || !getString(GL_VERSION)) {
         return "the driver's OpenGL does not answer";
     }
-
     // Some drivers make a buffer of any size and then draw into a part of it.
     GLint largest[2] = {0, 0};
     getIntegerv(GL_MAX_VIEWPORT_DIMS, largest);
     if (settings.width > largest[0] || settings.height > largest[1]) {
-        return "the driver draws no picture of " + size + " pixels, the largest is " +
+        return "the driver draws no picture of " + textOf(settings) + " pixels, the largest is " +
                std::to_string(largest[0]) + " x " + std::to_string(largest[1]);
     }
-
-    if (settings.debug) {
-        _listenToErrors();
-    }
-    clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
     return "";
 }
 
@@ -316,8 +334,7 @@ void OffscreenContext::State::close() {
 
 OffscreenContext::OffscreenContext(Settings const& settings) : settings(settings) {
     if (settings.width < 1 || settings.height < 1) {
-        failure = "No OpenGL context: a picture of " + std::to_string(settings.width) + " x " +
-                  std::to_string(settings.height) + " pixels has no size.";
+        failure = "No OpenGL context: a picture of " + textOf(settings) + " pixels has no size.";
         return;
     }
 

@@ -23,9 +23,10 @@ public:
     struct Settings {
         int width = 256;   ///< pixels, at least 1
         int height = 256;  ///< pixels, at least 1
-        int samples = 0;   ///< per pixel; 0 or 1 for none. Where the driver has no such buffer, none is taken
-        bool debug =
-            false;  ///< ask the driver to report errors at the call that raises them, see takeErrors()
+        int samples = 0;   ///< per pixel; 0 or 1 for none; fewer are used where the driver has no such buffer
+
+        /// Ask the driver to report errors at the call that raises them, see takeErrors().
+        bool debug = false;
     };
 
     /// Makes the context and makes it current. On failure isValid() is false and error() says why; nothing is

@@ -11,8 +11,8 @@ namespace vellum::viewport {
 namespace {
 
 ParticleStyle styleOfCells(ColorBar const& bar, RampColors const& colors) {
-    constexpr float all = 100;
-    return {ParticleMode::POINTS, bar.scale(), colors, all, std::nullopt};
+    constexpr float ALL = 100;
+    return {ParticleMode::POINTS, bar.scale(), colors, ALL, std::nullopt};
 }
 
 }  // namespace

@@ -21,11 +21,11 @@ void setHeadLights(ScreenAxes const& screen, float specular) {
     auto const toward = [&screen](double right, double up, double viewer) {
         return screen.right * right + screen.up * up + screen.towardViewer * viewer;
     };
-    constexpr Color4<float> black{0, 0, 0, 1};
+    constexpr Color4<float> BLACK{0, 0, 0, 1};
     LightSource{
-        toward(-0.50, 0.72, 0.62), true, black, {0.66F, 0.645F, 0.62F, 1}, {specular, specular, specular, 1}}
+        toward(-0.50, 0.72, 0.62), true, BLACK, {0.66F, 0.645F, 0.62F, 1}, {specular, specular, specular, 1}}
         .set(0);
-    LightSource{toward(0.85, -0.05, 0.42), true, black, {0.20F, 0.23F, 0.29F, 1}, black}.set(1);
+    LightSource{toward(0.85, -0.05, 0.42), true, BLACK, {0.20F, 0.23F, 0.29F, 1}, BLACK}.set(1);
     // The order of corners in files is unreliable, so a face is lit on the side that is seen.
     glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, GL_TRUE);
 }

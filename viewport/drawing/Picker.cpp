@@ -50,16 +50,16 @@ std::vector<Picker::Hit> Picker::_selectModelsAndGizmo(PictureSize const& size) 
 /// Draws each cloud into the corner and reads its depth back: GL's selection sees only what is sent to it, and where a
 /// particle ends up is decided by the shader.
 std::vector<Picker::Hit> Picker::_drawClouds() {
-    constexpr int side = 2 * REACH;
+    constexpr int SIDE = 2 * REACH;
     std::vector<Hit> hits;
-    glViewport(0, 0, side, side);
+    glViewport(0, 0, SIDE, SIDE);
     for (std::size_t i = 0; i < clouds.size(); ++i) {
         glClear(GL_DEPTH_BUFFER_BIT);
         layer.pushDepthTest(DEPTH_TESTED);
         clouds[i].draw(camera.screen(), Sampling());
         layer.popDepthTest();
-        GLuint depths[side * side];
-        glReadPixels(0, 0, side, side, GL_DEPTH_COMPONENT, GL_UNSIGNED_INT, depths);
+        GLuint depths[SIDE * SIDE];
+        glReadPixels(0, 0, SIDE, SIDE, GL_DEPTH_COMPONENT, GL_UNSIGNED_INT, depths);
         GLuint const nearest = *std::min_element(std::begin(depths), std::end(depths));
         if (nearest != std::numeric_limits<GLuint>::max()) {
             hits.push_back({_firstCloudName() + static_cast<unsigned int>(i), nearest});

@@ -91,16 +91,16 @@ TextMask writeTrueType(std::string const& text, int height, stbtt_fontinfo const
 
 TextMask writeEasy(std::string text, int height) {
     // Twelve units to a line; each letter gives some quads, each quad four corners of sixteen bytes.
-    constexpr float unitsPerLine = 12;
-    constexpr std::size_t mostBytesPerLetter = 70 * 4 * 16;
+    constexpr float UNITS_PER_LINE = 12;
+    constexpr std::size_t MOST_BYTES_PER_LETTER = 70 * 4 * 16;
     struct Corner {
         float x;
         float y;
         float z;
         unsigned char color[4];
     };
-    std::vector<Corner> corners((text.size() + 1) * mostBytesPerLetter / sizeof(Corner));
-    double const scale = height / static_cast<double>(unitsPerLine);
+    std::vector<Corner> corners((text.size() + 1) * MOST_BYTES_PER_LETTER / sizeof(Corner));
+    double const scale = height / static_cast<double>(UNITS_PER_LINE);
     TextMask mask = blank(stb_easy_font_width(text.data()) * scale, height);
     int const quads = stb_easy_font_print(0, 1, text.data(), nullptr, corners.data(),
                                           static_cast<int>(corners.size() * sizeof(Corner)));

@@ -1,5 +1,7 @@
 #include "viewport/drawing/ViewCamera.h"
 
+#include "foundation/geometry/constants.h"
+
 #include <cmath>
 
 namespace vellum::viewport {
@@ -8,7 +10,7 @@ namespace {
 
 using Point = Vector3<double>;
 
-constexpr double PI = 3.14159265358979323846;
+using constants::d::PI;
 constexpr double FIELD_OF_VIEW = 32;  // vertical, degrees
 constexpr Point PERSPECTIVE_DIRECTION{-0.62, -0.46, -0.80};
 

@@ -1,5 +1,7 @@
 #include "viewport/ocean/OceanScene.h"
 
+#include "foundation/geometry/constants.h"
+#include "viewport/ocean/color_blending.h"
 #include "viewport/scene/ModelParts.h"
 
 #include <algorithm>
@@ -12,12 +14,12 @@ namespace {
 
 using Point = Vector3<double>;
 
-constexpr double PI = 3.14159265358979323846;
+using constants::d::PI;
 constexpr double FIELD_OF_VIEW = 38;  // vertical, degrees
 constexpr double NEAREST = 0.3;
 constexpr double FARTHEST = 12'000;
 
-// The distance at which water and sky meet, and how the triangles grow: by this part of their distance.
+// The distance at which water and sky meet, and the size of triangles in relation to their distance.
 constexpr double EDGE_OF_SEA = 9'000;
 constexpr double GROWTH = 0.0075;
 constexpr unsigned int COLUMNS = 320;
@@ -35,21 +37,12 @@ double radians(double degrees) {
     return degrees * PI / 180;
 }
 
-double smooth(double from, double to, double value) {
-    double const t = std::clamp((value - from) / (to - from), 0.0, 1.0);
-    return t * t * (3 - 2 * t);
-}
-
-Point mix(Point const& a, Point const& b, double part) {
-    return a * (1 - part) + b * part;
-}
-
-/// The sky's color at an angle above the horizon, at an angle from the sun; degrees.
+/// \param elevation, fromSun angles above the horizon and from the sun, degrees
 Point skyColor(double elevation, double fromSun) {
     double const height = std::max(elevation, 0.0);
-    Point color = mix(SKY_HORIZON, SKY_MIDDLE, smooth(0, 14, height));
-    color = mix(color, SKY_ZENITH, smooth(8, 50, height));
-    return mix(color, GLOW, 0.62 * std::exp(-fromSun / 6) + 0.34 * std::exp(-fromSun / 26));
+    Point color = blend(SKY_HORIZON, SKY_MIDDLE, smoothStep(0.0, 14.0, height));
+    color = blend(color, SKY_ZENITH, smoothStep(8.0, 50.0, height));
+    return blend(color, GLOW, 0.62 * std::exp(-fromSun / 6) + 0.34 * std::exp(-fromSun / 26));
 }
 
 Color4<float> toColor(Point const& color, double alpha) {
@@ -66,7 +59,7 @@ Array<T> toArray(std::vector<T> const& values) {
     return array;
 }
 
-/// The distances of the grid's rows from the viewer. They begin behind, as waves move the first rows forward.
+/// The distances of the grid's rows from the viewer. They begin behind the viewer, as waves move the first rows forward.
 std::vector<double> rowDistances(double eyeHeight) {
     std::vector<double> distances;
     double const step = std::max(0.04, 0.012 * eyeHeight);
@@ -91,7 +84,8 @@ Point OceanScene::sunDirection() const {
     return _direction(view.sunElevation, view.sunAzimuth);
 }
 
-/// Of the view from its middle to its sides, degrees, with room for waves that come in from beside it.
+/// The angle between the middle and the sides of the water, degrees, a little wider than the view for waves that move in
+/// from beside it.
 double OceanScene::_halfAngle() const {
     double const half = std::atan(std::tan(radians(FIELD_OF_VIEW / 2)) * view.aspect) * 180 / PI;
     return std::min(half + 4, 80.0);
@@ -143,15 +137,15 @@ std::unique_ptr<Mesh> OceanScene::water(double unit, double patch) const {
 }
 
 void OceanScene::drawSky(Core_RL& layer) const {
-    constexpr int bands = 150;
-    constexpr int steps = 220;
+    constexpr int BANDS = 150;
+    constexpr int STEPS = 220;
     double const half = _halfAngle();
     Point const sun = sunDirection();
     Point const eye{0, view.eyeHeight, 0};
     auto const vertex = [&](int band, int step) {
         // From below the horizon, which waves in front of the water's edge do not reach.
-        double const elevation = -2 + 72.0 * band / bands;
-        Point const direction = _direction(elevation, half * 1.6 * (2.0 * step / steps - 1));
+        double const elevation = -2 + 72.0 * band / BANDS;
+        Point const direction = _direction(elevation, half * 1.6 * (2.0 * step / STEPS - 1));
         double const fromSun = std::acos(std::clamp(dot(direction, sun), -1.0, 1.0)) * 180 / PI;
         layer.setColor(toColor(skyColor(elevation, fromSun), 1));
         layer.renderPoint3_scoped(convert<float>(eye + direction * 1000.0));
@@ -159,8 +153,8 @@ void OceanScene::drawSky(Core_RL& layer) const {
     layer.pushDepthTest(DEPTH_IGNORED);
     layer.pushColor(layer.currentColor());
     layer.begin(Primitive::QUADS);
-    for (int band = 0; band < bands; ++band) {
-        for (int step = 0; step < steps; ++step) {
+    for (int band = 0; band < BANDS; ++band) {
+        for (int step = 0; step < STEPS; ++step) {
             vertex(band, step);
             vertex(band, step + 1);
             vertex(band + 1, step + 1);
@@ -173,11 +167,11 @@ void OceanScene::drawSky(Core_RL& layer) const {
     layer.popDepthTest();
 }
 
-/// A DISC with a soft rim: the sky's own grid is too coarse for it.
+/// Draws a disc with a soft rim: the grid of the sky is too coarse for it.
 void OceanScene::_drawSun(Core_RL& layer) const {
-    constexpr int steps = 64;
-    constexpr double ring[] = {0, 0.70, 0.95, 2.4};  // degrees
-    constexpr double alphas[] = {1, 1, 0.28, 0};
+    constexpr int STEPS = 64;
+    constexpr double RING[] = {0, 0.70, 0.95, 2.4};  // degrees
+    constexpr double ALPHAS[] = {1, 1, 0.28, 0};
     Point const sun = sunDirection();
     Point const right = normalized(cross(sun, Point{0, 1, 0}));
     Point const up = cross(right, sun);
@@ -186,13 +180,13 @@ void OceanScene::_drawSun(Core_RL& layer) const {
     layer.begin(Primitive::QUADS);
     for (int k = 0; k < 3; ++k) {
         auto const vertex = [&](int i, int step) {
-            double const angle = 2 * PI * step / steps;
+            double const angle = 2 * PI * step / STEPS;
             Point const offset = right * std::cos(angle) + up * std::sin(angle);
-            layer.setColor(toColor(DISC, alphas[i]));
+            layer.setColor(toColor(DISC, ALPHAS[i]));
             layer.renderPoint3_scoped(
-                convert<float>(eye + (sun + offset * std::tan(radians(ring[i]))) * 1000.0));
+                convert<float>(eye + (sun + offset * std::tan(radians(RING[i]))) * 1000.0));
         };
-        for (int step = 0; step < steps; ++step) {
+        for (int step = 0; step < STEPS; ++step) {
             vertex(k, step);
             vertex(k, step + 1);
             vertex(k + 1, step + 1);
@@ -204,10 +198,11 @@ void OceanScene::_drawSun(Core_RL& layer) const {
 }
 
 void OceanScene::drawHaze(Core_RL& layer) const {
-    // Walls of mist, one behind the other: water in front of a wall is not veiled by it.
-    constexpr double distances[] = {5200, 3000, 1800, 1100, 700, 450, 300, 200};
-    constexpr double veil = 0.15;  // what one wall takes
-    constexpr int steps = 96;
+    // Walls of mist, one behind the other: the farther the water, the more walls are in front of it. OpenGL's fog would
+    // not reach the shaders of the water.
+    constexpr double DISTANCES[] = {5200, 3000, 1800, 1100, 700, 450, 300, 200};
+    constexpr double VEIL = 0.15;  // what one wall takes
+    constexpr int STEPS = 96;
     double const half = _halfAngle();
     Point const sun = sunDirection();
     Point const eye{0, view.eyeHeight, 0};
@@ -215,23 +210,23 @@ void OceanScene::drawHaze(Core_RL& layer) const {
     layer.pushBlending(BLENDING_ALPHA);
     layer.pushColor(layer.currentColor());
     layer.begin(Primitive::QUADS);
-    for (double distance : distances) {
+    for (double distance : DISTANCES) {
         double const low = -20.0 / distance * 180 / PI;
         auto const vertex = [&](double elevation, int step, double alpha) {
-            double const azimuth = half * 1.6 * (2.0 * step / steps - 1);
+            double const azimuth = half * 1.6 * (2.0 * step / STEPS - 1);
             Point const direction = _direction(elevation, azimuth);
             double const fromSun =
                 std::acos(std::clamp(dot(_direction(0, azimuth), sun), -1.0, 1.0)) * 180 / PI;
             layer.setColor(toColor(skyColor(0, fromSun), alpha));
             layer.renderPoint3_scoped(convert<float>(eye + direction * static_cast<double>(distance)));
         };
-        for (int step = 0; step < steps; ++step) {
-            vertex(low, step, veil);
-            vertex(low, step + 1, veil);
-            vertex(0.0, step + 1, veil);
-            vertex(0.0, step, veil);
-            vertex(0.0, step, veil);
-            vertex(0.0, step + 1, veil);
+        for (int step = 0; step < STEPS; ++step) {
+            vertex(low, step, VEIL);
+            vertex(low, step + 1, VEIL);
+            vertex(0.0, step + 1, VEIL);
+            vertex(0.0, step, VEIL);
+            vertex(0.0, step, VEIL);
+            vertex(0.0, step + 1, VEIL);
             vertex(0.5, step + 1, 0);
             vertex(0.5, step, 0);
         }

@@ -9,8 +9,7 @@
 
 namespace vellum::viewport {
 
-/// An open sea up to the horizon, as somebody on a boat sees it who looks along -z: the grid of the water, the camera,
-/// and the sky. Lengths are meters; the origin is on the still water below the viewer.
+/// An open sea up to the horizon, seen from a boat along -z: the grid of the water, the camera, and the sky. Lengths are meters; the origin is on the still water below the viewer.
 class OceanScene {
 public:
     struct View {
@@ -23,21 +22,21 @@ public:
 
     explicit OceanScene(View view) : view(view) {}
 
-    /// Where the sun is seen: unit length.
+    /// The direction of the sun, unit length.
     Vector3<double> sunDirection() const;
 
     void placeCamera(Camera_RL_GL& camera) const;
 
     /// The water: as wide as it is seen, from behind the viewer to the horizon, with triangles that grow with the
     /// distance. Normals are +y.
-    /// \param unit what a length of 1 of the mesh stands for, meters.
-    /// \param patch what the texture covers, meters: a point has the coordinates (z, -x) / patch.
+    /// \param unit the length that 1 stands for in the mesh, meters
+    /// \param patch side of the square that the texture covers, meters: a point has the coordinates (z, -x) / patch
     std::unique_ptr<Mesh> water(double unit, double patch) const;
 
     // == Drawing, with the camera's matrices loaded and lighting off ==
 
     void drawSky(Core_RL& layer) const;   ///< Touches no depth. Before the water.
-    void drawHaze(Core_RL& layer) const;  ///< What the air takes of the water far away. After the water.
+    void drawHaze(Core_RL& layer) const;  ///< The haze before distant water. After the water.
 
 private:
     Vector3<double> _direction(double elevation, double azimuth) const;

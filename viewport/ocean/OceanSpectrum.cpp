@@ -1,5 +1,8 @@
 #include "viewport/ocean/OceanSpectrum.h"
 
+#include "foundation/geometry/constants.h"
+#include "viewport/ocean/color_blending.h"
+
 #include <algorithm>
 #include <cmath>
 #include <memory>
@@ -14,14 +17,14 @@ namespace {
 
 using Complex = std::complex<double>;
 
-constexpr double PI = 3.14159265358979323846;
+using constants::d::PI;
 constexpr double GRAVITY = 9.81;  // meters per second squared
 
 /// The JONSWAP spectrum of a young sea: variance per angular frequency, meters squared times seconds.
 /// After K. Hasselmann and others, "Measurements of wind-wave growth and swell decay during the Joint North Sea
 /// Wave Project".
 double jonswap(double frequency, SeaState const& state) {
-    constexpr double peakEnhancement = 3.3;
+    constexpr double PEAK_ENHANCEMENT = 3.3;
     double const dimensionless = GRAVITY * state.fetch / (state.windSpeed * state.windSpeed);
     // A sea that has had all the way it needs grows no further.
     double const fetch = std::min(dimensionless, 2.2e4);
@@ -29,7 +32,7 @@ double jonswap(double frequency, SeaState const& state) {
     double const peak = 22 * GRAVITY / state.windSpeed * std::pow(fetch, -1.0 / 3);
     double const width = frequency <= peak ? 0.07 : 0.09;
     double const offset = (frequency - peak) / (width * peak);
-    double const enhancement = std::pow(peakEnhancement, std::exp(-0.5 * offset * offset));
+    double const enhancement = std::pow(PEAK_ENHANCEMENT, std::exp(-0.5 * offset * offset));
     double const ratio = peak / frequency;
     return alpha * GRAVITY * GRAVITY / std::pow(frequency, 5) * std::exp(-1.25 * std::pow(ratio, 4)) *
            enhancement;
@@ -52,19 +55,14 @@ double density(double kx, double kz, SeaState const& state) {
 /// Two independent numbers with the normal distribution. Spelled out, because the library's distribution is free to
 /// give other numbers on another system.
 Complex normalPair(std::mt19937& random) {
-    constexpr double range = 4294967296.0;
-    double const radius = std::sqrt(-2 * std::log((random() + 1.0) / range));
-    double const angle = 2 * PI * random() / range;
+    constexpr double RANGE = 4294967296.0;
+    double const radius = std::sqrt(-2 * std::log((random() + 1.0) / RANGE));
+    double const angle = 2 * PI * random() / RANGE;
     return std::polar(radius, angle);
 }
 
 bool isWithin(double value, double least, double most) {
     return value >= least && value <= most;  // false for what is not a number
-}
-
-float smoothStep(float from, float to, float value) {
-    float const t = std::clamp((value - from) / (to - from), 0.0F, 1.0F);
-    return t * t * (3 - 2 * t);
 }
 
 struct FreeMemory {
@@ -239,17 +237,17 @@ SeaSurface OceanSpectrum::surface(double time) const {
 }
 
 std::vector<float> OceanSpectrum::foam(double time) const {
-    constexpr double stepSeconds = 0.2;
-    constexpr float softness = 0.25F;  // from the first trace of foam to a closed cover
-    int const steps = static_cast<int>(seaState.foamLife / stepSeconds);
+    constexpr double STEP_SECONDS = 0.2;
+    constexpr float SOFTNESS = 0.25F;  // from the first trace of foam to a closed cover
+    int const steps = static_cast<int>(seaState.foamLife / STEP_SECONDS);
     auto const limit = static_cast<float>(seaState.foamLimit);
     std::vector<float> cover(static_cast<std::size_t>(seaState.size) * seaState.size, 0.0F);
     for (int step = 0; step <= steps; ++step) {
         // Foam moves with the water that carries it, so it stays at its sample.
         auto const rest = static_cast<float>(1 - step / (steps + 1.0));
-        std::vector<float> const jacobian = _jacobian(_amplitudes(time - step * stepSeconds));
+        std::vector<float> const jacobian = _jacobian(_amplitudes(time - step * STEP_SECONDS));
         for (std::size_t n = 0; n < cover.size(); ++n) {
-            cover[n] = std::max(cover[n], rest * smoothStep(0, softness, limit - jacobian[n]));
+            cover[n] = std::max(cover[n], rest * smoothStep(0.0F, SOFTNESS, limit - jacobian[n]));
         }
     }
     return cover;
@@ -263,11 +261,12 @@ OceanMap OceanMap::of(OceanSpectrum const& spectrum, double time) {
     if (!map.image.create(size, size, 4, 32)) {
         return map;
     }
-    constexpr double room = 6;
+    constexpr double DEVIATIONS_OF_LARGEST_WAVE = 6;
     double const deviation = std::sqrt(spectrum.expectedVariance());
     double const sideways = deviation * spectrum.state().choppiness;
-    map.unit = static_cast<float>(sideways > 0 ? room * sideways : 1);
-    map.heightScale = static_cast<float>(deviation > 0 ? room * deviation : 1) / map.unit;
+    map.unit = static_cast<float>(sideways > 0 ? DEVIATIONS_OF_LARGEST_WAVE * sideways : 1);
+    map.heightScale =
+        static_cast<float>(deviation > 0 ? DEVIATIONS_OF_LARGEST_WAVE * deviation : 1) / map.unit;
 
     SeaSurface const surface = spectrum.surface(time);
     std::vector<float> const foam = spectrum.foam(time);

@@ -50,7 +50,7 @@ struct SeaSurface {
 class OceanSpectrum {
 public:
     /// Times are at most this far from 0, seconds: beyond it the phases of waves would lose their precision.
-    static constexpr double longestTime = 1e6;
+    static constexpr double LONGEST_TIME = 1e6;
 
     /// \param state without faults.
     explicit OceanSpectrum(SeaState const& state);
@@ -66,7 +66,7 @@ public:
     /// and the highest frequency, which has no sign, are 0.
     std::complex<double> amplitude(int column, int row, double time) const;
 
-    /// \param time seconds, at most longestTime from 0.
+    /// \param time seconds, at most LONGEST_TIME from 0.
     SeaSurface surface(double time) const;
 
     /// The part of each sample that is covered with foam, 0 to 1, in the order of the surface's lists: the foam that

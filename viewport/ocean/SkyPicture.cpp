@@ -1,6 +1,6 @@
 #include "viewport/ocean/SkyPicture.h"
 
-#include "foundation/geometry/Vector3.h"
+#include "viewport/ocean/color_blending.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -24,32 +24,25 @@ constexpr Color NEAR_GROUND{0.30, 0.28, 0.26};
 constexpr Color FAR_GROUND{0.10, 0.09, 0.09};
 constexpr Color WINDOW{1, 0.99, 0.95};
 
-double smooth(double from, double to, double value) {
-    double const t = std::clamp((value - from) / (to - from), 0.0, 1.0);
-    return t * t * (3 - 2 * t);
-}
-
-Color mix(Color const& a, Color const& b, double part) {
-    return a * (1 - part) + b * part;
-}
-
-/// How much of the WINDOW lies in a direction: two panes with a bar between them, up to the left behind the viewer.
+/// The part of a direction that the window covers: two panes with a bar between them, at the upper left behind the
+/// viewer.
 double windowAt(double x, double y) {
     auto const within = [](double from, double to, double value) {
-        constexpr double softness = 0.012;
-        return smooth(from - softness, from + softness, value) *
-               (1 - smooth(to - softness, to + softness, value));
+        constexpr double SOFTNESS = 0.012;
+        return smoothStep(from - SOFTNESS, from + SOFTNESS, value) *
+               (1 - smoothStep(to - SOFTNESS, to + SOFTNESS, value));
     };
     double const panes = within(-0.66, -0.42, x) + within(-0.38, -0.12, x);
     return panes * (within(0.28, 0.50, y) + within(0.53, 0.76, y));
 }
 
-/// \param x, y, z a direction in eye space, unit length; x of its horizontal part alone.
+/// \param x of the horizontal part of a direction in eye space, at unit length
+/// \param y of the direction itself, at unit length
 Color colorOf(double x, double y, bool isTowardViewer) {
-    Color const sky = mix(HORIZON, ZENITH, std::pow(std::max(y, 0.0), 0.55));
-    Color const ground = mix(NEAR_GROUND, FAR_GROUND, std::min(1.0, -std::min(y, 0.0) * 1.6));
-    Color const both = mix(ground, sky, smooth(-0.02, 0.02, y));
-    return isTowardViewer ? mix(both, WINDOW, windowAt(x, y)) : both;
+    Color const sky = blend(HORIZON, ZENITH, std::pow(std::max(y, 0.0), 0.55));
+    Color const ground = blend(NEAR_GROUND, FAR_GROUND, std::min(1.0, -std::min(y, 0.0) * 1.6));
+    Color const both = blend(ground, sky, smoothStep(-0.02, 0.02, y));
+    return isTowardViewer ? blend(both, WINDOW, windowAt(x, y)) : both;
 }
 
 }  // namespace

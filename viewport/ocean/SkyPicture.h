@@ -5,14 +5,14 @@
 
 namespace vellum::viewport {
 
-/// What glass mirrors where no picture is given: a clear sky over a dark ground, and a window behind the viewer. In
-/// the layout of Glass_shader's environment, as a Radiance HDR file.
+/// The environment that glass mirrors where no picture is given: a clear sky over a dark ground, and a window behind the
+/// viewer. In the layout of Glass_shader's environment, as the bytes of a Radiance HDR file.
 std::vector<unsigned char> skyPicture();
 
-/// A file in memory that other code reads by its path, while it lives.
+/// A file in memory that other code can open by its path while this object lives.
 class MemoryFile {
 public:
-    /// Without memory for it the file stays short, and whoever reads it finds it damaged.
+    /// Where memory is short the file is cut off, and its readers find it damaged.
     explicit MemoryFile(std::vector<unsigned char> const& bytes);
     ~MemoryFile();
     MemoryFile(MemoryFile const&) = delete;

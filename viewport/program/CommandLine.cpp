@@ -25,11 +25,11 @@ CommandLine show(std::string const& text) {
 }  // namespace
 
 CommandLine parseCommandLine(int count, char const* const* arguments) {
-    constexpr std::size_t textColumn = 34;
+    constexpr std::size_t TEXT_COLUMN = 34;
     Options options;
     OptionWords words;
     CLI::App app{"Draws meshes and particles into a picture.", "vl_viewport"};
-    app.get_formatter()->column_width(textColumn);
+    app.get_formatter()->column_width(TEXT_COLUMN);
     words.addTo(app, options);
     app.set_version_flag("--version", "vl_viewport " VL_VIEWPORT_VERSION);
     app.footer("Exit status: 0 done; 1 a file cannot be read, is damaged or empty, or the picture cannot be "

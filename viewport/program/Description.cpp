@@ -91,10 +91,10 @@ std::string describeParticles(LoadedFrame const& loaded) {
                 line("box to", point(box.origin + box.edges[0] + box.edges[1] + box.edges[2]));
     }
     // Place, color vector and entry in the container.
-    constexpr std::size_t bytesPerParticle = 28;
-    constexpr double megabyte = 1 << 20;
+    constexpr std::size_t BYTES_PER_PARTICLE = 28;
+    constexpr double MEGABYTE = 1 << 20;
     return text + line("particle memory",
-                       shortest(static_cast<double>(count * bytesPerParticle) / megabyte) + " MB");
+                       shortest(static_cast<double>(count * BYTES_PER_PARTICLE) / MEGABYTE) + " MB");
 }
 
 std::string describeDriver(Core_RL_GL& layer) {

@@ -27,13 +27,13 @@ std::string joined(std::vector<std::string> const& words) {
 
 /// The line of a parameter's list, or the lines.
 std::string lineOf(EffectParameter const& parameter) {
-    constexpr std::size_t textColumn = 34;
+    constexpr std::size_t TEXT_COLUMN = 34;
     std::string line = "  " + parameter.name + "=" + parameter.kindWord();
-    line.resize(std::max(textColumn, line.size() + 1), ' ');
+    line.resize(std::max(TEXT_COLUMN, line.size() + 1), ' ');
     for (char letter : parameter.meaning) {
         line += letter;
         if (letter == '\n') {
-            line.append(textColumn, ' ');
+            line.append(TEXT_COLUMN, ' ');
         }
     }
     return line + (parameter.standard.empty() ? "\n" : " (" + parameter.standard + ")\n");

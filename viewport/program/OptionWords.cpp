@@ -289,12 +289,13 @@ std::optional<Fault> OptionWords::_readPick(Options& options) const {
 }
 
 std::optional<Fault> OptionWords::_readLimits(ImportLimits& limits) const {
-    constexpr int longestSeconds = 86'400;
+    constexpr int LONGEST_SECONDS = 86'400;
     if (!timeout.empty()) {
         std::optional<double> const seconds = toReal(timeout);
-        if (!seconds || *seconds < 0.001 || *seconds > longestSeconds) {
+        if (!seconds || *seconds < 0.001 || *seconds > LONGEST_SECONDS) {
             return usageFault("--import-timeout: '" + timeout +
-                              "' is not a number of seconds from 0.001 to " + std::to_string(longestSeconds));
+                              "' is not a number of seconds from 0.001 to " +
+                              std::to_string(LONGEST_SECONDS));
         }
         limits.deadline = std::chrono::milliseconds(std::llround(*seconds * 1000));
     }

@@ -349,7 +349,7 @@ TEST(SeaState, theEndsOfTheRangesGiveNumbers) {
             for (double const fetch : {10.0, 1e7}) {
                 state.fetch = fetch;
                 ASSERT_FALSE(state.firstFault().has_value());
-                OceanMap const map = OceanMap::of(OceanSpectrum(state), OceanSpectrum::longestTime);
+                OceanMap const map = OceanMap::of(OceanSpectrum(state), OceanSpectrum::LONGEST_TIME);
                 ASSERT_EQ(map.image.width(), 16U);
                 EXPECT_GT(map.unit, 0);
                 EXPECT_GT(map.heightScale, 0);

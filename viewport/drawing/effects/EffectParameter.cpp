@@ -91,7 +91,7 @@ Parameters displacementParameters() {
 Parameters oceanParameters() {
     using E = OceanEffect;
     return {
-        {"time", field(&E::time), "0", -OceanSpectrum::longestTime, OceanSpectrum::longestTime,
+        {"time", field(&E::time), "0", -OceanSpectrum::LONGEST_TIME, OceanSpectrum::LONGEST_TIME,
          "the moment that is shown, seconds"},
         {"seed", field(&E::sea, &SeaState::seed), "1", 0, 1e9, "another number is another sea"},
         {"wind", field(&E::sea, &SeaState::windSpeed), "14", 0.5, 60, "speed of the wind, meters per second"},

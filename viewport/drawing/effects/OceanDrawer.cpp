@@ -1,5 +1,6 @@
 #include "viewport/drawing/effects/OceanDrawer.h"
 
+#include "foundation/geometry/constants.h"
 #include "viewport/drawing/Lights.h"
 #include "viewport/drawing/effects/ModelUnits.h"
 
@@ -13,7 +14,7 @@ namespace {
 
 using Point = Vector3<double>;
 
-constexpr double PI = 3.14159265358979323846;
+using constants::d::PI;
 
 // So far away that all of the water sees the sun in the same direction; the shader expects a place.
 constexpr double SUN_DISTANCE = 1e6;

@@ -17,7 +17,7 @@ struct OceanEffect {
         return sea;
     }
 
-    double time = 0;                              ///< seconds, at most OceanSpectrum::longestTime from 0
+    double time = 0;                              ///< seconds, at most OceanSpectrum::LONGEST_TIME from 0
     SeaState sea = defaultSea();                  ///< without faults
     double foamThreshold = 1;                     ///< 0 shows the densest foam only, 1 all of it
     Color4<float> color{0.10F, 0.30F, 0.38F, 1};  ///< of lit water, 0 to 1
