@@ -16,11 +16,11 @@ namespace vellum {
 
 class Shader_gl;
 
-/// A GLSL program that links itself when it is needed and remembers its uniforms by name.
+/// A GLSL program that links itself on use and caches its uniforms by name.
 ///
-/// GL keeps uniforms only in a linked program and only until it is linked again, and takes them only while
-/// the program is in use. This class lifts both limits: values may be set at any time, are kept by name and
-/// are sent whenever the program is enabled.
+/// GL stores uniforms in a linked program until it is linked again, and accepts them only while the program
+/// is in use. This class removes both limits: values may be set at any time, are cached by name, and are sent
+/// whenever the program is enabled.
 ///
 /// Use:
 ///
@@ -31,20 +31,20 @@ class Shader_gl;
 ///     draw();
 ///     program->disable();
 ///
-/// Two look-ups: the kept record of a name is found in this class, by a search or at once by a UniformKey;
-/// the uniform's location is asked of GL whenever a value is sent, as linking again may move it.
+/// Two look-ups happen: this class finds the cached record of a name, by a search or directly by a
+/// UniformKey; and GL is queried for the location whenever a value is sent, because linking may change it.
 ///
-/// It owns its GL program and the kept values, never the stages; program and stages may be deleted in any
-/// order. Link failures are not detected: GL refuses the program when it is used, and getInfoLog() has the
-/// reason. Names and value pointers may be null: a null name is the empty one, which names no uniform.
-/// Everything must be called on the thread that owns the context.
+/// It owns its GL program and the cached values, but not the stages; program and stages may be deleted in any
+/// order. Link failures are not detected: GL rejects the program on use, and getInfoLog() has the reason.
+/// Names and value pointers may be null: a null name counts as the empty name, which no uniform has. All
+/// operations must be called on the thread that owns the context.
 class VL_RASTER_GL_EXPORT Program_gl {
 public:
     class UniformKey;  // below
 
     Program_gl();  ///< An empty program. GL: none.
 
-    /// Signs off from the stages and deletes the GL program, which detaches them in GL.
+    /// Removes itself from the stages and deletes the GL program, which detaches them in GL.
     /// GL: glDeleteProgram, if there is a GL program.
     ~Program_gl();
 
@@ -59,30 +59,30 @@ public:
     /// GL: glCreateProgram the first time, then glAttachShader for each stage.
     void attach(Shader_gl* vertex, Shader_gl* geometry, Shader_gl* fragment);
 
-    /// Changes the variant of a stage; the program is linked again when it is next enabled. Does nothing when
-    /// the stage is null or has no such variant.
+    /// Changes the variant of a stage; the next enable(true) links the program again. Does nothing if the
+    /// stage is null or does not have the variant.
     /// GL: glDetachShader and glAttachShader for every entry of the stage.
     void setMask(Shader_gl* shader, unsigned int mask);
 
     // == Use ==
 
-    /// Makes the program current (true): links it if stages changed, and sends every kept uniform in the order
-    /// in which they were first set. Without stages program 0 becomes current. Or makes program 0 current
-    /// (false).
+    /// Makes the program current (true): links it if stages changed, and sends every cached uniform in the
+    /// order of the first settings. Without stages program 0 becomes current. With false, makes program 0
+    /// current.
     /// GL: on: glLinkProgram if needed, glUseProgram, and per uniform glGetUniformLocation and its glUniform
     /// call; off: glUseProgram(0).  State: the current program.
     void enable(bool on);
 
-    /// As enable(false).
+    /// The same as enable(false).
     void disable();
 
-    bool isEnabled() const;      ///< Whether enable(true) came last.
+    bool isEnabled() const;      ///< Whether the last call was enable(true).
     unsigned int getId() const;  ///< The GL program, 0 before the first attach().
 
-    // == Kept uniforms ==
-    // Each keeps a copy of its values under the name and sends it at once while the program is enabled.
-    // Setting a name again changes its type and length too; it keeps its place in the order of sending.
-    // Lengths below 0 and missing values are ignored. Sizes above 4, which GL does not have, read no values.
+    // == Cached uniforms ==
+    // Each stores a copy of its values under the name, and sends it at once while the program is enabled.
+    // Setting a name again may change type and length; its position in the order of sending stays. Lengths
+    // below 0 and missing values are ignored. For sizes above 4, which GL does not have, no values are read.
     // GL: glGetUniformLocation and the glUniform call of type and size, while enabled; no glUniform call for
     // sizes that GL does not have.
 
@@ -98,7 +98,7 @@ public:
     void setUniform(char const* name, float x, float y, float z, float w);
     /// `count` elements of `size` components each; size 1 to 4.
     void setUniform(char const* name, int count, int size, float const* values);
-    // By a key: the same without a search for the name.
+    // By key: the same without a search for the name.
     void setUniform(UniformKey& key, int x);
     void setUniform(UniformKey& key, float x);
     void setUniform(UniformKey& key, float x, float y);
@@ -107,34 +107,35 @@ public:
     /// A square matrix of order 2 to 4, column by column.
     void setUniformMatrix(char const* name, int order, float const* values);
 
-    // == Uniforms that are not kept ==
+    // == Uniforms that are not cached ==
 
-    /// Binds a texture to a unit and lets a sampler read it. Nothing is kept: effects call it in every pass.
-    /// Deliberate (sampler-leaves-program-in-use): the program stays in use, and isEnabled() does not know.
+    /// Binds a texture to a unit and assigns the unit to a sampler. Not cached: effects call it in every
+    /// pass.
+    /// Deliberate (sampler-leaves-program-in-use): the program stays in use, and isEnabled() does not change.
     /// GL: glUseProgram, glGetUniformLocation, glActiveTexture, glBindTexture, glUniform1i.
     /// State: the current program, the active texture unit, its 2-D texture.
     void setUniformSampler(char const* name, unsigned int texture, int unit);
 
-    /// Reads a uniform as GL has it; a name that is unknown leaves `out` alone. `out` has room for it.
+    /// Reads the value of a uniform in GL; an unknown name does not change `out`, which must be large enough.
     /// GL: glGetUniformLocation, glGetUniformfv or glGetUniformiv.
     void getUniform(char const* name, float* out);
     void getUniform(char const* name, int* out);
 
     // == Logs and support ==
 
-    /// What the driver says about the program, at most 4095 characters. GL: glGetProgramInfoLog, if there is a
-    /// GL program.
+    /// The info log of the program, at most 4095 characters. GL: glGetProgramInfoLog, if there is a GL
+    /// program.
     std::string getInfoLog();
 
-    /// The compilation logs of the attached stages, one behind the other. GL: none.
+    /// The compilation logs of the attached stages, concatenated. GL: none.
     std::string getCompilationLog();
 
-    /// Deliberate (silent-shader-list): prints nothing; kept for callers of the interface.
+    /// Deliberate (silent-shader-list): prints nothing.
     void printShadersList();
 
-    /// Whether the driver's version is 2.1 or later; if not, a line on the standard output says so. The
-    /// version is the first three characters of its text, so "10.0.0" is 10. Does not ask for
-    /// GL_EXT_geometry_shader4. Without a version text the answer is true.
+    /// Whether the driver's version is 2.1 or later; if not, prints "OpenGL 2.1 NOT ready". The version is
+    /// read from its first three characters, so "10.0.0" counts as 10. GL_EXT_geometry_shader4 is not
+    /// queried. Without a version string the answer is true.
     /// GL: glGetString(GL_VERSION).
     bool checkGeometryShaderSupport();
 
@@ -143,7 +144,7 @@ private:
 
     struct SHADER_MASK_PAIR {
         Shader_gl* shader;  // not owned
-        unsigned int mask;  // the variant that is attached
+        unsigned int mask;  // the attached variant
     };
 
     struct UNIFORM_PAIR {
@@ -157,7 +158,7 @@ private:
     };
 
     void _attach(Shader_gl* shader);
-    // Takes the stage off the program, in GL too. Called by the stage's destructor.
+    // Detaches the stage, also in GL. Called by the destructor of the stage.
     void _detach(Shader_gl* shader);
     void _link();
     template <class Value, std::size_t SIZE>
@@ -171,39 +172,40 @@ private:
 
     unsigned int id = 0;                  // 0 before the first attach()
     std::list<SHADER_MASK_PAIR> shaders;  // in the order of attaching
-    bool linked = false;                  // for the present stages and variants
+    bool linked = false;                  // for the current stages and variants
     bool enabled = false;                 // between enable(true) and enable(false)
     using Uniforms = std::list<std::unique_ptr<UNIFORM_PAIR>>;
-    Uniforms uniforms;                               // in the order in which they were first set
-    Uniforms::iterator behindLast = uniforms.end();  // behind the one that was set last
-    unsigned int const serial;                       // no other program of the process has it
+    Uniforms uniforms;                               // in the order of the first settings
+    Uniforms::iterator behindLast = uniforms.end();  // after the uniform that was set last
+    unsigned int const serial;                       // unique among the programs of the process
 };
 
-/// The name of a uniform that is set in every pass. It remembers the kept record of its program, so that the
-/// name is searched for once; given to another program, it searches there.
+/// The name of a uniform that is set in every pass. It stores the cached record of its program, so that the
+/// name is searched for once per program.
 ///
 ///     Program_gl::UniformKey sizeKey{"size"};        // a member beside the program
 ///     program->setUniform(sizeKey, 2.0F);
 class Program_gl::UniformKey {
 public:
-    /// Keeps the pointer, not the text.
+    /// Stores the pointer, not the text.
     explicit UniformKey(char const* name) : name(name != nullptr ? name : "") {}
 
 private:
     friend class Program_gl;
 
     char const* name;              // not owned
-    UNIFORM_PAIR* kept = nullptr;  // of the program with this serial; valid as long as it lives
-    unsigned int serial = 0;       // 0 before the first setting, as no program has it
+    UNIFORM_PAIR* kept = nullptr;  // of the program with this serial, and valid as long as it
+    unsigned int serial = 0;       // 0, which no program has, before the first setting
 };
 
-// Inline: a pass sets dozens of uniforms that are mostly kept and not sent, at a cost near that of a call.
+// Inline: a pass sets dozens of uniforms, most of which are cached and not sent, so a call would dominate the
+// cost.
 template <class Value, std::size_t SIZE>
 inline void Program_gl::_setUniform(UniformKey& key, std::array<Value, SIZE> const& values) {
     constexpr UNIFORM_PAIR::UNIFORM_TYPE TYPE =
         std::is_same_v<Value, int> ? UNIFORM_PAIR::UNIFORM_INT : UNIFORM_PAIR::UNIFORM_FLOAT;
     UNIFORM_PAIR* const kept = key.serial == serial ? key.kept : nullptr;
-    // A kept record stays where it is, but its type and length are those of the last setting.
+    // A cached record does not move, but its type and length may have changed.
     if (kept == nullptr || kept->type != TYPE || kept->count != 1 || kept->size != int{SIZE}) {
         _setUniform(key, TYPE, int{SIZE}, values.data());
         return;

@@ -7,10 +7,9 @@
 
 namespace vellum {
 
-/// Draws a mesh as glass: the surroundings reflected in it, and what was drawn before seen through it, bent.
+/// Draws a mesh as glass: it reflects an environment image and refracts the scene behind it.
 ///
-/// What is seen through the glass is a copy of the framebuffer, taken by init(). So the scene is drawn first,
-/// then the glass:
+/// init() copies the framebuffer, which the glass refracts. So the scene is drawn first, then the glass:
 ///
 ///     Glass_shader glass;
 ///     glass.setEnvironmentTexture("studio.jpg");
@@ -18,84 +17,87 @@ namespace vellum {
 ///     mesh.shader = &glass;
 ///     mesh.render(MeshShading{...});       // create, init, preprocess, draw, postprocess, cleanup
 ///
-/// Of the color, four fifths are a mixture of reflection and refraction, and one fifth is the base color under
-/// the first two lights. The more the surface faces the viewer, the more is seen through it: the share is the
-/// cosine of the angle between view and normal, times the mix ratio, between 0.1 and 0.9.
+/// Four fifths of the color are a mixture of reflection and refraction, one fifth is the base color under the
+/// first two lights. The share of the refraction is the cosine between view and normal times the mix ratio,
+/// clamped to 0.1 and 0.9. docs/shader_spaces.md lists the spaces of the names in the shader texts.
 ///
 /// The environment is an image of all directions in eye space (x to the right, y up, z toward the viewer).
-/// Its middle half has the directions toward the viewer, from left to right; its outer quarters those away
-/// from the viewer, so that straight ahead lies on the seam. Across the image the cosine to the x axis runs
-/// evenly, upward that to the y axis. Without an image reflections are black.
+/// Its middle half contains the directions toward the viewer, from left to right; its outer quarters contain
+/// the directions away from the viewer, with straight ahead on the seam. The cosine to the x axis is linear
+/// across the image, the cosine to the y axis linear upward. Without an image reflections are black.
 ///
 ///     s      0        1/4       1/2       3/4        1
 ///     x      0    ->  -1    ->   0    ->   1    ->   0       of the direction without its height
 ///     z    away        |      toward       |       away      t = (y + 1) / 2
 ///
-/// Deliberate (both-lights-in-glass): both lights always count, whatever the number of lights; a light that
-/// is off has its GL position all the same. The framebuffer's copy repeats, so that at the very left and
-/// bottom edge of the frame the filter takes a share from beyond its right and top edge.
+/// Deliberate (both-lights-in-glass): lights 0 and 1 always count.
+/// Deliberate (repeating-framebuffer-copy): at the left and bottom edges the filter reads the opposite edges.
 class VL_RASTER_GL_EXPORT Glass_shader : public Base_shader {
 public:
     /// GL: glGenTextures, twice.
     Glass_shader();
 
-    /// An effect of its own with the same depth, mix ratio and environment. Deliberate (partial-effect-copy):
-    /// base color, light and light count have their first values. GL: glGenTextures, twice.
+    /// Copies depth, mix ratio and environment. GL: glGenTextures, twice.
+    /// Deliberate (partial-effect-copy): base color, light and light count have their defaults.
     Glass_shader(Glass_shader const& other);
 
-    /// GL: glDeleteTextures for both textures, then as Base_shader.
+    /// GL: glDeleteTextures for both textures, then glDeleteProgram and glDeleteShader per stage.
     ~Glass_shader() override;
 
-    /// Takes over depth, mix ratio and environment of another effect; the rest stays.
-    /// GL: none; on an effect that is created, that of setEnvironmentTexture().
+    /// Copies depth, mix ratio and environment of another effect.
+    /// GL: none before create(); afterwards as setEnvironmentTexture().
     void copy(Glass_shader const& other);
 
     // == Parameters ==
-    // A setter makes the effect dirty when the value differs from the one before; see Base_shader.
+    // A setter makes the effect dirty if the value differs; see Base_shader.
 
-    /// Sent as "LightPos"; the effect's own texts do not read it. First (1, 1, 0, 0).
+    /// Sent as "LightPos"; the built-in texts do not read it. Default (1, 1, 0, 0).
     void setLightPosition(float const& x, float const& y, float const& z, float const& w);
 
-    /// The color of the glass under light, each 0 to 1; alpha is not used. First (0, 1, 0, 1).
+    /// The color of the lit glass, each 0 to 1; alpha is not used. Default (0, 1, 0, 1).
     void setBaseColor(float const& r, float const& g, float const& b, float const& a);
 
-    /// How far the picture behind the glass is moved, as a part of half the frame. First 0.1.
+    /// The offset of the refracted image, in normalized device coordinates. Default 0.1.
     void setDepth(float const& depth);
 
-    /// What the cosine between view and normal is multiplied by. First 1.
+    /// The factor of the cosine between view and normal. Default 1.
     void setMixRatio(float const& ratio);
 
-    /// The number of fixed-function lights that a pass switches on, from GL_LIGHT0 on. First 1.
+    /// The number of fixed-function lights that a pass enables, from GL_LIGHT0 on. Default 1.
     void setNLights(unsigned int const& count);
 
-    /// Names the picture of the surroundings, in any format of VL_Image, and loads it. The same path again is
-    /// loaded again only while the effect is dirty. An empty path and a file that cannot be read leave the
-    /// environment without contents.
-    /// GL: that of loadTextureRGB().  State: the bound texture, the texture environment.
+    /// Loads the environment image, in any format of VL_Image. The same path is loaded again only if the
+    /// effect is dirty. An empty path and a file that cannot be read leave the environment without contents.
+    /// GL: glDeleteTextures; with an image glDeleteTextures, glGenTextures, glBindTexture, glTexParameteri x
+    /// 4, glTexImage2D, glGetError, glTexEnvf.  State: the bound texture, the texture environment.
     void setEnvironmentTexture(VL_String path);
 
     // == Lifecycle ==
 
-    /// Loads, attaches and links the stages, and keeps the program's log. While the effect is dirty the
-    /// environment is loaded too.
+    /// Loads, attaches and links the stages, and stores the program's log. A dirty effect also loads its
+    /// environment.
+    /// GL: the calls of Shader_gl::loadShaderSource() for two stages, glCreateProgram, glAttachShader x 2;
+    /// the calls of setEnvironmentTexture(), if any; glLinkProgram, glUseProgram, glGetProgramInfoLog.
     void create() override;
 
-    /// Takes the copy of the framebuffer: what lies behind the glass must have been drawn.
-    /// GL: that of copyFramebufferToTexture().  State: the bound texture.
+    /// Copies the framebuffer. The scene behind the glass must be drawn before.
+    /// GL: glGetIntegerv(GL_VIEWPORT), glBindTexture, glTexParameteri x 4, glCopyTexImage2D.  State: the
+    /// bound texture.
     void init() override;
 
     /// Opens the pass.
-    /// GL: that of enable(true) when dirty; glPushAttrib(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT); texturing off,
-    /// lighting and lights on, white, alpha blending; glGetIntegerv(GL_VIEWPORT); glUseProgram; the uniforms;
-    /// the environment at texture unit 0, the copy of the framebuffer at unit 1.
-    /// State: the current color, the textures of both units, the active unit; cleanup() does not restore them.
+    /// GL: when dirty glUseProgram and, per cached uniform, glGetUniformLocation and glUniform*;
+    /// glPushAttrib(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT); texturing off, lighting and lights on, white, alpha
+    /// blending; glGetIntegerv(GL_VIEWPORT); glUseProgram; the uniforms; the environment at texture unit 0,
+    /// the copy of the framebuffer at unit 1.
+    /// State: the current color, the textures of both units, the active unit; cleanup() does not restore
+    /// them.
     void preprocess() override;
 
-    void postprocess() override;  ///< The effect is no longer dirty. GL: none.
+    void postprocess() override;  ///< Clears the dirty flag. GL: none.
 
-    /// Closes the pass and releases the copy of the framebuffer. Deliberate (freed-refraction-name): its name
-    /// is kept, freed as it is, and taken again by the next init(); a texture that another one makes in
-    /// between may get the same name.
+    /// Closes the pass and deletes the copy of the framebuffer.
+    /// Deliberate (freed-refraction-name): the next init() uses the deleted name again.
     /// GL: glUseProgram(0), glUseProgramObjectARB(0), glPopAttrib, glDeleteTextures.
     void cleanup() override;
 
