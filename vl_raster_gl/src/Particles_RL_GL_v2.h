@@ -15,17 +15,17 @@ class SphereRendering_shader;
 
 namespace Particles_RL_GL_v2_ns {
 
-/// Which effect draws the particles. Any other number selects none.
+/// Selects the effect that draws the particles. Any other number selects none.
 struct RenderMode {
     enum type : unsigned int { POINTS = 1, SPHERES = 2, ARROWS = 3 };
 };
 
-/// Which quantity of the color channel a particle's color shows. With an effect the number chooses the
-/// effect's own variant (Base_shader::ProcessType). Without one:
+/// Selects the quantity of the color channel that determines the color. With an effect, the number selects
+/// the variant of the effect (Base_shader::ProcessType). Without one:
 ///
 ///     0        the length of the vector
-///     1, 2, 3  the absolute value of its x, y or z, cut to an integer
-///     4, 5     in main memory the lowest or the highest color for all; in a buffer object as 0
+///     1, 2, 3  the absolute value of its x, y or z, truncated to an integer
+///     4, 5     in main memory the minimum or the maximum color for all; in a buffer object as 0
 ///     6        as 0; arrows become points
 struct RenderMagnitude {
     enum type : unsigned int {
@@ -52,15 +52,16 @@ struct RenderMagnitude {
 ///     particles.render(system, false, changed, 1, 0, maxSpeed, blue, red, white, 0.1F, velocity, 100,
 ///                      true, true, RenderMagnitude::LENGTH);
 ///
-/// render() chooses among four ways to draw: a buffer object or the chunks' own arrays for an effect, a buffer
-/// object or main memory with colors made on the processor. Buffers hold 24 bytes for each particle: position
-/// and color, three floats each. Any way can draw a percentage of the particles: buffers thin them evenly
-/// (in the order of iterators), chunks draw a random choice that stays the same from frame to frame.
+/// render() selects one of four paths: with an effect, a buffer object or the arrays of the chunks; without
+/// one, a buffer object or main memory with colors computed on the CPU. Buffers have 24 bytes per particle:
+/// position and color, three floats each. Every path can draw a percentage of the particles: buffers are
+/// thinned evenly (in the order of iterators), chunks by a random selection that is the same in every
+/// drawing.
 ///
-/// All OpenGL work goes through VL_Raster, which must not change while the renderer has buffers. Everything
-/// must be called on the thread that owns the context. Steady frames allocate nothing.
+/// All GL calls go through VL_Raster, which must not change while the renderer has buffers. All operations
+/// must be called on the thread that owns the context. Drawing unchanged particles allocates no memory.
 ///
-/// Groups: lifecycle; drawing; the ways to draw; parts of them; fields.
+/// Groups: lifecycle; drawing; paths; parts of the paths; fields.
 class VL_RASTER_GL_EXPORT Particles_RL_GL_v2 : public Particles_RL_v2 {
 public:
     using RenderMode = Particles_RL_GL_v2_ns::RenderMode;
@@ -68,78 +69,81 @@ public:
 
     // == Lifecycle ==
 
-    Particles_RL_GL_v2();  ///< Holds nothing. GL: none.
+    Particles_RL_GL_v2();  ///< Empty; init() comes next. GL: none.
     Particles_RL_GL_v2(Particles_RL_GL_v2 const&) = delete;
     Particles_RL_GL_v2& operator=(Particles_RL_GL_v2 const&) = delete;
 
-    /// Releases the buffers and the index table. Deliberate (effects-outlive-renderer): not the effects,
-    /// which need a context for it that may be gone; releaseEffects() does that.
-    /// GL: that of resetBuffers().
+    /// Releases the buffers and the index table.
+    /// Deliberate (effects-outlive-renderer): not the effects; see releaseEffects().
+    /// GL: the calls of resetBuffers().
     ~Particles_RL_GL_v2() override;
 
-    /// Sets all fields to their first values, asks for buffer objects and allocates the index table. Must run
-    /// once, before anything is drawn.
+    /// Sets all fields to their defaults, queries the support of buffer objects and allocates the index
+    /// table. Must be called once, before the first drawing.
     /// GL: the query of "GL_ARB_vertex_buffer_object" and, if that is missing, of "ARB_vertex_buffer_object".
     void init();
 
-    /// Drops the buffers in main and video memory; the next drawing fills them again. Effects, index table and
-    /// the sizes that the video buffer had are kept.
+    /// Deletes the buffers in main and video memory; the next drawing fills them again. Effects and index
+    /// table are kept.
+    /// Deliberate (kept-buffer-sizes): so are the recorded sizes of the video buffer.
     /// GL: deleteBuffers, if there is a buffer.
     void clear() override;
 
-    /// Drops the buffers and the GL program. Deliberate (one-byte-buffer): the video buffer is made one byte
-    /// large and mapped first, so that drivers let go of its memory at once; and the sizes that the buffers
-    /// had are kept.
-    /// GL: bindBuffer, bufferData, mapBuffer, deleteBuffers, if there is a buffer; detachShader, deleteShader,
-    /// deleteProgram for what there is.
+    /// Deletes the buffers and the GL program. The recorded sizes of the buffers are kept.
+    /// Deliberate (one-byte-buffer): the video buffer first becomes one byte large and is mapped.
+    /// GL: bindBuffer, bufferData, mapBuffer, deleteBuffers, if there is a buffer; detachShader,
+    /// deleteShader, deleteProgram as far as they exist.
     void resetBuffers();
 
-    /// Deletes the three effects; they are made again when they are needed. Needs the context that made them.
-    /// GL: that of the effects' destructors.
+    /// Deletes the three effects; the next drawing that needs one creates it again. Needs the context that
+    /// created them.
+    /// GL: glDeleteProgram and glDeleteShader per stage, for each effect.
     void releaseEffects();
 
-    void setRenderMode(RenderMode::type mode);  ///< Which effect draws from the next frame on. GL: none.
+    void setRenderMode(RenderMode::type mode);  ///< Selects the effect for the next drawing. GL: none.
 
     // == Drawing ==
 
     using Particles_RL_v2::render;
 
     /// Draws positions chunk by chunk, in the current color and point size, without an effect. Compacts the
-    /// system. The bool and the first float are not used. Draws nothing without a channel named "position".
-    /// GL: renderChunkRaw() for each chunk.  State: none.
+    /// system. The bool and the first float are ignored. Without a channel named "position", nothing is
+    /// drawn.
+    /// GL: the calls of renderChunkRaw() per chunk.  State: none.
     void render(ParticleSystem_v2 const& system, bool flag, float const& unused, float const& percent);
 
-    /// Draws the particles in the best way that there is.
+    /// Draws the particles on the best available path.
     ///
-    /// With `useShaders` on a driver that has shaders an effect draws: from a buffer object when `useVbo` is
-    /// set, the driver has buffer objects and the particles fit into video memory, else chunk by chunk. Without
-    /// an effect the colors are made here: in a buffer object on the same conditions, else in main memory.
-    /// Where a buffer is refused the other way is taken in the same call.
-    /// \param keepFlag passed on, without a meaning here.
-    /// \param rebuild the particles changed: buffers are filled anew.
-    /// \param scale what magnitudes are divided by.
-    /// \param minMagnitude, maxMagnitude the range over which colors go from minColor to maxColor.
+    /// With `useShaders`, on a driver with shaders, an effect draws: from a buffer object if `useVbo` is set,
+    /// the driver supports buffer objects and the particles fit into video memory, else chunk by chunk.
+    /// Without an effect, colors are computed on the CPU: in a buffer object under the same conditions, else
+    /// in main memory. If a buffer is refused, the call falls back to the other path.
+    /// \param keepFlag ignored.
+    /// \param rebuild the particles have changed: buffers are refilled.
+    /// \param scale divides all magnitudes.
+    /// \param minMagnitude, maxMagnitude the range over which colors are interpolated from minColor to
+    ///     maxColor.
     /// \param maxClampColor the color of magnitudes above the range.
     /// \param pointSize pixels; for an effect its size.
-    /// \param channel the channel that gives the magnitude; ParticleChannel_v2::NONE for none. For a channel
-    ///        of an unknown type a message goes to the standard error stream, without a line end: once for
-    ///        each particle that is written into a buffer, once for each chunk where chunks are drawn.
-    /// \param percent of the particles, 0 to 100. Below 0 and not a number draw none, above 100 draws all.
-    /// GL: getFreeGpuMemory, checkShaderSupport, then that of the way.
-    /// State: the point size; that of the effect.
+    /// \param channel the channel of the magnitude; ParticleChannel_v2::NONE for none. For a channel of
+    ///     unknown type, a message without line end goes to the standard error stream: once per particle in a
+    ///     buffer, once per chunk on the chunk path.
+    /// \param percent of the particles, 0 to 100. Below 0 and NaN draw none, above 100 draws all.
+    /// GL: getFreeGpuMemory, checkShaderSupport, then the calls of the path.
+    /// State: the point size, and the state that the effect does not restore.
     void render(ParticleSystem_v2 const& system, bool keepFlag, bool rebuild, float const& scale,
                 float const& minMagnitude, float const& maxMagnitude, Color4<float> const& minColor,
                 Color4<float> const& maxColor, Color4<float> const& maxClampColor, float const& pointSize,
                 unsigned int const& channel, float const& percent, bool useVbo, bool useShaders,
                 RenderMagnitude::type magnitude);
 
-    // == The ways to draw ==
-    // Arguments as those of render().
+    // == Paths ==
+    // The arguments are those of render().
 
-    /// Fills a buffer object with positions and colors, and draws it. A frame after one of an effect draws
-    /// what that has left in the buffer, unless `rebuild` is set. Deliberate (colors-of-the-last-path): its
-    /// colors are then raw values of the channel.
-    /// \return false when the buffer was refused, by the memory that is free, by a null mapping or by an error
+    /// Fills a buffer object with positions and colors, and draws it.
+    /// Deliberate (colors-of-the-last-path): after a drawing with an effect, without `rebuild`, the colors
+    /// are the raw values that the effect needs.
+    /// \return false if the buffer was refused, because of insufficient memory, a null mapping, or an error
     ///     while its store grows; nothing is drawn then.
     /// GL: genBuffers the first time; getFreeGpuMemory, bindBuffer x 2, bufferData where the buffer grows, or
     /// deleteBuffers where it is refused; bindBuffer, bufferData, mapBuffer, getError, unmapBuffer where it is
@@ -153,10 +157,11 @@ public:
                                 unsigned int const& channel, float const& percent,
                                 RenderMagnitude::type magnitude);
 
-    /// Fills a buffer object with positions and raw values, and draws it through the effect. Frames without
-    /// `rebuild` draw what is there.
-    /// \return as renderFromVboNoShaders(); the effect's pass is closed in any case.
-    /// GL: configureShaders(), that of renderFromVboNoShaders() without setPointSize, the end of the pass.
+    /// Fills a buffer object with positions and raw values, and draws it with the effect. Without `rebuild`
+    /// it draws the present contents.
+    /// \return as renderFromVboNoShaders(); the pass of the effect is closed in any case.
+    /// GL: the calls of configureShaders(), those of renderFromVboNoShaders() without setPointSize,
+    /// popFillingFront, popFillingBack, and the cleanup() of the effect.
     bool renderFromVboWithShaders(ParticleSystem_v2 const& system, bool keepFlag, bool rebuild,
                                   float const& scale, float const& minMagnitude, float const& maxMagnitude,
                                   Color4<float> const& minColor, Color4<float> const& maxColor,
@@ -164,8 +169,8 @@ public:
                                   unsigned int const& channel, float const& percent,
                                   RenderMagnitude::type magnitude);
 
-    /// Fills an array in main memory and draws it in batches of 524288 particles, the last one with the rest,
-    /// also when that is 0.
+    /// Fills an array in main memory and draws it in batches of 524288 particles and a last batch with the
+    /// rest, which may be empty.
     /// GL: setPointSize; per batch enableClientState x 2, vertexPointer, colorPointer, drawArrays,
     /// disableClientState x 2.  State: the point size.
     void renderFromMemoryNoShaders(ParticleSystem_v2 const& system, bool keepFlag, bool rebuild,
@@ -175,12 +180,12 @@ public:
                                    unsigned int const& channel, float const& percent,
                                    RenderMagnitude::type magnitude);
 
-    /// Draws each chunk's own arrays through the effect. Compacts the system. Draws nothing without a channel
-    /// named "position".
+    /// Draws the arrays of each chunk with the effect. Compacts the system. Without a channel named
+    /// "position", nothing is drawn.
     ///
-    /// Deliberate (scalar-stride): a scalar channel is read with a stride of one value, so that a
-    /// particle's three components are its own value and the next two.
-    /// GL: configureShaders(), renderChunkRaw() for each chunk, the end of the effect's pass.
+    /// Deliberate (scalar-stride): a scalar channel is read as three components with a stride of one value.
+    /// GL: the calls of configureShaders(), of renderChunkRaw() per chunk, popFillingFront, popFillingBack,
+    /// and the cleanup() of the effect.
     void renderFromChunksWithShaders(ParticleSystem_v2 const& system, bool keepFlag, bool rebuild,
                                      float const& scale, float const& minMagnitude, float const& maxMagnitude,
                                      Color4<float> const& minColor, Color4<float> const& maxColor,
@@ -188,42 +193,43 @@ public:
                                      unsigned int const& channel, float const& percent,
                                      RenderMagnitude::type magnitude);
 
-    // == Parts of them ==
+    // == Parts of the paths ==
 
-    /// Draws an array of positions, with an array of colors unless `noColor` is set. At 100 percent all of
-    /// them; else the first ones of the index table, as many as the percentage says.
-    /// \param chunk, flag not used.
-    /// \param count at most 16384, where the percentage is not 100.
+    /// Draws an array of positions, with an array of colors unless `noColor` is set. At 100 percent it draws
+    /// all of them, else the first part of the index table.
+    /// \param chunk, flag ignored.
+    /// \param count at most 16384 if the percentage is not 100.
     /// \param colorStride bytes from one color to the next.
     /// GL: enableClientState, vertexPointer, colorPointer, drawArrays or drawElements, disableClientState.
     void renderChunkRaw(unsigned int chunk, Vector3<float>* positions, void* colors, unsigned int count,
                         float percent, bool noColor, int colorStride, bool flag);
 
-    /// Whether a percentage of the particles fits into video memory. Deliberate (unknown-memory-fits): where
-    /// the free memory is unknown, 0, it does.
+    /// Whether a percentage of the particles fits into video memory.
+    /// Deliberate (unknown-memory-fits): true if the free memory is unknown.
     /// GL: getFreeGpuMemory.
     bool checkEnoughMemoryinGPU(ParticleSystem_v2 const& system, float const& percent) const;
 
-    /// Builds the index table for a number of particles, 0 to 16384; others are ignored. The same number always
-    /// gives the same table. Uses, and seeds, the random numbers of the C library. GL: none.
+    /// Builds the index table for a number of particles, 0 to 16384; other numbers are ignored. The same
+    /// number always gives the same table. GL: none.
+    /// Deliberate (srand-shuffle): seeds and uses std::rand().
     void initIndices(int count);
 
-    /// Opens the pass of the effect: makes it if needed, passes it the parameters and makes it current.
+    /// Opens the pass of the effect: creates it if needed, sets its parameters and calls preprocess().
     ///
-    /// Deliberate (unpopped-filling): for a render mode without an effect only the filling is pushed, and
-    /// nothing takes it back.
-    /// \param flag not used.
-    /// GL: pushFillingFront, pushFillingBack; for points setPointSize; that of the effect's preprocess().
+    /// Deliberate (unpopped-filling): a render mode without an effect pushes the fillings, and nothing pops
+    /// them.
+    /// \param flag ignored.
+    /// GL: pushFillingFront, pushFillingBack; for points setPointSize; create() and init() of a new effect;
+    /// the calls of its preprocess().
     void configureShaders(bool flag, float const& size, float const& scale, float const& minMagnitude,
                           float const& maxMagnitude, Color4<float> minColor, Color4<float> maxColor,
                           Color4<float> maxClampColor, RenderMagnitude::type magnitude);
 
-    /// Room for a file's text with its terminating zero. Deliberate (unread-shader-file): the text itself is
-    /// not read, only its length; the characters before the zero have no defined value. Empty for a file that
-    /// cannot be opened.
+    /// An array of the length of a file plus a terminating zero; empty if the file cannot be opened.
+    /// Deliberate (unread-shader-file): the file is not read; the characters before the zero are undefined.
     Array<char> getShader(char const* path);
 
-    /// Does nothing.
+    /// Empty; part of the interface.
     void reloadShadersIfNeeded(Color4<float>& minColor, Color4<float>& maxColor, float minMagnitude,
                                float maxMagnitude);
 
@@ -235,19 +241,19 @@ protected:
     float* hostBuffer = nullptr;    ///< Interleaved particles in main memory, or null. Owned, of new[].
     unsigned int vboSizeKB;         ///< Kilobytes of the last store that was filled.
     unsigned int vboParticleCount;  ///< Particles that the last rebuild wrote.
-    unsigned int hostCapacity;      ///< Particles that hostBuffer has room for.
-    unsigned int vboCapacity;       ///< Particles for which the buffer was sized last.
+    unsigned int hostCapacity;      ///< Capacity of hostBuffer in particles.
+    unsigned int vboCapacity;       ///< Particles for which the buffer was last sized.
     unsigned int reservedMode;      ///< 2; not used.
     unsigned int programId;         ///< Program that resetBuffers() deletes; 0 for none. Owned.
     unsigned int shaderIds[3];      ///< Its shaders; 0 for none. Owned.
-    RenderMode::type renderMode;    ///< Which effect draws.
+    RenderMode::type renderMode;    ///< Selects the effect.
     unsigned int lastPath;          ///< 0 none, 1 buffer with effect, 3 buffer without or chunks, 4 memory.
     PointRendering_shader* pointShader;    ///< Owned; null until it is needed.
     SphereRendering_shader* sphereShader;  ///< Owned; null until it is needed.
     ArrowRendering_shader* arrowShader;    ///< Owned; null until it is needed.
-    void* ownedBlock = nullptr;  ///< For derived classes: memory of operator new that goes with the renderer.
+    void* ownedBlock = nullptr;  ///< For subclasses: memory of operator new, deleted with the renderer.
     unsigned short* shuffledIndices = nullptr;  ///< Owned, of new[]; 16384 entries, null before init().
-    unsigned int shuffledCount;                 ///< Particles for which they are built; 0 for none.
+    unsigned int shuffledCount;                 ///< Particles for which the table is built; 0 for none.
 
 private:
     struct BufferFilling;
