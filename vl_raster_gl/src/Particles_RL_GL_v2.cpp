@@ -30,22 +30,19 @@ constexpr unsigned int CHUNK = ParticleSystemChunk_v2::CAPACITY;
 constexpr unsigned long RECORD_STRIDE = sizeof(ParticleRecord);
 constexpr std::size_t COLOR_OFFSET = offsetof(ParticleRecord, color);
 constexpr unsigned int VECTOR_STRIDE = sizeof(Vector3<float>);
-// Deliberate (scalar-stride): GL reads three floats at every scalar, so a particle takes its green and blue
-// from the scalars of the next two.
+// Deliberate (scalar-stride): green and blue of a particle are the scalars of the next two.
 constexpr unsigned int SCALAR_STRIDE = sizeof(float);
 constexpr unsigned int BATCH_BITS = 19;  // 524288 particles
 constexpr unsigned int BATCH = 1U << BATCH_BITS;
 
 // The values of lastPath.
 constexpr unsigned int PATH_VBO_WITH_EFFECT = 1;
-// Deliberate (path-two): counts as a filled buffer, as 1 does. Nothing here sets it; a subclass may, as
-// lastPath is protected.
+// Deliberate (path-two): counts as a filled buffer; only a subclass sets it.
 constexpr unsigned int PATH_VBO_OF_SUBCLASS = 2;
 constexpr unsigned int PATH_VBO_OR_CHUNKS = 3;
 constexpr unsigned int PATH_MEMORY = 4;
 
-// Deliberate (line-tags): tags of the two ways, not lines of this source. A render layer that overrides
-// getError() tells the ways apart by them.
+// Deliberate (line-tags): tags by which a render layer distinguishes the two paths, not lines of this source.
 constexpr int LINE_OF_VBO_NO_SHADERS = 1109;
 constexpr int LINE_OF_VBO_WITH_SHADERS = 884;
 
@@ -76,7 +73,7 @@ void setRange(Effect& effect, float scale, float minMagnitude, float maxMagnitud
 
 }  // namespace
 
-/// What the records of a buffer are made of.
+/// The source of the records of a buffer.
 struct Particles_RL_GL_v2::BufferFilling {
     ParticleSystem_v2 const& system;
     unsigned int channel;
@@ -214,7 +211,7 @@ void Particles_RL_GL_v2::render(ParticleSystem_v2 const& system, bool keepFlag, 
                               maxClampColor, pointSize, channel, percent, magnitude);
 }
 
-// == The ways to draw ==
+// == Paths ==
 
 bool Particles_RL_GL_v2::renderFromVboNoShaders(ParticleSystem_v2 const& system, bool /*keepFlag*/,
                                                 bool rebuild, float const& scale, float const& minMagnitude,
@@ -342,7 +339,7 @@ void Particles_RL_GL_v2::renderFromChunksWithShaders(
     lastPath = PATH_VBO_OR_CHUNKS;
 }
 
-// == Parts of them ==
+// == Parts of the paths ==
 
 void Particles_RL_GL_v2::renderChunkRaw(unsigned int /*chunk*/, Vector3<float>* positions, void* colors,
                                         unsigned int count, float percent, bool noColor, int colorStride,
@@ -409,8 +406,7 @@ void Particles_RL_GL_v2::configureShaders(bool /*flag*/, float const& size, floa
         renderMode == RenderMode::ARROWS && magnitude == RenderMagnitude::LENGTH_OF_POINTS;
     RenderMode::type const mode = areArrowsPoints ? RenderMode::POINTS : renderMode;
     auto const type = Base_shader::ProcessType(magnitude);
-    // Deliberate (setter-order): the last two setters come in another order for spheres than for arrows and
-    // points.
+    // Deliberate (setter-order): spheres have the last two setters in another order.
     switch (mode) {
     case RenderMode::POINTS: {
         VL_Raster->setPointSize(size);
@@ -450,7 +446,7 @@ Array<char> Particles_RL_GL_v2::getShader(char const* path) {
         return text;
     }
     long const length = std::ftell(file.get());
-    // Folders open too, and are as long as a number can tell.
+    // A folder can be opened as well, and reports the largest number as its length.
     if (length < 0 || static_cast<unsigned long>(length) >= std::numeric_limits<int>::max()) {
         return text;
     }
@@ -479,11 +475,10 @@ Mesh_RL_Shader* Particles_RL_GL_v2::_effectOf(RenderMode::type mode) const {
     }
 }
 
-// Ends what configureShaders() began.
+// Closes the pass that configureShaders() opened.
 //
-// Deliberate (effect-closed-by-mode): the render mode alone says which effect is closed. Where arrows were
-// drawn as points, the arrow effect is closed in place of the point effect, which thereby stays dirty; where
-// there is no arrow effect yet, the point effect is the one.
+// Deliberate (effect-closed-by-mode): the render mode alone selects the effect. For arrows that were drawn as
+// points, that is the arrow effect, or the point effect if there is no arrow effect yet.
 void Particles_RL_GL_v2::_closeEffect() {
     if (renderMode != RenderMode::POINTS && renderMode != RenderMode::SPHERES &&
         renderMode != RenderMode::ARROWS) {
@@ -503,7 +498,7 @@ void Particles_RL_GL_v2::_closeEffect() {
 
 void Particles_RL_GL_v2::_fill(BufferFilling const& filling, float* records) const {
     ParticleChannelKind const kind = kindOf(filling.channel, filling.system.findChannel(filling.channel));
-    // Deliberate (message-per-particle): every particle says so, as each looks its color up.
+    // Deliberate (message-per-particle): one message per particle.
     for (unsigned int i = 0; kind == ParticleChannelKind::UNKNOWN && i < filling.thinning.target(); ++i) {
         reportUnknownType();
     }
@@ -511,7 +506,7 @@ void Particles_RL_GL_v2::_fill(BufferFilling const& filling, float* records) con
                          filling.thinning, records);
 }
 
-// Sees to it that the buffer holds the records. False when there is no room for them: the buffer is deleted then.
+// Fills the buffer with the records. Returns false if it is too large: the buffer is deleted then.
 bool Particles_RL_GL_v2::_prepareVbo(BufferFilling const& filling, bool rebuild, char const* where,
                                      int line) {
     unsigned int const target = filling.thinning.target();
@@ -521,8 +516,7 @@ bool Particles_RL_GL_v2::_prepareVbo(BufferFilling const& filling, bool rebuild,
     if (target > vboCapacity) {
         std::uint64_t const room = std::uint64_t{VL_Raster->getFreeGpuMemory()} + vboSizeKB;
         if (bufferKilobytes(target) > room) {
-            // Deliberate (kept-buffer-name): the name is kept, and GL makes the buffer again when it is
-            // bound.
+            // Deliberate (kept-buffer-name): GL makes the buffer again when the name is bound.
             VL_Raster->deleteBuffers(1, &vboId);
             vboRecords = 0;
             return false;
@@ -532,8 +526,7 @@ bool Particles_RL_GL_v2::_prepareVbo(BufferFilling const& filling, bool rebuild,
         _replaceStore(target);
         vboCapacity = target;
     } else {
-        // A store that is gone, or was filled with fewer particles since, is filled again: GL would read
-        // beyond its end.
+        // A deleted store, or one with fewer particles, is refilled: GL would read beyond its end.
         bool const isFilled = lastPath == PATH_VBO_WITH_EFFECT || lastPath == PATH_VBO_OF_SUBCLASS;
         if (!rebuild && isFilled && target <= vboRecords) {
             return true;
@@ -550,7 +543,7 @@ bool Particles_RL_GL_v2::_prepareVbo(BufferFilling const& filling, bool rebuild,
 
 bool Particles_RL_GL_v2::_uploadToVbo(BufferFilling const& filling, char const* where, int line) {
     unsigned int const target = filling.thinning.target();
-    // GL keeps the former store where it refuses the new one, and maps it.
+    // If GL refuses the new store, it keeps and maps the former one.
     bool const grows = target > vboRecords;
     vboRecords = 0;
     VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, vboId);
@@ -562,8 +555,9 @@ bool Particles_RL_GL_v2::_uploadToVbo(BufferFilling const& filling, char const* 
     _replaceStore(target);
     void* const store = VL_Raster->mapBuffer(BufferTarget::ARRAY_BUFFER, BufferAccess::READ_WRITE);
     bool const hasError = VL_Raster->getError(where, line);
-    // Nothing tells an error of bufferData from one that a call of the application left pending. A growing store is
-    // given up for either, as the next frame can ask for it again; a store that is large enough already is not.
+    // An error of bufferData cannot be distinguished from a pending error of the application. A growing store
+    // is deleted after either, because the next drawing can allocate it again; a store that is large enough
+    // is kept.
     if (store == nullptr || (grows && hasError)) {
         VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, 0);
         VL_Raster->deleteBuffers(1, &vboId);  // ends the mapping, if there is one
@@ -576,7 +570,7 @@ bool Particles_RL_GL_v2::_uploadToVbo(BufferFilling const& filling, char const* 
     return true;
 }
 
-// Gives the bound buffer a new store. The former one stays with the frames that still draw from it.
+// Orphans the store of the bound buffer: drawings in flight keep the former store, so the CPU does not wait.
 void Particles_RL_GL_v2::_replaceStore(unsigned int records) {
     VL_Raster->bufferData(BufferTarget::ARRAY_BUFFER, records * RECORD_STRIDE, nullptr,
                           BufferUsage::STREAM_DRAW);

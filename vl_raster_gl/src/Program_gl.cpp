@@ -22,7 +22,7 @@ constexpr int LARGEST_SIZE = 4;       // of vectors and matrices
 static_assert(sizeof(int) == sizeof(std::uint32_t) && sizeof(float) == sizeof(std::uint32_t),
               "uniforms are 32-bit values");
 
-// How GL takes values, by their size less 1. Matrices have no size 1.
+// The calls of GL by size less 1. Matrices have no size 1.
 constexpr decltype(&glUniform1iv) SEND_INTS[LARGEST_SIZE] = {glUniform1iv, glUniform2iv, glUniform3iv,
                                                              glUniform4iv};
 constexpr decltype(&glUniform1fv) SEND_FLOATS[LARGEST_SIZE] = {glUniform1fv, glUniform2fv, glUniform3fv,
@@ -30,8 +30,8 @@ constexpr decltype(&glUniform1fv) SEND_FLOATS[LARGEST_SIZE] = {glUniform1fv, glU
 constexpr decltype(&glUniformMatrix2fv) SEND_MATRIX[LARGEST_SIZE] = {nullptr, glUniformMatrix2fv,
                                                                      glUniformMatrix3fv, glUniformMatrix4fv};
 
-// The 32-bit values of a uniform. Sizes that GL does not have are never sent, so nothing is kept of their
-// values: a size that is wrong does not lead beyond the values that the caller has.
+// The number of 32-bit values of a uniform. Sizes that GL does not have are never sent, so no values are read
+// for them: a wrong size must not read beyond the caller's values.
 std::size_t valueCount(bool isMatrix, int count, int size) {
     if (size > LARGEST_SIZE) {
         return 0;
@@ -79,7 +79,7 @@ void Program_gl::_attach(Shader_gl* shader) {
     glAttachShader(id, shader->getID(0));
 }
 
-// The link is left as it is: GL goes on with the linked program until it is linked again.
+// The program stays linked: GL uses the linked program until it is linked again.
 void Program_gl::_detach(Shader_gl* shader) {
     for (SHADER_MASK_PAIR const& entry : shaders) {
         if (entry.shader == shader) {
@@ -137,7 +137,7 @@ unsigned int Program_gl::getId() const {
     return id;
 }
 
-// == Kept uniforms ==
+// == Cached uniforms ==
 
 void Program_gl::setUniform(char const* name, int x) {
     _setUniform(name, UNIFORM_PAIR::UNIFORM_INT, 1, 1, &x);
@@ -202,8 +202,8 @@ void Program_gl::_setUniform(char const* name, UNIFORM_PAIR::UNIFORM_TYPE type, 
         uniform = uniforms.back().get();
     }
 
-    // Values of the same length go where the old ones are: effects send the same uniforms in every frame,
-    // and a frame should not allocate.
+    // Values of the same length overwrite the old ones: effects send the same uniforms in every pass, and a
+    // pass should not allocate.
     uniform->data.resize(valueCount(type == UNIFORM_PAIR::UNIFORM_MATRIX, count, size));
     if (!uniform->data.empty()) {
         std::memcpy(uniform->data.data(), values, uniform->data.size() * sizeof(std::uint32_t));
@@ -223,8 +223,8 @@ void Program_gl::_setUniform(UniformKey& key, UNIFORM_PAIR::UNIFORM_TYPE type, i
     key.serial = serial;
 }
 
-// Effects set the same uniforms in the same order in every pass, so the one that is wanted mostly follows the one
-// that was set last. Null where no kept uniform has that name.
+// Effects set the same uniforms in the same order in every pass, so the search begins after the uniform that
+// was set last. Null if no cached uniform has the name.
 Program_gl::UNIFORM_PAIR* Program_gl::_findUniform(char const* name) {
     auto const find = [this, name](Uniforms::iterator const& begin, Uniforms::iterator const& end) {
         auto const found = std::find_if(begin, end, [name](std::unique_ptr<UNIFORM_PAIR> const& each) {
@@ -275,7 +275,7 @@ int Program_gl::_location(char const* name) const {
     return glGetUniformLocation(id, name != nullptr ? name : "");
 }
 
-// == Uniforms that are not kept ==
+// == Uniforms that are not cached ==
 
 void Program_gl::setUniformSampler(char const* name, unsigned int texture, int unit) {
     glUseProgram(id);
@@ -297,7 +297,7 @@ void Program_gl::getUniform(char const* name, int* out) {
 
 std::string Program_gl::getInfoLog() {
     static std::array<char, LOG_LENGTH> log;
-    log[0] = '\0';  // stays so when the driver refuses
+    log[0] = '\0';  // in case the driver reports an error and writes no text
     if (id != 0) {
         glGetProgramInfoLog(id, LOG_LENGTH, nullptr, log.data());
     }
@@ -319,7 +319,7 @@ bool Program_gl::checkGeometryShaderSupport() {
     if (text == nullptr) {
         return true;
     }
-    // Not atof: its decimal point is the locale's.
+    // Not atof, whose decimal point depends on the locale.
     std::string_view const number = std::string_view(reinterpret_cast<char const*>(text)).substr(0, 3);
     double version = 0;
     std::from_chars(number.data(), number.data() + number.size(), version);

@@ -8,7 +8,7 @@
 
 namespace vellum {
 
-/// The arithmetic of one number, as the registers of the record writers have it of several.
+/// The arithmetic of one number, with the results of the registers of the record writers.
 struct OneLane {
     using Register = float;
 
@@ -23,8 +23,8 @@ struct OneLane {
     static float choose(bool condition, float yes, float no) { return condition ? yes : no; }
 };
 
-/// Which color a magnitude has: between two colors inside a range, a third one above it. Below the range the
-/// line through the two colors goes on. All arithmetic is in single precision, in the order written here.
+/// The color of a magnitude: interpolated between two colors inside a range, a third color above it,
+/// extrapolated below it. All arithmetic is in single precision, in the order written here.
 struct ColorRamp {
     Vector3<float> minColor;
     Vector3<float> maxColor;
@@ -34,7 +34,7 @@ struct ColorRamp {
 
     float range() const { return maxMagnitude - minMagnitude; }
 
-    /// Whether the range has no extent to place a magnitude in.
+    /// Whether the range is empty, so that no position in it exists.
     bool isDegenerate() const { return !(std::fabs(range()) > 1e-14F); }
 
     /// The color of a magnitude, its components not limited. The range must not be degenerate.
@@ -56,8 +56,8 @@ inline Vector3<float> limitedToColor(Vector3<float> const& color) {
     return {limitedToColor(color.x), limitedToColor(color.y), limitedToColor(color.z)};
 }
 
-/// The absolute value of a number cut to an integer of 32 bits. A value that does not fit into one, and NaN,
-/// give 2147483648, as the conversion instructions of processors do.
+/// The absolute value of a number, truncated to a 32-bit integer. Values that do not fit and NaN give
+/// 2147483648, like the conversion instructions of x86 processors.
 inline float truncatedMagnitude(float value) {
     constexpr float LIMIT = 2147483648.0F;
     if (!(value > -LIMIT && value < LIMIT)) {

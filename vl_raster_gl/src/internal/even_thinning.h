@@ -7,8 +7,8 @@
 
 namespace vellum {
 
-/// How many of `count` particles a percentage is, in single precision, cut to an integer. Percentages that
-/// are negative or NaN are none, those above 100 are all.
+/// The number of particles in a percentage of `count`, computed in single precision and truncated. Negative
+/// percentages and NaN give 0, percentages above 100 all.
 inline unsigned int partOf(unsigned int count, float percent) {
     float const part = static_cast<float>(count) * percent / 100.0F;
     if (!(part > 0.0F)) {
@@ -17,11 +17,11 @@ inline unsigned int partOf(unsigned int count, float percent) {
     return part < static_cast<float>(count) ? static_cast<unsigned int>(part) : count;
 }
 
-/// Chooses a percentage of the particles of a system, spread evenly over the order in which they are visited.
+/// Selects a percentage of the particles of a system, evenly spread over the order of visits.
 ///
-/// Rule: the particle that is visited while `taken` particles are taken, and `visited` were visited, is taken
-/// when taken / visited * 100 (in single precision; 0 for the first one) is no more than the percentage, until
-/// target() particles are taken.
+/// Rule: after `visited` particles, of which `taken` are selected, the next one is selected if taken /
+/// visited * 100 (in single precision; 0 for the first one) does not exceed the percentage, until target()
+/// particles are selected.
 ///
 ///     EvenThinning thinning(system.size(), percent);
 ///     EvenThinning::Marks marks;
@@ -34,24 +34,23 @@ inline unsigned int partOf(unsigned int count, float percent) {
 ///         }
 ///     }
 ///
-/// How it decides without a division for each particle: with q the largest quotient whose hundredfold is no
-/// more than the percentage, taken / visited rounds to q or less when it is below the number half-way between q
-/// and the next one up, or on it and q is even. Below 2^24 particles the product of that number, the bound, and
-/// `visited` is exact. The particles taken before one are then the integer part of the bound times the particles
-/// between the first one and it, and one more for the first; where the bound itself is not taken, products that
-/// are integers count one less.
+/// Decision without a division per particle: let q be the largest quotient whose hundredfold does not exceed
+/// the percentage. taken / visited rounds to q or less if it is below the number half-way between q and the
+/// next float, or equal to it and q is even. Below 2^24 particles the product of that number, the bound, and
+/// `visited` is exact. The particles taken before one are then the integer part of the bound times the
+/// particles between the first one and it, and one more for the first; where the bound itself is not taken,
+/// products that are integers count one less.
 class EvenThinning {
 public:
-    /// Which of the particles that were decided on are taken.
+    /// The selected particles among those that were decided.
     struct Marks {
         static constexpr unsigned int MOST = 512;
 
         unsigned int count = 0;
-        unsigned int
-            offsets[MOST + 1];  // ascending, counted from the first particle; the last one is scratch
+        unsigned int offsets[MOST + 1];  // ascending, relative to the first particle; the last one is scratch
     };
 
-    /// Percentages that are negative or not a number choose no particle, those above 100 choose all.
+    /// Negative percentages and NaN select no particle, percentages above 100 all.
     EvenThinning(unsigned int count, float percent) : percent(percent), wanted(partOf(count, percent)) {
         if (wanted != 0 && percent < 100.0F) {
             _findBound();
@@ -62,7 +61,7 @@ public:
     unsigned int missing() const { return wanted - taken; }  ///< of them, those that were not taken yet
     bool isComplete() const { return taken == wanted; }      ///< whether all of them were taken
 
-    /// Decides on `count` particles, or as many as are missing, all of which are taken. For 100 percent and more.
+    /// Selects the next `count` particles, or as many as are missing. For 100 percent and more.
     /// \return on how many.
     unsigned int takeAll(unsigned int count) {
         unsigned int const all = std::min(count, missing());
@@ -90,10 +89,10 @@ public:
 private:
     static constexpr unsigned int EXACT = 1U << 24;  // counts below it are exact in single precision
     static constexpr unsigned int GROUP = 8;
-    // Up to here it is faster to find the taken particles alone.
+    // Up to this percentage it is faster to find only the selected particles.
     static constexpr float FEW_PERCENT = 12.0F;
-    // The bound has 25 binary digits, and above FEW_PERCENT no more than three zeros before them: all of them and
-    // a digit behind them are among the first 32 behind the point.
+    // The bound has 25 binary digits, and above FEW_PERCENT no more than three zeros before them: all of them
+    // and a digit behind them are among the first 32 behind the point.
     static constexpr unsigned int DIGITS = 32;
 
     void _findBound() {
@@ -118,8 +117,8 @@ private:
         return alreadyVisited == 0 || quotient < limit || (boundIsTaken && quotient == limit);
     }
 
-    // Where each one stands follows from how many were taken before it, and from nothing else, so that many are
-    // found at once. The estimate is the particle or the one before it.
+    // The position of a selected particle depends only on the number before it, so that several are found at
+    // once. The estimate is the particle or the one before it.
     unsigned int _decideTaken(unsigned int count, Marks& marks) const {
         int const end = static_cast<int>(visited + count);
         unsigned int const most = std::min(missing(), Marks::MOST);
@@ -138,11 +137,11 @@ private:
         return marks.offsets[most - 1] + 1;
     }
 
-    // Every particle is marked, over the mark before it where that one is not taken: cheaper than a branch that no
-    // processor could foresee. Groups without a gap are marked at once.
+    // Every particle is written, and the next one overwrites it if it is not selected: cheaper than an
+    // unpredictable branch. Groups without a gap are written at once.
     unsigned int _decideAll(unsigned int count, Marks& marks) const {
-        // The first particle of all is taken although 0 is not below 0 times the bound: the bound counts as taken
-        // there, and the rule for the others begins with the third.
+        // The first particle of all is taken although 0 is not below 0 times the bound: the bound counts as
+        // taken there, and the rule for the others begins with the third.
         bool const isStart = visited < 2;
         unsigned int const decided = std::min(count, isStart ? 2 - visited : Marks::MOST);
         std::int64_t const onBound = boundIsTaken || isStart ? 0 : 1;

@@ -12,7 +12,7 @@
 
 namespace vellum {
 
-/// What a drawing asks of the colors.
+/// The color parameters of a drawing.
 struct ParticleLook {
     float scale;
     float minMagnitude;
@@ -23,7 +23,7 @@ struct ParticleLook {
     Particles_RL_GL_v2_ns::RenderMagnitude::type magnitude;
 };
 
-/// What the channel that is asked for holds.
+/// The type of the color channel.
 enum class ParticleChannelKind { NONE, VECTOR, SCALAR, UNKNOWN };
 
 inline ParticleChannelKind kindOf(unsigned int channel, ParticleChannel_v2 const* record) {
@@ -69,7 +69,7 @@ inline RecordFormula constant(ParticleLook const& look, Vector3<float> const& co
     return formula(look, RecordColor::CONSTANT, color);
 }
 
-/// A ramp, or one color for all where the range is degenerate.
+/// A ramp, or one color for all if the range is degenerate.
 inline RecordFormula ramped(ParticleLook const& look, RecordColor source, Vector3<float> const& degenerate) {
     if (ramp(look).isDegenerate()) {
         return constant(look, limitedToColor(degenerate));
@@ -84,7 +84,7 @@ inline RecordFormula ofMagnitude(ParticleLook const& look, float magnitude,
     return constant(look, limitedToColor(colors.isDegenerate() ? degenerate : colors.colorOf(magnitude)));
 }
 
-/// The source that one component of a vector is, of the magnitudes X, Y and Z; LENGTH for all others.
+/// The source for a magnitude: X, Y or Z, and LENGTH for all others.
 inline RecordColor componentOf(RenderMagnitude::type magnitude) {
     switch (magnitude) {
     case RenderMagnitude::X:
@@ -100,7 +100,7 @@ inline RecordColor componentOf(RenderMagnitude::type magnitude) {
 
 /// Colors in a buffer object, without an effect.
 ///
-/// Deliberate (buffer-color-rules): a scalar goes into the ramp as it is, neither scaled nor without its sign, unlike in main memory.
+/// Deliberate (buffer-color-rules): a scalar is neither scaled nor made positive, unlike in main memory.
 inline RecordFormula inBuffer(ParticleChannelKind kind, ParticleLook const& look) {
     Vector3<float> const lowest = rgb(look.minColor);
     switch (kind) {
@@ -117,8 +117,8 @@ inline RecordFormula inBuffer(ParticleChannelKind kind, ParticleLook const& look
 
 /// Colors in main memory.
 ///
-/// Deliberate (buffer-color-rules): without a channel the highest color is used, where buffers use the lowest; a degenerate range
-/// is black for lengths; and the colors that MIN_COLOR and MAX_COLOR give to all are not limited to 0 to 1.
+/// Deliberate (buffer-color-rules): the maximum color without a channel, black for lengths in a degenerate
+/// range, and unclamped constant colors, unlike in buffers.
 inline RecordFormula inMemory(ParticleChannelKind kind, ParticleLook const& look) {
     if (kind == ParticleChannelKind::NONE) {
         return constant(look, rgb(look.maxColor));
@@ -127,7 +127,7 @@ inline RecordFormula inMemory(ParticleChannelKind kind, ParticleLook const& look
     Vector3<float> const lowest = rgb(look.minColor);
     bool const isComponent = componentOf(look.magnitude) != RecordColor::LENGTH;
     if (kind == ParticleChannelKind::SCALAR) {
-        // A scalar gives no components: they are 0.
+        // A scalar has no components, so they are 0.
         return isComponent ? ofMagnitude(look, 0.0F / look.scale, lowest)
                            : ramped(look, RecordColor::TRUNCATED_SCALAR, lowest);
     }
@@ -144,7 +144,7 @@ inline RecordFormula inMemory(ParticleChannelKind kind, ParticleLook const& look
     return ramped(look, componentOf(look.magnitude), degenerate);
 }
 
-/// The raw values that an effect makes colors of.
+/// The raw values from which an effect computes colors.
 inline RecordFormula forEffect(ParticleChannelKind kind, ParticleLook const& look) {
     switch (kind) {
     case ParticleChannelKind::SCALAR:

@@ -6,12 +6,10 @@
 
 namespace vellum {
 
-/// Whether a percentage of the particles fits into video memory: 24 bytes each into what is free and what the
-/// renderer's own buffer holds (both in kilobytes), less 25 megabytes that are kept in reserve.
+/// Whether a percentage of the particles fits into video memory: 24 bytes each, compared with the free memory
+/// plus the renderer's buffer (both in kilobytes), less a reserve of 25 megabytes.
 ///
-/// Deliberate (unknown-memory-fits): the subtraction wraps below 25 megabytes, which then read as a very large amount. A driver that
-/// does not tell its free memory (0) is thereby taken to have enough; the size of the buffer is checked again
-/// where it is made.
+/// Deliberate (unknown-memory-fits): below 25 megabytes the subtraction wraps to a very large amount.
 inline bool fitsIntoVideoMemory(float percent, unsigned int particles, unsigned int freeKilobytes,
                                 unsigned int heldKilobytes) {
     constexpr unsigned int RESERVE = 25;
@@ -21,7 +19,7 @@ inline bool fitsIntoVideoMemory(float percent, unsigned int particles, unsigned 
     return static_cast<float>(available) > needed;
 }
 
-/// The kilobytes that a buffer of so many particles takes, rounded to the nearest number.
+/// The size of a buffer of so many particles in kilobytes, rounded.
 inline std::uint64_t bufferKilobytes(unsigned int particles) {
     double const bytes = static_cast<double>(particles * sizeof(ParticleRecord));
     return static_cast<std::uint64_t>(bytes / 1024.0 + 0.5);

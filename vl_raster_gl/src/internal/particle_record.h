@@ -8,7 +8,7 @@
 
 namespace vellum {
 
-/// A particle in a buffer: what GL reads as a vertex and its color, and an effect as a vertex and a vector.
+/// A particle in a buffer: GL reads a vertex and its color, an effect a vertex and a vector.
 struct ParticleRecord {
     Vector3<float> position;
     Vector3<float> color;  // 0 to 1, or for effects the raw values of the channel

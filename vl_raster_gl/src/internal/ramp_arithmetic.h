@@ -1,12 +1,11 @@
 #pragma once
 
-/// \file
-/// Where a magnitude stands between two others, and which component of a color belongs there: the one source
-/// of the colors that the processor computes. `Lanes` is the arithmetic, of one number (color_ramp.h) or of a
-/// register of them (the sources of the record writers).
+/// \file The position of a magnitude between two others, and the color component there: the single source of
+/// the colors that the CPU computes. `Lanes` is the arithmetic, of one number (color_ramp.h) or of a register
+/// (the record writers).
 ///
-/// Templates only, over a type that is local to its source: those sources are compiled for particular
-/// processors, and a function that several sources share could end up as the one of such a processor for all.
+/// Templates only, over a type that is local to its source: the writers are compiled for particular
+/// processors, and the linker could select one of their functions for all sources.
 
 namespace vellum {
 

@@ -2,32 +2,31 @@
 
 #include <cstddef>
 
-/// \file
-/// Plain data only, no functions: the sources that are compiled for particular processors include it, and an
-/// inline function compiled there could end up in place of the one for all processors.
+/// \file Data only, no functions: sources for particular processors include it, and the linker could select
+/// an inline function that was compiled there for all processors.
 
 namespace vellum {
 
 inline constexpr std::size_t VECTOR_FLOATS = 3;                  // of a position, a vector or a color
 inline constexpr std::size_t RECORD_FLOATS = 2 * VECTOR_FLOATS;  // position and color; see ParticleRecord
 
-/// How the three color floats of a particle record come out of a channel.
+/// The computation of the three color floats of a record from a channel.
 enum class RecordColor {
     CONSTANT,          ///< the same for all; no value is read
     VECTOR,            ///< the vector itself
-    SPREAD_SCALAR,     ///< three equal numbers that form a vector as long as the scalar's absolute value
+    SPREAD_SCALAR,     ///< three equal numbers; the vector's length is the scalar's absolute value
     LENGTH,            ///< ramp of the vector's length / scale
-    X,                 ///< ramp of |x cut to an integer| / scale
+    X,                 ///< ramp of |x truncated to an integer| / scale
     Y,                 ///< the same with y
     Z,                 ///< the same with z
     SCALAR,            ///< ramp of the scalar as it is
-    TRUNCATED_SCALAR,  ///< ramp of |the scalar cut to an integer| / scale
+    TRUNCATED_SCALAR,  ///< ramp of |the scalar truncated to an integer| / scale
 };
 
-/// The floats of a channel that a color reads for each particle, by RecordColor.
+/// The floats per particle that a color reads from the channel, by RecordColor.
 inline constexpr unsigned int VALUE_FLOATS[] = {0, 3, 1, 3, 3, 3, 3, 1, 1};
 
-/// The numbers of that: with t = (magnitude - minMagnitude) / range, the color is `above` for t above 1, else
+/// The parameters: with t = (magnitude - minMagnitude) / range, the color is `above` for t above 1, else
 /// lowest + difference * t, each component limited to 0 to 1, NaN to 0.
 struct RecordFormula {
     RecordColor source;
@@ -42,9 +41,9 @@ struct RecordFormula {
 
 /// Writes `count` records of six floats, position and color, strictly forward. Positions are three floats
 /// each, values three, one or none, as the source has it.
-/// \param offsets which particles are written, counted from the first one; null for one after the other. Behind
-///        each of them a float more may be read.
-/// \param streams the records are so many that they had better not go through the processor's cache.
+/// \param offsets the particles to write, relative to the first one; null for consecutive particles. One more
+///     float after each may be read.
+/// \param streams whether the stores bypass the cache, for more records than it holds.
 using RecordWriter = void (*)(RecordFormula const& formula, float const* positions, float const* values,
                               unsigned int const* offsets, float* out, std::size_t count, bool streams);
 

@@ -6,11 +6,11 @@
 
 namespace vellum {
 
-/// A part of a shader's text: its name, which stands in the text as `@NAME@`, and what takes its place.
+/// A part of a shader's text: its name, which occurs in the text as `@NAME@`, and its replacement.
 using ShaderPart = std::pair<char const*, std::string>;
 
-/// The text with each part in the place of its name. A name may stand at several places; names of other parts
-/// inside a part are not replaced again.
+/// Replaces the names of all parts. A name may occur several times; names inside a replacement are not
+/// replaced.
 template <class... Parts>
 std::string filledIn(std::string const& text, Parts const&... parts) {
     std::string filled;
