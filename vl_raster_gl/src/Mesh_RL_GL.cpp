@@ -18,8 +18,7 @@ namespace {
 using index_02::ui32::NEXT_CIRCULAR;
 using index_02::ui32::PREV_CIRCULAR;
 
-// Deliberate (float-third): the weights are single-precision numbers used in double arithmetic. The third is
-// a little more than a third, so the middle of a triangle lies a little off.
+// Deliberate (float-third): single-precision weights in double arithmetic.
 constexpr double THIRD = static_cast<double>(0.33333334F);
 constexpr double NEAR_END = static_cast<double>(0.7F);  // of an edge, from the end that is meant
 constexpr double FAR_END = static_cast<double>(0.3F);
@@ -47,7 +46,7 @@ T const* elementsOf(ArrayTypeable const* array) {
     return array != nullptr && array->size != 0 ? array->as<T>() : nullptr;
 }
 
-/// Triples of indices one after the other: index 3 t + k is that of corner k of triangle t.
+/// Contiguous triples of indices: index 3 t + k belongs to corner k of triangle t.
 unsigned int const* indicesOf(ArrayTypeable const* array) {
     auto const* const triples = elementsOf<Tuple3<unsigned int>>(array);
     return triples != nullptr ? static_cast<unsigned int const*>(array->data) : nullptr;
@@ -87,14 +86,14 @@ void emitMark(Vector3<double> const& point, Vector3<double> const& a, Vector3<do
     emitSegment(point, nearB);
 }
 
-// The arrays that a drawing reads through indices or triangle by triangle, each with the count or the indices
-// that it depends on. A fault of one of them refuses the drawings that read it, and no other.
+// The arrays that a drawing reads by index or by triangle, each with the counts or indices that it depends
+// on. A fault of one of them skips the drawings that read it, and no others.
 constexpr unsigned int TRIANGLES = 1;       // the triangles, and the positions they name
 constexpr unsigned int CORNER_NORMALS = 2;  // the normal triangles, and the vertex normals they name
 constexpr unsigned int FACE_NORMALS = 4;
 constexpr unsigned int ADJACENCY = 8;
 
-// What each drawing reads. Positions and vertex normals that are read one by one need no other array.
+// The arrays of each drawing. Positions and vertex normals that are read one by one need no other array.
 
 // render, renderTextured
 constexpr unsigned int SMOOTH_SURFACE = TRIANGLES | CORNER_NORMALS;
@@ -114,7 +113,7 @@ constexpr unsigned int EDGES = TRIANGLES | CORNER_NORMALS | ADJACENCY;
 // renderEdgesConnection, renderEdgesUnconnected
 constexpr unsigned int EDGE_MARKS = TRIANGLES | ADJACENCY;
 
-// What the buffers of the surfaces are filled from.
+// The sources of the surface buffers.
 constexpr unsigned int SOUP = TRIANGLES | CORNER_NORMALS | FACE_NORMALS;
 
 unsigned int faultsOf(Mesh const& mesh, unsigned int reads) {
@@ -138,8 +137,8 @@ void deleteBuffer(GLuint& name) {
     }
 }
 
-/// Refills one buffer: sees that it has its bytes, maps it and lets `write` write them from front to back.
-/// With `keepsStore` a buffer that exists has the size already.
+/// Refills one buffer: allocates and maps it, and calls `write` to write it from front to back. With
+/// `keepsStore` an existing buffer has the size already.
 template <class Write>
 void fillBuffer(GLenum target, GLuint& name, bool keepsStore, std::size_t bytes, Write const& write) {
     if (keepsStore && name != 0) {
@@ -150,7 +149,7 @@ void fillBuffer(GLenum target, GLuint& name, bool keepsStore, std::size_t bytes,
         glBindBuffer(target, name);
         glBufferData(target, static_cast<GLsizeiptr>(bytes), nullptr, GL_DYNAMIC_DRAW);
     }
-    // A buffer without bytes cannot be mapped.
+    // A buffer of size 0 cannot be mapped.
     if (bytes != 0) {
         if (void* const memory = glMapBuffer(target, GL_WRITE_ONLY)) {
             write(memory);
@@ -177,8 +176,8 @@ void fillSoup(GLuint& name, bool keepsStore, unsigned int triangleCount, std::si
 
 }  // namespace
 
-/// The arrays of a mesh as they are read while it is drawn: counts and elements for which every index is in
-/// range, and the records with their modified bits.
+/// The arrays of a mesh during a drawing: counts and elements, with all indices in range, and the records
+/// with their modified bits.
 class Mesh_RL_GL::Arrays {
 public:
     unsigned int faults = 0;         // those of the arrays that were asked for
@@ -199,7 +198,7 @@ public:
     ArrayTypeable* faceNormalRecord = nullptr;
     ArrayTypeable* adjacencyRecord = nullptr;
 
-    /// Only the arrays in `reads` are looked through for faults; the others must not be read through indices.
+    /// Only the arrays in `reads` are checked for faults; the others must not be read by index.
     Arrays(Mesh const* mesh, unsigned int reads) {
         if (mesh == nullptr) {
             return;
@@ -226,12 +225,12 @@ public:
         adjacency = (faults & EDGES) == 0 ? indicesOf(adjacencyRecord) : nullptr;
     }
 
-    /// The corners that a drawing may draw: all, or none where an array that it reads has a fault.
+    /// The corners that a drawing may draw: all, or none if an array that it reads has a fault.
     unsigned int drawnCorners(unsigned int reads) const {
         return (faults & reads) == 0 ? triangleCount * 3 : 0;
     }
 
-    /// The corners whose edges a drawing may look at; none without adjacency.
+    /// The corners whose edges a drawing may check; none without adjacency.
     unsigned int edgeCorners(unsigned int reads) const {
         return adjacency != nullptr ? drawnCorners(reads) : 0;
     }
@@ -250,8 +249,8 @@ public:
         return isModified(vertexNormalRecord) || isModified(normalTriangleRecord);
     }
 
-    /// Whether the edge that starts at a soup corner is a border, or hard: the neighbor has another normal at
-    /// this corner. Needs the adjacency.
+    /// Whether the edge that starts at a soup corner is a border or a crease: the neighbor has another normal
+    /// at this corner. Requires the adjacency.
     bool isDrawnEdge(unsigned int corner) const {
         unsigned int const entry = adjacency[corner];
         if (entry == Mesh::ADJACENCY_NONE) {
@@ -262,8 +261,8 @@ public:
         return !(own[0] == other[0] && own[1] == other[1] && own[2] == other[2]);
     }
 
-    /// Clears the modified bits of the arrays that the buffers were filled from. Arrays with a fault keep
-    /// theirs, so that they are looked through again until they have none.
+    /// Clears the modified bits of the sources of the buffers. Arrays with a fault keep theirs, so that they
+    /// are checked again until they have none.
     void consume() const {
         if ((faults & TRIANGLES) != 0) {
             return;
@@ -280,7 +279,7 @@ public:
     }
 };
 
-/// The texture coordinates of a channel, held while they are read.
+/// The texture coordinates of a channel, referenced while they are read.
 class Mesh_RL_GL::TextureChannel {
 public:
     TextureChannel(Mesh const* mesh, VL_String const& name) {
@@ -346,8 +345,8 @@ void Mesh_RL_GL::createBufferObjects(VL_String const* textureChannel, bool withE
     _updateBuffers(textureChannel, withEdges ? EDGES : 0);
 }
 
-// Brings the buffers up to date. `reads` is what the drawing reads that comes next; the result is how many
-// corners it may draw.
+// Updates the buffers for a drawing of the arrays in `reads`, and returns the number of corners that it may
+// draw.
 unsigned int Mesh_RL_GL::_updateBuffers(VL_String const* textureChannel, unsigned int reads) const {
     Arrays const arrays(mesh, SOUP | reads);
     bool const keepsStore = arrays.triangleCount == bufferTriangleCount;
@@ -359,7 +358,8 @@ unsigned int Mesh_RL_GL::_updateBuffers(VL_String const* textureChannel, unsigne
         _dropTextureCoordinates();
     }
 
-    // Drawings without edges consume the modified bits too, so what the edges are made of is remembered.
+    // Drawings without edges clear the modified bits as well, so changes of the sources of the edges are
+    // remembered.
     areEdgesStale = areEdgesStale || !keepsStore || isModified(arrays.triangleRecord) ||
                     arrays.areCornerNormalsModified();
     if ((reads & ADJACENCY) != 0) {
@@ -388,9 +388,8 @@ void Mesh_RL_GL::_updateSurface(Arrays const& arrays, bool keepsStore) const {
         });
     }
 
-    // Normals with a fault have no buffer: what reads them is refused, and once they are repaired the buffer
-    // is made again, whatever the repair has marked as modified. Without triangles there is nothing to be
-    // read.
+    // Normals with a fault have no buffer: drawings that read them are skipped, and after a repair the buffer
+    // is created again, whatever the repair has marked as modified. Without triangles no buffer is read.
     if (count != 0 && (arrays.faults & CORNER_NORMALS) != 0) {
         deleteBuffer(smoothNormalBuffer);
     } else if (smoothNormalBuffer == 0 || !keepsStore || arrays.areCornerNormalsModified()) {
@@ -426,7 +425,7 @@ void Mesh_RL_GL::_updateTextureCoordinates(Arrays const& arrays, VL_String const
     }
     bool const isFound = coordinates.isFound();
     fillSoup(texCoordBuffer, keepsStore, arrays.triangleCount, 2, [&](float* out, unsigned int t) {
-        // Deliberate (unwritten-coordinates): a channel that the mesh lacks leaves the buffer unwritten.
+        // Deliberate (unwritten-coordinates): the buffer stays unwritten without the channel.
         for (unsigned int k = 0; isFound && k < 3; ++k) {
             Vector2<float> const& coordinate = coordinates.at(arrays, t * 3 + k);
             *out++ = coordinate.x;
@@ -436,7 +435,7 @@ void Mesh_RL_GL::_updateTextureCoordinates(Arrays const& arrays, VL_String const
     coordinates.clearModified();
 }
 
-// The store has the size of another triangle count, and is of no use to a later textured drawing.
+// The store has the size of another triangle count, so a later textured drawing cannot use it.
 void Mesh_RL_GL::_dropTextureCoordinates() const {
     deleteBuffer(texCoordBuffer);
     delete textureChannelName;
@@ -579,7 +578,7 @@ void Mesh_RL_GL::render(MeshShading const& shading) {
         effect->postprocess();
         effect->cleanup();
     }
-    // Deliberate (unbalanced-filling-pop): also for a mode that has pushed nothing.
+    // Deliberate (unbalanced-filling-pop): also for a mode without a push.
     VL_Raster->popFillingFront();
     VL_Raster->popFillingBack();
 }
@@ -738,7 +737,7 @@ void Mesh_RL_GL::renderEdgesConnection() {
         if (entry == Mesh::ADJACENCY_NONE) {
             continue;
         }
-        // Deliberate (sixteen-bit-neighbor): the neighbor is taken as 16 bits.
+        // Deliberate (sixteen-bit-neighbor): the neighbor is truncated to 16 bits.
         unsigned int const first = static_cast<unsigned short>(entry >> 2) * 3U;
         unsigned int const c = entry & 3U;
         Vector3<double> const inside = arrays.position(first + c) * AT_EDGE +
@@ -820,7 +819,7 @@ void Mesh_RL_GL::renderWithEdges(Color4<float> const& color) {
 }
 
 void Mesh_RL_GL::renderWithEdgesBlending(Color4<float> const& color, bool const& withSurface) {
-    // The modes that are set meanwhile replace this copy, and popCulling() takes it away.
+    // The modes that are set below replace this copy, and popCulling() removes it.
     VL_Raster->pushCulling(CullingMode(VL_Raster->currentCulling()));
     VL_Raster->setCulling(CULL_BACK);
     VL_Raster->setColor({color.r * 0.3F, color.g * 0.3F, color.b * 0.3F, 1.0F});

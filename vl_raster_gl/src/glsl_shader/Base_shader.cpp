@@ -18,7 +18,7 @@ namespace vellum {
 
 namespace {
 
-constexpr unsigned int MOST_LIGHTS = 32;  // drivers have 8; a wild count is not to keep GL busy for minutes
+constexpr unsigned int MOST_LIGHTS = 32;  // drivers have 8; limits the loop for a wrong count
 
 void setTextureParameters() {
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT);
@@ -38,7 +38,7 @@ GLenum pixelType(VL_Image const& image) {
     }
 }
 
-// Gray to RGBA, the gray's alpha being its second channel, or the largest value.
+// Gray to RGBA. Alpha is the second channel, or the largest value.
 template <class Value>
 void spread(Value const* gray, std::size_t channels, Value const& opaque, VL_Image const& image,
             Value* rgba) {
@@ -51,7 +51,7 @@ void spread(Value const* gray, std::size_t channels, Value const& opaque, VL_Ima
     }
 }
 
-// The same picture as RGBA; empty when that is too large.
+// The same image as RGBA; empty if that is too large.
 VL_Image spreadGray(VL_Image const& gray) {
     auto const channels = static_cast<unsigned int>(gray.pixdepth() / gray.bitdepth());
     VL_Image rgba;
@@ -90,7 +90,7 @@ Base_shader::Base_shader() : program(new Program_gl) {}
 Base_shader::Base_shader(Base_shader const&) : Base_shader() {}
 
 Base_shader::~Base_shader() {
-    // The program first: it signs off from its stages, which then have nothing to detach.
+    // The program first: it removes itself from its stages, which then have nothing to detach.
     delete program;
     delete stage1;
     delete stage2;
@@ -153,16 +153,17 @@ void Base_shader::loadTexture(VL_Image const& image, unsigned int const& texture
     if (image.width() == 0 && image.height() == 0) {
         return;
     }
-    unsigned int const name = texture;  // the argument may be what the render layer changes
+    unsigned int const name =
+        texture;  // the argument may be a reference to a name that the render layer changes
     if (VL_Raster != nullptr) {
         VL_Raster->destroyTexture(name);
-        // Deliberate (ignored-texture-name): the new name is ignored. Often it is the one that has just been
-        // freed; binding `texture` makes it a texture again in any case.
+        // Deliberate (ignored-texture-name): binding `texture` makes it a texture again, whatever the new
+        // name is.
         VL_Raster->createTexture();
     }
     _uploadTexture(image, name, internalFormat, static_cast<int>(image.width()),
                    static_cast<int>(image.height()));
-    discardError();  // the texture is without contents after one
+    discardError();  // after an error the texture has no contents
     glTexEnvf(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
 }
 
@@ -193,8 +194,8 @@ void Base_shader::_loadTexture(VL_String const& path, unsigned int const& textur
     }
 }
 
-// Each step copies the highest bit further down, until all below it are set. The shifts are signed, so that 0
-// and what is below stay -1; the sums are not, so that none overflows.
+// Each step copies the highest bit further down until all lower bits are set. The shifts are signed, so that
+// 0 and negative numbers stay -1; the sums are unsigned, so that none overflows.
 int Base_shader::nextHighestPowerOf2(int v) {
     int x = static_cast<int>(static_cast<unsigned int>(v) - 1);
     for (int const shift : {1, 2, 4, 8, 16}) {
@@ -212,7 +213,7 @@ void Base_shader::copyFramebufferToTexture(unsigned int const& texture) {
                      nextHighestPowerOf2(viewport[3]), 0);
 }
 
-// == Pieces of create() ==
+// == Parts of create() ==
 
 void Base_shader::_deleteStages() {
     for (Shader_gl** stage : {&stage2, &stage1, &stage3}) {
@@ -229,7 +230,7 @@ void Base_shader::_loadStages(char const* vertexText, char const* fragmentText) 
     stage2->loadShaderSource(GL_FRAGMENT_SHADER, fragmentText, false);
 }
 
-// == Pieces of the effects' passes ==
+// == Parts of passes ==
 
 void Base_shader::_openPass(unsigned int const& lightCount) {
     glPushAttrib(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT);
@@ -293,8 +294,8 @@ void Base_shader::_uploadTexture(VL_Image const& image, unsigned int const& text
 
     glBindTexture(GL_TEXTURE_2D, texture);
     setTextureParameters();
-    // GL takes each row to begin at a multiple of the unpack alignment, 4 unless somebody has changed it. The
-    // image's rows follow each other without gaps.
+    // In GL each row begins at a multiple of the unpack alignment, by default 4. The rows of an image are
+    // contiguous.
     bool const isUnaligned = rowBytes % 4 != 0;
     if (isUnaligned) {
         glPushClientAttrib(GL_CLIENT_PIXEL_STORE_BIT);

@@ -158,7 +158,7 @@ protected:
         int textureHeight;
     };
 
-    // == Pieces of create() ==
+    // == Parts of create() ==
 
     /// Deletes the existing stages: the second, the first, the third.
     /// GL: glDetachShader and glDeleteShader, for what there is.
@@ -170,7 +170,7 @@ protected:
     /// twice.
     void _loadStages(char const* vertexText, char const* fragmentText);
 
-    // == Pieces of the effects' passes ==
+    // == Parts of passes ==
 
     /// Saves the attributes that effects change and sets their fixed-function state: texturing off, lighting
     /// with lights 0 to `lightCount` - 1, white, alpha blending. Lights above the 32nd, which no driver has,

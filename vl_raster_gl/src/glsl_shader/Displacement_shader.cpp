@@ -49,8 +49,8 @@ void main()
 
 // The fragment stage of both paths. Parts:
 //
-//     CONSTANTS         mapSize, the number of texels across the map from which normals are taken, whatever the texture's
-//                       size; choppy, which scales the displacement that they see
+//     CONSTANTS         mapSize: texels across the map for normals, independent of the texture's size;
+//                       choppy: factor of the displacement for normals
 //     DISPLACED_NORMAL  displacedNormal(), of internal/displaced_normal.h
 //     MAIN              main()
 //
@@ -135,7 +135,8 @@ void main()
 }
 )";
 
-// Cuts a triangle p0, p1, p2 into n x n, each step (i, j) giving one or two of them as a strip q0, q2, q1, q3:
+// Splits a triangle p0, p1, p2 into n x n. Each step (i, j) emits one or two of them as a strip:
+// q0, q2, q1, q3.
 //
 //     p0
 //     | \                  u = (p2 - p1) / n, v = (p0 - p1) / n
@@ -144,8 +145,8 @@ void main()
 //     q0 - q2 - p2
 //     (p1)
 //
-// depth is n; without it the triangle is neither cut nor displaced. scale is in hundredths. MOST_DEPTH is the greatest
-// n, where the text has to keep to one.
+// depth is n; below 1 the triangle is neither split nor displaced. scale is in hundredths. MOST_DEPTH, if
+// defined, is the largest n. All points are in object space.
 constexpr char const* GEOMETRY = R"(uniform sampler2D normalsMap;
 uniform sampler2D displacementMap;
 uniform vec3 scale;
@@ -214,7 +215,7 @@ void main()
 }
 )";
 
-// Deliberate (tessellated-single-light): one light, whatever nLights says.
+// Deliberate (tessellated-single-light): light 0, independent of nLights.
 constexpr char const* TESSELATED_MAIN = R"(
 void main()
 {
@@ -227,7 +228,7 @@ void main()
 
 constexpr int COMPONENTS = 15;  // of a vertex: gl_Position 4, gl_TexCoord[0] 4, vPos 4, vNormal 3
 
-// What every driver of version 3.2 allows.
+// The minima of OpenGL 3.2.
 constexpr int LEAST_VERTICES = 256;
 constexpr int LEAST_COMPONENTS = 1024;
 
@@ -236,7 +237,7 @@ constexpr int verticesAt(int depth) {
 }
 
 struct GeometryLimits {
-    int vertices = 0;    // that one triangle gives
+    int vertices = 0;    // of one triangle
     int components = 0;  // of all of them together
 };
 
@@ -247,8 +248,7 @@ GeometryLimits readGeometryLimits() {
     return limits;
 }
 
-// The greatest depth whose vertices stay within both limits. A driver that tells less than it has to allow is not
-// believed.
+// The largest depth whose vertices fit both limits. Limits below the required minima are ignored.
 int greatestDepth(GeometryLimits const& limits) {
     int const vertices = std::max(limits.vertices, LEAST_VERTICES);
     int const components = std::max(limits.components, LEAST_COMPONENTS);
@@ -271,7 +271,7 @@ Displacement_shader::Displacement_shader() {
     _nameTextures();
 }
 
-// The textures get their names on the first use.
+// A copy must work without a context, so its textures are created on the first use.
 Displacement_shader::Displacement_shader(Displacement_shader const& other) : Base_shader(other) {
     copy(other);
 }
@@ -341,7 +341,7 @@ void Displacement_shader::setNormalsTexture(VL_Image const& image) {
 
 void Displacement_shader::loadTexture(VL_String const& path, VL_Image*& image, unsigned int const& texture) {
     if (VL_Raster != nullptr) {
-        VL_Raster->destroyTexture(texture);  // the name is used again
+        VL_Raster->destroyTexture(texture);  // the name is reused
     }
     delete image;
     image = new VL_Image;

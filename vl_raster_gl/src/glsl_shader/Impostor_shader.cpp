@@ -201,7 +201,7 @@ void Impostor_shader::createShadersGeometry() {
 }
 
 std::string Impostor_shader::_vertexText() const {
-    // MIN_COLOR gives one color too, and that is the highest.
+    // MIN_COLOR is one color as well, the maximum color.
     auto const magnitude = RenderMagnitude::type(type);
     bool const isBeyond = magnitude > RenderMagnitude::MIN_COLOR;
     bool const isOneColor = magnitude == RenderMagnitude::MIN_COLOR || (isBeyond && kind.isOtherTypeConstant);

@@ -13,6 +13,7 @@ namespace vellum {
 
 namespace {
 
+// Through the render layer, so that a subclass can hide the extension and test the other dialect.
 bool isExtensionListed() {
     return VL_Raster != nullptr && VL_Raster->isExtensionSupported("GL_EXT_geometry_shader4");
 }
@@ -24,6 +25,7 @@ bool hasVersion32() {
         return false;
     }
     char* end = nullptr;
+    // Two integers instead of a decimal number: "3.10" is later than "3.2".
     long const major = std::strtol(text, &end, 10);
     long const minor = *end == '.' ? std::strtol(end + 1, nullptr, 10) : 0;
     return major > 3 || (major == 3 && minor >= 2);
@@ -84,6 +86,7 @@ std::string geometryNames(GeometryDialect dialect) {
 
 std::string geometryPassThrough(GeometryDialect dialect) {
     if (dialect == GeometryDialect::EXT_SHADER4) {
+        // The interface fixes this text, so it is not written with the common names.
         return Shader_gl::geometryPassThrough();
     }
     return geometryPrologue(dialect, {GL_TRIANGLES, GL_TRIANGLE_STRIP, 3}) + R"(
@@ -105,6 +108,7 @@ void main()
 }
 
 void setGeometryLayout(GeometryDialect dialect, GeometryLayout const& layout, Program_gl& program) {
+    // In GLSL 1.50 the layout is part of the text, and the entry point may be missing.
     if (dialect != GeometryDialect::EXT_SHADER4 || VL_Raster == nullptr) {
         return;
     }

@@ -8,8 +8,8 @@ namespace vellum {
 
 namespace {
 
-// The reference that the register writers match bit for bit: one operation after the other, in the order of
-// the formula.
+// The reference of the vectorized writers: one particle at a time, with the same operations in the same
+// order.
 class PlainColors {
 public:
     explicit PlainColors(RecordFormula const& formula) : f(formula) {}
@@ -19,10 +19,12 @@ public:
         case RecordColor::VECTOR:
             return {v[0], v[1], v[2]};
         case RecordColor::SPREAD_SCALAR: {
+            // Three equal components c have the length |s| for c = sqrt(s * s / 3).
             float const component = std::sqrt(v[0] * v[0] / 3.0F);
             return {component, component, component};
         }
         case RecordColor::LENGTH:
+            // std::sqrt of a float is correctly rounded, like the instructions of the other writers.
             return _ramp(std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]) / f.scale);
         case RecordColor::X:
         case RecordColor::TRUNCATED_SCALAR:
@@ -61,7 +63,7 @@ void writePlainly(RecordFormula const& formula, float const* positions, float co
         ParticleRecord record;
         std::memcpy(&record.position, positions + VECTOR_FLOATS * particle, sizeof(record.position));
         record.color = colors.of(values + valueFloats * particle);
-        // Copied, as nothing says that floats are records.
+        // Copied, because a float array must not be accessed as records (strict aliasing).
         std::memcpy(out + RECORD_FLOATS * k, &record, sizeof(record));
     }
 }
