@@ -1,6 +1,7 @@
 #pragma once
 
-/// \file Marks the symbols that the foundation library exports; all others are hidden.
+/// \file
+/// Marks the symbols that the foundation library exports; all others are hidden.
 
 #if defined(_WIN32)
 #if defined(VL_FOUNDATION_BUILD)

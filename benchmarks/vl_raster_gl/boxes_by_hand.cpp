@@ -16,8 +16,8 @@ constexpr float ABOVE[3] = {0.0F, 1.0F, 0.0F};
 constexpr float BEHIND[3] = {0.0F, 0.0F, -1.0F};
 constexpr float BEFORE[3] = {0.0F, 0.0F, 1.0F};
 
-/// The eight corners of an upright box. Corner i is at the maximum where bit 0 (x), 1 (y), 2 (z) is set, so that
-/// both kinds of boxes have the same faces.
+/// The eight corners of an upright box. Corner i is at the maximum where bit 0 (x), 1 (y), 2 (z) is set, so
+/// that both kinds of boxes have the same faces.
 inline void fill(Corners& corners, Box3<float> const& box) {
     for (unsigned int i = 0; i < 8; ++i) {
         corners[i][0] = (i & 1U) != 0 ? box.max.x : box.min.x;

@@ -4,7 +4,8 @@
 #include <cstdint>
 #include <utility>
 
-/// \file In-place sorting for arrays with few different keys.
+/// \file
+/// In-place sorting for arrays with few different keys.
 
 namespace vellum::array_tools {
 

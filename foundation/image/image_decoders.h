@@ -1,6 +1,7 @@
 #pragma once
 
-/// \file The decoders of VL_Image::read(), one source per library. Not installed.
+/// \file
+/// The decoders of VL_Image::read(), one source per library. Not installed.
 ///
 /// Each reads a file from its beginning into an empty image. VL_Image::create() checks the sizes of the
 /// file's header before memory is allocated for them. On false, the image may be in any state.

@@ -146,9 +146,10 @@ public:
     /// \return false if the buffer was refused, because of insufficient memory, a null mapping, or an error
     ///     while its store grows; nothing is drawn then.
     /// GL: genBuffers the first time; getFreeGpuMemory, bindBuffer x 2, bufferData where the buffer grows, or
-    /// deleteBuffers where it is refused; bindBuffer, bufferData, mapBuffer, getError, unmapBuffer where it is
-    /// filled (bindBuffer(0) and deleteBuffers after getError where it is refused); enableClientState x 2, setPointSize,
-    /// bindBuffer, vertexPointer, colorPointer, drawArrays, bindBuffer(0), disableClientState x 2. An empty buffer is not mapped, which GL would refuse.
+    /// deleteBuffers where it is refused; bindBuffer, bufferData, mapBuffer, getError, unmapBuffer where it
+    /// is filled (bindBuffer(0) and deleteBuffers after getError where it is refused); enableClientState x 2,
+    /// setPointSize, bindBuffer, vertexPointer, colorPointer, drawArrays, bindBuffer(0), disableClientState x
+    /// 2. An empty buffer is not mapped, which GL would refuse.
     /// State: the point size; no buffer is bound.
     bool renderFromVboNoShaders(ParticleSystem_v2 const& system, bool keepFlag, bool rebuild,
                                 float const& scale, float const& minMagnitude, float const& maxMagnitude,

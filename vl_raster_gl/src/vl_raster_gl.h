@@ -1,7 +1,8 @@
 #pragma once
 
-/// \file The whole public interface of the library in one include. It includes no GL header; the application
-/// may include GLEW before or after it.
+/// \file
+/// The whole public interface of the library in one include. It includes no GL header; the application may
+/// include GLEW before or after it.
 
 #include "foundation/foundation.h"
 

@@ -54,9 +54,8 @@ void main()
 //     DISPLACED_NORMAL  displacedNormal(), of internal/displaced_normal.h
 //     MAIN              main()
 //
-// phong() gives one light at the eye position vPos. Each light brings an alpha of 1, so that two give 2.
-// Deliberate (four-component-light-distance): the distance is that of the four-component positions; directions have
-// three components, so that a light at infinity shines from its position all the same.
+// phong() is the light i at the eye-space position vPos. Each light adds an alpha of 1, so that two give 2.
+// Deliberate (four-component-light-distance): the distance has four components, the direction three.
 constexpr char const* FRAGMENT = R"(@CONSTANTS@uniform sampler2D normalsMap;
 uniform sampler2D displacementMap;
 uniform vec4 basecolor;

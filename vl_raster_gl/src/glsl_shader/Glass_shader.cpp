@@ -42,7 +42,8 @@ void main()
 // refraction in normalized device coordinates; MixRatio: factor of the Fresnel term; Frame* and texture*:
 // pixels.
 //
-// x is that of the reflected direction without its height, y that of the whole direction; both -1 to 1:
+// The environment is sampled at (s, t). x is the cosine between the x axis and the reflected direction
+// without its height, y the cosine between the y axis and the reflected direction; both -1 to 1:
 //
 //     z >= 0    s = 1/2 + x / 4      1/4 to 3/4
 //     z < 0     s = 1 - x / 4        3/4 to 5/4, beyond 1 the repeating image begins again: up to 1/4

@@ -38,8 +38,8 @@ void main()
 constexpr char const* ONE_COLOR = R"(    vec3 color = maxColor;
 )";
 
-// The ramp; SPEED is the vector whose length is the speed of a particle. Deliberate (full-rate): the two differ at a rate
-// of exactly 1, which has the highest color here and the clamp color below.
+// The ramp. SPEED is the vector whose length is the speed of a particle.
+// Deliberate (full-rate): a rate of exactly 1 has the maximum color here, the clamp color below.
 constexpr char const* RAMP = R"(    float speed = length(@SPEED@) / magnitudeScale;
     vec3 color = minColor;
     float divisor = maxMagnitude - minMagnitude;

@@ -4,10 +4,10 @@
 
 namespace vellum {
 
-/// Discards one pending error: of a texture that GL refuses, or of a user's program, whose log has the
-/// reason.
+/// Clears one pending error without a report: after an upload that GL rejects, or after a user's program,
+/// whose log has the reason.
 ///
-/// Deliberate (discarded-error): the error's text is asked for and dropped; a trace shows the call.
+/// Deliberate (discarded-error): the error's text is queried and discarded.
 /// GL: glGetError; gluErrorString after an error.
 inline void discardError() {
     GLenum const error = glGetError();

@@ -25,7 +25,6 @@ bool hasVersion32() {
         return false;
     }
     char* end = nullptr;
-    // Two integers instead of a decimal number: "3.10" is later than "3.2".
     long const major = std::strtol(text, &end, 10);
     long const minor = *end == '.' ? std::strtol(end + 1, nullptr, 10) : 0;
     return major > 3 || (major == 3 && minor >= 2);
@@ -108,7 +107,6 @@ void main()
 }
 
 void setGeometryLayout(GeometryDialect dialect, GeometryLayout const& layout, Program_gl& program) {
-    // In GLSL 1.50 the layout is part of the text, and the entry point may be missing.
     if (dialect != GeometryDialect::EXT_SHADER4 || VL_Raster == nullptr) {
         return;
     }

@@ -1,6 +1,7 @@
 #pragma once
 
-/// \file OpenGL and GLU with their prototypes, for the sources of the library alone. The library calls OpenGL
+/// \file
+/// OpenGL and GLU with their prototypes, for the sources of the library alone. The library calls OpenGL
 /// directly, never through the function pointers of GLEW, so it works without initializing GLEW.
 
 #define GL_GLEXT_PROTOTYPES 1

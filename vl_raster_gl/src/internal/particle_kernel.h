@@ -8,18 +8,17 @@
 #include <cstring>
 
 /// \file
-/// The writing of particle records with vector instructions, for the sources that define `Lanes`: a register
-/// of 4 particles, or of twice 4, for which the instructions of that source's processor stand. Everything is
-/// local to the source that includes it, as sources may be compiled for different processors.
+/// The vectorized writer of particle records, for the sources that define `Lanes`: a register of 4 particles,
+/// or of twice 4, with the instructions of a processor. All names are local to the including source, because
+/// sources are compiled for different processors.
 ///
-/// Every result has the same bits as that of the plain writer: each operation is rounded as there, in the
-/// same order.
+/// Every result has the bits of the plain writer: each operation is rounded as there, in the same order.
 ///
 /// Registers hold 4 particles in each half of 8 floats, or in their only 4 floats:
 ///
-///     three vectors in a row      x0 y0 z0 x1 | y1 z1 x2 y2 | z2 x3 y3 z3
-///     their components            x0 x1 x2 x3 | y0 y1 y2 y3 | z0 z1 z2 z3
-///     four records in a row       x0 y0 z0 r0 | g0 b0 x1 y1 | z1 r1 g1 b1 | x2 y2 z2 r2 | g2 b2 x3 y3 | z3 r3 g3 b3
+///     three vectors in a row  x0 y0 z0 x1 | y1 z1 x2 y2 | z2 x3 y3 z3
+///     their components        x0 x1 x2 x3 | y0 y1 y2 y3 | z0 z1 z2 z3
+///     four records in a row   x0 y0 z0 r0 | g0 b0 x1 y1 | z1 r1 g1 b1 | x2 y2 z2 r2 | g2 b2 x3 y3 | z3 r3 g3 b3
 
 namespace vellum {
 namespace {
@@ -45,7 +44,7 @@ inline Three componentsOf(Three const& row) {
             Lanes::shuffle<pick(0, 2, 0, 3)>(z, row.z)};
 }
 
-/// Particles one after the other.
+/// Consecutive particles.
 struct Neighbors {
     static Three vectors(float const* first, std::size_t k) {
         return Lanes::loadRow<Three>(first + VECTOR_FLOATS * k);
@@ -61,11 +60,11 @@ struct Chosen {
     unsigned int const* offsets;
 
     Three vectors(float const* first, std::size_t k) const {
-        // Without a gap between them they are read as neighbors are, which is faster.
+        // Without gaps they are read as consecutive particles, which is faster.
         if (offsets[k + Lanes::COUNT - 1] - offsets[k] == Lanes::COUNT - 1) {
             return Lanes::loadRow<Three>(first + VECTOR_FLOATS * offsets[k]);
         }
-        // With gaps the processor does not read ahead far enough by itself.
+        // With gaps, the hardware prefetcher does not read far enough ahead.
         std::uintptr_t const here = reinterpret_cast<std::uintptr_t>(first + VECTOR_FLOATS * offsets[k]);
         Lanes::fetch(here + BYTES_AHEAD);
         Lanes::fetch(here + BYTES_AHEAD + 6 * Lanes::COUNT);
@@ -98,7 +97,7 @@ inline void storeRecords(Three const& p, Three const& color, float* out) {
         Lanes::shuffle<pick(0, 2, 2, 3)>(zr3, greenBlueHigh));
 }
 
-/// The colors of as many particles as a register holds.
+/// The colors of one register of particles.
 template <RecordColor source>
 class Colors {
 public:
@@ -117,7 +116,7 @@ public:
     static constexpr bool IS_RAMP = source != RecordColor::CONSTANT && source != RecordColor::VECTOR &&
                                     source != RecordColor::SPREAD_SCALAR;
 
-    /// Without a ramp: the colors of the particles from number k on.
+    /// Without a ramp: the colors of the particles from index k.
     template <class Particles>
     Three of(Particles const& particles, float const* values, std::size_t k) const {
         if constexpr (source == RecordColor::CONSTANT) {
@@ -131,13 +130,13 @@ public:
         }
     }
 
-    /// Where the particles from number k on stand on the ramp: 0 at its lowest color, 1 at its highest.
+    /// The positions on the ramp of the particles from index k: 0 at the minimum color, 1 at the maximum.
     template <class Particles>
     Register placeOf(Particles const& particles, float const* values, std::size_t k) const {
         return placeOnRamp<Lanes>(_magnitudeOf(particles, values, k), minMagnitude, range);
     }
 
-    /// The colors of places on the ramp.
+    /// The colors of positions on the ramp.
     Three ofPlace(Register const& t) const {
         return {_component(t, lowest.x, difference.x, above.x),
                 _component(t, lowest.y, difference.y, above.y),
@@ -182,7 +181,7 @@ private:
     Register scale;
 };
 
-/// Whole registers of particles, from number `first` to before `end`.
+/// Full registers of particles, from index `first` to `end`, exclusive.
 template <bool streams, class Color, class Particles>
 void writeWhole(Color const& color, Particles const& particles, float const* positions, float const* values,
                 float* out, std::size_t first, std::size_t end) {
@@ -192,10 +191,10 @@ void writeWhole(Color const& color, Particles const& particles, float const* pos
                                   out + RECORD_FLOATS * k);
         }
     } else {
-        // In two steps. The road from a value to its color is long, a root and two divisions one behind the other;
-        // in one step a processor does not look far enough ahead to begin with the next particles in the meantime.
+        // In two steps, because the dependency chain from a value to its color is long: a square root and two
+        // divisions. In one step, out-of-order execution would not reach the next particles meanwhile.
         constexpr std::size_t AHEAD =
-            16 * Lanes::COUNT;  // particles of a step, whose places stay in the cache
+            16 * Lanes::COUNT;  // particles of a step: their positions fit into the first-level cache
         float places[AHEAD];
         for (std::size_t start = first; start < end;) {
             std::size_t const stop = end - start < AHEAD ? end : start + AHEAD;
@@ -212,7 +211,7 @@ void writeWhole(Color const& color, Particles const& particles, float const* pos
     }
 }
 
-/// Fewer particles than a register holds, from number `first` on: they are filled up with zeros on the way.
+/// A partial register from index `first`, padded with zeros.
 template <class Color, class Particles>
 void writeFew(Color const& color, Particles const& particles, float const* positions, float const* values,
               float* out, std::size_t first, std::size_t end) {
@@ -231,7 +230,7 @@ void writeFew(Color const& color, Particles const& particles, float const* posit
     std::memcpy(out + RECORD_FLOATS * first, fewRecords, RECORD_FLOATS * (end - first) * sizeof(float));
 }
 
-/// From number `first` on.
+/// From index `first`.
 template <bool streams, class Color, class Particles>
 void writeMany(Color const& color, Particles const& particles, float const* positions, float const* values,
                float* out, std::size_t first, std::size_t count) {
@@ -249,7 +248,7 @@ void writeAll(Color const& color, Particles const& particles, float const* posit
         writeMany<false>(color, particles, positions, values, out, 0, count);
         return;
     }
-    // Stores past the cache go to whole, aligned registers. A record is 24 bytes, so one of the first four
+    // Stores that bypass the cache need aligned registers. A record has 24 bytes, so one of the first four
     // records is aligned, if any is.
     std::size_t first = 0;
     while (first < 4 &&

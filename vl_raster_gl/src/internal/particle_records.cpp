@@ -11,10 +11,10 @@ namespace vellum {
 
 namespace {
 
-// Records that fill more than the cache of a processor are of no use in it.
+// More records than this exceed the cache, so they bypass it.
 constexpr std::size_t STREAMED_BYTES = std::size_t{8} << 20;
 
-// What stands for the values of a chunk that has none.
+// The values of a chunk without a channel.
 constexpr float ZEROS[VECTOR_FLOATS * ParticleSystemChunk_v2::CAPACITY] = {};
 
 RecordWriter fastestRecordWriter() {
@@ -27,16 +27,16 @@ RecordWriter fastestRecordWriter() {
     return plainRecordWriter();
 }
 
-// Takes particles and writes their records. Many at once are written straight from the channels; few are first put
-// together, so that the writer always has many.
+// Collects particles and writes their records. Long runs are written directly from the channels; short ones
+// are staged, so that the writer is called for many at once.
 template <unsigned int valueFloats>
 class RecordSink {
 public:
     RecordSink(RecordFormula const& formula, float* out, bool streams)
         : formula(formula), out(out), streams(streams) {}
 
-    // `count` particles: those at the offsets, ascending, or without offsets the first ones of a run of neighbors
-    // that is `readable` long.
+    // Adds `count` particles: those at the ascending offsets, or without offsets the first of `readable`
+    // consecutive ones.
     void put(float const* positions, float const* values, unsigned int const* offsets, unsigned int count,
              unsigned int readable) {
         if (count == 0) {
@@ -47,12 +47,13 @@ public:
         lastValue = values + std::size_t{valueFloats} * last;
         unsigned int k = 0;
         if (count >= MANY) {
-            // Up to the end of a line what was put together, whole lines from the channels, and the rest again.
+            // Staged particles up to the end of a cache line, full lines directly from the channels, and the
+            // rest staged again.
             k = (LINE_RECORDS - _beyondLine(staged)) % LINE_RECORDS;
             _stage(positions, values, offsets, 0, k);
             flush();
             unsigned int end = count - (count - k) % LINE_RECORDS;
-            // Behind the last one of the run nothing may be read.
+            // The writer reads beyond a vector, which it must not do after the last one of the run.
             end -= end == count && last + 1 == readable ? LINE_RECORDS : 0;
             _write(_first<VECTOR_FLOATS>(positions, offsets, k), _first<valueFloats>(values, offsets, k),
                    offsets != nullptr ? offsets + k : nullptr, end - k);
@@ -64,7 +65,7 @@ public:
         }
     }
 
-    // The particle that came last, once more.
+    // Repeats the last particle.
     void repeatLast() { put(lastPosition, lastValue, nullptr, 1, 1); }
 
     void flush() {
@@ -77,17 +78,17 @@ public:
 private:
     static constexpr unsigned int MANY = 64;
     static constexpr unsigned int STAGE = 256;
-    static constexpr unsigned int LINE_RECORDS = 8;  // fill lines of the cache, 64 bytes each, to the end
+    static constexpr unsigned int LINE_RECORDS = 8;  // fill whole cache lines of 64 bytes
 
-    // The first of the neighbors from number k on; offsets are counted from where they were.
+    // The first of the particles from index k; offsets are relative to it.
     template <unsigned int floats>
     static float const* _first(float const* from, unsigned int const* offsets, unsigned int k) {
         return offsets != nullptr ? from : from + std::size_t{floats} * k;
     }
 
-    // Of so many records, those behind the last end of a line that is the end of a record, too.
+    // Of so many records, those after the last cache-line end that is also a record end.
     unsigned int _beyondLine(unsigned int count) const {
-        // In units of 8 bytes, of which a line has 8 and a record 3: three times 3 is 1 more than a line.
+        // In units of 8 bytes: a line has 8, a record 3, and 3 * 3 is 1 modulo 8.
         std::uintptr_t const start = reinterpret_cast<std::uintptr_t>(out) / 8;
         return static_cast<unsigned int>((count + 3 * start) % LINE_RECORDS);
     }
@@ -119,16 +120,16 @@ private:
     }
 
     RecordFormula const& formula;
-    float* out;  // where the next record goes
+    float* out;  // position of the next record
     bool streams;
-    float const* lastPosition = ZEROS;  // of the particle that was put last
-    float const* lastValue = ZEROS;     // alike
-    unsigned int staged = 0;            // particles below
+    float const* lastPosition = ZEROS;  // of the last particle
+    float const* lastValue = ZEROS;     // of the last particle
+    unsigned int staged = 0;            // particles in the arrays below
     float stagedPositions[VECTOR_FLOATS * (STAGE + MANY)];
     float stagedValues[VECTOR_FLOATS * (STAGE + MANY)];
 };
 
-// Calls `run(slot, count)` for neighbors that live, in the order of iterators, until it answers false.
+// Calls `run(slot, count)` for runs of living particles, in the order of iterators, until it returns false.
 template <class Run>
 bool forLivingRuns(ParticleSystemChunk_v2 const& chunk, Run const& run) {
     if (chunk.isCompacted()) {

@@ -1,4 +1,4 @@
-// Compiled for processors with AVX, where the compiler can. What is here runs only after the processor was asked.
+// Compiled for AVX if the compiler supports it. Runs only if the processor supports it.
 #include "internal/record_writers.h"
 
 #include <cstdint>
@@ -16,11 +16,11 @@ struct Lanes {
 
     static Register all(float value) { return _mm256_set1_ps(value); }
     static Register load(float const* values) { return _mm256_loadu_ps(values); }
-    // Begins to read what is there, if anything is.
+    // Prefetches; an invalid address is ignored.
     static void fetch(std::uintptr_t address) {
         _mm_prefetch(reinterpret_cast<char const*>(address), _MM_HINT_T0);
     }
-    // Of each particle its vector and a float more; in the other half those of the particle four further on.
+    // Reads the vector of each particle and one more float; the other half has the particle four further.
     static Register loadVectors(float const* vectors, unsigned int const* offsets) {
         return _mm256_insertf128_ps(
             _mm256_castps128_ps256(_mm_loadu_ps(vectors + VECTOR_FLOATS * offsets[0])),
@@ -47,11 +47,12 @@ struct Lanes {
     static Register multiply(Register a, Register b) { return _mm256_mul_ps(a, b); }
     static Register divide(Register a, Register b) { return _mm256_div_ps(a, b); }
     static Register squareRoot(Register a) { return _mm256_sqrt_ps(a); }
-    // Both give b where a number is NaN.
+    // Both return b if a number is NaN.
     static Register greatest(Register a, Register b) { return _mm256_max_ps(a, b); }
     static Register least(Register a, Register b) { return _mm256_min_ps(a, b); }
     static Register isAbove(Register a, Register b) { return _mm256_cmp_ps(a, b, _CMP_GT_OQ); }
-    // By bits: compilers may take a blend of a comparison apart where integers have no wide comparison.
+    // With bit operations: compilers may split a blend of a comparison if wide integer comparisons are
+    // missing.
     static Register choose(Register mask, Register yes, Register no) {
         return _mm256_or_ps(_mm256_and_ps(mask, yes), _mm256_andnot_ps(mask, no));
     }

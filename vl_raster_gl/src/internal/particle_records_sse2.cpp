@@ -15,11 +15,11 @@ struct Lanes {
 
     static Register all(float value) { return _mm_set1_ps(value); }
     static Register load(float const* values) { return _mm_loadu_ps(values); }
-    // Begins to read what is there, if anything is.
+    // Prefetches; an invalid address is ignored.
     static void fetch(std::uintptr_t address) {
         _mm_prefetch(reinterpret_cast<char const*>(address), _MM_HINT_T0);
     }
-    // Of each particle its vector and a float more.
+    // Reads the vector of each particle and one more float.
     static Register loadVectors(float const* vectors, unsigned int const* offsets) {
         return _mm_loadu_ps(vectors + VECTOR_FLOATS * *offsets);
     }
@@ -43,7 +43,7 @@ struct Lanes {
     static Register multiply(Register a, Register b) { return _mm_mul_ps(a, b); }
     static Register divide(Register a, Register b) { return _mm_div_ps(a, b); }
     static Register squareRoot(Register a) { return _mm_sqrt_ps(a); }
-    // Both give b where a number is NaN.
+    // Both return b if a number is NaN.
     static Register greatest(Register a, Register b) { return _mm_max_ps(a, b); }
     static Register least(Register a, Register b) { return _mm_min_ps(a, b); }
     static Register isAbove(Register a, Register b) { return _mm_cmpgt_ps(a, b); }

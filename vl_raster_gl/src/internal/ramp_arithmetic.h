@@ -1,7 +1,8 @@
 #pragma once
 
-/// \file The position of a magnitude between two others, and the color component there: the single source of
-/// the colors that the CPU computes. `Lanes` is the arithmetic, of one number (color_ramp.h) or of a register
+/// \file
+/// The position of a magnitude between two others, and the color component there: the single source of the
+/// colors that the CPU computes. `Lanes` is the arithmetic, of one number (color_ramp.h) or of a register
 /// (the record writers).
 ///
 /// Templates only, over a type that is local to its source: the writers are compiled for particular

@@ -2,8 +2,9 @@
 
 #include <cstddef>
 
-/// \file Data only, no functions: sources for particular processors include it, and the linker could select
-/// an inline function that was compiled there for all processors.
+/// \file
+/// Data only, no functions: sources for particular processors include it, and the linker could select an
+/// inline function that was compiled there for all processors.
 
 namespace vellum {
 

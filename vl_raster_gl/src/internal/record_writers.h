@@ -2,7 +2,8 @@
 
 #include "internal/record_formula.h"
 
-/// \file The writers of many records, all with the same bits as a result. writeParticleRecords() selects the
+/// \file
+/// The writers of many records, all with the same bits as a result. writeParticleRecords() selects the
 /// fastest one that the processor supports. Declarations only, because sources for particular processors
 /// include them; see record_formula.h.
 
