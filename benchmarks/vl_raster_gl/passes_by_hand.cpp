@@ -8,8 +8,8 @@ namespace vellum::benchmarks {
 
 namespace {
 
-// Uniforms are looked up by name in every call, as the library does: the interface looks locations up anew,
-// and the benchmark asks for the cost of the library's own work, not of that rule.
+// Every call queries the location by name, as the interface requires of the library: the benchmark measures
+// the library's additional work, not that query.
 struct Frame {
     float width;
     float height;

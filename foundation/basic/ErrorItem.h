@@ -7,7 +7,7 @@
 
 namespace vellum {
 
-/// What kind of entry an ErrorItem is.
+/// The kinds of an ErrorItem.
 enum ErrorItemCategoryFlags : unsigned int {
     EICF_TOO_OLD = 1,
     EICF_INFO = 2,
@@ -16,7 +16,7 @@ enum ErrorItemCategoryFlags : unsigned int {
     EICF_CRITICAL_ERROR = 16
 };
 
-/// Which library of the family an ErrorItem comes from; further bits name other libraries.
+/// The library of the family that an ErrorItem comes from; further bits are other libraries.
 enum ErrorItemLibraryFlags : unsigned int { EILF_TOO_OLD = 1, EILF_BASICLIB = 2 };
 
 /// An entry of the family's error lists. It owns its message and releases it when it is destroyed.

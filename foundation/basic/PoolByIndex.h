@@ -72,8 +72,8 @@ public:
         return index;
     }
 
-    /// Releases a record: its index waits in the free list, to be handed out again. With the last record in
-    /// use the pool starts anew: page counts, free list and bit set are emptied, and the next index is 0. The
+    /// Releases a record: its index waits in the free list, to be handed out again. After the last record in
+    /// use the pool is reset: page counts, free list and bit set are emptied, and the next index is 0. The
     /// pages are kept.
     /// \return false for an index that is not in use (a second release, NOT_FOUND); the pool is unchanged
     ///     then.
@@ -90,7 +90,8 @@ public:
         try {
             released.pushBack(index);
         } catch (std::bad_alloc const&) {
-            // Releasing must not fail. An index that could not be noted rests until the pool starts anew.
+            // Releasing must not fail. An index without an entry in the free list stays unused until the pool
+            // is reset.
         }
         return true;
     }

@@ -2,7 +2,7 @@
 
 namespace vellum {
 
-/// Eight values, one for each corner of a box.
+/// Eight values, one per corner of a box.
 template <class T>
 struct Tuple8 {
     T e0;

@@ -8,7 +8,7 @@
 
 namespace vellum {
 
-/// A picture in main memory: textures of effects are read into it and uploaded from it.
+/// An image in main memory: textures of effects are read into it and uploaded from it.
 ///
 /// Use:
 ///

@@ -62,8 +62,8 @@ private:
 
 constexpr stbi_io_callbacks CALLBACKS{Source::read, Source::skip, Source::isAtEnd};
 
-// The fewest bytes that hold a picture: four channels in runs of at most 127, where a line may be run-length
-// encoded at all. A shorter file is truncated, which this check detects without decoding.
+// The minimum size of an image: four channels in runs of at most 127, where a line may be run-length encoded
+// at all. A shorter file is truncated, which this check detects without decoding.
 std::int64_t fewestBytes(std::int64_t const& width, std::int64_t const& height) {
     return height * (width < 8 ? 4 * width : 4 + 4 * 2 * ((width + 126) / 127));
 }

@@ -367,8 +367,8 @@ void drawHandles(Core_RL& layer, Tuple3<unsigned int> const& names, Tuple3<Color
 // == Culled circles ==
 
 /// Sends the segments of a circle whose two ends both satisfy `shows(distance)`, the distance being measured
-/// from the center along the viewing direction. \return whether any did. There is no segment from the last
-/// point to the first.
+/// from the center along the viewing direction. \return whether any segment was sent.
+/// Deliberate (one-degree-gap): none from the last point to the first.
 template <class Shows>
 bool sendSegments(CirclePoints const& points, Vector3<float> const& center,
                   Vector3<float> const& viewDirection, Shows const& shows) {

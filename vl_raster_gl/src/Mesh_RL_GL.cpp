@@ -180,7 +180,7 @@ void fillSoup(GLuint& name, bool keepsStore, unsigned int triangleCount, std::si
 /// with their modified bits.
 class Mesh_RL_GL::Arrays {
 public:
-    unsigned int faults = 0;         // those of the arrays that were asked for
+    unsigned int faults = 0;         // of the arrays that a drawing reads
     unsigned int triangleCount = 0;  // 0 where the triangles have a fault
     unsigned int vertexCount = 0;
     unsigned int vertexNormalCount = 0;

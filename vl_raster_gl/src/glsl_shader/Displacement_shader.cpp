@@ -22,8 +22,8 @@ constexpr int DISPLACEMENT_UNIT = 1;
 
 // == The plain path ==
 
-// Moves the vertex by its texel: -1 to 1 by channel, times scale (hundredths).
-// Deliberate (four-component-displacement): w is moved, too.
+// Displaces the vertex by its texel: -1 to 1 per channel, times scale (hundredths).
+// Deliberate (four-component-displacement): displaces w as well.
 constexpr char const* VERTEX = R"(uniform sampler2D displacementMap;
 uniform vec2 uvTileFactor;
 uniform vec3 scale;

@@ -2,7 +2,7 @@
 
 namespace vellum {
 
-// Systems without IOKit keep no such statistics; what the GL extensions tell stands.
+// Systems without IOKit have no such statistics; the value of the GL extensions stays.
 void readAcceleratorFreeMemory(int& /*kilobytes*/) {}
 
 }  // namespace vellum

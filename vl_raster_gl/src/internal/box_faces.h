@@ -8,8 +8,8 @@
 
 namespace vellum {
 
-/// A face of a box: its outward normal and its corners, counter-clockwise seen from outside. The numbers are
-/// those of Box3's corners.
+/// A face of a box: its outward normal and the numbers of its corners in Box3, counter-clockwise seen from
+/// outside.
 struct BoxFace {
     Vector3<float> normal;
     unsigned int corners[4];

@@ -9,7 +9,7 @@
 
 namespace vellum {
 
-inline constexpr unsigned int CIRCLE_POINTS = 360;    // one for each degree
+inline constexpr unsigned int CIRCLE_POINTS = 360;    // one per degree
 inline constexpr float ONE_DEGREE = 0.017453292F;     // radians
 inline constexpr float FACING_THRESHOLD = -0.01F;     // nearer to the viewer than the circle's center
 inline constexpr unsigned int TAPE_FIRST_DEGREE = 5;  // where the band of a tape quarter begins
@@ -62,7 +62,7 @@ inline Matrix4<float> circleAxisFrame(VL_AXIS axis, float scale) {
 }
 
 /// The number of points of an ellipse, and the part of its circumference between two of them.
-/// Deliberate (open-ellipse): 1/29 cut to ten digits, so the last point lands just short of the first.
+/// Deliberate (open-ellipse): 1/29 truncated to ten digits, so the last point lands just short of the first.
 inline constexpr unsigned int ELLIPSE_POINTS = 30;
 inline constexpr double ELLIPSE_STEP = 0.0344827586;
 

@@ -185,7 +185,7 @@ private:
     float percent;
     unsigned int wanted;        // particles to take in all
     bool boundIsTaken = false;  // of taken / visited
-    double bound = 0;           // taken / visited below it is taken; on it, too, where boundIsTaken
+    double bound = 0;           // smaller quotients are selected; equal ones if boundIsTaken
     double visitsPerTaken = 0;  // 1 / bound
     std::int64_t step = 0;      // the bound, with DIGITS digits behind the point
     unsigned int taken = 0;     // at most wanted

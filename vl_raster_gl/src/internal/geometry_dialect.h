@@ -32,7 +32,7 @@ std::string geometryPrologue(GeometryDialect dialect, GeometryLayout const& layo
 
 /// Names for texts that compile in both dialects:
 ///
-///     STAGE_IN vec4 a[];          an input, one for each vertex of the primitive
+///     STAGE_IN vec4 a[];          an input, one per vertex of the primitive
 ///     STAGE_OUT vec4 b;           an output, undefined again after each EmitVertex()
 ///     POSITION_IN(i)              gl_Position of a vertex
 ///     FRONT_COLOR_IN(i)           gl_FrontColor of a vertex

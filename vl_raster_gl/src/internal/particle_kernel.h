@@ -18,7 +18,8 @@
 ///
 ///     three vectors in a row  x0 y0 z0 x1 | y1 z1 x2 y2 | z2 x3 y3 z3
 ///     their components        x0 x1 x2 x3 | y0 y1 y2 y3 | z0 z1 z2 z3
-///     four records in a row   x0 y0 z0 r0 | g0 b0 x1 y1 | z1 r1 g1 b1 | x2 y2 z2 r2 | g2 b2 x3 y3 | z3 r3 g3 b3
+///     four records in a row   x0 y0 z0 r0 | g0 b0 x1 y1 | z1 r1 g1 b1 | x2 y2 z2 r2 | g2 b2 x3 y3 | z3 r3 g3
+///     b3
 
 namespace vellum {
 namespace {
@@ -112,7 +113,7 @@ public:
         , range(Lanes::all(formula.range))
         , scale(Lanes::all(formula.scale)) {}
 
-    /// Whether the colors are those of a ramp.
+    /// Whether the colors come from a ramp.
     static constexpr bool IS_RAMP = source != RecordColor::CONSTANT && source != RecordColor::VECTOR &&
                                     source != RecordColor::SPREAD_SCALAR;
 
