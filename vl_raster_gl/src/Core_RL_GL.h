@@ -166,8 +166,7 @@ public:
     bool getError(char const* where, int line) override;
 
     // GL: as under 'Buffers and draw calls'.
-    // Deliberate (core-point-parameters): not the entry points of the
-    // extension in their names.
+    // Deliberate (core-point-parameters): not the entry points of the extension in their names.
 
     void uniform1f(int location, float x) override;
     void uniform3f(int location, float x, float y, float z) override;
