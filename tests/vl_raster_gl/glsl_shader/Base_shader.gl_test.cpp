@@ -127,6 +127,7 @@ TEST_F(Base_shader_drawn_test, imagesOfEveryKindArriveInTexture) {
                           {3, 3, 32},
                           {3, 4, 32},
                           {5, 1, 8},
+                          {5, 1, 16},
                           {5, 2, 16},
                           {5, 2, 8},
                           {3, 1, 32}}) {
