@@ -31,6 +31,7 @@ ArrayId ArrayServer::create(unsigned int const& elementSize, unsigned int const&
     }
     ArrayTypeable& array = typeables[id];
     if (count != 0) {
+        // calloc detects an overflow of the product and gets large blocks from the system already zeroed.
         array.data = std::calloc(count, elementSize);
         if (array.data == nullptr) {
             typeables.release(id);
@@ -47,6 +48,7 @@ ArrayId ArrayServer::create(unsigned int const& elementSize, unsigned int const&
 
 bool ArrayServer::retain(ArrayId const& id) {
     ArrayTypeable* const array = typeables.find(id);
+    // A count that wrapped around would free the array under its holders.
     if (array == nullptr || array->references == MOST_REFERENCES) {
         return false;
     }
@@ -68,6 +70,8 @@ bool ArrayServer::release(ArrayId& id) {
 void ArrayServer::destroy_typeable(ArrayId& id) {
     if (ArrayTypeable* const array = typeables.find(id)) {
         --array->references;
+        // The record is cleared before its slot is free: whoever kept its address finds an empty array
+        // instead of freed memory.
         array->flags &= static_cast<unsigned short>(~ARRAY_TYPEABLE_IS_LOCKED_TYPE);
         array->size = 0;
         std::free(array->data);
@@ -101,6 +105,7 @@ unsigned int ArrayServer::_shareHandle(unsigned int const& handle) {
     if (record == nullptr) {
         return ArrayHandle::NONE;
     }
+    // A second record for the same array, so that copying a handle never fails.
     if (record->references == MOST_REFERENCES) {
         return _createHandle(record->typeable);
     }

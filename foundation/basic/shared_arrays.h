@@ -9,8 +9,9 @@
 
 namespace vellum {
 
-// The server of shared arrays and the handle to one of them. Each is the other's friend and neither is of use alone, so
-// one header has both; ArrayServer.h and ArrayHandle.h include it under the names of the two classes.
+// The server of shared arrays and the handle to one of them. Each is the other's friend and neither is of use
+// alone, so one header has both; ArrayServer.h and ArrayHandle.h include it under the names of the two
+// classes.
 
 class ArrayServer;
 
@@ -77,7 +78,8 @@ public:
     /// owners and handles, at most 65535) cannot be counted any more.
     explicit ArrayHandle(ArrayId const& id);
 
-    /// Holds the same array. Copies beyond the 65535 that a record can count go on with a record of their own.
+    /// Holds the same array. Copies beyond the 65535 that a record can count go on with a record of their
+    /// own.
     ArrayHandle(ArrayHandle const& other);
     ArrayHandle(ArrayHandle&& other) noexcept;  ///< The other handle holds no array afterwards.
 

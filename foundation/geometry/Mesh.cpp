@@ -376,7 +376,8 @@ void fillFaceNormals(Surface const& surface, Color4<float>* faceNormals) {
     }
 }
 
-/// One normal for each set of corners. The first set at a vertex has the vertex's index, later ones follow behind.
+/// One normal for each set of corners. The first set at a vertex has the vertex's index, later ones follow
+/// behind.
 void sumAroundSets(Surface const& surface, CornerSets& sets, NormalSums& normals) {
     constexpr unsigned int NONE = 0xFFFFFFFFU;
     std::vector<unsigned int> normalOfSet(std::size_t{surface.count} * 3, NONE);
@@ -391,8 +392,8 @@ void sumAroundSets(Surface const& surface, CornerSets& sets, NormalSums& normals
                 normal = static_cast<unsigned int>(normals.sums.size());
                 normals.sums.push_back({0, 0, 0});
             } else if (normal == NONE) {
-                // A face without area must not take the vertex's own index: nothing of it is seen, and a visible
-                // set would lose the index to it.
+                // A face without area must not take the vertex's own index: nothing of it is seen, and a
+                // visible set would lose the index to it.
                 normal = vertex;
                 isTaken[vertex] = isTaken[vertex] || hasArea;
             }

@@ -32,8 +32,8 @@ bool isParticleFile(std::string const& path) {
     if (format.value() == ParticleFormat::LAMMPS_DUMP || format.value() == ParticleFormat::PLY) {
         return true;
     }
-    // A comment "# v x y z" at the top of a mesh file reads like the column names of a CSV file. PLY files always have
-    // their signature: without it the name says nothing.
+    // A comment "# v x y z" at the top of a mesh file reads like the column names of a CSV file. PLY files
+    // always have their signature: without it the name says nothing.
     bool const isNamedAsMesh =
         !isParticleExtension(extension) && extension != ".ply" && isMeshExtension(extension);
     return !isNamedAsMesh;

@@ -6,9 +6,10 @@ namespace vellum::viewport {
 
 /// Whether a file that a user named is read as a particle file; otherwise it is a mesh file.
 ///
-/// The content decides where it has a signature: LAMMPS dumps, and PLY files with or without faces. XYZ and CSV have
-/// none, and other texts can look like them; there the name of a mesh format outranks the content. A file that is
-/// unreadable or of no known format is of the kind that its name says, so that the fault speaks of the right formats.
+/// The content decides where it has a signature: LAMMPS dumps, and PLY files with or without faces. XYZ and
+/// CSV have none, and other texts can look like them; there the name of a mesh format outranks the content. A
+/// file that is unreadable or of no known format is of the kind that its name says, so that the fault speaks
+/// of the right formats.
 bool isParticleFile(std::string const& path);
 
 }  // namespace vellum::viewport

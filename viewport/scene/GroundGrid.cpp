@@ -54,8 +54,8 @@ std::vector<ShadedSegment> GroundGrid::segments() const {
         return color;
     };
     auto const addLines = [&](Point const& along, Point const& across) {
-        // Of the line with index 0. Where that is so far away that the indices lose their last digits, lines anywhere
-        // will do, and none of them is an axis.
+        // Of the line with index 0. Where that is so far away that the indices lose their last digits, lines
+        // anywhere will do, and none of them is an axis.
         double const trueOffset = dot(fileOrigin - center, across);
         bool const isTold = std::abs(trueOffset) < 1e12 * spacing;
         double const offset = isTold ? trueOffset : -(2.0 * MAJOR_STEP + 0.5) * spacing - radius;

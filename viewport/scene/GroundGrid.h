@@ -15,8 +15,8 @@ struct ShadedSegment {
     Color4<float> toColor;
 };
 
-/// The grid that gives a scene its scale: lines at whole multiples of a power of ten in the files' units, every
-/// tenth one stronger, and the coordinate axes of the files, where they come by, in their colors.
+/// The grid that gives a scene its scale: lines at whole multiples of a power of ten in the files' units,
+/// every tenth one stronger, and the coordinate axes of the files, where they come by, in their colors.
 struct GroundGrid {
     Vector3<double> center;  ///< a point of the grid's plane
     Vector3<double> u;       ///< the plane's directions: unit length, each along a coordinate axis
@@ -29,8 +29,8 @@ struct GroundGrid {
     /// The pieces to be drawn with alpha blending, in any order.
     std::vector<ShadedSegment> segments() const;
 
-    /// The power of ten of the files' units, in units of the scene, at which lines stand apart so that between 4 and
-    /// 40 of them cross a model of the given size.
+    /// The power of ten of the files' units, in units of the scene, at which lines stand apart so that
+    /// between 4 and 40 of them cross a model of the given size.
     static double spacingFor(double modelSize, double unitsPerFileUnit);
 };
 

@@ -54,8 +54,8 @@ public:
         return data.triangleMaterials.empty() ? 0 : data.triangleMaterials[kept[t]];
     }
 
-    /// The normals of the file at the corners of a triangle. Where the file has none they are those of the surface
-    /// without hard edges: a vertex of the file has one normal, as it has one color.
+    /// The normals of the file at the corners of a triangle. Where the file has none they are those of the
+    /// surface without hard edges: a vertex of the file has one normal, as it has one color.
     std::array<Vector3<double>, 3> vertexNormals(unsigned int t) {
         Triangle const& vertices = source(t);
         return {_vertexNormal(t, 0, vertices.e0), _vertexNormal(t, 1, vertices.e1),
@@ -122,7 +122,7 @@ public:
     }
     std::vector<unsigned int> const& used() const { return order; }
 
-    /// Forgets all numbers, in the time that giving them took.
+    /// Costs the time of the numbers given, not of all vertices: a model may have thousands of small parts.
     void clear() {
         for (unsigned int old : order) {
             numbers[old] = NONE;
@@ -135,8 +135,8 @@ private:
     std::vector<unsigned int> order;
 };
 
-/// The texture coordinates of a triangle onto which the texture is projected along an axis. The texture covers the
-/// longest side of the box.
+/// The texture coordinates of a triangle onto which the texture is projected along an axis. The texture
+/// covers the longest side of the box.
 std::array<Vector2<float>, 3> projected(Array<Vector3<double>> const& positions, Triangle const& t,
                                         Box3<double> const& box) {
     Vector3<double> const points[3] = {positions[t.e0], positions[t.e1], positions[t.e2]};
@@ -170,7 +170,8 @@ unsigned int sizeOf(ArrayId const& id) {
     return array != nullptr ? array->size : 0;
 }
 
-/// Makes one part after the other from a surface. The numberings are as large as the whole model, so they are made once.
+/// Makes one part after the other from a surface. The numberings are as large as the whole model, so they are
+/// made once.
 class PartMaker {
 public:
     PartMaker(MeshData const& data, Surface& surface, std::shared_ptr<VL_Image const> const& texture)
@@ -245,7 +246,7 @@ private:
         mesh.addNamedArray(MeshArrayInf_ns::PER_FACE, ModelPart::CHANNEL, toArray(coordinates));
     }
 
-    /// Only where the colors of the part's vertices are not all the same.
+    /// Does nothing where one color is enough.
     void _fillColors(ModelPart& part, std::vector<unsigned int> const& members) {
         fileVertices.clear();
         std::vector<Triangle> triangles;

@@ -32,13 +32,14 @@ struct ModelPart {
 
 /// Makes the parts of a model, ready to be drawn in every mode.
 ///
-/// Vertices at exactly the same position become one, so that the seams at which formats repeat vertices are no
-/// borders; triangles that lose their area by it are left out. Normals are those of the file, or else computed with
-/// hard edges where faces meet at more than 40 degrees. Vertex normal i belongs to vertex i.
+/// Vertices at exactly the same position become one, so that the seams at which formats repeat vertices are
+/// no borders; triangles that lose their area by it are left out. Normals are those of the file, or else
+/// computed with hard edges where faces meet at more than 40 degrees. Vertex normal i belongs to vertex i.
 ///
 /// \param place moves a position from the file's frame to that of the scene.
 /// \param texture put on all parts in place of their own textures, unless null. Where the mesh has no texture
-///     coordinates each triangle shows the texture as if projected along the axis that its normal is nearest to.
+///     coordinates each triangle shows the texture as if projected along the axis that its normal is nearest
+///     to.
 std::vector<ModelPart> makeParts(MeshData const& data,
                                  std::function<Vector3<double>(Vector3<double> const&)> const& place,
                                  std::shared_ptr<VL_Image const> const& texture);

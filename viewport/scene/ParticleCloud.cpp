@@ -47,8 +47,9 @@ void include(Box3<double>& box, Vector3<double> const& p) {
            {std::max(box.max.x, p.x), std::max(box.max.y, p.y), std::max(box.max.z, p.z)}};
 }
 
-/// The spacing of a regular grid of as many points in the same box, in as many dimensions as the particles fill. The
-/// true mean distance of neighbors would need a search; for the size of spheres the estimate is enough.
+/// The spacing of a regular grid of as many points in the same box, in as many dimensions as the particles
+/// fill. The true mean distance of neighbors would need a search; for the size of spheres the estimate is
+/// enough.
 double spacingIn(Box3<double> const& box, std::size_t count) {
     Vector3<double> const extent = box.max - box.min;
     double const largest = std::max({extent.x, extent.y, extent.z});
@@ -127,8 +128,8 @@ void CloudMaker::_measure() {
     }
 }
 
-/// Renderers draw every so many of the particles. Those of a lattice, in the order of the lattice, would show stripes;
-/// in this order, which is always the same for the same count, they show none.
+/// Renderers draw every so many of the particles. Those of a lattice, in the order of the lattice, would show
+/// stripes; in this order, which is always the same for the same count, they show none.
 void CloudMaker::_shuffle() {
     std::mt19937 random(20'011);
     for (std::size_t left = count; left > 1; --left) {
@@ -146,8 +147,8 @@ Vector3<float> CloudMaker::_shown(std::size_t particle) const {
         return {static_cast<float>(v.x * part), static_cast<float>(v.y * part),
                 static_cast<float>(v.z * part)};
     }
-    // A number is stored in a vector too. Drawn without a buffer, particles with a scalar channel would take their
-    // colors from the numbers of other particles.
+    // A number is stored in a vector too. Drawn without a buffer, particles with a scalar channel would take
+    // their colors from the numbers of other particles.
     return {look.scale->toMagnitude((*quantity)[particle]), 0, 0};
 }
 

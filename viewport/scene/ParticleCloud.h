@@ -29,7 +29,8 @@ struct ParticleCloud {
     double diameter;                       ///< of a sphere; above 0
 };
 
-/// Makes the cloud of a frame in two steps: Scene needs the boxes of all clouds before it can place any of them.
+/// Makes the cloud of a frame in two steps: Scene needs the boxes of all clouds before it can place any of
+/// them.
 ///
 ///     CloudMaker const maker(frame, look);
 ///     ... maker.box() ...

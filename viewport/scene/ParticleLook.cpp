@@ -45,8 +45,8 @@ struct Ends {
     bool isEmpty() const { return !(least <= most); }
 };
 
-/// Adds the values of all particles that have a place. Infinite values have no part in a range: it would have no
-/// colors left for the others.
+/// Adds the values of all particles that have a place. Infinite values have no part in a range: it would have
+/// no colors left for the others.
 void include(Ends& ends, ParticleFrame const& frame, Quantity const& quantity) {
     for (std::size_t i = 0; i < frame.positions.size(); ++i) {
         double const value = quantity[i];

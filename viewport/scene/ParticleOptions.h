@@ -16,8 +16,8 @@ struct ValueRange {
     double high;
 };
 
-/// The colors of a range of values: they blend from `low` to `high` and go on below; above the range all values
-/// have one color.
+/// The colors of a range of values: they blend from `low` to `high` and go on below; above the range all
+/// values have one color.
 struct RampColors {
     Color4<float> low{0x8F / 255.0F, 0x1D / 255.0F, 0x9E / 255.0F, 1};
     Color4<float> high{0xFF / 255.0F, 0xDD / 255.0F, 0x4A / 255.0F, 1};

@@ -9,20 +9,22 @@
 
 namespace vellum::viewport {
 
-/// One number for each particle of a frame: a channel of the file, or the speed or a component of the velocities.
-/// The frame must outlive it.
+/// One number for each particle of a frame: a channel of the file, or the speed or a component of the
+/// velocities. The frame must outlive it.
 class Quantity {
 public:
     static constexpr char SPEED_NAME[] = "speed";
 
-    /// The quantity of that name: a channel, or else `speed`, `vx`, `vy` or `vz` of the velocities. Nothing where the
-    /// frame has none.
+    /// The quantity of that name: a channel, or else `speed`, `vx`, `vy` or `vz` of the velocities. Nothing
+    /// where the frame has none.
     static std::optional<Quantity> find(ParticleFrame const& frame, std::string const& name);
 
-    /// The lengths of the velocities, also where a channel has that name. Nothing where there are no velocities.
+    /// The lengths of the velocities, also where a channel has that name. Nothing where there are no
+    /// velocities.
     static std::optional<Quantity> speed(ParticleFrame const& frame);
 
-    /// The names of all quantities that a frame offers, those likeliest to be of interest first: ids and types last.
+    /// The names of all quantities that a frame offers, those likeliest to be of interest first: ids and
+    /// types last.
     static std::vector<std::string> names(ParticleFrame const& frame);
 
     bool isSpeed() const { return channel == nullptr && axis == ALL_AXES; }

@@ -22,19 +22,20 @@ struct Model {
     Box3<double> box;
 };
 
-/// Everything that is shown, moved and scaled so that drawing never meets extreme numbers: whatever the units of the
-/// files, everything together is centered at the origin and reaches as far as `RADIUS`. The files keep their places
-/// relative to each other.
+/// All models and particles of a picture, moved and scaled into one frame. Whatever the units of the files,
+/// together they are centered at the origin and reach as far as RADIUS, so that drawing never meets extreme
+/// numbers. The files keep their places relative to each other.
 ///
 /// Plain arithmetic; nothing here touches OpenGL.
 class Scene {
 public:
-    /// The distance of the farthest corner of box() from the origin. Orthographic cameras see 1000 units deep on both
-    /// sides of the origin; this leaves room for a ground around the models, and uses the depth buffer well.
+    /// The distance of the farthest corner of box() from the origin. Orthographic cameras see 1000 units deep
+    /// on both sides of the origin; this leaves room for a ground around the models, and uses the depth
+    /// buffer well.
     static constexpr double RADIUS = 250;
 
-    /// Whether the parts of models keep what they were made of, for the preview of imports. It takes as much memory as
-    /// the models themselves.
+    /// Whether the parts of models keep what they were made of, for the preview of imports. It takes as much
+    /// memory as the models themselves.
     enum class Imports { DROPPED, KEPT };
 
     /// \param texture put on all models in place of their own textures, unless null.

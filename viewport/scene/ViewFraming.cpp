@@ -38,15 +38,16 @@ std::vector<Point> framable(std::vector<Point> const& points) {
     return hasExtent ? points : cornersOf(framable(Box3<double>{first, first}));
 }
 
-/// Where an eye that sees the points between two planes of the frame stands: how deep along the direction of view,
-/// and how far along the direction from one plane to the other.
+/// Where an eye that sees the points between two planes of the frame stands: how deep along the direction of
+/// view, and how far along the direction from one plane to the other.
 struct Reach {
     double depth;
     double aside;
 };
 
-/// The frame's planes open from the eye e with the tangent t on both sides of the direction d. A point p is between
-/// them when (p - e) s <= t (p - e) d and -(p - e) s <= t (p - e) d, with s the direction aside. So, with
+/// The frame's planes open from the eye e with the tangent t on both sides of the direction d. A point p is
+/// between them when (p - e) s <= t (p - e) d and -(p - e) s <= t (p - e) d, with s the direction aside. So,
+/// with
 ///
 ///     a = max p (s - t d)        b = max p (-s - t d)
 ///
@@ -133,8 +134,8 @@ OrthographicFraming frameOrthographic(Box3<double> const& box, View view, double
         halfWidth = std::max(halfWidth, std::abs(dot(corner - center, axes.right)));
         halfHeight = std::max(halfHeight, std::abs(dot(corner - center, axes.up)));
     }
-    // The camera shows x from -(h + panX) to h - panX and y from -(h + panY) / aspect to (h - panY) / aspect, with
-    // h = e^zoom: pan y is divided by the aspect, like the height.
+    // The camera shows x from -(h + panX) to h - panX and y from -(h + panY) / aspect to (h - panY) / aspect,
+    // with h = e^zoom: pan y is divided by the aspect, like the height.
     OrthographicFraming framing{};
     framing.panX = -dot(center, axes.right);
     framing.panY = -dot(center, axes.up) * aspect;

@@ -60,11 +60,11 @@ constexpr double FILLED_PART = 0.86;
 /// The corners of a box, in the order of Box3.
 std::vector<Vector3<double>> cornersOf(Box3<double> const& box);
 
-/// Frames the points with the given vertical field of view (degrees, above 0 and below 180) and aspect (width divided
-/// by height), looking along `direction` (any length above 0). The picture's vertical is +Y, or -z where the camera
-/// looks straight up or down. `surroundings` is what else is to be seen near the points; the clipping distances hold
-/// it as far as depth precision allows, however large it is. Points without extent, or none, are framed as if they
-/// were a box of size 1, about the origin if there are none.
+/// Frames the points with the given vertical field of view (degrees, above 0 and below 180) and aspect (width
+/// divided by height), looking along `direction` (any length above 0). The picture's vertical is +Y, or -z
+/// where the camera looks straight up or down. `surroundings` is what else is to be seen near the points; the
+/// clipping distances hold it as far as depth precision allows, however large it is. Points without extent,
+/// or none, are framed as if they were a box of size 1, about the origin if there are none.
 PerspectiveFraming framePerspective(std::vector<Vector3<double>> const& points,
                                     Box3<double> const& surroundings, Vector3<double> const& direction,
                                     double fieldOfView, double aspect);

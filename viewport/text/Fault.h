@@ -6,14 +6,15 @@
 
 namespace vellum::viewport {
 
-/// Why something asked for could not be done: the file concerned and what is wrong with it.
+/// Why a request failed: the file concerned and what is wrong with it.
 ///
-/// Faults are values: whoever cannot go on gives one back, and the program turns it into one line on standard error.
+/// Faults are values: functions return them, alone or in a Result, and the program prints one line on
+/// standard error.
 struct Fault {
     std::string file;     ///< as the user named it; may be empty
     std::string message;  ///< one clause, without the file's name and without a full stop
 
-    /// "file: message" as a single line: control characters, also those of a file name, are shown as '?'.
+    /// "file: message" as a single line (see singleLine()).
     std::string line() const;
 };
 

@@ -11,13 +11,14 @@ namespace vellum::viewport {
 struct TextDamage {
     std::uint64_t line = 0;  ///< from 1
     std::string reason;      ///< one clause
-    bool isAtEnd = false;    ///< the text ends there: it may just have been cut off
+    bool isAtEnd = false;    ///< the text ends there, so it may have been cut off
 
     /// "line 7: reason"
     std::string message() const { return "line " + std::to_string(line) + ": " + reason; }
 };
 
-/// A text taken line by line from its front; knows where it is.
+/// A cursor that takes a text line by line and knows its place. Copies are cheap: a copy looks ahead or marks
+/// a place.
 class TextLines {
 public:
     explicit TextLines(std::string_view text)
@@ -27,7 +28,7 @@ public:
     std::uint64_t done() const { return static_cast<std::uint64_t>(position - lineStart); }
     std::uint64_t left() const { return static_cast<std::uint64_t>(end - position); }
 
-    /// The next line without its end, a line feed; empty at the end of the text.
+    /// Takes the next line, without its line feed; empty at the end of the text.
     std::string_view take() {
         if (position == end) {
             ended = false;
@@ -42,7 +43,7 @@ public:
         return {start, static_cast<std::size_t>(lineEnd - start)};
     }
 
-    /// Steps over lines without words.
+    /// Skips lines without words.
     void skipEmpty() {
         char const* here = position;
         std::uint64_t lines = 0;
@@ -62,7 +63,7 @@ public:
     /// The number of the line taken last, from 1.
     std::uint64_t number() const { return lineNumber; }
 
-    /// Has the line taken last its line feed? Without it the text may have been cut off within the line.
+    /// Whether the line taken last ends with a line feed. Otherwise the text may have been cut off within it.
     bool isEnded() const { return ended; }
 
     /// Damage in the line taken last.
@@ -76,7 +77,7 @@ private:
     bool ended = true;
 };
 
-/// A word of a file as it is shown in messages: in quotes, and shortened where it is long.
+/// A word of a file for messages: in quotes, and shortened where it is long.
 inline std::string quoted(std::string_view word) {
     constexpr std::size_t longest = 32;
     return word.size() <= longest ? "'" + std::string(word) + "'"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
-/// Words and lines of text files, taken off the front of a text.
+/// Splits texts into words and lines from their front. Words hold no blanks; a line ends with a line feed.
 namespace vellum::viewport {
 
 inline constexpr std::string_view BLANKS = " \t\r\n\v\f";

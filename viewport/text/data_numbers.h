@@ -5,11 +5,12 @@
 
 namespace vellum::viewport {
 
-/// Reads a number of a data file (see toDataNumber()) at the front of a text, of which any other text may follow.
+/// Reads a number of a data file (see toDataNumber()) at the front of a text, of which any other text may
+/// follow.
 /// \return the end of the number, or null where the text does not begin with one; `value` is then undefined.
 ///
-/// Millions of these make up a file. They are in a header so that the loop over a row contains them: as a call of another
-/// source file the reading of a dump takes 8 percent longer.
+/// Millions of these make up a file. They are in a header so that the loop over a row contains them: as a
+/// call of another source file the reading of a dump takes 8 percent longer.
 inline char const* takeDataNumber(char const* here, char const* end, double& value);
 
 /// The part that is rarely needed: signs, names, many digits, numbers beyond all doubles.
@@ -29,8 +30,8 @@ inline char const* takeDigits(char const* here, char const* end, std::uint64_t& 
 /// Reads a number as simulations write them: a few digits, perhaps with a point among them and an exponent.
 /// \return its end, or null where it is of another kind.
 ///
-/// The digits form an integer that a double holds exactly, and so are the powers of ten up to the 22nd: one product or
-/// quotient of the two is the nearest double, which std::from_chars takes longer to find.
+/// The digits form an integer that a double holds exactly, and so are the powers of ten up to the 22nd: one
+/// product or quotient of the two is the nearest double, which std::from_chars takes longer to find.
 inline char const* takeShortNumber(char const* here, char const* end, double& value) {
     constexpr double powersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                       1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};

@@ -5,8 +5,8 @@
 
 namespace vellum::viewport {
 
-/// The text with the letters A to Z in lower case; all other bytes stay. Serves names of formats, file name extensions
-/// and keys, which are ASCII. Independent of the locale, unlike std::tolower.
+/// The text with the letters A to Z in lower case; all other bytes stay. Serves names of formats, file name
+/// extensions and keys, which are ASCII. Independent of the locale, unlike std::tolower.
 inline std::string lowerCase(std::string_view text) {
     std::string lower(text);
     for (char& character : lower) {

@@ -10,9 +10,9 @@ namespace vellum::viewport {
 
 namespace {
 
-constexpr std::size_t LARGEST_STEP = std::size_t(1) << 22;  // bytes into and out of one call of zlib
+// Bytes per call of zlib, whose counts have 32 bits. Progress is reported between calls.
+constexpr std::size_t LARGEST_STEP = std::size_t(1) << 22;
 
-/// zlib's state, set up for gzip files.
 class Inflater {
 public:
     explicit Inflater(std::string_view compressed) : _left(compressed) {
@@ -25,8 +25,8 @@ public:
     Inflater(Inflater const&) = delete;
     Inflater& operator=(Inflater const&) = delete;
 
-    /// Writes up to `room` bytes. \return what zlib says: Z_OK, Z_STREAM_END at the end of a member, or an error;
-    /// Z_BUF_ERROR where the input is used up.
+    /// Writes up to `room` bytes. \return the code of zlib: Z_OK, Z_STREAM_END at the end of a member,
+    /// Z_BUF_ERROR where the input is used up, or another error.
     int step(char* const out, std::size_t room, std::size_t& written) {
         std::size_t const given = std::min(_left.size(), LARGEST_STEP);
         stream.next_in = reinterpret_cast<Bytef const*>(_left.data());
@@ -40,7 +40,7 @@ public:
         return outcome;
     }
 
-    /// Goes on to the next member. \return is there one?
+    /// \return false where no further member follows.
     bool startNextMember() { return isGzip(_left) && inflateReset(&stream) == Z_OK; }
 
     std::string_view left() const { return _left; }

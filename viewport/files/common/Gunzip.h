@@ -11,12 +11,12 @@
 
 namespace vellum::viewport {
 
-/// What a gzip file holds.
+/// The uncompressed content of a gzip file.
 class GunzippedText {
 public:
     std::string_view bytes() const { return {start.get(), size}; }
 
-    bool isCutOff() const { return endedEarly; }  ///< the compressed data end before they are whole
+    bool isCutOff() const { return endedEarly; }  ///< the compressed data end too early
 
 private:
     friend Result<GunzippedText> gunzip(std::string_view compressed, std::uint64_t limit,
@@ -34,16 +34,16 @@ private:
     bool endedEarly = false;
 };
 
-/// Do the bytes begin as gzip files do?
+/// Whether the bytes begin like a gzip file.
 bool isGzip(std::string_view bytes);
 
-/// Gives what all the members of a gzip file hold, one after the other. Data that are damaged are a fault, so are those
-/// that hold more than `limit` bytes; of data that are cut off it gives what is there. Bytes behind the last
-/// member are passed over, as gzip does.
-/// \param progress told the compressed bytes done and all compressed bytes; may be empty.
+/// Uncompresses all members of a gzip file, one after the other. Damaged data and data of more than `limit`
+/// bytes are a fault; data that are cut off give the part that is there. Bytes behind the last member are
+/// ignored, as gzip does.
+/// \param progress gets the compressed bytes done and all compressed bytes; may be empty.
 Result<GunzippedText> gunzip(std::string_view compressed, std::uint64_t limit, Progress const& progress);
 
-/// At most the first `size` bytes of what a gzip file holds; empty where it is damaged.
+/// At most the first `size` uncompressed bytes of a gzip file; empty where it is damaged.
 std::string gunzipStart(std::string_view compressed, std::size_t size);
 
 }  // namespace vellum::viewport

@@ -12,7 +12,7 @@
 namespace vellum::viewport {
 
 Result<MappedFile> MappedFile::open(std::string const& path) {
-    // Without O_NONBLOCK a named pipe would be waited for.
+    // Without O_NONBLOCK opening a named pipe would block until somebody writes to it.
     int const descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) {
         return Fault{path, std::string("cannot be opened: ") + std::strerror(errno)};
@@ -35,6 +35,7 @@ Result<MappedFile> MappedFile::open(std::string const& path) {
             reason = std::string("cannot be read: ") + std::strerror(errno);
         }
     }
+    // The mapping keeps the file open.
     ::close(descriptor);
     if (!reason.empty()) {
         return Fault{path, reason};

@@ -7,12 +7,12 @@
 
 namespace vellum::viewport {
 
-/// A whole file as bytes in memory, read by the system as they are looked at.
+/// A whole file mapped into memory. The system reads the pages that are looked at and may drop them again.
 ///
-/// The file must not be made shorter while it is mapped: the system ends programs that look at bytes which are gone.
+/// The file must not be truncated while it is mapped: reading a page that is gone ends the process (SIGBUS).
 class MappedFile {
 public:
-    /// Maps a regular file that is not empty; everything else is a fault.
+    /// Maps a regular file that is not empty; anything else is a fault.
     static Result<MappedFile> open(std::string const& path);
 
     ~MappedFile();

@@ -8,6 +8,7 @@ namespace vellum::viewport {
 namespace {
 
 std::optional<PlyScalarType> toScalarType(std::string_view word) {
+    // Two generations of writers: the names of C, and names with the number of bits.
     struct Row {
         std::string_view name;
         PlyScalarType type;
@@ -29,6 +30,7 @@ std::optional<PlyScalarType> toScalarType(std::string_view word) {
 }
 
 bool addProperty(std::string_view line, PlyHeader& header) {
+    // A property belongs to the element declared last.
     if (header.elements.empty()) {
         return false;
     }
@@ -36,6 +38,7 @@ bool addProperty(std::string_view line, PlyHeader& header) {
     std::string_view type = takeWord(line);
     if (type == "list") {
         std::optional<PlyScalarType> const length = toScalarType(takeWord(line));
+        // A list is a count of an integer type and then as many values.
         if (!length || !length->isInteger) {
             return false;
         }
@@ -80,6 +83,7 @@ std::optional<PlyHeader> readPlyHeader(std::string_view file) {
     PlyHeader header;
     std::string_view first = takeLine(bytes);
     std::string_view const magic = takeWord(first);
+    // Some writers use capitals, which the importer accepts as well.
     if (magic != "ply" && magic != "PLY") {
         return std::nullopt;
     }

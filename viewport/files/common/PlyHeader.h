@@ -8,6 +8,7 @@
 
 namespace vellum::viewport {
 
+/// A number as the body of a PLY file stores it.
 struct PlyScalarType {
     std::size_t size = 0;  // bytes
     bool isInteger = false;
@@ -23,20 +24,22 @@ struct PlyProperty {
 
 struct PlyElement {
     std::string name;
-    std::uint64_t count = 0;  // as declared: nothing says that the file holds as many
+    std::uint64_t count = 0;  // as declared; the file may hold fewer
     std::vector<PlyProperty> properties;
 };
 
 enum class PlyFormat { TEXT, BINARY_LITTLE, BINARY_BIG };
 
-/// What the first lines of a PLY file declare.
+/// The declarations at the beginning of a PLY file: which elements follow, how many and with which
+/// properties.
 struct PlyHeader {
     PlyFormat format = PlyFormat::TEXT;
     std::vector<PlyElement> elements;  // in the order of the body
     std::string_view body;             // all that follows the header; lives as long as the file's bytes
 };
 
-/// Reads the header; nothing where the bytes are not PLY or the header is not whole or not understood.
+/// Reads the header; nothing where the bytes are not PLY, or the header is cut off or malformed. Lines with
+/// other keywords (comment, obj_info) are skipped.
 std::optional<PlyHeader> readPlyHeader(std::string_view file);
 
 }  // namespace vellum::viewport

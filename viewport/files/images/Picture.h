@@ -15,9 +15,9 @@ struct Picture {
     std::vector<unsigned char> pixels;  ///< 4 * width * height
 
     /// Writes the picture as a PNG file. It appears under its name complete or not at all: it is written to a
-    /// temporary file in the same folder, which is then renamed and, on a failure, removed. An existing file is
-    /// replaced, but only a regular one; through a symbolic link the file that it points to.
-    /// Gives the fault that kept it from being written, or nothing.
+    /// temporary file in the same folder, which is then renamed and, on a failure, removed. An existing file
+    /// is replaced, but only a regular one; through a symbolic link the file that it points to. Gives the
+    /// fault that kept it from being written, or nothing.
     std::optional<Fault> savePng(std::string const& path) const;
 
     /// Reads a PNG file of any kind.

@@ -24,11 +24,12 @@ namespace vellum::viewport {
 
 namespace {
 
-constexpr Color4<float> PLAIN_COLOR{0.74F, 0.76F, 0.80F, 1.0F};  // of what has no color of its own
+constexpr Color4<float> PLAIN_COLOR{0.74F, 0.76F, 0.80F, 1.0F};  // of surfaces without a color
 
 // == Assimp's log ==
 
-/// Watches Assimp's log while it lives and keeps the first note of damage that Assimp only glosses over.
+/// Keeps the first message in Assimp's log, while it lives, that reports damage which Assimp goes on to
+/// ignore.
 class DamageWatch {
 public:
     DamageWatch() {
@@ -144,7 +145,7 @@ Color4<float> materialColor(aiScene const& scene, unsigned int index) {
     if (material.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) != AI_SUCCESS) {
         return PLAIN_COLOR;
     }
-    // What Assimp adds where a file has no material.
+    // Assimp adds a gray material where a file has none.
     std::string_view const word = name.C_Str();
     bool const isAssimpsGray = diffuse.r == 0.6F && diffuse.g == 0.6F && diffuse.b == 0.6F;
     if (word == AI_DEFAULT_MATERIAL_NAME || (word.empty() && isAssimpsGray)) {
@@ -177,7 +178,7 @@ Material toMaterial(aiScene const& scene, unsigned int index) {
         }
         material.texture = name.C_Str();
         aiTexture const* const embedded = scene.GetEmbeddedTexture(name.C_Str());
-        // A height of 0 tells a picture file, whose size in bytes the width is.
+        // A height of 0 marks an image file; the width is then its size in bytes.
         if (embedded != nullptr && embedded->mHeight == 0 && embedded->pcData != nullptr) {
             unsigned char const* const bytes = reinterpret_cast<unsigned char const*>(embedded->pcData);
             material.textureBytes.assign(bytes, bytes + embedded->mWidth);
@@ -192,16 +193,16 @@ class Collector {
 public:
     Collector(aiScene const& scene, bool ignoreNormals) : scene(scene), ignoreNormals(ignoreNormals) {}
 
-    /// False when there is more of something than a mesh holds.
+    /// \return false where the scene has more vertices or triangles than a mesh may have.
     bool collect() {
         for (unsigned int i = 0; i < scene.mNumMaterials; ++i) {
             collected.materials.push_back(toMaterial(scene, i));
         }
-        collected.materials.emplace_back();  // of meshes that have none
+        collected.materials.emplace_back();  // for meshes without a material
         if (scene.mRootNode == nullptr) {
             return true;
         }
-        // A stack of its own, since a file may nest its nodes deeper than the call stack reaches.
+        // Not recursive: a file may nest its nodes deeper than the call stack reaches.
         struct Placed {
             aiNode const* node;
             Matrix4<double> transform;
@@ -301,7 +302,7 @@ private:
             unsigned int const a = base + face.mIndices[0];
             unsigned int const b = base + face.mIndices[1];
             unsigned int const c = base + face.mIndices[2];
-            // A mirrored triangle turns its back; the other order of corners shows its front again.
+            // Mirroring turns the front of a triangle to the back; swapping two corners turns it again.
             collected.triangleMaterials.push_back(std::min(mesh.mMaterialIndex, scene.mNumMaterials));
             collected.triangles.push_back(isMirrored ? MeshData::Triangle{a, c, b}
                                                      : MeshData::Triangle{a, b, c});
@@ -343,7 +344,7 @@ Result<MeshData> importWithAssimp(std::string const& path) {
         return fault(*damage);
     }
 
-    // The steps that follow the reading trust the indices, so these are checked in between.
+    // Postprocessing trusts the indices, so they are checked before it.
     aiScene const* scene = importer.ReadFile(path, 0);
     if (scene == nullptr) {
         std::string const reason = importer.GetErrorString();

@@ -10,13 +10,13 @@ namespace vellum::viewport {
 /// Reads a mesh file through Assimp, in this process and without any limit. For files that cannot be trusted,
 /// which is every file a user names, run it under importGuarded().
 ///
-/// Nodes are placed, polygons cut into triangles, points and lines left out. Colors come from the vertices or else
-/// from the material. Normals that the file lacks stay missing (see MeshData::normals).
+/// Nodes are placed, polygons cut into triangles, points and lines left out. Colors come from the vertices or
+/// else from the material. Normals that the file lacks stay missing (see MeshData::normals).
 ///
-/// Assimp repairs some damage silently or with no more than a note in its log: an index out of range, fewer vertices
-/// or faces than declared. Here that is a fault: who opens a damaged file is to know.
-/// Nothing is written to the standard streams. Exceptions of Assimp's are caught by Assimp; those of allocation
-/// leave this function.
+/// Assimp repairs some damage silently or with no more than a note in its log: an index out of range, fewer
+/// vertices or faces than declared. Here that is a fault, so that users notice that their file is damaged.
+/// Nothing is written to the standard streams. Exceptions of Assimp's are caught by Assimp; those of
+/// allocation leave this function.
 Result<MeshData> importWithAssimp(std::string const& path);
 
 /// Whether Assimp has an importer for files with this extension, which starts with a dot.

@@ -4,17 +4,17 @@
 #include <string>
 #include <string_view>
 
-/// Checks of file formats that declare in their header how much they hold, for what Assimp does not notice.
+/// Checks the counts that PLY and OFF files declare in their header. Assimp does not detect this damage:
 ///
-/// Of a PLY file that was cut off Assimp keeps the faces that are left, or reads on behind the end of the file; in an
-/// OFF file it takes a missing index as 0, and so a negative one. Each check gets the whole file and gives the message
-/// of a fault, or nothing. What a check does not understand it leaves to the importer, and reports no fault.
+/// of a PLY file that is cut off it keeps the remaining faces or reads beyond the end of the file, and in an
+/// OFF file it takes a missing or negative index as 0. Each check gets the whole file and returns the message
+/// of a fault, or nothing. A file that a check does not understand is left to the importer.
 namespace vellum::viewport {
 
-/// PLY, text or binary: are all the elements there that the header declares?
+/// PLY, text or binary: whether all elements exist that the header declares.
 std::optional<std::string> plyFault(std::string_view bytes);
 
-/// OFF: are all vertices and faces there, and do the faces' indices name vertices?
+/// OFF: whether all vertices and faces exist, and the indices of the faces name vertices.
 std::optional<std::string> offFault(std::string_view bytes);
 
 }  // namespace vellum::viewport

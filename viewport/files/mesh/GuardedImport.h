@@ -19,15 +19,15 @@ struct ImportLimits {
 /// False where a sanitizer, which reserves most of the address space for itself, rules out a limit of memory.
 extern bool const importMemoryIsLimited;
 
-/// Runs `import` in a child process and brings back what it gave.
+/// Runs `import` in a child process and returns its result.
 ///
-/// Importers read whatever a file says, and some of them crash, never end or ask for all memory on a damaged one.
-/// In a process of its own that costs no more than an error message: the child has limits on time and memory, none
-/// of the standard streams, leaves no core dump, and dies with its parent. Its outcome comes back through
-/// anonymous memory and is checked like any foreign data (see MeshTransfer.h).
+/// Importers read whatever a file says, and some of them crash, never end or ask for all memory on a damaged
+/// one. In a process of its own that costs no more than an error message: the child has limits on time and
+/// memory, none of the standard streams, leaves no core dump, and dies with its parent. Its outcome comes
+/// back through anonymous memory and is checked like any foreign data (see MeshTransfer.h).
 ///
 /// Call it before a GL context or a thread exists: the child is a plain copy of the process.
-/// `file` only names the file in faults. An exception that leaves `import` becomes a fault, too.
+/// `file` only names the file in faults. An exception that leaves `import` becomes a fault as well.
 Result<MeshData> importGuarded(std::string const& file, std::function<Result<MeshData>()> const& import,
                                ImportLimits const& limits);
 

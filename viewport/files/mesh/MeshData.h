@@ -24,15 +24,16 @@ struct Material {
     std::shared_ptr<VL_Image const> image;    ///< the texture once it is read (see Textures.h); else null
 };
 
-/// A mesh as its file has it: one list of triangles over one list of vertices. The parts of the file stand one after
-/// the other, placed where their nodes put them. Nothing is derived: seams are open and normals may be missing. What is
-/// drawn of it is made by makeParts().
+/// A mesh as its file has it: one list of triangles over one list of vertices. The parts of the file stand
+/// one after the other, placed where their nodes put them. Nothing is derived: seams are open and normals may
+/// be missing. What is drawn of it is made by makeParts().
 ///
 /// A plain value. Whoever fills one from outside asks firstFault() before relying on it.
 struct MeshData {
     using Triangle = Tuple3<unsigned int>;
 
-    /// The most vertices and the most triangles: the corners of all triangles are drawn with one 31-bit count.
+    /// The most vertices and the most triangles: the corners of all triangles are drawn with one 31-bit
+    /// count.
     static constexpr std::uint64_t LARGEST_COUNT = std::uint64_t(1) << 29;
 
     std::string name;  ///< the file's name without its folders
@@ -50,8 +51,9 @@ struct MeshData {
     unsigned int partCount = 0;    ///< meshes of the file that gave triangles
     bool hasVertexColors = false;  ///< some colors were given per vertex, not by a material
 
-    /// What is wrong with the mesh, as the message of a fault, or nothing: lists of different lengths, no triangle (or
-    /// none with three different corners), an index out of range, a coordinate that is not a number or infinite.
+    /// What is wrong with the mesh, as the message of a fault, or nothing: lists of different lengths, no
+    /// triangle (or none with three different corners), an index out of range, a coordinate that is not a
+    /// number or infinite.
     std::optional<std::string> firstFault() const;
 
     bool hasNormal(unsigned int vertex) const;  ///< The file gives one.

@@ -14,9 +14,10 @@ namespace vellum::viewport {
 
 namespace {
 
-/// What keeps the file from being read at all; asked before an importer is, whose messages are less to the point.
+/// What keeps the file from being read at all; asked before an importer is, whose messages are less to the
+/// point.
 std::optional<std::string> accessFault(std::string const& path) {
-    // Without O_NONBLOCK a named pipe would be waited for.
+    // Without O_NONBLOCK opening a named pipe would block until somebody writes to it.
     int const descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) {
         return std::string("cannot be opened: ") + std::strerror(errno);

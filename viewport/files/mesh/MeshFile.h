@@ -18,8 +18,8 @@ class MeshFile {
 public:
     explicit MeshFile(std::string const& path);
 
-    /// Imports the file (see AssimpImport.h) in a process of its own (see GuardedImport.h). Call it before a GL
-    /// context or a thread exists.
+    /// Imports the file (see AssimpImport.h) in a process of its own (see GuardedImport.h). Call it before a
+    /// GL context or a thread exists.
     Result<MeshData> load(ImportLimits const& limits) const;
 
 private:

@@ -7,21 +7,21 @@
 #include <string>
 #include <vector>
 
-/// The bytes in which an import's outcome travels from the process that imports to the one that draws.
+/// The result of an import as bytes, for the way from the process that imports to the one that draws.
 ///
-///     header | name or message | positions | triangles | normals | colors | texture coordinates
-///         | materials of the triangles | materials
+///     header | name or message | positions | triangles | [normals] | colors | [texture coordinates]
+///         | [materials of the triangles] | materials
 ///
-/// Both ends are the same program on the same machine, so numbers are as memory holds them. The receiver trusts
-/// nothing all the same: the sender has just read a file that may have been made to harm it.
+/// Both ends are the same program on the same machine, so numbers are as memory holds them. The receiver
+/// trusts nothing all the same: the sender has just read a file that may have been made to harm it.
 namespace vellum::viewport {
 
 std::vector<unsigned char> encodeMesh(MeshData const& mesh);
 std::vector<unsigned char> encodeFault(std::string const& message);
 
-/// Reads back what one of the two wrote. A message that was sent comes back as a fault about `file`, and so does
-/// everything else that is no mesh without faults: bytes missing or left over, counts that do not fit the size,
-/// and whatever MeshData::firstFault() finds.
+/// Reads the bytes of either function. A message becomes a fault about `file`. So does everything that is not
+/// a sound mesh: bytes missing or left over, counts that do not fit the size, and the faults that
+/// MeshData::firstFault() finds.
 Result<MeshData> decodeMesh(unsigned char const* bytes, std::size_t size, std::string const& file);
 
 }  // namespace vellum::viewport

@@ -9,13 +9,13 @@
 
 namespace vellum::viewport {
 
-/// The file that a mesh file means by the name of a texture. Names come from other machines, with other folders, other
-/// separators and other cases of letters: the file is looked for under the name as it is, then under its last part
-/// beside the mesh file, then there without regard to the case of letters.
+/// Finds the file that a mesh file names as a texture. Names come from machines with other folders,
+/// separators and cases of letters. Tried in this order: the name itself, its last part beside the mesh file,
+/// the same ignoring case.
 std::optional<std::string> findTexture(std::string const& meshPath, std::string const& name);
 
-/// Reads the textures of a mesh's materials, each file once. A texture that is not found or cannot be read leaves its
-/// material without one and adds a note for the user.
+/// Reads the textures of a mesh's materials, each file once. A texture that is not found or cannot be read
+/// leaves its material without one and adds a note for the user.
 std::vector<Fault> loadTextures(std::string const& meshPath, MeshData& mesh);
 
 }  // namespace vellum::viewport

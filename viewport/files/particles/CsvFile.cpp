@@ -11,6 +11,8 @@ namespace vellum::viewport {
 
 namespace {
 
+/// Judged by the line of names alone: a name rarely holds a separator, whereas values may have decimal
+/// commas.
 char separatorOf(std::string_view names) {
     char best = ' ';
     std::ptrdiff_t most = 0;
@@ -56,7 +58,8 @@ std::vector<std::string_view> namesOf(std::string_view line, char separator) {
     }
 }
 
-/// The name without what writers differ in.
+/// "Position X", "position_x" and "Position:X" are one name: programs differ in capitals, blanks and
+/// punctuation.
 std::string bareName(std::string_view name) {
     std::string bare;
     for (char character : name) {
@@ -77,6 +80,7 @@ struct Heading {
 };
 
 Heading headingOf(std::string_view line) {
+    // Spreadsheets begin a file with a byte order mark, numerical tools mark the line of names as a comment.
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     if (line.substr(0, byteOrderMark.size()) == byteOrderMark) {
         line.remove_prefix(byteOrderMark.size());
@@ -110,6 +114,7 @@ Heading headingOf(std::string_view line) {
             break;
         }
     }
+    // The bare names were for finding columns; users see and type the names of the file.
     for (std::size_t i = 0; i < names.size(); ++i) {
         heading.columns[i].name = std::string(names[i]);
     }

@@ -8,15 +8,16 @@
 
 namespace vellum::viewport {
 
-/// Does the text begin with a line that names the columns of particles in a way that readCsv understands?
+/// Whether the first line names columns of positions that readCsv() understands.
 bool isCsvOfParticles(std::string_view text);
 
-/// Reads a table with a line of names: one frame. Values are separated by commas, semicolons or tabulators, whichever
-/// the line of names has most of, or else by BLANKS; names and values may be in double quotes.
+/// Reads a table with a line of names: one frame. The separator is the one of comma, semicolon and tabulator
+/// that is most frequent in the line of names, or else blanks; names and values may be in double quotes.
 ///
-/// Capitals, BLANKS and punctuation of the names do not matter. Positions are x y z, position or pos (as in "Position X",
-/// "pos_x") or "Points:0"; velocities vx vy vz, "velocity x", "vel_x" or "velocity:0". Every other column whose first
-/// value is a number, or missing, is a scalar channel; its missing values are not a number. An id orders the particles.
+/// Capitals, blanks and punctuation of the names do not matter. Positions are x y z, position or pos (as in
+/// "Position X", "pos_x") or "Points:0"; velocities vx vy vz, "velocity x", "vel_x" or "velocity:0". Every
+/// other column whose first value is a number, or missing, is a scalar channel; its missing values are NaN.
+/// An id orders the particles.
 ///
 /// Damage is a fault, without a file.
 /// \param progress may be empty.

@@ -35,7 +35,7 @@ bool useColumns(std::vector<TableColumn>& columns, std::string_view const (&name
 }
 
 float toFloat(double value) {
-    // Asked first: the language leaves the conversion of a number beyond all floats undefined.
+    // The conversion of a number beyond all floats is undefined behavior.
     if (std::abs(value) > static_cast<double>(std::numeric_limits<float>::max())) {
         float const infinity = std::numeric_limits<float>::infinity();
         return value < 0 ? -infinity : infinity;

@@ -9,11 +9,11 @@
 
 namespace vellum::viewport {
 
-/// What the numbers of a column are.
+/// The meaning of a column.
 enum class ColumnUse {
     POSITION,
     VELOCITY,
-    CHANNEL,  ///< a scalar channel if it holds numbers, as the first row of a text tells
+    CHANNEL,  ///< a scalar channel if the first row of the text has a number there
     NUMBER,   ///< a scalar channel that must hold numbers
     IGNORED
 };
@@ -22,10 +22,11 @@ struct TableColumn {
     std::string name;
     ColumnUse use = ColumnUse::CHANNEL;
     unsigned int axis = 0;  ///< of positions and velocities: 0, 1 or 2
-    bool isId = false;      ///< the particles are put into the order of these numbers, too
+    bool isId = false;      ///< the particles are also sorted by these numbers
 };
 
-/// Gives three columns that are channels so far another use, one for each axis. \return are they all there?
+/// Turns three columns that are channels so far into the axes of a vector. \return false, and nothing
+/// changes, where one of them is missing.
 bool useColumns(std::vector<TableColumn>& columns, std::string_view const (&names)[3], ColumnUse use);
 
 /// The nearest float; numbers beyond all floats become infinite.
@@ -41,16 +42,17 @@ float toFloat(double value);
 ///     builder.finish();
 class FrameBuilder {
 public:
-    /// Takes memory for `rowCount` rows, which the caller has made sure of; more may be added.
+    /// Reserves memory for `rowCount` rows, a number that the caller has checked; more may be added.
     FrameBuilder(std::vector<TableColumn> const& columns, std::size_t rowCount, ParticleFrame& frame);
 
-    /// Positions are parts of the box's edges, not lengths.
+    /// Positions are fractions of the box's edges, not lengths.
     void placeInto(ParticleBox const& box) { this->box = box; }
 
     /// The values of the row to be added.
     std::vector<double>& values() { return row; }
 
-    /// Adds a particle. \return false, and nothing is added, where its id is not a whole number of at most 2^53.
+    /// Adds a particle. \return false, and nothing is added, where its id is not a whole number of at most
+    /// 2^53.
     bool addRow();
 
     /// Sorts the particles by their ids, if there are any.

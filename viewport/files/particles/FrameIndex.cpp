@@ -20,8 +20,8 @@ TableRows rowsOf(FrameHead const& head, Progress const& progress) {
     return rows;
 }
 
-/// Whether too little text follows for another frame of the same size, judged by the first row. The half is for rows
-/// of unlike lengths.
+/// Whether too little text follows for another frame of the same size, judged by the first row. The half is
+/// for rows of unlike lengths.
 bool isProbablyLast(TextLines const& rows, std::uint64_t count) {
     TextLines ahead = rows;
     double const bytesPerRow = static_cast<double>(ahead.take().size() + 1);
@@ -55,7 +55,8 @@ private:
         }
         TableRows rows = rowsOf(head, progress);
         TextLines const rowsStart = lines;
-        // A frame that is probably shown is read at once, which spares single frames the counting of their rows.
+        // A frame that is probably shown is read at once, which spares single frames the counting of their
+        // rows.
         bool const isProbablyShown = wanted ? *wanted == number : isProbablyLast(lines, head.count);
         if (!isProbablyShown && rows.skip(lines, head.count)) {
             return std::nullopt;
@@ -65,8 +66,8 @@ private:
         if (!damage) {
             parsed = Parsed{number, std::move(head.frame)};
         } else if (number != wanted) {
-            // It was read on suspicion: whether its values matter is known at the end of the text. Nothing is reported,
-            // since progress must not go back.
+            // It was read on suspicion: whether its values matter is known at the end of the text. Nothing is
+            // reported, since progress must not go back.
             lines = rowsStart;
             if (rowsOf(head, {}).skip(lines, head.count)) {
                 return std::nullopt;

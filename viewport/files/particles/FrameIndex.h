@@ -29,15 +29,15 @@ using ReadFrameHead = std::function<std::optional<TextDamage>(TextLines& lines, 
 
 /// Reads one frame of a text that holds several; the readers of dumps and XYZ share it.
 ///
-/// The first pass goes over the whole text and notes where each frame begins: it reads the heads and only counts the
-/// rows, which is many times faster than reading them and takes no memory. The values of one frame alone are read.
-/// So a dump of any length costs its text and one frame, and damage is found in all heads and counts, but inside
-/// rows only in the frame that is read.
+/// The first pass goes over the whole text and notes where each frame begins: it reads the heads and only
+/// counts the rows, which is many times faster than reading them and takes no memory. The values of one frame
+/// alone are read. So a dump of any length costs its text and one frame, and damage is found in all heads and
+/// counts, but inside rows only in the frame that is read.
 ///
-/// A text that is cut off keeps its complete frames, and the result has a warning that says what is lost. Without a
-/// complete frame it is a fault, as is all other damage.
-/// \param wanted counted from 0; nothing: the last complete one. Behind the last frame the result has a count and no
-///               particles.
+/// A text that is cut off keeps its complete frames, and the result has a warning that says what is lost.
+/// Without a complete frame it is a fault, as is all other damage.
+/// \param wanted counted from 0; nothing: the last complete one. Behind the last frame the result has a count
+///               and no particles.
 /// \param progress may be empty.
 Result<LoadedFrame> readFrame(std::string_view text, std::optional<std::size_t> wanted,
                               ReadFrameHead const& readHead, Progress const& progress);

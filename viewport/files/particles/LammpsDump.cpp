@@ -14,7 +14,7 @@ constexpr std::string_view ITEM_MARK = "ITEM:";
 
 using Damage = std::optional<TextDamage>;
 
-/// The numbers of a line. \return were there `count` of them at least?
+/// \return false where the line begins with fewer than `count` numbers.
 bool takeNumbers(std::string_view line, double* const& numbers, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
         std::optional<double> const number = toDataNumber(takeWord(line));
@@ -26,7 +26,7 @@ bool takeNumbers(std::string_view line, double* const& numbers, std::size_t coun
     return true;
 }
 
-/// A box given by its limits; those of a tilted box are of the upright box around it.
+/// The limits of a tilted box are those of the upright box around it, so the tilts are taken off again.
 ParticleBox boxOf(double const (&rows)[3][4]) {
     double const xy = rows[0][2];
     double const xz = rows[1][2];
@@ -133,7 +133,8 @@ private:
         return std::nullopt;
     }
 
-    /// Reads the box, whose item names what its lines give: "abc" for edges and a corner, "xy" for tilts.
+    /// The item names the content of the three lines: "abc" edges and a corner, "xy" limits and tilts, else
+    /// limits.
     Damage _readBox(std::string_view words) {
         takeWord(words);  // "BOUNDS"
         std::string_view const kind = takeWord(words);

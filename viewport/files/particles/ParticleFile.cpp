@@ -39,6 +39,8 @@ bool hasFaces(std::string_view ply) {
     return false;
 }
 
+/// A count alone on the first line. Any list of numbers begins like this, so the other formats are tried
+/// first.
 bool isXyz(std::string_view bytes) {
     std::string_view line = TextLines(bytes).take();
     return toCount(takeWord(line)).has_value() && takeWord(line).empty();
@@ -47,7 +49,8 @@ bool isXyz(std::string_view bytes) {
 Result<LoadedFrame> readBytes(std::string_view bytes, std::optional<std::size_t> frame,
                               Progress const& progress) {
     if (isPly(bytes)) {
-        return readPlyPoints(bytes, progress);  // Its faults say more than that a format is not understood.
+        // Not asked for its format first: the faults of the reader say more, as that the file is a mesh.
+        return readPlyPoints(bytes, progress);
     }
     std::optional<ParticleFormat> const format = particleFormatOf(bytes.substr(0, BEGINNING_SIZE));
     if (!format) {
@@ -63,13 +66,15 @@ Result<LoadedFrame> readBytes(std::string_view bytes, std::optional<std::size_t>
     }
 }
 
-/// Uncompresses and reads; of data that are cut off, what there is.
+/// The whole text is held in memory: the frames of a compressed file cannot be found again without
+/// uncompressing it from the start.
 Result<LoadedFrame> readCompressed(std::string_view compressed, std::optional<std::size_t> frame,
                                    Progress const& progress) {
     std::uint64_t const size = compressed.size();
     Progress uncompressing;
     Progress reading;
     if (progress) {
+        // Both halves count as much as the compressed bytes; the size of the text is known only at the end.
         uncompressing = [&](std::uint64_t done, std::uint64_t) { progress(done, 2 * size); };
         reading = [&](std::uint64_t done, std::uint64_t all) {
             double const part = all > 0 ? static_cast<double>(done) / static_cast<double>(all) : 1.0;
@@ -147,6 +152,7 @@ Result<LoadedFrame> ParticleFile::load(std::optional<std::size_t> frame, Progres
         return result;
     } catch (std::bad_alloc const&) {
         return Fault{path, NO_MEMORY};
+        // Thrown by vectors that are asked for more than they could ever hold.
     } catch (std::length_error const&) {
         return Fault{path, NO_MEMORY};
     }

@@ -14,8 +14,8 @@ namespace vellum::viewport {
 
 enum class ParticleFormat { LAMMPS_DUMP, XYZ, CSV, PLY };
 
-/// The format that the first bytes of a file show; nothing where no reader of particles understands them, as with a
-/// PLY file that has faces. The first 64 KiB are enough.
+/// The format that the first bytes of a file show; nothing where no reader of particles understands them, as
+/// with a PLY file that has faces. The first 64 KiB are enough.
 std::optional<ParticleFormat> particleFormatOf(std::string_view bytes);
 
 /// A particle file that a user named: the way from its path to a frame that can be drawn.
@@ -24,9 +24,9 @@ std::optional<ParticleFormat> particleFormatOf(std::string_view bytes);
 ///     if (!particles.isOk())
 ///         std::cerr << particles.fault().line() << '\n';
 ///
-/// Reads LAMMPS dumps, XYZ and extended XYZ, CSV with a line of names and the vertices of PLY files, also compressed
-/// by gzip. The format is detected from the content, not from the name. Any file may be named; none makes it throw or
-/// crash, or take more memory than its text and one frame call for.
+/// Reads LAMMPS dumps, XYZ and extended XYZ, CSV with a line of names and the vertices of PLY files, also
+/// compressed by gzip. The format is detected from the content, not from the name. Any file may be named;
+/// none makes it throw or crash, or take more memory than its text and one frame call for.
 class ParticleFile {
 public:
     /// The most bytes that a compressed file may hold.
@@ -34,11 +34,11 @@ public:
 
     explicit ParticleFile(std::string const& path);
 
-    /// Looks at the file's beginning only. A file that cannot be read or is none of particles is a fault.
+    /// Looks at the file's beginning only. A file that cannot be read or is not a particle file is a fault.
     Result<ParticleFormat> format() const;
 
-    /// Reads one frame. Damage is a fault with file, line and reason; inside the rows of other frames it is not looked
-    /// for (see readFrame()). A frame that the file does not have is a fault.
+    /// Reads one frame. Damage is a fault with file, line and reason; inside the rows of other frames it is
+    /// not looked for (see readFrame()). A frame that the file does not have is a fault.
     /// \param frame counted from 0; nothing: the last complete one.
     /// \param progress may be empty; a compressed file counts twice, once uncompressed and once read.
     Result<LoadedFrame> load(std::optional<std::size_t> frame, Progress const& progress) const;

@@ -10,8 +10,8 @@
 
 namespace vellum::viewport {
 
-/// The region that a simulation fills: a corner and the three edges that leave it. Tilted boxes have edges that are
-/// not at right angles.
+/// The region that a simulation fills: a corner and the three edges that leave it. Tilted boxes have edges
+/// that are not at right angles.
 struct ParticleBox {
     Vector3<double> origin{0, 0, 0};
     Vector3<double> edges[3] = {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}};
@@ -25,8 +25,8 @@ struct ParticleChannel {
 
 /// The particles at one time, as the file has them.
 ///
-/// A plain value. All lists that are not empty have the same length. Numbers are those of the file: some may be infinite
-/// or NaN, and particles may lie outside the box. What is drawn of a frame is a ParticleCloud.
+/// A plain value. All lists that are not empty have the same length. Numbers are those of the file: some may
+/// be infinite or NaN, and particles may lie outside the box. What is drawn of a frame is a ParticleCloud.
 struct ParticleFrame {
     std::string file;            ///< as the user named it
     std::int64_t timestep = 0;   ///< as the file says, else the frame's number from 0
@@ -39,8 +39,8 @@ struct ParticleFrame {
     /// The channel of that name, or null.
     ParticleChannel const* channel(std::string const& name) const;
 
-    /// Puts the particles into ascending order of their ids, one id for each particle; equal ids keep their order.
-    /// The ids are whole numbers.
+    /// Puts the particles into ascending order of their ids, one id for each particle; equal ids keep their
+    /// order. The ids are whole numbers.
     void sortBy(std::vector<double> const& ids);
 };
 

@@ -13,6 +13,8 @@ namespace {
 
 constexpr std::uint64_t ROWS_BETWEEN_PROGRESS = 4096;
 
+/// Assembled byte by byte: records are not aligned, and either byte order may differ from that of the
+/// machine.
 template <class T>
 T valueOf(char const* const& bytes, bool isBigEndian) {
     unsigned char raw[sizeof(T)];
@@ -102,6 +104,7 @@ public:
         }
         useColumns(columns, {"vx", "vy", "vz"}, ColumnUse::VELOCITY);
         for (TableColumn& column : columns) {
+            // PLY declares its numbers, so no column is guessed from the first row.
             column.use = column.use == ColumnUse::CHANNEL ? ColumnUse::NUMBER : column.use;
         }
         return header.format == PlyFormat::TEXT ? _readText(*vertices, columns)
@@ -110,6 +113,7 @@ public:
 
 private:
     Result<LoadedFrame> _readText(PlyElement const& vertices, std::vector<TableColumn> const& columns) const {
+        // From the file's first line on, so that damage is reported with line numbers of the file.
         TextLines lines(file);
         while (lines.done() < headerSize && !lines.isAtEnd()) {
             lines.take();
@@ -136,10 +140,12 @@ private:
                                     std::vector<TableColumn> const& columns) const {
         std::string_view body = header.body;
         for (PlyElement const* element = header.elements.data(); element != &vertices; ++element) {
+            // The size of an element with lists shows only in its values.
             std::size_t const size = sizeOf(*element);
             if (hasLists(*element) && element->count > 0) {
                 return Fault{{}, "the element " + quoted(element->name) + " before the vertices has lists"};
             }
+            // A division, since the product of a declared count may overflow.
             if (size > 0 && element->count > body.size() / size) {
                 return Fault{{}, cutOffReason(*element, body.size() / size)};
             }

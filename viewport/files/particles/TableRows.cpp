@@ -30,7 +30,7 @@ char const* skipBlanks(char const* here, char const* const& end) {
 std::optional<TextDamage> TableRows::read(TextLines& lines, std::optional<std::uint64_t> const& count,
                                           ParticleFrame& frame) {
     bool const skipsEmpty = separator != ' ';
-    // A value and what ends it take two bytes at least; the last line may lack its end.
+    // A value and its separator need two bytes at least; the last line may lack its end.
     std::uint64_t const possibleRows = (lines.left() + 1) / (2 * std::max<std::size_t>(columns.size(), 1));
     std::uint64_t const expectedRows = std::min(count.value_or(0), possibleRows);
     std::optional<FrameBuilder> builder;
@@ -130,11 +130,11 @@ bool TableRows::_readRow(std::vector<double>& values) {
     return true;
 }
 
-/// Reads the value at `here`, which is then at the separator behind it or at the end of the line.
+/// Leaves `here` at the separator behind the value or at the end of the line.
 bool TableRows::_readValue(std::size_t column, char const*& here, char const* const& end, double& value) {
     bool const isSeparated = separator != ' ';
     bool const isNeeded = columns[column].use != ColumnUse::IGNORED;
-    // A tabulator that separates is no blank.
+    // A tabulator may be the separator; then it is not a blank.
     while (here != end && isBlank(*here) && !(isSeparated && *here == separator)) {
         ++here;
     }
@@ -153,7 +153,7 @@ bool TableRows::_readValue(std::size_t column, char const*& here, char const* co
         }
     }
 
-    // No plain number: a text, a value in quotes, or none at all.
+    // Not a plain number: a text, a value in quotes, or an empty cell.
     char const* const start = here;
     std::string_view word;
     if (isSeparated && here != end && *here == '"') {

@@ -15,30 +15,30 @@ namespace vellum::viewport {
 /// Reads the rows of a table, a particle on each line, into a frame. All text formats share it.
 class TableRows {
 public:
-    /// \param separator between two values; a blank stands for any number of BLANKS and tabulators. With another
-    ///                  separator values may be in double quotes, rows without words are passed over, and a channel
-    ///                  may lack values: they are not a number.
+    /// \param separator between two values; a blank stands for any number of blanks and tabulators. With
+    ///                  another separator values may be in double quotes, rows without words are skipped, and
+    ///                  a channel may lack values: they are NaN.
     TableRows(std::vector<TableColumn> const& columns, char separator)
         : columns(columns), separator(separator) {}
 
-    /// Positions are parts of the box's edges, not lengths.
+    /// Positions are fractions of the box's edges, not lengths.
     void placeInto(ParticleBox const& box) { this->box = box; }
 
-    /// A row that begins with this mark and is not a row of this table begins the next one: its damage is reported as
-    /// missing rows. Empty: no mark.
+    /// A row that begins with this mark and is not a row of this table begins the next one: its damage is
+    /// reported as missing rows. Empty: no mark.
     void endAt(std::string_view mark) { this->mark = mark; }
 
     /// Called with the bytes of the text; may be empty.
     void report(Progress const& progress) { this->progress = progress; }
 
-    /// Reads `count` rows, or all to the end, and sorts them. Memory is taken for no more rows than the text can hold,
-    /// whatever `count` says. After damage the frame is of no use.
+    /// Reads `count` rows, or all to the end, and sorts them. Memory is reserved for no more rows than the
+    /// text can hold, whatever `count` says. After damage the content of the frame is undefined.
     std::optional<TextDamage> read(TextLines& lines, std::optional<std::uint64_t> const& count,
                                    ParticleFrame& frame);
 
     /// Steps over `count` rows without looking at their values.
-    /// \return false, and the lines stay where they are, where only reading the rows tells whether they are complete:
-    ///         the text ends before them or within the last one, or a row begins with the mark.
+    /// \return false, and the lines stay where they are, where only reading the rows tells whether they are
+    ///         complete: the text ends before them or within the last one, or a row begins with the mark.
     bool skip(TextLines& lines, std::uint64_t count) const;
 
 private:

@@ -65,7 +65,7 @@ std::string componentName(std::string_view property, std::uint64_t index, std::u
            (count == 3 ? std::string(1, "xyz"[index]) : std::to_string(index + 1));
 }
 
-/// The columns of "name:type:count:name:type:count...", or nothing where that is not what the text is.
+/// The columns of "name:type:count:name:type:count..."; nothing for any other text.
 std::optional<std::vector<TableColumn>> columnsOf(std::string_view properties) {
     std::vector<TableColumn> columns;
     bool hasPositions = false;
@@ -101,7 +101,7 @@ std::optional<std::vector<TableColumn>> columnsOf(std::string_view properties) {
     return hasPositions ? std::optional<std::vector<TableColumn>>(columns) : std::nullopt;
 }
 
-/// The columns of plain XYZ, of which the first row tells the number.
+/// The columns of plain XYZ, as many as the first row has.
 std::vector<TableColumn> plainColumns(std::string_view row) {
     std::vector<TableColumn> columns;
     while (!takeWord(row).empty() && columns.size() < MOST_COMPONENTS) {
@@ -128,7 +128,7 @@ std::vector<TableColumn> plainColumns(std::string_view row) {
     return columns;
 }
 
-/// \return are there nine numbers, and nothing else?
+/// \return false where the text is not exactly nine numbers.
 bool readLattice(std::string_view text, ParticleBox& box) {
     for (Vector3<double>& edge : box.edges) {
         for (double* const component : {&edge.x, &edge.y, &edge.z}) {

@@ -10,16 +10,17 @@
 
 namespace vellum::viewport {
 
-/// Reads XYZ and extended XYZ: a line with the number of particles, a line of comment, a line for each particle.
+/// Reads XYZ and extended XYZ: a line with the number of particles, a line of comment, a line for each
+/// particle.
 ///
-/// Where the comment says "Properties=..." it names the columns: pos gives positions, velo, vel or velocity (or
-/// velocities) velocities, id the order of the particles; every other real or whole number is a scalar channel, named
-/// as the property, with ".x" or ".1" and so on where it has several. Lattice="..." and Origin="..." give the box.
-/// Plain XYZ has a kind and three coordinates, or the coordinates alone; seven columns end with a velocity, all other
-/// further columns of numbers are scalar channels.
+/// Where the comment says "Properties=..." it names the columns: pos gives positions, velo, vel or velocity
+/// (or velocities) velocities, id the order of the particles; every other real or whole number is a scalar
+/// channel, named as the property, with ".x" or ".1" and so on where it has several. Lattice="..." and
+/// Origin="..." give the box. Plain XYZ has a kind and three coordinates, or the coordinates alone; seven
+/// columns end with a velocity, all other further columns of numbers are scalar channels.
 ///
-/// The time step is what the comment says behind "Timestep" or "step", the time what it says behind "Time".
-/// A file that is cut off gives its complete frames and a warning; all other damage is a fault, without a file.
+/// The comment gives the time step behind "Timestep" or "step", and the time behind "Time". A file that is
+/// cut off gives its complete frames and a warning; all other damage is a fault, without a file.
 /// \param frame counted from 0; nothing: the last complete one. See readFrame().
 /// \param progress may be empty.
 Result<LoadedFrame> readXyz(std::string_view text, std::optional<std::size_t> frame,
