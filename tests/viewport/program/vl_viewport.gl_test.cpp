@@ -345,7 +345,7 @@ TEST_F(program_gl_test, damagedParticleFilesAreFaults) {
     expectFault(folder.file("gone.xyz"), "No such file");
     std::string damaged = particle_texts::dump;
     damaged.replace(damaged.find("10.25"), 5, "teapot");
-    expectFault(folder.write("bad.dump", damaged), "line 16");
+    expectFault(folder.write("bad.dump", damaged), "line 16", {"--frame", "0"});
 }
 
 TEST_F(program_gl_test, particlesWithoutAPlaceAreNoted) {
