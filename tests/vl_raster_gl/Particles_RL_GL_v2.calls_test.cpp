@@ -351,8 +351,9 @@ TEST(Particles_RL_GL_v2_calls_test, emptyBufferIsNotMapped) {
 TEST(Particles_RL_GL_v2_calls_test, pendingErrorsAreTakenAfterMapping) {
     Rig rig;
     Particles const particles(3);
+    ASSERT_TRUE(rig.renderer.vbo(particles.system, Arguments{}));
     rig.driver.errors({0x0502, 0x0505});
-    EXPECT_TRUE(rig.renderer.vbo(particles.system, Arguments{}));
+    EXPECT_TRUE(rig.renderer.vbo(particles.system, Arguments{})) << "the store does not grow";
     EXPECT_EQ(rig.driver.errorsLeft(), 0U);
 }
 
