@@ -1,13 +1,16 @@
 #include "foundation/geometry/Vector3.h"
 
+#include "foundation/geometry/constants.h"
+
 #include <algorithm>
 
 namespace vellum {
 
 namespace {
 
+using constants::f::PI;
+
 constexpr double SHORTEST_AXIS = 1e-14;  // below it the directions count as parallel or opposite
-constexpr float PI = 3.1415927F;
 
 }  // namespace
 

@@ -1,5 +1,6 @@
 #include "foundation/raster/Core_RL.h"
 
+#include "foundation/geometry/constants.h"
 #include "foundation/raster/Camera_RL.h"
 
 #include <algorithm>
@@ -12,9 +13,10 @@ Core_RL* VL_Raster = nullptr;
 
 namespace {
 
+using constants::d::PI;
+
 constexpr unsigned int SPHERE_MERIDIANS = 32;
 constexpr unsigned int SPHERE_PARALLELS = 16;
-constexpr double PI = 3.14159265358979323846;
 
 /// Makes the top entry of a stack current through its setter.
 template <class T>

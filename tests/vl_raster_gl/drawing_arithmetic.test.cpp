@@ -2,7 +2,7 @@
 #include "internal/arrow_geometry.h"
 #include "internal/box_faces.h"
 #include "internal/circle_points.h"
-#include "internal/color_ramp.h"
+#include "internal/particles/color_ramp.h"
 #include "internal/plane_grid.h"
 
 #include <gtest/gtest.h>

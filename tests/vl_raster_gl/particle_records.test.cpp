@@ -1,5 +1,5 @@
-#include "internal/particle_records.h"
-#include "internal/even_thinning.h"
+#include "internal/particles/particle_records.h"
+#include "internal/particles/even_thinning.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "viewport/drawing/Picker.h"
 
-#include "viewport/drawing/depth_modes.h"
+#include "viewport/drawing/layer/depth_modes.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "foundation/raster/Core_RL.h"
-#include "viewport/drawing/CloudDrawing.h"
-#include "viewport/drawing/GizmoDrawing.h"
-#include "viewport/drawing/ModelRenderer.h"
-#include "viewport/drawing/PictureSize.h"
-#include "viewport/drawing/ViewCamera.h"
+#include "viewport/drawing/overlays/GizmoDrawing.h"
+#include "viewport/drawing/subjects/CloudDrawing.h"
+#include "viewport/drawing/subjects/ModelRenderer.h"
+#include "viewport/drawing/view/PictureSize.h"
+#include "viewport/drawing/view/ViewCamera.h"
 #include "viewport/scene/Scene.h"
 
 #include <optional>

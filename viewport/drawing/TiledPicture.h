@@ -1,9 +1,9 @@
 #pragma once
 
 #include "offscreen/OffscreenContext.h"
-#include "viewport/drawing/PictureSize.h"
 #include "viewport/drawing/Tiling.h"
 #include "viewport/drawing/Viewer.h"
+#include "viewport/drawing/view/PictureSize.h"
 #include "viewport/files/images/Picture.h"
 #include "viewport/text/Fault.h"
 

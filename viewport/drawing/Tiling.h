@@ -1,6 +1,6 @@
 #pragma once
 
-#include "viewport/drawing/PictureSize.h"
+#include "viewport/drawing/view/PictureSize.h"
 
 namespace vellum::viewport {
 

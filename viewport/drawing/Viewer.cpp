@@ -1,7 +1,7 @@
 #include "viewport/drawing/Viewer.h"
 
-#include "viewport/drawing/Lights.h"
-#include "viewport/drawing/depth_modes.h"
+#include "viewport/drawing/layer/Lights.h"
+#include "viewport/drawing/layer/depth_modes.h"
 
 #include <algorithm>
 

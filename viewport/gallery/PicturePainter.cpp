@@ -2,10 +2,10 @@
 
 #include "offscreen/OffscreenContext.h"
 #include "viewport/files/images/Picture.h"
-#include "viewport/gallery/ContactSheet.h"
 #include "viewport/gallery/ProgramRunner.h"
-#include "viewport/gallery/SheetLayer.h"
-#include "viewport/gallery/subjects.h"
+#include "viewport/gallery/sheets/ContactSheet.h"
+#include "viewport/gallery/sheets/SheetLayer.h"
+#include "viewport/gallery/sheets/subjects.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "viewport/gallery/PictureList.h"
-#include "viewport/gallery/Sheet.h"
 #include "viewport/gallery/WorkFolder.h"
+#include "viewport/gallery/sheets/Sheet.h"
 #include "viewport/text/Fault.h"
 
 #include <optional>

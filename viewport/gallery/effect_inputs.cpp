@@ -1,5 +1,7 @@
 #include "viewport/gallery/effect_inputs.h"
 
+#include "foundation/geometry/constants.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -14,7 +16,7 @@ namespace vellum::gallery {
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
+using constants::d::PI;
 
 struct Point {
     double x;

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "viewport/drawing/CameraSpec.h"
-#include "viewport/drawing/GizmoDrawing.h"
-#include "viewport/drawing/MeshStyle.h"
-#include "viewport/drawing/PictureSize.h"
 #include "viewport/drawing/effects/EffectSpec.h"
+#include "viewport/drawing/overlays/GizmoDrawing.h"
+#include "viewport/drawing/subjects/MeshStyle.h"
+#include "viewport/drawing/view/CameraSpec.h"
+#include "viewport/drawing/view/PictureSize.h"
 #include "viewport/files/mesh/GuardedImport.h"
 #include "viewport/scene/ParticleOptions.h"
 

@@ -1,6 +1,6 @@
 #include "viewport/program/ProgressBar.h"
 
-#include "viewport/text/Fault.h"
+#include "viewport/text/single_line.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -16,7 +16,7 @@ constexpr int STEPS = 24;
 }  // namespace
 
 ProgressBar::ProgressBar(std::ostream& stream, bool isTerminal, std::string const& label, Clock const& clock)
-    : stream(stream), isTerminal(isTerminal), title(Fault{"", label}.line()), clock(clock), start(clock()) {
+    : stream(stream), isTerminal(isTerminal), title(singleLine(label)), clock(clock), start(clock()) {
     if (title.size() > LONGEST_LABEL) {
         // The end of a path tells more than its beginning.
         title = "..." + title.substr(title.size() - LONGEST_LABEL + 3);

@@ -3,10 +3,10 @@
 #include "glsl_shader/ArrowRendering_shader.h"
 #include "glsl_shader/PointRendering_shader.h"
 #include "glsl_shader/SphereRendering_shader.h"
-#include "internal/even_thinning.h"
-#include "internal/particle_colors.h"
-#include "internal/particle_memory.h"
-#include "internal/particle_records.h"
+#include "internal/particles/even_thinning.h"
+#include "internal/particles/particle_colors.h"
+#include "internal/particles/particle_memory.h"
+#include "internal/particles/particle_records.h"
 
 #include "foundation/geometry/ParticleSystemChunk_v2.h"
 #include "foundation/raster/Core_RL.h"
@@ -77,9 +77,9 @@ void setRange(Effect& effect, float scale, float minMagnitude, float maxMagnitud
 struct Particles_RL_GL_v2::BufferFilling {
     ParticleSystem_v2 const& system;
     unsigned int channel;
-    ParticleLook look;
+    ColorParameters look;
     EvenThinning thinning;
-    RecordFormula (*colors)(ParticleChannelKind kind, ParticleLook const& look);
+    RecordFormula (*colors)(ParticleChannelKind kind, ColorParameters const& look);
 };
 
 // == Lifecycle ==

@@ -1,6 +1,6 @@
-#include "viewport/drawing/ColorBar.h"
 #include "viewport/drawing/TiledPicture.h"
-#include "viewport/drawing/ViewportLayer.h"
+#include "viewport/drawing/layer/ViewportLayer.h"
+#include "viewport/drawing/overlays/ColorBar.h"
 
 #include "tests/gl_spy/GlTest.h"
 #include "tests/gl_spy/gl_spy.h"

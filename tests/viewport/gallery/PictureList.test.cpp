@@ -1,6 +1,6 @@
 #include "viewport/gallery/PictureList.h"
 #include "tests/support/TemporaryFolder.h"
-#include "viewport/gallery/subjects.h"
+#include "viewport/gallery/sheets/subjects.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

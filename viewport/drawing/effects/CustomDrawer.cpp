@@ -1,7 +1,7 @@
 #include "viewport/drawing/effects/CustomDrawer.h"
 
 #include "Program_gl.h"
-#include "viewport/drawing/ShaderFiles.h"
+#include "viewport/drawing/effects/ShaderFiles.h"
 
 #include <fstream>
 #include <iterator>

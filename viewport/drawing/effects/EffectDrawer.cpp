@@ -1,11 +1,11 @@
 #include "viewport/drawing/effects/EffectDrawer.h"
 
-#include "viewport/drawing/ShaderFiles.h"
 #include "viewport/drawing/effects/CustomDrawer.h"
 #include "viewport/drawing/effects/DisplacementDrawer.h"
 #include "viewport/drawing/effects/GlassDrawer.h"
 #include "viewport/drawing/effects/OceanDrawer.h"
 #include "viewport/drawing/effects/ScatteringDrawer.h"
+#include "viewport/drawing/effects/ShaderFiles.h"
 
 namespace vellum::viewport {
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "glsl_shader/Base_shader.h"
-#include "viewport/drawing/ReportingLayer.h"
 #include "viewport/drawing/effects/EffectSpec.h"
 #include "viewport/drawing/effects/EffectSubject.h"
+#include "viewport/drawing/layer/ReportingLayer.h"
 #include "viewport/scene/ViewFraming.h"
 #include "viewport/text/Fault.h"
 

@@ -1,7 +1,7 @@
 #include "viewport/drawing/effects/EffectLights.h"
 
-#include "viewport/drawing/Lights.h"
 #include "viewport/drawing/effects/ModelUnits.h"
+#include "viewport/drawing/layer/Lights.h"
 #include "viewport/scene/Scene.h"
 
 #include <GL/glew.h>

@@ -2,7 +2,7 @@
 
 #include "viewport/drawing/effects/KeptState.h"
 #include "viewport/drawing/effects/ModelUnits.h"
-#include "viewport/drawing/geometry_stages.h"
+#include "viewport/drawing/layer/geometry_stages.h"
 #include "viewport/scene/ModelParts.h"
 
 #include <utility>

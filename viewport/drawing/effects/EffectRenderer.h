@@ -1,11 +1,11 @@
 #pragma once
 
 #include "Mesh_RL_GL.h"
-#include "viewport/drawing/MeshStyle.h"
-#include "viewport/drawing/ReportingLayer.h"
 #include "viewport/drawing/effects/EffectDrawer.h"
 #include "viewport/drawing/effects/EffectSpec.h"
 #include "viewport/drawing/effects/EffectSubject.h"
+#include "viewport/drawing/layer/ReportingLayer.h"
+#include "viewport/drawing/subjects/MeshStyle.h"
 #include "viewport/scene/ViewFraming.h"
 #include "viewport/text/Fault.h"
 

@@ -1,6 +1,6 @@
 #include "viewport/drawing/effects/EffectSubject.h"
 
-#include "viewport/drawing/ShaderFiles.h"
+#include "viewport/drawing/effects/ShaderFiles.h"
 #include "viewport/files/images/TextureFile.h"
 #include "viewport/scene/ModelParts.h"
 

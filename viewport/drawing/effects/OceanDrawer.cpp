@@ -1,8 +1,8 @@
 #include "viewport/drawing/effects/OceanDrawer.h"
 
 #include "foundation/geometry/constants.h"
-#include "viewport/drawing/Lights.h"
 #include "viewport/drawing/effects/ModelUnits.h"
+#include "viewport/drawing/layer/Lights.h"
 
 #include <cmath>
 

@@ -3,6 +3,7 @@
 #include "foundation/geometry/Matrix4.h"
 #include "foundation/geometry/VL_AXIS.h"
 #include "foundation/geometry/Vector3.h"
+#include "foundation/geometry/constants.h"
 
 #include <array>
 #include <cmath>
@@ -67,7 +68,7 @@ inline constexpr unsigned int ELLIPSE_POINTS = 30;
 inline constexpr double ELLIPSE_STEP = 0.0344827586;
 
 inline double ellipseAngle(unsigned int point) {
-    constexpr double TWO_PI = 2.0 * 3.14159265358979323846;
+    constexpr double TWO_PI = 2.0 * constants::d::PI;
     return point * TWO_PI * ELLIPSE_STEP;
 }
 

@@ -3,7 +3,7 @@
 #include "tests/gl_spy/GlTest.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/attribute_state.h"
-#include "viewport/drawing/GlewStart.h"
+#include "viewport/drawing/layer/GlewStart.h"
 #include "viewport/files/images/Picture.h"
 
 #include <gmock/gmock.h>

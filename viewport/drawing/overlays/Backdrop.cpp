@@ -1,0 +1,85 @@
+#include "viewport/drawing/overlays/Backdrop.h"
+
+#include "viewport/drawing/layer/depth_modes.h"
+
+#include <algorithm>
+
+namespace vellum::viewport {
+
+namespace {
+
+constexpr Color4<float> TOP{0.235F, 0.275F, 0.335F, 1};
+constexpr Color4<float> BOTTOM{0.085F, 0.098F, 0.122F, 1};
+
+// Any color: each end of a line sets its own.
+constexpr Color4<float> GRID{0.86F, 0.88F, 0.92F, 1};
+
+/// The grid in the plane that suits the view.
+GroundGrid gridFor(Scene const& scene, ViewCamera const& camera, PictureSize const& size) {
+    Box3<double> const& box = scene.box();
+    double const spacing = GroundGrid::spacingFor(2 * Scene::RADIUS, scene.unitsPerFileUnit());
+    if (camera.isPerspective()) {
+        // A little below the models, whose undersides would otherwise flicker through it.
+        Vector3<double> const center{0, box.min.y - 0.004 * Scene::RADIUS, 0};
+        return {center, {1, 0, 0}, {0, 0, 1}, 1.8 * Scene::RADIUS, true, scene.fileOrigin(), spacing};
+    }
+    // Seen along an axis, the ground would be a line or in the way.
+    ScreenAxes const& screen = camera.screen();
+    double const halfWidth = camera.halfWidth();
+    double const radius = std::max(halfWidth, halfWidth / size.aspect()) + Scene::RADIUS;
+    return {screen.towardViewer * (-1.5 * Scene::RADIUS),
+            screen.right,
+            screen.up,
+            radius,
+            false,
+            scene.fileOrigin(),
+            spacing};
+}
+
+}  // namespace
+
+void Backdrop::layOut(Scene const& scene, ViewCamera const& camera, PictureSize const& size) {
+    segments = gridFor(scene, camera, size).segments();
+}
+
+void Backdrop::drawBackground(Region const& region, PictureSize const& size) const {
+    Tuple4<unsigned int> const viewport = layer.getCurrentViewportCoords();
+    Tuple4<float> const part{static_cast<float>(region.x / size.width),
+                             static_cast<float>((region.x + region.width) / size.width),
+                             static_cast<float>(region.y / size.height),
+                             static_cast<float>((region.y + region.height) / size.height)};
+    layer.pushDepthTest(DEPTH_IGNORED);
+    layer.pushViewportOrtho(viewport, part);
+    layer.pushColor(BOTTOM);
+    layer.begin(Primitive::QUADS);
+    layer.renderPoint3_scoped({0, 0, 0});
+    layer.renderPoint3_scoped({1, 0, 0});
+    layer.setColor(TOP);
+    layer.renderPoint3_scoped({1, 1, 0});
+    layer.renderPoint3_scoped({0, 1, 0});
+    layer.end();
+    layer.popColor(1);
+    layer.popViewportOrtho();
+    layer.popDepthTest();
+}
+
+void Backdrop::drawGrid(Sampling const& sampling) const {
+    layer.pushDepthTest(DEPTH_TESTED_ONLY);
+    layer.pushBlending(BLENDING_ALPHA);
+    layer.pushLineWidth(sampling.lineWidth(1.0));
+    layer.pushColor(GRID);
+    layer.begin(Primitive::LINES);
+    for (ShadedSegment const& segment : segments) {
+        layer.setColor(segment.fromColor);
+        layer.renderPoint3_scoped(segment.from);
+        layer.setColor(segment.toColor);
+        layer.renderPoint3_scoped(segment.to);
+    }
+    layer.end();
+    layer.popColor(1);
+    layer.popLineWidth();
+    layer.popBlending();
+    layer.popDepthTest();
+}
+
+}  // namespace vellum::viewport

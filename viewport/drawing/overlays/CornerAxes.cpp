@@ -1,0 +1,89 @@
+#include "viewport/drawing/overlays/CornerAxes.h"
+
+#include "viewport/drawing/layer/Lights.h"
+#include "viewport/drawing/layer/Lit.h"
+#include "viewport/drawing/overlays/GizmoDrawing.h"
+
+#include <cmath>
+
+#include <GL/glew.h>
+
+namespace vellum::viewport {
+
+namespace {
+
+using Point = Vector3<double>;
+
+// Pixels of a picture of 720.
+constexpr double LENGTH = 34;
+constexpr double INSET = 64;
+constexpr double LETTER_HALF_SIZE = 5;
+
+constexpr Color4<float> LETTERS{0.86F, 0.88F, 0.92F, 1};
+
+/// The matrix whose first three columns are the given vectors and whose fourth is the origin.
+Matrix4<double> frameOf(Point const& x, Point const& y, Point const& z, Point const& origin) {
+    return {{x.x, x.y, x.z, 0, y.x, y.y, y.z, 0, z.x, z.y, z.z, 0, origin.x, origin.y, origin.z, 1}};
+}
+
+}  // namespace
+
+void CornerAxes::draw(ScreenAxes const& screen, Region const& region, PictureSize const& size,
+                      Sampling const& sampling) const {
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    glOrtho(0, size.width, 0, size.height, -size.width, size.width);
+    cropProjection(region, size);
+    glLoadIdentity();
+    setHeadLights(screenAxes(View::FRONT), 0);
+
+    double const length = LENGTH * size.scale();
+    Point const corner{INSET * size.scale(), INSET * size.scale(), 0};
+    Point const tips[] = {{screen.right.x, screen.up.x, screen.towardViewer.x},
+                          {screen.right.y, screen.up.y, screen.towardViewer.y},
+                          {screen.right.z, screen.up.z, screen.towardViewer.z}};
+    layer.pushLineWidth(sampling.lineWidth(2.0));
+    layer.pushTransform(frameOf(tips[0] * length, tips[1] * length, tips[2] * length, corner));
+    {
+        Lit const lit(layer, Lit::Finish::BRIGHT);
+        layer.renderAxesArrow3(0, 0, 0, axisColors(), 0.30F);
+    }
+    layer.popTransform();
+    layer.popLineWidth();
+
+    layer.pushLineWidth(sampling.lineWidth(1.5));
+    layer.pushColor(LETTERS);
+    for (unsigned int i = 0; i < 3; ++i) {
+        // There is no place beside the tip of an axis that points at the viewer or away.
+        if (std::abs(tips[i].z) < 0.95) {
+            Point const place = corner + Point{tips[i].x, tips[i].y, 0} * (1.52 * length);
+            double const half = LETTER_HALF_SIZE * size.scale();
+            layer.pushTransform(frameOf({half, 0, 0}, {0, half, 0}, {0, 0, 1}, place));
+            _drawLetter(i);
+            layer.popTransform();
+        }
+    }
+    layer.popColor(1);
+    layer.popLineWidth();
+}
+
+void CornerAxes::_drawLetter(unsigned int axis) const {
+    switch (axis) {
+    case 0:
+        layer.renderSegment3({-0.7F, -1, 0}, {0.7F, 1, 0});
+        layer.renderSegment3({-0.7F, 1, 0}, {0.7F, -1, 0});
+        break;
+    case 1:
+        layer.renderSegment3({0, -1, 0}, {0, 0, 0});
+        layer.renderSegment3({0, 0, 0}, {-0.7F, 1, 0});
+        layer.renderSegment3({0, 0, 0}, {0.7F, 1, 0});
+        break;
+    default:
+        layer.renderSegment3({-0.7F, 1, 0}, {0.7F, 1, 0});
+        layer.renderSegment3({0.7F, 1, 0}, {-0.7F, -1, 0});
+        layer.renderSegment3({-0.7F, -1, 0}, {0.7F, -1, 0});
+        break;
+    }
+}
+
+}  // namespace vellum::viewport

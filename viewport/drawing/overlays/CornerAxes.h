@@ -1,0 +1,29 @@
+#pragma once
+
+#include "foundation/raster/Core_RL.h"
+#include "viewport/drawing/view/PictureSize.h"
+#include "viewport/drawing/view/Region.h"
+#include "viewport/scene/ViewFraming.h"
+
+namespace vellum::viewport {
+
+/// Draws the axes of the files in the lower left corner of a picture, as the camera sees them, with their letters.
+///
+/// The layer must outlive it.
+class CornerAxes {
+public:
+    explicit CornerAxes(Core_RL& layer) : layer(layer) {}
+
+    /// Draws the part of them that lies in a part of the picture.
+    /// \param screen the screen's axes in the scene.
+    /// State: both matrices, the lights, that of Lit.
+    void draw(ScreenAxes const& screen, Region const& region, PictureSize const& size,
+              Sampling const& sampling) const;
+
+private:
+    void _drawLetter(unsigned int axis) const;
+
+    Core_RL& layer;
+};
+
+}  // namespace vellum::viewport

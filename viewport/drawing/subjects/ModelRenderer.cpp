@@ -1,0 +1,404 @@
+#include "viewport/drawing/subjects/ModelRenderer.h"
+
+#include "foundation/basic/ArrayServer.h"
+#include "viewport/drawing/layer/Lit.h"
+#include "viewport/drawing/layer/depth_modes.h"
+
+#include <algorithm>
+
+#include <GL/glew.h>
+
+namespace vellum::viewport {
+
+namespace {
+
+constexpr Color4<float> HIDDEN_LINES{0.62F, 0.70F, 0.82F, 0.16F};
+constexpr Color4<float> FRONT_LINES{0.80F, 0.87F, 0.97F, 0.90F};
+constexpr Color4<float> BOX_EDGES{0.97F, 0.78F, 0.38F, 1};
+constexpr Color4<float> EDGE_LINES{0.98F, 0.88F, 0.55F, 1};
+constexpr Color4<float> VERTEX_NORMAL_LINES{0.45F, 0.85F, 1.0F, 1};
+constexpr Color4<float> FACE_NORMAL_LINES{1.0F, 0.72F, 0.30F, 1};
+constexpr float BORDER_MARKS[4] = {1.0F, 0.62F, 0.16F, 1};
+constexpr float BLENDED_ALPHA = 0.42F;
+
+// Blended edges are drawn without the texture, so a textured surface gets a neutral color.
+constexpr Color4<float> TEXTURED_BLENDED{0.74F, 0.76F, 0.80F, 1};
+
+constexpr float NORMAL_LENGTH = 0.045F * static_cast<float>(Scene::RADIUS);
+
+// The preview draws normals of length 1, so its frame is one in which 1 is as long as the normals are to be.
+constexpr double PREVIEW_UNIT = static_cast<double>(NORMAL_LENGTH);
+
+// Where a mesh keeps all normals of its vertices for being drawn: a vertex on a hard edge has several.
+constexpr char NORMAL_POINTS[] = "points of all normals";
+constexpr char NORMAL_VECTORS[] = "vectors of all normals";
+
+template <class T>
+T const* elementsOf(ArrayId const& id) {
+    ArrayTypeable const* const array = VL_ArrayServer.resolve(id);
+    return array != nullptr ? array->as<T>() : nullptr;
+}
+
+unsigned int sizeOf(ArrayId const& id) {
+    ArrayTypeable const* const array = VL_ArrayServer.resolve(id);
+    return array != nullptr ? array->size : 0;
+}
+
+template <class T>
+Array<T> arrayOfSize(unsigned int size) {
+    Array<T> array;
+    array.reserve(size, false);
+    array.setSize(size);
+    return array;
+}
+
+void addAllNormals(Mesh& mesh) {
+    auto const* const positions = elementsOf<Vector3<double>>(mesh.positions());
+    auto const* const triangles = elementsOf<Tuple3<unsigned int>>(mesh.triangles());
+    auto const* const normals = elementsOf<Vector3<float>>(mesh.vertexNormals());
+    auto const* const normalTriangles = elementsOf<Tuple3<unsigned int>>(mesh.normalTriangles());
+    if (positions == nullptr || triangles == nullptr || normals == nullptr || normalTriangles == nullptr) {
+        return;
+    }
+    unsigned int const count = sizeOf(mesh.vertexNormals());
+    auto points = arrayOfSize<Vector3<double>>(count);
+    auto vectors = arrayOfSize<Color4<float>>(count);
+    for (unsigned int i = 0; i < count; ++i) {
+        vectors[i] = {normals[i].x, normals[i].y, normals[i].z, 0};
+        points[i] = i < sizeOf(mesh.positions()) ? positions[i] : Vector3<double>{0, 0, 0};
+    }
+    for (unsigned int t = 0; t < mesh.triangleCount(); ++t) {
+        points[normalTriangles[t].e0] = positions[triangles[t].e0];
+        points[normalTriangles[t].e1] = positions[triangles[t].e1];
+        points[normalTriangles[t].e2] = positions[triangles[t].e2];
+    }
+    mesh.addNamedArray(MeshArrayInf_ns::PER_VERTEX, NORMAL_POINTS, points);
+    mesh.addNamedArray(MeshArrayInf_ns::PER_VERTEX, NORMAL_VECTORS, vectors);
+}
+
+/// The import in the frame of the preview.
+std::unique_ptr<MeshImporter> toPreview(MeshImporter const& import) {
+    auto preview = std::make_unique<MeshImporter>(import);
+    for (Vector3<double>& p : preview->positions) {
+        p = p * (1 / PREVIEW_UNIT);
+    }
+    return preview;
+}
+
+Matrix4<double> scaling(double s) {
+    return {{s, 0, 0, 0, 0, s, 0, 0, 0, 0, s, 0, 0, 0, 0, 1}};
+}
+
+Color4<float> meanColor(Color4<float> const& a, Color4<float> const& b, Color4<float> const& c) {
+    return {(a.r + b.r + c.r) / 3, (a.g + b.g + c.g) / 3, (a.b + b.b + c.b) / 3, 1};
+}
+
+Color4<float> brightened(Color4<float> const& color) {
+    auto const component = [](float value) { return std::min(1.0F, 0.15F + 1.3F * value); };
+    return {component(color.r), component(color.g), component(color.b), 1};
+}
+
+/// Moves surfaces a little back in depth while it lives, so that lines in a surface are seen whole.
+class SurfacesBehind {
+public:
+    SurfacesBehind() {
+        glEnable(GL_POLYGON_OFFSET_FILL);
+        glPolygonOffset(2, 2);
+    }
+    ~SurfacesBehind() { glDisable(GL_POLYGON_OFFSET_FILL); }
+    SurfacesBehind(SurfacesBehind const&) = delete;
+    SurfacesBehind& operator=(SurfacesBehind const&) = delete;
+};
+
+}  // namespace
+
+// == TextureStore ==
+
+TextureStore::~TextureStore() {
+    for (auto const& entry : names) {
+        layer.unLoadTextureColor(entry.second);
+    }
+}
+
+unsigned int TextureStore::nameOf(VL_Image const& image) {
+    auto const [entry, isNew] = names.emplace(&image, 0);
+    if (isNew) {
+        void const* const pixels = image.bitdepth() == 8    ? static_cast<void const*>(image.getBuffer())
+                                   : image.bitdepth() == 16 ? static_cast<void const*>(image.getBuffer16())
+                                                            : static_cast<void const*>(image.getBuffer32());
+        // The rows of an image follow each other without gaps.
+        glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+        layer.loadTextureColor(image.width(), image.height(), image.bitdepth(), image.pixdepth(), pixels,
+                               entry->second, TEXTURE_REPEAT);
+        glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
+    }
+    return entry->second;
+}
+
+// == ModelRenderer ==
+
+ModelRenderer::ModelRenderer(Core_RL& layer, Model const& model, MeshStyle const& style,
+                             TextureStore& textures)
+    : layer(layer), model(model), style(style), textures(textures) {
+    bool const hasBuffers = layer.isExtensionSupported("GL_ARB_vertex_buffer_object");
+    for (ModelPart const& source : model.parts) {
+        Part& part = parts.emplace_back();
+        part.source = &source;
+        part.renderer = std::make_unique<Mesh_RL_GL>(source.mesh.get(), false);
+        part.renderer->useBufferObjects = hasBuffers && !style.immediate;
+        if (style.importPreview && source.import != nullptr) {
+            part.import = toPreview(*source.import);
+        }
+        if (style.normals == Normals::VERTEX && source.hasHardNormals) {
+            addAllNormals(*source.mesh);
+        }
+    }
+    if (style.shading == Shading::BOX) {
+        whole = std::make_unique<Mesh>();
+        whole->setPositions(model.vertices);
+        wholeRenderer = std::make_unique<Mesh_RL_GL>(whole.get(), false);
+    }
+}
+
+void ModelRenderer::draw(Sampling const& sampling) {
+    if (style.importPreview) {
+        for (Part& part : parts) {
+            _drawPreview(part, sampling);
+        }
+        return;
+    }
+    if (style.shading == Shading::WIREFRAME) {
+        _drawWireframe(sampling);
+    } else if (style.shading == Shading::BOX) {
+        _drawBox(sampling);
+    }
+    for (Part& part : parts) {
+        if (style.isFilled()) {
+            _drawSurface(part, sampling);
+        } else {
+            _drawEdges(part, sampling);
+        }
+    }
+    // After all surfaces, which may lie behind.
+    for (Part& part : parts) {
+        _drawConnectivity(part, sampling);
+        _drawNormals(part, sampling);
+    }
+}
+
+void ModelRenderer::drawForPicking() {
+    if (style.shading == Shading::BOX) {
+        layer.render(model.box, false);
+    } else {
+        _drawShape();
+    }
+}
+
+void ModelRenderer::_drawShape() {
+    for (Part const& part : parts) {
+        part.renderer->render();
+    }
+}
+
+void ModelRenderer::_drawSurface(Part& part, Sampling const& sampling) {
+    ModelPart const& source = *part.source;
+    bool const isColored = source.texture == nullptr && source.colors.size() > 0;
+    bool const isPlain = source.texture == nullptr && !isColored;
+    if (style.edgesBlend || (style.edges && isPlain && style.shading == Shading::SMOOTH)) {
+        _drawSurfaceWithEdges(part, sampling);
+        return;
+    }
+    {
+        SurfacesBehind const behind;
+        Lit const lit(layer, style.shading == Shading::FACETED ? Lit::Finish::DULL : Lit::Finish::GLOSSY);
+        layer.pushLineWidth(sampling.lineWidth(1.0));
+        if (isColored) {
+            _drawColoredSurface(source);
+        } else {
+            _drawPlainSurface(part);
+        }
+        layer.popLineWidth();
+    }
+    _drawEdges(part, sampling);
+}
+
+void ModelRenderer::_drawSurfaceWithEdges(Part& part, Sampling const& sampling) {
+    ModelPart const& source = *part.source;
+    SurfacesBehind const behind;
+    Lit const lit(layer, style.edges ? Lit::Finish::BRIGHT : Lit::Finish::DULL);
+    layer.pushLineWidth(sampling.lineWidth(1.6));
+    layer.pushColor(source.color);
+    if (style.edgesBlend) {
+        Color4<float> color = source.texture != nullptr ? TEXTURED_BLENDED : source.color;
+        color.a = BLENDED_ALPHA;
+        part.renderer->renderWithEdgesBlending(color, true);
+    } else {
+        // The renderer draws the surface in half of this color.
+        part.renderer->renderWithEdges(brightened(source.color));
+    }
+    layer.popColor(1);
+    layer.popLineWidth();
+}
+
+void ModelRenderer::_drawPlainSurface(Part& part) {
+    ModelPart const& source = *part.source;
+    MeshShading shading;
+    shading.mode =
+        style.shading == Shading::FACETED ? MeshShadingMode_ns::FACETED : MeshShadingMode_ns::SMOOTH;
+    if (style.wireframeBack) {
+        shading.flags |= MeshShadingFlags_ns::WIREFRAME_BACK_FACES;
+    }
+    if (source.texture != nullptr) {
+        shading.flags |= MeshShadingFlags_ns::TEXTURE;
+        shading.textureChannel = ModelPart::CHANNEL;
+        layer.activateTextureColor(textures.nameOf(*source.texture));
+    }
+    layer.pushColor(source.color);
+    part.renderer->render(shading);
+    layer.popColor(1);
+    if (source.texture != nullptr) {
+        layer.disableTextureColor();
+    }
+}
+
+// Meshes have no colors per vertex, so the layer draws surfaces that have them.
+void ModelRenderer::_drawColoredSurface(ModelPart const& part) {
+    layer.pushFillingBack(style.wireframeBack ? FILLING_LINES : FILLING_SOLID);
+    layer.pushFillingFront(FILLING_SOLID);
+    if (style.shading == Shading::SMOOTH) {
+        layer.render(part.vertices, part.triangles, part.normals, part.colors);
+    } else {
+        layer.pushColor(layer.currentColor());
+        layer.begin(Primitive::TRIANGLES);
+        for (Tuple3<unsigned int> const& t : part.triangles) {
+            layer.setColor(meanColor(part.colors[t.e0], part.colors[t.e1], part.colors[t.e2]));
+            layer.renderTriangleOptimized(convert<float>(part.vertices[t.e0]),
+                                          convert<float>(part.vertices[t.e1]),
+                                          convert<float>(part.vertices[t.e2]));
+        }
+        layer.end();
+        layer.popColor(1);
+    }
+    layer.popFillingFront();
+    layer.popFillingBack();
+}
+
+void ModelRenderer::_drawWireframe(Sampling const& sampling) {
+    // First the depth of the surface alone, moved away a little; then all lines faintly, and those in front strongly.
+    glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
+    {
+        SurfacesBehind const behind;
+        _drawShape();
+    }
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
+
+    layer.pushBlending(BLENDING_ALPHA);
+    layer.pushLineWidth(sampling.lineWidth(1.0));
+    struct Step {
+        DepthtTestMode depth;
+        Color4<float> color;
+    };
+    MeshShading wireframe;
+    wireframe.mode = MeshShadingMode_ns::WIREFRAME;
+    for (Step step : {Step{DEPTH_IGNORED, HIDDEN_LINES}, Step{DEPTH_TESTED_ONLY, FRONT_LINES}}) {
+        layer.pushDepthTest(step.depth);
+        layer.pushColor(step.color);
+        for (Part const& part : parts) {
+            part.renderer->render(wireframe);
+        }
+        layer.popColor(1);
+        layer.popDepthTest();
+    }
+    layer.popLineWidth();
+    layer.popBlending();
+}
+
+void ModelRenderer::_drawBox(Sampling const& sampling) {
+    MeshShading shading;
+    shading.mode = MeshShadingMode_ns::BOX;
+    layer.pushLineWidth(sampling.lineWidth(1.8));
+    layer.pushColor(BOX_EDGES);
+    wholeRenderer->render(shading);
+    layer.popColor(1);
+    layer.popLineWidth();
+}
+
+void ModelRenderer::_drawEdges(Part& part, Sampling const& sampling) {
+    if (!style.edges && !style.edgesBlend) {
+        return;
+    }
+    layer.pushLineWidth(sampling.lineWidth(1.6));
+    layer.pushColor(EDGE_LINES);
+    if (style.edges) {
+        part.renderer->renderEdges();
+    } else {
+        Lit const lit(layer, Lit::Finish::BRIGHT);
+        part.renderer->renderWithEdgesBlending(EDGE_LINES, false);
+    }
+    layer.popColor(1);
+    layer.popLineWidth();
+}
+
+void ModelRenderer::_drawNormals(Part& part, Sampling const& sampling) {
+    if (style.normals == Normals::NONE) {
+        return;
+    }
+    layer.pushLineWidth(sampling.lineWidth(1.0));
+    if (style.normals == Normals::FACE) {
+        layer.pushColor(FACE_NORMAL_LINES);
+        part.renderer->renderFaceNormals(NORMAL_LENGTH);
+    } else {
+        layer.pushColor(VERTEX_NORMAL_LINES);
+        if (part.source->hasHardNormals) {
+            part.renderer->renderVertexNormals(NORMAL_POINTS, NORMAL_VECTORS, NORMAL_LENGTH);
+        } else {
+            part.renderer->renderVertexNormals(NORMAL_LENGTH);
+        }
+    }
+    layer.popColor(1);
+    layer.popLineWidth();
+}
+
+void ModelRenderer::_drawConnectivity(Part& part, Sampling const& sampling) {
+    if (!style.connectivity) {
+        return;
+    }
+    layer.pushDepthTest(DEPTH_TESTED_ONLY);
+    layer.pushColor(layer.currentColor());
+    layer.pushLineWidth(sampling.lineWidth(1.0));
+    part.renderer->renderEdgesConnection();
+    layer.popLineWidth();
+
+    // Both renderers set their color to white; an emissive material that takes no color from it shows the borders.
+    float const dark[4] = {0, 0, 0, 1};
+    glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT_AND_DIFFUSE, dark);
+    glMaterialfv(GL_FRONT_AND_BACK, GL_EMISSION, BORDER_MARKS);
+    layer.enableLighting();
+    layer.pushLineWidth(sampling.lineWidth(1.6));
+    part.renderer->renderEdgesUnconnected();
+    layer.popLineWidth();
+    layer.disableLighting();
+    glMaterialfv(GL_FRONT_AND_BACK, GL_EMISSION, dark);
+    layer.popColor(1);
+    layer.popDepthTest();
+}
+
+void ModelRenderer::_drawPreview(Part& part, Sampling const& sampling) {
+    if (part.import == nullptr) {
+        return;
+    }
+    MeshImporter_RL_GL preview(part.import.get());
+    layer.pushTransform(scaling(PREVIEW_UNIT));
+    layer.pushColor(layer.currentColor());
+    {
+        Lit const lit(layer, Lit::Finish::GLOSSY);
+        preview.render();
+    }
+    layer.pushLineWidth(sampling.lineWidth(1.0));
+    preview.renderNormals(MeshImporter_RL::EVERY_TRIANGLE);
+    layer.popLineWidth();
+    layer.popColor(1);
+    layer.popTransform();
+}
+
+}  // namespace vellum::viewport

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "MeshImporter_RL_GL.h"
+#include "Mesh_RL_GL.h"
+#include "foundation/raster/Core_RL.h"
+#include "viewport/drawing/subjects/MeshStyle.h"
+#include "viewport/drawing/view/PictureSize.h"
+#include "viewport/scene/Scene.h"
+
+#include <map>
+#include <memory>
+#include <vector>
+
+namespace vellum::viewport {
+
+/// The textures of a scene as OpenGL has them, each image once. The context that it loads them into must be current
+/// until its end. The layer must outlive it, and so must the images.
+class TextureStore {
+public:
+    explicit TextureStore(Core_RL& layer) : layer(layer) {}
+    ~TextureStore();
+    TextureStore(TextureStore const&) = delete;
+    TextureStore& operator=(TextureStore const&) = delete;
+
+    /// The name of the image's texture, which is loaded at the first call for an image.
+    unsigned int nameOf(VL_Image const& image);
+
+private:
+    Core_RL& layer;
+    std::map<VL_Image const*, unsigned int> names;
+};
+
+/// Draws one model in a style: each of its parts through a mesh renderer, with buffer objects if the driver has them
+/// and the style does not forbid it.
+///
+/// It expects the camera, the lights and the depth test to be set, and needs a current context as long as it lives.
+/// Layer, model and textures must outlive it.
+class ModelRenderer {
+public:
+    ModelRenderer(Core_RL& layer, Model const& model, MeshStyle const& style, TextureStore& textures);
+
+    void draw(Sampling const& sampling);
+
+    /// Draws the triangles alone, in the current color; in the style of boxes the model's box. For picking.
+    void drawForPicking();
+
+private:
+    struct Part {
+        ModelPart const* source = nullptr;
+        std::unique_ptr<Mesh_RL_GL> renderer;
+        std::unique_ptr<MeshImporter> import;  // only for the preview
+    };
+
+    void _drawShape();
+    void _drawSurface(Part& part, Sampling const& sampling);
+    void _drawPlainSurface(Part& part);
+    void _drawColoredSurface(ModelPart const& part);
+    void _drawSurfaceWithEdges(Part& part, Sampling const& sampling);
+    void _drawWireframe(Sampling const& sampling);
+    void _drawBox(Sampling const& sampling);
+    void _drawEdges(Part& part, Sampling const& sampling);
+    void _drawNormals(Part& part, Sampling const& sampling);
+    void _drawConnectivity(Part& part, Sampling const& sampling);
+    void _drawPreview(Part& part, Sampling const& sampling);
+
+    Core_RL& layer;
+    Model const& model;
+    MeshStyle style;
+    TextureStore& textures;
+    std::vector<Part> parts;
+
+    // The vertices of all parts, only for the box: it is that of the model, not one for each material.
+    std::unique_ptr<Mesh> whole;
+    std::unique_ptr<Mesh_RL_GL> wholeRenderer;
+};
+
+}  // namespace vellum::viewport
