@@ -66,18 +66,18 @@ public:
     /// at the bottom; `radius` and `height` give its points.
     void addTurned(Point const& foot, std::function<double(double)> const& radius,
                    std::function<double(double)> const& height) {
-        constexpr unsigned int rings = 96;
-        constexpr unsigned int sides = 128;
-        constexpr double step = 1e-4;
+        constexpr unsigned int RINGS = 96;
+        constexpr unsigned int SIDES = 128;
+        constexpr double STEP = 1e-4;
         unsigned int const first = count + 1;
-        for (unsigned int ring = 0; ring <= rings; ++ring) {
-            double const t = std::clamp(static_cast<double>(ring) / rings, 0.0005, 0.9995);
+        for (unsigned int ring = 0; ring <= RINGS; ++ring) {
+            double const t = std::clamp(static_cast<double>(ring) / RINGS, 0.0005, 0.9995);
             double const r = radius(t);
-            double const outwards = height(t - step) - height(t + step);
-            double const upwards = radius(t + step) - radius(t - step);
+            double const outwards = height(t - STEP) - height(t + STEP);
+            double const upwards = radius(t + STEP) - radius(t - STEP);
             double const length = std::hypot(outwards, upwards);
-            for (unsigned int side = 0; side < sides; ++side) {
-                double const angle = 2 * PI * side / sides;
+            for (unsigned int side = 0; side < SIDES; ++side) {
+                double const angle = 2 * PI * side / SIDES;
                 double const c = std::cos(angle);
                 double const s = std::sin(angle);
                 file << "v " << foot.x + r * c << ' ' << foot.y + height(t) << ' ' << foot.z + r * s << '\n';
@@ -87,12 +87,12 @@ public:
             }
         }
         auto const corner = [&](unsigned int ring, unsigned int side) {
-            std::string const n = std::to_string(first + ring * sides + side % sides);
+            std::string const n = std::to_string(first + ring * SIDES + side % SIDES);
             // Vertices and normals come in pairs, so that both have the same number.
             return " " + n + "//" + n;
         };
-        for (unsigned int ring = 0; ring < rings; ++ring) {
-            for (unsigned int side = 0; side < sides; ++side) {
+        for (unsigned int ring = 0; ring < RINGS; ++ring) {
+            for (unsigned int side = 0; side < SIDES; ++side) {
                 file << 'f' << corner(ring, side) << corner(ring, side + 1) << corner(ring + 1, side + 1)
                      << corner(ring + 1, side) << '\n';
             }
@@ -149,11 +149,11 @@ bool writeMaterials(std::string const& folder) {
 
 bool writeRoom(std::string const& folder) {
     Model model(folder + "/room");
-    constexpr int tiles = 5;
+    constexpr int TILES = 5;
     for (char const* const color : {"light", "dark"}) {
         model.use("room.mtl", color);
-        for (int row = -tiles; row < tiles; ++row) {
-            for (int column = -tiles; column < tiles; ++column) {
+        for (int row = -TILES; row < TILES; ++row) {
+            for (int column = -TILES; column < TILES; ++column) {
                 bool const isLight = (row + column) % 2 == 0;
                 if (isLight == (color == std::string("light"))) {
                     double const x = column;
@@ -236,18 +236,18 @@ double landHeight(double x, double z) {
 /// Writes the map: the height as displacement along y, half gray (no displacement) for x and z. 16 bits per channel,
 /// because 8 bits would show steps.
 bool writeLand(std::string const& path) {
-    constexpr unsigned int size = 512;
+    constexpr unsigned int SIZE = 512;
     std::vector<std::uint16_t> texels;
-    for (unsigned int row = 0; row < size; ++row) {
-        for (unsigned int column = 0; column < size; ++column) {
-            double const height = landHeight((column + 0.5) / size, 1 - (row + 0.5) / size);
+    for (unsigned int row = 0; row < SIZE; ++row) {
+        for (unsigned int column = 0; column < SIZE; ++column) {
+            double const height = landHeight((column + 0.5) / SIZE, 1 - (row + 0.5) / SIZE);
             texels.insert(texels.end(), {32768, static_cast<std::uint16_t>(32768 + 32767 * height), 32768});
         }
     }
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
-    image.width = size;
-    image.height = size;
+    image.width = SIZE;
+    image.height = SIZE;
     image.format = PNG_FORMAT_LINEAR_RGB;
     return png_image_write_to_file(&image, path.c_str(), 0, texels.data(), 0, nullptr) != 0;
 }

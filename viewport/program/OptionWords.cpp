@@ -18,15 +18,15 @@ namespace {
 template <class Value>
 using Modes = std::map<std::string, Value>;
 
-Modes<Shading> const shadings{{"box", Shading::BOX},
+Modes<Shading> const SHADINGS{{"box", Shading::BOX},
                               {"wireframe", Shading::WIREFRAME},
                               {"faceted", Shading::FACETED},
                               {"smooth", Shading::SMOOTH}};
-Modes<Normals> const normalKinds{{"vertex", Normals::VERTEX}, {"face", Normals::FACE}};
-Modes<Gizmo> const gizmos{{"move", Gizmo::MOVE}, {"rotate", Gizmo::ROTATE}, {"scale", Gizmo::SCALE}};
-Modes<ParticleMode> const particleModes{
+Modes<Normals> const NORMAL_KINDS{{"vertex", Normals::VERTEX}, {"face", Normals::FACE}};
+Modes<Gizmo> const GIZMOS{{"move", Gizmo::MOVE}, {"rotate", Gizmo::ROTATE}, {"scale", Gizmo::SCALE}};
+Modes<ParticleMode> const PARTICLE_MODES{
     {"points", ParticleMode::POINTS}, {"spheres", ParticleMode::SPHERES}, {"arrows", ParticleMode::ARROWS}};
-Modes<View> const views{
+Modes<View> const VIEWS{
     {"perspective", View::PERSPECTIVE}, {"front", View::FRONT}, {"back", View::BACK},  {"top", View::TOP},
     {"bottom", View::BOTTOM},           {"left", View::LEFT},   {"right", View::RIGHT}};
 
@@ -236,14 +236,14 @@ void OptionWords::_addParticles(CLI::App& app, Options& options) {
 
 std::optional<Fault> OptionWords::_readValues(Options& options) const {
     std::optional<Fault> const faults[] = {
-        readMode("--shading", shading, shadings, options.mesh.shading),
-        readMode("--normals", normals, normalKinds, options.mesh.normals),
-        readMode("--gizmo", gizmo, gizmos, options.gizmo),
-        readMode("--view", view, views, options.camera.view),
+        readMode("--shading", shading, SHADINGS, options.mesh.shading),
+        readMode("--normals", normals, NORMAL_KINDS, options.mesh.normals),
+        readMode("--gizmo", gizmo, GIZMOS, options.gizmo),
+        readMode("--view", view, VIEWS, options.camera.view),
         _readSize(options.size),
         _readPick(options),
         _readLimits(options.limits),
-        readMode("--particles", particles, particleModes, options.particles.mode),
+        readMode("--particles", particles, PARTICLE_MODES, options.particles.mode),
         _readParticles(options.particles),
         _readGpuMemory(options),
         _readRange(options.particles),

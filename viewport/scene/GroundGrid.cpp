@@ -35,9 +35,9 @@ Color4<float> lineColor(std::int64_t index, Point const& along) {
 }  // namespace
 
 Color4<float> axisColor(unsigned int axis) {
-    constexpr Color4<float> colors[3] = {
+    constexpr Color4<float> COLORS[3] = {
         {0.93F, 0.27F, 0.29F, 1}, {0.45F, 0.80F, 0.27F, 1}, {0.27F, 0.54F, 0.97F, 1}};
-    return colors[axis];
+    return COLORS[axis];
 }
 
 double GroundGrid::spacingFor(double modelSize, double unitsPerFileUnit) {
@@ -47,7 +47,7 @@ double GroundGrid::spacingFor(double modelSize, double unitsPerFileUnit) {
 std::vector<ShadedSegment> GroundGrid::segments() const {
     std::vector<ShadedSegment> found;
     // A line is cut into pieces so that it can fade along its way.
-    constexpr int pieces = 24;
+    constexpr int PIECES = 24;
     auto const faded = [&](Color4<float> color, double distance) {
         double const nearness = std::clamp(1 - distance / radius, 0.0, 1.0);
         color.a *= fades ? static_cast<float>(nearness * nearness * (3 - 2 * nearness)) : 1.0F;
@@ -65,9 +65,9 @@ std::vector<ShadedSegment> GroundGrid::segments() const {
             double const aside = offset + static_cast<double>(index) * spacing;
             double const half = fades ? std::sqrt(std::max(0.0, radius * radius - aside * aside)) : radius;
             Color4<float> const color = lineColor(index, along);
-            for (int i = 0; i < pieces; ++i) {
-                double const a = half * (2.0 * i / pieces - 1);
-                double const b = half * (2.0 * (i + 1) / pieces - 1);
+            for (int i = 0; i < PIECES; ++i) {
+                double const a = half * (2.0 * i / PIECES - 1);
+                double const b = half * (2.0 * (i + 1) / PIECES - 1);
                 found.push_back({convert<float>(center + across * aside + along * a),
                                  convert<float>(center + across * aside + along * b),
                                  faded(color, std::hypot(aside, a)), faded(color, std::hypot(aside, b))});

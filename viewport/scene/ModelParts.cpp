@@ -75,13 +75,13 @@ public:
 private:
     void _takeNormals() {
         // Less than one degree: normals of the same direction, but rounded in different faces.
-        constexpr double alikeCosine = 0.9999F;
+        constexpr double ALIKE_COSINE = 0.9999F;
         shape.cornerNormals.reserve(shape.triangles.size(), false);
         for (unsigned int t = 0; t < shape.triangles.size(); ++t) {
             std::array<Vector3<double>, 3> const n = vertexNormals(t);
             shape.cornerNormals.pushBack({n[0], n[1], n[2], {0, 0, 0}});
         }
-        shape.shareNormals(alikeCosine);
+        shape.shareNormals(ALIKE_COSINE);
     }
 
     Vector3<double> _vertexNormal(unsigned int t, unsigned int corner, unsigned int vertex) {

@@ -70,12 +70,12 @@ bool EffectDrawer::takeReports(unsigned int stage) {
 }
 
 void EffectDrawer::_create() {
-    constexpr unsigned int noStage = 0;
+    constexpr unsigned int NO_STAGE = 0;
     if (!shader().created) {
         shader().create();
     }
     shader().enable(false);
-    takeReports(noStage);
+    takeReports(NO_STAGE);
 }
 
 }  // namespace vellum::viewport

@@ -82,11 +82,11 @@ void drawRectangle(Picture& picture, int left, int top, int width, int height, u
 
 /// The lines around an area.
 void drawFrame(Picture& picture, int left, int top, int width, int height, int thickness) {
-    constexpr unsigned int strength = 150;
-    drawRectangle(picture, left - thickness, top - thickness, width + 2 * thickness, thickness, strength);
-    drawRectangle(picture, left - thickness, top + height, width + 2 * thickness, thickness, strength);
-    drawRectangle(picture, left - thickness, top, thickness, height, strength);
-    drawRectangle(picture, left + width, top, thickness, height, strength);
+    constexpr unsigned int STRENGTH = 150;
+    drawRectangle(picture, left - thickness, top - thickness, width + 2 * thickness, thickness, STRENGTH);
+    drawRectangle(picture, left - thickness, top + height, width + 2 * thickness, thickness, STRENGTH);
+    drawRectangle(picture, left - thickness, top, thickness, height, STRENGTH);
+    drawRectangle(picture, left + width, top, thickness, height, STRENGTH);
 }
 
 }  // namespace

@@ -50,8 +50,8 @@ void GizmoDrawing::drawForPicking(ViewCamera const& camera, PictureSize const& s
 }
 
 std::string GizmoDrawing::handle(unsigned int name) const {
-    static constexpr char const* handles[] = {"", "X", "Y", "Z", "center"};
-    return std::string("gizmo ") + wordFor(gizmo) + " " + handles[name];
+    static constexpr char const* HANDLES[] = {"", "X", "Y", "Z", "center"};
+    return std::string("gizmo ") + wordFor(gizmo) + " " + HANDLES[name];
 }
 
 void GizmoDrawing::_draw(ViewCamera const& camera, PictureSize const& size, Sampling const& sampling,

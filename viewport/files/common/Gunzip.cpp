@@ -15,9 +15,9 @@ constexpr std::size_t LARGEST_STEP = std::size_t(1) << 22;
 
 class Inflater {
 public:
-    explicit Inflater(std::string_view compressed) : _left(compressed) {
-        constexpr int gzipOnly = 16 + MAX_WBITS;
-        if (inflateInit2(&stream, gzipOnly) != Z_OK) {
+    explicit Inflater(std::string_view compressed) : remaining(compressed) {
+        constexpr int GZIP_ONLY = 16 + MAX_WBITS;
+        if (inflateInit2(&stream, GZIP_ONLY) != Z_OK) {
             throw std::bad_alloc();
         }
     }
@@ -28,26 +28,26 @@ public:
     /// Writes up to `room` bytes. \return the code of zlib: Z_OK, Z_STREAM_END at the end of a member,
     /// Z_BUF_ERROR where the input is used up, or another error.
     int step(char* const out, std::size_t room, std::size_t& written) {
-        std::size_t const given = std::min(_left.size(), LARGEST_STEP);
-        stream.next_in = reinterpret_cast<Bytef const*>(_left.data());
+        std::size_t const given = std::min(remaining.size(), LARGEST_STEP);
+        stream.next_in = reinterpret_cast<Bytef const*>(remaining.data());
         stream.avail_in = static_cast<uInt>(given);
         stream.next_out = reinterpret_cast<Bytef*>(out);
         stream.avail_out = static_cast<uInt>(std::min(room, LARGEST_STEP));
         uInt const offered = stream.avail_out;
         int const outcome = inflate(&stream, Z_NO_FLUSH);
         written = offered - stream.avail_out;
-        _left.remove_prefix(given - stream.avail_in);
+        remaining.remove_prefix(given - stream.avail_in);
         return outcome;
     }
 
     /// \return false where no further member follows.
-    bool startNextMember() { return isGzip(_left) && inflateReset(&stream) == Z_OK; }
+    bool startNextMember() { return isGzip(remaining) && inflateReset(&stream) == Z_OK; }
 
-    std::string_view left() const { return _left; }
+    std::string_view left() const { return remaining; }
     char const* message() const { return stream.msg != nullptr ? stream.msg : "no gzip data"; }
 
 private:
-    std::string_view _left;
+    std::string_view remaining;
     z_stream stream{};
 };
 

@@ -13,7 +13,7 @@ std::optional<PlyScalarType> toScalarType(std::string_view word) {
         std::string_view name;
         PlyScalarType type;
     };
-    static constexpr Row rows[] = {
+    static constexpr Row ROWS[] = {
         {"char", {1, true, true}},     {"int8", {1, true, true}},     {"uchar", {1, true, false}},
         {"uint8", {1, true, false}},   {"short", {2, true, true}},    {"int16", {2, true, true}},
         {"ushort", {2, true, false}},  {"uint16", {2, true, false}},  {"int", {4, true, true}},
@@ -21,7 +21,7 @@ std::optional<PlyScalarType> toScalarType(std::string_view word) {
         {"float", {4, false, true}},   {"float32", {4, false, true}}, {"double", {8, false, true}},
         {"float64", {8, false, true}},
     };
-    for (Row const& row : rows) {
+    for (Row const& row : ROWS) {
         if (row.name == word) {
             return row.type;
         }

@@ -33,8 +33,8 @@ class TemporaryFile {
 public:
     /// Creates it in the folder. On failure isOpen() is false and errno says why.
     explicit TemporaryFile(fs::path const& folder) {
-        constexpr int mostAttempts = 100;
-        for (int attempt = 0; attempt < mostAttempts && file == nullptr; ++attempt) {
+        constexpr int MOST_ATTEMPTS = 100;
+        for (int attempt = 0; attempt < MOST_ATTEMPTS && file == nullptr; ++attempt) {
             location = folder /
                        (".vl_viewport-" + std::to_string(getpid()) + "-" + std::to_string(attempt) + ".tmp");
             int const descriptor = ::open(location.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);

@@ -51,7 +51,7 @@ private:
 
         void write(char const* line) override {
             // Other notes are about what the drawing does without: textures, animations, unknown extensions.
-            static constexpr std::string_view damage[] = {"out of range",         "out-of-range",
+            static constexpr std::string_view DAMAGE[] = {"out of range",         "out-of-range",
                                                           "out of bounds",        "outside the allowed range",
                                                           "header is incorrect",  "unexpected end of file",
                                                           "unexpected eof",       "invalid face index",
@@ -59,16 +59,16 @@ private:
                                                           "invalid polygon index"};
             std::string const text = lowerCase(line);
             bool const tellsDamage =
-                std::any_of(std::begin(damage), std::end(damage),
+                std::any_of(std::begin(DAMAGE), std::end(DAMAGE),
                             [&](auto const& words) { return text.find(words) != std::string::npos; });
             if (tellsDamage && firstNote.empty()) {
-                firstNote = withoutPrefix(line);
+                firstNote = _withoutPrefix(line);
             }
         }
 
     private:
         /// The line without "Error, T0: " in front and the line end behind.
-        static std::string withoutPrefix(std::string_view line) {
+        static std::string _withoutPrefix(std::string_view line) {
             std::size_t const colon = line.find(": ");
             if (colon != std::string_view::npos) {
                 line.remove_prefix(colon + 2);

@@ -17,27 +17,27 @@ class Body {
 public:
     enum class Step { DONE, CUT_OFF, NOT_UNDERSTOOD };
 
-    Body(std::string_view bytes, PlyFormat format) : _left(bytes), format(format) {}
+    Body(std::string_view bytes, PlyFormat format) : remaining(bytes), format(format) {}
 
     Step skip(PlyScalarType const& type, std::uint64_t count) {
         if (format == PlyFormat::TEXT) {
             for (std::uint64_t i = 0; i < count; ++i) {
-                if (takeWord(_left).empty()) {
+                if (takeWord(remaining).empty()) {
                     return Step::CUT_OFF;
                 }
             }
             return Step::DONE;
         }
-        if (count > _left.size() / type.size) {
+        if (count > remaining.size() / type.size) {
             return Step::CUT_OFF;
         }
-        _left.remove_prefix(static_cast<std::size_t>(count) * type.size);
+        remaining.remove_prefix(static_cast<std::size_t>(count) * type.size);
         return Step::DONE;
     }
 
     Step takeLength(PlyScalarType const& type, std::uint64_t& length) {
         if (format == PlyFormat::TEXT) {
-            std::string_view const word = takeWord(_left);
+            std::string_view const word = takeWord(remaining);
             if (word.empty()) {
                 return Step::CUT_OFF;
             }
@@ -45,24 +45,24 @@ public:
             length = count.value_or(0);
             return count ? Step::DONE : Step::NOT_UNDERSTOOD;
         }
-        if (_left.size() < type.size) {
+        if (remaining.size() < type.size) {
             return Step::CUT_OFF;
         }
         length = 0;
         unsigned char highest = 0;
         for (std::size_t i = 0; i < type.size; ++i) {
             std::size_t const place = format == PlyFormat::BINARY_BIG ? i : type.size - 1 - i;
-            auto const byte = static_cast<unsigned char>(_left[place]);
+            auto const byte = static_cast<unsigned char>(remaining[place]);
             highest = i == 0 ? byte : highest;
             length = length << 8 | byte;
         }
-        _left.remove_prefix(type.size);
+        remaining.remove_prefix(type.size);
         bool const isNegative = type.isSigned && highest > 0x7F;
         return isNegative ? Step::NOT_UNDERSTOOD : Step::DONE;
     }
 
 private:
-    std::string_view _left;
+    std::string_view remaining;
     PlyFormat format;
 };
 

@@ -32,9 +32,9 @@
 namespace vellum::viewport {
 
 #if defined(VL_SANITIZED)
-bool const importMemoryIsLimited = false;
+bool const IMPORT_MEMORY_IS_LIMITED = false;
 #else
-bool const importMemoryIsLimited = true;
+bool const IMPORT_MEMORY_IS_LIMITED = true;
 #endif
 
 namespace {
@@ -142,7 +142,7 @@ void restrictProcess(ImportLimits const& limits) {
     // The result is a file to the kernel, in memory that the limit of address space does not count.
     std::signal(SIGXFSZ, SIG_IGN);
     setLimit(RLIMIT_FSIZE, limits.memoryBytes);
-    if (importMemoryIsLimited) {
+    if (IMPORT_MEMORY_IS_LIMITED) {
         setLimit(RLIMIT_AS, usedAddressSpace() + limits.memoryBytes);
     }
 }

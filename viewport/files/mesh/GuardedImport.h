@@ -17,7 +17,7 @@ struct ImportLimits {
 };
 
 /// False where a sanitizer, which reserves most of the address space for itself, rules out a limit of memory.
-extern bool const importMemoryIsLimited;
+extern bool const IMPORT_MEMORY_IS_LIMITED;
 
 /// Runs `import` in a child process and returns its result.
 ///

@@ -33,13 +33,13 @@ struct MaterialHeader {
     std::uint64_t byteCount;
 };
 
-constexpr char magic[8] = {'v', 'l', 'm', 'e', 's', 'h', '0', '3'};
+constexpr char MAGIC[8] = {'v', 'l', 'm', 'e', 's', 'h', '0', '3'};
 constexpr std::uint64_t LARGEST_MATERIAL_BYTES = std::uint64_t(1) << 40;
 constexpr char DAMAGED_MESSAGE[] = "the importer gave a damaged result";
 
 Header makeHeader(Content const& content, std::string const& text) {
     Header header{};
-    std::memcpy(header.magic, magic, sizeof magic);
+    std::memcpy(header.magic, MAGIC, sizeof MAGIC);
     header.content = content;
     header.textLength = static_cast<std::uint32_t>(text.size());
     return header;
@@ -198,7 +198,7 @@ Result<MeshData> decodeMesh(unsigned char const* bytes, std::size_t size, std::s
         return damaged;
     }
     std::memcpy(&header, bytes, sizeof header);
-    if (std::memcmp(header.magic, magic, sizeof magic) != 0 || !promisedSize(header, promised) ||
+    if (std::memcmp(header.magic, MAGIC, sizeof MAGIC) != 0 || !promisedSize(header, promised) ||
         promised != size) {
         return damaged;
     }

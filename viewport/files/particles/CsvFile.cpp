@@ -81,9 +81,9 @@ struct Heading {
 
 Heading headingOf(std::string_view line) {
     // Spreadsheets begin a file with a byte order mark, numerical tools mark the line of names as a comment.
-    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-    if (line.substr(0, byteOrderMark.size()) == byteOrderMark) {
-        line.remove_prefix(byteOrderMark.size());
+    constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
+    if (line.substr(0, BYTE_ORDER_MARK.size()) == BYTE_ORDER_MARK) {
+        line.remove_prefix(BYTE_ORDER_MARK.size());
     }
     line = trimmed(line);
     if (!line.empty() && line.front() == '#') {

@@ -26,11 +26,11 @@ Order<Place> orderByComparing(std::vector<double> const& ids) {
 /// For ids that are consecutive numbers, each of them once; empty where they are not.
 template <class Place>
 Order<Place> orderOfNumbers(std::vector<double> const& ids, double least) {
-    constexpr Place none = std::numeric_limits<Place>::max();
-    Order<Place> order(ids.size(), none);
+    constexpr Place NONE = std::numeric_limits<Place>::max();
+    Order<Place> order(ids.size(), NONE);
     for (std::size_t i = 0; i < ids.size(); ++i) {
         Place& place = order[static_cast<std::size_t>(ids[i] - least)];
-        if (place != none) {
+        if (place != NONE) {
             return {};
         }
         place = static_cast<Place>(i);

@@ -140,24 +140,24 @@ void drawCell(Core_RL& layer, Cell const& cell, Area const& area) {
 /// Averages blocks of oversampled pixels to the pixels of the sheet. The sheet is opaque, although blended drawings
 /// leave their opacity in the framebuffer.
 viewport::Picture averaged(std::vector<unsigned char> const& samples, int width, int height) {
-    constexpr std::size_t scale = SCALE;
+    constexpr std::size_t SIDE = SCALE;
     auto const columns = static_cast<std::size_t>(width);
     auto const rows = static_cast<std::size_t>(height);
-    std::size_t const rowBytes = 4 * scale * columns;
-    constexpr unsigned int blockSize = SCALE * SCALE;
+    std::size_t const rowBytes = 4 * SIDE * columns;
+    constexpr unsigned int BLOCK_SIZE = SIDE * SIDE;
     viewport::Picture picture{width, height, {}};
     picture.pixels.reserve(4 * columns * rows);
     for (std::size_t row = 0; row < rows; ++row) {
         for (std::size_t column = 0; column < columns; ++column) {
-            unsigned char const* const block = samples.data() + row * scale * rowBytes + 4 * scale * column;
+            unsigned char const* const block = samples.data() + row * SIDE * rowBytes + 4 * SIDE * column;
             for (std::size_t channel = 0; channel < 3; ++channel) {
-                unsigned int sum = blockSize / 2;
-                for (std::size_t y = 0; y < scale; ++y) {
-                    for (std::size_t x = 0; x < scale; ++x) {
+                unsigned int sum = BLOCK_SIZE / 2;
+                for (std::size_t y = 0; y < SIDE; ++y) {
+                    for (std::size_t x = 0; x < SIDE; ++x) {
                         sum += block[y * rowBytes + 4 * x + channel];
                     }
                 }
-                picture.pixels.push_back(static_cast<unsigned char>(sum / blockSize));
+                picture.pixels.push_back(static_cast<unsigned char>(sum / BLOCK_SIZE));
             }
             picture.pixels.push_back(255);
         }

@@ -15,10 +15,10 @@ void SheetLayer::setLineWidth(float const& width) {
 }
 
 void SheetLayer::setLineStipple(bool on) {
-    constexpr int dash = 3;  // pixels, as the base class has it
+    constexpr int DASH = 3;  // pixels, as the base class has it
     Core_RL_GL::setLineStipple(on);
     if (on) {
-        glLineStipple(dash * OVERSAMPLING, 0xAAAA);
+        glLineStipple(DASH * OVERSAMPLING, 0xAAAA);
     }
 }
 

@@ -41,10 +41,10 @@ void drawTailBoxes(Core_RL& layer, View) {
 
 void drawAllRound(Core_RL& layer, View) {
     Lit const lit(layer);
-    constexpr int count = 90;
+    constexpr int COUNT = 90;
     layer.pushLineWidth(2.0F);
-    for (int i = 0; i < count; ++i) {
-        float const height = 1.0F - 2.0F * (static_cast<float>(i) + 0.5F) / count;
+    for (int i = 0; i < COUNT; ++i) {
+        float const height = 1.0F - 2.0F * (static_cast<float>(i) + 0.5F) / COUNT;
         float const ring = std::sqrt(1.0F - height * height);
         float const angle = 2.39996F * static_cast<float>(i);
         Vector3<float> const direction{ring * std::cos(angle), height, ring * std::sin(angle)};
@@ -112,15 +112,15 @@ Vector3<float> whirlAt(Vector3<float> const& p) {
 }
 
 void drawField(Core_RL& layer, View) {
-    constexpr int levels = 18;
-    constexpr int rings = 7;
-    constexpr float fastest = 1.7F;
+    constexpr int LEVELS = 18;
+    constexpr int RINGS = 7;
+    constexpr float FASTEST = 1.7F;
     Array<Vector3<float>> positions;
     Array<Vector3<float>> directions;
     Array<Color4<float>> colors;
-    for (int level = 0; level < levels; ++level) {
-        float const height = 2.0F * static_cast<float>(level) / (levels - 1);
-        for (int ring = 1; ring <= rings; ++ring) {
+    for (int level = 0; level < LEVELS; ++level) {
+        float const height = 2.0F * static_cast<float>(level) / (LEVELS - 1);
+        for (int ring = 1; ring <= RINGS; ++ring) {
             float const radius = static_cast<float>(ring) * (0.08F + 0.055F * height);
             int const count = 8 * ring;
             for (int i = 0; i < count; ++i) {
@@ -131,7 +131,7 @@ void drawField(Core_RL& layer, View) {
                 Vector3<float> const flow = whirlAt(place);
                 positions.pushBack(place);
                 directions.pushBack(flow);
-                colors.pushBack(scaleColor(length(flow) / fastest));
+                colors.pushBack(scaleColor(length(flow) / FASTEST));
             }
         }
     }

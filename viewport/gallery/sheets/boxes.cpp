@@ -118,8 +118,8 @@ void drawFlatSquares(Core_RL& layer, View) {
 
 void drawNamed(Core_RL& layer, View) {
     Lit const lit(layer);
-    constexpr unsigned int name = 7;
-    layer.renderBox3(name, VIOLET, 0.85F);
+    constexpr unsigned int NAME = 7;
+    layer.renderBox3(NAME, VIOLET, 0.85F);
 }
 
 void drawCubes(Core_RL& layer, View) {
@@ -135,11 +135,11 @@ void drawCubes(Core_RL& layer, View) {
 
 void drawLandscape(Core_RL& layer, View) {
     Lit const lit(layer);
-    constexpr int count = 40;
-    for (int i = 0; i < count; ++i) {
-        for (int j = 0; j < count; ++j) {
-            float const x = -1.0F + 2.0F * static_cast<float>(i) / count;
-            float const z = -1.0F + 2.0F * static_cast<float>(j) / count;
+    constexpr int COUNT = 40;
+    for (int i = 0; i < COUNT; ++i) {
+        for (int j = 0; j < COUNT; ++j) {
+            float const x = -1.0F + 2.0F * static_cast<float>(i) / COUNT;
+            float const z = -1.0F + 2.0F * static_cast<float>(j) / COUNT;
             float const r = std::sqrt(x * x + z * z);
             float const height = 0.36F + 0.30F * std::cos(7.5F * r) * std::exp(-1.1F * r);
             layer.pushColor(scaleColor((height - 0.2F) / 0.46F));

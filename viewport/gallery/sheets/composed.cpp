@@ -95,13 +95,13 @@ void drawTree(Core_RL& layer, View) {
     GeometryTree<GeometryNode<Box3<float>>> tree;
     tree.nodes.pushBack({{{-1.0F, -1.0F, -1.0F}, {1.0F, 1.0F, 1.0F}}, 0, 0});
     // Only boxes that intersect the surface of a ball are divided into eight.
-    constexpr float radius = 1.1F;
+    constexpr float RADIUS = 1.1F;
     Vector3<float> const middle{-1.0F, -1.0F, -1.0F};
     for (unsigned int index = 0; index < tree.nodes.size(); ++index) {
         Box3<float> const box = tree.nodes[index].volume;
         Vector3<float> const half = (box.max - box.min) * 0.5F;
         float const distance = length(box.min + half - middle);
-        if (half.x < 0.2F || std::fabs(distance - radius) > length(half)) {
+        if (half.x < 0.2F || std::fabs(distance - RADIUS) > length(half)) {
             continue;
         }
         tree.nodes[index].firstChild = tree.nodes.size();

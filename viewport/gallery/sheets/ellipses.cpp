@@ -52,23 +52,23 @@ void drawAxisPlanes(Core_RL& layer, View) {
 
 /// The outline of an ellipsoid as contour lines along each axis.
 void drawEllipsoid(Core_RL& layer, View) {
-    constexpr Vector3<float> reach{1.15F, 0.65F, 0.8F};
+    constexpr Vector3<float> REACH{1.15F, 0.65F, 0.8F};
     for (int i = -6; i <= 6; ++i) {
         float const part = static_cast<float>(i) / 6.5F;
         float const rest = std::sqrt(1.0F - part * part);
         layer.pushColor(TEAL);
-        layer.renderEllipse3_YZ({part * reach.x, 0.0F, 0.0F}, rest * reach.y, rest * reach.z);
+        layer.renderEllipse3_YZ({part * REACH.x, 0.0F, 0.0F}, rest * REACH.y, rest * REACH.z);
         layer.popColor(1);
         layer.pushColor(VIOLET);
-        layer.renderEllipse3_XZ({0.0F, part * reach.y, 0.0F}, rest * reach.x, rest * reach.z);
+        layer.renderEllipse3_XZ({0.0F, part * REACH.y, 0.0F}, rest * REACH.x, rest * REACH.z);
         layer.popColor(1);
     }
 }
 
 void drawVase(Core_RL& layer, View) {
-    constexpr int count = 34;
-    for (int i = 0; i <= count; ++i) {
-        float const part = static_cast<float>(i) / count;
+    constexpr int COUNT = 34;
+    for (int i = 0; i <= COUNT; ++i) {
+        float const part = static_cast<float>(i) / COUNT;
         float const radius = 0.42F + 0.24F * std::sin(1.0F + 5.2F * part);
         layer.pushColor(scaleColor(part));
         layer.renderEllipse3_XZ({0.0F, -1.0F + 2.0F * part, 0.0F}, radius, radius * 0.7F);

@@ -25,12 +25,12 @@ inline constexpr Tuple4<Color4<float>> AXES_AND_CENTER{RED, GREEN, BLUE, YELLOW}
 
 /// A smooth scale from 0 (blue) through teal and yellow to 1 (red).
 inline Color4<float> scaleColor(float value) {
-    constexpr Color4<float> stops[] = {BLUE, TEAL, YELLOW, RED};
+    constexpr Color4<float> STOPS[] = {BLUE, TEAL, YELLOW, RED};
     float const position = 3.0F * std::min(std::max(value, 0.0F), 1.0F);
     int const index = std::min(static_cast<int>(position), 2);
     float const part = position - static_cast<float>(index);
-    Color4<float> const& a = stops[index];
-    Color4<float> const& b = stops[index + 1];
+    Color4<float> const& a = STOPS[index];
+    Color4<float> const& b = STOPS[index + 1];
     return {a.r + (b.r - a.r) * part, a.g + (b.g - a.g) * part, a.b + (b.b - a.b) * part, 1.0F};
 }
 

@@ -27,14 +27,14 @@ void drawPoints(Core_RL& layer, View) {
 }
 
 void drawPointBlock(Core_RL& layer, View) {
-    constexpr int count = 700;
-    constexpr float goldenAngle = 2.39996F;
+    constexpr int COUNT = 700;
+    constexpr float GOLDEN_ANGLE = 2.39996F;
     float const former = layer.setPointSize(3.0F);
     layer.pushColor(TEAL);
     layer.renderPoint3_Begin();
-    for (int i = 0; i < count; ++i) {
-        float const radius = 0.9F * std::sqrt(static_cast<float>(i) / count);
-        float const angle = goldenAngle * static_cast<float>(i);
+    for (int i = 0; i < COUNT; ++i) {
+        float const radius = 0.9F * std::sqrt(static_cast<float>(i) / COUNT);
+        float const angle = GOLDEN_ANGLE * static_cast<float>(i);
         layer.renderPoint3_scoped({radius * std::cos(angle), radius * std::sin(angle), 0.0F});
     }
     layer.renderPoint3_End();
@@ -100,14 +100,14 @@ void drawCross(Core_RL& layer, View) {
 
 /// A wave cut into quads.
 void drawQuads(Core_RL& layer, View) {
-    constexpr int cells = 12;
+    constexpr int CELLS = 12;
     auto const at = [](int i, int j) {
-        float const x = -1.1F + 2.2F * static_cast<float>(i) / cells;
-        float const z = -1.1F + 2.2F * static_cast<float>(j) / cells;
+        float const x = -1.1F + 2.2F * static_cast<float>(i) / CELLS;
+        float const z = -1.1F + 2.2F * static_cast<float>(j) / CELLS;
         return Vector3<float>{x, 0.35F * std::sin(2.6F * x) * std::cos(2.6F * z), z};
     };
-    for (int i = 0; i < cells; ++i) {
-        for (int j = 0; j < cells; ++j) {
+    for (int i = 0; i < CELLS; ++i) {
+        for (int j = 0; j < CELLS; ++j) {
             Vector3<float> const corner = at(i, j);
             Color4<float> color = scaleColor(0.5F + 1.3F * corner.y);
             float const shade = (i + j) % 2 == 0 ? 1.0F : 0.78F;
@@ -133,7 +133,7 @@ void drawRhombi(Core_RL& layer, View) {
 /// An octahedron that was divided into triangles twice and blown up to a ball.
 template <class Draw>
 void forEachBallTriangle(Draw const& draw) {
-    constexpr int steps = 4;
+    constexpr int STEPS = 4;
     for (int octant = 0; octant < 8; ++octant) {
         Vector3<float> const x{(octant & 1) != 0 ? 1.0F : -1.0F, 0.0F, 0.0F};
         Vector3<float> const y{0.0F, (octant & 2) != 0 ? 1.0F : -1.0F, 0.0F};
@@ -142,15 +142,15 @@ void forEachBallTriangle(Draw const& draw) {
         auto const at = [&](int i, int j) {
             auto const a = static_cast<float>(i);
             auto const b = static_cast<float>(j);
-            return normalized(x * (steps - a - b) + y * a + z * b);
+            return normalized(x * (STEPS - a - b) + y * a + z * b);
         };
         auto const emit = [&](Vector3<float> const& a, Vector3<float> const& b, Vector3<float> const& c) {
             isMirrored ? draw(a, c, b) : draw(a, b, c);
         };
-        for (int i = 0; i < steps; ++i) {
-            for (int j = 0; i + j < steps; ++j) {
+        for (int i = 0; i < STEPS; ++i) {
+            for (int j = 0; i + j < STEPS; ++j) {
                 emit(at(i, j), at(i + 1, j), at(i, j + 1));
-                if (i + j + 1 < steps) {
+                if (i + j + 1 < STEPS) {
                     emit(at(i + 1, j), at(i + 1, j + 1), at(i, j + 1));
                 }
             }
@@ -188,9 +188,9 @@ void drawCircles(Core_RL& layer, View) {
 }
 
 void drawFlat(Core_RL& layer, View) {
-    constexpr int count = 48;
+    constexpr int COUNT = 48;
     auto const at = [](int i) {
-        float const x = -0.95F + 1.9F * static_cast<float>(i) / count;
+        float const x = -0.95F + 1.9F * static_cast<float>(i) / COUNT;
         return Vector2<float>{x, 0.6F * std::sin(5.0F * x) * std::exp(-0.5F * x * x)};
     };
     layer.pushColor(GRAY);
@@ -199,14 +199,14 @@ void drawFlat(Core_RL& layer, View) {
     layer.popColor(1);
     layer.pushColor(TEAL);
     layer.pushLineWidth(2.0F);
-    for (int i = 0; i < count; ++i) {
+    for (int i = 0; i < COUNT; ++i) {
         layer.renderSegment2(at(i), at(i + 1));
     }
     layer.popLineWidth();
     layer.popColor(1);
     float const former = layer.setPointSize(7.0F);
     layer.pushColor(YELLOW);
-    for (int i = 0; i <= count; i += 6) {
+    for (int i = 0; i <= COUNT; i += 6) {
         layer.renderPoint2(at(i));
     }
     layer.popColor(1);

@@ -119,7 +119,7 @@ TEST(GuardedImport, exceptionsAreFaults) {
 }
 
 TEST(GuardedImport, memoryIsLimited) {
-    if (!importMemoryIsLimited) {
+    if (!IMPORT_MEMORY_IS_LIMITED) {
         GTEST_SKIP() << "a sanitizer reserves the address space, so there is no limit to meet";
     }
     Importer const greedy = []() -> Result<MeshData> {

@@ -306,7 +306,7 @@ TEST_F(MeshFile_test, aFileThatDeclaresMoreThanMemoryHoldsIsAFault) {
 }
 
 TEST_F(MeshFile_test, anImportBeyondItsMemoryIsAFault) {
-    if (!importMemoryIsLimited) {
+    if (!IMPORT_MEMORY_IS_LIMITED) {
         GTEST_SKIP() << "a sanitizer reserves the address space, so there is no limit to meet";
     }
     std::string const path = folder.write("a.ply", mesh_texts::binaryPly(300'000));
