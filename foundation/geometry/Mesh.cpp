@@ -350,8 +350,8 @@ void uniteAcrossSmoothEdges(Surface const& surface, unsigned int const* adjacenc
 struct NormalSums {
     Color4<float>* faceNormals;
     unsigned int* normalTriangles;  // three indices each
-    std::vector<Vector3<double>>
-        sums;  // by normal; normal i belongs to vertex i as far as there are vertices
+    // By normal; normal i belongs to vertex i as far as there are vertices.
+    std::vector<Vector3<double>> sums;
 
     void add(unsigned int const& t, unsigned int const& k, unsigned int const& normal, Face const& face) {
         normalTriangles[std::size_t{t} * 3 + k] = normal;
@@ -519,15 +519,17 @@ void Mesh::workBox() {
 
 bool Mesh::workFaceNormals() {
     unsigned int const count = triangleCount();
-    if (_reachesBeyond(triangleReach, trianglesId, sizeOf(positionsId))) {
+    auto const* const positions = elementsOf<Vector3<double>>(positionsId);
+    // The second condition follows from the first, which a static analyzer cannot see.
+    if (_reachesBeyond(triangleReach, trianglesId, sizeOf(positionsId)) ||
+        (positions == nullptr && count != 0)) {
         return false;
     }
     NewArray fresh(sizeof(Color4<float>), count);
     if (!fresh.isMade()) {
         return false;
     }
-    fillFaceNormals({elementsOf<Vector3<double>>(positionsId), indicesOf(trianglesId), count},
-                    fresh.elements<Color4<float>>());
+    fillFaceNormals({positions, indicesOf(trianglesId), count}, fresh.elements<Color4<float>>());
     fresh.replace(faceNormalsId);
     return true;
 }
