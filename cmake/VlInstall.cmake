@@ -1,6 +1,6 @@
-# find_package(vl_raster_gl) gives vellum::foundation and vellum::vl_raster_gl.
+# find_package(vl_raster_gl) gives vellum::foundation, vellum::vl_raster_gl and vellum::toolkit.
 
-install(TARGETS vellum_foundation vl_raster_gl
+install(TARGETS vellum_foundation vl_raster_gl vellum_toolkit
         EXPORT vl_raster_gl_targets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         FILE_SET HEADERS DESTINATION ${VL_INSTALL_INCLUDEDIR})

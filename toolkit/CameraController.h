@@ -1,0 +1,99 @@
+#pragma once
+
+#include "foundation/geometry/Box3.h"
+#include "foundation/geometry/Vector3.h"
+#include "foundation/raster/Camera_RL.h"
+#include "toolkit/View.h"
+#include "toolkit/ViewKind.h"
+#include "toolkit/export.h"
+
+namespace vellum::toolkit {
+
+/// Moves a camera as people expect it of a viewport: orbit, pan, zoom at the cursor, fit, and the six orthographic views.
+/// It knows no window system; its owner passes what the mouse has done, in pixels of the framebuffer.
+///
+///     CameraController controls(camera);
+///     controls.fit(mesh.box());                                   // whenever the contents change
+///     controls.orbit(dx, dy);                                     // mouse moved with the left button
+///     View const view = controls.load({0, 0, width, height});     // every frame
+///
+/// It keeps its state in double precision and never computes it back from the camera, so that nothing drifts. It looks
+/// straight up and down without a jump and without NaN.
+///
+/// In perspective the camera turns about the target, the point that pan moves; in the orthographic views the target is
+/// the middle of the screen. Orbiting in an orthographic view changes to perspective, seen from the same side and with
+/// the target equally large. The world's up direction is +Y.
+///
+/// Orthographic cameras see 1000 units on both sides of the origin; what lies beyond is clipped (see Camera_RL_GL).
+///
+/// Only load() makes GL calls. The camera must outlive the controller; nothing else may change it.
+class VL_TOOLKIT_EXPORT CameraController {
+public:
+    /// Perspective, from the upper right front, at a box of size 1 about the origin.
+    explicit CameraController(Camera_RL& camera);
+
+    // == What is seen ==
+
+    /// Shows a box whole, from the present direction. The clipping distances contain the box from now on, however the
+    /// camera moves. A box without extent is taken as one of size 1; a box that is not finite is ignored.
+    void fit(Box3<double> const& box);
+
+    void setViewKind(ViewKind kind);  ///< The target stays in the middle, equally large.
+    ViewKind viewKind() const { return kind; }
+
+    /// Looks along a direction, at the same target from the same distance; changes to perspective.
+    /// \param direction any length above 0; others are ignored.
+    void lookAlong(Vector3<double> const& direction);
+
+    /// The vertical field of view of the perspective, degrees, 1 to 170; others are brought into that range.
+    /// The target stays equally large.
+    void setFieldOfView(double degrees);
+
+    // == What the mouse does ==
+    // x to the right and y downward, in pixels of the viewport of the last load().
+
+    /// Turns about the target: half a turn over the viewport's shorter side. Stops looking straight up and down.
+    void orbit(double dx, double dy);
+
+    /// Moves the target with the cursor: what is at its distance stays under the cursor.
+    void pan(double dx, double dy);
+
+    /// Comes nearer or goes away by steps of the wheel, each a factor of 1.1 in size; positive comes nearer. What is
+    /// under the cursor, at the distance of the target, stays there.
+    /// \param x, y of the cursor
+    void zoom(double steps, double x, double y);
+    void zoom(double steps);  ///< At the middle of the viewport.
+
+    // == Every frame ==
+
+    /// Writes the parameters of the camera for a viewport, and loads viewport and matrices.
+    /// GL: glViewport, the camera's updateProjectionMatrix() and updateModelMatrix(), the calls of View::current().
+    /// State: the viewport, both matrices; GL_MODELVIEW selected.
+    View load(Viewport const& viewport);
+
+    /// Writes the parameters of the camera for a viewport. GL: none.
+    void update(Viewport const& viewport);
+
+    // == State, for saving and for overlays ==
+
+    Vector3<double> const& target() const { return middle; }
+    Vector3<double> direction() const;  ///< That the camera looks along; unit length.
+    double distance() const;            ///< Of a perspective camera from its target.
+    double unitsPerPixel() const;       ///< At the target.
+
+private:
+    ScreenAxes _axes() const;
+    double _halfHeight() const;
+
+    Camera_RL& camera;
+    ViewKind kind = ViewKind::PERSPECTIVE;
+    Vector3<double> middle{0, 0, 0};  // the target
+    double yaw;                       // radians; of the perspective's direction
+    double pitch;                     // radians, -pi/2 to pi/2; negative looks down
+    double halfHeight = 1;            // of what is seen at the target, world units, above 0
+    double fieldOfView = 32;          // degrees, vertical
+    Box3<double> contents{{-0.5, -0.5, -0.5}, {0.5, 0.5, 0.5}};
+    Viewport viewport{0, 0, 1, 1};  // of the last update
+};
+
+}  // namespace vellum::toolkit

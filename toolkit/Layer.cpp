@@ -1,0 +1,64 @@
+#include "toolkit/Layer.h"
+
+#include "glsl_shader/Base_shader.h"
+#include "toolkit/internal/gl.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <fstream>
+#include <limits>
+#include <utility>
+
+namespace vellum::toolkit {
+
+unsigned int Layer::getFreeGpuMemory() {
+    if (assumedMegabytes) {
+        constexpr unsigned int MOST = std::numeric_limits<unsigned int>::max() >> 10U;
+        return std::min(*assumedMegabytes, MOST) << 10U;
+    }
+    unsigned int const told = Core_RL_GL::getFreeGpuMemory();
+    return told != 0 ? told : availableMainMemory() / 2;
+}
+
+void Layer::checkShaderCompilationErrors(unsigned int shader, char const* /*name*/) {
+    GLint isCompiled = GL_FALSE;
+    GLint stage = 0;
+    GLint length = 0;
+    glGetShaderiv(shader, GL_COMPILE_STATUS, &isCompiled);
+    if (isCompiled != GL_FALSE) {
+        return;
+    }
+    glGetShaderiv(shader, GL_SHADER_TYPE, &stage);
+    glGetShaderiv(shader, GL_INFO_LOG_LENGTH, &length);
+    std::string log(static_cast<std::size_t>(std::max(length, 1)), '\0');
+    GLsizei written = 0;
+    glGetShaderInfoLog(shader, static_cast<GLsizei>(log.size()), &written, log.data());
+    log.resize(static_cast<std::size_t>(std::max(written, 0)));
+    compileLogs.push_back({static_cast<unsigned int>(stage), log});
+}
+
+std::vector<CompileLog> Layer::takeCompileLogs() {
+    return std::exchange(compileLogs, {});
+}
+
+unsigned int availableMainMemory() {
+    std::ifstream facts("/proc/meminfo");
+    std::string line;
+    while (std::getline(facts, line)) {
+        static constexpr char LABEL[] = "MemAvailable:";
+        constexpr std::size_t LENGTH = sizeof(LABEL) - 1;
+        if (line.compare(0, LENGTH, LABEL) == 0) {
+            std::uint64_t const kilobytes = std::strtoull(line.c_str() + LENGTH, nullptr, 10);
+            return static_cast<unsigned int>(
+                std::min<std::uint64_t>(kilobytes, std::numeric_limits<unsigned int>::max()));
+        }
+    }
+    return 0;
+}
+
+bool hasGeometryStages(Core_RL& layer) {
+    return layer.checkShaderSupport() && Base_shader::hasGeometryStages();
+}
+
+}  // namespace vellum::toolkit

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "foundation/geometry/ParticleSystem_v2.h"
+#include "toolkit/ParticleLook.h"
+#include "toolkit/View.h"
+#include "toolkit/export.h"
+
+#include <memory>
+
+namespace vellum::toolkit {
+
+/// The way that particles took to the screen.
+enum class ParticlePath {
+    NONE,               ///< nothing was drawn
+    BUFFER_AND_EFFECT,  ///< from a buffer object, colored by the GPU
+    CHUNKS_AND_EFFECT,  ///< from main memory, colored by the GPU: no buffers, or no memory for one
+    BUFFER,             ///< from a buffer object, colored by the CPU: no shaders
+    MEMORY              ///< from main memory, colored by the CPU: neither
+};
+
+/// What drawParticles() has done.
+struct ParticleDrawing {
+    ParticlePath path;
+    ParticleMode mode;  ///< what was drawn: points where spheres or arrows are not to be had
+};
+
+/// What is kept from one drawing of particles to the next: buffers, effects, and what was drawn last. One for each system
+/// and each context.
+///
+///     auto& particles = session.add<ParticleRenderer>();
+///     ...
+///     simulation.step(system);
+///     particles.markChanged();
+///     drawParticles(particles, system, look, view);
+///
+/// The context and the render layer of its first drawing must be there until its end, or until release().
+class VL_TOOLKIT_EXPORT ParticleRenderer {
+public:
+    ParticleRenderer();  ///< GL: none.
+
+    /// GL: those of release().
+    ~ParticleRenderer();
+    ParticleRenderer(ParticleRenderer&&) noexcept;
+    ParticleRenderer& operator=(ParticleRenderer&&) noexcept;
+
+    /// Says that positions, values or the number of the particles have changed since the last drawing. GL: none.
+    void markChanged();
+
+    /// Deletes buffers and effects; the next drawing makes them again.
+    /// GL: glDeleteBuffers, glDeleteProgram, glDeleteShader for what there is.
+    void release();
+
+private:
+    friend VL_TOOLKIT_EXPORT ParticleDrawing drawParticles(ParticleRenderer& renderer,
+                                                           ParticleSystem_v2 const& system,
+                                                           ParticleLook const& look, View const& view);
+    class Parts;
+    std::unique_ptr<Parts> parts;
+};
+
+/// Draws the particles of a system. Their positions are those of channel 0, named "position".
+///
+/// Colors are the same whatever path draws: the value of a particle, looked up in the map. A vector's length with a map
+/// of two colors goes to the library as it is; everything else (scalars, single components, maps of more colors) is
+/// first turned into what all paths color alike, which costs a copy of the particles whenever they or the look change.
+/// Particles with a position or a value that is not a number: the former are left out, the latter have the color `above`.
+///
+/// Spheres are round, and as deep as they are wide, in any projection and viewport, also off the middle. Where the driver
+/// has no geometry stages, spheres become points as wide as a sphere in the middle of the particles is on the screen, and
+/// arrows points of two pixels; the result says so.
+///
+/// Drawing unchanged particles in the same look allocates no memory.
+///
+/// \param view what GL's matrices and viewport are now, as CameraController::load() or View::current() gave it.
+/// GL: those of Particles_RL_GL_v2::render(); around spheres glViewport and, twice, glMatrixMode and glLoadMatrixd.
+/// State: the point size. Everything else that it changes is restored.
+/// A render layer must exist.
+VL_TOOLKIT_EXPORT ParticleDrawing drawParticles(ParticleRenderer& renderer, ParticleSystem_v2 const& system,
+                                                ParticleLook const& look, View const& view);
+
+}  // namespace vellum::toolkit

@@ -1,0 +1,1 @@
+#include "toolkit/draw_with.h"

@@ -1,0 +1,1 @@
+#include "toolkit/mesh_arrays.h"

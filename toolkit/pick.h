@@ -1,0 +1,47 @@
+#pragma once
+
+#include "toolkit/export.h"
+
+#include <functional>
+#include <vector>
+
+namespace vellum::toolkit {
+
+/// A thing at a place of the screen.
+struct PickHit {
+    unsigned int name;  ///< the one that Core_RL::loadName() gave it
+    double depth;       ///< of its nearest point within reach; 0 at the near clipping plane, 1 at the far one
+    double farthestDepth;  ///< of its farthest point within reach
+};
+
+/// What is within reach of a point of the viewport, the nearest first; each name once.
+///
+///     auto const hits = pick(mouseX, mouseY, 3, [&] {
+///         layer.loadName(7);
+///         layer.renderSphere(center, 1);
+///     });
+///     if (!hits.empty() && hits.front().name == 7) ...
+///
+/// `draw` draws the candidates with their names, in GL's selection mode: nothing gets on the screen. The names are
+/// initialized, so loadName() may come first; what is drawn before it belongs to no name and is not reported. Selection
+/// knows the shapes that are sent to GL, so particles drawn by an effect are found at their centers, and nothing that a
+/// shader moves.
+///
+/// The projection shows only the surroundings of the point while `draw` runs. It stays so when the render layer's camera
+/// loads its matrices, as it does for Core_RL::setZBias(); to load them itself, `draw` calls
+/// `VL_Raster->getCamera()`, not a camera that it holds.
+///
+/// `draw` runs again where there are more hits than expected. An exception that it throws is passed on, after
+/// everything is restored.
+///
+/// \param x, y pixels from the left and the top edge of the viewport, as window systems count; 0.5 is the middle of the
+///     first pixel.
+/// \param reach pixels on each side of the point, above 0.
+/// GL: glGetIntegerv, glGetDoublev x 2, glSelectBuffer, glRenderMode(GL_SELECT), glInitNames, glPushName,
+/// glMatrixMode, glLoadMatrixd, glMatrixMode, those of `draw`, glRenderMode(GL_RENDER), glMatrixMode and glLoadMatrixd
+/// x 2.  State: both matrices are restored, GL_MODELVIEW selected.
+/// A render layer must exist. Where glSelectBuffer fails, nothing is found.
+VL_TOOLKIT_EXPORT std::vector<PickHit> pick(double x, double y, double reach,
+                                            std::function<void()> const& draw);
+
+}  // namespace vellum::toolkit
