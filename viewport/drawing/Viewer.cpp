@@ -65,7 +65,7 @@ void Viewer::draw(PictureSize const& size, Region const& region, int samplesPerS
     _drawClouds(sampling);
     if (effect != nullptr) {
         // Last, as an effect may show what is behind it.
-        effect->draw(screenAxes(camera.view()));
+        effect->draw(toolkit::screenAxes(camera.view()));
     }
     if (gizmo.isShown()) {
         glClear(GL_DEPTH_BUFFER_BIT);
@@ -119,13 +119,13 @@ std::vector<Point> Viewer::_framedPoints() const {
     std::vector<Point> points;
     for (Model const& model : scene.models()) {
         if (style.mesh.shading == Shading::BOX) {
-            append(points, cornersOf(model.box));
+            append(points, toolkit::cornersOf(model.box));
         } else {
             points.insert(points.end(), model.vertices.begin(), model.vertices.end());
         }
     }
     for (ParticleCloud const& cloud : scene.clouds()) {
-        append(points, cornersOf(cloud.box));
+        append(points, toolkit::cornersOf(cloud.box));
     }
     return points;
 }
@@ -145,13 +145,13 @@ void Viewer::_placeLights() const {
     glLoadIdentity();
     // The orthographic cameras leave their orientation to the projection, so light is computed in the world's frame
     // there, with the viewer at +z whatever the view: highlights would be in wrong places and are left out.
-    setHeadLights(screenAxes(camera.view()), camera.isPerspective() ? 1.0F : 0.0F);
+    setHeadLights(toolkit::screenAxes(camera.view()), camera.isPerspective() ? 1.0F : 0.0F);
 }
 
 void Viewer::_drawOcean(OceanScene const& ocean) {
     ocean.drawSky(layer);
     layer.pushDepthTest(DEPTH_TESTED);
-    effect->draw(screenAxes(View::PERSPECTIVE));
+    effect->draw(toolkit::screenAxes(toolkit::ViewKind::PERSPECTIVE));
     layer.popDepthTest();
     ocean.drawHaze(layer);
 }

@@ -26,9 +26,13 @@ Modes<Normals> const NORMAL_KINDS{{"vertex", Normals::VERTEX}, {"face", Normals:
 Modes<Gizmo> const GIZMOS{{"move", Gizmo::MOVE}, {"rotate", Gizmo::ROTATE}, {"scale", Gizmo::SCALE}};
 Modes<ParticleMode> const PARTICLE_MODES{
     {"points", ParticleMode::POINTS}, {"spheres", ParticleMode::SPHERES}, {"arrows", ParticleMode::ARROWS}};
-Modes<View> const VIEWS{
-    {"perspective", View::PERSPECTIVE}, {"front", View::FRONT}, {"back", View::BACK},  {"top", View::TOP},
-    {"bottom", View::BOTTOM},           {"left", View::LEFT},   {"right", View::RIGHT}};
+Modes<toolkit::ViewKind> const VIEWS{{"perspective", toolkit::ViewKind::PERSPECTIVE},
+                                     {"front", toolkit::ViewKind::FRONT},
+                                     {"back", toolkit::ViewKind::BACK},
+                                     {"top", toolkit::ViewKind::TOP},
+                                     {"bottom", toolkit::ViewKind::BOTTOM},
+                                     {"left", toolkit::ViewKind::LEFT},
+                                     {"right", toolkit::ViewKind::RIGHT}};
 
 constexpr int MOST_MEGABYTES = 1 << 20;
 

@@ -52,7 +52,7 @@ protected:
     void SetUp() override {
         GlTest::SetUp();
         layer.reset(new ViewportLayer(someMemory));
-        camera.view = View::FRONT;
+        camera.view = toolkit::ViewKind::FRONT;
         options.colors = {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}};
     }
 
@@ -188,7 +188,7 @@ TEST_F(ParticleViewer_gl_test, everyModeAndViewDrawsWithoutAnErrorOfOpenGL) {
         for (unsigned int view = 0; view < 7; ++view) {
             layer.reset(new ViewportLayer(view % 2 == 0 ? 0 : someMemory));
             options.mode = mode;
-            camera.view = static_cast<View>(view);
+            camera.view = static_cast<toolkit::ViewKind>(view);
             Picture const picture = draw();
             EXPECT_GT(countParticles(picture), 20) << static_cast<int>(mode) << " " << view;
         }
@@ -213,7 +213,8 @@ TEST_F(ParticleViewer_gl_test, noParticlesAndNoValuesAreNoTrouble) {
 
 TEST_F(ParticleViewer_gl_test, aSphereIsRoundInWideAndHighPictures) {
     add({5, 5, 5});
-    for (View const& view : {View::PERSPECTIVE, View::FRONT, View::TOP, View::LEFT}) {
+    for (toolkit::ViewKind const& view : {toolkit::ViewKind::PERSPECTIVE, toolkit::ViewKind::FRONT,
+                                          toolkit::ViewKind::TOP, toolkit::ViewKind::LEFT}) {
         for (auto const& [width, height] : {std::pair{336, 224}, {224, 336}}) {
             size.width = width;
             size.height = height;
@@ -224,7 +225,7 @@ TEST_F(ParticleViewer_gl_test, aSphereIsRoundInWideAndHighPictures) {
             EXPECT_NEAR(outline.columns.size(), outline.rows.size(), 2)
                 << width << " " << static_cast<int>(view);
             EXPECT_LT(outline.rows.size(), 224 * 0.87);
-            if (view != View::PERSPECTIVE) {
+            if (view != toolkit::ViewKind::PERSPECTIVE) {
                 EXPECT_GT(outline.rows.size(), 224 * 0.84);
             }
         }
@@ -244,9 +245,9 @@ TEST_F(ParticleViewer_gl_test, spheresCutEachOtherWhereSpheresDo) {
     add({-0.3F, 0, 0}, 0);
     add({0.3F, 0, 0}, 1);
     options.size = 1;
-    for (View const& view : {View::FRONT, View::BACK}) {
+    for (toolkit::ViewKind const& view : {toolkit::ViewKind::FRONT, toolkit::ViewKind::BACK}) {
         camera.view = view;
-        bool const isRedLeft = view == View::FRONT;
+        bool const isRedLeft = view == toolkit::ViewKind::FRONT;
         Picture const picture = draw();
         Outline const red = outlineOf(picture, isRed);
         Outline const green = outlineOf(picture, isGreen);
@@ -263,12 +264,12 @@ TEST_F(ParticleViewer_gl_test, theNearerSphereCoversTheOther) {
     add({0, 0, -1}, 0);
     add({0, 0, 1}, 1);
     options.size = 1;
-    for (View const& view : {View::FRONT, View::BACK}) {
+    for (toolkit::ViewKind const& view : {toolkit::ViewKind::FRONT, toolkit::ViewKind::BACK}) {
         camera.view = view;
         Picture const picture = draw();
         int const middle = (size.width - barWidth()) / 2;
-        EXPECT_TRUE(view == View::FRONT ? isGreen(at(picture, middle, 112))
-                                        : isRed(at(picture, middle, 112)));
+        EXPECT_TRUE(view == toolkit::ViewKind::FRONT ? isGreen(at(picture, middle, 112))
+                                                     : isRed(at(picture, middle, 112)));
     }
 }
 
@@ -405,7 +406,7 @@ TEST_F(ParticleViewer_gl_test, withAndWithoutABufferThePictureIsTheSame) {
     for (ParticleMode const& mode : {ParticleMode::POINTS, ParticleMode::SPHERES, ParticleMode::ARROWS}) {
         options.mode = mode;
         options.channel = mode == ParticleMode::ARROWS ? "" : "t";
-        camera.view = View::PERSPECTIVE;
+        camera.view = toolkit::ViewKind::PERSPECTIVE;
         Picture with;
         Picture without;
         {
@@ -436,7 +437,7 @@ TEST_F(ParticleViewer_gl_test, buffersAreFilledOnceForAllTiles) {
 
 TEST_F(ParticleViewer_gl_test, tilesFitTogether) {
     addSquare(5);
-    camera.view = View::PERSPECTIVE;
+    camera.view = toolkit::ViewKind::PERSPECTIVE;
     size.width = 220;
     size.height = 110;
     prepare();

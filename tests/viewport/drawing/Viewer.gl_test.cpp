@@ -126,7 +126,7 @@ TEST_F(Viewer_gl_test, everyShadingGizmoAndViewDrawsWithoutAnErrorOfOpenGL) {
             for (unsigned int view = 0; view < 7; ++view) {
                 style.mesh.shading = shading;
                 style.gizmo = gizmo;
-                style.camera.view = static_cast<View>(view);
+                style.camera.view = static_cast<toolkit::ViewKind>(view);
                 Picture const picture = draw();
                 ASSERT_EQ(picture.pixels.size(), 4U * 112 * 112);
                 pick(56, 56);
@@ -140,7 +140,7 @@ TEST_F(Viewer_gl_test, everyShadingGizmoAndViewDrawsWithoutAnErrorOfOpenGL) {
 
 TEST_F(Viewer_gl_test, theModelFillsThePictureInEveryView) {
     for (unsigned int view = 0; view < 7; ++view) {
-        style.camera.view = static_cast<View>(view);
+        style.camera.view = static_cast<toolkit::ViewKind>(view);
         Picture const picture = draw();
         // A cube seen along an axis is a square of 86 % of the side: 9277 of 12544 pixels. Its perspective outline
         // is a hexagon of more than a third of the picture.
@@ -164,7 +164,7 @@ TEST_F(Viewer_gl_test, tilesJoinWithoutSeams) {
     style.gizmo = Gizmo::MOVE;
     size.width = 150;
     size.height = 130;
-    for (View const& view : {View::PERSPECTIVE, View::TOP}) {
+    for (toolkit::ViewKind const& view : {toolkit::ViewKind::PERSPECTIVE, toolkit::ViewKind::TOP}) {
         for (Shading const& shading : {Shading::SMOOTH, Shading::WIREFRAME, Shading::BOX}) {
             style.camera.view = view;
             style.mesh.shading = shading;
@@ -192,15 +192,15 @@ TEST_F(Viewer_gl_test, pickingFindsModelsAndNothingBesideThem) {
 TEST_F(Viewer_gl_test, pickingFindsTheNearerModel) {
     scene = Scene({cube("far.obj", {0, 0, -5}, orange), cube("near.obj", {0, 0, 5}, orange),
                    cube("middle.obj", {0, 0, 0}, orange)});
-    style.camera.view = View::FRONT;
+    style.camera.view = toolkit::ViewKind::FRONT;
     EXPECT_EQ(pick(56, 56), "17 near.obj");
-    style.camera.view = View::BACK;
+    style.camera.view = toolkit::ViewKind::BACK;
     EXPECT_EQ(pick(56, 56), "16 far.obj");
 }
 
 TEST_F(Viewer_gl_test, pickingFindsHandlesBeforeModels) {
     // In the front view a handle of 118 / 720 of the side, 18 pixels, goes to the right along x and up along y.
-    style.camera.view = View::FRONT;
+    style.camera.view = toolkit::ViewKind::FRONT;
     style.gizmo = Gizmo::MOVE;
     EXPECT_EQ(pick(56 + 18, 56), "1 gizmo move X");
     EXPECT_EQ(pick(56, 56 - 18), "2 gizmo move Y");
@@ -208,9 +208,9 @@ TEST_F(Viewer_gl_test, pickingFindsHandlesBeforeModels) {
     style.gizmo = Gizmo::SCALE;
     EXPECT_EQ(pick(56 + 17, 56), "1 gizmo scale X");
     EXPECT_EQ(pick(56, 56 - 17), "2 gizmo scale Y");
-    style.camera.view = View::RIGHT;
+    style.camera.view = toolkit::ViewKind::RIGHT;
     EXPECT_EQ(pick(56 - 17, 56), "3 gizmo scale Z");
-    style.camera.view = View::FRONT;
+    style.camera.view = toolkit::ViewKind::FRONT;
     style.gizmo = Gizmo::ROTATE;
     // The circle about z faces the viewer; those about x and y are lines through the center.
     int const diagonal = static_cast<int>(std::lround(18.35 * std::sqrt(0.5)));
@@ -222,7 +222,7 @@ TEST_F(Viewer_gl_test, pickingFindsHandlesBeforeModels) {
 
 TEST_F(Viewer_gl_test, theCenterOfTheScaleGizmoIsAHandle) {
     // From behind, z points away and its handle is hidden; the shafts along x and y start in the middle of the box.
-    style.camera.view = View::BACK;
+    style.camera.view = toolkit::ViewKind::BACK;
     style.gizmo = Gizmo::SCALE;
     size.width = 1000;
     size.height = 1000;
@@ -231,7 +231,7 @@ TEST_F(Viewer_gl_test, theCenterOfTheScaleGizmoIsAHandle) {
 }
 
 TEST_F(Viewer_gl_test, gizmosAreDrawnOverTheModelInTheirColors) {
-    style.camera.view = View::FRONT;
+    style.camera.view = toolkit::ViewKind::FRONT;
     style.gizmo = Gizmo::MOVE;
     Picture const picture = draw();
     unsigned char const* const x = at(picture, 56 + 18, 56);
@@ -287,7 +287,7 @@ TEST_F(Viewer_gl_test, everyOverlayIsSeen) {
 TEST_F(Viewer_gl_test, thePreviewOfAnImportIsRed) {
     style.mesh.importPreview = true;
     scene = Scene({cube("cube.obj", {0, 0, 0}, orange)}, nullptr, {}, {}, Scene::Imports::KEPT);
-    style.camera.view = View::FRONT;
+    style.camera.view = toolkit::ViewKind::FRONT;
     Picture const picture = draw();
     unsigned char const* const middle = at(picture, 40, 50);
     EXPECT_GT(middle[0], 60);
@@ -299,7 +299,7 @@ TEST_F(Viewer_gl_test, edgesAreLightLinesOverTheSurface) {
     // Seen from the front the square spans the picture from border to border of the framing; its four sides are
     // borders, the diagonal between its triangles is not.
     scene = Scene({texturedSquare()});
-    style.camera.view = View::FRONT;
+    style.camera.view = toolkit::ViewKind::FRONT;
     style.mesh.edges = true;
     Picture const with = draw();
     style.mesh.edges = false;
@@ -320,7 +320,7 @@ TEST_F(Viewer_gl_test, edgesAreLightLinesOverTheSurface) {
 
 TEST_F(Viewer_gl_test, texturesAreSampledWhereTheCoordinatesSay) {
     scene = Scene({texturedSquare()});
-    style.camera.view = View::FRONT;
+    style.camera.view = toolkit::ViewKind::FRONT;
     for (bool const& immediate : {false, true}) {
         for (Shading const& shading : {Shading::SMOOTH, Shading::FACETED}) {
             style.mesh.immediate = immediate;
@@ -341,7 +341,7 @@ TEST_F(Viewer_gl_test, texturesAreSampledWhereTheCoordinatesSay) {
 TEST_F(Viewer_gl_test, trianglesSeenFromBehindBecomeOutlines) {
     scene = Scene({texturedSquare()});
     // The white quarter is at the upper left from behind.
-    style.camera.view = View::BACK;
+    style.camera.view = toolkit::ViewKind::BACK;
     Picture const solid = draw();
     style.mesh.wireframeBack = true;
     Picture const outlined = draw();

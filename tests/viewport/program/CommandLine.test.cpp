@@ -41,7 +41,7 @@ TEST(CommandLine, theShortestCommandLineTakesTheDefaults) {
     EXPECT_EQ(options.size.height, 720);
     EXPECT_EQ(options.mesh.shading, Shading::SMOOTH);
     EXPECT_EQ(options.gizmo, Gizmo::NONE);
-    EXPECT_EQ(options.camera.view, View::PERSPECTIVE);
+    EXPECT_EQ(options.camera.view, vellum::toolkit::ViewKind::PERSPECTIVE);
     EXPECT_FALSE(options.pick.has_value());
     EXPECT_FALSE(options.info);
     EXPECT_EQ(options.limits.deadline.count(), 20'000);
@@ -57,7 +57,7 @@ TEST(CommandLine, everyOptionIsRead) {
     EXPECT_EQ(options.size.height, 480);
     EXPECT_EQ(options.mesh.shading, Shading::BOX);
     EXPECT_EQ(options.gizmo, Gizmo::ROTATE);
-    EXPECT_EQ(options.camera.view, View::LEFT);
+    EXPECT_EQ(options.camera.view, vellum::toolkit::ViewKind::LEFT);
     EXPECT_EQ(options.pick->x, 639);
     EXPECT_EQ(options.pick->y, 0);
     EXPECT_TRUE(options.info);
@@ -74,7 +74,8 @@ TEST(CommandLine, everyModeIsKnown) {
     EXPECT_EQ(optionsOf({"a", "--out", "b", "--gizmo", "scale"}).gizmo, Gizmo::SCALE);
     char const* const names[] = {"perspective", "front", "back", "top", "bottom", "left", "right"};
     for (unsigned int kind = 0; kind < 7; ++kind) {
-        EXPECT_EQ(optionsOf({"a", "--out", "b", "--view", names[kind]}).camera.view, static_cast<View>(kind));
+        EXPECT_EQ(optionsOf({"a", "--out", "b", "--view", names[kind]}).camera.view,
+                  static_cast<vellum::toolkit::ViewKind>(kind));
     }
 }
 

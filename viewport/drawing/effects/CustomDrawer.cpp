@@ -41,7 +41,7 @@ EffectMaterial CustomDrawer::material() const {
     return {static_cast<float>(effect.gloss), static_cast<float>(effect.shininess)};
 }
 
-void CustomDrawer::placeLights(ScreenAxes const& screen, double unit) const {
+void CustomDrawer::placeLights(toolkit::ScreenAxes const& screen, double unit) const {
     effect.lights.set(screen, EffectLights::Frame::ofScene(unit));
 }
 

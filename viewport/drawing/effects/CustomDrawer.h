@@ -16,7 +16,7 @@ public:
 
     Base_shader& shader() override { return custom; }
     EffectMaterial material() const override;
-    void placeLights(ScreenAxes const& screen, double unit) const override;
+    void placeLights(toolkit::ScreenAxes const& screen, double unit) const override;
 
 protected:
     std::string fileOfStage(unsigned int stage) const override;

@@ -18,7 +18,7 @@ EffectMaterial DisplacementDrawer::material() const {
     return {static_cast<float>(effect.gloss), static_cast<float>(effect.shininess)};
 }
 
-void DisplacementDrawer::placeLights(ScreenAxes const& screen, double unit) const {
+void DisplacementDrawer::placeLights(toolkit::ScreenAxes const& screen, double unit) const {
     effect.lights.set(screen, EffectLights::Frame::ofScene(unit));
 }
 

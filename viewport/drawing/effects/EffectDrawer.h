@@ -1,10 +1,10 @@
 #pragma once
 
 #include "glsl_shader/Base_shader.h"
+#include "toolkit/Framing.h"
 #include "viewport/drawing/effects/EffectSpec.h"
 #include "viewport/drawing/effects/EffectSubject.h"
 #include "viewport/drawing/layer/ReportingLayer.h"
-#include "viewport/scene/ViewFraming.h"
 #include "viewport/text/Fault.h"
 
 #include <memory>
@@ -46,7 +46,7 @@ public:
     /// \param screen the screen's axes in eye space
     /// \param unit what a length of 1 of the model is in the scene
     /// State: parameters of lights 0 and 1.
-    virtual void placeLights(ScreenAxes const& screen, double unit) const = 0;
+    virtual void placeLights(toolkit::ScreenAxes const& screen, double unit) const = 0;
 
     /// Must be called before each mesh is rendered with the shader.
     virtual void prepareMesh();

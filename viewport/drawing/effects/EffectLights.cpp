@@ -12,7 +12,7 @@ EffectLights::Frame EffectLights::Frame::ofScene(double unit) {
     return {CurrentMatrix(GL_MODELVIEW_MATRIX) * Vector3<double>{0, 0, 0}, Scene::RADIUS, unit, 1};
 }
 
-void EffectLights::set(ScreenAxes const& screen, Frame const& frame) const {
+void EffectLights::set(toolkit::ScreenAxes const& screen, Frame const& frame) const {
     auto const source = [&](EffectLight const& light) {
         Vector3<double> const p = convert<double>(light.place);
         Vector3<double> const offset = screen.right * p.x + screen.up * p.y + screen.towardViewer * p.z;

@@ -2,7 +2,7 @@
 
 #include "foundation/geometry/Color4.h"
 #include "foundation/geometry/Vector3.h"
-#include "viewport/scene/ViewFraming.h"
+#include "toolkit/Framing.h"
 
 namespace vellum::viewport {
 
@@ -33,7 +33,7 @@ struct EffectLights {
     /// Sets both lights; how many of them shine is up to the effect.
     /// \param screen the screen's axes in eye space
     /// State: parameters of lights 0 and 1.
-    void set(ScreenAxes const& screen, Frame const& frame) const;
+    void set(toolkit::ScreenAxes const& screen, Frame const& frame) const;
 };
 
 }  // namespace vellum::viewport

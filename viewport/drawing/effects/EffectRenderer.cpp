@@ -55,7 +55,7 @@ std::optional<Fault> EffectRenderer::firstLack(Core_RL& layer, EffectValues cons
     return std::nullopt;
 }
 
-void EffectRenderer::draw(ScreenAxes const& screen) {
+void EffectRenderer::draw(toolkit::ScreenAxes const& screen) {
     KeptState const kept;
     _setMaterial();
     MeshShading shading;

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "Mesh_RL_GL.h"
+#include "toolkit/Framing.h"
 #include "viewport/drawing/effects/EffectDrawer.h"
 #include "viewport/drawing/effects/EffectSpec.h"
 #include "viewport/drawing/effects/EffectSubject.h"
 #include "viewport/drawing/layer/ReportingLayer.h"
 #include "viewport/drawing/subjects/MeshStyle.h"
-#include "viewport/scene/ViewFraming.h"
 #include "viewport/text/Fault.h"
 
 #include <memory>
@@ -20,7 +20,7 @@ namespace vellum::viewport {
 ///     Result<EffectSubject> subject = EffectSubject::prepare(spec, meshes, scene, size.aspect());
 ///     ... make the context and the layer ...
 ///     EffectRenderer effect(layer, spec, style, std::move(subject.value()));
-///     effect.draw(screenAxes(view));
+///     effect.draw(toolkit::screenAxes(view));
 ///
 /// It needs a current context as long as it lives, and the layer, which must outlive it.
 class EffectRenderer {
@@ -52,7 +52,7 @@ public:
     /// Draws the models with the effect. What is seen through them must have been drawn.
     /// \param screen the axes of the screen in eye space.
     /// GL: whatever the effect needs.  State: that of Mesh_RL_GL::render(), and nothing of the effect.
-    void draw(ScreenAxes const& screen);
+    void draw(toolkit::ScreenAxes const& screen);
 
 private:
     void _setMaterial() const;

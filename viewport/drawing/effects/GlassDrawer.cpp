@@ -20,7 +20,7 @@ EffectMaterial GlassDrawer::material() const {
     return {0, 0};
 }
 
-void GlassDrawer::placeLights(ScreenAxes const& screen, double unit) const {
+void GlassDrawer::placeLights(toolkit::ScreenAxes const& screen, double unit) const {
     effect.lights.set(screen, EffectLights::Frame::ofScene(unit));
 }
 

@@ -15,7 +15,7 @@ public:
 
     Base_shader& shader() override { return glass; }
     EffectMaterial material() const override;
-    void placeLights(ScreenAxes const& screen, double unit) const override;
+    void placeLights(toolkit::ScreenAxes const& screen, double unit) const override;
 
 private:
     GlassEffect const& effect;

@@ -41,7 +41,7 @@ EffectMaterial OceanDrawer::material() const {
     return {0.5F, 24.0F};
 }
 
-void OceanDrawer::placeLights(ScreenAxes const& /*screen*/, double /*unit*/) const {
+void OceanDrawer::placeLights(toolkit::ScreenAxes const& /*screen*/, double /*unit*/) const {
     double const elevation = static_cast<double>(effect.sun.x) * PI / 180;
     double const azimuth = static_cast<double>(effect.sun.y) * PI / 180;
     // The world's axes in eye space: the columns of the model-view matrix.

@@ -13,7 +13,7 @@ public:
 
     Base_shader& shader() override { return ocean; }
     EffectMaterial material() const override;
-    void placeLights(ScreenAxes const& screen, double unit) const override;
+    void placeLights(toolkit::ScreenAxes const& screen, double unit) const override;
 
 private:
     OceanEffect const& effect;

@@ -20,7 +20,7 @@ EffectMaterial ScatteringDrawer::material() const {
     return {1, static_cast<float>(effect.shininess)};
 }
 
-void ScatteringDrawer::placeLights(ScreenAxes const& screen, double unit) const {
+void ScatteringDrawer::placeLights(toolkit::ScreenAxes const& screen, double unit) const {
     // The shader looks for its lights in clip coordinates, in which lengths are stretched by the projection; and at the
     // distances that a scene of this size has, a tenth of the light arrives.
     EffectLights::Frame frame = EffectLights::Frame::ofScene(unit);

@@ -12,7 +12,7 @@ public:
 
     Base_shader& shader() override { return scattering; }
     EffectMaterial material() const override;
-    void placeLights(ScreenAxes const& screen, double unit) const override;
+    void placeLights(toolkit::ScreenAxes const& screen, double unit) const override;
     void prepareMesh() override;
 
 private:

@@ -17,7 +17,7 @@ void LightSource::set(unsigned int index) const {
     glLightf(light, GL_QUADRATIC_ATTENUATION, 0);
 }
 
-void setHeadLights(ScreenAxes const& screen, float specular) {
+void setHeadLights(toolkit::ScreenAxes const& screen, float specular) {
     auto const toward = [&screen](double right, double up, double viewer) {
         return screen.right * right + screen.up * up + screen.towardViewer * viewer;
     };

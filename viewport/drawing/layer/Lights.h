@@ -2,7 +2,7 @@
 
 #include "foundation/geometry/Color4.h"
 #include "foundation/geometry/Vector3.h"
-#include "viewport/scene/ViewFraming.h"
+#include "toolkit/Framing.h"
 
 namespace vellum::viewport {
 
@@ -23,6 +23,6 @@ struct LightSource {
 /// \param screen the screen's axes in the frame of the current model-view matrix.
 /// \param specular strength of the main light's highlights, 0 to 1.
 /// State: parameters of lights 0 and 1, lighting of both sides of a face.
-void setHeadLights(ScreenAxes const& screen, float specular);
+void setHeadLights(toolkit::ScreenAxes const& screen, float specular);
 
 }  // namespace vellum::viewport

@@ -24,7 +24,7 @@ GroundGrid gridFor(Scene const& scene, ViewCamera const& camera, PictureSize con
         return {center, {1, 0, 0}, {0, 0, 1}, 1.8 * Scene::RADIUS, true, scene.fileOrigin(), spacing};
     }
     // Seen along an axis, the ground would be a line or in the way.
-    ScreenAxes const& screen = camera.screen();
+    toolkit::ScreenAxes const& screen = camera.screen();
     double const halfWidth = camera.halfWidth();
     double const radius = std::max(halfWidth, halfWidth / size.aspect()) + Scene::RADIUS;
     return {screen.towardViewer * (-1.5 * Scene::RADIUS),

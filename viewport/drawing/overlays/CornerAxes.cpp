@@ -28,14 +28,14 @@ Matrix4<double> frameOf(Point const& x, Point const& y, Point const& z, Point co
 
 }  // namespace
 
-void CornerAxes::draw(ScreenAxes const& screen, Region const& region, PictureSize const& size,
+void CornerAxes::draw(toolkit::ScreenAxes const& screen, Region const& region, PictureSize const& size,
                       Sampling const& sampling) const {
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
     glOrtho(0, size.width, 0, size.height, -size.width, size.width);
     cropProjection(region, size);
     glLoadIdentity();
-    setHeadLights(screenAxes(View::FRONT), 0);
+    setHeadLights(toolkit::screenAxes(toolkit::ViewKind::FRONT), 0);
 
     double const length = LENGTH * size.scale();
     Point const corner{INSET * size.scale(), INSET * size.scale(), 0};

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "foundation/raster/Core_RL.h"
+#include "toolkit/Framing.h"
 #include "viewport/drawing/view/PictureSize.h"
 #include "viewport/drawing/view/Region.h"
-#include "viewport/scene/ViewFraming.h"
 
 namespace vellum::viewport {
 
@@ -17,7 +17,7 @@ public:
     /// Draws the part of them that lies in a part of the picture.
     /// \param screen the screen's axes in the scene.
     /// State: both matrices, the lights, that of Lit.
-    void draw(ScreenAxes const& screen, Region const& region, PictureSize const& size,
+    void draw(toolkit::ScreenAxes const& screen, Region const& region, PictureSize const& size,
               Sampling const& sampling) const;
 
 private:

@@ -26,7 +26,7 @@ CloudDrawing::CloudDrawing(Core_RL& layer, ParticleCloud const& cloud, ParticleS
     , unitsPerFileUnit(unitsPerFileUnit)
     , renderer(layer, cloud.system, style) {}
 
-void CloudDrawing::draw(ScreenAxes const& screen, Sampling const& sampling) {
+void CloudDrawing::draw(toolkit::ScreenAxes const& screen, Sampling const& sampling) {
     GLint viewport[4];
     Matrix4<double> projection;
     Matrix4<double> modelView;

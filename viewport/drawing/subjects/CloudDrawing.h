@@ -1,11 +1,11 @@
 #pragma once
 
 #include "foundation/raster/Core_RL.h"
+#include "toolkit/Framing.h"
 #include "viewport/drawing/subjects/ParticleRenderer.h"
 #include "viewport/drawing/subjects/ParticleStyle.h"
 #include "viewport/drawing/view/PictureSize.h"
 #include "viewport/scene/Scene.h"
-#include "viewport/scene/ViewFraming.h"
 
 namespace vellum::viewport {
 
@@ -22,7 +22,7 @@ public:
     /// Draws the particles.
     /// \param screen the screen's axes in the scene
     /// State: the point size.
-    void draw(ScreenAxes const& screen, Sampling const& sampling);
+    void draw(toolkit::ScreenAxes const& screen, Sampling const& sampling);
 
     /// Draws the lines of the particles' box, behind what is nearer. Writes no depth.
     /// State: none is left changed.

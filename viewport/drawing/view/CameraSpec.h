@@ -1,12 +1,12 @@
 #pragma once
 
-#include "viewport/scene/ViewFraming.h"
+#include "toolkit/Framing.h"
 
 namespace vellum::viewport {
 
 /// From where a scene is seen. The scene is framed whole in every view.
 struct CameraSpec {
-    View view = View::PERSPECTIVE;
+    toolkit::ViewKind view = toolkit::ViewKind::PERSPECTIVE;
 };
 
 }  // namespace vellum::viewport

@@ -28,15 +28,16 @@ void ViewCamera::frame(Scene const& scene, std::vector<Point> const& points, Pic
         double const around = SURROUNDINGS * Scene::RADIUS;
         Box3<double> const surroundings{{-around, scene.box().min.y, -around},
                                         {around, scene.box().max.y, around}};
-        PerspectiveFraming const framing =
-            framePerspective(points, surroundings, PERSPECTIVE_DIRECTION, FIELD_OF_VIEW, aspect);
+        toolkit::PerspectiveFraming const framing =
+            toolkit::framePerspective(points, surroundings, PERSPECTIVE_DIRECTION, FIELD_OF_VIEW, aspect);
         viewCamera.fieldOfView = static_cast<float>(FIELD_OF_VIEW);
         viewCamera.nearDistance = static_cast<float>(framing.nearDistance);
         viewCamera.farDistance = static_cast<float>(framing.farDistance);
         viewCamera.lookAt(convert<float>(framing.eye), convert<float>(framing.eye + framing.direction),
                           convert<float>(framing.up));
     } else {
-        OrthographicFraming const framing = frameOrthographic(scene.box(), spec.view, aspect);
+        toolkit::OrthographicFraming const framing =
+            toolkit::frameOrthographic(scene.box(), spec.view, aspect);
         viewCamera.panX = static_cast<float>(framing.panX);
         viewCamera.panY = static_cast<float>(framing.panY);
         viewCamera.zoom = static_cast<float>(framing.zoom);
@@ -71,7 +72,7 @@ double ViewCamera::halfWidth() const {
 /// Reads the screen's axes back from the camera, whose single precision has rounded what it was given.
 void ViewCamera::_updateScreen() {
     if (!isPerspective()) {
-        axes = screenAxes(spec.view);
+        axes = toolkit::screenAxes(spec.view);
         return;
     }
     Matrix4<float> const& m = *viewCamera.transform.matrix();

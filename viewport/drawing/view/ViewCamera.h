@@ -13,7 +13,7 @@ namespace vellum::viewport {
 
 /// The camera of a view: frames what is to be seen, loads the matrices, and knows how the screen lies in the scene.
 ///
-///     ViewCamera camera({View::TOP});
+///     ViewCamera camera({toolkit::ViewKind::TOP});
 ///     camera.frame(scene, points, size);      // whenever the scene or the size of the picture has changed
 ///     camera.load(Region::whole(size));       // before drawing
 ///
@@ -34,11 +34,11 @@ public:
     /// State: the projection and the model-view matrix; GL_MODELVIEW selected.
     void load(Region const& region);
 
-    View view() const { return spec.view; }
-    bool isPerspective() const { return spec.view == View::PERSPECTIVE; }
+    toolkit::ViewKind view() const { return spec.view; }
+    bool isPerspective() const { return spec.view == toolkit::ViewKind::PERSPECTIVE; }
 
     /// The screen's axes in the scene.
-    ScreenAxes const& screen() const { return axes; }
+    toolkit::ScreenAxes const& screen() const { return axes; }
 
     /// What a pixel's side measures at the origin of the scene, in units of the scene.
     double unitsPerPixel() const;
@@ -55,7 +55,7 @@ private:
     CameraSpec spec;
     PictureSize area;         // that the scene is framed in
     Camera_RL_GL viewCamera;  // its parameters are those of the last framing
-    ScreenAxes axes = screenAxes(View::FRONT);
+    toolkit::ScreenAxes axes = toolkit::screenAxes(toolkit::ViewKind::FRONT);
     Vector3<double> eye{0, 0, 0};  // perspective only
 };
 

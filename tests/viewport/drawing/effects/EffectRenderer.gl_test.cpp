@@ -94,7 +94,7 @@ TEST_F(EffectRenderer_gl_test, drawingLeavesTheStateAsItWas) {
         layer->pushColor({0.1F, 0.2F, 0.3F, 1});
         for (int pass = 0; pass < 2; ++pass) {
             AttributeState const before;
-            effect.draw(screenAxes(View::PERSPECTIVE));
+            effect.draw(toolkit::screenAxes(toolkit::ViewKind::PERSPECTIVE));
             AttributeState const after;
             EXPECT_THAT(before.namesThatDiffer(after), Each(isOfArrays())) << before.differences(after);
         }
@@ -116,7 +116,7 @@ TEST_F(EffectRenderer_gl_test, theSeaHasASceneOfItsOwnAndLeavesTheStateAsItWas) 
     camera.updateModelMatrix();
     AttributeState const before;
     effect.ownScene()->drawSky(*layer);
-    effect.draw(screenAxes(View::PERSPECTIVE));
+    effect.draw(toolkit::screenAxes(toolkit::ViewKind::PERSPECTIVE));
     effect.ownScene()->drawHaze(*layer);
     AttributeState const after;
     EXPECT_THAT(before.namesThatDiffer(after), Each(AnyOf(isOfArrays(), isOfTheLayer())))
