@@ -8,6 +8,8 @@ function(vl_defaults target)
     $<$<BOOL:${VL_WARNINGS_AS_ERRORS}>:-Werror>
     # A fused multiply-add rounds once where the formulas of this library round twice.
     -ffp-contract=off)
+  target_compile_definitions(${target} PRIVATE
+    $<$<OR:$<BOOL:${VL_CHECK_LIFETIMES}>,$<CONFIG:Debug>>:VL_CHECK_LIFETIMES>)
   if(VL_SANITIZE)
     target_compile_options(${target} PRIVATE -fsanitize=${VL_SANITIZE} -fno-omit-frame-pointer
                                              -fno-sanitize-recover=all)

@@ -32,7 +32,7 @@ namespace vellum::toolkit {
 class VL_TOOLKIT_EXPORT RenderSession {
 public:
     /// Makes the render layer, with the depth test on. The layer's camera is camera().
-    /// GL: glEnable(GL_DEPTH_TEST), glDepthFunc, glDepthMask.
+    /// GL: the calls of Core_RL::setDepthTest().
     RenderSession();
 
     /// Deletes what was added, the last first, then the queued textures and the layer. VL_Raster is null afterwards if

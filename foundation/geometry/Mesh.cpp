@@ -1,5 +1,6 @@
 #include "foundation/geometry/Mesh.h"
 
+#include "foundation/basic/lifetimes.h"
 #include "foundation/geometry/constants.h"
 #include "foundation/geometry/index_02.h"
 
@@ -404,7 +405,12 @@ void sumAroundSets(Surface const& surface, CornerSets& sets, NormalSums& normals
 
 }  // namespace
 
+Mesh::Mesh() {
+    lifetimes::begin(this);
+}
+
 Mesh::~Mesh() {
+    lifetimes::end(this);
     for (ArrayId* const id :
          {&positionsId, &vertexNormalsId, &faceNormalsId, &trianglesId, &normalTrianglesId, &adjacencyId}) {
         VL_ArrayServer.release(*id);

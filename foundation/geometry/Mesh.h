@@ -69,7 +69,7 @@ public:
     /// The crease angle at which no edge is hard, pi.
     static constexpr float NO_CREASE = constants::f::PI;
 
-    Mesh() = default;  ///< Empty, and without a fault.
+    Mesh();   ///< Empty, and without a fault.
     ~Mesh();           ///< Gives its references back; arrays that somebody else holds live on.
 
     Mesh(Mesh const&) = delete;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <utility>
 
@@ -42,8 +41,8 @@ struct Pivot {
 template <class T, class Less>
 Pivot<T> choosePivot(T* data, int const& lo, int const& hi, Less const& less, Dice& dice) {
     constexpr std::size_t MOST_SAMPLES = 66;  // one per block, and the entry at hi
-    std::array<T, MOST_SAMPLES> samples;
-    std::array<int, MOST_SAMPLES> positions;
+    T samples[MOST_SAMPLES];
+    int positions[MOST_SAMPLES];
     int count = 0;
     bool moved = false;
     auto const take = [&](int const& position) {

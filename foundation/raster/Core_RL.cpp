@@ -1,5 +1,6 @@
 #include "foundation/raster/Core_RL.h"
 
+#include "foundation/basic/lifetimes.h"
 #include "foundation/geometry/constants.h"
 #include "foundation/raster/Camera_RL.h"
 
@@ -133,7 +134,9 @@ Core_RL::Core_RL()
     , depthTestStack{{DEPTH_TEST_OFF, true}}
     , fillingFrontStack{FILLING_SOLID}
     , fillingBackStack{FILLING_SOLID}
-    , lineWidthStack{1.0F} {}
+    , lineWidthStack{1.0F} {
+    lifetimes::begin(this);
+}
 
 // == Allocation ==
 
@@ -217,7 +220,9 @@ void Core_RL::popLineWidth() {
 
 // == Camera and point state ==
 
-Core_RL::~Core_RL() = default;
+Core_RL::~Core_RL() {
+    lifetimes::end(this);
+}
 
 void Core_RL::setCamera(Camera_RL* newCamera) {
     camera = newCamera;

@@ -1,10 +1,20 @@
 #include "foundation/raster/Mesh_RL_Shader.h"
 
+#include "foundation/basic/lifetimes.h"
+
 namespace vellum {
 
-Mesh_RL_Shader::Mesh_RL_Shader() = default;
+Mesh_RL_Shader::Mesh_RL_Shader() {
+    lifetimes::begin(this);
+}
 
-Mesh_RL_Shader::~Mesh_RL_Shader() = default;
+Mesh_RL_Shader::Mesh_RL_Shader(Mesh_RL_Shader const& other) : label(other.label), created(other.created) {
+    lifetimes::begin(this);
+}
+
+Mesh_RL_Shader::~Mesh_RL_Shader() {
+    lifetimes::end(this);
+}
 
 void Mesh_RL_Shader::create() {}
 

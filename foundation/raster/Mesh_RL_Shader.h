@@ -25,7 +25,7 @@ public:
     enum UNIFORM_TYPE : unsigned int { CONSTANT_INT = 0, CONSTANT_FLOAT = 1, CONSTANT_MATRIX = 2 };
 
     Mesh_RL_Shader();  ///< No label, not created.
-    Mesh_RL_Shader(Mesh_RL_Shader const&) = default;
+    Mesh_RL_Shader(Mesh_RL_Shader const& other);
     Mesh_RL_Shader& operator=(Mesh_RL_Shader const&) = default;
 
     // The order of the virtual operations is part of the interface.

@@ -3,7 +3,7 @@
 cmake_minimum_required(VERSION 3.25)  # for IN_LIST
 
 file(GLOB_RECURSE foundation RELATIVE ${SOURCE} ${SOURCE}/foundation/*.h)
-list(FILTER foundation EXCLUDE REGEX "image_decoders\\.h$")
+list(FILTER foundation EXCLUDE REGEX "(image_decoders|lifetimes)\\.h$")
 file(GLOB_RECURSE library RELATIVE ${SOURCE}/vl_raster_gl/src ${SOURCE}/vl_raster_gl/src/*.h)
 list(FILTER library EXCLUDE REGEX "^internal/")
 file(GLOB_RECURSE toolkit RELATIVE ${SOURCE} ${SOURCE}/toolkit/*.h)

@@ -20,7 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 fs::path const ROOT = VL_SOURCE_ROOT;
-char const* const FOLDERS[] = {"foundation", "vl_raster_gl", "offscreen", "viewport", "examples"};
+char const* const FOLDERS[] = {"foundation", "vl_raster_gl", "toolkit", "offscreen", "viewport", "examples"};
 
 using Graph = std::map<std::string, std::set<std::string>>;
 

@@ -5,6 +5,7 @@
 #include "viewport/scene/ModelParts.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <vector>
 
@@ -170,27 +171,30 @@ void OceanScene::drawSky(Core_RL& layer) const {
 /// Draws a disc with a soft rim: the grid of the sky is too coarse for it.
 void OceanScene::_drawSun(Core_RL& layer) const {
     constexpr int STEPS = 64;
-    constexpr double RING[] = {0, 0.70, 0.95, 2.4};  // degrees
-    constexpr double ALPHAS[] = {1, 1, 0.28, 0};
+    struct Ring {
+        double degrees;
+        double alpha;
+    };
+    constexpr std::array<Ring, 4> RINGS{{{0, 1}, {0.70, 1}, {0.95, 0.28}, {2.4, 0}}};
     Point const sun = sunDirection();
     Point const right = normalized(cross(sun, Point{0, 1, 0}));
     Point const up = cross(right, sun);
     Point const eye{0, view.eyeHeight, 0};
     layer.pushBlending(BLENDING_ALPHA);
     layer.begin(Primitive::QUADS);
-    for (int k = 0; k < 3; ++k) {
-        auto const vertex = [&](int i, int step) {
-            double const angle = 2 * PI * step / STEPS;
-            Point const offset = right * std::cos(angle) + up * std::sin(angle);
-            layer.setColor(toColor(DISC, ALPHAS[i]));
-            layer.renderPoint3_scoped(
-                convert<float>(eye + (sun + offset * std::tan(radians(RING[i]))) * 1000.0));
-        };
+    auto const vertex = [&](Ring const& ring, int step) {
+        double const angle = 2 * PI * step / STEPS;
+        Point const offset = right * std::cos(angle) + up * std::sin(angle);
+        layer.setColor(toColor(DISC, ring.alpha));
+        layer.renderPoint3_scoped(
+            convert<float>(eye + (sun + offset * std::tan(radians(ring.degrees))) * 1000.0));
+    };
+    for (std::size_t k = 0; k + 1 < RINGS.size(); ++k) {
         for (int step = 0; step < STEPS; ++step) {
-            vertex(k, step);
-            vertex(k, step + 1);
-            vertex(k + 1, step + 1);
-            vertex(k + 1, step);
+            vertex(RINGS[k], step);
+            vertex(RINGS[k], step + 1);
+            vertex(RINGS[k + 1], step + 1);
+            vertex(RINGS[k + 1], step);
         }
     }
     layer.end();

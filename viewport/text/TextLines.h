@@ -79,9 +79,9 @@ private:
 
 /// A word of a file for messages: in quotes, and shortened where it is long.
 inline std::string quoted(std::string_view word) {
-    constexpr std::size_t longest = 32;
-    return word.size() <= longest ? "'" + std::string(word) + "'"
-                                  : "'" + std::string(word.substr(0, longest)) + "...'";
+    constexpr std::size_t LONGEST = 32;
+    return word.size() <= LONGEST ? "'" + std::string(word) + "'"
+                                  : "'" + std::string(word.substr(0, LONGEST)) + "...'";
 }
 
 }  // namespace vellum::viewport

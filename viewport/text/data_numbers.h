@@ -33,11 +33,12 @@ inline char const* takeDigits(char const* here, char const* end, std::uint64_t& 
 /// The digits form an integer that a double holds exactly, and so are the powers of ten up to the 22nd: one
 /// product or quotient of the two is the nearest double, which std::from_chars takes longer to find.
 inline char const* takeShortNumber(char const* here, char const* end, double& value) {
-    constexpr double powersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
-                                      1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-    constexpr int largestPower = 22;
-    constexpr std::ptrdiff_t mostDigits = 15;  // every number of so many digits is below 2^53
-    constexpr std::ptrdiff_t mostExponentDigits = 4;
+    constexpr double POWERS_OF_TEN[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                        1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                        1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+    constexpr int LARGEST_POWER = 22;
+    constexpr std::ptrdiff_t MOST_DIGITS = 15;  // every number of so many digits is below 2^53
+    constexpr std::ptrdiff_t MOST_EXPONENT_DIGITS = 4;
 
     bool const isNegative = here != end && *here == '-';
     here += isNegative ? 1 : 0;
@@ -54,9 +55,9 @@ inline char const* takeShortNumber(char const* here, char const* end, double& va
         here = takeDigits(fraction, end, digits);
         std::ptrdiff_t const behindPoint = here - fraction;
         count += behindPoint;
-        exponent = behindPoint <= mostDigits ? -static_cast<int>(behindPoint) : 0;
+        exponent = behindPoint <= MOST_DIGITS ? -static_cast<int>(behindPoint) : 0;
     }
-    if (count > mostDigits) {
+    if (count > MOST_DIGITS) {
         return nullptr;
     }
     if (here != end && (*here == 'e' || *here == 'E')) {
@@ -66,16 +67,16 @@ inline char const* takeShortNumber(char const* here, char const* end, double& va
         std::uint64_t power = 0;
         char const* const start = here;
         here = takeDigits(start, end, power);
-        if (here == start || here - start > mostExponentDigits) {
+        if (here == start || here - start > MOST_EXPONENT_DIGITS) {
             return nullptr;
         }
         exponent += isSmall ? -static_cast<int>(power) : static_cast<int>(power);
     }
-    if (exponent < -largestPower || exponent > largestPower) {
+    if (exponent < -LARGEST_POWER || exponent > LARGEST_POWER) {
         return nullptr;
     }
     auto const integer = static_cast<double>(digits);
-    double const size = exponent < 0 ? integer / powersOfTen[-exponent] : integer * powersOfTen[exponent];
+    double const size = exponent < 0 ? integer / POWERS_OF_TEN[-exponent] : integer * POWERS_OF_TEN[exponent];
     value = isNegative ? -size : size;
     return here;
 }

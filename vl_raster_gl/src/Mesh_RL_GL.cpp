@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "internal/gl_api.h"
+#include "internal/misuse.h"
 
 namespace vellum {
 
@@ -200,6 +201,8 @@ public:
 
     /// Only the arrays in `reads` are checked for faults; the others must not be read by index.
     Arrays(Mesh const* mesh, unsigned int reads) {
+        misuse::requireMesh("Mesh_RL_GL", mesh);
+        misuse::requireContext("Mesh_RL_GL");
         if (mesh == nullptr) {
             return;
         }
@@ -333,6 +336,9 @@ private:
 Mesh_RL_GL::Mesh_RL_GL(Mesh* mesh, bool) : Mesh_RL(mesh) {}
 
 Mesh_RL_GL::~Mesh_RL_GL() {
+    if (positionBuffer != 0 || indexBuffer != 0) {
+        misuse::requireContext("Mesh_RL_GL::~Mesh_RL_GL");
+    }
     for (GLuint* const name :
          {&positionBuffer, &smoothNormalBuffer, &facetedNormalBuffer, &texCoordBuffer, &indexBuffer}) {
         deleteBuffer(*name);
@@ -559,8 +565,10 @@ void Mesh_RL_GL::renderTextured(VL_String const& channel) {
 }
 
 void Mesh_RL_GL::render(MeshShading const& shading) {
+    misuse::requireLayer("Mesh_RL_GL::render");
     // The effect of this pass; `shader` may be another one when the pass ends.
     Mesh_RL_Shader* const effect = (shading.flags & MeshShadingFlags_ns::GPU_SHADER) != 0 ? shader : nullptr;
+    misuse::requireEffect("Mesh_RL_GL::render", effect);
     if (effect != nullptr) {
         if (!effect->created) {
             effect->create();
@@ -767,6 +775,7 @@ void Mesh_RL_GL::renderEdgesUnconnected() {
 }
 
 void Mesh_RL_GL::renderPoints(float const& size) {
+    misuse::requireLayer("Mesh_RL_GL::renderPoints");
     float const former = VL_Raster->setPointSize(size);
     if (useBufferObjects) {
         unsigned int const corners = _updateBuffers(nullptr, SOUP_POINTS);
@@ -810,6 +819,7 @@ void Mesh_RL_GL::renderEdges() {
 }
 
 void Mesh_RL_GL::renderWithEdges(Color4<float> const& color) {
+    misuse::requireLayer("Mesh_RL_GL::renderWithEdges");
     VL_Raster->pushCulling(CULL_BACK);
     VL_Raster->setColor(color);
     renderEdges();
@@ -819,6 +829,7 @@ void Mesh_RL_GL::renderWithEdges(Color4<float> const& color) {
 }
 
 void Mesh_RL_GL::renderWithEdgesBlending(Color4<float> const& color, bool const& withSurface) {
+    misuse::requireLayer("Mesh_RL_GL::renderWithEdgesBlending");
     // The modes that are set below replace this copy, and popCulling() removes it.
     VL_Raster->pushCulling(CullingMode(VL_Raster->currentCulling()));
     VL_Raster->setCulling(CULL_BACK);

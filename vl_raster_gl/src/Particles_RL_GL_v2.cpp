@@ -3,6 +3,7 @@
 #include "glsl_shader/ArrowRendering_shader.h"
 #include "glsl_shader/PointRendering_shader.h"
 #include "glsl_shader/SphereRendering_shader.h"
+#include "internal/misuse.h"
 #include "internal/particles/even_thinning.h"
 #include "internal/particles/particle_colors.h"
 #include "internal/particles/particle_memory.h"
@@ -96,6 +97,8 @@ Particles_RL_GL_v2::~Particles_RL_GL_v2() {
 }
 
 void Particles_RL_GL_v2::init() {
+    misuse::requireLayer("Particles_RL_GL_v2::init");
+    misuse::requireContext("Particles_RL_GL_v2::init");
     delete[] std::exchange(hostBuffer, nullptr);
     delete[] std::exchange(shuffledIndices, nullptr);
     _setDefaults();
@@ -125,6 +128,8 @@ void Particles_RL_GL_v2::_setDefaults() {
 void Particles_RL_GL_v2::clear() {
     delete[] std::exchange(hostBuffer, nullptr);
     if (vboId != 0) {
+        misuse::requireLayer("Particles_RL_GL_v2::clear");
+        misuse::requireContext("Particles_RL_GL_v2::clear");
         VL_Raster->deleteBuffers(1, &vboId);
         vboId = 0;
     }
@@ -136,6 +141,8 @@ void Particles_RL_GL_v2::resetBuffers() {
     // Deliberate (kept-buffer-sizes): the counters keep their values.
     delete[] std::exchange(hostBuffer, nullptr);
     if (vboId != 0) {
+        misuse::requireLayer("Particles_RL_GL_v2::resetBuffers");
+        misuse::requireContext("Particles_RL_GL_v2::resetBuffers");
         VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, vboId);
         VL_Raster->bufferData(BufferTarget::ARRAY_BUFFER, 1, nullptr, BufferUsage::STREAM_DRAW);
         VL_Raster->mapBuffer(BufferTarget::ARRAY_BUFFER, BufferAccess::READ_WRITE);
@@ -174,6 +181,8 @@ void Particles_RL_GL_v2::setRenderMode(RenderMode::type mode) {
 
 void Particles_RL_GL_v2::render(ParticleSystem_v2 const& system, bool /*flag*/, float const& /*unused*/,
                                 float const& percent) {
+    misuse::requireLayer("Particles_RL_GL_v2::render");
+    misuse::requireContext("Particles_RL_GL_v2::render");
     system.compact();
     unsigned int const position = system.channelId("position");
     unsigned int number = 0;
@@ -191,6 +200,8 @@ void Particles_RL_GL_v2::render(ParticleSystem_v2 const& system, bool keepFlag, 
                                 Color4<float> const& maxClampColor, float const& pointSize,
                                 unsigned int const& channel, float const& percent, bool useVbo,
                                 bool useShaders, RenderMagnitude::type magnitude) {
+    misuse::requireLayer("Particles_RL_GL_v2::render");
+    misuse::requireContext("Particles_RL_GL_v2::render");
     bool const fits = fitsIntoVideoMemory(percent, system.size(), VL_Raster->getFreeGpuMemory(), vboSizeKB);
     bool const vboOk = fits && useVbo && vboSupported;
     if (VL_Raster->checkShaderSupport() && useShaders) {

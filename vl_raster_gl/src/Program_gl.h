@@ -188,7 +188,7 @@ private:
 class Program_gl::UniformKey {
 public:
     /// Stores the pointer, not the text.
-    explicit UniformKey(char const* name) : name(name != nullptr ? name : "") {}
+    explicit UniformKey(char const* uniform) : name(uniform != nullptr ? uniform : "") {}
 
 private:
     friend class Program_gl;

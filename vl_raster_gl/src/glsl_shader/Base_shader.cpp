@@ -3,6 +3,7 @@
 #include "Shader_gl.h"
 #include "internal/discard_error.h"
 #include "internal/geometry_dialect.h"
+#include "internal/misuse.h"
 
 #include "foundation/raster/Core_RL.h"
 
@@ -90,6 +91,10 @@ Base_shader::Base_shader() : program(new Program_gl) {}
 Base_shader::Base_shader(Base_shader const&) : Base_shader() {}
 
 Base_shader::~Base_shader() {
+    if (program->getId() != 0) {
+        misuse::refuseDeadLayer("Base_shader::~Base_shader");
+        misuse::requireContext("Base_shader::~Base_shader");
+    }
     // The program first: it removes itself from its stages, which then have nothing to detach.
     delete program;
     delete stage1;
@@ -233,6 +238,8 @@ void Base_shader::_loadStages(char const* vertexText, char const* fragmentText) 
 // == Parts of passes ==
 
 void Base_shader::_openPass(unsigned int const& lightCount) {
+    misuse::refuseDeadLayer("Base_shader::preprocess");
+    misuse::requireContext("Base_shader::preprocess");
     glPushAttrib(GL_COLOR_BUFFER_BIT | GL_ENABLE_BIT);
     glDisable(GL_TEXTURE_2D);
     glDisable(GL_TEXTURE_3D);

@@ -3,6 +3,7 @@
 #include "Shader_gl.h"
 #include "internal/discard_error.h"
 #include "internal/geometry_dialect.h"
+#include "internal/misuse.h"
 
 #include "foundation/raster/Core_RL.h"
 
@@ -78,6 +79,7 @@ Custom_shader::Custom_shader(Custom_shader const& other) : Custom_shader() {
 }
 
 Custom_shader::~Custom_shader() {
+    misuse::refuseDeadLayer("Custom_shader::~Custom_shader");
     if (VL_Raster != nullptr) {
         for (unsigned int const texture : textures) {
             VL_Raster->destroyTexture(texture);

@@ -2,6 +2,7 @@
 
 #include "Program_gl.h"
 #include "internal/displaced_normal.h"
+#include "internal/misuse.h"
 
 #include "foundation/raster/Core_RL.h"
 
@@ -138,6 +139,7 @@ Displacement_XZ_shader::Displacement_XZ_shader(Displacement_XZ_shader const& oth
     , resolution(other.resolution) {}
 
 Displacement_XZ_shader::~Displacement_XZ_shader() {
+    misuse::refuseDeadLayer("Displacement_XZ_shader::~Displacement_XZ_shader");
     if (VL_Raster != nullptr && displacementTexture != 0) {
         VL_Raster->destroyTexture(displacementTexture);
     }

@@ -4,6 +4,7 @@
 #include "Shader_gl.h"
 #include "internal/displaced_normal.h"
 #include "internal/geometry_dialect.h"
+#include "internal/misuse.h"
 #include "internal/shader_text.h"
 
 #include "foundation/raster/Core_RL.h"
@@ -276,6 +277,7 @@ Displacement_shader::Displacement_shader(Displacement_shader const& other) : Bas
 }
 
 Displacement_shader::~Displacement_shader() {
+    misuse::refuseDeadLayer("Displacement_shader::~Displacement_shader");
     delete normalsImage;
     delete displacementImage;
     if (VL_Raster != nullptr) {

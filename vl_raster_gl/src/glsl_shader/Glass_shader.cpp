@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "internal/gl_api.h"
+#include "internal/misuse.h"
 
 namespace vellum {
 
@@ -122,6 +123,7 @@ Glass_shader::Glass_shader(Glass_shader const& other) : Glass_shader() {
 }
 
 Glass_shader::~Glass_shader() {
+    misuse::refuseDeadLayer("Glass_shader::~Glass_shader");
     // The render layer may be gone before the effect; the context then deletes its textures.
     if (VL_Raster != nullptr) {
         VL_Raster->destroyTexture(environmentTexture);

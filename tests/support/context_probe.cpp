@@ -1,0 +1,13 @@
+#include "internal/misuse.h"
+
+namespace {
+
+struct Probe {
+    Probe() {
+        vellum::misuse::setContextProbe([] { return true; });
+    }
+};
+
+Probe const PROBE;
+
+}  // namespace
