@@ -174,13 +174,5 @@ TEST_P(misuse_test, endsInMessage) {
 INSTANTIATE_TEST_SUITE_P(each, misuse_test, testing::ValuesIn(MISUSES),
                          [](auto const& tested) { return std::string(tested.param.name); });
 
-TEST(misuse_test, theRightOrderEndsInNothing) {
-    Setting setting;
-    toolkit::RenderSession session;
-    Mesh_RL_GL& renderer = session.addMeshRenderer(*setting.mesh);
-    renderer.shader = &session.add<Glass_shader>();
-    renderer.render(withEffect());
-}
-
 }  // namespace
 }  // namespace vellum

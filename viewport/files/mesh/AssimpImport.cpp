@@ -84,28 +84,30 @@ private:
 
 // == Checks ==
 
-std::optional<std::string> firstFault(aiMesh const& mesh) {
+std::optional<Fault> firstFault(std::string const& file, aiMesh const& mesh) {
     for (unsigned int f = 0; f < mesh.mNumFaces; ++f) {
         aiFace const& face = mesh.mFaces[f];
         for (unsigned int k = 0; k < face.mNumIndices; ++k) {
             if (face.mIndices[k] >= mesh.mNumVertices) {
-                return "face " + std::to_string(f) + " has vertex index " + std::to_string(face.mIndices[k]) +
-                       ", out of range: there are " + std::to_string(mesh.mNumVertices) + " vertices";
+                return Fault{file, "face " + std::to_string(f) + " has vertex index " +
+                                       std::to_string(face.mIndices[k]) + ", out of range: there are " +
+                                       std::to_string(mesh.mNumVertices) + " vertices"};
             }
         }
     }
     for (unsigned int v = 0; v < mesh.mNumVertices; ++v) {
         aiVector3D const& p = mesh.mVertices[v];
         if (!std::isfinite(p.x) || !std::isfinite(p.y) || !std::isfinite(p.z)) {
-            return "vertex " + std::to_string(v) + " has a coordinate that is not a number or infinite";
+            return Fault{file, "vertex " + std::to_string(v) +
+                                   " has a coordinate that is not a number or infinite"};
         }
     }
     return std::nullopt;
 }
 
-std::optional<std::string> firstFault(aiScene const& scene) {
+std::optional<Fault> firstFault(std::string const& file, aiScene const& scene) {
     for (unsigned int m = 0; m < scene.mNumMeshes; ++m) {
-        if (std::optional<std::string> fault = firstFault(*scene.mMeshes[m])) {
+        if (std::optional<Fault> fault = firstFault(file, *scene.mMeshes[m])) {
             return fault;
         }
     }
@@ -316,14 +318,14 @@ private:
     bool hasTextureCoordinates = false;
 };
 
-std::optional<std::string> declaredCountsFault(std::string const& path, std::string const& extension) {
+std::optional<Fault> declaredCountsFault(std::string const& path, std::string const& extension) {
     if (extension != ".ply" && extension != ".off") {
         return std::nullopt;
     }
     // Mapped: the importer reads the file again, and the check should not hold a copy of it meanwhile.
     Result<MappedFile> const file = MappedFile::open(path);
     std::string_view const bytes = file.isOk() ? file.value().bytes() : std::string_view();
-    return extension == ".ply" ? plyFault(bytes) : offFault(bytes);
+    return extension == ".ply" ? plyFault(path, bytes) : offFault(path, bytes);
 }
 
 }  // namespace
@@ -340,8 +342,8 @@ Result<MeshData> importWithAssimp(std::string const& path) {
     if (!importer.IsExtensionSupported(extension)) {
         return fault("unknown mesh file extension '" + extension + "'");
     }
-    if (std::optional<std::string> const damage = declaredCountsFault(path, extension)) {
-        return fault(*damage);
+    if (std::optional<Fault> const damage = declaredCountsFault(path, extension)) {
+        return *damage;
     }
 
     // Postprocessing trusts the indices, so they are checked before it.
@@ -353,8 +355,8 @@ Result<MeshData> importWithAssimp(std::string const& path) {
     if (!watch.note().empty()) {
         return fault("the file is damaged: " + watch.note());
     }
-    if (std::optional<std::string> const damage = firstFault(*scene)) {
-        return fault(*damage);
+    if (std::optional<Fault> const damage = firstFault(path, *scene)) {
+        return *damage;
     }
     scene = importer.ApplyPostProcessing(aiProcess_Triangulate);
     if (scene == nullptr) {
@@ -368,8 +370,8 @@ Result<MeshData> importWithAssimp(std::string const& path) {
     }
     MeshData mesh = collector.take();
     mesh.name = std::filesystem::path(path).filename().string();
-    if (std::optional<std::string> const damage = mesh.firstFault()) {
-        return fault(*damage);
+    if (std::optional<Fault> const damage = mesh.firstFault(path)) {
+        return *damage;
     }
     return mesh;
 }

@@ -112,18 +112,19 @@ std::uint64_t countWords(std::string_view line) {
 }
 
 /// What is wrong with a line "count index index ...", of which colors may follow.
-std::optional<std::string> offFaceFault(std::string_view line, std::uint64_t face,
-                                        std::uint64_t vertexCount) {
+std::optional<Fault> offFaceFault(std::string const& file, std::string_view line, std::uint64_t face,
+                                  std::uint64_t vertexCount) {
     std::optional<std::uint64_t> const count = toCount(takeWord(line));
     if (!count) {
-        return "face " + std::to_string(face) + " does not begin with a number of vertices";
+        return Fault{file, "face " + std::to_string(face) + " does not begin with a number of vertices"};
     }
     for (std::uint64_t i = 0; i < *count; ++i) {
         std::string_view const word = takeWord(line);
         std::optional<std::uint64_t> const index = toCount(word);
         if (!index || *index >= vertexCount) {
-            return "face " + std::to_string(face) + " has vertex index '" + std::string(word) +
-                   "', missing or out of range: there are " + std::to_string(vertexCount) + " vertices";
+            return Fault{file, "face " + std::to_string(face) + " has vertex index '" + std::string(word) +
+                                   "', missing or out of range: there are " + std::to_string(vertexCount) +
+                                   " vertices"};
         }
     }
     return std::nullopt;
@@ -131,7 +132,7 @@ std::optional<std::string> offFaceFault(std::string_view line, std::uint64_t fac
 
 }  // namespace
 
-std::optional<std::string> plyFault(std::string_view bytes) {
+std::optional<Fault> plyFault(std::string const& file, std::string_view bytes) {
     std::optional<PlyHeader> const header = readPlyHeader(bytes);
     if (!header) {
         return std::nullopt;
@@ -144,7 +145,7 @@ std::optional<std::string> plyFault(std::string_view bytes) {
         for (std::uint64_t i = 0; i < element.count; ++i) {
             Body::Step const step = skipItem(body, element);
             if (step == Body::Step::CUT_OFF) {
-                return cutOffMessage(element.count, element.name, i);
+                return Fault{file, cutOffMessage(element.count, element.name, i)};
             }
             if (step == Body::Step::NOT_UNDERSTOOD) {
                 return std::nullopt;
@@ -154,7 +155,7 @@ std::optional<std::string> plyFault(std::string_view bytes) {
     return std::nullopt;
 }
 
-std::optional<std::string> offFault(std::string_view bytes) {
+std::optional<Fault> offFault(std::string const& file, std::string_view bytes) {
     std::string_view text = bytes;
     std::string_view counts = takeFilledLine(text);
     // The counts may stand behind the keyword or on a line of their own.
@@ -172,15 +173,15 @@ std::optional<std::string> offFault(std::string_view bytes) {
     }
     for (std::uint64_t i = 0; i < *vertexCount; ++i) {
         if (countWords(takeFilledLine(text)) < 3) {
-            return cutOffMessage(*vertexCount, "vertex", i);
+            return Fault{file, cutOffMessage(*vertexCount, "vertex", i)};
         }
     }
     for (std::uint64_t i = 0; i < *faceCount; ++i) {
         std::string_view const line = takeFilledLine(text);
         if (line.empty()) {
-            return cutOffMessage(*faceCount, "face", i);
+            return Fault{file, cutOffMessage(*faceCount, "face", i)};
         }
-        if (std::optional<std::string> fault = offFaceFault(line, i, *vertexCount)) {
+        if (std::optional<Fault> fault = offFaceFault(file, line, i, *vertexCount)) {
             return fault;
         }
     }

@@ -30,50 +30,52 @@ bool hasThreeCorners(MeshData::Triangle const& triangle, std::vector<Vector3<dou
 
 }  // namespace
 
-std::optional<std::string> MeshData::firstFault() const {
+std::optional<Fault> MeshData::firstFault(std::string const& file) const {
     std::size_t const count = positions.size();
     if (triangles.empty()) {
-        return "the mesh is empty: it has no triangle";
+        return Fault{file, "the mesh is empty: it has no triangle"};
     }
     if ((!normals.empty() && normals.size() != count) || colors.size() != count ||
         (!textureCoordinates.empty() && textureCoordinates.size() != count)) {
-        return "the mesh is damaged: its vertex lists differ in length";
+        return Fault{file, "the mesh is damaged: its vertex lists differ in length"};
     }
     for (std::size_t i = 0; i < triangles.size(); ++i) {
         Triangle const& triangle = triangles[i];
         unsigned int const largest = std::max({triangle.e0, triangle.e1, triangle.e2});
         if (largest >= count) {
-            return indexFault(i, largest, count);
+            return Fault{file, indexFault(i, largest, count)};
         }
     }
     if (!triangleMaterials.empty() && triangleMaterials.size() != triangles.size()) {
-        return "the mesh is damaged: its triangles and their materials differ in number";
+        return Fault{file, "the mesh is damaged: its triangles and their materials differ in number"};
     }
     for (unsigned int material : triangleMaterials) {
         if (material >= materials.size()) {
-            return "the mesh is damaged: a triangle has a material that does not exist";
+            return Fault{file, "the mesh is damaged: a triangle has a material that does not exist"};
         }
     }
     for (std::size_t i = 0; i < count; ++i) {
         if (!isFinite(positions[i])) {
-            return "vertex " + std::to_string(i) + " has a coordinate that is not a number or infinite";
+            return Fault{file, "vertex " + std::to_string(i) +
+                                   " has a coordinate that is not a number or infinite"};
         }
     }
     if (std::none_of(triangles.begin(), triangles.end(),
                      [this](Triangle const& triangle) { return hasThreeCorners(triangle, positions); })) {
-        return "the mesh is empty: no triangle has three different corners";
+        return Fault{file, "the mesh is empty: no triangle has three different corners"};
     }
     for (std::size_t i = 0; i < count; ++i) {
         Color4<float> const& c = colors[i];
         bool const isNormalFinite = normals.empty() || isFinite(normals[i]);
         if (!isNormalFinite || !std::isfinite(c.r + c.g + c.b + c.a)) {
-            return "vertex " + std::to_string(i) + " has a normal or color that is not a number or infinite";
+            return Fault{file, "vertex " + std::to_string(i) +
+                                   " has a normal or color that is not a number or infinite"};
         }
     }
     for (std::size_t i = 0; i < textureCoordinates.size(); ++i) {
         if (!std::isfinite(textureCoordinates[i].x) || !std::isfinite(textureCoordinates[i].y)) {
-            return "vertex " + std::to_string(i) +
-                   " has a texture coordinate that is not a number or infinite";
+            return Fault{file, "vertex " + std::to_string(i) +
+                                   " has a texture coordinate that is not a number or infinite"};
         }
     }
     return std::nullopt;

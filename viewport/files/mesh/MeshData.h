@@ -6,6 +6,7 @@
 #include "foundation/geometry/Vector2.h"
 #include "foundation/geometry/Vector3.h"
 #include "foundation/image/VL_Image.h"
+#include "viewport/text/Fault.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -51,10 +52,10 @@ struct MeshData {
     unsigned int partCount = 0;    ///< meshes of the file that gave triangles
     bool hasVertexColors = false;  ///< some colors were given per vertex, not by a material
 
-    /// What is wrong with the mesh, as the message of a fault, or nothing: lists of different lengths, no
+    /// The first fault of the mesh, under the name of its file, or nothing: lists of different lengths, no
     /// triangle (or none with three different corners), an index out of range, a coordinate that is not a
     /// number or infinite.
-    std::optional<std::string> firstFault() const;
+    std::optional<Fault> firstFault(std::string const& file) const;
 
     bool hasNormal(unsigned int vertex) const;  ///< The file gives one.
     std::size_t missingNormalCount() const;     ///< Vertices without a normal of the file.

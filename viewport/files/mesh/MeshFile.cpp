@@ -16,26 +16,26 @@ namespace {
 
 /// What keeps the file from being read at all; asked before an importer is, whose messages are less to the
 /// point.
-std::optional<std::string> accessFault(std::string const& path) {
+std::optional<Fault> accessFault(std::string const& path) {
     // Without O_NONBLOCK opening a named pipe would block until somebody writes to it.
     int const descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) {
-        return std::string("cannot be opened: ") + std::strerror(errno);
+        return Fault{path, std::string("cannot be opened: ") + std::strerror(errno)};
     }
     struct stat facts {};
     int const known = ::fstat(descriptor, &facts);
     ::close(descriptor);
     if (known != 0) {
-        return std::string("cannot be read: ") + std::strerror(errno);
+        return Fault{path, std::string("cannot be read: ") + std::strerror(errno)};
     }
     if (S_ISDIR(facts.st_mode)) {
-        return std::string("is a folder, not a mesh file");
+        return Fault{path, "is a folder, not a mesh file"};
     }
     if (!S_ISREG(facts.st_mode)) {
-        return std::string("is not a regular file");
+        return Fault{path, "is not a regular file"};
     }
     if (facts.st_size == 0) {
-        return std::string("the file is empty");
+        return Fault{path, "the file is empty"};
     }
     return std::nullopt;
 }
@@ -45,8 +45,8 @@ std::optional<std::string> accessFault(std::string const& path) {
 MeshFile::MeshFile(std::string const& path) : path(path) {}
 
 Result<MeshData> MeshFile::load(ImportLimits const& limits) const {
-    if (std::optional<std::string> const fault = accessFault(path)) {
-        return Fault{path, *fault};
+    if (std::optional<Fault> const fault = accessFault(path)) {
+        return *fault;
     }
     return importGuarded(
         path, [this] { return importWithAssimp(path); }, limits);

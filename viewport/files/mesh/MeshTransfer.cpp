@@ -231,8 +231,8 @@ Result<MeshData> decodeMesh(unsigned char const* bytes, std::size_t size, std::s
     }
     mesh.partCount = header.partCount;
     mesh.hasVertexColors = (header.flags & HAS_VERTEX_COLORS) != 0;
-    if (std::optional<std::string> const fault = mesh.firstFault()) {
-        return Fault{file, *fault};
+    if (std::optional<Fault> const fault = mesh.firstFault(file)) {
+        return *fault;
     }
     return mesh;
 }

@@ -4,13 +4,16 @@
 
 #include <gmock/gmock.h>
 
-using vellum::viewport::offFault;
 using vellum::viewport::plyFault;
 
 namespace {
 
 std::string faultOf(std::string const& bytes) {
-    return plyFault(bytes).value_or("");
+    return plyFault("file", bytes).value_or(vellum::viewport::Fault()).message;
+}
+
+std::string offFaultOf(std::string const& bytes) {
+    return vellum::viewport::offFault("file", bytes).value_or(vellum::viewport::Fault()).message;
 }
 
 std::string bigEndian() {
@@ -75,30 +78,29 @@ TEST(DeclaredCounts_ply, whatItDoesNotUnderstandIsLeftToTheImporter) {
 }
 
 TEST(DeclaredCounts_off, wholeFilesHaveNoFault) {
-    EXPECT_EQ(offFault(mesh_texts::cubeOff).value_or(""), "");
-    EXPECT_EQ(offFault("COFF 3 1 0 # a comment\n\n# another\n0 0 0 255 0 0\n1 0 0 0 0 0\r\n0 1 0 1 1 1\n"
-                       "3 0 1 2 0.5 0.5 0.5\n")
-                  .value_or(""),
+    EXPECT_EQ(offFaultOf(mesh_texts::cubeOff), "");
+    EXPECT_EQ(offFaultOf("COFF 3 1 0 # a comment\n\n# another\n0 0 0 255 0 0\n1 0 0 0 0 0\r\n0 1 0 1 1 1\n"
+                         "3 0 1 2 0.5 0.5 0.5\n"),
               "");
 }
 
 TEST(DeclaredCounts_off, everyCutBeforeTheLastDigitIsNoticed) {
     std::string const& whole = mesh_texts::cubeOff;
     for (std::size_t size = whole.find('-'); size < whole.size() - 2; ++size) {
-        EXPECT_NE(offFault(whole.substr(0, size)).value_or(""), "") << size;
+        EXPECT_NE(offFaultOf(whole.substr(0, size)), "") << size;
     }
 }
 
 TEST(DeclaredCounts_off, indicesMustNameVertices) {
     for (char const* const index : {"3", "-1", "x", "1.5", "99999999999999999999"}) {
         std::string const fault =
-            offFault(std::string("OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 ") + index + "\n").value_or("");
+            offFaultOf(std::string("OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 ") + index + "\n");
         EXPECT_THAT(fault, testing::HasSubstr("out of range")) << index;
         EXPECT_THAT(fault, testing::HasSubstr(index));
     }
 }
 
 TEST(DeclaredCounts_off, countsBeyondAllMemoryAreNoticedAtOnce) {
-    EXPECT_EQ(offFault(mesh_texts::endlessOff).value_or(""),
+    EXPECT_EQ(offFaultOf(mesh_texts::endlessOff),
               "the file is cut off: it declares 987654321012 of 'vertex' and holds 10");
 }

@@ -19,7 +19,7 @@ MeshData triangle() {
 }
 
 std::string faultOf(MeshData const& mesh) {
-    return mesh.firstFault().value_or("");
+    return mesh.firstFault("file").value_or(vellum::viewport::Fault()).message;
 }
 
 }  // namespace
