@@ -61,6 +61,13 @@ void drawAfterLayer() {
     renderer.render(MeshShading{});
 }
 
+void drawSurfaceAfterLayer() {
+    Setting setting;
+    Mesh_RL_GL renderer(setting.mesh.get(), false);
+    { Core_RL_GL const layer; }
+    renderer.render();
+}
+
 template <class Effect>
 void effectAfterLayer() {
     Setting setting;
@@ -148,6 +155,7 @@ Misuse const MISUSES[] = {
     {"drawWithoutLayer", NO_LAYER, drawWithoutLayer},
     {"particlesWithoutLayer", NO_LAYER, particlesWithoutLayer},
     {"drawAfterLayer", LAYER_GONE, drawAfterLayer},
+    {"drawSurfaceAfterLayer", LAYER_GONE, drawSurfaceAfterLayer},
     {"glassAfterLayer", "Glass_shader.*the render layer is gone", effectAfterLayer<Glass_shader>},
     {"userEffectAfterLayer", "Custom_shader.*the render layer is gone", effectAfterLayer<Custom_shader>},
     {"scatteringAfterLayer", LAYER_GONE, effectAfterLayer<SSScattering_shader>},

@@ -2,6 +2,7 @@
 
 #include "foundation/raster/Camera_RL.h"
 #include "tests/gl_spy/gl_spy.h"
+#include "tests/support/sanitizers.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -24,14 +25,6 @@
 
 #include <sys/time.h>
 #include <unistd.h>
-
-#if defined(__SANITIZE_THREAD__)
-#define VL_SIGNALS_HELD_BACK
-#elif defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-#define VL_SIGNALS_HELD_BACK
-#endif
-#endif
 
 namespace vellum {
 namespace {
@@ -943,10 +936,10 @@ INSTANTIATE_TEST_SUITE_P(
     [](testing::TestParamInfo<ErrorName> const& row) { return row.param.name; });
 
 TEST_P(Core_RL_GL_endlessErrorDeathTest, theNamingVariantDeliberatelyDoesNotReturn) {
-#if defined(VL_SIGNALS_HELD_BACK)
-    GTEST_SKIP()
-        << "The thread sanitizer holds signals back until the program waits, which it never does here.";
-#endif
+    if (VL_THREAD_SANITIZER) {
+        GTEST_SKIP()
+            << "The thread sanitizer holds signals back until the program waits, which it never does here.";
+    }
     EXPECT_EXIT(runForAWhile(GetParam()), testing::ExitedWithCode(AS_EXPECTED), "")
         << "3: it returned, 4: another code, 5: another text, 6: a string of another size, 7: it read the "
            "flag "

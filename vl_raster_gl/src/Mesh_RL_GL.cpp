@@ -201,6 +201,7 @@ public:
 
     /// Only the arrays in `reads` are checked for faults; the others must not be read by index.
     Arrays(Mesh const* mesh, unsigned int reads) {
+        misuse::refuseDeadLayer("Mesh_RL_GL");
         misuse::requireMesh("Mesh_RL_GL", mesh);
         misuse::requireContext("Mesh_RL_GL");
         if (mesh == nullptr) {

@@ -27,7 +27,7 @@ class Program_gl;
 ///
 /// Masks: bit i of a mask, counted from 0, stands for the i-th definition. The text of a variant is its
 /// definition lines in the order in which they were added, each followed by a line feed, then the stage's
-/// text; so a text with definitions must not contain a #version line.
+/// text; so a text with definitions must not contain a `#version` line.
 ///
 /// The stage owns its GL shaders and lists the programs to which it is attached. Stage and program may be
 /// deleted in either order. All operations must be called on the thread that owns the context.

@@ -12,6 +12,7 @@ float SheetLayer::setPointSize(float const& size) {
 
 void SheetLayer::setLineWidth(float const& width) {
     Core_RL_GL::setLineWidth(width * OVERSAMPLING);
+    lineWidthStack.back() = width;  // the width that was asked for, or the next pop would scale it once more
 }
 
 void SheetLayer::setLineStipple(bool on) {
