@@ -1,10 +1,10 @@
 #include "viewport/drawing/Picker.h"
 
+#include "toolkit/pick.h"
 #include "viewport/drawing/layer/depth_modes.h"
 
 #include <algorithm>
 #include <iterator>
-#include <limits>
 
 #include <GL/glew.h>
 
@@ -16,53 +16,58 @@ constexpr unsigned int FIRST_MODEL_NAME = 16;
 static_assert(FIRST_MODEL_NAME >= GizmoDrawing::NAMES_END);
 
 constexpr double REACH = 2.5;  // pixels on each side of the pixel's center
+constexpr float NOTHING = 1;   // a depth buffer that is cleared
 
 }  // namespace
 
 std::optional<Picked> Picker::pick(PictureSize const& size, Pixel pixel) {
     double const x = pixel.x + 0.5;
-    double const y = size.height - pixel.y - 0.5;
-    glViewport(0, 0, size.width, size.height);
-    camera.load({x - REACH, y - REACH, 2 * REACH, 2 * REACH});
-
-    std::vector<Hit> hits = _selectModelsAndGizmo(size);
-    std::vector<Hit> const cloudHits = _drawClouds();
+    double const y = pixel.y + 0.5;
+    std::vector<Hit> hits = _selectModelsAndGizmo(size, x, y);
+    std::vector<Hit> const cloudHits = _drawClouds(size, x, y);
     hits.insert(hits.end(), cloudHits.begin(), cloudHits.end());
     auto const best = std::min_element(hits.begin(), hits.end(), _comesBefore);
     return best != hits.end() ? std::optional<Picked>(_toPicked(best->name)) : std::nullopt;
 }
 
-std::vector<Picker::Hit> Picker::_selectModelsAndGizmo(PictureSize const& size) {
-    // A record of one name has four words; each handle and each model gives one record at most.
-    std::vector<GLuint> buffer(4 * (models.size() + 64));
-    glSelectBuffer(static_cast<GLsizei>(buffer.size()), buffer.data());
-    glRenderMode(GL_SELECT);
-    glInitNames();
-    glPushName(0);
+std::vector<Picker::Hit> Picker::_selectModelsAndGizmo(PictureSize const& size, double x, double y) {
+    glViewport(0, 0, size.width, size.height);
+    camera.load(Region::whole(size));
+    std::vector<Hit> hits;
+    for (toolkit::PickHit const& hit : toolkit::pick(x, y, REACH, [&] { _drawModelsAndGizmo(size); })) {
+        hits.push_back({hit.name, hit.depth});
+    }
+    return hits;
+}
+
+void Picker::_drawModelsAndGizmo(PictureSize const& size) {
     for (std::size_t i = 0; i < models.size(); ++i) {
         layer.loadName(FIRST_MODEL_NAME + static_cast<unsigned int>(i));
         models[i].drawForPicking();
     }
     gizmo.drawForPicking(camera, size);
-    return _readHits(buffer, glRenderMode(GL_RENDER));
 }
 
 /// Draws each cloud into the corner and reads its depth back: GL's selection sees only what is sent to it, and where a
 /// particle ends up is decided by the shader.
-std::vector<Picker::Hit> Picker::_drawClouds() {
+std::vector<Picker::Hit> Picker::_drawClouds(PictureSize const& size, double x, double y) {
     constexpr int SIDE = 2 * REACH;
     std::vector<Hit> hits;
+    if (clouds.empty()) {
+        return hits;
+    }
     glViewport(0, 0, SIDE, SIDE);
+    camera.load({x - REACH, size.height - y - REACH, 2 * REACH, 2 * REACH});
     for (std::size_t i = 0; i < clouds.size(); ++i) {
         glClear(GL_DEPTH_BUFFER_BIT);
         layer.pushDepthTest(DEPTH_TESTED);
         clouds[i].draw(camera.screen(), Sampling());
         layer.popDepthTest();
-        GLuint depths[SIDE * SIDE];
-        glReadPixels(0, 0, SIDE, SIDE, GL_DEPTH_COMPONENT, GL_UNSIGNED_INT, depths);
-        GLuint const nearest = *std::min_element(std::begin(depths), std::end(depths));
-        if (nearest != std::numeric_limits<GLuint>::max()) {
-            hits.push_back({_firstCloudName() + static_cast<unsigned int>(i), nearest});
+        GLfloat depths[SIDE * SIDE];
+        glReadPixels(0, 0, SIDE, SIDE, GL_DEPTH_COMPONENT, GL_FLOAT, depths);
+        GLfloat const nearest = *std::min_element(std::begin(depths), std::end(depths));
+        if (nearest < NOTHING) {
+            hits.push_back({_firstCloudName() + static_cast<unsigned int>(i), static_cast<double>(nearest)});
         }
     }
     return hits;
@@ -82,26 +87,10 @@ unsigned int Picker::_firstCloudName() const {
     return FIRST_MODEL_NAME + static_cast<unsigned int>(models.size());
 }
 
-/// Reads the records that glRenderMode left in the selection buffer: per hit the number of names, the nearest and
-/// the farthest depth, the names.
-std::vector<Picker::Hit> Picker::_readHits(std::vector<unsigned int> const& buffer, int count) {
-    std::vector<Hit> hits;
-    std::size_t at = 0;
-    for (int i = 0; i < count && at + 3 < buffer.size(); ++i) {
-        std::size_t const names = buffer[at];
-        std::size_t const last = at + 2 + names;
-        if (names > 0 && last < buffer.size()) {
-            hits.push_back({buffer[last], buffer[at + 1]});
-        }
-        at += 3 + names;
-    }
-    return hits;
-}
-
 bool Picker::_comesBefore(Hit const& a, Hit const& b) {
     bool const isGizmoA = a.name < FIRST_MODEL_NAME;
     bool const isGizmoB = b.name < FIRST_MODEL_NAME;
-    return isGizmoA != isGizmoB ? isGizmoA : a.nearestDepth < b.nearestDepth;
+    return isGizmoA != isGizmoB ? isGizmoA : a.depth < b.depth;
 }
 
 }  // namespace vellum::viewport

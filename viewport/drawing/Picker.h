@@ -26,8 +26,8 @@ struct Picked {
 /// Finds what is at a pixel, or within two pixels of it. Handles of the gizmo come before everything else, then
 /// what is nearer to the viewer. Particles are found by their file, like models.
 ///
-/// It draws with everything that it was given, all of which must outlive it, into the lower left corner of the current
-/// framebuffer: what was drawn before is lost there.
+/// It draws with everything that it was given, all of which must outlive it. Where there are particles, it draws into
+/// the lower left corner of the current framebuffer: what was drawn before is lost there.
 class Picker {
 public:
     Picker(Core_RL& layer, Scene const& scene, ViewCamera& camera, std::vector<ModelRenderer>& models,
@@ -39,18 +39,17 @@ public:
     std::optional<Picked> pick(PictureSize const& size, Pixel pixel);
 
 private:
-    /// One hit, in GL's measure of depth.
     struct Hit {
         unsigned int name;
-        unsigned int nearestDepth;
+        double depth;  // of the nearest point, as toolkit::PickHit has it
     };
 
-    std::vector<Hit> _selectModelsAndGizmo(PictureSize const& size);
-    std::vector<Hit> _drawClouds();
+    std::vector<Hit> _selectModelsAndGizmo(PictureSize const& size, double x, double y);
+    void _drawModelsAndGizmo(PictureSize const& size);
+    std::vector<Hit> _drawClouds(PictureSize const& size, double x, double y);
     Picked _toPicked(unsigned int name) const;
     unsigned int _firstCloudName() const;
 
-    static std::vector<Hit> _readHits(std::vector<unsigned int> const& buffer, int count);
     static bool _comesBefore(Hit const& a, Hit const& b);
 
     Core_RL& layer;
