@@ -90,7 +90,7 @@ void CameraController::setViewKind(ViewKind newKind) {
 void CameraController::lookAlong(Vector3<double> const& newDirection) {
     // The largest component first: squares of large or small numbers leave the range of double.
     double const scale = largest(newDirection);
-    Point const d = newDirection * (1 / scale);
+    Point const d = newDirection / scale;
     double const aside = std::hypot(d.x, d.z);
     double const newPitch = std::atan2(d.y, aside);
     if (!std::isfinite(scale) || !std::isfinite(newPitch) || !(length(d) > 0)) {
@@ -270,15 +270,14 @@ double CameraController::_heightToFit() const {
 }
 
 /// Nothing happens where the result could not be shown, as with NaN.
-bool CameraController::_moveTo(Vector3<double> const& newMiddle, double newHalfHeight) {
+void CameraController::_moveTo(Vector3<double> const& newMiddle, double newHalfHeight) {
     if (!isUsable(newMiddle) || !(newHalfHeight <= LARGEST) ||
         !(newHalfHeight >= smallestHalfHeight(newMiddle))) {
-        return false;
+        return;
     }
     middle = newMiddle;
     halfHeight = newHalfHeight;
     isFitted = false;
-    return true;
 }
 
 /// From the same side, with the same axes on the screen.

@@ -98,7 +98,7 @@ private:
     ScreenAxes _axes() const;
     double _tangent() const;
     double _heightToFit() const;
-    bool _moveTo(Vector3<double> const& newMiddle, double newHalfHeight);
+    void _moveTo(Vector3<double> const& newMiddle, double newHalfHeight);
     void _changeToPerspective();
 
     Camera_RL& camera;

@@ -3,6 +3,7 @@
 #include "Camera_RL_GL.h"
 #include "Core_RL_GL.h"
 #include "tests/gl_spy/GlTest.h"
+#include "tests/support/counted_memory.h"
 
 #include <gtest/gtest.h>
 
@@ -89,6 +90,18 @@ TEST_F(CameraController_gl_test, topAndStraightDownShowTheSamePicture) {
     }
     EXPECT_GT(covered, 5000);
     EXPECT_LT(different, 100) << savePicture("camera_top");
+}
+
+TEST_F(CameraController_gl_test, framesTakeNoMemory) {
+    load();
+    std::size_t const before = counted_memory::allocations();
+    for (int i = 0; i < 10; ++i) {
+        controls.orbit(3, 2);
+        controls.pan(1, 2);
+        controls.zoom(0.1, 30, 40);
+        load();
+    }
+    EXPECT_EQ(counted_memory::allocations(), before);
 }
 
 TEST_F(CameraController_gl_test, whateverComesInLoadsWithoutAnErrorOfOpenGL) {

@@ -143,14 +143,18 @@ TEST_F(pick_gl_test, nameThatIsDrawnTwiceIsReportedOnceWithBothDepths) {
 TEST_F(pick_gl_test, thingsAtTheSameDepthAreInTheOrderOfDrawing) {
     controls.setViewKind(ViewKind::FRONT);
     view = load();
+    Names order;
+    for (unsigned int i = 0; i < 100; ++i) {
+        order.push_back(37 * i % 101);
+    }
     EXPECT_EQ(namesAt(ORIGIN,
-                      [this] {
-                          for (unsigned int const name : {9U, 3U, 5U}) {
+                      [&] {
+                          for (unsigned int const name : order) {
                               layer->loadName(name);
                               layer->renderPoint3({0, 0, 0});
                           }
                       }),
-              (Names{9, 3, 5}));
+              order);
 }
 
 TEST_F(pick_gl_test, whatIsDrawnBeforeTheFirstNameIsNotReported) {
