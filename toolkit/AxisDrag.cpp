@@ -59,6 +59,10 @@ Vector3<double> onPlane(View const& view, Vector3<double> const& at, Vector3<dou
 double turnAboutAxis(View const& view, Ray const& axis, double fromX, double fromY, double toX, double toY) {
     Point const from = onPlane(view, axis.origin, axis.direction, fromX, fromY) - axis.origin;
     Point const to = onPlane(view, axis.origin, axis.direction, toX, toY) - axis.origin;
+    // The axis itself has no angle; a negative zero would make it half a turn.
+    if (!(dot(from, from) > 0) || !(dot(to, to) > 0)) {
+        return 0;
+    }
     double const angle =
         std::atan2(dot(cross(from, to), axis.direction), dot(from, to) * length(axis.direction));
     return std::isfinite(angle) ? angle : 0;

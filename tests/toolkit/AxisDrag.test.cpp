@@ -189,6 +189,14 @@ TEST(AxisDrag, axisInTheScreenGivesNoTurn) {
     EXPECT_EQ(turnAboutAxis(view, {{0, 0, 0}, {0, 0, 0}}, 400, 240, 320, 160), 0) << "an axis without length";
 }
 
+TEST(AxisDrag, pointThatMissesThePlaneOfTheTurnGivesNoTurn) {
+    View const view = perspective({0, 1, 5}, {0, 1, 0});
+    Ray const axis{{0, 0, 0}, {0, 1, 0}};
+    EXPECT_NE(turnAboutAxis(view, axis, 300, 300, 400, 300), 0);
+    EXPECT_EQ(turnAboutAxis(view, axis, 300, 300, 400, 100), 0) << "above the horizon";
+    EXPECT_EQ(turnAboutAxis(view, axis, 300, 100, 400, 300), 0);
+}
+
 // == Numbers that come in ==
 
 TEST(AxisDrag, numbersThatAreNotFiniteGiveTheOrigin) {
