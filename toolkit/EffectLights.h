@@ -24,7 +24,7 @@ struct EffectLights {
 /// What is lit.
 struct EffectSubject {
     Vector3<double> center{0, 0, 0};  ///< in the frame of the current model-view matrix
-    double radius = 1;                ///< alike; above 0
+    double radius = 1;                ///< in its units; above 0
 };
 
 /// Places lights 0 and 1 so that they suit an effect.
@@ -33,7 +33,8 @@ struct EffectSubject {
 /// lets them fade with the distance, so that lights at their true places either burn the material to white or leave it
 /// black: it gets lights far away, ten times as strong.
 ///
-/// To be called before drawWith(), with the matrices that the effect draws with.
+/// To be called before drawWith(), with the matrices that the effect draws with. The lights stand still on the screen,
+/// whatever the view: in eye space, so that a model-view matrix that is changed for each object moves none of them.
 /// \param view with these matrices
 /// GL: glMatrixMode, glPushMatrix, glLoadIdentity, the calls of LightSource::set() x 2, glPopMatrix.
 /// State: parameters of lights 0 and 1; GL_MODELVIEW selected.

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <limits>
 #include <utility>
 
@@ -40,6 +41,12 @@ void Layer::checkShaderCompilationErrors(unsigned int shader, char const* /*name
 
 std::vector<CompileLog> Layer::takeCompileLogs() {
     return std::exchange(compileLogs, {});
+}
+
+void Layer::returnCompileLogs(std::vector<CompileLog> logs) {
+    logs.insert(logs.end(), std::make_move_iterator(compileLogs.begin()),
+                std::make_move_iterator(compileLogs.end()));
+    compileLogs = std::move(logs);
 }
 
 unsigned int availableMainMemory() {

@@ -38,7 +38,11 @@ public:
     /// GL: glGetShaderiv x 3, glGetShaderInfoLog if it did not compile.  State: none.
     void checkShaderCompilationErrors(unsigned int shader, char const* name) override;
 
-    std::vector<CompileLog> takeCompileLogs();  ///< Those since the last call.
+    std::vector<CompileLog> takeCompileLogs();  ///< Those since the last call. GL: none.
+
+    /// Puts logs back before those that were kept since: for a caller that takes only its own.
+    /// GL: none.
+    void returnCompileLogs(std::vector<CompileLog> logs);
 
 private:
     std::optional<unsigned int> assumedMegabytes;

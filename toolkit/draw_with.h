@@ -6,12 +6,25 @@
 namespace vellum::toolkit {
 
 /// Makes an effect current while it lives, and leaves GL as it was before: the program, the active texture unit, the 2-D
-/// textures of its first eight units, the current color, and what the effect itself restores.
+/// textures of the first eight units, the texture environment of the first one, which lights are on, the current color,
+/// and what the effect itself restores.
 ///
-/// drawWith() is the usual way to use it. Effect and render layer must outlive it. Scopes of this class do not nest.
-/// GL: at its beginning glGetIntegerv and glGetFloatv for what is saved, the effect's create() if it is not created,
-/// init() and preprocess(), the program taken into use; at its end postprocess(), cleanup(), and the calls that restore
-/// what was saved.
+/// drawWith() is the usual way to use it. Effect and render layer must outlive it.
+///  - Setters of SSScattering_shader and Custom_shader leave their program in use. The scope restores what was in use
+///    when it began, so also such a program; enable(false) of the effect takes it out of use.
+///  - Scopes of different effects nest: inside the inner one its effect alone counts, afterwards the outer one goes on.
+///    Inside a scope of the same effect a scope does nothing, as the effect is in use already.
+///  - On a driver without shaders (before OpenGL 2.0), or without a render layer, the scope does nothing: what is drawn
+///    in it is drawn without the effect.
+///  - Where GL refuses the effect's program, what is drawn is drawn without a program, and GL's errors stay pending.
+///
+/// GL: the layer's checkShaderSupport(); glGetIntegerv(GL_CURRENT_PROGRAM), (GL_ACTIVE_TEXTURE) and
+/// (GL_MAX_COMBINED_TEXTURE_IMAGE_UNITS); per unit from the last to the first glActiveTexture and
+/// glGetIntegerv(GL_TEXTURE_BINDING_2D); glGetTexEnviv, glIsEnabled per light, glGetFloatv(GL_CURRENT_COLOR);
+/// glUseProgram(0) if there is a program; the effect's create() if it is not created, the calls of
+/// Base_shader::enable(true), init() and preprocess(). At its end postprocess(), cleanup(); per unit glActiveTexture
+/// and glBindTexture, glTexEnvi, glActiveTexture, glUseProgram, glDisable per light that was off, glColor4fv.
+/// State: none.
 class VL_TOOLKIT_EXPORT EffectScope {
 public:
     /// The effect sends all of its values, as the viewport may have changed since the last time.
@@ -21,13 +34,22 @@ public:
     EffectScope& operator=(EffectScope const&) = delete;
 
 private:
-    static constexpr int UNITS = 8;  // that effects use
+    static constexpr int UNITS = 8;   // that effects use
+    static constexpr int LIGHTS = 8;  // that every driver has
+
+    void _save();
+    void _restore() const;
 
     Mesh_RL_Shader& effect;
-    int program;
-    int activeUnit;
-    int textures[UNITS];
-    float color[4];
+    Mesh_RL_Shader const* outer;  // of the scope around it; null outside of scopes
+    bool isUsed;                  // the effect, by this scope
+    int program = 0;
+    int activeUnit = 0;
+    int units = 0;  // of the driver, at most UNITS
+    int textures[UNITS] = {};
+    int environment = 0;
+    bool areLightsOn[LIGHTS] = {};
+    float color[4] = {};
 };
 
 /// Draws with an effect: whatever `draw` sends to GL goes through it.
@@ -39,6 +61,7 @@ private:
 /// MeshShadingFlags_ns::GPU_SHADER, which would begin a pass of its own.
 ///
 /// The state is restored also when `draw` throws.
+/// GL, State: as EffectScope.
 template <class Draw>
 void drawWith(Mesh_RL_Shader& effect, Draw const& draw) {
     EffectScope const scope(effect);
