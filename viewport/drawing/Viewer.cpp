@@ -65,7 +65,7 @@ void Viewer::draw(PictureSize const& size, Region const& region, int samplesPerS
     _drawClouds(sampling);
     if (effect != nullptr) {
         // Last, as an effect may show what is behind it.
-        effect->draw(toolkit::screenAxes(camera.view()));
+        effect->draw();
     }
     if (gizmo.isShown()) {
         glClear(GL_DEPTH_BUFFER_BIT);
@@ -151,7 +151,7 @@ void Viewer::_placeLights() const {
 void Viewer::_drawOcean(OceanScene const& ocean) {
     ocean.drawSky(layer);
     layer.pushDepthTest(DEPTH_TESTED);
-    effect->draw(toolkit::screenAxes(toolkit::ViewKind::PERSPECTIVE));
+    effect->draw();
     layer.popDepthTest();
     ocean.drawHaze(layer);
 }

@@ -32,8 +32,9 @@ CommandLine parseCommandLine(int count, char const* const* arguments) {
     app.get_formatter()->column_width(TEXT_COLUMN);
     words.addTo(app, options);
     app.set_version_flag("--version", "vl_viewport " VL_VIEWPORT_VERSION);
-    app.footer("Exit status: 0 done; 1 a file cannot be read, is damaged or empty, or the picture cannot be "
-               "written;\n"
+    app.footer("Exit status: 0 done; 1 a file cannot be read, is damaged or empty, a shader does not "
+               "compile, or the "
+               "picture cannot be written;\n"
                "2 the command line makes no sense; 3 there is no OpenGL.");
 
     // CLI11 reports by exceptions, which end here.

@@ -92,6 +92,10 @@ void EffectWords::addTo(CLI::App& app) {
     add("--shader-vertex", vertexShader, "The vertex stage of the custom effect, GLSL 1.20", "FILE");
     add("--shader-fragment", fragmentShader, "Its fragment stage", "FILE");
     add("--shader-geometry", geometryShader, "Its geometry stage", "FILE");
+    app.add_flag("--shader-fallback", shaderFallback,
+                 "Draw with stages that pass everything on where the files do not compile or do\n"
+                 "not link, which is else an error")
+        ->group("Effects");
 }
 
 bool EffectWords::asksForHelp() const {
@@ -127,6 +131,7 @@ std::optional<Fault> EffectWords::read(std::size_t fileCount, std::optional<Effe
         custom->vertexShader = vertexShader;
         custom->fragmentShader = fragmentShader;
         custom->geometryShader = geometryShader;
+        custom->replacesStages = shaderFallback;
     }
     spec.emplace(EffectSpec{*values, std::nullopt});
     std::optional<Fault> fault = _readModel(fileCount, *spec);
@@ -146,7 +151,8 @@ std::optional<Fault> EffectWords::_firstStray() const {
     for (Row const& row : {Row{"--environment", !environment.empty(), "glass"},
                            Row{"--shader-vertex", !vertexShader.empty(), "custom"},
                            Row{"--shader-fragment", !fragmentShader.empty(), "custom"},
-                           Row{"--shader-geometry", !geometryShader.empty(), "custom"}}) {
+                           Row{"--shader-geometry", !geometryShader.empty(), "custom"},
+                           Row{"--shader-fallback", shaderFallback, "custom"}}) {
         if (row.isGiven && effect != row.effect) {
             return usageFault(std::string(row.option) + ": belongs to --effect " + row.effect);
         }

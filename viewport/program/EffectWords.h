@@ -23,6 +23,7 @@ struct EffectWords {
     std::string vertexShader;
     std::string fragmentShader;
     std::string geometryShader;
+    bool shaderFallback = false;
 
     /// Lets the command line fill this, which must outlive the parsing.
     void addTo(CLI::App& app);

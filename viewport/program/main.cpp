@@ -1,9 +1,9 @@
 #include "offscreen/OffscreenContext.h"
+#include "toolkit/Layer.h"
 #include "viewport/drawing/TiledPicture.h"
 #include "viewport/drawing/Viewer.h"
 #include "viewport/drawing/effects/EffectRenderer.h"
 #include "viewport/drawing/layer/GlewStart.h"
-#include "viewport/drawing/layer/ViewportLayer.h"
 #include "viewport/files/FileKind.h"
 #include "viewport/files/images/Picture.h"
 #include "viewport/files/images/TextureFile.h"
@@ -17,7 +17,9 @@
 #include "viewport/scene/Scene.h"
 #include "viewport/text/single_line.h"
 
+#include <algorithm>
 #include <iostream>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <optional>
@@ -103,15 +105,13 @@ TiledPicture tiledPicture(Options const& options) {
 /// Draws and prints what is asked for, on the current context.
 /// \param texts describe the files
 int show(Options const& options, std::string const& texts, Subject& subject, OffscreenContext& context) {
-    auto const layer = std::make_unique<ReportingLayer>(options.gpuMemory);
+    auto const layer = std::make_unique<toolkit::Layer>();
+    layer->assumeFreeGpuMemory(options.gpuMemory);
     if (options.effect) {
         std::optional<Fault> const lack = EffectRenderer::firstLack(*layer, options.effect->values);
         if (lack) {
             return fail(NO_OPENGL, lack->message);
         }
-    }
-    if (options.info) {
-        std::cout << texts << describeDriver(*layer);
     }
     if (!subject.scene.clouds().empty() && !ParticleRenderer::isModeSupported(*layer, subject.look.mode)) {
         note({"", "OpenGL here has no geometry stages for spheres and arrows; drawn as points"});
@@ -121,9 +121,17 @@ int show(Options const& options, std::string const& texts, Subject& subject, Off
     if (options.effect) {
         effect = std::make_unique<EffectRenderer>(*layer, *options.effect, options.mesh,
                                                   std::move(subject.effect));
+        std::vector<Fault> const faults = effect->stageFaults();
+        if (!faults.empty()) {
+            std::for_each(faults.begin(), std::prev(faults.end()), note);
+            return fail(FILE_FAULT, faults.back().line());
+        }
         for (Fault const& what : effect->notes()) {
             note(what);
         }
+    }
+    if (options.info) {
+        std::cout << texts << describeDriver(*layer);
     }
     ViewStyle const style{options.mesh, ParticleStyle::of(subject.look, options.particles), options.camera,
                           options.gizmo};

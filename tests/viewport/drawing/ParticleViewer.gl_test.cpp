@@ -1,5 +1,5 @@
+#include "toolkit/Layer.h"
 #include "viewport/drawing/TiledPicture.h"
-#include "viewport/drawing/layer/ViewportLayer.h"
 #include "viewport/drawing/overlays/ColorBar.h"
 
 #include "tests/gl_spy/GlTest.h"
@@ -22,7 +22,13 @@ namespace {
 /// Fits the context of the fixture.
 constexpr Tiling tiles{2, 112, 112, 8};
 constexpr unsigned int someMemory = 256;  // megabytes
-constexpr int corner = 40;                // pixels; holds the axes
+
+std::unique_ptr<toolkit::Layer> layerWith(unsigned int megabytes) {
+    auto layer = std::make_unique<toolkit::Layer>();
+    layer->assumeFreeGpuMemory(megabytes);
+    return layer;
+}
+constexpr int corner = 40;  // pixels; holds the axes
 
 using Rgb = std::array<int, 3>;
 
@@ -51,7 +57,7 @@ class ParticleViewer_gl_test : public gl_spy::GlTest {
 protected:
     void SetUp() override {
         GlTest::SetUp();
-        layer.reset(new ViewportLayer(someMemory));
+        layer = layerWith(someMemory);
         camera.view = toolkit::ViewKind::FRONT;
         options.colors = {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}};
     }
@@ -149,7 +155,7 @@ protected:
     ParticleOptions options;
     ParticleLook look;
     std::unique_ptr<Scene> scene;
-    std::unique_ptr<ViewportLayer> layer;
+    std::unique_ptr<toolkit::Layer> layer;
 };
 
 void expectNear(Rgb const& color, Rgb const& wanted, int const& tolerance, std::string const& what) {
@@ -186,7 +192,7 @@ TEST_F(ParticleViewer_gl_test, everyModeAndViewDrawsWithoutAnErrorOfOpenGL) {
     data.velocities.assign(data.positions.size(), {0.1F, 0.2F, 0.3F});
     for (ParticleMode const& mode : {ParticleMode::POINTS, ParticleMode::SPHERES, ParticleMode::ARROWS}) {
         for (unsigned int view = 0; view < 7; ++view) {
-            layer.reset(new ViewportLayer(view % 2 == 0 ? 0 : someMemory));
+            layer = layerWith(view % 2 == 0 ? 0 : someMemory);
             options.mode = mode;
             camera.view = static_cast<toolkit::ViewKind>(view);
             Picture const picture = draw();
@@ -304,7 +310,7 @@ TEST_F(ParticleViewer_gl_test, aPercentageOfTheParticlesIsDrawn) {
     options.mode = ParticleMode::POINTS;
     options.size = 4;
     for (unsigned int const megabytes : {0U, someMemory}) {
-        layer.reset(new ViewportLayer(megabytes));
+        layer = layerWith(megabytes);
         options.percent = 100;
         int const all = countParticles(draw());
         for (float const percent : {0.0F, 10.0F, 50.0F, 75.0F}) {
@@ -414,13 +420,13 @@ TEST_F(ParticleViewer_gl_test, withAndWithoutABufferThePictureIsTheSame) {
             with = draw();
             EXPECT_GT(fillings(recording), 0U);
         }
-        layer.reset(new ViewportLayer(0));
+        layer = layerWith(0);
         {
             gl_spy::Recording recording;
             without = draw();
             EXPECT_EQ(fillings(recording), 0U);
         }
-        layer.reset(new ViewportLayer(someMemory));
+        layer = layerWith(someMemory);
         EXPECT_LE(largestDifference(with, without), 1) << static_cast<int>(mode);
     }
 }

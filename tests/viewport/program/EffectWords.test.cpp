@@ -88,11 +88,19 @@ TEST(EffectWords, theFilesOfAnEffectAreRead) {
     EXPECT_EQ(custom.vertexShader, "v");
     EXPECT_EQ(custom.fragmentShader, "f");
     EXPECT_EQ(custom.geometryShader, "g");
+    EXPECT_FALSE(custom.replacesStages);
     EXPECT_EQ(effectOf(words)->onlyModel, 1U);
     EXPECT_FALSE(effectOf({"--effect", "glass"})->onlyModel.has_value());
 }
 
+TEST(EffectWords, stagesAreReplacedOnlyOnRequest) {
+    EXPECT_TRUE(valuesOf<CustomEffect>({"--effect", "custom", "--shader-fragment", "f", "--shader-fallback"})
+                    .replacesStages);
+}
+
 TEST(EffectWords, whatBelongsToAnotherEffectIsAnError) {
+    EXPECT_THAT(errorOf({"--effect", "glass", "--shader-fallback"}), HasSubstr("belongs to --effect custom"));
+    EXPECT_THAT(errorOf({"--shader-fallback"}), HasSubstr("belongs to --effect custom"));
     EXPECT_THAT(errorOf({"--environment", "e"}), HasSubstr("belongs to --effect glass"));
     EXPECT_THAT(errorOf({"--effect", "sss", "--environment", "e"}), HasSubstr("belongs to --effect glass"));
     for (char const* const stage : {"--shader-vertex", "--shader-fragment", "--shader-geometry"}) {
@@ -230,8 +238,9 @@ TEST(EffectWords, helpListsTheParametersOfTheEffect) {
 
 TEST(EffectWords, theGeneralHelpNamesTheOptions) {
     std::string const help = parse({"--help"}).output;
-    for (char const* const option : {"--effect ", "--effect-param ", "--effect-model ", "--environment ",
-                                     "--shader-vertex ", "--shader-fragment ", "--shader-geometry "}) {
+    for (char const* const option :
+         {"--effect ", "--effect-param ", "--effect-model ", "--environment ", "--shader-vertex ",
+          "--shader-fragment ", "--shader-geometry ", "--shader-fallback "}) {
         EXPECT_THAT(help, HasSubstr(option));
     }
 }

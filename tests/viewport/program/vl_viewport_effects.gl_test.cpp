@@ -381,34 +381,95 @@ TEST_F(effect_program_gl_test, allThreeStagesAreTaken) {
     EXPECT_EQ(color.b, 0);
 }
 
-TEST_F(effect_program_gl_test, aShaderThatDoesNotCompileIsReplacedAndItsLogNamesFileAndLine) {
+TEST_F(effect_program_gl_test, withTheFallbackAShaderThatDoesNotCompileIsReplacedAndItsLogNamesFileAndLine) {
     std::string const fragment = folder.write("bad.frag", "void main()\n{\n    gl_FragColor = nothing;\n}\n");
     std::string error;
-    expectPassedOn(draw(custom({"--shader-fragment", fragment}), error));
+    expectPassedOn(draw(custom({"--shader-fallback", "--shader-fragment", fragment}), error));
     EXPECT_THAT(error, HasSubstr("vl_viewport: " + fragment + ":3: "));
     EXPECT_THAT(error, HasSubstr(fragment +
                                  ": does not compile; a stage that passes everything on takes its place\n"));
 
     std::string const vertex = folder.write("bad.vert", "void main()\n{\n    gl_Position = ;\n}\n");
     std::string const green = folder.write("green.frag", greenFragment);
-    EXPECT_EQ(middle(draw(custom({"--shader-vertex", vertex, "--shader-fragment", green}), error)).g, 255);
+    EXPECT_EQ(
+        middle(
+            draw(custom({"--shader-fallback", "--shader-vertex", vertex, "--shader-fragment", green}), error))
+            .g,
+        255);
     EXPECT_THAT(error, HasSubstr(vertex + ":3: "));
     EXPECT_THAT(error, Not(HasSubstr(green)));
 
     std::string const geometry =
         folder.write("bad.geom", "#version 150 compatibility\nlayout(triangles) in;\nno\n");
-    EXPECT_EQ(middle(draw(custom({"--shader-geometry", geometry, "--shader-fragment", green}), error)).g,
-              255);
+    EXPECT_EQ(
+        middle(draw(custom({"--shader-fallback", "--shader-geometry", geometry, "--shader-fragment", green}),
+                    error))
+            .g,
+        255);
     EXPECT_THAT(error, HasSubstr(geometry + ":"));
 }
 
-TEST_F(effect_program_gl_test, stagesThatDoNotGoTogetherAreReplaced) {
+TEST_F(effect_program_gl_test, withTheFallbackStagesThatDoNotGoTogetherAreReplaced) {
     std::string const fragment = folder.write(
         "alone.frag", "varying vec3 from;\nvoid main() {\n    gl_FragColor = vec4(from, 1.0);\n}\n");
     std::string error;
-    expectPassedOn(draw(custom({"--shader-fragment", fragment}), error));
+    expectPassedOn(draw(custom({"--shader-fallback", "--shader-fragment", fragment}), error));
     EXPECT_THAT(error, HasSubstr("vl_viewport: the program of the stages: error: "));
     EXPECT_THAT(error, HasSubstr("cannot be linked; stages that pass everything on take its place\n"));
+}
+
+TEST_F(effect_program_gl_test, aShaderThatDoesNotCompileIsAFaultOfItsFile) {
+    std::string const good = folder.write("green.frag", greenFragment);
+    struct Row {
+        char const* stage;
+        char const* text;
+    };
+    for (Row const& row :
+         {Row{"--shader-fragment", "void main()\n{\n    gl_FragColor = nothing;\n}\n"},
+          Row{"--shader-vertex", "void main()\n{\n    gl_Position = nothing;\n}\n"},
+          Row{"--shader-geometry", "#version 150 compatibility\nlayout(triangles) in;\nno\n"}}) {
+        SCOPED_TRACE(row.stage);
+        std::string const bad = folder.write("bad.glsl", row.text);
+        std::vector<std::string> words =
+            custom({row.stage, bad, "--info", "--out", folder.file("fault.png")});
+        if (row.stage != std::string("--shader-fragment")) {
+            words.insert(words.end(), {"--shader-fragment", good});
+        }
+        std::vector<std::string> const before = folder.names();
+        Outcome const outcome = run(words);
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_EQ(folder.names(), before);
+        // The driver's words with their line, then one line with the fault.
+        EXPECT_THAT(outcome.error, StartsWith("vl_viewport: " + bad + ":3: "));
+        EXPECT_THAT(outcome.error, testing::EndsWith("\nvl_viewport: " + bad + ": does not compile\n"));
+        EXPECT_THAT(outcome.error, Not(HasSubstr("passes everything on")));
+        EXPECT_THAT(outcome.error, Not(HasSubstr(good)));
+    }
+}
+
+TEST_F(effect_program_gl_test, stagesThatDoNotGoTogetherAreAFaultOfTheirFiles) {
+    std::string const fragment = folder.write(
+        "alone.frag", "varying vec3 from;\nvoid main() {\n    gl_FragColor = vec4(from, 1.0);\n}\n");
+    std::string const vertex =
+        folder.write("plain.vert", "void main() {\n    gl_Position = ftransform();\n}\n");
+    struct Row {
+        std::vector<std::string> words;
+        std::string files;
+    };
+    for (Row const& row :
+         {Row{{"--shader-fragment", fragment}, fragment},
+          Row{{"--shader-fragment", fragment, "--shader-vertex", vertex}, vertex + ", " + fragment}}) {
+        std::vector<std::string> words = custom(row.words);
+        words.insert(words.end(), {"--out", folder.file("fault.png")});
+        std::vector<std::string> const before = folder.names();
+        Outcome const outcome = run(words);
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_EQ(folder.names(), before);
+        EXPECT_THAT(outcome.error, StartsWith("vl_viewport: the program of the stages: error: "));
+        EXPECT_THAT(outcome.error, testing::EndsWith("\nvl_viewport: " + row.files + ": cannot be linked\n"));
+    }
 }
 
 TEST_F(effect_program_gl_test, aVertexStageWithoutAColorIsNotShownThroughAStageThatNeedsIt) {
@@ -462,12 +523,12 @@ TEST_F(effect_program_gl_test, aShaderFileWithoutPermissionIsAFault) {
     expectFault(custom({"--shader-fragment", locked}), locked, "cannot be opened: Permission denied");
 }
 
-TEST_F(effect_program_gl_test, aTextThatIsNoShaderIsReplaced) {
+TEST_F(effect_program_gl_test, withTheFallbackATextThatIsNoShaderIsReplaced) {
     std::string letters = mesh_texts::noise(5000);
     std::replace(letters.begin(), letters.end(), '\0', '0');
     std::string const file = folder.write("letters.frag", letters);
     std::string error;
-    expectPassedOn(draw(custom({"--shader-fragment", file}), error));
+    expectPassedOn(draw(custom({"--shader-fallback", "--shader-fragment", file}), error));
     EXPECT_THAT(error, HasSubstr("vl_viewport: " + file + ": "));
     EXPECT_THAT(error, HasSubstr("; a stage that passes everything on takes its place\n"));
 }

@@ -1,39 +1,33 @@
 #include "viewport/drawing/effects/CustomDrawer.h"
 
-#include "Program_gl.h"
-#include "viewport/drawing/effects/ShaderFiles.h"
-
-#include <fstream>
-#include <iterator>
-
-#include <GL/glew.h>
+#include <algorithm>
 
 namespace vellum::viewport {
 
 namespace {
 
-char const* const PROGRAM = "the program of the stages";
+using Replacement = toolkit::StageReport::Replacement;
 
-bool contains(std::string const& path, std::string const& word) {
-    std::ifstream file(path, std::ios::binary);
-    std::string const text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    return text.find(word) != std::string::npos;
+/// Whether a stage does not compile or the stages do not link. Stages that are replaced for another reason could be used.
+bool isBroken(toolkit::StageReport const& report) {
+    return report.replacement != Replacement::NOTHING &&
+           (report.stage == toolkit::Stage::PROGRAM || report.replacement != Replacement::ALL_STAGES);
+}
+
+std::string namesOf(toolkit::StageFiles const& files) {
+    std::string names;
+    for (std::string const& file : {files.vertex, files.fragment, files.geometry}) {
+        names += (names.empty() || file.empty() ? "" : ", ") + file;
+    }
+    return names;
 }
 
 }  // namespace
 
-bool CustomDrawer::LinkedShader::isLinked() const {
-    GLint linked = GL_FALSE;
-    if (program->getId() != 0) {
-        glGetProgramiv(program->getId(), GL_LINK_STATUS, &linked);
-    }
-    return linked != GL_FALSE;
-}
-
-CustomDrawer::CustomDrawer(ReportingLayer& layer, CustomEffect const& effect)
-    : EffectDrawer(layer), effect(effect) {
+CustomDrawer::CustomDrawer(toolkit::Layer& layer, CustomEffect const& effect)
+    : EffectDrawer(layer), effect(effect), custom(layer) {
     _setVariables();
-    _setStages();
+    reports = custom.load({effect.vertexShader, effect.fragmentShader, effect.geometryShader});
     custom.grabFrameBuffer(effect.grabsFrameBuffer);
 }
 
@@ -41,14 +35,28 @@ EffectMaterial CustomDrawer::material() const {
     return {static_cast<float>(effect.gloss), static_cast<float>(effect.shininess)};
 }
 
-void CustomDrawer::placeLights(toolkit::ScreenAxes const& screen, double unit) const {
-    effect.lights.set(screen, EffectLights::Frame::ofScene(unit));
+void CustomDrawer::placeLights(toolkit::View const& view, toolkit::EffectSubject const& scene) const {
+    toolkit::setEffectLights(custom, effect.lights, view, scene);
 }
 
-std::string CustomDrawer::fileOfStage(unsigned int stage) const {
-    return stage == GL_VERTEX_SHADER     ? effect.vertexShader
-           : stage == GL_FRAGMENT_SHADER ? effect.fragmentShader
-                                         : effect.geometryShader;
+std::vector<Fault> CustomDrawer::stageFaults() const {
+    auto const broken = std::find_if(reports.begin(), reports.end(), isBroken);
+    if (effect.replacesStages || broken == reports.end()) {
+        return {};
+    }
+    std::vector<Fault> faults;
+    for (toolkit::StageReport report : reports) {
+        if (isBroken(report) && !report.log.empty()) {
+            report.replacement = Replacement::NOTHING;
+            std::vector<Fault> const words = linesOf(report);
+            faults.insert(faults.end(), words.begin(), words.end());
+        }
+    }
+    bool const isProgram = broken->stage == toolkit::Stage::PROGRAM;
+    std::string const reason = isProgram ? "cannot be linked" : "does not compile";
+    faults.push_back({isProgram ? namesOf(custom.files()) : broken->file,
+                      broken->log.empty() ? broken->messages.front().text : reason});
+    return faults;
 }
 
 void CustomDrawer::_setVariables() {
@@ -63,29 +71,6 @@ void CustomDrawer::_setVariables() {
     for (std::size_t i = 0; i < CustomEffect::TEXTURES; ++i) {
         custom.setTexture(VL_String(effect.textures[i].c_str()), static_cast<int>(i));
     }
-}
-
-void CustomDrawer::_setStages() {
-    custom.setShaders(VL_String(effect.vertexShader.c_str()), VL_String(effect.fragmentShader.c_str()),
-                      VL_String(effect.geometryShader.c_str()));
-    bool const hasFragmentStage = !takeReports(GL_FRAGMENT_SHADER) && !effect.fragmentShader.empty();
-    std::string const& lastBeforeIt =
-        effect.geometryShader.empty() ? effect.vertexShader : effect.geometryShader;
-    if (!custom.isLinked()) {
-        for (Fault const& line : shaderFaults(PROGRAM, custom.linkLog())) {
-            stageNotes.push_back(line);
-        }
-        stageNotes.push_back({PROGRAM, "cannot be linked; stages that pass everything on take its place"});
-        custom.setShaders("", "", "");
-    } else if (!hasFragmentStage && !lastBeforeIt.empty() && !contains(lastBeforeIt, "gl_FrontColor")) {
-        // Such a program links, and draws in whatever color the driver leaves in the varying.
-        stageNotes.push_back(
-            {lastBeforeIt, "sets no gl_FrontColor, which the fragment stage that passes everything on shows; "
-                           "such a stage takes its place, too"});
-        custom.setShaders("", "", "");
-    }
-    // GL raises an error when a program that is not linked is taken into use.
-    layer.getError("CustomDrawer", __LINE__);
 }
 
 }  // namespace vellum::viewport

@@ -2,7 +2,7 @@
 
 namespace vellum::viewport {
 
-DisplacementDrawer::DisplacementDrawer(ReportingLayer& layer, DisplacementEffect const& effect)
+DisplacementDrawer::DisplacementDrawer(toolkit::Layer& layer, DisplacementEffect const& effect)
     : EffectDrawer(layer), effect(effect) {
     displacement.setBaseColor(effect.color.r, effect.color.g, effect.color.b, effect.color.a);
     displacement.setScale(effect.scale);
@@ -18,8 +18,8 @@ EffectMaterial DisplacementDrawer::material() const {
     return {static_cast<float>(effect.gloss), static_cast<float>(effect.shininess)};
 }
 
-void DisplacementDrawer::placeLights(toolkit::ScreenAxes const& screen, double unit) const {
-    effect.lights.set(screen, EffectLights::Frame::ofScene(unit));
+void DisplacementDrawer::placeLights(toolkit::View const& view, toolkit::EffectSubject const& scene) const {
+    toolkit::setEffectLights(displacement, effect.lights, view, scene);
 }
 
 }  // namespace vellum::viewport

@@ -8,11 +8,11 @@ namespace vellum::viewport {
 /// The drawer of surfaces that a map displaces.
 class DisplacementDrawer : public EffectDrawer {
 public:
-    DisplacementDrawer(ReportingLayer& layer, DisplacementEffect const& effect);
+    DisplacementDrawer(toolkit::Layer& layer, DisplacementEffect const& effect);
 
     Base_shader& shader() override { return displacement; }
     EffectMaterial material() const override;
-    void placeLights(toolkit::ScreenAxes const& screen, double unit) const override;
+    void placeLights(toolkit::View const& view, toolkit::EffectSubject const& scene) const override;
 
 private:
     DisplacementEffect const& effect;

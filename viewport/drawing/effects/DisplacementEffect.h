@@ -3,7 +3,7 @@
 #include "foundation/geometry/Color4.h"
 #include "foundation/geometry/Vector2.h"
 #include "foundation/geometry/Vector3.h"
-#include "viewport/drawing/effects/EffectLights.h"
+#include "toolkit/EffectLights.h"
 
 #include <string>
 
@@ -20,7 +20,7 @@ struct DisplacementEffect {
     Color4<float> color{0.72F, 0.70F, 0.66F, 1};  ///< of the surface, 0 to 1
     double gloss = 0.15;                          ///< strength of the highlight, 0 to 1
     double shininess = 24;                        ///< exponent of the highlight, 0 to 128
-    EffectLights lights{1, {{-3, 3, 1.5F}}, {{3, 0.6F, -1.5F}}};
+    toolkit::EffectLights lights{1, {{-3, 3, 1.5F}}, {{3, 0.6F, -1.5F}}};
 };
 
 }  // namespace vellum::viewport

@@ -1,14 +1,14 @@
 #pragma once
 
 #include "glsl_shader/Base_shader.h"
-#include "toolkit/Framing.h"
+#include "toolkit/EffectLights.h"
+#include "toolkit/Layer.h"
+#include "toolkit/StageReport.h"
 #include "viewport/drawing/effects/EffectSpec.h"
 #include "viewport/drawing/effects/EffectSubject.h"
-#include "viewport/drawing/layer/ReportingLayer.h"
 #include "viewport/text/Fault.h"
 
 #include <memory>
-#include <string>
 #include <vector>
 
 namespace vellum::viewport {
@@ -23,16 +23,14 @@ struct EffectMaterial {
 /// each effect; EffectRenderer draws meshes with any of them.
 ///
 ///     std::unique_ptr<EffectDrawer> const drawer = EffectDrawer::make(layer, spec.values, subject);
-///     renderer.shader = &drawer->shader();
-///     drawer->placeLights(screen, unit);
-///     drawer->prepareMesh();
-///     renderer.render(shading);
+///     drawer->placeLights(view, scene);
+///     toolkit::drawWith(drawer->shader(), [&] { renderer.render(shading); });
 ///
 /// The context that it is made in must be current until its end; layer, values and subject must outlive it.
 class EffectDrawer {
 public:
     /// Makes the drawer that suits the values and creates its shader.
-    static std::unique_ptr<EffectDrawer> make(ReportingLayer& layer, EffectValues const& values,
+    static std::unique_ptr<EffectDrawer> make(toolkit::Layer& layer, EffectValues const& values,
                                               EffectSubject const& subject);
 
     virtual ~EffectDrawer() = default;
@@ -42,31 +40,26 @@ public:
     virtual Base_shader& shader() = 0;
     virtual EffectMaterial material() const = 0;
 
-    /// Sets the lights for a model, with the matrices of the scene.
-    /// \param screen the screen's axes in eye space
-    /// \param unit what a length of 1 of the model is in the scene
+    /// Sets the lights for a model.
+    /// \param view with the matrices that the model is drawn with
+    /// \param scene in the frame of the model
     /// State: parameters of lights 0 and 1.
-    virtual void placeLights(toolkit::ScreenAxes const& screen, double unit) const = 0;
-
-    /// Must be called before each mesh is rendered with the shader.
-    virtual void prepareMesh();
+    virtual void placeLights(toolkit::View const& view, toolkit::EffectSubject const& scene) const = 0;
 
     /// What the user is to know about the stages, one fault for each line.
-    std::vector<Fault> const& notes() const { return stageNotes; }
+    std::vector<Fault> notes() const;
+
+    /// The fault of a user's stages that are not to be replaced, after the driver's words; empty where there is none.
+    virtual std::vector<Fault> stageFaults() const { return {}; }
 
 protected:
-    explicit EffectDrawer(ReportingLayer& layer) : layer(layer) {}
+    explicit EffectDrawer(toolkit::Layer& layer) : layer(layer) {}
 
-    /// The file that a stage was read from; empty for the effect's own text.
-    /// \param stage GL_VERTEX_SHADER, ...
-    virtual std::string fileOfStage(unsigned int stage) const;
+    /// The lines of a report.
+    static std::vector<Fault> linesOf(toolkit::StageReport const& report);
 
-    /// Turns what the layer has been reported since the last call into notes.
-    /// \return whether one of the reports is about the stage
-    bool takeReports(unsigned int stage);
-
-    ReportingLayer& layer;
-    std::vector<Fault> stageNotes;
+    toolkit::Layer& layer;
+    std::vector<toolkit::StageReport> reports;
 
 private:
     void _create();

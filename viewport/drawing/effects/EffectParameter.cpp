@@ -41,7 +41,7 @@ EffectField field(std::array<T, SIZE> E::*list, std::size_t index) {
 
 /// The place of a member of one of the lights of an effect E.
 template <class E, class T>
-EffectField lightField(EffectLight EffectLights::*light, T EffectLight::*member) {
+EffectField lightField(toolkit::EffectLight toolkit::EffectLights::*light, T toolkit::EffectLight::*member) {
     return std::function<T&(EffectValues&)>(
         [light, member](EffectValues& values) -> T& { return std::get<E>(values).lights.*light.*member; });
 }
@@ -51,16 +51,17 @@ EffectField lightField(EffectLight EffectLights::*light, T EffectLight::*member)
 /// \param first, second the defaults of the lights' places
 template <class E>
 Parameters lightParameters(std::string const& first, std::string const& second) {
-    return {{"lights", field(&E::lights, &EffectLights::count), "1", 1, 2, "how many lights shine"},
-            {"light", lightField<E>(&EffectLights::first, &EffectLight::place), first, -1000, 1000,
+    return {{"lights", field(&E::lights, &toolkit::EffectLights::count), "1", 1, 2, "how many lights shine"},
+            {"light", lightField<E>(&toolkit::EffectLights::first, &toolkit::EffectLight::place), first,
+             -1000, 1000,
              "place of the first light: to the right, up and toward the viewer from the middle,\n"
              "in radii of what is shown"},
-            {"light2", lightField<E>(&EffectLights::second, &EffectLight::place), second, -1000, 1000,
-             "place of the second light"},
-            {"light-color", lightField<E>(&EffectLights::first, &EffectLight::color), "1,1,1", 0, 100,
-             "color of the first light"},
-            {"light2-color", lightField<E>(&EffectLights::second, &EffectLight::color), "1,1,1", 0, 100,
-             "color of the second light"}};
+            {"light2", lightField<E>(&toolkit::EffectLights::second, &toolkit::EffectLight::place), second,
+             -1000, 1000, "place of the second light"},
+            {"light-color", lightField<E>(&toolkit::EffectLights::first, &toolkit::EffectLight::color),
+             "1,1,1", 0, 100, "color of the first light"},
+            {"light2-color", lightField<E>(&toolkit::EffectLights::second, &toolkit::EffectLight::color),
+             "1,1,1", 0, 100, "color of the second light"}};
 }
 
 Parameters joined(Parameters first, Parameters const& second) {

@@ -1,8 +1,7 @@
 #include "viewport/drawing/effects/EffectRenderer.h"
 
-#include "viewport/drawing/effects/KeptState.h"
+#include "toolkit/draw_with.h"
 #include "viewport/drawing/effects/ModelUnits.h"
-#include "viewport/drawing/layer/geometry_stages.h"
 #include "viewport/scene/ModelParts.h"
 
 #include <utility>
@@ -22,9 +21,24 @@ char const* geometryUserOf(EffectValues const& values) {
                                                                   : nullptr;
 }
 
+/// The scene as a model has it in its own frame.
+toolkit::EffectSubject sceneSeenFrom(Matrix4<double> const& toScene) {
+    double const unit = toScene.e[0];
+    return {Vector3<double>{toScene.e[12], toScene.e[13], toScene.e[14]} * (-1 / unit), Scene::RADIUS / unit};
+}
+
+/// Restores lights and materials as they were, when it ends.
+class KeptLighting {
+public:
+    KeptLighting() { glPushAttrib(GL_LIGHTING_BIT); }
+    ~KeptLighting() { glPopAttrib(); }
+    KeptLighting(KeptLighting const&) = delete;
+    KeptLighting& operator=(KeptLighting const&) = delete;
+};
+
 }  // namespace
 
-EffectRenderer::EffectRenderer(ReportingLayer& layer, EffectSpec const& effectSpec, MeshStyle const& style,
+EffectRenderer::EffectRenderer(toolkit::Layer& layer, EffectSpec const& effectSpec, MeshStyle const& style,
                                EffectSubject effectSubject)
     : spec(effectSpec)
     , style(style)
@@ -36,7 +50,6 @@ EffectRenderer::EffectRenderer(ReportingLayer& layer, EffectSpec const& effectSp
         for (std::unique_ptr<Mesh> const& mesh : model.meshes) {
             auto renderer = std::make_unique<Mesh_RL_GL>(mesh.get(), false);
             renderer->useBufferObjects = hasBuffers && !style.immediate;
-            renderer->shader = &drawer->shader();
             renderers.back().push_back(std::move(renderer));
         }
     }
@@ -49,43 +62,31 @@ std::optional<Fault> EffectRenderer::firstLack(Core_RL& layer, EffectValues cons
         return Fault{"", "OpenGL here has no shaders, which effects require"};
     }
     char const* const user = geometryUserOf(values);
-    if (user != nullptr && !hasGeometryStages(layer)) {
+    if (user != nullptr && !toolkit::hasGeometryStages(layer)) {
         return Fault{"", std::string("OpenGL here has no geometry stages, which ") + user};
     }
     return std::nullopt;
 }
 
-void EffectRenderer::draw(toolkit::ScreenAxes const& screen) {
-    KeptState const kept;
-    _setMaterial();
+void EffectRenderer::draw() {
+    KeptLighting const kept;
+    EffectMaterial const material = drawer->material();
+    toolkit::setEffectMaterial(material.gloss, material.shininess);
     MeshShading shading;
     shading.mode =
         style.shading == Shading::FACETED ? MeshShadingMode_ns::FACETED : MeshShadingMode_ns::SMOOTH;
-    shading.flags = MeshShadingFlags_ns::GPU_SHADER | MeshShadingFlags_ns::TEXTURE;
+    shading.flags = MeshShadingFlags_ns::TEXTURE;
     if (style.wireframeBack) {
         shading.flags |= MeshShadingFlags_ns::WIREFRAME_BACK_FACES;
     }
     shading.textureChannel = ModelPart::CHANNEL;
     for (std::size_t i = 0; i < renderers.size(); ++i) {
-        Matrix4<double> const& toScene = subject.models[i].toScene;
-        drawer->placeLights(screen, toScene.e[0]);
-        ModelUnits const units(toScene);
+        ModelUnits const units(subject.models[i].toScene);
+        drawer->placeLights(toolkit::View::current(), sceneSeenFrom(subject.models[i].toScene));
         for (std::unique_ptr<Mesh_RL_GL> const& renderer : renderers[i]) {
-            drawer->prepareMesh();
-            renderer->render(shading);
+            toolkit::drawWith(drawer->shader(), [&] { renderer->render(shading); });
         }
     }
-}
-
-void EffectRenderer::_setMaterial() const {
-    EffectMaterial const material = drawer->material();
-    float const ambient[4] = {0.22F, 0.23F, 0.26F, 1};
-    float const diffuse[4] = {1, 1, 1, 1};
-    float const specular[4] = {material.gloss, material.gloss, material.gloss, 1};
-    glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT, ambient);
-    glMaterialfv(GL_FRONT_AND_BACK, GL_DIFFUSE, diffuse);
-    glMaterialfv(GL_FRONT_AND_BACK, GL_SPECULAR, specular);
-    glMaterialf(GL_FRONT_AND_BACK, GL_SHININESS, material.shininess);
 }
 
 }  // namespace vellum::viewport

@@ -1,11 +1,10 @@
 #pragma once
 
 #include "Mesh_RL_GL.h"
-#include "toolkit/Framing.h"
+#include "toolkit/Layer.h"
 #include "viewport/drawing/effects/EffectDrawer.h"
 #include "viewport/drawing/effects/EffectSpec.h"
 #include "viewport/drawing/effects/EffectSubject.h"
-#include "viewport/drawing/layer/ReportingLayer.h"
 #include "viewport/drawing/subjects/MeshStyle.h"
 #include "viewport/text/Fault.h"
 
@@ -20,7 +19,7 @@ namespace vellum::viewport {
 ///     Result<EffectSubject> subject = EffectSubject::prepare(spec, meshes, scene, size.aspect());
 ///     ... make the context and the layer ...
 ///     EffectRenderer effect(layer, spec, style, std::move(subject.value()));
-///     effect.draw(toolkit::screenAxes(view));
+///     effect.draw();
 ///
 /// It needs a current context as long as it lives, and the layer, which must outlive it.
 class EffectRenderer {
@@ -28,7 +27,7 @@ public:
     /// \param spec of the subject
     /// \param style of which it takes facets, the outlines of triangles seen from behind, and whether buffer objects
     ///     are used.
-    EffectRenderer(ReportingLayer& layer, EffectSpec const& spec, MeshStyle const& style,
+    EffectRenderer(toolkit::Layer& layer, EffectSpec const& spec, MeshStyle const& style,
                    EffectSubject subject);
     ~EffectRenderer();
     EffectRenderer(EffectRenderer const&) = delete;
@@ -39,7 +38,10 @@ public:
     static std::optional<Fault> firstLack(Core_RL& layer, EffectValues const& values);
 
     /// What the user is to know about the stages: one fault for each line.
-    std::vector<Fault> const& notes() const { return drawer->notes(); }
+    std::vector<Fault> notes() const { return drawer->notes(); }
+
+    /// The fault of a user's stages that are not to be replaced, after the driver's words; empty where there is none.
+    std::vector<Fault> stageFaults() const { return drawer->stageFaults(); }
 
     /// Whether the model, counted from 0, is drawn here.
     bool covers(std::size_t model) const { return spec.covers(model); }
@@ -50,13 +52,10 @@ public:
     }
 
     /// Draws the models with the effect. What is seen through them must have been drawn.
-    /// \param screen the axes of the screen in eye space.
     /// GL: whatever the effect needs.  State: that of Mesh_RL_GL::render(), and nothing of the effect.
-    void draw(toolkit::ScreenAxes const& screen);
+    void draw();
 
 private:
-    void _setMaterial() const;
-
     EffectSpec spec;
     MeshStyle style;
     EffectSubject subject;

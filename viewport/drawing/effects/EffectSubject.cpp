@@ -1,6 +1,6 @@
 #include "viewport/drawing/effects/EffectSubject.h"
 
-#include "viewport/drawing/effects/ShaderFiles.h"
+#include "toolkit/StageReport.h"
 #include "viewport/files/images/TextureFile.h"
 #include "viewport/scene/ModelParts.h"
 
@@ -188,9 +188,10 @@ Result<EffectSubject> prepareEffect(ScatteringEffect const& /*effect*/, Source c
 
 Result<EffectSubject> prepareEffect(CustomEffect const& effect, Source const& source) {
     for (std::string const& shader : {effect.vertexShader, effect.fragmentShader, effect.geometryShader}) {
-        std::optional<Fault> const fault = shader.empty() ? std::nullopt : shaderFileFault(shader);
+        std::optional<std::string> const fault =
+            shader.empty() ? std::nullopt : toolkit::stageFileFault(shader);
         if (fault) {
-            return *fault;
+            return Fault{shader, *fault};
         }
     }
     for (std::string const& texture : effect.textures) {

@@ -2,7 +2,7 @@
 
 namespace vellum::viewport {
 
-GlassDrawer::GlassDrawer(ReportingLayer& layer, GlassEffect const& effect)
+GlassDrawer::GlassDrawer(toolkit::Layer& layer, GlassEffect const& effect)
     : EffectDrawer(layer), effect(effect) {
     std::string environment = effect.environment;
     if (environment.empty()) {
@@ -20,8 +20,8 @@ EffectMaterial GlassDrawer::material() const {
     return {0, 0};
 }
 
-void GlassDrawer::placeLights(toolkit::ScreenAxes const& screen, double unit) const {
-    effect.lights.set(screen, EffectLights::Frame::ofScene(unit));
+void GlassDrawer::placeLights(toolkit::View const& view, toolkit::EffectSubject const& scene) const {
+    toolkit::setEffectLights(glass, effect.lights, view, scene);
 }
 
 }  // namespace vellum::viewport

@@ -11,11 +11,11 @@ namespace vellum::viewport {
 /// The drawer of glass.
 class GlassDrawer : public EffectDrawer {
 public:
-    GlassDrawer(ReportingLayer& layer, GlassEffect const& effect);
+    GlassDrawer(toolkit::Layer& layer, GlassEffect const& effect);
 
     Base_shader& shader() override { return glass; }
     EffectMaterial material() const override;
-    void placeLights(toolkit::ScreenAxes const& screen, double unit) const override;
+    void placeLights(toolkit::View const& view, toolkit::EffectSubject const& scene) const override;
 
 private:
     GlassEffect const& effect;

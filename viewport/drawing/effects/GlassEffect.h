@@ -1,7 +1,7 @@
 #pragma once
 
 #include "foundation/geometry/Color4.h"
-#include "viewport/drawing/effects/EffectLights.h"
+#include "toolkit/EffectLights.h"
 
 #include <string>
 
@@ -13,7 +13,7 @@ struct GlassEffect {
     double depth = 0.1;                           ///< strength of refraction, -100 to 100
     double mix = 1;           ///< how much of the background shows where glass is seen straight on, 0 to 100
     std::string environment;  ///< a picture file; empty: the program's own sky
-    EffectLights lights{1, {{-2, 3, 2.5F}}, {{3, 1, 1}}};
+    toolkit::EffectLights lights{1, {{-2, 3, 2.5F}}, {{3, 1, 1}}};
 };
 
 }  // namespace vellum::viewport

@@ -4,13 +4,10 @@
 
 namespace vellum::viewport {
 
-CurrentMatrix::CurrentMatrix(unsigned int name) {
-    glGetDoublev(name, e);
-}
-
 ModelUnits::ModelUnits(Matrix4<double> const& toScene) {
     double const unit = toScene.e[0];
-    CurrentMatrix const modelView(GL_MODELVIEW_MATRIX);
+    Matrix4<double> modelView{};
+    glGetDoublev(GL_MODELVIEW_MATRIX, modelView.e);
     glMatrixMode(GL_PROJECTION);
     glPushMatrix();
     glScaled(unit, unit, unit);

@@ -1,8 +1,7 @@
 #include "viewport/drawing/effects/OceanDrawer.h"
 
 #include "foundation/geometry/constants.h"
-#include "viewport/drawing/effects/ModelUnits.h"
-#include "viewport/drawing/layer/Lights.h"
+#include "toolkit/Lights.h"
 
 #include <cmath>
 
@@ -22,7 +21,7 @@ constexpr Color4<float> SUNLIGHT{1.0F, 0.86F, 0.62F, 1};
 
 }  // namespace
 
-OceanDrawer::OceanDrawer(ReportingLayer& layer, OceanEffect const& effect, Sea const& sea)
+OceanDrawer::OceanDrawer(toolkit::Layer& layer, OceanEffect const& effect, Sea const& sea)
     : EffectDrawer(layer), effect(effect) {
     float const side = sea.patch / sea.map.unit;
     ocean.setBaseColor(effect.color.r, effect.color.g, effect.color.b, effect.color.a);
@@ -41,11 +40,11 @@ EffectMaterial OceanDrawer::material() const {
     return {0.5F, 24.0F};
 }
 
-void OceanDrawer::placeLights(toolkit::ScreenAxes const& /*screen*/, double /*unit*/) const {
+void OceanDrawer::placeLights(toolkit::View const& view, toolkit::EffectSubject const& /*scene*/) const {
     double const elevation = static_cast<double>(effect.sun.x) * PI / 180;
     double const azimuth = static_cast<double>(effect.sun.y) * PI / 180;
     // The world's axes in eye space: the columns of the model-view matrix.
-    CurrentMatrix const m(GL_MODELVIEW_MATRIX);
+    Matrix4<double> const& m = view.modelView;
     Point const up = normalized(Point{m.e[4], m.e[5], m.e[6]});
     Point const forward{0, 0, -1};
     Point const level = forward - up * dot(forward, up);
@@ -56,7 +55,7 @@ void OceanDrawer::placeLights(toolkit::ScreenAxes const& /*screen*/, double /*un
     glMatrixMode(GL_MODELVIEW);
     glPushMatrix();
     glLoadIdentity();
-    LightSource{sun * SUN_DISTANCE, false, SUNLIGHT, SUNLIGHT, SUNLIGHT}.set(0);
+    toolkit::LightSource{sun * SUN_DISTANCE, false, SUNLIGHT, SUNLIGHT, SUNLIGHT}.set(0);
     glPopMatrix();
 }
 

@@ -9,11 +9,11 @@ namespace vellum::viewport {
 class OceanDrawer : public EffectDrawer {
 public:
     /// \param sea must outlive it, as the effect.
-    OceanDrawer(ReportingLayer& layer, OceanEffect const& effect, Sea const& sea);
+    OceanDrawer(toolkit::Layer& layer, OceanEffect const& effect, Sea const& sea);
 
     Base_shader& shader() override { return ocean; }
     EffectMaterial material() const override;
-    void placeLights(toolkit::ScreenAxes const& screen, double unit) const override;
+    void placeLights(toolkit::View const& view, toolkit::EffectSubject const& scene) const override;
 
 private:
     OceanEffect const& effect;

@@ -8,12 +8,11 @@ namespace vellum::viewport {
 /// The drawer of materials that scatter light below their surface.
 class ScatteringDrawer : public EffectDrawer {
 public:
-    ScatteringDrawer(ReportingLayer& layer, ScatteringEffect const& effect);
+    ScatteringDrawer(toolkit::Layer& layer, ScatteringEffect const& effect);
 
     Base_shader& shader() override { return scattering; }
     EffectMaterial material() const override;
-    void placeLights(toolkit::ScreenAxes const& screen, double unit) const override;
-    void prepareMesh() override;
+    void placeLights(toolkit::View const& view, toolkit::EffectSubject const& scene) const override;
 
 private:
     ScatteringEffect const& effect;

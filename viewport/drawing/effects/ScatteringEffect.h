@@ -1,7 +1,7 @@
 #pragma once
 
 #include "foundation/geometry/Color4.h"
-#include "viewport/drawing/effects/EffectLights.h"
+#include "toolkit/EffectLights.h"
 
 namespace vellum::viewport {
 
@@ -12,7 +12,7 @@ struct ScatteringEffect {
     Color4<float> extinction{0.80F, 0.20F, 0.12F, 1};  ///< color of the light that comes through, 0 to 100
     double rim = 0.25;                                 ///< strength of the light along the rim, 0 to 100
     double shininess = 32;                             ///< exponent of the highlight, 0 to 128
-    EffectLights lights{1, {{-2, 2, 3}}, {{3, 1, -3}}};
+    toolkit::EffectLights lights{1, {{-2, 2, 3}}, {{3, 1, -3}}};
 };
 
 }  // namespace vellum::viewport

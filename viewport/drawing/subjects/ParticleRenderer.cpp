@@ -1,6 +1,6 @@
 #include "viewport/drawing/subjects/ParticleRenderer.h"
 
-#include "viewport/drawing/layer/geometry_stages.h"
+#include "toolkit/Layer.h"
 
 namespace vellum::viewport {
 
@@ -53,7 +53,7 @@ void ParticleRenderer::draw(float size) {
 }
 
 bool ParticleRenderer::isModeSupported(Core_RL& layer, ParticleMode mode) {
-    return mode == ParticleMode::POINTS || hasGeometryStages(layer);
+    return mode == ParticleMode::POINTS || toolkit::hasGeometryStages(layer);
 }
 
 }  // namespace vellum::viewport

@@ -83,7 +83,7 @@ TEST_F(EffectRenderer_gl_test, drawingLeavesTheStateAsItWas) {
                            Row{"ocean", smallOcean()}, Row{"glass", GlassEffect()},
                            Row{"scattering", scattering}, Row{"custom", custom}}) {
         SCOPED_TRACE(row.name);
-        auto const layer = std::make_unique<ReportingLayer>();
+        auto const layer = std::make_unique<toolkit::Layer>();
         EffectSpec const spec{row.values, std::nullopt};
         Result<EffectSubject> subject = EffectSubject::prepare(spec, meshes, scene, 1);
         ASSERT_TRUE(subject.isOk()) << subject.fault().line();
@@ -94,7 +94,7 @@ TEST_F(EffectRenderer_gl_test, drawingLeavesTheStateAsItWas) {
         layer->pushColor({0.1F, 0.2F, 0.3F, 1});
         for (int pass = 0; pass < 2; ++pass) {
             AttributeState const before;
-            effect.draw(toolkit::screenAxes(toolkit::ViewKind::PERSPECTIVE));
+            effect.draw();
             AttributeState const after;
             EXPECT_THAT(before.namesThatDiffer(after), Each(isOfArrays())) << before.differences(after);
         }
@@ -103,7 +103,7 @@ TEST_F(EffectRenderer_gl_test, drawingLeavesTheStateAsItWas) {
 }
 
 TEST_F(EffectRenderer_gl_test, theSeaHasASceneOfItsOwnAndLeavesTheStateAsItWas) {
-    auto const layer = std::make_unique<ReportingLayer>();
+    auto const layer = std::make_unique<toolkit::Layer>();
     EffectSpec const spec{smallOcean(), std::nullopt};
     Scene const scene({});
     Result<EffectSubject> subject = EffectSubject::prepare(spec, {}, scene, 1);
@@ -116,7 +116,7 @@ TEST_F(EffectRenderer_gl_test, theSeaHasASceneOfItsOwnAndLeavesTheStateAsItWas) 
     camera.updateModelMatrix();
     AttributeState const before;
     effect.ownScene()->drawSky(*layer);
-    effect.draw(toolkit::screenAxes(toolkit::ViewKind::PERSPECTIVE));
+    effect.draw();
     effect.ownScene()->drawHaze(*layer);
     AttributeState const after;
     EXPECT_THAT(before.namesThatDiffer(after), Each(AnyOf(isOfArrays(), isOfTheLayer())))
