@@ -2,6 +2,7 @@
 
 #include "foundation/raster/Core_RL.h"
 #include "glsl_shader/Base_shader.h"
+#include "glsl_shader/SSScattering_shader.h"
 #include "toolkit/internal/gl.h"
 
 #include <algorithm>
@@ -38,8 +39,10 @@ EffectScope::EffectScope(Mesh_RL_Shader& effect)
     }
     if (auto* const shader = dynamic_cast<Base_shader*>(&effect)) {
         shader->markDirty();
-        // SSScattering_shader sends its values to a program that is in use, and does not take it into use itself.
-        shader->enable(true);
+    }
+    if (auto* const scattering = dynamic_cast<SSScattering_shader*>(&effect)) {
+        // It sends its values to a program that is in use, and does not take it into use itself, dirty or not.
+        scattering->enable(true);
     }
     effect.init();
     effect.preprocess();

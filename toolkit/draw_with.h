@@ -21,8 +21,8 @@ namespace vellum::toolkit {
 /// GL: the layer's checkShaderSupport(); glGetIntegerv(GL_CURRENT_PROGRAM), (GL_ACTIVE_TEXTURE) and
 /// (GL_MAX_COMBINED_TEXTURE_IMAGE_UNITS); per unit from the last to the first glActiveTexture and
 /// glGetIntegerv(GL_TEXTURE_BINDING_2D); glGetTexEnviv, glIsEnabled per light, glGetFloatv(GL_CURRENT_COLOR);
-/// glUseProgram(0) if there is a program; the effect's create() if it is not created, the calls of
-/// Base_shader::enable(true), init() and preprocess(). At its end postprocess(), cleanup(); per unit glActiveTexture
+/// glUseProgram(0) if there is a program; the effect's create() if it is not created, Base_shader::enable(true) of a
+/// SSScattering_shader, init() and preprocess(). At its end postprocess(), cleanup(); per unit glActiveTexture
 /// and glBindTexture, glTexEnvi, glActiveTexture, glUseProgram, glDisable per light that was off, glColor4fv.
 /// State: none.
 class VL_TOOLKIT_EXPORT EffectScope {
