@@ -594,6 +594,39 @@ TEST_F(Mesh_RL_GL_buffers_calls_test, framesLeaveNoBufferBehind) {
 
 // == Arrays that a mesh lacks, and arrays with a fault ==
 
+TEST_F(Mesh_RL_GL_buffers_calls_test, droppingDeletesAllBuffersAndNextDrawingFillsThemAgain) {
+    addPerVertex("map");
+    useBuffers();
+    update("map", true);
+    std::vector<float> const positions = contents(POSITIONS);
+    std::vector<unsigned int> const edges = indices(5);
+    {
+        gl_spy::Recording const recording;
+        renderer->dropBufferObjects();
+        EXPECT_THAT(recording.texts(),
+                    ElementsAre(deleted(1), deleted(2), deleted(3), deleted(4), deleted(5)));
+    }
+    EXPECT_EQ(driver.liveObjects(), 0U);
+
+    // No array is modified: the missing buffers alone are the reason.
+    update("map", true);
+    EXPECT_EQ(driver.liveObjects(), 5U);
+    EXPECT_EQ(contents(6), positions);
+    EXPECT_EQ(contents(9), PER_POSITION_SOUP);
+    EXPECT_EQ(indices(10), edges);
+    EXPECT_FALSE(edges.empty());
+    EXPECT_THAT(update("map", true), IsEmpty()) << "filled once";
+}
+
+TEST_F(Mesh_RL_GL_buffers_calls_test, droppedBuffersNeedNoContextAnyMore) {
+    update(nullptr, true);
+    renderer->dropBufferObjects();
+    gl_spy::Recording const recording;
+    renderer->dropBufferObjects();
+    renderer.reset();
+    EXPECT_THAT(recording.texts(), IsEmpty());
+}
+
 TEST_F(Mesh_RL_GL_buffers_calls_test, normalsThatMeshLacksAreZeroInBothPaths) {
     Mesh plain;
     mesh_shapes::grid(1).fill(plain);

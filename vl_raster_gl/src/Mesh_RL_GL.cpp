@@ -340,16 +340,21 @@ Mesh_RL_GL::~Mesh_RL_GL() {
     if (positionBuffer != 0 || indexBuffer != 0) {
         misuse::requireContext("Mesh_RL_GL::~Mesh_RL_GL");
     }
-    for (GLuint* const name :
-         {&positionBuffer, &smoothNormalBuffer, &facetedNormalBuffer, &texCoordBuffer, &indexBuffer}) {
-        deleteBuffer(*name);
-    }
+    dropBufferObjects();
 }
 
 // == Buffers ==
 
 void Mesh_RL_GL::createBufferObjects(VL_String const* textureChannel, bool withEdges) {
     _updateBuffers(textureChannel, withEdges ? EDGES : 0);
+}
+
+void Mesh_RL_GL::dropBufferObjects() {
+    // A buffer without a name is filled whatever its arrays say, so nothing else has to be forgotten.
+    for (GLuint* const name :
+         {&positionBuffer, &smoothNormalBuffer, &facetedNormalBuffer, &texCoordBuffer, &indexBuffer}) {
+        deleteBuffer(*name);
+    }
 }
 
 // Updates the buffers for a drawing of the arrays in `reads`, and returns the number of corners that it may
