@@ -22,9 +22,12 @@ public:
     /// \param data the first element; may be null if the count is 0.
     constexpr Span(T const* data, std::size_t size) : first(data), count(size) {}
 
-    /// From anything that has data() and size().
-    template <class Container, class = std::enable_if_t<std::is_convertible_v<
-                                   decltype(std::declval<Container const&>().data()), T const*>>>
+    /// From anything that has data() and size(), if its elements are of type T: elements of a derived type lie farther
+    /// apart than a span of their base would look for them.
+    template <class Container,
+              class Element =
+                  std::remove_cv_t<std::remove_pointer_t<decltype(std::declval<Container const&>().data())>>,
+              class = std::enable_if_t<std::is_same_v<Element, T>>>
     constexpr Span(
         Container const& container)  // NOLINT(google-explicit-constructor): a view of the same elements
         : first(container.data()), count(static_cast<std::size_t>(container.size())) {}
