@@ -15,7 +15,8 @@ struct VL_TOOLKIT_EXPORT LightSource {
     Color4<float> diffuse;
     Color4<float> specular;
 
-    /// GL: glLightfv x 4, glLightf x 3.  State: the light's parameters; whether it shines is not changed.
+    /// GL: glLightfv x 4 (position, ambient, diffuse, specular), glLightf x 3 (no attenuation).
+    /// State: the light's parameters; whether it shines is not changed.
     /// \param index 0 for GL_LIGHT0, 1 for GL_LIGHT1.
     void set(unsigned int index) const;
 };
