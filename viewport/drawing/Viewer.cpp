@@ -1,6 +1,6 @@
 #include "viewport/drawing/Viewer.h"
 
-#include "viewport/drawing/layer/Lights.h"
+#include "toolkit/Lights.h"
 #include "viewport/drawing/layer/depth_modes.h"
 
 #include <algorithm>
@@ -145,7 +145,7 @@ void Viewer::_placeLights() const {
     glLoadIdentity();
     // The orthographic cameras leave their orientation to the projection, so light is computed in the world's frame
     // there, with the viewer at +z whatever the view: highlights would be in wrong places and are left out.
-    setHeadLights(toolkit::screenAxes(camera.view()), camera.isPerspective() ? 1.0F : 0.0F);
+    toolkit::setHeadLights(toolkit::screenAxes(camera.view()), camera.isPerspective() ? 1.0F : 0.0F);
 }
 
 void Viewer::_drawOcean(OceanScene const& ocean) {

@@ -1,7 +1,7 @@
 #include "viewport/drawing/overlays/CornerAxes.h"
 
-#include "viewport/drawing/layer/Lights.h"
-#include "viewport/drawing/layer/Lit.h"
+#include "toolkit/Lights.h"
+#include "toolkit/Lit.h"
 #include "viewport/drawing/overlays/GizmoDrawing.h"
 
 #include <cmath>
@@ -35,7 +35,7 @@ void CornerAxes::draw(toolkit::ScreenAxes const& screen, Region const& region, P
     glOrtho(0, size.width, 0, size.height, -size.width, size.width);
     cropProjection(region, size);
     glLoadIdentity();
-    setHeadLights(toolkit::screenAxes(toolkit::ViewKind::FRONT), 0);
+    toolkit::setHeadLights(toolkit::screenAxes(toolkit::ViewKind::FRONT), 0);
 
     double const length = LENGTH * size.scale();
     Point const corner{INSET * size.scale(), INSET * size.scale(), 0};
@@ -45,7 +45,7 @@ void CornerAxes::draw(toolkit::ScreenAxes const& screen, Region const& region, P
     layer.pushLineWidth(sampling.lineWidth(2.0));
     layer.pushTransform(frameOf(tips[0] * length, tips[1] * length, tips[2] * length, corner));
     {
-        Lit const lit(layer, Lit::Finish::BRIGHT);
+        toolkit::Lit const lit(toolkit::Lit::Finish::BRIGHT);
         layer.renderAxesArrow3(0, 0, 0, axisColors(), 0.30F);
     }
     layer.popTransform();

@@ -1,6 +1,6 @@
 #include "viewport/drawing/overlays/GizmoDrawing.h"
 
-#include "viewport/drawing/layer/Lit.h"
+#include "toolkit/Lit.h"
 #include "viewport/scene/GroundGrid.h"
 
 namespace vellum::viewport {
@@ -60,12 +60,12 @@ void GizmoDrawing::_draw(ViewCamera const& camera, PictureSize const& size, Samp
     layer.pushLineWidth(sampling.lineWidth(2.6));
     switch (gizmo) {
     case Gizmo::MOVE: {
-        Lit const lit(layer, Lit::Finish::BRIGHT);
+        toolkit::Lit const lit(toolkit::Lit::Finish::BRIGHT);
         layer.renderAxesArrow3(X_NAME, Y_NAME, Z_NAME, axisColors(), 0.26F);
         break;
     }
     case Gizmo::SCALE: {
-        Lit const lit(layer, Lit::Finish::BRIGHT);
+        toolkit::Lit const lit(toolkit::Lit::Finish::BRIGHT);
         Tuple4<Color4<float>> const colors{axisColor(0), axisColor(1), axisColor(2), CENTER};
         layer.renderAxesBox3(X_NAME, Y_NAME, Z_NAME, CENTER_NAME, colors, 0.075F);
         break;

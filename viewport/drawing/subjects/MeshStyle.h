@@ -1,9 +1,10 @@
 #pragma once
 
+#include "toolkit/MeshStyle.h"
+
 namespace vellum::viewport {
 
-/// How the surface of a model is drawn.
-enum class Shading { BOX, WIREFRAME, FACETED, SMOOTH };
+using toolkit::Shading;
 
 /// Which normals are drawn as lines over a model.
 enum class Normals { NONE, VERTEX, FACE };

@@ -1,7 +1,9 @@
 #include "viewport/drawing/subjects/ModelRenderer.h"
 
 #include "foundation/basic/ArrayServer.h"
-#include "viewport/drawing/layer/Lit.h"
+#include "toolkit/Lit.h"
+#include "toolkit/draw_mesh.h"
+#include "toolkit/mesh_arrays.h"
 #include "viewport/drawing/layer/depth_modes.h"
 
 #include <algorithm>
@@ -11,6 +13,8 @@
 namespace vellum::viewport {
 
 namespace {
+
+using toolkit::Lit;
 
 constexpr Color4<float> HIDDEN_LINES{0.62F, 0.70F, 0.82F, 0.16F};
 constexpr Color4<float> FRONT_LINES{0.80F, 0.87F, 0.97F, 0.90F};
@@ -32,6 +36,8 @@ constexpr double PREVIEW_UNIT = static_cast<double>(NORMAL_LENGTH);
 // Where a mesh keeps all normals of its vertices for being drawn: a vertex on a hard edge has several.
 constexpr char NORMAL_POINTS[] = "points of all normals";
 constexpr char NORMAL_VECTORS[] = "vectors of all normals";
+
+constexpr char COLORS[] = "colors";
 
 template <class T>
 T const* elementsOf(ArrayId const& id) {
@@ -76,6 +82,17 @@ void addAllNormals(Mesh& mesh) {
     mesh.addNamedArray(MeshArrayInf_ns::PER_VERTEX, NORMAL_VECTORS, vectors);
 }
 
+/// The surface of a part whose vertices have colors.
+std::unique_ptr<Mesh> toColoredMesh(ModelPart const& part) {
+    auto mesh = std::make_unique<Mesh>();
+    mesh->setPositions(part.vertices);
+    mesh->setTriangles(part.triangles);
+    mesh->workFaceNormals();
+    toolkit::setVertexNormals(*mesh, part.normals);
+    toolkit::setColors(*mesh, COLORS, part.colors);
+    return mesh;
+}
+
 /// The import in the frame of the preview.
 std::unique_ptr<MeshImporter> toPreview(MeshImporter const& import) {
     auto preview = std::make_unique<MeshImporter>(import);
@@ -87,10 +104,6 @@ std::unique_ptr<MeshImporter> toPreview(MeshImporter const& import) {
 
 Matrix4<double> scaling(double s) {
     return {{s, 0, 0, 0, 0, s, 0, 0, 0, 0, s, 0, 0, 0, 0, 1}};
-}
-
-Color4<float> meanColor(Color4<float> const& a, Color4<float> const& b, Color4<float> const& c) {
-    return {(a.r + b.r + c.r) / 3, (a.g + b.g + c.g) / 3, (a.b + b.b + c.b) / 3, 1};
 }
 
 Color4<float> brightened(Color4<float> const& color) {
@@ -146,6 +159,16 @@ ModelRenderer::ModelRenderer(Core_RL& layer, Model const& model, MeshStyle const
         part.source = &source;
         part.renderer = std::make_unique<Mesh_RL_GL>(source.mesh.get(), false);
         part.renderer->useBufferObjects = hasBuffers && !style.immediate;
+        part.surface.shading = style.shading;
+        part.surface.color = source.color;
+        part.surface.outlinesBack = style.wireframeBack;
+        if (source.texture != nullptr) {
+            part.surface.textureChannel = ModelPart::CHANNEL;
+        } else if (source.colors.size() > 0) {
+            part.colored = toColoredMesh(source);
+            part.coloredRenderer = std::make_unique<Mesh_RL_GL>(part.colored.get(), false);
+            part.surface.colors = COLORS;
+        }
         if (style.importPreview && source.import != nullptr) {
             part.import = toPreview(*source.import);
         }
@@ -201,31 +224,19 @@ void ModelRenderer::_drawShape() {
 }
 
 void ModelRenderer::_drawSurface(Part& part, Sampling const& sampling) {
-    ModelPart const& source = *part.source;
-    bool const isColored = source.texture == nullptr && source.colors.size() > 0;
-    bool const isPlain = source.texture == nullptr && !isColored;
+    bool const isPlain = part.source->texture == nullptr && part.colored == nullptr;
     if (style.edgesBlend || (style.edges && isPlain && style.shading == Shading::SMOOTH)) {
         _drawSurfaceWithEdges(part, sampling);
-        return;
+    } else {
+        _drawPlainSurface(part, sampling);
+        _drawEdges(part, sampling);
     }
-    {
-        SurfacesBehind const behind;
-        Lit const lit(layer, style.shading == Shading::FACETED ? Lit::Finish::DULL : Lit::Finish::GLOSSY);
-        layer.pushLineWidth(sampling.lineWidth(1.0));
-        if (isColored) {
-            _drawColoredSurface(source);
-        } else {
-            _drawPlainSurface(part);
-        }
-        layer.popLineWidth();
-    }
-    _drawEdges(part, sampling);
 }
 
 void ModelRenderer::_drawSurfaceWithEdges(Part& part, Sampling const& sampling) {
     ModelPart const& source = *part.source;
     SurfacesBehind const behind;
-    Lit const lit(layer, style.edges ? Lit::Finish::BRIGHT : Lit::Finish::DULL);
+    Lit const lit(style.edges ? Lit::Finish::BRIGHT : Lit::Finish::DULL);
     layer.pushLineWidth(sampling.lineWidth(1.6));
     layer.pushColor(source.color);
     if (style.edgesBlend) {
@@ -240,47 +251,15 @@ void ModelRenderer::_drawSurfaceWithEdges(Part& part, Sampling const& sampling) 
     layer.popLineWidth();
 }
 
-void ModelRenderer::_drawPlainSurface(Part& part) {
-    ModelPart const& source = *part.source;
-    MeshShading shading;
-    shading.mode =
-        style.shading == Shading::FACETED ? MeshShadingMode_ns::FACETED : MeshShadingMode_ns::SMOOTH;
-    if (style.wireframeBack) {
-        shading.flags |= MeshShadingFlags_ns::WIREFRAME_BACK_FACES;
+void ModelRenderer::_drawPlainSurface(Part& part, Sampling const& sampling) {
+    part.surface.lineWidth = sampling.lineWidth(1.0);
+    if (part.source->texture != nullptr) {
+        part.surface.texture = textures.nameOf(*part.source->texture);
     }
-    if (source.texture != nullptr) {
-        shading.flags |= MeshShadingFlags_ns::TEXTURE;
-        shading.textureChannel = ModelPart::CHANNEL;
-        layer.activateTextureColor(textures.nameOf(*source.texture));
-    }
-    layer.pushColor(source.color);
-    part.renderer->render(shading);
-    layer.popColor(1);
-    if (source.texture != nullptr) {
-        layer.disableTextureColor();
-    }
-}
-
-// Meshes have no colors per vertex, so the layer draws surfaces that have them.
-void ModelRenderer::_drawColoredSurface(ModelPart const& part) {
-    layer.pushFillingBack(style.wireframeBack ? FILLING_LINES : FILLING_SOLID);
-    layer.pushFillingFront(FILLING_SOLID);
-    if (style.shading == Shading::SMOOTH) {
-        layer.render(part.vertices, part.triangles, part.normals, part.colors);
-    } else {
-        layer.pushColor(layer.currentColor());
-        layer.begin(Primitive::TRIANGLES);
-        for (Tuple3<unsigned int> const& t : part.triangles) {
-            layer.setColor(meanColor(part.colors[t.e0], part.colors[t.e1], part.colors[t.e2]));
-            layer.renderTriangleOptimized(convert<float>(part.vertices[t.e0]),
-                                          convert<float>(part.vertices[t.e1]),
-                                          convert<float>(part.vertices[t.e2]));
-        }
-        layer.end();
-        layer.popColor(1);
-    }
-    layer.popFillingFront();
-    layer.popFillingBack();
+    // Behind, even where edges are not drawn: other lines over the surface follow.
+    SurfacesBehind const behind;
+    Lit const lit(style.shading == Shading::FACETED ? Lit::Finish::DULL : Lit::Finish::GLOSSY);
+    drawMesh(part.colored != nullptr ? *part.coloredRenderer : *part.renderer, part.surface);
 }
 
 void ModelRenderer::_drawWireframe(Sampling const& sampling) {
@@ -292,35 +271,29 @@ void ModelRenderer::_drawWireframe(Sampling const& sampling) {
     }
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
 
-    layer.pushBlending(BLENDING_ALPHA);
-    layer.pushLineWidth(sampling.lineWidth(1.0));
+    toolkit::MeshStyle lines;
+    lines.shading = Shading::WIREFRAME;
+    lines.lineWidth = sampling.lineWidth(1.0);
     struct Step {
         DepthtTestMode depth;
         Color4<float> color;
     };
-    MeshShading wireframe;
-    wireframe.mode = MeshShadingMode_ns::WIREFRAME;
     for (Step step : {Step{DEPTH_IGNORED, HIDDEN_LINES}, Step{DEPTH_TESTED_ONLY, FRONT_LINES}}) {
+        lines.color = step.color;
         layer.pushDepthTest(step.depth);
-        layer.pushColor(step.color);
         for (Part const& part : parts) {
-            part.renderer->render(wireframe);
+            drawMesh(*part.renderer, lines);
         }
-        layer.popColor(1);
         layer.popDepthTest();
     }
-    layer.popLineWidth();
-    layer.popBlending();
 }
 
 void ModelRenderer::_drawBox(Sampling const& sampling) {
-    MeshShading shading;
-    shading.mode = MeshShadingMode_ns::BOX;
-    layer.pushLineWidth(sampling.lineWidth(1.8));
-    layer.pushColor(BOX_EDGES);
-    wholeRenderer->render(shading);
-    layer.popColor(1);
-    layer.popLineWidth();
+    toolkit::MeshStyle box;
+    box.shading = Shading::BOX;
+    box.color = BOX_EDGES;
+    box.lineWidth = sampling.lineWidth(1.8);
+    drawMesh(*wholeRenderer, box);
 }
 
 void ModelRenderer::_drawEdges(Part& part, Sampling const& sampling) {
@@ -332,7 +305,7 @@ void ModelRenderer::_drawEdges(Part& part, Sampling const& sampling) {
     if (style.edges) {
         part.renderer->renderEdges();
     } else {
-        Lit const lit(layer, Lit::Finish::BRIGHT);
+        Lit const lit(Lit::Finish::BRIGHT);
         part.renderer->renderWithEdgesBlending(EDGE_LINES, false);
     }
     layer.popColor(1);
@@ -391,7 +364,7 @@ void ModelRenderer::_drawPreview(Part& part, Sampling const& sampling) {
     layer.pushTransform(scaling(PREVIEW_UNIT));
     layer.pushColor(layer.currentColor());
     {
-        Lit const lit(layer, Lit::Finish::GLOSSY);
+        Lit const lit(Lit::Finish::GLOSSY);
         preview.render();
     }
     layer.pushLineWidth(sampling.lineWidth(1.0));

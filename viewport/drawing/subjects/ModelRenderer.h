@@ -3,6 +3,7 @@
 #include "MeshImporter_RL_GL.h"
 #include "Mesh_RL_GL.h"
 #include "foundation/raster/Core_RL.h"
+#include "toolkit/MeshStyle.h"
 #include "viewport/drawing/subjects/MeshStyle.h"
 #include "viewport/drawing/view/PictureSize.h"
 #include "viewport/scene/Scene.h"
@@ -49,12 +50,17 @@ private:
         ModelPart const* source = nullptr;
         std::unique_ptr<Mesh_RL_GL> renderer;
         std::unique_ptr<MeshImporter> import;  // only for the preview
+
+        // Only where vertices have colors. Those of the file have them, so their surface is a mesh of its own.
+        std::unique_ptr<Mesh> colored;
+        std::unique_ptr<Mesh_RL_GL> coloredRenderer;
+
+        toolkit::MeshStyle surface;
     };
 
     void _drawShape();
     void _drawSurface(Part& part, Sampling const& sampling);
-    void _drawPlainSurface(Part& part);
-    void _drawColoredSurface(ModelPart const& part);
+    void _drawPlainSurface(Part& part, Sampling const& sampling);
     void _drawSurfaceWithEdges(Part& part, Sampling const& sampling);
     void _drawWireframe(Sampling const& sampling);
     void _drawBox(Sampling const& sampling);

@@ -232,21 +232,4 @@ viewport::Picture drawSheet(OffscreenContext& context, SheetLayer& layer, Subjec
     return averaged(context.readPixels(), subject.width, subject.height);
 }
 
-// == Lit ==
-
-Lit::Lit(Core_RL& layer) : layer(layer) {
-    layer.enable(ClientCapability::NORMALIZE);
-    layer.enableColorMaterial();
-    layer.enableLight_0();
-    layer.enableLight_1();
-    layer.enableLighting();
-}
-
-Lit::~Lit() {
-    layer.disableLighting();
-    layer.disableLight_1();
-    layer.disableLight_0();
-    layer.disableColorMaterial();
-}
-
 }  // namespace vellum::gallery

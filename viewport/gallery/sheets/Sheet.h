@@ -63,16 +63,4 @@ void fitToDrawings(Subject& subject, int width, int height);
 /// subject.
 viewport::Picture drawSheet(OffscreenContext& context, SheetLayer& layer, Subject const& subject);
 
-/// Switches two headlights on for its lifetime.
-class Lit {
-public:
-    explicit Lit(Core_RL& layer);
-    ~Lit();
-    Lit(Lit const&) = delete;
-    Lit& operator=(Lit const&) = delete;
-
-private:
-    Core_RL& layer;
-};
-
 }  // namespace vellum::gallery

@@ -1,4 +1,5 @@
 #include "foundation/foundation.h"
+#include "toolkit/Lit.h"
 #include "viewport/gallery/sheets/palette.h"
 #include "viewport/gallery/sheets/placement.h"
 #include "viewport/gallery/sheets/subjects.h"
@@ -11,7 +12,7 @@ namespace {
 
 /// Three upright arrows of growing length.
 void drawThree(Core_RL& layer, Color4<float> const& color, float headSize, bool tailBox) {
-    Lit const lit(layer);
+    toolkit::Lit const lit = toolkit::Lit::asSet();
     layer.pushColor(color);
     layer.pushLineWidth(3.0F);
     for (int i = 0; i < 3; ++i) {
@@ -40,7 +41,7 @@ void drawTailBoxes(Core_RL& layer, View) {
 }
 
 void drawAllRound(Core_RL& layer, View) {
-    Lit const lit(layer);
+    toolkit::Lit const lit = toolkit::Lit::asSet();
     constexpr int COUNT = 90;
     layer.pushLineWidth(2.0F);
     for (int i = 0; i < COUNT; ++i) {
@@ -56,7 +57,7 @@ void drawAllRound(Core_RL& layer, View) {
 }
 
 void drawSeenFromBelow(Core_RL& layer, View) {
-    Lit const lit(layer);
+    toolkit::Lit const lit = toolkit::Lit::asSet();
     layer.pushColor(VIOLET);
     layer.pushLineWidth(3.0F);
     layer.renderArrow3({0.0F, -0.3F, 0.0F}, {0.0F, 1.1F, 0.0F}, 0.45F, false);

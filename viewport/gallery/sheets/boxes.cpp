@@ -1,4 +1,5 @@
 #include "foundation/foundation.h"
+#include "toolkit/Lit.h"
 #include "viewport/gallery/sheets/palette.h"
 #include "viewport/gallery/sheets/placement.h"
 #include "viewport/gallery/sheets/subjects.h"
@@ -27,7 +28,7 @@ Obb3<float> leaningBox() {
 }
 
 void drawFilled(Core_RL& layer, View) {
-    Lit const lit(layer);
+    toolkit::Lit const lit = toolkit::Lit::asSet();
     layer.pushColor(BLUE);
     layer.render(BRICK, false);
     layer.popColor(1);
@@ -66,7 +67,7 @@ void drawColoredWire(Core_RL& layer, View) {
 }
 
 void drawOriented(Core_RL& layer, View) {
-    Lit const lit(layer);
+    toolkit::Lit const lit = toolkit::Lit::asSet();
     layer.pushColor(ORANGE);
     layer.render(leaningBox(), false);
     layer.popColor(1);
@@ -117,13 +118,13 @@ void drawFlatSquares(Core_RL& layer, View) {
 }
 
 void drawNamed(Core_RL& layer, View) {
-    Lit const lit(layer);
+    toolkit::Lit const lit = toolkit::Lit::asSet();
     constexpr unsigned int NAME = 7;
     layer.renderBox3(NAME, VIOLET, 0.85F);
 }
 
 void drawCubes(Core_RL& layer, View) {
-    Lit const lit(layer);
+    toolkit::Lit const lit = toolkit::Lit::asSet();
     for (int i = 0; i < 27; ++i) {
         Vector3<float> const place{static_cast<float>(i % 3 - 1), static_cast<float>(i / 3 % 3 - 1),
                                    static_cast<float>(i / 9 - 1)};
@@ -134,7 +135,7 @@ void drawCubes(Core_RL& layer, View) {
 }
 
 void drawLandscape(Core_RL& layer, View) {
-    Lit const lit(layer);
+    toolkit::Lit const lit = toolkit::Lit::asSet();
     constexpr int COUNT = 40;
     for (int i = 0; i < COUNT; ++i) {
         for (int j = 0; j < COUNT; ++j) {

@@ -1,4 +1,5 @@
 #include "foundation/foundation.h"
+#include "toolkit/Lit.h"
 #include "viewport/gallery/sheets/palette.h"
 #include "viewport/gallery/sheets/placement.h"
 #include "viewport/gallery/sheets/subjects.h"
@@ -52,14 +53,14 @@ struct Torus {
 };
 
 void drawSphere(Core_RL& layer, View) {
-    Lit const lit(layer);
+    toolkit::Lit const lit = toolkit::Lit::asSet();
     layer.pushColor(RED);
     layer.renderSphere({0.0F, 0.0F, 0.0F}, 1.0F);
     layer.popColor(1);
 }
 
 void drawTetrahedron(Core_RL& layer, View) {
-    Lit const lit(layer);
+    toolkit::Lit const lit = toolkit::Lit::asSet();
     layer.pushColor(YELLOW);
     layer.renderTetrahedron(Vector3<float>{0.0F, -0.2F, 0.0F}, 1.15F);
     layer.popColor(1);
@@ -132,7 +133,7 @@ void drawPlainList(Core_RL& layer, View) {
 }
 
 void drawFlatList(Core_RL& layer, View) {
-    Lit const lit(layer);
+    toolkit::Lit const lit = toolkit::Lit::asSet();
     Torus const torus(24, 12);
     layer.pushColor(VIOLET);
     layer.render(torus.singleVertices(), torus.triangles);
@@ -140,7 +141,7 @@ void drawFlatList(Core_RL& layer, View) {
 }
 
 void drawSmoothList(Core_RL& layer, View) {
-    Lit const lit(layer);
+    toolkit::Lit const lit = toolkit::Lit::asSet();
     Torus const torus(48, 24);
     layer.pushColor(ORANGE);
     layer.render(torus.vertices, torus.triangles, torus.normals, Array<Color4<float>>());
@@ -148,7 +149,7 @@ void drawSmoothList(Core_RL& layer, View) {
 }
 
 void drawColoredList(Core_RL& layer, View) {
-    Lit const lit(layer);
+    toolkit::Lit const lit = toolkit::Lit::asSet();
     Torus const torus(72, 36);
     layer.render(torus.singleVertices(), torus.triangles, torus.normals, torus.colors);
 }
@@ -156,7 +157,7 @@ void drawColoredList(Core_RL& layer, View) {
 void drawNormals(Core_RL& layer, View) {
     Torus const torus(24, 12);
     {
-        Lit const lit(layer);
+        toolkit::Lit const lit = toolkit::Lit::asSet();
         layer.pushColor(GRAY);
         layer.render(torus.singleVertices(), torus.triangles);
         layer.popColor(1);

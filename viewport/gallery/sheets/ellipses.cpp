@@ -1,4 +1,5 @@
 #include "foundation/foundation.h"
+#include "toolkit/Lit.h"
 #include "viewport/gallery/sheets/palette.h"
 #include "viewport/gallery/sheets/placement.h"
 #include "viewport/gallery/sheets/subjects.h"
@@ -86,13 +87,13 @@ void drawOrbits(Core_RL& layer, View) {
         layer.renderEllipse3({0.0F, 0.0F, 0.0F}, u, v);
         layer.popColor(1);
 
-        Lit const lit(layer);
+        toolkit::Lit const lit = toolkit::Lit::asSet();
         float const angle = 2.3F * static_cast<float>(i);
         layer.pushColor(scaleColor(static_cast<float>(i) / 5.0F));
         layer.renderSphere(u * std::sin(angle) + v * std::cos(angle), 0.05F + 0.008F * static_cast<float>(i));
         layer.popColor(1);
     }
-    Lit const lit(layer);
+    toolkit::Lit const lit = toolkit::Lit::asSet();
     layer.pushColor(YELLOW);
     layer.renderSphere({0.0F, 0.0F, 0.0F}, 0.13F);
     layer.popColor(1);

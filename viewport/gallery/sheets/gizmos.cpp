@@ -1,4 +1,5 @@
 #include "foundation/foundation.h"
+#include "toolkit/Lit.h"
 #include "viewport/gallery/sheets/palette.h"
 #include "viewport/gallery/sheets/placement.h"
 #include "viewport/gallery/sheets/subjects.h"
@@ -13,7 +14,7 @@ constexpr Tuple3<Color4<float>> PLANES{Color4<float>{0.35F, 0.58F, 0.97F, 0.55F}
 
 /// The edited object, small and gray in the middle of its gizmo.
 void drawEdited(Core_RL& layer) {
-    Lit const lit(layer);
+    toolkit::Lit const lit = toolkit::Lit::asSet();
     layer.pushColor(GRAY);
     layer.render(Box3<float>{{-0.16F, -0.16F, -0.16F}, {0.16F, 0.16F, 0.16F}}, false);
     layer.popColor(1);
@@ -41,7 +42,7 @@ void drawMove(Core_RL& layer, View) {
     layer.pushLineWidth(3.0F);
     drawShafts(layer);
     {
-        Lit const lit(layer);
+        toolkit::Lit const lit = toolkit::Lit::asSet();
         layer.renderAxesArrow3(0, 1, 2, AXES, 0.25F);
     }
     layer.popLineWidth();
@@ -60,7 +61,7 @@ void drawScale(Core_RL& layer, View) {
     layer.pushLineWidth(3.0F);
     drawShafts(layer);
     {
-        Lit const lit(layer);
+        toolkit::Lit const lit = toolkit::Lit::asSet();
         layer.renderAxesBox3(0, 1, 2, 3, AXES_AND_CENTER, 0.09F);
     }
     layer.popLineWidth();

@@ -1,4 +1,5 @@
 #include "foundation/foundation.h"
+#include "toolkit/Lit.h"
 #include "viewport/gallery/sheets/palette.h"
 #include "viewport/gallery/sheets/placement.h"
 #include "viewport/gallery/sheets/subjects.h"
@@ -50,7 +51,7 @@ void drawTilted(Core_RL& layer, View) {
     layer.renderPlane3({normal, 0.1F}, 2.2F, 10);
     layer.popColor(1);
     // The center of the grid is the point of the plane nearest to the origin.
-    Lit const lit(layer);
+    toolkit::Lit const lit = toolkit::Lit::asSet();
     layer.pushColor(WHITE);
     layer.pushLineWidth(2.0F);
     layer.renderArrow3(normal * -0.1F, normal * 0.7F, 0.2F, false);

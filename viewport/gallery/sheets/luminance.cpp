@@ -1,4 +1,5 @@
 #include "foundation/foundation.h"
+#include "toolkit/Lit.h"
 #include "viewport/gallery/sheets/palette.h"
 #include "viewport/gallery/sheets/placement.h"
 #include "viewport/gallery/sheets/subjects.h"
@@ -33,7 +34,7 @@ void drawScene(Core_RL& layer) {
     layer.pushColor(FAINT);
     layer.renderPlane3({{0.0F, 1.0F, 0.0F}, 0.6F}, 4.0F, 20);
     layer.popColor(1);
-    Lit const lit(layer);
+    toolkit::Lit const lit = toolkit::Lit::asSet();
     layer.pushColor(ORANGE);
     layer.renderSphere({-0.85F, 0.0F, 0.0F}, 0.6F);
     layer.popColor(1);

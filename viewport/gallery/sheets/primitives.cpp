@@ -1,4 +1,5 @@
 #include "foundation/foundation.h"
+#include "toolkit/Lit.h"
 #include "viewport/gallery/sheets/palette.h"
 #include "viewport/gallery/sheets/placement.h"
 #include "viewport/gallery/sheets/subjects.h"
@@ -159,7 +160,7 @@ void forEachBallTriangle(Draw const& draw) {
 }
 
 void drawFacetedTriangles(Core_RL& layer, View) {
-    Lit const lit(layer);
+    toolkit::Lit const lit = toolkit::Lit::asSet();
     layer.pushColor(BLUE);
     // One block for all: the cheap way to draw many triangles.
     layer.begin(Primitive::TRIANGLES);
@@ -171,7 +172,7 @@ void drawFacetedTriangles(Core_RL& layer, View) {
 }
 
 void drawSmoothTriangles(Core_RL& layer, View) {
-    Lit const lit(layer);
+    toolkit::Lit const lit = toolkit::Lit::asSet();
     layer.pushColor(BLUE);
     forEachBallTriangle([&](Vector3<float> const& a, Vector3<float> const& b, Vector3<float> const& c) {
         layer.renderTriangle(a, b, c, a, b, c);
