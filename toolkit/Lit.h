@@ -39,7 +39,7 @@ public:
     explicit Lit(Finish finish);  ///< With the lights that are set.
 
     /// With the lights, the ambient light and the highlights that are set.
-    static Lit asSet() { return Lit(); }
+    static Lit asSet() { return {}; }
 
     ~Lit();
     Lit(Lit const&) = delete;

@@ -14,9 +14,9 @@ namespace vellum::toolkit {
 ///     style.edges = Edges::HARD;
 ///     drawMesh(renderer, style);
 ///
-/// Surfaces are lit if lighting is on; lines (boxes, wireframes, edges) never are, they have their own color. Lines over
-/// a surface do not fight with it: the surface is moved back in depth a little (polygon offset). The mesh needs adjacency
-/// and normals for its hard edges; see prepareMesh().
+/// Surfaces are lit if lighting is on, and so are outlines of their backs; other lines (boxes, wireframes, edges) have
+/// their own color. Lines over a surface do not fight with it: the surface is moved back in depth a little (polygon
+/// offset). The mesh needs adjacency and normals for its hard edges; see prepareMesh().
 ///
 /// Meshes have no colors in the renderer's buffers, so a surface with MeshStyle::colors is sent in immediate mode, in
 /// each frame anew; the colors are interpolated over the triangles.
