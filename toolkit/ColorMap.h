@@ -13,14 +13,16 @@ namespace vellum::toolkit {
 ///     look.colors = ColorMap::named("viridis");
 ///     look.colors = {{blue, red}, white};                  // two colors: what the library's ramp does itself
 struct VL_TOOLKIT_EXPORT ColorMap {
-    std::vector<Color4<float>> colors{{0, 0, 1, 1}, {1, 0, 0, 1}};  ///< at least one; opacity is ignored
-    Color4<float> above{1, 1, 1, 1};                                ///< of values above the range, and of NaN
+    std::vector<Color4<float>> colors{{0, 0, 1, 1},
+                                      {1, 0, 0, 1}};  ///< opacity is ignored; without any all is `above`
+    Color4<float> above{1, 1, 1, 1};                  ///< of values above the range, and of NaN
 
     /// The color of a place in the range.
     /// \param t 0 at the low end, 1 at the high one. Below 0 the first color; above 1 and for NaN `above`.
     Color4<float> at(double t) const;
 
     /// One of the usual maps: "viridis", "plasma", "magma", "turbo", "coolwarm", "gray". Another name gives "viridis".
+    /// Above the range they are white, "gray" is red.
     static ColorMap named(std::string const& name);
 
     static std::vector<std::string> names();  ///< Of all maps, in the order above.

@@ -1,1 +1,27 @@
 #pragma once
+
+#include "foundation/geometry/Matrix4.h"
+#include "foundation/geometry/Vector3.h"
+
+namespace vellum::viewport {
+
+/// The matrices with which the sphere effect draws balls that are round and cut each other where balls do.
+///
+/// The effect adds the same offset to both coordinates of clip space, so a ball is round in a square viewport only.
+/// And it moves each fragment by `size` along the third axis of the space that the projection matrix starts from,
+/// whatever the ball's width on the screen. Both are put right here, without changing where anything is: the view is
+/// cut into a projection and the rest at the place that gives the balls their depth.
+struct ImpostorView {
+    Matrix4<double> projection;
+    Matrix4<double> modelView;
+    double size;  ///< of a ball, for the effect; above 0
+
+    /// \param view from the scene to clip space, for the viewport of `width` times `height` pixels that has the
+    ///        same lower left corner as the square one, whose side is the longer of both
+    /// \param right, towardViewer the screen's axes in the scene, unit length
+    /// \param diameter of a ball, in units of the scene; above 0
+    static ImpostorView of(Matrix4<double> const& view, int width, int height, Vector3<double> const& right,
+                           Vector3<double> const& towardViewer, double diameter);
+};
+
+}  // namespace vellum::viewport
