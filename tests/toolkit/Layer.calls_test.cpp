@@ -1,111 +1,132 @@
 #include "toolkit/Layer.h"
 
-#include "Shader_gl.h"
 #include "tests/gl_spy/gl_spy.h"
+#include "tests/support/recorded_calls.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
-#include "toolkit/internal/gl.h"
+#include <limits>
+#include <optional>
+#include <string>
+#include <vector>
 
-namespace vellum::toolkit {
+using namespace vellum;
+using namespace vellum::toolkit;
+
 namespace {
 
-constexpr unsigned int CURRENT_AVAILABLE = 0x9049;  // GL_GPU_MEMORY_INFO_CURRENT_AVAILABLE_VIDMEM_NVX
-
-class Layer_calls_test : public testing::Test {
-protected:
-    gl_spy::Script driver = gl_spy::drivers::gl21();
-};
+constexpr unsigned int EXTENSIONS = 0x1F03;
+constexpr unsigned int VERSION = 0x1F02;
+constexpr unsigned int VERTEX_STAGE = 0x8B31;
+constexpr unsigned int FRAGMENT_STAGE = 0x8B30;
 
 }  // namespace
 
-// == Memory ==
+TEST(Layer, constructionMakesNoCallAndBecomesTheRenderLayer) {
+    gl_spy::Script const driver = gl_spy::drivers::gl21();
+    gl_spy::Recording const recording;
+    Layer const layer;
+    EXPECT_EQ(VL_Raster, &layer);
+    EXPECT_EQ(recording.texts(), Texts{});
+}
 
-TEST_F(Layer_calls_test, assumedMemoryIsAnswered) {
-    driver.string(GL_EXTENSIONS, "GL_NVX_gpu_memory_info").integer(CURRENT_AVAILABLE, {2048});
+TEST(Layer, assumedMemoryIsAnsweredInKilobytesWithoutAskingTheDriver) {
+    gl_spy::Script const driver = gl_spy::drivers::nvxMemory(4000, 3000);
     Layer layer;
-    for (unsigned int const megabytes : {512U, 0U, 1U << 20U}) {
-        layer.assumeFreeGpuMemory(megabytes);
-        EXPECT_EQ(layer.getFreeGpuMemory(), megabytes * 1024U);
-    }
-    // The answer is in kilobytes, and 32 bits hold no more.
-    layer.assumeFreeGpuMemory(0xFFFFFFFFU);
+    layer.assumeFreeGpuMemory(100);
+    gl_spy::Recording const recording;
+    EXPECT_EQ(layer.getFreeGpuMemory(), 102400U);
+    EXPECT_EQ(recording.texts(), Texts{});
+    layer.assumeFreeGpuMemory(0);
+    EXPECT_EQ(layer.getFreeGpuMemory(), 0U);
+}
+
+TEST(Layer, assumedMemoryThatExceedsTheAnswerIsTheLargestOne) {
+    gl_spy::Script const driver = gl_spy::drivers::gl21();
+    Layer layer;
+    layer.assumeFreeGpuMemory(std::numeric_limits<unsigned int>::max());
     EXPECT_EQ(layer.getFreeGpuMemory(), 0xFFFFFC00U);
+}
+
+TEST(Layer, driverIsAskedAgainWhenNothingIsAssumed) {
+    gl_spy::Script const driver = gl_spy::drivers::nvxMemory(4000, 3000);
+    Layer layer;
+    EXPECT_EQ(layer.getFreeGpuMemory(), 3000U);
+    layer.assumeFreeGpuMemory(7);
     layer.assumeFreeGpuMemory(std::nullopt);
-    EXPECT_EQ(layer.getFreeGpuMemory(), 2048U);
+    EXPECT_EQ(layer.getFreeGpuMemory(), 3000U);
 }
 
-TEST_F(Layer_calls_test, whereTheDriverIsSilentHalfOfTheMainMemoryIsAnswered) {
+TEST(Layer, silentDriverHasHalfOfTheAvailableMainMemory) {
+    gl_spy::Script const driver = gl_spy::drivers::gl21();
     Layer layer;
-    ASSERT_EQ(layer.Core_RL_GL::getFreeGpuMemory(), 0U);
-    // Others take and give back memory meanwhile.
-    EXPECT_GT(layer.getFreeGpuMemory(), 0U);
-    EXPECT_NEAR(layer.getFreeGpuMemory(), availableMainMemory() / 2.0, availableMainMemory() / 4.0);
+    unsigned int const available = availableMainMemory();
+    ASSERT_GT(available, 0U);
+    // Other programs take and return memory in the meantime.
+    EXPECT_NEAR(static_cast<double>(layer.getFreeGpuMemory()), available / 2.0, available * 0.1);
 }
 
-// == Compile logs ==
-
-TEST_F(Layer_calls_test, logsAreKeptUntilTheyAreTakenAndNotPrinted) {
+TEST(Layer, logsOfFailedStagesAreKeptAndNotPrinted) {
+    gl_spy::Script driver = gl_spy::drivers::gl21();
     Layer layer;
-    driver.shaderStatus(false, "0:1(1): error: nothing\n");
+    unsigned int const vertex = layer.createShader(static_cast<ShaderType::type>(VERTEX_STAGE));
+    unsigned int const fragment = layer.createShader(static_cast<ShaderType::type>(FRAGMENT_STAGE));
     testing::internal::CaptureStdout();
-    {
-        Shader_gl stage;
-        EXPECT_FALSE(stage.loadShaderSource(GL_FRAGMENT_SHADER, "nothing", false));
-    }
+    testing::internal::CaptureStderr();
+    driver.shaderStatus(false, "0:3(1): error: what");
+    layer.checkShaderCompilationErrors(vertex, "a name");
+    driver.shaderStatus(false, "second");
+    layer.checkShaderCompilationErrors(fragment, nullptr);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+
     std::vector<CompileLog> const logs = layer.takeCompileLogs();
-    ASSERT_EQ(logs.size(), 1U);
-    EXPECT_EQ(logs[0].stage, static_cast<unsigned int>(GL_FRAGMENT_SHADER));
-    EXPECT_EQ(logs[0].log, "0:1(1): error: nothing\n");
+    ASSERT_EQ(logs.size(), 2U);
+    EXPECT_EQ(logs[0].log, "0:3(1): error: what");
+    EXPECT_EQ(logs[0].stage, VERTEX_STAGE);
+    EXPECT_EQ(logs[1].log, "second");
+    EXPECT_EQ(logs[1].stage, FRAGMENT_STAGE);
     EXPECT_TRUE(layer.takeCompileLogs().empty());
 }
 
-TEST_F(Layer_calls_test, aStageThatCompilesLeavesNoLog) {
+TEST(Layer, failedStageWithoutLogIsKeptWithAnEmptyOne) {
+    gl_spy::Script driver = gl_spy::drivers::gl21();
     Layer layer;
-    Shader_gl stage;
-    EXPECT_TRUE(stage.loadShaderSource(GL_VERTEX_SHADER, "void main() {}", false));
-    EXPECT_TRUE(layer.takeCompileLogs().empty());
-}
-
-TEST_F(Layer_calls_test, anEmptyLogIsKeptWhateverItsLengthIsSaidToBe) {
+    unsigned int const vertex = layer.createShader(static_cast<ShaderType::type>(VERTEX_STAGE));
     for (int const length : {0, 1}) {
-        Layer layer;
         driver.shaderStatus(false, "").emptyLogLength(length);
-        Shader_gl stage;
-        EXPECT_FALSE(stage.loadShaderSource(GL_VERTEX_SHADER, "nothing", false));
+        layer.checkShaderCompilationErrors(vertex, "");
         std::vector<CompileLog> const logs = layer.takeCompileLogs();
         ASSERT_EQ(logs.size(), 1U);
         EXPECT_EQ(logs[0].log, "");
     }
 }
 
-TEST_F(Layer_calls_test, returnedLogsComeBeforeThoseKeptSince) {
+TEST(Layer, compiledStageLeavesNoLog) {
+    gl_spy::Script driver = gl_spy::drivers::gl21();
+    driver.shaderStatus(true, "0:3(1): warning: what");
     Layer layer;
-    driver.shaderStatus(false, "new");
-    Shader_gl stage;
-    stage.loadShaderSource(GL_VERTEX_SHADER, "nothing", false);
-    layer.returnCompileLogs({{GL_FRAGMENT_SHADER, "old"}});
-    std::vector<CompileLog> const logs = layer.takeCompileLogs();
-    ASSERT_EQ(logs.size(), 2U);
-    EXPECT_EQ(logs[0].log, "old");
-    EXPECT_EQ(logs[1].log, "new");
+    unsigned int const vertex = layer.createShader(static_cast<ShaderType::type>(VERTEX_STAGE));
+    gl_spy::Recording const recording;
+    layer.checkShaderCompilationErrors(vertex, "a name");
+    EXPECT_TRUE(layer.takeCompileLogs().empty());
+    EXPECT_EQ(recording.count("glGetShaderInfoLog"), 0U);
 }
 
-// == Geometry stages ==
-
-TEST_F(Layer_calls_test, geometryStagesNeedShadersAndAnExtensionOrAVersion) {
+TEST(Layer, geometryStagesNeedShadersAndTheirExtensionOrVersion) {
     struct Row {
         char const* version;
         char const* extensions;
         bool expected;
     };
-    for (Row const& row : {Row{"2.1.0", "", false}, Row{"2.1.0", "GL_EXT_geometry_shader4", true},
-                           Row{"3.2.0", "", true}, Row{"1.5.0", "GL_EXT_geometry_shader4", false}}) {
-        driver.string(GL_VERSION, row.version).string(GL_EXTENSIONS, row.extensions);
+    for (Row const& row : {Row{"1.5.0", "GL_EXT_geometry_shader4", false},
+                           {"2.1.0", "", false},
+                           {"2.1.0", "GL_EXT_geometry_shader4", true},
+                           {"3.1.0", "", false},
+                           {"3.2.0", "", true}}) {
+        gl_spy::Script driver = gl_spy::drivers::gl21();
+        driver.string(VERSION, row.version).string(EXTENSIONS, row.extensions);
         Layer layer;
         EXPECT_EQ(hasGeometryStages(layer), row.expected) << row.version << " " << row.extensions;
     }
 }
-
-}  // namespace vellum::toolkit
