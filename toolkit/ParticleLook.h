@@ -20,17 +20,18 @@ struct ParticleLook {
     ParticleMode mode = ParticleMode::POINTS;
 
     /// The id of the channel that colors show (ParticleSystem_v2::channelId()), of type VECTOR or SCALAR; for arrows
-    /// also what they point along, so of type VECTOR. Others, and NONE: all have the first color, and there are no
-    /// arrows but points.
+    /// also what they point along, so of type VECTOR: with a SCALAR one there are points in place of arrows. Others, and
+    /// NONE: all have the first color, and there are no arrows but points.
     unsigned int channel = ParticleChannel_v2::NONE;
     ParticleQuantity quantity = ParticleQuantity::LENGTH;
     double low = 0;  ///< the value of the first color
     double high =
-        1;  ///< the value of the last color; with `high <= low` values up to low have the first color
+        1;  ///< the value of the last color; if not above `low`, values up to `low` have the first color and
+            ///< all others `above`
     ColorMap colors;
 
     /// Points: pixels. Spheres: the diameter, in units of the particles' positions. Arrows: the length of the arrow for
-    /// a vector of length 1, in these units. Above 0.
+    /// a vector of length 1, in these units. Above 0, else nothing is drawn.
     float size = 2;
     float percent = 100;  ///< of the particles that are drawn, evenly chosen, 0 to 100
 

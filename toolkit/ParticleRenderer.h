@@ -46,7 +46,7 @@ public:
     /// Says that positions, values or the number of the particles have changed since the last drawing. GL: none.
     void markChanged();
 
-    /// Deletes buffers and effects; the next drawing makes them again.
+    /// Deletes buffers, effects and copies; the next drawing makes them again.
     /// GL: glDeleteBuffers, glDeleteProgram, glDeleteShader for what there is.
     void release();
 
@@ -61,20 +61,30 @@ private:
 /// Draws the particles of a system. Their positions are those of channel 0, named "position".
 ///
 /// Colors are the same whatever path draws: the value of a particle, looked up in the map. A vector's length with a map
-/// of two colors goes to the library as it is; everything else (scalars, single components, maps of more colors) is
-/// first turned into what all paths color alike, which costs a copy of the particles whenever they or the look change.
-/// Particles with a position or a value that is not a number: the former are left out, the latter have the color `above`.
+/// of two colors and `low` not above 0 goes to the library as it is; everything else (scalars, single components, maps of
+/// more colors) is first turned into what all paths color alike, which costs a copy of the drawn particles, 28 bytes for
+/// each, whenever they or what the look shows of them change. Changes of size, and of as many other colors, copy nothing.
+/// A map of more than 257 colors is drawn with 257 of them, arrows that are colored by a component with 256.
+///
+/// Particles with a position that is not finite are left out. A value that is not a number has the color `above`, with two
+/// exceptions: arrows along a vector that is not finite are left out, and where the library draws the system as it is, a
+/// vector with a component that is not a number is black or, as an arrow, left out.
 ///
 /// Spheres are round, and as deep as they are wide, in any projection and viewport, also off the middle. Where the driver
 /// has no geometry stages, spheres become points as wide as a sphere in the middle of the particles is on the screen, and
-/// arrows points of two pixels; the result says so.
+/// arrows points of two pixels; so do arrows without vectors. The result says so.
 ///
-/// Drawing unchanged particles in the same look allocates no memory.
+/// The particles are read again after markChanged(), and when their number or the system is another one. Drawing
+/// unchanged particles in the same look allocates no memory.
+///
+/// Nothing is drawn without a render layer, without positions, with a percentage of less than one particle, with a size
+/// that is not above 0, and if memory does not suffice for the copy.
 ///
 /// \param view what GL's matrices and viewport are now, as CameraController::load() or View::current() gave it.
-/// GL: those of Particles_RL_GL_v2::render(); around spheres glViewport and, twice, glMatrixMode and glLoadMatrixd.
-/// State: the point size. Everything else that it changes is restored.
-/// A render layer must exist.
+/// GL: glGetFloatv(GL_CURRENT_COLOR); the calls of Particles_RL_GL_v2::render(), for more colors and for arrows once for
+/// each of the map's parts that has particles; glColor4fv. Around those of spheres glGetIntegerv(GL_MATRIX_MODE) and, twice,
+/// View::load(); glMatrixMode. Around those of arrows glGetFloatv(GL_LINE_WIDTH) and glLineWidth.
+/// State: the point size; no program and no buffer is bound. Everything else that it changes is restored.
 VL_TOOLKIT_EXPORT ParticleDrawing drawParticles(ParticleRenderer& renderer, ParticleSystem_v2 const& system,
                                                 ParticleLook const& look, View const& view);
 

@@ -1,4 +1,4 @@
-#include "viewport/drawing/subjects/ImpostorView.h"
+#include "toolkit/internal/ImpostorView.h"
 
 #include <gtest/gtest.h>
 
@@ -6,14 +6,11 @@
 #include <cmath>
 
 using namespace vellum;
-using namespace vellum::viewport;
+using namespace vellum::toolkit;
 
 namespace {
 
 using Vector4 = std::array<double, 4>;
-
-constexpr Vector3<double> right{1, 0, 0};
-constexpr Vector3<double> towardViewer{0, 0, 1};
 
 Vector4 transform(Matrix4<double> const& m, Vector4 const& v) {
     Vector4 result{};
@@ -40,6 +37,10 @@ Matrix4<double> orthographic() {
     return {{0.02, 0, 0, 0, 0, 0.03, 0, 0, 0, 0, -0.001, 0, 0.1, -0.2, 0, 1}};
 }
 
+View viewOf(Matrix4<double> const& projection, int width = 640, int height = 480) {
+    return {projection, Matrix4<double>::identity(), {0, 0, width, height}};
+}
+
 /// What the effect does to the depth of the fragment in the middle of a ball.
 double liftedDepth(ImpostorView const& view, Vector4 const& center) {
     Vector4 const clip = transform(view.projection, transform(view.modelView, center));
@@ -56,7 +57,7 @@ double liftedDepth(ImpostorView const& view, Vector4 const& center) {
 TEST(ImpostorView, everythingStaysWhereItIs) {
     for (Matrix4<double> const& view : {perspective(), orthographic()}) {
         for (auto const& [width, height] : {std::pair{640, 480}, {300, 900}, {512, 512}}) {
-            ImpostorView const result = ImpostorView::of(view, width, height, right, towardViewer, 1.5);
+            ImpostorView const result = ImpostorView::of(viewOf(view, width, height), 1.5);
             double const side = std::max(width, height);
             for (Vector4 const& p : {Vector4{0, 0, 0, 1}, {3, -2, 5, 1}, {-4, 1, -20, 1}}) {
                 Vector4 const wanted = transform(view, p);
@@ -72,7 +73,7 @@ TEST(ImpostorView, everythingStaysWhereItIs) {
 
 TEST(ImpostorView, aBallIsAsWideAsItsDiameter) {
     for (Matrix4<double> const& view : {perspective(), orthographic()}) {
-        ImpostorView const result = ImpostorView::of(view, 640, 480, right, towardViewer, 1.5);
+        ImpostorView const result = ImpostorView::of(viewOf(view), 1.5);
         Vector4 const center{0.5, 0.25, -3, 1};
         Vector4 const middle = transform(result.projection, transform(result.modelView, center));
         Vector4 const rim =
@@ -84,7 +85,7 @@ TEST(ImpostorView, aBallIsAsWideAsItsDiameter) {
 TEST(ImpostorView, theMiddleOfABallIsHalfItsDiameterNearer) {
     for (Matrix4<double> const& view : {perspective(), orthographic()}) {
         for (double const& diameter : {0.01, 1.5, 4.0}) {
-            ImpostorView const result = ImpostorView::of(view, 640, 480, right, towardViewer, diameter);
+            ImpostorView const result = ImpostorView::of(viewOf(view), diameter);
             Vector4 const front = transform(view, {0.5, 0.25, -3 + diameter / 2, 1});
             EXPECT_NEAR(liftedDepth(result, {0.5, 0.25, -3, 1}), front[2] / front[3], 1e-12);
         }
@@ -94,8 +95,7 @@ TEST(ImpostorView, theMiddleOfABallIsHalfItsDiameterNearer) {
 TEST(ImpostorView, otherViewsHaveTheSameDepth) {
     // Seen from above: what the orthographic cameras do with the projection.
     Matrix4<double> const turned{{1, 0, 0, 0, 0, 0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1}};
-    ImpostorView const result =
-        ImpostorView::of(orthographic() * turned, 640, 480, {1, 0, 0}, {0, 1, 0}, 1.5);
+    ImpostorView const result = ImpostorView::of({orthographic(), turned, {0, 0, 640, 480}}, 1.5);
     Vector4 const front = transform(orthographic() * turned, {1, 2.75, 3, 1});
     EXPECT_NEAR(liftedDepth(result, {1, 2, 3, 1}), front[2] / front[3], 1e-12);
 }

@@ -1,8 +1,8 @@
-#include "viewport/drawing/subjects/ImpostorView.h"
+#include "toolkit/internal/ImpostorView.h"
 
 #include <algorithm>
 
-namespace vellum::viewport {
+namespace vellum::toolkit {
 
 namespace {
 
@@ -24,19 +24,18 @@ Matrix4<double> intoSquare(int width, int height) {
 
 }  // namespace
 
-ImpostorView ImpostorView::of(Matrix4<double> const& view, int width, int height,
-                              Vector3<double> const& right, Vector3<double> const& towardViewer,
-                              double diameter) {
-    Matrix4<double> const square = intoSquare(width, height) * view;
+ImpostorView ImpostorView::of(View const& view, double diameter) {
+    Matrix4<double> const square = intoSquare(view.viewport.width, view.viewport.height) * view.toClip();
+    ScreenAxes const screen = view.axes();
     ImpostorView result{};
     // A ball's width in clip space does not depend on its place: the division by w is still to come.
-    result.size = diameter * alongRow(square, 0, right);
+    result.size = diameter * alongRow(square, 0, screen.right);
 
     // The projection's third column is what a step of 1 along its third axis does to depth. A fragment is moved by
     // `size` at most, which has to be the step of half a diameter toward the viewer.
     double const stepPerSize = 0.5 * diameter / result.size;
-    double const depth = stepPerSize * alongRow(square, 2, towardViewer);
-    double const w = stepPerSize * alongRow(square, 3, towardViewer);
+    double const depth = stepPerSize * alongRow(square, 2, screen.towardViewer);
+    double const w = stepPerSize * alongRow(square, 3, screen.towardViewer);
     result.projection = Matrix4<double>::identity();
     result.projection.e[10] = depth;
     result.projection.e[11] = w;
@@ -48,4 +47,4 @@ ImpostorView ImpostorView::of(Matrix4<double> const& view, int width, int height
     return result;
 }
 
-}  // namespace vellum::viewport
+}  // namespace vellum::toolkit

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "foundation/geometry/Matrix4.h"
-#include "foundation/geometry/Vector3.h"
+#include "toolkit/View.h"
 
-namespace vellum::viewport {
+namespace vellum::toolkit {
 
 /// The matrices with which the sphere effect draws balls that are round and cut each other where balls do.
 ///
@@ -16,12 +16,10 @@ struct ImpostorView {
     Matrix4<double> modelView;
     double size;  ///< of a ball, for the effect; above 0
 
-    /// \param view from the scene to clip space, for the viewport of `width` times `height` pixels that has the
-    ///        same lower left corner as the square one, whose side is the longer of both
-    /// \param right, towardViewer the screen's axes in the scene, unit length
-    /// \param diameter of a ball, in units of the scene; above 0
-    static ImpostorView of(Matrix4<double> const& view, int width, int height, Vector3<double> const& right,
-                           Vector3<double> const& towardViewer, double diameter);
+    /// \param view for whose viewport the square one is meant: it has the same lower left corner, and its side is
+    ///        the longer of both
+    /// \param diameter of a ball, in units of the world; above 0
+    static ImpostorView of(View const& view, double diameter);
 };
 
-}  // namespace vellum::viewport
+}  // namespace vellum::toolkit

@@ -61,7 +61,7 @@ std::vector<Picker::Hit> Picker::_drawClouds(PictureSize const& size, double x, 
     for (std::size_t i = 0; i < clouds.size(); ++i) {
         glClear(GL_DEPTH_BUFFER_BIT);
         layer.pushDepthTest(DEPTH_TESTED);
-        clouds[i].draw(camera.screen(), Sampling());
+        clouds[i].draw(Sampling());
         layer.popDepthTest();
         GLfloat depths[SIDE * SIDE];
         glReadPixels(0, 0, SIDE, SIDE, GL_DEPTH_COMPONENT, GL_FLOAT, depths);

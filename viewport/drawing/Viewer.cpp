@@ -169,7 +169,7 @@ void Viewer::_drawClouds(Sampling const& sampling) {
         cloud.drawBox(sampling);
     }
     for (CloudDrawing& cloud : clouds) {
-        cloud.draw(camera.screen(), sampling);
+        cloud.draw(sampling);
     }
 }
 

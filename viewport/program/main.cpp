@@ -113,7 +113,8 @@ int show(Options const& options, std::string const& texts, Subject& subject, Off
             return fail(NO_OPENGL, lack->message);
         }
     }
-    if (!subject.scene.clouds().empty() && !ParticleRenderer::isModeSupported(*layer, subject.look.mode)) {
+    if (!subject.scene.clouds().empty() && subject.look.mode != ParticleMode::POINTS &&
+        !toolkit::hasGeometryStages(*layer)) {
         note({"", "OpenGL here has no geometry stages for spheres and arrows; drawn as points"});
         subject.look.mode = ParticleMode::POINTS;
     }

@@ -1,6 +1,7 @@
 #include "viewport/drawing/overlays/ColorBarDrawing.h"
 
 #include "viewport/drawing/layer/depth_modes.h"
+#include "viewport/drawing/subjects/toolkit_look.h"
 
 #include <utility>
 
@@ -18,7 +19,10 @@ ParticleStyle styleOfCells(ColorBar const& bar, RampColors const& colors) {
 }  // namespace
 
 ColorBarDrawing::ColorBarDrawing(Core_RL& layer, ColorBar bar, RampColors const& colors)
-    : layer(layer), layout(std::move(bar)), cells(layer, layout.cells(), styleOfCells(layout, colors)) {}
+    : layer(layer)
+    , layout(std::move(bar))
+    , cells(layout.cells())
+    , look(toolkitLook(styleOfCells(layout, colors))) {}
 
 void ColorBarDrawing::draw(Region const& region, PictureSize const& size, Sampling const& sampling) {
     glMatrixMode(GL_PROJECTION);
@@ -30,7 +34,8 @@ void ColorBarDrawing::draw(Region const& region, PictureSize const& size, Sampli
     // Multisampled points are round, and cells must be squares without gaps.
     glPushAttrib(GL_MULTISAMPLE_BIT);
     glDisable(GL_MULTISAMPLE);
-    cells.draw(static_cast<float>(layout.cellSize() * sampling.perSide));
+    look.size = static_cast<float>(layout.cellSize() * sampling.perSide);
+    drawParticles(renderer, *cells, look, toolkit::View::current());
     glPopAttrib();
     layer.popDepthTest();
 }

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "foundation/raster/Core_RL.h"
+#include "toolkit/ParticleRenderer.h"
 #include "viewport/drawing/overlays/ColorBar.h"
-#include "viewport/drawing/subjects/ParticleRenderer.h"
-#include "viewport/drawing/subjects/ParticleStyle.h"
 #include "viewport/drawing/view/PictureSize.h"
 #include "viewport/drawing/view/Region.h"
+
+#include <memory>
 
 namespace vellum::viewport {
 
@@ -27,7 +28,9 @@ public:
 private:
     Core_RL& layer;
     ColorBar layout;
-    ParticleRenderer cells;
+    std::shared_ptr<ParticleSystem_v2 const> cells;
+    toolkit::ParticleLook look;
+    toolkit::ParticleRenderer renderer;
 };
 
 }  // namespace vellum::viewport

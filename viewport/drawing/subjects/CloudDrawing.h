@@ -1,8 +1,7 @@
 #pragma once
 
 #include "foundation/raster/Core_RL.h"
-#include "toolkit/Framing.h"
-#include "viewport/drawing/subjects/ParticleRenderer.h"
+#include "toolkit/ParticleRenderer.h"
 #include "viewport/drawing/subjects/ParticleStyle.h"
 #include "viewport/drawing/view/PictureSize.h"
 #include "viewport/scene/Scene.h"
@@ -20,23 +19,23 @@ public:
                  double unitsPerFileUnit);
 
     /// Draws the particles.
-    /// \param screen the screen's axes in the scene
-    /// State: the point size.
-    void draw(toolkit::ScreenAxes const& screen, Sampling const& sampling);
+    /// State: that of toolkit::drawParticles().
+    void draw(Sampling const& sampling);
 
     /// Draws the lines of the particles' box, behind what is nearer. Writes no depth.
     /// State: none is left changed.
     void drawBox(Sampling const& sampling) const;
 
 private:
-    double _arrowSize() const;
-    double _sizeForEffect(double sphereSize, Sampling const& sampling) const;
+    double _size(Sampling const& sampling) const;
+    double _arrowLength() const;
 
     Core_RL& layer;
     ParticleCloud const& cloud;
     ParticleStyle style;
     double unitsPerFileUnit;
-    ParticleRenderer renderer;
+    toolkit::ParticleLook look;
+    toolkit::ParticleRenderer renderer;
 };
 
 }  // namespace vellum::viewport
