@@ -91,17 +91,22 @@ public:
     }
 
 private:
-    ParticlePath _path() const {
+    ParticlePath _path() {
         constexpr unsigned int WITH_EFFECT = 1;
+        constexpr unsigned int FILLED = 2;
         constexpr unsigned int BUFFER_OR_CHUNKS = 3;
-        switch (lastPath) {
-        case WITH_EFFECT:
+        if (lastPath == WITH_EFFECT) {
             return ParticlePath::BUFFER_AND_EFFECT;
-        case BUFFER_OR_CHUNKS:
-            return VL_Raster->checkShaderSupport() ? ParticlePath::CHUNKS_AND_EFFECT : ParticlePath::BUFFER;
-        default:
+        }
+        if (lastPath != BUFFER_OR_CHUNKS) {
             return ParticlePath::MEMORY;
         }
+        if (VL_Raster->checkShaderSupport()) {
+            return ParticlePath::CHUNKS_AND_EFFECT;
+        }
+        // Otherwise the library would fill a buffer with colors again in every frame.
+        lastPath = FILLED;
+        return ParticlePath::BUFFER;
     }
 };
 
@@ -157,7 +162,7 @@ public:
 
 private:
     bool hasLines;
-    float color[4];
+    float color[4] = {1, 1, 1, 1};
     float lineWidth = 1;
 };
 
