@@ -1,5 +1,6 @@
 #include "toolkit/Layer.h"
 
+#include "Shader_gl.h"
 #include "tests/gl_spy/gl_spy.h"
 #include "tests/support/recorded_calls.h"
 
@@ -129,4 +130,17 @@ TEST(Layer, geometryStagesNeedShadersAndTheirExtensionOrVersion) {
         Layer layer;
         EXPECT_EQ(hasGeometryStages(layer), row.expected) << row.version << " " << row.extensions;
     }
+}
+
+TEST(Layer, returnedLogsComeBeforeThoseKeptSince) {
+    gl_spy::Script driver = gl_spy::drivers::gl21();
+    driver.shaderStatus(false, "new");
+    Layer layer;
+    Shader_gl stage;
+    stage.loadShaderSource(VERTEX_STAGE, "nothing", false);
+    layer.returnCompileLogs({{FRAGMENT_STAGE, "old"}});
+    std::vector<CompileLog> const logs = layer.takeCompileLogs();
+    ASSERT_EQ(logs.size(), 2U);
+    EXPECT_EQ(logs[0].log, "old");
+    EXPECT_EQ(logs[1].log, "new");
 }

@@ -250,9 +250,10 @@ void ParticleRamps::copy(std::vector<std::unique_ptr<ParticleSystem_v2>>& copies
          chunk = chunk->next()) {
         Vector3<float> const* const positions = chunk->channelData(POSITIONS)->asVectors();
         Values const values(*chunk, shown, look->quantity);
+        Vector3<float> const* const along = areArrows ? values.vectors : nullptr;
         for (unsigned int slot = 0; slot < chunk->count(); ++slot) {
             bool const isDrawn = choice.takesNext() && isFinite(positions[slot]) &&
-                                 (!areArrows || isFinite(values.vectors[slot]));
+                                 (along == nullptr || isFinite(along[slot]));
             places.push_back(isDrawn ? _placeOf(values[slot]) : Place{0, NOT_DRAWN});
             counts[places.back().ramp] += isDrawn ? 1 : 0;
         }
@@ -273,10 +274,12 @@ void ParticleRamps::copy(std::vector<std::unique_ptr<ParticleSystem_v2>>& copies
          chunk = chunk->next()) {
         Vector3<float> const* const positions = chunk->channelData(POSITIONS)->asVectors();
         Values const values(*chunk, shown, look->quantity);
+        Vector3<float> const* const along = areArrows ? values.vectors : nullptr;
         for (unsigned int slot = 0; slot < chunk->count(); ++slot, ++place) {
             if (place->shown != NOT_DRAWN) {
-                writers[place->ramp].add(positions[slot], areArrows ? values.vectors[slot] * part
-                                                                    : Vector3<float>{place->shown, 0, 0});
+                writers[place->ramp].add(positions[slot], along != nullptr
+                                                              ? along[slot] * part
+                                                              : Vector3<float>{place->shown, 0, 0});
             }
         }
     }
