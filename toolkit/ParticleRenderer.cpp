@@ -246,11 +246,14 @@ ParticleDrawing ParticleRenderer::Parts::draw(ParticleSystem_v2 const& system, P
         path = _drawAll(system, look.percent, mode, round.sizeForEffect());
         break;
     }
-    case ParticleMode::ARROWS:
-        // The effect puts an arrow's tip at twice the vector.
+    case ParticleMode::ARROWS: {
+        // The effect turns the sides of the head in clip space: they are equal in a square viewport only.
+        RoundView const round(view, static_cast<double>(look.size));
+        // It puts an arrow's tip at twice the vector.
         path = _drawAll(system, look.percent, mode,
                         static_cast<float>(static_cast<double>(look.size) * unit / 2));
         break;
+    }
     case ParticleMode::POINTS:
         path = _drawAll(system, look.percent, mode, _pointSize(system, look, view));
         break;

@@ -70,7 +70,8 @@ private:
 /// exceptions: arrows along a vector that is not finite are left out, and where the library draws the system as it is, a
 /// vector with a component that is not a number is black or, as an arrow, left out.
 ///
-/// Spheres are round, and as deep as they are wide, in any projection and viewport, also off the middle. Where the driver
+/// Spheres are round, and as deep as they are wide, in any projection and viewport, also off the middle; the heads of arrows
+/// have equal sides. Where the driver
 /// has no geometry stages, spheres become points as wide as a sphere in the middle of the particles is on the screen, and
 /// arrows points of two pixels; so do arrows without vectors. The result says so.
 ///
@@ -81,9 +82,10 @@ private:
 /// that is not above 0, and if memory does not suffice for the copy.
 ///
 /// \param view what GL's matrices and viewport are now, as CameraController::load() or View::current() gave it.
-/// GL: glGetFloatv(GL_CURRENT_COLOR); the calls of Particles_RL_GL_v2::render(), for more colors and for arrows once for
-/// each of the map's parts that has particles; glColor4fv. Around those of spheres glGetIntegerv(GL_MATRIX_MODE) and, twice,
-/// View::load(); glMatrixMode. Around those of arrows glGetFloatv(GL_LINE_WIDTH) and glLineWidth.
+/// GL: glGetFloatv(GL_CURRENT_COLOR); the calls of Particles_RL_GL_v2::render(), for more colors and for copied arrows once
+/// for each of the map's parts that has particles; glColor4fv. Around those of spheres and arrows
+/// glGetIntegerv(GL_MATRIX_MODE) and, twice, View::load(); glMatrixMode. Around those of arrows also
+/// glGetFloatv(GL_LINE_WIDTH) and glLineWidth.
 /// State: the point size; no program and no buffer is bound. Everything else that it changes is restored.
 VL_TOOLKIT_EXPORT ParticleDrawing drawParticles(ParticleRenderer& renderer, ParticleSystem_v2 const& system,
                                                 ParticleLook const& look, View const& view);

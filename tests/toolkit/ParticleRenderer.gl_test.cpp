@@ -600,6 +600,31 @@ TEST_F(ParticleRenderer_gl_test, arrowsAreAsLongAsTheirVectorsTimesTheSize) {
     }
 }
 
+TEST_F(ParticleRenderer_gl_test, headsOfArrowsAreNotFlattenedInAWideViewport) {
+    glViewport(0, 64, 256, 128);
+    system.addParticles(1);
+    system.firstChunk()->channelData(0)->asVectors()[0] = {-0.5F, 0, 0};
+    system.firstChunk()->channelData(VELOCITY)->asVectors()[0] = {1, 0, 0};
+    look = {ParticleMode::ARROWS, VELOCITY, ParticleQuantity::LENGTH, 0, 4, {{red, red}, red}, 1};
+    draw();
+    savePicture("toolkit_arrow_wide");
+    Picture const picture = readPixels();
+    int top = height;
+    int bottom = 0;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            if (isLit(at(picture, x, y))) {
+                top = std::min(top, y);
+                bottom = std::max(bottom, y);
+            }
+        }
+    }
+    // The back corners are two thirds of half the arrow, which is 128 pixels long, turned by 0.8 to either side.
+    double const half = 64 * 2 / 3.0 * std::sin(0.8);
+    EXPECT_NEAR(128 - top, half, 2);
+    EXPECT_NEAR(bottom + 1 - 128, half, 2);
+}
+
 TEST_F(ParticleRenderer_gl_test, arrowsHaveTheColorsOfTheMapOnBothPaths) {
     constexpr unsigned int SIDE = 8;
     addSquare(SIDE, -4, 5);
