@@ -6,6 +6,7 @@
 #include "glsl_shader/ArrowRendering_shader.h"
 #include "glsl_shader/PointRendering_shader.h"
 #include "glsl_shader/SphereRendering_shader.h"
+#include "internal/misuse.h"
 #include "toolkit/Layer.h"
 #include "toolkit/internal/ImpostorView.h"
 #include "toolkit/internal/ParticleRamps.h"
@@ -377,6 +378,7 @@ void ParticleRenderer::release() {
 
 ParticleDrawing drawParticles(ParticleRenderer& renderer, ParticleSystem_v2 const& system,
                               ParticleLook const& look, View const& view) {
+    misuse::requireLayer("drawParticles");
     if (renderer.parts == nullptr) {
         renderer.parts = std::make_unique<ParticleRenderer::Parts>();
     }

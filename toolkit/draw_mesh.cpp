@@ -5,6 +5,7 @@
 #include "foundation/geometry/Mesh.h"
 #include "foundation/geometry/Vector2.h"
 #include "foundation/raster/Core_RL.h"
+#include "internal/misuse.h"
 #include "toolkit/internal/gl.h"
 
 #include <algorithm>
@@ -356,6 +357,8 @@ void draw(Drawing const& drawing) {
 }  // namespace
 
 void drawMesh(Mesh_RL_GL& renderer, MeshStyle const& style) {
+    misuse::requireLayer("drawMesh");
+    misuse::requireMesh("drawMesh", renderer.mesh);
     if (renderer.mesh == nullptr || VL_Raster == nullptr) {
         return;
     }

@@ -3,6 +3,7 @@
 #include "foundation/raster/Core_RL.h"
 #include "glsl_shader/Base_shader.h"
 #include "glsl_shader/SSScattering_shader.h"
+#include "internal/misuse.h"
 #include "toolkit/internal/gl.h"
 
 #include <algorithm>
@@ -18,6 +19,7 @@ constexpr int FEWEST_UNITS = 2;
 thread_local Mesh_RL_Shader const* current = nullptr;
 
 bool hasShaders() {
+    misuse::requireLayer("drawWith");
     return VL_Raster != nullptr && VL_Raster->checkShaderSupport();
 }
 

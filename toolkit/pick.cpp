@@ -1,6 +1,7 @@
 #include "toolkit/pick.h"
 
 #include "foundation/raster/Core_RL.h"
+#include "internal/misuse.h"
 #include "toolkit/View.h"
 #include "toolkit/internal/PickCamera.h"
 
@@ -136,6 +137,7 @@ std::vector<PickHit> merged(std::vector<PickHit> const& records) {
 }  // namespace
 
 std::vector<PickHit> pick(double x, double y, double reach, std::function<void()> const& draw) {
+    misuse::requireLayer("pick");
     if (VL_Raster == nullptr || !draw || !std::isfinite(x) || !std::isfinite(y) || !std::isfinite(reach) ||
         !(reach > 0)) {
         return {};

@@ -1,8 +1,7 @@
 // In a build that checks lifetimes, each misuse ends the process with a line that names it.
 #include "internal/misuse.h"
 #include "offscreen/OffscreenContext.h"
-#include "toolkit/RenderSession.h"
-#include "vl_raster_gl.h"
+#include "toolkit/toolkit.h"
 
 #include <gtest/gtest.h>
 
@@ -147,6 +146,38 @@ void contextBeforeSession() {
     setting.reset();
 }
 
+void toolkitMeshWithoutLayer() {
+    Setting setting;
+    Mesh_RL_GL renderer(setting.mesh.get(), false);
+    toolkit::drawMesh(renderer, {});
+}
+
+void toolkitMeshAfterMesh() {
+    Setting setting;
+    toolkit::RenderSession session;
+    Mesh_RL_GL& renderer = session.addMeshRenderer(*setting.mesh);
+    setting.mesh.reset();
+    toolkit::drawMesh(renderer, {});
+}
+
+void toolkitParticlesWithoutLayer() {
+    Setting const setting;
+    toolkit::ParticleRenderer renderer;
+    ParticleSystem_v2 const system;
+    toolkit::drawParticles(renderer, system, {}, toolkit::View::current());
+}
+
+void toolkitEffectWithoutLayer() {
+    Setting const setting;
+    Glass_shader glass;
+    toolkit::drawWith(glass, [] {});
+}
+
+void pickWithoutLayer() {
+    Setting const setting;
+    toolkit::pick(1, 1, 1, [] {});
+}
+
 constexpr char NO_LAYER[] = "there is no render layer";
 constexpr char LAYER_GONE[] = "the render layer is gone";
 constexpr char NO_CONTEXT[] = "no OpenGL context is current";
@@ -168,6 +199,11 @@ Misuse const MISUSES[] = {
     {"contextBeforeEffect", NO_CONTEXT, contextBeforeEffect},
     {"drawOnThreadWithoutContext", NO_CONTEXT, drawOnThreadWithoutContext},
     {"sessionWithoutContext", "RenderSession::RenderSession.*no OpenGL context", sessionWithoutContext},
+    {"toolkitMeshWithoutLayer", "drawMesh: there is no render layer", toolkitMeshWithoutLayer},
+    {"toolkitMeshAfterMesh", "drawMesh: the mesh of the renderer is gone", toolkitMeshAfterMesh},
+    {"toolkitParticlesWithoutLayer", "drawParticles: there is no render layer", toolkitParticlesWithoutLayer},
+    {"toolkitEffectWithoutLayer", "drawWith: there is no render layer", toolkitEffectWithoutLayer},
+    {"pickWithoutLayer", "pick: there is no render layer", pickWithoutLayer},
     {"contextBeforeSession", "RenderSession::~RenderSession.*no OpenGL context", contextBeforeSession},
 };
 

@@ -16,6 +16,8 @@ namespace misuse {
 
 #if defined(VL_CHECK_LIFETIMES)
 
+constexpr bool ARE_LIFETIMES_CHECKED = true;
+
 /// A render layer must exist.
 VL_RASTER_GL_EXPORT void requireLayer(char const* operation);
 
@@ -35,6 +37,8 @@ VL_RASTER_GL_EXPORT void requireEffect(char const* operation, Mesh_RL_Shader con
 VL_RASTER_GL_EXPORT void setContextProbe(bool (*isCurrent)());
 
 #else
+
+constexpr bool ARE_LIFETIMES_CHECKED = false;
 
 inline void requireLayer(char const* /*operation*/) {}
 inline void refuseDeadLayer(char const* /*operation*/) {}
