@@ -22,3 +22,8 @@ if(TARGET vl_viewport)
   set_target_properties(vl_viewport PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries}")
   install(TARGETS vl_viewport RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
+
+# Documents and examples, in the folders that they have here: their links lead to each other.
+set(documents ${CMAKE_INSTALL_DATADIR}/doc/vl_raster_gl)
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md LICENSE DESTINATION ${documents})
+install(DIRECTORY docs examples DESTINATION ${documents} PATTERN Doxyfile EXCLUDE)
