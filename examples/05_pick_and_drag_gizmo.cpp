@@ -35,8 +35,7 @@ int main() {
         if (isDragging) {
             position = axis.origin + axis.direction * (alongAxis(view, axis, x, y) - start);
         }
-        layer.pushTransform(
-            Matrix4<double>{{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, position.x, position.y, position.z, 1}});
+        layer.pushTransform(translation(position));
         if (!isPressed) {
             auto const hits = pick(x, y, 4, drawGizmo);
             handle = hits.empty() ? 0 : hits.front().name;

@@ -50,6 +50,12 @@ double smallestHalfHeight(Point const& middle) {
     return std::max(SMALLEST, SMALLEST_PART * largest(middle));
 }
 
+/// With the corners where they belong.
+Box3<double> ordered(Box3<double> const& box) {
+    return {{std::min(box.min.x, box.max.x), std::min(box.min.y, box.max.y), std::min(box.min.z, box.max.z)},
+            {std::max(box.min.x, box.max.x), std::max(box.min.y, box.max.y), std::max(box.min.z, box.max.z)}};
+}
+
 Point centerOf(Box3<double> const& box) {
     return box.min * 0.5 + box.max * 0.5;
 }
@@ -58,7 +64,7 @@ Point centerOf(Box3<double> const& box) {
 
 CameraController::CameraController(Camera_RL& camera) : camera(camera) {
     lookAlong(FIRST_DIRECTION);
-    fit(contents);
+    fit(fitted);
 }
 
 // == What is seen ==
@@ -67,16 +73,21 @@ void CameraController::fit(Box3<double> const& box) {
     if (!isUsable(box.min) || !isUsable(box.max)) {
         return;
     }
-    contents = {
-        {std::min(box.min.x, box.max.x), std::min(box.min.y, box.max.y), std::min(box.min.z, box.max.z)},
-        {std::max(box.min.x, box.max.x), std::max(box.min.y, box.max.y), std::max(box.min.z, box.max.z)}};
-    if (!(largest(contents.max - contents.min) > 0)) {
+    fitted = ordered(box);
+    if (!(largest(fitted.max - fitted.min) > 0)) {
         Point const half{0.5, 0.5, 0.5};
-        contents = {contents.min - half, contents.max + half};
+        fitted = {fitted.min - half, fitted.max + half};
     }
+    contents = fitted;
     isFitted = true;
-    middle = centerOf(contents);
+    middle = centerOf(fitted);
     halfHeight = _heightToFit();
+}
+
+void CameraController::setContents(Box3<double> const& box) {
+    if (isUsable(box.min) && isUsable(box.max)) {
+        contents = ordered(box);
+    }
 }
 
 void CameraController::setViewKind(ViewKind newKind) {
@@ -245,12 +256,12 @@ double CameraController::_tangent() const {
     return std::tan(fieldOfView * PI / 360);
 }
 
-/// The half height with which the contents, about the target, are seen whole.
+/// The half height with which the fitted box, about the target, are seen whole.
 double CameraController::_heightToFit() const {
     ScreenAxes const axes = _axes();
     double const aspect = viewport.aspect();
     double const tangent = _tangent();
-    Point const half = contents.max * 0.5 - contents.min * 0.5;
+    Point const half = fitted.max * 0.5 - fitted.min * 0.5;
     double height = 0;  // of the box across the screen
     double depth = 0;   // of the eye before the middle
     for (unsigned int i = 0; i < 8; ++i) {

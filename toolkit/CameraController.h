@@ -43,6 +43,10 @@ public:
     /// camera moves. A box without extent is taken as one of size 1; a box that is not finite is ignored.
     void fit(Box3<double> const& box);
 
+    /// What the clipping distances contain, in place of the box of fit(): where more is drawn than is fitted, such as the
+    /// gizmo of one object or the ground below it. A box that is not finite is ignored.
+    void setContents(Box3<double> const& box);
+
     void
     setViewKind(ViewKind kind);  ///< The target stays in the middle, equally large. Other values are ignored.
     ViewKind viewKind() const { return kind; }
@@ -108,9 +112,10 @@ private:
     double pitch = 0;         // radians, -pi/2 to pi/2; negative looks down
     double halfHeight = 1;    // of what is seen at the target, world units, above 0
     double fieldOfView = 32;  // degrees, vertical
-    Box3<double> contents{{-0.5, -0.5, -0.5}, {0.5, 0.5, 0.5}};
-    bool isFitted = true;           // nothing has moved since fit()
-    Viewport viewport{0, 0, 1, 1};  // of the last update
+    Box3<double> fitted{{-0.5, -0.5, -0.5}, {0.5, 0.5, 0.5}};
+    Box3<double> contents{{-0.5, -0.5, -0.5}, {0.5, 0.5, 0.5}};  // within the clipping distances
+    bool isFitted = true;                                        // nothing has moved since fit()
+    Viewport viewport{0, 0, 1, 1};                               // of the last update
 };
 
 }  // namespace vellum::toolkit

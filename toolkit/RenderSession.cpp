@@ -6,7 +6,11 @@
 
 namespace vellum::toolkit {
 
-RenderSession::RenderSession() : renderLayer(std::make_unique<Layer>()) {
+RenderSession::RenderSession() : RenderSession(nullptr) {}
+
+RenderSession::RenderSession(std::unique_ptr<Layer> layer)
+    : renderLayer(layer != nullptr ? std::move(layer) : std::make_unique<Layer>()) {
+    makeCurrent();
     misuse::requireContext("RenderSession::RenderSession");
     renderLayer->setCamera(&viewCamera);
     renderLayer->setDepthTest({DEPTH_LESS, true});

@@ -35,6 +35,9 @@ public:
     /// GL: the calls of Core_RL::setDepthTest().
     RenderSession();
 
+    /// With a layer of the application's own, a subclass of Layer; null: as above. GL: as above.
+    explicit RenderSession(std::unique_ptr<Layer> layer);
+
     /// Deletes what was added, the last first, then the queued textures and the layer. VL_Raster is null afterwards if
     /// it was the layer of this session.
     /// GL: the calls of the destructors, glDeleteTextures for each queued texture.

@@ -18,6 +18,15 @@ constexpr int FEWEST_UNITS = 2;
 /// The effect of the innermost scope; null outside of scopes.
 thread_local Mesh_RL_Shader const* current = nullptr;
 
+/// The program that an effect has, whoever uses it now; 0 for none.
+int programOf(Mesh_RL_Shader const& effect) {
+    struct Opened : Base_shader {
+        static Program_gl const& of(Base_shader const& shader) { return *(shader.*(&Opened::program)); }
+    };
+    auto const* const shader = dynamic_cast<Base_shader const*>(&effect);
+    return shader != nullptr ? static_cast<int>(Opened::of(*shader).getId()) : 0;
+}
+
 bool hasShaders() {
     misuse::requireLayer("drawWith");
     return VL_Raster != nullptr && VL_Raster->checkShaderSupport();
@@ -32,6 +41,9 @@ EffectScope::EffectScope(Mesh_RL_Shader& effect)
     }
     current = &effect;
     _save();
+    if (program == programOf(effect)) {
+        program = 0;  // left in use by a setter, not by the application
+    }
     if (program != 0) {
         // Where GL refuses the effect's program, it keeps the former one, which must not draw for the effect.
         glUseProgram(0);

@@ -10,8 +10,8 @@ namespace vellum::toolkit {
 /// and what the effect itself restores.
 ///
 /// drawWith() is the usual way to use it. Effect and render layer must outlive it.
-///  - Setters of SSScattering_shader and Custom_shader leave their program in use. The scope restores what was in use
-///    when it began, so also such a program; enable(false) of the effect takes it out of use.
+///  - Setters of SSScattering_shader and Custom_shader leave their program in use. If it is that of the scope's own
+///    effect, no program is in use afterwards.
 ///  - Scopes of different effects nest: inside the inner one its effect alone counts, afterwards the outer one goes on.
 ///    Inside a scope of the same effect a scope does nothing, as the effect is in use already.
 ///  - On a driver without shaders (before OpenGL 2.0), or without a render layer, the scope does nothing: what is drawn

@@ -165,6 +165,13 @@ bool setColors(Mesh& mesh, char const* name, Span<Color4<float>> colors) {
     return setNamed(mesh, MeshArrayInf_ns::PER_VERTEX, name, colors);
 }
 
+void markChanged(Mesh& mesh) {
+    for (ArrayId const& array : {mesh.positions(), mesh.triangles(), mesh.vertexNormals(),
+                                 mesh.normalTriangles(), mesh.faceNormals(), mesh.adjacency()}) {
+        mesh.markModified(array);
+    }
+}
+
 bool prepareMesh(Mesh& mesh, double hardEdges) {
     float crease = Mesh::NO_CREASE;
     if (hardEdges < NO_HARD_EDGES) {

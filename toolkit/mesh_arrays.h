@@ -76,6 +76,10 @@ VL_TOOLKIT_EXPORT bool setTextureCoordinates(Mesh& mesh, char const* name, Span<
 /// Colors by name, one for each position: those that MeshStyle::colors names.
 VL_TOOLKIT_EXPORT bool setColors(Mesh& mesh, char const* name, Span<Color4<float>> colors);
 
+/// Marks all arrays of a mesh as modified: after they were changed in place; and before a drawing by a second renderer of
+/// a mesh, because only the first one that draws sees what is marked.
+VL_TOOLKIT_EXPORT void markChanged(Mesh& mesh);
+
 /// A crease angle at which no edge is hard.
 constexpr double NO_HARD_EDGES = 180;
 

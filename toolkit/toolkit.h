@@ -33,6 +33,8 @@
 #include "toolkit/draw_mesh.h"
 #include "toolkit/draw_with.h"
 #include "toolkit/mesh_arrays.h"
+#include "toolkit/particle_arrays.h"
 #include "toolkit/pick.h"
+#include "toolkit/transforms.h"
 
 #include "vl_raster_gl.h"

@@ -234,6 +234,29 @@ TEST_F(CameraController_test, contentsBehindTheCameraLeaveTheTargetVisible) {
     expectValid();
 }
 
+TEST_F(CameraController_test, contentsThatAreLargerThanWhatIsFittedAreNotClipped) {
+    Box3<double> const ball{{-1, -1, -1}, {1, 1, 1}};
+    Box3<double> const ground{{-50, -2, -50}, {3, 2, 3}};
+    controls.fit(ball);
+    double const distance = controls.distance();
+    controls.setContents(ground);
+    View const view = update();
+    EXPECT_EQ(controls.distance(), distance) << "the fitted box alone decides about the distance";
+    for (Point const& corner : cornersOf(ground)) {
+        ScreenPoint const p = view.project(corner);
+        EXPECT_TRUE(p.isInFront);
+        EXPECT_GE(p.depth, 0);
+        EXPECT_LE(p.depth, 1);
+    }
+    float const farDistance = camera.farDistance;
+    controls.setContents({{0, 0, 0}, {1, std::nan(""), 1}});
+    update();
+    EXPECT_EQ(camera.farDistance, farDistance) << "a box that is not finite is ignored";
+    controls.fit(ball);
+    update();
+    EXPECT_LT(camera.farDistance, farDistance) << "fit() replaces the contents";
+}
+
 TEST_F(CameraController_test, cameraWithinTheContentsSeesWhatIsNear) {
     controls.fit({{-100, -100, -100}, {100, 100, 100}});
     update();

@@ -49,6 +49,24 @@ TEST_F(RenderSession_calls_test, itsLayerIsTheRenderLayerWithItsCamera) {
     EXPECT_EQ(session.layer().getCamera(), &session.camera());
 }
 
+TEST_F(RenderSession_calls_test, anApplicationCanBringItsOwnLayer) {
+    class Own : public Layer {
+    public:
+        explicit Own(bool& isGone) : isGone(isGone) {}
+        ~Own() override { isGone = true; }
+        bool& isGone;
+    };
+    bool isGone = false;
+    {
+        RenderSession session(std::make_unique<Own>(isGone));
+        EXPECT_NE(dynamic_cast<Own*>(&session.layer()), nullptr);
+        EXPECT_EQ(VL_Raster, &session.layer());
+        EXPECT_EQ(session.layer().getCamera(), &session.camera());
+    }
+    EXPECT_TRUE(isGone);
+    EXPECT_EQ(VL_Raster, nullptr);
+}
+
 TEST_F(RenderSession_calls_test, noRenderLayerIsLeftBehind) {
     { RenderSession const session; }
     EXPECT_EQ(VL_Raster, nullptr);

@@ -208,7 +208,7 @@ TEST_F(draw_with_gl_test, theStateIsAsItWas) {
     }
 }
 
-TEST_F(draw_with_gl_test, aProgramThatASetterLeftInUseStaysInUse) {
+TEST_F(draw_with_gl_test, aProgramThatASetterOfTheEffectLeftInUseIsTakenOut) {
     SSScattering_shader wax;
     wax.setRimScalar(0.7F);
     GLint before = 0;
@@ -217,11 +217,14 @@ TEST_F(draw_with_gl_test, aProgramThatASetterLeftInUseStaysInUse) {
     drawWith(wax, [this] { ball->draw(); });
     GLint after = 0;
     glGetIntegerv(GL_CURRENT_PROGRAM, &after);
-    EXPECT_EQ(after, before);
-    wax.enable(false);
-    drawWith(wax, [this] { ball->draw(); });
-    glGetIntegerv(GL_CURRENT_PROGRAM, &after);
     EXPECT_EQ(after, 0);
+    // That of another effect is the application's affair.
+    wax.enable(true);
+    Glass_shader glass;
+    drawWith(glass, [this] { ball->draw(); });
+    glGetIntegerv(GL_CURRENT_PROGRAM, &after);
+    EXPECT_EQ(after, before);
+    glUseProgram(0);
 }
 
 TEST_F(draw_with_gl_test, aNewSizeOfTheViewportReachesTheEffect) {

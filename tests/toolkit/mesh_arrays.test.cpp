@@ -121,6 +121,22 @@ TEST_F(mesh_arrays_test, arraysChangedInPlaceAreNotModifiedUntilTheyAreMarked) {
     EXPECT_TRUE(mesh_shapes::isModified(mesh.positions()));
 }
 
+TEST_F(mesh_arrays_test, allArraysAreMarkedAtOnce) {
+    fillSquare();
+    ASSERT_TRUE(prepareMesh(mesh));
+    std::vector<ArrayId> const arrays{mesh.positions(),       mesh.triangles(),   mesh.vertexNormals(),
+                                      mesh.normalTriangles(), mesh.faceNormals(), mesh.adjacency()};
+    for (ArrayId const& array : arrays) {
+        mesh_shapes::clearModified(array);
+    }
+    markChanged(mesh);
+    for (ArrayId const& array : arrays) {
+        EXPECT_TRUE(mesh_shapes::isModified(array));
+    }
+    Mesh empty;
+    markChanged(empty);
+}
+
 // == Triangles ==
 
 TEST_F(mesh_arrays_test, trianglesComeFromIndicesOfBothWidths) {

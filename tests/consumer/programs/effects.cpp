@@ -36,7 +36,6 @@ int main() {
     auto& wax = session.add<SSScattering_shader>();
     wax.setBaseColor(0.9F, 0.7F, 0.5F, 1);
     wax.setMaterialThickness(0.6F);
-    wax.enable(false);
     frame("effects_wax.png", wax);
     auto& bumps = session.add<Displacement_shader>();
     bumps.setDisplacementTexture(VL_String("bumps.png"));

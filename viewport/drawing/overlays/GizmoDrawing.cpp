@@ -1,6 +1,7 @@
 #include "viewport/drawing/overlays/GizmoDrawing.h"
 
 #include "toolkit/Lit.h"
+#include "toolkit/transforms.h"
 #include "viewport/scene/GroundGrid.h"
 
 namespace vellum::viewport {
@@ -31,10 +32,6 @@ char const* wordFor(Gizmo gizmo) {
     return "";
 }
 
-Matrix4<double> scaling(double s) {
-    return {{s, 0, 0, 0, 0, s, 0, 0, 0, 0, s, 0, 0, 0, 0, 1}};
-}
-
 }  // namespace
 
 Tuple3<Color4<float>> axisColors() {
@@ -56,7 +53,7 @@ std::string GizmoDrawing::handle(unsigned int name) const {
 
 void GizmoDrawing::_draw(ViewCamera const& camera, PictureSize const& size, Sampling const& sampling,
                          bool isPicking) const {
-    layer.pushTransform(scaling(LENGTH * size.scale() * camera.unitsPerPixel()));
+    layer.pushTransform(toolkit::scaling(LENGTH * size.scale() * camera.unitsPerPixel()));
     layer.pushLineWidth(sampling.lineWidth(2.6));
     switch (gizmo) {
     case Gizmo::MOVE: {

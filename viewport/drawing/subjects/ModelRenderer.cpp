@@ -4,6 +4,7 @@
 #include "toolkit/Lit.h"
 #include "toolkit/draw_mesh.h"
 #include "toolkit/mesh_arrays.h"
+#include "toolkit/transforms.h"
 #include "viewport/drawing/layer/depth_modes.h"
 
 #include <algorithm>
@@ -100,10 +101,6 @@ std::unique_ptr<MeshImporter> toPreview(MeshImporter const& import) {
         p = p * (1 / PREVIEW_UNIT);
     }
     return preview;
-}
-
-Matrix4<double> scaling(double s) {
-    return {{s, 0, 0, 0, 0, s, 0, 0, 0, 0, s, 0, 0, 0, 0, 1}};
 }
 
 Color4<float> brightened(Color4<float> const& color) {
@@ -361,7 +358,7 @@ void ModelRenderer::_drawPreview(Part& part, Sampling const& sampling) {
         return;
     }
     MeshImporter_RL_GL preview(part.import.get());
-    layer.pushTransform(scaling(PREVIEW_UNIT));
+    layer.pushTransform(toolkit::scaling(PREVIEW_UNIT));
     layer.pushColor(layer.currentColor());
     {
         Lit const lit(Lit::Finish::GLOSSY);
