@@ -158,7 +158,9 @@ Parameters customParameters() {
                                             std::string const& standard) {
         for (std::size_t i = 0; i < E::VARIABLES; ++i) {
             std::string const name = start + std::to_string(i);
-            parameters.push_back({name, field(list, i), standard, -1e9, 1e9, "uniform " + type + " " + name});
+            std::string declaration = "uniform ";
+            declaration.append(type).append(" ").append(name);
+            parameters.push_back({name, field(list, i), standard, -1e9, 1e9, declaration});
         }
     };
     addVariables(&E::floats, "float", "FloatVar", "0");
