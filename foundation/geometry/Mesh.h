@@ -70,7 +70,7 @@ public:
     static constexpr float NO_CREASE = constants::f::PI;
 
     Mesh();   ///< Empty, and without a fault.
-    ~Mesh();           ///< Gives its references back; arrays that somebody else holds live on.
+    ~Mesh();  ///< Gives its references back; arrays that somebody else holds live on.
 
     Mesh(Mesh const&) = delete;
     Mesh& operator=(Mesh const&) = delete;
