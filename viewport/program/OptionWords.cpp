@@ -198,6 +198,7 @@ void OptionWords::_addView(CLI::App& app, Options& options) {
             "picking name and what it belongs to, or 'nothing'",
             "X,Y");
     app.add_flag("--info", options.info, "Print what the files hold and what the OpenGL driver offers");
+    app.add_flag("--quiet", options.isQuiet, "Say nothing but faults");
 }
 
 void OptionWords::_addLimits(CLI::App& app) {

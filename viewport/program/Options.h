@@ -28,6 +28,7 @@ struct Options {
     std::optional<EffectSpec> effect;
     std::optional<Pixel> pick;  ///< inside the picture
     bool info = false;          ///< what the files hold and what the driver offers is printed
+    bool isQuiet = false;       ///< notes and progress are not shown; faults are
     ImportLimits limits;
 
     /// Megabytes of video memory assumed to be free; nothing: what the driver says, or else an estimate.

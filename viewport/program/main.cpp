@@ -13,6 +13,8 @@
 #include "viewport/program/CommandLine.h"
 #include "viewport/program/Description.h"
 #include "viewport/program/ProgressBar.h"
+#include "viewport/program/input_files.h"
+#include "viewport/program/standard_streams.h"
 #include "viewport/scene/ParticleLook.h"
 #include "viewport/scene/Scene.h"
 #include "viewport/text/single_line.h"
@@ -35,22 +37,25 @@ namespace vellum::viewport {
 
 namespace {
 
-enum ExitStatus { DONE = 0, FILE_FAULT = 1, NO_OPENGL = 3 };
+enum ExitStatus { DONE = 0, FILE_FAULT = 1, USAGE_FAULT = CommandLine::USAGE_ERROR, NO_OPENGL = 3 };
 
 int fail(ExitStatus status, std::string const& message) {
     std::cerr << "vl_viewport: " << message << std::endl;
     return status;
 }
 
-void note(Fault const& what) {
-    std::cerr << "vl_viewport: " << what.line() << std::endl;
+void note(Options const& options, Fault const& what) {
+    if (!options.isQuiet) {
+        std::cerr << "vl_viewport: " << what.line() << std::endl;
+    }
 }
 
 /// What the files hold.
 struct Content {
     std::vector<MeshData> meshes;
     std::vector<ParticleFrame> particles;
-    std::string texts;  // its description, for --info
+    std::vector<std::string> textures;  // files that the meshes name
+    std::string texts;                  // its description, for --info
 };
 
 std::optional<Fault> loadMesh(std::string const& file, Options const& options, Content& content) {
@@ -58,10 +63,12 @@ std::optional<Fault> loadMesh(std::string const& file, Options const& options, C
     if (!mesh.isOk()) {
         return mesh.fault();
     }
+    std::vector<std::string> const textures = textureFiles(file, mesh.value());
+    content.textures.insert(content.textures.end(), textures.begin(), textures.end());
     // An effect has colors of its own.
     if (options.texture.empty() && !options.hasEffect(content.meshes.size())) {
         for (Fault const& missing : loadTextures(file, mesh.value())) {
-            note(missing);
+            note(options, missing);
         }
     }
     content.texts += describeMesh(file, mesh.value());
@@ -71,7 +78,7 @@ std::optional<Fault> loadMesh(std::string const& file, Options const& options, C
 
 std::optional<Fault> loadParticles(std::string const& file, Options const& options, Content& content) {
     std::optional<ProgressBar> bar;
-    bar.emplace(std::cerr, isatty(STDERR_FILENO) != 0, file);
+    bar.emplace(std::cerr, isatty(STDERR_FILENO) != 0 && !options.isQuiet, file);
     Result<LoadedFrame> particles = ParticleFile(file).load(
         options.particles.frame, [&bar](std::uint64_t done, std::uint64_t all) { bar->show(done, all); });
     bar.reset();
@@ -80,7 +87,7 @@ std::optional<Fault> loadParticles(std::string const& file, Options const& optio
     }
     LoadedFrame& loaded = particles.value();
     if (!loaded.warning.empty()) {
-        note({file, loaded.warning});
+        note(options, {file, loaded.warning});
     }
     content.texts += describeParticles(loaded);
     content.particles.push_back(std::move(loaded.frame));
@@ -115,7 +122,7 @@ int show(Options const& options, std::string const& texts, Subject& subject, Off
     }
     if (!subject.scene.clouds().empty() && subject.look.mode != ParticleMode::POINTS &&
         !toolkit::hasGeometryStages(*layer)) {
-        note({"", "OpenGL here has no geometry stages for spheres and arrows; drawn as points"});
+        note(options, {"", "OpenGL here has no geometry stages for spheres and arrows; drawn as points"});
         subject.look.mode = ParticleMode::POINTS;
     }
     std::unique_ptr<EffectRenderer> effect;
@@ -124,11 +131,14 @@ int show(Options const& options, std::string const& texts, Subject& subject, Off
                                                   std::move(subject.effect));
         std::vector<Fault> const faults = effect->stageFaults();
         if (!faults.empty()) {
-            std::for_each(faults.begin(), std::prev(faults.end()), note);
+            // The driver's words belong to the fault.
+            std::for_each(faults.begin(), std::prev(faults.end()), [](Fault const& line) {
+                std::cerr << "vl_viewport: " << line.line() << std::endl;
+            });
             return fail(FILE_FAULT, faults.back().line());
         }
         for (Fault const& what : effect->notes()) {
-            note(what);
+            note(options, what);
         }
     }
     if (options.info) {
@@ -180,7 +190,7 @@ Result<Subject> prepare(Options const& options, Content& content) {
         return look.fault();
     }
     for (Fault const& loss : look.value().notes) {
-        note(loss);
+        note(options, loss);
     }
     Subject subject{Scene(content.meshes, texture, std::move(content.particles), look.value(),
                           options.mesh.importPreview ? Scene::Imports::KEPT : Scene::Imports::DROPPED),
@@ -198,11 +208,21 @@ Result<Subject> prepare(Options const& options, Content& content) {
     return subject;
 }
 
+int refuseToReplaceInput(Options const& options) {
+    return fail(USAGE_FAULT, singleLine("--out: " + options.out + " is one of the files that are read"));
+}
+
 int run(Options const& options) {
+    if (isOneOf(options.out, inputFiles(options))) {
+        return refuseToReplaceInput(options);
+    }
     // Before there is a context: an import copies the process.
     Content content;
     if (std::optional<Fault> const fault = load(options, content)) {
         return fail(FILE_FAULT, fault->line());
+    }
+    if (isOneOf(options.out, content.textures)) {
+        return refuseToReplaceInput(options);
     }
     Result<Subject> subject = prepare(options, content);
     if (!subject.isOk()) {
@@ -224,12 +244,16 @@ int run(Options const& options) {
 
 int main(int argumentCount, char** arguments) {
     using namespace vellum::viewport;
+    openStandardStreams();
     try {
         CommandLine const line = parseCommandLine(argumentCount, arguments);
         if (line.options) {
             return run(*line.options);
         }
         std::cout << line.output << std::flush;
+        if (!std::cout) {
+            return fail(FILE_FAULT, "standard output: cannot be written");
+        }
         if (!line.error.empty()) {
             std::cerr << line.error << std::endl;
         }

@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <set>
 
 #include <sys/stat.h>
@@ -434,6 +435,83 @@ TEST_F(program_gl_test, everythingButEffectsIsDrawnOnOldDrivers) {
         EXPECT_EQ(information.status, 0);
         EXPECT_THAT(information.output, HasSubstr(std::string("version:                        ") + version));
     }
+}
+
+// == Nothing is lost ==
+
+TEST_F(program_gl_test, aPictureNeverReplacesAnInput) {
+    std::string const mesh = folder.write("cube.off", mesh_texts::cubeOff);
+    Outcome const drawn = run({mesh, "--out", folder.file("map.png"), "--size", "64x64"});
+    ASSERT_EQ(drawn.status, 0) << drawn.error;
+    std::string const map = folder.file("map.png");
+    std::string const object =
+        folder.write("model.obj", "mtllib model.mtl\nusemtl one\nv 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\n"
+                                  "vt 1 0\nvt 0 1\nf 1/1 2/2 3/3\n");
+    folder.write("model.mtl", "newmtl one\nmap_Kd map.png\n");
+    std::string const link = folder.file("link.png");
+    std::filesystem::create_symlink(map, link);
+    std::string const hard = folder.file("hard.png");
+    std::filesystem::create_hard_link(mesh, hard);
+    std::string const mapBefore = folder.read("map.png");
+    struct Row {
+        std::vector<std::string> words;
+        std::string out;
+    };
+    for (Row const& row :
+         {Row{{mesh}, mesh}, Row{{mesh}, hard},
+          Row{{mesh},
+              folder.file("../" + std::filesystem::path(folder.file("")).parent_path().filename().string() +
+                          "/cube.off")},
+          Row{{mesh, "--texture", map}, link}, Row{{object}, map},
+          Row{{mesh, "--effect", "glass", "--environment", map}, map},
+          Row{{mesh, "--effect", "custom", "--shader-fragment", folder.write("a.frag", "void main() {}")},
+              folder.file("a.frag")}}) {
+        std::vector<std::string> words = row.words;
+        words.insert(words.end(), {"--out", row.out, "--size", "64x64"});
+        SCOPED_TRACE(testing::PrintToString(words));
+        Outcome const outcome = run(words);
+        EXPECT_EQ(outcome.status, 2) << outcome.error;
+        EXPECT_EQ(outcome.error, "vl_viewport: --out: " + row.out + " is one of the files that are read\n");
+    }
+    EXPECT_EQ(folder.read("cube.off"), mesh_texts::cubeOff);
+    EXPECT_EQ(folder.read("map.png"), mapBefore);
+}
+
+TEST_F(program_gl_test, closedStandardStreamsDoNoHarm) {
+    std::string const mesh = folder.write("cube.off", mesh_texts::cubeOff);
+    std::string const out = folder.file("out.png");
+    for (char const* const closed : {"<&-", ">&-", "2>&-", "<&- >&- 2>&-"}) {
+        unlink(out.c_str());
+        std::string command = VL_VIEWPORT_PROGRAM;
+        command.append(" " + mesh + " --info --size 64x48 --out " + out + " ").append(closed);
+        Outcome const outcome = runProgram("/bin/sh", {"-c", command}, {"ASAN_OPTIONS=detect_leaks=0"});
+        EXPECT_EQ(outcome.status, 0) << closed << outcome.error;
+        EXPECT_EQ(outcome.error, "") << closed;
+        EXPECT_TRUE(Picture::loadPng(out).isOk()) << closed;
+    }
+}
+
+TEST_F(program_gl_test, helpThatCannotBeWrittenIsAFault) {
+    for (char const* const option : {"--help", "--version"}) {
+        std::string const command = std::string(VL_VIEWPORT_PROGRAM) + " " + option + " > /dev/full";
+        Outcome const outcome = runProgram("/bin/sh", {"-c", command}, {"ASAN_OPTIONS=detect_leaks=0"});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.error, "vl_viewport: standard output: cannot be written\n");
+    }
+}
+
+TEST_F(program_gl_test, quietSilencesNotesAndNotFaults) {
+    std::string const object =
+        folder.write("model.obj", "mtllib model.mtl\nusemtl one\nv 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\n"
+                                  "vt 1 0\nvt 0 1\nf 1/1 2/2 3/3\n");
+    folder.write("model.mtl", "newmtl one\nmap_Kd missing.png\n");
+    std::vector<std::string> words{object, "--out", folder.file("out.png"), "--size", "64x48"};
+    EXPECT_THAT(run(words).error, HasSubstr("missing.png"));
+    words.emplace_back("--quiet");
+    Outcome const outcome = run(words);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.error, "");
+    expectFault(folder.write("broken.off", "OFF\n"), "", {"--quiet"});
 }
 
 // == Exit status 3 ==

@@ -1,6 +1,7 @@
 #include "viewport/files/images/Picture.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -27,6 +28,26 @@ fs::path resolved(std::string const& path) {
     fs::path const target = fs::is_symlink(path, error) ? fs::canonical(path, error) : fs::path(path);
     return error ? fs::path(path) : target;
 }
+
+/// Interrupts wait while it lives, so that none finds a file with its temporary name. Other threads of the program take no
+/// signals: those of the driver block them.
+class InterruptsWaiting {
+public:
+    InterruptsWaiting() {
+        sigset_t interrupts;
+        sigemptyset(&interrupts);
+        for (int const signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+            sigaddset(&interrupts, signal);
+        }
+        pthread_sigmask(SIG_BLOCK, &interrupts, &former);
+    }
+    ~InterruptsWaiting() { pthread_sigmask(SIG_SETMASK, &former, nullptr); }
+    InterruptsWaiting(InterruptsWaiting const&) = delete;
+    InterruptsWaiting& operator=(InterruptsWaiting const&) = delete;
+
+private:
+    sigset_t former{};
+};
 
 /// A file that has no lasting name yet: removed at the end of its scope unless renameTo() succeeded.
 class TemporaryFile {
@@ -98,7 +119,12 @@ std::optional<Fault> Picture::savePng(std::string const& path) const {
         return Fault{path, S_ISDIR(facts.st_mode) ? "cannot be written: is a folder"
                                                   : "cannot be written: is not a regular file"};
     }
+    // The folder decides whether a file can be replaced; its own permissions say whether it may be.
+    if (::faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0 && errno != ENOENT) {
+        return Fault{path, "cannot be written: " + systemReason()};
+    }
 
+    InterruptsWaiting const waiting;
     TemporaryFile file(target.has_parent_path() ? target.parent_path() : fs::path("."));
     if (!file.isOpen()) {
         return Fault{path, "cannot be written: " + systemReason()};

@@ -16,8 +16,8 @@ struct Picture {
 
     /// Writes the picture as a PNG file. It appears under its name complete or not at all: it is written to a
     /// temporary file in the same folder, which is then renamed and, on a failure, removed. An existing file
-    /// is replaced, but only a regular one; through a symbolic link the file that it points to. Gives the
-    /// fault that kept it from being written, or nothing.
+    /// is replaced, but only a regular one that the user may write; through a symbolic link the file that it
+    /// points to. Interrupts wait until it is done. Gives the fault that kept it from being written, or nothing.
     std::optional<Fault> savePng(std::string const& path) const;
 
     /// Reads a PNG file of any kind.

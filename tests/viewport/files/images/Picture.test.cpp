@@ -1,6 +1,7 @@
 #include "viewport/files/images/Picture.h"
 
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/WithoutRights.h"
 
 #include <gmock/gmock.h>
 
@@ -10,6 +11,8 @@
 
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace vellum::viewport;
 using testing::ElementsAre;
@@ -85,6 +88,48 @@ TEST(Picture, whatIsNoFileIsNotReplaced) {
     EXPECT_THAT(faultOf(noise(2, 2).savePng(folder.file("pipe"))), HasSubstr("not a regular file"));
     EXPECT_THAT(faultOf(noise(2, 2).savePng(folder.file("a.png") + "/")), HasSubstr("folder"));
     EXPECT_THAT(folder.names(), ElementsAre("a.png", "pipe"));
+}
+
+TEST(Picture, aFileThatTheUserMayNotWriteIsNotReplaced) {
+    TemporaryFolder const folder;
+    std::string const kept = folder.write("kept.png", "kept");
+    std::filesystem::permissions(kept, std::filesystem::perms(0444));
+    // The folder alone would allow it.
+    std::filesystem::permissions(folder.file(""), std::filesystem::perms(0777));
+    {
+        WithoutRights const user;
+        std::optional<Fault> const fault = noise(4, 4).savePng(kept);
+        ASSERT_TRUE(fault.has_value());
+        EXPECT_THAT(fault->line(), HasSubstr("kept.png: cannot be written: Permission denied"));
+        EXPECT_FALSE(noise(4, 4).savePng(folder.file("new.png")).has_value());
+    }
+    EXPECT_EQ(folder.read("kept.png"), "kept");
+    EXPECT_THAT(folder.names(), ElementsAre("kept.png", "new.png"));
+}
+
+TEST(Picture, anInterruptLeavesNoTemporaryFile) {
+    TemporaryFolder const folder;
+    Picture const picture = noise(300, 300);
+    for (int const signal : {SIGINT, SIGTERM, SIGHUP}) {
+        for (useconds_t pause = 0; pause < 20000; pause += 2000) {
+            pid_t const child = fork();
+            if (child == 0) {
+                std::signal(signal, SIG_DFL);
+                while (!picture.savePng(folder.file("out.png"))) {
+                }
+                _exit(1);
+            }
+            usleep(pause);
+            kill(child, signal);
+            int status = 0;
+            waitpid(child, &status, 0);
+            EXPECT_TRUE(WIFSIGNALED(status)) << "it goes on after the interrupt";
+            std::vector<std::string> const names = folder.names();
+            EXPECT_TRUE(names.empty() || names == std::vector<std::string>{"out.png"})
+                << testing::PrintToString(names);
+        }
+    }
+    EXPECT_TRUE(Picture::loadPng(folder.file("out.png")).isOk());
 }
 
 TEST(Picture, aFolderThatDoesNotExistIsAFaultThatNamesThePicture) {

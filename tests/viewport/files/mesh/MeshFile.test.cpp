@@ -1,6 +1,7 @@
 #include "viewport/files/mesh/MeshFile.h"
 
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/WithoutRights.h"
 #include "tests/viewport/files/mesh/mesh_texts.h"
 
 #include <gmock/gmock.h>
@@ -42,26 +43,6 @@ protected:
     }
 
     TemporaryFolder folder;
-};
-
-/// Acts as a user without rights while it lives; changes nothing for a user who is none with all rights.
-class WithoutRights {
-public:
-    WithoutRights() : _wasRoot(geteuid() == 0) {
-        if (_wasRoot && seteuid(65534) != 0) {
-            ADD_FAILURE() << "cannot give up the rights of root";
-        }
-    }
-    ~WithoutRights() {
-        if (_wasRoot && seteuid(0) != 0) {
-            ADD_FAILURE() << "cannot take back the rights of root";
-        }
-    }
-    WithoutRights(WithoutRights const&) = delete;
-    WithoutRights& operator=(WithoutRights const&) = delete;
-
-private:
-    bool _wasRoot;
 };
 
 }  // namespace

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "viewport/files/mesh/MeshData.h"
+#include "viewport/program/Options.h"
+
+#include <string>
+#include <vector>
+
+namespace vellum::viewport {
+
+/// The files that the options name to be read: meshes, particles, the texture, and those of the effect.
+std::vector<std::string> inputFiles(Options const& options);
+
+/// The files that a mesh names as textures, as far as they are found.
+std::vector<std::string> textureFiles(std::string const& meshPath, MeshData const& mesh);
+
+/// Whether the picture would replace one of the files: the same file under any name, link or path.
+/// \param out the picture's file; empty: none
+bool isOneOf(std::string const& out, std::vector<std::string> const& files);
+
+}  // namespace vellum::viewport
