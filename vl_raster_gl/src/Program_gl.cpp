@@ -22,13 +22,62 @@ constexpr int LARGEST_SIZE = 4;       // of vectors and matrices
 static_assert(sizeof(int) == sizeof(std::uint32_t) && sizeof(float) == sizeof(std::uint32_t),
               "uniforms are 32-bit values");
 
-// The calls of GL by size less 1. Matrices have no size 1.
-constexpr decltype(&glUniform1iv) SEND_INTS[LARGEST_SIZE] = {glUniform1iv, glUniform2iv, glUniform3iv,
-                                                             glUniform4iv};
-constexpr decltype(&glUniform1fv) SEND_FLOATS[LARGEST_SIZE] = {glUniform1fv, glUniform2fv, glUniform3fv,
-                                                               glUniform4fv};
-constexpr decltype(&glUniformMatrix2fv) SEND_MATRIX[LARGEST_SIZE] = {nullptr, glUniformMatrix2fv,
-                                                                     glUniformMatrix3fv, glUniformMatrix4fv};
+// Switches, not tables of functions: a user's effect sends some thirty uniforms in a pass, and calls through
+// a table can be measured.
+
+void sendInts(int size, GLint location, GLsizei count, GLint const* values) {
+    switch (size) {
+    case 1:
+        glUniform1iv(location, count, values);
+        break;
+    case 2:
+        glUniform2iv(location, count, values);
+        break;
+    case 3:
+        glUniform3iv(location, count, values);
+        break;
+    case 4:
+        glUniform4iv(location, count, values);
+        break;
+    default:
+        break;
+    }
+}
+
+void sendFloats(int size, GLint location, GLsizei count, GLfloat const* values) {
+    switch (size) {
+    case 1:
+        glUniform1fv(location, count, values);
+        break;
+    case 2:
+        glUniform2fv(location, count, values);
+        break;
+    case 3:
+        glUniform3fv(location, count, values);
+        break;
+    case 4:
+        glUniform4fv(location, count, values);
+        break;
+    default:
+        break;
+    }
+}
+
+void sendMatrices(int order, GLint location, GLsizei count, GLfloat const* values) {
+    switch (order) {
+    case 2:
+        glUniformMatrix2fv(location, count, GL_FALSE, values);
+        break;
+    case 3:
+        glUniformMatrix3fv(location, count, GL_FALSE, values);
+        break;
+    case 4:
+        glUniformMatrix4fv(location, count, GL_FALSE, values);
+        break;
+    default:
+        break;
+    }
+}
 
 // The number of 32-bit values of a uniform. Sizes that GL does not have are never sent, so no values are read
 // for them: a wrong size must not read beyond the caller's values.
@@ -250,23 +299,16 @@ void Program_gl::_applyUniform(UNIFORM_PAIR const* uniform) {
         return;
     }
     GLint const location = _location(uniform->name.c_str());
-    if (uniform->size < 1 || uniform->size > LARGEST_SIZE) {
-        return;
-    }
-    auto const row = static_cast<std::size_t>(uniform->size - 1);
-    GLsizei const count = uniform->count;
     void const* const values = uniform->data.data();
     switch (uniform->type) {
     case UNIFORM_PAIR::UNIFORM_INT:
-        SEND_INTS[row](location, count, static_cast<GLint const*>(values));
+        sendInts(uniform->size, location, uniform->count, static_cast<GLint const*>(values));
         break;
     case UNIFORM_PAIR::UNIFORM_FLOAT:
-        SEND_FLOATS[row](location, count, static_cast<GLfloat const*>(values));
+        sendFloats(uniform->size, location, uniform->count, static_cast<GLfloat const*>(values));
         break;
     case UNIFORM_PAIR::UNIFORM_MATRIX:
-        if (SEND_MATRIX[row] != nullptr) {
-            SEND_MATRIX[row](location, count, GL_FALSE, static_cast<GLfloat const*>(values));
-        }
+        sendMatrices(uniform->size, location, uniform->count, static_cast<GLfloat const*>(values));
         break;
     }
 }
