@@ -385,7 +385,9 @@ TEST_F(program_gl_test, particleOptionsThatMakeNoSenseAreUsageErrors) {
 
 // == Old drivers ==
 
-TEST_F(program_gl_test, everythingButEffectsIsDrawnOnOldDrivers) {
+class old_driver_program_gl_test : public program_gl_test, public testing::WithParamInterface<char const*> {};
+
+TEST_P(old_driver_program_gl_test, everythingButEffectsIsDrawn) {
     std::string const cube = folder.write("cube.off", mesh_texts::cubeOff);
     std::string const csv =
         folder.write("table.csv", "x,y,z,vx,vy,vz\n0,0,0,1,0,0\n1,1,0,0,1,0\n2,0,0,0,0,1\n");
@@ -416,26 +418,32 @@ TEST_F(program_gl_test, everythingButEffectsIsDrawnOnOldDrivers) {
                                 {{csv, "--particles", "spheres"}, "", asPoints},
                                 {{csv, "--particles", "arrows"}, "", asPoints},
                                 {{csv, "--particles", "points", "--pick", "1,1"}, "nothing\n", ""}};
-    for (char const* const version : {"1.5", "2.0", "2.1"}) {
-        std::string const driver = std::string("MESA_GL_VERSION_OVERRIDE=") + version;
-        for (Row const& row : rows) {
-            std::vector<std::string> words = row.words;
-            words.insert(words.end(), {"--size", "200x150", "--out", out});
-            unlink(out.c_str());
-            SCOPED_TRACE(testing::PrintToString(row.words) + " on " + version);
-            Outcome const outcome = run(words, {driver});
-            EXPECT_EQ(outcome.status, 0);
-            EXPECT_EQ(outcome.output, row.output);
-            EXPECT_EQ(outcome.error, row.error);
-            Result<Picture> const picture = Picture::loadPng(out);
-            ASSERT_TRUE(picture.isOk());
-            EXPECT_GT(countColors(picture.value()), 100U);
-        }
-        Outcome const information = run({cube, "--info"}, {driver});
-        EXPECT_EQ(information.status, 0);
-        EXPECT_THAT(information.output, HasSubstr(std::string("version:                        ") + version));
+    char const* const version = GetParam();
+    std::string const driver = std::string("MESA_GL_VERSION_OVERRIDE=") + version;
+    for (Row const& row : rows) {
+        std::vector<std::string> words = row.words;
+        words.insert(words.end(), {"--size", "200x150", "--out", out});
+        unlink(out.c_str());
+        SCOPED_TRACE(testing::PrintToString(row.words) + " on " + version);
+        Outcome const outcome = run(words, {driver});
+        EXPECT_EQ(outcome.status, 0);
+        EXPECT_EQ(outcome.output, row.output);
+        EXPECT_EQ(outcome.error, row.error);
+        Result<Picture> const picture = Picture::loadPng(out);
+        ASSERT_TRUE(picture.isOk());
+        EXPECT_GT(countColors(picture.value()), 100U);
     }
+    Outcome const information = run({cube, "--info"}, {driver});
+    EXPECT_EQ(information.status, 0);
+    EXPECT_THAT(information.output, HasSubstr(std::string("version:                        ") + version));
 }
+
+INSTANTIATE_TEST_SUITE_P(versions, old_driver_program_gl_test, testing::Values("1.5", "2.0", "2.1"),
+                         [](auto const& version) {
+                             std::string name = version.param;
+                             std::replace(name.begin(), name.end(), '.', '_');
+                             return name;
+                         });
 
 // == Nothing is lost ==
 
