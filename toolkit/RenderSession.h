@@ -39,7 +39,7 @@ public:
     explicit RenderSession(std::unique_ptr<Layer> layer);
 
     /// Deletes what was added, the last first, then the queued textures and the layer. VL_Raster is null afterwards if
-    /// it was the layer of this session.
+    /// it was that layer.
     /// GL: the calls of the destructors, glDeleteTextures for each queued texture.
     ~RenderSession();
 
@@ -49,7 +49,7 @@ public:
     Layer& layer() { return *renderLayer; }
     Camera_RL_GL& camera() { return viewCamera; }
 
-    /// Makes the layer of this session VL_Raster. GL: none.
+    /// Makes layer() the render layer of the process, VL_Raster. GL: none.
     void makeCurrent();
 
     /// Makes a renderer, an effect or anything else that needs the layer, and owns it.

@@ -2,8 +2,10 @@
 
 #include "Particles_RL_GL_v2.h"
 #include "foundation/geometry/ParticleSystemChunk_v2.h"
+#include "internal/misuse.h"
 #include "tests/gl_spy/gl_spy.h"
 #include "tests/support/recorded_calls.h"
+#include "tests/toolkit/particle_values.h"
 #include "toolkit/Layer.h"
 
 #include <gtest/gtest.h>
@@ -21,16 +23,8 @@ using namespace vellum::toolkit;
 
 namespace {
 
-constexpr unsigned int EXTENSIONS = 0x1F03;
-constexpr unsigned int VERSION = 0x1F02;
 constexpr unsigned int CURRENT_COLOR = 0x0B00;
 constexpr unsigned int LINE_WIDTH = 0x0B21;
-constexpr unsigned int VELOCITY = 1;
-constexpr unsigned int ENERGY = 2;
-constexpr Color4<float> blue{0, 0, 1, 1};
-constexpr Color4<float> red{1, 0, 0, 1};
-constexpr Color4<float> green{0, 1, 0, 1};
-constexpr Color4<float> white{1, 1, 1, 1};
 
 /// A driver, a layer and some particles.
 class ParticleRenderer_calls_test : public testing::Test {
@@ -40,9 +34,7 @@ protected:
             .string(EXTENSIONS, "GL_ARB_vertex_buffer_object GL_EXT_geometry_shader4");
         layer = std::make_unique<Layer>();
         layer->assumeFreeGpuMemory(1024);
-        system.addChannel("position", ParticleChannel_v2::VECTOR);
-        system.addChannel("velocity", ParticleChannel_v2::VECTOR);
-        system.addChannel("energy", ParticleChannel_v2::SCALAR);
+        addChannels(system);
         system.addParticles(10);
         for (unsigned int k = 0; k < 10; ++k) {
             auto const value = static_cast<float>(k) / 10;
@@ -332,6 +324,22 @@ TEST_F(ParticleRenderer_calls_test, releaseDeletesEverythingThatDrawingsMade) {
     EXPECT_GT(driver.liveObjects(), before + 5);
     renderer.release();
     EXPECT_EQ(driver.liveObjects(), before);
+}
+
+TEST_F(ParticleRenderer_calls_test, withoutLayerNothingIsDrawn) {
+    draw();
+    layer.reset();
+    VL_Raster = nullptr;
+    if (misuse::ARE_LIFETIMES_CHECKED) {
+        EXPECT_DEATH(draw(), "drawParticles: there is no render layer");
+        return;
+    }
+    look.mode = ParticleMode::SPHERES;
+    gl_spy::Recording const recording;
+    ParticleDrawing const drawing = draw();
+    EXPECT_EQ(drawing.path, ParticlePath::NONE);
+    EXPECT_EQ(drawing.mode, ParticleMode::SPHERES);
+    EXPECT_EQ(recording.texts(), Texts{});
 }
 
 TEST_F(ParticleRenderer_calls_test, withoutLayerBuffersAreDeletedAllTheSame) {

@@ -160,24 +160,6 @@ void toolkitMeshAfterMesh() {
     toolkit::drawMesh(renderer, {});
 }
 
-void toolkitParticlesWithoutLayer() {
-    Setting const setting;
-    toolkit::ParticleRenderer renderer;
-    ParticleSystem_v2 const system;
-    toolkit::drawParticles(renderer, system, {}, toolkit::View::current());
-}
-
-void toolkitEffectWithoutLayer() {
-    Setting const setting;
-    Glass_shader glass;
-    toolkit::drawWith(glass, [] {});
-}
-
-void pickWithoutLayer() {
-    Setting const setting;
-    toolkit::pick(1, 1, 1, [] {});
-}
-
 constexpr char NO_LAYER[] = "there is no render layer";
 constexpr char LAYER_GONE[] = "the render layer is gone";
 constexpr char NO_CONTEXT[] = "no OpenGL context is current";
@@ -201,9 +183,6 @@ Misuse const MISUSES[] = {
     {"sessionWithoutContext", "RenderSession::RenderSession.*no OpenGL context", sessionWithoutContext},
     {"toolkitMeshWithoutLayer", "drawMesh: there is no render layer", toolkitMeshWithoutLayer},
     {"toolkitMeshAfterMesh", "drawMesh: the mesh of the renderer is gone", toolkitMeshAfterMesh},
-    {"toolkitParticlesWithoutLayer", "drawParticles: there is no render layer", toolkitParticlesWithoutLayer},
-    {"toolkitEffectWithoutLayer", "drawWith: there is no render layer", toolkitEffectWithoutLayer},
-    {"pickWithoutLayer", "pick: there is no render layer", pickWithoutLayer},
     {"contextBeforeSession", "RenderSession::~RenderSession.*no OpenGL context", contextBeforeSession},
 };
 

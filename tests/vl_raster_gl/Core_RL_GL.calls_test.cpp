@@ -2,7 +2,6 @@
 
 #include "foundation/raster/Camera_RL.h"
 #include "tests/gl_spy/gl_spy.h"
-#include "tests/support/sanitizers.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -936,10 +935,6 @@ INSTANTIATE_TEST_SUITE_P(
     [](testing::TestParamInfo<ErrorName> const& row) { return row.param.name; });
 
 TEST_P(Core_RL_GL_endlessErrorDeathTest, theNamingVariantDeliberatelyDoesNotReturn) {
-    if (VL_THREAD_SANITIZER) {
-        GTEST_SKIP()
-            << "The thread sanitizer holds signals back until the program waits, which it never does here.";
-    }
     EXPECT_EXIT(runForAWhile(GetParam()), testing::ExitedWithCode(AS_EXPECTED), "")
         << "3: it returned, 4: another code, 5: another text, 6: a string of another size, 7: it read the "
            "flag "
