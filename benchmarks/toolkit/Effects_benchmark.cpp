@@ -7,6 +7,7 @@
 // effect and its values, the driver and its context. The viewport is small, so that the cost of a frame is the work on
 // the triangles. The same with GALLIUM_NOOP=1 in the environment, where Mesa draws nothing, shows the calls alone.
 
+#include "benchmarks/GridScene.h"
 #include "benchmarks/PairTiming.h"
 
 #include "Core_RL_GL.h"
@@ -36,58 +37,10 @@ constexpr unsigned int SQUARES = 100;  // along a side of the grid: 20,000 trian
 constexpr unsigned int FRAMES_PER_ROUND = 100;
 constexpr int ROUNDS = 5;
 
-void makeGrid(Mesh& mesh) {
-    Array<Vector3<double>> positions;
-    Array<Tuple3<unsigned int>> triangles;
-    for (unsigned int y = 0; y <= SQUARES; ++y) {
-        for (unsigned int x = 0; x <= SQUARES; ++x) {
-            double const u = 2.0 * x / SQUARES - 1;
-            double const v = 2.0 * y / SQUARES - 1;
-            positions.pushBack({u, v, 0.3 * std::sin(7 * u) * std::cos(5 * v)});
-        }
-    }
-    for (unsigned int y = 0; y < SQUARES; ++y) {
-        for (unsigned int x = 0; x < SQUARES; ++x) {
-            unsigned int const corner = y * (SQUARES + 1) + x;
-            triangles.pushBack({corner, corner + 1, corner + SQUARES + 2});
-            triangles.pushBack({corner, corner + SQUARES + 2, corner + SQUARES + 1});
-        }
-    }
-    mesh.setPositions(positions);
-    mesh.setTriangles(triangles);
-    mesh.workAdjacency();
-    mesh.workNormals(0.7F);
+GridScene<toolkit::Layer>& scene() {
+    static GridScene<toolkit::Layer> all(SQUARES, 0.7F);
+    return all;
 }
-
-/// One context and one mesh for all benchmarks, created by the first one that runs.
-class Scene {
-public:
-    static Scene& instance() {
-        static Scene scene;
-        return scene;
-    }
-
-    char const* error() const { return context.isValid() ? nullptr : context.error().c_str(); }
-
-private:
-    Scene() : context({64, 64}) {
-        makeGrid(mesh);
-        if (context.isValid()) {
-            benchmark::AddCustomContext("GL", reinterpret_cast<char const*>(glGetString(GL_RENDERER)));
-            renderer = std::make_unique<Mesh_RL_GL>(&mesh, false);
-            renderer->useBufferObjects = true;
-            renderer->render();
-            glFinish();
-        }
-    }
-
-    OffscreenContext context;
-    toolkit::Layer layer;
-
-public:
-    Mesh mesh;
-    std::unique_ptr<Mesh_RL_GL> renderer;  // deleted before the context, which its buffers need
-};
 
 /// What a careful application writes without drawWith().
 template <class Effect, class Draw>
@@ -141,12 +94,12 @@ void drawByHand(Effect& effect, Draw const& draw) {
 /// \param other draws the scene's mesh with an effect
 template <class Effect, class Other>
 void compare(benchmark::State& state, char const* ratioName, Other const& other) {
-    char const* const error = Scene::instance().error();
+    char const* const error = scene().error();
     if (error != nullptr) {
         state.SkipWithError(error);
         return;
     }
-    Mesh_RL_GL& renderer = *Scene::instance().renderer;
+    Mesh_RL_GL& renderer = *scene().renderer;
     Effect effect;
     effect.enable(true);
     effect.enable(false);

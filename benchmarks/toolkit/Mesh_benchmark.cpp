@@ -6,6 +6,7 @@
 // Constant: the mesh (a wavy grid with vertex normals in buffers), the driver and its context, the shading. The
 // viewport is small, so that the cost of a frame is the work on the triangles.
 
+#include "benchmarks/GridScene.h"
 #include "benchmarks/PairTiming.h"
 
 #include "Core_RL_GL.h"
@@ -13,14 +14,8 @@
 #include "foundation/geometry/Mesh.h"
 #include "offscreen/OffscreenContext.h"
 #include "toolkit/draw_mesh.h"
-#include "toolkit/mesh_arrays.h"
 
 #include <benchmark/benchmark.h>
-
-#include <cmath>
-#include <cstdint>
-#include <memory>
-#include <vector>
 
 #include <GL/gl.h>
 
@@ -32,67 +27,22 @@ constexpr unsigned int TRIANGLES = SQUARES * SQUARES * 2;
 constexpr unsigned int FRAMES_PER_ROUND = 30;
 constexpr int ROUNDS = 2;
 
-void makeGrid(Mesh& mesh) {
-    std::vector<Vector3<double>> positions;
-    std::vector<std::uint32_t> corners;
-    for (unsigned int y = 0; y <= SQUARES; ++y) {
-        for (unsigned int x = 0; x <= SQUARES; ++x) {
-            double const u = 2.0 * x / SQUARES - 1;
-            double const v = 2.0 * y / SQUARES - 1;
-            positions.push_back({u, v, 0.3 * std::sin(7 * u) * std::cos(5 * v)});
-        }
-    }
-    for (unsigned int y = 0; y < SQUARES; ++y) {
-        for (unsigned int x = 0; x < SQUARES; ++x) {
-            unsigned int const corner = y * (SQUARES + 1) + x;
-            corners.insert(corners.end(), {corner, corner + 1, corner + SQUARES + 2, corner,
-                                           corner + SQUARES + 2, corner + SQUARES + 1});
-        }
-    }
-    toolkit::setPositions(mesh, positions);
-    toolkit::setTriangles(mesh, corners);
-    toolkit::prepareMesh(mesh);
+GridScene<Core_RL_GL>& scene() {
+    static GridScene<Core_RL_GL> all(SQUARES, Mesh::NO_CREASE);
+    return all;
 }
 
-/// One context and one mesh for both benchmarks, created by the first one that runs.
-class Scene {
-public:
-    static Scene& instance() {
-        static Scene scene;
-        return scene;
-    }
-
-    char const* error() const { return context.isValid() ? nullptr : context.error().c_str(); }
-
-private:
-    Scene() : context({64, 64}) {
-        makeGrid(mesh);
-        if (context.isValid()) {
-            benchmark::AddCustomContext("GL", reinterpret_cast<char const*>(glGetString(GL_RENDERER)));
-            renderer = std::make_unique<Mesh_RL_GL>(&mesh, false);
-            renderer->useBufferObjects = true;
-            glEnable(GL_LIGHTING);
-            glEnable(GL_LIGHT0);
-            glEnable(GL_DEPTH_TEST);
-        }
-    }
-
-    OffscreenContext context;
-    Core_RL_GL layer;
-
-public:
-    Mesh mesh;
-    std::unique_ptr<Mesh_RL_GL> renderer;  // deleted before the context, which its buffers need
-};
-
 void measure(benchmark::State& state, bool isMoving) {
-    char const* const error = Scene::instance().error();
+    char const* const error = scene().error();
     if (error != nullptr) {
         state.SkipWithError(error);
         return;
     }
-    Mesh& mesh = Scene::instance().mesh;
-    Mesh_RL_GL& renderer = *Scene::instance().renderer;
+    Mesh& mesh = scene().mesh;
+    Mesh_RL_GL& renderer = *scene().renderer;
+    glEnable(GL_LIGHTING);
+    glEnable(GL_LIGHT0);
+    glEnable(GL_DEPTH_TEST);
     toolkit::MeshStyle const style;
     MeshShading const shading;
     auto const frame = [&](auto const& draw) {

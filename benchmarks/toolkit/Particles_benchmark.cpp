@@ -9,6 +9,7 @@
 // one particle costs, that is what drawParticles() adds to each frame; it has no bound.
 
 #include "benchmarks/PairTiming.h"
+#include "benchmarks/sine_particles.h"
 
 #include "Particles_RL_GL_v2.h"
 #include "foundation/geometry/ParticleSystemChunk_v2.h"
@@ -44,27 +45,6 @@ constexpr float DIAMETER = 0.01F;
 constexpr Color4<float> BLUE{0, 0, 1, 1};
 constexpr Color4<float> RED{1, 0, 0, 1};
 constexpr Color4<float> WHITE{1, 1, 1, 1};
-
-void makeParticles(ParticleSystem_v2& system, unsigned int count) {
-    system.addChannel("position", ParticleChannel_v2::VECTOR);
-    system.addChannel("velocity", ParticleChannel_v2::VECTOR);
-    system.addParticles(count);
-    float k = 0;
-    for (ParticleSystemChunk_v2* chunk = system.firstChunk(); chunk != nullptr; chunk = chunk->next()) {
-        Vector3<float>* const positions = chunk->channelData(0)->asVectors();
-        Vector3<float>* const velocities = chunk->channelData(VELOCITY)->asVectors();
-        for (unsigned int slot = 0; slot < chunk->count(); ++slot, ++k) {
-            positions[slot] = {std::sin(0.37F * k), std::cos(0.23F * k), std::sin(0.11F * k)};
-            velocities[slot] = {std::sin(0.71F * k), 0, 0};
-        }
-    }
-}
-
-std::vector<unsigned char> picture() {
-    std::vector<unsigned char> pixels(std::size_t{4} * SIDE * SIDE);
-    glReadPixels(0, 0, SIDE, SIDE, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
-    return pixels;
-}
 
 /// A frame by either side. The orthographic view shows a cube of side 2 in a square, where the effect's spheres need a
 /// projection whose depth suits their width, and else nothing.
@@ -153,9 +133,9 @@ void compare(benchmark::State& state, ParticleMode mode, bool isMoving) {
     auto const byToolkit = [&] { frame([&] { sides.drawByToolkit(); }); };
     auto const directly = [&] { frame([&] { sides.drawDirectly(); }); };
     byToolkit();
-    std::vector<unsigned char> const expected = picture();
+    std::vector<unsigned char> const expected = readSquare(SIDE);
     directly();
-    if (picture() != expected) {
+    if (readSquare(SIDE) != expected) {
         state.SkipWithError("the pictures differ");
         return;
     }

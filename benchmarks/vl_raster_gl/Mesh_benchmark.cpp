@@ -13,6 +13,7 @@
 // Constant: the mesh (a wavy grid), the driver and its context, usage and contents of the buffers. The
 // viewport is small, so that the cost of a frame is the work on the triangles.
 
+#include "benchmarks/GridScene.h"
 #include "benchmarks/PairTiming.h"
 
 #include "Core_RL_GL.h"
@@ -39,7 +40,6 @@ namespace {
 
 constexpr unsigned int SQUARES = 708;  // along a side of the grid
 constexpr unsigned int TRIANGLES = SQUARES * SQUARES * 2;
-constexpr unsigned int VERTICES = (SQUARES + 1) * (SQUARES + 1);
 constexpr std::size_t SOUP_FLOATS = std::size_t{TRIANGLES} * 9;
 constexpr int ROUNDS = 2;
 constexpr unsigned int FRAMES_PER_ROUND = 50;
@@ -47,63 +47,13 @@ constexpr unsigned int REFILLS_PER_ROUND = 20;
 constexpr unsigned int SORTS_PER_ROUND = 3;
 constexpr float CREASE = 0.7F;
 
-void makeGrid(Mesh& mesh) {
-    Array<Vector3<double>> positions;
-    Array<Tuple3<unsigned int>> triangles;
-    positions.reserve(VERTICES, false);
-    triangles.reserve(TRIANGLES, false);
-    for (unsigned int y = 0; y <= SQUARES; ++y) {
-        for (unsigned int x = 0; x <= SQUARES; ++x) {
-            double const u = 2.0 * x / SQUARES - 1;
-            double const v = 2.0 * y / SQUARES - 1;
-            positions.pushBack({u, v, 0.3 * std::sin(7 * u) * std::cos(5 * v)});
-        }
-    }
-    for (unsigned int y = 0; y < SQUARES; ++y) {
-        for (unsigned int x = 0; x < SQUARES; ++x) {
-            unsigned int const corner = y * (SQUARES + 1) + x;
-            triangles.pushBack({corner, corner + 1, corner + SQUARES + 2});
-            triangles.pushBack({corner, corner + SQUARES + 2, corner + SQUARES + 1});
-        }
-    }
-    mesh.setPositions(positions);
-    mesh.setTriangles(triangles);
-    mesh.workAdjacency();
-    mesh.workNormals(CREASE);
+GridScene<Core_RL_GL>& scene() {
+    static GridScene<Core_RL_GL> all(SQUARES, CREASE);
+    return all;
 }
 
-/// One context and one mesh for all benchmarks, created by the first one that runs.
-class Scene {
-public:
-    static Scene& instance() {
-        static Scene scene;
-        return scene;
-    }
-
-    char const* error() const { return context.isValid() ? nullptr : context.error().c_str(); }
-
-private:
-    Scene() : context({64, 64}) {
-        makeGrid(mesh);
-        if (context.isValid()) {
-            benchmark::AddCustomContext("GL", reinterpret_cast<char const*>(glGetString(GL_RENDERER)));
-            renderer = std::make_unique<Mesh_RL_GL>(&mesh, false);
-            renderer->useBufferObjects = true;
-            renderer->render();
-            glFinish();
-        }
-    }
-
-    OffscreenContext context;
-    Core_RL_GL layer;
-
-public:
-    Mesh mesh;
-    std::unique_ptr<Mesh_RL_GL> renderer;  // deleted before the context, which its buffers need
-};
-
 bool isReady(benchmark::State& state) {
-    char const* const error = Scene::instance().error();
+    char const* const error = scene().error();
     if (error != nullptr) {
         state.SkipWithError(error);
     }
@@ -122,8 +72,8 @@ void Refill(benchmark::State& state) {
     if (!isReady(state)) {
         return;
     }
-    Mesh& mesh = Scene::instance().mesh;
-    Mesh_RL_GL& renderer = *Scene::instance().renderer;
+    Mesh& mesh = scene().mesh;
+    Mesh_RL_GL& renderer = *scene().renderer;
     std::size_t bytes = 2 * SOUP_FLOATS * sizeof(float);
     for (ArrayId const& id :
          {mesh.positions(), mesh.triangles(), mesh.vertexNormals(), mesh.normalTriangles()}) {
@@ -155,7 +105,7 @@ public:
     ByHand() {
         std::vector<float> soup(SOUP_FLOATS);
         std::vector<float> normals(SOUP_FLOATS);
-        Mesh const& mesh = Scene::instance().mesh;
+        Mesh const& mesh = scene().mesh;
         auto const* const positions = VL_ArrayServer.resolve(mesh.positions())->as<Vector3<double>>();
         auto const* const directions = VL_ArrayServer.resolve(mesh.vertexNormals())->as<Vector3<float>>();
         auto const* const corners =
@@ -201,7 +151,7 @@ void StaticFrame(benchmark::State& state) {
     if (!isReady(state)) {
         return;
     }
-    Mesh_RL_GL& renderer = *Scene::instance().renderer;
+    Mesh_RL_GL& renderer = *scene().renderer;
     ByHand const byHand;
     glEnable(GL_LIGHTING);
     glEnable(GL_LIGHT0);
@@ -220,7 +170,7 @@ void StaticFrame(benchmark::State& state) {
 
 void Adjacency(benchmark::State& state, bool const& isShuffled) {
     Mesh mesh;
-    makeGrid(mesh);
+    makeGrid(mesh, SQUARES, CREASE);
     if (isShuffled) {
         auto* const triangles = VL_ArrayServer.resolve(mesh.triangles())->as<Tuple3<unsigned int>>();
         std::shuffle(triangles, triangles + TRIANGLES, std::mt19937(1));
@@ -251,7 +201,7 @@ void Adjacency(benchmark::State& state, bool const& isShuffled) {
 
 void Normals(benchmark::State& state, bool const& hasAdjacency) {
     Mesh mesh;
-    makeGrid(mesh);
+    makeGrid(mesh, SQUARES, CREASE);
     if (!hasAdjacency) {
         // Marks the adjacency as older than the triangles, so that it is derived again.
         mesh.markModified(mesh.triangles());

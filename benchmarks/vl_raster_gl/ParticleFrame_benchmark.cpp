@@ -10,6 +10,7 @@
 // image.
 
 #include "benchmarks/PairTiming.h"
+#include "benchmarks/sine_particles.h"
 
 #include "Core_RL_GL.h"
 #include "Particles_RL_GL_v2.h"
@@ -88,27 +89,6 @@ private:
     GLuint buffer;
 };
 
-void makeParticles(ParticleSystem_v2& system) {
-    system.addChannel("position", ParticleChannel_v2::VECTOR);
-    system.addChannel("velocity", ParticleChannel_v2::VECTOR);
-    system.addParticles(PARTICLES);
-    float k = 0;
-    for (ParticleSystemChunk_v2* chunk = system.firstChunk(); chunk != nullptr; chunk = chunk->next()) {
-        Vector3<float>* const positions = chunk->channelData(0)->asVectors();
-        Vector3<float>* const velocities = chunk->channelData(1)->asVectors();
-        for (unsigned int slot = 0; slot < chunk->count(); ++slot, ++k) {
-            positions[slot] = {std::sin(0.37F * k), std::cos(0.23F * k), std::sin(0.11F * k)};
-            velocities[slot] = {std::sin(0.71F * k), 0, 0};
-        }
-    }
-}
-
-std::vector<unsigned char> picture() {
-    std::vector<unsigned char> pixels(std::size_t{4} * SIDE * SIDE);
-    glReadPixels(0, 0, SIDE, SIDE, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
-    return pixels;
-}
-
 void StaticFrame(benchmark::State& state) {
     OffscreenContext const context({SIDE, SIDE});
     if (!context.isValid()) {
@@ -118,7 +98,7 @@ void StaticFrame(benchmark::State& state) {
     benchmark::AddCustomContext("GL", reinterpret_cast<char const*>(glGetString(GL_RENDERER)));
     FrameLayer layer;
     ParticleSystem_v2 system;
-    makeParticles(system);
+    makeParticles(system, PARTICLES);
     Particles_RL_GL_v2 particles;
     particles.init();
     glEnable(GL_DEPTH_TEST);
@@ -132,10 +112,10 @@ void StaticFrame(benchmark::State& state) {
                          Particles_RL_GL_v2::RenderMagnitude::LENGTH);
     };
     frame(drawByLibrary);
-    std::vector<unsigned char> const expected = picture();
+    std::vector<unsigned char> const expected = readSquare(SIDE);
     ByHand const byHand(layer);
     frame([&] { byHand.draw(); });
-    if (layer.program == 0 || picture() != expected) {
+    if (layer.program == 0 || readSquare(SIDE) != expected) {
         state.SkipWithError("the pictures differ");
         return;
     }
