@@ -1,6 +1,7 @@
 #include "toolkit/ColorMap.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <iterator>
 
@@ -51,7 +52,10 @@ Color4<float> fromHexadecimal(unsigned int rgb) {
 }  // namespace
 
 Color4<float> ColorMap::at(double t) const {
-    if (!(t <= 1) || colors.empty()) {
+    if (std::isnan(t)) {
+        return undefined;
+    }
+    if (t > 1 || colors.empty()) {
         return above;
     }
     double const place = std::max(t, 0.0) * static_cast<double>(colors.size() - 1);

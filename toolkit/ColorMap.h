@@ -15,10 +15,11 @@ namespace vellum::toolkit {
 struct VL_TOOLKIT_EXPORT ColorMap {
     std::vector<Color4<float>> colors{{0, 0, 1, 1},
                                       {1, 0, 0, 1}};  ///< opacity is ignored; without any all is `above`
-    Color4<float> above{1, 1, 1, 1};                  ///< of values above the range, and of NaN
+    Color4<float> above{1, 1, 1, 1};                  ///< of values above the range
+    Color4<float> undefined{0.5F, 0.5F, 0.5F, 1};     ///< of values that are not a number
 
     /// The color of a place in the range.
-    /// \param t 0 at the low end, 1 at the high one. Below 0 the first color; above 1 and for NaN `above`.
+    /// \param t 0 at the low end, 1 at the high one. Below 0 the first color, above 1 `above`, for NaN `undefined`.
     Color4<float> at(double t) const;
 
     /// One of the usual maps: "viridis", "plasma", "magma", "turbo", "coolwarm", "gray". Another name gives "viridis".
@@ -27,7 +28,9 @@ struct VL_TOOLKIT_EXPORT ColorMap {
 
     static std::vector<std::string> names();  ///< Of all maps, in the order above.
 
-    bool operator==(ColorMap const& other) const { return colors == other.colors && above == other.above; }
+    bool operator==(ColorMap const& other) const {
+        return colors == other.colors && above == other.above && undefined == other.undefined;
+    }
     bool operator!=(ColorMap const& other) const { return !(*this == other); }
 };
 

@@ -35,6 +35,7 @@ Mode::type modeOf(ParticleMode mode) {
     case ParticleMode::SPHERES:
         return Mode::SPHERES;
     case ParticleMode::ARROWS:
+    case ParticleMode::SOLID_ARROWS:
         return Mode::ARROWS;
     case ParticleMode::POINTS:
         break;
@@ -235,7 +236,10 @@ ParticleDrawing ParticleRenderer::Parts::draw(ParticleSystem_v2 const& system, P
     if (VL_Raster == nullptr || !isDrawable(system, look)) {
         return {ParticlePath::NONE, look.mode};
     }
-    ParticleMode const mode = _modeOf(system, look);
+    ParticleMode mode = _modeOf(system, look);
+    if (mode == ParticleMode::SOLID_ARROWS) {
+        mode = ParticleMode::ARROWS;
+    }
     if (!_prepare(ParticleRamps(system, look, mode), look, mode)) {
         return {ParticlePath::NONE, look.mode};
     }
@@ -247,6 +251,7 @@ ParticleDrawing ParticleRenderer::Parts::draw(ParticleSystem_v2 const& system, P
         path = _drawAll(system, look.percent, mode, round.sizeForEffect());
         break;
     }
+    case ParticleMode::SOLID_ARROWS:
     case ParticleMode::ARROWS: {
         // The effect turns the sides of the head in clip space: they are equal in a square viewport only.
         RoundView const round(view, static_cast<double>(look.size));
@@ -271,7 +276,7 @@ ParticleMode ParticleRenderer::Parts::_modeOf(ParticleSystem_v2 const& system, P
     if (!geometryStages) {
         geometryStages = hasGeometryStages(*VL_Raster);
     }
-    bool const isSupported = *geometryStages && (look.mode != ParticleMode::ARROWS || hasVectors);
+    bool const isSupported = *geometryStages && (look.mode == ParticleMode::SPHERES || hasVectors);
     return isSupported ? look.mode : ParticleMode::POINTS;
 }
 
@@ -325,6 +330,7 @@ bool ParticleRenderer::Parts::_prepare(ParticleRamps const& wanted, ParticleLook
 float ParticleRenderer::Parts::_pointSize(ParticleSystem_v2 const& system, ParticleLook const& look,
                                           View const& view) {
     switch (look.mode) {
+    case ParticleMode::SOLID_ARROWS:
     case ParticleMode::ARROWS:
         return ARROWS_AS_POINTS;
     case ParticleMode::SPHERES:

@@ -21,7 +21,8 @@ enum class ParticlePath {
 /// What drawParticles() has done.
 struct ParticleDrawing {
     ParticlePath path;
-    ParticleMode mode;  ///< what was drawn: points where spheres or arrows are not to be had
+    ParticleMode mode;       ///< what was drawn: points where spheres or arrows are not to be had
+    unsigned int count = 0;  ///< of the particles that were handed to GL
 };
 
 /// What is kept from one drawing of particles to the next: buffers, effects, and what was drawn last. One for each system
