@@ -22,8 +22,16 @@ struct VL_TOOLKIT_EXPORT ColorMap {
     /// \param t 0 at the low end, 1 at the high one. Below 0 the first color, above 1 `above`, for NaN `undefined`.
     Color4<float> at(double t) const;
 
-    /// One of the usual maps: "viridis", "plasma", "magma", "turbo", "coolwarm", "gray". Another name gives "viridis".
-    /// Above the range they are white, "gray" is red.
+    /// A map by its name; another name gives "viridis". Above the range they are white, "gray" is red.
+    ///
+    ///     "viridis", "plasma", "magma", "inferno", "cividis"   as published; from dark to light in even steps
+    ///     "glacier", "ember", "moss"                           blue, red and green, from dark to light in even steps
+    ///     "turbo"                                              as published: a rainbow; not for small differences
+    ///     "coolwarm", "tealrust"                               two hues, light in the middle: for values around a
+    ///                                                          center; the first one as published
+    ///     "gray"                                               from black to white
+    ///
+    /// The published ones are within 5/255 of their tables.
     static ColorMap named(std::string const& name);
 
     static std::vector<std::string> names();  ///< Of all maps, in the order above.

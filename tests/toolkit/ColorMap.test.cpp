@@ -27,10 +27,14 @@ Color4<float> hexadecimal(unsigned int rgb) {
             static_cast<float>(rgb & 255U) / 255, 1};
 }
 
-double brightness(Color4<float> const& c) {
-    return 0.2126 * std::pow(static_cast<double>(c.r), 2.2) +
-           0.7152 * std::pow(static_cast<double>(c.g), 2.2) +
-           0.0722 * std::pow(static_cast<double>(c.b), 2.2);
+/// The lightness of CIELAB, 0 to 100.
+double lightness(Color4<float> const& c) {
+    auto const linear = [](float v) {
+        auto const x = static_cast<double>(v);
+        return x <= 0.04045 ? x / 12.92 : std::pow((x + 0.055) / 1.055, 2.4);
+    };
+    double const y = 0.2126729 * linear(c.r) + 0.7151522 * linear(c.g) + 0.0721750 * linear(c.b);
+    return y > 216.0 / 24389 ? 116 * std::cbrt(y) - 16 : y * 24389 / 27;
 }
 
 }  // namespace
@@ -51,7 +55,14 @@ TEST(ColorMap, valuesOutsideTheRangeHaveTheColorsOfItsEnds) {
     expectNear(map.at(-infinity), blue);
     expectNear(map.at(1.001), white);
     expectNear(map.at(infinity), white);
-    expectNear(map.at(std::nan("")), white);
+    expectNear(map.at(std::nan("")), {0.5F, 0.5F, 0.5F, 1});
+}
+
+TEST(ColorMap, undefinedValuesHaveAColorOfTheirOwn) {
+    ColorMap map{{blue, red}, white, green};
+    expectNear(map.at(std::nan("")), green);
+    map.colors.clear();
+    expectNear(map.at(std::nan("")), green);
 }
 
 TEST(ColorMap, oneColorAndNoneAreMapsToo) {
@@ -73,6 +84,7 @@ TEST(ColorMap, mapsWithEqualColorsAreEqual) {
     EXPECT_TRUE(map != (ColorMap{{blue, green}, white}));
     EXPECT_TRUE(map != (ColorMap{{blue, red}, green}));
     EXPECT_TRUE(map != (ColorMap{{blue}, white}));
+    EXPECT_TRUE(map != (ColorMap{{blue, red}, white, green}));
 }
 
 TEST(ColorMap, namedMapsHaveTheirPublishedColors) {
@@ -97,6 +109,16 @@ TEST(ColorMap, namedMapsHaveTheirPublishedColors) {
                            {"magma", 128 / 255.0, 0xB73779},
                            {"magma", 191 / 255.0, 0xFC8961},
                            {"magma", 1, 0xFCFDBF},
+                           {"inferno", 0, 0x000004},
+                           {"inferno", 64 / 255.0, 0x57106E},
+                           {"inferno", 128 / 255.0, 0xBC3754},
+                           {"inferno", 191 / 255.0, 0xF98C0A},
+                           {"inferno", 1, 0xFCFFA4},
+                           {"cividis", 0, 0x00224E},
+                           {"cividis", 64 / 255.0, 0x434E6C},
+                           {"cividis", 128 / 255.0, 0x7D7C78},
+                           {"cividis", 191 / 255.0, 0xBBAD6D},
+                           {"cividis", 1, 0xFEE838},
                            {"turbo", 0, 0x30123B},
                            {"turbo", 32 / 255.0, 0x466BE3},
                            {"turbo", 64 / 255.0, 0x28BCEB},
@@ -113,11 +135,38 @@ TEST(ColorMap, namedMapsHaveTheirPublishedColors) {
     }
 }
 
-TEST(ColorMap, sequentialMapsGrowBrighter) {
-    for (char const* const name : {"viridis", "plasma", "magma", "gray"}) {
+TEST(ColorMap, sequentialMapsGrowLighterEverywhere) {
+    for (char const* const name :
+         {"viridis", "plasma", "magma", "inferno", "cividis", "glacier", "ember", "moss", "gray"}) {
         ColorMap const map = ColorMap::named(name);
         for (int i = 1; i <= 100; ++i) {
-            EXPECT_GT(brightness(map.at(i / 100.0)), brightness(map.at((i - 1) / 100.0))) << name << " " << i;
+            EXPECT_GT(lightness(map.at(i / 100.0)), lightness(map.at((i - 1) / 100.0))) << name << " " << i;
+        }
+        EXPECT_GT(lightness(map.at(1)) - lightness(map.at(0)), 70) << name;
+    }
+}
+
+TEST(ColorMap, sequentialMapsGrowLighterInEvenSteps) {
+    for (char const* const name : {"glacier", "ember", "moss"}) {
+        ColorMap const map = ColorMap::named(name);
+        double const first = lightness(map.at(0));
+        double const last = lightness(map.at(1));
+        for (int i = 0; i <= 100; ++i) {
+            EXPECT_NEAR(lightness(map.at(i / 100.0)), first + (last - first) * i / 100, 1.5)
+                << name << " " << i;
+        }
+    }
+}
+
+TEST(ColorMap, divergingMapsAreAsLightOnBothSides) {
+    for (char const* const name : {"coolwarm", "tealrust"}) {
+        ColorMap const map = ColorMap::named(name);
+        for (int i = 1; i <= 50; ++i) {
+            double const below = lightness(map.at(0.5 - i / 100.0));
+            double const above = lightness(map.at(0.5 + i / 100.0));
+            EXPECT_NEAR(below, above, 4) << name << " " << i;
+            EXPECT_LT(below, lightness(map.at(0.5 - (i - 1) / 100.0))) << name << " " << i;
+            EXPECT_LT(above, lightness(map.at(0.5 + (i - 1) / 100.0))) << name << " " << i;
         }
     }
 }
@@ -136,7 +185,8 @@ TEST(ColorMap, neighboringColorsOfNamedMapsAreClose) {
 
 TEST(ColorMap, namesListsAllMapsInTheirOrder) {
     EXPECT_EQ(ColorMap::names(),
-              (std::vector<std::string>{"viridis", "plasma", "magma", "turbo", "coolwarm", "gray"}));
+              (std::vector<std::string>{"viridis", "plasma", "magma", "inferno", "cividis", "glacier",
+                                        "ember", "moss", "turbo", "coolwarm", "tealrust", "gray"}));
     for (std::string const& name : ColorMap::names()) {
         EXPECT_GE(ColorMap::named(name).colors.size(), 2U) << name;
     }
