@@ -8,15 +8,19 @@
 #include "glsl_shader/SphereRendering_shader.h"
 #include "internal/misuse.h"
 #include "toolkit/Layer.h"
+#include "toolkit/internal/ColoredParticles.h"
 #include "toolkit/internal/ImpostorView.h"
 #include "toolkit/internal/ParticleRamps.h"
+#include "toolkit/internal/SolidArrows.h"
 #include "toolkit/internal/gl.h"
+#include "toolkit/internal/particle_values.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <limits>
 #include <new>
+#include <numeric>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -194,9 +198,17 @@ private:
     float effectSize;
 };
 
+/// Whether records of colored particles are the same for both looks.
+bool isFilledAlike(ParticleLook const& a, ParticleLook const& b) {
+    return a.mode == b.mode && a.channel == b.channel && a.quantity == b.quantity && a.low == b.low &&
+           a.high == b.high && a.colors == b.colors && a.percent == b.percent &&
+           a.colorChannel == b.colorChannel && a.sizeChannel == b.sizeChannel;
+}
+
 }  // namespace
 
-/// What is drawn is one system as it is, or copies of its particles: one for each ramp.
+/// What is drawn is one system as it is, or copies of its particles, one for each ramp; or particles with colors or sizes of
+/// their own; or solid arrows.
 class ParticleRenderer::Parts {
 public:
     Parts() = default;
@@ -210,6 +222,11 @@ public:
 private:
     ParticleMode _modeOf(ParticleSystem_v2 const& system, ParticleLook const& look);
     bool _prepare(ParticleRamps const& wanted, ParticleLook const& look, ParticleMode mode);
+    bool _prepareColored(ParticleSystem_v2 const& system, ParticleLook const& look, ParticleMode mode);
+    bool _prepareArrows(ParticleSystem_v2 const& system, ParticleLook const& look);
+    void _forgetRamps();
+    void _remember(ParticleSystem_v2 const& system, ParticleLook const& look, ParticleMode mode);
+    unsigned int _count(ParticleSystem_v2 const& system, ParticleLook const& look) const;
     float _pointSize(ParticleSystem_v2 const& system, ParticleLook const& look, View const& view);
     ParticlePath _drawAll(ParticleSystem_v2 const& system, float percent, ParticleMode mode, float size);
 
@@ -229,6 +246,10 @@ private:
     std::vector<std::unique_ptr<RampRenderer>> renderers;    // one for each ramp
     std::optional<Vector3<double>> middle;                   // of the particles, if it was needed
     Effects effects;
+    ParticleSystem_v2 const* drawn = nullptr;   // of the two below
+    unsigned int particles = 0;                 // of this system
+    std::unique_ptr<ColoredParticles> colored;  // null if the look does not need it
+    std::unique_ptr<SolidArrows> arrows;        // null if the look does not need them
 };
 
 ParticleDrawing ParticleRenderer::Parts::draw(ParticleSystem_v2 const& system, ParticleLook const& look,
@@ -236,11 +257,12 @@ ParticleDrawing ParticleRenderer::Parts::draw(ParticleSystem_v2 const& system, P
     if (VL_Raster == nullptr || !isDrawable(system, look)) {
         return {ParticlePath::NONE, look.mode};
     }
-    ParticleMode mode = _modeOf(system, look);
-    if (mode == ParticleMode::SOLID_ARROWS) {
-        mode = ParticleMode::ARROWS;
-    }
-    if (!_prepare(ParticleRamps(system, look, mode), look, mode)) {
+    ParticleMode const mode = _modeOf(system, look);
+    bool const isPrepared = mode == ParticleMode::SOLID_ARROWS ? _prepareArrows(system, look)
+                            : ColoredParticles::isNeeded(system, look, mode)
+                                ? _prepareColored(system, look, mode)
+                                : _prepare(ParticleRamps(system, look, mode), look, mode);
+    if (!isPrepared) {
         return {ParticlePath::NONE, look.mode};
     }
     ParticlePath path = ParticlePath::NONE;
@@ -251,33 +273,40 @@ ParticleDrawing ParticleRenderer::Parts::draw(ParticleSystem_v2 const& system, P
         path = _drawAll(system, look.percent, mode, round.sizeForEffect());
         break;
     }
-    case ParticleMode::SOLID_ARROWS:
     case ParticleMode::ARROWS: {
         // The effect turns the sides of the head in clip space: they are equal in a square viewport only.
         RoundView const round(view, static_cast<double>(look.size));
+        double const unit = colored != nullptr ? colored->unit() : this->unit;
         // It puts an arrow's tip at twice the vector.
         path = _drawAll(system, look.percent, mode,
                         static_cast<float>(static_cast<double>(look.size) * unit / 2));
         break;
     }
+    case ParticleMode::SOLID_ARROWS:
+        path = arrows->draw();
+        break;
     case ParticleMode::POINTS:
         path = _drawAll(system, look.percent, mode, _pointSize(system, look, view));
         break;
     }
-    return {path, mode};
+    return {path, mode, path != ParticlePath::NONE ? _count(system, look) : 0};
 }
 
 ParticleMode ParticleRenderer::Parts::_modeOf(ParticleSystem_v2 const& system, ParticleLook const& look) {
     if (look.mode == ParticleMode::POINTS) {
         return ParticleMode::POINTS;
     }
-    ParticleChannel_v2 const* const record = system.findChannel(look.channel);
-    bool const hasVectors = record != nullptr && record->type == ParticleChannel_v2::VECTOR;
+    bool const hasVectors = isOfType(system, look.channel, ParticleChannel_v2::VECTOR);
+    if (look.mode != ParticleMode::SPHERES && !hasVectors) {
+        return ParticleMode::POINTS;
+    }
+    if (look.mode == ParticleMode::SOLID_ARROWS) {
+        return ParticleMode::SOLID_ARROWS;
+    }
     if (!geometryStages) {
         geometryStages = hasGeometryStages(*VL_Raster);
     }
-    bool const isSupported = *geometryStages && (look.mode == ParticleMode::SPHERES || hasVectors);
-    return isSupported ? look.mode : ParticleMode::POINTS;
+    return *geometryStages ? look.mode : ParticleMode::POINTS;
 }
 
 /// Renews copies, colors and renderers as far as they differ from the last drawing.
@@ -285,6 +314,8 @@ ParticleMode ParticleRenderer::Parts::_modeOf(ParticleSystem_v2 const& system, P
 bool ParticleRenderer::Parts::_prepare(ParticleRamps const& wanted, ParticleLook const& look,
                                        ParticleMode mode) {
     bool const hadShaders = std::exchange(hasShaders, VL_Raster->checkShaderSupport());
+    colored.reset();
+    arrows.reset();
     ParticleRamps::Source const wantedSource = wanted.source();
     isRefilled = isChanged || !source || !(*source == wantedSource) || hadShaders != hasShaders;
     bool const isRecolored = isRefilled || this->look != look || this->mode != mode;
@@ -327,6 +358,84 @@ bool ParticleRenderer::Parts::_prepare(ParticleRamps const& wanted, ParticleLook
     return true;
 }
 
+/// The same for particles with colors or sizes of their own.
+bool ParticleRenderer::Parts::_prepareColored(ParticleSystem_v2 const& system, ParticleLook const& look,
+                                              ParticleMode mode) {
+    bool const hadShaders = std::exchange(hasShaders, VL_Raster->checkShaderSupport());
+    bool const isKept = !isChanged && colored != nullptr && hadShaders == hasShaders && this->mode == mode &&
+                        drawn == &system && particles == system.size() && isFilledAlike(this->look, look);
+    if (isKept) {
+        return true;
+    }
+    _forgetRamps();
+    arrows.reset();
+    isChanged = true;
+    try {
+        if (colored == nullptr) {
+            colored = std::make_unique<ColoredParticles>();
+        }
+        colored->fill(system, look, mode);
+        _remember(system, look, mode);
+    } catch (std::bad_alloc const&) {
+        return false;
+    }
+    return true;
+}
+
+/// The same for solid arrows.
+bool ParticleRenderer::Parts::_prepareArrows(ParticleSystem_v2 const& system, ParticleLook const& look) {
+    bool const isKept = !isChanged && arrows != nullptr && drawn == &system && particles == system.size() &&
+                        this->look == look;
+    if (isKept) {
+        return true;
+    }
+    _forgetRamps();
+    colored.reset();
+    isChanged = true;
+    try {
+        if (arrows == nullptr) {
+            arrows = std::make_unique<SolidArrows>();
+        }
+        arrows->fill(system, look);
+        _remember(system, look, ParticleMode::SOLID_ARROWS);
+    } catch (std::bad_alloc const&) {
+        return false;
+    }
+    return true;
+}
+
+void ParticleRenderer::Parts::_forgetRamps() {
+    source.reset();
+    ramps.clear();
+    copies.clear();
+    renderers.clear();
+}
+
+void ParticleRenderer::Parts::_remember(ParticleSystem_v2 const& system, ParticleLook const& look,
+                                        ParticleMode mode) {
+    this->look = look;
+    this->mode = mode;
+    drawn = &system;
+    particles = system.size();
+    middle.reset();
+    isChanged = false;
+}
+
+unsigned int ParticleRenderer::Parts::_count(ParticleSystem_v2 const& system,
+                                             ParticleLook const& look) const {
+    if (arrows != nullptr) {
+        return arrows->count();
+    }
+    if (colored != nullptr) {
+        return colored->count();
+    }
+    if (copies.empty()) {
+        return drawnOf(system.size(), look.percent);
+    }
+    return std::accumulate(copies.begin(), copies.end(), 0U,
+                           [](unsigned int sum, auto const& copy) { return sum + copy->size(); });
+}
+
 float ParticleRenderer::Parts::_pointSize(ParticleSystem_v2 const& system, ParticleLook const& look,
                                           View const& view) {
     switch (look.mode) {
@@ -337,8 +446,7 @@ float ParticleRenderer::Parts::_pointSize(ParticleSystem_v2 const& system, Parti
         if (!middle) {
             middle = middleOf(system);
         }
-        return std::max(1.0F,
-                        static_cast<float>(static_cast<double>(look.size) * view.pixelsPerUnit(*middle)));
+        return static_cast<float>(static_cast<double>(look.size) * view.pixelsPerUnit(*middle));
     case ParticleMode::POINTS:
         break;
     }
@@ -349,6 +457,15 @@ ParticlePath ParticleRenderer::Parts::_drawAll(ParticleSystem_v2 const& system, 
                                                ParticleMode mode, float size) {
     constexpr unsigned int SHOWN = 1;
     constexpr float ALL = 100;
+    // Spheres that are points: each is to be seen.
+    float const smallest = look.mode == ParticleMode::SPHERES ? 1 : 0;
+    if (mode == ParticleMode::POINTS && colored != nullptr) {
+        return colored->drawPoints(size, smallest);
+    }
+    if (colored != nullptr) {
+        return colored->drawWithEffect(size);
+    }
+    size = mode == ParticleMode::POINTS ? std::max(size, smallest) : size;
     if (copies.empty()) {
         return renderers[0]->draw(system, ramps[0], channel, mode, size, percent, isRefilled, effects);
     }

@@ -7,13 +7,17 @@
 namespace vellum::toolkit {
 namespace {
 
+constexpr ParticleMode MODES[] = {ParticleMode::POINTS, ParticleMode::SPHERES, ParticleMode::ARROWS,
+                                  ParticleMode::SOLID_ARROWS};
+
 // == Thinning ==
 
 TEST_F(ParticleRenderer_gl_test, percentDrawsThatManyParticles) {
     constexpr unsigned int SIDE = 16;
     addSquare(SIDE, 0, 1);
     look.size = 5;
-    for (unsigned int const channel : {VELOCITY, ENERGY, ParticleChannel_v2::NONE}) {
+    for (unsigned int const channel : {VELOCITY, ENERGY, ParticleChannel_v2::NONE, COLOR}) {
+        look.colorChannel = channel == COLOR ? COLOR : ParticleChannel_v2::NONE;
         for (std::size_t const colors : {2U, 40U}) {
             look.channel = channel;
             look.colors.colors.assign(colors, red);
@@ -71,12 +75,28 @@ TEST_F(ParticleRenderer_gl_test, changesOfTheLookShowAtOnce) {
                                           l.mode = ParticleMode::SPHERES;
                                           l.size = 0.1F;
                                       },
+                                      [](ParticleLook& l) { l.colorChannel = COLOR; },
+                                      [](ParticleLook& l) { l.sizeChannel = SIZE; },
+                                      [](ParticleLook& l) { l.size = 0.05F; },
+                                      [](ParticleLook& l) { l.colorChannel = ParticleChannel_v2::NONE; },
+                                      [](ParticleLook& l) { l.high = 5; },
+                                      [](ParticleLook& l) { l.colors.colors[0] = white; },
+                                      [](ParticleLook& l) { l.colorChannel = COLOR; },
                                       [](ParticleLook& l) { l.mode = ParticleMode::ARROWS; },
+                                      [](ParticleLook& l) { l.mode = ParticleMode::SOLID_ARROWS; },
+                                      [](ParticleLook& l) { l.size = 0.03F; },
+                                      [](ParticleLook& l) { l.colorChannel = ParticleChannel_v2::NONE; },
+                                      [](ParticleLook& l) { l.high = 4; },
+                                      [](ParticleLook& l) { l.mode = ParticleMode::ARROWS; },
+                                      [](ParticleLook& l) { l.sizeChannel = ParticleChannel_v2::NONE; },
                                       [](ParticleLook& l) { l.quantity = ParticleQuantity::X; },
                                       [](ParticleLook& l) {
                                           l.mode = ParticleMode::POINTS;
                                           l.size = 3;
-                                      }};
+                                      },
+                                      [](ParticleLook& l) { l.sizeChannel = SIZE; },
+                                      [](ParticleLook& l) { l.percent = 30; },
+                                      [](ParticleLook& l) { l.size = 5; }};
     for (Road const& road : ROADS) {
         layer->play(road);
         look = ParticleLook();
@@ -103,7 +123,8 @@ TEST_F(ParticleRenderer_gl_test, changesOfTheLookShowAtOnce) {
 TEST_F(ParticleRenderer_gl_test, markedChangesAndNewParticlesShow) {
     look.size = 9;
     look.high = 1;
-    for (unsigned int const channel : {VELOCITY, ENERGY}) {
+    for (unsigned int const channel : {VELOCITY, ENERGY, COLOR}) {
+        look.colorChannel = channel == COLOR ? COLOR : ParticleChannel_v2::NONE;
         for (Road const& road : ROADS) {
             SCOPED_TRACE(road.name);
             layer->play(road);
@@ -117,6 +138,7 @@ TEST_F(ParticleRenderer_gl_test, markedChangesAndNewParticlesShow) {
             moving.firstChunk()->channelData(0)->asVectors()[0] = {-0.5F, -0.5F, 0};
             moving.firstChunk()->channelData(VELOCITY)->asVectors()[0] = {1, 0, 0};
             moving.firstChunk()->channelData(ENERGY)->asFloats()[0] = 1;
+            moving.firstChunk()->channelData(COLOR)->asVectors()[0] = {1, 0, 0};
             own.markChanged();
             clear();
             drawParticles(own, moving, look, View::current());
@@ -124,6 +146,7 @@ TEST_F(ParticleRenderer_gl_test, markedChangesAndNewParticlesShow) {
             EXPECT_FALSE(isLit(at(readPixels(), 192, 64)));
 
             moving.addParticles(1);  // at the origin, without markChanged()
+            moving.firstChunk()->channelData(COLOR)->asVectors()[1] = {0, 0, 1};
             clear();
             drawParticles(own, moving, look, View::current());
             expectColor(at(readPixels(), 128, 128), blue);
@@ -169,10 +192,12 @@ TEST_F(ParticleRenderer_gl_test, unchangedFramesTakeNoMemory) {
     addSquare(130, -3, 5);  // more than one chunk
     for (Road const& road : ROADS) {
         layer->play(road);
-        for (ParticleMode const mode : {ParticleMode::POINTS, ParticleMode::SPHERES, ParticleMode::ARROWS}) {
-            for (unsigned int const channel : {VELOCITY, ENERGY}) {
+        for (ParticleMode const mode : MODES) {
+            for (unsigned int const channel : {VELOCITY, ENERGY, COLOR}) {
                 for (char const* const map : {"gray", "viridis"}) {
                     look = {mode, channel, ParticleQuantity::LENGTH, 0, 4, ColorMap::named(map), 0.01F};
+                    look.colorChannel = channel == COLOR ? COLOR : ParticleChannel_v2::NONE;
+                    look.sizeChannel = channel == ENERGY ? SIZE : ParticleChannel_v2::NONE;
                     ParticleRenderer own;
                     for (int frame = 0; frame < 2; ++frame) {
                         drawParticles(own, system, look, View::current());
@@ -192,8 +217,9 @@ TEST_F(ParticleRenderer_gl_test, unchangedFramesTakeNoMemory) {
 TEST_F(ParticleRenderer_gl_test, stateIsRestored) {
     addSquare(4, 0, 1);
     glMatrixMode(GL_TEXTURE);
-    for (ParticleMode const mode : {ParticleMode::POINTS, ParticleMode::SPHERES, ParticleMode::ARROWS}) {
-        for (unsigned int const channel : {VELOCITY, ENERGY}) {
+    for (ParticleMode const mode : MODES) {
+        for (unsigned int const channel : {VELOCITY, ENERGY, COLOR}) {
+            look.colorChannel = channel == COLOR ? COLOR : ParticleChannel_v2::NONE;
             for (Road const& road : ROADS) {
                 SCOPED_TRACE(std::string(road.name) + " " + std::to_string(static_cast<int>(mode)));
                 glViewport(3, 5, 200, 100);
@@ -233,6 +259,7 @@ TEST_F(ParticleRenderer_gl_test, stateIsRestored) {
                 EXPECT_FALSE(glIsEnabled(GL_BLEND));
                 EXPECT_FALSE(glIsEnabled(GL_VERTEX_ARRAY));
                 EXPECT_FALSE(glIsEnabled(GL_COLOR_ARRAY));
+                EXPECT_FALSE(glIsEnabled(GL_NORMAL_ARRAY));
                 GLint value = 0;
                 glGetIntegerv(GL_MATRIX_MODE, &value);
                 EXPECT_EQ(value, GL_TEXTURE);
@@ -277,7 +304,7 @@ TEST_F(ParticleRenderer_gl_test, rangesAndMapsWithoutMeaningRaiseNoError) {
     addSquare(4, -1, 1);
     double const values[] = {
         0, -1, 1e300, -1e300, std::nan(""), static_cast<double>(infinite), -static_cast<double>(infinite)};
-    for (ParticleMode const mode : {ParticleMode::POINTS, ParticleMode::SPHERES, ParticleMode::ARROWS}) {
+    for (ParticleMode const mode : MODES) {
         for (unsigned int const channel : {VELOCITY, ENERGY}) {
             for (std::size_t const colors : {0U, 1U, 2U, 3U, 3000U}) {
                 look.mode = mode;

@@ -139,11 +139,11 @@ TEST_F(ParticleRenderer_gl_test, spheresHaveTheColorsOfAMap) {
     }
 }
 
-TEST_F(ParticleRenderer_gl_test, valuesThatAreNoNumbersHaveTheColorAbove) {
+TEST_F(ParticleRenderer_gl_test, valuesThatAreNoNumbersHaveAColorOfTheirOwn) {
     addSquare(4, 0, 1);
     look.size = 9;
     look.channel = ENERGY;
-    look.colors = {{blue, red}, green};
+    look.colors = {{blue, red}, green, white};
     system.firstChunk()->channelData(ENERGY)->asFloats()[5] = notANumber;
     system.firstChunk()->channelData(ENERGY)->asFloats()[6] = infinite;
     system.firstChunk()->channelData(ENERGY)->asFloats()[7] = -infinite;
@@ -151,15 +151,30 @@ TEST_F(ParticleRenderer_gl_test, valuesThatAreNoNumbersHaveTheColorAbove) {
     for (Road const& road : ROADS) {
         SCOPED_TRACE(road.name);
         Picture const picture = drawOn(road);
-        expectColor(ofParticle(picture, 5, 4), green);
+        expectColor(ofParticle(picture, 5, 4), white);
         expectColor(ofParticle(picture, 6, 4), green);
         expectColor(ofParticle(picture, 7, 4), blue);
     }
     look.channel = VELOCITY;
     look.quantity = ParticleQuantity::X;
     for (Road const& road : ROADS) {
-        expectColor(ofParticle(drawOn(road), 5, 4), green);
+        expectColor(ofParticle(drawOn(road), 5, 4), white);
     }
+    look.colors.undefined = red;
+    for (Road const& road : ROADS) {
+        expectColor(ofParticle(drawOn(road), 5, 4), red);
+    }
+    // In a length with a map of three colors, and with sizes.
+    look.quantity = ParticleQuantity::LENGTH;
+    look.colors = {{blue, blue, red}, green, white};
+    for (unsigned int const sizes : {ParticleChannel_v2::NONE, SIZE}) {
+        look.sizeChannel = sizes;
+        for (Road const& road : ROADS) {
+            expectColor(ofParticle(drawOn(road), 5, 4), white);
+        }
+    }
+    look.sizeChannel = ParticleChannel_v2::NONE;
+    look.colors = {{blue, red}, green, white};
     // Without a copy.
     look.quantity = ParticleQuantity::LENGTH;
     for (Road const& road : ROADS) {

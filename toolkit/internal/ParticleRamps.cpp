@@ -1,11 +1,11 @@
 #include "toolkit/internal/ParticleRamps.h"
 
 #include "foundation/geometry/ParticleSystemChunk_v2.h"
+#include "toolkit/internal/particle_values.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <cstdint>
 #include <limits>
 
 namespace vellum::toolkit {
@@ -16,74 +16,9 @@ constexpr unsigned int POSITIONS = 0;
 constexpr unsigned int SHOWN = 1;
 constexpr float NOT_DRAWN = -1;
 
-// A hair above the range's end, so that rounding leaves the largest value itself inside.
-constexpr float HAIR = 1e-5F;
-
 // Renderers compute lengths in single precision, whose squares have to be numbers.
 constexpr double SMALLEST_RANGE = 1e-12;
 constexpr double LARGEST_LENGTH = 1e18;
-
-// So that vectors divided by them are numbers, and not 0.
-constexpr double SMALLEST_UNIT = 1e-30;
-constexpr double LARGEST_UNIT = 1e30;
-
-bool isFinite(Vector3<float> const& v) {
-    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
-}
-
-/// The number that colors show of a particle.
-class Values {
-public:
-    Values(ParticleSystemChunk_v2 const& chunk, unsigned int channel, ParticleQuantity quantity)
-        : quantity(quantity) {
-        ParticleChannelChunkData_v2* const data = chunk.channelData(channel);
-        vectors = data != nullptr ? data->asVectors() : nullptr;
-        scalars = data != nullptr ? data->asFloats() : nullptr;
-    }
-
-    double operator[](unsigned int slot) const {
-        if (vectors == nullptr) {
-            return scalars != nullptr ? static_cast<double>(scalars[slot]) : 0.0;
-        }
-        switch (quantity) {
-        case ParticleQuantity::X:
-            return static_cast<double>(vectors[slot].x);
-        case ParticleQuantity::Y:
-            return static_cast<double>(vectors[slot].y);
-        case ParticleQuantity::Z:
-            return static_cast<double>(vectors[slot].z);
-        case ParticleQuantity::LENGTH:
-            break;
-        }
-        return length(convert<double>(vectors[slot]));
-    }
-
-    Vector3<float> const* vectors;
-
-private:
-    float const* scalars;
-    ParticleQuantity quantity;
-};
-
-/// Chooses a part of some particles, evenly spread.
-class EvenChoice {
-public:
-    EvenChoice(unsigned int count, float percent) : count(count), wanted(drawnOf(count, percent)) {}
-
-    bool takesNext() {
-        sum += wanted;
-        if (sum < count) {
-            return false;
-        }
-        sum -= count;
-        return true;
-    }
-
-private:
-    std::uint64_t count;
-    std::uint64_t wanted;
-    std::uint64_t sum = 0;
-};
 
 /// Writes particles to a copy, one after the other.
 class Writer {
@@ -118,14 +53,6 @@ ParticleRamp constantRamp(Color4<float> const& color) {
 }
 
 }  // namespace
-
-unsigned int drawnOf(unsigned int count, float percent) {
-    float const part = static_cast<float>(count) * percent / 100.0F;
-    if (!(part > 0.0F)) {
-        return 0;
-    }
-    return part < static_cast<float>(count) ? static_cast<unsigned int>(part) : count;
-}
 
 /// Where a particle goes: to which ramp, and what it shows there as a point or sphere.
 struct ParticleRamps::Place {
@@ -178,7 +105,7 @@ unsigned int ParticleRamps::_rampCount() const {
         return 1;
     }
     if (!areArrows) {
-        return _blended();
+        return _blended() + 1;
     }
     return (_isByLength() ? _blended() : STEPS) + 2;
 }
@@ -201,6 +128,8 @@ std::vector<ParticleRamp> ParticleRamps::ramps() const {
         for (unsigned int k = 0; k < blended; ++k) {
             ramps.push_back({map.at(1.0 * k / blended), map.at((k + 1.0) / blended), map.above, 0, 1 + HAIR});
         }
+        // With an extent: without shaders, the library has no color for a ramp without one.
+        ramps.push_back({map.undefined, map.undefined, map.undefined, 0, 1});
         return ramps;
     }
     ramps.push_back(constantRamp(first));
@@ -221,19 +150,21 @@ std::vector<ParticleRamp> ParticleRamps::ramps() const {
 
 ParticleRamps::Place ParticleRamps::_placeOf(double value) const {
     constexpr float ABOVE = 2;
+    double const t = placeInRange(*look, value);
     unsigned int const last = _rampCount() - 1;
-    if (value <= look->low) {
+    unsigned int const blended = _blended();
+    if (std::isnan(t)) {
+        return {last, 0};  // not of arrows: these have finite vectors
+    }
+    if (t <= 0) {
         return {0, 0};
     }
-    double t = (value - look->low) / (look->high - look->low);
-    if (!(look->high > look->low) || !(t <= 1.0 + static_cast<double>(HAIR))) {  // NaN as well
-        return {last, ABOVE};
+    if (t > 1) {
+        return {areArrows ? last : blended - 1, ABOVE};
     }
-    t = std::min(t, 1.0);
     if (areArrows && !_isByLength()) {
         return {1 + static_cast<unsigned int>(std::lround(t * (STEPS - 1))), 0};
     }
-    unsigned int const blended = _blended();
     double const place = t * blended;
     unsigned int const ramp = std::min(static_cast<unsigned int>(place), blended - 1);
     return {ramp + (areArrows ? 1 : 0), static_cast<float>(place - ramp)};
@@ -245,11 +176,11 @@ void ParticleRamps::copy(std::vector<std::unique_ptr<ParticleSystem_v2>>& copies
     std::vector<Place> places;
     std::vector<unsigned int> counts(_rampCount(), 0U);
     places.reserve(count);
-    EvenChoice choice(count, look->percent);
+    EvenChoice choice(count, drawnOf(count, look->percent));
     for (ParticleSystemChunk_v2 const* chunk = system->firstChunk(); chunk != nullptr;
          chunk = chunk->next()) {
         Vector3<float> const* const positions = chunk->channelData(POSITIONS)->asVectors();
-        Values const values(*chunk, shown, look->quantity);
+        ShownValues const values(*chunk, shown, look->quantity);
         Vector3<float> const* const along = areArrows ? values.vectors : nullptr;
         for (unsigned int slot = 0; slot < chunk->count(); ++slot) {
             bool const isDrawn = choice.takesNext() && isFinite(positions[slot]) &&
@@ -273,7 +204,7 @@ void ParticleRamps::copy(std::vector<std::unique_ptr<ParticleSystem_v2>>& copies
     for (ParticleSystemChunk_v2 const* chunk = system->firstChunk(); chunk != nullptr;
          chunk = chunk->next()) {
         Vector3<float> const* const positions = chunk->channelData(POSITIONS)->asVectors();
-        Values const values(*chunk, shown, look->quantity);
+        ShownValues const values(*chunk, shown, look->quantity);
         Vector3<float> const* const along = areArrows ? values.vectors : nullptr;
         for (unsigned int slot = 0; slot < chunk->count(); ++slot, ++place) {
             if (place->shown != NOT_DRAWN) {

@@ -9,9 +9,6 @@
 
 namespace vellum::toolkit {
 
-/// The number of particles in a percentage of `count`, as renderers have it: computed in single precision and truncated.
-unsigned int drawnOf(unsigned int count, float percent);
-
 /// The two colors that one renderer of particles blends between, and the lengths of the shown vectors that have them.
 struct ParticleRamp {
     Color4<float> lowest;
@@ -33,8 +30,8 @@ struct ParticleRamp {
 /// only the length of a vector with a map of two colors is drawn from the system as it is (isDirect). For all else the
 /// particles are copied, to as many systems as there are ramps: each with the channels "position" and "shown".
 ///
-/// Points and spheres: one ramp from 0 to 1 for each two neighboring colors. Below the range 0 is shown, above it and for
-/// NaN 2, in the last system.
+/// Points and spheres: one ramp from 0 to 1 for each two neighboring colors. Below the range 0 is shown, above it 2 in the
+/// last of them. One more of one color for NaN.
 ///
 /// Arrows lie along the vectors that are shown, so these keep direction and length. Colored by length: a ramp for each two
 /// neighboring colors, from one length to another. Colored by a component: a ramp of one color for each of STEPS
