@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -41,6 +42,8 @@ protected:
             system.firstChunk()->channelData(0)->asVectors()[k] = {value, -value, 1};
             system.firstChunk()->channelData(VELOCITY)->asVectors()[k] = {0, value, 0};
             system.firstChunk()->channelData(ENERGY)->asFloats()[k] = value;
+            system.firstChunk()->channelData(COLOR)->asVectors()[k] = {value, 1, 0};
+            system.firstChunk()->channelData(SIZE)->asFloats()[k] = k < 7 ? 2.0F : 1.0F;
         }
         look.channel = VELOCITY;
         look.colors = {{blue, red}, white};
@@ -63,6 +66,23 @@ protected:
     ParticleRenderer renderer;
     ParticleLook look;
     View view{Matrix4<double>::identity(), Matrix4<double>::identity(), {10, 20, 300, 200}};
+};
+
+/// Counts how often arrows are made.
+class ArrowCountingLayer : public Layer {
+public:
+    void createBuffers_forRenderArrow3(Array<Vector3<float>> const& positions,
+                                       Array<Vector3<float>> const& directions,
+                                       Array<Color4<float>> const& colors, float scale,
+                                       Array<Vector3<float>>& vertices, Array<unsigned int>& triangles,
+                                       Array<unsigned int>& lines, Array<unsigned int>& quads,
+                                       Array<Color4<float>>& vertexColors) override {
+        ++made;
+        Layer::createBuffers_forRenderArrow3(positions, directions, colors, scale, vertices, triangles, lines,
+                                             quads, vertexColors);
+    }
+
+    unsigned int made = 0;
 };
 
 bool isOfStrings(std::string const& text) {
@@ -311,6 +331,173 @@ TEST_F(ParticleRenderer_calls_test, fallbacksAreAnswered) {
     EXPECT_EQ(recording.count("glViewport") + recording.count("glLoadMatrixd"), 0U);
 }
 
+// == Colors and sizes of particles, solid arrows ==
+
+TEST_F(ParticleRenderer_calls_test, fixedFunctionsDrawPointsOfOwnColors) {
+    driver.integer(CURRENT_COLOR, {1, 0, 1, 0});
+    look.colorChannel = COLOR;
+    look.sizeChannel = SIZE;
+    look.size = 3;
+    draw();
+    gl_spy::Recording const recording;
+    EXPECT_EQ(draw().path, ParticlePath::BUFFER);
+    Texts texts;
+    for (gl_spy::Call const& call : recording.calls()) {
+        if (!isOfStrings(call.name)) {
+            texts.push_back(call.name == "glBindBuffer" ? call.name : call.text());
+        }
+    }
+    EXPECT_EQ(texts, (Texts{"glGetFloatv(GL_CURRENT_COLOR, pointer)",
+                            "glPushAttrib(0x6000)",
+                            "glDisable(GL_LIGHTING)",
+                            "glDisable(GL_TEXTURE_1D)",
+                            "glDisable(GL_TEXTURE_2D)",
+                            "glDisable(GL_TEXTURE_3D)",
+                            "glEnable(GL_BLEND)",
+                            "glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA)",
+                            "glUseProgram(0)",
+                            "glBindBuffer",
+                            "glEnableClientState(GL_VERTEX_ARRAY)",
+                            "glEnableClientState(GL_COLOR_ARRAY)",
+                            "glVertexPointer(3, GL_FLOAT, 28, null)",
+                            "glColorPointer(3, GL_FLOAT, 28, pointer)",
+                            "glPointSize(6)",
+                            "glDrawArrays(GL_POINTS, 0, 7)",
+                            "glPointSize(3)",
+                            "glDrawArrays(GL_POINTS, 7, 3)",
+                            "glBindBuffer",
+                            "glDisableClientState(GL_VERTEX_ARRAY)",
+                            "glDisableClientState(GL_COLOR_ARRAY)",
+                            "glPopAttrib()",
+                            "glColor4fv({1, 0, 1, 0})"}));
+}
+
+TEST_F(ParticleRenderer_calls_test, manySizesOfPointsAreDrawnInSteps) {
+    constexpr unsigned int COUNT = 5000;
+    ParticleSystem_v2 many;
+    addChannels(many);
+    many.addParticles(COUNT);
+    std::vector<float> sizes;
+    for (unsigned int k = 0; k < COUNT; ++k) {
+        sizes.push_back(0.001F * std::pow(2.5e6F, static_cast<float>(k) / (COUNT - 1)));
+        many.firstChunk()->channelData(SIZE)->asFloats()[k] = sizes.back();
+    }
+    look.sizeChannel = SIZE;
+    look.size = 1;
+    gl_spy::Recording const recording;
+    EXPECT_EQ(drawParticles(renderer, many, look, view).count, COUNT);
+    std::vector<gl_spy::Call> const steps = recording.named("glPointSize");
+    std::vector<gl_spy::Call> const draws = recording.named("glDrawArrays");
+    ASSERT_EQ(steps.size(), draws.size());
+    EXPECT_LE(steps.size(), ParticleLook::MOST_POINT_SIZES);
+    // Both the sizes and the steps ascend, so the particles of a step are the next ones.
+    std::size_t k = 0;
+    for (std::size_t step = 0; step < steps.size(); ++step) {
+        for (double left = draws[step].numbers.back(); left > 0; --left, ++k) {
+            ASSERT_LT(k, sizes.size());
+            EXPECT_NEAR(steps[step].numbers.at(0) / static_cast<double>(sizes[k]), 1, 0.03);
+        }
+    }
+    EXPECT_EQ(k, sizes.size());
+}
+
+TEST_F(ParticleRenderer_calls_test, asManySizesAsThereMayBeAreExact) {
+    constexpr unsigned int COUNT = 3 * ParticleLook::MOST_POINT_SIZES;
+    ParticleSystem_v2 many;
+    addChannels(many);
+    many.addParticles(COUNT);
+    for (unsigned int k = 0; k < COUNT; ++k) {
+        many.firstChunk()->channelData(SIZE)->asFloats()[k] =
+            static_cast<float>(1 + k % ParticleLook::MOST_POINT_SIZES);
+    }
+    look.sizeChannel = SIZE;
+    look.size = 1;
+    gl_spy::Recording const recording;
+    drawParticles(renderer, many, look, view);
+    std::vector<gl_spy::Call> const steps = recording.named("glPointSize");
+    ASSERT_EQ(steps.size(), std::size_t{ParticleLook::MOST_POINT_SIZES});
+    for (std::size_t k = 0; k < steps.size(); ++k) {
+        EXPECT_EQ(steps[k].numbers.at(0), static_cast<double>(k + 1));
+    }
+}
+
+TEST_F(ParticleRenderer_calls_test, ownColorsAreDrawnInOneCallOnEachPath) {
+    struct Row {
+        ParticleMode mode;
+        char const* version;
+        unsigned int megabytes;
+        ParticlePath expected;
+    };
+    look.colorChannel = COLOR;
+    look.channel = VELOCITY;
+    for (Row const& row : {Row{ParticleMode::POINTS, "2.1.0", 1024, ParticlePath::BUFFER},
+                           {ParticleMode::POINTS, "2.1.0", 25, ParticlePath::MEMORY},
+                           {ParticleMode::POINTS, "1.5.0", 1024, ParticlePath::BUFFER},
+                           {ParticleMode::POINTS, "1.5.0", 25, ParticlePath::MEMORY},
+                           {ParticleMode::SPHERES, "2.1.0", 1024, ParticlePath::BUFFER_AND_EFFECT},
+                           {ParticleMode::SPHERES, "2.1.0", 25, ParticlePath::CHUNKS_AND_EFFECT},
+                           {ParticleMode::ARROWS, "2.1.0", 1024, ParticlePath::BUFFER_AND_EFFECT},
+                           {ParticleMode::ARROWS, "2.1.0", 25, ParticlePath::CHUNKS_AND_EFFECT}}) {
+        driver.string(VERSION, row.version);
+        layer->assumeFreeGpuMemory(row.megabytes);
+        look.mode = row.mode;
+        renderer.release();
+        gl_spy::Recording const recording;
+        EXPECT_EQ(draw().path, row.expected);
+        EXPECT_EQ(recording.count("glDrawArrays"), 1U);
+        EXPECT_EQ(recording.count("glMapBuffer"), row.megabytes > 25 ? 1U : 0U);
+    }
+}
+
+TEST_F(ParticleRenderer_calls_test, refusedBuffersOfOwnColorsLeaveMainMemory) {
+    std::size_t const before = driver.liveObjects();
+    look.colorChannel = COLOR;
+    driver.nullMap();
+    gl_spy::Recording const recording;
+    EXPECT_EQ(draw().path, ParticlePath::MEMORY);
+    EXPECT_EQ(draw().path, ParticlePath::MEMORY);
+    EXPECT_EQ(recording.count("glGenBuffers"), 1U);
+    EXPECT_EQ(driver.liveObjects(), before);
+}
+
+TEST_F(ParticleRenderer_calls_test, ownColorsAreReadAgainWhenTheyChange) {
+    look.colorChannel = COLOR;
+    look.sizeChannel = SIZE;
+    EXPECT_EQ(fillsOf([] {}), 1U);
+    EXPECT_EQ(fillsOf([] {}), 0U);
+    EXPECT_EQ(fillsOf([this] { look.size = 7; }), 0U);
+    EXPECT_EQ(fillsOf([this] { renderer.markChanged(); }), 1U);
+    EXPECT_EQ(fillsOf([this] { look.percent = 50; }), 1U);
+    EXPECT_EQ(fillsOf([this] { look.sizeChannel = ParticleChannel_v2::NONE; }), 1U);
+    EXPECT_EQ(fillsOf([this] { system.addParticles(1); }), 1U);
+    EXPECT_EQ(fillsOf([this] { look.mode = ParticleMode::SPHERES; }), 1U);
+    EXPECT_EQ(fillsOf([this] { look.size = 0.5F; }), 0U);
+}
+
+TEST_F(ParticleRenderer_calls_test, solidArrowsAreMadeAgainOnlyWhenTheyChange) {
+    layer.reset();
+    auto owned = std::make_unique<ArrowCountingLayer>();
+    unsigned int const& made = owned->made;
+    layer = std::move(owned);
+    look.mode = ParticleMode::SOLID_ARROWS;
+    auto const isMade = [&](std::function<void()> const& change) {
+        unsigned int const before = made;
+        change();
+        gl_spy::Recording const recording;
+        draw();
+        EXPECT_EQ(recording.count("glDrawElements"), 3U);
+        return made != before;
+    };
+    EXPECT_TRUE(isMade([] {}));
+    EXPECT_FALSE(isMade([] {}));
+    EXPECT_TRUE(isMade([this] { renderer.markChanged(); }));
+    EXPECT_TRUE(isMade([this] { look.size = 3; }));
+    EXPECT_TRUE(isMade([this] { look.colors = {{green, red}, white}; }));
+    EXPECT_TRUE(isMade([this] { look.colorChannel = COLOR; }));
+    EXPECT_TRUE(isMade([this] { system.addParticles(1); }));
+    EXPECT_FALSE(isMade([] {}));
+}
+
 TEST_F(ParticleRenderer_calls_test, releaseDeletesEverythingThatDrawingsMade) {
     std::size_t const before = driver.liveObjects();
     for (unsigned int const channel : {VELOCITY, ENERGY}) {
@@ -319,6 +506,9 @@ TEST_F(ParticleRenderer_calls_test, releaseDeletesEverythingThatDrawingsMade) {
             look.mode = mode;
             look.colors.colors.assign(channel == ENERGY ? 7U : 2U, red);
             draw();
+            look.colorChannel = COLOR;
+            draw();
+            look.colorChannel = ParticleChannel_v2::NONE;
         }
     }
     EXPECT_GT(driver.liveObjects(), before + 5);

@@ -291,22 +291,32 @@ void* ColoredParticles::_open(std::size_t bytes) {
                      VL_Raster->isExtensionSupported("ARB_vertex_buffer_object");
     }
     if (*hasBuffers && mayFit(bytes)) {
-        if (bufferId == 0) {
-            VL_Raster->genBuffers(1, &bufferId);
-        }
-        VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, bufferId);
-        VL_Raster->bufferData(BufferTarget::ARRAY_BUFFER, bytes, nullptr, BufferUsage::STREAM_DRAW);
-        void* const store = VL_Raster->mapBuffer(BufferTarget::ARRAY_BUFFER, BufferAccess::WRITE_ONLY);
-        bool const hasError = VL_Raster->getError("ColoredParticles", 0);
-        if (store != nullptr && !hasError) {
+        if (void* const store = _openBuffer(bytes)) {
             host = {};
             return store;
         }
-        VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, 0);
     }
     _deleteBuffer();
     host.resize(bytes / sizeof(float));
     return host.data();
+}
+
+void* ColoredParticles::_openBuffer(std::size_t bytes) {
+    if (bufferId == 0) {
+        VL_Raster->genBuffers(1, &bufferId);
+    }
+    if (bufferId == 0 || bytes == 0) {
+        return nullptr;
+    }
+    VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, bufferId);
+    VL_Raster->bufferData(BufferTarget::ARRAY_BUFFER, bytes, nullptr, BufferUsage::STREAM_DRAW);
+    void* const store = VL_Raster->mapBuffer(BufferTarget::ARRAY_BUFFER, BufferAccess::WRITE_ONLY);
+    // An error of the application cannot be told from one of these calls. Main memory serves in both cases.
+    if (VL_Raster->getError("ColoredParticles", 0) || store == nullptr) {
+        VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, 0);
+        return nullptr;  // the caller deletes the buffer, which ends the mapping
+    }
+    return store;
 }
 
 void ColoredParticles::_close() {

@@ -68,6 +68,7 @@ private:
     void _writeBySize(ParticleSystem_v2 const& system, ParticleLook const& look, Record* records);
     void _writeArrows(ParticleSystem_v2 const& system, ParticleLook const& look, ArrowRecord* records);
     void* _open(std::size_t bytes);
+    void* _openBuffer(std::size_t bytes);
     void _close();
     void _deleteBuffer();
     void _openArrays(int components);
