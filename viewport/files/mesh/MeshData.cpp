@@ -12,9 +12,46 @@ bool isFinite(Vector3<T> const& v) {
     return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
 }
 
-std::string indexFault(std::size_t triangle, unsigned int index, std::size_t count) {
-    return "triangle " + std::to_string(triangle) + " has vertex index " + std::to_string(index) +
+std::string indexFault(char const* kind, std::size_t number, unsigned int index, std::size_t count) {
+    return std::string(kind) + " " + std::to_string(number) + " has vertex index " + std::to_string(index) +
            ", out of range: the mesh has " + std::to_string(count) + " vertices";
+}
+
+/// The first index out of range of a list of triangles, lines or points.
+template <class T, class Largest>
+std::optional<std::string> firstIndexFault(char const* kind, std::vector<T> const& list, std::size_t count,
+                                           Largest const& largestOf) {
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        unsigned int const largest = largestOf(list[i]);
+        if (largest >= count) {
+            return indexFault(kind, i, largest, count);
+        }
+    }
+    return std::nullopt;
+}
+
+bool isWithinOne(Color4<float> const& color) {
+    auto const isPart = [](float value) { return value >= 0 && value <= 1; };
+    return isPart(color.r) && isPart(color.g) && isPart(color.b) && isPart(color.a);
+}
+
+/// Whether the pixels that a material holds are as many as their sizes say.
+bool hasSoundTexels(Material const& material) {
+    constexpr std::uint64_t LONGEST_SIDE = 1 << 16;
+    std::uint64_t const columns = material.texelColumns;
+    std::uint64_t const rows = material.texelRows;
+    return (columns == 0 && rows == 0) ||
+           (columns > 0 && rows > 0 && columns <= LONGEST_SIDE && rows <= LONGEST_SIDE &&
+            4 * columns * rows == material.textureBytes.size());
+}
+
+bool isSound(Material const& material) {
+    TextureTransform const& t = material.textureTransform;
+    return isWithinOne(material.tint) && isWithinOne(material.emission) &&
+           (!material.specular || isWithinOne(*material.specular)) && material.opacity >= 0 &&
+           material.opacity <= 1 && std::isfinite(material.shininess) && material.shininess >= 0 &&
+           material.alphaCutoff >= 0 && material.alphaCutoff <= 1 &&
+           std::isfinite(t.uu + t.uv + t.vu + t.vv + t.u0 + t.v0) && hasSoundTexels(material);
 }
 
 /// Triangles without three different corners are left out of a model.
@@ -32,19 +69,28 @@ bool hasThreeCorners(MeshData::Triangle const& triangle, std::vector<Vector3<dou
 
 std::optional<Fault> MeshData::firstFault(std::string const& file) const {
     std::size_t const count = positions.size();
-    if (triangles.empty()) {
-        return Fault{file, "the mesh is empty: it has no triangle"};
+    if (triangles.empty() && lines.empty() && points.empty()) {
+        return Fault{file, "the mesh is empty: it has no triangle, no line and no point"};
     }
     if ((!normals.empty() && normals.size() != count) || colors.size() != count ||
-        (!textureCoordinates.empty() && textureCoordinates.size() != count)) {
+        (!textureCoordinates.empty() && textureCoordinates.size() != count) ||
+        std::any_of(scalars.begin(), scalars.end(),
+                    [count](MeshScalar const& scalar) { return scalar.values.size() != count; })) {
         return Fault{file, "the mesh is damaged: its vertex lists differ in length"};
     }
-    for (std::size_t i = 0; i < triangles.size(); ++i) {
-        Triangle const& triangle = triangles[i];
-        unsigned int const largest = std::max({triangle.e0, triangle.e1, triangle.e2});
-        if (largest >= count) {
-            return Fault{file, indexFault(i, largest, count)};
-        }
+    std::optional<std::string> index =
+        firstIndexFault("triangle", triangles, count, [](Triangle const& triangle) {
+            return std::max({triangle.e0, triangle.e1, triangle.e2});
+        });
+    if (!index) {
+        index = firstIndexFault("line", lines, count,
+                                [](MeshLine const& line) { return std::max(line.e0, line.e1); });
+    }
+    if (!index) {
+        index = firstIndexFault("point", points, count, [](unsigned int point) { return point; });
+    }
+    if (index) {
+        return Fault{file, *index};
     }
     if (!triangleMaterials.empty() && triangleMaterials.size() != triangles.size()) {
         return Fault{file, "the mesh is damaged: its triangles and their materials differ in number"};
@@ -54,13 +100,17 @@ std::optional<Fault> MeshData::firstFault(std::string const& file) const {
             return Fault{file, "the mesh is damaged: a triangle has a material that does not exist"};
         }
     }
+    if (!std::all_of(materials.begin(), materials.end(), isSound)) {
+        return Fault{file, "the mesh is damaged: a material has a number out of range"};
+    }
     for (std::size_t i = 0; i < count; ++i) {
         if (!isFinite(positions[i])) {
             return Fault{file, "vertex " + std::to_string(i) +
                                    " has a coordinate that is not a number or infinite"};
         }
     }
-    if (std::none_of(triangles.begin(), triangles.end(),
+    if (lines.empty() && points.empty() &&
+        std::none_of(triangles.begin(), triangles.end(),
                      [this](Triangle const& triangle) { return hasThreeCorners(triangle, positions); })) {
         return Fault{file, "the mesh is empty: no triangle has three different corners"};
     }

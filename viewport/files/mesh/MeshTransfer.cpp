@@ -1,7 +1,9 @@
 #include "viewport/files/mesh/MeshTransfer.h"
 
+#include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 namespace vellum::viewport {
 
@@ -23,18 +25,31 @@ struct Header {
     std::uint32_t textLength;  // of the mesh's name or the fault's message
     std::uint64_t vertexCount;
     std::uint64_t triangleCount;
-    std::uint64_t materialBytes;
+    std::uint64_t lineCount;
+    std::uint64_t pointCount;
+    std::uint64_t scalarCount;
+    std::uint64_t detailBytes;
 };
 
-/// Of one material; its texture's name and bytes follow.
+/// Of one material; its texts and bytes follow.
 struct MaterialHeader {
     Color4<float> tint;
-    std::uint64_t nameLength;
-    std::uint64_t byteCount;
+    Color4<float> emission;
+    Color4<float> specular;
+    TextureTransform textureTransform;
+    float opacity;
+    float shininess;
+    float alphaCutoff;
+    std::uint32_t alphaMode;
+    std::uint32_t hasSpecular;
+    std::uint32_t isTwoSided;
+    std::uint32_t texelColumns;
+    std::uint32_t texelRows;
 };
 
-constexpr char MAGIC[8] = {'v', 'l', 'm', 'e', 's', 'h', '0', '3'};
-constexpr std::uint64_t LARGEST_MATERIAL_BYTES = std::uint64_t(1) << 40;
+constexpr char MAGIC[8] = {'v', 'l', 'm', 'e', 's', 'h', '0', '4'};
+constexpr std::uint64_t MOST_DETAIL_BYTES = std::uint64_t(1) << 40;
+constexpr std::uint64_t MOST_SCALARS = std::uint64_t(1) << 20;
 constexpr char DAMAGED_MESSAGE[] = "the importer gave a damaged result";
 
 Header makeHeader(Content const& content, std::string const& text) {
@@ -107,50 +122,184 @@ bool promisedSize(Header const& header, std::uint64_t& size) {
     if (header.vertexCount > MeshData::LARGEST_COUNT || header.triangleCount > MeshData::LARGEST_COUNT) {
         return false;
     }
-    if (header.materialBytes > LARGEST_MATERIAL_BYTES) {
+    if (header.lineCount > MeshData::LARGEST_COUNT || header.pointCount > MeshData::LARGEST_COUNT ||
+        header.scalarCount > MOST_SCALARS || header.detailBytes > MOST_DETAIL_BYTES) {
         return false;
     }
     size = sizeof(Header) + header.textLength + header.vertexCount * bytesPerVertex(header.flags) +
-           header.triangleCount * bytesPerTriangle(header.flags) + header.materialBytes;
+           header.triangleCount * bytesPerTriangle(header.flags) + header.lineCount * sizeof(MeshLine) +
+           header.pointCount * sizeof(unsigned int) +
+           header.scalarCount * header.vertexCount * sizeof(double) + header.detailBytes;
     return true;
 }
 
-std::vector<unsigned char> encodeMaterials(std::vector<Material> const& materials) {
-    std::uint64_t size = 0;
-    for (Material const& material : materials) {
-        size += sizeof(MaterialHeader) + material.texture.size() + material.textureBytes.size();
+// == Details ==
+// What a mesh has few of: names of scalars, animations, materials. Lists have their length in front.
+
+/// Appends numbers and lists to bytes.
+class DetailWriter {
+public:
+    template <class T>
+    void put(T const& value) {
+        _put(&value, sizeof value);
     }
-    Writer writer(static_cast<std::size_t>(size));
-    for (Material const& material : materials) {
-        MaterialHeader const header{material.tint, material.texture.size(), material.textureBytes.size()};
-        writer.put(&header, sizeof header);
-        writer.put(material.texture.data(), material.texture.size());
-        writer.put(material.textureBytes);
+
+    template <class List>
+    void putList(List const& list) {
+        put(static_cast<std::uint64_t>(list.size()));
+        _put(list.data(), list.size());
+    }
+
+    std::vector<unsigned char> take() { return std::move(bytes); }
+
+private:
+    void _put(void const* data, std::size_t size) {
+        unsigned char const* const first = static_cast<unsigned char const*>(data);
+        bytes.insert(bytes.end(), first, first + size);
+    }
+
+    std::vector<unsigned char> bytes;
+};
+
+/// Takes them again. After the first value that the bytes do not hold, none is sound any more.
+class DetailReader {
+public:
+    explicit DetailReader(std::vector<unsigned char> const& bytes) : next(bytes.data()), left(bytes.size()) {}
+
+    template <class T>
+    T take() {
+        T value{};
+        if (_has(sizeof value)) {
+            std::memcpy(&value, next, sizeof value);
+            _skip(sizeof value);
+        }
+        return value;
+    }
+
+    /// Of bytes or characters.
+    template <class List>
+    List takeList() {
+        List list;
+        std::uint64_t const size = take<std::uint64_t>();
+        if (_has(size)) {
+            list.assign(next, next + static_cast<std::size_t>(size));
+            _skip(static_cast<std::size_t>(size));
+        }
+        return list;
+    }
+
+    bool isSound() const { return sound; }
+    bool isAtEnd() const { return left == 0; }
+
+private:
+    bool _has(std::uint64_t size) {
+        sound = sound && size <= left;
+        return sound;
+    }
+    void _skip(std::size_t size) {
+        next += size;
+        left -= size;
+    }
+
+    unsigned char const* next;
+    std::size_t left;
+    bool sound = true;
+};
+
+void put(DetailWriter& writer, Material const& material) {
+    MaterialHeader header{};
+    header.tint = material.tint;
+    header.emission = material.emission;
+    header.specular = material.specular.value_or(Color4<float>{});
+    header.hasSpecular = material.specular ? 1 : 0;
+    header.textureTransform = material.textureTransform;
+    header.opacity = material.opacity;
+    header.shininess = material.shininess;
+    header.alphaCutoff = material.alphaCutoff;
+    header.alphaMode = static_cast<std::uint32_t>(material.alphaMode);
+    header.isTwoSided = material.isTwoSided ? 1 : 0;
+    header.texelColumns = material.texelColumns;
+    header.texelRows = material.texelRows;
+    writer.put(header);
+    writer.putList(material.name);
+    writer.putList(material.opacityTexture);
+    writer.putList(material.texture);
+    writer.putList(material.textureBytes);
+}
+
+/// False where the bytes are not those of a material. Its numbers are checked with those of the mesh.
+bool take(DetailReader& reader, Material& material) {
+    auto const header = reader.take<MaterialHeader>();
+    if (header.alphaMode > static_cast<std::uint32_t>(AlphaMode::BLEND)) {
+        return false;
+    }
+    material.tint = header.tint;
+    material.emission = header.emission;
+    if (header.hasSpecular != 0) {
+        material.specular = header.specular;
+    }
+    material.textureTransform = header.textureTransform;
+    material.opacity = header.opacity;
+    material.shininess = header.shininess;
+    material.alphaCutoff = header.alphaCutoff;
+    material.alphaMode = static_cast<AlphaMode>(header.alphaMode);
+    material.isTwoSided = header.isTwoSided != 0;
+    material.texelColumns = header.texelColumns;
+    material.texelRows = header.texelRows;
+    material.name = reader.takeList<std::string>();
+    material.opacityTexture = reader.takeList<std::string>();
+    material.texture = reader.takeList<std::string>();
+    material.textureBytes = reader.takeList<std::vector<unsigned char>>();
+    return reader.isSound();
+}
+
+std::vector<unsigned char> encodeDetails(MeshData const& mesh) {
+    DetailWriter writer;
+    writer.put(static_cast<std::uint32_t>(mesh.up));
+    for (MeshScalar const& scalar : mesh.scalars) {
+        writer.putList(scalar.name);
+        writer.putList(scalar.unit);
+    }
+    writer.put(static_cast<std::uint64_t>(mesh.animations.size()));
+    for (MeshAnimation const& animation : mesh.animations) {
+        writer.putList(animation.name);
+        writer.put(animation.duration);
+    }
+    for (Material const& material : mesh.materials) {
+        put(writer, material);
     }
     return writer.take();
 }
 
-/// False when the bytes are not those of whole materials.
-bool decodeMaterials(std::vector<unsigned char> const& bytes, std::vector<Material>& materials) {
-    std::size_t left = bytes.size();
-    Reader reader(bytes.data());
-    while (left > 0) {
-        if (left < sizeof(MaterialHeader)) {
-            return false;
-        }
-        MaterialHeader const header = reader.take<MaterialHeader>(1).front();
-        left -= sizeof header;
-        if (header.nameLength > left || header.byteCount > left - header.nameLength) {
-            return false;
-        }
-        Material material;
-        material.tint = header.tint;
-        material.texture = reader.takeText(static_cast<std::size_t>(header.nameLength));
-        material.textureBytes = reader.take<unsigned char>(header.byteCount);
-        left -= static_cast<std::size_t>(header.nameLength + header.byteCount);
-        materials.push_back(std::move(material));
+/// False where the bytes are not whole details. The mesh has its scalars already, without names.
+bool decodeDetails(std::vector<unsigned char> const& bytes, MeshData& mesh) {
+    DetailReader reader(bytes);
+    auto const up = reader.take<std::uint32_t>();
+    if (up > static_cast<std::uint32_t>(UpAxis::MINUS_Z)) {
+        return false;
     }
-    return true;
+    mesh.up = static_cast<UpAxis>(up);
+    for (MeshScalar& scalar : mesh.scalars) {
+        scalar.name = reader.takeList<std::string>();
+        scalar.unit = reader.takeList<std::string>();
+    }
+    auto const animationCount = reader.take<std::uint64_t>();
+    for (std::uint64_t i = 0; i < animationCount && reader.isSound(); ++i) {
+        std::string name = reader.takeList<std::string>();
+        auto const duration = reader.take<double>();
+        if (!std::isfinite(duration) || duration < 0) {
+            return false;
+        }
+        mesh.animations.push_back({std::move(name), duration});
+    }
+    while (reader.isSound() && !reader.isAtEnd()) {
+        Material material;
+        if (!take(reader, material)) {
+            return false;
+        }
+        mesh.materials.push_back(std::move(material));
+    }
+    return reader.isSound();
 }
 
 }  // namespace
@@ -161,11 +310,14 @@ std::vector<unsigned char> encodeMesh(MeshData const& mesh) {
                    (mesh.textureCoordinates.empty() ? 0U : HAS_TEXTURE_COORDINATES) |
                    (mesh.triangleMaterials.empty() ? 0U : HAS_MATERIALS) |
                    (mesh.normals.empty() ? 0U : HAS_NORMALS);
-    std::vector<unsigned char> const materials = encodeMaterials(mesh.materials);
-    header.materialBytes = materials.size();
+    std::vector<unsigned char> const details = encodeDetails(mesh);
+    header.detailBytes = details.size();
     header.partCount = mesh.partCount;
     header.vertexCount = mesh.positions.size();
     header.triangleCount = mesh.triangles.size();
+    header.lineCount = mesh.lines.size();
+    header.pointCount = mesh.points.size();
+    header.scalarCount = mesh.scalars.size();
 
     std::uint64_t size = sizeof header;
     promisedSize(header, size);
@@ -178,7 +330,12 @@ std::vector<unsigned char> encodeMesh(MeshData const& mesh) {
     writer.put(mesh.colors);
     writer.put(mesh.textureCoordinates);
     writer.put(mesh.triangleMaterials);
-    writer.put(materials);
+    writer.put(mesh.lines);
+    writer.put(mesh.points);
+    for (MeshScalar const& scalar : mesh.scalars) {
+        writer.put(scalar.values);
+    }
+    writer.put(details);
     return writer.take();
 }
 
@@ -226,7 +383,12 @@ Result<MeshData> decodeMesh(unsigned char const* bytes, std::size_t size, std::s
     if ((header.flags & HAS_MATERIALS) != 0) {
         mesh.triangleMaterials = reader.take<unsigned int>(header.triangleCount);
     }
-    if (!decodeMaterials(reader.take<unsigned char>(header.materialBytes), mesh.materials)) {
+    mesh.lines = reader.take<MeshLine>(header.lineCount);
+    mesh.points = reader.take<unsigned int>(header.pointCount);
+    for (std::uint64_t i = 0; i < header.scalarCount; ++i) {
+        mesh.scalars.push_back({{}, {}, reader.take<double>(header.vertexCount)});
+    }
+    if (!decodeDetails(reader.take<unsigned char>(header.detailBytes), mesh)) {
         return damaged;
     }
     mesh.partCount = header.partCount;

@@ -35,6 +35,47 @@ TEST(MeshData, aMeshWithoutTrianglesIsEmpty) {
     EXPECT_THAT(faultOf(MeshData()), testing::HasSubstr("empty"));
 }
 
+TEST(MeshData, linesOrPointsAreEnough) {
+    MeshData mesh = triangle();
+    mesh.triangles.clear();
+    mesh.lines = {{0, 2}};
+    EXPECT_EQ(faultOf(mesh), "");
+    mesh.lines = {{0, 1}, {0, 3}};
+    EXPECT_THAT(faultOf(mesh), testing::HasSubstr("line 1 has vertex index 3"));
+    mesh.lines.clear();
+    mesh.points = {1};
+    EXPECT_EQ(faultOf(mesh), "");
+    mesh.points = {7};
+    EXPECT_THAT(faultOf(mesh), testing::HasSubstr("point 0 has vertex index 7"));
+}
+
+TEST(MeshData, scalarsHaveAValueForEachVertex) {
+    MeshData mesh = triangle();
+    mesh.scalars = {{"heat", "K", {1, std::numeric_limits<double>::quiet_NaN(), 3}}};
+    EXPECT_EQ(faultOf(mesh), "");
+    mesh.scalars[0].values.pop_back();
+    EXPECT_THAT(faultOf(mesh), testing::HasSubstr("length"));
+}
+
+TEST(MeshData, numbersOfMaterialsAreChecked) {
+    constexpr float NOT_A_NUMBER = std::numeric_limits<float>::quiet_NaN();
+    MeshData mesh = triangle();
+    mesh.materials.resize(1);
+    EXPECT_EQ(faultOf(mesh), "");
+    viewport::Material bad[7];
+    bad[0].opacity = 1.5F;
+    bad[1].emission.g = NOT_A_NUMBER;
+    bad[2].specular = {0, 0, -1, 1};
+    bad[3].shininess = NOT_A_NUMBER;
+    bad[4].textureTransform.v0 = NOT_A_NUMBER;
+    bad[5].texelColumns = 3;
+    bad[6].alphaCutoff = NOT_A_NUMBER;
+    for (viewport::Material const& material : bad) {
+        mesh.materials[0] = material;
+        EXPECT_THAT(faultOf(mesh), testing::HasSubstr("material")) << &material - bad;
+    }
+}
+
 TEST(MeshData, aMeshOfTrianglesThatShowNothingIsEmpty) {
     MeshData mesh = triangle();
     mesh.triangles = {{0, 0, 0}, {0, 1, 1}, {2, 0, 2}};

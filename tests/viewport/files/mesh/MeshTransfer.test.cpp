@@ -2,7 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <cmath>
 #include <cstring>
+#include <limits>
 
 using namespace vellum;
 using namespace vellum::viewport;
@@ -93,6 +95,94 @@ TEST(MeshTransfer, materialsComeBackAsTheyWere) {
     }
     sent.triangleMaterials = {2};
     EXPECT_THAT(faultOf(encodeMesh(sent)), testing::HasSubstr("material that does not exist"));
+}
+
+TEST(MeshTransfer, allThatAMaterialSaysComesBack) {
+    MeshData sent = triangle();
+    Material material;
+    material.name = "leaf";
+    material.opacity = 0.25F;
+    material.emission = {0.5F, 0, 0, 1};
+    material.specular = {0, 0.75F, 0, 1};
+    material.shininess = 12;
+    material.isTwoSided = true;
+    material.texture = "*0";
+    material.textureBytes.assign(8, 7);
+    material.texelColumns = 1;
+    material.texelRows = 2;
+    material.textureTransform = {1, 2, 3, 4, 5, 6};
+    material.alphaMode = AlphaMode::MASK;
+    material.alphaCutoff = 0.125F;
+    material.opacityTexture = "hole.png";
+    sent.materials = {Material(), material};
+    Result<MeshData> const result = decode(encodeMesh(sent));
+    ASSERT_TRUE(result.isOk()) << result.fault().line();
+    ASSERT_EQ(result.value().materials.size(), 2U);
+    EXPECT_FALSE(result.value().materials[0].specular.has_value());
+    EXPECT_FALSE(result.value().materials[0].isTwoSided);
+    Material const& back = result.value().materials[1];
+    EXPECT_EQ(back.name, "leaf");
+    EXPECT_EQ(back.opacity, 0.25F);
+    EXPECT_EQ(back.emission.r, 0.5F);
+    ASSERT_TRUE(back.specular.has_value());
+    EXPECT_EQ(back.specular->g, 0.75F);
+    EXPECT_EQ(back.shininess, 12);
+    EXPECT_TRUE(back.isTwoSided);
+    EXPECT_EQ(back.textureBytes.size(), 8U);
+    EXPECT_EQ(back.texelColumns, 1U);
+    EXPECT_EQ(back.texelRows, 2U);
+    EXPECT_EQ(back.textureTransform.vv, 4);
+    EXPECT_EQ(back.textureTransform.v0, 6);
+    EXPECT_EQ(back.alphaMode, AlphaMode::MASK);
+    EXPECT_EQ(back.alphaCutoff, 0.125F);
+    EXPECT_EQ(back.opacityTexture, "hole.png");
+}
+
+TEST(MeshTransfer, linesPointsScalarsUpAndAnimationsComeBack) {
+    MeshData sent = triangle();
+    sent.lines = {{0, 1}, {1, 2}};
+    sent.points = {2};
+    sent.scalars = {{"heat", "K", {1, 2, 3}}, {"age", "", {4, std::numeric_limits<double>::quiet_NaN(), 6}}};
+    sent.up = UpAxis::MINUS_X;
+    sent.animations = {{"walk", 2.5}};
+    std::vector<unsigned char> const whole = encodeMesh(sent);
+    Result<MeshData> const result = decode(whole);
+    ASSERT_TRUE(result.isOk()) << result.fault().line();
+    MeshData const& mesh = result.value();
+    ASSERT_EQ(mesh.lines.size(), 2U);
+    EXPECT_EQ(mesh.lines[1].e1, 2U);
+    EXPECT_EQ(mesh.points, std::vector<unsigned int>{2});
+    ASSERT_EQ(mesh.scalars.size(), 2U);
+    EXPECT_EQ(mesh.scalars[0].name, "heat");
+    EXPECT_EQ(mesh.scalars[0].unit, "K");
+    EXPECT_EQ(mesh.scalars[0].values, (std::vector<double>{1, 2, 3}));
+    EXPECT_TRUE(std::isnan(mesh.scalars[1].values[1])) << "a scalar may be missing";
+    EXPECT_EQ(mesh.up, UpAxis::MINUS_X);
+    ASSERT_EQ(mesh.animations.size(), 1U);
+    EXPECT_EQ(mesh.animations[0].name, "walk");
+    EXPECT_EQ(mesh.animations[0].duration, 2.5);
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        EXPECT_THAT(faultOf({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)}),
+                    testing::HasSubstr("damaged"));
+    }
+}
+
+TEST(MeshTransfer, noDamagedByteIsTrusted) {
+    MeshData sent = triangle();
+    sent.lines = {{0, 1}};
+    sent.scalars = {{"heat", "K", {1, 2, 3}}};
+    sent.animations = {{"walk", 2.5}};
+    sent.materials.resize(1);
+    sent.materials[0].texture = "skin.png";
+    std::vector<unsigned char> const whole = encodeMesh(sent);
+    for (std::size_t place = 0; place < whole.size(); ++place) {
+        for (unsigned char const value : {0x00, 0x7F, 0xFF}) {
+            Result<MeshData> const result = decode(with(whole, place, value));
+            if (result.isOk()) {
+                EXPECT_FALSE(result.value().firstFault("file").has_value()) << place;
+            }
+        }
+    }
 }
 
 TEST(MeshTransfer, aFaultComesBackWithTheFilesName) {
