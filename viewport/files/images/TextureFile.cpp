@@ -1,8 +1,14 @@
 #include "viewport/files/images/TextureFile.h"
 
+#include "viewport/files/common/MappedFile.h"
+#include "viewport/files/images/GuardedPicture.h"
+#include "viewport/files/images/picture_decoders.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <new>
+#include <string_view>
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -13,6 +19,46 @@ namespace vellum::viewport {
 namespace {
 
 using Image = std::shared_ptr<VL_Image const>;
+
+bool startsWith(std::string_view bytes, std::string_view signature) {
+    return bytes.substr(0, signature.size()) == signature;
+}
+
+/// TGA files have no signature: whether the header's fields are among those that such files have.
+bool isTga(std::string_view bytes) {
+    constexpr std::size_t HEADER_SIZE = 18;
+    if (bytes.size() < HEADER_SIZE) {
+        return false;
+    }
+    auto const field = [&bytes](std::size_t place) { return static_cast<unsigned char>(bytes[place]); };
+    int const kind = field(2);
+    bool const isKind = (kind >= 1 && kind <= 3) || (kind >= 9 && kind <= 11);
+    int const bits = field(16);
+    return isKind && field(1) <= 1 && (bits == 8 || bits == 15 || bits == 16 || bits == 24 || bits == 32);
+}
+
+Image decode(std::string const& path) {
+    using namespace std::string_view_literals;
+    auto const image = std::make_shared<VL_Image>();
+    if (image->read(path.c_str())) {
+        return image;
+    }
+    Result<MappedFile> const file = MappedFile::open(path);
+    std::string_view const bytes = file.isOk() ? file.value().bytes() : std::string_view();
+    for (std::string_view const signature : {"II*\0"sv, "MM\0*"sv, "II+\0"sv, "MM\0+"sv}) {
+        if (startsWith(bytes, signature)) {
+            return decodeTiff(path, *image) ? image : nullptr;
+        }
+    }
+    if (startsWith(bytes, "RIFF") &&
+        startsWith(bytes.substr(std::min<std::size_t>(8, bytes.size())), "WEBP")) {
+        return decodeWebp(bytes, *image) ? image : nullptr;
+    }
+    if (startsWith(bytes, "GIF8") || startsWith(bytes, "BM") || isTga(bytes)) {
+        return decodeGuarded([bytes](VL_Image& decoded) { return decodeWithStb(bytes, decoded); });
+    }
+    return nullptr;
+}
 
 }  // namespace
 
@@ -25,14 +71,17 @@ Result<Image> readTexture(std::string const& path) {
     ::close(descriptor);
     Image image = readImage(path);
     if (image == nullptr) {
-        return Fault{path, "is not a readable picture (PNG, JPEG, EXR or HDR)"};
+        return Fault{path, std::string("is not a readable picture (") + PICTURE_FORMATS + ")"};
     }
     return image;
 }
 
 Image readImage(std::string const& path) {
-    auto const image = std::make_shared<VL_Image>();
-    return image->read(path.c_str()) ? image : nullptr;
+    try {
+        return decode(path);
+    } catch (std::bad_alloc const&) {
+        return nullptr;
+    }
 }
 
 Image readImage(std::vector<unsigned char> const& bytes) {

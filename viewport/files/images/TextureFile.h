@@ -9,10 +9,15 @@
 
 namespace vellum::viewport {
 
+/// The formats of pictures, for messages.
+constexpr char PICTURE_FORMATS[] = "PNG, JPEG, EXR, HDR, TIFF, WebP, TGA, BMP or GIF";
+
 /// Reads an image file that a user named for a texture. A file that cannot be opened or decoded is a fault.
 Result<std::shared_ptr<VL_Image const>> readTexture(std::string const& path);
 
-/// Decodes an image file; null where it is not one of the formats of VL_Image or damaged.
+/// Decodes an image file of one of the formats above, which its first bytes tell; null where it is of another
+/// format or damaged. Formats without a decoder that damaged files cannot harm are decoded in a process of their own:
+/// call it before a GL context or a thread exists.
 std::shared_ptr<VL_Image const> readImage(std::string const& path);
 
 /// The same for the bytes of an image file that lie in memory, as in meshes that embed their textures.

@@ -161,6 +161,25 @@ Color4<float> materialColor(aiScene const& scene, unsigned int index) {
     return isBlack && isReplaced ? PLAIN_COLOR : color;
 }
 
+/// Takes over a texture that the file itself holds.
+void takeTexture(aiTexture const& texture, Material& material) {
+    constexpr unsigned int LONGEST_SIDE = 16384;
+    if (texture.mHeight == 0) {
+        // A picture file; the width is its size in bytes.
+        unsigned char const* const bytes = reinterpret_cast<unsigned char const*>(texture.pcData);
+        material.textureBytes.assign(bytes, bytes + texture.mWidth);
+    } else if (texture.mWidth > 0 && texture.mWidth <= LONGEST_SIDE && texture.mHeight <= LONGEST_SIDE) {
+        material.texelColumns = texture.mWidth;
+        material.texelRows = texture.mHeight;
+        std::size_t const count = std::size_t(texture.mWidth) * texture.mHeight;
+        material.textureBytes.reserve(4 * count);
+        for (std::size_t i = 0; i < count; ++i) {
+            aiTexel const& texel = texture.pcData[i];
+            material.textureBytes.insert(material.textureBytes.end(), {texel.r, texel.g, texel.b, texel.a});
+        }
+    }
+}
+
 /// The diffuse texture of a material: its name and, if the file itself holds it, its bytes.
 Material toMaterial(aiScene const& scene, unsigned int index) {
     Material material;
@@ -180,10 +199,8 @@ Material toMaterial(aiScene const& scene, unsigned int index) {
         }
         material.texture = name.C_Str();
         aiTexture const* const embedded = scene.GetEmbeddedTexture(name.C_Str());
-        // A height of 0 marks an image file; the width is then its size in bytes.
-        if (embedded != nullptr && embedded->mHeight == 0 && embedded->pcData != nullptr) {
-            unsigned char const* const bytes = reinterpret_cast<unsigned char const*>(embedded->pcData);
-            material.textureBytes.assign(bytes, bytes + embedded->mWidth);
+        if (embedded != nullptr && embedded->pcData != nullptr) {
+            takeTexture(*embedded, material);
         }
         break;
     }

@@ -2,279 +2,33 @@
 
 #include "viewport/files/mesh/MeshTransfer.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <exception>
-#include <new>
-#include <vector>
-
-#include <fcntl.h>
-#include <poll.h>
-#include <sys/mman.h>
-#include <sys/prctl.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define VL_SANITIZED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer)
-#define VL_SANITIZED 1
-#endif
-#endif
+#include <optional>
+#include <utility>
 
 namespace vellum::viewport {
 
-#if defined(VL_SANITIZED)
-bool const IMPORT_MEMORY_IS_LIMITED = false;
-#else
-bool const IMPORT_MEMORY_IS_LIMITED = true;
-#endif
-
-namespace {
-
-using Clock = std::chrono::steady_clock;
-
-/// A file descriptor that is closed at the end of its scope.
-class Descriptor {
-public:
-    explicit Descriptor(int number = -1) : number(number) {}
-    ~Descriptor() { close(); }
-    Descriptor(Descriptor const&) = delete;
-    Descriptor& operator=(Descriptor const&) = delete;
-
-    int get() const { return number; }
-    bool isOpen() const { return number >= 0; }
-
-    void close() {
-        if (number >= 0) {
-            ::close(number);
-            number = -1;
-        }
-    }
-
-private:
-    int number;
-};
-
-std::string inSeconds(std::chrono::milliseconds const& time) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%g s", static_cast<double>(time.count()) / 1000.0);
-    return text;
-}
-
-std::string inMegabytes(std::uint64_t bytes) {
-    return std::to_string(bytes >> 20) + " MB";
-}
-
-// == In the child ==
-
-/// What the child sends when memory runs out. Prepared beforehand, since nothing can be allocated then.
-struct OutOfMemoryReport {
-    int descriptor = -1;
-    std::vector<unsigned char> bytes;
-};
-OutOfMemoryReport outOfMemoryReport;
-
-bool writeAll(int descriptor, std::vector<unsigned char> const& bytes) {
-    std::size_t done = 0;
-    while (done < bytes.size()) {
-        ssize_t const count = ::write(descriptor, bytes.data() + done, bytes.size() - done);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count <= 0) {
-            return false;
-        }
-        done += static_cast<std::size_t>(count);
-    }
-    return true;
-}
-
-[[noreturn]] void reportOutOfMemory() {
-    bool const sent = writeAll(outOfMemoryReport.descriptor, outOfMemoryReport.bytes);
-    _exit(sent ? EXIT_SUCCESS : EXIT_FAILURE);
-}
-
-void setLimit(int resource, std::uint64_t value) {
-    rlimit limit{};
-    if (getrlimit(static_cast<__rlimit_resource>(resource), &limit) == 0) {
-        limit.rlim_cur = std::min<rlim_t>(limit.rlim_max, value);
-        limit.rlim_max = limit.rlim_cur;
-        setrlimit(static_cast<__rlimit_resource>(resource), &limit);
-    }
-}
-
-/// The address space in use, in bytes; 0 where the system does not tell.
-std::uint64_t usedAddressSpace() {
-    unsigned long long pages = 0;
-    if (std::FILE* const file = std::fopen("/proc/self/statm", "r")) {
-        if (std::fscanf(file, "%llu", &pages) != 1) {
-            pages = 0;
-        }
-        std::fclose(file);
-    }
-    return pages * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
-}
-
-void silenceStandardStreams() {
-    int const nothing = ::open("/dev/null", O_RDWR | O_CLOEXEC);
-    for (int const stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        if (nothing >= 0) {
-            dup2(nothing, stream);
-        } else {
-            ::close(stream);
-        }
-    }
-}
-
-void restrictProcess(ImportLimits const& limits) {
-    prctl(PR_SET_DUMPABLE, 0);
-    setLimit(RLIMIT_CORE, 0);
-    // The parent's clock is the real deadline. This one holds should the parent be stopped.
-    setLimit(RLIMIT_CPU, static_cast<std::uint64_t>(limits.deadline.count()) / 1000 + 2);
-    // The result is a file to the kernel, in memory that the limit of address space does not count.
-    std::signal(SIGXFSZ, SIG_IGN);
-    setLimit(RLIMIT_FSIZE, limits.memoryBytes);
-    if (IMPORT_MEMORY_IS_LIMITED) {
-        setLimit(RLIMIT_AS, usedAddressSpace() + limits.memoryBytes);
-    }
-}
-
-[[noreturn]] void runChild(std::function<Result<MeshData>()> const& import, ImportLimits const& limits,
-                           pid_t const& parent, int result) {
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (getppid() != parent) {
-        _exit(EXIT_FAILURE);  // The parent died before the line above.
-    }
-    silenceStandardStreams();
-    outOfMemoryReport.descriptor = result;
-    outOfMemoryReport.bytes =
-        encodeFault("the import needs more memory than the limit of " + inMegabytes(limits.memoryBytes));
-    std::set_new_handler(reportOutOfMemory);
-    restrictProcess(limits);
-
-    std::vector<unsigned char> outcome;
-    try {
-        Result<MeshData> const mesh = import();
-        outcome = mesh.isOk() ? encodeMesh(mesh.value()) : encodeFault(mesh.fault().message);
-    } catch (std::exception const& exception) {
-        outcome = encodeFault(std::string("the import failed: ") + exception.what());
-    } catch (...) {
-        outcome = encodeFault("the import failed");
-    }
-    // Neither destructors nor exit handlers: they belong to the parent.
-    _exit(writeAll(result, outcome) ? EXIT_SUCCESS : EXIT_FAILURE);
-}
-
-// == In the parent ==
-
-/// Waits until the other end of the pipe is closed, which the child's end does, whatever its cause.
-/// False when the deadline came first.
-bool waitForEnd(int lifeline, Clock::time_point const& deadline) {
-    for (;;) {
-        auto const left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-        // poll counts in ints; a longer wait comes round again.
-        int const timeout = static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, 3'600'000));
-        pollfd end{lifeline, POLLIN, 0};
-        int const ready = ::poll(&end, 1, timeout);
-        if (ready > 0) {
-            return true;
-        }
-        if (ready == 0 && Clock::now() >= deadline) {
-            return false;
-        }
-        if (ready < 0 && errno != EINTR) {
-            return false;
-        }
-    }
-}
-
-int reap(pid_t const& child) {
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    return status;
-}
-
-/// Why a child that ended with this status gave no result; empty when it gave one.
-std::string describeEnd(int status, ImportLimits const& limits) {
-    if (WIFSIGNALED(status)) {
-        int const number = WTERMSIG(status);
-        if (number == SIGXCPU || number == SIGKILL) {
-            return "the import was stopped: it used more time or memory than allowed (" +
-                   inSeconds(limits.deadline) + ", " + inMegabytes(limits.memoryBytes) + ")";
-        }
-        return std::string("the importer crashed (") + strsignal(number) + "); the file is probably damaged";
-    }
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != EXIT_SUCCESS) {
-        return "the import ended without a result; the file is probably damaged or its mesh too large";
-    }
-    return {};
-}
-
-Result<MeshData> readResult(int descriptor, std::string const& file) {
-    struct stat facts {};
-    if (fstat(descriptor, &facts) != 0 || facts.st_size <= 0) {
-        return Fault{file, "the importer gave no result"};
-    }
-    std::size_t const size = static_cast<std::size_t>(facts.st_size);
-    void* const memory = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, descriptor, 0);
-    if (memory == MAP_FAILED) {
-        return Fault{file, std::string("cannot take over the imported mesh: ") + std::strerror(errno)};
-    }
-    struct Unmap {
-        void* memory;
-        std::size_t size;
-        ~Unmap() { munmap(memory, size); }
-    } const unmap{memory, size};
-    try {
-        return decodeMesh(static_cast<unsigned char const*>(memory), size, file);
-    } catch (std::bad_alloc const&) {
-        return Fault{file, "not enough memory for the mesh"};
-    }
-}
-
-}  // namespace
-
 Result<MeshData> importGuarded(std::string const& file, std::function<Result<MeshData>()> const& import,
                                ImportLimits const& limits) {
-    auto const cannotStart = [&file] {
-        return Fault{file, std::string("cannot start the import: ") + std::strerror(errno)};
+    MeshData imported;
+    GuardedRun run;
+    run.file = file;
+    run.work = [&import] {
+        Result<MeshData> const mesh = import();
+        return mesh.isOk() ? encodeMesh(mesh.value()) : encodeFault(mesh.fault().message);
     };
-    Descriptor const result(memfd_create("vl_viewport import", MFD_CLOEXEC));
-    int ends[2];
-    if (!result.isOpen() || pipe2(ends, O_CLOEXEC) != 0) {
-        return cannotStart();
+    run.encodeFault = encodeFault;
+    run.take = [&](unsigned char const* bytes, std::size_t size) -> std::optional<Fault> {
+        Result<MeshData> mesh = decodeMesh(bytes, size, file);
+        if (!mesh.isOk()) {
+            return mesh.fault();
+        }
+        imported = std::move(mesh.value());
+        return std::nullopt;
+    };
+    if (std::optional<Fault> const fault = runGuarded(run, limits)) {
+        return *fault;
     }
-    Descriptor const lifeline(ends[0]);
-    Descriptor childsEnd(ends[1]);
-
-    Clock::time_point const deadline = Clock::now() + limits.deadline;
-    pid_t const parent = getpid();
-    pid_t const child = fork();
-    if (child < 0) {
-        return cannotStart();
-    }
-    if (child == 0) {
-        runChild(import, limits, parent, result.get());
-    }
-    childsEnd.close();
-
-    if (!waitForEnd(lifeline.get(), deadline)) {
-        kill(child, SIGKILL);
-        reap(child);
-        return Fault{file,
-                     "the import did not end within " + inSeconds(limits.deadline) + " and was stopped"};
-    }
-    std::string const end = describeEnd(reap(child), limits);
-    return end.empty() ? readResult(result.get(), file) : Result<MeshData>(Fault{file, end});
+    return imported;
 }
 
 }  // namespace vellum::viewport

@@ -5,8 +5,11 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <filesystem>
 #include <map>
+#include <string_view>
+#include <utility>
 
 namespace vellum::viewport {
 
@@ -43,6 +46,259 @@ bool isFile(fs::path const& path) {
     return fs::is_regular_file(path, error);
 }
 
+// Where textures are kept beside a mesh file, in the order in which they are looked through.
+constexpr char const* FOLDERS[] = {"textures", "texture", "tex", "images", "maps"};
+
+/// The entry of a folder with this name, whatever the case of its letters.
+std::optional<fs::path> entryOf(fs::path const& folder, std::string const& name) {
+    std::error_code error;
+    fs::path const exact = folder / name;
+    if (fs::exists(exact, error)) {
+        return exact;
+    }
+    std::string const wanted = lowerCase(name);
+    std::optional<fs::path> found;
+    fs::directory_iterator entry(folder.empty() ? fs::path(".") : folder, error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        // The order of entries is that of the disk; the first by name is the same on every machine.
+        if (lowerCase(entry->path().filename().string()) == wanted && (!found || entry->path() < *found)) {
+            found = entry->path();
+        }
+    }
+    return found;
+}
+
+/// The file below a folder, whatever the case of its letters.
+std::optional<fs::path> fileBelow(fs::path const& folder, std::vector<std::string> const& names) {
+    fs::path place = folder;
+    for (std::string const& name : names) {
+        std::optional<fs::path> const next = entryOf(place, name);
+        if (!next) {
+            return std::nullopt;
+        }
+        place = *next;
+    }
+    return isFile(place) ? std::optional<fs::path>(place) : std::nullopt;
+}
+
+/// The folders of a mesh file's textures, as names below its own: that itself, those in it, and those beside it.
+std::vector<std::vector<std::string>> const& texturePlaces() {
+    static std::vector<std::vector<std::string>> const places = [] {
+        std::vector<std::vector<std::string>> all{{}};
+        for (char const* const folder : FOLDERS) {
+            all.push_back({folder});
+        }
+        for (char const* const folder : FOLDERS) {
+            all.push_back({"..", folder});
+        }
+        return all;
+    }();
+    return places;
+}
+
+/// The parts of a path that may lie below another folder.
+std::vector<std::string> namesOf(fs::path const& path) {
+    std::vector<std::string> names;
+    for (fs::path const& name : path.relative_path()) {
+        if (!name.empty() && name != "." && name != "..") {
+            names.push_back(name.string());
+        }
+    }
+    return names;
+}
+
+// == Pictures in the mesh file itself ==
+
+constexpr std::string_view DATA_ADDRESS = "data:";
+
+/// What the four letters of base64 in a row stand for; -1 for other characters.
+int base64Digit(char c) {
+    return c >= 'A' && c <= 'Z'   ? c - 'A'
+           : c >= 'a' && c <= 'z' ? c - 'a' + 26
+           : c >= '0' && c <= '9' ? c - '0' + 52
+           : c == '+' || c == '-' ? 62
+           : c == '/' || c == '_' ? 63
+                                  : -1;
+}
+
+/// The bytes of an address that holds its data ("data:image/png;base64,..."); empty for others.
+std::vector<unsigned char> bytesOfAddress(std::string_view address) {
+    std::vector<unsigned char> bytes;
+    std::size_t const comma = address.find(',');
+    if (address.substr(0, DATA_ADDRESS.size()) != DATA_ADDRESS || comma == std::string_view::npos) {
+        return bytes;
+    }
+    std::string_view const content = address.substr(comma + 1);
+    if (address.substr(0, comma).find(";base64") == std::string_view::npos) {
+        std::string const plain = decodePercents(std::string(content));
+        return {plain.begin(), plain.end()};
+    }
+    unsigned int held = 0;
+    int bits = 0;
+    for (char const c : content) {
+        int const digit = base64Digit(c);
+        if (digit < 0) {
+            continue;
+        }
+        held = (held << 6 | static_cast<unsigned int>(digit)) & 0xFFFFFFU;
+        bits += 6;
+        if (bits >= 8) {
+            bits -= 8;
+            bytes.push_back(static_cast<unsigned char>(held >> bits & 0xFFU));
+        }
+    }
+    return bytes;
+}
+
+/// The picture of pixels that the mesh file holds, upper row first.
+Image imageOfTexels(Material const& material) {
+    auto const image = std::make_shared<VL_Image>();
+    if (!image->create(material.texelColumns, material.texelRows, 4, 8)) {
+        return nullptr;
+    }
+    std::size_t const stride = std::size_t(4) * material.texelColumns;
+    for (std::size_t row = 0; row < material.texelRows; ++row) {
+        std::copy_n(material.textureBytes.data() + (material.texelRows - 1 - row) * stride, stride,
+                    image->getBuffer() + row * stride);
+    }
+    return image;
+}
+
+// == Opacity ==
+
+/// The opacity of a picture's pixel, or its brightness where the picture has none; 0 to 1.
+float opacityAt(VL_Image const& image, std::size_t pixel) {
+    std::size_t const channels = static_cast<std::size_t>(image.pixdepth() / image.bitdepth());
+    auto const channel = [&](std::size_t k) {
+        std::size_t const place = pixel * channels + k;
+        return image.bitdepth() == 8    ? static_cast<float>(image.getBuffer()[place]) / 255.0F
+               : image.bitdepth() == 16 ? static_cast<float>(image.getBuffer16()[place]) / 65535.0F
+                                        : image.getBuffer32()[place];
+    };
+    float const value = channels == 4 ? channel(3) : (channel(0) + channel(1) + channel(2)) / 3;
+    return std::isfinite(value) ? std::clamp(value, 0.0F, 1.0F) : 0.0F;
+}
+
+/// The colors of one picture with the opacity of another, which is stretched over it. Colors of more than 8 bits are
+/// rounded. White where there is no picture of colors.
+Image withOpacity(Image const& colors, VL_Image const& opacity) {
+    VL_Image const& sized = colors != nullptr ? *colors : opacity;
+    auto const image = std::make_shared<VL_Image>();
+    if (!image->create(sized.width(), sized.height(), 4, 8)) {
+        return nullptr;
+    }
+    unsigned char* to = image->getBuffer();
+    std::size_t const channels =
+        colors != nullptr ? static_cast<std::size_t>(colors->pixdepth() / colors->bitdepth()) : 0;
+    auto const colorAt = [&](std::size_t place) {
+        float const value = colors->bitdepth() == 16
+                                ? static_cast<float>(colors->getBuffer16()[place]) / 65535.0F
+                                : colors->getBuffer32()[place];
+        return static_cast<unsigned char>(255 * std::clamp(value, 0.0F, 1.0F) + 0.5F);
+    };
+    for (std::size_t y = 0; y < sized.height(); ++y) {
+        for (std::size_t x = 0; x < sized.width(); ++x) {
+            std::size_t const pixel = y * sized.width() + x;
+            for (std::size_t k = 0; k < 3; ++k) {
+                std::size_t const place = pixel * channels + k;
+                *to++ = colors == nullptr         ? 255
+                        : colors->bitdepth() == 8 ? colors->getBuffer()[place]
+                                                  : colorAt(place);
+            }
+            std::size_t const column = x * opacity.width() / sized.width();
+            std::size_t const row = y * opacity.height() / sized.height();
+            *to++ =
+                static_cast<unsigned char>(255 * opacityAt(opacity, row * opacity.width() + column) + 0.5F);
+        }
+    }
+    return image;
+}
+
+/// Reads the pictures of one mesh, each once.
+class TextureReader {
+public:
+    TextureReader(std::string const& meshPath, std::vector<Fault>& notes)
+        : meshPath(meshPath), notes(notes) {}
+
+    /// Null without a picture.
+    Image read(Material const& material) {
+        Image const colors = material.texture.empty() ? nullptr : _colors(material);
+        if (material.opacityTexture.empty()) {
+            return colors;
+        }
+        // The same picture has both.
+        Image const opacity =
+            material.opacityTexture == material.texture
+                ? colors
+                : _named(material.opacityTexture, [&] { return _file(material.opacityTexture); });
+        if (opacity == nullptr || (opacity == colors && opacity->pixdepth() == 4 * opacity->bitdepth())) {
+            return colors;
+        }
+        std::pair<Image, Image> const both(colors, opacity);
+        auto const [entry, isNew] = combined.emplace(both, nullptr);
+        if (isNew) {
+            entry->second = withOpacity(colors, *opacity);
+        }
+        return entry->second;
+    }
+
+private:
+    Image _colors(Material const& material) {
+        return _named(material.texture, [&]() -> Image {
+            if (material.texelRows > 0) {
+                return _readable(material.texture, imageOfTexels(material));
+            }
+            if (!material.textureBytes.empty()) {
+                return _readable(material.texture, readImage(material.textureBytes));
+            }
+            return _file(material.texture);
+        });
+    }
+
+    template <class Read>
+    Image _named(std::string const& name, Read const& read) {
+        auto const [entry, isNew] = known.emplace(name, nullptr);
+        if (isNew) {
+            entry->second = read();
+        }
+        return entry->second;
+    }
+
+    Image _file(std::string const& name) {
+        std::vector<unsigned char> const bytes = bytesOfAddress(name);
+        if (!bytes.empty()) {
+            return _readable("data:", readImage(bytes));
+        }
+        if (std::optional<std::string> const path = findTexture(meshPath, name)) {
+            return _readable(name, readImage(*path));
+        }
+        notes.push_back({meshPath, "texture '" + name + "' is neither beside the file nor in " +
+                                       textureFolders() + "; drawn without it"});
+        return nullptr;
+    }
+
+    Image _readable(std::string const& name, Image image) {
+        if (image == nullptr) {
+            notes.push_back({meshPath, "texture '" + name + "' is not a readable picture (" +
+                                           PICTURE_FORMATS + "); drawn without it"});
+        }
+        return image;
+    }
+
+    static std::string textureFolders() {
+        std::string text;
+        for (char const* const folder : FOLDERS) {
+            text += std::string(folder) + ", ";
+        }
+        return text + "../" + FOLDERS[0] + " and its like";
+    }
+
+    std::string const& meshPath;
+    std::vector<Fault>& notes;
+    std::map<std::string, Image> known;
+    std::map<std::pair<Image, Image>, Image> combined;
+};
+
 }  // namespace
 
 std::optional<std::string> findTexture(std::string const& meshPath, std::string const& name) {
@@ -50,19 +306,25 @@ std::optional<std::string> findTexture(std::string const& meshPath, std::string 
     std::string plain = name.rfind("file://", 0) == 0 ? name.substr(7) : name;
     std::replace(plain.begin(), plain.end(), '\\', '/');
     for (std::string const& variant : {plain, decodePercents(plain)}) {
-        fs::path const path(variant);
-        for (fs::path const& candidate : {folder / path, folder / path.filename()}) {
-            if (isFile(candidate)) {
-                return candidate.lexically_normal().string();
-            }
+        // Longer names than a disk has would be faults of each look.
+        constexpr std::size_t LONGEST = 4096;
+        if (variant.empty() || variant.size() >= LONGEST || variant.rfind(DATA_ADDRESS, 0) == 0) {
+            continue;
         }
-    }
-    std::string const wanted = lowerCase(fs::path(decodePercents(plain)).filename().string());
-    std::error_code error;
-    fs::directory_iterator entry(folder.empty() ? fs::path(".") : folder, error);
-    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
-        if (lowerCase(entry->path().filename().string()) == wanted && isFile(entry->path())) {
-            return entry->path().string();
+        fs::path const path(variant);
+        if (isFile(folder / path)) {
+            return (folder / path).lexically_normal().string();
+        }
+        // The most of the path that lies below the folder: names come from machines with other folders.
+        std::vector<std::string> names = namesOf(path);
+        for (; !names.empty(); names.erase(names.begin())) {
+            for (std::vector<std::string> const& place : texturePlaces()) {
+                std::vector<std::string> whole = place;
+                whole.insert(whole.end(), names.begin(), names.end());
+                if (std::optional<fs::path> const found = fileBelow(folder, whole)) {
+                    return found->lexically_normal().string();
+                }
+            }
         }
     }
     return std::nullopt;
@@ -70,33 +332,22 @@ std::optional<std::string> findTexture(std::string const& meshPath, std::string 
 
 std::vector<Fault> loadTextures(std::string const& meshPath, MeshData& mesh) {
     std::vector<Fault> notes;
-    std::map<std::string, Image> known;
     std::vector<bool> isUsed(mesh.materials.size(), false);
     for (unsigned int material : mesh.triangleMaterials) {
         isUsed[material] = true;
     }
+    TextureReader reader(meshPath, notes);
     for (std::size_t i = 0; i < mesh.materials.size(); ++i) {
         Material& material = mesh.materials[i];
-        if (material.texture.empty() || !isUsed[i] || mesh.textureCoordinates.empty()) {
-            continue;
+        bool const hasPicture = !material.texture.empty() || !material.opacityTexture.empty();
+        if (hasPicture && isUsed[i] && !mesh.textureCoordinates.empty()) {
+            material.image = reader.read(material);
         }
-        auto const [entry, isNew] = known.emplace(material.texture, nullptr);
-        if (isNew) {
-            std::string const shown = "texture '" + material.texture + "' ";
-            if (!material.textureBytes.empty()) {
-                entry->second = readImage(material.textureBytes);
-            } else if (std::optional<std::string> const path = findTexture(meshPath, material.texture)) {
-                entry->second = readImage(*path);
-            } else {
-                notes.push_back({meshPath, shown + "is not beside the file; drawn without it"});
-                continue;
-            }
-            if (entry->second == nullptr) {
-                notes.push_back({meshPath, shown + "is not a readable picture; drawn without it"});
-            }
-        }
-        material.image = entry->second;
+    }
+    for (Material& material : mesh.materials) {
         material.textureBytes = {};
+        material.texelColumns = 0;
+        material.texelRows = 0;
     }
     return notes;
 }

@@ -48,6 +48,101 @@ TEST(Textures, namesOfOtherSystemsAreFound) {
     EXPECT_FALSE(findTexture(mesh, ""));
 }
 
+TEST(Textures, foldersOfTexturesAreLookedThrough) {
+    TemporaryFolder const folder;
+    for (char const* const name : {"scene", "scene/Textures", "scene/art", "images"}) {
+        ASSERT_EQ(mkdir(folder.file(name).c_str(), 0755), 0);
+    }
+    folder.write("scene/Textures/wood.png", "x");
+    folder.write("scene/art/Stone.PNG", "x");
+    folder.write("images/sky.png", "x");
+    folder.write("images/both.png", "x");
+    folder.write("scene/both.png", "x");
+    std::string const mesh = folder.file("scene/model.obj");
+    EXPECT_EQ(findTexture(mesh, "wood.png"), folder.file("scene/Textures/wood.png"));
+    EXPECT_EQ(findTexture(mesh, "TEXTURES/WOOD.png"), folder.file("scene/Textures/wood.png"));
+    EXPECT_EQ(findTexture(mesh, "D:\\work\\Art\\stone.png"), folder.file("scene/art/Stone.PNG"));
+    EXPECT_EQ(findTexture(mesh, "sky.png"), folder.file("images/sky.png"));
+    EXPECT_EQ(findTexture(mesh, "both.png"), folder.file("scene/both.png")) << "the nearest one";
+    EXPECT_FALSE(findTexture(mesh, "stone.png")) << "not every folder is one of textures";
+}
+
+TEST(Textures, aNoteSaysWhereATextureWasLookedFor) {
+    TemporaryFolder const folder;
+    MeshData mesh = triangleWith("gone.png");
+    std::vector<Fault> const notes = loadTextures(folder.file("m.obj"), mesh);
+    ASSERT_EQ(notes.size(), 1U);
+    EXPECT_THAT(notes[0].line(),
+                testing::HasSubstr("'gone.png' is neither beside the file nor in textures, "));
+    EXPECT_THAT(notes[0].line(), testing::HasSubstr("../textures"));
+}
+
+TEST(Textures, aFaultCostsOneTextureOnly) {
+    TemporaryFolder const folder;
+    savePicture(folder.file("good.png"));
+    MeshData mesh = triangleWith("gone.png");
+    mesh.materials.push_back(mesh.materials[0]);
+    mesh.materials[1].texture = "good.png";
+    mesh.triangles.push_back({0, 1, 2});
+    mesh.triangleMaterials = {0, 1};
+    EXPECT_EQ(loadTextures(folder.file("m.obj"), mesh).size(), 1U);
+    EXPECT_EQ(mesh.materials[0].image, nullptr);
+    EXPECT_NE(mesh.materials[1].image, nullptr);
+}
+
+TEST(Textures, pixelsInsideTheMeshFileAreTaken) {
+    MeshData mesh = triangleWith("*0");
+    mesh.materials[0].texelColumns = 1;
+    mesh.materials[0].texelRows = 2;
+    mesh.materials[0].textureBytes = {255, 0, 0, 255, 0, 255, 0, 128};  // red above green
+    EXPECT_TRUE(loadTextures("m.fbx", mesh).empty());
+    ASSERT_NE(mesh.materials[0].image, nullptr);
+    EXPECT_EQ(mesh.materials[0].image->height(), 2U);
+    EXPECT_EQ(mesh.materials[0].image->getBuffer()[1], 255) << "the lower row comes first";
+    EXPECT_EQ(mesh.materials[0].image->getBuffer()[3], 128);
+    EXPECT_EQ(mesh.materials[0].image->getBuffer()[4], 255);
+}
+
+TEST(Textures, addressesMayHoldThePicture) {
+    // A BMP file of one red pixel.
+    MeshData mesh =
+        triangleWith("data:image/bmp;base64,Qk06AAAAAAAAADYAAAAoAAAAAQAAAAEAAAABABgAAAAAAAQAAAATCwAAEwsAAAAA"
+                     "AAAAAAAAAAD/AA==");
+    EXPECT_TRUE(loadTextures("m.dae", mesh).empty());
+    ASSERT_NE(mesh.materials[0].image, nullptr);
+    EXPECT_EQ(mesh.materials[0].image->getBuffer()[0], 255);
+    EXPECT_EQ(mesh.materials[0].image->getBuffer()[1], 0);
+}
+
+TEST(Textures, theOpacityOfAnotherPictureIsTaken) {
+    TemporaryFolder const folder;
+    Picture colors;
+    colors.width = 2;
+    colors.height = 1;
+    colors.pixels = {255, 0, 0, 255, 0, 255, 0, 255};
+    ASSERT_FALSE(colors.savePng(folder.file("colors.png")));
+    Picture mask = colors;
+    mask.pixels = {255, 255, 255, 255, 255, 255, 255, 51};
+    ASSERT_FALSE(mask.savePng(folder.file("mask.png")));
+    MeshData mesh = triangleWith("colors.png");
+    mesh.materials[0].opacityTexture = "mask.png";
+    EXPECT_TRUE(loadTextures(folder.file("m.obj"), mesh).empty());
+    vellum::VL_Image const* const image = mesh.materials[0].image.get();
+    ASSERT_NE(image, nullptr);
+    ASSERT_EQ(image->pixdepth(), 32);
+    EXPECT_EQ(image->getBuffer()[0], 255);
+    EXPECT_EQ(image->getBuffer()[3], 255);
+    EXPECT_EQ(image->getBuffer()[5], 255);
+    EXPECT_EQ(image->getBuffer()[7], 51);
+
+    mesh = triangleWith("");
+    mesh.materials[0].opacityTexture = "mask.png";
+    EXPECT_TRUE(loadTextures(folder.file("m.obj"), mesh).empty());
+    ASSERT_NE(mesh.materials[0].image, nullptr);
+    EXPECT_EQ(mesh.materials[0].image->getBuffer()[5], 255) << "white where there are no colors";
+    EXPECT_EQ(mesh.materials[0].image->getBuffer()[7], 51);
+}
+
 TEST(Textures, whatCannotBeReadIsNotedAndLeftOut) {
     TemporaryFolder const folder;
     savePicture(folder.file("good.png"));

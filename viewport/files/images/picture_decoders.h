@@ -1,0 +1,23 @@
+#pragma once
+
+#include "foundation/image/VL_Image.h"
+
+#include <string>
+#include <string_view>
+
+/// Decoders of picture formats that VL_Image does not read. Each is false for a picture that is damaged, larger
+/// than an image may be, or of a kind that it does not know; the image is then undefined.
+namespace vellum::viewport {
+
+/// TIFF through libtiff: 8 bits a channel, or 16 or 32 (floats) where the file has them in gray or RGB. The first
+/// picture of the file; the alpha channel divided out of the colors where it is multiplied in.
+bool decodeTiff(std::string const& path, VL_Image& image);
+
+/// WebP through libwebp: 8 bits a channel; of a moving picture the first one.
+bool decodeWebp(std::string_view bytes, VL_Image& image);
+
+/// TGA, BMP and GIF through stb_image, which reads damaged files carelessly: for a guarded process only. 8 bits a
+/// channel; of a moving picture the first one.
+bool decodeWithStb(std::string_view bytes, VL_Image& image);
+
+}  // namespace vellum::viewport
