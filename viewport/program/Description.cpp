@@ -73,8 +73,14 @@ std::string describeParticles(LoadedFrame const& loaded) {
     ParticleFrame const& frame = loaded.frame;
     std::size_t const count = frame.positions.size();
     std::string channels;
-    for (ParticleChannel const& channel : frame.channels) {
-        channels += (channels.empty() ? "" : ", ") + singleLine(channel.name);
+    ParticleVector const* const velocity = frame.velocity();
+    for (std::size_t i = 0; i < frame.channels.size(); ++i) {
+        bool const isOfVelocity =
+            velocity != nullptr &&
+            std::find(velocity->columns.begin(), velocity->columns.end(), i) != velocity->columns.end();
+        if (!isOfVelocity) {
+            channels += (channels.empty() ? "" : ", ") + singleLine(frame.channels[i].name);
+        }
     }
     std::string time = "timestep " + std::to_string(frame.timestep);
     if (frame.time) {
@@ -83,7 +89,7 @@ std::string describeParticles(LoadedFrame const& loaded) {
     std::string text = singleLine(frame.file) + "\n" + line("frames", std::to_string(loaded.count)) +
                        line("frame shown", std::to_string(loaded.number) + " (" + time + ")") +
                        line("particles", std::to_string(count)) +
-                       line("velocities", yesOrNo(!frame.velocities.empty())) +
+                       line("velocities", yesOrNo(velocity != nullptr)) +
                        line("channels", channels.empty() ? "none" : channels);
     if (frame.box) {
         ParticleBox const& box = *frame.box;

@@ -12,8 +12,10 @@ namespace {
 
 constexpr double BALL_DIAMETER = 0.98;  // of the mean distance of neighbors: spheres almost touch
 
-bool isFinite(Vector3<float> const& v) {
-    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+/// Renderers take floats.
+bool isFinite(Vector3<double> const& v) {
+    constexpr double MOST = std::numeric_limits<float>::max();
+    return std::abs(v.x) <= MOST && std::abs(v.y) <= MOST && std::abs(v.z) <= MOST;
 }
 
 bool isFinite(ParticleBox const& box) {
@@ -105,7 +107,7 @@ void CloudMaker::_choose() {
 
 void CloudMaker::_measure() {
     for (std::size_t i = 0; i < count; ++i) {
-        Vector3<double> const p = convert<double>(frame.positions[_index(i)]);
+        Vector3<double> const& p = frame.positions[_index(i)];
         if (i == 0) {
             bounds = {p, p};
         }
@@ -141,11 +143,11 @@ Vector3<float> CloudMaker::_shown(std::size_t particle) const {
     if (!quantity) {
         return {0, 0, 0};
     }
-    if (quantity->isSpeed() && isFinite(frame.velocities[particle])) {
-        Vector3<float> const& v = frame.velocities[particle];
-        double const part = 1 / look.scale->unit;
-        return {static_cast<float>(v.x * part), static_cast<float>(v.y * part),
-                static_cast<float>(v.z * part)};
+    if (quantity->isSpeed()) {
+        Vector3<double> const v = vectorOf(frame, *frame.velocity(), particle);
+        if (isFinite(v)) {
+            return convert<float>(v / look.scale->unit);
+        }
     }
     // A number is stored in a vector too. Drawn without a buffer, particles with a scalar channel would take
     // their colors from the numbers of other particles.
@@ -164,7 +166,7 @@ ParticleCloud CloudMaker::make(Vector3<double> const& center, double scale) cons
         Vector3<float>* const shown = chunk->channelData(ParticleCloud::SHOWN)->asVectors();
         for (unsigned int i = 0; i < chunk->count(); ++i, ++next) {
             std::size_t const particle = _index(next);
-            positions[i] = convert<float>(place(convert<double>(frame.positions[particle])));
+            positions[i] = convert<float>(place(frame.positions[particle]));
             shown[i] = _shown(particle);
         }
     }

@@ -12,8 +12,10 @@ namespace {
 
 constexpr float LARGEST_MAGNITUDE = 1e18F;  // its square is still a float
 
-bool isFinite(Vector3<float> const& v) {
-    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+/// Renderers take floats.
+bool isFinite(Vector3<double> const& v) {
+    constexpr double MOST = std::numeric_limits<float>::max();
+    return std::abs(v.x) <= MOST && std::abs(v.y) <= MOST && std::abs(v.z) <= MOST;
 }
 
 std::string joined(std::vector<std::string> const& names) {
@@ -84,7 +86,7 @@ ParticleScale scaleOf(std::string const& name, bool isOfArrows, std::vector<Part
 }
 
 std::optional<Fault> missingIn(ParticleFrame const& frame, bool isOfArrows, std::string const& channel) {
-    if (isOfArrows && frame.velocities.empty()) {
+    if (isOfArrows && frame.velocity() == nullptr) {
         return Fault{frame.file, "has no velocities to be shown as arrows"};
     }
     if (!channel.empty() && !Quantity::find(frame, channel)) {
@@ -125,7 +127,7 @@ float ParticleScale::highMagnitude() const {
 
 bool isDrawable(ParticleFrame const& frame, std::size_t particle, ParticleMode mode) {
     return isFinite(frame.positions[particle]) &&
-           (mode != ParticleMode::ARROWS || isFinite(frame.velocities[particle]));
+           (mode != ParticleMode::ARROWS || isFinite(vectorOf(frame, *frame.velocity(), particle)));
 }
 
 Result<ParticleLook> lookOf(std::vector<ParticleFrame> const& frames, ParticleOptions const& options) {

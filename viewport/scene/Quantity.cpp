@@ -1,5 +1,6 @@
 #include "viewport/scene/Quantity.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace vellum::viewport {
@@ -11,7 +12,7 @@ constexpr char const* COMPONENT_NAMES[] = {"vx", "vy", "vz"};
 }  // namespace
 
 std::optional<Quantity> Quantity::find(ParticleFrame const& frame, std::string const& name) {
-    // A channel comes first: readers have taken vx, vy and vz out of the channels where they are velocities.
+    // A channel comes first, whatever its name.
     if (ParticleChannel const* const channel = frame.channel(name)) {
         return Quantity(frame, channel, 0);
     }
@@ -19,7 +20,7 @@ std::optional<Quantity> Quantity::find(ParticleFrame const& frame, std::string c
         return speed(frame);
     }
     for (unsigned int axis = 0; axis < ALL_AXES; ++axis) {
-        if (name == COMPONENT_NAMES[axis] && !frame.velocities.empty()) {
+        if (name == COMPONENT_NAMES[axis] && frame.velocity() != nullptr) {
             return Quantity(frame, nullptr, axis);
         }
     }
@@ -27,18 +28,23 @@ std::optional<Quantity> Quantity::find(ParticleFrame const& frame, std::string c
 }
 
 std::optional<Quantity> Quantity::speed(ParticleFrame const& frame) {
-    return frame.velocities.empty() ? std::nullopt
-                                    : std::optional<Quantity>(Quantity(frame, nullptr, ALL_AXES));
+    return frame.velocity() == nullptr ? std::nullopt
+                                       : std::optional<Quantity>(Quantity(frame, nullptr, ALL_AXES));
 }
 
 std::vector<std::string> Quantity::names(ParticleFrame const& frame) {
     std::vector<std::string> names;
-    if (!frame.velocities.empty()) {
+    ParticleVector const* const velocity = frame.velocity();
+    if (velocity != nullptr) {
         names.emplace_back(SPEED_NAME);
     }
-    for (ParticleChannel const& channel : frame.channels) {
-        if (channel.name != "id" && channel.name != "type") {
-            names.push_back(channel.name);
+    for (std::size_t i = 0; i < frame.channels.size(); ++i) {
+        std::string const& name = frame.channels[i].name;
+        bool const isOfVelocity =
+            velocity != nullptr &&
+            std::find(velocity->columns.begin(), velocity->columns.end(), i) != velocity->columns.end();
+        if (name != "id" && name != "type" && !isOfVelocity) {
+            names.push_back(name);
         }
     }
     for (char const* const last : {"type", "id"}) {
@@ -53,7 +59,7 @@ double Quantity::operator[](std::size_t particle) const {
     if (channel != nullptr) {
         return channel->values[particle];
     }
-    Vector3<float> const& v = frame->velocities[particle];
+    Vector3<double> const v = vectorOf(*frame, *frame->velocity(), particle);
     switch (axis) {
     case 0:
         return v.x;
@@ -62,8 +68,7 @@ double Quantity::operator[](std::size_t particle) const {
     case 2:
         return v.z;
     default:
-        // In double precision, which holds the squares of all floats.
-        return std::hypot(static_cast<double>(v.x), static_cast<double>(v.y), static_cast<double>(v.z));
+        return std::hypot(v.x, v.y, v.z);
     }
 }
 

@@ -9,6 +9,14 @@
 
 namespace vellum::viewport {
 
+/// The vector of a particle.
+inline Vector3<double> vectorOf(ParticleFrame const& frame, ParticleVector const& vector,
+                                std::size_t particle) {
+    return {frame.channels[vector.columns[0]].values[particle],
+            frame.channels[vector.columns[1]].values[particle],
+            frame.channels[vector.columns[2]].values[particle]};
+}
+
 /// One number for each particle of a frame: a channel of the file, or the speed or a component of the
 /// velocities. The frame must outlive it.
 class Quantity {

@@ -4,6 +4,7 @@
 
 #include "tests/gl_spy/GlTest.h"
 #include "tests/gl_spy/gl_spy.h"
+#include "tests/viewport/scene/particle_frames.h"
 
 #include <gmock/gmock.h>
 
@@ -68,7 +69,7 @@ protected:
             // A box, however small, keeps the lines of the ground out of the picture.
             data.box = ParticleBox{convert<double>(position), {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}}};
         }
-        data.positions.push_back(position);
+        data.positions.push_back(convert<double>(position));
     }
 
     void add(Vector3<float> const& position, float const& value) {
@@ -189,7 +190,7 @@ bool isRed(Rgb const& color) {
 
 TEST_F(ParticleViewer_gl_test, everyModeAndViewDrawsWithoutAnErrorOfOpenGL) {
     addSquare(6);
-    data.velocities.assign(data.positions.size(), {0.1F, 0.2F, 0.3F});
+    particle_frames::addVelocities(data, {data.positions.size(), {0.1, 0.2, 0.3}});
     for (ParticleMode const& mode : {ParticleMode::POINTS, ParticleMode::SPHERES, ParticleMode::ARROWS}) {
         for (unsigned int view = 0; view < 7; ++view) {
             layer = layerWith(view % 2 == 0 ? 0 : someMemory);
@@ -326,7 +327,7 @@ TEST_F(ParticleViewer_gl_test, aPercentageOfTheParticlesIsDrawn) {
 TEST_F(ParticleViewer_gl_test, arrowsPointAlongTheVelocitiesAndAreAsLongAsAskedFor) {
     add({0, 0, 0});
     add({0, 4, 0});
-    data.velocities = {{2, 0, 0}, {-1, 0, 0}};
+    particle_frames::addVelocities(data, {{2, 0, 0}, {-1, 0, 0}});
     data.box = ParticleBox{{-5, -1, 0}, {{10, 0, 0}, {0, 6, 0}, {0, 0, 1}}};
     options.mode = ParticleMode::ARROWS;
     options.size = 2;
@@ -408,7 +409,7 @@ TEST_F(ParticleViewer_gl_test, withoutValuesThereIsNoBar) {
 TEST_F(ParticleViewer_gl_test, withAndWithoutABufferThePictureIsTheSame) {
     // More than the particles that a driver without memory is trusted with.
     addSquare(7);
-    data.velocities.assign(data.positions.size(), {0, 0.1F, 0});
+    particle_frames::addVelocities(data, {data.positions.size(), {0, 0.1, 0}});
     for (ParticleMode const& mode : {ParticleMode::POINTS, ParticleMode::SPHERES, ParticleMode::ARROWS}) {
         options.mode = mode;
         options.channel = mode == ParticleMode::ARROWS ? "" : "t";

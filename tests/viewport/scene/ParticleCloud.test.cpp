@@ -51,8 +51,8 @@ TEST(ParticleCloud, spheresOfALatticeAlmostTouch) {
         ParticleFrame data = row(0);
         unsigned int const count = dimensions == 1 ? 5 : dimensions == 2 ? 25 : 125;
         for (unsigned int i = 0; i < count; ++i) {
-            data.positions.push_back({static_cast<float>(i % 5 * 3), static_cast<float>(i / 5 % 5 * 3),
-                                      static_cast<float>(i / 25 * 3)});
+            data.positions.push_back({static_cast<double>(i % 5 * 3), static_cast<double>(i / 5 % 5 * 3),
+                                      static_cast<double>(i / 25 * 3)});
         }
         Shown const result = shown(data);
         EXPECT_NEAR(result.cloud.spacing, 3, 1e-6) << dimensions;
@@ -74,9 +74,9 @@ TEST(ParticleCloud, theSizeOfSpheresCanBeGiven) {
 // == Thinning ==
 
 TEST(ParticleCloud, thinnedParticlesHaveNoOrderAndKeepTheirValues) {
-    std::vector<float> values;
+    std::vector<double> values;
     for (int i = 0; i < 1000; ++i) {
-        values.push_back(static_cast<float>(i));
+        values.push_back(i);
     }
     ParticleOptions options;
     EXPECT_EQ(shown(withChannel("t", values), options).position(1).x, 1);
@@ -95,7 +95,7 @@ TEST(ParticleCloud, thinnedParticlesHaveNoOrderAndKeepTheirValues) {
 
 TEST(ParticleCloud, whatIsLeftOutIsLeftOutOfAThinnedCloudToo) {
     ParticleFrame frame = withChannel("t", {0, 1, 2, 3, 4, 5, 6, 7});
-    frame.positions[3].x = std::numeric_limits<float>::quiet_NaN();
+    frame.positions[3].x = std::numeric_limits<double>::quiet_NaN();
     ParticleOptions options;
     options.percent = 50;
     Shown const result = shown(frame, options);

@@ -14,8 +14,8 @@ using testing::HasSubstr;
 
 namespace {
 
-constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
-constexpr float infinite = std::numeric_limits<float>::infinity();
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+constexpr double infinite = std::numeric_limits<double>::infinity();
 
 std::string faultOf(std::vector<ParticleFrame> const& frames, ParticleOptions const& options) {
     Result<ParticleLook> const result = lookOf(frames, options);
@@ -52,10 +52,10 @@ TEST(ParticleLook, arrowsAreColoredBySpeedAlone) {
     ParticleOptions options = channel("mass");
     options.mode = ParticleMode::ARROWS;
     ParticleFrame data = withVelocities({{1, 0, 0}});
-    data.channels.push_back({"mass", {1}});
+    data.channels.push_back({"mass", {1}, {}});
     EXPECT_THAT(faultOf({data}, options), HasSubstr("colored by speed"));
     // A column of this name has nothing to do with how long the arrows are.
-    data.channels.front() = {"speed", {77}};
+    data.channels.back() = {"speed", {77}, {}};
     options.channel = "speed";
     EXPECT_EQ(look({data}, options).scale->range.high, 1);
     EXPECT_EQ(look({data}, channel("speed")).scale->range.high, 77);
@@ -65,9 +65,11 @@ TEST(ParticleLook, arrowsAreColoredBySpeedAlone) {
 
 TEST(ParticleLook, speedIsShownWhereThereIsOneElseTheFirstColumnThatTellsSomething) {
     ParticleFrame data = withVelocities({{1, 0, 0}, {0, 0, 2}});
-    data.channels = {{"id", {1, 2}}, {"type", {1, 1}}, {"c_pe", {3, 4}}};
+    std::vector<ParticleChannel> const more{{"id", {1, 2}, {}}, {"type", {1, 1}, {}}, {"c_pe", {3, 4}, {}}};
+    data.channels.insert(data.channels.end(), more.begin(), more.end());
     EXPECT_EQ(look({data}).scale->name, "speed");
-    data.velocities.clear();
+    data.vectors.clear();
+    data.channels = more;
     EXPECT_EQ(look({data}).scale->name, "c_pe");
     data.channels.pop_back();
     EXPECT_EQ(look({data}).scale->name, "type");
@@ -93,7 +95,7 @@ TEST(ParticleLook, anUnknownChannelIsAFaultThatNamesTheKnownOnes) {
 
 TEST(ParticleLook, severalFilesShareARangeAndAChannelThatAllHave) {
     ParticleFrame first = withChannel("a", {0, 1});
-    first.channels.push_back({"b", {5, 6}});
+    first.channels.push_back({"b", {5, 6}, {}});
     ParticleLook const result = look({first, withChannel("b", {-3, 2})});
     EXPECT_EQ(result.scale->name, "b");
     EXPECT_EQ(result.scale->range.low, -3);
@@ -135,13 +137,13 @@ TEST(ParticleLook, equalValuesHaveTheLowColor) {
 }
 
 TEST(ParticleLook, rangesKeepTheirMeaningWhateverTheirUnits) {
-    for (float const unit : {1e-30F, 1e-12F, 1.0F, 1e12F, 1e30F}) {
+    for (double const unit : {1e-30, 1e-12, 1.0, 1e12, 1e30}) {
         Shown const result = shown(withChannel("t", {-1 * unit, 0, 3 * unit}));
         EXPECT_NEAR(result.rate(1), 0.25, 1e-4) << unit;
         Shown const speeds = shown(withVelocities({{unit, 0, 0}, {0, 2 * unit, 0}, {0, 0, 3 * unit}}));
         EXPECT_NEAR(speeds.rate(1), 0.5, 1e-4) << unit;
     }
-    Shown const far = shown(withChannel("t", {1e6F, 1e6F + 1, 1e6F + 2}));
+    Shown const far = shown(withChannel("t", {1e6, 1e6 + 1, 1e6 + 2}));
     EXPECT_NEAR(far.rate(1), 0.5, 1e-4);
 }
 
@@ -175,7 +177,7 @@ TEST(ParticleLook, valuesThatAreNoNumbersAreAboveTheRange) {
 }
 
 TEST(ParticleLook, arrowsWithoutADirectionAreLeftOut) {
-    std::vector<Vector3<float>> const velocities{{notANumber, 0, 0}, {1, 0, 0}, {infinite, 0, 0}};
+    std::vector<Vector3<double>> const velocities{{notANumber, 0, 0}, {1, 0, 0}, {infinite, 0, 0}};
     Shown const arrows = shown(withVelocities(velocities), mode(ParticleMode::ARROWS));
     EXPECT_EQ(arrows.count(), 1U);
     EXPECT_THAT(arrows.look.notes.front().line(), HasSubstr("positions or velocities"));

@@ -1,5 +1,7 @@
 #include "viewport/scene/Scene.h"
 
+#include "tests/viewport/scene/particle_frames.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -80,7 +82,7 @@ ParticleFrame fourParticles() {
     ParticleFrame frame;
     frame.file = "folder/melt.lammpstrj";
     frame.positions = {{-1, 0, 0}, {1, 0, 0}, {0, 2, 0}, {0, 0, 3}};
-    frame.velocities = {{1, 0, 0}, {0, 2, 0}, {0, 0, 3}, {4, 0, 0}};
+    particle_frames::addVelocities(frame, {{1, 0, 0}, {0, 2, 0}, {0, 0, 3}, {4, 0, 0}});
     return frame;
 }
 
@@ -148,9 +150,9 @@ TEST(Scene, modelsAndParticlesShareAScale) {
 TEST(Scene, particlesOfMoreThanOneChunkAreAllTaken) {
     ParticleFrame frame;
     for (int i = 0; i < 40'000; ++i) {
-        frame.positions.push_back({static_cast<float>(i), 0, 0});
-        frame.velocities.push_back({static_cast<float>(i), 0, 0});
+        frame.positions.push_back({static_cast<double>(i), 0, 0});
     }
+    particle_frames::addVelocities(frame, frame.positions);
     Scene const scene = sceneOf({}, frame);
     ParticleSystem_v2 const& system = *scene.clouds()[0].system;
     EXPECT_EQ(system.size(), 40'000U);

@@ -18,20 +18,34 @@ inline ParticleFrame row(std::size_t count) {
     ParticleFrame frame;
     frame.file = "folder/row.xyz";
     for (std::size_t i = 0; i < count; ++i) {
-        frame.positions.push_back({static_cast<float>(i), 0, 0});
+        frame.positions.push_back({static_cast<double>(i), 0, 0});
     }
     return frame;
 }
 
-inline ParticleFrame withChannel(std::string const& name, std::vector<float> const& values) {
+inline ParticleFrame withChannel(std::string const& name, std::vector<double> const& values) {
     ParticleFrame frame = row(values.size());
-    frame.channels.push_back({name, values});
+    frame.channels.push_back({name, values, {}});
     return frame;
 }
 
-inline ParticleFrame withVelocities(std::vector<Vector3<float>> const& velocities) {
+/// Adds velocities to a frame that has none: three channels and their vector.
+inline void addVelocities(ParticleFrame& frame, std::vector<Vector3<double>> const& velocities) {
+    std::size_t const first = frame.channels.size();
+    for (char const* const name : {"vx", "vy", "vz"}) {
+        frame.channels.push_back({name, {}, {}});
+    }
+    frame.vectors.push_back({ParticleVector::VELOCITY, {first, first + 1, first + 2}});
+    for (Vector3<double> const& velocity : velocities) {
+        frame.channels[first].values.push_back(velocity.x);
+        frame.channels[first + 1].values.push_back(velocity.y);
+        frame.channels[first + 2].values.push_back(velocity.z);
+    }
+}
+
+inline ParticleFrame withVelocities(std::vector<Vector3<double>> const& velocities) {
     ParticleFrame frame = row(velocities.size());
-    frame.velocities = velocities;
+    addVelocities(frame, velocities);
     return frame;
 }
 

@@ -3,6 +3,7 @@
 #include "viewport/files/particles/FrameIndex.h"
 #include "viewport/files/particles/TableRows.h"
 #include "viewport/text/Words.h"
+#include "viewport/text/bare_name.h"
 
 #include <algorithm>
 #include <array>
@@ -58,21 +59,6 @@ std::vector<std::string_view> namesOf(std::string_view line, char separator) {
     }
 }
 
-/// "Position X", "position_x" and "Position:X" are one name: programs differ in capitals, blanks and
-/// punctuation.
-std::string bareName(std::string_view name) {
-    std::string bare;
-    for (char character : name) {
-        bool const isLarge = character >= 'A' && character <= 'Z';
-        bool const isSmall = character >= 'a' && character <= 'z';
-        bool const isDigit = character >= '0' && character <= '9';
-        if (isLarge || isSmall || isDigit) {
-            bare.push_back(isLarge ? static_cast<char>(character - 'A' + 'a') : character);
-        }
-    }
-    return bare;
-}
-
 struct Heading {
     std::vector<TableColumn> columns;
     char separator = ',';
@@ -93,7 +79,7 @@ Heading headingOf(std::string_view line) {
     heading.separator = separatorOf(line);
     std::vector<std::string_view> const names = namesOf(line, heading.separator);
     for (std::string_view name : names) {
-        heading.columns.push_back(TableColumn{bareName(name), ColumnUse::CHANNEL, 0, false});
+        heading.columns.push_back(TableColumn{bareName(name), ColumnUse::CHANNEL, 0, false, {}});
         heading.columns.back().isId = heading.columns.back().name == "id";
     }
     for (auto const& axes : {std::array<std::string_view, 3>{"x", "y", "z"},
@@ -103,14 +89,6 @@ Heading headingOf(std::string_view line) {
                              {"points0", "points1", "points2"}}) {
         if (useColumns(heading.columns, {axes[0], axes[1], axes[2]}, ColumnUse::POSITION)) {
             heading.hasPositions = true;
-            break;
-        }
-    }
-    for (auto const& axes : {std::array<std::string_view, 3>{"vx", "vy", "vz"},
-                             {"velocityx", "velocityy", "velocityz"},
-                             {"velx", "vely", "velz"},
-                             {"velocity0", "velocity1", "velocity2"}}) {
-        if (useColumns(heading.columns, {axes[0], axes[1], axes[2]}, ColumnUse::VELOCITY)) {
             break;
         }
     }

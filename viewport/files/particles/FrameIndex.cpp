@@ -41,6 +41,7 @@ public:
                 return _stop(*damage);
             }
             starts.push_back(start);
+            timesteps.push_back(timestep);
         }
         return starts.empty() ? Fault{{}, "holds no frame"} : _load(lastLineWarning(lines));
     }
@@ -53,6 +54,7 @@ private:
         if (Damage damage = readHead(lines, head)) {
             return damage;
         }
+        timestep = head.frame.timestep;
         TableRows rows = rowsOf(head, progress);
         TextLines const rowsStart = lines;
         // A frame that is probably shown is read at once, which spares single frames the counting of their
@@ -96,6 +98,7 @@ private:
         LoadedFrame result;
         result.count = starts.size();
         result.number = wanted.value_or(starts.size() - 1);
+        result.timesteps = timesteps;
         result.warning = warning;
         if (result.number < result.count) {
             if (Damage const damage = _parse(result.number)) {
@@ -139,8 +142,10 @@ private:
     std::optional<std::size_t> wanted;
     ReadFrameHead const& readHead;
     Progress const& progress;
-    std::vector<TextLines> starts;  // of the complete frames
-    std::optional<Parsed> parsed;   // the frame read last: at most one is in memory
+    std::vector<TextLines> starts;        // of the complete frames
+    std::vector<std::int64_t> timesteps;  // of the complete frames
+    std::int64_t timestep = 0;            // of the frame passed last
+    std::optional<Parsed> parsed;         // the frame read last: at most one is in memory
 };
 
 }  // namespace

@@ -165,7 +165,7 @@ private:
     Damage _readColumns(std::string_view names) {
         std::vector<TableColumn>& columns = head.columns;
         for (std::string_view name = takeWord(names); !name.empty(); name = takeWord(names)) {
-            columns.push_back(TableColumn{std::string(name), ColumnUse::CHANNEL, 0, name == "id"});
+            columns.push_back(TableColumn{std::string(name), ColumnUse::CHANNEL, 0, name == "id", {}});
         }
         if (!useColumns(columns, {"x", "y", "z"}, ColumnUse::POSITION) &&
             !useColumns(columns, {"xu", "yu", "zu"}, ColumnUse::POSITION)) {
@@ -178,7 +178,6 @@ private:
         if (head.isScaled && !head.frame.box) {
             return lines.damage("the positions are scaled, and the frame has no box");
         }
-        useColumns(columns, {"vx", "vy", "vz"}, ColumnUse::VELOCITY);
         head.nextFrameMark = ITEM_MARK;
         return std::nullopt;
     }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 #include <numeric>
+#include <utility>
 
 namespace vellum::viewport {
 
@@ -81,25 +82,62 @@ void arrange(std::vector<T>& values, Order<Place> const& order) {
     values.swap(arranged);
 }
 
+/// Puts the words into the order of their first particles again.
+void orderWords(ParticleLabels& labels) {
+    constexpr std::uint32_t NONE = std::numeric_limits<std::uint32_t>::max();
+    std::vector<std::uint32_t> places(labels.words.size(), NONE);
+    std::vector<std::string> words;
+    words.reserve(labels.words.size());
+    for (std::uint32_t& index : labels.indices) {
+        std::uint32_t& place = places[index];
+        if (place == NONE) {
+            place = static_cast<std::uint32_t>(words.size());
+            words.push_back(std::move(labels.words[index]));
+        }
+        index = place;
+    }
+    labels.words.swap(words);
+}
+
+/// The element of that name, or null.
+template <class Named>
+Named const* named(std::vector<Named> const& all, std::string const& name) {
+    auto const found =
+        std::find_if(all.begin(), all.end(), [&name](Named const& each) { return each.name == name; });
+    return found == all.end() ? nullptr : &*found;
+}
+
 template <class Place>
 void arrangeAll(ParticleFrame& frame, std::vector<double> const& ids) {
     Order<Place> const order = orderOf<Place>(ids);
     arrange(frame.positions, order);
-    arrange(frame.velocities, order);
     for (ParticleChannel& each : frame.channels) {
         arrange(each.values, order);
+    }
+    for (ParticleLabels& each : frame.labels) {
+        arrange(each.indices, order);
+        orderWords(each);
     }
 }
 
 }  // namespace
 
 ParticleChannel const* ParticleFrame::channel(std::string const& name) const {
-    for (ParticleChannel const& candidate : channels) {
-        if (candidate.name == name) {
-            return &candidate;
-        }
-    }
-    return nullptr;
+    return named(channels, name);
+}
+
+ParticleVector const* ParticleFrame::vector(std::string const& name) const {
+    return named(vectors, name);
+}
+
+ParticleLabels const* ParticleFrame::label(std::string const& name) const {
+    return named(labels, name);
+}
+
+ParticleLabels const* ParticleFrame::elements() const {
+    auto const found = std::find_if(labels.begin(), labels.end(),
+                                    [](ParticleLabels const& each) { return each.areElements; });
+    return found == labels.end() ? nullptr : &*found;
 }
 
 void ParticleFrame::sortBy(std::vector<double> const& ids) {

@@ -2,8 +2,10 @@
 
 #include "foundation/geometry/Vector3.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,29 +17,72 @@ namespace vellum::viewport {
 struct ParticleBox {
     Vector3<double> origin{0, 0, 0};
     Vector3<double> edges[3] = {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}};
+    std::array<bool, 3> isPeriodic{true, true, true};  ///< along each edge; true where the file does not say
 };
 
 /// One number for each particle.
 struct ParticleChannel {
-    std::string name;  ///< as the file has it
-    std::vector<float> values;
+    std::string name;            ///< as the file has it, without its unit
+    std::vector<double> values;  ///< NaN where the file has none
+    std::string unit;            ///< as the file has it, "m/s"; empty: it has none
+};
+
+/// Three channels that are the components of a vector.
+struct ParticleVector {
+    std::string name;                    ///< VELOCITY, or what the names of the three columns have in common
+    std::array<std::size_t, 3> columns;  ///< indices of channels
+
+    static constexpr char VELOCITY[] = "velocity";
+};
+
+/// One word for each particle, such as its element.
+struct ParticleLabels {
+    std::string name;                    ///< the column's
+    std::vector<std::string> words;      ///< each once, in the order of their first particles
+    std::vector<std::uint32_t> indices;  ///< one for each particle, into the words
+    bool areElements = false;            ///< the words are meant as symbols of chemical elements
+};
+
+/// The channels that hold the particles' own colors.
+struct ParticleColors {
+    std::array<std::size_t, 3> columns;  ///< indices of channels: red, green, blue
+    double full = 1;                     ///< the value of the brightest: 1, 255 or 65535
+};
+
+/// The channel that holds the particles' own sizes.
+struct ParticleSizes {
+    std::size_t column;  ///< index of a channel
+    double diameters;    ///< in units of the file, of a value of 1: 2 for radii, 1 for diameters
 };
 
 /// The particles at one time, as the file has them.
 ///
-/// A plain value. All lists that are not empty have the same length. Numbers are those of the file: some may
-/// be infinite or NaN, and particles may lie outside the box. What is drawn of a frame is a ParticleCloud.
+/// A plain value. All lists that are not empty have the same length. Numbers are those of the file, in double precision: some
+/// may be infinite or NaN, and particles may lie outside the box. What is drawn of a frame is a ParticleCloud.
 struct ParticleFrame {
     std::string file;            ///< as the user named it
     std::int64_t timestep = 0;   ///< as the file says, else the frame's number from 0
     std::optional<double> time;  ///< in the file's units
     std::optional<ParticleBox> box;
-    std::vector<Vector3<float>> positions;
-    std::vector<Vector3<float>> velocities;  ///< empty where the file has none
-    std::vector<ParticleChannel> channels;   ///< in the order of the file's columns
+    std::vector<Vector3<double>> positions;
+    std::vector<ParticleChannel> channels;  ///< in the order of the file's columns, also those of vectors
+    std::vector<ParticleVector> vectors;    ///< the velocity first, where there is one
+    std::vector<ParticleLabels> labels;     ///< columns of words
+    std::map<std::int64_t, std::string>
+        typeNames;  ///< of the numbers in the channel "type", where the file names them
+    std::optional<ParticleColors> colors;  ///< nothing: the file has none
+    std::optional<ParticleSizes> sizes;    ///< nothing: the file has none
 
-    /// The channel of that name, or null.
+    /// The channel, vector or labels of that name, or null.
     ParticleChannel const* channel(std::string const& name) const;
+    ParticleVector const* vector(std::string const& name) const;
+    ParticleLabels const* label(std::string const& name) const;
+
+    /// The velocities, or null.
+    ParticleVector const* velocity() const { return vector(ParticleVector::VELOCITY); }
+
+    /// The labels that are elements, or null.
+    ParticleLabels const* elements() const;
 
     /// Puts the particles into ascending order of their ids, one id for each particle; equal ids keep their
     /// order. The ids are whole numbers.
@@ -47,9 +92,10 @@ struct ParticleFrame {
 /// One frame of a particle file, and what is known about the others.
 struct LoadedFrame {
     ParticleFrame frame;
-    std::size_t number = 0;  ///< of the frame, from 0
-    std::size_t count = 1;   ///< of the complete frames in the file
-    std::string warning;     ///< what was lost of a damaged file, one clause; else empty
+    std::size_t number = 0;               ///< of the frame, from 0
+    std::size_t count = 1;                ///< of the complete frames in the file
+    std::vector<std::int64_t> timesteps;  ///< of the complete frames; empty: not known
+    std::string warning;                  ///< what was lost of a damaged file, one clause; else empty
 };
 
 }  // namespace vellum::viewport

@@ -94,7 +94,7 @@ public:
         }
         std::vector<TableColumn> columns;
         for (PlyProperty const& property : vertices->properties) {
-            columns.push_back(TableColumn{property.name, ColumnUse::CHANNEL, 0, property.name == "id"});
+            columns.push_back(TableColumn{property.name, ColumnUse::CHANNEL, 0, property.name == "id", {}});
         }
         if (hasLists(*vertices)) {
             return Fault{{}, "the vertices of the PLY file have lists, which particles cannot have"};
@@ -102,16 +102,32 @@ public:
         if (!useColumns(columns, {"x", "y", "z"}, ColumnUse::POSITION)) {
             return Fault{{}, "the vertices of the PLY file have no properties x, y and z"};
         }
-        useColumns(columns, {"vx", "vy", "vz"}, ColumnUse::VELOCITY);
         for (TableColumn& column : columns) {
             // PLY declares its numbers, so no column is guessed from the first row.
             column.use = column.use == ColumnUse::CHANNEL ? ColumnUse::NUMBER : column.use;
         }
-        return header.format == PlyFormat::TEXT ? _readText(*vertices, columns)
-                                                : _readBinary(*vertices, columns);
+        Result<LoadedFrame> result = header.format == PlyFormat::TEXT ? _readText(*vertices, columns)
+                                                                      : _readBinary(*vertices, columns);
+        if (result.isOk()) {
+            _setFullColor(*vertices, result.value().frame);
+        }
+        return result;
     }
 
 private:
+    /// Colors of integers reach the largest one, also where none of them does.
+    static void _setFullColor(PlyElement const& vertices, ParticleFrame& frame) {
+        if (!frame.colors) {
+            return;
+        }
+        std::string const& name = frame.channels[frame.colors->columns[0]].name;
+        for (PlyProperty const& property : vertices.properties) {
+            if (property.name == name && property.value.isInteger && property.value.size <= 2) {
+                frame.colors->full = property.value.size == 1 ? 255 : 65535;
+            }
+        }
+    }
+
     Result<LoadedFrame> _readText(PlyElement const& vertices, std::vector<TableColumn> const& columns) const {
         // From the file's first line on, so that damage is reported with line numbers of the file.
         TextLines lines(file);

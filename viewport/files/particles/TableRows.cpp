@@ -55,7 +55,7 @@ std::optional<TextDamage> TableRows::read(TextLines& lines, std::optional<std::u
                 builder->placeInto(*box);
             }
         }
-        if (!_readRow(builder->values())) {
+        if (!_readRow(*builder)) {
             bool const isNextFrame = !mark.empty() && line.substr(0, mark.size()) == mark;
             return lines.damage(isNextFrame
                                     ? "the frame has fewer than the " + std::to_string(count.value_or(row)) +
@@ -95,13 +95,14 @@ void TableRows::_findTexts() {
     char const* here = line.data();
     char const* const end = here + line.size();
     double value = 0.0;
+    std::string_view word;
     for (std::size_t i = 0; i < columns.size(); ++i) {
         char const* const start = here;
         bool const isOptional = columns[i].use == ColumnUse::CHANNEL;
-        if (!_readValue(i, here, end, value) && isOptional) {
-            columns[i].use = ColumnUse::IGNORED;
+        if (!_readValue(i, here, end, value, word) && isOptional) {
+            columns[i].use = ColumnUse::WORDS;
             here = start;
-            static_cast<void>(_readValue(i, here, end, value));
+            static_cast<void>(_readValue(i, here, end, value, word));
         }
         if (separator != ' ' && here != end) {
             ++here;
@@ -109,7 +110,9 @@ void TableRows::_findTexts() {
     }
 }
 
-bool TableRows::_readRow(std::vector<double>& values) {
+bool TableRows::_readRow(FrameBuilder& builder) {
+    double* const values = builder.values().data();
+    std::string_view word;
     char const* here = line.data();
     char const* const end = here + line.size();
     for (std::size_t i = 0; i < columns.size(); ++i) {
@@ -120,8 +123,11 @@ bool TableRows::_readRow(std::vector<double>& values) {
             }
             ++here;
         }
-        if (!_readValue(i, here, end, values[i])) {
+        if (!_readValue(i, here, end, values[i], word)) {
             return false;
+        }
+        if (columns[i].use == ColumnUse::WORDS) {
+            builder.setWord(i, word);
         }
     }
     if (skipBlanks(here, end) != end) {
@@ -131,9 +137,11 @@ bool TableRows::_readRow(std::vector<double>& values) {
 }
 
 /// Leaves `here` at the separator behind the value or at the end of the line.
-bool TableRows::_readValue(std::size_t column, char const*& here, char const* const& end, double& value) {
+bool TableRows::_readValue(std::size_t column, char const*& here, char const* const& end, double& value,
+                           std::string_view& word) {
     bool const isSeparated = separator != ' ';
-    bool const isNeeded = columns[column].use != ColumnUse::IGNORED;
+    ColumnUse const use = columns[column].use;
+    bool const isNeeded = use != ColumnUse::IGNORED && use != ColumnUse::WORDS;
     // A tabulator may be the separator; then it is not a blank.
     while (here != end && isBlank(*here) && !(isSeparated && *here == separator)) {
         ++here;
@@ -155,7 +163,6 @@ bool TableRows::_readValue(std::size_t column, char const*& here, char const* co
 
     // Not a plain number: a text, a value in quotes, or an empty cell.
     char const* const start = here;
-    std::string_view word;
     if (isSeparated && here != end && *here == '"') {
         char const* const closing = std::find(start + 1, end, '"');
         word = std::string_view(start + 1, static_cast<std::size_t>(closing - start - 1));
@@ -163,6 +170,9 @@ bool TableRows::_readValue(std::size_t column, char const*& here, char const* co
     } else {
         here = isSeparated ? std::find(start, end, separator) : std::find_if(start, end, isBlank);
         word = std::string_view(start, static_cast<std::size_t>(here - start));
+        while (!word.empty() && isBlank(word.back())) {
+            word.remove_suffix(1);
+        }
         if (word.empty() && !isSeparated) {
             return _fail("has " + std::to_string(column) + " of " + std::to_string(columns.size()) +
                          " values");
@@ -171,7 +181,6 @@ bool TableRows::_readValue(std::size_t column, char const*& here, char const* co
     if (!isNeeded) {
         return true;
     }
-    ColumnUse const use = columns[column].use;
     if (word.empty() && (use == ColumnUse::CHANNEL || use == ColumnUse::NUMBER) && !columns[column].isId) {
         value = std::numeric_limits<double>::quiet_NaN();
         return true;

@@ -43,8 +43,9 @@ public:
 
 private:
     void _findTexts();
-    bool _readRow(std::vector<double>& values);
-    bool _readValue(std::size_t column, char const*& here, char const* const& end, double& value);
+    bool _readRow(FrameBuilder& builder);
+    bool _readValue(std::size_t column, char const*& here, char const* const& end, double& value,
+                    std::string_view& word);
     bool _fail(std::string const& reason);
 
     std::vector<TableColumn> columns;

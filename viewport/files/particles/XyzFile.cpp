@@ -61,6 +61,10 @@ std::string componentName(std::string_view property, std::uint64_t index, std::u
     if (count == 1) {
         return std::string(property);
     }
+    std::string const key = lowerCase(property);
+    if ((key == "color" || key == "colors" || key == "rgb") && (count == 3 || count == 4)) {
+        return std::string(property) + "." + "rgba"[index];
+    }
     return std::string(property) + "." +
            (count == 3 ? std::string(1, "xyz"[index]) : std::to_string(index + 1));
 }
@@ -69,7 +73,6 @@ std::string componentName(std::string_view property, std::uint64_t index, std::u
 std::optional<std::vector<TableColumn>> columnsOf(std::string_view properties) {
     std::vector<TableColumn> columns;
     bool hasPositions = false;
-    bool hasVelocities = false;
     while (!properties.empty()) {
         std::string_view const name = takeField(properties);
         std::string_view const type = takeField(properties);
@@ -82,17 +85,11 @@ std::optional<std::vector<TableColumn>> columnsOf(std::string_view properties) {
         std::string const key = lowerCase(name);
         bool const isVector = isNumber && *count == 3;
         bool const isPosition = isVector && !hasPositions && (key == "pos" || key == "position");
-        bool const isVelocity = isVector && !hasVelocities &&
-                                (key == "velo" || key == "vel" || key == "velocity" || key == "velocities");
         hasPositions = hasPositions || isPosition;
-        hasVelocities = hasVelocities || isVelocity;
         for (std::uint64_t i = 0; i < *count; ++i) {
             TableColumn column;
             column.name = componentName(name, i, *count);
-            column.use = isPosition   ? ColumnUse::POSITION
-                         : isVelocity ? ColumnUse::VELOCITY
-                         : isNumber   ? ColumnUse::NUMBER
-                                      : ColumnUse::IGNORED;
+            column.use = isPosition ? ColumnUse::POSITION : isNumber ? ColumnUse::NUMBER : ColumnUse::WORDS;
             column.axis = static_cast<unsigned int>(i % 3);
             column.isId = isNumber && *count == 1 && key == "id";
             columns.push_back(column);
@@ -103,16 +100,18 @@ std::optional<std::vector<TableColumn>> columnsOf(std::string_view properties) {
 
 /// The columns of plain XYZ, as many as the first row has.
 std::vector<TableColumn> plainColumns(std::string_view row) {
+    std::string_view kind = row;
+    bool const isNumbered = toDataNumber(takeWord(kind)).has_value();
     std::vector<TableColumn> columns;
     while (!takeWord(row).empty() && columns.size() < MOST_COMPONENTS) {
         columns.push_back(
-            TableColumn{"column " + std::to_string(columns.size() + 1), ColumnUse::CHANNEL, 0, false});
+            TableColumn{"column " + std::to_string(columns.size() + 1), ColumnUse::CHANNEL, 0, false, {}});
     }
     std::size_t const first = columns.size() == 3 ? 0 : 1;
     // Rows that are too short are found when they are read.
     columns.resize(std::max(columns.size(), first + 3));
     if (first == 1) {
-        columns[0].name = "type";
+        columns[0].name = isNumbered ? "type" : "element";
     }
     bool const hasVelocity = columns.size() == 7;
     for (unsigned int axis = 0; axis < 3; ++axis) {
@@ -121,8 +120,7 @@ std::vector<TableColumn> plainColumns(std::string_view row) {
         columns[first + axis].axis = axis;
         if (hasVelocity) {
             columns[4 + axis].name = std::string("v") + "xyz"[axis];
-            columns[4 + axis].use = ColumnUse::VELOCITY;
-            columns[4 + axis].axis = axis;
+            columns[4 + axis].use = ColumnUse::NUMBER;
         }
     }
     return columns;

@@ -13,7 +13,7 @@ using testing::ElementsAre;
 
 namespace {
 
-using Point = Vector3<float>;
+using Point = Vector3<double>;
 
 std::string const table = "id,x,y,z,mass,name\n2,1,2,3,0.5,\"a, b\"\n1,-4,5.5,6e1,,plain\n";
 
@@ -31,10 +31,11 @@ std::string faultIn(std::string const& text) {
 
 TEST(CsvFile, columnsAreFoundByTheirNames) {
     ParticleFrame const frame = frameOf(table);
-    EXPECT_THAT(frame.positions, ElementsAre(Point{-4, 5.5F, 60}, Point{1, 2, 3}));
+    EXPECT_THAT(frame.positions, ElementsAre(Point{-4, 5.5, 60}, Point{1, 2, 3}));
     ASSERT_EQ(frame.channels.size(), 2U);
+    EXPECT_THAT(frame.label("name")->words, ElementsAre("plain", "a, b"));
     EXPECT_TRUE(std::isnan(frame.channel("mass")->values[0]));
-    EXPECT_EQ(frame.channel("mass")->values[1], 0.5F);
+    EXPECT_EQ(frame.channel("mass")->values[1], 0.5);
     EXPECT_THAT(frame.channel("id")->values, ElementsAre(1, 2));
 }
 
@@ -48,7 +49,7 @@ TEST(CsvFile, everyUsualSpellingIsUnderstood) {
           "\nx,y,z,velocity_x,velocity_y,velocity_z\n\n1,2,3,4,5,6\n\n"}) {
         ParticleFrame const frame = frameOf(text);
         EXPECT_THAT(frame.positions, ElementsAre(Point{1, 2, 3})) << text;
-        EXPECT_THAT(frame.velocities, ElementsAre(Point{4, 5, 6})) << text;
+        EXPECT_THAT(velocitiesOf(frame), ElementsAre(Point{4, 5, 6})) << text;
         EXPECT_TRUE(isCsvOfParticles(text)) << text;
     }
     EXPECT_FALSE(isCsvOfParticles("x,y\n1,2\n"));

@@ -16,7 +16,7 @@ using testing::HasSubstr;
 
 namespace {
 
-using Point = Vector3<float>;
+using Point = Vector3<double>;
 
 std::string frameOf(std::string const& atoms, std::string const& count, std::string const& names) {
     return "ITEM: TIMESTEP\n7\nITEM: NUMBER OF ATOMS\n" + count +
@@ -41,16 +41,16 @@ TEST(LammpsDump, columnsAreFoundByTheirNamesAndParticlesSortedByTheirIds) {
     EXPECT_EQ(result.value().warning, "");
     EXPECT_EQ(result.value().count, 2U);
     EXPECT_EQ(result.value().number, 0U);
+    EXPECT_THAT(result.value().timesteps, ElementsAre(100, 200));
     ParticleFrame const& frame = result.value().frame;
     EXPECT_EQ(frame.timestep, 100);
     EXPECT_EQ(frame.time, 0.5);
-    EXPECT_THAT(frame.positions,
-                ElementsAre(Point{1, 1.5F, -2}, Point{10.25F, 2.5F, -3}, Point{3, 0.5F, -1}));
-    EXPECT_THAT(frame.velocities, ElementsAre(Point{1, 0, 0}, Point{0, 1, 0}, Point{0, 0, 1}));
-    ASSERT_EQ(frame.channels.size(), 3U);
+    EXPECT_THAT(frame.positions, ElementsAre(Point{1, 1.5, -2}, Point{10.25, 2.5, -3}, Point{3, 0.5, -1}));
+    EXPECT_THAT(velocitiesOf(frame), ElementsAre(Point{1, 0, 0}, Point{0, 1, 0}, Point{0, 0, 1}));
+    ASSERT_EQ(frame.channels.size(), 6U);
     EXPECT_THAT(frame.channel("id")->values, ElementsAre(1, 2, 3));
     EXPECT_THAT(frame.channel("type")->values, ElementsAre(2, 1, 1));
-    EXPECT_THAT(frame.channel("c_pe")->values, ElementsAre(-8.5F, 1e-3F, -7.25F));
+    EXPECT_THAT(frame.channel("c_pe")->values, ElementsAre(-8.5, 1e-3, -7.25));
     EXPECT_EQ(frame.channel("c_ke"), nullptr);
     ASSERT_TRUE(frame.box);
     EXPECT_TRUE((frame.box->origin == Vector3<double>{0, 0, -5}));
@@ -70,8 +70,8 @@ TEST(LammpsDump, scaledPositionsArePutIntoTheTiltedBox) {
     EXPECT_TRUE((frame.box->edges[0] == Vector3<double>{10, 0, 0}));
     EXPECT_TRUE((frame.box->edges[1] == Vector3<double>{2, 20, 0}));
     EXPECT_TRUE((frame.box->edges[2] == Vector3<double>{-1, 3, 8}));
-    EXPECT_THAT(frame.positions, ElementsAre(Point{-1, 3, 8}, Point{5.5F, 11.5F, 4}));
-    EXPECT_TRUE(frame.velocities.empty());
+    EXPECT_THAT(frame.positions, ElementsAre(Point{-1, 3, 8}, Point{5.5, 11.5, 4}));
+    EXPECT_TRUE(velocitiesOf(frame).empty());
     EXPECT_FALSE(frame.time);
 }
 
@@ -95,11 +95,18 @@ TEST(LammpsDump, wrappedPositionsComeBeforeUnwrappedAndScaledOnes) {
     EXPECT_THAT(onlyFrame(frameOf("9 4 5 6\n", "1", "x xs ys zs")).positions, ElementsAre(Point{4, 5, 6}));
 }
 
-TEST(LammpsDump, columnsOfTextAreNoChannels) {
+TEST(LammpsDump, columnsOfTextAreLabels) {
     ParticleFrame const frame =
         onlyFrame(frameOf("Ar 0 0 0 2 In\nNe 1 1 1 3 1\n", "2", "element x y z q name"));
     ASSERT_EQ(frame.channels.size(), 1U);
     EXPECT_THAT(frame.channel("q")->values, ElementsAre(2, 3));
+    ASSERT_EQ(frame.labels.size(), 2U);
+    ASSERT_EQ(frame.elements(), frame.labels.data());
+    EXPECT_THAT(frame.elements()->words, ElementsAre("Ar", "Ne"));
+    EXPECT_THAT(frame.elements()->indices, ElementsAre(0, 1));
+    EXPECT_THAT(frame.label("name")->words, ElementsAre("In", "1"));
+    EXPECT_FALSE(frame.label("name")->areElements);
+    EXPECT_EQ(frame.label("q"), nullptr);
 }
 
 TEST(LammpsDump, withoutIdsTheOrderIsTheFiles) {
@@ -117,11 +124,11 @@ TEST(LammpsDump, numbersMayBeSignedHugeTinyOrNone) {
     ParticleFrame const frame = onlyFrame(
         frameOf("+1 -1e300 1e-300 nan 1e999\r\n-1e999 1e-999 inf -1e-999 0.1\r\n", "2", "x y z q r"));
     ASSERT_EQ(frame.positions.size(), 2U);
-    EXPECT_EQ(frame.positions[0], (Point{1, -INFINITY, 0}));
+    EXPECT_EQ(frame.positions[0], (Point{1, -1e300, 1e-300}));
     EXPECT_EQ(frame.positions[1], (Point{-INFINITY, 0, INFINITY}));
     EXPECT_TRUE(std::isnan(frame.channel("q")->values[0]));
     EXPECT_EQ(frame.channel("r")->values[0], INFINITY);
-    EXPECT_EQ(frame.channel("r")->values[1], 0.1F);
+    EXPECT_EQ(frame.channel("r")->values[1], 0.1);
 }
 
 TEST(LammpsDump, blanksTabulatorsAndEmptyLinesDoNotMatter) {
@@ -190,7 +197,7 @@ TEST(LammpsDump, ofADumpCutOffTheCompleteFramesAreGiven) {
         }
         ASSERT_TRUE(result.isOk()) << size << ' ' << faultOf(result);
         EXPECT_EQ(result.value().frame.positions, whole.positions);
-        EXPECT_EQ(result.value().frame.channels[2].values, whole.channels[2].values);
+        EXPECT_EQ(result.value().frame.channels[5].values, whole.channels[5].values);
         EXPECT_EQ(result.value().warning.empty(), size == second) << size;
         EXPECT_EQ(result.value().count, size < dump.size() - 1 ? 1U : 2U) << size;
     }
@@ -236,7 +243,7 @@ TEST(LammpsDump, theFrameThatIsAskedForIsRead) {
     std::vector<ParticleFrame> const frames = framesOf(readLammpsDump, text);
     ASSERT_EQ(frames.size(), 4U);
     for (std::size_t number = 0; number < 4; ++number) {
-        EXPECT_THAT(frames[number].positions, ElementsAre(Point{static_cast<float>(number + 1), 0, 0}));
+        EXPECT_THAT(frames[number].positions, ElementsAre(Point{static_cast<double>(number + 1), 0, 0}));
     }
     EXPECT_EQ(readLammpsDump(text, std::nullopt, nobody).value().frame.positions[0].x, 4);
     Result<LoadedFrame> const behind = readLammpsDump(text, 4, nobody);

@@ -15,7 +15,7 @@ using testing::HasSubstr;
 
 namespace {
 
-using Point = Vector3<float>;
+using Point = Vector3<double>;
 
 std::string headerOf(std::string const& format, std::string const& count) {
     return "ply\nformat " + format +
@@ -69,13 +69,34 @@ TEST(PlyPoints, textAndBothByteOrdersGiveTheSame) {
         ASSERT_EQ(faultOf(result), "");
         EXPECT_EQ(result.value().warning, "");
         ParticleFrame const& frame = result.value().frame;
-        EXPECT_THAT(frame.positions, ElementsAre(Point{2.5F, 3, -4}, Point{1.5F, 2, -3}));
-        EXPECT_THAT(frame.velocities, ElementsAre(Point{5, 6, 7}, Point{4, 5, 6}));
-        ASSERT_EQ(frame.channels.size(), 4U);
+        EXPECT_THAT(frame.positions, ElementsAre(Point{2.5, 3, -4}, Point{1.5, 2, -3}));
+        EXPECT_THAT(velocitiesOf(frame), ElementsAre(Point{5, 6, 7}, Point{4, 5, 6}));
+        ASSERT_EQ(frame.channels.size(), 7U);
         EXPECT_THAT(frame.channel("red")->values, ElementsAre(0, 200));
         EXPECT_THAT(frame.channel("c")->values, ElementsAre(1, -100));
         EXPECT_THAT(frame.channel("s")->values, ElementsAre(2, 65535));
         EXPECT_THAT(frame.channel("id")->values, ElementsAre(8, 9));
+    }
+}
+
+TEST(PlyPoints, theTypeOfColorsTellsTheBrightest) {
+    struct Row {
+        char const* type;
+        char const* value;
+        double full;
+    };
+    for (Row const& row :
+         {Row{"uchar", "1", 255}, {"ushort", "1", 65535}, {"float", "1", 1}, {"float", "90", 255}}) {
+        std::string bytes = "ply\nformat ascii 1.0\nelement vertex 1\nproperty float x\nproperty float "
+                            "y\nproperty float z\n";
+        for (char const* const name : {"red", "green", "blue"}) {
+            bytes += std::string("property ") + row.type + " " + name + "\n";
+        }
+        Result<LoadedFrame> const result =
+            readPlyPoints(bytes + "end_header\n0 0 0 0 0 " + row.value + "\n", nobody);
+        ASSERT_EQ(faultOf(result), "");
+        ASSERT_TRUE(result.value().frame.colors);
+        EXPECT_EQ(result.value().frame.colors->full, row.full) << row.type << row.value;
     }
 }
 

@@ -15,11 +15,11 @@ using testing::ElementsAreArray;
 namespace {
 
 /// The places, from 0, that particles had before they were sorted by these ids.
-std::vector<float> order(std::vector<double> const& ids) {
+std::vector<double> order(std::vector<double> const& ids) {
     ParticleFrame frame;
-    frame.channels.push_back({"place", {}});
+    frame.channels.push_back({"place", {}, {}});
     for (std::size_t i = 0; i < ids.size(); ++i) {
-        auto const place = static_cast<float>(i);
+        auto const place = static_cast<double>(i);
         frame.positions.push_back({place, 0, 0});
         frame.channels.front().values.push_back(place);
     }
@@ -42,11 +42,11 @@ TEST(ParticleFrame_test, idsOfAllKindsAreSorted) {
 TEST(ParticleFrame_test, manyMixedIdsAreSorted) {
     constexpr unsigned int count = 10007;
     std::vector<double> ids;
-    std::vector<float> expected(count);
+    std::vector<double> expected(count);
     for (unsigned int i = 0; i < count; ++i) {
         unsigned int const rank = i * 611 % count;
         ids.push_back(rank + 1);
-        expected[rank] = static_cast<float>(i);
+        expected[rank] = static_cast<double>(i);
     }
     EXPECT_THAT(order(ids), ElementsAreArray(expected));
 }

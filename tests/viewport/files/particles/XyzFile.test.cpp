@@ -12,7 +12,7 @@ using testing::HasSubstr;
 
 namespace {
 
-using Point = Vector3<float>;
+using Point = Vector3<double>;
 
 std::string const extended =
     "2\nLattice=\"2 0 0 1 3 0 0 0 4\" Origin=\"-1 -2 -3\" "
@@ -34,11 +34,13 @@ TEST(XyzFile, plainFramesHaveAKindAndCoordinates) {
     auto const frames = framesOf("2\nAtoms. Timestep: 50\n1 0 0.5 1\n2 1 2 3\n1\n\nAr 7 8 9\n");
     ASSERT_EQ(frames.size(), 2U);
     EXPECT_EQ(frames[0].timestep, 50);
-    EXPECT_THAT(frames[0].positions, ElementsAre(Point{0, 0.5F, 1}, Point{1, 2, 3}));
+    EXPECT_THAT(frames[0].positions, ElementsAre(Point{0, 0.5, 1}, Point{1, 2, 3}));
     EXPECT_THAT(frames[0].channel("type")->values, ElementsAre(1, 2));
     EXPECT_EQ(frames[1].timestep, 1);
     EXPECT_THAT(frames[1].positions, ElementsAre(Point{7, 8, 9}));
     EXPECT_TRUE(frames[1].channels.empty());
+    ASSERT_NE(frames[1].elements(), nullptr);
+    EXPECT_THAT(frames[1].elements()->words, ElementsAre("Ar"));
     EXPECT_FALSE(frames[1].box);
 }
 
@@ -46,9 +48,9 @@ TEST(XyzFile, furtherColumnsAreVelocitiesOrChannels) {
     auto const bare = framesOf("1\n\n1 2 3\n");
     EXPECT_THAT(bare.at(0).positions, ElementsAre(Point{1, 2, 3}));
     auto const moving = framesOf("1\n\nH 1 2 3 4 5 6\n");
-    EXPECT_THAT(moving.at(0).velocities, ElementsAre(Point{4, 5, 6}));
+    EXPECT_THAT(velocitiesOf(moving.at(0)), ElementsAre(Point{4, 5, 6}));
     auto const charged = framesOf("1\n\nH 1 2 3 -0.5\n");
-    EXPECT_THAT(charged.at(0).channel("column 5")->values, ElementsAre(-0.5F));
+    EXPECT_THAT(charged.at(0).channel("column 5")->values, ElementsAre(-0.5));
 }
 
 TEST(XyzFile, extendedCommentsNameColumnsAndBox) {
@@ -58,13 +60,20 @@ TEST(XyzFile, extendedCommentsNameColumnsAndBox) {
     EXPECT_EQ(frame.timestep, 30);
     EXPECT_EQ(frame.time, 1.5);
     EXPECT_THAT(frame.positions, ElementsAre(Point{4, 5, 6}, Point{1, 2, 3}));
-    EXPECT_THAT(frame.velocities, ElementsAre(Point{0.4F, 0.5F, 0.6F}, Point{0.1F, 0.2F, 0.3F}));
+    EXPECT_THAT(velocitiesOf(frame), ElementsAre(Point{0.4, 0.5, 0.6}, Point{0.1, 0.2, 0.3}));
     std::vector<std::string> names;
     for (ParticleChannel const& channel : frame.channels) {
         names.push_back(channel.name);
     }
-    EXPECT_THAT(names, ElementsAre("id", "forces.x", "forces.y", "forces.z", "stress.1", "stress.2"));
+    EXPECT_THAT(names, ElementsAre("velo.x", "velo.y", "velo.z", "id", "forces.x", "forces.y", "forces.z",
+                                   "stress.1", "stress.2"));
     EXPECT_THAT(frame.channel("forces.z")->values, ElementsAre(-6, -3));
+    ASSERT_NE(frame.vector("forces"), nullptr);
+    EXPECT_THAT(frame.vector("forces")->columns, ElementsAre(4, 5, 6));
+    ASSERT_NE(frame.elements(), nullptr);
+    EXPECT_EQ(frame.elements()->name, "species");
+    EXPECT_THAT(frame.elements()->words, ElementsAre("Ne", "Ar"));
+    EXPECT_THAT(frame.label("fixed")->words, ElementsAre("F", "T"));
     ASSERT_TRUE(frame.box);
     EXPECT_TRUE((frame.box->origin == Vector3<double>{-1, -2, -3}));
     EXPECT_TRUE((frame.box->edges[1] == Vector3<double>{1, 3, 0}));

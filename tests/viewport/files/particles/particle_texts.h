@@ -34,13 +34,10 @@ inline vellum::viewport::Progress const nobody;
 
 namespace vellum {
 
-inline bool operator==(Vector3<float> const& a, Vector3<float> const& b) {
-    return a.x == b.x && a.y == b.y && a.z == b.z;
-}
 inline bool operator==(Vector3<double> const& a, Vector3<double> const& b) {
     return a.x == b.x && a.y == b.y && a.z == b.z;
 }
-inline void PrintTo(Vector3<float> const& vector, std::ostream* const stream) {
+inline void PrintTo(Vector3<double> const& vector, std::ostream* const stream) {
     *stream << '(' << vector.x << ' ' << vector.y << ' ' << vector.z << ')';
 }
 
@@ -49,6 +46,19 @@ namespace viewport {
 /// The message of the fault, or an empty one.
 inline std::string faultOf(Result<LoadedFrame> const& result) {
     return result.isOk() ? std::string() : result.fault().message;
+}
+
+/// The velocities; none where the frame has none.
+inline std::vector<Vector3<double>> velocitiesOf(ParticleFrame const& frame) {
+    std::vector<Vector3<double>> velocities;
+    if (ParticleVector const* const velocity = frame.velocity()) {
+        auto const& [x, y, z] = velocity->columns;
+        for (std::size_t i = 0; i < frame.positions.size(); ++i) {
+            velocities.push_back(
+                {frame.channels[x].values[i], frame.channels[y].values[i], frame.channels[z].values[i]});
+        }
+    }
+    return velocities;
 }
 
 /// All frames of a text, read one by one.

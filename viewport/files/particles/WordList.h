@@ -1,0 +1,47 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace vellum::viewport {
+
+/// The words of a column, each once, in the order of their first occurrence. The texts of the words must live
+/// as long as the list.
+class WordList {
+public:
+    /// The word's place; a word that is new becomes the last one.
+    std::uint32_t indexOf(std::string_view word) {
+        // A column has a few kinds, or a name for each particle.
+        std::size_t const near = std::min(words.size(), FEW);
+        for (std::size_t i = 0; i < near; ++i) {
+            if (words[i] == word) {
+                return static_cast<std::uint32_t>(i);
+            }
+        }
+        return words.size() < FEW ? _add(word) : _find(word);
+    }
+
+    std::vector<std::string> texts() const { return {words.begin(), words.end()}; }
+
+private:
+    static constexpr std::size_t FEW = 8;
+
+    std::uint32_t _add(std::string_view word) {
+        words.push_back(word);
+        return static_cast<std::uint32_t>(words.size() - 1);
+    }
+
+    std::uint32_t _find(std::string_view word) {
+        auto const [place, isNew] = places.try_emplace(word, static_cast<std::uint32_t>(words.size()));
+        return isNew ? _add(word) : place->second;
+    }
+
+    std::vector<std::string_view> words;
+    std::unordered_map<std::string_view, std::uint32_t> places;  // of the words behind the first few
+};
+
+}  // namespace vellum::viewport

@@ -1,0 +1,177 @@
+#include "viewport/files/particles/name_meanings.h"
+
+#include "viewport/text/bare_name.h"
+#include "viewport/text/lower_case.h"
+
+#include <algorithm>
+#include <optional>
+#include <string_view>
+
+namespace vellum::viewport {
+
+namespace {
+
+using Columns = std::array<std::size_t, 3>;
+
+constexpr std::string_view SEPARATORS = " _.:-";
+
+struct NameList {
+    std::vector<std::string> names;  // of the channels
+
+    template <class Form>
+    NameList(ParticleFrame const& frame, Form const& form) {
+        for (ParticleChannel const& channel : frame.channels) {
+            names.push_back(form(channel.name));
+        }
+    }
+
+    std::optional<std::size_t> find(std::string_view name) const {
+        auto const found = std::find(names.begin(), names.end(), name);
+        return found == names.end()
+                   ? std::nullopt
+                   : std::optional<std::size_t>(static_cast<std::size_t>(found - names.begin()));
+    }
+
+    std::optional<Columns> find(std::string_view const (&wanted)[3]) const {
+        std::optional<std::size_t> const a = find(wanted[0]);
+        std::optional<std::size_t> const b = find(wanted[1]);
+        std::optional<std::size_t> const c = find(wanted[2]);
+        return a && b && c ? std::optional<Columns>(Columns{*a, *b, *c}) : std::nullopt;
+    }
+};
+
+std::string joined(std::string_view first, std::string_view second) {
+    return std::string(first) + std::string(second);
+}
+
+/// The other two components of the vector whose first one is given.
+std::optional<Columns> vectorAt(NameList const& names, std::size_t first) {
+    std::string_view const name = names.names[first];
+    if (name.size() < 2) {
+        return std::nullopt;
+    }
+    std::string_view const stem = name.substr(0, name.size() - 1);
+    bool const isSeparated = SEPARATORS.find(stem.back()) != std::string_view::npos;
+    if (name.back() == '0' && isSeparated) {
+        // The first three of a longer list are no vector.
+        return names.find(joined(stem, "3"))
+                   ? std::nullopt
+                   : names.find({joined(stem, "0"), joined(stem, "1"), joined(stem, "2")});
+    }
+    if (name.back() != 'x' || stem == "i") {
+        return std::nullopt;
+    }
+    // A row of a tensor: xx xy xz.
+    if (stem.back() >= 'x' && stem.back() <= 'z' &&
+        names.find(joined(stem.substr(0, stem.size() - 1), "yy"))) {
+        return std::nullopt;
+    }
+    return names.find({joined(stem, "x"), joined(stem, "y"), joined(stem, "z")});
+}
+
+std::string stemOf(std::string_view name) {
+    name.remove_suffix(1);
+    return std::string(name.substr(0, name.find_last_not_of(SEPARATORS) + 1));
+}
+
+/// How likely a name is that of the velocity, 0 most; nothing: it is not.
+std::optional<std::ptrdiff_t> velocityRank(std::string const& name) {
+    constexpr std::string_view NAMES[] = {"v", "velocity", "vel", "velo", "velocities"};
+    auto const* const found = std::find(std::begin(NAMES), std::end(NAMES), bareName(name));
+    return found == std::end(NAMES) ? std::nullopt : std::optional<std::ptrdiff_t>(found - std::begin(NAMES));
+}
+
+std::vector<ParticleVector> vectorsOf(ParticleFrame const& frame) {
+    NameList const names(frame, lowerCase);
+    std::vector<ParticleVector> vectors;
+    std::optional<std::ptrdiff_t> bestRank;
+    std::size_t velocity = 0;
+    for (std::size_t i = 0; i < frame.channels.size(); ++i) {
+        std::optional<Columns> const columns = vectorAt(names, i);
+        // A second column of a name is not part of a second vector.
+        if (!columns || (*columns)[0] != i) {
+            continue;
+        }
+        if (frame.colors && frame.colors->columns == *columns) {
+            continue;
+        }
+        vectors.push_back(ParticleVector{stemOf(frame.channels[i].name), *columns});
+        std::optional<std::ptrdiff_t> const rank = velocityRank(vectors.back().name);
+        if (rank && (!bestRank || *rank < *bestRank)) {
+            bestRank = rank;
+            velocity = vectors.size() - 1;
+        }
+    }
+    if (bestRank) {
+        vectors[velocity].name = ParticleVector::VELOCITY;
+        std::rotate(vectors.begin(), vectors.begin() + static_cast<std::ptrdiff_t>(velocity),
+                    vectors.begin() + static_cast<std::ptrdiff_t>(velocity) + 1);
+    }
+    return vectors;
+}
+
+double fullOf(ParticleFrame const& frame, Columns const& columns) {
+    double most = 0;
+    for (std::size_t const column : columns) {
+        for (double const value : frame.channels[column].values) {
+            most = value > most ? value : most;
+        }
+    }
+    return most > 255 ? 65535 : most > 1 ? 255 : 1;
+}
+
+std::optional<ParticleColors> colorsOf(ParticleFrame const& frame, NameList const& bareNames) {
+    constexpr std::string_view NAMES[][3] = {
+        {"r", "g", "b"},
+        {"red", "green", "blue"},
+        {"colorr", "colorg", "colorb"},
+        {"colorred", "colorgreen", "colorblue"},
+        {"colorsr", "colorsg", "colorsb"},
+        {"color0", "color1", "color2"},
+        {"colors0", "colors1", "colors2"},
+        {"colorx", "colory", "colorz"},
+        {"colorsx", "colorsy", "colorsz"},
+        {"rgb0", "rgb1", "rgb2"},
+        {"rgbr", "rgbg", "rgbb"},
+        {"diffusered", "diffusegreen", "diffuseblue"},
+    };
+    for (auto const& names : NAMES) {
+        if (std::optional<Columns> const columns = bareNames.find(names)) {
+            return ParticleColors{*columns, fullOf(frame, *columns)};
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<ParticleSizes> sizesOf(NameList const& bareNames) {
+    struct Row {
+        std::string_view name;
+        double diameters;
+    };
+    for (Row const& row : {Row{"radius", 2}, {"radii", 2}, {"diameter", 1}, {"diameters", 1}, {"size", 1}}) {
+        if (std::optional<std::size_t> const column = bareNames.find(row.name)) {
+            return ParticleSizes{*column, row.diameters};
+        }
+    }
+    return std::nullopt;
+}
+
+bool isNameOfElements(std::string const& name) {
+    std::string const bare = bareName(name);
+    return bare == "element" || bare == "elements" || bare == "species" || bare == "symbol" ||
+           bare == "symbols";
+}
+
+}  // namespace
+
+void findMeanings(ParticleFrame& frame) {
+    NameList const bareNames(frame, bareName);
+    frame.colors = colorsOf(frame, bareNames);
+    frame.sizes = sizesOf(bareNames);
+    frame.vectors = vectorsOf(frame);
+    for (ParticleLabels& labels : frame.labels) {
+        labels.areElements = isNameOfElements(labels.name);
+    }
+}
+
+}  // namespace vellum::viewport
