@@ -20,6 +20,11 @@ inline bool isDigit(char character) {
     return character >= '0' && character <= '9';
 }
 
+/// Fortran writes a D for numbers in double precision.
+inline bool isExponentMark(char character) {
+    return character == 'e' || character == 'E' || character == 'd' || character == 'D';
+}
+
 inline char const* takeDigits(char const* here, char const* end, std::uint64_t& digits) {
     for (; here != end && isDigit(*here); ++here) {
         digits = 10 * digits + static_cast<std::uint64_t>(*here - '0');
@@ -60,7 +65,7 @@ inline char const* takeShortNumber(char const* here, char const* end, double& va
     if (count > MOST_DIGITS) {
         return nullptr;
     }
-    if (here != end && (*here == 'e' || *here == 'E')) {
+    if (here != end && isExponentMark(*here)) {
         ++here;
         bool const isSmall = here != end && *here == '-';
         here += isSmall || (here != end && *here == '+') ? 1 : 0;

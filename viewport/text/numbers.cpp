@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <string>
 #include <system_error>
 
 namespace vellum::viewport {
@@ -60,11 +61,39 @@ std::optional<double> toDataNumber(std::string_view word) {
                                                                            : std::nullopt;
 }
 
+namespace {
+
+/// The end of the exponent "D+03" that begins here; null where there is none.
+char const* endOfFortranExponent(char const* here, char const* end) {
+    if (here == end || (*here != 'd' && *here != 'D')) {
+        return nullptr;
+    }
+    ++here;
+    here += here != end && (*here == '-' || *here == '+') ? 1 : 0;
+    char const* const start = here;
+    while (here != end && isDigit(*here)) {
+        ++here;
+    }
+    return here == start ? nullptr : here;
+}
+
+}  // namespace
+
 char const* takeUnusualDataNumber(char const* here, char const* end, double& value) {
     if (here != end && *here == '+' && end - here > 1 && here[1] != '-') {
         ++here;
     }
     auto const [numberEnd, error] = std::from_chars(here, end, value);
+    if (error != std::errc::invalid_argument) {
+        if (char const* const exponentEnd = endOfFortranExponent(numberEnd, end)) {
+            std::string word(here, exponentEnd);
+            word[static_cast<std::size_t>(numberEnd - here)] = 'e';
+            return takeUnusualDataNumber(word.data(), word.data() + word.size(), value) ==
+                           word.data() + word.size()
+                       ? exponentEnd
+                       : nullptr;
+        }
+    }
     if (error == std::errc::result_out_of_range) {
         value = beyondDoubles(std::string_view(here, static_cast<std::size_t>(numberEnd - here)));
         return numberEnd;

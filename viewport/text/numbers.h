@@ -25,7 +25,8 @@ std::optional<std::int64_t> toSignedInteger(std::string_view word);
 /// A number of things: decimal digits and nothing else, below 2^64.
 std::optional<std::uint64_t> toCount(std::string_view word);
 
-/// A number of a data file: as toReal(), and also after a '+', `inf`, `infinity` and `nan` in any case.
+/// A number of a data file: as toReal(), and also after a '+', `inf`, `infinity` and `nan` in any case, and
+/// with the exponents of Fortran, as in `1.0D+03`.
 /// Numbers beyond all doubles are infinite, numbers too small for a double are 0.
 std::optional<double> toDataNumber(std::string_view word);
 

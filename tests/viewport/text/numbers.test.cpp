@@ -134,6 +134,18 @@ TEST(Numbers, dataNumbersOfUnusualShapeAreTheNearestDoubles) {
     EXPECT_TRUE(std::isnan(toDataNumber("nan").value()));
 }
 
+TEST(Numbers, exponentsOfFortranAreUnderstood) {
+    EXPECT_EQ(toDataNumber("1.5D+03"), 1500);
+    EXPECT_EQ(toDataNumber("-2d-1"), -0.2);
+    EXPECT_EQ(toDataNumber("0.12345678901234567890D+02"), 12.345678901234567890);
+    EXPECT_EQ(toDataNumber("+1D400"), HUGE_VAL);
+    EXPECT_EQ(toDataNumber("1D-400"), 0);
+    for (char const* const word : {"1D", "1D+", "D5", "1D5D5", "nanD5", "1e5D5"}) {
+        EXPECT_FALSE(toDataNumber(word).has_value()) << word;
+    }
+    EXPECT_FALSE(toReal("1D5").has_value()) << "what a user types";
+}
+
 TEST(Numbers, otherWordsAreNotDataNumbers) {
     for (char const* const text :
          {"", "-", "+", ".", "e5", "1e", "1e+", "--1", "+-1", "1.2.3", "1x", "0x10", "1 "}) {

@@ -36,7 +36,13 @@ std::vector<std::string_view> namesOf(std::string_view line, char separator) {
     std::vector<std::string_view> names;
     if (separator == ' ') {
         for (std::string_view word = takeWord(line); !word.empty(); word = takeWord(line)) {
-            names.push_back(word);
+            bool const isUnit = word.front() == '(' || word.front() == '[';
+            if (isUnit && !names.empty()) {
+                char const* const start = names.back().data();
+                names.back() = {start, static_cast<std::size_t>(word.data() + word.size() - start)};
+            } else {
+                names.push_back(word);
+            }
         }
         return names;
     }
@@ -59,6 +65,27 @@ std::vector<std::string_view> namesOf(std::string_view line, char separator) {
     }
 }
 
+struct Title {
+    std::string_view name;
+    std::string_view unit;  // may be empty
+};
+
+/// "Temperature (K)" is a name and a unit. Numbers and axes in parentheses are parts of the name.
+Title titleOf(std::string_view text) {
+    char const closing = text.empty() ? ' ' : text.back();
+    std::size_t const open = closing == ')'   ? text.rfind('(')
+                             : closing == ']' ? text.rfind('[')
+                                              : std::string_view::npos;
+    if (open == std::string_view::npos || open == 0) {
+        return {text, {}};
+    }
+    std::string_view const unit = trimmed(text.substr(open + 1, text.size() - open - 2));
+    std::string_view const name = trimmed(text.substr(0, open));
+    bool const isIndex = unit.find_first_not_of("0123456789") == std::string_view::npos;
+    bool const isAxis = unit.size() == 1 && std::string_view("xyzXYZ").find(unit) != std::string_view::npos;
+    return isIndex || isAxis || name.empty() ? Title{text, {}} : Title{name, unit};
+}
+
 struct Heading {
     std::vector<TableColumn> columns;
     char separator = ',';
@@ -77,9 +104,12 @@ Heading headingOf(std::string_view line) {
     }
     Heading heading;
     heading.separator = separatorOf(line);
-    std::vector<std::string_view> const names = namesOf(line, heading.separator);
-    for (std::string_view name : names) {
-        heading.columns.push_back(TableColumn{bareName(name), ColumnUse::CHANNEL, 0, false, {}});
+    std::vector<std::string_view> names = namesOf(line, heading.separator);
+    for (std::string_view& name : names) {
+        Title const title = titleOf(name);
+        name = title.name;
+        heading.columns.push_back(
+            TableColumn{bareName(name), ColumnUse::CHANNEL, 0, false, std::string(title.unit)});
         heading.columns.back().isId = heading.columns.back().name == "id";
     }
     for (auto const& axes : {std::array<std::string_view, 3>{"x", "y", "z"},
@@ -115,6 +145,7 @@ Result<LoadedFrame> readCsv(std::string_view text, Progress const& progress) {
         return Fault{{}, lines.damage("no columns x, y and z are named").message()};
     }
     TableRows rows(heading.columns, heading.separator);
+    rows.allowMissing();
     rows.report(progress);
     LoadedFrame result;
     if (std::optional<TextDamage> const damage = rows.read(lines, std::nullopt, result.frame)) {

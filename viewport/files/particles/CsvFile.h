@@ -14,10 +14,10 @@ bool isCsvOfParticles(std::string_view text);
 /// Reads a table with a line of names: one frame. The separator is the one of comma, semicolon and tabulator
 /// that is most frequent in the line of names, or else blanks; names and values may be in double quotes.
 ///
-/// Capitals, blanks and punctuation of the names do not matter. Positions are x y z, position or pos (as in
-/// "Position X", "pos_x") or "Points:0"; velocities vx vy vz, "velocity x", "vel_x" or "velocity:0". Every
-/// other column whose first value is a number, or missing, is a scalar channel; its missing values are NaN.
-/// An id orders the particles.
+/// Capitals, blanks and punctuation of the names do not matter, and a unit may follow in parentheses or
+/// brackets. Positions are x y z, position or pos (as in "Position X", "pos_x") or "Points:0". Every other
+/// column is a channel if its first value is a number, else labels. Empty cells, NA, N/A, null and - are
+/// missing values: NaN. An id orders the particles. See also findMeanings().
 ///
 /// Damage is a fault, without a file.
 /// \param progress may be empty.

@@ -1,5 +1,6 @@
 #include "viewport/files/particles/FrameBuilder.h"
 
+#include "viewport/files/common/large_pages.h"
 #include "viewport/files/particles/name_meanings.h"
 
 #include <cmath>
@@ -9,6 +10,12 @@ namespace vellum::viewport {
 namespace {
 
 constexpr double LARGEST_ID = 9007199254740992.0;  // 2^53: whole numbers up to here are exact
+
+template <class T>
+void reserve(std::vector<T>& values, std::size_t count) {
+    values.reserve(count);
+    preferLargePages(values.data(), values.capacity() * sizeof(T));
+}
 
 }  // namespace
 
@@ -45,7 +52,7 @@ FrameBuilder::FrameBuilder(std::vector<TableColumn> const& columns, std::size_t 
             labelIndices[i] = labelColumns.size();
             labelColumns.push_back(i);
             frame.labels.push_back(ParticleLabels{column.name, {}, {}, false});
-            frame.labels.back().indices.reserve(rowCount);
+            reserve(frame.labels.back().indices, rowCount);
         } else if (column.use != ColumnUse::IGNORED) {
             if (column.isId) {
                 idColumn = i;
@@ -53,11 +60,11 @@ FrameBuilder::FrameBuilder(std::vector<TableColumn> const& columns, std::size_t 
             }
             channelColumns.push_back(i);
             frame.channels.push_back(ParticleChannel{column.name, {}, column.unit});
-            frame.channels.back().values.reserve(rowCount);
+            reserve(frame.channels.back().values, rowCount);
         }
     }
     wordLists.resize(labelColumns.size());
-    frame.positions.reserve(rowCount);
+    reserve(frame.positions, rowCount);
 }
 
 bool FrameBuilder::addRow() {

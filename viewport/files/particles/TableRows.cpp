@@ -1,9 +1,11 @@
 #include "viewport/files/particles/TableRows.h"
 
 #include "viewport/text/data_numbers.h"
+#include "viewport/text/lower_case.h"
 #include "viewport/text/numbers.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -25,17 +27,33 @@ char const* skipBlanks(char const* here, char const* const& end) {
     return here;
 }
 
+bool isMissingWord(std::string_view word) {
+    std::string const lower = lowerCase(word);
+    return lower == "na" || lower == "n/a" || lower == "null" || lower == "-";
+}
+
 }  // namespace
 
 std::optional<TextDamage> TableRows::read(TextLines& lines, std::optional<std::uint64_t> const& count,
                                           ParticleFrame& frame) {
+    TextLines const start = lines;
+    std::optional<TextDamage> damage = _read(lines, count, frame);
+    // Once for each column at most.
+    while (damage && _becomesWords(frame)) {
+        lines = start;
+        damage = _read(lines, count, frame);
+    }
+    return damage;
+}
+
+std::optional<TextDamage> TableRows::_read(TextLines& lines, std::optional<std::uint64_t> const& count,
+                                           ParticleFrame& frame) {
     bool const skipsEmpty = separator != ' ';
-    // A value and its separator need two bytes at least; the last line may lack its end.
-    std::uint64_t const possibleRows = (lines.left() + 1) / (2 * std::max<std::size_t>(columns.size(), 1));
-    std::uint64_t const expectedRows = std::min(count.value_or(0), possibleRows);
+    failedColumn.reset();
+    std::uint64_t const expectedRows = _expectedRows(lines, count);
     std::optional<FrameBuilder> builder;
     for (std::uint64_t row = 0; !count || row < *count; ++row) {
-        if (skipsEmpty) {
+        if (skipsEmpty || !count) {
             lines.skipEmpty();
         }
         if (lines.isAtEnd()) {
@@ -76,6 +94,19 @@ std::optional<TextDamage> TableRows::read(TextLines& lines, std::optional<std::u
     return std::nullopt;
 }
 
+/// No more rows than the text can hold. Memory that is reserved and not used takes none.
+std::uint64_t TableRows::_expectedRows(TextLines const& lines,
+                                       std::optional<std::uint64_t> const& count) const {
+    // A value and its separator need two bytes at least; the last line may lack its end.
+    std::uint64_t const possible = (lines.left() + 1) / (2 * std::max<std::size_t>(columns.size(), 1));
+    if (count) {
+        return std::min(*count, possible);
+    }
+    TextLines ahead = lines;
+    std::uint64_t const bytesPerRow = ahead.take().size() + 1;
+    return std::min(lines.left() / bytesPerRow * 5 / 4, possible);
+}
+
 bool TableRows::skip(TextLines& lines, std::uint64_t count) const {
     TextLines ahead = lines;
     for (std::uint64_t row = 0; row < count; ++row) {
@@ -98,98 +129,129 @@ void TableRows::_findTexts() {
     std::string_view word;
     for (std::size_t i = 0; i < columns.size(); ++i) {
         char const* const start = here;
-        bool const isOptional = columns[i].use == ColumnUse::CHANNEL;
-        if (!_readValue(i, here, end, value, word) && isOptional) {
+        if (!_readCell(i, here, end, value, word) && columns[i].use == ColumnUse::CHANNEL) {
             columns[i].use = ColumnUse::WORDS;
             here = start;
-            static_cast<void>(_readValue(i, here, end, value, word));
+            static_cast<void>(_readCell(i, here, end, value, word));
         }
         if (separator != ' ' && here != end) {
             ++here;
         }
     }
+    isNumber.clear();
+    for (TableColumn const& column : columns) {
+        isNumber.push_back(column.use == ColumnUse::IGNORED || column.use == ColumnUse::WORDS ? 0 : 1);
+    }
 }
 
 bool TableRows::_readRow(FrameBuilder& builder) {
     double* const values = builder.values().data();
+    bool const isSeparated = separator != ' ';
     std::string_view word;
     char const* here = line.data();
     char const* const end = here + line.size();
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        if (i > 0 && separator != ' ') {
+    std::size_t const count = columns.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i > 0 && isSeparated) {
             if (here == end) {
-                return _fail("has " + std::to_string(i) + " of " + std::to_string(columns.size()) +
-                             " values");
+                return _fail("has " + std::to_string(i) + " of " + std::to_string(count) + " values");
             }
             ++here;
         }
-        if (!_readValue(i, here, end, values[i], word)) {
+        if (isNumber[i] != 0) {
+            // Nearly all cells are plain numbers between two separators.
+            char const* const start = !isSeparated && here != end && isBlank(*here) ? here + 1 : here;
+            char const* const numberEnd = takeShortNumber(start, end, values[i]);
+            if (numberEnd != nullptr &&
+                (numberEnd == end || *numberEnd == separator || (!isSeparated && isBlank(*numberEnd)))) {
+                here = numberEnd;
+                continue;
+            }
+        }
+        if (!_readCell(i, here, end, values[i], word)) {
             return false;
         }
         if (columns[i].use == ColumnUse::WORDS) {
             builder.setWord(i, word);
         }
     }
-    if (skipBlanks(here, end) != end) {
-        return _fail("has more than " + std::to_string(columns.size()) + " values");
+    if (here != end && skipBlanks(here, end) != end) {
+        return _fail("has more than " + std::to_string(count) + " values");
     }
     return true;
 }
 
-/// Leaves `here` at the separator behind the value or at the end of the line.
-bool TableRows::_readValue(std::size_t column, char const*& here, char const* const& end, double& value,
-                           std::string_view& word) {
-    bool const isSeparated = separator != ' ';
-    ColumnUse const use = columns[column].use;
-    bool const isNeeded = use != ColumnUse::IGNORED && use != ColumnUse::WORDS;
+/// Leaves `here` at the separator behind the cell or at the end of the line.
+bool TableRows::_readCell(std::size_t column, char const*& here, char const* end, double& value,
+                          std::string_view& word) {
     // A tabulator may be the separator; then it is not a blank.
-    while (here != end && isBlank(*here) && !(isSeparated && *here == separator)) {
+    while (here != end && isBlank(*here) && !(separator != ' ' && *here == separator)) {
         ++here;
     }
-    if (isNeeded) {
-        char const* numberEnd = takeDataNumber(here, end, value);
-        if (numberEnd != nullptr) {
-            if (isSeparated) {
-                while (numberEnd != end && isBlank(*numberEnd) && *numberEnd != separator) {
-                    ++numberEnd;
-                }
-            }
-            if (numberEnd == end || (isSeparated ? *numberEnd == separator : isBlank(*numberEnd))) {
-                here = numberEnd;
-                return true;
-            }
-        }
+    if (!_takeWord(column, here, end, word)) {
+        return false;
     }
+    ColumnUse const use = columns[column].use;
+    return use == ColumnUse::IGNORED || use == ColumnUse::WORDS || _toNumber(column, word, value);
+}
 
-    // Not a plain number: a text, a value in quotes, or an empty cell.
+bool TableRows::_takeWord(std::size_t column, char const*& here, char const* end, std::string_view& word) {
     char const* const start = here;
-    if (isSeparated && here != end && *here == '"') {
-        char const* const closing = std::find(start + 1, end, '"');
+    if (separator == ' ') {
+        here = std::find_if(start, end, isBlank);
+        word = std::string_view(start, static_cast<std::size_t>(here - start));
+        return !word.empty() ||
+               _fail("has " + std::to_string(column) + " of " + std::to_string(columns.size()) + " values");
+    }
+    if (here != end && *here == '"') {
+        // Two quotes within the quotes stand for one.
+        char const* closing = std::find(start + 1, end, '"');
+        while (end - closing > 1 && closing[1] == '"') {
+            closing = std::find(closing + 2, end, '"');
+        }
         word = std::string_view(start + 1, static_cast<std::size_t>(closing - start - 1));
         here = std::find(closing, end, separator);
-    } else {
-        here = isSeparated ? std::find(start, end, separator) : std::find_if(start, end, isBlank);
-        word = std::string_view(start, static_cast<std::size_t>(here - start));
-        while (!word.empty() && isBlank(word.back())) {
-            word.remove_suffix(1);
-        }
-        if (word.empty() && !isSeparated) {
-            return _fail("has " + std::to_string(column) + " of " + std::to_string(columns.size()) +
-                         " values");
-        }
-    }
-    if (!isNeeded) {
         return true;
     }
-    if (word.empty() && (use == ColumnUse::CHANNEL || use == ColumnUse::NUMBER) && !columns[column].isId) {
-        value = std::numeric_limits<double>::quiet_NaN();
-        return true;
+    here = std::find(start, end, separator);
+    word = std::string_view(start, static_cast<std::size_t>(here - start));
+    while (!word.empty() && isBlank(word.back())) {
+        word.remove_suffix(1);
     }
+    return true;
+}
+
+bool TableRows::_toNumber(std::size_t column, std::string_view word, double& value) {
     if (std::optional<double> const number = toDataNumber(word)) {
         value = *number;
         return true;
     }
+    bool const isPosition = columns[column].use == ColumnUse::POSITION;
+    bool const isMissing = word.empty() ? !isPosition : isMissingAllowed && isMissingWord(word);
+    if (isMissing && !columns[column].isId) {
+        value = std::numeric_limits<double>::quiet_NaN();
+        return true;
+    }
+    failedColumn = column;
     return _fail(quoted(word) + " in column " + quoted(columns[column].name) + " is not a number");
+}
+
+/// Whether the column of the damaged line had no number so far. Then its cells are words.
+bool TableRows::_becomesWords(ParticleFrame const& frame) {
+    if (!isMissingAllowed || !failedColumn || columns[*failedColumn].use != ColumnUse::CHANNEL) {
+        return false;
+    }
+    ParticleChannel const* channel = frame.channels.data();
+    for (std::size_t i = 0; i < *failedColumn; ++i) {
+        bool const isChannel = columns[i].use == ColumnUse::CHANNEL || columns[i].use == ColumnUse::NUMBER;
+        channel += isChannel ? 1 : 0;
+    }
+    if (!std::all_of(channel->values.begin(), channel->values.end(),
+                     [](double value) { return std::isnan(value); })) {
+        return false;
+    }
+    columns[*failedColumn].use = ColumnUse::WORDS;
+    return true;
 }
 
 bool TableRows::_fail(std::string const& reason) {

@@ -17,7 +17,7 @@ class TableRows {
 public:
     /// \param separator between two values; a blank stands for any number of blanks and tabulators. With
     ///                  another separator values may be in double quotes, rows without words are skipped, and
-    ///                  a channel may lack values: they are NaN.
+    ///                  cells of channels may be empty: they are NaN.
     TableRows(std::vector<TableColumn> const& columns, char separator)
         : columns(columns), separator(separator) {}
 
@@ -27,6 +27,10 @@ public:
     /// A row that begins with this mark and is not a row of this table begins the next one: its damage is
     /// reported as missing rows. Empty: no mark.
     void endAt(std::string_view mark) { this->mark = mark; }
+
+    /// The words NA, N/A, null and - are NaN, too. A column without a number may begin with them and go on with
+    /// words.
+    void allowMissing() { isMissingAllowed = true; }
 
     /// Called with the bytes of the text; may be empty.
     void report(Progress const& progress) { this->progress = progress; }
@@ -42,19 +46,28 @@ public:
     bool skip(TextLines& lines, std::uint64_t count) const;
 
 private:
+    std::optional<TextDamage> _read(TextLines& lines, std::optional<std::uint64_t> const& count,
+                                    ParticleFrame& frame);
+    std::uint64_t _expectedRows(TextLines const& lines, std::optional<std::uint64_t> const& count) const;
     void _findTexts();
     bool _readRow(FrameBuilder& builder);
-    bool _readValue(std::size_t column, char const*& here, char const* const& end, double& value,
-                    std::string_view& word);
+    bool _readCell(std::size_t column, char const*& here, char const* end, double& value,
+                   std::string_view& word);
+    bool _takeWord(std::size_t column, char const*& here, char const* end, std::string_view& word);
+    bool _toNumber(std::size_t column, std::string_view word, double& value);
+    bool _becomesWords(ParticleFrame const& frame);
     bool _fail(std::string const& reason);
 
     std::vector<TableColumn> columns;
     char separator;
+    bool isMissingAllowed = false;
     std::optional<ParticleBox> box;
     std::string_view mark;
     Progress progress;
-    std::string_view line;  // being read
-    std::string reason;     // of the line's damage
+    std::vector<char> isNumber;               // one for each column: 1 where it holds numbers
+    std::string_view line;                    // being read
+    std::string reason;                       // of the line's damage
+    std::optional<std::size_t> failedColumn;  // of the line: it does not hold a number
 };
 
 }  // namespace vellum::viewport

@@ -25,7 +25,17 @@ public:
         return words.size() < FEW ? _add(word) : _find(word);
     }
 
-    std::vector<std::string> texts() const { return {words.begin(), words.end()}; }
+    /// Two quotes of a word, as tables have them within quotes, become one.
+    std::vector<std::string> texts() const {
+        std::vector<std::string> texts(words.begin(), words.end());
+        for (std::string& text : texts) {
+            for (std::size_t at = text.find("\"\""); at != std::string::npos;
+                 at = text.find("\"\"", at + 1)) {
+                text.erase(at, 1);
+            }
+        }
+        return texts;
+    }
 
 private:
     static constexpr std::size_t FEW = 8;

@@ -63,6 +63,47 @@ TEST(CsvFile, emptyValuesBetweenTabulatorsAreMissing) {
     EXPECT_EQ(frame.channel("b")->values.at(0), 7);
 }
 
+TEST(CsvFile, unitsAreKeptApartFromNames) {
+    for (char const* const text : {"x [m],y [m],z [m],Temperature (K),c_s[1],p\n1,2,3,300,4,5\n",
+                                   "X (m);Y (m);Z(m);Temperature [K];c_s[1];p\n1;2;3;300;4;5\n",
+                                   "x (m) y (m) z (m) Temperature (K) c_s[1] p\n1 2 3 300 4 5\n"}) {
+        ParticleFrame const frame = frameOf(text);
+        EXPECT_THAT(frame.positions, ElementsAre(Point{1, 2, 3}));
+        ASSERT_NE(frame.channel("Temperature"), nullptr) << text;
+        EXPECT_EQ(frame.channel("Temperature")->unit, "K");
+        ASSERT_NE(frame.channel("c_s[1]"), nullptr) << text;
+        EXPECT_EQ(frame.channel("c_s[1]")->unit, "");
+        EXPECT_EQ(frame.channel("p")->unit, "");
+    }
+    EXPECT_THAT(frameOf("Position (X),Position (Y),Position (Z)\n1,2,3\n").positions,
+                ElementsAre(Point{1, 2, 3}));
+    EXPECT_EQ(faultIn("x,y,z,(K)\n1,2,3,4,5\n"), "line 2: has more than 4 values");
+}
+
+TEST(CsvFile, missingValuesAreNotNumbers) {
+    std::string rows;
+    for (char const* const missing : {"", "NA", "nan", "NaN", "N/A", "null", "-"}) {
+        rows += std::string("1,2,3,") + missing + "\n";
+    }
+    ParticleFrame const frame = frameOf("x,y,z,a\n" + rows + "1,2,3,1.0D+03\n");
+    ASSERT_EQ(frame.channels.size(), 1U);
+    for (std::size_t i = 0; i < 7; ++i) {
+        EXPECT_TRUE(std::isnan(frame.channels[0].values[i])) << i;
+    }
+    EXPECT_EQ(frame.channels[0].values[7], 1000);
+    EXPECT_TRUE(std::isnan(frameOf("x,y,z\n1,NA,3\n").positions[0].y));
+}
+
+TEST(CsvFile, columnsOfWordsAreLabels) {
+    ParticleFrame const frame =
+        frameOf("x,y,z,kind,note\n0,0,0,ant,NA\n1,0,0,bee,\n2,0,0,ant,\"a \"\"b\"\"\"\n");
+    EXPECT_TRUE(frame.channels.empty());
+    ASSERT_EQ(frame.labels.size(), 2U);
+    EXPECT_THAT(frame.label("kind")->words, ElementsAre("ant", "bee"));
+    EXPECT_THAT(frame.label("kind")->indices, ElementsAre(0, 1, 0));
+    EXPECT_THAT(frame.label("note")->words, ElementsAre("NA", "", "a \"b\""));
+}
+
 TEST(CsvFile, aTableMayHaveNoRows) {
     ParticleFrame const frame = frameOf("x,y,z,a\n");
     EXPECT_TRUE(frame.positions.empty());
