@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,8 +13,14 @@ struct TextMask {
     std::vector<unsigned char> coverage;  ///< width * height, the top row first; 255 is all of a pixel
 };
 
-/// Writes text in a plain face: in a TrueType font of the system, or where there is none in the simple letters that
-/// come with the program. ASCII; other characters are shown as '?'.
+/// Writes lines of UTF-8 in a plain face: in a font of the system, with every script that it has, or where there is no
+/// font in the simple letters that come with the program, which are ASCII only.
+///
+/// A character that the font lacks is a box, one that the simple letters lack and a control character is '?'. Text in
+/// both directions is written in runs, one for each direction; numbers within a text from right to left are runs of
+/// their own.
+///
+/// Copies share the font. Not thread-safe.
 class TextWriter {
 public:
     /// The first of the files that is a font. Nobody else than the system's administrator must be able to change
@@ -23,13 +30,19 @@ public:
     /// `height` is that of a line of text, pixels, from 1 on.
     TextMask write(std::string const& text, int height) const;
 
-    bool hasFont() const { return !typeface.empty(); }
+    /// The text, with an ellipsis in place of its middle where it is wider than so many pixels: what tells names apart
+    /// often stands at their ends.
+    std::string shortened(std::string const& text, int height, int widest) const;
+
+    bool hasFont() const { return font != nullptr; }
 
     /// Where the usual plain faces are installed.
     static std::vector<std::string> systemFonts();
 
 private:
-    std::vector<unsigned char> typeface;  // the file's bytes; empty where there is none
+    class Font;
+
+    std::shared_ptr<Font> font;  // null where there is none
 };
 
 }  // namespace vellum::viewport
