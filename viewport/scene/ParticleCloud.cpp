@@ -74,8 +74,7 @@ double spacingIn(Box3<double> const& box, std::size_t count) {
 
 CloudMaker::CloudMaker(ParticleFrame const& frame, ParticleLook const& look) : frame(frame), look(look) {
     if (look.scale) {
-        quantity = look.mode == ParticleMode::ARROWS ? Quantity::speed(frame)
-                                                     : Quantity::find(frame, look.scale->name);
+        quantity = isOfArrows(look.mode) ? Quantity::speed(frame) : Quantity::find(frame, look.scale->name);
     }
     if (frame.box && isFinite(*frame.box)) {
         edges = frame.box;

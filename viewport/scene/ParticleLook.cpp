@@ -61,13 +61,13 @@ void include(Ends& ends, ParticleFrame const& frame, Quantity const& quantity) {
     }
 }
 
-ParticleScale scaleOf(std::string const& name, bool isOfArrows, std::vector<ParticleFrame> const& frames,
+ParticleScale scaleOf(std::string const& name, bool hasArrows, std::vector<ParticleFrame> const& frames,
                       std::optional<ValueRange> const& range) {
     Ends ends;
     bool isSpeed = false;
     for (ParticleFrame const& frame : frames) {
         // Arrows show the velocities, whatever a column of the name "speed" holds.
-        Quantity const quantity = isOfArrows ? *Quantity::speed(frame) : *Quantity::find(frame, name);
+        Quantity const quantity = hasArrows ? *Quantity::speed(frame) : *Quantity::find(frame, name);
         isSpeed = isSpeed || quantity.isSpeed();
         include(ends, frame, quantity);
     }
@@ -85,8 +85,8 @@ ParticleScale scaleOf(std::string const& name, bool isOfArrows, std::vector<Part
     return scale;
 }
 
-std::optional<Fault> missingIn(ParticleFrame const& frame, bool isOfArrows, std::string const& channel) {
-    if (isOfArrows && frame.velocity() == nullptr) {
+std::optional<Fault> missingIn(ParticleFrame const& frame, bool hasArrows, std::string const& channel) {
+    if (hasArrows && frame.velocity() == nullptr) {
         return Fault{frame.file, "has no velocities to be shown as arrows"};
     }
     if (!channel.empty() && !Quantity::find(frame, channel)) {
@@ -107,7 +107,7 @@ std::optional<Fault> lossOf(ParticleFrame const& frame, ParticleMode mode) {
     }
     return Fault{frame.file, std::to_string(lost) + " of " + std::to_string(all) +
                                  " particles are left out: their positions" +
-                                 (mode == ParticleMode::ARROWS ? " or velocities" : "") + " are not finite"};
+                                 (isOfArrows(mode) ? " or velocities" : "") + " are not finite"};
 }
 
 }  // namespace
@@ -127,7 +127,7 @@ float ParticleScale::highMagnitude() const {
 
 bool isDrawable(ParticleFrame const& frame, std::size_t particle, ParticleMode mode) {
     return isFinite(frame.positions[particle]) &&
-           (mode != ParticleMode::ARROWS || isFinite(vectorOf(frame, *frame.velocity(), particle)));
+           (!isOfArrows(mode) || isFinite(vectorOf(frame, *frame.velocity(), particle)));
 }
 
 Result<ParticleLook> lookOf(std::vector<ParticleFrame> const& frames, ParticleOptions const& options) {
@@ -142,21 +142,21 @@ Result<ParticleLook> lookOf(std::vector<ParticleFrame> const& frames, ParticleOp
     look.mode = options.mode.value_or(count > MOST_SPHERES ? ParticleMode::POINTS : ParticleMode::SPHERES);
     look.size = options.size;
     look.isThinned = options.percent < 100;
-    bool const isOfArrows = look.mode == ParticleMode::ARROWS;
-    if (isOfArrows && !options.channel.empty() && options.channel != Quantity::SPEED_NAME) {
+    bool const hasArrows = isOfArrows(look.mode);
+    if (hasArrows && !options.channel.empty() && options.channel != Quantity::SPEED_NAME) {
         return Fault{frames.front().file, "arrows are colored by speed, not by '" + options.channel + "'"};
     }
     for (ParticleFrame const& frame : frames) {
-        if (std::optional<Fault> const missing = missingIn(frame, isOfArrows, options.channel)) {
+        if (std::optional<Fault> const missing = missingIn(frame, hasArrows, options.channel)) {
             return *missing;
         }
     }
-    std::string name = isOfArrows ? Quantity::SPEED_NAME : options.channel;
+    std::string name = hasArrows ? Quantity::SPEED_NAME : options.channel;
     if (name.empty()) {
         name = commonQuantity(frames);
     }
     if (!name.empty()) {
-        look.scale = scaleOf(name, isOfArrows, frames, options.range);
+        look.scale = scaleOf(name, hasArrows, frames, options.range);
     }
     for (ParticleFrame const& frame : frames) {
         if (std::optional<Fault> const loss = lossOf(frame, look.mode)) {

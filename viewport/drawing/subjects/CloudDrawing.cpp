@@ -50,6 +50,7 @@ double CloudDrawing::_size(Sampling const& sampling) const {
     case ParticleMode::SPHERES:
         return cloud.diameter;
     case ParticleMode::ARROWS:
+    case ParticleMode::SOLID_ARROWS:
         return _arrowLength();
     case ParticleMode::POINTS:
         break;

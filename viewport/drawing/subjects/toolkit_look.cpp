@@ -11,6 +11,7 @@ toolkit::ParticleMode modeOf(ParticleMode mode) {
     case ParticleMode::SPHERES:
         return toolkit::ParticleMode::SPHERES;
     case ParticleMode::ARROWS:
+    case ParticleMode::SOLID_ARROWS:
         return toolkit::ParticleMode::ARROWS;
     case ParticleMode::POINTS:
         break;
