@@ -30,6 +30,7 @@
 #include "toolkit/UserEffect.h"
 #include "toolkit/View.h"
 #include "toolkit/ViewKind.h"
+#include "toolkit/arrow_box.h"
 #include "toolkit/draw_mesh.h"
 #include "toolkit/draw_with.h"
 #include "toolkit/mesh_arrays.h"

@@ -1,5 +1,6 @@
 #include "tests/gl_spy/gl_spy.h"
 #include "tests/toolkit/particle_drawing.h"
+#include "toolkit/arrow_box.h"
 
 #include <cstdlib>
 
@@ -341,6 +342,45 @@ TEST_F(ParticleRenderer_own_test, solidArrowsAreAsLongAsTheirVectorsTimesTheSize
         expectColor(at(picture, 170, 64), color == COLOR ? Color4<float>{0.5F, 1, 0, 1} : red);
         expectColor(at(picture, 118, 192),
                     color == COLOR ? Color4<float>{1, 0, 1, 1} : Color4<float>{0.5F, 0.5F, 0, 1});
+    }
+}
+
+TEST_F(ParticleRenderer_own_test, arrowsLieInTheirBoxAndReachItsEnds) {
+    system.addParticles(1);
+    look.channel = VELOCITY;
+    look.size = 0.5F;
+    for (ParticleMode const mode : {ParticleMode::ARROWS, ParticleMode::SOLID_ARROWS}) {
+        for (Vector3<float> const& v : {Vector3<float>{1.5F, 0, 0}, {-1, 1, 0}, {0.3F, -1, 0.6F}}) {
+            vectors()[0] = v;
+            renderer.markChanged();
+            look.mode = mode;
+            clear();
+            draw();
+            Box3<double> box{{0, 0, 0}, {0, 0, 0}};
+            includeArrow(box, mode, {0, 0, 0}, convert<double>(v) * static_cast<double>(look.size));
+            Picture const picture = readPixels();
+            Box3<double> seen{{9, 9, 0}, {-9, -9, 0}};
+            for (int y = 0; y < height; ++y) {
+                for (int x = 0; x < width; ++x) {
+                    if (isLit(at(picture, x, y))) {
+                        double const px = (x + 0.5 - 128) / 128;
+                        double const py = (128 - y - 0.5) / 128;
+                        seen = {{std::min(seen.min.x, px), std::min(seen.min.y, py), 0},
+                                {std::max(seen.max.x, px), std::max(seen.max.y, py), 0}};
+                    }
+                }
+            }
+            constexpr double LINE = 0.015;  // its width
+            constexpr double SLACK = 0.13;  // the ring is drawn as two or four of its points
+            EXPECT_GE(seen.min.x, box.min.x - LINE);
+            EXPECT_LE(seen.max.x, box.max.x + LINE);
+            EXPECT_GE(seen.min.y, box.min.y - LINE);
+            EXPECT_LE(seen.max.y, box.max.y + LINE);
+            EXPECT_NEAR(seen.min.x, box.min.x, SLACK);
+            EXPECT_NEAR(seen.max.x, box.max.x, SLACK);
+            EXPECT_NEAR(seen.min.y, box.min.y, SLACK);
+            EXPECT_NEAR(seen.max.y, box.max.y, SLACK);
+        }
     }
 }
 

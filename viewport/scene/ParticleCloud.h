@@ -17,12 +17,17 @@ namespace vellum::viewport {
 
 /// The particles of a file as they are drawn, in the frame of the scene.
 struct ParticleCloud {
-    // The channels of `system`, both vectors.
+    // The first channels of `system`, both vectors.
     static constexpr unsigned int POSITIONS = 0;
     static constexpr unsigned int SHOWN = 1;  ///< their lengths are what colors show; arrows lie along them
 
     std::string name;                                 ///< the file's, without its folder
     std::shared_ptr<ParticleSystem_v2 const> system;  ///< finite positions only
+    /// The vector channel of `system` with the colors of the particles: red, green and blue, 0 to 1. They take the place
+    /// of those of the lengths.
+    std::optional<unsigned int> colors;
+    /// The scalar channel of `system` with the diameters of the spheres, in units of the scene.
+    std::optional<unsigned int> sizes;
     std::vector<Vector3<float>> boxLines;  ///< two ends for each line of the box that the particles are in
     Box3<double> box;                      ///< around all of it
     double spacing;                        ///< the mean distance of neighbors; above 0

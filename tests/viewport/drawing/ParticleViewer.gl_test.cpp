@@ -191,7 +191,8 @@ bool isRed(Rgb const& color) {
 TEST_F(ParticleViewer_gl_test, everyModeAndViewDrawsWithoutAnErrorOfOpenGL) {
     addSquare(6);
     particle_frames::addVelocities(data, {data.positions.size(), {0.1, 0.2, 0.3}});
-    for (ParticleMode const& mode : {ParticleMode::POINTS, ParticleMode::SPHERES, ParticleMode::ARROWS}) {
+    for (ParticleMode const mode :
+         {ParticleMode::POINTS, ParticleMode::SPHERES, ParticleMode::ARROWS, ParticleMode::SOLID_ARROWS}) {
         for (unsigned int view = 0; view < 7; ++view) {
             layer = layerWith(view % 2 == 0 ? 0 : someMemory);
             options.mode = mode;

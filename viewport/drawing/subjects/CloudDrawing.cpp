@@ -12,21 +12,25 @@ namespace {
 
 constexpr double POINT_SIZE = 2.4;     // pixels of a picture of 720
 constexpr double LONGEST_ARROW = 1.9;  // mean distances of neighbors
+constexpr double SHAFT_WIDTH = 2;      // of solid arrows, pixels of a picture of 720
 constexpr Color4<float> BOX{0.86F, 0.88F, 0.92F, 0.5F};
 
 }  // namespace
 
 CloudDrawing::CloudDrawing(Core_RL& layer, ParticleCloud const& cloud, ParticleStyle const& style,
                            double unitsPerFileUnit)
-    : layer(layer)
-    , cloud(cloud)
-    , style(style)
-    , unitsPerFileUnit(unitsPerFileUnit)
-    , look(toolkitLook(style)) {}
+    : layer(layer), cloud(cloud), style(style), unitsPerFileUnit(unitsPerFileUnit), look(toolkitLook(style)) {
+    look.colorChannel = cloud.colors.value_or(ParticleChannel_v2::NONE);
+    // Points mark places, in pixels.
+    bool const areSized = cloud.sizes && style.mode == ParticleMode::SPHERES;
+    look.sizeChannel = areSized ? *cloud.sizes : ParticleChannel_v2::NONE;
+}
 
 void CloudDrawing::draw(Sampling const& sampling) {
     look.size = static_cast<float>(_size(sampling));
+    layer.pushLineWidth(sampling.lineWidth(SHAFT_WIDTH));
     drawParticles(renderer, *cloud.system, look, toolkit::View::current());
+    layer.popLineWidth();
 }
 
 void CloudDrawing::drawBox(Sampling const& sampling) const {
@@ -48,7 +52,7 @@ void CloudDrawing::drawBox(Sampling const& sampling) const {
 double CloudDrawing::_size(Sampling const& sampling) const {
     switch (style.mode) {
     case ParticleMode::SPHERES:
-        return cloud.diameter;
+        return cloud.sizes ? 1 : cloud.diameter;
     case ParticleMode::ARROWS:
     case ParticleMode::SOLID_ARROWS:
         return _arrowLength();

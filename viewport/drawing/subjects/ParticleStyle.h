@@ -4,6 +4,7 @@
 #include "viewport/scene/ParticleOptions.h"
 
 #include <optional>
+#include <string>
 
 namespace vellum::viewport {
 
@@ -15,10 +16,11 @@ struct ParticleStyle {
     float percent = 100;  ///< of the particles, 0 to 100
     std::optional<double>
         size;  ///< above 0; points: pixels, spheres and arrows: units of the file; nothing: chosen
+    std::string colorMap = {};  ///< one of toolkit::ColorMap::names(); empty: `colors`
 
     /// The style for particles that have been prepared with these options.
     static ParticleStyle of(ParticleLook const& look, ParticleOptions const& options) {
-        return {look.mode, look.scale, options.colors, options.percent, options.size};
+        return {look.mode, look.scale, options.colors, options.percent, options.size, options.colorMap};
     }
 };
 

@@ -11,8 +11,9 @@ toolkit::ParticleMode modeOf(ParticleMode mode) {
     case ParticleMode::SPHERES:
         return toolkit::ParticleMode::SPHERES;
     case ParticleMode::ARROWS:
-    case ParticleMode::SOLID_ARROWS:
         return toolkit::ParticleMode::ARROWS;
+    case ParticleMode::SOLID_ARROWS:
+        return toolkit::ParticleMode::SOLID_ARROWS;
     case ParticleMode::POINTS:
         break;
     }
@@ -39,9 +40,18 @@ toolkit::ParticleLook toolkitLook(ParticleStyle const& style) {
         float const low = style.scale->lowMagnitude();
         float const high = style.scale->highMagnitude();
         look.channel = ParticleCloud::SHOWN;
-        look.low = 0;
         look.high = static_cast<double>(high);
-        look.colors = {{colorOfZero(colors, low, high), colors.high}, colors.above};
+        if (style.colorMap.empty()) {
+            look.low = 0;
+            look.colors = {{colorOfZero(colors, low, high), colors.high}, colors.above};
+        } else {
+            look.low = static_cast<double>(low);
+            look.colors = toolkit::ColorMap::named(style.colorMap);
+        }
+    } else if (isOfArrows(style.mode)) {
+        // Their colors are the cloud's, or one.
+        look.channel = ParticleCloud::SHOWN;
+        look.colors = {{colors.high}, colors.high};
     } else {
         look.colors = {{colors.high}, colors.above};
     }
