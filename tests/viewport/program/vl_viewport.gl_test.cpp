@@ -332,10 +332,10 @@ TEST_F(program_gl_test, aDumpThatIsCutOffShowsItsCompleteFramesAndSaysSo) {
     Outcome const outcome = run({dump, "--out", out, "--size", "200x150"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.error, StartsWith("vl_viewport: " + dump + ": "));
-    EXPECT_THAT(outcome.error, HasSubstr("cut off in frame 2, which is left out"));
+    EXPECT_THAT(outcome.error, HasSubstr("cut off in frame 1, which is left out"));
     EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << outcome.error;
     EXPECT_TRUE(Picture::loadPng(out).isOk());
-    expectFault(folder.write("first.lammpstrj", whole.substr(0, 160)), "cut off in frame 1");
+    expectFault(folder.write("first.lammpstrj", whole.substr(0, 160)), "cut off in frame 0");
 }
 
 TEST_F(program_gl_test, damagedParticleFilesAreFaults) {

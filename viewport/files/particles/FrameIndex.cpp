@@ -90,7 +90,7 @@ private:
             return Fault{{}, damage.message()};
         }
         std::string const message =
-            damage.message() + "; the file is cut off in frame " + std::to_string(starts.size() + 1);
+            damage.message() + "; the file is cut off in frame " + std::to_string(starts.size());
         return starts.empty() ? Fault{{}, message} : _load(message + ", which is left out");
     }
 

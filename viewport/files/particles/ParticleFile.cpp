@@ -148,6 +148,11 @@ Result<LoadedFrame> ParticleFile::load(std::optional<std::size_t> frame, Progres
                                        std::to_string(loaded.count - 1);
             return Fault{path, loaded.warning.empty() ? reason : reason + " (" + loaded.warning + ")"};
         }
+        if (loaded.frame.positions.empty()) {
+            std::string const reason =
+                loaded.count > 1 ? "frame " + std::to_string(loaded.number) + " has no particles" : "has no particles";
+            return Fault{path, loaded.warning.empty() ? reason : reason + " (" + loaded.warning + ")"};
+        }
         loaded.frame.file = path;
         return result;
     } catch (std::bad_alloc const&) {

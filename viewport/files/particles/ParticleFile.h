@@ -38,7 +38,8 @@ public:
     Result<ParticleFormat> format() const;
 
     /// Reads one frame. Damage is a fault with file, line and reason; inside the rows of other frames it is
-    /// not looked for (see readFrame()). A frame that the file does not have is a fault.
+    /// not looked for (see readFrame()). A frame that the file does not have is a fault, as is one without
+    /// particles.
     /// \param frame counted from 0; nothing: the last complete one.
     /// \param progress may be empty; a compressed file counts twice, once uncompressed and once read.
     Result<LoadedFrame> load(std::optional<std::size_t> frame, Progress const& progress) const;

@@ -179,7 +179,7 @@ TEST(LammpsDump, damageIsReportedWithItsLineAndReason) {
 TEST(LammpsDump, countsBeyondTheFileTakeNoMemory) {
     EXPECT_EQ(
         faultIn(frameOf("1 2 3\n", "18446744073709551615", "x y z")),
-        "line 10: the text ends after 1 of 18446744073709551615 particles; the file is cut off in frame 1");
+        "line 10: the text ends after 1 of 18446744073709551615 particles; the file is cut off in frame 0");
     EXPECT_EQ(faultIn(frameOf("1 2 3\n", "99999999999999999999", "x y z")),
               "line 4: '99999999999999999999' is not a number of atoms");
 }
@@ -202,7 +202,7 @@ TEST(LammpsDump, ofADumpCutOffTheCompleteFramesAreGiven) {
         EXPECT_EQ(result.value().count, size < dump.size() - 1 ? 1U : 2U) << size;
     }
     EXPECT_EQ(readLammpsDump(dump.substr(0, dump.size() - 6), std::nullopt, nobody).value().warning,
-              "line 27: has 1 of 4 values; the file is cut off in frame 2, which is left out");
+              "line 27: has 1 of 4 values; the file is cut off in frame 1, which is left out");
 }
 
 TEST(LammpsDump, everySingleByteMayBeWrong) {

@@ -98,8 +98,22 @@ TEST(ParticleFile, aFrameBehindTheLastOneIsAFault) {
               "has no frame 1; its last one is 0");
     EXPECT_EQ(
         faultOf(ParticleFile(folder.write("cut", dump.substr(0, dump.size() - 6))).load(1, nobody)),
-        "has no frame 1; its last one is 0 (line 27: has 1 of 4 values; the file is cut off in frame 2, "
+        "has no frame 1; its last one is 0 (line 27: has 1 of 4 values; the file is cut off in frame 1, "
         "which is left out)");
+}
+
+TEST(ParticleFile, aFrameWithoutParticlesIsAFault) {
+    TemporaryFolder const folder;
+    std::string const ply = "ply\nformat ascii 1.0\nelement vertex 0\nproperty float x\nproperty float y\n"
+                            "property float z\nend_header\n";
+    for (char const* const text : {"x,y,z\n", "0\n\n", ply.c_str()}) {
+        EXPECT_EQ(faultOf(ParticleFile(folder.write("none", text)).load(std::nullopt, nobody)),
+                  "has no particles")
+            << text;
+    }
+    ParticleFile const two(folder.write("two", "1\n\nH 0 0 0\n0\n\n"));
+    EXPECT_EQ(faultOf(two.load(1, nobody)), "frame 1 has no particles");
+    EXPECT_EQ(faultOf(two.load(0, nobody)), "");
 }
 
 TEST(ParticleFile, damageHasFileLineAndReason) {

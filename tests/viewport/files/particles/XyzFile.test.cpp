@@ -103,7 +103,7 @@ TEST(XyzFile, damageIsReportedWithItsLineAndReason) {
 TEST(XyzFile, countsBeyondTheFileTakeNoMemory) {
     EXPECT_EQ(
         faultIn("18446744073709551615\n\nH 1 2 3\n"),
-        "line 3: the text ends after 1 of 18446744073709551615 particles; the file is cut off in frame 1");
+        "line 3: the text ends after 1 of 18446744073709551615 particles; the file is cut off in frame 0");
 }
 
 TEST(XyzFile, ofAFileCutOffTheCompleteFramesAreGiven) {
