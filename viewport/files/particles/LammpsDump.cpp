@@ -1,10 +1,12 @@
 #include "viewport/files/particles/LammpsDump.h"
 
 #include "viewport/files/particles/FrameIndex.h"
+#include "viewport/files/particles/LammpsColumns.h"
 #include "viewport/text/Words.h"
 #include "viewport/text/numbers.h"
 
-#include <algorithm>
+#include <string>
+#include <utility>
 
 namespace vellum::viewport {
 
@@ -26,27 +28,12 @@ bool takeNumbers(std::string_view line, double* const& numbers, std::size_t coun
     return true;
 }
 
-/// The limits of a tilted box are those of the upright box around it, so the tilts are taken off again.
-ParticleBox boxOf(double const (&rows)[3][4]) {
-    double const xy = rows[0][2];
-    double const xz = rows[1][2];
-    double const yz = rows[2][2];
-    double const left = rows[0][0] - std::min({0.0, xy, xz, xy + xz});
-    double const right = rows[0][1] - std::max({0.0, xy, xz, xy + xz});
-    double const front = rows[1][0] - std::min(0.0, yz);
-    double const back = rows[1][1] - std::max(0.0, yz);
-    ParticleBox box;
-    box.origin = {left, front, rows[2][0]};
-    box.edges[0] = {right - left, 0, 0};
-    box.edges[1] = {xy, back - front, 0};
-    box.edges[2] = {xz, yz, rows[2][1] - rows[2][0]};
-    return box;
-}
-
 /// Reads the head of one frame: its items up to the line that names the columns.
 class HeadReader {
 public:
-    HeadReader(TextLines& lines, FrameHead& head) : lines(lines), head(head) {}
+    /// \param units the unit style, which the first frame alone names
+    HeadReader(TextLines& lines, FrameHead& head, std::string& units)
+        : lines(lines), head(head), units(units) {}
 
     Damage read() {
         std::optional<std::uint64_t> count;
@@ -73,8 +60,7 @@ public:
             } else if (item == "TIME") {
                 damage = _readTime();
             } else if (item == "UNITS") {
-                damage = lines.isAtEnd() ? _endDamage() : Damage();
-                lines.take();
+                damage = _readUnits();
             } else if (item == "ATOMS") {
                 if (!hasTimestep || !count) {
                     return lines.damage(hasTimestep ? "the frame's number of atoms is missing"
@@ -120,6 +106,15 @@ private:
         return head.frame.time ? Damage() : lines.damage(quoted(word) + " is not a time");
     }
 
+    Damage _readUnits() {
+        if (lines.isAtEnd()) {
+            return _endDamage();
+        }
+        std::string_view line = lines.take();
+        units = std::string(takeWord(line));
+        return std::nullopt;
+    }
+
     Damage _readCount(std::optional<std::uint64_t>& count) {
         if (lines.isAtEnd()) {
             return _endDamage();
@@ -140,8 +135,8 @@ private:
         std::string_view const kind = takeWord(words);
         bool const isGeneral = kind == "abc";
         std::size_t const count = isGeneral ? 4 : kind == "xy" ? 3 : 2;
-        double rows[3][4] = {};
-        for (auto& row : rows) {
+        LammpsBounds bounds;
+        for (auto& row : bounds.rows) {
             if (lines.isAtEnd()) {
                 return _endDamage();
             }
@@ -151,46 +146,50 @@ private:
                                     " numbers of the box's limits");
             }
         }
-        if (!isGeneral) {
-            head.frame.box = boxOf(rows);
-            return std::nullopt;
+        head.frame.box = isGeneral ? bounds.general() : bounds.tilted();
+        // "xy xz yz" and "abc origin" come before the kinds of the faces.
+        std::string_view flags = kind;
+        for (std::string_view word = kind; !word.empty() && !_isFaces(word); word = flags) {
+            flags = takeWord(words);
         }
-        head.frame.box = ParticleBox{{rows[0][3], rows[1][3], rows[2][3]}, {}};
-        for (std::size_t i = 0; i < 3; ++i) {
-            head.frame.box->edges[i] = {rows[i][0], rows[i][1], rows[i][2]};
+        for (std::size_t i = 0; i < 3 && _isFaces(flags); ++i, flags = takeWord(words)) {
+            head.frame.box->isPeriodic[i] = flags[0] == 'p';
         }
         return std::nullopt;
     }
 
+    /// "pp", "fs" and the like: the kinds of two faces.
+    static bool _isFaces(std::string_view word) {
+        return word.size() == 2 && word.find_first_not_of("pfsm") == std::string_view::npos;
+    }
+
     Damage _readColumns(std::string_view names) {
-        std::vector<TableColumn>& columns = head.columns;
-        for (std::string_view name = takeWord(names); !name.empty(); name = takeWord(names)) {
-            columns.push_back(TableColumn{std::string(name), ColumnUse::CHANNEL, 0, name == "id", {}});
+        std::optional<LammpsColumns> columns = LammpsColumns::of(names, units);
+        if (!columns) {
+            return lines.damage(LammpsColumns::NO_POSITIONS);
         }
-        if (!useColumns(columns, {"x", "y", "z"}, ColumnUse::POSITION) &&
-            !useColumns(columns, {"xu", "yu", "zu"}, ColumnUse::POSITION)) {
-            head.isScaled = useColumns(columns, {"xs", "ys", "zs"}, ColumnUse::POSITION) ||
-                            useColumns(columns, {"xsu", "ysu", "zsu"}, ColumnUse::POSITION);
-            if (!head.isScaled) {
-                return lines.damage("no columns give positions: x y z, xu yu zu, xs ys zs or xsu ysu zsu");
-            }
-        }
-        if (head.isScaled && !head.frame.box) {
+        if (columns->isScaled && !head.frame.box) {
             return lines.damage("the positions are scaled, and the frame has no box");
         }
+        head.columns = std::move(columns->columns);
+        head.isScaled = columns->isScaled;
         head.nextFrameMark = ITEM_MARK;
         return std::nullopt;
     }
 
     TextLines& lines;
     FrameHead& head;
+    std::string& units;
 };
 
 }  // namespace
 
 Result<LoadedFrame> readLammpsDump(std::string_view text, std::optional<std::size_t> frame,
                                    Progress const& progress) {
-    auto const readHead = [](TextLines& lines, FrameHead& head) { return HeadReader(lines, head).read(); };
+    std::string units;
+    auto const readHead = [&units](TextLines& lines, FrameHead& head) {
+        return HeadReader(lines, head, units).read();
+    };
     return readFrame(text, frame, readHead, progress);
 }
 

@@ -6,6 +6,7 @@
 #include "viewport/text/numbers.h"
 
 #include <algorithm>
+#include <array>
 
 namespace vellum::viewport {
 
@@ -41,10 +42,12 @@ std::vector<Setting> settingsOf(std::string_view text) {
         }
         pending.clear();
         text.remove_prefix(1);
-        bool const isQuoted = !text.empty() && text.front() == '"';
+        char const opening = text.empty() ? ' ' : text.front();
+        bool const isQuoted = opening == '"' || opening == '\'' || opening == '{' || opening == '[';
         text.remove_prefix(isQuoted ? 1 : 0);
+        char const closing = opening == '{' ? '}' : opening == '[' ? ']' : opening;
         std::size_t const valueEnd =
-            std::min(isQuoted ? text.find('"') : text.find_first_of(BLANKS), text.size());
+            std::min(isQuoted ? text.find(closing) : text.find_first_of(BLANKS), text.size());
         settings.push_back(Setting{lowerCase(word), text.substr(0, valueEnd)});
         text.remove_prefix(std::min(valueEnd + (isQuoted ? 1 : 0), text.size()));
     }
@@ -140,9 +143,23 @@ bool readLattice(std::string_view text, ParticleBox& box) {
     return takeWord(text).empty();
 }
 
+/// "T F T", also as numbers or words; nothing for any other text.
+std::optional<std::array<bool, 3>> toFlags(std::string_view text) {
+    std::array<bool, 3> flags{};
+    for (bool& flag : flags) {
+        std::string const word = lowerCase(takeWord(text));
+        flag = word == "t" || word == "true" || word == "1";
+        if (!flag && word != "f" && word != "false" && word != "0") {
+            return std::nullopt;
+        }
+    }
+    return takeWord(text).empty() ? std::optional<std::array<bool, 3>>(flags) : std::nullopt;
+}
+
 Damage readComment(TextLines const& lines, std::string_view comment, FrameHead& head) {
     ParticleFrame& frame = head.frame;
     std::optional<Vector3<double>> origin;
+    std::optional<std::array<bool, 3>> isPeriodic;
     for (Setting const& setting : settingsOf(comment)) {
         if (setting.key == "properties") {
             std::optional<std::vector<TableColumn>> const named = columnsOf(setting.value);
@@ -166,6 +183,8 @@ Damage readComment(TextLines const& lines, std::string_view comment, FrameHead& 
                 return lines.damage("the origin " + quoted(setting.value) + " is not three numbers");
             }
             origin = Vector3<double>{*x, *y, *z};
+        } else if (setting.key == "pbc") {
+            isPeriodic = toFlags(setting.value);
         } else if (setting.key == "timestep" || setting.key == "step") {
             // A comment is free text: a step that is not a number is not damage.
             frame.timestep = toSignedInteger(setting.value).value_or(frame.timestep);
@@ -175,6 +194,9 @@ Damage readComment(TextLines const& lines, std::string_view comment, FrameHead& 
     }
     if (frame.box && origin) {
         frame.box->origin = *origin;
+    }
+    if (frame.box && isPeriodic) {
+        frame.box->isPeriodic = *isPeriodic;
     }
     return std::nullopt;
 }

@@ -85,6 +85,59 @@ TEST(LammpsDump, boxesOfGeneralShapeAreGivenByTheirEdges) {
     EXPECT_THAT(frame.positions, ElementsAre(Point{115, 218, 321}));
 }
 
+TEST(LammpsDump, facesTellAlongWhichEdgesABoxIsPeriodic) {
+    using Flags = std::array<bool, 3>;
+    struct Row {
+        char const* words;
+        char const* lines;
+        Flags flags;
+    };
+    for (Row const& row : {Row{" pp ff pp", "0 1\n0 1\n0 1\n", {true, false, true}},
+                           {" xy xz yz ss pp fm", "0 1 0\n0 1 0\n0 1 0\n", {false, true, false}},
+                           {" abc origin pp pp ff", "1 0 0 0\n0 1 0 0\n0 0 1 0\n", {true, true, false}},
+                           {"", "0 1\n0 1\n0 1\n", {true, true, true}},
+                           {" xy xz yz", "0 1 0\n0 1 0\n0 1 0\n", {true, true, true}}}) {
+        ParticleFrame const frame =
+            onlyFrame(std::string("ITEM: TIMESTEP\n0\nITEM: NUMBER OF ATOMS\n1\nITEM: BOX BOUNDS") +
+                      row.words + "\n" + row.lines + "ITEM: ATOMS x y z\n0 0 0\n");
+        ASSERT_TRUE(frame.box);
+        EXPECT_EQ(frame.box->isPeriodic, row.flags) << row.words;
+    }
+}
+
+TEST(LammpsDump, scaledPositionsBehindTheBoxStayThere) {
+    std::string const head = "ITEM: TIMESTEP\n0\nITEM: NUMBER OF ATOMS\n1\n";
+    std::string const upright = "ITEM: BOX BOUNDS pp pp pp\n-1 3\n0 2\n5 6\n";
+    std::string const tilted = "ITEM: BOX BOUNDS xy xz yz pp pp pp\n0 3 1\n0 2 0\n0 1 0\n";
+    struct Row {
+        std::string text;
+        Point place;
+    };
+    for (Row const& row : {Row{upright + "ITEM: ATOMS xs ys zs\n0.5 0.5 0.5\n", {1, 1, 5.5}},
+                           {upright + "ITEM: ATOMS xsu ysu zsu\n1.5 -0.5 2\n", {5, -1, 7}},
+                           {upright + "ITEM: ATOMS xu yu zu\n1.5 -0.5 2\n", {1.5, -0.5, 2}},
+                           {tilted + "ITEM: ATOMS xs ys zs\n0.5 0.5 0\n", {1.5, 1, 0}},
+                           {tilted + "ITEM: ATOMS xsu ysu zsu\n1 2 -1\n", {4, 4, -1}},
+                           {tilted + "ITEM: ATOMS x y z\n1 2 -1\n", {1, 2, -1}}}) {
+        EXPECT_THAT(onlyFrame(head + row.text).positions, ElementsAre(row.place)) << row.text;
+    }
+}
+
+TEST(LammpsDump, unitsOfTheFirstFrameAreThoseOfAll) {
+    std::string const frame = frameOf("1 2 3 4 5 6 7\n", "1", "x y z vx fx q c_pe");
+    std::vector<ParticleFrame> const frames =
+        framesOf(readLammpsDump, "ITEM: UNITS\nmetal\n" + frame + frame);
+    ASSERT_EQ(frames.size(), 2U);
+    for (ParticleFrame const& each : frames) {
+        EXPECT_EQ(each.channel("vx")->unit, "Å/ps");
+        EXPECT_EQ(each.channel("fx")->unit, "eV/Å");
+        EXPECT_EQ(each.channel("q")->unit, "e");
+        EXPECT_EQ(each.channel("c_pe")->unit, "");
+    }
+    EXPECT_EQ(onlyFrame("ITEM: UNITS\nlj\n" + frame).channel("vx")->unit, "");
+    EXPECT_EQ(onlyFrame(frame).channel("vx")->unit, "");
+}
+
 TEST(LammpsDump, wrappedPositionsComeBeforeUnwrappedAndScaledOnes) {
     ParticleFrame const frame = onlyFrame(frameOf("1 2 3 4 5 6 7 8 9\n", "1", "xs ys zs xu yu zu x y z"));
     EXPECT_THAT(frame.positions, ElementsAre(Point{7, 8, 9}));

@@ -79,6 +79,36 @@ TEST(XyzFile, extendedCommentsNameColumnsAndBox) {
     EXPECT_TRUE((frame.box->edges[1] == Vector3<double>{1, 3, 0}));
 }
 
+TEST(XyzFile, boxesArePeriodicAlongTheEdgesThatTheCommentNames) {
+    using Flags = std::array<bool, 3>;
+    std::string const lattice = "1\nLattice={0 0 4 0 3 0 2 1 0} ";
+    for (char const* const flags : {"pbc=\"T F T\"", "pbc=\"1 0 1\"", "pbc=[True False True]"}) {
+        ParticleFrame const frame = framesOf(lattice + flags + "\nH 1 2 3\n").at(0);
+        ASSERT_TRUE(frame.box) << flags;
+        EXPECT_EQ(frame.box->isPeriodic, (Flags{true, false, true})) << flags;
+        EXPECT_TRUE((frame.box->edges[0] == Vector3<double>{0, 0, 4}));
+        EXPECT_TRUE((frame.box->edges[2] == Vector3<double>{2, 1, 0}));
+    }
+    for (char const* const flags : {"", "pbc=\"T F\"", "pbc=yes"}) {
+        EXPECT_EQ(framesOf(lattice + flags + "\nH 1 2 3\n").at(0).box->isPeriodic, (Flags{true, true, true}));
+    }
+}
+
+TEST(XyzFile, particlesMayHaveColorsAndSizes) {
+    ParticleFrame const frame =
+        framesOf("1\nProperties=pos:R:3:color:R:3:radius:R:1:charge:R:1\n1 2 3 0.25 0.5 1 1.5 0\n"
+                 "1\nProperties=pos:R:3:color:R:3:radius:R:1:charge:R:1\n1 2 3 0.25 0.5 1 1.5 -1.0D-01\n")
+            .at(1);
+    ASSERT_TRUE(frame.colors);
+    EXPECT_THAT(frame.colors->columns, ElementsAre(0, 1, 2));
+    EXPECT_EQ(frame.channels[1].name, "color.g");
+    EXPECT_EQ(frame.colors->full, 1);
+    ASSERT_TRUE(frame.sizes);
+    EXPECT_EQ(frame.sizes->diameters, 2);
+    EXPECT_EQ(frame.channel("charge")->values[0], -0.1);
+    EXPECT_TRUE(frame.vectors.empty());
+}
+
 TEST(XyzFile, damageIsReportedWithItsLineAndReason) {
     EXPECT_EQ(faultIn("two\n\n"), "line 1: 'two' is not a number of particles");
     EXPECT_EQ(faultIn("-1\n\n"), "line 1: '-1' is not a number of particles");
