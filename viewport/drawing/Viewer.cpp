@@ -25,8 +25,8 @@ Viewer::Viewer(Core_RL& layer, Scene const& scene, ViewStyle const& style, Effec
     , style(style)
     , effect(effect)
     , textures(layer)
-    , gizmo(layer, style.gizmo)
-    , cornerAxes(layer)
+    , gizmo(layer, style.gizmo, scene.up())
+    , cornerAxes(layer, scene.up())
     , camera(style.camera)
     , backdrop(layer) {
     for (Model const& model : scene.models()) {

@@ -55,6 +55,7 @@ struct Content {
     std::vector<MeshData> meshes;
     std::vector<ParticleFrame> particles;
     std::vector<std::string> textures;  // files that the meshes name
+    std::optional<UpAxis> up;           // of the first file
     std::string texts;                  // its description, for --info
 };
 
@@ -71,6 +72,7 @@ std::optional<Fault> loadMesh(std::string const& file, Options const& options, C
             note(options, missing);
         }
     }
+    content.up = content.up.value_or(mesh.value().up);
     content.texts += describeMesh(file, mesh.value());
     content.meshes.push_back(std::move(mesh.value()));
     return std::nullopt;
@@ -89,6 +91,7 @@ std::optional<Fault> loadParticles(std::string const& file, Options const& optio
     if (!loaded.warning.empty()) {
         note(options, {file, loaded.warning});
     }
+    content.up = content.up.value_or(UpAxis::Z);
     content.texts += describeParticles(loaded);
     content.particles.push_back(std::move(loaded.frame));
     return std::nullopt;
@@ -193,7 +196,8 @@ Result<Subject> prepare(Options const& options, Content& content) {
         note(options, loss);
     }
     Subject subject{Scene(content.meshes, texture, std::move(content.particles), look.value(),
-                          options.mesh.importPreview ? Scene::Imports::KEPT : Scene::Imports::DROPPED),
+                          options.mesh.importPreview ? Scene::Imports::KEPT : Scene::Imports::DROPPED,
+                          content.up),
                     std::move(look.value()),
                     {}};
     if (options.effect) {

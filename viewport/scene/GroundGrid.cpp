@@ -1,5 +1,7 @@
 #include "viewport/scene/GroundGrid.h"
 
+#include "viewport/scene/Placement.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -64,7 +66,7 @@ std::vector<ShadedSegment> GroundGrid::segments() const {
         for (std::int64_t index = first; index <= last; ++index) {
             double const aside = offset + static_cast<double>(index) * spacing;
             double const half = fades ? std::sqrt(std::max(0.0, radius * radius - aside * aside)) : radius;
-            Color4<float> const color = lineColor(index, along);
+            Color4<float> const color = lineColor(index, Turn(up).back(along));
             for (int i = 0; i < PIECES; ++i) {
                 double const a = half * (2.0 * i / PIECES - 1);
                 double const b = half * (2.0 * (i + 1) / PIECES - 1);

@@ -2,6 +2,7 @@
 
 #include "foundation/geometry/Color4.h"
 #include "foundation/geometry/Vector3.h"
+#include "viewport/files/mesh/UpAxis.h"
 
 #include <vector>
 
@@ -25,6 +26,7 @@ struct GroundGrid {
     bool fades;                  ///< it becomes invisible toward its rim
     Vector3<double> fileOrigin;  ///< lines go through it, or its projection on the plane
     double spacing;              ///< of the lines
+    UpAxis up = UpAxis::Y;       ///< of the files: which of their axes lies along which of the scene's
 
     /// The pieces to be drawn with alpha blending, in any order.
     std::vector<ShadedSegment> segments() const;

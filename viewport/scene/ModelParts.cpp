@@ -27,8 +27,7 @@ Array<T> toArray(std::vector<T> const& from) {
 /// The whole model without seams: what its parts are cut out of.
 class Surface {
 public:
-    Surface(MeshData const& data, std::function<Vector3<double>(Vector3<double> const&)> const& place)
-        : data(data) {
+    Surface(MeshData const& data, Placement const& place) : data(data), turn(place.turn) {
         shape.positions = toArray(data.positions);
         shape.triangles = toArray(data.triangles);
         // Welded before it is placed, which may round different positions to the same one.
@@ -86,7 +85,7 @@ private:
 
     Vector3<double> _vertexNormal(unsigned int t, unsigned int corner, unsigned int vertex) {
         if (data.hasNormal(vertex)) {
-            return convert<double>(data.normals[vertex]);
+            return turn(convert<double>(data.normals[vertex]));
         }
         if (smooth.triangles.size() == 0) {
             smooth.positions = shape.positions;
@@ -98,6 +97,7 @@ private:
     }
 
     MeshData const& data;
+    Turn turn;
     MeshImporter shape;
     MeshImporter smooth;       // the same shape with smooth normals; empty until one is asked for
     Array<unsigned int> kept;  // by triangle, its index in the file
@@ -293,8 +293,7 @@ private:
 
 }  // namespace
 
-std::vector<ModelPart> makeParts(MeshData const& data,
-                                 std::function<Vector3<double>(Vector3<double> const&)> const& place,
+std::vector<ModelPart> makeParts(MeshData const& data, Placement const& place,
                                  std::shared_ptr<VL_Image const> const& texture) {
     Surface surface(data, place);
     std::vector<std::vector<unsigned int>> members(std::max<std::size_t>(1, data.materials.size()));

@@ -5,8 +5,8 @@
 #include "foundation/geometry/Mesh.h"
 #include "foundation/geometry/MeshImporter.h"
 #include "viewport/files/mesh/MeshData.h"
+#include "viewport/scene/Placement.h"
 
-#include <functional>
 #include <memory>
 #include <vector>
 
@@ -36,12 +36,11 @@ struct ModelPart {
 /// no borders; triangles that lose their area by it are left out. Normals are those of the file, or else
 /// computed with hard edges where faces meet at more than 40 degrees. Vertex normal i belongs to vertex i.
 ///
-/// \param place moves a position from the file's frame to that of the scene.
+/// \param place moves the file to the frame of the scene.
 /// \param texture put on all parts in place of their own textures, unless null. Where the mesh has no texture
 ///     coordinates each triangle shows the texture as if projected along the axis that its normal is nearest
 ///     to.
-std::vector<ModelPart> makeParts(MeshData const& data,
-                                 std::function<Vector3<double>(Vector3<double> const&)> const& place,
+std::vector<ModelPart> makeParts(MeshData const& data, Placement const& place,
                                  std::shared_ptr<VL_Image const> const& texture);
 
 }  // namespace vellum::viewport

@@ -12,11 +12,35 @@ Box3<double> unite(Box3<double> const& a, Box3<double> const& b) {
             {std::max(a.max.x, b.max.x), std::max(a.max.y, b.max.y), std::max(a.max.z, b.max.z)}};
 }
 
+UpAxis upOf(std::vector<MeshData> const& meshes, std::vector<ParticleFrame> const& particles) {
+    return !meshes.empty() ? meshes.front().up : !particles.empty() ? UpAxis::Z : UpAxis::Y;
+}
+
+/// Turns a cloud that lies as its file does. What colors show are lengths, which stay.
+void turnCloud(ParticleCloud& cloud, Turn const& turn) {
+    if (turn.isNone()) {
+        return;
+    }
+    // It is the maker's, and nobody else has it yet.
+    auto const system = std::const_pointer_cast<ParticleSystem_v2>(cloud.system);
+    for (ParticleSystemChunk_v2* chunk = system->firstChunk(); chunk != nullptr; chunk = chunk->next()) {
+        for (unsigned int const channel : {ParticleCloud::POSITIONS, ParticleCloud::SHOWN}) {
+            Vector3<float>* const vectors = chunk->channelData(channel)->asVectors();
+            std::transform(vectors, vectors + chunk->count(), vectors, turn);
+        }
+    }
+    for (Vector3<float>& end : cloud.boxLines) {
+        end = turn(end);
+    }
+    cloud.box = turn(cloud.box);
+}
+
 }  // namespace
 
 Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const> const& texture,
-             std::vector<ParticleFrame> particles, ParticleLook const& look, Imports imports)
-    : bounds{{0, 0, 0}, {0, 0, 0}} {
+             std::vector<ParticleFrame> particles, ParticleLook const& look, Imports imports,
+             std::optional<UpAxis> up)
+    : bounds{{0, 0, 0}, {0, 0, 0}}, upAxis(up ? *up : upOf(meshes, particles)), turn(upAxis) {
     std::vector<Box3<double>> boxes;
     boxes.reserve(meshes.size() + particles.size());
     for (MeshData const& mesh : meshes) {
@@ -35,7 +59,7 @@ Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const
     Vector3<double> const center = bounds.min * 0.5 + bounds.max * 0.5;
     double const reach = 2 * length(bounds.max * 0.25 - bounds.min * 0.25);
     scale = reach > 0 ? RADIUS / reach : 1;
-    auto const place = [&](Vector3<double> const& p) { return (p - center) * scale; };
+    Placement const place{center, scale, turn};
 
     for (std::size_t i = 0; i < meshes.size(); ++i) {
         MeshData const& mesh = meshes[i];
@@ -50,13 +74,15 @@ Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const
                 part.import.reset();
             }
         }
-        modelList.push_back({mesh.name, vertices, std::move(parts), {place(box.min), place(box.max)}});
+        modelList.push_back({mesh.name, vertices, std::move(parts),
+                             turn({(box.min - center) * scale, (box.max - center) * scale})});
     }
     for (std::size_t i = 0; i < particles.size(); ++i) {
         cloudList.push_back(makers[i].make(center, scale));
+        turnCloud(cloudList.back(), turn);
         particles[i] = {};
     }
-    bounds = {place(bounds.min), place(bounds.max)};
+    bounds = turn({(bounds.min - center) * scale, (bounds.max - center) * scale});
     origin = place({0, 0, 0});
 }
 

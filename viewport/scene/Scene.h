@@ -7,8 +7,10 @@
 #include "viewport/scene/ModelParts.h"
 #include "viewport/scene/ParticleCloud.h"
 #include "viewport/scene/ParticleLook.h"
+#include "viewport/scene/Placement.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,7 +26,7 @@ struct Model {
 
 /// All models and particles of a picture, moved and scaled into one frame. Whatever the units of the files,
 /// together they are centered at the origin and reach as far as RADIUS, so that drawing never meets extreme
-/// numbers. The files keep their places relative to each other.
+/// numbers. The files keep their places relative to each other. What is up in the files is +y of the scene.
 ///
 /// Plain arithmetic; nothing here touches OpenGL.
 class Scene {
@@ -39,17 +41,32 @@ public:
     enum class Imports { DROPPED, KEPT };
 
     /// \param texture put on all models in place of their own textures, unless null.
+    /// \param up of the files; nothing: that of the first mesh, or else z, which is up in files of particles
     /// \param particles used up: each frame is freed as soon as its cloud is made.
     explicit Scene(std::vector<MeshData> const& meshes,
                    std::shared_ptr<VL_Image const> const& texture = nullptr,
                    std::vector<ParticleFrame> particles = {}, ParticleLook const& look = {},
-                   Imports imports = Imports::DROPPED);
+                   Imports imports = Imports::DROPPED, std::optional<UpAxis> up = std::nullopt);
 
     std::vector<Model> const& models() const { return modelList; }
     std::vector<ParticleCloud> const& clouds() const { return cloudList; }
     Box3<double> const& box() const { return bounds; }  ///< around everything; centered at the origin
     Vector3<double> const& fileOrigin() const { return origin; }  ///< where the files' origin came to lie
     double unitsPerFileUnit() const { return scale; }             ///< above 0
+    UpAxis up() const { return upAxis; }                          ///< in the files
+
+    // == Places and directions of the files ==
+
+    Vector3<double> placeToScene(Vector3<double> const& p) const { return turn(p * scale) + origin; }
+    Vector3<double> placeToFile(Vector3<double> const& p) const {
+        return turn.back(p - origin) * (1 / scale);
+    }
+    Vector3<double> directionToScene(Vector3<double> const& v) const {
+        return turn(v);
+    }  ///< of the same length
+    Vector3<double> directionToFile(Vector3<double> const& v) const {
+        return turn.back(v);
+    }  ///< of the same length
 
 private:
     std::vector<Model> modelList;
@@ -57,6 +74,8 @@ private:
     Box3<double> bounds;
     Vector3<double> origin;
     double scale;
+    UpAxis upAxis;
+    Turn turn;
 };
 
 }  // namespace vellum::viewport

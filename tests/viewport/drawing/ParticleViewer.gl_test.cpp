@@ -92,7 +92,7 @@ protected:
         Result<ParticleLook> result = lookOf({data}, options);
         ASSERT_TRUE(result.isOk()) << result.fault().line();
         look = result.value();
-        scene.reset(new Scene({}, nullptr, {data}, look));
+        scene.reset(new Scene({}, nullptr, {data}, look, Scene::Imports::DROPPED, UpAxis::Y));
     }
 
     Picture draw() {

@@ -53,6 +53,19 @@ TEST(GroundGrid, theAxesOfTheFileHaveTheirColors) {
     }
 }
 
+TEST(GroundGrid, axesOfTurnedFilesHaveTheirColorsToo) {
+    GroundGrid grid = ground({0.5, 9, -0.7}, false);
+    grid.up = UpAxis::Z;
+    std::vector<ShadedSegment> const segments = grid.segments();
+    EXPECT_FALSE(axisSegments(segments, 0).empty());
+    std::vector<ShadedSegment> const y = axisSegments(segments, 1);
+    ASSERT_FALSE(y.empty());
+    EXPECT_TRUE(axisSegments(segments, 2).empty());
+    for (ShadedSegment const& s : y) {
+        EXPECT_NEAR(s.from.x, 0.5, 1e-5) << "y of the files runs along z of the scene";
+    }
+}
+
 TEST(GroundGrid, axesThatDoNotComeByAreNotShown) {
     for (double const& away : {26.5, 1e6, 1e30, -1e300}) {
         std::vector<ShadedSegment> const segments = ground({away, 0, away}, true).segments();

@@ -11,9 +11,7 @@ using namespace vellum::viewport;
 
 namespace {
 
-Vector3<double> inPlace(Vector3<double> const& p) {
-    return p;
-}
+Placement const inPlace;
 
 /// A cube as exchange formats have it: every face with four vertices of its own, and their normals.
 MeshData cubeOfFaces() {
@@ -168,4 +166,14 @@ TEST(ModelParts, theImportOfAPartIsWhatItsMeshIsMadeOf) {
     ASSERT_NE(parts[0].import, nullptr);
     EXPECT_EQ(parts[0].import->positions.size(), 8U);
     EXPECT_EQ(parts[0].import->cornerNormals.size(), 12U);
+}
+
+TEST(ModelParts, shapesAndNormalsTurnTogether) {
+    MeshData data = cubeOfFaces();
+    data.normals.assign(data.positions.size(), {0, 0, 1});
+    std::vector<ModelPart> const parts = makeParts(data, {{0, 0, 0}, 2, Turn(UpAxis::Z)}, nullptr);
+    ASSERT_EQ(parts.size(), 1U);
+    auto const* const normals = VL_ArrayServer.resolve(parts[0].mesh->vertexNormals())->as<Vector3<float>>();
+    EXPECT_EQ(normals[0].y, 1);
+    EXPECT_EQ(normals[0].z, 0);
 }

@@ -74,6 +74,35 @@ TEST(Scene, aModelWithoutSizeStaysFinite) {
     EXPECT_EQ(scene.box().max.x, 0);
 }
 
+TEST(Scene, whatIsUpInTheFirstFileIsYOfTheScene) {
+    MeshData upright = triangle(0, 1);
+    upright.positions = {{0, 0, 0}, {1, 0, 0}, {0, 0, 4}};
+    upright.up = UpAxis::Z;
+    Scene const scene({upright, triangle(0, 1)});
+    EXPECT_EQ(scene.up(), UpAxis::Z);
+    double const unit = scene.unitsPerFileUnit();
+    EXPECT_NEAR(scene.box().max.y - scene.box().min.y, 4 * unit, 1e-9);
+    EXPECT_NEAR(scene.models()[0].vertices[2].y - scene.models()[0].vertices[0].y, 4 * unit, 1e-9);
+    EXPECT_NEAR(scene.models()[0].box.max.y - scene.models()[0].box.min.y, 4 * unit, 1e-9);
+
+    Scene const asked({upright}, nullptr, {}, {}, Scene::Imports::DROPPED, UpAxis::X);
+    EXPECT_EQ(asked.up(), UpAxis::X);
+    EXPECT_NEAR(asked.box().max.y - asked.box().min.y, asked.unitsPerFileUnit(), 1e-9);
+}
+
+TEST(Scene, placesAndDirectionsOfTheFilesAreFound) {
+    MeshData mesh = triangle(1, 3);
+    mesh.up = UpAxis::MINUS_X;
+    Scene const scene({mesh});
+    for (unsigned int i = 0; i < 3; ++i) {
+        Vector3<double> const place = scene.placeToScene(mesh.positions[i]);
+        EXPECT_NEAR(length(place - scene.models()[0].vertices[i]), 0, 1e-9);
+        EXPECT_NEAR(length(scene.placeToFile(place) - mesh.positions[i]), 0, 1e-9);
+    }
+    EXPECT_EQ(scene.directionToScene({-2, 0, 0}).y, 2);
+    EXPECT_EQ(scene.directionToFile({0, 2, 0}).x, -2);
+}
+
 // == Particles ==
 
 namespace {
@@ -109,9 +138,9 @@ TEST(Scene, particlesAreMovedAndScaledWithTheirValuesKept) {
     ParticleSystemChunk_v2 const& chunk = *cloud.system->firstChunk();
     Vector3<float> const* const places = chunk.channelData(ParticleCloud::POSITIONS)->asVectors();
     EXPECT_NEAR(places[1].x, unit, 1e-4);
-    EXPECT_NEAR(places[1].y, -unit, 1e-4);
-    EXPECT_NEAR(places[3].z, 1.5 * unit, 1e-4);
-    EXPECT_EQ(chunk.channelData(ParticleCloud::SHOWN)->asVectors()[2].z, 3);
+    EXPECT_NEAR(places[1].z, unit, 1e-4) << "in files of particles z is up";
+    EXPECT_NEAR(places[3].y, 1.5 * unit, 1e-4);
+    EXPECT_EQ(chunk.channelData(ParticleCloud::SHOWN)->asVectors()[2].y, 3);
     // Of a grid of four points in a box of 2 x 2 x 3.
     EXPECT_NEAR(cloud.spacing, std::cbrt(12.0) * unit, 1e-9);
     EXPECT_NEAR(cloud.diameter, 2 * unit, 1e-9);
@@ -127,7 +156,7 @@ TEST(Scene, aTiltedBoxHasTwelveLinesAndIsFramed) {
     ASSERT_EQ(cloud.boxLines.size(), 24U);
     double const unit = scene.unitsPerFileUnit();
     EXPECT_NEAR(scene.box().max.x - scene.box().min.x, 11 * unit, 1e-6);
-    EXPECT_NEAR(scene.box().max.y - scene.box().min.y, 7 * unit, 1e-6);
+    EXPECT_NEAR(scene.box().max.z - scene.box().min.z, 7 * unit, 1e-6) << "along y of the file";
     double sum = 0;
     for (std::size_t i = 0; i < 24; i += 2) {
         sum += static_cast<double>(length(cloud.boxLines[i + 1] - cloud.boxLines[i]));

@@ -28,39 +28,30 @@ Matrix4<double> movedAndScaled(double factor, Point const& move) {
     return {{factor, 0, 0, 0, 0, factor, 0, 0, 0, 0, factor, 0, move.x, move.y, move.z, 1}};
 }
 
-/// The frame of the meshes: a point p of a file is at (p - origin) * factor.
-struct ObjectFrame {
-    Point origin;
-    double factor;
+/// From the frame of the meshes, where they stand as in the scene, to the scene.
+Matrix4<double> toScene(Placement const& place, Scene const& scene) {
+    return movedAndScaled(scene.unitsPerFileUnit() / place.scale, scene.placeToScene(place.center));
+}
 
-    Point place(Point const& p) const { return (p - origin) * factor; }
+Placement inRadii(Scene const& scene) {
+    double const perRadius = scene.unitsPerFileUnit() / Scene::RADIUS;
+    return {scene.placeToFile({0, 0, 0}), perRadius, Turn(scene.up())};
+}
 
-    Matrix4<double> toScene(Scene const& scene) const {
-        double const scale = scene.unitsPerFileUnit();
-        return movedAndScaled(scale / factor, scene.fileOrigin() + origin * scale);
-    }
-
-    static ObjectFrame ofRadius(Scene const& scene) {
-        double const perRadius = scene.unitsPerFileUnit() / Scene::RADIUS;
-        return {scene.fileOrigin() * (-1 / scene.unitsPerFileUnit()), perRadius};
-    }
-
-    /// \param tiles how often a map covers the longest side of the box
-    static ObjectFrame ofTiles(Box3<double> const& box, double tiles) {
-        Point const extent = box.max - box.min;
-        double const side = std::max({extent.x, extent.y, extent.z});
-        return {box.min * 0.5 + box.max * 0.5, side > 0 ? tiles / side : 1};
-    }
-};
+/// \param tiles how often a map covers the longest side of the box
+Placement inTiles(Scene const& scene, Box3<double> const& box, double tiles) {
+    Point const extent = box.max - box.min;
+    double const side = std::max({extent.x, extent.y, extent.z});
+    return {box.min * 0.5 + box.max * 0.5, side > 0 ? tiles / side : 1, Turn(scene.up())};
+}
 
 // == Models ==
 
-EffectSubject::Model toModel(MeshData const& mesh, ObjectFrame const& frame, Scene const& scene) {
+EffectSubject::Model toModel(MeshData const& mesh, Placement const& place, Scene const& scene) {
     // Parts have texture coordinates only if there is a texture for them; effects always need coordinates.
     static auto const anyTexture = std::make_shared<VL_Image>();
-    std::vector<ModelPart> parts = makeParts(
-        mesh, [&frame](Point const& p) { return frame.place(p); }, anyTexture);
-    EffectSubject::Model model{{}, frame.toScene(scene)};
+    std::vector<ModelPart> parts = makeParts(mesh, place, anyTexture);
+    EffectSubject::Model model{{}, toScene(place, scene)};
     for (ModelPart& part : parts) {
         model.meshes.push_back(std::move(part.mesh));
     }
@@ -68,11 +59,14 @@ EffectSubject::Model toModel(MeshData const& mesh, ObjectFrame const& frame, Sce
 }
 
 /// The mesh as an ocean: flat, with texture coordinates that follow from the places.
-MeshData asOcean(MeshData mesh, double patch) {
-    mesh.normals.assign(mesh.positions.size(), {0, 1, 0});
+MeshData asOcean(MeshData mesh, double patch, UpAxis up) {
+    Turn const turn(up);
+    mesh.normals.assign(mesh.positions.size(), turn.back(Vector3<float>{0, 1, 0}));
     mesh.textureCoordinates.resize(mesh.positions.size());
     std::transform(
-        mesh.positions.begin(), mesh.positions.end(), mesh.textureCoordinates.begin(), [&](Point const& p) {
+        mesh.positions.begin(), mesh.positions.end(), mesh.textureCoordinates.begin(),
+        [&](Point const& place) {
+            Point const p = turn(place);
             return Vector2<float>{static_cast<float>(p.z / patch), static_cast<float>(-p.x / patch)};
         });
     return mesh;
@@ -95,8 +89,8 @@ Result<EffectSubject> subjectOf(Source const& source, ToModel const& toModel) {
 }
 
 Result<EffectSubject> subjectInRadii(Source const& source) {
-    ObjectFrame const frame = ObjectFrame::ofRadius(source.scene);
-    return subjectOf(source, [&](MeshData const& mesh) { return toModel(mesh, frame, source.scene); });
+    Placement const place = inRadii(source.scene);
+    return subjectOf(source, [&](MeshData const& mesh) { return toModel(mesh, place, source.scene); });
 }
 
 // == Pictures ==
@@ -141,7 +135,7 @@ Result<EffectSubject> prepareEffect(DisplacementEffect const& effect, Source con
         }
     }
     return subjectOf(source, [&](MeshData const& mesh) {
-        return toModel(mesh, ObjectFrame::ofTiles(mesh.box(), effect.tile.x), source.scene);
+        return toModel(mesh, inTiles(source.scene, mesh.box(), effect.tile.x), source.scene);
     });
 }
 
@@ -165,9 +159,9 @@ Result<EffectSubject> prepareEffect(OceanEffect const& effect, Source const& sou
         subject.sea = std::move(sea);
         return subject;
     }
-    ObjectFrame const frame{{0, 0, 0}, 1 / unit};
+    Placement const place{{0, 0, 0}, 1 / unit, Turn(source.scene.up())};
     Result<EffectSubject> subject = subjectOf(source, [&](MeshData const& mesh) {
-        return toModel(asOcean(mesh, static_cast<double>(sea.patch)), frame, source.scene);
+        return toModel(asOcean(mesh, static_cast<double>(sea.patch), source.scene.up()), place, source.scene);
     });
     if (subject.isOk()) {
         subject.value().sea = std::move(sea);

@@ -21,7 +21,8 @@ GroundGrid gridFor(Scene const& scene, ViewCamera const& camera, PictureSize con
     if (camera.isPerspective()) {
         // A little below the models, whose undersides would otherwise flicker through it.
         Vector3<double> const center{0, box.min.y - 0.004 * Scene::RADIUS, 0};
-        return {center, {1, 0, 0}, {0, 0, 1}, 1.8 * Scene::RADIUS, true, scene.fileOrigin(), spacing};
+        return {center, {1, 0, 0},          {0, 0, 1}, 1.8 * Scene::RADIUS,
+                true,   scene.fileOrigin(), spacing,   scene.up()};
     }
     // Seen along an axis, the ground would be a line or in the way.
     toolkit::ScreenAxes const& screen = camera.screen();
@@ -33,7 +34,8 @@ GroundGrid gridFor(Scene const& scene, ViewCamera const& camera, PictureSize con
             radius,
             false,
             scene.fileOrigin(),
-            spacing};
+            spacing,
+            scene.up()};
 }
 
 }  // namespace

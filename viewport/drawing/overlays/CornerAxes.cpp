@@ -39,9 +39,11 @@ void CornerAxes::draw(toolkit::ScreenAxes const& screen, Region const& region, P
 
     double const length = LENGTH * size.scale();
     Point const corner{INSET * size.scale(), INSET * size.scale(), 0};
-    Point const tips[] = {{screen.right.x, screen.up.x, screen.towardViewer.x},
-                          {screen.right.y, screen.up.y, screen.towardViewer.y},
-                          {screen.right.z, screen.up.z, screen.towardViewer.z}};
+    auto const onScreen = [&](Point const& axis) -> Point {
+        Point const direction = turn(axis);
+        return {dot(screen.right, direction), dot(screen.up, direction), dot(screen.towardViewer, direction)};
+    };
+    Point const tips[] = {onScreen({1, 0, 0}), onScreen({0, 1, 0}), onScreen({0, 0, 1})};
     layer.pushLineWidth(sampling.lineWidth(2.0));
     layer.pushTransform(frameOf(tips[0] * length, tips[1] * length, tips[2] * length, corner));
     {

@@ -4,6 +4,8 @@
 #include "toolkit/Framing.h"
 #include "viewport/drawing/view/PictureSize.h"
 #include "viewport/drawing/view/Region.h"
+#include "viewport/files/mesh/UpAxis.h"
+#include "viewport/scene/Placement.h"
 
 namespace vellum::viewport {
 
@@ -12,7 +14,8 @@ namespace vellum::viewport {
 /// The layer must outlive it.
 class CornerAxes {
 public:
-    explicit CornerAxes(Core_RL& layer) : layer(layer) {}
+    /// \param up of the files
+    explicit CornerAxes(Core_RL& layer, UpAxis up = UpAxis::Y) : layer(layer), turn(up) {}
 
     /// Draws the part of them that lies in a part of the picture.
     /// \param screen the screen's axes in the scene.
@@ -24,6 +27,7 @@ private:
     void _drawLetter(unsigned int axis) const;
 
     Core_RL& layer;
+    Turn turn;  // from the files to the scene
 };
 
 }  // namespace vellum::viewport

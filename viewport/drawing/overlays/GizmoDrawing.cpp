@@ -53,7 +53,7 @@ std::string GizmoDrawing::handle(unsigned int name) const {
 
 void GizmoDrawing::_draw(ViewCamera const& camera, PictureSize const& size, Sampling const& sampling,
                          bool isPicking) const {
-    layer.pushTransform(toolkit::scaling(LENGTH * size.scale() * camera.unitsPerPixel()));
+    layer.pushTransform(turn.matrix() * toolkit::scaling(LENGTH * size.scale() * camera.unitsPerPixel()));
     layer.pushLineWidth(sampling.lineWidth(2.6));
     switch (gizmo) {
     case Gizmo::MOVE: {
@@ -84,7 +84,7 @@ void GizmoDrawing::_drawCircles(ViewCamera const& camera, Sampling const& sampli
         layer.renderAxesCircle3(X_NAME, Y_NAME, Z_NAME, axisColors(), 1.0F);
         layer.popLineWidth();
     }
-    Vector3<float> const direction = convert<float>(-camera.screen().towardViewer);
+    Vector3<float> const direction = convert<float>(turn.back(-camera.screen().towardViewer));
     layer.renderAxesCircleCulled3(X_NAME, Y_NAME, Z_NAME, direction, Matrix4<float>::identity(), 1.0F,
                                   axisColors(), 1.0F);
 }

@@ -3,6 +3,8 @@
 #include "foundation/raster/Core_RL.h"
 #include "viewport/drawing/view/PictureSize.h"
 #include "viewport/drawing/view/ViewCamera.h"
+#include "viewport/files/mesh/UpAxis.h"
+#include "viewport/scene/Placement.h"
 
 #include <string>
 
@@ -19,7 +21,8 @@ public:
     /// Picking names of the handles are below this one.
     static constexpr unsigned int NAMES_END = 5;
 
-    GizmoDrawing(Core_RL& layer, Gizmo gizmo) : layer(layer), gizmo(gizmo) {}
+    /// \param up of the files, whose axes the handles have
+    GizmoDrawing(Core_RL& layer, Gizmo gizmo, UpAxis up = UpAxis::Y) : layer(layer), gizmo(gizmo), turn(up) {}
 
     bool isShown() const { return gizmo != Gizmo::NONE; }
 
@@ -40,6 +43,7 @@ private:
 
     Core_RL& layer;
     Gizmo gizmo;
+    Turn turn;  // from the files to the scene
 };
 
 /// The colors of the axes X, Y and Z on handles.

@@ -3,10 +3,12 @@
 #include "foundation/geometry/Matrix4.h"
 #include "viewport/files/common/MappedFile.h"
 #include "viewport/files/mesh/DeclaredCounts.h"
+#include "viewport/text/Words.h"
 #include "viewport/text/lower_case.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <filesystem>
 #include <iterator>
 #include <optional>
@@ -15,6 +17,7 @@
 #include <assimp/DefaultLogger.hpp>
 #include <assimp/Importer.hpp>
 #include <assimp/LogStream.hpp>
+#include <assimp/config.h>
 #include <assimp/material.h>
 #include <assimp/mesh.h>
 #include <assimp/postprocess.h>
@@ -112,6 +115,75 @@ std::optional<Fault> firstFault(std::string const& file, aiScene const& scene) {
         }
     }
     return std::nullopt;
+}
+
+// == What is up ==
+
+/// The up_axis of a COLLADA file; nothing where it has none that is seen.
+std::optional<UpAxis> upOfCollada(std::string const& path) {
+    Result<MappedFile> const file = MappedFile::open(path);
+    // It stands before all lists of numbers.
+    constexpr std::size_t FAR_ENOUGH = 1 << 16;
+    std::string_view const start =
+        file.isOk() ? file.value().bytes().substr(0, FAR_ENOUGH) : std::string_view();
+    constexpr std::string_view ELEMENT = "<up_axis>";
+    std::size_t const place = start.find(ELEMENT);
+    if (place == std::string_view::npos) {
+        return std::nullopt;
+    }
+    std::string_view rest = start.substr(place + ELEMENT.size());
+    std::string_view const word = takeWord(rest).substr(0, 4);
+    return word == "X_UP"   ? std::optional<UpAxis>(UpAxis::X)
+           : word == "Y_UP" ? std::optional<UpAxis>(UpAxis::Y)
+           : word == "Z_UP" ? std::optional<UpAxis>(UpAxis::Z)
+                            : std::nullopt;
+}
+
+/// What a scene of an FBX file says; nothing for other scenes.
+std::optional<UpAxis> upOfMetadata(aiScene const& scene) {
+    std::int32_t axis = -1;
+    std::int32_t sign = 1;
+    if (scene.mMetaData == nullptr || !scene.mMetaData->Get("UpAxis", axis) || axis < 0 || axis > 2) {
+        return std::nullopt;
+    }
+    scene.mMetaData->Get("UpAxisSign", sign);
+    static constexpr UpAxis AXES[2][3] = {{UpAxis::X, UpAxis::Y, UpAxis::Z},
+                                          {UpAxis::MINUS_X, UpAxis::MINUS_Y, UpAxis::MINUS_Z}};
+    return AXES[sign < 0 ? 1 : 0][axis];
+}
+
+/// Whether a matrix only exchanges axes and changes their signs.
+bool turnsByRightAngles(aiMatrix4x4 const& m) {
+    for (unsigned int row = 0; row < 4; ++row) {
+        for (unsigned int column = 0; column < 4; ++column) {
+            float const size = std::abs(m[row][column]);
+            bool const isWhole = size < 1e-5F || std::abs(size - 1) < 1e-5F;
+            bool const isPlace = column == 3 && row < 3 && size >= 1e-5F;
+            if (!isWhole || isPlace) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+/// What is up in a scene, which has the coordinates of the file afterwards: importers of some formats turn their
+/// z to y with a matrix of the root.
+UpAxis settleUp(aiScene const& scene, std::string const& extension) {
+    if (std::optional<UpAxis> const said = upOfMetadata(scene)) {
+        return *said;
+    }
+    UpAxis const up = upOfFormat(extension);
+    aiNode* const root = scene.mRootNode;
+    if (up == UpAxis::Y || root == nullptr) {
+        return up;
+    }
+    if (turnsByRightAngles(root->mTransformation)) {
+        root->mTransformation = aiMatrix4x4();
+        return up;
+    }
+    // Turned and scaled: the importer's coordinates.
+    return root->mTransformation.IsIdentity() ? up : UpAxis::Y;
 }
 
 // == From a scene to one mesh ==
@@ -363,6 +435,10 @@ Result<MeshData> importWithAssimp(std::string const& path) {
         return *damage;
     }
 
+    std::optional<UpAxis> const said = extension == ".dae" ? upOfCollada(path) : std::nullopt;
+    // The importer need not turn what the drawing turns.
+    importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_IGNORE_UP_DIRECTION, said.has_value());
+
     // Postprocessing trusts the indices, so they are checked before it.
     aiScene const* scene = importer.ReadFile(path, 0);
     if (scene == nullptr) {
@@ -380,12 +456,15 @@ Result<MeshData> importWithAssimp(std::string const& path) {
         return fault(std::string("cannot cut the faces into triangles: ") + importer.GetErrorString());
     }
 
+    UpAxis const up = said ? *said : settleUp(*scene, extension);
+
     // An STL file has a normal for each facet and none for a vertex.
     Collector collector(*scene, extension == ".stl");
     if (!collector.collect()) {
         return fault("the mesh has too many vertices or triangles");
     }
     MeshData mesh = collector.take();
+    mesh.up = up;
     mesh.name = std::filesystem::path(path).filename().string();
     if (std::optional<Fault> const damage = mesh.firstFault(path)) {
         return *damage;

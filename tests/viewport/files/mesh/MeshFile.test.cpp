@@ -47,6 +47,46 @@ protected:
 
 }  // namespace
 
+// == What is up ==
+
+TEST_F(MeshFile_test, upIsThatOfTheFormat) {
+    EXPECT_EQ(loadText("a.obj", mesh_texts::triangleObj).value().up, UpAxis::Y);
+    EXPECT_EQ(loadText("a.off", mesh_texts::cubeOff).value().up, UpAxis::Z);
+    EXPECT_EQ(upOfFormat(".stl"), UpAxis::Z);
+    EXPECT_EQ(upOfFormat(".3ds"), UpAxis::Z);
+    EXPECT_EQ(upOfFormat(".ply"), UpAxis::Z);
+    EXPECT_EQ(upOfFormat(".glb"), UpAxis::Y);
+}
+
+TEST_F(MeshFile_test, colladaFilesSayWhatIsUpAndKeepTheirCoordinates) {
+    std::string const start =
+        "<?xml version=\"1.0\"?><COLLADA xmlns=\"http://www.collada.org/2005/11/COLLADASchema\" "
+        "version=\"1.4.1\"><asset>";
+    std::string const rest = R"(</asset><library_geometries><geometry id="g"><mesh>
+        <source id="p"><float_array id="pa" count="9">0 0 0 1 0 0 0 0 5</float_array><technique_common>
+        <accessor source="#pa" count="3" stride="3"><param name="X" type="float"/><param name="Y" type="float"/>
+        <param name="Z" type="float"/></accessor></technique_common></source>
+        <vertices id="v"><input semantic="POSITION" source="#p"/></vertices>
+        <triangles count="1"><input semantic="VERTEX" source="#v" offset="0"/><p>0 1 2</p></triangles>
+        </mesh></geometry></library_geometries><library_visual_scenes><visual_scene id="s"><node>
+        <instance_geometry url="#g"/></node></visual_scene></library_visual_scenes>
+        <scene><instance_visual_scene url="#s"/></scene></COLLADA>)";
+    struct Row {
+        char const* word;
+        UpAxis up;
+    };
+    for (Row const& row : {Row{"X_UP", UpAxis::X}, Row{"Y_UP", UpAxis::Y}, Row{"Z_UP", UpAxis::Z}}) {
+        Result<MeshData> const result =
+            loadText("a.dae", start + "<up_axis>" + row.word + "</up_axis>" + rest);
+        ASSERT_TRUE(result.isOk()) << result.fault().line();
+        EXPECT_EQ(result.value().up, row.up) << row.word;
+        EXPECT_EQ(result.value().box().max.z, 5) << row.word;
+    }
+    Result<MeshData> const silent = loadText("b.dae", start + rest);
+    ASSERT_TRUE(silent.isOk());
+    EXPECT_EQ(silent.value().up, UpAxis::Y);
+}
+
 // == Good files ==
 
 TEST_F(MeshFile_test, polygonsBecomeTriangles) {
