@@ -48,6 +48,7 @@ FrameBuilder::FrameBuilder(std::vector<TableColumn> const& columns, std::size_t 
         TableColumn const& column = columns[i];
         if (column.use == ColumnUse::POSITION) {
             positionColumns[column.axis] = i;
+            hasPositions = true;
         } else if (column.use == ColumnUse::WORDS) {
             labelIndices[i] = labelColumns.size();
             labelColumns.push_back(i);
@@ -64,7 +65,7 @@ FrameBuilder::FrameBuilder(std::vector<TableColumn> const& columns, std::size_t 
         }
     }
     wordLists.resize(labelColumns.size());
-    reserve(frame.positions, rowCount);
+    reserve(frame.positions, hasPositions ? rowCount : 0);
 }
 
 bool FrameBuilder::addRow() {
@@ -74,12 +75,9 @@ bool FrameBuilder::addRow() {
             return false;
         }
     }
-    Vector3<double> position{row[positionColumns[0]], row[positionColumns[1]], row[positionColumns[2]]};
-    if (box) {
-        position = box->origin + box->edges[0] * position.x + box->edges[1] * position.y +
-                   box->edges[2] * position.z;
+    if (hasPositions) {
+        _addPosition();
     }
-    frame.positions.push_back(position);
     for (std::size_t i = 0; i < channelColumns.size(); ++i) {
         frame.channels[i].values.push_back(row[channelColumns[i]]);
     }
@@ -87,6 +85,15 @@ bool FrameBuilder::addRow() {
         frame.labels[i].indices.push_back(static_cast<std::uint32_t>(row[labelColumns[i]]));
     }
     return true;
+}
+
+void FrameBuilder::_addPosition() {
+    Vector3<double> position{row[positionColumns[0]], row[positionColumns[1]], row[positionColumns[2]]};
+    if (box) {
+        position = box->origin + box->edges[0] * position.x + box->edges[1] * position.y +
+                   box->edges[2] * position.z;
+    }
+    frame.positions.push_back(position);
 }
 
 void FrameBuilder::finish() {

@@ -65,9 +65,12 @@ public:
     void finish();
 
 private:
+    void _addPosition();
+
     ParticleFrame& frame;
     std::optional<ParticleBox> box;
     std::vector<double> row;  // one for each column
+    bool hasPositions = false;
     std::size_t positionColumns[3] = {0, 0, 0};
     std::vector<std::size_t> channelColumns;  // one for each channel of the frame
     std::vector<std::size_t> labelColumns;    // one for each labels of the frame

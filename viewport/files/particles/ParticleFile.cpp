@@ -4,6 +4,8 @@
 #include "viewport/files/common/MappedFile.h"
 #include "viewport/files/common/PlyHeader.h"
 #include "viewport/files/particles/CsvFile.h"
+#include "viewport/files/particles/LammpsBinary.h"
+#include "viewport/files/particles/LammpsData.h"
 #include "viewport/files/particles/LammpsDump.h"
 #include "viewport/files/particles/PlyPoints.h"
 #include "viewport/files/particles/XyzFile.h"
@@ -59,6 +61,10 @@ Result<LoadedFrame> readBytes(std::string_view bytes, std::optional<std::size_t>
     switch (*format) {
     case ParticleFormat::LAMMPS_DUMP:
         return readLammpsDump(bytes, frame, progress);
+    case ParticleFormat::LAMMPS_BINARY:
+        return readLammpsBinary(bytes, frame, progress);
+    case ParticleFormat::LAMMPS_DATA:
+        return readLammpsData(bytes, progress);
     case ParticleFormat::XYZ:
         return readXyz(bytes, frame, progress);
     default:
@@ -107,6 +113,12 @@ std::optional<ParticleFormat> particleFormatOf(std::string_view bytes) {
     if (bytes.substr(0, 5) == "ITEM:") {
         return ParticleFormat::LAMMPS_DUMP;
     }
+    if (isLammpsBinary(bytes)) {
+        return ParticleFormat::LAMMPS_BINARY;
+    }
+    if (isLammpsData(bytes)) {
+        return ParticleFormat::LAMMPS_DATA;
+    }
     if (isXyz(bytes)) {
         return ParticleFormat::XYZ;
     }
@@ -149,8 +161,9 @@ Result<LoadedFrame> ParticleFile::load(std::optional<std::size_t> frame, Progres
             return Fault{path, loaded.warning.empty() ? reason : reason + " (" + loaded.warning + ")"};
         }
         if (loaded.frame.positions.empty()) {
-            std::string const reason =
-                loaded.count > 1 ? "frame " + std::to_string(loaded.number) + " has no particles" : "has no particles";
+            std::string const reason = loaded.count > 1
+                                           ? "frame " + std::to_string(loaded.number) + " has no particles"
+                                           : "has no particles";
             return Fault{path, loaded.warning.empty() ? reason : reason + " (" + loaded.warning + ")"};
         }
         loaded.frame.file = path;

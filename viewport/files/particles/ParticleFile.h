@@ -12,7 +12,7 @@
 
 namespace vellum::viewport {
 
-enum class ParticleFormat { LAMMPS_DUMP, XYZ, CSV, PLY };
+enum class ParticleFormat { LAMMPS_DUMP, LAMMPS_BINARY, LAMMPS_DATA, XYZ, CSV, PLY };
 
 /// The format that the first bytes of a file show; nothing where no reader of particles understands them, as
 /// with a PLY file that has faces. The first 64 KiB are enough.

@@ -1,11 +1,11 @@
 #include "viewport/files/particles/PlyPoints.h"
 
 #include "viewport/files/common/PlyHeader.h"
+#include "viewport/files/common/binary_numbers.h"
 #include "viewport/files/particles/FrameIndex.h"
 #include "viewport/files/particles/TableRows.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace vellum::viewport {
 
@@ -13,46 +13,21 @@ namespace {
 
 constexpr std::uint64_t ROWS_BETWEEN_PROGRESS = 4096;
 
-/// Assembled byte by byte: records are not aligned, and either byte order may differ from that of the
-/// machine.
-template <class T>
-T valueOf(char const* const& bytes, bool isBigEndian) {
-    unsigned char raw[sizeof(T)];
-    std::memcpy(raw, bytes, sizeof raw);
-    std::uint64_t bits = 0;
-    for (std::size_t i = 0; i < sizeof raw; ++i) {
-        bits |= static_cast<std::uint64_t>(raw[isBigEndian ? sizeof raw - 1 - i : i]) << (8 * i);
-    }
-    T value;
-    if constexpr (sizeof(T) == 1) {
-        std::uint8_t const sized = static_cast<std::uint8_t>(bits);
-        std::memcpy(&value, &sized, sizeof value);
-    } else if constexpr (sizeof(T) == 2) {
-        std::uint16_t const sized = static_cast<std::uint16_t>(bits);
-        std::memcpy(&value, &sized, sizeof value);
-    } else if constexpr (sizeof(T) == 4) {
-        std::uint32_t const sized = static_cast<std::uint32_t>(bits);
-        std::memcpy(&value, &sized, sizeof value);
-    } else {
-        std::memcpy(&value, &bits, sizeof value);
-    }
-    return value;
-}
-
 double numberOf(char const* const& bytes, PlyScalarType const& type, bool isBigEndian) {
     if (!type.isInteger) {
-        return type.size == 4 ? valueOf<float>(bytes, isBigEndian) : valueOf<double>(bytes, isBigEndian);
+        return type.size == 4 ? binaryNumber<float>(bytes, isBigEndian)
+                              : binaryNumber<double>(bytes, isBigEndian);
     }
     switch (type.size) {
     case 1:
-        return type.isSigned ? valueOf<std::int8_t>(bytes, isBigEndian)
-                             : valueOf<std::uint8_t>(bytes, isBigEndian);
+        return type.isSigned ? binaryNumber<std::int8_t>(bytes, isBigEndian)
+                             : binaryNumber<std::uint8_t>(bytes, isBigEndian);
     case 2:
-        return type.isSigned ? valueOf<std::int16_t>(bytes, isBigEndian)
-                             : valueOf<std::uint16_t>(bytes, isBigEndian);
+        return type.isSigned ? binaryNumber<std::int16_t>(bytes, isBigEndian)
+                             : binaryNumber<std::uint16_t>(bytes, isBigEndian);
     default:
-        return type.isSigned ? static_cast<double>(valueOf<std::int32_t>(bytes, isBigEndian))
-                             : static_cast<double>(valueOf<std::uint32_t>(bytes, isBigEndian));
+        return type.isSigned ? static_cast<double>(binaryNumber<std::int32_t>(bytes, isBigEndian))
+                             : static_cast<double>(binaryNumber<std::uint32_t>(bytes, isBigEndian));
     }
 }
 

@@ -66,6 +66,9 @@ std::optional<TextDamage> TableRows::_read(TextLines& lines, std::optional<std::
                               true};
         }
         line = lines.take();
+        if (commentMark != '\0') {
+            line = line.substr(0, line.find(commentMark));
+        }
         if (!builder) {
             _findTexts();
             builder.emplace(columns, static_cast<std::size_t>(expectedRows), frame);

@@ -32,6 +32,9 @@ public:
     /// words.
     void allowMissing() { isMissingAllowed = true; }
 
+    /// What follows this mark in a row is no part of it.
+    void allowComments(char mark) { commentMark = mark; }
+
     /// Called with the bytes of the text; may be empty.
     void report(Progress const& progress) { this->progress = progress; }
 
@@ -61,6 +64,7 @@ private:
     std::vector<TableColumn> columns;
     char separator;
     bool isMissingAllowed = false;
+    char commentMark = '\0';  // none
     std::optional<ParticleBox> box;
     std::string_view mark;
     Progress progress;
