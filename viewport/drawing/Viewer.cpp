@@ -2,6 +2,8 @@
 
 #include "toolkit/Lights.h"
 #include "viewport/drawing/layer/depth_modes.h"
+#include "viewport/drawing/overlays/ColorBar.h"
+#include "viewport/drawing/overlays/ColorLegend.h"
 
 #include <algorithm>
 
@@ -15,6 +17,14 @@ using Point = Vector3<double>;
 
 void append(std::vector<Point>& points, std::vector<Point> const& more) {
     points.insert(points.end(), more.begin(), more.end());
+}
+
+/// What says what the colors of particles mean, or null.
+std::unique_ptr<ColorKey> keyOf(ParticleStyle const& style, PictureSize const& size) {
+    if (style.scale) {
+        return std::make_unique<ColorBar>(*style.scale, ValueColors(style.colors, style.colorMap), size);
+    }
+    return style.legend ? std::make_unique<ColorLegend>(*style.legend, size) : nullptr;
 }
 
 }  // namespace
@@ -74,15 +84,12 @@ void Viewer::draw(PictureSize const& size, Region const& region, int samplesPerS
     glClear(GL_DEPTH_BUFFER_BIT);
     cornerAxes.draw(camera.screen(), region, size, sampling);
     layer.popDepthTest();
-    if (colorBar) {
-        colorBar->draw(region, size, sampling);
-    }
 }
 
 void Viewer::drawLabels(Picture& picture) {
     _layOut({picture.width, picture.height});
-    if (colorBar) {
-        colorBar->bar().drawLabels(picture);
+    if (colorKey != nullptr) {
+        colorKey->draw(picture);
     }
 }
 
@@ -98,15 +105,9 @@ void Viewer::_layOut(PictureSize const& size) {
         return;
     }
     layoutSize = size;
-    colorBar.reset();
+    colorKey = clouds.empty() ? nullptr : keyOf(style.particles, size);
     PictureSize framed = size;
-    if (!clouds.empty() && style.particles.scale) {
-        ColorBar bar(*style.particles.scale, size);
-        framed.width -= bar.reservedWidth();
-        if (bar.isShown()) {
-            colorBar.emplace(layer, std::move(bar), style.particles.colors);
-        }
-    }
+    framed.width -= colorKey != nullptr ? colorKey->reservedWidth() : 0;
     if (effect != nullptr && effect->ownScene() != nullptr) {
         camera.frame(*effect->ownScene(), framed);
     } else {

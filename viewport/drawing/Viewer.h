@@ -4,7 +4,7 @@
 #include "viewport/drawing/Picker.h"
 #include "viewport/drawing/effects/EffectRenderer.h"
 #include "viewport/drawing/overlays/Backdrop.h"
-#include "viewport/drawing/overlays/ColorBarDrawing.h"
+#include "viewport/drawing/overlays/ColorKey.h"
 #include "viewport/drawing/overlays/CornerAxes.h"
 #include "viewport/drawing/overlays/GizmoDrawing.h"
 #include "viewport/drawing/subjects/CloudDrawing.h"
@@ -18,6 +18,7 @@
 #include "viewport/files/images/Picture.h"
 #include "viewport/scene/Scene.h"
 
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -31,8 +32,8 @@ struct ViewStyle {
     Gizmo gizmo = Gizmo::NONE;
 };
 
-/// Draws a scene through the render layer into the current framebuffer: background, ground, models, particles with the
-/// bar of their colors, the gizmo over them, and the axes in the corner; or finds what is at a pixel.
+/// Draws a scene through the render layer into the current framebuffer: background, ground, models, particles,
+/// the gizmo over them, and the axes in the corner; or finds what is at a pixel.
 ///
 ///     std::unique_ptr<Core_RL> layer(new Core_RL_GL);                 // a context is current, GLEW initialized
 ///     Viewer viewer(*layer, scene, style);
@@ -59,7 +60,8 @@ public:
     /// \param samplesPerSide of the viewport for each pixel of the picture, at least 1
     void draw(PictureSize const& size, Region const& region, int samplesPerSide);
 
-    /// Writes the color bar's frame, marks and texts into a finished picture; nothing where there is no bar.
+    /// Draws what colors mean, a bar of values or a list of kinds, into a finished picture; nothing where there is neither or no
+    /// room for it.
     void drawLabels(Picture& picture);
 
     /// What is at the pixel of a picture of this size, or nothing; see Picker.
@@ -86,8 +88,8 @@ private:
     CornerAxes cornerAxes;
 
     // For pictures of one size.
-    std::optional<PictureSize> layoutSize;    // nothing: nothing has been drawn yet
-    std::optional<ColorBarDrawing> colorBar;  // if there are values to be shown, and room for it
+    std::optional<PictureSize> layoutSize;  // nothing: nothing has been drawn yet
+    std::unique_ptr<ColorKey> colorKey;     // null: colors mean nothing
     ViewCamera camera;
     Backdrop backdrop;
 };

@@ -1,183 +1,301 @@
 #include "viewport/scene/ParticleCloud.h"
 
+#include "viewport/scene/ParticleKinds.h"
+#include "viewport/scene/Quantity.h"
+
 #include <algorithm>
+#include <array>
 #include <cmath>
-#include <limits>
 #include <random>
+#include <unordered_map>
 #include <utility>
 
 namespace vellum::viewport {
 
 namespace {
 
-constexpr double BALL_DIAMETER = 0.98;  // of the mean distance of neighbors: spheres almost touch
+using Point = Vector3<double>;
 
-/// Renderers take floats.
-bool isFinite(Vector3<double> const& v) {
-    constexpr double MOST = std::numeric_limits<float>::max();
-    return std::abs(v.x) <= MOST && std::abs(v.y) <= MOST && std::abs(v.z) <= MOST;
+void include(Box3<double>& box, Point const& p) {
+    box = {{std::min(box.min.x, p.x), std::min(box.min.y, p.y), std::min(box.min.z, p.z)},
+           {std::max(box.max.x, p.x), std::max(box.max.y, p.y), std::max(box.max.z, p.z)}};
 }
 
-bool isFinite(ParticleBox const& box) {
-    auto const isAllFinite = [](Vector3<double> const& v) {
-        return std::isfinite(length(v)) && std::max({std::abs(v.x), std::abs(v.y), std::abs(v.z)}) <
-                                               static_cast<double>(std::numeric_limits<float>::max());
-    };
-    return isAllFinite(box.origin) && std::all_of(std::begin(box.edges), std::end(box.edges), isAllFinite);
-}
-
-/// Two ends for each of the twelve edges.
-std::vector<Vector3<double>> linesOf(ParticleBox const& box) {
-    std::vector<Vector3<double>> ends;
-    for (unsigned int corner = 0; corner < 8; ++corner) {
-        Vector3<double> place = box.origin;
-        for (unsigned int axis = 0; axis < 3; ++axis) {
-            place = place + box.edges[axis] * ((corner >> axis & 1U) != 0 ? 1.0 : 0.0);
-        }
-        for (unsigned int axis = 0; axis < 3; ++axis) {
-            if ((corner >> axis & 1U) == 0) {
-                ends.push_back(place);
-                ends.push_back(place + box.edges[axis]);
+/// Two ends for each line of the grid that so many boxes form, twelve of a single one.
+std::vector<Point> linesOf(ParticleBox const& box, std::array<unsigned int, 3> const& counts) {
+    std::vector<Point> ends;
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        std::size_t const second = (axis + 1) % 3;
+        std::size_t const third = (axis + 2) % 3;
+        for (unsigned int i = 0; i <= counts[second]; ++i) {
+            for (unsigned int j = 0; j <= counts[third]; ++j) {
+                Point const start = box.origin + box.edges[second] * static_cast<double>(i) +
+                                    box.edges[third] * static_cast<double>(j);
+                ends.push_back(start);
+                ends.push_back(start + box.edges[axis] * static_cast<double>(counts[axis]));
             }
         }
     }
     return ends;
 }
 
-void include(Box3<double>& box, Vector3<double> const& p) {
-    box = {{std::min(box.min.x, p.x), std::min(box.min.y, p.y), std::min(box.min.z, p.z)},
-           {std::max(box.max.x, p.x), std::max(box.max.y, p.y), std::max(box.max.z, p.z)}};
+Vector3<float> toVector(Color4<float> const& color) {
+    return {color.r, color.g, color.b};
 }
 
-/// The spacing of a regular grid of as many points in the same box, in as many dimensions as the particles
-/// fill. The true mean distance of neighbors would need a search; for the size of spheres the estimate is
-/// enough.
-double spacingIn(Box3<double> const& box, std::size_t count) {
-    Vector3<double> const extent = box.max - box.min;
-    double const largest = std::max({extent.x, extent.y, extent.z});
-    if (!(largest > 0)) {
-        return 1;
-    }
-    double logarithm = 0;
-    int dimensions = 0;
-    for (double const side : {extent.x, extent.y, extent.z}) {
-        if (side > 1e-3 * largest) {
-            logarithm += std::log(side);
-            ++dimensions;
-        }
-    }
-    double const pointsPerSide = std::pow(static_cast<double>(count), 1.0 / dimensions);
-    return std::exp(logarithm / dimensions) / std::max(pointsPerSide - 1, 1.0);
+Vector3<float>* vectorsOf(ParticleSystemChunk_v2& chunk, unsigned int channel) {
+    return chunk.channelData(channel)->asVectors();
+}
+
+float* floatsOf(ParticleSystemChunk_v2& chunk, unsigned int channel) {
+    return chunk.channelData(channel)->asFloats();
 }
 
 }  // namespace
 
-CloudMaker::CloudMaker(ParticleFrame const& frame, ParticleLook const& look) : frame(frame), look(look) {
-    if (look.scale) {
-        quantity = isOfArrows(look.mode) ? Quantity::speed(frame) : Quantity::find(frame, look.scale->name);
+CloudMaker::CloudMaker(ParticleFrame const& frame, ParticleLook const& look, std::size_t index)
+    : frame(frame), look(look), places(frame, look.isWrapped) {
+    if (index < look.choices.size()) {
+        choice = std::shared_ptr<ParticleChoice const>(std::shared_ptr<void>(), &look.choices[index]);
+    } else {
+        Result<ParticleChoice> all = choose(frame, places, frame.vector(look.arrows), nullptr, std::nullopt);
+        choice = std::make_shared<ParticleChoice>(std::move(all.value()));
     }
-    if (frame.box && isFinite(*frame.box)) {
-        edges = frame.box;
-    }
-    _choose();
+    diameter = look.size.value_or(SPHERE_DIAMETER * choice->spacing);
     _measure();
     if (look.isThinned) {
         _shuffle();
     }
 }
 
-void CloudMaker::_choose() {
-    std::size_t const all = frame.positions.size();
-    while (count < all && isDrawable(frame, count, look.mode)) {
-        ++count;
+bool CloudMaker::_hasBox() const {
+    return frame.box && isFinite(*frame.box);
+}
+
+std::size_t CloudMaker::_copyCount() const {
+    return std::size_t{look.copies.e0} * look.copies.e1 * look.copies.e2;
+}
+
+Vector3<double> CloudMaker::_shift(std::size_t copy) const {
+    if (copy == 0) {
+        return {0, 0, 0};
     }
-    isSelection = count < all || look.isThinned;
-    if (!isSelection) {
-        return;
+    std::size_t const plane = std::size_t{look.copies.e0} * look.copies.e1;
+    std::array<std::size_t, 3> const steps{copy % look.copies.e0, copy % plane / look.copies.e0,
+                                           copy / plane};
+    Point shift{0, 0, 0};
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        shift = shift + frame.box->edges[axis] * static_cast<double>(steps[axis]);
     }
-    order.reserve(all);
-    for (std::size_t i = 0; i < all; ++i) {
-        if (isDrawable(frame, i, look.mode)) {
-            order.push_back(static_cast<unsigned int>(i));
-        }
-    }
-    count = order.size();
+    return shift;
 }
 
 void CloudMaker::_measure() {
-    for (std::size_t i = 0; i < count; ++i) {
-        Vector3<double> const& p = frame.positions[_index(i)];
-        if (i == 0) {
-            bounds = {p, p};
-        }
-        include(bounds, p);
-    }
-    spacing = spacingIn(bounds, count);
-    diameter = look.size.value_or(BALL_DIAMETER * spacing);
     // The size of points is in pixels and that of arrows depends on their values: only spheres have one here.
-    double const reach = look.mode == ParticleMode::SPHERES ? diameter / 2 : 0;
-    bounds = {bounds.min - Vector3<double>{reach, reach, reach},
-              bounds.max + Vector3<double>{reach, reach, reach}};
-    if (edges) {
-        std::vector<Vector3<double>> const ends = linesOf(*edges);
-        if (count == 0) {
-            bounds = {ends.front(), ends.front()};
+    bool const areSpheres = look.mode == ParticleMode::SPHERES;
+    double const common = areSpheres ? diameter / 2 : 0;
+    if (DiameterOf const diameterOf = areSpheres ? _diameters() : DiameterOf()) {
+        for (std::size_t i = 0; i < choice->count; ++i) {
+            std::size_t const particle = (*choice)[i];
+            double const radius = diameterOf(particle) / 2;
+            Point const place = places[particle];
+            bounds = i == 0 ? Box3<double>{place, place} : bounds;
+            include(bounds, place - Point{radius, radius, radius});
+            include(bounds, place + Point{radius, radius, radius});
         }
-        for (Vector3<double> const& end : ends) {
-            include(bounds, end);
+    } else {
+        bounds = {choice->box.min - Point{common, common, common},
+                  choice->box.max + Point{common, common, common}};
+    }
+    if (!_hasBox()) {
+        return;
+    }
+    if (choice->count == 0) {
+        bounds = {frame.box->origin, frame.box->origin};
+    }
+    Box3<double> const one = bounds;
+    for (unsigned int corner = 1; corner < 8; ++corner) {
+        std::array<unsigned int, 3> const last{look.copies.e0 - 1, look.copies.e1 - 1, look.copies.e2 - 1};
+        Point shift{0, 0, 0};
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            double const steps = (corner >> axis & 1U) != 0 ? last[axis] : 0.0;
+            shift = shift + frame.box->edges[axis] * steps;
         }
+        include(bounds, one.min + shift);
+        include(bounds, one.max + shift);
+    }
+    for (Point const& end : linesOf(*frame.box, {1, 1, 1})) {
+        include(bounds, end);
+        include(bounds, end + _shift(_copyCount() - 1));
     }
 }
 
 /// Renderers draw every so many of the particles. Those of a lattice, in the order of the lattice, would show
 /// stripes; in this order, which is always the same for the same count, they show none.
 void CloudMaker::_shuffle() {
+    order.reserve(choice->count);
+    for (std::size_t i = 0; i < choice->count; ++i) {
+        order.push_back(static_cast<unsigned int>((*choice)[i]));
+    }
     std::mt19937 random(20'011);
-    for (std::size_t left = count; left > 1; --left) {
+    for (std::size_t left = choice->count; left > 1; --left) {
         std::swap(order[left - 1], order[random() % left]);
     }
 }
 
-Vector3<float> CloudMaker::_shown(std::size_t particle) const {
-    if (!quantity) {
-        return {0, 0, 0};
+/// Empty where all have the same diameter.
+CloudMaker::DiameterOf CloudMaker::_diameters() const {
+    if (look.mode != ParticleMode::SPHERES || look.size) {
+        return {};
     }
-    if (quantity->isSpeed()) {
-        Vector3<double> const v = vectorOf(frame, *frame.velocity(), particle);
-        if (isFinite(v)) {
-            return convert<float>(v / look.scale->unit);
+    double const usual = diameter;
+    if (frame.sizes) {
+        double const* const sizes = frame.channels[frame.sizes->column].values.data();
+        double const factor = frame.sizes->diameters;
+        return [usual, sizes, factor](std::size_t i) {
+            double const size = sizes[i] * factor;
+            return size > 0 && std::isfinite(size) ? size : usual;
+        };
+    }
+    std::optional<ParticleKinds> const elements = ParticleKinds::elements(frame);
+    if (!elements) {
+        return {};
+    }
+    double largest = 0;
+    std::vector<double> diameters;
+    for (ParticleKind const& kind : elements->kinds()) {
+        diameters.push_back(kind.element != nullptr ? 2 * kind.element->covalentRadius : 0);
+        largest = std::max(largest, diameters.back() / 2);
+    }
+    if (!(largest > 0)) {
+        return {};
+    }
+    double const units = unitsPerAngstrom(largest, *choice).first;
+    for (double& one : diameters) {
+        one = one > 0 ? one * units : usual;
+    }
+    return [kinds = *elements, diameters](std::size_t i) { return diameters[kinds[i]]; };
+}
+
+/// Empty where colors are those of SHOWN, or all alike.
+CloudMaker::ColorOf CloudMaker::_colors() const {
+    if (look.coloring == ParticleColoring::OWN) {
+        std::array<double const*, 3> columns{};
+        for (std::size_t part = 0; part < 3; ++part) {
+            columns[part] = frame.channels[frame.colors->columns[part]].values.data();
+        }
+        double const full = frame.colors->full;
+        Vector3<float> const unknown = toVector(look.colors.undefined());
+        return [columns, full, unknown](std::size_t i) {
+            auto const part = [&](std::size_t k) {
+                return static_cast<float>(std::clamp(columns[k][i] / full, 0.0, 1.0));
+            };
+            bool const isKnown =
+                !std::isnan(columns[0][i]) && !std::isnan(columns[1][i]) && !std::isnan(columns[2][i]);
+            return isKnown ? Vector3<float>{part(0), part(1), part(2)} : unknown;
+        };
+    }
+    if (look.coloring == ParticleColoring::KINDS) {
+        std::unordered_map<std::string, Vector3<float>> known;
+        for (ParticleLegend::Entry const& entry : look.legend->entries) {
+            known.emplace(entry.text, toVector(entry.color));
+        }
+        ParticleKinds const kinds = look.kinds(frame);
+        std::vector<Vector3<float>> colors;
+        for (ParticleKind const& kind : kinds.kinds()) {
+            auto const found = known.find(kind.name);
+            colors.push_back(found != known.end() ? found->second : Vector3<float>{0, 0, 0});
+        }
+        return [kinds, colors](std::size_t i) { return colors[kinds[i]]; };
+    }
+    bool const hasLengths = look.arrows.empty() || (look.areArrowsMeasured && !look.scale->isLogarithmic);
+    if (!look.scale || (look.scale->undefinedCount == 0 && hasLengths)) {
+        return {};
+    }
+    return [this, quantity = look.quantity(frame, places)](std::size_t i) {
+        double const value = quantity[i];
+        bool const isDefined = look.scale->isDefined(value);
+        return toVector(isDefined ? look.colors.at(look.scale->place(value)) : look.colors.undefined());
+    };
+}
+
+/// What the channel SHOWN holds. A number is stored in a vector too: drawn without a buffer, particles with a scalar
+/// channel would take their colors from the numbers of other particles.
+std::function<Vector3<float>(std::size_t)> CloudMaker::_shown() const {
+    if (!look.arrows.empty()) {
+        return [this, vector = *frame.vector(look.arrows)](std::size_t i) {
+            return convert<float>(vectorOf(frame, vector, i) / look.arrowUnit);
+        };
+    }
+    if (!look.scale || look.scale->undefinedCount > 0) {
+        return {};
+    }
+    return [this, quantity = look.quantity(frame, places)](std::size_t i) {
+        return Vector3<float>{look.scale->toMagnitude(quantity[i]), 0, 0};
+    };
+}
+
+/// Fills a channel with the value of each particle, copy after copy.
+template <class Element, class Value>
+void CloudMaker::_fill(ParticleSystem_v2& system,
+                       Element* (*elementsOf)(ParticleSystemChunk_v2&, unsigned int), unsigned int channel,
+                       Value const& value) const {
+    std::size_t place = 0;
+    std::size_t copy = 0;
+    for (ParticleSystemChunk_v2* chunk = system.firstChunk(); chunk != nullptr; chunk = chunk->next()) {
+        Element* const elements = elementsOf(*chunk, channel);
+        for (unsigned int i = 0; i < chunk->count(); ++i) {
+            elements[i] = value(_index(place), copy);
+            if (++place == choice->count) {
+                place = 0;
+                ++copy;
+            }
         }
     }
-    // A number is stored in a vector too. Drawn without a buffer, particles with a scalar channel would take
-    // their colors from the numbers of other particles.
-    return {look.scale->toMagnitude((*quantity)[particle]), 0, 0};
 }
 
 ParticleCloud CloudMaker::make(Vector3<double> const& center, double scale) const {
-    auto const place = [&](Vector3<double> const& p) { return (p - center) * scale; };
+    ParticleCloud cloud;
     auto const system = std::make_shared<ParticleSystem_v2>();
     system->addChannel("position", ParticleChannel_v2::VECTOR);
     system->addChannel("shown", ParticleChannel_v2::VECTOR);
-    system->addParticles(static_cast<unsigned int>(count));
-    std::size_t next = 0;
-    for (ParticleSystemChunk_v2* chunk = system->firstChunk(); chunk != nullptr; chunk = chunk->next()) {
-        Vector3<float>* const positions = chunk->channelData(ParticleCloud::POSITIONS)->asVectors();
-        Vector3<float>* const shown = chunk->channelData(ParticleCloud::SHOWN)->asVectors();
-        for (unsigned int i = 0; i < chunk->count(); ++i, ++next) {
-            std::size_t const particle = _index(next);
-            positions[i] = convert<float>(place(frame.positions[particle]));
-            shown[i] = _shown(particle);
-        }
+    ColorOf const colors = _colors();
+    DiameterOf const diameters = _diameters();
+    if (colors) {
+        cloud.colors = system->addChannel("color", ParticleChannel_v2::VECTOR);
+    }
+    if (diameters) {
+        cloud.sizes = system->addChannel("size", ParticleChannel_v2::SCALAR);
+    }
+    system->addParticles(static_cast<unsigned int>(choice->count * _copyCount()));
+
+    auto const place = [&](Point const& p) { return (p - center) * scale; };
+    std::vector<Point> shifts;
+    for (std::size_t copy = 0; copy < _copyCount(); ++copy) {
+        shifts.push_back(_shift(copy));
+    }
+    _fill(*system, vectorsOf, ParticleCloud::POSITIONS, [&](std::size_t i, std::size_t copy) {
+        return convert<float>((places[i] - center + shifts[copy]) * scale);
+    });
+    if (auto const shown = _shown()) {
+        _fill(*system, vectorsOf, ParticleCloud::SHOWN, [&](std::size_t i, std::size_t) { return shown(i); });
+    }
+    if (colors) {
+        _fill(*system, vectorsOf, *cloud.colors, [&](std::size_t i, std::size_t) { return colors(i); });
+    }
+    if (diameters) {
+        _fill(*system, floatsOf, *cloud.sizes,
+              [&](std::size_t i, std::size_t) { return static_cast<float>(diameters(i) * scale); });
     }
 
-    ParticleCloud cloud;
     cloud.name = frame.file.substr(frame.file.find_last_of('/') + 1);
     cloud.system = system;
     cloud.box = {place(bounds.min), place(bounds.max)};
-    cloud.spacing = spacing * scale;
+    cloud.spacing = choice->spacing * scale;
     cloud.diameter = diameter * scale;
-    if (edges) {
-        for (Vector3<double> const& end : linesOf(*edges)) {
+    cloud.arrowUnit = look.arrowUnit;
+    if (_hasBox()) {
+        for (Point const& end : linesOf(*frame.box, {look.copies.e0, look.copies.e1, look.copies.e2})) {
             cloud.boxLines.push_back(convert<float>(place(end)));
         }
     }

@@ -5,9 +5,10 @@
 #include "foundation/geometry/Vector3.h"
 #include "viewport/files/particles/ParticleFrame.h"
 #include "viewport/scene/ParticleLook.h"
-#include "viewport/scene/Quantity.h"
+#include "viewport/scene/ParticlePlaces.h"
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,57 +18,71 @@ namespace vellum::viewport {
 
 /// The particles of a file as they are drawn, in the frame of the scene.
 struct ParticleCloud {
-    // The first channels of `system`, both vectors.
+    // The channels of `system` that are always there, both vectors.
     static constexpr unsigned int POSITIONS = 0;
     static constexpr unsigned int SHOWN = 1;  ///< their lengths are what colors show; arrows lie along them
 
     std::string name;                                 ///< the file's, without its folder
     std::shared_ptr<ParticleSystem_v2 const> system;  ///< finite positions only
-    /// The vector channel of `system` with the colors of the particles: red, green and blue, 0 to 1. They take the place
-    /// of those of the lengths.
+    /// The id of a VECTOR channel with the red, green and blue of each particle, 0 to 1, which stand in place of those
+    /// that SHOWN has: own colors, those of kinds, and those of values where some are undefined.
     std::optional<unsigned int> colors;
-    /// The scalar channel of `system` with the diameters of the spheres, in units of the scene.
+    /// The id of a SCALAR channel with the diameter of each sphere, in units of the scene. Nothing: all have `diameter`.
     std::optional<unsigned int> sizes;
-    std::vector<Vector3<float>> boxLines;  ///< two ends for each line of the box that the particles are in
+    std::vector<Vector3<float>> boxLines;  ///< two ends for each line of the boxes that the particles are in
     Box3<double> box;                      ///< around all of it
     double spacing;                        ///< the mean distance of neighbors; above 0
     double diameter;                       ///< of a sphere; above 0
+    double arrowUnit = 1;                  ///< the length of a vector of the file that SHOWN has as 1
 };
 
 /// Makes the cloud of a frame in two steps: Scene needs the boxes of all clouds before it can place any of
 /// them.
 ///
-///     CloudMaker const maker(frame, look);
+///     CloudMaker const maker(frame, look, index);
 ///     ... maker.box() ...
 ///     ParticleCloud const cloud = maker.make(center, scale);
 ///
-/// Particles that cannot be drawn (see isDrawable()) are left out. Frame and look must outlive it.
+/// Frame and look must outlive it.
 class CloudMaker {
 public:
-    CloudMaker(ParticleFrame const& frame, ParticleLook const& look);
+    /// \param look of this frame among others, see lookOf(); of a look that was not decided for so many frames all
+    ///     particles are taken
+    /// \param index of the frame among them
+    CloudMaker(ParticleFrame const& frame, ParticleLook const& look, std::size_t index = 0);
 
-    /// Around the particles with their size and the box that they are in, in units of the file.
+    /// Around the particles with their sizes and the boxes that they are in, with all copies, in units of the file.
     Box3<double> const& box() const { return bounds; }
 
-    /// Moves `center` to the origin, then multiplies by `scale`.
+    /// Moves `center` to the origin, then multiplies by `scale`: in double precision, so that particles that are far
+    /// away from the file's origin keep their distances.
     ParticleCloud make(Vector3<double> const& center, double scale) const;
 
 private:
-    void _choose();
-    void _shuffle();
+    using DiameterOf = std::function<double(std::size_t)>;
+    using ColorOf = std::function<Vector3<float>(std::size_t)>;
+
     void _measure();
-    std::size_t _index(std::size_t place) const { return isSelection ? order[place] : place; }
-    Vector3<float> _shown(std::size_t particle) const;
+    void _shuffle();
+    bool _hasBox() const;
+    Vector3<double> _shift(std::size_t copy) const;
+    std::size_t _copyCount() const;
+    std::size_t _index(std::size_t place) const { return order.empty() ? (*choice)[place] : order[place]; }
+    DiameterOf _diameters() const;
+    ColorOf _colors() const;
+    std::function<Vector3<float>(std::size_t)> _shown() const;
+
+    template <class Element, class Value>
+    void _fill(ParticleSystem_v2& system, Element* (*elementsOf)(ParticleSystemChunk_v2&, unsigned int),
+               unsigned int channel, Value const& value) const;
 
     ParticleFrame const& frame;
     ParticleLook const& look;
-    std::optional<Quantity> quantity;  // that colors show
-    std::size_t count = 0;             // of the particles that are drawn
-    bool isSelection = false;          // the particles are those of `order`, else all of the frame
-    std::vector<unsigned int> order;   // by the place in the cloud
-    std::optional<ParticleBox> edges;  // of the box that the particles are in; finite
+    ParticlePlaces places;
+    std::shared_ptr<ParticleChoice const> choice;  // owned by the look, or else here
+    std::vector<unsigned int>
+        order;  // of the particles, by the place in the cloud; empty: that of the choice
     Box3<double> bounds{{0, 0, 0}, {0, 0, 0}};
-    double spacing = 1;
     double diameter = 1;
 };
 

@@ -1,22 +1,20 @@
 #include "viewport/scene/ParticleLook.h"
 
+#include "viewport/scene/ParticleKinds.h"
 #include "viewport/scene/Quantity.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
+#include <unordered_map>
+#include <utility>
 
 namespace vellum::viewport {
 
 namespace {
 
-constexpr float LARGEST_MAGNITUDE = 1e18F;  // its square is still a float
-
-/// Renderers take floats.
-bool isFinite(Vector3<double> const& v) {
-    constexpr double MOST = std::numeric_limits<float>::max();
-    return std::abs(v.x) <= MOST && std::abs(v.y) <= MOST && std::abs(v.z) <= MOST;
-}
+using Frames = std::vector<ParticleFrame>;
 
 std::string joined(std::vector<std::string> const& names) {
     std::string text;
@@ -26,144 +24,488 @@ std::string joined(std::vector<std::string> const& names) {
     return text.empty() ? "none" : text;
 }
 
-/// The likeliest quantity that all files have; empty where there is none. The color of an id says nothing.
-std::string commonQuantity(std::vector<ParticleFrame> const& frames) {
-    for (std::string const& name : Quantity::names(frames.front())) {
-        bool const isCommon = std::all_of(frames.begin(), frames.end(), [&name](ParticleFrame const& frame) {
-            return Quantity::find(frame, name).has_value();
-        });
-        if (isCommon && name != "id") {
-            return name;
-        }
-    }
-    return {};
+std::string countOf(std::size_t some, std::size_t all) {
+    return std::to_string(some) + " of " + std::to_string(all);
 }
+
+template <class Predicate>
+bool haveAll(Frames const& frames, Predicate const& has) {
+    return std::all_of(frames.begin(), frames.end(), has);
+}
+
+// == Values ==
 
 struct Ends {
     double least = std::numeric_limits<double>::infinity();
     double most = -std::numeric_limits<double>::infinity();
-    bool hasBeyond = false;  // there is an infinity or NaN
+    bool isExceeded = false;  // there is an infinity
+    bool isWhole = true;
+    std::size_t undefinedCount = 0;
 
     bool isEmpty() const { return !(least <= most); }
 };
 
-/// Adds the values of all particles that have a place. Infinite values have no part in a range: it would have
+/// Adds the values of all particles that are shown. Infinite values have no part in a range: it would have
 /// no colors left for the others.
-void include(Ends& ends, ParticleFrame const& frame, Quantity const& quantity) {
-    for (std::size_t i = 0; i < frame.positions.size(); ++i) {
-        double const value = quantity[i];
-        if (!std::isfinite(value)) {
-            ends.hasBeyond = ends.hasBeyond || !(value < 0);
-        } else if (isFinite(frame.positions[i])) {
+void include(Ends& ends, ParticleChoice const& choice, Quantity const& quantity, ValueScale const& scale) {
+    // No larger number has a fraction.
+    constexpr double LARGEST_FRACTION = 4503599627370496;
+    for (std::size_t i = 0; i < choice.count; ++i) {
+        double const value = quantity[choice[i]];
+        if (!scale.isDefined(value)) {
+            ++ends.undefinedCount;
+        } else if (std::isinf(value)) {
+            ends.isExceeded = ends.isExceeded || value > 0;
+        } else {
             ends.least = std::min(ends.least, value);
             ends.most = std::max(ends.most, value);
+            ends.isWhole = ends.isWhole && (std::abs(value) >= LARGEST_FRACTION ||
+                                            value == static_cast<double>(static_cast<long long>(value)));
         }
     }
 }
 
-ParticleScale scaleOf(std::string const& name, bool hasArrows, std::vector<ParticleFrame> const& frames,
-                      std::optional<ValueRange> const& range) {
-    Ends ends;
-    bool isSpeed = false;
-    for (ParticleFrame const& frame : frames) {
-        // Arrows show the velocities, whatever a column of the name "speed" holds.
-        Quantity const quantity = hasArrows ? *Quantity::speed(frame) : *Quantity::find(frame, name);
-        isSpeed = isSpeed || quantity.isSpeed();
-        include(ends, frame, quantity);
-    }
-    if (ends.isEmpty()) {
-        ends.least = ends.most = range ? range->low : 0;
-    }
-    ParticleScale scale;
-    scale.name = name;
-    scale.range = range.value_or(ValueRange{ends.least, ends.most});
-    scale.isExceeded = ends.hasBeyond || ends.most > scale.range.high;
-    // Speeds cannot be shifted: renderers get the velocities themselves, whose lengths they are.
-    scale.offset = isSpeed ? 0 : std::min(ends.least, scale.range.low);
-    double const reach = scale.range.high - scale.offset;
-    scale.unit = reach > 0 && std::isfinite(reach) ? reach : 1;
-    return scale;
-}
+/// Makes the look of one set of frames, step by step.
+class LookMaker {
+public:
+    LookMaker(Frames const& frames, ParticleOptions const& options) : frames(frames), options(options) {}
 
-std::optional<Fault> missingIn(ParticleFrame const& frame, bool hasArrows, std::string const& channel) {
-    if (hasArrows && frame.velocity() == nullptr) {
-        return Fault{frame.file, "has no velocities to be shown as arrows"};
+    Result<ParticleLook> make() {
+        look.size = options.size;
+        look.isThinned = options.percent < 100;
+        look.isWrapped = options.isWrapped;
+        look.copies = options.copies;
+        look.colors = ValueColors(options.colors, options.colorMap);
+        for (auto const step :
+             {&LookMaker::_chooseArrows, &LookMaker::_checkBoxes, &LookMaker::_chooseParticles,
+              &LookMaker::_chooseMode, &LookMaker::_chooseColors}) {
+            if (std::optional<Fault> const fault = (this->*step)()) {
+                return *fault;
+            }
+        }
+        for (std::size_t i = 0; i < frames.size(); ++i) {
+            _noteSizes(frames[i], look.choices[i]);
+            _notePrecision(frames[i], look.choices[i]);
+        }
+        return look;
     }
-    if (!channel.empty() && !Quantity::find(frame, channel)) {
-        return Fault{frame.file,
-                     "has no channel '" + channel + "' (it has: " + joined(Quantity::names(frame)) + ")"};
-    }
-    return std::nullopt;
-}
 
-std::optional<Fault> lossOf(ParticleFrame const& frame, ParticleMode mode) {
-    std::size_t const all = frame.positions.size();
-    std::size_t lost = 0;
-    for (std::size_t i = 0; i < all; ++i) {
-        lost += isDrawable(frame, i, mode) ? 0 : 1;
+private:
+    void _note(ParticleFrame const& frame, std::string const& message) {
+        look.notes.push_back({frame.file, message});
     }
-    if (lost == 0) {
+
+    // == Particles ==
+
+    std::optional<Fault> _chooseArrows() {
+        if (!options.mode || !isOfArrows(*options.mode)) {
+            return std::nullopt;
+        }
+        look.arrows = ParticleVector::VELOCITY;
+        bool const isVector = !options.channel.empty() && haveAll(frames, [this](ParticleFrame const& frame) {
+            return frame.vector(options.channel) != nullptr;
+        });
+        if (isVector) {
+            look.arrows = options.channel;
+        }
+        for (ParticleFrame const& frame : frames) {
+            if (frame.vector(look.arrows) == nullptr) {
+                std::vector<std::string> vectors;
+                for (ParticleVector const& vector : frame.vectors) {
+                    vectors.push_back(vector.name);
+                }
+                std::string const others = vectors.empty() ? "" : " (its vectors: " + joined(vectors) + ")";
+                return Fault{frame.file, "has no velocities to be shown as arrows" + others};
+            }
+        }
+        bool const isSpeed =
+            options.channel == Quantity::SPEED_NAME && look.arrows == ParticleVector::VELOCITY;
+        look.areArrowsMeasured = isVector || isSpeed || options.channel.empty();
         return std::nullopt;
     }
-    return Fault{frame.file, std::to_string(lost) + " of " + std::to_string(all) +
-                                 " particles are left out: their positions" +
-                                 (isOfArrows(mode) ? " or velocities" : "") + " are not finite"};
-}
+
+    std::optional<Fault> _checkBoxes() {
+        bool const areCopied = options.copies.e0 > 1 || options.copies.e1 > 1 || options.copies.e2 > 1;
+        for (ParticleFrame const& frame : frames) {
+            if (options.isWrapped && !ParticlePlaces::canWrap(frame)) {
+                return Fault{frame.file, "has no box that its particles could be moved into"};
+            }
+            if (areCopied && !(frame.box && isFinite(*frame.box))) {
+                return Fault{frame.file, "has no box that could be repeated"};
+            }
+        }
+        return std::nullopt;
+    }
+
+    std::optional<Fault> _chooseParticles() {
+        std::optional<ParticleSelection> selection;
+        if (!options.selection.empty()) {
+            Result<ParticleSelection> parsed = ParticleSelection::parse(options.selection);
+            if (!parsed.isOk()) {
+                return parsed.fault();
+            }
+            selection = parsed.value();
+        }
+        places.reserve(frames.size());
+        for (ParticleFrame const& frame : frames) {
+            places.emplace_back(frame, options.isWrapped);
+            ParticleVector const* const arrow = look.arrows.empty() ? nullptr : frame.vector(look.arrows);
+            Result<ParticleChoice> choice =
+                choose(frame, places.back(), arrow, selection ? &*selection : nullptr, options.clip);
+            if (!choice.isOk()) {
+                return choice.fault();
+            }
+            _noteLoss(frame, choice.value());
+            look.choices.push_back(std::move(choice.value()));
+        }
+        return std::nullopt;
+    }
+
+    void _noteLoss(ParticleFrame const& frame, ParticleChoice const& choice) {
+        std::size_t const all = frame.positions.size();
+        if (choice.unplacedCount > 0) {
+            std::string const arrows = look.arrows == ParticleVector::VELOCITY ? " or velocities"
+                                       : look.arrows.empty()                   ? ""
+                                                                               : " or '" + look.arrows + "'";
+            _note(frame, countOf(choice.unplacedCount, all) + " particles are left out: their positions" +
+                             arrows + " are not finite");
+        }
+        if (choice.count == 0 && choice.unplacedCount < all) {
+            _note(frame, "none of its " + std::to_string(all) + " particles is selected");
+        }
+    }
+
+    std::optional<Fault> _chooseMode() {
+        // In floating point, which does not overflow.
+        double const copies = static_cast<double>(options.copies.e0) *
+                              static_cast<double>(options.copies.e1) * options.copies.e2;
+        double count = 0;
+        for (ParticleChoice const& choice : look.choices) {
+            count += static_cast<double>(choice.count) * copies;
+        }
+        if (count > static_cast<double>(MOST_PARTICLES) || copies > static_cast<double>(MOST_PARTICLES)) {
+            return Fault{frames.front().file,
+                         "the copies of its box hold more particles than can be drawn (" +
+                             std::to_string(MOST_PARTICLES) + ")"};
+        }
+        bool const areMany = count > static_cast<double>(MOST_SPHERES);
+        look.mode = options.mode.value_or(areMany ? ParticleMode::POINTS : ParticleMode::SPHERES);
+        return std::nullopt;
+    }
+
+    // == Colors ==
+
+    std::optional<Fault> _chooseColors() {
+        std::optional<Fault> fault = look.areArrowsMeasured    ? _showArrows()
+                                     : options.channel.empty() ? _showWhatSuits()
+                                                               : _showChannel();
+        if (!fault && !look.arrows.empty()) {
+            bool const isReach = look.areArrowsMeasured && !look.scale->isLogarithmic;
+            look.arrowUnit = isReach ? look.scale->reach : _longestArrow();
+        }
+        return fault;
+    }
+
+    std::optional<Fault> _showArrows() {
+        std::vector<Quantity> quantities;
+        for (ParticleFrame const& frame : frames) {
+            quantities.push_back(Quantity::lengthOf(frame, *frame.vector(look.arrows)));
+        }
+        bool const areVelocities = look.arrows == ParticleVector::VELOCITY;
+        return _showValues(areVelocities ? Quantity::SPEED_NAME : look.arrows, quantities);
+    }
+
+    std::optional<Fault> _showChannel() {
+        std::string const& name = options.channel;
+        if (_tryKinds(false, name)) {
+            return std::nullopt;
+        }
+        for (std::size_t i = 0; i < frames.size(); ++i) {
+            if (!Quantity::find(frames[i], places[i], name)) {
+                return Fault{frames[i].file, "has no channel '" + name +
+                                                 "' (it has: " + joined(Quantity::names(frames[i])) + ")"};
+            }
+        }
+        return _showQuantity(name);
+    }
+
+    std::optional<Fault> _showWhatSuits() {
+        if (haveAll(frames, [](ParticleFrame const& frame) { return frame.colors.has_value(); })) {
+            look.coloring = ParticleColoring::OWN;
+            for (std::size_t i = 0; i < frames.size(); ++i) {
+                _noteColors(frames[i], look.choices[i]);
+            }
+            return std::nullopt;
+        }
+        if (_tryKinds(true, {})) {
+            return std::nullopt;
+        }
+        for (std::string const& name : Quantity::suitableNames(frames.front())) {
+            bool isCommon = true;
+            for (std::size_t i = 0; i < frames.size(); ++i) {
+                isCommon = isCommon && Quantity::find(frames[i], places[i], name).has_value();
+            }
+            if (isCommon) {
+                return _showQuantity(name);
+            }
+        }
+        bool const haveTypes = haveAll(
+            frames, [](ParticleFrame const& frame) { return frame.channel(ParticleKinds::TYPE) != nullptr; });
+        if (_tryKinds(false, ParticleKinds::TYPE)) {
+            return std::nullopt;
+        }
+        if (haveTypes) {
+            return _showQuantity(ParticleKinds::TYPE);
+        }
+        if (!frames.front().labels.empty()) {
+            _tryKinds(false, frames.front().labels.front().name);
+        }
+        return std::nullopt;
+    }
+
+    /// \param name of a quantity that all frames have
+    std::optional<Fault> _showQuantity(std::string const& name) {
+        std::vector<Quantity> quantities;
+        for (std::size_t i = 0; i < frames.size(); ++i) {
+            quantities.push_back(*Quantity::find(frames[i], places[i], name));
+        }
+        return _showValues(name, quantities);
+    }
+
+    /// \param quantities one for each frame
+    std::optional<Fault> _showValues(std::string const& name, std::vector<Quantity> const& quantities) {
+        ParticleScale scale;
+        scale.name = name;
+        scale.isLogarithmic = options.isLogarithmic;
+        Ends ends;
+        for (std::size_t i = 0; i < frames.size(); ++i) {
+            std::size_t const before = ends.undefinedCount;
+            include(ends, look.choices[i], quantities[i], scale);
+            _noteUndefined(frames[i], name, ends.undefinedCount - before, look.choices[i].count);
+            if (quantities[i].unit() != quantities[0].unit()) {
+                _note(frames[i], "'" + name + "' is in " + _unitText(quantities[i]) + ", that of " +
+                                     frames[0].file + " in " + _unitText(quantities[0]) +
+                                     "; both share a scale");
+            } else {
+                scale.unit = quantities[0].unit();
+            }
+        }
+        if (options.range && options.isLogarithmic && !(options.range->low > 0)) {
+            return Fault{frames.front().file, "a range of colors that show logarithms begins above 0"};
+        }
+        if (ends.isEmpty()) {
+            if (options.isLogarithmic && !options.range) {
+                return Fault{frames.front().file,
+                             "has no value of '" + name + "' above 0, whose logarithm could be shown"};
+            }
+            ends.least = ends.most = options.range ? options.range->low : 0;
+        }
+        scale.range = options.range.value_or(ValueRange{ends.least, ends.most});
+        scale.isExceeded = ends.isExceeded || ends.most > scale.range.high;
+        scale.isWhole = ends.isWhole;
+        scale.undefinedCount = ends.undefinedCount;
+        _shift(scale, ends);
+        look.scale = scale;
+        look.coloring = ParticleColoring::VALUES;
+        return std::nullopt;
+    }
+
+    void _shift(ParticleScale& scale, Ends const& ends) const {
+        double low = std::min(ends.least, scale.range.low);
+        double high = scale.range.high;
+        if (scale.isLogarithmic) {
+            low = std::log10(low);
+            high = std::log10(high);
+        }
+        // The lengths of arrows cannot be shifted: renderers get the vectors themselves.
+        scale.offset = look.areArrowsMeasured && !scale.isLogarithmic ? 0 : low;
+        double const reach = high - scale.offset;
+        scale.reach = !(reach > 0) ? 1 : std::min(reach, std::numeric_limits<double>::max());
+    }
+
+    static std::string _unitText(Quantity const& quantity) {
+        return quantity.unit().empty() ? "no unit" : quantity.unit();
+    }
+
+    /// The largest finite length, or 1.
+    double _longestArrow() const {
+        double longest = 0;
+        for (std::size_t i = 0; i < frames.size(); ++i) {
+            Quantity const lengths = Quantity::lengthOf(frames[i], *frames[i].vector(look.arrows));
+            for (std::size_t place = 0; place < look.choices[i].count; ++place) {
+                double const one = lengths[look.choices[i][place]];
+                longest = std::isfinite(one) ? std::max(longest, one) : longest;
+            }
+        }
+        return longest > 0 ? longest : 1;
+    }
+
+    void _noteUndefined(ParticleFrame const& frame, std::string const& name, std::size_t count,
+                        std::size_t all) {
+        if (count > 0 && options.isLogarithmic) {
+            _note(frame,
+                  countOf(count, all) + " values of '" + name + "' are not above 0 and have no logarithm");
+        }
+    }
+
+    void _noteColors(ParticleFrame const& frame, ParticleChoice const& choice) {
+        std::size_t lacking = 0;
+        for (std::size_t i = 0; i < choice.count; ++i) {
+            bool const isKnown = std::all_of(
+                frame.colors->columns.begin(), frame.colors->columns.end(),
+                [&](std::size_t column) { return !std::isnan(frame.channels[column].values[choice[i]]); });
+            lacking += isKnown ? 0 : 1;
+        }
+        if (lacking > 0) {
+            _note(frame, countOf(lacking, choice.count) + " particles have no color and are shown gray");
+        }
+    }
+
+    // == Kinds ==
+
+    std::optional<ParticleKinds> _kindsOf(ParticleFrame const& frame) const {
+        return look.areElements ? ParticleKinds::elements(frame) : ParticleKinds::find(frame, kindName);
+    }
+
+    /// Shows the elements, or the kinds of that name, where all frames have them.
+    bool _tryKinds(bool areElements, std::string const& name) {
+        look.areElements = areElements;
+        kindName = name;
+        if (!haveAll(frames, [this](ParticleFrame const& frame) { return _kindsOf(frame).has_value(); })) {
+            return false;
+        }
+        _showKinds();
+        return true;
+    }
+
+    /// Those of all frames, which have some.
+    void _showKinds() {
+        struct Total {
+            ParticleKind kind;
+            std::size_t count;
+        };
+        std::vector<Total> totals;
+        std::unordered_map<std::string, std::size_t> indices;
+        std::string title;
+        for (std::size_t i = 0; i < frames.size(); ++i) {
+            std::optional<ParticleKinds> const kinds = _kindsOf(frames[i]);
+            title = kinds->title();
+            std::vector<std::size_t> counts(kinds->kinds().size(), 0);
+            for (std::size_t place = 0; place < look.choices[i].count; ++place) {
+                ++counts[(*kinds)[look.choices[i][place]]];
+            }
+            for (std::size_t kind = 0; kind < counts.size(); ++kind) {
+                ParticleKind const& one = kinds->kinds()[kind];
+                auto const [known, isNew] = indices.emplace(one.name, totals.size());
+                if (isNew) {
+                    totals.push_back({one, 0});
+                }
+                totals[known->second].count += counts[kind];
+            }
+        }
+        std::stable_sort(totals.begin(), totals.end(),
+                         [](Total const& a, Total const& b) { return _rank(a.kind) < _rank(b.kind); });
+        bool const areElements = std::any_of(
+            totals.begin(), totals.end(), [](Total const& total) { return total.kind.element != nullptr; });
+        look.legend = ParticleLegend{title, {}};
+        std::size_t next = 0;
+        for (Total const& total : totals) {
+            bool const isNothing = total.kind.number && std::isnan(*total.kind.number);
+            // A color belongs to a kind, whichever of them are selected.
+            Color4<float> const color = total.kind.element != nullptr ? total.kind.element->color()
+                                        : isNothing || areElements    ? look.colors.undefined()
+                                                                      : kindColor(next++);
+            if (total.count > 0) {
+                look.legend->entries.push_back({total.kind.name, color, total.count});
+            }
+        }
+        look.coloring = ParticleColoring::KINDS;
+    }
+
+    /// Elements in the order of the periodic system, types by number, what has neither last.
+    static double _rank(ParticleKind const& kind) {
+        if (kind.element != nullptr) {
+            return atomicNumber(*kind.element);
+        }
+        bool const hasNumber = kind.number && !std::isnan(*kind.number);
+        return hasNumber ? *kind.number : std::numeric_limits<double>::infinity();
+    }
+
+    // == Sizes and places ==
+
+    void _noteSizes(ParticleFrame const& frame, ParticleChoice const& choice) {
+        if (look.mode != ParticleMode::SPHERES || look.size) {
+            return;
+        }
+        if (frame.sizes) {
+            std::vector<double> const& sizes = frame.channels[frame.sizes->column].values;
+            std::size_t invalid = 0;
+            for (std::size_t i = 0; i < choice.count; ++i) {
+                double const size = sizes[choice[i]];
+                invalid += size > 0 && std::isfinite(size) ? 0 : 1;
+            }
+            if (invalid > 0) {
+                _note(frame, countOf(invalid, choice.count) + " values of '" +
+                                 frame.channels[frame.sizes->column].name +
+                                 "' are no sizes above 0: these particles have the usual size");
+            }
+        } else if (std::optional<ParticleKinds> const elements = ParticleKinds::elements(frame)) {
+            double largest = 0;
+            for (ParticleKind const& kind : elements->kinds()) {
+                largest = std::max(largest, kind.element != nullptr ? kind.element->covalentRadius : 0);
+            }
+            if (largest > 0 && !unitsPerAngstrom(largest, choice).second) {
+                _note(frame,
+                      "its lengths do not seem to be in angstrom: spheres have the sizes of their elements "
+                      "relative to each other only");
+            }
+        }
+    }
+
+    void _notePrecision(ParticleFrame const& frame, ParticleChoice const& choice) {
+        double largest = 0;
+        for (Vector3<double> const& corner : {choice.box.min, choice.box.max}) {
+            largest = std::max({largest, std::abs(corner.x), std::abs(corner.y), std::abs(corner.z)});
+        }
+        double const step = std::nextafter(largest, std::numeric_limits<double>::infinity()) - largest;
+        if (choice.count > 1 && choice.spacing < 4 * step) {
+            _note(frame, "its coordinates are so large that the particles' distances are rounded");
+        }
+    }
+
+    Frames const& frames;
+    ParticleOptions const& options;
+    std::vector<ParticlePlaces> places;  // of each frame
+    std::string kindName;                // of the kinds that are tried
+    ParticleLook look;
+};
 
 }  // namespace
 
-float ParticleScale::toMagnitude(double value) const {
-    if (!std::isfinite(value)) {
-        return value < 0 ? 0.0F : LARGEST_MAGNITUDE;
-    }
-    double const magnitude = (value - offset) / unit;
-    return static_cast<float>(std::min(magnitude, static_cast<double>(LARGEST_MAGNITUDE)));
+std::pair<double, bool> unitsPerAngstrom(double largestRadius, ParticleChoice const& choice) {
+    constexpr double MOST_SPACINGS = 2;
+    constexpr double FEWEST_SPACINGS = 0.01;
+    double const spacing = choice.spacing;
+    bool const fits = choice.count < 2 || (largestRadius <= MOST_SPACINGS * spacing &&
+                                           largestRadius >= FEWEST_SPACINGS * spacing);
+    return {fits ? 1 : SPHERE_DIAMETER * spacing / (2 * largestRadius), fits};
 }
 
-float ParticleScale::highMagnitude() const {
-    float const extent = toMagnitude(range.high) - lowMagnitude();
-    return extent > 0 ? toMagnitude(range.high) + 1e-5F * extent : lowMagnitude() + 1;
+Quantity ParticleLook::quantity(ParticleFrame const& frame, ParticlePlaces const& places) const {
+    return areArrowsMeasured ? Quantity::lengthOf(frame, *frame.vector(arrows))
+                             : *Quantity::find(frame, places, scale->name);
 }
 
-bool isDrawable(ParticleFrame const& frame, std::size_t particle, ParticleMode mode) {
-    return isFinite(frame.positions[particle]) &&
-           (!isOfArrows(mode) || isFinite(vectorOf(frame, *frame.velocity(), particle)));
+ParticleKinds ParticleLook::kinds(ParticleFrame const& frame) const {
+    // A column of words may have the name of the elements.
+    return areElements ? *ParticleKinds::elements(frame) : *ParticleKinds::find(frame, legend->title);
 }
 
 Result<ParticleLook> lookOf(std::vector<ParticleFrame> const& frames, ParticleOptions const& options) {
-    ParticleLook look;
     if (frames.empty()) {
-        return look;
+        return ParticleLook{};
     }
-    std::size_t count = 0;
-    for (ParticleFrame const& frame : frames) {
-        count += frame.positions.size();
-    }
-    look.mode = options.mode.value_or(count > MOST_SPHERES ? ParticleMode::POINTS : ParticleMode::SPHERES);
-    look.size = options.size;
-    look.isThinned = options.percent < 100;
-    bool const hasArrows = isOfArrows(look.mode);
-    if (hasArrows && !options.channel.empty() && options.channel != Quantity::SPEED_NAME) {
-        return Fault{frames.front().file, "arrows are colored by speed, not by '" + options.channel + "'"};
-    }
-    for (ParticleFrame const& frame : frames) {
-        if (std::optional<Fault> const missing = missingIn(frame, hasArrows, options.channel)) {
-            return *missing;
-        }
-    }
-    std::string name = hasArrows ? Quantity::SPEED_NAME : options.channel;
-    if (name.empty()) {
-        name = commonQuantity(frames);
-    }
-    if (!name.empty()) {
-        look.scale = scaleOf(name, hasArrows, frames, options.range);
-    }
-    for (ParticleFrame const& frame : frames) {
-        if (std::optional<Fault> const loss = lossOf(frame, look.mode)) {
-            look.notes.push_back(*loss);
-        }
-    }
-    return look;
+    return LookMaker(frames, options).make();
 }
 
 }  // namespace vellum::viewport

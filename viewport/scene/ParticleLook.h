@@ -1,56 +1,97 @@
 #pragma once
 
+#include "foundation/geometry/Color4.h"
+#include "foundation/geometry/Tuple3.h"
 #include "viewport/files/particles/ParticleFrame.h"
+#include "viewport/scene/ParticleChoice.h"
+#include "viewport/scene/ParticleKinds.h"
 #include "viewport/scene/ParticleOptions.h"
+#include "viewport/scene/Quantity.h"
+#include "viewport/scene/ValueScale.h"
 #include "viewport/text/Fault.h"
 
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vellum::viewport {
 
-/// Which values colors stand for, and how they are handed to renderers.
-///
-/// Renderers color by the length of a vector, in single precision. Lengths are never negative and their
-/// squares must be floats. Values are therefore shifted and scaled first: the smallest value that needs a
-/// color of its own becomes 0 or more, and the range ends near 1, whatever the units of the file.
-struct ParticleScale {
-    std::string name;         ///< of the quantity
-    ValueRange range{0, 0};   ///< the values of the colors at both ends
-    bool isExceeded = false;  ///< some particle is above the range
-    double offset = 0;        ///< the value that renderers get as 0
-    double unit = 1;          ///< the difference of values that renderers get as 1; above 0
+using ParticleScale = ValueScale;
 
-    /// The length that renderers get for a value. NaN and infinity are above all ranges, negative infinity is
-    /// below.
-    float toMagnitude(double value) const;
+/// The colors of kinds: elements, types, words.
+struct ParticleLegend {
+    struct Entry {
+        std::string text;
+        Color4<float> color;
+        std::size_t count;  ///< of the particles that are shown, without copies
+    };
 
-    float lowMagnitude() const { return toMagnitude(range.low); }
+    std::string title;           ///< "element", "type", or the name of a column
+    std::vector<Entry> entries;  ///< in the order to be shown; their texts differ
+};
 
-    /// A hair above the range's end, so that rounding leaves the largest value itself inside. Without an
-    /// extent of the range all values have the low color.
-    float highMagnitude() const;
+/// What the colors of particles say.
+enum class ParticleColoring {
+    NOTHING,  ///< all have one color
+    VALUES,
+    KINDS,
+    OWN  ///< the colors that the file gives
 };
 
 /// How all particles of a picture look.
 struct ParticleLook {
     ParticleMode mode = ParticleMode::POINTS;
-    std::optional<ParticleScale> scale;  ///< nothing: there are no values to show, all have the high color
-    std::optional<double> size;          ///< as in ParticleOptions; nothing: chosen to suit
-    bool isThinned = false;              ///< only a part of the particles is drawn
-    std::vector<Fault> notes;            ///< what had to be left out
+    ParticleColoring coloring = ParticleColoring::NOTHING;
+    std::optional<ParticleScale> scale;    ///< colors show values
+    std::optional<ParticleLegend> legend;  ///< colors show kinds; never together with `scale`
+    ValueColors colors;                    ///< of the scale
+    std::optional<double> size;            ///< as in ParticleOptions; nothing: chosen to suit
+    bool isThinned = false;                ///< only a part of the particles is drawn
+    std::vector<Fault> notes;              ///< what had to be left out or is shown otherwise
+
+    // == What CloudMaker needs ==
+
+    bool areElements =
+        false;           ///< kinds are those of ParticleKinds::elements(), else those of the legend's title
+    std::string arrows;  ///< the name of the vector that arrows are along; empty: there are none
+    bool areArrowsMeasured = false;        ///< the scale is that of the arrows' lengths
+    double arrowUnit = 1;                  ///< the length of a vector that is handed to renderers as 1
+    bool isWrapped = false;                ///< as in ParticleOptions
+    Tuple3<unsigned int> copies{1, 1, 1};  ///< as in ParticleOptions
+    std::vector<ParticleChoice> choices;   ///< one for each frame
+
+    /// What colors show of a frame; only with a scale. Frame and places must outlive it.
+    Quantity quantity(ParticleFrame const& frame, ParticlePlaces const& places) const;
+
+    /// The kinds that colors show of a frame; only with a legend.
+    ParticleKinds kinds(ParticleFrame const& frame) const;
 };
 
-/// Decides how the frames of all files are shown; they share one scale. A fault where a file does not hold
-/// what is asked for.
+/// Decides how the frames of all files are shown; they share one scale or legend. A fault where a file does not
+/// hold what is asked for.
+///
+/// Where no channel is asked for, colors are those of the files, else those of elements, else show the speed, else what
+/// Quantity::suitableNames() offers first, else types, else words: always something that all files have. Arrows show
+/// their lengths.
 Result<ParticleLook> lookOf(std::vector<ParticleFrame> const& frames, ParticleOptions const& options);
-
-/// Whether a particle can be drawn: it has a finite position and, as an arrow, a finite velocity.
-bool isDrawable(ParticleFrame const& frame, std::size_t particle, ParticleMode mode);
 
 /// Above this number of particles points are drawn where nothing else is asked for.
 constexpr std::size_t MOST_SPHERES = 500'000;
+
+/// More cannot be drawn.
+constexpr std::size_t MOST_PARTICLES = 2'147'483'647;
+
+/// The diameter of spheres where nothing gives them another, in spacings: they almost touch.
+constexpr double SPHERE_DIAMETER = 0.98;
+
+/// How many units of the file an angstrom has, so that elements have their sizes. Files with elements are in angstrom,
+/// unless the particles' spacing says otherwise: no matter is so dense that a covalent radius is above two spacings, and
+/// below a hundredth of a spacing nothing could be seen. There the largest element has the usual size, and the others
+/// are smaller by the same factors as in angstrom.
+/// \param largestRadius angstrom, above 0
+/// \return the units, and whether the file is in angstrom
+std::pair<double, bool> unitsPerAngstrom(double largestRadius, ParticleChoice const& choice);
 
 }  // namespace vellum::viewport

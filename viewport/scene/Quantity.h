@@ -1,7 +1,9 @@
 #pragma once
 
 #include "viewport/files/particles/ParticleFrame.h"
+#include "viewport/scene/ParticlePlaces.h"
 
+#include <cmath>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -17,37 +19,65 @@ inline Vector3<double> vectorOf(ParticleFrame const& frame, ParticleVector const
             frame.channels[vector.columns[2]].values[particle]};
 }
 
-/// One number for each particle of a frame: a channel of the file, or the speed or a component of the
-/// velocities. The frame must outlive it.
+/// One number for each particle of a frame: a channel of the file, the length of a vector, or a coordinate of the
+/// places. Frame and places must outlive it.
 class Quantity {
 public:
     static constexpr char SPEED_NAME[] = "speed";
 
-    /// The quantity of that name: a channel, or else `speed`, `vx`, `vy` or `vz` of the velocities. Nothing
-    /// where the frame has none.
-    static std::optional<Quantity> find(ParticleFrame const& frame, std::string const& name);
+    /// The quantity of that name. A channel of the file comes first, then the length of the vector of that name;
+    /// `speed` is that of the velocity, `vx`, `vy` and `vz` are its components, and `x`, `y` and `z` are the
+    /// coordinates. Nothing where the frame has none.
+    static std::optional<Quantity> find(ParticleFrame const& frame, ParticlePlaces const& places,
+                                        std::string const& name);
 
-    /// The lengths of the velocities, also where a channel has that name. Nothing where there are no
-    /// velocities.
-    static std::optional<Quantity> speed(ParticleFrame const& frame);
+    /// The lengths of a vector of the frame.
+    static Quantity lengthOf(ParticleFrame const& frame, ParticleVector const& vector);
 
-    /// The names of all quantities that a frame offers, those likeliest to be of interest first: ids and
-    /// types last.
+    /// The names of all quantities that a frame offers and of its labels, for messages.
     static std::vector<std::string> names(ParticleFrame const& frame);
 
-    bool isSpeed() const { return channel == nullptr && axis == ALL_AXES; }
+    /// The names of the quantities that colors may show where nothing is asked for, the likeliest to be of interest
+    /// first: the speed, columns, other vectors. Neither ids, types and image flags nor what is shown otherwise:
+    /// coordinates, sizes, colors, components of vectors.
+    static std::vector<std::string> suitableNames(ParticleFrame const& frame);
 
-    double operator[](std::size_t particle) const;
+    /// As the file has it; empty where it has none.
+    std::string const& unit() const { return unitText; }
+
+    double operator[](std::size_t particle) const {
+        switch (kind) {
+        case Kind::CHANNEL:
+            return columns[0][particle];
+        case Kind::LENGTH:
+            return _length(particle);
+        case Kind::X:
+            return (*places)[particle].x;
+        case Kind::Y:
+            return (*places)[particle].y;
+        case Kind::Z:
+            break;
+        }
+        return (*places)[particle].z;
+    }
 
 private:
-    static constexpr unsigned int ALL_AXES = 3;
+    enum class Kind { CHANNEL, LENGTH, X, Y, Z };
 
-    Quantity(ParticleFrame const& frame, ParticleChannel const* channel, unsigned int axis)
-        : frame(&frame), channel(channel), axis(axis) {}
+    double _length(std::size_t particle) const {
+        double const x = columns[0][particle];
+        double const y = columns[1][particle];
+        double const z = columns[2][particle];
+        double const square = x * x + y * y + z * z;
+        // Most squares are neither infinite nor so small that digits are lost; the others take longer.
+        return square > 1e-290 && square < 1e300 ? std::sqrt(square) : _unusualLength(x, y, z);
+    }
+    static double _unusualLength(double x, double y, double z);
 
-    ParticleFrame const* frame;
-    ParticleChannel const* channel;  // null: of the velocities
-    unsigned int axis;               // of the velocities: 0 to 2, or ALL_AXES
+    Kind kind = Kind::CHANNEL;
+    double const* columns[3] = {};           // of the channel, or of the vector's components
+    ParticlePlaces const* places = nullptr;  // of coordinates
+    std::string unitText;
 };
 
 }  // namespace vellum::viewport

@@ -48,8 +48,8 @@ Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const
     }
     std::vector<CloudMaker> makers;
     makers.reserve(particles.size());
-    for (ParticleFrame const& frame : particles) {
-        makers.emplace_back(frame, look);
+    for (std::size_t i = 0; i < particles.size(); ++i) {
+        makers.emplace_back(particles[i], look, i);
         boxes.push_back(makers.back().box());
     }
     for (std::size_t i = 0; i < boxes.size(); ++i) {

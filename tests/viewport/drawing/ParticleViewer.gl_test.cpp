@@ -1,6 +1,7 @@
 #include "toolkit/Layer.h"
 #include "viewport/drawing/TiledPicture.h"
 #include "viewport/drawing/overlays/ColorBar.h"
+#include "viewport/drawing/overlays/ColorLegend.h"
 
 #include "tests/gl_spy/GlTest.h"
 #include "tests/gl_spy/gl_spy.h"
@@ -137,7 +138,7 @@ protected:
         return outline;
     }
 
-    int barWidth() const { return look.scale ? ColorBar(*look.scale, size).reservedWidth() : 0; }
+    int barWidth() const { return look.scale ? ColorBar(*look.scale, look.colors, size).reservedWidth() : 0; }
 
     ViewStyle style() const { return {{}, ParticleStyle::of(look, options), camera, Gizmo::NONE}; }
 
@@ -361,7 +362,7 @@ TEST_F(ParticleViewer_gl_test, theColorBarShowsTheColorsThatParticlesHave) {
     }
     RampColors const& ramp = options.colors = {{0.2F, 0.4F, 0.8F, 1}, {1, 0.6F, 0.2F, 1}, {1, 1, 1, 1}};
     Picture const picture = draw();
-    ColorBar const bar(*look.scale, size);
+    ColorBar const bar(*look.scale, look.colors, size);
     ASSERT_TRUE(bar.isShown());
     auto const channel = [](float const& c) {
         return static_cast<int>(std::lround(255 * std::clamp(c, 0.0F, 1.0F)));
@@ -378,21 +379,38 @@ TEST_F(ParticleViewer_gl_test, theColorBarShowsTheColorsThatParticlesHave) {
         expectNear(at(picture, x, size.height / 2), wanted, 2, "particle " + std::to_string(values[i]));
     }
     // Each row of the bar, in its middle column.
-    auto const cells = bar.cells();
-    ParticleSystemChunk_v2 const& chunk = *cells->firstChunk();
-    Extent columns;
-    for (unsigned int i = 0; i < chunk.count(); ++i) {
-        columns.take(static_cast<int>(chunk.channelData(0)->asVectors()[i].x));
-    }
-    for (unsigned int i = 0; i < chunk.count(); ++i) {
-        Vector3<float> const& place = chunk.channelData(0)->asVectors()[i];
-        float const t = chunk.channelData(1)->asVectors()[i].x;
-        expectNear(at(picture, static_cast<int>(place.x), size.height - 1 - static_cast<int>(place.y)),
-                   t > 1.01F ? Rgb{255, 255, 255} : mixed(t), 2, "bar " + std::to_string(t));
+    PixelArea const area = bar.area();
+    for (int row = 0; row < area.height; ++row) {
+        auto const t = static_cast<float>((area.height - row - 0.5) / area.height);
+        expectNear(at(picture, area.left + area.width / 2, area.top + row), mixed(t), 2,
+                   "bar " + std::to_string(t));
     }
     // A frame is around it, the background beyond.
-    EXPECT_GT(at(picture, columns.first - 1, 112)[0], 90);
-    EXPECT_LT(at(picture, columns.first - 3, 112)[0], 90);
+    EXPECT_GT(at(picture, area.left - 1, 112)[0], 90);
+    EXPECT_LT(at(picture, area.left - 3, 112)[0], 90);
+}
+
+TEST_F(ParticleViewer_gl_test, particlesOfKindsHaveTheColorsOfTheLegend) {
+    options.mode = ParticleMode::POINTS;
+    options.size = 14;
+    for (int i = 0; i < 3; ++i) {
+        add({static_cast<float>(i), 0, 0});
+    }
+    data.labels.push_back({"element", {"O", "N", "Fe"}, {0, 1, 2}, true});
+    Picture const picture = draw();
+    ColorLegend const legend(*look.legend, size);
+    ASSERT_TRUE(legend.isShown());
+    double const frame = size.width - legend.reservedWidth();
+    for (std::size_t i = 0; i < 3; ++i) {
+        Color4<float> const color = findElement(data.labels[0].words[i])->color();
+        auto const part = [](float c) { return static_cast<int>(std::lround(255 * c)); };
+        Rgb const wanted{part(color.r), part(color.g), part(color.b)};
+        int const x = static_cast<int>(frame / 2 + (static_cast<double>(i) / 2 - 0.5) * 0.86 * frame);
+        expectNear(at(picture, x, size.height / 2), wanted, 2, "particle " + std::to_string(i));
+        // In the order of the periodic system: N, O, Fe.
+        PixelArea const swatch = legend.swatch(i == 0 ? 1 : i == 1 ? 0 : 2);
+        expectNear(at(picture, swatch.left + 2, swatch.top + 2), wanted, 1, "swatch " + std::to_string(i));
+    }
 }
 
 TEST_F(ParticleViewer_gl_test, withoutValuesThereIsNoBar) {
@@ -439,8 +457,8 @@ TEST_F(ParticleViewer_gl_test, buffersAreFilledOnceForAllTiles) {
     Viewer viewer(*layer, *scene, style());
     gl_spy::Recording recording;
     ASSERT_TRUE(drawTiles(viewer, tiles).isOk());
-    EXPECT_EQ(fillings(recording), 2U) << "one for the particles, one for the bar";
-    EXPECT_GE(recording.count("glDrawArrays"), 12U) << "six tiles";
+    EXPECT_EQ(fillings(recording), 1U);
+    EXPECT_GE(recording.count("glDrawArrays"), 6U) << "six tiles";
 }
 
 TEST_F(ParticleViewer_gl_test, tilesFitTogether) {

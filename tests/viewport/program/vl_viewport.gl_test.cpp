@@ -321,7 +321,7 @@ TEST_F(program_gl_test, theLastFrameIsShownWhereNoneIsAskedFor) {
 
 TEST_F(program_gl_test, channelsThatAFileLacksAreFaults) {
     std::string const dump = folder.write("melt.lammpstrj", particle_texts::dump);
-    expectFault(dump, "has no channel 'charge' (it has: speed, c_pe, type, id)",
+    expectFault(dump, "has no channel 'charge' (it has: speed, id, type, vx, vy, vz, c_pe, x, y, z)",
                 {"--channel", "charge", "--frame", "0"});
 }
 

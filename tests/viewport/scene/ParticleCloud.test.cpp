@@ -4,7 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <limits>
+#include <string>
 
 using namespace vellum;
 using namespace vellum::viewport;
@@ -69,6 +72,144 @@ TEST(ParticleCloud, theSizeOfSpheresCanBeGiven) {
     EXPECT_EQ(shown(row(3), options).cloud.diameter, 0.25);
     options.mode = ParticleMode::POINTS;
     EXPECT_EQ(shown(row(3), options).cloud.box.min.x, 0) << "pixels are no units of the file";
+}
+
+TEST(ParticleCloud, sizesOfTheFileAreThoseOfSpheres) {
+    ParticleFrame data = row(4);
+    data.channels.push_back({"radius", {0.5, 2, 0, std::nan("")}, {}});
+    data.sizes = ParticleSizes{0, 2};
+    Shown const result = shown(data);
+    ASSERT_TRUE(result.cloud.sizes);
+    EXPECT_EQ(result.size(0), 1);
+    EXPECT_EQ(result.size(1), 4);
+    EXPECT_FLOAT_EQ(static_cast<float>(result.size(2)), 0.98F);
+    EXPECT_FLOAT_EQ(static_cast<float>(result.size(3)), 0.98F);
+    EXPECT_EQ(result.cloud.box.min.x, -1) << "of the second";
+    EXPECT_EQ(result.cloud.box.max.y, 2);
+    ASSERT_EQ(result.look.notes.size(), 1U);
+    EXPECT_EQ(result.look.notes.front().line(), "folder/row.xyz: 2 of 4 values of 'radius' are no sizes "
+                                                "above 0: these particles have the usual size");
+
+    ParticleOptions options;
+    options.size = 0.25;
+    Shown const given = shown(data, options);
+    EXPECT_FALSE(given.cloud.sizes) << "what is asked for replaces them";
+    EXPECT_TRUE(given.look.notes.empty());
+    EXPECT_FALSE(shown(data, mode(ParticleMode::POINTS)).cloud.sizes) << "points are in pixels";
+}
+
+TEST(ParticleCloud, elementsHaveTheSizesOfTheirCovalentRadii) {
+    ParticleFrame data = row(3);
+    data.labels.push_back({"element", {"C", "H", "Q"}, {0, 1, 2}, true});
+    Shown const result = shown(data);
+    ASSERT_TRUE(result.cloud.sizes);
+    EXPECT_FLOAT_EQ(static_cast<float>(result.size(0)), 1.52F);
+    EXPECT_FLOAT_EQ(static_cast<float>(result.size(1)), 0.62F);
+    EXPECT_FLOAT_EQ(static_cast<float>(result.size(2)), 0.98F) << "the usual size";
+    EXPECT_TRUE(result.look.notes.empty());
+}
+
+TEST(ParticleCloud, whereLengthsAreNotInAngstromElementsKeepTheirRelativeSizes) {
+    for (double const unit : {1e-10, 0.1, 1e4}) {
+        ParticleFrame data = row(3);
+        data.labels.push_back({"element", {"C", "H", "Q"}, {0, 1, 2}, true});
+        for (Vector3<double>& p : data.positions) {
+            p.x *= unit;
+        }
+        Shown const result = shown(data);
+        EXPECT_NEAR(result.size(0), 0.98 * unit, 1e-6 * unit) << "the largest has the usual size";
+        EXPECT_NEAR(result.size(1), 0.98 * unit * 0.31 / 0.76, 1e-6 * unit);
+        ASSERT_EQ(result.look.notes.size(), 1U) << unit;
+        EXPECT_NE(result.look.notes.front().line().find("angstrom"), std::string::npos);
+    }
+}
+
+// == Far away ==
+
+TEST(ParticleCloud, farFromTheOriginParticlesKeepTheirDistances) {
+    ParticleFrame data = row(2);
+    data.positions = {{1e12, 0, -1e12}, {1e12 + 1, 0.5, -1e12}};
+    data.box = ParticleBox{{1e12, 0, -1e12}, {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+    ParticleLook const appearance = look({data});
+    ParticleCloud const cloud = CloudMaker(data, appearance).make({1e12, 0, -1e12}, 10);
+    Vector3<float> const* const places = cloud.system->firstChunk()->channelData(0)->asVectors();
+    EXPECT_EQ(parts(places[1]), (Parts{10, 5, 0}));
+    EXPECT_EQ(parts(places[0]), (Parts{0, 0, 0}));
+    EXPECT_NEAR(cloud.spacing, 10 * std::sqrt(0.5), 1e-6) << "of two dimensions";
+    float largest = 0;
+    for (Vector3<float> const& end : cloud.boxLines) {
+        largest = std::max({largest, end.x, end.y, end.z});
+    }
+    EXPECT_EQ(largest, 10);
+    EXPECT_TRUE(appearance.notes.empty());
+}
+
+// == Cells ==
+
+namespace {
+
+/// A box whose second edge leans, with particles outside it.
+ParticleFrame tilted() {
+    ParticleFrame data = row(0);
+    data.box = ParticleBox{{1, 0, 0}, {{4, 0, 0}, {2, 3, 0}, {0, 0, 5}}};
+    data.positions = {{2, 1, 1}, {6, 1, 1}, {2, -2, 1}, {1, 0, -1}};
+    return data;
+}
+
+}  // namespace
+
+TEST(ParticleCloud, particlesAreMovedIntoTheirPeriodicBox) {
+    ParticleOptions options;
+    EXPECT_EQ(parts(shown(tilted(), options).position(1)), (Parts{6, 1, 1}));
+    options.isWrapped = true;
+    Shown const result = shown(tilted(), options);
+    EXPECT_EQ(parts(result.position(0)), (Parts{2, 1, 1}));
+    EXPECT_EQ(parts(result.position(1)), (Parts{2, 1, 1}));
+    EXPECT_EQ(parts(result.position(2)), (Parts{4, 1, 1})) << "along the leaning edge";
+    EXPECT_EQ(parts(result.position(3)), (Parts{1, 0, 4}));
+
+    ParticleFrame open = tilted();
+    open.box->isPeriodic = {true, true, false};
+    EXPECT_EQ(parts(shown(open, options).position(3)), (Parts{1, 0, -1})) << "not along open edges";
+    ParticleFrame flat = tilted();
+    flat.box->edges[2] = {0, 0, 0};
+    EXPECT_EQ(parts(shown(flat, options).position(1)), (Parts{2, 1, 1}));
+
+    for (ParticleBox const& bad : {ParticleBox{}, ParticleBox{{0, 0, 0}, {{1, 0, 0}, {2, 0, 0}, {0, 0, 1}}},
+                                   ParticleBox{{0, 0, 0}, {{infinite, 0, 0}, {0, 1, 0}, {0, 0, 1}}}}) {
+        ParticleFrame data = tilted();
+        data.box = bad;
+        EXPECT_FALSE(lookOf({data}, options).isOk());
+    }
+    EXPECT_FALSE(lookOf({row(2)}, options).isOk()) << "no box";
+}
+
+TEST(ParticleCloud, particlesAndTheirBoxAreRepeatedAlongItsEdges) {
+    ParticleOptions options = channel("x");
+    options.copies = {2, 3, 1};
+    options.isWrapped = true;
+    Shown const result = shown(tilted(), options);
+    ASSERT_EQ(result.count(), 24U);
+    EXPECT_EQ(parts(result.position(0)), (Parts{2, 1, 1}));
+    EXPECT_EQ(parts(result.position(4)), (Parts{6, 1, 1}));
+    EXPECT_EQ(parts(result.position(8)), (Parts{4, 4, 1}));
+    EXPECT_EQ(parts(result.position(23)), (Parts{1 + 4 + 2 * 2, 6, 4}));
+    EXPECT_EQ(result.vector(12).x, result.vector(0).x) << "copies have the values of their particles";
+    // Lines along one edge at each corner of the others: 4 * 2, 3 * 2 and 3 * 4.
+    EXPECT_EQ(result.cloud.boxLines.size(), 2U * (8 + 6 + 12));
+    EXPECT_EQ(result.cloud.box.max.x, 1 + 2 * 4 + 3 * 2);
+    EXPECT_EQ(result.cloud.box.max.y, 9);
+    EXPECT_EQ(result.look.choices[0].count, 4U);
+}
+
+TEST(ParticleCloud, copiesBeyondAllMeasureAreRefused) {
+    ParticleOptions options;
+    options.copies = {100'000, 100'000, 100'000};
+    Result<ParticleLook> const many = lookOf({tilted()}, options);
+    ASSERT_FALSE(many.isOk());
+    EXPECT_NE(many.fault().line().find("more particles than can be drawn (2147483647)"), std::string::npos);
+    options.copies = {2, 1, 1};
+    EXPECT_FALSE(lookOf({row(2)}, options).isOk()) << "no box";
 }
 
 // == Thinning ==

@@ -115,14 +115,14 @@ ParticleFrame fourParticles() {
     return frame;
 }
 
-/// Points, of which only the places have an extent.
+/// As points only the places have an extent.
 Scene sceneOf(std::vector<MeshData> const& meshes, ParticleFrame const& frame,
               ParticleMode mode = ParticleMode::POINTS) {
-    ParticleLook look;
-    look.mode = mode;
-    look.scale = ParticleScale{"speed", {0, 1}, true, 0, 1};
-    look.size = 2;
-    return Scene(meshes, nullptr, {frame}, look);
+    ParticleOptions options;
+    options.mode = mode;
+    options.size = 2;
+    options.range = ValueRange{0, 1};
+    return Scene(meshes, nullptr, {frame}, particle_frames::look({frame}, options));
 }
 
 }  // namespace
@@ -146,6 +146,41 @@ TEST(Scene, particlesAreMovedAndScaledWithTheirValuesKept) {
     EXPECT_NEAR(cloud.diameter, 2 * unit, 1e-9);
     EXPECT_TRUE(cloud.boxLines.empty());
     EXPECT_EQ(cloud.system->channelId("position"), ParticleCloud::POSITIONS);
+}
+
+TEST(Scene, particlesWithoutADecidedLookAreDrawnAllAlike) {
+    Scene const scene({}, nullptr, {fourParticles()});
+    ASSERT_EQ(scene.clouds().size(), 1U);
+    EXPECT_EQ(scene.clouds()[0].system->size(), 4U);
+    EXPECT_FALSE(scene.clouds()[0].colors);
+}
+
+TEST(Scene, whatIsFarFromTheOriginKeepsItsShape) {
+    for (double const far : {0.0, 1e12}) {
+        MeshData mesh = triangle(0, 1);
+        ParticleFrame frame = fourParticles();
+        frame.box = ParticleBox{{-1, 0, 0}, {{2, 0, 0}, {0, 2, 0}, {0, 0, 3}}};
+        for (Vector3<double>& p : mesh.positions) {
+            p.x += far;
+        }
+        for (Vector3<double>& p : frame.positions) {
+            p.x += far;
+        }
+        frame.box->origin.x += far;
+        Scene const scene = sceneOf({mesh}, frame);
+        double const unit = scene.unitsPerFileUnit();
+        EXPECT_NEAR(unit, Scene::RADIUS / std::sqrt(1 + 1 + 1.5 * 1.5), 1e-9);
+        EXPECT_NEAR(scene.models()[0].box.max.x - scene.models()[0].box.min.x, unit, 1e-9);
+        EXPECT_NEAR(length(scene.models()[0].vertices[1] - scene.models()[0].vertices[0]),
+                    length(mesh.positions[1] - mesh.positions[0]) * unit, 1e-9);
+        ParticleSystemChunk_v2 const& chunk = *scene.clouds()[0].system->firstChunk();
+        Vector3<float> const* const places = chunk.channelData(ParticleCloud::POSITIONS)->asVectors();
+        EXPECT_NEAR(places[1].x - places[0].x, 2 * unit, 1e-4);
+        EXPECT_NEAR(scene.clouds()[0].spacing, std::cbrt(12.0) * unit, 1e-9);
+        for (Vector3<float> const& end : scene.clouds()[0].boxLines) {
+            EXPECT_NEAR(std::abs(end.x), unit, 1e-4);
+        }
+    }
 }
 
 TEST(Scene, aTiltedBoxHasTwelveLinesAndIsFramed) {

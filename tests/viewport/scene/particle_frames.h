@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <string>
@@ -67,6 +68,17 @@ inline ParticleOptions mode(ParticleMode value) {
     return options;
 }
 
+/// What tests compare.
+using Parts = std::array<float, 3>;
+
+inline Parts parts(Vector3<float> const& v) {
+    return {v.x, v.y, v.z};
+}
+
+inline Parts parts(Color4<float> const& color) {
+    return {color.r, color.g, color.b};
+}
+
 /// A frame with its look and its cloud, which stays in units of the file.
 struct Shown {
     ParticleLook look;
@@ -75,6 +87,11 @@ struct Shown {
     std::size_t count() const { return cloud.system->size(); }
     Vector3<float> position(std::size_t i) const { return _vector(ParticleCloud::POSITIONS, i); }
     Vector3<float> vector(std::size_t i) const { return _vector(ParticleCloud::SHOWN, i); }
+
+    Parts color(std::size_t i) const { return parts(_vector(*cloud.colors, i)); }
+    double size(std::size_t i) const {
+        return static_cast<double>(cloud.system->firstChunk()->channelData(*cloud.sizes)->asFloats()[i]);
+    }
 
     /// Where in the range the renderer sees the particle: 0 at its low end, 1 at its high end.
     double rate(std::size_t i) const {

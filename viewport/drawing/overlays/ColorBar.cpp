@@ -3,21 +3,19 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <limits>
 
 namespace vellum::viewport {
 
 namespace {
 
-constexpr double TEXT_SIZE = 17;      // pixels of a picture of 720
-constexpr int SMALLEST_TEXT = 10;     // pixels
-constexpr double BAR_WIDTH = 18;      // pixels of a picture of 720
-constexpr double BAR_PART = 0.5;      // of the picture's height
-constexpr double LARGEST_PART = 0.4;  // of the picture's width, with texts
-constexpr double GAP_OF_ABOVE = 0.7;  // parts of the height of a text
+constexpr double BAR_PART = 0.5;       // of the picture's height
+constexpr double GAP_OF_PIECES = 0.7;  // parts of the height of a text
+constexpr std::size_t MOST_MARKS = 12;
 constexpr char const* ABOVE_TEXT = "above";
 
-constexpr unsigned char LETTER_COLOR[3] = {219, 224, 235};
+char const* undefinedText(ValueScale const& scale) {
+    return scale.isLogarithmic ? "undefined" : "no value";
+}
 
 /// The digits that make the values of a range distinguishable.
 int digitsFor(ValueRange const& range) {
@@ -31,10 +29,25 @@ int digitsFor(ValueRange const& range) {
     return static_cast<int>(std::clamp(digits, 3.0, 12.0));
 }
 
+/// Below a million all digits before the point are written: 12345, not 1.23e+04.
 std::string numberText(double number, int digits) {
+    constexpr double LARGEST = 1e6;
+    double const size = std::abs(number);
+    if (size >= 1 && size < LARGEST) {
+        digits = std::max(digits, static_cast<int>(std::floor(std::log10(size))) + 1);
+    }
     char text[40];
     std::snprintf(text, sizeof text, "%.*g", digits, number);
     return text;
+}
+
+/// A whole number with all of its digits, as long as these are few.
+std::string wholeText(double number, int digits) {
+    constexpr double LARGEST = 1e10;
+    if (std::abs(number) >= LARGEST || number != std::floor(number)) {
+        return numberText(number, digits);
+    }
+    return std::to_string(static_cast<long long>(number));
 }
 
 /// The nearest of 1, 2 and 5 times a power of ten, from `number` on.
@@ -48,164 +61,148 @@ double roundStep(double number) {
     return 10 * power;
 }
 
-void blend(Picture& picture, int x, int y, unsigned int coverage) {
-    if (x < 0 || y < 0 || x >= picture.width || y >= picture.height) {
-        return;
-    }
-    std::size_t const pixel = 4 * (static_cast<std::size_t>(y) * static_cast<std::size_t>(picture.width) +
-                                   static_cast<std::size_t>(x));
-    for (std::size_t i = 0; i < 3; ++i) {
-        unsigned int const mixed =
-            picture.pixels[pixel + i] * (255 - coverage) + LETTER_COLOR[i] * coverage + 127;
-        picture.pixels[pixel + i] = static_cast<unsigned char>(mixed / 255);
-    }
-}
-
-/// Columns and rows count from the upper left corner.
-void drawText(Picture& picture, TextMask const& text, int left, int top) {
-    for (int y = 0; y < text.height; ++y) {
-        for (int x = 0; x < text.width; ++x) {
-            blend(picture, left + x, top + y,
-                  text.coverage[static_cast<std::size_t>(y) * static_cast<std::size_t>(text.width) +
-                                static_cast<std::size_t>(x)]);
+/// Round numbers inside a range with an extent, in ascending order.
+std::vector<double> evenSteps(ValueScale const& scale) {
+    std::vector<double> values;
+    // The whole extent of a double's range would overflow.
+    double const half = scale.range.high / 2 - scale.range.low / 2;
+    double const step = scale.isWhole ? std::max(1.0, roundStep(half / 2.6)) : roundStep(half / 2.6);
+    for (double index = std::ceil(scale.range.low / step); index * step < scale.range.high; ++index) {
+        values.push_back(index * step);
+        if (index + 1 == index || values.size() == MOST_MARKS) {
+            break;  // Steps are lost in numbers as large as these.
         }
     }
+    return values;
 }
 
-void drawRectangle(Picture& picture, int left, int top, int width, int height, unsigned int coverage) {
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) {
-            blend(picture, left + x, top + y, coverage);
+/// Powers of ten inside a range; where they are few, twice and five times them as well.
+std::vector<double> logarithmicSteps(ValueRange const& range) {
+    int const first = static_cast<int>(std::floor(std::log10(range.low)));
+    int const last = static_cast<int>(std::ceil(std::log10(range.high)));
+    int const every = std::max(1, (last - first) / 8);
+    std::vector<double> factors{1};
+    if (std::log10(range.high) - std::log10(range.low) < 2.5) {
+        factors = {1, 2, 5};
+    }
+    std::vector<double> values;
+    for (int exponent = first; exponent <= last; ++exponent) {
+        for (double const factor : factors) {
+            double const value = factor * std::pow(10.0, exponent);
+            if (exponent % every == 0 && value > range.low && value < range.high) {
+                values.push_back(value);
+            }
         }
     }
-}
-
-/// The lines around an area.
-void drawFrame(Picture& picture, int left, int top, int width, int height, int thickness) {
-    constexpr unsigned int STRENGTH = 150;
-    drawRectangle(picture, left - thickness, top - thickness, width + 2 * thickness, thickness, STRENGTH);
-    drawRectangle(picture, left - thickness, top + height, width + 2 * thickness, thickness, STRENGTH);
-    drawRectangle(picture, left - thickness, top, thickness, height, STRENGTH);
-    drawRectangle(picture, left + width, top, thickness, height, STRENGTH);
+    return values;
 }
 
 }  // namespace
 
-std::vector<ColorBar::Mark> ColorBar::marksOf(ValueRange const& range, double nearest) {
-    int const digits = digitsFor(range);
-    std::vector<Mark> marks{{range.low, numberText(range.low, digits)}};
-    // The whole extent of a double's range would overflow.
-    double const half = range.high / 2 - range.low / 2;
-    if (!(half > 0)) {
+std::vector<ColorBar::Mark> ColorBar::marksOf(ValueScale const& scale, double nearest) {
+    ValueRange const& range = scale.range;
+    // The distance of two values on a logarithmic scale needs no more digits than the values themselves.
+    int const digits = scale.isLogarithmic ? 3 : digitsFor(range);
+    auto const markOf = [&](double value) {
+        return Mark{value, scale.isWhole ? wholeText(value, digits) : numberText(value, digits)};
+    };
+    std::vector<Mark> marks{markOf(range.low)};
+    if (!(range.high > range.low)) {
         return marks;
     }
-    double const step = roundStep(half / 2.6);
-    for (double index = std::ceil(range.low / step); index * step < range.high; ++index) {
-        double const value = index * step;
-        double const place = (value / 2 - range.low / 2) / half;
-        bool const isApart = place >= nearest && 1 - place >= nearest;
-        if (isApart && marks.size() < 12) {
-            marks.push_back({value, numberText(value, digits)});
-        }
-        if (index + 1 == index) {
-            break;  // Steps are lost in numbers as large as these.
+    double last = 0;
+    for (double const value : scale.isLogarithmic ? logarithmicSteps(range) : evenSteps(scale)) {
+        double const place = scale.place(value);
+        if (place - last >= nearest && 1 - place >= nearest && marks.size() < MOST_MARKS) {
+            marks.push_back(markOf(value));
+            last = place;
         }
     }
-    marks.push_back({range.high, numberText(range.high, digits)});
+    marks.push_back(markOf(range.high));
     return marks;
 }
 
-ColorBar::ColorBar(ParticleScale const& scale, PictureSize const& size) : cellScale(scale), size(size) {
-    // Counted from the low end, the values of cells are never negative: renderers see lengths only.
-    double const extent = scale.range.high - scale.range.low;
-    cellScale.offset = scale.range.low;
-    cellScale.unit = extent > 0 && std::isfinite(extent) ? extent : 1;
-
-    textHeight = std::max(SMALLEST_TEXT, static_cast<int>(std::lround(TEXT_SIZE * size.scale())));
-    cell = std::max(1, static_cast<int>(std::lround(size.scale())));
-    columns = std::max(5, static_cast<int>(std::lround(BAR_WIDTH * size.scale() / cell)));
-    rows = std::max(1, static_cast<int>(std::lround(BAR_PART * size.height / cell)));
-    aboveRows = scale.isExceeded ? columns : 0;
-    barBottom = (size.height - rows * cell) / 2;
-
-    marks = marksOf(scale.range, 1.1 * textHeight / (rows * cell));
+ColorBar::ColorBar(ValueScale const& scale, ValueColors const& colors, PictureSize const& size)
+    : scale(scale), colors(colors), sizes(size) {
+    int const height = std::max(1, static_cast<int>(std::lround(BAR_PART * size.height)));
+    marks = marksOf(scale, 1.1 * sizes.text / height);
     int texts = 0;
     for (Mark const& mark : marks) {
-        texts = std::max(texts, writer.write(mark.text, textHeight).width);
+        texts = std::max(texts, writer.write(mark.text, sizes.text).width);
     }
-    texts = std::max(texts, aboveRows > 0 ? writer.write(ABOVE_TEXT, textHeight).width : 0);
-    int const beside = columns * cell + textHeight + texts;
-    reserved = std::max(beside, writer.write(scale.name, textHeight).width) + 3 * textHeight;
-    fits = reserved <= LARGEST_PART * size.width && rows * cell >= 4 * textHeight;
-}
-
-int ColorBar::_left() const {
-    return size.width - reserved + textHeight;
-}
-
-int ColorBar::_heightOf(double value) const {
-    double const extent = cellScale.range.high - cellScale.range.low;
-    double const place = extent > 0 ? (value - cellScale.range.low) / extent : 0.5;
-    return static_cast<int>(std::lround(place * rows * cell));
-}
-
-std::shared_ptr<ParticleSystem_v2 const> ColorBar::cells() const {
-    std::vector<Vector3<float>> positions;
-    std::vector<Vector3<float>> magnitudes;
-    auto const addRow = [&](double bottom, double value) {
-        for (int column = 0; column < columns; ++column) {
-            positions.push_back({static_cast<float>(_left() + (column + 0.5) * cell),
-                                 static_cast<float>(bottom + 0.5 * cell), 0});
-            magnitudes.push_back({cellScale.toMagnitude(value), 0, 0});
+    texts = std::max(texts, scale.isExceeded ? writer.write(ABOVE_TEXT, sizes.text).width : 0);
+    if (scale.undefinedCount > 0) {
+        for (std::string const& text :
+             {std::string(undefinedText(scale)), std::to_string(scale.undefinedCount)}) {
+            texts = std::max(texts, writer.write(text, sizes.text).width);
         }
-    };
-    for (int row = 0; row < rows; ++row) {
-        double const place = (row + 0.5) / rows;
-        addRow(barBottom + row * cell, cellScale.range.low * (1 - place) + cellScale.range.high * place);
     }
-    double const above = barBottom + rows * cell + std::lround(GAP_OF_ABOVE * textHeight);
-    for (int row = 0; row < aboveRows; ++row) {
-        addRow(above + row * cell, std::numeric_limits<double>::infinity());
-    }
-
-    auto const system = std::make_shared<ParticleSystem_v2>();
-    system->addChannel("position", ParticleChannel_v2::VECTOR);
-    system->addChannel("color", ParticleChannel_v2::VECTOR);
-    system->addParticles(static_cast<unsigned int>(positions.size()));
-    std::size_t done = 0;
-    for (ParticleSystemChunk_v2* chunk = system->firstChunk(); chunk != nullptr; chunk = chunk->next()) {
-        std::copy_n(positions.data() + done, chunk->count(), chunk->channelData(0)->asVectors());
-        std::copy_n(magnitudes.data() + done, chunk->count(), chunk->channelData(1)->asVectors());
-        done += chunk->count();
-    }
-    return system;
+    reserved = std::max(sizes.narrowest, sizes.swatch + sizes.text + texts + 2 * sizes.margin);
+    fits = reserved <= sizes.widest && height >= 4 * sizes.text;
+    int const left = size.width - reserved + sizes.margin;
+    bar = {left, (size.height - height) / 2, sizes.swatch, height};
 }
 
-void ColorBar::drawLabels(Picture& picture) const {
-    int const left = _left();
-    int const width = columns * cell;
-    int const height = rows * cell;
-    int const top = size.height - barBottom - height;
-    int const line = cell;
-    int const afterBar = left + width + line;
-    int const markLength = textHeight / 3;
-    int const textLeft = afterBar + markLength + textHeight / 3;
-    drawFrame(picture, left, top, width, height, line);
+/// Of a value, in the picture.
+int ColorBar::_rowOf(double value) const {
+    bool const hasExtent = scale.range.high > scale.range.low;
+    double const place = hasExtent ? scale.place(value) : 0.5;
+    return bar.top + bar.height - static_cast<int>(std::lround(place * bar.height));
+}
+
+void ColorBar::draw(Picture& picture) const {
+    if (!fits) {
+        return;
+    }
+    bool const hasExtent = scale.range.high > scale.range.low;
+    for (int row = 0; row < bar.height; ++row) {
+        double const place = hasExtent ? (bar.height - row - 0.5) / bar.height : 0;
+        fill(picture, {bar.left, bar.top + row, bar.width, 1}, colors.at(place));
+    }
+    drawFrame(picture, bar, sizes.line);
+    int const afterBar = bar.left + bar.width + sizes.line;
+    int const markLength = sizes.text / 3;
+    int const textLeft = afterBar + markLength + sizes.text / 3;
     for (Mark const& mark : marks) {
-        int const middle = top + height - _heightOf(mark.value);
-        drawRectangle(picture, afterBar, middle - line / 2, markLength, line, 220);
-        drawText(picture, writer.write(mark.text, textHeight), textLeft, middle - textHeight / 2);
+        int const middle = _rowOf(mark.value);
+        drawMark(picture, {afterBar, middle - sizes.line / 2, markLength, sizes.line});
+        drawText(picture, writer.write(mark.text, sizes.text), textLeft, middle - sizes.text / 2);
     }
-    int head = top - line;
-    if (aboveRows > 0) {
-        int const aboveHeight = aboveRows * cell;
-        int const aboveTop = top - static_cast<int>(std::lround(GAP_OF_ABOVE * textHeight)) - aboveHeight;
-        drawFrame(picture, left, aboveTop, width, aboveHeight, line);
-        drawText(picture, writer.write(ABOVE_TEXT, textHeight), textLeft,
-                 aboveTop + (aboveHeight - textHeight) / 2);
-        head = aboveTop - line;
+    int const gap = static_cast<int>(std::lround(GAP_OF_PIECES * sizes.text));
+    int head = bar.top - sizes.line;
+    if (scale.isExceeded) {
+        PixelArea const piece{bar.left, bar.top - gap - sizes.swatch, bar.width, sizes.swatch};
+        fill(picture, piece, colors.above());
+        drawFrame(picture, piece, sizes.line);
+        drawText(picture, writer.write(ABOVE_TEXT, sizes.text), textLeft,
+                 piece.top + (piece.height - sizes.text) / 2);
+        head = piece.top - sizes.line;
     }
-    drawText(picture, writer.write(cellScale.name, textHeight), left, head - textHeight * 2);
+    if (scale.undefinedCount > 0) {
+        PixelArea const piece{bar.left, bar.top + bar.height + gap, bar.width, sizes.swatch};
+        fill(picture, piece, colors.undefined());
+        drawFrame(picture, piece, sizes.line);
+        int const top = piece.top + (piece.height - sizes.text) / 2;
+        drawText(picture, writer.write(undefinedText(scale), sizes.text), textLeft, top);
+        drawText(picture, writer.write(std::to_string(scale.undefinedCount), sizes.text), textLeft,
+                 top + sizes.text);
+    }
+    _drawTitle(picture, head);
+}
+
+/// In two lines where the unit would not fit behind the name.
+void ColorBar::_drawTitle(Picture& picture, int bottom) const {
+    int const widest = reserved - 2 * sizes.margin;
+    std::vector<std::string> lines{scale.title()};
+    if (!scale.unit.empty() && writer.write(lines.front(), sizes.text).width > widest) {
+        lines = {scale.name, "[" + scale.unit + "]"};
+    }
+    int top = bottom - sizes.text * static_cast<int>(lines.size() + 1);
+    for (std::string const& line : lines) {
+        drawText(picture, writer.write(writer.shortened(line, sizes.text, widest), sizes.text), bar.left,
+                 top);
+        top += sizes.text;
+    }
 }
 
 }  // namespace vellum::viewport

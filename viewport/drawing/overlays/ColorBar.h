@@ -1,29 +1,27 @@
 #pragma once
 
-#include "foundation/geometry/ParticleSystem_v2.h"
+#include "viewport/drawing/overlays/ColorKey.h"
 #include "viewport/drawing/overlays/TextMask.h"
+#include "viewport/drawing/overlays/key_sizes.h"
+#include "viewport/drawing/overlays/painting.h"
 #include "viewport/drawing/view/PictureSize.h"
-#include "viewport/files/images/Picture.h"
-#include "viewport/scene/ParticleLook.h"
+#include "viewport/scene/ValueScale.h"
 
-#include <memory>
 #include <string>
 #include <vector>
 
 namespace vellum::viewport {
 
-/// The layout of the bar beside particles that shows which values their colors stand for.
+/// The bar that shows which values colors stand for.
 ///
-/// Its area consists of particles, small squares without gaps, each with the value of its height. Drawn by the
-/// particles' own renderer (ColorBarDrawing), it shows exactly their colors. Frame, marks and texts are drawn here, over
-/// the finished picture. Nothing here touches OpenGL.
-///
-///     | speed          name
-///     | [==] above     where some particle is above the range
+///     | speed [m/s]    name and unit
+///     | [==] above     where some value is above the range
 ///     | [##]- 8.2      the range's end
 ///     | [##]- 6
 ///     | [##]- 0.02
-class ColorBar {
+///     | [::] no value  where some have none
+///     |      12        how many
+class ColorBar : public ColorKey {
 public:
     /// A value with its text beside the bar.
     struct Mark {
@@ -31,44 +29,29 @@ public:
         std::string text;
     };
 
-    ColorBar(ParticleScale const& scale, PictureSize const& size);
+    ColorBar(ValueScale const& scale, ValueColors const& colors, PictureSize const& size);
 
-    /// Whether it fits into the picture. If not, it is left out.
-    bool isShown() const { return fits; }
+    int reservedWidth() const override { return fits ? reserved : 0; }
+    void draw(Picture& picture) const override;
 
-    /// Pixels that it needs at the picture's right side; 0 where it is not shown.
-    int reservedWidth() const { return fits ? reserved : 0; }
+    /// The area of the range, without its frame.
+    PixelArea area() const { return bar; }
 
-    /// The area: channel 0 has the centers of the cells, pixels from the picture's lower left corner, channel 1 their
-    /// magnitudes for scale().
-    std::shared_ptr<ParticleSystem_v2 const> cells() const;
-    int cellSize() const { return cell; }  ///< pixels; cells are square
-
-    /// The scale of the cells. Its rates are those of the particles' scale.
-    ParticleScale const& scale() const { return cellScale; }
-
-    /// Draws frame, marks and texts into a picture of the size that was given.
-    void drawLabels(Picture& picture) const;
-
-    /// The values to be marked, the lowest first: both ends, and round numbers between them; only one where the range
-    /// has no extent.
+    /// The values to be marked, the lowest first: both ends, and round numbers between them: whole ones of whole values,
+    /// powers of ten on a logarithmic scale. Only one where the range has no extent.
     /// \param nearest the smallest distance of two marks, as a part of the range
-    static std::vector<Mark> marksOf(ValueRange const& range, double nearest);
+    static std::vector<Mark> marksOf(ValueScale const& scale, double nearest);
 
 private:
-    int _left() const;                  // of the bar, pixels from the picture's left edge
-    int _heightOf(double value) const;  // pixels above the bar's bottom
+    int _rowOf(double value) const;
+    void _drawTitle(Picture& picture, int bottom) const;
 
     TextWriter writer;
-    ParticleScale cellScale;
-    PictureSize size;  // of the picture
+    ValueScale scale;
+    ValueColors colors;
+    KeySizes sizes;
+    PixelArea bar;
     bool fits = false;
-    int textHeight;  // pixels
-    int cell;        // side of a cell, pixels
-    int columns;
-    int rows;          // of the range
-    int aboveRows;     // of the piece for values above the range; 0 where there are none
-    int barBottom;     // pixels from the picture's lower edge
     int reserved = 0;  // pixels at the right side, if it fits
     std::vector<Mark> marks;
 };

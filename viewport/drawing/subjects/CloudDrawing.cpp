@@ -64,13 +64,11 @@ double CloudDrawing::_size(Sampling const& sampling) const {
 
 double CloudDrawing::_arrowLength() const {
     if (style.size) {
-        double const unit = style.scale ? style.scale->unit : 1;
-        return *style.size * unitsPerFileUnit * unit;
+        return *style.size * unitsPerFileUnit * cloud.arrowUnit;
     }
     // The fewer particles are drawn, the farther apart they are, and the longer arrows can be.
     double const part = std::max(style.percent / 100.0, 1e-6);
-    double const fastest = style.scale ? style.scale->toMagnitude(style.scale->range.high) : 1;
-    return LONGEST_ARROW * cloud.spacing / std::cbrt(part) / (fastest > 0 ? fastest : 1);
+    return LONGEST_ARROW * cloud.spacing / std::cbrt(part);
 }
 
 }  // namespace vellum::viewport

@@ -16,11 +16,13 @@ struct ParticleStyle {
     float percent = 100;  ///< of the particles, 0 to 100
     std::optional<double>
         size;  ///< above 0; points: pixels, spheres and arrows: units of the file; nothing: chosen
-    std::string colorMap = {};  ///< one of toolkit::ColorMap::names(); empty: `colors`
+    std::string colorMap = {};                  ///< one of toolkit::ColorMap::names(); empty: `colors`
+    std::optional<ParticleLegend> legend = {};  ///< what colors of kinds mean; nothing: they show none
 
     /// The style for particles that have been prepared with these options.
     static ParticleStyle of(ParticleLook const& look, ParticleOptions const& options) {
-        return {look.mode, look.scale, options.colors, options.percent, options.size, options.colorMap};
+        return {look.mode,    look.scale,       options.colors, options.percent,
+                options.size, options.colorMap, look.legend};
     }
 };
 

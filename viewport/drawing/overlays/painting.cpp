@@ -1,0 +1,82 @@
+#include "viewport/drawing/overlays/painting.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+namespace vellum::viewport {
+
+namespace {
+
+constexpr unsigned char LABEL_COLOR[3] = {219, 224, 235};
+
+/// The bytes of a pixel; null outside of the picture.
+unsigned char* pixelOf(Picture& picture, int x, int y) {
+    if (x < 0 || y < 0 || x >= picture.width || y >= picture.height) {
+        return nullptr;
+    }
+    return picture.pixels.data() +
+           4 * (static_cast<std::size_t>(y) * static_cast<std::size_t>(picture.width) +
+                static_cast<std::size_t>(x));
+}
+
+void blend(Picture& picture, int x, int y, unsigned int coverage) {
+    unsigned char* const pixel = pixelOf(picture, x, y);
+    for (std::size_t i = 0; pixel != nullptr && i < 3; ++i) {
+        unsigned int const mixed = pixel[i] * (255 - coverage) + LABEL_COLOR[i] * coverage + 127;
+        pixel[i] = static_cast<unsigned char>(mixed / 255);
+    }
+}
+
+void blend(Picture& picture, PixelArea const& area, unsigned int coverage) {
+    for (int y = 0; y < area.height; ++y) {
+        for (int x = 0; x < area.width; ++x) {
+            blend(picture, area.left + x, area.top + y, coverage);
+        }
+    }
+}
+
+}  // namespace
+
+void fill(Picture& picture, PixelArea const& area, Color4<float> const& color) {
+    unsigned char bytes[3];
+    float const parts[3] = {color.r, color.g, color.b};
+    for (std::size_t i = 0; i < 3; ++i) {
+        bytes[i] = static_cast<unsigned char>(std::lround(255 * std::clamp(parts[i], 0.0F, 1.0F)));
+    }
+    for (int y = 0; y < area.height; ++y) {
+        for (int x = 0; x < area.width; ++x) {
+            if (unsigned char* const pixel = pixelOf(picture, area.left + x, area.top + y)) {
+                std::copy_n(bytes, 3, pixel);
+            }
+        }
+    }
+}
+
+void drawFrame(Picture& picture, PixelArea const& area, int thickness) {
+    constexpr unsigned int STRENGTH = 150;
+    int const outerLeft = area.left - thickness;
+    int const outerWidth = area.width + 2 * thickness;
+    blend(picture, {outerLeft, area.top - thickness, outerWidth, thickness}, STRENGTH);
+    blend(picture, {outerLeft, area.top + area.height, outerWidth, thickness}, STRENGTH);
+    blend(picture, {outerLeft, area.top, thickness, area.height}, STRENGTH);
+    blend(picture, {area.left + area.width, area.top, thickness, area.height}, STRENGTH);
+}
+
+void drawMark(Picture& picture, PixelArea const& area) {
+    constexpr unsigned int STRENGTH = 220;
+    blend(picture, area, STRENGTH);
+}
+
+void drawText(Picture& picture, TextMask const& text, int left, int top, unsigned int strength) {
+    for (int y = 0; y < text.height; ++y) {
+        for (int x = 0; x < text.width; ++x) {
+            unsigned int const coverage =
+                text.coverage[static_cast<std::size_t>(y) * static_cast<std::size_t>(text.width) +
+                              static_cast<std::size_t>(x)];
+            blend(picture, left + x, top + y, coverage * strength / 255);
+        }
+    }
+}
+
+}  // namespace vellum::viewport

@@ -1,0 +1,86 @@
+#include "viewport/scene/ParticlePlaces.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+
+namespace vellum::viewport {
+
+namespace {
+
+using Point = Vector3<double>;
+
+/// A direction that is at right angles to those that there are.
+Point across(Point const& a, Point const& b) {
+    Point const both = cross(a, b);
+    if (length(both) > 0) {
+        return both / length(both);
+    }
+    Point const one = length(a) > 0 ? a : b;
+    if (!(length(one) > 0)) {
+        return {1, 0, 0};
+    }
+    Point const aside = std::abs(one.x) > 0.5 * length(one) ? Point{0, 1, 0} : Point{1, 0, 0};
+    Point const found = cross(one, aside);
+    return found / length(found);
+}
+
+}  // namespace
+
+bool isFinite(Vector3<double> const& v) {
+    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+}
+
+bool isFinite(ParticleBox const& box) {
+    return isFinite(box.origin) && std::all_of(std::begin(box.edges), std::end(box.edges),
+                                               [](Point const& edge) { return std::isfinite(length(edge)); });
+}
+
+ParticlePlaces::ParticlePlaces(ParticleFrame const& frame, bool isWrapped) : positions(&frame.positions) {
+    if (isWrapped) {
+        cell = _cellOf(frame);
+    }
+}
+
+bool ParticlePlaces::canWrap(ParticleFrame const& frame) {
+    return _cellOf(frame).has_value();
+}
+
+std::optional<ParticlePlaces::Cell> ParticlePlaces::_cellOf(ParticleFrame const& frame) {
+    if (!frame.box || !isFinite(*frame.box)) {
+        return std::nullopt;
+    }
+    ParticleBox const& box = *frame.box;
+    Cell cell{box.origin, {box.edges[0], box.edges[1], box.edges[2]}, {}, box.isPeriodic};
+    bool hasExtent = false;
+    for (std::size_t k = 0; k < 3; ++k) {
+        if (length(cell.edges[k]) > 0) {
+            hasExtent = true;
+        } else {
+            cell.edges[k] = across(cell.edges[(k + 1) % 3], cell.edges[(k + 2) % 3]);
+            cell.isPeriodic[k] = false;
+        }
+    }
+    double const volume = dot(cell.edges[0], cross(cell.edges[1], cell.edges[2]));
+    double const largest = length(cell.edges[0]) * length(cell.edges[1]) * length(cell.edges[2]);
+    if (!hasExtent || !std::isfinite(largest) || !(std::abs(volume) > 1e-12 * largest)) {
+        return std::nullopt;
+    }
+    for (std::size_t k = 0; k < 3; ++k) {
+        cell.inverse[k] = cross(cell.edges[(k + 1) % 3], cell.edges[(k + 2) % 3]) / volume;
+    }
+    return cell;
+}
+
+Vector3<double> ParticlePlaces::Cell::wrapped(Vector3<double> place) const {
+    Point const inside = place - origin;
+    for (std::size_t k = 0; k < 3; ++k) {
+        double const whole = isPeriodic[k] ? std::floor(dot(inside, inverse[k])) : 0;
+        if (whole != 0 && std::isfinite(whole)) {
+            place = place - edges[k] * whole;
+        }
+    }
+    return place;
+}
+
+}  // namespace vellum::viewport
