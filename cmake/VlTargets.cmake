@@ -1,5 +1,15 @@
 # What every target of this tree has in common.
 
+# What the sanitizers of this build add to a compilation.
+set(VL_SANITIZE_OPTIONS "")
+# The libraries that are archives elsewhere are shared under sanitizers: a shared library calls its own copies of inline
+# functions, an archive those of the first object that has them, which may be that of a test without instrumentation.
+set(VL_ARCHIVE STATIC)
+if(VL_SANITIZE)
+  set(VL_SANITIZE_OPTIONS -fsanitize=${VL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  set(VL_ARCHIVE SHARED)
+endif()
+
 # vl_defaults(target): the language, warnings, sanitizers and exact floating point.
 function(vl_defaults target)
   target_compile_features(${target} PUBLIC cxx_std_17)
@@ -8,11 +18,16 @@ function(vl_defaults target)
     $<$<BOOL:${VL_WARNINGS_AS_ERRORS}>:-Werror>
     # A fused multiply-add rounds once where the formulas of this library round twice.
     -ffp-contract=off)
-  target_compile_definitions(${target} PRIVATE
-    $<$<OR:$<BOOL:${VL_CHECK_LIFETIMES}>,$<CONFIG:Debug>>:VL_CHECK_LIFETIMES>)
+  # The tests are compiled alike in every build, see tests/CMakeLists.txt.
+  if(NOT VL_IS_TEST_CODE)
+    target_compile_definitions(${target} PRIVATE
+      $<$<OR:$<BOOL:${VL_CHECK_LIFETIMES}>,$<CONFIG:Debug>>:VL_CHECK_LIFETIMES>)
+    if(VL_SANITIZE)
+      # With -O1, compiling instrumented code takes twice as long, more than the tests gain from it.
+      target_compile_options(${target} PRIVATE -Og ${VL_SANITIZE_OPTIONS})
+    endif()
+  endif()
   if(VL_SANITIZE)
-    target_compile_options(${target} PRIVATE -fsanitize=${VL_SANITIZE} -fno-omit-frame-pointer
-                                             -fno-sanitize-recover=all)
     target_link_options(${target} PRIVATE -fsanitize=${VL_SANITIZE})
   endif()
   if(VL_COVERAGE)

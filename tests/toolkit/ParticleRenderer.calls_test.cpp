@@ -2,8 +2,8 @@
 
 #include "Particles_RL_GL_v2.h"
 #include "foundation/geometry/ParticleSystemChunk_v2.h"
-#include "internal/misuse.h"
 #include "tests/gl_spy/gl_spy.h"
+#include "tests/support/build_facts.h"
 #include "tests/support/recorded_calls.h"
 #include "tests/toolkit/particle_values.h"
 #include "toolkit/Layer.h"
@@ -520,7 +520,7 @@ TEST_F(ParticleRenderer_calls_test, withoutLayerNothingIsDrawn) {
     draw();
     layer.reset();
     VL_Raster = nullptr;
-    if (misuse::ARE_LIFETIMES_CHECKED) {
+    if (areLifetimesChecked()) {
         EXPECT_DEATH(draw(), "drawParticles: there is no render layer");
         return;
     }

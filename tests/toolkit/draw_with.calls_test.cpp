@@ -4,8 +4,8 @@
 #include "Mesh_RL_GL.h"
 #include "foundation/geometry/Mesh.h"
 #include "glsl_shader/SSScattering_shader.h"
-#include "internal/misuse.h"
 #include "tests/gl_spy/gl_spy.h"
+#include "tests/support/build_facts.h"
 #include "tests/support/recorded_calls.h"
 
 #include <gmock/gmock.h>
@@ -204,7 +204,7 @@ TEST_F(draw_with_calls_test, withoutShadersOnlyTheDrawingIsDone) {
 
 TEST_F(draw_with_calls_test, withoutARenderLayerOnlyTheDrawingIsDone) {
     VL_Raster = nullptr;
-    if (misuse::ARE_LIFETIMES_CHECKED) {
+    if (areLifetimesChecked()) {
         EXPECT_DEATH(drawWith(effect, [this] { draw(); }), "drawWith: there is no render layer");
         return;
     }

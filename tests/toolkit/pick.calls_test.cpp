@@ -2,8 +2,8 @@
 
 #include "Camera_RL_GL.h"
 #include "Core_RL_GL.h"
-#include "internal/misuse.h"
 #include "tests/gl_spy/gl_spy.h"
+#include "tests/support/build_facts.h"
 #include "toolkit/View.h"
 
 #include <gtest/gtest.h>
@@ -224,7 +224,7 @@ TEST_F(pick_calls_test, exceptionIsPassedOnAfterEverythingIsRestored) {
 TEST_F(pick_calls_test, withoutRenderLayerNothingHappens) {
     layer.reset();
     VL_Raster = nullptr;
-    if (misuse::ARE_LIFETIMES_CHECKED) {
+    if (areLifetimesChecked()) {
         EXPECT_DEATH(pick(100, 50, 5, [] {}), "pick: there is no render layer");
         return;
     }

@@ -1,6 +1,6 @@
 #include "Core_RL_GL.h"
 #include "member_slots.h"
-#include "tests/support/sanitizers.h"
+#include "tests/support/build_facts.h"
 
 #include <gtest/gtest.h>
 
@@ -436,9 +436,9 @@ TEST_F(Core_RL_GL_life_test, deletingDestructorReleasesWithFree) {
 }
 
 TEST_F(Core_RL_GL_life_test, memoryThatCannotBeHadThrows) {
-#if VL_ADDRESS_SANITIZER || VL_THREAD_SANITIZER
-    GTEST_SKIP() << "The sanitizers end the program at such a request.";
-#endif
+    if (isAddressSanitized() || isThreadSanitized()) {
+        GTEST_SKIP() << "The sanitizers end the program at such a request.";
+    }
     // Volatile: the compiler would see that the request is too large.
     std::size_t const volatile tooMuch = std::numeric_limits<std::ptrdiff_t>::max();
     EXPECT_THROW(Core_RL_GL::operator delete(Core_RL_GL::operator new(tooMuch)), std::bad_alloc);

@@ -1,7 +1,7 @@
 #include "foundation/basic/ArrayServer.h"
 
 #include "foundation/geometry/Vector3.h"
-#include "tests/support/sanitizers.h"
+#include "tests/support/build_facts.h"
 
 #include <gtest/gtest.h>
 
@@ -120,9 +120,9 @@ TEST_F(ArrayServer_test, elementsWithoutSizeAreRefused) {
 }
 
 TEST_F(ArrayServer_test, anArrayThatMemoryCannotHoldIsRefused) {
-#if VL_ADDRESS_SANITIZER || VL_THREAD_SANITIZER
-    GTEST_SKIP() << "the sanitizer ends the process where the allocator would answer null";
-#endif
+    if (isAddressSanitized() || isThreadSanitized()) {
+        GTEST_SKIP() << "the sanitizer ends the process where the allocator would answer null";
+    }
     EXPECT_EQ(VL_ArrayServer.create(0xFFFFFFFFU, 0xFFFFFFFFU), ARRAY_ID_NONE);
     ArrayId id = makeArray();
     EXPECT_EQ(VL_ArrayServer.create(0xFFFFFFFFU, 0xFFFFFFFFU), ARRAY_ID_NONE);

@@ -1,5 +1,5 @@
 #include "tests/foundation/raster/Recording_RL.h"
-#include "tests/support/sanitizers.h"
+#include "tests/support/build_facts.h"
 
 #include <gtest/gtest.h>
 
@@ -121,9 +121,9 @@ TEST_F(Core_RL_allocation_test, aLayerMayBeBuiltInPlace) {
 }
 
 TEST_F(Core_RL_allocation_test, impossibleSizesAreRefused) {
-#if VL_ADDRESS_SANITIZER || VL_THREAD_SANITIZER
-    GTEST_SKIP() << "the sanitizer ends the process where malloc would answer null";
-#endif
+    if (isAddressSanitized() || isThreadSanitized()) {
+        GTEST_SKIP() << "the sanitizer ends the process where malloc would answer null";
+    }
     std::size_t const volatile impossible = SIZE_MAX / 2;
     EXPECT_THROW(Core_RL::operator new(impossible), std::bad_alloc);
     EXPECT_EQ(Core_RL::operator new(impossible, std::nothrow), nullptr);

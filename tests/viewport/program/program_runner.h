@@ -9,6 +9,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+/// Where this build has vl_viewport; for programs that link vl_test_program.
+extern char const* const VL_VIEWPORT_PROGRAM;
+
 /// What a program did.
 struct Outcome {
     int status = -1;  ///< exit status; 128 + the signal's number for a crash

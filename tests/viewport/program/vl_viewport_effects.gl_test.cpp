@@ -1,5 +1,5 @@
 #include "tests/support/TemporaryFolder.h"
-#include "tests/support/sanitizers.h"
+#include "tests/support/build_facts.h"
 #include "tests/viewport/files/mesh/mesh_texts.h"
 #include "tests/viewport/program/program_runner.h"
 #include "viewport/files/images/Picture.h"
@@ -73,10 +73,10 @@ double brightness(Picture const& picture) {
 class effect_program_gl_test : public testing::Test {
 protected:
     Outcome run(std::vector<std::string> arguments, std::vector<std::string> environment = {}) const {
-#if VL_ADDRESS_SANITIZER
-        // Drivers keep memory to the end. The unit tests look for leaks of the program's own.
-        environment.push_back("ASAN_OPTIONS=detect_leaks=0");
-#endif
+        if (isAddressSanitized()) {
+            // Drivers keep memory to the end. The unit tests look for leaks of the program's own.
+            environment.push_back("ASAN_OPTIONS=detect_leaks=0");
+        }
         arguments.insert(arguments.end(), {"--size", std::to_string(width) + "x" + std::to_string(height)});
         return runProgram(VL_VIEWPORT_PROGRAM, arguments, environment);
     }
