@@ -14,15 +14,16 @@ enum class ParticlePath {
     NONE,               ///< nothing was drawn
     BUFFER_AND_EFFECT,  ///< from a buffer object, colored by the GPU
     CHUNKS_AND_EFFECT,  ///< from main memory, colored by the GPU: no buffers, or no memory for one
-    BUFFER,             ///< from a buffer object, colored by the CPU: no shaders
-    MEMORY              ///< from main memory, colored by the CPU: neither
+    BUFFER,             ///< from a buffer object, colored by the CPU: no shaders, or points that need none
+    MEMORY              ///< from main memory, colored by the CPU: neither, or solid arrows
 };
 
 /// What drawParticles() has done.
 struct ParticleDrawing {
     ParticlePath path;
-    ParticleMode mode;       ///< what was drawn: points where spheres or arrows are not to be had
-    unsigned int count = 0;  ///< of the particles that were handed to GL
+    ParticleMode mode;  ///< what was drawn: points where spheres or arrows are not to be had
+    unsigned int count =
+        0;  ///< of the particles that were handed to GL; of solid arrows MOST_SOLID_ARROWS at most
 };
 
 /// What is kept from one drawing of particles to the next: buffers, effects, and what was drawn last. One for each system
@@ -44,7 +45,8 @@ public:
     ParticleRenderer(ParticleRenderer&&) noexcept;
     ParticleRenderer& operator=(ParticleRenderer&&) noexcept;
 
-    /// Says that positions, values or the number of the particles have changed since the last drawing. GL: none.
+    /// Says that positions, values, colors, sizes or the number of the particles have changed since the last drawing.
+    /// GL: none.
     void markChanged();
 
     /// Deletes buffers, effects and copies; the next drawing makes them again.
@@ -67,14 +69,24 @@ private:
 /// each, whenever they or what the look shows of them change. Changes of size, and of as many other colors, copy nothing.
 /// A map of more than 257 colors is drawn with 257 of them, arrows that are colored by a component with 256.
 ///
-/// Particles with a position that is not finite are left out. A value that is not a number has the color `above`, with two
-/// exceptions: arrows along a vector that is not finite are left out, and where the library draws the system as it is, a
-/// vector with a component that is not a number is black or, as an arrow, left out.
+/// Colors and sizes of the particles' own (`colorChannel`, `sizeChannel`) are read into one list of records, of 24 bytes for
+/// each point, 28 for each sphere and 36 for each arrow, in a buffer object where there is memory for it; no system is
+/// copied. Looks with sizes have the colors of the map in these records, so changes of the map read the particles again.
+///
+/// Solid arrows are triangles and lines of the plain colors, in the current line width. They are kept in arrays in main
+/// memory, and made again when the particles or anything in the look changes. They have a box, like those of lines, see
+/// arrow_box.h.
+///
+/// Particles with a position that is not finite are left out. A value that is not a number has the color `undefined`, with two
+/// exceptions: arrows along a vector that is not finite are left out, solid ones also along one of no length; and where the
+/// library draws the system as it is, a vector with a component that is not a number is black or, as an arrow, left out.
+/// Nothing reads the values of such a system but the library, so that moving particles cost no more than a direct call: where
+/// lengths can be NaN, set a map of three colors or a `colorChannel`.
 ///
 /// Spheres are round, and as deep as they are wide, in any projection and viewport, also off the middle; the heads of arrows
 /// have equal sides. Where the driver
 /// has no geometry stages, spheres become points as wide as a sphere in the middle of the particles is on the screen, and
-/// arrows points of two pixels; so do arrows without vectors. The result says so.
+/// arrows of lines points of two pixels; so do both kinds of arrows without vectors. The result says so.
 ///
 /// The particles are read again after markChanged(), and when their number or the system is another one. Drawing
 /// unchanged particles in the same look allocates no memory.
@@ -87,6 +99,13 @@ private:
 /// for each of the map's parts that has particles; glColor4fv. Around those of spheres and arrows
 /// glGetIntegerv(GL_MATRIX_MODE) and, twice, View::load(); glMatrixMode. Around those of arrows also
 /// glGetFloatv(GL_LINE_WIDTH) and glLineWidth.
+///
+/// With colors or sizes of their own, in place of render(): for points glPushAttrib, glDisable(GL_LIGHTING) and that of
+/// textures, glEnable(GL_BLEND), glBlendFunc, with shaders glUseProgram(0), the arrays, glPointSize and glDrawArrays once for
+/// each size, glPopAttrib. For spheres and arrows a pass of SphereRendering_shader or ArrowRendering_shader with the arrays
+/// and one glDrawArrays in it; arrows also have glNormalPointer. Where the records are read glGenBuffers the first time,
+/// glBindBuffer, glBufferData, glMapBuffer, glGetError, glUnmapBuffer, and glDeleteBuffers where there is no memory.
+/// For solid arrows the same state as for points around Core_RL::renderArrow3_usingBuffers().
 /// State: the point size; no program and no buffer is bound. Everything else that it changes is restored.
 VL_TOOLKIT_EXPORT ParticleDrawing drawParticles(ParticleRenderer& renderer, ParticleSystem_v2 const& system,
                                                 ParticleLook const& look, View const& view);

@@ -22,10 +22,6 @@ namespace {
 
 constexpr unsigned int POSITIONS = 0;
 
-// Components of the color array.
-constexpr int COLOR = 3;
-constexpr int COLOR_AND_SIZE = 4;
-
 // Not all memory: other buffers and the pictures need some.
 constexpr unsigned int RESERVED_KILOBYTES = 25 * 1024;
 
@@ -64,7 +60,12 @@ bool hasColors(ParticleSystem_v2 const& system, ParticleLook const& look) {
 
 }  // namespace
 
-struct ColoredParticles::Record {
+struct ColoredParticles::PointRecord {
+    Vector3<float> position;
+    Vector3<float> color;
+};
+
+struct ColoredParticles::SphereRecord {
     Vector3<float> position;
     Vector3<float> color;
     float size;
@@ -86,9 +87,6 @@ public:
     unsigned int of(float size) {
         least = std::min(least, size);
         most = std::max(most, size);
-        if (count != 0 && sizes[last] == size) {
-            return last;
-        }
         unsigned int place = _placeOf(size);
         while (table[place] != FREE && sizes[table[place]] != size) {
             place = (place + 1) % PLACES;
@@ -100,8 +98,7 @@ public:
             sizes[count] = size;
             table[place] = static_cast<unsigned short>(count++);
         }
-        last = table[place];
-        return last;
+        return table[place];
     }
 
     /// From now on the numbers are those of the steps, between the sizes that were numbered.
@@ -141,7 +138,6 @@ private:
         return places;
     }();
     unsigned int count = 0;
-    unsigned int last = 0;
     float least = std::numeric_limits<float>::max();
     float most = 0;
     double lowest = 0;   // logarithm of the first step
@@ -164,6 +160,7 @@ bool ColoredParticles::isNeeded(ParticleSystem_v2 const& system, ParticleLook co
 void ColoredParticles::fill(ParticleSystem_v2 const& system, ParticleLook const& look, ParticleMode mode) {
     system.compact();
     areArrows = mode == ParticleMode::ARROWS;
+    areSpheres = mode == ParticleMode::SPHERES;
     recordCount = 0;
     groups.clear();
     std::size_t const most = drawnOf(system.size(), look.percent);
@@ -171,19 +168,42 @@ void ColoredParticles::fill(ParticleSystem_v2 const& system, ParticleLook const&
         ~Closing() { particles._close(); }
         ColoredParticles& particles;
     } const closing{*this};  // also where memory does not suffice
-    void* const records = _open(most * (areArrows ? sizeof(ArrowRecord) : sizeof(Record)));
-    if (areArrows) {
-        _writeArrows(system, look, static_cast<ArrowRecord*>(records));
-    } else if (mode == ParticleMode::POINTS && hasSizes(system, look)) {
-        _writeBySize(system, look, static_cast<Record*>(records));
-    } else {
-        _writeInOrder(system, look, static_cast<Record*>(records));
+    switch (mode) {
+    case ParticleMode::ARROWS:
+    case ParticleMode::SOLID_ARROWS:
+        _writeArrows(system, look, static_cast<ArrowRecord*>(_open(most * sizeof(ArrowRecord))));
+        break;
+    case ParticleMode::SPHERES:
+        _writeSpheres(system, look, static_cast<SphereRecord*>(_open(most * sizeof(SphereRecord))));
+        break;
+    case ParticleMode::POINTS: {
+        auto* const records = static_cast<PointRecord*>(_open(most * sizeof(PointRecord)));
+        if (hasSizes(system, look)) {
+            _writePointsBySize(system, look, records);
+        } else {
+            _writePoints(system, look, records);
+        }
+        break;
+    }
     }
 }
 
-void ColoredParticles::_writeInOrder(ParticleSystem_v2 const& system, ParticleLook const& look,
-                                     Record* records) {
-    Record* out = records;
+void ColoredParticles::_writePoints(ParticleSystem_v2 const& system, ParticleLook const& look,
+                                    PointRecord* records) {
+    PointRecord* out = records;
+    forEachDrawn(system, look.percent, [&](ParticleSystemChunk_v2 const& chunk) {
+        return [&out, colors = ShownColors(chunk, look, true)](unsigned int slot,
+                                                               Vector3<float> const& position) {
+            *out++ = {position, colors[slot]};
+        };
+    });
+    recordCount = static_cast<unsigned int>(out - records);
+    groups.push_back({1, 0, recordCount});
+}
+
+void ColoredParticles::_writeSpheres(ParticleSystem_v2 const& system, ParticleLook const& look,
+                                     SphereRecord* records) {
+    SphereRecord* out = records;
     bool const areSized = hasSizes(system, look);
     bool const areColored = hasColors(system, look);
     forEachDrawn(system, look.percent, [&](ParticleSystemChunk_v2 const& chunk) {
@@ -197,14 +217,13 @@ void ColoredParticles::_writeInOrder(ParticleSystem_v2 const& system, ParticleLo
         };
     });
     recordCount = static_cast<unsigned int>(out - records);
-    groups.push_back({1, 0, recordCount});
 }
 
 // Sorted by counting: points of one size lie side by side.
-void ColoredParticles::_writeBySize(ParticleSystem_v2 const& system, ParticleLook const& look,
-                                    Record* records) {
+void ColoredParticles::_writePointsBySize(ParticleSystem_v2 const& system, ParticleLook const& look,
+                                          PointRecord* records) {
     SizeNumbers sizes;
-    std::vector<unsigned short> numbers;  // of the particles that are drawn
+    numbers.clear();
     numbers.reserve(drawnOf(system.size(), look.percent));
     constexpr unsigned short NO_SIZE = SizeNumbers::MOST + 1;
     bool areTooMany = false;
@@ -249,7 +268,7 @@ void ColoredParticles::_writeBySize(ParticleSystem_v2 const& system, ParticleLoo
         return [&, colors = ShownColors(chunk, look, areColored)](unsigned int slot,
                                                                   Vector3<float> const& position) {
             if (*number != NO_SIZE) {
-                records[ends[*number]++] = {position, colors[slot], sizes[*number]};
+                records[ends[*number]++] = {position, colors[slot]};
             }
             ++number;
         };
@@ -335,7 +354,7 @@ void ColoredParticles::_deleteBuffer() {
 
 // == Drawing ==
 
-void ColoredParticles::_openArrays(int components) {
+void ColoredParticles::_openArrays() {
     if (bufferId != 0) {
         VL_Raster->bindBuffer(BufferTarget::ARRAY_BUFFER, bufferId);
     }
@@ -352,9 +371,11 @@ void ColoredParticles::_openArrays(int components) {
         glNormalPointer(GL_FLOAT, sizeof(ArrowRecord), at(offsetof(ArrowRecord, color)));
         return;
     }
-    static_assert(offsetof(Record, size) == offsetof(Record, color) + sizeof(Vector3<float>));
-    VL_Raster->vertexPointer(3, DataType::FLOAT, sizeof(Record), at(0));
-    VL_Raster->colorPointer(components, DataType::FLOAT, sizeof(Record), at(offsetof(Record, color)));
+    static_assert(offsetof(PointRecord, color) == offsetof(SphereRecord, color));
+    static_assert(offsetof(SphereRecord, size) == offsetof(SphereRecord, color) + sizeof(Vector3<float>));
+    std::size_t const stride = areSpheres ? sizeof(SphereRecord) : sizeof(PointRecord);
+    VL_Raster->vertexPointer(3, DataType::FLOAT, stride, at(0));
+    VL_Raster->colorPointer(areSpheres ? 4 : 3, DataType::FLOAT, stride, at(offsetof(PointRecord, color)));
 }
 
 void ColoredParticles::_closeArrays() const {
@@ -373,7 +394,7 @@ ParticlePath ColoredParticles::drawPoints(float pixels, float smallest) {
         return ParticlePath::NONE;
     }
     FixedPass const pass;
-    _openArrays(COLOR);
+    _openArrays();
     for (Group const& group : groups) {
         VL_Raster->setPointSize(std::max(pixels * group.size, smallest));
         VL_Raster->drawArrays(Primitive::POINTS, group.first, group.count);
@@ -405,7 +426,7 @@ void ColoredParticles::_drawWith(std::unique_ptr<Effect>& effect, float size) {
     effect->init();
     effect->setSize(size);
     effect->preprocess();
-    _openArrays(COLOR_AND_SIZE);
+    _openArrays();
     VL_Raster->drawArrays(Primitive::POINTS, 0, recordCount);
     _closeArrays();
     effect->postprocess();

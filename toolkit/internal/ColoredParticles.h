@@ -53,7 +53,8 @@ public:
     ParticlePath drawWithEffect(float size);
 
 private:
-    struct Record;
+    struct PointRecord;
+    struct SphereRecord;
     struct ArrowRecord;
     class SizeNumbers;
 
@@ -64,14 +65,15 @@ private:
         unsigned int count;
     };
 
-    void _writeInOrder(ParticleSystem_v2 const& system, ParticleLook const& look, Record* records);
-    void _writeBySize(ParticleSystem_v2 const& system, ParticleLook const& look, Record* records);
+    void _writePoints(ParticleSystem_v2 const& system, ParticleLook const& look, PointRecord* records);
+    void _writePointsBySize(ParticleSystem_v2 const& system, ParticleLook const& look, PointRecord* records);
+    void _writeSpheres(ParticleSystem_v2 const& system, ParticleLook const& look, SphereRecord* records);
     void _writeArrows(ParticleSystem_v2 const& system, ParticleLook const& look, ArrowRecord* records);
     void* _open(std::size_t bytes);
     void* _openBuffer(std::size_t bytes);
     void _close();
     void _deleteBuffer();
-    void _openArrays(int components);
+    void _openArrays();
     void _closeArrays() const;
     template <class Effect>
     void _drawWith(std::unique_ptr<Effect>& effect, float size);
@@ -79,10 +81,13 @@ private:
     std::optional<bool> hasBuffers;  // of the driver
     unsigned int bufferId = 0;       // 0: the records are in main memory
     std::vector<float> host;
-    bool areArrows = false;
+    bool areArrows = false;   // as they were filled, else
+    bool areSpheres = false;  // else points
     unsigned int recordCount = 0;
     double vectorUnit = 1;
     std::vector<Group> groups;  // of points
+    std::vector<unsigned short>
+        numbers;  // of the sizes of points; kept because moving particles need it every frame
     std::unique_ptr<ColoredSpheres> spheres;
     std::unique_ptr<ColoredArrows> arrows;
 };

@@ -126,7 +126,8 @@ public:
     }
 
 private:
-    static float _part(float value) { return value > 0 ? std::min(value, 1.0F) : 0.0F; }  // NaN is 0
+    // In this order of arguments NaN gives 0, and no branch is needed.
+    static float _part(float value) { return std::max(0.0F, std::min(value, 1.0F)); }
 
     ParticleLook const& look;
     Vector3<float> const* own;
