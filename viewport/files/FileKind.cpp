@@ -7,36 +7,52 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
+#include <system_error>
 
 namespace vellum::viewport {
 
 namespace {
 
 // Meshes are not read compressed, so ".gz" is one of them.
-constexpr char const* PARTICLE_EXTENSIONS[] = {".lammpstrj", ".lammpsdump", ".dump", ".xyz",
-                                               ".extxyz",    ".exyz",       ".csv",  ".gz"};
+constexpr char const* PARTICLE_EXTENSIONS[] = {".lammpstrj", ".lammpsdump", ".dump", ".data", ".lmp", ".xyz",
+                                               ".extxyz",    ".exyz",       ".csv",  ".gz",   ".zst", ".xz"};
 
 bool isParticleExtension(std::string const& extension) {
     return std::find(std::begin(PARTICLE_EXTENSIONS), std::end(PARTICLE_EXTENSIONS), extension) !=
            std::end(PARTICLE_EXTENSIONS);
 }
 
+bool hasSignature(ParticleFormat format) {
+    return format != ParticleFormat::XYZ && format != ParticleFormat::CSV;
+}
+
+std::string extensionOf(std::string const& path) {
+    return lowerCase(std::filesystem::path(path).extension().string());
+}
+
 }  // namespace
 
 bool isParticleFile(std::string const& path) {
-    std::string const extension = lowerCase(std::filesystem::path(path).extension().string());
-    Result<ParticleFormat> const format = ParticleFile(path).format();
+    std::error_code ignored;
+    // A pipe that is opened here could not be read again.
+    if (InputFile::isStandardInput(path) || std::filesystem::is_fifo(path, ignored)) {
+        return isParticleExtension(extensionOf(path));
+    }
+    Result<InputFile> const file = InputFile::open(path);
+    return file.isOk() ? isParticleFile(file.value()) : isParticleExtension(extensionOf(path));
+}
+
+bool isParticleFile(InputFile const& file) {
+    std::string const extension = extensionOf(file.name());
+    Result<ParticleFormat> const format = ParticleFile(file).format();
     if (!format.isOk()) {
         return isParticleExtension(extension);
-    }
-    if (format.value() == ParticleFormat::LAMMPS_DUMP || format.value() == ParticleFormat::PLY) {
-        return true;
     }
     // A comment "# v x y z" at the top of a mesh file reads like the column names of a CSV file. PLY files
     // always have their signature: without it the name says nothing.
     bool const isNamedAsMesh =
         !isParticleExtension(extension) && extension != ".ply" && isMeshExtension(extension);
-    return !isNamedAsMesh;
+    return hasSignature(format.value()) || !isNamedAsMesh;
 }
 
 }  // namespace vellum::viewport

@@ -5,10 +5,13 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 using vellum::viewport::isParticleFile;
 
 TEST(FileKind, namesDecideWhereNothingCanBeRead) {
-    for (char const* const name : {"a.lammpstrj", "a.dump", "a.xyz", "a.XYZ", "a.extxyz", "a.csv", "a.gz"}) {
+    for (char const* const name : {"a.lammpstrj", "a.dump", "a.xyz", "a.XYZ", "a.extxyz", "a.csv", "a.gz",
+                                   "a.zst", "a.xz", "a.data"}) {
         EXPECT_TRUE(isParticleFile(std::string("/nonexistent/") + name)) << name;
     }
 }
@@ -38,6 +41,15 @@ TEST(FileKind, theContentOfPlyFilesDecides) {
                                             "property float y\nproperty float z\nend_header\n0 0 0\n")));
     EXPECT_FALSE(isParticleFile(folder.file("gone.ply")));
     EXPECT_FALSE(isParticleFile(folder.write("noise.ply", mesh_texts::noise(500))));
+}
+
+TEST(FileKind, pipesAreNotOpenedByTheirPaths) {
+    TemporaryFolder const folder;
+    ASSERT_EQ(mkfifo(folder.file("a.xyz").c_str(), 0600), 0);
+    ASSERT_EQ(mkfifo(folder.file("a.obj").c_str(), 0600), 0);
+    EXPECT_TRUE(isParticleFile(folder.file("a.xyz")));
+    EXPECT_FALSE(isParticleFile(folder.file("a.obj")));
+    EXPECT_FALSE(isParticleFile("-"));
 }
 
 TEST(FileKind, whereNamesSayNothingTheContentDecides) {

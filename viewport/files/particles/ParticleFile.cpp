@@ -1,7 +1,6 @@
 #include "viewport/files/particles/ParticleFile.h"
 
-#include "viewport/files/common/Gunzip.h"
-#include "viewport/files/common/MappedFile.h"
+#include "viewport/files/common/Decompress.h"
 #include "viewport/files/common/PlyHeader.h"
 #include "viewport/files/particles/CsvFile.h"
 #include "viewport/files/particles/LammpsBinary.h"
@@ -21,8 +20,9 @@ namespace vellum::viewport {
 namespace {
 
 constexpr std::size_t BEGINNING_SIZE = std::size_t(1) << 16;
-constexpr char const* NOT_UNDERSTOOD = "is not a particle file that is understood: a LAMMPS dump, XYZ, CSV "
-                                       "with x, y and z, or PLY without faces";
+constexpr char const* NOT_UNDERSTOOD =
+    "is not a particle file that is understood: a LAMMPS dump or data file, "
+    "XYZ, CSV with x, y and z, or PLY without faces";
 constexpr char const* NO_MEMORY = "there is not enough memory for its particles";
 
 bool isPly(std::string_view bytes) {
@@ -48,25 +48,47 @@ bool isXyz(std::string_view bytes) {
     return toCount(takeWord(line)).has_value() && takeWord(line).empty();
 }
 
-Result<LoadedFrame> readBytes(std::string_view bytes, std::optional<std::size_t> frame,
-                              Progress const& progress) {
-    if (isPly(bytes)) {
+struct NamedFormat {
+    char const* name;
+    ParticleFormat format;
+};
+
+constexpr NamedFormat FORMATS[] = {
+    {"lammps-dump", ParticleFormat::LAMMPS_DUMP},
+    {"lammps-dump-binary", ParticleFormat::LAMMPS_BINARY},
+    {"lammps-data", ParticleFormat::LAMMPS_DATA},
+    {"xyz", ParticleFormat::XYZ},
+    {"csv", ParticleFormat::CSV},
+    {"ply", ParticleFormat::PLY},
+};
+
+/// What a load asks for.
+struct Request {
+    std::optional<ParticleFormat> format;  // nothing: what the content shows
+    std::optional<std::size_t> frame;
+};
+
+Result<LoadedFrame> readBytes(std::string_view bytes, Request const& request, Progress const& progress) {
+    if (!request.format && isPly(bytes)) {
         // Not asked for its format first: the faults of the reader say more, as that the file is a mesh.
         return readPlyPoints(bytes, progress);
     }
-    std::optional<ParticleFormat> const format = particleFormatOf(bytes.substr(0, BEGINNING_SIZE));
+    std::optional<ParticleFormat> const format =
+        request.format ? request.format : particleFormatOf(bytes.substr(0, BEGINNING_SIZE));
     if (!format) {
         return Fault{{}, NOT_UNDERSTOOD};
     }
     switch (*format) {
     case ParticleFormat::LAMMPS_DUMP:
-        return readLammpsDump(bytes, frame, progress);
+        return readLammpsDump(bytes, request.frame, progress);
     case ParticleFormat::LAMMPS_BINARY:
-        return readLammpsBinary(bytes, frame, progress);
+        return readLammpsBinary(bytes, request.frame, progress);
     case ParticleFormat::LAMMPS_DATA:
         return readLammpsData(bytes, progress);
     case ParticleFormat::XYZ:
-        return readXyz(bytes, frame, progress);
+        return readXyz(bytes, request.frame, progress);
+    case ParticleFormat::PLY:
+        return readPlyPoints(bytes, progress);
     default:
         return readCsv(bytes, progress);
     }
@@ -74,7 +96,7 @@ Result<LoadedFrame> readBytes(std::string_view bytes, std::optional<std::size_t>
 
 /// The whole text is held in memory: the frames of a compressed file cannot be found again without
 /// uncompressing it from the start.
-Result<LoadedFrame> readCompressed(std::string_view compressed, std::optional<std::size_t> frame,
+Result<LoadedFrame> readCompressed(std::string_view compressed, Request const& request,
                                    Progress const& progress) {
     std::uint64_t const size = compressed.size();
     Progress uncompressing;
@@ -87,12 +109,13 @@ Result<LoadedFrame> readCompressed(std::string_view compressed, std::optional<st
             progress(size + static_cast<std::uint64_t>(part * static_cast<double>(size)), 2 * size);
         };
     }
-    Result<GunzippedText> const text = gunzip(compressed, ParticleFile::LARGEST_UNCOMPRESSED, uncompressing);
+    Result<DecompressedText> const text =
+        decompress(compressed, ParticleFile::LARGEST_UNCOMPRESSED, uncompressing);
     if (!text.isOk()) {
         return text.fault();
     }
-    Result<LoadedFrame> result = readBytes(text.value().bytes(), frame, reading);
-    if (!text.value().isCutOff()) {
+    Result<LoadedFrame> result = readBytes(text.value().buffer.bytes(), request, reading);
+    if (!text.value().isCutOff) {
         return result;
     }
     std::string const warning = "the compressed data are cut off";
@@ -125,32 +148,56 @@ std::optional<ParticleFormat> particleFormatOf(std::string_view bytes) {
     return isCsvOfParticles(bytes) ? std::optional<ParticleFormat>(ParticleFormat::CSV) : std::nullopt;
 }
 
-ParticleFile::ParticleFile(std::string const& path) : path(path) {}
+std::optional<ParticleFormat> particleFormatNamed(std::string_view name) {
+    for (NamedFormat const& each : FORMATS) {
+        if (name == each.name) {
+            return each.format;
+        }
+    }
+    return std::nullopt;
+}
+
+std::vector<std::string> particleFormatNames() {
+    std::vector<std::string> names;
+    for (NamedFormat const& each : FORMATS) {
+        names.emplace_back(each.name);
+    }
+    return names;
+}
+
+ParticleFile::ParticleFile(std::string const& path, std::optional<ParticleFormat> format)
+    : file(InputFile::open(path)), known(format) {}
+
+ParticleFile::ParticleFile(InputFile const& file, std::optional<ParticleFormat> format)
+    : file(file), known(format) {}
 
 Result<ParticleFormat> ParticleFile::format() const {
-    Result<MappedFile> const file = MappedFile::open(path);
     if (!file.isOk()) {
         return file.fault();
+    }
+    if (known) {
+        return *known;
     }
     std::string_view bytes = file.value().bytes().substr(0, BEGINNING_SIZE);
     std::string uncompressed;
-    if (isGzip(bytes)) {
-        uncompressed = gunzipStart(file.value().bytes(), BEGINNING_SIZE);
+    if (isCompressed(bytes)) {
+        uncompressed = decompressStart(file.value().bytes(), BEGINNING_SIZE);
         bytes = uncompressed;
     }
     std::optional<ParticleFormat> const format = particleFormatOf(bytes);
-    return format ? Result<ParticleFormat>(*format) : Fault{path, NOT_UNDERSTOOD};
+    return format ? Result<ParticleFormat>(*format) : Fault{file.value().name(), NOT_UNDERSTOOD};
 }
 
 Result<LoadedFrame> ParticleFile::load(std::optional<std::size_t> frame, Progress const& progress) const {
-    Result<MappedFile> const file = MappedFile::open(path);
     if (!file.isOk()) {
         return file.fault();
     }
+    std::string const& path = file.value().name();
     std::string_view const bytes = file.value().bytes();
+    Request const request{known, frame};
     try {
-        Result<LoadedFrame> result =
-            isGzip(bytes) ? readCompressed(bytes, frame, progress) : readBytes(bytes, frame, progress);
+        Result<LoadedFrame> result = isCompressed(bytes) ? readCompressed(bytes, request, progress)
+                                                         : readBytes(bytes, request, progress);
         if (!result.isOk()) {
             return Fault{path, result.fault().message};
         }

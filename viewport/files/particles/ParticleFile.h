@@ -1,5 +1,6 @@
 #pragma once
 
+#include "viewport/files/common/InputFile.h"
 #include "viewport/files/common/Progress.h"
 #include "viewport/files/particles/ParticleFrame.h"
 #include "viewport/text/Fault.h"
@@ -9,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vellum::viewport {
 
@@ -18,21 +20,33 @@ enum class ParticleFormat { LAMMPS_DUMP, LAMMPS_BINARY, LAMMPS_DATA, XYZ, CSV, P
 /// with a PLY file that has faces. The first 64 KiB are enough.
 std::optional<ParticleFormat> particleFormatOf(std::string_view bytes);
 
+/// The format of that name, as in "lammps-dump"; nothing where there is none.
+std::optional<ParticleFormat> particleFormatNamed(std::string_view name);
+
+/// The names of all formats.
+std::vector<std::string> particleFormatNames();
+
 /// A particle file that a user named: the way from its path to a frame that can be drawn.
 ///
 ///     Result<LoadedFrame> const particles = ParticleFile("melt.lammpstrj").load(std::nullopt, {});
 ///     if (!particles.isOk())
 ///         std::cerr << particles.fault().line() << '\n';
 ///
-/// Reads LAMMPS dumps, XYZ and extended XYZ, CSV with a line of names and the vertices of PLY files, also
-/// compressed by gzip. The format is detected from the content, not from the name. Any file may be named;
-/// none makes it throw or crash, or take more memory than its text and one frame call for.
+/// Reads LAMMPS dumps, text and binary, and data files, XYZ and extended XYZ, CSV with a line of names and the
+/// vertices of PLY files, also compressed by gzip, zstd or xz. The format is detected from the content, not from
+/// the name, unless it is given. Any file may be named; none makes it throw or crash, or take more memory than its
+/// text and one frame call for.
 class ParticleFile {
 public:
     /// The most bytes that a compressed file may hold.
     static constexpr std::uint64_t LARGEST_UNCOMPRESSED = std::uint64_t(1) << 33;
 
-    explicit ParticleFile(std::string const& path);
+    /// Opens the file (see InputFile).
+    /// \param format nothing: what the content shows
+    explicit ParticleFile(std::string const& path, std::optional<ParticleFormat> format = std::nullopt);
+
+    /// A file that is open already, such as a pipe.
+    explicit ParticleFile(InputFile const& file, std::optional<ParticleFormat> format = std::nullopt);
 
     /// Looks at the file's beginning only. A file that cannot be read or is not a particle file is a fault.
     Result<ParticleFormat> format() const;
@@ -45,7 +59,8 @@ public:
     Result<LoadedFrame> load(std::optional<std::size_t> frame, Progress const& progress) const;
 
 private:
-    std::string path;
+    Result<InputFile> file;
+    std::optional<ParticleFormat> known;  // given by the user
 };
 
 }  // namespace vellum::viewport

@@ -1,6 +1,7 @@
 #include "viewport/files/particles/ParticleFile.h"
 
 #include "tests/support/TemporaryFolder.h"
+#include "tests/viewport/files/common/compressed_texts.h"
 #include "tests/viewport/files/mesh/mesh_texts.h"
 #include "tests/viewport/files/particles/particle_texts.h"
 
@@ -8,30 +9,14 @@
 
 #include <algorithm>
 
-#define ZLIB_CONST
-#include <zlib.h>
-
 using namespace vellum;
 using namespace vellum::viewport;
+using compressed_texts::gzip;
 using particle_texts::dump;
 using particle_texts::nobody;
 using testing::HasSubstr;
 
 namespace {
-
-std::string gzip(std::string const& text) {
-    z_stream stream{};
-    deflateInit2(&stream, Z_BEST_SPEED, Z_DEFLATED, 16 + MAX_WBITS, 8, Z_DEFAULT_STRATEGY);
-    std::string bytes(deflateBound(&stream, text.size()) + 64, '\0');
-    stream.next_in = reinterpret_cast<Bytef const*>(text.data());
-    stream.avail_in = static_cast<uInt>(text.size());
-    stream.next_out = reinterpret_cast<Bytef*>(bytes.data());
-    stream.avail_out = static_cast<uInt>(bytes.size());
-    EXPECT_EQ(deflate(&stream, Z_FINISH), Z_STREAM_END);
-    bytes.resize(stream.total_out);
-    deflateEnd(&stream);
-    return bytes;
-}
 
 std::string const points = "ply\nformat ascii 1.0\nelement vertex 1\nproperty float x\nproperty float y\n"
                            "property float z\nend_header\n1 2 3\n";
@@ -54,7 +39,9 @@ TEST(ParticleFile, theContentTellsTheFormat) {
     TemporaryFolder const folder;
     for (Row const& row : {Row{dump, ParticleFormat::LAMMPS_DUMP}, Row{"1\n\nH 0 0 0\n", ParticleFormat::XYZ},
                            Row{"x,y,z\n1,2,3\n", ParticleFormat::CSV}, Row{points, ParticleFormat::PLY}}) {
-        for (std::string const& content : {row.content, gzip(row.content)}) {
+        for (std::string const& content :
+             {row.content, gzip(row.content), compressed_texts::zstd(row.content),
+              compressed_texts::xz(row.content)}) {
             ParticleFile const file(folder.write("some.dat", content));
             Result<ParticleFormat> const format = file.format();
             ASSERT_TRUE(format.isOk());
@@ -116,6 +103,29 @@ TEST(ParticleFile, aFrameWithoutParticlesIsAFault) {
     EXPECT_EQ(faultOf(two.load(0, nobody)), "");
 }
 
+TEST(ParticleFile, aFormatThatIsGivenIsNotGuessed) {
+    TemporaryFolder const folder;
+    ParticleFile const file(folder.write("numbers", "1\n\n0 0 0\n"), ParticleFormat::CSV);
+    EXPECT_EQ(file.format().value(), ParticleFormat::CSV);
+    EXPECT_EQ(faultOf(file.load(std::nullopt, nobody)), "line 1: no columns x, y and z are named");
+    for (std::string const& name : particleFormatNames()) {
+        EXPECT_TRUE(particleFormatNamed(name).has_value()) << name;
+    }
+    EXPECT_EQ(particleFormatNamed("lammps-dump-binary"), ParticleFormat::LAMMPS_BINARY);
+    EXPECT_FALSE(particleFormatNamed("stl").has_value());
+}
+
+TEST(ParticleFile, aFileThatIsOpenIsNotOpenedAgain) {
+    TemporaryFolder const folder;
+    std::string const path = folder.write("melt", dump);
+    Result<InputFile> const opened = InputFile::open(path);
+    ASSERT_TRUE(opened.isOk());
+    std::filesystem::remove(path);
+    ParticleFile const file(opened.value());
+    EXPECT_EQ(file.format().value(), ParticleFormat::LAMMPS_DUMP);
+    EXPECT_EQ(file.load(0, nobody).value().frame.file, path);
+}
+
 TEST(ParticleFile, damageHasFileLineAndReason) {
     TemporaryFolder const folder;
     std::string const path = folder.write("melt.dump", "ITEM: TIMESTEP\nnow\n");
@@ -157,6 +167,30 @@ TEST(ParticleFile, membersFollowOneAnother) {
 
 TEST(ParticleFile, ofCompressedDataCutOffTheCompleteFramesAreGiven) {
     TemporaryFolder const folder;
+    std::size_t const second = dump.find("ITEM: TIMESTEP\n200");
+    for (compressed_texts::Codec const& codec : compressed_texts::CODECS) {
+        // Two members: what is before the last one is complete even where a codec gives whole blocks only.
+        std::string const first = codec.compress(dump.substr(0, second + 10));
+        std::string const whole = first + codec.compress(dump.substr(second + 10));
+        bool hadOneFrame = false;
+        for (std::size_t size = 1; size < whole.size(); ++size) {
+            // Between the members the text is complete to the codec, and cut off to the reader of dumps.
+            if (size == first.size()) {
+                continue;
+            }
+            Result<LoadedFrame> const result =
+                ParticleFile(folder.write("cut.gz", whole.substr(0, size))).load(std::nullopt, nobody);
+            if (result.isOk()) {
+                bool const isBehindFirst = size > first.size();
+                EXPECT_NE(result.value().warning, "") << codec.name << size;
+                hadOneFrame = hadOneFrame || (isBehindFirst && result.value().count == 1);
+            } else {
+                EXPECT_NE(result.fault().message, "");
+            }
+        }
+        EXPECT_TRUE(hadOneFrame) << codec.name;
+    }
+    // Of one member, what gzip gives of it.
     std::string const whole = gzip(dump);
     bool hadOneFrame = false;
     for (std::size_t size = 1; size < whole.size(); ++size) {

@@ -1,0 +1,22 @@
+#include "viewport/files/common/ByteBuffer.h"
+
+#include <algorithm>
+
+namespace vellum::viewport {
+
+bool ByteBuffer::makeRoom() {
+    if (room() > 0) {
+        return true;
+    }
+    std::size_t const capacity = std::max(std::size_t(1) << 16, 2 * reserved);
+    void* const larger = std::realloc(start.get(), capacity);
+    if (larger == nullptr) {
+        return false;
+    }
+    static_cast<void>(start.release());
+    start.reset(static_cast<char*>(larger));
+    reserved = capacity;
+    return true;
+}
+
+}  // namespace vellum::viewport

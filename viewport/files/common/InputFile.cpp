@@ -1,0 +1,105 @@
+#include "viewport/files/common/InputFile.h"
+
+#include "viewport/files/common/ByteBuffer.h"
+#include "viewport/files/common/MappedFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vellum::viewport {
+
+namespace {
+
+std::string systemReason(char const* what) {
+    return std::string(what) + ": " + std::strerror(errno);
+}
+
+/// Whether reading comes to an end by itself: not that of devices such as /dev/zero.
+bool isStream(int descriptor, mode_t kind) {
+    return S_ISFIFO(kind) || S_ISSOCK(kind) || (S_ISCHR(kind) && ::isatty(descriptor) != 0);
+}
+
+Result<std::shared_ptr<ByteBuffer const>> readAll(int descriptor, std::string const& path) {
+    constexpr std::size_t LARGEST_STEP = std::size_t(1) << 22;
+    auto buffer = std::make_shared<ByteBuffer>();
+    while (true) {
+        if (!buffer->makeRoom()) {
+            return Fault{path, "there is not enough memory for what it holds"};
+        }
+        ssize_t const count = ::read(descriptor, buffer->end(), std::min(buffer->room(), LARGEST_STEP));
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count < 0) {
+            return Fault{path, systemReason("cannot be read")};
+        }
+        if (count == 0) {
+            break;
+        }
+        buffer->append(static_cast<std::size_t>(count));
+        if (buffer->size() > InputFile::LARGEST_PIPE) {
+            return Fault{path, "holds more than " + std::to_string(InputFile::LARGEST_PIPE) + " bytes"};
+        }
+    }
+    if (buffer->size() == 0) {
+        return Fault{path, "the file is empty"};
+    }
+    return std::shared_ptr<ByteBuffer const>(buffer);
+}
+
+/// Closes what was opened, but not standard input.
+class Descriptor {
+public:
+    explicit Descriptor(std::string const& path)
+        : isOwned(!InputFile::isStandardInput(path))
+        , number(isOwned ? ::open(path.c_str(), O_RDONLY | O_CLOEXEC) : STDIN_FILENO) {}
+    ~Descriptor() {
+        if (isOwned && number >= 0) {
+            ::close(number);
+        }
+    }
+    Descriptor(Descriptor const&) = delete;
+    Descriptor& operator=(Descriptor const&) = delete;
+
+    int get() const { return number; }
+
+private:
+    bool isOwned;
+    int number;
+};
+
+}  // namespace
+
+Result<InputFile> InputFile::open(std::string const& path) {
+    struct stat facts {};
+    bool const isStandard = isStandardInput(path);
+    // Asked by name first: a device may block when it is opened.
+    int const known = isStandard ? ::fstat(STDIN_FILENO, &facts) : ::stat(path.c_str(), &facts);
+    bool const isPipe =
+        known == 0 && (isStandard ? isStream(STDIN_FILENO, facts.st_mode) : S_ISFIFO(facts.st_mode));
+    if (!isPipe) {
+        Result<MappedFile> mapped = MappedFile::open(isStandard ? "/dev/stdin" : path);
+        if (!mapped.isOk()) {
+            return Fault{path, mapped.fault().message};
+        }
+        auto const file = std::make_shared<MappedFile const>(std::move(mapped.value()));
+        return InputFile(path, file, file->bytes(), isStandard);
+    }
+    Descriptor const descriptor(path);
+    if (descriptor.get() < 0) {
+        return Fault{path, systemReason("cannot be opened")};
+    }
+    Result<std::shared_ptr<ByteBuffer const>> const buffer = readAll(descriptor.get(), path);
+    if (!buffer.isOk()) {
+        return buffer.fault();
+    }
+    return InputFile(path, buffer.value(), buffer.value()->bytes(), true);
+}
+
+}  // namespace vellum::viewport
