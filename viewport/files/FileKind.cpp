@@ -14,8 +14,9 @@ namespace vellum::viewport {
 namespace {
 
 // Meshes are not read compressed, so ".gz" is one of them.
-constexpr char const* PARTICLE_EXTENSIONS[] = {".lammpstrj", ".lammpsdump", ".dump", ".data", ".lmp", ".xyz",
-                                               ".extxyz",    ".exyz",       ".csv",  ".gz",   ".zst", ".xz"};
+constexpr char const* PARTICLE_EXTENSIONS[] = {".lammpstrj", ".lammpsdump", ".dump", ".data", ".lmp",
+                                               ".xyz",       ".extxyz",     ".exyz", ".csv",  ".gz",
+                                               ".zst",       ".xz",         ".las",  ".laz"};
 
 bool isParticleExtension(std::string const& extension) {
     return std::find(std::begin(PARTICLE_EXTENSIONS), std::end(PARTICLE_EXTENSIONS), extension) !=
@@ -23,7 +24,7 @@ bool isParticleExtension(std::string const& extension) {
 }
 
 bool hasSignature(ParticleFormat format) {
-    return format != ParticleFormat::XYZ && format != ParticleFormat::CSV;
+    return format != ParticleFormat::XYZ && format != ParticleFormat::CSV && format != ParticleFormat::OBJ;
 }
 
 std::string extensionOf(std::string const& path) {
@@ -50,8 +51,9 @@ bool isParticleFile(InputFile const& file) {
     }
     // A comment "# v x y z" at the top of a mesh file reads like the column names of a CSV file. PLY files
     // always have their signature: without it the name says nothing.
-    bool const isNamedAsMesh =
-        !isParticleExtension(extension) && extension != ".ply" && isMeshExtension(extension);
+    bool const isItsName =
+        extension == ".ply" || (extension == ".obj" && format.value() == ParticleFormat::OBJ);
+    bool const isNamedAsMesh = !isParticleExtension(extension) && !isItsName && isMeshExtension(extension);
     return hasSignature(format.value()) || !isNamedAsMesh;
 }
 

@@ -19,11 +19,19 @@ TEST(FileKind, namesDecideWhereNothingCanBeRead) {
 TEST(FileKind, namesOfMeshFilesOutrankTextsWithoutASignature) {
     TemporaryFolder const folder;
     for (char const* const name : {"a.obj", "a.stl", "a.off", "a.glb"}) {
-        for (char const* const text : {"1\n\nH 0 0 0\n", "# v x y z\nv 0 0 0\n", "nothing of this kind\n"}) {
+        for (char const* const text :
+             {"1\n\nH 0 0 0\n", "# v x y z\nv 0 0 0\nf 1 1 1\n", "nothing of this kind\n"}) {
             EXPECT_FALSE(isParticleFile(folder.write(name, text))) << name << text;
         }
     }
     EXPECT_TRUE(isParticleFile(folder.write("a.txt", "# v x y z\n1 0 0 0\n")));
+}
+
+TEST(FileKind, objFilesOfPointsAreParticles) {
+    TemporaryFolder const folder;
+    EXPECT_TRUE(isParticleFile(folder.write("a.obj", "# v x y z\nv 0 0 0\n")));
+    EXPECT_FALSE(isParticleFile(folder.write("a.off", "# v x y z\nv 0 0 0\n")));
+    EXPECT_FALSE(isParticleFile(folder.write("b.obj", mesh_texts::triangleObj)));
 }
 
 TEST(FileKind, aSignatureOutranksTheName) {

@@ -6,6 +6,8 @@
 #include "viewport/files/particles/LammpsBinary.h"
 #include "viewport/files/particles/LammpsData.h"
 #include "viewport/files/particles/LammpsDump.h"
+#include "viewport/files/particles/LasFile.h"
+#include "viewport/files/particles/ObjPoints.h"
 #include "viewport/files/particles/PlyPoints.h"
 #include "viewport/files/particles/XyzFile.h"
 #include "viewport/text/TextLines.h"
@@ -22,7 +24,7 @@ namespace {
 constexpr std::size_t BEGINNING_SIZE = std::size_t(1) << 16;
 constexpr char const* NOT_UNDERSTOOD =
     "is not a particle file that is understood: a LAMMPS dump or data file, "
-    "XYZ, CSV with x, y and z, or PLY without faces";
+    "XYZ, CSV with x, y and z, LAS, or PLY or OBJ without faces";
 constexpr char const* NO_MEMORY = "there is not enough memory for its particles";
 
 bool isPly(std::string_view bytes) {
@@ -60,6 +62,8 @@ constexpr NamedFormat FORMATS[] = {
     {"xyz", ParticleFormat::XYZ},
     {"csv", ParticleFormat::CSV},
     {"ply", ParticleFormat::PLY},
+    {"las", ParticleFormat::LAS},
+    {"obj-points", ParticleFormat::OBJ},
 };
 
 /// What a load asks for.
@@ -73,8 +77,7 @@ Result<LoadedFrame> readBytes(std::string_view bytes, Request const& request, Pr
         // Not asked for its format first: the faults of the reader say more, as that the file is a mesh.
         return readPlyPoints(bytes, progress);
     }
-    std::optional<ParticleFormat> const format =
-        request.format ? request.format : particleFormatOf(bytes.substr(0, BEGINNING_SIZE));
+    std::optional<ParticleFormat> const format = request.format ? request.format : particleFormatOf(bytes);
     if (!format) {
         return Fault{{}, NOT_UNDERSTOOD};
     }
@@ -89,6 +92,10 @@ Result<LoadedFrame> readBytes(std::string_view bytes, Request const& request, Pr
         return readXyz(bytes, request.frame, progress);
     case ParticleFormat::PLY:
         return readPlyPoints(bytes, progress);
+    case ParticleFormat::LAS:
+        return readLas(bytes, progress);
+    case ParticleFormat::OBJ:
+        return readObjPoints(bytes, progress);
     default:
         return readCsv(bytes, progress);
     }
@@ -130,22 +137,29 @@ Result<LoadedFrame> readCompressed(std::string_view compressed, Request const& r
 }  // namespace
 
 std::optional<ParticleFormat> particleFormatOf(std::string_view bytes) {
-    if (isPly(bytes)) {
-        return hasFaces(bytes) ? std::nullopt : std::optional<ParticleFormat>(ParticleFormat::PLY);
+    std::string_view const beginning = bytes.substr(0, BEGINNING_SIZE);
+    if (isPly(beginning)) {
+        return hasFaces(beginning) ? std::nullopt : std::optional<ParticleFormat>(ParticleFormat::PLY);
     }
-    if (bytes.substr(0, 5) == "ITEM:") {
+    if (beginning.substr(0, 5) == "ITEM:") {
         return ParticleFormat::LAMMPS_DUMP;
     }
-    if (isLammpsBinary(bytes)) {
+    if (isLas(beginning)) {
+        return ParticleFormat::LAS;
+    }
+    if (isLammpsBinary(beginning)) {
         return ParticleFormat::LAMMPS_BINARY;
     }
-    if (isLammpsData(bytes)) {
+    if (isLammpsData(beginning)) {
         return ParticleFormat::LAMMPS_DATA;
     }
-    if (isXyz(bytes)) {
+    if (isXyz(beginning)) {
         return ParticleFormat::XYZ;
     }
-    return isCsvOfParticles(bytes) ? std::optional<ParticleFormat>(ParticleFormat::CSV) : std::nullopt;
+    if (isObjOfPoints(bytes)) {
+        return ParticleFormat::OBJ;
+    }
+    return isCsvOfParticles(beginning) ? std::optional<ParticleFormat>(ParticleFormat::CSV) : std::nullopt;
 }
 
 std::optional<ParticleFormat> particleFormatNamed(std::string_view name) {
@@ -178,7 +192,7 @@ Result<ParticleFormat> ParticleFile::format() const {
     if (known) {
         return *known;
     }
-    std::string_view bytes = file.value().bytes().substr(0, BEGINNING_SIZE);
+    std::string_view bytes = file.value().bytes();
     std::string uncompressed;
     if (isCompressed(bytes)) {
         uncompressed = decompressStart(file.value().bytes(), BEGINNING_SIZE);

@@ -14,10 +14,10 @@
 
 namespace vellum::viewport {
 
-enum class ParticleFormat { LAMMPS_DUMP, LAMMPS_BINARY, LAMMPS_DATA, XYZ, CSV, PLY };
+enum class ParticleFormat { LAMMPS_DUMP, LAMMPS_BINARY, LAMMPS_DATA, XYZ, CSV, PLY, LAS, OBJ };
 
-/// The format that the first bytes of a file show; nothing where no reader of particles understands them, as
-/// with a PLY file that has faces. The first 64 KiB are enough.
+/// The format that the bytes of a file show; nothing where no reader of particles understands them, as with a PLY
+/// or OBJ file that has faces. The first 64 KiB are enough except for OBJ, whose faces may come late.
 std::optional<ParticleFormat> particleFormatOf(std::string_view bytes);
 
 /// The format of that name, as in "lammps-dump"; nothing where there is none.
@@ -32,8 +32,8 @@ std::vector<std::string> particleFormatNames();
 ///     if (!particles.isOk())
 ///         std::cerr << particles.fault().line() << '\n';
 ///
-/// Reads LAMMPS dumps, text and binary, and data files, XYZ and extended XYZ, CSV with a line of names and the
-/// vertices of PLY files, also compressed by gzip, zstd or xz. The format is detected from the content, not from
+/// Reads LAMMPS dumps, text and binary, and data files, XYZ and extended XYZ, CSV with a line of names the vertices
+/// of PLY and OBJ files without faces, and LAS, also compressed by gzip, zstd or xz. The format is detected from the content, not from
 /// the name, unless it is given. Any file may be named; none makes it throw or crash, or take more memory than its
 /// text and one frame call for.
 class ParticleFile {
