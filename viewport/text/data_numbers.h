@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace vellum::viewport {
 
@@ -25,7 +26,38 @@ inline bool isExponentMark(char character) {
     return character == 'e' || character == 'E' || character == 'd' || character == 'D';
 }
 
+/// Takes up to eight digits at once, since their number varies and a loop would be mispredicted.
+/// \param here eight bytes can be read there
+inline char const* takeEightDigits(char const* here, std::uint64_t& digits) {
+    constexpr std::uint64_t POWERS_OF_TEN[] = {1,       10,        100,        1'000,      10'000,
+                                               100'000, 1'000'000, 10'000'000, 100'000'000};
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, here, sizeof bytes);
+    bytes ^= 0x3030303030303030U;  // digits become 0 to 9
+    std::uint64_t const others = ((bytes + 0x7676767676767676U) | bytes) & 0x8080808080808080U;
+    unsigned int const count = others == 0 ? 8 : static_cast<unsigned int>(__builtin_ctzll(others)) / 8;
+    if (count == 0) {
+        return here;
+    }
+    // The digits become the last ones of eight; then pairs, fours and all of them are joined.
+    bytes <<= 8 * (8 - count);
+    bytes = bytes * 2561 >> 8;
+    bytes = (bytes & 0x00FF00FF00FF00FFU) * 6553601 >> 16;
+    bytes = (bytes & 0x0000FFFF0000FFFFU) * 42949672960001U >> 32;
+    digits = digits * POWERS_OF_TEN[count] + bytes;
+    return here + count;
+}
+
 inline char const* takeDigits(char const* here, char const* end, std::uint64_t& digits) {
+#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+    while (end - here >= 8) {
+        char const* const next = takeEightDigits(here, digits);
+        if (next - here < 8) {
+            return next;
+        }
+        here = next;
+    }
+#endif
     for (; here != end && isDigit(*here); ++here) {
         digits = 10 * digits + static_cast<std::uint64_t>(*here - '0');
     }

@@ -1,5 +1,7 @@
 #include "viewport/files/particles/ParticleFrame.h"
 
+#include "viewport/files/common/large_pages.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -75,10 +77,11 @@ void arrange(std::vector<T>& values, Order<Place> const& order, std::vector<T>& 
     if (values.empty()) {
         return;
     }
-    spare.resize(values.size());
-    T* next = spare.data();
+    spare.clear();
+    spare.reserve(values.size());
+    preferLargePages(spare.data(), spare.capacity() * sizeof(T));
     for (Place const& place : order) {
-        *next++ = values[place];
+        spare.push_back(values[place]);
     }
     values.swap(spare);
 }

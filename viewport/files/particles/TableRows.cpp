@@ -170,6 +170,16 @@ bool TableRows::_readRow(FrameBuilder& builder) {
                 here = numberEnd;
                 continue;
             }
+        } else if (!isSeparated && columns[i].use == ColumnUse::WORDS) {
+            here = skipBlanks(here, end);
+            char const* const start = here;
+            while (here != end && !isBlank(*here)) {
+                ++here;
+            }
+            if (here != start) {
+                builder.setWord(i, std::string_view(start, static_cast<std::size_t>(here - start)));
+                continue;
+            }
         }
         if (!_readCell(i, here, end, values[i], word)) {
             return false;

@@ -16,13 +16,18 @@ public:
     /// The word's place; a word that is new becomes the last one.
     std::uint32_t indexOf(std::string_view word) {
         // A column has a few kinds, or a name for each particle.
+        std::uint64_t const key = _keyOf(word);
         std::size_t const near = std::min(words.size(), FEW);
         for (std::size_t i = 0; i < near; ++i) {
-            if (words[i] == word) {
+            if (keys[i] == key && (word.size() < sizeof key || words[i] == word)) {
                 return static_cast<std::uint32_t>(i);
             }
         }
-        return words.size() < FEW ? _add(word) : _find(word);
+        if (words.size() < FEW) {
+            keys[words.size()] = key;
+            return _add(word);
+        }
+        return _find(word);
     }
 
     /// Two quotes of a word, as tables have them within quotes, become one.
@@ -40,6 +45,16 @@ public:
 private:
     static constexpr std::size_t FEW = 8;
 
+    /// The size and the first bytes: different for different words of up to seven bytes.
+    static std::uint64_t _keyOf(std::string_view word) {
+        std::uint64_t key = word.size();
+        std::size_t const count = std::min<std::size_t>(word.size(), 7);
+        for (std::size_t i = 0; i < count; ++i) {
+            key = key << 8 | static_cast<unsigned char>(word[i]);
+        }
+        return key;
+    }
+
     std::uint32_t _add(std::string_view word) {
         words.push_back(word);
         return static_cast<std::uint32_t>(words.size() - 1);
@@ -51,6 +66,7 @@ private:
     }
 
     std::vector<std::string_view> words;
+    std::uint64_t keys[FEW] = {};                                // of the first few
     std::unordered_map<std::string_view, std::uint32_t> places;  // of the words behind the first few
 };
 
