@@ -35,11 +35,15 @@ Viewer::Viewer(Core_RL& layer, Scene const& scene, ViewStyle const& style, Effec
     , style(style)
     , effect(effect)
     , textures(layer)
+    , blended(layer, style.mesh, textures)
     , gizmo(layer, style.gizmo, scene.up())
     , cornerAxes(layer, scene.up())
     , camera(style.camera)
     , backdrop(layer) {
     for (Model const& model : scene.models()) {
+        if (!style.mesh.importPreview && (effect == nullptr || !effect->covers(models.size()))) {
+            blended.add(model);
+        }
         models.emplace_back(layer, model, style.mesh, textures);
     }
     for (ParticleCloud const& cloud : scene.clouds()) {
@@ -73,6 +77,7 @@ void Viewer::draw(PictureSize const& size, Region const& region, int samplesPerS
     }
     _drawModels(sampling);
     _drawClouds(sampling);
+    blended.draw();
     if (effect != nullptr) {
         // Last, as an effect may show what is behind it.
         effect->draw();

@@ -7,6 +7,7 @@
 #include "viewport/drawing/overlays/ColorKey.h"
 #include "viewport/drawing/overlays/CornerAxes.h"
 #include "viewport/drawing/overlays/GizmoDrawing.h"
+#include "viewport/drawing/subjects/BlendedParts.h"
 #include "viewport/drawing/subjects/CloudDrawing.h"
 #include "viewport/drawing/subjects/MeshStyle.h"
 #include "viewport/drawing/subjects/ModelRenderer.h"
@@ -82,6 +83,7 @@ private:
     ViewStyle style;
     EffectRenderer* effect;  // may be null
     TextureStore textures;
+    BlendedParts blended;
     std::vector<ModelRenderer> models;
     std::vector<CloudDrawing> clouds;
     GizmoDrawing gizmo;

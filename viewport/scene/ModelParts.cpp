@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <map>
 
 namespace vellum::viewport {
 
@@ -161,8 +162,22 @@ std::array<Vector2<float>, 3> projected(Array<Vector3<double>> const& positions,
     return coordinates;
 }
 
-bool isSame(Color4<float> const& a, Color4<float> const& b) {
-    return a.r == b.r && a.g == b.g && a.b == b.b;
+/// Whether some of a picture is not opaque.
+bool hasHoles(VL_Image const& image) {
+    if (image.pixdepth() != 4 * image.bitdepth()) {
+        return false;
+    }
+    std::size_t const count = std::size_t(image.width()) * image.height();
+    for (std::size_t i = 0; i < count; ++i) {
+        std::size_t const place = 4 * i + 3;
+        bool const isOpaque = image.bitdepth() == 8    ? image.getBuffer()[place] == 0xFF
+                              : image.bitdepth() == 16 ? image.getBuffer16()[place] == 0xFFFF
+                                                       : image.getBuffer32()[place] >= 1;
+        if (!isOpaque) {
+            return true;
+        }
+    }
+    return false;
 }
 
 unsigned int sizeOf(ArrayId const& id) {
@@ -192,19 +207,42 @@ public:
         if (part.texture != nullptr) {
             part.color = texture != nullptr ? Color4<float>{1, 1, 1, 1} : data.materials[material].tint;
         }
+        if (material < data.materials.size()) {
+            _takeMaterial(part, data.materials[material]);
+        }
         part.import = _cut(members);
         part.mesh = std::make_unique<Mesh>();
         part.import->toMesh(*part.mesh);
         part.hasHardNormals = sizeOf(part.mesh->vertexNormals()) > sizeOf(part.mesh->positions());
         if (part.texture != nullptr) {
-            _fillCoordinates(*part.mesh, members);
-        } else {
-            _fillColors(part, members);
+            _fillCoordinates(part, members);
         }
+        _fillColors(part, members);
         return part;
     }
 
 private:
+    void _takeMaterial(ModelPart& part, Material const& material) {
+        part.color.a *= material.opacity;
+        part.emission = material.emission;
+        part.specular = material.specular;
+        part.shininess = material.shininess;
+        if (part.texture != nullptr && part.texture == material.image) {
+            part.alphaMode = material.alphaMode;
+            part.alphaCutoff = material.alphaCutoff;
+            part.isBlended = part.alphaMode == AlphaMode::BLEND && _hasHoles(*part.texture);
+        }
+        part.isBlended = part.isBlended || material.opacity < 1;
+    }
+
+    bool _hasHoles(VL_Image const& image) {
+        auto const [entry, isNew] = holes.emplace(&image, false);
+        if (isNew) {
+            entry->second = hasHoles(image);
+        }
+        return entry->second;
+    }
+
     std::unique_ptr<MeshImporter> _cut(std::vector<unsigned int> const& members) {
         vertices.clear();
         auto part = std::make_unique<MeshImporter>();
@@ -221,7 +259,8 @@ private:
         return part;
     }
 
-    void _fillCoordinates(Mesh& mesh, std::vector<unsigned int> const& members) {
+    void _fillCoordinates(ModelPart& part, std::vector<unsigned int> const& members) {
+        Mesh& mesh = *part.mesh;
         std::vector<Triangle> triangles;
         std::vector<Vector2<float>> coordinates;
         if (data.textureCoordinates.empty()) {
@@ -238,27 +277,38 @@ private:
             for (unsigned int t : members) {
                 triangles.push_back(fileVertices(surface.source(t)));
             }
+            unsigned int const material = surface.material(members.front());
+            // A texture of the user's own lies as the coordinates of the vertices say.
+            TextureTransform const transform = texture == nullptr && material < data.materials.size()
+                                                   ? data.materials[material].textureTransform
+                                                   : TextureTransform();
             for (unsigned int old : fileVertices.used()) {
-                coordinates.push_back(data.textureCoordinates[old]);
+                coordinates.push_back(transform.apply(data.textureCoordinates[old]));
             }
         }
         mesh.addNamedArray(MeshArrayInf_ns::TRINDEXED, ModelPart::CHANNEL, toArray(triangles));
         mesh.addNamedArray(MeshArrayInf_ns::PER_FACE, ModelPart::CHANNEL, toArray(coordinates));
     }
 
-    /// Does nothing where one color is enough.
+    /// Does nothing where one color is enough and nothing shines through.
     void _fillColors(ModelPart& part, std::vector<unsigned int> const& members) {
         fileVertices.clear();
         std::vector<Triangle> triangles;
+        Color4<float> const first = data.colors[surface.source(members.front()).e0];
+        unsigned int const material = surface.material(members.front());
+        float const opacity = material < data.materials.size() ? data.materials[material].opacity : 1;
         bool isUniform = true;
         for (unsigned int t : members) {
             Triangle const& source = surface.source(t);
             triangles.push_back(fileVertices(source));
             for (unsigned int vertex : {source.e0, source.e1, source.e2}) {
-                isUniform = isUniform && isSame(data.colors[vertex], part.color);
+                isUniform = isUniform && data.colors[vertex] == first;
+                part.isBlended = part.isBlended || (texture == nullptr && data.colors[vertex].a < 1);
             }
         }
-        if (isUniform) {
+        // Without the file's own texture the user's covers all.
+        bool const isColored = !isUniform && texture == nullptr;
+        if (!isColored && !part.isBlended) {
             return;
         }
         std::vector<unsigned int> const& used = fileVertices.used();
@@ -266,7 +316,9 @@ private:
         std::vector<Vector3<float>> normals(used.size());
         std::vector<Color4<float>> colors(used.size());
         for (std::size_t i = 0; i < used.size(); ++i) {
-            colors[i] = data.colors[used[i]];
+            Color4<float> const& own = data.colors[used[i]];
+            colors[i] = isColored ? own : part.color;
+            colors[i].a = (texture == nullptr ? own.a : 1) * opacity;
         }
         for (std::size_t i = 0; i < members.size(); ++i) {
             Triangle const& corners = surface.corners(members[i]);
@@ -287,14 +339,18 @@ private:
     MeshData const& data;
     Surface& surface;
     std::shared_ptr<VL_Image const> const& texture;
-    Numbering vertices;      // of the surface
-    Numbering fileVertices;  // which carry colors and texture coordinates
+    std::map<VL_Image const*, bool> holes;  // whether a texture has some
+    Numbering vertices;                     // of the surface
+    Numbering fileVertices;                 // which carry colors and texture coordinates
 };
 
 }  // namespace
 
 std::vector<ModelPart> makeParts(MeshData const& data, Placement const& place,
                                  std::shared_ptr<VL_Image const> const& texture) {
+    if (data.triangles.empty()) {
+        return {};
+    }
     Surface surface(data, place);
     std::vector<std::vector<unsigned int>> members(std::max<std::size_t>(1, data.materials.size()));
     for (unsigned int t = 0; t < surface.triangleCount(); ++t) {

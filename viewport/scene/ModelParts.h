@@ -8,22 +8,31 @@
 #include "viewport/scene/Placement.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace vellum::viewport {
 
-/// What one material covers of a model: a mesh of one color, or of one texture, or with a color per vertex.
+/// What one material covers of a model: a mesh of one color, or of one texture, or with a color per vertex, or both.
 struct ModelPart {
     /// The name of the mesh's channel of texture coordinates.
     static constexpr char CHANNEL[] = "uv";
 
     std::unique_ptr<Mesh> mesh;
-    std::unique_ptr<MeshImporter> import;     ///< what the mesh was made of; may be null (see Scene::Imports)
-    Color4<float> color;                      ///< of the surface; the texture's tint where it has one
+    std::unique_ptr<MeshImporter> import;  ///< what the mesh was made of; may be null (see Scene::Imports)
+    Color4<float> color;  ///< of the surface, with its opacity; the texture's tint where it has one
     std::shared_ptr<VL_Image const> texture;  ///< may be null
     bool hasHardNormals = false;              ///< some vertices have several normals
 
-    // What a mesh renderer does not know: a color for each vertex. All are empty where one color is enough.
+    Color4<float> emission{0, 0, 0, 1};
+    std::optional<Color4<float>> specular;   ///< nothing: that of the drawing
+    float shininess = 0;                     ///< only with `specular`
+    AlphaMode alphaMode = AlphaMode::SOLID;  ///< of the texture
+    float alphaCutoff = 0.5F;                ///< only with AlphaMode::MASK
+    bool isBlended = false;  ///< something shines through somewhere: it is drawn from the back to the front
+
+    // What a mesh renderer does not know: a color for each vertex, with its opacity. All are empty where one color is
+    // enough and nothing shines through. The triangles are those of the mesh, in the same order.
     Array<Vector3<double>> vertices;
     Array<Tuple3<unsigned int>> triangles;
     Array<Vector3<float>> normals;

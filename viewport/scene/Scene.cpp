@@ -74,8 +74,20 @@ Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const
                 part.import.reset();
             }
         }
+        auto const vertexOf = [&](unsigned int i) {
+            return ModelVertex{convert<float>(vertices[i]), mesh.colors[i]};
+        };
+        std::vector<ModelVertex> lines;
+        lines.reserve(2 * mesh.lines.size());
+        for (MeshLine const& line : mesh.lines) {
+            lines.push_back(vertexOf(line.e0));
+            lines.push_back(vertexOf(line.e1));
+        }
+        std::vector<ModelVertex> points(mesh.points.size());
+        std::transform(mesh.points.begin(), mesh.points.end(), points.begin(), vertexOf);
         modelList.push_back({mesh.name, vertices, std::move(parts),
-                             turn({(box.min - center) * scale, (box.max - center) * scale})});
+                             turn({(box.min - center) * scale, (box.max - center) * scale}), std::move(lines),
+                             std::move(points)});
     }
     for (std::size_t i = 0; i < particles.size(); ++i) {
         cloudList.push_back(makers[i].make(center, scale));

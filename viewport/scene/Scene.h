@@ -2,6 +2,7 @@
 
 #include "foundation/basic/Array.h"
 #include "foundation/geometry/Box3.h"
+#include "foundation/geometry/Color4.h"
 #include "foundation/geometry/Vector3.h"
 #include "viewport/files/mesh/MeshData.h"
 #include "viewport/scene/ModelParts.h"
@@ -16,12 +17,20 @@
 
 namespace vellum::viewport {
 
+/// An end of a line, or a point.
+struct ModelVertex {
+    Vector3<float> place;
+    Color4<float> color;
+};
+
 /// A mesh in the frame of the scene.
 struct Model {
     std::string name;
     Array<Vector3<double>> vertices;
     std::vector<ModelPart> parts;
     Box3<double> box;
+    std::vector<ModelVertex> lines = {};  ///< two ends for each line
+    std::vector<ModelVertex> points = {};
 };
 
 /// All models and particles of a picture, moved and scaled into one frame. Whatever the units of the files,

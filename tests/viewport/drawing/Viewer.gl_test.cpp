@@ -350,3 +350,176 @@ TEST_F(Viewer_gl_test, trianglesSeenFromBehindBecomeOutlines) {
               inside[0] + inside[1] + inside[2] + 60)
         << "the background is seen through it";
 }
+
+// == Materials ==
+
+namespace {
+
+/// A square from -1 to 1 that faces the viewer of the front view.
+MeshData square(double z, Color4<float> const& color) {
+    MeshData mesh = texturedSquare();
+    for (Vector3<double>& p : mesh.positions) {
+        p.z = z;
+    }
+    mesh.colors.assign(4, color);
+    mesh.materials[0] = Material();
+    return mesh;
+}
+
+}  // namespace
+
+TEST_F(Viewer_gl_test, theNearerOfTwoPanesCoversTheOther) {
+    style.camera.view = toolkit::ViewKind::FRONT;
+    MeshData red = square(-0.5, {1, 0, 0, 1});
+    MeshData blue = square(0.5, {0, 0, 1, 1});
+    red.materials[0].opacity = 0.75F;
+    blue.materials[0].opacity = 0.75F;
+    for (bool const isRedFirst : {true, false}) {
+        scene = isRedFirst ? Scene({red, blue}) : Scene({blue, red});
+        Picture const front = draw();
+        unsigned char const* const ahead = at(front, 56, 50);
+        EXPECT_GT(ahead[2], 2 * ahead[0]) << savePicture("viewer_panes");
+        EXPECT_GT(ahead[0], 20) << "red shines through";
+        style.camera.view = toolkit::ViewKind::BACK;
+        Picture const back = draw();
+        EXPECT_GT(at(back, 56, 50)[0], 2 * at(back, 56, 50)[2]);
+        style.camera.view = toolkit::ViewKind::FRONT;
+    }
+}
+
+TEST_F(Viewer_gl_test, trianglesOfOnePaneAreSortedToo) {
+    // Two panes in one part, the nearer one first.
+    MeshData panes = square(0.5, {0, 0, 1, 0.75F});
+    MeshData const behind = square(-0.5, {1, 0, 0, 0.75F});
+    panes.positions.insert(panes.positions.end(), behind.positions.begin(), behind.positions.end());
+    panes.normals.insert(panes.normals.end(), behind.normals.begin(), behind.normals.end());
+    panes.colors.insert(panes.colors.end(), behind.colors.begin(), behind.colors.end());
+    panes.textureCoordinates.clear();
+    panes.triangles.push_back({4, 5, 6});
+    panes.triangles.push_back({4, 6, 7});
+    panes.triangleMaterials.assign(4, 0);
+    scene = Scene({panes});
+    style.camera.view = toolkit::ViewKind::FRONT;
+    for (Shading const shading : {Shading::SMOOTH, Shading::FACETED}) {
+        style.mesh.shading = shading;
+        Picture const picture = draw();
+        unsigned char const* const ahead = at(picture, 56, 50);
+        EXPECT_GT(ahead[2], 2 * ahead[0]);
+        EXPECT_GT(ahead[0], 20);
+    }
+    style.camera.view = toolkit::ViewKind::PERSPECTIVE;
+    Picture const picture = draw();
+    unsigned char const* const middle = at(picture, 56, 56);
+    EXPECT_GT(middle[2], middle[0]) << savePicture("viewer_panes_perspective");
+}
+
+TEST_F(Viewer_gl_test, whatIsBehindAPaneIsSeenAndCanBePicked) {
+    MeshData pane = square(1.5, {0, 0, 1, 1});
+    pane.materials[0].opacity = 0.25F;
+    scene = Scene({pane, cube("cube.obj", {0, 0, 0}, orange)});
+    style.camera.view = toolkit::ViewKind::FRONT;
+    unsigned char const* const middle = at(draw(), 56, 50);
+    EXPECT_GT(middle[0], middle[2]);
+    EXPECT_EQ(pick(56, 50), "16 square.obj") << "the pane is there";
+}
+
+TEST_F(Viewer_gl_test, holesOfATextureAreThereAsItsMaterialSays) {
+    auto const image = std::make_shared<VL_Image>();
+    ASSERT_TRUE(image->create(1, 1, 4, 8));
+    std::fill_n(image->getBuffer(), 4, static_cast<unsigned char>(255));
+    image->getBuffer()[3] = 102;  // 0.4
+    style.camera.view = toolkit::ViewKind::FRONT;
+    auto const brightness = [&](AlphaMode mode, float cutoff, float opacity) {
+        MeshData pane = square(0, {1, 1, 1, 1});
+        pane.materials[0].image = image;
+        pane.materials[0].alphaMode = mode;
+        pane.materials[0].alphaCutoff = cutoff;
+        pane.materials[0].opacity = opacity;
+        scene = Scene({pane});
+        return static_cast<int>(at(draw(), 56, 50)[1]);
+    };
+    int const whole = brightness(AlphaMode::SOLID, 0.5F, 1);
+    int const hole = brightness(AlphaMode::MASK, 0.5F, 1);
+    EXPECT_GT(whole, hole + 60);
+    EXPECT_EQ(brightness(AlphaMode::MASK, 0.3F, 1), whole);
+    EXPECT_NEAR(brightness(AlphaMode::BLEND, 0.5F, 1), 0.4 * whole + 0.6 * hole, 6);
+    EXPECT_NEAR(brightness(AlphaMode::SOLID, 0.5F, 0.5F), 0.5 * whole + 0.5 * hole, 6)
+        << "the opacity of the texture is ignored";
+    EXPECT_NEAR(brightness(AlphaMode::BLEND, 0.5F, 0.5F), 0.2 * whole + 0.8 * hole, 6);
+}
+
+TEST_F(Viewer_gl_test, surfacesGiveOffLight) {
+    MeshData lamp = square(0, {0, 0, 0, 1});
+    style.camera.view = toolkit::ViewKind::FRONT;
+    scene = Scene({lamp});
+    EXPECT_LT(at(draw(), 56, 50)[1], 20);
+    lamp.materials[0].emission = {0, 1, 0, 1};
+    scene = Scene({lamp, square(-1, {0, 0, 0, 1})});
+    EXPECT_GT(at(draw(), 56, 50)[1], 230);
+    scene = Scene({square(-1, {0, 0, 0, 1}), square(0, {0, 0, 0, 1})});
+    EXPECT_LT(at(draw(), 56, 50)[1], 20) << "only those";
+}
+
+TEST_F(Viewer_gl_test, highlightsAreThoseOfTheMaterial) {
+    MeshData ball = cube("ball.obj", {0, 0, 0}, {0, 0, 0, 1});
+    ball.materials.resize(1);
+    ball.triangleMaterials.assign(ball.triangles.size(), 0);
+    auto const brightest = [&] {
+        scene = Scene({ball});
+        Picture const picture = draw();
+        int most = 0;
+        for (int y = 30; y < 80; ++y) {
+            for (int x = 30; x < 80; ++x) {
+                most = std::max(most, static_cast<int>(at(picture, x, y)[0]));
+            }
+        }
+        return most;
+    };
+    int const plain = brightest();
+    ball.materials[0].specular = {1, 1, 1, 1};
+    ball.materials[0].shininess = 4;
+    EXPECT_GT(brightest(), plain + 60);
+}
+
+TEST_F(Viewer_gl_test, textureAndColorsOfVerticesAreMultiplied) {
+    MeshData mesh = texturedSquare();
+    mesh.hasVertexColors = true;
+    mesh.colors = {{1, 1, 1, 1}, {1, 1, 1, 1}, {1, 0, 0, 1}, {1, 0, 0, 1}};
+    scene = Scene({mesh});
+    style.camera.view = toolkit::ViewKind::FRONT;
+    Picture const picture = draw();
+    unsigned char const* const upperRight = at(picture, 76, 30);
+    EXPECT_GT(upperRight[0], 2 * upperRight[1]) << "white of the texture, red of the vertices";
+    unsigned char const* const lowerRight = at(picture, 76, 82);
+    EXPECT_GT(lowerRight[1], 2 * lowerRight[0]) << "green of the texture";
+}
+
+// == Lines and points ==
+
+TEST_F(Viewer_gl_test, linesAndPointsAreDrawnAndPicked) {
+    MeshData mesh;
+    mesh.name = "lines.obj";
+    mesh.positions = {{-1, -1, 0}, {1, 1, 0}, {-1, 1, 0}, {1, -1, 0}};
+    mesh.colors = {{1, 1, 0, 1}, {1, 1, 0, 1}, {0, 1, 1, 1}, {0, 1, 1, 1}};
+    mesh.lines = {{0, 1}};
+    mesh.points = {2, 3};
+    ASSERT_FALSE(mesh.firstFault("lines.obj").has_value());
+    scene = Scene({mesh});
+    style.camera.view = toolkit::ViewKind::FRONT;
+    for (Shading const shading : {Shading::SMOOTH, Shading::WIREFRAME}) {
+        style.mesh.shading = shading;
+        Picture const picture = draw();
+        EXPECT_GT(at(picture, 56, 55)[0], 150) << savePicture("viewer_lines");
+        EXPECT_LT(at(picture, 56, 55)[2], 100);
+        int cyan = 0;
+        for (int y = 0; y < 112; ++y) {
+            for (int x = 0; x < 112; ++x) {
+                unsigned char const* const p = at(picture, x, y);
+                cyan += p[1] > 150 && p[2] > 150 && p[0] < 100 ? 1 : 0;
+            }
+        }
+        EXPECT_GT(cyan, 10);
+    }
+    EXPECT_EQ(pick(56, 55), "16 lines.obj");
+    EXPECT_EQ(pick(56, 90), "nothing");
+}

@@ -177,3 +177,82 @@ TEST(ModelParts, shapesAndNormalsTurnTogether) {
     EXPECT_EQ(normals[0].y, 1);
     EXPECT_EQ(normals[0].z, 0);
 }
+
+TEST(ModelParts, whatShinesThroughIsTold) {
+    auto const part = [](MeshData const& data) {
+        std::vector<ModelPart> parts = makeParts(data, inPlace, nullptr);
+        return std::move(parts.at(0));
+    };
+    MeshData data = cubeOfFaces();
+    data.materials.resize(1);
+    data.triangleMaterials.assign(data.triangles.size(), 0);
+    EXPECT_FALSE(part(data).isBlended);
+    EXPECT_EQ(part(data).colors.size(), 0U);
+
+    data.materials[0].opacity = 0.5F;
+    EXPECT_TRUE(part(data).isBlended);
+    EXPECT_EQ(part(data).color.a, 0.5F);
+    EXPECT_EQ(part(data).colors.size(), 24U);
+    EXPECT_EQ(part(data).colors[3].a, 0.5F);
+    EXPECT_EQ(part(data).colors[3].r, 1);
+
+    data.materials[0].opacity = 1;
+    data.colors[7].a = 0.25F;
+    EXPECT_TRUE(part(data).isBlended);
+    data.materials[0].opacity = 0.5F;
+    bool isFound = false;
+    for (Color4<float> const& color : part(data).colors) {
+        isFound = isFound || color.a == 0.125F;
+    }
+    EXPECT_TRUE(isFound) << "opacities are multiplied";
+}
+
+TEST(ModelParts, theOpacityOfATextureCountsAsItsMaterialSays) {
+    MeshData data = cubeOfFaces();
+    data.materials.resize(1);
+    data.triangleMaterials.assign(data.triangles.size(), 0);
+    data.textureCoordinates.assign(data.positions.size(), {0.5F, 0.25F});
+    auto const holes = std::make_shared<VL_Image>();
+    ASSERT_TRUE(holes->create(1, 1, 4, 8));
+    auto const whole = std::make_shared<VL_Image>(*holes);
+    whole->getBuffer()[3] = 255;
+    struct Row {
+        AlphaMode mode;
+        std::shared_ptr<VL_Image> image;
+        bool isBlended;
+    };
+    for (Row const& row : {Row{AlphaMode::BLEND, holes, true}, Row{AlphaMode::BLEND, whole, false},
+                           Row{AlphaMode::MASK, holes, false}, Row{AlphaMode::SOLID, holes, false}}) {
+        data.materials[0].image = row.image;
+        data.materials[0].alphaMode = row.mode;
+        std::vector<ModelPart> const parts = makeParts(data, inPlace, nullptr);
+        EXPECT_EQ(parts[0].isBlended, row.isBlended) << static_cast<int>(row.mode);
+        EXPECT_EQ(parts[0].alphaMode, row.mode);
+    }
+}
+
+TEST(ModelParts, textureCoordinatesAreTransformed) {
+    MeshData data = cubeOfFaces();
+    data.materials.resize(1);
+    data.materials[0].image = std::make_shared<VL_Image>();
+    data.materials[0].textureTransform = TextureTransform::ofMtl({2, 4}, {1, 0});
+    data.triangleMaterials.assign(data.triangles.size(), 0);
+    data.textureCoordinates.assign(data.positions.size(), {0.5F, 0.25F});
+    auto const first = [&data](std::shared_ptr<VL_Image const> const& texture) {
+        std::vector<ModelPart> const parts = makeParts(data, inPlace, texture);
+        return VL_ArrayServer
+            .resolve(parts[0].mesh->namedArray(MeshArrayInf_ns::PER_FACE, ModelPart::CHANNEL))
+            ->as<Vector2<float>>()[0];
+    };
+    EXPECT_EQ(first(nullptr).x, 2);
+    EXPECT_EQ(first(nullptr).y, 1);
+    EXPECT_EQ(first(std::make_shared<VL_Image>()).x, 0.5F) << "a texture of the user's own";
+}
+
+TEST(ModelParts, aMeshWithoutTrianglesHasNone) {
+    MeshData data;
+    data.positions = {{0, 0, 0}, {1, 0, 0}};
+    data.colors.assign(2, {1, 1, 1, 1});
+    data.lines = {{0, 1}};
+    EXPECT_TRUE(makeParts(data, inPlace, nullptr).empty());
+}

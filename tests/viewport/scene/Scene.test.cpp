@@ -103,6 +103,22 @@ TEST(Scene, placesAndDirectionsOfTheFilesAreFound) {
     EXPECT_EQ(scene.directionToFile({0, 2, 0}).x, -2);
 }
 
+TEST(Scene, linesAndPointsComeWithTheirColors) {
+    MeshData mesh = triangle(0, 1);
+    mesh.triangles.clear();
+    mesh.lines = {{0, 2}};
+    mesh.points = {1};
+    mesh.colors[1] = {0, 0, 1, 0.5F};
+    Scene const scene({mesh});
+    Model const& model = scene.models()[0];
+    EXPECT_TRUE(model.parts.empty());
+    ASSERT_EQ(model.lines.size(), 2U);
+    ASSERT_EQ(model.points.size(), 1U);
+    EXPECT_EQ(model.points[0].color.a, 0.5F);
+    EXPECT_NEAR(static_cast<double>(model.points[0].place.x), model.vertices[1].x, 1e-4);
+    EXPECT_NEAR(static_cast<double>(model.lines[1].place.y), model.vertices[2].y, 1e-4);
+}
+
 // == Particles ==
 
 namespace {

@@ -6,6 +6,9 @@
 #include "toolkit/mesh_arrays.h"
 #include "toolkit/transforms.h"
 #include "viewport/drawing/layer/depth_modes.h"
+#include "viewport/drawing/subjects/BlendedParts.h"
+#include "viewport/drawing/subjects/SurfacesBehind.h"
+#include "viewport/drawing/subjects/part_material.h"
 
 #include <algorithm>
 
@@ -39,6 +42,10 @@ constexpr char NORMAL_POINTS[] = "points of all normals";
 constexpr char NORMAL_VECTORS[] = "vectors of all normals";
 
 constexpr char COLORS[] = "colors";
+
+// Of the lines and points of a file, in pixels.
+constexpr double LINE_WIDTH = 1.5;
+constexpr double POINT_SIZE = 4;
 
 template <class T>
 T const* elementsOf(ArrayId const& id) {
@@ -83,6 +90,25 @@ void addAllNormals(Mesh& mesh) {
     mesh.addNamedArray(MeshArrayInf_ns::PER_VERTEX, NORMAL_VECTORS, vectors);
 }
 
+/// Gives a mesh the texture coordinates of another one, whose triangles are in the same order.
+void copyCoordinates(Mesh const& from, Mesh& to) {
+    ArrayTypeable const* const triangles =
+        VL_ArrayServer.resolve(from.namedArray(MeshArrayInf_ns::TRINDEXED, ModelPart::CHANNEL));
+    ArrayTypeable const* const values =
+        VL_ArrayServer.resolve(from.namedArray(MeshArrayInf_ns::PER_FACE, ModelPart::CHANNEL));
+    if (triangles == nullptr || values == nullptr) {
+        return;
+    }
+    auto const* const corners = triangles->as<Tuple3<unsigned int>>();
+    auto const* const coordinates = values->as<Vector2<float>>();
+    auto newTriangles = arrayOfSize<Tuple3<unsigned int>>(triangles->size);
+    auto newCoordinates = arrayOfSize<Vector2<float>>(values->size);
+    std::copy(corners, corners + triangles->size, newTriangles.begin());
+    std::copy(coordinates, coordinates + values->size, newCoordinates.begin());
+    to.addNamedArray(MeshArrayInf_ns::TRINDEXED, ModelPart::CHANNEL, newTriangles);
+    to.addNamedArray(MeshArrayInf_ns::PER_FACE, ModelPart::CHANNEL, newCoordinates);
+}
+
 /// The surface of a part whose vertices have colors.
 std::unique_ptr<Mesh> toColoredMesh(ModelPart const& part) {
     auto mesh = std::make_unique<Mesh>();
@@ -91,6 +117,9 @@ std::unique_ptr<Mesh> toColoredMesh(ModelPart const& part) {
     mesh->workFaceNormals();
     toolkit::setVertexNormals(*mesh, part.normals);
     toolkit::setColors(*mesh, COLORS, part.colors);
+    if (part.texture != nullptr) {
+        copyCoordinates(*part.mesh, *mesh);
+    }
     return mesh;
 }
 
@@ -108,44 +137,7 @@ Color4<float> brightened(Color4<float> const& color) {
     return {component(color.r), component(color.g), component(color.b), 1};
 }
 
-/// Moves surfaces a little back in depth while it lives, so that lines in a surface are seen whole.
-class SurfacesBehind {
-public:
-    SurfacesBehind() {
-        glEnable(GL_POLYGON_OFFSET_FILL);
-        glPolygonOffset(2, 2);
-    }
-    ~SurfacesBehind() { glDisable(GL_POLYGON_OFFSET_FILL); }
-    SurfacesBehind(SurfacesBehind const&) = delete;
-    SurfacesBehind& operator=(SurfacesBehind const&) = delete;
-};
-
 }  // namespace
-
-// == TextureStore ==
-
-TextureStore::~TextureStore() {
-    for (auto const& entry : names) {
-        layer.unLoadTextureColor(entry.second);
-    }
-}
-
-unsigned int TextureStore::nameOf(VL_Image const& image) {
-    auto const [entry, isNew] = names.emplace(&image, 0);
-    if (isNew) {
-        void const* const pixels = image.bitdepth() == 8    ? static_cast<void const*>(image.getBuffer())
-                                   : image.bitdepth() == 16 ? static_cast<void const*>(image.getBuffer16())
-                                                            : static_cast<void const*>(image.getBuffer32());
-        // The rows of an image follow each other without gaps.
-        glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-        layer.loadTextureColor(image.width(), image.height(), image.bitdepth(), image.pixdepth(), pixels,
-                               entry->second, TEXTURE_REPEAT);
-        glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
-    }
-    return entry->second;
-}
-
-// == ModelRenderer ==
 
 ModelRenderer::ModelRenderer(Core_RL& layer, Model const& model, MeshStyle const& style,
                              TextureStore& textures)
@@ -161,7 +153,8 @@ ModelRenderer::ModelRenderer(Core_RL& layer, Model const& model, MeshStyle const
         part.surface.outlinesBack = style.wireframeBack;
         if (source.texture != nullptr) {
             part.surface.textureChannel = ModelPart::CHANNEL;
-        } else if (source.colors.size() > 0) {
+        }
+        if (source.colors.size() > 0 && !BlendedParts::covers(source, style)) {
             part.colored = toColoredMesh(source);
             part.coloredRenderer = std::make_unique<Mesh_RL_GL>(part.colored.get(), false);
             part.surface.colors = COLORS;
@@ -192,8 +185,9 @@ void ModelRenderer::draw(Sampling const& sampling) {
     } else if (style.shading == Shading::BOX) {
         _drawBox(sampling);
     }
+    _drawLinesAndPoints(sampling);
     for (Part& part : parts) {
-        if (style.isFilled()) {
+        if (style.isFilled() && !BlendedParts::covers(*part.source, style)) {
             _drawSurface(part, sampling);
         } else {
             _drawEdges(part, sampling);
@@ -211,12 +205,49 @@ void ModelRenderer::drawForPicking() {
         layer.render(model.box, false);
     } else {
         _drawShape();
+        _sendLinesAndPoints(false);
     }
 }
 
 void ModelRenderer::_drawShape() {
     for (Part const& part : parts) {
         part.renderer->render();
+    }
+}
+
+void ModelRenderer::_drawLinesAndPoints(Sampling const& sampling) {
+    if (style.shading == Shading::BOX || (model.lines.empty() && model.points.empty())) {
+        return;
+    }
+    layer.pushColor(layer.currentColor());
+    layer.pushBlending(BLENDING_ALPHA);
+    layer.pushLineWidth(sampling.lineWidth(LINE_WIDTH));
+    float const pointSize = layer.setPointSize(sampling.lineWidth(POINT_SIZE));
+    _sendLinesAndPoints(true);
+    layer.setPointSize(pointSize);
+    layer.popLineWidth();
+    layer.popBlending();
+    layer.popColor(1);
+}
+
+void ModelRenderer::_sendLinesAndPoints(bool hasColors) const {
+    struct Kind {
+        GLenum primitive;
+        std::vector<ModelVertex> const& vertices;
+    };
+    for (Kind const& kind : {Kind{GL_LINES, model.lines}, Kind{GL_POINTS, model.points}}) {
+        if (kind.vertices.empty()) {
+            continue;
+        }
+        glPushClientAttrib(GL_CLIENT_VERTEX_ARRAY_BIT);
+        glEnableClientState(GL_VERTEX_ARRAY);
+        glVertexPointer(3, GL_FLOAT, sizeof(ModelVertex), &kind.vertices.front().place.x);
+        if (hasColors) {
+            glEnableClientState(GL_COLOR_ARRAY);
+            glColorPointer(4, GL_FLOAT, sizeof(ModelVertex), &kind.vertices.front().color.r);
+        }
+        glDrawArrays(kind.primitive, 0, static_cast<GLsizei>(kind.vertices.size()));
+        glPopClientAttrib();
     }
 }
 
@@ -255,8 +286,12 @@ void ModelRenderer::_drawPlainSurface(Part& part, Sampling const& sampling) {
     }
     // Behind, even where edges are not drawn: other lines over the surface follow.
     SurfacesBehind const behind;
-    Lit const lit(style.shading == Shading::FACETED ? Lit::Finish::DULL : Lit::Finish::GLOSSY);
+    bool const isGlossy = style.shading != Shading::FACETED;
+    Lit const lit(isGlossy ? Lit::Finish::GLOSSY : Lit::Finish::DULL);
+    PartMask const mask(*part.source);
+    setPartMaterial(*part.source, isGlossy);
     drawMesh(part.colored != nullptr ? *part.coloredRenderer : *part.renderer, part.surface);
+    endPartMaterial();
 }
 
 void ModelRenderer::_drawWireframe(Sampling const& sampling) {

@@ -5,31 +5,14 @@
 #include "foundation/raster/Core_RL.h"
 #include "toolkit/MeshStyle.h"
 #include "viewport/drawing/subjects/MeshStyle.h"
+#include "viewport/drawing/subjects/TextureStore.h"
 #include "viewport/drawing/view/PictureSize.h"
 #include "viewport/scene/Scene.h"
 
-#include <map>
 #include <memory>
 #include <vector>
 
 namespace vellum::viewport {
-
-/// The textures of a scene as OpenGL has them, each image once. The context that it loads them into must be current
-/// until its end. The layer must outlive it, and so must the images.
-class TextureStore {
-public:
-    explicit TextureStore(Core_RL& layer) : layer(layer) {}
-    ~TextureStore();
-    TextureStore(TextureStore const&) = delete;
-    TextureStore& operator=(TextureStore const&) = delete;
-
-    /// The name of the image's texture, which is loaded at the first call for an image.
-    unsigned int nameOf(VL_Image const& image);
-
-private:
-    Core_RL& layer;
-    std::map<VL_Image const*, unsigned int> names;
-};
 
 /// Draws one model in a style: each of its parts through a mesh renderer, with buffer objects if the driver has them
 /// and the style does not forbid it.
@@ -40,9 +23,10 @@ class ModelRenderer {
 public:
     ModelRenderer(Core_RL& layer, Model const& model, MeshStyle const& style, TextureStore& textures);
 
+    /// Draws all but the surfaces that BlendedParts covers.
     void draw(Sampling const& sampling);
 
-    /// Draws the triangles alone, in the current color; in the style of boxes the model's box. For picking.
+    /// Draws triangles, lines and points alone, in the current color; in the style of boxes the model's box. For picking.
     void drawForPicking();
 
 private:
@@ -59,6 +43,8 @@ private:
     };
 
     void _drawShape();
+    void _drawLinesAndPoints(Sampling const& sampling);
+    void _sendLinesAndPoints(bool hasColors) const;
     void _drawSurface(Part& part, Sampling const& sampling);
     void _drawPlainSurface(Part& part, Sampling const& sampling);
     void _drawSurfaceWithEdges(Part& part, Sampling const& sampling);

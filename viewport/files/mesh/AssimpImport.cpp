@@ -2,7 +2,9 @@
 
 #include "foundation/geometry/Matrix4.h"
 #include "viewport/files/common/MappedFile.h"
+#include "viewport/files/mesh/AssimpPose.h"
 #include "viewport/files/mesh/DeclaredCounts.h"
+#include "viewport/files/mesh/assimp_materials.h"
 #include "viewport/text/Words.h"
 #include "viewport/text/lower_case.h"
 
@@ -18,7 +20,6 @@
 #include <assimp/Importer.hpp>
 #include <assimp/LogStream.hpp>
 #include <assimp/config.h>
-#include <assimp/material.h>
 #include <assimp/mesh.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
@@ -26,8 +27,6 @@
 namespace vellum::viewport {
 
 namespace {
-
-constexpr Color4<float> PLAIN_COLOR{0.74F, 0.76F, 0.80F, 1.0F};  // of surfaces without a color
 
 // == Assimp's log ==
 
@@ -53,7 +52,7 @@ private:
         explicit Stream(std::string& note) : firstNote(note) {}
 
         void write(char const* line) override {
-            // Other notes are about what the drawing does without: textures, animations, unknown extensions.
+            // Other notes are about what the drawing does without: textures, unknown extensions.
             static constexpr std::string_view DAMAGE[] = {"out of range",         "out-of-range",
                                                           "out of bounds",        "outside the allowed range",
                                                           "header is incorrect",  "unexpected end of file",
@@ -188,10 +187,6 @@ UpAxis settleUp(aiScene const& scene, std::string const& extension) {
 
 // == From a scene to one mesh ==
 
-Matrix4<double> toMatrix(aiMatrix4x4 const& m) {
-    return {{m.a1, m.b1, m.c1, m.d1, m.a2, m.b2, m.c2, m.d2, m.a3, m.b3, m.c3, m.d3, m.a4, m.b4, m.c4, m.d4}};
-}
-
 Vector3<double> column(Matrix4<double> const& m, int index) {
     return {m.e[4 * index], m.e[4 * index + 1], m.e[4 * index + 2]};
 }
@@ -200,117 +195,25 @@ Vector3<double> toVector(aiVector3D const& v) {
     return {v.x, v.y, v.z};
 }
 
-/// Colors of a material or a vertex may be anything; what is drawn is opaque and within 0 to 1.
-Color4<float> toColor(aiColor4D const& c) {
-    auto const component = [](float value) {
-        return std::isfinite(value) ? std::clamp(value, 0.0F, 1.0F) : 0.0F;
-    };
-    return {component(c.r), component(c.g), component(c.b), 1.0F};
-}
-
-Color4<float> materialColor(aiScene const& scene, unsigned int index) {
-    if (index >= scene.mNumMaterials) {
-        return PLAIN_COLOR;
-    }
-    aiMaterial const& material = *scene.mMaterials[index];
-    aiColor4D diffuse;
-    aiString name;
-    material.Get(AI_MATKEY_NAME, name);
-    if (material.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) != AI_SUCCESS) {
-        return PLAIN_COLOR;
-    }
-    // Assimp adds a gray material where a file has none.
-    std::string_view const word = name.C_Str();
-    bool const isAssimpsGray = diffuse.r == 0.6F && diffuse.g == 0.6F && diffuse.b == 0.6F;
-    if (word == AI_DEFAULT_MATERIAL_NAME || (word.empty() && isAssimpsGray)) {
-        return PLAIN_COLOR;
-    }
-    Color4<float> const color = toColor(diffuse);
-    bool const isBlack = color.r + color.g + color.b == 0.0F;
-    // Files leave the color black where a texture replaces it; without the texture nothing would be seen.
-    bool const isReplaced = material.GetTextureCount(aiTextureType_DIFFUSE) > 0 ||
-                            material.GetTextureCount(aiTextureType_BASE_COLOR) > 0;
-    return isBlack && isReplaced ? PLAIN_COLOR : color;
-}
-
-/// Takes over a texture that the file itself holds.
-void takeTexture(aiTexture const& texture, Material& material) {
-    constexpr unsigned int LONGEST_SIDE = 16384;
-    if (texture.mHeight == 0) {
-        // A picture file; the width is its size in bytes.
-        unsigned char const* const bytes = reinterpret_cast<unsigned char const*>(texture.pcData);
-        material.textureBytes.assign(bytes, bytes + texture.mWidth);
-    } else if (texture.mWidth > 0 && texture.mWidth <= LONGEST_SIDE && texture.mHeight <= LONGEST_SIDE) {
-        material.texelColumns = texture.mWidth;
-        material.texelRows = texture.mHeight;
-        std::size_t const count = std::size_t(texture.mWidth) * texture.mHeight;
-        material.textureBytes.reserve(4 * count);
-        for (std::size_t i = 0; i < count; ++i) {
-            aiTexel const& texel = texture.pcData[i];
-            material.textureBytes.insert(material.textureBytes.end(), {texel.r, texel.g, texel.b, texel.a});
-        }
-    }
-}
-
-/// The diffuse texture of a material: its name and, if the file itself holds it, its bytes.
-Material toMaterial(aiScene const& scene, unsigned int index) {
-    Material material;
-    if (index >= scene.mNumMaterials) {
-        return material;
-    }
-    aiMaterial const& source = *scene.mMaterials[index];
-    aiColor4D diffuse;
-    if (source.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) == AI_SUCCESS) {
-        Color4<float> const color = toColor(diffuse);
-        material.tint = color.r + color.g + color.b > 0 ? color : material.tint;
-    }
-    aiString name;
-    for (aiTextureType const& kind : {aiTextureType_DIFFUSE, aiTextureType_BASE_COLOR}) {
-        if (source.GetTexture(kind, 0, &name) != AI_SUCCESS || name.length == 0) {
-            continue;
-        }
-        material.texture = name.C_Str();
-        aiTexture const* const embedded = scene.GetEmbeddedTexture(name.C_Str());
-        if (embedded != nullptr && embedded->pcData != nullptr) {
-            takeTexture(*embedded, material);
-        }
-        break;
-    }
-    return material;
-}
-
 /// Collects the meshes of a scene into one.
 class Collector {
 public:
-    Collector(aiScene const& scene, bool ignoreNormals) : scene(scene), ignoreNormals(ignoreNormals) {}
+    Collector(aiScene const& scene, std::optional<double> time, bool ignoreNormals)
+        : scene(scene), pose(scene, time), ignoreNormals(ignoreNormals) {}
 
     /// \return false where the scene has more vertices or triangles than a mesh may have.
     bool collect() {
         for (unsigned int i = 0; i < scene.mNumMaterials; ++i) {
-            collected.materials.push_back(toMaterial(scene, i));
+            collected.materials.push_back(materialOf(scene, i));
         }
         collected.materials.emplace_back();  // for meshes without a material
-        if (scene.mRootNode == nullptr) {
-            return true;
-        }
-        // Not recursive: a file may nest its nodes deeper than the call stack reaches.
-        struct Placed {
-            aiNode const* node;
-            Matrix4<double> transform;
-        };
-        std::vector<Placed> open{{scene.mRootNode, toMatrix(scene.mRootNode->mTransformation)}};
-        while (!open.empty()) {
-            Placed const placed = open.back();
-            open.pop_back();
-            for (unsigned int i = 0; i < placed.node->mNumMeshes; ++i) {
-                unsigned int const index = placed.node->mMeshes[i];
-                if (index < scene.mNumMeshes && !_add(*scene.mMeshes[index], placed.transform)) {
+        collected.animations = animationsOf(scene);
+        for (AssimpPose::Place const& place : pose.places()) {
+            for (unsigned int i = 0; i < place.node->mNumMeshes; ++i) {
+                unsigned int const index = place.node->mMeshes[i];
+                if (index < scene.mNumMeshes && !_add(*scene.mMeshes[index], place.transform)) {
                     return false;
                 }
-            }
-            for (unsigned int i = placed.node->mNumChildren; i-- > 0;) {
-                aiNode const* const child = placed.node->mChildren[i];
-                open.push_back({child, placed.transform * toMatrix(child->mTransformation)});
             }
         }
         return true;
@@ -327,45 +230,84 @@ public:
     }
 
 private:
+    /// A matrix in the form in which vertices go through it.
+    struct Mover {
+        Vector3<double> axes[3];
+        Vector3<double> origin;
+        Vector3<double> normalAxes[3];
+        bool isMirrored;
+
+        explicit Mover(Matrix4<double> const& m)
+            : axes{column(m, 0), column(m, 1), column(m, 2)}
+            , origin(column(m, 3))
+            , isMirrored(dot(cross(axes[0], axes[1]), axes[2]) < 0) {
+            // Normals turn with the inverse of the transpose, which up to a factor is this matrix of cofactors.
+            double const side = isMirrored ? -1 : 1;
+            normalAxes[0] = cross(axes[1], axes[2]) * side;
+            normalAxes[1] = cross(axes[2], axes[0]) * side;
+            normalAxes[2] = cross(axes[0], axes[1]) * side;
+        }
+
+        Vector3<double> place(Vector3<double> const& p) const {
+            return axes[0] * p.x + axes[1] * p.y + axes[2] * p.z + origin;
+        }
+        Vector3<double> normal(Vector3<double> const& n) const {
+            return normalAxes[0] * n.x + normalAxes[1] * n.y + normalAxes[2] * n.z;
+        }
+    };
+
     bool _add(aiMesh const& mesh, Matrix4<double> const& transform) {
-        bool const hasTriangle = std::any_of(mesh.mFaces, mesh.mFaces + mesh.mNumFaces,
-                                             [](aiFace const& face) { return face.mNumIndices == 3; });
-        if (!hasTriangle) {
+        bool const isDrawn = std::any_of(mesh.mFaces, mesh.mFaces + mesh.mNumFaces, [](aiFace const& face) {
+            return face.mNumIndices >= 1 && face.mNumIndices <= 3;
+        });
+        if (!isDrawn) {
             return true;
         }
         std::size_t const base = collected.positions.size();
+        std::size_t const faces =
+            std::max({collected.triangles.size(), collected.lines.size(), collected.points.size()});
         if (base + mesh.mNumVertices > MeshData::LARGEST_COUNT ||
-            collected.triangles.size() + mesh.mNumFaces > MeshData::LARGEST_COUNT) {
+            faces + mesh.mNumFaces > MeshData::LARGEST_COUNT) {
             return false;
         }
-        Vector3<double> const axes[3] = {column(transform, 0), column(transform, 1), column(transform, 2)};
-        bool const isMirrored = dot(cross(axes[0], axes[1]), axes[2]) < 0;
-        _addVertices(mesh, axes, column(transform, 3), isMirrored);
-        _addTriangles(mesh, static_cast<unsigned int>(base), isMirrored);
+        Mover const whole(transform);
+        std::vector<Matrix4<double>> const bones = pose.vertexTransforms(mesh, transform);
+        // Bones do not mirror by themselves: those of a mesh agree.
+        bool const isMirrored = bones.empty() ? whole.isMirrored : Mover(bones.front()).isMirrored;
+        _addVertices(mesh, whole, bones);
+        _addFaces(mesh, static_cast<unsigned int>(base), isMirrored);
         ++collected.partCount;
         return true;
     }
 
-    void _addVertices(aiMesh const& mesh, Vector3<double> const (&axes)[3], Vector3<double> const& origin,
-                      bool isMirrored) {
-        // Normals turn with the inverse of the transpose, which up to a factor is this matrix of cofactors.
-        double const side = isMirrored ? -1 : 1;
-        Vector3<double> const normalAxes[3] = {cross(axes[1], axes[2]) * side, cross(axes[2], axes[0]) * side,
-                                               cross(axes[0], axes[1]) * side};
-        Color4<float> const color = materialColor(scene, mesh.mMaterialIndex);
+    Color4<float> _vertexColor(aiMesh const& mesh, unsigned int v, Color4<float> const& surface) const {
+        aiColor4D const& c = mesh.mColors[0][v];
+        Color4<float> color = colorOf(c.r, c.g, c.b, c.a);
+        if (multipliesVertexColors(scene, mesh.mMaterialIndex)) {
+            bool const isSolid = collected.materials[mesh.mMaterialIndex].alphaMode == AlphaMode::SOLID;
+            color = {color.r * surface.r, color.g * surface.g, color.b * surface.b, isSolid ? 1 : color.a};
+        }
+        return color;
+    }
+
+    void _addVertices(aiMesh const& mesh, Mover const& whole, std::vector<Matrix4<double>> const& bones) {
+        Color4<float> const color = surfaceColorOf(scene, mesh.mMaterialIndex);
         bool const hasColors = mesh.HasVertexColors(0);
         bool const hasTexture = mesh.HasTextureCoords(0);
         collected.hasVertexColors = collected.hasVertexColors || hasColors;
         hasTextureCoordinates = hasTextureCoordinates || hasTexture;
 
         for (unsigned int v = 0; v < mesh.mNumVertices; ++v) {
-            Vector3<double> const p = toVector(mesh.mVertices[v]);
-            collected.positions.push_back(axes[0] * p.x + axes[1] * p.y + axes[2] * p.z + origin);
+            std::optional<Mover> own;
+            if (!bones.empty()) {
+                own.emplace(bones[v]);
+            }
+            Mover const& mover = own ? *own : whole;
+            collected.positions.push_back(mover.place(toVector(mesh.mVertices[v])));
 
             Vector3<double> normal{0, 0, 0};
             if (mesh.HasNormals() && !ignoreNormals) {
-                Vector3<double> const n = toVector(mesh.mNormals[v]);
-                normal = normalAxes[0] * n.x + normalAxes[1] * n.y + normalAxes[2] * n.z;
+                normal = mover.normal(toVector(mesh.mNormals[v]));
             }
             double const size = length(normal);
             bool const isUsable = std::isfinite(size) && size > 0;
@@ -373,7 +315,7 @@ private:
                                                  : Vector3<float>{0, 0, 0});
             hasNormals = hasNormals || isUsable;
 
-            collected.colors.push_back(hasColors ? toColor(mesh.mColors[0][v]) : color);
+            collected.colors.push_back(hasColors ? _vertexColor(mesh, v, color) : color);
 
             Vector2<float> texture{0, 0};
             if (hasTexture) {
@@ -384,23 +326,30 @@ private:
         }
     }
 
-    void _addTriangles(aiMesh const& mesh, unsigned int base, bool isMirrored) {
+    void _addFaces(aiMesh const& mesh, unsigned int base, bool isMirrored) {
         for (unsigned int f = 0; f < mesh.mNumFaces; ++f) {
             aiFace const& face = mesh.mFaces[f];
-            if (face.mNumIndices != 3) {
-                continue;
+            if (face.mNumIndices == 1) {
+                collected.points.push_back(base + face.mIndices[0]);
+            } else if (face.mNumIndices == 2) {
+                collected.lines.push_back({base + face.mIndices[0], base + face.mIndices[1]});
+            } else if (face.mNumIndices == 3) {
+                _addTriangle(mesh, face, base, isMirrored);
             }
-            unsigned int const a = base + face.mIndices[0];
-            unsigned int const b = base + face.mIndices[1];
-            unsigned int const c = base + face.mIndices[2];
-            // Mirroring turns the front of a triangle to the back; swapping two corners turns it again.
-            collected.triangleMaterials.push_back(std::min(mesh.mMaterialIndex, scene.mNumMaterials));
-            collected.triangles.push_back(isMirrored ? MeshData::Triangle{a, c, b}
-                                                     : MeshData::Triangle{a, b, c});
         }
     }
 
+    void _addTriangle(aiMesh const& mesh, aiFace const& face, unsigned int base, bool isMirrored) {
+        unsigned int const a = base + face.mIndices[0];
+        unsigned int const b = base + face.mIndices[1];
+        unsigned int const c = base + face.mIndices[2];
+        // Mirroring turns the front of a triangle to the back; swapping two corners turns it again.
+        collected.triangleMaterials.push_back(std::min(mesh.mMaterialIndex, scene.mNumMaterials));
+        collected.triangles.push_back(isMirrored ? MeshData::Triangle{a, c, b} : MeshData::Triangle{a, b, c});
+    }
+
     aiScene const& scene;
+    AssimpPose const pose;
     bool const ignoreNormals;
     MeshData collected;
     bool hasNormals = false;
@@ -419,7 +368,7 @@ std::optional<Fault> declaredCountsFault(std::string const& path, std::string co
 
 }  // namespace
 
-Result<MeshData> importWithAssimp(std::string const& path) {
+Result<MeshData> importWithAssimp(std::string const& path, MeshOptions const& options) {
     auto const fault = [&path](std::string const& message) { return Fault{path, message}; };
     std::string const extension = lowerCase(std::filesystem::path(path).extension().string());
 
@@ -459,7 +408,7 @@ Result<MeshData> importWithAssimp(std::string const& path) {
     UpAxis const up = said ? *said : settleUp(*scene, extension);
 
     // An STL file has a normal for each facet and none for a vertex.
-    Collector collector(*scene, extension == ".stl");
+    Collector collector(*scene, options.time, extension == ".stl");
     if (!collector.collect()) {
         return fault("the mesh has too many vertices or triangles");
     }

@@ -44,12 +44,12 @@ std::optional<Fault> accessFault(std::string const& path) {
 
 MeshFile::MeshFile(std::string const& path) : path(path) {}
 
-Result<MeshData> MeshFile::load(ImportLimits const& limits) const {
+Result<MeshData> MeshFile::load(ImportLimits const& limits, MeshOptions const& options) const {
     if (std::optional<Fault> const fault = accessFault(path)) {
         return *fault;
     }
     return importGuarded(
-        path, [this] { return importWithAssimp(path); }, limits);
+        path, [&] { return importWithAssimp(path, options); }, limits);
 }
 
 }  // namespace vellum::viewport

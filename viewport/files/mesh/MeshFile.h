@@ -1,6 +1,7 @@
 #pragma once
 
 #include "viewport/files/mesh/GuardedImport.h"
+#include "viewport/files/mesh/MeshOptions.h"
 
 #include <string>
 
@@ -20,7 +21,7 @@ public:
 
     /// Imports the file (see AssimpImport.h) in a process of its own (see GuardedImport.h). Call it before a
     /// GL context or a thread exists.
-    Result<MeshData> load(ImportLimits const& limits) const;
+    Result<MeshData> load(ImportLimits const& limits, MeshOptions const& options = {}) const;
 
 private:
     std::string path;

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "foundation/geometry/Color4.h"
+#include "viewport/files/mesh/Material.h"
+
+struct aiScene;
+
+/// What Assimp's materials say, as values of ours.
+namespace vellum::viewport {
+
+/// Colors of a vertex of a file may be anything; those of ours are within 0 to 1.
+Color4<float> colorOf(float red, float green, float blue, float opacity);
+
+/// The color of the surfaces of a material, which is opaque. Materials that are not there, or that the importer has
+/// made up, have a plain color.
+Color4<float> surfaceColorOf(aiScene const& scene, unsigned int material);
+
+/// The material, with what it says of its diffuse texture; where the file holds the texture, with its bytes.
+Material materialOf(aiScene const& scene, unsigned int material);
+
+/// Whether the colors of vertices are multiplied with that of the material, as glTF says, and do not replace it.
+bool multipliesVertexColors(aiScene const& scene, unsigned int material);
+
+}  // namespace vellum::viewport
