@@ -54,6 +54,9 @@ Image decode(std::string const& path) {
         startsWith(bytes.substr(std::min<std::size_t>(8, bytes.size())), "WEBP")) {
         return decodeWebp(bytes, *image) ? image : nullptr;
     }
+    if (startsWith(bytes, "DDS ")) {
+        return decodeGuarded([bytes](VL_Image& decoded) { return decodeDds(bytes, decoded); });
+    }
     if (startsWith(bytes, "GIF8") || startsWith(bytes, "BM") || isTga(bytes)) {
         return decodeGuarded([bytes](VL_Image& decoded) { return decodeWithStb(bytes, decoded); });
     }

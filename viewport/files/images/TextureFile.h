@@ -10,7 +10,7 @@
 namespace vellum::viewport {
 
 /// The formats of pictures, for messages.
-constexpr char PICTURE_FORMATS[] = "PNG, JPEG, EXR, HDR, TIFF, WebP, TGA, BMP or GIF";
+constexpr char PICTURE_FORMATS[] = "PNG, JPEG, EXR, HDR, TIFF, WebP, TGA, BMP, GIF or DDS";
 
 /// Reads an image file that a user named for a texture. A file that cannot be opened or decoded is a fault.
 Result<std::shared_ptr<VL_Image const>> readTexture(std::string const& path);

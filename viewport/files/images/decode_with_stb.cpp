@@ -1,6 +1,5 @@
 #include "viewport/files/images/picture_decoders.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <limits>
 #include <memory>
@@ -47,24 +46,8 @@ bool decodeWithStb(std::string_view bytes, VL_Image& image) {
     if (pixels == nullptr || width <= 0 || height <= 0) {
         return false;
     }
-    std::size_t const count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
     // It gives all pictures of some formats an opacity.
-    bool isOpaque = true;
-    for (std::size_t i = 0; i < count && isOpaque; ++i) {
-        isOpaque = pixels.get()[4 * i + 3] == 255;
-    }
-    unsigned int const channels = isOpaque ? 3 : 4;
-    if (!image.create(static_cast<unsigned int>(width), static_cast<unsigned int>(height), channels, 8)) {
-        return false;
-    }
-    unsigned char* to = image.getBuffer();
-    for (std::size_t row = image.height(); row-- > 0;) {
-        stbi_uc const* from = pixels.get() + 4 * row * image.width();
-        for (std::size_t column = 0; column < image.width(); ++column, from += 4) {
-            to = std::copy_n(from, channels, to);
-        }
-    }
-    return true;
+    return takeRgba(pixels.get(), static_cast<unsigned int>(width), static_cast<unsigned int>(height), image);
 }
 
 }  // namespace vellum::viewport

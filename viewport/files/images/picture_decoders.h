@@ -20,4 +20,11 @@ bool decodeWebp(std::string_view bytes, VL_Image& image);
 /// channel; of a moving picture the first one.
 bool decodeWithStb(std::string_view bytes, VL_Image& image);
 
+/// DDS with BC1 to BC5 blocks (DXT1 to DXT5, ATI1, ATI2) or pixels of up to 32 bits; the largest picture of the file,
+/// without its smaller versions. 8 bits a channel. Of our own, for a guarded process.
+bool decodeDds(std::string_view bytes, VL_Image& image);
+
+/// Makes an image of red, green, blue and opacity, upper row first; without an opacity where all is opaque.
+bool takeRgba(unsigned char const* pixels, unsigned int width, unsigned int height, VL_Image& image);
+
 }  // namespace vellum::viewport

@@ -198,8 +198,8 @@ Vector3<double> toVector(aiVector3D const& v) {
 /// Collects the meshes of a scene into one.
 class Collector {
 public:
-    Collector(aiScene const& scene, std::optional<double> time, bool ignoreNormals)
-        : scene(scene), pose(scene, time), ignoreNormals(ignoreNormals) {}
+    Collector(aiScene const& scene, std::optional<double> time, bool ignoreNormals, bool ignoreBones)
+        : scene(scene), pose(scene, time), ignoreNormals(ignoreNormals), ignoreBones(ignoreBones) {}
 
     /// \return false where the scene has more vertices or triangles than a mesh may have.
     bool collect() {
@@ -220,6 +220,9 @@ public:
     }
 
     MeshData take() {
+        if (!_isAnythingSeen()) {
+            _makeOpaque();
+        }
         if (!hasNormals) {
             collected.normals.clear();
         }
@@ -271,13 +274,45 @@ private:
             return false;
         }
         Mover const whole(transform);
-        std::vector<Matrix4<double>> const bones = pose.vertexTransforms(mesh, transform);
+        std::vector<Matrix4<double>> const bones =
+            ignoreBones ? std::vector<Matrix4<double>>() : pose.vertexTransforms(mesh, transform);
         // Bones do not mirror by themselves: those of a mesh agree.
         bool const isMirrored = bones.empty() ? whole.isMirrored : Mover(bones.front()).isMirrored;
         _addVertices(mesh, whole, bones);
         _addFaces(mesh, static_cast<unsigned int>(base), isMirrored);
         ++collected.partCount;
         return true;
+    }
+
+    bool _isSeen(unsigned int vertex, float opacity) const {
+        return collected.colors[vertex].a * opacity > 0;
+    }
+
+    bool _isAnythingSeen() const {
+        for (std::size_t t = 0; t < collected.triangles.size(); ++t) {
+            float const opacity = collected.materials[collected.triangleMaterials[t]].opacity;
+            MeshData::Triangle const& triangle = collected.triangles[t];
+            if (_isSeen(triangle.e0, opacity) || _isSeen(triangle.e1, opacity) ||
+                _isSeen(triangle.e2, opacity)) {
+                return true;
+            }
+        }
+        return std::any_of(
+                   collected.lines.begin(), collected.lines.end(),
+                   [this](MeshLine const& line) { return _isSeen(line.e0, 1) || _isSeen(line.e1, 1); }) ||
+               std::any_of(collected.points.begin(), collected.points.end(),
+                           [this](unsigned int point) { return _isSeen(point, 1); });
+    }
+
+    /// A file that shows nothing at all means opacity where it says transparency, as the programs do that wrote such
+    /// files, or its importer knows none.
+    void _makeOpaque() {
+        for (Material& material : collected.materials) {
+            material.opacity = 1;
+        }
+        for (Color4<float>& color : collected.colors) {
+            color.a = 1;
+        }
     }
 
     Color4<float> _vertexColor(aiMesh const& mesh, unsigned int v, Color4<float> const& surface) const {
@@ -351,6 +386,7 @@ private:
     aiScene const& scene;
     AssimpPose const pose;
     bool const ignoreNormals;
+    bool const ignoreBones;
     MeshData collected;
     bool hasNormals = false;
     bool hasTextureCoordinates = false;
@@ -400,7 +436,8 @@ Result<MeshData> importWithAssimp(std::string const& path, MeshOptions const& op
     if (std::optional<Fault> const damage = firstFault(path, *scene)) {
         return *damage;
     }
-    scene = importer.ApplyPostProcessing(aiProcess_Triangulate);
+    // Some materials say where their texture lies by a form, such as a cylinder, in place of coordinates.
+    scene = importer.ApplyPostProcessing(aiProcess_Triangulate | aiProcess_GenUVCoords);
     if (scene == nullptr) {
         return fault(std::string("cannot cut the faces into triangles: ") + importer.GetErrorString());
     }
@@ -408,7 +445,8 @@ Result<MeshData> importWithAssimp(std::string const& path, MeshOptions const& op
     UpAxis const up = said ? *said : settleUp(*scene, extension);
 
     // An STL file has a normal for each facet and none for a vertex.
-    Collector collector(*scene, options.time, extension == ".stl");
+    // The importer of MDL files hangs all bones below one node, whatever bone they belong to.
+    Collector collector(*scene, options.time, extension == ".stl", extension == ".mdl");
     if (!collector.collect()) {
         return fault("the mesh has too many vertices or triangles");
     }

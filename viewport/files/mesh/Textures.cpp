@@ -46,6 +46,8 @@ bool isFile(fs::path const& path) {
     return fs::is_regular_file(path, error);
 }
 
+constexpr std::size_t LONGEST_NAME = 200;  // in notes; addresses may hold whole pictures
+
 // Where textures are kept beside a mesh file, in the order in which they are looked through.
 constexpr char const* FOLDERS[] = {"textures", "texture", "tex", "images", "maps"};
 
@@ -340,9 +342,17 @@ std::vector<Fault> loadTextures(std::string const& meshPath, MeshData& mesh) {
     for (std::size_t i = 0; i < mesh.materials.size(); ++i) {
         Material& material = mesh.materials[i];
         bool const hasPicture = !material.texture.empty() || !material.opacityTexture.empty();
-        if (hasPicture && isUsed[i] && !mesh.textureCoordinates.empty()) {
-            material.image = reader.read(material);
+        if (!hasPicture || !isUsed[i]) {
+            continue;
         }
+        if (mesh.textureCoordinates.empty()) {
+            std::string const& name = material.texture.empty() ? material.opacityTexture : material.texture;
+            notes.push_back(
+                {meshPath, "texture '" + name.substr(0, LONGEST_NAME) +
+                               "' has no place: the mesh has no texture coordinates; drawn without it"});
+            continue;
+        }
+        material.image = reader.read(material);
     }
     for (Material& material : mesh.materials) {
         material.textureBytes = {};

@@ -46,7 +46,8 @@ std::vector<Sample> samples() {
             {"WebP", WEBP_WITH_ALPHA, 8, true},
             {"TGA", TGA_WITH_ALPHA, 8, true},
             {"BMP", BMP, 8, false},
-            {"GIF", GIF, 8, false}};
+            {"GIF", GIF, 8, false},
+            {"DDS", DDS, 8, false}};
 }
 
 }  // namespace
@@ -75,6 +76,96 @@ TEST(TextureFile, eachFormatGivesItsPixels) {
             }
         }
     }
+}
+
+// == DDS ==
+
+namespace {
+
+void append(std::string& bytes, std::initializer_list<unsigned int> const& values) {
+    for (unsigned int const value : values) {
+        for (unsigned int k = 0; k < 4; ++k) {
+            bytes.push_back(static_cast<char>(value >> (8 * k) & 0xFFU));
+        }
+    }
+}
+
+/// A file of 4 x 4 pixels, or of the size given.
+std::string dds(std::string const& fourLetters, std::string const& content, unsigned int side = 4) {
+    std::string bytes = "DDS ";
+    append(bytes, {124, 0x1007, side, side, 0, 0, 0});
+    bytes.append(44, '\0');
+    append(bytes, {32, 4});
+    bytes += fourLetters;
+    bytes.append(40, '\0');
+    EXPECT_EQ(bytes.size(), 128U);
+    return bytes + content;
+}
+
+std::string const redToBlue("\x00\xF8\x1F\x00\x1B\x00\x00\x00", 8);
+
+}  // namespace
+
+TEST(TextureFile, ddsBlocksOfColorsAreDecoded) {
+    Image const image = read(dds("DXT1", redToBlue));
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(image->pixdepth(), 24);
+    // The upper row has the indices 3, 2, 1 and 0; the others 0.
+    float const reds[] = {1.0F / 3, 2.0F / 3, 0, 1};
+    for (unsigned int column = 0; column < 4; ++column) {
+        EXPECT_NEAR(channel(*image, column, 3, 0), reds[column], 0.003F);
+        EXPECT_NEAR(channel(*image, column, 3, 2), 1 - reds[column], 0.003F);
+        EXPECT_EQ(channel(*image, column, 0, 0), 1);
+    }
+    // With the smaller color first: one between them, and a hole.
+    Image const holes = read(dds("DXT1", std::string("\x1F\x00\x00\xF8\x1B\x00\x00\x00", 8)));
+    ASSERT_NE(holes, nullptr);
+    ASSERT_EQ(holes->pixdepth(), 32);
+    EXPECT_EQ(channel(*holes, 0, 3, 3), 0);
+    EXPECT_NEAR(channel(*holes, 1, 3, 0), 0.5F, 0.003F);
+    EXPECT_EQ(channel(*holes, 1, 3, 3), 1);
+}
+
+TEST(TextureFile, ddsBlocksOfOpacitiesAreDecoded) {
+    // Opacities of 4 bits: 15 and 3 in the upper row.
+    Image const four = read(dds("DXT3", std::string("\x3F\x00\x00\x00\x00\x00\x00\x00", 8) + redToBlue));
+    ASSERT_NE(four, nullptr);
+    ASSERT_EQ(four->pixdepth(), 32);
+    EXPECT_EQ(channel(*four, 0, 3, 3), 1);
+    EXPECT_NEAR(channel(*four, 1, 3, 3), 0.2F, 0.003F);
+    EXPECT_EQ(channel(*four, 2, 3, 3), 0);
+    // From 255 to 0 in eight steps: the indices 2 and 7.
+    Image const eight = read(dds("DXT5", std::string("\xFF\x00\x3A\x00\x00\x00\x00\x00", 8) + redToBlue));
+    ASSERT_NE(eight, nullptr);
+    EXPECT_NEAR(channel(*eight, 0, 3, 3), 6.0F / 7, 0.003F);
+    EXPECT_NEAR(channel(*eight, 1, 3, 3), 1.0F / 7, 0.003F);
+    EXPECT_EQ(channel(*eight, 2, 3, 3), 1);
+    // From 0 to 255 in six steps, and both ends: the indices 2, 6 and 7.
+    Image const six = read(dds("DXT5", std::string("\x00\xFF\xF2\x01\x00\x00\x00\x00", 8) + redToBlue));
+    ASSERT_NE(six, nullptr);
+    EXPECT_NEAR(channel(*six, 0, 3, 3), 0.2F, 0.003F);
+    EXPECT_EQ(channel(*six, 1, 3, 3), 0);
+    EXPECT_EQ(channel(*six, 2, 3, 3), 1);
+}
+
+TEST(TextureFile, ddsBlocksOfOneAndTwoChannelsAreDecoded) {
+    std::string const ramp("\xFF\x00\x3A\x00\x00\x00\x00\x00", 8);
+    Image const one = read(dds("ATI1", ramp));
+    ASSERT_NE(one, nullptr);
+    EXPECT_NEAR(channel(*one, 0, 3, 0), 6.0F / 7, 0.003F);
+    EXPECT_EQ(channel(*one, 0, 3, 0), channel(*one, 0, 3, 2)) << "gray";
+    Image const two = read(dds("ATI2", ramp + std::string("\x00\xFF\x00\x00\x00\x00\x00\x00", 8)));
+    ASSERT_NE(two, nullptr);
+    EXPECT_NEAR(channel(*two, 1, 3, 0), 1.0F / 7, 0.003F);
+    EXPECT_EQ(channel(*two, 1, 3, 1), 0);
+}
+
+TEST(TextureFile, ddsFilesOfOtherKindsAreRefused) {
+    EXPECT_EQ(read(dds("ABCD", redToBlue)), nullptr);
+    EXPECT_EQ(read(dds("DXT1", redToBlue, 8)), nullptr) << "four blocks are needed";
+    EXPECT_EQ(read(dds("DXT1", redToBlue, 0)), nullptr);
+    EXPECT_EQ(read(dds("DXT1", redToBlue, 0xFFFFFFFFU)), nullptr);
+    EXPECT_EQ(read(dds("DX10", redToBlue)), nullptr);
 }
 
 TEST(TextureFile, picturesThatAreCutOffDoNoHarm) {

@@ -212,6 +212,19 @@ TEST_F(MeshFile_test, materialsThatAreSilentAboutLightHaveNone) {
     EXPECT_EQ(plain.alphaMode, AlphaMode::SOLID);
 }
 
+TEST_F(MeshFile_test, aFileThatWouldShowNothingIsOpaque) {
+    folder.write("a.mtl", "newmtl gone\nd 0\nnewmtl glass\nd 0.5\n");
+    Result<MeshData> const nothing =
+        loadText("a.obj", "mtllib a.mtl\nusemtl gone\n" + mesh_texts::triangleObj);
+    ASSERT_TRUE(nothing.isOk()) << nothing.fault().line();
+    EXPECT_EQ(nothing.value().materials[nothing.value().triangleMaterials[0]].opacity, 1);
+    Result<MeshData> const something = loadText(
+        "b.obj", "mtllib a.mtl\nusemtl gone\n" + mesh_texts::triangleObj + "usemtl glass\nf 3 2 1\n");
+    ASSERT_TRUE(something.isOk()) << something.fault().line();
+    EXPECT_EQ(something.value().materials[something.value().triangleMaterials[0]].opacity, 0);
+    EXPECT_EQ(something.value().materials[something.value().triangleMaterials[1]].opacity, 0.5F);
+}
+
 // == Materials, bones and movements of glTF ==
 
 namespace {

@@ -77,6 +77,14 @@ TEST(Textures, aNoteSaysWhereATextureWasLookedFor) {
     EXPECT_THAT(notes[0].line(), testing::HasSubstr("../textures"));
 }
 
+TEST(Textures, aTextureWithoutCoordinatesIsNoted) {
+    MeshData mesh = triangleWith("skin.png");
+    mesh.textureCoordinates.clear();
+    std::vector<Fault> const notes = loadTextures("m.obj", mesh);
+    ASSERT_EQ(notes.size(), 1U);
+    EXPECT_THAT(notes[0].line(), testing::HasSubstr("'skin.png' has no place"));
+}
+
 TEST(Textures, aFaultCostsOneTextureOnly) {
     TemporaryFolder const folder;
     savePicture(folder.file("good.png"));
