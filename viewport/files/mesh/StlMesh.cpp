@@ -1,0 +1,354 @@
+#include "viewport/files/mesh/StlMesh.h"
+
+#include "viewport/files/mesh/PolygonCutter.h"
+#include "viewport/files/mesh/default_color.h"
+#include "viewport/text/TextLines.h"
+#include "viewport/text/Words.h"
+#include "viewport/text/data_numbers.h"
+#include "viewport/text/lower_case.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+#include <string>
+
+namespace vellum::viewport {
+
+namespace {
+
+using Triangle = MeshData::Triangle;
+
+constexpr std::size_t HEADER_SIZE = 80;
+constexpr std::size_t COUNT_SIZE = 4;
+constexpr std::size_t START_SIZE = HEADER_SIZE + COUNT_SIZE;
+constexpr std::size_t NORMAL_SIZE = 12;
+constexpr std::size_t ATTRIBUTE_PLACE = 48;
+constexpr std::size_t FACET_SIZE = 50;
+
+Fault tooLarge() {
+    return {{}, "the mesh has too many vertices or triangles"};
+}
+
+// == Binary ==
+
+std::uint32_t wordAt(char const* const& bytes) {
+    std::uint32_t word = 0;
+    for (int i = 3; i >= 0; --i) {
+        word = word << 8 | static_cast<unsigned char>(bytes[i]);
+    }
+    return word;
+}
+
+float numberAt(char const* const& bytes) {
+    std::uint32_t const word = wordAt(bytes);
+    float number = 0;
+    std::memcpy(&number, &word, sizeof number);
+    return number;
+}
+
+unsigned int attributeAt(char const* const& bytes) {
+    return static_cast<unsigned char>(bytes[0]) |
+           static_cast<unsigned int>(static_cast<unsigned char>(bytes[1])) << 8;
+}
+
+std::uint64_t declaredFacets(std::string_view file) {
+    return wordAt(file.data() + HEADER_SIZE);
+}
+
+bool isBinary(std::string_view file) {
+    return file.size() >= START_SIZE && file.size() == START_SIZE + declaredFacets(file) * FACET_SIZE;
+}
+
+/// The color of the whole that a header with "COLOR=" holds.
+std::optional<Color4<float>> colorOfHeader(std::string_view header) {
+    constexpr std::string_view KEY = "COLOR=";
+    std::size_t const place = header.find(KEY);
+    if (place == std::string_view::npos || place + KEY.size() + 4 > header.size()) {
+        return std::nullopt;
+    }
+    auto const part = [&](std::size_t index) {
+        return static_cast<float>(static_cast<unsigned char>(header[place + KEY.size() + index])) / 255.0F;
+    };
+    // Writers that do not know of opacity leave the byte 0; nobody writes a model that is not to be seen.
+    float const opacity = part(3) > 0 ? part(3) : 1.0F;
+    return Color4<float>{part(0), part(1), part(2), opacity};
+}
+
+class BinaryReader {
+public:
+    explicit BinaryReader(std::string_view file)
+        : facets(file.data() + START_SIZE)
+        , count(declaredFacets(file))
+        , whole(colorOfHeader(file.substr(0, HEADER_SIZE))) {}
+
+    Result<MeshData> read() {
+        if (3 * count > MeshData::LARGEST_COUNT) {
+            return tooLarge();
+        }
+        if (std::optional<Fault> const fault = _readPositions()) {
+            return *fault;
+        }
+        _readColors();
+        mesh.partCount = count > 0 ? 1 : 0;
+        return std::move(mesh);
+    }
+
+private:
+    std::optional<Fault> _readPositions() {
+        mesh.positions.reserve(3 * count);
+        mesh.triangles.reserve(count);
+        for (std::uint64_t i = 0; i < count; ++i) {
+            char const* const facet = facets + i * FACET_SIZE;
+            float values[9];
+            float nothing = 0;  // becomes NaN with a value that is not finite
+            for (std::size_t k = 0; k < 9; ++k) {
+                values[k] = numberAt(facet + NORMAL_SIZE + 4 * k);
+                nothing += values[k] * 0.0F;
+            }
+            if (nothing != 0) {
+                return Fault{{},
+                             "facet " + std::to_string(i) + " at byte " +
+                                 std::to_string(START_SIZE + i * FACET_SIZE) +
+                                 " has a coordinate that is not a number or infinite"};
+            }
+            for (std::size_t k = 0; k < 9; k += 3) {
+                mesh.positions.push_back({values[k], values[k + 1], values[k + 2]});
+            }
+            unsigned int const first = static_cast<unsigned int>(3 * i);
+            mesh.triangles.push_back({first, first + 1, first + 2});
+        }
+        return std::nullopt;
+    }
+
+    void _readColors() {
+        constexpr unsigned int CHOICE = 1U << 15;
+        unsigned int set = 0;
+        for (std::uint64_t i = 0; i < count; ++i) {
+            set |= attributeAt(facets + i * FACET_SIZE + ATTRIBUTE_PLACE);
+        }
+        Color4<float> const common = whole.value_or(DEFAULT_COLOR);
+        bool const isUsed = whole ? set != 0 : (set & CHOICE) != 0;
+        if (!isUsed) {
+            mesh.colors.assign(3 * count, common);
+            return;
+        }
+        unsigned int const ownChoice = whole ? 0 : CHOICE;
+        mesh.colors.reserve(3 * count);
+        for (std::uint64_t i = 0; i < count; ++i) {
+            unsigned int const attribute = attributeAt(facets + i * FACET_SIZE + ATTRIBUTE_PLACE);
+            bool const isOwn = (attribute & CHOICE) == ownChoice;
+            Color4<float> const color = isOwn ? _colorOf(attribute) : common;
+            mesh.colors.insert(mesh.colors.end(), 3, color);
+            mesh.hasVertexColors = mesh.hasVertexColors || isOwn;
+        }
+    }
+
+    Color4<float> _colorOf(unsigned int attribute) const {
+        auto const part = [attribute](unsigned int shift) {
+            return static_cast<float>(attribute >> shift & 31U) / 31.0F;
+        };
+        return whole ? Color4<float>{part(0), part(5), part(10), 1}
+                     : Color4<float>{part(10), part(5), part(0), 1};
+    }
+
+    char const* facets;
+    std::uint64_t count;
+    std::optional<Color4<float>> whole;
+    MeshData mesh;
+};
+
+// == Text ==
+
+/// Reads words and numbers; lines mean nothing to the format but the end of a solid's name.
+class TextReader {
+public:
+    explicit TextReader(std::string_view file) : file(file), here(file.data()), end(here + file.size()) {}
+
+    Result<MeshData> read() {
+        while (_takeKeyword("solid")) {
+            _skipLine();
+            std::size_t const before = mesh.triangles.size();
+            if (std::optional<Fault> const fault = _readSolid()) {
+                return *fault;
+            }
+            mesh.partCount += mesh.triangles.size() > before ? 1 : 0;
+        }
+        _skipBlanks();
+        if (here != end) {
+            return _fault("'solid' is expected and not " + quoted(_word()));
+        }
+        mesh.colors.assign(mesh.positions.size(), DEFAULT_COLOR);
+        cutter.cutFans(mesh);
+        return std::move(mesh);
+    }
+
+private:
+    std::optional<Fault> _readSolid() {
+        while (_takeKeyword("facet")) {
+            // The normal, which some writers leave out in part.
+            while (!_takeKeyword("outer")) {
+                if (_word().empty()) {
+                    return _cutOff("'outer loop'");
+                }
+                if (_isKeyword("vertex") || _isKeyword("facet") || _isKeyword("endfacet")) {
+                    return _fault("'outer loop' is expected and not " + quoted(_word()));
+                }
+                here += _word().size();
+            }
+            if (!_takeKeyword("loop")) {
+                return _expected("loop");
+            }
+            if (std::optional<Fault> const fault = _readLoop()) {
+                return fault;
+            }
+            for (std::string_view const word : {"endloop", "endfacet"}) {
+                if (!_takeKeyword(word)) {
+                    return _expected(word);
+                }
+            }
+        }
+        if (!_takeKeyword("endsolid")) {
+            return _expected("endsolid");
+        }
+        _skipLine();
+        return std::nullopt;
+    }
+
+    std::optional<Fault> _readLoop() {
+        std::size_t const first = mesh.positions.size();
+        while (_takeKeyword("vertex")) {
+            double values[3];
+            for (double& value : values) {
+                _skipBlanks();
+                char const* const next = takeDataNumber(here, end, value);
+                if (next == nullptr || !(next == end || _isBlank(*next))) {
+                    return here == end ? _cutOff("a coordinate")
+                                       : _fault(quoted(_word()) + " is not a number");
+                }
+                if (!std::isfinite(value)) {
+                    return _fault("the vertex has a coordinate that is not a number or infinite");
+                }
+                here = next;
+            }
+            mesh.positions.push_back({values[0], values[1], values[2]});
+        }
+        std::size_t const count = mesh.positions.size() - first;
+        if (mesh.positions.size() > MeshData::LARGEST_COUNT) {
+            return tooLarge();
+        }
+        if (count < 3) {
+            return here == end ? _cutOff("'vertex'")
+                               : _fault("the facet has " + std::to_string(count) + " vertices, not 3");
+        }
+        indices.resize(count);
+        for (std::size_t i = 0; i < count; ++i) {
+            indices[i] = static_cast<unsigned int>(first + i);
+        }
+        cutter.addFan(indices.data(), count, mesh.triangles);
+        return std::nullopt;
+    }
+
+    static bool _isBlank(char character) {
+        return character == ' ' || (character >= '\t' && character <= '\r');
+    }
+
+    void _skipBlanks() {
+        while (here != end && _isBlank(*here)) {
+            ++here;
+        }
+    }
+
+    void _skipLine() {
+        while (here != end && *here != '\n' && *here != '\r') {
+            ++here;
+        }
+    }
+
+    /// The word ahead.
+    std::string_view _word() {
+        _skipBlanks();
+        char const* const start = here;
+        char const* stop = start;
+        while (stop != end && !_isBlank(*stop)) {
+            ++stop;
+        }
+        return {start, static_cast<std::size_t>(stop - start)};
+    }
+
+    /// Whether the word ahead is this one, which has small letters only; it may have others in the file.
+    bool _isKeyword(std::string_view keyword) {
+        _skipBlanks();
+        if (static_cast<std::size_t>(end - here) < keyword.size()) {
+            return false;
+        }
+        for (std::size_t i = 0; i < keyword.size(); ++i) {
+            if ((here[i] | 0x20) != keyword[i]) {
+                return false;
+            }
+        }
+        char const* const stop = here + keyword.size();
+        return stop == end || _isBlank(*stop);
+    }
+
+    bool _takeKeyword(std::string_view keyword) {
+        bool const isThere = _isKeyword(keyword);
+        here += isThere ? keyword.size() : 0;
+        return isThere;
+    }
+
+    Fault _fault(std::string const& reason) const {
+        // Files of old systems end their lines with a carriage return alone.
+        char const lineEnd = file.find('\n') == std::string_view::npos ? '\r' : '\n';
+        auto const line = 1 + std::count(file.data(), here, lineEnd);
+        return {{}, "line " + std::to_string(line) + ": " + reason};
+    }
+
+    Fault _cutOff(std::string const& missing) const {
+        return _fault("the file is cut off before " + missing);
+    }
+
+    Fault _expected(std::string_view keyword) {
+        std::string const expected = "'" + std::string(keyword) + "'";
+        std::string_view const word = _word();
+        return word.empty() ? _cutOff(expected) : _fault(expected + " is expected and not " + quoted(word));
+    }
+
+    std::string_view file;
+    char const* here;
+    char const* end;
+    std::vector<unsigned int> indices;
+    PolygonCutter cutter;
+    MeshData mesh;
+};
+
+/// No text has a byte 0, which the number of facets of nearly every binary file has.
+bool isText(std::string_view file) {
+    std::string_view start = file.substr(0, START_SIZE);
+    return start.find('\0') == std::string_view::npos && lowerCase(takeWord(start)) == "solid";
+}
+
+}  // namespace
+
+Result<MeshData> readStlMesh(std::string_view bytes) {
+    if (isBinary(bytes)) {
+        return BinaryReader(bytes).read();
+    }
+    if (isText(bytes)) {
+        return TextReader(bytes).read();
+    }
+    if (bytes.size() < START_SIZE) {
+        return Fault{{}, "the STL file is cut off: it has neither a solid nor a number of facets"};
+    }
+    std::uint64_t const declared = declaredFacets(bytes);
+    std::uint64_t const held = (bytes.size() - START_SIZE) / FACET_SIZE;
+    std::string const counts =
+        "it declares " + std::to_string(declared) + " facets and holds " + std::to_string(held);
+    return Fault{{},
+                 declared > held ? "the file is cut off: " + counts
+                                 : "the file has bytes behind its last facet: " + counts};
+}
+
+}  // namespace vellum::viewport
