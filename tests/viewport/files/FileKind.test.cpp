@@ -47,6 +47,11 @@ TEST(FileKind, theContentOfPlyFilesDecides) {
     EXPECT_TRUE(isParticleFile(folder.write("points.ply",
                                             "ply\nformat ascii 1.0\nelement vertex 1\nproperty float x\n"
                                             "property float y\nproperty float z\nend_header\n0 0 0\n")));
+    for (std::string const element : {"face", "tristrips", "edge"}) {
+        std::string const start = "ply\nformat ascii 1.0\nelement vertex 0\nelement " + element;
+        EXPECT_FALSE(isParticleFile(folder.write("mesh.ply", start + " 1\nend_header\n"))) << element;
+        EXPECT_TRUE(isParticleFile(folder.write("mesh.ply", start + " 0\nend_header\n"))) << element;
+    }
     EXPECT_FALSE(isParticleFile(folder.file("gone.ply")));
     EXPECT_FALSE(isParticleFile(folder.write("noise.ply", mesh_texts::noise(500))));
 }

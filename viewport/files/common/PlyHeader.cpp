@@ -3,6 +3,8 @@
 #include "viewport/text/Words.h"
 #include "viewport/text/numbers.h"
 
+#include <algorithm>
+
 namespace vellum::viewport {
 
 namespace {
@@ -107,6 +109,13 @@ std::optional<PlyHeader> readPlyHeader(std::string_view file) {
         }
     }
     return std::nullopt;
+}
+
+bool isPlyMesh(PlyHeader const& header) {
+    return std::any_of(header.elements.begin(), header.elements.end(), [](PlyElement const& element) {
+        bool const isPart = element.name == "face" || element.name == "tristrips" || element.name == "edge";
+        return isPart && element.count > 0;
+    });
 }
 
 }  // namespace vellum::viewport

@@ -42,4 +42,7 @@ struct PlyHeader {
 /// other keywords (comment, obj_info) are skipped.
 std::optional<PlyHeader> readPlyHeader(std::string_view file);
 
+/// Whether the file has faces, strips of triangles or edges: it is a mesh then, else a set of particles.
+bool isPlyMesh(PlyHeader const& header);
+
 }  // namespace vellum::viewport

@@ -31,16 +31,9 @@ bool isPly(std::string_view bytes) {
     return bytes.substr(0, 4) == "ply\n" || bytes.substr(0, 4) == "ply\r";
 }
 
-bool hasFaces(std::string_view ply) {
+bool isMesh(std::string_view ply) {
     std::optional<PlyHeader> const header = readPlyHeader(ply);
-    if (header) {
-        for (PlyElement const& element : header->elements) {
-            if (element.name == "face" && element.count > 0) {
-                return true;
-            }
-        }
-    }
-    return false;
+    return header && isPlyMesh(*header);
 }
 
 /// A count alone on the first line. Any list of numbers begins like this, so the other formats are tried
@@ -139,7 +132,7 @@ Result<LoadedFrame> readCompressed(std::string_view compressed, Request const& r
 std::optional<ParticleFormat> particleFormatOf(std::string_view bytes) {
     std::string_view const beginning = bytes.substr(0, BEGINNING_SIZE);
     if (isPly(beginning)) {
-        return hasFaces(beginning) ? std::nullopt : std::optional<ParticleFormat>(ParticleFormat::PLY);
+        return isMesh(beginning) ? std::nullopt : std::optional<ParticleFormat>(ParticleFormat::PLY);
     }
     if (beginning.substr(0, 5) == "ITEM:") {
         return ParticleFormat::LAMMPS_DUMP;

@@ -1,0 +1,270 @@
+#include "viewport/files/mesh/PlyBody.h"
+
+#include "viewport/text/TextLines.h"
+#include "viewport/text/data_numbers.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <type_traits>
+
+namespace vellum::viewport {
+
+namespace {
+
+/// Assembled byte by byte, since items are not aligned and either byte order may differ from that of the
+/// machine; compilers make one load of it.
+template <class T, bool IS_BIG>
+T valueAt(char const* bytes) {
+    using Bits = std::conditional_t<
+        sizeof(T) == 1, std::uint8_t,
+        std::conditional_t<sizeof(T) == 2, std::uint16_t,
+                           std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint64_t>>>;
+    Bits bits = 0;
+    for (std::size_t i = 0; i < sizeof(T); ++i) {
+        auto const byte = static_cast<unsigned char>(bytes[IS_BIG ? sizeof(T) - 1 - i : i]);
+        bits = static_cast<Bits>(bits | static_cast<Bits>(static_cast<Bits>(byte) << (8 * i)));
+    }
+    T value;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
+
+constexpr char FEED = '\n';
+
+bool isBlank(char character) {
+    return character == ' ' || character == '\t' || character == '\r';
+}
+
+}  // namespace
+
+PlyBody::PlyBody(std::string_view file, PlyHeader const& header)
+    : file(file)
+    , header(header)
+    , here(file.data() + (file.size() - header.body.size()))
+    , end(file.data() + file.size())
+    , itemStart(here) {}
+
+PlyBody::Type PlyBody::_typeOf(PlyScalarType const& type) {
+    if (!type.isInteger) {
+        return type.size == 4 ? Type::FLOAT32 : Type::FLOAT64;
+    }
+    switch (type.size) {
+    case 1:
+        return type.isSigned ? Type::INT8 : Type::UINT8;
+    case 2:
+        return type.isSigned ? Type::INT16 : Type::UINT16;
+    default:
+        return type.isSigned ? Type::INT32 : Type::UINT32;
+    }
+}
+
+std::size_t PlyBody::_sizeOf(Type type) {
+    switch (type) {
+    case Type::INT8:
+    case Type::UINT8:
+        return 1;
+    case Type::INT16:
+    case Type::UINT16:
+        return 2;
+    case Type::INT32:
+    case Type::UINT32:
+    case Type::FLOAT32:
+        return 4;
+    case Type::FLOAT64:
+        break;
+    }
+    return 8;
+}
+
+bool PlyBody::begin(PlyElement const& next) {
+    element = &next;
+    taken = 0;
+    columns.clear();
+    std::uint64_t least = 0;  // bytes of an item
+    for (PlyProperty const& property : next.properties) {
+        columns.push_back({property.isList, property.isList ? _typeOf(property.length) : Type::UINT8,
+                           _typeOf(property.value)});
+        // In a text a digit and what ends it; behind the very last one there may be nothing.
+        least += header.format == PlyFormat::TEXT
+                     ? 2
+                     : _sizeOf(property.isList ? columns.back().length : columns.back().value);
+    }
+    auto const left = static_cast<std::uint64_t>(end - here) + (header.format == PlyFormat::TEXT ? 1 : 0);
+    return least == 0 || next.count <= left / least;
+}
+
+bool PlyBody::take(PlyItem& item) {
+    item.numbers.resize(columns.size());
+    item.lists.resize(columns.size());
+    switch (header.format) {
+    case PlyFormat::TEXT:
+        return _takeText(item);
+    case PlyFormat::BINARY_LITTLE:
+        return _takeBinary<false>(item);
+    case PlyFormat::BINARY_BIG:
+        break;
+    }
+    return _takeBinary<true>(item);
+}
+
+template <bool IS_BIG>
+bool PlyBody::_takeBinary(PlyItem& item) {
+    auto const numberAt = [](Type type, char const* bytes) -> double {
+        switch (type) {
+        case Type::INT8:
+            return valueAt<std::int8_t, IS_BIG>(bytes);
+        case Type::UINT8:
+            return valueAt<std::uint8_t, IS_BIG>(bytes);
+        case Type::INT16:
+            return valueAt<std::int16_t, IS_BIG>(bytes);
+        case Type::UINT16:
+            return valueAt<std::uint16_t, IS_BIG>(bytes);
+        case Type::INT32:
+            return valueAt<std::int32_t, IS_BIG>(bytes);
+        case Type::UINT32:
+            return valueAt<std::uint32_t, IS_BIG>(bytes);
+        case Type::FLOAT32:
+            return static_cast<double>(valueAt<float, IS_BIG>(bytes));
+        case Type::FLOAT64:
+            break;
+        }
+        return valueAt<double, IS_BIG>(bytes);
+    };
+    itemStart = here;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        Column const& column = columns[i];
+        Type const type = column.isList ? column.length : column.value;
+        std::size_t const size = _sizeOf(type);
+        if (static_cast<std::size_t>(end - here) < size) {
+            return _cutOff();
+        }
+        item.numbers[i] = numberAt(type, here);
+        here += size;
+        if (!column.isList) {
+            continue;
+        }
+        if (item.numbers[i] < 0) {
+            return _damaged("has a list of negative length");
+        }
+        auto const length = static_cast<std::size_t>(item.numbers[i]);
+        std::size_t const valueSize = _sizeOf(column.value);
+        if (length > static_cast<std::size_t>(end - here) / valueSize) {
+            return _cutOff();
+        }
+        std::vector<double>& list = item.lists[i];
+        list.resize(length);
+        for (double& value : list) {
+            value = numberAt(column.value, here);
+            here += valueSize;
+        }
+    }
+    ++taken;
+    return true;
+}
+
+bool PlyBody::_skipToLine() {
+    while (here != end && (isBlank(*here) || *here == FEED)) {
+        ++here;
+    }
+    return here != end;
+}
+
+bool PlyBody::_takeText(PlyItem& item) {
+    // An item without properties has no line.
+    if (columns.empty()) {
+        ++taken;
+        return true;
+    }
+    if (!_skipToLine()) {
+        itemStart = here;
+        return _cutOff();
+    }
+    itemStart = here;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (!_takeNumber(item.numbers[i])) {
+            return false;
+        }
+        if (!columns[i].isList) {
+            continue;
+        }
+        double const length = item.numbers[i];
+        if (!(length >= 0) || length != std::floor(length)) {
+            return _damaged("has a list whose length is not a whole number");
+        }
+        if (length > static_cast<double>(end - here)) {
+            return _cutOff();
+        }
+        std::vector<double>& list = item.lists[i];
+        list.clear();
+        for (auto left = static_cast<std::size_t>(length); left > 0; --left) {
+            double value = 0;
+            if (!_takeNumber(value)) {
+                return false;
+            }
+            list.push_back(value);
+        }
+    }
+    while (here != end && isBlank(*here)) {
+        ++here;
+    }
+    if (here != end && *here != FEED) {
+        firstLongLine = firstLongLine == 0 ? _lineOf(here) : firstLongLine;
+        void const* const next = std::memchr(here, FEED, static_cast<std::size_t>(end - here));
+        here = next != nullptr ? static_cast<char const*>(next) : end;
+    }
+    ++taken;
+    return true;
+}
+
+bool PlyBody::_takeNumber(double& value) {
+    while (here != end && isBlank(*here)) {
+        ++here;
+    }
+    if (here == end) {
+        return _cutOff();
+    }
+    if (*here == FEED) {
+        return _damaged("has fewer numbers than the header declares");
+    }
+    char const* const next = takeDataNumber(here, end, value);
+    if (next == nullptr || (next != end && !isBlank(*next) && *next != FEED)) {
+        char const* stop = here;
+        while (stop != end && !isBlank(*stop) && *stop != FEED) {
+            ++stop;
+        }
+        return _damaged("has " + quoted({here, static_cast<std::size_t>(stop - here)}) +
+                        " in place of a number");
+    }
+    here = next;
+    return true;
+}
+
+bool PlyBody::_cutOff() {
+    reason = "the file is cut off: it declares " + std::to_string(element->count) + " of " +
+             quoted(element->name) + " and holds " + std::to_string(taken);
+    if (header.format == PlyFormat::TEXT) {
+        reason = "line " + std::to_string(_lineOf(end)) + ": " + reason;
+    }
+    return false;
+}
+
+bool PlyBody::_damaged(std::string const& what) {
+    reason = atItem(quoted(element->name) + " " + std::to_string(taken) + " " + what);
+    return false;
+}
+
+std::string PlyBody::damage() const {
+    return reason;
+}
+
+std::string PlyBody::atItem(std::string const& what) const {
+    return header.format == PlyFormat::TEXT ? "line " + std::to_string(_lineOf(itemStart)) + ": " + what
+                                            : "byte " + std::to_string(itemStart - file.data()) + ": " + what;
+}
+
+std::uint64_t PlyBody::_lineOf(char const* place) const {
+    return 1 + static_cast<std::uint64_t>(std::count(file.data(), place, FEED));
+}
+
+}  // namespace vellum::viewport
