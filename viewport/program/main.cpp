@@ -64,6 +64,9 @@ std::optional<Fault> loadMesh(std::string const& file, Options const& options, C
     if (!mesh.isOk()) {
         return mesh.fault();
     }
+    for (std::string const& loss : mesh.value().notes) {
+        note(options, {file, loss});
+    }
     std::vector<std::string> const textures = textureFiles(file, mesh.value());
     content.textures.insert(content.textures.end(), textures.begin(), textures.end());
     // An effect has colors of its own.

@@ -1,9 +1,15 @@
 #include "viewport/files/mesh/MeshFile.h"
 
+#include "viewport/files/common/MappedFile.h"
 #include "viewport/files/mesh/AssimpImport.h"
+#include "viewport/files/mesh/ObjMesh.h"
+#include "viewport/files/mesh/PlyMesh.h"
+#include "viewport/files/mesh/StlMesh.h"
+#include "viewport/text/lower_case.h"
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <optional>
 
 #include <fcntl.h>
@@ -40,6 +46,40 @@ std::optional<Fault> accessFault(std::string const& path) {
     return std::nullopt;
 }
 
+/// The formats that are read here. No child process guards these readers: whatever the bytes are, they take
+/// time and memory in proportion to the size of the file.
+enum class OwnFormat { NONE, OBJ, PLY, STL };
+
+OwnFormat ownFormatOf(std::string const& path) {
+    std::string const extension = lowerCase(std::filesystem::path(path).extension().string());
+    return extension == ".obj"   ? OwnFormat::OBJ
+           : extension == ".ply" ? OwnFormat::PLY
+           : extension == ".stl" ? OwnFormat::STL
+                                 : OwnFormat::NONE;
+}
+
+Result<MeshData> readOwn(OwnFormat format, std::string const& path, std::string_view bytes) {
+    return format == OwnFormat::OBJ   ? readObjMesh(path, bytes)
+           : format == OwnFormat::PLY ? readPlyMesh(bytes)
+                                      : readStlMesh(bytes);
+}
+
+Result<MeshData> loadOwn(OwnFormat format, std::string const& path) {
+    Result<MappedFile> const file = MappedFile::open(path);
+    if (!file.isOk()) {
+        return file.fault();
+    }
+    Result<MeshData> mesh = readOwn(format, path, file.value().bytes());
+    if (!mesh.isOk()) {
+        return Fault{path, mesh.fault().message};
+    }
+    mesh.value().name = std::filesystem::path(path).filename().string();
+    if (std::optional<Fault> const fault = mesh.value().firstFault(path)) {
+        return *fault;
+    }
+    return mesh;
+}
+
 }  // namespace
 
 MeshFile::MeshFile(std::string const& path) : path(path) {}
@@ -47,6 +87,10 @@ MeshFile::MeshFile(std::string const& path) : path(path) {}
 Result<MeshData> MeshFile::load(ImportLimits const& limits, MeshOptions const& options) const {
     if (std::optional<Fault> const fault = accessFault(path)) {
         return *fault;
+    }
+    OwnFormat const format = ownFormatOf(path);
+    if (format != OwnFormat::NONE) {
+        return loadOwn(format, path);
     }
     return importGuarded(
         path, [&] { return importWithAssimp(path, options); }, limits);

@@ -423,6 +423,7 @@ TEST_F(MeshFile_test, anEmptyFileIsAFault) {
 
 TEST_F(MeshFile_test, aMeshWithoutAnythingIsAFault) {
     EXPECT_THAT(faultOfText("a.obj", "# nothing to see\n# at all, really nothing\n"), testing::Not(""));
+    EXPECT_THAT(faultOfText("b.obj", "v 0 0 0\nv 1 0 0\nvt 1 2\n"), HasSubstr("empty"));
 }
 
 TEST_F(MeshFile_test, noiseIsAFaultInEveryFormat) {
@@ -492,15 +493,15 @@ TEST_F(MeshFile_test, anImportBeyondItsMemoryIsAFault) {
     if (!IMPORT_MEMORY_IS_LIMITED) {
         GTEST_SKIP() << "a sanitizer reserves the address space, so there is no limit to meet";
     }
-    std::string const path = folder.write("a.ply", mesh_texts::binaryPly(300'000));
-    EXPECT_EQ(faultOf(MeshFile(path).load({ImportLimits{}.deadline, std::uint64_t(12) << 20}), "a.ply"),
+    std::string const path = folder.write("a.off", mesh_texts::stripOff(300'000));
+    EXPECT_EQ(faultOf(MeshFile(path).load({ImportLimits{}.deadline, std::uint64_t(12) << 20}), "a.off"),
               "the import needs more memory than the limit of 12 MB");
 }
 
 TEST_F(MeshFile_test, anImportBeyondItsDeadlineIsAFault) {
-    std::string const path = folder.write("a.ply", mesh_texts::binaryPly(300'000));
+    std::string const path = folder.write("a.off", mesh_texts::stripOff(300'000));
     EXPECT_EQ(
-        faultOf(MeshFile(path).load({std::chrono::milliseconds(1), ImportLimits{}.memoryBytes}), "a.ply"),
+        faultOf(MeshFile(path).load({std::chrono::milliseconds(1), ImportLimits{}.memoryBytes}), "a.off"),
         "the import did not end within 0.001 s and was stopped");
 }
 

@@ -46,6 +46,19 @@ inline std::string binaryPly(int const& count) {
     return bytes;
 }
 
+/// The same strip as OFF.
+inline std::string stripOff(int const& count) {
+    std::string text = "OFF\n" + std::to_string(count + 2) + " " + std::to_string(count) + " 0\n";
+    for (int i = 0; i < count + 2; ++i) {
+        text += std::to_string(i / 2) + " " + std::to_string(i % 2) + " 0\n";
+    }
+    for (int i = 0; i < count; ++i) {
+        text += "3 " + std::to_string(i) + " " + std::to_string(i + 1 + i % 2) + " " +
+                std::to_string(i + 2 - i % 2) + "\n";
+    }
+    return text;
+}
+
 /// `count` separate triangles as binary STL.
 inline std::string binaryStl(int const& count) {
     std::string bytes(80, ' ');
