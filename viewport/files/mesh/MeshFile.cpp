@@ -5,6 +5,7 @@
 #include "viewport/files/mesh/ObjMesh.h"
 #include "viewport/files/mesh/PlyMesh.h"
 #include "viewport/files/mesh/StlMesh.h"
+#include "viewport/files/mesh/UpAxis.h"
 #include "viewport/text/lower_case.h"
 
 #include <cerrno>
@@ -50,8 +51,7 @@ std::optional<Fault> accessFault(std::string const& path) {
 /// time and memory in proportion to the size of the file.
 enum class OwnFormat { NONE, OBJ, PLY, STL };
 
-OwnFormat ownFormatOf(std::string const& path) {
-    std::string const extension = lowerCase(std::filesystem::path(path).extension().string());
+OwnFormat ownFormatOf(std::string const& extension) {
     return extension == ".obj"   ? OwnFormat::OBJ
            : extension == ".ply" ? OwnFormat::PLY
            : extension == ".stl" ? OwnFormat::STL
@@ -64,7 +64,7 @@ Result<MeshData> readOwn(OwnFormat format, std::string const& path, std::string_
                                       : readStlMesh(bytes);
 }
 
-Result<MeshData> loadOwn(OwnFormat format, std::string const& path) {
+Result<MeshData> loadOwn(OwnFormat format, std::string const& path, std::string const& extension) {
     Result<MappedFile> const file = MappedFile::open(path);
     if (!file.isOk()) {
         return file.fault();
@@ -73,6 +73,7 @@ Result<MeshData> loadOwn(OwnFormat format, std::string const& path) {
     if (!mesh.isOk()) {
         return Fault{path, mesh.fault().message};
     }
+    mesh.value().up = upOfFormat(extension);
     mesh.value().name = std::filesystem::path(path).filename().string();
     if (std::optional<Fault> const fault = mesh.value().firstFault(path)) {
         return *fault;
@@ -88,9 +89,10 @@ Result<MeshData> MeshFile::load(ImportLimits const& limits, MeshOptions const& o
     if (std::optional<Fault> const fault = accessFault(path)) {
         return *fault;
     }
-    OwnFormat const format = ownFormatOf(path);
+    std::string const extension = lowerCase(std::filesystem::path(path).extension().string());
+    OwnFormat const format = ownFormatOf(extension);
     if (format != OwnFormat::NONE) {
-        return loadOwn(format, path);
+        return loadOwn(format, path, extension);
     }
     return importGuarded(
         path, [&] { return importWithAssimp(path, options); }, limits);

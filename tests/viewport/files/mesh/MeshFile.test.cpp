@@ -52,6 +52,8 @@ protected:
 TEST_F(MeshFile_test, upIsThatOfTheFormat) {
     EXPECT_EQ(loadText("a.obj", mesh_texts::triangleObj).value().up, UpAxis::Y);
     EXPECT_EQ(loadText("a.off", mesh_texts::cubeOff).value().up, UpAxis::Z);
+    EXPECT_EQ(loadText("a.PLY", mesh_texts::trianglePly).value().up, UpAxis::Z);
+    EXPECT_EQ(loadText("a.stl", mesh_texts::binaryStl(1)).value().up, UpAxis::Z);
     EXPECT_EQ(upOfFormat(".stl"), UpAxis::Z);
     EXPECT_EQ(upOfFormat(".3ds"), UpAxis::Z);
     EXPECT_EQ(upOfFormat(".ply"), UpAxis::Z);
@@ -153,6 +155,24 @@ TEST_F(MeshFile_test, colorsComeFromTheVertices) {
     EXPECT_EQ(result.value().colors[0].r, 1.0F);
     EXPECT_EQ(result.value().colors[1].g, 1.0F);
     EXPECT_EQ(result.value().colors[1].r, 0.0F);
+}
+
+TEST_F(MeshFile_test, coordinatesKeepDoublePrecision) {
+    std::string ply = mesh_texts::trianglePly;
+    ply.replace(ply.find("1 0 0"), 5, "10000000.125 0 0");
+    struct Row {
+        char const* name;
+        std::string content;
+    };
+    for (Row const& row :
+         {Row{"a.obj", "v 0 0 0\nv 10000000.125 0 0\nv 0 1 0\nf 1 2 3\n"}, Row{"a.ply", ply},
+          Row{"a.stl", "solid\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 10000000.125 0 0\n"
+                       "vertex 0 1 0\nendloop\nendfacet\nendsolid\n"}}) {
+        Result<MeshData> const result = loadText(row.name, row.content);
+        ASSERT_TRUE(result.isOk()) << result.fault().line();
+        EXPECT_EQ(result.value().box().max.x, 10000000.125) << row.name;
+        EXPECT_EQ(result.value().name, row.name);
+    }
 }
 
 TEST_F(MeshFile_test, aFileWithoutItsMaterialsIsStillAMesh) {
