@@ -360,7 +360,7 @@ TEST_F(program_gl_test, particlesWithoutAPlaceAreNoted) {
 
 TEST_F(program_gl_test, aPictureOfParticlesThatCannotBeWrittenIsAFault) {
     std::string const csv = folder.write("table.csv", "x,y,z\n0,0,0\n");
-    for (std::string const& out : {folder.file("gone/out.png"), std::string("/dev/null")}) {
+    for (std::string const& out : {folder.file("gone/out.png"), std::string("/dev/full")}) {
         Outcome const outcome = run({csv, "--out", out, "--size", "64x48"});
         EXPECT_EQ(outcome.status, 1);
         EXPECT_THAT(outcome.error, StartsWith("vl_viewport: " + out + ": cannot be written: "));

@@ -1,16 +1,29 @@
 #include "viewport/files/images/Picture.h"
 
+#include "foundation/image/VL_Image.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WithoutRights.h"
+#include "viewport/files/images/output_file.h"
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <array>
 #include <csignal>
 #include <cstdint>
 #include <filesystem>
+#include <limits>
+#include <map>
 
+#include <ImfChannelList.h>
+#include <ImfFrameBuffer.h>
+#include <ImfHeader.h>
+#include <ImfInputFile.h>
+#include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -83,11 +96,121 @@ TEST(Picture, leftoversOfAnEarlierProcessDoNotMatter) {
 TEST(Picture, whatIsNoFileIsNotReplaced) {
     TemporaryFolder const folder;
     ASSERT_EQ(mkdir(folder.file("a.png").c_str(), 0755), 0);
-    ASSERT_EQ(mkfifo(folder.file("pipe").c_str(), 0644), 0);
+    int const socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::string const name = folder.file("s");
+    ASSERT_LT(name.size(), sizeof address.sun_path);
+    std::copy(name.begin(), name.end(), address.sun_path);
+    ASSERT_EQ(bind(socket, reinterpret_cast<sockaddr const*>(&address), sizeof address), 0);
     EXPECT_THAT(faultOf(noise(2, 2).savePng(folder.file("a.png"))), HasSubstr("folder"));
-    EXPECT_THAT(faultOf(noise(2, 2).savePng(folder.file("pipe"))), HasSubstr("not a regular file"));
+    EXPECT_THAT(faultOf(noise(2, 2).savePng(name)), HasSubstr("not a regular file"));
     EXPECT_THAT(faultOf(noise(2, 2).savePng(folder.file("a.png") + "/")), HasSubstr("folder"));
-    EXPECT_THAT(folder.names(), ElementsAre("a.png", "pipe"));
+    EXPECT_THAT(folder.names(), ElementsAre("a.png", "s"));
+    close(socket);
+}
+
+TEST(Picture, pipesAndDevicesAreWrittenStraight) {
+    TemporaryFolder const folder;
+    std::string const pipe = folder.file("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0644), 0);
+    Picture const saved = noise(5, 3);
+    pid_t const child = fork();
+    if (child == 0) {
+        _exit(saved.savePng(pipe) ? 1 : 0);
+    }
+    std::string const bytes = folder.read("pipe");
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    Result<Picture> const loaded = Picture::loadPng(folder.write("copy.png", bytes));
+    ASSERT_TRUE(loaded.isOk());
+    EXPECT_TRUE(loaded.value().pixels == saved.pixels);
+    EXPECT_THAT(folder.names(), ElementsAre("copy.png", "pipe"));
+    EXPECT_EQ(faultOf(saved.savePng("/dev/null")), "");
+    EXPECT_EQ(faultOf(saved.savePng("/dev/full")), "/dev/full: cannot be written: No space left on device");
+}
+
+TEST(Picture, namesOfDescriptorsAreWrittenWhereTheyStand) {
+    TemporaryFolder const folder;
+    std::string const file = folder.write("all", "before");
+    int const descriptor = open(file.c_str(), O_WRONLY | O_APPEND);
+    ASSERT_GE(descriptor, 0);
+    EXPECT_EQ(faultOf(noise(2, 2).savePng("/dev/fd/" + std::to_string(descriptor))), "");
+    close(descriptor);
+    EXPECT_THAT(folder.read("all"), testing::StartsWith("before\x89PNG"));
+    EXPECT_THAT(faultOf(noise(2, 2).savePng("/dev/fd/999")), HasSubstr("Bad file descriptor"));
+    EXPECT_TRUE(isStandardOutput("-"));
+    EXPECT_TRUE(isStandardOutput("/dev/stdout"));
+    EXPECT_TRUE(isStandardOutput("/proc/self/fd/1"));
+    EXPECT_FALSE(isStandardOutput("/dev/fd/12"));
+    EXPECT_FALSE(isStandardOutput("./-"));
+}
+
+TEST(Picture, theFormatIsThatOfTheName) {
+    TemporaryFolder const folder;
+    EXPECT_EQ(pictureFormatOf("a.b/c.png"), PictureFormat::PNG);
+    EXPECT_EQ(pictureFormatOf("c.JPG"), PictureFormat::JPEG);
+    EXPECT_EQ(pictureFormatOf("c.jpeg"), PictureFormat::JPEG);
+    EXPECT_EQ(pictureFormatOf("c.exr"), PictureFormat::EXR);
+    EXPECT_EQ(pictureFormatOf("-"), PictureFormat::PNG);
+    EXPECT_EQ(pictureFormatOf("/dev/stdout"), PictureFormat::PNG);
+    EXPECT_EQ(pictureFormatOf("/dev/null"), PictureFormat::PNG);
+    for (std::string const& name : {std::string("png"), std::string("c.bmp"), std::string("c.png.gz"),
+                                    std::string("c."), std::string(".png"), std::string(), folder.file("")}) {
+        EXPECT_FALSE(pictureFormatOf(name).has_value()) << name;
+    }
+}
+
+TEST(Picture, aJpegIsSmallerWithLessQualityAndLooksAlike) {
+    TemporaryFolder const folder;
+    Picture ramp{64, 48, {}};
+    for (int i = 0; i < 64 * 48; ++i) {
+        unsigned char const level = static_cast<unsigned char>(i % 64 * 4);
+        ramp.pixels.insert(ramp.pixels.end(), {level, 128, static_cast<unsigned char>(255 - level), 255});
+    }
+    ASSERT_EQ(faultOf(ramp.save(folder.file("a.jpg"), PictureFormat::JPEG, 95)), "");
+    ASSERT_EQ(faultOf(ramp.save(folder.file("b.jpg"), PictureFormat::JPEG, 10)), "");
+    EXPECT_LT(folder.read("b.jpg").size(), folder.read("a.jpg").size());
+    vellum::VL_Image image;
+    ASSERT_TRUE(image.read(folder.file("a.jpg").c_str()));
+    ASSERT_EQ(image.width(), 64);
+    ASSERT_EQ(image.pixdepth(), 24);
+    // VL_Image has the lowest row first; all rows are alike.
+    for (unsigned int x = 0; x < 64; ++x) {
+        EXPECT_NEAR(image.getBuffer()[3 * x], 4 * x, 6);
+        EXPECT_NEAR(image.getBuffer()[3 * x + 1], 128, 6);
+    }
+}
+
+TEST(Picture, anExrHasLightAndDepths) {
+    TemporaryFolder const folder;
+    float const infinite = std::numeric_limits<float>::infinity();
+    Picture const saved{2, 1, {255, 0, 188, 255, 255, 255, 255, 128}, {2.5F, infinite}};
+    ASSERT_EQ(faultOf(saved.save(folder.file("a.exr"), PictureFormat::EXR)), "");
+    Imf::InputFile file(folder.file("a.exr").c_str());
+    std::vector<std::string> names;
+    for (auto channel = file.header().channels().begin(); channel != file.header().channels().end();
+         ++channel) {
+        names.emplace_back(channel.name());
+    }
+    EXPECT_THAT(names, ElementsAre("A", "B", "G", "R", "depth.Z"));
+    std::map<std::string, std::array<float, 2>> values;
+    Imf::FrameBuffer buffer;
+    for (std::string const& name : names) {
+        buffer.insert(name, Imf::Slice(Imf::FLOAT, reinterpret_cast<char*>(values[name].data()),
+                                       sizeof(float), 2 * sizeof(float)));
+    }
+    file.setFrameBuffer(buffer);
+    file.readPixels(0);
+    EXPECT_EQ(values["R"][0], 1);
+    EXPECT_EQ(values["G"][0], 0);
+    EXPECT_NEAR(values["B"][0], 0.5028, 1e-3) << "light, not what the screen is sent";
+    EXPECT_EQ(values["A"][0], 1);
+    EXPECT_NEAR(values["R"][1], 128 / 255.0, 1e-3) << "multiplied with the opacity";
+    EXPECT_NEAR(values["A"][1], 128 / 255.0, 1e-3);
+    EXPECT_EQ(values["depth.Z"][0], 2.5F);
+    EXPECT_EQ(values["depth.Z"][1], infinite);
 }
 
 TEST(Picture, aFileThatTheUserMayNotWriteIsNotReplaced) {
