@@ -47,7 +47,7 @@ Viewer::Viewer(Core_RL& layer, Scene const& scene, ViewStyle const& style, Effec
         models.emplace_back(layer, model, style.mesh, textures);
     }
     for (ParticleCloud const& cloud : scene.clouds()) {
-        clouds.emplace_back(layer, cloud, style.particles, scene.unitsPerFileUnit());
+        clouds.emplace_back(layer, cloud, style.particles);
     }
     layer.setCamera(&camera.camera());
 }

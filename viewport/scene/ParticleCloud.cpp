@@ -1,5 +1,6 @@
 #include "viewport/scene/ParticleCloud.h"
 
+#include "toolkit/arrow_box.h"
 #include "viewport/scene/ParticleKinds.h"
 #include "viewport/scene/Quantity.h"
 
@@ -15,6 +16,8 @@ namespace vellum::viewport {
 namespace {
 
 using Point = Vector3<double>;
+
+constexpr double LONGEST_ARROW = 1.9;  // mean distances of neighbors
 
 void include(Box3<double>& box, Point const& p) {
     box = {{std::min(box.min.x, p.x), std::min(box.min.y, p.y), std::min(box.min.z, p.z)},
@@ -62,8 +65,11 @@ CloudMaker::CloudMaker(ParticleFrame const& frame, ParticleLook const& look, std
         choice = std::make_shared<ParticleChoice>(std::move(all.value()));
     }
     diameter = look.size.value_or(SPHERE_DIAMETER * choice->spacing);
+    // The fewer particles are drawn, the farther apart they are, and the longer arrows can be.
+    arrowLength = look.size ? *look.size * look.arrowUnit
+                            : LONGEST_ARROW * choice->spacing / std::cbrt(std::max(look.drawnPart, 1e-8));
     _measure();
-    if (look.isThinned) {
+    if (look.drawnPart < 1) {
         _shuffle();
     }
 }
@@ -90,22 +96,13 @@ Vector3<double> CloudMaker::_shift(std::size_t copy) const {
     return shift;
 }
 
+/// With the width of spheres and the length of arrows. The size of points is in pixels.
 void CloudMaker::_measure() {
-    // The size of points is in pixels and that of arrows depends on their values: only spheres have one here.
-    bool const areSpheres = look.mode == ParticleMode::SPHERES;
-    double const common = areSpheres ? diameter / 2 : 0;
-    if (DiameterOf const diameterOf = areSpheres ? _diameters() : DiameterOf()) {
-        for (std::size_t i = 0; i < choice->count; ++i) {
-            std::size_t const particle = (*choice)[i];
-            double const radius = diameterOf(particle) / 2;
-            Point const place = places[particle];
-            bounds = i == 0 ? Box3<double>{place, place} : bounds;
-            include(bounds, place - Point{radius, radius, radius});
-            include(bounds, place + Point{radius, radius, radius});
-        }
-    } else {
-        bounds = {choice->box.min - Point{common, common, common},
-                  choice->box.max + Point{common, common, common}};
+    bounds = choice->box;
+    if (look.mode == ParticleMode::SPHERES) {
+        _measureSpheres();
+    } else if (!look.arrows.empty()) {
+        _measureArrows();
     }
     if (!_hasBox()) {
         return;
@@ -127,6 +124,42 @@ void CloudMaker::_measure() {
     for (Point const& end : linesOf(*frame.box, {1, 1, 1})) {
         include(bounds, end);
         include(bounds, end + _shift(_copyCount() - 1));
+    }
+}
+
+void CloudMaker::_measureSpheres() {
+    DiameterOf const diameterOf = _diameters();
+    if (!diameterOf) {
+        double const radius = diameter / 2;
+        bounds = {bounds.min - Point{radius, radius, radius}, bounds.max + Point{radius, radius, radius}};
+        return;
+    }
+    for (std::size_t i = 0; i < choice->count; ++i) {
+        std::size_t const particle = (*choice)[i];
+        double const radius = diameterOf(particle) / 2;
+        Point const place = places[particle];
+        include(bounds, place - Point{radius, radius, radius});
+        include(bounds, place + Point{radius, radius, radius});
+    }
+}
+
+void CloudMaker::_measureArrows() {
+    ParticleVector const& vector = *frame.vector(look.arrows);
+    toolkit::ParticleMode const mode = look.mode == ParticleMode::SOLID_ARROWS
+                                           ? toolkit::ParticleMode::SOLID_ARROWS
+                                           : toolkit::ParticleMode::ARROWS;
+    double const factor = arrowLength / look.arrowUnit;
+    for (std::size_t i = 0; i < choice->count; ++i) {
+        Point const place = places[(*choice)[i]];
+        Point const along = vectorOf(frame, vector, (*choice)[i]) * factor;
+        // Nearly all arrows are far inside, whatever their direction.
+        double const most = std::abs(along.x) + std::abs(along.y) + std::abs(along.z);
+        bool const isInside = place.x - most > bounds.min.x && place.x + most < bounds.max.x &&
+                              place.y - most > bounds.min.y && place.y + most < bounds.max.y &&
+                              place.z - most > bounds.min.z && place.z + most < bounds.max.z;
+        if (!isInside) {
+            toolkit::includeArrow(bounds, mode, place, along);
+        }
     }
 }
 
@@ -293,7 +326,7 @@ ParticleCloud CloudMaker::make(Vector3<double> const& center, double scale) cons
     cloud.box = {place(bounds.min), place(bounds.max)};
     cloud.spacing = choice->spacing * scale;
     cloud.diameter = diameter * scale;
-    cloud.arrowUnit = look.arrowUnit;
+    cloud.arrowLength = arrowLength * scale;
     if (_hasBox()) {
         for (Point const& end : linesOf(*frame.box, {look.copies.e0, look.copies.e1, look.copies.e2})) {
             cloud.boxLines.push_back(convert<float>(place(end)));

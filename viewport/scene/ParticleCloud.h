@@ -33,7 +33,7 @@ struct ParticleCloud {
     Box3<double> box;                      ///< around all of it
     double spacing;                        ///< the mean distance of neighbors; above 0
     double diameter;                       ///< of a sphere; above 0
-    double arrowUnit = 1;                  ///< the length of a vector of the file that SHOWN has as 1
+    double arrowLength = 1;  ///< of an arrow along a vector of SHOWN of length 1, in units of the scene
 };
 
 /// Makes the cloud of a frame in two steps: Scene needs the boxes of all clouds before it can place any of
@@ -63,6 +63,8 @@ private:
     using ColorOf = std::function<Vector3<float>(std::size_t)>;
 
     void _measure();
+    void _measureSpheres();
+    void _measureArrows();
     void _shuffle();
     bool _hasBox() const;
     Vector3<double> _shift(std::size_t copy) const;
@@ -84,6 +86,7 @@ private:
         order;  // of the particles, by the place in the cloud; empty: that of the choice
     Box3<double> bounds{{0, 0, 0}, {0, 0, 0}};
     double diameter = 1;
+    double arrowLength = 1;  // as in ParticleCloud, in units of the file
 };
 
 }  // namespace vellum::viewport

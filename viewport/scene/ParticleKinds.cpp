@@ -159,8 +159,11 @@ std::optional<ParticleKinds> ParticleKinds::elements(ParticleFrame const& frame)
         bool const hasSome = std::any_of(kinds.kindList.begin(), kinds.kindList.end(), isElement);
         return hasSome ? std::optional<ParticleKinds>(std::move(kinds)) : std::nullopt;
     }
+    if (frame.typeNames.empty()) {
+        return std::nullopt;
+    }
     std::optional<ParticleKinds> types = _types(frame);
-    if (!types || frame.typeNames.empty()) {
+    if (!types) {
         return std::nullopt;
     }
     // Types of one element are one kind.

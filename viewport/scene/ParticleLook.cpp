@@ -72,7 +72,7 @@ public:
 
     Result<ParticleLook> make() {
         look.size = options.size;
-        look.isThinned = options.percent < 100;
+        look.drawnPart = static_cast<double>(options.percent) / 100;
         look.isWrapped = options.isWrapped;
         look.copies = options.copies;
         look.colors = ValueColors(options.colors, options.colorMap);
@@ -183,10 +183,14 @@ private:
         for (ParticleChoice const& choice : look.choices) {
             count += static_cast<double>(choice.count) * copies;
         }
-        if (count > static_cast<double>(MOST_PARTICLES) || copies > static_cast<double>(MOST_PARTICLES)) {
+        if (count > static_cast<double>(MOST_PARTICLES)) {
             return Fault{frames.front().file,
                          "the copies of its box hold more particles than can be drawn (" +
                              std::to_string(MOST_PARTICLES) + ")"};
+        }
+        if (copies > static_cast<double>(MOST_COPIES)) {
+            return Fault{frames.front().file, "there are more copies of its box than can be drawn (" +
+                                                  std::to_string(MOST_COPIES) + ")"};
         }
         bool const areMany = count > static_cast<double>(MOST_SPHERES);
         look.mode = options.mode.value_or(areMany ? ParticleMode::POINTS : ParticleMode::SPHERES);
@@ -217,7 +221,9 @@ private:
 
     std::optional<Fault> _showChannel() {
         std::string const& name = options.channel;
-        if (_tryKinds(false, name)) {
+        bool const areValues = _wantsValues() && _haveQuantity(name);
+        if (!areValues && _tryKinds(false, name)) {
+            _noteNoValues();
             return std::nullopt;
         }
         for (std::size_t i = 0; i < frames.size(); ++i) {
@@ -229,38 +235,64 @@ private:
         return _showQuantity(name);
     }
 
+    /// Whether something is asked for that only values have.
+    bool _wantsValues() const { return options.range || options.isLogarithmic || !options.colorMap.empty(); }
+
+    bool _haveQuantity(std::string const& name) const {
+        bool isCommon = true;
+        for (std::size_t i = 0; i < frames.size(); ++i) {
+            isCommon = isCommon && Quantity::find(frames[i], places[i], name).has_value();
+        }
+        return isCommon;
+    }
+
+    /// The name of the quantity that is shown where nothing is asked for; empty: there is none.
+    std::string _suitableQuantity() const {
+        std::vector<std::string> const names = Quantity::suitableNames(frames.front());
+        auto const found = std::find_if(names.begin(), names.end(),
+                                        [this](std::string const& name) { return _haveQuantity(name); });
+        return found != names.end() ? *found : std::string();
+    }
+
     std::optional<Fault> _showWhatSuits() {
+        std::string const quantity = _suitableQuantity();
+        if (_wantsValues() && !quantity.empty()) {
+            return _showQuantity(quantity);
+        }
         if (haveAll(frames, [](ParticleFrame const& frame) { return frame.colors.has_value(); })) {
             look.coloring = ParticleColoring::OWN;
             for (std::size_t i = 0; i < frames.size(); ++i) {
                 _noteColors(frames[i], look.choices[i]);
             }
+            _noteNoValues();
             return std::nullopt;
         }
         if (_tryKinds(true, {})) {
+            _noteNoValues();
             return std::nullopt;
         }
-        for (std::string const& name : Quantity::suitableNames(frames.front())) {
-            bool isCommon = true;
-            for (std::size_t i = 0; i < frames.size(); ++i) {
-                isCommon = isCommon && Quantity::find(frames[i], places[i], name).has_value();
-            }
-            if (isCommon) {
-                return _showQuantity(name);
-            }
+        if (!quantity.empty()) {
+            return _showQuantity(quantity);
         }
-        bool const haveTypes = haveAll(
-            frames, [](ParticleFrame const& frame) { return frame.channel(ParticleKinds::TYPE) != nullptr; });
-        if (_tryKinds(false, ParticleKinds::TYPE)) {
-            return std::nullopt;
-        }
-        if (haveTypes) {
+        bool const haveTypes = _haveQuantity(ParticleKinds::TYPE);
+        if (haveTypes && (_wantsValues() || !_tryKinds(false, ParticleKinds::TYPE))) {
             return _showQuantity(ParticleKinds::TYPE);
         }
-        if (!frames.front().labels.empty()) {
+        if (!haveTypes && !frames.front().labels.empty()) {
             _tryKinds(false, frames.front().labels.front().name);
         }
+        if (!haveTypes) {
+            _noteNoValues();
+        }
         return std::nullopt;
+    }
+
+    void _noteNoValues() {
+        if (_wantsValues()) {
+            _note(frames.front(),
+                  "there are no values that the colors could show: range, logarithm and color map "
+                  "have no effect");
+        }
     }
 
     /// \param name of a quantity that all frames have

@@ -48,17 +48,17 @@ struct ParticleLook {
     std::optional<ParticleLegend> legend;  ///< colors show kinds; never together with `scale`
     ValueColors colors;                    ///< of the scale
     std::optional<double> size;            ///< as in ParticleOptions; nothing: chosen to suit
-    bool isThinned = false;                ///< only a part of the particles is drawn
+    double drawnPart = 1;                  ///< of the particles, 0 to 1
     std::vector<Fault> notes;              ///< what had to be left out or is shown otherwise
 
     // == What CloudMaker needs ==
 
-    bool areElements =
-        false;           ///< kinds are those of ParticleKinds::elements(), else those of the legend's title
-    std::string arrows;  ///< the name of the vector that arrows are along; empty: there are none
-    bool areArrowsMeasured = false;        ///< the scale is that of the arrows' lengths
-    double arrowUnit = 1;                  ///< the length of a vector that is handed to renderers as 1
-    bool isWrapped = false;                ///< as in ParticleOptions
+    /// Kinds are those of ParticleKinds::elements(), else those of the legend's title.
+    bool areElements = false;
+    std::string arrows;              ///< the name of the vector that arrows are along; empty: there are none
+    bool areArrowsMeasured = false;  ///< the scale is that of the arrows' lengths
+    double arrowUnit = 1;            ///< the length of a vector that is handed to renderers as 1
+    bool isWrapped = false;          ///< as in ParticleOptions
     Tuple3<unsigned int> copies{1, 1, 1};  ///< as in ParticleOptions
     std::vector<ParticleChoice> choices;   ///< one for each frame
 
@@ -73,15 +73,16 @@ struct ParticleLook {
 /// hold what is asked for.
 ///
 /// Where no channel is asked for, colors are those of the files, else those of elements, else show the speed, else what
-/// Quantity::suitableNames() offers first, else types, else words: always something that all files have. Arrows show
-/// their lengths.
+/// Quantity::suitableNames() offers first, else types, else words: always something that all files have. Where a range, a
+/// color map or logarithms are asked for, values come before colors and kinds. Arrows show their lengths.
 Result<ParticleLook> lookOf(std::vector<ParticleFrame> const& frames, ParticleOptions const& options);
 
 /// Above this number of particles points are drawn where nothing else is asked for.
 constexpr std::size_t MOST_SPHERES = 500'000;
 
-/// More cannot be drawn.
+/// More cannot be drawn, of particles and of boxes.
 constexpr std::size_t MOST_PARTICLES = 2'147'483'647;
+constexpr std::size_t MOST_COPIES = 1'000'000;
 
 /// The diameter of spheres where nothing gives them another, in spacings: they almost touch.
 constexpr double SPHERE_DIAMETER = 0.98;

@@ -208,8 +208,33 @@ TEST(ParticleCloud, copiesBeyondAllMeasureAreRefused) {
     Result<ParticleLook> const many = lookOf({tilted()}, options);
     ASSERT_FALSE(many.isOk());
     EXPECT_NE(many.fault().line().find("more particles than can be drawn (2147483647)"), std::string::npos);
+    options.copies = {1001, 1000, 1};
+    Result<ParticleLook> const boxes = lookOf({tilted()}, options);
+    ASSERT_FALSE(boxes.isOk());
+    EXPECT_NE(boxes.fault().line().find("more copies of its box than can be drawn (1000000)"),
+              std::string::npos);
     options.copies = {2, 1, 1};
     EXPECT_FALSE(lookOf({row(2)}, options).isOk()) << "no box";
+}
+
+// == Arrows ==
+
+TEST(ParticleCloud, arrowsAreFramedAsLongAsTheyAre) {
+    ParticleOptions options = mode(ParticleMode::ARROWS);
+    ParticleFrame const data = withVelocities({{0, 0, 0}, {0, 3, 0}, {-2, 0, 0}});
+    options.size = 2;
+    Shown const given = shown(data, options);
+    EXPECT_EQ(given.cloud.arrowLength, 6) << "of the longest, which is handed over as 1";
+    EXPECT_NEAR(given.cloud.box.max.y, 6, 1e-9);
+    EXPECT_NEAR(given.cloud.box.min.x, -2, 1e-9);
+    EXPECT_NEAR(given.cloud.box.max.x, 2.4, 0.1) << "its head is wide";
+
+    options.size.reset();
+    Shown const chosen = shown(data, options);
+    EXPECT_NEAR(chosen.cloud.arrowLength, 1.9, 1e-9) << "spacings";
+    EXPECT_NEAR(chosen.cloud.box.max.y, 1.9, 1e-9);
+    options.percent = 12.5F;
+    EXPECT_NEAR(shown(data, options).cloud.arrowLength, 3.8, 1e-6) << "the others leave room";
 }
 
 // == Thinning ==

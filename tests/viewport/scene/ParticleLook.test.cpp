@@ -69,7 +69,7 @@ TEST(ParticleLook, arrowsMayLieAlongAnyVectorAndShowAnyChannel) {
     options.channel = "mass";
     Shown const masses = shown(data, options);
     EXPECT_EQ(masses.look.scale->range.high, 7);
-    EXPECT_EQ(masses.cloud.arrowUnit, 2);
+    EXPECT_EQ(masses.look.arrowUnit, 2);
     EXPECT_FLOAT_EQ(masses.vector(0).x, 0.5F) << "along the velocities";
     ASSERT_TRUE(masses.cloud.colors);
     EXPECT_EQ(masses.color(1), parts(RampColors().high));
@@ -385,6 +385,25 @@ TEST(ParticleLook, theFirstKindsAreEasyToTellApart) {
         Color4<float> const c = kindColor(i);
         EXPECT_GT(std::max({c.r, c.g, c.b}) - std::min({c.r, c.g, c.b}), 0.15F) << "no gray";
     }
+}
+
+TEST(ParticleLook, valuesAreShownWhereARangeOrAMapIsAskedFor) {
+    ParticleFrame data = withWords({"O", "H"}, {0, 1}, true);
+    data.channels.push_back({"type", {1, 2}, {}});
+    data.channels.push_back({"charge", {-1, 1}, {}});
+    ParticleOptions options;
+    EXPECT_TRUE(look({data}, options).legend);
+    options.colorMap = "viridis";
+    EXPECT_EQ(look({data}, options).scale->name, "charge");
+    options.channel = "type";
+    EXPECT_EQ(look({data}, options).scale->name, "type");
+    options.colorMap.clear();
+    EXPECT_TRUE(look({data}, options).legend);
+    options.range = ValueRange{0, 1};
+    options.channel = "element";
+    ParticleLook const elements = look({data}, options);
+    EXPECT_TRUE(elements.legend);
+    EXPECT_THAT(elements.notes.front().line(), HasSubstr("there are no values that the colors could show"));
 }
 
 // == Own colors ==

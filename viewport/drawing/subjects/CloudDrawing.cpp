@@ -3,23 +3,18 @@
 #include "viewport/drawing/layer/depth_modes.h"
 #include "viewport/drawing/subjects/toolkit_look.h"
 
-#include <algorithm>
-#include <cmath>
-
 namespace vellum::viewport {
 
 namespace {
 
-constexpr double POINT_SIZE = 2.4;     // pixels of a picture of 720
-constexpr double LONGEST_ARROW = 1.9;  // mean distances of neighbors
-constexpr double SHAFT_WIDTH = 2;      // of solid arrows, pixels of a picture of 720
+constexpr double POINT_SIZE = 2.4;  // pixels of a picture of 720
+constexpr double SHAFT_WIDTH = 2;   // of solid arrows, pixels of a picture of 720
 constexpr Color4<float> BOX{0.86F, 0.88F, 0.92F, 0.5F};
 
 }  // namespace
 
-CloudDrawing::CloudDrawing(Core_RL& layer, ParticleCloud const& cloud, ParticleStyle const& style,
-                           double unitsPerFileUnit)
-    : layer(layer), cloud(cloud), style(style), unitsPerFileUnit(unitsPerFileUnit), look(toolkitLook(style)) {
+CloudDrawing::CloudDrawing(Core_RL& layer, ParticleCloud const& cloud, ParticleStyle const& style)
+    : layer(layer), cloud(cloud), style(style), look(toolkitLook(style)) {
     look.colorChannel = cloud.colors.value_or(ParticleChannel_v2::NONE);
     // Points mark places, in pixels.
     bool const areSized = cloud.sizes && style.mode == ParticleMode::SPHERES;
@@ -55,20 +50,11 @@ double CloudDrawing::_size(Sampling const& sampling) const {
         return cloud.sizes ? 1 : cloud.diameter;
     case ParticleMode::ARROWS:
     case ParticleMode::SOLID_ARROWS:
-        return _arrowLength();
+        return cloud.arrowLength;
     case ParticleMode::POINTS:
         break;
     }
     return style.size ? *style.size * sampling.perSide : POINT_SIZE * sampling.lineScale;
-}
-
-double CloudDrawing::_arrowLength() const {
-    if (style.size) {
-        return *style.size * unitsPerFileUnit * cloud.arrowUnit;
-    }
-    // The fewer particles are drawn, the farther apart they are, and the longer arrows can be.
-    double const part = std::max(style.percent / 100.0, 1e-6);
-    return LONGEST_ARROW * cloud.spacing / std::cbrt(part);
 }
 
 }  // namespace vellum::viewport

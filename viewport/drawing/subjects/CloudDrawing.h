@@ -14,9 +14,7 @@ namespace vellum::viewport {
 /// until its end.
 class CloudDrawing {
 public:
-    /// \param unitsPerFileUnit of the scene, for sizes that are given in units of the file.
-    CloudDrawing(Core_RL& layer, ParticleCloud const& cloud, ParticleStyle const& style,
-                 double unitsPerFileUnit);
+    CloudDrawing(Core_RL& layer, ParticleCloud const& cloud, ParticleStyle const& style);
 
     /// Draws the particles.
     /// State: that of toolkit::drawParticles().
@@ -28,12 +26,10 @@ public:
 
 private:
     double _size(Sampling const& sampling) const;
-    double _arrowLength() const;
 
     Core_RL& layer;
     ParticleCloud const& cloud;
     ParticleStyle style;
-    double unitsPerFileUnit;
     toolkit::ParticleLook look;
     toolkit::ParticleRenderer renderer;
 };

@@ -59,7 +59,7 @@ protected:
     std::vector<unsigned char> draw(char const* name) {
         glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
         {
-            CloudDrawing drawing(*layer, cloud, style, 1);
+            CloudDrawing drawing(*layer, cloud, style);
             drawing.draw(Sampling());
         }
         savePicture(std::string("cloud_") + name);
