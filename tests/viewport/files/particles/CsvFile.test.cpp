@@ -136,3 +136,14 @@ TEST(CsvFile, everyCutIsAFaultAWarningOrARowLess) {
         EXPECT_EQ(result.isOk() && result.value().warning.empty(), isBetweenLines) << size;
     }
 }
+
+TEST(CsvFile, everySingleByteMayBeWrong) {
+    for (std::size_t place = 0; place < table.size(); ++place) {
+        for (char const wrong : {'\0', '\n', ' ', '9', '-', '"', ',', '\xFF'}) {
+            std::string damaged = table;
+            damaged[place] = wrong;
+            Result<LoadedFrame> const result = readCsv(damaged, nobody);
+            EXPECT_TRUE(result.isOk() ? result.value().count > 0 : !result.fault().message.empty());
+        }
+    }
+}

@@ -151,3 +151,16 @@ TEST(PlyPoints, everyCutIsNoticed) {
         }
     }
 }
+
+TEST(PlyPoints, everySingleByteMayBeWrong) {
+    for (std::string const& whole : {text, binary(false), binary(true)}) {
+        for (std::size_t place = 0; place < whole.size(); ++place) {
+            for (char const wrong : {'\0', '\n', ' ', '9', '\x7F', '\xFF'}) {
+                std::string damaged = whole;
+                damaged[place] = wrong;
+                Result<LoadedFrame> const result = readPlyPoints(damaged, nobody);
+                EXPECT_TRUE(result.isOk() || !result.fault().message.empty());
+            }
+        }
+    }
+}

@@ -170,3 +170,14 @@ TEST(XyzFile, aWrongCountIsReportedInItsOwnFrame) {
                   "line 7: has 1 of 4 values");
     }
 }
+
+TEST(XyzFile, everySingleByteMayBeWrong) {
+    for (std::size_t place = 0; place < extended.size(); ++place) {
+        for (char const wrong : {'\0', '\n', ' ', '9', '-', '"', ',', '\xFF'}) {
+            std::string damaged = extended;
+            damaged[place] = wrong;
+            Result<LoadedFrame> const result = readXyz(damaged, std::nullopt, nobody);
+            EXPECT_TRUE(result.isOk() ? result.value().count > 0 : !result.fault().message.empty());
+        }
+    }
+}
