@@ -2,6 +2,7 @@
 
 #include "toolkit/pick.h"
 #include "viewport/drawing/layer/depth_modes.h"
+#include "viewport/drawing/view/ClipPlanes.h"
 
 #include <algorithm>
 #include <iterator>
@@ -41,9 +42,12 @@ std::vector<Picker::Hit> Picker::_selectModelsAndGizmo(PictureSize const& size, 
 }
 
 void Picker::_drawModelsAndGizmo(PictureSize const& size) {
-    for (std::size_t i = 0; i < models.size(); ++i) {
-        layer.loadName(FIRST_MODEL_NAME + static_cast<unsigned int>(i));
-        models[i].drawForPicking();
+    {
+        ClipPlanes const planes(clip, scene);
+        for (std::size_t i = 0; i < models.size(); ++i) {
+            layer.loadName(FIRST_MODEL_NAME + static_cast<unsigned int>(i));
+            models[i].drawForPicking();
+        }
     }
     gizmo.drawForPicking(camera, size);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/geometry/Box3.h"
 #include "foundation/raster/Core_RL.h"
 #include "viewport/drawing/overlays/GizmoDrawing.h"
 #include "viewport/drawing/subjects/CloudDrawing.h"
@@ -31,8 +32,15 @@ struct Picked {
 class Picker {
 public:
     Picker(Core_RL& layer, Scene const& scene, ViewCamera& camera, std::vector<ModelRenderer>& models,
-           std::vector<CloudDrawing>& clouds, GizmoDrawing const& gizmo)
-        : layer(layer), scene(scene), camera(camera), models(models), clouds(clouds), gizmo(gizmo) {}
+           std::vector<CloudDrawing>& clouds, GizmoDrawing const& gizmo,
+           std::optional<Box3<double>> const& clip = std::nullopt)
+        : layer(layer)
+        , scene(scene)
+        , camera(camera)
+        , models(models)
+        , clouds(clouds)
+        , gizmo(gizmo)
+        , clip(clip) {}
 
     /// \param size of the whole picture; the camera has framed the scene for it.
     /// State: the viewport, both matrices, the depth buffer.
@@ -58,6 +66,7 @@ private:
     std::vector<ModelRenderer>& models;
     std::vector<CloudDrawing>& clouds;
     GizmoDrawing const& gizmo;
+    std::optional<Box3<double>> clip;  // of the models, in axes and units of the files
 };
 
 }  // namespace vellum::viewport

@@ -6,6 +6,28 @@
 
 namespace vellum::viewport {
 
+namespace {
+
+/// Makes a picture over black one over nothing. Of a color c with the opacity a, c a is seen over black, and over white
+/// 1 - a more.
+void removeBackground(Picture& overBlack, Picture const& overWhite) {
+    for (std::size_t i = 0; i + 3 < overBlack.pixels.size(); i += 4) {
+        unsigned char* const pixel = overBlack.pixels.data() + i;
+        int shining = 0;
+        for (std::size_t k = 0; k < 3; ++k) {
+            shining += std::max(0, overWhite.pixels[i + k] - pixel[k]);
+        }
+        int const opacity = 255 - (shining + 1) / 3;
+        for (std::size_t k = 0; k < 3; ++k) {
+            pixel[k] = static_cast<unsigned char>(
+                opacity > 0 ? std::min(255, (pixel[k] * 255 + opacity / 2) / opacity) : 0);
+        }
+        pixel[3] = static_cast<unsigned char>(opacity);
+    }
+}
+
+}  // namespace
+
 OffscreenContext::Settings TiledPicture::contextSettings() const {
     OffscreenContext::Settings settings;
     settings.width = tiling.bufferWidth();
@@ -14,23 +36,84 @@ OffscreenContext::Settings TiledPicture::contextSettings() const {
     return settings;
 }
 
+template <class Draw>
+void TiledPicture::_forEachTile(Draw const& draw) const {
+    for (int top = 0; top < size.height; top += tiling.height) {
+        for (int left = 0; left < size.width; left += tiling.width) {
+            glViewport(0, 0, tiling.bufferWidth(), tiling.bufferHeight());
+            draw(left, top);
+        }
+    }
+}
+
 Result<Picture> TiledPicture::draw(Viewer& viewer, Core_RL& layer, OffscreenContext& context) const {
+    Background const background = viewer.background();
+    if (!background.isTransparent) {
+        return _drawOpaque(viewer, layer, context);
+    }
+    viewer.setBackground(Background::of({0, 0, 0, 1}));
+    Result<Picture> overBlack = _drawOpaque(viewer, layer, context);
+    viewer.setBackground(Background::of({1, 1, 1, 1}));
+    Result<Picture> const overWhite = _drawOpaque(viewer, layer, context);
+    viewer.setBackground(background);
+    if (!overBlack.isOk() || !overWhite.isOk()) {
+        return overBlack.isOk() ? overWhite : overBlack;
+    }
+    removeBackground(overBlack.value(), overWhite.value());
+    return overBlack;
+}
+
+Result<Picture> TiledPicture::_drawOpaque(Viewer& viewer, Core_RL& layer, OffscreenContext& context) const {
     Picture picture;
     picture.width = size.width;
     picture.height = size.height;
     picture.pixels.resize(4 * static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height));
-    for (int top = 0; top < size.height; top += tiling.height) {
-        for (int left = 0; left < size.width; left += tiling.width) {
-            glViewport(0, 0, tiling.bufferWidth(), tiling.bufferHeight());
-            viewer.draw(size, _regionOfTile(left, top), tiling.samplesPerSide);
-            _shrinkInto(picture, left, top, context.readPixels());
-            if (layer.getError("TiledPicture::draw", __LINE__)) {
-                return Fault{"", "cannot be drawn: OpenGL reports an error"};
-            }
-        }
+    bool hasFailed = false;
+    _forEachTile([&](int left, int top) {
+        viewer.draw(size, _regionOfTile(left, top), tiling.samplesPerSide);
+        _shrinkInto(picture, left, top,
+                    {context.readPixels(), static_cast<std::size_t>(context.width()),
+                     static_cast<std::size_t>(context.height() - tiling.bufferHeight())});
+        hasFailed = layer.getError("TiledPicture::draw", __LINE__) || hasFailed;
+    });
+    if (hasFailed) {
+        return Fault{"", "cannot be drawn: OpenGL reports an error"};
     }
     viewer.drawLabels(picture);
     return picture;
+}
+
+std::vector<float> TiledPicture::drawDepths(Viewer& viewer) const {
+    std::vector<float> distances(static_cast<std::size_t>(size.width) *
+                                 static_cast<std::size_t>(size.height));
+    auto const bufferWidth = static_cast<std::size_t>(tiling.bufferWidth());
+    auto const bufferHeight = static_cast<std::size_t>(tiling.bufferHeight());
+    std::vector<float> depths(bufferWidth * bufferHeight);
+    auto const side = static_cast<std::size_t>(tiling.samplesPerSide);
+    auto const margin = static_cast<std::size_t>(tiling.margin);
+    _forEachTile([&](int left, int top) {
+        viewer.drawDepths(size, _regionOfTile(left, top), tiling.samplesPerSide);
+        glPixelStorei(GL_PACK_ALIGNMENT, 4);
+        glReadPixels(0, 0, tiling.bufferWidth(), tiling.bufferHeight(), GL_DEPTH_COMPONENT, GL_FLOAT,
+                     depths.data());
+        auto const width = static_cast<std::size_t>(std::min(tiling.width, size.width - left));
+        auto const height = static_cast<std::size_t>(std::min(tiling.height, size.height - top));
+        for (std::size_t y = 0; y < height; ++y) {
+            float* out = distances.data() +
+                         (static_cast<std::size_t>(top) + y) * static_cast<std::size_t>(size.width) +
+                         static_cast<std::size_t>(left);
+            for (std::size_t x = 0; x < width; ++x) {
+                float nearest = 1;
+                for (std::size_t k = 0; k < side * side; ++k) {
+                    // GL's first row is the lowest.
+                    std::size_t const row = bufferHeight - 1 - ((y + margin) * side + k / side);
+                    nearest = std::min(nearest, depths[row * bufferWidth + (x + margin) * side + k % side]);
+                }
+                *out++ = static_cast<float>(viewer.distanceOf(static_cast<double>(nearest)));
+            }
+        }
+    });
+    return distances;
 }
 
 Region TiledPicture::_regionOfTile(int left, int top) const {
@@ -41,12 +124,11 @@ Region TiledPicture::_regionOfTile(int left, int top) const {
 }
 
 /// Makes each pixel of the tile the mean of its samples.
-void TiledPicture::_shrinkInto(Picture& picture, int left, int top,
-                               std::vector<unsigned char> const& samples) const {
+void TiledPicture::_shrinkInto(Picture& picture, int left, int top, Samples const& samples) const {
     int const side = tiling.samplesPerSide;
     int const width = std::min(tiling.width, picture.width - left);
     int const height = std::min(tiling.height, picture.height - top);
-    std::size_t const row = 4 * static_cast<std::size_t>(tiling.bufferWidth());
+    std::size_t const row = 4 * samples.width;
     for (int y = 0; y < height; ++y) {
         std::size_t const pixelRow =
             static_cast<std::size_t>(top + y) * static_cast<std::size_t>(picture.width);
@@ -54,8 +136,9 @@ void TiledPicture::_shrinkInto(Picture& picture, int left, int top,
         for (int x = 0; x < width; ++x) {
             unsigned int sums[3] = {0, 0, 0};
             for (int j = 0; j < side; ++j) {
-                unsigned char const* in = samples.data() +
-                                          row * static_cast<std::size_t>((y + tiling.margin) * side + j) +
+                std::size_t const line =
+                    samples.top + static_cast<std::size_t>((y + tiling.margin) * side + j);
+                unsigned char const* in = samples.bytes.data() + row * line +
                                           4 * static_cast<std::size_t>((x + tiling.margin) * side);
                 for (int i = 0; i < side; ++i, in += 4) {
                     sums[0] += in[0];

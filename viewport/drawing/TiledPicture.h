@@ -7,6 +7,7 @@
 #include "viewport/files/images/Picture.h"
 #include "viewport/text/Fault.h"
 
+#include <cstddef>
 #include <vector>
 
 namespace vellum::viewport {
@@ -26,12 +27,29 @@ public:
     /// The buffer that draw() requires: as large as a tile with its margins and samples.
     OffscreenContext::Settings contextSettings() const;
 
-    /// Draws the whole picture. A fault, without a file's name, when OpenGL reports an error.
+    /// Draws the whole picture. A fault, without a file's name, when OpenGL reports an error. The context may be larger than
+    /// contextSettings() asks for.
+    ///
+    /// A picture with a transparent background is drawn over black and over white: the difference is what shines through.
+    /// The blending of OpenGL would leave opacities that are none.
     Result<Picture> draw(Viewer& viewer, Core_RL& layer, OffscreenContext& context) const;
 
+    /// The distances of what the pixels show, see Picture::depths: of each pixel the nearest sample.
+    std::vector<float> drawDepths(Viewer& viewer) const;
+
 private:
+    /// What a buffer holds, the top row first.
+    struct Samples {
+        std::vector<unsigned char> bytes;  // 4 for each
+        std::size_t width;                 // of the buffer
+        std::size_t top;                   // the row that the tile begins with; the buffer may be higher
+    };
+
     Region _regionOfTile(int left, int top) const;
-    void _shrinkInto(Picture& picture, int left, int top, std::vector<unsigned char> const& samples) const;
+    Result<Picture> _drawOpaque(Viewer& viewer, Core_RL& layer, OffscreenContext& context) const;
+    void _shrinkInto(Picture& picture, int left, int top, Samples const& samples) const;
+    template <class Draw>
+    void _forEachTile(Draw const& draw) const;
 
     PictureSize size;
     Tiling tiling;

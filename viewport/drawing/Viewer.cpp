@@ -2,10 +2,11 @@
 
 #include "toolkit/Lights.h"
 #include "viewport/drawing/layer/depth_modes.h"
-#include "viewport/drawing/overlays/ColorBar.h"
-#include "viewport/drawing/overlays/ColorLegend.h"
+#include "viewport/drawing/view/ClipPlanes.h"
 
 #include <algorithm>
+#include <limits>
+#include <utility>
 
 #include <GL/glew.h>
 
@@ -14,18 +15,6 @@ namespace vellum::viewport {
 namespace {
 
 using Point = Vector3<double>;
-
-void append(std::vector<Point>& points, std::vector<Point> const& more) {
-    points.insert(points.end(), more.begin(), more.end());
-}
-
-/// What says what the colors of particles mean, or null.
-std::unique_ptr<ColorKey> keyOf(ParticleStyle const& style, PictureSize const& size) {
-    if (style.scale) {
-        return std::make_unique<ColorBar>(*style.scale, ValueColors(style.colors, style.colorMap), size);
-    }
-    return style.legend ? std::make_unique<ColorLegend>(*style.legend, size) : nullptr;
-}
 
 }  // namespace
 
@@ -62,33 +51,43 @@ void Viewer::draw(PictureSize const& size, Region const& region, int samplesPerS
     glEnable(GL_NORMALIZE);
     glClearColor(0, 0, 0, 1);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-
-    if (effect != nullptr && effect->ownScene() != nullptr) {
-        camera.load(region);
-        _drawOcean(*effect->ownScene());
+    _drawBehind(region, size, sampling);
+    _drawSubjects(sampling);
+    if (OceanScene const* const ocean = _ocean()) {
+        ocean->drawHaze(layer);
         return;
     }
-    backdrop.drawBackground(region, size);
-    _placeLights();
-    camera.load(region);
     layer.pushDepthTest(DEPTH_TESTED);
-    if (_isGroundShown()) {
-        backdrop.drawGrid(sampling);
-    }
-    _drawModels(sampling);
-    _drawClouds(sampling);
-    blended.draw();
-    if (effect != nullptr) {
-        // Last, as an effect may show what is behind it.
-        effect->draw();
-    }
     if (gizmo.isShown()) {
         glClear(GL_DEPTH_BUFFER_BIT);
         gizmo.draw(camera, size, sampling);
     }
-    glClear(GL_DEPTH_BUFFER_BIT);
-    cornerAxes.draw(camera.screen(), region, size, sampling);
+    if (style.explanations.hasAxes) {
+        glClear(GL_DEPTH_BUFFER_BIT);
+        cornerAxes.draw(camera.screen(), region, size, sampling, style.background.ink());
+    }
     layer.popDepthTest();
+}
+
+void Viewer::drawDepths(PictureSize const& size, Region const& region, int samplesPerSide) {
+    _layOut(size);
+    Sampling const sampling(samplesPerSide, size);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    // The samples of a pixel would be averaged when they are read, and a rim would be somewhere between two surfaces.
+    glDisable(GL_MULTISAMPLE);
+    camera.load(region);
+    _drawSubjects(sampling);
+    glEnable(GL_MULTISAMPLE);
+}
+
+double Viewer::distanceOf(double depth) const {
+    return depth < 1 ? camera.distanceOf(depth) / scene.unitsPerFileUnit()
+                     : std::numeric_limits<double>::infinity();
+}
+
+std::optional<Fault> Viewer::cameraFault(PictureSize const& size) {
+    _layOut(size);
+    return fault;
 }
 
 void Viewer::drawLabels(Picture& picture) {
@@ -100,7 +99,7 @@ void Viewer::drawLabels(Picture& picture) {
 
 std::optional<Picked> Viewer::pick(PictureSize const& size, Pixel pixel) {
     _layOut(size);
-    return Picker(layer, scene, camera, models, clouds, gizmo).pick(size, pixel);
+    return Picker(layer, scene, camera, models, clouds, gizmo, style.clip).pick(size, pixel);
 }
 
 // == Layout ==
@@ -110,34 +109,23 @@ void Viewer::_layOut(PictureSize const& size) {
         return;
     }
     layoutSize = size;
-    colorKey = clouds.empty() ? nullptr : keyOf(style.particles, size);
-    PictureSize framed = size;
-    framed.width -= colorKey != nullptr ? colorKey->reservedWidth() : 0;
-    if (effect != nullptr && effect->ownScene() != nullptr) {
-        camera.frame(*effect->ownScene(), framed);
-    } else {
-        camera.frame(scene, _framedPoints(), framed);
-    }
+    ViewLayout layout = ViewLayout::of(scene, style, _ocean(), size);
+    colorKey = std::move(layout.key);
+    // In its place, which the layer knows.
+    camera = layout.camera;
+    fault = layout.fault;
     backdrop.layOut(scene, camera, size);
 }
 
-std::vector<Point> Viewer::_framedPoints() const {
-    std::vector<Point> points;
-    for (Model const& model : scene.models()) {
-        if (style.mesh.shading == Shading::BOX) {
-            append(points, toolkit::cornersOf(model.box));
-        } else {
-            points.insert(points.end(), model.vertices.begin(), model.vertices.end());
-        }
-    }
-    for (ParticleCloud const& cloud : scene.clouds()) {
-        append(points, toolkit::cornersOf(cloud.box));
-    }
-    return points;
+OceanScene const* Viewer::_ocean() const {
+    return effect != nullptr ? effect->ownScene() : nullptr;
 }
 
 /// Particles in a simulation box need no ground: the box shows the scale, and nothing stands on the ground.
 bool Viewer::_isGroundShown() const {
+    if (!style.explanations.hasGrid) {
+        return false;
+    }
     std::vector<ParticleCloud> const& all = scene.clouds();
     return !scene.models().empty() || all.empty() ||
            std::any_of(all.begin(), all.end(),
@@ -149,20 +137,58 @@ bool Viewer::_isGroundShown() const {
 void Viewer::_placeLights() const {
     glMatrixMode(GL_MODELVIEW);
     glLoadIdentity();
-    // The orthographic cameras leave their orientation to the projection, so light is computed in the world's frame
-    // there, with the viewer at +z whatever the view: highlights would be in wrong places and are left out.
-    toolkit::setHeadLights(toolkit::screenAxes(camera.view()), camera.isPerspective() ? 1.0F : 0.0F);
+    // The cameras of the views along an axis leave their orientation to the projection, so light is computed in the world's
+    // frame there, with the viewer at +z whatever the view: highlights would be in wrong places and are left out.
+    toolkit::ScreenAxes const screen = toolkit::screenAxes(camera.view());
+    float const specular = camera.isAlongAxis() ? 0.0F : 1.0F;
+    toolkit::setHeadLights(screen, specular);
+    if (!style.light) {
+        return;
+    }
+    Point toward = directionByAngles(style.light->azimuth, style.light->elevation);
+    if (!camera.isAlongAxis()) {
+        toolkit::ScreenAxes const& eye = camera.screen();
+        toward = {dot(toward, eye.right), dot(toward, eye.up), dot(toward, eye.towardViewer)};
+    }
+    constexpr Color4<float> BLACK{0, 0, 0, 1};
+    constexpr Color4<float> SUN{0.70F, 0.69F, 0.67F, 1};
+    constexpr Color4<float> SKY{0.16F, 0.17F, 0.19F, 1};
+    toolkit::LightSource{toward, true, BLACK, SUN, {specular, specular, specular, 1}}.set(0);
+    // From the viewer, so that nothing is lost in the dark.
+    toolkit::LightSource{screen.towardViewer, true, BLACK, SKY, BLACK}.set(1);
 }
 
-void Viewer::_drawOcean(OceanScene const& ocean) {
-    ocean.drawSky(layer);
+/// Draws what is behind everything, and leaves the camera's matrices and the lights for what follows.
+void Viewer::_drawBehind(Region const& region, PictureSize const& size, Sampling const& sampling) {
+    if (OceanScene const* const ocean = _ocean()) {
+        camera.load(region);
+        ocean->drawSky(layer);
+        return;
+    }
+    backdrop.drawBackground(style.background, region, size);
+    _placeLights();
+    camera.load(region);
+    if (_isGroundShown()) {
+        layer.pushDepthTest(DEPTH_TESTED);
+        backdrop.drawGrid(style.background.ink(), sampling);
+        layer.popDepthTest();
+    }
+}
+
+void Viewer::_drawSubjects(Sampling const& sampling) {
     layer.pushDepthTest(DEPTH_TESTED);
-    effect->draw();
+    _drawModels(sampling);
+    _drawClouds(sampling);
+    blended.draw();
+    if (effect != nullptr) {
+        // Last, as an effect may show what is behind it.
+        effect->draw();
+    }
     layer.popDepthTest();
-    ocean.drawHaze(layer);
 }
 
 void Viewer::_drawModels(Sampling const& sampling) {
+    ClipPlanes const clip(style.clip, scene);
     for (std::size_t i = 0; i < models.size(); ++i) {
         if (effect == nullptr || !effect->covers(i)) {
             models[i].draw(sampling);
@@ -172,7 +198,9 @@ void Viewer::_drawModels(Sampling const& sampling) {
 
 void Viewer::_drawClouds(Sampling const& sampling) {
     for (CloudDrawing const& cloud : clouds) {
-        cloud.drawBox(sampling);
+        if (style.explanations.hasBox) {
+            cloud.drawBox(sampling);
+        }
     }
     for (CloudDrawing& cloud : clouds) {
         cloud.draw(sampling);

@@ -2,6 +2,8 @@
 
 #include "foundation/raster/Core_RL.h"
 #include "viewport/drawing/Picker.h"
+#include "viewport/drawing/ViewLayout.h"
+#include "viewport/drawing/ViewStyle.h"
 #include "viewport/drawing/effects/EffectRenderer.h"
 #include "viewport/drawing/overlays/Backdrop.h"
 #include "viewport/drawing/overlays/ColorKey.h"
@@ -9,10 +11,7 @@
 #include "viewport/drawing/overlays/GizmoDrawing.h"
 #include "viewport/drawing/subjects/BlendedParts.h"
 #include "viewport/drawing/subjects/CloudDrawing.h"
-#include "viewport/drawing/subjects/MeshStyle.h"
 #include "viewport/drawing/subjects/ModelRenderer.h"
-#include "viewport/drawing/subjects/ParticleStyle.h"
-#include "viewport/drawing/view/CameraSpec.h"
 #include "viewport/drawing/view/PictureSize.h"
 #include "viewport/drawing/view/Region.h"
 #include "viewport/drawing/view/ViewCamera.h"
@@ -24,14 +23,6 @@
 #include <vector>
 
 namespace vellum::viewport {
-
-/// How a scene is shown.
-struct ViewStyle {
-    MeshStyle mesh;
-    ParticleStyle particles;
-    CameraSpec camera;
-    Gizmo gizmo = Gizmo::NONE;
-};
 
 /// Draws a scene through the render layer into the current framebuffer: background, ground, models, particles,
 /// the gizmo over them, and the axes in the corner; or finds what is at a pixel.
@@ -61,8 +52,22 @@ public:
     /// \param samplesPerSide of the viewport for each pixel of the picture, at least 1
     void draw(PictureSize const& size, Region const& region, int samplesPerSide);
 
-    /// Draws what colors mean, a bar of values or a list of kinds, into a finished picture; nothing where there is neither or no
-    /// room for it.
+    /// Changes what is behind the scene.
+    void setBackground(Background const& background) { style.background = background; }
+    Background const& background() const { return style.background; }
+
+    /// Draws models and particles alone, for the depths that they leave behind: each pixel of the viewport has one.
+    void drawDepths(PictureSize const& size, Region const& region, int samplesPerSide);
+
+    /// The distance from the eye along the direction of view, in units of the files, of a value of the depth buffer;
+    /// infinite for 1. For pictures of the size that was drawn last.
+    double distanceOf(double depth) const;
+
+    /// The fault of a camera that does not suit the scene, in pictures of this size. Nothing can be drawn then.
+    std::optional<Fault> cameraFault(PictureSize const& size);
+
+    /// Draws what colors mean, a bar of values or a list of kinds, into a finished picture; nothing where there is
+    /// neither or no room for it.
     void drawLabels(Picture& picture);
 
     /// What is at the pixel of a picture of this size, or nothing; see Picker.
@@ -70,11 +75,12 @@ public:
 
 private:
     void _layOut(PictureSize const& size);
-    std::vector<Vector3<double>> _framedPoints() const;
     bool _isGroundShown() const;
 
     void _placeLights() const;
-    void _drawOcean(OceanScene const& ocean);
+    void _drawBehind(Region const& region, PictureSize const& size, Sampling const& sampling);
+    void _drawSubjects(Sampling const& sampling);
+    OceanScene const* _ocean() const;
     void _drawModels(Sampling const& sampling);
     void _drawClouds(Sampling const& sampling);
 
@@ -93,6 +99,7 @@ private:
     std::optional<PictureSize> layoutSize;  // nothing: nothing has been drawn yet
     std::unique_ptr<ColorKey> colorKey;     // null: colors mean nothing
     ViewCamera camera;
+    std::optional<Fault> fault;  // of the camera
     Backdrop backdrop;
 };
 

@@ -1,9 +1,16 @@
 #include "viewport/program/CommandLine.h"
 
+#include "viewport/program/Configuration.h"
 #include "viewport/program/OptionWords.h"
+#include "viewport/program/add_word.h"
+#include "viewport/program/word_values.h"
 #include "viewport/text/single_line.h"
 
 #include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <map>
+#include <vector>
 
 namespace vellum::viewport {
 
@@ -22,42 +29,178 @@ CommandLine show(std::string const& text) {
     return line;
 }
 
-}  // namespace
-
-CommandLine parseCommandLine(int count, char const* const* arguments) {
-    constexpr std::size_t TEXT_COLUMN = 34;
+/// A parser with what it fills.
+struct Parsing {
+    CLI::App app{"Draws meshes and particles into pictures.", "vl_viewport"};
     Options options;
     OptionWords words;
-    CLI::App app{"Draws meshes and particles into a picture.", "vl_viewport"};
-    app.get_formatter()->column_width(TEXT_COLUMN);
-    words.addTo(app, options);
-    app.set_version_flag("--version", "vl_viewport " VL_VIEWPORT_VERSION);
-    app.footer("Exit status: 0 done; 1 a file cannot be read, is damaged or empty, a shader does not "
-               "compile, or the "
-               "picture cannot be written;\n"
-               "2 the command line makes no sense; 3 there is no OpenGL.");
+    std::string configuration;
+    bool isWithoutConfiguration = false;
 
-    // CLI11 reports by exceptions, which end here.
-    try {
-        app.parse(count, arguments);
-    } catch (CLI::CallForHelp const&) {
-        return show(app.help());
-    } catch (CLI::CallForAllHelp const&) {
-        return show(app.help());
-    } catch (CLI::CallForVersion const& version) {
-        return show(std::string(version.what()) + "\n");
-    } catch (CLI::ParseError const& error) {
-        return usageError(error.what());
+    Parsing() {
+        constexpr std::size_t TEXT_COLUMN = 34;
+        app.get_formatter()->column_width(TEXT_COLUMN);
+        words.addTo(app, options);
+        addWord(app, "--config", configuration,
+                "Read options from this file, lines 'size = 64x48'; in place of\n"
+                "$XDG_CONFIG_HOME/vl_viewport/config; the command line outranks it",
+                "FILE")
+            ->group("Program");
+        app.add_flag("--no-config", isWithoutConfiguration, "Do not read that of the user")->group("Program");
+        app.set_version_flag("--version", "vl_viewport " VL_VIEWPORT_VERSION)->group("Program");
+        app.set_help_flag("-h,--help", "Print this help")->group("Program");
+        app.footer("Exit status: 0 done; 1 a file cannot be read, is damaged or empty, a shader does not "
+                   "compile, or a\n"
+                   "picture cannot be written; 2 the command line makes no sense; 3 there is no OpenGL.");
+    }
+    Parsing(Parsing const&) = delete;
+    Parsing& operator=(Parsing const&) = delete;
+
+    /// What is to be shown in place of everything else, or nothing.
+    std::optional<CommandLine> parse(std::vector<std::string> arguments) {
+        // CLI11 takes the last one first, and reports by exceptions, which end here.
+        std::reverse(arguments.begin(), arguments.end());
+        try {
+            app.parse(arguments);
+        } catch (CLI::CallForHelp const&) {
+            return show(app.help());
+        } catch (CLI::CallForAllHelp const&) {
+            return show(app.help());
+        } catch (CLI::CallForVersion const& version) {
+            return show(std::string(version.what()) + "\n");
+        } catch (CLI::ParseError const& error) {
+            return usageError(error.what());
+        }
+        return std::nullopt;
     }
 
-    if (std::optional<Fault> const fault = words.read(options)) {
-        return usageError(fault->message);
+    bool isGiven(std::string const& option) const {
+        CLI::Option const* const found = app.get_option_no_throw(option);
+        return found != nullptr && found->count() > 0;
     }
-    if (words.effect.asksForHelp()) {
-        return show(words.effect.help());
+};
+
+/// What a configuration says, for one command line.
+class Standards {
+public:
+    /// Takes the lines that the command line leaves to it. A fault names the line.
+    std::optional<Fault> take(Configuration const& configuration, Parsing const& parsing) {
+        for (Configuration::Line const& line : configuration.lines) {
+            std::string const option = "--" + line.name;
+            std::optional<std::string> const lack = _lackOf(option, line, parsing);
+            if (lack) {
+                return configuration.faultOf(line, *lack);
+            }
+            places.emplace(option, configuration.faultOf(line, "").line());
+            _take(option, line.value, parsing);
+        }
+        return std::nullopt;
+    }
+
+    PictureWords const& ofPictures() const { return pictureWords; }
+    std::vector<std::string> const& arguments() const { return words; }
+
+    /// The message of a fault, after the place in the configuration where the option comes from.
+    std::string located(std::string const& message, Parsing const& commandLine) const {
+        std::string const option = message.substr(0, message.find_first_of(": "));
+        auto const place = places.find(option);
+        bool const isFromFile = place != places.end() && !commandLine.isGiven(option);
+        return isFromFile ? place->second + message : message;
+    }
+
+private:
+    static bool _isFlag(CLI::Option const& option) { return option.get_expected_max() == 0; }
+
+    std::optional<std::string> _lackOf(std::string const& option, Configuration::Line const& line,
+                                       Parsing const& parsing) const {
+        static constexpr char const* ELSEWHERE[] = {"--out", "--config", "--no-config", "--help",
+                                                    "--version"};
+        CLI::Option const* const found = parsing.app.get_option_no_throw(option);
+        if (found == nullptr || line.name == "h" || found->get_positional()) {
+            return "there is no option '" + line.name + "'";
+        }
+        if (std::find(std::begin(ELSEWHERE), std::end(ELSEWHERE), option) != std::end(ELSEWHERE)) {
+            return line.name + ": belongs on the command line";
+        }
+        if (places.count(option) != 0 && option != "--effect-param") {
+            return line.name + ": is given twice";
+        }
+        bool const isWord = line.value != "true" && line.value != "false";
+        bool const takesWord = option == "--edges" || option == "--info";
+        if (_isFlag(*found) && isWord && !takesWord) {
+            return line.name + ": is a flag, true or false";
+        }
+        return std::nullopt;
+    }
+
+    void _take(std::string const& option, std::string const& value, Parsing const& parsing) {
+        bool const isFlag = _isFlag(*parsing.app.get_option_no_throw(option));
+        if (isFlag && value == "false") {
+            return;
+        }
+        if (parsing.words.pictures.knows(option)) {
+            static_cast<void>(pictureWords.set(option, value));
+        } else if (!parsing.isGiven(option)) {
+            words.push_back(isFlag && value == "true" ? option : option + "=" + value);
+        }
+    }
+
+    PictureWords pictureWords;
+    std::vector<std::string> words;
+    std::map<std::string, std::string> places;  // "FILE: line N: " of an option
+};
+
+std::optional<Fault> readStandards(Parsing const& parsing, std::string const& userConfiguration,
+                                   Standards& standards) {
+    std::string const file = !parsing.configuration.empty()   ? parsing.configuration
+                             : parsing.isWithoutConfiguration ? std::string()
+                                                              : userConfiguration;
+    if (file.empty()) {
+        return std::nullopt;
+    }
+    Result<Configuration> const configuration = Configuration::read(file);
+    return configuration.isOk() ? standards.take(configuration.value(), parsing)
+                                : std::optional<Fault>(configuration.fault());
+}
+
+std::set<std::string> givenOptions(Parsing const& parsing) {
+    std::set<std::string> names;
+    for (CLI::Option const* const option : parsing.app.get_options()) {
+        if (option->count() > 0) {
+            names.insert(option->get_name());
+        }
+    }
+    return names;
+}
+
+}  // namespace
+
+CommandLine parseCommandLine(int count, char const* const* arguments, std::string const& userConfiguration) {
+    std::vector<std::string> words(arguments + std::min(count, 1), arguments + count);
+    Parsing commandLine;
+    if (std::optional<CommandLine> const shown = commandLine.parse(words)) {
+        return *shown;
+    }
+    Standards standards;
+    if (std::optional<Fault> const fault = readStandards(commandLine, userConfiguration, standards)) {
+        return usageError(fault->line());
+    }
+    // Once more with what the configuration adds.
+    words.insert(words.begin(), standards.arguments().begin(), standards.arguments().end());
+    Parsing whole;
+    if (std::optional<CommandLine> shown = whole.parse(words)) {
+        return *shown;
+    }
+    if (std::optional<Fault> const fault =
+            whole.words.read(whole.app, standards.ofPictures(), whole.options)) {
+        return usageError(standards.located(fault->message, commandLine));
+    }
+    if (whole.words.effect.asksForHelp()) {
+        return show(whole.words.effect.help());
     }
     CommandLine line;
-    line.options = options;
+    whole.options.given = givenOptions(commandLine);
+    line.options = whole.options;
     return line;
 }
 

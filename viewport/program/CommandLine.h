@@ -17,7 +17,10 @@ struct CommandLine {
     int exitStatus = 0;
 };
 
-/// Reads a command line; `arguments` as main() gets them, the program's name first. Touches no stream and no file.
-CommandLine parseCommandLine(int count, char const* const* arguments);
+/// Reads a command line; `arguments` as main() gets them, the program's name first. Touches no stream, and no file but a
+/// configuration: that of --config, or else the user's.
+/// \param userConfiguration its path; empty: there is none. Not read with --no-config.
+CommandLine parseCommandLine(int count, char const* const* arguments,
+                             std::string const& userConfiguration = "");
 
 }  // namespace vellum::viewport

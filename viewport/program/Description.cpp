@@ -1,9 +1,11 @@
 #include "viewport/program/Description.h"
 
+#include "viewport/files/mesh/Textures.h"
+#include "viewport/text/shortest_number.h"
 #include "viewport/text/single_line.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <cmath>
 
 #include <GL/glew.h>
 
@@ -17,14 +19,8 @@ std::string line(std::string const& label, std::string const& value) {
     return padded + value + "\n";
 }
 
-std::string shortest(double number) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.6g", number);
-    return text;
-}
-
 std::string point(Vector3<double> const& p) {
-    return shortest(p.x) + ", " + shortest(p.y) + ", " + shortest(p.z);
+    return shortNumber(p.x) + ", " + shortNumber(p.y) + ", " + shortNumber(p.z);
 }
 
 std::string yesOrNo(bool value) {
@@ -40,6 +36,34 @@ std::string normals(MeshData const& mesh) {
         return "computed";
     }
     return "of the file, " + std::to_string(missing) + " computed";
+}
+
+std::string values(ChannelFacts const& facts) {
+    auto const count = [](std::size_t number, char const* what) {
+        return number == 0 ? std::string() : ", " + std::to_string(number) + what;
+    };
+    std::string const range = facts.finiteCount == 0
+                                  ? std::string("no values")
+                                  : shortNumber(facts.minimum) + " to " + shortNumber(facts.maximum) +
+                                        ", mean " + shortNumber(facts.mean);
+    return range + count(facts.undefinedCount, " no number") + count(facts.infiniteCount, " infinite");
+}
+
+/// The textures that materials name, found or not.
+std::string textures(std::string const& path, MeshData const& mesh) {
+    std::string missing;
+    std::size_t foundCount = 0;
+    for (Material const& material : mesh.materials) {
+        if (material.texture.empty() && material.textureBytes.empty()) {
+            continue;
+        }
+        if (!material.textureBytes.empty() || findTexture(path, material.texture)) {
+            ++foundCount;
+        } else {
+            missing += (missing.empty() ? "" : ", ") + singleLine(material.texture);
+        }
+    }
+    return std::to_string(foundCount) + " found" + (missing.empty() ? "" : "; not found: " + missing);
 }
 
 std::string driverString(GLenum name) {
@@ -59,6 +83,70 @@ std::string memory(unsigned int kilobytes) {
 
 }  // namespace
 
+// == Facts ==
+
+DriverFacts DriverFacts::of(Core_RL_GL& layer) {
+    DriverFacts facts{driverString(GL_VERSION),
+                      driverString(GL_SHADING_LANGUAGE_VERSION),
+                      driverString(GL_RENDERER),
+                      driverString(GL_VENDOR),
+                      layer.checkShaderSupport(),
+                      driverInteger(GL_MAX_TEXTURE_SIZE),
+                      driverInteger(GL_SAMPLES),
+                      layer.getTotalGpuMemory(),
+                      layer.Core_RL_GL::getFreeGpuMemory(),
+                      layer.getFreeGpuMemory(),
+                      {}};
+    for (char const* const extension : {"GL_ARB_vertex_buffer_object", "GL_EXT_geometry_shader4",
+                                        "GL_NVX_gpu_memory_info", "GL_ATI_meminfo", "GL_KHR_debug"}) {
+        facts.extensions.emplace_back(extension, layer.isExtensionSupported(extension));
+    }
+    return facts;
+}
+
+ChannelFacts factsOf(ParticleChannel const& channel) {
+    ChannelFacts facts;
+    for (auto const raw : channel.values) {
+        auto const value = static_cast<double>(raw);
+        if (std::isnan(value)) {
+            ++facts.undefinedCount;
+            continue;
+        }
+        if (std::isinf(value)) {
+            ++facts.infiniteCount;
+            continue;
+        }
+        facts.minimum = facts.finiteCount == 0 ? value : std::min(facts.minimum, value);
+        facts.maximum = facts.finiteCount == 0 ? value : std::max(facts.maximum, value);
+        ++facts.finiteCount;
+        // A sum could exceed all doubles.
+        facts.mean += (value - facts.mean) / static_cast<double>(facts.finiteCount);
+    }
+    return facts;
+}
+
+std::optional<Box3<double>> boundsOf(ParticleFrame const& frame) {
+    std::optional<Box3<double>> box;
+    for (auto const& position : frame.positions) {
+        auto const p = convert<double>(position);
+        if (!std::isfinite(p.x) || !std::isfinite(p.y) || !std::isfinite(p.z)) {
+            continue;
+        }
+        box = box ? Box3<double>{{std::min(box->min.x, p.x), std::min(box->min.y, p.y),
+                                  std::min(box->min.z, p.z)},
+                                 {std::max(box->max.x, p.x), std::max(box->max.y, p.y),
+                                  std::max(box->max.z, p.z)}}
+                  : Box3<double>{p, p};
+    }
+    return box;
+}
+
+bool hasVelocities(ParticleFrame const& frame) {
+    return !frame.velocities.empty();
+}
+
+// == Texts ==
+
 std::string describeMesh(std::string const& path, MeshData const& mesh) {
     Box3<double> const box = mesh.box();
     return singleLine(path) + "\n" + line("triangles", std::to_string(mesh.triangles.size())) +
@@ -66,6 +154,7 @@ std::string describeMesh(std::string const& path, MeshData const& mesh) {
            line("parts", std::to_string(mesh.partCount)) + line("normals", normals(mesh)) +
            line("colors", mesh.hasVertexColors ? "per vertex" : "of the materials") +
            line("texture coordinates", yesOrNo(!mesh.textureCoordinates.empty())) +
+           line("materials", std::to_string(mesh.materials.size())) + line("textures", textures(path, mesh)) +
            line("from", point(box.min)) + line("to", point(box.max)) + line("size", point(box.max - box.min));
 }
 
@@ -84,13 +173,16 @@ std::string describeParticles(LoadedFrame const& loaded) {
     }
     std::string time = "timestep " + std::to_string(frame.timestep);
     if (frame.time) {
-        time += ", time " + shortest(*frame.time);
+        time += ", time " + shortNumber(*frame.time);
     }
     std::string text = singleLine(frame.file) + "\n" + line("frames", std::to_string(loaded.count)) +
                        line("frame shown", std::to_string(loaded.number) + " (" + time + ")") +
                        line("particles", std::to_string(count)) +
-                       line("velocities", yesOrNo(velocity != nullptr)) +
+                       line("velocities", yesOrNo(frame.velocity() != nullptr)) +
                        line("channels", channels.empty() ? "none" : channels);
+    for (ParticleChannel const& channel : frame.channels) {
+        text += line("channel " + singleLine(channel.name), values(factsOf(channel)));
+    }
     if (frame.box) {
         ParticleBox const& box = *frame.box;
         text += line("box from", point(box.origin)) +
@@ -100,25 +192,31 @@ std::string describeParticles(LoadedFrame const& loaded) {
     constexpr std::size_t BYTES_PER_PARTICLE = 28;
     constexpr double MEGABYTE = 1 << 20;
     return text + line("particle memory",
-                       shortest(static_cast<double>(count * BYTES_PER_PARTICLE) / MEGABYTE) + " MB");
+                       shortNumber(static_cast<double>(count * BYTES_PER_PARTICLE) / MEGABYTE) + " MB");
 }
 
-std::string describeDriver(Core_RL_GL& layer) {
-    std::string text =
-        "OpenGL\n" + line("version", driverString(GL_VERSION)) +
-        line("shading language", driverString(GL_SHADING_LANGUAGE_VERSION)) +
-        line("renderer", driverString(GL_RENDERER)) + line("vendor", driverString(GL_VENDOR)) +
-        line("programs", yesOrNo(layer.checkShaderSupport())) +
-        line("largest texture", std::to_string(driverInteger(GL_MAX_TEXTURE_SIZE)) + " pixels") +
-        line("samples per pixel", std::to_string(driverInteger(GL_SAMPLES))) +
-        line("memory", memory(layer.getTotalGpuMemory())) +
-        line("free memory", memory(layer.Core_RL_GL::getFreeGpuMemory())) +
-        line("taken to be free", memory(layer.getFreeGpuMemory()));
-    for (char const* const extension : {"GL_ARB_vertex_buffer_object", "GL_EXT_geometry_shader4",
-                                        "GL_NVX_gpu_memory_info", "GL_ATI_meminfo", "GL_KHR_debug"}) {
-        text += line(std::string(extension), yesOrNo(layer.isExtensionSupported(extension)));
+std::string describePicture(std::string const& out, std::string const& camera) {
+    return (out.empty() ? std::string("Picture") : singleLine(out)) + "\n" +
+           line("camera", camera.empty() ? "of the sea" : camera);
+}
+
+std::string describeDriver(DriverFacts const& driver) {
+    std::string text = "OpenGL\n" + line("version", driver.version) +
+                       line("shading language", driver.shadingLanguage) + line("renderer", driver.renderer) +
+                       line("vendor", driver.vendor) + line("programs", yesOrNo(driver.hasPrograms)) +
+                       line("largest texture", std::to_string(driver.largestTexture) + " pixels") +
+                       line("samples per pixel", std::to_string(driver.samples)) +
+                       line("memory", memory(driver.memory)) +
+                       line("free memory", memory(driver.freeMemory)) +
+                       line("taken to be free", memory(driver.takenToBeFree));
+    for (auto const& [name, isSupported] : driver.extensions) {
+        text += line(name, yesOrNo(isSupported));
     }
     return text;
+}
+
+std::string describeNoDriver(std::string const& reason) {
+    return "OpenGL is not to be had: " + singleLine(reason) + "\n";
 }
 
 }  // namespace vellum::viewport

@@ -2,6 +2,7 @@
 
 #include "viewport/drawing/effects/EffectParameter.h"
 #include "viewport/program/add_word.h"
+#include "viewport/program/word_values.h"
 #include "viewport/text/numbers.h"
 
 #include <algorithm>
@@ -12,18 +13,6 @@ namespace vellum::viewport {
 namespace {
 
 char const* const HELP = "help";
-
-Fault usageFault(std::string const& message) {
-    return {"", message};
-}
-
-std::string joined(std::vector<std::string> const& words) {
-    std::string text;
-    for (std::string const& word : words) {
-        text += (text.empty() ? "" : ", ") + word;
-    }
-    return text;
-}
 
 /// The line of a parameter's list, or the lines.
 std::string lineOf(EffectParameter const& parameter) {

@@ -1,12 +1,15 @@
 #include "viewport/program/OptionWords.h"
 
+#include "toolkit/ColorMap.h"
+#include "viewport/files/images/output_file.h"
 #include "viewport/program/add_word.h"
+#include "viewport/program/word_values.h"
 #include "viewport/text/numbers.h"
 
-#include <charconv>
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <map>
+#include <set>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -15,89 +18,21 @@ namespace vellum::viewport {
 
 namespace {
 
-template <class Value>
-using Modes = std::map<std::string, Value>;
-
 Modes<Shading> const SHADINGS{{"box", Shading::BOX},
                               {"wireframe", Shading::WIREFRAME},
                               {"faceted", Shading::FACETED},
                               {"smooth", Shading::SMOOTH}};
 Modes<Normals> const NORMAL_KINDS{{"vertex", Normals::VERTEX}, {"face", Normals::FACE}};
-Modes<Gizmo> const GIZMOS{{"move", Gizmo::MOVE}, {"rotate", Gizmo::ROTATE}, {"scale", Gizmo::SCALE}};
-Modes<ParticleMode> const PARTICLE_MODES{
-    {"points", ParticleMode::POINTS}, {"spheres", ParticleMode::SPHERES}, {"arrows", ParticleMode::ARROWS}};
-Modes<toolkit::ViewKind> const VIEWS{{"perspective", toolkit::ViewKind::PERSPECTIVE},
-                                     {"front", toolkit::ViewKind::FRONT},
-                                     {"back", toolkit::ViewKind::BACK},
-                                     {"top", toolkit::ViewKind::TOP},
-                                     {"bottom", toolkit::ViewKind::BOTTOM},
-                                     {"left", toolkit::ViewKind::LEFT},
-                                     {"right", toolkit::ViewKind::RIGHT}};
+Modes<ParticleMode> const PARTICLE_MODES{{"points", ParticleMode::POINTS},
+                                         {"spheres", ParticleMode::SPHERES},
+                                         {"arrows", ParticleMode::ARROWS},
+                                         {"arrows3d", ParticleMode::SOLID_ARROWS}};
+Modes<std::optional<UpAxis>> const UP_AXES{
+    {"auto", std::nullopt},  {"x", UpAxis::X},        {"y", UpAxis::Y},       {"z", UpAxis::Z},
+    {"-x", UpAxis::MINUS_X}, {"-y", UpAxis::MINUS_Y}, {"-z", UpAxis::MINUS_Z}};
+Modes<InfoForm> const INFO_FORMS{{"text", InfoForm::TEXT}, {"json", InfoForm::JSON}};
 
 constexpr int MOST_MEGABYTES = 1 << 20;
-
-Fault usageFault(std::string const& message) {
-    return {"", message};
-}
-
-// == Words as values ==
-
-std::vector<std::string_view> split(std::string_view text, char separator) {
-    std::vector<std::string_view> parts;
-    std::size_t end = 0;
-    while ((end = text.find(separator)) != std::string_view::npos) {
-        parts.push_back(text.substr(0, end));
-        text.remove_prefix(end + 1);
-    }
-    parts.push_back(text);
-    return parts;
-}
-
-/// A color as six hexadecimal digits, with or without a '#' before them.
-std::optional<Color4<float>> toColor(std::string_view text) {
-    if (!text.empty() && text.front() == '#') {
-        text.remove_prefix(1);
-    }
-    unsigned int number = 0;
-    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, 16);
-    if (error != std::errc() || end != text.data() + text.size() || text.size() != 6) {
-        return std::nullopt;
-    }
-    auto const channel = [&number](unsigned int shift) {
-        return static_cast<float>(number >> shift & 0xFFU) / 255.0F;
-    };
-    return Color4<float>{channel(16), channel(8), channel(0), 1};
-}
-
-/// Two numbers from 0 on with a separator between them.
-std::optional<std::pair<int, int>> toPair(std::string_view text, char separator) {
-    std::size_t const middle = text.find(separator);
-    if (middle == std::string_view::npos) {
-        return std::nullopt;
-    }
-    std::optional<int> const first = toInteger(text.substr(0, middle));
-    std::optional<int> const second = toInteger(text.substr(middle + 1));
-    return first && second ? std::optional<std::pair<int, int>>({*first, *second}) : std::nullopt;
-}
-
-/// \param value a Value, or an optional one; unchanged where the word is empty.
-template <class Value, class Place>
-std::optional<Fault> readMode(char const* const option, std::string const& word, Modes<Value> const& modes,
-                              Place& value) {
-    if (word.empty()) {
-        return std::nullopt;
-    }
-    auto const found = modes.find(word);
-    if (found != modes.end()) {
-        value = found->second;
-        return std::nullopt;
-    }
-    std::string known;
-    for (auto const& mode : modes) {
-        known += (known.empty() ? "" : ", ") + mode.first;
-    }
-    return usageFault(std::string(option) + ": unknown mode '" + word + "' (known: " + known + ")");
-}
 
 // == Conflicts ==
 
@@ -113,10 +48,11 @@ std::optional<Fault> effectConflict(Options const& options) {
     };
     MeshStyle const& mesh = options.mesh;
     for (Row const& row :
-         {Row{"--shading", !mesh.isFilled()}, Row{"--edges", mesh.edges},
+         {Row{"--shading", !mesh.isFilled()}, Row{"--edges", mesh.edges || mesh.allEdges},
           Row{"--edges-blend", mesh.edgesBlend}, Row{"--normals", mesh.normals != Normals::NONE},
           Row{"--connectivity", mesh.connectivity}, Row{"--texture", !options.texture.empty()},
-          Row{"--import-preview", mesh.importPreview}}) {
+          Row{"--import-preview", mesh.importPreview}, Row{"--mesh-color", mesh.color.has_value()},
+          Row{"--opacity", mesh.opacity < 1}, Row{"--clip", options.particles.clip.has_value()}}) {
         if (row.isGiven) {
             return usageFault(
                 std::string(row.option) + ": cannot be drawn together with --effect" +
@@ -132,109 +68,164 @@ std::optional<Fault> firstMissing(Options const& options) {
     if (options.files.empty() && !hasOwnScene) {
         return usageFault("FILE is required: a mesh or particle file");
     }
-    if (options.out.empty() && !options.pick && !options.info) {
+    PictureOptions const& first = options.pictures.front();
+    if (first.out.empty() && !first.pick && options.info == InfoForm::NONE) {
         return usageFault("--out is required: the picture's file");
     }
     return std::nullopt;
 }
 
+/// The fault of pictures that would be lost in each other or in other output.
+std::optional<Fault> outputConflict(Options const& options) {
+    std::set<std::string> names;
+    for (PictureOptions const& picture : options.pictures) {
+        if (!picture.out.empty() && !names.insert(picture.out).second) {
+            return usageFault("--out: " + picture.out + " is named twice");
+        }
+    }
+    auto const usesOutput = [](PictureOptions const& picture) { return isStandardOutput(picture.out); };
+    if (std::count_if(options.pictures.begin(), options.pictures.end(), usesOutput) == 0) {
+        return std::nullopt;
+    }
+    bool const isPicking =
+        std::any_of(options.pictures.begin(), options.pictures.end(),
+                    [](PictureOptions const& picture) { return picture.pick.has_value(); });
+    if (isPicking || options.info != InfoForm::NONE) {
+        return usageFault(std::string(isPicking ? "--pick" : "--info") +
+                          ": cannot be printed where the picture is written to standard output");
+    }
+    return std::count_if(options.pictures.begin(), options.pictures.end(), usesOutput) > 1
+               ? std::optional<Fault>(usageFault("--out: only one picture can be written to standard output"))
+               : std::nullopt;
+}
+
 }  // namespace
 
 void OptionWords::addTo(CLI::App& app, Options& options) {
-    _addPicture(app, options);
+    _addFiles(app, options);
+    pictures.addTo(app);
     _addMeshes(app, options);
-    _addView(app, options);
-    _addLimits(app);
     _addParticles(app, options);
     effect.addTo(app);
+    _addRest(app, options);
 }
 
-std::optional<Fault> OptionWords::read(Options& options) const {
-    if (std::optional<Fault> fault = _readValues(options)) {
+std::optional<Fault> OptionWords::read(CLI::App const& app, PictureWords const& standard,
+                                       Options& options) const {
+    std::optional<Fault> fault = pictures.read(app, standard, options.pictures);
+    fault = fault ? fault : _readValues(options);
+    if (fault) {
         return fault;
     }
-    if (options.mesh.edges && options.mesh.edgesBlend) {
+    if ((options.mesh.edges || options.mesh.allEdges) && options.mesh.edgesBlend) {
         return usageFault("--edges and --edges-blend: only one of them can be drawn");
     }
-    std::optional<Fault> conflict = effectConflict(options);
+    if (!colors.empty() && !colorMap.empty()) {
+        return usageFault("--colors and --colormap: only one of them can be used");
+    }
+    if (std::optional<Fault> conflict = effectConflict(options)) {
+        return conflict;
+    }
     // The list of an effect's parameters needs no files.
-    return conflict || effect.asksForHelp() ? conflict : firstMissing(options);
+    if (effect.asksForHelp()) {
+        return std::nullopt;
+    }
+    std::optional<Fault> missing = firstMissing(options);
+    return missing ? missing : outputConflict(options);
 }
 
 // == Groups of options, in the order of the help ==
 
-void OptionWords::_addPicture(CLI::App& app, Options& options) {
+void OptionWords::_addFiles(CLI::App& app, Options& options) {
     addWord(app, "FILE", options.files,
             "Mesh files: OBJ, PLY, STL, OFF, glTF, FBX, COLLADA, 3DS, ...; and particle files:\n"
             "LAMMPS text dumps, XYZ and extended XYZ, CSV with a line of names, PLY without\n"
             "faces; also compressed by gzip",
             "");
-    addWord(app, "--out", options.out, "Write the picture to this PNG file", "FILE");
-    addWord(app, "--size", size, "Size of the picture in pixels, each side 1 to 16384 (1280x720)", "WxH");
+    auto const add = [&app](std::string const& name, std::string& word, std::string const& meaning,
+                            std::string const& type) {
+        return addWord(app, name, word, meaning, type)->group("Files");
+    };
+    add("--format", options.format, "Read the files as this format (what they look like)", "NAME");
+    add("--up", up, "Which axis of the files is vertical: x, y, z, -x, -y, -z or auto (auto)", "AXIS");
+    add("--clip", clip, "Show only what is inside: xmin,xmax,ymin,ymax,zmin,zmax in units of the files",
+        "BOX");
+    add("--import-timeout", timeout, "Give up on a mesh file after this time (20)", "SECONDS");
+    add("--import-memory", memory, "Memory that the import of a mesh file may use (4096)", "MB");
 }
 
 void OptionWords::_addMeshes(CLI::App& app, Options& options) {
     MeshStyle& mesh = options.mesh;
-    addWord(app, "--shading", shading, "box, wireframe, faceted or smooth (smooth)", "MODE");
-    app.add_flag("--edges", mesh.edges, "Draw borders and hard edges, over a darker surface");
-    app.add_flag("--edges-blend", mesh.edgesBlend,
-                 "Draw borders and hard edges, those behind shining through the surface");
-    addWord(app, "--normals", normals, "Draw the normals: vertex or face", "KIND");
-    app.add_flag("--connectivity", mesh.connectivity, "Mark shared edges in white and borders in amber");
-    addWord(app, "--texture", options.texture,
-            "Put this picture (PNG, JPEG, EXR, HDR) on the models, in place of their own textures", "FILE");
-    app.add_flag("--wireframe-back", mesh.wireframeBack, "Outline the triangles that are seen from behind");
-    app.add_flag("--import-preview", mesh.importPreview,
-                 "Show what the import gave: the surface in red, the normals of the corners in white");
-    app.add_flag("--immediate", mesh.immediate, "Draw without buffer objects");
-}
-
-void OptionWords::_addView(CLI::App& app, Options& options) {
-    addWord(app, "--gizmo", gizmo, "Draw handles over the model: move, rotate or scale", "MODE");
-    addWord(app, "--view", view, "perspective, front, back, top, bottom, left or right (perspective)",
-            "VIEW");
-    addWord(app, "--pick", pick,
-            "Print what is at this pixel, counted from the upper left corner: a line with its\n"
-            "picking name and what it belongs to, or 'nothing'",
-            "X,Y");
-    app.add_flag("--info", options.info, "Print what the files hold and what the OpenGL driver offers");
-    app.add_flag("--quiet", options.isQuiet, "Say nothing but faults");
-}
-
-void OptionWords::_addLimits(CLI::App& app) {
-    addWord(app, "--import-timeout", timeout, "Give up on a file after this time (20)", "SECONDS");
-    addWord(app, "--import-memory", memory, "Memory that the import of a file may use (4096)", "MB");
+    auto const add = [&app](std::string const& name, std::string& word, std::string const& meaning,
+                            std::string const& type) {
+        return addWord(app, name, word, meaning, type)->group("Meshes");
+    };
+    auto const flag = [&app](std::string const& name, auto& value, std::string const& meaning) {
+        app.add_flag(name, value, meaning)->group("Meshes");
+    };
+    add("--shading", shading, "box, wireframe, faceted or smooth (smooth)", "MODE");
+    add("--mesh-color", meshColor, "Draw all meshes in this color, in place of their own", "RRGGBB");
+    add("--opacity", opacity, "How opaque surfaces are, 0 to 1 (1)", "PART");
+    flag("--edges", edges, "Draw borders and hard edges over a darker surface; --edges=all: all edges");
+    flag("--edges-blend", mesh.edgesBlend,
+         "Draw borders and hard edges, those behind shining through the surface");
+    add("--line-width", lineWidth, "Of edges and outlines, pixels, 0.1 to 100 (chosen to suit)", "PIXELS");
+    add("--normals", normals, "Draw the normals: vertex or face", "KIND");
+    flag("--connectivity", mesh.connectivity, "Mark shared edges in white and borders in amber");
+    add("--texture", options.texture,
+        "Put this picture (PNG, JPEG, EXR, HDR) on the models, in place of their own textures", "FILE");
+    flag("--wireframe-back", mesh.wireframeBack, "Outline the triangles that are seen from behind");
+    flag("--import-preview", mesh.importPreview,
+         "Show what the import gave: the surface in red, the normals of the corners in white");
+    flag("--immediate", mesh.immediate, "Draw without buffer objects");
 }
 
 void OptionWords::_addParticles(CLI::App& app, Options& options) {
+    ParticleOptions& shown = options.particles;
     auto const add = [&app](std::string const& name, std::string& word, std::string const& meaning,
                             std::string const& type) {
         addWord(app, name, word, meaning, type)->group("Particles");
     };
     add("--particles", particles,
-        "points, spheres or arrows along the velocities (spheres; points for more than\n"
-        "500000 particles)",
+        "points, spheres, arrows along the velocities or arrows3d with solid heads (spheres;\n"
+        "points for more than 500000 particles)",
         "MODE");
-    add("--channel", options.particles.channel,
+    add("--channel", shown.channel,
         "What colors show: a column by its name, or vx, vy, vz or speed of the velocities\n"
         "(speed, or else the first column that is not an id; arrows always speed)",
         "NAME");
     add("--range", range, "The values at both ends of the colors (those of the data)", "MIN,MAX");
+    app.add_flag("--log", shown.isLogarithmic, "Spread the colors over the logarithm of the values")
+        ->group("Particles");
     add("--colors", colors,
         "LOW,HIGH or LOW,HIGH,ABOVE: the colors at both ends, which blend between them and\n"
         "go on below, and the one of all values above; each RRGGBB in hexadecimal digits\n"
         "(8f1d9e,ffdd4a,ffffff)",
         "LIST");
+    add("--colormap", colorMap, "A map of colors: " + joined(toolkit::ColorMap::names()), "NAME");
     add("--percent", percent, "Draw this part of the particles, evenly chosen (100)", "P");
+    add("--select", shown.selection, "Draw only particles that this holds for, such as 'type==2 and z>0'",
+        "CONDITION");
     add("--size-of-particles", particleSize,
         "Points: pixels. Spheres: the diameter, in units of the file. Arrows: their length\n"
         "for a velocity of 1, in units of the file (chosen to suit)",
         "S");
+    app.add_flag("--wrap", shown.isWrapped, "Move particles into their periodic box")->group("Particles");
+    add("--replicate", copies, "Draw this many copies of the box along each of its edges (1,1,1)", "A,B,C");
     add("--frame", frame, "Which frame of a file with several, counted from 0 (the last one)", "N");
+    add("--time", time, "The frame of this time, in units of the file", "T");
     add("--gpu-memory", gpuMemory,
         "Video memory that is free. Particles that do not fit are drawn without a buffer\n"
         "(what the driver says; else, a part of the main memory)",
         "MiB");
+}
+
+void OptionWords::_addRest(CLI::App& app, Options& options) {
+    app.add_flag("--info", info,
+                 "Print what the files hold, the cameras, and what the OpenGL driver offers;\n"
+                 "--info=json: as JSON")
+        ->group("Program");
+    app.add_flag("--quiet", options.isQuiet, "Say nothing but faults")->group("Program");
 }
 
 // == Values ==
@@ -243,13 +234,15 @@ std::optional<Fault> OptionWords::_readValues(Options& options) const {
     std::optional<Fault> const faults[] = {
         readMode("--shading", shading, SHADINGS, options.mesh.shading),
         readMode("--normals", normals, NORMAL_KINDS, options.mesh.normals),
-        readMode("--gizmo", gizmo, GIZMOS, options.gizmo),
-        readMode("--view", view, VIEWS, options.camera.view),
-        _readSize(options.size),
-        _readPick(options),
+        readMode("--up", up, UP_AXES, options.up),
+        _readInfo(options),
         _readLimits(options.limits),
+        _readMeshStyle(options.mesh),
+        _readClip(options),
         readMode("--particles", particles, PARTICLE_MODES, options.particles.mode),
         _readParticles(options.particles),
+        _readFrame(options),
+        _readCopies(options.particles),
         _readGpuMemory(options),
         _readRange(options.particles),
         _readColors(options.particles),
@@ -262,34 +255,90 @@ std::optional<Fault> OptionWords::_readValues(Options& options) const {
     return std::nullopt;
 }
 
-std::optional<Fault> OptionWords::_readSize(PictureSize& pictureSize) const {
-    if (size.empty()) {
-        return std::nullopt;
+std::optional<Fault> OptionWords::_readInfo(Options& options) const {
+    // A flag without a word.
+    std::string const form = info == "true" ? "text" : info;
+    return readMode("--info", form, INFO_FORMS, options.info);
+}
+
+std::optional<Fault> OptionWords::_readMeshStyle(MeshStyle& style) const {
+    if (!edges.empty() && edges != "true" && edges != "hard" && edges != "all") {
+        return usageFault("--edges: unknown mode '" + edges + "' (known: all, hard)");
     }
-    auto const isSide = [](int length) { return length >= 1 && length <= PictureSize::LARGEST; };
-    std::optional<std::pair<int, int>> const sides = toPair(size, 'x');
-    if (!sides || !isSide(sides->first) || !isSide(sides->second)) {
-        return usageFault("--size: '" + size + "' is not WIDTHxHEIGHT with both from 1 to " +
-                          std::to_string(PictureSize::LARGEST));
+    style.allEdges = edges == "all";
+    style.edges = !edges.empty() && !style.allEdges;
+    if (!meshColor.empty()) {
+        style.color = toColor(meshColor);
+        if (!style.color) {
+            return wordFault("--mesh-color", meshColor, "RRGGBB, six hexadecimal digits");
+        }
     }
-    pictureSize = {sides->first, sides->second};
+    if (!opacity.empty()) {
+        std::optional<double> const part = toReal(opacity);
+        if (!part || *part < 0 || *part > 1) {
+            return wordFault("--opacity", opacity, "a number from 0 to 1");
+        }
+        style.opacity = static_cast<float>(*part);
+    }
+    if (!lineWidth.empty()) {
+        style.lineWidth = toReal(lineWidth);
+        if (!style.lineWidth || *style.lineWidth < 0.1 || *style.lineWidth > 100) {
+            return wordFault("--line-width", lineWidth, "a number of pixels from 0.1 to 100");
+        }
+    }
     return std::nullopt;
 }
 
-std::optional<Fault> OptionWords::_readPick(Options& options) const {
-    if (pick.empty()) {
+std::optional<Fault> OptionWords::_readClip(Options& options) const {
+    if (clip.empty()) {
         return std::nullopt;
     }
-    std::optional<std::pair<int, int>> const pixel = toPair(pick, ',');
-    if (!pixel) {
-        return usageFault("--pick: '" + pick + "' is not X,Y, two numbers of pixels");
+    options.particles.clip = toBox(clip);
+    return options.particles.clip
+               ? std::nullopt
+               : std::optional<Fault>(wordFault("--clip", clip,
+                                                "xmin,xmax,ymin,ymax,zmin,zmax, six numbers of which each "
+                                                "maximum is larger than its minimum"));
+}
+
+std::optional<Fault> OptionWords::_readFrame(Options& options) const {
+    if (!frame.empty() && !time.empty()) {
+        return usageFault("--frame and --time: only one of them can be shown");
     }
-    if (pixel->first >= options.size.width || pixel->second >= options.size.height) {
-        return usageFault("--pick: '" + pick + "' is outside the picture of " +
-                          std::to_string(options.size.width) + "x" + std::to_string(options.size.height) +
-                          " pixels");
+    if (!frame.empty()) {
+        std::optional<int> const index = toInteger(frame);
+        if (!index) {
+            return wordFault("--frame", frame, "the number of a frame, counted from 0");
+        }
+        options.particles.frame = static_cast<std::size_t>(*index);
     }
-    options.pick = Pixel{pixel->first, pixel->second};
+    if (!time.empty()) {
+        options.time = toReal(time);
+        if (!options.time) {
+            return wordFault("--time", time, "a number");
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<Fault> OptionWords::_readCopies(ParticleOptions& options) const {
+    if (copies.empty()) {
+        return std::nullopt;
+    }
+    constexpr int MOST_COPIES = 1000;
+    unsigned int numbers[3] = {1, 1, 1};
+    std::vector<std::string_view> const words = split(copies, ',');
+    bool isRead = words.size() == 3;
+    for (std::size_t i = 0; isRead && i < 3; ++i) {
+        std::optional<int> const number = toInteger(words[i]);
+        isRead = number && *number >= 1 && *number <= MOST_COPIES;
+        numbers[i] = isRead ? static_cast<unsigned int>(*number) : 1;
+    }
+    if (!isRead) {
+        return wordFault("--replicate", copies,
+                         "A,B,C, three whole numbers from 1 to " + std::to_string(MOST_COPIES));
+    }
+    options.copies = {numbers[0], numbers[1], numbers[2]};
     return std::nullopt;
 }
 
@@ -329,13 +378,6 @@ std::optional<Fault> OptionWords::_readParticles(ParticleOptions& options) const
             return usageFault("--size-of-particles: '" + particleSize + "' is not a number above 0");
         }
     }
-    if (!frame.empty()) {
-        std::optional<int> const index = toInteger(frame);
-        if (!index) {
-            return usageFault("--frame: '" + frame + "' is not the number of a frame, counted from 0");
-        }
-        options.frame = static_cast<std::size_t>(*index);
-    }
     return std::nullopt;
 }
 
@@ -368,6 +410,13 @@ std::optional<Fault> OptionWords::_readRange(ParticleOptions& options) const {
 }
 
 std::optional<Fault> OptionWords::_readColors(ParticleOptions& options) const {
+    if (!colorMap.empty()) {
+        std::vector<std::string> const names = toolkit::ColorMap::names();
+        if (std::find(names.begin(), names.end(), colorMap) == names.end()) {
+            return usageFault("--colormap: unknown map '" + colorMap + "' (known: " + joined(names) + ")");
+        }
+        options.colorMap = colorMap;
+    }
     if (colors.empty()) {
         return std::nullopt;
     }

@@ -1,11 +1,16 @@
 #include "viewport/program/input_files.h"
 
 #include "viewport/drawing/effects/EffectSpec.h"
+#include "viewport/files/common/MappedFile.h"
+#include "viewport/files/images/output_file.h"
 #include "viewport/files/mesh/Textures.h"
+#include "viewport/text/Words.h"
+#include "viewport/text/lower_case.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <optional>
+#include <string_view>
 #include <system_error>
 #include <variant>
 
@@ -61,11 +66,42 @@ std::vector<std::string> textureFiles(std::string const& meshPath, MeshData cons
     return files;
 }
 
+std::vector<std::string> materialFiles(std::vector<std::string> const& meshPaths) {
+    constexpr std::string_view STATEMENT = "mtllib";
+    std::vector<std::string> files;
+    for (std::string const& path : meshPaths) {
+        std::filesystem::path const mesh(path);
+        if (lowerCase(mesh.extension().string()) != ".obj") {
+            continue;
+        }
+        files.push_back(std::filesystem::path(mesh).replace_extension(".mtl").string());
+        Result<MappedFile> const file = MappedFile::open(path);
+        std::string_view const text = file.isOk() ? file.value().bytes() : std::string_view();
+        for (std::size_t place = text.find(STATEMENT); place != std::string_view::npos;
+             place = text.find(STATEMENT, place + 1)) {
+            std::string_view rest = text.substr(place + STATEMENT.size());
+            std::string_view line = takeLine(rest);
+            // Names may have blanks, and a line may have several names: both are taken.
+            std::size_t const start = std::min(line.find_first_not_of(BLANKS), line.size());
+            std::size_t const end = line.find_last_not_of(BLANKS) + 1;
+            std::vector<std::string_view> names{line.substr(start, end > start ? end - start : 0)};
+            for (std::string_view name = takeWord(line); !name.empty(); name = takeWord(line)) {
+                names.push_back(name);
+            }
+            for (std::string_view const name : names) {
+                files.push_back((mesh.parent_path() / name).string());
+            }
+        }
+    }
+    return files;
+}
+
 bool isOneOf(std::string const& out, std::vector<std::string> const& files) {
-    return !out.empty() && std::any_of(files.begin(), files.end(), [&out](std::string const& file) {
-        std::error_code ignored;
-        return !file.empty() && std::filesystem::equivalent(out, file, ignored);
-    });
+    return !out.empty() && !isWrittenStraight(out) &&
+           std::any_of(files.begin(), files.end(), [&out](std::string const& file) {
+               std::error_code ignored;
+               return !file.empty() && std::filesystem::equivalent(out, file, ignored);
+           });
 }
 
 }  // namespace vellum::viewport

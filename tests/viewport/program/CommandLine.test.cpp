@@ -36,14 +36,14 @@ std::string errorOf(std::vector<char const*> const& arguments) {
 TEST(CommandLine, theShortestCommandLineTakesTheDefaults) {
     Options const options = optionsOf({"a.obj", "--out", "a.png"});
     EXPECT_EQ(options.files, std::vector<std::string>{"a.obj"});
-    EXPECT_EQ(options.out, "a.png");
-    EXPECT_EQ(options.size.width, 1280);
-    EXPECT_EQ(options.size.height, 720);
+    EXPECT_EQ(options.pictures[0].out, "a.png");
+    EXPECT_EQ(options.pictures[0].size.width, 1280);
+    EXPECT_EQ(options.pictures[0].size.height, 720);
     EXPECT_EQ(options.mesh.shading, Shading::SMOOTH);
-    EXPECT_EQ(options.gizmo, Gizmo::NONE);
-    EXPECT_EQ(options.camera.view, vellum::toolkit::ViewKind::PERSPECTIVE);
-    EXPECT_FALSE(options.pick.has_value());
-    EXPECT_FALSE(options.info);
+    EXPECT_EQ(options.pictures[0].gizmo, Gizmo::NONE);
+    EXPECT_EQ(options.pictures[0].camera.view, vellum::toolkit::ViewKind::PERSPECTIVE);
+    EXPECT_FALSE(options.pictures[0].pick.has_value());
+    EXPECT_EQ(options.info, InfoForm::NONE);
     EXPECT_EQ(options.limits.deadline.count(), 20'000);
     EXPECT_EQ(options.limits.memoryBytes, 4096ULL << 20);
 }
@@ -53,28 +53,28 @@ TEST(CommandLine, everyOptionIsRead) {
                                        "rotate", "--view", "left", "--pick", "639,0", "--info",
                                        "--import-timeout", "0.25", "--import-memory", "512", "--out=x"});
     EXPECT_EQ(options.files, (std::vector<std::string>{"a.obj", "b.ply"}));
-    EXPECT_EQ(options.size.width, 640);
-    EXPECT_EQ(options.size.height, 480);
+    EXPECT_EQ(options.pictures[0].size.width, 640);
+    EXPECT_EQ(options.pictures[0].size.height, 480);
     EXPECT_EQ(options.mesh.shading, Shading::BOX);
-    EXPECT_EQ(options.gizmo, Gizmo::ROTATE);
-    EXPECT_EQ(options.camera.view, vellum::toolkit::ViewKind::LEFT);
-    EXPECT_EQ(options.pick->x, 639);
-    EXPECT_EQ(options.pick->y, 0);
-    EXPECT_TRUE(options.info);
+    EXPECT_EQ(options.pictures[0].gizmo, Gizmo::ROTATE);
+    EXPECT_EQ(options.pictures[0].camera.view, vellum::toolkit::ViewKind::LEFT);
+    EXPECT_EQ(options.pictures[0].pick->x, 639);
+    EXPECT_EQ(options.pictures[0].pick->y, 0);
+    EXPECT_EQ(options.info, InfoForm::TEXT);
     EXPECT_EQ(options.limits.deadline.count(), 250);
     EXPECT_EQ(options.limits.memoryBytes, 512ULL << 20);
-    EXPECT_EQ(options.out, "x");
+    EXPECT_EQ(options.pictures[0].out, "x");
 }
 
 TEST(CommandLine, everyModeIsKnown) {
     EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "wireframe"}).mesh.shading, Shading::WIREFRAME);
     EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "faceted"}).mesh.shading, Shading::FACETED);
     EXPECT_EQ(optionsOf({"a", "--out", "b", "--shading", "smooth"}).mesh.shading, Shading::SMOOTH);
-    EXPECT_EQ(optionsOf({"a", "--out", "b", "--gizmo", "move"}).gizmo, Gizmo::MOVE);
-    EXPECT_EQ(optionsOf({"a", "--out", "b", "--gizmo", "scale"}).gizmo, Gizmo::SCALE);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--gizmo", "move"}).pictures[0].gizmo, Gizmo::MOVE);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--gizmo", "scale"}).pictures[0].gizmo, Gizmo::SCALE);
     char const* const names[] = {"perspective", "front", "back", "top", "bottom", "left", "right"};
     for (unsigned int kind = 0; kind < 7; ++kind) {
-        EXPECT_EQ(optionsOf({"a", "--out", "b", "--view", names[kind]}).camera.view,
+        EXPECT_EQ(optionsOf({"a", "--out", "b", "--view", names[kind]}).pictures[0].camera.view,
                   static_cast<vellum::toolkit::ViewKind>(kind));
     }
 }
@@ -100,8 +100,8 @@ TEST(CommandLine, theWaysToShowAMeshAreRead) {
 }
 
 TEST(CommandLine, theLargestAndSmallestPicturesAreTaken) {
-    EXPECT_EQ(optionsOf({"a", "--out", "b", "--size", "16384x1"}).size.width, 16384);
-    EXPECT_EQ(optionsOf({"a", "--out", "b", "--size", "1x16384"}).size.height, 16384);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--size", "16384x1"}).pictures[0].size.width, 16384);
+    EXPECT_EQ(optionsOf({"a", "--out", "b", "--size", "1x16384"}).pictures[0].size.height, 16384);
 }
 
 TEST(CommandLine, sizesThatMakeNoPictureAreUsageErrors) {
@@ -134,7 +134,7 @@ TEST(CommandLine, picksOutsideThePictureAreUsageErrors) {
     for (char const* const pick : {"100,0", "0,50", "-1,0", "0,-1", "5", "5,", ",5", "5,5,5", "a,b", ""}) {
         EXPECT_THAT(errorOf({"a", "--size", "100x50", "--pick", pick}), HasSubstr("--pick")) << pick;
     }
-    EXPECT_EQ(optionsOf({"a", "--pick", "99,49", "--size", "100x50"}).pick->x, 99);
+    EXPECT_EQ(optionsOf({"a", "--pick", "99,49", "--size", "100x50"}).pictures[0].pick->x, 99);
 }
 
 TEST(CommandLine, unknownModesAreUsageErrors) {
@@ -149,7 +149,8 @@ TEST(CommandLine, unknownAndIncompleteOptionsAreUsageErrors) {
     EXPECT_THAT(errorOf({"a", "--out", "b", "--teapot"}), HasSubstr("--teapot"));
     EXPECT_THAT(errorOf({"a", "--out"}), HasSubstr("--out"));
     EXPECT_THAT(errorOf({"a", "--out", ""}), HasSubstr("--out"));
-    EXPECT_THAT(errorOf({"a", "--out", "b", "--out", "c"}), HasSubstr("--out"));
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--out", "b"}), HasSubstr("--out"));
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--shading", "box", "--shading", "box"}), HasSubstr("--shading"));
     errorOf({});
     errorOf({"--out", "b"});
     errorOf({"", "--out", "b"});
@@ -157,8 +158,8 @@ TEST(CommandLine, unknownAndIncompleteOptionsAreUsageErrors) {
 
 TEST(CommandLine, somethingMustBeAskedFor) {
     EXPECT_THAT(errorOf({"a.obj"}), HasSubstr("--out is required"));
-    EXPECT_TRUE(optionsOf({"a.obj", "--info"}).out.empty());
-    EXPECT_TRUE(optionsOf({"a.obj", "--pick", "0,0"}).out.empty());
+    EXPECT_TRUE(optionsOf({"a.obj", "--info"}).pictures[0].out.empty());
+    EXPECT_TRUE(optionsOf({"a.obj", "--pick", "0,0"}).pictures[0].out.empty());
 }
 
 TEST(CommandLine, limitsMustBeSensible) {

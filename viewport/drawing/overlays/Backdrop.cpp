@@ -8,17 +8,17 @@ namespace vellum::viewport {
 
 namespace {
 
-constexpr Color4<float> TOP{0.235F, 0.275F, 0.335F, 1};
-constexpr Color4<float> BOTTOM{0.085F, 0.098F, 0.122F, 1};
-
-// Any color: each end of a line sets its own.
-constexpr Color4<float> GRID{0.86F, 0.88F, 0.92F, 1};
+/// The grid's lines are white, but for the axes.
+Color4<float> inked(Color4<float> const& color, bool isDark, Color4<float> const& ink) {
+    bool const isWhite = color.r == 1 && color.g == 1 && color.b == 1;
+    return isWhite && isDark ? Color4<float>{ink.r, ink.g, ink.b, color.a} : color;
+}
 
 /// The grid in the plane that suits the view.
 GroundGrid gridFor(Scene const& scene, ViewCamera const& camera, PictureSize const& size) {
     Box3<double> const& box = scene.box();
     double const spacing = GroundGrid::spacingFor(2 * Scene::RADIUS, scene.unitsPerFileUnit());
-    if (camera.isPerspective()) {
+    if (!camera.isAlongAxis()) {
         // A little below the models, whose undersides would otherwise flicker through it.
         Vector3<double> const center{0, box.min.y - 0.004 * Scene::RADIUS, 0};
         return {center, {1, 0, 0},          {0, 0, 1}, 1.8 * Scene::RADIUS,
@@ -44,7 +44,8 @@ void Backdrop::layOut(Scene const& scene, ViewCamera const& camera, PictureSize 
     segments = gridFor(scene, camera, size).segments();
 }
 
-void Backdrop::drawBackground(Region const& region, PictureSize const& size) const {
+void Backdrop::drawBackground(Background const& background, Region const& region,
+                              PictureSize const& size) const {
     Tuple4<unsigned int> const viewport = layer.getCurrentViewportCoords();
     Tuple4<float> const part{static_cast<float>(region.x / size.width),
                              static_cast<float>((region.x + region.width) / size.width),
@@ -52,11 +53,11 @@ void Backdrop::drawBackground(Region const& region, PictureSize const& size) con
                              static_cast<float>((region.y + region.height) / size.height)};
     layer.pushDepthTest(DEPTH_IGNORED);
     layer.pushViewportOrtho(viewport, part);
-    layer.pushColor(BOTTOM);
+    layer.pushColor(background.bottom);
     layer.begin(Primitive::QUADS);
     layer.renderPoint3_scoped({0, 0, 0});
     layer.renderPoint3_scoped({1, 0, 0});
-    layer.setColor(TOP);
+    layer.setColor(background.top);
     layer.renderPoint3_scoped({1, 1, 0});
     layer.renderPoint3_scoped({0, 1, 0});
     layer.end();
@@ -65,16 +66,17 @@ void Backdrop::drawBackground(Region const& region, PictureSize const& size) con
     layer.popDepthTest();
 }
 
-void Backdrop::drawGrid(Sampling const& sampling) const {
+void Backdrop::drawGrid(Color4<float> const& ink, Sampling const& sampling) const {
+    bool const isDark = ink.g < 0.5F;
     layer.pushDepthTest(DEPTH_TESTED_ONLY);
     layer.pushBlending(BLENDING_ALPHA);
     layer.pushLineWidth(sampling.lineWidth(1.0));
-    layer.pushColor(GRID);
+    layer.pushColor(ink);
     layer.begin(Primitive::LINES);
     for (ShadedSegment const& segment : segments) {
-        layer.setColor(segment.fromColor);
+        layer.setColor(inked(segment.fromColor, isDark, ink));
         layer.renderPoint3_scoped(segment.from);
-        layer.setColor(segment.toColor);
+        layer.setColor(inked(segment.toColor, isDark, ink));
         layer.renderPoint3_scoped(segment.to);
     }
     layer.end();

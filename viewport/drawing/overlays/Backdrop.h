@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/raster/Core_RL.h"
+#include "viewport/drawing/overlays/Background.h"
 #include "viewport/drawing/view/PictureSize.h"
 #include "viewport/drawing/view/Region.h"
 #include "viewport/drawing/view/ViewCamera.h"
@@ -25,11 +26,12 @@ public:
 
     /// Fills the viewport with a part of the picture's background. Touches no depth.
     /// State: none is left changed.
-    void drawBackground(Region const& region, PictureSize const& size) const;
+    void drawBackground(Background const& background, Region const& region, PictureSize const& size) const;
 
     /// Draws the grid with the current matrices, behind what is nearer. Writes no depth.
+    /// \param ink the color of its lines, except those that are axes
     /// State: none is left changed.
-    void drawGrid(Sampling const& sampling) const;
+    void drawGrid(Color4<float> const& ink, Sampling const& sampling) const;
 
 private:
     Core_RL& layer;

@@ -19,8 +19,6 @@ constexpr double LENGTH = 34;
 constexpr double INSET = 64;
 constexpr double LETTER_HALF_SIZE = 5;
 
-constexpr Color4<float> LETTERS{0.86F, 0.88F, 0.92F, 1};
-
 /// The matrix whose first three columns are the given vectors and whose fourth is the origin.
 Matrix4<double> frameOf(Point const& x, Point const& y, Point const& z, Point const& origin) {
     return {{x.x, x.y, x.z, 0, y.x, y.y, y.z, 0, z.x, z.y, z.z, 0, origin.x, origin.y, origin.z, 1}};
@@ -29,7 +27,7 @@ Matrix4<double> frameOf(Point const& x, Point const& y, Point const& z, Point co
 }  // namespace
 
 void CornerAxes::draw(toolkit::ScreenAxes const& screen, Region const& region, PictureSize const& size,
-                      Sampling const& sampling) const {
+                      Sampling const& sampling, Color4<float> const& ink) const {
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
     glOrtho(0, size.width, 0, size.height, -size.width, size.width);
@@ -54,7 +52,7 @@ void CornerAxes::draw(toolkit::ScreenAxes const& screen, Region const& region, P
     layer.popLineWidth();
 
     layer.pushLineWidth(sampling.lineWidth(1.5));
-    layer.pushColor(LETTERS);
+    layer.pushColor(ink);
     for (unsigned int i = 0; i < 3; ++i) {
         // There is no place beside the tip of an axis that points at the viewer or away.
         if (std::abs(tips[i].z) < 0.95) {

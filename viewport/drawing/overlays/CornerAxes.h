@@ -19,9 +19,10 @@ public:
 
     /// Draws the part of them that lies in a part of the picture.
     /// \param screen the screen's axes in the scene.
+    /// \param ink the color of the letters.
     /// State: both matrices, the lights, that of Lit.
     void draw(toolkit::ScreenAxes const& screen, Region const& region, PictureSize const& size,
-              Sampling const& sampling) const;
+              Sampling const& sampling, Color4<float> const& ink) const;
 
 private:
     void _drawLetter(unsigned int axis) const;

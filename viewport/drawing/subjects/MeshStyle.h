@@ -1,6 +1,9 @@
 #pragma once
 
+#include "foundation/geometry/Color4.h"
 #include "toolkit/MeshStyle.h"
+
+#include <optional>
 
 namespace vellum::viewport {
 
@@ -16,10 +19,15 @@ struct MeshStyle {
     bool edges = false;  ///< borders and hard edges, over a darker surface
     bool edgesBlend =
         false;  ///< borders and hard edges, hidden ones shining through; not together with `edges`
+    bool allEdges = false;       ///< of all triangles; not together with the others
     bool connectivity = false;   ///< shared edges in white, borders in amber
     bool wireframeBack = false;  ///< triangles seen from behind are outlines
     bool importPreview = false;  ///< the result of the import, in place of all of the above
     bool immediate = false;      ///< no buffer objects, even if the driver has them
+
+    std::optional<Color4<float>> color = {};  ///< in place of those of the files
+    float opacity = 1;                        ///< of surfaces, 0 to 1
+    std::optional<double> lineWidth = {};     ///< of edges and outlines, pixels, above 0; nothing: what suits
 
     bool isFilled() const { return shading == Shading::FACETED || shading == Shading::SMOOTH; }
 };

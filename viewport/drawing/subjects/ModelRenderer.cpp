@@ -110,13 +110,19 @@ void copyCoordinates(Mesh const& from, Mesh& to) {
 }
 
 /// The surface of a part whose vertices have colors.
-std::unique_ptr<Mesh> toColoredMesh(ModelPart const& part) {
+std::unique_ptr<Mesh> toColoredMesh(ModelPart const& part, float opacity) {
+    Array<Color4<float>> colors = part.colors;
+    if (opacity < 1) {
+        for (Color4<float>& color : colors) {
+            color.a *= opacity;
+        }
+    }
     auto mesh = std::make_unique<Mesh>();
     mesh->setPositions(part.vertices);
     mesh->setTriangles(part.triangles);
     mesh->workFaceNormals();
     toolkit::setVertexNormals(*mesh, part.normals);
-    toolkit::setColors(*mesh, COLORS, part.colors);
+    toolkit::setColors(*mesh, COLORS, colors);
     if (part.texture != nullptr) {
         copyCoordinates(*part.mesh, *mesh);
     }
@@ -149,13 +155,20 @@ ModelRenderer::ModelRenderer(Core_RL& layer, Model const& model, MeshStyle const
         part.renderer = std::make_unique<Mesh_RL_GL>(source.mesh.get(), false);
         part.renderer->useBufferObjects = hasBuffers && !style.immediate;
         part.surface.shading = style.shading;
-        part.surface.color = source.color;
+        part.surface.color = style.color.value_or(source.color);
+        part.surface.color.a *= style.opacity;
         part.surface.outlinesBack = style.wireframeBack;
-        if (source.texture != nullptr) {
+        if (style.allEdges) {
+            part.surface.edges = toolkit::Edges::TRIANGLES;
+            part.surface.edgeColor = EDGE_LINES;
+        }
+        if (style.color) {
+            // In place of texture and colors.
+        } else if (source.texture != nullptr) {
             part.surface.textureChannel = ModelPart::CHANNEL;
         }
-        if (source.colors.size() > 0 && !BlendedParts::covers(source, style)) {
-            part.colored = toColoredMesh(source);
+        if (!style.color && source.colors.size() > 0 && !BlendedParts::covers(source, style)) {
+            part.colored = toColoredMesh(source, style.opacity);
             part.coloredRenderer = std::make_unique<Mesh_RL_GL>(part.colored.get(), false);
             part.surface.colors = COLORS;
         }
@@ -209,6 +222,12 @@ void ModelRenderer::drawForPicking() {
     }
 }
 
+float ModelRenderer::_lineWidth(Sampling const& sampling, double standard) const {
+    // A width that is asked for is one of the picture, whatever its size.
+    return style.lineWidth ? static_cast<float>(*style.lineWidth * sampling.perSide)
+                           : sampling.lineWidth(standard);
+}
+
 void ModelRenderer::_drawShape() {
     for (Part const& part : parts) {
         part.renderer->render();
@@ -252,7 +271,8 @@ void ModelRenderer::_sendLinesAndPoints(bool hasColors) const {
 }
 
 void ModelRenderer::_drawSurface(Part& part, Sampling const& sampling) {
-    bool const isPlain = part.source->texture == nullptr && part.colored == nullptr;
+    bool const isPlain =
+        (part.source->texture == nullptr || style.color) && part.colored == nullptr && style.opacity == 1;
     if (style.edgesBlend || (style.edges && isPlain && style.shading == Shading::SMOOTH)) {
         _drawSurfaceWithEdges(part, sampling);
     } else {
@@ -265,23 +285,24 @@ void ModelRenderer::_drawSurfaceWithEdges(Part& part, Sampling const& sampling) 
     ModelPart const& source = *part.source;
     SurfacesBehind const behind;
     Lit const lit(style.edges ? Lit::Finish::BRIGHT : Lit::Finish::DULL);
-    layer.pushLineWidth(sampling.lineWidth(1.6));
-    layer.pushColor(source.color);
+    layer.pushLineWidth(_lineWidth(sampling, 1.6));
+    Color4<float> const plain = style.color.value_or(source.color);
+    layer.pushColor(plain);
     if (style.edgesBlend) {
-        Color4<float> color = source.texture != nullptr ? TEXTURED_BLENDED : source.color;
-        color.a = BLENDED_ALPHA;
+        Color4<float> color = source.texture != nullptr && !style.color ? TEXTURED_BLENDED : plain;
+        color.a = BLENDED_ALPHA * style.opacity;
         part.renderer->renderWithEdgesBlending(color, true);
     } else {
         // The renderer draws the surface in half of this color.
-        part.renderer->renderWithEdges(brightened(source.color));
+        part.renderer->renderWithEdges(brightened(plain));
     }
     layer.popColor(1);
     layer.popLineWidth();
 }
 
 void ModelRenderer::_drawPlainSurface(Part& part, Sampling const& sampling) {
-    part.surface.lineWidth = sampling.lineWidth(1.0);
-    if (part.source->texture != nullptr) {
+    part.surface.lineWidth = _lineWidth(sampling, 1.0);
+    if (part.source->texture != nullptr && !style.color) {
         part.surface.texture = textures.nameOf(*part.source->texture);
     }
     // Behind, even where edges are not drawn: other lines over the surface follow.
@@ -305,7 +326,7 @@ void ModelRenderer::_drawWireframe(Sampling const& sampling) {
 
     toolkit::MeshStyle lines;
     lines.shading = Shading::WIREFRAME;
-    lines.lineWidth = sampling.lineWidth(1.0);
+    lines.lineWidth = _lineWidth(sampling, 1.0);
     struct Step {
         DepthtTestMode depth;
         Color4<float> color;
@@ -324,7 +345,7 @@ void ModelRenderer::_drawBox(Sampling const& sampling) {
     toolkit::MeshStyle box;
     box.shading = Shading::BOX;
     box.color = BOX_EDGES;
-    box.lineWidth = sampling.lineWidth(1.8);
+    box.lineWidth = _lineWidth(sampling, 1.8);
     drawMesh(*wholeRenderer, box);
 }
 
@@ -332,7 +353,7 @@ void ModelRenderer::_drawEdges(Part& part, Sampling const& sampling) {
     if (!style.edges && !style.edgesBlend) {
         return;
     }
-    layer.pushLineWidth(sampling.lineWidth(1.6));
+    layer.pushLineWidth(_lineWidth(sampling, 1.6));
     layer.pushColor(EDGE_LINES);
     if (style.edges) {
         part.renderer->renderEdges();
@@ -348,7 +369,7 @@ void ModelRenderer::_drawNormals(Part& part, Sampling const& sampling) {
     if (style.normals == Normals::NONE) {
         return;
     }
-    layer.pushLineWidth(sampling.lineWidth(1.0));
+    layer.pushLineWidth(_lineWidth(sampling, 1.0));
     if (style.normals == Normals::FACE) {
         layer.pushColor(FACE_NORMAL_LINES);
         part.renderer->renderFaceNormals(NORMAL_LENGTH);
@@ -370,7 +391,7 @@ void ModelRenderer::_drawConnectivity(Part& part, Sampling const& sampling) {
     }
     layer.pushDepthTest(DEPTH_TESTED_ONLY);
     layer.pushColor(layer.currentColor());
-    layer.pushLineWidth(sampling.lineWidth(1.0));
+    layer.pushLineWidth(_lineWidth(sampling, 1.0));
     part.renderer->renderEdgesConnection();
     layer.popLineWidth();
 
@@ -379,7 +400,7 @@ void ModelRenderer::_drawConnectivity(Part& part, Sampling const& sampling) {
     glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT_AND_DIFFUSE, dark);
     glMaterialfv(GL_FRONT_AND_BACK, GL_EMISSION, BORDER_MARKS);
     layer.enableLighting();
-    layer.pushLineWidth(sampling.lineWidth(1.6));
+    layer.pushLineWidth(_lineWidth(sampling, 1.6));
     part.renderer->renderEdgesUnconnected();
     layer.popLineWidth();
     layer.disableLighting();
@@ -399,7 +420,7 @@ void ModelRenderer::_drawPreview(Part& part, Sampling const& sampling) {
         Lit const lit(Lit::Finish::GLOSSY);
         preview.render();
     }
-    layer.pushLineWidth(sampling.lineWidth(1.0));
+    layer.pushLineWidth(_lineWidth(sampling, 1.0));
     preview.renderNormals(MeshImporter_RL::EVERY_TRIANGLE);
     layer.popLineWidth();
     layer.popColor(1);

@@ -42,6 +42,7 @@ private:
         toolkit::MeshStyle surface;
     };
 
+    float _lineWidth(Sampling const& sampling, double standard) const;
     void _drawShape();
     void _drawLinesAndPoints(Sampling const& sampling);
     void _sendLinesAndPoints(bool hasColors) const;

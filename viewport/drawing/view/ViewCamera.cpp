@@ -2,7 +2,11 @@
 
 #include "foundation/geometry/constants.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
+
+#include <GL/glew.h>
 
 namespace vellum::viewport {
 
@@ -11,43 +15,133 @@ namespace {
 using Point = Vector3<double>;
 
 using constants::d::PI;
-constexpr double FIELD_OF_VIEW = 32;  // vertical, degrees
-constexpr Point PERSPECTIVE_DIRECTION{-0.62, -0.46, -0.80};
 
-// The ground that is to be seen around the models, in radii of the scene.
-constexpr double SURROUNDINGS = 1.8;
+// 24 bits of depth still tell surfaces apart then.
+constexpr double SMALLEST_NEAR_PART = 1.0 / 2000;
+
+constexpr double AXIS_VIEW_DEPTH = 1000;  // of Camera_RL_GL on both sides of the origin
+constexpr double AXIS_VIEW_DISTANCE = 3 * Scene::RADIUS;
+
+/// Distances from the eye along the direction.
+struct DepthRange {
+    double nearest;
+    double farthest;
+};
+
+DepthRange depthsOf(std::vector<Point> const& points, std::vector<Point> const& more, Point const& eye,
+                    Point const& direction) {
+    DepthRange range{std::numeric_limits<double>::max(), std::numeric_limits<double>::lowest()};
+    for (std::vector<Point> const* const list : {&points, &more}) {
+        for (Point const& p : *list) {
+            double const depth = dot(p - eye, direction);
+            range.nearest = std::min(range.nearest, depth);
+            range.farthest = std::max(range.farthest, depth);
+        }
+    }
+    return range;
+}
 
 }  // namespace
 
-void ViewCamera::frame(Scene const& scene, std::vector<Point> const& points, PictureSize const& size) {
-    area = size;
-    double const aspect = size.aspect();
-    viewCamera.aspect = static_cast<float>(aspect);
-    viewCamera.viewKind = static_cast<unsigned int>(spec.view);
-    if (isPerspective()) {
-        double const around = SURROUNDINGS * Scene::RADIUS;
-        Box3<double> const surroundings{{-around, scene.box().min.y, -around},
-                                        {around, scene.box().max.y, around}};
-        toolkit::PerspectiveFraming const framing =
-            toolkit::framePerspective(points, surroundings, PERSPECTIVE_DIRECTION, FIELD_OF_VIEW, aspect);
-        viewCamera.fieldOfView = static_cast<float>(FIELD_OF_VIEW);
-        viewCamera.nearDistance = static_cast<float>(framing.nearDistance);
-        viewCamera.farDistance = static_cast<float>(framing.farDistance);
-        viewCamera.lookAt(convert<float>(framing.eye), convert<float>(framing.eye + framing.direction),
-                          convert<float>(framing.up));
+// == The camera itself ==
+
+void ViewCamera::FreeCamera::updateProjectionMatrix() {
+    if (!halfHeight) {
+        Camera_RL_GL::updateProjectionMatrix();
+        return;
+    }
+    double const halfWidth = *halfHeight * static_cast<double>(aspect);
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    glOrtho(-halfWidth, halfWidth, -*halfHeight, *halfHeight, static_cast<double>(nearDistance),
+            static_cast<double>(farDistance));
+    glMatrixMode(GL_MODELVIEW);
+}
+
+void ViewCamera::FreeCamera::updateProjectionMatrixZBias() {
+    if (halfHeight) {
+        updateProjectionMatrix();
     } else {
-        toolkit::OrthographicFraming const framing =
-            toolkit::frameOrthographic(scene.box(), spec.view, aspect);
-        viewCamera.panX = static_cast<float>(framing.panX);
-        viewCamera.panY = static_cast<float>(framing.panY);
-        viewCamera.zoom = static_cast<float>(framing.zoom);
+        Camera_RL_GL::updateProjectionMatrixZBias();
+    }
+}
+
+// == Framing ==
+
+std::optional<Fault> ViewCamera::frame(Scene const& scene, std::vector<Point> const& points,
+                                       PictureSize const& size) {
+    area = size;
+    viewCamera.aspect = static_cast<float>(size.aspect());
+    viewCamera.viewKind = static_cast<unsigned int>(spec.view);
+    if (isAlongAxis()) {
+        _frameAxisView(scene);
+        optionWords = axisViewToOptions(spec);
+    } else {
+        Result<CameraPlacement> const placement = CameraPlacement::of(spec, scene, points, size.aspect());
+        if (!placement.isOk()) {
+            return placement.fault();
+        }
+        _frameFreely(placement.value(), scene, points);
+        optionWords = placement.value().toOptions();
     }
     _updateScreen();
+    return std::nullopt;
+}
+
+void ViewCamera::_frameAxisView(Scene const& scene) {
+    toolkit::OrthographicFraming framing = toolkit::frameOrthographic(scene.box(), spec.view, area.aspect());
+    if (spec.focus) {
+        Point const focus = scene.placeToScene(*spec.focus);
+        toolkit::ScreenAxes const screen = toolkit::screenAxes(spec.view);
+        framing.panX = -dot(focus, screen.right);
+        framing.panY = -dot(focus, screen.up) * area.aspect();
+    }
+    viewCamera.panX = static_cast<float>(framing.panX);
+    viewCamera.panY = static_cast<float>(framing.panY);
+    viewCamera.zoom = static_cast<float>(framing.zoom - std::log(spec.zoom));
+}
+
+/// Everything follows from the placement alone, so that a placement that was printed gives the same picture.
+void ViewCamera::_frameFreely(CameraPlacement const& placement, Scene const& scene,
+                              std::vector<Point> const& points) {
+    Point const from = scene.placeToScene(placement.position);
+    Point const focus = scene.placeToScene(placement.focus);
+    Point const up = scene.directionToScene(normalized(placement.up));
+    Point const direction = normalized(focus - from);
+    viewCamera.lookAt(convert<float>(from), convert<float>(from + direction), convert<float>(up));
+
+    DepthRange const seen = depthsOf(points, toolkit::cornersOf(surroundingsOf(scene)), from, direction);
+    viewCamera.halfHeight.reset();
+    if (placement.projection == Projection::PERSPECTIVE) {
+        double const tangent = std::tan(placement.fieldOfView * PI / 360) / placement.zoom;
+        viewCamera.fieldOfView = static_cast<float>(std::atan(tangent) * 360 / PI);
+        // A little slack keeps the first and the last point from being cut by rounding. A scene behind the eye is not seen,
+        // but the distances must make sense.
+        double const farthest = std::max(seen.farthest * 1.01, 1e-3 * Scene::RADIUS);
+        viewCamera.farDistance = static_cast<float>(farthest);
+        viewCamera.nearDistance =
+            static_cast<float>(std::max(seen.nearest * 0.99, farthest * SMALLEST_NEAR_PART));
+        return;
+    }
+    Point const right = normalized(cross(direction, up));
+    Point const upright = cross(right, direction);
+    double half = 0;
+    for (Point const& p : points) {
+        half = std::max(
+            {half, std::abs(dot(p - focus, upright)), std::abs(dot(p - focus, right)) / area.aspect()});
+    }
+    viewCamera.halfHeight = (half > 0 ? half : 0.5) / toolkit::FILLED_PART / placement.zoom;
+    double const slack = 0.01 * (seen.farthest - seen.nearest) + 1e-3 * Scene::RADIUS;
+    viewCamera.nearDistance = static_cast<float>(seen.nearest - slack);
+    viewCamera.farDistance = static_cast<float>(seen.farthest + slack);
 }
 
 void ViewCamera::frame(OceanScene const& ocean, PictureSize const& size) {
     area = size;
+    spec = {};
+    viewCamera.halfHeight.reset();
     ocean.placeCamera(viewCamera);
+    optionWords.clear();
     _updateScreen();
 }
 
@@ -57,21 +151,36 @@ void ViewCamera::load(Region const& region) {
     viewCamera.updateModelMatrix();
 }
 
+// == Measures ==
+
 double ViewCamera::unitsPerPixel() const {
     if (!isPerspective()) {
         return 2 * halfWidth() / area.width;
     }
-    double const depth = dot(-eye, -axes.towardViewer);
-    return 2 * depth * std::tan(FIELD_OF_VIEW * PI / 360) / area.height;
+    // Behind the viewer nothing is seen, and any size will do.
+    double const depth = std::max(dot(-eye, -axes.towardViewer), 1e-3 * Scene::RADIUS);
+    double const fieldOfView = static_cast<double>(viewCamera.fieldOfView);
+    return 2 * depth * std::tan(fieldOfView * PI / 360) / area.height;
 }
 
 double ViewCamera::halfWidth() const {
-    return std::exp(static_cast<double>(viewCamera.zoom));
+    return viewCamera.halfHeight ? *viewCamera.halfHeight * area.aspect()
+                                 : std::exp(static_cast<double>(viewCamera.zoom));
+}
+
+double ViewCamera::distanceOf(double depth) const {
+    if (isAlongAxis()) {
+        return AXIS_VIEW_DISTANCE + AXIS_VIEW_DEPTH * (2 * depth - 1);
+    }
+    double const nearest = static_cast<double>(viewCamera.nearDistance);
+    double const farthest = static_cast<double>(viewCamera.farDistance);
+    return isPerspective() ? nearest * farthest / (farthest - depth * (farthest - nearest))
+                           : nearest + depth * (farthest - nearest);
 }
 
 /// Reads the screen's axes back from the camera, whose single precision has rounded what it was given.
 void ViewCamera::_updateScreen() {
-    if (!isPerspective()) {
+    if (isAlongAxis()) {
         axes = toolkit::screenAxes(spec.view);
         return;
     }

@@ -1,12 +1,16 @@
 #pragma once
 
 #include "Camera_RL_GL.h"
+#include "viewport/drawing/view/CameraPlacement.h"
 #include "viewport/drawing/view/CameraSpec.h"
 #include "viewport/drawing/view/PictureSize.h"
 #include "viewport/drawing/view/Region.h"
 #include "viewport/ocean/OceanScene.h"
 #include "viewport/scene/Scene.h"
+#include "viewport/text/Fault.h"
 
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace vellum::viewport {
@@ -22,10 +26,11 @@ class ViewCamera {
 public:
     explicit ViewCamera(CameraSpec const& spec) : spec(spec) {}
 
-    /// Frames the scene whole.
-    /// \param points what a perspective view must show, in the frame of the scene
+    /// Takes its place. A fault, with the camera of the last framing, where what is asked for makes no camera.
+    /// \param points what is to be seen, in the frame of the scene
     /// \param size of the area that the scene is framed in
-    void frame(Scene const& scene, std::vector<Vector3<double>> const& points, PictureSize const& size);
+    std::optional<Fault> frame(Scene const& scene, std::vector<Vector3<double>> const& points,
+                               PictureSize const& size);
 
     /// Takes the place of the viewer of an open sea.
     void frame(OceanScene const& ocean, PictureSize const& size);
@@ -35,7 +40,11 @@ public:
     void load(Region const& region);
 
     toolkit::ViewKind view() const { return spec.view; }
-    bool isPerspective() const { return spec.view == toolkit::ViewKind::PERSPECTIVE; }
+    bool isAlongAxis() const { return spec.isAlongAxis(); }
+    bool isPerspective() const { return !isAlongAxis() && spec.projection == Projection::PERSPECTIVE; }
+
+    /// The options of the command line that give this camera; empty on an open sea.
+    std::string const& options() const { return optionWords; }
 
     /// The screen's axes in the scene.
     toolkit::ScreenAxes const& screen() const { return axes; }
@@ -43,20 +52,37 @@ public:
     /// What a pixel's side measures at the origin of the scene, in units of the scene.
     double unitsPerPixel() const;
 
-    /// Half of what the width of the area shows, in units of the scene. Orthographic views only.
+    /// Half of what the width of the area shows, in units of the scene. Not in perspective.
     double halfWidth() const;
+
+    /// The distance from the eye along the direction of view, in units of the scene, of a value of the depth buffer. The
+    /// eye of a view along an axis stands three radii of the scene before its middle.
+    double distanceOf(double depth) const;
 
     /// The camera itself, for layers that ask for it.
     Camera_RL_GL& camera() { return viewCamera; }
 
 private:
+    /// A camera that knows parallel projections in any direction as well.
+    class FreeCamera : public Camera_RL_GL {
+    public:
+        void updateProjectionMatrix() override;
+        void updateProjectionMatrixZBias() override;
+
+        std::optional<double> halfHeight;  // of a free parallel projection
+    };
+
+    void _frameAxisView(Scene const& scene);
+    void _frameFreely(CameraPlacement const& placement, Scene const& scene,
+                      std::vector<Vector3<double>> const& points);
     void _updateScreen();
 
     CameraSpec spec;
-    PictureSize area;         // that the scene is framed in
-    Camera_RL_GL viewCamera;  // its parameters are those of the last framing
+    PictureSize area;       // that the scene is framed in
+    FreeCamera viewCamera;  // its parameters are those of the last framing
     toolkit::ScreenAxes axes = toolkit::screenAxes(toolkit::ViewKind::FRONT);
-    Vector3<double> eye{0, 0, 0};  // perspective only
+    Vector3<double> eye{0, 0, 0};  // not of a view along an axis
+    std::string optionWords;
 };
 
 }  // namespace vellum::viewport

@@ -1,0 +1,29 @@
+#include "viewport/program/input_files.h"
+
+#include "tests/support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+
+using namespace vellum::viewport;
+using testing::Contains;
+using testing::IsEmpty;
+
+TEST(materialFiles, areThoseThatAnObjFileNames) {
+    TemporaryFolder const folder;
+    std::string const object =
+        folder.write("a.obj", "# a comment\nmtllib one.mtl two words.mtl\r\nv 0 0 0\nmtllib sub/three.mtl");
+    std::vector<std::string> const files = materialFiles({object, folder.write("b.ply", "mtllib no.mtl\n")});
+    for (char const* const name :
+         {"a.mtl", "one.mtl", "two", "words.mtl", "one.mtl two words.mtl", "sub/three.mtl"}) {
+        EXPECT_THAT(files, Contains(folder.file(name)));
+    }
+    EXPECT_THAT(files, testing::Not(Contains(folder.file("no.mtl"))));
+    EXPECT_THAT(materialFiles({folder.file("gone.ply")}), IsEmpty());
+    EXPECT_THAT(materialFiles({folder.write("c.obj", "mtllib")}), Contains(folder.file("c.mtl")));
+}
+
+TEST(isOneOf, streamsReplaceNothing) {
+    EXPECT_FALSE(isOneOf("/dev/null", {"/dev/null"}));
+    EXPECT_FALSE(isOneOf("-", {"-"}));
+    EXPECT_FALSE(isOneOf("", {""}));
+}

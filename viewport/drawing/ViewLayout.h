@@ -1,0 +1,29 @@
+#pragma once
+
+#include "viewport/drawing/ViewStyle.h"
+#include "viewport/drawing/overlays/ColorKey.h"
+#include "viewport/drawing/view/PictureSize.h"
+#include "viewport/drawing/view/ViewCamera.h"
+#include "viewport/ocean/OceanScene.h"
+#include "viewport/scene/Scene.h"
+#include "viewport/text/Fault.h"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace vellum::viewport {
+
+/// Where everything is in a picture of one size: what explains the colors, and the camera that frames the scene beside it. Makes no GL
+/// calls, so that a camera can be told without OpenGL.
+struct ViewLayout {
+    std::unique_ptr<ColorKey> key;  ///< what the colors of particles mean; null: nothing, or it is not wanted
+    ViewCamera camera;
+    std::optional<Fault> fault;  ///< of a camera that is none; it must not be used
+
+    /// \param ocean that is shown in place of the scene, or null
+    static ViewLayout of(Scene const& scene, ViewStyle const& style, OceanScene const* ocean,
+                         PictureSize const& size);
+};
+
+}  // namespace vellum::viewport

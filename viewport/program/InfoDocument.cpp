@@ -1,0 +1,136 @@
+#include "viewport/program/InfoDocument.h"
+
+#include "viewport/files/mesh/Textures.h"
+
+#include <optional>
+
+#include <nlohmann/json.hpp>
+
+namespace vellum::viewport {
+
+namespace {
+
+using Json = nlohmann::json;
+
+Json toJson(Vector3<double> const& p) {
+    return Json::array({p.x, p.y, p.z});
+}
+
+Json toJson(Box3<double> const& box) {
+    return {{"from", toJson(box.min)}, {"to", toJson(box.max)}};
+}
+
+Json orNull(std::string const& text) {
+    return text.empty() ? Json() : Json(text);
+}
+
+Json toJson(Material const& material, std::string const& meshPath) {
+    Json texture;
+    if (!material.texture.empty() || !material.textureBytes.empty()) {
+        bool const isEmbedded = !material.textureBytes.empty();
+        std::optional<std::string> const file =
+            isEmbedded ? std::nullopt : findTexture(meshPath, material.texture);
+        texture = {{"name", orNull(material.texture)},
+                   {"embedded", isEmbedded},
+                   {"found", isEmbedded || file.has_value()},
+                   {"file", file ? Json(*file) : Json()}};
+    }
+    Color4<float> const& tint = material.tint;
+    return {{"color", Json::array({tint.r, tint.g, tint.b, tint.a})}, {"texture", texture}};
+}
+
+Json toJson(ParticleChannel const& channel) {
+    ChannelFacts const facts = factsOf(channel);
+    bool const hasValues = facts.finiteCount > 0;
+    return {{"name", channel.name},
+            {"minimum", hasValues ? Json(facts.minimum) : Json()},
+            {"maximum", hasValues ? Json(facts.maximum) : Json()},
+            {"mean", hasValues ? Json(facts.mean) : Json()},
+            {"undefined", facts.undefinedCount},
+            {"infinite", facts.infiniteCount}};
+}
+
+}  // namespace
+
+InfoDocument::InfoDocument()
+    : document(std::make_unique<Json>(
+          Json{{"files", Json::array()}, {"pictures", Json::array()}, {"driver", nullptr}})) {}
+
+InfoDocument::~InfoDocument() = default;
+InfoDocument::InfoDocument(InfoDocument&& other) noexcept = default;
+InfoDocument& InfoDocument::operator=(InfoDocument&& other) noexcept = default;
+
+void InfoDocument::addMesh(std::string const& path, MeshData const& mesh) {
+    Json materials = Json::array();
+    for (Material const& material : mesh.materials) {
+        materials.push_back(toJson(material, path));
+    }
+    (*document)["files"].push_back({{"file", path},
+                                    {"kind", "mesh"},
+                                    {"triangles", mesh.triangles.size()},
+                                    {"vertices", mesh.positions.size()},
+                                    {"parts", mesh.partCount},
+                                    {"missingNormals", mesh.missingNormalCount()},
+                                    {"vertexColors", mesh.hasVertexColors},
+                                    {"textureCoordinates", !mesh.textureCoordinates.empty()},
+                                    {"bounds", toJson(mesh.box())},
+                                    {"materials", materials}});
+}
+
+void InfoDocument::addParticles(LoadedFrame const& loaded) {
+    ParticleFrame const& frame = loaded.frame;
+    Json channels = Json::array();
+    for (ParticleChannel const& channel : frame.channels) {
+        channels.push_back(toJson(channel));
+    }
+    Json cell;
+    if (frame.box) {
+        ParticleBox const& box = *frame.box;
+        cell = {{"origin", toJson(box.origin)},
+                {"edges", {toJson(box.edges[0]), toJson(box.edges[1]), toJson(box.edges[2])}}};
+    }
+    std::optional<Box3<double>> const bounds = boundsOf(frame);
+    (*document)["files"].push_back({{"file", frame.file},
+                                    {"kind", "particles"},
+                                    {"frames", loaded.count},
+                                    {"frame", loaded.number},
+                                    {"timestep", frame.timestep},
+                                    {"time", frame.time ? Json(*frame.time) : Json()},
+                                    {"particles", frame.positions.size()},
+                                    {"velocities", hasVelocities(frame)},
+                                    {"channels", channels},
+                                    {"cell", cell},
+                                    {"bounds", bounds ? toJson(*bounds) : Json()},
+                                    {"warning", orNull(loaded.warning)}});
+}
+
+void InfoDocument::addPicture(std::string const& out, int width, int height, std::string const& camera) {
+    (*document)["pictures"].push_back(
+        {{"file", orNull(out)}, {"width", width}, {"height", height}, {"camera", orNull(camera)}});
+}
+
+void InfoDocument::setDriver(DriverFacts const& driver) {
+    Json extensions = Json::object();
+    for (auto const& [name, isSupported] : driver.extensions) {
+        extensions[name] = isSupported;
+    }
+    auto const memory = [](unsigned int kilobytes) { return kilobytes == 0 ? Json() : Json(kilobytes); };
+    (*document)["driver"] = {{"version", driver.version},
+                             {"shadingLanguage", driver.shadingLanguage},
+                             {"renderer", driver.renderer},
+                             {"vendor", driver.vendor},
+                             {"programs", driver.hasPrograms},
+                             {"largestTexture", driver.largestTexture},
+                             {"samplesPerPixel", driver.samples},
+                             {"memoryKilobytes", memory(driver.memory)},
+                             {"freeMemoryKilobytes", memory(driver.freeMemory)},
+                             {"takenToBeFreeKilobytes", memory(driver.takenToBeFree)},
+                             {"extensions", extensions}};
+}
+
+std::string InfoDocument::toText() const {
+    // Names of files and columns may be no UTF-8.
+    return document->dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace vellum::viewport

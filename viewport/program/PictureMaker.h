@@ -1,0 +1,57 @@
+#pragma once
+
+#include "offscreen/OffscreenContext.h"
+#include "toolkit/Layer.h"
+#include "viewport/drawing/TiledPicture.h"
+#include "viewport/drawing/ViewStyle.h"
+#include "viewport/drawing/effects/EffectRenderer.h"
+#include "viewport/program/Console.h"
+#include "viewport/program/Content.h"
+#include "viewport/program/Options.h"
+
+#include <memory>
+#include <optional>
+
+namespace vellum::viewport {
+
+/// Draws the pictures that the options ask for, one after the other on one context, and prints what is picked in them.
+///
+///     OffscreenContext context(PictureMaker::contextSettings(options));
+///     PictureMaker maker(options, subject, context);
+///     if (std::optional<Failure> const failure = maker.begin()) ...
+///     for (PictureOptions const& picture : options.pictures)
+///         if (std::optional<Failure> const failure = maker.make(picture)) ...
+///
+/// All that it is given must outlive it.
+class PictureMaker {
+public:
+    PictureMaker(Options const& options, Subject& subject, OffscreenContext& context);
+
+    /// A buffer for the largest of the pictures.
+    static OffscreenContext::Settings contextSettings(Options const& options);
+
+    /// How a picture shows the subject.
+    static ViewStyle styleOf(Options const& options, PictureOptions const& picture, Subject const& subject);
+
+    /// Prepares what all pictures share. A failure where the driver lacks what is needed, or the stages of an effect have faults.
+    std::optional<Failure> begin();
+
+    /// Draws the picture, prints what is picked in it, and writes it to its file.
+    std::optional<Failure> make(PictureOptions const& picture);
+
+    toolkit::Layer& layer() { return *renderLayer; }
+
+private:
+    std::optional<Failure> _prepareEffect(PictureOptions const& picture);
+    std::optional<Failure> _stageFailure() const;
+    std::optional<Failure> _write(PictureOptions const& picture, Viewer& viewer);
+
+    Options const& options;
+    Subject& subject;
+    OffscreenContext& context;
+    std::unique_ptr<toolkit::Layer> renderLayer;
+    std::unique_ptr<EffectRenderer> effect;
+    double effectAspect = 0;  // of the pictures that it was prepared for
+};
+
+}  // namespace vellum::viewport

@@ -1,0 +1,81 @@
+#include "viewport/program/idle_options.h"
+
+#include "viewport/files/images/PictureFormat.h"
+
+#include <algorithm>
+#include <initializer_list>
+#include <string>
+
+namespace vellum::viewport {
+
+namespace {
+
+/// Collects the lines of one command line.
+class Lines {
+public:
+    explicit Lines(Options const& options) : options(options) {}
+
+    /// The names of given options, each once, with the reason.
+    void add(std::initializer_list<char const*> names, std::string const& reason) {
+        for (char const* const name : names) {
+            if (options.given.count(name) != 0 && named.insert(name).second) {
+                lines.push_back({"", std::string(name) + " has no effect: " + reason});
+            }
+        }
+    }
+
+    std::vector<Fault> const& found() const { return lines; }
+
+private:
+    Options const& options;
+    std::set<std::string> named;
+    std::vector<Fault> lines;
+};
+
+bool isAnyJpeg(Options const& options) {
+    return std::any_of(options.pictures.begin(), options.pictures.end(), [](PictureOptions const& picture) {
+        return pictureFormatOf(picture.out) == PictureFormat::JPEG;
+    });
+}
+
+void addSea(Lines& lines) {
+    char const* const reason = "the sea without files has a camera, lights and a sky of its own";
+    lines.add({"--view", "--projection", "--camera-position", "--camera-focus", "--camera-up", "--azimuth",
+               "--elevation", "--fov", "--zoom", "--background", "--light", "--gizmo", "--no-grid",
+               "--no-axes", "--up"},
+              reason);
+}
+
+}  // namespace
+
+std::vector<Fault> idleOptions(Options const& options, ShownKinds const& shown) {
+    Lines lines(options);
+    if (!shown.hasParticles) {
+        lines.add({"--particles", "--channel", "--range", "--log", "--colors", "--colormap", "--percent",
+                   "--select", "--size-of-particles", "--wrap", "--replicate", "--frame", "--time",
+                   "--gpu-memory", "--no-bar", "--no-box"},
+                  "there are no particles");
+    } else if (!shown.hasValues) {
+        lines.add({"--range", "--log", "--no-bar"}, "there are no values to be shown");
+    }
+    if (!shown.hasMeshes) {
+        lines.add({"--shading", "--mesh-color", "--opacity", "--edges", "--edges-blend", "--line-width",
+                   "--normals", "--connectivity", "--texture", "--wireframe-back", "--import-preview",
+                   "--immediate", "--import-timeout", "--import-memory"},
+                  "there are no meshes");
+        if (shown.hasParticles) {
+            lines.add({"--light"}, "particles have lights of their own");
+        }
+    }
+    if (options.hasOwnSea()) {
+        addSea(lines);
+    } else if (options.effect && !options.effect->onlyModel) {
+        lines.add({"--light"}, "the effect has lights of its own");
+    }
+    if (!isAnyJpeg(options)) {
+        lines.add({"--quality"}, "only JPEG has a quality");
+    }
+    return lines.found();
+}
+
+}  // namespace vellum::viewport

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "viewport/program/Options.h"
+#include "viewport/text/Fault.h"
+
+#include <vector>
+
+namespace vellum::viewport {
+
+/// What is shown, as far as options depend on it.
+struct ShownKinds {
+    bool hasMeshes = false;
+    bool hasParticles = false;
+    bool hasValues = false;  ///< colors of particles stand for values
+};
+
+/// The options of the command line that change nothing that is shown, one line for each: "--percent has no effect: ...". Those of
+/// a configuration are not among them, since they are meant for other files too.
+std::vector<Fault> idleOptions(Options const& options, ShownKinds const& shown);
+
+}  // namespace vellum::viewport
