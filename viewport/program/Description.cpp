@@ -141,10 +141,6 @@ std::optional<Box3<double>> boundsOf(ParticleFrame const& frame) {
     return box;
 }
 
-bool hasVelocities(ParticleFrame const& frame) {
-    return !frame.velocities.empty();
-}
-
 // == Texts ==
 
 std::string describeMesh(std::string const& path, MeshData const& mesh) {

@@ -47,8 +47,6 @@ ChannelFacts factsOf(ParticleChannel const& channel);
 /// The box around the particles with a finite position; nothing where there are none.
 std::optional<Box3<double>> boundsOf(ParticleFrame const& frame);
 
-bool hasVelocities(ParticleFrame const& frame);
-
 // == Texts, in complete lines for --info ==
 
 /// What a file holds.

@@ -97,7 +97,7 @@ void InfoDocument::addParticles(LoadedFrame const& loaded) {
                                     {"timestep", frame.timestep},
                                     {"time", frame.time ? Json(*frame.time) : Json()},
                                     {"particles", frame.positions.size()},
-                                    {"velocities", hasVelocities(frame)},
+                                    {"velocities", frame.velocity() != nullptr},
                                     {"channels", channels},
                                     {"cell", cell},
                                     {"bounds", bounds ? toJson(*bounds) : Json()},

@@ -1,7 +1,6 @@
 #include "viewport/program/PictureMaker.h"
 
 #include "viewport/drawing/Viewer.h"
-#include "viewport/drawing/layer/GlewStart.h"
 #include "viewport/text/single_line.h"
 
 #include <algorithm>
@@ -46,9 +45,6 @@ ViewStyle PictureMaker::styleOf(Options const& options, PictureOptions const& pi
 }
 
 std::optional<Failure> PictureMaker::begin() {
-    if (std::optional<Fault> const fault = startGlew()) {
-        return Failure{NO_OPENGL, *fault};
-    }
     renderLayer = std::make_unique<toolkit::Layer>();
     renderLayer->assumeFreeGpuMemory(options.gpuMemory);
     if (options.effect) {

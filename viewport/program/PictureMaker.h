@@ -16,7 +16,7 @@ namespace vellum::viewport {
 
 /// Draws the pictures that the options ask for, one after the other on one context, and prints what is picked in them.
 ///
-///     OffscreenContext context(PictureMaker::contextSettings(options));
+///     OffscreenContext context(PictureMaker::contextSettings(options));   // and GLEW started
 ///     PictureMaker maker(options, subject, context);
 ///     if (std::optional<Failure> const failure = maker.begin()) ...
 ///     for (PictureOptions const& picture : options.pictures)

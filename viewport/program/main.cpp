@@ -1,5 +1,6 @@
 #include "offscreen/OffscreenContext.h"
 #include "viewport/drawing/ViewLayout.h"
+#include "viewport/drawing/layer/GlewStart.h"
 #include "viewport/files/images/PictureFormat.h"
 #include "viewport/program/CommandLine.h"
 #include "viewport/program/Configuration.h"
@@ -13,10 +14,12 @@
 #include "viewport/text/single_line.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <iostream>
 #include <new>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 /// The program vl_viewport: opens mesh and particle files, draws them into pictures, prints what they hold and what is at a
@@ -54,6 +57,10 @@ std::optional<Failure> outputFailure(Options const& options) {
     }
     for (PictureOptions const& picture : options.pictures) {
         std::optional<PictureFormat> const format = pictureFormatOf(picture.out);
+        std::error_code ignored;
+        if (!picture.out.empty() && !format && std::filesystem::is_directory(picture.out, ignored)) {
+            return Failure{FILE_FAULT, {picture.out, "cannot be written: is a folder"}};
+        }
         if (!picture.out.empty() && !format) {
             return Failure{
                 USAGE_FAULT,
@@ -128,6 +135,9 @@ std::optional<Failure> run(Options const& options) {
         return Failure{FILE_FAULT, prepared.fault()};
     }
     Subject& subject = prepared.value();
+    if (subject.effect && subject.effect->misfit) {
+        return Failure{USAGE_FAULT, *subject.effect->misfit};
+    }
     bool const hasParticles = !subject.scene.clouds().empty();
     for (Fault const& idle : idleOptions(
              options, {!subject.scene.models().empty(), hasParticles, subject.look.scale.has_value()})) {
@@ -142,9 +152,12 @@ std::optional<Failure> run(Options const& options) {
     if (!context.isValid()) {
         return endWithout(options, content, {NO_OPENGL, {"", context.error()}});
     }
+    if (std::optional<Fault> const fault = startGlew()) {
+        return endWithout(options, content, {NO_OPENGL, *fault});
+    }
     PictureMaker maker(options, subject, context);
-    if (std::optional<Failure> const failure = maker.begin()) {
-        return failure->status == NO_OPENGL ? endWithout(options, content, *failure) : failure;
+    if (std::optional<Failure> failure = maker.begin()) {
+        return failure;
     }
     printInfo(options, content, &maker.layer(), "");
     for (PictureOptions const& picture : options.pictures) {

@@ -522,4 +522,25 @@ TEST_F(Viewer_gl_test, linesAndPointsAreDrawnAndPicked) {
     }
     EXPECT_EQ(pick(56, 55), "16 lines.obj");
     EXPECT_EQ(pick(56, 90), "nothing");
+TEST_F(Viewer_gl_test, depthsAreThoseOfTheModelInUnitsOfTheFile) {
+    for (Projection const projection : {Projection::PERSPECTIVE, Projection::PARALLEL}) {
+        style.camera.projection = projection;
+        style.camera.position = {0, 0, 11};
+        style.camera.focus = {0, 0, 0};
+        Viewer viewer(*layer, scene, style);
+        std::vector<float> const depths = TiledPicture(size, oneTile).drawDepths(viewer);
+        ASSERT_EQ(depths.size(), 112U * 112U);
+        // The cube's face toward the eye is 10 away; its neighbors are sides, or behind.
+        EXPECT_NEAR(depths[56 * 112 + 56], 10, 0.01);
+        EXPECT_NEAR(depths[50 * 112 + 62], 10, 0.01) << "along the direction of view, not from the eye";
+        EXPECT_TRUE(std::isinf(depths[0])) << "neither grid nor axes have a depth";
+        EXPECT_TRUE(std::isinf(depths[105 * 112 + 6]));
+    }
+}
+
+TEST_F(Viewer_gl_test, aLargerContextDrawsTheSamePicture) {
+    constexpr Tiling smallTile{2, 40, 30, 8};
+    Picture const whole = draw();
+    EXPECT_LE(compare(draw(smallTile), whole).largest, 40);
+    EXPECT_LT(compare(draw(smallTile), whole).mean, 0.5);
 }

@@ -230,7 +230,7 @@ TEST_F(program_gl_test, aPictureThatCannotBeWrittenIsAFault) {
     std::string const mesh = folder.write("cube.off", mesh_texts::cubeOff);
     ASSERT_EQ(mkdir(folder.file("folder").c_str(), 0755), 0);
     for (std::string const& out : {folder.file("gone/out.png"), folder.file("folder"),
-                                   std::string("/proc/out.png"), std::string("/dev/null")}) {
+                                   std::string("/proc/out.png"), std::string("/dev/full")}) {
         Outcome const outcome = run({mesh, "--out", out, "--size", "64x48"});
         EXPECT_EQ(outcome.status, 1);
         EXPECT_THAT(outcome.error, StartsWith("vl_viewport: " + out + ": cannot be written: "));

@@ -278,3 +278,28 @@ TEST_F(program_pictures_gl_test, filesAreToldWithoutOpenGL) {
     EXPECT_THAT(json.output, HasSubstr("\"driver\": null"));
     EXPECT_EQ(run({cube, "--info", "--pick", "1,1"}, noDriver).status, 3);
 }
+
+// == The sea ==
+
+TEST_F(program_pictures_gl_test, aViewerUnderWaterIsAUsageError) {
+    std::vector<std::string> const sea{"--effect",       "ocean",   "--effect-param", "wind=30",
+                                       "--effect-param", "size=32", "--effect-param", "patch=50"};
+    int refused = 0;
+    for (char const* const time : {"0", "1", "2", "3", "4", "5"}) {
+        std::vector<std::string> words = sea;
+        words.insert(words.end(),
+                     {"--effect-param", std::string("time=") + time, "--effect-param", "eye=0.5", "--info"});
+        Outcome const outcome = run(words);
+        if (outcome.status == 2) {
+            EXPECT_THAT(outcome.error, HasSubstr("the viewer is under water"));
+            ++refused;
+        } else {
+            EXPECT_EQ(outcome.status, 0) << outcome.error;
+        }
+    }
+    EXPECT_GT(refused, 0) << "crests pass by";
+    EXPECT_LT(refused, 6) << "and troughs";
+    std::vector<std::string> words = sea;
+    words.insert(words.end(), {"--effect-param", "eye=30", "--info"});
+    EXPECT_EQ(run(words).status, 0);
+}

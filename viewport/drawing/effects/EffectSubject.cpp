@@ -5,6 +5,9 @@
 #include "viewport/scene/ModelParts.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <limits>
 #include <string>
 #include <utility>
 
@@ -126,6 +129,43 @@ std::optional<Fault> mapFault(std::string const& path) {
     return std::nullopt;
 }
 
+// == The sea ==
+
+/// The highest water about the viewer of an open sea, meters above the still level.
+double waterAtViewer(SeaSurface const& surface, double patch) {
+    constexpr double REACH = 1;  // meters; a larger step of the surface is one of its triangles
+    auto const size = static_cast<double>(surface.size);
+    double const reach = std::max(REACH, patch / size);
+    // The surface repeats itself with the patch.
+    auto const distance = [patch](double place) { return place - patch * std::round(place / patch); };
+    double highest = std::numeric_limits<double>::lowest();
+    for (unsigned int row = 0; row < surface.size; ++row) {
+        for (unsigned int column = 0; column < surface.size; ++column) {
+            std::size_t const i = static_cast<std::size_t>(row) * surface.size + column;
+            double const x = distance(patch * column / size + static_cast<double>(surface.alongX[i]));
+            double const z = distance(patch * row / size + static_cast<double>(surface.alongZ[i]));
+            double const away = std::hypot(x, z);
+            auto const height = static_cast<double>(surface.height[i]);
+            if (away <= reach) {
+                highest = std::max(highest, height);
+            }
+        }
+    }
+    return highest;
+}
+
+/// The fault of a viewer whose eye is in the water.
+std::optional<Fault> underWater(OceanEffect const& effect, OceanSpectrum const& spectrum) {
+    double const water = waterAtViewer(spectrum.surface(effect.time), effect.sea.patch);
+    if (effect.eyeHeight > water) {
+        return std::nullopt;
+    }
+    char height[32];
+    std::snprintf(height, sizeof height, "%.1f", water);
+    return Fault{"", std::string("--effect-param: eye: the viewer is under water, which is ") + height +
+                         " meters high there at this time"};
+}
+
 // == One function for each effect ==
 
 Result<EffectSubject> prepareEffect(DisplacementEffect const& effect, Source const& source) {
@@ -143,8 +183,8 @@ Result<EffectSubject> prepareEffect(OceanEffect const& effect, Source const& sou
     if (std::optional<Fault> const fault = effect.sea.firstFault()) {
         return *fault;
     }
-    Sea sea{OceanMap::of(OceanSpectrum(effect.sea), effect.time), static_cast<float>(effect.sea.patch),
-            std::nullopt};
+    OceanSpectrum const spectrum(effect.sea);
+    Sea sea{OceanMap::of(spectrum, effect.time), static_cast<float>(effect.sea.patch), std::nullopt};
     if (sea.map.image.width() == 0) {
         return Fault{"", "there is not enough memory for the sea"};
     }
@@ -157,6 +197,7 @@ Result<EffectSubject> prepareEffect(OceanEffect const& effect, Source const& sou
         EffectSubject subject;
         subject.models.push_back(std::move(water));
         subject.sea = std::move(sea);
+        subject.misfit = underWater(effect, spectrum);
         return subject;
     }
     Placement const place{{0, 0, 0}, 1 / unit, Turn(source.scene.up())};

@@ -34,7 +34,8 @@ struct EffectSubject {
     };
 
     std::vector<Model> models;
-    std::optional<Sea> sea;  ///< only of an ocean
+    std::optional<Sea> sea;       ///< only of an ocean
+    std::optional<Fault> misfit;  ///< of parameters that show nothing: a viewer who is under water
 
     /// Reads the files that the effect names, and computes the meshes. A fault where a file cannot be read or does not
     /// suit, or where there is no mesh to be drawn.
