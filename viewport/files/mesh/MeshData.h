@@ -67,6 +67,8 @@ struct MeshData {
 
     std::vector<MeshAnimation> animations;  ///< in the order of the file
 
+    std::vector<std::string> notes;  ///< what of the file is missing or was skipped, one clause each
+
     /// The first fault of the mesh, under the name of its file, or nothing: lists of different lengths,
     /// nothing to be drawn (no point, no line, no triangle with three different corners), an index out of
     /// range, a coordinate that is not a number or infinite.
