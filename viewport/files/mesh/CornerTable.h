@@ -34,7 +34,7 @@ public:
         std::uint32_t* link = &firsts[corner.vertex];
         for (std::uint32_t length = 0; *link != NONE; ++length) {
             Entry& entry = entries[*link];
-            if (isSame(entry.corner, corner)) {
+            if (_isSame(entry.corner, corner)) {
                 return *link;
             }
             if (length == LONGEST_LIST) {
@@ -63,10 +63,10 @@ private:
         std::size_t operator()(Corner const& corner) const;
     };
     struct Equal {
-        bool operator()(Corner const& a, Corner const& b) const { return isSame(a, b); }
+        bool operator()(Corner const& a, Corner const& b) const { return _isSame(a, b); }
     };
 
-    static bool isSame(Corner const& a, Corner const& b) {
+    static bool _isSame(Corner const& a, Corner const& b) {
         return a.vertex == b.vertex && a.texture == b.texture && a.normal == b.normal &&
                a.material == b.material;
     }

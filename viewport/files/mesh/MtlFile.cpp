@@ -197,7 +197,8 @@ private:
 void append(MtlFile& to, MtlFile&& from, std::string const& name) {
     std::move(from.materials.begin(), from.materials.end(), std::back_inserter(to.materials));
     for (std::string const& note : from.notes) {
-        to.notes.push_back(name + ": " + note);
+        to.notes.push_back(name);
+        to.notes.back().append(": ").append(note);
     }
 }
 

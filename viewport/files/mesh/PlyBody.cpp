@@ -77,12 +77,12 @@ std::size_t PlyBody::_sizeOf(Type type) {
     return 8;
 }
 
-bool PlyBody::begin(PlyElement const& next) {
-    element = &next;
+bool PlyBody::begin(PlyElement const& element) {
+    this->element = &element;
     taken = 0;
     columns.clear();
     std::uint64_t least = 0;  // bytes of an item
-    for (PlyProperty const& property : next.properties) {
+    for (PlyProperty const& property : element.properties) {
         columns.push_back({property.isList, property.isList ? _typeOf(property.length) : Type::UINT8,
                            _typeOf(property.value)});
         // In a text a digit and what ends it; behind the very last one there may be nothing.
@@ -91,7 +91,7 @@ bool PlyBody::begin(PlyElement const& next) {
                      : _sizeOf(property.isList ? columns.back().length : columns.back().value);
     }
     auto const left = static_cast<std::uint64_t>(end - here) + (header.format == PlyFormat::TEXT ? 1 : 0);
-    return least == 0 || next.count <= left / least;
+    return least == 0 || element.count <= left / least;
 }
 
 bool PlyBody::take(PlyItem& item) {

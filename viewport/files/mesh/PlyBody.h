@@ -41,8 +41,8 @@ public:
     /// What is wrong with the item taken last, and where.
     std::string damage() const;
 
-    /// "line 7: reason" or "byte 123: reason", about the item taken last.
-    std::string atItem(std::string const& reason) const;
+    /// "line 7: what" or "byte 123: what", about the item taken last.
+    std::string atItem(std::string const& what) const;
 
     /// The line of a text whose item was followed by more numbers than the header declares; 0: there is none.
     std::uint64_t longLine() const { return firstLongLine; }
@@ -65,7 +65,7 @@ private:
     bool _takeText(PlyItem& item);
     bool _takeNumber(double& value);
     bool _cutOff();
-    bool _damaged(std::string const& reason);
+    bool _damaged(std::string const& what);
     std::uint64_t _lineOf(char const* place) const;
     bool _skipToLine();
 

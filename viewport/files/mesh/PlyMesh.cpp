@@ -587,11 +587,15 @@ private:
         }
     }
 
+    static bool _isSame(double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); }
+    static bool _isSame(Color4<float> const& a, Color4<float> const& b) {
+        return a.r == b.r && a.g == b.g && a.b == b.b && a.a == b.a;
+    }
+
     template <class T>
     static bool _areAlike(std::vector<T> const& values) {
-        return std::all_of(values.begin(), values.end(), [&values](T const& value) {
-            return std::memcmp(&value, values.data(), sizeof value) == 0;
-        });
+        return std::all_of(values.begin(), values.end(),
+                           [&values](T const& value) { return _isSame(value, values.front()); });
     }
 
     /// Gives every corner of a face what the face has. Where all faces have the same no vertex is repeated.

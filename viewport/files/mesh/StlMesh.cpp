@@ -201,7 +201,7 @@ private:
             if (!_takeKeyword("loop")) {
                 return _expected("loop");
             }
-            if (std::optional<Fault> const fault = _readLoop()) {
+            if (std::optional<Fault> fault = _readLoop()) {
                 return fault;
             }
             for (std::string_view const word : {"endloop", "endfacet"}) {
