@@ -72,6 +72,7 @@ std::optional<ParticleSeries> ParticleSeries::of(std::vector<std::string> const&
         return std::nullopt;
     }
     std::vector<Member> members;
+    members.reserve(paths.size());
     for (std::string const& path : paths) {
         if (!members.empty() && differingPart(paths[0], path) != place) {
             return std::nullopt;
@@ -87,6 +88,7 @@ std::optional<ParticleSeries> ParticleSeries::of(std::vector<std::string> const&
         return std::nullopt;
     }
     std::vector<std::string> ordered;
+    ordered.reserve(members.size());
     for (Member& member : members) {
         ordered.push_back(std::move(member.path));
     }
