@@ -522,6 +522,8 @@ TEST_F(Viewer_gl_test, linesAndPointsAreDrawnAndPicked) {
     }
     EXPECT_EQ(pick(56, 55), "16 lines.obj");
     EXPECT_EQ(pick(56, 90), "nothing");
+}
+
 TEST_F(Viewer_gl_test, depthsAreThoseOfTheModelInUnitsOfTheFile) {
     for (Projection const projection : {Projection::PERSPECTIVE, Projection::PARALLEL}) {
         style.camera.projection = projection;
