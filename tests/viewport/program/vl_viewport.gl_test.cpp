@@ -96,9 +96,9 @@ TEST_F(program_gl_test, whatIsPickedIsPrinted) {
         std::vector<std::string> arguments;
         char const* output;
     };
-    // In the front view the handle of x, 118 of 720 pixels long, goes to the right from the middle.
+    // In the front view the handle of x, 118 of 720 pixels long, goes to the right from the middle. In OFF files z is up.
     for (Row const& row : {Row{{"--pick", "418,360", "--gizmo", "move"}, "1 gizmo move X\n"},
-                           Row{{"--pick", "360,242", "--gizmo", "move"}, "2 gizmo move Y\n"},
+                           Row{{"--pick", "360,242", "--gizmo", "move"}, "3 gizmo move Z\n"},
                            Row{{"--pick", "200,500", "--gizmo", "move"}, "16 cube.off\n"},
                            Row{{"--pick", "3,3"}, "nothing\n"}}) {
         std::vector<std::string> arguments{mesh, "--size", "720x720", "--view", "front"};
@@ -131,7 +131,7 @@ TEST_F(program_gl_test, texturesAreFoundBesideTheModelOrNoted) {
                                              "--view", "front"};
     Outcome const without = run(arguments);
     EXPECT_EQ(without.status, 0);
-    EXPECT_THAT(without.error, HasSubstr("Skin.PNG' is not beside the file; drawn without it"));
+    EXPECT_THAT(without.error, HasSubstr("Skin.PNG' is neither beside the file nor in textures, "));
     EXPECT_EQ(std::count(without.error.begin(), without.error.end(), '\n'), 1) << without.error;
 
     Picture skin;
