@@ -63,7 +63,7 @@ aiMatrix4x4 matrixAt(aiNodeAnim const& channel, aiNode const& node, double ticks
     if (channel.mNumScalingKeys > 0) {
         scale = valueAt(channel.mScalingKeys, channel.mNumScalingKeys, ticks);
     }
-    return aiMatrix4x4(scale, rotation, place);
+    return {scale, rotation, place};
 }
 
 using Channels = std::unordered_map<std::string, aiNodeAnim const*>;

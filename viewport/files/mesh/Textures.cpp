@@ -224,7 +224,7 @@ public:
 
     /// Null without a picture.
     Image read(Material const& material) {
-        Image const colors = material.texture.empty() ? nullptr : _colors(material);
+        Image colors = material.texture.empty() ? nullptr : _colors(material);
         if (material.opacityTexture.empty()) {
             return colors;
         }
@@ -275,7 +275,7 @@ private:
             return _readable(name, readImage(*path));
         }
         notes.push_back({meshPath, "texture '" + name + "' is neither beside the file nor in " +
-                                       textureFolders() + "; drawn without it"});
+                                       _textureFolders() + "; drawn without it"});
         return nullptr;
     }
 
@@ -287,7 +287,7 @@ private:
         return image;
     }
 
-    static std::string textureFolders() {
+    static std::string _textureFolders() {
         std::string text;
         for (char const* const folder : FOLDERS) {
             text += std::string(folder) + ", ";

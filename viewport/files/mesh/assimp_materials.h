@@ -11,14 +11,14 @@ namespace vellum::viewport {
 /// Colors of a vertex of a file may be anything; those of ours are within 0 to 1.
 Color4<float> colorOf(float red, float green, float blue, float opacity);
 
-/// The color of the surfaces of a material, which is opaque. Materials that are not there, or that the importer has
+/// The color of the surfaces of a material, by its index, which is opaque. Materials that are not there, or that the importer has
 /// made up, have a plain color.
-Color4<float> surfaceColorOf(aiScene const& scene, unsigned int material);
+Color4<float> surfaceColorOf(aiScene const& scene, unsigned int index);
 
 /// The material, with what it says of its diffuse texture; where the file holds the texture, with its bytes.
-Material materialOf(aiScene const& scene, unsigned int material);
+Material materialOf(aiScene const& scene, unsigned int index);
 
 /// Whether the colors of vertices are multiplied with that of the material, as glTF says, and do not replace it.
-bool multipliesVertexColors(aiScene const& scene, unsigned int material);
+bool multipliesVertexColors(aiScene const& scene, unsigned int index);
 
 }  // namespace vellum::viewport
