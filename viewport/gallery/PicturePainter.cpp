@@ -88,7 +88,8 @@ std::optional<Fault> PicturePainter::_runViewport(std::string const& file, std::
                                                   std::vector<std::string> const& arguments) {
     std::vector<std::string> words{viewport};
     words.insert(words.end(), arguments.begin(), arguments.end());
-    words.insert(words.end(), {"--out", file, "--size", size});
+    // The user's own configuration does not change the pictures of the project.
+    words.insert(words.end(), {"--out", file, "--size", size, "--no-config"});
     int const status = runner.run(words);
     if (status != 0) {
         return Fault{viewport, "ended with exit status " + std::to_string(status)};
