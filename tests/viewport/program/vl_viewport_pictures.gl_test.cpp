@@ -1,5 +1,5 @@
 #include "tests/support/TemporaryFolder.h"
-#include "tests/support/sanitizers.h"
+#include "tests/support/build_facts.h"
 #include "tests/viewport/files/mesh/mesh_texts.h"
 #include "tests/viewport/program/program_runner.h"
 #include "viewport/files/images/Picture.h"
@@ -23,9 +23,9 @@ protected:
     void SetUp() override { cube = folder.write("cube.off", mesh_texts::cubeOff); }
 
     Outcome run(std::vector<std::string> arguments, std::vector<std::string> environment = {}) const {
-#if VL_ADDRESS_SANITIZER
-        environment.push_back("ASAN_OPTIONS=detect_leaks=0");
-#endif
+        if (isAddressSanitized()) {
+            environment.push_back("ASAN_OPTIONS=detect_leaks=0");
+        }
         arguments.insert(arguments.end(), {"--size", "64x48", "--no-config"});
         return runProgram(VL_VIEWPORT_PROGRAM, arguments, environment);
     }
