@@ -25,7 +25,7 @@ struct MtlFile {
 /// Reads the text of an MTL file.
 ///
 ///     Kd        the color; with a texture what it is multiplied with, unless it is black
-///     Ks, Ns    highlights, unless illum is 0 or 1, which draw without
+///     Ks, Ns    highlights; none where Ns is 0 or missing, and where illum is 0 or 1, which draw without
 ///     Ke        emission
 ///     d, or else Tr (which is 1 - d)   the opacity
 ///     map_Kd    the texture, with -o and -s; options that no drawing follows are skipped

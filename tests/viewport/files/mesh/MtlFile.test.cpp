@@ -82,9 +82,14 @@ TEST(MtlFile, opacityOutranksTransparency) {
 }
 
 TEST(MtlFile, modelsWithoutHighlightsHaveNone) {
-    EXPECT_EQ(materialOf("illum 1\nKs 1 1 1\n").material.specular, std::nullopt);
-    EXPECT_EQ(materialOf("Ks 1 1 1\nillum 0\n").material.specular, std::nullopt);
-    EXPECT_EQ(materialOf("Ks 1 1 1\nillum 2\n").material.specular, (Color{1, 1, 1, 1}));
+    EXPECT_EQ(materialOf("illum 1\nKs 1 1 1\nNs 8\n").material.specular, std::nullopt);
+    EXPECT_EQ(materialOf("Ks 1 1 1\nNs 8\nillum 0\n").material.specular, std::nullopt);
+    EXPECT_EQ(materialOf("Ks 1 1 1\nNs 8\nillum 2\n").material.specular, (Color{1, 1, 1, 1}));
+}
+
+TEST(MtlFile, anExponentOfZeroIsNoHighlight) {
+    EXPECT_EQ(materialOf("Ks 1 1 1\nNs 0\n").material.specular, std::nullopt);
+    EXPECT_EQ(materialOf("Ks 1 1 1\n").material.specular, std::nullopt);
 }
 
 TEST(MtlFile, texturesAreFoundBehindTheirOptions) {
