@@ -113,6 +113,9 @@ public:
                 break;
             }
         }
+        if (starts.empty()) {
+            return Fault{{}, "holds no frame"};
+        }
         result.count = starts.size();
         result.number = wanted.value_or(result.count - 1);
         if (result.number < result.count) {

@@ -14,6 +14,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -432,14 +433,17 @@ private:
         if (words == frame.labels.end()) {
             return std::nullopt;
         }
+        std::unordered_map<std::string_view, std::int64_t> types;
+        for (auto const& [type, name] : typeNames) {
+            types.emplace(name, type);
+        }
         std::vector<double> numbers;
         for (std::string const& word : words->words) {
-            auto const type = std::find_if(typeNames.begin(), typeNames.end(),
-                                           [&word](auto const& each) { return each.second == word; });
-            if (type == typeNames.end()) {
+            auto const type = types.find(word);
+            if (type == types.end()) {
                 return TextDamage{lines.number(), "the type " + quoted(word) + " has no label", false};
             }
-            numbers.push_back(static_cast<double>(type->first));
+            numbers.push_back(static_cast<double>(type->second));
         }
         ParticleChannel channel{"type", {}, {}};
         channel.values.reserve(words->indices.size());

@@ -18,11 +18,18 @@ namespace {
 
 constexpr std::uint64_t ROWS_BETWEEN_PROGRESS = 4096;
 
+/// Lines may be indented.
+std::string_view withoutIndent(std::string_view line) {
+    return line.substr(std::min(line.find_first_not_of(" \t"), line.size()));
+}
+
+/// \param line without its indent
 bool isVertex(std::string_view line) {
     return line.size() > 1 && line[0] == 'v' && (line[1] == ' ' || line[1] == '\t');
 }
 
 bool isOfMesh(std::string_view line) {
+    line = withoutIndent(line);
     constexpr std::string_view KEYWORDS[] = {"f", "l", "curv", "curv2", "surf"};
     if (line.empty() || (line[0] != 'f' && line[0] != 'l' && line[0] != 'c' && line[0] != 's')) {
         return false;
@@ -75,7 +82,7 @@ bool isObjOfPoints(std::string_view text) {
     bool isObj = false;
     // Keywords up to the first vertex show that it is OBJ.
     while (!lines.isAtEnd() && !isObj) {
-        std::string_view line = lines.take();
+        std::string_view line = withoutIndent(lines.take());
         isObj = isVertex(line) && numbersOf(line).size() >= 3;
         std::string_view const keyword = takeWord(line);
         bool const isKnown =
@@ -102,7 +109,7 @@ Result<LoadedFrame> readObjPoints(std::string_view text, Progress const& progres
     LoadedFrame result;
     std::optional<FrameBuilder> builder;
     for (std::uint64_t row = 0; !lines.isAtEnd();) {
-        std::string_view const line = lines.take();
+        std::string_view const line = withoutIndent(lines.take());
         if (!isVertex(line)) {
             continue;
         }

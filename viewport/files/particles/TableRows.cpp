@@ -32,6 +32,11 @@ bool isMissingWord(std::string_view word) {
     return lower == "na" || lower == "n/a" || lower == "null" || lower == "-";
 }
 
+bool hasNoNumber(ParticleChannel const& channel) {
+    return std::all_of(channel.values.begin(), channel.values.end(),
+                       [](double value) { return std::isnan(value); });
+}
+
 }  // namespace
 
 std::optional<TextDamage> TableRows::read(TextLines& lines, std::optional<std::uint64_t> const& count,
@@ -222,9 +227,13 @@ bool TableRows::_takeWord(std::size_t column, char const*& here, char const* end
         while (end - closing > 1 && closing[1] == '"') {
             closing = std::find(closing + 2, end, '"');
         }
+        if (closing == end) {
+            return _fail("has a quote that is not closed");
+        }
         word = std::string_view(start + 1, static_cast<std::size_t>(closing - start - 1));
-        here = std::find(closing, end, separator);
-        return true;
+        char const* const behind = closing + 1;
+        here = std::find(behind, end, separator);
+        return std::all_of(behind, here, isBlank) || _fail("has text behind the quotes of " + quoted(word));
     }
     here = std::find(start, end, separator);
     word = std::string_view(start, static_cast<std::size_t>(here - start));
@@ -249,21 +258,37 @@ bool TableRows::_toNumber(std::size_t column, std::string_view word, double& val
     return _fail(quoted(word) + " in column " + quoted(columns[column].name) + " is not a number");
 }
 
-/// Whether the column of the damaged line had no number so far. Then its cells are words.
+/// Whether the column of the damaged line had no number so far. Then its cells are words, and so are those of all
+/// other columns for which the line shows the same: a table of many columns is not read once for each.
 bool TableRows::_becomesWords(ParticleFrame const& frame) {
-    if (!isMissingAllowed || !failedColumn || columns[*failedColumn].use != ColumnUse::CHANNEL) {
+    if (!isMissingAllowed || !failedColumn) {
         return false;
     }
-    ParticleChannel const* channel = frame.channels.data();
-    for (std::size_t i = 0; i < *failedColumn; ++i) {
+    std::size_t const failed = *failedColumn;
+    std::vector<std::size_t> found;
+    std::size_t channel = 0;
+    char const* here = line.data();
+    char const* const end = here + line.size();
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        double value = 0;
+        std::string_view word;
+        bool const isNumber = _readCell(i, here, end, value, word);
+        if (separator != ' ') {
+            here = std::find(here, end, separator);
+            here += here != end ? 1 : 0;
+        }
         bool const isChannel = columns[i].use == ColumnUse::CHANNEL || columns[i].use == ColumnUse::NUMBER;
+        if (columns[i].use == ColumnUse::CHANNEL && !isNumber && hasNoNumber(frame.channels[channel])) {
+            found.push_back(i);
+        }
         channel += isChannel ? 1 : 0;
     }
-    if (!std::all_of(channel->values.begin(), channel->values.end(),
-                     [](double value) { return std::isnan(value); })) {
+    if (std::find(found.begin(), found.end(), failed) == found.end()) {
         return false;
     }
-    columns[*failedColumn].use = ColumnUse::WORDS;
+    for (std::size_t const column : found) {
+        columns[column].use = ColumnUse::WORDS;
+    }
     return true;
 }
 

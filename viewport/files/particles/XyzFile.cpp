@@ -82,7 +82,7 @@ std::optional<std::vector<TableColumn>> columnsOf(std::string_view properties) {
         std::optional<std::uint64_t> const count = toCount(takeField(properties));
         bool const isNumber = type == "R" || type == "I";
         if (name.empty() || !(isNumber || type == "S" || type == "L") || !count || *count == 0 ||
-            *count + columns.size() > MOST_COMPONENTS) {
+            *count > MOST_COMPONENTS || *count + columns.size() > MOST_COMPONENTS) {
             return std::nullopt;
         }
         std::string const key = lowerCase(name);

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <optional>
 #include <string_view>
+#include <unordered_map>
 
 namespace vellum::viewport {
 
@@ -16,20 +17,20 @@ using Columns = std::array<std::size_t, 3>;
 constexpr std::string_view SEPARATORS = " _.:-";
 
 struct NameList {
-    std::vector<std::string> names;  // of the channels
+    std::vector<std::string> names;                      // of the channels
+    std::unordered_map<std::string, std::size_t> first;  // the channel of each name; of several the first one
 
     template <class Form>
     NameList(ParticleFrame const& frame, Form const& form) {
         for (ParticleChannel const& channel : frame.channels) {
             names.push_back(form(channel.name));
+            first.emplace(names.back(), names.size() - 1);
         }
     }
 
     std::optional<std::size_t> find(std::string_view name) const {
-        auto const found = std::find(names.begin(), names.end(), name);
-        return found == names.end()
-                   ? std::nullopt
-                   : std::optional<std::size_t>(static_cast<std::size_t>(found - names.begin()));
+        auto const found = first.find(std::string(name));
+        return found == first.end() ? std::nullopt : std::optional<std::size_t>(found->second);
     }
 
     std::optional<Columns> find(std::string_view const (&wanted)[3]) const {

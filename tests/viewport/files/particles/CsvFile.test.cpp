@@ -147,3 +147,20 @@ TEST(CsvFile, everySingleByteMayBeWrong) {
         }
     }
 }
+
+TEST(CsvFile, quotesEndWithTheirCell) {
+    EXPECT_EQ(faultIn("x,y,z,m\n1,2,\"3\"4,5\n"), "line 2: has text behind the quotes of '3'");
+    EXPECT_EQ(faultIn("x,y,z,name\n1,2,3,\"a\"b\n"), "line 2: has text behind the quotes of 'a'");
+    EXPECT_EQ(faultIn("x,y,z,name\n1,2,3,\"a\n"), "line 2: has a quote that is not closed");
+    EXPECT_THAT(frameOf("x,y,z,name\n1,2,3, \"a\" \n").label("name")->words, ElementsAre("a"));
+}
+
+TEST(CsvFile, everyColumnThatBeginsWithoutAValueMayGoOnWithWords) {
+    ParticleFrame const frame =
+        frameOf("x,y,z,a,b,c,d\n1,2,3,NA,,null,-\n4,5,6,red,green,7,-\n8,9,0,x,y,8,z\n");
+    EXPECT_THAT(frame.label("a")->words, ElementsAre("NA", "red", "x"));
+    EXPECT_THAT(frame.label("b")->words, ElementsAre("", "green", "y"));
+    EXPECT_THAT(frame.label("d")->words, ElementsAre("-", "z"));
+    ASSERT_NE(frame.channel("c"), nullptr);
+    EXPECT_EQ(frame.channel("c")->values[2], 8);
+}

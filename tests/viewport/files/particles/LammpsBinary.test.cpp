@@ -198,3 +198,7 @@ TEST(LammpsBinary, everySingleByteMayBeWrong) {
         }
     }
 }
+
+TEST(LammpsBinary, withoutAnyByteThereIsNoFrame) {
+    EXPECT_EQ(faultIn({}), "holds no frame");
+}

@@ -79,3 +79,9 @@ TEST(ObjPoints, everySingleByteMayBeWrong) {
         }
     }
 }
+
+TEST(ObjPoints, linesMayBeIndented) {
+    EXPECT_THAT(frameOf("  v 1 2 3\n\tv 4 5 6\nv 7 8 9\n").positions,
+                ElementsAre(Point{1, 2, 3}, Point{4, 5, 6}, Point{7, 8, 9}));
+    EXPECT_FALSE(isObjOfPoints("v 1 2 3\n  f 1 1 1\n"));
+}

@@ -181,3 +181,10 @@ TEST(XyzFile, everySingleByteMayBeWrong) {
         }
     }
 }
+
+TEST(XyzFile, aPropertyOfMoreComponentsThanNumbersCountIsDamage) {
+    for (char const* const count : {"1001", "18446744073709551613", "18446744073709551615"}) {
+        std::string const comment = "Properties=pos:R:3:rest:R:" + std::string(count);
+        EXPECT_THAT(faultIn("1\n" + comment + "\n1 2 3\n"), HasSubstr("are not understood")) << count;
+    }
+}
