@@ -77,6 +77,17 @@ double isNot(double value) {
     return value == 0 ? 1 : 0;
 }
 
+constexpr char NOT_OF_WORDS[] = "~";
+
+void defineOperators(mu::Parser& parser) {
+    // As in other languages "!" holds for what follows at once, the word for the comparison behind it.
+    constexpr int BELOW_COMPARISONS = 3;
+    static_assert(BELOW_COMPARISONS > mu::prLAND && BELOW_COMPARISONS < mu::prCMP);
+    parser.DefineInfixOprt("!", isNot);
+    parser.DefineInfixOprt(NOT_OF_WORDS, isNot, BELOW_COMPARISONS);
+    parser.DefineOprt("%", static_cast<double (*)(double, double)>(std::fmod), mu::prMUL_DIV);
+}
+
 /// Where one number of each particle comes from.
 using Source = std::function<double(std::size_t)>;
 
@@ -200,7 +211,11 @@ std::optional<Fault> ParticleSelection::_read() {
             std::string const name = text.substr(start, at - start);
             std::size_t const next = std::min(text.find_first_not_of(" \t\r\n", at), text.size());
             if (name == "and" || name == "or" || name == "not") {
-                tokens.push_back({Kind::OTHER, name == "and" ? "&&" : name == "or" ? "||" : "!", start});
+                tokens.push_back({Kind::OTHER,
+                                  name == "and"  ? "&&"
+                                  : name == "or" ? "||"
+                                                 : NOT_OF_WORDS,
+                                  start});
             } else {
                 bool const isFunction = next < text.size() && text[next] == '(';
                 tokens.push_back({isFunction ? Kind::FUNCTION : Kind::NAME, name, start});
@@ -306,8 +321,7 @@ Result<ParticleSelection::Program> ParticleSelection::_compile(ParticleFrame con
     }
     try {
         mu::Parser parser;
-        parser.DefineInfixOprt("!", isNot);
-        parser.DefineOprt("%", static_cast<double (*)(double, double)>(std::fmod), mu::prMUL_DIV);
+        defineOperators(parser);
         std::vector<double> values(program.sources.size(), 0);
         for (std::size_t i = 0; i < values.size(); ++i) {
             parser.DefineVar("v" + std::to_string(i), &values[i]);
@@ -333,8 +347,7 @@ std::optional<Fault> ParticleSelection::apply(ParticleFrame const& frame, Partic
     std::vector<double> verdicts(BLOCK);
     try {
         mu::Parser parser;
-        parser.DefineInfixOprt("!", isNot);
-        parser.DefineOprt("%", static_cast<double (*)(double, double)>(std::fmod), mu::prMUL_DIV);
+        defineOperators(parser);
         for (std::size_t i = 0; i < columns.size(); ++i) {
             parser.DefineVar("v" + std::to_string(i), columns[i].data());
         }

@@ -18,8 +18,9 @@ namespace vellum::viewport {
 ///     `c_pe[1]/atom` > -4.5
 ///
 /// Names are those of Quantity::find(), and of labels and types, which can be compared with texts. Letters, digits,
-/// '_', '.' and brackets make a name; others stand in backquotes. There are the usual operators, also `and`, `or`, `not`
-/// and `c ? a : b`, and the functions of muParser. A particle of which it gives NaN is not selected.
+/// '_', '.' and brackets make a name; others stand in backquotes. There are the usual operators, also `and`, `or`,
+/// `not`, which holds for the comparison behind it, and `c ? a : b`, and the functions of muParser. A particle of
+/// which it gives NaN is not selected.
 class ParticleSelection {
 public:
     /// A fault says where the expression is no such expression; which names there are is not known yet.

@@ -69,6 +69,14 @@ TEST(ParticleSelection, conditionsOnAllQuantities) {
     EXPECT_THAT(selected("max(x, 2) > 2"), ElementsAre(3));
 }
 
+TEST(ParticleSelection, theWordNotHoldsForTheComparisonBehindIt) {
+    EXPECT_THAT(selected("not type == 1"), ElementsAre(1, 3));
+    EXPECT_THAT(selected("not type == 1 and x > 1"), ElementsAre(3));
+    EXPECT_THAT(selected("x > 1 and not type == 1 or x == 0"), ElementsAre(0, 3));
+    EXPECT_THAT(selected("not species == 'O'"), ElementsAre(1, 2));
+    EXPECT_THAT(selected("!type == 0"), ElementsAre(0, 1, 2, 3)) << "the sign holds for the type";
+}
+
 TEST(ParticleSelection, namesMayHaveAnyCharacters) {
     EXPECT_THAT(selected("c_s[2] > 6"), ElementsAre(2, 3));
     EXPECT_THAT(selected("`c_s[2]` > 6"), ElementsAre(2, 3));
