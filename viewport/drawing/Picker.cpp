@@ -52,8 +52,8 @@ void Picker::_drawModelsAndGizmo(PictureSize const& size) {
     gizmo.drawForPicking(camera, size);
 }
 
-/// Draws each cloud into the corner and reads its depth back: GL's selection sees only what is sent to it, and where a
-/// particle ends up is decided by the shader.
+/// Draws each cloud into the corner and reads its depth back: GL's selection sees only what is sent to it,
+/// and where a particle ends up is decided by the shader.
 std::vector<Picker::Hit> Picker::_drawClouds(PictureSize const& size, double x, double y) {
     constexpr int SIDE = 2 * REACH;
     std::vector<Hit> hits;

@@ -24,11 +24,11 @@ struct Picked {
     bool operator==(Picked const& other) const { return name == other.name && owner == other.owner; }
 };
 
-/// Finds what is at a pixel, or within two pixels of it. Handles of the gizmo come before everything else, then
-/// what is nearer to the viewer. Particles are found by their file, like models.
+/// Finds what is at a pixel, or within two pixels of it. Handles of the gizmo come before everything else,
+/// then what is nearer to the viewer. Particles are found by their file, like models.
 ///
-/// It draws with everything that it was given, all of which must outlive it. Where there are particles, it draws into
-/// the lower left corner of the current framebuffer: what was drawn before is lost there.
+/// It draws with everything that it was given, all of which must outlive it. Where there are particles, it
+/// draws into the lower left corner of the current framebuffer: what was drawn before is lost there.
 class Picker {
 public:
     Picker(Core_RL& layer, Scene const& scene, ViewCamera& camera, std::vector<ModelRenderer>& models,

@@ -8,8 +8,8 @@ namespace vellum::viewport {
 
 namespace {
 
-/// Makes a picture over black one over nothing. Of a color c with the opacity a, c a is seen over black, and over white
-/// 1 - a more.
+/// Makes a picture over black one over nothing. Of a color c with the opacity a, c a is seen over black, and
+/// over white 1 - a more.
 void removeBackground(Picture& overBlack, Picture const& overWhite) {
     for (std::size_t i = 0; i + 3 < overBlack.pixels.size(); i += 4) {
         unsigned char* const pixel = overBlack.pixels.data() + i;

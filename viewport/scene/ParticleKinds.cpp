@@ -20,8 +20,8 @@ std::string nameOf(Element const* element, std::string const& word) {
     return element != nullptr && !isIsotope ? element->symbol : word;
 }
 
-/// The different numbers, ascending, with one NaN at the end where there are some; nothing where one is not whole or
-/// there are too many.
+/// The different numbers, ascending, with one NaN at the end where there are some; nothing where one is not
+/// whole or there are too many.
 std::optional<std::vector<double>> wholeNumbersIn(std::vector<double> const& values) {
     constexpr double LARGEST = 1e15;
     std::vector<double> found;
@@ -211,8 +211,8 @@ std::optional<ParticleKinds> ParticleKinds::find(ParticleFrame const& frame, std
 }
 
 Color4<float> kindColor(std::size_t index) {
-    // Of similar lightness, so that shading and the dark background leave all of them visible; no grays, which mean
-    // that nothing is known.
+    // Of similar lightness, so that shading and the dark background leave all of them visible; no grays,
+    // which mean that nothing is known.
     constexpr unsigned int CHOSEN[] = {0x4C9BE8, 0xF28E2B, 0x59C15C, 0xE8534F, 0xB07AE0, 0xF2D33C,
                                        0x3FC7C0, 0xF28CC2, 0xB0815A, 0xB5D84A, 0x5B6BD6, 0xFFB199,
                                        0xD94FA8, 0x9A9A3C, 0xA6E3B8, 0x8FD0FF};

@@ -28,11 +28,12 @@ public:
     /// More types than these are no kinds but values.
     static constexpr std::size_t MOST_TYPES = 1000;
 
-    /// By the file's elements: those of its labels, or of the names that it gives types. Nothing where there are none,
-    /// or no word is the symbol of one.
+    /// By the file's elements: those of its labels, or of the names that it gives types. Nothing where there
+    /// are none, or no word is the symbol of one.
     static std::optional<ParticleKinds> elements(ParticleFrame const& frame);
 
-    /// By the name of labels, ELEMENT or TYPE: by the channel of that name, where all of its values are whole numbers.
+    /// By the name of labels, ELEMENT or TYPE: by the channel of that name, where all of its values are whole
+    /// numbers.
     static std::optional<ParticleKinds> find(ParticleFrame const& frame, std::string const& name);
 
     /// What they are called: ELEMENT, TYPE, or the name of the labels.
@@ -71,8 +72,8 @@ private:
     double firstType = 0;
 };
 
-/// Colors of kinds that have none of their own: the first are chosen to be told apart easily, the others go round the
-/// hues.
+/// Colors of kinds that have none of their own: the first are chosen to be told apart easily, the others go
+/// round the hues.
 Color4<float> kindColor(std::size_t index);
 
 }  // namespace vellum::viewport

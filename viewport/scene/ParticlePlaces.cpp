@@ -38,41 +38,41 @@ bool isFinite(ParticleBox const& box) {
 
 ParticlePlaces::ParticlePlaces(ParticleFrame const& frame, bool isWrapped) : positions(&frame.positions) {
     if (isWrapped) {
-        cell = _cellOf(frame);
+        periodic = _periodicBoxOf(frame);
     }
 }
 
 bool ParticlePlaces::canWrap(ParticleFrame const& frame) {
-    return _cellOf(frame).has_value();
+    return _periodicBoxOf(frame).has_value();
 }
 
-std::optional<ParticlePlaces::Cell> ParticlePlaces::_cellOf(ParticleFrame const& frame) {
+std::optional<ParticlePlaces::PeriodicBox> ParticlePlaces::_periodicBoxOf(ParticleFrame const& frame) {
     if (!frame.box || !isFinite(*frame.box)) {
         return std::nullopt;
     }
     ParticleBox const& box = *frame.box;
-    Cell cell{box.origin, {box.edges[0], box.edges[1], box.edges[2]}, {}, box.isPeriodic};
+    PeriodicBox found{box.origin, {box.edges[0], box.edges[1], box.edges[2]}, {}, box.isPeriodic};
     bool hasExtent = false;
     for (std::size_t k = 0; k < 3; ++k) {
-        if (length(cell.edges[k]) > 0) {
+        if (length(found.edges[k]) > 0) {
             hasExtent = true;
         } else {
-            cell.edges[k] = across(cell.edges[(k + 1) % 3], cell.edges[(k + 2) % 3]);
-            cell.isPeriodic[k] = false;
+            found.edges[k] = across(found.edges[(k + 1) % 3], found.edges[(k + 2) % 3]);
+            found.isPeriodic[k] = false;
         }
     }
-    double const volume = dot(cell.edges[0], cross(cell.edges[1], cell.edges[2]));
-    double const largest = length(cell.edges[0]) * length(cell.edges[1]) * length(cell.edges[2]);
+    double const volume = dot(found.edges[0], cross(found.edges[1], found.edges[2]));
+    double const largest = length(found.edges[0]) * length(found.edges[1]) * length(found.edges[2]);
     if (!hasExtent || !std::isfinite(largest) || !(std::abs(volume) > 1e-12 * largest)) {
         return std::nullopt;
     }
     for (std::size_t k = 0; k < 3; ++k) {
-        cell.inverse[k] = cross(cell.edges[(k + 1) % 3], cell.edges[(k + 2) % 3]) / volume;
+        found.inverse[k] = cross(found.edges[(k + 1) % 3], found.edges[(k + 2) % 3]) / volume;
     }
-    return cell;
+    return found;
 }
 
-Vector3<double> ParticlePlaces::Cell::wrapped(Vector3<double> place) const {
+Vector3<double> ParticlePlaces::PeriodicBox::wrapped(Vector3<double> place) const {
     Point const inside = place - origin;
     for (std::size_t k = 0; k < 3; ++k) {
         double const whole = isPeriodic[k] ? std::floor(dot(inside, inverse[k])) : 0;

@@ -17,10 +17,10 @@ namespace vellum::viewport {
 ///     element == "O" || sqrt(x^2 + y^2) < 3
 ///     `c_pe[1]/atom` > -4.5
 ///
-/// Names are those of Quantity::find(), and of labels and types, which can be compared with texts. Letters, digits,
-/// '_', '.' and brackets make a name; others stand in backquotes. There are the usual operators, also `and`, `or`,
-/// `not`, which holds for the comparison behind it, and `c ? a : b`, and the functions of muParser. A particle of
-/// which it gives NaN is not selected.
+/// Names are those of Quantity::find(), and of labels and types, which can be compared with texts. Letters,
+/// digits, '_', '.' and brackets make a name; others stand in backquotes. There are the usual operators, also
+/// `and`, `or`, `not`, which holds for the comparison behind it, and `c ? a : b`, and the functions of
+/// muParser. A particle of which it gives NaN is not selected.
 class ParticleSelection {
 public:
     /// A fault says where the expression is no such expression; which names there are is not known yet.

@@ -9,8 +9,9 @@
 
 namespace vellum::viewport {
 
-/// Turns directions of files so that what is up in them becomes y, and back. Only exchanges components and changes
-/// signs, so it loses no digit. Seen from the front, x of the files stays to the right where that can be.
+/// Turns directions of files so that what is up in them becomes y, and back. Only exchanges components and
+/// changes signs, so it loses no digit. Seen from the front, x of the files stays to the right where that can
+/// be.
 class Turn {
 public:
     explicit Turn(UpAxis up = UpAxis::Y) : up(up) {}

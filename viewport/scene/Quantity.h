@@ -19,15 +19,15 @@ inline Vector3<double> vectorOf(ParticleFrame const& frame, ParticleVector const
             frame.channels[vector.columns[2]].values[particle]};
 }
 
-/// One number for each particle of a frame: a channel of the file, the length of a vector, or a coordinate of the
-/// places. Frame and places must outlive it.
+/// One number for each particle of a frame: a channel of the file, the length of a vector, or a coordinate of
+/// the places. Frame and places must outlive it.
 class Quantity {
 public:
     static constexpr char SPEED_NAME[] = "speed";
 
-    /// The quantity of that name. A channel of the file comes first, then the length of the vector of that name;
-    /// `speed` is that of the velocity, `vx`, `vy` and `vz` are its components, and `x`, `y` and `z` are the
-    /// coordinates. Nothing where the frame has none.
+    /// The quantity of that name. A channel of the file comes first, then the length of the vector of that
+    /// name; `speed` is that of the velocity, `vx`, `vy` and `vz` are its components, and `x`, `y` and `z`
+    /// are the coordinates. Nothing where the frame has none.
     static std::optional<Quantity> find(ParticleFrame const& frame, ParticlePlaces const& places,
                                         std::string const& name);
 
@@ -37,9 +37,9 @@ public:
     /// The names of all quantities that a frame offers and of its labels, for messages.
     static std::vector<std::string> names(ParticleFrame const& frame);
 
-    /// The names of the quantities that colors may show where nothing is asked for, the likeliest to be of interest
-    /// first: the speed, columns, other vectors. Neither ids, types and image flags nor what is shown otherwise:
-    /// coordinates, sizes, colors, components of vectors.
+    /// The names of the quantities that colors may show where nothing is asked for, the likeliest to be of
+    /// interest first: the speed, columns, other vectors. Neither ids, types and image flags nor what is
+    /// shown otherwise: coordinates, sizes, colors, components of vectors.
     static std::vector<std::string> suitableNames(ParticleFrame const& frame);
 
     /// As the file has it; empty where it has none.

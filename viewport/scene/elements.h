@@ -15,8 +15,8 @@ struct Element {
     Color4<float> color() const;
 };
 
-/// The element of a symbol, in any case: "Fe", "FE" and "fe" are iron. Null where there is none. D and T are heavy
-/// hydrogen.
+/// The element of a symbol, in any case: "Fe", "FE" and "fe" are iron. Null where there is none. D and T are
+/// heavy hydrogen.
 Element const* findElement(std::string_view symbol);
 
 /// From 1 on, in the order of the periodic system.

@@ -18,8 +18,8 @@ struct CameraPlacement {
     double fieldOfView;  ///< vertical, degrees; perspective only
     double zoom;
 
-    /// Chooses what is not given. A placement that is given whole comes back as it is. A fault where what is given and what
-    /// is chosen make no camera.
+    /// Chooses what is not given. A placement that is given whole comes back as it is. A fault where what is
+    /// given and what is chosen make no camera.
     /// \param points what is to be seen, in the frame of the scene
     static Result<CameraPlacement> of(CameraSpec const& spec, Scene const& scene,
                                       std::vector<Vector3<double>> const& points, double aspect);
@@ -34,8 +34,8 @@ std::string axisViewToOptions(CameraSpec const& spec);
 /// The ground that is to be seen around the models too, in the frame of the scene.
 Box3<double> surroundingsOf(Scene const& scene);
 
-/// A direction by its angles in the frame of the scene, from the middle to the place: 0 is +z, an azimuth of 90 is +x, an
-/// elevation of 90 is +y. Degrees; unit length.
+/// A direction by its angles in the frame of the scene, from the middle to the place: 0 is +z, an azimuth of
+/// 90 is +x, an elevation of 90 is +y. Degrees; unit length.
 Vector3<double> directionByAngles(double azimuth, double elevation);
 
 }  // namespace vellum::viewport

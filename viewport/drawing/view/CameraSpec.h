@@ -9,8 +9,8 @@ namespace vellum::viewport {
 
 enum class Projection { PERSPECTIVE, PARALLEL };
 
-/// From where a scene is seen, as it is asked for. What is not given is chosen so that the scene is seen whole. Places and
-/// directions are those of the files.
+/// From where a scene is seen, as it is asked for. What is not given is chosen so that the scene is seen
+/// whole. Places and directions are those of the files.
 struct CameraSpec {
     static constexpr double FIELD_OF_VIEW = 32;
 

@@ -7,8 +7,8 @@
 
 namespace vellum::viewport {
 
-/// OpenGL draws only what is inside a box while it lives. The camera's model-view matrix must be loaded. Drawing by the
-/// fixed pipeline only: shaders need not obey.
+/// OpenGL draws only what is inside a box while it lives. The camera's model-view matrix must be loaded.
+/// Drawing by the fixed pipeline only: shaders need not obey.
 class ClipPlanes {
 public:
     /// \param box in axes and units of the files; nothing: nothing is clipped.

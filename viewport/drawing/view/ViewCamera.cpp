@@ -115,8 +115,8 @@ void ViewCamera::_frameFreely(CameraPlacement const& placement, Scene const& sce
     if (placement.projection == Projection::PERSPECTIVE) {
         double const tangent = std::tan(placement.fieldOfView * PI / 360) / placement.zoom;
         viewCamera.fieldOfView = static_cast<float>(std::atan(tangent) * 360 / PI);
-        // A little slack keeps the first and the last point from being cut by rounding. A scene behind the eye is not seen,
-        // but the distances must make sense.
+        // A little slack keeps the first and the last point from being cut by rounding. A scene behind the
+        // eye is not seen, but the distances must make sense.
         double const farthest = std::max(seen.farthest * 1.01, 1e-3 * Scene::RADIUS);
         viewCamera.farDistance = static_cast<float>(farthest);
         viewCamera.nearDistance =

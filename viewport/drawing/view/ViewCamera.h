@@ -15,7 +15,8 @@
 
 namespace vellum::viewport {
 
-/// The camera of a view: frames what is to be seen, loads the matrices, and knows how the screen lies in the scene.
+/// The camera of a view: frames what is to be seen, loads the matrices, and knows how the screen lies in the
+/// scene.
 ///
 ///     ViewCamera camera({toolkit::ViewKind::TOP});
 ///     camera.frame(scene, points, size);      // whenever the scene or the size of the picture has changed
@@ -26,7 +27,8 @@ class ViewCamera {
 public:
     explicit ViewCamera(CameraSpec const& spec) : spec(spec) {}
 
-    /// Takes its place. A fault, with the camera of the last framing, where what is asked for makes no camera.
+    /// Takes its place. A fault, with the camera of the last framing, where what is asked for makes no
+    /// camera.
     /// \param points what is to be seen, in the frame of the scene
     /// \param size of the area that the scene is framed in
     std::optional<Fault> frame(Scene const& scene, std::vector<Vector3<double>> const& points,
@@ -55,8 +57,8 @@ public:
     /// Half of what the width of the area shows, in units of the scene. Not in perspective.
     double halfWidth() const;
 
-    /// The distance from the eye along the direction of view, in units of the scene, of a value of the depth buffer. The
-    /// eye of a view along an axis stands three radii of the scene before its middle.
+    /// The distance from the eye along the direction of view, in units of the scene, of a value of the depth
+    /// buffer. The eye of a view along an axis stands three radii of the scene before its middle.
     double distanceOf(double depth) const;
 
     /// The camera itself, for layers that ask for it.

@@ -20,8 +20,8 @@ struct DecompressedText {
 bool isCompressed(std::string_view bytes);
 
 /// Uncompresses all members of a file of gzip, zstd or xz, one after the other. Damaged data and data of more
-/// than `limit` bytes are a fault, as are those that take more than 1 GiB to uncompress; data that are cut off
-/// give the part that is there. Bytes behind the last member are ignored.
+/// than `limit` bytes are a fault, as are those that take more than 1 GiB to uncompress; data that are cut
+/// off give the part that is there. Bytes behind the last member are ignored.
 /// \param progress gets the compressed bytes done and all compressed bytes; may be empty.
 Result<DecompressedText> decompress(std::string_view compressed, std::uint64_t limit,
                                     Progress const& progress);

@@ -31,8 +31,8 @@ struct GuardedRun {
     /// In the child: a fault as an outcome.
     std::function<std::vector<unsigned char>(std::string const& message)> encodeFault;
 
-    /// In this process: takes an outcome over, which it checks like any foreign data, and gives the fault that the
-    /// outcome is or has. The bytes are valid until it returns.
+    /// In this process: takes an outcome over, which it checks like any foreign data, and gives the fault
+    /// that the outcome is or has. The bytes are valid until it returns.
     std::function<std::optional<Fault>(unsigned char const* bytes, std::size_t size)> take;
 };
 

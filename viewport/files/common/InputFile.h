@@ -15,11 +15,11 @@ namespace vellum::viewport {
 ///     if (file.isOk() && isParticleFile(file.value()))
 ///         ... ParticleFile(file.value(), std::nullopt).load(...)
 ///
-/// Regular files are mapped. Pipes and standard input, which can be read only once, are read to their end into
-/// memory. Copies share the bytes.
+/// Regular files are mapped. Pipes and standard input, which can be read only once, are read to their end
+/// into memory. Copies share the bytes.
 ///
-/// Importers of meshes open paths themselves. A pipe has none that could be opened again: where isFromPipe(), an
-/// importer must be given bytes(), and the format by name or by the bytes.
+/// Importers of meshes open paths themselves. A pipe has none that could be opened again: where isFromPipe(),
+/// an importer must be given bytes(), and the format by name or by the bytes.
 class InputFile {
 public:
     /// The most bytes that are read from a pipe.

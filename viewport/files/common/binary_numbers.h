@@ -7,8 +7,8 @@
 
 namespace vellum::viewport {
 
-/// The number at these bytes. Assembled byte by byte: records of files are not aligned, and either byte order may
-/// differ from that of the machine.
+/// The number at these bytes. Assembled byte by byte: records of files are not aligned, and either byte order
+/// may differ from that of the machine.
 template <class T>
 T binaryNumber(char const* bytes, bool isBigEndian) {
     using Bits = std::conditional_t<

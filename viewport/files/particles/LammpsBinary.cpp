@@ -349,7 +349,8 @@ private:
         return std::nullopt;
     }
 
-    /// Whether the rows are those of "dump atom": an id, a type, three fractions and perhaps three image flags.
+    /// Whether the rows are those of "dump atom": an id, a type, three fractions and perhaps three image
+    /// flags.
     bool _isOfAtoms(Head const& head) {
         if (head.fields != 5 && head.fields != 8) {
             return false;
@@ -383,7 +384,8 @@ bool isLammpsBinary(std::string_view bytes) {
     if (!magicAt(bytes).empty()) {
         return true;
     }
-    // The older format has no signature: a time step, a number of atoms and a box, all of which must be sound.
+    // The older format has no signature: a time step, a number of atoms and a box, all of which must be
+    // sound.
     Progress const nobody;
     return BinaryDump(bytes, std::nullopt, nobody).beginsWell();
 }

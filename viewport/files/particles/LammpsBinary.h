@@ -14,13 +14,13 @@ namespace vellum::viewport {
 bool isLammpsBinary(std::string_view bytes);
 
 /// Reads a binary dump of LAMMPS of either byte order: the newer format, which names its columns, units and
-/// time, and the older one, which names nothing. The columns of an older dump are known where it is one of "dump
-/// atom": id, type and scaled positions, perhaps with image flags. Any other older dump is a fault.
+/// time, and the older one, which names nothing. The columns of an older dump are known where it is one of
+/// "dump atom": id, type and scaled positions, perhaps with image flags. Any other older dump is a fault.
 ///
-/// Columns mean what they mean in a text (see readLammpsDump()). A dump that is cut off gives its complete frames
-/// and a warning; all other damage is a fault, without a file.
-/// \param frame counted from 0; nothing: the last complete one. Behind the last frame the result has a count and
-///              no particles.
+/// Columns mean what they mean in a text (see readLammpsDump()). A dump that is cut off gives its complete
+/// frames and a warning; all other damage is a fault, without a file.
+/// \param frame counted from 0; nothing: the last complete one. Behind the last frame the result has a count
+///              and no particles.
 /// \param progress may be empty.
 Result<LoadedFrame> readLammpsBinary(std::string_view bytes, std::optional<std::size_t> frame,
                                      Progress const& progress);

@@ -13,10 +13,10 @@ bool isLammpsData(std::string_view text);
 
 /// Reads a data file of LAMMPS (for "read_data", by "write_data"): one frame.
 ///
-/// The section "Atoms" names its style in a comment ("Atoms # full"), which tells the columns; without one only
-/// rows of five columns are certain ("atomic"), all others are a fault. Three further columns are image flags.
-/// Rows of "Velocities" are joined by their ids. Types have the names of the section "Atom Type Labels", or of
-/// comments in "Masses". Bonds, coefficients and shapes are skipped.
+/// The section "Atoms" names its style in a comment ("Atoms # full"), which tells the columns; without one
+/// only rows of five columns are certain ("atomic"), all others are a fault. Three further columns are image
+/// flags. Rows of "Velocities" are joined by their ids. Types have the names of the section "Atom Type
+/// Labels", or of comments in "Masses". Bonds, coefficients and shapes are skipped.
 ///
 /// Damage is a fault, without a file.
 /// \param progress may be empty.

@@ -13,10 +13,10 @@ namespace vellum::viewport {
 /// Reads the text of a LAMMPS dump ("dump custom", "dump atom").
 ///
 /// The line "ITEM: ATOMS ..." names the columns. Positions are the first of these that exist: x y z, xu yu
-/// zu, xs ys zs, xsu ysu zsu; scaled ones are put into the box, tilted or not. Every other column of numbers is
-/// a channel, also the id, by which the particles are sorted; columns of words are labels. "ITEM: UNITS" gives
-/// the units of the columns that LAMMPS itself defines. Columns, boxes and counts may change from frame to
-/// frame.
+/// zu, xs ys zs, xsu ysu zsu; scaled ones are put into the box, tilted or not. Every other column of numbers
+/// is a channel, also the id, by which the particles are sorted; columns of words are labels. "ITEM: UNITS"
+/// gives the units of the columns that LAMMPS itself defines. Columns, boxes and counts may change from frame
+/// to frame.
 ///
 /// A dump that is cut off gives its complete frames and a warning; all other damage is a fault, without a
 /// file.

@@ -92,7 +92,8 @@ bool isObjOfPoints(std::string_view text) {
             return false;
         }
     }
-    // Faces mostly end a file: its last lines tell those of meshes apart without a search through all vertices.
+    // Faces mostly end a file: its last lines tell those of meshes apart without a search through all
+    // vertices.
     constexpr std::size_t END_SIZE = std::size_t(1) << 16;
     std::string_view end = text.substr(text.size() - std::min(text.size(), END_SIZE));
     if (end.size() < text.size()) {

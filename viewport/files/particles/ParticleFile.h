@@ -16,8 +16,8 @@ namespace vellum::viewport {
 
 enum class ParticleFormat { LAMMPS_DUMP, LAMMPS_BINARY, LAMMPS_DATA, XYZ, CSV, PLY, LAS, OBJ };
 
-/// The format that the bytes of a file show; nothing where no reader of particles understands them, as with a PLY
-/// or OBJ file that has faces. The first 64 KiB are enough except for OBJ, whose faces may come late.
+/// The format that the bytes of a file show; nothing where no reader of particles understands them, as with a
+/// PLY or OBJ file that has faces. The first 64 KiB are enough except for OBJ, whose faces may come late.
 std::optional<ParticleFormat> particleFormatOf(std::string_view bytes);
 
 /// The format of that name, as in "lammps-dump"; nothing where there is none.
@@ -32,10 +32,10 @@ std::vector<std::string> particleFormatNames();
 ///     if (!particles.isOk())
 ///         std::cerr << particles.fault().line() << '\n';
 ///
-/// Reads LAMMPS dumps, text and binary, and data files, XYZ and extended XYZ, CSV with a line of names the vertices
-/// of PLY and OBJ files without faces, and LAS, also compressed by gzip, zstd or xz. The format is detected from the content, not from
-/// the name, unless it is given. Any file may be named; none makes it throw or crash, or take more memory than its
-/// text and one frame call for.
+/// Reads LAMMPS dumps, text and binary, and data files, XYZ and extended XYZ, CSV with a line of names, the
+/// vertices of PLY and OBJ files without faces, and LAS, also compressed by gzip, zstd or xz. The format is
+/// detected from the content, not from the name, unless it is given. Any file may be named; none makes it
+/// throw or crash, or take more memory than its text and one frame call for.
 class ParticleFile {
 public:
     /// The most bytes that a compressed file may hold.

@@ -57,8 +57,9 @@ struct ParticleSizes {
 
 /// The particles at one time, as the file has them.
 ///
-/// A plain value. All lists that are not empty have the same length. Numbers are those of the file, in double precision: some
-/// may be infinite or NaN, and particles may lie outside the box. What is drawn of a frame is a ParticleCloud.
+/// A plain value. All lists that are not empty have the same length. Numbers are those of the file, in double
+/// precision: some may be infinite or NaN, and particles may lie outside the box. What is drawn of a frame is
+/// a ParticleCloud.
 struct ParticleFrame {
     std::string file;            ///< as the user named it
     std::int64_t timestep = 0;   ///< as the file says, else the frame's number from 0
@@ -68,8 +69,8 @@ struct ParticleFrame {
     std::vector<ParticleChannel> channels;  ///< in the order of the file's columns, also those of vectors
     std::vector<ParticleVector> vectors;    ///< the velocity first, where there is one
     std::vector<ParticleLabels> labels;     ///< columns of words
-    std::map<std::int64_t, std::string>
-        typeNames;  ///< of the numbers in the channel "type", where the file names them
+    /// Of the numbers in the channel "type", where the file names them.
+    std::map<std::int64_t, std::string> typeNames;
     std::optional<ParticleColors> colors;  ///< nothing: the file has none
     std::optional<ParticleSizes> sizes;    ///< nothing: the file has none
 

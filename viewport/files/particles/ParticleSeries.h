@@ -21,16 +21,16 @@ namespace vellum::viewport {
 /// particle files, the caller decides.
 class ParticleSeries {
 public:
-    /// The series of these files, in the order of their numbers. Nothing unless they are two or more whose paths
-    /// differ in one number alone, which no two of them share.
+    /// The series of these files, in the order of their numbers. Nothing unless they are two or more whose
+    /// paths differ in one number alone, which no two of them share.
     static std::optional<ParticleSeries> of(std::vector<std::string> const& paths);
 
     /// By the number of the frame, from 0.
     std::vector<std::string> const& files() const { return paths; }
 
-    /// Reads one frame and opens its file alone. Of a file of several frames it is the last one, and the result
-    /// has a warning. The result's number and count are those of the series; the time steps of the other frames are
-    /// not known. See ParticleFile::load().
+    /// Reads one frame and opens its file alone. Of a file of several frames it is the last one, and the
+    /// result has a warning. The result's number and count are those of the series; the time steps of the
+    /// other frames are not known. See ParticleFile::load().
     /// \param frame counted from 0; nothing: the last one. A frame that the series does not have is a fault.
     /// \param format nothing: what the content shows
     Result<LoadedFrame> load(std::optional<std::size_t> frame, Progress const& progress,

@@ -258,8 +258,8 @@ bool TableRows::_toNumber(std::size_t column, std::string_view word, double& val
     return _fail(quoted(word) + " in column " + quoted(columns[column].name) + " is not a number");
 }
 
-/// Whether the column of the damaged line had no number so far. Then its cells are words, and so are those of all
-/// other columns for which the line shows the same: a table of many columns is not read once for each.
+/// Whether the column of the damaged line had no number so far. Then its cells are words, and so are those of
+/// all other columns for which the line shows the same: a table of many columns is not read once for each.
 bool TableRows::_becomesWords(ParticleFrame const& frame) {
     if (!isMissingAllowed || !failedColumn) {
         return false;

@@ -28,8 +28,8 @@ public:
     /// reported as missing rows. Empty: no mark.
     void endAt(std::string_view mark) { this->mark = mark; }
 
-    /// The words NA, N/A, null and - are NaN, too. A column without a number may begin with them and go on with
-    /// words.
+    /// The words NA, N/A, null and - are NaN, too. A column without a number may begin with them and go on
+    /// with words.
     void allowMissing() { isMissingAllowed = true; }
 
     /// What follows this mark in a row is no part of it.

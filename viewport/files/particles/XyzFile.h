@@ -14,11 +14,11 @@ namespace vellum::viewport {
 /// particle.
 ///
 /// Where the comment says "Properties=..." it names the columns: pos gives positions, id the order of the
-/// particles; every other real or whole number is a channel, named as the property, with ".x" or ".1" and so on
-/// where it has several (".r" where it is a color); words and truth values are labels. Lattice="..." gives the
-/// edges of the box, Origin="..." its corner, pbc="T T F" along which edges it is periodic. Plain XYZ has a kind
-/// and three coordinates, or the coordinates alone; a kind is an element, or a number of a type; seven columns
-/// end with a velocity, all other further columns are channels or labels. See also findMeanings().
+/// particles; every other real or whole number is a channel, named as the property, with ".x" or ".1" and so
+/// on where it has several (".r" where it is a color); words and truth values are labels. Lattice="..." gives
+/// the edges of the box, Origin="..." its corner, pbc="T T F" along which edges it is periodic. Plain XYZ has
+/// a kind and three coordinates, or the coordinates alone; a kind is an element, or a number of a type; seven
+/// columns end with a velocity, all other further columns are channels or labels. See also findMeanings().
 ///
 /// The comment gives the time step behind "Timestep" or "step", and the time behind "Time". A file that is
 /// cut off gives its complete frames and a warning; all other damage is a fault, without a file.
