@@ -1,5 +1,7 @@
 #include "viewport/scene/ParticleKinds.h"
 
+#include "viewport/scene/rgb_color.h"
+
 #include <algorithm>
 #include <cmath>
 #include <iterator>
@@ -58,11 +60,6 @@ std::optional<std::vector<double>> wholeNumbersIn(std::vector<double> const& val
 
 std::string textOf(double number) {
     return std::to_string(static_cast<long long>(number));
-}
-
-Color4<float> fromRgb(unsigned int rgb) {
-    auto const part = [rgb](unsigned int shift) { return static_cast<float>(rgb >> shift & 0xFFU) / 255.0F; };
-    return {part(16), part(8), part(0), 1};
 }
 
 /// \param hue 0 to 1
@@ -217,7 +214,7 @@ Color4<float> kindColor(std::size_t index) {
                                        0x3FC7C0, 0xF28CC2, 0xB0815A, 0xB5D84A, 0x5B6BD6, 0xFFB199,
                                        0xD94FA8, 0x9A9A3C, 0xA6E3B8, 0x8FD0FF};
     if (index < std::size(CHOSEN)) {
-        return fromRgb(CHOSEN[index]);
+        return colorOfRgb(CHOSEN[index]);
     }
     // The golden angle: no two of so many are near each other.
     constexpr double GOLDEN = 0.61803398874989485;

@@ -2,9 +2,9 @@
 
 #include "viewport/scene/ParticleKinds.h"
 #include "viewport/scene/Quantity.h"
+#include "viewport/text/data_numbers.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <functional>
 #include <memory>
@@ -17,10 +17,6 @@ namespace vellum::viewport {
 namespace {
 
 constexpr std::size_t BLOCK = 16384;  // particles that are looked at together
-
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 bool isNameStart(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' ||

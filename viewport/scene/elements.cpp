@@ -1,8 +1,9 @@
 #include "viewport/scene/elements.h"
 
+#include "viewport/scene/rgb_color.h"
+#include "viewport/text/lower_case.h"
+
 #include <algorithm>
-#include <cctype>
-#include <cstring>
 #include <iterator>
 #include <string>
 
@@ -124,31 +125,25 @@ constexpr Element ELEMENTS[] = {
 };
 // clang-format on
 
-char upper(char letter) {
-    return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
-}
-
-bool isSame(std::string_view one, std::string_view other) {
-    return std::equal(one.begin(), one.end(), other.begin(), other.end(),
-                      [](char a, char b) { return upper(a) == upper(b); });
-}
+constexpr std::size_t LONGEST_SYMBOL = 2;
 
 }  // namespace
 
 Color4<float> Element::color() const {
-    auto const part = [this](unsigned int shift) {
-        return static_cast<float>(rgb >> shift & 0xFFU) / 255.0F;
-    };
-    return {part(16), part(8), part(0), 1};
+    return colorOfRgb(rgb);
 }
 
 Element const* findElement(std::string_view symbol) {
-    if (isSame(symbol, "D") || isSame(symbol, "T")) {
+    if (symbol.size() > LONGEST_SYMBOL) {
+        return nullptr;
+    }
+    std::string const wanted = lowerCase(symbol);
+    if (wanted == "d" || wanted == "t") {
         return ELEMENTS;
     }
     Element const* const found =
         std::find_if(std::begin(ELEMENTS), std::end(ELEMENTS),
-                     [symbol](Element const& element) { return isSame(symbol, element.symbol); });
+                     [&wanted](Element const& element) { return lowerCase(element.symbol) == wanted; });
     return found != std::end(ELEMENTS) ? found : nullptr;
 }
 

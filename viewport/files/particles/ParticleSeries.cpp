@@ -1,5 +1,7 @@
 #include "viewport/files/particles/ParticleSeries.h"
 
+#include "viewport/text/data_numbers.h"
+
 #include <algorithm>
 #include <string_view>
 #include <utility>
@@ -8,10 +10,6 @@ namespace vellum::viewport {
 
 namespace {
 
-bool isDigitAt(std::string_view text, std::size_t place) {
-    return text[place] >= '0' && text[place] <= '9';
-}
-
 /// A path as texts and numbers in turns, the first one a text, which may be empty.
 std::vector<std::string_view> partsOf(std::string_view path) {
     std::vector<std::string_view> parts;
@@ -19,7 +17,7 @@ std::vector<std::string_view> partsOf(std::string_view path) {
     while (start < path.size() || parts.empty()) {
         bool const isNumber = parts.size() % 2 == 1;
         std::size_t end = start;
-        while (end < path.size() && isDigitAt(path, end) == isNumber) {
+        while (end < path.size() && isDigit(path[end]) == isNumber) {
             ++end;
         }
         parts.push_back(path.substr(start, end - start));
