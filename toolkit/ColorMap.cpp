@@ -9,8 +9,8 @@ namespace vellum::toolkit {
 
 namespace {
 
-// Evenly spaced, each as 0xRRGGBB. There are more where the colors change fast. The authors of the published maps have put
-// their tables into the public domain or under a license as free.
+// Evenly spaced, each as 0xRRGGBB. There are more where the colors change fast. The authors of the published maps have
+// put their tables into the public domain or under a license as free.
 constexpr unsigned int VIRIDIS[] = {0x440154, 0x471568, 0x482878, 0x443A83, 0x3E4A89, 0x38598D, 0x31688E,
                                     0x2B758E, 0x26828E, 0x20908C, 0x1F9E89, 0x26AB83, 0x35B779, 0x4DC36B,
                                     0x6DCD59, 0x8FD642, 0xB4DE2C, 0xDCE31F, 0xFDE725};

@@ -207,8 +207,8 @@ bool isFilledAlike(ParticleLook const& a, ParticleLook const& b) {
 
 }  // namespace
 
-/// What is drawn is one system as it is, or copies of its particles, one for each ramp; or particles with colors or sizes of
-/// their own; or solid arrows.
+/// What is drawn is one system as it is, or copies of its particles, one for each ramp; or particles with colors or
+/// sizes of their own; or solid arrows.
 class ParticleRenderer::Parts {
 public:
     Parts() = default;

@@ -34,9 +34,9 @@ struct StageReport {
     Replacement replacement;
 };
 
-/// The report as lines for people, each complete: "FILE:LINE: MESSAGE" for the messages, and last what is drawn instead. A
-/// stage without a file is named "the vertex stage" and so on, the program "the program of the stages". Control characters
-/// become '?', as drivers repeat texts of files.
+/// The report as lines for people, each complete: "FILE:LINE: MESSAGE" for the messages, and last what is drawn
+/// instead. A stage without a file is named "the vertex stage" and so on, the program "the program of the stages".
+/// Control characters become '?', as drivers repeat texts of files.
 VL_TOOLKIT_EXPORT std::string toText(StageReport const& report);
 
 /// The lines of a driver's log, each once. Understood are the forms "0:12(5): error: ...", "0(12) : error ..." and

@@ -34,8 +34,8 @@ struct ArrowShape {
 
 /// Widens a box so that it holds an arrow.
 /// \param mode ARROWS or SOLID_ARROWS
-/// \param along from tail to tip: the particle's vector times ParticleLook::size. Vectors and positions that are not finite
-///     widen nothing.
+/// \param along from tail to tip: the particle's vector times ParticleLook::size. Vectors and positions that are not
+///     finite widen nothing.
 inline void includeArrow(Box3<double>& box, ParticleMode mode, Vector3<double> const& position,
                          Vector3<double> const& along) {
     double const reach = length(along);

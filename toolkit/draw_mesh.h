@@ -32,8 +32,8 @@ namespace vellum::toolkit {
 ///    renderFaceted(), renderTextured() or renderFacetedTextured(); with colors glBegin(GL_TRIANGLES), for every
 ///    corner glNormal3fv (faceted: for every triangle), glTexCoord2fv with a channel, glColor4fv and glVertex3dv, glEnd;
 ///  - edges: glDisable as above, and the calls of Mesh_RL_GL::renderEdges(), or of render() for all triangles; hidden ones
-///    between glGetIntegerv x 2, glDepthFunc and glDepthMask, and the same two that restore;
-/// then glGetFloatv(GL_CURRENT_COLOR) and glPopAttrib. For boxes and edges glGetString(GL_VERSION) tells whether there are
+/// between glGetIntegerv x 2, glDepthFunc and glDepthMask, and the same two that restore; then
+/// glGetFloatv(GL_CURRENT_COLOR) and glPopAttrib. For boxes and edges glGetString(GL_VERSION) tells whether there are
 /// shaders; with them glGetIntegerv(GL_CURRENT_PROGRAM), and glUseProgram(0) and one that restores where it names one.
 /// State: all that it changes is restored, except the bindings of buffers, which are 0, and the arrays of vertices,
 /// normals and texture coordinates, which are off. With color material the material is that of the current color of

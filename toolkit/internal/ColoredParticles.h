@@ -14,8 +14,8 @@ namespace vellum::toolkit {
 class ColoredArrows;
 class ColoredSpheres;
 
-/// Particles that have a color or a size each: one list of records, in a buffer object if the layer has memory for it, else
-/// in main memory. The library's renderer colors by one number of each particle and draws all in one size.
+/// Particles that have a color or a size each: one list of records, in a buffer object if the layer has memory for it,
+/// else in main memory. The library's renderer colors by one number of each particle and draws all in one size.
 ///
 /// Points are drawn by fixed functions, one draw call for each size. Spheres and arrows are drawn by effects in one.
 class ColoredParticles {

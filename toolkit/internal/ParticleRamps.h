@@ -30,11 +30,11 @@ struct ParticleRamp {
 /// only the length of a vector with a map of two colors is drawn from the system as it is (isDirect). For all else the
 /// particles are copied, to as many systems as there are ramps: each with the channels "position" and "shown".
 ///
-/// Points and spheres: one ramp from 0 to 1 for each two neighboring colors. Below the range 0 is shown, above it 2 in the
-/// last of them. One more of one color for NaN.
+/// Points and spheres: one ramp from 0 to 1 for each two neighboring colors. Below the range 0 is shown, above it 2 in
+/// the last of them. One more of one color for NaN.
 ///
-/// Arrows lie along the vectors that are shown, so these keep direction and length. Colored by length: a ramp for each two
-/// neighboring colors, from one length to another. Colored by a component: a ramp of one color for each of STEPS
+/// Arrows lie along the vectors that are shown, so these keep direction and length. Colored by length: a ramp for each
+/// two neighboring colors, from one length to another. Colored by a component: a ramp of one color for each of STEPS
 /// steps. In both cases one more ramp of one color for those below the range and one for those above.
 class ParticleRamps {
 public:
