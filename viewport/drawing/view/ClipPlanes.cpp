@@ -1,6 +1,5 @@
 #include "viewport/drawing/view/ClipPlanes.h"
 
-
 #include <GL/glew.h>
 
 namespace vellum::viewport {
