@@ -46,10 +46,16 @@ public:
             _finish(state);
             file.materials.push_back(std::move(state.result));
         }
+        if (badNumberCount > MOST_NOTES) {
+            file.notes.push_back(std::to_string(badNumberCount - MOST_NOTES) +
+                                 " more numbers are none; skipped");
+        }
         return std::move(file);
     }
 
 private:
+    static constexpr std::size_t MOST_NOTES = 8;  // of numbers that are none; the others are counted
+
     /// A material and what its parts are decided by once all is read.
     struct State {
         MtlMaterial result;
@@ -97,8 +103,10 @@ private:
         std::string_view const word = takeWord(line);
         std::optional<double> const number = toDataNumber(word);
         if (!number || !std::isfinite(*number)) {
-            file.notes.push_back("line " + std::to_string(lines.number()) + ": " + quoted(word) + " behind " +
-                                 viewport::quoted(keyword) + " is not a number; skipped");
+            if (++badNumberCount <= MOST_NOTES) {
+                file.notes.push_back("line " + std::to_string(lines.number()) + ": " + quoted(word) +
+                                     " behind " + viewport::quoted(keyword) + " is not a number; skipped");
+            }
             return std::nullopt;
         }
         return static_cast<float>(*number);
@@ -193,6 +201,7 @@ private:
     std::vector<State> states;
     std::map<std::string, std::size_t> indices;
     State* current = nullptr;
+    std::size_t badNumberCount = 0;
 };
 
 void append(MtlFile& to, MtlFile&& from, std::string const& name) {
@@ -203,11 +212,14 @@ void append(MtlFile& to, MtlFile&& from, std::string const& name) {
     }
 }
 
-/// Adds the file of that name; false where it is not there.
-bool addFile(std::string const& objPath, std::string const& name, MtlFile& to) {
+/// Adds the file of that name, unless it is one of those that were; false where it is not there.
+bool addFile(std::string const& objPath, std::string const& name, std::set<std::string>& added, MtlFile& to) {
     std::optional<std::string> const path = findTexture(objPath, name);
     if (!path) {
         return false;
+    }
+    if (!added.insert(*path).second) {
+        return true;
     }
     Result<MappedFile> const file = MappedFile::open(*path);
     if (!file.isOk()) {
@@ -224,10 +236,10 @@ MtlFile readMtl(std::string_view text) {
     return MtlReader(text).read();
 }
 
-MtlFile loadMtl(std::string const& objPath, std::string const& names) {
+MtlFile loadMtl(std::string const& objPath, std::string const& names, std::set<std::string>& added) {
     MtlFile all;
     std::string const whole(trimmed(names));
-    if (whole.empty() || addFile(objPath, whole, all)) {
+    if (whole.empty() || addFile(objPath, whole, added, all)) {
         return all;
     }
     std::vector<std::string> missing;
@@ -235,7 +247,7 @@ MtlFile loadMtl(std::string const& objPath, std::string const& names) {
     bool isAnyThere = false;
     while (!trimmed(rest).empty()) {
         std::string const name(takeWord(rest));
-        if (addFile(objPath, name, all)) {
+        if (addFile(objPath, name, added, all)) {
             isAnyThere = true;
         } else {
             missing.push_back(name);
@@ -249,7 +261,7 @@ MtlFile loadMtl(std::string const& objPath, std::string const& names) {
     }
     // The name of a file that was renamed, or of none.
     std::string const ownName = std::filesystem::path(objPath).stem().string() + ".mtl";
-    bool const hasOwn = addFile(objPath, ownName, all);
+    bool const hasOwn = addFile(objPath, ownName, added, all);
     all.notes.insert(all.notes.begin(),
                      "material file '" + whole + "' is not beside the file; " +
                          (hasOwn ? "'" + ownName + "' is read in its place" : "drawn without it"));

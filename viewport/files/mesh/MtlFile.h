@@ -3,6 +3,7 @@
 #include "viewport/files/mesh/Material.h"
 
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,6 +40,7 @@ MtlFile readMtl(std::string_view text);
 /// is looked for as findTexture() does. Where none of them is there, a file named as the OBJ file, but ending in
 /// .mtl, takes their place, which a note says; all that is missing adds one.
 /// \param names what follows the keyword
-MtlFile loadMtl(std::string const& objPath, std::string const& names);
+/// \param added the paths of files that were read for the same OBJ file; these are not read again
+MtlFile loadMtl(std::string const& objPath, std::string const& names, std::set<std::string>& added);
 
 }  // namespace vellum::viewport

@@ -16,6 +16,7 @@
 #include <iterator>
 #include <limits>
 #include <optional>
+#include <set>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -262,7 +263,7 @@ private:
             }
         } else if (word == "mtllib") {
             std::string const names = _rest();
-            if (libraries.insert(names).second) {
+            if (statements.insert(names).second) {
                 _readLibraries(names);
             }
         } else if (!_isSkippable(word)) {
@@ -284,7 +285,7 @@ private:
     }
 
     void _readLibraries(std::string const& names) {
-        MtlFile file = loadMtl(path, names);
+        MtlFile file = loadMtl(path, names, libraries);
         for (MtlMaterial const& each : file.materials) {
             materials.define(each);
         }
@@ -753,8 +754,9 @@ private:
     Materials materials;
     Parts parts;
     std::uint32_t material = 0;
-    std::unordered_set<std::string> libraries;
-    std::vector<unsigned int> corners;  // of the face that is read
+    std::unordered_set<std::string> statements;  // of material files
+    std::set<std::string> libraries;             // the paths of those that were read
+    std::vector<unsigned int> corners;           // of the face that is read
     std::vector<Run> runs;
     Forward forward[KIND_COUNT];
     PolygonCutter cutter;

@@ -6,6 +6,8 @@
 
 #include <gmock/gmock.h>
 
+#include <set>
+
 #include <sys/stat.h>
 
 using namespace vellum;
@@ -23,6 +25,11 @@ MtlMaterial materialOf(std::string const& lines) {
     EXPECT_EQ(file.materials.size(), 1U);
     EXPECT_THAT(file.notes, ElementsAre());
     return file.materials.empty() ? MtlMaterial() : file.materials.front();
+}
+
+MtlFile load(std::string const& objPath, std::string const& names) {
+    std::set<std::string> added;
+    return loadMtl(objPath, names, added);
 }
 
 TextureTransform transformOf(std::string const& options) {
@@ -139,6 +146,16 @@ TEST(MtlFile, whatIsNoNumberIsNoted) {
     EXPECT_EQ(file.materials[0].color, std::nullopt);
 }
 
+TEST(MtlFile, ofManyBadNumbersTheFirstAreNotedAndTheOthersCounted) {
+    std::string text = "newmtl a\n";
+    for (int i = 0; i < 100; ++i) {
+        text += "d none\n";
+    }
+    std::vector<std::string> const notes = readMtl(text).notes;
+    ASSERT_EQ(notes.size(), 9U);
+    EXPECT_EQ(notes.back(), "92 more numbers are none; skipped");
+}
+
 TEST(MtlFile, changedBytesDoNoHarm) {
     std::string text = "newmtl a\nKd 0.1 0.2 0.3\nTr 1\nNs 1e3\nmap_Kd -s 1 2 -o 3 a b.png\nillum 2\n";
     for (std::size_t place = 0; place < text.size(); ++place) {
@@ -171,8 +188,8 @@ TEST(MtlFile_load, namesWithBlanksAndSeveralNamesAreFound) {
     };
     for (Row const& row :
          {Row{"my paint.mtl", {"one"}}, Row{" ./my paint.mtl\r", {"one"}}, Row{"b.mtl", {"two"}},
-          Row{"C:\\models\\b.mtl", {"two"}}, Row{"b.mtl b.mtl", {"two", "two"}}}) {
-        MtlFile const file = loadMtl(object, row.names);
+          Row{"C:\\models\\b.mtl", {"two"}}, Row{"b.mtl b.mtl", {"two"}}}) {
+        MtlFile const file = load(object, row.names);
         std::vector<std::string> names;
         for (MtlMaterial const& each : file.materials) {
             names.push_back(each.material.name);
@@ -185,30 +202,39 @@ TEST(MtlFile_load, namesWithBlanksAndSeveralNamesAreFound) {
 TEST(MtlFile_load, missingFilesAreNoted) {
     TemporaryFolder const folder;
     folder.write("b.mtl", "newmtl two\nKd x\n");
-    MtlFile const some = loadMtl(folder.file("model.obj"), "gone.mtl b.mtl");
+    MtlFile const some = load(folder.file("model.obj"), "gone.mtl b.mtl");
     EXPECT_EQ(some.materials.size(), 1U);
     EXPECT_THAT(some.notes, ElementsAre("b.mtl: line 2: 'x' behind 'kd' is not a number; skipped",
                                         "material file 'gone.mtl' is not beside the file; drawn without it"));
-    MtlFile const none = loadMtl(folder.file("model.obj"), "gone.mtl lost.mtl");
+    MtlFile const none = load(folder.file("model.obj"), "gone.mtl lost.mtl");
     EXPECT_TRUE(none.materials.empty());
     EXPECT_THAT(none.notes,
                 ElementsAre("material file 'gone.mtl lost.mtl' is not beside the file; drawn without it"));
-    EXPECT_TRUE(loadMtl(folder.file("model.obj"), " ").notes.empty());
+    EXPECT_TRUE(load(folder.file("model.obj"), " ").notes.empty());
 }
 
 TEST(MtlFile_load, theFileOfTheSameNameTakesThePlaceOfAMissingOne) {
     TemporaryFolder const folder;
     folder.write("model.mtl", "newmtl one\n");
-    MtlFile const file = loadMtl(folder.file("model.obj"), "gone.mat");
+    MtlFile const file = load(folder.file("model.obj"), "gone.mat");
     EXPECT_EQ(file.materials.size(), 1U);
     EXPECT_THAT(
         file.notes,
         ElementsAre("material file 'gone.mat' is not beside the file; 'model.mtl' is read in its place"));
 }
 
+TEST(MtlFile_load, noFileIsReadTwice) {
+    TemporaryFolder const folder;
+    folder.write("a.mtl", "newmtl one\n");
+    std::set<std::string> added;
+    EXPECT_EQ(loadMtl(folder.file("model.obj"), "a.mtl x", added).materials.size(), 1U);
+    EXPECT_TRUE(loadMtl(folder.file("model.obj"), "a.mtl y", added).materials.empty());
+    EXPECT_TRUE(loadMtl(folder.file("model.obj"), "./a.mtl", added).materials.empty());
+}
+
 TEST(MtlFile_load, anEmptyFileIsNoted) {
     TemporaryFolder const folder;
     folder.write("a.mtl", "");
-    EXPECT_THAT(loadMtl(folder.file("model.obj"), "a.mtl").notes,
+    EXPECT_THAT(load(folder.file("model.obj"), "a.mtl").notes,
                 ElementsAre("material file 'a.mtl': the file is empty"));
 }
