@@ -180,6 +180,13 @@ public:
         if (vertices->count > MeshData::LARGEST_COUNT) {
             return Fault{{}, "the mesh has too many vertices"};
         }
+        // What is gathered of the corners, faces and edges counts from the first one of the mesh.
+        for (std::string_view const name : {"face", "edge"}) {
+            if (std::count_if(header.elements.begin(), header.elements.end(),
+                              [name](PlyElement const& element) { return element.name == name; }) > 1) {
+                return Fault{{}, "the PLY file has more than one element " + quoted(name)};
+            }
+        }
         vertexElement = &*vertices;
         vertexCount = vertices->count;
         for (PlyElement const& element : header.elements) {

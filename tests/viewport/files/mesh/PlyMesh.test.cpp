@@ -359,6 +359,22 @@ TEST(PlyMesh, headersThatLackWhatIsNeededAreFaults) {
                 HasSubstr("vertex1 and vertex2"));
 }
 
+TEST(PlyMesh, facesAndEdgesOfSeveralElementsAreAFault) {
+    // The second faces have colors of their own and the first have none.
+    Text twice;
+    twice.otherElements =
+        "element face 2\nproperty list uchar int vertex_indices\nproperty uchar red\nproperty uchar green\n"
+        "property uchar blue\n";
+    twice.otherItems = "3 0 1 2 255 0 0\n3 0 1 2 0 255 0\n";
+    EXPECT_EQ(faultIn(twice.text()), "the PLY file has more than one element 'face'");
+
+    Text edges;
+    edges.otherElements = "element edge 1\nproperty int vertex1\nproperty int vertex2\n"
+                          "element edge 1\nproperty int vertex1\nproperty int vertex2\n";
+    edges.otherItems = "0 1\n1 2\n";
+    EXPECT_EQ(faultIn(edges.text()), "the PLY file has more than one element 'edge'");
+}
+
 TEST(PlyMesh, damageIsReportedWithItsLine) {
     Text text;
     text.faces = {"3 0 1 2", "3 0 1 3"};
