@@ -196,7 +196,8 @@ Image withOpacity(Image const& colors, VL_Image const& opacity) {
         float const value = colors->bitdepth() == 16
                                 ? static_cast<float>(colors->getBuffer16()[place]) / 65535.0F
                                 : colors->getBuffer32()[place];
-        return static_cast<unsigned char>(255 * std::clamp(value, 0.0F, 1.0F) + 0.5F);
+        // Pictures of real numbers may hold some that are none; these compare as false.
+        return static_cast<unsigned char>(value > 0 ? 255 * std::min(value, 1.0F) + 0.5F : 0.0F);
     };
     for (std::size_t y = 0; y < sized.height(); ++y) {
         for (std::size_t x = 0; x < sized.width(); ++x) {
@@ -337,6 +338,9 @@ std::vector<Fault> loadTextures(std::string const& meshPath, MeshData& mesh) {
     std::vector<bool> isUsed(mesh.materials.size(), false);
     for (unsigned int material : mesh.triangleMaterials) {
         isUsed[material] = true;
+    }
+    if (mesh.triangleMaterials.empty() && !isUsed.empty()) {
+        isUsed.front() = true;
     }
     TextureReader reader(meshPath, notes);
     for (std::size_t i = 0; i < mesh.materials.size(); ++i) {

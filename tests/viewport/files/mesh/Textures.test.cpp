@@ -1,6 +1,7 @@
 #include "viewport/files/mesh/Textures.h"
 
 #include "tests/support/TemporaryFolder.h"
+#include "tests/viewport/files/images/picture_bytes.h"
 #include "viewport/files/images/Picture.h"
 
 #include <gmock/gmock.h>
@@ -149,6 +150,31 @@ TEST(Textures, theOpacityOfAnotherPictureIsTaken) {
     ASSERT_NE(mesh.materials[0].image, nullptr);
     EXPECT_EQ(mesh.materials[0].image->getBuffer()[5], 255) << "white where there are no colors";
     EXPECT_EQ(mesh.materials[0].image->getBuffer()[7], 51);
+}
+
+TEST(Textures, colorsThatAreNoNumbersAreBlackUnderAnOpacity) {
+    TemporaryFolder const folder;
+    std::string floats = picture_bytes::TIFF_FLOAT;
+    floats.replace(8, 4, std::string("\0\0\xC0\x7F", 4));  // the red of the upper left pixel
+    folder.write("colors.tif", floats);
+    savePicture(folder.file("mask.png"));
+    MeshData mesh = triangleWith("colors.tif");
+    mesh.materials[0].opacityTexture = "mask.png";
+    EXPECT_TRUE(loadTextures(folder.file("m.obj"), mesh).empty());
+    vellum::VL_Image const* const image = mesh.materials[0].image.get();
+    ASSERT_NE(image, nullptr);
+    ASSERT_EQ(image->pixdepth(), 32);
+    EXPECT_EQ(image->getBuffer()[8], 0);
+    EXPECT_EQ(image->getBuffer()[13], 255) << "the green pixel beside it";
+}
+
+TEST(Textures, trianglesThatAreAllAlikeHaveTheFirstMaterial) {
+    TemporaryFolder const folder;
+    savePicture(folder.file("skin.png"));
+    MeshData mesh = triangleWith("skin.png");
+    mesh.triangleMaterials.clear();
+    EXPECT_TRUE(loadTextures(folder.file("m.ply"), mesh).empty());
+    EXPECT_NE(mesh.materials[0].image, nullptr);
 }
 
 TEST(Textures, whatCannotBeReadIsNotedAndLeftOut) {
