@@ -1,6 +1,7 @@
 #include "viewport/files/FileKind.h"
 
 #include "viewport/files/mesh/AssimpImport.h"
+#include "viewport/files/mesh/MeshFile.h"
 #include "viewport/files/particles/ParticleFile.h"
 #include "viewport/text/lower_case.h"
 
@@ -54,7 +55,10 @@ bool isParticleFile(InputFile const& file) {
     bool const isItsName =
         extension == ".ply" || (extension == ".obj" && format.value() == ParticleFormat::OBJ);
     bool const isNamedAsMesh = !isParticleExtension(extension) && !isItsName && isMeshExtension(extension);
-    return hasSignature(format.value()) || !isNamedAsMesh;
+    // The name of a pipe says nothing.
+    bool const isToldMesh = file.isFromPipe() && extension.empty() && format.value() != ParticleFormat::OBJ &&
+                            meshFormatOf(file.bytes()).has_value();
+    return hasSignature(format.value()) || !(isNamedAsMesh || isToldMesh);
 }
 
 }  // namespace vellum::viewport

@@ -6,8 +6,24 @@
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 using vellum::viewport::isParticleFile;
+
+namespace {
+
+vellum::viewport::InputFile pipeOf(std::string const& bytes) {
+    int ends[2] = {-1, -1};
+    EXPECT_EQ(::pipe(ends), 0);
+    // As few bytes as these fit into the pipe.
+    EXPECT_EQ(::write(ends[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    ::close(ends[1]);
+    auto const file = vellum::viewport::InputFile::open("/dev/fd/" + std::to_string(ends[0]));
+    ::close(ends[0]);
+    return file.value();
+}
+
+}  // namespace
 
 TEST(FileKind, namesDecideWhereNothingCanBeRead) {
     for (char const* const name : {"a.lammpstrj", "a.dump", "a.xyz", "a.XYZ", "a.extxyz", "a.csv", "a.gz",
@@ -54,6 +70,15 @@ TEST(FileKind, theContentOfPlyFilesDecides) {
     }
     EXPECT_FALSE(isParticleFile(folder.file("gone.ply")));
     EXPECT_FALSE(isParticleFile(folder.write("noise.ply", mesh_texts::noise(500))));
+}
+
+TEST(FileKind, theBytesOfAPipeDecide) {
+    for (std::string const text :
+         {"# v x y z\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n", "OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n"}) {
+        EXPECT_FALSE(isParticleFile(pipeOf(text))) << text;
+    }
+    EXPECT_TRUE(isParticleFile(pipeOf("# v x y z\nv 0 0 0\n")));
+    EXPECT_TRUE(isParticleFile(pipeOf("1\n\nH 0 0 0\n")));
 }
 
 TEST(FileKind, pipesAreNotOpenedByTheirPaths) {

@@ -119,12 +119,10 @@ std::optional<Fault> firstFault(std::string const& file, aiScene const& scene) {
 // == What is up ==
 
 /// The up_axis of a COLLADA file; nothing where it has none that is seen.
-std::optional<UpAxis> upOfCollada(std::string const& path) {
-    Result<MappedFile> const file = MappedFile::open(path);
+std::optional<UpAxis> upOfCollada(std::string_view bytes) {
     // It stands before all lists of numbers.
     constexpr std::size_t FAR_ENOUGH = 1 << 16;
-    std::string_view const start =
-        file.isOk() ? file.value().bytes().substr(0, FAR_ENOUGH) : std::string_view();
+    std::string_view const start = bytes.substr(0, FAR_ENOUGH);
     constexpr std::string_view ELEMENT = "<up_axis>";
     std::size_t const place = start.find(ELEMENT);
     if (place == std::string_view::npos) {
@@ -220,9 +218,7 @@ public:
     }
 
     MeshData take() {
-        if (!_isAnythingSeen()) {
-            _makeOpaque();
-        }
+        collected.makeVisible();
         if (!hasNormals) {
             collected.normals.clear();
         }
@@ -282,37 +278,6 @@ private:
         _addFaces(mesh, static_cast<unsigned int>(base), isMirrored);
         ++collected.partCount;
         return true;
-    }
-
-    bool _isSeen(unsigned int vertex, float opacity) const {
-        return collected.colors[vertex].a * opacity > 0;
-    }
-
-    bool _isAnythingSeen() const {
-        for (std::size_t t = 0; t < collected.triangles.size(); ++t) {
-            float const opacity = collected.materials[collected.triangleMaterials[t]].opacity;
-            MeshData::Triangle const& triangle = collected.triangles[t];
-            if (_isSeen(triangle.e0, opacity) || _isSeen(triangle.e1, opacity) ||
-                _isSeen(triangle.e2, opacity)) {
-                return true;
-            }
-        }
-        return std::any_of(
-                   collected.lines.begin(), collected.lines.end(),
-                   [this](MeshLine const& line) { return _isSeen(line.e0, 1) || _isSeen(line.e1, 1); }) ||
-               std::any_of(collected.points.begin(), collected.points.end(),
-                           [this](unsigned int point) { return _isSeen(point, 1); });
-    }
-
-    /// A file that shows nothing at all means opacity where it says transparency, as the programs do that wrote such
-    /// files, or its importer knows none.
-    void _makeOpaque() {
-        for (Material& material : collected.materials) {
-            material.opacity = 1;
-        }
-        for (Color4<float>& color : collected.colors) {
-            color.a = 1;
-        }
     }
 
     Color4<float> _vertexColor(aiMesh const& mesh, unsigned int v, Color4<float> const& surface) const {
@@ -392,21 +357,33 @@ private:
     bool hasTextureCoordinates = false;
 };
 
-std::optional<Fault> declaredCountsFault(std::string const& path, std::string const& extension) {
-    if (extension != ".ply" && extension != ".off") {
-        return std::nullopt;
-    }
-    // Mapped: the importer reads the file again, and the check should not hold a copy of it meanwhile.
-    Result<MappedFile> const file = MappedFile::open(path);
-    std::string_view const bytes = file.isOk() ? file.value().bytes() : std::string_view();
-    return extension == ".ply" ? plyFault(path, bytes) : offFault(path, bytes);
+/// What the bytes say that the importer does not.
+struct FirstLook {
+    std::optional<Fault> fault;
+    std::optional<UpAxis> up;
+};
+
+FirstLook lookAt(std::string const& name, std::string_view bytes, std::string const& extension) {
+    FirstLook look;
+    look.fault = extension == ".ply"   ? plyFault(name, bytes)
+                 : extension == ".off" ? offFault(name, bytes)
+                                       : std::nullopt;
+    look.up = extension == ".dae" ? upOfCollada(bytes) : std::nullopt;
+    return look;
 }
 
-}  // namespace
+/// What is imported: bytes, or what is at a path.
+struct Source {
+    std::string const& name;
+    std::string const& extension;
+    std::optional<std::string_view> bytes;
+    FirstLook look;
+};
 
-Result<MeshData> importWithAssimp(std::string const& path, MeshOptions const& options) {
+Result<MeshData> importSource(Source const& source, MeshOptions const& options) {
+    std::string const& path = source.name;
+    std::string const& extension = source.extension;
     auto const fault = [&path](std::string const& message) { return Fault{path, message}; };
-    std::string const extension = lowerCase(std::filesystem::path(path).extension().string());
 
     DamageWatch const watch;
     Assimp::Importer importer;
@@ -416,16 +393,19 @@ Result<MeshData> importWithAssimp(std::string const& path, MeshOptions const& op
     if (!importer.IsExtensionSupported(extension)) {
         return fault("unknown mesh file extension '" + extension + "'");
     }
-    if (std::optional<Fault> const damage = declaredCountsFault(path, extension)) {
-        return *damage;
+    if (source.look.fault) {
+        return *source.look.fault;
     }
 
-    std::optional<UpAxis> const said = extension == ".dae" ? upOfCollada(path) : std::nullopt;
+    std::optional<UpAxis> const& said = source.look.up;
     // The importer need not turn what the drawing turns.
     importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_IGNORE_UP_DIRECTION, said.has_value());
 
     // Postprocessing trusts the indices, so they are checked before it.
-    aiScene const* scene = importer.ReadFile(path, 0);
+    aiScene const* scene = source.bytes
+                               ? importer.ReadFileFromMemory(source.bytes->data(), source.bytes->size(), 0,
+                                                             extension.c_str() + 1)
+                               : importer.ReadFile(path, 0);
     if (scene == nullptr) {
         std::string const reason = importer.GetErrorString();
         return fault("not a readable mesh: " + (reason.empty() ? "the importer gives no reason" : reason));
@@ -457,6 +437,39 @@ Result<MeshData> importWithAssimp(std::string const& path, MeshOptions const& op
         return *damage;
     }
     return mesh;
+}
+
+}  // namespace
+
+Result<MeshData> importWithAssimp(std::string const& path, MeshOptions const& options) {
+    std::string const extension = lowerCase(std::filesystem::path(path).extension().string());
+    FirstLook look;
+    if (extension == ".ply" || extension == ".off" || extension == ".dae") {
+        // The importer reads the file again: it is not held meanwhile.
+        Result<MappedFile> const file = MappedFile::open(path);
+        look = lookAt(path, file.isOk() ? file.value().bytes() : std::string_view(), extension);
+    }
+    return importSource({path, extension, std::nullopt, look}, options);
+}
+
+Result<MeshData> importWithAssimp(std::string const& name, std::string_view bytes,
+                                  std::string const& extension, MeshOptions const& options) {
+    return importSource({name, extension, bytes, lookAt(name, bytes, extension)}, options);
+}
+
+std::vector<std::string> importedFormats() {
+    aiString list;
+    Assimp::Importer().GetExtensionList(list);  // "*.3ds;*.obj"
+    std::string_view rest(list.C_Str());
+    std::vector<std::string> formats;
+    while (!rest.empty()) {
+        std::size_t const end = std::min(rest.find(';'), rest.size());
+        formats.emplace_back(rest.substr(0, end).substr(std::min<std::size_t>(2, end)));
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    std::sort(formats.begin(), formats.end());
+    formats.erase(std::unique(formats.begin(), formats.end()), formats.end());
+    return formats;
 }
 
 bool isMeshExtension(std::string const& extension) {

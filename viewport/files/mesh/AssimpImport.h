@@ -5,6 +5,8 @@
 #include "viewport/text/Fault.h"
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace vellum::viewport {
 
@@ -19,6 +21,15 @@ namespace vellum::viewport {
 /// Nothing is written to the standard streams. Exceptions of Assimp's are caught by Assimp; those of
 /// allocation leave this function.
 Result<MeshData> importWithAssimp(std::string const& path, MeshOptions const& options = {});
+
+/// The same for bytes that no path can be opened for again. Files that they name are looked for in the current folder.
+/// \param name of the file, in faults
+/// \param extension of the format, which starts with a dot, in lower case
+Result<MeshData> importWithAssimp(std::string const& name, std::string_view bytes,
+                                  std::string const& extension, MeshOptions const& options);
+
+/// The extensions that Assimp has importers for, without a dot, sorted.
+std::vector<std::string> importedFormats();
 
 /// Whether Assimp has an importer for files with this extension, which starts with a dot.
 bool isMeshExtension(std::string const& extension);

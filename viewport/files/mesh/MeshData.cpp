@@ -131,6 +131,28 @@ std::optional<Fault> MeshData::firstFault(std::string const& file) const {
     return std::nullopt;
 }
 
+void MeshData::makeVisible() {
+    auto const isSeen = [this](unsigned int vertex) { return colors[vertex].a > 0; };
+    for (std::size_t t = 0; t < triangles.size(); ++t) {
+        std::size_t const material = triangleMaterials.empty() ? 0 : triangleMaterials[t];
+        bool const isGone = material < materials.size() && !(materials[material].opacity > 0);
+        if (!isGone && (isSeen(triangles[t].e0) || isSeen(triangles[t].e1) || isSeen(triangles[t].e2))) {
+            return;
+        }
+    }
+    auto const isLineSeen = [&](MeshLine const& line) { return isSeen(line.e0) || isSeen(line.e1); };
+    if (std::any_of(lines.begin(), lines.end(), isLineSeen) ||
+        std::any_of(points.begin(), points.end(), isSeen)) {
+        return;
+    }
+    for (Material& material : materials) {
+        material.opacity = 1;
+    }
+    for (Color4<float>& color : colors) {
+        color.a = 1;
+    }
+}
+
 bool MeshData::hasNormal(unsigned int vertex) const {
     if (normals.empty()) {
         return false;

@@ -1,17 +1,22 @@
 #include "viewport/files/mesh/MeshFile.h"
 
 #include "viewport/files/common/MappedFile.h"
+#include "viewport/files/common/PlyHeader.h"
 #include "viewport/files/mesh/AssimpImport.h"
 #include "viewport/files/mesh/ObjMesh.h"
 #include "viewport/files/mesh/PlyMesh.h"
 #include "viewport/files/mesh/StlMesh.h"
 #include "viewport/files/mesh/UpAxis.h"
+#include "viewport/text/Words.h"
 #include "viewport/text/lower_case.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <optional>
+#include <iterator>
+#include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -64,38 +69,141 @@ Result<MeshData> readOwn(OwnFormat format, std::string const& path, std::string_
                                       : readStlMesh(bytes);
 }
 
-Result<MeshData> loadOwn(OwnFormat format, std::string const& path, std::string const& extension) {
-    Result<MappedFile> const file = MappedFile::open(path);
-    if (!file.isOk()) {
-        return file.fault();
-    }
-    Result<MeshData> mesh = readOwn(format, path, file.value().bytes());
+Result<MeshData> loadOwn(std::string const& name, std::string const& place, std::string_view bytes,
+                         std::string const& extension) {
+    Result<MeshData> mesh = readOwn(ownFormatOf(extension), place, bytes);
     if (!mesh.isOk()) {
-        return Fault{path, mesh.fault().message};
+        return Fault{name, mesh.fault().message};
     }
     mesh.value().up = upOfFormat(extension);
-    mesh.value().name = std::filesystem::path(path).filename().string();
-    if (std::optional<Fault> const fault = mesh.value().firstFault(path)) {
+    mesh.value().name = std::filesystem::path(name).filename().string();
+    if (std::optional<Fault> const fault = mesh.value().firstFault(name)) {
         return *fault;
     }
+    mesh.value().makeVisible();
     return mesh;
+}
+
+std::string extensionOf(std::string const& path) {
+    return lowerCase(std::filesystem::path(path).extension().string());
+}
+
+bool startsWith(std::string_view text, std::string_view start) {
+    return text.substr(0, start.size()) == start;
+}
+
+/// Whether a text begins with statements of OBJ, behind comments.
+bool beginsAsObj(std::string_view text) {
+    static constexpr std::string_view STATEMENTS[] = {"v",      "vn", "vt", "vp", "f",
+                                                      "mtllib", "o",  "g",  "s",  "usemtl"};
+    while (!text.empty()) {
+        std::string_view line = takeLine(text);
+        std::string_view const word = takeWord(line);
+        if (!word.empty() && word.front() != '#') {
+            return std::find(std::begin(STATEMENTS), std::end(STATEMENTS), word) != std::end(STATEMENTS);
+        }
+    }
+    return false;
 }
 
 }  // namespace
 
 MeshFile::MeshFile(std::string const& path) : path(path) {}
 
+MeshFile::MeshFile(InputFile const& file, std::optional<std::string> format)
+    : path(file.name()), file(file), format(std::move(format)) {}
+
+std::string MeshFile::place() const {
+    bool const hasFolder =
+        !InputFile::isStandardInput(path) && !startsWith(path, "/dev/") && !startsWith(path, "/proc/");
+    return hasFolder ? path : std::filesystem::path(path).filename().string();
+}
+
+Result<std::string> MeshFile::_extension() const {
+    if (format) {
+        std::string const name = lowerCase(*format);
+        std::string const extension = startsWith(name, ".") ? name : "." + name;
+        if (name.empty() || !isMeshExtension(extension)) {
+            return Fault{path, "unknown mesh format '" + *format + "'"};
+        }
+        return extension;
+    }
+    std::string const extension = extensionOf(path);
+    if (!file || !file->isFromPipe() || isMeshExtension(extension)) {
+        return extension;
+    }
+    if (std::optional<std::string> const told = meshFormatOf(file->bytes())) {
+        return "." + *told;
+    }
+    return Fault{path, "neither its name nor its first bytes tell the mesh format"};
+}
+
 Result<MeshData> MeshFile::load(ImportLimits const& limits, MeshOptions const& options) const {
-    if (std::optional<Fault> const fault = accessFault(path)) {
-        return *fault;
+    if (!file) {
+        if (std::optional<Fault> const fault = accessFault(path)) {
+            return *fault;
+        }
     }
-    std::string const extension = lowerCase(std::filesystem::path(path).extension().string());
-    OwnFormat const format = ownFormatOf(extension);
-    if (format != OwnFormat::NONE) {
-        return loadOwn(format, path, extension);
+    Result<std::string> const known = _extension();
+    if (!known.isOk()) {
+        return known.fault();
     }
-    return importGuarded(
-        path, [&] { return importWithAssimp(path, options); }, limits);
+    std::string const& extension = known.value();
+    if (ownFormatOf(extension) != OwnFormat::NONE) {
+        if (file) {
+            return loadOwn(path, place(), file->bytes(), extension);
+        }
+        Result<MappedFile> const mapped = MappedFile::open(path);
+        return mapped.isOk() ? loadOwn(path, path, mapped.value().bytes(), extension)
+                             : Result<MeshData>(mapped.fault());
+    }
+    if (!file || (!file->isFromPipe() && !format)) {
+        return importGuarded(
+            path, [&] { return importWithAssimp(path, options); }, limits);
+    }
+    auto const import = [&] {
+        // In the child alone: the importer looks in the current folder for what the bytes name.
+        std::filesystem::path const folder = std::filesystem::path(place()).parent_path();
+        std::error_code ignored;
+        if (!folder.empty()) {
+            std::filesystem::current_path(folder, ignored);
+        }
+        return importWithAssimp(path, file->bytes(), extension, options);
+    };
+    return importGuarded(path, import, limits);
+}
+
+std::vector<std::string> meshFormatNames() {
+    return importedFormats();
+}
+
+std::optional<std::string> meshFormatOf(std::string_view bytes) {
+    constexpr std::size_t FAR_ENOUGH = 1 << 16;
+    std::string_view const start = bytes.substr(0, FAR_ENOUGH);
+    std::string_view rest = start;
+    std::string_view const firstWord = takeWord(rest);
+    if (readPlyHeader(bytes) || firstWord == "ply") {
+        return "ply";
+    }
+    if (isStl(bytes)) {
+        return "stl";
+    }
+    if (startsWith(start, "glTF")) {
+        return "glb";
+    }
+    if (startsWith(start, "Kaydara FBX Binary")) {
+        return "fbx";
+    }
+    if (start.find("<COLLADA") != std::string_view::npos) {
+        return "dae";
+    }
+    if (startsWith(firstWord, "{") && start.find("\"asset\"") != std::string_view::npos) {
+        return "gltf";
+    }
+    if (firstWord.size() >= 3 && firstWord.size() <= 6 && firstWord.substr(firstWord.size() - 3) == "OFF") {
+        return "off";
+    }
+    return beginsAsObj(start) ? std::optional<std::string>("obj") : std::nullopt;
 }
 
 }  // namespace vellum::viewport

@@ -332,6 +332,10 @@ bool isText(std::string_view file) {
 
 }  // namespace
 
+bool isStl(std::string_view bytes) {
+    return isBinary(bytes) || isText(bytes);
+}
+
 Result<MeshData> readStlMesh(std::string_view bytes) {
     if (isBinary(bytes)) {
         return BinaryReader(bytes).read();

@@ -26,4 +26,7 @@ namespace vellum::viewport {
 /// name no file.
 Result<MeshData> readStlMesh(std::string_view bytes);
 
+/// Whether the bytes are a whole binary file, by their number, or begin as a text does.
+bool isStl(std::string_view bytes);
+
 }  // namespace vellum::viewport

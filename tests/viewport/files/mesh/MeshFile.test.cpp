@@ -6,7 +6,10 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cmath>
+#include <optional>
+#include <thread>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -395,6 +398,109 @@ TEST_F(MeshFile_test, binaryFormatsLoad) {
     Result<MeshData> const stl = loadText("a.STL", mesh_texts::binaryStl(20));
     ASSERT_TRUE(stl.isOk()) << stl.fault().line();
     EXPECT_EQ(stl.value().triangles.size(), 20U);
+}
+
+// == Pipes ==
+
+namespace {
+
+/// What a pipe delivers, under the name that a shell gives it.
+Result<MeshData> loadPipe(std::string const& bytes, std::optional<std::string> const& format = std::nullopt) {
+    int ends[2] = {-1, -1};
+    if (::pipe(ends) != 0) {
+        return Fault{{}, "no pipe"};
+    }
+    std::thread writer([&] {
+        for (std::size_t done = 0; done < bytes.size();) {
+            ssize_t const count = ::write(ends[1], bytes.data() + done, bytes.size() - done);
+            done = count > 0 ? done + static_cast<std::size_t>(count) : bytes.size();
+        }
+        ::close(ends[1]);
+    });
+    Result<InputFile> const file = InputFile::open("/dev/fd/" + std::to_string(ends[0]));
+    writer.join();
+    ::close(ends[0]);
+    return file.isOk() ? MeshFile(file.value(), format).load(ImportLimits{}) : Result<MeshData>(file.fault());
+}
+
+std::string reasonOf(Result<MeshData> const& result) {
+    return result.isOk() ? "" : result.fault().message;
+}
+
+constexpr char gltfTriangle[] =
+    R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[{"mesh":0}],
+"meshes":[{"primitives":[{"attributes":{"POSITION":0}}]}],
+"buffers":[{"byteLength":36,"uri":"data:application/octet-stream;base64,AAAAAAAAAAAAAAAAAACAPwAAAAAAAAAAAAAAAAAAgD8AAAAA"}],
+"bufferViews":[{"buffer":0,"byteLength":36}],
+"accessors":[{"bufferView":0,"componentType":5126,"count":3,"type":"VEC3","min":[0,0,0],"max":[1,1,0]}]})";
+
+}  // namespace
+
+TEST_F(MeshFile_test, pipesAreReadAsTheirBytesSay) {
+    struct Row {
+        std::string bytes;
+        UpAxis up;
+        std::size_t triangles;
+    };
+    for (Row const& row :
+         {Row{mesh_texts::triangleObj, UpAxis::Y, 1}, Row{mesh_texts::binaryPly(20), UpAxis::Z, 20},
+          Row{mesh_texts::binaryStl(20), UpAxis::Z, 20}, Row{mesh_texts::cubeOff, UpAxis::Z, 12},
+          Row{gltfTriangle, UpAxis::Y, 1}}) {
+        Result<MeshData> const mesh = loadPipe(row.bytes);
+        ASSERT_TRUE(mesh.isOk()) << mesh.fault().line();
+        EXPECT_EQ(mesh.value().triangles.size(), row.triangles);
+        EXPECT_EQ(mesh.value().up, row.up);
+    }
+}
+
+TEST_F(MeshFile_test, aFormatThatIsNamedIsNotGuessed) {
+    EXPECT_EQ(reasonOf(loadPipe("# nothing but this\n")),
+              "neither its name nor its first bytes tell the mesh format");
+    EXPECT_THAT(reasonOf(loadPipe(mesh_texts::triangleObj, "ply")), HasSubstr("PLY"));
+    EXPECT_EQ(reasonOf(loadPipe(mesh_texts::triangleObj, "OBJ")), "");
+    EXPECT_EQ(reasonOf(loadPipe(gltfTriangle, "gltf")), "");
+    EXPECT_EQ(reasonOf(loadPipe(mesh_texts::triangleObj, "teapot")), "unknown mesh format 'teapot'");
+    EXPECT_EQ(reasonOf(loadPipe(mesh_texts::triangleObj, "")), "unknown mesh format ''");
+
+    // Of files with names, too.
+    Result<InputFile> const file = InputFile::open(folder.write("cube.txt", mesh_texts::cubeOff));
+    EXPECT_EQ(reasonOf(MeshFile(file.value(), "off").load(ImportLimits{})), "");
+    EXPECT_THAT(reasonOf(MeshFile(file.value()).load(ImportLimits{})), HasSubstr("extension '.txt'"));
+}
+
+TEST_F(MeshFile_test, damageInAPipeIsAFault) {
+    EXPECT_THAT(reasonOf(loadPipe(std::string("glTF") + mesh_texts::noise(500))), testing::Not(""));
+    std::string const cube = mesh_texts::cubeOff;
+    EXPECT_THAT(reasonOf(loadPipe(cube.substr(0, cube.size() - 30))), HasSubstr("cut off"));
+}
+
+TEST_F(MeshFile_test, allNamesOfFormatsAreKnown) {
+    std::vector<std::string> const names = meshFormatNames();
+    EXPECT_TRUE(std::is_sorted(names.begin(), names.end()));
+    for (char const* const name : {"obj", "ply", "stl", "gltf", "glb", "dae", "fbx", "off", "3ds"}) {
+        EXPECT_EQ(std::count(names.begin(), names.end(), name), 1) << name;
+    }
+    EXPECT_EQ(std::count(names.begin(), names.end(), ""), 0);
+}
+
+TEST_F(MeshFile_test, otherFilesLieBesideTheFileOrInTheCurrentFolder) {
+    std::string const path = folder.write("a.obj", mesh_texts::triangleObj);
+    EXPECT_EQ(MeshFile(InputFile::open(path).value()).place(), path);
+    EXPECT_EQ(MeshFile(std::string("-")).place(), "-");
+    EXPECT_EQ(MeshFile(std::string("/dev/fd/63")).place(), "63");
+    EXPECT_EQ(MeshFile(std::string("/proc/self/fd/63")).place(), "63");
+}
+
+TEST_F(MeshFile_test, aNamedFormatFindsItsBuffersBesideTheFile) {
+    std::string text = gltfTriangle;
+    std::size_t const start = text.find("data:");
+    text.replace(start, text.find('"', start) - start, "points.bin");
+    float const points[9] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+    folder.write("points.bin", std::string(reinterpret_cast<char const*>(points), sizeof points));
+    Result<InputFile> const file = InputFile::open(folder.write("scene.json", text));
+    Result<MeshData> const mesh = MeshFile(file.value(), "gltf").load(ImportLimits{});
+    ASSERT_TRUE(mesh.isOk()) << mesh.fault().line();
+    EXPECT_EQ(mesh.value().positions[1].x, 1);
 }
 
 // == Files that cannot be read ==
