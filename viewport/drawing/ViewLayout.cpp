@@ -16,10 +16,11 @@ void append(std::vector<Point>& points, std::vector<Point> const& more) {
     points.insert(points.end(), more.begin(), more.end());
 }
 
-/// What says what the colors of particles mean, or null.
+/// What says what the colors of particles and meshes mean, or null. Where particles and meshes show different things
+/// it is those of the meshes, for which was asked.
 std::unique_ptr<ColorKey> keyOf(ParticleStyle const& style, PictureSize const& size) {
-    if (style.scale) {
-        return std::make_unique<ColorBar>(*style.scale, ValueColors(style.colors, style.colorMap), size);
+    if (std::optional<ValueScale> const& scale = style.meshScale ? style.meshScale : style.scale) {
+        return std::make_unique<ColorBar>(*scale, ValueColors(style.colors, style.colorMap), size);
     }
     return style.legend ? std::make_unique<ColorLegend>(*style.legend, size) : nullptr;
 }
@@ -68,7 +69,7 @@ ViewLayout ViewLayout::of(Scene const& scene, ViewStyle const& style, OceanScene
                           PictureSize const& size) {
     ViewLayout layout{nullptr, ViewCamera(style.camera), std::nullopt};
     PictureSize framed = size;
-    if (!scene.clouds().empty() && style.explanations.hasBar) {
+    if ((!scene.clouds().empty() || style.particles.meshScale) && style.explanations.hasBar) {
         layout.key = keyOf(style.particles, size);
         framed.width -= layout.key != nullptr ? layout.key->reservedWidth() : 0;
     }

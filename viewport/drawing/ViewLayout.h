@@ -17,7 +17,8 @@ namespace vellum::viewport {
 /// Where everything is in a picture of one size: what explains the colors, and the camera that frames the scene beside it. Makes no GL
 /// calls, so that a camera can be told without OpenGL.
 struct ViewLayout {
-    std::unique_ptr<ColorKey> key;  ///< what the colors of particles mean; null: nothing, or it is not wanted
+    std::unique_ptr<ColorKey>
+        key;  ///< what the colors of particles and meshes mean; null: nothing, or it is not wanted
     ViewCamera camera;
     std::optional<Fault> fault;  ///< of a camera that is none; it must not be used
 

@@ -9,6 +9,7 @@
 #include "viewport/program/Description.h"
 #include "viewport/program/ProgressBar.h"
 #include "viewport/program/input_files.h"
+#include "viewport/scene/scalar_colors.h"
 
 #include <iostream>
 #include <memory>
@@ -93,13 +94,18 @@ Result<Subject> Subject::prepare(Options const& options, Content& content) {
         }
         texture = picture.value();
     }
-    Result<ParticleLook> look = viewport::lookOf(content.particles, options.particles);
+    // Nothing is colored by values that something else covers.
+    bool const areCovered = texture != nullptr || options.mesh.color || options.effect;
+    Result<ParticleLook> look = areCovered
+                                    ? viewport::lookOf(content.particles, options.particles)
+                                    : viewport::lookOf(content.particles, options.particles, content.meshes);
     if (!look.isOk()) {
         return look.fault();
     }
     for (Fault const& loss : look.value().notes) {
         note(options, loss);
     }
+    colorMeshes(content.meshes, look.value());
     Scene scene(content.meshes, texture, std::move(content.particles), look.value(),
                 options.mesh.importPreview ? Scene::Imports::KEPT : Scene::Imports::DROPPED,
                 options.up ? options.up : content.up);

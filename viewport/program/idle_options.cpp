@@ -51,10 +51,13 @@ void addSea(Lines& lines) {
 std::vector<Fault> idleOptions(Options const& options, ShownKinds const& shown) {
     Lines lines(options);
     if (!shown.hasParticles) {
-        lines.add({"--particles", "--channel", "--range", "--log", "--colors", "--colormap", "--percent",
-                   "--select", "--size-of-particles", "--wrap", "--replicate", "--frame", "--time",
-                   "--gpu-memory", "--no-bar", "--no-box"},
+        lines.add({"--particles", "--percent", "--select", "--size-of-particles", "--wrap", "--replicate",
+                   "--frame", "--time", "--gpu-memory", "--no-box"},
                   "there are no particles");
+    }
+    if (!shown.hasParticles && !shown.hasValues) {
+        lines.add({"--channel", "--range", "--log", "--colors", "--colormap", "--no-bar"},
+                  shown.hasMeshes ? "no values of meshes are shown" : "there are no particles");
     } else if (!shown.hasValues) {
         lines.add({"--range", "--log", "--no-bar"}, "there are no values to be shown");
     }

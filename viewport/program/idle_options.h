@@ -11,7 +11,7 @@ namespace vellum::viewport {
 struct ShownKinds {
     bool hasMeshes = false;
     bool hasParticles = false;
-    bool hasValues = false;  ///< colors of particles stand for values
+    bool hasValues = false;  ///< colors of particles or meshes stand for values
 };
 
 /// The options of the command line that change nothing that is shown, one line for each: "--percent has no effect: ...". Those of

@@ -139,8 +139,9 @@ std::optional<Failure> run(Options const& options) {
         return Failure{USAGE_FAULT, *subject.effect->misfit};
     }
     bool const hasParticles = !subject.scene.clouds().empty();
-    for (Fault const& idle : idleOptions(
-             options, {!subject.scene.models().empty(), hasParticles, subject.look.scale.has_value()})) {
+    bool const hasValues = subject.look.scale.has_value() || subject.look.meshScale.has_value();
+    for (Fault const& idle :
+         idleOptions(options, {!subject.scene.models().empty(), hasParticles, hasValues})) {
         note(options, idle);
     }
     if (options.info != InfoForm::NONE) {

@@ -2,6 +2,7 @@
 
 #include "viewport/scene/ParticleKinds.h"
 #include "viewport/scene/Quantity.h"
+#include "viewport/scene/scalar_colors.h"
 
 #include <algorithm>
 #include <cmath>
@@ -45,30 +46,36 @@ struct Ends {
     bool isEmpty() const { return !(least <= most); }
 };
 
-/// Adds the values of all particles that are shown. Infinite values have no part in a range: it would have
-/// no colors left for the others.
-void include(Ends& ends, ParticleChoice const& choice, Quantity const& quantity, ValueScale const& scale) {
+/// Infinite values have no part in a range: it would have no colors left for the others.
+void include(Ends& ends, double value, ValueScale const& scale) {
     // No larger number has a fraction.
     constexpr double LARGEST_FRACTION = 4503599627370496;
-    for (std::size_t i = 0; i < choice.count; ++i) {
-        double const value = quantity[choice[i]];
-        if (!scale.isDefined(value)) {
-            ++ends.undefinedCount;
-        } else if (std::isinf(value)) {
-            ends.isExceeded = ends.isExceeded || value > 0;
-        } else {
-            ends.least = std::min(ends.least, value);
-            ends.most = std::max(ends.most, value);
-            ends.isWhole = ends.isWhole && (std::abs(value) >= LARGEST_FRACTION ||
-                                            value == static_cast<double>(static_cast<long long>(value)));
-        }
+    if (!scale.isDefined(value)) {
+        ++ends.undefinedCount;
+    } else if (std::isinf(value)) {
+        ends.isExceeded = ends.isExceeded || value > 0;
+    } else {
+        ends.least = std::min(ends.least, value);
+        ends.most = std::max(ends.most, value);
+        ends.isWhole = ends.isWhole && (std::abs(value) >= LARGEST_FRACTION ||
+                                        value == static_cast<double>(static_cast<long long>(value)));
     }
+}
+
+/// The names of what the colors of a mesh can show.
+std::string scalarNames(MeshData const& mesh) {
+    std::vector<std::string> names;
+    for (MeshScalar const& scalar : mesh.scalars) {
+        names.push_back(scalar.name);
+    }
+    return joined(names);
 }
 
 /// Makes the look of one set of frames, step by step.
 class LookMaker {
 public:
-    LookMaker(Frames const& frames, ParticleOptions const& options) : frames(frames), options(options) {}
+    LookMaker(Frames const& frames, ParticleOptions const& options, std::vector<MeshData> const& meshes)
+        : frames(frames), meshes(meshes), options(options) {}
 
     Result<ParticleLook> make() {
         look.size = options.size;
@@ -76,6 +83,11 @@ public:
         look.isWrapped = options.isWrapped;
         look.copies = options.copies;
         look.colors = ValueColors(options.colors, options.colorMap);
+        _findScalars();
+        if (frames.empty()) {
+            std::optional<Fault> const fault = _chooseMeshColors();
+            return fault ? Result<ParticleLook>(*fault) : Result<ParticleLook>(look);
+        }
         for (auto const step :
              {&LookMaker::_chooseArrows, &LookMaker::_checkBoxes, &LookMaker::_chooseParticles,
               &LookMaker::_chooseMode, &LookMaker::_chooseColors}) {
@@ -200,9 +212,20 @@ private:
     // == Colors ==
 
     std::optional<Fault> _chooseColors() {
-        std::optional<Fault> fault = look.areArrowsMeasured    ? _showArrows()
-                                     : options.channel.empty() ? _showWhatSuits()
-                                                               : _showChannel();
+        bool const isOfMeshes = !scalars.empty() && !_hasAnyFrame(options.channel);
+        std::optional<Fault> fault = look.areArrowsMeasured                  ? _showArrows()
+                                     : options.channel.empty() || isOfMeshes ? _showWhatSuits()
+                                                                             : _showChannel();
+        if (!fault && isOfMeshes && look.scale && !look.areArrowsMeasured) {
+            // One bar explains one quantity.
+            look.scale = std::nullopt;
+            look.coloring = ParticleColoring::NOTHING;
+            _note(frames.front(),
+                  "has no channel '" + options.channel + "', which the meshes show: it is not colored");
+        }
+        if (!fault && !scalars.empty()) {
+            fault = _showScalars();
+        }
         if (!fault && !look.arrows.empty()) {
             bool const isReach = look.areArrowsMeasured && !look.scale->isLogarithmic;
             look.arrowUnit = isReach ? look.scale->reach : _longestArrow();
@@ -221,7 +244,7 @@ private:
 
     std::optional<Fault> _showChannel() {
         std::string const& name = options.channel;
-        bool const areValues = _wantsValues() && _haveQuantity(name);
+        bool const areValues = (_wantsValues() || !scalars.empty()) && _haveQuantity(name);
         if (!areValues && _tryKinds(false, name)) {
             _noteNoValues();
             return std::nullopt;
@@ -229,7 +252,8 @@ private:
         for (std::size_t i = 0; i < frames.size(); ++i) {
             if (!Quantity::find(frames[i], places[i], name)) {
                 return Fault{frames[i].file, "has no channel '" + name +
-                                                 "' (it has: " + joined(Quantity::names(frames[i])) + ")"};
+                                                 "' (it has: " + joined(Quantity::names(frames[i])) + ")" +
+                                                 _scalarsOfMeshes()};
             }
         }
         return _showQuantity(name);
@@ -312,7 +336,9 @@ private:
         Ends ends;
         for (std::size_t i = 0; i < frames.size(); ++i) {
             std::size_t const before = ends.undefinedCount;
-            include(ends, look.choices[i], quantities[i], scale);
+            for (std::size_t place = 0; place < look.choices[i].count; ++place) {
+                include(ends, quantities[i][look.choices[i][place]], scale);
+            }
             _noteUndefined(frames[i], name, ends.undefinedCount - before, look.choices[i].count);
             if (quantities[i].unit() != quantities[0].unit()) {
                 _note(frames[i], "'" + name + "' is in " + _unitText(quantities[i]) + ", that of " +
@@ -322,13 +348,30 @@ private:
                 scale.unit = quantities[0].unit();
             }
         }
+        if (name == options.channel) {
+            _includeScalars(ends, scale);
+        }
+        return _settle(scale, ends);
+    }
+
+    /// Makes a scale with its name and unit that of the particles.
+    std::optional<Fault> _settle(ValueScale scale, Ends ends) {
+        if (std::optional<Fault> const fault = _settleRange(scale, ends)) {
+            return fault;
+        }
+        look.scale = scale;
+        look.coloring = ParticleColoring::VALUES;
+        return std::nullopt;
+    }
+
+    std::optional<Fault> _settleRange(ValueScale& scale, Ends& ends) const {
         if (options.range && options.isLogarithmic && !(options.range->low > 0)) {
-            return Fault{frames.front().file, "a range of colors that show logarithms begins above 0"};
+            return Fault{_firstFile(), "a range of colors that show logarithms begins above 0"};
         }
         if (ends.isEmpty()) {
             if (options.isLogarithmic && !options.range) {
-                return Fault{frames.front().file,
-                             "has no value of '" + name + "' above 0, whose logarithm could be shown"};
+                return Fault{_firstFile(),
+                             "has no value of '" + scale.name + "' above 0, whose logarithm could be shown"};
             }
             ends.least = ends.most = options.range ? options.range->low : 0;
         }
@@ -337,8 +380,102 @@ private:
         scale.isWhole = ends.isWhole;
         scale.undefinedCount = ends.undefinedCount;
         _shift(scale, ends);
-        look.scale = scale;
-        look.coloring = ParticleColoring::VALUES;
+        return std::nullopt;
+    }
+
+    // == Meshes ==
+
+    struct ScalarOfMesh {
+        MeshData const* mesh;
+        MeshScalar const* scalar;
+    };
+
+    std::string const& _firstFile() const {
+        return frames.empty() ? scalars.front().mesh->name : frames.front().file;
+    }
+
+    void _findScalars() {
+        for (MeshData const& mesh : meshes) {
+            MeshScalar const* const scalar =
+                options.channel.empty() ? nullptr : findScalar(mesh, options.channel);
+            if (scalar != nullptr) {
+                scalars.push_back({&mesh, scalar});
+            }
+        }
+    }
+
+    /// Whether some frame has what is asked for, as values or as kinds.
+    bool _hasAnyFrame(std::string const& name) const {
+        for (std::size_t i = 0; i < frames.size(); ++i) {
+            if (Quantity::find(frames[i], places[i], name) || ParticleKinds::find(frames[i], name)) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    std::string _scalarsOfMeshes() const {
+        std::string text;
+        for (MeshData const& mesh : meshes) {
+            text += ", nor has " + mesh.name + " (it has: " + scalarNames(mesh) + ")";
+        }
+        return text;
+    }
+
+    /// For meshes alone.
+    std::optional<Fault> _chooseMeshColors() {
+        if (!scalars.empty()) {
+            return _showScalars();
+        }
+        if (options.channel.empty() || meshes.empty()) {
+            return std::nullopt;
+        }
+        std::string others;
+        for (std::size_t i = 1; i < meshes.size(); ++i) {
+            others += ", nor has " + meshes[i].name + " (it has: " + scalarNames(meshes[i]) + ")";
+        }
+        return Fault{meshes.front().name, "has no channel '" + options.channel +
+                                              "' (it has: " + scalarNames(meshes.front()) + ")" + others};
+    }
+
+    void _includeScalars(Ends& ends, ValueScale& scale) {
+        for (ScalarOfMesh const& one : scalars) {
+            std::size_t const before = ends.undefinedCount;
+            for (double const value : one.scalar->values) {
+                include(ends, value, scale);
+            }
+            std::size_t const count = ends.undefinedCount - before;
+            if (count > 0 && options.isLogarithmic) {
+                look.notes.push_back({one.mesh->name, countOf(count, one.scalar->values.size()) +
+                                                          " values of '" + scale.name +
+                                                          "' are not above 0 and have no logarithm"});
+            }
+            bool const isFirst = frames.empty() && &one == &scalars.front();
+            if (isFirst) {
+                scale.unit = one.scalar->unit;
+            } else if (!one.scalar->unit.empty() && one.scalar->unit != scale.unit) {
+                look.notes.push_back({one.mesh->name, "'" + scale.name + "' is in " + one.scalar->unit +
+                                                          "; it shares the scale of the others"});
+            }
+        }
+    }
+
+    /// The scale of the particles where they show the same, or one of their own.
+    std::optional<Fault> _showScalars() {
+        if (look.scale && look.scale->name == options.channel) {
+            look.meshScale = look.scale;
+            return std::nullopt;
+        }
+        ValueScale scale;
+        scale.name = options.channel;
+        scale.isLogarithmic = options.isLogarithmic;
+        scale.unit = scalars.front().scalar->unit;
+        Ends ends;
+        _includeScalars(ends, scale);
+        if (std::optional<Fault> const fault = _settleRange(scale, ends)) {
+            return fault;
+        }
+        look.meshScale = scale;
         return std::nullopt;
     }
 
@@ -506,6 +643,8 @@ private:
     }
 
     Frames const& frames;
+    std::vector<MeshData> const& meshes;
+    std::vector<ScalarOfMesh> scalars;  // of the meshes that have what is asked for
     ParticleOptions const& options;
     std::vector<ParticlePlaces> places;  // of each frame
     std::string kindName;                // of the kinds that are tried
@@ -533,11 +672,12 @@ ParticleKinds ParticleLook::kinds(ParticleFrame const& frame) const {
     return areElements ? *ParticleKinds::elements(frame) : *ParticleKinds::find(frame, legend->title);
 }
 
-Result<ParticleLook> lookOf(std::vector<ParticleFrame> const& frames, ParticleOptions const& options) {
-    if (frames.empty()) {
+Result<ParticleLook> lookOf(std::vector<ParticleFrame> const& frames, ParticleOptions const& options,
+                            std::vector<MeshData> const& meshes) {
+    if (frames.empty() && meshes.empty()) {
         return ParticleLook{};
     }
-    return LookMaker(frames, options).make();
+    return LookMaker(frames, options, meshes).make();
 }
 
 }  // namespace vellum::viewport

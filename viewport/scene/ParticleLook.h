@@ -2,6 +2,7 @@
 
 #include "foundation/geometry/Color4.h"
 #include "foundation/geometry/Tuple3.h"
+#include "viewport/files/mesh/MeshData.h"
 #include "viewport/files/particles/ParticleFrame.h"
 #include "viewport/scene/ParticleChoice.h"
 #include "viewport/scene/ParticleKinds.h"
@@ -44,7 +45,9 @@ enum class ParticleColoring {
 struct ParticleLook {
     ParticleMode mode = ParticleMode::POINTS;
     ParticleColoring coloring = ParticleColoring::NOTHING;
-    std::optional<ParticleScale> scale;    ///< colors show values
+    std::optional<ParticleScale> scale;  ///< colors show values
+    std::optional<ValueScale>
+        meshScale;  ///< of the meshes that have the channel; `scale` where that is one, too
     std::optional<ParticleLegend> legend;  ///< colors show kinds; never together with `scale`
     ValueColors colors;                    ///< of the scale
     std::optional<double> size;            ///< as in ParticleOptions; nothing: chosen to suit
@@ -75,7 +78,11 @@ struct ParticleLook {
 /// Where no channel is asked for, colors are those of the files, else those of elements, else show the speed, else what
 /// Quantity::suitableNames() offers first, else types, else words: always something that all files have. Where a range, a
 /// color map or logarithms are asked for, values come before colors and kinds. Arrows show their lengths.
-Result<ParticleLook> lookOf(std::vector<ParticleFrame> const& frames, ParticleOptions const& options);
+///
+/// Meshes show a channel only where one is asked for: those that have a scalar of its name share the scale of the
+/// particles (see colorMeshes()). Where only meshes have it, particles show no values.
+Result<ParticleLook> lookOf(std::vector<ParticleFrame> const& frames, ParticleOptions const& options,
+                            std::vector<MeshData> const& meshes = {});
 
 /// Above this number of particles points are drawn where nothing else is asked for.
 constexpr std::size_t MOST_SPHERES = 500'000;

@@ -1,7 +1,6 @@
 #include "viewport/scene/scalar_colors.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace vellum::viewport {
 
@@ -11,30 +10,11 @@ MeshScalar const* findScalar(MeshData const& mesh, std::string const& name) {
     return found != mesh.scalars.end() ? &*found : nullptr;
 }
 
-std::optional<ValueRange> rangeOf(MeshScalar const& scalar, bool isLogarithmic) {
-    std::optional<ValueRange> range;
-    for (double const value : scalar.values) {
-        if (!std::isfinite(value) || (isLogarithmic && value <= 0)) {
-            continue;
-        }
-        range = range ? ValueRange{std::min(range->low, value), std::max(range->high, value)}
-                      : ValueRange{value, value};
-    }
-    return range;
-}
-
-void colorByScalar(MeshData& mesh, MeshScalar const& scalar, ValueRange const& range,
-                   toolkit::ColorMap const& map, Color4<float> const& undefined, bool isLogarithmic) {
-    auto const onScale = [isLogarithmic](double value) { return isLogarithmic ? std::log10(value) : value; };
-    double const low = onScale(range.low);
-    // Halved, differences of numbers at the end of a double's range stay inside it.
-    double const extent = onScale(range.high) / 2 - low / 2;
+void colorByScalar(MeshData& mesh, MeshScalar const& scalar, ValueScale const& scale,
+                   ValueColors const& colors) {
     for (std::size_t i = 0; i < mesh.colors.size() && i < scalar.values.size(); ++i) {
         double const value = scalar.values[i];
-        bool const isDefined = !std::isnan(value) && (!isLogarithmic || value > 0);
-        double const above = isDefined ? onScale(value) / 2 - low / 2 : 0;
-        double const part = extent > 0 ? above / extent : above > 0 ? 2.0 : above < 0 ? -1.0 : 0.0;
-        mesh.colors[i] = isDefined ? map.at(part) : undefined;
+        mesh.colors[i] = scale.isDefined(value) ? colors.at(scale.place(value)) : colors.undefined();
         mesh.colors[i].a = 1;
     }
     mesh.hasVertexColors = true;
@@ -46,6 +26,17 @@ void colorByScalar(MeshData& mesh, MeshScalar const& scalar, ValueRange const& r
         material.texelColumns = 0;
         material.texelRows = 0;
         material.emission = {0, 0, 0, 1};
+    }
+}
+
+void colorMeshes(std::vector<MeshData>& meshes, ParticleLook const& look) {
+    if (!look.meshScale) {
+        return;
+    }
+    for (MeshData& mesh : meshes) {
+        if (MeshScalar const* const scalar = findScalar(mesh, look.meshScale->name)) {
+            colorByScalar(mesh, *scalar, *look.meshScale, look.colors);
+        }
     }
 }
 

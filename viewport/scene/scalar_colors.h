@@ -1,10 +1,8 @@
 #pragma once
 
-#include "toolkit/ColorMap.h"
 #include "viewport/files/mesh/MeshData.h"
-#include "viewport/scene/ParticleOptions.h"
-
-#include <optional>
+#include "viewport/scene/ParticleLook.h"
+#include "viewport/scene/ValueScale.h"
 
 /// \file
 /// Scalars of meshes as colors of their vertices, before a Scene is made of them.
@@ -13,14 +11,12 @@ namespace vellum::viewport {
 /// The scalar of that name, or null.
 MeshScalar const* findScalar(MeshData const& mesh, std::string const& name);
 
-/// The range of the finite values of a scalar; of those above 0 for a logarithmic scale. Nothing where there are none.
-std::optional<ValueRange> rangeOf(MeshScalar const& scalar, bool isLogarithmic = false);
+/// Gives all vertices of a mesh the colors of a scalar on a scale; the opacity of materials stays, textures and colors
+/// of the file go.
+void colorByScalar(MeshData& mesh, MeshScalar const& scalar, ValueScale const& scale,
+                   ValueColors const& colors);
 
-/// Gives all vertices of a mesh the colors of a scalar, as a map has them over a range; the opacity of materials stays,
-/// textures and colors of the file go. Values that are not a number, and those without a logarithm on a logarithmic
-/// scale, have the color `undefined`.
-/// \param range its low end above 0 for a logarithmic scale; without an extent all values inside have the first color
-void colorByScalar(MeshData& mesh, MeshScalar const& scalar, ValueRange const& range,
-                   toolkit::ColorMap const& map, Color4<float> const& undefined, bool isLogarithmic = false);
+/// Colors the meshes that have the scalar which the look shows. Nothing without ParticleLook::meshScale.
+void colorMeshes(std::vector<MeshData>& meshes, ParticleLook const& look);
 
 }  // namespace vellum::viewport

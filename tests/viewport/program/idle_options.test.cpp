@@ -34,6 +34,11 @@ TEST(idleOptions, aRangeNeedsValues) {
     options.given = {"--range", "--percent"};
     EXPECT_THAT(linesOf(options, {false, true, false}),
                 ElementsAre("--range has no effect: there are no values to be shown"));
+    EXPECT_THAT(linesOf(options, MESHES),
+                ElementsAre("--percent has no effect: there are no particles",
+                            "--range has no effect: no values of meshes are shown"));
+    EXPECT_THAT(linesOf(options, {true, false, true}),
+                ElementsAre("--percent has no effect: there are no particles"));
 }
 
 TEST(idleOptions, onlyAJpegHasAQuality) {

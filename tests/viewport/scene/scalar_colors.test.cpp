@@ -1,16 +1,18 @@
 #include "viewport/scene/scalar_colors.h"
 
+#include "tests/viewport/scene/particle_frames.h"
+
 #include <gtest/gtest.h>
 
 #include <limits>
 
 using namespace vellum;
 using namespace vellum::viewport;
+using namespace vellum::viewport::particle_frames;
 
 namespace {
 
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
-constexpr Color4<float> GRAY{0.5F, 0.5F, 0.5F, 1};
 
 MeshData meshWith(std::vector<double> const& values) {
     MeshData mesh;
@@ -23,11 +25,27 @@ MeshData meshWith(std::vector<double> const& values) {
     return mesh;
 }
 
-toolkit::ColorMap blackToRed() {
-    toolkit::ColorMap map;
-    map.colors = {{0, 0, 0, 1}, {1, 0, 0, 1}};
-    map.above = {0, 1, 0, 1};
-    return map;
+ValueColors blackToRed() {
+    return {{{0, 0, 0, 1}, {1, 0, 0, 1}, {0, 1, 0, 1}}, ""};
+}
+
+ValueScale scaleOf(ValueRange const& range, bool isLogarithmic = false) {
+    ValueScale scale;
+    scale.name = "heat";
+    scale.range = range;
+    scale.isLogarithmic = isLogarithmic;
+    return scale;
+}
+
+ParticleOptions heat() {
+    ParticleOptions options;
+    options.channel = "heat";
+    return options;
+}
+
+MeshData named(MeshData mesh, std::string const& name) {
+    mesh.name = name;
+    return mesh;
 }
 
 }  // namespace
@@ -39,22 +57,95 @@ TEST(ScalarColors, scalarsAreFoundByName) {
 }
 
 TEST(ScalarColors, theRangeIsThatOfFiniteValues) {
-    MeshScalar const scalar{"s", "", {3, NOT_A_NUMBER, -2, std::numeric_limits<double>::infinity(), 7}};
-    EXPECT_EQ(rangeOf(scalar)->low, -2);
-    EXPECT_EQ(rangeOf(scalar)->high, 7);
-    EXPECT_EQ(rangeOf(scalar, true)->low, 3);
-    EXPECT_FALSE(rangeOf({"s", "", {NOT_A_NUMBER}}).has_value());
-    EXPECT_FALSE(rangeOf({"s", "", {-1, 0}}, true).has_value());
+    std::vector<MeshData> const meshes{
+        meshWith({3, NOT_A_NUMBER, -2, std::numeric_limits<double>::infinity(), 7})};
+    ParticleOptions options = heat();
+    ParticleLook look = lookOf({}, options, meshes).value();
+    ASSERT_TRUE(look.meshScale);
+    EXPECT_EQ(look.meshScale->range.low, -2);
+    EXPECT_EQ(look.meshScale->range.high, 7);
+    EXPECT_EQ(look.meshScale->undefinedCount, 1U);
+    EXPECT_TRUE(look.meshScale->isExceeded);
+    EXPECT_EQ(look.meshScale->title(), "heat [K]");
+    EXPECT_FALSE(look.scale) << "there are no particles";
+    options.isLogarithmic = true;
+    look = lookOf({}, options, meshes).value();
+    EXPECT_EQ(look.meshScale->range.low, 3);
+    EXPECT_EQ(look.meshScale->undefinedCount, 2U);
+    ASSERT_EQ(look.notes.size(), 1U);
+    EXPECT_EQ(look.notes[0].message, "2 of 5 values of 'heat' are not above 0 and have no logarithm");
+    EXPECT_FALSE(lookOf({}, options, {meshWith({-1, 0})}).isOk());
+    EXPECT_TRUE(lookOf({}, heat(), {meshWith({NOT_A_NUMBER})}).isOk());
+    options.range = {1, 5};
+    EXPECT_EQ(lookOf({}, options, meshes).value().meshScale->range.high, 5);
+}
+
+TEST(ScalarColors, withoutAChannelMeshesKeepTheirColors) {
+    std::vector<MeshData> meshes{meshWith({1, 2})};
+    ParticleLook const look = lookOf({}, {}, meshes).value();
+    EXPECT_FALSE(look.meshScale);
+    colorMeshes(meshes, look);
+    EXPECT_EQ(meshes[0].colors[0].a, 0.5F);
+}
+
+TEST(ScalarColors, meshesShareOneScaleAndThoseWithoutTheScalarStay) {
+    std::vector<MeshData> meshes{meshWith({0, 4}), meshWith({6, 10}), meshWith({7})};
+    meshes[2].scalars[0].name = "cold";
+    ParticleLook const look = lookOf({}, heat(), meshes).value();
+    EXPECT_EQ(look.meshScale->range.low, 0);
+    EXPECT_EQ(look.meshScale->range.high, 10);
+    colorMeshes(meshes, look);
+    EXPECT_EQ(meshes[0].colors[0].r, RampColors().low.r);
+    EXPECT_EQ(meshes[1].colors[1].r, RampColors().high.r);
+    EXPECT_EQ(meshes[2].colors[0].a, 0.5F);
+}
+
+TEST(ScalarColors, aChannelThatNoFileHasIsAFaultThatListsWhatTheyHave) {
+    MeshData bare = named(meshWith({1}), "b.ply");
+    bare.scalars.clear();
+    ParticleOptions options;
+    options.channel = "charge";
+    Result<ParticleLook> const none = lookOf({}, options, {named(meshWith({1}), "a.ply"), bare});
+    ASSERT_FALSE(none.isOk());
+    EXPECT_EQ(none.fault().line(),
+              "a.ply: has no channel 'charge' (it has: heat), nor has b.ply (it has: none)");
+    Result<ParticleLook> const both = lookOf({row(2)}, options, {bare});
+    ASSERT_FALSE(both.isOk());
+    EXPECT_EQ(both.fault().line(),
+              "folder/row.xyz: has no channel 'charge' (it has: x, y, z), nor has b.ply (it has: none)");
+}
+
+TEST(ScalarColors, particlesAndMeshesShareOneScale) {
+    ParticleFrame frame = row(2);
+    frame.channels.push_back({"heat", {-5, 5}, "K"});
+    ParticleLook look = lookOf({frame}, heat(), {meshWith({0, 20})}).value();
+    ASSERT_TRUE(look.scale && look.meshScale);
+    EXPECT_EQ(look.scale->range.low, -5);
+    EXPECT_EQ(look.scale->range.high, 20);
+    EXPECT_EQ(look.meshScale->range.high, 20);
+    EXPECT_TRUE(look.notes.empty());
+
+    // Particles that do not have it are not colored by anything else.
+    look = lookOf({row(2)}, heat(), {meshWith({0, 20})}).value();
+    EXPECT_FALSE(look.scale);
+    EXPECT_EQ(look.meshScale->range.high, 20);
+
+    // Meshes that do not have it keep their colors.
+    MeshData bare = meshWith({1});
+    bare.scalars.clear();
+    look = lookOf({frame}, heat(), {bare}).value();
+    EXPECT_EQ(look.scale->range.high, 5);
+    EXPECT_FALSE(look.meshScale);
 }
 
 TEST(ScalarColors, valuesHaveTheColorsOfTheMap) {
     MeshData mesh = meshWith({0, 5, 10, 11, NOT_A_NUMBER});
-    colorByScalar(mesh, mesh.scalars[0], {0, 10}, blackToRed(), GRAY);
+    colorByScalar(mesh, mesh.scalars[0], scaleOf({0, 10}), blackToRed());
     EXPECT_NEAR(mesh.colors[0].r, 0, 1e-6);
     EXPECT_NEAR(mesh.colors[1].r, 0.5F, 1e-6);
     EXPECT_NEAR(mesh.colors[2].r, 1, 1e-6);
     EXPECT_EQ(mesh.colors[3].g, 1) << "above the range";
-    EXPECT_EQ(mesh.colors[4].b, 0.5F) << "not a number";
+    EXPECT_EQ(mesh.colors[4].b, blackToRed().undefined().b) << "not a number";
     EXPECT_EQ(mesh.colors[1].a, 1);
     EXPECT_TRUE(mesh.hasVertexColors);
     EXPECT_EQ(mesh.materials[0].texture, "") << "colors show values, not a texture";
@@ -63,19 +154,19 @@ TEST(ScalarColors, valuesHaveTheColorsOfTheMap) {
 
 TEST(ScalarColors, logarithmsAreSpreadEvenly) {
     MeshData mesh = meshWith({1, 10, 100, 0, -5});
-    colorByScalar(mesh, mesh.scalars[0], {1, 100}, blackToRed(), GRAY, true);
+    colorByScalar(mesh, mesh.scalars[0], scaleOf({1, 100}, true), blackToRed());
     EXPECT_NEAR(mesh.colors[1].r, 0.5F, 1e-6);
     EXPECT_NEAR(mesh.colors[2].r, 1, 1e-6);
-    EXPECT_EQ(mesh.colors[3].b, 0.5F) << "0 has no logarithm";
-    EXPECT_EQ(mesh.colors[4].b, 0.5F);
+    EXPECT_EQ(mesh.colors[3].b, blackToRed().undefined().b) << "0 has no logarithm";
+    EXPECT_EQ(mesh.colors[4].b, blackToRed().undefined().b);
 }
 
 TEST(ScalarColors, rangesOfAnySizeAreMet) {
     MeshData mesh = meshWith({-1.7e308, 0, 1.7e308});
-    colorByScalar(mesh, mesh.scalars[0], {-1.7e308, 1.7e308}, blackToRed(), GRAY);
+    colorByScalar(mesh, mesh.scalars[0], scaleOf({-1.7e308, 1.7e308}), blackToRed());
     EXPECT_NEAR(mesh.colors[1].r, 0.5F, 1e-6);
     mesh = meshWith({4, 4});
-    colorByScalar(mesh, mesh.scalars[0], {4, 4}, blackToRed(), GRAY);
+    colorByScalar(mesh, mesh.scalars[0], scaleOf({4, 4}), blackToRed());
     EXPECT_EQ(mesh.colors[0].r, 0);
     EXPECT_EQ(mesh.colors[0].g, 0);
 }

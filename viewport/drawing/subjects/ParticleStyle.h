@@ -18,11 +18,12 @@ struct ParticleStyle {
         size;  ///< above 0; points: pixels, spheres and arrows: units of the file; nothing: chosen
     std::string colorMap = {};                  ///< one of toolkit::ColorMap::names(); empty: `colors`
     std::optional<ParticleLegend> legend = {};  ///< what colors of kinds mean; nothing: they show none
+    std::optional<ValueScale> meshScale = {};   ///< of the colors of meshes; nothing: they show no values
 
     /// The style for particles that have been prepared with these options.
     static ParticleStyle of(ParticleLook const& look, ParticleOptions const& options) {
         return {look.mode,    look.scale,       options.colors, options.percent,
-                options.size, options.colorMap, look.legend};
+                options.size, options.colorMap, look.legend,    look.meshScale};
     }
 };
 
