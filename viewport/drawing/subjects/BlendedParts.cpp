@@ -37,8 +37,8 @@ void BlendedParts::add(Model const& model) {
         if (!covers(part, style)) {
             continue;
         }
-        Source source{&part, 0, nullptr, nullptr};
-        if (part.texture != nullptr) {
+        Source source = _sourceOf(part);
+        if (part.texture != nullptr && !style.color) {
             source.texture = textures.nameOf(*part.texture);
             source.coordinateTriangles = elementsOf<Tuple3<unsigned int>>(
                 part.mesh->namedArray(MeshArrayInf_ns::TRINDEXED, ModelPart::CHANNEL));
@@ -47,11 +47,34 @@ void BlendedParts::add(Model const& model) {
         }
         auto const number = static_cast<unsigned int>(sources.size());
         sources.push_back(source);
-        triangles.reserve(triangles.size() + part.triangles.size());
-        for (unsigned int t = 0; t < part.triangles.size(); ++t) {
+        unsigned int const count = part.mesh->triangleCount();
+        triangles.reserve(triangles.size() + count);
+        for (unsigned int t = 0; t < count; ++t) {
             triangles.push_back({0, number, t});
         }
     }
+}
+
+/// Parts without colors of their vertices have the arrays of their mesh alone.
+BlendedParts::Source BlendedParts::_sourceOf(ModelPart const& part) const {
+    Source source{};
+    source.part = &part;
+    if (part.colors.size() > 0) {
+        source.vertices = part.vertices.begin();
+        source.triangles = part.triangles.begin();
+        source.normals = part.normals.begin();
+        source.normalTriangles = source.triangles;
+        source.colors = style.color ? nullptr : part.colors.begin();
+    } else {
+        Mesh const& mesh = *part.mesh;
+        source.vertices = elementsOf<Vector3<double>>(mesh.positions());
+        source.triangles = elementsOf<Tuple3<unsigned int>>(mesh.triangles());
+        source.normals = elementsOf<Vector3<float>>(mesh.vertexNormals());
+        source.normalTriangles = elementsOf<Tuple3<unsigned int>>(mesh.normalTriangles());
+    }
+    source.color = style.color.value_or(part.color);
+    source.color.a *= style.opacity;
+    return source;
 }
 
 void BlendedParts::draw() {
@@ -93,10 +116,10 @@ void BlendedParts::_sort() {
     Matrix4<double> const m = isPerspective ? view : projection * view;
     Vector3<double> const toBack = Vector3<double>{m.e[2], m.e[6], m.e[10]} * (isPerspective ? -1.0 : 1.0);
     for (Triangle& triangle : triangles) {
-        ModelPart const& part = *sources[triangle.source].part;
-        Tuple3<unsigned int> const& corners = part.triangles[triangle.index];
-        triangle.depth = dot(toBack, part.vertices[corners.e0]) + dot(toBack, part.vertices[corners.e1]) +
-                         dot(toBack, part.vertices[corners.e2]);
+        Source const& source = sources[triangle.source];
+        Tuple3<unsigned int> const& corners = source.triangles[triangle.index];
+        triangle.depth = dot(toBack, source.vertices[corners.e0]) + dot(toBack, source.vertices[corners.e1]) +
+                         dot(toBack, source.vertices[corners.e2]);
     }
     std::sort(triangles.begin(), triangles.end(), [](Triangle const& a, Triangle const& b) {
         return a.depth != b.depth     ? a.depth > b.depth
@@ -129,33 +152,39 @@ void BlendedParts::_end(Source const& source) const {
 }
 
 void BlendedParts::_emit(Source const& source, unsigned int triangle) const {
-    ModelPart const& part = *source.part;
     auto const cornersOf = [](Tuple3<unsigned int> const& t, unsigned int(&corners)[3]) {
         corners[0] = t.e0;
         corners[1] = t.e1;
         corners[2] = t.e2;
     };
     unsigned int corners[3];
-    cornersOf(part.triangles[triangle], corners);
+    cornersOf(source.triangles[triangle], corners);
+    unsigned int normals[3];
+    cornersOf(source.normalTriangles[triangle], normals);
     unsigned int places[3] = {0, 0, 0};
     if (source.coordinates != nullptr && source.coordinateTriangles != nullptr) {
         cornersOf(source.coordinateTriangles[triangle], places);
     }
     bool const isFaceted = style.shading == Shading::FACETED;
     if (isFaceted) {
-        Vector3<double> const normal = cross(part.vertices[corners[1]] - part.vertices[corners[0]],
-                                             part.vertices[corners[2]] - part.vertices[corners[0]]);
+        Vector3<double> const normal = cross(source.vertices[corners[1]] - source.vertices[corners[0]],
+                                             source.vertices[corners[2]] - source.vertices[corners[0]]);
         glNormal3dv(&normal.x);
     }
     for (unsigned int k = 0; k < 3; ++k) {
         if (!isFaceted) {
-            glNormal3fv(&part.normals[corners[k]].x);
+            glNormal3fv(&source.normals[normals[k]].x);
         }
         if (source.coordinates != nullptr) {
             glTexCoord2fv(&source.coordinates[places[k]].x);
         }
-        glColor4fv(&part.colors[corners[k]].r);
-        glVertex3dv(&part.vertices[corners[k]].x);
+        Color4<float> color = source.color;
+        if (source.colors != nullptr) {
+            color = source.colors[corners[k]];
+            color.a *= style.opacity;
+        }
+        glColor4fv(&color.r);
+        glVertex3dv(&source.vertices[corners[k]].x);
     }
 }
 

@@ -27,7 +27,10 @@ public:
 
     /// Whether it draws the part, and not the model's renderer.
     static bool covers(ModelPart const& part, MeshStyle const& style) {
-        return part.isBlended && style.isFilled() && !style.edgesBlend && !style.wireframeBack;
+        float const opacity = style.opacity * (style.color ? style.color->a : 1);
+        // The color that is asked for is in place of the part's, with its opacity.
+        bool const isBlended = opacity < 1 || (part.isBlended && !style.color);
+        return isBlended && style.isFilled() && !style.edgesBlend && !style.wireframeBack;
     }
 
     /// Adds the parts of a model that it covers.
@@ -40,9 +43,15 @@ public:
 private:
     struct Source {
         ModelPart const* part;
-        unsigned int texture;  // 0: none
-        Tuple3<unsigned int> const* coordinateTriangles;
-        Vector2<float> const* coordinates;
+        Vector3<double> const* vertices;
+        Tuple3<unsigned int> const* triangles;
+        Vector3<float> const* normals;
+        Tuple3<unsigned int> const* normalTriangles;
+        Color4<float> const* colors;  // of the vertices; null: one for all
+        Color4<float> color;
+        unsigned int texture = 0;  // 0: none
+        Tuple3<unsigned int> const* coordinateTriangles = nullptr;
+        Vector2<float> const* coordinates = nullptr;
     };
     struct Triangle {
         double depth;  // along the direction of view; the sum of the corners
@@ -50,6 +59,7 @@ private:
         unsigned int index;
     };
 
+    Source _sourceOf(ModelPart const& part) const;
     void _sort();
     void _begin(Source const& source) const;
     void _end(Source const& source) const;

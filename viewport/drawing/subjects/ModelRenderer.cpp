@@ -332,7 +332,8 @@ void ModelRenderer::_drawWireframe(Sampling const& sampling) {
         Color4<float> color;
     };
     for (Step step : {Step{DEPTH_IGNORED, HIDDEN_LINES}, Step{DEPTH_TESTED_ONLY, FRONT_LINES}}) {
-        lines.color = step.color;
+        lines.color = style.color.value_or(step.color);
+        lines.color.a = step.color.a;
         layer.pushDepthTest(step.depth);
         for (Part const& part : parts) {
             drawMesh(*part.renderer, lines);

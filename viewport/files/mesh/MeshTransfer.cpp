@@ -47,7 +47,7 @@ struct MaterialHeader {
     std::uint32_t texelRows;
 };
 
-constexpr char MAGIC[8] = {'v', 'l', 'm', 'e', 's', 'h', '0', '4'};
+constexpr char MAGIC[8] = {'v', 'l', 'm', 'e', 's', 'h', '0', '5'};
 constexpr std::uint64_t MOST_DETAIL_BYTES = std::uint64_t(1) << 40;
 constexpr std::uint64_t MOST_SCALARS = std::uint64_t(1) << 20;
 constexpr char DAMAGED_MESSAGE[] = "the importer gave a damaged result";
@@ -260,6 +260,10 @@ std::vector<unsigned char> encodeDetails(MeshData const& mesh) {
         writer.putList(scalar.name);
         writer.putList(scalar.unit);
     }
+    writer.put(static_cast<std::uint64_t>(mesh.notes.size()));
+    for (std::string const& note : mesh.notes) {
+        writer.putList(note);
+    }
     writer.put(static_cast<std::uint64_t>(mesh.animations.size()));
     for (MeshAnimation const& animation : mesh.animations) {
         writer.putList(animation.name);
@@ -282,6 +286,10 @@ bool decodeDetails(std::vector<unsigned char> const& bytes, MeshData& mesh) {
     for (MeshScalar& scalar : mesh.scalars) {
         scalar.name = reader.takeList<std::string>();
         scalar.unit = reader.takeList<std::string>();
+    }
+    auto const noteCount = reader.take<std::uint64_t>();
+    for (std::uint64_t i = 0; i < noteCount && reader.isSound(); ++i) {
+        mesh.notes.push_back(reader.takeList<std::string>());
     }
     auto const animationCount = reader.take<std::uint64_t>();
     for (std::uint64_t i = 0; i < animationCount && reader.isSound(); ++i) {

@@ -12,7 +12,7 @@
 ///     header | name or message | positions | triangles | [normals] | colors | [texture coordinates]
 ///         | [materials of the triangles] | lines | points | values of scalars | details
 ///
-/// Details are the direction that is up, the names of scalars, the animations and the materials.
+/// Details are the direction that is up, the names of scalars, the notes, the animations and the materials.
 ///
 /// Both ends are the same program on the same machine, so numbers are as memory holds them. The receiver
 /// trusts nothing all the same: the sender has just read a file that may have been made to harm it.

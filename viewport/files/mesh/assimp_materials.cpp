@@ -1,5 +1,7 @@
 #include "viewport/files/mesh/assimp_materials.h"
 
+#include "viewport/files/mesh/default_color.h"
+
 #include <algorithm>
 #include <cmath>
 #include <iterator>
@@ -13,8 +15,6 @@
 namespace vellum::viewport {
 
 namespace {
-
-constexpr Color4<float> PLAIN_COLOR{0.74F, 0.76F, 0.80F, 1.0F};  // of surfaces without a color
 
 constexpr aiTextureType COLOR_TEXTURES[] = {aiTextureType_DIFFUSE, aiTextureType_BASE_COLOR};
 
@@ -174,24 +174,24 @@ Color4<float> colorOf(float red, float green, float blue, float opacity) {
 
 Color4<float> surfaceColorOf(aiScene const& scene, unsigned int index) {
     if (index >= scene.mNumMaterials) {
-        return PLAIN_COLOR;
+        return DEFAULT_COLOR;
     }
     aiMaterial const& source = *scene.mMaterials[index];
     aiColor4D diffuse;
     aiString name;
     source.Get(AI_MATKEY_NAME, name);
     if (source.Get(AI_MATKEY_COLOR_DIFFUSE, diffuse) != AI_SUCCESS) {
-        return PLAIN_COLOR;
+        return DEFAULT_COLOR;
     }
     // Assimp adds a gray material where a file has none.
     std::string_view const word = name.C_Str();
     bool const isAssimpsGray = diffuse.r == 0.6F && diffuse.g == 0.6F && diffuse.b == 0.6F;
     if (word == AI_DEFAULT_MATERIAL_NAME || (word.empty() && isAssimpsGray)) {
-        return PLAIN_COLOR;
+        return DEFAULT_COLOR;
     }
     // Files leave the color black where a texture replaces it; without the texture nothing would be seen.
     Color4<float> const color = toColor(diffuse);
-    return isBlack(color) && hasColorTexture(source) ? PLAIN_COLOR : color;
+    return isBlack(color) && hasColorTexture(source) ? DEFAULT_COLOR : color;
 }
 
 Material materialOf(aiScene const& scene, unsigned int index) {

@@ -144,6 +144,7 @@ TEST(MeshTransfer, linesPointsScalarsUpAndAnimationsComeBack) {
     sent.points = {2};
     sent.scalars = {{"heat", "K", {1, 2, 3}}, {"age", "", {4, std::numeric_limits<double>::quiet_NaN(), 6}}};
     sent.up = UpAxis::MINUS_X;
+    sent.notes = {"a light is not drawn", ""};
     sent.animations = {{"walk", 2.5}};
     std::vector<unsigned char> const whole = encodeMesh(sent);
     Result<MeshData> const result = decode(whole);
@@ -158,6 +159,7 @@ TEST(MeshTransfer, linesPointsScalarsUpAndAnimationsComeBack) {
     EXPECT_EQ(mesh.scalars[0].values, (std::vector<double>{1, 2, 3}));
     EXPECT_TRUE(std::isnan(mesh.scalars[1].values[1])) << "a scalar may be missing";
     EXPECT_EQ(mesh.up, UpAxis::MINUS_X);
+    EXPECT_EQ(mesh.notes, sent.notes);
     ASSERT_EQ(mesh.animations.size(), 1U);
     EXPECT_EQ(mesh.animations[0].name, "walk");
     EXPECT_EQ(mesh.animations[0].duration, 2.5);
