@@ -413,6 +413,47 @@ TEST_F(Viewer_gl_test, trianglesOfOnePaneAreSortedToo) {
     EXPECT_GT(middle[2], middle[0]) << savePicture("viewer_panes_perspective");
 }
 
+TEST_F(Viewer_gl_test, theOpacityOfTheStyleSortsWhatIsOpaqueInItsFile) {
+    MeshData const red = square(-0.5, {1, 0, 0, 1});
+    MeshData const blue = square(0.5, {0, 0, 1, 1});
+    style.mesh.opacity = 0.75F;
+    for (bool const isRedFirst : {true, false}) {
+        scene = isRedFirst ? Scene({red, blue}) : Scene({blue, red});
+        for (Shading const shading : {Shading::SMOOTH, Shading::FACETED}) {
+            style.mesh.shading = shading;
+            style.camera.view = toolkit::ViewKind::FRONT;
+            Picture const front = draw();
+            EXPECT_GT(at(front, 56, 50)[2], 2 * at(front, 56, 50)[0]);
+            EXPECT_GT(at(front, 56, 50)[0], 20) << "red shines through";
+            style.camera.view = toolkit::ViewKind::BACK;
+            Picture const back = draw();
+            EXPECT_GT(at(back, 56, 50)[0], 2 * at(back, 56, 50)[2]);
+        }
+    }
+}
+
+TEST_F(Viewer_gl_test, theColorOfTheStyleIsInPlaceOfThoseOfTheFile) {
+    MeshData pane = square(0.5, {0, 0, 1, 0.5F});
+    scene = Scene({pane});
+    style.camera.view = toolkit::ViewKind::FRONT;
+    style.mesh.color = Color4<float>{1, 0, 0, 1};
+    for (float const opacity : {1.0F, 0.75F}) {
+        style.mesh.opacity = opacity;
+        Picture const picture = draw();
+        EXPECT_GT(at(picture, 56, 50)[0], 2 * at(picture, 56, 50)[2]) << opacity;
+    }
+    style.mesh.opacity = 1;
+    style.mesh.shading = Shading::WIREFRAME;
+    style.mesh.lineWidth = 5;
+    Picture const lines = draw();
+    int redCount = 0;
+    for (int x = 0; x < lines.width; ++x) {
+        unsigned char const* const pixel = at(lines, x, 56);
+        redCount += pixel[0] > 150 && pixel[0] > 3 * pixel[2] ? 1 : 0;
+    }
+    EXPECT_GE(redCount, 8) << "of two or three lines";
+}
+
 TEST_F(Viewer_gl_test, whatIsBehindAPaneIsSeenAndCanBePicked) {
     MeshData pane = square(1.5, {0, 0, 1, 1});
     pane.materials[0].opacity = 0.25F;

@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
-#include <thread>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -410,15 +409,10 @@ Result<MeshData> loadPipe(std::string const& bytes, std::optional<std::string> c
     if (::pipe(ends) != 0) {
         return Fault{{}, "no pipe"};
     }
-    std::thread writer([&] {
-        for (std::size_t done = 0; done < bytes.size();) {
-            ssize_t const count = ::write(ends[1], bytes.data() + done, bytes.size() - done);
-            done = count > 0 ? done + static_cast<std::size_t>(count) : bytes.size();
-        }
-        ::close(ends[1]);
-    });
+    // As few bytes as these fit into the pipe, without a thread that writes them.
+    EXPECT_EQ(::write(ends[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    ::close(ends[1]);
     Result<InputFile> const file = InputFile::open("/dev/fd/" + std::to_string(ends[0]));
-    writer.join();
     ::close(ends[0]);
     return file.isOk() ? MeshFile(file.value(), format).load(ImportLimits{}) : Result<MeshData>(file.fault());
 }
