@@ -22,6 +22,7 @@ Viewer::Viewer(Core_RL& layer, Scene const& scene, ViewStyle const& style, Effec
     : layer(layer)
     , scene(scene)
     , style(style)
+    , ink(style.background.ink())
     , effect(effect)
     , textures(layer)
     , blended(layer, style.mesh, textures)
@@ -64,7 +65,7 @@ void Viewer::draw(PictureSize const& size, Region const& region, int samplesPerS
     }
     if (style.explanations.hasAxes) {
         glClear(GL_DEPTH_BUFFER_BIT);
-        cornerAxes.draw(camera.screen(), region, size, sampling, style.background.ink());
+        cornerAxes.draw(camera.screen(), region, size, sampling, ink);
     }
     layer.popDepthTest();
 }
@@ -93,7 +94,7 @@ std::optional<Fault> Viewer::cameraFault(PictureSize const& size) {
 void Viewer::drawLabels(Picture& picture) {
     _layOut({picture.width, picture.height});
     if (colorKey != nullptr) {
-        colorKey->draw(picture);
+        colorKey->draw(picture, ink);
     }
 }
 
@@ -170,7 +171,7 @@ void Viewer::_drawBehind(Region const& region, PictureSize const& size, Sampling
     camera.load(region);
     if (_isGroundShown()) {
         layer.pushDepthTest(DEPTH_TESTED);
-        backdrop.drawGrid(style.background.ink(), sampling);
+        backdrop.drawGrid(ink, sampling);
         layer.popDepthTest();
     }
 }
@@ -199,7 +200,7 @@ void Viewer::_drawModels(Sampling const& sampling) {
 void Viewer::_drawClouds(Sampling const& sampling) {
     for (CloudDrawing const& cloud : clouds) {
         if (style.explanations.hasBox) {
-            cloud.drawBox(sampling);
+            cloud.drawBox(sampling, ink);
         }
     }
     for (CloudDrawing& cloud : clouds) {

@@ -52,7 +52,7 @@ public:
     /// \param samplesPerSide of the viewport for each pixel of the picture, at least 1
     void draw(PictureSize const& size, Region const& region, int samplesPerSide);
 
-    /// Changes what is behind the scene.
+    /// Changes what is behind the scene. Lines and letters keep the color that suits the first background.
     void setBackground(Background const& background) { style.background = background; }
     Background const& background() const { return style.background; }
 
@@ -87,6 +87,7 @@ private:
     Core_RL& layer;
     Scene const& scene;
     ViewStyle style;
+    Color4<float> ink;       // of lines and letters
     EffectRenderer* effect;  // may be null
     TextureStore textures;
     BlendedParts blended;

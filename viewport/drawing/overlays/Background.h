@@ -20,8 +20,12 @@ struct Background {
         return !isTransparent && (luminance(top) + luminance(bottom)) / 2 > 0.5F;
     }
 
-    /// The color of lines and letters on it.
+    /// The color of lines and letters on it. Nobody knows what a transparent picture will lie on: there it is one that
+    /// can be read on black and on white.
     Color4<float> ink() const {
+        if (isTransparent) {
+            return {0.45F, 0.48F, 0.53F, 1};
+        }
         return isLight() ? Color4<float>{0.13F, 0.15F, 0.19F, 1} : Color4<float>{0.86F, 0.88F, 0.92F, 1};
     }
 };

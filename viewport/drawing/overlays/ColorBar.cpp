@@ -150,7 +150,7 @@ int ColorBar::_rowOf(double value) const {
     return bar.top + bar.height - static_cast<int>(std::lround(place * bar.height));
 }
 
-void ColorBar::draw(Picture& picture) const {
+void ColorBar::draw(Picture& picture, Color4<float> const& ink) const {
     if (!fits) {
         return;
     }
@@ -159,39 +159,39 @@ void ColorBar::draw(Picture& picture) const {
         double const place = hasExtent ? (bar.height - row - 0.5) / bar.height : 0;
         fill(picture, {bar.left, bar.top + row, bar.width, 1}, colors.at(place));
     }
-    drawFrame(picture, bar, sizes.line);
+    drawFrame(picture, ink, bar, sizes.line);
     int const afterBar = bar.left + bar.width + sizes.line;
     int const markLength = sizes.text / 3;
     int const textLeft = afterBar + markLength + sizes.text / 3;
     for (Mark const& mark : marks) {
         int const middle = _rowOf(mark.value);
-        drawMark(picture, {afterBar, middle - sizes.line / 2, markLength, sizes.line});
-        drawText(picture, writer.write(mark.text, sizes.text), textLeft, middle - sizes.text / 2);
+        drawMark(picture, ink, {afterBar, middle - sizes.line / 2, markLength, sizes.line});
+        drawText(picture, ink, writer.write(mark.text, sizes.text), textLeft, middle - sizes.text / 2);
     }
     int const gap = static_cast<int>(std::lround(GAP_OF_PIECES * sizes.text));
     int head = bar.top - sizes.line;
     if (scale.isExceeded) {
         PixelArea const piece{bar.left, bar.top - gap - sizes.swatch, bar.width, sizes.swatch};
         fill(picture, piece, colors.above());
-        drawFrame(picture, piece, sizes.line);
-        drawText(picture, writer.write(ABOVE_TEXT, sizes.text), textLeft,
+        drawFrame(picture, ink, piece, sizes.line);
+        drawText(picture, ink, writer.write(ABOVE_TEXT, sizes.text), textLeft,
                  piece.top + (piece.height - sizes.text) / 2);
         head = piece.top - sizes.line;
     }
     if (scale.undefinedCount > 0) {
         PixelArea const piece{bar.left, bar.top + bar.height + gap, bar.width, sizes.swatch};
         fill(picture, piece, colors.undefined());
-        drawFrame(picture, piece, sizes.line);
+        drawFrame(picture, ink, piece, sizes.line);
         int const top = piece.top + (piece.height - sizes.text) / 2;
-        drawText(picture, writer.write(undefinedText(scale), sizes.text), textLeft, top);
-        drawText(picture, writer.write(std::to_string(scale.undefinedCount), sizes.text), textLeft,
+        drawText(picture, ink, writer.write(undefinedText(scale), sizes.text), textLeft, top);
+        drawText(picture, ink, writer.write(std::to_string(scale.undefinedCount), sizes.text), textLeft,
                  top + sizes.text);
     }
-    _drawTitle(picture, head);
+    _drawTitle(picture, head, ink);
 }
 
 /// In two lines where the unit would not fit behind the name.
-void ColorBar::_drawTitle(Picture& picture, int bottom) const {
+void ColorBar::_drawTitle(Picture& picture, int bottom, Color4<float> const& ink) const {
     int const widest = reserved - 2 * sizes.margin;
     std::vector<std::string> lines{scale.title()};
     if (!scale.unit.empty() && writer.write(lines.front(), sizes.text).width > widest) {
@@ -199,7 +199,7 @@ void ColorBar::_drawTitle(Picture& picture, int bottom) const {
     }
     int top = bottom - sizes.text * static_cast<int>(lines.size() + 1);
     for (std::string const& line : lines) {
-        drawText(picture, writer.write(writer.shortened(line, sizes.text, widest), sizes.text), bar.left,
+        drawText(picture, ink, writer.write(writer.shortened(line, sizes.text, widest), sizes.text), bar.left,
                  top);
         top += sizes.text;
     }

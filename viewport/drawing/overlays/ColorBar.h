@@ -32,7 +32,7 @@ public:
     ColorBar(ValueScale const& scale, ValueColors const& colors, PictureSize const& size);
 
     int reservedWidth() const override { return fits ? reserved : 0; }
-    void draw(Picture& picture) const override;
+    void draw(Picture& picture, Color4<float> const& ink) const override;
 
     /// The area of the range, without its frame.
     PixelArea area() const { return bar; }
@@ -44,7 +44,7 @@ public:
 
 private:
     int _rowOf(double value) const;
-    void _drawTitle(Picture& picture, int bottom) const;
+    void _drawTitle(Picture& picture, int bottom, Color4<float> const& ink) const;
 
     TextWriter writer;
     ValueScale scale;

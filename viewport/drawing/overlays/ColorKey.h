@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/geometry/Color4.h"
 #include "viewport/files/images/Picture.h"
 
 namespace vellum::viewport {
@@ -18,7 +19,8 @@ public:
     bool isShown() const { return reservedWidth() > 0; }
 
     /// Draws it into a picture of the size that it is laid out for; nothing where it is not shown.
-    virtual void draw(Picture& picture) const = 0;
+    /// \param ink the color of letters and lines
+    virtual void draw(Picture& picture, Color4<float> const& ink) const = 0;
 };
 
 }  // namespace vellum::viewport

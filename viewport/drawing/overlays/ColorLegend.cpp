@@ -56,25 +56,26 @@ PixelArea ColorLegend::swatch(std::size_t entry) const {
             height};
 }
 
-void ColorLegend::draw(Picture& picture) const {
+void ColorLegend::draw(Picture& picture, Color4<float> const& ink) const {
     if (!fits) {
         return;
     }
     int const left = size.width - reserved + sizes.margin;
     int const right = size.width - sizes.margin;
     int const inRow = (rowHeight - sizes.text) / 2;
-    drawText(picture, writer.write(title, sizes.text), left, top);
+    drawText(picture, ink, writer.write(title, sizes.text), left, top);
     for (std::size_t i = 0; i < rows.size(); ++i) {
         PixelArea const area = swatch(i);
         fill(picture, area, rows[i].color);
-        drawFrame(picture, area, sizes.line);
+        drawFrame(picture, ink, area, sizes.line);
         int const textTop = _rowTop(i) + inRow;
-        drawText(picture, writer.write(rows[i].name, sizes.text), area.left + area.width + sizes.text / 2,
-                 textTop);
+        drawText(picture, ink, writer.write(rows[i].name, sizes.text),
+                 area.left + area.width + sizes.text / 2, textTop);
         TextMask const count = writer.write(rows[i].count, sizes.text);
-        drawText(picture, count, right - count.width, textTop, COUNT_STRENGTH);
+        drawText(picture, ink, count, right - count.width, textTop, COUNT_STRENGTH);
     }
-    drawText(picture, writer.write(rest, sizes.text), left, _rowTop(rows.size()) + inRow, COUNT_STRENGTH);
+    drawText(picture, ink, writer.write(rest, sizes.text), left, _rowTop(rows.size()) + inRow,
+             COUNT_STRENGTH);
 }
 
 }  // namespace vellum::viewport

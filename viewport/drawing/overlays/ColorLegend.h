@@ -27,7 +27,7 @@ public:
     ColorLegend(ParticleLegend const& legend, PictureSize const& size);
 
     int reservedWidth() const override { return fits ? reserved : 0; }
-    void draw(Picture& picture) const override;
+    void draw(Picture& picture, Color4<float> const& ink) const override;
 
     std::size_t listedCount() const { return rows.size(); }
 

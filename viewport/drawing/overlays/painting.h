@@ -19,13 +19,14 @@ struct PixelArea {
 void fill(Picture& picture, PixelArea const& area, Color4<float> const& color);
 
 /// Draws thin lines around an area, outside of it.
-void drawFrame(Picture& picture, PixelArea const& area, int thickness);
+void drawFrame(Picture& picture, Color4<float> const& ink, PixelArea const& area, int thickness);
 
 /// Draws the mark of a value beside a bar.
-void drawMark(Picture& picture, PixelArea const& area);
+void drawMark(Picture& picture, Color4<float> const& ink, PixelArea const& area);
 
-/// Draws a text in the color of labels.
+/// Draws a text.
 /// \param strength 255: as other texts; less: paler
-void drawText(Picture& picture, TextMask const& text, int left, int top, unsigned int strength = 255);
+void drawText(Picture& picture, Color4<float> const& ink, TextMask const& text, int left, int top,
+              unsigned int strength = 255);
 
 }  // namespace vellum::viewport

@@ -9,7 +9,7 @@ namespace {
 
 constexpr double POINT_SIZE = 2.4;  // pixels of a picture of 720
 constexpr double SHAFT_WIDTH = 2;   // of solid arrows, pixels of a picture of 720
-constexpr Color4<float> BOX{0.86F, 0.88F, 0.92F, 0.5F};
+constexpr float BOX_OPACITY = 0.5F;
 
 }  // namespace
 
@@ -28,11 +28,11 @@ void CloudDrawing::draw(Sampling const& sampling) {
     layer.popLineWidth();
 }
 
-void CloudDrawing::drawBox(Sampling const& sampling) const {
+void CloudDrawing::drawBox(Sampling const& sampling, Color4<float> const& ink) const {
     layer.pushDepthTest(DEPTH_TESTED_ONLY);
     layer.pushBlending(BLENDING_ALPHA);
     layer.pushLineWidth(sampling.lineWidth(1.0));
-    layer.pushColor(BOX);
+    layer.pushColor({ink.r, ink.g, ink.b, BOX_OPACITY});
     layer.begin(Primitive::LINES);
     for (Vector3<float> const& end : cloud.boxLines) {
         layer.renderPoint3_scoped(end);

@@ -21,8 +21,9 @@ public:
     void draw(Sampling const& sampling);
 
     /// Draws the lines of the particles' box, behind what is nearer. Writes no depth.
+    /// \param ink the color of the lines, which are paler
     /// State: none is left changed.
-    void drawBox(Sampling const& sampling) const;
+    void drawBox(Sampling const& sampling, Color4<float> const& ink) const;
 
 private:
     double _size(Sampling const& sampling) const;

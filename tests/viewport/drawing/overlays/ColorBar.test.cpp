@@ -1,5 +1,7 @@
 #include "viewport/drawing/overlays/ColorBar.h"
 
+#include "viewport/drawing/overlays/Background.h"
+
 #include "tests/viewport/drawing/overlays/key_pictures.h"
 
 #include <gmock/gmock.h>
@@ -102,7 +104,7 @@ TEST(ColorBar, itShowsTheColorsOfItsRange) {
         ColorBar const shown(values, colors, {640, 480});
         ASSERT_TRUE(shown.isShown());
         Picture picture = blank({640, 480});
-        shown.draw(picture);
+        shown.draw(picture, Background{}.ink());
         PixelArea const area = shown.area();
         EXPECT_EQ(area.height, 240);
         for (int row = 0; row < area.height; ++row) {
@@ -120,7 +122,7 @@ TEST(ColorBar, whatIsAboveTheRangeAndWhatIsUndefinedHavePiecesOfTheirOwn) {
     values.undefinedCount = 12;
     ColorBar const shown = bar(values);
     Picture picture = blank({640, 480});
-    shown.draw(picture);
+    shown.draw(picture, Background{}.ink());
     PixelArea const area = shown.area();
     int const x = area.left + area.width / 2;
     expectColor(picture, x, area.top - 16, RampColors().above);
@@ -128,7 +130,7 @@ TEST(ColorBar, whatIsAboveTheRangeAndWhatIsUndefinedHavePiecesOfTheirOwn) {
     Picture plain = blank({640, 480});
     ValueScale nameless = scale(0, 1);
     nameless.name.clear();
-    bar(nameless).draw(plain);
+    bar(nameless).draw(plain, Background{}.ink());
     EXPECT_TRUE(isBlank(plain, x, area.top - 16));
     EXPECT_TRUE(isBlank(plain, x, area.top + area.height + 16));
 }
@@ -156,7 +158,7 @@ TEST(ColorBar, itGrowsWithThePictureAndIsLeftOutOfSmallOnes) {
         EXPECT_FALSE(small.isShown());
         EXPECT_EQ(small.reservedWidth(), 0);
         Picture picture = blank(size);
-        small.draw(picture);
+        small.draw(picture, Background{}.ink());
         EXPECT_TRUE(isBlank(picture, 0, 0));
     }
     EXPECT_TRUE(bar(scale(0, 1), {320, 180}).isShown());
@@ -172,7 +174,7 @@ TEST(ColorBar, itStaysAtTheRight) {
             values.undefinedCount = hasPieces ? 123456789 : 0;
             ColorBar const shown = bar(values);
             Picture picture = blank({640, 480});
-            shown.draw(picture);
+            shown.draw(picture, Background{}.ink());
             EXPECT_GT(touchedColumns(picture).first, 640 - shown.reservedWidth());
             EXPECT_LT(touchedColumns(picture).second, 639);
         }

@@ -1,5 +1,7 @@
 #include "viewport/drawing/overlays/ColorLegend.h"
 
+#include "viewport/drawing/overlays/Background.h"
+
 #include "tests/viewport/drawing/overlays/key_pictures.h"
 #include "viewport/drawing/overlays/ColorBar.h"
 
@@ -27,7 +29,7 @@ TEST(ColorLegend, everyKindHasASwatchOfItsColor) {
     ASSERT_TRUE(shown.isShown());
     ASSERT_EQ(shown.listedCount(), 5U);
     Picture picture = blank({640, 480});
-    shown.draw(picture);
+    shown.draw(picture, Background{}.ink());
     for (std::size_t i = 0; i < 5; ++i) {
         PixelArea const area = shown.swatch(i);
         expectColor(picture, area.left, area.top, kindColor(i));
@@ -53,7 +55,7 @@ TEST(ColorLegend, moreKindsThanCanBeListedAreCounted) {
     EXPECT_LT(low.listedCount(), 15U);
     // The line that says how many more there are stands below the last swatch.
     Picture picture = blank({640, 240});
-    low.draw(picture);
+    low.draw(picture, Background{}.ink());
     PixelArea const last = low.swatch(low.listedCount() - 1);
     int touched = 0;
     for (int y = last.top + last.height + 4; y < 240; ++y) {
@@ -77,7 +79,7 @@ TEST(ColorLegend, itIsLeftOutOfSmallPicturesAndWithoutKinds) {
         ColorLegend const small(legend(3), size);
         EXPECT_EQ(small.reservedWidth(), 0);
         Picture picture = blank(size);
-        small.draw(picture);
+        small.draw(picture, Background{}.ink());
         EXPECT_TRUE(isBlank(picture, 0, 0));
     }
     EXPECT_FALSE(ColorLegend(legend(0), {640, 480}).isShown());
