@@ -21,6 +21,8 @@ struct Content {
     std::vector<ParticleFrame> particles;
     std::vector<std::string> textures;  ///< files that the meshes name
     std::optional<UpAxis> up;           ///< of the first file
+    bool hasAnimations = false;         ///< of meshes
+    bool hasTimes = false;              ///< of particles
     std::string texts;                  ///< its description, for --info
     InfoDocument document;              ///< the same as JSON; filled only where it is asked for
 

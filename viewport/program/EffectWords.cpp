@@ -77,7 +77,8 @@ void EffectWords::addTo(CLI::App& app) {
         ->allow_extra_args(false);
     add("--effect-model", model,
         "Only this mesh file has the effect, counted from 1; the others are behind it", "N");
-    add("--environment", environment, "What glass mirrors: a picture (PNG, JPEG, EXR, HDR)", "FILE");
+    add("--environment", environment,
+        "What glass mirrors: a picture (PNG, JPEG, EXR, HDR, TIFF, WebP, TGA, BMP, GIF, DDS)", "FILE");
     add("--shader-vertex", vertexShader, "The vertex stage of the custom effect, GLSL 1.20", "FILE");
     add("--shader-fragment", fragmentShader, "Its fragment stage", "FILE");
     add("--shader-geometry", geometryShader, "Its geometry stage", "FILE");

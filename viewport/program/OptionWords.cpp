@@ -1,9 +1,13 @@
 #include "viewport/program/OptionWords.h"
 
 #include "toolkit/ColorMap.h"
+#include "viewport/files/common/InputFile.h"
 #include "viewport/files/images/output_file.h"
+#include "viewport/files/mesh/MeshFile.h"
+#include "viewport/files/particles/ParticleFile.h"
 #include "viewport/program/add_word.h"
 #include "viewport/program/word_values.h"
+#include "viewport/scene/ParticleSelection.h"
 #include "viewport/text/numbers.h"
 
 #include <algorithm>
@@ -68,6 +72,9 @@ std::optional<Fault> firstMissing(Options const& options) {
     if (options.files.empty() && !hasOwnScene) {
         return usageFault("FILE is required: a mesh or particle file");
     }
+    if (std::count_if(options.files.begin(), options.files.end(), InputFile::isStandardInput) > 1) {
+        return usageFault("FILE: standard input can be read only once");
+    }
     PictureOptions const& first = options.pictures.front();
     if (first.out.empty() && !first.pick && options.info == InfoForm::NONE) {
         return usageFault("--out is required: the picture's file");
@@ -97,6 +104,17 @@ std::optional<Fault> outputConflict(Options const& options) {
     return std::count_if(options.pictures.begin(), options.pictures.end(), usesOutput) > 1
                ? std::optional<Fault>(usageFault("--out: only one picture can be written to standard output"))
                : std::nullopt;
+}
+
+/// The names of the formats of particles and of meshes, each once.
+std::vector<std::string> fileFormatNames() {
+    std::vector<std::string> names = particleFormatNames();
+    for (std::string const& name : meshFormatNames()) {
+        if (std::find(names.begin(), names.end(), name) == names.end()) {
+            names.push_back(name);
+        }
+    }
+    return names;
 }
 
 }  // namespace
@@ -139,14 +157,22 @@ std::optional<Fault> OptionWords::read(CLI::App const& app, PictureWords const& 
 void OptionWords::_addFiles(CLI::App& app, Options& options) {
     addWord(app, "FILE", options.files,
             "Mesh files: OBJ, PLY, STL, OFF, glTF, FBX, COLLADA, 3DS, ...; and particle files:\n"
-            "LAMMPS text dumps, XYZ and extended XYZ, CSV with a line of names, PLY without\n"
-            "faces; also compressed by gzip",
+            "LAMMPS dumps and data files, XYZ and extended XYZ, CSV with a line of names, LAS, PLY\n"
+            "and OBJ without faces; also compressed by gzip, zstd or xz; '-' is standard input",
             "");
     auto const add = [&app](std::string const& name, std::string& word, std::string const& meaning,
                             std::string const& type) {
         return addWord(app, name, word, meaning, type)->group("Files");
     };
-    add("--format", options.format, "Read the files as this format (what they look like)", "NAME");
+    add("--format", options.format,
+        "Read all files as this format (what they look like). Particles: lammps-dump,\n"
+        "lammps-dump-binary, lammps-data, xyz, csv, ply, las, obj-points; meshes: the extension\n"
+        "without its dot",
+        "NAME");
+    app.add_flag("--series", options.isSeries,
+                 "Particle files that are numbered in their names are the frames of one dump, of which\n"
+                 "--frame or --time picks one, and not shown together")
+        ->group("Files");
     add("--up", up, "Which axis of the files is vertical: x, y, z, -x, -y, -z or auto (auto)", "AXIS");
     add("--clip", clip, "Show only what is inside: xmin,xmax,ymin,ymax,zmin,zmax in units of the files",
         "BOX");
@@ -173,7 +199,9 @@ void OptionWords::_addMeshes(CLI::App& app, Options& options) {
     add("--normals", normals, "Draw the normals: vertex or face", "KIND");
     flag("--connectivity", mesh.connectivity, "Mark shared edges in white and borders in amber");
     add("--texture", options.texture,
-        "Put this picture (PNG, JPEG, EXR, HDR) on the models, in place of their own textures", "FILE");
+        "Put this picture (PNG, JPEG, EXR, HDR, TIFF, WebP, TGA, BMP, GIF, DDS) on the models, in\n"
+        "place of their own textures",
+        "FILE");
     flag("--wireframe-back", mesh.wireframeBack, "Outline the triangles that are seen from behind");
     flag("--import-preview", mesh.importPreview,
          "Show what the import gave: the surface in red, the normals of the corners in white");
@@ -187,12 +215,13 @@ void OptionWords::_addParticles(CLI::App& app, Options& options) {
         addWord(app, name, word, meaning, type)->group("Particles");
     };
     add("--particles", particles,
-        "points, spheres, arrows along the velocities or arrows3d with solid heads (spheres;\n"
-        "points for more than 500000 particles)",
+        "points, spheres, arrows along a vector (the velocities) or arrows3d with solid heads\n"
+        "(spheres; points for more than 500000 particles)",
         "MODE");
     add("--channel", shown.channel,
-        "What colors show: a column by its name, or vx, vy, vz or speed of the velocities\n"
-        "(speed, or else the first column that is not an id; arrows always speed)",
+        "What colors show: a column, a vector (its length), speed, x, y, z, type, element or a\n"
+        "column of words; with arrows: the vector that they are along (the colors of the file,\n"
+        "or else its elements, the speed, the first column that is not an id)",
         "NAME");
     add("--range", range, "The values at both ends of the colors (those of the data)", "MIN,MAX");
     app.add_flag("--log", shown.isLogarithmic, "Spread the colors over the logarithm of the values")
@@ -207,13 +236,17 @@ void OptionWords::_addParticles(CLI::App& app, Options& options) {
     add("--select", shown.selection, "Draw only particles that this holds for, such as 'type==2 and z>0'",
         "CONDITION");
     add("--size-of-particles", particleSize,
-        "Points: pixels. Spheres: the diameter, in units of the file. Arrows: their length\n"
-        "for a velocity of 1, in units of the file (chosen to suit)",
+        "Points: pixels. Spheres: the diameter, in units of the file; replaces the sizes of the\n"
+        "file and of elements. Arrows: their length for a vector of length 1, in units of the\n"
+        "file (chosen to suit)",
         "S");
     app.add_flag("--wrap", shown.isWrapped, "Move particles into their periodic box")->group("Particles");
     add("--replicate", copies, "Draw this many copies of the box along each of its edges (1,1,1)", "A,B,C");
     add("--frame", frame, "Which frame of a file with several, counted from 0 (the last one)", "N");
-    add("--time", time, "The frame of this time, in units of the file", "T");
+    add("--time", time,
+        "The frame whose time is nearest, in units of the file; of animated meshes the seconds\n"
+        "from the start of the animation (the last frame; the pose at rest)",
+        "T");
     add("--gpu-memory", gpuMemory,
         "Video memory that is free. Particles that do not fit are drawn without a buffer\n"
         "(what the driver says; else, a part of the main memory)",
@@ -235,6 +268,7 @@ std::optional<Fault> OptionWords::_readValues(Options& options) const {
         readMode("--shading", shading, SHADINGS, options.mesh.shading),
         readMode("--normals", normals, NORMAL_KINDS, options.mesh.normals),
         readMode("--up", up, UP_AXES, options.up),
+        _readFormat(options),
         _readInfo(options),
         _readLimits(options.limits),
         _readMeshStyle(options.mesh),
@@ -243,6 +277,7 @@ std::optional<Fault> OptionWords::_readValues(Options& options) const {
         _readParticles(options.particles),
         _readFrame(options),
         _readCopies(options.particles),
+        _readSelection(options.particles),
         _readGpuMemory(options),
         _readRange(options.particles),
         _readColors(options.particles),
@@ -253,6 +288,15 @@ std::optional<Fault> OptionWords::_readValues(Options& options) const {
         }
     }
     return std::nullopt;
+}
+
+std::optional<Fault> OptionWords::_readFormat(Options const& options) const {
+    std::vector<std::string> const names = fileFormatNames();
+    bool const isKnown =
+        options.format.empty() || std::find(names.begin(), names.end(), options.format) != names.end();
+    return isKnown ? std::nullopt
+                   : std::optional<Fault>(usageFault("--format: unknown format '" + options.format +
+                                                     "' (known: " + joined(names) + ")"));
 }
 
 std::optional<Fault> OptionWords::_readInfo(Options& options) const {
@@ -340,6 +384,16 @@ std::optional<Fault> OptionWords::_readCopies(ParticleOptions& options) const {
     }
     options.copies = {numbers[0], numbers[1], numbers[2]};
     return std::nullopt;
+}
+
+std::optional<Fault> OptionWords::_readSelection(ParticleOptions const& options) const {
+    if (options.selection.empty()) {
+        return std::nullopt;
+    }
+    // Which names there are is known once the files are read.
+    Result<ParticleSelection> const selection = ParticleSelection::parse(options.selection);
+    return selection.isOk() ? std::nullopt
+                            : std::optional<Fault>(usageFault("--select: " + selection.fault().message));
 }
 
 std::optional<Fault> OptionWords::_readLimits(ImportLimits& limits) const {

@@ -58,6 +58,7 @@ private:
 
     // == Values ==
     std::optional<Fault> _readValues(Options& options) const;
+    std::optional<Fault> _readFormat(Options const& options) const;
     std::optional<Fault> _readInfo(Options& options) const;
     std::optional<Fault> _readLimits(ImportLimits& limits) const;
     std::optional<Fault> _readMeshStyle(MeshStyle& style) const;
@@ -65,6 +66,7 @@ private:
     std::optional<Fault> _readParticles(ParticleOptions& options) const;
     std::optional<Fault> _readFrame(Options& options) const;
     std::optional<Fault> _readCopies(ParticleOptions& options) const;
+    std::optional<Fault> _readSelection(ParticleOptions const& options) const;
     std::optional<Fault> _readGpuMemory(Options& options) const;
     std::optional<Fault> _readRange(ParticleOptions& options) const;
     std::optional<Fault> _readColors(ParticleOptions& options) const;

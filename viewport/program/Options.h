@@ -20,7 +20,8 @@ enum class InfoForm { NONE, TEXT, JSON };
 /// What the program is asked to do: its command line as values. All are within their ranges.
 struct Options {
     std::vector<std::string> files;  ///< at least one, except with an effect that brings its own scene
-    std::string format;              ///< of the files; empty: what they look like
+    std::string format;              ///< of all files, by its name; empty: what they look like
+    bool isSeries = false;           ///< the particle files are the frames of one dump
     std::vector<PictureOptions> pictures =
         std::vector<PictureOptions>(1);  ///< at least one; a single one may be without file
     MeshStyle mesh;

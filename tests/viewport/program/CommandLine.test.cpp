@@ -255,3 +255,14 @@ TEST(CommandLine, helpSaysHowParticlesAreShown) {
         EXPECT_THAT(help, HasSubstr(option));
     }
 }
+
+TEST(CommandLine, formatsAndSelectionsAreUnderstoodBeforeAnythingIsRead) {
+    EXPECT_EQ(optionsOf({"a", "--out", "b.png", "--format", "xyz"}).format, "xyz");
+    EXPECT_THAT(errorOf({"a", "--out", "b.png", "--format", "foo"}),
+                HasSubstr("--format: unknown format 'foo' (known: lammps-dump, "));
+    EXPECT_EQ(optionsOf({"a", "--out", "b.png", "--select", "z > 0"}).particles.selection, "z > 0");
+    EXPECT_THAT(errorOf({"a", "--out", "b.png", "--select", "z >"}),
+                HasSubstr("--select: the selection 'z >'"));
+    EXPECT_THAT(errorOf({"-", "/dev/stdin", "--info"}), HasSubstr("standard input can be read only once"));
+    EXPECT_TRUE(optionsOf({"a1", "a2", "--info", "--series"}).isSeries);
+}

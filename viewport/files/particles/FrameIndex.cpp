@@ -42,6 +42,7 @@ public:
             }
             starts.push_back(start);
             timesteps.push_back(timestep);
+            times.push_back(time);
         }
         return starts.empty() ? Fault{{}, "holds no frame"} : _load(lastLineWarning(lines));
     }
@@ -55,6 +56,7 @@ private:
             return damage;
         }
         timestep = head.frame.timestep;
+        time = head.frame.time;
         TableRows rows = rowsOf(head, progress);
         TextLines const rowsStart = lines;
         // A frame that is probably shown is read at once, which spares single frames the counting of their
@@ -99,6 +101,7 @@ private:
         result.count = starts.size();
         result.number = wanted.value_or(starts.size() - 1);
         result.timesteps = timesteps;
+        result.times = times;
         result.warning = warning;
         if (result.number < result.count) {
             if (Damage const damage = _parse(result.number)) {
@@ -144,8 +147,10 @@ private:
     Progress const& progress;
     std::vector<TextLines> starts;        // of the complete frames
     std::vector<std::int64_t> timesteps;  // of the complete frames
-    std::int64_t timestep = 0;            // of the frame passed last
-    std::optional<Parsed> parsed;         // the frame read last: at most one is in memory
+    std::vector<std::optional<double>> times;
+    std::int64_t timestep = 0;     // of the frame passed last
+    std::optional<double> time;    // of the frame passed last
+    std::optional<Parsed> parsed;  // the frame read last: at most one is in memory
 };
 
 }  // namespace

@@ -294,6 +294,7 @@ private:
         }
         if (!damage) {
             result.timesteps.push_back(head.frame.timestep);
+            result.times.push_back(head.frame.time);
         }
         return damage;
     }

@@ -96,7 +96,9 @@ struct LoadedFrame {
     std::size_t number = 0;               ///< of the frame, from 0
     std::size_t count = 1;                ///< of the complete frames in the file
     std::vector<std::int64_t> timesteps;  ///< of the complete frames; empty: not known
-    std::string warning;                  ///< what was lost of a damaged file, one clause; else empty
+    /// Of the complete frames, nothing where the file does not say; empty: not known.
+    std::vector<std::optional<double>> times;
+    std::string warning;  ///< what was lost of a damaged file, one clause; else empty
 };
 
 }  // namespace vellum::viewport

@@ -114,6 +114,7 @@ Result<LoadedFrame> ParticleSeries::load(std::optional<std::size_t> frame, Progr
     loaded.number = number;
     loaded.count = paths.size();
     loaded.timesteps.clear();
+    loaded.times.clear();
     return result;
 }
 

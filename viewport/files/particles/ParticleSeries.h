@@ -29,8 +29,8 @@ public:
     std::vector<std::string> const& files() const { return paths; }
 
     /// Reads one frame and opens its file alone. Of a file of several frames it is the last one, and the
-    /// result has a warning. The result's number and count are those of the series; the time steps of the
-    /// other frames are not known. See ParticleFile::load().
+    /// result has a warning. The number and count of the result are those of the series; the time steps and
+    /// times of the other frames are not known. See ParticleFile::load().
     /// \param frame counted from 0; nothing: the last one. A frame that the series does not have is a fault.
     /// \param format nothing: what the content shows
     Result<LoadedFrame> load(std::optional<std::size_t> frame, Progress const& progress,

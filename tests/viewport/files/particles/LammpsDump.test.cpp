@@ -42,6 +42,7 @@ TEST(LammpsDump, columnsAreFoundByTheirNamesAndParticlesSortedByTheirIds) {
     EXPECT_EQ(result.value().count, 2U);
     EXPECT_EQ(result.value().number, 0U);
     EXPECT_THAT(result.value().timesteps, ElementsAre(100, 200));
+    EXPECT_THAT(result.value().times, ElementsAre(std::optional<double>(0.5), std::nullopt));
     ParticleFrame const& frame = result.value().frame;
     EXPECT_EQ(frame.timestep, 100);
     EXPECT_EQ(frame.time, 0.5);
