@@ -66,6 +66,30 @@ std::string textures(std::string const& path, MeshData const& mesh) {
     return std::to_string(foundCount) + " found" + (missing.empty() ? "" : "; not found: " + missing);
 }
 
+std::string titleOf(std::string const& name, std::string const& unit) {
+    return singleLine(unit.empty() ? name : name + " [" + unit + "]");
+}
+
+std::string animations(MeshData const& mesh) {
+    std::string text;
+    for (MeshAnimation const& animation : mesh.animations) {
+        std::string const name = animation.name.empty() ? "unnamed" : singleLine(animation.name);
+        text += (text.empty() ? "" : ", ") + name + " " + shortNumber(animation.duration) + " s";
+    }
+    return text;
+}
+
+/// The first of them: a column may have a word for each particle.
+std::string words(ParticleLabels const& labels) {
+    constexpr std::size_t MOST = 12;
+    std::string text;
+    for (std::size_t i = 0; i < std::min(MOST, labels.words.size()); ++i) {
+        text += (text.empty() ? "" : ", ") + singleLine(labels.words[i]);
+    }
+    std::size_t const rest = labels.words.size() - std::min(MOST, labels.words.size());
+    return rest > 0 ? text + " and " + std::to_string(rest) + " more" : text;
+}
+
 std::string driverString(GLenum name) {
     GLubyte const* const text = glGetString(name);
     return text != nullptr ? reinterpret_cast<char const*>(text) : "unknown";
@@ -104,10 +128,9 @@ DriverFacts DriverFacts::of(Core_RL_GL& layer) {
     return facts;
 }
 
-ChannelFacts factsOf(ParticleChannel const& channel) {
+ChannelFacts factsOf(std::vector<double> const& values) {
     ChannelFacts facts;
-    for (auto const raw : channel.values) {
-        auto const value = static_cast<double>(raw);
+    for (double const value : values) {
         if (std::isnan(value)) {
             ++facts.undefinedCount;
             continue;
@@ -123,6 +146,24 @@ ChannelFacts factsOf(ParticleChannel const& channel) {
         facts.mean += (value - facts.mean) / static_cast<double>(facts.finiteCount);
     }
     return facts;
+}
+
+std::string wordOf(UpAxis up) {
+    switch (up) {
+    case UpAxis::X:
+        return "x";
+    case UpAxis::Y:
+        return "y";
+    case UpAxis::Z:
+        return "z";
+    case UpAxis::MINUS_X:
+        return "-x";
+    case UpAxis::MINUS_Y:
+        return "-y";
+    case UpAxis::MINUS_Z:
+        break;
+    }
+    return "-z";
 }
 
 std::optional<Box3<double>> boundsOf(ParticleFrame const& frame) {
@@ -145,13 +186,25 @@ std::optional<Box3<double>> boundsOf(ParticleFrame const& frame) {
 
 std::string describeMesh(std::string const& path, MeshData const& mesh) {
     Box3<double> const box = mesh.box();
+    std::string more;
+    if (!mesh.lines.empty() || !mesh.points.empty()) {
+        more += line("lines", std::to_string(mesh.lines.size())) +
+                line("points", std::to_string(mesh.points.size()));
+    }
+    for (MeshScalar const& scalar : mesh.scalars) {
+        more += line("scalar " + titleOf(scalar.name, scalar.unit), values(factsOf(scalar.values)));
+    }
+    if (!mesh.animations.empty()) {
+        more += line("animations", animations(mesh));
+    }
     return singleLine(path) + "\n" + line("triangles", std::to_string(mesh.triangles.size())) +
            line("vertices", std::to_string(mesh.positions.size())) +
            line("parts", std::to_string(mesh.partCount)) + line("normals", normals(mesh)) +
            line("colors", mesh.hasVertexColors ? "per vertex" : "of the materials") +
            line("texture coordinates", yesOrNo(!mesh.textureCoordinates.empty())) +
            line("materials", std::to_string(mesh.materials.size())) + line("textures", textures(path, mesh)) +
-           line("from", point(box.min)) + line("to", point(box.max)) + line("size", point(box.max - box.min));
+           line("from", point(box.min)) + line("to", point(box.max)) +
+           line("size", point(box.max - box.min)) + line("up", wordOf(mesh.up)) + more;
 }
 
 std::string describeParticles(LoadedFrame const& loaded) {
@@ -177,7 +230,10 @@ std::string describeParticles(LoadedFrame const& loaded) {
                        line("velocities", yesOrNo(frame.velocity() != nullptr)) +
                        line("channels", channels.empty() ? "none" : channels);
     for (ParticleChannel const& channel : frame.channels) {
-        text += line("channel " + singleLine(channel.name), values(factsOf(channel)));
+        text += line("channel " + titleOf(channel.name, channel.unit), values(factsOf(channel.values)));
+    }
+    for (ParticleLabels const& labels : frame.labels) {
+        text += line((labels.areElements ? "elements " : "words ") + singleLine(labels.name), words(labels));
     }
     if (frame.box) {
         ParticleBox const& box = *frame.box;

@@ -2,6 +2,8 @@
 
 #include "viewport/files/mesh/Textures.h"
 
+#include <cstdint>
+#include <map>
 #include <optional>
 
 #include <nlohmann/json.hpp>
@@ -36,18 +38,56 @@ Json toJson(Material const& material, std::string const& meshPath) {
                    {"file", file ? Json(*file) : Json()}};
     }
     Color4<float> const& tint = material.tint;
-    return {{"color", Json::array({tint.r, tint.g, tint.b, tint.a})}, {"texture", texture}};
+    return {{"name", orNull(material.name)},
+            {"color", Json::array({tint.r, tint.g, tint.b, tint.a})},
+            {"opacity", material.opacity},
+            {"texture", texture},
+            {"opacityTexture", orNull(material.opacityTexture)}};
 }
 
 Json toJson(ParticleChannel const& channel) {
-    ChannelFacts const facts = factsOf(channel);
+    ChannelFacts const facts = factsOf(channel.values);
     bool const hasValues = facts.finiteCount > 0;
     return {{"name", channel.name},
+            {"unit", orNull(channel.unit)},
             {"minimum", hasValues ? Json(facts.minimum) : Json()},
             {"maximum", hasValues ? Json(facts.maximum) : Json()},
             {"mean", hasValues ? Json(facts.mean) : Json()},
             {"undefined", facts.undefinedCount},
             {"infinite", facts.infiniteCount}};
+}
+
+Json toJson(MeshScalar const& scalar) {
+    ChannelFacts const facts = factsOf(scalar.values);
+    bool const hasValues = facts.finiteCount > 0;
+    return {{"name", scalar.name},
+            {"unit", orNull(scalar.unit)},
+            {"minimum", hasValues ? Json(facts.minimum) : Json()},
+            {"maximum", hasValues ? Json(facts.maximum) : Json()},
+            {"mean", hasValues ? Json(facts.mean) : Json()},
+            {"undefined", facts.undefinedCount},
+            {"infinite", facts.infiniteCount}};
+}
+
+Json toJson(ParticleLabels const& labels) {
+    return {{"name", labels.name}, {"words", labels.words}, {"elements", labels.areElements}};
+}
+
+/// As pairs, since numbers are no keys of an object.
+Json toJson(std::map<std::int64_t, std::string> const& typeNames) {
+    Json types = Json::array();
+    for (auto const& [number, name] : typeNames) {
+        types.push_back({{"type", number}, {"name", name}});
+    }
+    return types;
+}
+
+Json timesOf(LoadedFrame const& loaded) {
+    Json times = Json::array();
+    for (std::optional<double> const& time : loaded.times) {
+        times.push_back(time ? Json(*time) : Json());
+    }
+    return times;
 }
 
 }  // namespace
@@ -65,8 +105,22 @@ void InfoDocument::addMesh(std::string const& path, MeshData const& mesh) {
     for (Material const& material : mesh.materials) {
         materials.push_back(toJson(material, path));
     }
+    Json scalars = Json::array();
+    for (MeshScalar const& scalar : mesh.scalars) {
+        scalars.push_back(toJson(scalar));
+    }
+    Json animations = Json::array();
+    for (MeshAnimation const& animation : mesh.animations) {
+        animations.push_back({{"name", orNull(animation.name)}, {"seconds", animation.duration}});
+    }
     (*document)["files"].push_back({{"file", path},
                                     {"kind", "mesh"},
+                                    {"up", wordOf(mesh.up)},
+                                    {"lines", mesh.lines.size()},
+                                    {"points", mesh.points.size()},
+                                    {"scalars", scalars},
+                                    {"animations", animations},
+                                    {"notes", mesh.notes},
                                     {"triangles", mesh.triangles.size()},
                                     {"vertices", mesh.positions.size()},
                                     {"parts", mesh.partCount},
@@ -83,11 +137,20 @@ void InfoDocument::addParticles(LoadedFrame const& loaded) {
     for (ParticleChannel const& channel : frame.channels) {
         channels.push_back(toJson(channel));
     }
+    Json labels = Json::array();
+    for (ParticleLabels const& each : frame.labels) {
+        labels.push_back(toJson(each));
+    }
+    Json vectors = Json::array();
+    for (ParticleVector const& vector : frame.vectors) {
+        vectors.push_back(vector.name);
+    }
     Json cell;
     if (frame.box) {
         ParticleBox const& box = *frame.box;
         cell = {{"origin", toJson(box.origin)},
-                {"edges", {toJson(box.edges[0]), toJson(box.edges[1]), toJson(box.edges[2])}}};
+                {"edges", {toJson(box.edges[0]), toJson(box.edges[1]), toJson(box.edges[2])}},
+                {"periodic", box.isPeriodic}};
     }
     std::optional<Box3<double>> const bounds = boundsOf(frame);
     (*document)["files"].push_back({{"file", frame.file},
@@ -96,6 +159,14 @@ void InfoDocument::addParticles(LoadedFrame const& loaded) {
                                     {"frame", loaded.number},
                                     {"timestep", frame.timestep},
                                     {"time", frame.time ? Json(*frame.time) : Json()},
+                                    {"timesteps", loaded.timesteps},
+                                    {"times", timesOf(loaded)},
+                                    {"up", "z"},
+                                    {"labels", labels},
+                                    {"vectors", vectors},
+                                    {"types", toJson(frame.typeNames)},
+                                    {"colors", frame.colors.has_value()},
+                                    {"sizes", frame.sizes.has_value()},
                                     {"particles", frame.positions.size()},
                                     {"velocities", frame.velocity() != nullptr},
                                     {"channels", channels},

@@ -56,11 +56,13 @@ std::vector<std::string> inputFiles(Options const& options) {
 std::vector<std::string> textureFiles(std::string const& meshPath, MeshData const& mesh) {
     std::vector<std::string> files;
     for (Material const& material : mesh.materials) {
-        if (material.texture.empty() || !material.textureBytes.empty()) {
-            continue;
-        }
-        if (std::optional<std::string> const file = findTexture(meshPath, material.texture)) {
-            files.push_back(*file);
+        bool const isEmbedded = !material.textureBytes.empty();
+        for (std::string const& name :
+             {isEmbedded ? std::string() : material.texture, material.opacityTexture}) {
+            std::optional<std::string> const file = name.empty() ? std::nullopt : findTexture(meshPath, name);
+            if (file) {
+                files.push_back(*file);
+            }
         }
     }
     return files;

@@ -27,7 +27,7 @@ LoadedFrame someParticles() {
 }  // namespace
 
 TEST(Description, channelsAreMeasuredByTheirFiniteValues) {
-    ChannelFacts const facts = factsOf(someParticles().frame.channels[0]);
+    ChannelFacts const facts = factsOf(someParticles().frame.channels[0].values);
     EXPECT_EQ(facts.finiteCount, 2U);
     EXPECT_EQ(facts.undefinedCount, 1U);
     EXPECT_EQ(facts.infiniteCount, 1U);
@@ -60,4 +60,54 @@ TEST(Description, namesThatAreNoUtf8DoNotSpoilTheDocument) {
     loaded.frame.file = "a\xFF\n\".xyz";
     document.addParticles(loaded);
     EXPECT_EQ(nlohmann::json::parse(document.toText())["files"][0]["file"], "a\xEF\xBF\xBD\n\".xyz");
+}
+
+TEST(Description, everythingThatParticlesHaveIsTold) {
+    LoadedFrame loaded = someParticles();
+    loaded.count = 2;
+    loaded.timesteps = {0, 10};
+    loaded.times = {std::nullopt, 0.5};
+    loaded.frame.channels[0].unit = "K";
+    loaded.frame.labels.push_back({"species", {"Si", "O"}, {0, 1, 1}, true});
+    loaded.frame.typeNames[3] = "Fe";
+    InfoDocument document;
+    document.addParticles(loaded);
+    nlohmann::json const file = nlohmann::json::parse(document.toText())["files"][0];
+    EXPECT_EQ(file["channels"][0]["unit"], "K");
+    EXPECT_EQ(file["timesteps"], (std::vector<int>{0, 10}));
+    EXPECT_EQ(file["times"].dump(), "[null,0.5]");
+    EXPECT_EQ(file["labels"][0]["words"], (std::vector<std::string>{"Si", "O"}));
+    EXPECT_EQ(file["labels"][0]["elements"], true);
+    EXPECT_EQ(file["types"][0]["name"], "Fe");
+    EXPECT_EQ(file["up"], "z");
+    EXPECT_THAT(describeParticles(loaded), HasSubstr("channel t [K]:"));
+    EXPECT_THAT(describeParticles(loaded), HasSubstr("elements species:               Si, O\n"));
+}
+
+TEST(Description, everythingThatAMeshHasIsTold) {
+    MeshData mesh;
+    mesh.up = UpAxis::MINUS_Z;
+    mesh.positions = {{0, 0, 0}, {1, 0, 0}};
+    mesh.lines = {{0, 1}};
+    mesh.points = {0, 1};
+    mesh.scalars.push_back({"T", "K", {1, 3}});
+    mesh.animations = {{"walk", 1.5}, {"", 2}};
+    Material material;
+    material.opacityTexture = "leaf.png";
+    mesh.materials = {material};
+    InfoDocument document;
+    document.addMesh("a.obj", mesh);
+    nlohmann::json const file = nlohmann::json::parse(document.toText())["files"][0];
+    EXPECT_EQ(file["up"], "-z");
+    EXPECT_EQ(file["lines"], 1);
+    EXPECT_EQ(file["points"], 2);
+    EXPECT_EQ(file["scalars"][0]["unit"], "K");
+    EXPECT_EQ(file["scalars"][0]["mean"], 2);
+    EXPECT_EQ(file["animations"][0]["seconds"], 1.5);
+    EXPECT_TRUE(file["animations"][1]["name"].is_null());
+    EXPECT_EQ(file["materials"][0]["opacityTexture"], "leaf.png");
+    std::string const text = describeMesh("a.obj", mesh);
+    EXPECT_THAT(text, HasSubstr("up:                             -z\n"));
+    EXPECT_THAT(text, HasSubstr("scalar T [K]:                   1 to 3, mean 2\n"));
+    EXPECT_THAT(text, HasSubstr("animations:                     walk 1.5 s, unnamed 2 s\n"));
 }

@@ -27,3 +27,14 @@ TEST(isOneOf, streamsReplaceNothing) {
     EXPECT_FALSE(isOneOf("-", {"-"}));
     EXPECT_FALSE(isOneOf("", {""}));
 }
+
+TEST(textureFiles, areThoseOfColorsAndOfOpacity) {
+    TemporaryFolder const folder;
+    MeshData mesh;
+    mesh.materials.resize(2);
+    mesh.materials[0].texture = "a.png";
+    mesh.materials[0].opacityTexture = "b.png";
+    mesh.materials[1].texture = "gone.png";
+    std::vector<std::string> const files{folder.write("a.png", "x"), folder.write("b.png", "x")};
+    EXPECT_EQ(textureFiles(folder.file("a.obj"), mesh), files);
+}
