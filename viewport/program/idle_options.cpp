@@ -32,6 +32,20 @@ private:
     std::vector<Fault> lines;
 };
 
+/// Why values have no colors.
+char const* reasonOf(ParticleColoring coloring) {
+    switch (coloring) {
+    case ParticleColoring::KINDS:
+        return "the colors show kinds, not values";
+    case ParticleColoring::OWN:
+        return "the particles have colors of their own";
+    case ParticleColoring::NOTHING:
+    case ParticleColoring::VALUES:
+        break;
+    }
+    return "there are no values to be shown";
+}
+
 bool isAnyJpeg(Options const& options) {
     return std::any_of(options.pictures.begin(), options.pictures.end(), [](PictureOptions const& picture) {
         return pictureFormatOf(picture.out) == PictureFormat::JPEG;
@@ -52,14 +66,20 @@ std::vector<Fault> idleOptions(Options const& options, ShownKinds const& shown) 
     Lines lines(options);
     if (!shown.hasParticles) {
         lines.add({"--particles", "--percent", "--select", "--size-of-particles", "--wrap", "--replicate",
-                   "--frame", "--time", "--gpu-memory", "--no-box"},
+                   "--frame", "--gpu-memory", "--no-box"},
                   "there are no particles");
     }
-    if (!shown.hasParticles && !shown.hasValues) {
+    if (!shown.hasParticles && !shown.hasMeshValues) {
         lines.add({"--channel", "--range", "--log", "--colors", "--colormap", "--no-bar"},
                   shown.hasMeshes ? "no values of meshes are shown" : "there are no particles");
-    } else if (!shown.hasValues) {
-        lines.add({"--range", "--log", "--no-bar"}, "there are no values to be shown");
+    } else if (shown.coloring != ParticleColoring::VALUES && !shown.hasMeshValues) {
+        lines.add({"--range", "--log", "--colors", "--colormap"}, reasonOf(shown.coloring));
+        if (shown.coloring != ParticleColoring::KINDS) {
+            lines.add({"--no-bar"}, "colors stand for nothing that could be listed");
+        }
+    }
+    if (!shown.hasAnimations && !shown.hasTimes) {
+        lines.add({"--time"}, "the files hold neither an animation nor times");
     }
     if (!shown.hasMeshes) {
         lines.add({"--shading", "--mesh-color", "--opacity", "--edges", "--edges-blend", "--line-width",

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "viewport/program/Options.h"
+#include "viewport/scene/ParticleLook.h"
 #include "viewport/text/Fault.h"
 
 #include <vector>
@@ -11,7 +12,10 @@ namespace vellum::viewport {
 struct ShownKinds {
     bool hasMeshes = false;
     bool hasParticles = false;
-    bool hasValues = false;  ///< colors of particles or meshes stand for values
+    bool hasMeshValues = false;  ///< colors of meshes stand for values
+    bool hasAnimations = false;  ///< of meshes
+    bool hasTimes = false;       ///< of frames of particles
+    ParticleColoring coloring = ParticleColoring::NOTHING;
 };
 
 /// The options of the command line that change nothing that is shown, one line for each: "--percent has no effect: ...". Those of

@@ -138,10 +138,14 @@ std::optional<Failure> run(Options const& options) {
     if (subject.effect && subject.effect->misfit) {
         return Failure{USAGE_FAULT, *subject.effect->misfit};
     }
-    bool const hasParticles = !subject.scene.clouds().empty();
-    bool const hasValues = subject.look.scale.has_value() || subject.look.meshScale.has_value();
-    for (Fault const& idle :
-         idleOptions(options, {!subject.scene.models().empty(), hasParticles, hasValues})) {
+    ShownKinds shown;
+    shown.hasMeshes = !subject.scene.models().empty();
+    shown.hasParticles = !subject.scene.clouds().empty();
+    shown.hasMeshValues = subject.look.meshScale.has_value();
+    shown.hasAnimations = content.hasAnimations;
+    shown.hasTimes = content.hasTimes;
+    shown.coloring = subject.look.coloring;
+    for (Fault const& idle : idleOptions(options, shown)) {
         note(options, idle);
     }
     if (options.info != InfoForm::NONE) {

@@ -16,8 +16,12 @@ std::vector<std::string> linesOf(Options const& options, ShownKinds const& shown
     return lines;
 }
 
-constexpr ShownKinds MESHES{true, false, false};
-constexpr ShownKinds PARTICLES{false, true, true};
+constexpr ShownKinds MESHES{true, false, false, false, ParticleColoring::NOTHING};
+constexpr ShownKinds PARTICLES{false, true, false, false, ParticleColoring::VALUES};
+
+ShownKinds particlesColoredBy(ParticleColoring coloring) {
+    return {false, true, false, false, coloring};
+}
 
 }  // namespace
 
@@ -26,13 +30,13 @@ TEST(idleOptions, optionsOfWhatIsNotThereHaveNoEffect) {
     options.given = {"--percent", "--edges", "--size", "--clip"};
     EXPECT_THAT(linesOf(options, MESHES), ElementsAre("--percent has no effect: there are no particles"));
     EXPECT_THAT(linesOf(options, PARTICLES), ElementsAre("--edges has no effect: there are no meshes"));
-    EXPECT_THAT(linesOf(options, {true, true, true}), IsEmpty());
+    EXPECT_THAT(linesOf(options, {true, true, false, false, ParticleColoring::VALUES}), IsEmpty());
 }
 
 TEST(idleOptions, aRangeNeedsValues) {
     Options options;
     options.given = {"--range", "--percent"};
-    EXPECT_THAT(linesOf(options, {false, true, false}),
+    EXPECT_THAT(linesOf(options, particlesColoredBy(ParticleColoring::NOTHING)),
                 ElementsAre("--range has no effect: there are no values to be shown"));
     EXPECT_THAT(linesOf(options, MESHES),
                 ElementsAre("--percent has no effect: there are no particles",
@@ -54,8 +58,39 @@ TEST(idleOptions, theSeaHasACameraOfItsOwn) {
     Options options;
     options.given = {"--view", "--light"};
     options.effect = EffectSpec{OceanEffect{}, std::nullopt};
-    EXPECT_EQ(linesOf(options, {false, false, false}).size(), 2U);
+    EXPECT_EQ(linesOf(options, {}).size(), 2U);
     options.files = {"a.obj"};
     EXPECT_THAT(linesOf(options, MESHES),
                 ElementsAre("--light has no effect: the effect has lights of its own"));
+}
+
+TEST(idleOptions, colorsOfValuesNeedValues) {
+    Options options;
+    options.given = {"--colors"};
+    EXPECT_THAT(linesOf(options, particlesColoredBy(ParticleColoring::OWN)),
+                ElementsAre("--colors has no effect: the particles have colors of their own"));
+    EXPECT_THAT(linesOf(options, particlesColoredBy(ParticleColoring::KINDS)),
+                ElementsAre("--colors has no effect: the colors show kinds, not values"));
+    EXPECT_THAT(linesOf(options, PARTICLES), IsEmpty());
+}
+
+TEST(idleOptions, aListOfKindsCanBeLeftOutAsABarCan) {
+    Options options;
+    options.given = {"--no-bar"};
+    EXPECT_THAT(linesOf(options, particlesColoredBy(ParticleColoring::KINDS)), IsEmpty());
+    EXPECT_THAT(linesOf(options, particlesColoredBy(ParticleColoring::OWN)),
+                ElementsAre("--no-bar has no effect: colors stand for nothing that could be listed"));
+}
+
+TEST(idleOptions, aTimeNeedsAnAnimationOrTimes) {
+    Options options;
+    options.given = {"--time"};
+    EXPECT_THAT(linesOf(options, PARTICLES),
+                ElementsAre("--time has no effect: the files hold neither an animation nor times"));
+    ShownKinds animated = MESHES;
+    animated.hasAnimations = true;
+    EXPECT_THAT(linesOf(options, animated), IsEmpty());
+    ShownKinds timed = PARTICLES;
+    timed.hasTimes = true;
+    EXPECT_THAT(linesOf(options, timed), IsEmpty());
 }
