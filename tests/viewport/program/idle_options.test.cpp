@@ -16,11 +16,11 @@ std::vector<std::string> linesOf(Options const& options, ShownKinds const& shown
     return lines;
 }
 
-constexpr ShownKinds MESHES{true, false, false, false, ParticleColoring::NOTHING};
-constexpr ShownKinds PARTICLES{false, true, false, false, ParticleColoring::VALUES};
+constexpr ShownKinds MESHES{true, false, false, false, false, ParticleColoring::NOTHING};
+constexpr ShownKinds PARTICLES{false, true, false, false, false, ParticleColoring::VALUES};
 
 ShownKinds particlesColoredBy(ParticleColoring coloring) {
-    return {false, true, false, false, coloring};
+    return {false, true, false, false, false, coloring};
 }
 
 }  // namespace
@@ -30,7 +30,7 @@ TEST(idleOptions, optionsOfWhatIsNotThereHaveNoEffect) {
     options.given = {"--percent", "--edges", "--size", "--clip"};
     EXPECT_THAT(linesOf(options, MESHES), ElementsAre("--percent has no effect: there are no particles"));
     EXPECT_THAT(linesOf(options, PARTICLES), ElementsAre("--edges has no effect: there are no meshes"));
-    EXPECT_THAT(linesOf(options, {true, true, false, false, ParticleColoring::VALUES}), IsEmpty());
+    EXPECT_THAT(linesOf(options, {true, true, false, false, false, ParticleColoring::VALUES}), IsEmpty());
 }
 
 TEST(idleOptions, aRangeNeedsValues) {

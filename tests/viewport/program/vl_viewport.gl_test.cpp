@@ -205,8 +205,7 @@ TEST_F(program_gl_test, damagedFilesAreFaults) {
     expectFault(folder.write("cut.stl", stl.substr(0, stl.size() - 20)), "");
     expectFault(folder.write("cut.off", mesh_texts::cubeOff.substr(0, 60)), "cut off");
     expectFault(folder.write("nan.obj", "v 0 0 0\nv 1 0 0\nv 0 nan 0\nf 1 2 3\n"), "not a number");
-    expectFault(folder.write("none.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nl 1 2 3\n"),
-                "the mesh is empty: it has no triangle");
+    expectFault(folder.write("none.stl", "solid a\nendsolid a\n"), "the mesh is empty: it has no triangle");
     expectFault(folder.write("flat.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 1 1\nf 1 2 2\n"),
                 "the mesh is empty: no triangle has three different corners");
     expectFault(

@@ -143,7 +143,7 @@ TEST_F(program_pictures_gl_test, aCameraThatDoesNotSuitTheSceneIsAUsageError) {
     Outcome const first = run({cube, "--info", "--view", "top"});
     ASSERT_EQ(first.status, 0);
     Outcome const outcome = run({cube, "--out", folder.file("out.png"), "--azimuth", "0", "--elevation", "0",
-                                 "--camera-up", "0,0,1"});
+                                 "--camera-up", "0,1,0"});
     EXPECT_EQ(outcome.status, 2);
     EXPECT_THAT(outcome.error, HasSubstr("--camera-up: is the direction of view"));
     EXPECT_THAT(folder.names(), ElementsAre("cube.off"));

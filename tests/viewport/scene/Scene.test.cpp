@@ -156,7 +156,7 @@ TEST(Scene, particlesAreMovedAndScaledWithTheirValuesKept) {
     EXPECT_NEAR(places[1].x, unit, 1e-4);
     EXPECT_NEAR(places[1].z, unit, 1e-4) << "in files of particles z is up";
     EXPECT_NEAR(places[3].y, 1.5 * unit, 1e-4);
-    EXPECT_EQ(chunk.channelData(ParticleCloud::SHOWN)->asVectors()[2].y, 3);
+    EXPECT_EQ(chunk.channelData(ParticleCloud::SHOWN)->asVectors()[2].x, 3);
     // Of a grid of four points in a box of 2 x 2 x 3.
     EXPECT_NEAR(cloud.spacing, std::cbrt(12.0) * unit, 1e-9);
     EXPECT_NEAR(cloud.diameter, 2 * unit, 1e-9);
