@@ -118,24 +118,42 @@ TEST_F(program_pictures_gl_test, aMaterialFileIsNotReplaced) {
 // == Cameras ==
 
 TEST_F(program_pictures_gl_test, theCameraThatIsToldGivesTheSamePicture) {
-    for (std::vector<std::string> const& words :
-         {std::vector<std::string>{},
-          {"--azimuth", "200", "--elevation", "-35", "--zoom", "1.3"},
-          {"--projection", "parallel", "--azimuth", "10"},
-          {"--projection", "parallel", "--camera-focus", "1,1,1", "--zoom", "3"},
-          {"--camera-focus", "1,0.5,0.25", "--fov", "70"},
-          {"--camera-position", "5,3.3,-2", "--camera-up", "1,0,0"},
-          {"--camera-up", "0.3,0,1"},
-          {"--view", "left", "--zoom", "0.7"}}) {
-        Picture const picture = draw(words);
-        std::string const bytes = folder.read("out.png");
-        std::vector<std::string> asked = words;
-        asked.insert(asked.begin(), {cube, "--info"});
-        std::vector<std::string> const told = wordsOf(run(asked).output, "camera");
-        ASSERT_FALSE(told.empty());
-        draw(told);
-        EXPECT_TRUE(folder.read("out.png") == bytes) << testing::PrintToString(words);
+    std::vector<std::vector<std::string>> const cameras{
+        {},
+        {"--azimuth", "200", "--elevation", "-35", "--zoom", "1.3"},
+        {"--projection", "parallel", "--azimuth", "10"},
+        {"--projection", "parallel", "--camera-focus", "1,1,1", "--zoom", "3"},
+        {"--camera-focus", "1,0.5,0.25", "--fov", "70"},
+        {"--camera-position", "5,3.3,-2", "--camera-up", "1,0,0"},
+        {"--camera-up", "0.3,0,1"},
+        {"--view", "left", "--zoom", "0.7"}};
+    auto const nameOf = [](char const* kind, std::size_t i) { return kind + std::to_string(i) + ".png"; };
+    // A size that is given before all pictures is that of all.
+    std::vector<std::string> asked{cube, "--size", "64x48", "--info"};
+    for (std::size_t i = 0; i < cameras.size(); ++i) {
+        asked.insert(asked.end(), {"--out", folder.file(nameOf("asked", i))});
+        asked.insert(asked.end(), cameras[i].begin(), cameras[i].end());
     }
+    Outcome const first = run(asked);
+    ASSERT_EQ(first.status, 0) << first.error;
+    std::vector<std::string> again{cube, "--size", "64x48"};
+    std::string rest = first.output;
+    for (std::size_t i = 0; i < cameras.size(); ++i) {
+        std::size_t const start = rest.find("  camera:");
+        ASSERT_NE(start, std::string::npos);
+        rest.erase(0, start);
+        std::vector<std::string> const told = wordsOf(rest, "camera");
+        rest.erase(0, 1 + rest.find('\n'));
+        again.insert(again.end(), {"--out", folder.file(nameOf("told", i))});
+        again.insert(again.end(), told.begin(), told.end());
+    }
+    Outcome const second = run(again);
+    ASSERT_EQ(second.status, 0) << second.error;
+    for (std::size_t i = 0; i < cameras.size(); ++i) {
+        EXPECT_TRUE(folder.read(nameOf("told", i)) == folder.read(nameOf("asked", i)))
+            << testing::PrintToString(cameras[i]);
+    }
+    EXPECT_NE(folder.read(nameOf("asked", 0)), folder.read(nameOf("asked", 1)));
 }
 
 TEST_F(program_pictures_gl_test, aCameraThatDoesNotSuitTheSceneIsAUsageError) {
