@@ -246,7 +246,6 @@ private:
         std::string const& name = options.channel;
         bool const areValues = (_wantsValues() || !scalars.empty()) && _haveQuantity(name);
         if (!areValues && _tryKinds(false, name)) {
-            _noteNoValues();
             return std::nullopt;
         }
         for (std::size_t i = 0; i < frames.size(); ++i) {
@@ -288,11 +287,9 @@ private:
             for (std::size_t i = 0; i < frames.size(); ++i) {
                 _noteColors(frames[i], look.choices[i]);
             }
-            _noteNoValues();
             return std::nullopt;
         }
         if (_tryKinds(true, {})) {
-            _noteNoValues();
             return std::nullopt;
         }
         if (!quantity.empty()) {
@@ -305,18 +302,7 @@ private:
         if (!haveTypes && !frames.front().labels.empty()) {
             _tryKinds(false, frames.front().labels.front().name);
         }
-        if (!haveTypes) {
-            _noteNoValues();
-        }
         return std::nullopt;
-    }
-
-    void _noteNoValues() {
-        if (_wantsValues()) {
-            _note(frames.front(),
-                  "there are no values that the colors could show: range, logarithm and color map "
-                  "have no effect");
-        }
     }
 
     /// \param name of a quantity that all frames have
@@ -448,7 +434,7 @@ private:
             if (count > 0 && options.isLogarithmic) {
                 look.notes.push_back({one.mesh->name, countOf(count, one.scalar->values.size()) +
                                                           " values of '" + scale.name +
-                                                          "' are not above 0 and have no logarithm"});
+                                                          "' have no logarithm"});
             }
             bool const isFirst = frames.empty() && &one == &scalars.front();
             if (isFirst) {
@@ -512,8 +498,7 @@ private:
     void _noteUndefined(ParticleFrame const& frame, std::string const& name, std::size_t count,
                         std::size_t all) {
         if (count > 0 && options.isLogarithmic) {
-            _note(frame,
-                  countOf(count, all) + " values of '" + name + "' are not above 0 and have no logarithm");
+            _note(frame, countOf(count, all) + " values of '" + name + "' have no logarithm");
         }
     }
 

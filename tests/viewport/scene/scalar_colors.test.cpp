@@ -73,7 +73,7 @@ TEST(ScalarColors, theRangeIsThatOfFiniteValues) {
     EXPECT_EQ(look.meshScale->range.low, 3);
     EXPECT_EQ(look.meshScale->undefinedCount, 2U);
     ASSERT_EQ(look.notes.size(), 1U);
-    EXPECT_EQ(look.notes[0].message, "2 of 5 values of 'heat' are not above 0 and have no logarithm");
+    EXPECT_EQ(look.notes[0].message, "2 of 5 values of 'heat' have no logarithm");
     EXPECT_FALSE(lookOf({}, options, {meshWith({-1, 0})}).isOk());
     EXPECT_TRUE(lookOf({}, heat(), {meshWith({NOT_A_NUMBER})}).isOk());
     options.range = {1, 5};

@@ -15,6 +15,8 @@
 #include <cstring>
 #include <filesystem>
 #include <iterator>
+#include <new>
+#include <stdexcept>
 #include <system_error>
 #include <utility>
 
@@ -64,9 +66,17 @@ OwnFormat ownFormatOf(std::string const& extension) {
 }
 
 Result<MeshData> readOwn(OwnFormat format, std::string const& path, std::string_view bytes) {
-    return format == OwnFormat::OBJ   ? readObjMesh(path, bytes)
-           : format == OwnFormat::PLY ? readPlyMesh(bytes)
-                                      : readStlMesh(bytes);
+    constexpr char const* NO_MEMORY = "there is not enough memory for its mesh";
+    try {
+        return format == OwnFormat::OBJ   ? readObjMesh(path, bytes)
+               : format == OwnFormat::PLY ? readPlyMesh(bytes)
+                                          : readStlMesh(bytes);
+    } catch (std::bad_alloc const&) {
+        return Fault{{}, NO_MEMORY};
+        // Thrown by vectors that are asked for more than they could ever hold.
+    } catch (std::length_error const&) {
+        return Fault{{}, NO_MEMORY};
+    }
 }
 
 Result<MeshData> loadOwn(std::string const& name, std::string const& place, std::string_view bytes,
