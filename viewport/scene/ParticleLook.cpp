@@ -342,7 +342,7 @@ private:
 
     /// Makes a scale with its name and unit that of the particles.
     std::optional<Fault> _settle(ValueScale scale, Ends ends) {
-        if (std::optional<Fault> const fault = _settleRange(scale, ends)) {
+        if (std::optional<Fault> fault = _settleRange(scale, ends)) {
             return fault;
         }
         look.scale = scale;
@@ -458,7 +458,7 @@ private:
         scale.unit = scalars.front().scalar->unit;
         Ends ends;
         _includeScalars(ends, scale);
-        if (std::optional<Fault> const fault = _settleRange(scale, ends)) {
+        if (std::optional<Fault> fault = _settleRange(scale, ends)) {
             return fault;
         }
         look.meshScale = scale;
