@@ -16,22 +16,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string_view trimmed(std::string_view text) {
-    std::size_t const first = text.find_first_not_of(BLANKS);
-    return first == std::string_view::npos ? std::string_view()
-                                           : text.substr(first, text.find_last_not_of(BLANKS) - first + 1);
-}
-
 /// The text up to a comment: a '#' or ';' at its beginning, or alone between blanks, outside of quotes. Colors may begin with
 /// '#' too.
 std::string_view withoutComment(std::string_view text) {
     char quote = '\0';
+    std::size_t const first = text.find_first_not_of(BLANKS);
     for (std::size_t i = 0; i < text.size(); ++i) {
         char const letter = text[i];
         auto const isBlank = [&text](std::size_t place) {
             return place >= text.size() || BLANKS.find(text[place]) != std::string_view::npos;
         };
-        bool const isFirst = text.find_first_not_of(BLANKS) == i;
+        bool const isFirst = i == first;
         bool const isAlone = i > 0 && isBlank(i - 1) && isBlank(i + 1);
         if (quote != '\0') {
             quote = letter == quote ? '\0' : quote;

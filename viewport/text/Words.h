@@ -21,6 +21,13 @@ inline std::string_view takeWord(std::string_view& text) {
     return word;
 }
 
+/// The text without the blanks around it.
+inline std::string_view trimmed(std::string_view text) {
+    std::size_t const first = text.find_first_not_of(BLANKS);
+    return first == std::string_view::npos ? std::string_view()
+                                           : text.substr(first, text.find_last_not_of(BLANKS) - first + 1);
+}
+
 /// Takes the next line off the front of the text, without its end.
 inline std::string_view takeLine(std::string_view& text) {
     std::size_t const end = std::min(text.find('\n'), text.size());

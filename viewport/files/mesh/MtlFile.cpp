@@ -19,15 +19,6 @@ namespace vellum::viewport {
 
 namespace {
 
-/// The rest of a line without the blanks around it.
-std::string_view trimmed(std::string_view text) {
-    std::size_t const first = text.find_first_not_of(BLANKS);
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return text.substr(first, text.find_last_not_of(BLANKS) - first + 1);
-}
-
 class MtlReader {
 public:
     explicit MtlReader(std::string_view text) : lines(text) {}

@@ -27,11 +27,6 @@ char separatorOf(std::string_view names) {
     return best;
 }
 
-std::string_view trimmed(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(BLANKS), text.size()));
-    return text.substr(0, text.find_last_not_of(BLANKS) + 1);
-}
-
 std::vector<std::string_view> namesOf(std::string_view line, char separator) {
     std::vector<std::string_view> names;
     if (separator == ' ') {
