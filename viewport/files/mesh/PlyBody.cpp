@@ -1,34 +1,16 @@
 #include "viewport/files/mesh/PlyBody.h"
 
+#include "viewport/files/common/binary_numbers.h"
 #include "viewport/text/TextLines.h"
 #include "viewport/text/data_numbers.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <type_traits>
 
 namespace vellum::viewport {
 
 namespace {
-
-/// Assembled byte by byte, since items are not aligned and either byte order may differ from that of the
-/// machine; compilers make one load of it.
-template <class T, bool IS_BIG>
-T valueAt(char const* bytes) {
-    using Bits = std::conditional_t<
-        sizeof(T) == 1, std::uint8_t,
-        std::conditional_t<sizeof(T) == 2, std::uint16_t,
-                           std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint64_t>>>;
-    Bits bits = 0;
-    for (std::size_t i = 0; i < sizeof(T); ++i) {
-        auto const byte = static_cast<unsigned char>(bytes[IS_BIG ? sizeof(T) - 1 - i : i]);
-        bits = static_cast<Bits>(bits | static_cast<Bits>(static_cast<Bits>(byte) << (8 * i)));
-    }
-    T value;
-    std::memcpy(&value, &bits, sizeof value);
-    return value;
-}
 
 constexpr char FEED = '\n';
 
@@ -113,23 +95,23 @@ bool PlyBody::_takeBinary(PlyItem& item) {
     auto const numberAt = [](Type type, char const* bytes) -> double {
         switch (type) {
         case Type::INT8:
-            return valueAt<std::int8_t, IS_BIG>(bytes);
+            return binaryNumber<std::int8_t>(bytes, IS_BIG);
         case Type::UINT8:
-            return valueAt<std::uint8_t, IS_BIG>(bytes);
+            return binaryNumber<std::uint8_t>(bytes, IS_BIG);
         case Type::INT16:
-            return valueAt<std::int16_t, IS_BIG>(bytes);
+            return binaryNumber<std::int16_t>(bytes, IS_BIG);
         case Type::UINT16:
-            return valueAt<std::uint16_t, IS_BIG>(bytes);
+            return binaryNumber<std::uint16_t>(bytes, IS_BIG);
         case Type::INT32:
-            return valueAt<std::int32_t, IS_BIG>(bytes);
+            return binaryNumber<std::int32_t>(bytes, IS_BIG);
         case Type::UINT32:
-            return valueAt<std::uint32_t, IS_BIG>(bytes);
+            return binaryNumber<std::uint32_t>(bytes, IS_BIG);
         case Type::FLOAT32:
-            return static_cast<double>(valueAt<float, IS_BIG>(bytes));
+            return static_cast<double>(binaryNumber<float>(bytes, IS_BIG));
         case Type::FLOAT64:
             break;
         }
-        return valueAt<double, IS_BIG>(bytes);
+        return binaryNumber<double>(bytes, IS_BIG);
     };
     itemStart = here;
     for (std::size_t i = 0; i < columns.size(); ++i) {

@@ -1,5 +1,6 @@
 #include "viewport/files/mesh/StlMesh.h"
 
+#include "viewport/files/common/binary_numbers.h"
 #include "viewport/files/mesh/PolygonCutter.h"
 #include "viewport/files/mesh/default_color.h"
 #include "viewport/text/TextLines.h"
@@ -11,7 +12,6 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <optional>
 #include <string>
 
@@ -34,28 +34,13 @@ Fault tooLarge() {
 
 // == Binary ==
 
-std::uint32_t wordAt(char const* const& bytes) {
-    std::uint32_t word = 0;
-    for (int i = 3; i >= 0; --i) {
-        word = word << 8 | static_cast<unsigned char>(bytes[i]);
-    }
-    return word;
-}
-
-float numberAt(char const* const& bytes) {
-    std::uint32_t const word = wordAt(bytes);
-    float number = 0;
-    std::memcpy(&number, &word, sizeof number);
-    return number;
-}
-
 unsigned int attributeAt(char const* const& bytes) {
     return static_cast<unsigned char>(bytes[0]) |
            static_cast<unsigned int>(static_cast<unsigned char>(bytes[1])) << 8;
 }
 
 std::uint64_t declaredFacets(std::string_view file) {
-    return wordAt(file.data() + HEADER_SIZE);
+    return binaryNumber<std::uint32_t>(file.data() + HEADER_SIZE, false);
 }
 
 bool isBinary(std::string_view file) {
@@ -105,7 +90,7 @@ private:
             float values[9];
             float nothing = 0;  // becomes NaN with a value that is not finite
             for (std::size_t k = 0; k < 9; ++k) {
-                values[k] = numberAt(facet + NORMAL_SIZE + 4 * k);
+                values[k] = binaryNumber<float>(facet + NORMAL_SIZE + 4 * k, false);
                 nothing += values[k] * 0.0F;
             }
             if (nothing != 0) {
