@@ -46,7 +46,7 @@ Box3<double> boxInScene(Scene const& scene, Box3<double> const& box) {
     return around;
 }
 
-std::vector<Point> framedPoints(Scene const& scene, ViewStyle const& style) {
+std::vector<Point> pointsToFrame(Scene const& scene, ViewStyle const& style) {
     std::vector<Point> points;
     for (Model const& model : scene.models()) {
         if (style.clip) {
@@ -67,18 +67,26 @@ std::vector<Point> framedPoints(Scene const& scene, ViewStyle const& style) {
 
 ViewLayout ViewLayout::of(Scene const& scene, ViewStyle const& style, OceanScene const* ocean,
                           PictureSize const& size) {
-    ViewLayout layout{nullptr, ViewCamera(style.camera), std::nullopt};
-    PictureSize framed = size;
+    ViewLayout layout{nullptr, ViewCamera(style.camera), std::nullopt, {}, size};
     if ((!scene.clouds().empty() || style.particles.meshScale) && style.explanations.hasBar) {
         layout.key = keyOf(style.particles, size);
-        framed.width -= layout.key != nullptr ? layout.key->reservedWidth() : 0;
+        layout.framedSize.width -= layout.key != nullptr ? layout.key->reservedWidth() : 0;
     }
     if (ocean != nullptr) {
-        layout.camera.frame(*ocean, framed);
+        layout.camera.frame(*ocean, layout.framedSize);
     } else {
-        layout.fault = layout.camera.frame(scene, framedPoints(scene, style), framed);
+        layout.framedPoints = pointsToFrame(scene, style);
+        layout.fault = layout.camera.frame(scene, layout.framedPoints, layout.framedSize);
     }
     return layout;
+}
+
+void ViewLayout::setCamera(CameraSpec const& spec, Scene const& scene) {
+    ViewCamera moved(spec);
+    fault = moved.frame(scene, framedPoints, framedSize);
+    if (!fault) {
+        camera = moved;
+    }
 }
 
 }  // namespace vellum::viewport

@@ -25,6 +25,12 @@ struct ViewLayout {
     /// \param ocean that is shown in place of the scene, or null
     static ViewLayout of(Scene const& scene, ViewStyle const& style, OceanScene const* ocean,
                          PictureSize const& size);
+
+    /// The same scene from elsewhere. Where the camera makes none it has the fault, and keeps its place.
+    void setCamera(CameraSpec const& spec, Scene const& scene);
+
+    std::vector<Vector3<double>> framedPoints;  ///< what is to be seen, in the frame of the scene
+    PictureSize framedSize;                     ///< of the area beside the key
 };
 
 }  // namespace vellum::viewport

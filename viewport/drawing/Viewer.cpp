@@ -28,7 +28,7 @@ Viewer::Viewer(Core_RL& layer, Scene const& scene, ViewStyle const& style, Effec
     , blended(layer, style.mesh, textures)
     , gizmo(layer, style.gizmo, scene.up())
     , cornerAxes(layer, scene.up())
-    , camera(style.camera)
+    , layout{nullptr, ViewCamera(style.camera), std::nullopt, {}, {}}
     , backdrop(layer) {
     for (Model const& model : scene.models()) {
         if (!style.mesh.importPreview && (effect == nullptr || !effect->covers(models.size()))) {
@@ -39,7 +39,7 @@ Viewer::Viewer(Core_RL& layer, Scene const& scene, ViewStyle const& style, Effec
     for (ParticleCloud const& cloud : scene.clouds()) {
         clouds.emplace_back(layer, cloud, style.particles);
     }
-    layer.setCamera(&camera.camera());
+    layer.setCamera(&layout.camera.camera());
 }
 
 void Viewer::draw(PictureSize const& size) {
@@ -61,11 +61,11 @@ void Viewer::draw(PictureSize const& size, Region const& region, int samplesPerS
     layer.pushDepthTest(DEPTH_TESTED);
     if (gizmo.isShown()) {
         glClear(GL_DEPTH_BUFFER_BIT);
-        gizmo.draw(camera, size, sampling);
+        gizmo.draw(layout.camera, size, sampling);
     }
     if (style.explanations.hasAxes) {
         glClear(GL_DEPTH_BUFFER_BIT);
-        cornerAxes.draw(camera.screen(), region, size, sampling, ink);
+        cornerAxes.draw(layout.camera.screen(), region, size, sampling, ink);
     }
     layer.popDepthTest();
 }
@@ -76,46 +76,58 @@ void Viewer::drawDepths(PictureSize const& size, Region const& region, int sampl
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     // The samples of a pixel would be averaged when they are read, and a rim would be somewhere between two surfaces.
     glDisable(GL_MULTISAMPLE);
-    camera.load(region);
+    layout.camera.load(region);
     _drawSubjects(sampling);
     glEnable(GL_MULTISAMPLE);
 }
 
 double Viewer::distanceOf(double depth) const {
-    return depth < 1 ? camera.distanceOf(depth) / scene.unitsPerFileUnit()
+    return depth < 1 ? layout.camera.distanceOf(depth) / scene.unitsPerFileUnit()
                      : std::numeric_limits<double>::infinity();
 }
 
 std::optional<Fault> Viewer::cameraFault(PictureSize const& size) {
     _layOut(size);
-    return fault;
+    return layout.fault;
 }
 
 void Viewer::drawLabels(Picture& picture) {
     _layOut({picture.width, picture.height});
-    if (colorKey != nullptr) {
-        colorKey->draw(picture, ink);
+    if (layout.key != nullptr) {
+        layout.key->draw(picture, ink);
     }
 }
 
 std::optional<Picked> Viewer::pick(PictureSize const& size, Pixel pixel) {
     _layOut(size);
-    return Picker(layer, scene, camera, models, clouds, gizmo, style.clip).pick(size, pixel);
+    return Picker(layer, scene, layout.camera, models, clouds, gizmo, style.clip).pick(size, pixel);
 }
 
 // == Layout ==
+
+std::optional<Fault> Viewer::setCamera(CameraSpec const& spec) {
+    if (!layoutSize || _ocean() != nullptr) {
+        style.camera = spec;
+        return std::nullopt;
+    }
+    std::optional<Fault> const formerFault = layout.fault;
+    layout.setCamera(spec, scene);
+    if (layout.fault) {
+        return std::exchange(layout.fault, formerFault);
+    }
+    style.camera = spec;
+    backdrop.layOut(scene, layout.camera, *layoutSize);
+    return std::nullopt;
+}
 
 void Viewer::_layOut(PictureSize const& size) {
     if (layoutSize == size) {
         return;
     }
     layoutSize = size;
-    ViewLayout layout = ViewLayout::of(scene, style, _ocean(), size);
-    colorKey = std::move(layout.key);
-    // In its place, which the layer knows.
-    camera = layout.camera;
-    fault = layout.fault;
-    backdrop.layOut(scene, camera, size);
+    // In its place, whose camera the layer knows.
+    layout = ViewLayout::of(scene, style, _ocean(), size);
+    backdrop.layOut(scene, layout.camera, size);
 }
 
 OceanScene const* Viewer::_ocean() const {
@@ -140,15 +152,15 @@ void Viewer::_placeLights() const {
     glLoadIdentity();
     // The cameras of the views along an axis leave their orientation to the projection, so light is computed in the world's
     // frame there, with the viewer at +z whatever the view: highlights would be in wrong places and are left out.
-    toolkit::ScreenAxes const screen = toolkit::screenAxes(camera.view());
-    float const specular = camera.isAlongAxis() ? 0.0F : 1.0F;
+    toolkit::ScreenAxes const screen = toolkit::screenAxes(layout.camera.view());
+    float const specular = layout.camera.isAlongAxis() ? 0.0F : 1.0F;
     toolkit::setHeadLights(screen, specular);
     if (!style.light) {
         return;
     }
     Point toward = directionByAngles(style.light->azimuth, style.light->elevation);
-    if (!camera.isAlongAxis()) {
-        toolkit::ScreenAxes const& eye = camera.screen();
+    if (!layout.camera.isAlongAxis()) {
+        toolkit::ScreenAxes const& eye = layout.camera.screen();
         toward = {dot(toward, eye.right), dot(toward, eye.up), dot(toward, eye.towardViewer)};
     }
     constexpr Color4<float> BLACK{0, 0, 0, 1};
@@ -162,13 +174,13 @@ void Viewer::_placeLights() const {
 /// Draws what is behind everything, and leaves the camera's matrices and the lights for what follows.
 void Viewer::_drawBehind(Region const& region, PictureSize const& size, Sampling const& sampling) {
     if (OceanScene const* const ocean = _ocean()) {
-        camera.load(region);
+        layout.camera.load(region);
         ocean->drawSky(layer);
         return;
     }
     backdrop.drawBackground(style.background, region, size);
     _placeLights();
-    camera.load(region);
+    layout.camera.load(region);
     if (_isGroundShown()) {
         layer.pushDepthTest(DEPTH_TESTED);
         backdrop.drawGrid(ink, sampling);

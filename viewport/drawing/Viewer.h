@@ -56,6 +56,13 @@ public:
     void setBackground(Background const& background) { style.background = background; }
     Background const& background() const { return style.background; }
 
+    /// Looks from elsewhere, beginning with the next drawing. Where that makes no camera, the fault is returned and the former one
+    /// stays. Not on an open sea, whose camera is the effect's.
+    std::optional<Fault> setCamera(CameraSpec const& spec);
+
+    /// The camera of the last drawing, which framed the scene.
+    ViewCamera const& camera() const { return layout.camera; }
+
     /// Draws models and particles alone, for the depths that they leave behind: each pixel of the viewport has one.
     void drawDepths(PictureSize const& size, Region const& region, int samplesPerSide);
 
@@ -98,9 +105,7 @@ private:
 
     // For pictures of one size.
     std::optional<PictureSize> layoutSize;  // nothing: nothing has been drawn yet
-    std::unique_ptr<ColorKey> colorKey;     // null: colors mean nothing
-    ViewCamera camera;
-    std::optional<Fault> fault;  // of the camera
+    ViewLayout layout;
     Backdrop backdrop;
 };
 

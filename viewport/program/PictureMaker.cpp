@@ -122,13 +122,14 @@ std::optional<Failure> PictureMaker::_stageFailure() const {
 
 std::optional<Failure> PictureMaker::_write(PictureOptions const& picture, Viewer& viewer) {
     TiledPicture const tiled = tiledPicture(options, picture.size);
-    Result<Picture> drawn = tiled.draw(viewer, *renderLayer, context);
+    ContextBuffer buffer(context);
+    Result<Picture> drawn = tiled.draw(viewer, *renderLayer, buffer);
     if (!drawn.isOk()) {
         return Failure{FILE_FAULT, {picture.out, drawn.fault().message}};
     }
     PictureFormat const format = pictureFormatOf(picture.out).value_or(PictureFormat::PNG);
     if (format == PictureFormat::EXR) {
-        drawn.value().depths = tiled.drawDepths(viewer);
+        drawn.value().depths = tiled.drawDepths(viewer, buffer);
     }
     std::optional<Fault> const fault =
         drawn.value().save(picture.out, format, picture.quality.value_or(Picture::STANDARD_QUALITY));

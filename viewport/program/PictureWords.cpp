@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace vellum::viewport {
 
@@ -53,6 +54,8 @@ constexpr Row ROWS[] = {
     {CAMERA, "--azimuth", "DEGREES", "From where the scene is seen: 0 front, 90 right, 180 back (38)"},
     {CAMERA, "--elevation", "DEGREES", "How far from above, -90 to 90 (24)"},
     {CAMERA, "--fov", "DEGREES", "The vertical angle of view, 1 to 170 (32)"},
+    {CAMERA, "--camera-height", "LENGTH",
+     "The height that a parallel projection shows, in units of the files"},
     {CAMERA, "--zoom", "FACTOR", "Enlarge the picture about its middle (1)"},
     {AROUND, "--background", "COLOR",
      "RRGGBB, or TOP,BOTTOM, each RRGGBB, or transparent; JPEG has no transparency\n"
@@ -160,6 +163,8 @@ std::optional<Fault> PictureWords::_readCamera(CameraSpec& camera) const {
                     camera.azimuth),
         _readNumber("--elevation", -90, 90, "a number of degrees from -90 to 90", camera.elevation),
         _readNumber("--fov", 1, 170, "a number of degrees from 1 to 170", camera.fieldOfView),
+        _readNumber("--camera-height", std::numeric_limits<double>::min(), std::numeric_limits<double>::max(),
+                    "a number above 0", camera.height),
         _readNumber("--zoom", SMALLEST_ZOOM, 1 / SMALLEST_ZOOM, "a factor from 0.000001 to 1000000", zoom)};
     for (std::optional<Fault> const& fault : faults) {
         if (fault) {
@@ -180,7 +185,8 @@ std::optional<Fault> PictureWords::_cameraConflict() const {
     std::string const view = _word("--view");
     if (has("--view") && view != "perspective") {
         for (char const* const other :
-             {"--projection", "--camera-position", "--camera-up", "--azimuth", "--elevation", "--fov"}) {
+             {"--projection", "--camera-position", "--camera-up", "--azimuth", "--elevation", "--fov",
+              "--camera-height"}) {
             if (has(other)) {
                 return usageFault(std::string(other) + ": cannot be used with --view " + view);
             }
@@ -192,6 +198,9 @@ std::optional<Fault> PictureWords::_cameraConflict() const {
     }
     if (isParallel && has("--fov")) {
         return usageFault("--fov: a parallel projection has none; see --zoom");
+    }
+    if (!isParallel && has("--camera-height")) {
+        return usageFault("--camera-height: only a parallel projection has one; see --zoom");
     }
     for (char const* const angle : {"--azimuth", "--elevation"}) {
         if (has(angle) && has("--camera-position")) {

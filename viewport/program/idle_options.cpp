@@ -55,7 +55,7 @@ bool isAnyJpeg(Options const& options) {
 void addSea(Lines& lines) {
     char const* const reason = "the sea without files has a camera, lights and a sky of its own";
     lines.add({"--view", "--projection", "--camera-position", "--camera-focus", "--camera-up", "--azimuth",
-               "--elevation", "--fov", "--zoom", "--background", "--light", "--gizmo", "--no-grid",
+               "--elevation", "--fov", "--camera-height", "--zoom", "--background", "--light", "--gizmo", "--no-grid",
                "--no-axes", "--up"},
               reason);
 }

@@ -126,7 +126,8 @@ Box3<double> surroundingsOf(Scene const& scene) {
 Result<CameraPlacement> CameraPlacement::of(CameraSpec const& spec, Scene const& scene,
                                             std::vector<Point> const& points, double aspect) {
     CameraPlacement placement{
-        spec.projection, {}, {}, {}, spec.fieldOfView.value_or(CameraSpec::FIELD_OF_VIEW), spec.zoom};
+        spec.projection, {},        {},         {}, spec.fieldOfView.value_or(CameraSpec::FIELD_OF_VIEW),
+        spec.zoom,       spec.height};
     Point const middle = scene.box().min * 0.5 + scene.box().max * 0.5;
     std::optional<Point> eye;
     std::optional<Point> focus;
@@ -169,7 +170,8 @@ std::string CameraPlacement::toOptions() const {
     bool const isPerspective = projection == Projection::PERSPECTIVE;
     return std::string("--projection ") + (isPerspective ? "perspective" : "parallel") +
            " --camera-position " + words(position) + " --camera-focus " + words(focus) + " --camera-up " +
-           words(up) + (isPerspective ? " --fov " + exactNumber(fieldOfView) : "") + zoomWords(zoom);
+           words(up) + (isPerspective ? " --fov " + exactNumber(fieldOfView) : "") +
+           (!isPerspective && height ? " --camera-height " + exactNumber(*height) : "") + zoomWords(zoom);
 }
 
 std::string axisViewToOptions(CameraSpec const& spec) {

@@ -24,6 +24,7 @@ struct CameraSpec {
     std::optional<double> azimuth = {};      ///< degrees: 0 in front, 90 from the right; not with a position
     std::optional<double> elevation = {};    ///< degrees above the horizon, -90 to 90; not with a position
     std::optional<double> fieldOfView = {};  ///< vertical, degrees, above 0 and below 180; perspective only
+    std::optional<double> height = {};       ///< that is seen, in units of the files, above 0; parallel only
     double zoom = 1;                         ///< enlarges the picture about its middle; above 0
 
     bool isAlongAxis() const { return view != toolkit::ViewKind::PERSPECTIVE; }

@@ -72,33 +72,35 @@ std::optional<Fault> ViewCamera::frame(Scene const& scene, std::vector<Point> co
                                        PictureSize const& size) {
     area = size;
     viewCamera.aspect = static_cast<float>(size.aspect());
-    viewCamera.viewKind = static_cast<unsigned int>(spec.view);
+    viewCamera.viewKind = static_cast<unsigned int>(asked.view);
     if (isAlongAxis()) {
         _frameAxisView(scene);
-        optionWords = axisViewToOptions(spec);
+        chosen.reset();
+        optionWords = axisViewToOptions(asked);
     } else {
-        Result<CameraPlacement> const placement = CameraPlacement::of(spec, scene, points, size.aspect());
+        Result<CameraPlacement> const placement = CameraPlacement::of(asked, scene, points, size.aspect());
         if (!placement.isOk()) {
             return placement.fault();
         }
-        _frameFreely(placement.value(), scene, points);
-        optionWords = placement.value().toOptions();
+        chosen = placement.value();
+        _frameFreely(*chosen, scene, points);
+        optionWords = chosen->toOptions();
     }
     _updateScreen();
     return std::nullopt;
 }
 
 void ViewCamera::_frameAxisView(Scene const& scene) {
-    toolkit::OrthographicFraming framing = toolkit::frameOrthographic(scene.box(), spec.view, area.aspect());
-    if (spec.focus) {
-        Point const focus = scene.placeToScene(*spec.focus);
-        toolkit::ScreenAxes const screen = toolkit::screenAxes(spec.view);
+    toolkit::OrthographicFraming framing = toolkit::frameOrthographic(scene.box(), asked.view, area.aspect());
+    if (asked.focus) {
+        Point const focus = scene.placeToScene(*asked.focus);
+        toolkit::ScreenAxes const screen = toolkit::screenAxes(asked.view);
         framing.panX = -dot(focus, screen.right);
         framing.panY = -dot(focus, screen.up) * area.aspect();
     }
     viewCamera.panX = static_cast<float>(framing.panX);
     viewCamera.panY = static_cast<float>(framing.panY);
-    viewCamera.zoom = static_cast<float>(framing.zoom - std::log(spec.zoom));
+    viewCamera.zoom = static_cast<float>(framing.zoom - std::log(asked.zoom));
 }
 
 /// Everything follows from the placement alone, so that a placement that was printed gives the same picture.
@@ -108,6 +110,7 @@ void ViewCamera::_frameFreely(CameraPlacement const& placement, Scene const& sce
     Point const focus = scene.placeToScene(placement.focus);
     Point const up = scene.directionToScene(normalized(placement.up));
     Point const direction = normalized(focus - from);
+    focusDistance = length(focus - from);
     viewCamera.lookAt(convert<float>(from), convert<float>(from + direction), convert<float>(up));
 
     DepthRange const seen = depthsOf(points, toolkit::cornersOf(surroundingsOf(scene)), from, direction);
@@ -125,12 +128,15 @@ void ViewCamera::_frameFreely(CameraPlacement const& placement, Scene const& sce
     }
     Point const right = normalized(cross(direction, up));
     Point const upright = cross(right, direction);
-    double half = 0;
-    for (Point const& p : points) {
-        half = std::max(
-            {half, std::abs(dot(p - focus, upright)), std::abs(dot(p - focus, right)) / area.aspect()});
+    double half = placement.height ? *placement.height / 2 * scene.unitsPerFileUnit() : 0;
+    if (!placement.height) {
+        for (Point const& p : points) {
+            half = std::max(
+                {half, std::abs(dot(p - focus, upright)), std::abs(dot(p - focus, right)) / area.aspect()});
+        }
+        half = (half > 0 ? half : 0.5) / toolkit::FILLED_PART;
     }
-    viewCamera.halfHeight = (half > 0 ? half : 0.5) / toolkit::FILLED_PART / placement.zoom;
+    viewCamera.halfHeight = half / placement.zoom;
     double const slack = 0.01 * (seen.farthest - seen.nearest) + 1e-3 * Scene::RADIUS;
     viewCamera.nearDistance = static_cast<float>(seen.nearest - slack);
     viewCamera.farDistance = static_cast<float>(seen.farthest + slack);
@@ -138,7 +144,8 @@ void ViewCamera::_frameFreely(CameraPlacement const& placement, Scene const& sce
 
 void ViewCamera::frame(OceanScene const& ocean, PictureSize const& size) {
     area = size;
-    spec = {};
+    asked = {};
+    chosen.reset();
     viewCamera.halfHeight.reset();
     ocean.placeCamera(viewCamera);
     optionWords.clear();
@@ -168,6 +175,18 @@ double ViewCamera::halfWidth() const {
                                  : std::exp(static_cast<double>(viewCamera.zoom));
 }
 
+double ViewCamera::halfHeightAtFocus() const {
+    return isPerspective() ? focusDistance * std::tan(chosen->fieldOfView * PI / 360) / chosen->zoom
+                           : halfWidth() / area.aspect();
+}
+
+Point ViewCamera::focusInScene(Scene const& scene) const {
+    if (chosen) {
+        return scene.placeToScene(chosen->focus);
+    }
+    return asked.focus ? scene.placeToScene(*asked.focus) : scene.box().min * 0.5 + scene.box().max * 0.5;
+}
+
 double ViewCamera::distanceOf(double depth) const {
     if (isAlongAxis()) {
         return AXIS_VIEW_DISTANCE + AXIS_VIEW_DEPTH * (2 * depth - 1);
@@ -181,7 +200,7 @@ double ViewCamera::distanceOf(double depth) const {
 /// Reads the screen's axes back from the camera, whose single precision has rounded what it was given.
 void ViewCamera::_updateScreen() {
     if (isAlongAxis()) {
-        axes = toolkit::screenAxes(spec.view);
+        axes = toolkit::screenAxes(asked.view);
         return;
     }
     Matrix4<float> const& m = *viewCamera.transform.matrix();

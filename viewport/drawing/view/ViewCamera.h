@@ -25,7 +25,7 @@ namespace vellum::viewport {
 /// Only load() makes GL calls.
 class ViewCamera {
 public:
-    explicit ViewCamera(CameraSpec const& spec) : spec(spec) {}
+    explicit ViewCamera(CameraSpec const& spec) : asked(spec) {}
 
     /// Takes its place. A fault, with the camera of the last framing, where what is asked for makes no
     /// camera.
@@ -41,12 +41,20 @@ public:
     /// State: the projection and the model-view matrix; GL_MODELVIEW selected.
     void load(Region const& region);
 
-    toolkit::ViewKind view() const { return spec.view; }
-    bool isAlongAxis() const { return spec.isAlongAxis(); }
-    bool isPerspective() const { return !isAlongAxis() && spec.projection == Projection::PERSPECTIVE; }
+    CameraSpec const& spec() const { return asked; }  ///< What was asked for.
+
+    toolkit::ViewKind view() const { return asked.view; }
+    bool isAlongAxis() const { return asked.isAlongAxis(); }
+    bool isPerspective() const { return !isAlongAxis() && asked.projection == Projection::PERSPECTIVE; }
 
     /// The options of the command line that give this camera; empty on an open sea.
     std::string const& options() const { return optionWords; }
+
+    /// All choices of the last framing; nothing along an axis and on an open sea.
+    std::optional<CameraPlacement> const& placement() const { return chosen; }
+
+    /// The size of the area that the scene is framed in.
+    PictureSize const& framedArea() const { return area; }
 
     /// The screen's axes in the scene.
     toolkit::ScreenAxes const& screen() const { return axes; }
@@ -56,6 +64,12 @@ public:
 
     /// Half of what the width of the area shows, in units of the scene. Not in perspective.
     double halfWidth() const;
+
+    /// Half of what the height of the area shows at the distance of the focus, in units of the scene. Not on an open sea.
+    double halfHeightAtFocus() const;
+
+    /// What is in the middle of the picture, in the frame of the scene. Not on an open sea.
+    Vector3<double> focusInScene(Scene const& scene) const;
 
     /// The distance from the eye along the direction of view, in units of the scene, of a value of the depth
     /// buffer. The eye of a view along an axis stands three radii of the scene before its middle.
@@ -79,11 +93,13 @@ private:
                       std::vector<Vector3<double>> const& points);
     void _updateScreen();
 
-    CameraSpec spec;
+    CameraSpec asked;
     PictureSize area;       // that the scene is framed in
     FreeCamera viewCamera;  // its parameters are those of the last framing
     toolkit::ScreenAxes axes = toolkit::screenAxes(toolkit::ViewKind::FRONT);
     Vector3<double> eye{0, 0, 0};  // not of a view along an axis
+    std::optional<CameraPlacement> chosen;  // in the last framing
+    double focusDistance = 1;               // in units of the scene; perspective only
     std::string optionWords;
 };
 
