@@ -130,6 +130,12 @@ void Viewer::_layOut(PictureSize const& size) {
     backdrop.layOut(scene, layout.camera, size);
 }
 
+void Viewer::setDetail(double part) {
+    for (CloudDrawing& cloud : clouds) {
+        cloud.setDetail(part);
+    }
+}
+
 OceanScene const* Viewer::_ocean() const {
     return effect != nullptr ? effect->ownScene() : nullptr;
 }

@@ -60,6 +60,9 @@ public:
     /// stays. Not on an open sea, whose camera is the effect's.
     std::optional<Fault> setCamera(CameraSpec const& spec);
 
+    /// Draws only a part, 0 to 1, of points and spheres; see CloudDrawing::setDetail().
+    void setDetail(double part);
+
     /// The camera of the last drawing, which framed the scene.
     ViewCamera const& camera() const { return layout.camera; }
 

@@ -69,15 +69,12 @@ std::optional<Fault> effectConflict(Options const& options) {
 /// The fault of a command line that lacks something.
 std::optional<Fault> firstMissing(Options const& options) {
     bool const hasOwnScene = options.effect && std::holds_alternative<OceanEffect>(options.effect->values);
-    if (options.files.empty() && !hasOwnScene) {
+    // A window can be opened without files, which are dropped onto it.
+    if (options.files.empty() && !hasOwnScene && !options.opensWindow()) {
         return usageFault("FILE is required: a mesh or particle file");
     }
     if (std::count_if(options.files.begin(), options.files.end(), InputFile::isStandardInput) > 1) {
         return usageFault("FILE: standard input can be read only once");
-    }
-    PictureOptions const& first = options.pictures.front();
-    if (first.out.empty() && !first.pick && options.info == InfoForm::NONE) {
-        return usageFault("--out is required: the picture's file");
     }
     return std::nullopt;
 }

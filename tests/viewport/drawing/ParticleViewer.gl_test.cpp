@@ -143,7 +143,8 @@ protected:
     ViewStyle style() const { return {{}, ParticleStyle::of(look, options), camera, Gizmo::NONE}; }
 
     Result<Picture> drawTiles(Viewer& viewer, Tiling const& tiling) {
-        return TiledPicture(size, tiling).draw(viewer, *layer, context());
+        ContextBuffer buffer(context());
+        return TiledPicture(size, tiling).draw(viewer, *layer, buffer);
     }
 
     std::string pick(Viewer& viewer, viewport::Pixel const& pixel) const {

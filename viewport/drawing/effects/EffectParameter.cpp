@@ -46,6 +46,26 @@ EffectField lightField(toolkit::EffectLight toolkit::EffectLights::*light, T too
         [light, member](EffectValues& values) -> T& { return std::get<E>(values).lights.*light.*member; });
 }
 
+// == Equality ==
+
+template <class T>
+bool isSame(T const& a, T const& b) {
+    return a == b;
+}
+
+template <class T>
+bool isSame(Vector2<T> const& a, Vector2<T> const& b) {
+    return a.x == b.x && a.y == b.y;
+}
+
+bool isSame(Vector3<float> const& a, Vector3<float> const& b) {
+    return a.x == b.x && a.y == b.y && a.z == b.z;
+}
+
+bool isSame(Color4<float> const& a, Color4<float> const& b) {
+    return a.r == b.r && a.g == b.g && a.b == b.b && a.a == b.a;
+}
+
 // == The tables ==
 
 /// \param first, second the defaults of the lights' places
@@ -360,6 +380,25 @@ std::string EffectParameter::_form() const {
 
 Parameters const& parametersOf(EffectValues const& values) {
     return entryOf(values).parameters;
+}
+
+bool sameValues(EffectValues const& a, EffectValues const& b) {
+    if (a.index() != b.index()) {
+        return false;
+    }
+    auto const* const one = std::get_if<CustomEffect>(&a);
+    auto const* const other = std::get_if<CustomEffect>(&b);
+    if (one != nullptr && one->replacesStages != other->replacesStages) {
+        return false;
+    }
+    // Fields give access for writing as well.
+    EffectValues first = a;
+    EffectValues second = b;
+    std::vector<EffectParameter> const& parameters = parametersOf(a);
+    return std::all_of(parameters.begin(), parameters.end(), [&](EffectParameter const& parameter) {
+        return std::visit([&](auto const& field) { return isSame(field(first), field(second)); },
+                          parameter.field);
+    });
 }
 
 std::string nameOf(EffectValues const& values) {

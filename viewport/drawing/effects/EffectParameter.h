@@ -50,6 +50,9 @@ private:
 /// The parameters of the effect whose values these are, in the order in which they are listed.
 std::vector<EffectParameter> const& parametersOf(EffectValues const& values);
 
+/// Whether both are of one effect with the same parameters.
+bool sameValues(EffectValues const& a, EffectValues const& b);
+
 /// The effect's name as users write it, like "glass".
 std::string nameOf(EffectValues const& values);
 

@@ -21,6 +21,11 @@ CloudDrawing::CloudDrawing(Core_RL& layer, ParticleCloud const& cloud, ParticleS
     look.sizeChannel = areSized ? *cloud.sizes : ParticleChannel_v2::NONE;
 }
 
+void CloudDrawing::setDetail(double part) {
+    bool const isThinned = style.mode == ParticleMode::POINTS || style.mode == ParticleMode::SPHERES;
+    look.percent = isThinned ? style.percent * static_cast<float>(part) : style.percent;
+}
+
 void CloudDrawing::draw(Sampling const& sampling) {
     look.size = static_cast<float>(_size(sampling));
     layer.pushLineWidth(sampling.lineWidth(SHAFT_WIDTH));

@@ -16,6 +16,9 @@ class CloudDrawing {
 public:
     CloudDrawing(Core_RL& layer, ParticleCloud const& cloud, ParticleStyle const& style);
 
+    /// Draws only a part, 0 to 1, of the points and spheres that the style asks for, evenly chosen. Arrows are drawn all.
+    void setDetail(double part);
+
     /// Draws the particles.
     /// State: that of toolkit::drawParticles().
     void draw(Sampling const& sampling);

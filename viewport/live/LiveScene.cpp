@@ -1,0 +1,113 @@
+#include "viewport/live/LiveScene.h"
+
+#include "viewport/drawing/PixelBuffer.h"
+#include "viewport/drawing/TiledPicture.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include <GL/glew.h>
+
+namespace vellum::viewport {
+
+namespace {
+
+// Fewer would not show what is there.
+constexpr double LEAST_PART = 1.0 / 256;
+
+Picture plainPicture(PictureSize const& size, unsigned char value) {
+    Picture picture;
+    picture.width = size.width;
+    picture.height = size.height;
+    picture.pixels.assign(4 * static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height), value);
+    for (std::size_t i = 3; i < picture.pixels.size(); i += 4) {
+        picture.pixels[i] = 255;
+    }
+    return picture;
+}
+
+}  // namespace
+
+Result<std::unique_ptr<LiveScene>> LiveScene::make(toolkit::Layer& layer, Options options, Subject subject,
+                                                   double aspect) {
+    std::unique_ptr<LiveScene> made(new LiveScene(layer, std::move(options), std::move(subject)));
+    if (std::optional<Presentation::Lack> const lack = made->presentation.prepare(aspect)) {
+        return lack->fault;
+    }
+    made->_makeViewer();
+    return made;
+}
+
+LiveScene::LiveScene(toolkit::Layer& layer, Options options, Subject subject)
+    : layer(layer)
+    , asked(std::move(options))
+    , subject(std::move(subject))
+    , presentation(layer, asked, this->subject)
+    , cameraSpec(asked.pictures.front().camera) {}
+
+void LiveScene::_makeViewer() {
+    asked.pictures.front().camera = cameraSpec;
+    viewer.reset();
+    viewer = presentation.viewer(asked.pictures.front());
+    viewer->setDetail(drawnPart);
+}
+
+void LiveScene::setLook(Options const& options) {
+    asked = options;
+    cameraSpec = options.pictures.front().camera;
+    _makeViewer();
+}
+
+std::optional<Fault> LiveScene::setCamera(CameraSpec const& spec) {
+    if (std::optional<Fault> fault = viewer->setCamera(spec)) {
+        return fault;
+    }
+    cameraSpec = spec;
+    asked.pictures.front().camera = spec;
+    return std::nullopt;
+}
+
+void LiveScene::draw(PictureSize const& size) {
+    auto const start = std::chrono::steady_clock::now();
+    glViewport(0, 0, size.width, size.height);
+    viewer->draw(size);
+    glFinish();
+    std::chrono::duration<double> const taken = std::chrono::steady_clock::now() - start;
+    if (taken.count() > budget && !subject.scene.clouds().empty()) {
+        drawnPart = std::max(LEAST_PART, drawnPart / 2);
+        viewer->setDetail(drawnPart);
+    }
+}
+
+void LiveScene::rest() {
+    drawnPart = 1;
+    viewer->setDetail(1);
+}
+
+std::optional<Picture> LiveScene::labels(PictureSize const& size) {
+    Picture overBlack = plainPicture(size, 0);
+    viewer->drawLabels(overBlack);
+    Picture overWhite = plainPicture(size, 255);
+    viewer->drawLabels(overWhite);
+    removeBackground(overBlack, overWhite);
+    bool const isEmpty = std::all_of(overBlack.pixels.begin(), overBlack.pixels.end(),
+                                     [](unsigned char byte) { return byte == 0; });
+    return isEmpty ? std::nullopt : std::optional<Picture>(std::move(overBlack));
+}
+
+Result<Picture> LiveScene::picture(PictureSize const& size) {
+    TiledPicture const tiled(size, asked.effect ? Tiling::ofOneTile(size) : Tiling::of(size));
+    OffscreenContext::Settings const settings = tiled.contextSettings();
+    std::unique_ptr<FramebufferObject> const buffer = FramebufferObject::make(settings.width, settings.height);
+    if (buffer == nullptr) {
+        return Fault{"", "OpenGL here has no buffer for a picture of " + std::to_string(size.width) + "x" +
+                             std::to_string(size.height)};
+    }
+    viewer->setDetail(1);
+    Result<Picture> picture = tiled.draw(*viewer, layer, *buffer);
+    viewer->setDetail(drawnPart);
+    return picture;
+}
+
+}  // namespace vellum::viewport

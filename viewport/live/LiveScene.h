@@ -1,0 +1,89 @@
+#pragma once
+
+#include "toolkit/Layer.h"
+#include "viewport/content/Content.h"
+#include "viewport/content/Options.h"
+#include "viewport/drawing/Viewer.h"
+#include "viewport/drawing/view/CameraSpec.h"
+#include "viewport/drawing/view/PictureSize.h"
+#include "viewport/files/images/Picture.h"
+#include "viewport/live/Presentation.h"
+#include "viewport/text/Fault.h"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace vellum::viewport {
+
+/// A scene that is looked at for a while, on one context: drawn fast while something moves, and with all its pixels, as in a
+/// picture on the disk, when it rests. It knows no window system.
+///
+///     Result<std::unique_ptr<LiveScene>> live = LiveScene::make(layer, options, std::move(subject), aspect);
+///     scene.setCamera(Navigation(scene.scene(), scene.camera()).orbit(dx, dy));
+///     scene.draw(size);                                   // while the mouse moves
+///     Result<Picture> const picture = scene.picture(size); // when it rests; the same as with --out
+///
+/// Of the options it takes the first picture's. The layer must outlive it, and the context is current to its end.
+class LiveScene {
+public:
+    /// A fault where the subject cannot be drawn here.
+    static Result<std::unique_ptr<LiveScene>> make(toolkit::Layer& layer, Options options, Subject subject,
+                                                   double aspect);
+
+    LiveScene(LiveScene const&) = delete;
+    LiveScene& operator=(LiveScene const&) = delete;
+
+    /// Draws the same subject otherwise. The options must differ from the former ones only in what `LookChange` calls a look.
+    void setLook(Options const& options);
+
+    /// A fault, and the former camera, where that makes none.
+    std::optional<Fault> setCamera(CameraSpec const& spec);
+    ViewCamera const& camera() const { return viewer->camera(); }
+
+    Options const& options() const { return asked; }
+    Scene const& scene() const { return subject.scene; }
+    Subject const& shown() const { return subject; }
+
+    /// Draws into the current framebuffer, one sample for each of its pixels, without labels. Particles thin out where a frame takes
+    /// longer than the budget.
+    /// State: that of Viewer::draw().
+    void draw(PictureSize const& size);
+
+    /// How long draw() may take until particles thin out.
+    void setBudget(double seconds) { budget = seconds; }
+
+    /// The part of the particles that draw() shows, 0 to 1.
+    double detail() const { return drawnPart; }
+
+    /// The next draw() shows all particles.
+    void rest();
+
+    /// What explains the colors, alone: a picture with opacities, of what drawLabels() of a viewer draws. Nothing where there is nothing.
+    std::optional<Picture> labels(PictureSize const& size);
+
+    /// The scene as --out draws it, whatever has been drawn before. With the background of the options, which may be transparent.
+    /// A fault where the driver has no buffer for it.
+    Result<Picture> picture(PictureSize const& size);
+
+    /// What is at a pixel of a picture of this size. The framebuffer is used up.
+    std::optional<Picked> pick(PictureSize const& size, Pixel pixel) { return viewer->pick(size, pixel); }
+
+    /// What the user is to know; each only once.
+    std::vector<Fault> takeNotes() { return presentation.takeNotes(); }
+
+private:
+    LiveScene(toolkit::Layer& layer, Options options, Subject subject);
+    void _makeViewer();
+
+    toolkit::Layer& layer;
+    Options asked;
+    Subject subject;
+    Presentation presentation;
+    std::unique_ptr<Viewer> viewer;
+    CameraSpec cameraSpec;
+    double budget = 0.06;   // seconds
+    double drawnPart = 1;   // of the particles
+};
+
+}  // namespace vellum::viewport

@@ -1,0 +1,119 @@
+#include "viewport/live/Workspace.h"
+
+#include "viewport/files/images/PictureFormat.h"
+
+#include <utility>
+
+namespace vellum::viewport {
+
+Workspace::Workspace(Options const& options)
+    : renderLayer(std::make_unique<toolkit::Layer>()), shown(options), wanted(options) {
+    if (!wanted.files.empty() || wanted.hasOwnSea()) {
+        _load(wanted, nullptr);
+    }
+}
+
+void Workspace::apply(Options const& options) {
+    Change const change = changeBetween(wanted, options);
+    wanted = options;
+    if (change >= Change::SUBJECT || loader.isBusy() || live == nullptr) {
+        _load(wanted, change == Change::FILES || content == nullptr ? nullptr : content);
+        return;
+    }
+    if (change == Change::LOOK) {
+        live->setLook(wanted);
+    } else if (change == Change::CAMERA) {
+        lastFault = live->setCamera(wanted.pictures.front().camera);
+    }
+    shown = wanted;
+}
+
+void Workspace::setCamera(CameraSpec const& spec) {
+    if (live == nullptr || live->setCamera(spec)) {
+        return;
+    }
+    wanted.pictures.front().camera = spec;
+    shown.pictures.front().camera = spec;
+}
+
+void Workspace::open(std::vector<std::string> const& files) {
+    Options options = wanted;
+    options.files = files;
+    options.format.clear();
+    options.isSeries = false;
+    options.pictures.front().camera = {};
+    options.particles.frame.reset();
+    options.time.reset();
+    options.particles.channel.clear();
+    options.particles.range.reset();
+    options.particles.selection.clear();
+    options.particles.clip.reset();
+    options.particles.mode.reset();
+    options.particles.size.reset();
+    options.up.reset();
+    wanted = options;
+    _load(wanted, nullptr);
+}
+
+void Workspace::reload() {
+    if (!wanted.files.empty()) {
+        _load(wanted, nullptr);
+    }
+}
+
+void Workspace::cancelLoading() {
+    loader.cancel();
+    wanted = shown;
+}
+
+void Workspace::_load(Options const& options, std::shared_ptr<Content const> const& kept) {
+    lastFault.reset();
+    loader.start(options, kept);
+}
+
+bool Workspace::update(double aspect) {
+    std::optional<LoadOutcome> outcome = loader.poll();
+    return outcome && _takeOver(std::move(*outcome), aspect);
+}
+
+bool Workspace::_takeOver(LoadOutcome outcome, double aspect) {
+    if (outcome.fault || !outcome.subject) {
+        lastFault = outcome.fault;
+        wanted = shown;
+        return true;
+    }
+    // The camera may have moved meanwhile.
+    Options options = wanted;
+    // What stands is given back first: two large scenes may be more than the GPU holds.
+    std::unique_ptr<LiveScene> former = std::move(live);
+    former.reset();
+    Result<std::unique_ptr<LiveScene>> made =
+        LiveScene::make(*renderLayer, options, std::move(*outcome.subject), aspect);
+    if (!made.isOk()) {
+        lastFault = made.fault();
+        return true;
+    }
+    live = std::move(made.value());
+    content = outcome.content;
+    shown = options;
+    notesOfScene = std::move(outcome.notes);
+    for (Fault const& what : live->takeNotes()) {
+        notesOfScene.push_back(what);
+    }
+    return true;
+}
+
+void Workspace::saveScreenshot(std::string const& path, PictureSize const& size) {
+    if (live == nullptr) {
+        return;
+    }
+    std::optional<PictureFormat> const format = pictureFormatOf(path);
+    if (!format) {
+        lastFault = Fault{path, std::string("the name tells no format of pictures (known: ") + PICTURE_EXTENSIONS + ")"};
+        return;
+    }
+    Result<Picture> const picture = live->picture(size);
+    lastFault = picture.isOk() ? picture.value().save(path, *format) : picture.fault();
+}
+
+}  // namespace vellum::viewport

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "viewport/content/Options.h"
+#include "viewport/drawing/view/PictureSize.h"
+#include "viewport/live/ScreenPicture.h"
+#include "viewport/live/Workspace.h"
+#include "viewport/text/Fault.h"
+#include "viewport/window/Interface.h"
+#include "viewport/window/Panel.h"
+#include "viewport/window/Window.h"
+
+#include <chrono>
+#include <memory>
+#include <optional>
+
+namespace vellum::viewport {
+
+/// The window of vl_viewport: what the user does goes to the workspace, what it shows goes to the screen. Draws only when something
+/// has changed.
+class Application {
+public:
+    /// \param window whose context is current, with GLEW started; must outlive it
+    Application(Window& window, Options const& options);
+
+    /// Until the window is closed.
+    void run();
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    /// What the left and the middle button do while they are pressed.
+    enum class Drag { NONE, ORBIT, PAN };
+
+    /// Where the scene is drawn: all of the window but the panel and the bars. Pixels of the framebuffer.
+    struct Area {
+        int left = 0;
+        int bottom = 0;
+        PictureSize size;
+    };
+
+    std::optional<double> _patience() const;
+    void _frame();
+    void _layOut();
+    void _handleMouse();
+    void _handleKeys();
+    void _handleDroppedFiles();
+    void _do(PanelRequests const& requests);
+    void _moveCamera(CameraSpec const& spec);
+    void _drawScene();
+    void _show() const;
+    void _saveScreenshot(std::string const& path);
+
+    Window& window;
+    Interface interface;
+    Workspace workspace;
+    Panel panel;
+
+    WindowUnits units;
+    Area area;
+    bool hasPanel = true;
+    ScreenPicture picture;  // of the scene, as it was drawn last
+    ScreenPicture labels;   // over it, as long as the picture has none itself
+    bool isSceneChanged = true;
+    bool isResting = false;  // the picture has all its pixels
+    Clock::time_point lastChange;
+    int framesToDraw = 3;  // of the widgets, which need more than one to settle
+
+    Drag drag = Drag::NONE;
+    double cursorX = 0;  // pixels from the upper left corner of the area
+    double cursorY = 0;
+};
+
+}  // namespace vellum::viewport

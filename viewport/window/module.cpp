@@ -1,0 +1,22 @@
+#include "viewport/drawing/layer/GlewStart.h"
+#include "viewport/program/open_window.h"
+#include "viewport/window/Application.h"
+#include "viewport/window/Window.h"
+
+/// The entry of the window's module, see open_window.h.
+extern "C" __attribute__((visibility("default"))) std::optional<vellum::viewport::Failure>
+vl_viewport_open_window(vellum::viewport::Options const& options);
+
+std::optional<vellum::viewport::Failure>
+vl_viewport_open_window(vellum::viewport::Options const& options) {
+    using namespace vellum::viewport;
+    Result<std::unique_ptr<Window>> window = Window::open("vl_viewport", options.pictures.front().size);
+    if (!window.isOk()) {
+        return Failure{NO_OPENGL, window.fault()};
+    }
+    if (std::optional<Fault> const fault = startGlew()) {
+        return Failure{NO_OPENGL, *fault};
+    }
+    Application(*window.value(), options).run();
+    return std::nullopt;
+}
