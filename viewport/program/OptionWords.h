@@ -1,7 +1,7 @@
 #pragma once
 
+#include "viewport/content/Options.h"
 #include "viewport/program/EffectWords.h"
-#include "viewport/program/Options.h"
 #include "viewport/program/PictureWords.h"
 #include "viewport/text/Fault.h"
 

@@ -2,12 +2,12 @@
 
 #include "offscreen/OffscreenContext.h"
 #include "toolkit/Layer.h"
+#include "viewport/content/Content.h"
+#include "viewport/content/Options.h"
 #include "viewport/drawing/TiledPicture.h"
 #include "viewport/drawing/ViewStyle.h"
 #include "viewport/drawing/effects/EffectRenderer.h"
 #include "viewport/program/Console.h"
-#include "viewport/program/Content.h"
-#include "viewport/program/Options.h"
 
 #include <memory>
 #include <optional>

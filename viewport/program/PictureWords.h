@@ -1,6 +1,6 @@
 #pragma once
 
-#include "viewport/program/PictureOptions.h"
+#include "viewport/content/PictureOptions.h"
 #include "viewport/text/Fault.h"
 
 #include <map>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "viewport/program/Options.h"
+#include "viewport/content/Options.h"
 #include "viewport/scene/ParticleLook.h"
 #include "viewport/text/Fault.h"
 

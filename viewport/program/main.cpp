@@ -1,15 +1,16 @@
 #include "offscreen/OffscreenContext.h"
+#include "viewport/content/Content.h"
+#include "viewport/content/input_files.h"
 #include "viewport/drawing/ViewLayout.h"
 #include "viewport/drawing/layer/GlewStart.h"
 #include "viewport/files/images/PictureFormat.h"
 #include "viewport/program/CommandLine.h"
 #include "viewport/program/Configuration.h"
 #include "viewport/program/Console.h"
-#include "viewport/program/Content.h"
+#include "viewport/program/ConsoleObserver.h"
 #include "viewport/program/Description.h"
 #include "viewport/program/PictureMaker.h"
 #include "viewport/program/idle_options.h"
-#include "viewport/program/input_files.h"
 #include "viewport/program/standard_streams.h"
 #include "viewport/text/single_line.h"
 
@@ -77,7 +78,7 @@ std::optional<Failure> outputFailure(Options const& options) {
 // == What is printed ==
 
 /// Describes what is known without OpenGL: files and cameras.
-void describePictures(Options const& options, Subject const& subject, Content& content) {
+void describePictures(Options const& options, Subject const& subject, ConsoleObserver& observer) {
     for (PictureOptions const& picture : options.pictures) {
         std::string camera;
         if (!options.hasOwnSea()) {
@@ -86,22 +87,23 @@ void describePictures(Options const& options, Subject const& subject, Content& c
             camera = layout.fault ? std::string() : layout.camera.options();
         }
         if (options.info == InfoForm::JSON) {
-            content.document.addPicture(picture.out, picture.size.width, picture.size.height, camera);
+            observer.document.addPicture(picture.out, picture.size.width, picture.size.height, camera);
         } else {
-            content.texts += describePicture(picture.out, camera);
+            observer.texts += describePicture(picture.out, camera);
         }
     }
 }
 
 /// \param lack why there is no driver
-void printInfo(Options const& options, Content& content, toolkit::Layer* layer, std::string const& lack) {
+void printInfo(Options const& options, ConsoleObserver& observer, toolkit::Layer* layer,
+               std::string const& lack) {
     if (options.info == InfoForm::JSON) {
         if (layer != nullptr) {
-            content.document.setDriver(DriverFacts::of(*layer));
+            observer.document.setDriver(DriverFacts::of(*layer));
         }
-        std::cout << content.document.toText();
+        std::cout << observer.document.toText();
     } else if (options.info == InfoForm::TEXT) {
-        std::cout << content.texts
+        std::cout << observer.texts
                   << (layer != nullptr ? describeDriver(DriverFacts::of(*layer)) : describeNoDriver(lack));
     }
 }
@@ -112,8 +114,8 @@ bool needsOpenGL(Options const& options) {
 }
 
 /// Ends without OpenGL.
-std::optional<Failure> endWithout(Options const& options, Content& content, Failure const& lack) {
-    printInfo(options, content, nullptr, lack.fault.message);
+std::optional<Failure> endWithout(Options const& options, ConsoleObserver& observer, Failure const& lack) {
+    printInfo(options, observer, nullptr, lack.fault.message);
     std::optional<Failure> unwritten = flushOutput();
     return unwritten || !needsOpenGL(options) ? unwritten : lack;
 }
@@ -122,7 +124,8 @@ std::optional<Failure> run(Options const& options) {
     if (std::optional<Failure> failure = outputFailure(options)) {
         return failure;
     }
-    Result<Content> loaded = Content::load(options);
+    ConsoleObserver observer(options);
+    Result<Content> loaded = Content::load(options, observer);
     if (!loaded.isOk()) {
         return Failure{FILE_FAULT, loaded.fault()};
     }
@@ -130,7 +133,7 @@ std::optional<Failure> run(Options const& options) {
     if (std::optional<Failure> failure = inputReplaced(options, content.textures)) {
         return failure;
     }
-    Result<Subject> prepared = Subject::prepare(options, content);
+    Result<Subject> prepared = Subject::prepare(options, content, observer);
     if (!prepared.isOk()) {
         return Failure{FILE_FAULT, prepared.fault()};
     }
@@ -149,22 +152,22 @@ std::optional<Failure> run(Options const& options) {
         note(options, idle);
     }
     if (options.info != InfoForm::NONE) {
-        describePictures(options, subject, content);
+        describePictures(options, subject, observer);
     }
     content.meshes = {};
 
     OffscreenContext context(PictureMaker::contextSettings(options));
     if (!context.isValid()) {
-        return endWithout(options, content, {NO_OPENGL, {"", context.error()}});
+        return endWithout(options, observer, {NO_OPENGL, {"", context.error()}});
     }
     if (std::optional<Fault> const fault = startGlew()) {
-        return endWithout(options, content, {NO_OPENGL, *fault});
+        return endWithout(options, observer, {NO_OPENGL, *fault});
     }
     PictureMaker maker(options, subject, context);
     if (std::optional<Failure> failure = maker.begin()) {
         return failure;
     }
-    printInfo(options, content, &maker.layer(), "");
+    printInfo(options, observer, &maker.layer(), "");
     for (PictureOptions const& picture : options.pictures) {
         if (std::optional<Failure> failure = maker.make(picture)) {
             return failure;

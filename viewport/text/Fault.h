@@ -14,6 +14,9 @@ struct Fault {
     std::string file;     ///< as the user named it; may be empty
     std::string message;  ///< one clause, without the file's name and without a full stop
 
+    /// The request was given up because nobody wants its answer any more: nothing is wrong with the file.
+    bool isCancelled = false;
+
     /// "file: message" as a single line (see singleLine()).
     std::string line() const;
 };

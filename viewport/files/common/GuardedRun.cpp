@@ -16,6 +16,7 @@
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -42,20 +43,17 @@ using Clock = std::chrono::steady_clock;
 /// A file descriptor that is closed at the end of its scope.
 class Descriptor {
 public:
-    explicit Descriptor(int number = -1) : number(number) {}
-    ~Descriptor() { close(); }
+    explicit Descriptor(int number) : number(number) {}
+    ~Descriptor() {
+        if (number >= 0) {
+            ::close(number);
+        }
+    }
     Descriptor(Descriptor const&) = delete;
     Descriptor& operator=(Descriptor const&) = delete;
 
     int get() const { return number; }
     bool isOpen() const { return number >= 0; }
-
-    void close() {
-        if (number >= 0) {
-            ::close(number);
-            number = -1;
-        }
-    }
 
 private:
     int number;
@@ -172,32 +170,73 @@ void restrictProcess(ImportLimits const& limits) {
 
 // == In the parent ==
 
-/// Waits until the other end of the pipe is closed, which the child's end does, whatever its cause.
-/// False when the deadline came first.
-bool waitForEnd(int lifeline, Clock::time_point const& deadline) {
+/// Between two looks at the deadline and the progress.
+constexpr std::chrono::milliseconds PATIENCE{20};
+
+/// The child as its parent has it: it does not outlive this.
+class Child {
+public:
+    explicit Child(pid_t number) : number(number), end(_open(number)) {}
+
+    /// Where it has not ended, it is not needed any more.
+    ~Child() {
+        if (!isReaped) {
+            kill(number, SIGKILL);
+            reap();
+        }
+    }
+    Child(Child const&) = delete;
+    Child& operator=(Child const&) = delete;
+
+    /// Whether it ended, after waiting for that for some time.
+    bool hasEnded(std::chrono::milliseconds const& time) const {
+        if (!end.isOpen()) {
+            // The status stays to be reaped.
+            siginfo_t facts{};
+            timespec const moment{0, 1'000'000};
+            nanosleep(&moment, nullptr);
+            return waitid(P_PID, static_cast<id_t>(number), &facts, WEXITED | WNOHANG | WNOWAIT) != 0
+                       ? errno != EINTR
+                       : facts.si_pid == number;
+        }
+        pollfd ready{end.get(), POLLIN, 0};
+        return ::poll(&ready, 1, static_cast<int>(time.count())) > 0;
+    }
+
+    int reap() {
+        int status = 0;
+        while (waitpid(number, &status, 0) < 0 && errno == EINTR) {
+        }
+        isReaped = true;
+        return status;
+    }
+
+private:
+    /// Not a pipe whose end the child holds: the children that other threads start meanwhile would hold it as well.
+    static int _open(pid_t number) {
+        // Not there on kernels before 5.3.
+        return static_cast<int>(syscall(SYS_pidfd_open, number, 0));
+    }
+
+    pid_t number;
+    Descriptor const end;
+    bool isReaped = false;
+};
+
+/// Waits until the child ends. False when the deadline came first.
+bool waitForEnd(Child const& child, Clock::time_point const& deadline, Progress const& progress) {
     for (;;) {
+        if (progress) {
+            progress(0, 0);
+        }
         auto const left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-        // poll counts in ints; a longer wait comes round again.
-        int const timeout = static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, 3'600'000));
-        pollfd end{lifeline, POLLIN, 0};
-        int const ready = ::poll(&end, 1, timeout);
-        if (ready > 0) {
+        if (child.hasEnded(std::clamp(left, std::chrono::milliseconds(0), PATIENCE))) {
             return true;
         }
-        if (ready == 0 && Clock::now() >= deadline) {
-            return false;
-        }
-        if (ready < 0 && errno != EINTR) {
+        if (Clock::now() >= deadline) {
             return false;
         }
     }
-}
-
-int reap(pid_t const& child) {
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    return status;
 }
 
 /// Why a child that ended with this status gave no result; empty when it gave one.
@@ -240,36 +279,29 @@ std::optional<Fault> readResult(int descriptor, GuardedRun const& run) {
 
 }  // namespace
 
-std::optional<Fault> runGuarded(GuardedRun const& run, ImportLimits const& limits) {
+std::optional<Fault> runGuarded(GuardedRun const& run, ImportLimits const& limits, Progress const& progress) {
     auto const cannotStart = [&run] {
         return Fault{run.file, std::string("cannot start the import: ") + std::strerror(errno)};
     };
     Descriptor const result(memfd_create("vl_viewport import", MFD_CLOEXEC));
-    int ends[2];
-    if (!result.isOpen() || pipe2(ends, O_CLOEXEC) != 0) {
+    if (!result.isOpen()) {
         return cannotStart();
     }
-    Descriptor const lifeline(ends[0]);
-    Descriptor childsEnd(ends[1]);
-
     Clock::time_point const deadline = Clock::now() + limits.deadline;
     pid_t const parent = getpid();
-    pid_t const child = fork();
-    if (child < 0) {
+    pid_t const number = fork();
+    if (number < 0) {
         return cannotStart();
     }
-    if (child == 0) {
+    if (number == 0) {
         runChild(run, limits, parent, result.get());
     }
-    childsEnd.close();
-
-    if (!waitForEnd(lifeline.get(), deadline)) {
-        kill(child, SIGKILL);
-        reap(child);
+    Child child(number);
+    if (!waitForEnd(child, deadline, progress)) {
         return Fault{run.file,
                      "the import did not end within " + inSeconds(limits.deadline) + " and was stopped"};
     }
-    std::string const end = describeEnd(reap(child), limits);
+    std::string const end = describeEnd(child.reap(), limits);
     return end.empty() ? readResult(result.get(), run) : Fault{run.file, end};
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "viewport/files/common/Progress.h"
 #include "viewport/text/Fault.h"
 
 #include <chrono>
@@ -43,8 +44,19 @@ struct GuardedRun {
 /// memory, none of the standard streams, leaves no core dump, and dies with its parent. Its outcome comes
 /// back through anonymous memory.
 ///
-/// Call it before a GL context or a thread exists: the child is a plain copy of the process.
+/// May be called on any thread, on several at once, and while another thread draws. The child is a plain copy of
+/// the process in which only the calling thread goes on, so the work must not wait for what another thread holds:
+///
+/// - It may allocate, throw, open files and use the loader of shared libraries: glibc makes these usable in the
+///   copy. It must not call OpenGL, start threads, or take a lock that other threads of the process take too.
+/// - It must not write to anything that it shares with this process, such as descriptors opened before.
+/// - The kernel ends the child with the *thread* that called, not only with the process: the call returns after
+///   the child's end, so that only makes a difference where the thread is ended by force.
+///
+/// \param progress is called about every 20 ms on this thread with 0 bytes of 0, since what the child has read is
+///     not known. Where it throws the child is killed and gone before the call ends.
 /// \return the fault of the run or of its outcome, or nothing.
-std::optional<Fault> runGuarded(GuardedRun const& run, ImportLimits const& limits);
+std::optional<Fault> runGuarded(GuardedRun const& run, ImportLimits const& limits,
+                                Progress const& progress = {});
 
 }  // namespace vellum::viewport

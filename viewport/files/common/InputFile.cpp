@@ -9,6 +9,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -25,15 +26,28 @@ bool isStream(int descriptor, mode_t kind) {
     return S_ISFIFO(kind) || S_ISSOCK(kind) || (S_ISCHR(kind) && ::isatty(descriptor) != 0);
 }
 
-Result<std::shared_ptr<ByteBuffer const>> readAll(int descriptor, std::string const& path) {
+/// Waits for bytes or the end, as long as somebody wants them. A pipe that nobody has opened for writing yet has neither.
+void waitForBytes(int descriptor, std::uint64_t done, Progress const& progress) {
+    constexpr int PATIENCE = 20;  // milliseconds
+    pollfd ready{descriptor, POLLIN, 0};
+    do {
+        if (progress) {
+            progress(done, 0);
+        }
+    } while (::poll(&ready, 1, PATIENCE) == 0 || (ready.revents == 0 && errno == EINTR));
+}
+
+Result<std::shared_ptr<ByteBuffer const>> readAll(int descriptor, std::string const& path,
+                                                  Progress const& progress) {
     constexpr std::size_t LARGEST_STEP = std::size_t(1) << 22;
     auto buffer = std::make_shared<ByteBuffer>();
     while (true) {
         if (!buffer->makeRoom()) {
             return Fault{path, "there is not enough memory for what it holds"};
         }
+        waitForBytes(descriptor, buffer->size(), progress);
         ssize_t const count = ::read(descriptor, buffer->end(), std::min(buffer->room(), LARGEST_STEP));
-        if (count < 0 && errno == EINTR) {
+        if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
             continue;
         }
         if (count < 0) {
@@ -58,7 +72,8 @@ class Descriptor {
 public:
     explicit Descriptor(std::string const& path)
         : isOwned(!InputFile::isStandardInput(path))
-        , number(isOwned ? ::open(path.c_str(), O_RDONLY | O_CLOEXEC) : STDIN_FILENO) {}
+        // A named pipe would block until it has a writer.
+        , number(isOwned ? ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK) : STDIN_FILENO) {}
     ~Descriptor() {
         if (isOwned && number >= 0) {
             ::close(number);
@@ -76,7 +91,7 @@ private:
 
 }  // namespace
 
-Result<InputFile> InputFile::open(std::string const& path) {
+Result<InputFile> InputFile::open(std::string const& path, Progress const& progress) {
     struct stat facts {};
     bool const isStandard = isStandardInput(path);
     // Asked by name first: a device may block when it is opened.
@@ -95,7 +110,7 @@ Result<InputFile> InputFile::open(std::string const& path) {
     if (descriptor.get() < 0) {
         return Fault{path, systemReason("cannot be opened")};
     }
-    Result<std::shared_ptr<ByteBuffer const>> const buffer = readAll(descriptor.get(), path);
+    Result<std::shared_ptr<ByteBuffer const>> const buffer = readAll(descriptor.get(), path, progress);
     if (!buffer.isOk()) {
         return buffer.fault();
     }

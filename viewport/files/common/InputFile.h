@@ -1,5 +1,6 @@
 #pragma once
 
+#include "viewport/files/common/Progress.h"
 #include "viewport/text/Fault.h"
 
 #include <cstdint>
@@ -30,7 +31,8 @@ public:
 
     /// Opens a regular file, a named pipe (it waits for its writer), the pipe of a process substitution or
     /// standard input. A fault for all else, and for a file that is empty.
-    static Result<InputFile> open(std::string const& path);
+    /// \param progress may be empty; gets the bytes read from a pipe and 0 in all, also while its writer is silent
+    static Result<InputFile> open(std::string const& path, Progress const& progress = {});
 
     std::string const& name() const { return path; }    ///< as the user named it
     std::string_view bytes() const { return content; }  ///< valid as long as some copy lives

@@ -55,7 +55,8 @@ bool decode(unsigned char const* bytes, std::size_t size, VL_Image& image) {
 
 }  // namespace
 
-std::shared_ptr<VL_Image const> decodeGuarded(std::function<bool(VL_Image&)> const& decodePicture) {
+std::shared_ptr<VL_Image const> decodeGuarded(std::function<bool(VL_Image&)> const& decodePicture,
+                                              Progress const& progress) {
     auto const image = std::make_shared<VL_Image>();
     GuardedRun run;
     run.work = [&decodePicture] {
@@ -69,7 +70,7 @@ std::shared_ptr<VL_Image const> decodeGuarded(std::function<bool(VL_Image&)> con
         }
         return Fault{"", "is not a readable picture"};
     };
-    return runGuarded(run, ImportLimits{}) ? nullptr : image;
+    return runGuarded(run, ImportLimits{}, progress) ? nullptr : image;
 }
 
 }  // namespace vellum::viewport

@@ -37,8 +37,11 @@ bool isTga(std::string_view bytes) {
     return isKind && field(1) <= 1 && (bits == 8 || bits == 15 || bits == 16 || bits == 24 || bits == 32);
 }
 
-Image decode(std::string const& path) {
+Image decode(std::string const& path, Progress const& progress) {
     using namespace std::string_view_literals;
+    if (progress) {
+        progress(0, 0);
+    }
     auto const image = std::make_shared<VL_Image>();
     if (image->read(path.c_str())) {
         return image;
@@ -55,44 +58,48 @@ Image decode(std::string const& path) {
         return decodeWebp(bytes, *image) ? image : nullptr;
     }
     if (startsWith(bytes, "DDS ")) {
-        return decodeGuarded([bytes](VL_Image& decoded) { return decodeDds(bytes, decoded); });
+        return decodeGuarded([bytes](VL_Image& decoded) { return decodeDds(bytes, decoded); }, progress);
     }
     if (startsWith(bytes, "GIF8") || startsWith(bytes, "BM") || isTga(bytes)) {
-        return decodeGuarded([bytes](VL_Image& decoded) { return decodeWithStb(bytes, decoded); });
+        return decodeGuarded([bytes](VL_Image& decoded) { return decodeWithStb(bytes, decoded); }, progress);
     }
     return nullptr;
 }
 
 }  // namespace
 
-Result<Image> readTexture(std::string const& path) {
+Result<Image> readTexture(std::string const& path, Progress const& progress) {
     // Opened first, since VL_Image does not say why it failed. Without O_NONBLOCK a named pipe would block.
     int const descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) {
         return Fault{path, std::string("cannot be opened: ") + std::strerror(errno)};
     }
     ::close(descriptor);
-    Image image = readImage(path);
+    Image image = readImage(path, progress);
     if (image == nullptr) {
         return Fault{path, std::string("is not a readable picture (") + PICTURE_FORMATS + ")"};
     }
     return image;
 }
 
-Image readImage(std::string const& path) {
+Image readImage(std::string const& path, Progress const& progress) {
     try {
-        return decode(path);
+        return decode(path, progress);
     } catch (std::bad_alloc const&) {
         return nullptr;
     }
 }
 
-Image readImage(std::vector<unsigned char> const& bytes) {
+Image readImage(std::vector<unsigned char> const& bytes, Progress const& progress) {
     // VL_Image reads from paths: a file in memory has one, under /proc.
     int const descriptor = memfd_create("vl_viewport texture", MFD_CLOEXEC);
     if (descriptor < 0) {
         return nullptr;
     }
+    struct Close {
+        int descriptor;
+        ~Close() { ::close(descriptor); }
+    } const close{descriptor};
     std::size_t written = 0;
     while (written < bytes.size()) {
         ssize_t const count = ::write(descriptor, bytes.data() + written, bytes.size() - written);
@@ -101,10 +108,8 @@ Image readImage(std::vector<unsigned char> const& bytes) {
         }
         written += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
     }
-    Image image =
-        written == bytes.size() ? readImage("/proc/self/fd/" + std::to_string(descriptor)) : nullptr;
-    ::close(descriptor);
-    return image;
+    return written == bytes.size() ? readImage("/proc/self/fd/" + std::to_string(descriptor), progress)
+                                   : nullptr;
 }
 
 }  // namespace vellum::viewport

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/image/VL_Image.h"
+#include "viewport/files/common/Progress.h"
 #include "viewport/text/Fault.h"
 
 #include <memory>
@@ -13,14 +14,16 @@ namespace vellum::viewport {
 constexpr char PICTURE_FORMATS[] = "PNG, JPEG, EXR, HDR, TIFF, WebP, TGA, BMP, GIF or DDS";
 
 /// Reads an image file that a user named for a texture. A file that cannot be opened or decoded is a fault.
-Result<std::shared_ptr<VL_Image const>> readTexture(std::string const& path);
+/// \param progress as of readImage()
+Result<std::shared_ptr<VL_Image const>> readTexture(std::string const& path, Progress const& progress = {});
 
 /// Decodes an image file of one of the formats above, which its first bytes tell; null where it is of another
-/// format or damaged. Formats without a decoder that damaged files cannot harm are decoded in a process of their own:
-/// call it before a GL context or a thread exists.
-std::shared_ptr<VL_Image const> readImage(std::string const& path);
+/// format or damaged. Formats without a decoder that damaged files cannot harm are decoded in a process of their own.
+/// \param progress gets 0 bytes of 0: before the decoding and, in a process of its own, during it
+std::shared_ptr<VL_Image const> readImage(std::string const& path, Progress const& progress = {});
 
 /// The same for the bytes of an image file that lie in memory, as in meshes that embed their textures.
-std::shared_ptr<VL_Image const> readImage(std::vector<unsigned char> const& bytes);
+std::shared_ptr<VL_Image const> readImage(std::vector<unsigned char> const& bytes,
+                                          Progress const& progress = {});
 
 }  // namespace vellum::viewport

@@ -8,7 +8,7 @@
 namespace vellum::viewport {
 
 Result<MeshData> importGuarded(std::string const& file, std::function<Result<MeshData>()> const& import,
-                               ImportLimits const& limits) {
+                               ImportLimits const& limits, Progress const& progress) {
     MeshData imported;
     GuardedRun run;
     run.file = file;
@@ -25,7 +25,7 @@ Result<MeshData> importGuarded(std::string const& file, std::function<Result<Mes
         imported = std::move(mesh.value());
         return std::nullopt;
     };
-    if (std::optional<Fault> const fault = runGuarded(run, limits)) {
+    if (std::optional<Fault> const fault = runGuarded(run, limits, progress)) {
         return *fault;
     }
     return imported;

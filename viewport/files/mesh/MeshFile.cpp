@@ -65,12 +65,13 @@ OwnFormat ownFormatOf(std::string const& extension) {
                                  : OwnFormat::NONE;
 }
 
-Result<MeshData> readOwn(OwnFormat format, std::string const& path, std::string_view bytes) {
+Result<MeshData> readOwn(OwnFormat format, std::string const& path, std::string_view bytes,
+                         Progress const& progress) {
     constexpr char const* NO_MEMORY = "there is not enough memory for its mesh";
     try {
-        return format == OwnFormat::OBJ   ? readObjMesh(path, bytes)
-               : format == OwnFormat::PLY ? readPlyMesh(bytes)
-                                          : readStlMesh(bytes);
+        return format == OwnFormat::OBJ   ? readObjMesh(path, bytes, progress)
+               : format == OwnFormat::PLY ? readPlyMesh(bytes, progress)
+                                          : readStlMesh(bytes, progress);
     } catch (std::bad_alloc const&) {
         return Fault{{}, NO_MEMORY};
         // Thrown by vectors that are asked for more than they could ever hold.
@@ -80,8 +81,8 @@ Result<MeshData> readOwn(OwnFormat format, std::string const& path, std::string_
 }
 
 Result<MeshData> loadOwn(std::string const& name, std::string const& place, std::string_view bytes,
-                         std::string const& extension) {
-    Result<MeshData> mesh = readOwn(ownFormatOf(extension), place, bytes);
+                         std::string const& extension, Progress const& progress) {
+    Result<MeshData> mesh = readOwn(ownFormatOf(extension), place, bytes, progress);
     if (!mesh.isOk()) {
         return Fault{name, mesh.fault().message};
     }
@@ -148,7 +149,8 @@ Result<std::string> MeshFile::_extension() const {
     return Fault{path, "neither its name nor its first bytes tell the mesh format"};
 }
 
-Result<MeshData> MeshFile::load(ImportLimits const& limits, MeshOptions const& options) const {
+Result<MeshData> MeshFile::load(ImportLimits const& limits, MeshOptions const& options,
+                                Progress const& progress) const {
     if (!file) {
         if (std::optional<Fault> const fault = accessFault(path)) {
             return *fault;
@@ -161,15 +163,15 @@ Result<MeshData> MeshFile::load(ImportLimits const& limits, MeshOptions const& o
     std::string const& extension = known.value();
     if (ownFormatOf(extension) != OwnFormat::NONE) {
         if (file) {
-            return loadOwn(path, place(), file->bytes(), extension);
+            return loadOwn(path, place(), file->bytes(), extension, progress);
         }
         Result<MappedFile> const mapped = MappedFile::open(path);
-        return mapped.isOk() ? loadOwn(path, path, mapped.value().bytes(), extension)
+        return mapped.isOk() ? loadOwn(path, path, mapped.value().bytes(), extension, progress)
                              : Result<MeshData>(mapped.fault());
     }
     if (!file || (!file->isFromPipe() && !format)) {
         return importGuarded(
-            path, [&] { return importWithAssimp(path, options); }, limits);
+            path, [&] { return importWithAssimp(path, options); }, limits, progress);
     }
     auto const import = [&] {
         // In the child alone: the importer looks in the current folder for what the bytes name.
@@ -180,7 +182,7 @@ Result<MeshData> MeshFile::load(ImportLimits const& limits, MeshOptions const& o
         }
         return importWithAssimp(path, file->bytes(), extension, options);
     };
-    return importGuarded(path, import, limits);
+    return importGuarded(path, import, limits, progress);
 }
 
 std::vector<std::string> meshFormatNames() {

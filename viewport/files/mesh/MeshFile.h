@@ -29,8 +29,10 @@ public:
 
     /// Reads OBJ, PLY and STL files here (see ObjMesh.h, PlyMesh.h, StlMesh.h), in time and memory that follow
     /// from their size and not from the limits. Imports all others (see AssimpImport.h) in a process of its own
-    /// (see GuardedImport.h). Call it before a GL context or a thread exists.
-    Result<MeshData> load(ImportLimits const& limits, MeshOptions const& options = {}) const;
+    /// (see GuardedImport.h).
+    /// \param progress gets the bytes of the file; of an imported one 0 of 0
+    Result<MeshData> load(ImportLimits const& limits, MeshOptions const& options = {},
+                          Progress const& progress = {}) const;
 
     /// The path beside which the files lie that the mesh names: materials, textures, buffers. Those of standard
     /// input and of the pipes of a shell lie in the current folder.

@@ -165,8 +165,9 @@ private:
 
 class ObjReader {
 public:
-    ObjReader(std::string const& path, std::string_view text)
+    ObjReader(std::string const& path, std::string_view text, Progress const& progress)
         : path(path)
+        , pace(progress, text.size())
         , start(text.data())
         , here(start)
         , end(start + text.size())
@@ -185,11 +186,13 @@ public:
             statement = here;
             _readStatement();
             _skipLine();
+            pace.at(static_cast<std::uint64_t>(here - start));
         }
         if (!fault) {
             _checkForwardIndices();
         }
         if (!fault) {
+            pace.atEnd();
             _build();
         }
         if (fault) {
@@ -742,6 +745,7 @@ private:
     };
 
     std::string const& path;
+    ProgressPace pace;
     char const* start;
     char const* here;
     char const* end;
@@ -773,9 +777,9 @@ private:
 
 }  // namespace
 
-Result<MeshData> readObjMesh(std::string const& path, std::string_view bytes) {
+Result<MeshData> readObjMesh(std::string const& path, std::string_view bytes, Progress const& progress) {
     std::optional<std::string> const converted = utf8OfUtf16(bytes);
-    return ObjReader(path, converted ? std::string_view(*converted) : bytes).read();
+    return ObjReader(path, converted ? std::string_view(*converted) : bytes, progress).read();
 }
 
 }  // namespace vellum::viewport

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "viewport/files/common/Progress.h"
 #include "viewport/files/mesh/MeshData.h"
 #include "viewport/text/Fault.h"
 
@@ -25,6 +26,6 @@ namespace vellum::viewport {
 /// file. Notes tell what is lost: statements that OBJ does not have, curves and surfaces, materials that are
 /// missing. Smoothing groups are skipped: where faces have no normals, these are computed with hard edges.
 /// \param path the file's, to find others beside it
-Result<MeshData> readObjMesh(std::string const& path, std::string_view bytes);
+Result<MeshData> readObjMesh(std::string const& path, std::string_view bytes, Progress const& progress = {});
 
 }  // namespace vellum::viewport

@@ -20,9 +20,10 @@ bool isBlank(char character) {
 
 }  // namespace
 
-PlyBody::PlyBody(std::string_view file, PlyHeader const& header)
+PlyBody::PlyBody(std::string_view file, PlyHeader const& header, Progress const& progress)
     : file(file)
     , header(header)
+    , pace(progress, file.size())
     , here(file.data() + (file.size() - header.body.size()))
     , end(file.data() + file.size())
     , itemStart(here) {}
@@ -77,6 +78,7 @@ bool PlyBody::begin(PlyElement const& element) {
 }
 
 bool PlyBody::take(PlyItem& item) {
+    pace.at(static_cast<std::uint64_t>(here - file.data()));
     item.numbers.resize(columns.size());
     item.lists.resize(columns.size());
     switch (header.format) {

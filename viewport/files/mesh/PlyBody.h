@@ -1,6 +1,7 @@
 #pragma once
 
 #include "viewport/files/common/PlyHeader.h"
+#include "viewport/files/common/Progress.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -28,7 +29,8 @@ struct PlyItem {
 class PlyBody {
 public:
     /// \param header of that file, which holds its body
-    PlyBody(std::string_view file, PlyHeader const& header);
+    /// \param progress must outlive it; may be empty
+    PlyBody(std::string_view file, PlyHeader const& header, Progress const& progress);
 
     /// Goes on to the element behind the one taken last.
     /// \return whether the file is large enough for all items that the element declares, if none has a longer
@@ -71,6 +73,7 @@ private:
 
     std::string_view file;
     PlyHeader const& header;
+    ProgressPace pace;
     char const* here;
     char const* end;
     PlyElement const* element = nullptr;

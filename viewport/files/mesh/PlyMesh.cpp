@@ -166,10 +166,10 @@ void gather(std::vector<T>& values, std::vector<std::uint32_t> const& places) {
 
 class PlyReader {
 public:
-    PlyReader(std::string_view file, PlyHeader const& header)
+    PlyReader(std::string_view file, PlyHeader const& header, Progress const& progress)
         : header(header)
         , textures(textureFiles(file.substr(0, file.size() - header.body.size())))
-        , body(file, header) {}
+        , body(file, header, progress) {}
 
     Result<MeshData> read() {
         auto const isVertex = [](PlyElement const& element) { return element.name == "vertex"; };
@@ -730,12 +730,12 @@ private:
 
 }  // namespace
 
-Result<MeshData> readPlyMesh(std::string_view bytes) {
+Result<MeshData> readPlyMesh(std::string_view bytes, Progress const& progress) {
     std::optional<PlyHeader> const plyHeader = readPlyHeader(bytes);
     if (!plyHeader) {
         return Fault{{}, "the header of the PLY file is cut off or not understood"};
     }
-    return PlyReader(bytes, *plyHeader).read();
+    return PlyReader(bytes, *plyHeader, progress).read();
 }
 
 }  // namespace vellum::viewport

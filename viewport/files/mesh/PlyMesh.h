@@ -1,5 +1,6 @@
 #pragma once
 
+#include "viewport/files/common/Progress.h"
 #include "viewport/files/mesh/MeshData.h"
 #include "viewport/text/Fault.h"
 
@@ -24,6 +25,6 @@ namespace vellum::viewport {
 ///
 /// Damage is a fault, which names a line or byte and no file: numbers missing, an index out of range, a
 /// coordinate that is not a number. Notes tell what is skipped.
-Result<MeshData> readPlyMesh(std::string_view bytes);
+Result<MeshData> readPlyMesh(std::string_view bytes, Progress const& progress = {});
 
 }  // namespace vellum::viewport

@@ -64,8 +64,9 @@ std::optional<Color4<float>> colorOfHeader(std::string_view header) {
 
 class BinaryReader {
 public:
-    explicit BinaryReader(std::string_view file)
-        : facets(file.data() + START_SIZE)
+    BinaryReader(std::string_view file, Progress const& progress)
+        : pace(progress, file.size())
+        , facets(file.data() + START_SIZE)
         , count(declaredFacets(file))
         , whole(colorOfHeader(file.substr(0, HEADER_SIZE))) {}
 
@@ -87,6 +88,7 @@ private:
         mesh.triangles.reserve(count);
         for (std::uint64_t i = 0; i < count; ++i) {
             char const* const facet = facets + i * FACET_SIZE;
+            pace.at(START_SIZE + i * FACET_SIZE);
             float values[9];
             float nothing = 0;  // becomes NaN with a value that is not finite
             for (std::size_t k = 0; k < 9; ++k) {
@@ -139,6 +141,7 @@ private:
                      : Color4<float>{part(10), part(5), part(0), 1};
     }
 
+    ProgressPace pace;
     char const* facets;
     std::uint64_t count;
     std::optional<Color4<float>> whole;
@@ -150,7 +153,8 @@ private:
 /// Reads words and numbers; lines mean nothing to the format but the end of a solid's name.
 class TextReader {
 public:
-    explicit TextReader(std::string_view file) : file(file), here(file.data()), end(here + file.size()) {}
+    TextReader(std::string_view file, Progress const& progress)
+        : pace(progress, file.size()), file(file), here(file.data()), end(here + file.size()) {}
 
     Result<MeshData> read() {
         while (_takeKeyword("solid")) {
@@ -173,6 +177,7 @@ public:
 private:
     std::optional<Fault> _readSolid() {
         while (_takeKeyword("facet")) {
+            pace.at(static_cast<std::uint64_t>(here - file.data()));
             // The normal, which some writers leave out in part.
             while (!_takeKeyword("outer")) {
                 if (_word().empty()) {
@@ -301,6 +306,7 @@ private:
         return word.empty() ? _cutOff(expected) : _fault(expected + " is expected and not " + quoted(word));
     }
 
+    ProgressPace pace;
     std::string_view file;
     char const* here;
     char const* end;
@@ -321,12 +327,12 @@ bool isStl(std::string_view bytes) {
     return isBinary(bytes) || isText(bytes);
 }
 
-Result<MeshData> readStlMesh(std::string_view bytes) {
+Result<MeshData> readStlMesh(std::string_view bytes, Progress const& progress) {
     if (isBinary(bytes)) {
-        return BinaryReader(bytes).read();
+        return BinaryReader(bytes, progress).read();
     }
     if (isText(bytes)) {
-        return TextReader(bytes).read();
+        return TextReader(bytes, progress).read();
     }
     if (bytes.size() < START_SIZE) {
         return Fault{{}, "the STL file is cut off: it has neither a solid nor a number of facets"};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "viewport/files/common/Progress.h"
 #include "viewport/files/mesh/MeshData.h"
 #include "viewport/text/Fault.h"
 
@@ -24,7 +25,7 @@ namespace vellum::viewport {
 ///
 /// All damage is a fault: also bytes behind the last facet, since the number of facets is then wrong. Faults
 /// name no file.
-Result<MeshData> readStlMesh(std::string_view bytes);
+Result<MeshData> readStlMesh(std::string_view bytes, Progress const& progress = {});
 
 /// Whether the bytes are a whole binary file, by their number, or begin as a text does.
 bool isStl(std::string_view bytes);

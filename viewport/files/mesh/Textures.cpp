@@ -220,8 +220,8 @@ Image withOpacity(Image const& colors, VL_Image const& opacity) {
 /// Reads the pictures of one mesh, each once.
 class TextureReader {
 public:
-    TextureReader(std::string const& meshPath, std::vector<Fault>& notes)
-        : meshPath(meshPath), notes(notes) {}
+    TextureReader(std::string const& meshPath, std::vector<Fault>& notes, Progress const& progress)
+        : meshPath(meshPath), notes(notes), progress(progress) {}
 
     /// Null without a picture.
     Image read(Material const& material) {
@@ -252,7 +252,7 @@ private:
                 return _readable(material.texture, imageOfTexels(material));
             }
             if (!material.textureBytes.empty()) {
-                return _readable(material.texture, readImage(material.textureBytes));
+                return _readable(material.texture, readImage(material.textureBytes, progress));
             }
             return _file(material.texture);
         });
@@ -270,10 +270,10 @@ private:
     Image _file(std::string const& name) {
         std::vector<unsigned char> const bytes = bytesOfAddress(name);
         if (!bytes.empty()) {
-            return _readable("data:", readImage(bytes));
+            return _readable("data:", readImage(bytes, progress));
         }
         if (std::optional<std::string> const path = findTexture(meshPath, name)) {
-            return _readable(name, readImage(*path));
+            return _readable(name, readImage(*path, progress));
         }
         notes.push_back({meshPath, "texture '" + name + "' is neither beside the file nor in " +
                                        _textureFolders() + "; drawn without it"});
@@ -298,6 +298,7 @@ private:
 
     std::string const& meshPath;
     std::vector<Fault>& notes;
+    Progress const& progress;
     std::map<std::string, Image> known;
     std::map<std::pair<Image, Image>, Image> combined;
 };
@@ -333,7 +334,7 @@ std::optional<std::string> findTexture(std::string const& meshPath, std::string 
     return std::nullopt;
 }
 
-std::vector<Fault> loadTextures(std::string const& meshPath, MeshData& mesh) {
+std::vector<Fault> loadTextures(std::string const& meshPath, MeshData& mesh, Progress const& progress) {
     std::vector<Fault> notes;
     std::vector<bool> isUsed(mesh.materials.size(), false);
     for (unsigned int material : mesh.triangleMaterials) {
@@ -342,7 +343,7 @@ std::vector<Fault> loadTextures(std::string const& meshPath, MeshData& mesh) {
     if (mesh.triangleMaterials.empty() && !isUsed.empty()) {
         isUsed.front() = true;
     }
-    TextureReader reader(meshPath, notes);
+    TextureReader reader(meshPath, notes, progress);
     for (std::size_t i = 0; i < mesh.materials.size(); ++i) {
         Material& material = mesh.materials[i];
         bool const hasPicture = !material.texture.empty() || !material.opacityTexture.empty();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "viewport/files/common/Progress.h"
 #include "viewport/files/mesh/MeshData.h"
 #include "viewport/text/Fault.h"
 
@@ -18,8 +19,7 @@ std::optional<std::string> findTexture(std::string const& meshPath, std::string 
 /// Reads the textures of a mesh's materials, each picture once: files, pictures and pixels that the mesh file
 /// holds, and addresses that hold their data. The opacity of another picture becomes that of the texture. A
 /// texture that is not found or cannot be read leaves its material without one and adds a note for the user.
-///
-/// Call it before a GL context or a thread exists (see readImage()).
-std::vector<Fault> loadTextures(std::string const& meshPath, MeshData& mesh);
+/// \param progress see readImage(); called for each picture
+std::vector<Fault> loadTextures(std::string const& meshPath, MeshData& mesh, Progress const& progress = {});
 
 }  // namespace vellum::viewport

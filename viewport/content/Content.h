@@ -1,10 +1,10 @@
 #pragma once
 
+#include "viewport/content/LoadObserver.h"
+#include "viewport/content/Options.h"
 #include "viewport/drawing/effects/EffectSubject.h"
 #include "viewport/files/mesh/MeshData.h"
 #include "viewport/files/particles/ParticleFrame.h"
-#include "viewport/program/InfoDocument.h"
-#include "viewport/program/Options.h"
 #include "viewport/scene/ParticleLook.h"
 #include "viewport/scene/Scene.h"
 #include "viewport/text/Fault.h"
@@ -23,11 +23,10 @@ struct Content {
     std::optional<UpAxis> up;           ///< of the first file
     bool hasAnimations = false;         ///< of meshes
     bool hasTimes = false;              ///< of particles
-    std::string texts;                  ///< its description, for --info
-    InfoDocument document;              ///< the same as JSON; filled only where it is asked for
 
-    /// Reads the files of the options. Must be called before there is a context: an import copies the process.
-    static Result<Content> load(Options const& options);
+    /// Reads the files of the options. Prints nothing, and may be called on any thread, beside a context on another one.
+    /// \return the content, or the fault of the first file that cannot be read; where the observer cancels, a fault that says so
+    static Result<Content> load(Options const& options, LoadObserver& observer);
 };
 
 /// What is drawn.
@@ -36,8 +35,8 @@ struct Subject {
     ParticleLook look;
     std::optional<EffectSubject> effect;  ///< for the first picture; only with an effect
 
-    /// Makes it of the content, whose particles are used up.
-    static Result<Subject> prepare(Options const& options, Content& content);
+    /// Makes it of the content, whose particles are used up. Makes no OpenGL call; otherwise as Content::load().
+    static Result<Subject> prepare(Options const& options, Content& content, LoadObserver& observer);
 };
 
 }  // namespace vellum::viewport

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "viewport/content/PictureOptions.h"
 #include "viewport/drawing/effects/EffectSpec.h"
 #include "viewport/drawing/subjects/MeshStyle.h"
 #include "viewport/files/mesh/GuardedImport.h"
 #include "viewport/files/mesh/UpAxis.h"
-#include "viewport/program/PictureOptions.h"
 #include "viewport/scene/ParticleOptions.h"
 
 #include <optional>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "viewport/content/Options.h"
 #include "viewport/files/mesh/MeshData.h"
-#include "viewport/program/Options.h"
 
 #include <string>
 #include <vector>

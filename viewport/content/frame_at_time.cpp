@@ -1,4 +1,4 @@
-#include "viewport/program/frame_at_time.h"
+#include "viewport/content/frame_at_time.h"
 
 #include <algorithm>
 #include <cmath>

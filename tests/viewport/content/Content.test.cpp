@@ -1,4 +1,4 @@
-#include "viewport/program/Content.h"
+#include "viewport/content/Content.h"
 
 #include "tests/support/TemporaryFolder.h"
 
@@ -13,11 +13,10 @@ using testing::HasSubstr;
 
 namespace {
 
-/// What these files hold, without notes.
 Result<Content> load(std::vector<std::string> const& files, Options options = {}) {
     options.files = files;
-    options.isQuiet = true;
-    return Content::load(options);
+    LoadObserver nobody;
+    return Content::load(options, nobody);
 }
 
 /// Writes a text into a named pipe while the program reads it.

@@ -1,4 +1,4 @@
-#include "viewport/program/input_files.h"
+#include "viewport/content/input_files.h"
 
 #include "viewport/drawing/effects/EffectSpec.h"
 #include "viewport/files/common/MappedFile.h"

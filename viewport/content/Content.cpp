@@ -1,28 +1,23 @@
-#include "viewport/program/Content.h"
+#include "viewport/content/Content.h"
 
+#include "viewport/content/frame_at_time.h"
+#include "viewport/content/input_files.h"
 #include "viewport/files/FileKind.h"
 #include "viewport/files/common/InputFile.h"
+#include "viewport/files/common/Progress.h"
 #include "viewport/files/images/TextureFile.h"
 #include "viewport/files/mesh/MeshFile.h"
 #include "viewport/files/mesh/Textures.h"
 #include "viewport/files/particles/ParticleFile.h"
 #include "viewport/files/particles/ParticleSeries.h"
-#include "viewport/program/Console.h"
-#include "viewport/program/Description.h"
-#include "viewport/program/ProgressBar.h"
-#include "viewport/program/frame_at_time.h"
-#include "viewport/program/input_files.h"
 #include "viewport/scene/scalar_colors.h"
 
 #include <algorithm>
 #include <filesystem>
-#include <iostream>
 #include <memory>
 #include <optional>
 #include <system_error>
 #include <utility>
-
-#include <unistd.h>
 
 namespace vellum::viewport {
 
@@ -36,30 +31,46 @@ MeshOptions meshOptions(Options const& options) {
     return {options.time ? std::optional<double>(std::max(0.0, *options.time)) : std::nullopt};
 }
 
+/// Ends the loading where nobody wants it any more.
+void passOn(LoadObserver& observer) {
+    if (observer.isCancelled()) {
+        throw Cancelled();
+    }
+}
+
+/// What readers report about a file, passed on. Begins with nothing done.
+Progress progressOf(std::string const& file, LoadObserver& observer) {
+    Progress progress = [&observer, file](std::uint64_t done, std::uint64_t all) {
+        passOn(observer);
+        observer.progress(file, done, all);
+    };
+    progress(0, 0);
+    return progress;
+}
+
 std::optional<Fault> loadMesh(MeshFile const& source, std::string const& file, Options const& options,
-                              Content& content) {
-    Result<MeshData> mesh = source.load(options.limits, meshOptions(options));
+                              Content& content, LoadObserver& observer) {
+    Progress const progress = progressOf(file, observer);
+    Result<MeshData> mesh = source.load(options.limits, meshOptions(options), progress);
     if (!mesh.isOk()) {
         return mesh.fault();
     }
     for (std::string const& loss : mesh.value().notes) {
-        note(options, {file, loss});
+        observer.note({file, loss});
     }
     std::vector<std::string> const textures = textureFiles(source.place(), mesh.value());
     content.textures.insert(content.textures.end(), textures.begin(), textures.end());
     // An effect has colors of its own.
     if (options.texture.empty() && !options.hasEffect(content.meshes.size())) {
-        for (Fault const& missing : loadTextures(source.place(), mesh.value())) {
-            note(options, missing);
+        // Their bytes are not those of the file.
+        auto const watch = [&observer](std::uint64_t, std::uint64_t) { passOn(observer); };
+        for (Fault const& missing : loadTextures(source.place(), mesh.value(), watch)) {
+            observer.note(missing);
         }
     }
     content.up = content.up.value_or(mesh.value().up);
     content.hasAnimations = content.hasAnimations || !mesh.value().animations.empty();
-    if (options.info == InfoForm::TEXT) {
-        content.texts += describeMesh(file, mesh.value());
-    } else if (options.info == InfoForm::JSON) {
-        content.document.addMesh(file, mesh.value());
-    }
+    observer.meshRead(file, mesh.value());
     content.meshes.push_back(std::move(mesh.value()));
     return std::nullopt;
 }
@@ -67,48 +78,41 @@ std::optional<Fault> loadMesh(MeshFile const& source, std::string const& file, O
 /// \param name what is being read
 /// \param load (Progress) reads it
 template <class Load>
-std::optional<Fault> loadParticles(std::string const& name, Options const& options, Content& content,
+std::optional<Fault> loadParticles(std::string const& name, Content& content, LoadObserver& observer,
                                    Load const& load) {
-    std::optional<ProgressBar> bar;
-    bar.emplace(std::cerr, isatty(STDERR_FILENO) != 0 && !options.isQuiet, name);
-    Result<LoadedFrame> particles =
-        load([&bar](std::uint64_t done, std::uint64_t all) { bar->show(done, all); });
-    bar.reset();
+    Result<LoadedFrame> particles = load(progressOf(name, observer));
     if (!particles.isOk()) {
         return particles.fault();
     }
     LoadedFrame& loaded = particles.value();
     if (!loaded.warning.empty()) {
-        note(options, {loaded.frame.file, loaded.warning});
+        observer.note({loaded.frame.file, loaded.warning});
     }
     content.hasTimes = content.hasTimes || hasTimes(loaded);
     content.up = content.up.value_or(UpAxis::Z);
-    if (options.info == InfoForm::TEXT) {
-        content.texts += describeParticles(loaded);
-    } else if (options.info == InfoForm::JSON) {
-        content.document.addParticles(loaded);
-    }
+    observer.particlesRead(loaded);
     content.particles.push_back(std::move(loaded.frame));
     return std::nullopt;
 }
 
-std::optional<Fault> loadParticles(InputFile const& file, Options const& options, Content& content) {
+std::optional<Fault> loadParticles(InputFile const& file, Options const& options, Content& content,
+                                   LoadObserver& observer) {
     ParticleFile const particles(file, particleFormatNamed(options.format));
-    return loadParticles(file.name(), options, content, [&](Progress const& progress) {
+    return loadParticles(file.name(), content, observer, [&](Progress const& progress) {
         return options.time ? loadAtTime(particles, *options.time, progress)
                             : particles.load(options.particles.frame, progress);
     });
 }
 
 std::optional<Fault> loadSeries(std::vector<std::string> const& files, Options const& options,
-                                Content& content) {
+                                Content& content, LoadObserver& observer) {
     std::optional<ParticleSeries> const series = ParticleSeries::of(files);
     if (!series) {
         return Fault{files.empty() ? std::string() : files.front(),
                      files.size() < 2 ? "--series needs several particle files"
                                       : "is of no series: --series needs names that differ in one number"};
     }
-    return loadParticles(files.front(), options, content, [&](Progress const& progress) {
+    return loadParticles(files.front(), content, observer, [&](Progress const& progress) {
         return options.time
                    ? loadAtTime(*series, *options.time, progress, particleFormatNamed(options.format))
                    : series->load(options.particles.frame, progress, particleFormatNamed(options.format));
@@ -135,9 +139,9 @@ bool hasParticles(std::string const& path, Result<InputFile> const& file, Option
 
 /// Reads a mesh or particles; with --series particle files are only collected.
 std::optional<Fault> loadFile(std::string const& path, Options const& options, Content& content,
-                              std::vector<std::string>& particleFiles) {
+                              std::vector<std::string>& particleFiles, LoadObserver& observer) {
     // A pipe can be opened only once.
-    Result<InputFile> const file = InputFile::open(path);
+    Result<InputFile> const file = InputFile::open(path, progressOf(path, observer));
     bool const areParticles = hasParticles(path, file, options);
     if (!file.isOk() && (areParticles || isPipe(path))) {
         return file.fault();
@@ -145,8 +149,8 @@ std::optional<Fault> loadFile(std::string const& path, Options const& options, C
     if (!areParticles) {
         std::optional<std::string> const format =
             options.format.empty() ? std::nullopt : std::optional<std::string>(options.format);
-        return loadMesh(file.isOk() ? MeshFile(file.value(), format) : MeshFile(path), path, options,
-                        content);
+        return loadMesh(file.isOk() ? MeshFile(file.value(), format) : MeshFile(path), path, options, content,
+                        observer);
     }
     if (options.isSeries && file.value().isFromPipe()) {
         return Fault{path, "is a pipe, which is no file of a series"};
@@ -154,39 +158,39 @@ std::optional<Fault> loadFile(std::string const& path, Options const& options, C
     if (!file.value().isFromPipe()) {
         particleFiles.push_back(path);
     }
-    return options.isSeries ? std::nullopt : loadParticles(file.value(), options, content);
+    return options.isSeries ? std::nullopt : loadParticles(file.value(), options, content, observer);
 }
 
-}  // namespace
-
-Result<Content> Content::load(Options const& options) {
+Result<Content> loadAll(Options const& options, LoadObserver& observer) {
     Content content;
     std::vector<std::string> particleFiles;
     for (std::string const& file : options.files) {
-        if (std::optional<Fault> fault = loadFile(file, options, content, particleFiles)) {
+        if (std::optional<Fault> fault = loadFile(file, options, content, particleFiles, observer)) {
             return *fault;
         }
     }
     if (options.isSeries) {
-        if (std::optional<Fault> fault = loadSeries(particleFiles, options, content)) {
+        if (std::optional<Fault> fault = loadSeries(particleFiles, options, content, observer)) {
             return *fault;
         }
     } else if (particleFiles.size() >= FEWEST_OF_A_SERIES && isSeries(particleFiles)) {
-        note(options,
-             {"", "the files look like a series and are shown together; --series shows one frame of it"});
+        observer.note(
+            {"", "the files look like a series and are shown together; --series shows one frame of it"});
     }
     return content;
 }
 
-Result<Subject> Subject::prepare(Options const& options, Content& content) {
+Result<Subject> prepareAll(Options const& options, Content& content, LoadObserver& observer) {
     std::shared_ptr<VL_Image const> texture;
     if (!options.texture.empty()) {
-        Result<std::shared_ptr<VL_Image const>> const picture = readTexture(options.texture);
+        Result<std::shared_ptr<VL_Image const>> const picture =
+            readTexture(options.texture, progressOf(options.texture, observer));
         if (!picture.isOk()) {
             return picture.fault();
         }
         texture = picture.value();
     }
+    passOn(observer);
     // Nothing is colored by values that something else covers.
     bool const areCovered = texture != nullptr || options.mesh.color || options.effect;
     Result<ParticleLook> look = areCovered
@@ -196,12 +200,15 @@ Result<Subject> Subject::prepare(Options const& options, Content& content) {
         return look.fault();
     }
     for (Fault const& loss : look.value().notes) {
-        note(options, loss);
+        observer.note(loss);
     }
+    passOn(observer);
     colorMeshes(content.meshes, look.value());
+    passOn(observer);
     Scene scene(content.meshes, texture, std::move(content.particles), look.value(),
                 options.mesh.importPreview ? Scene::Imports::KEPT : Scene::Imports::DROPPED,
                 options.up ? options.up : content.up);
+    passOn(observer);
     Subject subject{std::move(scene), std::move(look.value()), std::nullopt};
     if (options.effect) {
         Result<EffectSubject> effect = EffectSubject::prepare(*options.effect, content.meshes, subject.scene,
@@ -211,7 +218,30 @@ Result<Subject> Subject::prepare(Options const& options, Content& content) {
         }
         subject.effect = std::move(effect.value());
     }
+    passOn(observer);
     return subject;
+}
+
+Fault cancelled() {
+    return {"", "the loading was cancelled", true};
+}
+
+}  // namespace
+
+Result<Content> Content::load(Options const& options, LoadObserver& observer) {
+    try {
+        return loadAll(options, observer);
+    } catch (Cancelled const&) {
+        return cancelled();
+    }
+}
+
+Result<Subject> Subject::prepare(Options const& options, Content& content, LoadObserver& observer) {
+    try {
+        return prepareAll(options, content, observer);
+    } catch (Cancelled const&) {
+        return cancelled();
+    }
 }
 
 }  // namespace vellum::viewport
