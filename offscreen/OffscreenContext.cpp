@@ -171,6 +171,12 @@ struct OffscreenContext::State {
     int samples = 0;
     bool reportsErrors = false;
     std::vector<std::string> errors;
+    bool isDisplayShared = false;  // with other contexts of this class, the last of which ends it
+
+    // What was current before; only beside another context.
+    EGLContext formerContext = EGL_NO_CONTEXT;
+    EGLSurface formerDrawn = EGL_NO_SURFACE;
+    EGLSurface formerRead = EGL_NO_SURFACE;
 
     State() = default;
     State(State const&) = delete;
@@ -183,6 +189,7 @@ struct OffscreenContext::State {
 
     void close();
     bool makeCurrent();
+    bool makeFormerCurrent();
 
 private:
     std::string _create(Settings const& settings);
@@ -199,7 +206,9 @@ private:
 };
 
 std::string OffscreenContext::State::open(EGLDisplay candidate, Settings const& settings) {
-    if (!DisplayUsers::enter(candidate)) {
+    // The display of a window is that of the window system's library, which ends it.
+    isDisplayShared = !settings.isBesideCurrent;
+    if (isDisplayShared && !DisplayUsers::enter(candidate)) {
         return NO_DRIVER;
     }
     display = candidate;
@@ -245,12 +254,17 @@ std::string OffscreenContext::State::_chooseConfig(Settings const& settings) {
 std::string OffscreenContext::State::_createContext(Settings const& settings) {
     // Without attributes the driver gives its newest compatibility profile. A driver that knows no debug
     // context may still report errors in a plain one.
+    if (settings.isBesideCurrent) {
+        formerContext = eglGetCurrentContext();
+        formerDrawn = eglGetCurrentSurface(EGL_DRAW);
+        formerRead = eglGetCurrentSurface(EGL_READ);
+    }
     EGLint const debug[] = {EGL_CONTEXT_OPENGL_DEBUG, EGL_TRUE, EGL_NONE};
     if (settings.debug) {
-        context = eglCreateContext(display, config, EGL_NO_CONTEXT, debug);
+        context = eglCreateContext(display, config, formerContext, debug);
     }
     if (context == EGL_NO_CONTEXT) {
-        context = eglCreateContext(display, config, EGL_NO_CONTEXT, nullptr);
+        context = eglCreateContext(display, config, formerContext, nullptr);
     }
     return context != EGL_NO_CONTEXT ? "" : "the driver makes no OpenGL context";
 }
@@ -309,13 +323,18 @@ bool OffscreenContext::State::makeCurrent() {
     return eglBindAPI(EGL_OPENGL_API) && eglMakeCurrent(display, surface, surface, context);
 }
 
+bool OffscreenContext::State::makeFormerCurrent() {
+    return formerContext != EGL_NO_CONTEXT && eglBindAPI(EGL_OPENGL_API) &&
+           eglMakeCurrent(display, formerDrawn, formerRead, formerContext);
+}
+
 void OffscreenContext::State::close() {
     if (display == EGL_NO_DISPLAY) {
         return;
     }
     if (context != EGL_NO_CONTEXT) {
         eglBindAPI(EGL_OPENGL_API);
-        if (eglGetCurrentContext() == context) {
+        if (eglGetCurrentContext() == context && !makeFormerCurrent()) {
             eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
         }
         eglDestroyContext(display, context);
@@ -323,7 +342,9 @@ void OffscreenContext::State::close() {
     if (surface != EGL_NO_SURFACE) {
         eglDestroySurface(display, surface);
     }
-    DisplayUsers::leave(display);
+    if (isDisplayShared) {
+        DisplayUsers::leave(display);
+    }
 
     display = EGL_NO_DISPLAY;
     context = EGL_NO_CONTEXT;
@@ -338,8 +359,13 @@ OffscreenContext::OffscreenContext(Settings const& settings) : settings(settings
         return;
     }
 
+    if (settings.isBesideCurrent && eglGetCurrentContext() == EGL_NO_CONTEXT) {
+        failure = "No OpenGL context: there is none that it could be beside.";
+        return;
+    }
     std::string reasons;
-    for (EGLDisplay display : candidateDisplays()) {
+    for (EGLDisplay display :
+         settings.isBesideCurrent ? std::vector<EGLDisplay>{eglGetCurrentDisplay()} : candidateDisplays()) {
         auto state = std::make_unique<State>();
         std::string lack = state->open(display, settings);
         if (lack.empty()) {
@@ -378,6 +404,10 @@ int OffscreenContext::samples() const {
 
 bool OffscreenContext::makeCurrent() {
     return native && native->makeCurrent();
+}
+
+bool OffscreenContext::makeFormerCurrent() {
+    return native && native->makeFormerCurrent();
 }
 
 std::vector<unsigned char> OffscreenContext::readPixels() const {

@@ -17,7 +17,7 @@ namespace vellum {
 ///     write(context.readPixels());
 ///
 /// It is current in the constructing thread from construction to destruction, unless another context is made
-/// current. Not for drawing into a window.
+/// current. Not for drawing into a window, but for pictures of what a window shows: Settings::isBesideCurrent.
 class OffscreenContext {
 public:
     struct Settings {
@@ -27,6 +27,10 @@ public:
 
         /// Ask the driver to report errors at the call that raises them, see takeErrors().
         bool debug = false;
+
+        /// Share textures, buffers and programs with the EGL context that is current at construction, as of a window, and
+        /// make that one current again in the end. Without such a context none is made.
+        bool isBesideCurrent = false;
     };
 
     /// Makes the context and makes it current. On failure isValid() is false and error() says why; nothing is
@@ -49,6 +53,10 @@ public:
     /// Makes it current in the calling thread (it must be current in no other one). False when the driver
     /// refuses.
     bool makeCurrent();
+
+    /// Makes current again what was current at construction, as for Settings::isBesideCurrent. False when the driver
+    /// refuses, and where nothing was.
+    bool makeFormerCurrent();
 
     /// What was drawn: width * height * 4 bytes, red green blue alpha, top row first. Waits for the drawing.
     /// The context must be current.

@@ -43,6 +43,11 @@ struct Options {
     /// Whether a mesh, counted from 0, is drawn with the effect.
     bool hasEffect(std::size_t mesh) const { return effect && effect->covers(mesh); }
 
+    /// Whether nothing is asked for that could be done without a window.
+    bool opensWindow() const {
+        return info == InfoForm::NONE && pictures.size() == 1 && pictures.front().out.empty() && !pictures.front().pick;
+    }
+
     /// Whether the effect draws a sea of its own.
     bool hasOwnSea() const {
         return files.empty() && effect && std::holds_alternative<OceanEffect>(effect->values);

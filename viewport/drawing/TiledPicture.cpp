@@ -6,8 +6,7 @@
 
 namespace vellum::viewport {
 
-/// Of a color c with the opacity a, c a is seen over black, and
-/// over white 1 - a more.
+/// Of a color c with the opacity a, c a is seen over black, and over white 1 - a more.
 void removeBackground(Picture& overBlack, Picture const& overWhite) {
     for (std::size_t i = 0; i + 3 < overBlack.pixels.size(); i += 4) {
         unsigned char* const pixel = overBlack.pixels.data() + i;
@@ -42,15 +41,15 @@ void TiledPicture::_forEachTile(Draw const& draw) const {
     }
 }
 
-Result<Picture> TiledPicture::draw(Viewer& viewer, Core_RL& layer, PixelBuffer& buffer) const {
+Result<Picture> TiledPicture::draw(Viewer& viewer, Core_RL& layer, OffscreenContext& context) const {
     Background const background = viewer.background();
     if (!background.isTransparent) {
-        return _drawOpaque(viewer, layer, buffer);
+        return _drawOpaque(viewer, layer, context);
     }
     viewer.setBackground(Background::of({0, 0, 0, 1}));
-    Result<Picture> overBlack = _drawOpaque(viewer, layer, buffer);
+    Result<Picture> overBlack = _drawOpaque(viewer, layer, context);
     viewer.setBackground(Background::of({1, 1, 1, 1}));
-    Result<Picture> const overWhite = _drawOpaque(viewer, layer, buffer);
+    Result<Picture> const overWhite = _drawOpaque(viewer, layer, context);
     viewer.setBackground(background);
     if (!overBlack.isOk() || !overWhite.isOk()) {
         return overBlack.isOk() ? overWhite : overBlack;
@@ -59,21 +58,19 @@ Result<Picture> TiledPicture::draw(Viewer& viewer, Core_RL& layer, PixelBuffer& 
     return overBlack;
 }
 
-Result<Picture> TiledPicture::_drawOpaque(Viewer& viewer, Core_RL& layer, PixelBuffer& buffer) const {
+Result<Picture> TiledPicture::_drawOpaque(Viewer& viewer, Core_RL& layer, OffscreenContext& context) const {
     Picture picture;
     picture.width = size.width;
     picture.height = size.height;
     picture.pixels.resize(4 * static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height));
     bool hasFailed = false;
-    buffer.begin();
     _forEachTile([&](int left, int top) {
         viewer.draw(size, _regionOfTile(left, top), tiling.samplesPerSide);
         _shrinkInto(picture, left, top,
-                    {buffer.readPixels(), static_cast<std::size_t>(buffer.width()),
-                     static_cast<std::size_t>(buffer.height() - tiling.bufferHeight())});
+                    {context.readPixels(), static_cast<std::size_t>(context.width()),
+                     static_cast<std::size_t>(context.height() - tiling.bufferHeight())});
         hasFailed = layer.getError("TiledPicture::draw", __LINE__) || hasFailed;
     });
-    buffer.end();
     if (hasFailed) {
         return Fault{"", "cannot be drawn: OpenGL reports an error"};
     }
@@ -81,18 +78,19 @@ Result<Picture> TiledPicture::_drawOpaque(Viewer& viewer, Core_RL& layer, PixelB
     return picture;
 }
 
-std::vector<float> TiledPicture::drawDepths(Viewer& viewer, PixelBuffer& buffer) const {
+std::vector<float> TiledPicture::drawDepths(Viewer& viewer) const {
     std::vector<float> distances(static_cast<std::size_t>(size.width) *
                                  static_cast<std::size_t>(size.height));
     auto const bufferWidth = static_cast<std::size_t>(tiling.bufferWidth());
     auto const bufferHeight = static_cast<std::size_t>(tiling.bufferHeight());
     std::vector<float> depths(bufferWidth * bufferHeight);
-    buffer.begin();
     auto const side = static_cast<std::size_t>(tiling.samplesPerSide);
     auto const margin = static_cast<std::size_t>(tiling.margin);
     _forEachTile([&](int left, int top) {
         viewer.drawDepths(size, _regionOfTile(left, top), tiling.samplesPerSide);
-        buffer.readDepths(tiling.bufferWidth(), tiling.bufferHeight(), depths.data());
+        glPixelStorei(GL_PACK_ALIGNMENT, 4);
+        glReadPixels(0, 0, tiling.bufferWidth(), tiling.bufferHeight(), GL_DEPTH_COMPONENT, GL_FLOAT,
+                     depths.data());
         auto const width = static_cast<std::size_t>(std::min(tiling.width, size.width - left));
         auto const height = static_cast<std::size_t>(std::min(tiling.height, size.height - top));
         for (std::size_t y = 0; y < height; ++y) {
@@ -110,7 +108,6 @@ std::vector<float> TiledPicture::drawDepths(Viewer& viewer, PixelBuffer& buffer)
             }
         }
     });
-    buffer.end();
     return distances;
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "offscreen/OffscreenContext.h"
-#include "viewport/drawing/PixelBuffer.h"
 #include "viewport/drawing/Tiling.h"
 #include "viewport/drawing/Viewer.h"
 #include "viewport/drawing/view/PictureSize.h"
@@ -13,16 +12,16 @@
 
 namespace vellum::viewport {
 
-/// A picture that a viewer draws tile by tile and that is read back, so that it can be larger than any buffer of the
+/// A picture that a viewer draws off-screen, tile by tile, so that it can be larger than any buffer of the
 /// driver.
 ///
 ///     TiledPicture const tiled(size, Tiling::of(size));
 ///     OffscreenContext context(tiled.contextSettings());
 ///     ... initialize GLEW, make layer and viewer ...
-///     ContextBuffer buffer(context);
-///     Result<Picture> const picture = tiled.draw(viewer, *layer, buffer);
+///     Result<Picture> const picture = tiled.draw(viewer, *layer, context);
 ///
-/// Beside a window a FramebufferObject takes the place of the context's buffer; the pixels are the same.
+/// Of the classes that draw, this one alone knows an off-screen context; a window calls Viewer::draw()
+/// itself.
 class TiledPicture {
 public:
     TiledPicture(PictureSize const& size, Tiling const& tiling) : size(size), tiling(tiling) {}
@@ -30,15 +29,15 @@ public:
     /// The buffer that draw() requires: as large as a tile with its margins and samples.
     OffscreenContext::Settings contextSettings() const;
 
-    /// Draws the whole picture. A fault, without a file's name, when OpenGL reports an error. The buffer may be
-    /// larger than contextSettings() asks for.
+    /// Draws the whole picture. A fault, without a file's name, when OpenGL reports an error. The context may
+    /// be larger than contextSettings() asks for.
     ///
     /// A picture with a transparent background is drawn over black and over white: the difference is what
     /// shines through. The blending of OpenGL would leave opacities that are none.
-    Result<Picture> draw(Viewer& viewer, Core_RL& layer, PixelBuffer& buffer) const;
+    Result<Picture> draw(Viewer& viewer, Core_RL& layer, OffscreenContext& context) const;
 
     /// The distances of what the pixels show, see Picture::depths: of each pixel the nearest sample.
-    std::vector<float> drawDepths(Viewer& viewer, PixelBuffer& buffer) const;
+    std::vector<float> drawDepths(Viewer& viewer) const;
 
 private:
     /// What a buffer holds, the top row first.
@@ -49,7 +48,7 @@ private:
     };
 
     Region _regionOfTile(int left, int top) const;
-    Result<Picture> _drawOpaque(Viewer& viewer, Core_RL& layer, PixelBuffer& buffer) const;
+    Result<Picture> _drawOpaque(Viewer& viewer, Core_RL& layer, OffscreenContext& context) const;
     void _shrinkInto(Picture& picture, int left, int top, Samples const& samples) const;
     template <class Draw>
     void _forEachTile(Draw const& draw) const;

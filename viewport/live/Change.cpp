@@ -1,5 +1,7 @@
 #include "viewport/live/Change.h"
 
+#include "viewport/drawing/effects/EffectParameter.h"
+
 #include <algorithm>
 #include <tuple>
 

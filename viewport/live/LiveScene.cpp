@@ -1,6 +1,5 @@
 #include "viewport/live/LiveScene.h"
 
-#include "viewport/drawing/PixelBuffer.h"
 #include "viewport/drawing/TiledPicture.h"
 
 #include <algorithm>
@@ -98,15 +97,23 @@ std::optional<Picture> LiveScene::labels(PictureSize const& size) {
 
 Result<Picture> LiveScene::picture(PictureSize const& size) {
     TiledPicture const tiled(size, asked.effect ? Tiling::ofOneTile(size) : Tiling::of(size));
-    OffscreenContext::Settings const settings = tiled.contextSettings();
-    std::unique_ptr<FramebufferObject> const buffer = FramebufferObject::make(settings.width, settings.height);
-    if (buffer == nullptr) {
-        return Fault{"", "OpenGL here has no buffer for a picture of " + std::to_string(size.width) + "x" +
-                             std::to_string(size.height)};
+    OffscreenContext::Settings settings = tiled.contextSettings();
+    settings.isBesideCurrent = true;
+    if (beside == nullptr || beside->width() < settings.width || beside->height() < settings.height) {
+        beside.reset();
+        beside = std::make_unique<OffscreenContext>(settings);
+    } else if (!beside->makeCurrent()) {
+        return Fault{"", "OpenGL refuses to draw a picture"};
+    }
+    if (!beside->isValid()) {
+        return Fault{"", std::exchange(beside, nullptr)->error()};
     }
     viewer->setDetail(1);
-    Result<Picture> picture = tiled.draw(*viewer, layer, *buffer);
+    Result<Picture> picture = tiled.draw(*viewer, layer, *beside);
     viewer->setDetail(drawnPart);
+    if (!beside->makeFormerCurrent()) {
+        return Fault{"", "OpenGL refuses to draw into the window again"};
+    }
     return picture;
 }
 

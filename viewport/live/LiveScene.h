@@ -1,5 +1,6 @@
 #pragma once
 
+#include "offscreen/OffscreenContext.h"
 #include "toolkit/Layer.h"
 #include "viewport/content/Content.h"
 #include "viewport/content/Options.h"
@@ -82,6 +83,7 @@ private:
     Presentation presentation;
     std::unique_ptr<Viewer> viewer;
     CameraSpec cameraSpec;
+    std::unique_ptr<OffscreenContext> beside;  // for pictures; null: none has been drawn yet
     double budget = 0.06;   // seconds
     double drawnPart = 1;   // of the particles
 };

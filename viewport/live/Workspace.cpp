@@ -6,8 +6,11 @@
 
 namespace vellum::viewport {
 
-Workspace::Workspace(Options const& options)
-    : renderLayer(std::make_unique<toolkit::Layer>()), shown(options), wanted(options) {
+Workspace::Workspace(Options const& options, std::function<void()> wake)
+    : renderLayer(std::make_unique<toolkit::Layer>())
+    , shown(options)
+    , wanted(options)
+    , loader(std::move(wake)) {
     if (!wanted.files.empty() || wanted.hasOwnSea()) {
         _load(wanted, nullptr);
     }
@@ -16,7 +19,7 @@ Workspace::Workspace(Options const& options)
 void Workspace::apply(Options const& options) {
     Change const change = changeBetween(wanted, options);
     wanted = options;
-    if (change >= Change::SUBJECT || loader.isBusy() || live == nullptr) {
+    if (change >= Change::SUBJECT || loader.isLoading() || live == nullptr) {
         _load(wanted, change == Change::FILES || content == nullptr ? nullptr : content);
         return;
     }
@@ -77,7 +80,7 @@ bool Workspace::update(double aspect) {
 }
 
 bool Workspace::_takeOver(LoadOutcome outcome, double aspect) {
-    if (outcome.fault || !outcome.subject) {
+    if (!outcome.loaded) {
         lastFault = outcome.fault;
         wanted = shown;
         return true;
@@ -88,13 +91,13 @@ bool Workspace::_takeOver(LoadOutcome outcome, double aspect) {
     std::unique_ptr<LiveScene> former = std::move(live);
     former.reset();
     Result<std::unique_ptr<LiveScene>> made =
-        LiveScene::make(*renderLayer, options, std::move(*outcome.subject), aspect);
+        LiveScene::make(*renderLayer, options, std::move(outcome.loaded->subject), aspect);
     if (!made.isOk()) {
         lastFault = made.fault();
         return true;
     }
     live = std::move(made.value());
-    content = outcome.content;
+    content = std::move(outcome.loaded->content);
     shown = options;
     notesOfScene = std::move(outcome.notes);
     for (Fault const& what : live->takeNotes()) {

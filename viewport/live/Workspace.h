@@ -9,6 +9,7 @@
 #include "viewport/loading/Loader.h"
 #include "viewport/text/Fault.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -31,7 +32,8 @@ namespace vellum::viewport {
 /// Files are read on another thread. What was open stays until what replaces it is there; a fault leaves it as it was.
 class Workspace {
 public:
-    explicit Workspace(Options const& options);
+    /// \param wake ends a wait of the owner; called on any thread
+    Workspace(Options const& options, std::function<void()> wake);
 
     /// What is shown, or will be shown as soon as it is loaded.
     Options const& options() const { return wanted; }
@@ -57,7 +59,7 @@ public:
 
     /// Stops loading; what was open stays.
     void cancelLoading();
-    bool isLoading() const { return loader.isBusy(); }
+    bool isLoading() const { return loader.isLoading(); }
     LoadProgress progress() const { return loader.progress(); }
 
     LiveScene* scene() { return live.get(); }  ///< Null as long as nothing is open.

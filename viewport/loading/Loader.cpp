@@ -12,6 +12,7 @@ namespace vellum::viewport {
 /// One loading, which its thread and the loader share.
 struct Loader::Job {
     Options options;
+    std::shared_ptr<Content const> content;  // null: it is to be read
     std::atomic<bool> isCancelled{false};
 
     std::mutex mutex;  // of the next three
@@ -56,9 +57,10 @@ Loader::~Loader() {
     }
 }
 
-void Loader::start(Options const& options) {
+void Loader::start(Options const& options, std::shared_ptr<Content const> kept) {
     auto const next = std::make_shared<Job>();
     next->options = options;
+    next->content = std::move(kept);
     std::lock_guard<std::mutex> const lock(mutex);
     if (job) {
         job->isCancelled = true;
@@ -144,17 +146,24 @@ void Loader::_load(Job& job) {
     std::optional<Fault> fault;
     try {
         JobObserver observer(job);
-        Result<Content> content = Content::load(job.options, observer);
-        if (content.isOk()) {
-            Result<Subject> subject = Subject::prepare(job.options, content.value(), observer);
+        if (!job.content) {
+            Result<Content> content = Content::load(job.options, observer);
+            if (content.isOk()) {
+                job.content = std::make_shared<Content const>(std::move(content.value()));
+            } else {
+                fault = content.fault();
+            }
+        }
+        if (job.content) {
+            // A subject uses up what it is made of.
+            Content copy = *job.content;
+            Result<Subject> subject = Subject::prepare(job.options, copy, observer);
             if (subject.isOk()) {
-                job.outcome.loaded.emplace(LoadedContent{std::move(job.options), std::move(content.value()),
+                job.outcome.loaded.emplace(LoadedContent{std::move(job.options), std::move(job.content),
                                                          std::move(subject.value())});
                 return;
             }
             fault = subject.fault();
-        } else {
-            fault = content.fault();
         }
     } catch (std::bad_alloc const&) {
         fault = Fault{"", "there is not enough memory"};

@@ -14,10 +14,10 @@
 
 namespace vellum::viewport {
 
-/// Content that is ready to be drawn. Its particles have gone into the subject.
+/// Content that is ready to be drawn.
 struct LoadedContent {
-    Options options;  ///< it was made with
-    Content content;
+    Options options;                         ///< it was made with
+    std::shared_ptr<Content const> content;  ///< whole, so that another subject can be made of it
     Subject subject;
 };
 
@@ -58,7 +58,8 @@ public:
 
     /// Begins to load. What was loading before is cancelled and gives no outcome. Two loadings never run at once: the new one
     /// begins once the thread of the one before has ended.
-    void start(Options const& options);
+    /// \param kept what the files of the options hold, if that is known; null: they are read
+    void start(Options const& options, std::shared_ptr<Content const> kept = nullptr);
 
     /// The outcome, once for each loading, or nothing as long as there is none.
     std::optional<LoadOutcome> poll();

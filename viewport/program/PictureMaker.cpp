@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <iostream>
-#include <iterator>
 #include <utility>
 
 namespace vellum::viewport {
@@ -36,100 +35,52 @@ OffscreenContext::Settings PictureMaker::contextSettings(Options const& options)
     return largest;
 }
 
-ViewStyle PictureMaker::styleOf(Options const& options, PictureOptions const& picture,
-                                Subject const& subject) {
-    return {options.mesh,       ParticleStyle::of(subject.look, options.particles),
-            picture.camera,     picture.gizmo,
-            picture.background, picture.explanations,
-            picture.light,      options.particles.clip};
-}
-
 std::optional<Failure> PictureMaker::begin() {
     renderLayer = std::make_unique<toolkit::Layer>();
-    renderLayer->assumeFreeGpuMemory(options.gpuMemory);
-    if (options.effect) {
-        if (std::optional<Fault> const lack =
-                EffectRenderer::firstLack(*renderLayer, options.effect->values)) {
-            return Failure{NO_OPENGL, *lack};
-        }
-    }
-    ParticleMode& mode = subject.look.mode;
-    bool const needsGeometry = mode == ParticleMode::SPHERES || mode == ParticleMode::ARROWS;
-    if (!subject.scene.clouds().empty() && needsGeometry && !toolkit::hasGeometryStages(*renderLayer)) {
-        note(options, {"", "OpenGL here has no geometry stages for spheres and arrows; drawn as points"});
-        mode = ParticleMode::POINTS;
-    }
-    return _prepareEffect(options.pictures.front());
+    presentation = std::make_unique<Presentation>(*renderLayer, options, subject);
+    return _prepare(options.pictures.front());
 }
 
 std::optional<Failure> PictureMaker::make(PictureOptions const& picture) {
-    if (std::optional<Failure> failure = _prepareEffect(picture)) {
+    if (std::optional<Failure> failure = _prepare(picture)) {
         return failure;
     }
-    Viewer viewer(*renderLayer, subject.scene, styleOf(options, picture, subject), effect.get());
-    if (std::optional<Fault> const fault = viewer.cameraFault(picture.size)) {
+    std::unique_ptr<Viewer> const viewer = presentation->viewer(picture);
+    if (std::optional<Fault> const fault = viewer->cameraFault(picture.size)) {
         return Failure{USAGE_FAULT, *fault};
     }
     if (picture.pick) {
-        std::cout << lineOf(viewer.pick(picture.size, *picture.pick)) << '\n';
+        std::cout << lineOf(viewer->pick(picture.size, *picture.pick)) << '\n';
     }
     if (std::optional<Failure> failure = flushOutput()) {
         return failure;
     }
-    return picture.out.empty() ? std::nullopt : _write(picture, viewer);
+    return picture.out.empty() ? std::nullopt : _write(picture, *viewer);
 }
 
-/// Only the sea without files depends on the picture: on its shape.
-std::optional<Failure> PictureMaker::_prepareEffect(PictureOptions const& picture) {
-    double const aspect = picture.size.aspect();
-    if (!options.effect || (effect != nullptr && (aspect == effectAspect || !options.hasOwnSea()))) {
+std::optional<Failure> PictureMaker::_prepare(PictureOptions const& picture) {
+    std::optional<Presentation::Lack> const lack = presentation->prepare(picture.size.aspect());
+    for (Fault const& what : presentation->takeNotes()) {
+        note(options, what);
+    }
+    if (!lack) {
         return std::nullopt;
     }
-    if (!subject.effect) {
-        Result<EffectSubject> prepared = EffectSubject::prepare(*options.effect, {}, subject.scene, aspect);
-        if (!prepared.isOk()) {
-            return Failure{FILE_FAULT, prepared.fault()};
-        }
-        subject.effect = std::move(prepared.value());
+    for (Fault const& words : lack->words) {
+        std::cerr << "vl_viewport: " << words.line() << std::endl;
     }
-    bool const isFirst = effect == nullptr;
-    effect.reset();
-    effect = std::make_unique<EffectRenderer>(*renderLayer, *options.effect, options.mesh,
-                                              std::move(*subject.effect));
-    subject.effect.reset();
-    effectAspect = aspect;
-    if (std::optional<Failure> failure = _stageFailure()) {
-        return failure;
-    }
-    for (Fault const& what : effect->notes()) {
-        if (isFirst) {
-            note(options, what);
-        }
-    }
-    return std::nullopt;
-}
-
-std::optional<Failure> PictureMaker::_stageFailure() const {
-    std::vector<Fault> const faults = effect->stageFaults();
-    if (faults.empty()) {
-        return std::nullopt;
-    }
-    // The driver's words belong to the fault.
-    std::for_each(faults.begin(), std::prev(faults.end()),
-                  [](Fault const& line) { std::cerr << "vl_viewport: " << line.line() << std::endl; });
-    return Failure{FILE_FAULT, faults.back()};
+    return Failure{lack->isOfOpenGL ? NO_OPENGL : FILE_FAULT, lack->fault};
 }
 
 std::optional<Failure> PictureMaker::_write(PictureOptions const& picture, Viewer& viewer) {
     TiledPicture const tiled = tiledPicture(options, picture.size);
-    ContextBuffer buffer(context);
-    Result<Picture> drawn = tiled.draw(viewer, *renderLayer, buffer);
+    Result<Picture> drawn = tiled.draw(viewer, *renderLayer, context);
     if (!drawn.isOk()) {
         return Failure{FILE_FAULT, {picture.out, drawn.fault().message}};
     }
     PictureFormat const format = pictureFormatOf(picture.out).value_or(PictureFormat::PNG);
     if (format == PictureFormat::EXR) {
-        drawn.value().depths = tiled.drawDepths(viewer, buffer);
+        drawn.value().depths = tiled.drawDepths(viewer);
     }
     std::optional<Fault> const fault =
         drawn.value().save(picture.out, format, picture.quality.value_or(Picture::STANDARD_QUALITY));

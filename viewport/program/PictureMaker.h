@@ -5,8 +5,8 @@
 #include "viewport/content/Content.h"
 #include "viewport/content/Options.h"
 #include "viewport/drawing/TiledPicture.h"
-#include "viewport/drawing/ViewStyle.h"
-#include "viewport/drawing/effects/EffectRenderer.h"
+#include "viewport/drawing/Viewer.h"
+#include "viewport/live/Presentation.h"
 #include "viewport/program/Console.h"
 
 #include <memory>
@@ -30,9 +30,6 @@ public:
     /// A buffer for the largest of the pictures.
     static OffscreenContext::Settings contextSettings(Options const& options);
 
-    /// How a picture shows the subject.
-    static ViewStyle styleOf(Options const& options, PictureOptions const& picture, Subject const& subject);
-
     /// Prepares what all pictures share. A failure where the driver lacks what is needed, or the stages of an effect have faults.
     std::optional<Failure> begin();
 
@@ -42,16 +39,14 @@ public:
     toolkit::Layer& layer() { return *renderLayer; }
 
 private:
-    std::optional<Failure> _prepareEffect(PictureOptions const& picture);
-    std::optional<Failure> _stageFailure() const;
+    std::optional<Failure> _prepare(PictureOptions const& picture);
     std::optional<Failure> _write(PictureOptions const& picture, Viewer& viewer);
 
     Options const& options;
     Subject& subject;
     OffscreenContext& context;
     std::unique_ptr<toolkit::Layer> renderLayer;
-    std::unique_ptr<EffectRenderer> effect;
-    double effectAspect = 0;  // of the pictures that it was prepared for
+    std::unique_ptr<Presentation> presentation;
 };
 
 }  // namespace vellum::viewport

@@ -11,6 +11,7 @@
 #include "viewport/program/Description.h"
 #include "viewport/program/PictureMaker.h"
 #include "viewport/program/idle_options.h"
+#include "viewport/program/open_window.h"
 #include "viewport/program/standard_streams.h"
 #include "viewport/text/single_line.h"
 
@@ -83,7 +84,7 @@ void describePictures(Options const& options, Subject const& subject, ConsoleObs
         std::string camera;
         if (!options.hasOwnSea()) {
             ViewLayout const layout = ViewLayout::of(
-                subject.scene, PictureMaker::styleOf(options, picture, subject), nullptr, picture.size);
+                subject.scene, Presentation::styleOf(options, picture, subject), nullptr, picture.size);
             camera = layout.fault ? std::string() : layout.camera.options();
         }
         if (options.info == InfoForm::JSON) {
@@ -121,6 +122,9 @@ std::optional<Failure> endWithout(Options const& options, ConsoleObserver& obser
 }
 
 std::optional<Failure> run(Options const& options) {
+    if (options.opensWindow()) {
+        return openWindow(options);
+    }
     if (std::optional<Failure> failure = outputFailure(options)) {
         return failure;
     }

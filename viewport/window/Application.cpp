@@ -38,7 +38,7 @@ std::string titleOf(Options const& options) {
 }  // namespace
 
 Application::Application(Window& window, Options const& options)
-    : window(window), interface(window), workspace(options), lastChange(Clock::now()) {
+    : window(window), interface(window), workspace(options, Window::wake), lastChange(Clock::now()) {
     window.setTitle(titleOf(options));
 }
 

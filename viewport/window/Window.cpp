@@ -35,6 +35,8 @@ Result<std::unique_ptr<Window>> Window::open(std::string const& title, PictureSi
     glfwWindowHint(GLFW_DEPTH_BITS, 24);
     glfwWindowHint(GLFW_STENCIL_BITS, 8);
     glfwWindowHint(GLFW_SAMPLES, 0);
+    // On X11 too: pictures are drawn by a context beside it that shares its buffers.
+    glfwWindowHint(GLFW_CONTEXT_CREATION_API, GLFW_EGL_CONTEXT_API);
     glfwWindowHint(GLFW_SCALE_TO_MONITOR, GLFW_TRUE);
     glfwWindowHintString(GLFW_X11_CLASS_NAME, "vl_viewport");
     glfwWindowHintString(GLFW_X11_INSTANCE_NAME, "vl_viewport");

@@ -143,8 +143,7 @@ protected:
     ViewStyle style() const { return {{}, ParticleStyle::of(look, options), camera, Gizmo::NONE}; }
 
     Result<Picture> drawTiles(Viewer& viewer, Tiling const& tiling) {
-        ContextBuffer buffer(context());
-        return TiledPicture(size, tiling).draw(viewer, *layer, buffer);
+        return TiledPicture(size, tiling).draw(viewer, *layer, context());
     }
 
     std::string pick(Viewer& viewer, viewport::Pixel const& pixel) const {

@@ -2,7 +2,6 @@
 
 #include "Core_RL_GL.h"
 #include "tests/gl_spy/GlTest.h"
-#include "viewport/drawing/layer/GlewStart.h"
 
 #include <gmock/gmock.h>
 
@@ -70,8 +69,7 @@ protected:
 
     Picture draw(Tiling const& tiling = oneTile) {
         Viewer viewer(*layer, scene, style);
-        ContextBuffer buffer(context());
-        Result<Picture> picture = TiledPicture(size, tiling).draw(viewer, *layer, buffer);
+        Result<Picture> picture = TiledPicture(size, tiling).draw(viewer, *layer, context());
         EXPECT_TRUE(picture.isOk());
         return picture.isOk() ? picture.value() : Picture{};
     }
@@ -573,8 +571,7 @@ TEST_F(Viewer_gl_test, depthsAreThoseOfTheModelInUnitsOfTheFile) {
         style.camera.position = {0, 0, 11};
         style.camera.focus = {0, 0, 0};
         Viewer viewer(*layer, scene, style);
-        ContextBuffer buffer(context());
-        std::vector<float> const depths = TiledPicture(size, oneTile).drawDepths(viewer, buffer);
+        std::vector<float> const depths = TiledPicture(size, oneTile).drawDepths(viewer);
         ASSERT_EQ(depths.size(), 112U * 112U);
         // The cube's face toward the eye is 10 away; its neighbors are sides, or behind.
         EXPECT_NEAR(depths[56 * 112 + 56], 10, 0.01);
@@ -591,35 +588,6 @@ TEST_F(Viewer_gl_test, aLargerContextDrawsTheSamePicture) {
     EXPECT_LT(compare(draw(smallTile), whole).mean, 0.5);
 }
 
-TEST_F(Viewer_gl_test, aFramebufferObjectDrawsThePictureThatAContextWouldDraw) {
-    OffscreenContext own(TiledPicture(size, oneTile).contextSettings());
-    ASSERT_TRUE(own.isValid());
-    ASSERT_EQ(own.samples(), 4) << "as many as the framebuffer object has";
-    Viewer inContext(*layer, scene, style);
-    ContextBuffer contextBuffer(own);
-    Result<Picture> const expected = TiledPicture(size, oneTile).draw(inContext, *layer, contextBuffer);
-
-    ASSERT_TRUE(context().makeCurrent());
-    ASSERT_FALSE(startGlew());
-    Viewer beside(*layer, scene, style);
-    std::unique_ptr<FramebufferObject> const buffer =
-        FramebufferObject::make(own.width(), own.height());
-    ASSERT_NE(buffer, nullptr);
-    Result<Picture> const picture = TiledPicture(size, oneTile).draw(beside, *layer, *buffer);
-    ASSERT_TRUE(expected.isOk() && picture.isOk());
-    EXPECT_EQ(picture.value().pixels, expected.value().pixels);
-
-    std::vector<float> const depths = TiledPicture(size, oneTile).drawDepths(beside, *buffer);
-    EXPECT_TRUE(std::isfinite(depths[56 * 112 + 56]));
-    EXPECT_TRUE(std::isinf(depths[0]));
-}
-
-TEST_F(Viewer_gl_test, aFramebufferObjectThatIsTooLargeIsNone) {
-    ASSERT_FALSE(startGlew());
-    EXPECT_EQ(FramebufferObject::make(1 << 20, 16), nullptr);
-    EXPECT_EQ(FramebufferObject::make(0, 16), nullptr);
-}
-
 TEST_F(Viewer_gl_test, aMovedCameraDrawsWhatAViewerWithThatCameraDraws) {
     Viewer viewer(*layer, scene, style);
     ASSERT_FALSE(viewer.cameraFault(size));
@@ -627,8 +595,7 @@ TEST_F(Viewer_gl_test, aMovedCameraDrawsWhatAViewerWithThatCameraDraws) {
     moved.azimuth = 70;
     moved.elevation = 20;
     ASSERT_FALSE(viewer.setCamera(moved));
-    ContextBuffer buffer(context());
-    Result<Picture> const picture = TiledPicture(size, oneTile).draw(viewer, *layer, buffer);
+    Result<Picture> const picture = TiledPicture(size, oneTile).draw(viewer, *layer, context());
     style.camera = moved;
     EXPECT_EQ(picture.value().pixels, draw().pixels);
 
@@ -636,6 +603,6 @@ TEST_F(Viewer_gl_test, aMovedCameraDrawsWhatAViewerWithThatCameraDraws) {
     none.position = {1, 2, 3};
     none.focus = none.position;
     EXPECT_TRUE(viewer.setCamera(none).has_value());
-    Result<Picture> const again = TiledPicture(size, oneTile).draw(viewer, *layer, buffer);
+    Result<Picture> const again = TiledPicture(size, oneTile).draw(viewer, *layer, context());
     EXPECT_EQ(again.value().pixels, picture.value().pixels) << "the former camera stays";
 }
