@@ -254,10 +254,10 @@ CloudMaker::ColorOf CloudMaker::_colors() const {
 
 /// What the channel SHOWN holds. A number is stored in a vector too: drawn without a buffer, particles with a scalar
 /// channel would take their colors from the numbers of other particles.
-std::function<Vector3<float>(std::size_t)> CloudMaker::_shown() const {
+std::function<Vector3<float>(std::size_t)> CloudMaker::_shown(Turn const& turn) const {
     if (!look.arrows.empty()) {
-        return [this, vector = *frame.vector(look.arrows)](std::size_t i) {
-            return convert<float>(vectorOf(frame, vector, i) / look.arrowUnit);
+        return [this, turn, vector = *frame.vector(look.arrows)](std::size_t i) {
+            return convert<float>(turn(vectorOf(frame, vector, i) / look.arrowUnit));
         };
     }
     if (!look.scale || look.scale->undefinedCount > 0) {
@@ -287,7 +287,7 @@ void CloudMaker::_fill(ParticleSystem_v2& system,
     }
 }
 
-ParticleCloud CloudMaker::make(Vector3<double> const& center, double scale) const {
+ParticleCloud CloudMaker::make(Placement const& placement) const {
     ParticleCloud cloud;
     auto const system = std::make_shared<ParticleSystem_v2>();
     system->addChannel("position", ParticleChannel_v2::VECTOR);
@@ -302,15 +302,17 @@ ParticleCloud CloudMaker::make(Vector3<double> const& center, double scale) cons
     }
     system->addParticles(static_cast<unsigned int>(choice->count * _copyCount()));
 
-    auto const place = [&](Point const& p) { return (p - center) * scale; };
+    Point const center = placement.center;
+    double const scale = placement.scale;
+    Turn const turn = placement.turn;
     std::vector<Point> shifts;
     for (std::size_t copy = 0; copy < _copyCount(); ++copy) {
         shifts.push_back(_shift(copy));
     }
     _fill(*system, vectorsOf, ParticleCloud::POSITIONS, [&](std::size_t i, std::size_t copy) {
-        return convert<float>((places[i] - center + shifts[copy]) * scale);
+        return convert<float>(turn((places[i] - center + shifts[copy]) * scale));
     });
-    if (auto const shown = _shown()) {
+    if (auto const shown = _shown(turn)) {
         _fill(*system, vectorsOf, ParticleCloud::SHOWN, [&](std::size_t i, std::size_t) { return shown(i); });
     }
     if (colors) {
@@ -323,13 +325,13 @@ ParticleCloud CloudMaker::make(Vector3<double> const& center, double scale) cons
 
     cloud.name = frame.file.substr(frame.file.find_last_of('/') + 1);
     cloud.system = system;
-    cloud.box = {place(bounds.min), place(bounds.max)};
+    cloud.box = turn({(bounds.min - center) * scale, (bounds.max - center) * scale});
     cloud.spacing = choice->spacing * scale;
     cloud.diameter = diameter * scale;
     cloud.arrowLength = arrowLength * scale;
     if (_hasBox()) {
         for (Point const& end : linesOf(*frame.box, {look.copies.e0, look.copies.e1, look.copies.e2})) {
-            cloud.boxLines.push_back(convert<float>(place(end)));
+            cloud.boxLines.push_back(convert<float>(placement(end)));
         }
     }
     return cloud;

@@ -6,6 +6,7 @@
 #include "viewport/files/particles/ParticleFrame.h"
 #include "viewport/scene/ParticleLook.h"
 #include "viewport/scene/ParticlePlaces.h"
+#include "viewport/scene/Placement.h"
 
 #include <cstddef>
 #include <functional>
@@ -41,7 +42,7 @@ struct ParticleCloud {
 ///
 ///     CloudMaker const maker(frame, look, index);
 ///     ... maker.box() ...
-///     ParticleCloud const cloud = maker.make(center, scale);
+///     ParticleCloud const cloud = maker.make(placement);
 ///
 /// Frame and look must outlive it.
 class CloudMaker {
@@ -54,9 +55,8 @@ public:
     /// Around the particles with their sizes and the boxes that they are in, with all copies, in units of the file.
     Box3<double> const& box() const { return bounds; }
 
-    /// Moves `center` to the origin, then multiplies by `scale`: in double precision, so that particles that are far
-    /// away from the file's origin keep their distances.
-    ParticleCloud make(Vector3<double> const& center, double scale) const;
+    /// Places the particles in double precision, so that those far away from the file's origin keep their distances.
+    ParticleCloud make(Placement const& placement) const;
 
 private:
     using DiameterOf = std::function<double(std::size_t)>;
@@ -72,7 +72,7 @@ private:
     std::size_t _index(std::size_t place) const { return order.empty() ? (*choice)[place] : order[place]; }
     DiameterOf _diameters() const;
     ColorOf _colors() const;
-    std::function<Vector3<float>(std::size_t)> _shown() const;
+    std::function<Vector3<float>(std::size_t)> _shown(Turn const& turn) const;
 
     template <class Element, class Value>
     void _fill(ParticleSystem_v2& system, Element* (*elementsOf)(ParticleSystemChunk_v2&, unsigned int),

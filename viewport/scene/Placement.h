@@ -69,8 +69,6 @@ public:
         return {{x.x, x.y, x.z, 0, y.x, y.y, y.z, 0, z.x, z.y, z.z, 0, 0, 0, 0, 1}};
     }
 
-    bool isNone() const { return up == UpAxis::Y; }
-
 private:
     UpAxis up;
 };
@@ -79,7 +77,7 @@ private:
 struct Placement {
     Vector3<double> center{0, 0, 0};  ///< of the files; becomes the origin
     double scale = 1;                 ///< units of the frame for each unit of the files, above 0
-    Turn turn;
+    Turn turn = Turn();
 
     Vector3<double> operator()(Vector3<double> const& p) const { return turn((p - center) * scale); }
 };

@@ -16,25 +16,6 @@ UpAxis upOf(std::vector<MeshData> const& meshes, std::vector<ParticleFrame> cons
     return !meshes.empty() ? meshes.front().up : !particles.empty() ? UpAxis::Z : UpAxis::Y;
 }
 
-/// Turns a cloud that lies as its file does. What colors show are lengths, which stay.
-void turnCloud(ParticleCloud& cloud, Turn const& turn) {
-    if (turn.isNone()) {
-        return;
-    }
-    // It is the maker's, and nobody else has it yet.
-    auto const system = std::const_pointer_cast<ParticleSystem_v2>(cloud.system);
-    for (ParticleSystemChunk_v2* chunk = system->firstChunk(); chunk != nullptr; chunk = chunk->next()) {
-        for (unsigned int const channel : {ParticleCloud::POSITIONS, ParticleCloud::SHOWN}) {
-            Vector3<float>* const vectors = chunk->channelData(channel)->asVectors();
-            std::transform(vectors, vectors + chunk->count(), vectors, turn);
-        }
-    }
-    for (Vector3<float>& end : cloud.boxLines) {
-        end = turn(end);
-    }
-    cloud.box = turn(cloud.box);
-}
-
 }  // namespace
 
 Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const> const& texture,
@@ -90,8 +71,7 @@ Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const
                              std::move(points)});
     }
     for (std::size_t i = 0; i < particles.size(); ++i) {
-        cloudList.push_back(makers[i].make(center, scale));
-        turnCloud(cloudList.back(), turn);
+        cloudList.push_back(makers[i].make(place));
         particles[i] = {};
     }
     bounds = turn({(bounds.min - center) * scale, (bounds.max - center) * scale});

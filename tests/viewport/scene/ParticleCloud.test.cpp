@@ -131,7 +131,7 @@ TEST(ParticleCloud, farFromTheOriginParticlesKeepTheirDistances) {
     data.positions = {{1e12, 0, -1e12}, {1e12 + 1, 0.5, -1e12}};
     data.box = ParticleBox{{1e12, 0, -1e12}, {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
     ParticleLook const appearance = look({data});
-    ParticleCloud const cloud = CloudMaker(data, appearance).make({1e12, 0, -1e12}, 10);
+    ParticleCloud const cloud = CloudMaker(data, appearance).make({{1e12, 0, -1e12}, 10, Turn()});
     Vector3<float> const* const places = cloud.system->firstChunk()->channelData(0)->asVectors();
     EXPECT_EQ(parts(places[1]), (Parts{10, 5, 0}));
     EXPECT_EQ(parts(places[0]), (Parts{0, 0, 0}));
@@ -142,6 +142,34 @@ TEST(ParticleCloud, farFromTheOriginParticlesKeepTheirDistances) {
     }
     EXPECT_EQ(largest, 10);
     EXPECT_TRUE(appearance.notes.empty());
+}
+
+// == Placement ==
+
+TEST(ParticleCloud, allDirectionsOfACloudAreTurnedWithIt) {
+    ParticleFrame data = withVelocities({{0, 0, 4}, {1, 2, 3}});
+    data.positions[1] = {1, 2, 3};
+    data.box = ParticleBox{{0, 0, 0}, {{1, 0, 0}, {0, 2, 0}, {0, 0, 3}}};
+    ParticleOptions options = mode(ParticleMode::ARROWS);
+    ParticleLook const appearance = look({data}, options);
+    CloudMaker const maker(data, appearance);
+    Shown const upright{appearance, maker.make({})};
+    Placement const placement{{1, 0, 0}, 2, Turn(UpAxis::Z)};
+    Shown const turned{appearance, maker.make(placement)};
+
+    EXPECT_EQ(parts(turned.position(1)), (Parts{0, 6, -4}));
+    EXPECT_EQ(parts(turned.vector(0)), (Parts{0, 1, 0})) << "directions are neither moved nor scaled";
+    Vector3<float> const along = upright.vector(1);
+    EXPECT_EQ(parts(turned.vector(1)), (Parts{along.x, along.z, -along.y}));
+    ASSERT_EQ(turned.cloud.boxLines.size(), 24U);
+    for (std::size_t i = 0; i < 24; ++i) {
+        Vector3<float> const end = upright.cloud.boxLines[i];
+        EXPECT_EQ(parts(turned.cloud.boxLines[i]), (Parts{2 * (end.x - 1), 2 * end.z, -2 * end.y})) << i;
+    }
+    Box3<double> const box = maker.box();
+    EXPECT_EQ(turned.cloud.box.min.x, 2 * (box.min.x - 1));
+    EXPECT_EQ(turned.cloud.box.min.z, -2 * box.max.y);
+    EXPECT_EQ(turned.cloud.box.max.z, -2 * box.min.y);
 }
 
 // == Cells ==

@@ -368,7 +368,7 @@ TEST(ParticleLook, filesShareALegend) {
     ParticleFrame second = withWords({"c", "a"}, {0, 1, 1}, false);
     ParticleLook const both = look({first, second});
     EXPECT_THAT(textsOf(*both.legend), testing::ElementsAre("b 1", "a 3", "c 1"));
-    ParticleCloud const cloud = CloudMaker(second, both, 1).make({0, 0, 0}, 1);
+    ParticleCloud const cloud = CloudMaker(second, both, 1).make({});
     Vector3<float> const* const colors = cloud.system->firstChunk()->channelData(*cloud.colors)->asVectors();
     EXPECT_EQ(parts(colors[1]), parts(colorOf(*both.legend, "a")));
 }

@@ -108,7 +108,7 @@ private:
 
 inline Shown shown(ParticleFrame const& frame, ParticleOptions const& options = {}) {
     ParticleLook const appearance = look({frame}, options);
-    return {appearance, CloudMaker(frame, appearance).make({0, 0, 0}, 1)};
+    return {appearance, CloudMaker(frame, appearance).make({})};
 }
 
 }  // namespace vellum::viewport::particle_frames
