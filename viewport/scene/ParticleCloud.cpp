@@ -212,6 +212,7 @@ CloudMaker::DiameterOf CloudMaker::_diameters() const {
 
 /// Empty where colors are those of SHOWN, or all alike.
 CloudMaker::ColorOf CloudMaker::_colors() const {
+    auto const undefined = [color = toVector(look.colors.undefined())](std::size_t) { return color; };
     if (look.coloring == ParticleColoring::OWN) {
         std::array<double const*, 3> columns{};
         for (std::size_t part = 0; part < 3; ++part) {
@@ -233,19 +234,26 @@ CloudMaker::ColorOf CloudMaker::_colors() const {
         for (ParticleLegend::Entry const& entry : look.legend->entries) {
             known.emplace(entry.text, toVector(entry.color));
         }
-        ParticleKinds const kinds = look.kinds(frame);
+        std::optional<ParticleKinds> const kinds = look.kinds(frame);
+        if (!kinds) {
+            return undefined;
+        }
         std::vector<Vector3<float>> colors;
-        for (ParticleKind const& kind : kinds.kinds()) {
+        for (ParticleKind const& kind : kinds->kinds()) {
             auto const found = known.find(kind.name);
             colors.push_back(found != known.end() ? found->second : Vector3<float>{0, 0, 0});
         }
-        return [kinds, colors](std::size_t i) { return colors[kinds[i]]; };
+        return [kinds = *kinds, colors](std::size_t i) { return colors[kinds[i]]; };
     }
     bool const hasLengths = look.arrows.empty() || (look.areArrowsMeasured && !look.scale->isLogarithmic);
     if (!look.scale || (look.scale->undefinedCount == 0 && hasLengths)) {
         return {};
     }
-    return [this, quantity = look.quantity(frame, places)](std::size_t i) {
+    std::optional<Quantity> const found = look.quantity(frame, places);
+    if (!found) {
+        return undefined;
+    }
+    return [this, quantity = *found](std::size_t i) {
         double const value = quantity[i];
         bool const isDefined = look.scale->isDefined(value);
         return toVector(isDefined ? look.colors.at(look.scale->place(value)) : look.colors.undefined());
@@ -263,7 +271,11 @@ std::function<Vector3<float>(std::size_t)> CloudMaker::_shown(Turn const& turn) 
     if (!look.scale || look.scale->undefinedCount > 0) {
         return {};
     }
-    return [this, quantity = look.quantity(frame, places)](std::size_t i) {
+    std::optional<Quantity> const found = look.quantity(frame, places);
+    if (!found) {
+        return {};
+    }
+    return [this, quantity = *found](std::size_t i) {
         return Vector3<float>{look.scale->toMagnitude(quantity[i]), 0, 0};
     };
 }

@@ -234,9 +234,9 @@ private:
     }
 
     std::optional<Fault> _showArrows() {
-        std::vector<Quantity> quantities;
+        std::vector<std::optional<Quantity>> quantities;
         for (ParticleFrame const& frame : frames) {
-            quantities.push_back(Quantity::lengthOf(frame, *frame.vector(look.arrows)));
+            quantities.emplace_back(Quantity::lengthOf(frame, *frame.vector(look.arrows)));
         }
         bool const areVelocities = look.arrows == ParticleVector::VELOCITY;
         return _showValues(areVelocities ? Quantity::SPEED_NAME : look.arrows, quantities);
@@ -248,14 +248,41 @@ private:
         if (!areValues && _tryKinds(false, name)) {
             return std::nullopt;
         }
+        return areValues || _haveQuantity(name) ? _showQuantity(name) : _showWhereItIs();
+    }
+
+    /// Of frames that do not all have the channel, shows those that do.
+    std::optional<Fault> _showWhereItIs() {
+        std::string const& name = options.channel;
+        std::size_t quantities = 0;
+        std::size_t kinds = 0;
         for (std::size_t i = 0; i < frames.size(); ++i) {
-            if (!Quantity::find(frames[i], places[i], name)) {
-                return Fault{frames[i].file, "has no channel '" + name +
-                                                 "' (it has: " + joined(Quantity::names(frames[i])) + ")" +
-                                                 _scalarsOfMeshes()};
+            quantities += Quantity::find(frames[i], places[i], name) ? 1 : 0;
+            kinds += ParticleKinds::find(frames[i], name) ? 1 : 0;
+        }
+        if (quantities + kinds == 0) {
+            return Fault{frames.front().file, _lackOf(frames.front()) + _scalarsOfMeshes()};
+        }
+        bool const areValues = _wantsValues() || !scalars.empty();
+        if (quantities == 0 || (kinds >= quantities && !areValues)) {
+            look.areElements = false;
+            kindName = name;
+            _showKinds();
+        } else if (std::optional<Fault> fault = _showQuantity(name)) {
+            return fault;
+        }
+        for (std::size_t i = 0; i < frames.size(); ++i) {
+            bool const isColored = look.scale ? Quantity::find(frames[i], places[i], name).has_value()
+                                              : ParticleKinds::find(frames[i], name).has_value();
+            if (!isColored) {
+                _note(frames[i], _lackOf(frames[i]) + ": its particles are gray");
             }
         }
-        return _showQuantity(name);
+        return std::nullopt;
+    }
+
+    std::string _lackOf(ParticleFrame const& frame) const {
+        return "has no channel '" + options.channel + "' (it has: " + joined(Quantity::names(frame)) + ")";
     }
 
     /// Whether something is asked for that only values have.
@@ -305,33 +332,41 @@ private:
         return std::nullopt;
     }
 
-    /// \param name of a quantity that all frames have
+    /// \param name of a quantity that some frame has
     std::optional<Fault> _showQuantity(std::string const& name) {
-        std::vector<Quantity> quantities;
+        std::vector<std::optional<Quantity>> quantities;
         for (std::size_t i = 0; i < frames.size(); ++i) {
-            quantities.push_back(*Quantity::find(frames[i], places[i], name));
+            quantities.push_back(Quantity::find(frames[i], places[i], name));
         }
         return _showValues(name, quantities);
     }
 
-    /// \param quantities one for each frame
-    std::optional<Fault> _showValues(std::string const& name, std::vector<Quantity> const& quantities) {
+    /// \param quantities one for each frame; nothing where the frame has none
+    std::optional<Fault> _showValues(std::string const& name,
+                                     std::vector<std::optional<Quantity>> const& quantities) {
         ParticleScale scale;
         scale.name = name;
         scale.isLogarithmic = options.isLogarithmic;
         Ends ends;
+        std::optional<std::size_t> first;  // of the frames that have it
         for (std::size_t i = 0; i < frames.size(); ++i) {
+            if (!quantities[i]) {
+                ends.undefinedCount += look.choices[i].count;
+                continue;
+            }
+            Quantity const& quantity = *quantities[i];
             std::size_t const before = ends.undefinedCount;
             for (std::size_t place = 0; place < look.choices[i].count; ++place) {
-                include(ends, quantities[i][look.choices[i][place]], scale);
+                include(ends, quantity[look.choices[i][place]], scale);
             }
             _noteUndefined(frames[i], name, ends.undefinedCount - before, look.choices[i].count);
-            if (quantities[i].unit() != quantities[0].unit()) {
-                _note(frames[i], "'" + name + "' is in " + _unitText(quantities[i]) + ", that of " +
-                                     frames[0].file + " in " + _unitText(quantities[0]) +
+            if (!first) {
+                first = i;
+                scale.unit = quantity.unit();
+            } else if (quantity.unit() != scale.unit) {
+                _note(frames[i], "'" + name + "' is in " + _unitText(quantity.unit()) + ", that of " +
+                                     frames[*first].file + " in " + _unitText(scale.unit) +
                                      "; both share a scale");
-            } else {
-                scale.unit = quantities[0].unit();
             }
         }
         if (name == options.channel) {
@@ -478,9 +513,7 @@ private:
         scale.reach = !(reach > 0) ? 1 : std::min(reach, std::numeric_limits<double>::max());
     }
 
-    static std::string _unitText(Quantity const& quantity) {
-        return quantity.unit().empty() ? "no unit" : quantity.unit();
-    }
+    static std::string _unitText(std::string const& unit) { return unit.empty() ? "no unit" : unit; }
 
     /// The largest finite length, or 1.
     double _longestArrow() const {
@@ -532,7 +565,7 @@ private:
         return true;
     }
 
-    /// Those of all frames, which have some.
+    /// Those of all frames that have some.
     void _showKinds() {
         struct Total {
             ParticleKind kind;
@@ -543,6 +576,9 @@ private:
         std::string title;
         for (std::size_t i = 0; i < frames.size(); ++i) {
             std::optional<ParticleKinds> const kinds = _kindsOf(frames[i]);
+            if (!kinds) {
+                continue;
+            }
             title = kinds->title();
             std::vector<std::size_t> counts(kinds->kinds().size(), 0);
             for (std::size_t place = 0; place < look.choices[i].count; ++place) {
@@ -647,14 +683,15 @@ std::pair<double, bool> unitsPerAngstrom(double largestRadius, ParticleChoice co
     return {fits ? 1 : SPHERE_DIAMETER * spacing / (2 * largestRadius), fits};
 }
 
-Quantity ParticleLook::quantity(ParticleFrame const& frame, ParticlePlaces const& places) const {
+std::optional<Quantity> ParticleLook::quantity(ParticleFrame const& frame,
+                                               ParticlePlaces const& places) const {
     return areArrowsMeasured ? Quantity::lengthOf(frame, *frame.vector(arrows))
-                             : *Quantity::find(frame, places, scale->name);
+                             : Quantity::find(frame, places, scale->name);
 }
 
-ParticleKinds ParticleLook::kinds(ParticleFrame const& frame) const {
+std::optional<ParticleKinds> ParticleLook::kinds(ParticleFrame const& frame) const {
     // A column of words may have the name of the elements.
-    return areElements ? *ParticleKinds::elements(frame) : *ParticleKinds::find(frame, legend->title);
+    return areElements ? ParticleKinds::elements(frame) : ParticleKinds::find(frame, legend->title);
 }
 
 Result<ParticleLook> lookOf(std::vector<ParticleFrame> const& frames, ParticleOptions const& options,

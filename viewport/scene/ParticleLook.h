@@ -65,15 +65,16 @@ struct ParticleLook {
     Tuple3<unsigned int> copies{1, 1, 1};  ///< as in ParticleOptions
     std::vector<ParticleChoice> choices;   ///< one for each frame
 
-    /// What colors show of a frame; only with a scale. Frame and places must outlive it.
-    Quantity quantity(ParticleFrame const& frame, ParticlePlaces const& places) const;
+    /// What colors show of a frame; only with a scale. Nothing where the frame has no such channel: its particles
+    /// have the color of what is undefined. Frame and places must outlive it.
+    std::optional<Quantity> quantity(ParticleFrame const& frame, ParticlePlaces const& places) const;
 
-    /// The kinds that colors show of a frame; only with a legend.
-    ParticleKinds kinds(ParticleFrame const& frame) const;
+    /// The kinds that colors show of a frame; only with a legend. Nothing as with quantity().
+    std::optional<ParticleKinds> kinds(ParticleFrame const& frame) const;
 };
 
-/// Decides how the frames of all files are shown; they share one scale or legend. A fault where a file does not
-/// hold what is asked for.
+/// Decides how the frames of all files are shown; they share one scale or legend. A fault where no file holds what is
+/// asked for; frames that alone do not have the channel are gray, with a note.
 ///
 /// Where no channel is asked for, colors are those of the files, else those of elements, else show the speed, else what
 /// Quantity::suitableNames() offers first, else types, else words: always something that all files have. Where a range, a

@@ -373,6 +373,43 @@ TEST(ParticleLook, filesShareALegend) {
     EXPECT_EQ(parts(colors[1]), parts(colorOf(*both.legend, "a")));
 }
 
+TEST(ParticleLook, filesWithoutTheChannelAreGrayWithANote) {
+    ParticleFrame const heated = withChannel("heat", {4, 6});
+    ParticleFrame bare = row(3);
+    bare.file = "folder/bare.xyz";
+    std::vector<ParticleFrame> const frames{bare, heated};
+    ParticleLook const values = look(frames, channel("heat"));
+    EXPECT_EQ(values.scale->range.low, 4);
+    EXPECT_EQ(values.scale->range.high, 6);
+    EXPECT_EQ(values.scale->undefinedCount, 3U) << "the bar explains the gray";
+    ASSERT_EQ(values.notes.size(), 1U);
+    EXPECT_EQ(values.notes[0].line(),
+              "folder/bare.xyz: has no channel 'heat' (it has: x, y, z): its particles are gray");
+    Shown const gray{values, CloudMaker(bare, values, 0).make({})};
+    EXPECT_EQ(gray.color(2), parts(ValueColors().undefined()));
+    Shown const colored{values, CloudMaker(heated, values, 1).make({})};
+    EXPECT_EQ(colored.color(0), parts(RampColors().low));
+    EXPECT_EQ(colored.color(1), parts(RampColors().high));
+
+    std::vector<ParticleFrame> const words{withWords({"b", "a"}, {0, 1}, false), bare};
+    ParticleLook const kinds = look(words, channel("residue"));
+    EXPECT_THAT(textsOf(*kinds.legend), testing::ElementsAre("b 1", "a 1"));
+    ASSERT_EQ(kinds.notes.size(), 1U);
+    Shown const kindless{kinds, CloudMaker(bare, kinds, 1).make({})};
+    EXPECT_EQ(kindless.color(0), parts(ValueColors().undefined()));
+
+    EXPECT_THAT(faultOf(frames, channel("cold")), HasSubstr("folder/bare.xyz: has no channel 'cold'"));
+}
+
+TEST(ParticleLook, aChannelOfSomeFilesMaySettleItsRangeByLogarithms) {
+    ParticleFrame bare = row(1);
+    ParticleOptions options = channel("heat");
+    options.isLogarithmic = true;
+    ParticleLook const values = look({withChannel("heat", {1, 100, -1}), bare}, options);
+    EXPECT_EQ(values.scale->undefinedCount, 2U);
+    EXPECT_EQ(values.notes.size(), 2U) << "one value without a logarithm, and one file";
+}
+
 TEST(ParticleLook, theFirstKindsAreEasyToTellApart) {
     for (std::size_t i = 0; i < 60; ++i) {
         for (std::size_t k = 0; k < i; ++k) {
