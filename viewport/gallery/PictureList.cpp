@@ -1,6 +1,7 @@
 #include "viewport/gallery/PictureList.h"
 
 #include "viewport/gallery/ListStatements.h"
+#include "viewport/text/joined.h"
 
 #include <algorithm>
 #include <fstream>
@@ -17,14 +18,6 @@ using viewport::Result;
 
 Fault faultAt(std::string const& file, int line, std::string const& message) {
     return {file, "line " + std::to_string(line) + ": " + message};
-}
-
-std::string joined(std::vector<std::string> const& texts) {
-    std::string result;
-    for (std::string const& text : texts) {
-        result += (result.empty() ? "" : " ") + text;
-    }
-    return result;
 }
 
 /// Builds the pictures from the statements, one after the other.
@@ -107,7 +100,7 @@ private:
                                           std::vector<std::string> const& values) {
         if (name == "title" || name == "caption") {
             return _set([&](ListedPicture& picture) {
-                (name == "title" ? picture.title : picture.caption) = joined(values);
+                (name == "title" ? picture.title : picture.caption) = viewport::joined(values, " ");
             });
         }
         if (name == "size" || name == "sheet") {

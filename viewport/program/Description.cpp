@@ -1,6 +1,7 @@
 #include "viewport/program/Description.h"
 
 #include "viewport/files/mesh/Textures.h"
+#include "viewport/files/mesh/points.h"
 #include "viewport/text/shortest_number.h"
 #include "viewport/text/single_line.h"
 
@@ -168,16 +169,11 @@ std::string wordOf(UpAxis up) {
 
 std::optional<Box3<double>> boundsOf(ParticleFrame const& frame) {
     std::optional<Box3<double>> box;
-    for (auto const& position : frame.positions) {
-        auto const p = convert<double>(position);
-        if (!std::isfinite(p.x) || !std::isfinite(p.y) || !std::isfinite(p.z)) {
-            continue;
+    for (Vector3<double> const& position : frame.positions) {
+        if (isFinite(position)) {
+            box = box.value_or(Box3<double>{position, position});
+            include(*box, position);
         }
-        box = box ? Box3<double>{{std::min(box->min.x, p.x), std::min(box->min.y, p.y),
-                                  std::min(box->min.z, p.z)},
-                                 {std::max(box->max.x, p.x), std::max(box->max.y, p.y),
-                                  std::max(box->max.z, p.z)}}
-                  : Box3<double>{p, p};
     }
     return box;
 }

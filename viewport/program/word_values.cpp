@@ -1,5 +1,6 @@
 #include "viewport/program/word_values.h"
 
+#include "viewport/scene/rgb_color.h"
 #include "viewport/text/numbers.h"
 
 #include <charconv>
@@ -25,14 +26,6 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
     return parts;
 }
 
-std::string joined(std::vector<std::string> const& words) {
-    std::string text;
-    for (std::string const& word : words) {
-        text += (text.empty() ? "" : ", ") + word;
-    }
-    return text;
-}
-
 std::optional<Color4<float>> toColor(std::string_view text) {
     if (!text.empty() && text.front() == '#') {
         text.remove_prefix(1);
@@ -42,10 +35,7 @@ std::optional<Color4<float>> toColor(std::string_view text) {
     if (error != std::errc() || end != text.data() + text.size() || text.size() != 6) {
         return std::nullopt;
     }
-    auto const channel = [&number](unsigned int shift) {
-        return static_cast<float>(number >> shift & 0xFFU) / 255.0F;
-    };
-    return Color4<float>{channel(16), channel(8), channel(0), 1};
+    return colorOfRgb(number);
 }
 
 std::optional<std::pair<int, int>> toPair(std::string_view text, char separator) {

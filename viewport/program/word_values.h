@@ -4,6 +4,7 @@
 #include "foundation/geometry/Color4.h"
 #include "foundation/geometry/Vector3.h"
 #include "viewport/text/Fault.h"
+#include "viewport/text/joined.h"
 
 #include <map>
 #include <optional>
@@ -24,9 +25,6 @@ Fault usageFault(std::string const& message);
 Fault wordFault(std::string const& option, std::string const& word, std::string const& lack);
 
 std::vector<std::string_view> split(std::string_view text, char separator);
-
-/// Words with a separator between them: "a, b, c".
-std::string joined(std::vector<std::string> const& words);
 
 /// A color as six hexadecimal digits, with or without a '#' before them.
 std::optional<Color4<float>> toColor(std::string_view text);

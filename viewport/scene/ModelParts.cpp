@@ -1,6 +1,7 @@
 #include "viewport/scene/ModelParts.h"
 
 #include "foundation/basic/ArrayServer.h"
+#include "viewport/files/mesh/points.h"
 
 #include <algorithm>
 #include <array>
@@ -62,15 +63,7 @@ public:
                 _vertexNormal(t, 2, vertices.e2)};
     }
 
-    Box3<double> box() const {
-        Vector3<double> const first = shape.positions[0];
-        Box3<double> box{first, first};
-        for (Vector3<double> const& p : shape.positions) {
-            box.min = {std::min(box.min.x, p.x), std::min(box.min.y, p.y), std::min(box.min.z, p.z)};
-            box.max = {std::max(box.max.x, p.x), std::max(box.max.y, p.y), std::max(box.max.z, p.z)};
-        }
-        return box;
-    }
+    Box3<double> box() const { return boxAround(shape.positions); }
 
 private:
     void _takeNormals() {

@@ -1,5 +1,6 @@
 #include "viewport/scene/ParticleChoice.h"
 
+#include "viewport/files/mesh/points.h"
 #include "viewport/scene/Quantity.h"
 
 #include <algorithm>
@@ -10,11 +11,6 @@ namespace vellum::viewport {
 namespace {
 
 using Point = Vector3<double>;
-
-void include(Box3<double>& box, Point const& p) {
-    box = {{std::min(box.min.x, p.x), std::min(box.min.y, p.y), std::min(box.min.z, p.z)},
-           {std::max(box.max.x, p.x), std::max(box.max.y, p.y), std::max(box.max.z, p.z)}};
-}
 
 bool isInside(Box3<double> const& box, Point const& p) {
     return p.x >= box.min.x && p.x <= box.max.x && p.y >= box.min.y && p.y <= box.max.y && p.z >= box.min.z &&

@@ -1,6 +1,7 @@
 #include "viewport/scene/ParticleCloud.h"
 
 #include "toolkit/arrow_box.h"
+#include "viewport/files/mesh/points.h"
 #include "viewport/scene/ParticleKinds.h"
 #include "viewport/scene/Quantity.h"
 
@@ -18,11 +19,6 @@ namespace {
 using Point = Vector3<double>;
 
 constexpr double LONGEST_ARROW = 1.9;  // mean distances of neighbors
-
-void include(Box3<double>& box, Point const& p) {
-    box = {{std::min(box.min.x, p.x), std::min(box.min.y, p.y), std::min(box.min.z, p.z)},
-           {std::max(box.max.x, p.x), std::max(box.max.y, p.y), std::max(box.max.z, p.z)}};
-}
 
 /// Two ends for each line of the grid that so many boxes form, twelve of a single one.
 std::vector<Point> linesOf(ParticleBox const& box, std::array<unsigned int, 3> const& counts) {

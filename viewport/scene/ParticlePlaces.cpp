@@ -27,10 +27,6 @@ Point across(Point const& a, Point const& b) {
 
 }  // namespace
 
-bool isFinite(Vector3<double> const& v) {
-    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
-}
-
 bool isFinite(ParticleBox const& box) {
     return isFinite(box.origin) && std::all_of(std::begin(box.edges), std::end(box.edges),
                                                [](Point const& edge) { return std::isfinite(length(edge)); });

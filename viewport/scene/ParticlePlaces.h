@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/geometry/Vector3.h"
+#include "viewport/files/mesh/points.h"
 #include "viewport/files/particles/ParticleFrame.h"
 
 #include <array>
@@ -41,9 +42,6 @@ private:
     std::vector<Vector3<double>> const* positions;
     std::optional<PeriodicBox> periodic;  // nothing: places stay
 };
-
-/// Whether all three are finite numbers.
-bool isFinite(Vector3<double> const& v);
 
 /// Whether all of a box is finite.
 bool isFinite(ParticleBox const& box);

@@ -3,6 +3,7 @@
 #include "viewport/scene/ParticleKinds.h"
 #include "viewport/scene/Quantity.h"
 #include "viewport/text/data_numbers.h"
+#include "viewport/text/joined.h"
 
 #include <algorithm>
 #include <cmath>
@@ -59,14 +60,6 @@ std::size_t endOfName(std::string const& text, std::size_t at) {
         return close != std::string::npos ? close + 1 : at;
     }
     return at;
-}
-
-std::string listed(std::vector<std::string> const& names) {
-    std::string text;
-    for (std::string const& name : names) {
-        text += (text.empty() ? "" : ", ") + name;
-    }
-    return text;
 }
 
 double isNot(double value) {
@@ -275,7 +268,7 @@ Result<ParticleSelection::Program> ParticleSelection::_compile(ParticleFrame con
                                  isKnown
                                      ? _fault("compares numbers with a text", word.place).message
                                      : _fault("has an unknown name '" + name.text + "'", name.place).message +
-                                           " (there are: " + listed(Quantity::names(*frame)) + ")"};
+                                           " (there are: " + joined(Quantity::names(*frame)) + ")"};
                 }
                 source = *match;
             }
@@ -309,7 +302,7 @@ Result<ParticleSelection::Program> ParticleSelection::_compile(ParticleFrame con
                                           token.place)
                                        .message
                                  : _fault("has an unknown name '" + token.text + "'", token.place).message +
-                                       " (there are: " + listed(Quantity::names(*frame)) + ")"};
+                                       " (there are: " + joined(Quantity::names(*frame)) + ")"};
             }
             source = [found = *quantity](std::size_t i) { return found[i]; };
         }

@@ -1,16 +1,13 @@
 #include "viewport/scene/Scene.h"
 
+#include "viewport/files/mesh/points.h"
+
 #include <algorithm>
 #include <utility>
 
 namespace vellum::viewport {
 
 namespace {
-
-Box3<double> unite(Box3<double> const& a, Box3<double> const& b) {
-    return {{std::min(a.min.x, b.min.x), std::min(a.min.y, b.min.y), std::min(a.min.z, b.min.z)},
-            {std::max(a.max.x, b.max.x), std::max(a.max.y, b.max.y), std::max(a.max.z, b.max.z)}};
-}
 
 UpAxis upOf(std::vector<MeshData> const& meshes, std::vector<ParticleFrame> const& particles) {
     return !meshes.empty() ? meshes.front().up : !particles.empty() ? UpAxis::Z : UpAxis::Y;
@@ -34,7 +31,9 @@ Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const
         boxes.push_back(makers.back().box());
     }
     for (std::size_t i = 0; i < boxes.size(); ++i) {
-        bounds = i == 0 ? boxes[i] : unite(bounds, boxes[i]);
+        bounds = i == 0 ? boxes[i] : bounds;
+        include(bounds, boxes[i].min);
+        include(bounds, boxes[i].max);
     }
     // Halved before they are added or subtracted, coordinates at the end of a double's range stay inside it.
     Vector3<double> const center = bounds.min * 0.5 + bounds.max * 0.5;

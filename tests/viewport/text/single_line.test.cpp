@@ -1,6 +1,7 @@
 #include "viewport/text/single_line.h"
 
 #include "viewport/text/Fault.h"
+#include "viewport/text/joined.h"
 
 #include <gtest/gtest.h>
 
@@ -9,6 +10,13 @@ using namespace vellum::viewport;
 TEST(SingleLine, controlCharactersAreShownAsQuestionMarks) {
     EXPECT_EQ(singleLine("a\nb\tc\x1B[31m\x7F"), "a?b?c?[31m?");
     EXPECT_EQ(singleLine(std::string_view("\0x", 2)), "?x");
+}
+
+TEST(Joined, wordsAreSeparated) {
+    EXPECT_EQ(joined({"a", "", "b"}), "a, , b");
+    EXPECT_EQ(joined({"", "b"}, " "), " b") << "an empty word has a place too";
+    EXPECT_EQ(joined({"a"}), "a");
+    EXPECT_EQ(joined({}), "");
 }
 
 TEST(SingleLine, printableAndForeignLettersStay) {

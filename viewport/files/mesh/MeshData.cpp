@@ -1,16 +1,13 @@
 #include "viewport/files/mesh/MeshData.h"
 
+#include "viewport/files/mesh/points.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace vellum::viewport {
 
 namespace {
-
-template <class T>
-bool isFinite(Vector3<T> const& v) {
-    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
-}
 
 std::string indexFault(char const* kind, std::size_t number, unsigned int index, std::size_t count) {
     return std::string(kind) + " " + std::to_string(number) + " has vertex index " + std::to_string(index) +
@@ -170,15 +167,7 @@ std::size_t MeshData::missingNormalCount() const {
 }
 
 Box3<double> MeshData::box() const {
-    if (positions.empty()) {
-        return {{0, 0, 0}, {0, 0, 0}};
-    }
-    Box3<double> box{positions.front(), positions.front()};
-    for (Vector3<double> const& p : positions) {
-        box.min = {std::min(box.min.x, p.x), std::min(box.min.y, p.y), std::min(box.min.z, p.z)};
-        box.max = {std::max(box.max.x, p.x), std::max(box.max.y, p.y), std::max(box.max.z, p.z)};
-    }
-    return box;
+    return positions.empty() ? Box3<double>{{0, 0, 0}, {0, 0, 0}} : boxAround(positions);
 }
 
 }  // namespace vellum::viewport

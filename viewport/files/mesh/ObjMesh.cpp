@@ -4,6 +4,7 @@
 #include "viewport/files/mesh/MtlFile.h"
 #include "viewport/files/mesh/PolygonCutter.h"
 #include "viewport/files/mesh/default_color.h"
+#include "viewport/files/mesh/points.h"
 #include "viewport/files/mesh/utf16.h"
 #include "viewport/text/TextLines.h"
 #include "viewport/text/Words.h"
@@ -27,10 +28,6 @@ namespace {
 
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 constexpr float NO_COLOR = -1;  // red of a vertex without a color
-
-bool isFinite(Vector3<double> const& v) {
-    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
-}
 
 /// What an index of a corner names.
 enum Kind { POSITION, TEXTURE, NORMAL, KIND_COUNT };
