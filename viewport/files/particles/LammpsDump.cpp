@@ -16,7 +16,7 @@ constexpr std::string_view ITEM_MARK = "ITEM:";
 
 using Damage = std::optional<TextDamage>;
 
-/// \return false where the line begins with fewer than `count` numbers.
+/// \return false where the line does not consist of `count` numbers.
 bool takeNumbers(std::string_view line, double* const& numbers, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
         std::optional<double> const number = toDataNumber(takeWord(line));
@@ -25,7 +25,7 @@ bool takeNumbers(std::string_view line, double* const& numbers, std::size_t coun
         }
         numbers[i] = *number;
     }
-    return true;
+    return takeWord(line).empty();
 }
 
 /// Reads the head of one frame: its items up to the line that names the columns.
@@ -103,7 +103,8 @@ private:
         std::string_view line = lines.take();
         std::string_view const word = takeWord(line);
         head.frame.time = toDataNumber(word);
-        return head.frame.time ? Damage() : lines.damage(quoted(word) + " is not a time");
+        bool const isTime = head.frame.time && takeWord(line).empty();
+        return isTime ? Damage() : lines.damage(quoted(word) + " is not a time");
     }
 
     Damage _readUnits() {

@@ -104,6 +104,23 @@ void readRecord(std::string_view record, Layout const& layout, double* value) {
     }
 }
 
+/// Scanners without a camera write 0 for all colors.
+void settleColors(ParticleFrame& frame) {
+    if (!frame.colors) {
+        return;
+    }
+    auto const isBlack = [&frame](std::size_t column) {
+        std::vector<double> const& values = frame.channels[column].values;
+        return std::all_of(values.begin(), values.end(), [](double value) { return value == 0; });
+    };
+    if (std::all_of(frame.colors->columns.begin(), frame.colors->columns.end(), isBlack)) {
+        frame.colors.reset();
+        frame.notes.emplace_back("all of its colors are 0: it is taken to have none");
+    } else {
+        frame.colors->full = std::max(frame.colors->full, 255.0);
+    }
+}
+
 }  // namespace
 
 bool isLas(std::string_view bytes) {
@@ -173,9 +190,7 @@ Result<LoadedFrame> readLas(std::string_view bytes, Progress const& progress) {
         }
     }
     builder.finish();
-    if (result.frame.colors) {
-        result.frame.colors->full = std::max(result.frame.colors->full, 255.0);
-    }
+    settleColors(result.frame);
     for (std::size_t i = 0; i < std::size(CLASSES); ++i) {
         result.frame.typeNames[static_cast<std::int64_t>(i)] = CLASSES[i];
     }

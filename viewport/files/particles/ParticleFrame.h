@@ -73,6 +73,7 @@ struct ParticleFrame {
     std::map<std::int64_t, std::string> typeNames;
     std::optional<ParticleColors> colors;  ///< nothing: the file has none
     std::optional<ParticleSizes> sizes;    ///< nothing: the file has none
+    std::vector<std::string> notes;        ///< what of the file is not taken as it says, one clause each
 
     /// The channel, vector or labels of that name, or null.
     ParticleChannel const* channel(std::string const& name) const;

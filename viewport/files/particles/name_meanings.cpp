@@ -4,6 +4,7 @@
 #include "viewport/text/lower_case.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <string_view>
 #include <unordered_map>
@@ -15,6 +16,7 @@ namespace {
 using Columns = std::array<std::size_t, 3>;
 
 constexpr std::string_view SEPARATORS = " _.:-";
+constexpr double LARGEST_PART = 65535;  // of a color
 
 struct NameList {
     std::vector<std::string> names;                      // of the channels
@@ -111,6 +113,22 @@ std::vector<ParticleVector> vectorsOf(ParticleFrame const& frame) {
     return vectors;
 }
 
+/// Whether some particle has all three parts within the widest range that colors have.
+bool areColors(ParticleFrame const& frame, Columns const& columns) {
+    std::array<std::vector<double> const*, 3> parts{};
+    std::transform(columns.begin(), columns.end(), parts.begin(),
+                   [&frame](std::size_t column) { return &frame.channels[column].values; });
+    std::size_t const count = parts[0]->size();
+    for (std::size_t i = 0; i < count; ++i) {
+        if (std::all_of(parts.begin(), parts.end(), [i](std::vector<double> const* part) {
+                return (*part)[i] >= 0 && (*part)[i] <= LARGEST_PART;
+            })) {
+            return true;
+        }
+    }
+    return count == 0;
+}
+
 double fullOf(ParticleFrame const& frame, Columns const& columns) {
     double most = 0;
     for (std::size_t const column : columns) {
@@ -118,10 +136,10 @@ double fullOf(ParticleFrame const& frame, Columns const& columns) {
             most = value > most ? value : most;
         }
     }
-    return most > 255 ? 65535 : most > 1 ? 255 : 1;
+    return most > 255 ? LARGEST_PART : most > 1 ? 255 : 1;
 }
 
-std::optional<ParticleColors> colorsOf(ParticleFrame const& frame, NameList const& bareNames) {
+std::optional<ParticleColors> colorsOf(ParticleFrame& frame, NameList const& bareNames) {
     constexpr std::string_view NAMES[][3] = {
         {"r", "g", "b"},
         {"red", "green", "blue"},
@@ -138,7 +156,12 @@ std::optional<ParticleColors> colorsOf(ParticleFrame const& frame, NameList cons
     };
     for (auto const& names : NAMES) {
         if (std::optional<Columns> const columns = bareNames.find(names)) {
-            return ParticleColors{*columns, fullOf(frame, *columns)};
+            if (areColors(frame, *columns)) {
+                return ParticleColors{*columns, fullOf(frame, *columns)};
+            }
+            frame.notes.push_back(
+                "its colors are outside 0 to 65535 or no numbers: it is taken to have none");
+            return std::nullopt;
         }
     }
     return std::nullopt;
@@ -167,6 +190,7 @@ bool isNameOfElements(std::string const& name) {
 
 void findMeanings(ParticleFrame& frame) {
     NameList const bareNames(frame, bareName);
+    frame.notes.clear();
     frame.colors = colorsOf(frame, bareNames);
     frame.sizes = sizesOf(bareNames);
     frame.vectors = vectorsOf(frame);

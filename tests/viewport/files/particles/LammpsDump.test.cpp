@@ -222,6 +222,14 @@ TEST(LammpsDump, damageIsReportedWithItsLineAndReason) {
     EXPECT_EQ(faultIn("ITEM: ENTRIES index\n"), "line 1: 'ITEM: ENTRIES index' is not understood");
     EXPECT_EQ(faultIn("ITEM: BOX BOUNDS pp pp pp\n0\n"),
               "line 2: '0' are not the 2 numbers of the box's limits");
+    EXPECT_EQ(faultIn("ITEM: BOX BOUNDS pp pp pp\n0 1\n0 1 0.5\n"),
+              "line 3: '0 1 0.5' are not the 2 numbers of the box's limits")
+        << "a tilt that the item does not name";
+    EXPECT_EQ(faultIn("ITEM: BOX BOUNDS xy xz yz pp pp pp\n0 1 0 7\n"),
+              "line 2: '0 1 0 7' are not the 3 numbers of the box's limits");
+    EXPECT_EQ(faultIn("ITEM: BOX BOUNDS abc origin pp pp pp\n1 0 0 0 5\n"),
+              "line 2: '1 0 0 0 5' are not the 4 numbers of the box's limits");
+    EXPECT_EQ(faultIn("ITEM: TIME\n2.5 3\n"), "line 2: '2.5' is not a time");
     EXPECT_EQ(faultIn("ITEM: ATOMS x y z\n"), "line 1: the frame's time step is missing");
     EXPECT_EQ(faultIn("ITEM: TIMESTEP\n1\nITEM: ATOMS x y z\n"),
               "line 3: the frame's number of atoms is missing");

@@ -120,6 +120,19 @@ TEST(LasFile, pointsOfTheNewerFormatsAreRead) {
     EXPECT_EQ(frame.colors->full, 255) << "colors of 8 bits";
 }
 
+TEST(LasFile, colorsThatAreAllZeroAreNone) {
+    std::string black = older(100, 2);
+    put<std::uint16_t>(black, 28, 0);
+    put<std::uint16_t>(black, 32, 0);
+    ParticleFrame frame = readLas(las(2, 3, 34, {black, black}), nobody).value().frame;
+    EXPECT_FALSE(frame.colors);
+    EXPECT_THAT(frame.notes, ElementsAre("all of its colors are 0: it is taken to have none"));
+    EXPECT_NE(frame.channel("red"), nullptr) << "the numbers stay";
+    frame = readLas(las(2, 3, 34, {black, older(200, 2)}), nobody).value().frame;
+    EXPECT_TRUE(frame.colors) << "some point is black";
+    EXPECT_TRUE(frame.notes.empty());
+}
+
 TEST(LasFile, whatCannotBeReadIsAFault) {
     EXPECT_THAT(faultIn(las(2, 128 + 3, 34, {older(1, 1)})), HasSubstr("is compressed as LAZ"));
     EXPECT_THAT(faultIn(las(2, 11, 34, {older(1, 1)})), HasSubstr("the format 11"));

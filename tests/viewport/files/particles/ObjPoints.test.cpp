@@ -40,6 +40,17 @@ TEST(ObjPoints, verticesMayHaveColorsOrWeights) {
     EXPECT_THAT(frameOf("v 1 2 3 1\n").channel("w")->values, ElementsAre(1));
 }
 
+TEST(ObjPoints, colorsThatAreAllOutOfRangeAreNone) {
+    for (char const* const text :
+         {"v 1 2 3 -1 0.5 1\nv 4 5 6 0 0 -2\n", "v 1 2 3 1e9 0 0\n", "v 1 2 3 nan 0 0\n"}) {
+        ParticleFrame const frame = frameOf(text);
+        EXPECT_FALSE(frame.colors) << text;
+        EXPECT_EQ(frame.notes.size(), 1U);
+        EXPECT_EQ(frame.channels.size(), 3U) << "the numbers stay";
+    }
+    EXPECT_TRUE(frameOf("v 1 2 3 -1 0.5 1\nv 4 5 6 0 0 1\n").colors);
+}
+
 TEST(ObjPoints, meshesAndOtherTextsAreNoPoints) {
     for (std::string const& text :
          {mesh_texts::triangleObj, std::string("v 0 0 0\nl 1 1\n"), std::string("v 0 0\n"),
