@@ -145,12 +145,12 @@ void InfoDocument::addParticles(LoadedFrame const& loaded) {
     for (ParticleVector const& vector : frame.vectors) {
         vectors.push_back(vector.name);
     }
-    Json cell;
+    Json box;
     if (frame.box) {
-        ParticleBox const& box = *frame.box;
-        cell = {{"origin", toJson(box.origin)},
-                {"edges", {toJson(box.edges[0]), toJson(box.edges[1]), toJson(box.edges[2])}},
-                {"periodic", box.isPeriodic}};
+        box = {{"origin", toJson(frame.box->origin)},
+               {"edges",
+                {toJson(frame.box->edges[0]), toJson(frame.box->edges[1]), toJson(frame.box->edges[2])}},
+               {"periodic", frame.box->isPeriodic}};
     }
     std::optional<Box3<double>> const bounds = boundsOf(frame);
     (*document)["files"].push_back({{"file", frame.file},
@@ -170,8 +170,9 @@ void InfoDocument::addParticles(LoadedFrame const& loaded) {
                                     {"particles", frame.positions.size()},
                                     {"velocities", frame.velocity() != nullptr},
                                     {"channels", channels},
-                                    {"cell", cell},
+                                    {"box", box},
                                     {"bounds", bounds ? toJson(*bounds) : Json()},
+                                    {"notes", frame.notes},
                                     {"warning", orNull(loaded.warning)}});
 }
 

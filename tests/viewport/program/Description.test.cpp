@@ -49,7 +49,7 @@ TEST(Description, theDocumentIsJsonWithTheSameFacts) {
     EXPECT_EQ(file["bounds"]["to"], (std::vector<double>{1, 2, 3}));
     EXPECT_EQ(file["channels"][0]["mean"], 2.0);
     EXPECT_EQ(file["channels"][0]["undefined"], 1);
-    EXPECT_TRUE(file["cell"].is_null());
+    EXPECT_TRUE(file["box"].is_null());
     EXPECT_TRUE(json["driver"].is_null());
     EXPECT_EQ(json["pictures"][0]["camera"], "--view top");
 }
@@ -70,6 +70,8 @@ TEST(Description, everythingThatParticlesHaveIsTold) {
     loaded.frame.channels[0].unit = "K";
     loaded.frame.labels.push_back({"species", {"Si", "O"}, {0, 1, 1}, true});
     loaded.frame.typeNames[3] = "Fe";
+    loaded.frame.box = ParticleBox{{1, 2, 3}, {{4, 0, 0}, {0, 5, 0}, {0, 0, 6}}, {true, false, true}};
+    loaded.frame.notes = {"it is odd"};
     InfoDocument document;
     document.addParticles(loaded);
     nlohmann::json const file = nlohmann::json::parse(document.toText())["files"][0];
@@ -80,6 +82,12 @@ TEST(Description, everythingThatParticlesHaveIsTold) {
     EXPECT_EQ(file["labels"][0]["elements"], true);
     EXPECT_EQ(file["types"][0]["name"], "Fe");
     EXPECT_EQ(file["up"], "z");
+    EXPECT_EQ(file["box"]["origin"], (std::vector<double>{1, 2, 3}));
+    EXPECT_EQ(file["box"]["edges"][1], (std::vector<double>{0, 5, 0}));
+    EXPECT_EQ(file["box"]["periodic"].dump(), "[true,false,true]");
+    EXPECT_EQ(file["notes"].dump(), "[\"it is odd\"]");
+    EXPECT_THAT(describeParticles(loaded), HasSubstr("box from:                       1, 2, 3\n"))
+        << "the text calls it as the document does";
     EXPECT_THAT(describeParticles(loaded), HasSubstr("channel t [K]:"));
     EXPECT_THAT(describeParticles(loaded), HasSubstr("elements species:               Si, O\n"));
 }
