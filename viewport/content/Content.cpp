@@ -68,7 +68,7 @@ std::optional<Fault> loadMesh(MeshFile const& source, std::string const& file, O
             observer.note(missing);
         }
     }
-    content.up = content.up.value_or(mesh.value().up);
+    content.addUp({file, mesh.value().up});
     content.hasAnimations = content.hasAnimations || !mesh.value().animations.empty();
     observer.meshRead(file, mesh.value());
     content.meshes.push_back(std::move(mesh.value()));
@@ -89,7 +89,7 @@ std::optional<Fault> loadParticles(std::string const& name, Content& content, Lo
         observer.note({loaded.frame.file, loaded.warning});
     }
     content.hasTimes = content.hasTimes || hasTimes(loaded);
-    content.up = content.up.value_or(UpAxis::Z);
+    content.addUp({loaded.frame.file, UpAxis::Z});
     observer.particlesRead(loaded);
     content.particles.push_back(std::move(loaded.frame));
     return std::nullopt;
@@ -161,6 +161,27 @@ std::optional<Fault> loadFile(std::string const& path, Options const& options, C
     return options.isSeries ? std::nullopt : loadParticles(file.value(), options, content, observer);
 }
 
+/// What hides the colors of each mesh; empty: nothing.
+std::vector<std::string> coversOf(Options const& options, std::size_t meshCount) {
+    std::vector<std::string> covers;
+    for (std::size_t i = 0; i < meshCount; ++i) {
+        covers.emplace_back(options.hasEffect(i)       ? "the effect"
+                            : !options.texture.empty() ? "the texture"
+                            : options.mesh.color       ? "the one color of all meshes"
+                                                       : "");
+    }
+    return covers;
+}
+
+/// Says once where files disagree on what is up, unless it is given.
+void noteUp(Options const& options, Content const& content, LoadObserver& observer) {
+    if (!options.up && content.otherUp) {
+        observer.note({content.otherUp->file, wordOf(content.otherUp->up) + " is up in it, but " +
+                                                  wordOf(content.up->up) + " in " + content.up->file +
+                                                  ", which decides unless --up is given"});
+    }
+}
+
 Result<Content> loadAll(Options const& options, LoadObserver& observer) {
     Content content;
     std::vector<std::string> particleFiles;
@@ -177,6 +198,7 @@ Result<Content> loadAll(Options const& options, LoadObserver& observer) {
         observer.note(
             {"", "the files look like a series and are shown together; --series shows one frame of it"});
     }
+    noteUp(options, content, observer);
     return content;
 }
 
@@ -191,11 +213,9 @@ Result<Subject> prepareAll(Options const& options, Content& content, LoadObserve
         texture = picture.value();
     }
     passOn(observer);
-    // Nothing is colored by values that something else covers.
-    bool const areCovered = texture != nullptr || options.mesh.color || options.effect;
-    Result<ParticleLook> look = areCovered
-                                    ? viewport::lookOf(content.particles, options.particles)
-                                    : viewport::lookOf(content.particles, options.particles, content.meshes);
+    std::vector<std::string> const covers = coversOf(options, content.meshes.size());
+    Result<ParticleLook> look =
+        viewport::lookOf(content.particles, options.particles, content.meshes, covers);
     if (!look.isOk()) {
         return look.fault();
     }
@@ -203,11 +223,13 @@ Result<Subject> prepareAll(Options const& options, Content& content, LoadObserve
         observer.note(loss);
     }
     passOn(observer);
-    colorMeshes(content.meshes, look.value());
+    colorMeshes(content.meshes, look.value(), covers);
     passOn(observer);
     Scene scene(content.meshes, texture, std::move(content.particles), look.value(),
                 options.mesh.importPreview ? Scene::Imports::KEPT : Scene::Imports::DROPPED,
-                options.up ? options.up : content.up);
+                options.up   ? options.up
+                : content.up ? std::optional<UpAxis>(content.up->up)
+                             : std::nullopt);
     passOn(observer);
     Subject subject{std::move(scene), std::move(look.value()), std::nullopt};
     if (options.effect) {
@@ -227,6 +249,14 @@ Fault cancelled() {
 }
 
 }  // namespace
+
+void Content::addUp(UpOfFile const& file) {
+    if (!up) {
+        up = file;
+    } else if (!otherUp && file.up != up->up) {
+        otherUp = file;
+    }
+}
 
 Result<Content> Content::load(Options const& options, LoadObserver& observer) {
     try {

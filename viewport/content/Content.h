@@ -15,18 +15,28 @@
 
 namespace vellum::viewport {
 
+/// What is up in a file.
+struct UpOfFile {
+    std::string file;
+    UpAxis up;
+};
+
 /// What the files hold.
 struct Content {
     std::vector<MeshData> meshes;
     std::vector<ParticleFrame> particles;
     std::vector<std::string> textures;  ///< files that the meshes name
-    std::optional<UpAxis> up;           ///< of the first file
+    std::optional<UpOfFile> up;         ///< of the first file
+    std::optional<UpOfFile> otherUp;    ///< of the first file that disagrees with it
     bool hasAnimations = false;         ///< of meshes
     bool hasTimes = false;              ///< of particles
 
     /// Reads the files of the options. Prints nothing, and may be called on any thread, beside a context on another one.
     /// \return the content, or the fault of the first file that cannot be read; where the observer cancels, a fault that says so
     static Result<Content> load(Options const& options, LoadObserver& observer);
+
+    /// Takes down what is up in the next file.
+    void addUp(UpOfFile const& file);
 };
 
 /// What is drawn.

@@ -70,7 +70,11 @@ std::vector<Fault> idleOptions(Options const& options, ShownKinds const& shown) 
                   "there are no particles");
     }
     if (!shown.hasParticles && !shown.hasMeshValues) {
-        lines.add({"--channel", "--range", "--log", "--colors", "--colormap", "--no-bar"},
+        if (!shown.areMeshValuesHidden) {
+            lines.add({"--channel"},
+                      shown.hasMeshes ? "no values of meshes are shown" : "there are no particles");
+        }
+        lines.add({"--range", "--log", "--colors", "--colormap", "--no-bar"},
                   shown.hasMeshes ? "no values of meshes are shown" : "there are no particles");
     } else if (shown.coloring != ParticleColoring::VALUES && !shown.hasMeshValues) {
         lines.add({"--range", "--log", "--colors", "--colormap"}, reasonOf(shown.coloring));

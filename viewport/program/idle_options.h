@@ -16,10 +16,11 @@ struct ShownKinds {
     bool hasAnimations = false;  ///< of meshes
     bool hasTimes = false;       ///< of frames of particles
     ParticleColoring coloring = ParticleColoring::NOTHING;
+    bool areMeshValuesHidden = false;  ///< as in ParticleLook, which has a note of it
 };
 
-/// The options of the command line that change nothing that is shown, one line for each: "--percent has no effect: ...". Those of
-/// a configuration are not among them, since they are meant for other files too.
+/// The options of the command line that change nothing that is shown, one line for each: "--percent has no
+/// effect: ...". Those of a configuration are not among them, since they are meant for other files too.
 std::vector<Fault> idleOptions(Options const& options, ShownKinds const& shown);
 
 }  // namespace vellum::viewport

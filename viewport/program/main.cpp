@@ -152,6 +152,7 @@ std::optional<Failure> run(Options const& options) {
     shown.hasAnimations = content.hasAnimations;
     shown.hasTimes = content.hasTimes;
     shown.coloring = subject.look.coloring;
+    shown.areMeshValuesHidden = subject.look.areMeshValuesHidden;
     for (Fault const& idle : idleOptions(options, shown)) {
         note(options, idle);
     }

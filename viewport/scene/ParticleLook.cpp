@@ -3,6 +3,7 @@
 #include "viewport/scene/ParticleKinds.h"
 #include "viewport/scene/Quantity.h"
 #include "viewport/scene/scalar_colors.h"
+#include "viewport/text/joined.h"
 
 #include <algorithm>
 #include <cmath>
@@ -17,12 +18,8 @@ namespace {
 
 using Frames = std::vector<ParticleFrame>;
 
-std::string joined(std::vector<std::string> const& names) {
-    std::string text;
-    for (std::string const& name : names) {
-        text += (text.empty() ? "" : ", ") + name;
-    }
-    return text.empty() ? "none" : text;
+std::string listed(std::vector<std::string> const& names) {
+    return names.empty() ? "none" : joined(names);
 }
 
 std::string countOf(std::size_t some, std::size_t all) {
@@ -68,14 +65,15 @@ std::string scalarNames(MeshData const& mesh) {
     for (MeshScalar const& scalar : mesh.scalars) {
         names.push_back(scalar.name);
     }
-    return joined(names);
+    return listed(names);
 }
 
 /// Makes the look of one set of frames, step by step.
 class LookMaker {
 public:
-    LookMaker(Frames const& frames, ParticleOptions const& options, std::vector<MeshData> const& meshes)
-        : frames(frames), meshes(meshes), options(options) {}
+    LookMaker(Frames const& frames, ParticleOptions const& options, std::vector<MeshData> const& meshes,
+              std::vector<std::string> const& covers)
+        : frames(frames), meshes(meshes), covers(covers), options(options) {}
 
     Result<ParticleLook> make() {
         look.size = options.size;
@@ -96,6 +94,9 @@ public:
             }
         }
         for (std::size_t i = 0; i < frames.size(); ++i) {
+            for (std::string const& note : frames[i].notes) {
+                _note(frames[i], note);
+            }
             _noteSizes(frames[i], look.choices[i]);
             _notePrecision(frames[i], look.choices[i]);
         }
@@ -212,7 +213,8 @@ private:
     // == Colors ==
 
     std::optional<Fault> _chooseColors() {
-        bool const isOfMeshes = !scalars.empty() && !_hasAnyFrame(options.channel);
+        bool const isOfMeshes =
+            (!scalars.empty() || look.areMeshValuesHidden) && !_hasAnyFrame(options.channel);
         std::optional<Fault> fault = look.areArrowsMeasured                  ? _showArrows()
                                      : options.channel.empty() || isOfMeshes ? _showWhatSuits()
                                                                              : _showChannel();
@@ -221,7 +223,7 @@ private:
             look.scale = std::nullopt;
             look.coloring = ParticleColoring::NOTHING;
             _note(frames.front(),
-                  "has no channel '" + options.channel + "', which the meshes show: it is not colored");
+                  "has no channel '" + options.channel + "', which the meshes have: it is not colored");
         }
         if (!fault && !scalars.empty()) {
             fault = _showScalars();
@@ -282,7 +284,7 @@ private:
     }
 
     std::string _lackOf(ParticleFrame const& frame) const {
-        return "has no channel '" + options.channel + "' (it has: " + joined(Quantity::names(frame)) + ")";
+        return "has no channel '" + options.channel + "' (it has: " + listed(Quantity::names(frame)) + ")";
     }
 
     /// Whether something is asked for that only values have.
@@ -416,13 +418,29 @@ private:
     }
 
     void _findScalars() {
-        for (MeshData const& mesh : meshes) {
-            MeshScalar const* const scalar =
-                options.channel.empty() ? nullptr : findScalar(mesh, options.channel);
-            if (scalar != nullptr) {
-                scalars.push_back({&mesh, scalar});
+        for (std::size_t i = 0; i < meshes.size() && !options.channel.empty(); ++i) {
+            MeshScalar const* const scalar = findScalar(meshes[i], options.channel);
+            if (scalar == nullptr) {
+                continue;
             }
+            if (!_isCovered(i)) {
+                scalars.push_back({&meshes[i], scalar});
+                continue;
+            }
+            look.areMeshValuesHidden = true;
+            look.notes.push_back(
+                {meshes[i].name, "its channel '" + options.channel + "' is hidden by " + covers[i]});
         }
+    }
+
+    bool _isCovered(std::size_t mesh) const { return mesh < covers.size() && !covers[mesh].empty(); }
+
+    bool _areAllCovered() const {
+        std::size_t mesh = 0;
+        while (mesh < meshes.size() && _isCovered(mesh)) {
+            ++mesh;
+        }
+        return mesh == meshes.size();
     }
 
     /// Whether some frame has what is asked for, as values or as kinds.
@@ -448,7 +466,7 @@ private:
         if (!scalars.empty()) {
             return _showScalars();
         }
-        if (options.channel.empty() || meshes.empty()) {
+        if (options.channel.empty() || look.areMeshValuesHidden || _areAllCovered()) {
             return std::nullopt;
         }
         std::string others;
@@ -537,11 +555,22 @@ private:
 
     void _noteColors(ParticleFrame const& frame, ParticleChoice const& choice) {
         std::size_t lacking = 0;
+        std::size_t outside = 0;
         for (std::size_t i = 0; i < choice.count; ++i) {
-            bool const isKnown = std::all_of(
-                frame.colors->columns.begin(), frame.colors->columns.end(),
-                [&](std::size_t column) { return !std::isnan(frame.channels[column].values[choice[i]]); });
+            bool isKnown = true;
+            bool isInside = true;
+            for (std::size_t const column : frame.colors->columns) {
+                double const part = frame.channels[column].values[choice[i]];
+                isKnown = isKnown && !std::isnan(part);
+                isInside = isInside && part >= 0 && part <= frame.colors->full;
+            }
             lacking += isKnown ? 0 : 1;
+            outside += isKnown && !isInside ? 1 : 0;
+        }
+        if (outside > 0) {
+            _note(frame, countOf(outside, choice.count) + " particles have colors outside 0 to " +
+                             std::to_string(static_cast<int>(frame.colors->full)) +
+                             ", which are shown as the nearest inside");
         }
         if (lacking > 0) {
             _note(frame, countOf(lacking, choice.count) + " particles have no color and are shown gray");
@@ -665,7 +694,8 @@ private:
 
     Frames const& frames;
     std::vector<MeshData> const& meshes;
-    std::vector<ScalarOfMesh> scalars;  // of the meshes that have what is asked for
+    std::vector<std::string> const& covers;
+    std::vector<ScalarOfMesh> scalars;  // of the uncovered meshes that have what is asked for
     ParticleOptions const& options;
     std::vector<ParticlePlaces> places;  // of each frame
     std::string kindName;                // of the kinds that are tried
@@ -695,11 +725,11 @@ std::optional<ParticleKinds> ParticleLook::kinds(ParticleFrame const& frame) con
 }
 
 Result<ParticleLook> lookOf(std::vector<ParticleFrame> const& frames, ParticleOptions const& options,
-                            std::vector<MeshData> const& meshes) {
+                            std::vector<MeshData> const& meshes, std::vector<std::string> const& covers) {
     if (frames.empty() && meshes.empty()) {
         return ParticleLook{};
     }
-    return LookMaker(frames, options, meshes).make();
+    return LookMaker(frames, options, meshes, covers).make();
 }
 
 }  // namespace vellum::viewport

@@ -29,13 +29,16 @@ void colorByScalar(MeshData& mesh, MeshScalar const& scalar, ValueScale const& s
     }
 }
 
-void colorMeshes(std::vector<MeshData>& meshes, ParticleLook const& look) {
+void colorMeshes(std::vector<MeshData>& meshes, ParticleLook const& look,
+                 std::vector<std::string> const& covers) {
     if (!look.meshScale) {
         return;
     }
-    for (MeshData& mesh : meshes) {
-        if (MeshScalar const* const scalar = findScalar(mesh, look.meshScale->name)) {
-            colorByScalar(mesh, *scalar, *look.meshScale, look.colors);
+    for (std::size_t i = 0; i < meshes.size(); ++i) {
+        bool const isCovered = i < covers.size() && !covers[i].empty();
+        MeshScalar const* const scalar = isCovered ? nullptr : findScalar(meshes[i], look.meshScale->name);
+        if (scalar != nullptr) {
+            colorByScalar(meshes[i], *scalar, *look.meshScale, look.colors);
         }
     }
 }

@@ -93,6 +93,26 @@ TEST(Content, aTimeNeedsTimes) {
     EXPECT_TRUE(load({folder.write("b.xyz", "1\nTime=2\nH 0 0 0\n")}).value().hasTimes);
 }
 
+TEST(Content, filesThatDisagreeOnWhatIsUpHaveOneNote) {
+    TemporaryFolder const folder;
+    std::string const mesh = folder.write("a.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    std::string const first = folder.write("b.xyz", "1\n\n0 0 0\n");
+    std::string const second = folder.write("c.xyz", "1\n\n1 0 0\n");
+    auto const notesOf = [](std::vector<std::string> const& files, std::optional<UpAxis> up) {
+        Options options;
+        options.files = files;
+        options.up = up;
+        testing::internal::CaptureStderr();
+        EXPECT_TRUE(Content::load(options).isOk());
+        return testing::internal::GetCapturedStderr();
+    };
+    EXPECT_EQ(notesOf({mesh, first, second}, std::nullopt), "vl_viewport: " + first +
+                                                                ": z is up in it, but y in " + mesh +
+                                                                ", which decides unless --up is given\n");
+    EXPECT_EQ(notesOf({mesh, first}, UpAxis::Y), "");
+    EXPECT_EQ(notesOf({first, second}, std::nullopt), "");
+}
+
 TEST(Content, aMeshCanComeFromAPipe) {
     TemporaryFolder const folder;
     Result<Content> const content = loadFromPipe(folder, "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");

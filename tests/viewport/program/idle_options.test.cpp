@@ -45,6 +45,15 @@ TEST(idleOptions, aRangeNeedsValues) {
                 ElementsAre("--percent has no effect: there are no particles"));
 }
 
+TEST(idleOptions, ofAChannelThatIsHiddenANoteTells) {
+    Options options;
+    options.given = {"--channel", "--log"};
+    ShownKinds hidden = MESHES;
+    EXPECT_EQ(linesOf(options, hidden).size(), 2U);
+    hidden.areMeshValuesHidden = true;
+    EXPECT_THAT(linesOf(options, hidden), ElementsAre("--log has no effect: no values of meshes are shown"));
+}
+
 TEST(idleOptions, onlyAJpegHasAQuality) {
     Options options;
     options.given = {"--quality"};

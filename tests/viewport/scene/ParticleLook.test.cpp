@@ -455,11 +455,20 @@ TEST(ParticleLook, colorsOfTheFileAreShownFirst) {
     EXPECT_EQ(result.color(0), (Parts{1, 0, 0}));
     EXPECT_EQ(result.color(1), (Parts{0, 0.2F, 1}));
     EXPECT_EQ(result.color(2), parts(ValueColors().undefined()));
-    ASSERT_EQ(result.look.notes.size(), 1U);
-    EXPECT_EQ(result.look.notes.front().line(),
+    ASSERT_EQ(result.look.notes.size(), 2U);
+    EXPECT_EQ(result.look.notes.front().line(), "folder/row.xyz: 1 of 3 particles have colors outside 0 to "
+                                                "255, which are shown as the nearest inside");
+    EXPECT_EQ(result.look.notes.back().line(),
               "folder/row.xyz: 1 of 3 particles have no color and are shown gray");
     EXPECT_TRUE(look({data}, channel("speed")).scale);
     EXPECT_TRUE(look({data}, mode(ParticleMode::ARROWS)).scale) << "arrows show how long they are";
+}
+
+TEST(ParticleLook, notesOfAFileAreNotesOfItsLook) {
+    ParticleFrame data = row(2);
+    data.notes = {"it is taken otherwise"};
+    ASSERT_EQ(look({data}).notes.size(), 1U);
+    EXPECT_EQ(look({data}).notes[0].line(), "folder/row.xyz: it is taken otherwise");
 }
 
 // == What cannot be drawn ==

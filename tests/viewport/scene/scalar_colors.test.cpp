@@ -138,6 +138,34 @@ TEST(ScalarColors, particlesAndMeshesShareOneScale) {
     EXPECT_FALSE(look.meshScale);
 }
 
+TEST(ScalarColors, meshesThatAreCoveredKeepTheirColorsAndHaveANote) {
+    std::vector<MeshData> meshes{named(meshWith({0, 4}), "a.ply"), named(meshWith({6, 10}), "b.ply")};
+    std::vector<std::string> const covers{"the effect"};
+    ParticleLook look = lookOf({}, heat(), meshes, covers).value();
+    EXPECT_EQ(look.meshScale->range.low, 6) << "what is covered has no part in the scale";
+    ASSERT_EQ(look.notes.size(), 1U);
+    EXPECT_EQ(look.notes[0].line(), "a.ply: its channel 'heat' is hidden by the effect");
+    colorMeshes(meshes, look, covers);
+    EXPECT_EQ(meshes[0].colors[0].a, 0.5F);
+    EXPECT_EQ(meshes[0].materials[0].texture, "skin.png");
+    EXPECT_EQ(meshes[1].colors[0].r, RampColors().low.r);
+
+    std::vector<std::string> const both{"the texture", "the texture"};
+    look = lookOf({}, heat(), meshes, both).value();
+    EXPECT_FALSE(look.meshScale);
+    EXPECT_TRUE(look.areMeshValuesHidden);
+    EXPECT_EQ(look.notes.size(), 2U);
+    Result<ParticleLook> const particles = lookOf({withChannel("mass", {1, 2})}, heat(), meshes, both);
+    ASSERT_TRUE(particles.isOk()) << particles.fault().line();
+    EXPECT_FALSE(particles.value().scale);
+    EXPECT_EQ(particles.value().notes.size(), 3U) << "neither meshes nor particles show it";
+
+    ParticleOptions unknown;
+    unknown.channel = "cold";
+    EXPECT_TRUE(lookOf({}, unknown, meshes, both).isOk()) << "no mesh could show any channel";
+    EXPECT_FALSE(lookOf({}, unknown, meshes, covers).isOk());
+}
+
 TEST(ScalarColors, valuesHaveTheColorsOfTheMap) {
     MeshData mesh = meshWith({0, 5, 10, 11, NOT_A_NUMBER});
     colorByScalar(mesh, mesh.scalars[0], scaleOf({0, 10}), blackToRed());
