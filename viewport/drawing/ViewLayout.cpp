@@ -1,7 +1,10 @@
 #include "viewport/drawing/ViewLayout.h"
 
 #include "viewport/drawing/overlays/ColorBar.h"
+#include "viewport/drawing/overlays/ColorKeys.h"
 #include "viewport/drawing/overlays/ColorLegend.h"
+#include "viewport/drawing/overlays/key_sizes.h"
+#include "viewport/files/mesh/points.h"
 
 #include <algorithm>
 #include <utility>
@@ -16,13 +19,36 @@ void append(std::vector<Point>& points, std::vector<Point> const& more) {
     points.insert(points.end(), more.begin(), more.end());
 }
 
-/// What says what the colors of particles and meshes mean, or null. Where particles and meshes show different things
-/// it is those of the meshes, for which was asked.
-std::unique_ptr<ColorKey> keyOf(ParticleStyle const& style, PictureSize const& size) {
-    if (std::optional<ValueScale> const& scale = style.meshScale ? style.meshScale : style.scale) {
-        return std::make_unique<ColorBar>(*scale, ValueColors(style.colors, style.colorMap), size);
+/// What says what the colors of particles mean, or null.
+/// \param right pixels at the picture's right side that are left to another key
+std::unique_ptr<ColorKey> keyOfParticles(ParticleStyle const& style, PictureSize const& size, int right) {
+    if (style.scale) {
+        ValueColors const colors(style.colors, style.colorMap);
+        return std::make_unique<ColorBar>(*style.scale, colors, size, right);
     }
-    return style.legend ? std::make_unique<ColorLegend>(*style.legend, size) : nullptr;
+    return style.legend ? std::make_unique<ColorLegend>(*style.legend, size, right) : nullptr;
+}
+
+/// What says what the colors of particles and meshes mean, or null. Where they show different things the bar of the
+/// meshes, for which was asked, stands in the usual place, and the key of the particles at its left.
+std::unique_ptr<ColorKey> keyOf(ParticleStyle const& style, PictureSize const& size,
+                                std::vector<Fault>& notes) {
+    if (!style.meshScale) {
+        return keyOfParticles(style, size, 0);
+    }
+    auto bar = std::make_unique<ColorBar>(*style.meshScale, ValueColors(style.colors, style.colorMap), size);
+    bool const isShared = style.scale && style.scale->name == style.meshScale->name;
+    std::unique_ptr<ColorKey> others = isShared ? nullptr : keyOfParticles(style, size, bar->reservedWidth());
+    if (others == nullptr || !bar->isShown()) {
+        return bar;
+    }
+    // Together they get no more room than one alone.
+    if (!others->isShown() || bar->reservedWidth() + others->reservedWidth() > KeySizes(size).widest) {
+        notes.push_back({"", "there is no room to say what the colors of the particles mean; the bar is that "
+                             "of the meshes"});
+        return bar;
+    }
+    return std::make_unique<ColorKeys>(std::move(bar), std::move(others));
 }
 
 /// What of a box is inside of another one; of the first, a point where they are apart.
@@ -36,14 +62,10 @@ Box3<double> common(Box3<double> const& box, Box3<double> const& clip) {
 
 /// Around the box in the frame of the scene.
 Box3<double> boxInScene(Scene const& scene, Box3<double> const& box) {
-    Point const first = scene.placeToScene(box.min);
-    Box3<double> around{first, first};
-    for (Point const& corner : toolkit::cornersOf(box)) {
-        Point const p = scene.placeToScene(corner);
-        around.min = {std::min(around.min.x, p.x), std::min(around.min.y, p.y), std::min(around.min.z, p.z)};
-        around.max = {std::max(around.max.x, p.x), std::max(around.max.y, p.y), std::max(around.max.z, p.z)};
-    }
-    return around;
+    std::vector<Point> corners = toolkit::cornersOf(box);
+    std::transform(corners.begin(), corners.end(), corners.begin(),
+                   [&scene](Point const& corner) { return scene.placeToScene(corner); });
+    return boxAround(corners);
 }
 
 std::vector<Point> pointsToFrame(Scene const& scene, ViewStyle const& style) {
@@ -67,9 +89,9 @@ std::vector<Point> pointsToFrame(Scene const& scene, ViewStyle const& style) {
 
 ViewLayout ViewLayout::of(Scene const& scene, ViewStyle const& style, OceanScene const* ocean,
                           PictureSize const& size) {
-    ViewLayout layout{nullptr, ViewCamera(style.camera), std::nullopt, {}, size};
+    ViewLayout layout{nullptr, ViewCamera(style.camera), std::nullopt, {}, {}, size};
     if ((!scene.clouds().empty() || style.particles.meshScale) && style.explanations.hasBar) {
-        layout.key = keyOf(style.particles, size);
+        layout.key = keyOf(style.particles, size, layout.notes);
         layout.framedSize.width -= layout.key != nullptr ? layout.key->reservedWidth() : 0;
     }
     if (ocean != nullptr) {

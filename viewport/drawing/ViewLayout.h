@@ -14,13 +14,14 @@
 
 namespace vellum::viewport {
 
-/// Where everything is in a picture of one size: what explains the colors, and the camera that frames the scene beside it. Makes no GL
-/// calls, so that a camera can be told without OpenGL.
+/// Where everything is in a picture of one size: what explains the colors, and the camera that frames the
+/// scene beside it. Makes no GL calls, so that a camera can be told without OpenGL.
 struct ViewLayout {
-    std::unique_ptr<ColorKey>
-        key;  ///< what the colors of particles and meshes mean; null: nothing, or it is not wanted
+    /// What the colors of particles and meshes mean; null: nothing, or it is not wanted.
+    std::unique_ptr<ColorKey> key;
     ViewCamera camera;
     std::optional<Fault> fault;  ///< of a camera that is none; it must not be used
+    std::vector<Fault> notes;    ///< what there is no room for
 
     /// \param ocean that is shown in place of the scene, or null
     static ViewLayout of(Scene const& scene, ViewStyle const& style, OceanScene const* ocean,

@@ -28,7 +28,7 @@ Viewer::Viewer(Core_RL& layer, Scene const& scene, ViewStyle const& style, Effec
     , blended(layer, style.mesh, textures)
     , gizmo(layer, style.gizmo, scene.up())
     , cornerAxes(layer, scene.up())
-    , layout{nullptr, ViewCamera(style.camera), std::nullopt, {}, {}}
+    , layout{nullptr, ViewCamera(style.camera), std::nullopt, {}, {}, {}}
     , backdrop(layer) {
     for (Model const& model : scene.models()) {
         if (!style.mesh.importPreview && (effect == nullptr || !effect->covers(models.size()))) {
@@ -89,6 +89,11 @@ double Viewer::distanceOf(double depth) const {
 std::optional<Fault> Viewer::cameraFault(PictureSize const& size) {
     _layOut(size);
     return layout.fault;
+}
+
+std::vector<Fault> const& Viewer::notes(PictureSize const& size) {
+    _layOut(size);
+    return layout.notes;
 }
 
 void Viewer::drawLabels(Picture& picture) {

@@ -76,6 +76,9 @@ public:
     /// The fault of a camera that does not suit the scene, in pictures of this size. Nothing can be drawn then.
     std::optional<Fault> cameraFault(PictureSize const& size);
 
+    /// What a picture of this size has no room for.
+    std::vector<Fault> const& notes(PictureSize const& size);
+
     /// Draws what colors mean, a bar of values or a list of kinds, into a finished picture; nothing where there is
     /// neither or no room for it.
     void drawLabels(Picture& picture);

@@ -49,6 +49,9 @@ std::optional<Failure> PictureMaker::make(PictureOptions const& picture) {
     if (std::optional<Fault> const fault = viewer->cameraFault(picture.size)) {
         return Failure{USAGE_FAULT, *fault};
     }
+    for (Fault const& what : viewer.notes(picture.size)) {
+        note(options, {picture.out, what.message});
+    }
     if (picture.pick) {
         std::cout << lineOf(viewer->pick(picture.size, *picture.pick)) << '\n';
     }

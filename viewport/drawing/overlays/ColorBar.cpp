@@ -122,7 +122,7 @@ std::vector<ColorBar::Mark> ColorBar::marksOf(ValueScale const& scale, double ne
     return marks;
 }
 
-ColorBar::ColorBar(ValueScale const& scale, ValueColors const& colors, PictureSize const& size)
+ColorBar::ColorBar(ValueScale const& scale, ValueColors const& colors, PictureSize const& size, int right)
     : scale(scale), colors(colors), sizes(size) {
     int const height = std::max(1, static_cast<int>(std::lround(BAR_PART * size.height)));
     marks = marksOf(scale, 1.1 * sizes.text / height);
@@ -139,7 +139,7 @@ ColorBar::ColorBar(ValueScale const& scale, ValueColors const& colors, PictureSi
     }
     reserved = std::max(sizes.narrowest, sizes.swatch + sizes.text + texts + 2 * sizes.margin);
     fits = reserved <= sizes.widest && height >= 4 * sizes.text;
-    int const left = size.width - reserved + sizes.margin;
+    int const left = size.width - right - reserved + sizes.margin;
     bar = {left, (size.height - height) / 2, sizes.swatch, height};
 }
 

@@ -29,7 +29,8 @@ public:
         std::string text;
     };
 
-    ColorBar(ValueScale const& scale, ValueColors const& colors, PictureSize const& size);
+    /// \param right pixels at the picture's right side that are left to another key
+    ColorBar(ValueScale const& scale, ValueColors const& colors, PictureSize const& size, int right = 0);
 
     int reservedWidth() const override { return fits ? reserved : 0; }
     void draw(Picture& picture, Color4<float> const& ink) const override;
@@ -37,8 +38,8 @@ public:
     /// The area of the range, without its frame.
     PixelArea area() const { return bar; }
 
-    /// The values to be marked, the lowest first: both ends, and round numbers between them: whole ones of whole values,
-    /// powers of ten on a logarithmic scale. Only one where the range has no extent.
+    /// The values to be marked, the lowest first: both ends, and round numbers between them. Whole values
+    /// have whole marks, logarithmic scales powers of ten. A range without an extent has one mark.
     /// \param nearest the smallest distance of two marks, as a part of the range
     static std::vector<Mark> marksOf(ValueScale const& scale, double nearest);
 

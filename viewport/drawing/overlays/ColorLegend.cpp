@@ -15,8 +15,10 @@ constexpr unsigned int COUNT_STRENGTH = 165;  // counts are paler than names
 
 }  // namespace
 
-ColorLegend::ColorLegend(ParticleLegend const& legend, PictureSize const& size)
-    : sizes(size), size(size), rowHeight(static_cast<int>(std::lround(ROW_HEIGHT * sizes.text))) {
+ColorLegend::ColorLegend(ParticleLegend const& legend, PictureSize const& size, int right)
+    : sizes(size)
+    , edge(size.width - right)
+    , rowHeight(static_cast<int>(std::lround(ROW_HEIGHT * sizes.text))) {
     int const titleHeight = 2 * sizes.text;
     auto const space = static_cast<std::size_t>(
         std::max(0, static_cast<int>(LARGEST_PART * size.height) - titleHeight) / rowHeight);
@@ -52,16 +54,15 @@ int ColorLegend::_rowTop(std::size_t row) const {
 
 PixelArea ColorLegend::swatch(std::size_t entry) const {
     int const height = std::min(sizes.swatch, rowHeight - 2 * sizes.line - 2);
-    return {size.width - reserved + sizes.margin, _rowTop(entry) + (rowHeight - height) / 2, sizes.swatch,
-            height};
+    return {edge - reserved + sizes.margin, _rowTop(entry) + (rowHeight - height) / 2, sizes.swatch, height};
 }
 
 void ColorLegend::draw(Picture& picture, Color4<float> const& ink) const {
     if (!fits) {
         return;
     }
-    int const left = size.width - reserved + sizes.margin;
-    int const right = size.width - sizes.margin;
+    int const left = edge - reserved + sizes.margin;
+    int const right = edge - sizes.margin;
     int const inRow = (rowHeight - sizes.text) / 2;
     drawText(picture, ink, writer.write(title, sizes.text), left, top);
     for (std::size_t i = 0; i < rows.size(); ++i) {

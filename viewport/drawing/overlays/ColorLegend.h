@@ -24,7 +24,8 @@ public:
     /// More are not listed, however high the picture is.
     static constexpr std::size_t MOST_ENTRIES = 24;
 
-    ColorLegend(ParticleLegend const& legend, PictureSize const& size);
+    /// \param right pixels at the picture's right side that are left to another key
+    ColorLegend(ParticleLegend const& legend, PictureSize const& size, int right = 0);
 
     int reservedWidth() const override { return fits ? reserved : 0; }
     void draw(Picture& picture, Color4<float> const& ink) const override;
@@ -45,7 +46,7 @@ private:
 
     TextWriter writer;
     KeySizes sizes;
-    PictureSize size;
+    int edge;           // the column to the right of it
     std::string title;  // shortened
     std::vector<Row> rows;
     std::string rest;  // the line below them; empty: there is none
