@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <cmath>
 
 using namespace vellum;
@@ -178,5 +179,133 @@ TEST(ColorBar, itStaysAtTheRight) {
             EXPECT_GT(touchedColumns(picture).first, 640 - shown.reservedWidth());
             EXPECT_LT(touchedColumns(picture).second, 639);
         }
+    }
+}
+
+// == Letters and ticks ==
+
+namespace {
+
+constexpr PictureSize SIZE{1280, 720};
+Color4<float> const INK = Background{}.ink();
+
+struct Drawn {
+    Picture picture;
+    PixelArea area;    // of the range
+    PixelArea beside;  // to the right of it
+};
+
+Drawn drawn(ValueScale const& scale, std::string const& map = {}) {
+    ColorBar const shown(scale, ValueColors(RampColors{}, map), SIZE);
+    EXPECT_TRUE(shown.isShown());
+    Drawn result{blank(SIZE), shown.area(), {}};
+    shown.draw(result.picture, INK);
+    int const left = result.area.left + result.area.width + 1;
+    result.beside = {left, 0, SIZE.width - left, SIZE.height};
+    return result;
+}
+
+TextMask written(std::string const& text) {
+    return TextWriter().write(text, KeySizes(SIZE).text);
+}
+
+}  // namespace
+
+TEST(ColorBar, eachTickAndItsWholeTextStandAtTheValue) {
+    Drawn const shown = drawn(scale(-1, 1));
+    for (ColorBar::Mark const& mark : ColorBar::marksOf(scale(-1, 1), 0.07)) {
+        int const row =
+            shown.area.top + static_cast<int>(std::lround((1 - mark.value) / 2 * shown.area.height));
+        unsigned char const* const tick = pixelOf(shown.picture, shown.beside.left + 2, row);
+        EXPECT_GT(tick[0], 160) << mark.text;
+        EXPECT_TRUE(isBlank(shown.picture, shown.beside.left + 2, row - 3)) << "a tick is thin";
+        int const height = KeySizes(SIZE).text;
+        PixelArea const band{shown.beside.left, row - height / 2 - 1, shown.beside.width, height + 2};
+        std::optional<PixelArea> const text = findText(shown.picture, INK, written(mark.text), band);
+        ASSERT_TRUE(text) << mark.text;
+        EXPECT_GT(text->left, shown.beside.left + 4) << "behind the tick";
+    }
+}
+
+TEST(ColorBar, itsTitleStandsOverItWithTheUnit) {
+    ValueScale values = scale(0, 1);
+    values.unit = "m/s";
+    Drawn const shown = drawn(values);
+    PixelArea const above{shown.area.left - 4, 0, SIZE.width, shown.area.top};
+    EXPECT_TRUE(findText(shown.picture, INK, written("speed [m/s]"), above));
+}
+
+TEST(ColorBar, aLongTitleKeepsBothEnds) {
+    ValueScale values = scale(0, 1);
+    values.name = "the potential energy of all neighbors per atom";
+    Drawn const shown = drawn(values);
+    KeySizes const sizes(SIZE);
+    int const widest = bar(values, SIZE).reservedWidth() - 2 * sizes.margin;
+    std::string const title = TextWriter().shortened(values.name, sizes.text, widest);
+    EXPECT_LT(title.size(), values.name.size());
+    EXPECT_EQ(title.substr(0, 3), "the");
+    EXPECT_EQ(title.substr(title.size() - 4), "atom");
+    PixelArea const above{shown.area.left - 4, 0, SIZE.width, shown.area.top};
+    EXPECT_TRUE(findText(shown.picture, INK, written(title), above));
+}
+
+TEST(ColorBar, piecesOfTheirOwnSayWhatTheyAreAndHowMany) {
+    ValueScale values = scale(0, 1);
+    values.isExceeded = true;
+    values.undefinedCount = 1234;
+    Drawn shown = drawn(values);
+    PixelArea const above{shown.beside.left, 0, shown.beside.width, shown.area.top};
+    int const bottom = shown.area.top + shown.area.height;
+    PixelArea const below{shown.beside.left, bottom, shown.beside.width, SIZE.height - bottom};
+    EXPECT_TRUE(findText(shown.picture, INK, written("above"), above));
+    std::optional<PixelArea> const word = findText(shown.picture, INK, written("no value"), below);
+    std::optional<PixelArea> const count = findText(shown.picture, INK, written("1234"), below);
+    ASSERT_TRUE(word && count);
+    EXPECT_GE(count->top, word->top + word->height) << "one line under the other";
+    values.isLogarithmic = true;
+    values.range = {1, 10};
+    shown = drawn(values);
+    EXPECT_TRUE(findText(shown.picture, INK, written("undefined"), below));
+}
+
+TEST(ColorBar, everyMapRunsFromItsFirstColorAtTheBottomToItsLastAtTheTop) {
+    for (std::string const& name : toolkit::ColorMap::names()) {
+        Drawn const shown = drawn(scale(2, 5), name);
+        toolkit::ColorMap const map = toolkit::ColorMap::named(name);
+        ASSERT_GE(map.colors.size(), 2U);
+        int const x = shown.area.left + shown.area.width / 2;
+        auto const partsAt = [&](int y) {
+            unsigned char const* const pixel = pixelOf(shown.picture, x, y);
+            return std::array<int, 3>{pixel[0], pixel[1], pixel[2]};
+        };
+        struct Row {
+            int y;
+            Color4<float> color;
+        };
+        for (Row const& row : {Row{shown.area.top + shown.area.height - 1, map.colors.front()},
+                               Row{shown.area.top + shown.area.height / 2, map.at(0.5)},
+                               Row{shown.area.top, map.colors.back()}}) {
+            std::array<int, 3> const found = partsAt(row.y);
+            EXPECT_NEAR(found[0], 255 * row.color.r, 5) << name << " at " << row.y;
+            EXPECT_NEAR(found[1], 255 * row.color.g, 5) << name << " at " << row.y;
+            EXPECT_NEAR(found[2], 255 * row.color.b, 5) << name << " at " << row.y;
+        }
+    }
+}
+
+TEST(ColorBar, nothingIsCutOffAtTheBorders) {
+    ValueScale values = scale(-1e-7, 1e300);
+    values.name = "a name that is rather long";
+    values.unit = "kcal/mol";
+    values.isExceeded = true;
+    values.undefinedCount = 1'000'000'000;
+    for (PictureSize const size : {PictureSize{400, 225}, PictureSize{640, 480}, PictureSize{1280, 720},
+                                   PictureSize{480, 854}, PictureSize{1920, 400}}) {
+        ColorBar const shown = bar(values, size);
+        ASSERT_TRUE(shown.isShown()) << size.width;
+        Picture picture = blank(size);
+        shown.draw(picture, INK);
+        EXPECT_TRUE(isBorderBlank(picture)) << size.width << " x " << size.height;
+        EXPECT_GE(touchedColumns(picture).first, size.width - shown.reservedWidth());
     }
 }

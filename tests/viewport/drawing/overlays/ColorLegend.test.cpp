@@ -84,3 +84,84 @@ TEST(ColorLegend, itIsLeftOutOfSmallPicturesAndWithoutKinds) {
     }
     EXPECT_FALSE(ColorLegend(legend(0), {640, 480}).isShown());
 }
+
+// == Letters ==
+
+namespace {
+
+Color4<float> const INK = Background{}.ink();
+constexpr unsigned int PALE = 165;
+
+/// The area of the picture to the right of an entry's swatch, or to its left border.
+PixelArea rowOf(ColorLegend const& legend, std::size_t entry, PictureSize const& size) {
+    PixelArea const swatch = legend.swatch(entry);
+    int const left = swatch.left + swatch.width + 1;
+    return {left, swatch.top - 4, size.width - left, swatch.height + 8};
+}
+
+}  // namespace
+
+TEST(ColorLegend, besideEachSwatchStandItsNameAndItsCount) {
+    PictureSize const size{1280, 720};
+    ColorLegend const shown(legend(3), size);
+    Picture picture = blank(size);
+    shown.draw(picture, INK);
+    int const height = KeySizes(size).text;
+    for (std::size_t i = 0; i < 3; ++i) {
+        PixelArea const row = rowOf(shown, i, size);
+        TextWriter const writer;
+        std::optional<PixelArea> const name =
+            findText(picture, INK, writer.write("kind" + std::to_string(i), height), row);
+        std::optional<PixelArea> const count =
+            findText(picture, INK, writer.write(std::to_string(10 * i), height), row, PALE);
+        ASSERT_TRUE(name && count) << i;
+        EXPECT_GE(count->left, name->left + name->width);
+        EXPECT_LT(count->left + count->width, size.width) << "not cut off at the border";
+    }
+    PixelArea const above{shown.swatch(0).left - 4, 0, size.width, shown.swatch(0).top};
+    EXPECT_TRUE(findText(picture, INK, TextWriter().write("type", height), above)) << "the title";
+}
+
+TEST(ColorLegend, longNamesKeepBothEnds) {
+    PictureSize const size{1280, 720};
+    ParticleLegend kinds{"type", {{"molybdenum disulfide layer 12", kindColor(0), 5}}};
+    ColorLegend const shown(kinds, size);
+    Picture picture = blank(size);
+    shown.draw(picture, INK);
+    int const height = KeySizes(size).text;
+    PixelArea const row = rowOf(shown, 0, size);
+    // Whatever is kept of the middle, the drawn name is one of the shortened ones.
+    bool isFound = false;
+    for (int widest = 4 * height; widest < 10 * height && !isFound; ++widest) {
+        std::string const name = TextWriter().shortened(kinds.entries[0].text, height, widest);
+        ASSERT_EQ(name.substr(0, 2), "mo");
+        ASSERT_EQ(name.substr(name.size() - 2), "12");
+        isFound = findText(picture, INK, TextWriter().write(name, height), row).has_value();
+    }
+    EXPECT_TRUE(isFound);
+}
+
+TEST(ColorLegend, theLineBelowTheListSaysHowManyMoreThereAre) {
+    PictureSize const size{1280, 720};
+    ColorLegend const shown(legend(40), size);
+    Picture picture = blank(size);
+    shown.draw(picture, INK);
+    std::string const text = "and " + std::to_string(40 - shown.listedCount()) + " more";
+    PixelArea const last = shown.swatch(shown.listedCount() - 1);
+    PixelArea const below{last.left - 4, last.top + last.height, size.width, size.height};
+    EXPECT_TRUE(findText(picture, INK, TextWriter().write(text, KeySizes(size).text), below, PALE));
+}
+
+TEST(ColorLegend, nothingIsCutOffAtTheBorders) {
+    for (PictureSize const size : {PictureSize{400, 225}, PictureSize{640, 480}, PictureSize{1280, 720},
+                                   PictureSize{480, 854}, PictureSize{1920, 400}}) {
+        for (std::size_t const count : {1U, 7U, 24U, 1000U}) {
+            ColorLegend const shown(legend(count, "a long name of a kind "), size);
+            ASSERT_TRUE(shown.isShown()) << size.width;
+            Picture picture = blank(size);
+            shown.draw(picture, INK);
+            EXPECT_TRUE(isBorderBlank(picture)) << size.width << " x " << size.height << ", " << count;
+            EXPECT_GE(touchedColumns(picture).first, size.width - shown.reservedWidth());
+        }
+    }
+}
