@@ -11,8 +11,8 @@
 
 namespace vellum::viewport {
 
-/// What the program knows about files, pictures and driver, as JSON for other programs. Lengths are in units of the files; what
-/// is not known or not finite is null.
+/// What the program knows about files, pictures and driver, as JSON for other programs. Lengths are in units
+/// of the files. What is not known or not finite is null.
 class InfoDocument {
 public:
     InfoDocument();

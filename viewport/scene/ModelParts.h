@@ -13,7 +13,8 @@
 
 namespace vellum::viewport {
 
-/// What one material covers of a model: a mesh of one color, or of one texture, or with a color per vertex, or both.
+/// What one material covers of a model: a mesh of one color, or of one texture, or with a color per vertex,
+/// or both.
 struct ModelPart {
     /// The name of the mesh's channel of texture coordinates.
     static constexpr char CHANNEL[] = "uv";
@@ -31,8 +32,8 @@ struct ModelPart {
     float alphaCutoff = 0.5F;                ///< only with AlphaMode::MASK
     bool isBlended = false;  ///< something shines through somewhere: it is drawn from the back to the front
 
-    // What a mesh renderer does not know: a color for each vertex, with its opacity. All are empty where one color is
-    // enough and nothing shines through. The triangles are those of the mesh, in the same order.
+    // What a mesh renderer does not know: a color for each vertex, with its opacity. All are empty where one
+    // color is enough and nothing shines through. The triangles are those of the mesh, in the same order.
     Array<Vector3<double>> vertices;
     Array<Tuple3<unsigned int>> triangles;
     Array<Vector3<float>> normals;

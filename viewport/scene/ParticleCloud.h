@@ -25,10 +25,12 @@ struct ParticleCloud {
 
     std::string name;                                 ///< the file's, without its folder
     std::shared_ptr<ParticleSystem_v2 const> system;  ///< finite positions only
-    /// The id of a VECTOR channel with the red, green and blue of each particle, 0 to 1, which stand in place of those
-    /// that SHOWN has: own colors, those of kinds, and those of values where some are undefined.
+    /// The id of a VECTOR channel with the red, green and blue of each particle, 0 to 1, in place of the
+    /// colors of SHOWN. Used for the files' own colors, for kinds, and for values of which some are
+    /// undefined.
     std::optional<unsigned int> colors;
-    /// The id of a SCALAR channel with the diameter of each sphere, in units of the scene. Nothing: all have `diameter`.
+    /// The id of a SCALAR channel with the diameter of each sphere, in units of the scene. Nothing: all have
+    /// `diameter`.
     std::optional<unsigned int> sizes;
     std::vector<Vector3<float>> boxLines;  ///< two ends for each line of the boxes that the particles are in
     Box3<double> box;                      ///< around all of it
@@ -47,15 +49,16 @@ struct ParticleCloud {
 /// Frame and look must outlive it.
 class CloudMaker {
 public:
-    /// \param look of this frame among others, see lookOf(); of a look that was not decided for so many frames all
-    ///     particles are taken
-    /// \param index of the frame among them
+    /// \param look as lookOf() decided it for several frames
+    /// \param index of the frame among those; where the look was decided for fewer, all particles are taken
     CloudMaker(ParticleFrame const& frame, ParticleLook const& look, std::size_t index = 0);
 
-    /// Around the particles with their sizes and the boxes that they are in, with all copies, in units of the file.
+    /// Around the particles with their sizes and the boxes that they are in, with all copies, in units of the
+    /// file.
     Box3<double> const& box() const { return bounds; }
 
-    /// Places the particles in double precision, so that those far away from the file's origin keep their distances.
+    /// Places the particles in double precision, so that those far away from the file's origin keep their
+    /// distances.
     ParticleCloud make(Placement const& placement) const;
 
 private:

@@ -12,8 +12,8 @@
 
 namespace vellum::viewport {
 
-/// Draws what lies behind a scene: a color that is lighter above, and the grid that gives the scene its scale. In
-/// perspective the grid is the ground; in the other views it is a wall behind the models.
+/// Draws what lies behind a scene: a color that is lighter above, and the grid that gives the scene its
+/// scale. In perspective the grid is the ground; in the other views it is a wall behind the models.
 ///
 /// The layer must outlive it.
 class Backdrop {

@@ -20,8 +20,8 @@ struct Background {
         return !isTransparent && (luminance(top) + luminance(bottom)) / 2 > 0.5F;
     }
 
-    /// The color of lines and letters on it. Nobody knows what a transparent picture will lie on: there it is one that
-    /// can be read on black and on white.
+    /// The color of lines and letters on it. Nobody knows what a transparent picture will lie on: there it is
+    /// one that can be read on black and on white.
     Color4<float> ink() const {
         if (isTransparent) {
             return {0.45F, 0.48F, 0.53F, 1};

@@ -9,7 +9,8 @@
 
 namespace vellum::viewport {
 
-/// Draws the axes of the files in the lower left corner of a picture, as the camera sees them, with their letters.
+/// Draws the axes of the files in the lower left corner of a picture, as the camera sees them, with their
+/// letters.
 ///
 /// The layer must outlive it.
 class CornerAxes {

@@ -4,7 +4,8 @@
 #include "viewport/drawing/overlays/TextMask.h"
 #include "viewport/files/images/Picture.h"
 
-/// Draws over a finished picture. Columns and rows count from its upper left corner; what lies outside is left out.
+/// Draws over a finished picture. Columns and rows count from its upper left corner; what lies outside is
+/// left out.
 namespace vellum::viewport {
 
 /// A part of a picture, pixels.
