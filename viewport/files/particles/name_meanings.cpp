@@ -129,11 +129,12 @@ bool areColors(ParticleFrame const& frame, Columns const& columns) {
     return count == 0;
 }
 
+/// A single wrong number, larger than any color, does not decide.
 double fullOf(ParticleFrame const& frame, Columns const& columns) {
     double most = 0;
     for (std::size_t const column : columns) {
         for (double const value : frame.channels[column].values) {
-            most = value > most ? value : most;
+            most = value > most && value <= LARGEST_PART ? value : most;
         }
     }
     return most > 255 ? LARGEST_PART : most > 1 ? 255 : 1;

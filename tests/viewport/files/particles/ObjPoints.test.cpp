@@ -49,6 +49,7 @@ TEST(ObjPoints, colorsThatAreAllOutOfRangeAreNone) {
         EXPECT_EQ(frame.channels.size(), 3U) << "the numbers stay";
     }
     EXPECT_TRUE(frameOf("v 1 2 3 -1 0.5 1\nv 4 5 6 0 0 1\n").colors);
+    EXPECT_EQ(frameOf("v 1 2 3 1 0.5 0\nv 4 5 6 2e5 0 0\n").colors->full, 1) << "one wrong number";
 }
 
 TEST(ObjPoints, meshesAndOtherTextsAreNoPoints) {
