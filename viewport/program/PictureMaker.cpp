@@ -49,7 +49,7 @@ std::optional<Failure> PictureMaker::make(PictureOptions const& picture) {
     if (std::optional<Fault> const fault = viewer->cameraFault(picture.size)) {
         return Failure{USAGE_FAULT, *fault};
     }
-    for (Fault const& what : viewer.notes(picture.size)) {
+    for (Fault const& what : viewer->notes(picture.size)) {
         note(options, {picture.out, what.message});
     }
     if (picture.pick) {
