@@ -1,5 +1,6 @@
 #pragma once
 
+#include "viewport/files/common/Progress.h"
 #include "viewport/files/mesh/MeshData.h"
 #include "viewport/text/Fault.h"
 
@@ -9,6 +10,7 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 /// What the tests of the readers of mesh files share.
@@ -58,10 +60,20 @@ inline std::string faultOf(vellum::viewport::Result<vellum::viewport::MeshData> 
     return result.isOk() ? std::string() : result.fault().message;
 }
 
+/// What a reader, with a progress or without, makes of the bytes.
+template <class Reader>
+vellum::viewport::Result<vellum::viewport::MeshData> resultOf(Reader const& read, std::string_view bytes) {
+    if constexpr (std::is_invocable_v<Reader const&, std::string_view>) {
+        return read(bytes);
+    } else {
+        return read(bytes, vellum::viewport::Progress());
+    }
+}
+
 /// The mesh that a reader makes of the bytes; an empty one, and a failure, for a fault.
 template <class Reader>
 vellum::viewport::MeshData meshOf(Reader const& read, std::string_view bytes) {
-    vellum::viewport::Result<vellum::viewport::MeshData> result = read(bytes);
+    vellum::viewport::Result<vellum::viewport::MeshData> result = resultOf(read, bytes);
     EXPECT_EQ(faultOf(result), "");
     return result.isOk() ? result.value() : vellum::viewport::MeshData();
 }
@@ -72,7 +84,7 @@ template <class Reader>
 std::string readExactly(Reader const& read, std::string_view bytes) {
     std::vector<char> const exact(bytes.begin(), bytes.end());
     vellum::viewport::Result<vellum::viewport::MeshData> const result =
-        read(std::string_view(exact.data(), exact.size()));
+        resultOf(read, std::string_view(exact.data(), exact.size()));
     if (!result.isOk()) {
         EXPECT_NE(result.fault().message, "");
         return result.fault().message;
