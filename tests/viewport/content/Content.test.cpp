@@ -4,9 +4,11 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <thread>
 
 #include <sys/stat.h>
+#include <zlib.h>
 
 using namespace vellum::viewport;
 using testing::HasSubstr;
@@ -33,7 +35,121 @@ Result<Content> loadFromPipe(TemporaryFolder const& folder, std::string const& t
     return content;
 }
 
+/// Gives up in the midst of a file, and keeps what it is told.
+class Canceller : public LoadObserver {
+public:
+    void progress(std::string const& file, std::uint64_t done, std::uint64_t all) override {
+        wasInTheMidst = wasInTheMidst || (done > 0 && done < all);
+        callsAfterwards += isGivenUp ? 1 : 0;
+        files.push_back(file);
+    }
+    bool isCancelled() override {
+        isGivenUp = isGivenUp || (wasInTheMidst && !isPatient);
+        return isGivenUp;
+    }
+    void note(Fault const& what) override { notes.push_back(what.line()); }
+
+    bool wasInTheMidst = false;
+    bool isGivenUp = false;
+    bool isPatient = false;
+    int callsAfterwards = 0;
+    std::vector<std::string> files;
+    std::vector<std::string> notes;
+};
+
+std::size_t openDescriptors() {
+    std::size_t count = 0;
+    for ([[maybe_unused]] auto const& each : std::filesystem::directory_iterator("/proc/self/fd")) {
+        ++count;
+    }
+    return count;
+}
+
+std::string repeated(std::string const& text, std::size_t count) {
+    std::string all;
+    all.reserve(text.size() * count);
+    for (std::size_t i = 0; i < count; ++i) {
+        all += text;
+    }
+    return all;
+}
+
+std::string gzipped(TemporaryFolder const& folder, std::string const& text) {
+    std::string const path = folder.file("gz");
+    gzFile const file = gzopen(path.c_str(), "wb");
+    gzwrite(file, text.data(), static_cast<unsigned int>(text.size()));
+    gzclose(file);
+    return path;
+}
+
 }  // namespace
+
+TEST(Content, readersOfFilesAreCancelledInTheirMidst) {
+    // Each has some megabytes, of which a reader that reports too seldom would read all.
+    constexpr std::size_t COUNT = 200'000;
+    std::string const number = std::to_string(COUNT);
+    std::string const rows = repeated("1.25 2.25 3.25\n", COUNT);
+    std::string const ply = "element vertex " + number +
+                            "\nproperty float x\nproperty float y\nproperty float z\n"
+                            "element face 0\nproperty list uchar int vertex_indices\nend_header\n";
+    std::string const facet = "facet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\n"
+                              "endloop\nendfacet\n";
+    std::string const count("\x40\x0d\x03\0", 4);  // 200,000
+    TemporaryFolder const folder;
+    struct Row {
+        char const* name;
+        std::string file;
+    } const ROWS[] = {
+        {"XYZ", folder.write("a.xyz", number + "\n\n" + repeated("H 1.25 2.25 3.25\n", COUNT))},
+        {"gzip", gzipped(folder, number + "\n\n" + repeated("H 1.25 2.25 3.25\n", COUNT))},
+        {"CSV", folder.write("a.csv", "x,y,z\n" + repeated("1.25,2.25,3.25\n", COUNT))},
+        {"OBJ", folder.write("a.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\n" + repeated("f 1 2 3\n", COUNT * 2))},
+        {"PLY, text", folder.write("t.ply", "ply\nformat ascii 1.0\n" + ply + rows)},
+        {"PLY, binary", folder.write("b.ply", "ply\nformat binary_little_endian 1.0\n" + ply +
+                                                  std::string(COUNT * 12, '\0'))},
+        {"STL, text", folder.write("t.stl", "solid\n" + repeated(facet, COUNT / 4) + "endsolid\n")},
+        {"STL, binary", folder.write("b.stl", std::string(80, 'x') + count + std::string(COUNT * 50, '\0'))},
+    };
+    for (Row const& row : ROWS) {
+        SCOPED_TRACE(row.name);
+        std::size_t const descriptors = openDescriptors();
+        Options options;
+        options.files = {row.file};
+        if (row.name == std::string("gzip")) {
+            options.format = "xyz";
+        }
+        Canceller observer;
+        Result<Content> const content = Content::load(options, observer);
+        EXPECT_TRUE(observer.wasInTheMidst);
+        ASSERT_FALSE(content.isOk());
+        EXPECT_TRUE(content.fault().isCancelled) << content.fault().line();
+        EXPECT_EQ(observer.callsAfterwards, 0);
+        EXPECT_EQ(openDescriptors(), descriptors);
+        EXPECT_THAT(observer.files, testing::Each(row.file));
+        EXPECT_THAT(observer.notes, testing::IsEmpty());
+    }
+}
+
+TEST(Content, preparingIsCancelledToo) {
+    TemporaryFolder const folder;
+    Result<Content> content = load({folder.write("a.xyz", "1\n\n0 0 0\n")});
+    ASSERT_TRUE(content.isOk());
+    Canceller observer;
+    observer.isGivenUp = true;
+    Result<Subject> const subject = Subject::prepare(Options(), content.value(), observer);
+    ASSERT_FALSE(subject.isOk());
+    EXPECT_TRUE(subject.fault().isCancelled);
+}
+
+TEST(Content, aFileThatIsReadGivesAllItsNotes) {
+    TemporaryFolder const folder;
+    Options options;
+    options.files = {folder.write("a.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nwhat\nf 1 2 3\n")};
+    Canceller observer;
+    observer.isPatient = true;
+    ASSERT_TRUE(Content::load(options, observer).isOk());
+    EXPECT_THAT(observer.notes, testing::ElementsAre(HasSubstr("line 4")));
+}
 
 TEST(Content, aPipeIsReadOnce) {
     TemporaryFolder const folder;

@@ -2,6 +2,8 @@
 
 #include "viewport/files/particles/TableRows.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <utility>
 
 namespace vellum::viewport {
@@ -32,7 +34,18 @@ class FrameSearch {
 public:
     FrameSearch(std::string_view text, std::optional<std::size_t> wanted, ReadFrameHead const& readHead,
                 Progress const& progress)
-        : lines(text), wanted(wanted), readHead(readHead), progress(progress) {}
+        : lines(text), wanted(wanted), readHead(readHead) {
+        if (progress) {
+            // Frames may be read again, and progress must not go back.
+            onward = [this, &progress](std::uint64_t done, std::uint64_t all) {
+                furthest = std::max(furthest, done);
+                progress(furthest, all);
+            };
+        }
+    }
+
+    FrameSearch(FrameSearch const&) = delete;
+    FrameSearch& operator=(FrameSearch const&) = delete;
 
     Result<LoadedFrame> run() {
         for (lines.skipEmpty(); !lines.isAtEnd(); lines.skipEmpty()) {
@@ -57,7 +70,7 @@ private:
         }
         timestep = head.frame.timestep;
         time = head.frame.time;
-        TableRows rows = rowsOf(head, progress);
+        TableRows rows = rowsOf(head, onward);
         TextLines const rowsStart = lines;
         // A frame that is probably shown is read at once, which spares single frames the counting of their
         // rows.
@@ -70,10 +83,9 @@ private:
         if (!damage) {
             parsed = Parsed{number, std::move(head.frame)};
         } else if (number != wanted) {
-            // It was read on suspicion: whether its values matter is known at the end of the text. Nothing is
-            // reported, since progress must not go back.
+            // It was read on suspicion: whether its values matter is known at the end of the text.
             lines = rowsStart;
-            if (rowsOf(head, {}).skip(lines, head.count)) {
+            if (rowsOf(head, onward).skip(lines, head.count)) {
                 return std::nullopt;
             }
         }
@@ -122,7 +134,7 @@ private:
         FrameHead head = _newHead(number);
         Damage damage = readHead(from, head);
         if (!damage) {
-            damage = rowsOf(head, {}).read(from, head.count, head.frame);
+            damage = rowsOf(head, onward).read(from, head.count, head.frame);
         }
         if (!damage) {
             parsed = Parsed{number, std::move(head.frame)};
@@ -144,7 +156,8 @@ private:
     TextLines lines;
     std::optional<std::size_t> wanted;
     ReadFrameHead const& readHead;
-    Progress const& progress;
+    Progress onward;
+    std::uint64_t furthest = 0;           // that was reported
     std::vector<TextLines> starts;        // of the complete frames
     std::vector<std::int64_t> timesteps;  // of the complete frames
     std::vector<std::optional<double>> times;

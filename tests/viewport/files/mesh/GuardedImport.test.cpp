@@ -2,14 +2,17 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <stdexcept>
 #include <thread>
 #include <vector>
 
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -162,4 +165,61 @@ TEST(GuardedImport, whatTheChildSendsIsNotTrusted) {
                     return mesh;
                 }),
                 HasSubstr("out of range"));
+}
+
+TEST(GuardedImport, aProgressThatThrowsEndsTheChild) {
+    int calls = 0;
+    Progress const giveUp = [&calls](std::uint64_t done, std::uint64_t all) {
+        EXPECT_EQ(done, 0U);
+        EXPECT_EQ(all, 0U);
+        if (++calls == 3) {
+            throw Cancelled();
+        }
+    };
+    auto const endless = []() -> Result<MeshData> {
+        for (;;) {
+            pause();
+        }
+    };
+    EXPECT_THROW(static_cast<void>(importGuarded("some.obj", endless, {ample, someMemory}, giveUp)),
+                 Cancelled);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "the child is left";
+}
+
+TEST(GuardedImport, runsOfOtherThreadsDoNotDelayAnEnd) {
+    struct Shared {
+        std::atomic<bool> isLongStarted{false};
+        std::atomic<bool> isShortOver{false};
+    };
+    void* const memory =
+        mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    Shared& shared = *new (memory) Shared;
+    auto const waitFor = [](std::atomic<bool> const& flag) {
+        while (!flag) {
+            usleep(1000);
+        }
+        return triangle();
+    };
+    std::atomic<bool> isShortRunning{false};
+    std::thread brief([&] {
+        // Its child ends while that of the other run, which was started later, still lives.
+        Result<MeshData> const result = importGuarded(
+            "short.obj", [&] { return Result<MeshData>(waitFor(shared.isLongStarted)); }, {ample, someMemory},
+            [&](std::uint64_t, std::uint64_t) { isShortRunning = true; });
+        EXPECT_TRUE(result.isOk()) << result.fault().line();
+        shared.isShortOver = true;
+    });
+    while (!isShortRunning) {
+        usleep(1000);
+    }
+    Result<MeshData> const result = importGuarded("long.obj",
+                                                  [&] {
+                                                      shared.isLongStarted = true;
+                                                      return Result<MeshData>(waitFor(shared.isShortOver));
+                                                  },
+                                                  {ample, someMemory});
+    EXPECT_TRUE(result.isOk()) << result.fault().line();
+    brief.join();
+    munmap(memory, sizeof(Shared));
 }
