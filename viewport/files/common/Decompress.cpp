@@ -14,7 +14,7 @@ namespace vellum::viewport {
 namespace {
 
 // Bytes per step: the counts of zlib have 32 bits. Progress is reported between steps.
-constexpr std::size_t LARGEST_STEP = std::size_t(1) << 22;
+constexpr std::size_t LARGEST_STEP = std::size_t(1) << 20;
 constexpr std::uint64_t MOST_MEMORY = std::uint64_t(1) << 30;  // for the state of a decoder
 
 enum class Outcome {
