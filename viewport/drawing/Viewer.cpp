@@ -203,7 +203,7 @@ void Viewer::_drawSubjects(Sampling const& sampling) {
     layer.pushDepthTest(DEPTH_TESTED);
     _drawModels(sampling);
     _drawClouds(sampling);
-    blended.draw();
+    blended.draw(sampling);
     if (effect != nullptr) {
         // Last, as an effect may show what is behind it.
         effect->draw();

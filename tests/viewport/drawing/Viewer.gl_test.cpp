@@ -565,6 +565,70 @@ TEST_F(Viewer_gl_test, linesAndPointsAreDrawnAndPicked) {
     EXPECT_EQ(pick(56, 90), "nothing");
 }
 
+namespace {
+
+/// A line across the middle of the front view and a point below it.
+MeshData lineAndPoint(double z, Color4<float> const& color) {
+    MeshData mesh;
+    // The last two are of the box alone.
+    mesh.positions = {{-1, 0, z}, {1, 0, z}, {0, -0.5, z}, {-1, -1, z}, {1, 1, z}};
+    mesh.colors.assign(5, color);
+    mesh.lines = {{0, 1}};
+    mesh.points = {2};
+    return mesh;
+}
+
+/// The rows of a column of the picture that are mostly red, in a part of it.
+int redRows(Picture const& picture, int column, int from, int end) {
+    int count = 0;
+    for (int y = from; y < end; ++y) {
+        unsigned char const* const p = at(picture, column, y);
+        count += p[0] > 150 && p[1] < 100 && p[2] < 100 ? 1 : 0;
+    }
+    return count;
+}
+
+}  // namespace
+
+TEST_F(Viewer_gl_test, linesAndPointsAreAsWideAndOfTheColorThatIsAskedFor) {
+    scene = Scene({lineAndPoint(0, {0, 1, 1, 1})});
+    style.camera.view = toolkit::ViewKind::FRONT;
+    style.mesh.color = Color4<float>{1, 0, 0, 1};
+    Picture const thin = draw();
+    EXPECT_GE(redRows(thin, 30, 20, 66), 1) << "the line";
+    EXPECT_LE(redRows(thin, 30, 20, 66), 3);
+    EXPECT_NEAR(redRows(thin, 56, 66, 100), 4, 1) << "the point";
+    style.mesh.lineWidth = 9;
+    Picture const thick = draw();
+    EXPECT_NEAR(redRows(thick, 30, 20, 66), 9, 1);
+    EXPECT_NEAR(redRows(thick, 56, 66, 100), 9, 1);
+}
+
+TEST_F(Viewer_gl_test, linesAndPointsAreBlendedFromTheBackToTheFront) {
+    style.camera.view = toolkit::ViewKind::FRONT;
+    style.mesh.lineWidth = 9;
+    style.mesh.opacity = 0.75F;
+    MeshData const red = lineAndPoint(-0.5, {1, 0, 0, 1});
+    MeshData const blue = lineAndPoint(0.5, {0, 0, 1, 1});
+    MeshData const pane = square(0, {0, 1, 0, 1});
+    for (bool const isRedFirst : {true, false}) {
+        scene = isRedFirst ? Scene({red, pane, blue}) : Scene({blue, pane, red});
+        Picture const front = draw();
+        for (int const row : {56, 78}) {
+            unsigned char const* const ahead = at(front, 56, row);
+            EXPECT_NEAR(ahead[2], 0.75 * 255, 20) << savePicture("viewer_blended_lines");
+            EXPECT_LT(ahead[0], 60) << "red is behind pane and line";
+            EXPECT_GT(ahead[1], 15) << "the pane shines through";
+        }
+    }
+    // Without a pane, and with the opacity of the file.
+    style.mesh.opacity = 1;
+    scene = Scene({lineAndPoint(-0.5, {1, 0, 0, 0.5F}), lineAndPoint(0.5, {0, 0, 1, 0.5F})});
+    unsigned char const* const both = at(draw(), 56, 56);
+    EXPECT_GT(both[2], both[0] + 40);
+    EXPECT_GT(both[0], 60);
+}
+
 TEST_F(Viewer_gl_test, depthsAreThoseOfTheModelInUnitsOfTheFile) {
     for (Projection const projection : {Projection::PERSPECTIVE, Projection::PARALLEL}) {
         style.camera.projection = projection;

@@ -4,6 +4,7 @@
 #include "toolkit/Lit.h"
 #include "viewport/drawing/layer/depth_modes.h"
 #include "viewport/drawing/subjects/SurfacesBehind.h"
+#include "viewport/drawing/subjects/element_sizes.h"
 #include "viewport/drawing/subjects/part_material.h"
 
 #include <algorithm>
@@ -32,6 +33,15 @@ void ignoreTextureOpacity() {
 
 }  // namespace
 
+bool BlendedParts::covers(std::vector<ModelVertex> const& vertices, MeshStyle const& style) {
+    if (vertices.empty() || style.shading == Shading::BOX) {
+        return false;
+    }
+    return style.opacity * (style.color ? style.color->a : 1) < 1 ||
+           (!style.color && std::any_of(vertices.begin(), vertices.end(),
+                                        [](ModelVertex const& vertex) { return vertex.color.a < 1; }));
+}
+
 void BlendedParts::add(Model const& model) {
     for (ModelPart const& part : model.parts) {
         if (!covers(part, style)) {
@@ -45,19 +55,35 @@ void BlendedParts::add(Model const& model) {
             source.coordinates = elementsOf<Vector2<float>>(
                 part.mesh->namedArray(MeshArrayInf_ns::PER_FACE, ModelPart::CHANNEL));
         }
-        auto const number = static_cast<unsigned int>(sources.size());
-        sources.push_back(source);
-        unsigned int const count = part.mesh->triangleCount();
-        triangles.reserve(triangles.size() + count);
-        for (unsigned int t = 0; t < count; ++t) {
-            triangles.push_back({0, number, t});
-        }
+        _add(source, part.mesh->triangleCount());
     }
+    if (covers(model.lines, style)) {
+        _addElements(model.lines, true);
+    }
+    if (covers(model.points, style)) {
+        _addElements(model.points, false);
+    }
+}
+
+void BlendedParts::_add(Source const& source, std::size_t count) {
+    auto const number = static_cast<unsigned int>(sources.size());
+    sources.push_back(source);
+    pieces.reserve(pieces.size() + count);
+    for (std::size_t i = 0; i < count; ++i) {
+        pieces.push_back({0, number, static_cast<unsigned int>(i)});
+    }
+}
+
+void BlendedParts::_addElements(std::vector<ModelVertex> const& vertices, bool areLines) {
+    Source source;
+    source.elements = vertices.data();
+    source.hasLines = areLines;
+    _add(source, areLines ? vertices.size() / 2 : vertices.size());
 }
 
 /// Parts without colors of their vertices have the arrays of their mesh alone.
 BlendedParts::Source BlendedParts::_sourceOf(ModelPart const& part) const {
-    Source source{};
+    Source source;
     source.part = &part;
     if (part.colors.size() > 0) {
         source.vertices = part.vertices.begin();
@@ -77,8 +103,8 @@ BlendedParts::Source BlendedParts::_sourceOf(ModelPart const& part) const {
     return source;
 }
 
-void BlendedParts::draw() {
-    if (triangles.empty()) {
+void BlendedParts::draw(Sampling const& sampling) {
+    if (pieces.empty()) {
         return;
     }
     _sort();
@@ -88,17 +114,21 @@ void BlendedParts::draw() {
     layer.pushDepthTest(DEPTH_TESTED_ONLY);
     layer.pushBlending(BLENDING_ALPHA);
     layer.pushColor(layer.currentColor());
-    auto next = triangles.begin();
-    while (next != triangles.end()) {
+    layer.pushLineWidth(fileLineWidth(style, sampling));
+    float const pointSize = layer.setPointSize(filePointSize(style, sampling));
+    auto next = pieces.begin();
+    while (next != pieces.end()) {
         Source const& source = sources[next->source];
         unsigned int const number = next->source;
         _begin(source);
-        for (; next != triangles.end() && next->source == number; ++next) {
+        for (; next != pieces.end() && next->source == number; ++next) {
             _emit(source, next->index);
         }
         _end(source);
     }
     endPartMaterial();
+    layer.setPointSize(pointSize);
+    layer.popLineWidth();
     layer.popColor(1);
     layer.popBlending();
     layer.popDepthTest();
@@ -115,20 +145,36 @@ void BlendedParts::_sort() {
     bool const isPerspective = projection.e[11] != 0;
     Matrix4<double> const m = isPerspective ? view : projection * view;
     Vector3<double> const toBack = Vector3<double>{m.e[2], m.e[6], m.e[10]} * (isPerspective ? -1.0 : 1.0);
-    for (Triangle& triangle : triangles) {
-        Source const& source = sources[triangle.source];
-        Tuple3<unsigned int> const& corners = source.triangles[triangle.index];
-        triangle.depth = dot(toBack, source.vertices[corners.e0]) + dot(toBack, source.vertices[corners.e1]) +
-                         dot(toBack, source.vertices[corners.e2]);
+    for (Piece& piece : pieces) {
+        piece.depth = _depthOf(sources[piece.source], piece.index, toBack);
     }
-    std::sort(triangles.begin(), triangles.end(), [](Triangle const& a, Triangle const& b) {
+    std::sort(pieces.begin(), pieces.end(), [](Piece const& a, Piece const& b) {
         return a.depth != b.depth     ? a.depth > b.depth
                : a.source != b.source ? a.source < b.source
                                       : a.index < b.index;
     });
 }
 
+double BlendedParts::_depthOf(Source const& source, unsigned int piece, Vector3<double> const& toBack) {
+    if (source.elements == nullptr) {
+        Tuple3<unsigned int> const& corners = source.triangles[piece];
+        return dot(toBack, source.vertices[corners.e0]) + dot(toBack, source.vertices[corners.e1]) +
+               dot(toBack, source.vertices[corners.e2]);
+    }
+    auto const depthOfEnd = [&](std::size_t i) {
+        return dot(toBack, convert<double>(source.elements[i].place));
+    };
+    std::size_t const first = piece;
+    return source.hasLines ? 1.5 * (depthOfEnd(2 * first) + depthOfEnd(2 * first + 1))
+                           : 3 * depthOfEnd(first);
+}
+
 void BlendedParts::_begin(Source const& source) const {
+    if (source.elements != nullptr) {
+        layer.disableLighting();
+        glBegin(source.hasLines ? GL_LINES : GL_POINTS);
+        return;
+    }
     setPartMaterial(*source.part, style.shading == Shading::SMOOTH);
     if (source.texture != 0) {
         layer.activateTextureColor(source.texture);
@@ -144,6 +190,9 @@ void BlendedParts::_begin(Source const& source) const {
 
 void BlendedParts::_end(Source const& source) const {
     glEnd();
+    if (source.elements != nullptr) {
+        layer.enableLighting();
+    }
     if (source.texture != 0) {
         glDisable(GL_ALPHA_TEST);
         glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
@@ -151,7 +200,26 @@ void BlendedParts::_end(Source const& source) const {
     }
 }
 
-void BlendedParts::_emit(Source const& source, unsigned int triangle) const {
+void BlendedParts::_emit(Source const& source, unsigned int piece) const {
+    if (source.elements == nullptr) {
+        _emitTriangle(source, piece);
+    } else if (source.hasLines) {
+        _emitElement(source, 2 * piece);
+        _emitElement(source, 2 * piece + 1);
+    } else {
+        _emitElement(source, piece);
+    }
+}
+
+void BlendedParts::_emitElement(Source const& source, unsigned int element) const {
+    ModelVertex const& vertex = source.elements[element];
+    Color4<float> color = style.color.value_or(vertex.color);
+    color.a *= style.opacity;
+    glColor4fv(&color.r);
+    glVertex3fv(&vertex.place.x);
+}
+
+void BlendedParts::_emitTriangle(Source const& source, unsigned int triangle) const {
     auto const cornersOf = [](Tuple3<unsigned int> const& t, unsigned int(&corners)[3]) {
         corners[0] = t.e0;
         corners[1] = t.e1;

@@ -4,20 +4,22 @@
 #include "foundation/raster/Core_RL.h"
 #include "viewport/drawing/subjects/MeshStyle.h"
 #include "viewport/drawing/subjects/TextureStore.h"
+#include "viewport/drawing/view/PictureSize.h"
 #include "viewport/scene/Scene.h"
 
+#include <cstddef>
 #include <vector>
 
 namespace vellum::viewport {
 
-/// Draws the parts of models that something shines through, after all that does not: the triangles of all of them from
-/// the back to the front, whatever part they belong to, since parts lie inside each other and none need be convex.
-/// Triangles that cut each other are drawn one after the other.
+/// Draws the parts, lines and points of models that something shines through, after all that does not: the triangles,
+/// lines and points of all of them from the back to the front, whatever they belong to, since parts lie inside each
+/// other and none need be convex. Triangles that cut each other are drawn one after the other.
 ///
 ///     BlendedParts blended(layer, style, textures);
 ///     blended.add(model);
 ///     ... draw all else ...
-///     blended.draw();
+///     blended.draw(sampling);
 ///
 /// It expects what ModelRenderer expects. Layer, models and textures must outlive it. Drawing allocates nothing.
 class BlendedParts {
@@ -33,43 +35,55 @@ public:
         return isBlended && style.isFilled() && !style.edgesBlend && !style.wireframeBack;
     }
 
-    /// Adds the parts of a model that it covers.
+    /// Whether it draws these lines or points of a model, all of them, and not the model's renderer.
+    static bool covers(std::vector<ModelVertex> const& vertices, MeshStyle const& style);
+
+    /// Adds what it covers of a model.
     void add(Model const& model);
 
-    /// Draws them. Writes no depth.
+    /// Draws it. Writes no depth.
     /// State: that of Lit.
-    void draw();
+    void draw(Sampling const& sampling);
 
 private:
+    /// A part, or the lines or points of a model.
     struct Source {
-        ModelPart const* part;
-        Vector3<double> const* vertices;
-        Tuple3<unsigned int> const* triangles;
-        Vector3<float> const* normals;
-        Tuple3<unsigned int> const* normalTriangles;
-        Color4<float> const* colors;  // of the vertices; null: one for all
-        Color4<float> color;
+        ModelPart const* part = nullptr;        // null: lines or points
+        ModelVertex const* elements = nullptr;  // of lines or points
+        bool hasLines = false;                  // and no points; only with `elements`
+        Vector3<double> const* vertices = nullptr;
+        Tuple3<unsigned int> const* triangles = nullptr;
+        Vector3<float> const* normals = nullptr;
+        Tuple3<unsigned int> const* normalTriangles = nullptr;
+        Color4<float> const* colors = nullptr;  // of the vertices; null: one for all
+        Color4<float> color{};
         unsigned int texture = 0;  // 0: none
         Tuple3<unsigned int> const* coordinateTriangles = nullptr;
         Vector2<float> const* coordinates = nullptr;
     };
-    struct Triangle {
-        double depth;  // along the direction of view; the sum of the corners
+    /// A triangle, line or point.
+    struct Piece {
+        double depth;  // along the direction of view; the sum of three corners
         unsigned int source;
         unsigned int index;
     };
 
+    void _add(Source const& source, std::size_t count);
+    void _addElements(std::vector<ModelVertex> const& vertices, bool areLines);
     Source _sourceOf(ModelPart const& part) const;
+    static double _depthOf(Source const& source, unsigned int piece, Vector3<double> const& toBack);
     void _sort();
     void _begin(Source const& source) const;
     void _end(Source const& source) const;
-    void _emit(Source const& source, unsigned int triangle) const;
+    void _emit(Source const& source, unsigned int piece) const;
+    void _emitTriangle(Source const& source, unsigned int triangle) const;
+    void _emitElement(Source const& source, unsigned int element) const;
 
     Core_RL& layer;
     MeshStyle style;
     TextureStore& textures;
     std::vector<Source> sources;
-    std::vector<Triangle> triangles;  // in the order of the last drawing
+    std::vector<Piece> pieces;  // in the order of the last drawing
 };
 
 }  // namespace vellum::viewport

@@ -26,8 +26,10 @@ struct MeshStyle {
     bool immediate = false;      ///< no buffer objects, even if the driver has them
 
     std::optional<Color4<float>> color = {};  ///< in place of those of the files
-    float opacity = 1;                        ///< of surfaces, 0 to 1
-    std::optional<double> lineWidth = {};     ///< of edges and outlines, pixels, above 0; nothing: what suits
+    float opacity = 1;                        ///< of surfaces, lines and points, 0 to 1
+
+    /// Of edges, outlines and the lines of files, and the size of their points; pixels, above 0; nothing: what suits.
+    std::optional<double> lineWidth = {};
 
     bool isFilled() const { return shading == Shading::FACETED || shading == Shading::SMOOTH; }
 };

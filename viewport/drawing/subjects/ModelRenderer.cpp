@@ -8,6 +8,7 @@
 #include "viewport/drawing/layer/depth_modes.h"
 #include "viewport/drawing/subjects/BlendedParts.h"
 #include "viewport/drawing/subjects/SurfacesBehind.h"
+#include "viewport/drawing/subjects/element_sizes.h"
 #include "viewport/drawing/subjects/part_material.h"
 
 #include <algorithm>
@@ -42,10 +43,6 @@ constexpr char NORMAL_POINTS[] = "points of all normals";
 constexpr char NORMAL_VECTORS[] = "vectors of all normals";
 
 constexpr char COLORS[] = "colors";
-
-// Of the lines and points of a file, in pixels.
-constexpr double LINE_WIDTH = 1.5;
-constexpr double POINT_SIZE = 4;
 
 template <class T>
 T const* elementsOf(ArrayId const& id) {
@@ -147,7 +144,12 @@ Color4<float> brightened(Color4<float> const& color) {
 
 ModelRenderer::ModelRenderer(Core_RL& layer, Model const& model, MeshStyle const& style,
                              TextureStore& textures)
-    : layer(layer), model(model), style(style), textures(textures) {
+    : layer(layer)
+    , model(model)
+    , style(style)
+    , textures(textures)
+    , areLinesBlended(BlendedParts::covers(model.lines, style))
+    , arePointsBlended(BlendedParts::covers(model.points, style)) {
     bool const hasBuffers = layer.isExtensionSupported("GL_ARB_vertex_buffer_object");
     for (ModelPart const& source : model.parts) {
         Part& part = parts.emplace_back();
@@ -218,14 +220,13 @@ void ModelRenderer::drawForPicking() {
         layer.render(model.box, false);
     } else {
         _drawShape();
-        _sendLinesAndPoints(false);
+        _send(GL_LINES, model.lines, false);
+        _send(GL_POINTS, model.points, false);
     }
 }
 
 float ModelRenderer::_lineWidth(Sampling const& sampling, double standard) const {
-    // A width that is asked for is one of the picture, whatever its size.
-    return style.lineWidth ? static_cast<float>(*style.lineWidth * sampling.perSide)
-                           : sampling.lineWidth(standard);
+    return lineWidthOf(style, sampling, standard);
 }
 
 void ModelRenderer::_drawShape() {
@@ -235,39 +236,36 @@ void ModelRenderer::_drawShape() {
 }
 
 void ModelRenderer::_drawLinesAndPoints(Sampling const& sampling) {
-    if (style.shading == Shading::BOX || (model.lines.empty() && model.points.empty())) {
+    if (style.shading == Shading::BOX) {
         return;
     }
-    layer.pushColor(layer.currentColor());
-    layer.pushBlending(BLENDING_ALPHA);
-    layer.pushLineWidth(sampling.lineWidth(LINE_WIDTH));
-    float const pointSize = layer.setPointSize(sampling.lineWidth(POINT_SIZE));
-    _sendLinesAndPoints(true);
+    layer.pushColor(style.color.value_or(layer.currentColor()));
+    layer.pushLineWidth(fileLineWidth(style, sampling));
+    float const pointSize = layer.setPointSize(filePointSize(style, sampling));
+    if (!areLinesBlended) {
+        _send(GL_LINES, model.lines, !style.color);
+    }
+    if (!arePointsBlended) {
+        _send(GL_POINTS, model.points, !style.color);
+    }
     layer.setPointSize(pointSize);
     layer.popLineWidth();
-    layer.popBlending();
     layer.popColor(1);
 }
 
-void ModelRenderer::_sendLinesAndPoints(bool hasColors) const {
-    struct Kind {
-        GLenum primitive;
-        std::vector<ModelVertex> const& vertices;
-    };
-    for (Kind const& kind : {Kind{GL_LINES, model.lines}, Kind{GL_POINTS, model.points}}) {
-        if (kind.vertices.empty()) {
-            continue;
-        }
-        glPushClientAttrib(GL_CLIENT_VERTEX_ARRAY_BIT);
-        glEnableClientState(GL_VERTEX_ARRAY);
-        glVertexPointer(3, GL_FLOAT, sizeof(ModelVertex), &kind.vertices.front().place.x);
-        if (hasColors) {
-            glEnableClientState(GL_COLOR_ARRAY);
-            glColorPointer(4, GL_FLOAT, sizeof(ModelVertex), &kind.vertices.front().color.r);
-        }
-        glDrawArrays(kind.primitive, 0, static_cast<GLsizei>(kind.vertices.size()));
-        glPopClientAttrib();
+void ModelRenderer::_send(unsigned int primitive, std::vector<ModelVertex> const& vertices, bool hasColors) {
+    if (vertices.empty()) {
+        return;
     }
+    glPushClientAttrib(GL_CLIENT_VERTEX_ARRAY_BIT);
+    glEnableClientState(GL_VERTEX_ARRAY);
+    glVertexPointer(3, GL_FLOAT, sizeof(ModelVertex), &vertices.front().place.x);
+    if (hasColors) {
+        glEnableClientState(GL_COLOR_ARRAY);
+        glColorPointer(4, GL_FLOAT, sizeof(ModelVertex), &vertices.front().color.r);
+    }
+    glDrawArrays(primitive, 0, static_cast<GLsizei>(vertices.size()));
+    glPopClientAttrib();
 }
 
 void ModelRenderer::_drawSurface(Part& part, Sampling const& sampling) {

@@ -23,7 +23,7 @@ class ModelRenderer {
 public:
     ModelRenderer(Core_RL& layer, Model const& model, MeshStyle const& style, TextureStore& textures);
 
-    /// Draws all but the surfaces that BlendedParts covers.
+    /// Draws all but what BlendedParts covers.
     void draw(Sampling const& sampling);
 
     /// Draws triangles, lines and points alone, in the current color; in the style of boxes the model's box. For picking.
@@ -45,7 +45,7 @@ private:
     float _lineWidth(Sampling const& sampling, double standard) const;
     void _drawShape();
     void _drawLinesAndPoints(Sampling const& sampling);
-    void _sendLinesAndPoints(bool hasColors) const;
+    static void _send(unsigned int primitive, std::vector<ModelVertex> const& vertices, bool hasColors);
     void _drawSurface(Part& part, Sampling const& sampling);
     void _drawPlainSurface(Part& part, Sampling const& sampling);
     void _drawSurfaceWithEdges(Part& part, Sampling const& sampling);
@@ -60,6 +60,8 @@ private:
     Model const& model;
     MeshStyle style;
     TextureStore& textures;
+    bool areLinesBlended;  // BlendedParts draws them
+    bool arePointsBlended;
     std::vector<Part> parts;
 
     // The vertices of all parts, only for the box: it is that of the model, not one for each material.
