@@ -66,6 +66,12 @@ Image decode(std::string const& path, Progress const& progress) {
     return nullptr;
 }
 
+std::string reasonOf(std::string_view bytes) {
+    std::string const format = startsWith(bytes, "DDS ") ? unknownDdsFormat(bytes) : std::string();
+    return format.empty() ? std::string("is not a readable picture (") + PICTURE_FORMATS + ")"
+                          : "is a DDS file of " + format + ", which is not read";
+}
+
 }  // namespace
 
 Result<Image> readTexture(std::string const& path, Progress const& progress) {
@@ -77,7 +83,7 @@ Result<Image> readTexture(std::string const& path, Progress const& progress) {
     ::close(descriptor);
     Image image = readImage(path, progress);
     if (image == nullptr) {
-        return Fault{path, std::string("is not a readable picture (") + PICTURE_FORMATS + ")"};
+        return Fault{path, unreadableReason(path)};
     }
     return image;
 }
@@ -110,6 +116,15 @@ Image readImage(std::vector<unsigned char> const& bytes, Progress const& progres
     }
     return written == bytes.size() ? readImage("/proc/self/fd/" + std::to_string(descriptor), progress)
                                    : nullptr;
+}
+
+std::string unreadableReason(std::string const& path) {
+    Result<MappedFile> const file = MappedFile::open(path);
+    return reasonOf(file.isOk() ? file.value().bytes() : std::string_view());
+}
+
+std::string unreadableReason(std::vector<unsigned char> const& bytes) {
+    return reasonOf({reinterpret_cast<char const*>(bytes.data()), bytes.size()});
 }
 
 }  // namespace vellum::viewport

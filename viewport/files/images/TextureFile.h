@@ -26,4 +26,8 @@ std::shared_ptr<VL_Image const> readImage(std::string const& path, Progress cons
 std::shared_ptr<VL_Image const> readImage(std::vector<unsigned char> const& bytes,
                                           Progress const& progress = {});
 
+/// Why readImage() gives null for a file, as a clause: "is a DDS file of BC7, which is not read".
+std::string unreadableReason(std::string const& path);
+std::string unreadableReason(std::vector<unsigned char> const& bytes);
+
 }  // namespace vellum::viewport

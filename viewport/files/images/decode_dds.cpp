@@ -1,3 +1,4 @@
+#include "viewport/files/common/binary_numbers.h"
 #include "viewport/files/images/picture_decoders.h"
 
 #include <algorithm>
@@ -20,6 +21,7 @@ constexpr std::size_t PIXEL_BITS = 88;
 constexpr std::size_t MASKS = 92;  // red, green, blue, opacity
 constexpr std::size_t HEADER_END = 128;
 constexpr std::size_t DXGI_FORMAT = 128;
+constexpr std::size_t DXGI_OPACITY = 144;
 constexpr std::size_t DXGI_END = 148;
 
 constexpr std::uint32_t HAS_OPACITY = 0x1;
@@ -31,13 +33,17 @@ constexpr std::uint32_t LONGEST_SIDE = 16384;
 
 using Pixel = std::array<unsigned char, 4>;  // red, green, blue, opacity
 
-unsigned int byteAt(std::string_view bytes, std::size_t place) {
-    return static_cast<unsigned char>(bytes[place]);
+template <class T>
+T numberAt(std::string_view bytes, std::size_t place) {
+    return binaryNumber<T>(bytes.data() + place, false);
 }
 
 std::uint32_t wordAt(std::string_view bytes, std::size_t place) {
-    return byteAt(bytes, place) | byteAt(bytes, place + 1) << 8 | byteAt(bytes, place + 2) << 16 |
-           byteAt(bytes, place + 3) << 24;
+    return numberAt<std::uint32_t>(bytes, place);
+}
+
+unsigned int byteAt(std::string_view bytes, std::size_t place) {
+    return numberAt<std::uint8_t>(bytes, place);
 }
 
 constexpr std::uint32_t code(char a, char b, char c, char d) {
@@ -66,8 +72,8 @@ Pixel colorOf565(unsigned int value) {
 
 /// The colors of a block: two, and two between them; or one between them and none.
 void decodeColors(std::string_view bytes, bool mayHaveHoles, Block& block) {
-    unsigned int const first = byteAt(bytes, 0) | byteAt(bytes, 1) << 8;
-    unsigned int const second = byteAt(bytes, 2) | byteAt(bytes, 3) << 8;
+    unsigned int const first = numberAt<std::uint16_t>(bytes, 0);
+    unsigned int const second = numberAt<std::uint16_t>(bytes, 2);
     std::array<Pixel, 4> colors{colorOf565(first), colorOf565(second), Pixel{0, 0, 0, 255},
                                 Pixel{0, 0, 0, 255}};
     bool const hasHoles = mayHaveHoles && first <= second;
@@ -97,10 +103,8 @@ void decodeChannel(std::string_view bytes, std::size_t channel, Block& block) {
         values[6] = 0;
         values[7] = 255;
     }
-    std::uint64_t indices = 0;
-    for (std::size_t i = 0; i < 6; ++i) {
-        indices |= static_cast<std::uint64_t>(byteAt(bytes, 2 + i)) << (8 * i);
-    }
+    // In the 48 bits behind them.
+    std::uint64_t const indices = numberAt<std::uint64_t>(bytes, 0) >> 16;
     for (std::size_t i = 0; i < block.size(); ++i) {
         block[i][channel] = values[indices >> (3 * i) & 7U];
     }
@@ -137,6 +141,27 @@ Block decodeBlock(Blocks kind, std::string_view bytes) {
         break;
     }
     return block;
+}
+
+/// How the opacity is to be taken.
+enum class Opacity { STRAIGHT, MULTIPLIED, NONE };
+
+/// Takes the opacity out of the colors of a pixel. What nothing is seen of keeps its colors.
+void divideOpacityOut(unsigned char* pixel) {
+    unsigned int const opacity = pixel[3];
+    for (std::size_t k = 0; k < 3 && opacity > 0; ++k) {
+        pixel[k] = static_cast<unsigned char>(std::min((pixel[k] * 255U + opacity / 2) / opacity, 255U));
+    }
+}
+
+void settleOpacity(Opacity opacity, std::vector<unsigned char>& pixels) {
+    for (std::size_t i = 0; opacity != Opacity::STRAIGHT && i < pixels.size(); i += 4) {
+        if (opacity == Opacity::MULTIPLIED) {
+            divideOpacityOut(&pixels[i]);
+        } else {
+            pixels[i + 3] = 255;
+        }
+    }
 }
 
 std::optional<Blocks> blocksOf(std::uint32_t fourLetters, std::uint32_t dxgiFormat) {
@@ -256,10 +281,47 @@ bool decodePixels(PixelLayout const& layout, std::string_view bytes, std::uint32
     return true;
 }
 
+/// What the pixels of a file are.
+struct Content {
+    std::uint32_t fourLetters = 0;  // 0: none, or those that announce the format
+    std::uint32_t dxgiFormat = 0;   // 0: none
+    Opacity opacity = Opacity::STRAIGHT;
+    std::string_view bytes;
+};
+
+/// Nothing for a file that ends before its pixels.
+std::optional<Content> contentOf(std::string_view bytes) {
+    if (bytes.size() < HEADER_END) {
+        return std::nullopt;
+    }
+    Content content;
+    content.bytes = bytes.substr(HEADER_END);
+    content.fourLetters = (wordAt(bytes, PIXEL_FLAGS) & HAS_CODE) != 0 ? wordAt(bytes, CODE) : 0;
+    if (content.fourLetters == code('D', 'X', 'T', '2') || content.fourLetters == code('D', 'X', 'T', '4')) {
+        content.opacity = Opacity::MULTIPLIED;
+    }
+    if (content.fourLetters == code('D', 'X', '1', '0')) {
+        if (bytes.size() < DXGI_END) {
+            return std::nullopt;
+        }
+        constexpr std::uint32_t MULTIPLIED = 2;
+        constexpr std::uint32_t OPAQUE = 3;
+        std::uint32_t const mode = wordAt(bytes, DXGI_OPACITY) & 7U;
+        content.opacity = mode == MULTIPLIED ? Opacity::MULTIPLIED
+                          : mode == OPAQUE   ? Opacity::NONE
+                                             : Opacity::STRAIGHT;
+        content.dxgiFormat = wordAt(bytes, DXGI_FORMAT);
+        content.fourLetters = 0;
+        content.bytes = bytes.substr(DXGI_END);
+    }
+    return content;
+}
+
 }  // namespace
 
 bool decodeDds(std::string_view bytes, VL_Image& image) {
-    if (bytes.size() < HEADER_END) {
+    std::optional<Content> const content = contentOf(bytes);
+    if (!content) {
         return false;
     }
     std::uint32_t const width = wordAt(bytes, WIDTH);
@@ -267,26 +329,38 @@ bool decodeDds(std::string_view bytes, VL_Image& image) {
     if (width == 0 || height == 0 || width > LONGEST_SIDE || height > LONGEST_SIDE) {
         return false;
     }
-    std::uint32_t fourLetters = (wordAt(bytes, PIXEL_FLAGS) & HAS_CODE) != 0 ? wordAt(bytes, CODE) : 0;
-    std::uint32_t dxgiFormat = 0;
-    std::string_view content = bytes.substr(HEADER_END);
-    if (fourLetters == code('D', 'X', '1', '0')) {
-        if (bytes.size() < DXGI_END) {
-            return false;
-        }
-        dxgiFormat = wordAt(bytes, DXGI_FORMAT);
-        content = bytes.substr(DXGI_END);
-        fourLetters = 0;
-    }
     std::vector<unsigned char> pixels;
     bool isDecoded = false;
-    if (std::optional<Blocks> const blocks = blocksOf(fourLetters, dxgiFormat)) {
-        isDecoded = decodeBlocks(*blocks, content, width, height, pixels);
-    } else if (std::optional<PixelLayout> const layout = layoutOf(bytes, dxgiFormat);
-               layout && fourLetters == 0) {
-        isDecoded = decodePixels(*layout, content, width, height, pixels);
+    if (std::optional<Blocks> const blocks = blocksOf(content->fourLetters, content->dxgiFormat)) {
+        isDecoded = decodeBlocks(*blocks, content->bytes, width, height, pixels);
+    } else if (std::optional<PixelLayout> const layout = layoutOf(bytes, content->dxgiFormat);
+               layout && content->fourLetters == 0) {
+        isDecoded = decodePixels(*layout, content->bytes, width, height, pixels);
     }
-    return isDecoded && takeRgba(pixels.data(), width, height, image);
+    if (!isDecoded) {
+        return false;
+    }
+    settleOpacity(content->opacity, pixels);
+    return takeRgba(pixels.data(), width, height, image);
+}
+
+std::string unknownDdsFormat(std::string_view bytes) {
+    std::optional<Content> const content = contentOf(bytes);
+    if (!content || blocksOf(content->fourLetters, content->dxgiFormat)) {
+        return {};
+    }
+    if (content->fourLetters == 0) {
+        std::uint32_t const format = content->dxgiFormat;
+        return layoutOf(bytes, format)        ? std::string()
+               : format >= 94 && format <= 96 ? "BC6H"
+               : format >= 97 && format <= 99 ? "BC7"
+               : format != 0                  ? "DXGI format " + std::to_string(format)
+                                              : "pixels of an unknown kind";
+    }
+    std::string letters(bytes.substr(CODE, 4));
+    bool const isText =
+        std::all_of(letters.begin(), letters.end(), [](char c) { return c > ' ' && c <= '~'; });
+    return isText ? letters : "format " + std::to_string(content->fourLetters);
 }
 
 }  // namespace vellum::viewport

@@ -1,5 +1,6 @@
 #include "viewport/files/images/picture_decoders.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -33,6 +34,7 @@ struct Layout {
     std::uint16_t orientation = ORIENTATION_TOPLEFT;
     bool isTiled = false;
     bool hasAlpha = false;
+    bool isMultiplied = false;  // the opacity is multiplied into the colors
 
     explicit Layout(TIFF* file) {
         TIFFGetField(file, TIFFTAG_IMAGEWIDTH, &width);
@@ -48,6 +50,7 @@ struct Layout {
         std::uint16_t* extra = nullptr;
         TIFFGetFieldDefaulted(file, TIFFTAG_EXTRASAMPLES, &extraCount, &extra);
         hasAlpha = extraCount > 0 && extra != nullptr && extra[0] != EXTRASAMPLE_UNSPECIFIED;
+        isMultiplied = hasAlpha && extra[0] == EXTRASAMPLE_ASSOCALPHA;
     }
 
     /// Whether rows can be taken as they are, with all their bits.
@@ -60,6 +63,27 @@ struct Layout {
                orientation == ORIENTATION_TOPLEFT && samples >= 1 && samples <= 8;
     }
 };
+
+unsigned short dividedBy(unsigned short opacity, unsigned short part) {
+    unsigned int const whole = 0xFFFF;
+    return static_cast<unsigned short>(
+        std::min<std::uint64_t>((std::uint64_t(part) * whole + opacity / 2U) / opacity, whole));
+}
+
+/// Colors of real numbers may be brighter than white.
+float dividedBy(float opacity, float part) {
+    return part / opacity;
+}
+
+/// Takes the opacity out of the colors of pixels that have one. What nothing is seen of keeps its colors.
+template <class T>
+void divideOpacityOut(T* pixels, std::size_t count) {
+    for (T* pixel = pixels; pixel != pixels + 4 * count; pixel += 4) {
+        for (std::size_t k = 0; k < 3 && pixel[3] > 0; ++k) {
+            pixel[k] = dividedBy(pixel[3], pixel[k]);
+        }
+    }
+}
 
 template <class T>
 bool decodeRows(TIFF* file, Layout const& layout, T opaque, T* pixels, unsigned int channels) {
@@ -74,7 +98,8 @@ bool decodeRows(TIFF* file, Layout const& layout, T opaque, T* pixels, unsigned 
         if (TIFFReadScanline(file, row.data(), y) < 0) {
             return false;
         }
-        T* to = pixels + std::size_t(layout.height - 1 - y) * layout.width * channels;
+        T* const start = pixels + std::size_t(layout.height - 1 - y) * layout.width * channels;
+        T* to = start;
         for (std::uint32_t x = 0; x < layout.width; ++x, to += channels) {
             T const* const from = row.data() + std::size_t(x) * layout.samples;
             for (unsigned int k = 0; k < 3; ++k) {
@@ -83,6 +108,9 @@ bool decodeRows(TIFF* file, Layout const& layout, T opaque, T* pixels, unsigned 
             if (channels == 4) {
                 to[3] = layout.samples > colors ? from[colors] : opaque;
             }
+        }
+        if (channels == 4 && layout.isMultiplied) {
+            divideOpacityOut(start, layout.width);
         }
     }
     return true;

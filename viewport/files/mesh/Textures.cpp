@@ -249,10 +249,10 @@ private:
     Image _colors(Material const& material) {
         return _named(material.texture, [&]() -> Image {
             if (material.texelRows > 0) {
-                return _readable(material.texture, imageOfTexels(material));
+                return _readable(material.texture, imageOfTexels(material), std::vector<unsigned char>());
             }
             if (!material.textureBytes.empty()) {
-                return _readable(material.texture, readImage(material.textureBytes, progress));
+                return _readable(material.texture, readImage(material.textureBytes, progress), material.textureBytes);
             }
             return _file(material.texture);
         });
@@ -270,20 +270,22 @@ private:
     Image _file(std::string const& name) {
         std::vector<unsigned char> const bytes = bytesOfAddress(name);
         if (!bytes.empty()) {
-            return _readable("data:", readImage(bytes, progress));
+            return _readable("data:", readImage(bytes, progress), bytes);
         }
         if (std::optional<std::string> const path = findTexture(meshPath, name)) {
-            return _readable(name, readImage(*path, progress));
+            return _readable(name, readImage(*path, progress), *path);
         }
         notes.push_back({meshPath, "texture '" + name + "' is neither beside the file nor in " +
                                        _textureFolders() + "; drawn without it"});
         return nullptr;
     }
 
-    Image _readable(std::string const& name, Image image) {
+    /// \param source of the image, a path or bytes
+    template <class Source>
+    Image _readable(std::string const& name, Image image, Source const& source) {
         if (image == nullptr) {
-            notes.push_back({meshPath, "texture '" + name + "' is not a readable picture (" +
-                                           PICTURE_FORMATS + "); drawn without it"});
+            notes.push_back({meshPath, "texture '" + name.substr(0, LONGEST_NAME) + "' " +
+                                           unreadableReason(source) + "; drawn without it"});
         }
         return image;
     }

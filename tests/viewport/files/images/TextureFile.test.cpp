@@ -102,6 +102,14 @@ std::string dds(std::string const& fourLetters, std::string const& content, unsi
     return bytes + content;
 }
 
+/// The same of a format of DXGI.
+std::string ddsOfDxgi(unsigned int format, unsigned int opacityMode, std::string const& content,
+                      unsigned int side = 4) {
+    std::string header;
+    append(header, {format, 3, 0, 1, opacityMode});
+    return dds("DX10", header + content, side);
+}
+
 std::string const redToBlue("\x00\xF8\x1F\x00\x1B\x00\x00\x00", 8);
 
 }  // namespace
@@ -160,6 +168,60 @@ TEST(TextureFile, ddsBlocksOfOneAndTwoChannelsAreDecoded) {
     EXPECT_EQ(channel(*two, 1, 3, 1), 0);
 }
 
+TEST(TextureFile, anOpacityThatIsMultipliedIntoTheColorsOfDdsIsDividedOut) {
+    // Half of red, half opaque; of four bits the nearest is 8 of 15.
+    std::string const halfRed("\x00\x78\x00\x78\x00\x00\x00\x00", 8);
+    std::string const eightOf15(8, '\x88');
+    std::string const half("\x80\x80\x00\x00\x00\x00\x00\x00", 8);
+    struct Row {
+        char const* name;
+        std::string bytes;
+        float red;
+        float opacity;
+    };
+    for (Row const& row : {Row{"DXT2", dds("DXT2", eightOf15 + halfRed), 123.0F / 136, 136.0F / 255},
+                           Row{"DXT3", dds("DXT3", eightOf15 + halfRed), 123.0F / 255, 136.0F / 255},
+                           Row{"DXT4", dds("DXT4", half + halfRed), 123.0F / 128, 128.0F / 255},
+                           Row{"DXT5", dds("DXT5", half + halfRed), 123.0F / 255, 128.0F / 255},
+                           Row{"multiplied", ddsOfDxgi(77, 2, half + halfRed), 123.0F / 128, 128.0F / 255},
+                           Row{"straight", ddsOfDxgi(77, 1, half + halfRed), 123.0F / 255, 128.0F / 255}}) {
+        SCOPED_TRACE(row.name);
+        Image const image = read(row.bytes);
+        ASSERT_NE(image, nullptr);
+        EXPECT_NEAR(channel(*image, 1, 1, 0), row.red, 0.003F);
+        EXPECT_NEAR(channel(*image, 1, 1, 3), row.opacity, 0.001F);
+    }
+    Image const opaque = read(ddsOfDxgi(77, 3, half + halfRed));
+    ASSERT_NE(opaque, nullptr);
+    EXPECT_EQ(opaque->pixdepth(), 24);
+    // Where nothing is seen there is nothing to divide by, and no part becomes more than whole.
+    Image const gone = read(dds("DXT4", std::string(8, '\0') + halfRed));
+    ASSERT_NE(gone, nullptr);
+    EXPECT_NEAR(channel(*gone, 1, 1, 0), 123.0F / 255, 0.003F);
+    Image const more = read(dds("DXT4", std::string("\x10\x10\x00\x00\x00\x00\x00\x00", 8) + halfRed));
+    ASSERT_NE(more, nullptr);
+    EXPECT_EQ(channel(*more, 1, 1, 0), 1);
+}
+
+TEST(TextureFile, ddsFormatsThatAreNotReadAreNamed) {
+    auto const reason = [](std::string const& bytes) {
+        EXPECT_EQ(read(bytes), nullptr);
+        return unreadableReason(std::vector<unsigned char>(bytes.begin(), bytes.end()));
+    };
+    std::string const block(16, '\0');
+    EXPECT_EQ(reason(ddsOfDxgi(95, 0, block)), "is a DDS file of BC6H, which is not read");
+    EXPECT_EQ(reason(ddsOfDxgi(98, 0, block)), "is a DDS file of BC7, which is not read");
+    EXPECT_EQ(reason(ddsOfDxgi(2, 0, block)), "is a DDS file of DXGI format 2, which is not read");
+    EXPECT_EQ(reason(dds("ABCD", block)), "is a DDS file of ABCD, which is not read");
+    EXPECT_EQ(reason(dds("\x71\x01\x01\x01", block)), "is a DDS file of format 16843121, which is not read");
+    // Damaged, of a format that is read.
+    EXPECT_THAT(reason(dds("DXT1", redToBlue, 8)), testing::HasSubstr("is not a readable picture"));
+    EXPECT_THAT(reason(dds("DX10", redToBlue)), testing::HasSubstr("is not a readable picture"));
+    TemporaryFolder const folder;
+    EXPECT_EQ(readTexture(folder.write("a.dds", ddsOfDxgi(98, 0, block))).fault().message,
+              "is a DDS file of BC7, which is not read");
+}
+
 TEST(TextureFile, ddsFilesOfOtherKindsAreRefused) {
     EXPECT_EQ(read(dds("ABCD", redToBlue)), nullptr);
     EXPECT_EQ(read(dds("DXT1", redToBlue, 8)), nullptr) << "four blocks are needed";
@@ -191,6 +253,74 @@ TEST(TextureFile, damagedPicturesDoNoHarm) {
             EXPECT_TRUE(image == nullptr || image->width() > 0) << place;
         }
     }
+}
+
+// == TIFF ==
+
+namespace {
+
+/// A TIFF file of one row of pixels of four channels, little-endian.
+/// \param opacity EXTRASAMPLE_ASSOCALPHA (1) or EXTRASAMPLE_UNASSALPHA (2)
+std::string tiff(unsigned int bits, unsigned int format, unsigned int opacity, std::string const& pixels) {
+    constexpr unsigned int SHORT = 3;
+    constexpr unsigned int LONG = 4;
+    unsigned int const width = static_cast<unsigned int>(pixels.size()) / (bits / 2);
+    struct Entry {
+        unsigned int tag;
+        unsigned int type;
+        unsigned int count;
+        unsigned int value;  // or its place
+    };
+    unsigned int const first = 8 + static_cast<unsigned int>(pixels.size());
+    unsigned int const lists = first + 2 + 12 * 12 + 4;
+    std::vector<Entry> const entries{{256, LONG, 1, width},
+                                     {257, LONG, 1, 1},
+                                     {258, SHORT, 4, lists},
+                                     {259, SHORT, 1, 1},
+                                     {262, SHORT, 1, 2},
+                                     {273, LONG, 1, 8},
+                                     {277, SHORT, 1, 4},
+                                     {278, LONG, 1, 1},
+                                     {279, LONG, 1, static_cast<unsigned int>(pixels.size())},
+                                     {284, SHORT, 1, 1},
+                                     {338, SHORT, 1, opacity},
+                                     {339, SHORT, 4, lists + 8}};
+    std::string bytes("II*\0", 4);
+    append(bytes, {first});
+    bytes += pixels;
+    bytes += std::string("\x0C\x00", 2);
+    for (Entry const& entry : entries) {
+        append(bytes, {entry.tag | entry.type << 16, entry.count, entry.value});
+    }
+    append(bytes, {0, bits | bits << 16, bits | bits << 16, format | format << 16, format | format << 16});
+    return bytes;
+}
+
+}  // namespace
+
+TEST(TextureFile, anOpacityThatIsMultipliedIntoTheColorsOfTiffIsDividedOut) {
+    // Red 0.25, green 0.5 and half opaque; then a pixel of which nothing is seen; then one with more color than opacity.
+    std::string words;
+    append(words, {0x80004000, 0x80000000, 0x00001234, 0x00000000, 0x0000FFFF, 0x40000000});
+    Image const sixteen = read(tiff(16, 1, 1, words));
+    ASSERT_NE(sixteen, nullptr);
+    ASSERT_EQ(sixteen->pixdepth(), 64);
+    EXPECT_NEAR(channel(*sixteen, 0, 0, 0), 0.5F, 0.0001F);
+    EXPECT_EQ(channel(*sixteen, 0, 0, 1), 1);
+    EXPECT_NEAR(channel(*sixteen, 0, 0, 3), 0.5F, 0.0001F);
+    EXPECT_EQ(sixteen->getBuffer16()[4], 0x1234);
+    EXPECT_EQ(sixteen->getBuffer16()[8], 0xFFFF);
+    Image const straight = read(tiff(16, 1, 2, words));
+    ASSERT_NE(straight, nullptr);
+    EXPECT_EQ(straight->getBuffer16()[0], 0x4000);
+    std::string floats;
+    append(floats, {0x3E800000, 0x3F000000, 0x40000000, 0x3F000000});  // 0.25, 0.5, 2 and 0.5
+    Image const real = read(tiff(32, 3, 1, floats));
+    ASSERT_NE(real, nullptr);
+    EXPECT_EQ(real->getBuffer32()[0], 0.5F);
+    EXPECT_EQ(real->getBuffer32()[1], 1);
+    EXPECT_EQ(real->getBuffer32()[2], 4) << "brighter than white";
+    EXPECT_EQ(real->getBuffer32()[3], 0.5F);
 }
 
 TEST(TextureFile, otherFilesAreNoPictures) {
