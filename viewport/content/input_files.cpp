@@ -58,7 +58,8 @@ std::vector<std::string> textureFiles(std::string const& meshPath, MeshData cons
     for (Material const& material : mesh.materials) {
         bool const isEmbedded = !material.textureBytes.empty();
         for (std::string const& name :
-             {isEmbedded ? std::string() : material.texture, material.opacityTexture}) {
+             {isEmbedded ? std::string() : material.texture, material.opacityTexture,
+              material.emissionTexture.bytes.empty() ? material.emissionTexture.name : std::string()}) {
             std::optional<std::string> const file = name.empty() ? std::nullopt : findTexture(meshPath, name);
             if (file) {
                 files.push_back(*file);

@@ -208,7 +208,10 @@ public:
         part.import->toMesh(*part.mesh);
         part.hasHardNormals = sizeOf(part.mesh->vertexNormals()) > sizeOf(part.mesh->positions());
         if (part.texture != nullptr) {
-            _fillCoordinates(part, members);
+            _fillCoordinates(*part.mesh, ModelPart::CHANNEL, members, _transformOf(material));
+        }
+        if (part.emissionMap != nullptr) {
+            _takeLightCoordinates(part, members);
         }
         _fillColors(part, members);
         return part;
@@ -217,7 +220,11 @@ public:
 private:
     void _takeMaterial(ModelPart& part, Material const& material) {
         part.color.a *= material.opacity;
-        part.emission = material.emission;
+        // Without the picture of where it shines, all of the surface would.
+        bool const hasLightMap = !material.emissionTexture.name.empty() || material.emissionImage != nullptr;
+        part.emission = hasLightMap ? Color4<float>{0, 0, 0, 1} : material.emission;
+        bool const hasPlaces = texture == nullptr && !data.textureCoordinates.empty();
+        part.emissionMap = hasPlaces ? material.emissionImage : nullptr;
         part.specular = material.specular;
         part.shininess = material.shininess;
         if (part.texture != nullptr && part.texture == material.image) {
@@ -252,8 +259,25 @@ private:
         return part;
     }
 
-    void _fillCoordinates(ModelPart& part, std::vector<unsigned int> const& members) {
-        Mesh& mesh = *part.mesh;
+    /// Of the texture. One of the user's own lies as the coordinates of the vertices say.
+    TextureTransform _transformOf(unsigned int material) const {
+        return texture == nullptr && material < data.materials.size()
+                   ? data.materials[material].textureTransform
+                   : TextureTransform();
+    }
+
+    void _takeLightCoordinates(ModelPart& part, std::vector<unsigned int> const& members) {
+        unsigned int const material = surface.material(members.front());
+        TextureTransform const transform = data.materials[material].emissionTexture.transform;
+        bool const isAlike = part.texture != nullptr && transform == _transformOf(material);
+        part.emissionChannel = isAlike ? ModelPart::CHANNEL : ModelPart::LIGHT_CHANNEL;
+        if (!isAlike) {
+            _fillCoordinates(*part.mesh, part.emissionChannel, members, transform);
+        }
+    }
+
+    void _fillCoordinates(Mesh& mesh, char const* channel, std::vector<unsigned int> const& members,
+                          TextureTransform const& transform) {
         std::vector<Triangle> triangles;
         std::vector<Vector2<float>> coordinates;
         if (data.textureCoordinates.empty()) {
@@ -270,17 +294,12 @@ private:
             for (unsigned int t : members) {
                 triangles.push_back(fileVertices(surface.source(t)));
             }
-            unsigned int const material = surface.material(members.front());
-            // A texture of the user's own lies as the coordinates of the vertices say.
-            TextureTransform const transform = texture == nullptr && material < data.materials.size()
-                                                   ? data.materials[material].textureTransform
-                                                   : TextureTransform();
             for (unsigned int old : fileVertices.used()) {
                 coordinates.push_back(transform.apply(data.textureCoordinates[old]));
             }
         }
-        mesh.addNamedArray(MeshArrayInf_ns::TRINDEXED, ModelPart::CHANNEL, toArray(triangles));
-        mesh.addNamedArray(MeshArrayInf_ns::PER_FACE, ModelPart::CHANNEL, toArray(coordinates));
+        mesh.addNamedArray(MeshArrayInf_ns::TRINDEXED, channel, toArray(triangles));
+        mesh.addNamedArray(MeshArrayInf_ns::PER_FACE, channel, toArray(coordinates));
     }
 
     /// Does nothing where one color is enough and nothing shines through.

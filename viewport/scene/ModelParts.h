@@ -19,6 +19,9 @@ struct ModelPart {
     /// The name of the mesh's channel of texture coordinates.
     static constexpr char CHANNEL[] = "uv";
 
+    /// The same of the emission map, where that lies otherwise than the texture.
+    static constexpr char LIGHT_CHANNEL[] = "uv of light";
+
     std::unique_ptr<Mesh> mesh;
     std::unique_ptr<MeshImporter> import;  ///< what the mesh was made of; may be null (see Scene::Imports)
     Color4<float> color;  ///< of the surface, with its opacity; the texture's tint where it has one
@@ -26,6 +29,9 @@ struct ModelPart {
     bool hasHardNormals = false;              ///< some vertices have several normals
 
     Color4<float> emission{0, 0, 0, 1};
+    std::shared_ptr<VL_Image const>
+        emissionMap;                         ///< added to the surface, whatever light is on it; may be null
+    char const* emissionChannel = CHANNEL;   ///< of the mesh; only with `emissionMap`
     std::optional<Color4<float>> specular;   ///< nothing: that of the drawing
     float shininess = 0;                     ///< only with `specular`
     AlphaMode alphaMode = AlphaMode::SOLID;  ///< of the texture

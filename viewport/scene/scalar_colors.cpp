@@ -26,6 +26,8 @@ void colorByScalar(MeshData& mesh, MeshScalar const& scalar, ValueScale const& s
         material.texelColumns = 0;
         material.texelRows = 0;
         material.emission = {0, 0, 0, 1};
+        material.emissionImage = nullptr;
+        material.emissionTexture = {};
     }
 }
 

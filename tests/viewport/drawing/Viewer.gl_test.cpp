@@ -1,93 +1,19 @@
 #include "viewport/drawing/TiledPicture.h"
 
-#include "Core_RL_GL.h"
-#include "tests/gl_spy/GlTest.h"
+#include "tests/viewport/drawing/ViewerTest.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <memory>
 
 using namespace vellum;
 using namespace vellum::viewport;
 
 namespace {
 
-/// A tile that fits the context of the fixture.
-constexpr Tiling oneTile{2, 112, 112, 8};
-static_assert(oneTile.width + 2 * oneTile.margin == gl_spy::GlTest::width / 2, "fills the context");
-
-/// A cube from -1 to 1 in a color of its own.
-MeshData cube(std::string const& name, Vector3<double> const& place, Color4<float> const& color) {
-    MeshData mesh;
-    mesh.name = name;
-    for (unsigned int i = 0; i < 8; ++i) {
-        Vector3<double> const corner{(i & 1) != 0 ? 1.0 : -1.0, (i & 2) != 0 ? 1.0 : -1.0,
-                                     (i & 4) != 0 ? 1.0 : -1.0};
-        mesh.positions.push_back(corner + place);
-        mesh.normals.push_back(convert<float>(normalized(corner)));
-        mesh.colors.push_back(color);
-    }
-    mesh.triangles = {{0, 4, 6}, {0, 6, 2}, {1, 3, 7}, {1, 7, 5}, {0, 1, 5}, {0, 5, 4},
-                      {2, 6, 7}, {2, 7, 3}, {0, 2, 3}, {0, 3, 1}, {4, 5, 7}, {4, 7, 6}};
-    return mesh;
-}
-
-/// A square from -1 to 1 that shows a texture of four colors: red and green below, blue and white above.
-MeshData texturedSquare() {
-    MeshData mesh;
-    mesh.name = "square.obj";
-    mesh.positions = {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
-    mesh.triangles = {{0, 1, 2}, {0, 2, 3}};
-    mesh.normals.assign(4, {0, 0, 1});
-    mesh.colors.assign(4, {1, 1, 1, 1});
-    mesh.textureCoordinates = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
-    mesh.triangleMaterials.assign(2, 0);
-    auto const image = std::make_shared<VL_Image>();
-    image->create(2, 2, 3, 8);
-    constexpr unsigned char texels[] = {255, 0, 0, 0, 255, 0, 0, 0, 255, 255, 255, 255};
-    std::copy(std::begin(texels), std::end(texels), image->getBuffer());
-    mesh.materials.resize(1);
-    mesh.materials[0].image = image;
-    return mesh;
-}
-
-constexpr Color4<float> orange{1.0F, 0.45F, 0.0F, 1};
-
-std::string textOf(std::optional<Picked> const& picked) {
-    return picked ? std::to_string(picked->name) + " " + picked->owner : "nothing";
-}
-
-class Viewer_gl_test : public gl_spy::GlTest {
-protected:
-    void SetUp() override {
-        GlTest::SetUp();
-        layer.reset(new Core_RL_GL);
-    }
-
-    Picture draw(Tiling const& tiling = oneTile) {
-        Viewer viewer(*layer, scene, style);
-        Result<Picture> picture = TiledPicture(size, tiling).draw(viewer, *layer, context());
-        EXPECT_TRUE(picture.isOk());
-        return picture.isOk() ? picture.value() : Picture{};
-    }
-
-    std::string pick(int const& x, int const& y) {
-        Viewer viewer(*layer, scene, style);
-        return textOf(viewer.pick(size, {x, y}));
-    }
-
-    Scene scene{{cube("cube.obj", {0, 0, 0}, orange)}};
-    PictureSize size{112, 112};
-    ViewStyle style;
-    std::unique_ptr<Core_RL> layer;
-};
-
-unsigned char const* at(Picture const& picture, int const& x, int const& y) {
-    return picture.pixels.data() + 4 * (y * picture.width + x);
-}
+class Viewer_gl_test : public ViewerTest {};
 
 bool isOrange(unsigned char const* pixel) {
     return pixel[0] > 60 && pixel[0] > 2 * pixel[2] + 20;
@@ -353,21 +279,6 @@ TEST_F(Viewer_gl_test, trianglesSeenFromBehindBecomeOutlines) {
 
 // == Materials ==
 
-namespace {
-
-/// A square from -1 to 1 that faces the viewer of the front view.
-MeshData square(double z, Color4<float> const& color) {
-    MeshData mesh = texturedSquare();
-    for (Vector3<double>& p : mesh.positions) {
-        p.z = z;
-    }
-    mesh.colors.assign(4, color);
-    mesh.materials[0] = Material();
-    return mesh;
-}
-
-}  // namespace
-
 TEST_F(Viewer_gl_test, theNearerOfTwoPanesCoversTheOther) {
     style.camera.view = toolkit::ViewKind::FRONT;
     MeshData red = square(-0.5, {1, 0, 0, 1});
@@ -489,39 +400,6 @@ TEST_F(Viewer_gl_test, holesOfATextureAreThereAsItsMaterialSays) {
     EXPECT_NEAR(brightness(AlphaMode::BLEND, 0.5F, 0.5F), 0.2 * whole + 0.8 * hole, 6);
 }
 
-TEST_F(Viewer_gl_test, surfacesGiveOffLight) {
-    MeshData lamp = square(0, {0, 0, 0, 1});
-    style.camera.view = toolkit::ViewKind::FRONT;
-    scene = Scene({lamp});
-    EXPECT_LT(at(draw(), 56, 50)[1], 20);
-    lamp.materials[0].emission = {0, 1, 0, 1};
-    scene = Scene({lamp, square(-1, {0, 0, 0, 1})});
-    EXPECT_GT(at(draw(), 56, 50)[1], 230);
-    scene = Scene({square(-1, {0, 0, 0, 1}), square(0, {0, 0, 0, 1})});
-    EXPECT_LT(at(draw(), 56, 50)[1], 20) << "only those";
-}
-
-TEST_F(Viewer_gl_test, highlightsAreThoseOfTheMaterial) {
-    MeshData ball = cube("ball.obj", {0, 0, 0}, {0, 0, 0, 1});
-    ball.materials.resize(1);
-    ball.triangleMaterials.assign(ball.triangles.size(), 0);
-    auto const brightest = [&] {
-        scene = Scene({ball});
-        Picture const picture = draw();
-        int most = 0;
-        for (int y = 30; y < 80; ++y) {
-            for (int x = 30; x < 80; ++x) {
-                most = std::max(most, static_cast<int>(at(picture, x, y)[0]));
-            }
-        }
-        return most;
-    };
-    int const plain = brightest();
-    ball.materials[0].specular = {1, 1, 1, 1};
-    ball.materials[0].shininess = 4;
-    EXPECT_GT(brightest(), plain + 60);
-}
-
 TEST_F(Viewer_gl_test, textureAndColorsOfVerticesAreMultiplied) {
     MeshData mesh = texturedSquare();
     mesh.hasVertexColors = true;
@@ -563,70 +441,6 @@ TEST_F(Viewer_gl_test, linesAndPointsAreDrawnAndPicked) {
     }
     EXPECT_EQ(pick(56, 55), "16 lines.obj");
     EXPECT_EQ(pick(56, 90), "nothing");
-}
-
-namespace {
-
-/// A line across the middle of the front view and a point below it.
-MeshData lineAndPoint(double z, Color4<float> const& color) {
-    MeshData mesh;
-    // The last two are of the box alone.
-    mesh.positions = {{-1, 0, z}, {1, 0, z}, {0, -0.5, z}, {-1, -1, z}, {1, 1, z}};
-    mesh.colors.assign(5, color);
-    mesh.lines = {{0, 1}};
-    mesh.points = {2};
-    return mesh;
-}
-
-/// The rows of a column of the picture that are mostly red, in a part of it.
-int redRows(Picture const& picture, int column, int from, int end) {
-    int count = 0;
-    for (int y = from; y < end; ++y) {
-        unsigned char const* const p = at(picture, column, y);
-        count += p[0] > 150 && p[1] < 100 && p[2] < 100 ? 1 : 0;
-    }
-    return count;
-}
-
-}  // namespace
-
-TEST_F(Viewer_gl_test, linesAndPointsAreAsWideAndOfTheColorThatIsAskedFor) {
-    scene = Scene({lineAndPoint(0, {0, 1, 1, 1})});
-    style.camera.view = toolkit::ViewKind::FRONT;
-    style.mesh.color = Color4<float>{1, 0, 0, 1};
-    Picture const thin = draw();
-    EXPECT_GE(redRows(thin, 30, 20, 66), 1) << "the line";
-    EXPECT_LE(redRows(thin, 30, 20, 66), 3);
-    EXPECT_NEAR(redRows(thin, 56, 66, 100), 4, 1) << "the point";
-    style.mesh.lineWidth = 9;
-    Picture const thick = draw();
-    EXPECT_NEAR(redRows(thick, 30, 20, 66), 9, 1);
-    EXPECT_NEAR(redRows(thick, 56, 66, 100), 9, 1);
-}
-
-TEST_F(Viewer_gl_test, linesAndPointsAreBlendedFromTheBackToTheFront) {
-    style.camera.view = toolkit::ViewKind::FRONT;
-    style.mesh.lineWidth = 9;
-    style.mesh.opacity = 0.75F;
-    MeshData const red = lineAndPoint(-0.5, {1, 0, 0, 1});
-    MeshData const blue = lineAndPoint(0.5, {0, 0, 1, 1});
-    MeshData const pane = square(0, {0, 1, 0, 1});
-    for (bool const isRedFirst : {true, false}) {
-        scene = isRedFirst ? Scene({red, pane, blue}) : Scene({blue, pane, red});
-        Picture const front = draw();
-        for (int const row : {56, 78}) {
-            unsigned char const* const ahead = at(front, 56, row);
-            EXPECT_NEAR(ahead[2], 0.75 * 255, 20) << savePicture("viewer_blended_lines");
-            EXPECT_LT(ahead[0], 60) << "red is behind pane and line";
-            EXPECT_GT(ahead[1], 15) << "the pane shines through";
-        }
-    }
-    // Without a pane, and with the opacity of the file.
-    style.mesh.opacity = 1;
-    scene = Scene({lineAndPoint(-0.5, {1, 0, 0, 0.5F}), lineAndPoint(0.5, {0, 0, 1, 0.5F})});
-    unsigned char const* const both = at(draw(), 56, 56);
-    EXPECT_GT(both[2], both[0] + 40);
-    EXPECT_GT(both[0], 60);
 }
 
 TEST_F(Viewer_gl_test, depthsAreThoseOfTheModelInUnitsOfTheFile) {

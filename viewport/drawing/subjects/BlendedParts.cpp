@@ -31,6 +31,27 @@ void ignoreTextureOpacity() {
     glTexEnvi(GL_TEXTURE_ENV, GL_SOURCE0_ALPHA, GL_PRIMARY_COLOR);
 }
 
+/// A second texture is added to the color of what follows, and leaves its opacity.
+void beginLight(unsigned int texture) {
+    glActiveTexture(GL_TEXTURE1);
+    glEnable(GL_TEXTURE_2D);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_COMBINE);
+    glTexEnvi(GL_TEXTURE_ENV, GL_COMBINE_RGB, GL_ADD);
+    glTexEnvi(GL_TEXTURE_ENV, GL_SOURCE0_RGB, GL_PREVIOUS);
+    glTexEnvi(GL_TEXTURE_ENV, GL_SOURCE1_RGB, GL_TEXTURE);
+    glTexEnvi(GL_TEXTURE_ENV, GL_COMBINE_ALPHA, GL_REPLACE);
+    glTexEnvi(GL_TEXTURE_ENV, GL_SOURCE0_ALPHA, GL_PREVIOUS);
+    glActiveTexture(GL_TEXTURE0);
+}
+
+void endLight() {
+    glActiveTexture(GL_TEXTURE1);
+    glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+    glDisable(GL_TEXTURE_2D);
+    glActiveTexture(GL_TEXTURE0);
+}
+
 }  // namespace
 
 bool BlendedParts::covers(std::vector<ModelVertex> const& vertices, MeshStyle const& style) {
@@ -48,12 +69,8 @@ void BlendedParts::add(Model const& model) {
             continue;
         }
         Source source = _sourceOf(part);
-        if (part.texture != nullptr && !style.color) {
-            source.texture = textures.nameOf(*part.texture);
-            source.coordinateTriangles = elementsOf<Tuple3<unsigned int>>(
-                part.mesh->namedArray(MeshArrayInf_ns::TRINDEXED, ModelPart::CHANNEL));
-            source.coordinates = elementsOf<Vector2<float>>(
-                part.mesh->namedArray(MeshArrayInf_ns::PER_FACE, ModelPart::CHANNEL));
+        if (!style.color) {
+            _takeTextures(source);
         }
         _add(source, part.mesh->triangleCount());
     }
@@ -79,6 +96,26 @@ void BlendedParts::_addElements(std::vector<ModelVertex> const& vertices, bool a
     source.elements = vertices.data();
     source.hasLines = areLines;
     _add(source, areLines ? vertices.size() / 2 : vertices.size());
+}
+
+void BlendedParts::_takeTextures(Source& source) const {
+    ModelPart const& part = *source.part;
+    auto const trianglesOf = [&part](char const* channel) {
+        return elementsOf<Tuple3<unsigned int>>(part.mesh->namedArray(MeshArrayInf_ns::TRINDEXED, channel));
+    };
+    auto const valuesOf = [&part](char const* channel) {
+        return elementsOf<Vector2<float>>(part.mesh->namedArray(MeshArrayInf_ns::PER_FACE, channel));
+    };
+    if (part.texture != nullptr) {
+        source.texture = textures.nameOf(*part.texture);
+        source.coordinateTriangles = trianglesOf(ModelPart::CHANNEL);
+        source.coordinates = valuesOf(ModelPart::CHANNEL);
+    }
+    if (part.emissionMap != nullptr) {
+        source.light = textures.nameOf(*part.emissionMap);
+        source.lightTriangles = trianglesOf(part.emissionChannel);
+        source.lightCoordinates = valuesOf(part.emissionChannel);
+    }
 }
 
 /// Parts without colors of their vertices have the arrays of their mesh alone.
@@ -185,6 +222,9 @@ void BlendedParts::_begin(Source const& source) const {
             glAlphaFunc(GL_GEQUAL, source.part->alphaCutoff);
         }
     }
+    if (source.light != 0) {
+        beginLight(source.light);
+    }
     glBegin(GL_TRIANGLES);
 }
 
@@ -192,6 +232,9 @@ void BlendedParts::_end(Source const& source) const {
     glEnd();
     if (source.elements != nullptr) {
         layer.enableLighting();
+    }
+    if (source.light != 0) {
+        endLight();
     }
     if (source.texture != 0) {
         glDisable(GL_ALPHA_TEST);
@@ -233,6 +276,11 @@ void BlendedParts::_emitTriangle(Source const& source, unsigned int triangle) co
     if (source.coordinates != nullptr && source.coordinateTriangles != nullptr) {
         cornersOf(source.coordinateTriangles[triangle], places);
     }
+    unsigned int lights[3] = {0, 0, 0};
+    bool const isLight = source.lightCoordinates != nullptr && source.lightTriangles != nullptr;
+    if (isLight) {
+        cornersOf(source.lightTriangles[triangle], lights);
+    }
     bool const isFaceted = style.shading == Shading::FACETED;
     if (isFaceted) {
         Vector3<double> const normal = cross(source.vertices[corners[1]] - source.vertices[corners[0]],
@@ -245,6 +293,9 @@ void BlendedParts::_emitTriangle(Source const& source, unsigned int triangle) co
         }
         if (source.coordinates != nullptr) {
             glTexCoord2fv(&source.coordinates[places[k]].x);
+        }
+        if (isLight) {
+            glMultiTexCoord2fv(GL_TEXTURE1, &source.lightCoordinates[lights[k]].x);
         }
         Color4<float> color = source.color;
         if (source.colors != nullptr) {

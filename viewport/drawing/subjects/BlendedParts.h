@@ -60,6 +60,9 @@ private:
         unsigned int texture = 0;  // 0: none
         Tuple3<unsigned int> const* coordinateTriangles = nullptr;
         Vector2<float> const* coordinates = nullptr;
+        unsigned int light = 0;  // the emission map; 0: none
+        Tuple3<unsigned int> const* lightTriangles = nullptr;
+        Vector2<float> const* lightCoordinates = nullptr;
     };
     /// A triangle, line or point.
     struct Piece {
@@ -70,6 +73,7 @@ private:
 
     void _add(Source const& source, std::size_t count);
     void _addElements(std::vector<ModelVertex> const& vertices, bool areLines);
+    void _takeTextures(Source& source) const;
     Source _sourceOf(ModelPart const& part) const;
     static double _depthOf(Source const& source, unsigned int piece, Vector3<double> const& toBack);
     void _sort();

@@ -174,6 +174,17 @@ ModelRenderer::ModelRenderer(Core_RL& layer, Model const& model, MeshStyle const
             part.coloredRenderer = std::make_unique<Mesh_RL_GL>(part.colored.get(), false);
             part.surface.colors = COLORS;
         }
+        if (!style.color && source.emissionMap != nullptr && !BlendedParts::covers(source, style)) {
+            part.light = part.surface;
+            part.light.color = {1, 1, 1, 1};
+            part.light.colors = {};
+            part.light.edges = toolkit::Edges::NONE;
+            part.light.textureChannel = source.emissionChannel;
+            if (source.emissionChannel != ModelPart::CHANNEL) {
+                part.lightRenderer = std::make_unique<Mesh_RL_GL>(source.mesh.get(), false);
+                part.lightRenderer->useBufferObjects = part.renderer->useBufferObjects;
+            }
+        }
         if (style.importPreview && source.import != nullptr) {
             part.import = toPreview(*source.import);
         }
@@ -269,8 +280,8 @@ void ModelRenderer::_send(unsigned int primitive, std::vector<ModelVertex> const
 }
 
 void ModelRenderer::_drawSurface(Part& part, Sampling const& sampling) {
-    bool const isPlain =
-        (part.source->texture == nullptr || style.color) && part.colored == nullptr && style.opacity == 1;
+    bool const hasPicture = part.source->texture != nullptr || part.source->emissionMap != nullptr;
+    bool const isPlain = (!hasPicture || style.color) && part.colored == nullptr && style.opacity == 1;
     if (style.edgesBlend || (style.edges && isPlain && style.shading == Shading::SMOOTH)) {
         _drawSurfaceWithEdges(part, sampling);
     } else {
@@ -311,6 +322,22 @@ void ModelRenderer::_drawPlainSurface(Part& part, Sampling const& sampling) {
     setPartMaterial(*part.source, isGlossy);
     drawMesh(part.colored != nullptr ? *part.coloredRenderer : *part.renderer, part.surface);
     endPartMaterial();
+    if (part.source->emissionMap != nullptr && !style.color) {
+        _addLight(part);
+    }
+}
+
+/// Adds the emission map to the surface that is drawn already: where its depth is, so not where the texture masks it.
+void ModelRenderer::_addLight(Part& part) {
+    part.light.texture = textures.nameOf(*part.source->emissionMap);
+    layer.disableLighting();
+    layer.pushDepthTest({DEPTH_EQUAL, false});
+    layer.pushBlending(BLENDING_ALPHA);
+    glBlendFuncSeparate(GL_ONE, GL_ONE, GL_ZERO, GL_ONE);
+    drawMesh(part.lightRenderer != nullptr ? *part.lightRenderer : *part.renderer, part.light);
+    layer.popBlending();
+    layer.popDepthTest();
+    layer.enableLighting();
 }
 
 void ModelRenderer::_drawWireframe(Sampling const& sampling) {

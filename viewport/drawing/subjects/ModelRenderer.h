@@ -40,6 +40,11 @@ private:
         std::unique_ptr<Mesh_RL_GL> coloredRenderer;
 
         toolkit::MeshStyle surface;
+
+        // Only with an emission map that is shown. A renderer of its own where that lies otherwise than the texture:
+        // each renderer keeps the coordinates of one channel.
+        toolkit::MeshStyle light;
+        std::unique_ptr<Mesh_RL_GL> lightRenderer;
     };
 
     float _lineWidth(Sampling const& sampling, double standard) const;
@@ -48,6 +53,7 @@ private:
     static void _send(unsigned int primitive, std::vector<ModelVertex> const& vertices, bool hasColors);
     void _drawSurface(Part& part, Sampling const& sampling);
     void _drawPlainSurface(Part& part, Sampling const& sampling);
+    void _addLight(Part& part);
     void _drawSurfaceWithEdges(Part& part, Sampling const& sampling);
     void _drawWireframe(Sampling const& sampling);
     void _drawBox(Sampling const& sampling);

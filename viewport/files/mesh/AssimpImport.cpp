@@ -202,7 +202,7 @@ public:
     /// \return false where the scene has more vertices or triangles than a mesh may have.
     bool collect() {
         for (unsigned int i = 0; i < scene.mNumMaterials; ++i) {
-            collected.materials.push_back(materialOf(scene, i));
+            collected.materials.push_back(materialOf(scene, i, collected.notes));
         }
         collected.materials.emplace_back();  // for meshes without a material
         collected.animations = animationsOf(scene);
@@ -293,7 +293,10 @@ private:
     void _addVertices(aiMesh const& mesh, Mover const& whole, std::vector<Matrix4<double>> const& bones) {
         Color4<float> const color = surfaceColorOf(scene, mesh.mMaterialIndex);
         bool const hasColors = mesh.HasVertexColors(0);
-        bool const hasTexture = mesh.HasTextureCoords(0);
+        // Importers of some formats name lists that they do not give.
+        unsigned int const named = coordinatesOf(scene, mesh.mMaterialIndex);
+        unsigned int const list = mesh.HasTextureCoords(named) ? named : 0;
+        bool const hasTexture = mesh.HasTextureCoords(list);
         collected.hasVertexColors = collected.hasVertexColors || hasColors;
         hasTextureCoordinates = hasTextureCoordinates || hasTexture;
 
@@ -319,7 +322,7 @@ private:
 
             Vector2<float> texture{0, 0};
             if (hasTexture) {
-                aiVector3D const& t = mesh.mTextureCoords[0][v];
+                aiVector3D const& t = mesh.mTextureCoords[list][v];
                 texture = std::isfinite(t.x) && std::isfinite(t.y) ? Vector2<float>{t.x, t.y} : texture;
             }
             collected.textureCoordinates.push_back(texture);

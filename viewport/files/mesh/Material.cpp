@@ -20,7 +20,12 @@ TextureTransform TextureTransform::ofGltf(Vector2<float> const& scale, float rot
 }
 
 bool TextureTransform::isIdentity() const {
-    return uu == 1 && uv == 0 && vu == 0 && vv == 1 && u0 == 0 && v0 == 0;
+    return *this == TextureTransform();
+}
+
+bool TextureTransform::operator==(TextureTransform const& other) const {
+    return uu == other.uu && uv == other.uv && vu == other.vu && vv == other.vv && u0 == other.u0 &&
+           v0 == other.v0;
 }
 
 }  // namespace vellum::viewport

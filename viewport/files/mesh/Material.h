@@ -39,9 +39,19 @@ struct TextureTransform {
     static TextureTransform ofGltf(Vector2<float> const& scale, float rotation, Vector2<float> const& offset);
 
     bool isIdentity() const;
+    bool operator==(TextureTransform const& other) const;
     Vector2<float> apply(Vector2<float> const& p) const {
         return {uu * p.x + uv * p.y + u0, vu * p.x + vv * p.y + v0};
     }
+};
+
+/// A picture that a mesh file names or holds, and how it lies.
+struct MaterialPicture {
+    std::string name;                  ///< as the file names it; empty: there is none
+    std::vector<unsigned char> bytes;  ///< where the mesh file itself holds it
+    unsigned int columns = 0;          ///< as Material::texelColumns
+    unsigned int rows = 0;
+    TextureTransform transform;
 };
 
 /// A material of a mesh file, with or without a diffuse texture. All numbers are finite; colors are 0 to 1.
@@ -49,7 +59,8 @@ struct Material {
     std::string name;                ///< as the file has it; may be empty
     Color4<float> tint{1, 1, 1, 1};  ///< what the texture is multiplied with
     float opacity = 1;               ///< of the surface, 0 to 1; multiplied with that of vertices and texture
-    Color4<float> emission{0, 0, 0, 1};     ///< light that the surface gives off
+    /// Light that the surface gives off; with `emissionTexture` what that is multiplied with.
+    Color4<float> emission{0, 0, 0, 1};
     std::optional<Color4<float>> specular;  ///< of highlights; nothing: the file does not say
     float shininess = 0;                    ///< exponent of highlights, from 0 up; only with `specular`
     bool isTwoSided = false;                ///< the back is lit as the front is
@@ -68,7 +79,10 @@ struct Material {
     /// be `texture` itself. Empty: none.
     std::string opacityTexture;
 
+    MaterialPicture emissionTexture;  ///< where the surface gives off light
+
     std::shared_ptr<VL_Image const> image;  ///< the texture once it is read (see Textures.h); else null
+    std::shared_ptr<VL_Image const> emissionImage;  ///< the same of light, multiplied with `emission`
 };
 
 }  // namespace vellum::viewport

@@ -33,22 +33,25 @@ bool isWithinOne(Color4<float> const& color) {
 }
 
 /// Whether the pixels that a material holds are as many as their sizes say.
-bool hasSoundTexels(Material const& material) {
+bool areSoundTexels(std::uint64_t columns, std::uint64_t rows, std::size_t size) {
     constexpr std::uint64_t LONGEST_SIDE = 1 << 16;
-    std::uint64_t const columns = material.texelColumns;
-    std::uint64_t const rows = material.texelRows;
-    return (columns == 0 && rows == 0) ||
-           (columns > 0 && rows > 0 && columns <= LONGEST_SIDE && rows <= LONGEST_SIDE &&
-            4 * columns * rows == material.textureBytes.size());
+    return (columns == 0 && rows == 0) || (columns > 0 && rows > 0 && columns <= LONGEST_SIDE &&
+                                           rows <= LONGEST_SIDE && 4 * columns * rows == size);
+}
+
+bool isFinite(TextureTransform const& t) {
+    return std::isfinite(t.uu + t.uv + t.vu + t.vv + t.u0 + t.v0);
 }
 
 bool isSound(Material const& material) {
-    TextureTransform const& t = material.textureTransform;
+    MaterialPicture const& light = material.emissionTexture;
     return isWithinOne(material.tint) && isWithinOne(material.emission) &&
            (!material.specular || isWithinOne(*material.specular)) && material.opacity >= 0 &&
            material.opacity <= 1 && std::isfinite(material.shininess) && material.shininess >= 0 &&
-           material.alphaCutoff >= 0 && material.alphaCutoff <= 1 &&
-           std::isfinite(t.uu + t.uv + t.vu + t.vv + t.u0 + t.v0) && hasSoundTexels(material);
+           material.alphaCutoff >= 0 && material.alphaCutoff <= 1 && isFinite(material.textureTransform) &&
+           isFinite(light.transform) &&
+           areSoundTexels(material.texelColumns, material.texelRows, material.textureBytes.size()) &&
+           areSoundTexels(light.columns, light.rows, light.bytes.size());
 }
 
 /// Triangles without three different corners are left out of a model.

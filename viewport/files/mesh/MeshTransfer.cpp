@@ -37,6 +37,7 @@ struct MaterialHeader {
     Color4<float> emission;
     Color4<float> specular;
     TextureTransform textureTransform;
+    TextureTransform emissionTransform;
     float opacity;
     float shininess;
     float alphaCutoff;
@@ -45,9 +46,11 @@ struct MaterialHeader {
     std::uint32_t isTwoSided;
     std::uint32_t texelColumns;
     std::uint32_t texelRows;
+    std::uint32_t emissionColumns;
+    std::uint32_t emissionRows;
 };
 
-constexpr char MAGIC[8] = {'v', 'l', 'm', 'e', 's', 'h', '0', '5'};
+constexpr char MAGIC[8] = {'v', 'l', 'm', 'e', 's', 'h', '0', '6'};
 constexpr std::uint64_t MOST_DETAIL_BYTES = std::uint64_t(1) << 40;
 constexpr std::uint64_t MOST_SCALARS = std::uint64_t(1) << 20;
 constexpr char DAMAGED_MESSAGE[] = "the importer gave a damaged result";
@@ -220,8 +223,13 @@ void put(DetailWriter& writer, Material const& material) {
     header.isTwoSided = material.isTwoSided ? 1 : 0;
     header.texelColumns = material.texelColumns;
     header.texelRows = material.texelRows;
+    header.emissionTransform = material.emissionTexture.transform;
+    header.emissionColumns = material.emissionTexture.columns;
+    header.emissionRows = material.emissionTexture.rows;
     writer.put(header);
     writer.putList(material.name);
+    writer.putList(material.emissionTexture.name);
+    writer.putList(material.emissionTexture.bytes);
     writer.putList(material.opacityTexture);
     writer.putList(material.texture);
     writer.putList(material.textureBytes);
@@ -246,7 +254,12 @@ bool take(DetailReader& reader, Material& material) {
     material.isTwoSided = header.isTwoSided != 0;
     material.texelColumns = header.texelColumns;
     material.texelRows = header.texelRows;
+    material.emissionTexture.transform = header.emissionTransform;
+    material.emissionTexture.columns = header.emissionColumns;
+    material.emissionTexture.rows = header.emissionRows;
     material.name = reader.takeList<std::string>();
+    material.emissionTexture.name = reader.takeList<std::string>();
+    material.emissionTexture.bytes = reader.takeList<std::vector<unsigned char>>();
     material.opacityTexture = reader.takeList<std::string>();
     material.texture = reader.takeList<std::string>();
     material.textureBytes = reader.takeList<std::vector<unsigned char>>();

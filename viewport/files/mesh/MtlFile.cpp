@@ -85,6 +85,8 @@ private:
             current->hasHighlights = !model || *model >= 2;
         } else if (keyword == "map_kd") {
             material.texture = _texture(line, &material.textureTransform);
+        } else if (keyword == "map_ke") {
+            material.emissionTexture.name = _texture(line, &material.emissionTexture.transform);
         } else if (keyword == "map_d") {
             material.opacityTexture = _texture(line, nullptr);
         }
@@ -178,6 +180,10 @@ private:
             color.reset();
         }
         material.tint = color.value_or(material.tint);
+        Color4<float>& light = material.emission;
+        if (!material.emissionTexture.name.empty() && light.r + light.g + light.b == 0) {
+            light = {1, 1, 1, 1};
+        }
         float const opacity = state.opacity.value_or(1 - state.transparency.value_or(0.0F));
         material.opacity = std::clamp(opacity, 0.0F, 1.0F);
         // With an exponent of 0 the highlight would cover all of the surface; files have it where nothing shines.

@@ -27,9 +27,10 @@ struct MtlFile {
 ///
 ///     Kd        the color; with a texture what it is multiplied with, unless it is black
 ///     Ks, Ns    highlights; none where Ns is 0 or missing, and where illum is 0 or 1, which draw without
-///     Ke        emission
+///     Ke        emission; with a texture what it is multiplied with, unless it is black
 ///     d, or else Tr (which is 1 - d)   the opacity
 ///     map_Kd    the texture, with -o and -s; options that no drawing follows are skipped
+///     map_Ke    the texture of the emission, likewise
 ///     map_d     the texture of the opacity
 ///
 /// Everything else, such as Ka, bump maps and the numbers of other lighting models, is skipped. A number that

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <map>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 namespace vellum::viewport {
@@ -152,18 +153,63 @@ std::vector<unsigned char> bytesOfAddress(std::string_view address) {
     return bytes;
 }
 
+/// A picture that a material names or holds.
+struct Source {
+    std::string const& name;
+    std::vector<unsigned char> const& bytes;
+    unsigned int columns;
+    unsigned int rows;
+};
+
+Source colorsOf(Material const& material) {
+    return {material.texture, material.textureBytes, material.texelColumns, material.texelRows};
+}
+
+Source lightOf(Material const& material) {
+    MaterialPicture const& light = material.emissionTexture;
+    return {light.name, light.bytes, light.columns, light.rows};
+}
+
 /// The picture of pixels that the mesh file holds, upper row first.
-Image imageOfTexels(Material const& material) {
+Image imageOfTexels(Source const& source) {
     auto const image = std::make_shared<VL_Image>();
-    if (!image->create(material.texelColumns, material.texelRows, 4, 8)) {
+    if (!image->create(source.columns, source.rows, 4, 8)) {
         return nullptr;
     }
-    std::size_t const stride = std::size_t(4) * material.texelColumns;
-    for (std::size_t row = 0; row < material.texelRows; ++row) {
-        std::copy_n(material.textureBytes.data() + (material.texelRows - 1 - row) * stride, stride,
+    std::size_t const stride = std::size_t(4) * source.columns;
+    for (std::size_t row = 0; row < source.rows; ++row) {
+        std::copy_n(source.bytes.data() + (source.rows - 1 - row) * stride, stride,
                     image->getBuffer() + row * stride);
     }
     return image;
+}
+
+/// A channel of a pixel from 0 to 1; of pictures of real numbers it may be any.
+float channelAt(VL_Image const& image, std::size_t place) {
+    return image.bitdepth() == 8    ? static_cast<float>(image.getBuffer()[place]) / 255.0F
+           : image.bitdepth() == 16 ? static_cast<float>(image.getBuffer16()[place]) / 65535.0F
+                                    : image.getBuffer32()[place];
+}
+
+// == Light ==
+
+/// The colors of a picture multiplied with a color, without its opacity.
+Image multiplied(VL_Image const& image, Color4<float> const& color) {
+    auto product = std::make_shared<VL_Image>();
+    if (!product->create(image.width(), image.height(), 3, 8)) {
+        return nullptr;
+    }
+    std::size_t const channels = static_cast<std::size_t>(image.pixdepth() / image.bitdepth());
+    float const factors[3] = {color.r, color.g, color.b};
+    std::size_t const count = std::size_t(image.width()) * image.height();
+    unsigned char* to = product->getBuffer();
+    for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t k = 0; k < 3; ++k) {
+            float const value = factors[k] * channelAt(image, i * channels + k);
+            *to++ = static_cast<unsigned char>(value > 0 ? 255 * std::min(value, 1.0F) + 0.5F : 0.0F);
+        }
+    }
+    return product;
 }
 
 // == Opacity ==
@@ -171,12 +217,7 @@ Image imageOfTexels(Material const& material) {
 /// The opacity of a picture's pixel, or its brightness where the picture has none; 0 to 1.
 float opacityAt(VL_Image const& image, std::size_t pixel) {
     std::size_t const channels = static_cast<std::size_t>(image.pixdepth() / image.bitdepth());
-    auto const channel = [&](std::size_t k) {
-        std::size_t const place = pixel * channels + k;
-        return image.bitdepth() == 8    ? static_cast<float>(image.getBuffer()[place]) / 255.0F
-               : image.bitdepth() == 16 ? static_cast<float>(image.getBuffer16()[place]) / 65535.0F
-                                        : image.getBuffer32()[place];
-    };
+    auto const channel = [&](std::size_t k) { return channelAt(image, pixel * channels + k); };
     float const value = channels == 4 ? channel(3) : (channel(0) + channel(1) + channel(2)) / 3;
     return std::isfinite(value) ? std::clamp(value, 0.0F, 1.0F) : 0.0F;
 }
@@ -225,7 +266,7 @@ public:
 
     /// Null without a picture.
     Image read(Material const& material) {
-        Image colors = material.texture.empty() ? nullptr : _colors(material);
+        Image colors = material.texture.empty() ? nullptr : _picture(colorsOf(material));
         if (material.opacityTexture.empty()) {
             return colors;
         }
@@ -245,16 +286,32 @@ public:
         return entry->second;
     }
 
+    /// Of the material's light; null without a picture.
+    Image readLight(Material const& material) {
+        Image const picture = _picture(lightOf(material));
+        Color4<float> const& color = material.emission;
+        bool const hasOpacity = picture != nullptr && picture->pixdepth() == 4 * picture->bitdepth();
+        if (picture == nullptr || (!hasOpacity && color.r == 1 && color.g == 1 && color.b == 1)) {
+            return picture;
+        }
+        auto const [entry, isNew] =
+            lights.emplace(std::make_tuple(picture, color.r, color.g, color.b), nullptr);
+        if (isNew) {
+            entry->second = multiplied(*picture, color);
+        }
+        return entry->second;
+    }
+
 private:
-    Image _colors(Material const& material) {
-        return _named(material.texture, [&]() -> Image {
-            if (material.texelRows > 0) {
-                return _readable(material.texture, imageOfTexels(material), std::vector<unsigned char>());
+    Image _picture(Source const& source) {
+        return _named(source.name, [&]() -> Image {
+            if (source.rows > 0) {
+                return _readable(source.name, imageOfTexels(source), source.bytes);
             }
-            if (!material.textureBytes.empty()) {
-                return _readable(material.texture, readImage(material.textureBytes, progress), material.textureBytes);
+            if (!source.bytes.empty()) {
+                return _readable(source.name, readImage(source.bytes, progress), source.bytes);
             }
-            return _file(material.texture);
+            return _file(source.name);
         });
     }
 
@@ -303,6 +360,7 @@ private:
     Progress const& progress;
     std::map<std::string, Image> known;
     std::map<std::pair<Image, Image>, Image> combined;
+    std::map<std::tuple<Image, float, float, float>, Image> lights;
 };
 
 }  // namespace
@@ -348,23 +406,34 @@ std::vector<Fault> loadTextures(std::string const& meshPath, MeshData& mesh, Pro
     TextureReader reader(meshPath, notes, progress);
     for (std::size_t i = 0; i < mesh.materials.size(); ++i) {
         Material& material = mesh.materials[i];
-        bool const hasPicture = !material.texture.empty() || !material.opacityTexture.empty();
-        if (!hasPicture || !isUsed[i]) {
+        std::string const& light = material.emissionTexture.name;
+        bool const hasColors = !material.texture.empty() || !material.opacityTexture.empty();
+        if ((!hasColors && light.empty()) || !isUsed[i]) {
             continue;
         }
         if (mesh.textureCoordinates.empty()) {
-            std::string const& name = material.texture.empty() ? material.opacityTexture : material.texture;
+            std::string const& name = !material.texture.empty()          ? material.texture
+                                      : !material.opacityTexture.empty() ? material.opacityTexture
+                                                                         : light;
             notes.push_back(
                 {meshPath, "texture '" + name.substr(0, LONGEST_NAME) +
                                "' has no place: the mesh has no texture coordinates; drawn without it"});
             continue;
         }
-        material.image = reader.read(material);
+        if (hasColors) {
+            material.image = reader.read(material);
+        }
+        if (!light.empty()) {
+            material.emissionImage = reader.readLight(material);
+        }
     }
     for (Material& material : mesh.materials) {
         material.textureBytes = {};
         material.texelColumns = 0;
         material.texelRows = 0;
+        material.emissionTexture.bytes = {};
+        material.emissionTexture.columns = 0;
+        material.emissionTexture.rows = 0;
     }
     return notes;
 }

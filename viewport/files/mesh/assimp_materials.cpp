@@ -1,12 +1,14 @@
 #include "viewport/files/mesh/assimp_materials.h"
 
 #include "viewport/files/mesh/default_color.h"
+#include "viewport/text/TextLines.h"
 
 #include <algorithm>
 #include <cmath>
 #include <iterator>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include <assimp/GltfMaterial.h>
 #include <assimp/material.h>
@@ -17,6 +19,7 @@ namespace vellum::viewport {
 namespace {
 
 constexpr aiTextureType COLOR_TEXTURES[] = {aiTextureType_DIFFUSE, aiTextureType_BASE_COLOR};
+constexpr aiTextureType LIGHT_TEXTURES[] = {aiTextureType_EMISSIVE, aiTextureType_EMISSION_COLOR};
 
 float withinOne(float value) {
     return std::isfinite(value) ? std::clamp(value, 0.0F, 1.0F) : 0.0F;
@@ -36,20 +39,20 @@ bool hasColorTexture(aiMaterial const& source) {
 }
 
 /// Takes over a texture that the file itself holds.
-void takeTexture(aiTexture const& texture, Material& material) {
+void takeTexture(aiTexture const& texture, MaterialPicture& picture) {
     constexpr unsigned int LONGEST_SIDE = 16384;
     if (texture.mHeight == 0) {
         // A picture file; the width is its size in bytes.
         unsigned char const* const bytes = reinterpret_cast<unsigned char const*>(texture.pcData);
-        material.textureBytes.assign(bytes, bytes + texture.mWidth);
+        picture.bytes.assign(bytes, bytes + texture.mWidth);
     } else if (texture.mWidth > 0 && texture.mWidth <= LONGEST_SIDE && texture.mHeight <= LONGEST_SIDE) {
-        material.texelColumns = texture.mWidth;
-        material.texelRows = texture.mHeight;
+        picture.columns = texture.mWidth;
+        picture.rows = texture.mHeight;
         std::size_t const count = std::size_t(texture.mWidth) * texture.mHeight;
-        material.textureBytes.reserve(4 * count);
+        picture.bytes.reserve(4 * count);
         for (std::size_t i = 0; i < count; ++i) {
             aiTexel const& texel = texture.pcData[i];
-            material.textureBytes.insert(material.textureBytes.end(), {texel.r, texel.g, texel.b, texel.a});
+            picture.bytes.insert(picture.bytes.end(), {texel.r, texel.g, texel.b, texel.a});
         }
     }
 }
@@ -90,26 +93,83 @@ TextureTransform transformOf(aiMaterial const& source, aiTextureType kind) {
             0.5F - 0.5F * sine - 0.5F * cosine + t.mTranslation.y};
 }
 
-/// The name of a texture, and its bytes where the file holds it.
-void takeColorTexture(aiScene const& scene, aiMaterial const& source, Material& material) {
+/// The first of some kinds of textures that a material has.
+template <std::size_t COUNT>
+std::optional<aiTextureType> firstKind(aiMaterial const& source, aiTextureType const (&kinds)[COUNT]) {
     aiString name;
-    for (aiTextureType const kind : COLOR_TEXTURES) {
-        if (source.GetTexture(kind, 0, &name) != AI_SUCCESS || name.length == 0) {
-            continue;
+    for (aiTextureType const kind : kinds) {
+        if (source.GetTexture(kind, 0, &name) == AI_SUCCESS && name.length > 0) {
+            return kind;
         }
-        material.texture = name.C_Str();
-        material.textureTransform = transformOf(source, kind);
-        aiTexture const* const embedded = scene.GetEmbeddedTexture(name.C_Str());
-        if (embedded != nullptr && embedded->pcData != nullptr) {
-            takeTexture(*embedded, material);
-        }
-        int flags = 0;
-        source.Get(AI_MATKEY_TEXFLAGS(kind, 0), flags);
-        if ((flags & aiTextureFlags_UseAlpha) != 0) {
-            material.alphaMode = AlphaMode::BLEND;
-        }
-        break;
     }
+    return std::nullopt;
+}
+
+/// The list of texture coordinates that a texture lies by.
+unsigned int coordinatesOf(aiMaterial const& source, aiTextureType kind) {
+    int index = 0;
+    source.Get(AI_MATKEY_UVWSRC(kind, 0), index);
+    return index > 0 ? static_cast<unsigned int>(index) : 0;
+}
+
+/// The name of a texture, and its bytes where the file holds it.
+MaterialPicture pictureOf(aiScene const& scene, aiMaterial const& source, aiTextureType kind) {
+    MaterialPicture picture;
+    aiString name;
+    source.GetTexture(kind, 0, &name);
+    picture.name = name.C_Str();
+    picture.transform = transformOf(source, kind);
+    aiTexture const* const embedded = scene.GetEmbeddedTexture(name.C_Str());
+    if (embedded != nullptr && embedded->pcData != nullptr) {
+        takeTexture(*embedded, picture);
+    }
+    return picture;
+}
+
+void takeColorTexture(aiScene const& scene, aiMaterial const& source, Material& material) {
+    std::optional<aiTextureType> const kind = firstKind(source, COLOR_TEXTURES);
+    if (!kind) {
+        return;
+    }
+    MaterialPicture picture = pictureOf(scene, source, *kind);
+    material.texture = std::move(picture.name);
+    material.textureBytes = std::move(picture.bytes);
+    material.texelColumns = picture.columns;
+    material.texelRows = picture.rows;
+    material.textureTransform = picture.transform;
+    int flags = 0;
+    source.Get(AI_MATKEY_TEXFLAGS(*kind, 0), flags);
+    if ((flags & aiTextureFlags_UseAlpha) != 0) {
+        material.alphaMode = AlphaMode::BLEND;
+    }
+}
+
+/// The light that a surface gives off, and where.
+void takeEmission(aiScene const& scene, aiMaterial const& source, Material& material,
+                  std::vector<std::string>& notes) {
+    aiColor4D color(0, 0, 0, 1);
+    source.Get(AI_MATKEY_COLOR_EMISSIVE, color);
+    material.emission = toColor(color);
+    std::optional<aiTextureType> const kind = firstKind(source, LIGHT_TEXTURES);
+    if (!kind) {
+        return;
+    }
+    // In glTF the texture is multiplied with the color, which is black where a file does not say. Others leave the color
+    // black where a texture replaces it.
+    if (isBlack(material.emission) && isGltf(source)) {
+        return;
+    }
+    material.emission = isBlack(material.emission) ? Color4<float>{1, 1, 1, 1} : material.emission;
+    MaterialPicture picture = pictureOf(scene, source, *kind);
+    std::optional<aiTextureType> const colorKind = firstKind(source, COLOR_TEXTURES);
+    if (colorKind && coordinatesOf(source, *colorKind) != coordinatesOf(source, *kind)) {
+        notes.push_back("emission texture " + quoted(picture.name) +
+                        " lies by other texture coordinates than the color; drawn without it");
+        // Without a picture of where it shines, all of the surface would.
+        material.emission = {0, 0, 0, 1};
+        return;
+    }
+    material.emissionTexture = std::move(picture);
 }
 
 void takeOpacity(aiScene const& scene, aiMaterial const& source, Material& material) {
@@ -141,14 +201,8 @@ void takeOpacity(aiScene const& scene, aiMaterial const& source, Material& mater
     }
 }
 
-void takeLight(aiMaterial const& source, Material& material) {
+void takeHighlights(aiMaterial const& source, Material& material) {
     aiColor4D color;
-    // Without a picture of where it shines, all of the surface would.
-    if (source.GetTextureCount(aiTextureType_EMISSIVE) == 0 &&
-        source.GetTextureCount(aiTextureType_EMISSION_COLOR) == 0 &&
-        source.Get(AI_MATKEY_COLOR_EMISSIVE, color) == AI_SUCCESS) {
-        material.emission = toColor(color);
-    }
     float shininess = 0;
     if (source.Get(AI_MATKEY_COLOR_SPECULAR, color) != AI_SUCCESS ||
         source.Get(AI_MATKEY_SHININESS, shininess) != AI_SUCCESS || !std::isfinite(shininess)) {
@@ -194,7 +248,7 @@ Color4<float> surfaceColorOf(aiScene const& scene, unsigned int index) {
     return isBlack(color) && hasColorTexture(source) ? DEFAULT_COLOR : color;
 }
 
-Material materialOf(aiScene const& scene, unsigned int index) {
+Material materialOf(aiScene const& scene, unsigned int index, std::vector<std::string>& notes) {
     Material material;
     if (index >= scene.mNumMaterials) {
         return material;
@@ -214,8 +268,19 @@ Material materialOf(aiScene const& scene, unsigned int index) {
     material.isTwoSided = isTwoSided != 0;
     takeColorTexture(scene, source, material);
     takeOpacity(scene, source, material);
-    takeLight(source, material);
+    takeEmission(scene, source, material, notes);
+    takeHighlights(source, material);
     return material;
+}
+
+unsigned int coordinatesOf(aiScene const& scene, unsigned int index) {
+    if (index >= scene.mNumMaterials) {
+        return 0;
+    }
+    aiMaterial const& source = *scene.mMaterials[index];
+    std::optional<aiTextureType> const color = firstKind(source, COLOR_TEXTURES);
+    std::optional<aiTextureType> const kind = color ? color : firstKind(source, LIGHT_TEXTURES);
+    return kind ? coordinatesOf(source, *kind) : 0;
 }
 
 bool multipliesVertexColors(aiScene const& scene, unsigned int index) {

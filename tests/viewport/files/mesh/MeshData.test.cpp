@@ -62,7 +62,7 @@ TEST(MeshData, numbersOfMaterialsAreChecked) {
     MeshData mesh = triangle();
     mesh.materials.resize(1);
     EXPECT_EQ(faultOf(mesh), "");
-    viewport::Material bad[7];
+    viewport::Material bad[9];
     bad[0].opacity = 1.5F;
     bad[1].emission.g = NOT_A_NUMBER;
     bad[2].specular = {0, 0, -1, 1};
@@ -70,6 +70,8 @@ TEST(MeshData, numbersOfMaterialsAreChecked) {
     bad[4].textureTransform.v0 = NOT_A_NUMBER;
     bad[5].texelColumns = 3;
     bad[6].alphaCutoff = NOT_A_NUMBER;
+    bad[7].emissionTexture.rows = 3;
+    bad[8].emissionTexture.transform.uu = NOT_A_NUMBER;
     for (viewport::Material const& material : bad) {
         mesh.materials[0] = material;
         EXPECT_THAT(faultOf(mesh), testing::HasSubstr("material")) << &material - bad;

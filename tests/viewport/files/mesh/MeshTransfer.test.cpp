@@ -114,6 +114,7 @@ TEST(MeshTransfer, allThatAMaterialSaysComesBack) {
     material.alphaMode = AlphaMode::MASK;
     material.alphaCutoff = 0.125F;
     material.opacityTexture = "hole.png";
+    material.emissionTexture = {"glow.png", {1, 2, 3, 4}, 1, 1, {6, 5, 4, 3, 2, 1}};
     sent.materials = {Material(), material};
     Result<MeshData> const result = decode(encodeMesh(sent));
     ASSERT_TRUE(result.isOk()) << result.fault().line();
@@ -124,6 +125,11 @@ TEST(MeshTransfer, allThatAMaterialSaysComesBack) {
     EXPECT_EQ(back.name, "leaf");
     EXPECT_EQ(back.opacity, 0.25F);
     EXPECT_EQ(back.emission.r, 0.5F);
+    EXPECT_EQ(back.emissionTexture.name, "glow.png");
+    EXPECT_EQ(back.emissionTexture.bytes, (std::vector<unsigned char>{1, 2, 3, 4}));
+    EXPECT_EQ(back.emissionTexture.columns, 1U);
+    EXPECT_EQ(back.emissionTexture.rows, 1U);
+    EXPECT_EQ(back.emissionTexture.transform.u0, 2);
     ASSERT_TRUE(back.specular.has_value());
     EXPECT_EQ(back.specular->g, 0.75F);
     EXPECT_EQ(back.shininess, 12);

@@ -55,6 +55,15 @@ TEST(MtlFile, allPartsOfAMaterialAreRead) {
     EXPECT_EQ(material.alphaMode, AlphaMode::BLEND);
 }
 
+TEST(MtlFile, emissionMayHaveATexture) {
+    Material const plain = materialOf("map_Ke -s 2 3 glow.png\n").material;
+    EXPECT_EQ(plain.emissionTexture.name, "glow.png");
+    EXPECT_EQ(plain.emissionTexture.transform.vv, 3);
+    EXPECT_EQ(plain.emission, (Color{1, 1, 1, 1})) << "it is all that the file says of light";
+    EXPECT_EQ(materialOf("Ke 0 0 0\nmap_Ke glow.png\n").material.emission, (Color{1, 1, 1, 1}));
+    EXPECT_EQ(materialOf("Ke 0 0.5 0\nmap_Ke glow.png\n").material.emission, (Color{0, 0.5F, 0, 1}));
+}
+
 TEST(MtlFile, whatIsMissingHasItsDefault) {
     MtlMaterial const read = materialOf("");
     EXPECT_EQ(read.color, std::nullopt);

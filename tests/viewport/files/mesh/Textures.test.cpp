@@ -112,6 +112,31 @@ TEST(Textures, pixelsInsideTheMeshFileAreTaken) {
     EXPECT_EQ(mesh.materials[0].image->getBuffer()[4], 255);
 }
 
+TEST(Textures, theLightOfATextureIsMultipliedWithTheColor) {
+    MeshData mesh = triangleWith("");
+    Material& material = mesh.materials[0];
+    material.emissionTexture.name = "*0";
+    material.emissionTexture.columns = 1;
+    material.emissionTexture.rows = 1;
+    material.emissionTexture.bytes = {200, 100, 50, 0};
+    material.emission = {0.5F, 1, 0, 1};
+    EXPECT_TRUE(loadTextures("m.fbx", mesh).empty());
+    EXPECT_EQ(material.image, nullptr);
+    ASSERT_NE(material.emissionImage, nullptr);
+    EXPECT_EQ(material.emissionImage->pixdepth(), 24) << "its opacity means nothing";
+    EXPECT_EQ(material.emissionImage->getBuffer()[0], 100);
+    EXPECT_EQ(material.emissionImage->getBuffer()[1], 100);
+    EXPECT_EQ(material.emissionImage->getBuffer()[2], 0);
+    EXPECT_TRUE(material.emissionTexture.bytes.empty()) << "no longer needed";
+
+    material = Material();
+    material.emissionTexture.name = "gone.png";
+    std::vector<Fault> const notes = loadTextures("m.fbx", mesh);
+    ASSERT_EQ(notes.size(), 1U);
+    EXPECT_THAT(notes[0].message, testing::HasSubstr("'gone.png' is neither beside the file"));
+    EXPECT_EQ(material.emissionImage, nullptr);
+}
+
 TEST(Textures, addressesMayHoldThePicture) {
     // A BMP file of one red pixel.
     MeshData mesh =
