@@ -196,8 +196,15 @@ Vector3<double> toVector(aiVector3D const& v) {
 /// Collects the meshes of a scene into one.
 class Collector {
 public:
-    Collector(aiScene const& scene, std::optional<double> time, bool ignoreNormals, bool ignoreBones)
-        : scene(scene), pose(scene, time), ignoreNormals(ignoreNormals), ignoreBones(ignoreBones) {}
+    /// What of a format is not to be taken from its importer.
+    struct Lacks {
+        bool normals;
+        bool bones;
+        bool morphs;
+    };
+
+    Collector(aiScene const& scene, AssimpPose const& pose, Lacks const& lacks)
+        : scene(scene), pose(pose), lacks(lacks) {}
 
     /// \return false where the scene has more vertices or triangles than a mesh may have.
     bool collect() {
@@ -209,10 +216,13 @@ public:
         for (AssimpPose::Place const& place : pose.places()) {
             for (unsigned int i = 0; i < place.node->mNumMeshes; ++i) {
                 unsigned int const index = place.node->mMeshes[i];
-                if (index < scene.mNumMeshes && !_add(*scene.mMeshes[index], place.transform)) {
+                if (index < scene.mNumMeshes && !_add(*scene.mMeshes[index], place)) {
                     return false;
                 }
             }
+        }
+        if (hasLostMorphs) {
+            collected.notes.emplace_back("morph targets are not shown");
         }
         return true;
     }
@@ -255,7 +265,7 @@ private:
         }
     };
 
-    bool _add(aiMesh const& mesh, Matrix4<double> const& transform) {
+    bool _add(aiMesh const& mesh, AssimpPose::Place const& at) {
         bool const isDrawn = std::any_of(mesh.mFaces, mesh.mFaces + mesh.mNumFaces, [](aiFace const& face) {
             return face.mNumIndices >= 1 && face.mNumIndices <= 3;
         });
@@ -269,12 +279,13 @@ private:
             faces + mesh.mNumFaces > MeshData::LARGEST_COUNT) {
             return false;
         }
+        Matrix4<double> const& transform = at.transform;
         Mover const whole(transform);
         std::vector<Matrix4<double>> const bones =
-            ignoreBones ? std::vector<Matrix4<double>>() : pose.vertexTransforms(mesh, transform);
+            lacks.bones ? std::vector<Matrix4<double>>() : pose.vertexTransforms(mesh, transform);
         // Bones do not mirror by themselves: those of a mesh agree.
         bool const isMirrored = bones.empty() ? whole.isMirrored : Mover(bones.front()).isMirrored;
-        _addVertices(mesh, whole, bones);
+        _addVertices(mesh, _shapeOf(mesh, *at.node), whole, bones);
         _addFaces(mesh, static_cast<unsigned int>(base), isMirrored);
         ++collected.partCount;
         return true;
@@ -290,7 +301,14 @@ private:
         return color;
     }
 
-    void _addVertices(aiMesh const& mesh, Mover const& whole, std::vector<Matrix4<double>> const& bones) {
+    AssimpPose::Shape _shapeOf(aiMesh const& mesh, aiNode const& node) {
+        bool const areLost = lacks.morphs || !pose.hasSoundWeights(mesh, node);
+        hasLostMorphs = hasLostMorphs || (areLost && mesh.mNumAnimMeshes > 0);
+        return lacks.morphs ? AssimpPose::Shape() : pose.morphed(mesh, node);
+    }
+
+    void _addVertices(aiMesh const& mesh, AssimpPose::Shape const& shape, Mover const& whole,
+                      std::vector<Matrix4<double>> const& bones) {
         Color4<float> const color = surfaceColorOf(scene, mesh.mMaterialIndex);
         bool const hasColors = mesh.HasVertexColors(0);
         // Importers of some formats name lists that they do not give.
@@ -306,11 +324,12 @@ private:
                 own.emplace(bones[v]);
             }
             Mover const& mover = own ? *own : whole;
-            collected.positions.push_back(mover.place(toVector(mesh.mVertices[v])));
+            collected.positions.push_back(
+                mover.place(shape.places.empty() ? toVector(mesh.mVertices[v]) : shape.places[v]));
 
             Vector3<double> normal{0, 0, 0};
-            if (mesh.HasNormals() && !ignoreNormals) {
-                normal = mover.normal(toVector(mesh.mNormals[v]));
+            if (mesh.HasNormals() && !lacks.normals) {
+                normal = mover.normal(shape.normals.empty() ? toVector(mesh.mNormals[v]) : shape.normals[v]);
             }
             double const size = length(normal);
             bool const isUsable = std::isfinite(size) && size > 0;
@@ -352,10 +371,10 @@ private:
     }
 
     aiScene const& scene;
-    AssimpPose const pose;
-    bool const ignoreNormals;
-    bool const ignoreBones;
+    AssimpPose const& pose;
+    Lacks const lacks;
     MeshData collected;
+    bool hasLostMorphs = false;
     bool hasNormals = false;
     bool hasTextureCoordinates = false;
 };
@@ -382,6 +401,14 @@ struct Source {
     std::optional<std::string_view> bytes;
     FirstLook look;
 };
+
+NodeWeights nodeWeights(Source const& source) {
+    if (source.bytes) {
+        return gltfNodeWeights(*source.bytes);
+    }
+    Result<MappedFile> const file = MappedFile::open(source.name);
+    return file.isOk() ? gltfNodeWeights(file.value().bytes()) : NodeWeights();
+}
 
 Result<MeshData> importSource(Source const& source, MeshOptions const& options) {
     std::string const& path = source.name;
@@ -429,7 +456,12 @@ Result<MeshData> importSource(Source const& source, MeshOptions const& options) 
 
     // An STL file has a normal for each facet and none for a vertex.
     // The importer of MDL files hangs all bones below one node, whatever bone they belong to.
-    Collector collector(*scene, options.time, extension == ".stl", extension == ".mdl");
+    bool const isGltf = extension == ".gltf" || extension == ".glb" || extension == ".vrm";
+    bool const hasMorphs = std::any_of(scene->mMeshes, scene->mMeshes + scene->mNumMeshes,
+                                       [](aiMesh const* mesh) { return mesh->mNumAnimMeshes > 0; });
+    AssimpPose const pose(*scene, options.time, isGltf && hasMorphs ? nodeWeights(source) : NodeWeights());
+    // The weights that importers give of other formats are no weights: of FBX it is 1 for each single shape.
+    Collector collector(*scene, pose, {extension == ".stl", extension == ".mdl", !isGltf});
     if (!collector.collect()) {
         return fault("the mesh has too many vertices or triangles");
     }

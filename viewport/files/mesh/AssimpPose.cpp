@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include <assimp/anim.h>
 #include <assimp/mesh.h>
@@ -66,6 +67,27 @@ aiMatrix4x4 matrixAt(aiNodeAnim const& channel, aiNode const& node, double ticks
     return {scale, rotation, place};
 }
 
+/// The weights of morph targets at a time, as valueAt() has values.
+std::vector<double> weightsAt(aiMeshMorphAnim const& channel, double ticks) {
+    aiMeshMorphKey const* const first = channel.mKeys;
+    aiMeshMorphKey const* const end = first + channel.mNumKeys;
+    aiMeshMorphKey const* next = std::upper_bound(
+        first, end, ticks, [](double time, aiMeshMorphKey const& key) { return time < key.mTime; });
+    aiMeshMorphKey const& before = next == first ? *next : *(next - 1);
+    next = next == end ? end - 1 : next;
+    double const span = next->mTime - before.mTime;
+    double const part = span > 0 ? (ticks - before.mTime) / span : 0;
+    std::vector<double> weights(before.mNumValuesAndWeights, 0.0);
+    for (auto const& [key, share] : {std::pair(&before, 1 - part), std::pair(next, part)}) {
+        for (unsigned int i = 0; share > 0 && i < key->mNumValuesAndWeights; ++i) {
+            if (key->mValues[i] < weights.size()) {
+                weights[key->mValues[i]] += share * key->mWeights[i];
+            }
+        }
+    }
+    return weights;
+}
+
 using Channels = std::unordered_map<std::string, aiNodeAnim const*>;
 
 }  // namespace
@@ -74,7 +96,8 @@ Matrix4<double> matrixOf(aiMatrix4x4 const& m) {
     return {{m.a1, m.b1, m.c1, m.d1, m.a2, m.b2, m.c2, m.d2, m.a3, m.b3, m.c3, m.d3, m.a4, m.b4, m.c4, m.d4}};
 }
 
-AssimpPose::AssimpPose(aiScene const& scene, std::optional<double> time) {
+AssimpPose::AssimpPose(aiScene const& scene, std::optional<double> time, NodeWeights weights)
+    : weights(std::move(weights)) {
     if (scene.mRootNode == nullptr) {
         return;
     }
@@ -85,6 +108,12 @@ AssimpPose::AssimpPose(aiScene const& scene, std::optional<double> time) {
         ticks = std::min(*time, durationOf(animation)) * ticksPerSecond(animation);
         for (unsigned int i = 0; i < animation.mNumChannels; ++i) {
             channels.emplace(animation.mChannels[i]->mNodeName.C_Str(), animation.mChannels[i]);
+        }
+        for (unsigned int i = 0; i < animation.mNumMorphMeshChannels; ++i) {
+            aiMeshMorphAnim const& channel = *animation.mMorphMeshChannels[i];
+            if (channel.mNumKeys > 0) {
+                weightsAtTime.emplace(channel.mName.C_Str(), weightsAt(channel, ticks));
+            }
         }
     }
     auto const localOf = [&](aiNode const& node) {
@@ -145,6 +174,56 @@ std::vector<Matrix4<double>> AssimpPose::vertexTransforms(aiMesh const& mesh,
         }
     }
     return transforms;
+}
+
+bool AssimpPose::hasSoundWeights(aiMesh const& mesh, aiNode const& node) const {
+    auto const moved = weightsAtTime.find(node.mName.C_Str());
+    return mesh.mNumAnimMeshes == 0 || moved == weightsAtTime.end() ||
+           moved->second.size() == mesh.mNumAnimMeshes;
+}
+
+std::vector<double> AssimpPose::_weightsOf(aiMesh const& mesh, aiNode const& node) const {
+    auto const moved = weightsAtTime.find(node.mName.C_Str());
+    if (moved != weightsAtTime.end() && moved->second.size() == mesh.mNumAnimMeshes) {
+        return moved->second;
+    }
+    auto const own = weights.find(node.mName.C_Str());
+    std::vector<double> atRest = own != weights.end() ? own->second : std::vector<double>();
+    for (std::size_t i = atRest.size(); i < mesh.mNumAnimMeshes; ++i) {
+        atRest.push_back(own != weights.end() ? 0.0 : static_cast<double>(mesh.mAnimMeshes[i]->mWeight));
+    }
+    return atRest;
+}
+
+AssimpPose::Shape AssimpPose::morphed(aiMesh const& mesh, aiNode const& node) const {
+    Shape shape;
+    if (mesh.mNumAnimMeshes == 0) {
+        return shape;
+    }
+    std::vector<double> const shares = _weightsOf(mesh, node);
+    auto const toVector = [](aiVector3D const& v) { return Vector3<double>{v.x, v.y, v.z}; };
+    // The importer has added the mesh's own vertices to those of a target.
+    auto const add = [&](aiVector3D const* from, aiVector3D const* to, double share,
+                         std::vector<Vector3<double>>& sum) {
+        if (from == nullptr || to == nullptr) {
+            return;
+        }
+        for (unsigned int v = 0; v < mesh.mNumVertices && sum.size() < mesh.mNumVertices; ++v) {
+            sum.push_back(toVector(from[v]));
+        }
+        for (unsigned int v = 0; v < mesh.mNumVertices; ++v) {
+            sum[v] = sum[v] + (toVector(to[v]) - toVector(from[v])) * share;
+        }
+    };
+    for (unsigned int t = 0; t < mesh.mNumAnimMeshes; ++t) {
+        aiAnimMesh const& target = *mesh.mAnimMeshes[t];
+        bool const isSeen = std::isfinite(shares[t]) && shares[t] != 0;
+        if (isSeen && target.mNumVertices == mesh.mNumVertices) {
+            add(mesh.mVertices, target.mVertices, shares[t], shape.places);
+            add(mesh.mNormals, target.mNormals, shares[t], shape.normals);
+        }
+    }
+    return shape;
 }
 
 std::vector<MeshAnimation> animationsOf(aiScene const& scene) {

@@ -2,9 +2,11 @@
 
 #include "tests/support/TemporaryFolder.h"
 #include "viewport/files/mesh/MeshFile.h"
+#include "viewport/files/mesh/gltf_weights.h"
 
 #include <gmock/gmock.h>
 
+#include <cstdint>
 #include <optional>
 
 using namespace vellum;
@@ -191,5 +193,65 @@ TEST_F(AssimpImport_test, animationsMoveNodesToTheirPlaceAtATime) {
         ASSERT_EQ(result.value().animations.size(), 1U);
         EXPECT_EQ(result.value().animations[0].name, "walk");
         EXPECT_NEAR(result.value().animations[0].duration, 2, 1e-9);
+    }
+}
+
+TEST_F(AssimpImport_test, morphTargetsMoveTheVertices) {
+    std::string bytes = triangleBytes;
+    append<float>(bytes, {8, 0, 0, 8, 0, 0, 8, 0, 0});  // the first target, an offset
+    append<float>(bytes, {0, 4, 0, 0, 4, 0, 0, 4, 0});
+    append<float>(bytes, {0, 2});
+    append<float>(bytes, {0, 0, 1, 0.5F});
+    folder.write("a.bin", bytes);
+    std::string const movement =
+        R"("animations":[{"channels":[{"sampler":0,"target":{"node":0,"path":"weights"}}],)"
+        R"("samplers":[{"input":3,"output":4}]}],)";
+    struct Row {
+        char const* name;
+        std::string node;
+        std::string movement;
+        std::optional<double> time;
+        double x;
+        double y;
+    };
+    for (Row const& row :
+         {Row{"weights of the mesh", "", "", std::nullopt, 2, 4},
+          Row{"weights of a node", R"(,"weights":[0.5])", "", std::nullopt, 4, 0},
+          Row{"weights of a node with a name", R"(,"name":"n","weights":[0,0.5])", "", std::nullopt, 0, 2},
+          Row{"at rest", "", movement, std::nullopt, 2, 4}, Row{"first", "", movement, 0, 0, 0},
+          Row{"between", "", movement, 1, 4, 1}, Row{"last", "", movement, 9, 8, 2}}) {
+        SCOPED_TRACE(row.name);
+        std::string const path = folder.write(
+            "a.gltf",
+            gltfOf(
+                R"("nodes":[{"mesh":0)" + row.node + "}]," + row.movement, bytes.size(),
+                R"(},"targets":[{"POSITION":1},{"POSITION":2}]}],"weights":[0.25,1]},{"primitives":[{"attributes":{"POSITION":0})",
+                R"(,{"bufferView":1,"componentType":5126,"count":3,"type":"VEC3"})"
+                R"(,{"bufferView":2,"componentType":5126,"count":3,"type":"VEC3"})"
+                R"(,{"bufferView":3,"componentType":5126,"count":2,"type":"SCALAR","min":[0],"max":[2]})"
+                R"(,{"bufferView":4,"componentType":5126,"count":4,"type":"SCALAR"})",
+                R"(,{"buffer":0,"byteOffset":36,"byteLength":36},{"buffer":0,"byteOffset":72,"byteLength":36})"
+                R"(,{"buffer":0,"byteOffset":108,"byteLength":8},{"buffer":0,"byteOffset":116,"byteLength":16})"));
+        Result<MeshData> const result = MeshFile(path).load(ImportLimits{}, {row.time});
+        ASSERT_TRUE(result.isOk()) << result.fault().line();
+        EXPECT_NEAR(result.value().box().min.x, row.x, 1e-5);
+        EXPECT_NEAR(result.value().box().min.y, row.y, 1e-5);
+        EXPECT_TRUE(result.value().notes.empty());
+    }
+}
+
+TEST(gltfNodeWeights, areThoseOfNodesInBothKindsOfFiles) {
+    std::string const text = R"({"nodes":[{"weights":[0.5,1]},{"name":"b","weights":[2]},{"name":"c"}]})";
+    std::string glb("glTF\2\0\0\0\0\0\0\0", 12);
+    append<std::uint32_t>(glb, {static_cast<std::uint32_t>(text.size()), 0x4E4F534AU});
+    for (std::string const& bytes : {text, glb + text + std::string(8, '\0')}) {
+        NodeWeights const weights = gltfNodeWeights(bytes);
+        ASSERT_EQ(weights.size(), 2U);
+        EXPECT_EQ(weights.at("nodes[0]"), (std::vector<double>{0.5, 1}));
+        EXPECT_EQ(weights.at("b"), (std::vector<double>{2}));
+    }
+    for (char const* const other : {"", "{", "[]", "7", R"({"nodes":7})", R"({"nodes":[7,{"weights":7}]})",
+                                    R"({"nodes":[{"name":7,"weights":{}}]})"}) {
+        EXPECT_TRUE(gltfNodeWeights(other).empty()) << other;
     }
 }
