@@ -50,7 +50,25 @@ float* floatsOf(ParticleSystemChunk_v2& chunk, unsigned int channel) {
     return chunk.channelData(channel)->asFloats();
 }
 
+/// How far a copy of the particles lies from the first one.
+Point shiftOf(ParticleFrame const& frame, Tuple3<unsigned int> const& copies, std::size_t copy) {
+    if (copy == 0) {
+        return {0, 0, 0};
+    }
+    std::size_t const plane = std::size_t{copies.e0} * copies.e1;
+    std::array<std::size_t, 3> const steps{copy % copies.e0, copy % plane / copies.e0, copy / plane};
+    Point shift{0, 0, 0};
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        shift = shift + frame.box->edges[axis] * static_cast<double>(steps[axis]);
+    }
+    return shift;
+}
+
 }  // namespace
+
+Vector3<double> CloudRecords::place(ParticleFrame const& frame, std::size_t record) const {
+    return ParticlePlaces(frame, isWrapped)[particle(record)] + shiftOf(frame, copies, record / count);
+}
 
 CloudMaker::CloudMaker(ParticleFrame const& frame, ParticleLook const& look, std::size_t index)
     : frame(frame), look(look), places(frame, look.isWrapped) {
@@ -70,6 +88,16 @@ CloudMaker::CloudMaker(ParticleFrame const& frame, ParticleLook const& look, std
     }
 }
 
+CloudRecords CloudMaker::records() const {
+    CloudRecords records{choice->count, nullptr, look.copies, look.isWrapped};
+    if (!order.empty()) {
+        records.particles = std::make_shared<std::vector<unsigned int>>(order);
+    } else if (!choice->isAll) {
+        records.particles = std::make_shared<std::vector<unsigned int>>(choice->particles);
+    }
+    return records;
+}
+
 bool CloudMaker::_hasBox() const {
     return frame.box && isFinite(*frame.box);
 }
@@ -79,17 +107,7 @@ std::size_t CloudMaker::_copyCount() const {
 }
 
 Vector3<double> CloudMaker::_shift(std::size_t copy) const {
-    if (copy == 0) {
-        return {0, 0, 0};
-    }
-    std::size_t const plane = std::size_t{look.copies.e0} * look.copies.e1;
-    std::array<std::size_t, 3> const steps{copy % look.copies.e0, copy % plane / look.copies.e0,
-                                           copy / plane};
-    Point shift{0, 0, 0};
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-        shift = shift + frame.box->edges[axis] * static_cast<double>(steps[axis]);
-    }
-    return shift;
+    return shiftOf(frame, look.copies, copy);
 }
 
 /// With the width of spheres and the length of arrows. The size of points is in pixels.

@@ -2,6 +2,7 @@
 
 #include "foundation/geometry/Box3.h"
 #include "foundation/geometry/ParticleSystem_v2.h"
+#include "foundation/geometry/Tuple3.h"
 #include "foundation/geometry/Vector3.h"
 #include "viewport/files/particles/ParticleFrame.h"
 #include "viewport/scene/ParticleLook.h"
@@ -16,6 +17,25 @@
 #include <vector>
 
 namespace vellum::viewport {
+
+/// Which particles of a frame the records of a cloud are, and where they are shown. The records are those of the system
+/// without holes, first chunk first.
+struct CloudRecords {
+    std::size_t count = 0;  ///< of the particles that are shown, without copies
+    std::shared_ptr<std::vector<unsigned int> const>
+        particles;                         ///< their indices in the frame; null: record i is particle i
+    Tuple3<unsigned int> copies{1, 1, 1};  ///< as in ParticleLook
+    bool isWrapped = false;                ///< as in ParticleLook
+
+    /// The index in the frame. Records that there are not are those of no particle: only with count above 0.
+    std::size_t particle(std::size_t record) const {
+        return particles != nullptr ? (*particles)[record % count] : record % count;
+    }
+
+    /// Where the particle of a record is shown, in units of the file: its place, in the box where places are wrapped,
+    /// moved to its copy.
+    Vector3<double> place(ParticleFrame const& frame, std::size_t record) const;
+};
 
 /// The particles of a file as they are drawn, in the frame of the scene.
 struct ParticleCloud {
@@ -36,7 +56,8 @@ struct ParticleCloud {
     Box3<double> box;                      ///< around all of it
     double spacing;                        ///< the mean distance of neighbors; above 0
     double diameter;                       ///< of a sphere; above 0
-    double arrowLength = 1;  ///< of an arrow along a vector of SHOWN of length 1, in units of the scene
+    double arrowLength = 1;     ///< of an arrow along a vector of SHOWN of length 1, in units of the scene
+    CloudRecords records = {};  ///< of no particle, unless the scene keeps its frames
 };
 
 /// Makes the cloud of a frame in two steps: Scene needs the boxes of all clouds before it can place any of
@@ -60,6 +81,10 @@ public:
     /// Places the particles in double precision, so that those far away from the file's origin keep their
     /// distances.
     ParticleCloud make(Placement const& placement) const;
+
+    /// Which particles the records of make() are. Takes four bytes for each particle where some are left out or the order
+    /// is another one, and nothing else.
+    CloudRecords records() const;
 
 private:
     using DiameterOf = std::function<double(std::size_t)>;

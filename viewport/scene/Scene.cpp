@@ -17,7 +17,7 @@ UpAxis upOf(std::vector<MeshData> const& meshes, std::vector<ParticleFrame> cons
 
 Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const> const& texture,
              std::vector<ParticleFrame> particles, ParticleLook const& look, Imports imports,
-             std::optional<UpAxis> up)
+             std::optional<UpAxis> up, Frames frames)
     : bounds{{0, 0, 0}, {0, 0, 0}}, upAxis(up ? *up : upOf(meshes, particles)), turn(upAxis) {
     std::vector<Box3<double>> boxes;
     boxes.reserve(meshes.size() + particles.size());
@@ -71,6 +71,10 @@ Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const
     }
     for (std::size_t i = 0; i < particles.size(); ++i) {
         cloudList.push_back(makers[i].make(place));
+        if (frames == Frames::KEPT) {
+            cloudList.back().records = makers[i].records();
+            frameList.push_back(std::move(particles[i]));
+        }
         particles[i] = {};
     }
     bounds = turn({(bounds.min - center) * scale, (bounds.max - center) * scale});

@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vellum::viewport {
@@ -49,13 +50,29 @@ public:
     /// memory as the models themselves.
     enum class Imports { DROPPED, KEPT };
 
+    /// Whether the frames of particles are kept, for those who ask for the values of a particle. Everything that the file
+    /// says takes much more memory than what is drawn of it.
+    enum class Frames { DROPPED, KEPT };
+
     /// \param texture put on all models in place of their own textures, unless null.
     /// \param up of the files; nothing: that of the first mesh, or else z, which is up in files of particles
-    /// \param particles used up: each frame is freed as soon as its cloud is made.
+    /// \param particles used up: unless it is kept, each frame is freed as soon as its cloud is made.
     explicit Scene(std::vector<MeshData> const& meshes,
                    std::shared_ptr<VL_Image const> const& texture = nullptr,
                    std::vector<ParticleFrame> particles = {}, ParticleLook const& look = {},
-                   Imports imports = Imports::DROPPED, std::optional<UpAxis> up = std::nullopt);
+                   Imports imports = Imports::DROPPED, std::optional<UpAxis> up = std::nullopt,
+                   Frames frames = Frames::DROPPED);
+
+    // == What the files say, for those who ask for values ==
+
+    /// The frame of each cloud, which then knows its records; empty: they were dropped.
+    std::vector<ParticleFrame> const& frames() const { return frameList; }
+
+    /// The mesh of each model, if they were given to keep(); else empty.
+    std::vector<MeshData> const& meshes() const { return meshList; }
+
+    /// Keeps the meshes that the scene was made of.
+    void keep(std::vector<MeshData> meshes) { meshList = std::move(meshes); }
 
     std::vector<Model> const& models() const { return modelList; }
     std::vector<ParticleCloud> const& clouds() const { return cloudList; }
@@ -80,6 +97,8 @@ public:
 private:
     std::vector<Model> modelList;
     std::vector<ParticleCloud> cloudList;
+    std::vector<ParticleFrame> frameList;
+    std::vector<MeshData> meshList;
     Box3<double> bounds;
     Vector3<double> origin;
     double scale;

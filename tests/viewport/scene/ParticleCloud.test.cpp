@@ -300,3 +300,46 @@ TEST(ParticleCloud, whatIsLeftOutIsLeftOutOfAThinnedCloudToo) {
     }
     EXPECT_EQ(sum, 25);
 }
+
+namespace {
+
+/// The places in the frame of the particles that the records show, in the order of the records.
+void expectRecordsAreWhatIsDrawn(ParticleFrame const& frame, ParticleOptions const& options,
+                                 std::string const& what) {
+    Shown const result = shown(frame, options);
+    CloudRecords const records = CloudMaker(frame, result.look).records();
+    ASSERT_GT(result.count(), 0U) << what;
+    for (std::size_t i = 0; i < result.count(); ++i) {
+        EXPECT_EQ(parts(result.position(i)), parts(convert<float>(records.place(frame, i))))
+            << what << ", record " << i;
+        Vector3<double> const difference = records.place(frame, i) - frame.positions[records.particle(i)];
+        EXPECT_EQ(std::remainder(difference.x, 4), 0) << what << ", record " << i;
+        EXPECT_EQ(difference.y, 0) << what << ", record " << i;
+    }
+}
+
+}  // namespace
+
+TEST(ParticleCloud, recordsKnowTheirParticlesWhateverIsShown) {
+    ParticleFrame frame = row(12);
+    frame.positions[3].x = infinite;
+    frame.box = ParticleBox{{0, 0, 0}, {{4, 0, 0}, {0, 4, 0}, {0, 0, 4}}};
+    ParticleOptions options;
+    expectRecordsAreWhatIsDrawn(frame, options, "all that have a place");
+    options.isWrapped = true;
+    expectRecordsAreWhatIsDrawn(frame, options, "wrapped");
+    options.copies = {3, 1, 1};
+    expectRecordsAreWhatIsDrawn(frame, options, "replicated");
+    options.selection = "x > 1";
+    expectRecordsAreWhatIsDrawn(frame, options, "selected");
+    options.percent = 50;
+    expectRecordsAreWhatIsDrawn(frame, options, "thinned");
+}
+
+TEST(ParticleCloud, recordsOfAllParticlesTakeNoMemory) {
+    ParticleFrame const frame = row(5);
+    ParticleLook const appearance = look({frame});
+    CloudRecords const records = CloudMaker(frame, appearance).records();
+    EXPECT_EQ(records.particles, nullptr);
+    EXPECT_EQ(records.particle(4), 4U);
+}

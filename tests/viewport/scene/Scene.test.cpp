@@ -240,3 +240,20 @@ TEST(Scene, particlesOfMoreThanOneChunkAreAllTaken) {
     EXPECT_EQ(last.channelData(ParticleCloud::SHOWN)->asVectors()[last.count() - 1].x, 39'999);
     EXPECT_EQ(sceneOf({}, ParticleFrame()).clouds()[0].system->size(), 0U);
 }
+
+TEST(Scene, framesAndMeshesAreKeptWhereTheyAreAskedFor) {
+    Scene dropped({triangle(0, 1)}, nullptr, {fourParticles()});
+    EXPECT_TRUE(dropped.frames().empty());
+    EXPECT_TRUE(dropped.meshes().empty());
+    EXPECT_EQ(dropped.clouds()[0].records.count, 0U);
+    std::vector<ParticleFrame> frames{fourParticles()};
+    Vector3<double> const* const positions = frames[0].positions.data();
+    Scene kept({triangle(0, 1)}, nullptr, std::move(frames), {}, Scene::Imports::DROPPED, std::nullopt,
+               Scene::Frames::KEPT);
+    ASSERT_EQ(kept.frames().size(), 1U);
+    EXPECT_EQ(kept.frames()[0].positions.data(), positions) << "without a copy";
+    EXPECT_EQ(kept.clouds()[0].records.count, 4U);
+    kept.keep({triangle(0, 1)});
+    ASSERT_EQ(kept.meshes().size(), 1U);
+    EXPECT_EQ(kept.meshes()[0].triangles.size(), triangle(0, 1).triangles.size());
+}
