@@ -229,7 +229,8 @@ Result<Subject> prepareAll(Options const& options, Content& content, LoadObserve
                 options.mesh.importPreview ? Scene::Imports::KEPT : Scene::Imports::DROPPED,
                 options.up   ? options.up
                 : content.up ? std::optional<UpAxis>(content.up->up)
-                             : std::nullopt);
+                             : std::nullopt,
+                options.needsValues() ? Scene::Frames::KEPT : Scene::Frames::DROPPED);
     passOn(observer);
     Subject subject{std::move(scene), std::move(look.value()), std::nullopt};
     if (options.effect) {
@@ -241,6 +242,9 @@ Result<Subject> prepareAll(Options const& options, Content& content, LoadObserve
         subject.effect = std::move(effect.value());
     }
     passOn(observer);
+    if (options.needsValues()) {
+        subject.scene.keep(std::move(content.meshes));
+    }
     return subject;
 }
 

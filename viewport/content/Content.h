@@ -45,7 +45,8 @@ struct Subject {
     ParticleLook look;
     std::optional<EffectSubject> effect;  ///< for the first picture; only with an effect
 
-    /// Makes it of the content, whose particles are used up. Makes no OpenGL call; otherwise as Content::load().
+    /// Makes it of the content, whose particles are used up; so are its meshes where somebody may ask for values.
+    /// Makes no OpenGL call; otherwise as Content::load().
     static Result<Subject> prepare(Options const& options, Content& content, LoadObserver& observer);
 };
 

@@ -7,6 +7,7 @@
 #include "viewport/files/mesh/UpAxis.h"
 #include "viewport/scene/ParticleOptions.h"
 
+#include <algorithm>
 #include <optional>
 #include <set>
 #include <string>
@@ -43,9 +44,20 @@ struct Options {
     /// Whether a mesh, counted from 0, is drawn with the effect.
     bool hasEffect(std::size_t mesh) const { return effect && effect->covers(mesh); }
 
+    /// Whether something is to be found at a pixel of a picture.
+    bool isPicking() const {
+        return std::any_of(pictures.begin(), pictures.end(),
+                           [](PictureOptions const& picture) { return picture.pick.has_value(); });
+    }
+
     /// Whether nothing is asked for that could be done without a window.
     bool opensWindow() const {
-        return info == InfoForm::NONE && pictures.size() == 1 && pictures.front().out.empty() && !pictures.front().pick;
+        return info == InfoForm::NONE && pictures.size() == 1 && pictures.front().out.empty() && !isPicking();
+    }
+
+    /// Whether somebody may ask for what the files say of a place.
+    bool needsValues() const {
+        return isPicking() || opensWindow();
     }
 
     /// Whether the effect draws a sea of its own.

@@ -1,11 +1,15 @@
 #include "viewport/drawing/Picker.h"
 
 #include "toolkit/pick.h"
+#include "viewport/drawing/MeshSearch.h"
+#include "viewport/drawing/ParticleSearch.h"
 #include "viewport/drawing/layer/depth_modes.h"
 #include "viewport/drawing/view/ClipPlanes.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
+#include <limits>
 
 #include <GL/glew.h>
 
@@ -17,6 +21,7 @@ constexpr unsigned int FIRST_MODEL_NAME = 16;
 static_assert(FIRST_MODEL_NAME >= GizmoDrawing::NAMES_END);
 
 constexpr double REACH = 2.5;  // pixels on each side of the pixel's center
+constexpr int BEYOND = 128;    // pixels; half of the largest point
 constexpr float NOTHING = 1;   // a depth buffer that is cleared
 
 }  // namespace
@@ -28,7 +33,34 @@ std::optional<Picked> Picker::pick(PictureSize const& size, Pixel pixel) {
     std::vector<Hit> const cloudHits = _drawClouds(size, x, y);
     hits.insert(hits.end(), cloudHits.begin(), cloudHits.end());
     auto const best = std::min_element(hits.begin(), hits.end(), _comesBefore);
-    return best != hits.end() ? std::optional<Picked>(_toPicked(best->name)) : std::nullopt;
+    if (best == hits.end()) {
+        return std::nullopt;
+    }
+    Picked picked = _toPicked(best->name);
+    if (best->name < FIRST_MODEL_NAME) {
+        return picked;
+    }
+    // Of the thing itself something may lie behind another one.
+    double most = std::numeric_limits<double>::infinity();
+    for (Hit const& hit : hits) {
+        most = hit.name != best->name ? std::min(most, hit.depth) : most;
+    }
+    std::size_t const index = best->name - FIRST_MODEL_NAME;
+    if (best->name >= _firstCloudName()) {
+        picked.particle = _particleOf(*best, size, _lookAround(size, x, y), most);
+    } else if (hasSurfaces && index < scene.meshes().size()) {
+        picked.element =
+            findElement(scene.models()[index], scene.meshes()[index], _lookAround(size, x, y), clip, most);
+    }
+    return picked;
+}
+
+/// Loads the view of the pixels within reach.
+toolkit::View Picker::_lookAround(PictureSize const& size, double x, double y) {
+    static_assert(SIDE == 2 * REACH);
+    glViewport(0, 0, SIDE, SIDE);
+    camera.load({x - REACH, size.height - y - REACH, SIDE, SIDE});
+    return toolkit::View::current();
 }
 
 std::vector<Picker::Hit> Picker::_selectModelsAndGizmo(PictureSize const& size, double x, double y) {
@@ -55,26 +87,68 @@ void Picker::_drawModelsAndGizmo(PictureSize const& size) {
 /// Draws each cloud into the corner and reads its depth back: GL's selection sees only what is sent to it,
 /// and where a particle ends up is decided by the shader.
 std::vector<Picker::Hit> Picker::_drawClouds(PictureSize const& size, double x, double y) {
-    constexpr int SIDE = 2 * REACH;
     std::vector<Hit> hits;
     if (clouds.empty()) {
         return hits;
     }
-    glViewport(0, 0, SIDE, SIDE);
-    camera.load({x - REACH, size.height - y - REACH, 2 * REACH, 2 * REACH});
+    // Points are lost whose middle is outside of what is seen, and ends of lines are drawn otherwise: more is seen than read.
+    constexpr int ALL = SIDE + 2 * BEYOND;
+    glViewport(-BEYOND, -BEYOND, ALL, ALL);
+    camera.load({x - REACH - BEYOND, size.height - y - REACH - BEYOND, ALL, ALL});
+    glScissor(0, 0, SIDE, SIDE);
+    glEnable(GL_SCISSOR_TEST);
+    // The samples of a pixel would be averaged when they are read.
+    glDisable(GL_MULTISAMPLE);
     for (std::size_t i = 0; i < clouds.size(); ++i) {
         glClear(GL_DEPTH_BUFFER_BIT);
         layer.pushDepthTest(DEPTH_TESTED);
-        clouds[i].draw(Sampling());
+        clouds[i].draw(Sampling(1, size));
         layer.popDepthTest();
-        GLfloat depths[SIDE * SIDE];
-        glReadPixels(0, 0, SIDE, SIDE, GL_DEPTH_COMPONENT, GL_FLOAT, depths);
+        Depths depths;
+        glReadPixels(0, 0, SIDE, SIDE, GL_DEPTH_COMPONENT, GL_FLOAT, depths.data());
         GLfloat const nearest = *std::min_element(std::begin(depths), std::end(depths));
         if (nearest < NOTHING) {
-            hits.push_back({_firstCloudName() + static_cast<unsigned int>(i), static_cast<double>(nearest)});
+            hits.push_back(
+                {_firstCloudName() + static_cast<unsigned int>(i), static_cast<double>(nearest), depths});
         }
     }
+    glEnable(GL_MULTISAMPLE);
+    glDisable(GL_SCISSOR_TEST);
     return hits;
+}
+
+/// The particle that shows at the pixel nearest to the middle that shows one.
+std::optional<PickedParticle> Picker::_particleOf(Hit const& hit, PictureSize const& size,
+                                                  toolkit::View const& view, double most) const {
+    std::size_t const index = hit.name - _firstCloudName();
+    if (index >= scene.frames().size()) {
+        return std::nullopt;
+    }
+    double x = 0;
+    double y = 0;
+    double depth = 0;
+    double least = std::numeric_limits<double>::infinity();
+    for (int i = 0; i < SIDE * SIDE; ++i) {
+        double const across = i % SIDE + 0.5 - REACH;
+        double const down = REACH - (i / SIDE + 0.5);
+        double const here = static_cast<double>(hit.depths[static_cast<std::size_t>(i)]);
+        // The nearest of all is never hidden.
+        bool const isShown = here < static_cast<double>(NOTHING) && (here <= most || here == hit.depth);
+        if (isShown && std::hypot(across, down) < least) {
+            least = std::hypot(across, down);
+            x = REACH + across;
+            y = REACH + down;
+            depth = here;
+        }
+    }
+    CloudDrawing const& drawing = clouds[index];
+    DrawnCloud const drawn{drawing.drawnLook(), drawing.drawnMode(),
+                           static_cast<double>(CloudDrawing::arrowWidth(Sampling(1, size)))};
+    ParticleCloud const& cloud = scene.clouds()[index];
+    std::optional<std::size_t> const record = findParticle(cloud, drawn, view, x, y, depth);
+    return record ? std::optional<PickedParticle>(
+                        PickedParticle::of(scene.frames()[index], cloud.records, *record))
+                  : std::nullopt;
 }
 
 Picked Picker::_toPicked(unsigned int name) const {

@@ -2,6 +2,8 @@
 
 #include "foundation/geometry/Box3.h"
 #include "foundation/raster/Core_RL.h"
+#include "toolkit/View.h"
+#include "viewport/drawing/Picked.h"
 #include "viewport/drawing/overlays/GizmoDrawing.h"
 #include "viewport/drawing/subjects/CloudDrawing.h"
 #include "viewport/drawing/subjects/ModelRenderer.h"
@@ -9,30 +11,26 @@
 #include "viewport/drawing/view/ViewCamera.h"
 #include "viewport/scene/Scene.h"
 
+#include <array>
 #include <optional>
-#include <string>
 #include <vector>
 
 namespace vellum::viewport {
 
-/// A thing at a pixel.
-struct Picked {
-    unsigned int
-        name;  ///< the picking name: 1 to 4 the gizmo's handles, from 16 on the models, then the clouds
-    std::string owner;  ///< what the name belongs to: a handle like "gizmo move X", or a file's name
-
-    bool operator==(Picked const& other) const { return name == other.name && owner == other.owner; }
-};
-
 /// Finds what is at a pixel, or within two pixels of it. Handles of the gizmo come before everything else,
-/// then what is nearer to the viewer. Particles are found by their file, like models.
+/// then what is nearer to the viewer.
+///
+/// Where the scene keeps what the files say, it also finds the particle, or the place on a mesh: the one that the pixel
+/// itself shows, or else the nearest pixel within reach. Meshes that are drawn as wireframes or boxes have no places.
 ///
 /// It draws with everything that it was given, all of which must outlive it. Where there are particles, it
-/// draws into the lower left corner of the current framebuffer: what was drawn before is lost there.
+/// draws into the lower left corner of the current framebuffer, of five pixels: what was drawn before is lost there.
 class Picker {
 public:
+    /// \param hasSurfaces the triangles of models are drawn filled
+    /// \param clip of the models, in axes and units of the files
     Picker(Core_RL& layer, Scene const& scene, ViewCamera& camera, std::vector<ModelRenderer>& models,
-           std::vector<CloudDrawing>& clouds, GizmoDrawing const& gizmo,
+           std::vector<CloudDrawing>& clouds, GizmoDrawing const& gizmo, bool hasSurfaces,
            std::optional<Box3<double>> const& clip = std::nullopt)
         : layer(layer)
         , scene(scene)
@@ -40,22 +38,32 @@ public:
         , models(models)
         , clouds(clouds)
         , gizmo(gizmo)
+        , hasSurfaces(hasSurfaces)
         , clip(clip) {}
 
     /// \param size of the whole picture; the camera has framed the scene for it.
-    /// State: the viewport, both matrices, the depth buffer.
+    /// State: the viewport, both matrices, the depth buffer; the scissor test is off, multisampling is on.
     std::optional<Picked> pick(PictureSize const& size, Pixel pixel);
 
 private:
+    static constexpr int SIDE = 5;  // of the pixels within reach
+
+    /// What a cloud alone leaves in the depth buffer, the lowest row first.
+    using Depths = std::array<float, SIDE * SIDE>;
+
     struct Hit {
         unsigned int name;
-        double depth;  // of the nearest point, as toolkit::PickHit has it
+        double depth;        // of the nearest point, as toolkit::PickHit has it
+        Depths depths = {};  // only of clouds
     };
 
+    toolkit::View _lookAround(PictureSize const& size, double x, double y);
     std::vector<Hit> _selectModelsAndGizmo(PictureSize const& size, double x, double y);
     void _drawModelsAndGizmo(PictureSize const& size);
     std::vector<Hit> _drawClouds(PictureSize const& size, double x, double y);
     Picked _toPicked(unsigned int name) const;
+    std::optional<PickedParticle> _particleOf(Hit const& hit, PictureSize const& size,
+                                              toolkit::View const& view, double most) const;
     unsigned int _firstCloudName() const;
 
     static bool _comesBefore(Hit const& a, Hit const& b);
@@ -66,7 +74,8 @@ private:
     std::vector<ModelRenderer>& models;
     std::vector<CloudDrawing>& clouds;
     GizmoDrawing const& gizmo;
-    std::optional<Box3<double>> clip;  // of the models, in axes and units of the files
+    bool hasSurfaces;
+    std::optional<Box3<double>> clip;
 };
 
 }  // namespace vellum::viewport

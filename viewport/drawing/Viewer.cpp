@@ -105,7 +105,8 @@ void Viewer::drawLabels(Picture& picture) {
 
 std::optional<Picked> Viewer::pick(PictureSize const& size, Pixel pixel) {
     _layOut(size);
-    return Picker(layer, scene, layout.camera, models, clouds, gizmo, style.clip).pick(size, pixel);
+    return Picker(layer, scene, layout.camera, models, clouds, gizmo, style.mesh.isFilled(), style.clip)
+        .pick(size, pixel);
 }
 
 // == Layout ==

@@ -82,6 +82,44 @@ Json toJson(std::map<std::int64_t, std::string> const& typeNames) {
     return types;
 }
 
+Json toJson(double number) {
+    return number;
+}
+
+Json toJson(std::string const& word) {
+    return word;
+}
+
+Json toJson(std::vector<PickedValue> const& values) {
+    Json list = Json::array();
+    for (PickedValue const& value : values) {
+        list.push_back({{"name", value.name},
+                        {"unit", orNull(value.unit)},
+                        {"value", std::visit([](auto const& each) { return toJson(each); }, value.value)},
+                        {"meaning", orNull(value.meaning)}});
+    }
+    return list;
+}
+
+Json toJson(PickedParticle const& particle) {
+    return {{"index", particle.index},
+            {"id", particle.id ? Json(*particle.id) : Json()},
+            {"position", toJson(particle.position)},
+            {"shownAt", toJson(particle.shownAt)},
+            {"values", toJson(particle.values)}};
+}
+
+Json toJson(PickedElement const& element) {
+    char const* const kinds[] = {"triangle", "line", "point"};
+    return {{"kind", kinds[static_cast<int>(element.kind)]},
+            {"index", element.index},
+            {"position", toJson(element.position)},
+            {"vertex", element.vertex},
+            {"vertexPosition", toJson(element.vertexPosition)},
+            {"material", orNull(element.material)},
+            {"values", toJson(element.values)}};
+}
+
 Json timesOf(LoadedFrame const& loaded) {
     Json times = Json::array();
     for (std::optional<double> const& time : loaded.times) {
@@ -179,6 +217,17 @@ void InfoDocument::addParticles(LoadedFrame const& loaded) {
 void InfoDocument::addPicture(std::string const& out, int width, int height, std::string const& camera) {
     (*document)["pictures"].push_back(
         {{"file", orNull(out)}, {"width", width}, {"height", height}, {"camera", orNull(camera)}});
+}
+
+void InfoDocument::setPick(std::size_t picture, std::optional<Picked> const& picked) {
+    Json pick;
+    if (picked) {
+        pick = {{"name", picked->name},
+                {"owner", picked->owner},
+                {"particle", picked->particle ? toJson(*picked->particle) : Json()},
+                {"element", picked->element ? toJson(*picked->element) : Json()}};
+    }
+    (*document)["pictures"].at(picture)["pick"] = pick;
 }
 
 void InfoDocument::setDriver(DriverFacts const& driver) {

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "viewport/drawing/Picked.h"
 #include "viewport/files/mesh/MeshData.h"
 #include "viewport/files/particles/ParticleFrame.h"
 #include "viewport/program/Description.h"
 
+#include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <nlohmann/json_fwd.hpp>
@@ -26,6 +29,11 @@ public:
     /// \param out the picture's file; empty: none
     /// \param camera the options that give it; empty: it has one of its own
     void addPicture(std::string const& out, int width, int height, std::string const& camera);
+
+    /// Says what is at a pixel of a picture that was added; null where there is nothing. Pictures in which nothing is picked
+    /// have no such key.
+    /// \param picture counted from 0
+    void setPick(std::size_t picture, std::optional<Picked> const& picked);
 
     void setDriver(DriverFacts const& driver);
 

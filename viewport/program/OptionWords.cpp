@@ -91,9 +91,7 @@ std::optional<Fault> outputConflict(Options const& options) {
     if (std::count_if(options.pictures.begin(), options.pictures.end(), usesOutput) == 0) {
         return std::nullopt;
     }
-    bool const isPicking =
-        std::any_of(options.pictures.begin(), options.pictures.end(),
-                    [](PictureOptions const& picture) { return picture.pick.has_value(); });
+    bool const isPicking = options.isPicking();
     if (isPicking || options.info != InfoForm::NONE) {
         return usageFault(std::string(isPicking ? "--pick" : "--info") +
                           ": cannot be printed where the picture is written to standard output");

@@ -1,7 +1,6 @@
 #include "viewport/program/PictureMaker.h"
 
 #include "viewport/drawing/Viewer.h"
-#include "viewport/text/single_line.h"
 
 #include <algorithm>
 #include <iostream>
@@ -10,10 +9,6 @@
 namespace vellum::viewport {
 
 namespace {
-
-std::string lineOf(std::optional<Picked> const& picked) {
-    return picked ? singleLine(std::to_string(picked->name) + " " + picked->owner) : "nothing";
-}
 
 TiledPicture tiledPicture(Options const& options, PictureSize const& size) {
     return {size, options.effect ? Tiling::ofOneTile(size) : Tiling::of(size)};
@@ -41,7 +36,8 @@ std::optional<Failure> PictureMaker::begin() {
     return _prepare(options.pictures.front());
 }
 
-std::optional<Failure> PictureMaker::make(PictureOptions const& picture) {
+std::optional<Failure> PictureMaker::make(PictureOptions const& picture,
+                                          std::function<void(std::optional<Picked> const&)> const& tell) {
     if (std::optional<Failure> failure = _prepare(picture)) {
         return failure;
     }
@@ -53,7 +49,7 @@ std::optional<Failure> PictureMaker::make(PictureOptions const& picture) {
         note(options, {picture.out, what.message});
     }
     if (picture.pick) {
-        std::cout << lineOf(viewer->pick(picture.size, *picture.pick)) << '\n';
+        tell(viewer->pick(picture.size, *picture.pick));
     }
     if (std::optional<Failure> failure = flushOutput()) {
         return failure;

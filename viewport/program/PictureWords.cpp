@@ -45,7 +45,10 @@ constexpr Row ROWS[] = {
     {PICTURE, "--quality", "N", "Of a JPEG: 1 to 100, the larger the better (90)"},
     {PICTURE, "--pick", "X,Y",
      "Print what is at this pixel, counted from the upper left corner: a line with its\n"
-     "picking name and what it belongs to, or 'nothing'"},
+     "picking name and what it belongs to, or 'nothing'; then a line '  KEY: VALUE' for each\n"
+     "fact: of a particle its index in the file from 0, id, position and all values; of a\n"
+     "mesh the triangle, line or point, the position on it, its nearest vertex and the\n"
+     "values there; with --info=json only in the document, as 'pick' of the picture"},
     {CAMERA, "--view", "VIEW", "perspective, front, back, top, bottom, left or right (perspective)"},
     {CAMERA, "--projection", "MODE", "perspective or parallel (perspective)"},
     {CAMERA, "--camera-position", "X,Y,Z", "Where the eye is (far enough away to see everything)"},

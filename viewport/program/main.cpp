@@ -10,12 +10,14 @@
 #include "viewport/program/ConsoleObserver.h"
 #include "viewport/program/Description.h"
 #include "viewport/program/PictureMaker.h"
+#include "viewport/program/describe_pick.h"
 #include "viewport/program/idle_options.h"
 #include "viewport/program/open_window.h"
 #include "viewport/program/standard_streams.h"
 #include "viewport/text/single_line.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <filesystem>
 #include <iostream>
 #include <new>
@@ -172,13 +174,27 @@ std::optional<Failure> run(Options const& options) {
     if (std::optional<Failure> failure = maker.begin()) {
         return failure;
     }
-    printInfo(options, observer, &maker.layer(), "");
-    for (PictureOptions const& picture : options.pictures) {
-        if (std::optional<Failure> failure = maker.make(picture)) {
-            return failure;
-        }
+    // What is picked belongs into the document.
+    bool const isLast = options.info == InfoForm::JSON && options.isPicking();
+    if (!isLast) {
+        printInfo(options, observer, &maker.layer(), "");
     }
-    return std::nullopt;
+    std::optional<Failure> failure;
+    for (std::size_t i = 0; i < options.pictures.size() && !failure; ++i) {
+        failure = maker.make(options.pictures[i], [&](std::optional<Picked> const& picked) {
+            if (isLast) {
+                observer.document.setPick(i, picked);
+            } else {
+                std::cout << describePick(picked);
+            }
+        });
+    }
+    if (isLast) {
+        printInfo(options, observer, &maker.layer(), "");
+        std::optional<Failure> unwritten = flushOutput();
+        return failure ? failure : unwritten;
+    }
+    return failure;
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "viewport/program/Description.h"
 
 #include "viewport/program/InfoDocument.h"
+#include "viewport/program/describe_pick.h"
 
 #include <gmock/gmock.h>
 
@@ -118,4 +119,66 @@ TEST(Description, everythingThatAMeshHasIsTold) {
     EXPECT_THAT(text, HasSubstr("up:                             -z\n"));
     EXPECT_THAT(text, HasSubstr("scalar T [K]:                   1 to 3, mean 2\n"));
     EXPECT_THAT(text, HasSubstr("animations:                     walk 1.5 s, unnamed 2 s\n"));
+}
+
+// == What is picked ==
+
+namespace {
+
+Picked someParticle() {
+    Picked picked{16, "melt\n.dump"};
+    picked.particle = PickedParticle{4, 12.0, {1e12, 0.1, 2}, {1e12, 0.1, 2}, {}};
+    picked.particle->values.push_back({"element", {}, std::string("O")});
+    picked.particle->values.push_back({"type", {}, 2.0, "iron"});
+    picked.particle->values.push_back({"pe", "eV", std::nan("")});
+    picked.particle->values.push_back(
+        {"force", {}, vellum::Vector3<double>{1, -HUGE_VAL, 0.30000000000000004}});
+    return picked;
+}
+
+}  // namespace
+
+TEST(Description, aPickIsALineWithItsFactsBelow) {
+    EXPECT_EQ(describePick(std::nullopt), "nothing\n");
+    EXPECT_EQ(describePick(Picked{2, "gizmo move Y"}), "2 gizmo move Y\n");
+    Picked picked = someParticle();
+    EXPECT_EQ(describePick(picked),
+              "16 melt?.dump\n  particle: 4\n  id: 12\n  position: 1e+12, 0.1, 2\n  element: O\n"
+              "  type: 2 (iron)\n  pe [eV]: nan\n  force: 1, -inf, 0.30000000000000004\n");
+    picked.particle->position.x = 1000000000000.25;
+    picked.particle->id.reset();
+    EXPECT_THAT(describePick(picked), HasSubstr("\n  particle: 4\n  position: 1000000000000.25, 0.1, 2\n"
+                                                "  shown at: 1e+12, 0.1, 2\n"));
+    picked = {17, "a.vtk"};
+    picked.element = PickedElement{MeshElement::LINE, 3, 7, {1, 2, 3}, {0.5, 2, 3}, "steel", {}};
+    picked.element->values.push_back({"stress", "Pa", 4.5});
+    EXPECT_EQ(describePick(picked), "17 a.vtk\n  line: 3\n  position: 0.5, 2, 3\n  vertex: 7\n"
+                                    "  vertex position: 1, 2, 3\n  material: steel\n  stress [Pa]: 4.5\n");
+}
+
+TEST(Description, aPickIsAPartOfItsPictureInTheDocument) {
+    InfoDocument document;
+    for (int i = 0; i < 4; ++i) {
+        document.addPicture("a.png", 64, 48, "--view top");
+    }
+    document.setPick(0, someParticle());
+    document.setPick(1, std::nullopt);
+    Picked picked{17, "a.vtk"};
+    picked.element = PickedElement{MeshElement::POINT, 3, 7, {1, 2, 3}, {1, 2, 3}, {}, {}};
+    document.setPick(2, picked);
+    nlohmann::json const pictures = nlohmann::json::parse(document.toText())["pictures"];
+    nlohmann::json const& particle = pictures[0]["pick"]["particle"];
+    EXPECT_EQ(particle["index"], 4);
+    EXPECT_EQ(particle["id"], 12);
+    EXPECT_EQ(particle["position"][0], 1e12);
+    EXPECT_EQ(particle["values"][0]["value"], "O");
+    EXPECT_EQ(particle["values"][1]["meaning"], "iron");
+    EXPECT_TRUE(particle["values"][2]["value"].is_null());
+    EXPECT_EQ(particle["values"][2]["unit"], "eV");
+    EXPECT_EQ(particle["values"][3]["value"][2], 0.30000000000000004);
+    EXPECT_TRUE(pictures[1]["pick"].is_null());
+    EXPECT_TRUE(pictures[1].contains("pick"));
+    EXPECT_EQ(pictures[2]["pick"]["element"]["kind"], "point");
+    EXPECT_EQ(pictures[2]["pick"]["name"], 17);
+    EXPECT_FALSE(pictures[3].contains("pick"));
 }

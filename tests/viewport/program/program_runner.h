@@ -2,6 +2,7 @@
 
 #include "tests/support/TemporaryFolder.h"
 
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -51,4 +52,14 @@ inline Outcome runProgram(std::string const& program, std::vector<std::string> c
     outcome.output = folder.read("output");
     outcome.error = folder.read("error");
     return outcome;
+}
+
+/// What --pick prints, without what is known about the things: each fact is a line that begins with two blanks.
+inline std::string withoutFacts(std::string const& output) {
+    std::string lines;
+    std::istringstream input(output);
+    for (std::string line; std::getline(input, line);) {
+        lines += line.rfind("  ", 0) == 0 ? std::string() : line + "\n";
+    }
+    return lines;
 }

@@ -28,9 +28,13 @@ void CloudDrawing::setDetail(double part) {
 
 void CloudDrawing::draw(Sampling const& sampling) {
     look.size = static_cast<float>(_size(sampling));
-    layer.pushLineWidth(sampling.lineWidth(SHAFT_WIDTH));
-    drawParticles(renderer, *cloud.system, look, toolkit::View::current());
+    layer.pushLineWidth(arrowWidth(sampling));
+    drawnAs = drawParticles(renderer, *cloud.system, look, toolkit::View::current()).mode;
     layer.popLineWidth();
+}
+
+float CloudDrawing::arrowWidth(Sampling const& sampling) {
+    return sampling.lineWidth(SHAFT_WIDTH);
 }
 
 void CloudDrawing::drawBox(Sampling const& sampling, Color4<float> const& ink) const {

@@ -23,6 +23,13 @@ public:
     /// State: that of toolkit::drawParticles().
     void draw(Sampling const& sampling);
 
+    /// What draw() has drawn last, and how.
+    toolkit::ParticleLook const& drawnLook() const { return look; }
+    toolkit::ParticleMode drawnMode() const { return drawnAs; }
+
+    /// The width of the lines of arrows.
+    static float arrowWidth(Sampling const& sampling);
+
     /// Draws the lines of the particles' box, behind what is nearer. Writes no depth.
     /// \param ink the color of the lines, which are paler
     /// State: none is left changed.
@@ -36,6 +43,7 @@ private:
     ParticleStyle style;
     toolkit::ParticleLook look;
     toolkit::ParticleRenderer renderer;
+    toolkit::ParticleMode drawnAs = toolkit::ParticleMode::POINTS;
 };
 
 }  // namespace vellum::viewport
