@@ -174,14 +174,19 @@ public:
         : screen(screen)
         , vectors(chunk.channelData(drawn.look.channel)->asVectors())
         , size(static_cast<double>(drawn.look.size))
+        , pixels(size * screen.pixels())
         , width(drawn.lineWidth / 2 + SLACK) {}
 
     std::optional<Cover> at(unsigned int slot, Point const& p) const {
+        // Nothing of it is farther from the tail than its tip, and that no farther than the sum of its parts.
+        Point const v = convert<double>(vectors[slot]);
+        double const reach = (std::abs(v.x) + std::abs(v.y) + std::abs(v.z)) * pixels + width * screen.w(p);
+        if (!(std::abs(screen.x(p)) <= reach && std::abs(screen.y(p)) <= reach)) {
+            return std::nullopt;
+        }
         OnScreen const tail = screen.of(p);
-        OnScreen const along = screen.along(convert<double>(vectors[slot]) * size);
-        // Nothing of it is farther from the tail than its tip.
-        double const reach = std::abs(along.x) + std::abs(along.y) + width * tail.w;
-        if (!(std::abs(tail.x) <= reach && std::abs(tail.y) <= reach) || !tail.isBetweenPlanes()) {
+        OnScreen const along = screen.along(v * size);
+        if (!tail.isBetweenPlanes()) {
             return std::nullopt;
         }
         double const x = along.x / tail.w;
@@ -208,6 +213,7 @@ private:
     ScreenPlace const& screen;
     Vector3<float> const* vectors;
     double size;
+    double pixels;  // of a vector of length 1, times w
     double width;
 };
 
