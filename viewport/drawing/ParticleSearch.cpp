@@ -104,13 +104,14 @@ public:
         : screen(screen), reach(_size(drawn) / 2 + SLACK) {}
 
     std::optional<Cover> at(unsigned int /*slot*/, Point const& p) const {
-        double const w = screen.w(p);
-        double const x = screen.x(p);
-        double const y = screen.y(p);
-        if (!(std::abs(x) <= reach * w && std::abs(y) <= reach * w) || !screen.of(p).isBetweenPlanes()) {
+        double const most = reach * screen.w(p);
+        if (!(std::abs(screen.x(p)) <= most) || !(std::abs(screen.y(p)) <= most)) {
             return std::nullopt;
         }
-        return Cover{screen.of(p).depth(), std::hypot(x, y) / w};
+        OnScreen const middle = screen.of(p);
+        return middle.isBetweenPlanes()
+                   ? std::optional<Cover>({middle.depth(), std::hypot(middle.x, middle.y) / middle.w})
+                   : std::nullopt;
     }
 
 private:
@@ -140,11 +141,14 @@ public:
 
     std::optional<Cover> at(unsigned int slot, Point const& p) const {
         double const r = sizes != nullptr ? radius * static_cast<double>(sizes[slot]) : radius;
-        double const x = screen.x(p);
-        double const y = screen.y(p);
-        double const w = screen.w(p);
         double const side = r * pixels;
+        double const w = screen.w(p);
         double const reach = side + SLACK * w;
+        double const x = screen.x(p);
+        if (!(std::abs(x) <= reach)) {
+            return std::nullopt;
+        }
+        double const y = screen.y(p);
         if (!(x * x + y * y <= reach * reach)) {
             return std::nullopt;
         }

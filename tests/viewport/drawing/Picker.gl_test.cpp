@@ -50,7 +50,7 @@ protected:
             frame.positions.push_back({next(4), next(4), next(depth)});
             Vector3<double> const along{next(2) - 1, next(2) - 1, next(2) - 1};
             velocities.push_back(along / length(along) *
-                                 (1 + static_cast<double>(i) / static_cast<double>(count - 1)));
+                                 (1 + static_cast<double>(i) / static_cast<double>(many - 1)));
         }
         frame.file = "some.dump";
         frame.box = ParticleBox{{0, 0, 0}, {{4, 0, 0}, {0, 4, 0}, {0, 0, 4}}};
@@ -379,6 +379,32 @@ TEST_F(Picker_gl_test, clippedTrianglesAndModesWithoutSurfacesHaveNoPlace) {
         ASSERT_TRUE(picked);
         EXPECT_EQ(picked->owner, "wall.obj");
         EXPECT_FALSE(picked->element);
+    }
+}
+
+TEST_F(Picker_gl_test, pixelsAtTheBorderShowWhatReachesBeyondIt) {
+    scatter(1);
+    options.mode = ParticleMode::SPHERES;
+    options.size = 3;
+    style.camera.zoom = 8;
+    style.camera.focus = frame.positions[0];
+    prepare();
+    MeshData wall = square(0);
+    for (int const x : {0, size.width - 1}) {
+        for (int const y : {0, size.height - 1}) {
+            std::optional<Picked> const picked = pick(x, y);
+            ASSERT_TRUE(picked && picked->particle) << x << ", " << y;
+        }
+    }
+    frame = {};
+    style.camera.focus = Vector3<double>{0.1, 0.2, 0};
+    prepare({wall});
+    for (int const x : {0, size.width - 1}) {
+        for (int const y : {0, size.height - 1}) {
+            std::optional<Picked> const picked = pick(x, y);
+            ASSERT_TRUE(picked && picked->element) << x << ", " << y;
+            EXPECT_EQ(picked->element->position.x < 0.1, x == 0);
+        }
     }
 }
 
