@@ -56,14 +56,11 @@ struct Options {
     }
 
     /// Whether somebody may ask for what the files say of a place.
-    bool needsValues() const {
-        return isPicking() || opensWindow();
-    }
+    bool needsValues() const { return isPicking() || opensWindow(); }
 
-    /// Whether the effect draws a sea of its own.
-    bool hasOwnSea() const {
-        return files.empty() && effect && std::holds_alternative<OceanEffect>(effect->values);
-    }
+    /// Whether the effect draws an open sea: one of its own without files, else one that surrounds what they hold.
+    bool hasOwnSea() const { return files.empty() && effect && effect->isSea(); }
+    bool hasSurroundingSea() const { return !files.empty() && effect && effect->isSea(); }
 };
 
 }  // namespace vellum::viewport

@@ -88,8 +88,8 @@ std::vector<Point> pointsToFrame(Scene const& scene, ViewStyle const& style) {
 }  // namespace
 
 ViewLayout ViewLayout::of(Scene const& scene, ViewStyle const& style, OceanScene const* ocean,
-                          PictureSize const& size) {
-    ViewLayout layout{nullptr, ViewCamera(style.camera), std::nullopt, {}, {}, size};
+                          PictureSize const& size, SurroundingSea const* sea) {
+    ViewLayout layout{nullptr, ViewCamera(style.camera), std::nullopt, {}, {}, size, size, sea};
     if ((!scene.clouds().empty() || style.particles.meshScale) && style.explanations.hasBar) {
         layout.key = keyOf(style.particles, size, layout.notes);
         layout.framedSize.width -= layout.key != nullptr ? layout.key->reservedWidth() : 0;
@@ -100,12 +100,29 @@ ViewLayout ViewLayout::of(Scene const& scene, ViewStyle const& style, OceanScene
         layout.framedPoints = pointsToFrame(scene, style);
         layout.fault = layout.camera.frame(scene, layout.framedPoints, layout.framedSize);
     }
+    if (!layout.fault) {
+        layout.fault = layout._surround(layout.camera);
+    }
     return layout;
+}
+
+/// Lets a camera see as far as the horizon. The fault of one that is under water.
+std::optional<Fault> ViewLayout::_surround(ViewCamera& view) const {
+    if (sea == nullptr) {
+        return std::nullopt;
+    }
+    SeaView const seen = view.seaView(size);
+    SurroundingSea::Depths const depths = sea->depths(seen);
+    view.include(depths.nearest, depths.farthest);
+    return sea->fault(seen);
 }
 
 void ViewLayout::setCamera(CameraSpec const& spec, Scene const& scene) {
     ViewCamera moved(spec);
     fault = moved.frame(scene, framedPoints, framedSize);
+    if (!fault) {
+        fault = _surround(moved);
+    }
     if (!fault) {
         camera = moved;
     }

@@ -5,6 +5,7 @@
 #include "viewport/drawing/view/PictureSize.h"
 #include "viewport/drawing/view/ViewCamera.h"
 #include "viewport/ocean/OceanScene.h"
+#include "viewport/ocean/SurroundingSea.h"
 #include "viewport/scene/Scene.h"
 #include "viewport/text/Fault.h"
 
@@ -24,14 +25,20 @@ struct ViewLayout {
     std::vector<Fault> notes;    ///< what there is no room for
 
     /// \param ocean that is shown in place of the scene, or null
+    /// \param sea that the scene stands in, or null
     static ViewLayout of(Scene const& scene, ViewStyle const& style, OceanScene const* ocean,
-                         PictureSize const& size);
+                         PictureSize const& size, SurroundingSea const* sea = nullptr);
 
     /// The same scene from elsewhere. Where the camera makes none it has the fault, and keeps its place.
     void setCamera(CameraSpec const& spec, Scene const& scene);
 
-    std::vector<Vector3<double>> framedPoints;  ///< what is to be seen, in the frame of the scene
-    PictureSize framedSize;                     ///< of the area beside the key
+    std::vector<Vector3<double>> framedPoints = {};  ///< what is to be seen, in the frame of the scene
+    PictureSize framedSize = {};                     ///< of the area beside the key
+    PictureSize size = {};                           ///< of the picture
+    SurroundingSea const* sea = nullptr;             ///< that the scene stands in, or null
+
+private:
+    std::optional<Fault> _surround(ViewCamera& view) const;
 };
 
 }  // namespace vellum::viewport

@@ -22,13 +22,14 @@ Viewer::Viewer(Core_RL& layer, Scene const& scene, ViewStyle const& style, Effec
     : layer(layer)
     , scene(scene)
     , style(style)
-    , ink(style.background.ink())
+    // The background of a sea is its own.
+    , ink((effect != nullptr && effect->surroundingSea() != nullptr ? Background() : style.background).ink())
     , effect(effect)
     , textures(layer)
     , blended(layer, style.mesh, textures)
     , gizmo(layer, style.gizmo, scene.up())
     , cornerAxes(layer, scene.up())
-    , layout{nullptr, ViewCamera(style.camera), std::nullopt, {}, {}, {}}
+    , layout{nullptr, ViewCamera(style.camera), std::nullopt, {}, {}, {}, {}, nullptr}
     , backdrop(layer) {
     for (Model const& model : scene.models()) {
         if (!style.mesh.importPreview && (effect == nullptr || !effect->covers(models.size()))) {
@@ -57,6 +58,9 @@ void Viewer::draw(PictureSize const& size, Region const& region, int samplesPerS
     if (OceanScene const* const ocean = _ocean()) {
         ocean->drawHaze(layer);
         return;
+    }
+    if (SurroundingSea const* const sea = _sea()) {
+        sea->drawHaze(layer, seaView);
     }
     layer.pushDepthTest(DEPTH_TESTED);
     if (gizmo.isShown()) {
@@ -122,7 +126,7 @@ std::optional<Fault> Viewer::setCamera(CameraSpec const& spec) {
         return std::exchange(layout.fault, formerFault);
     }
     style.camera = spec;
-    backdrop.layOut(scene, layout.camera, *layoutSize);
+    _layOutBehind();
     return std::nullopt;
 }
 
@@ -132,8 +136,16 @@ void Viewer::_layOut(PictureSize const& size) {
     }
     layoutSize = size;
     // In its place, whose camera the layer knows.
-    layout = ViewLayout::of(scene, style, _ocean(), size);
-    backdrop.layOut(scene, layout.camera, size);
+    layout = ViewLayout::of(scene, style, _ocean(), size, _sea());
+    _layOutBehind();
+}
+
+void Viewer::_layOutBehind() {
+    if (_sea() != nullptr && !layout.fault) {
+        seaView = layout.camera.seaView(*layoutSize);
+        effect->frameSea(seaView);
+    }
+    backdrop.layOut(scene, layout.camera, *layoutSize);
 }
 
 void Viewer::setDetail(double part) {
@@ -144,6 +156,10 @@ void Viewer::setDetail(double part) {
 
 OceanScene const* Viewer::_ocean() const {
     return effect != nullptr ? effect->ownScene() : nullptr;
+}
+
+SurroundingSea const* Viewer::_sea() const {
+    return effect != nullptr ? effect->surroundingSea() : nullptr;
 }
 
 /// Particles in a simulation box need no ground: the box shows the scale, and nothing stands on the ground.
@@ -190,6 +206,13 @@ void Viewer::_drawBehind(Region const& region, PictureSize const& size, Sampling
         ocean->drawSky(layer);
         return;
     }
+    if (SurroundingSea const* const sea = _sea()) {
+        layout.camera.load(region);
+        sea->drawSky(layer, seaView);
+        _placeLights();
+        layout.camera.load(region);
+        return;
+    }
     backdrop.drawBackground(style.background, region, size);
     _placeLights();
     layout.camera.load(region);
@@ -202,10 +225,14 @@ void Viewer::_drawBehind(Region const& region, PictureSize const& size, Sampling
 
 void Viewer::_drawSubjects(Sampling const& sampling) {
     layer.pushDepthTest(DEPTH_TESTED);
+    bool const isInSea = _sea() != nullptr;
+    if (isInSea) {
+        effect->draw();
+    }
     _drawModels(sampling);
     _drawClouds(sampling);
     blended.draw(sampling);
-    if (effect != nullptr) {
+    if (effect != nullptr && !isInSea) {
         // Last, as an effect may show what is behind it.
         effect->draw();
     }

@@ -88,12 +88,14 @@ public:
 
 private:
     void _layOut(PictureSize const& size);
+    void _layOutBehind();
     bool _isGroundShown() const;
 
     void _placeLights() const;
     void _drawBehind(Region const& region, PictureSize const& size, Sampling const& sampling);
     void _drawSubjects(Sampling const& sampling);
     OceanScene const* _ocean() const;
+    SurroundingSea const* _sea() const;
     void _drawModels(Sampling const& sampling);
     void _drawClouds(Sampling const& sampling);
 
@@ -112,6 +114,7 @@ private:
     // For pictures of one size.
     std::optional<PictureSize> layoutSize;  // nothing: nothing has been drawn yet
     ViewLayout layout;
+    SeaView seaView;  // of the camera; only in a sea
     Backdrop backdrop;
 };
 

@@ -39,9 +39,7 @@ public:
     void drawHaze(Core_RL& layer) const;  ///< The haze before distant water. After the water.
 
 private:
-    Vector3<double> _direction(double elevation, double azimuth) const;
     double _halfAngle() const;
-    void _drawSun(Core_RL& layer) const;
 
     View view;
 };

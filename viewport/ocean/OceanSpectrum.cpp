@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <memory>
 #include <new>
 #include <random>
@@ -106,6 +107,56 @@ std::optional<Fault> SeaState::firstFault() const {
         }
     }
     return std::nullopt;
+}
+
+// == SeaSurface ==
+
+double highestWater(SeaSurface const& surface, double patch, Vector2<double> const& place) {
+    auto const size = static_cast<double>(surface.size);
+    // A larger step of the surface is one of its triangles.
+    double const reach = std::max(REACH_OF_HIGHEST_WATER, patch / size);
+    // The surface repeats itself with the patch.
+    auto const distance = [patch](double offset) { return offset - patch * std::round(offset / patch); };
+    double highest = std::numeric_limits<double>::lowest();
+    for (unsigned int row = 0; row < surface.size; ++row) {
+        for (unsigned int column = 0; column < surface.size; ++column) {
+            std::size_t const i = static_cast<std::size_t>(row) * surface.size + column;
+            double const x =
+                distance(patch * column / size + static_cast<double>(surface.alongX[i]) - place.x);
+            double const z = distance(patch * row / size + static_cast<double>(surface.alongZ[i]) - place.y);
+            auto const height = static_cast<double>(surface.height[i]);
+            if (std::hypot(x, z) <= reach) {
+                highest = std::max(highest, height);
+            }
+        }
+    }
+    return highest;
+}
+
+double meanWater(SeaSurface const& surface, double patch, Vector2<double> const& low,
+                 Vector2<double> const& high) {
+    auto const size = static_cast<double>(surface.size);
+    // No smaller than a step of the surface, so that there is always a sample.
+    auto const halfOf = [&](double from, double to) {
+        return std::clamp(0.5 * (to - from), patch / size, patch / 2);
+    };
+    double const halfX = halfOf(low.x, high.x);
+    double const halfZ = halfOf(low.y, high.y);
+    auto const distance = [patch](double offset) { return offset - patch * std::round(offset / patch); };
+    double sum = 0;
+    double count = 0;
+    for (unsigned int row = 0; row < surface.size; ++row) {
+        for (unsigned int column = 0; column < surface.size; ++column) {
+            double const x = distance(patch * column / size - 0.5 * (low.x + high.x));
+            double const z = distance(patch * row / size - 0.5 * (low.y + high.y));
+            if (std::abs(x) <= halfX && std::abs(z) <= halfZ) {
+                sum += static_cast<double>(
+                    surface.height[static_cast<std::size_t>(row) * surface.size + column]);
+                ++count;
+            }
+        }
+    }
+    return count > 0 ? sum / count : 0;
 }
 
 // == OceanSpectrum ==

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/geometry/Vector2.h"
 #include "foundation/image/VL_Image.h"
 #include "viewport/text/Fault.h"
 
@@ -38,6 +39,19 @@ struct SeaSurface {
     std::vector<float> alongZ;    ///< alike, meters
     std::vector<float> jacobian;  ///< its area relative to that at rest; below 0 the surface overlaps itself
 };
+
+/// How far from a place highestWater() looks, at least; meters.
+constexpr double REACH_OF_HIGHEST_WATER = 1;
+
+/// The highest water about a place, meters above the still level.
+/// \param patch side of the surface, meters
+/// \param place x and z, meters
+double highestWater(SeaSurface const& surface, double patch, Vector2<double> const& place);
+
+/// The mean height of the water over a rectangle of the still water, meters.
+/// \param low, high its corners, x and z, meters
+double meanWater(SeaSurface const& surface, double patch, Vector2<double> const& low,
+                 Vector2<double> const& high);
 
 /// The waves of a patch of deep sea: a random field with the JONSWAP spectrum, spread by the squared cosine of the
 /// angle to the wind, after J. Tessendorf, "Simulating Ocean Water". Each pair of frequencies runs at its own speed,

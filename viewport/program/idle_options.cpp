@@ -96,6 +96,8 @@ std::vector<Fault> idleOptions(Options const& options, ShownKinds const& shown) 
     }
     if (options.hasOwnSea()) {
         addSea(lines);
+    } else if (options.hasSurroundingSea()) {
+        lines.add({"--background", "--no-grid"}, "the sea has a sky of its own, and covers the ground");
     } else if (options.effect && !options.effect->onlyModel) {
         lines.add({"--light"}, "the effect has lights of its own");
     }

@@ -134,6 +134,12 @@ Parameters oceanParameters() {
         {"color", field(&E::color), "0.10,0.30,0.38", 0, 1, "color of the water in the light"},
         {"sun", field(&E::sun), "7,14", -90, 360,
          "the sun: degrees above the horizon, degrees to the right of the middle"},
+        {"level", field(&E::level), "0.3", -10, 1,
+         "with files: the part of their height that is below the water about them;\n"
+         "below 0 they are above it"},
+        {"length", field(&E::length), "20", 0, ANY_LENGTH,
+         "with files: what their longest side counts as, meters;\n"
+         "0: the units of the files are meters"},
         {"eye", field(&E::eyeHeight), "5", 0.5, 1000, "without files: the viewer above the water, meters"},
         {"tilt", field(&E::tiltDegrees), "4", -30, 60,
          "without files: how far the viewer looks down, degrees"}};

@@ -14,7 +14,7 @@
 
 namespace vellum::viewport {
 
-/// Draws models through an effect with its own lights, or the sea that an ocean effect has without models.
+/// Draws models through an effect with its own lights, or the open sea of an ocean effect.
 ///
 ///     Result<EffectSubject> subject = EffectSubject::prepare(spec, meshes, scene, size.aspect());
 ///     ... make the context and the layer ...
@@ -51,16 +51,28 @@ public:
         return subject.sea && subject.sea->scene ? &*subject.sea->scene : nullptr;
     }
 
+    /// The open sea that the things of the scene stand in; null where there is none. It must be framed before it is drawn.
+    SurroundingSea const* surroundingSea() const {
+        return subject.sea && subject.sea->around ? &*subject.sea->around : nullptr;
+    }
+
+    /// Makes the water of the surrounding sea that is seen by a camera, unless it is the last one.
+    void frameSea(SeaView const& view);
+
     /// Draws the models with the effect. What is seen through them must have been drawn.
     /// GL: whatever the effect needs.  State: that of Mesh_RL_GL::render(), and nothing of the effect.
     void draw();
 
 private:
+    void _addRenderers(EffectSubject::Model const& model);
+
     EffectSpec spec;
     MeshStyle style;
     EffectSubject subject;
     std::unique_ptr<EffectDrawer> drawer;
+    bool hasBuffers;
     std::vector<std::vector<std::unique_ptr<Mesh_RL_GL>>> renderers;  // of each model
+    std::optional<SeaView> seaView;                                   // that the sea is framed for
 };
 
 }  // namespace vellum::viewport

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <limits>
 #include <string>
 #include <utility>
 
@@ -131,32 +130,20 @@ std::optional<Fault> mapFault(std::string const& path) {
 
 // == The sea ==
 
-/// The highest water about the viewer of an open sea, meters above the still level.
-double waterAtViewer(SeaSurface const& surface, double patch) {
-    constexpr double REACH = 1;  // meters; a larger step of the surface is one of its triangles
-    auto const size = static_cast<double>(surface.size);
-    double const reach = std::max(REACH, patch / size);
-    // The surface repeats itself with the patch.
-    auto const distance = [patch](double place) { return place - patch * std::round(place / patch); };
-    double highest = std::numeric_limits<double>::lowest();
-    for (unsigned int row = 0; row < surface.size; ++row) {
-        for (unsigned int column = 0; column < surface.size; ++column) {
-            std::size_t const i = static_cast<std::size_t>(row) * surface.size + column;
-            double const x = distance(patch * column / size + static_cast<double>(surface.alongX[i]));
-            double const z = distance(patch * row / size + static_cast<double>(surface.alongZ[i]));
-            double const away = std::hypot(x, z);
-            auto const height = static_cast<double>(surface.height[i]);
-            if (away <= reach) {
-                highest = std::max(highest, height);
-            }
-        }
-    }
-    return highest;
+/// The sea around the things of a scene.
+SurroundingSea seaAround(Scene const& scene, OceanEffect const& effect, OceanSpectrum const& spectrum) {
+    Box3<double> const& box = scene.box();
+    double const longest = std::max({box.max.x - box.min.x, box.max.y - box.min.y, box.max.z - box.min.z});
+    double const extent = longest > 0 ? longest : Scene::RADIUS;
+    double const unitsPerMeter = effect.length > 0 ? extent / effect.length : scene.unitsPerFileUnit();
+    return SurroundingSea({box, unitsPerMeter, effect.level, effect.sea.patch,
+                           static_cast<double>(effect.sun.x), static_cast<double>(effect.sun.y)},
+                          spectrum.surface(effect.time));
 }
 
 /// The fault of a viewer whose eye is in the water.
 std::optional<Fault> underWater(OceanEffect const& effect, OceanSpectrum const& spectrum) {
-    double const water = waterAtViewer(spectrum.surface(effect.time), effect.sea.patch);
+    double const water = highestWater(spectrum.surface(effect.time), effect.sea.patch, {0, 0});
     if (effect.eyeHeight > water) {
         return std::nullopt;
     }
@@ -184,7 +171,8 @@ Result<EffectSubject> prepareEffect(OceanEffect const& effect, Source const& sou
         return *fault;
     }
     OceanSpectrum const spectrum(effect.sea);
-    Sea sea{OceanMap::of(spectrum, effect.time), static_cast<float>(effect.sea.patch), std::nullopt};
+    Sea sea{OceanMap::of(spectrum, effect.time), static_cast<float>(effect.sea.patch), std::nullopt,
+            std::nullopt};
     if (sea.map.image.width() == 0) {
         return Fault{"", "there is not enough memory for the sea"};
     }
@@ -198,6 +186,12 @@ Result<EffectSubject> prepareEffect(OceanEffect const& effect, Source const& sou
         subject.models.push_back(std::move(water));
         subject.sea = std::move(sea);
         subject.misfit = underWater(effect, spectrum);
+        return subject;
+    }
+    if (source.spec.isSea()) {
+        sea.around.emplace(seaAround(source.scene, effect, spectrum));
+        EffectSubject subject;
+        subject.sea = std::move(sea);
         return subject;
     }
     Placement const place{{0, 0, 0}, 1 / unit, Turn(source.scene.up())};

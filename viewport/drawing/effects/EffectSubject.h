@@ -6,6 +6,7 @@
 #include "viewport/files/mesh/MeshData.h"
 #include "viewport/ocean/OceanScene.h"
 #include "viewport/ocean/OceanSpectrum.h"
+#include "viewport/ocean/SurroundingSea.h"
 #include "viewport/scene/Scene.h"
 #include "viewport/text/Fault.h"
 
@@ -18,8 +19,9 @@ namespace vellum::viewport {
 /// The sea of an ocean effect, at one time.
 struct Sea {
     OceanMap map;
-    float patch;                      ///< side of the map, meters
-    std::optional<OceanScene> scene;  ///< the whole scene, where there are no files
+    float patch;                           ///< side of the map, meters
+    std::optional<OceanScene> scene;       ///< the whole scene, where there are no files
+    std::optional<SurroundingSea> around;  ///< the open sea that the things of files stand in
 };
 
 /// What an effect is drawn on: the models that have it, as meshes with texture coordinates in the units that suit it.
@@ -33,7 +35,7 @@ struct EffectSubject {
         Matrix4<double> toScene;  ///< scales alike along all axes, and moves
     };
 
-    std::vector<Model> models;
+    std::vector<Model> models;    ///< none of a sea around things, whose water depends on the camera
     std::optional<Sea> sea;       ///< only of an ocean
     std::optional<Fault> misfit;  ///< of parameters that show nothing: a viewer who is under water
 

@@ -6,7 +6,7 @@
 
 namespace vellum::viewport {
 
-/// Parameters of a sea, on models or, without files, up to the horizon.
+/// Parameters of a sea: up to the horizon, without files or around what files hold, or on one model.
 struct OceanEffect {
     /// A sea with wind enough for foam.
     static SeaState defaultSea() {
@@ -22,6 +22,11 @@ struct OceanEffect {
     double foamThreshold = 1;                     ///< 0 shows the densest foam only, 1 all of it
     Color4<float> color{0.10F, 0.30F, 0.38F, 1};  ///< of lit water, 0 to 1
     Vector2<float> sun{7, 14};                    ///< degrees above the horizon and to the right; -90 to 360
+
+    // Only around things.
+    double level = 0.3;  ///< the part of their height that is below the water, -10 to 1
+    double length =
+        20;  ///< what their longest side counts as, meters, 0 to 1e6; 0: units of the files are meters
 
     // Only without files.
     double eyeHeight = 5;    ///< of the viewer above the water, meters, 0.5 to 1000

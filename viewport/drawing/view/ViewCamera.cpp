@@ -152,6 +152,30 @@ void ViewCamera::frame(OceanScene const& ocean, PictureSize const& size) {
     _updateScreen();
 }
 
+SeaView ViewCamera::seaView(PictureSize const& size) const {
+    SeaView view{eye, -axes.towardViewer, axes.right, axes.up, !isPerspective(), 1, 1, isAlongAxis()};
+    if (isPerspective()) {
+        view.halfHeight = std::tan(static_cast<double>(viewCamera.fieldOfView) * PI / 360);
+        view.halfWidth = view.halfHeight * area.aspect();
+    } else {
+        view.halfWidth = halfWidth();
+        view.halfHeight = view.halfWidth / area.aspect();
+    }
+    if (isAlongAxis()) {
+        view.eye = axes.towardViewer * AXIS_VIEW_DISTANCE -
+                   axes.right * static_cast<double>(viewCamera.panX) -
+                   axes.up * (static_cast<double>(viewCamera.panY) / area.aspect());
+    }
+    // The area is at the left of the picture; what is beside it is seen on both sides here.
+    view.halfWidth *= 2.0 * size.width / area.width - 1;
+    return view;
+}
+
+void ViewCamera::include(double nearest, double farthest) {
+    viewCamera.nearDistance = std::min(viewCamera.nearDistance, static_cast<float>(nearest));
+    viewCamera.farDistance = std::max(viewCamera.farDistance, static_cast<float>(farthest));
+}
+
 void ViewCamera::load(Region const& region) {
     viewCamera.updateProjectionMatrix();
     cropProjection(region, area);

@@ -6,6 +6,7 @@
 #include "viewport/drawing/view/PictureSize.h"
 #include "viewport/drawing/view/Region.h"
 #include "viewport/ocean/OceanScene.h"
+#include "viewport/ocean/WaterSheet.h"
 #include "viewport/scene/Scene.h"
 #include "viewport/text/Fault.h"
 
@@ -36,6 +37,14 @@ public:
 
     /// Takes the place of the viewer of an open sea.
     void frame(OceanScene const& ocean, PictureSize const& size);
+
+    /// How a sea is looked at by the camera.
+    /// \param size of the whole picture, which may be wider than the framed area
+    SeaView seaView(PictureSize const& size) const;
+
+    /// Sees all of what is between two distances from the eye along the direction of view, too; in units of the scene. The
+    /// views along an axis have a range that is fixed.
+    void include(double nearest, double farthest);
 
     /// Loads both matrices for a part of the framed area, which may reach over its edges.
     /// State: the projection and the model-view matrix; GL_MODELVIEW selected.
