@@ -32,6 +32,13 @@ std::optional<Picked> Picker::pick(PictureSize const& size, Pixel pixel) {
     std::vector<Hit> hits = _selectModelsAndGizmo(size, x, y);
     std::vector<Hit> const cloudHits = _drawClouds(size, x, y);
     hits.insert(hits.end(), cloudHits.begin(), cloudHits.end());
+    if (sea != nullptr) {
+        double const water = _waterDepth(size, x, y);
+        hits.erase(std::remove_if(
+                       hits.begin(), hits.end(),
+                       [water](Hit const& hit) { return hit.name >= FIRST_MODEL_NAME && hit.depth > water; }),
+                   hits.end());
+    }
     auto const best = std::min_element(hits.begin(), hits.end(), _comesBefore);
     if (best == hits.end()) {
         return std::nullopt;
@@ -149,6 +156,20 @@ std::optional<PickedParticle> Picker::_particleOf(Hit const& hit, PictureSize co
     return record ? std::optional<PickedParticle>(
                         PickedParticle::of(scene.frames()[index], cloud.records, *record))
                   : std::nullopt;
+}
+
+/// The depth of the farthest water about the pixel; that of nothing where there is a place without water.
+double Picker::_waterDepth(PictureSize const& size, double x, double y) {
+    _lookAround(size, x, y);
+    glDisable(GL_MULTISAMPLE);
+    glClear(GL_DEPTH_BUFFER_BIT);
+    layer.pushDepthTest(DEPTH_TESTED);
+    sea->draw();
+    layer.popDepthTest();
+    glEnable(GL_MULTISAMPLE);
+    Depths depths;
+    glReadPixels(0, 0, SIDE, SIDE, GL_DEPTH_COMPONENT, GL_FLOAT, depths.data());
+    return static_cast<double>(*std::max_element(depths.begin(), depths.end()));
 }
 
 Picked Picker::_toPicked(unsigned int name) const {

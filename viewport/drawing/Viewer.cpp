@@ -109,7 +109,8 @@ void Viewer::drawLabels(Picture& picture) {
 
 std::optional<Picked> Viewer::pick(PictureSize const& size, Pixel pixel) {
     _layOut(size);
-    return Picker(layer, scene, layout.camera, models, clouds, gizmo, style.mesh.isFilled(), style.clip)
+    return Picker(layer, scene, layout.camera, models, clouds, gizmo, style.mesh.isFilled(), style.clip,
+                  _sea() != nullptr ? effect : nullptr)
         .pick(size, pixel);
 }
 

@@ -25,6 +25,15 @@ constexpr double HORIZON = 9000;
 constexpr double NEAREST_HAZE = 200;
 constexpr double FARTHEST_HAZE = 5200;
 
+constexpr int HAZES = 8;       // walls of mist
+constexpr double VEIL = 0.15;  // what one wall takes
+
+// How many crests an eye must be high to see haze lie on the water.
+constexpr double HEIGHT_OF_SHEET = 3;
+
+// How far on the way to the crests the sheet is: far away, less would be lost in rounded depths.
+constexpr double SHEET_PART = 0.7;
+
 // The horizon is so far that it is seen less than a third of a degree below the level of the eye.
 constexpr double HORIZON_PER_HEIGHT = 200;
 
@@ -112,7 +121,7 @@ std::optional<Fault> SurroundingSea::fault(SeaView const& view) const {
 double SurroundingSea::_hazeScale(SeaView const& view) const {
     Point const middle = setting.things.min * 0.5 + setting.things.max * 0.5;
     double const farthest = length(middle - view.eye) + length(setting.things.max - middle);
-    return std::max(1.0, 1.1 * farthest / setting.unitsPerMeter / NEAREST_HAZE);
+    return std::max(1.0, farthest / setting.unitsPerMeter / (0.9 * SHEET_PART * NEAREST_HAZE));
 }
 
 /// Where the sea ends for a perspective view, meters.
@@ -132,9 +141,11 @@ SurroundingSea::Depths SurroundingSea::depths(SeaView const& view) const {
         return {(sheet.nearest - slack) * setting.unitsPerMeter,
                 (sheet.farthest + slack) * setting.unitsPerMeter};
     }
-    // No water is nearer to the eye than its clearance, or beside it than what the clearance looks at.
+    // No water is nearer to the eye than its clearance, or beside it than what the clearance looks at; none is above the
+    // crests.
     double const corner = std::sqrt(1 + view.halfWidth * view.halfWidth + view.halfHeight * view.halfHeight);
-    double const away = std::clamp(_clearance(view), 0.5 * LEAST_CLEARANCE, REACH_OF_HIGHEST_WATER);
+    double const away = std::max(std::clamp(_clearance(view), 0.5 * LEAST_CLEARANCE, REACH_OF_HIGHEST_WATER),
+                                 _inMeters(view).eye.y - crest);
     return {0.9 * away / corner * setting.unitsPerMeter,
             1.05 * (_horizon(view) + std::abs(_inMeters(view).eye.y) + crest + sideways) *
                 setting.unitsPerMeter};
@@ -237,51 +248,73 @@ void SurroundingSea::drawHaze(Core_RL& layer, SeaView const& view) const {
     if (view.isParallel) {
         return;
     }
-    // Walls of mist, one behind the other, as OpenGL's fog would not reach the shaders of the water: so many that none is
-    // seen by itself.
-    constexpr int WALLS = 40;
-    constexpr double TOTAL = 0.73;  // what all walls take together
-    double const veil = 1 - std::pow(1 - TOTAL, 1.0 / WALLS);
-    double const scale = _hazeScale(view);
-    double const height = _inMeters(view).eye.y + crest;
-    Point const sun = sunDirection(view);
-    double const sunAzimuth = std::atan2(sun.x, -sun.z) * 180 / PI;
-    std::vector<double> const steps = azimuthSteps();
     layer.pushDepthTest(DEPTH_TESTED_ONLY);
     layer.pushBlending(BLENDING_ALPHA);
     layer.pushColor(layer.currentColor());
     layer.begin(Primitive::QUADS);
-    for (int wall = WALLS; wall > 0; --wall) {
-        double const meters =
-            scale * NEAREST_HAZE * std::pow(FARTHEST_HAZE / NEAREST_HAZE, static_cast<double>(wall) / WALLS);
-        double const low = -std::atan(1.1 * height / meters) * 180 / PI;
-        auto const vertex = [&](double elevation, double offset, double alpha) {
-            Point const level = seaDirection(0, sunAzimuth + offset);
-            // Upright walls: their feet are as far away as their tops.
-            Point const place = level + Point{0, std::tan(elevation * PI / 180), 0};
-            layer.setColor(skyTone(skyColor(0, degreesBetween(level, sun)), alpha));
-            layer.renderPoint3_scoped(convert<float>(view.eye + place * (meters * setting.unitsPerMeter)));
-        };
-        for (std::size_t i = 0; i + 1 < steps.size(); i += 2) {
-            std::size_t const next = std::min(i + 2, steps.size() - 1);
-            for (double const side : {-1.0, 1.0}) {
-                double const from = side * steps[i];
-                double const to = side * steps[next];
-                vertex(low, from, veil);
-                vertex(low, to, veil);
-                vertex(0, to, veil);
-                vertex(0, from, veil);
-                vertex(0, from, veil);
-                vertex(0, to, veil);
-                vertex(0.5, to, 0);
-                vertex(0.5, from, 0);
-            }
-        }
+    // OpenGL's fog would not reach the shaders of the water. From low above the waves they hide each other, and mist must stand
+    // between them; from high up its walls would be seen as rings.
+    if (_inMeters(view).eye.y < HEIGHT_OF_SHEET * crest) {
+        _drawMistWalls(layer, view);
+    } else {
+        _drawMistSheet(layer, view);
     }
     layer.end();
     layer.popColor(1);
     layer.popBlending();
     layer.popDepthTest();
+}
+
+/// Puts the corners of mist that is seen in the direction of one azimuth after the other, between two edges.
+void SurroundingSea::_drawMist(Core_RL& layer, SeaView const& view, MistEdge const& low,
+                               MistEdge const& high) const {
+    Point const sun = sunDirection(view);
+    double const sunAzimuth = std::atan2(sun.x, -sun.z) * 180 / PI;
+    auto const vertex = [&](MistEdge const& edge, double offset) {
+        Point const level = seaDirection(0, sunAzimuth + offset);
+        Point const place = level * edge.distance + Point{0, edge.height, 0};
+        layer.setColor(skyTone(skyColor(0, degreesBetween(level, sun)), edge.opacity));
+        layer.renderPoint3_scoped(convert<float>(view.eye + place * setting.unitsPerMeter));
+    };
+    static std::vector<double> const steps = azimuthSteps();
+    for (std::size_t i = 0; i + 1 < steps.size(); ++i) {
+        for (double const side : {-1.0, 1.0}) {
+            vertex(low, side * steps[i]);
+            vertex(low, side * steps[i + 1]);
+            vertex(high, side * steps[i + 1]);
+            vertex(high, side * steps[i]);
+        }
+    }
+}
+
+/// Draws walls of mist, one behind the other: the farther the water, the more walls are in front of it.
+void SurroundingSea::_drawMistWalls(Core_RL& layer, SeaView const& view) const {
+    double const foot = -1.1 * (_inMeters(view).eye.y + crest);
+    double const scale = _hazeScale(view);
+    for (int wall = HAZES - 1; wall >= 0; --wall) {
+        double const distance =
+            scale * NEAREST_HAZE *
+            std::pow(FARTHEST_HAZE / NEAREST_HAZE, static_cast<double>(wall) / (HAZES - 1));
+        _drawMist(layer, view, {distance, foot, VEIL}, {distance, 0, VEIL});
+        _drawMist(layer, view, {distance, 0, VEIL}, {distance, 0.009 * distance, 0});
+    }
+}
+
+/// Draws mist as if it lay on the crests, as thick as all walls before the water would be.
+void SurroundingSea::_drawMistSheet(Core_RL& layer, SeaView const& view) const {
+    constexpr int RINGS = 4 * HAZES;
+    double const height = SHEET_PART * (crest - _inMeters(view).eye.y);
+    double const scale = SHEET_PART * _hazeScale(view);
+    double const end = _horizon(view);
+    MistEdge last{scale * NEAREST_HAZE, height, 0};
+    for (int ring = 1; ring <= RINGS; ++ring) {
+        double const part = static_cast<double>(ring) / RINGS;
+        MistEdge const next{scale * NEAREST_HAZE * std::pow(FARTHEST_HAZE / NEAREST_HAZE, part), height,
+                            1 - std::pow(1 - VEIL, part * HAZES)};
+        _drawMist(layer, view, last, next);
+        last = next;
+    }
+    _drawMist(layer, view, last, {end, height, last.opacity});
 }
 
 }  // namespace vellum::viewport

@@ -64,6 +64,11 @@ public:
     void drawHaze(Core_RL& layer, SeaView const& view) const;
 
 private:
+    struct MistEdge {
+        double distance;  // along the water, meters
+        double height;    // above the eye, meters
+        double opacity;
+    };
     SeaView _inMeters(SeaView const& view) const;
     double _hazeScale(SeaView const& view) const;
     double _horizon(SeaView const& view) const;
@@ -71,6 +76,9 @@ private:
     WaterSheet _sheet(SeaView const& view) const;
     void _drawDome(Core_RL& layer, SeaView const& view) const;
     void _drawWall(Core_RL& layer, SeaView const& view) const;
+    void _drawMist(Core_RL& layer, SeaView const& view, MistEdge const& low, MistEdge const& high) const;
+    void _drawMistWalls(Core_RL& layer, SeaView const& view) const;
+    void _drawMistSheet(Core_RL& layer, SeaView const& view) const;
 
     Setting setting;
     SeaSurface surface;

@@ -70,13 +70,15 @@ void EffectWords::addTo(CLI::App& app) {
     };
     add("--effect", effect,
         "Draw the models through an effect: displacement, ocean, glass, sss (sub-surface\n"
-        "scattering) or custom; ocean without files draws a sea of its own",
+        "scattering) or custom; ocean is an open sea, which the things of the files stand in",
         "NAME");
     add("--effect-param", assignments,
         "Set a parameter of the effect; may be repeated. --effect-param help lists them", "NAME=VALUE")
         ->allow_extra_args(false);
     add("--effect-model", model,
-        "Only this mesh file has the effect, counted from 1; the others are behind it", "N");
+        "Only this mesh file has the effect, counted from 1; the others are behind it.\n"
+        "With ocean it is water itself",
+        "N");
     add("--environment", environment,
         "What glass mirrors: a picture (PNG, JPEG, EXR, HDR, TIFF, WebP, TGA, BMP, GIF, DDS)", "FILE");
     add("--shader-vertex", vertexShader, "The vertex stage of the custom effect, GLSL 1.20", "FILE");

@@ -69,6 +69,11 @@ TEST(idleOptions, theSeaHasACameraOfItsOwn) {
     options.effect = EffectSpec{OceanEffect{}, std::nullopt};
     EXPECT_EQ(linesOf(options, {}).size(), 2U);
     options.files = {"a.obj"};
+    options.given = {"--view", "--light", "--no-axes", "--background", "--no-grid"};
+    EXPECT_THAT(linesOf(options, MESHES),
+                ElementsAre("--background has no effect: the sea has a sky of its own, and covers the ground",
+                            "--no-grid has no effect: the sea has a sky of its own, and covers the ground"));
+    options.effect->values = GlassEffect{};
     EXPECT_THAT(linesOf(options, MESHES),
                 ElementsAre("--light has no effect: the effect has lights of its own"));
 }

@@ -207,8 +207,39 @@ TEST_F(effect_program_gl_test, theFoamThresholdShowsTheFoam) {
 TEST_F(effect_program_gl_test, aPlateOfAFileIsAnOceanToo) {
     std::string const plate = writePlate("plate.obj", 40);
     Picture const plain = draw({plate});
-    Picture const sea = draw({plate, "--effect", "ocean", "--effect-param", "size=64"});
+    Picture const sea =
+        draw({plate, "--effect", "ocean", "--effect-model", "1", "--effect-param", "size=64"});
     EXPECT_GT(differingPixels(plain, sea), width * height / 8);
+}
+
+TEST_F(effect_program_gl_test, modelsAndParticlesStandInTheSea) {
+    std::string const cube = folder.write("cube.off", mesh_texts::cubeOff);
+    std::string const particles = folder.write("a.xyz", "2\n\nH 0 0 0\nH 1 1 1\n");
+    for (std::string const& file : {cube, particles}) {
+        std::vector<std::string> const words{file,    "--elevation",    "12",     "--effect",
+                                             "ocean", "--effect-param", "size=64"};
+        Picture const sea = draw(words);
+        EXPECT_EQ(draw(words).pixels, sea.pixels);
+        Rgb const sky = at(sea, 3, 2);
+        Rgb const water = at(sea, 3, height - 3);
+        EXPECT_LT(water.r + water.g + water.b, sky.r + sky.g + sky.b) << "darker below";
+        // The thing is not the sea that a smaller one would show there.
+        std::vector<std::string> sunk = words;
+        sunk.insert(sunk.end(), {"--effect-param", "level=-2"});
+        EXPECT_GT(differingPixels(draw(sunk), sea), width * height / 20);
+    }
+}
+
+TEST_F(effect_program_gl_test, aCameraUnderWaterIsAUsageError) {
+    std::string const cube = folder.write("cube.off", mesh_texts::cubeOff);
+    std::string const out = folder.file("out.png");
+    Outcome const outcome =
+        run({cube, "--effect", "ocean", "--effect-param", "size=16", "--out", out, "--elevation", "30",
+             "--out", folder.file("deep.png"), "--elevation", "-20"});
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_THAT(outcome.error, StartsWith("vl_viewport: --effect ocean: the camera is under water"));
+    EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << outcome.error;
+    EXPECT_TRUE(Picture::loadPng(out).isOk()) << "the picture before it";
 }
 
 // == Displacement ==
@@ -542,11 +573,9 @@ TEST_F(effect_program_gl_test, linesOfAnyLengthAreRead) {
 
 TEST_F(effect_program_gl_test, particlesAloneHaveNoEffects) {
     std::string const particles = folder.write("a.xyz", "2\n\nH 0 0 0\nH 1 1 1\n");
-    for (char const* const effect : {"glass", "ocean"}) {
-        Outcome const outcome = run({particles, "--effect", effect, "--out", folder.file("out.png")});
-        EXPECT_EQ(outcome.status, 1);
-        EXPECT_EQ(outcome.error, "vl_viewport: there is no mesh to draw with the effect\n");
-    }
+    Outcome const outcome = run({particles, "--effect", "glass", "--out", folder.file("out.png")});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.error, "vl_viewport: there is no mesh to draw with the effect\n");
     // Beside a mesh they are drawn as ever.
     std::string const cube = folder.write("cube.off", mesh_texts::cubeOff);
     EXPECT_GT(differingPixels(draw({particles, cube}), draw({particles, cube, "--effect", "glass"})), 20);

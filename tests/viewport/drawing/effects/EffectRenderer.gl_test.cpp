@@ -3,6 +3,7 @@
 #include "tests/gl_spy/GlTest.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/attribute_state.h"
+#include "viewport/drawing/Viewer.h"
 #include "viewport/drawing/layer/GlewStart.h"
 #include "viewport/files/images/Picture.h"
 
@@ -35,6 +36,21 @@ OceanEffect smallOcean() {
     OceanEffect ocean;
     ocean.sea.size = 16;
     return ocean;
+}
+
+/// A cube from -1 to 1.
+MeshData redCube() {
+    MeshData mesh;
+    for (unsigned int i = 0; i < 8; ++i) {
+        Vector3<double> const corner{(i & 1) != 0 ? 1.0 : -1.0, (i & 2) != 0 ? 1.0 : -1.0,
+                                     (i & 4) != 0 ? 1.0 : -1.0};
+        mesh.positions.push_back(corner);
+        mesh.normals.push_back(convert<float>(normalized(corner)));
+        mesh.colors.push_back({1, 0, 0, 1});
+    }
+    mesh.triangles = {{0, 4, 6}, {0, 6, 2}, {1, 3, 7}, {1, 7, 5}, {0, 1, 5}, {0, 5, 4},
+                      {2, 6, 7}, {2, 7, 3}, {0, 2, 3}, {0, 3, 1}, {4, 5, 7}, {4, 7, 6}};
+    return mesh;
 }
 
 /// Where the arrays of the last mesh were. Mesh renderers leave that behind; the arrays themselves are off.
@@ -84,7 +100,7 @@ TEST_F(EffectRenderer_gl_test, drawingLeavesTheStateAsItWas) {
                            Row{"scattering", scattering}, Row{"custom", custom}}) {
         SCOPED_TRACE(row.name);
         auto const layer = std::make_unique<toolkit::Layer>();
-        EffectSpec const spec{row.values, std::nullopt};
+        EffectSpec const spec{row.values, 0};
         Result<EffectSubject> subject = EffectSubject::prepare(spec, meshes, scene, 1);
         ASSERT_TRUE(subject.isOk()) << subject.fault().line();
         EffectRenderer effect(*layer, spec, MeshStyle(), std::move(subject.value()));
@@ -123,12 +139,110 @@ TEST_F(EffectRenderer_gl_test, theSeaHasASceneOfItsOwnAndLeavesTheStateAsItWas) 
         << before.differences(after);
 }
 
+TEST_F(EffectRenderer_gl_test, theSurroundingSeaLeavesTheStateAsItWas) {
+    auto const layer = std::make_unique<toolkit::Layer>();
+    EffectSpec const spec{smallOcean(), std::nullopt};
+    std::vector<MeshData> const meshes{redCube()};
+    Scene const scene(meshes);
+    Result<EffectSubject> subject = EffectSubject::prepare(spec, meshes, scene, 1);
+    ASSERT_TRUE(subject.isOk());
+    EffectRenderer effect(*layer, spec, MeshStyle(), std::move(subject.value()));
+    SurroundingSea const* const sea = effect.surroundingSea();
+    ASSERT_NE(sea, nullptr);
+    EXPECT_EQ(effect.ownScene(), nullptr);
+    EXPECT_FALSE(effect.covers(0)) << "the cube is drawn as ever";
+    for (toolkit::ViewKind const kind : {toolkit::ViewKind::PERSPECTIVE, toolkit::ViewKind::FRONT}) {
+        SCOPED_TRACE(static_cast<int>(kind));
+        ViewStyle style;
+        style.camera.view = kind;
+        ViewLayout layout = ViewLayout::of(scene, style, nullptr, {64, 48}, sea);
+        ASSERT_FALSE(layout.fault);
+        SeaView const view = layout.camera.seaView({64, 48});
+        layout.camera.load(Region::whole({64, 48}));
+        effect.frameSea(view);
+        AttributeState const before;
+        sea->drawSky(*layer, view);
+        effect.draw();
+        sea->drawHaze(*layer, view);
+        AttributeState const after;
+        EXPECT_THAT(before.namesThatDiffer(after), Each(AnyOf(isOfArrays(), isOfTheLayer())))
+            << before.differences(after);
+    }
+}
+
+TEST_F(EffectRenderer_gl_test, theLowerPartOfThingsIsUnderWater) {
+    constexpr PictureSize size{64, 64};
+    auto const layer = std::make_unique<toolkit::Layer>();
+    OceanEffect ocean = smallOcean();
+    ocean.sea.windSpeed = 0.5;  // ripples
+    ocean.level = 0.5;
+    EffectSpec const spec{ocean, std::nullopt};
+    std::vector<MeshData> const meshes{redCube()};
+    Scene const scene(meshes);
+    for (toolkit::ViewKind const kind :
+         {toolkit::ViewKind::PERSPECTIVE, toolkit::ViewKind::FRONT, toolkit::ViewKind::TOP}) {
+        SCOPED_TRACE(static_cast<int>(kind));
+        Result<EffectSubject> subject = EffectSubject::prepare(spec, meshes, scene, 1);
+        ASSERT_TRUE(subject.isOk());
+        EffectRenderer effect(*layer, spec, MeshStyle(), std::move(subject.value()));
+        ViewStyle style;
+        style.camera.view = kind;
+        style.explanations.hasAxes = false;
+        if (kind == toolkit::ViewKind::PERSPECTIVE) {
+            style.camera.azimuth = 0;
+            style.camera.elevation = 10;
+        }
+        Viewer viewer(*layer, scene, style, &effect);
+        ASSERT_FALSE(viewer.cameraFault(size));
+        glViewport(0, 0, size.width, size.height);
+        viewer.draw(size);
+        auto const isRed = [&](int x, int fromTop) {
+            unsigned char c[4];
+            glReadPixels(x, size.height - 1 - fromTop, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, c);
+            return c[0] > 2 * c[2];
+        };
+        EXPECT_TRUE(isRed(32, 24)) << "above the water";
+        EXPECT_FALSE(isRed(2, 62)) << "water";
+        EXPECT_FALSE(isRed(62, 2)) << "sky, or water";
+        EXPECT_EQ(isRed(32, 52), kind == toolkit::ViewKind::TOP) << "below the water";
+        EXPECT_TRUE(viewer.pick(size, {32, 24}).has_value());
+        EXPECT_EQ(viewer.pick(size, {32, 52}).has_value(), kind == toolkit::ViewKind::TOP);
+
+        glViewport(0, 0, size.width, size.height);
+        viewer.drawDepths(size, Region::whole(size), 1);
+        GLfloat depth = 1;
+        glReadPixels(2, 2, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &depth);
+        EXPECT_LT(depth, 1) << "water has a depth";
+    }
+}
+
+TEST_F(EffectRenderer_gl_test, aCameraUnderWaterIsAFault) {
+    auto const layer = std::make_unique<toolkit::Layer>();
+    EffectSpec const spec{smallOcean(), std::nullopt};
+    std::vector<MeshData> const meshes{redCube()};
+    Scene const scene(meshes);
+    Result<EffectSubject> subject = EffectSubject::prepare(spec, meshes, scene, 1);
+    ASSERT_TRUE(subject.isOk());
+    EffectRenderer effect(*layer, spec, MeshStyle(), std::move(subject.value()));
+    ViewStyle style;
+    style.camera.position = {5, -3, 5};
+    std::optional<Fault> const deep = Viewer(*layer, scene, style, &effect).cameraFault({64, 48});
+    ASSERT_TRUE(deep.has_value());
+    EXPECT_THAT(deep->message, testing::HasSubstr("under water"));
+    style.camera.position = {5, 3, 5};
+    EXPECT_FALSE(Viewer(*layer, scene, style, &effect).cameraFault({64, 48}));
+    style.camera = {toolkit::ViewKind::BOTTOM};
+    EXPECT_TRUE(Viewer(*layer, scene, style, &effect).cameraFault({64, 48}));
+}
+
 // == Coverage ==
 
 TEST(EffectSpec, coversAllModelsOrTheOneThatIsNamed) {
     EXPECT_TRUE((EffectSpec{GlassEffect(), std::nullopt}).covers(3));
     EXPECT_TRUE((EffectSpec{GlassEffect(), 3}).covers(3));
     EXPECT_FALSE((EffectSpec{GlassEffect(), 3}).covers(2));
+    EXPECT_FALSE((EffectSpec{OceanEffect(), std::nullopt}).covers(0)) << "things stand in the sea";
+    EXPECT_TRUE((EffectSpec{OceanEffect(), 1}).covers(1)) << "a mesh that is water itself";
 }
 
 // == The sea ==
