@@ -12,6 +12,8 @@
 #include <cmath>
 #include <memory>
 
+#include <GL/glew.h>
+
 using namespace vellum;
 using namespace vellum::viewport;
 using testing::AnyOf;
