@@ -59,8 +59,10 @@ double largest(std::vector<float> const& values) {
 /// Offsets from the sun's azimuth for the edges of a dome's segments, 0 to 180 degrees: finer where its glow is.
 std::vector<double> azimuthSteps() {
     std::vector<double> steps;
-    for (double at = 0; at < 180; at += at < 15 ? 0.5 : at < 45 ? 1.0 : 3.0) {
+    double at = 0;
+    while (at < 180) {
         steps.push_back(at);
+        at += at < 15 ? 0.5 : at < 45 ? 1.0 : 3.0;
     }
     steps.push_back(180);
     return steps;

@@ -30,8 +30,8 @@ public:
         double sunAzimuth;     ///< degrees, to the right of the middle of the picture
     };
 
-    /// \param surface the waves, whose time is that of the sea.
-    SurroundingSea(Setting const& setting, SeaSurface surface);
+    /// \param waves the surface at the time of the sea.
+    SurroundingSea(Setting const& setting, SeaSurface waves);
 
     /// The height of the still water in the scene.
     double stillLevel() const { return still; }
