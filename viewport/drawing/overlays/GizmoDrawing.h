@@ -3,15 +3,13 @@
 #include "foundation/raster/Core_RL.h"
 #include "viewport/drawing/view/PictureSize.h"
 #include "viewport/drawing/view/ViewCamera.h"
+#include "viewport/editing/Gizmo.h"
 #include "viewport/files/mesh/UpAxis.h"
 #include "viewport/scene/Placement.h"
 
 #include <string>
 
 namespace vellum::viewport {
-
-/// The handles over a model: for moving, turning or scaling it.
-enum class Gizmo { NONE, MOVE, ROTATE, SCALE };
 
 /// Draws a gizmo at the origin of the scene, always equally large on the screen, and names its handles.
 ///
