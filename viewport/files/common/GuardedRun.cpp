@@ -107,16 +107,24 @@ void setLimit(int resource, std::uint64_t value) {
     }
 }
 
-/// The address space in use, in bytes; 0 where the system does not tell.
-std::uint64_t usedAddressSpace() {
-    unsigned long long pages = 0;
+/// The memory of a process, in bytes; 0 where the system does not tell.
+struct MemoryUse {
+    std::uint64_t addresses;
+    std::uint64_t data;  // what of them can be written
+};
+
+MemoryUse usedMemory() {
+    unsigned long long addresses = 0;
+    unsigned long long data = 0;
     if (std::FILE* const file = std::fopen("/proc/self/statm", "r")) {
-        if (std::fscanf(file, "%llu", &pages) != 1) {
-            pages = 0;
+        if (std::fscanf(file, "%llu %*u %*u %*u %*u %llu", &addresses, &data) != 2) {
+            addresses = 0;
+            data = 0;
         }
         std::fclose(file);
     }
-    return pages * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+    auto const pageBytes = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+    return {addresses * pageBytes, data * pageBytes};
 }
 
 void silenceStandardStreams() {
@@ -139,7 +147,10 @@ void restrictProcess(ImportLimits const& limits) {
     std::signal(SIGXFSZ, SIG_IGN);
     setLimit(RLIMIT_FSIZE, limits.memoryBytes);
     if (IMPORT_MEMORY_IS_LIMITED) {
-        setLimit(RLIMIT_AS, usedAddressSpace() + limits.memoryBytes);
+        MemoryUse const used = usedMemory();
+        setLimit(RLIMIT_AS, used.addresses + limits.memoryBytes);
+        // The heap of a thread is set aside as addresses long before it is filled.
+        setLimit(RLIMIT_DATA, used.data + limits.memoryBytes);
     }
 }
 
@@ -165,7 +176,12 @@ void restrictProcess(ImportLimits const& limits) {
         outcome = run.encodeFault("the import failed");
     }
     // Neither destructors nor exit handlers: they belong to the parent.
-    _exit(writeAll(result, outcome) ? EXIT_SUCCESS : EXIT_FAILURE);
+    if (writeAll(result, outcome)) {
+        _exit(EXIT_SUCCESS);
+    }
+    // The outcome itself is beyond the limit. The report takes its place.
+    bool const isEmpty = ftruncate(result, 0) == 0 && lseek(result, 0, SEEK_SET) == 0;
+    isEmpty ? reportOutOfMemory() : _exit(EXIT_FAILURE);
 }
 
 // == In the parent ==

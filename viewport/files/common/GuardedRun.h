@@ -16,7 +16,8 @@ namespace vellum::viewport {
 /// How much an import may use before it is stopped.
 struct ImportLimits {
     std::chrono::milliseconds deadline{20'000};  ///< wall-clock time, also taken as a limit of processor time
-    std::uint64_t memoryBytes = 4ULL << 30;      ///< address space beyond what the program has already
+    /// Of memory beyond what the program has already, some of which may be free, and of the outcome.
+    std::uint64_t memoryBytes = 4ULL << 30;
 };
 
 /// False where a sanitizer, which reserves most of the address space for itself, rules out a limit of memory.

@@ -144,6 +144,52 @@ TEST(GuardedImport, memoryIsLimited) {
     EXPECT_THAT(faultOf(atOnce), HasSubstr("needs more memory"));
 }
 
+TEST(GuardedImport, memoryIsLimitedBesideOtherThreads) {
+    if (!IMPORT_MEMORY_IS_LIMITED) {
+        GTEST_SKIP() << "a sanitizer reserves the address space, so there is no limit to meet";
+    }
+    // Small blocks lie in the heap of the thread, for which addresses of 64 MB are set aside from its start.
+    Importer const greedy = []() -> Result<MeshData> {
+        for (int i = 0; i < 7000; ++i) {
+            touch(new char[8000]);
+        }
+        return triangle();
+    };
+    std::atomic<bool> isOver{false};
+    std::thread other([&isOver] {
+        while (!isOver) {
+            std::vector<std::string> const busy(1000, std::string(100, 'x'));
+        }
+    });
+    ImportLimits const limits{ample, 12ULL << 20};
+    std::string const expected = "some.obj: the import needs more memory than the limit of 12 MB";
+    auto const faultOfGreedy = [&] {
+        Result<MeshData> const result = importGuarded("some.obj", greedy, limits);
+        return result.isOk() ? "imported" : result.fault().line();
+    };
+    for (int i = 0; i < 3; ++i) {
+        std::string fault;
+        std::thread([&] { fault = faultOfGreedy(); }).join();
+        EXPECT_EQ(fault, expected);
+    }
+    isOver = true;
+    other.join();
+}
+
+TEST(GuardedImport, anOutcomeBeyondTheMemoryIsAFault) {
+    Result<MeshData> const result = importGuarded("some.obj",
+                                                  [] {
+                                                      MeshData mesh = triangle();
+                                                      mesh.notes.emplace_back(3 << 20, 'x');
+                                                      return Result<MeshData>(mesh);
+                                                  },
+                                                  {ample, 1ULL << 20});
+    ASSERT_FALSE(result.isOk());
+    if (IMPORT_MEMORY_IS_LIMITED) {
+        EXPECT_EQ(result.fault().message, "the import needs more memory than the limit of 1 MB");
+    }
+}
+
 TEST(GuardedImport, nothingOfTheChildReachesTheStreams) {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
