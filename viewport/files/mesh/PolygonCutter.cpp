@@ -65,6 +65,13 @@ void PolygonCutter::addFan(unsigned int const* const& corners, std::size_t count
 }
 
 void PolygonCutter::cutFans(MeshData& mesh) {
+    // All polygons share them: a file of many that wind about themselves takes no longer than a large one.
+    constexpr std::uint64_t STEPS_PER_CORNER = 512;
+    constexpr std::uint64_t LEAST_STEPS = 20'000'000;
+    stepsLeft = LEAST_STEPS;
+    for (Fan const& fan : fans) {
+        stepsLeft += fan.count > 2 ? STEPS_PER_CORNER * fan.count : 0;
+    }
     std::size_t roughCount = 0;
     for (Fan const& fan : fans) {
         Triangle* const first = mesh.triangles.data() + fan.first;
@@ -133,9 +140,6 @@ bool PolygonCutter::_isConvex() const {
 
 bool PolygonCutter::_clip(Triangle* const& triangles) {
     auto const count = static_cast<std::uint32_t>(corners.size());
-    constexpr std::uint64_t STEPS_PER_CORNER = 4096;
-    constexpr std::uint64_t LEAST_STEPS = 20'000'000;
-    stepsLeft = std::max<std::uint64_t>(LEAST_STEPS, STEPS_PER_CORNER * count);
     _gatherReflexCorners();
     someLeft = 0;
     out = triangles;
@@ -149,6 +153,9 @@ bool PolygonCutter::_clip(Triangle* const& triangles) {
         candidates.swap(waiting);
         waiting.clear();
         std::uint32_t const before = left;
+        if (!_spend(candidates.size())) {
+            break;
+        }
         for (std::uint32_t const corner : candidates) {
             bool const isOpen = !corners[corner].isGone && corners[corner].touched != round;
             if (isOpen && left > 3 && _isFront(corner) && _isEar(corner)) {
@@ -248,6 +255,11 @@ PolygonCutter::Cell PolygonCutter::_cellOf(Vector2<double> const& place) const {
             index(place.y - cells.low.y, cells.perUnit.y, cells.rows)};
 }
 
+bool PolygonCutter::_spend(std::uint64_t steps) {
+    stepsLeft = steps <= stepsLeft ? stepsLeft - steps : 0;
+    return stepsLeft > 0;
+}
+
 bool PolygonCutter::_isEar(std::uint32_t corner) {
     Vector2<double> const& a = corners[corners[corner].previous].place;
     Vector2<double> const& b = corners[corner].place;
@@ -261,12 +273,9 @@ bool PolygonCutter::_isEar(std::uint32_t corner) {
             reflex.erase(std::remove_if(reflex.begin(), reflex.end(),
                                         [this](std::uint32_t i) { return !corners[i].isReflex; }),
                          reflex.end());
-            std::uint64_t const steps = 1 + reflex.size();
-            if (steps > stepsLeft) {
-                stepsLeft = 0;
+            if (!_spend(1 + reflex.size())) {
                 return false;
             }
-            stepsLeft -= steps;
             for (std::uint32_t const i : reflex) {
                 Vector2<double> const& p = corners[i].place;
                 // A polygon may touch itself, as around a hole that is joined to its rim by two equal edges.

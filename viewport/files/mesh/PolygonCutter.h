@@ -12,8 +12,8 @@ namespace vellum::viewport {
 /// The polygons among the triangles of a mesh that is being read, and the way to cut them well.
 ///
 /// Readers meet the faces before they know all vertices. They write every polygon as a fan at once, which a
-/// polygon with a concave corner leaves, and tell it here. When the vertices are known, cutFans() replaces the
-/// triangles in place:
+/// polygon with a concave corner leaves, and tell it here. When the vertices are known, cutFans() replaces
+/// the triangles in place:
 ///
 ///     PolygonCutter cutter;
 ///     cutter.addFan(corners, count, mesh.triangles);
@@ -30,9 +30,9 @@ public:
     /// Appends a polygon to the triangles; nothing for less than three corners.
     void addFan(unsigned int const* const& corners, std::size_t count, std::vector<Triangle>& triangles);
 
-    /// Cuts all fans again, in time that grows little faster than the number of corners.
-    /// What is left of a polygon then is cut without care, which adds a note. Such polygons have very many corners
-    /// and wind about themselves.
+    /// Cuts all fans again, in time and memory in proportion to the number of corners. What is left of a
+    /// polygon then is cut without care, which adds a note. Such polygons have very many corners and wind
+    /// about themselves.
     void cutFans(MeshData& mesh);
 
 private:
@@ -65,6 +65,7 @@ private:
     void _cutOff(std::uint32_t corner);
     bool _isFront(std::uint32_t corner) const;
     Cell _cellOf(Vector2<double> const& place) const;
+    bool _spend(std::uint64_t steps);   // false: there are none left
     bool _isEar(std::uint32_t corner);  // for a front one
 
     std::vector<Fan> fans;
@@ -88,7 +89,7 @@ private:
         std::vector<std::vector<std::uint32_t>> reflex;
     };
     Cells cells;
-    std::uint64_t stepsLeft = 0;
+    std::uint64_t stepsLeft = 0;  // of all polygons
 };
 
 }  // namespace vellum::viewport

@@ -181,6 +181,33 @@ TEST(PolygonCutter, polygonsThatCrossThemselvesStillGiveAllTriangles) {
     EXPECT_EQ(cut({{0, 0, 0}, {1e300, 0, 0}, {0, 1e300, 0}, {-1e300, 1, 0}, {0, 1, 5}}).size(), 3U);
 }
 
+TEST(PolygonCutter, manyHostilePolygonsShareTheirTime) {
+    // Each crosses itself everywhere, so that no corner is an ear for long.
+    constexpr unsigned int CORNERS = 600;
+    constexpr unsigned int POLYGONS = 100;
+    MeshData mesh;
+    std::vector<unsigned int> polygon(CORNERS);
+    for (unsigned int i = 0; i < CORNERS; ++i) {
+        polygon[i] = i;
+        mesh.positions.push_back({std::sin(i * i * 0.7), std::cos(i * i * 1.3), 0});
+    }
+    auto const cut = [&](unsigned int polygons) {
+        mesh.triangles.clear();
+        mesh.notes.clear();
+        PolygonCutter cutter;
+        for (unsigned int i = 0; i < polygons; ++i) {
+            cutter.addFan(polygon.data(), CORNERS, mesh.triangles);
+        }
+        cutter.cutFans(mesh);
+        EXPECT_EQ(mesh.triangles.size(), std::size_t(polygons) * (CORNERS - 2));
+    };
+    cut(1);
+    EXPECT_TRUE(mesh.notes.empty()) << "one alone has enough";
+    cut(POLYGONS);
+    ASSERT_EQ(mesh.notes.size(), 1U);
+    EXPECT_THAT(mesh.notes[0], testing::HasSubstr("too intricate"));
+}
+
 TEST(PolygonCutter, severalPolygonsStayInTheirPlaces) {
     MeshData mesh;
     mesh.positions = {{0, 0, 0}, {5, 2, 0}, {10, 0, 0}, {5, 10, 0}};
