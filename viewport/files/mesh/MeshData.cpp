@@ -54,14 +54,15 @@ bool isSound(Material const& material) {
            areSoundTexels(light.columns, light.rows, light.bytes.size());
 }
 
+bool differ(Vector3<double> const& v, Vector3<double> const& w) {
+    return v.x != w.x || v.y != w.y || v.z != w.z;
+}
+
 /// Triangles without three different corners are left out of a model.
 bool hasThreeCorners(MeshData::Triangle const& triangle, std::vector<Vector3<double>> const& positions) {
     Vector3<double> const& a = positions[triangle.e0];
     Vector3<double> const& b = positions[triangle.e1];
     Vector3<double> const& c = positions[triangle.e2];
-    auto const differ = [](Vector3<double> const& v, Vector3<double> const& w) {
-        return v.x != w.x || v.y != w.y || v.z != w.z;
-    };
     return differ(a, b) && differ(b, c) && differ(c, a);
 }
 
@@ -109,10 +110,18 @@ std::optional<Fault> MeshData::firstFault(std::string const& file) const {
                                    " has a coordinate that is not a number or infinite"};
         }
     }
-    if (lines.empty() && points.empty() &&
-        std::none_of(triangles.begin(), triangles.end(),
-                     [this](Triangle const& triangle) { return hasThreeCorners(triangle, positions); })) {
-        return Fault{file, "the mesh is empty: no triangle has three different corners"};
+    bool const hasSurface = std::any_of(triangles.begin(), triangles.end(), [this](Triangle const& triangle) {
+        return hasThreeCorners(triangle, positions);
+    });
+    bool const hasLine = !hasSurface && std::any_of(lines.begin(), lines.end(), [this](MeshLine const& line) {
+        return differ(positions[line.e0], positions[line.e1]);
+    });
+    if (points.empty() && !hasSurface && !hasLine) {
+        return Fault{file, lines.empty() ? "the mesh is empty: no triangle has three different corners"
+                           : triangles.empty()
+                               ? "the mesh is empty: no line has two different ends"
+                               : "the mesh is empty: no triangle has three different corners, "
+                                 "and no line two different ends"};
     }
     for (std::size_t i = 0; i < count; ++i) {
         Color4<float> const& c = colors[i];

@@ -368,7 +368,9 @@ private:
             mesh.points.push_back(corners[0]);
             break;
         case 2:
-            mesh.lines.push_back({corners[0], corners[1]});
+            if (!_addLine(corners[0], corners[1])) {
+                return;
+            }
             break;
         default:
             if (mesh.triangles.size() + corners.size() > MeshData::LARGEST_COUNT) {
@@ -390,13 +392,25 @@ private:
             _fail("the mesh has too many lines");
             return;
         }
+        bool isFilled = false;
         for (std::size_t i = 1; i < corners.size(); ++i) {
-            mesh.lines.push_back({corners[i - 1], corners[i]});
+            isFilled = _addLine(corners[i - 1], corners[i]) || isFilled;
         }
-        if (corners.size() > 1) {
+        if (isFilled) {
             parts.fill();
             materials.use(material);
         }
+    }
+
+    /// False for a line from a vertex to itself, of which nothing would be seen.
+    bool _addLine(unsigned int from, unsigned int to) {
+        if (table[from].vertex == table[to].vertex) {
+            pointlessLine = pointlessLineCount == 0 ? statement : pointlessLine;
+            ++pointlessLineCount;
+            return false;
+        }
+        mesh.lines.push_back({from, to});
+        return true;
     }
 
     void _readPoints() {
@@ -605,6 +619,7 @@ private:
             }
         };
         add(emptyFace, emptyFaceCount, "a face without corners is skipped", " more");
+        add(pointlessLine, pointlessLineCount, "a line from a vertex to itself is skipped", " more");
         add(unknown, unknownCount, "a statement that OBJ does not have is skipped", " more");
         if (shapeCount > 0) {
             mesh.notes.push_back("its " + std::to_string(shapeCount) +
@@ -764,6 +779,8 @@ private:
 
     char const* emptyFace = nullptr;
     std::uint64_t emptyFaceCount = 0;
+    char const* pointlessLine = nullptr;
+    std::uint64_t pointlessLineCount = 0;
     char const* unknown = nullptr;
     std::uint64_t unknownCount = 0;
     std::uint64_t shapeCount = 0;

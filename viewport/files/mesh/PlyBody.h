@@ -11,7 +11,13 @@
 
 namespace vellum::viewport {
 
-/// Takes the items of a PLY file one after the other: a vertex, a face. An item of a text is a line.
+/// A vertex, a face or another item of an element.
+struct PlyItem {
+    std::vector<double> numbers;             ///< one per property; those of lists are their lengths
+    std::vector<std::vector<double>> lists;  ///< one per property; empty for those that are no list
+};
+
+/// Takes the items of a PLY file one after the other. An item of a text is a line.
 ///
 ///     PlyBody body(file, header);
 ///     PlyItem item;
@@ -21,11 +27,6 @@ namespace vellum::viewport {
 ///             return Fault{{}, body.damage()};
 ///
 /// Whatever the bytes are, no item takes more memory than the file has bytes, times eight.
-struct PlyItem {
-    std::vector<double> numbers;             ///< one per property; those of lists are their lengths
-    std::vector<std::vector<double>> lists;  ///< one per property; empty for those that are no list
-};
-
 class PlyBody {
 public:
     /// \param header of that file, which holds its body

@@ -17,6 +17,8 @@
 #include <cstring>
 #include <limits>
 #include <optional>
+#include <string>
+#include <unordered_set>
 #include <utility>
 
 namespace vellum::viewport {
@@ -127,7 +129,7 @@ private:
         if (!type.isInteger) {
             return 1;
         }
-        // Whole numbers of four bytes hold those of one byte: no color has a four thousand millionth part.
+        // Whole numbers of four bytes hold those of one byte: no program writes colors that fine.
         return type.size == 2 ? (type.isSigned ? 32767 : 65535) : type.isSigned && type.size == 1 ? 127 : 255;
     }
 
@@ -501,6 +503,7 @@ private:
                                  " of the edges are skipped");
         }
         _noteLists(element, properties);
+        std::uint64_t pointlessCount = 0;
         PlyItem item;
         for (std::uint64_t i = 0; i < element.count; ++i) {
             if (!body.take(item)) {
@@ -511,11 +514,21 @@ private:
                     return _indexFault(element, i, item.numbers[place]);
                 }
             }
-            mesh.lines.push_back({static_cast<unsigned int>(item.numbers[(*ends)[0]]),
-                                  static_cast<unsigned int>(item.numbers[(*ends)[1]])});
+            MeshLine const line{static_cast<unsigned int>(item.numbers[(*ends)[0]]),
+                                static_cast<unsigned int>(item.numbers[(*ends)[1]])};
+            if (line.e0 == line.e1) {
+                ++pointlessCount;
+                continue;
+            }
+            mesh.lines.push_back(line);
             if (colors.exist()) {
                 edgeColors.push_back(colors.of(item));
             }
+        }
+        if (pointlessCount > 0) {
+            mesh.notes.push_back(pointlessCount == 1 ? "an edge from a vertex to itself is skipped"
+                                                     : std::to_string(pointlessCount) +
+                                                           " edges from a vertex to itself are skipped");
         }
         return std::nullopt;
     }
@@ -644,14 +657,17 @@ private:
                 mesh.colors.push_back(face == CornerTable::NONE ? DEFAULT_COLOR : colorsOfFaces[face]);
             }
         }
+        std::unordered_set<std::string> taken;
+        for (MeshScalar const& scalar : mesh.scalars) {
+            taken.insert(scalar.name);
+        }
         for (MeshScalar& scalar : faceScalars) {
             if (scalar.values.empty()) {
                 continue;
             }
-            bool const isTaken =
-                std::any_of(mesh.scalars.begin(), mesh.scalars.end(),
-                            [&](MeshScalar const& other) { return other.name == scalar.name; });
+            bool const isTaken = !taken.insert(scalar.name).second;
             MeshScalar spread{(isTaken ? "face " : "") + scalar.name, {}, {}};
+            taken.insert(spread.name);
             spread.values.reserve(faces.size());
             for (std::uint32_t const face : faces) {
                 spread.values.push_back(face == CornerTable::NONE ? std::numeric_limits<double>::quiet_NaN()

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 
 using namespace vellum;
@@ -142,6 +143,24 @@ TEST_F(AssimpImport_test, texturesLieByTheCoordinatesThatTheyName) {
         ASSERT_TRUE(result.isOk()) << result.fault().line();
         EXPECT_EQ(result.value().textureCoordinates[1].x, list == 0 ? 1 : 0.25F);
     }
+}
+
+TEST_F(AssimpImport_test, colorsOfPointsAreNumbersFromZeroToOne) {
+    std::string bytes = triangleBytes;
+    float const none = std::numeric_limits<float>::quiet_NaN();
+    append<float>(bytes, {none, 0.5F, 2, 1, -1, 0.25F, 1, none, 1});
+    folder.write("a.bin", bytes);
+    Result<MeshData> const result =
+        loadText("a.gltf", gltfOf(R"("nodes":[{"mesh":0}],)", bytes.size(), R"(,"COLOR_0":1},"mode":0)",
+                                  R"(,{"bufferView":1,"componentType":5126,"count":3,"type":"VEC3"})",
+                                  R"(,{"buffer":0,"byteOffset":36,"byteLength":36})"));
+    ASSERT_TRUE(result.isOk()) << result.fault().line();
+    MeshData const& mesh = result.value();
+    ASSERT_EQ(mesh.points.size(), 3U);
+    ASSERT_EQ(mesh.colors.size(), 3U);
+    EXPECT_EQ(mesh.colors[0], (Color4<float>{0, 0.5F, 1, 1}));
+    EXPECT_EQ(mesh.colors[1], (Color4<float>{1, 0, 0.25F, 1}));
+    EXPECT_EQ(mesh.colors[2], (Color4<float>{1, 0, 1, 1}));
 }
 
 // == Bones and movements ==

@@ -78,6 +78,17 @@ TEST(MeshData, numbersOfMaterialsAreChecked) {
     }
 }
 
+TEST(MeshData, aMeshOfLinesThatShowNothingIsEmpty) {
+    MeshData mesh = triangle();
+    mesh.triangles.clear();
+    mesh.lines = {{1, 1}};
+    EXPECT_EQ(faultOf(mesh), "the mesh is empty: no line has two different ends");
+    mesh.triangles = {{0, 0, 1}};
+    EXPECT_THAT(faultOf(mesh), testing::HasSubstr("and no line two different ends"));
+    mesh.lines.push_back({0, 1});
+    EXPECT_EQ(faultOf(mesh), "") << "one is enough";
+}
+
 TEST(MeshData, aMeshOfTrianglesThatShowNothingIsEmpty) {
     MeshData mesh = triangle();
     mesh.triangles = {{0, 0, 0}, {0, 1, 1}, {2, 0, 2}};

@@ -162,6 +162,15 @@ TEST(ObjMesh, whatIsSkippedIsNoted) {
                             "its 2 curves and surfaces are not drawn, only its polygons, lines and points"));
 }
 
+TEST(ObjMesh, linesFromAVertexToItselfAreSkippedAndNoted) {
+    MeshData const mesh = read(square + "vt 0 0\nvt 1 1\nl 1 1\nl 1/1 1/2 2\nf 3 3\n");
+    EXPECT_EQ(mesh.lines.size(), 1U);
+    EXPECT_THAT(mesh.notes,
+                ElementsAre("line 7: a line from a vertex to itself is skipped, and so are 2 more"));
+    Result<MeshData> const alone = readAlone(square + "l 1 1\n");
+    ASSERT_TRUE(!alone.isOk() || alone.value().firstFault("")) << "nothing is left to be seen";
+}
+
 // == Parts and materials ==
 
 TEST(ObjMesh, objectsGroupsAndMaterialsBeginParts) {

@@ -312,6 +312,10 @@ TEST(PlyMesh, edgesAreLines) {
     MeshData const plain = read(text.text());
     EXPECT_THAT(plain.lines, ElementsAre(MeshLine{0, 1}, MeshLine{1, 2}));
     EXPECT_EQ(plain.positions.size(), 3U);
+    text.otherItems = "0 1\n2 2\n";
+    MeshData const pointless = read(text.text());
+    EXPECT_THAT(pointless.lines, ElementsAre(MeshLine{0, 1}));
+    EXPECT_THAT(pointless.notes, ElementsAre("an edge from a vertex to itself is skipped"));
     text.otherElements +=
         "property uchar red\nproperty uchar green\nproperty uchar blue\nproperty int weight\n";
     text.otherItems = "0 1 255 0 0 1\n1 2 0 255 0 1\n";
