@@ -12,16 +12,18 @@
 
 namespace vellum::viewport {
 
-/// Draws the parts, lines and points of models that something shines through, after all that does not: the triangles,
-/// lines and points of all of them from the back to the front, whatever they belong to, since parts lie inside each
-/// other and none need be convex. Triangles that cut each other are drawn one after the other.
+/// Draws the parts, lines and points of models that something shines through, after all that does not: the
+/// triangles, lines and points of all of them from the back to the front, whatever they belong to, since
+/// parts lie inside each other and none need be convex. Triangles that cut each other are drawn one after the
+/// other.
 ///
 ///     BlendedParts blended(layer, style, textures);
 ///     blended.add(model);
 ///     ... draw all else ...
 ///     blended.draw(sampling);
 ///
-/// It expects what ModelRenderer expects. Layer, models and textures must outlive it. Drawing allocates nothing.
+/// It expects what ModelRenderer expects. Layer, models and textures must outlive it. Drawing allocates
+/// nothing.
 class BlendedParts {
 public:
     BlendedParts(Core_RL& layer, MeshStyle const& style, TextureStore& textures)

@@ -28,7 +28,8 @@ struct MeshStyle {
     std::optional<Color4<float>> color = {};  ///< in place of those of the files
     float opacity = 1;                        ///< of surfaces, lines and points, 0 to 1
 
-    /// Of edges, outlines and the lines of files, and the size of their points; pixels, above 0; nothing: what suits.
+    /// Of edges, outlines and the lines of files, and the size of their points; pixels, above 0; nothing:
+    /// what suits.
     std::optional<double> lineWidth = {};
 
     bool isFilled() const { return shading == Shading::FACETED || shading == Shading::SMOOTH; }

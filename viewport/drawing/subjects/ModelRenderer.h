@@ -14,11 +14,11 @@
 
 namespace vellum::viewport {
 
-/// Draws one model in a style: each of its parts through a mesh renderer, with buffer objects if the driver has them
-/// and the style does not forbid it.
+/// Draws one model in a style: each of its parts through a mesh renderer, with buffer objects if the driver
+/// has them and the style does not forbid it.
 ///
-/// It expects the camera, the lights and the depth test to be set, and needs a current context as long as it lives.
-/// Layer, model and textures must outlive it.
+/// It expects the camera, the lights and the depth test to be set, and needs a current context as long as it
+/// lives. Layer, model and textures must outlive it.
 class ModelRenderer {
 public:
     ModelRenderer(Core_RL& layer, Model const& model, MeshStyle const& style, TextureStore& textures);
@@ -26,7 +26,8 @@ public:
     /// Draws all but what BlendedParts covers.
     void draw(Sampling const& sampling);
 
-    /// Draws triangles, lines and points alone, in the current color; in the style of boxes the model's box. For picking.
+    /// Draws triangles, lines and points alone, in the current color; in the style of boxes the model's box.
+    /// For picking.
     void drawForPicking();
 
 private:

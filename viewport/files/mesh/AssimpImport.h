@@ -13,8 +13,9 @@ namespace vellum::viewport {
 /// Reads a mesh file through Assimp, in this process and without any limit. For files that cannot be trusted,
 /// which is every file a user names, run it under importGuarded().
 ///
-/// Nodes are placed and bones moved as the file has them at rest or at a time of its first animation, polygons
-/// cut into triangles. Colors come from the vertices or else from the material. Normals that the file lacks stay missing (see MeshData::normals).
+/// Nodes are placed and bones moved as the file has them at rest or at a time of its first animation,
+/// polygons cut into triangles. Colors come from the vertices or else from the material. Normals that the
+/// file lacks stay missing (see MeshData::normals).
 ///
 /// Assimp repairs some damage silently or with no more than a note in its log: an index out of range, fewer
 /// vertices or faces than declared. Here that is a fault, so that users notice that their file is damaged.
@@ -22,7 +23,8 @@ namespace vellum::viewport {
 /// allocation leave this function.
 Result<MeshData> importWithAssimp(std::string const& path, MeshOptions const& options = {});
 
-/// The same for bytes that no path can be opened for again. Files that they name are looked for in the current folder.
+/// The same for bytes that no path can be opened for again. Files that they name are looked for in the
+/// current folder.
 /// \param name of the file, in faults
 /// \param extension of the format, which starts with a dot, in lower case
 Result<MeshData> importWithAssimp(std::string const& name, std::string_view bytes,

@@ -20,13 +20,15 @@ struct aiScene;
 
 namespace vellum::viewport {
 
-/// Where the nodes of a scene stand: as the file has them at rest, or as its first animation has them at a time.
+/// Where the nodes of a scene stand: as the file has them at rest, or as its first animation has them at a
+/// time.
 ///
 ///     AssimpPose const pose(scene, 1.5);
 ///     for (AssimpPose::Place const& place : pose.places())
 ///         ... place.node, place.transform ...
 ///
-/// Positions, scales and weights run straight between keys, rotations along the shortest arc. The scene must outlive it.
+/// Positions, scales and weights run straight between keys, rotations along the shortest arc. The scene must
+/// outlive it.
 class AssimpPose {
 public:
     struct Place {
@@ -47,15 +49,15 @@ public:
     /// All nodes, parents before their children, children in their order.
     std::vector<Place> const& places() const { return all; }
 
-    /// The matrix of each vertex of a mesh that bones move: the mean of those of its bones by their weights. Vertices
-    /// without bones move with the mesh's node. Empty for meshes without bones.
+    /// The matrix of each vertex of a mesh that bones move: the mean of those of its bones by their weights.
+    /// Vertices without bones move with the mesh's node. Empty for meshes without bones.
     std::vector<Matrix4<double>> vertexTransforms(aiMesh const& mesh, Matrix4<double> const& ofNode) const;
 
     /// The vertices of a mesh as its morph targets change it where a node shows it. Empty where they do not.
     Shape morphed(aiMesh const& mesh, aiNode const& node) const;
 
-    /// Whether the animation's weights are as many as the mesh has targets, if it has any: the importer confuses those of
-    /// splines. Such weights are not taken.
+    /// Whether the animation's weights are as many as the mesh has targets, if it has any: the importer
+    /// confuses those of splines. Such weights are not taken.
     bool hasSoundWeights(aiMesh const& mesh, aiNode const& node) const;
 
 private:

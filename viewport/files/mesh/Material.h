@@ -18,7 +18,8 @@ enum class AlphaMode {
     BLEND   ///< the surface is as opaque as the texture says
 };
 
-/// Turns the texture coordinates of a vertex into those of the texture, whose origin is its lower left corner:
+/// Turns the texture coordinates of a vertex into those of the texture, whose origin is its lower left
+/// corner:
 ///
 ///     u' = uu * u + uv * v + u0
 ///     v' = vu * u + vv * v + v0
@@ -75,8 +76,8 @@ struct Material {
     AlphaMode alphaMode = AlphaMode::SOLID;
     float alphaCutoff = 0.5F;  ///< 0 to 1; only with AlphaMode::MASK
 
-    /// A texture whose opacity, or brightness where it has none, is that of the surface (map_d of MTL). It may
-    /// be `texture` itself. Empty: none.
+    /// A texture whose opacity, or brightness where it has none, is that of the surface (map_d of MTL). It
+    /// may be `texture` itself. Empty: none.
     std::string opacityTexture;
 
     MaterialPicture emissionTexture;  ///< where the surface gives off light
