@@ -30,6 +30,33 @@ bool isProbablyLast(TextLines const& rows, std::uint64_t count) {
     return static_cast<double>(rows.left()) < 1.5 * bytesPerRow * static_cast<double>(count);
 }
 
+FrameHead newHead(std::size_t number) {
+    FrameHead head;
+    head.frame.timestep = static_cast<std::int64_t>(number);
+    return head;
+}
+
+/// Reads the frame that begins there.
+Damage readAt(TextLines from, std::size_t number, ReadFrameHead const& readHead, Progress const& progress,
+              ParticleFrame& frame) {
+    FrameHead head = newHead(number);
+    Damage damage = readHead(from, head);
+    if (!damage) {
+        damage = rowsOf(head, progress).read(from, head.count, head.frame);
+        frame = std::move(head.frame);
+    }
+    return damage;
+}
+
+/// Everything but the frame itself.
+void fillIn(FrameIndex::Places const& places, std::optional<std::size_t> const& wanted, LoadedFrame& result) {
+    result.count = places.starts.size();
+    result.number = wanted.value_or(result.count - 1);
+    result.timesteps = places.timesteps;
+    result.times = places.times;
+    result.warning = places.warning;
+}
+
 class FrameSearch {
 public:
     FrameSearch(std::string_view text, std::optional<std::size_t> wanted, ReadFrameHead const& readHead,
@@ -53,18 +80,21 @@ public:
             if (Damage const damage = _passFrame()) {
                 return _stop(*damage);
             }
-            starts.push_back(start);
-            timesteps.push_back(timestep);
-            times.push_back(time);
+            places.starts.push_back(start);
+            places.timesteps.push_back(timestep);
+            places.times.push_back(time);
         }
-        return starts.empty() ? Fault{{}, "holds no frame"} : _load(lastLineWarning(lines));
+        return places.starts.empty() ? Fault{{}, "holds no frame"} : _load(lastLineWarning(lines));
     }
+
+    /// All frames, after a run without a fault.
+    FrameIndex::Places& found() { return places; }
 
 private:
     /// Leaves the lines behind the next frame, which may be read on the way.
     Damage _passFrame() {
-        std::size_t const number = starts.size();
-        FrameHead head = _newHead(number);
+        std::size_t const number = places.starts.size();
+        FrameHead head = newHead(number);
         if (Damage damage = readHead(lines, head)) {
             return damage;
         }
@@ -95,8 +125,8 @@ private:
     /// The frames end with damage.
     Result<LoadedFrame> _stop(TextDamage const& damage) {
         // A wrong count of rows shows in the next head only: the frame before may be the damaged one.
-        if (!starts.empty()) {
-            if (Damage const earlier = _parse(starts.size() - 1)) {
+        if (!places.starts.empty()) {
+            if (Damage const earlier = _parse(places.starts.size() - 1)) {
                 return Fault{{}, earlier->message()};
             }
         }
@@ -104,17 +134,14 @@ private:
             return Fault{{}, damage.message()};
         }
         std::string const message =
-            damage.message() + "; the file is cut off in frame " + std::to_string(starts.size());
-        return starts.empty() ? Fault{{}, message} : _load(message + ", which is left out");
+            damage.message() + "; the file is cut off in frame " + std::to_string(places.starts.size());
+        return places.starts.empty() ? Fault{{}, message} : _load(message + ", which is left out");
     }
 
     Result<LoadedFrame> _load(std::string const& warning) {
         LoadedFrame result;
-        result.count = starts.size();
-        result.number = wanted.value_or(starts.size() - 1);
-        result.timesteps = timesteps;
-        result.times = times;
-        result.warning = warning;
+        places.warning = warning;
+        fillIn(places, wanted, result);
         if (result.number < result.count) {
             if (Damage const damage = _parse(result.number)) {
                 return Fault{{}, damage->message()};
@@ -130,22 +157,12 @@ private:
             return std::nullopt;
         }
         parsed.reset();
-        TextLines from = starts[number];
-        FrameHead head = _newHead(number);
-        Damage damage = readHead(from, head);
+        ParticleFrame frame;
+        Damage damage = readAt(places.starts[number], number, readHead, onward, frame);
         if (!damage) {
-            damage = rowsOf(head, onward).read(from, head.count, head.frame);
-        }
-        if (!damage) {
-            parsed = Parsed{number, std::move(head.frame)};
+            parsed = Parsed{number, std::move(frame)};
         }
         return damage;
-    }
-
-    static FrameHead _newHead(std::size_t number) {
-        FrameHead head;
-        head.frame.timestep = static_cast<std::int64_t>(number);
-        return head;
     }
 
     struct Parsed {
@@ -157,16 +174,51 @@ private:
     std::optional<std::size_t> wanted;
     ReadFrameHead const& readHead;
     Progress onward;
-    std::uint64_t furthest = 0;           // that was reported
-    std::vector<TextLines> starts;        // of the complete frames
-    std::vector<std::int64_t> timesteps;  // of the complete frames
-    std::vector<std::optional<double>> times;
+    std::uint64_t furthest = 0;  // that was reported
+    FrameIndex::Places places;
     std::int64_t timestep = 0;     // of the frame passed last
     std::optional<double> time;    // of the frame passed last
     std::optional<Parsed> parsed;  // the frame read last: at most one is in memory
 };
 
 }  // namespace
+
+Result<LoadedFrame> FrameIndex::load(std::optional<std::size_t> const& wanted, Progress const& progress) {
+    if (!places) {
+        FrameSearch search(text, wanted, readHead, progress);
+        Result<LoadedFrame> result = search.run();
+        if (result.isOk()) {
+            places = std::move(search.found());
+        }
+        return result;
+    }
+    std::size_t const number = wanted.value_or(places->starts.size() - 1);
+    if (number < places->starts.size()) {
+        return _loadAt(number, progress);
+    }
+    LoadedFrame behind;
+    fillIn(*places, wanted, behind);
+    return behind;
+}
+
+Result<LoadedFrame> FrameIndex::_loadAt(std::size_t number, Progress const& progress) const {
+    LoadedFrame result;
+    fillIn(*places, number, result);
+    TextLines const& start = places->starts[number];
+    Progress ofFrame;
+    if (progress) {
+        bool const isLast = number + 1 == places->starts.size();
+        std::uint64_t const first = start.done();
+        std::uint64_t const size = isLast ? start.left() : places->starts[number + 1].done() - first;
+        ofFrame = [&progress, first, size](std::uint64_t done, std::uint64_t) {
+            progress(std::min(done - first, size), size);
+        };
+    }
+    if (Damage const damage = readAt(start, number, readHead, ofFrame, result.frame)) {
+        return Fault{{}, damage->message()};
+    }
+    return result;
+}
 
 Result<LoadedFrame> readFrame(std::string_view text, std::optional<std::size_t> wanted,
                               ReadFrameHead const& readHead, Progress const& progress) {

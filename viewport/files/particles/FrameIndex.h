@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace vellum::viewport {
@@ -27,15 +28,50 @@ struct FrameHead {
 /// Takes the head of the next frame off the lines and leaves them at its first row.
 using ReadFrameHead = std::function<std::optional<TextDamage>(TextLines& lines, FrameHead& head)>;
 
-/// Reads one frame of a text that holds several; the readers of dumps and XYZ share it.
+/// Loads one frame of a file; nothing: the last complete one. Behind the last frame the result has a count and no particles.
+/// Progress may be empty. What it finds out about the file it keeps for the next call; one call at a time.
+using LoadFrame =
+    std::function<Result<LoadedFrame>(std::optional<std::size_t> const& frame, Progress const& progress)>;
+
+/// The frames of a text that holds several, one of which is read at a time; the readers of dumps and XYZ share it.
 ///
-/// The first pass goes over the whole text and notes where each frame begins: it reads the heads and only
+///     FrameIndex index(text, readHead);
+///     Result<LoadedFrame> const last = index.load(std::nullopt, {});   // looks for all frames
+///     Result<LoadedFrame> const first = index.load(0, {});             // reads its rows alone
+///
+/// The first load goes over the whole text and notes where each frame begins: it reads the heads and only
 /// counts the rows, which is many times faster than reading them and takes no memory. The values of one frame
 /// alone are read. So a dump of any length costs its text and one frame, and damage is found in all heads and
 /// counts, but inside rows only in the frame that is read.
 ///
 /// A text that is cut off keeps its complete frames, and the result has a warning that says what is lost.
 /// Without a complete frame it is a fault, as is all other damage.
+class FrameIndex {
+public:
+    /// \param text must outlive the index
+    /// \param readHead is called for the first frame before any other one
+    FrameIndex(std::string_view text, ReadFrameHead readHead) : text(text), readHead(std::move(readHead)) {}
+
+    /// See LoadFrame.
+    Result<LoadedFrame> load(std::optional<std::size_t> const& wanted, Progress const& progress);
+
+    /// What a pass over the text has found.
+    struct Places {
+        std::vector<TextLines> starts;             // of the complete frames
+        std::vector<std::int64_t> timesteps;       // of the complete frames
+        std::vector<std::optional<double>> times;  // of the complete frames
+        std::string warning;
+    };
+
+private:
+    Result<LoadedFrame> _loadAt(std::size_t number, Progress const& progress) const;
+
+    std::string_view text;
+    ReadFrameHead readHead;
+    std::optional<Places> places;  // nothing: the text has not been passed to its end
+};
+
+/// The same once.
 /// \param wanted counted from 0; nothing: the last complete one. Behind the last frame the result has a count
 ///               and no particles.
 /// \param progress may be empty.

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -91,36 +92,28 @@ std::string_view magicAt(std::string_view bytes) {
 
 class BinaryDump {
 public:
-    BinaryDump(std::string_view file, std::optional<std::size_t> wanted, Progress const& progress)
-        : bytes(file), wanted(wanted), progress(progress) {}
-
-    Result<LoadedFrame> read() {
+    explicit BinaryDump(std::string_view file) : whole(file), bytes(whole) {
         bytes.setBigEndian(_isBigEndian());
-        LoadedFrame result;
-        std::vector<Bytes> starts;
-        while (bytes.left() > 0) {
-            starts.push_back(bytes);
-            if (std::optional<Damage> const damage = _passFrame(result)) {
-                if (!damage->isAtEnd) {
-                    return Fault{{}, damage->reason};
-                }
-                starts.pop_back();
-                result.warning = "the file is cut off in frame " + std::to_string(starts.size());
-                if (starts.empty()) {
-                    return Fault{{}, result.warning};
-                }
-                result.warning += ", which is left out";
-                break;
+        whole.setBigEndian(bytes.isBigEndian());
+    }
+
+    /// See LoadFrame.
+    Result<LoadedFrame> load(std::optional<std::size_t> const& wanted, Progress const& progress) {
+        if (!isPassed) {
+            if (std::optional<Fault> const fault = _findFrames()) {
+                return *fault;
             }
+            isPassed = true;
         }
-        if (starts.empty()) {
-            return Fault{{}, "holds no frame"};
-        }
+        LoadedFrame result;
         result.count = starts.size();
         result.number = wanted.value_or(result.count - 1);
+        result.timesteps = timesteps;
+        result.times = times;
+        result.warning = warning;
         if (result.number < result.count) {
             bytes = starts[result.number];
-            if (std::optional<std::string> const reason = _readFrame(result)) {
+            if (std::optional<std::string> const reason = _readFrame(result, progress)) {
                 return Fault{{}, *reason};
             }
         }
@@ -129,9 +122,7 @@ public:
 
     /// Whether the first frame has a head, and its box an extent.
     bool beginsWell() {
-        bytes.setBigEndian(_isBigEndian());
         Head head;
-        std::string units;
         if (_readHead(head, units)) {
             return false;
         }
@@ -143,6 +134,30 @@ public:
     }
 
 private:
+    /// Passes the whole dump. On a fault the lists are of no use.
+    std::optional<Fault> _findFrames() {
+        bytes = whole;
+        starts.clear();
+        timesteps.clear();
+        times.clear();
+        while (bytes.left() > 0) {
+            starts.push_back(bytes);
+            if (std::optional<Damage> const damage = _passFrame()) {
+                if (!damage->isAtEnd) {
+                    return Fault{{}, damage->reason};
+                }
+                starts.pop_back();
+                warning = "the file is cut off in frame " + std::to_string(starts.size());
+                if (starts.empty()) {
+                    return Fault{{}, warning};
+                }
+                warning += ", which is left out";
+                break;
+            }
+        }
+        return starts.empty() ? std::optional<Fault>(Fault{{}, "holds no frame"}) : std::nullopt;
+    }
+
     /// The newer format says it; in the older one the number of particles is not large in the right order.
     bool _isBigEndian() const {
         std::string_view const file(bytes.here(), bytes.left());
@@ -286,21 +301,21 @@ private:
                    : std::optional<Damage>(_damage("the frame has fewer atoms than it declares"));
     }
 
-    std::optional<Damage> _passFrame(LoadedFrame& result) {
+    std::optional<Damage> _passFrame() {
         Head head;
         std::optional<Damage> damage = _readHead(head, units);
         if (!damage) {
             damage = _forBlocks(head, [](char const*, std::uint64_t) {});
         }
         if (!damage) {
-            result.timesteps.push_back(head.frame.timestep);
-            result.times.push_back(head.frame.time);
+            timesteps.push_back(head.frame.timestep);
+            times.push_back(head.frame.time);
         }
         return damage;
     }
 
     /// Only for a frame that was passed.
-    std::optional<std::string> _readFrame(LoadedFrame& result) {
+    std::optional<std::string> _readFrame(LoadedFrame& result, Progress const& progress) {
         Head head;
         static_cast<void>(_readHead(head, units));
         std::string names = head.columns;
@@ -373,10 +388,14 @@ private:
         return isOfAtoms;
     }
 
+    Bytes whole;
     Bytes bytes;
-    std::optional<std::size_t> wanted;
-    Progress const& progress;
-    std::string units;  // named by the first frame alone
+    std::string units;          // named by the first frame alone
+    bool isPassed = false;      // what follows is known
+    std::vector<Bytes> starts;  // of the complete frames
+    std::vector<std::int64_t> timesteps;
+    std::vector<std::optional<double>> times;
+    std::string warning;
 };
 
 }  // namespace
@@ -387,13 +406,19 @@ bool isLammpsBinary(std::string_view bytes) {
     }
     // The older format has no signature: a time step, a number of atoms and a box, all of which must be
     // sound.
-    Progress const nobody;
-    return BinaryDump(bytes, std::nullopt, nobody).beginsWell();
+    return BinaryDump(bytes).beginsWell();
 }
 
 Result<LoadedFrame> readLammpsBinary(std::string_view bytes, std::optional<std::size_t> frame,
                                      Progress const& progress) {
-    return BinaryDump(bytes, frame, progress).read();
+    return BinaryDump(bytes).load(frame, progress);
+}
+
+LoadFrame openLammpsBinary(std::string_view bytes) {
+    auto const dump = std::make_shared<BinaryDump>(bytes);
+    return [dump](std::optional<std::size_t> const& frame, Progress const& progress) {
+        return dump->load(frame, progress);
+    };
 }
 
 }  // namespace vellum::viewport

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "viewport/files/common/Progress.h"
+#include "viewport/files/particles/FrameIndex.h"
 #include "viewport/files/particles/ParticleFrame.h"
 #include "viewport/text/Fault.h"
 
@@ -24,5 +25,8 @@ bool isLammpsBinary(std::string_view bytes);
 /// \param progress may be empty.
 Result<LoadedFrame> readLammpsBinary(std::string_view bytes, std::optional<std::size_t> frame,
                                      Progress const& progress);
+
+/// The same for several frames of one dump, whose bytes must outlive it: the dump is passed once.
+LoadFrame openLammpsBinary(std::string_view bytes);
 
 }  // namespace vellum::viewport

@@ -1,10 +1,10 @@
 #include "viewport/files/particles/LammpsDump.h"
 
-#include "viewport/files/particles/FrameIndex.h"
 #include "viewport/files/particles/LammpsColumns.h"
 #include "viewport/text/Words.h"
 #include "viewport/text/numbers.h"
 
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -187,11 +187,16 @@ private:
 
 Result<LoadedFrame> readLammpsDump(std::string_view text, std::optional<std::size_t> frame,
                                    Progress const& progress) {
-    std::string units;
-    auto const readHead = [&units](TextLines& lines, FrameHead& head) {
-        return HeadReader(lines, head, units).read();
+    return openLammpsDump(text)(frame, progress);
+}
+
+LoadFrame openLammpsDump(std::string_view text) {
+    auto const units = std::make_shared<std::string>();
+    auto const index = std::make_shared<FrameIndex>(
+        text, [units](TextLines& lines, FrameHead& head) { return HeadReader(lines, head, *units).read(); });
+    return [index](std::optional<std::size_t> const& frame, Progress const& progress) {
+        return index->load(frame, progress);
     };
-    return readFrame(text, frame, readHead, progress);
 }
 
 }  // namespace vellum::viewport

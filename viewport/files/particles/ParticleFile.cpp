@@ -14,8 +14,11 @@
 #include "viewport/text/Words.h"
 #include "viewport/text/numbers.h"
 
+#include <limits>
+#include <mutex>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 namespace vellum::viewport {
 
@@ -59,75 +62,115 @@ constexpr NamedFormat FORMATS[] = {
     {"obj-points", ParticleFormat::OBJ},
 };
 
-/// What a load asks for.
-struct Request {
-    std::optional<ParticleFormat> format;  // nothing: what the content shows
-    std::optional<std::size_t> frame;
-};
+/// A format of a single frame.
+template <class Read>
+LoadFrame openSingle(std::string_view bytes, Read const& read) {
+    return [bytes, &read](std::optional<std::size_t> const&, Progress const& progress) {
+        return read(bytes, progress);
+    };
+}
 
-Result<LoadedFrame> readBytes(std::string_view bytes, Request const& request, Progress const& progress) {
-    if (!request.format && isPly(bytes)) {
+bool mayHoldSeveral(ParticleFormat format) {
+    return format == ParticleFormat::LAMMPS_DUMP || format == ParticleFormat::LAMMPS_BINARY ||
+           format == ParticleFormat::XYZ;
+}
+
+/// \param known nothing: what the content shows
+Result<LoadFrame> openBytes(std::string_view bytes, std::optional<ParticleFormat> const& known) {
+    if (!known && isPly(bytes)) {
         // Not asked for its format first: the faults of the reader say more, as that the file is a mesh.
-        return readPlyPoints(bytes, progress);
+        return openSingle(bytes, readPlyPoints);
     }
-    std::optional<ParticleFormat> const format = request.format ? request.format : particleFormatOf(bytes);
+    std::optional<ParticleFormat> const format = known ? known : particleFormatOf(bytes);
     if (!format) {
         return Fault{{}, NOT_UNDERSTOOD};
     }
     switch (*format) {
     case ParticleFormat::LAMMPS_DUMP:
-        return readLammpsDump(bytes, request.frame, progress);
+        return openLammpsDump(bytes);
     case ParticleFormat::LAMMPS_BINARY:
-        return readLammpsBinary(bytes, request.frame, progress);
+        return openLammpsBinary(bytes);
     case ParticleFormat::LAMMPS_DATA:
-        return readLammpsData(bytes, progress);
+        return openSingle(bytes, readLammpsData);
     case ParticleFormat::XYZ:
-        return readXyz(bytes, request.frame, progress);
+        return openXyz(bytes);
     case ParticleFormat::PLY:
-        return readPlyPoints(bytes, progress);
+        return openSingle(bytes, readPlyPoints);
     case ParticleFormat::LAS:
-        return readLas(bytes, progress);
+        return openSingle(bytes, readLas);
     case ParticleFormat::OBJ:
-        return readObjPoints(bytes, progress);
+        return openSingle(bytes, readObjPoints);
     default:
-        return readCsv(bytes, progress);
+        return openSingle(bytes, readCsv);
     }
 }
 
-/// The whole text is held in memory: the frames of a compressed file cannot be found again without
-/// uncompressing it from the start.
-Result<LoadedFrame> readCompressed(std::string_view compressed, Request const& request,
-                                   Progress const& progress) {
-    std::uint64_t const size = compressed.size();
-    Progress uncompressing;
-    Progress reading;
-    if (progress) {
-        // Both halves count as much as the compressed bytes; the size of the text is known only at the end.
-        uncompressing = [&](std::uint64_t done, std::uint64_t) { progress(done, 2 * size); };
-        reading = [&](std::uint64_t done, std::uint64_t all) {
-            double const part = all > 0 ? static_cast<double>(done) / static_cast<double>(all) : 1.0;
-            progress(size + static_cast<std::uint64_t>(part * static_cast<double>(size)), 2 * size);
-        };
-    }
-    Result<DecompressedText> const text =
-        decompress(compressed, ParticleFile::LARGEST_UNCOMPRESSED, uncompressing);
-    if (!text.isOk()) {
-        return text.fault();
-    }
-    Result<LoadedFrame> result = readBytes(text.value().buffer.bytes(), request, reading);
-    if (!text.value().isCutOff) {
-        return result;
-    }
-    std::string const warning = "the compressed data are cut off";
-    if (!result.isOk()) {
-        return Fault{{}, warning + ": " + result.fault().message};
-    }
-    std::string& inner = result.value().warning;
-    inner = inner.empty() ? warning : warning + ": " + inner;
-    return result;
+std::string joined(std::string const& warning, std::string const& more) {
+    return more.empty() ? warning : warning + ": " + more;
 }
 
 }  // namespace
+
+/// What is known of a file's content, and what of it stays in memory.
+struct ParticleFile::Opened {
+    std::mutex mutex;
+    /// The whole text is held in memory: the frames of a compressed file cannot be found again without
+    /// uncompressing it from the start.
+    std::optional<DecompressedText> text;
+    LoadFrame frames;  // of the text or of the file's bytes; empty: nothing is known yet
+
+    Result<LoadedFrame> load(std::string_view bytes, std::optional<ParticleFormat> const& format,
+                             std::optional<std::size_t> const& frame, Progress const& progress) {
+        std::lock_guard<std::mutex> const lock(mutex);
+        Progress reading = progress;
+        if (!frames) {
+            if (isCompressed(bytes)) {
+                std::uint64_t const size = bytes.size();
+                Progress uncompressing;
+                if (progress) {
+                    // Both halves count as much as the compressed bytes; the size of the text is known only at the end.
+                    uncompressing = [&](std::uint64_t done, std::uint64_t) { progress(done, 2 * size); };
+                    reading = [&progress, size](std::uint64_t done, std::uint64_t all) {
+                        double const part =
+                            all > 0 ? static_cast<double>(done) / static_cast<double>(all) : 1.0;
+                        progress(size + static_cast<std::uint64_t>(part * static_cast<double>(size)),
+                                 2 * size);
+                    };
+                }
+                Result<DecompressedText> found = decompress(bytes, LARGEST_UNCOMPRESSED, uncompressing);
+                if (!found.isOk()) {
+                    return found.fault();
+                }
+                text = std::move(found.value());
+            }
+            Result<LoadFrame> source = openBytes(text ? text->buffer.bytes() : bytes, format);
+            if (source.isOk()) {
+                frames = std::move(source.value());
+            } else {
+                return _end(source.fault());
+            }
+        }
+        return _end(frames(frame, reading));
+    }
+
+private:
+    Result<LoadedFrame> _end(Result<LoadedFrame> result) {
+        if (text && text->isCutOff) {
+            std::string const warning = "the compressed data are cut off";
+            if (result.isOk()) {
+                result.value().warning = joined(warning, result.value().warning);
+            } else {
+                result = Fault{{}, joined(warning, result.fault().message)};
+            }
+        }
+        if (result.isOk() && result.value().count < 2) {
+            // There is no other frame to be found again.
+            frames = {};
+            text.reset();
+        }
+        return result;
+    }
+};
 
 std::optional<ParticleFormat> particleFormatOf(std::string_view bytes) {
     std::string_view const beginning = bytes.substr(0, BEGINNING_SIZE);
@@ -173,10 +216,10 @@ std::vector<std::string> particleFormatNames() {
 }
 
 ParticleFile::ParticleFile(std::string const& path, std::optional<ParticleFormat> format)
-    : file(InputFile::open(path)), known(format) {}
+    : file(InputFile::open(path)), opened(std::make_shared<Opened>()), known(format) {}
 
 ParticleFile::ParticleFile(InputFile const& file, std::optional<ParticleFormat> format)
-    : file(file), known(format) {}
+    : file(file), opened(std::make_shared<Opened>()), known(format) {}
 
 Result<ParticleFormat> ParticleFile::format() const {
     if (!file.isOk()) {
@@ -196,31 +239,58 @@ Result<ParticleFormat> ParticleFile::format() const {
 }
 
 Result<LoadedFrame> ParticleFile::load(std::optional<std::size_t> frame, Progress const& progress) const {
+    Result<LoadedFrame> result = _load(frame, progress);
+    if (!result.isOk()) {
+        return result;
+    }
+    LoadedFrame const& loaded = result.value();
+    std::string reason;
+    if (frame.value_or(0) >= loaded.count) {
+        reason = "has no frame " + std::to_string(*frame) + "; its last one is " +
+                 std::to_string(loaded.count - 1);
+    } else if (loaded.frame.positions.empty()) {
+        reason = loaded.count > 1 ? "frame " + std::to_string(loaded.number) + " has no particles"
+                                  : "has no particles";
+    } else {
+        return result;
+    }
+    return Fault{file.value().name(), loaded.warning.empty() ? reason : reason + " (" + loaded.warning + ")"};
+}
+
+Result<FrameList> ParticleFile::frames(Progress const& progress) const {
+    Result<ParticleFormat> const content = format();
+    if (!content.isOk()) {
+        return content.fault();
+    }
+    FrameList list;
+    if (!mayHoldSeveral(content.value())) {
+        return list;
+    }
+    // Behind the last one: no frame is read.
+    Result<LoadedFrame> result = _load(std::numeric_limits<std::size_t>::max(), progress);
+    if (!result.isOk()) {
+        return result.fault();
+    }
+    LoadedFrame& loaded = result.value();
+    list.count = loaded.count;
+    list.timesteps = std::move(loaded.timesteps);
+    list.times = std::move(loaded.times);
+    list.warning = std::move(loaded.warning);
+    return list;
+}
+
+Result<LoadedFrame> ParticleFile::_load(std::optional<std::size_t> const& frame,
+                                        Progress const& progress) const {
     if (!file.isOk()) {
         return file.fault();
     }
     std::string const& path = file.value().name();
-    std::string_view const bytes = file.value().bytes();
-    Request const request{known, frame};
     try {
-        Result<LoadedFrame> result = isCompressed(bytes) ? readCompressed(bytes, request, progress)
-                                                         : readBytes(bytes, request, progress);
+        Result<LoadedFrame> result = opened->load(file.value().bytes(), known, frame, progress);
         if (!result.isOk()) {
             return Fault{path, result.fault().message};
         }
-        LoadedFrame& loaded = result.value();
-        if (frame.value_or(0) >= loaded.count) {
-            std::string const reason = "has no frame " + std::to_string(*frame) + "; its last one is " +
-                                       std::to_string(loaded.count - 1);
-            return Fault{path, loaded.warning.empty() ? reason : reason + " (" + loaded.warning + ")"};
-        }
-        if (loaded.frame.positions.empty()) {
-            std::string const reason = loaded.count > 1
-                                           ? "frame " + std::to_string(loaded.number) + " has no particles"
-                                           : "has no particles";
-            return Fault{path, loaded.warning.empty() ? reason : reason + " (" + loaded.warning + ")"};
-        }
-        loaded.frame.file = path;
+        result.value().frame.file = path;
         return result;
     } catch (std::bad_alloc const&) {
         return Fault{path, NO_MEMORY};

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,6 +27,15 @@ std::optional<ParticleFormat> particleFormatNamed(std::string_view name);
 /// The names of all formats.
 std::vector<std::string> particleFormatNames();
 
+/// The frames of a file, as far as they are known without reading their particles.
+struct FrameList {
+    std::size_t count = 1;                ///< of the complete frames
+    std::vector<std::int64_t> timesteps;  ///< of the complete frames; empty: not known
+    /// Of the complete frames, nothing where the file does not say; empty: not known.
+    std::vector<std::optional<double>> times;
+    std::string warning;  ///< as in LoadedFrame
+};
+
 /// A particle file that a user named: the way from its path to a frame that can be drawn.
 ///
 ///     Result<LoadedFrame> const particles = ParticleFile("melt.lammpstrj").load(std::nullopt, {});
@@ -36,6 +46,10 @@ std::vector<std::string> particleFormatNames();
 /// vertices of PLY and OBJ files without faces, and LAS, also compressed by gzip, zstd or xz. The format is
 /// detected from the content, not from the name, unless it is given. Any file may be named; none makes it
 /// throw or crash, or take more memory than its text and one frame call for.
+///
+/// The first load of a file with several frames looks for all of them; later ones read the rows of their frame
+/// alone. The uncompressed text of such a file is kept as long as the object lives. Copies share all of this, and
+/// may be used by several threads: one of them loads at a time.
 class ParticleFile {
 public:
     /// The most bytes that a compressed file may hold.
@@ -58,8 +72,18 @@ public:
     /// \param progress may be empty; a compressed file counts twice, once uncompressed and once read.
     Result<LoadedFrame> load(std::optional<std::size_t> frame, Progress const& progress) const;
 
+    /// Looks for the frames and reads the particles of none. Formats that hold a single one are looked at only at
+    /// their beginning.
+    /// \param progress as in load()
+    Result<FrameList> frames(Progress const& progress) const;
+
 private:
+    struct Opened;
+
+    Result<LoadedFrame> _load(std::optional<std::size_t> const& frame, Progress const& progress) const;
+
     Result<InputFile> file;
+    std::shared_ptr<Opened> opened;       // never null
     std::optional<ParticleFormat> known;  // given by the user
 };
 

@@ -1,12 +1,12 @@
 #include "viewport/files/particles/XyzFile.h"
 
-#include "viewport/files/particles/FrameIndex.h"
 #include "viewport/text/Words.h"
 #include "viewport/text/lower_case.h"
 #include "viewport/text/numbers.h"
 
 #include <algorithm>
 #include <array>
+#include <memory>
 
 namespace vellum::viewport {
 
@@ -228,6 +228,13 @@ Damage readHead(TextLines& lines, FrameHead& head) {
 Result<LoadedFrame> readXyz(std::string_view text, std::optional<std::size_t> frame,
                             Progress const& progress) {
     return readFrame(text, frame, readHead, progress);
+}
+
+LoadFrame openXyz(std::string_view text) {
+    auto const index = std::make_shared<FrameIndex>(text, readHead);
+    return [index](std::optional<std::size_t> const& frame, Progress const& progress) {
+        return index->load(frame, progress);
+    };
 }
 
 }  // namespace vellum::viewport

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "viewport/files/common/Progress.h"
+#include "viewport/files/particles/FrameIndex.h"
 #include "viewport/files/particles/ParticleFrame.h"
 #include "viewport/text/Fault.h"
 
@@ -26,5 +27,8 @@ namespace vellum::viewport {
 /// \param progress may be empty.
 Result<LoadedFrame> readXyz(std::string_view text, std::optional<std::size_t> frame,
                             Progress const& progress);
+
+/// The same for several frames of one text, which must outlive it: the text is passed once.
+LoadFrame openXyz(std::string_view text);
 
 }  // namespace vellum::viewport

@@ -112,6 +112,15 @@ TEST(LammpsBinary, bothByteOrdersGiveTheSame) {
         EXPECT_EQ(frames[1].timestep, 200);
         EXPECT_THAT(frames[1].positions, ElementsAre(Point{5, 10, 60}));
         EXPECT_THAT(readLammpsBinary(bytes, std::nullopt, nobody).value().timesteps, ElementsAre(100, 200));
+        LoadFrame const load = openLammpsBinary(bytes);
+        for (std::size_t const number : {1U, 0U, 1U}) {
+            Result<LoadedFrame> const again = load(number, nobody);
+            ASSERT_EQ(faultOf(again), "");
+            EXPECT_EQ(again.value().frame.timestep, frames[number].timestep);
+            EXPECT_TRUE(again.value().frame.positions == frames[number].positions);
+            EXPECT_EQ(again.value().frame.channels.size(), frames[number].channels.size());
+            EXPECT_THAT(again.value().timesteps, ElementsAre(100, 200));
+        }
     }
 }
 

@@ -221,3 +221,67 @@ TEST(ParticleFile, compressedDataWithAWrongBitAreAFault) {
     EXPECT_EQ(faultOf(ParticleFile(folder.write("sum.gz", checksum)).load(std::nullopt, nobody)),
               "the compressed data are damaged: incorrect data check");
 }
+
+// == Several frames ==
+
+TEST(ParticleFile, laterLoadsReadTheirFrameAloneAndGiveTheSame) {
+    std::string text;
+    for (int i = 0; i < 3; ++i) {
+        text += "ITEM: UNITS\nmetal\n";
+        text += "ITEM: TIME\n" + std::to_string(i) + "\n" + largeDump();
+        text.replace(text.rfind("STEP\n7"), 6, "STEP\n" + std::to_string(i));
+    }
+    text += text.substr(0, 30);
+    TemporaryFolder const folder;
+    for (std::string const& content : {text, gzip(text)}) {
+        ParticleFile const file(folder.write("some.dump", content));
+        ASSERT_EQ(faultOf(file.load(std::nullopt, nobody)), "");
+        for (std::size_t const number : {1U, 0U, 2U, 1U}) {
+            std::uint64_t most = 0;
+            std::uint64_t latest = 0;
+            Result<LoadedFrame> const again = file.load(number, [&](std::uint64_t done, std::uint64_t all) {
+                EXPECT_GE(done, latest);
+                latest = done;
+                most = all;
+                EXPECT_LE(done, all);
+            });
+            ASSERT_EQ(faultOf(again), "");
+            EXPECT_GT(most, text.size() / 4);
+            EXPECT_LT(most, text.size() / 2) << "the whole text is read again";
+            LoadedFrame const fresh = ParticleFile(folder.file("some.dump")).load(number, nobody).value();
+            EXPECT_EQ(again.value().number, number);
+            EXPECT_EQ(again.value().count, 3U);
+            EXPECT_EQ(again.value().frame.timestep, static_cast<std::int64_t>(number));
+            EXPECT_EQ(again.value().times, fresh.times);
+            EXPECT_EQ(again.value().warning, fresh.warning);
+            EXPECT_NE(again.value().warning, "");
+            EXPECT_TRUE(again.value().frame.positions == fresh.frame.positions);
+        }
+        EXPECT_THAT(faultOf(file.load(3, nobody)), HasSubstr("has no frame 3; its last one is 2 ("));
+    }
+}
+
+TEST(ParticleFile, theFramesAreListedWithoutReadingThem) {
+    TemporaryFolder const folder;
+    // The rows of the second frame are damaged, which only reading them shows.
+    std::string damaged = dump;
+    damaged.replace(damaged.find("9 0.5"), 5, "9 xxx");
+    for (std::string const& content : {damaged, gzip(damaged)}) {
+        ParticleFile const file(folder.write("some.dump", content));
+        Result<FrameList> const list = file.frames(nobody);
+        ASSERT_TRUE(list.isOk()) << list.fault().line();
+        EXPECT_EQ(list.value().count, 2U);
+        EXPECT_EQ(list.value().timesteps, (std::vector<std::int64_t>{100, 200}));
+        EXPECT_EQ(list.value().times, (std::vector<std::optional<double>>{0.5, std::nullopt}));
+        EXPECT_EQ(faultOf(file.load(0, nobody)), "");
+        EXPECT_THAT(faultOf(file.load(1, nobody)), HasSubstr("'xxx'"));
+        EXPECT_EQ(faultOf(file.load(0, nobody)), "") << "a damaged frame does not spoil the others";
+    }
+    EXPECT_EQ(ParticleFile(folder.write("one.ply", points)).frames(nobody).value().count, 1U);
+    EXPECT_EQ(
+        ParticleFile(folder.write("two.xyz", "1\n\nH 1 0 0\n1\n\nH 3 0 0\n")).frames(nobody).value().count,
+        2U);
+    EXPECT_THAT(ParticleFile(folder.file("none")).frames(nobody).fault().message,
+                HasSubstr("cannot be opened"));
+    EXPECT_FALSE(ParticleFile(folder.write("noise", mesh_texts::noise(300))).frames(nobody).isOk());
+}
