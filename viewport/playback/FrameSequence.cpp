@@ -1,0 +1,107 @@
+#include "viewport/playback/FrameSequence.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <utility>
+
+namespace vellum::viewport {
+
+namespace {
+
+constexpr double MOST_POSES = 1e9;
+
+template <class T>
+std::uint64_t sizeOf(std::vector<T> const& list) {
+    return static_cast<std::uint64_t>(list.capacity()) * sizeof(T);
+}
+
+std::uint64_t sizeOf(LoadedFrame const& loaded) {
+    ParticleFrame const& frame = loaded.frame;
+    std::uint64_t size = sizeOf(frame.positions) + sizeOf(loaded.timesteps) + sizeOf(loaded.times);
+    for (ParticleChannel const& channel : frame.channels) {
+        size += sizeOf(channel.values);
+    }
+    for (ParticleLabels const& labels : frame.labels) {
+        size += sizeOf(labels.indices) + sizeOf(labels.words);
+    }
+    return size;
+}
+
+std::uint64_t sizeOf(MeshData const& mesh) {
+    std::uint64_t size = sizeOf(mesh.positions) + sizeOf(mesh.triangles) + sizeOf(mesh.lines) +
+                         sizeOf(mesh.points) + sizeOf(mesh.normals) + sizeOf(mesh.colors) +
+                         sizeOf(mesh.textureCoordinates) + sizeOf(mesh.triangleMaterials);
+    for (MeshScalar const& scalar : mesh.scalars) {
+        size += sizeOf(scalar.values);
+    }
+    return size;
+}
+
+/// A frame of particles without the lists of the others, which the sequence has once for all.
+Result<SequenceFrame> ownFrame(Result<LoadedFrame> loaded) {
+    if (!loaded.isOk()) {
+        return loaded.fault();
+    }
+    loaded.value().timesteps = {};
+    loaded.value().times = {};
+    return SequenceFrame(std::move(loaded.value()));
+}
+
+}  // namespace
+
+std::uint64_t bytesOf(SequenceFrame const& frame) {
+    return sizeof frame + std::visit([](auto const& one) { return sizeOf(one); }, frame);
+}
+
+FrameSequence::FrameSequence(FrameList list, bool isReadAhead,
+                             std::function<Result<SequenceFrame>(std::size_t, Progress const&)> read)
+    : list(std::move(list)), isReadAhead(isReadAhead), read(std::move(read)) {}
+
+Result<FrameSequence> FrameSequence::ofFile(ParticleFile const& file, Progress const& progress) {
+    Result<FrameList> list = file.frames(progress);
+    if (!list.isOk()) {
+        return list.fault();
+    }
+    return FrameSequence(std::move(list.value()), true, [file](std::size_t frame, Progress const& progress) {
+        return ownFrame(file.load(frame, progress));
+    });
+}
+
+FrameSequence FrameSequence::ofSeries(ParticleSeries const& series, std::optional<ParticleFormat> format) {
+    FrameList list;
+    list.count = series.files().size();
+    return FrameSequence(std::move(list), true,
+                         [series, format](std::size_t frame, Progress const& progress) {
+                             return ownFrame(series.load(frame, progress, format));
+                         });
+}
+
+FrameSequence FrameSequence::ofAnimation(MeshFile const& file, ImportLimits const& limits, double duration,
+                                         double framesPerSecond) {
+    // A duration of whole frames is rarely one in binary.
+    constexpr double SLACK = 1e-6;
+    FrameList list;
+    list.count =
+        1 + static_cast<std::size_t>(std::clamp(duration * framesPerSecond + SLACK, 0.0, MOST_POSES));
+    return FrameSequence(std::move(list), false,
+                         [=](std::size_t frame, Progress const&) -> Result<SequenceFrame> {
+                             MeshOptions const at{static_cast<double>(frame) / framesPerSecond};
+                             Result<MeshData> mesh = file.load(limits, at);
+                             if (!mesh.isOk()) {
+                                 return mesh.fault();
+                             }
+                             return SequenceFrame(std::move(mesh.value()));
+                         });
+}
+
+Result<SequenceFrame> FrameSequence::load(std::size_t frame, Progress const& progress) const {
+    if (frame >= list.count) {
+        return Fault{{},
+                     "there is no frame " + std::to_string(frame) + "; the last one is " +
+                         std::to_string(list.count - 1)};
+    }
+    return read(frame, progress);
+}
+
+}  // namespace vellum::viewport
