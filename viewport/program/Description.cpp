@@ -149,24 +149,6 @@ ChannelFacts factsOf(std::vector<double> const& values) {
     return facts;
 }
 
-std::string wordOf(UpAxis up) {
-    switch (up) {
-    case UpAxis::X:
-        return "x";
-    case UpAxis::Y:
-        return "y";
-    case UpAxis::Z:
-        return "z";
-    case UpAxis::MINUS_X:
-        return "-x";
-    case UpAxis::MINUS_Y:
-        return "-y";
-    case UpAxis::MINUS_Z:
-        break;
-    }
-    return "-z";
-}
-
 std::optional<Box3<double>> boundsOf(ParticleFrame const& frame) {
     std::optional<Box3<double>> box;
     for (Vector3<double> const& position : frame.positions) {

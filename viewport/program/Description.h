@@ -44,9 +44,6 @@ struct ChannelFacts {
 
 ChannelFacts factsOf(std::vector<double> const& values);
 
-/// The word of --up: "x", "-z".
-std::string wordOf(UpAxis up);
-
 /// The box around the particles with a finite position; nothing where there are none.
 std::optional<Box3<double>> boundsOf(ParticleFrame const& frame);
 

@@ -15,4 +15,22 @@ UpAxis upOfFormat(std::string_view extension) {
     return isZ ? UpAxis::Z : UpAxis::Y;
 }
 
+std::string wordOf(UpAxis up) {
+    switch (up) {
+    case UpAxis::X:
+        return "x";
+    case UpAxis::Y:
+        return "y";
+    case UpAxis::Z:
+        return "z";
+    case UpAxis::MINUS_X:
+        return "-x";
+    case UpAxis::MINUS_Y:
+        return "-y";
+    case UpAxis::MINUS_Z:
+        break;
+    }
+    return "-z";
+}
+
 }  // namespace vellum::viewport

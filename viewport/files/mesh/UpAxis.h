@@ -2,6 +2,7 @@
 
 #include "foundation/geometry/Vector3.h"
 
+#include <string>
 #include <string_view>
 
 namespace vellum::viewport {
@@ -13,6 +14,9 @@ enum class UpAxis { X, Y, Z, MINUS_X, MINUS_Y, MINUS_Z };
 /// not known. Files of some formats say themselves what is up; this is for those that do not.
 /// \param extension in lower case, with its dot
 UpAxis upOfFormat(std::string_view extension);
+
+/// "x", "-z" and so on, as users write it.
+std::string wordOf(UpAxis up);
 
 /// The direction as a vector of unit length.
 inline Vector3<double> directionOf(UpAxis up) {
