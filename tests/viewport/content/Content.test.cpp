@@ -36,6 +36,14 @@ Result<Content> loadFromPipe(TemporaryFolder const& folder, std::string const& t
 }
 
 /// Gives up in the midst of a file, and keeps what it is told.
+/// Keeps the notes of a loading, a line for each.
+class NoteTaker : public LoadObserver {
+public:
+    void note(Fault const& what) override { lines += what.line() + "\n"; }
+
+    std::string lines;
+};
+
 class Canceller : public LoadObserver {
 public:
     void progress(std::string const& file, std::uint64_t done, std::uint64_t all) override {
@@ -218,13 +226,12 @@ TEST(Content, filesThatDisagreeOnWhatIsUpHaveOneNote) {
         Options options;
         options.files = files;
         options.up = up;
-        testing::internal::CaptureStderr();
-        EXPECT_TRUE(Content::load(options).isOk());
-        return testing::internal::GetCapturedStderr();
+        NoteTaker taker;
+        EXPECT_TRUE(Content::load(options, taker).isOk());
+        return taker.lines;
     };
-    EXPECT_EQ(notesOf({mesh, first, second}, std::nullopt), "vl_viewport: " + first +
-                                                                ": z is up in it, but y in " + mesh +
-                                                                ", which decides unless --up is given\n");
+    EXPECT_EQ(notesOf({mesh, first, second}, std::nullopt),
+              first + ": z is up in it, but y in " + mesh + ", which decides unless --up is given\n");
     EXPECT_EQ(notesOf({mesh, first}, UpAxis::Y), "");
     EXPECT_EQ(notesOf({first, second}, std::nullopt), "");
 }

@@ -1,0 +1,372 @@
+#include "tests/viewport/window/WindowDriver.h"
+
+#include "tests/viewport/program/program_runner.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <X11/extensions/XTest.h>
+#include <X11/keysym.h>
+
+using vellum::viewport::Picture;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds PATIENCE{40};  // software rendering on a busy machine
+constexpr std::chrono::milliseconds PAUSE{25};
+// The picture gets all its pixels a moment after the last change.
+constexpr std::chrono::milliseconds CALM{500};
+
+void sleep() {
+    std::this_thread::sleep_for(PAUSE);
+}
+
+}  // namespace
+
+struct WindowDriver::Screen {
+    Display* display = nullptr;
+    Window window = None;
+
+    ~Screen() {
+        if (display != nullptr) {
+            XCloseDisplay(display);
+        }
+    }
+
+    Atom atom(char const* name) const { return XInternAtom(display, name, False); }
+
+    /// The window of a process at or below another one, or None.
+    Window find(Window below, pid_t process) const {
+        Window root = None;
+        Window parent = None;
+        Window* children = nullptr;
+        unsigned int count = 0;
+        Window found = belongsTo(below, process) ? below : None;
+        if (found == None && XQueryTree(display, below, &root, &parent, &children, &count) != 0) {
+            for (unsigned int i = 0; i < count && found == None; ++i) {
+                found = find(children[i], process);
+            }
+            if (children != nullptr) {
+                XFree(children);
+            }
+        }
+        return found;
+    }
+
+    bool belongsTo(Window candidate, pid_t process) const {
+        Atom type = None;
+        int format = 0;
+        unsigned long count = 0;
+        unsigned long left = 0;
+        unsigned char* data = nullptr;
+        bool isFound = false;
+        if (XGetWindowProperty(display, candidate, atom("_NET_WM_PID"), 0, 1, False, XA_CARDINAL, &type,
+                               &format, &count, &left, &data) == Success &&
+            data != nullptr) {
+            XWindowAttributes facts{};
+            XGetWindowAttributes(display, candidate, &facts);
+            isFound = count == 1 && *reinterpret_cast<unsigned long*>(data) == static_cast<unsigned long>(process) &&
+                      facts.map_state == IsViewable;
+            XFree(data);
+        }
+        return isFound;
+    }
+
+    void send(Atom message, std::array<long, 5> const& data, Window source) const {
+        XEvent event{};
+        event.xclient.type = ClientMessage;
+        event.xclient.window = window;
+        event.xclient.message_type = message;
+        event.xclient.format = 32;
+        event.xclient.data.l[0] = static_cast<long>(source);
+        for (std::size_t i = 1; i < data.size(); ++i) {
+            event.xclient.data.l[i] = data[i];
+        }
+        XSendEvent(display, window, False, NoEventMask, &event);
+        XFlush(display);
+    }
+};
+
+WindowDriver::WindowDriver(std::vector<std::string> const& arguments,
+                           std::vector<std::string> const& environment)
+    : screen(std::make_unique<Screen>()) {
+    // A window may go away between two requests.
+    XSetErrorHandler([](Display*, XErrorEvent*) { return 0; });
+    screen->display = XOpenDisplay(nullptr);
+    program = fork();
+    if (program == 0) {
+        for (std::string const& setting : environment) {
+            std::size_t const middle = setting.find('=');
+            setenv(setting.substr(0, middle).c_str(), setting.substr(middle + 1).c_str(), 1);
+        }
+        std::vector<std::string> words{VL_VIEWPORT_PROGRAM};
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        std::vector<char*> pointers;
+        for (std::string& word : words) {
+            pointers.push_back(word.data());
+        }
+        pointers.push_back(nullptr);
+        execv(VL_VIEWPORT_PROGRAM, pointers.data());
+        _exit(127);
+    }
+    auto const deadline = Clock::now() + PATIENCE;
+    while (screen->display != nullptr && screen->window == None && Clock::now() < deadline) {
+        screen->window = screen->find(DefaultRootWindow(screen->display), program);
+        int status = 0;
+        if (waitpid(program, &status, WNOHANG) == program) {
+            program = 0;
+            return;
+        }
+        sleep();
+    }
+    if (isOpen()) {
+        // There is no window manager that would do it.
+        XSetInputFocus(screen->display, screen->window, RevertToParent, CurrentTime);
+        XFlush(screen->display);
+    }
+}
+
+WindowDriver::~WindowDriver() {
+    if (program != 0) {
+        kill(program, SIGKILL);
+        waitpid(program, nullptr, 0);
+    }
+}
+
+bool WindowDriver::isOpen() const {
+    return screen->window != None;
+}
+
+// == What is seen ==
+
+Picture WindowDriver::look() const {
+    Picture picture;
+    XWindowAttributes facts{};
+    if (!isOpen() || XGetWindowAttributes(screen->display, screen->window, &facts) == 0) {
+        return picture;
+    }
+    XImage* const image =
+        XGetImage(screen->display, screen->window, 0, 0, static_cast<unsigned int>(facts.width),
+                  static_cast<unsigned int>(facts.height), AllPlanes, ZPixmap);
+    if (image == nullptr) {
+        return picture;
+    }
+    picture.width = facts.width;
+    picture.height = facts.height;
+    picture.pixels.reserve(4 * static_cast<std::size_t>(facts.width) * static_cast<std::size_t>(facts.height));
+    for (int y = 0; y < facts.height; ++y) {
+        for (int x = 0; x < facts.width; ++x) {
+            unsigned long const color = XGetPixel(image, x, y);
+            for (unsigned int const shift : {16U, 8U, 0U}) {
+                picture.pixels.push_back(static_cast<unsigned char>(color >> shift & 0xFFU));
+            }
+            picture.pixels.push_back(255);
+        }
+    }
+    XDestroyImage(image);
+    return picture;
+}
+
+Picture WindowDriver::settled() const {
+    auto const deadline = Clock::now() + PATIENCE;
+    Picture picture = look();
+    double used = processorTime();
+    auto since = Clock::now();
+    while (Clock::now() - since < CALM && Clock::now() < deadline) {
+        sleep();
+        Picture next = look();
+        double const usedNow = processorTime();
+        // A program that computes is about to show something.
+        if (next.pixels != picture.pixels || usedNow > used) {
+            since = Clock::now();
+        }
+        picture = std::move(next);
+        used = usedNow;
+    }
+    return picture;
+}
+
+bool WindowDriver::waitUntil(std::function<bool(Picture const&)> const& condition) const {
+    auto const deadline = Clock::now() + PATIENCE;
+    while (Clock::now() < deadline) {
+        if (condition(look())) {
+            return true;
+        }
+        sleep();
+    }
+    return false;
+}
+
+// == What is done ==
+
+void WindowDriver::move(Point to) {
+    Window child = None;
+    int x = 0;
+    int y = 0;
+    XTranslateCoordinates(screen->display, screen->window, DefaultRootWindow(screen->display), to.x, to.y, &x,
+                          &y, &child);
+    XTestFakeMotionEvent(screen->display, -1, x, y, CurrentTime);
+    XFlush(screen->display);
+    std::this_thread::sleep_for(4 * PAUSE);
+}
+
+void WindowDriver::press(unsigned int button) {
+    XTestFakeButtonEvent(screen->display, button, True, CurrentTime);
+    XFlush(screen->display);
+    std::this_thread::sleep_for(4 * PAUSE);
+}
+
+void WindowDriver::release(unsigned int button) {
+    XTestFakeButtonEvent(screen->display, button, False, CurrentTime);
+    XFlush(screen->display);
+    std::this_thread::sleep_for(4 * PAUSE);
+}
+
+void WindowDriver::click(unsigned int button, Point at) {
+    move(at);
+    press(button);
+    release(button);
+}
+
+void WindowDriver::drag(unsigned int button, Point from, Point to) {
+    move(from);
+    press(button);
+    move({(from.x + to.x) / 2, (from.y + to.y) / 2});
+    move(to);
+    release(button);
+}
+
+void WindowDriver::turnWheel(int steps, Point at) {
+    move(at);
+    for (int i = 0; i < std::abs(steps); ++i) {
+        click(steps > 0 ? Button4 : Button5, at);
+    }
+}
+
+void WindowDriver::type(std::vector<std::string> const& keys) {
+    auto const code = [this](std::string const& key) {
+        return XKeysymToKeycode(screen->display, XStringToKeysym(key.c_str()));
+    };
+    for (std::string const& key : keys) {
+        XTestFakeKeyEvent(screen->display, code(key), True, CurrentTime);
+        XFlush(screen->display);
+        std::this_thread::sleep_for(2 * PAUSE);
+    }
+    for (auto key = keys.rbegin(); key != keys.rend(); ++key) {
+        XTestFakeKeyEvent(screen->display, code(*key), False, CurrentTime);
+    }
+    XFlush(screen->display);
+    std::this_thread::sleep_for(2 * PAUSE);
+}
+
+void WindowDriver::resize(int width, int height) {
+    XResizeWindow(screen->display, screen->window, static_cast<unsigned int>(width),
+                  static_cast<unsigned int>(height));
+    XFlush(screen->display);
+    waitUntil([&](Picture const& picture) { return picture.width == width && picture.height == height; });
+}
+
+/// In the protocol of drag and drop, version 5, in which this is the source.
+void WindowDriver::drop(std::vector<std::string> const& files) {
+    Display* const display = screen->display;
+    Window const source = XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, 1, 1, 0, 0, 0);
+    XSetSelectionOwner(display, screen->atom("XdndSelection"), source, CurrentTime);
+    std::string list;
+    for (std::string const& file : files) {
+        list += "file://" + file + "\r\n";
+    }
+    Picture const seen = look();
+    Window child = None;
+    int x = 0;
+    int y = 0;
+    XTranslateCoordinates(display, screen->window, DefaultRootWindow(display), seen.width / 2, seen.height / 2,
+                          &x, &y, &child);
+    constexpr long VERSION = 5;
+    screen->send(screen->atom("XdndEnter"), {0, VERSION << 24, static_cast<long>(screen->atom("text/uri-list")), 0, 0},
+                 source);
+    screen->send(screen->atom("XdndPosition"),
+                 {0, 0, (static_cast<long>(x) << 16) | y, CurrentTime,
+                  static_cast<long>(screen->atom("XdndActionCopy"))},
+                 source);
+    auto const deadline = Clock::now() + PATIENCE;
+    bool isFinished = false;
+    while (!isFinished && Clock::now() < deadline) {
+        if (XPending(display) == 0) {
+            sleep();
+            continue;
+        }
+        XEvent event{};
+        XNextEvent(display, &event);
+        if (event.type == ClientMessage && event.xclient.message_type == screen->atom("XdndStatus")) {
+            screen->send(screen->atom("XdndDrop"), {0, 0, CurrentTime, 0, 0}, source);
+        } else if (event.type == ClientMessage && event.xclient.message_type == screen->atom("XdndFinished")) {
+            isFinished = true;
+        } else if (event.type == SelectionRequest) {
+            XSelectionRequestEvent const& request = event.xselectionrequest;
+            XChangeProperty(display, request.requestor, request.property, request.target, 8, PropModeReplace,
+                            reinterpret_cast<unsigned char const*>(list.data()), static_cast<int>(list.size()));
+            XEvent answer{};
+            answer.xselection.type = SelectionNotify;
+            answer.xselection.requestor = request.requestor;
+            answer.xselection.selection = request.selection;
+            answer.xselection.target = request.target;
+            answer.xselection.property = request.property;
+            answer.xselection.time = request.time;
+            XSendEvent(display, request.requestor, False, NoEventMask, &answer);
+            XFlush(display);
+        }
+    }
+    XDestroyWindow(display, source);
+    XFlush(display);
+}
+
+// == What it costs ==
+
+double WindowDriver::processorTime() const {
+    std::ifstream file("/proc/" + std::to_string(program) + "/stat");
+    std::string text;
+    std::getline(file, text);
+    // After the name, which may hold blanks; user time is the twelfth word from there.
+    std::istringstream words(text.substr(std::min(text.size(), text.rfind(')') + 1)));
+    std::string word;
+    for (int i = 0; i < 11; ++i) {
+        words >> word;
+    }
+    double user = 0;
+    double system = 0;
+    words >> user >> system;
+    return (user + system) / static_cast<double>(sysconf(_SC_CLK_TCK));
+}
+
+std::size_t WindowDriver::memory() const {
+    std::ifstream file("/proc/" + std::to_string(program) + "/statm");
+    std::size_t all = 0;
+    std::size_t resident = 0;
+    file >> all >> resident;
+    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+std::optional<int> WindowDriver::close() {
+    screen->send(screen->atom("WM_PROTOCOLS"), {0, 0, 0, 0, 0}, screen->atom("WM_DELETE_WINDOW"));
+    auto const deadline = Clock::now() + PATIENCE;
+    while (program != 0 && Clock::now() < deadline) {
+        int status = 0;
+        if (waitpid(program, &status, WNOHANG) == program) {
+            program = 0;
+            return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        }
+        sleep();
+    }
+    return std::nullopt;
+}

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "viewport/files/images/Picture.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <sys/types.h>
+
+/// A program with a window on the X display of the test, driven as by a person: through the X server's test extension, which moves
+/// the pointer and presses keys and buttons for everybody.
+///
+///     WindowDriver window({"cube.obj"});
+///     ASSERT_TRUE(window.isOpen());
+///     window.drag(1, {400, 300}, {450, 320});
+///     Picture const after = window.settled();
+class WindowDriver {
+public:
+    struct Point {
+        int x;  ///< pixels from the left edge of the window
+        int y;  ///< pixels from its top edge
+    };
+
+    /// Starts vl_viewport, and waits for its window.
+    /// \param environment settings "NAME=value" beside those of the test
+    explicit WindowDriver(std::vector<std::string> const& arguments,
+                          std::vector<std::string> const& environment = {});
+    ~WindowDriver();  ///< Ends the program.
+    WindowDriver(WindowDriver const&) = delete;
+    WindowDriver& operator=(WindowDriver const&) = delete;
+
+    bool isOpen() const;
+
+    /// What the window shows.
+    vellum::viewport::Picture look() const;
+
+    /// What it shows when it has not changed for a while; the last look where it goes on changing.
+    vellum::viewport::Picture settled() const;
+
+    /// Looks until the condition holds. False where it never does.
+    bool waitUntil(std::function<bool(vellum::viewport::Picture const&)> const& condition) const;
+
+    void move(Point to);
+    void press(unsigned int button);
+    void release(unsigned int button);
+    void click(unsigned int button, Point at);
+    void drag(unsigned int button, Point from, Point to);
+    void turnWheel(int steps, Point at);  ///< Away from the user where positive.
+
+    /// Keys by their X names, pressed together and released: {"Control_L", "z"}.
+    void type(std::vector<std::string> const& keys);
+
+    void resize(int width, int height);
+    void drop(std::vector<std::string> const& files);  ///< As from a file manager, onto its middle.
+
+    /// Processor time that the program has used, seconds.
+    double processorTime() const;
+
+    /// Memory that the program has in use, bytes.
+    std::size_t memory() const;
+
+    /// Asks it to close its window, and gives its exit status; nothing where it does not end.
+    std::optional<int> close();
+
+private:
+    struct Screen;
+
+    std::unique_ptr<Screen> screen;
+    pid_t program = 0;  // 0: it has ended
+};

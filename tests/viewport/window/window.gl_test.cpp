@@ -1,0 +1,150 @@
+#include "tests/support/TemporaryFolder.h"
+#include "tests/viewport/program/program_runner.h"
+#include "tests/viewport/window/WindowDriver.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+using namespace vellum::viewport;
+
+namespace {
+
+constexpr char CUBE[] = "v -1 -1 -1\nv 1 -1 -1\nv 1 1 -1\nv -1 1 -1\nv -1 -1 1\nv 1 -1 1\nv 1 1 1\nv -1 1 1\n"
+                        "f 1 4 3 2\nf 5 6 7 8\nf 1 2 6 5\nf 2 3 7 6\nf 3 4 8 7\nf 4 1 5 8\n";
+
+std::size_t differences(Picture const& a, Picture const& b) {
+    if (a.width != b.width || a.height != b.height) {
+        return std::max(a.pixels.size(), b.pixels.size()) / 4;
+    }
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < a.pixels.size(); i += 4) {
+        count += std::equal(a.pixels.begin() + static_cast<std::ptrdiff_t>(i),
+                            a.pixels.begin() + static_cast<std::ptrdiff_t>(i + 4),
+                            b.pixels.begin() + static_cast<std::ptrdiff_t>(i))
+                     ? 0
+                     : 1;
+    }
+    return count;
+}
+
+/// A window without its panel, with a cube.
+class Window_gl_test : public testing::Test {
+protected:
+    void SetUp() override { cube = folder.write("cube.obj", CUBE); }
+
+    /// The settings of a user who has none.
+    std::vector<std::string> environment() const {
+        return {"XDG_CONFIG_HOME=" + folder.file("config"), "XDG_DATA_HOME=" + folder.file("data")};
+    }
+
+    std::unique_ptr<WindowDriver> open(std::vector<std::string> const& arguments) const {
+        return std::make_unique<WindowDriver>(arguments, environment());
+    }
+
+    Picture drawnOffScreen(std::vector<std::string> arguments) const {
+        std::string const file = folder.file("expected.png");
+        arguments.insert(arguments.end(), {"--out", file});
+        Outcome const outcome = runProgram(VL_VIEWPORT_PROGRAM, arguments, environment());
+        EXPECT_EQ(outcome.status, 0) << outcome.error;
+        Result<Picture> picture = Picture::loadPng(file);
+        EXPECT_TRUE(picture.isOk());
+        return picture.isOk() ? picture.value() : Picture{};
+    }
+
+    TemporaryFolder folder;
+    std::string cube;
+};
+
+}  // namespace
+
+TEST_F(Window_gl_test, withoutItsPanelItShowsThePictureThatOutWrites) {
+    auto const window = open({cube, "--size", "640x480"});
+    ASSERT_TRUE(window->isOpen());
+    window->type({"Tab"});
+    Picture const expected = drawnOffScreen({cube, "--size", "640x480"});
+    EXPECT_TRUE(window->waitUntil([&](Picture const& seen) { return differences(seen, expected) == 0; }))
+        << differences(window->look(), expected) << " pixels differ";
+    EXPECT_EQ(window->close(), 0);
+}
+
+TEST_F(Window_gl_test, aRestingWindowUsesNoProcessorTime) {
+    auto const window = open({cube, "--size", "320x240"});
+    ASSERT_TRUE(window->isOpen());
+    window->settled();
+    double const before = window->processorTime();
+    std::this_thread::sleep_for(std::chrono::seconds(2));
+    EXPECT_LE(window->processorTime() - before, 0.01);
+}
+
+TEST_F(Window_gl_test, theMouseTurnsMovesAndZoomsAndFShowsEverythingAgain) {
+    auto const window = open({cube, "--size", "480x360"});
+    ASSERT_TRUE(window->isOpen());
+    window->type({"Tab"});
+    Picture const first = window->settled();
+    window->drag(1, {240, 180}, {330, 200});
+    Picture const turned = window->settled();
+    EXPECT_GT(differences(first, turned), 2000U);
+    window->type({"f"});
+    Picture const fitted = window->settled();
+    window->drag(3, {240, 180}, {280, 150});
+    Picture const moved = window->settled();
+    EXPECT_GT(differences(fitted, moved), 2000U);
+    window->turnWheel(3, {100, 100});
+    Picture const zoomed = window->settled();
+    EXPECT_GT(differences(moved, zoomed), 2000U);
+    window->type({"f"});
+    EXPECT_EQ(differences(window->settled(), fitted), 0U) << "turning is kept, the rest is undone";
+}
+
+TEST_F(Window_gl_test, numbersAreTheViewsOfTheCommandLine) {
+    auto const window = open({cube, "--size", "320x240"});
+    ASSERT_TRUE(window->isOpen());
+    window->type({"Tab"});
+    window->type({"3"});
+    Picture const expected = drawnOffScreen({cube, "--size", "320x240", "--view", "top"});
+    EXPECT_TRUE(window->waitUntil([&](Picture const& seen) { return differences(seen, expected) == 0; }));
+    window->type({"0"});
+    Picture const perspective = drawnOffScreen({cube, "--size", "320x240"});
+    EXPECT_TRUE(window->waitUntil([&](Picture const& seen) { return differences(seen, perspective) == 0; }));
+}
+
+TEST_F(Window_gl_test, anotherSizeShowsThePictureOfThatSize) {
+    auto const window = open({cube, "--size", "320x240"});
+    ASSERT_TRUE(window->isOpen());
+    window->type({"Tab"});
+    window->resize(401, 283);
+    Picture const expected = drawnOffScreen({cube, "--size", "401x283"});
+    EXPECT_TRUE(window->waitUntil([&](Picture const& seen) { return differences(seen, expected) == 0; }));
+}
+
+TEST_F(Window_gl_test, aBrokenFileThatIsDroppedLeavesWhatWasOpen) {
+    auto const window = open({cube, "--size", "480x360"});
+    ASSERT_TRUE(window->isOpen());
+    window->type({"Tab"});
+    Picture const before = window->settled();
+    window->drop({folder.write("broken.stl", "solid nothing\nfacet normal x y\n")});
+    EXPECT_TRUE(window->waitUntil([&](Picture const& seen) { return differences(seen, before) > 1000; }))
+        << "the fault is shown";
+    window->type({"Return"});
+    EXPECT_EQ(differences(window->settled(), before), 0U);
+    EXPECT_EQ(window->close(), 0);
+}
+
+TEST_F(Window_gl_test, aFileThatIsDroppedIsShown) {
+    auto const window = open({"--size", "320x240"});
+    ASSERT_TRUE(window->isOpen()) << "without files";
+    window->type({"Tab"});
+    window->settled();
+    window->drop({cube});
+    Picture const expected = drawnOffScreen({cube, "--size", "320x240"});
+    EXPECT_TRUE(window->waitUntil([&](Picture const& seen) { return differences(seen, expected) == 0; }));
+}
+
+TEST_F(Window_gl_test, withoutADisplayItEndsInOneLineThatNamesTheWayWithoutOne) {
+    Outcome const outcome =
+        runProgram(VL_VIEWPORT_PROGRAM, {cube}, {"DISPLAY=", "WAYLAND_DISPLAY=", "XDG_RUNTIME_DIR="});
+    EXPECT_EQ(outcome.status, 3);
+    EXPECT_THAT(outcome.error, testing::HasSubstr("--out"));
+    EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << outcome.error;
+}
