@@ -187,40 +187,60 @@ void Application::_handleMouse() {
 }
 
 void Application::_handleKeys() {
-    if (interface.hasKeys()) {
+    for (KeyPress const& press : window.takeKeys()) {
+        // Keys that are typed into a widget are its own.
+        if (!interface.hasKeys()) {
+            _handleKey(press);
+        }
+    }
+}
+
+void Application::_handleKey(KeyPress const& press) {
+    if (press.hasControl) {
+        if (press.key == GLFW_KEY_Q) {
+            window.close();
+        }
         return;
     }
-    auto const isPressed = [](int key) { return ImGui::IsKeyPressed(key, false); };
-    if (isPressed(GLFW_KEY_H)) {
+    switch (press.key) {
+    case GLFW_KEY_H:
         panel.isHelpShown = !panel.isHelpShown;
-    }
-    if (isPressed(GLFW_KEY_TAB)) {
+        return;
+    case GLFW_KEY_TAB:
         hasPanel = !hasPanel;
-    }
-    if (isPressed(GLFW_KEY_F11)) {
+        return;
+    case GLFW_KEY_F11:
         window.setFullScreen(!window.isFullScreen());
+        return;
+    case GLFW_KEY_F5:
+        workspace.reload();
+        return;
+    case GLFW_KEY_ESCAPE:
+        workspace.cancelLoading();
+        workspace.forgetFault();
+        return;
+    case GLFW_KEY_ENTER:
+    case GLFW_KEY_KP_ENTER:
+        workspace.forgetFault();
+        return;
+    default:
+        _handleViewKey(press.key);
     }
-    if (ImGui::GetIO().KeyCtrl && isPressed(GLFW_KEY_Q)) {
-        window.close();
-    }
+}
+
+void Application::_handleViewKey(int key) {
     LiveScene* const scene = workspace.scene();
     if (scene == nullptr) {
         return;
     }
     Navigation const navigation(scene->scene(), scene->camera());
-    if (isPressed(GLFW_KEY_F)) {
+    int const number = key >= GLFW_KEY_KP_0 && key <= GLFW_KEY_KP_9 ? key - GLFW_KEY_KP_0 : key - GLFW_KEY_0;
+    if (key == GLFW_KEY_F) {
         _moveCamera(navigation.fit());
-    }
-    if (isPressed(GLFW_KEY_P)) {
+    } else if (key == GLFW_KEY_P) {
         _moveCamera(navigation.otherProjection());
-    }
-    for (int i = 0; i <= 6; ++i) {
-        if (isPressed(GLFW_KEY_0 + i) || isPressed(GLFW_KEY_KP_0 + i)) {
-            _moveCamera(navigation.lookAlong(static_cast<toolkit::ViewKind>(i)));
-        }
-    }
-    if (isPressed(GLFW_KEY_F5)) {
-        workspace.reload();
+    } else if (number >= 0 && number <= static_cast<int>(toolkit::ViewKind::RIGHT)) {
+        _moveCamera(navigation.lookAlong(static_cast<toolkit::ViewKind>(number)));
     }
 }
 

@@ -43,6 +43,8 @@ private:
     void _layOut();
     void _handleMouse();
     void _handleKeys();
+    void _handleKey(KeyPress const& press);
+    void _handleViewKey(int key);
     void _handleDroppedFiles();
     void _do(PanelRequests const& requests);
     void _moveCamera(CameraSpec const& spec);

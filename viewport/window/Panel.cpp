@@ -131,7 +131,7 @@ void Panel::_drawProgress(Workspace const& workspace, PanelRequests& requests) c
                                                      std::to_string(progress.all >> 20) + " MB"
                                                : std::string("...");
     ImGui::ProgressBar(static_cast<float>(part), {ImGui::GetFontSize() * 20, 0}, bytes.c_str());
-    if (ImGui::Button("Cancel") || ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Escape))) {
+    if (ImGui::Button("Cancel")) {
         requests.cancelLoading = true;
     }
     ImGui::End();
@@ -148,8 +148,7 @@ void Panel::_drawFault(Workspace& workspace) const {
     ImGui::PushTextWrapPos(ImGui::GetFontSize() * 34);
     ImGui::TextUnformatted(workspace.fault()->line().c_str());
     ImGui::PopTextWrapPos();
-    if (ImGui::Button("OK") || ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Enter)) ||
-        ImGui::IsKeyPressed(ImGui::GetKeyIndex(ImGuiKey_Escape))) {
+    if (ImGui::Button("OK")) {
         workspace.forgetFault();
     }
     ImGui::End();

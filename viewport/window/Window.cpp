@@ -79,7 +79,13 @@ void Window::_listen() {
     glfwSetMouseButtonCallback(window,
                                [](GLFWwindow* source, int, int, int) { self(source).hasEvents = true; });
     glfwSetScrollCallback(window, [](GLFWwindow* source, double, double) { self(source).hasEvents = true; });
-    glfwSetKeyCallback(window, [](GLFWwindow* source, int, int, int, int) { self(source).hasEvents = true; });
+    glfwSetKeyCallback(window, [](GLFWwindow* source, int key, int, int action, int modifiers) {
+        if (action != GLFW_RELEASE) {
+            self(source).keys.push_back(
+                {key, (modifiers & GLFW_MOD_CONTROL) != 0, (modifiers & GLFW_MOD_SHIFT) != 0});
+        }
+        self(source).hasEvents = true;
+    });
     glfwSetCharCallback(window, [](GLFWwindow* source, unsigned int) { self(source).hasEvents = true; });
 }
 
@@ -144,6 +150,10 @@ void Window::wake() {
 
 std::vector<std::string> Window::takeDroppedFiles() {
     return std::exchange(dropped, {});
+}
+
+std::vector<KeyPress> Window::takeKeys() {
+    return std::exchange(keys, {});
 }
 
 bool Window::takeEvents() {

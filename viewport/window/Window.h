@@ -12,6 +12,13 @@ struct GLFWwindow;
 
 namespace vellum::viewport {
 
+/// A key that was pressed, or is held and repeats.
+struct KeyPress {
+    int key;  ///< GLFW_KEY_...
+    bool hasControl;
+    bool hasShift;
+};
+
 /// A window of the desktop with an OpenGL context, which is current from its construction to its end.
 class Window {
 public:
@@ -44,6 +51,9 @@ public:
     /// What has been dropped onto it since the last call.
     std::vector<std::string> takeDroppedFiles();
 
+    /// The keys that were pressed since the last call, oldest first; none is lost while the program is busy.
+    std::vector<KeyPress> takeKeys();
+
     /// Whether something has happened to it since the last call: input, another size, damage.
     bool takeEvents();
 
@@ -53,6 +63,7 @@ private:
 
     GLFWwindow* window;
     std::vector<std::string> dropped;
+    std::vector<KeyPress> keys;
     bool hasEvents = true;
     bool isFull = false;
     int formerPlace[4] = {0, 0, 0, 0};  // x, y, width, height before full screen

@@ -4,7 +4,10 @@
 
 #include <gmock/gmock.h>
 
-#include <filesystem>
+#include <algorithm>
+#include <chrono>
+#include <memory>
+#include <thread>
 
 using namespace vellum::viewport;
 
