@@ -39,8 +39,8 @@ function(vl_defaults target)
     target_compile_definitions(${target} PRIVATE
       $<$<OR:$<BOOL:${VL_CHECK_LIFETIMES}>,$<CONFIG:Debug>>:VL_CHECK_LIFETIMES>)
     if(VL_SANITIZE)
-      # Optimized, instrumented code takes more than twice as long to compile, more than the tests gain from it.
-      target_compile_options(${target} PRIVATE -O0 ${VL_SANITIZE_OPTIONS})
+      # With more optimization, instrumented code takes at least twice as long to compile, more than the tests gain from it.
+      target_compile_options(${target} PRIVATE $<IF:$<CXX_COMPILER_ID:Clang>,-O0,-Og> ${VL_SANITIZE_OPTIONS})
     endif()
   endif()
   if(VL_PRECOMPILE_HEADERS AND NOT VL_IS_TEST_CODE)
