@@ -119,9 +119,11 @@ CameraSpec Navigation::fit() const {
     CameraSpec spec;
     spec.projection = now.projection;
     spec.fieldOfView = now.fieldOfView;
-    Point const back = camera.screen().towardViewer;
+    // Of the placement, not of the camera, which rounds.
+    Pose const pose = _pose();
+    Point const back = normalized(pose.eye - pose.focus);
     spec.elevation = std::asin(std::clamp(back.y, -1.0, 1.0)) * 180 / PI;
-    Point const level = std::hypot(back.x, back.z) > 1e-9 ? back : camera.screen().up * (back.y < 0 ? 1.0 : -1.0);
+    Point const level = std::hypot(back.x, back.z) > 1e-9 ? back : pose.up * (back.y < 0 ? 1.0 : -1.0);
     spec.azimuth = std::atan2(level.x, level.z) * 180 / PI;
     return spec;
 }
