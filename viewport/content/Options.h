@@ -3,6 +3,7 @@
 #include "viewport/content/PictureOptions.h"
 #include "viewport/drawing/effects/EffectSpec.h"
 #include "viewport/drawing/subjects/MeshStyle.h"
+#include "viewport/editing/GivenTransforms.h"
 #include "viewport/files/mesh/GuardedImport.h"
 #include "viewport/files/mesh/UpAxis.h"
 #include "viewport/scene/ParticleOptions.h"
@@ -30,7 +31,8 @@ struct Options {
     ParticleOptions particles;
     std::optional<double>
         time;  ///< of the frame to be shown, in units of the file; not together with a frame's number
-    std::optional<UpAxis> up;  ///< what is up in the files; nothing: what they say themselves
+    std::optional<UpAxis> up;    ///< what is up in the files; nothing: what they say themselves
+    GivenTransforms transforms;  ///< of objects that are moved, turned or scaled
     std::optional<EffectSpec> effect;
     InfoForm info = InfoForm::NONE;
     bool isQuiet = false;  ///< notes and progress are not shown; faults are

@@ -92,7 +92,8 @@ bool sameSubject(Options const& a, Options const& b) {
 
 bool sameFiles(Options const& a, Options const& b) {
     // Textures of a file are not read where an effect covers them.
-    bool const needTextures = a.texture.empty() == b.texture.empty() && a.effect.has_value() == b.effect.has_value() &&
+    bool const needTextures = a.texture.empty() == b.texture.empty() &&
+                              a.effect.has_value() == b.effect.has_value() &&
                               (!a.effect || a.effect->onlyModel == b.effect->onlyModel);
     return a.files == b.files && a.format == b.format && a.isSeries == b.isSeries &&
            a.particles.frame == b.particles.frame && a.time == b.time && needTextures;
@@ -109,7 +110,8 @@ Change changeBetween(Options const& before, Options const& after) {
     }
     PictureOptions const& a = before.pictures.front();
     PictureOptions const& b = after.pictures.front();
-    if (!sameMesh(before.mesh, after.mesh) || !samePicture(a, b) || before.gpuMemory != after.gpuMemory) {
+    if (!sameMesh(before.mesh, after.mesh) || !samePicture(a, b) || before.transforms != after.transforms ||
+        before.gpuMemory != after.gpuMemory) {
         return Change::LOOK;
     }
     return sameCamera(a.camera, b.camera) ? Change::NOTHING : Change::CAMERA;

@@ -18,6 +18,9 @@ Workspace::Workspace(Options const& options, std::function<void()> wake)
 
 void Workspace::apply(Options const& options) {
     Change const change = changeBetween(wanted, options);
+    if (options.transforms != wanted.transforms) {
+        steps.clear();
+    }
     wanted = options;
     if (change >= Change::SUBJECT || loader.isLoading() || live == nullptr) {
         _load(wanted, change == Change::FILES || content == nullptr ? nullptr : content);
@@ -54,6 +57,7 @@ void Workspace::open(std::vector<std::string> const& files) {
     options.particles.mode.reset();
     options.particles.size.reset();
     options.up.reset();
+    options.transforms.clear();
     wanted = options;
     _load(wanted, nullptr);
 }
@@ -87,6 +91,9 @@ bool Workspace::_takeOver(LoadOutcome outcome, double aspect) {
     }
     // The camera may have moved meanwhile.
     Options options = wanted;
+    if (options.files != shown.files) {
+        _forgetEdits();
+    }
     // What stands is given back first: two large scenes may be more than the GPU holds.
     std::unique_ptr<LiveScene> former = std::move(live);
     former.reset();
@@ -106,13 +113,82 @@ bool Workspace::_takeOver(LoadOutcome outcome, double aspect) {
     return true;
 }
 
+// == Editing ==
+
+void Workspace::select(std::optional<std::size_t> object) {
+    bool const exists = object && live != nullptr && *object < objectCount(live->scene());
+    chosen = exists ? object : std::nullopt;
+    isEdited = true;
+}
+
+ObjectTransform Workspace::transform(std::size_t object) const {
+    auto const found = shown.transforms.find(object);
+    return found != shown.transforms.end() ? found->second : ObjectTransform();
+}
+
+void Workspace::setTransform(std::size_t object, ObjectTransform const& transform, std::string const& label) {
+    if (live == nullptr || object >= objectCount(live->scene()) || !transform.isValid()) {
+        return;
+    }
+    steps.push({object, label, this->transform(object), transform});
+    _keep(object, transform);
+}
+
+void Workspace::preview(std::size_t object, ObjectTransform const& transform) {
+    static_cast<void>(object);
+    static_cast<void>(transform);
+    isEdited = true;
+}
+
+void Workspace::undo() {
+    if (std::optional<TransformStep> const step = steps.undo()) {
+        _keep(step->object, step->before);
+    }
+}
+
+void Workspace::redo() {
+    if (std::optional<TransformStep> const step = steps.redo()) {
+        _keep(step->object, step->after);
+    }
+}
+
+void Workspace::setGizmo(Gizmo gizmo) {
+    wanted.pictures.front().gizmo = gizmo;
+    shown.pictures.front().gizmo = gizmo;
+    isEdited = true;
+}
+
+/// Shows an object where it is from now on.
+void Workspace::_keep(std::size_t object, ObjectTransform const& transform) {
+    auto const keepIn = [&](Options& options) {
+        if (transform.isIdentity()) {
+            options.transforms.erase(object);
+        } else {
+            options.transforms[object] = transform;
+        }
+    };
+    keepIn(shown);
+    // Other files that are being loaded have other objects.
+    if (wanted.files == shown.files) {
+        keepIn(wanted);
+    }
+    isEdited = true;
+}
+
+/// The objects of other files are others.
+void Workspace::_forgetEdits() {
+    chosen.reset();
+    steps.clear();
+}
+
 void Workspace::saveScreenshot(std::string const& path, PictureSize const& size) {
     if (live == nullptr) {
         return;
     }
     std::optional<PictureFormat> const format = pictureFormatOf(path);
     if (!format) {
-        lastFault = Fault{path, std::string("the name tells no format of pictures (known: ") + PICTURE_EXTENSIONS + ")"};
+        lastFault = Fault{path, std::string("the name tells no format of pictures (known: ") +
+                                    PICTURE_EXTENSIONS + ")"};
         return;
     }
     Result<Picture> const picture = live->picture(size);

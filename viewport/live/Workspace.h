@@ -4,15 +4,20 @@
 #include "viewport/content/Content.h"
 #include "viewport/content/Options.h"
 #include "viewport/drawing/view/PictureSize.h"
+#include "viewport/editing/Gizmo.h"
+#include "viewport/editing/ObjectTransform.h"
+#include "viewport/editing/UndoStack.h"
 #include "viewport/live/Change.h"
 #include "viewport/live/LiveScene.h"
 #include "viewport/loading/Loader.h"
 #include "viewport/text/Fault.h"
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vellum::viewport {
@@ -62,6 +67,45 @@ public:
     bool isLoading() const { return loader.isLoading(); }
     LoadProgress progress() const { return loader.progress(); }
 
+    // == Editing ==
+    // Objects of the scene are counted from 0, the models first, then the particles.
+
+    /// The object that the gizmo is over; nothing where none is selected.
+    std::optional<std::size_t> selected() const { return chosen; }
+
+    /// One that does not exist selects nothing.
+    void select(std::optional<std::size_t> object);
+
+    /// Where an object is drawn: identity where it was not moved, or does not exist. While it is dragged, where it was before.
+    ObjectTransform transform(std::size_t object) const;
+
+    /// Moves, turns and scales an object from where its file has it, as one step that can be undone. The camera stays. One that
+    /// cannot be drawn changes nothing.
+    /// \param label what is done, for a menu
+    void setTransform(std::size_t object, ObjectTransform const& transform, std::string const& label);
+
+    /// Shows an object elsewhere for the time of a drag; setTransform() makes it last.
+    void preview(std::size_t object, ObjectTransform const& transform);
+
+    /// Take back what was done last, and do it again. Nothing happens where there is none.
+    void undo();
+    void redo();
+    bool canUndo() const { return steps.nextUndo() != nullptr; }
+    bool canRedo() const { return steps.nextRedo() != nullptr; }
+
+    /// What undo() takes back next, for a menu; empty: nothing. The same of redo().
+    std::string undoLabel() const { return canUndo() ? steps.nextUndo()->label : std::string(); }
+    std::string redoLabel() const { return canRedo() ? steps.nextRedo()->label : std::string(); }
+
+    /// Which gizmo is over the selected object.
+    Gizmo gizmo() const { return wanted.pictures.front().gizmo; }
+    void setGizmo(Gizmo gizmo);
+
+    /// Whether editing has changed what is to be drawn since the last call.
+    bool takeEdited() { return std::exchange(isEdited, false); }
+
+    // == State ==
+
     LiveScene* scene() { return live.get(); }  ///< Null as long as nothing is open.
     toolkit::Layer& layer() { return *renderLayer; }
 
@@ -75,6 +119,8 @@ public:
 private:
     void _load(Options const& options, std::shared_ptr<Content const> const& kept);
     bool _takeOver(LoadOutcome outcome, double aspect);
+    void _keep(std::size_t object, ObjectTransform const& transform);
+    void _forgetEdits();
 
     std::unique_ptr<toolkit::Layer> renderLayer;
     std::unique_ptr<LiveScene> live;
@@ -83,6 +129,9 @@ private:
     std::shared_ptr<Content const> content;
     std::vector<Fault> notesOfScene;
     std::optional<Fault> lastFault;
+    std::optional<std::size_t> chosen;
+    UndoStack steps;
+    bool isEdited = false;
     Loader loader;
 };
 
