@@ -40,7 +40,7 @@ struct Found {
 class Search {
 public:
     Search(Model const& model, MeshData const& mesh, toolkit::View const& view,
-           std::optional<Box3<double>> const& clip, double most)
+           std::optional<Box3<double>> const& clip, double most, ShownAt const& shownAt)
         : model(model)
         , mesh(mesh)
         , view(view)
@@ -48,6 +48,7 @@ public:
         , middleY(view.viewport.height / 2.0)
         , screen(view, middleX, middleY)
         , clip(clip)
+        , shownAt(shownAt)
         , most(most + SLACK) {}
 
     std::optional<Found> find() {
@@ -118,7 +119,7 @@ private:
         OnScreen const place = screen.of(ray.origin + ray.direction * crossing->distance);
         Found const found{MeshElement::TRIANGLE, index, crossing->u, crossing->v, place.depth()};
         bool const isFirst = !sample.isCrossed || found.depth < sample.found.depth;
-        if (isFirst && place.isBetweenPlanes() && isInside(clip, _positionOf(found))) {
+        if (isFirst && place.isBetweenPlanes() && _isInside(_positionOf(found))) {
             sample.isCrossed = true;
             sample.found = found;
         }
@@ -148,7 +149,7 @@ private:
             double const distance = std::hypot(place.x, place.y) / place.w;
             bool const isNearest = found ? distance < least : distance <= least;
             if (place.isBetweenPlanes() && isNearest && place.depth() <= deepest &&
-                isInside(clip, mesh.positions[mesh.points[i]])) {
+                _isInside(mesh.positions[mesh.points[i]])) {
                 least = distance;
                 found = Found{MeshElement::POINT, i, 0, 0, place.depth()};
             }
@@ -180,8 +181,8 @@ private:
         part.keep(from.z + from.w, to.z + to.w);
         part.keep(from.w - from.z, to.w - to.z);
         if (clip) {
-            Point const& a = mesh.positions[line.e0];
-            Point const& b = mesh.positions[line.e1];
+            Point const a = _shownAt(mesh.positions[line.e0]);
+            Point const b = _shownAt(mesh.positions[line.e1]);
             for (auto const axis : {&Point::x, &Point::y, &Point::z}) {
                 part.keep(a.*axis - clip->min.*axis, b.*axis - clip->min.*axis);
                 part.keep(clip->max.*axis - a.*axis, clip->max.*axis - b.*axis);
@@ -189,6 +190,11 @@ private:
         }
         return part;
     }
+
+    /// Where a place of the file is drawn.
+    Point _shownAt(Point const& place) const { return shownAt ? shownAt(place) : place; }
+
+    bool _isInside(Point const& place) const { return !clip || isInside(clip, _shownAt(place)); }
 
     Point const& _vertex(unsigned int index) const { return model.vertices[index]; }
 
@@ -205,6 +211,7 @@ private:
     double middleY;
     ScreenPlace screen;
     std::optional<Box3<double>> const& clip;
+    ShownAt const& shownAt;
     double most;
     std::vector<Sample> samples;
 };
@@ -269,8 +276,9 @@ std::optional<Crossing> Crossing::of(Point const& origin, Point const& direction
 }
 
 std::optional<PickedElement> findElement(Model const& model, MeshData const& mesh, toolkit::View const& view,
-                                         std::optional<Box3<double>> const& clip, double most) {
-    std::optional<Found> const found = Search(model, mesh, view, clip, most).find();
+                                         std::optional<Box3<double>> const& clip, double most,
+                                         ShownAt const& shownAt) {
+    std::optional<Found> const found = Search(model, mesh, view, clip, most, shownAt).find();
     return found ? std::optional<PickedElement>(describe(mesh, *found)) : std::nullopt;
 }
 

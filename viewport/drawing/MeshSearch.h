@@ -6,9 +6,13 @@
 #include "viewport/files/mesh/MeshData.h"
 #include "viewport/scene/Scene.h"
 
+#include <functional>
 #include <optional>
 
 namespace vellum::viewport {
+
+/// Where a place of a file is drawn, in units and axes of the file; empty: there.
+using ShownAt = std::function<Vector3<double>(Vector3<double> const&)>;
 
 /// What a point of the screen shows of a mesh, among its triangles, lines and points, as the file has them.
 ///
@@ -21,9 +25,11 @@ namespace vellum::viewport {
 /// \param view of a small part of the screen, as wide and high in pixels as its viewport, with the point in its middle
 /// \param clip only what is inside is drawn; in axes and units of the file
 /// \param most what lies deeper is hidden by other things: it is found only where nothing else is
+/// \param shownAt of objects that are moved; the view is then that of what was not moved
 /// \return nothing where none covers the middle of a pixel.
 std::optional<PickedElement> findElement(Model const& model, MeshData const& mesh, toolkit::View const& view,
-                                         std::optional<Box3<double>> const& clip, double most);
+                                         std::optional<Box3<double>> const& clip, double most,
+                                         ShownAt const& shownAt = {});
 
 /// Where a line from an origin goes through a triangle, seen from either side.
 struct Crossing {

@@ -22,10 +22,10 @@ struct PickedValue {
 
 /// A particle of a file.
 struct PickedParticle {
-    std::size_t index = 0;            ///< in the frame, from 0, whatever of the frame is shown
-    std::optional<double> id;         ///< that of the file; nothing: it has none
-    Vector3<double> position;         ///< as the file has it, in its units and axes
-    Vector3<double> shownAt;          ///< where it is drawn: another place where it is wrapped or a copy
+    std::size_t index = 0;     ///< in the frame, from 0, whatever of the frame is shown
+    std::optional<double> id;  ///< that of the file; nothing: it has none
+    Vector3<double> position;  ///< as the file has it, in its units and axes
+    Vector3<double> shownAt;   ///< where it is drawn: another place where it is wrapped, a copy, or moved
     std::vector<PickedValue> values;  ///< all others of the file: words, channels, vectors
 
     /// The particle of a record.
@@ -49,7 +49,7 @@ struct PickedElement {
 /// A thing at a pixel. Whoever finds a thing of which only the name is known leaves the rest empty.
 struct Picked {
     unsigned int
-        name;  ///< the picking name: 1 to 4 the gizmo's handles, from 16 on the models, then the clouds
+        name;  ///< the picking name: 1 to 7 the gizmo's handles, from 16 on the models, then the clouds
     std::string owner;  ///< what the name belongs to: a handle like "gizmo move X", or a file's name
     std::optional<PickedParticle> particle = {};
     std::optional<PickedElement> element = {};

@@ -5,6 +5,7 @@
 #include "viewport/drawing/ParticleSearch.h"
 #include "viewport/drawing/layer/depth_modes.h"
 #include "viewport/drawing/view/ClipPlanes.h"
+#include "viewport/editing/ObjectTransform.h"
 
 #include <algorithm>
 #include <cmath>
@@ -23,6 +24,14 @@ static_assert(FIRST_MODEL_NAME >= GizmoDrawing::NAMES_END);
 constexpr double REACH = 2.5;  // pixels on each side of the pixel's center
 constexpr int BEYOND = 128;    // pixels; half of the largest point
 constexpr float NOTHING = 1;   // a depth buffer that is cleared
+
+/// The view of an object that is moved, as seen from where it was.
+toolkit::View movedView(toolkit::View view, std::optional<Matrix4<double>> const& place) {
+    if (place) {
+        view.modelView = view.modelView * *place;
+    }
+    return view;
+}
 
 }  // namespace
 
@@ -56,8 +65,15 @@ std::optional<Picked> Picker::pick(PictureSize const& size, Pixel pixel) {
     if (best->name >= _firstCloudName()) {
         picked.particle = _particleOf(*best, size, _lookAround(size, x, y), most);
     } else if (hasSurfaces && index < scene.meshes().size()) {
-        picked.element =
-            findElement(scene.models()[index], scene.meshes()[index], _lookAround(size, x, y), clip, most);
+        std::optional<Matrix4<double>> const& place = models[index].movedBy();
+        ShownAt shownAt;
+        if (place) {
+            shownAt = [this, &place](Vector3<double> const& position) {
+                return _movedInFile(*place, position);
+            };
+        }
+        picked.element = findElement(scene.models()[index], scene.meshes()[index],
+                                     movedView(_lookAround(size, x, y), place), clip, most, shownAt);
     }
     return picked;
 }
@@ -152,10 +168,16 @@ std::optional<PickedParticle> Picker::_particleOf(Hit const& hit, PictureSize co
     DrawnCloud const drawn{drawing.drawnLook(), drawing.drawnMode(),
                            static_cast<double>(CloudDrawing::arrowWidth(Sampling(1, size)))};
     ParticleCloud const& cloud = scene.clouds()[index];
-    std::optional<std::size_t> const record = findParticle(cloud, drawn, view, x, y, depth);
-    return record ? std::optional<PickedParticle>(
-                        PickedParticle::of(scene.frames()[index], cloud.records, *record))
-                  : std::nullopt;
+    std::optional<Matrix4<double>> const& place = drawing.movedBy();
+    std::optional<std::size_t> const record = findParticle(cloud, drawn, movedView(view, place), x, y, depth);
+    if (!record) {
+        return std::nullopt;
+    }
+    PickedParticle particle = PickedParticle::of(scene.frames()[index], cloud.records, *record);
+    if (place) {
+        particle.shownAt = _movedInFile(*place, particle.shownAt);
+    }
+    return particle;
 }
 
 /// The depth of the farthest water about the pixel; that of nothing where there is a place without water.
@@ -180,6 +202,11 @@ Picked Picker::_toPicked(unsigned int name) const {
         return {name, scene.models()[name - FIRST_MODEL_NAME].name};
     }
     return {name, gizmo.handle(name)};
+}
+
+/// Where a place of the files is moved to, in their units and axes.
+Vector3<double> Picker::_movedInFile(Matrix4<double> const& place, Vector3<double> const& position) const {
+    return scene.placeToFile(transformed(place, scene.placeToScene(position)));
 }
 
 unsigned int Picker::_firstCloudName() const {

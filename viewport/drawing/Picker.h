@@ -69,6 +69,7 @@ private:
     std::optional<PickedParticle> _particleOf(Hit const& hit, PictureSize const& size,
                                               toolkit::View const& view, double most) const;
     unsigned int _firstCloudName() const;
+    Vector3<double> _movedInFile(Matrix4<double> const& place, Vector3<double> const& position) const;
 
     static bool _comesBefore(Hit const& a, Hit const& b);
 

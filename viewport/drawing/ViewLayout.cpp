@@ -68,28 +68,75 @@ Box3<double> boxInScene(Scene const& scene, Box3<double> const& box) {
     return boxAround(corners);
 }
 
-std::vector<Point> pointsToFrame(Scene const& scene, ViewStyle const& style) {
-    std::vector<Point> points;
-    for (Model const& model : scene.models()) {
-        if (style.clip) {
-            append(points, toolkit::cornersOf(common(model.box, boxInScene(scene, *style.clip))));
-        } else if (style.mesh.shading == Shading::BOX) {
-            append(points, toolkit::cornersOf(model.box));
-        } else {
-            points.insert(points.end(), model.vertices.begin(), model.vertices.end());
+/// The points of objects, moved to where they are drawn.
+class ObjectPoints {
+public:
+    ObjectPoints(Scene const& scene, std::vector<ObjectTransform> const& transforms)
+        : scene(scene), transforms(transforms) {}
+
+    /// \param object the points are its own
+    template <class Points>
+    void add(std::size_t object, Points const& its) {
+        if (object >= transforms.size() || transforms[object].isIdentity()) {
+            points.insert(points.end(), its.begin(), its.end());
+            return;
+        }
+        Matrix4<double> const place = transforms[object].toMatrix(scene, object);
+        for (Point const& p : its) {
+            points.push_back(transformed(place, p));
         }
     }
-    for (ParticleCloud const& cloud : scene.clouds()) {
-        append(points, toolkit::cornersOf(cloud.box));
+
+    std::vector<Point> points;
+
+private:
+    Scene const& scene;
+    std::vector<ObjectTransform> const& transforms;
+};
+
+std::vector<Point> pointsToFrame(Scene const& scene, ViewStyle const& style,
+                                 std::vector<ObjectTransform> const& transforms) {
+    ObjectPoints framed(scene, transforms);
+    std::size_t object = 0;
+    for (Model const& model : scene.models()) {
+        if (style.clip) {
+            // What is cut away is where the model is drawn.
+            ObjectPoints box(scene, transforms);
+            box.add(object, toolkit::cornersOf(model.box));
+            append(framed.points,
+                   toolkit::cornersOf(common(boxAround(box.points), boxInScene(scene, *style.clip))));
+        } else if (style.mesh.shading == Shading::BOX) {
+            framed.add(object, toolkit::cornersOf(model.box));
+        } else {
+            framed.add(object, model.vertices);
+        }
+        ++object;
     }
-    return points;
+    for (ParticleCloud const& cloud : scene.clouds()) {
+        framed.add(object++, toolkit::cornersOf(cloud.box));
+    }
+    return std::move(framed.points);
+}
+
+/// Around everything as it is drawn; nothing where all objects are where the scene has them.
+std::optional<Box3<double>> movedBox(Scene const& scene, std::vector<ObjectTransform> const& transforms) {
+    if (std::all_of(transforms.begin(), transforms.end(),
+                    [](ObjectTransform const& transform) { return transform.isIdentity(); })) {
+        return std::nullopt;
+    }
+    ObjectPoints corners(scene, transforms);
+    for (std::size_t object = 0; object < objectCount(scene); ++object) {
+        corners.add(object, toolkit::cornersOf(objectBox(scene, object)));
+    }
+    return boxAround(corners.points);
 }
 
 }  // namespace
 
 ViewLayout ViewLayout::of(Scene const& scene, ViewStyle const& style, OceanScene const* ocean,
-                          PictureSize const& size, SurroundingSea const* sea) {
-    ViewLayout layout{nullptr, ViewCamera(style.camera), std::nullopt, {}, {}, size, size, sea};
+                          PictureSize const& size, SurroundingSea const* sea,
+                          std::vector<ObjectTransform> const& transforms) {
+    ViewLayout layout{nullptr, ViewCamera(style.camera), std::nullopt, {}, {}, std::nullopt, size, size, sea};
     if ((!scene.clouds().empty() || style.particles.meshScale) && style.explanations.hasBar) {
         layout.key = keyOf(style.particles, size, layout.notes);
         layout.framedSize.width -= layout.key != nullptr ? layout.key->reservedWidth() : 0;
@@ -97,13 +144,18 @@ ViewLayout ViewLayout::of(Scene const& scene, ViewStyle const& style, OceanScene
     if (ocean != nullptr) {
         layout.camera.frame(*ocean, layout.framedSize);
     } else {
-        layout.framedPoints = pointsToFrame(scene, style);
-        layout.fault = layout.camera.frame(scene, layout.framedPoints, layout.framedSize);
+        layout.framedPoints = pointsToFrame(scene, style, transforms);
+        layout.bounds = movedBox(scene, transforms);
+        layout.fault = layout._frame(layout.camera, scene);
     }
     if (!layout.fault) {
         layout.fault = layout._surround(layout.camera);
     }
     return layout;
+}
+
+std::optional<Fault> ViewLayout::_frame(ViewCamera& view, Scene const& scene) const {
+    return view.frame(scene, framedPoints, framedSize, bounds ? &*bounds : nullptr);
 }
 
 /// Lets a camera see as far as the horizon. The fault of one that is under water.
@@ -119,7 +171,7 @@ std::optional<Fault> ViewLayout::_surround(ViewCamera& view) const {
 
 void ViewLayout::setCamera(CameraSpec const& spec, Scene const& scene) {
     ViewCamera moved(spec);
-    fault = moved.frame(scene, framedPoints, framedSize);
+    fault = _frame(moved, scene);
     if (!fault) {
         fault = _surround(moved);
     }

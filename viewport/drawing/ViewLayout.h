@@ -4,6 +4,7 @@
 #include "viewport/drawing/overlays/ColorKey.h"
 #include "viewport/drawing/view/PictureSize.h"
 #include "viewport/drawing/view/ViewCamera.h"
+#include "viewport/editing/ObjectTransform.h"
 #include "viewport/ocean/OceanScene.h"
 #include "viewport/ocean/SurroundingSea.h"
 #include "viewport/scene/Scene.h"
@@ -26,18 +27,22 @@ struct ViewLayout {
 
     /// \param ocean that is shown in place of the scene, or null
     /// \param sea that the scene stands in, or null
+    /// \param transforms of all objects of the scene; none: all are where the scene has them
     static ViewLayout of(Scene const& scene, ViewStyle const& style, OceanScene const* ocean,
-                         PictureSize const& size, SurroundingSea const* sea = nullptr);
+                         PictureSize const& size, SurroundingSea const* sea = nullptr,
+                         std::vector<ObjectTransform> const& transforms = {});
 
     /// The same scene from elsewhere. Where the camera makes none it has the fault, and keeps its place.
     void setCamera(CameraSpec const& spec, Scene const& scene);
 
     std::vector<Vector3<double>> framedPoints = {};  ///< what is to be seen, in the frame of the scene
+    std::optional<Box3<double>> bounds = {};         ///< of what is moved; nothing: the scene's
     PictureSize framedSize = {};                     ///< of the area beside the key
     PictureSize size = {};                           ///< of the picture
     SurroundingSea const* sea = nullptr;             ///< that the scene stands in, or null
 
 private:
+    std::optional<Fault> _frame(ViewCamera& view, Scene const& scene) const;
     std::optional<Fault> _surround(ViewCamera& view) const;
 };
 

@@ -3,8 +3,11 @@
 #include "toolkit/Lights.h"
 #include "viewport/drawing/layer/depth_modes.h"
 #include "viewport/drawing/view/ClipPlanes.h"
+#include "viewport/editing/GizmoDrag.h"
 
 #include <algorithm>
+#include <cmath>
+#include <iterator>
 #include <limits>
 #include <utility>
 
@@ -27,13 +30,16 @@ Viewer::Viewer(Core_RL& layer, Scene const& scene, ViewStyle const& style, Effec
     , effect(effect)
     , textures(layer)
     , blended(layer, style.mesh, textures)
-    , gizmo(layer, style.gizmo, scene.up())
+    , objectTransforms(objectCount(scene))
     , cornerAxes(layer, scene.up())
-    , layout{nullptr, ViewCamera(style.camera), std::nullopt, {}, {}, {}, {}, nullptr}
+    , layout{nullptr, ViewCamera(style.camera), std::nullopt, {}, {}, {}, {}, {}, nullptr}
     , backdrop(layer) {
     for (Model const& model : scene.models()) {
         if (!style.mesh.importPreview && (effect == nullptr || !effect->covers(models.size()))) {
             blended.add(model);
+        } else if (effect != nullptr && effect->covers(models.size())) {
+            // Another viewer may have moved it.
+            effect->setPlace(models.size(), std::nullopt);
         }
         models.emplace_back(layer, model, style.mesh, textures);
     }
@@ -63,7 +69,7 @@ void Viewer::draw(PictureSize const& size, Region const& region, int samplesPerS
         sea->drawHaze(layer, seaView);
     }
     layer.pushDepthTest(DEPTH_TESTED);
-    if (gizmo.isShown()) {
+    if (GizmoDrawing const gizmo = _gizmo(); gizmo.isShown()) {
         glClear(GL_DEPTH_BUFFER_BIT);
         gizmo.draw(layout.camera, size, sampling);
     }
@@ -109,9 +115,55 @@ void Viewer::drawLabels(Picture& picture) {
 
 std::optional<Picked> Viewer::pick(PictureSize const& size, Pixel pixel) {
     _layOut(size);
-    return Picker(layer, scene, layout.camera, models, clouds, gizmo, style.mesh.isFilled(), style.clip,
+    return Picker(layer, scene, layout.camera, models, clouds, _gizmo(), style.mesh.isFilled(), style.clip,
                   _sea() != nullptr ? effect : nullptr)
         .pick(size, pixel);
+}
+
+// == Editing ==
+
+void Viewer::setTransform(std::size_t object, ObjectTransform const& transform) {
+    if (object >= objectTransforms.size() || !transform.isValid() || objectTransforms[object] == transform) {
+        return;
+    }
+    std::optional<Matrix4<double>> place;
+    if (!transform.isIdentity()) {
+        place = transform.toMatrix(scene, object);
+        bool const isFinite = std::all_of(std::begin(place->e), std::end(place->e),
+                                          [](double element) { return std::isfinite(element); });
+        if (!isFinite) {
+            return;
+        }
+    }
+    objectTransforms[object] = transform;
+    layoutSize.reset();
+    if (object >= models.size()) {
+        clouds[object - models.size()].setPlace(place);
+        return;
+    }
+    models[object].setPlace(place);
+    blended.setPlace(scene.models()[object], place);
+    if (effect != nullptr && effect->covers(object)) {
+        effect->setPlace(object, place);
+    }
+}
+
+toolkit::View Viewer::view(PictureSize const& size) {
+    _layOut(size);
+    layout.camera.load(Region::whole(size));
+    toolkit::View view = toolkit::View::current();
+    view.viewport = {0, 0, size.width, size.height};
+    return view;
+}
+
+GizmoDrawing Viewer::_gizmo() const {
+    std::optional<GizmoPlace> place;
+    if (selected && *selected < objectTransforms.size()) {
+        ObjectTransform const& transform = objectTransforms[*selected];
+        Point const moved = scene.directionToScene(transform.translation * scene.unitsPerFileUnit());
+        place = GizmoPlace{pivotOf(scene, *selected) + moved, handlesOf(style.gizmo, transform), highlighted};
+    }
+    return {layer, style.gizmo, scene.up(), place};
 }
 
 // == Layout ==
@@ -137,7 +189,7 @@ void Viewer::_layOut(PictureSize const& size) {
     }
     layoutSize = size;
     // In its place, whose camera the layer knows.
-    layout = ViewLayout::of(scene, style, _ocean(), size, _sea());
+    layout = ViewLayout::of(scene, style, _ocean(), size, _sea(), objectTransforms);
     _layOutBehind();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/raster/Core_RL.h"
+#include "toolkit/View.h"
 #include "viewport/drawing/Picker.h"
 #include "viewport/drawing/ViewLayout.h"
 #include "viewport/drawing/ViewStyle.h"
@@ -15,9 +16,12 @@
 #include "viewport/drawing/view/PictureSize.h"
 #include "viewport/drawing/view/Region.h"
 #include "viewport/drawing/view/ViewCamera.h"
+#include "viewport/editing/Gizmo.h"
+#include "viewport/editing/ObjectTransform.h"
 #include "viewport/files/images/Picture.h"
 #include "viewport/scene/Scene.h"
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -66,6 +70,26 @@ public:
     /// The camera of the last drawing, which framed the scene.
     ViewCamera const& camera() const { return layout.camera; }
 
+    // == Editing ==
+
+    /// Moves, turns and scales an object from where its file has it; a transform that is not valid changes nothing.
+    /// Unless the camera was given a place, it frames what is shown anew.
+    /// \param object of the scene, the models first, then the clouds; it must exist
+    void setTransform(std::size_t object, ObjectTransform const& transform);
+    std::vector<ObjectTransform> const& transforms() const { return objectTransforms; }
+
+    /// Which gizmo is drawn: over the object that is selected, with all its handles; at the origin of the scene without
+    /// the handles of planes, where no object is.
+    void setGizmo(Gizmo gizmo) { style.gizmo = gizmo; }
+    void setSelected(std::optional<std::size_t> object) { selected = object; }
+
+    /// The handle that is drawn as the one under the cursor, from handleNamed() of what was picked.
+    void setHighlighted(GizmoHandle handle) { highlighted = handle; }
+
+    /// The view that a picture of this size is drawn with, for drags of handles.
+    /// State: that of ViewCamera::load().
+    toolkit::View view(PictureSize const& size);
+
     /// Draws models and particles alone, for the depths that they leave behind: each pixel of the viewport has one.
     void drawDepths(PictureSize const& size, Region const& region, int samplesPerSide);
 
@@ -89,6 +113,7 @@ public:
 private:
     void _layOut(PictureSize const& size);
     void _layOutBehind();
+    GizmoDrawing _gizmo() const;
     bool _isGroundShown() const;
 
     void _placeLights() const;
@@ -108,7 +133,9 @@ private:
     BlendedParts blended;
     std::vector<ModelRenderer> models;
     std::vector<CloudDrawing> clouds;
-    GizmoDrawing gizmo;
+    std::vector<ObjectTransform> objectTransforms;  // of all objects
+    std::optional<std::size_t> selected;
+    GizmoHandle highlighted = GizmoHandle::NONE;
     CornerAxes cornerAxes;
 
     // For pictures of one size.

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "Mesh_RL_GL.h"
+#include "foundation/geometry/Color4.h"
+#include "foundation/geometry/Matrix4.h"
+#include "foundation/geometry/Vector3.h"
 #include "toolkit/Layer.h"
 #include "viewport/drawing/effects/EffectDrawer.h"
 #include "viewport/drawing/effects/EffectSpec.h"
@@ -8,6 +11,7 @@
 #include "viewport/drawing/subjects/MeshStyle.h"
 #include "viewport/text/Fault.h"
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -59,12 +63,30 @@ public:
     /// Makes the water of the surrounding sea that is seen by a camera, unless it is the last one.
     void frameSea(SeaView const& view);
 
+    /// Where a model is drawn that it covers; nothing: where the scene has it. Where the scale differs between axes, the
+    /// meshes are scaled themselves, because effects rely on the length of normals.
+    /// \param matrix in the frame of the scene: a rotation of what was scaled along the scene's axes, moved
+    void setPlace(std::size_t model, std::optional<Matrix4<double>> const& matrix);
+
     /// Draws the models with the effect. What is seen through them must have been drawn.
     /// GL: whatever the effect needs.  State: that of Mesh_RL_GL::render(), and nothing of the effect.
     void draw();
 
 private:
+    /// A mesh as it was made, where it is scaled.
+    struct Unscaled {
+        std::vector<Vector3<double>> positions;
+        std::vector<Vector3<float>> vertexNormals;
+        std::vector<Color4<float>> faceNormals;
+    };
+    struct Place {
+        Matrix4<double> toScene;
+        Vector3<double> scale{1, 1, 1};  // of the meshes, along the axes of their frame
+        std::vector<Unscaled> meshes;    // none until the first scale
+    };
+
     void _addRenderers(EffectSubject::Model const& model);
+    void _scale(std::size_t index, Vector3<double> const& scale);
 
     EffectSpec spec;
     MeshStyle style;
@@ -73,6 +95,7 @@ private:
     bool hasBuffers;
     std::vector<std::vector<std::unique_ptr<Mesh_RL_GL>>> renderers;  // of each model
     std::optional<SeaView> seaView;                                   // that the sea is framed for
+    std::vector<Place> places;                                        // of each model
 };
 
 }  // namespace vellum::viewport

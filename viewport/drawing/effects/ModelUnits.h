@@ -9,7 +9,7 @@ namespace vellum::viewport {
 /// model.
 class ModelUnits {
 public:
-    /// \param toScene scales alike along all axes, and moves.
+    /// \param toScene turns, scales alike along all axes, and moves.
     explicit ModelUnits(Matrix4<double> const& toScene);
     ~ModelUnits();
     ModelUnits(ModelUnits const&) = delete;

@@ -3,6 +3,7 @@
 #include "foundation/basic/ArrayServer.h"
 #include "toolkit/Lit.h"
 #include "viewport/drawing/layer/depth_modes.h"
+#include "viewport/drawing/subjects/Moved.h"
 #include "viewport/drawing/subjects/SurfacesBehind.h"
 #include "viewport/drawing/subjects/element_sizes.h"
 #include "viewport/drawing/subjects/part_material.h"
@@ -69,16 +70,17 @@ void BlendedParts::add(Model const& model) {
             continue;
         }
         Source source = _sourceOf(part);
+        source.model = &model;
         if (!style.color) {
             _takeTextures(source);
         }
         _add(source, part.mesh->triangleCount());
     }
     if (covers(model.lines, style)) {
-        _addElements(model.lines, true);
+        _addElements(model, model.lines, true);
     }
     if (covers(model.points, style)) {
-        _addElements(model.points, false);
+        _addElements(model, model.points, false);
     }
 }
 
@@ -91,8 +93,9 @@ void BlendedParts::_add(Source const& source, std::size_t count) {
     }
 }
 
-void BlendedParts::_addElements(std::vector<ModelVertex> const& vertices, bool areLines) {
+void BlendedParts::_addElements(Model const& model, std::vector<ModelVertex> const& vertices, bool areLines) {
     Source source;
+    source.model = &model;
     source.elements = vertices.data();
     source.hasLines = areLines;
     _add(source, areLines ? vertices.size() / 2 : vertices.size());
@@ -115,6 +118,14 @@ void BlendedParts::_takeTextures(Source& source) const {
         source.light = textures.nameOf(*part.emissionMap);
         source.lightTriangles = trianglesOf(part.emissionChannel);
         source.lightCoordinates = valuesOf(part.emissionChannel);
+    }
+}
+
+void BlendedParts::setPlace(Model const& model, std::optional<Matrix4<double>> const& matrix) {
+    for (Source& source : sources) {
+        if (source.model == &model) {
+            source.place = matrix;
+        }
     }
 }
 
@@ -157,6 +168,7 @@ void BlendedParts::draw(Sampling const& sampling) {
     while (next != pieces.end()) {
         Source const& source = sources[next->source];
         unsigned int const number = next->source;
+        Moved const moved(layer, source.place);
         _begin(source);
         for (; next != pieces.end() && next->source == number; ++next) {
             _emit(source, next->index);
@@ -182,8 +194,18 @@ void BlendedParts::_sort() {
     bool const isPerspective = projection.e[11] != 0;
     Matrix4<double> const m = isPerspective ? view : projection * view;
     Vector3<double> const toBack = Vector3<double>{m.e[2], m.e[6], m.e[10]} * (isPerspective ? -1.0 : 1.0);
+    for (Source& source : sources) {
+        source.toBack = toBack;
+        source.depth = 0;
+        if (source.place) {
+            double const* const e = source.place->e;
+            source.toBack = {dot(toBack, {e[0], e[1], e[2]}), dot(toBack, {e[4], e[5], e[6]}),
+                             dot(toBack, {e[8], e[9], e[10]})};
+            source.depth = 3 * dot(toBack, {e[12], e[13], e[14]});
+        }
+    }
     for (Piece& piece : pieces) {
-        piece.depth = _depthOf(sources[piece.source], piece.index, toBack);
+        piece.depth = _depthOf(sources[piece.source], piece.index);
     }
     std::sort(pieces.begin(), pieces.end(), [](Piece const& a, Piece const& b) {
         return a.depth != b.depth     ? a.depth > b.depth
@@ -192,18 +214,19 @@ void BlendedParts::_sort() {
     });
 }
 
-double BlendedParts::_depthOf(Source const& source, unsigned int piece, Vector3<double> const& toBack) {
+double BlendedParts::_depthOf(Source const& source, unsigned int piece) {
     if (source.elements == nullptr) {
         Tuple3<unsigned int> const& corners = source.triangles[piece];
-        return dot(toBack, source.vertices[corners.e0]) + dot(toBack, source.vertices[corners.e1]) +
-               dot(toBack, source.vertices[corners.e2]);
+        return source.depth + dot(source.toBack, source.vertices[corners.e0]) +
+               dot(source.toBack, source.vertices[corners.e1]) +
+               dot(source.toBack, source.vertices[corners.e2]);
     }
     auto const depthOfEnd = [&](std::size_t i) {
-        return dot(toBack, convert<double>(source.elements[i].place));
+        return dot(source.toBack, convert<double>(source.elements[i].place));
     };
     std::size_t const first = piece;
-    return source.hasLines ? 1.5 * (depthOfEnd(2 * first) + depthOfEnd(2 * first + 1))
-                           : 3 * depthOfEnd(first);
+    return source.depth + (source.hasLines ? 1.5 * (depthOfEnd(2 * first) + depthOfEnd(2 * first + 1))
+                                           : 3 * depthOfEnd(first));
 }
 
 void BlendedParts::_begin(Source const& source) const {

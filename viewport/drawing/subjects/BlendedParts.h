@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/geometry/Matrix4.h"
 #include "foundation/geometry/Vector3.h"
 #include "foundation/raster/Core_RL.h"
 #include "viewport/drawing/subjects/MeshStyle.h"
@@ -8,6 +9,7 @@
 #include "viewport/scene/Scene.h"
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 namespace vellum::viewport {
@@ -43,6 +45,9 @@ public:
     /// Adds what it covers of a model.
     void add(Model const& model);
 
+    /// Where a model is drawn that was added; nothing: where the scene has it. See Moved.
+    void setPlace(Model const& model, std::optional<Matrix4<double>> const& matrix);
+
     /// Draws it. Writes no depth.
     /// State: that of Lit.
     void draw(Sampling const& sampling);
@@ -50,6 +55,7 @@ public:
 private:
     /// A part, or the lines or points of a model.
     struct Source {
+        Model const* model = nullptr;
         ModelPart const* part = nullptr;        // null: lines or points
         ModelVertex const* elements = nullptr;  // of lines or points
         bool hasLines = false;                  // and no points; only with `elements`
@@ -65,6 +71,10 @@ private:
         unsigned int light = 0;  // the emission map; 0: none
         Tuple3<unsigned int> const* lightTriangles = nullptr;
         Vector2<float> const* lightCoordinates = nullptr;
+        std::optional<Matrix4<double>> place = std::nullopt;
+        // Of the drawing: the depth of a corner is its product with this; of a piece, with this in addition.
+        Vector3<double> toBack{0, 0, 0};
+        double depth = 0;
     };
     /// A triangle, line or point.
     struct Piece {
@@ -74,10 +84,10 @@ private:
     };
 
     void _add(Source const& source, std::size_t count);
-    void _addElements(std::vector<ModelVertex> const& vertices, bool areLines);
+    void _addElements(Model const& model, std::vector<ModelVertex> const& vertices, bool areLines);
     void _takeTextures(Source& source) const;
     Source _sourceOf(ModelPart const& part) const;
-    static double _depthOf(Source const& source, unsigned int piece, Vector3<double> const& toBack);
+    static double _depthOf(Source const& source, unsigned int piece);
     void _sort();
     void _begin(Source const& source) const;
     void _end(Source const& source) const;

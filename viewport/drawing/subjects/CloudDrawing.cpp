@@ -1,6 +1,7 @@
 #include "viewport/drawing/subjects/CloudDrawing.h"
 
 #include "viewport/drawing/layer/depth_modes.h"
+#include "viewport/drawing/subjects/Moved.h"
 #include "viewport/drawing/subjects/toolkit_look.h"
 
 namespace vellum::viewport {
@@ -27,6 +28,7 @@ void CloudDrawing::setDetail(double part) {
 }
 
 void CloudDrawing::draw(Sampling const& sampling) {
+    Moved const moved(layer, place);
     look.size = static_cast<float>(_size(sampling));
     layer.pushLineWidth(arrowWidth(sampling));
     drawnAs = drawParticles(renderer, *cloud.system, look, toolkit::View::current()).mode;
@@ -38,6 +40,7 @@ float CloudDrawing::arrowWidth(Sampling const& sampling) {
 }
 
 void CloudDrawing::drawBox(Sampling const& sampling, Color4<float> const& ink) const {
+    Moved const moved(layer, place);
     layer.pushDepthTest(DEPTH_TESTED_ONLY);
     layer.pushBlending(BLENDING_ALPHA);
     layer.pushLineWidth(sampling.lineWidth(1.0));

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "foundation/geometry/Matrix4.h"
 #include "foundation/raster/Core_RL.h"
 #include "toolkit/ParticleRenderer.h"
 #include "viewport/drawing/subjects/ParticleStyle.h"
 #include "viewport/drawing/view/PictureSize.h"
 #include "viewport/scene/Scene.h"
+
+#include <optional>
 
 namespace vellum::viewport {
 
@@ -18,6 +21,10 @@ public:
 
     /// Draws only a part, 0 to 1, of the points and spheres that the style asks for, evenly chosen. Arrows are drawn all.
     void setDetail(double part);
+
+    /// Where the cloud is drawn; nothing: where the scene has it. See Moved.
+    void setPlace(std::optional<Matrix4<double>> const& matrix) { place = matrix; }
+    std::optional<Matrix4<double>> const& movedBy() const { return place; }
 
     /// Draws the particles.
     /// State: that of toolkit::drawParticles().
@@ -44,6 +51,7 @@ private:
     toolkit::ParticleLook look;
     toolkit::ParticleRenderer renderer;
     toolkit::ParticleMode drawnAs = toolkit::ParticleMode::POINTS;
+    std::optional<Matrix4<double>> place;
 };
 
 }  // namespace vellum::viewport

@@ -7,6 +7,7 @@
 #include "toolkit/transforms.h"
 #include "viewport/drawing/layer/depth_modes.h"
 #include "viewport/drawing/subjects/BlendedParts.h"
+#include "viewport/drawing/subjects/Moved.h"
 #include "viewport/drawing/subjects/SurfacesBehind.h"
 #include "viewport/drawing/subjects/element_sizes.h"
 #include "viewport/drawing/subjects/part_material.h"
@@ -200,6 +201,11 @@ ModelRenderer::ModelRenderer(Core_RL& layer, Model const& model, MeshStyle const
 }
 
 void ModelRenderer::draw(Sampling const& sampling) {
+    Moved const moved(layer, place);
+    _draw(sampling);
+}
+
+void ModelRenderer::_draw(Sampling const& sampling) {
     if (style.importPreview) {
         for (Part& part : parts) {
             _drawPreview(part, sampling);
@@ -227,6 +233,7 @@ void ModelRenderer::draw(Sampling const& sampling) {
 }
 
 void ModelRenderer::drawForPicking() {
+    Moved const moved(layer, place);
     if (style.shading == Shading::BOX) {
         layer.render(model.box, false);
     } else {

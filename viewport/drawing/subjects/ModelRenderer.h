@@ -2,6 +2,7 @@
 
 #include "MeshImporter_RL_GL.h"
 #include "Mesh_RL_GL.h"
+#include "foundation/geometry/Matrix4.h"
 #include "foundation/raster/Core_RL.h"
 #include "toolkit/MeshStyle.h"
 #include "viewport/drawing/subjects/MeshStyle.h"
@@ -10,6 +11,7 @@
 #include "viewport/scene/Scene.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace vellum::viewport {
@@ -22,6 +24,10 @@ namespace vellum::viewport {
 class ModelRenderer {
 public:
     ModelRenderer(Core_RL& layer, Model const& model, MeshStyle const& style, TextureStore& textures);
+
+    /// Where the model is drawn; nothing: where the scene has it. See Moved.
+    void setPlace(std::optional<Matrix4<double>> const& matrix) { place = matrix; }
+    std::optional<Matrix4<double>> const& movedBy() const { return place; }
 
     /// Draws all but what BlendedParts covers.
     void draw(Sampling const& sampling);
@@ -48,6 +54,7 @@ private:
         std::unique_ptr<Mesh_RL_GL> lightRenderer;
     };
 
+    void _draw(Sampling const& sampling);
     float _lineWidth(Sampling const& sampling, double standard) const;
     void _drawShape();
     void _drawLinesAndPoints(Sampling const& sampling);
@@ -70,6 +77,7 @@ private:
     bool areLinesBlended;  // BlendedParts draws them
     bool arePointsBlended;
     std::vector<Part> parts;
+    std::optional<Matrix4<double>> place;
 
     // The vertices of all parts, only for the box: it is that of the model, not one for each material.
     std::unique_ptr<Mesh> whole;

@@ -69,12 +69,12 @@ void ViewCamera::FreeCamera::updateProjectionMatrixZBias() {
 // == Framing ==
 
 std::optional<Fault> ViewCamera::frame(Scene const& scene, std::vector<Point> const& points,
-                                       PictureSize const& size) {
+                                       PictureSize const& size, Box3<double> const* bounds) {
     area = size;
     viewCamera.aspect = static_cast<float>(size.aspect());
     viewCamera.viewKind = static_cast<unsigned int>(asked.view);
     if (isAlongAxis()) {
-        _frameAxisView(scene);
+        _frameAxisView(scene, bounds != nullptr ? *bounds : scene.box());
         chosen.reset();
         optionWords = axisViewToOptions(asked);
     } else {
@@ -90,8 +90,8 @@ std::optional<Fault> ViewCamera::frame(Scene const& scene, std::vector<Point> co
     return std::nullopt;
 }
 
-void ViewCamera::_frameAxisView(Scene const& scene) {
-    toolkit::OrthographicFraming framing = toolkit::frameOrthographic(scene.box(), asked.view, area.aspect());
+void ViewCamera::_frameAxisView(Scene const& scene, Box3<double> const& bounds) {
+    toolkit::OrthographicFraming framing = toolkit::frameOrthographic(bounds, asked.view, area.aspect());
     if (asked.focus) {
         Point const focus = scene.placeToScene(*asked.focus);
         toolkit::ScreenAxes const screen = toolkit::screenAxes(asked.view);
@@ -184,14 +184,19 @@ void ViewCamera::load(Region const& region) {
 
 // == Measures ==
 
-double ViewCamera::unitsPerPixel() const {
+double ViewCamera::unitsPerPixel(Point const& at) const {
     if (!isPerspective()) {
         return 2 * halfWidth() / area.width;
     }
     // Behind the viewer nothing is seen, and any size will do.
-    double const depth = std::max(dot(-eye, -axes.towardViewer), 1e-3 * Scene::RADIUS);
+    double const depth = std::max(dot(at - eye, -axes.towardViewer), 1e-3 * Scene::RADIUS);
     double const fieldOfView = static_cast<double>(viewCamera.fieldOfView);
     return 2 * depth * std::tan(fieldOfView * PI / 360) / area.height;
+}
+
+Point ViewCamera::sightTo(Point const& point) const {
+    Point const way = point - eye;
+    return isPerspective() && dot(way, way) > 0 ? normalized(way) : -axes.towardViewer;
 }
 
 double ViewCamera::halfWidth() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Camera_RL_GL.h"
+#include "foundation/geometry/Box3.h"
 #include "viewport/drawing/view/CameraPlacement.h"
 #include "viewport/drawing/view/CameraSpec.h"
 #include "viewport/drawing/view/PictureSize.h"
@@ -32,8 +33,9 @@ public:
     /// camera.
     /// \param points what is to be seen, in the frame of the scene
     /// \param size of the area that the scene is framed in
+    /// \param bounds around everything, for views along an axis; null: the scene's
     std::optional<Fault> frame(Scene const& scene, std::vector<Vector3<double>> const& points,
-                               PictureSize const& size);
+                               PictureSize const& size, Box3<double> const* bounds = nullptr);
 
     /// Takes the place of the viewer of an open sea.
     void frame(OceanScene const& ocean, PictureSize const& size);
@@ -69,7 +71,13 @@ public:
     toolkit::ScreenAxes const& screen() const { return axes; }
 
     /// What a pixel's side measures at the origin of the scene, in units of the scene.
-    double unitsPerPixel() const;
+    double unitsPerPixel() const { return unitsPerPixel({0, 0, 0}); }
+
+    /// The same at a point of the scene.
+    double unitsPerPixel(Vector3<double> const& at) const;
+
+    /// The direction from the viewer to a point of the scene, of unit length.
+    Vector3<double> sightTo(Vector3<double> const& point) const;
 
     /// Half of what the width of the area shows, in units of the scene. Not in perspective.
     double halfWidth() const;
@@ -97,7 +105,7 @@ private:
         std::optional<double> halfHeight;  // of a free parallel projection
     };
 
-    void _frameAxisView(Scene const& scene);
+    void _frameAxisView(Scene const& scene, Box3<double> const& bounds);
     void _frameFreely(CameraPlacement const& placement, Scene const& scene,
                       std::vector<Vector3<double>> const& points);
     void _updateScreen();
@@ -106,7 +114,7 @@ private:
     PictureSize area;       // that the scene is framed in
     FreeCamera viewCamera;  // its parameters are those of the last framing
     toolkit::ScreenAxes axes = toolkit::screenAxes(toolkit::ViewKind::FRONT);
-    Vector3<double> eye{0, 0, 0};  // not of a view along an axis
+    Vector3<double> eye{0, 0, 0};           // not of a view along an axis
     std::optional<CameraPlacement> chosen;  // in the last framing
     double focusDistance = 1;               // in units of the scene; perspective only
     std::string optionWords;
