@@ -6,8 +6,6 @@
 #include "viewport/editing/GizmoDrag.h"
 
 #include <algorithm>
-#include <cmath>
-#include <iterator>
 #include <limits>
 #include <utility>
 
@@ -123,17 +121,13 @@ std::optional<Picked> Viewer::pick(PictureSize const& size, Pixel pixel) {
 // == Editing ==
 
 void Viewer::setTransform(std::size_t object, ObjectTransform const& transform) {
-    if (object >= objectTransforms.size() || !transform.isValid() || objectTransforms[object] == transform) {
+    bool const isKnown = object < objectTransforms.size();
+    if (!isKnown || objectTransforms[object] == transform || !isDrawable(transform, scene, object)) {
         return;
     }
     std::optional<Matrix4<double>> place;
     if (!transform.isIdentity()) {
         place = transform.toMatrix(scene, object);
-        bool const isFinite = std::all_of(std::begin(place->e), std::end(place->e),
-                                          [](double element) { return std::isfinite(element); });
-        if (!isFinite) {
-            return;
-        }
     }
     objectTransforms[object] = transform;
     layoutSize.reset();

@@ -72,9 +72,9 @@ public:
 
     // == Editing ==
 
-    /// Moves, turns and scales an object from where its file has it; a transform that is not valid changes nothing.
+    /// Moves, turns and scales an object from where its file has it; a transform that is not isDrawable() changes nothing.
     /// Unless the camera was given a place, it frames what is shown anew.
-    /// \param object of the scene, the models first, then the clouds; it must exist
+    /// \param object of the scene, the models first, then the clouds; others change nothing
     void setTransform(std::size_t object, ObjectTransform const& transform);
     std::vector<ObjectTransform> const& transforms() const { return objectTransforms; }
 

@@ -13,6 +13,9 @@ using Point = Vector3<double>;
 // Far above the rounding of products of rotations.
 constexpr double UNIT_SLACK = 1e-6;
 
+// Of scales, and of distances in the frame of the scene: single precision still squares and adds them.
+constexpr double EXTREME = 1e9;
+
 bool isEqual(Point const& a, Point const& b) {
     return a.x == b.x && a.y == b.y && a.z == b.z;
 }
@@ -57,6 +60,19 @@ Matrix4<double> ObjectTransform::toMatrix(Scene const& scene, Point const& pivot
 bool ObjectTransform::operator==(ObjectTransform const& other) const {
     return isEqual(translation, other.translation) && rotation == other.rotation &&
            isEqual(scale, other.scale);
+}
+
+bool isDrawable(ObjectTransform const& transform, Scene const& scene, std::size_t object) {
+    if (!transform.isValid()) {
+        return false;
+    }
+    Matrix4<double> const matrix = transform.toMatrix(scene, object);
+    double const* const e = matrix.e;
+    auto const sizeOf = [e](int column) {
+        return std::hypot(e[4 * column], e[4 * column + 1], e[4 * column + 2]);
+    };
+    auto const isScale = [](double size) { return size >= 1 / EXTREME && size <= EXTREME; };
+    return isScale(sizeOf(0)) && isScale(sizeOf(1)) && isScale(sizeOf(2)) && sizeOf(3) <= EXTREME;
 }
 
 // == Objects of a scene ==

@@ -54,6 +54,10 @@ struct ObjectTransform {
     bool operator!=(ObjectTransform const& other) const { return !(*this == other); }
 };
 
+/// Whether an object can be drawn with a transform: it is valid, and its numbers are not so extreme that OpenGL would lose
+/// them.
+bool isDrawable(ObjectTransform const& transform, Scene const& scene, std::size_t object);
+
 // == Objects of a scene ==
 
 std::size_t objectCount(Scene const& scene);

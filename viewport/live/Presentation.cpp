@@ -34,7 +34,12 @@ std::vector<Fault> Presentation::takeNotes() {
 }
 
 std::unique_ptr<Viewer> Presentation::viewer(PictureOptions const& picture) const {
-    return std::make_unique<Viewer>(layer, subject.scene, styleOf(options, picture, subject), effect.get());
+    auto made =
+        std::make_unique<Viewer>(layer, subject.scene, styleOf(options, picture, subject), effect.get());
+    for (auto const& [object, transform] : options.transforms) {
+        made->setTransform(object, transform);
+    }
+    return made;
 }
 
 std::optional<Presentation::Lack> Presentation::_prepareMode() {
@@ -66,7 +71,8 @@ std::optional<Presentation::Lack> Presentation::_prepareEffect(double aspect) {
     }
     bool const isFirst = effect == nullptr;
     effect.reset();
-    effect = std::make_unique<EffectRenderer>(layer, *options.effect, options.mesh, std::move(*subject.effect));
+    effect =
+        std::make_unique<EffectRenderer>(layer, *options.effect, options.mesh, std::move(*subject.effect));
     subject.effect.reset();
     effectAspect = aspect;
     if (std::optional<Lack> lack = _stageLack()) {

@@ -172,6 +172,13 @@ void OptionWords::_addFiles(CLI::App& app, Options& options) {
     add("--up", up, "Which axis of the files is vertical: x, y, z, -x, -y, -z or auto (auto)", "AXIS");
     add("--clip", clip, "Show only what is inside: xmin,xmax,ymin,ymax,zmin,zmax in units of the files",
         "BOX");
+    addWord(app, "--transform", transforms,
+            "Move an object, turn and scale it about its middle: OBJECT:tx,ty,tz, then :rx,ry,rz\n"
+            "(degrees about the axes x, y, z of the files, in this order), then :sx,sy,sz; OBJECT is\n"
+            "counted from 1, meshes before particles; may be repeated",
+            "WORD")
+        ->group("Files")
+        ->allow_extra_args(false);
     add("--import-timeout", timeout, "Give up on a mesh file after this time (20)", "SECONDS");
     add("--import-memory", memory, "Memory that the import of a mesh file may use (4096)", "MB");
 }
@@ -269,6 +276,7 @@ std::optional<Fault> OptionWords::_readValues(Options& options) const {
         _readLimits(options.limits),
         _readMeshStyle(options.mesh),
         _readClip(options),
+        _readTransforms(options),
         readMode("--particles", particles, PARTICLE_MODES, options.particles.mode),
         _readParticles(options.particles),
         _readFrame(options),
@@ -339,6 +347,15 @@ std::optional<Fault> OptionWords::_readClip(Options& options) const {
                : std::optional<Fault>(wordFault("--clip", clip,
                                                 "xmin,xmax,ymin,ymax,zmin,zmax, six numbers of which each "
                                                 "maximum is larger than its minimum"));
+}
+
+std::optional<Fault> OptionWords::_readTransforms(Options& options) const {
+    for (std::string const& word : transforms) {
+        if (std::optional<Fault> const fault = readTransform(word, options.transforms)) {
+            return fault;
+        }
+    }
+    return std::nullopt;
 }
 
 std::optional<Fault> OptionWords::_readFrame(Options& options) const {

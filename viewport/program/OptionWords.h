@@ -7,6 +7,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -38,6 +39,7 @@ struct OptionWords {
     std::string time;
     std::string copies;
     std::string gpuMemory;
+    std::vector<std::string> transforms;
     EffectWords effect;
     PictureList pictures;
 
@@ -64,6 +66,7 @@ private:
     std::optional<Fault> _readMeshStyle(MeshStyle& style) const;
     std::optional<Fault> _readClip(Options& options) const;
     std::optional<Fault> _readParticles(ParticleOptions& options) const;
+    std::optional<Fault> _readTransforms(Options& options) const;
     std::optional<Fault> _readFrame(Options& options) const;
     std::optional<Fault> _readCopies(ParticleOptions& options) const;
     std::optional<Fault> _readSelection(ParticleOptions const& options) const;

@@ -14,6 +14,7 @@
 #include "viewport/program/idle_options.h"
 #include "viewport/program/open_window.h"
 #include "viewport/program/standard_streams.h"
+#include "viewport/program/transform_words.h"
 #include "viewport/text/single_line.h"
 
 #include <algorithm>
@@ -85,8 +86,9 @@ void describePictures(Options const& options, Subject const& subject, ConsoleObs
     for (PictureOptions const& picture : options.pictures) {
         std::string camera;
         if (!options.hasOwnSea()) {
-            ViewLayout const layout = ViewLayout::of(
-                subject.scene, Presentation::styleOf(options, picture, subject), nullptr, picture.size);
+            ViewLayout const layout =
+                ViewLayout::of(subject.scene, Presentation::styleOf(options, picture, subject), nullptr,
+                               picture.size, nullptr, transformsOf(options.transforms, subject.scene));
             camera = layout.fault ? std::string() : layout.camera.options();
         }
         if (options.info == InfoForm::JSON) {
@@ -146,6 +148,9 @@ std::optional<Failure> run(Options const& options) {
     Subject& subject = prepared.value();
     if (subject.effect && subject.effect->misfit) {
         return Failure{USAGE_FAULT, *subject.effect->misfit};
+    }
+    if (std::optional<Fault> const fault = transformFault(options.transforms, subject.scene)) {
+        return Failure{USAGE_FAULT, *fault};
     }
     ShownKinds shown;
     shown.hasMeshes = !subject.scene.models().empty();
