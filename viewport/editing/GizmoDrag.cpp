@@ -187,8 +187,8 @@ double GizmoDrag::_angleOfLine(Point const& axis, double x, double y) const {
     Point const along = normalized(cross(sight, axis));
     toolkit::ScreenPoint const from = view.project(pivot);
     toolkit::ScreenPoint const to = view.project(pivot + along * reach);
-    double const dx = from.x - to.x;
-    double const dy = from.y - to.y;
+    double const dx = to.x - from.x;
+    double const dy = to.y - from.y;
     double const square = dx * dx + dy * dy;
     if (!(square > 0)) {
         return 0;

@@ -1,0 +1,282 @@
+#include "viewport/drawing/TiledPicture.h"
+
+#include "Core_RL_GL.h"
+#include "tests/gl_spy/GlTest.h"
+#include "viewport/editing/GizmoDrag.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+using namespace vellum;
+using namespace vellum::viewport;
+
+namespace {
+
+using Point = Vector3<double>;
+
+constexpr Tiling ONE_TILE{2, 112, 112, 8};
+constexpr Color4<float> ORANGE{1.0F, 0.45F, 0.0F, 1};
+
+/// A cube from -1 to 1.
+MeshData cube(std::string const& name, Point const& place) {
+    MeshData mesh;
+    mesh.name = name;
+    for (unsigned int i = 0; i < 8; ++i) {
+        Point const corner{(i & 1) != 0 ? 1.0 : -1.0, (i & 2) != 0 ? 1.0 : -1.0, (i & 4) != 0 ? 1.0 : -1.0};
+        mesh.positions.push_back(corner + place);
+        mesh.normals.push_back(convert<float>(normalized(corner)));
+        mesh.colors.push_back(ORANGE);
+    }
+    mesh.triangles = {{0, 4, 6}, {0, 6, 2}, {1, 3, 7}, {1, 7, 5}, {0, 1, 5}, {0, 5, 4},
+                      {2, 6, 7}, {2, 7, 3}, {0, 2, 3}, {0, 3, 1}, {4, 5, 7}, {4, 7, 6}};
+    return mesh;
+}
+
+class Editing_gl_test : public gl_spy::GlTest {
+protected:
+    void SetUp() override {
+        GlTest::SetUp();
+        layer.reset(new Core_RL_GL);
+        style.explanations = {false, false, false, false};
+        style.mesh.shading = Shading::FACETED;
+        style.camera.view = toolkit::ViewKind::FRONT;
+    }
+
+    void TearDown() override {
+        viewer.reset();
+        layer.reset();
+        GlTest::TearDown();
+    }
+
+    Viewer& view() {
+        if (viewer == nullptr) {
+            viewer = std::make_unique<Viewer>(*layer, scene, style);
+        }
+        return *viewer;
+    }
+
+    Picture draw() {
+        Result<Picture> picture = TiledPicture(size, ONE_TILE).draw(view(), *layer, context());
+        EXPECT_TRUE(picture.isOk());
+        return picture.isOk() ? picture.value() : Picture{};
+    }
+
+    std::string pick(double x, double y) {
+        std::optional<Picked> const picked =
+            view().pick(size, {static_cast<int>(std::floor(x)), static_cast<int>(std::floor(y))});
+        return picked ? picked->owner : "nothing";
+    }
+
+    /// Where a point of the files is in the picture.
+    toolkit::ScreenPoint placeOf(Point const& p) { return view().view(size).project(scene.placeToScene(p)); }
+
+    // Two small cubes far apart hold the frame, whatever is done to the one between them.
+    Scene scene{
+        {cube("left.obj", {-10, -10, 0}), cube("middle.obj", {0, 0, 0}), cube("right.obj", {10, 10, 0})}};
+    PictureSize size{112, 112};
+    ViewStyle style;
+    std::unique_ptr<Core_RL> layer;
+    std::unique_ptr<Viewer> viewer;
+};
+
+bool isOrange(Picture const& picture, double x, double y) {
+    int const column = std::clamp(static_cast<int>(std::floor(x)), 0, picture.width - 1);
+    int const row = std::clamp(static_cast<int>(std::floor(y)), 0, picture.height - 1);
+    unsigned char const* const pixel = picture.pixels.data() + 4 * (row * picture.width + column);
+    return pixel[0] > 60 && pixel[0] > 2 * pixel[2] + 20;
+}
+
+int countYellow(Picture const& picture) {
+    int count = 0;
+    for (std::size_t i = 0; i < picture.pixels.size(); i += 4) {
+        unsigned char const* const pixel = picture.pixels.data() + i;
+        count += pixel[0] > 150 && pixel[1] > 120 && pixel[2] < 90 ? 1 : 0;
+    }
+    return count;
+}
+
+ObjectTransform movedBy(Point const& way) {
+    ObjectTransform transform;
+    transform.translation = way;
+    return transform;
+}
+
+}  // namespace
+
+TEST_F(Editing_gl_test, objectsAreDrawnAndPickedWhereTheyWereMovedTurnedAndScaled) {
+    ObjectTransform transform = movedBy({5, -3, 0});
+    transform.scale = {3, 1, 1};
+    transform.rotation = Rotation::ofDegrees({0, 0, 90});
+    view().setTransform(1, transform);
+    struct Row {
+        Point place;
+        bool isShown;
+    };
+    for (Shading const shading : {Shading::FACETED, Shading::SMOOTH, Shading::WIREFRAME}) {
+        style.mesh.shading = shading;
+        viewer.reset();
+        view().setTransform(1, transform);
+        Picture const picture = draw();
+        for (Row const& row : {Row{{5, -3, 0}, true}, Row{{5, -0.6, 0}, true}, Row{{5, -5.4, 0}, true},
+                               Row{{6.6, -3, 0}, false}, Row{{3.4, -3, 0}, false}, Row{{0, 0, 0}, false}}) {
+            toolkit::ScreenPoint const at = placeOf(row.place);
+            if (shading != Shading::WIREFRAME) {
+                EXPECT_EQ(isOrange(picture, at.x, at.y), row.isShown) << at.x << ' ' << at.y;
+            }
+            EXPECT_EQ(pick(at.x, at.y), row.isShown ? "middle.obj" : "nothing");
+        }
+    }
+}
+
+TEST_F(Editing_gl_test, blendedPartsAreDrawnWhereTheyWereMoved) {
+    style.mesh.opacity = 0.8F;
+    view().setTransform(1, movedBy({5, -3, 0}));
+    Picture const picture = draw();
+    toolkit::ScreenPoint const now = placeOf({5, -3, 0});
+    toolkit::ScreenPoint const before = placeOf({0, 0, 0});
+    EXPECT_TRUE(isOrange(picture, now.x, now.y));
+    EXPECT_FALSE(isOrange(picture, before.x, before.y));
+}
+
+TEST_F(Editing_gl_test, clipBoxesStayWhereTheyAre) {
+    style.clip = Box3<double>{{4, -20, -20}, {20, 20, 20}};
+    view().setTransform(1, movedBy({4, 0, 0}));
+    Picture const picture = draw();
+    toolkit::ScreenPoint const shown = placeOf({4.5, 0, 0});
+    toolkit::ScreenPoint const cut = placeOf({3.5, 0, 0});
+    EXPECT_TRUE(isOrange(picture, shown.x, shown.y));
+    EXPECT_FALSE(isOrange(picture, cut.x, cut.y));
+}
+
+TEST_F(Editing_gl_test, identityDrawsTheSameBytes) {
+    style.camera.view = toolkit::ViewKind::PERSPECTIVE;
+    Picture const before = draw();
+    view().setTransform(1, movedBy({1, 2, 3}));
+    EXPECT_NE(draw().pixels, before.pixels);
+    view().setTransform(1, {});
+    EXPECT_EQ(draw().pixels, before.pixels);
+}
+
+TEST_F(Editing_gl_test, theCameraFramesWhatIsMovedAway) {
+    for (toolkit::ViewKind const kind : {toolkit::ViewKind::FRONT, toolkit::ViewKind::PERSPECTIVE}) {
+        style.camera.view = kind;
+        viewer.reset();
+        view().setTransform(1, movedBy({40, 0, 0}));
+        toolkit::ScreenPoint const at = placeOf({40, 0, 0});
+        EXPECT_TRUE(at.x > 0 && at.x < size.width && at.y > 0 && at.y < size.height);
+        Picture const picture = draw();
+        EXPECT_TRUE(isOrange(picture, at.x, at.y));
+    }
+}
+
+TEST_F(Editing_gl_test, aMirroredObjectIsLitAsTheOtherIs) {
+    style.camera.view = toolkit::ViewKind::PERSPECTIVE;
+    Picture const before = draw();
+    ObjectTransform mirrored;
+    mirrored.scale = {-1, 1, 1};
+    view().setTransform(1, mirrored);
+    Picture const after = draw();
+    // A cube is its own mirror image.
+    toolkit::ScreenPoint const at = placeOf({0, 0, 0});
+    int const pixel = 4 * (static_cast<int>(at.y) * size.width + static_cast<int>(at.x));
+    EXPECT_NEAR(after.pixels[pixel], before.pixels[pixel], 4);
+}
+
+TEST_F(Editing_gl_test, transformsThatCannotBeDrawnChangeNothing) {
+    ObjectTransform flat;
+    flat.scale.x = 0;
+    view().setTransform(1, flat);
+    view().setTransform(7, movedBy({1, 0, 0}));
+    EXPECT_TRUE(view().transforms()[1].isIdentity());
+    EXPECT_EQ(view().transforms().size(), 3U);
+}
+
+// == Gizmos ==
+
+TEST_F(Editing_gl_test, eachHandleIsFoundWhereItIsDrawnAndYellowThere) {
+    scene = Scene({cube("cube.obj", {0, 0, 0})});
+    style.camera.view = toolkit::ViewKind::PERSPECTIVE;
+    ObjectTransform transform = movedBy({0.1, 0.05, 0});
+    transform.rotation = Rotation::ofDegrees({10, 20, 30});
+    struct Row {
+        Gizmo gizmo;
+        GizmoHandle handle;
+        Point place;  // along the handles, in their lengths
+        char const* owner;
+    };
+    double const aside = std::sqrt(0.5);
+    for (Row const& row : {
+             Row{Gizmo::MOVE, GizmoHandle::X, {0.8, 0, 0}, "gizmo move X"},
+             Row{Gizmo::MOVE, GizmoHandle::Y, {0, 0.8, 0}, "gizmo move Y"},
+             Row{Gizmo::MOVE, GizmoHandle::Z, {0, 0, 0.8}, "gizmo move Z"},
+             Row{Gizmo::MOVE, GizmoHandle::CENTER, {0, 0, 0}, "gizmo move center"},
+             Row{Gizmo::MOVE, GizmoHandle::YZ, {0, 0.3, 0.3}, "gizmo move YZ"},
+             Row{Gizmo::MOVE, GizmoHandle::XZ, {0.3, 0, 0.3}, "gizmo move XZ"},
+             Row{Gizmo::MOVE, GizmoHandle::XY, {0.3, 0.3, 0}, "gizmo move XY"},
+             Row{Gizmo::SCALE, GizmoHandle::X, {0.9, 0, 0}, "gizmo scale X"},
+             Row{Gizmo::SCALE, GizmoHandle::Y, {0, 0.9, 0}, "gizmo scale Y"},
+             Row{Gizmo::SCALE, GizmoHandle::Z, {0, 0, 0.9}, "gizmo scale Z"},
+             Row{Gizmo::SCALE, GizmoHandle::CENTER, {0, 0, 0}, "gizmo scale center"},
+             Row{Gizmo::SCALE, GizmoHandle::YZ, {0, 0.3, 0.3}, "gizmo scale YZ"},
+             Row{Gizmo::SCALE, GizmoHandle::XZ, {0.3, 0, 0.3}, "gizmo scale XZ"},
+             Row{Gizmo::SCALE, GizmoHandle::XY, {0.3, 0.3, 0}, "gizmo scale XY"},
+             Row{Gizmo::ROTATE, GizmoHandle::X, {0, aside, aside}, "gizmo rotate X"},
+             Row{Gizmo::ROTATE, GizmoHandle::Y, {aside, 0, aside}, "gizmo rotate Y"},
+             Row{Gizmo::ROTATE, GizmoHandle::Z, {aside, aside, 0}, "gizmo rotate Z"},
+             Row{Gizmo::ROTATE, GizmoHandle::CENTER, {0, 0, 0}, "gizmo rotate view"},
+         }) {
+        SCOPED_TRACE(row.owner);
+        style.gizmo = row.gizmo;
+        viewer.reset();
+        view().setTransform(0, transform);
+        view().setSelected(0);
+        toolkit::View const seen = view().view(size);
+        Point const pivot = pivotOf(scene, 0) + transform.translation * scene.unitsPerFileUnit();
+        double const reach = GIZMO_LENGTH * size.height / seen.pixelsPerUnit(pivot);
+        Point const place = pivot + handlesOf(row.gizmo, transform)(row.place) * reach;
+        toolkit::ScreenPoint at = seen.project(place);
+        if (row.gizmo == Gizmo::ROTATE && row.handle == GizmoHandle::CENTER) {
+            at.x += GIZMO_LENGTH * size.height * GIZMO_VIEW_CIRCLE;
+        }
+        EXPECT_EQ(pick(at.x, at.y), row.owner);
+        EXPECT_EQ(countYellow(draw()), 0);
+        view().setHighlighted(row.handle);
+        EXPECT_GT(countYellow(draw()), 4);
+    }
+}
+
+TEST_F(Editing_gl_test, aGizmoOverAnObjectIsAlwaysEquallyLarge) {
+    // The arrow's end, at different distances from the viewer.
+    scene = Scene({cube("cube.obj", {0, 0, 0}), cube("far.obj", {-8, 0, -40})});
+    style.camera.view = toolkit::ViewKind::PERSPECTIVE;
+    style.gizmo = Gizmo::ROTATE;
+    for (std::size_t const object : {0, 1}) {
+        view().setSelected(object);
+        toolkit::ScreenPoint const at = view().view(size).project(pivotOf(scene, object));
+        double const radius = GIZMO_LENGTH * size.height * GIZMO_VIEW_CIRCLE;
+        EXPECT_EQ(pick(at.x, at.y - radius), "gizmo rotate view");
+        EXPECT_EQ(pick(at.x, at.y + radius), "gizmo rotate view");
+    }
+}
+
+TEST_F(Editing_gl_test, handlesThatCannotBeDraggedAreLeftOut) {
+    scene = Scene({cube("cube.obj", {0, 0, 0})});
+    style.gizmo = Gizmo::MOVE;
+    view().setSelected(0);
+    // In the front view z is a point, and the planes along it are lines over the axes.
+    EXPECT_EQ(pick(56, 56), "gizmo move center");
+    EXPECT_EQ(pick(56 + 6, 56), "gizmo move X");
+    EXPECT_EQ(pick(56 + 5, 56 - 5), "gizmo move XY");
+}
+
+TEST_F(Editing_gl_test, withoutASelectionTheGizmoIsAtTheOriginWithoutPlanes) {
+    scene = Scene({cube("cube.obj", {0, 0, 0})});
+    style.camera.view = toolkit::ViewKind::PERSPECTIVE;
+    style.gizmo = Gizmo::MOVE;
+    Picture const atOrigin = draw();
+    view().setSelected(0);
+    EXPECT_NE(draw().pixels, atOrigin.pixels);
+    view().setSelected(std::nullopt);
+    EXPECT_EQ(draw().pixels, atOrigin.pixels);
+}
