@@ -26,13 +26,15 @@ static_assert(nameOf(GizmoHandle::XY) < GizmoDrawing::NAMES_END);
 
 constexpr Color4<float> CENTER{0.86F, 0.87F, 0.90F, 1};
 constexpr Color4<float> HIGHLIGHT{1.0F, 0.87F, 0.16F, 1};
-constexpr float PLANE_OPACITY = 0.40F;
+constexpr float PLANE_OPACITY = 0.50F;
 constexpr float HIGHLIGHTED_PLANE_OPACITY = 0.75F;
 
 // In lengths of a handle.
 constexpr float ARROW_HEAD = 0.26F;
 constexpr float BOX_HALF = 0.075F;
-constexpr float CENTER_HALF = 0.065F;
+constexpr float CENTER_HALF = 0.08F;
+constexpr float CENTER_HALF_HIT =
+    0.15F;  // the axes begin here, and one that points to the viewer is before it
 constexpr float PLANE_BEGIN = 0.16F;
 constexpr float PLANE_END = 0.42F;
 
@@ -155,7 +157,7 @@ void GizmoDrawing::_drawPlaced(ViewCamera const& camera, PictureSize const& size
                 _drawAxis(axis);
             }
         }
-        layer.renderBox3(CENTER_NAME, _color(GizmoHandle::CENTER), CENTER_HALF);
+        layer.renderBox3(CENTER_NAME, _color(GizmoHandle::CENTER), isPicking ? CENTER_HALF_HIT : CENTER_HALF);
     }
     if (gizmo != Gizmo::ROTATE) {
         // Unlit, and blended over the others.
