@@ -1,5 +1,7 @@
 #include "viewport/program/CommandLine.h"
 
+#include "viewport/program/transform_words.h"
+
 #include <gmock/gmock.h>
 
 using vellum::Color4;
@@ -265,4 +267,41 @@ TEST(CommandLine, formatsAndSelectionsAreUnderstoodBeforeAnythingIsRead) {
                 HasSubstr("--select: the selection 'z >'"));
     EXPECT_THAT(errorOf({"-", "/dev/stdin", "--info"}), HasSubstr("standard input can be read only once"));
     EXPECT_TRUE(optionsOf({"a1", "a2", "--info", "--series"}).isSeries);
+}
+
+TEST(transform_words, objectsAreCountedFromOneAndAnglesAndScalesMayBeLeftOut) {
+    GivenTransforms const given =
+        optionsOf({"a", "--out", "b", "--transform", "2:1,-2,3.5", "--transform", "1:0,0,0:0,0,90:2,-1,0.5"})
+            .transforms;
+    ASSERT_EQ(given.size(), 2U);
+    EXPECT_EQ(given.at(1).translation.z, 3.5);
+    EXPECT_EQ(given.at(1).rotation, vellum::viewport::Rotation());
+    EXPECT_EQ(given.at(1).scale.x, 1);
+    EXPECT_NEAR(given.at(0).rotation.toDegrees().z, 90, 1e-12);
+    EXPECT_EQ(given.at(0).scale.y, -1);
+}
+
+TEST(transform_words, aWordOfAnotherFormIsAFault) {
+    for (char const* const word : {"1", "0:1,2,3", "x:1,2,3", "1:1,2", "1:1,2,3:4", "1:1,2,3:0,0,0:1,1,1:1",
+                                   "1:1,2,nan", "1:1,2,3:0,0,0:1,0,1", ":1,2,3", "1:1,2,3:"}) {
+        EXPECT_THAT(errorOf({"a", "--out", "b", "--transform", word}),
+                    HasSubstr(std::string("--transform: '") + word + "' is not"));
+    }
+    EXPECT_THAT(errorOf({"a", "--out", "b", "--transform", "1:1,2,3", "--transform", "1:1,2,3"}),
+                HasSubstr("--transform: object 1 is given twice"));
+}
+
+TEST(transform_words, theWordOfATransformGivesItAgain) {
+    ObjectTransform transform;
+    transform.translation = {0.1, -1e-7, 3e20};
+    transform.rotation = vellum::viewport::Rotation::ofDegrees({10, 20, -30});
+    transform.scale = {1, -2, 0.3};
+    GivenTransforms given;
+    ASSERT_FALSE(readTransform(transformWord(4, transform), given));
+    ObjectTransform const again = given.at(4);
+    EXPECT_EQ(again.translation.x, transform.translation.x);
+    EXPECT_EQ(again.translation.z, transform.translation.z);
+    EXPECT_EQ(again.scale.z, transform.scale.z);
+    EXPECT_NEAR(again.rotation.x, transform.rotation.x, 1e-14);
+    EXPECT_NEAR(again.rotation.w, transform.rotation.w, 1e-14);
 }

@@ -97,10 +97,11 @@ TEST_F(program_gl_test, whatIsPickedIsPrinted) {
         char const* output;
     };
     // In the front view the handle of x, 118 of 720 pixels long, goes to the right from the middle. In OFF files z is up.
-    for (Row const& row : {Row{{"--pick", "418,360", "--gizmo", "move"}, "1 gizmo move X\n"},
-                           Row{{"--pick", "360,242", "--gizmo", "move"}, "3 gizmo move Z\n"},
-                           Row{{"--pick", "200,500", "--gizmo", "move"}, "16 cube.off\n"},
-                           Row{{"--pick", "3,3"}, "nothing\n"}}) {
+    for (Row const& row :
+         {Row{{"--pick", "418,360", "--gizmo", "move"}, "1 gizmo move X\n"},
+          Row{{"--pick", "360,242", "--gizmo", "move"}, "3 gizmo move Z\n"},
+          Row{{"--pick", "200,500", "--gizmo", "move"}, "16 cube.off\n"}, Row{{"--pick", "3,3"}, "nothing\n"},
+          Row{{"--pick", "200,500", "--transform", "1:0,0,0:0,0,0:0.1,1,1"}, "nothing\n"}}) {
         std::vector<std::string> arguments{mesh, "--size", "720x720", "--view", "front"};
         arguments.insert(arguments.end(), row.arguments.begin(), row.arguments.end());
         Outcome const outcome = run(arguments);
@@ -292,6 +293,8 @@ TEST_F(program_gl_test, commandLinesThatMakeNoSenseAreUsageErrors) {
     expectUsageError({mesh, "--out", out, "--shading", "shiny"});
     expectUsageError({mesh, "--out", out, "--normals", "edge"});
     expectUsageError({mesh, "--out", out, "--gizmo", "bend"});
+    expectUsageError({mesh, "--out", out, "--transform", "2:0,0,0"});
+    expectUsageError({mesh, "--out", out, "--transform", "1:1e300,0,0"});
     expectUsageError({mesh, "--out", out, "--view", "below"});
     for (char const* const size : {"0x0", "0x100", "16385x1", "99999999999x99999999999", "-1x5", "many"}) {
         expectUsageError({mesh, "--out", out, "--size", size});
