@@ -2,6 +2,7 @@
 
 #include "Core_RL_GL.h"
 #include "tests/gl_spy/GlTest.h"
+#include "viewport/drawing/layer/GlewStart.h"
 #include "viewport/editing/GizmoDrag.h"
 
 #include <algorithm>
@@ -37,6 +38,7 @@ class Editing_gl_test : public gl_spy::GlTest {
 protected:
     void SetUp() override {
         GlTest::SetUp();
+        ASSERT_FALSE(startGlew().has_value());
         layer.reset(new Core_RL_GL);
         style.explanations = {false, false, false, false};
         style.mesh.shading = Shading::FACETED;
@@ -181,6 +183,54 @@ TEST_F(Editing_gl_test, aMirroredObjectIsLitAsTheOtherIs) {
     toolkit::ScreenPoint const at = placeOf({0, 0, 0});
     int const pixel = 4 * (static_cast<int>(at.y) * size.width + static_cast<int>(at.x));
     EXPECT_NEAR(after.pixels[pixel], before.pixels[pixel], 4);
+}
+
+TEST_F(Editing_gl_test, whatIsScaledAndTurnedIsShadedAsIfItsFileWereSoWithAndWithoutAnEffect) {
+    // The same with the transform and with a file that has it, in one frame.
+    ObjectTransform transform;
+    transform.scale = {2, 0.5, 1};
+    transform.rotation = Rotation::ofDegrees({20, -30, 40});
+    std::vector<MeshData> const plain{cube("left.obj", {-10, -10, 0}), cube("middle.obj", {0, 0, 0}),
+                                      cube("right.obj", {10, 10, 0})};
+    std::vector<MeshData> scaled = plain;
+    for (Point& p : scaled[1].positions) {
+        p = transform.rotation({2 * p.x, 0.5 * p.y, p.z});
+    }
+    for (Vector3<float>& n : scaled[1].normals) {
+        n = convert<float>(normalized(transform.rotation({0.5 * n.x, 2.0 * n.y, 1.0 * n.z})));
+    }
+    style.camera.view = toolkit::ViewKind::PERSPECTIVE;
+    style.camera.zoom = 3;
+    auto effectLayer = std::make_unique<toolkit::Layer>();
+    for (bool const hasEffect : {false, true}) {
+        for (Shading const shading : {Shading::SMOOTH, Shading::FACETED}) {
+            style.mesh.shading = shading;
+            auto const drawn = [&](std::vector<MeshData> const& meshes, ObjectTransform const& placed) {
+                Scene const its(meshes);
+                EffectSpec const spec{ScatteringEffect(), 1};
+                std::unique_ptr<EffectRenderer> effect;
+                if (hasEffect) {
+                    Result<EffectSubject> subject = EffectSubject::prepare(spec, meshes, its, 1);
+                    effect = std::make_unique<EffectRenderer>(*effectLayer, spec, style.mesh,
+                                                              std::move(subject.value()));
+                }
+                Viewer drawing(*effectLayer, its, style, effect.get());
+                drawing.setTransform(1, placed);
+                return TiledPicture(size, ONE_TILE).draw(drawing, *effectLayer, context()).value();
+            };
+            Picture const expected = drawn(scaled, {});
+            Picture const untouched = drawn(plain, {});
+            Picture const picture = drawn(plain, transform);
+            int differing = 0;
+            int moved = 0;
+            for (std::size_t i = 0; i < picture.pixels.size(); ++i) {
+                differing += std::abs(picture.pixels[i] - expected.pixels[i]) > 6 ? 1 : 0;
+                moved += std::abs(picture.pixels[i] - untouched.pixels[i]) > 6 ? 1 : 0;
+            }
+            EXPECT_LT(differing, 40) << hasEffect << static_cast<int>(shading);
+            EXPECT_GT(moved, 1000) << "the transform is seen";
+        }
+    }
 }
 
 TEST_F(Editing_gl_test, transformsThatCannotBeDrawnChangeNothing) {
