@@ -90,10 +90,7 @@ GizmoDrag::GizmoDrag(Scene const& scene, std::size_t object, Gizmo gizmo, GizmoH
     , view(view)
     , pressedX(x)
     , pressedY(y)
-    , pivot(pivotOf(scene, object) + scene.directionToScene(before.translation * scene.unitsPerFileUnit()))
-    , sight{0, 0, -1}
-    , reach(0)
-    , step(1) {
+    , pivot(pivotOf(scene, object) + scene.directionToScene(before.translation * scene.unitsPerFileUnit())) {
     toolkit::ScreenPoint const place = view.project(pivot);
     double const pixelsPerUnit = view.pixelsPerUnit(pivot);
     if (place.isInFront && pixelsPerUnit > 0 && std::isfinite(x) && std::isfinite(y) && before.isValid()) {

@@ -65,10 +65,10 @@ private:
     toolkit::View view;
     double pressedX;
     double pressedY;
-    Vector3<double> pivot;  // in the frame of the scene, where the object was at the press
-    Vector3<double> sight;  // from the viewer to the pivot, of unit length
-    double reach;           // of a handle, in units of the scene; 0: the pivot is not in front of the viewer
-    double step;
+    Vector3<double> pivot;            // in the frame of the scene, where the object was at the press
+    Vector3<double> sight{0, 0, -1};  // from the viewer to the pivot, of unit length
+    double reach = 0;  // of a handle, in units of the scene; 0: the pivot is not in front of the viewer
+    double step = 1;
 };
 
 }  // namespace vellum::viewport
