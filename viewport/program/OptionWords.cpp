@@ -6,6 +6,7 @@
 #include "viewport/files/mesh/MeshFile.h"
 #include "viewport/files/particles/ParticleFile.h"
 #include "viewport/program/add_word.h"
+#include "viewport/program/transform_words.h"
 #include "viewport/program/word_values.h"
 #include "viewport/scene/ParticleSelection.h"
 #include "viewport/text/numbers.h"
