@@ -46,6 +46,9 @@ struct PickedElement {
     std::vector<PickedValue> values;  ///< of the vertex
 };
 
+/// The picking name of the first object of a scene; those of handles are below.
+constexpr unsigned int FIRST_OBJECT_NAME = 16;
+
 /// A thing at a pixel. Whoever finds a thing of which only the name is known leaves the rest empty.
 struct Picked {
     unsigned int
@@ -53,6 +56,12 @@ struct Picked {
     std::string owner;  ///< what the name belongs to: a handle like "gizmo move X", or a file's name
     std::optional<PickedParticle> particle = {};
     std::optional<PickedElement> element = {};
+
+    /// The object, counted from 0, the models first, then the clouds; nothing: it is a handle of the gizmo.
+    std::optional<std::size_t> object() const {
+        return name >= FIRST_OBJECT_NAME ? std::optional<std::size_t>(name - FIRST_OBJECT_NAME)
+                                         : std::nullopt;
+    }
 
     /// Whether both are the same thing of the scene.
     bool operator==(Picked const& other) const { return name == other.name && owner == other.owner; }

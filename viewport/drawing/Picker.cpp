@@ -18,8 +18,7 @@ namespace vellum::viewport {
 
 namespace {
 
-constexpr unsigned int FIRST_MODEL_NAME = 16;
-static_assert(FIRST_MODEL_NAME >= GizmoDrawing::NAMES_END);
+static_assert(FIRST_OBJECT_NAME >= GizmoDrawing::NAMES_END);
 
 constexpr double REACH = 2.5;  // pixels on each side of the pixel's center
 constexpr int BEYOND = 128;    // pixels; half of the largest point
@@ -43,9 +42,10 @@ std::optional<Picked> Picker::pick(PictureSize const& size, Pixel pixel) {
     hits.insert(hits.end(), cloudHits.begin(), cloudHits.end());
     if (sea != nullptr) {
         double const water = _waterDepth(size, x, y);
-        hits.erase(std::remove_if(
-                       hits.begin(), hits.end(),
-                       [water](Hit const& hit) { return hit.name >= FIRST_MODEL_NAME && hit.depth > water; }),
+        hits.erase(std::remove_if(hits.begin(), hits.end(),
+                                  [water](Hit const& hit) {
+                                      return hit.name >= FIRST_OBJECT_NAME && hit.depth > water;
+                                  }),
                    hits.end());
     }
     auto const best = std::min_element(hits.begin(), hits.end(), _comesBefore);
@@ -53,7 +53,7 @@ std::optional<Picked> Picker::pick(PictureSize const& size, Pixel pixel) {
         return std::nullopt;
     }
     Picked picked = _toPicked(best->name);
-    if (best->name < FIRST_MODEL_NAME) {
+    if (best->name < FIRST_OBJECT_NAME) {
         return picked;
     }
     // Of the thing itself something may lie behind another one.
@@ -61,7 +61,7 @@ std::optional<Picked> Picker::pick(PictureSize const& size, Pixel pixel) {
     for (Hit const& hit : hits) {
         most = hit.name != best->name ? std::min(most, hit.depth) : most;
     }
-    std::size_t const index = best->name - FIRST_MODEL_NAME;
+    std::size_t const index = best->name - FIRST_OBJECT_NAME;
     if (best->name >= _firstCloudName()) {
         picked.particle = _particleOf(*best, size, _lookAround(size, x, y), most);
     } else if (hasSurfaces && index < scene.meshes().size()) {
@@ -76,6 +76,21 @@ std::optional<Picked> Picker::pick(PictureSize const& size, Pixel pixel) {
                                      movedView(_lookAround(size, x, y), place), clip, most, shownAt);
     }
     return picked;
+}
+
+GizmoHandle Picker::pickHandle(PictureSize const& size, Pixel pixel) {
+    if (!gizmo.isShown()) {
+        return GizmoHandle::NONE;
+    }
+    glViewport(0, 0, size.width, size.height);
+    camera.load(Region::whole(size));
+    std::vector<toolkit::PickHit> const hits =
+        toolkit::pick(pixel.x + 0.5, pixel.y + 0.5, REACH, [&] { gizmo.drawForPicking(camera, size); });
+    auto const nearest =
+        std::min_element(hits.begin(), hits.end(), [](toolkit::PickHit const& a, toolkit::PickHit const& b) {
+            return a.depth < b.depth;
+        });
+    return nearest != hits.end() ? handleNamed(nearest->name) : GizmoHandle::NONE;
 }
 
 /// Loads the view of the pixels within reach.
@@ -100,7 +115,7 @@ void Picker::_drawModelsAndGizmo(PictureSize const& size) {
     {
         ClipPlanes const planes(clip, scene);
         for (std::size_t i = 0; i < models.size(); ++i) {
-            layer.loadName(FIRST_MODEL_NAME + static_cast<unsigned int>(i));
+            layer.loadName(FIRST_OBJECT_NAME + static_cast<unsigned int>(i));
             models[i].drawForPicking();
         }
     }
@@ -198,8 +213,8 @@ Picked Picker::_toPicked(unsigned int name) const {
     if (name >= _firstCloudName()) {
         return {name, scene.clouds()[name - _firstCloudName()].name};
     }
-    if (name >= FIRST_MODEL_NAME) {
-        return {name, scene.models()[name - FIRST_MODEL_NAME].name};
+    if (name >= FIRST_OBJECT_NAME) {
+        return {name, scene.models()[name - FIRST_OBJECT_NAME].name};
     }
     return {name, gizmo.handle(name)};
 }
@@ -210,12 +225,12 @@ Vector3<double> Picker::_movedInFile(Matrix4<double> const& place, Vector3<doubl
 }
 
 unsigned int Picker::_firstCloudName() const {
-    return FIRST_MODEL_NAME + static_cast<unsigned int>(models.size());
+    return FIRST_OBJECT_NAME + static_cast<unsigned int>(models.size());
 }
 
 bool Picker::_comesBefore(Hit const& a, Hit const& b) {
-    bool const isGizmoA = a.name < FIRST_MODEL_NAME;
-    bool const isGizmoB = b.name < FIRST_MODEL_NAME;
+    bool const isGizmoA = a.name < FIRST_OBJECT_NAME;
+    bool const isGizmoB = b.name < FIRST_OBJECT_NAME;
     return isGizmoA != isGizmoB ? isGizmoA : a.depth < b.depth;
 }
 

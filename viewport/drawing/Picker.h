@@ -48,6 +48,10 @@ public:
     /// State: the viewport, both matrices, the depth buffer; the scissor test is off, multisampling is on.
     std::optional<Picked> pick(PictureSize const& size, Pixel pixel);
 
+    /// The handle of the gizmo alone, which takes no longer in a large scene.
+    /// State: both matrices, the viewport.
+    GizmoHandle pickHandle(PictureSize const& size, Pixel pixel);
+
 private:
     static constexpr int SIDE = 5;  // of the pixels within reach
 

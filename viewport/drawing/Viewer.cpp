@@ -113,9 +113,7 @@ void Viewer::drawLabels(Picture& picture) {
 
 std::optional<Picked> Viewer::pick(PictureSize const& size, Pixel pixel) {
     _layOut(size);
-    return Picker(layer, scene, layout.camera, models, clouds, _gizmo(), style.mesh.isFilled(), style.clip,
-                  _sea() != nullptr ? effect : nullptr)
-        .pick(size, pixel);
+    return _picker(_gizmo()).pick(size, pixel);
 }
 
 // == Editing ==
@@ -140,6 +138,23 @@ void Viewer::setTransform(std::size_t object, ObjectTransform const& transform) 
     if (effect != nullptr && effect->covers(object)) {
         effect->setPlace(object, place);
     }
+}
+
+GizmoHandle Viewer::handleAt(PictureSize const& size, Pixel pixel) {
+    _layOut(size);
+    return _picker(_gizmo()).pickHandle(size, pixel);
+}
+
+Picker Viewer::_picker(GizmoDrawing const& gizmo) {
+    return {layer,
+            scene,
+            layout.camera,
+            models,
+            clouds,
+            gizmo,
+            style.mesh.isFilled(),
+            style.clip,
+            _sea() != nullptr ? effect : nullptr};
 }
 
 toolkit::View Viewer::view(PictureSize const& size) {

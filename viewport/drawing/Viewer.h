@@ -86,6 +86,9 @@ public:
     /// The handle that is drawn as the one under the cursor, from handleNamed() of what was picked.
     void setHighlighted(GizmoHandle handle) { highlighted = handle; }
 
+    /// The handle at a pixel of a picture of this size; see Picker.
+    GizmoHandle handleAt(PictureSize const& size, Pixel pixel);
+
     /// The view that a picture of this size is drawn with, for drags of handles.
     /// State: that of ViewCamera::load().
     toolkit::View view(PictureSize const& size);
@@ -114,6 +117,7 @@ private:
     void _layOut(PictureSize const& size);
     void _layOutBehind();
     GizmoDrawing _gizmo() const;
+    Picker _picker(GizmoDrawing const& gizmo);
     bool _isGroundShown() const;
 
     void _placeLights() const;

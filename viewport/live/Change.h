@@ -7,10 +7,10 @@ namespace vellum::viewport {
 /// How much must be done again after options have changed. Each step includes those before it.
 enum class Change {
     NOTHING,
-    CAMERA,   ///< the same drawing from elsewhere
-    LOOK,     ///< the same scene, drawn otherwise
+    CAMERA,  ///< the same drawing from elsewhere
+    LOOK,    ///< the same scene, drawn otherwise
     SUBJECT,  ///< the same contents of the files, prepared otherwise: other particles, colors of values, an effect
-    FILES     ///< other files, or another part of them
+    FILES  ///< other files, or another part of them
 };
 
 /// What separates two sets of options; of their pictures only the first one is compared.

@@ -1,6 +1,7 @@
 #include "viewport/live/LiveScene.h"
 
 #include "viewport/drawing/TiledPicture.h"
+#include "viewport/drawing/view/Navigation.h"
 
 #include <algorithm>
 #include <chrono>
@@ -19,7 +20,8 @@ Picture plainPicture(PictureSize const& size, unsigned char value) {
     Picture picture;
     picture.width = size.width;
     picture.height = size.height;
-    picture.pixels.assign(4 * static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height), value);
+    picture.pixels.assign(4 * static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height),
+                          value);
     for (std::size_t i = 3; i < picture.pixels.size(); i += 4) {
         picture.pixels[i] = 255;
     }
@@ -50,6 +52,7 @@ void LiveScene::_makeViewer() {
     viewer.reset();
     viewer = presentation.viewer(asked.pictures.front());
     viewer->setDetail(drawnPart);
+    _showGizmo();
 }
 
 void LiveScene::setLook(Options const& options) {
@@ -67,9 +70,66 @@ std::optional<Fault> LiveScene::setCamera(CameraSpec const& spec) {
     return std::nullopt;
 }
 
+// == Editing ==
+
+void LiveScene::setTransform(std::size_t object, ObjectTransform const& transform) {
+    if (object >= objectCount(scene()) || !isDrawable(transform, scene(), object)) {
+        return;
+    }
+    if (transform.isIdentity()) {
+        asked.transforms.erase(object);
+    } else {
+        asked.transforms[object] = transform;
+    }
+    // A camera that frames what is shown would follow the object.
+    ViewCamera const& camera = viewer->camera();
+    bool const isFramed = drawnSize.width > 0;
+    double const half = isFramed ? camera.halfHeightAtFocus() : 0;
+    bool const isHeld = cameraSpec.position && cameraSpec.focus &&
+                        (cameraSpec.projection != Projection::PARALLEL || cameraSpec.height);
+    if (isFramed && (!isHeld || camera.isAlongAxis())) {
+        cameraSpec = Navigation(scene(), camera).pan(0, 0);
+    }
+    viewer->setTransform(object, transform);
+    if (isFramed) {
+        viewer->setCamera(cameraSpec);
+        if (camera.isAlongAxis()) {
+            // Its size is relative to the box of what is shown.
+            viewer->cameraFault(drawnSize);
+            cameraSpec.zoom *= camera.halfHeightAtFocus() / half;
+            viewer->setCamera(cameraSpec);
+        }
+    }
+    asked.pictures.front().camera = cameraSpec;
+}
+
+void LiveScene::select(std::optional<std::size_t> object) {
+    selected = object;
+    _showGizmo();
+}
+
+void LiveScene::setGizmo(Gizmo gizmo) {
+    asked.pictures.front().gizmo = gizmo;
+    _showGizmo();
+}
+
+void LiveScene::highlight(GizmoHandle handle) {
+    highlighted = handle;
+    _showGizmo();
+}
+
+void LiveScene::_showGizmo() {
+    viewer->setSelected(selected);
+    viewer->setGizmo(selected ? asked.pictures.front().gizmo : Gizmo::NONE);
+    viewer->setHighlighted(highlighted);
+}
+
+// == Drawing ==
+
 void LiveScene::draw(PictureSize const& size) {
     auto const start = std::chrono::steady_clock::now();
     glViewport(0, 0, size.width, size.height);
+    drawnSize = size;
     viewer->draw(size);
     glFinish();
     std::chrono::duration<double> const taken = std::chrono::steady_clock::now() - start;

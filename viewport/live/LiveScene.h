@@ -2,15 +2,19 @@
 
 #include "offscreen/OffscreenContext.h"
 #include "toolkit/Layer.h"
+#include "toolkit/View.h"
 #include "viewport/content/Content.h"
 #include "viewport/content/Options.h"
 #include "viewport/drawing/Viewer.h"
 #include "viewport/drawing/view/CameraSpec.h"
 #include "viewport/drawing/view/PictureSize.h"
+#include "viewport/editing/Gizmo.h"
+#include "viewport/editing/ObjectTransform.h"
 #include "viewport/files/images/Picture.h"
 #include "viewport/live/Presentation.h"
 #include "viewport/text/Fault.h"
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -41,6 +45,26 @@ public:
     /// A fault, and the former camera, where that makes none.
     std::optional<Fault> setCamera(CameraSpec const& spec);
     ViewCamera const& camera() const { return viewer->camera(); }
+
+    // == Editing ==
+
+    /// Moves, turns and scales an object from where its file has it; one that cannot be drawn changes nothing. The camera stays.
+    void setTransform(std::size_t object, ObjectTransform const& transform);
+
+    /// The object that the gizmo is over; nothing: no gizmo is shown.
+    void select(std::optional<std::size_t> object);
+    void setGizmo(Gizmo gizmo);
+
+    /// The handle that is drawn as the one under the cursor.
+    void highlight(GizmoHandle handle);
+
+    /// The handle at a pixel of a picture of this size.
+    GizmoHandle handleAt(PictureSize const& size, Pixel pixel) { return viewer->handleAt(size, pixel); }
+
+    /// The view that a picture of this size is drawn with.
+    toolkit::View view(PictureSize const& size) { return viewer->view(size); }
+
+    // == State ==
 
     Options const& options() const { return asked; }
     Scene const& scene() const { return subject.scene; }
@@ -76,6 +100,7 @@ public:
 private:
     LiveScene(toolkit::Layer& layer, Options options, Subject subject);
     void _makeViewer();
+    void _showGizmo();
 
     toolkit::Layer& layer;
     Options asked;
@@ -84,8 +109,11 @@ private:
     std::unique_ptr<Viewer> viewer;
     CameraSpec cameraSpec;
     std::unique_ptr<OffscreenContext> beside;  // for pictures; null: none has been drawn yet
-    double budget = 0.06;   // seconds
-    double drawnPart = 1;   // of the particles
+    PictureSize drawnSize{0, 0};
+    std::optional<std::size_t> selected;
+    GizmoHandle highlighted = GizmoHandle::NONE;
+    double budget = 0.06;  // seconds
+    double drawnPart = 1;  // of the particles
 };
 
 }  // namespace vellum::viewport

@@ -25,7 +25,7 @@ class Presentation {
 public:
     /// Why a subject cannot be drawn.
     struct Lack {
-        bool isOfOpenGL;          ///< of the driver; else of a file
+        bool isOfOpenGL;           ///< of the driver; else of a file
         std::vector<Fault> words;  ///< what leads to the fault, such as those of the driver's compiler
         Fault fault;
     };

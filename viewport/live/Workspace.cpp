@@ -94,6 +94,15 @@ bool Workspace::_takeOver(LoadOutcome outcome, double aspect) {
     if (options.files != shown.files) {
         _forgetEdits();
     }
+    Scene const& scene = outcome.loaded->subject.scene;
+    if (std::optional<std::string> const misfit = misfitOf(options.transforms, scene)) {
+        removeMisfits(options.transforms, scene);
+        steps.clear();
+        outcome.notes.push_back({"", "not everything is moved: " + *misfit});
+    }
+    if (chosen && *chosen >= objectCount(scene)) {
+        chosen.reset();
+    }
     // What stands is given back first: two large scenes may be more than the GPU holds.
     std::unique_ptr<LiveScene> former = std::move(live);
     former.reset();
@@ -106,6 +115,8 @@ bool Workspace::_takeOver(LoadOutcome outcome, double aspect) {
     live = std::move(made.value());
     content = std::move(outcome.loaded->content);
     shown = options;
+    wanted = options;
+    live->select(chosen);
     notesOfScene = std::move(outcome.notes);
     for (Fault const& what : live->takeNotes()) {
         notesOfScene.push_back(what);
@@ -118,6 +129,9 @@ bool Workspace::_takeOver(LoadOutcome outcome, double aspect) {
 void Workspace::select(std::optional<std::size_t> object) {
     bool const exists = object && live != nullptr && *object < objectCount(live->scene());
     chosen = exists ? object : std::nullopt;
+    if (live != nullptr) {
+        live->select(chosen);
+    }
     isEdited = true;
 }
 
@@ -127,7 +141,8 @@ ObjectTransform Workspace::transform(std::size_t object) const {
 }
 
 void Workspace::setTransform(std::size_t object, ObjectTransform const& transform, std::string const& label) {
-    if (live == nullptr || object >= objectCount(live->scene()) || !transform.isValid()) {
+    if (live == nullptr || object >= objectCount(live->scene()) ||
+        !isDrawable(transform, live->scene(), object)) {
         return;
     }
     steps.push({object, label, this->transform(object), transform});
@@ -135,8 +150,14 @@ void Workspace::setTransform(std::size_t object, ObjectTransform const& transfor
 }
 
 void Workspace::preview(std::size_t object, ObjectTransform const& transform) {
-    static_cast<void>(object);
-    static_cast<void>(transform);
+    if (live == nullptr) {
+        return;
+    }
+    live->setTransform(object, transform);
+    // The camera is held where it was.
+    CameraSpec const& camera = live->options().pictures.front().camera;
+    wanted.pictures.front().camera = camera;
+    shown.pictures.front().camera = camera;
     isEdited = true;
 }
 
@@ -155,6 +176,12 @@ void Workspace::redo() {
 void Workspace::setGizmo(Gizmo gizmo) {
     wanted.pictures.front().gizmo = gizmo;
     shown.pictures.front().gizmo = gizmo;
+    if (live != nullptr) {
+        live->setGizmo(gizmo);
+        if (gizmo != Gizmo::NONE && !chosen) {
+            select(0);
+        }
+    }
     isEdited = true;
 }
 
@@ -172,7 +199,7 @@ void Workspace::_keep(std::size_t object, ObjectTransform const& transform) {
     if (wanted.files == shown.files) {
         keepIn(wanted);
     }
-    isEdited = true;
+    preview(object, transform);
 }
 
 /// The objects of other files are others.
@@ -191,7 +218,10 @@ void Workspace::saveScreenshot(std::string const& path, PictureSize const& size)
                                     PICTURE_EXTENSIONS + ")"};
         return;
     }
+    // The handles are tools, and no part of the scene.
+    live->select(std::nullopt);
     Result<Picture> const picture = live->picture(size);
+    live->select(chosen);
     lastFault = picture.isOk() ? picture.value().save(path, *format) : picture.fault();
 }
 

@@ -49,7 +49,7 @@ public:
     /// Looks from elsewhere, at once. Where that makes no camera, nothing changes.
     void setCamera(CameraSpec const& spec);
 
-    /// Writes the picture of the scene, as --out does; see fault().
+    /// Writes the picture of the scene, as --out does, without a gizmo; see fault().
     void saveScreenshot(std::string const& path, PictureSize const& size);
 
     /// Shows other files, each seen whole and with its own defaults.
@@ -99,6 +99,8 @@ public:
 
     /// Which gizmo is over the selected object.
     Gizmo gizmo() const { return wanted.pictures.front().gizmo; }
+
+    /// Where no object is selected, the first one is.
     void setGizmo(Gizmo gizmo);
 
     /// Whether editing has changed what is to be drawn since the last call.

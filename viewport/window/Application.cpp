@@ -21,6 +21,8 @@ constexpr double UNTIL_REST = 0.15;
 constexpr double WHILE_LOADING = 0.05;
 // Widgets that are changed need another frame to show it.
 constexpr int FRAMES_TO_SETTLE = 3;
+// Pixels that the cursor may move in a click.
+constexpr double CLICK_REACH = 3;
 
 double secondsSince(std::chrono::steady_clock::time_point const& time) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - time).count();
@@ -32,7 +34,8 @@ std::string titleOf(Options const& options) {
     }
     std::string const first = std::filesystem::path(options.files.front()).filename().string();
     std::size_t const others = options.files.size() - 1;
-    return first + (others > 0 ? " and " + std::to_string(others) + " more" : "") + " \xE2\x80\x93 vl_viewport";
+    return first + (others > 0 ? " and " + std::to_string(others) + " more" : "") +
+           " \xE2\x80\x93 vl_viewport";
 }
 
 }  // namespace
@@ -50,11 +53,16 @@ void Application::run() {
         }
         _layOut();
         if (workspace.update(area.size.aspect())) {
+            // The object that is dragged may be gone.
+            gizmoDrag.reset();
+            handle = GizmoHandle::NONE;
+            drag = Drag::NONE;
             isSceneChanged = true;
             framesToDraw = FRAMES_TO_SETTLE;
             window.setTitle(titleOf(workspace.options()));
         }
-        bool const mustRest = !isSceneChanged && !isResting && secondsSince(lastChange) >= UNTIL_REST;
+        bool const mustRest =
+            !isSceneChanged && !isResting && drag == Drag::NONE && secondsSince(lastChange) >= UNTIL_REST;
         if (framesToDraw > 0 || isSceneChanged || mustRest || workspace.isLoading()) {
             _frame();
             framesToDraw = std::max(0, framesToDraw - 1);
@@ -70,7 +78,7 @@ std::optional<double> Application::_patience() const {
     if (workspace.isLoading()) {
         return WHILE_LOADING;
     }
-    if (!isResting && !picture.isEmpty()) {
+    if (!isResting && !picture.isEmpty() && drag == Drag::NONE) {
         return std::max(0.001, UNTIL_REST - secondsSince(lastChange));
     }
     return std::nullopt;
@@ -102,6 +110,9 @@ void Application::_frame() {
     _handleMouse();
     _handleDroppedFiles();
     _do(requests);
+    if (workspace.takeEdited()) {
+        isSceneChanged = true;
+    }
     if (LiveScene* const scene = workspace.scene()) {
         if (isSceneChanged) {
             _drawScene();
@@ -165,25 +176,109 @@ void Application::_handleMouse() {
     double const dx = x - std::exchange(cursorX, x);
     double const dy = y - std::exchange(cursorY, y);
     LiveScene* const scene = workspace.scene();
-    bool const isOverScene = !interface.hasMouse() && x >= 0 && y >= 0 && x < area.size.width && y < area.size.height;
+    bool const isOverScene =
+        !interface.hasMouse() && x >= 0 && y >= 0 && x < area.size.width && y < area.size.height;
     if (scene == nullptr) {
         drag = Drag::NONE;
         return;
     }
     Navigation const navigation(scene->scene(), scene->camera());
-    if (isOverScene && ImGui::IsMouseClicked(ImGuiMouseButton_Left)) {
-        drag = io.KeyShift ? Drag::PAN : Drag::ORBIT;
-    } else if (isOverScene &&
-               (ImGui::IsMouseClicked(ImGuiMouseButton_Middle) || ImGui::IsMouseClicked(ImGuiMouseButton_Right))) {
-        drag = Drag::PAN;
-    } else if (!ImGui::IsAnyMouseDown()) {
-        drag = Drag::NONE;
-    } else if (drag != Drag::NONE && (dx != 0 || dy != 0)) {
-        _moveCamera(drag == Drag::ORBIT ? navigation.orbit(dx, dy) : navigation.pan(dx, dy));
+    bool const hasMoved = dx != 0 || dy != 0;
+    if (hasMoved && drag == Drag::NONE) {
+        _highlightHandle(isOverScene);
     }
-    if (isOverScene && io.MouseWheel != 0) {
+    if (isOverScene && drag == Drag::NONE && ImGui::IsMouseClicked(ImGuiMouseButton_Left)) {
+        _press();
+    } else if (isOverScene && drag == Drag::NONE &&
+               (ImGui::IsMouseClicked(ImGuiMouseButton_Middle) ||
+                ImGui::IsMouseClicked(ImGuiMouseButton_Right))) {
+        drag = Drag::PAN;
+    } else if (drag == Drag::GIZMO) {
+        _pull(io.KeyCtrl);
+        if (!ImGui::IsMouseDown(ImGuiMouseButton_Left)) {
+            _release();
+        }
+    } else if (!ImGui::IsAnyMouseDown()) {
+        if (std::exchange(isClick, false)) {
+            _click();
+        }
+        drag = Drag::NONE;
+    } else if (drag != Drag::NONE && hasMoved) {
+        // What a click has held back comes at once.
+        double const mostX = isClick ? x - pressedX : dx;
+        double const mostY = isClick ? y - pressedY : dy;
+        isClick = isClick && std::hypot(mostX, mostY) <= CLICK_REACH;
+        if (!isClick) {
+            _moveCamera(drag == Drag::ORBIT ? navigation.orbit(mostX, mostY) : navigation.pan(mostX, mostY));
+        }
+    }
+    if (isOverScene && drag != Drag::GIZMO && io.MouseWheel != 0) {
         _moveCamera(navigation.zoom(static_cast<double>(io.MouseWheel), x, y));
     }
+}
+
+// == Editing ==
+
+Pixel Application::_cursorPixel() const {
+    return {std::clamp(static_cast<int>(std::floor(cursorX)), 0, area.size.width - 1),
+            std::clamp(static_cast<int>(std::floor(cursorY)), 0, area.size.height - 1)};
+}
+
+/// Draws the handle under the cursor as such.
+void Application::_highlightHandle(bool isOverScene) {
+    LiveScene& scene = *workspace.scene();
+    bool const canBeGrabbed = isOverScene && workspace.selected() && workspace.gizmo() != Gizmo::NONE;
+    GizmoHandle const now = canBeGrabbed ? scene.handleAt(area.size, _cursorPixel()) : GizmoHandle::NONE;
+    if (now != std::exchange(handle, now)) {
+        scene.highlight(now);
+        isSceneChanged = true;
+    }
+}
+
+/// Of the left button, over the scene.
+void Application::_press() {
+    _highlightHandle(true);
+    pressedX = cursorX;
+    pressedY = cursorY;
+    if (handle == GizmoHandle::NONE) {
+        isClick = true;
+        drag = ImGui::GetIO().KeyShift ? Drag::PAN : Drag::ORBIT;
+        return;
+    }
+    LiveScene& scene = *workspace.scene();
+    dragged = *workspace.selected();
+    gizmoDrag.emplace(scene.scene(), dragged, workspace.gizmo(), handle, workspace.transform(dragged),
+                      scene.view(area.size), cursorX, cursorY);
+    drag = Drag::GIZMO;
+}
+
+void Application::_pull(bool snaps) {
+    ObjectTransform const former = gizmoDrag->after();
+    ObjectTransform const now = gizmoDrag->update(cursorX, cursorY, snaps);
+    if (now != former) {
+        workspace.preview(dragged, now);
+    }
+}
+
+void Application::_release() {
+    Gizmo const gizmo = workspace.gizmo();
+    std::string const label = gizmo == Gizmo::MOVE ? "Move" : gizmo == Gizmo::ROTATE ? "Rotate" : "Scale";
+    workspace.setTransform(dragged, gizmoDrag->after(), label);
+    gizmoDrag.reset();
+    drag = Drag::NONE;
+}
+
+/// What is dragged returns.
+void Application::_cancelPull() {
+    workspace.preview(dragged, gizmoDrag->before());
+    gizmoDrag.reset();
+    drag = Drag::NONE;
+}
+
+/// Of the left button, on something or nothing.
+void Application::_click() {
+    std::optional<Picked> const picked = workspace.scene()->pick(area.size, _cursorPixel());
+    workspace.select(picked ? picked->object() : std::nullopt);
 }
 
 void Application::_handleKeys() {
@@ -196,41 +291,79 @@ void Application::_handleKeys() {
 }
 
 void Application::_handleKey(KeyPress const& press) {
-    if (press.hasControl) {
-        if (press.key == GLFW_KEY_Q) {
-            window.close();
+    if (drag == Drag::GIZMO) {
+        if (press.key == GLFW_KEY_ESCAPE) {
+            _cancelPull();
         }
-        return;
+    } else if (press.hasControl) {
+        _handleControlKey(press);
+    } else if (press.key == GLFW_KEY_ESCAPE) {
+        _escape();
+    } else if (!_handleWindowKey(press.key)) {
+        _handleViewKey(press.key);
     }
-    switch (press.key) {
+}
+
+void Application::_handleControlKey(KeyPress const& press) {
+    if (press.key == GLFW_KEY_Q) {
+        window.close();
+    } else if (press.key == GLFW_KEY_Z && press.hasShift) {
+        workspace.redo();
+    } else if (press.key == GLFW_KEY_Z) {
+        workspace.undo();
+    }
+}
+
+/// Leaves one thing after the other.
+void Application::_escape() {
+    if (workspace.isLoading()) {
+        workspace.cancelLoading();
+    } else if (workspace.fault()) {
+        workspace.forgetFault();
+    } else {
+        workspace.setGizmo(Gizmo::NONE);
+    }
+}
+
+/// Whether the key has a meaning for the window or the gizmo.
+bool Application::_handleWindowKey(int key) {
+    switch (key) {
     case GLFW_KEY_H:
         panel.isHelpShown = !panel.isHelpShown;
-        return;
+        return true;
     case GLFW_KEY_TAB:
         hasPanel = !hasPanel;
-        return;
+        return true;
     case GLFW_KEY_F11:
         window.setFullScreen(!window.isFullScreen());
-        return;
+        return true;
     case GLFW_KEY_F5:
         workspace.reload();
-        return;
-    case GLFW_KEY_ESCAPE:
-        workspace.cancelLoading();
-        workspace.forgetFault();
-        return;
+        return true;
     case GLFW_KEY_ENTER:
     case GLFW_KEY_KP_ENTER:
         workspace.forgetFault();
-        return;
+        return true;
+    case GLFW_KEY_G:
+        workspace.setGizmo(Gizmo::MOVE);
+        return true;
+    case GLFW_KEY_T:
+        workspace.setGizmo(Gizmo::ROTATE);
+        return true;
+    case GLFW_KEY_S:
+        workspace.setGizmo(Gizmo::SCALE);
+        return true;
     default:
-        _handleViewKey(press.key);
+        return false;
     }
 }
 
 void Application::_handleViewKey(int key) {
     LiveScene* const scene = workspace.scene();
     if (scene == nullptr) {
+        return;
+    }
+    if (drag == Drag::GIZMO) {
         return;
     }
     Navigation const navigation(scene->scene(), scene->camera());

@@ -2,6 +2,8 @@
 
 #include "viewport/content/Options.h"
 #include "viewport/drawing/view/PictureSize.h"
+#include "viewport/editing/Gizmo.h"
+#include "viewport/editing/GizmoDrag.h"
 #include "viewport/live/ScreenPicture.h"
 #include "viewport/live/Workspace.h"
 #include "viewport/text/Fault.h"
@@ -10,6 +12,7 @@
 #include "viewport/window/Window.h"
 
 #include <chrono>
+#include <cstddef>
 #include <memory>
 #include <optional>
 
@@ -29,7 +32,7 @@ private:
     using Clock = std::chrono::steady_clock;
 
     /// What the left and the middle button do while they are pressed.
-    enum class Drag { NONE, ORBIT, PAN };
+    enum class Drag { NONE, ORBIT, PAN, GIZMO };
 
     /// Where the scene is drawn: all of the window but the panel and the bars. Pixels of the framebuffer.
     struct Area {
@@ -44,7 +47,17 @@ private:
     void _handleMouse();
     void _handleKeys();
     void _handleKey(KeyPress const& press);
+    void _handleControlKey(KeyPress const& press);
+    void _escape();
+    bool _handleWindowKey(int key);
     void _handleViewKey(int key);
+    void _press();
+    void _pull(bool snaps);
+    void _release();
+    void _cancelPull();
+    void _click();
+    void _highlightHandle(bool isOverScene);
+    Pixel _cursorPixel() const;
     void _handleDroppedFiles();
     void _do(PanelRequests const& requests);
     void _moveCamera(CameraSpec const& spec);
@@ -70,6 +83,12 @@ private:
     Drag drag = Drag::NONE;
     double cursorX = 0;  // pixels from the upper left corner of the area
     double cursorY = 0;
+    double pressedX = 0;  // where the left button was pressed
+    double pressedY = 0;
+    bool isClick = false;  // the left button is pressed and the cursor has not left the place
+    GizmoHandle handle = GizmoHandle::NONE;  // under the cursor, or dragged
+    std::optional<GizmoDrag> gizmoDrag;
+    std::size_t dragged = 0;  // the object, only with gizmoDrag
 };
 
 }  // namespace vellum::viewport
