@@ -91,6 +91,7 @@ std::optional<Fault> loadParticles(std::string const& name, Content& content, Lo
     content.hasTimes = content.hasTimes || hasTimes(loaded);
     content.addUp({loaded.frame.file, UpAxis::Z});
     observer.particlesRead(loaded);
+    content.frameCounts.push_back(loaded.count);
     content.particles.push_back(std::move(loaded.frame));
     return std::nullopt;
 }

@@ -9,6 +9,7 @@
 #include "viewport/scene/Scene.h"
 #include "viewport/text/Fault.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,6 +26,7 @@ struct UpOfFile {
 struct Content {
     std::vector<MeshData> meshes;
     std::vector<ParticleFrame> particles;
+    std::vector<std::size_t> frameCounts;  ///< of the particles' files, one for each
     std::vector<std::string> textures;  ///< files that the meshes name
     std::optional<UpOfFile> up;         ///< of the first file
     std::optional<UpOfFile> otherUp;    ///< of the first file that disagrees with it

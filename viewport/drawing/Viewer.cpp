@@ -216,6 +216,17 @@ void Viewer::setDetail(double part) {
     }
 }
 
+std::optional<toolkit::ParticleDrawing> Viewer::drawnParticles() const {
+    if (clouds.empty()) {
+        return std::nullopt;
+    }
+    toolkit::ParticleDrawing drawing = clouds.front().drawing();
+    for (std::size_t i = 1; i < clouds.size(); ++i) {
+        drawing.count += clouds[i].drawing().count;
+    }
+    return drawing;
+}
+
 OceanScene const* Viewer::_ocean() const {
     return effect != nullptr ? effect->ownScene() : nullptr;
 }

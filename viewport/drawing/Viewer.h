@@ -67,6 +67,9 @@ public:
     /// Draws only a part, 0 to 1, of points and spheres; see CloudDrawing::setDetail().
     void setDetail(double part);
 
+    /// How the first cloud was drawn last, with the number of the particles of all clouds; nothing where there is none.
+    std::optional<toolkit::ParticleDrawing> drawnParticles() const;
+
     /// The camera of the last drawing, which framed the scene.
     ViewCamera const& camera() const { return layout.camera; }
 

@@ -31,9 +31,12 @@ Picture plainPicture(PictureSize const& size, unsigned char value) {
 }  // namespace
 
 Result<std::unique_ptr<LiveScene>> LiveScene::make(toolkit::Layer& layer, Options options, Subject subject,
-                                                   double aspect) {
+                                                   double aspect, std::vector<Fault>* words) {
     std::unique_ptr<LiveScene> made(new LiveScene(layer, std::move(options), std::move(subject)));
     if (std::optional<Presentation::Lack> const lack = made->presentation.prepare(aspect)) {
+        if (words != nullptr) {
+            *words = lack->words;
+        }
         return lack->fault;
     }
     made->_makeViewer();
@@ -131,8 +134,12 @@ void LiveScene::draw(PictureSize const& size) {
     glViewport(0, 0, size.width, size.height);
     drawnSize = size;
     viewer->draw(size);
+    std::chrono::duration<double> const called = std::chrono::steady_clock::now() - start;
     glFinish();
-    std::chrono::duration<double> const taken = std::chrono::steady_clock::now() - start;
+    auto const end = std::chrono::steady_clock::now();
+    std::chrono::duration<double> const taken = end - start;
+    frameRate.count(std::chrono::duration<double>(end.time_since_epoch()).count());
+    drawingFacts = {frameRate.perSecond(), called.count(), taken.count(), viewer->drawnParticles()};
     if (taken.count() > budget && !subject.scene.clouds().empty()) {
         drawnPart = std::max(LEAST_PART, drawnPart / 2);
         viewer->setDetail(drawnPart);

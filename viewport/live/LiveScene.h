@@ -11,6 +11,7 @@
 #include "viewport/editing/Gizmo.h"
 #include "viewport/editing/ObjectTransform.h"
 #include "viewport/files/images/Picture.h"
+#include "viewport/live/DrawingFacts.h"
 #include "viewport/live/Presentation.h"
 #include "viewport/text/Fault.h"
 
@@ -33,8 +34,9 @@ namespace vellum::viewport {
 class LiveScene {
 public:
     /// A fault where the subject cannot be drawn here.
+    /// \param words takes what leads to the fault, such as those of the driver's compiler; may be null
     static Result<std::unique_ptr<LiveScene>> make(toolkit::Layer& layer, Options options, Subject subject,
-                                                   double aspect);
+                                                   double aspect, std::vector<Fault>* words = nullptr);
 
     LiveScene(LiveScene const&) = delete;
     LiveScene& operator=(LiveScene const&) = delete;
@@ -81,6 +83,9 @@ public:
     /// The part of the particles that draw() shows, 0 to 1.
     double detail() const { return drawnPart; }
 
+    /// What the last draw() took, and how fast they follow each other.
+    DrawingFacts const& facts() const { return drawingFacts; }
+
     /// The next draw() shows all particles.
     void rest();
 
@@ -114,6 +119,8 @@ private:
     GizmoHandle highlighted = GizmoHandle::NONE;
     double budget = 0.06;  // seconds
     double drawnPart = 1;  // of the particles
+    DrawingFacts drawingFacts;
+    FrameRate frameRate;
 };
 
 }  // namespace vellum::viewport

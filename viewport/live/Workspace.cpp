@@ -2,6 +2,7 @@
 
 #include "viewport/files/images/PictureFormat.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vellum::viewport {
@@ -10,6 +11,7 @@ Workspace::Workspace(Options const& options, std::function<void()> wake)
     : renderLayer(std::make_unique<toolkit::Layer>())
     , shown(options)
     , wanted(options)
+    , catalog(wake)
     , loader(std::move(wake)) {
     if (!wanted.files.empty() || wanted.hasOwnSea()) {
         _load(wanted, nullptr);
@@ -17,13 +19,19 @@ Workspace::Workspace(Options const& options, std::function<void()> wake)
 }
 
 void Workspace::apply(Options const& options) {
-    Change const change = changeBetween(wanted, options);
+    Change change = changeBetween(wanted, options);
     if (options.transforms != wanted.transforms) {
         steps.clear();
     }
+    if (change == Change::NOTHING) {
+        return;
+    }
+    if (isRefused) {
+        change = std::max(change, changeBetween(shown, options));
+    }
     wanted = options;
     if (change >= Change::SUBJECT || loader.isLoading() || live == nullptr) {
-        _load(wanted, change == Change::FILES || content == nullptr ? nullptr : content);
+        _load(wanted, change == Change::FILES || openContent == nullptr ? nullptr : openContent);
         return;
     }
     if (change == Change::LOOK) {
@@ -75,12 +83,16 @@ void Workspace::cancelLoading() {
 
 void Workspace::_load(Options const& options, std::shared_ptr<Content const> const& kept) {
     lastFault.reset();
+    words.clear();
+    isGoingBack = false;
+    isRefused = false;
     loader.start(options, kept);
 }
 
 bool Workspace::update(double aspect) {
     std::optional<LoadOutcome> outcome = loader.poll();
-    return outcome && _takeOver(std::move(*outcome), aspect);
+    bool const isFound = catalog.poll();
+    return (outcome && _takeOver(std::move(*outcome), aspect)) || isFound;
 }
 
 bool Workspace::_takeOver(LoadOutcome outcome, double aspect) {
@@ -90,7 +102,8 @@ bool Workspace::_takeOver(LoadOutcome outcome, double aspect) {
         return true;
     }
     // The camera may have moved meanwhile.
-    Options options = wanted;
+    Options options = isGoingBack ? shown : wanted;
+    options.pictures.front().camera = wanted.pictures.front().camera;
     if (options.files != shown.files) {
         _forgetEdits();
     }
@@ -106,16 +119,25 @@ bool Workspace::_takeOver(LoadOutcome outcome, double aspect) {
     // What stands is given back first: two large scenes may be more than the GPU holds.
     std::unique_ptr<LiveScene> former = std::move(live);
     former.reset();
-    Result<std::unique_ptr<LiveScene>> made =
-        LiveScene::make(*renderLayer, options, std::move(outcome.loaded->subject), aspect);
+    Result<std::unique_ptr<LiveScene>> made = LiveScene::make(
+        *renderLayer, options, std::move(outcome.loaded->subject), aspect, isGoingBack ? nullptr : &words);
     if (!made.isOk()) {
-        lastFault = made.fault();
+        if (!isGoingBack) {
+            lastFault = made.fault();
+            _goBack();
+        }
         return true;
     }
     live = std::move(made.value());
-    content = std::move(outcome.loaded->content);
+    if (openContent != outcome.loaded->content) {
+        openContent = std::move(outcome.loaded->content);
+        catalog.setContent(openContent);
+    }
     shown = options;
-    wanted = options;
+    if (!isGoingBack) {
+        wanted = options;
+    }
+    isGoingBack = false;
     live->select(chosen);
     notesOfScene = std::move(outcome.notes);
     for (Fault const& what : live->takeNotes()) {
@@ -206,6 +228,15 @@ void Workspace::_keep(std::size_t object, ObjectTransform const& transform) {
 void Workspace::_forgetEdits() {
     chosen.reset();
     steps.clear();
+}
+
+/// Shows again what was shown before: what is wanted could not be drawn. It stays wanted, for whoever corrects it.
+void Workspace::_goBack() {
+    isRefused = true;
+    isGoingBack = openContent != nullptr;
+    if (isGoingBack) {
+        loader.start(shown, openContent);
+    }
 }
 
 void Workspace::saveScreenshot(std::string const& path, PictureSize const& size) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "toolkit/Layer.h"
+#include "viewport/content/ChannelCatalog.h"
 #include "viewport/content/Content.h"
 #include "viewport/content/Options.h"
 #include "viewport/drawing/view/PictureSize.h"
@@ -111,9 +112,18 @@ public:
     LiveScene* scene() { return live.get(); }  ///< Null as long as nothing is open.
     toolkit::Layer& layer() { return *renderLayer; }
 
+    /// What the files hold that are open; null as long as nothing is.
+    std::shared_ptr<Content const> const& content() const { return openContent; }
+
+    /// The values in them; to be asked every frame, never waits.
+    ChannelCatalog& channels() { return catalog; }
+
     /// Why the last request failed; nothing where it did not.
     std::optional<Fault> const& fault() const { return lastFault; }
     void forgetFault() { lastFault.reset(); }
+
+    /// What led to the last fault of drawing, such as the words of the driver's compiler; kept until something else is shown.
+    std::vector<Fault> const& faultWords() const { return words; }
 
     /// What the user is to know of what is open.
     std::vector<Fault> const& notes() const { return notesOfScene; }
@@ -123,17 +133,22 @@ private:
     bool _takeOver(LoadOutcome outcome, double aspect);
     void _keep(std::size_t object, ObjectTransform const& transform);
     void _forgetEdits();
+    void _goBack();
 
     std::unique_ptr<toolkit::Layer> renderLayer;
     std::unique_ptr<LiveScene> live;
     Options shown;   // of live
     Options wanted;  // being loaded, or the same as `shown`
-    std::shared_ptr<Content const> content;
+    std::shared_ptr<Content const> openContent;
+    ChannelCatalog catalog;
     std::vector<Fault> notesOfScene;
     std::optional<Fault> lastFault;
     std::optional<std::size_t> chosen;
     UndoStack steps;
     bool isEdited = false;
+    std::vector<Fault> words;
+    bool isGoingBack = false;  // to `shown`, as `wanted` could not be drawn
+    bool isRefused = false;    // `wanted` could not be drawn
     Loader loader;
 };
 

@@ -31,7 +31,7 @@ void CloudDrawing::draw(Sampling const& sampling) {
     Moved const moved(layer, place);
     look.size = static_cast<float>(_size(sampling));
     layer.pushLineWidth(arrowWidth(sampling));
-    drawnAs = drawParticles(renderer, *cloud.system, look, toolkit::View::current()).mode;
+    drawn = drawParticles(renderer, *cloud.system, look, toolkit::View::current());
     layer.popLineWidth();
 }
 

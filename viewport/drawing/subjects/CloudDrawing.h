@@ -32,7 +32,8 @@ public:
 
     /// What draw() has drawn last, and how.
     toolkit::ParticleLook const& drawnLook() const { return look; }
-    toolkit::ParticleMode drawnMode() const { return drawnAs; }
+    toolkit::ParticleMode drawnMode() const { return drawn.mode; }
+    toolkit::ParticleDrawing const& drawing() const { return drawn; }
 
     /// The width of the lines of arrows.
     static float arrowWidth(Sampling const& sampling);
@@ -50,7 +51,7 @@ private:
     ParticleStyle style;
     toolkit::ParticleLook look;
     toolkit::ParticleRenderer renderer;
-    toolkit::ParticleMode drawnAs = toolkit::ParticleMode::POINTS;
+    toolkit::ParticleDrawing drawn{toolkit::ParticlePath::NONE, toolkit::ParticleMode::POINTS};
     std::optional<Matrix4<double>> place;
 };
 
