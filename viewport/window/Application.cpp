@@ -307,6 +307,10 @@ void Application::_handleKey(KeyPress const& press) {
 void Application::_handleControlKey(KeyPress const& press) {
     if (press.key == GLFW_KEY_Q) {
         window.close();
+    } else if (press.key == GLFW_KEY_S) {
+        PanelRequests requests;
+        panel.savePicture(requests);
+        _do(requests);
     } else if (press.key == GLFW_KEY_Z && press.hasShift) {
         workspace.redo();
     } else if (press.key == GLFW_KEY_Z) {
@@ -330,6 +334,9 @@ bool Application::_handleWindowKey(int key) {
     switch (key) {
     case GLFW_KEY_H:
         panel.isHelpShown = !panel.isHelpShown;
+        return true;
+    case GLFW_KEY_I:
+        panel.isOverlayShown = !panel.isOverlayShown;
         return true;
     case GLFW_KEY_TAB:
         hasPanel = !hasPanel;
@@ -392,6 +399,9 @@ void Application::_do(PanelRequests const& requests) {
     if (!requests.filesToOpen.empty()) {
         workspace.open(requests.filesToOpen);
     }
+    if (requests.camera) {
+        _moveCamera(*requests.camera);
+    }
     if (requests.fit && workspace.scene() != nullptr) {
         _moveCamera(Navigation(workspace.scene()->scene(), workspace.scene()->camera()).fit());
     }
@@ -402,7 +412,7 @@ void Application::_do(PanelRequests const& requests) {
         workspace.cancelLoading();
     }
     if (requests.screenshot) {
-        workspace.saveScreenshot(*requests.screenshot, area.size);
+        workspace.saveScreenshot(*requests.screenshot, requests.screenshotSize.value_or(area.size));
     }
     if (requests.quit) {
         window.close();

@@ -1,27 +1,24 @@
 #include "viewport/window/Panel.h"
 
-#include "viewport/drawing/view/Navigation.h"
-
-#include <algorithm>
 #include <array>
 #include <string>
 
 #include <imgui.h>
-#include <imgui_stdlib.h>
 
 namespace vellum::viewport {
 
 namespace {
 
-constexpr double WIDTH = 300;   // points
-constexpr double STATUS = 26;   // points
+constexpr double WIDTH = 320;               // points
+constexpr double STATUS = 26;               // points
+constexpr double LONGEST_WHILE_HELD = 0.1;  // seconds of a drawing
 
 constexpr ImGuiWindowFlags FIXED = ImGuiWindowFlags_NoMove | ImGuiWindowFlags_NoResize |
                                    ImGuiWindowFlags_NoCollapse | ImGuiWindowFlags_NoSavedSettings |
                                    ImGuiWindowFlags_NoBringToFrontOnFocus;
 
 /// What the keys do, as help shows it.
-constexpr std::array<std::array<char const*, 2>, 15> KEYS{{{"Left button", "turn about the focus"},
+constexpr std::array<std::array<char const*, 2>, 16> KEYS{{{"Left button", "turn about the focus"},
                                                            {"Middle or right button, Shift and left", "move"},
                                                            {"Wheel", "zoom at the cursor"},
                                                            {"F", "see everything"},
@@ -32,31 +29,11 @@ constexpr std::array<std::array<char const*, 2>, 15> KEYS{{{"Left button", "turn
                                                            {"Tab", "show or hide the panel"},
                                                            {"F5", "read the files again"},
                                                            {"F11", "full screen"},
+                                                           {"I", "how long the drawing takes"},
                                                            {"H", "this help"},
                                                            {"Ctrl+S", "save the picture"},
                                                            {"Ctrl+Q", "quit"},
                                                            {"Drop files", "open them"}}};
-
-template <class Value, std::size_t SIZE>
-bool combo(char const* label, Value& value, std::array<std::pair<Value, char const*>, SIZE> const& choices) {
-    auto const found = std::find_if(choices.begin(), choices.end(),
-                                    [&](auto const& choice) { return choice.first == value; });
-    bool isChanged = false;
-    if (ImGui::BeginCombo(label, found != choices.end() ? found->second : "")) {
-        for (auto const& choice : choices) {
-            if (ImGui::Selectable(choice.second, choice.first == value)) {
-                value = choice.first;
-                isChanged = true;
-            }
-        }
-        ImGui::EndCombo();
-    }
-    return isChanged;
-}
-
-bool colorEdit(char const* label, Color4<float>& color) {
-    return ImGui::ColorEdit3(label, &color.r, ImGuiColorEditFlags_NoInputs);
-}
 
 }  // namespace
 
@@ -73,23 +50,11 @@ PanelRequests Panel::draw(Workspace& workspace, WindowUnits const& units, bool i
     ImVec2 const size = ImGui::GetIO().DisplaySize;
     auto const panelWidth = static_cast<float>(width(units));
     if (isShown) {
-        Options options = workspace.options();
-        ImGui::SetNextWindowPos({0, 0});
-        ImGui::SetNextWindowSize({panelWidth, size.y});
-        ImGui::Begin("Panel", nullptr, FIXED | ImGuiWindowFlags_NoTitleBar);
-        ImGui::PushItemWidth(panelWidth * 0.5F);
-        _drawFiles(workspace, requests);
-        if (workspace.scene() != nullptr) {
-            _drawMeshes(options);
-            _drawParticles(workspace, options);
-            _drawView(options);
-        }
-        ImGui::PopItemWidth();
-        ImGui::End();
-        if (changeBetween(workspace.options(), options) != Change::NOTHING) {
-            requests.options = options;
-        }
+        _drawSections(workspace, panelWidth, requests);
         _drawStatus(workspace, units);
+    }
+    if (isOverlayShown) {
+        drawOverlay(workspace, size.x, 0);
     }
     _drawProgress(workspace, requests);
     _drawFault(workspace);
@@ -99,11 +64,44 @@ PanelRequests Panel::draw(Workspace& workspace, WindowUnits const& units, bool i
     return requests;
 }
 
+void Panel::_drawSections(Workspace& workspace, float width, PanelRequests& requests) {
+    Options options = draft.value_or(workspace.options());
+    options.pictures.front().camera = workspace.options().pictures.front().camera;
+    ImGui::SetNextWindowPos({0, 0});
+    ImGui::SetNextWindowSize({width, ImGui::GetIO().DisplaySize.y});
+    ImGui::Begin("Panel", nullptr,
+                 FIXED | ImGuiWindowFlags_NoTitleBar | ImGuiWindowFlags_AlwaysVerticalScrollbar);
+    ImGui::PushItemWidth(width * 0.52F);
+    PanelContext context{workspace, options, requests};
+    data.draw(context);
+    particles.draw(context);
+    meshes.draw(context);
+    effect.draw(context);
+    view.draw(context);
+    picture.draw(context);
+    checkBox("Facts of the drawing", isOverlayShown, "I: how long it takes, at the upper right of the scene");
+    ImGui::PopItemWidth();
+    ImGui::End();
+
+    Change const change = changeBetween(workspace.options(), options);
+    LiveScene* const scene = workspace.scene();
+    // What takes long waits until the mouse is released: else every step of a slider would begin it anew.
+    bool const takesLong =
+        change >= Change::SUBJECT || (scene != nullptr && scene->facts().seconds > LONGEST_WHILE_HELD);
+    draft.reset();
+    if (change != Change::NOTHING && takesLong && ImGui::IsAnyItemActive()) {
+        draft = options;
+    } else if (change != Change::NOTHING) {
+        requests.options = options;
+    }
+}
+
 void Panel::_drawHelp() {
     ImVec2 const size = ImGui::GetIO().DisplaySize;
     ImGui::SetNextWindowPos({size.x * 0.5F, size.y * 0.5F}, ImGuiCond_Always, {0.5F, 0.5F});
     ImGui::Begin("Keys", &isHelpShown,
-                 ImGuiWindowFlags_AlwaysAutoResize | ImGuiWindowFlags_NoCollapse | ImGuiWindowFlags_NoSavedSettings);
+                 ImGuiWindowFlags_AlwaysAutoResize | ImGuiWindowFlags_NoCollapse |
+                     ImGuiWindowFlags_NoSavedSettings);
     if (ImGui::BeginTable("keys", 2)) {
         for (auto const& key : KEYS) {
             ImGui::TableNextRow();
@@ -126,7 +124,8 @@ void Panel::_drawProgress(Workspace const& workspace, PanelRequests& requests) c
     ImGui::SetNextWindowPos({size.x * 0.5F, size.y * 0.5F}, ImGuiCond_Always, {0.5F, 0.5F});
     ImGui::Begin("Loading", nullptr, FIXED | ImGuiWindowFlags_AlwaysAutoResize);
     ImGui::TextUnformatted(progress.file.c_str());
-    double const part = progress.all > 0 ? static_cast<double>(progress.done) / static_cast<double>(progress.all) : 0;
+    double const part =
+        progress.all > 0 ? static_cast<double>(progress.done) / static_cast<double>(progress.all) : 0;
     std::string const bytes = progress.all > 0 ? std::to_string(progress.done >> 20) + " of " +
                                                      std::to_string(progress.all >> 20) + " MB"
                                                : std::string("...");
@@ -172,76 +171,6 @@ void Panel::_drawStatus(Workspace& workspace, WindowUnits const& units) const {
     }
     ImGui::End();
     ImGui::PopStyleVar();
-}
-
-void Panel::_drawFiles(Workspace& workspace, PanelRequests& requests) {
-    if (!ImGui::CollapsingHeader("Files", ImGuiTreeNodeFlags_DefaultOpen)) {
-        return;
-    }
-    for (std::string const& file : workspace.options().files) {
-        ImGui::TextWrapped("%s", file.c_str());
-    }
-    for (Fault const& note : workspace.notes()) {
-        ImGui::TextWrapped("%s", note.line().c_str());
-    }
-    if (ImGui::Button("Reload")) {
-        requests.reload = true;
-    }
-    ImGui::SameLine();
-    if (ImGui::Button("Fit")) {
-        requests.fit = true;
-    }
-}
-
-void Panel::_drawMeshes(Options& options) const {
-    if (!ImGui::CollapsingHeader("Meshes", ImGuiTreeNodeFlags_DefaultOpen)) {
-        return;
-    }
-    static constexpr std::array<std::pair<Shading, char const*>, 4> SHADINGS{{{Shading::SMOOTH, "smooth"},
-                                                                              {Shading::FACETED, "facets"},
-                                                                              {Shading::WIREFRAME, "wireframe"},
-                                                                              {Shading::BOX, "box"}}};
-    combo("Shading", options.mesh.shading, SHADINGS);
-    ImGui::Checkbox("All edges", &options.mesh.allEdges);
-    bool hasColor = options.mesh.color.has_value();
-    if (ImGui::Checkbox("One color", &hasColor)) {
-        options.mesh.color = hasColor ? std::optional<Color4<float>>({0.8F, 0.8F, 0.8F, 1}) : std::nullopt;
-    }
-    if (options.mesh.color) {
-        ImGui::SameLine();
-        colorEdit("##color", *options.mesh.color);
-    }
-    ImGui::SliderFloat("Opacity", &options.mesh.opacity, 0, 1);
-}
-
-void Panel::_drawParticles(Workspace& workspace, Options& options) {
-    if (workspace.scene()->scene().clouds().empty() ||
-        !ImGui::CollapsingHeader("Particles", ImGuiTreeNodeFlags_DefaultOpen)) {
-        return;
-    }
-    ParticleMode mode = options.particles.mode.value_or(workspace.scene()->shown().look.mode);
-    static constexpr std::array<std::pair<ParticleMode, char const*>, 4> MODES{
-        {{ParticleMode::POINTS, "points"},
-         {ParticleMode::SPHERES, "spheres"},
-         {ParticleMode::ARROWS, "arrows of lines"},
-         {ParticleMode::SOLID_ARROWS, "solid arrows"}}};
-    if (combo("Shown as", mode, MODES)) {
-        options.particles.mode = mode;
-    }
-    ImGui::SliderFloat("Percent", &options.particles.percent, 0, 100);
-}
-
-void Panel::_drawView(Options& options) const {
-    if (!ImGui::CollapsingHeader("View", ImGuiTreeNodeFlags_DefaultOpen)) {
-        return;
-    }
-    PictureOptions& picture = options.pictures.front();
-    ImGui::Checkbox("Grid", &picture.explanations.hasGrid);
-    ImGui::Checkbox("Axes", &picture.explanations.hasAxes);
-    ImGui::Checkbox("Color bar", &picture.explanations.hasBar);
-    ImGui::Checkbox("Box", &picture.explanations.hasBox);
-    colorEdit("Background above", picture.background.top);
-    colorEdit("Background below", picture.background.bottom);
 }
 
 }  // namespace vellum::viewport

@@ -3,23 +3,12 @@
 #include "viewport/content/Options.h"
 #include "viewport/live/Workspace.h"
 #include "viewport/window/WindowUnits.h"
+#include "viewport/window/panel/PanelRequests.h"
+#include "viewport/window/panel/sections.h"
 
 #include <optional>
-#include <string>
-#include <vector>
 
 namespace vellum::viewport {
-
-/// What the widgets ask for, beside other options.
-struct PanelRequests {
-    std::optional<Options> options;         ///< to be shown
-    std::vector<std::string> filesToOpen;   ///< in place of what is open
-    std::optional<std::string> screenshot;  ///< a file to be written
-    bool fit = false;
-    bool reload = false;
-    bool cancelLoading = false;
-    bool quit = false;
-};
 
 /// The widgets beside and over the scene: the panel with everything that the command line can do, the line of status, help and
 /// messages. Draws with ImGui, between Interface::begin() and end(), and changes nothing itself.
@@ -33,17 +22,27 @@ public:
     double width(WindowUnits const& units) const;
     double statusHeight(WindowUnits const& units) const;
 
+    /// Asks for the picture that the panel's own button would save.
+    void savePicture(PanelRequests& requests) const { picture.save(requests); }
+
     bool isHelpShown = false;
+    bool isOverlayShown = false;
 
 private:
     void _drawHelp();
+    void _drawSections(Workspace& workspace, float width, PanelRequests& requests);
     void _drawProgress(Workspace const& workspace, PanelRequests& requests) const;
     void _drawFault(Workspace& workspace) const;
     void _drawStatus(Workspace& workspace, WindowUnits const& units) const;
-    void _drawFiles(Workspace& workspace, PanelRequests& requests);
-    void _drawMeshes(Options& options) const;
-    void _drawParticles(Workspace& workspace, Options& options);
-    void _drawView(Options& options) const;
+
+    DataSection data;
+    ParticleSection particles;
+    MeshSection meshes;
+    EffectSection effect;
+    ViewSection view;
+    PictureSection picture;
+    std::optional<Options>
+        draft;  // while a widget is held that changes much; nothing: the workspace has them all
 };
 
 }  // namespace vellum::viewport

@@ -1,0 +1,43 @@
+#include "viewport/files/images/PictureFormat.h"
+#include "viewport/window/panel/sections.h"
+
+#include <imgui_stdlib.h>
+
+namespace vellum::viewport {
+
+void PictureSection::draw(PanelContext& context) {
+    if (context.workspace.scene() == nullptr || !sectionHeader("Picture", false)) {
+        return;
+    }
+    ImGui::PushID("picture");
+    ImGui::InputText("File", &path);
+    hint("--out FILE: " + std::string(PICTURE_EXTENSIONS));
+    bool const hasFormat = pictureFormatOf(path).has_value();
+    if (!hasFormat) {
+        faultLine("the name tells no format of pictures (known: " + std::string(PICTURE_EXTENSIONS) + ")");
+    }
+    checkBox("Own size", hasOwnSize, "--size WxH; else that of the scene in the window");
+    if (hasOwnSize) {
+        ImGui::InputInt2("Pixels", size);
+        hint("--size WxH, each side 1 to 16384");
+        for (int& side : size) {
+            side = std::clamp(side, 1, PictureSize::LARGEST);
+        }
+    }
+    checkBox("Transparent", context.options.pictures.front().background.isTransparent,
+             "--background transparent");
+    ImGui::BeginDisabled(!hasFormat);
+    if (ImGui::Button("Save")) {
+        save(context.requests);
+    }
+    hint("Ctrl+S");
+    ImGui::EndDisabled();
+    ImGui::PopID();
+}
+
+void PictureSection::save(PanelRequests& requests) const {
+    requests.screenshot = path;
+    requests.screenshotSize = hasOwnSize ? std::optional<PictureSize>({size[0], size[1]}) : std::nullopt;
+}
+
+}  // namespace vellum::viewport
