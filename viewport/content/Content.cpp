@@ -18,6 +18,7 @@
 #include <optional>
 #include <system_error>
 #include <utility>
+#include <variant>
 
 namespace vellum::viewport {
 
@@ -71,6 +72,13 @@ std::optional<Fault> loadMesh(MeshFile const& source, std::string const& file, O
     content.addUp({file, mesh.value().up});
     content.hasAnimations = content.hasAnimations || !mesh.value().animations.empty();
     observer.meshRead(file, mesh.value());
+    if (options.film.frames && !mesh.value().animations.empty()) {
+        content.moving.push_back(
+            {file,
+             FrameSequence::ofAnimation(source, options.limits, mesh.value().animations.front().duration,
+                                        options.film.framesPerSecond),
+             true, content.meshes.size()});
+    }
     content.meshes.push_back(std::move(mesh.value()));
     return std::nullopt;
 }
@@ -96,9 +104,31 @@ std::optional<Fault> loadParticles(std::string const& name, Content& content, Lo
     return std::nullopt;
 }
 
+/// Keeps a place for the frames of a film.
+void addMoving(std::string const& name, FrameSequence const& sequence, Content& content,
+               LoadObserver& observer) {
+    if (!sequence.warning().empty()) {
+        observer.note({name, sequence.warning()});
+    }
+    content.addUp({name, UpAxis::Z});
+    content.moving.push_back({name, sequence, false, content.particles.size()});
+    content.particles.emplace_back();
+}
+
 std::optional<Fault> loadParticles(InputFile const& file, Options const& options, Content& content,
                                    LoadObserver& observer) {
     ParticleFile const particles(file, particleFormatNamed(options.format));
+    if (options.film.frames) {
+        Result<FrameSequence> const sequence =
+            FrameSequence::ofFile(particles, progressOf(file.name(), observer));
+        if (!sequence.isOk()) {
+            return sequence.fault();
+        }
+        if (sequence.value().count() > 1) {
+            addMoving(file.name(), sequence.value(), content, observer);
+            return std::nullopt;
+        }
+    }
     return loadParticles(file.name(), content, observer, [&](Progress const& progress) {
         return options.time ? loadAtTime(particles, *options.time, progress)
                             : particles.load(options.particles.frame, progress);
@@ -112,6 +142,11 @@ std::optional<Fault> loadSeries(std::vector<std::string> const& files, Options c
         return Fault{files.empty() ? std::string() : files.front(),
                      files.size() < 2 ? "--series needs several particle files"
                                       : "is of no series: --series needs names that differ in one number"};
+    }
+    if (options.film.frames) {
+        addMoving(files.front(), FrameSequence::ofSeries(*series, particleFormatNamed(options.format)),
+                  content, observer);
+        return std::nullopt;
     }
     return loadParticles(files.front(), content, observer, [&](Progress const& progress) {
         return options.time
@@ -183,6 +218,62 @@ void noteUp(Options const& options, Content const& content, LoadObserver& observ
     }
 }
 
+/// Which frames the film shows: files with several frames advance together, as far as the shortest one goes.
+std::optional<Fault> chooseFrames(Options const& options, Content& content, LoadObserver& observer) {
+    auto const isShorter = [](MovingFile const& a, MovingFile const& b) {
+        return a.sequence.count() < b.sequence.count();
+    };
+    auto const shortest = std::min_element(content.moving.begin(), content.moving.end(), isShorter);
+    bool const isMoving = shortest != content.moving.end();
+    std::size_t const count = isMoving ? shortest->sequence.count() : 1;
+    std::string const name = isMoving ? shortest->name : options.files.front();
+    Result<std::vector<std::size_t>> frames = options.film.frames->of(count);
+    if (!frames.isOk()) {
+        return Fault{name, frames.fault().message};
+    }
+    content.frames = std::move(frames.value());
+    bool const areUneven = std::any_of(content.moving.begin(), content.moving.end(),
+                                       [&](MovingFile const& file) { return isShorter(*shortest, file); });
+    if (areUneven) {
+        observer.note({name, "has " + std::to_string(count) +
+                                 " frames, fewer than others: the film has no more than these"});
+    }
+    return std::nullopt;
+}
+
+/// The frame that a film begins with.
+std::optional<Fault> loadFirst(MovingFile const& file, Content& content, LoadObserver& observer) {
+    Result<SequenceFrame> frame = file.sequence.load(content.frames.front(), progressOf(file.name, observer));
+    if (!frame.isOk()) {
+        Fault const& fault = frame.fault();
+        return Fault{fault.file.empty() ? file.name : fault.file, fault.message, fault.isCancelled};
+    }
+    if (auto* const loaded = std::get_if<LoadedFrame>(&frame.value())) {
+        if (!loaded->warning.empty() && loaded->warning != file.sequence.warning()) {
+            observer.note({loaded->frame.file, loaded->warning});
+        }
+        loaded->timesteps = file.sequence.timesteps();
+        loaded->times = file.sequence.times();
+        content.hasTimes = content.hasTimes || hasTimes(*loaded);
+        observer.particlesRead(*loaded);
+    }
+    content.take(file, std::move(frame.value()));
+    return std::nullopt;
+}
+
+std::optional<Fault> beginFilm(Options const& options, Content& content, LoadObserver& observer) {
+    if (std::optional<Fault> fault = chooseFrames(options, content, observer)) {
+        return fault;
+    }
+    content.still = content.particles;
+    for (MovingFile const& file : content.moving) {
+        if (std::optional<Fault> fault = loadFirst(file, content, observer)) {
+            return fault;
+        }
+    }
+    return std::nullopt;
+}
+
 Result<Content> loadAll(Options const& options, LoadObserver& observer) {
     Content content;
     std::vector<std::string> particleFiles;
@@ -199,11 +290,16 @@ Result<Content> loadAll(Options const& options, LoadObserver& observer) {
         observer.note(
             {"", "the files look like a series and are shown together; --series shows one frame of it"});
     }
+    if (options.film.frames) {
+        if (std::optional<Fault> fault = beginFilm(options, content, observer)) {
+            return *fault;
+        }
+    }
     noteUp(options, content, observer);
     return content;
 }
 
-Result<Subject> prepareAll(Options const& options, Content& content, LoadObserver& observer) {
+Result<Subject> prepareAll(Options const& options, Content& content, LoadObserver& observer, HeldLook* held) {
     std::shared_ptr<VL_Image const> texture;
     if (!options.texture.empty()) {
         Result<std::shared_ptr<VL_Image const>> const picture =
@@ -215,10 +311,15 @@ Result<Subject> prepareAll(Options const& options, Content& content, LoadObserve
     }
     passOn(observer);
     std::vector<std::string> const covers = coversOf(options, content.meshes.size());
-    Result<ParticleLook> look =
-        viewport::lookOf(content.particles, options.particles, content.meshes, covers);
+    Result<ParticleLook> look = viewport::lookOf(
+        content.particles,
+        held != nullptr ? held->options(options.particles, content.meshes) : options.particles,
+        content.meshes, covers);
     if (!look.isOk()) {
         return look.fault();
+    }
+    if (held != nullptr) {
+        held->hold(look.value());
     }
     for (Fault const& loss : look.value().notes) {
         observer.note(loss);
@@ -231,7 +332,8 @@ Result<Subject> prepareAll(Options const& options, Content& content, LoadObserve
                 options.up   ? options.up
                 : content.up ? std::optional<UpAxis>(content.up->up)
                              : std::nullopt,
-                options.needsValues() ? Scene::Frames::KEPT : Scene::Frames::DROPPED);
+                options.needsValues() ? Scene::Frames::KEPT : Scene::Frames::DROPPED,
+                held != nullptr ? held->extent() : std::nullopt);
     passOn(observer);
     Subject subject{std::move(scene), std::move(look.value()), std::nullopt};
     if (options.effect) {
@@ -244,7 +346,8 @@ Result<Subject> prepareAll(Options const& options, Content& content, LoadObserve
     }
     passOn(observer);
     if (options.needsValues()) {
-        subject.scene.keep(std::move(content.meshes));
+        // The next frames of a film need them again.
+        subject.scene.keep(options.film.frames ? content.meshes : std::move(content.meshes));
     }
     return subject;
 }
@@ -263,6 +366,20 @@ void Content::addUp(UpOfFile const& file) {
     }
 }
 
+void Content::take(MovingFile const& file, SequenceFrame frame) {
+    if (auto* const loaded = std::get_if<LoadedFrame>(&frame)) {
+        particles[file.place] = std::move(loaded->frame);
+        return;
+    }
+    auto& mesh = std::get<MeshData>(frame);
+    // A pose changes no material, and the textures are read already.
+    MeshData& former = meshes[file.place];
+    if (mesh.materials.size() == former.materials.size()) {
+        mesh.materials = std::move(former.materials);
+    }
+    former = std::move(mesh);
+}
+
 Result<Content> Content::load(Options const& options, LoadObserver& observer) {
     try {
         return loadAll(options, observer);
@@ -271,9 +388,10 @@ Result<Content> Content::load(Options const& options, LoadObserver& observer) {
     }
 }
 
-Result<Subject> Subject::prepare(Options const& options, Content& content, LoadObserver& observer) {
+Result<Subject> Subject::prepare(Options const& options, Content& content, LoadObserver& observer,
+                                 HeldLook* held) {
     try {
-        return prepareAll(options, content, observer);
+        return prepareAll(options, content, observer, held);
     } catch (Cancelled const&) {
         return cancelled();
     }

@@ -5,6 +5,8 @@
 #include "viewport/drawing/effects/EffectSubject.h"
 #include "viewport/files/mesh/MeshData.h"
 #include "viewport/files/particles/ParticleFrame.h"
+#include "viewport/playback/FrameSequence.h"
+#include "viewport/scene/HeldLook.h"
 #include "viewport/scene/ParticleLook.h"
 #include "viewport/scene/Scene.h"
 #include "viewport/text/Fault.h"
@@ -22,6 +24,14 @@ struct UpOfFile {
     UpAxis up;
 };
 
+/// A file whose content changes from frame to frame.
+struct MovingFile {
+    std::string name;
+    FrameSequence sequence;
+    bool isMesh;
+    std::size_t place;  ///< among the meshes or the particles
+};
+
 /// What the files hold.
 struct Content {
     std::vector<MeshData> meshes;
@@ -33,7 +43,16 @@ struct Content {
     bool hasAnimations = false;         ///< of meshes
     bool hasTimes = false;              ///< of particles
 
-    /// Reads the files of the options. Prints nothing, and may be called on any thread, beside a context on another one.
+    // == Only with the frames of a film ==
+    std::vector<MovingFile> moving = {};
+    std::vector<std::size_t> frames = {};   ///< to be shown, at least one
+    std::vector<ParticleFrame> still = {};  ///< of files with a single frame; the others are empty
+
+    /// Puts a frame into the place of its file.
+    void take(MovingFile const& file, SequenceFrame frame);
+
+    /// Reads the files of the options; of moving ones the first frame of the film. Prints nothing, and may be called on any
+    /// thread, beside a context on another one.
     /// \return the content, or the fault of the first file that cannot be read; where the observer cancels, a fault that says so
     static Result<Content> load(Options const& options, LoadObserver& observer);
 
@@ -47,9 +66,12 @@ struct Subject {
     ParticleLook look;
     std::optional<EffectSubject> effect;  ///< for the first picture; only with an effect
 
-    /// Makes it of the content, whose particles are used up; so are its meshes where somebody may ask for values.
-    /// Makes no OpenGL call; otherwise as Content::load().
-    static Result<Subject> prepare(Options const& options, Content& content, LoadObserver& observer);
+    /// Makes it of the content, whose particles are used up; so are its meshes where somebody may ask for values, unless
+    /// there are frames to follow. Makes no OpenGL call; otherwise as Content::load().
+    /// \param held what it has in common with the frames of a film before it, which takes part in it. Null: it is the first
+    ///     one.
+    static Result<Subject> prepare(Options const& options, Content& content, LoadObserver& observer,
+                                   HeldLook* held = nullptr);
 };
 
 }  // namespace vellum::viewport

@@ -6,9 +6,12 @@
 #include "viewport/editing/GivenTransforms.h"
 #include "viewport/files/mesh/GuardedImport.h"
 #include "viewport/files/mesh/UpAxis.h"
+#include "viewport/playback/FrameRange.h"
+#include "viewport/playback/PlaybackClock.h"
 #include "viewport/scene/ParticleOptions.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <optional>
 #include <set>
 #include <string>
@@ -18,6 +21,16 @@ namespace vellum::viewport {
 
 /// What is printed about files, camera and driver.
 enum class InfoForm { NONE, TEXT, JSON };
+
+/// Several pictures that follow each other, for each PictureOptions one file with the number of the picture in its name.
+struct FilmOptions {
+    std::optional<FrameRange> frames;                        ///< one picture for each of these
+    double framesPerSecond = PlaybackClock::STANDARD_SPEED;  ///< of the frames of animated meshes, above 0
+    std::size_t turn = 0;        ///< pictures of a full turn of the camera; 0: it stands still
+    bool isRangeOfEach = false;  ///< each picture has the range of its own values
+
+    bool isAsked() const { return frames || turn > 0; }
+};
 
 /// What the program is asked to do: its command line as values. All are within their ranges.
 struct Options {
@@ -30,7 +43,8 @@ struct Options {
     std::string texture;  ///< a picture file for all models; empty: the textures of their materials
     ParticleOptions particles;
     std::optional<double>
-        time;  ///< of the frame to be shown, in units of the file; not together with a frame's number
+        time;          ///< of the frame to be shown, in units of the file; not together with a frame's number
+    FilmOptions film;  ///< frames not together with a frame's number or time
     std::optional<UpAxis> up;    ///< what is up in the files; nothing: what they say themselves
     GivenTransforms transforms;  ///< of objects that are moved, turned or scaled
     std::optional<EffectSpec> effect;
@@ -54,7 +68,8 @@ struct Options {
 
     /// Whether nothing is asked for that could be done without a window.
     bool opensWindow() const {
-        return info == InfoForm::NONE && pictures.size() == 1 && pictures.front().out.empty() && !isPicking();
+        return info == InfoForm::NONE && pictures.size() == 1 && pictures.front().out.empty() &&
+               !isPicking() && !film.isAsked();
     }
 
     /// Whether somebody may ask for what the files say of a place.

@@ -14,6 +14,8 @@
 #include <system_error>
 #include <variant>
 
+#include <sys/stat.h>
+
 namespace vellum::viewport {
 
 namespace {
@@ -105,6 +107,37 @@ bool isOneOf(std::string const& out, std::vector<std::string> const& files) {
                std::error_code ignored;
                return !file.empty() && std::filesystem::equivalent(out, file, ignored);
            });
+}
+
+// == FileSet ==
+
+namespace {
+
+std::optional<std::pair<std::uint64_t, std::uint64_t>> identityOf(std::string const& file) {
+    struct stat facts {};
+    if (file.empty() || stat(file.c_str(), &facts) != 0) {
+        return std::nullopt;
+    }
+    return std::pair<std::uint64_t, std::uint64_t>(facts.st_dev, facts.st_ino);
+}
+
+}  // namespace
+
+FileSet::FileSet(std::vector<std::string> const& files) {
+    for (std::string const& file : files) {
+        if (auto const identity = identityOf(file)) {
+            identities.insert(*identity);
+        }
+    }
+}
+
+bool FileSet::contains(std::string const& file) const {
+    auto const identity = identityOf(file);
+    return identity && identities.count(*identity) != 0;
+}
+
+bool FileSet::isFile(std::string const& file) {
+    return identityOf(file).has_value();
 }
 
 }  // namespace vellum::viewport

@@ -3,7 +3,10 @@
 #include "viewport/content/Options.h"
 #include "viewport/files/mesh/MeshData.h"
 
+#include <cstdint>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vellum::viewport {
@@ -20,5 +23,20 @@ std::vector<std::string> materialFiles(std::vector<std::string> const& meshPaths
 /// Whether the picture would replace one of the files: the same file under any name, link or path.
 /// \param out the picture's file; empty: none. Streams replace nothing.
 bool isOneOf(std::string const& out, std::vector<std::string> const& files);
+
+/// Files under any name, link or path, many of which are compared with many others.
+class FileSet {
+public:
+    /// Files that do not exist are left out.
+    explicit FileSet(std::vector<std::string> const& files);
+
+    bool contains(std::string const& file) const;
+
+    /// Whether there is something under this name.
+    static bool isFile(std::string const& file);
+
+private:
+    std::set<std::pair<std::uint64_t, std::uint64_t>> identities;  // device and number on it
+};
 
 }  // namespace vellum::viewport

@@ -141,6 +141,9 @@ ViewLayout ViewLayout::of(Scene const& scene, ViewStyle const& style, OceanScene
         layout.key = keyOf(style.particles, size, layout.notes);
         layout.framedSize.width -= layout.key != nullptr ? layout.key->reservedWidth() : 0;
     }
+    if (style.keyWidth) {
+        layout.framedSize.width = size.width - *style.keyWidth;
+    }
     if (ocean != nullptr) {
         layout.camera.frame(*ocean, layout.framedSize);
     } else {

@@ -36,6 +36,8 @@ struct ViewStyle {
     std::optional<LightSpec> light = {};  ///< nothing: lights that stand with the viewer
     std::optional<Box3<double>> clip =
         {};  ///< in axes and units of the files: of the models only what is inside is shown
+    std::optional<int> keyWidth =
+        {};  ///< of the room beside the scene for what explains the colors, pixels; nothing: what that needs
 };
 
 }  // namespace vellum::viewport

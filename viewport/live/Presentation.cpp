@@ -7,7 +7,7 @@
 namespace vellum::viewport {
 
 Presentation::Presentation(toolkit::Layer& layer, Options const& options, Subject& subject)
-    : layer(layer), options(options), subject(subject) {
+    : layer(layer), options(options), subject(&subject) {
     layer.assumeFreeGpuMemory(options.gpuMemory);
 }
 
@@ -33,13 +33,24 @@ std::vector<Fault> Presentation::takeNotes() {
     return std::exchange(notes, {});
 }
 
-std::unique_ptr<Viewer> Presentation::viewer(PictureOptions const& picture) const {
-    auto made =
-        std::make_unique<Viewer>(layer, subject.scene, styleOf(options, picture, subject), effect.get());
+std::unique_ptr<Viewer> Presentation::viewer(ViewStyle const& style) const {
+    auto made = std::make_unique<Viewer>(layer, subject->scene, style, effect.get());
     for (auto const& [object, transform] : options.transforms) {
         made->setTransform(object, transform);
     }
     return made;
+}
+
+void Presentation::show(Subject& other) {
+    effect.reset();
+    subject = &other;
+    isBegun = false;
+}
+
+void Presentation::_tell(Fault const& note) {
+    if (told.insert(note.line()).second) {
+        notes.push_back(note);
+    }
 }
 
 std::optional<Presentation::Lack> Presentation::_prepareMode() {
@@ -48,10 +59,10 @@ std::optional<Presentation::Lack> Presentation::_prepareMode() {
             return Lack{true, {}, *lack};
         }
     }
-    ParticleMode& mode = subject.look.mode;
+    ParticleMode& mode = subject->look.mode;
     bool const needsGeometry = mode == ParticleMode::SPHERES || mode == ParticleMode::ARROWS;
-    if (!subject.scene.clouds().empty() && needsGeometry && !toolkit::hasGeometryStages(layer)) {
-        notes.push_back({"", "OpenGL here has no geometry stages for spheres and arrows; drawn as points"});
+    if (!subject->scene.clouds().empty() && needsGeometry && !toolkit::hasGeometryStages(layer)) {
+        _tell({"", "OpenGL here has no geometry stages for spheres and arrows; drawn as points"});
         mode = ParticleMode::POINTS;
     }
     return std::nullopt;
@@ -62,25 +73,23 @@ std::optional<Presentation::Lack> Presentation::_prepareEffect(double aspect) {
     if (!options.effect || (effect != nullptr && (aspect == effectAspect || !options.hasOwnSea()))) {
         return std::nullopt;
     }
-    if (!subject.effect) {
-        Result<EffectSubject> prepared = EffectSubject::prepare(*options.effect, {}, subject.scene, aspect);
+    if (!subject->effect) {
+        Result<EffectSubject> prepared = EffectSubject::prepare(*options.effect, {}, subject->scene, aspect);
         if (!prepared.isOk()) {
             return Lack{false, {}, prepared.fault()};
         }
-        subject.effect = std::move(prepared.value());
+        subject->effect = std::move(prepared.value());
     }
-    bool const isFirst = effect == nullptr;
     effect.reset();
     effect =
-        std::make_unique<EffectRenderer>(layer, *options.effect, options.mesh, std::move(*subject.effect));
-    subject.effect.reset();
+        std::make_unique<EffectRenderer>(layer, *options.effect, options.mesh, std::move(*subject->effect));
+    subject->effect.reset();
     effectAspect = aspect;
     if (std::optional<Lack> lack = _stageLack()) {
         return lack;
     }
-    std::vector<Fault> const told = effect->notes();
-    if (isFirst) {
-        notes.insert(notes.end(), told.begin(), told.end());
+    for (Fault const& note : effect->notes()) {
+        _tell(note);
     }
     return std::nullopt;
 }

@@ -10,6 +10,8 @@
 
 #include <memory>
 #include <optional>
+#include <set>
+#include <string>
 #include <vector>
 
 namespace vellum::viewport {
@@ -35,26 +37,37 @@ public:
     /// Prepares what pictures of this shape share; to be called before viewer(), again for each shape.
     std::optional<Lack> prepare(double aspect);
 
-    /// What the user is to know of what prepare() did; each only once.
+    /// Draws another subject from now on, which must outlive this; also the same one after it has changed. There must be no
+    /// viewer of the one before, and prepare() is to be called again.
+    void show(Subject& subject);
+
+    /// What the user is to know of what prepare() did; each only once, whatever the number of subjects.
     std::vector<Fault> takeNotes();
 
     /// How a picture shows the subject.
     static ViewStyle styleOf(Options const& options, PictureOptions const& picture, Subject const& subject);
 
-    std::unique_ptr<Viewer> viewer(PictureOptions const& picture) const;
+    std::unique_ptr<Viewer> viewer(PictureOptions const& picture) const {
+        return viewer(styleOf(options, picture, *subject));
+    }
+
+    /// The same in another style than styleOf() says.
+    std::unique_ptr<Viewer> viewer(ViewStyle const& style) const;
 
 private:
     std::optional<Lack> _prepareMode();
     std::optional<Lack> _prepareEffect(double aspect);
     std::optional<Lack> _stageLack() const;
+    void _tell(Fault const& note);
 
     toolkit::Layer& layer;
     Options const& options;
-    Subject& subject;
+    Subject* subject;  // never null
     std::unique_ptr<EffectRenderer> effect;
     double effectAspect = 0;  // of the pictures that it was prepared for
-    bool isBegun = false;
+    bool isBegun = false;     // with the subject
     std::vector<Fault> notes;
+    std::set<std::string> told;  // lines of all notes so far
 };
 
 }  // namespace vellum::viewport

@@ -121,6 +121,7 @@ void OptionWords::addTo(CLI::App& app, Options& options) {
     pictures.addTo(app);
     _addMeshes(app, options);
     _addParticles(app, options);
+    _addFilms(app);
     effect.addTo(app);
     _addRest(app, options);
 }
@@ -146,6 +147,7 @@ std::optional<Fault> OptionWords::read(CLI::App const& app, PictureWords const& 
         return std::nullopt;
     }
     std::optional<Fault> missing = firstMissing(options);
+    missing = missing ? missing : _readNames(options);
     return missing ? missing : outputConflict(options);
 }
 
@@ -227,7 +229,10 @@ void OptionWords::_addParticles(CLI::App& app, Options& options) {
         "column of words; with arrows: the vector that they are along (the colors of the file,\n"
         "or else its elements, the speed, the first column that is not an id)",
         "NAME");
-    add("--range", range, "The values at both ends of the colors (those of the data)", "MIN,MAX");
+    add("--range", range,
+        "The values at both ends of the colors (those of the data). Of a film: first, the range\n"
+        "of the first frame for all, or each, every frame has its own (first)",
+        "MIN,MAX");
     app.add_flag("--log", shown.isLogarithmic, "Spread the colors over the logarithm of the values")
         ->group("Particles");
     add("--colors", colors,
@@ -257,6 +262,21 @@ void OptionWords::_addParticles(CLI::App& app, Options& options) {
         "MiB");
 }
 
+void OptionWords::_addFilms(CLI::App& app) {
+    auto const add = [&app](std::string const& name, std::string& word, std::string const& meaning,
+                            std::string const& type) {
+        addWord(app, name, word, meaning, type)->group("Films (into --out names like f_%04d.png, from 0)");
+    };
+    add("--frames", frames,
+        "A picture of each frame from A to B, counted from 0; both may be left out, and STEP may\n"
+        "be negative: ':' all, '::10' every tenth, '::-1' backward. Camera and range of colors\n"
+        "are those of the first picture",
+        "A:B:STEP");
+    add("--fps", framesPerSecond, "Frames per second of animated meshes, 0.001 to 1000 (25)", "N");
+    add("--turntable", turntable,
+        "Pictures of one full turn about the vertical axis; with --frames as many as these", "N");
+}
+
 void OptionWords::_addRest(CLI::App& app, Options& options) {
     app.add_flag("--info", info,
                  "Print what the files hold, the cameras, and what the OpenGL driver offers;\n"
@@ -284,7 +304,8 @@ std::optional<Fault> OptionWords::_readValues(Options& options) const {
         _readCopies(options.particles),
         _readSelection(options.particles),
         _readGpuMemory(options),
-        _readRange(options.particles),
+        _readRange(options),
+        _readFilm(options.film),
         _readColors(options.particles),
         effect.read(options.files.size(), options.effect)};
     for (std::optional<Fault> const& fault : faults) {
@@ -379,6 +400,68 @@ std::optional<Fault> OptionWords::_readFrame(Options& options) const {
     return std::nullopt;
 }
 
+std::optional<Fault> OptionWords::_readFilm(FilmOptions& film) const {
+    constexpr int MOST_PICTURES = 1'000'000;
+    if (!frames.empty()) {
+        film.frames = FrameRange::parse(frames);
+        if (!film.frames) {
+            return wordFault("--frames", frames, "A:B:STEP, frames counted from 0 and a step from A to B");
+        }
+        if (!frame.empty() || !time.empty()) {
+            return usageFault(std::string(frame.empty() ? "--time" : "--frame") +
+                              ": cannot be used with --frames");
+        }
+    }
+    if (!framesPerSecond.empty()) {
+        std::optional<double> const speed = toReal(framesPerSecond);
+        if (!speed || *speed < 0.001 || *speed > 1000) {
+            return wordFault("--fps", framesPerSecond, "a number from 0.001 to 1000");
+        }
+        film.framesPerSecond = *speed;
+    }
+    if (!turntable.empty()) {
+        std::optional<int> const count = toInteger(turntable);
+        if (!count || *count < 1 || *count > MOST_PICTURES) {
+            return wordFault("--turntable", turntable,
+                             "a number of pictures from 1 to " + std::to_string(MOST_PICTURES));
+        }
+        film.turn = static_cast<std::size_t>(*count);
+    }
+    return std::nullopt;
+}
+
+/// The files of a film, and what goes together with it.
+std::optional<Fault> OptionWords::_readNames(Options& options) const {
+    FilmOptions const& film = options.film;
+    if (!film.isAsked()) {
+        return film.isRangeOfEach
+                   ? std::optional<Fault>(usageFault("--range: each needs the frames of --frames"))
+                   : std::nullopt;
+    }
+    std::string const option = film.frames ? "--frames" : "--turntable";
+    if (options.files.empty()) {
+        return usageFault(option + ": the sea without files does not move");
+    }
+    for (PictureOptions& picture : options.pictures) {
+        if (picture.out.empty()) {
+            return usageFault(option + ": needs --out with a name like f_%04d.png");
+        }
+        Result<NumberedName> const names = NumberedName::parse(picture.out);
+        if (!names.isOk()) {
+            return usageFault("--out: " + names.fault().message);
+        }
+        picture.names = names.value();
+        if (picture.pick && options.info == InfoForm::JSON) {
+            return usageFault("--pick: of a film it is not together with --info=json");
+        }
+        if (film.turn > 0 && picture.camera.isAlongAxis()) {
+            return usageFault(
+                "--turntable: a view along an axis cannot turn; see --projection parallel and --elevation");
+        }
+    }
+    return std::nullopt;
+}
+
 std::optional<Fault> OptionWords::_readCopies(ParticleOptions& options) const {
     if (copies.empty()) {
         return std::nullopt;
@@ -462,8 +545,9 @@ std::optional<Fault> OptionWords::_readGpuMemory(Options& options) const {
     return std::nullopt;
 }
 
-std::optional<Fault> OptionWords::_readRange(ParticleOptions& options) const {
-    if (range.empty()) {
+std::optional<Fault> OptionWords::_readRange(Options& options) const {
+    options.film.isRangeOfEach = range == "each";
+    if (range.empty() || range == "each" || range == "first") {
         return std::nullopt;
     }
     std::vector<std::string_view> const ends = split(range, ',');
@@ -471,9 +555,10 @@ std::optional<Fault> OptionWords::_readRange(ParticleOptions& options) const {
     std::optional<double> const high = toReal(ends.back());
     if (ends.size() != 2 || !low || !high || !(*low < *high)) {
         return usageFault("--range: '" + range +
-                          "' is not MIN,MAX, two numbers of which the second is the larger one");
+                          "' is not MIN,MAX, two numbers of which the second is the larger one; nor first "
+                          "or each");
     }
-    options.range = ValueRange{*low, *high};
+    options.particles.range = ValueRange{*low, *high};
     return std::nullopt;
 }
 

@@ -37,6 +37,9 @@ struct OptionWords {
     std::string colorMap;
     std::string frame;
     std::string time;
+    std::string frames;
+    std::string framesPerSecond;
+    std::string turntable;
     std::string copies;
     std::string gpuMemory;
     std::vector<std::string> transforms;
@@ -56,6 +59,7 @@ private:
     void _addFiles(CLI::App& app, Options& options);
     void _addMeshes(CLI::App& app, Options& options);
     void _addParticles(CLI::App& app, Options& options);
+    void _addFilms(CLI::App& app);
     void _addRest(CLI::App& app, Options& options);
 
     // == Values ==
@@ -68,10 +72,12 @@ private:
     std::optional<Fault> _readParticles(ParticleOptions& options) const;
     std::optional<Fault> _readTransforms(Options& options) const;
     std::optional<Fault> _readFrame(Options& options) const;
+    std::optional<Fault> _readFilm(FilmOptions& film) const;
+    std::optional<Fault> _readNames(Options& options) const;
     std::optional<Fault> _readCopies(ParticleOptions& options) const;
     std::optional<Fault> _readSelection(ParticleOptions const& options) const;
     std::optional<Fault> _readGpuMemory(Options& options) const;
-    std::optional<Fault> _readRange(ParticleOptions& options) const;
+    std::optional<Fault> _readRange(Options& options) const;
     std::optional<Fault> _readColors(ParticleOptions& options) const;
 };
 

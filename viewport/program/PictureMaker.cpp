@@ -1,7 +1,5 @@
 #include "viewport/program/PictureMaker.h"
 
-#include "viewport/drawing/Viewer.h"
-
 #include <algorithm>
 #include <iostream>
 #include <utility>
@@ -17,7 +15,7 @@ TiledPicture tiledPicture(Options const& options, PictureSize const& size) {
 }  // namespace
 
 PictureMaker::PictureMaker(Options const& options, Subject& subject, OffscreenContext& context)
-    : options(options), subject(subject), context(context) {}
+    : options(options), subject(&subject), context(context) {}
 
 OffscreenContext::Settings PictureMaker::contextSettings(Options const& options) {
     OffscreenContext::Settings largest =
@@ -32,21 +30,40 @@ OffscreenContext::Settings PictureMaker::contextSettings(Options const& options)
 
 std::optional<Failure> PictureMaker::begin() {
     renderLayer = std::make_unique<toolkit::Layer>();
-    presentation = std::make_unique<Presentation>(*renderLayer, options, subject);
+    presentation = std::make_unique<Presentation>(*renderLayer, options, *subject);
     return _prepare(options.pictures.front());
 }
 
-std::optional<Failure> PictureMaker::make(PictureOptions const& picture,
-                                          std::function<void(std::optional<Picked> const&)> const& tell) {
+std::optional<Failure> PictureMaker::make(PictureOptions const& picture, ViewStyle const& style,
+                                          Tell const& tell) {
+    viewer.reset();  // Before the effect that it draws with.
     if (std::optional<Failure> failure = _prepare(picture)) {
         return failure;
     }
-    std::unique_ptr<Viewer> const viewer = presentation->viewer(picture);
+    viewer = presentation->viewer(style);
+    return _pickAndWrite(picture, tell);
+}
+
+std::optional<Failure> PictureMaker::makeAgain(PictureOptions const& picture, CameraSpec const& camera,
+                                               Tell const& tell) {
+    if (std::optional<Fault> const fault = viewer->setCamera(camera)) {
+        return Failure{USAGE_FAULT, *fault};
+    }
+    return _pickAndWrite(picture, tell);
+}
+
+void PictureMaker::show(Subject& other) {
+    viewer.reset();
+    presentation->show(other);
+    subject = &other;
+}
+
+std::optional<Failure> PictureMaker::_pickAndWrite(PictureOptions const& picture, Tell const& tell) {
     if (std::optional<Fault> const fault = viewer->cameraFault(picture.size)) {
         return Failure{USAGE_FAULT, *fault};
     }
     for (Fault const& what : viewer->notes(picture.size)) {
-        note(options, {picture.out, what.message});
+        _say(picture, what);
     }
     if (picture.pick) {
         tell(viewer->pick(picture.size, *picture.pick));
@@ -54,7 +71,15 @@ std::optional<Failure> PictureMaker::make(PictureOptions const& picture,
     if (std::optional<Failure> failure = flushOutput()) {
         return failure;
     }
-    return picture.out.empty() ? std::nullopt : _write(picture, *viewer);
+    return picture.out.empty() ? std::nullopt : _write(picture);
+}
+
+/// Says it once for all pictures of a film.
+void PictureMaker::_say(PictureOptions const& picture, Fault const& what) {
+    std::string const series = picture.names ? picture.names->of(0) : picture.out;
+    if (said.insert({series, what.message}).second) {
+        note(options, {picture.out, what.message});
+    }
 }
 
 std::optional<Failure> PictureMaker::_prepare(PictureOptions const& picture) {
@@ -71,15 +96,15 @@ std::optional<Failure> PictureMaker::_prepare(PictureOptions const& picture) {
     return Failure{lack->isOfOpenGL ? NO_OPENGL : FILE_FAULT, lack->fault};
 }
 
-std::optional<Failure> PictureMaker::_write(PictureOptions const& picture, Viewer& viewer) {
+std::optional<Failure> PictureMaker::_write(PictureOptions const& picture) {
     TiledPicture const tiled = tiledPicture(options, picture.size);
-    Result<Picture> drawn = tiled.draw(viewer, *renderLayer, context);
+    Result<Picture> drawn = tiled.draw(*viewer, *renderLayer, context);
     if (!drawn.isOk()) {
         return Failure{FILE_FAULT, {picture.out, drawn.fault().message}};
     }
     PictureFormat const format = pictureFormatOf(picture.out).value_or(PictureFormat::PNG);
     if (format == PictureFormat::EXR) {
-        drawn.value().depths = tiled.drawDepths(viewer);
+        drawn.value().depths = tiled.drawDepths(*viewer);
     }
     std::optional<Fault> const fault =
         drawn.value().save(picture.out, format, picture.quality.value_or(Picture::STANDARD_QUALITY));

@@ -6,6 +6,7 @@
 #include "viewport/content/Options.h"
 #include "viewport/drawing/Picked.h"
 #include "viewport/drawing/TiledPicture.h"
+#include "viewport/drawing/ViewStyle.h"
 #include "viewport/drawing/Viewer.h"
 #include "viewport/live/Presentation.h"
 #include "viewport/program/Console.h"
@@ -13,6 +14,9 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
+#include <string>
+#include <utility>
 
 namespace vellum::viewport {
 
@@ -35,22 +39,39 @@ public:
     /// Prepares what all pictures share. A failure where the driver lacks what is needed, or the stages of an effect have faults.
     std::optional<Failure> begin();
 
+    using Tell = std::function<void(std::optional<Picked> const&)>;
+
     /// Draws the picture, tells what is picked in it, and writes it to its file.
     /// \param tell called before the picture is drawn; only where something is to be picked
-    std::optional<Failure> make(PictureOptions const& picture,
-                                std::function<void(std::optional<Picked> const&)> const& tell);
+    std::optional<Failure> make(PictureOptions const& picture, Tell const& tell) {
+        return make(picture, Presentation::styleOf(options, picture, *subject), tell);
+    }
+
+    /// The same in another style than Presentation::styleOf() says.
+    std::optional<Failure> make(PictureOptions const& picture, ViewStyle const& style, Tell const& tell);
+
+    /// The picture that was made last once more, from elsewhere and into another file.
+    std::optional<Failure> makeAgain(PictureOptions const& picture, CameraSpec const& camera,
+                                     Tell const& tell);
+
+    /// Draws another subject from now on, which must outlive this; also the same one after it has changed.
+    void show(Subject& subject);
 
     toolkit::Layer& layer() { return *renderLayer; }
 
 private:
     std::optional<Failure> _prepare(PictureOptions const& picture);
-    std::optional<Failure> _write(PictureOptions const& picture, Viewer& viewer);
+    std::optional<Failure> _pickAndWrite(PictureOptions const& picture, Tell const& tell);
+    std::optional<Failure> _write(PictureOptions const& picture);
+    void _say(PictureOptions const& picture, Fault const& what);
 
     Options const& options;
-    Subject& subject;
+    Subject* subject;  // never null
     OffscreenContext& context;
     std::unique_ptr<toolkit::Layer> renderLayer;
     std::unique_ptr<Presentation> presentation;
+    std::unique_ptr<Viewer> viewer;                      // of the last picture; uses all of the others
+    std::set<std::pair<std::string, std::string>> said;  // the first picture of a film, and the note
 };
 
 }  // namespace vellum::viewport

@@ -9,6 +9,7 @@
 #include "viewport/program/Console.h"
 #include "viewport/program/ConsoleObserver.h"
 #include "viewport/program/Description.h"
+#include "viewport/program/Film.h"
 #include "viewport/program/PictureMaker.h"
 #include "viewport/program/describe_pick.h"
 #include "viewport/program/idle_options.h"
@@ -38,7 +39,8 @@ namespace {
 
 std::optional<Failure> inputReplaced(Options const& options, std::vector<std::string> const& inputs) {
     for (PictureOptions const& picture : options.pictures) {
-        if (isOneOf(picture.out, inputs)) {
+        // The names of a film are looked at once their number is known.
+        if (!picture.names && isOneOf(picture.out, inputs)) {
             return Failure{USAGE_FAULT,
                            {"", singleLine("--out: " + picture.out + " is one of the files that are read")}};
         }
@@ -47,8 +49,9 @@ std::optional<Failure> inputReplaced(Options const& options, std::vector<std::st
 }
 
 bool mayReplace(Options const& options) {
-    return std::any_of(options.pictures.begin(), options.pictures.end(),
-                       [](PictureOptions const& picture) { return isOneOf(picture.out, {picture.out}); });
+    return std::any_of(options.pictures.begin(), options.pictures.end(), [](PictureOptions const& picture) {
+        return !picture.names && isOneOf(picture.out, {picture.out});
+    });
 }
 
 /// The failure of a picture's file that is none, before anything is read.
@@ -83,12 +86,21 @@ std::optional<Failure> outputFailure(Options const& options) {
 
 /// Describes what is known without OpenGL: files and cameras.
 void describePictures(Options const& options, Subject const& subject, ConsoleObserver& observer) {
-    for (PictureOptions const& picture : options.pictures) {
+    Result<std::vector<FilmCamera>> cameras = std::vector<FilmCamera>();
+    if (options.film.isAsked()) {
+        cameras = Film::cameras(options, subject);
+    }
+    for (std::size_t i = 0; i < options.pictures.size(); ++i) {
+        PictureOptions const& picture = options.pictures[i];
         std::string camera;
         if (!options.hasOwnSea()) {
+            ViewStyle style = Presentation::styleOf(options, picture, subject);
+            if (options.film.isAsked() && cameras.isOk()) {
+                cameras.value()[i].place(0, style);
+            }
             ViewLayout const layout =
-                ViewLayout::of(subject.scene, Presentation::styleOf(options, picture, subject), nullptr,
-                               picture.size, nullptr, transformsOf(options.transforms, subject.scene));
+                ViewLayout::of(subject.scene, style, nullptr, picture.size, nullptr,
+                               transformsOf(options.transforms, subject.scene));
             camera = layout.fault ? std::string() : layout.camera.options();
         }
         if (options.info == InfoForm::JSON) {
@@ -141,6 +153,15 @@ std::optional<Failure> run(Options const& options) {
     if (std::optional<Failure> failure = inputReplaced(options, content.textures)) {
         return failure;
     }
+    if (options.film.isAsked()) {
+        Result<std::size_t> const length = Film::length(options, content);
+        if (!length.isOk()) {
+            return Failure{USAGE_FAULT, length.fault()};
+        }
+        if (std::optional<Failure> failure = Film::nameFailure(options, content, length.value())) {
+            return failure;
+        }
+    }
     Result<Subject> prepared = Subject::prepare(options, content, observer);
     if (!prepared.isOk()) {
         return Failure{FILE_FAULT, prepared.fault()};
@@ -166,7 +187,9 @@ std::optional<Failure> run(Options const& options) {
     if (options.info != InfoForm::NONE) {
         describePictures(options, subject, observer);
     }
-    content.meshes = {};
+    if (!options.film.frames) {
+        content.meshes = {};
+    }
 
     OffscreenContext context(PictureMaker::contextSettings(options));
     if (!context.isValid()) {
@@ -183,6 +206,9 @@ std::optional<Failure> run(Options const& options) {
     bool const isLast = options.info == InfoForm::JSON && options.isPicking();
     if (!isLast) {
         printInfo(options, observer, &maker.layer(), "");
+    }
+    if (options.film.isAsked()) {
+        return Film(options, content, subject, maker).make();
     }
     std::optional<Failure> failure;
     for (std::size_t i = 0; i < options.pictures.size() && !failure; ++i) {

@@ -17,8 +17,11 @@ UpAxis upOf(std::vector<MeshData> const& meshes, std::vector<ParticleFrame> cons
 
 Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const> const& texture,
              std::vector<ParticleFrame> particles, ParticleLook const& look, Imports imports,
-             std::optional<UpAxis> up, Frames frames)
-    : bounds{{0, 0, 0}, {0, 0, 0}}, upAxis(up ? *up : upOf(meshes, particles)), turn(upAxis) {
+             std::optional<UpAxis> up, Frames frames, std::optional<Box3<double>> const& extent)
+    : bounds{{0, 0, 0}, {0, 0, 0}}
+    , fileBounds(bounds)
+    , upAxis(up ? *up : upOf(meshes, particles))
+    , turn(upAxis) {
     std::vector<Box3<double>> boxes;
     boxes.reserve(meshes.size() + particles.size());
     for (MeshData const& mesh : meshes) {
@@ -35,6 +38,10 @@ Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const
         include(bounds, boxes[i].min);
         include(bounds, boxes[i].max);
     }
+    if (extent && length(extent->max * 0.25 - extent->min * 0.25) > 0) {
+        bounds = *extent;
+    }
+    fileBounds = bounds;
     // Halved before they are added or subtracted, coordinates at the end of a double's range stay inside it.
     Vector3<double> const center = bounds.min * 0.5 + bounds.max * 0.5;
     double const reach = 2 * length(bounds.max * 0.25 - bounds.min * 0.25);

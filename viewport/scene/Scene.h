@@ -57,11 +57,13 @@ public:
     /// \param texture put on all models in place of their own textures, unless null.
     /// \param up of the files; nothing: that of the first mesh, or else z, which is up in files of particles
     /// \param particles used up: unless it is kept, each frame is freed as soon as its cloud is made.
+    /// \param extent what the scene is placed and scaled by in place of its own extent, in units of the files: that of the
+    ///     first of several frames, which then lie in the same frame. They may reach out of it. One without a size is none.
     explicit Scene(std::vector<MeshData> const& meshes,
                    std::shared_ptr<VL_Image const> const& texture = nullptr,
                    std::vector<ParticleFrame> particles = {}, ParticleLook const& look = {},
                    Imports imports = Imports::DROPPED, std::optional<UpAxis> up = std::nullopt,
-                   Frames frames = Frames::DROPPED);
+                   Frames frames = Frames::DROPPED, std::optional<Box3<double>> const& extent = std::nullopt);
 
     // == What the files say, for those who ask for values ==
 
@@ -76,7 +78,8 @@ public:
 
     std::vector<Model> const& models() const { return modelList; }
     std::vector<ParticleCloud> const& clouds() const { return cloudList; }
-    Box3<double> const& box() const { return bounds; }  ///< around everything; centered at the origin
+    Box3<double> const& box() const { return bounds; }         ///< around everything; centered at the origin
+    Box3<double> const& extent() const { return fileBounds; }  ///< the same in axes and units of the files
     Vector3<double> const& fileOrigin() const { return origin; }  ///< where the files' origin came to lie
     double unitsPerFileUnit() const { return scale; }             ///< above 0
     UpAxis up() const { return upAxis; }                          ///< in the files
@@ -100,6 +103,7 @@ private:
     std::vector<ParticleFrame> frameList;
     std::vector<MeshData> meshList;
     Box3<double> bounds;
+    Box3<double> fileBounds;
     Vector3<double> origin;
     double scale;
     UpAxis upAxis;
