@@ -1,8 +1,11 @@
 #include "viewport/program/CommandLine.h"
 
 #include "viewport/program/Configuration.h"
+#include "viewport/program/OptionTable.h"
 #include "viewport/program/OptionWords.h"
+#include "viewport/program/SavedView.h"
 #include "viewport/program/add_word.h"
+#include "viewport/program/option_choices.h"
 #include "viewport/program/word_values.h"
 #include "viewport/text/single_line.h"
 
@@ -19,7 +22,17 @@ namespace {
 CommandLine usageError(std::string const& message) {
     CommandLine line;
     line.error = singleLine("vl_viewport: " + message + "; see vl_viewport --help");
+    line.fault = {"", message};
     line.exitStatus = CommandLine::USAGE_ERROR;
+    return line;
+}
+
+/// Of a saved view.
+CommandLine fileError(Fault const& fault) {
+    CommandLine line;
+    line.error = singleLine("vl_viewport: " + fault.line());
+    line.fault = fault;
+    line.exitStatus = CommandLine::FILE_ERROR;
     return line;
 }
 
@@ -49,9 +62,7 @@ struct Parsing {
         app.add_flag("--no-config", isWithoutConfiguration, "Do not read that of the user")->group("Program");
         app.set_version_flag("--version", "vl_viewport " VL_VIEWPORT_VERSION)->group("Program");
         app.set_help_flag("-h,--help", "Print this help")->group("Program");
-        app.footer("Exit status: 0 done; 1 a file cannot be read, is damaged or empty, a shader does not "
-                   "compile, or a\n"
-                   "picture cannot be written; 2 the command line makes no sense; 3 there is no OpenGL.");
+        app.footer(exitStatusText());
     }
     Parsing(Parsing const&) = delete;
     Parsing& operator=(Parsing const&) = delete;
@@ -97,15 +108,19 @@ public:
         return std::nullopt;
     }
 
+    /// Whether the message is about something that stands there and not on the command line.
+    bool causes(std::string const& message, Parsing const& commandLine) const {
+        std::string const option = message.substr(0, message.find_first_of(": "));
+        return places.count(option) != 0 && !commandLine.isGiven(option);
+    }
+
     PictureWords const& ofPictures() const { return pictureWords; }
     std::vector<std::string> const& arguments() const { return words; }
 
     /// The message of a fault, after the place in the configuration where the option comes from.
     std::string located(std::string const& message, Parsing const& commandLine) const {
-        std::string const option = message.substr(0, message.find_first_of(": "));
-        auto const place = places.find(option);
-        bool const isFromFile = place != places.end() && !commandLine.isGiven(option);
-        return isFromFile ? place->second + message : message;
+        return causes(message, commandLine) ? places.at(message.substr(0, message.find_first_of(": "))) + message
+                                            : message;
     }
 
 private:
@@ -163,6 +178,66 @@ std::optional<Fault> readStandards(Parsing const& parsing, std::string const& us
                                 : std::optional<Fault>(configuration.fault());
 }
 
+// == Saved views ==
+
+bool isOneOf(std::string const& option, std::vector<std::string> const& options) {
+    return std::find(options.begin(), options.end(), option) != options.end();
+}
+
+/// Whether an option of a view contradicts one of the command line, which outranks it.
+bool givesWay(std::string const& option, Parsing const& commandLine) {
+    struct Row {
+        std::string given;
+        std::vector<std::string> others;
+    };
+    static std::vector<Row> const rows{
+        {"--view",
+         {"--projection", "--camera-position", "--camera-up", "--azimuth", "--elevation", "--fov",
+          "--camera-height"}},
+        {"--projection", {"--view", "--fov", "--camera-height"}},
+        {"--camera-position", {"--view", "--azimuth", "--elevation"}},
+        {"--camera-up", {"--view"}},
+        {"--azimuth", {"--view", "--camera-position"}},
+        {"--elevation", {"--view", "--camera-position"}},
+        {"--fov", {"--view", "--projection", "--camera-height"}},
+        {"--camera-height", {"--view", "--fov"}},
+        {"--colors", {"--colormap"}},
+        {"--frame", {"--time"}},
+        {"--time", {"--frame"}},
+        {"--effect",
+         {"--effect-param", "--effect-model", "--environment", "--shader-vertex", "--shader-fragment",
+          "--shader-geometry", "--shader-fallback"}}};
+    return std::any_of(rows.begin(), rows.end(), [&](Row const& row) {
+        return commandLine.isGiven(row.given) && isOneOf(option, row.others);
+    });
+}
+
+/// Reads the view among the files, if there is one. A command line with an error where it cannot be taken.
+std::optional<CommandLine> readView(Parsing const& parsing, std::optional<SavedView>& view, Standards& standards) {
+    std::vector<std::string> const& files = parsing.options.files;
+    auto const found = std::find_if(files.begin(), files.end(), SavedView::isOne);
+    if (found == files.end()) {
+        return std::nullopt;
+    }
+    if (files.size() > 1) {
+        return usageError(*found + ": a saved view has its own files and takes no others");
+    }
+    if (!parsing.configuration.empty()) {
+        return usageError("--config: cannot be used with a saved view, which says everything itself");
+    }
+    Result<SavedView> const read = SavedView::read(*found);
+    if (!read.isOk()) {
+        return fileError(read.fault());
+    }
+    view = read.value();
+    std::vector<Configuration::Line>& lines = view->options.lines;
+    lines.erase(std::remove_if(lines.begin(), lines.end(),
+                               [&parsing](auto const& line) { return givesWay("--" + line.name, parsing); }),
+                lines.end());
+    std::optional<Fault> const fault = standards.take(view->options, parsing);
+    return fault ? std::optional<CommandLine>(fileError(*fault)) : std::nullopt;
+}
+
 std::set<std::string> givenOptions(Parsing const& parsing) {
     std::set<std::string> names;
     for (CLI::Option const* const option : parsing.app.get_options()) {
@@ -173,7 +248,37 @@ std::set<std::string> givenOptions(Parsing const& parsing) {
     return names;
 }
 
+OptionEntry entryOf(CLI::Option const& option) {
+    OptionEntry entry;
+    bool const isPositional = option.get_positional();
+    entry.group = isPositional ? std::string("Files") : option.get_group();
+    entry.name = isPositional ? option.get_name() : "--" + option.get_lnames().front();
+    entry.shortName = option.get_snames().empty() ? std::string() : "-" + option.get_snames().front();
+    entry.type = isPositional ? std::string("FILE") : option.get_expected_max() == 0 ? std::string() : option.get_type_name();
+    entry.meaning = option.get_description();
+    entry.choices = choicesOf(entry.name);
+    entry.isWordOptional = option.get_expected_max() == 0 && !entry.choices.empty();
+    return entry;
+}
+
 }  // namespace
+
+std::string exitStatusText() {
+    return "Exit status: 0 done; 1 a file cannot be read, is damaged or empty, a shader does not compile, or a\n"
+           "picture cannot be written; 2 the command line makes no sense; 3 there is no OpenGL.";
+}
+
+std::vector<OptionEntry> optionTable() {
+    Parsing const parsing;
+    std::vector<OptionEntry> table;
+    for (CLI::Option const* const option : parsing.app.get_options()) {
+        table.push_back(entryOf(*option));
+    }
+    // The parser has its own options first; in the help they are last.
+    std::stable_partition(table.begin(), table.end(),
+                          [](OptionEntry const& entry) { return entry.group != "Program"; });
+    return table;
+}
 
 CommandLine parseCommandLine(int count, char const* const* arguments, std::string const& userConfiguration) {
     std::vector<std::string> words(arguments + std::min(count, 1), arguments + count);
@@ -182,18 +287,30 @@ CommandLine parseCommandLine(int count, char const* const* arguments, std::strin
         return *shown;
     }
     Standards standards;
-    if (std::optional<Fault> const fault = readStandards(commandLine, userConfiguration, standards)) {
-        return usageError(fault->line());
+    std::optional<SavedView> view;
+    if (std::optional<CommandLine> refused = readView(commandLine, view, standards)) {
+        return *refused;
     }
-    // Once more with what the configuration adds.
+    std::optional<Fault> const unread =
+        view ? std::nullopt : readStandards(commandLine, userConfiguration, standards);
+    if (unread) {
+        return usageError(unread->line());
+    }
+    // Once more with what the configuration or the view adds.
     words.insert(words.begin(), standards.arguments().begin(), standards.arguments().end());
     Parsing whole;
     if (std::optional<CommandLine> shown = whole.parse(words)) {
         return *shown;
     }
+    if (view) {
+        whole.options.files = view->files;
+    }
     if (std::optional<Fault> const fault =
             whole.words.read(whole.app, standards.ofPictures(), whole.options)) {
-        return usageError(standards.located(fault->message, commandLine));
+        std::string const message = fault->message;
+        return view && standards.causes(message, commandLine)
+                   ? fileError({view->options.file, message})
+                   : usageError(standards.located(message, commandLine));
     }
     if (whole.words.effect.asksForHelp()) {
         return show(whole.words.effect.help());

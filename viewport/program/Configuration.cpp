@@ -46,7 +46,7 @@ bool isQuoted(std::string_view text) {
 }  // namespace
 
 Fault Configuration::faultOf(Line const& line, std::string const& message) const {
-    return {file, "line " + std::to_string(line.number) + ": " + message};
+    return {file, line.number == 0 ? message : "line " + std::to_string(line.number) + ": " + message};
 }
 
 Result<Configuration> Configuration::read(std::string const& file) {

@@ -18,7 +18,7 @@ namespace vellum::viewport {
 /// Plain text; which options there are is not known here.
 struct Configuration {
     struct Line {
-        std::size_t number;  ///< from 1
+        std::size_t number;  ///< from 1; 0: none, in files that have no lines
         std::string name;    ///< without dashes
         std::string value;   ///< "true" where there is none
     };

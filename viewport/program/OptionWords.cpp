@@ -3,9 +3,9 @@
 #include "toolkit/ColorMap.h"
 #include "viewport/files/common/InputFile.h"
 #include "viewport/files/images/output_file.h"
-#include "viewport/files/mesh/MeshFile.h"
-#include "viewport/files/particles/ParticleFile.h"
 #include "viewport/program/add_word.h"
+#include "viewport/program/option_choices.h"
+#include "viewport/program/option_modes.h"
 #include "viewport/program/transform_words.h"
 #include "viewport/program/word_values.h"
 #include "viewport/scene/ParticleSelection.h"
@@ -22,20 +22,6 @@
 namespace vellum::viewport {
 
 namespace {
-
-Modes<Shading> const SHADINGS{{"box", Shading::BOX},
-                              {"wireframe", Shading::WIREFRAME},
-                              {"faceted", Shading::FACETED},
-                              {"smooth", Shading::SMOOTH}};
-Modes<Normals> const NORMAL_KINDS{{"vertex", Normals::VERTEX}, {"face", Normals::FACE}};
-Modes<ParticleMode> const PARTICLE_MODES{{"points", ParticleMode::POINTS},
-                                         {"spheres", ParticleMode::SPHERES},
-                                         {"arrows", ParticleMode::ARROWS},
-                                         {"arrows3d", ParticleMode::SOLID_ARROWS}};
-Modes<std::optional<UpAxis>> const UP_AXES{
-    {"auto", std::nullopt},  {"x", UpAxis::X},        {"y", UpAxis::Y},       {"z", UpAxis::Z},
-    {"-x", UpAxis::MINUS_X}, {"-y", UpAxis::MINUS_Y}, {"-z", UpAxis::MINUS_Z}};
-Modes<InfoForm> const INFO_FORMS{{"text", InfoForm::TEXT}, {"json", InfoForm::JSON}};
 
 constexpr int MOST_MEGABYTES = 1 << 20;
 
@@ -101,17 +87,6 @@ std::optional<Fault> outputConflict(Options const& options) {
     return std::count_if(options.pictures.begin(), options.pictures.end(), usesOutput) > 1
                ? std::optional<Fault>(usageFault("--out: only one picture can be written to standard output"))
                : std::nullopt;
-}
-
-/// The names of the formats of particles and of meshes, each once.
-std::vector<std::string> fileFormatNames() {
-    std::vector<std::string> names = particleFormatNames();
-    for (std::string const& name : meshFormatNames()) {
-        if (std::find(names.begin(), names.end(), name) == names.end()) {
-            names.push_back(name);
-        }
-    }
-    return names;
 }
 
 }  // namespace
@@ -317,7 +292,7 @@ std::optional<Fault> OptionWords::_readValues(Options& options) const {
 }
 
 std::optional<Fault> OptionWords::_readFormat(Options const& options) const {
-    std::vector<std::string> const names = fileFormatNames();
+    std::vector<std::string> const names = choicesOf("--format");
     bool const isKnown =
         options.format.empty() || std::find(names.begin(), names.end(), options.format) != names.end();
     return isKnown ? std::nullopt

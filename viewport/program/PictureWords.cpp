@@ -1,6 +1,7 @@
 #include "viewport/program/PictureWords.h"
 
 #include "viewport/program/add_word.h"
+#include "viewport/program/option_modes.h"
 #include "viewport/program/word_values.h"
 #include "viewport/text/numbers.h"
 
@@ -11,17 +12,6 @@
 namespace vellum::viewport {
 
 namespace {
-
-Modes<Gizmo> const GIZMOS{{"move", Gizmo::MOVE}, {"rotate", Gizmo::ROTATE}, {"scale", Gizmo::SCALE}};
-Modes<Projection> const PROJECTIONS{{"perspective", Projection::PERSPECTIVE},
-                                    {"parallel", Projection::PARALLEL}};
-Modes<toolkit::ViewKind> const VIEWS{{"perspective", toolkit::ViewKind::PERSPECTIVE},
-                                     {"front", toolkit::ViewKind::FRONT},
-                                     {"back", toolkit::ViewKind::BACK},
-                                     {"top", toolkit::ViewKind::TOP},
-                                     {"bottom", toolkit::ViewKind::BOTTOM},
-                                     {"left", toolkit::ViewKind::LEFT},
-                                     {"right", toolkit::ViewKind::RIGHT}};
 
 char const* const OUT = "--out";
 

@@ -316,6 +316,44 @@ void store(std::vector<double> const& numbers, Color4<float>& value) {
 
 void store(std::vector<double> const& /*numbers*/, std::string& /*value*/) {}  // no numbers make a path
 
+// == Texts that are read back as the same ==
+
+std::string textOf(double value) {
+    return toText(value);
+}
+
+/// The shortest one: it has fewer digits than that of the double next to it.
+std::string textOf(float value) {
+    char text[32];
+    auto const [end, error] = std::to_chars(text, text + sizeof text, value);
+    return error == std::errc() ? std::string(text, end) : std::string();
+}
+
+std::string textOf(unsigned int value) {
+    return std::to_string(value);
+}
+
+std::string textOf(bool value) {
+    return value ? "yes" : "no";
+}
+
+template <class T>
+std::string textOf(Vector2<T> const& value) {
+    return textOf(value.x) + "," + textOf(value.y);
+}
+
+std::string textOf(Vector3<float> const& value) {
+    return textOf(value.x) + "," + textOf(value.y) + "," + textOf(value.z);
+}
+
+std::string textOf(Color4<float> const& value) {
+    return textOf(value.r) + "," + textOf(value.g) + "," + textOf(value.b) + "," + textOf(value.a);
+}
+
+std::string textOf(std::string const& value) {
+    return value;
+}
+
 // == The effects ==
 
 struct NamedEffect {
@@ -359,6 +397,16 @@ std::optional<Fault> EffectParameter::assign(EffectValues& values, std::string c
     }
     std::visit([&](auto const& place) { store(numbers, place(values)); }, field);
     return std::nullopt;
+}
+
+std::string EffectParameter::textOf(EffectValues const& values) const {
+    // The places are those of values that may be written.
+    EffectValues copy = values;
+    return std::visit([&copy](auto const& place) { return viewport::textOf(place(copy)); }, field);
+}
+
+bool EffectParameter::isFile() const {
+    return std::holds_alternative<std::function<std::string&(EffectValues&)>>(field);
 }
 
 std::string EffectParameter::kindWord() const {

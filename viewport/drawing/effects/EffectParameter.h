@@ -39,6 +39,12 @@ struct EffectParameter {
     /// Reads a text into the values. A fault names the parameter; the values are then unchanged.
     std::optional<Fault> assign(EffectValues& values, std::string const& text) const;
 
+    /// The value as a text that assign() reads back as the same; of a file that is not given, empty.
+    std::string textOf(EffectValues const& values) const;
+
+    /// Whether it is the path of a file.
+    bool isFile() const;
+
     /// The kind of text that assign() takes, in short, like "R,G,B[,A]".
     std::string kindWord() const;
 
