@@ -105,7 +105,7 @@ std::string manualPage(std::vector<OptionEntry> const& table, std::string const&
         text += manualEntry(option);
     }
     return text + ".SH \"EXIT STATUS\"\n" + roff(exitStatusText()) +
-           "\n.SH FILES\n.TP\n.I $XDG_CONFIG_HOME/vl_viewport/config\n"
+           "\n.SH CONFIGURATION\n.TP\n.I $XDG_CONFIG_HOME/vl_viewport/config\n"
            "Options for every run, such as \\(oqsize = 1920x1080\\(cq. Where the variable is not set, in ~/.config.\n"
            ".TP\n.I $XDG_CONFIG_HOME/vl_viewport/window.json\n"
            "The size of the window and the files that were open last.\n";

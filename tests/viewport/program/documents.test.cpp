@@ -37,7 +37,7 @@ TEST(Documents, theTableHasTheOptionsInTheOrderOfTheHelp) {
     std::vector<OptionEntry> const table = optionTable();
     EXPECT_EQ(table.front().name, "FILE");
     EXPECT_EQ(table.back().group, "Program");
-    EXPECT_GT(table.size(), 70U);
+    EXPECT_GT(table.size(), 60U);
     auto const find = [&table](std::string const& name) {
         return *std::find_if(table.begin(), table.end(), [&](OptionEntry const& entry) { return entry.name == name; });
     };
