@@ -53,6 +53,7 @@ void Workspace::setCamera(CameraSpec const& spec) {
 void Workspace::open(std::vector<std::string> const& files) {
     Options options = wanted;
     options.files = files;
+    options.view.clear();
     options.format.clear();
     options.isSeries = false;
     options.pictures.front().camera = {};

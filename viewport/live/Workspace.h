@@ -125,6 +125,9 @@ public:
     /// What led to the last fault of drawing, such as the words of the driver's compiler; kept until something else is shown.
     std::vector<Fault> const& faultWords() const { return words; }
 
+    /// A request of the owner's failed.
+    void report(Fault const& fault) { lastFault = fault; }
+
     /// What the user is to know of what is open.
     std::vector<Fault> const& notes() const { return notesOfScene; }
 

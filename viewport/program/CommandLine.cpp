@@ -119,8 +119,9 @@ public:
 
     /// The message of a fault, after the place in the configuration where the option comes from.
     std::string located(std::string const& message, Parsing const& commandLine) const {
-        return causes(message, commandLine) ? places.at(message.substr(0, message.find_first_of(": "))) + message
-                                            : message;
+        return causes(message, commandLine)
+                   ? places.at(message.substr(0, message.find_first_of(": "))) + message
+                   : message;
     }
 
 private:
@@ -213,7 +214,8 @@ bool givesWay(std::string const& option, Parsing const& commandLine) {
 }
 
 /// Reads the view among the files, if there is one. A command line with an error where it cannot be taken.
-std::optional<CommandLine> readView(Parsing const& parsing, std::optional<SavedView>& view, Standards& standards) {
+std::optional<CommandLine> readView(Parsing const& parsing, std::optional<SavedView>& view,
+                                    Standards& standards) {
     std::vector<std::string> const& files = parsing.options.files;
     auto const found = std::find_if(files.begin(), files.end(), SavedView::isOne);
     if (found == files.end()) {
@@ -254,7 +256,9 @@ OptionEntry entryOf(CLI::Option const& option) {
     entry.group = isPositional ? std::string("Files") : option.get_group();
     entry.name = isPositional ? option.get_name() : "--" + option.get_lnames().front();
     entry.shortName = option.get_snames().empty() ? std::string() : "-" + option.get_snames().front();
-    entry.type = isPositional ? std::string("FILE") : option.get_expected_max() == 0 ? std::string() : option.get_type_name();
+    entry.type = isPositional                     ? std::string("FILE")
+                 : option.get_expected_max() == 0 ? std::string()
+                                                  : option.get_type_name();
     entry.meaning = option.get_description();
     entry.choices = choicesOf(entry.name);
     entry.isWordOptional = option.get_expected_max() == 0 && !entry.choices.empty();
@@ -264,7 +268,8 @@ OptionEntry entryOf(CLI::Option const& option) {
 }  // namespace
 
 std::string exitStatusText() {
-    return "Exit status: 0 done; 1 a file cannot be read, is damaged or empty, a shader does not compile, or a\n"
+    return "Exit status: 0 done; 1 a file cannot be read, is damaged or empty, a shader does not compile, or "
+           "a\n"
            "picture cannot be written; 2 the command line makes no sense; 3 there is no OpenGL.";
 }
 
@@ -304,6 +309,7 @@ CommandLine parseCommandLine(int count, char const* const* arguments, std::strin
     }
     if (view) {
         whole.options.files = view->files;
+        whole.options.view = view->options.file;
     }
     if (std::optional<Fault> const fault =
             whole.words.read(whole.app, standards.ofPictures(), whole.options)) {

@@ -177,9 +177,8 @@ std::optional<Fault> PictureWords::_readCamera(CameraSpec& camera) const {
 std::optional<Fault> PictureWords::_cameraConflict() const {
     std::string const view = _word("--view");
     if (has("--view") && view != "perspective") {
-        for (char const* const other :
-             {"--projection", "--camera-position", "--camera-up", "--azimuth", "--elevation", "--fov",
-              "--camera-height"}) {
+        for (char const* const other : {"--projection", "--camera-position", "--camera-up", "--azimuth",
+                                        "--elevation", "--fov", "--camera-height"}) {
             if (has(other)) {
                 return usageFault(std::string(other) + ": cannot be used with --view " + view);
             }

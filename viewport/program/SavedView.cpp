@@ -183,7 +183,8 @@ Result<SavedView> SavedView::read(std::string const& path) {
     std::error_code ignored;
     std::ifstream stream(path, std::ios::binary);
     if (!stream || fs::is_directory(path, ignored)) {
-        return Fault{path, std::string("cannot be read: ") + (errno != 0 ? std::strerror(errno) : "is a folder")};
+        return Fault{path,
+                     std::string("cannot be read: ") + (errno != 0 ? std::strerror(errno) : "is a folder")};
     }
     std::string text(LARGEST + 1, '\0');
     stream.read(text.data(), static_cast<std::streamsize>(text.size()));
@@ -212,7 +213,8 @@ std::optional<Fault> saveView(std::string const& path, Options const& options) {
         return Fault{path, "is not written: the name of a file is not UTF-8"};
     }
     return writeOutput(path, [&text](std::FILE* file) {
-        return std::string(std::fwrite(text.data(), 1, text.size(), file) == text.size() ? "" : std::strerror(errno));
+        return std::string(
+            std::fwrite(text.data(), 1, text.size(), file) == text.size() ? "" : std::strerror(errno));
     });
 }
 

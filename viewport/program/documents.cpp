@@ -64,7 +64,9 @@ std::string roff(std::string const& text) {
         if (isFirst && (letter == '.' || letter == '\'')) {
             result += "\\&";
         }
-        result += letter == '\\' ? std::string("\\e") : letter == '-' ? std::string("\\-") : std::string(1, letter);
+        result += letter == '\\'  ? std::string("\\e")
+                  : letter == '-' ? std::string("\\-")
+                                  : std::string(1, letter);
     }
     return result;
 }
@@ -89,7 +91,8 @@ std::string manualPage(std::vector<OptionEntry> const& table, std::string const&
             ".SH SYNOPSIS\n.B vl_viewport\n[\\fIOPTIONS\\fR] [\\fIFILE\\fR...]\n"
             ".br\n.B vl_viewport\n[\\fIOPTIONS\\fR] \\fIVIEW\\fR.vlview\n"
             ".SH DESCRIPTION\n"
-            "Opens mesh and particle files in a window. With \\fB\\-\\-out\\fR, \\fB\\-\\-pick\\fR or \\fB\\-\\-info\\fR "
+            "Opens mesh and particle files in a window. With \\fB\\-\\-out\\fR, \\fB\\-\\-pick\\fR or "
+            "\\fB\\-\\-info\\fR "
             "no window is opened and none is needed: pictures are written, and what is known is printed.\n"
             ".PP\nA file \\fB.vlview\\fR is a saved view: it names the files and says how they are seen. "
             "Options of the command line outrank it.\n";
@@ -106,7 +109,8 @@ std::string manualPage(std::vector<OptionEntry> const& table, std::string const&
     }
     return text + ".SH \"EXIT STATUS\"\n" + roff(exitStatusText()) +
            "\n.SH CONFIGURATION\n.TP\n.I $XDG_CONFIG_HOME/vl_viewport/config\n"
-           "Options for every run, such as \\(oqsize = 1920x1080\\(cq. Where the variable is not set, in ~/.config.\n"
+           "Options for every run, such as \\(oqsize = 1920x1080\\(cq. Where the variable is not set, in "
+           "~/.config.\n"
            ".TP\n.I $XDG_CONFIG_HOME/vl_viewport/window.json\n"
            "The size of the window and the files that were open last.\n";
 }
@@ -129,8 +133,8 @@ std::string bashCompletion(std::vector<OptionEntry> const& table) {
                 names.push_back(option.name + "=" + choice);
             }
         } else if (!option.choices.empty()) {
-            cases += "        " + option.name + ") COMPREPLY=($(compgen -W " + quoted(spaced(option.choices)) +
-                     " -- \"$word\")); return ;;\n";
+            cases += "        " + option.name + ") COMPREPLY=($(compgen -W " +
+                     quoted(spaced(option.choices)) + " -- \"$word\")); return ;;\n";
         } else if (option.takesFile()) {
             files += (files.empty() ? "" : "|") + option.name;
         } else if (!option.type.empty()) {
@@ -145,7 +149,8 @@ std::string bashCompletion(std::vector<OptionEntry> const& table) {
            "    if [ \"$word\" = = ]; then word=; fi\n"
            "    COMPREPLY=()\n"
            "    case $option in\n" +
-           cases + "        " + files + ") compopt -o filenames 2> /dev/null; COMPREPLY=($(compgen -f -- \"$word\")); return ;;\n" +
+           cases + "        " + files +
+           ") compopt -o filenames 2> /dev/null; COMPREPLY=($(compgen -f -- \"$word\")); return ;;\n" +
            "        " + others + ") return ;;\n" +
            "    esac\n"
            "    case $word in\n"

@@ -22,10 +22,10 @@ int main(int argumentCount, char** arguments) {
         char const* name;
         std::string text;
     };
-    for (Row const& row : {Row{"vl_viewport.1", manualPage(table, VL_VIEWPORT_VERSION)},
-                           Row{"vl_viewport.bash", bashCompletion(table)},
-                           Row{"_vl_viewport", zshCompletion(table)},
-                           Row{"vl_viewport.fish", fishCompletion(table)}}) {
+    for (Row const& row :
+         {Row{"vl_viewport.1", manualPage(table, VL_VIEWPORT_VERSION)},
+          Row{"vl_viewport.bash", bashCompletion(table)}, Row{"_vl_viewport", zshCompletion(table)},
+          Row{"vl_viewport.fish", fishCompletion(table)}}) {
         std::ofstream file(folder / row.name, std::ios::binary);
         file << row.text;
         file.close();

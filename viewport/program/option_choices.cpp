@@ -44,7 +44,10 @@ constexpr Row ROWS[] = {{"--format", fileFormatNames},
                         {"--projection", [] { return wordsOf(PROJECTIONS); }},
                         {"--gizmo", [] { return wordsOf(GIZMOS); }},
                         {"--shading", [] { return wordsOf(SHADINGS); }},
-                        {"--edges", [] { return std::vector<std::string>{"all", "hard"}; }},
+                        {"--edges",
+                         [] {
+                             return std::vector<std::string>{"all", "hard"};
+                         }},
                         {"--normals", [] { return wordsOf(NORMAL_KINDS); }},
                         {"--particles", [] { return wordsOf(PARTICLE_MODES); }},
                         {"--colormap", toolkit::ColorMap::names},

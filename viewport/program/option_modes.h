@@ -25,8 +25,7 @@ inline Modes<std::optional<UpAxis>> const UP_AXES{
     {"auto", std::nullopt},  {"x", UpAxis::X},        {"y", UpAxis::Y},       {"z", UpAxis::Z},
     {"-x", UpAxis::MINUS_X}, {"-y", UpAxis::MINUS_Y}, {"-z", UpAxis::MINUS_Z}};
 inline Modes<InfoForm> const INFO_FORMS{{"text", InfoForm::TEXT}, {"json", InfoForm::JSON}};
-inline Modes<Gizmo> const GIZMOS{
-    {"move", Gizmo::MOVE}, {"rotate", Gizmo::ROTATE}, {"scale", Gizmo::SCALE}};
+inline Modes<Gizmo> const GIZMOS{{"move", Gizmo::MOVE}, {"rotate", Gizmo::ROTATE}, {"scale", Gizmo::SCALE}};
 inline Modes<Projection> const PROJECTIONS{{"perspective", Projection::PERSPECTIVE},
                                            {"parallel", Projection::PARALLEL}};
 inline Modes<toolkit::ViewKind> const VIEWS{{"perspective", toolkit::ViewKind::PERSPECTIVE},

@@ -1,6 +1,8 @@
 #include "viewport/window/Application.h"
 
 #include "viewport/drawing/view/Navigation.h"
+#include "viewport/program/SavedView.h"
+#include "viewport/window/RecentFiles.h"
 
 #include <algorithm>
 #include <cmath>
@@ -40,8 +42,14 @@ std::string titleOf(Options const& options) {
 
 }  // namespace
 
-Application::Application(Window& window, Options const& options)
-    : window(window), interface(window), workspace(options, Window::wake), lastChange(Clock::now()) {
+Application::Application(Window& window, Options const& options, WindowSettings& settings)
+    : window(window)
+    , interface(window)
+    , workspace(options, Window::wake)
+    , watch(Window::wake)
+    , settings(settings)
+    , hasPanel(settings.hasPanel)
+    , lastChange(Clock::now()) {
     window.setTitle(titleOf(options));
 }
 
@@ -59,7 +67,11 @@ void Application::run() {
             drag = Drag::NONE;
             isSceneChanged = true;
             framesToDraw = FRAMES_TO_SETTLE;
-            window.setTitle(titleOf(workspace.options()));
+            _takeOver();
+        }
+        if (watch.takeChange()) {
+            workspace.reload();
+            framesToDraw = FRAMES_TO_SETTLE;
         }
         bool const mustRest =
             !isSceneChanged && !isResting && drag == Drag::NONE && secondsSince(lastChange) >= UNTIL_REST;
@@ -67,6 +79,32 @@ void Application::run() {
             _frame();
             framesToDraw = std::max(0, framesToDraw - 1);
         }
+        _keepSettings();
+    }
+}
+
+/// Something else is shown, or was refused.
+void Application::_takeOver() {
+    window.setTitle(titleOf(workspace.options()));
+    if (workspace.fault() || workspace.scene() == nullptr) {
+        return;
+    }
+    Options const& options = workspace.options();
+    if (options.files != watched) {
+        watched = options.files;
+        watch.setFiles(watched);
+        settings.remember(options.view.empty() ? options.files : std::vector<std::string>{options.view});
+    }
+}
+
+void Application::_keepSettings() {
+    settings.hasPanel = hasPanel;
+    if (!window.isFullScreen()) {
+        auto const points = [this](int pixels) {
+            return static_cast<int>(std::lround(pixels / units.pixelsPerPoint));
+        };
+        settings.width = std::max(WindowSettings::SMALLEST, points(units.framebuffer.width));
+        settings.height = std::max(WindowSettings::SMALLEST, points(units.framebuffer.height));
     }
 }
 
@@ -112,6 +150,12 @@ void Application::_frame() {
     _do(requests);
     if (workspace.takeEdited()) {
         isSceneChanged = true;
+    }
+    if (workspace.scene() == nullptr && !workspace.isLoading()) {
+        if (std::optional<std::string> const file =
+                drawRecentFiles(settings.recentFiles(), units.toUnits(area.left))) {
+            _open({*file});
+        }
     }
     if (LiveScene* const scene = workspace.scene()) {
         if (isSceneChanged) {
@@ -307,6 +351,8 @@ void Application::_handleKey(KeyPress const& press) {
 void Application::_handleControlKey(KeyPress const& press) {
     if (press.key == GLFW_KEY_Q) {
         window.close();
+    } else if (press.key == GLFW_KEY_S && press.hasShift) {
+        _saveView();
     } else if (press.key == GLFW_KEY_S) {
         PanelRequests requests;
         panel.savePicture(requests);
@@ -370,9 +416,6 @@ void Application::_handleViewKey(int key) {
     if (scene == nullptr) {
         return;
     }
-    if (drag == Drag::GIZMO) {
-        return;
-    }
     Navigation const navigation(scene->scene(), scene->camera());
     int const number = key >= GLFW_KEY_KP_0 && key <= GLFW_KEY_KP_9 ? key - GLFW_KEY_KP_0 : key - GLFW_KEY_0;
     if (key == GLFW_KEY_F) {
@@ -387,8 +430,48 @@ void Application::_handleViewKey(int key) {
 void Application::_handleDroppedFiles() {
     std::vector<std::string> const files = window.takeDroppedFiles();
     if (!files.empty()) {
-        workspace.open(files);
+        _open(files);
     }
+}
+
+/// Files, or a saved view.
+void Application::_open(std::vector<std::string> const& files) {
+    auto const view = std::find_if(files.begin(), files.end(), SavedView::isOne);
+    if (view == files.end()) {
+        workspace.open(files);
+        return;
+    }
+    Result<Options> const loaded = loadView(*view);
+    if (!loaded.isOk()) {
+        workspace.report(loaded.fault());
+        return;
+    }
+    Options options = loaded.value();
+    options.given = workspace.options().given;
+    options.isQuiet = workspace.options().isQuiet;
+    workspace.apply(options);
+    isSceneChanged = true;
+    framesToDraw = FRAMES_TO_SETTLE;
+}
+
+/// Over the view that is open, else beside the first file.
+void Application::_saveView() {
+    Options options = workspace.options();
+    if (options.view.empty()) {
+        options.view = newViewPath(options.files);
+    }
+    if (options.view.empty()) {
+        workspace.report({"", "a view of no file has no name to be saved under"});
+        return;
+    }
+    options.pictures.front().size = area.size;
+    if (std::optional<Fault> const fault = saveView(options.view, options)) {
+        workspace.report(*fault);
+        return;
+    }
+    workspace.apply(options);
+    settings.remember({options.view});
+    window.setTitle(std::filesystem::path(options.view).filename().string() + " is saved \xE2\x80\x93 vl_viewport");
 }
 
 void Application::_do(PanelRequests const& requests) {
@@ -397,7 +480,7 @@ void Application::_do(PanelRequests const& requests) {
         isSceneChanged = true;
     }
     if (!requests.filesToOpen.empty()) {
-        workspace.open(requests.filesToOpen);
+        _open(requests.filesToOpen);
     }
     if (requests.camera) {
         _moveCamera(*requests.camera);

@@ -4,7 +4,9 @@
 #include "viewport/drawing/view/PictureSize.h"
 #include "viewport/editing/Gizmo.h"
 #include "viewport/editing/GizmoDrag.h"
+#include "viewport/live/FileWatch.h"
 #include "viewport/live/ScreenPicture.h"
+#include "viewport/live/WindowSettings.h"
 #include "viewport/live/Workspace.h"
 #include "viewport/text/Fault.h"
 #include "viewport/window/Interface.h"
@@ -23,7 +25,8 @@ namespace vellum::viewport {
 class Application {
 public:
     /// \param window whose context is current, with GLEW started; must outlive it
-    Application(Window& window, Options const& options);
+    /// \param settings of the window; takes what changes, and must outlive it
+    Application(Window& window, Options const& options, WindowSettings& settings);
 
     /// Until the window is closed.
     void run();
@@ -60,6 +63,10 @@ private:
     Pixel _cursorPixel() const;
     void _handleDroppedFiles();
     void _do(PanelRequests const& requests);
+    void _open(std::vector<std::string> const& files);
+    void _saveView();
+    void _takeOver();
+    void _keepSettings();
     void _moveCamera(CameraSpec const& spec);
     void _drawScene();
     void _show() const;
@@ -68,6 +75,8 @@ private:
     Window& window;
     Interface interface;
     Workspace workspace;
+    FileWatch watch;
+    WindowSettings& settings;
     Panel panel;
 
     WindowUnits units;
@@ -79,6 +88,8 @@ private:
     bool isResting = false;  // the picture has all its pixels
     Clock::time_point lastChange;
     int framesToDraw = 3;  // of the widgets, which need more than one to settle
+
+    std::vector<std::string> watched;  // the files of the scene
 
     Drag drag = Drag::NONE;
     double cursorX = 0;  // pixels from the upper left corner of the area

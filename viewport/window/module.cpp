@@ -1,4 +1,6 @@
 #include "viewport/drawing/layer/GlewStart.h"
+#include "viewport/live/WindowSettings.h"
+#include "viewport/program/Console.h"
 #include "viewport/program/open_window.h"
 #include "viewport/window/Application.h"
 #include "viewport/window/Window.h"
@@ -10,13 +12,24 @@ vl_viewport_open_window(vellum::viewport::Options const& options);
 std::optional<vellum::viewport::Failure>
 vl_viewport_open_window(vellum::viewport::Options const& options) {
     using namespace vellum::viewport;
-    Result<std::unique_ptr<Window>> window = Window::open("vl_viewport", options.pictures.front().size);
+    WindowSettings settings;
+    if (std::optional<Fault> const damage = settings.load(WindowSettings::userFile())) {
+        note(options, *damage);
+    }
+    PictureSize size = options.pictures.front().size;
+    if (options.given.count("--size") == 0 && settings.width && settings.height) {
+        size = {*settings.width, *settings.height};
+    }
+    Result<std::unique_ptr<Window>> window = Window::open("vl_viewport", size);
     if (!window.isOk()) {
         return Failure{NO_OPENGL, window.fault()};
     }
     if (std::optional<Fault> const fault = startGlew()) {
         return Failure{NO_OPENGL, *fault};
     }
-    Application(*window.value(), options).run();
+    Application(*window.value(), options, settings).run();
+    if (std::optional<Fault> const unwritten = settings.save()) {
+        note(options, *unwritten);
+    }
     return std::nullopt;
 }

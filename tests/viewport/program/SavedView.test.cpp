@@ -36,8 +36,9 @@ std::vector<std::vector<std::string>> const LINES{
      "--no-box"},
     {"--azimuth=-12.5", "--elevation=80", "--fov=50", "--background=transparent"},
     {"--view=top", "--camera-focus=1,2,3", "--zoom=0.5"},
-    {"--shading=box", "--mesh-color=8090a0", "--opacity=0.3", "--edges=all", "--line-width=2.5", "--normals=face",
-     "--connectivity", "--texture=/t/a b.png", "--wireframe-back", "--import-preview", "--immediate"},
+    {"--shading=box", "--mesh-color=8090a0", "--opacity=0.3", "--edges=all", "--line-width=2.5",
+     "--normals=face", "--connectivity", "--texture=/t/a b.png", "--wireframe-back", "--import-preview",
+     "--immediate"},
     {"--edges", "--normals=vertex"},
     {"--edges-blend"},
     {"--particles=arrows3d", "--channel=vx", "--range=-1,2e5", "--log", "--colors=000001,020304,ff0000",
@@ -163,7 +164,8 @@ TEST(SavedView, theCommandLineOutranksIt) {
     std::string const path = folder.write(
         "v.vlview", R"({"version":1,"files":["a.obj"],"options":{"--camera-position":"1,2,3","--zoom":2,
                        "--no-grid":true,"--percent":50,"--effect":"glass","--effect-param":["depth=0.5"]}})");
-    CommandLine const line = parse({path, "--azimuth", "10", "--percent=20", "--effect=sss", "--out", "p.png"});
+    CommandLine const line =
+        parse({path, "--azimuth", "10", "--percent=20", "--effect=sss", "--out", "p.png"});
     ASSERT_TRUE(line.options.has_value()) << line.error;
     PictureOptions const& picture = line.options->pictures.front();
     EXPECT_FALSE(picture.camera.position.has_value());
@@ -173,6 +175,7 @@ TEST(SavedView, theCommandLineOutranksIt) {
     EXPECT_EQ(line.options->particles.percent, 20);
     EXPECT_EQ(line.options->files, std::vector<std::string>{folder.file("a.obj")});
     EXPECT_FALSE(line.options->opensWindow());
+    EXPECT_EQ(line.options->view, path);
 }
 
 TEST(SavedView, noConfigurationIsReadWithIt) {

@@ -39,7 +39,8 @@ TEST(Documents, theTableHasTheOptionsInTheOrderOfTheHelp) {
     EXPECT_EQ(table.back().group, "Program");
     EXPECT_GT(table.size(), 60U);
     auto const find = [&table](std::string const& name) {
-        return *std::find_if(table.begin(), table.end(), [&](OptionEntry const& entry) { return entry.name == name; });
+        return *std::find_if(table.begin(), table.end(),
+                             [&](OptionEntry const& entry) { return entry.name == name; });
     };
     EXPECT_EQ(find("--size").type, "WxH");
     EXPECT_EQ(find("--no-grid").type, "");
