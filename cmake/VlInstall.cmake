@@ -21,6 +21,19 @@ if(TARGET vl_viewport)
   file(RELATIVE_PATH libraries /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${CMAKE_INSTALL_LIBDIR})
   set_target_properties(vl_viewport PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries}")
   install(TARGETS vl_viewport RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  get_target_property(documents vl_viewport_manual VL_FOLDER)
+  install(FILES ${documents}/vl_viewport.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  install(FILES ${documents}/vl_viewport.bash RENAME vl_viewport
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+  install(FILES ${documents}/_vl_viewport DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+  install(FILES ${documents}/vl_viewport.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+  set(desktop ${PROJECT_SOURCE_DIR}/viewport/desktop)
+  install(FILES ${desktop}/vl_viewport.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+  install(FILES ${desktop}/vl_viewport.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/mime/packages)
+  foreach(size 16 24 32 48 64 128 256)
+    install(FILES ${desktop}/icons/vl_viewport_${size}.png RENAME vl_viewport.png
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/${size}x${size}/apps)
+  endforeach()
 endif()
 
 # Documents and examples, in the folders that they have here: their links lead to each other.

@@ -94,6 +94,8 @@ void Application::_takeOver() {
         watched = options.files;
         watch.setFiles(watched);
         settings.remember(options.view.empty() ? options.files : std::vector<std::string>{options.view});
+        // What is open is known even if the window does not end well. A failure is told at the end.
+        static_cast<void>(settings.save());
     }
 }
 
