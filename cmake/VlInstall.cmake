@@ -21,6 +21,9 @@ if(TARGET vl_viewport)
   file(RELATIVE_PATH libraries /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${CMAKE_INSTALL_LIBDIR})
   set_target_properties(vl_viewport PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries}")
   install(TARGETS vl_viewport RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  # The program looks for the module of the window where the libraries are.
+  set_target_properties(vl_viewport_window PROPERTIES INSTALL_RPATH "$ORIGIN")
+  install(TARGETS vl_viewport_window LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
   get_target_property(documents vl_viewport_manual VL_FOLDER)
   install(FILES ${documents}/vl_viewport.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
   install(FILES ${documents}/vl_viewport.bash RENAME vl_viewport
