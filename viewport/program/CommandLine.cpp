@@ -138,7 +138,7 @@ private:
         if (std::find(std::begin(ELSEWHERE), std::end(ELSEWHERE), option) != std::end(ELSEWHERE)) {
             return line.name + ": belongs on the command line";
         }
-        if (places.count(option) != 0 && option != "--effect-param") {
+        if (places.count(option) != 0 && option != "--effect-param" && option != "--transform") {
             return line.name + ": is given twice";
         }
         bool const isWord = line.value != "true" && line.value != "false";

@@ -163,7 +163,8 @@ Json toJson(fs::path const& folder, Options const& options) {
     Json saved = Json::object();
     for (OptionWord const& option : words) {
         std::string const word = withPath(option, effect, toThere);
-        if (option.option == PARAMETER) {
+        // Some may be given several times.
+        if (option.option == PARAMETER || option.option == "--transform") {
             saved[option.option].push_back(word);
         } else {
             saved[option.option] = word == "true" ? Json(true) : Json(word);
