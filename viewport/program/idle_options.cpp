@@ -55,8 +55,8 @@ bool isAnyJpeg(Options const& options) {
 void addSea(Lines& lines) {
     char const* const reason = "the sea without files has a camera, lights and a sky of its own";
     lines.add({"--view", "--projection", "--camera-position", "--camera-focus", "--camera-up", "--azimuth",
-               "--elevation", "--fov", "--camera-height", "--zoom", "--background", "--light", "--gizmo", "--no-grid",
-               "--no-axes", "--up"},
+               "--elevation", "--fov", "--camera-height", "--zoom", "--background", "--light", "--gizmo",
+               "--no-grid", "--no-axes", "--up"},
               reason);
 }
 
@@ -84,6 +84,13 @@ std::vector<Fault> idleOptions(Options const& options, ShownKinds const& shown) 
     }
     if (!shown.hasAnimations && !shown.hasTimes) {
         lines.add({"--time"}, "the files hold neither an animation nor times");
+    }
+    if (!shown.hasMoving) {
+        lines.add({"--frames"}, "no file holds several frames");
+    }
+    if (!shown.hasAnimations || !options.film.frames) {
+        lines.add({"--fps"},
+                  shown.hasAnimations ? "only --frames shows an animation" : "no mesh is animated");
     }
     if (!shown.hasMeshes) {
         lines.add({"--shading", "--mesh-color", "--opacity", "--edges", "--edges-blend", "--line-width",

@@ -17,6 +17,7 @@ struct ShownKinds {
     bool hasTimes = false;       ///< of frames of particles
     ParticleColoring coloring = ParticleColoring::NOTHING;
     bool areMeshValuesHidden = false;  ///< as in ParticleLook, which has a note of it
+    bool hasMoving = false;            ///< files with several frames, in a film
 };
 
 /// The options of the command line that change nothing that is shown, one line for each: "--percent has no

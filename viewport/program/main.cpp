@@ -179,6 +179,7 @@ std::optional<Failure> run(Options const& options) {
     shown.hasMeshValues = subject.look.meshScale.has_value();
     shown.hasAnimations = content.hasAnimations;
     shown.hasTimes = content.hasTimes;
+    shown.hasMoving = !content.moving.empty();
     shown.coloring = subject.look.coloring;
     shown.areMeshValuesHidden = subject.look.areMeshValuesHidden;
     for (Fault const& idle : idleOptions(options, shown)) {

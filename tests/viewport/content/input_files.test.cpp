@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+
 using namespace vellum::viewport;
 using testing::Contains;
 using testing::IsEmpty;
@@ -37,4 +39,19 @@ TEST(textureFiles, areThoseOfColorsAndOfOpacity) {
     mesh.materials[1].texture = "gone.png";
     std::vector<std::string> const files{folder.write("a.png", "x"), folder.write("b.png", "x")};
     EXPECT_EQ(textureFiles(folder.file("a.obj"), mesh), files);
+}
+
+TEST(FileSet, filesAreKnownUnderEveryName) {
+    TemporaryFolder const folder;
+    std::string const file = folder.write("a", "x");
+    std::string const other = folder.write("b", "x");
+    std::filesystem::create_symlink(file, folder.file("link"));
+    FileSet const set({file, folder.file("gone"), ""});
+    EXPECT_TRUE(set.contains(file));
+    EXPECT_TRUE(set.contains(folder.file("link")));
+    EXPECT_TRUE(set.contains(folder.file("./a")));
+    EXPECT_FALSE(set.contains(other));
+    EXPECT_FALSE(set.contains(folder.file("gone")));
+    EXPECT_TRUE(FileSet::isFile(other));
+    EXPECT_FALSE(FileSet::isFile(folder.file("gone")));
 }

@@ -304,4 +304,54 @@ TEST(transform_words, theWordOfATransformGivesItAgain) {
     EXPECT_EQ(again.scale.z, transform.scale.z);
     EXPECT_NEAR(again.rotation.x, transform.rotation.x, 1e-14);
     EXPECT_NEAR(again.rotation.w, transform.rotation.w, 1e-14);
+// == Films ==
+
+TEST(CommandLine, filmsAreRead) {
+    Options const frames = optionsOf(
+        {"a.dump", "--frames", "2:10:4", "--fps", "12.5", "--range", "each", "--out", "f_%04d.png"});
+    EXPECT_EQ(frames.film.frames->first, 2U);
+    EXPECT_EQ(frames.film.frames->last, 10U);
+    EXPECT_EQ(frames.film.frames->step, 4);
+    EXPECT_EQ(frames.film.framesPerSecond, 12.5);
+    EXPECT_TRUE(frames.film.isRangeOfEach);
+    EXPECT_EQ(frames.pictures[0].names->of(3), "f_0003.png");
+    EXPECT_FALSE(frames.particles.range);
+    EXPECT_FALSE(frames.opensWindow());
+    Options const turn = optionsOf({"a.obj", "--turntable", "36", "--out", "a%d.png", "--out", "b%d.png"});
+    EXPECT_EQ(turn.film.turn, 36U);
+    EXPECT_EQ(turn.pictures[1].names->of(0), "b0.png");
+    EXPECT_FALSE(turn.film.frames);
+    EXPECT_FALSE(
+        optionsOf({"a.dump", "--frames", "::-1", "--range", "first", "--out", "%d.png"}).film.isRangeOfEach);
+    EXPECT_FALSE(optionsOf({"a.dump", "--out", "100%.png"}).pictures[0].names) << "no film, any name";
+}
+
+TEST(CommandLine, filmsThatMakeNoSenseAreUsageErrors) {
+    struct Row {
+        std::vector<char const*> arguments;
+        char const* message;
+    };
+    for (Row const& row : {Row{{"--frames", "1-2", "--out", "%d.png"}, "--frames: '1-2' is not A:B:STEP"},
+                           Row{{"--frames", "3:1", "--out", "%d.png"}, "--frames: '3:1' is not"},
+                           Row{{"--frames", ":", "--out", "a.png"}, "--out: 'a.png' has no %d"},
+                           Row{{"--frames", ":", "--out", "-"}, "has no %d"},
+                           Row{{"--frames", ":", "--out", "%s.png"}, "percent sign"},
+                           Row{{"--frames", ":", "--out", "%d.png", "--out", "b.png"}, "'b.png' has no %d"},
+                           Row{{"--frames", ":", "--info"}, "needs --out"},
+                           Row{{"--frames", ":", "--frame", "1", "--out", "%d.png"}, "--frame: cannot"},
+                           Row{{"--frames", ":", "--time", "1", "--out", "%d.png"}, "--time: cannot"},
+                           Row{{"--frames", ":", "--pick", "1,1", "--info=json", "--out", "%d.png"},
+                               "--pick: of a film it is not together with --info=json"},
+                           Row{{"--frames", ":"}, "--frames: needs --out"},
+                           Row{{"--fps", "0", "--out", "a.png"}, "--fps: '0'"},
+                           Row{{"--turntable", "0", "--out", "%d.png"}, "--turntable: '0'"},
+                           Row{{"--turntable", "9", "--out", "a.png"}, "has no %d"},
+                           Row{{"--turntable", "9", "--view", "top", "--out", "%d.png"}, "cannot turn"},
+                           Row{{"--range", "each", "--out", "a.png"}, "--range: each needs"},
+                           Row{{"--range", "some", "--out", "a.png"}, "nor first or each"}}) {
+        std::vector<char const*> arguments = row.arguments;
+        arguments.insert(arguments.begin(), "a.dump");
+        EXPECT_THAT(errorOf(arguments), HasSubstr(row.message));
+    }
+    EXPECT_THAT(errorOf({"--effect", "ocean", "--turntable", "9", "--out", "%d.png"}), HasSubstr("the sea"));
 }

@@ -108,3 +108,19 @@ TEST(idleOptions, aTimeNeedsAnAnimationOrTimes) {
     timed.hasTimes = true;
     EXPECT_THAT(linesOf(options, timed), IsEmpty());
 }
+
+TEST(idleOptions, aFilmNeedsWhatMoves) {
+    Options options;
+    options.film.frames = FrameRange{};
+    options.given = {"--frames", "--fps"};
+    EXPECT_THAT(linesOf(options, MESHES), ElementsAre("--frames has no effect: no file holds several frames",
+                                                      "--fps has no effect: no mesh is animated"));
+    ShownKinds moving = MESHES;
+    moving.hasMoving = true;
+    moving.hasAnimations = true;
+    EXPECT_THAT(linesOf(options, moving), IsEmpty());
+    options.film.frames.reset();
+    options.given = {"--fps"};
+    EXPECT_THAT(linesOf(options, moving),
+                ElementsAre("--fps has no effect: only --frames shows an animation"));
+}
