@@ -47,7 +47,7 @@ std::optional<FrameRange> FrameRange::parse(std::string const& text) {
     if (!readEnd(takePart(rest, isLast), range.last)) {
         return std::nullopt;
     }
-    if (!isLast) {
+    if (!isLast && !rest.empty()) {
         std::optional<std::int64_t> const step = toSignedInteger(rest);
         if (!step || *step == 0 || *step > LARGEST_STEP || *step < -LARGEST_STEP) {
             return std::nullopt;

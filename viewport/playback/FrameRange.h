@@ -19,7 +19,7 @@ struct FrameRange {
     std::optional<std::size_t> last;
     std::int64_t step = 1;  ///< not 0
 
-    /// Reads "A:B:STEP", "A:B", "A:", ":B", ":", "::STEP" or "A"; nothing for any other text, and for ends that no step
+    /// Reads "A:B:STEP" with any part left out, "A:B" as well, or "A"; nothing for any other text, and for ends that no step
     /// leads between.
     static std::optional<FrameRange> parse(std::string const& text);
 

@@ -71,10 +71,9 @@ Result<FrameSequence> FrameSequence::ofFile(ParticleFile const& file, Progress c
 FrameSequence FrameSequence::ofSeries(ParticleSeries const& series, std::optional<ParticleFormat> format) {
     FrameList list;
     list.count = series.files().size();
-    return FrameSequence(std::move(list), true,
-                         [series, format](std::size_t frame, Progress const& progress) {
-                             return ownFrame(series.load(frame, progress, format));
-                         });
+    return {std::move(list), true, [series, format](std::size_t frame, Progress const& progress) {
+                return ownFrame(series.load(frame, progress, format));
+            }};
 }
 
 FrameSequence FrameSequence::ofAnimation(MeshFile const& file, ImportLimits const& limits, double duration,
@@ -84,15 +83,14 @@ FrameSequence FrameSequence::ofAnimation(MeshFile const& file, ImportLimits cons
     FrameList list;
     list.count =
         1 + static_cast<std::size_t>(std::clamp(duration * framesPerSecond + SLACK, 0.0, MOST_POSES));
-    return FrameSequence(std::move(list), false,
-                         [=](std::size_t frame, Progress const&) -> Result<SequenceFrame> {
-                             MeshOptions const at{static_cast<double>(frame) / framesPerSecond};
-                             Result<MeshData> mesh = file.load(limits, at);
-                             if (!mesh.isOk()) {
-                                 return mesh.fault();
-                             }
-                             return SequenceFrame(std::move(mesh.value()));
-                         });
+    return {std::move(list), false, [=](std::size_t frame, Progress const&) -> Result<SequenceFrame> {
+                MeshOptions const at{static_cast<double>(frame) / framesPerSecond};
+                Result<MeshData> mesh = file.load(limits, at);
+                if (!mesh.isOk()) {
+                    return mesh.fault();
+                }
+                return SequenceFrame(std::move(mesh.value()));
+            }};
 }
 
 Result<SequenceFrame> FrameSequence::load(std::size_t frame, Progress const& progress) const {

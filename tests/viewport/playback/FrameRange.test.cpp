@@ -32,6 +32,8 @@ TEST(FrameRange, endsThatAreLeftOutAreThoseOfTheSequence) {
     EXPECT_THAT(framesOf("1:", 3), ElementsAre(1, 2));
     EXPECT_THAT(framesOf(":1", 3), ElementsAre(0, 1));
     EXPECT_THAT(framesOf(":", 1), ElementsAre(0));
+    EXPECT_THAT(framesOf("1:2:", 4), ElementsAre(1, 2));
+    EXPECT_THAT(framesOf("::", 2), ElementsAre(0, 1));
 }
 
 TEST(FrameRange, aNegativeStepGoesBackward) {
@@ -51,8 +53,8 @@ TEST(FrameRange, framesThatDoNotExistAreFaults) {
 }
 
 TEST(FrameRange, otherTextsAreNone) {
-    for (char const* const text : {"", "a", "1-2", "1:2:0", "1:2:", "1:2:3:4", "2:1", "1:2:-1", "-1:2", "1.5",
-                                   " 1", "1:2:x", "1:2:99999999999999999999", "+1"}) {
+    for (char const* const text : {"", "a", "1-2", "1:2:0", "1:2:3:4", "2:1", "1:2:-1", "-1:2", "1.5", " 1",
+                                   "1:2:x", "1:2:99999999999999999999", "+1"}) {
         EXPECT_FALSE(FrameRange::parse(text)) << text;
     }
 }
