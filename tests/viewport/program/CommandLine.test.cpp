@@ -304,6 +304,8 @@ TEST(transform_words, theWordOfATransformGivesItAgain) {
     EXPECT_EQ(again.scale.z, transform.scale.z);
     EXPECT_NEAR(again.rotation.x, transform.rotation.x, 1e-14);
     EXPECT_NEAR(again.rotation.w, transform.rotation.w, 1e-14);
+}
+
 // == Films ==
 
 TEST(CommandLine, filmsAreRead) {
