@@ -78,6 +78,7 @@ void Panel::_drawSections(Workspace& workspace, float width, PanelRequests& requ
     meshes.draw(context);
     effect.draw(context);
     view.draw(context);
+    object.draw(context);
     picture.draw(context);
     checkBox("Facts of the drawing", isOverlayShown, "I: how long it takes, at the upper right of the scene");
     ImGui::PopItemWidth();

@@ -40,6 +40,7 @@ private:
     MeshSection meshes;
     EffectSection effect;
     ViewSection view;
+    ObjectSection object;
     PictureSection picture;
     std::optional<Options>
         draft;  // while a widget is held that changes much; nothing: the workspace has them all

@@ -121,7 +121,12 @@ void EffectSection::draw(PanelContext& context) {
     Workspace const& workspace = context.workspace;
     std::shared_ptr<Content const> const& content = workspace.content();
     bool const hasMeshes = content != nullptr && !content->meshes.empty();
-    if (!sameSpec(effect, taken)) {
+    if (!sameSpec(effect, taken) && workspace.fault() && sameSpec(effect, former)) {
+        // It could not be made ready: what was typed stays, to be corrected.
+        refused = draft;
+        taken = effect;
+    } else if (!sameSpec(effect, taken)) {
+        refused.reset();
         taken = effect;
         draft = effect;
         texts.clear();
@@ -189,7 +194,11 @@ void EffectSection::draw(PanelContext& context) {
         }
     }
     bool const isComplete = !draft || lackOf(draft->values, hasMeshes).empty();
-    if (isComplete && !sameSpec(draft, effect)) {
+    if (refused && draft && sameSpec(refused, draft)) {
+        faultLine("This cannot be drawn; what was shown before is shown.");
+    } else if (isComplete && !sameSpec(draft, effect)) {
+        refused.reset();
+        former = context.workspace.options().effect;
         effect = draft;
         taken = draft;
     }

@@ -73,7 +73,16 @@ void ViewSection::_drawCamera(PanelContext& context) const {
     if (words.empty()) {
         return;
     }
-    paleLine(words);
+    if (ImGui::TreeNode("Camera as text")) {
+        // Broken between options and behind commas, not within numbers.
+        std::string lines;
+        for (std::size_t i = 0; i < words.size(); ++i) {
+            bool const isBetween = words[i] == ' ' && words.compare(i, 3, " --") == 0;
+            lines += isBetween ? std::string("\n") : std::string(1, words[i]) + (words[i] == ',' ? " " : "");
+        }
+        paleLine(lines);
+        ImGui::TreePop();
+    }
     if (ImGui::Button("Copy camera")) {
         ImGui::SetClipboardText(words.c_str());
     }

@@ -3,6 +3,7 @@
 #include "foundation/geometry/Box3.h"
 #include "viewport/content/Options.h"
 #include "viewport/drawing/effects/EffectParameter.h"
+#include "viewport/editing/ObjectTransform.h"
 #include "viewport/live/Workspace.h"
 #include "viewport/window/panel/PanelRequests.h"
 #include "viewport/window/panel/widgets.h"
@@ -70,8 +71,10 @@ private:
     void _drawShaders(Workspace const& workspace);
     void _drawParameter(EffectParameter const& parameter);
 
-    std::optional<EffectSpec> draft;  // what is shown; may lack what it needs to be drawn
-    std::optional<EffectSpec> taken;  // of the options that the draft was taken from, or became
+    std::optional<EffectSpec> draft;    // what is shown; may lack what it needs to be drawn
+    std::optional<EffectSpec> former;   // of the options, before the draft was asked for
+    std::optional<EffectSpec> refused;  // the draft that could not be made ready
+    std::optional<EffectSpec> taken;    // of the options that the draft was taken from, or became
     std::map<std::string, CheckedText> texts;
 };
 
@@ -82,6 +85,15 @@ public:
 private:
     void _drawCamera(PanelContext& context) const;
     static void _drawSurroundings(PictureOptions& picture);
+};
+
+/// Where the selected object is moved, turned and scaled.
+class ObjectSection {
+public:
+    void draw(PanelContext& context);
+
+private:
+    std::optional<ObjectTransform> held;  // while a number is edited, which is one step
 };
 
 class PictureSection {
