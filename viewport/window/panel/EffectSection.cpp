@@ -1,17 +1,26 @@
+#include "viewport/text/numbers.h"
 #include "viewport/window/panel/sections.h"
 
-#include <limits>
+#include <cmath>
 #include <type_traits>
 #include <variant>
-
-#include <imgui_stdlib.h>
 
 namespace vellum::viewport {
 
 namespace {
 
-/// Beyond this a slider is too coarse for numbers near 0.
-constexpr double LARGEST_SLIDER = 400;
+/// A slider over so many times the usual value would be too coarse for it; those numbers are dragged.
+constexpr double LARGEST_SLIDER = 20;
+
+/// The first number of a parameter's default.
+double usualValue(EffectParameter const& parameter) {
+    std::string const& text = parameter.standard;
+    return std::abs(toReal(text.substr(0, text.find(','))).value_or(0));
+}
+
+bool isSlider(EffectParameter const& parameter) {
+    return parameter.most - parameter.least <= std::max(2.0, LARGEST_SLIDER * usualValue(parameter));
+}
 
 /// What the effect lacks to be drawn; empty: nothing.
 std::string lackOf(EffectValues const& values, bool hasFiles) {
@@ -48,12 +57,11 @@ bool numbers(EffectParameter const& parameter, Number* first, int count) {
     ImGuiDataType const type = isFloat ? ImGuiDataType_Float : ImGuiDataType_Double;
     auto const least = static_cast<Number>(parameter.least);
     auto const most = static_cast<Number>(parameter.most);
-    double const extent = parameter.most - parameter.least;
-    if (extent <= LARGEST_SLIDER) {
+    if (isSlider(parameter)) {
         return ImGui::SliderScalarN(parameter.name.c_str(), type, first, count, &least, &most, "%.4g",
                                     ImGuiSliderFlags_AlwaysClamp);
     }
-    double const size = std::max(std::abs(static_cast<double>(*first)), 1.0);
+    double const size = std::max({std::abs(static_cast<double>(*first)), usualValue(parameter), 0.1});
     return ImGui::DragScalarN(parameter.name.c_str(), type, first, count, static_cast<float>(size / 100),
                               &least, &most, "%.6g", ImGuiSliderFlags_AlwaysClamp);
 }
@@ -66,7 +74,7 @@ void drawField(EffectParameter const& parameter, unsigned int& value) {
     auto const least = static_cast<unsigned int>(parameter.least);
     auto const most = static_cast<unsigned int>(parameter.most);
     bool isChanged = false;
-    if (parameter.most - parameter.least <= LARGEST_SLIDER) {
+    if (isSlider(parameter) || parameter.most <= 100) {
         isChanged = ImGui::SliderScalar(parameter.name.c_str(), ImGuiDataType_U32, &value, &least, &most,
                                         "%u", ImGuiSliderFlags_AlwaysClamp);
     } else {
@@ -172,7 +180,7 @@ void EffectSection::draw(PanelContext& context) {
             hint("--effect-model N: only one of the models");
         }
         _drawShaders(workspace);
-        _drawParameters(workspace);
+        _drawParameters();
         if (ImGui::Button("All defaults")) {
             EffectValues standard = *effectNamed(nameOf(draft->values));
             // What it cannot be drawn without stays.
@@ -230,7 +238,7 @@ void EffectSection::_drawShaders(Workspace const& workspace) {
     }
 }
 
-void EffectSection::_drawParameters(Workspace const& /*workspace*/) {
+void EffectSection::_drawParameters() {
     // Custom shaders have many variables, of which few are declared.
     bool const isCustom = std::holds_alternative<CustomEffect>(draft->values);
     bool isShown = true;

@@ -99,6 +99,7 @@ void ViewSection::_drawSurroundings(PictureOptions& picture) {
         background.isTransparent = false;
     }
     ImGui::SameLine();
+    ImGui::AlignTextToFramePadding();
     ImGui::TextUnformatted("background");
     checkBox("Transparent", background.isTransparent,
              "--background transparent: for pictures that are saved");

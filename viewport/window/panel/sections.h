@@ -67,7 +67,7 @@ public:
     void draw(PanelContext& context);
 
 private:
-    void _drawParameters(Workspace const& workspace);
+    void _drawParameters();
     void _drawShaders(Workspace const& workspace);
     void _drawParameter(EffectParameter const& parameter);
 
