@@ -440,10 +440,19 @@ bool sameValues(EffectValues const& a, EffectValues const& b) {
     if (a.index() != b.index()) {
         return false;
     }
-    auto const* const one = std::get_if<CustomEffect>(&a);
-    auto const* const other = std::get_if<CustomEffect>(&b);
-    if (one != nullptr && one->replacesStages != other->replacesStages) {
-        return false;
+    // What has options of its own is in no table.
+    if (auto const* const glass = std::get_if<GlassEffect>(&a)) {
+        if (glass->environment != std::get<GlassEffect>(b).environment) {
+            return false;
+        }
+    }
+    if (auto const* const custom = std::get_if<CustomEffect>(&a)) {
+        auto const& other = std::get<CustomEffect>(b);
+        if (custom->vertexShader != other.vertexShader || custom->fragmentShader != other.fragmentShader ||
+            custom->geometryShader != other.geometryShader ||
+            custom->replacesStages != other.replacesStages) {
+            return false;
+        }
     }
     // Fields give access for writing as well.
     EffectValues first = a;

@@ -124,3 +124,15 @@ TEST(EffectParameter, effectsAreKnownByTheirNames) {
     EXPECT_FALSE(effectNamed("fog").has_value());
     EXPECT_FALSE(effectNamed("").has_value());
 }
+
+TEST(EffectParameter, filesWithOptionsOfTheirOwnMakeOtherValues) {
+    CustomEffect custom;
+    custom.fragmentShader = "a.frag";
+    CustomEffect other = custom;
+    EXPECT_TRUE(sameValues(custom, other));
+    other.fragmentShader = "b.frag";
+    EXPECT_FALSE(sameValues(custom, other));
+    GlassEffect glass;
+    glass.environment = "sky.hdr";
+    EXPECT_FALSE(sameValues(glass, GlassEffect()));
+}
