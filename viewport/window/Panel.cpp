@@ -1,5 +1,6 @@
 #include "viewport/window/Panel.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 
@@ -49,6 +50,7 @@ PanelRequests Panel::draw(Workspace& workspace, WindowUnits const& units, bool i
     PanelRequests requests;
     ImVec2 const size = ImGui::GetIO().DisplaySize;
     auto const panelWidth = static_cast<float>(width(units));
+    covered = isShown ? panelWidth : 0;
     if (isShown) {
         _drawSections(workspace, panelWidth, requests);
         _drawStatus(workspace, units);
@@ -99,7 +101,7 @@ void Panel::_drawSections(Workspace& workspace, float width, PanelRequests& requ
 
 void Panel::_drawHelp() {
     ImVec2 const size = ImGui::GetIO().DisplaySize;
-    ImGui::SetNextWindowPos({size.x * 0.5F, size.y * 0.5F}, ImGuiCond_Always, {0.5F, 0.5F});
+    ImGui::SetNextWindowPos({(size.x + covered) * 0.5F, size.y * 0.5F}, ImGuiCond_Always, {0.5F, 0.5F});
     ImGui::Begin("Keys", &isHelpShown,
                  ImGuiWindowFlags_AlwaysAutoResize | ImGuiWindowFlags_NoCollapse |
                      ImGuiWindowFlags_NoSavedSettings);
@@ -122,7 +124,7 @@ void Panel::_drawProgress(Workspace const& workspace, PanelRequests& requests) c
     }
     LoadProgress const progress = workspace.progress();
     ImVec2 const size = ImGui::GetIO().DisplaySize;
-    ImGui::SetNextWindowPos({size.x * 0.5F, size.y * 0.5F}, ImGuiCond_Always, {0.5F, 0.5F});
+    ImGui::SetNextWindowPos({(size.x + covered) * 0.5F, size.y * 0.5F}, ImGuiCond_Always, {0.5F, 0.5F});
     ImGui::Begin("Loading", nullptr, FIXED | ImGuiWindowFlags_AlwaysAutoResize);
     ImGui::TextUnformatted(progress.file.c_str());
     double const part =
@@ -142,10 +144,11 @@ void Panel::_drawFault(Workspace& workspace) const {
         return;
     }
     ImVec2 const size = ImGui::GetIO().DisplaySize;
-    ImGui::SetNextWindowPos({size.x * 0.5F, size.y * 0.5F}, ImGuiCond_Always, {0.5F, 0.5F});
-    ImGui::SetNextWindowSizeConstraints({0, 0}, {size.x * 0.8F, size.y * 0.8F});
+    ImGui::SetNextWindowPos({(size.x + covered) * 0.5F, size.y * 0.5F}, ImGuiCond_Always, {0.5F, 0.5F});
+    ImGui::SetNextWindowSizeConstraints({0, 0}, {(size.x - covered) * 0.95F, size.y * 0.8F});
     ImGui::Begin("Not opened", nullptr, FIXED | ImGuiWindowFlags_AlwaysAutoResize);
-    ImGui::PushTextWrapPos(ImGui::GetFontSize() * 34);
+    ImGui::PushTextWrapPos(
+        std::clamp(ImGui::GetFontSize() * 34, 1.0F, std::max(1.0F, (size.x - covered) * 0.9F)));
     ImGui::TextUnformatted(workspace.fault()->line().c_str());
     ImGui::PopTextWrapPos();
     if (ImGui::Button("OK")) {

@@ -35,6 +35,7 @@ private:
     void _drawFault(Workspace& workspace) const;
     void _drawStatus(Workspace& workspace, WindowUnits const& units) const;
 
+    float covered = 0;  // of the window, by the panel; units of the window
     DataSection data;
     ParticleSection particles;
     MeshSection meshes;
