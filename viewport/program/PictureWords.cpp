@@ -80,6 +80,9 @@ std::string PictureWords::_word(std::string const& option) const {
 
 std::optional<Fault> PictureWords::read(PictureOptions& picture) const {
     picture.out = _word(OUT);
+    if (has(OUT) && picture.out.empty()) {
+        return usageFault("--out: a picture needs the name of its file");
+    }
     picture.explanations = {!has("--no-grid"), !has("--no-axes"), !has("--no-bar"), !has("--no-box")};
     std::optional<Fault> const faults[] = {readMode("--gizmo", _word("--gizmo"), GIZMOS, picture.gizmo),
                                            _readSize(picture),

@@ -2,6 +2,7 @@
 
 #include "viewport/drawing/effects/EffectParameter.h"
 #include "viewport/program/option_modes.h"
+#include "viewport/program/transform_words.h"
 #include "viewport/text/shortest_number.h"
 
 #include <algorithm>
@@ -100,6 +101,9 @@ void addFiles(Options const& options, Collection& all) {
     all.addFlag(options.isSeries, "--series");
     all.add("--up", options.up ? wordOf(*options.up) : std::string());
     all.addGiven("--clip", options.particles.clip);
+    for (auto const& [object, transform] : options.transforms) {
+        all.add("--transform", transformWord(object, transform));
+    }
     all.addIf(limits.deadline != standard.deadline, "--import-timeout",
               wordOf(static_cast<double>(limits.deadline.count()) / 1000));
     all.addIf(limits.memoryBytes != standard.memoryBytes, "--import-memory",

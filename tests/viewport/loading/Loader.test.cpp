@@ -89,8 +89,9 @@ TEST_F(Loader_test, aLoadingGivesItsContentOnceWithNotes) {
     EXPECT_EQ(ended.loaded->options.files.size(), 2U);
     EXPECT_EQ(ended.loaded->subject.scene.models().size(), 1U);
     EXPECT_EQ(ended.loaded->subject.scene.clouds().size(), 1U);
-    ASSERT_EQ(ended.notes.size(), 1U);
+    ASSERT_EQ(ended.notes.size(), 2U);
     EXPECT_THAT(ended.notes[0].line(), HasSubstr("a.obj: line 4"));
+    EXPECT_THAT(ended.notes[1].line(), HasSubstr("is up in it"));
     EXPECT_FALSE(loader.isLoading());
     EXPECT_FALSE(loader.poll());
 }

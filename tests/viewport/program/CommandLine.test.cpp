@@ -153,13 +153,16 @@ TEST(CommandLine, unknownAndIncompleteOptionsAreUsageErrors) {
     EXPECT_THAT(errorOf({"a", "--out", ""}), HasSubstr("--out"));
     EXPECT_THAT(errorOf({"a", "--out", "b", "--out", "b"}), HasSubstr("--out"));
     EXPECT_THAT(errorOf({"a", "--out", "b", "--shading", "box", "--shading", "box"}), HasSubstr("--shading"));
-    errorOf({});
     errorOf({"--out", "b"});
     errorOf({"", "--out", "b"});
 }
 
-TEST(CommandLine, somethingMustBeAskedFor) {
-    EXPECT_THAT(errorOf({"a.obj"}), HasSubstr("--out is required"));
+TEST(CommandLine, aWindowIsOpenedWhereNothingElseIsAskedFor) {
+    EXPECT_TRUE(optionsOf({"a.obj"}).opensWindow());
+    EXPECT_TRUE(optionsOf({}).opensWindow()) << "files can be dropped onto it";
+    EXPECT_FALSE(optionsOf({"a.obj", "--out", "b.png"}).opensWindow());
+    EXPECT_FALSE(optionsOf({"a.obj", "--info"}).opensWindow());
+    EXPECT_FALSE(optionsOf({"a.obj", "--pick", "0,0"}).opensWindow());
     EXPECT_TRUE(optionsOf({"a.obj", "--info"}).pictures[0].out.empty());
     EXPECT_TRUE(optionsOf({"a.obj", "--pick", "0,0"}).pictures[0].out.empty());
 }

@@ -29,7 +29,7 @@ CommandLine parse(std::vector<std::string> const& words, std::string const& conf
 /// One line for each set of options that go together; in all of them each option has another value than by default.
 std::vector<std::vector<std::string>> const LINES{
     {"--format=ply", "--series", "--up=-x", "--clip=-1,1.5,-2,2,-3,1e3", "--import-timeout=0.25",
-     "--import-memory=77"},
+     "--import-memory=77", "--transform=1:1,2,3:0,0,90:2,2,2", "--transform=2:0,0,1"},
     {"--size=64x48", "--quality=17", "--projection=parallel", "--camera-position=1,2.25,-3",
      "--camera-focus=0.1,0,1e-9", "--camera-up=0,0,1", "--camera-height=0.125", "--zoom=1.7",
      "--background=010203,fffefd", "--light=-30,45.5", "--gizmo=rotate", "--no-grid", "--no-axes", "--no-bar",

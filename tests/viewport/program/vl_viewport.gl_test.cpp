@@ -286,8 +286,6 @@ TEST_F(program_gl_test, aFaultLeavesAnEarlierPictureAsItWas) {
 TEST_F(program_gl_test, commandLinesThatMakeNoSenseAreUsageErrors) {
     std::string const mesh = folder.write("cube.off", mesh_texts::cubeOff);
     std::string const out = folder.file("out.png");
-    expectUsageError({});
-    expectUsageError({mesh});
     expectUsageError({"--out", out});
     expectUsageError({mesh, "--out", out, "--teapot"});
     expectUsageError({mesh, "--out", out, "--shading", "shiny"});

@@ -37,8 +37,7 @@ CameraSpec Navigation::orbit(double dx, double dy) const {
     double const radiansPerPixel = PI / std::min(size.width, size.height);
     double const aside = -dx * radiansPerPixel;
     double const down = -dy * radiansPerPixel;
-    if (!std::isfinite(aside) || !std::isfinite(down) || (dx == 0 && dy == 0) ||
-        !_canMove()) {
+    if (!std::isfinite(aside) || !std::isfinite(down) || (dx == 0 && dy == 0) || !_canMove()) {
         return camera.spec();
     }
     Pose pose = camera.isAlongAxis() ? _poseAlongAxis() : _pose();
@@ -52,7 +51,8 @@ CameraSpec Navigation::orbit(double dx, double dy) const {
     double pitch = down;
     bool const isUpright = std::abs(right.y) < 1e-6;
     if (isUpright) {
-        bool const isHeadUp = cross(right, direction).y >= 0;
+        // Straight above and below it is neither.
+        bool const isHeadUp = cross(right, direction).y >= -1e-6;
         pitch = isHeadUp ? std::clamp(down, fromVertical - PI, fromVertical) : down;
     }
     direction = turned(direction, right, pitch);
@@ -99,7 +99,8 @@ CameraSpec Navigation::zoom(double steps, double x, double y) const {
         return _axisViewAt(camera.focusInScene(scene) + move, camera.spec().zoom / factor);
     }
     Pose pose = _pose();
-    Point const offset = (pose.eye - pose.focus) * (pose.projection == Projection::PERSPECTIVE ? factor : 1.0);
+    Point const offset =
+        (pose.eye - pose.focus) * (pose.projection == Projection::PERSPECTIVE ? factor : 1.0);
     pose.focus = pose.focus + move;
     pose.eye = pose.focus + offset;
     pose.halfHeight *= factor;
