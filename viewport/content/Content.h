@@ -37,11 +37,11 @@ struct Content {
     std::vector<MeshData> meshes;
     std::vector<ParticleFrame> particles;
     std::vector<std::size_t> frameCounts;  ///< of the particles' files, one for each
-    std::vector<std::string> textures;  ///< files that the meshes name
-    std::optional<UpOfFile> up;         ///< of the first file
-    std::optional<UpOfFile> otherUp;    ///< of the first file that disagrees with it
-    bool hasAnimations = false;         ///< of meshes
-    bool hasTimes = false;              ///< of particles
+    std::vector<std::string> textures;     ///< files that the meshes name
+    std::optional<UpOfFile> up;            ///< of the first file
+    std::optional<UpOfFile> otherUp;       ///< of the first file that disagrees with it
+    bool hasAnimations = false;            ///< of meshes
+    bool hasTimes = false;                 ///< of particles
 
     // == Only with the frames of a film ==
     std::vector<MovingFile> moving = {};

@@ -98,9 +98,8 @@ void describePictures(Options const& options, Subject const& subject, ConsoleObs
             if (options.film.isAsked() && cameras.isOk()) {
                 cameras.value()[i].place(0, style);
             }
-            ViewLayout const layout =
-                ViewLayout::of(subject.scene, style, nullptr, picture.size, nullptr,
-                               transformsOf(options.transforms, subject.scene));
+            ViewLayout const layout = ViewLayout::of(subject.scene, style, nullptr, picture.size, nullptr,
+                                                     transformsOf(options.transforms, subject.scene));
             camera = layout.fault ? std::string() : layout.camera.options();
         }
         if (options.info == InfoForm::JSON) {

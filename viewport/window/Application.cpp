@@ -473,7 +473,8 @@ void Application::_saveView() {
     }
     workspace.apply(options);
     settings.remember({options.view});
-    window.setTitle(std::filesystem::path(options.view).filename().string() + " is saved \xE2\x80\x93 vl_viewport");
+    window.setTitle(std::filesystem::path(options.view).filename().string() +
+                    " is saved \xE2\x80\x93 vl_viewport");
 }
 
 void Application::_do(PanelRequests const& requests) {

@@ -70,8 +70,8 @@ void Window::_listen() {
     glfwSetWindowRefreshCallback(window, [](GLFWwindow* source) { self(source).hasEvents = true; });
     glfwSetFramebufferSizeCallback(window,
                                    [](GLFWwindow* source, int, int) { self(source).hasEvents = true; });
-    glfwSetWindowContentScaleCallback(window,
-                                      [](GLFWwindow* source, float, float) { self(source).hasEvents = true; });
+    glfwSetWindowContentScaleCallback(
+        window, [](GLFWwindow* source, float, float) { self(source).hasEvents = true; });
     glfwSetWindowFocusCallback(window, [](GLFWwindow* source, int) { self(source).hasEvents = true; });
     glfwSetCursorEnterCallback(window, [](GLFWwindow* source, int) { self(source).hasEvents = true; });
     glfwSetCursorPosCallback(window,

@@ -15,9 +15,9 @@ namespace vellum::viewport {
 ///     X11, scaled by 1.5         1200                    1200       800
 ///     Wayland, scaled by 2       800                     1600       800
 struct WindowUnits {
-    PictureSize framebuffer;     ///< pixels
-    double pixelsPerUnit = 1;    ///< of the framebuffer, for each unit of the window; above 0
-    double pixelsPerPoint = 1;   ///< how much larger letters are than on a plain screen; above 0
+    PictureSize framebuffer;    ///< pixels
+    double pixelsPerUnit = 1;   ///< of the framebuffer, for each unit of the window; above 0
+    double pixelsPerPoint = 1;  ///< how much larger letters are than on a plain screen; above 0
 
     /// \param windowWidth, windowHeight in units of the window; a window that is minimized has none
     /// \param contentScale that the user has chosen for the screen
@@ -28,9 +28,8 @@ struct WindowUnits {
         if (windowWidth > 0 && windowHeight > 0 && framebufferWidth > 0) {
             units.pixelsPerUnit = static_cast<double>(framebufferWidth) / windowWidth;
         }
-        units.pixelsPerPoint = std::isfinite(contentScale) && contentScale > 0
-                                   ? std::clamp(contentScale, 0.5, 8.0)
-                                   : 1;
+        units.pixelsPerPoint =
+            std::isfinite(contentScale) && contentScale > 0 ? std::clamp(contentScale, 0.5, 8.0) : 1;
         return units;
     }
 

@@ -9,8 +9,7 @@
 extern "C" __attribute__((visibility("default"))) std::optional<vellum::viewport::Failure>
 vl_viewport_open_window(vellum::viewport::Options const& options);
 
-std::optional<vellum::viewport::Failure>
-vl_viewport_open_window(vellum::viewport::Options const& options) {
+std::optional<vellum::viewport::Failure> vl_viewport_open_window(vellum::viewport::Options const& options) {
     using namespace vellum::viewport;
     WindowSettings settings;
     if (std::optional<Fault> const damage = settings.load(WindowSettings::userFile())) {

@@ -76,7 +76,8 @@ struct WindowDriver::Screen {
             data != nullptr) {
             XWindowAttributes facts{};
             XGetWindowAttributes(display, candidate, &facts);
-            isFound = count == 1 && *reinterpret_cast<unsigned long*>(data) == static_cast<unsigned long>(process) &&
+            isFound = count == 1 &&
+                      *reinterpret_cast<unsigned long*>(data) == static_cast<unsigned long>(process) &&
                       facts.map_state == IsViewable;
             XFree(data);
         }
@@ -164,7 +165,8 @@ Picture WindowDriver::look() const {
     }
     picture.width = facts.width;
     picture.height = facts.height;
-    picture.pixels.reserve(4 * static_cast<std::size_t>(facts.width) * static_cast<std::size_t>(facts.height));
+    picture.pixels.reserve(4 * static_cast<std::size_t>(facts.width) *
+                           static_cast<std::size_t>(facts.height));
     for (int y = 0; y < facts.height; ++y) {
         for (int x = 0; x < facts.width; ++x) {
             unsigned long const color = XGetPixel(image, x, y);
@@ -290,11 +292,11 @@ void WindowDriver::drop(std::vector<std::string> const& files) {
     Window child = None;
     int x = 0;
     int y = 0;
-    XTranslateCoordinates(display, screen->window, DefaultRootWindow(display), seen.width / 2, seen.height / 2,
-                          &x, &y, &child);
+    XTranslateCoordinates(display, screen->window, DefaultRootWindow(display), seen.width / 2,
+                          seen.height / 2, &x, &y, &child);
     constexpr long VERSION = 5;
-    screen->send(screen->atom("XdndEnter"), {0, VERSION << 24, static_cast<long>(screen->atom("text/uri-list")), 0, 0},
-                 source);
+    screen->send(screen->atom("XdndEnter"),
+                 {0, VERSION << 24, static_cast<long>(screen->atom("text/uri-list")), 0, 0}, source);
     screen->send(screen->atom("XdndPosition"),
                  {0, 0, (static_cast<long>(x) << 16) | y, CurrentTime,
                   static_cast<long>(screen->atom("XdndActionCopy"))},
@@ -310,12 +312,14 @@ void WindowDriver::drop(std::vector<std::string> const& files) {
         XNextEvent(display, &event);
         if (event.type == ClientMessage && event.xclient.message_type == screen->atom("XdndStatus")) {
             screen->send(screen->atom("XdndDrop"), {0, 0, CurrentTime, 0, 0}, source);
-        } else if (event.type == ClientMessage && event.xclient.message_type == screen->atom("XdndFinished")) {
+        } else if (event.type == ClientMessage &&
+                   event.xclient.message_type == screen->atom("XdndFinished")) {
             isFinished = true;
         } else if (event.type == SelectionRequest) {
             XSelectionRequestEvent const& request = event.xselectionrequest;
             XChangeProperty(display, request.requestor, request.property, request.target, 8, PropModeReplace,
-                            reinterpret_cast<unsigned char const*>(list.data()), static_cast<int>(list.size()));
+                            reinterpret_cast<unsigned char const*>(list.data()),
+                            static_cast<int>(list.size()));
             XEvent answer{};
             answer.xselection.type = SelectionNotify;
             answer.xselection.requestor = request.requestor;

@@ -126,7 +126,7 @@ Box3<double> surroundingsOf(Scene const& scene) {
 Result<CameraPlacement> CameraPlacement::of(CameraSpec const& spec, Scene const& scene,
                                             std::vector<Point> const& points, double aspect) {
     CameraPlacement placement{
-        spec.projection, {},        {},         {}, spec.fieldOfView.value_or(CameraSpec::FIELD_OF_VIEW),
+        spec.projection, {},         {}, {}, spec.fieldOfView.value_or(CameraSpec::FIELD_OF_VIEW),
         spec.zoom,       spec.height};
     Point const middle = scene.box().min * 0.5 + scene.box().max * 0.5;
     std::optional<Point> eye;

@@ -18,7 +18,8 @@ struct CameraPlacement {
     Vector3<double> up;  ///< not along the direction of view
     double fieldOfView;  ///< vertical, degrees; perspective only
     double zoom;
-    std::optional<double> height = {};  ///< that is seen with a zoom of 1; nothing: the scene whole; parallel only
+    std::optional<double> height =
+        {};  ///< that is seen with a zoom of 1; nothing: the scene whole; parallel only
 
     /// Chooses what is not given. A placement that is given whole comes back as it is. A fault where what is
     /// given and what is chosen make no camera.
