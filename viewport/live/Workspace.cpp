@@ -66,6 +66,7 @@ void Workspace::open(std::vector<std::string> const& files) {
     options.particles.mode.reset();
     options.particles.size.reset();
     options.up.reset();
+    options.effect.reset();  // of the meshes that were open
     options.transforms.clear();
     wanted = options;
     _load(wanted, nullptr);
