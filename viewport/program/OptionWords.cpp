@@ -257,6 +257,11 @@ void OptionWords::_addRest(CLI::App& app, Options& options) {
                  "Print what the files hold, the cameras, and what the OpenGL driver offers;\n"
                  "--info=json: as JSON")
         ->group("Program");
+    addWord(app, "--window-picture", options.windowPicture,
+            "Write a picture of the window with its panel as soon as it is\n"
+            "complete, and close it (PNG)",
+            "FILE")
+        ->group("Program");
     app.add_flag("--quiet", options.isQuiet, "Say nothing but faults")->group("Program");
 }
 

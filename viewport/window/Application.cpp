@@ -19,6 +19,8 @@ namespace {
 
 // Seconds without a change until the picture gets all its pixels.
 constexpr double UNTIL_REST = 0.15;
+// Seconds until the panel has counted what it shows.
+constexpr double UNTIL_PICTURE = 1.5;
 // While files are loaded, the bar moves on.
 constexpr double WHILE_LOADING = 0.05;
 // Widgets that are changed need another frame to show it.
@@ -28,6 +30,27 @@ constexpr double CLICK_REACH = 3;
 
 double secondsSince(std::chrono::steady_clock::time_point const& time) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - time).count();
+}
+
+/// What the window shows.
+Picture shownIn(PictureSize const& size) {
+    Picture picture;
+    picture.width = size.width;
+    picture.height = size.height;
+    std::size_t const rowBytes = 4 * static_cast<std::size_t>(size.width);
+    picture.pixels.resize(rowBytes * static_cast<std::size_t>(size.height));
+    glReadBuffer(GL_FRONT);
+    glPixelStorei(GL_PACK_ALIGNMENT, 4);
+    // GL's first row is the lowest.
+    for (int row = 0; row < size.height; ++row) {
+        glReadPixels(0, row, size.width, 1, GL_RGBA, GL_UNSIGNED_BYTE,
+                     picture.pixels.data() + rowBytes * static_cast<std::size_t>(size.height - 1 - row));
+    }
+    glReadBuffer(GL_BACK);
+    for (std::size_t i = 3; i < picture.pixels.size(); i += 4) {
+        picture.pixels[i] = 255;
+    }
+    return picture;
 }
 
 std::string titleOf(Options const& options) {
@@ -80,6 +103,24 @@ void Application::run() {
             framesToDraw = std::max(0, framesToDraw - 1);
         }
         _keepSettings();
+        _pictureWindow();
+    }
+}
+
+/// Writes what the window shows, where that is asked for, as soon as nothing is missing.
+void Application::_pictureWindow() {
+    std::string const& file = workspace.options().windowPicture;
+    bool const isComplete = workspace.fault() || (isResting && !workspace.isLoading() && framesToDraw == 0);
+    if (file.empty() || isPictured || !isComplete || secondsSince(lastChange) < UNTIL_PICTURE) {
+        return;
+    }
+    isPictured = true;
+    _frame();
+    if (std::optional<Fault> const fault = shownIn(units.framebuffer).savePng(file)) {
+        workspace.report(*fault);
+        framesToDraw = FRAMES_TO_SETTLE;
+    } else {
+        window.close();
     }
 }
 
@@ -114,6 +155,9 @@ void Application::_keepSettings() {
 std::optional<double> Application::_patience() const {
     if (isSceneChanged || framesToDraw > 0) {
         return 0;
+    }
+    if (!workspace.options().windowPicture.empty() && !isPictured) {
+        return WHILE_LOADING;
     }
     if (workspace.isLoading()) {
         return WHILE_LOADING;

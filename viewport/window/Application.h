@@ -70,6 +70,7 @@ private:
     void _moveCamera(CameraSpec const& spec);
     void _drawScene();
     void _show() const;
+    void _pictureWindow();
     void _saveScreenshot(std::string const& path);
 
     Window& window;
@@ -87,6 +88,7 @@ private:
     bool isSceneChanged = true;
     bool isResting = false;  // the picture has all its pixels
     Clock::time_point lastChange;
+    bool isPictured = false;  // the window itself, as the options ask for
     int framesToDraw = 3;  // of the widgets, which need more than one to settle
 
     std::vector<std::string> watched;  // the files of the scene
