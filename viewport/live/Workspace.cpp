@@ -140,6 +140,9 @@ bool Workspace::_takeOver(LoadOutcome outcome, double aspect) {
         wanted = options;
     }
     isGoingBack = false;
+    if (!chosen && gizmo() != Gizmo::NONE) {
+        chosen = 0;
+    }
     live->select(chosen);
     notesOfScene = std::move(outcome.notes);
     for (Fault const& what : live->takeNotes()) {

@@ -2,6 +2,7 @@
 
 #include "viewport/drawing/view/Navigation.h"
 #include "viewport/program/SavedView.h"
+#include "viewport/program/describe_pick.h"
 #include "viewport/window/RecentFiles.h"
 
 #include <algorithm>
@@ -19,6 +20,9 @@ namespace {
 
 // Seconds without a change until the picture gets all its pixels.
 constexpr double UNTIL_REST = 0.15;
+// Seconds that the cursor stays where it is until what is under it is looked for, and how long that may take.
+constexpr double UNTIL_LOOK = 0.08;
+constexpr double LONGEST_LOOK = 0.25;
 // Seconds until the panel has counted what it shows.
 constexpr double UNTIL_PICTURE = 1.5;
 // While files are loaded, the bar moves on.
@@ -32,25 +36,36 @@ double secondsSince(std::chrono::steady_clock::time_point const& time) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - time).count();
 }
 
-/// What the window shows.
-Picture shownIn(PictureSize const& size) {
+/// What has been drawn and is not shown yet.
+Picture drawnIn(PictureSize const& size) {
     Picture picture;
     picture.width = size.width;
     picture.height = size.height;
     std::size_t const rowBytes = 4 * static_cast<std::size_t>(size.width);
     picture.pixels.resize(rowBytes * static_cast<std::size_t>(size.height));
-    glReadBuffer(GL_FRONT);
     glPixelStorei(GL_PACK_ALIGNMENT, 4);
     // GL's first row is the lowest.
     for (int row = 0; row < size.height; ++row) {
         glReadPixels(0, row, size.width, 1, GL_RGBA, GL_UNSIGNED_BYTE,
                      picture.pixels.data() + rowBytes * static_cast<std::size_t>(size.height - 1 - row));
     }
-    glReadBuffer(GL_BACK);
     for (std::size_t i = 3; i < picture.pixels.size(); i += 4) {
         picture.pixels[i] = 255;
     }
     return picture;
+}
+
+/// The facts about a thing beside each other, without its number.
+std::string inOneLine(std::string const& lines) {
+    std::string line;
+    for (char const letter : lines.substr(std::min(lines.size(), lines.find(' ') + 1))) {
+        if (letter != '\n') {
+            line += letter;
+        } else if (!line.empty() && line.back() != ' ') {
+            line += "  ";
+        }
+    }
+    return line;
 }
 
 std::string titleOf(Options const& options) {
@@ -72,7 +87,8 @@ Application::Application(Window& window, Options const& options, WindowSettings&
     , watch(Window::wake)
     , settings(settings)
     , hasPanel(settings.hasPanel)
-    , lastChange(Clock::now()) {
+    , lastChange(Clock::now())
+    , lastMove(lastChange) {
     window.setTitle(titleOf(options));
 }
 
@@ -98,7 +114,8 @@ void Application::run() {
         }
         bool const mustRest =
             !isSceneChanged && !isResting && drag == Drag::NONE && secondsSince(lastChange) >= UNTIL_REST;
-        if (framesToDraw > 0 || isSceneChanged || mustRest || workspace.isLoading()) {
+        bool const mustLook = isResting && isCursorNew && hasPanel && secondsSince(lastMove) >= UNTIL_LOOK;
+        if (framesToDraw > 0 || isSceneChanged || mustRest || mustLook || workspace.isLoading()) {
             _frame();
             framesToDraw = std::max(0, framesToDraw - 1);
         }
@@ -115,8 +132,9 @@ void Application::_pictureWindow() {
         return;
     }
     isPictured = true;
-    _frame();
-    if (std::optional<Fault> const fault = shownIn(units.framebuffer).savePng(file)) {
+    Picture seen;
+    _frame(&seen);
+    if (std::optional<Fault> const fault = seen.savePng(file)) {
         workspace.report(*fault);
         framesToDraw = FRAMES_TO_SETTLE;
     } else {
@@ -162,6 +180,9 @@ std::optional<double> Application::_patience() const {
     if (workspace.isLoading()) {
         return WHILE_LOADING;
     }
+    if (isResting && isCursorNew && hasPanel) {
+        return std::max(0.001, UNTIL_LOOK - secondsSince(lastMove));
+    }
     if (!isResting && !picture.isEmpty() && drag == Drag::NONE) {
         return std::max(0.001, UNTIL_REST - secondsSince(lastChange));
     }
@@ -187,7 +208,8 @@ void Application::_layOut() {
     area = newArea;
 }
 
-void Application::_frame() {
+/// \param seen gets what the window shows then; may be null
+void Application::_frame(Picture* seen) {
     interface.begin(units);
     PanelRequests const requests = panel.draw(workspace, units, hasPanel);
     _handleKeys();
@@ -219,12 +241,36 @@ void Application::_frame() {
         }
     }
     isSceneChanged = false;
+    _lookUnderCursor();
     _show();
     interface.end();
+    if (seen != nullptr) {
+        *seen = drawnIn(units.framebuffer);
+    }
     window.swap();
     if (interface.isActive()) {
         framesToDraw = std::max(framesToDraw, 2);
     }
+}
+
+/// Says what is under the cursor, where the view rests. The back buffer is used up by it.
+void Application::_lookUnderCursor() {
+    bool const isInside =
+        cursorX >= 0 && cursorY >= 0 && cursorX < area.size.width && cursorY < area.size.height;
+    if (!isCursorNew || !hasPanel || !isResting || workspace.scene() == nullptr ||
+        secondsSince(lastMove) < UNTIL_LOOK) {
+        return;
+    }
+    isCursorNew = false;
+    if (!isInside || interface.hasMouse() || costOfLook > LONGEST_LOOK) {
+        panel.setUnderCursor("");
+        return;
+    }
+    Clock::time_point const start = Clock::now();
+    std::optional<Picked> const picked = workspace.scene()->pick(area.size, _cursorPixel());
+    costOfLook = secondsSince(start);
+    panel.setUnderCursor(picked ? inOneLine(describePick(picked)) : std::string());
+    framesToDraw = std::max(framesToDraw, 1 + 1);
 }
 
 /// As fast as it goes, into the texture.
@@ -239,6 +285,7 @@ void Application::_drawScene() {
         labels.clear();
     }
     isResting = false;
+    isCursorNew = true;
     lastChange = Clock::now();
 }
 
@@ -265,6 +312,10 @@ void Application::_handleMouse() {
     double const y = units.toPixels(static_cast<double>(io.MousePos.y));
     double const dx = x - std::exchange(cursorX, x);
     double const dy = y - std::exchange(cursorY, y);
+    if (dx != 0 || dy != 0) {
+        isCursorNew = true;
+        lastMove = Clock::now();
+    }
     LiveScene* const scene = workspace.scene();
     bool const isOverScene =
         !interface.hasMouse() && x >= 0 && y >= 0 && x < area.size.width && y < area.size.height;

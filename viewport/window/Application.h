@@ -45,7 +45,7 @@ private:
     };
 
     std::optional<double> _patience() const;
-    void _frame();
+    void _frame(Picture* seen = nullptr);
     void _layOut();
     void _handleMouse();
     void _handleKeys();
@@ -71,6 +71,7 @@ private:
     void _drawScene();
     void _show() const;
     void _pictureWindow();
+    void _lookUnderCursor();
     void _saveScreenshot(std::string const& path);
 
     Window& window;
@@ -89,12 +90,15 @@ private:
     bool isResting = false;  // the picture has all its pixels
     Clock::time_point lastChange;
     bool isPictured = false;  // the window itself, as the options ask for
-    int framesToDraw = 3;  // of the widgets, which need more than one to settle
+    int framesToDraw = 3;     // of the widgets, which need more than one to settle
 
     std::vector<std::string> watched;  // the files of the scene
 
     Drag drag = Drag::NONE;
-    double cursorX = 0;  // pixels from the upper left corner of the area
+    bool isCursorNew = false;    // what is under it has not been looked for
+    Clock::time_point lastMove;  // of the cursor
+    double costOfLook = 0;       // seconds
+    double cursorX = 0;          // pixels from the upper left corner of the area
     double cursorY = 0;
     double pressedX = 0;  // where the left button was pressed
     double pressedY = 0;

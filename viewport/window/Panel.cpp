@@ -171,7 +171,7 @@ void Panel::_drawStatus(Workspace& workspace, WindowUnits const& units) const {
     } else if (scene->detail() < 1) {
         ImGui::Text("%.3g %% of the particles while the view moves", 100 * scene->detail());
     } else {
-        ImGui::TextUnformatted("H shows the keys");
+        ImGui::TextUnformatted(underCursor.empty() ? "H shows the keys" : underCursor.c_str());
     }
     ImGui::End();
     ImGui::PopStyleVar();

@@ -25,10 +25,15 @@ public:
     /// Asks for the picture that the panel's own button would save.
     void savePicture(PanelRequests& requests) const { picture.save(requests); }
 
+    /// What is under the cursor, for the line of status; empty: nothing.
+    void setUnderCursor(std::string const& text) { underCursor = text; }
+
     bool isHelpShown = false;
     bool isOverlayShown = false;
 
 private:
+    std::string underCursor;
+
     void _drawHelp();
     void _drawSections(Workspace& workspace, float width, PanelRequests& requests);
     void _drawProgress(Workspace const& workspace, PanelRequests& requests) const;

@@ -363,6 +363,10 @@ std::size_t WindowDriver::memory() const {
 
 std::optional<int> WindowDriver::close() {
     screen->send(screen->atom("WM_PROTOCOLS"), {0, 0, 0, 0, 0}, screen->atom("WM_DELETE_WINDOW"));
+    return waitForEnd();
+}
+
+std::optional<int> WindowDriver::waitForEnd() {
     auto const deadline = Clock::now() + PATIENCE;
     while (program != 0 && Clock::now() < deadline) {
         int status = 0;

@@ -65,6 +65,9 @@ public:
     /// Asks it to close its window, and gives its exit status; nothing where it does not end.
     std::optional<int> close();
 
+    /// The exit status of a program that closes its window itself; nothing where it does not end.
+    std::optional<int> waitForEnd();
+
 private:
     struct Screen;
 

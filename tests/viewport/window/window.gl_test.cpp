@@ -151,3 +151,39 @@ TEST_F(Window_gl_test, withoutADisplayItEndsInOneLineThatNamesTheWayWithoutOne) 
     EXPECT_THAT(outcome.error, testing::HasSubstr("--out"));
     EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << outcome.error;
 }
+
+TEST_F(Window_gl_test, aHandleMovesTheObjectAndTheStepCanBeTakenBack) {
+    auto const window = open({cube, "--size", "480x480", "--view", "front", "--gizmo", "move"});
+    ASSERT_TRUE(window->isOpen());
+    window->type({"Tab"});
+    Picture const before = window->settled();
+    // The handle of x goes to the right from the middle.
+    window->move({280, 240});
+    EXPECT_GT(differences(window->settled(), before), 20U) << "the handle under the cursor is highlighted";
+    window->drag(1, {280, 240}, {350, 240});
+    window->move({20, 20});
+    Picture const moved = window->settled();
+    EXPECT_GT(differences(moved, before), 5000U);
+    window->type({"Control_L", "z"});
+    EXPECT_EQ(differences(window->settled(), before), 0U);
+    window->type({"Control_L", "Shift_L", "z"});
+    EXPECT_EQ(differences(window->settled(), moved), 0U);
+    window->type({"Control_L", "z"});
+    window->settled();
+    for (char const* const gizmo : {"t", "s"}) {
+        window->type({gizmo});
+        EXPECT_GT(differences(window->settled(), before), 100U) << gizmo;
+    }
+}
+
+TEST_F(Window_gl_test, aPictureOfTheWindowItselfIsWrittenAndTheWindowCloses) {
+    std::string const file = folder.file("window.png");
+    auto const window = open({cube, "--size", "640x480", "--window-picture", file});
+    EXPECT_TRUE(window->isOpen());
+    std::optional<int> const status = window->waitForEnd();
+    EXPECT_EQ(status, 0);
+    Result<Picture> const picture = Picture::loadPng(file);
+    ASSERT_TRUE(picture.isOk()) << picture.fault().line();
+    EXPECT_EQ(picture.value().width, 640);
+    EXPECT_EQ(picture.value().height, 480);
+}
