@@ -25,6 +25,7 @@ constexpr double UNTIL_LOOK = 0.08;
 constexpr double LONGEST_LOOK = 0.25;
 // Seconds until the panel has counted what it shows.
 constexpr double UNTIL_PICTURE = 1.5;
+constexpr double WHILE_PLAYING = 1.0 / 60;
 // While files are loaded, the bar moves on.
 constexpr double WHILE_LOADING = 0.05;
 // Widgets that are changed need another frame to show it.
@@ -115,7 +116,8 @@ void Application::run() {
         bool const mustRest =
             !isSceneChanged && !isResting && drag == Drag::NONE && secondsSince(lastChange) >= UNTIL_REST;
         bool const mustLook = isResting && isCursorNew && hasPanel && secondsSince(lastMove) >= UNTIL_LOOK;
-        if (framesToDraw > 0 || isSceneChanged || mustRest || mustLook || workspace.isLoading()) {
+        if (framesToDraw > 0 || isSceneChanged || mustRest || mustLook || workspace.isLoading() ||
+            panel.isPlaying()) {
             _frame();
             framesToDraw = std::max(0, framesToDraw - 1);
         }
@@ -179,6 +181,9 @@ std::optional<double> Application::_patience() const {
     }
     if (workspace.isLoading()) {
         return WHILE_LOADING;
+    }
+    if (panel.isPlaying()) {
+        return WHILE_PLAYING;
     }
     if (isResting && isCursorNew && hasPanel) {
         return std::max(0.001, UNTIL_LOOK - secondsSince(lastMove));
@@ -493,6 +498,9 @@ bool Application::_handleWindowKey(int key) {
     case GLFW_KEY_ENTER:
     case GLFW_KEY_KP_ENTER:
         workspace.forgetFault();
+        return true;
+    case GLFW_KEY_SPACE:
+        panel.togglePlaying(workspace);
         return true;
     case GLFW_KEY_G:
         workspace.setGizmo(Gizmo::MOVE);

@@ -14,27 +14,35 @@ constexpr double WIDTH = 320;               // points
 constexpr double STATUS = 26;               // points
 constexpr double LONGEST_WHILE_HELD = 0.1;  // seconds of a drawing
 
+constexpr double TIMELINE = 34;  // points, its height
+constexpr std::chrono::milliseconds UNTIL_PROGRESS{400};
+
 constexpr ImGuiWindowFlags FIXED = ImGuiWindowFlags_NoMove | ImGuiWindowFlags_NoResize |
                                    ImGuiWindowFlags_NoCollapse | ImGuiWindowFlags_NoSavedSettings |
                                    ImGuiWindowFlags_NoBringToFrontOnFocus;
 
 /// What the keys do, as help shows it.
-constexpr std::array<std::array<char const*, 2>, 16> KEYS{{{"Left button", "turn about the focus"},
-                                                           {"Middle or right button, Shift and left", "move"},
-                                                           {"Wheel", "zoom at the cursor"},
-                                                           {"F", "see everything"},
-                                                           {"0", "perspective"},
-                                                           {"1 2 3", "front, back, top"},
-                                                           {"4 5 6", "bottom, left, right"},
-                                                           {"P", "perspective or parallel projection"},
-                                                           {"Tab", "show or hide the panel"},
-                                                           {"F5", "read the files again"},
-                                                           {"F11", "full screen"},
-                                                           {"I", "how long the drawing takes"},
-                                                           {"H", "this help"},
-                                                           {"Ctrl+S", "save the picture"},
-                                                           {"Ctrl+Q", "quit"},
-                                                           {"Drop files", "open them"}}};
+constexpr std::array<std::array<char const*, 2>, 20> KEYS{
+    {{"Left button", "turn about the focus"},
+     {"Middle or right button, Shift and left", "move"},
+     {"Wheel", "zoom at the cursor"},
+     {"F", "see everything"},
+     {"0", "perspective"},
+     {"1 2 3", "front, back, top"},
+     {"4 5 6", "bottom, left, right"},
+     {"P", "perspective or parallel projection"},
+     {"Tab", "show or hide the panel"},
+     {"Space", "play the frames of a file, or stop"},
+     {"G T S", "handles that move, turn, scale what is selected"},
+     {"Ctrl+Z, Ctrl+Shift+Z", "take a step back, and do it again"},
+     {"F5", "read the files again"},
+     {"F11", "full screen"},
+     {"I", "how long the drawing takes"},
+     {"H", "this help"},
+     {"Ctrl+S", "save the picture"},
+     {"Ctrl+Shift+S", "save what is seen as a view"},
+     {"Ctrl+Q", "quit"},
+     {"Drop files", "open them"}}};
 
 }  // namespace
 
@@ -54,6 +62,13 @@ PanelRequests Panel::draw(Workspace& workspace, WindowUnits const& units, bool i
     if (isShown) {
         _drawSections(workspace, panelWidth, requests);
         _drawStatus(workspace, units);
+        double const left = static_cast<double>(panelWidth);
+        std::optional<Options> const next =
+            timeline.draw(workspace, left, static_cast<double>(size.x) - left,
+                          static_cast<double>(size.y) - statusHeight(units), units.pointsToUnits(TIMELINE));
+        if (next && !requests.options) {
+            requests.options = next;
+        }
     }
     if (isOverlayShown) {
         drawOverlay(workspace, size.x, 0);
@@ -118,8 +133,15 @@ void Panel::_drawHelp() {
     ImGui::End();
 }
 
-void Panel::_drawProgress(Workspace const& workspace, PanelRequests& requests) const {
+void Panel::_drawProgress(Workspace const& workspace, PanelRequests& requests) {
     if (!workspace.isLoading()) {
+        loadingSince.reset();
+        return;
+    }
+    // What is there at once needs no bar, which would flicker.
+    auto const now = std::chrono::steady_clock::now();
+    loadingSince = loadingSince.value_or(now);
+    if (now - *loadingSince < UNTIL_PROGRESS) {
         return;
     }
     LoadProgress const progress = workspace.progress();

@@ -4,8 +4,10 @@
 #include "viewport/live/Workspace.h"
 #include "viewport/window/WindowUnits.h"
 #include "viewport/window/panel/PanelRequests.h"
+#include "viewport/window/panel/Timeline.h"
 #include "viewport/window/panel/sections.h"
 
+#include <chrono>
 #include <optional>
 
 namespace vellum::viewport {
@@ -28,6 +30,9 @@ public:
     /// What is under the cursor, for the line of status; empty: nothing.
     void setUnderCursor(std::string const& text) { underCursor = text; }
 
+    void togglePlaying(Workspace& workspace) { timeline.togglePlaying(workspace); }
+    bool isPlaying() const { return timeline.isPlaying(); }
+
     bool isHelpShown = false;
     bool isOverlayShown = false;
 
@@ -36,7 +41,7 @@ private:
 
     void _drawHelp();
     void _drawSections(Workspace& workspace, float width, PanelRequests& requests);
-    void _drawProgress(Workspace const& workspace, PanelRequests& requests) const;
+    void _drawProgress(Workspace const& workspace, PanelRequests& requests);
     void _drawFault(Workspace& workspace) const;
     void _drawStatus(Workspace& workspace, WindowUnits const& units) const;
 
@@ -48,6 +53,8 @@ private:
     ViewSection view;
     ObjectSection object;
     PictureSection picture;
+    Timeline timeline;
+    std::optional<std::chrono::steady_clock::time_point> loadingSince;
     std::optional<Options>
         draft;  // while a widget is held that changes much; nothing: the workspace has them all
 };

@@ -187,3 +187,21 @@ TEST_F(Window_gl_test, aPictureOfTheWindowItselfIsWrittenAndTheWindowCloses) {
     EXPECT_EQ(picture.value().width, 640);
     EXPECT_EQ(picture.value().height, 480);
 }
+
+TEST_F(Window_gl_test, framesArePlayedToTheLastOne) {
+    std::string frames;
+    for (int i = 0; i < 4; ++i) {
+        frames += "2\n\nH 0 0 " + std::to_string(i) + "\nO 1 1 1\n";
+    }
+    std::string const file = folder.write("run.xyz", frames);
+    auto const window = open({file, "--size", "800x500", "--frame", "0", "--particles", "spheres"});
+    ASSERT_TRUE(window->isOpen());
+    Picture const first = window->settled();
+    window->type({"space"});
+    Picture const last = window->settled();
+    EXPECT_GT(differences(first, last), 500U);
+    window->type({"space"});
+    EXPECT_TRUE(window->waitUntil([&](Picture const& seen) { return differences(seen, last) > 100; }))
+        << "from the end it plays from the beginning";
+    EXPECT_EQ(window->close(), 0);
+}

@@ -1,0 +1,118 @@
+#include "viewport/window/panel/Timeline.h"
+
+#include "viewport/drawing/view/Navigation.h"
+
+#include <algorithm>
+#include <string>
+
+#include <imgui.h>
+
+namespace vellum::viewport {
+
+namespace {
+
+/// The frames of the file that has most; files with fewer show their last one.
+std::size_t frameCountOf(Workspace const& workspace) {
+    if (workspace.content() == nullptr) {
+        return 1;
+    }
+    std::vector<std::size_t> const& counts = workspace.content()->frameCounts;
+    return counts.empty() ? 1 : *std::max_element(counts.begin(), counts.end());
+}
+
+}  // namespace
+
+std::optional<Options> Timeline::draw(Workspace& workspace, double left, double width, double bottom,
+                                      double height) {
+    Clock::time_point const now = Clock::now();
+    double const passed = std::chrono::duration<double>(now - last).count();
+    last = now;
+    std::size_t const count = frameCountOf(workspace);
+    if (count < 2 || workspace.scene() == nullptr || workspace.options().isSeries) {
+        clock.pause();
+        return std::nullopt;
+    }
+    clock.setCount(count);
+    std::optional<std::size_t> const& shown = workspace.options().particles.frame;
+    if (!clock.isPlaying() && !workspace.isLoading()) {
+        clock.show(shown.value_or(count - 1));
+    }
+    std::size_t const before = clock.frame();
+    clock.advance(passed, !workspace.isLoading());
+
+    ImGui::SetNextWindowPos({static_cast<float>(left), static_cast<float>(bottom - height)});
+    ImGui::SetNextWindowSize({static_cast<float>(width), static_cast<float>(height)});
+    ImGui::SetNextWindowBgAlpha(0.6F);
+    ImGui::Begin("Frames", nullptr,
+                 ImGuiWindowFlags_NoDecoration | ImGuiWindowFlags_NoMove | ImGuiWindowFlags_NoSavedSettings |
+                     ImGuiWindowFlags_NoBringToFrontOnFocus);
+    _drawButtons(workspace);
+    ImGui::SameLine();
+    ImGui::SetNextItemWidth(std::max(40.0F, ImGui::GetContentRegionAvail().x));
+    int number = static_cast<int>(clock.frame());
+    std::string const format = "frame %d of 0 to " + std::to_string(count - 1);
+    if (ImGui::SliderInt("##frame", &number, 0, static_cast<int>(count) - 1, format.c_str(),
+                         ImGuiSliderFlags_AlwaysClamp)) {
+        clock.show(static_cast<std::size_t>(std::max(0, number)));
+    }
+    ImGui::End();
+    if (clock.frame() == before) {
+        return std::nullopt;
+    }
+    Options options = workspace.options();
+    options.particles.frame = clock.frame();
+    _hold(options, workspace);
+    return options;
+}
+
+void Timeline::togglePlaying(Workspace& workspace) {
+    if (clock.isPlaying()) {
+        clock.pause();
+    } else if (frameCountOf(workspace) > 1) {
+        clock.play();
+    }
+}
+
+void Timeline::_drawButtons(Workspace& workspace) {
+    if (ImGui::Button(clock.isPlaying() ? "Pause" : "Play")) {
+        togglePlaying(workspace);
+    }
+    ImGui::SameLine();
+    if (ImGui::Button("<")) {
+        clock.step(-1);
+    }
+    ImGui::SameLine();
+    if (ImGui::Button(">")) {
+        clock.step(1);
+    }
+    ImGui::SameLine();
+    bool isLooping = clock.isLooping();
+    if (ImGui::Checkbox("Loop", &isLooping)) {
+        clock.setLooping(isLooping);
+    }
+    ImGui::SameLine();
+    ImGui::Checkbox("Range follows", &followsRange);
+    ImGui::SameLine();
+    ImGui::SetNextItemWidth(ImGui::GetFontSize() * 5);
+    auto speed = static_cast<float>(clock.speed());
+    if (ImGui::DragFloat("##speed", &speed, 0.2F, 0.1F, 100, "%.1f/s")) {
+        clock.setSpeed(static_cast<double>(speed));
+    }
+}
+
+/// Keeps what would jump from frame to frame.
+void Timeline::_hold(Options& options, Workspace& workspace) const {
+    CameraSpec& camera = options.pictures.front().camera;
+    if (!camera.isAlongAxis() && !camera.position) {
+        // A move by nothing gives the camera that was chosen for this frame.
+        camera = Navigation(workspace.scene()->scene(), workspace.scene()->camera()).pan(0, 0);
+    }
+    std::optional<ValueScale> const& scale = workspace.scene()->shown().look.scale;
+    if (followsRange) {
+        options.particles.range.reset();
+    } else if (!options.particles.range && scale) {
+        options.particles.range = scale->range;
+    }
+}
+
+}  // namespace vellum::viewport

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "viewport/content/Options.h"
+#include "viewport/live/Workspace.h"
+#include "viewport/playback/PlaybackClock.h"
+
+#include <chrono>
+#include <cstddef>
+#include <optional>
+
+namespace vellum::viewport {
+
+/// The bar below the scene of a file with several frames: play and pause, step, loop, speed, and a slider over all frames. There is none
+/// for other files.
+///
+/// While frames play, the camera and the range of colors stay those of the frame that was shown when the user pressed play, unless the
+/// range is set to follow the frames.
+class Timeline {
+public:
+    /// Draws it.
+    /// \param left, width of the scene, bottom where the bar ends, height of it; units of the window
+    /// \return the options with another frame, where one is to be shown
+    std::optional<Options> draw(Workspace& workspace, double left, double width, double bottom,
+                                double height);
+
+    void togglePlaying(Workspace& workspace);
+    bool isPlaying() const { return clock.isPlaying(); }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    void _hold(Options& options, Workspace& workspace) const;
+    void _drawButtons(Workspace& workspace);
+
+    PlaybackClock clock{1};
+    Clock::time_point last = Clock::now();
+    bool followsRange = false;
+};
+
+}  // namespace vellum::viewport
