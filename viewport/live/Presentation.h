@@ -39,7 +39,7 @@ public:
 
     /// Draws another subject from now on, which must outlive this; also the same one after it has changed. There must be no
     /// viewer of the one before, and prepare() is to be called again.
-    void show(Subject& subject);
+    void show(Subject& other);
 
     /// What the user is to know of what prepare() did; each only once, whatever the number of subjects.
     std::vector<Fault> takeNotes();

@@ -30,7 +30,7 @@ public:
 
     /// Reads them and keeps the path for save(). A fault where the file is damaged: it is then not taken, and replaced by save().
     /// No file is no fault.
-    std::optional<Fault> load(std::string const& path);
+    std::optional<Fault> load(std::string const& file);
 
     /// Writes them, complete or not at all, where they differ from what was read or written last. Makes the folder. A fault where it
     /// cannot be written.

@@ -288,7 +288,7 @@ public:
 
     /// Of the material's light; null without a picture.
     Image readLight(Material const& material) {
-        Image const picture = _picture(lightOf(material));
+        Image picture = _picture(lightOf(material));
         Color4<float> const& color = material.emission;
         bool const hasOpacity = picture != nullptr && picture->pixdepth() == 4 * picture->bitdepth();
         if (picture == nullptr || (!hasOpacity && color.r == 1 && color.g == 1 && color.b == 1)) {

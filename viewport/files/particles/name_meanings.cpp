@@ -160,7 +160,7 @@ std::optional<ParticleColors> colorsOf(ParticleFrame& frame, NameList const& bar
             if (areColors(frame, *columns)) {
                 return ParticleColors{*columns, fullOf(frame, *columns)};
             }
-            frame.notes.push_back(
+            frame.notes.emplace_back(
                 "its colors are outside 0 to 65535 or no numbers: it is taken to have none");
             return std::nullopt;
         }
