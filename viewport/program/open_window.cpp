@@ -19,7 +19,9 @@ std::optional<Failure> openWindow(Options const& options) {
                                        (reason != nullptr ? reason : "its module has no entry") +
                                        "; with --out FILE pictures are drawn without a display")}};
     }
-    return reinterpret_cast<OpenWindow>(function)(options);
+    std::optional<Failure> failure;
+    reinterpret_cast<OpenWindow>(function)(options, failure);
+    return failure;
 }
 
 }  // namespace vellum::viewport

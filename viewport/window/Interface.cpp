@@ -49,7 +49,7 @@ ImGuiStyle styleOfScale(float scale) {
 
 }  // namespace
 
-Interface::Interface(Window& window) : window(window) {
+Interface::Interface(Window& window) {
     IMGUI_CHECKVERSION();
     ImGui::CreateContext();
     ImGui::GetIO().IniFilename = nullptr;  // the layout is fixed; the program keeps what is worth keeping

@@ -39,7 +39,6 @@ public:
 private:
     void _setScale(double pixelsPerPoint, double pixelsPerUnit);
 
-    Window& window;
     double scale = 0;  // of letters in units of the window, as they were made; 0: none have been made yet
 };
 

@@ -5,12 +5,11 @@
 #include "viewport/window/Application.h"
 #include "viewport/window/Window.h"
 
-/// The entry of the window's module, see open_window.h.
-extern "C" __attribute__((visibility("default"))) std::optional<vellum::viewport::Failure>
-vl_viewport_open_window(vellum::viewport::Options const& options);
+namespace vellum::viewport {
 
-std::optional<vellum::viewport::Failure> vl_viewport_open_window(vellum::viewport::Options const& options) {
-    using namespace vellum::viewport;
+namespace {
+
+std::optional<Failure> openAndRun(Options const& options) {
     WindowSettings settings;
     if (std::optional<Fault> const damage = settings.load(WindowSettings::userFile())) {
         note(options, *damage);
@@ -31,4 +30,18 @@ std::optional<vellum::viewport::Failure> vl_viewport_open_window(vellum::viewpor
         note(options, *unwritten);
     }
     return std::nullopt;
+}
+
+}  // namespace
+
+}  // namespace vellum::viewport
+
+/// The entry of the window's module, see open_window.h.
+extern "C" __attribute__((visibility("default"))) void
+vl_viewport_open_window(vellum::viewport::Options const& options,
+                        std::optional<vellum::viewport::Failure>& failure);
+
+void vl_viewport_open_window(vellum::viewport::Options const& options,
+                             std::optional<vellum::viewport::Failure>& failure) {
+    failure = vellum::viewport::openAndRun(options);
 }
