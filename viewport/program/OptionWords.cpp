@@ -353,7 +353,7 @@ std::optional<Fault> OptionWords::_readClip(Options& options) const {
 
 std::optional<Fault> OptionWords::_readTransforms(Options& options) const {
     for (std::string const& word : transforms) {
-        if (std::optional<Fault> const fault = readTransform(word, options.transforms)) {
+        if (std::optional<Fault> fault = readTransform(word, options.transforms)) {
             return fault;
         }
     }

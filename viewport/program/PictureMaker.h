@@ -55,7 +55,7 @@ public:
                                      Tell const& tell);
 
     /// Draws another subject from now on, which must outlive this; also the same one after it has changed.
-    void show(Subject& subject);
+    void show(Subject& other);
 
     toolkit::Layer& layer() { return *renderLayer; }
 

@@ -6,7 +6,7 @@
 
 namespace vellum::viewport {
 
-/// What people do with a camera, as specifications of the camera that it becomes. Plain arithmetic: nothing is changed here, and no
+/// What people do with a camera, as descriptions of the camera that it becomes. Plain arithmetic: nothing is changed here, and no
 /// GL call is made.
 ///
 ///     spec = Navigation(scene, viewer.camera()).orbit(dx, dy);    // the mouse moved with the left button
