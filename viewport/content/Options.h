@@ -50,8 +50,9 @@ struct Options {
     GivenTransforms transforms;  ///< of objects that are moved, turned or scaled
     std::optional<EffectSpec> effect;
     InfoForm info = InfoForm::NONE;
-    std::string windowPicture;  ///< a PNG file for a picture of the window itself, which is closed then; empty: none
-    bool isQuiet = false;       ///< notes and progress are not shown; faults are
+    std::string
+        windowPicture;  ///< a PNG file for a picture of the window itself, which is closed then; empty: none
+    bool isQuiet = false;  ///< notes and progress are not shown; faults are
     ImportLimits limits;
 
     /// Megabytes of video memory assumed to be free; nothing: what the driver says, or else an estimate.

@@ -86,7 +86,7 @@ std::string manualEntry(OptionEntry const& option) {
 }  // namespace
 
 std::string manualPage(std::vector<OptionEntry> const& table, std::string const& version) {
-    std::string text = ".TH VL_VIEWPORT 1 \"\" \"vl_viewport " + roff(version) + "\" \"User Commands\"\n";
+    std::string text = R"(.TH VL_VIEWPORT 1 "" "vl_viewport )" + roff(version) + "\" \"User Commands\"\n";
     text += ".SH NAME\nvl_viewport \\- view meshes and particles, or draw them into pictures\n"
             ".SH SYNOPSIS\n.B vl_viewport\n[\\fIOPTIONS\\fR] [\\fIFILE\\fR...]\n"
             ".br\n.B vl_viewport\n[\\fIOPTIONS\\fR] \\fIVIEW\\fR.vlview\n"
@@ -180,7 +180,9 @@ std::string zshCompletion(std::vector<OptionEntry> const& table) {
             word = ":" + escaped(option.type, ":\\") + ":";
         }
         std::string const ending = option.isWordOptional ? "=-" : option.type.empty() ? "" : "=";
-        text += "  " + quoted((isRepeated ? "*" : "") + option.name + ending + meaning + word) + " \\\n";
+        std::string entry = isRepeated ? "*" : "";
+        entry.append(option.name).append(ending).append(meaning).append(word);
+        text += "  " + quoted(entry) + " \\\n";
         if (!option.shortName.empty()) {
             text += "  " + quoted(option.shortName + meaning) + " \\\n";
         }

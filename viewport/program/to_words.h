@@ -24,7 +24,7 @@ std::vector<OptionWord> toWords(Options const& options);
 /// Options that toWords() leaves out: they are no part of what is seen.
 inline constexpr char const* NEVER_IN_WORDS[] = {"--out",    "--pick",      "--info", "--quiet",
                                                  "--config", "--no-config", "--help", "--version",
-                                                 "--frames", "--turntable", "--fps", "--window-picture"};
+                                                 "--frames", "--turntable", "--fps",  "--window-picture"};
 
 /// Whether the word of an option is the path of a file.
 bool takesFile(std::string const& option);

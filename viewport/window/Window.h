@@ -36,7 +36,7 @@ public:
     void close();  ///< As a click on the close button does.
 
     void setTitle(std::string const& title);
-    void setFullScreen(bool isFull);
+    void setFullScreen(bool newFull);
     bool isFullScreen() const { return isFull; }
 
     /// Shows what has been drawn.
