@@ -39,7 +39,7 @@ std::string normals(MeshData const& mesh) {
     return "of the file, " + std::to_string(missing) + " computed";
 }
 
-std::string values(ChannelFacts const& facts) {
+std::string values(ValueFacts const& facts) {
     auto const count = [](std::size_t number, char const* what) {
         return number == 0 ? std::string() : ", " + std::to_string(number) + what;
     };
@@ -129,8 +129,8 @@ DriverFacts DriverFacts::of(Core_RL_GL& layer) {
     return facts;
 }
 
-ChannelFacts factsOf(std::vector<double> const& values) {
-    ChannelFacts facts;
+ValueFacts factsOf(std::vector<double> const& values) {
+    ValueFacts facts;
     for (double const value : values) {
         if (std::isnan(value)) {
             ++facts.undefinedCount;

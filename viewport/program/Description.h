@@ -33,7 +33,7 @@ struct DriverFacts {
 };
 
 /// The values of a channel. Minimum, maximum and mean are those of the finite ones.
-struct ChannelFacts {
+struct ValueFacts {
     std::size_t finiteCount = 0;
     std::size_t undefinedCount = 0;  ///< that are no number
     std::size_t infiniteCount = 0;
@@ -42,7 +42,7 @@ struct ChannelFacts {
     double mean = 0;
 };
 
-ChannelFacts factsOf(std::vector<double> const& values);
+ValueFacts factsOf(std::vector<double> const& values);
 
 /// The box around the particles with a finite position; nothing where there are none.
 std::optional<Box3<double>> boundsOf(ParticleFrame const& frame);

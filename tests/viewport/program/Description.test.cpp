@@ -28,7 +28,7 @@ LoadedFrame someParticles() {
 }  // namespace
 
 TEST(Description, channelsAreMeasuredByTheirFiniteValues) {
-    ChannelFacts const facts = factsOf(someParticles().frame.channels[0].values);
+    ValueFacts const facts = factsOf(someParticles().frame.channels[0].values);
     EXPECT_EQ(facts.finiteCount, 2U);
     EXPECT_EQ(facts.undefinedCount, 1U);
     EXPECT_EQ(facts.infiniteCount, 1U);
