@@ -68,6 +68,20 @@ std::vector<double> azimuthSteps() {
     return steps;
 }
 
+/// The corners of quads all around, between two ends of a kind; from the middle to both sides.
+/// \param vertex (end, azimuth) sends a corner
+template <class End, class Vertex>
+void drawRing(std::vector<double> const& steps, End const& low, End const& high, Vertex const& vertex) {
+    for (std::size_t i = 0; i + 1 < steps.size(); ++i) {
+        for (double const side : {-1.0, 1.0}) {
+            vertex(low, side * steps[i]);
+            vertex(low, side * steps[i + 1]);
+            vertex(high, side * steps[i + 1]);
+            vertex(high, side * steps[i]);
+        }
+    }
+}
+
 }  // namespace
 
 SurroundingSea::SurroundingSea(Setting const& setting, SeaSurface waves)
@@ -203,14 +217,7 @@ void SurroundingSea::_drawDome(Core_RL& layer, SeaView const& view) const {
     layer.begin(Primitive::QUADS);
     for (double low = LOWEST; low < 90;) {
         double const high = std::min(low + (low < 30 ? 0.5 : 2.0), 90.0);
-        for (std::size_t i = 0; i + 1 < steps.size(); ++i) {
-            for (double const side : {-1.0, 1.0}) {
-                vertex(low, side * steps[i]);
-                vertex(low, side * steps[i + 1]);
-                vertex(high, side * steps[i + 1]);
-                vertex(high, side * steps[i]);
-            }
-        }
+        drawRing(steps, low, high, vertex);
         low = high;
     }
     layer.end();
@@ -279,14 +286,7 @@ void SurroundingSea::_drawMist(Core_RL& layer, SeaView const& view, MistEdge con
         layer.renderPoint3_scoped(convert<float>(view.eye + place * setting.unitsPerMeter));
     };
     static std::vector<double> const steps = azimuthSteps();
-    for (std::size_t i = 0; i + 1 < steps.size(); ++i) {
-        for (double const side : {-1.0, 1.0}) {
-            vertex(low, side * steps[i]);
-            vertex(low, side * steps[i + 1]);
-            vertex(high, side * steps[i + 1]);
-            vertex(high, side * steps[i]);
-        }
-    }
+    drawRing(steps, low, high, vertex);
 }
 
 /// Draws walls of mist, one behind the other: the farther the water, the more walls are in front of it.
