@@ -32,6 +32,23 @@ void sleep() {
     std::this_thread::sleep_for(PAUSE);
 }
 
+/// A connection to the server of the tests, or null. One server is for all tests of the process, and a server whose last
+/// client has left starts anew and refuses connections meanwhile: the first connection stays open, and a refusal is not
+/// final.
+Display* connect() {
+    auto const opened = [] {
+        auto const deadline = Clock::now() + PATIENCE;
+        Display* display = XOpenDisplay(nullptr);
+        while (display == nullptr && std::getenv("DISPLAY") != nullptr && Clock::now() < deadline) {
+            sleep();
+            display = XOpenDisplay(nullptr);
+        }
+        return display;
+    };
+    static Display* const kept = opened();
+    return kept == nullptr ? nullptr : opened();
+}
+
 }  // namespace
 
 struct WindowDriver::Screen {
@@ -104,7 +121,7 @@ WindowDriver::WindowDriver(std::vector<std::string> const& arguments,
     : screen(std::make_unique<Screen>()) {
     // A window may go away between two requests.
     XSetErrorHandler([](Display*, XErrorEvent*) { return 0; });
-    screen->display = XOpenDisplay(nullptr);
+    screen->display = connect();
     program = fork();
     if (program == 0) {
         for (std::string const& setting : environment) {
