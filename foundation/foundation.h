@@ -9,6 +9,7 @@
 #include "foundation/basic/ErrorItem.h"
 #include "foundation/basic/PoolByIndex.h"
 #include "foundation/basic/VL_String.h"
+#include "foundation/basic/threads.h"
 #include "foundation/geometry/Box2.h"
 #include "foundation/geometry/Box3.h"
 #include "foundation/geometry/Box3Points.h"
