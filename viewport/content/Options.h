@@ -36,6 +36,7 @@ struct FilmOptions {
 struct Options {
     std::vector<std::string> files;  ///< at least one, except with an effect that brings its own scene
     std::string view;                ///< the saved view that all of it is from; empty: none
+    std::string configuration;       ///< the file that some of it is from; empty: none
     std::string format;              ///< of all files, by its name; empty: what they look like
     bool isSeries = false;           ///< the particle files are the frames of one dump
     std::vector<PictureOptions> pictures =

@@ -46,7 +46,7 @@ std::vector<std::string> filesOf(ScatteringEffect const& /*effect*/) {
 
 std::vector<std::string> inputFiles(Options const& options) {
     std::vector<std::string> files = options.files;
-    files.push_back(options.texture);
+    files.insert(files.end(), {options.texture, options.view, options.configuration});
     if (options.effect) {
         std::vector<std::string> const more =
             std::visit([](auto const& effect) { return filesOf(effect); }, options.effect->values);

@@ -166,11 +166,14 @@ private:
     std::map<std::string, std::string> places;  // "FILE: line N: " of an option
 };
 
-std::optional<Fault> readStandards(Parsing const& parsing, std::string const& userConfiguration,
-                                   Standards& standards) {
-    std::string const file = !parsing.configuration.empty()   ? parsing.configuration
-                             : parsing.isWithoutConfiguration ? std::string()
-                                                              : userConfiguration;
+/// The configuration of this command line; empty: none.
+std::string configurationOf(Parsing const& parsing, std::string const& userConfiguration) {
+    return !parsing.configuration.empty()   ? parsing.configuration
+           : parsing.isWithoutConfiguration ? std::string()
+                                            : userConfiguration;
+}
+
+std::optional<Fault> readStandards(std::string const& file, Parsing const& parsing, Standards& standards) {
     if (file.empty()) {
         return std::nullopt;
     }
@@ -296,8 +299,8 @@ CommandLine parseCommandLine(int count, char const* const* arguments, std::strin
     if (std::optional<CommandLine> refused = readView(commandLine, view, standards)) {
         return *refused;
     }
-    std::optional<Fault> const unread =
-        view ? std::nullopt : readStandards(commandLine, userConfiguration, standards);
+    std::string const configuration = view ? std::string() : configurationOf(commandLine, userConfiguration);
+    std::optional<Fault> const unread = readStandards(configuration, commandLine, standards);
     if (unread) {
         return usageError(unread->line());
     }
@@ -307,6 +310,7 @@ CommandLine parseCommandLine(int count, char const* const* arguments, std::strin
     if (std::optional<CommandLine> shown = whole.parse(words)) {
         return *shown;
     }
+    whole.options.configuration = configuration;
     if (view) {
         whole.options.files = view->files;
         whole.options.view = view->options.file;

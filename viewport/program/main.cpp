@@ -54,6 +54,21 @@ bool mayReplace(Options const& options) {
     });
 }
 
+/// The failure of the window's picture, before the window is opened.
+std::optional<Failure> windowPictureFailure(Options const& options) {
+    std::string const& file = options.windowPicture;
+    std::string lack;
+    if (!file.empty() && pictureFormatOf(file) != PictureFormat::PNG) {
+        lack = "the name '" + file + "' is not that of a PNG";
+    } else if (isOneOf(file, inputFiles(options)) ||
+               (isOneOf(file, {file}) && isOneOf(file, materialFiles(options.files)))) {
+        lack = file + " is one of the files that are read";
+    }
+    return lack.empty()
+               ? std::nullopt
+               : std::optional<Failure>({USAGE_FAULT, {"", singleLine("--window-picture: " + lack)}});
+}
+
 /// The failure of a picture's file that is none, before anything is read.
 std::optional<Failure> outputFailure(Options const& options) {
     std::optional<Failure> replaced = inputReplaced(options, inputFiles(options));
@@ -138,7 +153,8 @@ std::optional<Failure> endWithout(Options const& options, ConsoleObserver& obser
 
 std::optional<Failure> run(Options const& options) {
     if (options.opensWindow()) {
-        return openWindow(options);
+        std::optional<Failure> failure = windowPictureFailure(options);
+        return failure ? failure : openWindow(options);
     }
     if (std::optional<Failure> failure = outputFailure(options)) {
         return failure;

@@ -509,7 +509,8 @@ TEST_F(program_gl_test, aPictureNeverReplacesAnInput) {
           Row{{mesh, "--texture", map}, link}, Row{{object}, map},
           Row{{mesh, "--effect", "glass", "--environment", map}, map},
           Row{{mesh, "--effect", "custom", "--shader-fragment", folder.write("a.frag", "void main() {}")},
-              folder.file("a.frag")}}) {
+              folder.file("a.frag")},
+          Row{{mesh, "--config", folder.write("config.png", "quality = 80\n")}, folder.file("config.png")}}) {
         std::vector<std::string> words = row.words;
         words.insert(words.end(), {"--out", row.out, "--size", "64x64"});
         SCOPED_TRACE(testing::PrintToString(words));
@@ -517,8 +518,13 @@ TEST_F(program_gl_test, aPictureNeverReplacesAnInput) {
         EXPECT_EQ(outcome.status, 2) << outcome.error;
         EXPECT_EQ(outcome.error, "vl_viewport: --out: " + row.out + " is one of the files that are read\n");
     }
+    Outcome const window = run({mesh, "--texture", map, "--window-picture", link});
+    EXPECT_EQ(window.status, 2);
+    EXPECT_EQ(window.error,
+              "vl_viewport: --window-picture: " + link + " is one of the files that are read\n");
     EXPECT_EQ(folder.read("cube.off"), mesh_texts::cubeOff);
     EXPECT_EQ(folder.read("map.png"), mapBefore);
+    EXPECT_EQ(folder.read("config.png"), "quality = 80\n");
 }
 
 TEST_F(program_gl_test, closedStandardStreamsDoNoHarm) {
