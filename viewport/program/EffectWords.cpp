@@ -85,8 +85,8 @@ void EffectWords::addTo(CLI::App& app) {
     add("--shader-fragment", fragmentShader, "Its fragment stage", "FILE");
     add("--shader-geometry", geometryShader, "Its geometry stage", "FILE");
     app.add_flag("--shader-fallback", shaderFallback,
-                 "Draw with stages that pass everything on where the files do not compile or do\n"
-                 "not link, which is else an error")
+                 "Where the files do not compile or do not link, which is else an error, draw with\n"
+                 "stages that pass everything on; lit, where no file can be used")
         ->group("Effects");
 }
 

@@ -155,12 +155,13 @@ protected:
         return words;
     }
 
-    /// The stage that passes everything on shows the current color, which effects set to white.
-    void expectPassedOn(Picture const& picture) const {
+    /// Without an effect the square is gray and lit: less than the white of stages that pass everything on.
+    void expectPlain(Picture const& picture) const {
         Rgb const color = middle(picture);
-        EXPECT_EQ(color.r, 255);
-        EXPECT_EQ(color.g, 255);
-        EXPECT_EQ(color.b, 255);
+        EXPECT_GT(color.r, 100);
+        EXPECT_LT(color.r, 250);
+        EXPECT_NEAR(color.g, color.r, 12);
+        EXPECT_NEAR(color.b, color.r, 12);
     }
 
     TemporaryFolder folder;
@@ -415,7 +416,7 @@ TEST_F(effect_program_gl_test, allThreeStagesAreTaken) {
 TEST_F(effect_program_gl_test, withTheFallbackAShaderThatDoesNotCompileIsReplacedAndItsLogNamesFileAndLine) {
     std::string const fragment = folder.write("bad.frag", "void main()\n{\n    gl_FragColor = nothing;\n}\n");
     std::string error;
-    expectPassedOn(draw(custom({"--shader-fallback", "--shader-fragment", fragment}), error));
+    expectPlain(draw(custom({"--shader-fallback", "--shader-fragment", fragment}), error));
     EXPECT_THAT(error, HasSubstr("vl_viewport: " + fragment + ":3: "));
     EXPECT_THAT(error, HasSubstr(fragment +
                                  ": does not compile; a stage that passes everything on takes its place\n"));
@@ -444,9 +445,24 @@ TEST_F(effect_program_gl_test, withTheFallbackStagesThatDoNotGoTogetherAreReplac
     std::string const fragment = folder.write(
         "alone.frag", "varying vec3 from;\nvoid main() {\n    gl_FragColor = vec4(from, 1.0);\n}\n");
     std::string error;
-    expectPassedOn(draw(custom({"--shader-fallback", "--shader-fragment", fragment}), error));
+    expectPlain(draw(custom({"--shader-fallback", "--shader-fragment", fragment}), error));
     EXPECT_THAT(error, HasSubstr("vl_viewport: the program of the stages: error: "));
     EXPECT_THAT(error, HasSubstr("cannot be linked; stages that pass everything on take its place\n"));
+}
+
+TEST_F(effect_program_gl_test, theShapeIsSeenWhereNothingIsLeftOfAnEffect) {
+    std::string const roof =
+        folder.write("roof.obj", "v -1 0 0\nv 0 0 1\nv 1 0 0\nv -1 2 0\nv 0 2 1\nv 1 2 0\n"
+                                 "f 1 2 5 4\nf 2 3 6 5\n");
+    std::string const fragment = folder.write("bad.frag", "no\n");
+    std::string error;
+    Picture const picture = draw({roof, "--view", "front", "--shading", "faceted", "--effect", "custom",
+                                  "--shader-fallback", "--shader-fragment", fragment},
+                                 error);
+    int const left = at(picture, picture.width * 2 / 5, picture.height / 2).r;
+    int const right = at(picture, picture.width * 3 / 5, picture.height / 2).r;
+    EXPECT_GT(std::abs(left - right), 30) << "two sides of a roof";
+    EXPECT_THAT(error, HasSubstr("drawn lit, without it\n"));
 }
 
 TEST_F(effect_program_gl_test, aShaderThatDoesNotCompileIsAFaultOfItsFile) {
@@ -507,7 +523,7 @@ TEST_F(effect_program_gl_test, aVertexStageWithoutAColorIsNotShownThroughAStageT
     std::string const vertex =
         folder.write("plain.vert", "void main() {\n    gl_Position = ftransform();\n}\n");
     std::string error;
-    expectPassedOn(draw(custom({"--shader-vertex", vertex}), error));
+    expectPlain(draw(custom({"--shader-vertex", vertex}), error));
     EXPECT_THAT(error, HasSubstr(vertex + ": sets no gl_FrontColor"));
 
     std::string const colored = folder.write(
@@ -559,7 +575,7 @@ TEST_F(effect_program_gl_test, withTheFallbackATextThatIsNoShaderIsReplaced) {
     std::replace(letters.begin(), letters.end(), '\0', '0');
     std::string const file = folder.write("letters.frag", letters);
     std::string error;
-    expectPassedOn(draw(custom({"--shader-fallback", "--shader-fragment", file}), error));
+    expectPlain(draw(custom({"--shader-fallback", "--shader-fragment", file}), error));
     EXPECT_THAT(error, HasSubstr("vl_viewport: " + file + ": "));
     EXPECT_THAT(error, HasSubstr("; a stage that passes everything on takes its place\n"));
 }

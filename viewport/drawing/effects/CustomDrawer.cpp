@@ -39,6 +39,20 @@ void CustomDrawer::placeLights(toolkit::View const& view, toolkit::EffectSubject
     toolkit::setEffectLights(custom, effect.lights, view, scene);
 }
 
+bool CustomDrawer::isPlain() const {
+    auto const isReplaced = [](toolkit::StageReport const& report) {
+        return report.replacement != Replacement::NOTHING;
+    };
+    auto const isAll = [](toolkit::StageReport const& report) {
+        return report.replacement == Replacement::ALL_STAGES;
+    };
+    auto const fileCount = static_cast<std::ptrdiff_t>(!effect.vertexShader.empty()) +
+                           static_cast<std::ptrdiff_t>(!effect.fragmentShader.empty()) +
+                           static_cast<std::ptrdiff_t>(!effect.geometryShader.empty());
+    std::ptrdiff_t const replaced = std::count_if(reports.begin(), reports.end(), isReplaced);
+    return replaced > 0 && (replaced >= fileCount || std::any_of(reports.begin(), reports.end(), isAll));
+}
+
 std::vector<Fault> CustomDrawer::stageFaults() const {
     auto const broken = std::find_if(reports.begin(), reports.end(), isBroken);
     if (effect.replacesStages || broken == reports.end()) {

@@ -14,6 +14,7 @@ public:
     Base_shader& shader() override { return custom; }
     EffectMaterial material() const override;
     void placeLights(toolkit::View const& view, toolkit::EffectSubject const& scene) const override;
+    bool isPlain() const override;
     std::vector<Fault> stageFaults() const override;
 
 private:

@@ -57,6 +57,9 @@ std::vector<Fault> EffectDrawer::notes() const {
             notes.insert(notes.end(), lines.begin(), lines.end());
         }
     }
+    if (isPlain()) {
+        notes.push_back({"", "nothing of the effect can be used: drawn lit, without it"});
+    }
     return notes;
 }
 

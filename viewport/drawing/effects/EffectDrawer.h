@@ -46,6 +46,10 @@ public:
     /// State: parameters of lights 0 and 1.
     virtual void placeLights(toolkit::View const& view, toolkit::EffectSubject const& scene) const = 0;
 
+    /// Whether nothing is left of the user's stages. The meshes are lit as without an effect then, for their shape to be seen:
+    /// stages that pass everything on show a silhouette.
+    virtual bool isPlain() const { return false; }
+
     /// What the user is to know about the stages, one fault for each line.
     std::vector<Fault> notes() const;
 

@@ -1,6 +1,7 @@
 #include "viewport/drawing/effects/EffectRenderer.h"
 
 #include "foundation/basic/ArrayServer.h"
+#include "toolkit/Lit.h"
 #include "toolkit/draw_with.h"
 #include "toolkit/mesh_arrays.h"
 #include "toolkit/transforms.h"
@@ -88,6 +89,21 @@ Vector3<float> scaledNormal(Vector3<float> const& normal, Vector3<double> const&
     Vector3<double> const turned{n.x / scale.x, n.y / scale.y, n.z / scale.z};
     double const size = length(turned);
     return size > 0 ? convert<float>(turned * (length(n) / size)) : normal;
+}
+
+/// Draws meshes without an effect.
+void drawPlain(std::vector<std::unique_ptr<Mesh_RL_GL>> const& renderers, MeshShading shading) {
+    shading.flags &= ~static_cast<unsigned int>(MeshShadingFlags_ns::TEXTURE);
+    glPushAttrib(GL_CURRENT_BIT);
+    {
+        toolkit::Lit const lit(toolkit::View::current(), toolkit::Lit::Finish::DULL);
+        constexpr float GRAY = 0.8F;
+        glColor3f(GRAY, GRAY, GRAY);
+        for (std::unique_ptr<Mesh_RL_GL> const& renderer : renderers) {
+            renderer->render(shading);
+        }
+    }
+    glPopAttrib();
 }
 
 /// Restores lights and materials as they were, when it ends.
@@ -267,6 +283,10 @@ void EffectRenderer::draw() {
         ModelUnits const units(places[i].toScene);
         FrontFaces const faces(places[i].scale.x < 0);
         drawer->placeLights(toolkit::View::current(), sceneSeenFrom(places[i].toScene));
+        if (drawer->isPlain()) {
+            drawPlain(renderers[i], shading);
+            continue;
+        }
         for (std::unique_ptr<Mesh_RL_GL> const& renderer : renderers[i]) {
             toolkit::drawWith(drawer->shader(), [&] { renderer->render(shading); });
         }
