@@ -59,7 +59,8 @@ struct Options {
     /// Megabytes of video memory assumed to be free; nothing: what the driver says, or else an estimate.
     std::optional<unsigned int> gpuMemory;
 
-    std::set<std::string> given;  ///< options of the command line itself, such as "--percent"
+    /// Options of the command line itself, such as "--percent", and parameters of effects, as "--effect-param wind".
+    std::set<std::string> given;
 
     /// Whether a mesh, counted from 0, is drawn with the effect.
     bool hasEffect(std::size_t mesh) const { return effect && effect->covers(mesh); }

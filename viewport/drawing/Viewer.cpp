@@ -304,7 +304,10 @@ void Viewer::_drawSubjects(Sampling const& sampling) {
     }
     _drawModels(sampling);
     _drawClouds(sampling);
-    blended.draw(sampling);
+    {
+        ClipPlanes const clip(style.clip, scene);
+        blended.draw(sampling);
+    }
     if (effect != nullptr && !isInSea) {
         // Last, as an effect may show what is behind it.
         effect->draw();

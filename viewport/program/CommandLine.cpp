@@ -250,6 +250,9 @@ std::set<std::string> givenOptions(Parsing const& parsing) {
             names.insert(option->get_name());
         }
     }
+    for (std::string const& assignment : parsing.words.effect.assignments) {
+        names.insert("--effect-param " + assignment.substr(0, assignment.find('=')));
+    }
     return names;
 }
 

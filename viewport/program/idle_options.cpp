@@ -58,6 +58,7 @@ void addSea(Lines& lines) {
                "--elevation", "--fov", "--camera-height", "--zoom", "--background", "--light", "--gizmo",
                "--no-grid", "--no-axes", "--up"},
               reason);
+    lines.add({"--effect-param level", "--effect-param length"}, "nothing stands in the sea");
 }
 
 }  // namespace
@@ -105,8 +106,13 @@ std::vector<Fault> idleOptions(Options const& options, ShownKinds const& shown) 
         addSea(lines);
     } else if (options.hasSurroundingSea()) {
         lines.add({"--background", "--no-grid"}, "the sea has a sky of its own, and covers the ground");
+        lines.add({"--effect-param eye", "--effect-param tilt"}, "the camera is that of the files");
     } else if (options.effect && !options.effect->onlyModel) {
         lines.add({"--light"}, "the effect has lights of its own");
+    } else if (options.effect && std::holds_alternative<OceanEffect>(options.effect->values)) {
+        lines.add(
+            {"--effect-param level", "--effect-param length", "--effect-param eye", "--effect-param tilt"},
+            "the water is a mesh");
     }
     if (!isAnyJpeg(options)) {
         lines.add({"--quality"}, "only JPEG has a quality");

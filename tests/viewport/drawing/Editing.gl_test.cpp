@@ -151,6 +151,17 @@ TEST_F(Editing_gl_test, clipBoxesStayWhereTheyAre) {
     EXPECT_FALSE(isOrange(picture, cut.x, cut.y));
 }
 
+TEST_F(Editing_gl_test, clipBoxesCutBlendedParts) {
+    style.mesh.opacity = 0.8F;
+    toolkit::ScreenPoint const place = placeOf({0, 0, 0});
+    Picture picture = draw();
+    EXPECT_TRUE(isOrange(picture, place.x, place.y));
+    viewer.reset();
+    style.clip = Box3<double>{{4, -20, -20}, {20, 20, 20}};
+    picture = draw();
+    EXPECT_FALSE(isOrange(picture, place.x, place.y));
+}
+
 TEST_F(Editing_gl_test, identityDrawsTheSameBytes) {
     style.camera.view = toolkit::ViewKind::PERSPECTIVE;
     Picture const before = draw();

@@ -63,6 +63,21 @@ TEST(idleOptions, onlyAJpegHasAQuality) {
     EXPECT_THAT(linesOf(options, MESHES), IsEmpty());
 }
 
+TEST(idleOptions, parametersOfTheSeaThatAreForOtherSeasHaveNoEffect) {
+    Options options;
+    options.effect = EffectSpec{OceanEffect{}, std::nullopt};
+    options.given = {"--effect-param level", "--effect-param tilt", "--effect-param wind"};
+    EXPECT_THAT(linesOf(options, {}),
+                ElementsAre("--effect-param level has no effect: nothing stands in the sea"));
+    options.files = {"a.obj"};
+    EXPECT_THAT(linesOf(options, MESHES),
+                ElementsAre("--effect-param tilt has no effect: the camera is that of the files"));
+    options.effect->onlyModel = 0;
+    EXPECT_THAT(linesOf(options, MESHES),
+                ElementsAre("--effect-param level has no effect: the water is a mesh",
+                            "--effect-param tilt has no effect: the water is a mesh"));
+}
+
 TEST(idleOptions, theSeaHasACameraOfItsOwn) {
     Options options;
     options.given = {"--view", "--light"};
