@@ -17,6 +17,7 @@
 #include "toolkit/CameraController.h"
 #include "toolkit/ColorMap.h"
 #include "toolkit/EffectLights.h"
+#include "toolkit/EvenChoice.h"
 #include "toolkit/Framing.h"
 #include "toolkit/Layer.h"
 #include "toolkit/Lights.h"

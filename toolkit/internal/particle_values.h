@@ -4,25 +4,16 @@
 #include "foundation/geometry/ParticleSystemChunk_v2.h"
 #include "foundation/geometry/ParticleSystem_v2.h"
 #include "foundation/geometry/Vector3.h"
+#include "toolkit/EvenChoice.h"
 #include "toolkit/ParticleLook.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 
 /// \file
 /// What is read of particles, by all that prepare them for drawing.
 
 namespace vellum::toolkit {
-
-/// The number of particles in a percentage of `count`, as renderers have it: computed in single precision and truncated.
-inline unsigned int drawnOf(unsigned int count, float percent) {
-    float const part = static_cast<float>(count) * percent / 100.0F;
-    if (!(part > 0.0F)) {
-        return 0;
-    }
-    return part < static_cast<float>(count) ? static_cast<unsigned int>(part) : count;
-}
 
 inline bool isFinite(Vector3<float> const& v) {
     return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
@@ -32,26 +23,6 @@ inline bool isOfType(ParticleSystem_v2 const& system, unsigned int channel, unsi
     ParticleChannel_v2 const* const record = system.findChannel(channel);
     return record != nullptr && record->type == type;
 }
-
-/// Chooses `wanted` of `count` particles, evenly spread.
-class EvenChoice {
-public:
-    EvenChoice(unsigned int count, unsigned int wanted) : count(count), wanted(wanted) {}
-
-    bool takesNext() {
-        sum += wanted;
-        if (sum < count) {
-            return false;
-        }
-        sum -= count;
-        return true;
-    }
-
-private:
-    std::uint64_t count;
-    std::uint64_t wanted;
-    std::uint64_t sum = 0;
-};
 
 /// The number that colors show of each particle of a chunk; 0 without a channel of vectors or scalars.
 class ShownValues {

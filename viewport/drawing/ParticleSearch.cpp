@@ -1,11 +1,11 @@
 #include "viewport/drawing/ParticleSearch.h"
 
+#include "toolkit/EvenChoice.h"
 #include "viewport/drawing/ScreenPlace.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdint>
 #include <limits>
 
 namespace vellum::viewport {
@@ -29,44 +29,16 @@ struct Cover {
 
 // == The particles that are drawn ==
 
-/// The number of particles in a percentage, as renderers have it.
-unsigned int partOf(unsigned int count, float percent) {
-    float const part = static_cast<float>(count) * percent / 100.0F;
-    if (!(part > 0.0F)) {
-        return 0;
-    }
-    return part < static_cast<float>(count) ? static_cast<unsigned int>(part) : count;
-}
-
 struct All {
     bool takesNext() { return true; }
-};
-
-/// The choice of the toolkit, where it copies particles or draws their own colors.
-class EvenSteps {
-public:
-    EvenSteps(unsigned int count, unsigned int wanted) : count(count), wanted(wanted) {}
-
-    bool takesNext() {
-        sum += wanted;
-        if (sum < count) {
-            return false;
-        }
-        sum -= count;
-        return true;
-    }
-
-private:
-    std::uint64_t count;
-    std::uint64_t wanted;
-    std::uint64_t sum = 0;
 };
 
 /// The choice of the library, which draws a system as it is: the next one is taken if those taken so far are no larger
 /// part than the percentage.
 class EvenParts {
 public:
-    EvenParts(unsigned int count, float percent) : percent(percent), missing(partOf(count, percent)) {}
+    EvenParts(unsigned int count, float percent)
+        : percent(percent), missing(toolkit::drawnOf(count, percent)) {}
 
     bool takesNext() {
         bool const takes = missing != 0 && (visited == 0 || taken / visited * 100.0F <= percent);
@@ -351,7 +323,7 @@ std::optional<std::size_t> search(ParticleCloud const& cloud, DrawnCloud const& 
     ParticleSystem_v2 const& system = *cloud.system;
     bool const isFlat = drawn.mode == ParticleMode::POINTS || drawn.mode == ParticleMode::ARROWS;
     Best best(depth, isFlat);
-    unsigned int wanted = partOf(system.size(), drawn.look.percent);
+    unsigned int wanted = toolkit::drawnOf(system.size(), drawn.look.percent);
     if (drawn.mode == ParticleMode::SOLID_ARROWS) {
         wanted = std::min(wanted, toolkit::MOST_SOLID_ARROWS);
     }
@@ -360,7 +332,7 @@ std::optional<std::size_t> search(ParticleCloud const& cloud, DrawnCloud const& 
     } else if (drawn.mode != ParticleMode::SOLID_ARROWS && isDrawnDirectly(drawn.look)) {
         search(system, EvenParts(system.size(), drawn.look.percent), shapeOf, best);
     } else {
-        search(system, EvenSteps(system.size(), wanted), shapeOf, best);
+        search(system, toolkit::EvenChoice(system.size(), wanted), shapeOf, best);
     }
     return best.record();
 }

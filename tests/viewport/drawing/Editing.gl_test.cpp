@@ -2,6 +2,7 @@
 
 #include "Core_RL_GL.h"
 #include "tests/gl_spy/GlTest.h"
+#include "tests/viewport/drawing/ViewerTest.h"
 #include "viewport/drawing/layer/GlewStart.h"
 #include "viewport/editing/GizmoDrag.h"
 
@@ -16,23 +17,7 @@ namespace {
 
 using Point = Vector3<double>;
 
-constexpr Tiling ONE_TILE{2, 112, 112, 8};
 constexpr Color4<float> ORANGE{1.0F, 0.45F, 0.0F, 1};
-
-/// A cube from -1 to 1.
-MeshData cube(std::string const& name, Point const& place) {
-    MeshData mesh;
-    mesh.name = name;
-    for (unsigned int i = 0; i < 8; ++i) {
-        Point const corner{(i & 1) != 0 ? 1.0 : -1.0, (i & 2) != 0 ? 1.0 : -1.0, (i & 4) != 0 ? 1.0 : -1.0};
-        mesh.positions.push_back(corner + place);
-        mesh.normals.push_back(convert<float>(normalized(corner)));
-        mesh.colors.push_back(ORANGE);
-    }
-    mesh.triangles = {{0, 4, 6}, {0, 6, 2}, {1, 3, 7}, {1, 7, 5}, {0, 1, 5}, {0, 5, 4},
-                      {2, 6, 7}, {2, 7, 3}, {0, 2, 3}, {0, 3, 1}, {4, 5, 7}, {4, 7, 6}};
-    return mesh;
-}
 
 class Editing_gl_test : public gl_spy::GlTest {
 protected:
@@ -59,7 +44,7 @@ protected:
     }
 
     Picture draw() {
-        Result<Picture> picture = TiledPicture(size, ONE_TILE).draw(view(), *layer, context());
+        Result<Picture> picture = TiledPicture(size, oneTile).draw(view(), *layer, context());
         EXPECT_TRUE(picture.isOk());
         return picture.isOk() ? picture.value() : Picture{};
     }
@@ -74,8 +59,8 @@ protected:
     toolkit::ScreenPoint placeOf(Point const& p) { return view().view(size).project(scene.placeToScene(p)); }
 
     // Two small cubes far apart hold the frame, whatever is done to the one between them.
-    Scene scene{
-        {cube("left.obj", {-10, -10, 0}), cube("middle.obj", {0, 0, 0}), cube("right.obj", {10, 10, 0})}};
+    Scene scene{{cube("left.obj", {-10, -10, 0}, ORANGE), cube("middle.obj", {0, 0, 0}, ORANGE),
+                 cube("right.obj", {10, 10, 0}, ORANGE)}};
     PictureSize size{112, 112};
     ViewStyle style;
     std::unique_ptr<Core_RL> layer;
@@ -201,8 +186,9 @@ TEST_F(Editing_gl_test, whatIsScaledAndTurnedIsShadedAsIfItsFileWereSoWithAndWit
     ObjectTransform transform;
     transform.scale = {2, 0.5, 1};
     transform.rotation = Rotation::ofDegrees({20, -30, 40});
-    std::vector<MeshData> const plain{cube("left.obj", {-10, -10, 0}), cube("middle.obj", {0, 0, 0}),
-                                      cube("right.obj", {10, 10, 0})};
+    std::vector<MeshData> const plain{cube("left.obj", {-10, -10, 0}, ORANGE),
+                                      cube("middle.obj", {0, 0, 0}, ORANGE),
+                                      cube("right.obj", {10, 10, 0}, ORANGE)};
     std::vector<MeshData> scaled = plain;
     for (Point& p : scaled[1].positions) {
         p = transform.rotation({2 * p.x, 0.5 * p.y, p.z});
@@ -227,7 +213,7 @@ TEST_F(Editing_gl_test, whatIsScaledAndTurnedIsShadedAsIfItsFileWereSoWithAndWit
                 }
                 Viewer drawing(*effectLayer, its, style, effect.get());
                 drawing.setTransform(1, placed);
-                return TiledPicture(size, ONE_TILE).draw(drawing, *effectLayer, context()).value();
+                return TiledPicture(size, oneTile).draw(drawing, *effectLayer, context()).value();
             };
             Picture const expected = drawn(scaled, {});
             Picture const untouched = drawn(plain, {});
@@ -257,7 +243,7 @@ TEST_F(Editing_gl_test, transformsThatCannotBeDrawnChangeNothing) {
 
 TEST_F(Editing_gl_test, eachHandleIsFoundWhereItIsDrawnAndYellowThere) {
     size = {224, 224};
-    scene = Scene({cube("cube.obj", {0, 0, 0})});
+    scene = Scene({cube("cube.obj", {0, 0, 0}, ORANGE)});
     style.camera.view = toolkit::ViewKind::PERSPECTIVE;
     ObjectTransform transform = movedBy({0.1, 0.05, 0});
     transform.rotation = Rotation::ofDegrees({10, 20, 30});
@@ -310,7 +296,7 @@ TEST_F(Editing_gl_test, eachHandleIsFoundWhereItIsDrawnAndYellowThere) {
 
 TEST_F(Editing_gl_test, aGizmoOverAnObjectIsAlwaysEquallyLarge) {
     // The arrow's end, at different distances from the viewer.
-    scene = Scene({cube("cube.obj", {0, 0, 0}), cube("far.obj", {-8, 0, -40})});
+    scene = Scene({cube("cube.obj", {0, 0, 0}, ORANGE), cube("far.obj", {-8, 0, -40}, ORANGE)});
     style.camera.view = toolkit::ViewKind::PERSPECTIVE;
     style.gizmo = Gizmo::ROTATE;
     for (std::size_t const object : {0, 1}) {
@@ -323,7 +309,7 @@ TEST_F(Editing_gl_test, aGizmoOverAnObjectIsAlwaysEquallyLarge) {
 }
 
 TEST_F(Editing_gl_test, handlesThatCannotBeDraggedAreLeftOut) {
-    scene = Scene({cube("cube.obj", {0, 0, 0})});
+    scene = Scene({cube("cube.obj", {0, 0, 0}, ORANGE)});
     style.gizmo = Gizmo::MOVE;
     view().setSelected(0);
     // In the front view z is a point, and the planes along it are lines over the axes.
@@ -333,7 +319,7 @@ TEST_F(Editing_gl_test, handlesThatCannotBeDraggedAreLeftOut) {
 }
 
 TEST_F(Editing_gl_test, withoutASelectionTheGizmoIsAtTheOriginWithoutPlanes) {
-    scene = Scene({cube("cube.obj", {0, 0, 0})});
+    scene = Scene({cube("cube.obj", {0, 0, 0}, ORANGE)});
     style.camera.view = toolkit::ViewKind::PERSPECTIVE;
     style.gizmo = Gizmo::MOVE;
     Picture const atOrigin = draw();

@@ -3,6 +3,7 @@
 #include "tests/gl_spy/GlTest.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/attribute_state.h"
+#include "tests/viewport/drawing/ViewerTest.h"
 #include "viewport/drawing/Viewer.h"
 #include "viewport/drawing/layer/GlewStart.h"
 #include "viewport/files/images/Picture.h"
@@ -40,21 +41,6 @@ OceanEffect smallOcean() {
     return ocean;
 }
 
-/// A cube from -1 to 1.
-MeshData redCube() {
-    MeshData mesh;
-    for (unsigned int i = 0; i < 8; ++i) {
-        Vector3<double> const corner{(i & 1) != 0 ? 1.0 : -1.0, (i & 2) != 0 ? 1.0 : -1.0,
-                                     (i & 4) != 0 ? 1.0 : -1.0};
-        mesh.positions.push_back(corner);
-        mesh.normals.push_back(convert<float>(normalized(corner)));
-        mesh.colors.push_back({1, 0, 0, 1});
-    }
-    mesh.triangles = {{0, 4, 6}, {0, 6, 2}, {1, 3, 7}, {1, 7, 5}, {0, 1, 5}, {0, 5, 4},
-                      {2, 6, 7}, {2, 7, 3}, {0, 2, 3}, {0, 3, 1}, {4, 5, 7}, {4, 7, 6}};
-    return mesh;
-}
-
 /// Where the arrays of the last mesh were. Mesh renderers leave that behind; the arrays themselves are off.
 MATCHER(isOfArrays, "") {
     return std::string(arg).find("_ARRAY_") != std::string::npos;
@@ -64,6 +50,22 @@ MATCHER(isOfArrays, "") {
 MATCHER(isOfTheLayer, "") {
     return std::string(arg).find("GL_BLEND_") == 0 || std::string(arg) == "GL_DEPTH_FUNC";
 }
+
+/// A red cube with a sea about it.
+struct CubeInTheSea {
+    CubeInTheSea() {
+        Result<EffectSubject> subject = EffectSubject::prepare(spec, meshes, scene, 1);
+        if (subject.isOk()) {
+            effect = std::make_unique<EffectRenderer>(*layer, spec, MeshStyle(), std::move(subject.value()));
+        }
+    }
+
+    std::unique_ptr<toolkit::Layer> layer = std::make_unique<toolkit::Layer>();
+    EffectSpec spec{smallOcean(), std::nullopt};
+    std::vector<MeshData> meshes{cube("cube.obj", {0, 0, 0}, {1, 0, 0, 1})};
+    Scene scene{meshes};
+    std::unique_ptr<EffectRenderer> effect;  // null: it could not be prepared
+};
 
 class EffectRenderer_gl_test : public gl_spy::GlTest {
 protected:
@@ -142,13 +144,11 @@ TEST_F(EffectRenderer_gl_test, theSeaHasASceneOfItsOwnAndLeavesTheStateAsItWas) 
 }
 
 TEST_F(EffectRenderer_gl_test, theSurroundingSeaLeavesTheStateAsItWas) {
-    auto const layer = std::make_unique<toolkit::Layer>();
-    EffectSpec const spec{smallOcean(), std::nullopt};
-    std::vector<MeshData> const meshes{redCube()};
-    Scene const scene(meshes);
-    Result<EffectSubject> subject = EffectSubject::prepare(spec, meshes, scene, 1);
-    ASSERT_TRUE(subject.isOk());
-    EffectRenderer effect(*layer, spec, MeshStyle(), std::move(subject.value()));
+    CubeInTheSea const subject;
+    ASSERT_NE(subject.effect, nullptr);
+    Scene const& scene = subject.scene;
+    EffectRenderer& effect = *subject.effect;
+    auto const& layer = subject.layer;
     SurroundingSea const* const sea = effect.surroundingSea();
     ASSERT_NE(sea, nullptr);
     EXPECT_EQ(effect.ownScene(), nullptr);
@@ -179,7 +179,7 @@ TEST_F(EffectRenderer_gl_test, theLowerPartOfThingsIsUnderWater) {
     ocean.sea.windSpeed = 0.5;  // ripples
     ocean.level = 0.5;
     EffectSpec const spec{ocean, std::nullopt};
-    std::vector<MeshData> const meshes{redCube()};
+    std::vector<MeshData> const meshes{cube("cube.obj", {0, 0, 0}, {1, 0, 0, 1})};
     Scene const scene(meshes);
     for (toolkit::ViewKind const kind :
          {toolkit::ViewKind::PERSPECTIVE, toolkit::ViewKind::FRONT, toolkit::ViewKind::TOP}) {
@@ -219,13 +219,11 @@ TEST_F(EffectRenderer_gl_test, theLowerPartOfThingsIsUnderWater) {
 }
 
 TEST_F(EffectRenderer_gl_test, aCameraUnderWaterIsAFault) {
-    auto const layer = std::make_unique<toolkit::Layer>();
-    EffectSpec const spec{smallOcean(), std::nullopt};
-    std::vector<MeshData> const meshes{redCube()};
-    Scene const scene(meshes);
-    Result<EffectSubject> subject = EffectSubject::prepare(spec, meshes, scene, 1);
-    ASSERT_TRUE(subject.isOk());
-    EffectRenderer effect(*layer, spec, MeshStyle(), std::move(subject.value()));
+    CubeInTheSea const subject;
+    ASSERT_NE(subject.effect, nullptr);
+    Scene const& scene = subject.scene;
+    EffectRenderer& effect = *subject.effect;
+    auto const& layer = subject.layer;
     ViewStyle style;
     style.camera.position = {5, -3, 5};
     std::optional<Fault> const deep = Viewer(*layer, scene, style, &effect).cameraFault({64, 48});
