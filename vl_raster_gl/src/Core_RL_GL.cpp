@@ -5,6 +5,7 @@
 #include "internal/arrow_geometry.h"
 #include "internal/box_faces.h"
 #include "internal/circle_points.h"
+#include "internal/long_loops.h"
 #include "internal/plane_grid.h"
 
 #include <algorithm>
@@ -26,6 +27,7 @@ constexpr GLbitfield OVERLAY_ATTRIBUTES = GL_VIEWPORT;  // see pushViewportOrtho
 constexpr GLint STIPPLE_FACTOR = 3;
 constexpr GLushort STIPPLE_PATTERN = 0xAAAA;  // every second bit; the factor makes them three pixels
 constexpr long FIRST_VERSION_WITH_SHADERS = 2;
+constexpr std::size_t ARROWS_PER_RANGE = 16384;  // of a long fill; whole blocks of ArrowPoints
 
 // == Errors and logs ==
 
@@ -1452,35 +1454,38 @@ void Core_RL_GL::createBuffers_forRenderArrow3(Array<Vector3<float>> const& posi
     resizeToOverwrite(quads, QUAD_INDICES_PER_ARROW * count);
     resizeToOverwrite(vertexColors, VERTICES_PER_ARROW * count);
 
-    // Points are computed for a block of arrows, which vectorizes, and then each arrow is written to all
-    // arrays. Computation then overlaps with the stores.
-    ArrowPoints points;
-    Vector3<float>* vertex = vertices.data();
-    Color4<float>* vertexColor = vertexColors.data();
-    unsigned int* triangle = triangles.data();
-    unsigned int* line = lines.data();
-    unsigned int* quad = quads.data();
     unsigned int const colorCount = colors.size();
-    for (unsigned int first = 0; first < count; first += ArrowPoints::ARROWS) {
-        unsigned int const arrows = std::min(count - first, ArrowPoints::ARROWS);
-        Vector3<float> const* const tails = positions.data() + first;
-        points.compute(tails, directions.data() + first, scale, arrows);
-        for (unsigned int arrow = 0; arrow < arrows; ++arrow) {
-            unsigned int const i = first + arrow;
-            unsigned int const k = VERTICES_PER_ARROW * i;
-            writeArrowVertices(points, arrow, tails[arrow], vertex);
-            writeArrowColors(colorCount == 0 ? DEFAULT_ARROW_COLOR : colors[std::min(i, colorCount - 1)],
-                             vertexColor);
-            writeArrowIndices(TRIANGLE_INDICES, k, triangle);
-            writeArrowIndices(LINE_INDICES, k, line);
-            writeArrowIndices(QUAD_INDICES, k, quad);
-            vertex += VERTICES_PER_ARROW;
-            vertexColor += VERTICES_PER_ARROW;
-            triangle += TRIANGLE_INDICES_PER_ARROW;
-            line += LINE_INDICES_PER_ARROW;
-            quad += QUAD_INDICES_PER_ARROW;
+    forLongRanges(count, ARROWS_PER_RANGE, [&](std::size_t begin, std::size_t end) {
+        // Points are computed for a block of arrows, which vectorizes, and then each arrow is written to all
+        // arrays. Computation then overlaps with the stores.
+        ArrowPoints points;
+        Vector3<float>* vertex = vertices.data() + VERTICES_PER_ARROW * begin;
+        Color4<float>* vertexColor = vertexColors.data() + VERTICES_PER_ARROW * begin;
+        unsigned int* triangle = triangles.data() + TRIANGLE_INDICES_PER_ARROW * begin;
+        unsigned int* line = lines.data() + LINE_INDICES_PER_ARROW * begin;
+        unsigned int* quad = quads.data() + QUAD_INDICES_PER_ARROW * begin;
+        auto const last = static_cast<unsigned int>(end);
+        for (auto first = static_cast<unsigned int>(begin); first < last; first += ArrowPoints::ARROWS) {
+            unsigned int const arrows = std::min(last - first, ArrowPoints::ARROWS);
+            Vector3<float> const* const tails = positions.data() + first;
+            points.compute(tails, directions.data() + first, scale, arrows);
+            for (unsigned int arrow = 0; arrow < arrows; ++arrow) {
+                unsigned int const i = first + arrow;
+                unsigned int const k = VERTICES_PER_ARROW * i;
+                writeArrowVertices(points, arrow, tails[arrow], vertex);
+                writeArrowColors(colorCount == 0 ? DEFAULT_ARROW_COLOR : colors[std::min(i, colorCount - 1)],
+                                 vertexColor);
+                writeArrowIndices(TRIANGLE_INDICES, k, triangle);
+                writeArrowIndices(LINE_INDICES, k, line);
+                writeArrowIndices(QUAD_INDICES, k, quad);
+                vertex += VERTICES_PER_ARROW;
+                vertexColor += VERTICES_PER_ARROW;
+                triangle += TRIANGLE_INDICES_PER_ARROW;
+                line += LINE_INDICES_PER_ARROW;
+                quad += QUAD_INDICES_PER_ARROW;
+            }
         }
-    }
+    });
 }
 
 void Core_RL_GL::renderArrow3_usingBuffers(Array<Vector3<float>> const& vertices,

@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "internal/gl_api.h"
+#include "internal/long_loops.h"
 #include "internal/misuse.h"
 
 namespace vellum {
@@ -114,6 +115,10 @@ constexpr unsigned int EDGES = TRIANGLES | CORNER_NORMALS | ADJACENCY;
 // renderEdgesConnection, renderEdgesUnconnected
 constexpr unsigned int EDGE_MARKS = TRIANGLES | ADJACENCY;
 
+// Of a long fill: a range of about two megabytes.
+constexpr std::size_t TRIANGLES_PER_RANGE = 65536;
+constexpr std::size_t EDGES_PER_RANGE = 262144;
+
 // The sources of the surface buffers.
 constexpr unsigned int SOUP = TRIANGLES | CORNER_NORMALS | FACE_NORMALS;
 
@@ -160,18 +165,20 @@ void fillBuffer(GLenum target, GLuint& name, bool keepsStore, std::size_t bytes,
     glBindBuffer(target, 0);
 }
 
-/// Refills a buffer of the soup; `write` writes the three corners of one triangle.
+/// Refills a buffer of the soup; `write` writes the three corners of one triangle, on any thread.
 template <class Write>
 void fillSoup(GLuint& name, bool keepsStore, unsigned int triangleCount, std::size_t floatsPerCorner,
               Write const& write) {
     std::size_t const floatsPerTriangle = 3 * floatsPerCorner;
     fillBuffer(GL_ARRAY_BUFFER, name, keepsStore, triangleCount * floatsPerTriangle * sizeof(float),
                [&](void* memory) {
-                   float* out = static_cast<float*>(memory);
-                   for (unsigned int t = 0; t < triangleCount; ++t) {
-                       write(out, t);
-                       out += floatsPerTriangle;
-                   }
+                   forLongRanges(triangleCount, TRIANGLES_PER_RANGE, [&](std::size_t begin, std::size_t end) {
+                       float* out = static_cast<float*>(memory) + begin * floatsPerTriangle;
+                       for (std::size_t t = begin; t < end; ++t) {
+                           write(out, static_cast<unsigned int>(t));
+                           out += floatsPerTriangle;
+                       }
+                   });
                });
 }
 
@@ -472,13 +479,17 @@ void Mesh_RL_GL::_updateEdges(Arrays const& arrays, bool isStale) const {
     indexCount = indexList.size() * 2;
     fillBuffer(GL_ELEMENT_ARRAY_BUFFER, indexBuffer, indexCount == indexBufferCapacity,
                std::size_t{indexCount} * sizeof(GLuint), [&](void* memory) {
-                   auto* out = static_cast<GLuint*>(memory);
-                   for (unsigned int const corner : indexList) {
-                       unsigned int const k = corner % 3;
-                       out[0] = corner;
-                       out[1] = corner - k + NEXT_CIRCULAR[k];
-                       out += 2;
-                   }
+                   unsigned int const* const corners = indexList.data();
+                   forLongRanges(indexList.size(), EDGES_PER_RANGE, [&](std::size_t begin, std::size_t end) {
+                       auto* out = static_cast<GLuint*>(memory) + 2 * begin;
+                       for (std::size_t edge = begin; edge < end; ++edge) {
+                           unsigned int const corner = corners[edge];
+                           unsigned int const k = corner % 3;
+                           out[0] = corner;
+                           out[1] = corner - k + NEXT_CIRCULAR[k];
+                           out += 2;
+                       }
+                   });
                });
     indexBufferCapacity = indexCount;
 }

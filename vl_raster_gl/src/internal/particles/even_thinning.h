@@ -72,6 +72,17 @@ public:
 
     bool takesAll() const { return percent >= 100.0F; }  ///< Whether takeAll() decides.
 
+    /// Whether skip() may pass over all particles of a system of this size.
+    bool canSkip(unsigned int count) const { return takesAll() || count < EXACT; }
+
+    /// Passes over the next `count` particles: the state is then that after their decisions. Takes the same time for every
+    /// count, so that parts of a system can be decided independently.
+    /// \pre canSkip() of the size of the system.
+    void skip(unsigned int count) {
+        visited += count;
+        taken = std::min(wanted, takesAll() ? visited : _takenBefore(visited));
+    }
+
     /// Decides on the next particles, at most `count` of them, at least one. `count` is above 0, and the
     /// thinning is not complete.
     /// \return on how many.
@@ -109,6 +120,16 @@ private:
         boundIsTaken = (bits & 1U) == 0;
         visitsPerTaken = 1.0 / bound;
         step = static_cast<std::int64_t>(std::ldexp(bound, DIGITS));
+    }
+
+    // The selected ones of the first particles, without regard to the target; see the decision without a division.
+    unsigned int _takenBefore(unsigned int index) const {
+        if (index < 2 || wanted == 0) {
+            return wanted != 0 ? index : 0;
+        }
+        double const product = (index - 1) * bound;
+        return boundIsTaken ? static_cast<unsigned int>(product) + 1
+                            : static_cast<unsigned int>(std::ceil(product));
     }
 
     bool _isTaken(unsigned int alreadyTaken, unsigned int alreadyVisited) const {

@@ -1,5 +1,7 @@
 #include "internal/particles/particle_records.h"
 
+#include "internal/long_loops.h"
+
 #include "foundation/geometry/ParticleEntry_v2.h"
 #include "foundation/geometry/ParticleSystemChunk_v2.h"
 
@@ -166,14 +168,64 @@ float const* floatsOf(ParticleChannelChunkData_v2* data) {
     return floats != nullptr ? floats : ZEROS;
 }
 
+/// Successive chunks, and the state of the thinning before the first of them.
+struct ChunkRange {
+    ParticleSystemChunk_v2 const* first = nullptr;
+    ParticleSystemChunk_v2 const* end = nullptr;
+    EvenThinning thinning{0, 0};
+    bool isLast = true;  // no particle is taken behind it
+};
+
+/// A large system, divided into ranges that are written independently. The same for every number of threads.
+class ChunkRanges {
+public:
+    ChunkRanges(ParticleSystem_v2 const& system, EvenThinning thinning) {
+        ranges[0].first = system.firstChunk();
+        ranges[0].thinning = thinning;
+        if (system.size() <= MOST_ON_ONE_THREAD || !thinning.canSkip(system.size())) {
+            return;
+        }
+        unsigned int const perRange = system.size() / MOST + 1;
+        unsigned int inRange = 0;
+        for (ParticleSystemChunk_v2 const* chunk = system.firstChunk(); chunk != nullptr;
+             chunk = chunk->next()) {
+            // A range that takes nothing is continued: the last particle is repeated by the range that has it.
+            bool const takes = thinning.missing() != ranges[count - 1].thinning.missing();
+            if (inRange >= perRange && takes && !thinning.isComplete()) {
+                ranges[count - 1].end = chunk;
+                ranges[count - 1].isLast = false;
+                ranges[count].first = chunk;
+                ranges[count].thinning = thinning;
+                ++count;
+                inRange = 0;
+            }
+            thinning.skip(chunk->count());
+            inRange += chunk->count();
+        }
+        if (count > 1 && thinning.missing() == ranges[count - 1].thinning.missing()) {
+            --count;
+            ranges[count - 1].isLast = true;
+        }
+    }
+
+    unsigned int size() const { return count; }
+    ChunkRange const& operator[](std::size_t index) const { return ranges[index]; }
+
+private:
+    static constexpr unsigned int MOST = 64;
+
+    unsigned int count = 1;
+    ChunkRange ranges[MOST];
+};
+
 template <unsigned int valueFloats>
-void writeRecords(ParticleSystem_v2 const& system, unsigned int channel, RecordFormula const& formula,
-                  EvenThinning thinning, float* out) {  // NOLINT(readability-non-const-parameter): written to
-    bool const streams = std::size_t{thinning.target()} * RECORD_FLOATS * sizeof(float) >= STREAMED_BYTES;
+void writeRange(unsigned int channel, RecordFormula const& formula, ChunkRange const& range, float* out,
+                bool streams) {
+    EvenThinning thinning = range.thinning;
     RecordSink<valueFloats> sink(formula, out, streams);
     EvenThinning::Marks marks;
-    for (ParticleSystemChunk_v2 const* chunk = system.firstChunk();
-         chunk != nullptr && !thinning.isComplete(); chunk = chunk->next()) {
+    for (ParticleSystemChunk_v2 const* chunk = range.first; chunk != range.end && !thinning.isComplete();
+         chunk = chunk->next()) {
         float const* const positions = vectorsOf(chunk->channelData(0));
         float const* values = ZEROS;
         if constexpr (valueFloats != 0) {
@@ -198,13 +250,26 @@ void writeRecords(ParticleSystem_v2 const& system, unsigned int channel, RecordF
             return !thinning.isComplete();
         });
     }
-    for (unsigned int missing = thinning.missing(); missing != 0; --missing) {
+    for (unsigned int missing = range.isLast ? thinning.missing() : 0; missing != 0; --missing) {
         sink.repeatLast();
     }
     sink.flush();
     if (streams) {
         finishRecords();
     }
+}
+
+template <unsigned int valueFloats>
+void writeRecords(ParticleSystem_v2 const& system, unsigned int channel, RecordFormula const& formula,
+                  EvenThinning const& thinning,
+                  float* out) {  // NOLINT(readability-non-const-parameter): written to
+    bool const streams = std::size_t{thinning.target()} * RECORD_FLOATS * sizeof(float) >= STREAMED_BYTES;
+    ChunkRanges const ranges(system, thinning);
+    forRanges(ranges.size(), 1, [&](std::size_t number, std::size_t /*end*/) {
+        ChunkRange const& range = ranges[number];
+        std::size_t const before = thinning.missing() - range.thinning.missing();
+        writeRange<valueFloats>(channel, formula, range, out + RECORD_FLOATS * before, streams);
+    });
 }
 
 }  // namespace
