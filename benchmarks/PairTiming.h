@@ -16,6 +16,13 @@ inline double threadSeconds() {
     return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
+/// The time on the wall in seconds, for work that several threads share: their CPU times add up.
+inline double wallSeconds() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
+
 inline double median(std::vector<double> values) {
     auto const middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
@@ -29,7 +36,8 @@ inline double median(std::vector<double> values) {
 /// and the median discards the disturbed ones.
 class PairTiming {
 public:
-    explicit PairTiming(unsigned int const& partsPerRound) : parts(partsPerRound) {}
+    explicit PairTiming(unsigned int const& partsPerRound, double (*clock)() = threadSeconds)
+        : parts(partsPerRound), clock(clock) {}
 
     /// Runs the benchmark: after a warm-up with part 0, each iteration calls `library(part)` and
     /// `other(part)` for every part from 0 on. The reported time is the time of the library.
@@ -41,6 +49,10 @@ public:
             state.SetIterationTime(_runRound(library, other));
         }
     }
+
+    /// The fastest part of each side, in seconds: what a busy machine disturbs least.
+    double libraryFastest() const { return *std::min_element(librarySeconds.begin(), librarySeconds.end()); }
+    double otherFastest() const { return *std::min_element(otherSeconds.begin(), otherSeconds.end()); }
 
     double librarySecondsPerRound() const { return median(librarySeconds) * parts; }
     double otherSecondsPerRound() const { return median(otherSeconds) * parts; }
@@ -57,10 +69,10 @@ public:
 
 private:
     template <class Run>
-    static double _time(Run const& run, unsigned int const& part) {
-        double const start = threadSeconds();
+    double _time(Run const& run, unsigned int const& part) const {
+        double const start = clock();
         run(part);
-        return threadSeconds() - start;
+        return clock() - start;
     }
 
     /// \return the time of the library in seconds.
@@ -81,7 +93,8 @@ private:
         return librarySum;
     }
 
-    unsigned int parts;                  // of a round, at least 1
+    unsigned int parts;  // of a round, at least 1
+    double (*clock)();
     bool libraryFirst = true;            // at the next part
     std::vector<double> librarySeconds;  // one entry per part and round
     std::vector<double> otherSeconds;    // one entry per part and round

@@ -3,6 +3,8 @@
 #include "glsl_shader/SphereRendering_shader.h"
 
 #include "Core_RL_GL.h"
+#include "Program_gl.h"
+#include "Shader_gl.h"
 #include "tests/gl_spy/GlTest.h"
 
 #include <gtest/gtest.h>
@@ -11,6 +13,7 @@
 #include <array>
 #include <cmath>
 #include <initializer_list>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -238,6 +241,105 @@ TEST_F(Impostors_drawn_test, sphereIsNearerInItsMiddle) {
     float corner = 0;
     glReadPixels(128 + 18, 128 + 18, 1, 1, GL_DEPTH_COMPONENT, GL_FLOAT, &corner);
     EXPECT_EQ(corner, 1) << "the corners of the square are left out";
+}
+
+/// Spheres whose depth is computed through eye space: the center is projected back, moved, and projected again.
+class SpheresThroughEyeSpace : public SphereRendering_shader {
+public:
+    using SphereRendering_shader::SphereRendering_shader;
+
+    void create() override {
+        SphereRendering_shader::create();
+        delete stage2;
+        stage2 = new Shader_gl;
+        stage2->loadShaderSource(GL_FRAGMENT_SHADER, R"(varying vec2 TexCoord;
+varying vec3 vertex_light_position;
+varying float radius;
+varying vec4 eye_position;
+
+void main()
+{
+    float zz = 1.0 - TexCoord.x * TexCoord.x - TexCoord.y * TexCoord.y;
+    if (zz <= 0.0) {
+        discard;
+    }
+    float z = sqrt(zz);
+    float diffuse = max(dot(vec3(TexCoord, z), vertex_light_position), 0.0) * 0.5 + 0.5;
+    vec4 pos = gl_ProjectionMatrixInverse * eye_position;
+    pos.z += z * radius;
+    pos = gl_ProjectionMatrix * pos;
+    gl_FragDepth = (pos.z / pos.w + 1.0) / 2.0;
+    gl_FragColor = vec4(gl_Color.rgb * diffuse, 1.0);
+}
+)",
+                                 false);
+        program->attach(nullptr, stage2, nullptr);
+        enable(true);
+        log = program->getInfoLog();
+    }
+};
+
+TEST_F(Impostors_drawn_test, depthOfSphereIsThatOfItsSurfaceInEverySortOfView) {
+    constexpr float DEPTH_TOLERANCE = 1e-6F;
+    std::size_t const pixelCount = std::size_t{width} * height;
+    std::mt19937 random(4);
+    auto const between = [&](float low, float high) {
+        return std::uniform_real_distribution<float>(low, high)(random);
+    };
+    glEnable(GL_DEPTH_TEST);
+    SphereRendering_shader effect((Type(4)));
+    SpheresThroughEyeSpace former((Type(4)));
+    for (int view = 0; view < 12; ++view) {
+        bool const isPerspective = view % 2 == 0;
+        float const nearPlane = between(0.5F, 2);
+        float const farPlane = nearPlane + between(4, 20);
+        float const shift = between(-0.3F, 0.3F);
+        glMatrixMode(GL_PROJECTION);
+        glLoadIdentity();
+        if (isPerspective) {
+            glFrustum(static_cast<double>(shift) - 0.5, static_cast<double>(shift) + 0.5, -0.4, 0.6,
+                      static_cast<double>(nearPlane), static_cast<double>(farPlane));
+        } else {
+            glOrtho(static_cast<double>(shift) - 2, static_cast<double>(shift) + 2, -3, 2,
+                    static_cast<double>(nearPlane), static_cast<double>(farPlane));
+        }
+        glMatrixMode(GL_MODELVIEW);
+        glLoadIdentity();
+        glRotatef(between(0, 360), between(0.1F, 1), between(-1, 1), between(-1, 1));
+        float const z = -nearPlane - between(0.3F, 0.7F) * (farPlane - nearPlane);
+        Color const center{between(-0.2F, 0.2F), between(-0.2F, 0.2F), 0};
+        float matrix[16];
+        glGetFloatv(GL_MODELVIEW_MATRIX, matrix);
+        glLoadIdentity();
+        glTranslatef(0, 0, z);
+        glMultMatrixf(matrix);
+
+        float const size = between(0.3F, 1.2F) * (isPerspective ? -z : 1);
+        std::vector<unsigned char> colors[2];
+        std::vector<float> depths[2];
+        for (int side = 0; side < 2; ++side) {
+            SphereRendering_shader& drawn = side == 0 ? effect : former;
+            glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+            prepare(drawn, size);
+            draw(drawn, center, {0, 0, 0});
+            colors[side] = readPixels();
+            depths[side].resize(pixelCount);
+            glReadPixels(0, 0, width, height, GL_DEPTH_COMPONENT, GL_FLOAT, depths[side].data());
+        }
+        std::size_t covered = 0;
+        float worstDepth = 0;
+        int worstColor = 0;
+        for (std::size_t k = 0; k < pixelCount; ++k) {
+            covered += depths[1][k] < 1 ? 1 : 0;
+            worstDepth = std::max(worstDepth, std::abs(depths[0][k] - depths[1][k]));
+        }
+        for (std::size_t k = 0; k < colors[0].size(); ++k) {
+            worstColor = std::max(worstColor, std::abs(int{colors[0][k]} - int{colors[1][k]}));
+        }
+        EXPECT_GT(covered, 1000U) << "view " << view;
+        EXPECT_LE(worstDepth, DEPTH_TOLERANCE) << "view " << view;
+        EXPECT_LE(worstColor, STEPS) << "view " << view << ' ' << savePicture("sphere_depth");
+    }
 }
 
 TEST_F(Impostors_drawn_test, arrowHasShaftAndHead) {

@@ -54,7 +54,8 @@ void main()
 
 // The sphere's surface over the square; fragments outside the disc are discarded. Half-Lambert shading, 0.5
 // to 1, keeps the color recognizable on the dark side. The depth is the depth of the center, moved toward the
-// viewer in eye space by the height of the surface, so that spheres intersect.
+// viewer in eye space by the height of the surface, so that spheres intersect. A point that moves along z in eye
+// space moves along the third column of the projection in clip space: the way back to eye space is not needed.
 constexpr char const* FRAGMENT = R"(varying vec2 TexCoord;
 varying vec3 vertex_light_position;
 varying float radius;
@@ -72,10 +73,8 @@ void main()
     vec3 normal = vec3(x, y, z);
     float diffuse = max(dot(normal, vertex_light_position), 0.0) * 0.5 + 0.5;
 
-    vec4 pos = gl_ProjectionMatrixInverse * eye_position;
-    pos.z += z * radius;
-    pos = gl_ProjectionMatrix * pos;
-    gl_FragDepth = (pos.z / pos.w + 1.0) / 2.0;
+    vec2 pos = eye_position.zw + gl_ProjectionMatrix[2].zw * (z * radius);
+    gl_FragDepth = (pos.x / pos.y + 1.0) / 2.0;
 
     gl_FragColor = gl_Color * diffuse;
     gl_FragColor.a = 1.0;
