@@ -5,6 +5,9 @@
 //  - Fill/iterator: how many times faster is it than a plain loop over the iterator? Bound: at least 4.
 //  - Thinned/P: what does the fill with P percent of the particles cost, compared with the fill with all of
 //    them? Both visit all particles, so this is also the ratio per visited particle. Bound: at most 1.5.
+//  - TwoThreads: how many times faster is the fill with two threads than with one, on the wall? Bound: at least 1.5.
+//    TwoThreads/fresh fills memory that the system has still to give, as the first frame does.
+//  - TwoThreadsOfMemcpy: the same of memcpy, for comparison.
 //
 // Constant: the particles, 24 bytes read and 24 written per particle, and memory that was written before. The
 // render layer maps plain memory and draws nothing, so that only the fill is measured; the library is called
@@ -14,6 +17,7 @@
 
 #include "Core_RL_GL.h"
 #include "Particles_RL_GL_v2.h"
+#include "foundation/basic/threads.h"
 #include "foundation/geometry/ParticleSystemConstIterator_v2.h"
 #include "foundation/geometry/ParticleSystem_v2.h"
 
@@ -26,12 +30,16 @@
 #include <memory>
 #include <vector>
 
+#include <sys/mman.h>
+
 namespace vellum::benchmarks {
 namespace {
 
 constexpr unsigned int PARTICLES = 4000000;
 constexpr std::size_t RECORD_FLOATS = 6;
 constexpr std::size_t BYTES = PARTICLES * RECORD_FLOATS * sizeof(float);
+constexpr std::size_t PAGE = 4096;
+constexpr std::size_t ROUNDED_BYTES = (BYTES + PAGE - 1) / PAGE * PAGE;
 constexpr int ROUNDS = 25;
 
 constexpr float SCALE = 2;
@@ -52,6 +60,9 @@ public:
     void bufferData(BufferTarget::type /*target*/, unsigned long /*size*/, void* /*data*/,
                     BufferUsage::type /*usage*/) override {}
     void* mapBuffer(BufferTarget::type /*target*/, BufferAccess::type /*access*/) override {
+        if (isFresh) {
+            madvise(records.get(), ROUNDED_BYTES, MADV_DONTNEED);
+        }
         return records.get();
     }
     void unmapBuffer(BufferTarget::type /*target*/) override {}
@@ -67,13 +78,13 @@ public:
     void drawArrays(Primitive::type /*mode*/, unsigned long /*first*/, unsigned long /*count*/) override {}
 
     static std::unique_ptr<float, void (*)(void*)> makeRecords() {
-        constexpr std::size_t PAGE = 4096;
-        auto* const memory = static_cast<float*>(std::aligned_alloc(PAGE, (BYTES + PAGE - 1) / PAGE * PAGE));
+        auto* const memory = static_cast<float*>(std::aligned_alloc(PAGE, ROUNDED_BYTES));
         std::memset(memory, 1, BYTES);
         return {memory, std::free};
     }
 
     std::unique_ptr<float, void (*)(void*)> records = makeRecords();
+    bool isFresh = false;  // whether the pages are given back before each fill
 };
 
 /// The particles and their renderer.
@@ -93,6 +104,7 @@ public:
             }
         }
         particles.init();
+        setThreadLimit(1);  // of the comparisons with work on one core
     }
     ~Scene() { particles.clear(); }
     Scene(Scene const&) = delete;
@@ -185,12 +197,58 @@ void Thinned(benchmark::State& state, float const& percent) {
     report(state, timing, "library/unthinned", timing.ratio());
 }
 
+/// Runs a part with a limit of threads.
+template <class Run>
+void within(int threads, Run const& run) {
+    setThreadLimit(threads);
+    run();
+    setThreadLimit(1);
+}
+
+void reportThreads(benchmark::State& state, PairTiming const& timing) {
+    state.counters["two_ms"] = timing.libraryFastest() * 1e3;
+    state.counters["one_ms"] = timing.otherFastest() * 1e3;
+    state.counters["one/two"] = 1 / timing.ratio();
+    state.counters["fastest_one/two"] = timing.otherFastest() / timing.libraryFastest();
+}
+
+void TwoThreads(benchmark::State& state, float const& percent, bool const& isFresh) {
+    Scene scene;
+    scene.layer.isFresh = isFresh;
+    PairTiming timing(1, wallSeconds);
+    timing.run(
+        state, [&](unsigned int const&) { within(2, [&] { scene.fill(percent); }); },
+        [&](unsigned int const&) { within(1, [&] { scene.fill(percent); }); });
+    reportThreads(state, timing);
+}
+
+void TwoThreadsOfMemcpy(benchmark::State& state) {
+    auto const ready = MemoryLayer::makeRecords();
+    auto const target = MemoryLayer::makeRecords();
+    auto const copy = [&] {
+        constexpr std::size_t RANGE = std::size_t{1} << 21;
+        forRanges(BYTES, RANGE, [&](std::size_t begin, std::size_t end) {
+            std::memcpy(reinterpret_cast<char*>(target.get()) + begin,
+                        reinterpret_cast<char const*>(ready.get()) + begin, end - begin);
+        });
+        benchmark::ClobberMemory();
+    };
+    PairTiming timing(1, wallSeconds);
+    timing.run(
+        state, [&](unsigned int const&) { within(2, copy); }, [&](unsigned int const&) { within(1, copy); });
+    reportThreads(state, timing);
+}
+
 void settings(benchmark::internal::Benchmark* pair) {
     pair->UseManualTime()->Iterations(ROUNDS)->Unit(benchmark::kMillisecond);
 }
 
 BENCHMARK(FillOfMemcpy)->Apply(settings);
 BENCHMARK(FillOfIterator)->Apply(settings);
+BENCHMARK_CAPTURE(TwoThreads, all, 100.0F, false)->Apply(settings);
+BENCHMARK_CAPTURE(TwoThreads, 61_percent, 61.8F, false)->Apply(settings);
+BENCHMARK_CAPTURE(TwoThreads, fresh, 100.0F, true)->Apply(settings);
+BENCHMARK(TwoThreadsOfMemcpy)->Apply(settings);
 BENCHMARK_CAPTURE(Thinned, 10_percent, 10.0F)->Apply(settings);
 BENCHMARK_CAPTURE(Thinned, 33_percent, 33.3F)->Apply(settings);
 BENCHMARK_CAPTURE(Thinned, 50_percent, 50.0F)->Apply(settings);

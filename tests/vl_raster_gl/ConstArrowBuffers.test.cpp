@@ -3,8 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include "foundation/basic/threads.h"
+
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 #include <limits>
 
 // The arrays of prebuilt arrows. Nothing here needs GL: neither the constructor nor the filling makes a call.
@@ -342,6 +346,64 @@ TEST_F(ConstArrowBuffers_test, basicPrimitivesAllocateNothing) {
     core.renderEllipse3_XY(a, 1, 2);
     core.renderArrow3(a, b, 1, true);
     EXPECT_EQ(counted_memory::allocations() - before, 0U);
+}
+
+// == Many arrows ==
+
+TEST_F(ConstArrowBuffers_test, manyArrowsAreThoseMadeOneByOneWhateverTheThreads) {
+    constexpr unsigned int COUNT = 1000003;
+    Array<Vector3<float>> positions;
+    Array<Vector3<float>> directions;
+    Array<Color4<float>> colors;
+    positions.reserve(COUNT, false);
+    directions.reserve(COUNT, false);
+    float const infinity = std::numeric_limits<float>::infinity();
+    float const none = std::numeric_limits<float>::quiet_NaN();
+    for (unsigned int i = 0; i < COUNT; ++i) {
+        float const t = 0.001F * static_cast<float>(i);
+        positions.pushBack(i % 1009 == 0 ? Vector3<float>{infinity, 1, t}
+                                         : Vector3<float>{std::sin(t), std::cos(t), t});
+        directions.pushBack(i % 997 == 0   ? Vector3<float>{none, t, 1}
+                            : i % 991 == 0 ? Vector3<float>{0, 0, 0}
+                                           : Vector3<float>{std::cos(3 * t), std::sin(5 * t), -t});
+        if (i < COUNT / 2) {
+            colors.pushBack({0.5F + 0.5F * std::sin(t), 0.5F, 0.25F, 1.0F});
+        }
+    }
+    Buffers one;
+    for (int const threads : {1, 2, 3, 8}) {
+        setThreadLimit(threads);
+        create(positions, directions, colors, 1.5F);
+        setThreadLimit(0);
+        expectSizes(COUNT);
+        unsigned int wrong = 0;
+        // Every arrow about the ends of blocks of 2^12, and some between.
+        for (unsigned int i = 0; i < COUNT;
+             i += i % 4096 < 3 || i % 4096 > 4092 || COUNT - i < 200 ? 1 : 97) {
+            unsigned int const colored = std::min(i, colors.size() - 1);
+            core.createBuffers_forRenderArrow3({positions[i]}, {directions[i]}, {colors[colored]}, 1.5F,
+                                               one.vertices, one.triangles, one.lines, one.quads, one.colors);
+            auto const differ = [](auto const& all, auto const& single, unsigned int number) {
+                return std::memcmp(&all[number * single.size()], single.data(),
+                                   single.size() * sizeof(single[0])) != 0;
+            };
+            auto const differByFirst = [&](Array<unsigned int> const& all,
+                                           Array<unsigned int> const& single) {
+                for (unsigned int k = 0; k < single.size(); ++k) {
+                    if (all[i * single.size() + k] != single[k] + 10 * i) {
+                        return true;
+                    }
+                }
+                return false;
+            };
+            wrong += differ(out.vertices, one.vertices, i) || differ(out.colors, one.colors, i) ||
+                             differByFirst(out.triangles, one.triangles) ||
+                             differByFirst(out.lines, one.lines) || differByFirst(out.quads, one.quads)
+                         ? 1
+                         : 0;
+        }
+        EXPECT_EQ(wrong, 0U) << threads << " threads";
+    }
 }
 
 }  // namespace vellum

@@ -1,6 +1,7 @@
 #include "Mesh_RL_GL.h"
 
 #include "Core_RL_GL.h"
+#include "foundation/basic/threads.h"
 #include "foundation/geometry/Mesh.h"
 #include "foundation/geometry/Vector2.h"
 #include "tests/foundation/geometry/mesh_shapes.h"
@@ -10,6 +11,9 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <cstring>
+#include <limits>
+#include <vector>
 
 #include "internal/gl_api.h"
 
@@ -146,6 +150,54 @@ TEST_F(Mesh_RL_GL_memory_calls_test, destroyingRendererGivesEverythingBackButCha
     EXPECT_EQ(driver.liveObjects(), 0U);
     // Deliberate (channel-name-leak): a renderer leaves the name of its last channel behind.
     EXPECT_LE(added(), SLACK);
+}
+
+// == Many triangles ==
+
+/// The bytes of the buffers of a renderer, made in this order: positions, both normals, coordinates, edges.
+std::vector<std::vector<unsigned char>> buffersOf(gl_spy::Script const& driver, Mesh& mesh) {
+    Mesh_RL_GL another(&mesh, false);
+    VL_String const channel("uv");
+    gl_spy::Recording recording;
+    another.createBufferObjects(&channel, true);
+    std::vector<std::vector<unsigned char>> buffers;
+    for (gl_spy::Call const& call : recording.named("glBindBuffer")) {
+        auto const name = static_cast<unsigned int>(call.numbers.back());
+        if (name != 0) {
+            buffers.push_back(driver.bufferContents(name));
+        }
+    }
+    return buffers;
+}
+
+TEST_F(Mesh_RL_GL_memory_calls_test, buffersHaveTheSameBytesOnEveryNumberOfThreads) {
+    ArrayTypeable* const record = VL_ArrayServer.resolve(mesh.positions());
+    auto* const positions = static_cast<Vector3<double>*>(record->data);
+    for (unsigned int i = 0; i < record->size; i += 101) {
+        positions[i].x =
+            i % 2 == 0 ? std::numeric_limits<double>::quiet_NaN() : std::numeric_limits<double>::infinity();
+    }
+    auto const* const triangles =
+        static_cast<unsigned int const*>(VL_ArrayServer.resolve(mesh.triangles())->data);
+    std::vector<float> expected;
+    for (std::size_t corner = 0; corner < corners; ++corner) {
+        Vector3<double> const& p = positions[triangles[corner]];
+        expected.insert(expected.end(),
+                        {static_cast<float>(p.x), static_cast<float>(p.y), static_cast<float>(p.z)});
+    }
+    std::vector<std::vector<unsigned char>> first;
+    for (int const threads : {1, 2, 3, 8}) {
+        setThreadLimit(threads);
+        std::vector<std::vector<unsigned char>> const buffers = buffersOf(driver, mesh);
+        setThreadLimit(0);
+        ASSERT_EQ(buffers.size(), 5U);
+        if (first.empty()) {
+            first = buffers;
+            ASSERT_EQ(first[0].size(), expected.size() * sizeof(float));
+            EXPECT_EQ(std::memcmp(first[0].data(), expected.data(), first[0].size()), 0);
+        }
+        EXPECT_TRUE(buffers == first) << threads << " threads";
+    }
 }
 
 }  // namespace

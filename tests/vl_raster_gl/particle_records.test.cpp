@@ -1,5 +1,10 @@
 #include "internal/particles/particle_records.h"
+#include "internal/long_loops.h"
 #include "internal/particles/even_thinning.h"
+
+#include "foundation/basic/threads.h"
+#include "foundation/geometry/ParticleSystemChunk_v2.h"
+#include "foundation/geometry/ParticleSystemConstIterator_v2.h"
 
 #include <gtest/gtest.h>
 
@@ -181,6 +186,39 @@ TEST(EvenThinning_test, countsBeyondSinglePrecisionFollowTheRule) {
     }
 }
 
+TEST(EvenThinning_test, skippedParticlesAreDecidedAsByTheRule) {
+    std::mt19937 random(8);
+    std::uniform_real_distribution<float> any(0, 100);
+    for (int round = 0; round < 400; ++round) {
+        unsigned int const count = round % 100 == 0 ? 2000000 : random() % 3000 + 1;
+        float const percent = round % 4 == 0   ? static_cast<float>(random() % 101)
+                              : round % 4 == 1 ? any(random)
+                              : round % 4 == 2 ? any(random) * 1e-2F
+                                               : 99 + any(random) * 1e-2F;
+        EvenThinning thinning(count, percent);
+        std::vector<bool> const expected = byTheRule(count, percent, thinning.target());
+        unsigned int visited = 0;
+        unsigned int taken = 0;
+        ASSERT_TRUE(thinning.canSkip(count));
+        while (visited < count) {
+            unsigned int const step =
+                std::min(count - visited, static_cast<unsigned int>(random() % (count / 3 + 1)) + 1);
+            taken += static_cast<unsigned int>(
+                std::count(expected.begin() + visited, expected.begin() + visited + step, true));
+            visited += step;
+            thinning.skip(step);
+            ASSERT_EQ(thinning.target() - thinning.missing(), taken)
+                << visited << " of " << count << " particles, " << percent << " percent";
+        }
+    }
+}
+
+TEST(EvenThinning_test, countsBeyondSinglePrecisionAreSkippedOnlyWhereAllAreTaken) {
+    EXPECT_FALSE(EvenThinning(1U << 24, 50).canSkip(1U << 24));
+    EXPECT_TRUE(EvenThinning(1U << 24, 100).canSkip(1U << 24));
+    EXPECT_TRUE(EvenThinning((1U << 24) - 1, 50).canSkip((1U << 24) - 1));
+}
+
 TEST(EvenThinning_test, targetsAreCutToIntegersAndToWhatThereIs) {
     EXPECT_EQ(EvenThinning(10, 100).target(), 10U);
     EXPECT_EQ(EvenThinning(10, 99.9F).target(), 9U);
@@ -192,6 +230,130 @@ TEST(EvenThinning_test, targetsAreCutToIntegersAndToWhatThereIs) {
     EXPECT_EQ(EvenThinning(10, std::numeric_limits<float>::quiet_NaN()).target(), 0U);
     EXPECT_EQ(EvenThinning(0, 50).target(), 0U);
 }
+
+// == Many particles ==
+
+/// A system whose chunks are filled, sparse or empty, with numbers of every kind.
+class ManyParticles_test : public testing::TestWithParam<int> {
+protected:
+    static constexpr unsigned int COUNT = 1150001;
+    static constexpr unsigned int SCALAR = 2;
+    static constexpr unsigned int VECTOR = 1;
+
+    ManyParticles_test() {
+        setThreadLimit(GetParam());
+        system.addChannel("position", ParticleChannel_v2::VECTOR);
+        system.addChannel("velocity", ParticleChannel_v2::VECTOR);
+        system.addChannel("mass", ParticleChannel_v2::SCALAR);
+        system.addParticles(COUNT);
+        std::vector<float> const any = numbers(7 * ParticleSystemChunk_v2::CAPACITY + 5);
+        std::mt19937 random(9);
+        unsigned int number = 0;
+        for (ParticleSystemChunk_v2* chunk = system.firstChunk(); chunk != nullptr;
+             chunk = chunk->next(), ++number) {
+            auto const fill = [&](void* to, std::size_t floats) {
+                std::memcpy(to, any.data() + random() % (any.size() - floats), floats * sizeof(float));
+            };
+            fill(chunk->channelData(0)->asVectors(), std::size_t{3} * chunk->count());
+            fill(chunk->channelData(VECTOR)->asVectors(), std::size_t{3} * chunk->count());
+            fill(chunk->channelData(SCALAR)->asFloats(), chunk->count());
+            if (number % 9 == 4) {
+                _release(*chunk, number % 2 == 0 ? 1 : 3, random);
+            }
+        }
+    }
+    ~ManyParticles_test() override { setThreadLimit(0); }
+
+    /// The records of all particles, one by one.
+    std::vector<float> everyRecord(RecordFormula const& formula, unsigned int channel) const {
+        std::vector<float> records;
+        ParticleSystemConstIterator_v2 particle;
+        ParticleSystemConstIterator_v2 end;
+        end.setEnd(&system);
+        for (particle.setBegin(&system); particle != end; ++particle) {
+            auto const [channels, index] = *particle;
+            float const* const values = channel == SCALAR ? channels[channel]->asFloats() + index
+                                                          : &channels[channel]->asVectors()[index].x;
+            float record[6];
+            plainRecordWriter()(formula, &channels[0]->asVectors()[index].x, values, nullptr, record, 1,
+                                false);
+            records.insert(records.end(), record, record + 6);
+        }
+        return records;
+    }
+
+    ParticleSystem_v2 system;
+
+private:
+    // One particle in `kept` stays; with 1, none.
+    static void _release(ParticleSystemChunk_v2& chunk, unsigned int kept, std::mt19937& random) {
+        unsigned int const slots = chunk.count();
+        for (unsigned int slot = 0; slot < slots; ++slot) {
+            if (kept == 1 || random() % kept != 0) {
+                chunk.release(slot);
+            }
+        }
+    }
+};
+
+TEST_P(ManyParticles_test, recordsAreThoseOfOneParticleAfterTheOther) {
+    ASSERT_GT(system.size(), MOST_ON_ONE_THREAD);
+    RecordFormula formula{RecordColor::LENGTH,
+                          {0.5F, -1, 2},
+                          {0.1F, 0.9F, -0.2F},
+                          {0.7F, -0.6F, 1.5F},
+                          {1.5F, 0.25F, 0.75F},
+                          0.5F,
+                          2.5F,
+                          2};
+    unsigned int shift = 0;  // floats, of the first record behind a line of the cache
+    for (RecordColor const source : {RecordColor::CONSTANT, RecordColor::LENGTH, RecordColor::SCALAR}) {
+        formula.source = source;
+        unsigned int const channel = source == RecordColor::SCALAR ? SCALAR : VECTOR;
+        std::vector<float> const all = everyRecord(formula, channel);
+        for (float const percent : {100.0F, 99.9F, 37.7F, 3.0F, 1e-4F}) {
+            EvenThinning const thinning(system.size(), percent);
+            std::vector<bool> const taken = byTheRule(system.size(), percent, thinning.target());
+            std::vector<float> expected;
+            for (std::size_t k = 0; k < taken.size(); ++k) {
+                if (taken[k]) {
+                    expected.insert(expected.end(), all.begin() + 6 * k, all.begin() + 6 * k + 6);
+                }
+            }
+            ASSERT_EQ(expected.size(), std::size_t{6} * thinning.target());
+            std::vector<float> actual(expected.size() + 32, 7.0F);
+            shift = (shift + 1) % 16;
+            writeParticleRecords(system, channel, formula, thinning, actual.data() + shift);
+            std::size_t wrong = 0;
+            for (std::size_t k = 0; k < expected.size(); ++k) {
+                float const number = actual[k + shift];
+                bool const areBothNone = std::isnan(expected[k]) && std::isnan(number);
+                wrong += areBothNone || std::memcmp(&expected[k], &number, sizeof(float)) == 0 ? 0 : 1;
+            }
+            EXPECT_EQ(wrong, 0U) << percent << " percent, source " << static_cast<int>(source);
+            for (std::size_t k = 0; k < actual.size(); ++k) {
+                bool const isOutside = k < shift || k >= shift + expected.size();
+                ASSERT_TRUE(!isOutside || actual[k] == 7.0F) << "float " << k << " is written";
+            }
+        }
+    }
+}
+
+TEST_P(ManyParticles_test, lastParticleIsRepeatedWhereMoreAreWanted) {
+    RecordFormula const formula{RecordColor::VECTOR, {}, {}, {}, {}, 0, 1, 1};
+    std::vector<float> const all = everyRecord(formula, VECTOR);
+    constexpr unsigned int MORE = 21;
+    EvenThinning const thinning(system.size() + MORE, 100);
+    std::vector<float> actual(6 * std::size_t{thinning.target()});
+    writeParticleRecords(system, VECTOR, formula, thinning, actual.data());
+    EXPECT_EQ(std::memcmp(actual.data(), all.data(), all.size() * sizeof(float)), 0);
+    for (std::size_t k = all.size(); k < actual.size(); ++k) {
+        ASSERT_EQ(std::memcmp(&actual[k], &all[all.size() - 6 + k % 6], sizeof(float)), 0) << k;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Threads, ManyParticles_test, testing::Values(1, 2, 3, 8),
+                         [](testing::TestParamInfo<int> const& info) { return std::to_string(info.param); });
 
 }  // namespace
 }  // namespace vellum
