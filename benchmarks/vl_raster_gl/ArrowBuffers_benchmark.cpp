@@ -5,10 +5,13 @@
 // output memory that was written before, so that no page is allocated or touched first while the clock runs.
 // Different: the library reads position and direction (and the color, if every arrow has one) and computes;
 // memcpy reads as many bytes as it writes.
+//
+// TwoThreads: how many times faster are one and a half million arrows with two threads than with one, on the wall?
 
 #include "benchmarks/PairTiming.h"
 
 #include "Core_RL_GL.h"
+#include "foundation/basic/threads.h"
 
 #include <benchmark/benchmark.h>
 
@@ -41,13 +44,11 @@ struct Outputs {
     }
 };
 
-void arrowBuffers(benchmark::State& state, bool const& coloredOneByOne) {
-    Array<Vector3<float>> positions;
-    Array<Vector3<float>> directions;
-    Array<Color4<float>> colors;
-    positions.reserve(ARROWS, false);
-    directions.reserve(ARROWS, false);
-    for (unsigned int i = 0; i < ARROWS; ++i) {
+void makeArrows(unsigned int count, bool coloredOneByOne, Array<Vector3<float>>& positions,
+                Array<Vector3<float>>& directions, Array<Color4<float>>& colors) {
+    positions.reserve(count, false);
+    directions.reserve(count, false);
+    for (unsigned int i = 0; i < count; ++i) {
         float const t = 0.001F * static_cast<float>(i);
         positions.pushBack({std::sin(t), std::cos(t), t});
         directions.pushBack({std::cos(3.0F * t), std::sin(5.0F * t), std::cos(7.0F * t)});
@@ -55,6 +56,13 @@ void arrowBuffers(benchmark::State& state, bool const& coloredOneByOne) {
             colors.pushBack({0.5F + 0.5F * std::sin(t), 0.5F, 0.25F, 1.0F});
         }
     }
+}
+
+void arrowBuffers(benchmark::State& state, bool const& coloredOneByOne) {
+    Array<Vector3<float>> positions;
+    Array<Vector3<float>> directions;
+    Array<Color4<float>> colors;
+    makeArrows(ARROWS, coloredOneByOne, positions, directions, colors);
     Core_RL_GL core;
     Core_RL& layer = core;
     Outputs out;
@@ -90,12 +98,36 @@ void arrowBuffers(benchmark::State& state, bool const& coloredOneByOne) {
     state.counters["library/memcpy"] = 1.0 / timing.ratio();
 }
 
+void TwoThreads(benchmark::State& state) {
+    constexpr unsigned int MORE_ARROWS = 1500000;
+    Array<Vector3<float>> positions;
+    Array<Vector3<float>> directions;
+    Array<Color4<float>> colors;
+    makeArrows(MORE_ARROWS, false, positions, directions, colors);
+    Core_RL_GL core;
+    Outputs out;
+    auto const make = [&](int threads) {
+        setThreadLimit(threads);
+        core.createBuffers_forRenderArrow3(positions, directions, colors, SCALE, out.vertices, out.triangles,
+                                           out.lines, out.quads, out.colors);
+        benchmark::ClobberMemory();
+    };
+    PairTiming timing(1, wallSeconds);
+    timing.run(
+        state, [&](unsigned int const&) { make(2); }, [&](unsigned int const&) { make(1); });
+    state.counters["two_ms"] = timing.libraryFastest() * 1e3;
+    state.counters["one_ms"] = timing.otherFastest() * 1e3;
+    state.counters["one/two"] = 1 / timing.ratio();
+    state.counters["fastest_one/two"] = timing.otherFastest() / timing.libraryFastest();
+}
+
 void settings(benchmark::internal::Benchmark* pair) {
     pair->UseManualTime()->Iterations(ROUNDS)->Unit(benchmark::kMillisecond);
 }
 
 BENCHMARK_CAPTURE(arrowBuffers, colored_alike, false)->Apply(settings);
 BENCHMARK_CAPTURE(arrowBuffers, colored_one_by_one, true)->Apply(settings);
+BENCHMARK(TwoThreads)->Apply(settings);
 
 }  // namespace
 }  // namespace vellum::benchmarks

@@ -11,13 +11,15 @@
 //    that is derived meanwhile (no bound).
 //
 // Constant: the mesh (a wavy grid), the driver and its context, usage and contents of the buffers. The
-// viewport is small, so that the cost of a frame is the work on the triangles.
+// viewport is small, so that the cost of a frame is the work on the triangles. All work is on one core but that of
+// TwoThreads: how many times faster is a refill with two threads than with one, on the wall?
 
 #include "benchmarks/GridScene.h"
 #include "benchmarks/PairTiming.h"
 
 #include "Core_RL_GL.h"
 #include "Mesh_RL_GL.h"
+#include "foundation/basic/threads.h"
 #include "foundation/geometry/Mesh.h"
 #include "offscreen/OffscreenContext.h"
 
@@ -53,6 +55,7 @@ GridScene<Core_RL_GL>& scene() {
 }
 
 bool isReady(benchmark::State& state) {
+    setThreadLimit(1);
     char const* const error = scene().error();
     if (error != nullptr) {
         state.SkipWithError(error);
@@ -213,11 +216,34 @@ void Normals(benchmark::State& state, bool const& hasAdjacency) {
     report(state, timing, SORTS_PER_ROUND, "library/one_pass", timing.ratio());
 }
 
+void TwoThreads(benchmark::State& state) {
+    if (!isReady(state)) {
+        return;
+    }
+    Mesh& mesh = scene().mesh;
+    Mesh_RL_GL& renderer = *scene().renderer;
+    auto const refill = [&](int threads) {
+        setThreadLimit(threads);
+        mesh.markModified(mesh.positions());
+        mesh.markModified(mesh.vertexNormals());
+        renderer.createBufferObjects(nullptr, false);
+        setThreadLimit(1);
+    };
+    PairTiming timing(REFILLS_PER_ROUND, wallSeconds);
+    timing.run(
+        state, [&](unsigned int const&) { refill(2); }, [&](unsigned int const&) { refill(1); });
+    state.counters["two_ms"] = timing.libraryFastest() * 1e3;
+    state.counters["one_ms"] = timing.otherFastest() * 1e3;
+    state.counters["one/two"] = 1 / timing.ratio();
+    state.counters["fastest_one/two"] = timing.otherFastest() / timing.libraryFastest();
+}
+
 void settings(benchmark::internal::Benchmark* pair) {
     pair->UseManualTime()->Iterations(ROUNDS)->Unit(benchmark::kMillisecond);
 }
 
 BENCHMARK(Refill)->Apply(settings);
+BENCHMARK(TwoThreads)->Apply(settings);
 BENCHMARK(StaticFrame)->Apply(settings);
 BENCHMARK_CAPTURE(Adjacency, ordered, false)->Apply(settings);
 BENCHMARK_CAPTURE(Adjacency, shuffled, true)->Apply(settings);

@@ -1,4 +1,5 @@
 #include "internal/particles/particle_records.h"
+#include "internal/fresh_pages.h"
 #include "internal/long_loops.h"
 #include "internal/particles/even_thinning.h"
 
@@ -9,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -17,6 +19,8 @@
 #include <random>
 #include <string>
 #include <vector>
+
+#include <sys/mman.h>
 
 namespace vellum {
 namespace {
@@ -354,6 +358,66 @@ TEST_P(ManyParticles_test, lastParticleIsRepeatedWhereMoreAreWanted) {
 
 INSTANTIATE_TEST_SUITE_P(Threads, ManyParticles_test, testing::Values(1, 2, 3, 8),
                          [](testing::TestParamInfo<int> const& info) { return std::to_string(info.param); });
+
+// == Pages ==
+
+/// New memory of the system, and which of its pages there are.
+class NewMemory {
+public:
+    NewMemory()
+        : memory(static_cast<unsigned char*>(
+              mmap(nullptr, BYTES, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {}
+    ~NewMemory() { munmap(memory, BYTES); }
+    NewMemory(NewMemory const&) = delete;
+    NewMemory& operator=(NewMemory const&) = delete;
+
+    /// How many pages from the address on, in `bytes`, are there.
+    std::size_t pages(std::size_t from, std::size_t bytes) const {
+        std::vector<unsigned char> states(bytes / PAGE);
+        EXPECT_EQ(mincore(memory + from, bytes, states.data()), 0);
+        return static_cast<std::size_t>(std::count_if(states.begin(), states.end(),
+                                                      [](unsigned char state) { return (state & 1U) != 0; }));
+    }
+
+    static constexpr std::size_t PAGE = 4096;
+    static constexpr std::size_t BYTES = 256 * PAGE;
+
+    unsigned char* memory;
+};
+
+TEST(fresh_pages_test, newMemoryGetsItsWholePagesAndKeepsItsContents) {
+    NewMemory const given;
+    given.memory[100 * NewMemory::PAGE + 7] = 3;
+    errno = 5;
+    takePages(given.memory + NewMemory::PAGE + 1, 200 * NewMemory::PAGE);
+    EXPECT_EQ(errno, 5);
+    EXPECT_EQ(given.memory[100 * NewMemory::PAGE + 7], 3);
+    EXPECT_EQ(std::count(given.memory + 2 * NewMemory::PAGE, given.memory + 100 * NewMemory::PAGE, 0),
+              static_cast<std::ptrdiff_t>(98 * NewMemory::PAGE));
+
+    NewMemory const probe;
+    bool const isSupported = madvise(probe.memory, NewMemory::PAGE, MADV_POPULATE_WRITE) == 0;
+    NewMemory const another;
+    takePages(another.memory + NewMemory::PAGE + 1, 200 * NewMemory::PAGE);
+    EXPECT_EQ(another.pages(2 * NewMemory::PAGE, 199 * NewMemory::PAGE), isSupported ? 199U : 0U);
+    EXPECT_EQ(another.pages(0, 2 * NewMemory::PAGE), 0U) << "bytes before the first belong to others";
+    EXPECT_EQ(another.pages(201 * NewMemory::PAGE, 55 * NewMemory::PAGE), 0U);
+}
+
+TEST(fresh_pages_test, littleMemoryIsLeftAlone) {
+    NewMemory const given;
+    takePages(given.memory, 31 * NewMemory::PAGE);
+    EXPECT_EQ(given.pages(0, NewMemory::BYTES), 0U);
+}
+
+TEST(fresh_pages_test, memoryThatCannotBeWrittenIsLeftAlone) {
+    NewMemory const given;
+    mprotect(given.memory, NewMemory::BYTES, PROT_READ);
+    errno = 5;
+    takePages(given.memory, NewMemory::BYTES);
+    EXPECT_EQ(errno, 5);
+    EXPECT_EQ(given.pages(0, NewMemory::BYTES), 0U);
+}
 
 }  // namespace
 }  // namespace vellum

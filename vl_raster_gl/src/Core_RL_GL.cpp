@@ -5,6 +5,7 @@
 #include "internal/arrow_geometry.h"
 #include "internal/box_faces.h"
 #include "internal/circle_points.h"
+#include "internal/fresh_pages.h"
 #include "internal/long_loops.h"
 #include "internal/plane_grid.h"
 
@@ -27,7 +28,7 @@ constexpr GLbitfield OVERLAY_ATTRIBUTES = GL_VIEWPORT;  // see pushViewportOrtho
 constexpr GLint STIPPLE_FACTOR = 3;
 constexpr GLushort STIPPLE_PATTERN = 0xAAAA;  // every second bit; the factor makes them three pixels
 constexpr long FIRST_VERSION_WITH_SHADERS = 2;
-constexpr std::size_t ARROWS_PER_RANGE = 16384;  // of a long fill; whole blocks of ArrowPoints
+constexpr std::size_t ARROWS_PER_RANGE = 4096;  // of a fill; whole blocks of ArrowPoints
 
 // == Errors and logs ==
 
@@ -1464,6 +1465,11 @@ void Core_RL_GL::createBuffers_forRenderArrow3(Array<Vector3<float>> const& posi
         unsigned int* triangle = triangles.data() + TRIANGLE_INDICES_PER_ARROW * begin;
         unsigned int* line = lines.data() + LINE_INDICES_PER_ARROW * begin;
         unsigned int* quad = quads.data() + QUAD_INDICES_PER_ARROW * begin;
+        takePages(vertex, (end - begin) * VERTICES_PER_ARROW * sizeof(Vector3<float>));
+        takePages(vertexColor, (end - begin) * VERTICES_PER_ARROW * sizeof(Color4<float>));
+        takePages(triangle, (end - begin) * TRIANGLE_INDICES_PER_ARROW * sizeof(unsigned int));
+        takePages(line, (end - begin) * LINE_INDICES_PER_ARROW * sizeof(unsigned int));
+        takePages(quad, (end - begin) * QUAD_INDICES_PER_ARROW * sizeof(unsigned int));
         auto const last = static_cast<unsigned int>(end);
         for (auto first = static_cast<unsigned int>(begin); first < last; first += ArrowPoints::ARROWS) {
             unsigned int const arrows = std::min(last - first, ArrowPoints::ARROWS);

@@ -9,6 +9,7 @@
 
 #include <cstring>
 
+#include "internal/fresh_pages.h"
 #include "internal/gl_api.h"
 #include "internal/long_loops.h"
 #include "internal/misuse.h"
@@ -115,9 +116,9 @@ constexpr unsigned int EDGES = TRIANGLES | CORNER_NORMALS | ADJACENCY;
 // renderEdgesConnection, renderEdgesUnconnected
 constexpr unsigned int EDGE_MARKS = TRIANGLES | ADJACENCY;
 
-// Of a long fill: a range of about two megabytes.
-constexpr std::size_t TRIANGLES_PER_RANGE = 65536;
-constexpr std::size_t EDGES_PER_RANGE = 262144;
+// Of a fill: about half a megabyte, so that pages that are taken for a range are still in the cache when it is written.
+constexpr std::size_t TRIANGLES_PER_RANGE = 16384;
+constexpr std::size_t EDGES_PER_RANGE = 65536;
 
 // The sources of the surface buffers.
 constexpr unsigned int SOUP = TRIANGLES | CORNER_NORMALS | FACE_NORMALS;
@@ -174,6 +175,7 @@ void fillSoup(GLuint& name, bool keepsStore, unsigned int triangleCount, std::si
                [&](void* memory) {
                    forLongRanges(triangleCount, TRIANGLES_PER_RANGE, [&](std::size_t begin, std::size_t end) {
                        float* out = static_cast<float*>(memory) + begin * floatsPerTriangle;
+                       takePages(out, (end - begin) * floatsPerTriangle * sizeof(float));
                        for (std::size_t t = begin; t < end; ++t) {
                            write(out, static_cast<unsigned int>(t));
                            out += floatsPerTriangle;
@@ -482,6 +484,7 @@ void Mesh_RL_GL::_updateEdges(Arrays const& arrays, bool isStale) const {
                    unsigned int const* const corners = indexList.data();
                    forLongRanges(indexList.size(), EDGES_PER_RANGE, [&](std::size_t begin, std::size_t end) {
                        auto* out = static_cast<GLuint*>(memory) + 2 * begin;
+                       takePages(out, 2 * (end - begin) * sizeof(GLuint));
                        for (std::size_t edge = begin; edge < end; ++edge) {
                            unsigned int const corner = corners[edge];
                            unsigned int const k = corner % 3;

@@ -2,6 +2,7 @@
 
 #include "foundation/basic/threads.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace vellum {
@@ -10,14 +11,17 @@ namespace vellum {
 /// awake.
 inline constexpr std::size_t MOST_ON_ONE_THREAD = 1000000;
 
-/// Calls `task(begin, end)` for ranges that make up [0, count): one range on the calling thread up to MOST_ON_ONE_THREAD
-/// elements, above it ranges of `rangeSize` on several threads, as forRanges() does. The task throws nothing and calls no GL.
+/// Calls `task(begin, end)` for the ranges of `rangeSize` that make up [0, count), as forRanges() does: in order on the
+/// calling thread up to MOST_ON_ONE_THREAD elements, above it on several threads. The task throws nothing and calls no GL.
+/// \pre rangeSize > 0
 template <typename Task>
 void forLongRanges(std::size_t count, std::size_t rangeSize, Task const& task) {
     if (count > MOST_ON_ONE_THREAD) {
         forRanges(count, rangeSize, task);
-    } else if (count != 0) {
-        task(std::size_t{0}, count);
+        return;
+    }
+    for (std::size_t begin = 0; begin < count; begin += rangeSize) {
+        task(begin, begin + std::min(rangeSize, count - begin));
     }
 }
 

@@ -1,5 +1,6 @@
 #include "internal/particles/particle_records.h"
 
+#include "internal/fresh_pages.h"
 #include "internal/long_loops.h"
 
 #include "foundation/geometry/ParticleEntry_v2.h"
@@ -268,7 +269,10 @@ void writeRecords(ParticleSystem_v2 const& system, unsigned int channel, RecordF
     forRanges(ranges.size(), 1, [&](std::size_t number, std::size_t /*end*/) {
         ChunkRange const& range = ranges[number];
         std::size_t const before = thinning.missing() - range.thinning.missing();
-        writeRange<valueFloats>(channel, formula, range, out + RECORD_FLOATS * before, streams);
+        std::size_t const behind = range.isLast ? 0 : ranges[number + 1].thinning.missing();
+        float* const first = out + RECORD_FLOATS * before;
+        takePages(first, RECORD_FLOATS * sizeof(float) * (range.thinning.missing() - behind));
+        writeRange<valueFloats>(channel, formula, range, first, streams);
     });
 }
 
