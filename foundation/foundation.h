@@ -35,6 +35,7 @@
 #include "foundation/geometry/Plane3.h"
 #include "foundation/geometry/Plane3System.h"
 #include "foundation/geometry/ReleaseEntryComparator_v2.h"
+#include "foundation/geometry/SharedNormals.h"
 #include "foundation/geometry/TricubicVoxel.h"
 #include "foundation/geometry/Tuple2.h"
 #include "foundation/geometry/Tuple3.h"

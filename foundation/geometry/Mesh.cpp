@@ -1,8 +1,10 @@
 #include "foundation/geometry/Mesh.h"
 
 #include "foundation/basic/lifetimes.h"
-#include "foundation/geometry/constants.h"
-#include "foundation/geometry/index_02.h"
+#include "foundation/basic/threads.h"
+#include "foundation/geometry/VertexCorners.h"
+#include "foundation/geometry/mesh_adjacency.h"
+#include "foundation/geometry/mesh_normals.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,9 +16,6 @@
 namespace vellum {
 
 namespace {
-
-using index_02::ui32::NEXT_CIRCULAR;
-using index_02::ui32::PREV_CIRCULAR;
 
 constexpr unsigned int NO_END = 0xFFFFFFFFU;  // above every count: an index that is never in range
 
@@ -63,8 +62,19 @@ private:
     ArrayId id;
 };
 
+/// What a part of indices names: the largest of what `endOf(first, count)` gives for ranges of them.
+template <class EndOf>
+unsigned int largestEnd(unsigned int const* indices, std::size_t count, EndOf const& endOf) {
+    constexpr std::size_t RANGE = 1 << 17;
+    std::vector<unsigned int> ends(count / RANGE + 1, 0);
+    forRanges(count, RANGE, [&](std::size_t begin, std::size_t end) {
+        ends[begin / RANGE] = endOf(indices + begin, end - begin);
+    });
+    return *std::max_element(ends.begin(), ends.end());
+}
+
 /// One above the largest of some indices.
-unsigned int endOfIndices(unsigned int const* indices, std::size_t const& count) {
+unsigned int endOfIndices(unsigned int const* indices, std::size_t count) {
     unsigned int largest = 0;
     for (std::size_t i = 0; i < count; ++i) {
         largest = std::max(largest, indices[i]);
@@ -74,7 +84,7 @@ unsigned int endOfIndices(unsigned int const* indices, std::size_t const& count)
 }
 
 /// One above the largest triangle that adjacency entries name; NO_END when one names a corner 3.
-unsigned int endOfAdjacency(unsigned int const* entries, std::size_t const& count) {
+unsigned int endOfAdjacency(unsigned int const* entries, std::size_t count) {
     unsigned int end = 0;
     for (std::size_t i = 0; i < count; ++i) {
         if (entries[i] == Mesh::ADJACENCY_NONE) {
@@ -86,321 +96,6 @@ unsigned int endOfAdjacency(unsigned int const* entries, std::size_t const& coun
         end = std::max(end, (entries[i] >> 2) + 1);
     }
     return end;
-}
-
-// == Adjacency ==
-
-/// The table of the edges that were met so far, by their two vertices. Linear probing in a table that is at
-/// most three quarters full.
-class EdgeTable {
-public:
-    /// How often an edge was met; UNUSED marks a free slot.
-    enum Use : unsigned int { UNUSED = 0, ONCE = 1, TWICE = 2, TOO_OFTEN = 3 };
-
-    struct Slot {
-        std::uint64_t key = 0;
-        unsigned int first = 0;  // the edge (3 t + k) that came first
-        unsigned int use = UNUSED;
-    };
-
-    explicit EdgeTable(std::size_t const& edges) {
-        std::size_t size = 16;
-        while (size < edges + edges / 3) {
-            size *= 2;
-            --shift;
-        }
-        slots.resize(size);
-    }
-
-    static std::uint64_t keyOf(unsigned int const& a, unsigned int const& b) {
-        return a < b ? std::uint64_t{a} << 32 | b : std::uint64_t{b} << 32 | a;
-    }
-
-    /// Where the search for a key begins: the upper bits of the well mixed key.
-    std::size_t startOf(std::uint64_t const& key) const {
-        std::uint64_t mixed = key * 0x9E3779B97F4A7C15U;
-        mixed = (mixed ^ mixed >> 32) * 0xBF58476D1CE4E5B9U;
-        return static_cast<std::size_t>(mixed >> shift);
-    }
-
-    /// Asks for the memory at which a search will begin.
-    void prefetch([[maybe_unused]] std::size_t const& start) const {
-#if defined(__GNUC__)
-        __builtin_prefetch(&slots[start], 1);
-#endif
-    }
-
-    /// The slot of an edge: the one that it has, or a free one that becomes its own.
-    Slot& find(std::uint64_t const& key, std::size_t const& start) {
-        std::size_t index = start;
-        while (slots[index].use != UNUSED && slots[index].key != key) {
-            index = index + 1 == slots.size() ? 0 : index + 1;
-        }
-        slots[index].key = key;
-        return slots[index];
-    }
-
-private:
-    int shift = 60;           // 64 less the bits of an index
-    std::vector<Slot> slots;  // a power of two
-};
-
-bool namesAVertexTwice(unsigned int const* corners) {
-    return corners[0] == corners[1] || corners[1] == corners[2] || corners[2] == corners[0];
-}
-
-/// The entry for the edge that starts at `vertex`: the neighbor's corner there. The neighbor may run along
-/// the common edge either way.
-unsigned int entryFor(unsigned int const* triangles, unsigned int const& neighborEdge,
-                      unsigned int const& vertex) {
-    unsigned int const triangle = neighborEdge / 3;
-    unsigned int const k = neighborEdge % 3;
-    return triangle * 4 + (triangles[neighborEdge] == vertex ? k : NEXT_CIRCULAR[k]);
-}
-
-/// Takes an edge into the table and connects the two triangles that meet there, as long as they are two.
-void takeEdge(unsigned int const* triangles, EdgeTable::Slot& slot, unsigned int const& edge,
-              unsigned int* entries) {
-    switch (slot.use) {
-    case EdgeTable::UNUSED:
-        slot.first = edge;
-        slot.use = EdgeTable::ONCE;
-        break;
-    case EdgeTable::ONCE:
-        entries[edge] = entryFor(triangles, slot.first, triangles[edge]);
-        entries[slot.first] = entryFor(triangles, edge, triangles[slot.first]);
-        slot.use = EdgeTable::TWICE;
-        break;
-    case EdgeTable::TWICE: {
-        // A third triangle: which two belong together is not to be told, so none do.
-        unsigned int const first = slot.first;
-        unsigned int const second = entries[first] >> 2;
-        for (unsigned int k = 0; k < 3; ++k) {
-            unsigned int const other = second * 3 + k;
-            if (EdgeTable::keyOf(triangles[other], triangles[second * 3 + NEXT_CIRCULAR[k]]) == slot.key) {
-                entries[other] = Mesh::ADJACENCY_NONE;
-            }
-        }
-        entries[first] = Mesh::ADJACENCY_NONE;
-        slot.use = EdgeTable::TOO_OFTEN;
-        break;
-    }
-    default:
-        break;
-    }
-}
-
-/// Fills the adjacency of all triangles. The table is larger than the caches, so the edges of some triangles
-/// are taken together: their slots are on the way from memory while the others are looked at.
-void deriveAdjacency(unsigned int const* triangles, unsigned int const& count, unsigned int* entries) {
-    constexpr unsigned int TOGETHER = 16;  // triangles
-    std::fill(entries, entries + std::size_t{count} * 3, Mesh::ADJACENCY_NONE);
-    EdgeTable table(std::size_t{count} * 3);
-    std::uint64_t keys[TOGETHER * 3];
-    std::size_t starts[TOGETHER * 3];
-    unsigned int edges[TOGETHER * 3];
-    for (unsigned int begin = 0; begin < count; begin += TOGETHER) {
-        unsigned int const end = std::min(begin + TOGETHER, count);
-        unsigned int waiting = 0;
-        for (unsigned int t = begin; t < end; ++t) {
-            unsigned int const* const corners = triangles + std::size_t{t} * 3;
-            if (namesAVertexTwice(corners)) {
-                continue;
-            }
-            for (unsigned int k = 0; k < 3; ++k) {
-                keys[waiting] = EdgeTable::keyOf(corners[k], corners[NEXT_CIRCULAR[k]]);
-                starts[waiting] = table.startOf(keys[waiting]);
-                edges[waiting] = t * 3 + k;
-                table.prefetch(starts[waiting]);
-                ++waiting;
-            }
-        }
-        for (unsigned int i = 0; i < waiting; ++i) {
-            takeEdge(triangles, table.find(keys[i], starts[i]), edges[i], entries);
-        }
-    }
-}
-
-// == Normals ==
-
-/// The unit normal of a triangle and the angles at its corners; all zero for a triangle without area.
-struct Face {
-    Vector3<double> normal{0, 0, 0};
-    double angles[3] = {0, 0, 0};
-};
-
-double largestComponent(Vector3<double> const& v) {
-    return std::max({std::abs(v.x), std::abs(v.y), std::abs(v.z)});
-}
-
-/// Gives the normal of a triangle as it is long (twice the area); the sides come out scaled so that neither
-/// very large nor very small coordinates leave the range of a double.
-Vector3<double> scaledNormal(Vector3<double> const* positions, unsigned int const* corners,
-                             Vector3<double>& toSecond, Vector3<double>& toThird) {
-    Vector3<double> const& here = positions[corners[0]];
-    toSecond = positions[corners[1]] - here;
-    toThird = positions[corners[2]] - here;
-    double const scale = 1 / std::max(largestComponent(toSecond), largestComponent(toThird));
-    toSecond = toSecond * scale;
-    toThird = toThird * scale;
-    return cross(toSecond, toThird);
-}
-
-Vector3<double> unitNormal(Vector3<double> const* positions, unsigned int const* corners) {
-    Vector3<double> toSecond{};
-    Vector3<double> toThird{};
-    Vector3<double> const normal = scaledNormal(positions, corners, toSecond, toThird);
-    double const size = length(normal);
-    return size > 0 ? normal * (1 / size) : Vector3<double>{0, 0, 0};
-}
-
-Face faceOf(Vector3<double> const* positions, unsigned int const* corners) {
-    Face face;
-    Vector3<double> a{};
-    Vector3<double> b{};
-    Vector3<double> const normal = scaledNormal(positions, corners, a, b);
-    double const size = length(normal);
-    if (size > 0) {
-        face.normal = normal * (1 / size);
-        // The arc tangent stays exact for needle-like triangles, for which the arc cosine loses its digits.
-        // The sine of each angle times its two sides is the same: twice the area.
-        face.angles[0] = std::atan2(size, dot(a, b));
-        face.angles[1] = std::atan2(size, dot(a, a - b));
-        face.angles[2] = std::max(0.0, constants::d::PI - face.angles[0] - face.angles[1]);
-    }
-    return face;
-}
-
-Color4<float> asRecord(Vector3<double> const& v) {
-    return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z), 0.0F};
-}
-
-Vector3<double> asVector(Color4<float> const& record) {
-    return {static_cast<double>(record.r), static_cast<double>(record.g), static_cast<double>(record.b)};
-}
-
-Vector3<float> asUnit(Vector3<double> const& sum) {
-    double const size = length(sum);
-    return size > 0 ? convert<float>(sum * (1 / size)) : Vector3<float>{0, 0, 0};
-}
-
-/// Sets of corners (3 t + k) that share a normal.
-class CornerSets {
-public:
-    explicit CornerSets(std::size_t const& corners) : parents(corners) {
-        for (std::size_t i = 0; i < corners; ++i) {
-            parents[i] = static_cast<unsigned int>(i);
-        }
-    }
-
-    unsigned int find(unsigned int corner) {
-        while (parents[corner] != corner) {
-            parents[corner] = parents[parents[corner]];
-            corner = parents[corner];
-        }
-        return corner;
-    }
-
-    void unite(unsigned int const& a, unsigned int const& b) {
-        unsigned int const rootA = find(a);
-        unsigned int const rootB = find(b);
-        parents[std::max(rootA, rootB)] = std::min(rootA, rootB);
-    }
-
-private:
-    std::vector<unsigned int> parents;  // a root is its own parent, and the first corner of its set
-};
-
-/// The triangles of a mesh as the passes over them see them.
-struct Surface {
-    Vector3<double> const* positions;
-    unsigned int const* triangles;  // three indices each
-    unsigned int count;
-
-    unsigned int const* corners(unsigned int const& t) const { return triangles + std::size_t{t} * 3; }
-};
-
-/// Unites the corners at both ends of every edge that is not hard.
-void uniteAcrossSmoothEdges(Surface const& surface, unsigned int const* adjacency,
-                            Color4<float> const* faceNormals, double const& leastCosine, CornerSets& sets) {
-    unsigned int const* const triangles = surface.triangles;
-    for (unsigned int t = 0; t < surface.count; ++t) {
-        for (unsigned int k = 0; k < 3; ++k) {
-            unsigned int const edge = t * 3 + k;
-            unsigned int const entry = adjacency[edge];
-            unsigned int const neighbor = entry >> 2;
-            // Each edge once; an entry of none lies above every triangle.
-            if (neighbor >= surface.count || neighbor <= t) {
-                continue;
-            }
-            // The neighbor runs the other way along the edge, unless the sides of the surface are swapped
-            // there, or the adjacency is not that of these triangles.
-            unsigned int const own = neighbor * 3 + (entry & 3U);
-            unsigned int const next = neighbor * 3 + PREV_CIRCULAR[entry & 3U];
-            unsigned int const ownNext = t * 3 + NEXT_CIRCULAR[k];
-            if (triangles[own] == triangles[edge] && triangles[next] == triangles[ownNext] &&
-                dot(asVector(faceNormals[t]), asVector(faceNormals[neighbor])) >= leastCosine) {
-                sets.unite(edge, own);
-                sets.unite(ownNext, next);
-            }
-        }
-    }
-}
-
-/// Vertex normals while they are sums of face normals, each weighted by the angle at the corner.
-struct NormalSums {
-    Color4<float>* faceNormals;
-    unsigned int* normalTriangles;  // three indices each
-    // By normal; normal i belongs to vertex i as far as there are vertices.
-    std::vector<Vector3<double>> sums;
-
-    void add(unsigned int const& t, unsigned int const& k, unsigned int const& normal, Face const& face) {
-        normalTriangles[std::size_t{t} * 3 + k] = normal;
-        sums[normal] = sums[normal] + face.normal * face.angles[k];
-    }
-};
-
-/// One normal for each vertex.
-void sumAroundVertices(Surface const& surface, NormalSums& normals) {
-    for (unsigned int t = 0; t < surface.count; ++t) {
-        Face const face = faceOf(surface.positions, surface.corners(t));
-        normals.faceNormals[t] = asRecord(face.normal);
-        for (unsigned int k = 0; k < 3; ++k) {
-            normals.add(t, k, surface.corners(t)[k], face);
-        }
-    }
-}
-
-void fillFaceNormals(Surface const& surface, Color4<float>* faceNormals) {
-    for (unsigned int t = 0; t < surface.count; ++t) {
-        faceNormals[t] = asRecord(unitNormal(surface.positions, surface.corners(t)));
-    }
-}
-
-/// One normal for each set of corners. The first set at a vertex has the vertex's index, later ones follow
-/// behind.
-void sumAroundSets(Surface const& surface, CornerSets& sets, NormalSums& normals) {
-    constexpr unsigned int NONE = 0xFFFFFFFFU;
-    std::vector<unsigned int> normalOfSet(std::size_t{surface.count} * 3, NONE);
-    std::vector<bool> isTaken(normals.sums.size(), false);
-    for (unsigned int t = 0; t < surface.count; ++t) {
-        Face const face = faceOf(surface.positions, surface.corners(t));
-        bool const hasArea = face.angles[0] > 0;
-        for (unsigned int k = 0; k < 3; ++k) {
-            unsigned int const vertex = surface.corners(t)[k];
-            unsigned int& normal = normalOfSet[sets.find(t * 3 + k)];
-            if (normal == NONE && hasArea && isTaken[vertex]) {
-                normal = static_cast<unsigned int>(normals.sums.size());
-                normals.sums.push_back({0, 0, 0});
-            } else if (normal == NONE) {
-                // A face without area must not take the vertex's own index: nothing of it is seen, and a
-                // visible set would lose the index to it.
-                normal = vertex;
-                isTaken[vertex] = isTaken[vertex] || hasArea;
-            }
-            normals.add(t, k, normal, face);
-        }
-    }
 }
 
 }  // namespace
@@ -509,14 +204,25 @@ void Mesh::workBox() {
     Vector3<double> const* const positions = elementsOf<Vector3<double>>(positionsId);
     unsigned int const count = positions != nullptr ? sizeOf(positionsId) : 0;
     constexpr double FAR = HUGE_VAL;
+    constexpr std::size_t RANGE = 1 << 15;
     Box3<double> box{{FAR, FAR, FAR}, {-FAR, -FAR, -FAR}};
-    for (unsigned int i = 0; i < count; ++i) {
-        Vector3<double> const& p = positions[i];
-        // A comparison with what is not a number fails, so the box keeps what it had.
-        box.min = {p.x < box.min.x ? p.x : box.min.x, p.y < box.min.y ? p.y : box.min.y,
-                   p.z < box.min.z ? p.z : box.min.z};
-        box.max = {p.x > box.max.x ? p.x : box.max.x, p.y > box.max.y ? p.y : box.max.y,
-                   p.z > box.max.z ? p.z : box.max.z};
+    // A comparison with what is not a number fails, so the box keeps what it had; of equal numbers it keeps the first.
+    auto const grow = [](Box3<double>& box, Vector3<double> const& low, Vector3<double> const& high) {
+        box.min = {low.x < box.min.x ? low.x : box.min.x, low.y < box.min.y ? low.y : box.min.y,
+                   low.z < box.min.z ? low.z : box.min.z};
+        box.max = {high.x > box.max.x ? high.x : box.max.x, high.y > box.max.y ? high.y : box.max.y,
+                   high.z > box.max.z ? high.z : box.max.z};
+    };
+    std::vector<Box3<double>> boxes(count / RANGE + 1, box);
+    forRanges(count, RANGE, [&](std::size_t begin, std::size_t end) {
+        Box3<double> part = boxes[begin / RANGE];
+        for (std::size_t i = begin; i < end; ++i) {
+            grow(part, positions[i], positions[i]);
+        }
+        boxes[begin / RANGE] = part;
+    });
+    for (Box3<double> const& part : boxes) {
+        grow(box, part.min, part.max);
     }
     bool const isFound = box.min.x <= box.max.x && box.min.y <= box.max.y && box.min.z <= box.max.z;
     cachedBox = isFound ? box : Box3<double>{{0, 0, 0}, {0, 0, 0}};
@@ -535,7 +241,8 @@ bool Mesh::workFaceNormals() {
     if (!fresh.isMade()) {
         return false;
     }
-    fillFaceNormals({positions, indicesOf(trianglesId), count}, fresh.elements<Color4<float>>());
+    fillFaceNormals({positions, indicesOf(trianglesId), count, sizeOf(positionsId)},
+                    fresh.elements<Color4<float>>());
     fresh.replace(faceNormalsId);
     return true;
 }
@@ -551,33 +258,34 @@ bool Mesh::workNormals(float const& creaseAngle) {
     if (!freshFaceNormals.isMade() || !freshNormalTriangles.isMade()) {
         return false;
     }
-    Surface const surface{elementsOf<Vector3<double>>(positionsId), indicesOf(trianglesId), count};
-    NormalSums normals{freshFaceNormals.elements<Color4<float>>(), freshNormalTriangles.indices(),
-                       std::vector<Vector3<double>>(vertexCount, Vector3<double>{0, 0, 0})};
-    if (creaseAngle >= NO_CREASE) {
-        sumAroundVertices(surface, normals);
-    } else {
-        // Edges are judged by the normals of their faces, which therefore come first.
-        fillFaceNormals(surface, normals.faceNormals);
-        bool const hasAdjacency =
-            isAdjacencyCurrent && adjacencyFault() == MeshFault_ns::NONE && sizeOf(adjacencyId) == count;
-        std::vector<unsigned int> derived;
-        if (!hasAdjacency) {
-            derived.resize(std::size_t{count} * 3);
-            deriveAdjacency(surface.triangles, count, derived.data());
+    Surface const surface{elementsOf<Vector3<double>>(positionsId), indicesOf(trianglesId), count,
+                          vertexCount};
+    auto* const faceNormals = freshFaceNormals.elements<Color4<float>>();
+    std::vector<Vector3<float>> normals;
+    {
+        VertexCorners const corners(surface.triangles, count, vertexCount);
+        if (creaseAngle >= NO_CREASE) {
+            normals = sumAroundVertices(surface, corners, faceNormals);
+            std::copy(surface.triangles, surface.triangles + std::size_t{count} * 3,
+                      freshNormalTriangles.indices());
+        } else {
+            bool const hasAdjacency =
+                isAdjacencyCurrent && adjacencyFault() == MeshFault_ns::NONE && sizeOf(adjacencyId) == count;
+            std::vector<unsigned int> derived;
+            if (!hasAdjacency) {
+                derived.resize(std::size_t{count} * 3);
+                deriveAdjacency(surface.triangles, count, vertexCount, corners, derived.data());
+            }
+            normals = sumAroundSets(surface, corners, hasAdjacency ? indicesOf(adjacencyId) : derived.data(),
+                                    std::cos(static_cast<double>(creaseAngle)), faceNormals,
+                                    freshNormalTriangles.indices());
         }
-        CornerSets sets(std::size_t{count} * 3);
-        uniteAcrossSmoothEdges(surface, hasAdjacency ? indicesOf(adjacencyId) : derived.data(),
-                               normals.faceNormals, std::cos(static_cast<double>(creaseAngle)), sets);
-        sumAroundSets(surface, sets, normals);
     }
-
-    NewArray freshVertexNormals(sizeof(Vector3<float>), static_cast<unsigned int>(normals.sums.size()));
+    NewArray freshVertexNormals(sizeof(Vector3<float>), static_cast<unsigned int>(normals.size()));
     if (!freshVertexNormals.isMade()) {
         return false;
     }
-    std::transform(normals.sums.begin(), normals.sums.end(), freshVertexNormals.elements<Vector3<float>>(),
-                   asUnit);
+    std::copy(normals.begin(), normals.end(), freshVertexNormals.elements<Vector3<float>>());
     freshFaceNormals.replace(faceNormalsId);
     freshNormalTriangles.replace(normalTrianglesId);
     freshVertexNormals.replace(vertexNormalsId);
@@ -593,7 +301,10 @@ bool Mesh::workAdjacency() {
     if (!fresh.isMade()) {
         return false;
     }
-    deriveAdjacency(indicesOf(trianglesId), count, fresh.indices());
+    unsigned int const* const triangles = indicesOf(trianglesId);
+    unsigned int const vertexCount = sizeOf(positionsId);
+    deriveAdjacency(triangles, count, vertexCount, VertexCorners(triangles, count, vertexCount),
+                    fresh.indices());
     fresh.replace(adjacencyId);
     isAdjacencyCurrent = true;
     return true;
@@ -681,8 +392,7 @@ bool Mesh::_reachesBeyond(IndexReach& reach, ArrayId const& id, unsigned int con
         std::size_t const indexCount = std::size_t{array->size} * 3;
         reach.id = id;
         reach.size = array->size;
-        reach.end =
-            id == adjacencyId ? endOfAdjacency(indices, indexCount) : endOfIndices(indices, indexCount);
+        reach.end = largestEnd(indices, indexCount, id == adjacencyId ? endOfAdjacency : endOfIndices);
     }
     return reach.end > count;
 }

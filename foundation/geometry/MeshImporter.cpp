@@ -1,109 +1,54 @@
 #include "foundation/geometry/MeshImporter.h"
 
 #include "foundation/basic/ArrayServer.h"
+#include "foundation/basic/threads.h"
 #include "foundation/geometry/Mesh.h"
+#include "foundation/geometry/SharedNormals.h"
+#include "foundation/geometry/equal_positions.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
-#include <cstdint>
-#include <cstring>
-#include <unordered_map>
+#include <memory>
 #include <vector>
 
 namespace vellum {
 
 namespace {
 
-/// A normal at a vertex. Normals are the same when their bits are: what is not a number then equals itself.
-struct VertexNormal {
-    unsigned int words[4];  // vertex, x, y, z
-
-    VertexNormal(unsigned int const& vertex, Vector3<float> const& normal) : words{vertex, 0, 0, 0} {
-        std::memcpy(words + 1, &normal, sizeof normal);
-    }
-
-    bool operator==(VertexNormal const& other) const { return std::equal(words, words + 4, other.words); }
-};
-
-struct VertexNormalHash {
-    std::size_t operator()(VertexNormal const& normal) const {
-        std::uint64_t hash = 0;
-        for (unsigned int const word : normal.words) {
-            hash = (hash ^ word) * 0x9E3779B97F4A7C15U;
-            hash ^= hash >> 32;
-        }
-        return static_cast<std::size_t>(hash);
-    }
-};
-
-/// The vertex normals that corners share. The first normal that is seen at a vertex has the vertex's index,
-/// so that a surface without hard edges has one normal for each vertex; the others follow behind.
-class SharedNormals {
-public:
-    explicit SharedNormals(unsigned int const& vertexCount)
-        : normals(vertexCount, Vector3<float>{0, 0, 0}), isTaken(vertexCount, false) {}
-
-    unsigned int indexOf(unsigned int const& vertex, Vector3<float> const& normal) {
-        if (!isTaken[vertex]) {
-            isTaken[vertex] = true;
-            normals[vertex] = normal;
-            return vertex;
-        }
-        VertexNormal const key(vertex, normal);
-        if (key == VertexNormal(vertex, normals[vertex])) {
-            return vertex;
-        }
-        auto const [place, isNew] = further.emplace(key, static_cast<unsigned int>(normals.size()));
-        if (isNew) {
-            normals.push_back(normal);
-        }
-        return place->second;
-    }
-
-    std::vector<Vector3<float>> const& all() const { return normals; }
-
-private:
-    std::vector<Vector3<float>> normals;
-    std::vector<bool> isTaken;  // by vertex
-    std::unordered_map<VertexNormal, unsigned int, VertexNormalHash> further;
-};
-
-struct PositionHash {
-    std::size_t operator()(Vector3<double> const& p) const {
-        std::uint64_t hash = 0;
-        for (double const element : {p.x, p.y, p.z}) {
-            // Adding 0 turns -0 into +0: the two are equal and so must have the same hash.
-            double const unsignedZero = element + 0.0;
-            std::uint64_t bits = 0;
-            std::memcpy(&bits, &unsignedZero, sizeof bits);
-            hash = (hash ^ bits) * 0x9E3779B97F4A7C15U;
-            hash ^= hash >> 32;
-        }
-        return static_cast<std::size_t>(hash);
-    }
-};
-
-struct IsSamePosition {
-    bool operator()(Vector3<double> const& a, Vector3<double> const& b) const {
-        return a.x == b.x && a.y == b.y && a.z == b.z;
-    }
-};
+constexpr std::size_t RANGE = 1 << 14;
 
 /// Keeps the first of the positions that are equal, in place. \return by former vertex, its new index.
-std::vector<unsigned int> keepDistinct(Array<Vector3<double>>& positions) {
-    std::unordered_map<Vector3<double>, unsigned int, PositionHash, IsSamePosition> known;
-    known.reserve(positions.size());
-    std::vector<unsigned int> indices(positions.size());
+std::unique_ptr<unsigned int[]> keepDistinct(Array<Vector3<double>>& positions) {
+    unsigned int const count = positions.size();
+    std::unique_ptr<unsigned int[]> indices = firstEqualPositions(positions.data(), count);
     unsigned int kept = 0;
-    for (unsigned int i = 0; i < positions.size(); ++i) {
-        auto const [entry, isNew] = known.emplace(positions[i], kept);
-        indices[i] = entry->second;
-        if (isNew) {
-            positions[kept++] = positions[i];
+    for (unsigned int i = 0; i < count; ++i) {
+        // The first one of those that are equal has its new index already.
+        bool const isFirst = indices[i] == i;
+        if (isFirst) {
+            positions[kept] = positions[i];
         }
+        indices[i] = isFirst ? kept++ : indices[indices[i]];
     }
     positions.setSize(kept);
     return indices;
+}
+
+/// Whether a statement holds for all of `count` things.
+template <class Holds>
+bool holdsForAll(std::size_t count, Holds const& holds) {
+    std::atomic<bool> result{true};
+    forRanges(count, RANGE, [&](std::size_t begin, std::size_t end) {
+        bool isSo = true;
+        for (std::size_t i = begin; i < end; ++i) {
+            isSo = isSo && holds(static_cast<unsigned int>(i));
+        }
+        if (!isSo) {
+            result.store(false, std::memory_order_relaxed);
+        }
+    });
+    return result;
 }
 
 bool isDegenerate(Tuple3<unsigned int> const& t) {
@@ -166,13 +111,15 @@ MeshFault_ns::type MeshImporter::_fault() const {
         return MeshFault_ns::CORNER_NORMAL_COUNT;
     }
     unsigned int const count = positions.size();
-    for (Tuple3<unsigned int> const& t : triangles) {
-        if (t.e0 >= count || t.e1 >= count || t.e2 >= count) {
-            return MeshFault_ns::INDEX_OUT_OF_RANGE;
-        }
+    bool const areInRange = holdsForAll(triangles.size(), [this, count](unsigned int t) {
+        Tuple3<unsigned int> const& corners = triangles[t];
+        return corners.e0 < count && corners.e1 < count && corners.e2 < count;
+    });
+    if (!areInRange) {
+        return MeshFault_ns::INDEX_OUT_OF_RANGE;
     }
-    return std::all_of(positions.begin(), positions.end(), isFinite) ? MeshFault_ns::NONE
-                                                                     : MeshFault_ns::POSITION_NOT_FINITE;
+    bool const areFinite = holdsForAll(count, [this](unsigned int i) { return isFinite(positions[i]); });
+    return areFinite ? MeshFault_ns::NONE : MeshFault_ns::POSITION_NOT_FINITE;
 }
 
 // == Preparing ==
@@ -182,7 +129,7 @@ Array<unsigned int> MeshImporter::weld() {
     if (_fault() != MeshFault_ns::NONE) {
         return sources;
     }
-    std::vector<unsigned int> const indices = keepDistinct(positions);
+    std::unique_ptr<unsigned int[]> const indices = keepDistinct(positions);
     bool const hasNormals = cornerNormals.size() != 0;
     sources.reserve(triangles.size(), false);
     unsigned int kept = 0;
