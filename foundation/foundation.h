@@ -7,6 +7,7 @@
 #include "foundation/basic/ArrayHandle.h"
 #include "foundation/basic/ArrayServer.h"
 #include "foundation/basic/ErrorItem.h"
+#include "foundation/basic/MemoryGuard.h"
 #include "foundation/basic/PoolByIndex.h"
 #include "foundation/basic/VL_String.h"
 #include "foundation/basic/threads.h"

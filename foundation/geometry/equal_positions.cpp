@@ -1,5 +1,6 @@
 #include "foundation/geometry/equal_positions.h"
 
+#include "foundation/basic/MemoryGuard.h"
 #include "foundation/basic/threads.h"
 
 #include <algorithm>
@@ -143,16 +144,20 @@ std::unique_ptr<unsigned int[]> firstEqualPositions(Vector3<double> const* posit
             hashes[i] = hashOf(positions[i]);
         }
     });
+    MemoryGuard guard;
     forRanges(partCount, 1, [&](std::size_t part, std::size_t) {
-        PartSearch search(positions, hashes.get(), count / 4 / partCount, firsts.get());
-        for (unsigned int i = 0; i < count; ++i) {
-            // The upper bits choose the part, the lower ones the slot.
-            if (std::uint64_t{hashes[i]} * partCount >> 32 == part) {
-                search.take(i);
+        guard.run([&] {
+            PartSearch search(positions, hashes.get(), count / 4 / partCount, firsts.get());
+            for (unsigned int i = 0; i < count; ++i) {
+                // The upper bits choose the part, the lower ones the slot.
+                if (std::uint64_t{hashes[i]} * partCount >> 32 == part) {
+                    search.take(i);
+                }
             }
-        }
-        search.finish();
+            search.finish();
+        });
     });
+    guard.check();
     return firsts;
 }
 

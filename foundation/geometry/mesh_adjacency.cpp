@@ -1,5 +1,6 @@
 #include "foundation/geometry/mesh_adjacency.h"
 
+#include "foundation/basic/MemoryGuard.h"
 #include "foundation/basic/threads.h"
 #include "foundation/geometry/Mesh.h"
 #include "foundation/geometry/index_02.h"
@@ -101,13 +102,17 @@ void deriveAdjacency(unsigned int const* triangles, unsigned int triangleCount, 
     forRanges(std::size_t{triangleCount} * 3, RANGE * 8, [entries](std::size_t begin, std::size_t end) {
         std::fill(entries + begin, entries + end, Mesh::ADJACENCY_NONE);
     });
+    MemoryGuard guard;
     forRanges(vertexCount, RANGE, [&](std::size_t begin, std::size_t end) {
-        std::vector<VertexEdge> edges;
-        for (std::size_t vertex = begin; vertex < end; ++vertex) {
-            gatherEdges(triangles, corners, vertex, edges);
-            connectEdges(triangles, edges, entries);
-        }
+        guard.run([&] {
+            std::vector<VertexEdge> edges;
+            for (std::size_t vertex = begin; vertex < end; ++vertex) {
+                gatherEdges(triangles, corners, vertex, edges);
+                connectEdges(triangles, edges, entries);
+            }
+        });
     });
+    guard.check();
 }
 
 }  // namespace vellum

@@ -1,5 +1,7 @@
 #include "viewport/files/common/GuardedRun.h"
 
+#include "foundation/basic/threads.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -160,6 +162,8 @@ void restrictProcess(ImportLimits const& limits) {
     if (getppid() != parent) {
         _exit(EXIT_FAILURE);  // The parent died before the line above.
     }
+    // The threads that help did not come along.
+    setThreadLimit(1);
     silenceStandardStreams();
     outOfMemoryReport.descriptor = result;
     outOfMemoryReport.bytes =
