@@ -1,10 +1,13 @@
 #include "viewport/scene/ModelParts.h"
 
 #include "foundation/basic/ArrayServer.h"
+#include "foundation/basic/threads.h"
+#include "foundation/geometry/SharedNormals.h"
 #include "viewport/files/mesh/points.h"
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <map>
 
@@ -16,6 +19,7 @@ using Triangle = MeshData::Triangle;
 
 constexpr float CREASE_ANGLE = 0.7F;  // radians, about 40 degrees
 constexpr unsigned int NONE = 0xFFFFFFFFU;
+constexpr std::size_t RANGE = 1 << 14;  // of what is done on one core
 
 template <class T>
 Array<T> toArray(std::vector<T> const& from) {
@@ -26,6 +30,47 @@ Array<T> toArray(std::vector<T> const& from) {
     return to;
 }
 
+unsigned int sizeOf(ArrayId const& id) {
+    ArrayTypeable const* const array = VL_ArrayServer.resolve(id);
+    return array != nullptr ? array->size : 0;
+}
+
+template <class T>
+T const* elementsOf(ArrayId const& id) {
+    ArrayTypeable const* const array = VL_ArrayServer.resolve(id);
+    return array != nullptr ? array->as<T>() : nullptr;
+}
+
+/// The different normals that were met at each vertex so far. Those of the same direction, but rounded in different faces, are
+/// one: the first of them.
+class NormalsAtVertices {
+public:
+    /// \param normals where they are listed; must outlive it
+    NormalsAtVertices(std::size_t vertexCount, std::vector<Vector3<float>>& normals)
+        : firsts(vertexCount, NONE), normals(normals) {}
+
+    /// \return the place of the normal in the list
+    unsigned int findOrAdd(unsigned int vertex, Vector3<float> const& normal) {
+        constexpr double ALIKE_COSINE = 0.9999F;  // less than one degree
+        unsigned int* link = &firsts[vertex];
+        while (*link != NONE) {
+            if (dot(convert<double>(normals[*link]), convert<double>(normal)) > ALIKE_COSINE) {
+                return *link;
+            }
+            link = &nexts[*link];
+        }
+        *link = static_cast<unsigned int>(normals.size());
+        normals.push_back(normal);
+        nexts.push_back(NONE);
+        return static_cast<unsigned int>(normals.size()) - 1;
+    }
+
+private:
+    std::vector<unsigned int> firsts;  // by vertex, in the list
+    std::vector<unsigned int> nexts;   // by normal, the next one of the same vertex
+    std::vector<Vector3<float>>& normals;
+};
+
 /// The whole model without seams: what its parts are cut out of.
 class Surface {
 public:
@@ -34,18 +79,16 @@ public:
         shape.triangles = toArray(data.triangles);
         // Welded before it is placed, which may round different positions to the same one.
         kept = shape.weld();
-        for (Vector3<double>& p : shape.positions) {
-            p = place(p);
-        }
-        if (data.normals.empty()) {
-            shape.workCornerNormals(CREASE_ANGLE);
-        } else {
-            _takeNormals();
-        }
+        // Seams are most of the vertices of some formats.
+        shape.positions.reserve(shape.positions.size(), true);
+        forRanges(shape.positions.size(), RANGE, [&](std::size_t begin, std::size_t end) {
+            Vector3<double>* const positions = shape.positions.data();
+            std::transform(positions + begin, positions + end, positions + begin, place);
+        });
     }
 
     std::size_t triangleCount() const { return kept.size(); }
-    MeshImporter const& import() const { return shape; }  ///< with corner normals
+    Array<Vector3<double>> const& positions() const { return shape.positions; }
     Triangle const& corners(unsigned int t) const { return shape.triangles[t]; }
 
     /// The triangle in the vertices of the file.
@@ -55,46 +98,76 @@ public:
         return data.triangleMaterials.empty() ? 0 : data.triangleMaterials[kept[t]];
     }
 
+    /// The normals at the corners of a triangle, with hard edges.
+    std::array<Vector3<float>, 3> cornerNormals(unsigned int t) {
+        if (normalTriangles.size() == 0) {
+            data.normals.empty() ? _workNormals() : _takeNormals();
+        }
+        Triangle const& n = normalTriangles[t];
+        return {normals[n.e0], normals[n.e1], normals[n.e2]};
+    }
+
     /// The normals of the file at the corners of a triangle. Where the file has none they are those of the
     /// surface without hard edges: a vertex of the file has one normal, as it has one color.
-    std::array<Vector3<double>, 3> vertexNormals(unsigned int t) {
+    std::array<Vector3<float>, 3> vertexNormals(unsigned int t) {
         Triangle const& vertices = source(t);
-        return {_vertexNormal(t, 0, vertices.e0), _vertexNormal(t, 1, vertices.e1),
-                _vertexNormal(t, 2, vertices.e2)};
+        Triangle const& welded = corners(t);
+        return {_vertexNormal(vertices.e0, welded.e0), _vertexNormal(vertices.e1, welded.e1),
+                _vertexNormal(vertices.e2, welded.e2)};
     }
 
     Box3<double> box() const { return boxAround(shape.positions); }
 
 private:
     void _takeNormals() {
-        // Less than one degree: normals of the same direction, but rounded in different faces.
-        constexpr double ALIKE_COSINE = 0.9999F;
-        shape.cornerNormals.reserve(shape.triangles.size(), false);
+        NormalsAtVertices known(shape.positions.size(), normals);
+        normalTriangles.reserve(shape.triangles.size(), false);
         for (unsigned int t = 0; t < shape.triangles.size(); ++t) {
-            std::array<Vector3<double>, 3> const n = vertexNormals(t);
-            shape.cornerNormals.pushBack({n[0], n[1], n[2], {0, 0, 0}});
+            std::array<Vector3<float>, 3> const n = vertexNormals(t);
+            Triangle const& at = corners(t);
+            unsigned int const a = known.findOrAdd(at.e0, n[0]);
+            unsigned int const b = known.findOrAdd(at.e1, n[1]);
+            normalTriangles.pushBack({a, b, known.findOrAdd(at.e2, n[2])});
         }
-        shape.shareNormals(ALIKE_COSINE);
     }
 
-    Vector3<double> _vertexNormal(unsigned int t, unsigned int corner, unsigned int vertex) {
+    void _workNormals() {
+        Mesh mesh;
+        normals = _worked(mesh, CREASE_ANGLE);
+        auto const* const worked = elementsOf<Triangle>(mesh.normalTriangles());
+        normalTriangles.reserve(shape.triangles.size(), false);
+        normalTriangles.setSize(shape.triangles.size());
+        std::copy(worked, worked + shape.triangles.size(), normalTriangles.begin());
+    }
+
+    std::vector<Vector3<float>> _worked(Mesh& mesh, float creaseAngle) const {
+        mesh.setPositions(shape.positions);
+        mesh.setTriangles(shape.triangles);
+        mesh.workNormals(creaseAngle);
+        auto const* const worked = elementsOf<Vector3<float>>(mesh.vertexNormals());
+        return {worked, worked + sizeOf(mesh.vertexNormals())};
+    }
+
+    Vector3<float> _vertexNormal(unsigned int vertex, unsigned int welded) {
         if (data.hasNormal(vertex)) {
-            return turn(convert<double>(data.normals[vertex]));
+            return turn(data.normals[vertex]);
         }
-        if (smooth.triangles.size() == 0) {
-            smooth.positions = shape.positions;
-            smooth.triangles = shape.triangles;
-            smooth.workCornerNormals(Mesh::NO_CREASE);
+        if (smooth.empty()) {
+            Mesh mesh;
+            smooth = _worked(mesh, Mesh::NO_CREASE);
         }
-        Tuple4<Vector3<double>> const& n = smooth.cornerNormals[t];
-        return corner == 0 ? n.e0 : corner == 1 ? n.e1 : n.e2;
+        return smooth[welded];
     }
 
     MeshData const& data;
     Turn turn;
-    MeshImporter shape;
-    MeshImporter smooth;       // the same shape with smooth normals; empty until one is asked for
-    Array<unsigned int> kept;  // by triangle, its index in the file
+    MeshImporter shape;                  // positions and triangles
+    std::vector<Vector3<float>> smooth;  // by vertex; empty until one is asked for
+    Array<unsigned int> kept;            // by triangle, its index in the file
+
+    // Of the corners, with hard edges; empty until they are asked for.
+    std::vector<Vector3<float>> normals;
+    Array<Triangle> normalTriangles;
 };
 
 /// Numbers the vertices that a part uses from 0 on, in the order of their first use.
@@ -173,20 +246,17 @@ bool hasHoles(VL_Image const& image) {
     return false;
 }
 
-unsigned int sizeOf(ArrayId const& id) {
-    ArrayTypeable const* const array = VL_ArrayServer.resolve(id);
-    return array != nullptr ? array->size : 0;
-}
-
 /// Makes one part after the other from a surface. The numberings are as large as the whole model, so they are
 /// made once.
 class PartMaker {
 public:
-    PartMaker(MeshData const& data, Surface& surface, std::shared_ptr<VL_Image const> const& texture)
+    PartMaker(MeshData const& data, Surface& surface, std::shared_ptr<VL_Image const> const& texture,
+              PartImports imports)
         : data(data)
         , surface(surface)
         , texture(texture)
-        , vertices(surface.import().positions.size())
+        , imports(imports)
+        , vertices(surface.positions().size())
         , fileVertices(data.positions.size()) {}
 
     ModelPart make(std::vector<unsigned int> const& members) {
@@ -203,9 +273,8 @@ public:
         if (material < data.materials.size()) {
             _takeMaterial(part, data.materials[material]);
         }
-        part.import = _cut(members);
         part.mesh = std::make_unique<Mesh>();
-        part.import->toMesh(*part.mesh);
+        _fillMesh(part, members);
         part.hasHardNormals = sizeOf(part.mesh->vertexNormals()) > sizeOf(part.mesh->positions());
         if (part.texture != nullptr) {
             _fillCoordinates(*part.mesh, ModelPart::CHANNEL, members, _transformOf(material));
@@ -243,20 +312,83 @@ private:
         return entry->second;
     }
 
-    std::unique_ptr<MeshImporter> _cut(std::vector<unsigned int> const& members) {
+    void _fillMesh(ModelPart& part, std::vector<unsigned int> const& members) {
         vertices.clear();
-        auto part = std::make_unique<MeshImporter>();
-        part->triangles.reserve(static_cast<unsigned int>(members.size()), false);
-        part->cornerNormals.reserve(static_cast<unsigned int>(members.size()), false);
+        auto import = std::make_unique<MeshImporter>();
+        import->triangles.reserve(static_cast<unsigned int>(members.size()), false);
         for (unsigned int t : members) {
-            part->triangles.pushBack(vertices(surface.corners(t)));
-            part->cornerNormals.pushBack(surface.import().cornerNormals[t]);
+            import->triangles.pushBack(vertices(surface.corners(t)));
         }
-        part->positions.reserve(static_cast<unsigned int>(vertices.used().size()), false);
+        import->positions.reserve(static_cast<unsigned int>(vertices.used().size()), false);
         for (unsigned int old : vertices.used()) {
-            part->positions.pushBack(surface.import().positions[old]);
+            import->positions.pushBack(surface.positions()[old]);
         }
-        return part;
+        Mesh& mesh = *part.mesh;
+        mesh.setPositions(import->positions);
+        mesh.setTriangles(import->triangles);
+        if (imports == PartImports::DROPPED) {
+            import.reset();
+        }
+        mesh.workAdjacency();
+        // Of a whole surface they need not be cut out of those of a larger one.
+        bool const isWhole = members.size() == surface.triangleCount();
+        if (isWhole && data.normals.empty() && imports == PartImports::DROPPED) {
+            mesh.workNormals(CREASE_ANGLE);
+            _shareNormals(mesh);
+        } else {
+            _cutNormals(mesh, members, import.get());
+            mesh.workFaceNormals();
+        }
+        mesh.workBox();
+        part.import = std::move(import);
+    }
+
+    /// Takes the normals at the corners from those of the surface.
+    void _cutNormals(Mesh& mesh, std::vector<unsigned int> const& members, MeshImporter* import) {
+        auto const* const triangles = elementsOf<Triangle>(mesh.triangles());
+        SharedNormals shared(sizeOf(mesh.positions()));
+        Array<Triangle> normalTriangles;
+        normalTriangles.reserve(static_cast<unsigned int>(members.size()), false);
+        if (import != nullptr) {
+            import->cornerNormals.reserve(static_cast<unsigned int>(members.size()), false);
+        }
+        for (std::size_t i = 0; i < members.size(); ++i) {
+            std::array<Vector3<float>, 3> const n = surface.cornerNormals(members[i]);
+            unsigned int const a = shared.indexOf(triangles[i].e0, n[0]);
+            unsigned int const b = shared.indexOf(triangles[i].e1, n[1]);
+            normalTriangles.pushBack({a, b, shared.indexOf(triangles[i].e2, n[2])});
+            if (import != nullptr) {
+                import->cornerNormals.pushBack(
+                    {convert<double>(n[0]), convert<double>(n[1]), convert<double>(n[2]), Vector3<double> {
+                         0,
+                         0,
+                         0
+                     }});
+            }
+        }
+        mesh.setVertexNormals(toArray(shared.all()));
+        mesh.setNormalTriangles(normalTriangles);
+    }
+
+    /// Makes one of the normals at a vertex that are equal though a hard edge is between them.
+    static void _shareNormals(Mesh& mesh) {
+        if (sizeOf(mesh.vertexNormals()) == sizeOf(mesh.positions())) {
+            return;
+        }
+        unsigned int const count = mesh.triangleCount();
+        auto const* const triangles = elementsOf<Triangle>(mesh.triangles());
+        auto const* const corners = elementsOf<Triangle>(mesh.normalTriangles());
+        auto const* const normals = elementsOf<Vector3<float>>(mesh.vertexNormals());
+        SharedNormals shared(sizeOf(mesh.positions()));
+        Array<Triangle> normalTriangles;
+        normalTriangles.reserve(count, false);
+        for (unsigned int t = 0; t < count; ++t) {
+            unsigned int const a = shared.indexOf(triangles[t].e0, normals[corners[t].e0]);
+            unsigned int const b = shared.indexOf(triangles[t].e1, normals[corners[t].e1]);
+            normalTriangles.pushBack({a, b, shared.indexOf(triangles[t].e2, normals[corners[t].e2])});
+        }
+        mesh.setVertexNormals(toArray(shared.all()));
+        mesh.setNormalTriangles(normalTriangles);
     }
 
     /// Of the texture. One of the user's own lies as the coordinates of the vertices say.
@@ -286,7 +418,7 @@ private:
                 unsigned int const base = static_cast<unsigned int>(coordinates.size());
                 triangles.push_back({base, base + 1, base + 2});
                 std::array<Vector2<float>, 3> const three =
-                    projected(surface.import().positions, surface.corners(t), box);
+                    projected(surface.positions(), surface.corners(t), box);
                 coordinates.insert(coordinates.end(), three.begin(), three.end());
             }
         } else {
@@ -302,55 +434,81 @@ private:
         mesh.addNamedArray(MeshArrayInf_ns::PER_FACE, channel, toArray(coordinates));
     }
 
+    /// What the colors at the corners of some triangles are.
+    struct Facts {
+        bool isUniform;
+        bool isOpaque;
+    };
+
+    Facts _colorFacts(std::vector<unsigned int> const& members) const {
+        Color4<float> const first = data.colors[surface.source(members.front()).e0];
+        std::atomic<bool> isUniform{true};
+        std::atomic<bool> isOpaque{true};
+        forRanges(members.size(), RANGE, [&](std::size_t begin, std::size_t end) {
+            Facts facts{true, true};
+            for (std::size_t i = begin; i < end; ++i) {
+                Triangle const& source = surface.source(members[i]);
+                for (unsigned int vertex : {source.e0, source.e1, source.e2}) {
+                    facts.isUniform = facts.isUniform && data.colors[vertex] == first;
+                    facts.isOpaque = facts.isOpaque && !(data.colors[vertex].a < 1);
+                }
+            }
+            if (!facts.isUniform) {
+                isUniform.store(false, std::memory_order_relaxed);
+            }
+            if (!facts.isOpaque) {
+                isOpaque.store(false, std::memory_order_relaxed);
+            }
+        });
+        return {isUniform, isOpaque};
+    }
+
     /// Does nothing where one color is enough and nothing shines through.
     void _fillColors(ModelPart& part, std::vector<unsigned int> const& members) {
-        fileVertices.clear();
-        std::vector<Triangle> triangles;
-        Color4<float> const first = data.colors[surface.source(members.front()).e0];
         unsigned int const material = surface.material(members.front());
         float const opacity = material < data.materials.size() ? data.materials[material].opacity : 1;
-        bool isUniform = true;
-        for (unsigned int t : members) {
-            Triangle const& source = surface.source(t);
-            triangles.push_back(fileVertices(source));
-            for (unsigned int vertex : {source.e0, source.e1, source.e2}) {
-                isUniform = isUniform && data.colors[vertex] == first;
-                part.isBlended = part.isBlended || (texture == nullptr && data.colors[vertex].a < 1);
-            }
-        }
+        Facts const facts = _colorFacts(members);
+        part.isBlended = part.isBlended || (texture == nullptr && !facts.isOpaque);
         // Without the file's own texture the user's covers all.
-        bool const isColored = !isUniform && texture == nullptr;
+        bool const isColored = !facts.isUniform && texture == nullptr;
         if (!isColored && !part.isBlended) {
             return;
         }
-        std::vector<unsigned int> const& used = fileVertices.used();
-        std::vector<Vector3<double>> positions(used.size());
-        std::vector<Vector3<float>> normals(used.size());
-        std::vector<Color4<float>> colors(used.size());
-        for (std::size_t i = 0; i < used.size(); ++i) {
-            Color4<float> const& own = data.colors[used[i]];
-            colors[i] = isColored ? own : part.color;
-            colors[i].a = (texture == nullptr ? own.a : 1) * opacity;
+        fileVertices.clear();
+        part.triangles.reserve(static_cast<unsigned int>(members.size()), false);
+        for (unsigned int t : members) {
+            part.triangles.pushBack(fileVertices(surface.source(t)));
         }
-        for (std::size_t i = 0; i < members.size(); ++i) {
+        std::vector<unsigned int> const& used = fileVertices.used();
+        auto const count = static_cast<unsigned int>(used.size());
+        part.vertices.reserve(count, false);
+        part.vertices.setSize(count);
+        part.normals.reserve(count, false);
+        part.normals.setSize(count);
+        part.colors.reserve(count, false);
+        part.colors.setSize(count);
+        for (unsigned int i = 0; i < count; ++i) {
+            Color4<float> const& own = data.colors[used[i]];
+            part.colors[i] = isColored ? own : part.color;
+            part.colors[i].a = (texture == nullptr ? own.a : 1) * opacity;
+        }
+        for (unsigned int i = 0; i < part.triangles.size(); ++i) {
             Triangle const& corners = surface.corners(members[i]);
-            std::array<Vector3<double>, 3> const cornerNormals = surface.vertexNormals(members[i]);
-            unsigned int const places[3] = {triangles[i].e0, triangles[i].e1, triangles[i].e2};
+            std::array<Vector3<float>, 3> const cornerNormals = surface.vertexNormals(members[i]);
+            Triangle const& places = part.triangles[i];
+            unsigned int const three[3] = {places.e0, places.e1, places.e2};
             unsigned int const welded[3] = {corners.e0, corners.e1, corners.e2};
             for (std::size_t k = 0; k < 3; ++k) {
-                positions[places[k]] = surface.import().positions[welded[k]];
-                normals[places[k]] = convert<float>(cornerNormals[k]);
+                part.vertices[three[k]] = surface.positions()[welded[k]];
+                part.normals[three[k]] = cornerNormals[k];
             }
         }
-        part.vertices = toArray(positions);
-        part.triangles = toArray(triangles);
-        part.normals = toArray(normals);
-        part.colors = toArray(colors);
     }
 
     MeshData const& data;
     Surface& surface;
     std::shared_ptr<VL_Image const> const& texture;
+    PartImports imports;
     std::map<VL_Image const*, bool> holes;  // whether a texture has some
     Numbering vertices;                     // of the surface
     Numbering fileVertices;                 // which carry colors and texture coordinates
@@ -359,7 +517,7 @@ private:
 }  // namespace
 
 std::vector<ModelPart> makeParts(MeshData const& data, Placement const& place,
-                                 std::shared_ptr<VL_Image const> const& texture) {
+                                 std::shared_ptr<VL_Image const> const& texture, PartImports imports) {
     if (data.triangles.empty()) {
         return {};
     }
@@ -368,7 +526,7 @@ std::vector<ModelPart> makeParts(MeshData const& data, Placement const& place,
     for (unsigned int t = 0; t < surface.triangleCount(); ++t) {
         members[surface.material(t)].push_back(t);
     }
-    PartMaker maker(data, surface, texture);
+    PartMaker maker(data, surface, texture, imports);
     std::vector<ModelPart> parts;
     for (std::vector<unsigned int> const& group : members) {
         if (!group.empty()) {

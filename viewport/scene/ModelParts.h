@@ -46,6 +46,9 @@ struct ModelPart {
     Array<Color4<float>> colors;
 };
 
+/// Whether parts keep what their meshes were made of.
+enum class PartImports { KEPT, DROPPED };
+
 /// Makes the parts of a model, ready to be drawn in every mode.
 ///
 /// Vertices at exactly the same position become one, so that the seams at which formats repeat vertices are
@@ -57,6 +60,7 @@ struct ModelPart {
 ///     coordinates each triangle shows the texture as if projected along the axis that its normal is nearest
 ///     to.
 std::vector<ModelPart> makeParts(MeshData const& data, Placement const& place,
-                                 std::shared_ptr<VL_Image const> const& texture);
+                                 std::shared_ptr<VL_Image const> const& texture,
+                                 PartImports imports = PartImports::KEPT);
 
 }  // namespace vellum::viewport

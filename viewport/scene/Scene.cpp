@@ -55,12 +55,7 @@ Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const
         vertices.reserve(static_cast<unsigned int>(mesh.positions.size()), false);
         vertices.setSize(static_cast<unsigned int>(mesh.positions.size()));
         std::transform(mesh.positions.begin(), mesh.positions.end(), vertices.begin(), place);
-        std::vector<ModelPart> parts = makeParts(mesh, place, texture);
-        if (imports == Imports::DROPPED) {
-            for (ModelPart& part : parts) {
-                part.import.reset();
-            }
-        }
+        std::vector<ModelPart> parts = makeParts(mesh, place, texture, imports);
         auto const vertexOf = [&](unsigned int i) {
             return ModelVertex{convert<float>(vertices[i]), mesh.colors[i]};
         };
@@ -72,7 +67,7 @@ Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const
         }
         std::vector<ModelVertex> points(mesh.points.size());
         std::transform(mesh.points.begin(), mesh.points.end(), points.begin(), vertexOf);
-        modelList.push_back({mesh.name, vertices, std::move(parts),
+        modelList.push_back({mesh.name, std::move(vertices), std::move(parts),
                              turn({(box.min - center) * scale, (box.max - center) * scale}), std::move(lines),
                              std::move(points)});
     }

@@ -48,7 +48,7 @@ public:
 
     /// Whether the parts of models keep what they were made of, for the preview of imports. It takes as much
     /// memory as the models themselves.
-    enum class Imports { DROPPED, KEPT };
+    using Imports = PartImports;
 
     /// Whether the frames of particles are kept, for those who ask for the values of a particle. Everything that the file
     /// says takes much more memory than what is drawn of it.

@@ -52,7 +52,7 @@ Placement inTiles(Scene const& scene, Box3<double> const& box, double tiles) {
 EffectSubject::Model toModel(MeshData const& mesh, Placement const& place, Scene const& scene) {
     // Parts have texture coordinates only if there is a texture for them; effects always need coordinates.
     static auto const anyTexture = std::make_shared<VL_Image>();
-    std::vector<ModelPart> parts = makeParts(mesh, place, anyTexture);
+    std::vector<ModelPart> parts = makeParts(mesh, place, anyTexture, PartImports::DROPPED);
     EffectSubject::Model model{{}, toScene(place, scene)};
     for (ModelPart& part : parts) {
         model.meshes.push_back(std::move(part.mesh));
