@@ -49,8 +49,8 @@ std::string extensionOf(std::string const& name) {
     return extension.empty() ? extension : extension.substr(1);
 }
 
-std::optional<Box3<double>> boundsOf(std::vector<Vector3<double>> const& places,
-                                     std::atomic<bool> const& isCancelled) {
+template <class Places>
+std::optional<Box3<double>> boundsOf(Places const& places, std::atomic<bool> const& isCancelled) {
     std::optional<Box3<double>> box;
     for (std::size_t i = 0; i < places.size() && !(i % BETWEEN_LOOKS == 0 && isCancelled); ++i) {
         Vector3<double> const& p = places[i];

@@ -11,8 +11,8 @@ namespace {
 
 constexpr double MOST_POSES = 1e9;
 
-template <class T>
-std::uint64_t sizeOf(std::vector<T> const& list) {
+template <class T, class Allocator>
+std::uint64_t sizeOf(std::vector<T, Allocator> const& list) {
     return static_cast<std::uint64_t>(list.capacity()) * sizeof(T);
 }
 

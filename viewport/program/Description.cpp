@@ -129,9 +129,10 @@ DriverFacts DriverFacts::of(Core_RL_GL& layer) {
     return facts;
 }
 
-ValueFacts factsOf(std::vector<double> const& values) {
+ValueFacts factsOf(double const* values, std::size_t count) {
     ValueFacts facts;
-    for (double const value : values) {
+    for (std::size_t i = 0; i < count; ++i) {
+        double const value = values[i];
         if (std::isnan(value)) {
             ++facts.undefinedCount;
             continue;
@@ -170,7 +171,8 @@ std::string describeMesh(std::string const& path, MeshData const& mesh) {
                 line("points", std::to_string(mesh.points.size()));
     }
     for (MeshScalar const& scalar : mesh.scalars) {
-        more += line("scalar " + titleOf(scalar.name, scalar.unit), values(factsOf(scalar.values)));
+        more += line("scalar " + titleOf(scalar.name, scalar.unit),
+                     values(factsOf(scalar.values.data(), scalar.values.size())));
     }
     if (!mesh.animations.empty()) {
         more += line("animations", animations(mesh));
@@ -208,7 +210,8 @@ std::string describeParticles(LoadedFrame const& loaded) {
                        line("velocities", yesOrNo(frame.velocity() != nullptr)) +
                        line("channels", channels.empty() ? "none" : channels);
     for (ParticleChannel const& channel : frame.channels) {
-        text += line("channel " + titleOf(channel.name, channel.unit), values(factsOf(channel.values)));
+        text += line("channel " + titleOf(channel.name, channel.unit),
+                     values(factsOf(channel.values.data(), channel.values.size())));
     }
     for (ParticleLabels const& labels : frame.labels) {
         text += line((labels.areElements ? "elements " : "words ") + singleLine(labels.name), words(labels));

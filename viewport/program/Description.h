@@ -42,7 +42,7 @@ struct ValueFacts {
     double mean = 0;
 };
 
-ValueFacts factsOf(std::vector<double> const& values);
+ValueFacts factsOf(double const* values, std::size_t count);
 
 /// The box around the particles with a finite position; nothing where there are none.
 std::optional<Box3<double>> boundsOf(ParticleFrame const& frame);

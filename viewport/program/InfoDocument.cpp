@@ -46,7 +46,7 @@ Json toJson(Material const& material, std::string const& meshPath) {
 }
 
 Json toJson(ParticleChannel const& channel) {
-    ValueFacts const facts = factsOf(channel.values);
+    ValueFacts const facts = factsOf(channel.values.data(), channel.values.size());
     bool const hasValues = facts.finiteCount > 0;
     return {{"name", channel.name},
             {"unit", orNull(channel.unit)},
@@ -58,7 +58,7 @@ Json toJson(ParticleChannel const& channel) {
 }
 
 Json toJson(MeshScalar const& scalar) {
-    ValueFacts const facts = factsOf(scalar.values);
+    ValueFacts const facts = factsOf(scalar.values.data(), scalar.values.size());
     bool const hasValues = facts.finiteCount > 0;
     return {{"name", scalar.name},
             {"unit", orNull(scalar.unit)},

@@ -2,6 +2,7 @@
 
 #include "viewport/files/mesh/points.h"
 #include "viewport/scene/Quantity.h"
+#include "viewport/scene/joined_ranges.h"
 
 #include <algorithm>
 #include <cmath>
@@ -44,9 +45,12 @@ void measure(ParticleChoice& choice, ParticlePlaces const& places) {
         Point const first = places[choice[0]];
         choice.box = {first, first};
     }
-    for (std::size_t i = 0; i < choice.count; ++i) {
-        include(choice.box, places[choice[i]]);
-    }
+    choice.box = joinedRanges<Box3<double>>(
+        choice.count, choice.box, [&](Box3<double>& box, std::size_t i) { include(box, places[choice[i]]); },
+        [](Box3<double>& box, Box3<double> const& next) {
+            include(box, next.min);
+            include(box, next.max);
+        });
     choice.spacing = spacingIn(choice.box, choice.count);
 }
 
@@ -60,9 +64,9 @@ Result<ParticleChoice> choose(ParticleFrame const& frame, ParticlePlaces const& 
     };
     ParticleChoice choice;
     std::size_t const all = frame.positions.size();
-    while (choice.count < all && hasPlace(choice.count)) {
-        ++choice.count;
-    }
+    choice.count = joinedRanges<std::size_t>(
+        all, 0, [&](std::size_t& count, std::size_t i) { count += hasPlace(i) ? 1 : 0; },
+        [](std::size_t& count, std::size_t next) { count += next; });
     choice.isAll = choice.count == all && selection == nullptr && !clip;
     if (!choice.isAll) {
         choice.particles.reserve(all);

@@ -1,9 +1,11 @@
 #include "viewport/scene/ParticleCloud.h"
 
+#include "foundation/basic/threads.h"
 #include "toolkit/arrow_box.h"
 #include "viewport/files/mesh/points.h"
 #include "viewport/scene/ParticleKinds.h"
 #include "viewport/scene/Quantity.h"
+#include "viewport/scene/joined_ranges.h"
 
 #include <algorithm>
 #include <array>
@@ -148,13 +150,19 @@ void CloudMaker::_measureSpheres() {
         bounds = {bounds.min - Point{radius, radius, radius}, bounds.max + Point{radius, radius, radius}};
         return;
     }
-    for (std::size_t i = 0; i < choice->count; ++i) {
-        std::size_t const particle = (*choice)[i];
-        double const radius = diameterOf(particle) / 2;
-        Point const place = places[particle];
-        include(bounds, place - Point{radius, radius, radius});
-        include(bounds, place + Point{radius, radius, radius});
-    }
+    bounds = joinedRanges<Box3<double>>(
+        choice->count, bounds,
+        [&](Box3<double>& box, std::size_t i) {
+            std::size_t const particle = (*choice)[i];
+            double const radius = diameterOf(particle) / 2;
+            Point const place = places[particle];
+            include(box, place - Point{radius, radius, radius});
+            include(box, place + Point{radius, radius, radius});
+        },
+        [](Box3<double>& box, Box3<double> const& next) {
+            include(box, next.min);
+            include(box, next.max);
+        });
 }
 
 void CloudMaker::_measureArrows() {
@@ -294,23 +302,34 @@ std::function<Vector3<float>(std::size_t)> CloudMaker::_shown(Turn const& turn) 
     };
 }
 
-/// Fills a channel with the value of each particle, copy after copy.
+/// Fills a channel with the value of each particle, copy after copy, on all cores.
 template <class Element, class Value>
 void CloudMaker::_fill(ParticleSystem_v2& system,
                        Element* (*elementsOf)(ParticleSystemChunk_v2&, unsigned int), unsigned int channel,
                        Value const& value) const {
-    std::size_t place = 0;
-    std::size_t copy = 0;
+    struct Part {
+        Element* elements;
+        std::size_t first;  // record
+        std::size_t count;
+    };
+    std::vector<Part> parts;
+    std::size_t filled = 0;
     for (ParticleSystemChunk_v2* chunk = system.firstChunk(); chunk != nullptr; chunk = chunk->next()) {
-        Element* const elements = elementsOf(*chunk, channel);
-        for (unsigned int i = 0; i < chunk->count(); ++i) {
-            elements[i] = value(_index(place), copy);
+        parts.push_back({elementsOf(*chunk, channel), filled, chunk->count()});
+        filled += chunk->count();
+    }
+    forRanges(parts.size(), 1, [&](std::size_t number, std::size_t) {
+        Part const& part = parts[number];
+        std::size_t place = part.first % choice->count;
+        std::size_t copy = part.first / choice->count;
+        for (std::size_t i = 0; i < part.count; ++i) {
+            part.elements[i] = value(_index(place), copy);
             if (++place == choice->count) {
                 place = 0;
                 ++copy;
             }
         }
-    }
+    });
 }
 
 ParticleCloud CloudMaker::make(Placement const& placement) const {

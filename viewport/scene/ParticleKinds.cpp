@@ -24,7 +24,7 @@ std::string nameOf(Element const* element, std::string const& word) {
 
 /// The different numbers, ascending, with one NaN at the end where there are some; nothing where one is not
 /// whole or there are too many.
-std::optional<std::vector<double>> wholeNumbersIn(std::vector<double> const& values) {
+std::optional<std::vector<double>> wholeNumbersIn(ValueList<double> const& values) {
     constexpr double LARGEST = 1e15;
     std::vector<double> found;
     bool hasNone = false;

@@ -2,6 +2,7 @@
 
 #include "viewport/scene/ParticleKinds.h"
 #include "viewport/scene/Quantity.h"
+#include "viewport/scene/joined_ranges.h"
 #include "viewport/scene/scalar_colors.h"
 #include "viewport/text/joined.h"
 
@@ -57,6 +58,14 @@ void include(Ends& ends, double value, ValueScale const& scale) {
         ends.isWhole = ends.isWhole && (std::abs(value) >= LARGEST_FRACTION ||
                                         value == static_cast<double>(static_cast<long long>(value)));
     }
+}
+
+void join(Ends& ends, Ends const& next) {
+    ends.least = std::min(ends.least, next.least);
+    ends.most = std::max(ends.most, next.most);
+    ends.isExceeded = ends.isExceeded || next.isExceeded;
+    ends.isWhole = ends.isWhole && next.isWhole;
+    ends.undefinedCount += next.undefinedCount;
 }
 
 /// The names of what the colors of a mesh can show.
@@ -358,9 +367,12 @@ private:
             }
             Quantity const& quantity = *quantities[i];
             std::size_t const before = ends.undefinedCount;
-            for (std::size_t place = 0; place < look.choices[i].count; ++place) {
-                include(ends, quantity[look.choices[i][place]], scale);
-            }
+            ParticleChoice const& choice = look.choices[i];
+            join(ends,
+                 joinedRanges<Ends>(
+                     choice.count, Ends(),
+                     [&](Ends& some, std::size_t place) { include(some, quantity[choice[place]], scale); },
+                     join));
             _noteUndefined(frames[i], name, ends.undefinedCount - before, look.choices[i].count);
             if (!first) {
                 first = i;
@@ -657,7 +669,7 @@ private:
             return;
         }
         if (frame.sizes) {
-            std::vector<double> const& sizes = frame.channels[frame.sizes->column].values;
+            ValueList<double> const& sizes = frame.channels[frame.sizes->column].values;
             std::size_t invalid = 0;
             for (std::size_t i = 0; i < choice.count; ++i) {
                 double const size = sizes[choice[i]];
@@ -717,6 +729,46 @@ std::optional<Quantity> ParticleLook::quantity(ParticleFrame const& frame,
                                                ParticlePlaces const& places) const {
     return areArrowsMeasured ? Quantity::lengthOf(frame, *frame.vector(arrows))
                              : Quantity::find(frame, places, scale->name);
+}
+
+void ParticleLook::dropUnused(ParticleFrame& frame) const {
+    std::vector<char> isUsed(frame.channels.size(), 0);
+    auto const useChannel = [&](std::string const& name) {
+        for (std::size_t i = 0; i < frame.channels.size(); ++i) {
+            isUsed[i] |= frame.channels[i].name == name ? 1 : 0;
+        }
+    };
+    auto const useColumns = [&](auto const& columns) {
+        for (std::size_t const column : columns) {
+            isUsed[column] = 1;
+        }
+    };
+    if (coloring == ParticleColoring::KINDS || !frame.typeNames.empty()) {
+        useChannel(ParticleKinds::TYPE);
+    }
+    if (scale) {
+        useChannel(scale->name);
+    }
+    bool const isOfVelocity = scale && (scale->name == Quantity::SPEED_NAME || scale->name == "vx" ||
+                                        scale->name == "vy" || scale->name == "vz");
+    for (ParticleVector const& vector : frame.vectors) {
+        bool const isShown = scale && (scale->name == vector.name ||
+                                       (isOfVelocity && vector.name == ParticleVector::VELOCITY));
+        if (isShown || vector.name == arrows) {
+            useColumns(vector.columns);
+        }
+    }
+    if (coloring == ParticleColoring::OWN && frame.colors) {
+        useColumns(frame.colors->columns);
+    }
+    if (frame.sizes) {
+        isUsed[frame.sizes->column] = 1;
+    }
+    for (std::size_t i = 0; i < isUsed.size(); ++i) {
+        if (isUsed[i] == 0) {
+            ValueList<double>().swap(frame.channels[i].values);
+        }
+    }
 }
 
 std::optional<ParticleKinds> ParticleLook::kinds(ParticleFrame const& frame) const {

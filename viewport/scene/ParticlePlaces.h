@@ -39,7 +39,7 @@ private:
 
     static std::optional<PeriodicBox> _periodicBoxOf(ParticleFrame const& frame);
 
-    std::vector<Vector3<double>> const* positions;
+    ValueList<Vector3<double>> const* positions;
     std::optional<PeriodicBox> periodic;  // nothing: places stay
 };
 

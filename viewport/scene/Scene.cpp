@@ -30,6 +30,9 @@ Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const
     std::vector<CloudMaker> makers;
     makers.reserve(particles.size());
     for (std::size_t i = 0; i < particles.size(); ++i) {
+        if (frames == Frames::DROPPED) {
+            look.dropUnused(particles[i]);
+        }
         makers.emplace_back(particles[i], look, i);
         boxes.push_back(makers.back().box());
     }

@@ -60,6 +60,18 @@ public:
         position = end;
     }
 
+    /// What is left of the text.
+    std::string_view rest() const { return {position, static_cast<std::size_t>(left())}; }
+
+    /// Goes on to a place of the text behind this one, at which a line begins or the text ends.
+    /// \param passed the number of lines between them
+    /// \param isLastEnded as isEnded() of the last of them
+    void passTo(char const* place, std::uint64_t passed, bool isLastEnded) {
+        position = place;
+        lineNumber += passed;
+        ended = isLastEnded;
+    }
+
     /// The number of the line taken last, from 1.
     std::uint64_t number() const { return lineNumber; }
 

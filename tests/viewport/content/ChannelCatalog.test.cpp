@@ -19,7 +19,7 @@ ParticleFrame frameOf(std::vector<double> const& values) {
     for (double const value : values) {
         frame.positions.push_back({value, 1, 2});
     }
-    frame.channels.push_back({"heat", values, "K"});
+    frame.channels.push_back({"heat", {values.begin(), values.end()}, "K"});
     return frame;
 }
 

@@ -133,8 +133,8 @@ TEST(FrameReader, theMemoryOfFramesIsCounted) {
     LoadedFrame loaded;
     std::uint64_t const empty = bytesOf(SequenceFrame(loaded));
     loaded.frame.positions.resize(1000);
-    loaded.frame.channels.push_back({"a", std::vector<double>(1000), ""});
-    loaded.frame.labels.push_back({"b", {"H"}, std::vector<std::uint32_t>(1000), true});
+    loaded.frame.channels.push_back({"a", ValueList<double>(1000), ""});
+    loaded.frame.labels.push_back({"b", {"H"}, ValueList<std::uint32_t>(1000), true});
     EXPECT_GE(bytesOf(SequenceFrame(loaded)), empty + 36'000);
     MeshData mesh;
     mesh.positions.resize(1000);

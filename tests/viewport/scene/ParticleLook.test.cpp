@@ -286,7 +286,8 @@ namespace {
 ParticleFrame withWords(std::vector<std::string> const& words, std::vector<std::uint32_t> const& indices,
                         bool areElements) {
     ParticleFrame data = row(indices.size());
-    data.labels.push_back({areElements ? "species" : "residue", words, indices, areElements});
+    data.labels.push_back(
+        {areElements ? "species" : "residue", words, {indices.begin(), indices.end()}, areElements});
     return data;
 }
 
@@ -494,4 +495,42 @@ TEST(ParticleLook, coordinatesThatNoDoubleHoldsAreNoted) {
         p.x += 1e16;
     }
     EXPECT_THAT(look({data}).notes.front().line(), HasSubstr("coordinates are so large"));
+}
+
+TEST(ParticleLook, unusedChannelsAreNotNeededByTheCloud) {
+    ParticleFrame whole = withVelocities({{1, 2, 3}, {4, 5, 6}, {7, 8, 10}});
+    whole.vectors.push_back({"force", {3, 4, 5}});
+    for (char const* const name :
+         {"fx", "fy", "fz", "type", "heat", "red", "green", "blue", "radius", "id"}) {
+        auto const factor = static_cast<double>(whole.channels.size());
+        whole.channels.push_back({name, {factor, 2 * factor, 3 * factor}, {}});
+    }
+    ParticleFrame colored = whole;
+    colored.colors = ParticleColors{{8, 9, 10}, 255};
+    ParticleFrame sized = whole;
+    sized.sizes = ParticleSizes{11, 2};
+    ParticleFrame named = whole;
+    named.typeNames = {{6, "Fe"}, {12, "O"}, {18, "H"}};
+    for (ParticleFrame const& frame : {whole, colored, sized, named}) {
+        for (char const* const name : {"", "heat", "type", "speed", "velocity", "vy", "force", "x", "id"}) {
+            for (ParticleMode const mode : {ParticleMode::SPHERES, ParticleMode::ARROWS}) {
+                ParticleOptions options = channel(name);
+                options.mode = mode;
+                Shown const expected = shown(frame, options);
+                ParticleFrame rest = frame;
+                expected.look.dropUnused(rest);
+                EXPECT_TRUE(rest.channels[12].values.empty() || options.channel == "id") << name;
+                ParticleCloud const cloud = CloudMaker(rest, expected.look).make({});
+                Shown const made{expected.look, cloud};
+                ASSERT_EQ(cloud.colors, expected.cloud.colors);
+                ASSERT_EQ(cloud.sizes, expected.cloud.sizes);
+                for (std::size_t i = 0; i < 3; ++i) {
+                    EXPECT_EQ(parts(made.position(i)), parts(expected.position(i))) << name;
+                    EXPECT_EQ(parts(made.vector(i)), parts(expected.vector(i))) << name;
+                    EXPECT_TRUE(!cloud.colors || made.color(i) == expected.color(i)) << name;
+                    EXPECT_TRUE(!cloud.sizes || made.size(i) == expected.size(i)) << name;
+                }
+            }
+        }
+    }
 }

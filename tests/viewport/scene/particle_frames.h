@@ -26,7 +26,7 @@ inline ParticleFrame row(std::size_t count) {
 
 inline ParticleFrame withChannel(std::string const& name, std::vector<double> const& values) {
     ParticleFrame frame = row(values.size());
-    frame.channels.push_back({name, values, {}});
+    frame.channels.push_back({name, {values.begin(), values.end()}, {}});
     return frame;
 }
 

@@ -7,6 +7,7 @@
 #include <charconv>
 #include <clocale>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <optional>
@@ -96,6 +97,28 @@ TEST(Numbers, dataNumbersAreTheNearestDoubles) {
         EXPECT_TRUE(isNearest(printed(value, std::chars_format::general, digits)));
         EXPECT_TRUE(isNearest(printed(value, std::chars_format::scientific, digits)));
         EXPECT_TRUE(isNearest(printed(part * 1000, std::chars_format::fixed, digits)));
+    }
+}
+
+TEST(Numbers, dataNumbersWithinATextAreTheNearestDoubles) {
+    std::mt19937_64 random(11);
+    for (int i = 0; i < 100'000; ++i) {
+        std::string const before(random() % 12, '0');
+        std::string word = (random() % 2 == 0 ? "-" : "") + std::to_string(random() >> random() % 64);
+        word.insert(word.size() - random() % word.size(), random() % 5 == 0 ? "" : ".");
+        word = word.front() == '-' ? "-" + before + word.substr(1) : before + word;
+        bool const isNumber =
+            word.find_first_of("0123456789") < 2 && word[word.front() == '-' ? 1 : 0] != '.';
+        if (!isNumber) {
+            continue;
+        }
+        word += random() % 4 == 0 ? "e-" + std::to_string(random() % 30) : "";
+        std::string const text = word + (random() % 2 == 0 ? " 1234567890 1234567890 12345678" : "\n.5-e7");
+        double value = 0;
+        char const* const end = takeDataNumber(text.data(), text.data() + text.size(), value);
+        double const expected = std::strtod(word.c_str(), nullptr);
+        ASSERT_EQ(end, text.data() + word.size()) << text;
+        ASSERT_EQ(std::memcmp(&value, &expected, sizeof value), 0) << text << " is read as " << value;
     }
 }
 

@@ -1,7 +1,6 @@
 #include "viewport/files/common/InputFile.h"
 
 #include "viewport/files/common/ByteBuffer.h"
-#include "viewport/files/common/MappedFile.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -104,7 +103,7 @@ Result<InputFile> InputFile::open(std::string const& path, Progress const& progr
             return Fault{path, mapped.fault().message};
         }
         auto const file = std::make_shared<MappedFile const>(std::move(mapped.value()));
-        return InputFile(path, file, file->bytes(), isStandard);
+        return InputFile(path, file, isStandard);
     }
     Descriptor const descriptor(path);
     if (descriptor.get() < 0) {

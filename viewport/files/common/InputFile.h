@@ -1,8 +1,10 @@
 #pragma once
 
+#include "viewport/files/common/MappedFile.h"
 #include "viewport/files/common/Progress.h"
 #include "viewport/text/Fault.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -36,15 +38,26 @@ public:
 
     std::string const& name() const { return path; }    ///< as the user named it
     std::string_view bytes() const { return content; }  ///< valid as long as some copy lives
-    bool isFromPipe() const { return readFromPipe; }    ///< the path cannot be opened again
+    /// The first bytes have been read and are probably not looked at again: those of a mapped file need no memory then. They
+    /// stay valid.
+    void release(std::size_t bytes) const {
+        if (mapped) {
+            mapped->release(bytes);
+        }
+    }
+
+    bool isFromPipe() const { return readFromPipe; }  ///< the path cannot be opened again
 
 private:
     InputFile(std::string const& path, std::shared_ptr<void const> owner, std::string_view bytes,
               bool isFromPipe)
         : path(path), owner(std::move(owner)), content(bytes), readFromPipe(isFromPipe) {}
+    InputFile(std::string const& path, std::shared_ptr<MappedFile const> const& mapped, bool isFromPipe)
+        : path(path), owner(mapped), mapped(mapped), content(mapped->bytes()), readFromPipe(isFromPipe) {}
 
     std::string path;
-    std::shared_ptr<void const> owner;  // of the bytes
+    std::shared_ptr<void const> owner;         // of the bytes
+    std::shared_ptr<MappedFile const> mapped;  // the same, where the file is mapped
     std::string_view content;
     bool readFromPipe;
 };

@@ -1,6 +1,8 @@
 #include "viewport/files/common/MappedFile.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
 #include <utility>
 
@@ -43,6 +45,15 @@ Result<MappedFile> MappedFile::open(std::string const& path) {
     std::size_t const size = static_cast<std::size_t>(facts.st_size);
     ::madvise(start, size, MADV_SEQUENTIAL);
     return MappedFile(std::string_view(static_cast<char const*>(start), size));
+}
+
+void MappedFile::release(std::size_t bytes) const {
+    auto const page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    std::size_t const whole = std::min(bytes, content.size()) / page * page;
+    if (whole > 0) {
+        // Nothing was written there that could be lost.
+        static_cast<void>(::madvise(const_cast<char*>(content.data()), whole, MADV_DONTNEED));
+    }
 }
 
 MappedFile::~MappedFile() {

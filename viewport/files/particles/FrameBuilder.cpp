@@ -3,7 +3,9 @@
 #include "viewport/files/common/large_pages.h"
 #include "viewport/files/particles/name_meanings.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 namespace vellum::viewport {
 
@@ -12,7 +14,7 @@ namespace {
 constexpr double LARGEST_ID = 9007199254740992.0;  // 2^53: whole numbers up to here are exact
 
 template <class T>
-void reserve(std::vector<T>& values, std::size_t count) {
+void reserve(ValueList<T>& values, std::size_t count) {
     values.reserve(count);
     preferLargePages(values.data(), values.capacity() * sizeof(T));
 }
@@ -68,15 +70,17 @@ FrameBuilder::FrameBuilder(std::vector<TableColumn> const& columns, std::size_t 
     reserve(frame.positions, hasPositions ? rowCount : 0);
 }
 
+bool FrameBuilder::isId(double id) {
+    return std::abs(id) <= LARGEST_ID && id == std::floor(id);
+}
+
 bool FrameBuilder::addRow() {
-    if (idColumn) {
-        double const id = row[*idColumn];
-        if (!(std::abs(id) <= LARGEST_ID) || id != std::floor(id)) {
-            return false;
-        }
+    if (idColumn && !isId(row[*idColumn])) {
+        return false;
     }
     if (hasPositions) {
-        _addPosition();
+        frame.positions.push_back(
+            _placed({row[positionColumns[0]], row[positionColumns[1]], row[positionColumns[2]]}));
     }
     for (std::size_t i = 0; i < channelColumns.size(); ++i) {
         frame.channels[i].values.push_back(row[channelColumns[i]]);
@@ -84,16 +88,70 @@ bool FrameBuilder::addRow() {
     for (std::size_t i = 0; i < labelColumns.size(); ++i) {
         frame.labels[i].indices.push_back(static_cast<std::uint32_t>(row[labelColumns[i]]));
     }
+    ++rows;
     return true;
 }
 
-void FrameBuilder::_addPosition() {
-    Vector3<double> position{row[positionColumns[0]], row[positionColumns[1]], row[positionColumns[2]]};
-    if (box) {
-        position = box->origin + box->edges[0] * position.x + box->edges[1] * position.y +
-                   box->edges[2] * position.z;
+std::vector<ColumnPlace> FrameBuilder::addRows(std::size_t count) {
+    std::size_t const first = rows;
+    keepRows(first + count);
+    return _placesFrom(first);
+}
+
+std::vector<ColumnPlace> FrameBuilder::_placesFrom(std::size_t first) {
+    std::vector<ColumnPlace> places(row.size());
+    for (std::size_t axis = 0; hasPositions && axis < 3; ++axis) {
+        // A position is three doubles without gaps.
+        auto* const numbers = reinterpret_cast<double*>(frame.positions.data() + first);
+        places[positionColumns[axis]] = {numbers + axis, 3, nullptr};
     }
-    frame.positions.push_back(position);
+    for (std::size_t i = 0; i < channelColumns.size(); ++i) {
+        places[channelColumns[i]] = {frame.channels[i].values.data() + first, 1, nullptr};
+    }
+    for (std::size_t i = 0; i < labelColumns.size(); ++i) {
+        places[labelColumns[i]] = {nullptr, 1, frame.labels[i].indices.data() + first};
+    }
+    return places;
+}
+
+void FrameBuilder::keepRows(std::size_t count) {
+    frame.positions.resize(hasPositions ? count : 0);
+    for (ParticleChannel& channel : frame.channels) {
+        channel.values.resize(count);
+    }
+    for (ParticleLabels& labels : frame.labels) {
+        labels.indices.resize(count);
+    }
+    rows = count;
+}
+
+void FrameBuilder::moveRows(std::size_t from, std::size_t count, std::size_t to) {
+    auto const move = [&](auto& list) {
+        auto const first = list.begin() + static_cast<std::ptrdiff_t>(from);
+        std::copy(first, first + static_cast<std::ptrdiff_t>(count),
+                  list.begin() + static_cast<std::ptrdiff_t>(to));
+    };
+    if (hasPositions) {
+        move(frame.positions);
+    }
+    for (ParticleChannel& channel : frame.channels) {
+        move(channel.values);
+    }
+    for (ParticleLabels& labels : frame.labels) {
+        move(labels.indices);
+    }
+}
+
+void FrameBuilder::placeRows(std::size_t first, std::size_t count) {
+    for (std::size_t i = first; box && hasPositions && i < first + count; ++i) {
+        frame.positions[i] = _placed(frame.positions[i]);
+    }
+}
+
+Vector3<double> FrameBuilder::_placed(Vector3<double> const& position) const {
+    return box ? box->origin + box->edges[0] * position.x + box->edges[1] * position.y +
+                     box->edges[2] * position.z
+               : position;
 }
 
 void FrameBuilder::finish() {

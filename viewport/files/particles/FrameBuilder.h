@@ -3,6 +3,8 @@
 #include "viewport/files/particles/ParticleFrame.h"
 #include "viewport/files/particles/WordList.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,6 +29,13 @@ struct TableColumn {
     std::string unit;       ///< empty: none is known
 };
 
+/// Where the rows of a column are written. Both are null where they are not kept.
+struct ColumnPlace {
+    double* numbers = nullptr;
+    std::size_t step = 1;  ///< from a number to that of the next row
+    std::uint32_t* words = nullptr;
+};
+
 /// Turns three columns that are channels so far into the axes of a vector. \return false, and nothing
 /// changes, where one of them is missing.
 bool useColumns(std::vector<TableColumn>& columns, std::string_view const (&names)[3], ColumnUse use);
@@ -39,6 +48,13 @@ bool useColumns(std::vector<TableColumn>& columns, std::string_view const (&name
 ///         builder.setWord(1, ...);    // where it holds words
 ///         if (!builder.addRow()) ...
 ///     }
+///     builder.finish();
+///
+/// Or many rows at once, whose places several threads may fill:
+///
+///     std::vector<ColumnPlace> const places = builder.addRows(count);
+///     ... places[column].numbers[row * places[column].step] = ...;
+///     builder.placeRows(first, count);
 ///     builder.finish();
 class FrameBuilder {
 public:
@@ -60,16 +76,45 @@ public:
     /// 2^53.
     bool addRow();
 
+    /// Adds rows without values, which are to be written before anything else is done. \return for each column where those
+    /// of the first of these rows belong. The places are valid until rows are added again.
+    std::vector<ColumnPlace> addRows(std::size_t count);
+
+    /// The same of all rows that there are.
+    std::vector<ColumnPlace> places() { return _placesFrom(0); }
+
+    /// Takes rows off the end again, down to so many.
+    void keepRows(std::size_t count);
+
+    /// Takes the rows from `from` on down to `to`, which is not behind it: those between are lost, as are the last ones.
+    void moveRows(std::size_t from, std::size_t count, std::size_t to);
+
+    /// Makes lengths of the written positions of some rows where they are fractions. Several threads may do this, each with
+    /// rows of its own.
+    void placeRows(std::size_t first, std::size_t count);
+
+    /// Whether a number can be the id of a particle: it is whole and at most 2^53.
+    static bool isId(double id);
+
+    std::optional<std::size_t> columnOfIds() const { return idColumn; }
+
+    std::size_t rowCount() const { return rows; }  ///< those added so far
+
+    /// The words of a column, to which the indices of its rows belong.
+    WordList& words(std::size_t column) { return wordLists[labelIndices[column]]; }
+
     /// Sorts the particles by their ids, if there are any, and finds what the names of the columns say (see
     /// findMeanings()).
     void finish();
 
 private:
-    void _addPosition();
+    std::vector<ColumnPlace> _placesFrom(std::size_t first);
+    Vector3<double> _placed(Vector3<double> const& position) const;
 
     ParticleFrame& frame;
     std::optional<ParticleBox> box;
     std::vector<double> row;  // one for each column
+    std::size_t rows = 0;
     bool hasPositions = false;
     std::size_t positionColumns[3] = {0, 0, 0};
     std::vector<std::size_t> channelColumns;  // one for each channel of the frame

@@ -3,6 +3,7 @@
 #include "viewport/files/common/binary_numbers.h"
 #include "viewport/files/particles/FrameBuilder.h"
 #include "viewport/files/particles/LammpsColumns.h"
+#include "viewport/files/particles/binary_rows.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,7 +17,6 @@ namespace vellum::viewport {
 
 namespace {
 
-constexpr std::uint64_t ROWS_BETWEEN_PROGRESS = 4096;
 constexpr std::string_view MAGIC_WORDS[] = {"DUMPATOM", "DUMPCUSTOM"};
 constexpr std::int32_t MOST_FIELDS = 10'000;
 constexpr std::int32_t UPRIGHT = 0;
@@ -345,18 +345,16 @@ private:
             builder.placeInto(*result.frame.box);
         }
         bool isWhole = true;
-        std::uint64_t row = 0;
+        std::vector<PlyScalarType> const fields(layout->columns.size(),
+                                                PlyScalarType{sizeof(double), false, true});
         static_cast<void>(_forBlocks(head, [&](char const* place, std::uint64_t count) {
-            for (std::uint64_t i = 0; i < count; ++i, ++row) {
-                for (double& value : builder.values()) {
-                    value = binaryNumber<double>(place, bytes.isBigEndian());
-                    place += sizeof(double);
+            BinaryRows const rows{place, static_cast<std::size_t>(count), fields, bytes.isBigEndian()};
+            auto const report = [&](std::size_t passed) {
+                if (progress) {
+                    progress(bytes.place() + passed * fields.size() * sizeof(double), bytes.size());
                 }
-                isWhole = isWhole && builder.addRow();
-                if (progress && row % ROWS_BETWEEN_PROGRESS == 0) {
-                    progress(bytes.place(), bytes.size());
-                }
-            }
+            };
+            isWhole = isWhole && !addRows(rows, builder, report);
         }));
         if (!isWhole) {
             return "a particle's id is not a whole number";

@@ -110,7 +110,7 @@ void settleColors(ParticleFrame& frame) {
         return;
     }
     auto const isBlack = [&frame](std::size_t column) {
-        std::vector<double> const& values = frame.channels[column].values;
+        ValueList<double> const& values = frame.channels[column].values;
         return std::all_of(values.begin(), values.end(), [](double value) { return value == 0; });
     };
     if (std::all_of(frame.colors->columns.begin(), frame.colors->columns.end(), isBlack)) {

@@ -14,6 +14,7 @@
 #include "viewport/text/Words.h"
 #include "viewport/text/numbers.h"
 
+#include <algorithm>
 #include <limits>
 #include <mutex>
 #include <new>
@@ -103,6 +104,21 @@ Result<LoadFrame> openBytes(std::string_view bytes, std::optional<ParticleFormat
     default:
         return openSingle(bytes, readCsv);
     }
+}
+
+/// Gives back the memory of what has been read of a file, now and then. The progress must outlive it.
+Progress releasing(InputFile const& file, Progress const& progress) {
+    constexpr std::uint64_t STEP = std::uint64_t(1) << 24;
+    return [&file, &progress, released = std::uint64_t(0)](std::uint64_t done, std::uint64_t all) mutable {
+        if (done >= released + STEP) {
+            released = done;
+            // Of a compressed file, the bytes uncompressed count as well.
+            file.release(static_cast<std::size_t>(std::min<std::uint64_t>(done, file.bytes().size())));
+        }
+        if (progress) {
+            progress(done, all);
+        }
+    };
 }
 
 std::string joined(std::string const& warning, std::string const& more) {
@@ -286,7 +302,8 @@ Result<LoadedFrame> ParticleFile::_load(std::optional<std::size_t> const& frame,
     }
     std::string const& path = file.value().name();
     try {
-        Result<LoadedFrame> result = opened->load(file.value().bytes(), known, frame, progress);
+        Result<LoadedFrame> result =
+            opened->load(file.value().bytes(), known, frame, releasing(file.value(), progress));
         if (!result.isOk()) {
             return Fault{path, result.fault().message};
         }

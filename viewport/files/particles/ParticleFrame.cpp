@@ -1,5 +1,6 @@
 #include "viewport/files/particles/ParticleFrame.h"
 
+#include "foundation/basic/threads.h"
 #include "viewport/files/common/large_pages.h"
 
 #include <algorithm>
@@ -13,12 +14,14 @@ namespace vellum::viewport {
 
 namespace {
 
+constexpr std::size_t PLACES_PER_RANGE = std::size_t(1) << 15;
+
 /// order[i] is the present place of the particle of rank i.
 template <class Place>
 using Order = std::vector<Place>;
 
 template <class Place>
-Order<Place> orderByComparing(std::vector<double> const& ids) {
+Order<Place> orderByComparing(ValueList<double> const& ids) {
     Order<Place> order(ids.size());
     std::iota(order.begin(), order.end(), Place{0});
     std::stable_sort(order.begin(), order.end(),
@@ -28,7 +31,7 @@ Order<Place> orderByComparing(std::vector<double> const& ids) {
 
 /// For ids that are consecutive numbers, each of them once; empty where they are not.
 template <class Place>
-Order<Place> orderOfNumbers(std::vector<double> const& ids, double least) {
+Order<Place> orderOfNumbers(ValueList<double> const& ids, double least) {
     constexpr Place NONE = std::numeric_limits<Place>::max();
     Order<Place> order(ids.size(), NONE);
     for (std::size_t i = 0; i < ids.size(); ++i) {
@@ -42,7 +45,7 @@ Order<Place> orderOfNumbers(std::vector<double> const& ids, double least) {
 }
 
 template <class Place>
-Order<Place> orderByCounting(std::vector<double> const& ids, double least, std::size_t span) {
+Order<Place> orderByCounting(ValueList<double> const& ids, double least, std::size_t span) {
     Order<Place> order(ids.size());
     std::vector<Place> firstPlace(span + 1, 0);
     for (double id : ids) {
@@ -57,7 +60,7 @@ Order<Place> orderByCounting(std::vector<double> const& ids, double least, std::
 
 /// Simulations number their particles almost without gaps, so counting sorts them in linear time.
 template <class Place>
-Order<Place> orderOf(std::vector<double> const& ids) {
+Order<Place> orderOf(ValueList<double> const& ids) {
     auto const [least, most] = std::minmax_element(ids.begin(), ids.end());
     double const span = *most - *least + 1;
     if (span > 4.0 * static_cast<double>(ids.size())) {
@@ -73,16 +76,18 @@ Order<Place> orderOf(std::vector<double> const& ids) {
 
 /// \param spare memory, which one list leaves to the next: new memory takes longer than the arranging.
 template <class T, class Place>
-void arrange(std::vector<T>& values, Order<Place> const& order, std::vector<T>& spare) {
+void arrange(ValueList<T>& values, Order<Place> const& order, ValueList<T>& spare) {
     if (values.empty()) {
         return;
     }
-    spare.clear();
     spare.reserve(values.size());
     preferLargePages(spare.data(), spare.capacity() * sizeof(T));
-    for (Place const& place : order) {
-        spare.push_back(values[place]);
-    }
+    spare.resize(values.size());
+    forRanges(order.size(), PLACES_PER_RANGE, [&](std::size_t begin, std::size_t end) {
+        for (std::size_t i = begin; i < end; ++i) {
+            spare[i] = values[order[i]];
+        }
+    });
     values.swap(spare);
 }
 
@@ -112,15 +117,15 @@ Named const* named(std::vector<Named> const& all, std::string const& name) {
 }
 
 template <class Place>
-void arrangeAll(ParticleFrame& frame, std::vector<double> const& ids) {
+void arrangeAll(ParticleFrame& frame, ValueList<double> const& ids) {
     Order<Place> const order = orderOf<Place>(ids);
-    std::vector<Vector3<double>> sparePositions;
+    ValueList<Vector3<double>> sparePositions;
     arrange(frame.positions, order, sparePositions);
-    std::vector<double> spareValues;
+    ValueList<double> spareValues;
     for (ParticleChannel& each : frame.channels) {
         arrange(each.values, order, spareValues);
     }
-    std::vector<std::uint32_t> spareIndices;
+    ValueList<std::uint32_t> spareIndices;
     for (ParticleLabels& each : frame.labels) {
         arrange(each.indices, order, spareIndices);
         orderWords(each);
@@ -147,7 +152,7 @@ ParticleLabels const* ParticleFrame::elements() const {
     return found == labels.end() ? nullptr : &*found;
 }
 
-void ParticleFrame::sortBy(std::vector<double> const& ids) {
+void ParticleFrame::sortBy(ValueList<double> const& ids) {
     if (std::is_sorted(ids.begin(), ids.end())) {
         return;
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/geometry/Vector3.h"
+#include "viewport/files/particles/ValueList.h"
 
 #include <array>
 #include <cstddef>
@@ -22,9 +23,9 @@ struct ParticleBox {
 
 /// One number for each particle.
 struct ParticleChannel {
-    std::string name;            ///< as the file has it, without its unit
-    std::vector<double> values;  ///< NaN where the file has none
-    std::string unit;            ///< as the file has it, "m/s"; empty: it has none
+    std::string name;          ///< as the file has it, without its unit
+    ValueList<double> values;  ///< NaN where the file has none
+    std::string unit;          ///< as the file has it, "m/s"; empty: it has none
 };
 
 /// Three channels that are the components of a vector.
@@ -37,10 +38,10 @@ struct ParticleVector {
 
 /// One word for each particle, such as its element.
 struct ParticleLabels {
-    std::string name;                    ///< the column's
-    std::vector<std::string> words;      ///< each once, in the order of their first particles
-    std::vector<std::uint32_t> indices;  ///< one for each particle, into the words
-    bool areElements = false;            ///< the words are meant as symbols of chemical elements
+    std::string name;                  ///< the column's
+    std::vector<std::string> words;    ///< each once, in the order of their first particles
+    ValueList<std::uint32_t> indices;  ///< one for each particle, into the words
+    bool areElements = false;          ///< the words are meant as symbols of chemical elements
 };
 
 /// The channels that hold the particles' own colors.
@@ -65,7 +66,7 @@ struct ParticleFrame {
     std::int64_t timestep = 0;   ///< as the file says, else the frame's number from 0
     std::optional<double> time;  ///< in the file's units
     std::optional<ParticleBox> box;
-    std::vector<Vector3<double>> positions;
+    ValueList<Vector3<double>> positions;
     std::vector<ParticleChannel> channels;  ///< in the order of the file's columns, also those of vectors
     std::vector<ParticleVector> vectors;    ///< the velocity first, where there is one
     std::vector<ParticleLabels> labels;     ///< columns of words
@@ -88,7 +89,7 @@ struct ParticleFrame {
 
     /// Puts the particles into ascending order of their ids, one id for each particle; equal ids keep their
     /// order. The ids are whole numbers.
-    void sortBy(std::vector<double> const& ids);
+    void sortBy(ValueList<double> const& ids);
 };
 
 /// One frame of a particle file, and what is known about the others.

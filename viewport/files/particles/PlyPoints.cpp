@@ -1,35 +1,15 @@
 #include "viewport/files/particles/PlyPoints.h"
 
 #include "viewport/files/common/PlyHeader.h"
-#include "viewport/files/common/binary_numbers.h"
 #include "viewport/files/particles/FrameIndex.h"
 #include "viewport/files/particles/TableRows.h"
+#include "viewport/files/particles/binary_rows.h"
 
 #include <algorithm>
 
 namespace vellum::viewport {
 
 namespace {
-
-constexpr std::uint64_t ROWS_BETWEEN_PROGRESS = 4096;
-
-double numberOf(char const* const& bytes, PlyScalarType const& type, bool isBigEndian) {
-    if (!type.isInteger) {
-        return type.size == 4 ? binaryNumber<float>(bytes, isBigEndian)
-                              : binaryNumber<double>(bytes, isBigEndian);
-    }
-    switch (type.size) {
-    case 1:
-        return type.isSigned ? binaryNumber<std::int8_t>(bytes, isBigEndian)
-                             : binaryNumber<std::uint8_t>(bytes, isBigEndian);
-    case 2:
-        return type.isSigned ? binaryNumber<std::int16_t>(bytes, isBigEndian)
-                             : binaryNumber<std::uint16_t>(bytes, isBigEndian);
-    default:
-        return type.isSigned ? static_cast<double>(binaryNumber<std::int32_t>(bytes, isBigEndian))
-                             : static_cast<double>(binaryNumber<std::uint32_t>(bytes, isBigEndian));
-    }
-}
 
 bool hasLists(PlyElement const& element) {
     return std::any_of(element.properties.begin(), element.properties.end(),
@@ -153,21 +133,19 @@ private:
                                      char const* const& start, std::size_t stride) const {
         LoadedFrame result;
         FrameBuilder builder(columns, static_cast<std::size_t>(vertices.count), result.frame);
-        bool const isBigEndian = header.format == PlyFormat::BINARY_BIG;
+        BinaryRows rows{
+            start, static_cast<std::size_t>(vertices.count), {}, header.format == PlyFormat::BINARY_BIG};
+        for (PlyProperty const& property : vertices.properties) {
+            rows.fields.push_back(property.value);
+        }
         std::size_t const bodyStart = static_cast<std::size_t>(start - file.data());
-        char const* here = start;
-        for (std::uint64_t row = 0; row < vertices.count; ++row) {
-            for (std::size_t i = 0; i < columns.size(); ++i) {
-                PlyScalarType const& type = vertices.properties[i].value;
-                builder.values()[i] = numberOf(here, type, isBigEndian);
-                here += type.size;
+        std::optional<std::size_t> const wrong = addRows(rows, builder, [&](std::size_t passed) {
+            if (progress) {
+                progress(bodyStart + passed * stride, bodyStart + vertices.count * stride);
             }
-            if (!builder.addRow()) {
-                return Fault{{}, "the id of vertex " + std::to_string(row) + " is not a whole number"};
-            }
-            if (progress && row % ROWS_BETWEEN_PROGRESS == 0) {
-                progress(bodyStart + row * stride, bodyStart + vertices.count * stride);
-            }
+        });
+        if (wrong) {
+            return Fault{{}, "the id of vertex " + std::to_string(*wrong) + " is not a whole number"};
         }
         builder.finish();
         return result;

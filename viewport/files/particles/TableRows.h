@@ -2,11 +2,14 @@
 
 #include "viewport/files/common/Progress.h"
 #include "viewport/files/particles/FrameBuilder.h"
+#include "viewport/files/particles/LineSlices.h"
 #include "viewport/files/particles/ParticleFrame.h"
+#include "viewport/files/particles/RowReader.h"
 #include "viewport/text/TextLines.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -18,8 +21,10 @@ public:
     /// \param separator between two values; a blank stands for any number of blanks and tabulators. With
     ///                  another separator values may be in double quotes, rows without words are skipped, and
     ///                  cells of channels may be empty: they are NaN.
-    TableRows(std::vector<TableColumn> const& columns, char separator)
-        : columns(columns), separator(separator) {}
+    TableRows(std::vector<TableColumn> const& columns, char separator) {
+        form.columns = columns;
+        form.separator = separator;
+    }
 
     /// Positions are fractions of the box's edges, not lengths.
     void placeInto(ParticleBox const& box) { this->box = box; }
@@ -30,15 +35,15 @@ public:
 
     /// The words NA, N/A, null and - are NaN, too. A column without a number may begin with them and go on
     /// with words.
-    void allowMissing() { isMissingAllowed = true; }
+    void allowMissing() { form.isMissingAllowed = true; }
 
     /// What follows this mark in a row is no part of it.
-    void allowComments(char mark) { commentMark = mark; }
+    void allowComments(char mark) { form.commentMark = mark; }
 
     /// Called with the bytes of the text; may be empty.
     void report(Progress const& progress) { this->progress = progress; }
 
-    /// Reads `count` rows, or all to the end, and sorts them. Memory is reserved for no more rows than the
+    /// Reads `count` rows, or all to the end, on all cores, and sorts them. Memory is reserved for no more rows than the
     /// text can hold, whatever `count` says. After damage the content of the frame is undefined.
     std::optional<TextDamage> read(TextLines& lines, std::optional<std::uint64_t> const& count,
                                    ParticleFrame& frame);
@@ -49,29 +54,28 @@ public:
     bool skip(TextLines& lines, std::uint64_t count) const;
 
 private:
+    struct Batch;
+
     std::optional<TextDamage> _read(TextLines& lines, std::optional<std::uint64_t> const& count,
                                     ParticleFrame& frame);
+    std::optional<TextDamage> _readBatch(TextLines& lines, std::optional<std::uint64_t> const& count,
+                                         FrameBuilder& builder);
+    Batch _cut(std::string_view text, std::uint64_t mostLines) const;
+    void _readParts(Batch& batch, char const* textEnd, FrameBuilder& builder) const;
+    static void _closeGaps(Batch const& batch, std::size_t first, FrameBuilder& builder);
+    void _joinWords(Batch& batch, std::size_t first, FrameBuilder& builder) const;
     std::uint64_t _expectedRows(TextLines const& lines, std::optional<std::uint64_t> const& count) const;
-    void _findTexts();
-    bool _readRow(FrameBuilder& builder);
-    bool _readCell(std::size_t column, char const*& here, char const* end, double& value,
-                   std::string_view& word);
-    bool _takeWord(std::size_t column, char const*& here, char const* end, std::string_view& word);
-    bool _toNumber(std::size_t column, std::string_view word, double& value);
+    void _findTexts(std::string_view row);
     bool _becomesWords(ParticleFrame const& frame);
-    bool _fail(std::string const& reason);
+    void _report(TextLines const& lines) const;
 
-    std::vector<TableColumn> columns;
-    char separator;
-    bool isMissingAllowed = false;
-    char commentMark = '\0';  // none
+    TableForm form;
     std::optional<ParticleBox> box;
     std::string_view mark;
     Progress progress;
-    std::vector<char> isNumber;               // one for each column: 1 where it holds numbers
-    std::string_view line;                    // being read
-    std::string reason;                       // of the line's damage
-    std::optional<std::size_t> failedColumn;  // of the line: it does not hold a number
+    BytesAtOnce atOnce;
+    double bytesPerRow = 1;         // of those read so far, or of the first one
+    std::optional<RowFault> fault;  // of the damaged line
 };
 
 }  // namespace vellum::viewport

@@ -30,6 +30,9 @@ public:
         return _find(word);
     }
 
+    /// The words as the text has them.
+    std::vector<std::string_view> const& all() const { return words; }
+
     /// Two quotes of a word, as tables have them within quotes, become one.
     std::vector<std::string> texts() const {
         std::vector<std::string> texts(words.begin(), words.end());

@@ -115,12 +115,12 @@ std::vector<ParticleVector> vectorsOf(ParticleFrame const& frame) {
 
 /// Whether some particle has all three parts within the widest range that colors have.
 bool areColors(ParticleFrame const& frame, Columns const& columns) {
-    std::array<std::vector<double> const*, 3> parts{};
+    std::array<ValueList<double> const*, 3> parts{};
     std::transform(columns.begin(), columns.end(), parts.begin(),
                    [&frame](std::size_t column) { return &frame.channels[column].values; });
     std::size_t const count = parts[0]->size();
     for (std::size_t i = 0; i < count; ++i) {
-        if (std::all_of(parts.begin(), parts.end(), [i](std::vector<double> const* part) {
+        if (std::all_of(parts.begin(), parts.end(), [i](ValueList<double> const* part) {
                 return (*part)[i] >= 0 && (*part)[i] <= LARGEST_PART;
             })) {
             return true;

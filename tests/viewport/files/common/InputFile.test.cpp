@@ -111,3 +111,16 @@ TEST(InputFile, whatHasNoContentIsAFault) {
     }
     ::close(ends[0]);
 }
+
+TEST(InputFile, releasedBytesStayValid) {
+    TemporaryFolder const folder;
+    std::string const text(100'000, 'a');
+    Result<InputFile> const file = InputFile::open(folder.write("a.txt", text));
+    ASSERT_TRUE(file.isOk()) << file.fault().line();
+    EXPECT_EQ(file.value().bytes(), text);
+    // How many pages of the file the process has is not its own doing: others may map it, too.
+    for (std::size_t const bytes : {std::size_t(0), std::size_t(5000), text.size(), 2 * text.size()}) {
+        file.value().release(bytes);
+        EXPECT_EQ(file.value().bytes(), text) << bytes;
+    }
+}

@@ -1,5 +1,7 @@
 #include "viewport/files/particles/PlyPoints.h"
 
+#include "foundation/basic/threads.h"
+
 #include "tests/viewport/files/mesh/mesh_texts.h"
 #include "tests/viewport/files/particles/particle_texts.h"
 
@@ -162,5 +164,47 @@ TEST(PlyPoints, everySingleByteMayBeWrong) {
                 EXPECT_TRUE(result.isOk() || !result.fault().message.empty());
             }
         }
+    }
+}
+
+TEST(PlyPoints, manyVerticesAreTheSameOnAnyNumberOfThreads) {
+    // Of several steps of the loop over all cores, the last one not full.
+    constexpr std::uint32_t count = 530'001;
+    for (bool const isBig : {false, true}) {
+        std::string bytes =
+            std::string("ply\nformat ") + (isBig ? "binary_big_endian" : "binary_little_endian") +
+            " 1.0\nelement vertex " + std::to_string(count) +
+            "\nproperty float x\nproperty double y\nproperty short z\nproperty double id\nend_header\n";
+        std::size_t const body = bytes.size();
+        for (std::uint32_t i = 0; i < count; ++i) {
+            append(bytes, 0.1F * static_cast<float>(i), isBig);
+            append(bytes, 0.1 * i, isBig);
+            append(bytes, static_cast<std::int16_t>(i), isBig);
+            append(bytes, static_cast<double>(i), isBig);
+        }
+        for (int const threads : {1, 3}) {
+            setThreadLimit(threads);
+            Result<LoadedFrame> const result = readPlyPoints(bytes, nobody);
+            ASSERT_EQ(faultOf(result), "");
+            ParticleFrame const& frame = result.value().frame;
+            ASSERT_EQ(frame.positions.size(), count);
+            for (std::uint32_t i = 0; i < count; ++i) {
+                Point const expected{static_cast<double>(0.1F * static_cast<float>(i)), 0.1 * i,
+                                     static_cast<double>(static_cast<std::int16_t>(i))};
+                ASSERT_EQ(frame.positions[i], expected) << i;
+                ASSERT_EQ(frame.channels[0].values[i], i);
+            }
+        }
+        for (std::uint32_t const wrong : {count - 1, 529'000U, 70'000U}) {
+            std::string id;
+            append(id, 0.5, isBig);
+            bytes.replace(body + wrong * std::size_t(22) + 14, id.size(), id);
+            for (int const threads : {1, 3}) {
+                setThreadLimit(threads);
+                EXPECT_EQ(faultIn(bytes),
+                          "the id of vertex " + std::to_string(wrong) + " is not a whole number");
+            }
+        }
+        setThreadLimit(0);
     }
 }

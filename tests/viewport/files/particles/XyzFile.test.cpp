@@ -138,7 +138,7 @@ TEST(XyzFile, countsBeyondTheFileTakeNoMemory) {
 
 TEST(XyzFile, ofAFileCutOffTheCompleteFramesAreGiven) {
     std::string const text = extended + extended;
-    std::vector<Point> const whole = framesOf(extended)[0].positions;
+    ValueList<Point> const whole = framesOf(extended)[0].positions;
     for (std::size_t size = 0; size < text.size(); ++size) {
         std::vector<char> const bytes(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(size));
         Result<LoadedFrame> const result = readXyz({bytes.data(), bytes.size()}, 0, nobody);
