@@ -13,23 +13,39 @@ ChannelCatalog::~ChannelCatalog() {
 }
 
 void ChannelCatalog::setContent(std::shared_ptr<Content const> newContent) {
+    follow(std::move(newContent));
+    known.clear();
+    knownFiles.reset();
+    outdated.clear();
+    areFilesOutdated = false;
+}
+
+void ChannelCatalog::follow(std::shared_ptr<Content const> newContent) {
+    _stop();
+    content = std::move(newContent);
+    nameList = content != nullptr ? channelNames(*content) : std::vector<std::string>();
+    for (auto const& entry : known) {
+        outdated.insert(entry.first);
+    }
+    areFilesOutdated = knownFiles.has_value();
+}
+
+void ChannelCatalog::_stop() {
     isCancelled = true;
     if (worker.joinable()) {
         worker.join();
     }
     running = {};
     isCancelled = false;
-    content = std::move(newContent);
-    nameList = content != nullptr ? channelNames(*content) : std::vector<std::string>();
-    known.clear();
-    knownFiles.reset();
 }
 
 ChannelFacts const* ChannelCatalog::facts(std::string const& name) {
     poll();
     auto const found = known.find(name);
-    if (found == known.end()) {
+    if (found == known.end() || outdated.count(name) != 0) {
         _start(name);
+    }
+    if (found == known.end()) {
         return nullptr;
     }
     return found->second ? &*found->second : nullptr;
@@ -37,11 +53,10 @@ ChannelFacts const* ChannelCatalog::facts(std::string const& name) {
 
 std::vector<FileFacts> const* ChannelCatalog::files() {
     poll();
-    if (!knownFiles) {
+    if (!knownFiles || areFilesOutdated) {
         _start(std::nullopt);
-        return nullptr;
     }
-    return &*knownFiles;
+    return knownFiles ? &*knownFiles : nullptr;
 }
 
 bool ChannelCatalog::poll() {
@@ -51,8 +66,10 @@ bool ChannelCatalog::poll() {
     worker.join();
     Finding finding = running.get();
     if (finding.name) {
+        outdated.erase(*finding.name);
         known[*finding.name] = std::move(finding.channel);
     } else {
+        areFilesOutdated = false;
         knownFiles = std::move(finding.files);
     }
     return true;

@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -34,6 +35,9 @@ public:
     /// Forgets the facts of the former content.
     void setContent(std::shared_ptr<Content const> newContent);
 
+    /// The content is another frame of the same files: facts() and files() give those of the former one until they are known.
+    void follow(std::shared_ptr<Content const> newContent);
+
     /// Takes what has been found meanwhile; whether there is something. facts() and files() do so, too.
     bool poll();
 
@@ -54,6 +58,7 @@ private:
         std::vector<FileFacts> files;
     };
 
+    void _stop();
     void _start(std::optional<std::string> const& name);
 
     std::function<void()> wake;
@@ -61,6 +66,8 @@ private:
     std::vector<std::string> nameList;
     std::map<std::string, std::optional<ChannelFacts>> known;
     std::optional<std::vector<FileFacts>> knownFiles;
+    std::set<std::string> outdated;  // of the known ones, those of a former frame
+    bool areFilesOutdated = false;   // alike
     std::atomic<bool> isCancelled{false};
     std::future<Finding> running;  // not valid: nothing is computed
     std::thread worker;            // of it

@@ -13,6 +13,7 @@
 #include "viewport/scene/scalar_colors.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -30,6 +31,11 @@ constexpr std::size_t FEWEST_OF_A_SERIES = 3;
 /// Seconds from the start of an animation; particles may be shown at times before 0.
 MeshOptions meshOptions(Options const& options) {
     return {options.time ? std::optional<double>(std::max(0.0, *options.time)) : std::nullopt};
+}
+
+/// Whether somebody may ask for other frames than the first one.
+bool needsSequences(Options const& options) {
+    return options.film.frames || options.opensWindow();
 }
 
 /// Ends the loading where nobody wants it any more.
@@ -72,12 +78,14 @@ std::optional<Fault> loadMesh(MeshFile const& source, std::string const& file, O
     content.addUp({file, mesh.value().up});
     content.hasAnimations = content.hasAnimations || !mesh.value().animations.empty();
     observer.meshRead(file, mesh.value());
-    if (options.film.frames && !mesh.value().animations.empty()) {
-        content.moving.push_back(
-            {file,
-             FrameSequence::ofAnimation(source, options.limits, mesh.value().animations.front().duration,
-                                        options.film.framesPerSecond),
-             true, content.meshes.size()});
+    if (needsSequences(options) && !mesh.value().animations.empty()) {
+        double const perSecond = options.film.framesPerSecond;
+        FrameSequence const sequence = FrameSequence::ofAnimation(
+            source, options.limits, mesh.value().animations.front().duration, perSecond);
+        double const pose = std::round(std::max(0.0, options.time.value_or(0)) * perSecond);
+        auto const last = static_cast<double>(sequence.count() - 1);
+        content.moving.push_back({file, sequence, true, content.meshes.size(), perSecond,
+                                  static_cast<std::size_t>(std::min(pose, last))});
     }
     content.meshes.push_back(std::move(mesh.value()));
     return std::nullopt;
@@ -115,6 +123,31 @@ void addMoving(std::string const& name, FrameSequence const& sequence, Content& 
     content.particles.emplace_back();
 }
 
+/// Keeps what was found out about the file whose frame has been loaded last, so that others can be shown.
+void keepSequence(std::string const& name, FrameSequence const& sequence, std::size_t shown,
+                  Content& content) {
+    if (sequence.count() > 1) {
+        content.moving.push_back({name, sequence, false, content.particles.size() - 1, 0, shown});
+    }
+}
+
+/// The frame that is asked for. Of several files those with a single one stand still.
+Result<LoadedFrame> loadChosen(ParticleFile const& particles, Options const& options,
+                               Progress const& progress) {
+    if (options.time) {
+        return loadAtTime(particles, *options.time, progress);
+    }
+    Result<LoadedFrame> loaded = particles.load(options.particles.frame, progress);
+    bool const isStill = !loaded.isOk() && options.particles.frame && options.files.size() > 1;
+    if (isStill && !loaded.fault().isCancelled) {
+        Result<FrameList> const list = particles.frames(progress);
+        if (list.isOk() && list.value().count == 1) {
+            return particles.load(std::nullopt, progress);
+        }
+    }
+    return loaded;
+}
+
 std::optional<Fault> loadParticles(InputFile const& file, Options const& options, Content& content,
                                    LoadObserver& observer) {
     ParticleFile const particles(file, particleFormatNamed(options.format));
@@ -129,10 +162,23 @@ std::optional<Fault> loadParticles(InputFile const& file, Options const& options
             return std::nullopt;
         }
     }
-    return loadParticles(file.name(), content, observer, [&](Progress const& progress) {
-        return options.time ? loadAtTime(particles, *options.time, progress)
-                            : particles.load(options.particles.frame, progress);
-    });
+    std::size_t shown = 0;
+    if (std::optional<Fault> fault =
+            loadParticles(file.name(), content, observer, [&](Progress const& progress) {
+                Result<LoadedFrame> loaded = loadChosen(particles, options, progress);
+                shown = loaded.isOk() ? loaded.value().number : 0;
+                return loaded;
+            })) {
+        return fault;
+    }
+    if (needsSequences(options) && content.frameCounts.back() > 1) {
+        Result<FrameSequence> const sequence =
+            FrameSequence::ofFile(particles, progressOf(file.name(), observer));
+        if (sequence.isOk()) {
+            keepSequence(file.name(), sequence.value(), shown, content);
+        }
+    }
+    return std::nullopt;
 }
 
 std::optional<Fault> loadSeries(std::vector<std::string> const& files, Options const& options,
@@ -140,19 +186,68 @@ std::optional<Fault> loadSeries(std::vector<std::string> const& files, Options c
     std::optional<ParticleSeries> const series = ParticleSeries::of(files);
     if (!series) {
         return Fault{files.empty() ? std::string() : files.front(),
-                     files.size() < 2 ? "--series needs several particle files"
+                     files.size() < 2 ? "--series needs several particle files or meshes"
                                       : "is of no series: --series needs names that differ in one number"};
     }
+    std::optional<ParticleFormat> const format = particleFormatNamed(options.format);
+    FrameSequence const sequence = FrameSequence::ofSeries(*series, format);
     if (options.film.frames) {
-        addMoving(files.front(), FrameSequence::ofSeries(*series, particleFormatNamed(options.format)),
-                  content, observer);
+        addMoving(files.front(), sequence, content, observer);
         return std::nullopt;
     }
-    return loadParticles(files.front(), content, observer, [&](Progress const& progress) {
-        return options.time
-                   ? loadAtTime(*series, *options.time, progress, particleFormatNamed(options.format))
-                   : series->load(options.particles.frame, progress, particleFormatNamed(options.format));
-    });
+    std::size_t shown = 0;
+    if (std::optional<Fault> fault =
+            loadParticles(files.front(), content, observer, [&](Progress const& progress) {
+                Result<LoadedFrame> loaded = options.time
+                                                 ? loadAtTime(*series, *options.time, progress, format)
+                                                 : series->load(options.particles.frame, progress, format);
+                shown = loaded.isOk() ? loaded.value().number : 0;
+                return loaded;
+            })) {
+        return fault;
+    }
+    if (needsSequences(options)) {
+        keepSequence(files.front(), sequence, shown, content);
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> meshFormat(Options const& options) {
+    return options.format.empty() ? std::nullopt : std::optional<std::string>(options.format);
+}
+
+/// Reads meshes that are the frames of a series.
+/// \param files in the order of their numbers
+std::optional<Fault> loadMeshSeries(std::vector<std::string> const& files, Options const& options,
+                                    Content& content, LoadObserver& observer) {
+    std::size_t const last = files.size() - 1;
+    std::size_t const shown = options.film.frames ? 0 : options.particles.frame.value_or(last);
+    if (shown > last) {
+        return Fault{files.back(), "the series has no frame " + std::to_string(shown) + "; its last one is " +
+                                       std::to_string(last) + ", this file"};
+    }
+    std::size_t const place = content.meshes.size();
+    Result<InputFile> const file = InputFile::open(files[shown], progressOf(files[shown], observer));
+    if (!file.isOk()) {
+        return file.fault();
+    }
+    if (std::optional<Fault> fault =
+            loadMesh(MeshFile(file.value(), meshFormat(options)), files[shown], options, content, observer)) {
+        return fault;
+    }
+    if (needsSequences(options)) {
+        // Files, not poses of one of them.
+        auto const isOfMesh = [&](MovingFile const& moving) {
+            return moving.isMesh && moving.place == place;
+        };
+        content.moving.erase(std::remove_if(content.moving.begin(), content.moving.end(), isOfMesh),
+                             content.moving.end());
+        bool const isTextured = options.texture.empty() && !options.hasEffect(place);
+        FrameSequence const sequence =
+            FrameSequence::ofMeshes(files, meshFormat(options), options.limits, isTextured);
+        content.moving.push_back({files.front(), sequence, true, place, 0, shown});
+    }
+    return std::nullopt;
 }
 
 bool isPipe(std::string const& file) {
@@ -173,9 +268,15 @@ bool hasParticles(std::string const& path, Result<InputFile> const& file, Option
     return file.isOk() ? isParticleFile(file.value()) : isParticleFile(path);
 }
 
-/// Reads a mesh or particles; with --series particle files are only collected.
+/// The files that --series collects.
+struct SeriesFiles {
+    std::vector<std::string> particles;  // also without --series
+    std::vector<std::string> meshes;
+};
+
+/// Reads a mesh or particles; with --series the files are only collected.
 std::optional<Fault> loadFile(std::string const& path, Options const& options, Content& content,
-                              std::vector<std::string>& particleFiles, LoadObserver& observer) {
+                              SeriesFiles& series, LoadObserver& observer) {
     // A pipe can be opened only once.
     Result<InputFile> const file = InputFile::open(path, progressOf(path, observer));
     bool const areParticles = hasParticles(path, file, options);
@@ -183,18 +284,44 @@ std::optional<Fault> loadFile(std::string const& path, Options const& options, C
         return file.fault();
     }
     if (!areParticles) {
-        std::optional<std::string> const format =
-            options.format.empty() ? std::nullopt : std::optional<std::string>(options.format);
-        return loadMesh(file.isOk() ? MeshFile(file.value(), format) : MeshFile(path), path, options, content,
-                        observer);
+        if (options.isSeries && file.isOk() && !file.value().isFromPipe()) {
+            series.meshes.push_back(path);
+            return std::nullopt;
+        }
+        return loadMesh(file.isOk() ? MeshFile(file.value(), meshFormat(options)) : MeshFile(path), path,
+                        options, content, observer);
     }
     if (options.isSeries && file.value().isFromPipe()) {
         return Fault{path, "is a pipe, which is no file of a series"};
     }
     if (!file.value().isFromPipe()) {
-        particleFiles.push_back(path);
+        series.particles.push_back(path);
     }
     return options.isSeries ? std::nullopt : loadParticles(file.value(), options, content, observer);
+}
+
+/// Reads what has been collected: meshes whose names are of a series as that, others as several things.
+std::optional<Fault> loadSeries(SeriesFiles const& files, Options const& options, Content& content,
+                                LoadObserver& observer) {
+    std::optional<ParticleSeries> const meshes = ParticleSeries::of(files.meshes);
+    if (meshes) {
+        if (std::optional<Fault> fault = loadMeshSeries(meshes->files(), options, content, observer)) {
+            return fault;
+        }
+    }
+    for (std::size_t i = 0; !meshes && i < files.meshes.size(); ++i) {
+        std::string const& path = files.meshes[i];
+        Result<InputFile> const file = InputFile::open(path, progressOf(path, observer));
+        if (!file.isOk()) {
+            return file.fault();
+        }
+        if (std::optional<Fault> fault =
+                loadMesh(MeshFile(file.value(), meshFormat(options)), path, options, content, observer)) {
+            return fault;
+        }
+    }
+    return meshes && files.particles.empty() ? std::nullopt
+                                             : loadSeries(files.particles, options, content, observer);
 }
 
 /// What hides the colors of each mesh; empty: nothing.
@@ -274,21 +401,37 @@ std::optional<Fault> beginFilm(Options const& options, Content& content, LoadObs
     return std::nullopt;
 }
 
+/// A frame that is asked for and that no file has, although each one may stand still beside others.
+std::optional<Fault> missingFrame(Options const& options, Content const& content) {
+    std::optional<std::size_t> const& frame = options.particles.frame;
+    bool const isAsked = frame && *frame > 0 && !options.isSeries && !content.particles.empty();
+    bool const areStill = std::all_of(content.frameCounts.begin(), content.frameCounts.end(),
+                                      [](std::size_t count) { return count == 1; });
+    if (!isAsked || !areStill) {
+        return std::nullopt;
+    }
+    return Fault{content.particles.front().file,
+                 "has no frame " + std::to_string(*frame) + "; its last one is 0"};
+}
+
 Result<Content> loadAll(Options const& options, LoadObserver& observer) {
     Content content;
-    std::vector<std::string> particleFiles;
+    SeriesFiles series;
     for (std::string const& file : options.files) {
-        if (std::optional<Fault> fault = loadFile(file, options, content, particleFiles, observer)) {
+        if (std::optional<Fault> fault = loadFile(file, options, content, series, observer)) {
             return *fault;
         }
     }
     if (options.isSeries) {
-        if (std::optional<Fault> fault = loadSeries(particleFiles, options, content, observer)) {
+        if (std::optional<Fault> fault = loadSeries(series, options, content, observer)) {
             return *fault;
         }
-    } else if (particleFiles.size() >= FEWEST_OF_A_SERIES && isSeries(particleFiles)) {
+    } else if (series.particles.size() >= FEWEST_OF_A_SERIES && isSeries(series.particles)) {
         observer.note(
             {"", "the files look like a series and are shown together; --series shows one frame of it"});
+    }
+    if (std::optional<Fault> fault = missingFrame(options, content)) {
+        return *fault;
     }
     if (options.film.frames) {
         if (std::optional<Fault> fault = beginFilm(options, content, observer)) {
@@ -374,7 +517,7 @@ void Content::take(MovingFile const& file, SequenceFrame frame) {
     auto& mesh = std::get<MeshData>(frame);
     // A pose changes no material, and the textures are read already.
     MeshData& former = meshes[file.place];
-    if (mesh.materials.size() == former.materials.size()) {
+    if (file.isAnimation() && mesh.materials.size() == former.materials.size()) {
         mesh.materials = std::move(former.materials);
     }
     former = std::move(mesh);

@@ -29,7 +29,11 @@ struct MovingFile {
     std::string name;
     FrameSequence sequence;
     bool isMesh;
-    std::size_t place;  ///< among the meshes or the particles
+    std::size_t place;           ///< among the meshes or the particles
+    double framesPerSecond = 0;  ///< of an animation; 0: its frames have numbers alone
+    std::size_t shown = 0;       ///< the frame that the content has, the nearest one of an animation
+
+    bool isAnimation() const { return framesPerSecond > 0; }
 };
 
 /// What the files hold.
@@ -43,8 +47,9 @@ struct Content {
     bool hasAnimations = false;            ///< of meshes
     bool hasTimes = false;                 ///< of particles
 
+    std::vector<MovingFile> moving = {};  ///< only with the frames of a film, and for a window
+
     // == Only with the frames of a film ==
-    std::vector<MovingFile> moving = {};
     std::vector<std::size_t> frames = {};   ///< to be shown, at least one
     std::vector<ParticleFrame> still = {};  ///< of files with a single frame; the others are empty
 

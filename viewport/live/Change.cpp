@@ -95,8 +95,7 @@ bool sameFiles(Options const& a, Options const& b) {
     bool const needTextures = a.texture.empty() == b.texture.empty() &&
                               a.effect.has_value() == b.effect.has_value() &&
                               (!a.effect || a.effect->onlyModel == b.effect->onlyModel);
-    return a.files == b.files && a.format == b.format && a.isSeries == b.isSeries &&
-           a.particles.frame == b.particles.frame && a.time == b.time && needTextures;
+    return a.files == b.files && a.format == b.format && a.isSeries == b.isSeries && needTextures;
 }
 
 }  // namespace
@@ -104,6 +103,9 @@ bool sameFiles(Options const& a, Options const& b) {
 Change changeBetween(Options const& before, Options const& after) {
     if (!sameFiles(before, after)) {
         return Change::FILES;
+    }
+    if (before.particles.frame != after.particles.frame || before.time != after.time) {
+        return Change::FRAME;
     }
     if (!sameSubject(before, after)) {
         return Change::SUBJECT;

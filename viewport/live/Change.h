@@ -10,7 +10,8 @@ enum class Change {
     CAMERA,  ///< the same drawing from elsewhere
     LOOK,    ///< the same scene, drawn otherwise
     SUBJECT,  ///< the same contents of the files, prepared otherwise: other particles, colors of values, an effect
-    FILES  ///< other files, or another part of them
+    FRAME,  ///< another frame of the same files
+    FILES   ///< other files, or read otherwise
 };
 
 /// What separates two sets of options; of their pictures only the first one is compared.

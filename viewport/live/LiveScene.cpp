@@ -56,6 +56,27 @@ void LiveScene::_makeViewer() {
     viewer = presentation.viewer(asked.pictures.front());
     viewer->setDetail(drawnPart);
     _showGizmo();
+    if (drawnSize.width > 0) {
+        // It has a camera before it has drawn: the mouse may move it first. A fault is that of the next drawing.
+        static_cast<void>(viewer->cameraFault(drawnSize));
+    }
+}
+
+std::optional<Fault> LiveScene::show(Options const& options, Subject other, double aspect,
+                                     std::vector<Fault>* words) {
+    viewer.reset();
+    asked = options;
+    cameraSpec = options.pictures.front().camera;
+    subject = std::move(other);
+    presentation.show(subject);
+    if (std::optional<Presentation::Lack> const lack = presentation.prepare(aspect)) {
+        if (words != nullptr) {
+            *words = lack->words;
+        }
+        return lack->fault;
+    }
+    _makeViewer();
+    return std::nullopt;
 }
 
 void LiveScene::setLook(Options const& options) {

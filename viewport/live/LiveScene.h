@@ -41,6 +41,12 @@ public:
     LiveScene(LiveScene const&) = delete;
     LiveScene& operator=(LiveScene const&) = delete;
 
+    /// Draws another subject, such as another frame of the same files. A fault where it cannot be drawn: the scene then draws nothing
+    /// and is to be replaced.
+    /// \param words as in make()
+    std::optional<Fault> show(Options const& options, Subject other, double aspect,
+                              std::vector<Fault>* words = nullptr);
+
     /// Draws the same subject otherwise. The options must differ from the former ones only in what `LookChange` calls a look.
     void setLook(Options const& options);
 

@@ -12,6 +12,7 @@ Workspace::Workspace(Options const& options, std::function<void()> wake)
     , shown(options)
     , wanted(options)
     , catalog(wake)
+    , wake(wake)
     , loader(std::move(wake)) {
     if (!wanted.files.empty() || wanted.hasOwnSea()) {
         _load(wanted, nullptr);
@@ -19,27 +20,53 @@ Workspace::Workspace(Options const& options, std::function<void()> wake)
 }
 
 void Workspace::apply(Options const& options) {
-    Change change = changeBetween(wanted, options);
+    Change const change = changeBetween(wanted, options);
     if (options.transforms != wanted.transforms) {
         steps.clear();
     }
     if (change == Change::NOTHING) {
         return;
     }
-    if (isRefused) {
-        change = std::max(change, changeBetween(shown, options));
-    }
     wanted = options;
-    if (change >= Change::SUBJECT || loader.isLoading() || live == nullptr) {
-        _load(wanted, change == Change::FILES || openContent == nullptr ? nullptr : openContent);
+    Change const sinceShown = changeBetween(shown, wanted);
+    bool const isOpen = live != nullptr && !isReading && !isRefused;
+    std::optional<std::size_t> const frame = isOpen && sinceShown <= Change::FRAME && player != nullptr
+                                                 ? player->line().frameOf(wanted)
+                                                 : std::nullopt;
+    if (frame && sinceShown == Change::FRAME) {
+        loader.forget();
+        _showFrame(*frame);
         return;
     }
-    if (change == Change::LOOK) {
+    bool const isAwaited = isFrameAwaited();
+    if (isAwaited) {
+        player->forget();
+    }
+    Change const needed = isAwaited || isRefused ? sinceShown : change;
+    if (needed >= Change::SUBJECT || loader.isLoading() || live == nullptr) {
+        bool const isKept = sinceShown <= Change::SUBJECT && !isReading;
+        _load(wanted, isKept ? openContent : nullptr);
+        return;
+    }
+    if (needed == Change::LOOK) {
         live->setLook(wanted);
-    } else if (change == Change::CAMERA) {
+    } else if (needed == Change::CAMERA) {
         lastFault = live->setCamera(wanted.pictures.front().camera);
     }
     shown = wanted;
+}
+
+/// Of what is open, as it is wanted.
+void Workspace::_showFrame(std::size_t frame) {
+    lastFault.reset();
+    Options former = *playerOptions;
+    former.particles.frame = wanted.particles.frame;
+    former.time = wanted.time;
+    if (changeBetween(former, wanted) >= Change::SUBJECT) {
+        player->setOptions(wanted);
+        playerOptions = wanted;
+    }
+    player->show(frame);
 }
 
 void Workspace::setCamera(CameraSpec const& spec) {
@@ -80,6 +107,9 @@ void Workspace::reload() {
 
 void Workspace::cancelLoading() {
     loader.cancel();
+    if (player != nullptr) {
+        player->forget();
+    }
     wanted = shown;
 }
 
@@ -88,16 +118,27 @@ void Workspace::_load(Options const& options, std::shared_ptr<Content const> con
     words.clear();
     isGoingBack = false;
     isRefused = false;
+    isReading = kept == nullptr;
+    if (player != nullptr) {
+        player->forget();
+    }
     loader.start(options, kept);
 }
 
 bool Workspace::update(double aspect) {
     std::optional<LoadOutcome> outcome = loader.poll();
-    bool const isFound = catalog.poll();
-    return (outcome && _takeOver(std::move(*outcome), aspect)) || isFound;
+    bool isNew = catalog.poll();
+    if (outcome) {
+        isNew = _takeOver(std::move(*outcome), aspect) || isNew;
+    }
+    if (std::optional<LoadOutcome> frame = player != nullptr ? player->poll() : std::nullopt) {
+        isNew = _takeFrame(std::move(*frame), aspect) || isNew;
+    }
+    return isNew;
 }
 
 bool Workspace::_takeOver(LoadOutcome outcome, double aspect) {
+    isReading = false;
     if (!outcome.loaded) {
         lastFault = outcome.fault;
         wanted = shown;
@@ -109,18 +150,11 @@ bool Workspace::_takeOver(LoadOutcome outcome, double aspect) {
     if (options.files != shown.files) {
         _forgetEdits();
     }
-    Scene const& scene = outcome.loaded->subject.scene;
-    if (std::optional<std::string> const misfit = misfitOf(options.transforms, scene)) {
-        removeMisfits(options.transforms, scene);
-        steps.clear();
-        outcome.notes.push_back({"", "not everything is moved: " + *misfit});
-    }
-    if (chosen && *chosen >= objectCount(scene)) {
-        chosen.reset();
-    }
+    _dropMisfits(options, outcome.loaded->subject.scene, outcome.notes);
     // What stands is given back first: two large scenes may be more than the GPU holds.
     std::unique_ptr<LiveScene> former = std::move(live);
     former.reset();
+    isReplaced = true;
     Result<std::unique_ptr<LiveScene>> made = LiveScene::make(
         *renderLayer, options, std::move(outcome.loaded->subject), aspect, isGoingBack ? nullptr : &words);
     if (!made.isOk()) {
@@ -134,6 +168,11 @@ bool Workspace::_takeOver(LoadOutcome outcome, double aspect) {
     if (openContent != outcome.loaded->content) {
         openContent = std::move(outcome.loaded->content);
         catalog.setContent(openContent);
+        player.reset();
+        if (FrameLine(*openContent).count() > 1) {
+            player = std::make_unique<FramePlayer>(options, *openContent, wake);
+            playerOptions = options;
+        }
     }
     shown = options;
     if (!isGoingBack) {
@@ -144,11 +183,59 @@ bool Workspace::_takeOver(LoadOutcome outcome, double aspect) {
         chosen = 0;
     }
     live->select(chosen);
-    notesOfScene = std::move(outcome.notes);
+    _tellNotes(std::move(outcome.notes));
+    return true;
+}
+
+bool Workspace::_takeFrame(LoadOutcome outcome, double aspect) {
+    if (!outcome.loaded) {
+        lastFault = outcome.fault;
+        player->forget();
+        wanted = shown;
+        return true;
+    }
+    // Another frame may be wanted by now; all else is as it is wanted.
+    Options options = wanted;
+    options.particles.frame = outcome.loaded->options.particles.frame;
+    options.time = outcome.loaded->options.time;
+    _dropMisfits(options, outcome.loaded->subject.scene, outcome.notes);
+    if (std::optional<Fault> fault =
+            live->show(options, std::move(outcome.loaded->subject), aspect, &words)) {
+        live.reset();
+        player->forget();
+        isReplaced = true;
+        lastFault = fault;
+        _goBack();
+        return true;
+    }
+    openContent = std::move(outcome.loaded->content);
+    catalog.follow(openContent);
+    shown = options;
+    if (!player->awaited()) {
+        wanted = options;
+    }
+    live->select(chosen);
+    _tellNotes(std::move(outcome.notes));
+    return true;
+}
+
+/// Objects that were moved and are not there any more stay where their files have them.
+void Workspace::_dropMisfits(Options& options, Scene const& scene, std::vector<Fault>& notes) {
+    if (std::optional<std::string> const misfit = misfitOf(options.transforms, scene)) {
+        removeMisfits(options.transforms, scene);
+        steps.clear();
+        notes.push_back({"", "not everything is moved: " + *misfit});
+    }
+    if (chosen && *chosen >= objectCount(scene)) {
+        chosen.reset();
+    }
+}
+
+void Workspace::_tellNotes(std::vector<Fault> notes) {
+    notesOfScene = std::move(notes);
     for (Fault const& what : live->takeNotes()) {
         notesOfScene.push_back(what);
     }
-    return true;
 }
 
 // == Editing ==
@@ -239,6 +326,7 @@ void Workspace::_forgetEdits() {
 void Workspace::_goBack() {
     isRefused = true;
     isGoingBack = openContent != nullptr;
+    isReading = false;
     if (isGoingBack) {
         loader.start(shown, openContent);
     }

@@ -3,6 +3,7 @@
 #include "toolkit/Layer.h"
 #include "viewport/content/ChannelCatalog.h"
 #include "viewport/content/Content.h"
+#include "viewport/content/FrameLine.h"
 #include "viewport/content/Options.h"
 #include "viewport/drawing/view/PictureSize.h"
 #include "viewport/editing/Gizmo.h"
@@ -10,6 +11,7 @@
 #include "viewport/editing/UndoStack.h"
 #include "viewport/live/Change.h"
 #include "viewport/live/LiveScene.h"
+#include "viewport/loading/FramePlayer.h"
 #include "viewport/loading/Loader.h"
 #include "viewport/text/Fault.h"
 
@@ -35,7 +37,8 @@ namespace vellum::viewport {
 ///         workspace.apply(options);
 ///     }
 ///
-/// Files are read on another thread. What was open stays until what replaces it is there; a fault leaves it as it was.
+/// Files are read on another thread. What was open stays until what replaces it is there; a fault leaves it as it was. Other frames of
+/// what is open are read ahead, without opening the files again; the last one that is asked for is shown in the end.
 class Workspace {
 public:
     /// \param wake ends a wait of the owner; called on any thread
@@ -59,9 +62,21 @@ public:
     /// Reads the files again and keeps the view.
     void reload();
 
+    /// The frames of what is open; null where it has a single one, and as long as nothing is open.
+    FrameLine const* frames() const { return player != nullptr ? &player->line() : nullptr; }
+
+    /// The one that is shown.
+    std::size_t shownFrame() const { return openContent != nullptr ? FrameLine::shownIn(*openContent) : 0; }
+
+    /// Whether a frame that was asked for is still being read.
+    bool isFrameAwaited() const { return player != nullptr && player->awaited(); }
+
     /// Takes over what has been loaded. Whether what is to be drawn has changed.
     /// \param aspect of the picture
     bool update(double aspect);
+
+    /// Whether the objects of the scene are others since the last call: what refers to them is to be given up.
+    bool takeReplaced() { return std::exchange(isReplaced, false); }
 
     /// Stops loading; what was open stays.
     void cancelLoading();
@@ -133,7 +148,11 @@ public:
 
 private:
     void _load(Options const& options, std::shared_ptr<Content const> const& kept);
+    void _showFrame(std::size_t frame);
     bool _takeOver(LoadOutcome outcome, double aspect);
+    bool _takeFrame(LoadOutcome outcome, double aspect);
+    void _dropMisfits(Options& options, Scene const& scene, std::vector<Fault>& notes);
+    void _tellNotes(std::vector<Fault> notes);
     void _keep(std::size_t object, ObjectTransform const& transform);
     void _forgetEdits();
     void _goBack();
@@ -152,7 +171,12 @@ private:
     std::vector<Fault> words;
     bool isGoingBack = false;  // to `shown`, as `wanted` could not be drawn
     bool isRefused = false;    // `wanted` could not be drawn
+    bool isReading = false;    // files are read by the loader; else it makes ready what is open
+    bool isReplaced = false;   // see takeReplaced()
+    std::function<void()> wake;
     Loader loader;
+    std::unique_ptr<FramePlayer> player;   // of what is open; null: it has a single frame
+    std::optional<Options> playerOptions;  // that it makes frames ready with
 };
 
 }  // namespace vellum::viewport

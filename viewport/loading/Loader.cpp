@@ -117,6 +117,12 @@ void Loader::cancel() {
     }
 }
 
+void Loader::forget() {
+    cancel();
+    std::lock_guard<std::mutex> const lock(mutex);
+    isAwaited = false;
+}
+
 /// Waits until the threads of the job and of those before it have ended.
 void Loader::_finish(Job& job) {
     if (job.thread.joinable()) {

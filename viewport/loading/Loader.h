@@ -73,6 +73,9 @@ public:
     /// Gives up what is loading. Its outcome then says so, even where it was ready already. Nothing where nothing is loading.
     void cancel();
 
+    /// The same, without an outcome.
+    void forget();
+
 private:
     struct Job;
     class JobObserver;

@@ -1,5 +1,8 @@
 #include "viewport/playback/FrameSequence.h"
 
+#include "viewport/files/common/InputFile.h"
+#include "viewport/files/mesh/Textures.h"
+
 #include <algorithm>
 #include <cmath>
 #include <string>
@@ -83,11 +86,36 @@ FrameSequence FrameSequence::ofAnimation(MeshFile const& file, ImportLimits cons
     FrameList list;
     list.count =
         1 + static_cast<std::size_t>(std::clamp(duration * framesPerSecond + SLACK, 0.0, MOST_POSES));
-    return {std::move(list), false, [=](std::size_t frame, Progress const&) -> Result<SequenceFrame> {
+    return {std::move(list), false,
+            [=](std::size_t frame, Progress const& progress) -> Result<SequenceFrame> {
                 MeshOptions const at{static_cast<double>(frame) / framesPerSecond};
-                Result<MeshData> mesh = file.load(limits, at);
+                Result<MeshData> mesh = file.load(limits, at, progress);
                 if (!mesh.isOk()) {
                     return mesh.fault();
+                }
+                return SequenceFrame(std::move(mesh.value()));
+            }};
+}
+
+FrameSequence FrameSequence::ofMeshes(std::vector<std::string> const& files,
+                                      std::optional<std::string> const& format, ImportLimits const& limits,
+                                      bool isTextured) {
+    FrameList list;
+    list.count = files.size();
+    return {std::move(list), false,
+            [=](std::size_t frame, Progress const& progress) -> Result<SequenceFrame> {
+                Result<InputFile> const file = InputFile::open(files[frame], progress);
+                if (!file.isOk()) {
+                    return file.fault();
+                }
+                MeshFile const source(file.value(), format);
+                Result<MeshData> mesh = source.load(limits, {}, progress);
+                if (!mesh.isOk()) {
+                    return mesh.fault();
+                }
+                if (isTextured) {
+                    // What is missing has been said of the first frame.
+                    static_cast<void>(loadTextures(source.place(), mesh.value(), progress));
                 }
                 return SequenceFrame(std::move(mesh.value()));
             }};

@@ -25,7 +25,8 @@ using SequenceFrame = std::variant<LoadedFrame, MeshData>;
 /// The memory that a frame takes, in bytes.
 std::uint64_t bytesOf(SequenceFrame const& frame);
 
-/// Frames that follow each other in time: those of one particle file, of a series of files, or the poses of an animated mesh.
+/// Frames that follow each other in time: those of one particle file, of a series of files, or the poses of an animated
+/// mesh.
 ///
 ///     Result<FrameSequence> const sequence = FrameSequence::ofFile(ParticleFile("melt.lammpstrj"), {});
 ///     if (sequence.isOk())
@@ -47,6 +48,14 @@ public:
     static FrameSequence ofAnimation(MeshFile const& file, ImportLimits const& limits, double duration,
                                      double framesPerSecond);
 
+    /// Meshes that follow each other, a file for each, with the textures of their materials. Opens no file.
+    /// \param files in their order, at least one
+    /// \param format one of meshFormatNames(); nothing: as MeshFile finds it out
+    /// \param isTextured whether textures are read
+    static FrameSequence ofMeshes(std::vector<std::string> const& files,
+                                  std::optional<std::string> const& format, ImportLimits const& limits,
+                                  bool isTextured);
+
     std::size_t count() const { return list.count; }  ///< 1 or more
 
     /// See FrameList: those of a file are known, those of a series and of an animation are not.
@@ -60,7 +69,7 @@ public:
 
     /// Reads one frame, LoadedFrame or MeshData. Of the other frames a LoadedFrame says their count alone.
     /// \param frame counted from 0; one that does not exist is a fault
-    /// \param progress may be empty. It may throw, which ends the load; meshes do not call it.
+    /// \param progress may be empty. It may throw, which ends the load.
     Result<SequenceFrame> load(std::size_t frame, Progress const& progress) const;
 
 private:

@@ -145,7 +145,7 @@ void OptionWords::_addFiles(CLI::App& app, Options& options) {
         "NAME");
     app.add_flag("--series", options.isSeries,
                  "Particle files that are numbered in their names are the frames of one dump, of which\n"
-                 "--frame or --time picks one, and not shown together")
+                 "--frame or --time picks one, and not shown together; so are meshes, without --time")
         ->group("Files");
     add("--up", up, "Which axis of the files is vertical: x, y, z, -x, -y, -z or auto (auto)", "AXIS");
     add("--clip", clip, "Show only what is inside: xmin,xmax,ymin,ymax,zmin,zmax in units of the files",

@@ -67,8 +67,11 @@ std::vector<Fault> idleOptions(Options const& options, ShownKinds const& shown) 
     Lines lines(options);
     if (!shown.hasParticles) {
         lines.add({"--particles", "--percent", "--select", "--size-of-particles", "--wrap", "--replicate",
-                   "--frame", "--gpu-memory", "--no-box"},
+                   "--gpu-memory", "--no-box"},
                   "there are no particles");
+        if (!options.isSeries) {
+            lines.add({"--frame"}, "there are no particles, and no series of meshes");
+        }
     }
     if (!shown.hasParticles && !shown.hasMeshValues) {
         if (!shown.areMeshValuesHidden) {

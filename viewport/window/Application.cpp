@@ -101,12 +101,12 @@ void Application::run() {
         }
         _layOut();
         if (workspace.update(area.size.aspect())) {
-            // The object that is dragged may be gone.
-            gizmoDrag.reset();
-            handle = GizmoHandle::NONE;
-            drag = Drag::NONE;
             isSceneChanged = true;
             framesToDraw = FRAMES_TO_SETTLE;
+            _giveUpGizmo();
+        }
+        if (workspace.takeReplaced()) {
+            drag = Drag::NONE;
             _takeOver();
         }
         if (watch.takeChange()) {
@@ -114,7 +114,7 @@ void Application::run() {
             framesToDraw = FRAMES_TO_SETTLE;
         }
         bool const mustRest =
-            !isSceneChanged && !isResting && drag == Drag::NONE && secondsSince(lastChange) >= UNTIL_REST;
+            !isSceneChanged && !isResting && _mayRest() && secondsSince(lastChange) >= UNTIL_REST;
         bool const mustLook = isResting && isCursorNew && hasPanel && secondsSince(lastMove) >= UNTIL_LOOK;
         if (framesToDraw > 0 || isSceneChanged || mustRest || mustLook || workspace.isLoading() ||
             panel.isPlaying()) {
@@ -123,6 +123,15 @@ void Application::run() {
         }
         _keepSettings();
         _pictureWindow();
+    }
+}
+
+/// The object that is dragged may be another one, or gone. The view is turned on.
+void Application::_giveUpGizmo() {
+    gizmoDrag.reset();
+    handle = GizmoHandle::NONE;
+    if (drag == Drag::GIZMO) {
+        drag = Drag::NONE;
     }
 }
 
@@ -171,6 +180,11 @@ void Application::_keepSettings() {
     }
 }
 
+/// Whether nothing moves that would only be held up by a picture with all its pixels.
+bool Application::_mayRest() const {
+    return drag == Drag::NONE && !panel.isPlaying();
+}
+
 /// How long nothing may happen until something is to be drawn.
 std::optional<double> Application::_patience() const {
     if (isSceneChanged || framesToDraw > 0) {
@@ -188,7 +202,7 @@ std::optional<double> Application::_patience() const {
     if (isResting && isCursorNew && hasPanel) {
         return std::max(0.001, UNTIL_LOOK - secondsSince(lastMove));
     }
-    if (!isResting && !picture.isEmpty() && drag == Drag::NONE) {
+    if (!isResting && !picture.isEmpty() && _mayRest()) {
         return std::max(0.001, UNTIL_REST - secondsSince(lastChange));
     }
     return std::nullopt;
@@ -233,7 +247,7 @@ void Application::_frame(Picture* seen) {
     if (LiveScene* const scene = workspace.scene()) {
         if (isSceneChanged) {
             _drawScene();
-        } else if (!isResting && secondsSince(lastChange) >= UNTIL_REST && drag == Drag::NONE) {
+        } else if (!isResting && secondsSince(lastChange) >= UNTIL_REST && _mayRest()) {
             scene->rest();
             Result<Picture> const complete = scene->picture(area.size);
             if (complete.isOk()) {

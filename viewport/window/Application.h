@@ -46,6 +46,8 @@ private:
 
     std::optional<double> _patience() const;
     void _frame(Picture* seen = nullptr);
+    bool _mayRest() const;
+    void _giveUpGizmo();
     void _layOut();
     void _handleMouse();
     void _handleKeys();

@@ -149,3 +149,30 @@ TEST(ChannelCatalog, forgetsTheFactsOfAFormerContent) {
     catalog.setContent(other);
     EXPECT_EQ(awaited([&] { return catalog.facts("heat"); })->most, 9);
 }
+
+TEST(ChannelCatalog, factsOfTheFormerFrameStayUntilThoseOfTheNextAreKnown) {
+    auto const contentWith = [](std::vector<double> const& values) {
+        auto content = std::make_shared<Content>();
+        content->particles.push_back(frameOf(values));
+        return content;
+    };
+    ChannelCatalog catalog;
+    catalog.setContent(contentWith({1, 2}));
+    ASSERT_NE(awaited([&] { return catalog.facts("heat"); }), nullptr);
+    ASSERT_NE(awaited([&] { return catalog.files(); }), nullptr);
+    catalog.follow(contentWith({1, 2, 5}));
+    ASSERT_NE(catalog.facts("heat"), nullptr);
+    ASSERT_NE(catalog.files(), nullptr);
+    EXPECT_NE(awaited([&] {
+                  ChannelFacts const* const facts = catalog.facts("heat");
+                  return facts->most == 5 ? facts : nullptr;
+              }),
+              nullptr);
+    EXPECT_NE(awaited([&] {
+                  std::vector<FileFacts> const* const files = catalog.files();
+                  return files->at(0).particleCount == 3 ? files : nullptr;
+              }),
+              nullptr);
+    catalog.setContent(contentWith({1}));
+    EXPECT_EQ(catalog.facts("heat"), nullptr) << "other files have other values";
+}

@@ -242,3 +242,65 @@ TEST(Content, aMeshCanComeFromAPipe) {
     ASSERT_TRUE(content.isOk()) << content.fault().line();
     EXPECT_EQ(content.value().meshes.at(0).triangles.size(), 1U);
 }
+
+namespace {
+
+std::string triangle(std::string const& z) {
+    return "v 0 0 " + z + "\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
+}
+
+}  // namespace
+
+TEST(Content, numberedMeshesAreASeriesWhereThatIsAskedFor) {
+    TemporaryFolder const folder;
+    std::vector<std::string> files;
+    for (char const* const number : {"2", "10", "1"}) {
+        files.push_back(folder.write(std::string("a") + number + ".obj", triangle(number)));
+    }
+    EXPECT_EQ(load(files).value().meshes.size(), 3U);
+    Options options;
+    options.isSeries = true;
+    Result<Content> const last = load(files, options);
+    ASSERT_TRUE(last.isOk()) << last.fault().line();
+    ASSERT_EQ(last.value().meshes.size(), 1U);
+    EXPECT_EQ(last.value().meshes[0].positions[0].z, 10);
+    options.particles.frame = 1;
+    EXPECT_EQ(load(files, options).value().meshes[0].positions[0].z, 2);
+    options.particles.frame = 3;
+    EXPECT_THAT(load(files, options).fault().line(), HasSubstr("the series has no frame 3"));
+    options.particles.frame.reset();
+    options.film.frames = FrameRange{};
+    Result<Content> const film = load(files, options);
+    ASSERT_TRUE(film.isOk()) << film.fault().line();
+    EXPECT_EQ(film.value().frames.size(), 3U);
+    EXPECT_EQ(film.value().meshes.at(0).positions.at(0).z, 1) << "a film begins with the first one";
+}
+
+TEST(Content, meshesBesideASeriesStayAsTheyAre) {
+    TemporaryFolder const folder;
+    std::string const mesh = folder.write("cup.obj", triangle("5"));
+    Options options;
+    options.isSeries = true;
+    Result<Content> const content =
+        load({folder.write("a1.xyz", "1\n\n0 0 1\n"), mesh, folder.write("a2.xyz", "1\n\n0 0 2\n")}, options);
+    ASSERT_TRUE(content.isOk()) << content.fault().line();
+    EXPECT_EQ(content.value().meshes.size(), 1U);
+    EXPECT_EQ(content.value().particles.at(0).positions.at(0).z, 2);
+}
+
+TEST(Content, aFileWithASingleFrameStandsStillBesideOthers) {
+    TemporaryFolder const folder;
+    std::string const moving = folder.write("a.xyz", "1\n\n0 0 1\n1\n\n0 0 2\n1\n\n0 0 3\n");
+    std::string const still = folder.write("b.xyz", "1\n\n0 0 9\n");
+    Options options;
+    options.particles.frame = 1;
+    Result<Content> const both = load({still, moving}, options);
+    ASSERT_TRUE(both.isOk()) << both.fault().line();
+    EXPECT_EQ(both.value().particles.at(0).positions.at(0).z, 9);
+    EXPECT_EQ(both.value().particles.at(1).positions.at(0).z, 2);
+    EXPECT_THAT(load({still}, options).fault().line(), HasSubstr("has no frame 1"));
+    EXPECT_THAT(load({still, folder.write("c.xyz", "1\n\n0 0 8\n")}, options).fault().line(),
+                HasSubstr("b.xyz: has no frame 1"));
+    options.particles.frame = 3;
+    EXPECT_THAT(load({still, moving}, options).fault().line(), HasSubstr("a.xyz: has no frame 3"));
+}

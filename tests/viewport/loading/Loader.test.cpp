@@ -164,3 +164,15 @@ TEST_F(Loader_test, meshesAreImportedBesideOtherThreads) {
     EXPECT_TRUE(second->loaded);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child process is left";
 }
+
+TEST_F(Loader_test, aForgottenLoadingHasNoOutcome) {
+    loader.start(optionsOf({endlessFile()}));
+    waitForProgress();
+    loader.forget();
+    EXPECT_FALSE(loader.isLoading());
+    EXPECT_FALSE(loader.poll());
+    loader.start(optionsOf({smallFile()}));
+    LoadOutcome const ended = outcome();
+    EXPECT_TRUE(ended.loaded);
+    EXPECT_FALSE(ended.isCancelled);
+}

@@ -33,6 +33,15 @@ TEST(idleOptions, optionsOfWhatIsNotThereHaveNoEffect) {
     EXPECT_THAT(linesOf(options, {true, true, false, false, false, ParticleColoring::VALUES}), IsEmpty());
 }
 
+TEST(idleOptions, aFrameIsOfParticlesOrOfASeries) {
+    Options options;
+    options.given = {"--frame"};
+    EXPECT_THAT(linesOf(options, MESHES),
+                ElementsAre("--frame has no effect: there are no particles, and no series of meshes"));
+    options.isSeries = true;
+    EXPECT_THAT(linesOf(options, MESHES), IsEmpty());
+}
+
 TEST(idleOptions, aRangeNeedsValues) {
     Options options;
     options.given = {"--range", "--percent"};

@@ -9,36 +9,31 @@
 
 namespace vellum::viewport {
 
-namespace {
-
-/// The frames of the file that has most; files with fewer show their last one.
-std::size_t frameCountOf(Workspace const& workspace) {
-    if (workspace.content() == nullptr) {
-        return 1;
-    }
-    std::vector<std::size_t> const& counts = workspace.content()->frameCounts;
-    return counts.empty() ? 1 : *std::max_element(counts.begin(), counts.end());
-}
-
-}  // namespace
-
 std::optional<Options> Timeline::draw(Workspace& workspace, double left, double width, double bottom,
                                       double height) {
     Clock::time_point const now = Clock::now();
     double const passed = std::chrono::duration<double>(now - last).count();
     last = now;
-    std::size_t const count = frameCountOf(workspace);
-    if (count < 2 || workspace.scene() == nullptr || workspace.options().isSeries) {
+    FrameLine const* const line = workspace.frames();
+    if (line == nullptr || workspace.scene() == nullptr) {
         clock.pause();
         return std::nullopt;
     }
+    std::size_t const count = line->count();
     clock.setCount(count);
-    std::optional<std::size_t> const& shown = workspace.options().particles.frame;
-    if (!clock.isPlaying() && !workspace.isLoading()) {
-        clock.show(shown.value_or(count - 1));
+    if (line->perSecond() != ownSpeed) {
+        ownSpeed = line->perSecond();
+        clock.setSpeed(ownSpeed > 0 ? ownSpeed : PlaybackClock::STANDARD_SPEED);
+    }
+    bool const isWaiting = workspace.isFrameAwaited() || workspace.isLoading();
+    if (workspace.fault()) {
+        clock.pause();
+    }
+    if (!clock.isPlaying() && !isWaiting) {
+        clock.show(workspace.shownFrame());
     }
     std::size_t const before = clock.frame();
-    clock.advance(passed, !workspace.isLoading());
+    clock.advance(passed, !isWaiting);
 
     ImGui::SetNextWindowPos({static_cast<float>(left), static_cast<float>(bottom - height)});
     ImGui::SetNextWindowSize({static_cast<float>(width), static_cast<float>(height)});
@@ -50,7 +45,9 @@ std::optional<Options> Timeline::draw(Workspace& workspace, double left, double 
     ImGui::SameLine();
     ImGui::SetNextItemWidth(std::max(40.0F, ImGui::GetContentRegionAvail().x));
     int number = static_cast<int>(clock.frame());
-    std::string const format = "frame %d of 0 to " + std::to_string(count - 1);
+    std::string const caption = line->caption(clock.frame());
+    std::string const format =
+        "frame %d of 0 to " + std::to_string(count - 1) + (caption.empty() ? "" : ", " + caption);
     if (ImGui::SliderInt("##frame", &number, 0, static_cast<int>(count) - 1, format.c_str(),
                          ImGuiSliderFlags_AlwaysClamp)) {
         clock.show(static_cast<std::size_t>(std::max(0, number)));
@@ -60,7 +57,7 @@ std::optional<Options> Timeline::draw(Workspace& workspace, double left, double 
         return std::nullopt;
     }
     Options options = workspace.options();
-    options.particles.frame = clock.frame();
+    line->choose(options, clock.frame());
     _hold(options, workspace);
     return options;
 }
@@ -68,7 +65,7 @@ std::optional<Options> Timeline::draw(Workspace& workspace, double left, double 
 void Timeline::togglePlaying(Workspace& workspace) {
     if (clock.isPlaying()) {
         clock.pause();
-    } else if (frameCountOf(workspace) > 1) {
+    } else if (workspace.frames() != nullptr) {
         clock.play();
     }
 }
@@ -107,10 +104,11 @@ void Timeline::_hold(Options& options, Workspace& workspace) const {
         // A move by nothing gives the camera that was chosen for this frame.
         camera = Navigation(workspace.scene()->scene(), workspace.scene()->camera()).pan(0, 0);
     }
-    std::optional<ValueScale> const& scale = workspace.scene()->shown().look.scale;
+    ParticleLook const& look = workspace.scene()->shown().look;
+    auto const& scale = look.scale ? look.scale : look.meshScale;
     if (followsRange) {
         options.particles.range.reset();
-    } else if (!options.particles.range && scale) {
+    } else if (!options.particles.range && scale && scale->range.low < scale->range.high) {
         options.particles.range = scale->range;
     }
 }

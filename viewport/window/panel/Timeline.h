@@ -10,8 +10,8 @@
 
 namespace vellum::viewport {
 
-/// The bar below the scene of a file with several frames: play and pause, step, loop, speed, and a slider over all frames. There is none
-/// for other files.
+/// The bar below the scene of files with several frames, of a series, and of animated meshes: play and pause, step, loop, speed, and a
+/// slider over all frames. There is none for other files. A frame that is asked for while another one is read follows that one.
 ///
 /// While frames play, the camera and the range of colors stay those of the frame that was shown when the user pressed play, unless the
 /// range is set to follow the frames.
@@ -35,6 +35,7 @@ private:
     PlaybackClock clock{1};
     Clock::time_point last = Clock::now();
     bool followsRange = false;
+    double ownSpeed = 0;  // of the frames that are open; 0: they have none
 };
 
 }  // namespace vellum::viewport
