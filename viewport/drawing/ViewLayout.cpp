@@ -136,7 +136,10 @@ std::optional<Box3<double>> movedBox(Scene const& scene, std::vector<ObjectTrans
 ViewLayout ViewLayout::of(Scene const& scene, ViewStyle const& style, OceanScene const* ocean,
                           PictureSize const& size, SurroundingSea const* sea,
                           std::vector<ObjectTransform> const& transforms) {
-    ViewLayout layout{nullptr, ViewCamera(style.camera), std::nullopt, {}, {}, std::nullopt, size, size, sea};
+    ViewLayout layout{nullptr, ViewCamera(style.camera), std::nullopt, {}};
+    layout.framedSize = size;
+    layout.size = size;
+    layout.sea = sea;
     if ((!scene.clouds().empty() || style.particles.meshScale) && style.explanations.hasBar) {
         layout.key = keyOf(style.particles, size, layout.notes);
         layout.framedSize.width -= layout.key != nullptr ? layout.key->reservedWidth() : 0;
@@ -149,6 +152,8 @@ ViewLayout ViewLayout::of(Scene const& scene, ViewStyle const& style, OceanScene
     } else {
         layout.framedPoints = pointsToFrame(scene, style, transforms);
         layout.bounds = movedBox(scene, transforms);
+        Box3<double> const around = layout.bounds.value_or(scene.box());
+        layout.shownBox = style.clip ? common(around, boxInScene(scene, *style.clip)) : around;
         layout.fault = layout._frame(layout.camera, scene);
     }
     if (!layout.fault) {

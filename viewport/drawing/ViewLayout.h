@@ -37,6 +37,7 @@ struct ViewLayout {
 
     std::vector<Vector3<double>> framedPoints = {};  ///< what is to be seen, in the frame of the scene
     std::optional<Box3<double>> bounds = {};         ///< of what is moved; nothing: the scene's
+    Box3<double> shownBox{{0, 0, 0}, {0, 0, 0}};     ///< around what is shown, in the frame of the scene
     PictureSize framedSize = {};                     ///< of the area beside the key
     PictureSize size = {};                           ///< of the picture
     SurroundingSea const* sea = nullptr;             ///< that the scene stands in, or null

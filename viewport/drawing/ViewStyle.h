@@ -21,8 +21,9 @@ struct LightSpec {
 struct Explanations {
     bool hasGrid = true;
     bool hasAxes = true;
-    bool hasBar = true;  ///< the colors of particles and what they stand for
-    bool hasBox = true;  ///< the boxes that particles are in
+    bool hasBar = true;     ///< the colors of particles and what they stand for
+    bool hasBox = true;     ///< the boxes that particles are in
+    bool hasSizes = false;  ///< the box around everything, with the lengths of its edges
 };
 
 /// How a scene is shown.

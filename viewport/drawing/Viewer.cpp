@@ -30,7 +30,7 @@ Viewer::Viewer(Core_RL& layer, Scene const& scene, ViewStyle const& style, Effec
     , blended(layer, style.mesh, textures)
     , objectTransforms(objectCount(scene))
     , cornerAxes(layer, scene.up())
-    , layout{nullptr, ViewCamera(style.camera), std::nullopt, {}, {}, {}, {}, {}, nullptr}
+    , layout{nullptr, ViewCamera(style.camera), std::nullopt, {}}
     , backdrop(layer) {
     for (Model const& model : scene.models()) {
         if (!style.mesh.importPreview && (effect == nullptr || !effect->covers(models.size()))) {
@@ -108,6 +108,9 @@ void Viewer::drawLabels(Picture& picture) {
     _layOut({picture.width, picture.height});
     if (layout.key != nullptr) {
         layout.key->draw(picture, ink);
+    }
+    if (std::optional<SizeBox> const box = _sizeBox()) {
+        box->drawLabels(picture, view({picture.width, picture.height}), ink);
     }
 }
 
@@ -312,7 +315,19 @@ void Viewer::_drawSubjects(Sampling const& sampling) {
         // Last, as an effect may show what is behind it.
         effect->draw();
     }
+    if (std::optional<SizeBox> const box = _sizeBox()) {
+        box->drawLines(layer, sampling, ink);
+    }
     layer.popDepthTest();
+}
+
+/// Nothing where it is not shown.
+std::optional<SizeBox> Viewer::_sizeBox() const {
+    if (!style.explanations.hasSizes || _ocean() != nullptr || layout.fault) {
+        return std::nullopt;
+    }
+    Box3<double> const& box = layout.shownBox;
+    return SizeBox(box, (box.max - box.min) * (1 / scene.unitsPerFileUnit()));
 }
 
 void Viewer::_drawModels(Sampling const& sampling) {

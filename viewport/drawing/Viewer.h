@@ -10,6 +10,7 @@
 #include "viewport/drawing/overlays/ColorKey.h"
 #include "viewport/drawing/overlays/CornerAxes.h"
 #include "viewport/drawing/overlays/GizmoDrawing.h"
+#include "viewport/drawing/overlays/SizeBox.h"
 #include "viewport/drawing/subjects/BlendedParts.h"
 #include "viewport/drawing/subjects/CloudDrawing.h"
 #include "viewport/drawing/subjects/ModelRenderer.h"
@@ -122,6 +123,7 @@ private:
     GizmoDrawing _gizmo() const;
     Picker _picker(GizmoDrawing const& gizmo);
     bool _isGroundShown() const;
+    std::optional<SizeBox> _sizeBox() const;
 
     void _placeLights() const;
     void _drawBehind(Region const& region, PictureSize const& size, Sampling const& sampling);

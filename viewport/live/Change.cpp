@@ -59,7 +59,8 @@ bool sameMesh(MeshStyle const& a, MeshStyle const& b) {
 bool samePicture(PictureOptions const& a, PictureOptions const& b) {
     auto const facts = [](PictureOptions const& p) {
         Explanations const& e = p.explanations;
-        return std::make_tuple(p.gizmo, p.background.isTransparent, e.hasGrid, e.hasAxes, e.hasBar, e.hasBox);
+        return std::make_tuple(p.gizmo, p.background.isTransparent, e.hasGrid, e.hasAxes, e.hasBar, e.hasBox,
+                               e.hasSizes);
     };
     return facts(a) == facts(b) && same(a.background.top, b.background.top) &&
            same(a.background.bottom, b.background.bottom) && same(a.light, b.light);

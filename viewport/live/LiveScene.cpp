@@ -55,6 +55,9 @@ void LiveScene::_makeViewer() {
     viewer.reset();
     viewer = presentation.viewer(asked.pictures.front());
     viewer->setDetail(drawnPart);
+    Background background = asked.pictures.front().background;
+    background.isCheckered = true;
+    viewer->setBackground(background);
     _showGizmo();
     if (drawnSize.width > 0) {
         // It has a camera before it has drawn: the mouse may move it first. A fault is that of the next drawing.

@@ -79,7 +79,7 @@ public:
     Subject const& shown() const { return subject; }
 
     /// Draws into the current framebuffer, one sample for each of its pixels, without labels. Particles thin out where a frame takes
-    /// longer than the budget.
+    /// longer than the budget. What is transparent is drawn as checkers.
     /// State: that of Viewer::draw().
     void draw(PictureSize const& size);
 

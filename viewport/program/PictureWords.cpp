@@ -61,6 +61,7 @@ constexpr Row ROWS[] = {
     {AROUND, "--no-axes", "", "Leave out the axes in the corner"},
     {AROUND, "--no-bar", "", "Leave out the bar of the particles' colors"},
     {AROUND, "--no-box", "", "Leave out the boxes of particles"},
+    {AROUND, "--sizes", "", "Draw the box around everything, with its sizes in units of the files"},
 };
 
 }  // namespace
@@ -83,7 +84,8 @@ std::optional<Fault> PictureWords::read(PictureOptions& picture) const {
     if (has(OUT) && picture.out.empty()) {
         return usageFault("--out: a picture needs the name of its file");
     }
-    picture.explanations = {!has("--no-grid"), !has("--no-axes"), !has("--no-bar"), !has("--no-box")};
+    picture.explanations = {!has("--no-grid"), !has("--no-axes"), !has("--no-bar"), !has("--no-box"),
+                            has("--sizes")};
     std::optional<Fault> const faults[] = {readMode("--gizmo", _word("--gizmo"), GIZMOS, picture.gizmo),
                                            _readSize(picture),
                                            _readPick(picture),

@@ -30,8 +30,6 @@ using Json = nlohmann::ordered_json;
 constexpr int VERSION = 1;
 constexpr std::size_t LARGEST = std::size_t(1) << 20;  // bytes; words of options are far fewer
 
-char const* const PARAMETER = "--effect-param";
-
 // == Paths, as seen from the folder of the view ==
 
 std::string fromFolder(fs::path const& folder, std::string const& file) {
@@ -50,28 +48,6 @@ std::string toFolder(fs::path const& folder, std::string const& file) {
     // A folder that ends with a slash has an empty last part.
     fs::path const relative = path.lexically_relative(from.has_filename() ? from : from.parent_path());
     return relative.empty() || *relative.begin() == ".." ? path.string() : relative.string();
-}
-
-/// The word of an option with its path changed, if it has one.
-/// \param effect that the parameters belong to
-template <class Change>
-std::string withPath(OptionWord const& option, std::string const& effect, Change const& change) {
-    if (takesFile(option.option)) {
-        return change(option.word);
-    }
-    std::optional<EffectValues> const values =
-        option.option == PARAMETER ? effectNamed(effect) : std::nullopt;
-    std::size_t const middle = option.word.find('=');
-    if (!values || middle == std::string::npos || middle + 1 == option.word.size()) {
-        return option.word;
-    }
-    std::string const name = option.word.substr(0, middle);
-    for (EffectParameter const& parameter : parametersOf(*values)) {
-        if (parameter.name == name && parameter.isFile()) {
-            return name + "=" + change(option.word.substr(middle + 1));
-        }
-    }
-    return option.word;
 }
 
 // == Reading ==
@@ -164,7 +140,7 @@ Json toJson(fs::path const& folder, Options const& options) {
     for (OptionWord const& option : words) {
         std::string const word = withPath(option, effect, toThere);
         // Some may be given several times.
-        if (option.option == PARAMETER || option.option == "--transform") {
+        if (option.option == "--effect-param" || option.option == "--transform") {
             saved[option.option].push_back(word);
         } else {
             saved[option.option] = word == "true" ? Json(true) : Json(word);

@@ -1,6 +1,8 @@
 #include "viewport/program/to_words.h"
 
 #include "viewport/drawing/effects/EffectParameter.h"
+#include "viewport/files/common/InputFile.h"
+#include "viewport/program/OptionTable.h"
 #include "viewport/program/option_modes.h"
 #include "viewport/program/transform_words.h"
 #include "viewport/text/shortest_number.h"
@@ -10,7 +12,9 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <iterator>
+#include <system_error>
 
 namespace vellum::viewport {
 
@@ -151,6 +155,7 @@ void addPicture(PictureOptions const& picture, Collection& all) {
     all.addFlag(!picture.explanations.hasAxes, "--no-axes");
     all.addFlag(!picture.explanations.hasBar, "--no-bar");
     all.addFlag(!picture.explanations.hasBox, "--no-box");
+    all.addFlag(picture.explanations.hasSizes, "--sizes");
 }
 
 void addMeshes(Options const& options, Collection& all) {
@@ -237,6 +242,66 @@ bool takesFile(std::string const& option) {
     static constexpr char const* FILES[] = {"--texture", "--environment", "--shader-vertex",
                                             "--shader-fragment", "--shader-geometry"};
     return std::find(std::begin(FILES), std::end(FILES), option) != std::end(FILES);
+}
+
+std::string withPath(OptionWord const& option, std::string const& effect,
+                     std::function<std::string(std::string const&)> const& change) {
+    if (takesFile(option.option)) {
+        return change(option.word);
+    }
+    std::optional<EffectValues> const values =
+        option.option == "--effect-param" ? effectNamed(effect) : std::nullopt;
+    std::size_t const middle = option.word.find('=');
+    if (!values || middle == std::string::npos || middle + 1 == option.word.size()) {
+        return option.word;
+    }
+    std::string const name = option.word.substr(0, middle);
+    for (EffectParameter const& parameter : parametersOf(*values)) {
+        if (parameter.name == name && parameter.isFile()) {
+            return name + "=" + change(option.word.substr(middle + 1));
+        }
+    }
+    return option.word;
+}
+
+// == As a line for a shell ==
+
+std::string quotedForShell(std::string const& word) {
+    constexpr char const* PLAIN = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-+=,./:%@";
+    if (!word.empty() && word.find_first_not_of(PLAIN) == std::string::npos) {
+        return word;
+    }
+    std::string quoted = "'";
+    for (char const letter : word) {
+        quoted += letter == '\'' ? std::string("'\\''") : std::string(1, letter);
+    }
+    return quoted + "'";
+}
+
+std::string commandLineOf(Options const& options, PictureSize const& size, std::string const& out) {
+    auto const whole = [](std::string const& path) {
+        std::error_code lack;
+        std::filesystem::path const absolute = std::filesystem::absolute(path, lack);
+        return lack || InputFile::isStandardInput(path) ? path : absolute.lexically_normal().string();
+    };
+    Options shown = options;
+    shown.pictures.resize(1);
+    shown.pictures.front().size = size;
+    shown.pictures.front().gizmo = Gizmo::NONE;
+    std::string line = "vl_viewport";
+    for (std::string const& file : shown.files) {
+        line += " " + quotedForShell(whole(file));
+    }
+    std::vector<OptionEntry> const known = optionTable();
+    std::string const effect = shown.effect ? nameOf(shown.effect->values) : std::string();
+    for (OptionWord option : toWords(shown)) {
+        auto const entry = std::find_if(known.begin(), known.end(),
+                                        [&](OptionEntry const& each) { return each.name == option.option; });
+        bool const takesWord = entry == known.end() || (!entry->type.empty() && !entry->isWordOptional);
+        option.word = withPath(option, effect, whole);
+        line += " " + quotedForShell(option.argument(!takesWord && option.word == "true"));
+    }
+    return line + " " + quotedForShell("--out=" + whole(out));
 }
 
 }  // namespace vellum::viewport

@@ -2,6 +2,7 @@
 
 #include "viewport/content/Options.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -28,5 +29,18 @@ inline constexpr char const* NEVER_IN_WORDS[] = {"--out",    "--pick",      "--i
 
 /// Whether the word of an option is the path of a file.
 bool takesFile(std::string const& option);
+
+/// The word of an option with its path changed, if it has one.
+/// \param effect that the parameters belong to, by its name
+std::string withPath(OptionWord const& option, std::string const& effect,
+                     std::function<std::string(std::string const&)> const& change);
+
+/// A line for a shell that draws what is seen into a file: the program, the files, the options, --size and --out. Paths are whole, so
+/// that it may be called in any folder. Without a gizmo, which is a tool.
+/// \param out the file to be written
+std::string commandLineOf(Options const& options, PictureSize const& size, std::string const& out);
+
+/// A word as a shell takes it: between quotes where that is needed.
+std::string quotedForShell(std::string const& word);
 
 }  // namespace vellum::viewport

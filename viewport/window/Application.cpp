@@ -1,8 +1,10 @@
 #include "viewport/window/Application.h"
 
+#include "viewport/drawing/overlays/checkers.h"
 #include "viewport/drawing/view/Navigation.h"
 #include "viewport/program/SavedView.h"
 #include "viewport/program/describe_pick.h"
+#include "viewport/program/to_words.h"
 #include "viewport/window/RecentFiles.h"
 
 #include <algorithm>
@@ -130,6 +132,9 @@ void Application::run() {
 void Application::_giveUpGizmo() {
     gizmoDrag.reset();
     handle = GizmoHandle::NONE;
+    if (LiveScene* const scene = workspace.scene()) {
+        scene->highlight(handle);
+    }
     if (drag == Drag::GIZMO) {
         drag = Drag::NONE;
     }
@@ -162,6 +167,7 @@ void Application::_takeOver() {
     Options const& options = workspace.options();
     if (options.files != watched) {
         watched = options.files;
+        panel.setPicked("");
         watch.setFiles(watched);
         settings.remember(options.view.empty() ? options.files : std::vector<std::string>{options.view});
         // What is open is known even if the window does not end well. A failure is told at the end.
@@ -237,6 +243,10 @@ void Application::_frame(Picture* seen) {
     _do(requests);
     if (workspace.takeEdited()) {
         isSceneChanged = true;
+        if (workspace.scene() != nullptr && drag == Drag::NONE) {
+            // The handles may have moved away from the cursor, or under it.
+            _highlightHandle(_isOverScene());
+        }
     }
     if (workspace.scene() == nullptr && !workspace.isLoading()) {
         if (std::optional<std::string> const file =
@@ -249,8 +259,11 @@ void Application::_frame(Picture* seen) {
             _drawScene();
         } else if (!isResting && secondsSince(lastChange) >= UNTIL_REST && _mayRest()) {
             scene->rest();
-            Result<Picture> const complete = scene->picture(area.size);
+            Result<Picture> complete = scene->picture(area.size);
             if (complete.isOk()) {
+                if (scene->options().pictures.front().background.isTransparent) {
+                    layOverCheckers(complete.value());
+                }
                 picture.set(complete.value());
                 labels.clear();
             } else {
@@ -336,8 +349,7 @@ void Application::_handleMouse() {
         lastMove = Clock::now();
     }
     LiveScene* const scene = workspace.scene();
-    bool const isOverScene =
-        !interface.hasMouse() && x >= 0 && y >= 0 && x < area.size.width && y < area.size.height;
+    bool const isOverScene = _isOverScene();
     if (scene == nullptr) {
         drag = Drag::NONE;
         return;
@@ -375,6 +387,11 @@ void Application::_handleMouse() {
     if (isOverScene && drag != Drag::GIZMO && io.MouseWheel != 0) {
         _moveCamera(navigation.zoom(static_cast<double>(io.MouseWheel), x, y));
     }
+}
+
+bool Application::_isOverScene() const {
+    return !interface.hasMouse() && cursorX >= 0 && cursorY >= 0 && cursorX < area.size.width &&
+           cursorY < area.size.height;
 }
 
 // == Editing ==
@@ -438,6 +455,7 @@ void Application::_cancelPull() {
 /// Of the left button, on something or nothing.
 void Application::_click() {
     std::optional<Picked> const picked = workspace.scene()->pick(area.size, _cursorPixel());
+    panel.setPicked(describePick(picked));
     workspace.select(picked ? picked->object() : std::nullopt);
 }
 
@@ -613,6 +631,12 @@ void Application::_do(PanelRequests const& requests) {
     }
     if (requests.cancelLoading) {
         workspace.cancelLoading();
+    }
+    if (requests.commandLine) {
+        ImGui::SetClipboardText(commandLineOf(workspace.options(),
+                                              requests.screenshotSize.value_or(area.size),
+                                              *requests.commandLine)
+                                    .c_str());
     }
     if (requests.screenshot) {
         workspace.saveScreenshot(*requests.screenshot, requests.screenshotSize.value_or(area.size));

@@ -47,6 +47,7 @@ private:
     std::optional<double> _patience() const;
     void _frame(Picture* seen = nullptr);
     bool _mayRest() const;
+    bool _isOverScene() const;
     void _giveUpGizmo();
     void _layOut();
     void _handleMouse();

@@ -22,8 +22,9 @@ constexpr ImGuiWindowFlags FIXED = ImGuiWindowFlags_NoMove | ImGuiWindowFlags_No
                                    ImGuiWindowFlags_NoBringToFrontOnFocus;
 
 /// What the keys do, as help shows it.
-constexpr std::array<std::array<char const*, 2>, 20> KEYS{
+constexpr std::array<std::array<char const*, 2>, 21> KEYS{
     {{"Left button", "turn about the focus"},
+     {"Click", "select, and keep the values of the place in the panel"},
      {"Middle or right button, Shift and left", "move"},
      {"Wheel", "zoom at the cursor"},
      {"F", "see everything"},
@@ -32,7 +33,7 @@ constexpr std::array<std::array<char const*, 2>, 20> KEYS{
      {"4 5 6", "bottom, left, right"},
      {"P", "perspective or parallel projection"},
      {"Tab", "show or hide the panel"},
-     {"Space", "play the frames of a file, or stop"},
+     {"Space", "play the frames of a file, a series or an animation, or stop"},
      {"G T S", "handles that move, turn, scale what is selected"},
      {"Ctrl+Z, Ctrl+Shift+Z", "take a step back, and do it again"},
      {"F5", "read the files again"},
@@ -91,6 +92,7 @@ void Panel::_drawSections(Workspace& workspace, float width, PanelRequests& requ
     ImGui::PushItemWidth(width * 0.52F);
     PanelContext context{workspace, options, requests};
     data.draw(context);
+    picked.draw(context);
     particles.draw(context);
     meshes.draw(context);
     effect.draw(context);

@@ -30,6 +30,9 @@ public:
     /// What is under the cursor, for the line of status; empty: nothing.
     void setUnderCursor(std::string const& text) { underCursor = text; }
 
+    /// What was clicked, as --pick prints it; empty: nothing was.
+    void setPicked(std::string const& lines) { picked.set(lines); }
+
     void togglePlaying(Workspace& workspace) { timeline.togglePlaying(workspace); }
     bool isPlaying() const { return timeline.isPlaying(); }
 
@@ -52,6 +55,7 @@ private:
     EffectSection effect;
     ViewSection view;
     ObjectSection object;
+    PickedSection picked;
     PictureSection picture;
     Timeline timeline;
     std::optional<std::chrono::steady_clock::time_point> loadingSince;

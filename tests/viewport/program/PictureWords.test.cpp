@@ -124,6 +124,8 @@ TEST(PictureWords, looksAreRead) {
     EXPECT_EQ(picture.light->elevation, 45);
     EXPECT_TRUE(picture.explanations.hasGrid);
     EXPECT_FALSE(picture.explanations.hasAxes || picture.explanations.hasBar || picture.explanations.hasBox);
+    EXPECT_FALSE(picture.explanations.hasSizes);
+    EXPECT_TRUE(picturesOf({"--out", "a.png", "--sizes"})[0].explanations.hasSizes);
     EXPECT_TRUE(picturesOf({"--out", "a.png", "--background", "transparent"})[0].background.isTransparent);
     EXPECT_EQ(picturesOf({"--out", "a.png", "--background", "00ff00"})[0].background.bottom.g, 1);
     for (char const* const word : {"", "red", "ff0000,", "ff0000,00ff00,0000ff", "clear"}) {

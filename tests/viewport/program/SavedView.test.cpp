@@ -9,6 +9,9 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <set>
 
 using namespace vellum::viewport;
@@ -33,7 +36,7 @@ std::vector<std::vector<std::string>> const LINES{
     {"--size=64x48", "--quality=17", "--projection=parallel", "--camera-position=1,2.25,-3",
      "--camera-focus=0.1,0,1e-9", "--camera-up=0,0,1", "--camera-height=0.125", "--zoom=1.7",
      "--background=010203,fffefd", "--light=-30,45.5", "--gizmo=rotate", "--no-grid", "--no-axes", "--no-bar",
-     "--no-box"},
+     "--no-box", "--sizes"},
     {"--azimuth=-12.5", "--elevation=80", "--fov=50", "--background=transparent"},
     {"--view=top", "--camera-focus=1,2,3", "--zoom=0.5"},
     {"--shading=box", "--mesh-color=8090a0", "--opacity=0.3", "--edges=all", "--line-width=2.5",
@@ -120,6 +123,36 @@ TEST(ToWords, everyOptionBecomesTheWordsThatItWasReadFrom) {
     for (OptionEntry const& option : optionTable()) {
         EXPECT_TRUE(option.isPositional() || seen.count(option.name) == 1)
             << option.name << " has no word and is not among NEVER_IN_WORDS";
+    }
+}
+
+TEST(commandLineOf, aShellReadsItBackAsThePicture) {
+    TemporaryFolder const folder;
+    std::string const file = folder.write("it's a $HOME `b`.obj", "");
+    for (std::vector<std::string> words : LINES) {
+        words.push_back(file);
+        CommandLine const line = parse(words);
+        ASSERT_TRUE(line.options.has_value()) << line.error;
+        std::string const text = commandLineOf(*line.options, {320, 200}, "a picture.png");
+        // The words that a shell makes of it, a line for each.
+        std::string const listed = folder.file("words");
+        std::string const command = "vl_viewport() { printf '%s\\n' \"$@\" > '" + listed + "'; }; " + text;
+        ASSERT_EQ(std::system(command.c_str()), 0) << text;
+        std::ifstream stream(listed);
+        std::vector<std::string> shellWords;
+        for (std::string word; std::getline(stream, word);) {
+            shellWords.push_back(word);
+        }
+        CommandLine const second = parse(shellWords);
+        ASSERT_TRUE(second.options.has_value()) << second.error << "\n" << text;
+        Options expected = *line.options;
+        expected.pictures[0].size = {320, 200};
+        expected.pictures[0].gizmo = Gizmo::NONE;
+        expectSame(expected, *second.options);
+        EXPECT_EQ(second.options->files, std::vector<std::string>{file});
+        EXPECT_EQ(second.options->pictures[0].out,
+                  (std::filesystem::current_path() / "a picture.png").string());
+        EXPECT_FALSE(second.options->opensWindow());
     }
 }
 

@@ -1,6 +1,7 @@
 #include "viewport/drawing/overlays/Backdrop.h"
 
 #include "viewport/drawing/layer/depth_modes.h"
+#include "viewport/drawing/overlays/checkers.h"
 
 #include <algorithm>
 
@@ -12,6 +13,28 @@ namespace {
 Color4<float> inked(Color4<float> const& color, bool isDark, Color4<float> const& ink) {
     bool const isWhite = color.r == 1 && color.g == 1 && color.b == 1;
     return isWhite && isDark ? Color4<float>{ink.r, ink.g, ink.b, color.a} : color;
+}
+
+/// Squares over all of a picture, as corners of quads from 0 to 1. What reaches over its edges is cut away.
+void renderDarkCheckers(Core_RL& layer, PictureSize const& size) {
+    int const side = Checkers::side(size);
+    double const width = static_cast<double>(side) / size.width;
+    double const height = static_cast<double>(side) / size.height;
+    for (int row = 0; row * side < size.height; ++row) {
+        for (int column = 0; column * side < size.width; ++column) {
+            if (!Checkers::isDark(column, row)) {
+                continue;
+            }
+            auto const left = static_cast<float>(column * width);
+            auto const right = static_cast<float>((column + 1) * width);
+            auto const bottom = static_cast<float>(row * height);
+            auto const top = static_cast<float>((row + 1) * height);
+            layer.renderPoint3_scoped({left, bottom, 0});
+            layer.renderPoint3_scoped({right, bottom, 0});
+            layer.renderPoint3_scoped({right, top, 0});
+            layer.renderPoint3_scoped({left, top, 0});
+        }
+    }
 }
 
 /// The grid in the plane that suits the view.
@@ -53,13 +76,18 @@ void Backdrop::drawBackground(Background const& background, Region const& region
                              static_cast<float>((region.y + region.height) / size.height)};
     layer.pushDepthTest(DEPTH_IGNORED);
     layer.pushViewportOrtho(viewport, part);
-    layer.pushColor(background.bottom);
+    bool const isCheckered = background.isTransparent && background.isCheckered;
+    layer.pushColor(isCheckered ? Checkers::LIGHT : background.bottom);
     layer.begin(Primitive::QUADS);
     layer.renderPoint3_scoped({0, 0, 0});
     layer.renderPoint3_scoped({1, 0, 0});
-    layer.setColor(background.top);
+    layer.setColor(isCheckered ? Checkers::LIGHT : background.top);
     layer.renderPoint3_scoped({1, 1, 0});
     layer.renderPoint3_scoped({0, 1, 0});
+    if (isCheckered) {
+        layer.setColor(Checkers::DARK);
+        renderDarkCheckers(layer, size);
+    }
     layer.end();
     layer.popColor(1);
     layer.popViewportOrtho();

@@ -9,6 +9,7 @@ struct Background {
     Color4<float> top{0.235F, 0.275F, 0.335F, 1};
     Color4<float> bottom{0.085F, 0.098F, 0.122F, 1};
     bool isTransparent = false;  ///< the picture is opaque only where something is drawn
+    bool isCheckered = false;    ///< what is transparent is drawn as checkers, for a screen
 
     static Background of(Color4<float> const& color) { return {color, color, false}; }
 

@@ -1,3 +1,4 @@
+#include "viewport/files/particles/ParticleSeries.h"
 #include "viewport/text/shortest_number.h"
 #include "viewport/window/panel/sections.h"
 
@@ -62,6 +63,16 @@ void DataSection::draw(PanelContext& context) {
     }
     _drawOpening(context);
     Workspace& workspace = context.workspace;
+    if (context.options.files != namedFiles) {
+        namedFiles = context.options.files;
+        areNumbered = isSeries(namedFiles);
+    }
+    if ((context.options.isSeries || areNumbered) &&
+        checkBox("Frames of a series", context.options.isSeries,
+                 "--series: numbered files are the frames of one dump, and not shown together")) {
+        context.options.particles.frame.reset();
+        context.options.time.reset();
+    }
     std::vector<FileFacts> const* const files =
         workspace.content() != nullptr ? workspace.channels().files() : nullptr;
     if (files != nullptr) {

@@ -17,6 +17,8 @@ struct PanelRequests {
     std::vector<std::string> filesToOpen;       ///< in place of what is open
     std::optional<std::string> screenshot;      ///< a file to be written
     std::optional<PictureSize> screenshotSize;  ///< of it; nothing: that of the scene in the window
+    std::optional<std::string>
+        commandLine;  ///< that draws this file is to be copied, with the size of a screenshot
     bool fit = false;
     bool reload = false;
     bool cancelLoading = false;

@@ -1,6 +1,8 @@
 #include "viewport/files/images/PictureFormat.h"
 #include "viewport/window/panel/sections.h"
 
+#include <utility>
+
 #include <imgui_stdlib.h>
 
 namespace vellum::viewport {
@@ -31,6 +33,12 @@ void PictureSection::draw(PanelContext& context) {
         save(context.requests);
     }
     hint("Ctrl+S");
+    ImGui::SameLine();
+    if (ImGui::Button("Copy command line")) {
+        save(context.requests);
+        context.requests.commandLine = std::exchange(context.requests.screenshot, std::nullopt);
+    }
+    hint("Copies the words that draw this picture without a window");
     ImGui::EndDisabled();
     ImGui::PopID();
 }

@@ -131,6 +131,9 @@ void ViewSection::_drawSurroundings(PictureOptions& picture) {
         checkBox("Color bar", shown.hasBar, "--no-bar: leaves it out");
         ImGui::TableNextColumn();
         checkBox("Box", shown.hasBox, "--no-box: leaves out the boxes of particles");
+        ImGui::TableNextColumn();
+        checkBox("Sizes", shown.hasSizes,
+                 "--sizes: the box around everything, with the lengths of its edges");
         ImGui::EndTable();
     }
     choice("Gizmo", picture.gizmo, GIZMOS, "--gizmo MODE");

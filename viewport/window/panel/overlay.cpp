@@ -76,9 +76,8 @@ void drawOverlay(Workspace& workspace, float right, float top) {
             row("Particles", std::to_string(facts.particles->count));
             row("Path", nameOf(facts.particles->path));
         }
-        if (unsigned int const megabytes = freeMegabytes(workspace.layer())) {
-            row("GPU memory", std::to_string(megabytes) + " MB free");
-        }
+        unsigned int const megabytes = freeMegabytes(workspace.layer());
+        row("GPU memory", megabytes > 0 ? std::to_string(megabytes) + " MB free" : "unknown");
         // Turned back into the axes of the files, where edges may have become negative.
         Box3<double> const& box = scene->scene().box();
         Vector3<double> const edges =

@@ -36,6 +36,8 @@ private:
     std::string listedFolder;                           // whose entries these are
     std::vector<std::pair<std::string, bool>> entries;  // names, and whether they are folders
     std::string channel;                                // whose values are shown
+    std::vector<std::string> namedFiles;                // the files whose names were looked at
+    bool areNumbered = false;                           // they may be frames of a series
 };
 
 class ParticleSection {
@@ -94,6 +96,17 @@ public:
 
 private:
     std::optional<ObjectTransform> held;  // while a number is edited, which is one step
+};
+
+/// What was found where the user clicked last.
+class PickedSection {
+public:
+    /// \param lines as --pick prints them; empty: nothing was clicked
+    void set(std::string const& lines) { text = lines; }
+    void draw(PanelContext& context) const;
+
+private:
+    std::string text;
 };
 
 class PictureSection {
