@@ -130,7 +130,7 @@ TEST(commandLineOf, aShellReadsItBackAsThePicture) {
     TemporaryFolder const folder;
     std::string const file = folder.write("it's a $HOME `b`.obj", "");
     for (std::vector<std::string> words : LINES) {
-        words.push_back(file);
+        words.insert(words.end(), {file, folder.file("b.obj")});
         CommandLine const line = parse(words);
         ASSERT_TRUE(line.options.has_value()) << line.error;
         std::string const text = commandLineOf(*line.options, {320, 200}, "a picture.png");
@@ -149,7 +149,7 @@ TEST(commandLineOf, aShellReadsItBackAsThePicture) {
         expected.pictures[0].size = {320, 200};
         expected.pictures[0].gizmo = Gizmo::NONE;
         expectSame(expected, *second.options);
-        EXPECT_EQ(second.options->files, std::vector<std::string>{file});
+        EXPECT_EQ(second.options->files, (std::vector<std::string>{file, folder.file("b.obj")}));
         EXPECT_EQ(second.options->pictures[0].out,
                   (std::filesystem::current_path() / "a picture.png").string());
         EXPECT_FALSE(second.options->opensWindow());

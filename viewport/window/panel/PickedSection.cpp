@@ -7,7 +7,13 @@ void PickedSection::draw(PanelContext& context) const {
         return;
     }
     ImGui::PushID("picked");
-    ImGui::TextWrapped("%s", text.substr(0, text.find_last_not_of('\n') + 1).c_str());
+    // Broken behind commas: ImGui would break long numbers at their points.
+    std::string lines;
+    for (char const letter : text.substr(0, text.find_last_not_of('\n') + 1)) {
+        bool const isBehindComma = letter == ' ' && !lines.empty() && lines.back() == ',';
+        lines += isBehindComma ? std::string("\n      ") : std::string(1, letter);
+    }
+    ImGui::TextUnformatted(lines.c_str());
     if (ImGui::Button("Copy")) {
         ImGui::SetClipboardText(text.c_str());
     }

@@ -60,7 +60,7 @@ void drawOverlay(Workspace& workspace, float right, float top) {
     }
     float const gap = ImGui::GetFontSize() * 0.6F;
     ImGui::SetNextWindowPos({right - gap, top + gap}, ImGuiCond_Always, {1, 0});
-    ImGui::SetNextWindowBgAlpha(0.55F);
+    ImGui::SetNextWindowBgAlpha(0.8F);
     ImGui::Begin("Facts", nullptr,
                  ImGuiWindowFlags_NoDecoration | ImGuiWindowFlags_AlwaysAutoResize |
                      ImGuiWindowFlags_NoSavedSettings | ImGuiWindowFlags_NoInputs | ImGuiWindowFlags_NoNav |
