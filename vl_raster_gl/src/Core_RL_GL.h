@@ -483,7 +483,9 @@ public:
     /// exceed 32 bits, give empty arrays.
     ///
     /// The outputs are overwritten: 10 vertices and colors, 12 triangle, 2 line and 4 quad indices per arrow.
-    /// They must not be the inputs. Memory is allocated only if the capacity of an output is too small.
+    /// They must not be the inputs. Memory is allocated only if the capacity of an output is too small. More
+    /// than a million arrows are made on several cores, with the same bytes, unless setThreadLimit(1) or
+    /// VL_THREADS=1 say otherwise.
     /// GL: none.
     void createBuffers_forRenderArrow3(Array<Vector3<float>> const& positions,
                                        Array<Vector3<float>> const& directions,

@@ -22,6 +22,10 @@ namespace vellum {
 ///     shading.mode = MeshShadingMode_ns::SMOOTH;
 ///     renderer.render(shading);
 ///
+/// Buffers of more than a million triangles are filled on several cores, with the same bytes; all GL calls
+/// stay on the calling thread. setThreadLimit(1) and VL_THREADS=1 keep the fill there as well; see
+/// foundation/basic/threads.h.
+///
 /// Missing normals are (0, 0, 0); without adjacency, no edges are marked.
 ///
 /// A drawing is skipped if an array that it reads has a fault (Mesh::triangleFault() and similar), so no

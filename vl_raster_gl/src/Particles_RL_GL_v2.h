@@ -61,6 +61,10 @@ struct RenderMagnitude {
 /// All GL calls go through VL_Raster, which must not change while the renderer has buffers. All operations
 /// must be called on the thread that owns the context. Drawing unchanged particles allocates no memory.
 ///
+/// Buffers of more than a million particles are filled on several cores, with the same bytes; all calls of
+/// VL_Raster stay on the calling thread. setThreadLimit(1) and VL_THREADS=1 keep the fill there as well; see
+/// foundation/basic/threads.h.
+///
 /// Groups: lifecycle; drawing; paths; parts of the paths; fields.
 class VL_RASTER_GL_EXPORT Particles_RL_GL_v2 : public Particles_RL_v2 {
 public:

@@ -220,7 +220,8 @@ private:
 };
 
 template <unsigned int valueFloats>
-void writeRange(unsigned int channel, RecordFormula const& formula, ChunkRange const& range, float* out,
+void writeRange(unsigned int channel, RecordFormula const& formula, ChunkRange const& range,
+                float* out,  // NOLINT(readability-non-const-parameter): written to
                 bool streams) {
     EvenThinning thinning = range.thinning;
     RecordSink<valueFloats> sink(formula, out, streams);
