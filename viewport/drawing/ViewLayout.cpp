@@ -7,6 +7,9 @@
 #include "viewport/files/mesh/points.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
 #include <utility>
 
 namespace vellum::viewport {
@@ -68,6 +71,32 @@ Box3<double> boxInScene(Scene const& scene, Box3<double> const& box) {
     return boxAround(corners);
 }
 
+/// Tells points again that came shortly before: formats that repeat vertices do so near each other. A camera sees all points
+/// where it sees each once.
+class RecentPoints {
+public:
+    bool isNew(Point const& p) {
+        std::uint64_t bits[3];
+        std::memcpy(bits, &p, sizeof bits);
+        std::uint64_t hash = 0;
+        for (std::uint64_t const part : bits) {
+            hash = (hash ^ part) * 0x9E3779B97F4A7C15U;
+            hash ^= hash >> 32;
+        }
+        Point& recent = points[hash % COUNT];
+        bool const isKnown = isFilled[hash % COUNT] && std::memcmp(&recent, &p, sizeof p) == 0;
+        recent = p;
+        isFilled[hash % COUNT] = true;
+        return !isKnown;
+    }
+
+private:
+    static constexpr std::size_t COUNT = std::size_t(1) << 15;
+
+    std::vector<Point> points = std::vector<Point>(COUNT);
+    std::vector<bool> isFilled = std::vector<bool>(COUNT, false);
+};
+
 /// The points of objects, moved to where they are drawn.
 class ObjectPoints {
 public:
@@ -84,6 +113,23 @@ public:
         Matrix4<double> const place = transforms[object].toMatrix(scene, object);
         for (Point const& p : its) {
             points.push_back(transformed(place, p));
+        }
+    }
+
+    /// The same of many points, some of which may come several times.
+    void addOnce(std::size_t object, Array<Point> const& its) {
+        constexpr unsigned int FEW = 1 << 16;
+        if (its.size() < FEW) {
+            return add(object, its);
+        }
+        RecentPoints recent;
+        std::vector<Point> distinct;
+        std::copy_if(its.begin(), its.end(), std::back_inserter(distinct),
+                     [&recent](Point const& p) { return recent.isNew(p); });
+        if (points.empty() && (object >= transforms.size() || transforms[object].isIdentity())) {
+            points = std::move(distinct);
+        } else {
+            add(object, distinct);
         }
     }
 
@@ -108,7 +154,7 @@ std::vector<Point> pointsToFrame(Scene const& scene, ViewStyle const& style,
         } else if (style.mesh.shading == Shading::BOX) {
             framed.add(object, toolkit::cornersOf(model.box));
         } else {
-            framed.add(object, model.vertices);
+            framed.addOnce(object, model.vertices);
         }
         ++object;
     }

@@ -1,5 +1,6 @@
 #include "viewport/scene/Scene.h"
 
+#include "foundation/basic/threads.h"
 #include "viewport/files/mesh/points.h"
 
 #include <algorithm>
@@ -57,7 +58,11 @@ Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const
         Array<Vector3<double>> vertices;
         vertices.reserve(static_cast<unsigned int>(mesh.positions.size()), false);
         vertices.setSize(static_cast<unsigned int>(mesh.positions.size()));
-        std::transform(mesh.positions.begin(), mesh.positions.end(), vertices.begin(), place);
+        constexpr std::size_t RANGE = 1 << 15;
+        forRanges(mesh.positions.size(), RANGE, [&](std::size_t begin, std::size_t end) {
+            std::transform(mesh.positions.data() + begin, mesh.positions.data() + end,
+                           vertices.begin() + begin, place);
+        });
         std::vector<ModelPart> parts = makeParts(mesh, place, texture, imports);
         auto const vertexOf = [&](unsigned int i) {
             return ModelVertex{convert<float>(vertices[i]), mesh.colors[i]};

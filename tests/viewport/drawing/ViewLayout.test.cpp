@@ -82,3 +82,19 @@ TEST(ViewLayout, withoutRoomForBothTheBarOfTheMeshesStaysAndANoteTells) {
     without.explanations.hasBar = false;
     EXPECT_TRUE(layoutOf(without, narrow).notes.empty()) << "neither is wanted";
 }
+
+TEST(ViewLayout, verticesThatALargeFileRepeatsAreFramedOnce) {
+    constexpr unsigned int FACETS = 30000;
+    MeshData mesh;
+    for (unsigned int i = 0; i < FACETS; ++i) {
+        // A strip in which neighbors repeat two vertices each.
+        for (unsigned int const k : {i, i + 1, i + 2}) {
+            mesh.positions.push_back({static_cast<double>(k), static_cast<double>(k % 2), 0});
+        }
+        mesh.triangles.push_back({3 * i, 3 * i + 1, 3 * i + 2});
+    }
+    mesh.colors.assign(mesh.positions.size(), {1, 1, 1, 1});
+    Scene const scene({mesh});
+    EXPECT_EQ(scene.models()[0].vertices.size(), 3U * FACETS);
+    EXPECT_EQ(ViewLayout::of(scene, ViewStyle(), nullptr, SIZE).framedPoints.size(), FACETS + 2U);
+}

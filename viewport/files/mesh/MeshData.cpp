@@ -1,8 +1,10 @@
 #include "viewport/files/mesh/MeshData.h"
 
+#include "foundation/basic/threads.h"
 #include "viewport/files/mesh/points.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 
 namespace vellum::viewport {
@@ -14,17 +16,33 @@ std::string indexFault(char const* kind, std::size_t number, unsigned int index,
            ", out of range: the mesh has " + std::to_string(count) + " vertices";
 }
 
+/// The first of `count` things for which a statement holds, or their number. All cores look.
+template <class Holds>
+std::size_t firstWhere(std::size_t count, Holds const& holds) {
+    constexpr std::size_t RANGE = 1 << 15;
+    std::atomic<std::size_t> first{count};
+    forRanges(count, RANGE, [&](std::size_t begin, std::size_t end) {
+        for (std::size_t i = begin; i < end && begin < first.load(std::memory_order_relaxed); ++i) {
+            if (holds(i)) {
+                std::size_t least = first.load();
+                while (i < least && !first.compare_exchange_weak(least, i)) {
+                }
+                return;
+            }
+        }
+    });
+    return first;
+}
+
 /// The first index out of range of a list of triangles, lines or points.
 template <class T, class Largest>
 std::optional<std::string> firstIndexFault(char const* kind, std::vector<T> const& list, std::size_t count,
                                            Largest const& largestOf) {
-    for (std::size_t i = 0; i < list.size(); ++i) {
-        unsigned int const largest = largestOf(list[i]);
-        if (largest >= count) {
-            return indexFault(kind, i, largest, count);
-        }
-    }
-    return std::nullopt;
+    std::size_t const first =
+        firstWhere(list.size(), [&](std::size_t i) { return largestOf(list[i]) >= count; });
+    return first < list.size()
+               ? std::optional<std::string>(indexFault(kind, first, largestOf(list[first]), count))
+               : std::nullopt;
 }
 
 bool isWithinOne(Color4<float> const& color) {
@@ -104,11 +122,10 @@ std::optional<Fault> MeshData::firstFault(std::string const& file) const {
     if (!std::all_of(materials.begin(), materials.end(), isSound)) {
         return Fault{file, "the mesh is damaged: a material has a number out of range"};
     }
-    for (std::size_t i = 0; i < count; ++i) {
-        if (!isFinite(positions[i])) {
-            return Fault{file, "vertex " + std::to_string(i) +
-                                   " has a coordinate that is not a number or infinite"};
-        }
+    std::size_t const lost = firstWhere(count, [this](std::size_t i) { return !isFinite(positions[i]); });
+    if (lost < count) {
+        return Fault{file,
+                     "vertex " + std::to_string(lost) + " has a coordinate that is not a number or infinite"};
     }
     bool const hasSurface = std::any_of(triangles.begin(), triangles.end(), [this](Triangle const& triangle) {
         return hasThreeCorners(triangle, positions);
@@ -123,13 +140,13 @@ std::optional<Fault> MeshData::firstFault(std::string const& file) const {
                                : "the mesh is empty: no triangle has three different corners, "
                                  "and no line two different ends"};
     }
-    for (std::size_t i = 0; i < count; ++i) {
+    std::size_t const damaged = firstWhere(count, [this](std::size_t i) {
         Color4<float> const& c = colors[i];
-        bool const isNormalFinite = normals.empty() || isFinite(normals[i]);
-        if (!isNormalFinite || !std::isfinite(c.r + c.g + c.b + c.a)) {
-            return Fault{file, "vertex " + std::to_string(i) +
-                                   " has a normal or color that is not a number or infinite"};
-        }
+        return (!normals.empty() && !isFinite(normals[i])) || !std::isfinite(c.r + c.g + c.b + c.a);
+    });
+    if (damaged < count) {
+        return Fault{file, "vertex " + std::to_string(damaged) +
+                               " has a normal or color that is not a number or infinite"};
     }
     for (std::size_t i = 0; i < textureCoordinates.size(); ++i) {
         if (!std::isfinite(textureCoordinates[i].x) || !std::isfinite(textureCoordinates[i].y)) {

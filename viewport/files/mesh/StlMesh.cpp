@@ -1,5 +1,6 @@
 #include "viewport/files/mesh/StlMesh.h"
 
+#include "foundation/basic/threads.h"
 #include "viewport/files/common/binary_numbers.h"
 #include "viewport/files/mesh/PolygonCutter.h"
 #include "viewport/files/mesh/default_color.h"
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <optional>
@@ -84,11 +86,37 @@ public:
 
 private:
     std::optional<Fault> _readPositions() {
-        mesh.positions.reserve(3 * count);
-        mesh.triangles.reserve(count);
-        for (std::uint64_t i = 0; i < count; ++i) {
+        mesh.positions.resize(3 * count);
+        mesh.triangles.resize(count);
+        // The progress is told between ranges of facets, each of which all cores read.
+        constexpr std::uint64_t RANGE = 1 << 13;
+        constexpr std::uint64_t TOGETHER = RANGE * 16;
+        for (std::uint64_t first = 0; first < count; first += TOGETHER) {
+            pace.at(START_SIZE + first * FACET_SIZE);
+            std::uint64_t const all = std::min(TOGETHER, count - first);
+            std::atomic<std::uint64_t> firstDamaged{count};
+            forRanges(all, RANGE, [&](std::size_t begin, std::size_t end) {
+                std::uint64_t const damaged = _readFacets(first + begin, first + end);
+                // Of several ranges the fault of the first facet is told.
+                std::uint64_t least = firstDamaged.load();
+                while (damaged < least && !firstDamaged.compare_exchange_weak(least, damaged)) {
+                }
+            });
+            if (firstDamaged < count) {
+                std::uint64_t const i = firstDamaged;
+                return Fault{{},
+                             "facet " + std::to_string(i) + " at byte " +
+                                 std::to_string(START_SIZE + i * FACET_SIZE) +
+                                 " has a coordinate that is not a number or infinite"};
+            }
+        }
+        return std::nullopt;
+    }
+
+    /// \return the first facet that is damaged, or their number in all
+    std::uint64_t _readFacets(std::uint64_t begin, std::uint64_t end) {
+        for (std::uint64_t i = begin; i < end; ++i) {
             char const* const facet = facets + i * FACET_SIZE;
-            pace.at(START_SIZE + i * FACET_SIZE);
             float values[9];
             float nothing = 0;  // becomes NaN with a value that is not finite
             for (std::size_t k = 0; k < 9; ++k) {
@@ -96,18 +124,15 @@ private:
                 nothing += values[k] * 0.0F;
             }
             if (nothing != 0) {
-                return Fault{{},
-                             "facet " + std::to_string(i) + " at byte " +
-                                 std::to_string(START_SIZE + i * FACET_SIZE) +
-                                 " has a coordinate that is not a number or infinite"};
+                return i;
             }
-            for (std::size_t k = 0; k < 9; k += 3) {
-                mesh.positions.push_back({values[k], values[k + 1], values[k + 2]});
+            for (std::size_t k = 0; k < 3; ++k) {
+                mesh.positions[3 * i + k] = {values[3 * k], values[3 * k + 1], values[3 * k + 2]};
             }
             unsigned int const first = static_cast<unsigned int>(3 * i);
-            mesh.triangles.push_back({first, first + 1, first + 2});
+            mesh.triangles[i] = {first, first + 1, first + 2};
         }
-        return std::nullopt;
+        return count;
     }
 
     void _readColors() {

@@ -1,5 +1,6 @@
 #include "viewport/files/images/Picture.h"
 
+#include "foundation/basic/threads.h"
 #include "foundation/image/VL_Image.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WithoutRights.h"
@@ -12,6 +13,8 @@
 #include <csignal>
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <limits>
 #include <map>
 
@@ -293,4 +296,33 @@ TEST(Picture, aPictureThatIsNoneIsAFault) {
     EXPECT_FALSE(Picture::loadPng(folder.write("b.png", "no picture")).isOk());
     ASSERT_EQ(faultOf(noise(50, 50).savePng(folder.file("c.png"))), "");
     EXPECT_FALSE(Picture::loadPng(folder.write("d.png", folder.read("c.png").substr(0, 500))).isOk());
+}
+
+TEST(Picture, aPngIsTheSameFileWhateverTheNumberOfThreads) {
+    TemporaryFolder const folder;
+    struct Row {
+        int width;
+        int height;
+    };
+    // Several ranges of rows; one range; rows longer than what a stream looks back.
+    for (Row const& row : {Row{640, 450}, Row{1, 1}, Row{9001, 33}}) {
+        Picture saved = noise(row.width, row.height);
+        std::fill(saved.pixels.begin() + static_cast<std::ptrdiff_t>(saved.pixels.size() / 3),
+                  saved.pixels.end() - 1, static_cast<unsigned char>(7));
+        std::string first;
+        for (int const threads : {1, 2, 3, 8}) {
+            vellum::setThreadLimit(threads);
+            std::string const file = folder.file("a.png");
+            ASSERT_EQ(faultOf(saved.savePng(file)), "");
+            std::ifstream stream(file, std::ios::binary);
+            std::string const bytes{std::istreambuf_iterator<char>(stream), {}};
+            first = first.empty() ? bytes : first;
+            EXPECT_TRUE(bytes == first) << row.width << ", " << threads << " threads";
+            EXPECT_LT(bytes.size(), saved.pixels.size() / 2 + 100);
+            Result<Picture> const loaded = Picture::loadPng(file);
+            ASSERT_TRUE(loaded.isOk()) << loaded.fault().line();
+            EXPECT_TRUE(loaded.value().pixels == saved.pixels);
+        }
+    }
+    vellum::setThreadLimit(0);
 }

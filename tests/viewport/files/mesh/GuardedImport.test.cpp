@@ -1,5 +1,7 @@
 #include "viewport/files/mesh/GuardedImport.h"
 
+#include "foundation/basic/threads.h"
+
 #include <gmock/gmock.h>
 
 #include <atomic>
@@ -72,6 +74,22 @@ TEST(GuardedImport, aMeshOfManyMegabytesArrives) {
                                                   {ample, someMemory});
     ASSERT_TRUE(result.isOk()) << result.fault().line();
     EXPECT_EQ(result.value().triangles.size(), 2'000'000U);
+}
+
+TEST(GuardedImport, theChildKeepsToOneThread) {
+    setThreadLimit(4);
+    Result<MeshData> const result = importGuarded("some.obj",
+                                                  []() -> Result<MeshData> {
+                                                      MeshData mesh = triangle();
+                                                      mesh.partCount =
+                                                          static_cast<unsigned int>(threadLimit());
+                                                      return mesh;
+                                                  },
+                                                  {ample, someMemory});
+    ASSERT_TRUE(result.isOk()) << result.fault().line();
+    EXPECT_EQ(result.value().partCount, 1U);
+    EXPECT_EQ(threadLimit(), 4) << "of this process";
+    setThreadLimit(0);
 }
 
 TEST(GuardedImport, theFaultOfTheChildArrives) {

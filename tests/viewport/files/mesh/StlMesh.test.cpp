@@ -1,10 +1,12 @@
 #include "viewport/files/mesh/StlMesh.h"
 
+#include "foundation/basic/threads.h"
 #include "tests/viewport/files/mesh/mesh_checks.h"
 #include "tests/viewport/files/mesh/mesh_texts.h"
 
 #include <gmock/gmock.h>
 
+#include <cstring>
 #include <limits>
 
 using namespace vellum;
@@ -159,6 +161,30 @@ TEST(StlMesh, numbersOfABinaryFileMustBeFinite) {
         bytes.replace(84 + 50 + 12 + 16, 4, number);
         EXPECT_EQ(faultIn(bytes), "facet 1 at byte 134 has a coordinate that is not a number or infinite");
     }
+}
+
+TEST(StlMesh, theFirstDamagedFacetIsToldWhateverTheNumberOfThreads) {
+    constexpr int COUNT = 70001;
+    std::string const whole = mesh_texts::binaryStl(COUNT);
+    std::string bytes = whole;
+    float const lost = std::numeric_limits<float>::infinity();
+    for (std::size_t const facet : {69999U, 40000U, 8193U, 8200U}) {
+        std::memcpy(&bytes[84 + 50 * facet + 12 + 4 * 7], &lost, sizeof lost);
+    }
+    for (int const threads : {1, 2, 3, 8}) {
+        setThreadLimit(threads);
+        EXPECT_EQ(faultIn(bytes),
+                  "facet 8193 at byte 409734 has a coordinate that is not a number or infinite");
+        MeshData const mesh = read(whole);
+        ASSERT_EQ(mesh.positions.size(), 3U * COUNT);
+        EXPECT_EQ(mesh.triangles.back(), (Triangle{3 * COUNT - 3, 3 * COUNT - 2, 3 * COUNT - 1}));
+        for (std::size_t facet = 0; facet < COUNT; ++facet) {
+            float x = 0;
+            std::memcpy(&x, &whole[84 + 50 * facet + 12], sizeof x);
+            ASSERT_EQ(mesh.positions[3 * facet].x, x) << facet;
+        }
+    }
+    setThreadLimit(0);
 }
 
 TEST(StlMesh, aSizeThatDoesNotFitTheNumberOfFacetsIsAFault) {
