@@ -153,6 +153,9 @@ bool writeRows(Picture const& picture, std::FILE* file) {
 
 std::string encodePng(Picture const& picture, std::FILE* file) {
     constexpr unsigned char SIGNATURE[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+    if (picture.width <= 0 || picture.height <= 0) {
+        return "the picture has no pixels";
+    }
     Bytes header;
     put32(header, static_cast<std::uint32_t>(picture.width));
     put32(header, static_cast<std::uint32_t>(picture.height));
