@@ -28,7 +28,9 @@ LoadedFrame someParticles() {
 }  // namespace
 
 TEST(Description, channelsAreMeasuredByTheirFiniteValues) {
-    ValueFacts const facts = factsOf(someParticles().frame.channels[0].values);
+    LoadedFrame const loaded = someParticles();
+    ValueList<double> const& values = loaded.frame.channels[0].values;
+    ValueFacts const facts = factsOf(values.data(), values.size());
     EXPECT_EQ(facts.finiteCount, 2U);
     EXPECT_EQ(facts.undefinedCount, 1U);
     EXPECT_EQ(facts.infiniteCount, 1U);

@@ -232,7 +232,7 @@ TEST(Scene, particlesOfMoreThanOneChunkAreAllTaken) {
     for (int i = 0; i < 40'000; ++i) {
         frame.positions.push_back({static_cast<double>(i), 0, 0});
     }
-    particle_frames::addVelocities(frame, frame.positions);
+    particle_frames::addVelocities(frame, {frame.positions.begin(), frame.positions.end()});
     Scene const scene = sceneOf({}, frame);
     ParticleSystem_v2 const& system = *scene.clouds()[0].system;
     EXPECT_EQ(system.size(), 40'000U);
