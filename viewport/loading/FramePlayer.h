@@ -3,6 +3,7 @@
 #include "viewport/content/Content.h"
 #include "viewport/content/FrameLine.h"
 #include "viewport/content/Options.h"
+#include "viewport/files/common/Progress.h"
 #include "viewport/loading/Loader.h"
 #include "viewport/playback/ReadAhead.h"
 #include "viewport/text/Fault.h"

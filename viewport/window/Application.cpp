@@ -6,6 +6,8 @@
 #include "viewport/program/describe_pick.h"
 #include "viewport/program/to_words.h"
 #include "viewport/window/RecentFiles.h"
+#include "viewport/window/shown_texts.h"
+#include "viewport/window/window_picture.h"
 
 #include <algorithm>
 #include <cmath>
@@ -37,48 +39,6 @@ constexpr double CLICK_REACH = 3;
 
 double secondsSince(std::chrono::steady_clock::time_point const& time) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - time).count();
-}
-
-/// What has been drawn and is not shown yet.
-Picture drawnIn(PictureSize const& size) {
-    Picture picture;
-    picture.width = size.width;
-    picture.height = size.height;
-    std::size_t const rowBytes = 4 * static_cast<std::size_t>(size.width);
-    picture.pixels.resize(rowBytes * static_cast<std::size_t>(size.height));
-    glPixelStorei(GL_PACK_ALIGNMENT, 4);
-    // GL's first row is the lowest.
-    for (int row = 0; row < size.height; ++row) {
-        glReadPixels(0, row, size.width, 1, GL_RGBA, GL_UNSIGNED_BYTE,
-                     picture.pixels.data() + rowBytes * static_cast<std::size_t>(size.height - 1 - row));
-    }
-    for (std::size_t i = 3; i < picture.pixels.size(); i += 4) {
-        picture.pixels[i] = 255;
-    }
-    return picture;
-}
-
-/// The facts about a thing beside each other, without its number.
-std::string inOneLine(std::string const& lines) {
-    std::string line;
-    for (char const letter : lines.substr(std::min(lines.size(), lines.find(' ') + 1))) {
-        if (letter != '\n') {
-            line += letter;
-        } else if (!line.empty() && line.back() != ' ') {
-            line += "  ";
-        }
-    }
-    return line;
-}
-
-std::string titleOf(Options const& options) {
-    if (options.files.empty()) {
-        return "vl_viewport";
-    }
-    std::string const first = std::filesystem::path(options.files.front()).filename().string();
-    std::size_t const others = options.files.size() - 1;
-    return first + (others > 0 ? " and " + std::to_string(others) + " more" : "") +
-           " \xE2\x80\x93 vl_viewport";
 }
 
 }  // namespace
@@ -277,7 +237,7 @@ void Application::_frame(Picture* seen) {
     _show();
     interface.end();
     if (seen != nullptr) {
-        *seen = drawnIn(units.framebuffer);
+        *seen = windowPicture(units.framebuffer);
     }
     window.swap();
     if (interface.isActive()) {
