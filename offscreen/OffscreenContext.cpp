@@ -189,7 +189,6 @@ struct OffscreenContext::State {
 
     void close();
     bool makeCurrent();
-    bool makeNoneCurrent() const;
     bool makeFormerCurrent();
 
 private:
@@ -324,10 +323,6 @@ bool OffscreenContext::State::makeCurrent() {
     return eglBindAPI(EGL_OPENGL_API) && eglMakeCurrent(display, surface, surface, context);
 }
 
-bool OffscreenContext::State::makeNoneCurrent() const {
-    return eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT) == EGL_TRUE;
-}
-
 bool OffscreenContext::State::makeFormerCurrent() {
     return formerContext != EGL_NO_CONTEXT && eglBindAPI(EGL_OPENGL_API) &&
            eglMakeCurrent(display, formerDrawn, formerRead, formerContext);
@@ -340,7 +335,7 @@ void OffscreenContext::State::close() {
     if (context != EGL_NO_CONTEXT) {
         eglBindAPI(EGL_OPENGL_API);
         if (eglGetCurrentContext() == context && !makeFormerCurrent()) {
-            makeNoneCurrent();
+            eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
         }
         eglDestroyContext(display, context);
     }
@@ -409,10 +404,6 @@ int OffscreenContext::samples() const {
 
 bool OffscreenContext::makeCurrent() {
     return native && native->makeCurrent();
-}
-
-bool OffscreenContext::makeNoneCurrent() {
-    return native && native->makeNoneCurrent();
 }
 
 bool OffscreenContext::makeFormerCurrent() {

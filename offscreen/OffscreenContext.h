@@ -54,10 +54,6 @@ public:
     /// refuses.
     bool makeCurrent();
 
-    /// Makes no context current in the calling thread, so that another thread can make this one current. False when the driver
-    /// refuses.
-    bool makeNoneCurrent();
-
     /// Makes current again what was current at construction, as for Settings::isBesideCurrent. False when the driver
     /// refuses, and where nothing was.
     bool makeFormerCurrent();

@@ -8,7 +8,6 @@
 #include "viewport/program/Configuration.h"
 #include "viewport/program/Console.h"
 #include "viewport/program/ConsoleObserver.h"
-#include "viewport/program/ContextStart.h"
 #include "viewport/program/Description.h"
 #include "viewport/program/Film.h"
 #include "viewport/program/PictureMaker.h"
@@ -23,7 +22,6 @@
 #include <cstddef>
 #include <filesystem>
 #include <iostream>
-#include <memory>
 #include <new>
 #include <optional>
 #include <string>
@@ -161,7 +159,6 @@ std::optional<Failure> run(Options const& options) {
     if (std::optional<Failure> failure = outputFailure(options)) {
         return failure;
     }
-    ContextStart contextStart(PictureMaker::contextSettings(options));
     ConsoleObserver observer(options);
     Result<Content> loaded = Content::load(options, observer);
     if (!loaded.isOk()) {
@@ -210,14 +207,14 @@ std::optional<Failure> run(Options const& options) {
         content.meshes = {};
     }
 
-    std::unique_ptr<OffscreenContext> const context = contextStart.take();
-    if (!context->isValid()) {
-        return endWithout(options, observer, {NO_OPENGL, {"", context->error()}});
+    OffscreenContext context(PictureMaker::contextSettings(options));
+    if (!context.isValid()) {
+        return endWithout(options, observer, {NO_OPENGL, {"", context.error()}});
     }
     if (std::optional<Fault> const fault = startGlew()) {
         return endWithout(options, observer, {NO_OPENGL, *fault});
     }
-    PictureMaker maker(options, subject, *context);
+    PictureMaker maker(options, subject, context);
     if (std::optional<Failure> failure = maker.begin()) {
         return failure;
     }
