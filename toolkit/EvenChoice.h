@@ -25,7 +25,8 @@ inline unsigned int drawnOf(unsigned int count, float percent) {
 ///     for each particle, in the order of the system: if (choice.takesNext()) ...
 class EvenChoice {
 public:
-    EvenChoice(unsigned int count, unsigned int wanted) : count(count), wanted(wanted) {}
+    EvenChoice(unsigned int particleCount, unsigned int wantedCount)
+        : count(particleCount), wanted(wantedCount) {}
 
     /// Whether the next particle is one of them; asked at most `count` times.
     bool takesNext() {

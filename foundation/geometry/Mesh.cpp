@@ -7,6 +7,7 @@
 #include "foundation/geometry/mesh_normals.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -62,15 +63,19 @@ private:
     ArrayId id;
 };
 
-/// What a part of indices names: the largest of what `endOf(first, count)` gives for ranges of them.
+/// What a part of indices names: the largest of what `endOf(first, count)` gives for ranges of them. Asked in every frame
+/// of a mesh without buffers, so it takes no memory.
 template <class EndOf>
 unsigned int largestEnd(unsigned int const* indices, std::size_t count, EndOf const& endOf) {
     constexpr std::size_t RANGE = 1 << 17;
-    std::vector<unsigned int> ends(count / RANGE + 1, 0);
+    std::atomic<unsigned int> largest{0};
     forRanges(count, RANGE, [&](std::size_t begin, std::size_t end) {
-        ends[begin / RANGE] = endOf(indices + begin, end - begin);
+        unsigned int const named = endOf(indices + begin, end - begin);
+        unsigned int known = largest.load(std::memory_order_relaxed);
+        while (known < named && !largest.compare_exchange_weak(known, named, std::memory_order_relaxed)) {
+        }
     });
-    return *std::max_element(ends.begin(), ends.end());
+    return largest.load(std::memory_order_relaxed);
 }
 
 /// One above the largest of some indices.

@@ -3,7 +3,8 @@
 cmake_minimum_required(VERSION 3.25)  # for IN_LIST
 
 file(GLOB_RECURSE foundation RELATIVE ${SOURCE} ${SOURCE}/foundation/*.h)
-list(FILTER foundation EXCLUDE REGEX "(image_decoders|lifetimes)\\.h$")
+list(FILTER foundation EXCLUDE REGEX
+  "/(VertexCorners|equal_positions|image_decoders|lifetimes|mesh_adjacency|mesh_normals)\\.h$")
 file(GLOB_RECURSE library RELATIVE ${SOURCE}/vl_raster_gl/src ${SOURCE}/vl_raster_gl/src/*.h)
 list(FILTER library EXCLUDE REGEX "^internal/")
 file(GLOB_RECURSE toolkit RELATIVE ${SOURCE} ${SOURCE}/toolkit/*.h)

@@ -59,7 +59,7 @@ std::optional<std::size_t> addRows(BinaryRows const& rows, FrameBuilder& builder
                                    std::function<void(std::size_t)> const& passed) {
     // Records of a range stay in the cache while column after column is taken from them.
     constexpr std::size_t RECORDS_PER_RANGE = std::size_t(1) << 12;
-    constexpr std::size_t RECORDS_AT_ONCE = std::size_t(1) << 19;
+    constexpr std::size_t RECORDS_AT_ONCE = std::size_t(1) << 16;  // a read can be cancelled between
     std::size_t const size = recordSize(rows.fields);
     for (std::size_t done = 0; done < rows.count; done += RECORDS_AT_ONCE) {
         passed(done);
