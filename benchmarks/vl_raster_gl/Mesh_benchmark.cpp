@@ -16,6 +16,7 @@
 
 #include "benchmarks/GridScene.h"
 #include "benchmarks/PairTiming.h"
+#include "frames_by_hand.h"
 
 #include "Core_RL_GL.h"
 #include "Mesh_RL_GL.h"
@@ -102,60 +103,12 @@ void Refill(benchmark::State& state) {
     report(state, timing, REFILLS_PER_ROUND, "of_memcpy", 1 / timing.ratio());
 }
 
-/// The draw of a program that has the triangle soup in buffers.
-class ByHand {
-public:
-    ByHand() {
-        std::vector<float> soup(SOUP_FLOATS);
-        std::vector<float> normals(SOUP_FLOATS);
-        Mesh const& mesh = scene().mesh;
-        auto const* const positions = VL_ArrayServer.resolve(mesh.positions())->as<Vector3<double>>();
-        auto const* const directions = VL_ArrayServer.resolve(mesh.vertexNormals())->as<Vector3<float>>();
-        auto const* const corners =
-            static_cast<unsigned int const*>(VL_ArrayServer.resolve(mesh.triangles())->data);
-        auto const* const ends =
-            static_cast<unsigned int const*>(VL_ArrayServer.resolve(mesh.normalTriangles())->data);
-        for (std::size_t i = 0; i < std::size_t{TRIANGLES} * 3; ++i) {
-            Vector3<float> const p = convert<float>(positions[corners[i]]);
-            std::memcpy(&soup[i * 3], &p, sizeof p);
-            std::memcpy(&normals[i * 3], &directions[ends[i]], sizeof p);
-        }
-        glGenBuffers(2, names);
-        glBindBuffer(GL_ARRAY_BUFFER, names[0]);
-        glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(soup.size() * sizeof(float)), soup.data(),
-                     GL_DYNAMIC_DRAW);
-        glBindBuffer(GL_ARRAY_BUFFER, names[1]);
-        glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(normals.size() * sizeof(float)), normals.data(),
-                     GL_DYNAMIC_DRAW);
-        glBindBuffer(GL_ARRAY_BUFFER, 0);
-    }
-    ~ByHand() { glDeleteBuffers(2, names); }
-    ByHand(ByHand const&) = delete;
-    ByHand& operator=(ByHand const&) = delete;
-
-    void draw() const {
-        glEnableClientState(GL_VERTEX_ARRAY);
-        glEnableClientState(GL_NORMAL_ARRAY);
-        glBindBuffer(GL_ARRAY_BUFFER, names[1]);
-        glNormalPointer(GL_FLOAT, 0, nullptr);
-        glBindBuffer(GL_ARRAY_BUFFER, names[0]);
-        glVertexPointer(3, GL_FLOAT, 0, nullptr);
-        glDrawArrays(GL_TRIANGLES, 0, TRIANGLES * 3);
-        glBindBuffer(GL_ARRAY_BUFFER, 0);
-        glDisableClientState(GL_NORMAL_ARRAY);
-        glDisableClientState(GL_VERTEX_ARRAY);
-    }
-
-private:
-    GLuint names[2] = {0, 0};
-};
-
 void StaticFrame(benchmark::State& state) {
     if (!isReady(state)) {
         return;
     }
     Mesh_RL_GL& renderer = *scene().renderer;
-    ByHand const byHand;
+    MeshByHand const byHand(scene().mesh);
     glEnable(GL_LIGHTING);
     glEnable(GL_LIGHT0);
     glEnable(GL_DEPTH_TEST);

@@ -13,6 +13,7 @@
 
 #include "benchmarks/PairTiming.h"
 #include "benchmarks/sine_particles.h"
+#include "frames_by_hand.h"
 
 #include "Core_RL_GL.h"
 #include "Particles_RL_GL_v2.h"
@@ -37,8 +38,6 @@ constexpr unsigned int PARTICLES = 4000000;
 constexpr unsigned int SPHERES = 50000;
 constexpr float DIAMETER = 0.07F;  // in clip space
 constexpr int SPHERE_SIDE = 256;   // pixels
-constexpr int RECORD_BYTES = 24;
-constexpr int COLOR_OFFSET = 12;
 constexpr int SIDE = 64;  // pixels
 constexpr int ROUNDS = 6;
 constexpr unsigned int FRAMES_PER_ROUND = 6;
@@ -48,53 +47,6 @@ constexpr unsigned int CALLS_PER_PART = 2000;
 constexpr Color4<float> BLUE{0, 0, 1, 1};
 constexpr Color4<float> RED{1, 0, 0, 1};
 constexpr Color4<float> WHITE{1, 1, 1, 1};
-
-/// Reports free memory, which the driver does not, and records the buffer and program of the library's draw.
-class FrameLayer : public Core_RL_GL {
-public:
-    unsigned int getFreeGpuMemory() override { return 1U << 20; }
-    void genBuffers(unsigned long count, unsigned int* ids) override {
-        Core_RL_GL::genBuffers(count, ids);
-        buffer = ids[0];
-    }
-    void drawArrays(Primitive::type mode, unsigned long first, unsigned long count) override {
-        if (program == 0) {
-            glGetIntegerv(GL_CURRENT_PROGRAM, &program);
-        }
-        Core_RL_GL::drawArrays(mode, first, count);
-    }
-
-    GLuint buffer = 0;
-    GLint program = 0;
-};
-
-/// The draw of a program that has the particles in a buffer. It uses the library's buffer, so that both sides
-/// read the same memory.
-class ByHand {
-public:
-    explicit ByHand(FrameLayer const& layer)
-        : program(static_cast<GLuint>(layer.program)), buffer(layer.buffer) {}
-
-    void draw() const {
-        glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
-        glPointSize(1);
-        glUseProgram(program);
-        glEnableClientState(GL_VERTEX_ARRAY);
-        glEnableClientState(GL_COLOR_ARRAY);
-        glBindBuffer(GL_ARRAY_BUFFER, buffer);
-        glVertexPointer(3, GL_FLOAT, RECORD_BYTES, nullptr);
-        glColorPointer(3, GL_FLOAT, RECORD_BYTES, reinterpret_cast<void*>(COLOR_OFFSET));
-        glDrawArrays(GL_POINTS, 0, PARTICLES);
-        glBindBuffer(GL_ARRAY_BUFFER, 0);
-        glDisableClientState(GL_VERTEX_ARRAY);
-        glDisableClientState(GL_COLOR_ARRAY);
-        glUseProgram(0);
-    }
-
-private:
-    GLuint program;
-    GLuint buffer;
-};
 
 void StaticFrame(benchmark::State& state) {
     OffscreenContext const context({SIDE, SIDE});
@@ -120,7 +72,7 @@ void StaticFrame(benchmark::State& state) {
     };
     frame(drawByLibrary);
     std::vector<unsigned char> const expected = readSquare(SIDE);
-    ByHand const byHand(layer);
+    ParticlesByHand const byHand(layer, PARTICLES);
     frame([&] { byHand.draw(); });
     if (layer.program == 0 || readSquare(SIDE) != expected) {
         state.SkipWithError("the pictures differ");
