@@ -107,8 +107,8 @@ void writeStl(std::string const& folder, PlainSurface const& surface) {
     }
 }
 
-void writeObj(std::string const& folder, PlainSurface const& surface) {
-    File file(folder, "surface.obj");
+void writeObj(std::string const& folder, char const* name, PlainSurface const& surface) {
+    File file(folder, name);
     for (std::size_t i = 0; i < surface.positions.size(); i += 3) {
         float const* const p = &surface.positions[i];
         file.check(std::fprintf(file.stream, "v %.7g %.7g %.7g\n", double{p[0]}, double{p[1]}, double{p[2]}));
@@ -160,11 +160,12 @@ int main(int count, char** words) {
     }
     std::string const folder = words[1];
     auto const number = [words](int word) { return std::strtoul(words[word], nullptr, 10); };
+    writeObj(folder, "small.obj", makePlainSurface(4));
     PlainSurface const surface = makePlainSurface(number(2));
     writeBinaryPly(folder, surface);
     writeTextPly(folder, surface);
     writeStl(folder, surface);
-    writeObj(folder, surface);
+    writeObj(folder, "surface.obj", surface);
     PlainPoints const points = makePlainPoints(number(3));
     writePointPly(folder, points);
     writeDump(folder, "points.lammpstrj", points, 1);

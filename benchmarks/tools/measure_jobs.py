@@ -23,6 +23,7 @@ SIZE = (1280, 720)
 
 # What the table calls the job, its file, more options of vl_viewport, and whether F3D reads it.
 JOBS = [
+    ("4 triangles, OBJ", "small.obj", [], True),
     ("1,000,000 triangles, PLY binary", "surface.ply", [], True),
     ("1,000,000 triangles, PLY text", "surface_text.ply", [], True),
     ("1,000,000 triangles, STL binary", "surface.stl", [], True),
@@ -30,7 +31,7 @@ JOBS = [
     ("1,000,000 points, PLY binary", "points.ply", [], True),
     ("1,000,000 points, LAMMPS dump", "points.lammpstrj", [], False),
     ("100 frames of 10,000 points, LAMMPS dump, the last frame", "frames.lammpstrj", [], False),
-    ("100 frames of 10,000 points, LAMMPS dump, all pictures", "frames.lammpstrj", ["--frames", ":"], False),
+    ("100 frames of 10,000 points, LAMMPS dump, ten pictures", "frames.lammpstrj", ["--frames", "::10"], False),
 ]
 
 
