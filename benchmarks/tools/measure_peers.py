@@ -44,7 +44,7 @@ def main(path, folder, names):
     for name, title, package in SYSTEMS:
         if not names or name in names:
             entries[name] = {"name": title, "version": machine.version_of(package).split("+")[0] if package else "",
-                             "times": {}, "covered_in_both": {}}
+                             "times": {}, "failed": {}, "covered_in_both": {}}
     failed = False
     for _ in range(ROUNDS):
         for kind in KINDS:
@@ -54,10 +54,11 @@ def main(path, folder, names):
                     one = run_benchmarks.run(program, f"{kind}/{frame}/iterations:10/manual_time", [])
                     if one.get("error_occurred"):
                         print(name, kind, frame, one["error_message"], file=sys.stderr)
-                        failed = True
+                        entry["failed"][f"{kind}/{frame}"] = one["error_message"].split(":")[0]
+                        failed = failed or name == "vl_raster_gl"
                         continue
                     key = f"{kind}/{frame}"
-                    entry["times"][key] = min(entry["times"].get(key, 1e9), one["fastest_ms"])
+                    entry["times"][key] = min(entry["times"].get(key, 1e9), round(one["fastest_ms"], 5))
     with tempfile.TemporaryDirectory() as pictures:
         for kind in KINDS:
             own = draw(os.path.join(folder, "peer_vl_raster_gl"), kind, pictures)

@@ -49,16 +49,15 @@ def growth(series, folder):
             continue
         blocks = "".join(_block("_".join(key), values) for key, values in own.items())
         script = _heading(path, 1080, 420) + blocks + """set logscale xy
-set format x '10^{%T}'
-set format x '%.0s%c'
 set xrange [700:25000000]
-set xtics 10
+set xtics ('1,000' 1000, '10,000' 10000, '100,000' 100000, '1 M' 1000000, '10 M' 10000000)
 set yrange [0.001:1000]
 set ytics ('1 µs' 0.001, '10 µs' 0.01, '0.1 ms' 0.1, '1 ms' 1, '10 ms' 10, '0.1 s' 100, '1 s' 1000)
 set key top left Left reverse samplen 2
 set multiplot layout 1,3
 """
         for frame in ("unchanged", "moving", "first"):
+            script += "" if frame == "unchanged" else "unset key\n"  # one for all panels
             script += f"set title '{TITLES[frame]}'\nset xlabel '{kind.lower()}'\n"
             curves = []
             for _, path_name, frame_name in [key for key in own if key[2] == frame]:

@@ -112,7 +112,7 @@ def job_cells(one):
 
 
 def jobs(result):
-    has_f3d = any("f3d" in one["programs"] for one in result["jobs"])
+    has_f3d = "f3d" in result and any("f3d" in one["programs"] for one in result["jobs"])
     heading = ["Job", "File, MB", "Wall, s", "CPU, s", "Peak, MB"]
     if has_f3d:
         heading += ["F3D: wall, s", "CPU, s", "Peak, MB"]
@@ -132,7 +132,7 @@ def peers(result):
     for system in result["systems"]:
         times = system.get("times", {})
         row = [f"{system['name']} {system['version']}".strip()]
-        row += [time_of(times.get(f"{kind}/{frame}")) for kind, frame in columns]
+        row += [time_of(times.get(f"{kind}/{frame}")) or "fails" for kind, frame in columns]
         covered = system.get("covered_in_both", {})
         row += [f"{100 * covered[kind]:.1f} %" if kind in covered else "" for kind in ("points", "triangles")]
         rows.append(row)
@@ -149,7 +149,7 @@ def main(folder, docs):
     with open(TEMPLATE, encoding="utf-8") as file:
         text = file.read()
     for name, words in tables.items():
-        text = text.replace("{{" + name + "}}\n", words)
+        text = text.replace("{{" + name + "}}\n", words + "\n")
     with open(os.path.join(docs, "performance.md"), "w", encoding="utf-8") as file:
         file.write(text)
     pictures = os.path.join(docs, "pictures")
