@@ -53,7 +53,7 @@ def line_of(result):
         return f"{result['name']}: ERROR OCCURRED: {result.get('error_message', '')}"
     name = result["name"].split("/iterations:")[0]
     ratios = [f"{key} {value:.3g}" for key, value in result.items()
-              if isinstance(value, float) and ("/" in key or key in ("of_memcpy", "MB/s"))]
+              if isinstance(value, float) and ("/" in key or key == "of_memcpy")]
     times = [f"{key} {value:.4g}" for key, value in result.items() if key.endswith(("_ms", "_ns", "_us"))]
     return f"{name:45} {', '.join(ratios + times)}"
 

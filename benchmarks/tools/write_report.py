@@ -61,22 +61,30 @@ def machines(results):
 def ratio_of(result):
     """The ratio that a benchmark reports, with its name."""
     for key, value in result.items():
-        if isinstance(value, (int, float)) and ("/" in key or key == "of_memcpy"):
+        if isinstance(value, (int, float)) and (("/" in key and "B/s" not in key) or key == "of_memcpy"):
             return key, value
     return None
+
+
+def singles_of(result):
+    """The times and bandwidths of both sides, as library_ns and memcpy_GB/s."""
+    pairs = [re.fullmatch(r"(\w+?)_(ns|us|ms|GB/s|MB/s)", key) for key in result]
+    return ", ".join(f"{pair[1].replace('_', ' ')} {number(result[pair[0]])} {pair[2].replace('us', 'µs')}" for pair in pairs if pair)
 
 
 def operations(result):
     rows = []
     for one in sorted(result["benchmarks"], key=lambda entry: entry["program"]):
+        program = one["program"].replace("_benchmark", "")
         name = re.sub(r"/iterations:.*", "", one["name"])
-        if one.get("error_occurred"):
-            rows.append([one["program"].replace("_benchmark", ""), name, "failed", ""])
-            continue
         ratio = ratio_of(one)
-        rows.append([one["program"].replace("_benchmark", ""), name, f"{ratio[1]:.2f}" if ratio else "",
-                     ratio[0].replace("/", " / ").replace("_", " ") if ratio else ""])
-    return table(["Program", "Operation", "Ratio", "of"], ["---", "---", "---:", "---"], rows)
+        if one.get("error_occurred"):
+            rows.append([program, name, "fails", "", ""])
+        elif ratio:
+            rows.append([program, name, f"{ratio[1]:.2f}", ratio[0].replace("/", " / ").replace("_", " "), singles_of(one)])
+        else:
+            rows.append([program, name, "", "", singles_of(one)])
+    return table(["Program", "Operation", "Ratio", "of", "Single values"], ["---", "---", "---:", "---", "---"], rows)
 
 
 def growth_series(result):
@@ -122,7 +130,8 @@ def jobs(result):
         if has_f3d:
             row += job_cells(one["programs"].get("f3d"))
         rows.append(row)
-    return table(heading, ["---"] + ["---:"] * (len(heading) - 1), rows)
+    words = f"\nFastest of {result['runs']} runs each, in turns.\n"
+    return table(heading, ["---"] + ["---:"] * (len(heading) - 1), rows) + words
 
 
 def peers(result):
