@@ -58,6 +58,16 @@ def line_of(result):
     return f"{name:45} {', '.join(ratios + times)}"
 
 
+def write(path, facts, results, former):
+    """Writes the results, and those of a former run that have no successor."""
+    fresh = {(result["program"], result["name"]) for result in results}
+    kept = [result for result in former if (result["program"], result["name"]) not in fresh]
+    facts["load_in_the_end"] = round(os.getloadavg()[0], 2)
+    with open(path, "w", encoding="utf-8") as file:
+        json.dump({"machine": facts, "benchmarks": results + kept}, file, indent=1)
+        file.write("\n")
+
+
 def main(words):
     options = words[words.index("--") + 1:] if "--" in words else []
     words = words[:words.index("--")] if "--" in words else words
@@ -67,18 +77,13 @@ def main(words):
     if any(option.startswith("--benchmark_filter") for option in options) and os.path.exists(path):
         with open(path, encoding="utf-8") as file:
             former = json.load(file)["benchmarks"]
+    os.makedirs(os.path.dirname(path) or ".", exist_ok=True)
     results = []
     for program in programs:
         for name in names_of(program, options):
             results.append(run(program, name, options))
             print(line_of(results[-1]), flush=True)
-    fresh = {(result["program"], result["name"]) for result in results}
-    results += [result for result in former if (result["program"], result["name"]) not in fresh]
-    facts["load_in_the_end"] = machine.facts()["load"]
-    os.makedirs(os.path.dirname(path) or ".", exist_ok=True)
-    with open(path, "w", encoding="utf-8") as file:
-        json.dump({"machine": facts, "benchmarks": results}, file, indent=1)
-        file.write("\n")
+            write(path, facts, results, former)  # each time: what interrupts the run does not take the results
     return any(result.get("error_occurred") for result in results)
 
 
