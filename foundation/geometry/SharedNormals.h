@@ -25,11 +25,11 @@ public:
             normals[vertex] = normal;
             return vertex;
         }
-        if (std::memcmp(&normals[vertex], &normal, sizeof normal) == 0) {
+        VertexNormal const wanted(vertex, normal);
+        if (VertexNormal(vertex, normals[vertex]) == wanted) {
             return vertex;
         }
-        auto const [place, isNew] =
-            further.emplace(VertexNormal(vertex, normal), static_cast<unsigned int>(normals.size()));
+        auto const [place, isNew] = further.emplace(wanted, static_cast<unsigned int>(normals.size()));
         if (isNew) {
             normals.push_back(normal);
         }
