@@ -7,6 +7,7 @@
 #include "viewport/files/mesh/points.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <iterator>
@@ -76,24 +77,25 @@ Box3<double> boxInScene(Scene const& scene, Box3<double> const& box) {
 class RecentPoints {
 public:
     bool isNew(Point const& p) {
-        std::uint64_t bits[3];
-        std::memcpy(bits, &p, sizeof bits);
+        Bits bits{};
+        std::memcpy(bits.data(), &p, sizeof bits);
         std::uint64_t hash = 0;
         for (std::uint64_t const part : bits) {
             hash = (hash ^ part) * 0x9E3779B97F4A7C15U;
             hash ^= hash >> 32;
         }
-        Point& recent = points[hash % COUNT];
-        bool const isKnown = isFilled[hash % COUNT] && std::memcmp(&recent, &p, sizeof p) == 0;
-        recent = p;
+        Bits& recent = points[hash % COUNT];
+        bool const isKnown = isFilled[hash % COUNT] && recent == bits;
+        recent = bits;
         isFilled[hash % COUNT] = true;
         return !isKnown;
     }
 
 private:
+    using Bits = std::array<std::uint64_t, 3>;
     static constexpr std::size_t COUNT = std::size_t(1) << 15;
 
-    std::vector<Point> points = std::vector<Point>(COUNT);
+    std::vector<Bits> points = std::vector<Bits>(COUNT);
     std::vector<bool> isFilled = std::vector<bool>(COUNT, false);
 };
 
