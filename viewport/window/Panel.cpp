@@ -60,16 +60,17 @@ PanelRequests Panel::draw(Workspace& workspace, WindowUnits const& units, bool i
     ImVec2 const size = ImGui::GetIO().DisplaySize;
     auto const panelWidth = static_cast<float>(width(units));
     covered = isShown ? panelWidth : 0;
+    std::optional<Timeline::Place> bar;
     if (isShown) {
         _drawSections(workspace, panelWidth, requests);
         _drawStatus(workspace, units);
         double const left = static_cast<double>(panelWidth);
-        std::optional<Options> const next =
-            timeline.draw(workspace, left, static_cast<double>(size.x) - left,
-                          static_cast<double>(size.y) - statusHeight(units), units.pointsToUnits(TIMELINE));
-        if (next && !requests.options) {
-            requests.options = next;
-        }
+        bar = {left, static_cast<double>(size.x) - left, static_cast<double>(size.y) - statusHeight(units),
+               units.pointsToUnits(TIMELINE)};
+    }
+    std::optional<Options> const next = timeline.draw(workspace, bar);
+    if (next && !requests.options) {
+        requests.options = next;
     }
     if (isOverlayShown) {
         drawOverlay(workspace, size.x, 0);

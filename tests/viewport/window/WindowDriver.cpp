@@ -117,7 +117,7 @@ struct WindowDriver::Screen {
 };
 
 WindowDriver::WindowDriver(std::vector<std::string> const& arguments,
-                           std::vector<std::string> const& environment)
+                           std::vector<std::string> const& environment, std::string const& folder)
     : screen(std::make_unique<Screen>()) {
     // A window may go away between two requests.
     XSetErrorHandler([](Display*, XErrorEvent*) { return 0; });
@@ -135,6 +135,9 @@ WindowDriver::WindowDriver(std::vector<std::string> const& arguments,
             pointers.push_back(word.data());
         }
         pointers.push_back(nullptr);
+        if (chdir(folder.c_str()) != 0) {
+            _exit(127);
+        }
         execv(VL_VIEWPORT_PROGRAM, pointers.data());
         _exit(127);
     }
@@ -274,19 +277,26 @@ void WindowDriver::turnWheel(int steps, Point at) {
 }
 
 void WindowDriver::type(std::vector<std::string> const& keys) {
-    auto const code = [this](std::string const& key) {
-        return XKeysymToKeycode(screen->display, XStringToKeysym(key.c_str()));
-    };
     for (std::string const& key : keys) {
-        XTestFakeKeyEvent(screen->display, code(key), True, CurrentTime);
-        XFlush(screen->display);
-        std::this_thread::sleep_for(2 * PAUSE);
+        hold(key);
     }
     for (auto key = keys.rbegin(); key != keys.rend(); ++key) {
-        XTestFakeKeyEvent(screen->display, code(*key), False, CurrentTime);
+        letGo(*key);
     }
+    std::this_thread::sleep_for(2 * PAUSE);
+}
+
+void WindowDriver::hold(std::string const& key) {
+    XTestFakeKeyEvent(screen->display, XKeysymToKeycode(screen->display, XStringToKeysym(key.c_str())), True,
+                      CurrentTime);
     XFlush(screen->display);
     std::this_thread::sleep_for(2 * PAUSE);
+}
+
+void WindowDriver::letGo(std::string const& key) {
+    XTestFakeKeyEvent(screen->display, XKeysymToKeycode(screen->display, XStringToKeysym(key.c_str())), False,
+                      CurrentTime);
+    XFlush(screen->display);
 }
 
 void WindowDriver::resize(int width, int height) {

@@ -26,8 +26,9 @@ public:
 
     /// Starts vl_viewport, and waits for its window.
     /// \param environment settings "NAME=value" beside those of the test
-    explicit WindowDriver(std::vector<std::string> const& arguments,
-                          std::vector<std::string> const& environment = {});
+    /// \param folder its working folder
+    WindowDriver(std::vector<std::string> const& arguments, std::vector<std::string> const& environment,
+                 std::string const& folder);
     ~WindowDriver();  ///< Ends the program.
     WindowDriver(WindowDriver const&) = delete;
     WindowDriver& operator=(WindowDriver const&) = delete;
@@ -52,6 +53,9 @@ public:
 
     /// Keys by their X names, pressed together and released: {"Control_L", "z"}.
     void type(std::vector<std::string> const& keys);
+
+    void hold(std::string const& key);   ///< Presses a key, until letGo().
+    void letGo(std::string const& key);  ///< Releases it.
 
     void resize(int width, int height);
     void drop(std::vector<std::string> const& files);  ///< As from a file manager, onto its middle.

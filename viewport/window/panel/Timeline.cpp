@@ -9,8 +9,7 @@
 
 namespace vellum::viewport {
 
-std::optional<Options> Timeline::draw(Workspace& workspace, double left, double width, double bottom,
-                                      double height) {
+std::optional<Options> Timeline::draw(Workspace& workspace, std::optional<Place> const& place) {
     Clock::time_point const now = Clock::now();
     double const passed = std::chrono::duration<double>(now - last).count();
     last = now;
@@ -35,24 +34,9 @@ std::optional<Options> Timeline::draw(Workspace& workspace, double left, double 
     std::size_t const before = clock.frame();
     clock.advance(passed, !isWaiting);
 
-    ImGui::SetNextWindowPos({static_cast<float>(left), static_cast<float>(bottom - height)});
-    ImGui::SetNextWindowSize({static_cast<float>(width), static_cast<float>(height)});
-    ImGui::SetNextWindowBgAlpha(0.6F);
-    ImGui::Begin("Frames", nullptr,
-                 ImGuiWindowFlags_NoDecoration | ImGuiWindowFlags_NoMove | ImGuiWindowFlags_NoSavedSettings |
-                     ImGuiWindowFlags_NoBringToFrontOnFocus);
-    _drawButtons(workspace);
-    ImGui::SameLine();
-    ImGui::SetNextItemWidth(std::max(40.0F, ImGui::GetContentRegionAvail().x));
-    int number = static_cast<int>(clock.frame());
-    std::string const caption = line->caption(clock.frame());
-    std::string const format =
-        "frame %d of 0 to " + std::to_string(count - 1) + (caption.empty() ? "" : ", " + caption);
-    if (ImGui::SliderInt("##frame", &number, 0, static_cast<int>(count) - 1, format.c_str(),
-                         ImGuiSliderFlags_AlwaysClamp)) {
-        clock.show(static_cast<std::size_t>(std::max(0, number)));
+    if (place) {
+        _drawBar(workspace, *place);
     }
-    ImGui::End();
     if (clock.frame() == before) {
         return std::nullopt;
     }
@@ -68,6 +52,29 @@ void Timeline::togglePlaying(Workspace& workspace) {
     } else if (workspace.frames() != nullptr) {
         clock.play();
     }
+}
+
+void Timeline::_drawBar(Workspace& workspace, Place const& place) {
+    FrameLine const& line = *workspace.frames();
+    ImGui::SetNextWindowPos(
+        {static_cast<float>(place.left), static_cast<float>(place.bottom - place.height)});
+    ImGui::SetNextWindowSize({static_cast<float>(place.width), static_cast<float>(place.height)});
+    ImGui::SetNextWindowBgAlpha(0.6F);
+    ImGui::Begin("Frames", nullptr,
+                 ImGuiWindowFlags_NoDecoration | ImGuiWindowFlags_NoMove | ImGuiWindowFlags_NoSavedSettings |
+                     ImGuiWindowFlags_NoBringToFrontOnFocus);
+    _drawButtons(workspace);
+    ImGui::SameLine();
+    ImGui::SetNextItemWidth(std::max(40.0F, ImGui::GetContentRegionAvail().x));
+    int number = static_cast<int>(clock.frame());
+    std::string const caption = line.caption(clock.frame());
+    std::string const format =
+        "frame %d of 0 to " + std::to_string(line.count() - 1) + (caption.empty() ? "" : ", " + caption);
+    if (ImGui::SliderInt("##frame", &number, 0, static_cast<int>(line.count()) - 1, format.c_str(),
+                         ImGuiSliderFlags_AlwaysClamp)) {
+        clock.show(static_cast<std::size_t>(std::max(0, number)));
+    }
+    ImGui::End();
 }
 
 void Timeline::_drawButtons(Workspace& workspace) {

@@ -17,11 +17,18 @@ namespace vellum::viewport {
 /// range is set to follow the frames.
 class Timeline {
 public:
-    /// Draws it.
-    /// \param left, width of the scene, bottom where the bar ends, height of it; units of the window
+    /// Where the bar is, in units of the window.
+    struct Place {
+        double left;
+        double width;
+        double bottom;
+        double height;
+    };
+
+    /// Goes on with time, and draws the bar.
+    /// \param place nothing: the bar is hidden, and frames play on
     /// \return the options with another frame, where one is to be shown
-    std::optional<Options> draw(Workspace& workspace, double left, double width, double bottom,
-                                double height);
+    std::optional<Options> draw(Workspace& workspace, std::optional<Place> const& place);
 
     void togglePlaying(Workspace& workspace);
     bool isPlaying() const { return clock.isPlaying(); }
@@ -30,6 +37,7 @@ private:
     using Clock = std::chrono::steady_clock;
 
     void _hold(Options& options, Workspace& workspace) const;
+    void _drawBar(Workspace& workspace, Place const& place);
     void _drawButtons(Workspace& workspace);
 
     PlaybackClock clock{1};
