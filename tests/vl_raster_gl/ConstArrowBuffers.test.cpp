@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "foundation/basic/threads.h"
+#include "tests/support/thread_limits.h"
 
 #include <algorithm>
 #include <cmath>
@@ -371,7 +372,7 @@ TEST_F(ConstArrowBuffers_test, manyArrowsAreThoseMadeOneByOneWhateverTheThreads)
         }
     }
     Buffers one;
-    for (int const threads : {1, 2, 3, 8}) {
+    for (int const threads : threadLimits()) {
         setThreadLimit(threads);
         create(positions, directions, colors, 1.5F);
         setThreadLimit(0);
@@ -379,7 +380,7 @@ TEST_F(ConstArrowBuffers_test, manyArrowsAreThoseMadeOneByOneWhateverTheThreads)
         unsigned int wrong = 0;
         // Every arrow about the ends of blocks of 2^12, and some between.
         for (unsigned int i = 0; i < COUNT;
-             i += i % 4096 < 3 || i % 4096 > 4092 || COUNT - i < 200 ? 1 : 97) {
+             i += i % 4096 < 3 || i % 4096 > 4092 || COUNT - i < 200 ? 1 : 997) {
             unsigned int const colored = std::min(i, colors.size() - 1);
             core.createBuffers_forRenderArrow3({positions[i]}, {directions[i]}, {colors[colored]}, 1.5F,
                                                one.vertices, one.triangles, one.lines, one.quads, one.colors);

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "internal/gl_api.h"
+#include "tests/support/thread_limits.h"
 
 // The memory that a mesh of a million triangles takes: its buffers and the list of its edges, and no more from frame to
 // frame. The counts include the buffers that the recording GL keeps; its records of calls are no large blocks.
@@ -186,7 +187,7 @@ TEST_F(Mesh_RL_GL_memory_calls_test, buffersHaveTheSameBytesOnEveryNumberOfThrea
                         {static_cast<float>(p.x), static_cast<float>(p.y), static_cast<float>(p.z)});
     }
     std::vector<std::vector<unsigned char>> first;
-    for (int const threads : {1, 2, 3, 8}) {
+    for (int const threads : threadLimits()) {
         setThreadLimit(threads);
         std::vector<std::vector<unsigned char>> const buffers = buffersOf(driver, mesh);
         setThreadLimit(0);

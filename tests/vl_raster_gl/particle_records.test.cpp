@@ -6,6 +6,7 @@
 #include "foundation/basic/threads.h"
 #include "foundation/geometry/ParticleSystemChunk_v2.h"
 #include "foundation/geometry/ParticleSystemConstIterator_v2.h"
+#include "tests/support/thread_limits.h"
 
 #include <gtest/gtest.h>
 
@@ -363,7 +364,7 @@ TEST_P(ManyParticles_test, lastParticleIsRepeatedWhereMoreAreWanted) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Threads, ManyParticles_test, testing::Values(1, 2, 3, 8),
+INSTANTIATE_TEST_SUITE_P(Threads, ManyParticles_test, testing::ValuesIn(threadLimits()),
                          [](testing::TestParamInfo<int> const& info) { return std::to_string(info.param); });
 
 // == Pages ==

@@ -1,4 +1,5 @@
 #include "foundation/basic/threads.h"
+#include "tests/support/thread_limits.h"
 
 #include <gtest/gtest.h>
 
@@ -49,7 +50,7 @@ TEST_F(threads_test, environmentSetsTheFirstLimitWhereItIsANumber) {
 }
 
 TEST_F(threads_test, eachElementIsVisitedOnceWhateverTheNumberOfThreads) {
-    for (int const threads : {1, 2, 3, 8}) {
+    for (int const threads : threadLimits()) {
         setThreadLimit(threads);
         for (std::size_t const count : {0U, 1U, 9U, 10U, 11U, 1001U}) {
             std::vector<std::atomic<int>> visits(count);

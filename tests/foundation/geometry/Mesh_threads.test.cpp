@@ -2,6 +2,7 @@
 #include "foundation/geometry/Mesh.h"
 #include "foundation/geometry/MeshImporter.h"
 #include "mesh_shapes.h"
+#include "tests/support/thread_limits.h"
 
 #include <gtest/gtest.h>
 
@@ -196,7 +197,7 @@ TEST_F(Mesh_threads_test, derivedArraysHaveTheBitsOfPlainLoopsWhateverTheNumberO
         PlainNormals const smooth = plainNormals(shape, Mesh::NO_CREASE);
         PlainNormals const creased = plainNormals(shape, 0.7F);
         EXPECT_TRUE(vertexCount < 1000 || creased.normals.size() > smooth.normals.size());
-        for (int const threads : {1, 2, 3, 8}) {
+        for (int const threads : threadLimits()) {
             SCOPED_TRACE(std::to_string(vertexCount) + " vertices, " + std::to_string(threads) + " threads");
             setThreadLimit(threads);
             Mesh mesh;
@@ -222,7 +223,7 @@ TEST_F(Mesh_threads_test, theBoxPassesOverWhatIsNoNumberWhateverTheNumberOfThrea
     Shape shape = randomShape(100001, 1, true);
     shape.positions[70000] = {NOT_A_NUMBER, -2, 3};
     shape.positions[99999] = {-4, NOT_A_NUMBER, INF};
-    for (int const threads : {1, 2, 3, 8}) {
+    for (int const threads : threadLimits()) {
         setThreadLimit(threads);
         Mesh mesh;
         shape.fill(mesh);
@@ -280,7 +281,7 @@ TEST_F(Mesh_threads_test, weldingKeepsTheFirstOfEqualPositionsWhateverTheNumberO
                 corners.insert(corners.end(), v, v + 3);
             }
         }
-        for (int const threads : {1, 2, 3, 8}) {
+        for (int const threads : threadLimits()) {
             SCOPED_TRACE(std::to_string(vertexCount) + " vertices, " + std::to_string(threads) + " threads");
             setThreadLimit(threads);
             MeshImporter importer;

@@ -4,6 +4,7 @@
 #include "foundation/image/VL_Image.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WithoutRights.h"
+#include "tests/support/thread_limits.h"
 #include "viewport/files/images/output_file.h"
 
 #include <gmock/gmock.h>
@@ -310,7 +311,7 @@ TEST(Picture, aPngIsTheSameFileWhateverTheNumberOfThreads) {
         std::fill(saved.pixels.begin() + static_cast<std::ptrdiff_t>(saved.pixels.size() / 3),
                   saved.pixels.end() - 1, static_cast<unsigned char>(7));
         std::string first;
-        for (int const threads : {1, 2, 3, 8}) {
+        for (int const threads : threadLimits()) {
             vellum::setThreadLimit(threads);
             std::string const file = folder.file("a.png");
             ASSERT_EQ(faultOf(saved.savePng(file)), "");

@@ -1,6 +1,7 @@
 #include "viewport/files/mesh/StlMesh.h"
 
 #include "foundation/basic/threads.h"
+#include "tests/support/thread_limits.h"
 #include "tests/viewport/files/mesh/mesh_checks.h"
 #include "tests/viewport/files/mesh/mesh_texts.h"
 
@@ -171,7 +172,7 @@ TEST(StlMesh, theFirstDamagedFacetIsToldWhateverTheNumberOfThreads) {
     for (std::size_t const facet : {69999U, 40000U, 8193U, 8200U}) {
         std::memcpy(&bytes[84 + 50 * facet + 12 + 4 * 7], &lost, sizeof lost);
     }
-    for (int const threads : {1, 2, 3, 8}) {
+    for (int const threads : threadLimits()) {
         setThreadLimit(threads);
         EXPECT_EQ(faultIn(bytes),
                   "facet 8193 at byte 409734 has a coordinate that is not a number or infinite");

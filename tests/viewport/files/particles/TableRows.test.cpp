@@ -1,6 +1,7 @@
 #include "viewport/files/particles/TableRows.h"
 
 #include "foundation/basic/threads.h"
+#include "tests/support/thread_limits.h"
 #include "viewport/files/particles/CsvFile.h"
 #include "viewport/files/particles/LammpsDump.h"
 #include "viewport/files/particles/ParticleFrame.h"
@@ -95,7 +96,7 @@ template <class Read>
 std::string sameOnAllThreads(Read const& read, std::string const& text) {
     vellum::setThreadLimit(1);
     std::string const expected = outcome(read(text));
-    for (int const threads : {2, 3, 8}) {
+    for (int const threads : threadLimits()) {
         vellum::setThreadLimit(threads);
         bool const isSame = outcome(read(text)) == expected;
         EXPECT_TRUE(isSame) << threads << " threads; with one: " << expected.substr(0, 200);
