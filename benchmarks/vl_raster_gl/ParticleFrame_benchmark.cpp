@@ -48,6 +48,25 @@ constexpr Color4<float> BLUE{0, 0, 1, 1};
 constexpr Color4<float> RED{1, 0, 0, 1};
 constexpr Color4<float> WHITE{1, 1, 1, 1};
 
+template <class Draw>
+void frame(Draw const& draw) {
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    draw();
+    glFinish();
+}
+
+/// Times frames that the library draws and the same drawn by hand.
+template <class Library, class ByHand>
+void timeFrames(benchmark::State& state, Library const& drawByLibrary, ByHand const& drawByHand) {
+    PairTiming timing(FRAMES_PER_ROUND);
+    timing.run(
+        state, [&](unsigned int const&) { frame(drawByLibrary); },
+        [&](unsigned int const&) { frame(drawByHand); });
+    state.counters["library_ms"] = timing.librarySecondsPerRound() * 1e3 / FRAMES_PER_ROUND;
+    state.counters["other_ms"] = timing.otherSecondsPerRound() * 1e3 / FRAMES_PER_ROUND;
+    state.counters["library/by_hand"] = timing.ratio();
+}
+
 void StaticFrame(benchmark::State& state) {
     OffscreenContext const context({SIDE, SIDE});
     if (!context.isValid()) {
@@ -61,11 +80,6 @@ void StaticFrame(benchmark::State& state) {
     Particles_RL_GL_v2 particles;
     particles.init();
     glEnable(GL_DEPTH_TEST);
-    auto const frame = [](auto const& draw) {
-        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-        draw();
-        glFinish();
-    };
     auto const drawByLibrary = [&] {
         particles.render(system, false, false, 1, 0, 1, BLUE, RED, WHITE, 1, 1, 100, true, true,
                          Particles_RL_GL_v2::RenderMagnitude::LENGTH);
@@ -78,13 +92,7 @@ void StaticFrame(benchmark::State& state) {
         state.SkipWithError("the pictures differ");
         return;
     }
-    PairTiming timing(FRAMES_PER_ROUND);
-    timing.run(
-        state, [&](unsigned int const&) { frame(drawByLibrary); },
-        [&](unsigned int const&) { frame([&] { byHand.draw(); }); });
-    state.counters["library_ms"] = timing.librarySecondsPerRound() * 1e3 / FRAMES_PER_ROUND;
-    state.counters["other_ms"] = timing.otherSecondsPerRound() * 1e3 / FRAMES_PER_ROUND;
-    state.counters["library/by_hand"] = timing.ratio();
+    timeFrames(state, drawByLibrary, [&] { byHand.draw(); });
     particles.clear();
     particles.releaseEffects();
 }
@@ -210,11 +218,6 @@ void SphereFrame(benchmark::State& state) {
     glFrustum(-0.5, 0.5, -0.5, 0.5, 1, 10);
     glMatrixMode(GL_MODELVIEW);
     glTranslatef(0, 0, -3);
-    auto const frame = [](auto const& draw) {
-        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-        draw();
-        glFinish();
-    };
     auto const drawByLibrary = [&] {
         particles.render(system, false, false, 1, 0, 1, BLUE, RED, WHITE, DIAMETER, 1, 100, true, true,
                          Particles_RL_GL_v2::RenderMagnitude::LENGTH);
@@ -227,13 +230,7 @@ void SphereFrame(benchmark::State& state) {
         state.SkipWithError("the pictures differ");
         return;
     }
-    PairTiming timing(FRAMES_PER_ROUND);
-    timing.run(
-        state, [&](unsigned int const&) { frame(drawByLibrary); },
-        [&](unsigned int const&) { frame([&] { byHand.draw(); }); });
-    state.counters["library_ms"] = timing.librarySecondsPerRound() * 1e3 / FRAMES_PER_ROUND;
-    state.counters["other_ms"] = timing.otherSecondsPerRound() * 1e3 / FRAMES_PER_ROUND;
-    state.counters["library/by_hand"] = timing.ratio();
+    timeFrames(state, drawByLibrary, [&] { byHand.draw(); });
     particles.clear();
     particles.releaseEffects();
 }

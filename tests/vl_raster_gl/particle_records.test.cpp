@@ -65,17 +65,20 @@ bool areSame(float a, float b) {
     return bits[0] == bits[1] || (std::isnan(a) && std::isnan(b));
 }
 
+/// A formula whose numbers all differ.
+constexpr RecordFormula FORMULA{RecordColor::CONSTANT,
+                                {0.5F, -1, 2},
+                                {0.1F, 0.9F, -0.2F},
+                                {0.7F, -0.6F, 1.5F},
+                                {1.5F, 0.25F, 0.75F},
+                                0.5F,
+                                2.5F,
+                                2};
+
 /// Compares what a writer and the plain one make of the same particles, with every color and placing of the records.
 void expectSameBits(RecordWriter const& writer, std::vector<float> const& positions,
                     std::vector<float> const& values, unsigned int const* offsets, std::size_t const& count) {
-    RecordFormula formula{RecordColor::CONSTANT,
-                          {0.5F, -1, 2},
-                          {0.1F, 0.9F, -0.2F},
-                          {0.7F, -0.6F, 1.5F},
-                          {1.5F, 0.25F, 0.75F},
-                          0.5F,
-                          2.5F,
-                          2};
+    RecordFormula formula = FORMULA;
     for (int source = 0; source <= static_cast<int>(RecordColor::TRUNCATED_SCALAR); ++source) {
         formula.source = static_cast<RecordColor>(source);
         for (std::size_t const shift : {0U, 1U, 2U, 4U, 6U}) {
@@ -310,14 +313,7 @@ private:
 
 TEST_P(ManyParticles_test, recordsAreThoseOfOneParticleAfterTheOther) {
     ASSERT_GT(system.size(), MOST_ON_ONE_THREAD);
-    RecordFormula formula{RecordColor::LENGTH,
-                          {0.5F, -1, 2},
-                          {0.1F, 0.9F, -0.2F},
-                          {0.7F, -0.6F, 1.5F},
-                          {1.5F, 0.25F, 0.75F},
-                          0.5F,
-                          2.5F,
-                          2};
+    RecordFormula formula = FORMULA;
     unsigned int shift = 0;  // floats, of the first record behind a line of the cache
     for (RecordColor const source : {RecordColor::CONSTANT, RecordColor::LENGTH, RecordColor::SCALAR}) {
         formula.source = source;
