@@ -224,6 +224,9 @@ public:
         if (hasLostMorphs) {
             collected.notes.emplace_back("morph targets are not shown");
         }
+        if (hasBrightColors) {
+            collected.notes.emplace_back("colors of vertices above 1 are shown as 1");
+        }
         return true;
     }
 
@@ -291,8 +294,9 @@ private:
         return true;
     }
 
-    Color4<float> _vertexColor(aiMesh const& mesh, unsigned int v, Color4<float> const& surface) const {
+    Color4<float> _vertexColor(aiMesh const& mesh, unsigned int v, Color4<float> const& surface) {
         aiColor4D const& c = mesh.mColors[0][v];
+        hasBrightColors = hasBrightColors || c.r > 1 || c.g > 1 || c.b > 1;
         Color4<float> color = colorOf(c.r, c.g, c.b, c.a);
         if (multipliesVertexColors(scene, mesh.mMaterialIndex)) {
             bool const isSolid = collected.materials[mesh.mMaterialIndex].alphaMode == AlphaMode::SOLID;
@@ -375,6 +379,7 @@ private:
     Lacks const lacks;
     MeshData collected;
     bool hasLostMorphs = false;
+    bool hasBrightColors = false;
     bool hasNormals = false;
     bool hasTextureCoordinates = false;
 };

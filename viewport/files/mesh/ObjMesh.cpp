@@ -27,7 +27,8 @@ namespace vellum::viewport {
 namespace {
 
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
-constexpr float NO_COLOR = -1;  // red of a vertex without a color
+constexpr float NO_COLOR = -1;         // red of a vertex without a color
+constexpr double LARGEST_PART = 1e30;  // of a color, before it is scaled
 
 /// What an index of a corner names.
 enum Kind { POSITION, TEXTURE, NORMAL, KIND_COUNT };
@@ -351,7 +352,9 @@ private:
                                                                       : Vector2<float>{0, 0});
     }
 
-    static float _part(double value) { return value > 0 ? static_cast<float>(std::min(value, 1.0)) : 0.0F; }
+    static float _part(double value) {
+        return value > 0 ? static_cast<float>(std::min(value, LARGEST_PART)) : 0.0F;
+    }
 
     // == Elements ==
 
@@ -545,7 +548,36 @@ private:
         return true;
     }
 
+    /// Colors go from 0 to 1, or to 255 where all are whole numbers and some are above 1.
+    void _scaleColors() {
+        constexpr float LARGEST_BYTE = 255;
+        float most = 0;
+        bool areWhole = true;
+        for (Color4<float> const& color : lists.colors) {
+            most = std::max({most, color.r, color.g, color.b});
+            for (float const part : {color.r, color.g, color.b, color.a}) {
+                areWhole = areWhole && part == std::floor(part);
+            }
+        }
+        if (most <= 1) {
+            return;
+        }
+        bool const areBytes = areWhole && most <= LARGEST_BYTE;
+        for (Color4<float>& color : lists.colors) {
+            if (color.r != NO_COLOR) {
+                float const opacityScale = areBytes && color.a > 1 ? LARGEST_BYTE : 1;
+                float const scale = areBytes ? LARGEST_BYTE : 1;
+                color = {std::min(color.r / scale, 1.0F), std::min(color.g / scale, 1.0F),
+                         std::min(color.b / scale, 1.0F), std::min(color.a / opacityScale, 1.0F)};
+            }
+        }
+        if (!areBytes) {
+            mesh.notes.emplace_back("colors of vertices above 1 are shown as 1");
+        }
+    }
+
     void _buildColors() {
+        _scaleColors();
         std::vector<Color4<float>> const ofMaterials = materials.colors();
         mesh.colors.reserve(table.size());
         for (std::size_t i = 0; i < table.size(); ++i) {

@@ -161,6 +161,7 @@ TEST_F(AssimpImport_test, colorsOfPointsAreNumbersFromZeroToOne) {
     EXPECT_EQ(mesh.colors[0], (Color4<float>{0, 0.5F, 1, 1}));
     EXPECT_EQ(mesh.colors[1], (Color4<float>{1, 0, 0.25F, 1}));
     EXPECT_EQ(mesh.colors[2], (Color4<float>{1, 0, 1, 1}));
+    EXPECT_EQ(mesh.notes, (std::vector<std::string>{"colors of vertices above 1 are shown as 1"}));
 }
 
 // == Bones and movements ==

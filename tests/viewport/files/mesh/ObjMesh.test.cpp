@@ -119,6 +119,20 @@ TEST(ObjMesh, verticesMayHaveColors) {
     EXPECT_EQ(mesh.positions[3], (Point{1, 1, 0}));
 }
 
+TEST(ObjMesh, colorsOfWholeNumbersAboveOneAreBytes) {
+    MeshData const mesh =
+        read("v 0 0 0 255 0 51\nv 1 0 0 0 255 0 51\nv 0 1 0 0 0 255\nv 1 1 0\nf 1 2 3\nf 4 3 2\n");
+    EXPECT_THAT(mesh.colors,
+                ElementsAre(Color{1, 0, 0.2F, 1}, Color{0, 1, 0, 0.2F}, Color{0, 0, 1, 1}, DEFAULT));
+    EXPECT_THAT(mesh.notes, IsEmpty());
+}
+
+TEST(ObjMesh, otherColorsAboveOneAreShownAsOne) {
+    MeshData const mesh = read("v 0 0 0 2 0.5 0\nv 1 0 0 0 1 0\nv 0 1 0 1e300 -1 nan\nf 1 2 3\n");
+    EXPECT_THAT(mesh.colors, ElementsAre(Color{1, 0.5F, 0, 1}, Color{0, 1, 0, 1}, Color{1, 0, 0, 1}));
+    EXPECT_THAT(mesh.notes, ElementsAre("colors of vertices above 1 are shown as 1"));
+}
+
 TEST(ObjMesh, normalsWithoutADirectionAreMissing) {
     for (char const* const normal : {"0 0 0", "nan 0 1", "1e300 1e300 0", "x"}) {
         EXPECT_TRUE(read(square + "vn " + normal + "\nf 1//1 2//1 3//1\n").normals.empty()) << normal;
