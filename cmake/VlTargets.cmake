@@ -46,12 +46,24 @@ function(vl_defaults target)
   if(VL_PRECOMPILE_HEADERS AND NOT VL_IS_TEST_CODE)
     _vl_precompile_headers(${target})
   endif()
+  if(VL_JOIN_SOURCES AND NOT VL_IS_TEST_CODE)
+    # As many at once as halve the time; of more, the last ones of a target would keep a core idle.
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+  endif()
   if(VL_SANITIZE)
     target_link_options(${target} PRIVATE -fsanitize=${VL_SANITIZE})
   endif()
   if(VL_COVERAGE)
     target_compile_options(${target} PRIVATE --coverage)
     target_link_options(${target} PRIVATE --coverage)
+  endif()
+endfunction()
+
+# vl_unoptimized(source...): sources whose templates take long to optimize and gain nothing. Joined sources have one set of
+# options; they are not optimized anyway, see VL_SANITIZE.
+function(vl_unoptimized)
+  if(NOT VL_JOIN_SOURCES)
+    set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS -O0)
   endif()
 endfunction()
 

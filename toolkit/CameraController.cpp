@@ -2,6 +2,7 @@
 
 #include "foundation/geometry/constants.h"
 #include "toolkit/Framing.h"
+#include "toolkit/internal/framing_rules.h"
 
 #include <algorithm>
 #include <cmath>
@@ -28,8 +29,7 @@ constexpr double SMALLEST = 1e-15;
 // Of the position: drivers take the sides of a box in single precision, and a box of no width is an error of GL.
 constexpr double SMALLEST_PART = 1e-6;
 
-constexpr double SMALLEST_NEAR_PART = 1.0 / 2000;  // of the far distance, for the sake of depth precision
-constexpr double SLACK = 0.01;                     // keeps the outermost points from being cut by rounding
+constexpr double SLACK = 0.01;  // keeps the outermost points from being cut by rounding
 
 // Below this part of a length, what is across it is rounding.
 constexpr double ROUNDING = 1e-9;
@@ -54,10 +54,6 @@ double smallestHalfHeight(Point const& middle) {
 Box3<double> ordered(Box3<double> const& box) {
     return {{std::min(box.min.x, box.max.x), std::min(box.min.y, box.max.y), std::min(box.min.z, box.max.z)},
             {std::max(box.min.x, box.max.x), std::max(box.min.y, box.max.y), std::max(box.min.z, box.max.z)}};
-}
-
-Point centerOf(Box3<double> const& box) {
-    return box.min * 0.5 + box.max * 0.5;
 }
 
 }  // namespace

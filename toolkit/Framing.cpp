@@ -1,6 +1,7 @@
 #include "toolkit/Framing.h"
 
 #include "foundation/geometry/constants.h"
+#include "toolkit/internal/framing_rules.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,13 +14,6 @@ namespace {
 using constants::d::PI;
 
 using Point = Vector3<double>;
-
-/// The near plane is at least this part of the far one: 24 bits of depth still tell surfaces apart then.
-constexpr double SMALLEST_NEAR_PART = 1.0 / 2000;
-
-Point centerOf(Box3<double> const& box) {
-    return box.min * 0.5 + box.max * 0.5;
-}
 
 /// The box itself, or one of size 1 around it where it has no size to be framed by.
 Box3<double> framable(Box3<double> const& box) {

@@ -15,7 +15,7 @@ namespace {
 using index_02::ui32::NEXT_CIRCULAR;
 using index_02::ui32::PREV_CIRCULAR;
 
-constexpr std::size_t RANGE = 1 << 13;  // triangles or vertices
+constexpr std::size_t NORMALS_AT_ONCE = 1 << 13;  // triangles or vertices
 
 /// The unit normal of a triangle and the angles at its corners; all zero for a triangle without area.
 struct Face {
@@ -85,7 +85,7 @@ Vector3<float> asUnit(Vector3<double> const& sum) {
 std::unique_ptr<Face[]> facesOf(Surface const& surface, Color4<float>* faceNormals) {
     // Written before it is read, so not filled.
     std::unique_ptr<Face[]> faces(new Face[surface.count]);
-    forRanges(surface.count, RANGE, [&](std::size_t begin, std::size_t end) {
+    forRanges(surface.count, NORMALS_AT_ONCE, [&](std::size_t begin, std::size_t end) {
         for (std::size_t t = begin; t < end; ++t) {
             faces[t] = faceOf(surface.positions, surface.corners(t));
             faceNormals[t] = asRecord(faces[t].normal);
@@ -146,7 +146,7 @@ public:
     /// \return how many normals there are
     unsigned int number(unsigned int const* adjacency, Color4<float> const* faceNormals, Face const* faces,
                         double leastCosine) {
-        forRanges(surface.vertexCount, RANGE, [&](std::size_t begin, std::size_t end) {
+        forRanges(surface.vertexCount, NORMALS_AT_ONCE, [&](std::size_t begin, std::size_t end) {
             for (std::size_t vertex = begin; vertex < end; ++vertex) {
                 _unite(vertex, adjacency, faceNormals, leastCosine);
                 _choose(vertex, faces);
@@ -210,13 +210,14 @@ private:
     /// \return how many there are
     unsigned int _numberFurther() {
         std::size_t const count = std::size_t{surface.count} * 3;
-        std::vector<unsigned int> firsts(count / RANGE + 1, 0);  // by range: the number of its first set
+        std::vector<unsigned int> firsts(count / NORMALS_AT_ONCE + 1,
+                                         0);  // by range: the number of its first set
         auto const isRoot = [&](std::size_t corner) {
             return owners[corner] == FURTHER && sets.root(static_cast<unsigned int>(corner)) == corner;
         };
-        forRanges(count, RANGE, [&](std::size_t begin, std::size_t end) {
+        forRanges(count, NORMALS_AT_ONCE, [&](std::size_t begin, std::size_t end) {
             for (std::size_t corner = begin; corner < end; ++corner) {
-                firsts[begin / RANGE] += isRoot(corner) ? 1 : 0;
+                firsts[begin / NORMALS_AT_ONCE] += isRoot(corner) ? 1 : 0;
             }
         });
         unsigned int total = 0;
@@ -228,15 +229,15 @@ private:
             return 0;
         }
         // The roots first, each in its place, then all others ask their root.
-        forRanges(count, RANGE, [&](std::size_t begin, std::size_t end) {
-            unsigned int next = surface.vertexCount + firsts[begin / RANGE];
+        forRanges(count, NORMALS_AT_ONCE, [&](std::size_t begin, std::size_t end) {
+            unsigned int next = surface.vertexCount + firsts[begin / NORMALS_AT_ONCE];
             for (std::size_t corner = begin; corner < end; ++corner) {
                 if (isRoot(corner)) {
                     normals[corner] = next++;
                 }
             }
         });
-        forRanges(count, RANGE, [&](std::size_t begin, std::size_t end) {
+        forRanges(count, NORMALS_AT_ONCE, [&](std::size_t begin, std::size_t end) {
             for (std::size_t corner = begin; corner < end; ++corner) {
                 if (owners[corner] == FURTHER) {
                     unsigned int const root = sets.root(static_cast<unsigned int>(corner));
@@ -260,7 +261,7 @@ private:
 }  // namespace
 
 void fillFaceNormals(Surface const& surface, Color4<float>* faceNormals) {
-    forRanges(surface.count, RANGE, [&](std::size_t begin, std::size_t end) {
+    forRanges(surface.count, NORMALS_AT_ONCE, [&](std::size_t begin, std::size_t end) {
         for (std::size_t t = begin; t < end; ++t) {
             faceNormals[t] = asRecord(unitNormal(surface.positions, surface.corners(t)));
         }
@@ -271,7 +272,7 @@ std::vector<Vector3<float>> sumAroundVertices(Surface const& surface, VertexCorn
                                               Color4<float>* faceNormals) {
     std::unique_ptr<Face[]> const faces = facesOf(surface, faceNormals);
     std::vector<Vector3<float>> normals(surface.vertexCount);
-    forRanges(surface.vertexCount, RANGE, [&](std::size_t begin, std::size_t end) {
+    forRanges(surface.vertexCount, NORMALS_AT_ONCE, [&](std::size_t begin, std::size_t end) {
         for (std::size_t vertex = begin; vertex < end; ++vertex) {
             Vector3<double> sum{0, 0, 0};
             for (unsigned int const* corner = corners.begin(vertex); corner != corners.end(vertex);
@@ -292,7 +293,7 @@ std::vector<Vector3<float>> sumAroundSets(Surface const& surface, VertexCorners 
                                    .number(adjacency, faceNormals, faces.get(), leastCosine);
     std::vector<Vector3<float>> normals(count);
     std::vector<Vector3<double>> further(count - surface.vertexCount, Vector3<double>{0, 0, 0});
-    forRanges(surface.vertexCount, RANGE, [&](std::size_t begin, std::size_t end) {
+    forRanges(surface.vertexCount, NORMALS_AT_ONCE, [&](std::size_t begin, std::size_t end) {
         for (std::size_t vertex = begin; vertex < end; ++vertex) {
             Vector3<double> own{0, 0, 0};
             for (unsigned int const* corner = corners.begin(vertex); corner != corners.end(vertex);
@@ -304,7 +305,7 @@ std::vector<Vector3<float>> sumAroundSets(Surface const& surface, VertexCorners 
             normals[vertex] = asUnit(own);
         }
     });
-    forRanges(further.size(), RANGE, [&](std::size_t begin, std::size_t end) {
+    forRanges(further.size(), NORMALS_AT_ONCE, [&](std::size_t begin, std::size_t end) {
         for (std::size_t i = begin; i < end; ++i) {
             normals[surface.vertexCount + i] = asUnit(further[i]);
         }

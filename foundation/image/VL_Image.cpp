@@ -17,7 +17,6 @@ namespace vellum {
 
 namespace {
 
-constexpr std::uint64_t LARGEST_SIDE = 16384;
 constexpr std::uint64_t MOST_PIXELS = std::uint64_t{256} << 20;
 constexpr std::uint64_t MOST_BYTES = std::uint64_t{1} << 30;
 
@@ -122,8 +121,8 @@ bool VL_Image::create(unsigned int const& width, unsigned int const& height, uns
     unsigned int const newBits = bitsPerChannel;
     destroy();
 
-    if (newWidth == 0 || newHeight == 0 || newWidth > LARGEST_SIDE || newHeight > LARGEST_SIDE ||
-        newWidth * newHeight > MOST_PIXELS) {
+    if (newWidth == 0 || newHeight == 0 || newWidth > image_decoders::LARGEST_SIDE ||
+        newHeight > image_decoders::LARGEST_SIDE || newWidth * newHeight > MOST_PIXELS) {
         return false;
     }
     if (newChannels < 1 || newChannels > 4 || (newBits != 8 && newBits != 16 && newBits != 32)) {

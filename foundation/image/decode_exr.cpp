@@ -22,7 +22,6 @@ namespace vellum::image_decoders {
 
 namespace {
 
-constexpr std::int64_t LARGEST_SIDE = 16384;
 constexpr std::int64_t LARGEST_WORKSPACE = std::int64_t{1} << 30;   // bytes
 constexpr std::int64_t MOST_LINES_IN_BLOCK = 256;                   // DWAB; all others have fewer
 constexpr std::size_t LARGEST_CHANNEL_LIST = std::size_t{1} << 20;  // bytes

@@ -46,18 +46,18 @@ void ignore(j_common_ptr) {}
 
 // libjpeg reports errors by a jump, which must not skip a destructor. So each step is a method with no such
 // locals, and the memory of the steps is held outside them.
-class Reader {
+class JpegReader {
 public:
-    Reader() {
+    JpegReader() {
         codec.err = jpeg_std_error(&errors.base);
         errors.base.error_exit = fail;
         errors.base.emit_message = failOnDamage;
         errors.base.output_message = ignore;
         progress.progress_monitor = failOnManyScans;
     }
-    Reader(Reader const&) = delete;
-    Reader& operator=(Reader const&) = delete;
-    ~Reader() { jpeg_destroy_decompress(&codec); }
+    JpegReader(JpegReader const&) = delete;
+    JpegReader& operator=(JpegReader const&) = delete;
+    ~JpegReader() { jpeg_destroy_decompress(&codec); }
 
     bool readHeader(std::FILE* file) {
         if (setjmp(errors.landing) != 0) {
@@ -115,7 +115,7 @@ private:
 }  // namespace
 
 bool decodeJpeg(std::FILE* file, VL_Image& image) {
-    Reader reader;
+    JpegReader reader;
     if (!reader.readHeader(file) || !image.create(reader.width(), reader.height(), 3, 8)) {
         return false;
     }

@@ -10,7 +10,6 @@ namespace vellum::image_decoders {
 
 namespace {
 
-constexpr png_uint_32 LARGEST_SIDE = 16384;
 // Texts and the like are not read out; no more of them than this are kept in memory meanwhile.
 constexpr png_uint_32 MOST_KEPT_CHUNKS = 16;
 
@@ -22,12 +21,12 @@ void ignore(png_structp, png_const_charp) {}
 
 // libpng reports errors by a jump, which must not skip a destructor. So each step is a method with no such
 // locals, and the memory of the steps is held outside them.
-class Reader {
+class PngReader {
 public:
-    Reader() = default;
-    Reader(Reader const&) = delete;
-    Reader& operator=(Reader const&) = delete;
-    ~Reader() { png_destroy_read_struct(&png, &info, nullptr); }
+    PngReader() = default;
+    PngReader(PngReader const&) = delete;
+    PngReader& operator=(PngReader const&) = delete;
+    ~PngReader() { png_destroy_read_struct(&png, &info, nullptr); }
 
     bool readHeader(std::FILE* file) {
         png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, fail, ignore);
@@ -74,7 +73,7 @@ private:
 }  // namespace
 
 bool decodePng(std::FILE* file, VL_Image& image) {
-    Reader reader;
+    PngReader reader;
     if (!reader.readHeader(file) ||
         !image.create(reader.width(), reader.height(), reader.channels(), reader.bits())) {
         return false;

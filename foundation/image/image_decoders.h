@@ -14,6 +14,8 @@ class VL_Image;
 
 namespace image_decoders {
 
+constexpr unsigned int LARGEST_SIDE = 16384;  ///< of an image, pixels
+
 bool decodePng(std::FILE* file, VL_Image& image);   ///< By libpng.
 bool decodeJpeg(std::FILE* file, VL_Image& image);  ///< By libjpeg-turbo.
 bool decodeExr(std::FILE* file, VL_Image& image);   ///< By OpenEXR.

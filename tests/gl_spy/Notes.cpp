@@ -68,7 +68,7 @@ bool takesBoolean(GLenum parameter) {
     return parameter == GL_COORD_REPLACE || parameter == GL_GENERATE_MIPMAP;
 }
 
-std::string quoted(std::string const& text) {
+std::string inQuotes(std::string const& text) {
     std::string result = "\"";
     for (char const c : text) {
         if (c == '\n') {
@@ -155,7 +155,7 @@ std::string parameterName(GLenum parameter, double value) {
 void Notes::strings(std::vector<std::string> const& texts, bool isArray) {
     std::string list;
     for (std::string const& text : texts) {
-        list += (list.empty() ? "" : ", ") + quoted(text);
+        list += (list.empty() ? "" : ", ") + inQuotes(text);
         _call.strings.push_back(text);
     }
     _call.arguments.push_back(isArray ? "{" + list + "}" : list);

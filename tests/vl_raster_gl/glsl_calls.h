@@ -35,7 +35,7 @@ inline std::string paired(std::string const& name, unsigned int program, unsigne
 }
 
 /// A string argument as calls show it: quoted and escaped.
-inline std::string quoted(std::string const& text) {
+inline std::string inQuotes(std::string const& text) {
     std::string result = "\"";
     for (char const c : text) {
         if (c == '\n') {
@@ -53,7 +53,7 @@ inline std::string quoted(std::string const& text) {
 inline Texts variantMade(unsigned int shader, std::string const& type, std::string const& text) {
     std::string const id = std::to_string(shader);
     return {"glCreateShader(" + type + ")",
-            "glShaderSource(" + id + ", 1, {" + quoted(text) + "}, null)",
+            "glShaderSource(" + id + ", 1, {" + inQuotes(text) + "}, null)",
             "glCompileShader(" + id + ")",
             "glGetShaderiv(" + id + ", GL_COMPILE_STATUS, pointer)",
             "glGetShaderiv(" + id + ", GL_COMPILE_STATUS, pointer)",
@@ -63,7 +63,7 @@ inline Texts variantMade(unsigned int shader, std::string const& type, std::stri
 /// Looks a uniform up and sends it, for example by the call "glUniform1fv" with "1, {2}" behind its location.
 inline Texts uniformSent(unsigned int program, std::string const& name, unsigned int location,
                          std::string const& call, std::string const& values) {
-    return {"glGetUniformLocation(" + std::to_string(program) + ", " + quoted(name) + ")",
+    return {"glGetUniformLocation(" + std::to_string(program) + ", " + inQuotes(name) + ")",
             call + "(" + std::to_string(location) + ", " + values + ")"};
 }
 

@@ -3,6 +3,7 @@
 #include "foundation/geometry/ParticleSystemChunk_v2.h"
 #include "foundation/raster/Core_RL.h"
 #include "toolkit/internal/FixedPass.h"
+#include "toolkit/internal/ParticleRamps.h"
 #include "toolkit/internal/colored_effects.h"
 #include "toolkit/internal/particle_values.h"
 
@@ -19,8 +20,6 @@
 namespace vellum::toolkit {
 
 namespace {
-
-constexpr unsigned int POSITIONS = 0;
 
 // Not all memory: other buffers and the pictures need some.
 constexpr unsigned int RESERVED_KILOBYTES = 25 * 1024;
@@ -41,7 +40,7 @@ void forEachDrawn(ParticleSystem_v2 const& system, float percent, Visit const& v
     EvenChoice choice(system.size(), drawnOf(system.size(), percent));
     for (ParticleSystemChunk_v2 const* chunk = system.firstChunk(); chunk != nullptr; chunk = chunk->next()) {
         auto const visitSlot = visit(*chunk);
-        Vector3<float> const* const positions = chunk->channelData(POSITIONS)->asVectors();
+        Vector3<float> const* const positions = chunk->channelData(ParticleRamps::POSITIONS)->asVectors();
         for (unsigned int slot = 0; slot < chunk->count(); ++slot) {
             if (choice.takesNext() && isFinite(positions[slot])) {
                 visitSlot(slot, positions[slot]);

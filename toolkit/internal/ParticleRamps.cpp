@@ -12,7 +12,6 @@ namespace vellum::toolkit {
 
 namespace {
 
-constexpr unsigned int POSITIONS = 0;
 constexpr unsigned int SHOWN = 1;
 constexpr float NOT_DRAWN = -1;
 
@@ -30,7 +29,7 @@ public:
             chunk = chunk->next();
             slot = 0;
         }
-        chunk->channelData(POSITIONS)->asVectors()[slot] = position;
+        chunk->channelData(ParticleRamps::POSITIONS)->asVectors()[slot] = position;
         chunk->channelData(SHOWN)->asVectors()[slot] = shown;
         ++slot;
     }

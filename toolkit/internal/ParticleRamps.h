@@ -38,6 +38,7 @@ struct ParticleRamp {
 /// steps. In both cases one more ramp of one color for those below the range and one for those above.
 class ParticleRamps {
 public:
+    static constexpr unsigned int POSITIONS = 0;  ///< the channel of the places
     static constexpr unsigned int MOST = 256;   ///< ramps that are blended; maps of more colors are resampled
     static constexpr unsigned int STEPS = 256;  ///< of arrows that are colored by a component
 

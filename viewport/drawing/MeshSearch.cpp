@@ -15,9 +15,7 @@ namespace {
 using Point = Vector3<double>;
 using OnScreen = ScreenPlace::Point;
 
-// Pixels from the point.
-constexpr double REACH = 2.5;
-constexpr double COVERED = 1.5;
+constexpr double COVERED = 1.5;  // pixels from the point
 
 /// So much deeper a thing may be than what hides it, since selection computes in single precision. Surfaces are drawn a
 /// little behind the lines that lie on them.
@@ -56,7 +54,7 @@ public:
         _crossTriangles();
         std::optional<Found> surface = _surface();
         bool const isCovered = samples.front().isCrossed && _isShown(samples.front().found);
-        double const reach = isCovered ? COVERED : REACH;
+        double const reach = isCovered ? COVERED : PICK_REACH;
         double const deepest = surface ? std::min(surface->depth + SLACK, most) : most;
         std::optional<Found> const above = _nearestMark(reach, deepest);
         return above ? above : surface;

@@ -19,7 +19,7 @@ using OnScreen = ScreenPlace::Point;
 constexpr double SAME_DEPTH = 1e-6;
 
 /// Shapes cover a pixel by the rules of OpenGL, which round: as many pixels more are looked at.
-constexpr double SLACK = 0.75;
+constexpr double MORE_PIXELS = 0.75;
 
 /// Where a shape covers the point.
 struct Cover {
@@ -73,7 +73,7 @@ bool isDrawnDirectly(toolkit::ParticleLook const& look) {
 class Points {
 public:
     Points(ParticleSystemChunk_v2 const& /*chunk*/, DrawnCloud const& drawn, ScreenPlace const& screen)
-        : screen(screen), reach(_size(drawn) / 2 + SLACK) {}
+        : screen(screen), reach(_size(drawn) / 2 + MORE_PIXELS) {}
 
     std::optional<Cover> at(unsigned int /*slot*/, Point const& p) const {
         double const most = reach * screen.w(p);
@@ -115,7 +115,7 @@ public:
         double const r = sizes != nullptr ? radius * static_cast<double>(sizes[slot]) : radius;
         double const side = r * pixels;
         double const w = screen.w(p);
-        double const reach = side + SLACK * w;
+        double const reach = side + MORE_PIXELS * w;
         double const x = screen.x(p);
         if (!(std::abs(x) <= reach)) {
             return std::nullopt;
@@ -151,7 +151,7 @@ public:
         , vectors(chunk.channelData(drawn.look.channel)->asVectors())
         , size(static_cast<double>(drawn.look.size))
         , pixels(size * screen.pixels())
-        , width(drawn.lineWidth / 2 + SLACK) {}
+        , width(drawn.lineWidth / 2 + MORE_PIXELS) {}
 
     std::optional<Cover> at(unsigned int slot, Point const& p) const {
         // Nothing of it is farther from the tail than its tip, and that no farther than the sum of its parts.
@@ -200,7 +200,7 @@ public:
         : screen(screen)
         , vectors(chunk.channelData(drawn.look.channel)->asVectors())
         , size(static_cast<double>(drawn.look.size))
-        , width(drawn.lineWidth / 2 + SLACK) {}
+        , width(drawn.lineWidth / 2 + MORE_PIXELS) {}
 
     std::optional<Cover> at(unsigned int slot, Point const& p) const {
         Point const along = convert<double>(vectors[slot]) * size;

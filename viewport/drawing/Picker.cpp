@@ -3,6 +3,7 @@
 #include "toolkit/pick.h"
 #include "viewport/drawing/MeshSearch.h"
 #include "viewport/drawing/ParticleSearch.h"
+#include "viewport/drawing/ScreenPlace.h"
 #include "viewport/drawing/layer/depth_modes.h"
 #include "viewport/drawing/view/ClipPlanes.h"
 #include "viewport/editing/ObjectTransform.h"
@@ -20,9 +21,8 @@ namespace {
 
 static_assert(FIRST_OBJECT_NAME >= GizmoDrawing::NAMES_END);
 
-constexpr double REACH = 2.5;  // pixels on each side of the pixel's center
-constexpr int BEYOND = 128;    // pixels; half of the largest point
-constexpr float NOTHING = 1;   // a depth buffer that is cleared
+constexpr int BEYOND = 128;   // pixels; half of the largest point
+constexpr float NOTHING = 1;  // a depth buffer that is cleared
 
 /// The view of an object that is moved, as seen from where it was.
 toolkit::View movedView(toolkit::View view, std::optional<Matrix4<double>> const& place) {
@@ -85,7 +85,7 @@ GizmoHandle Picker::pickHandle(PictureSize const& size, Pixel pixel) {
     glViewport(0, 0, size.width, size.height);
     camera.load(Region::whole(size));
     std::vector<toolkit::PickHit> const hits =
-        toolkit::pick(pixel.x + 0.5, pixel.y + 0.5, REACH, [&] { gizmo.drawForPicking(camera, size); });
+        toolkit::pick(pixel.x + 0.5, pixel.y + 0.5, PICK_REACH, [&] { gizmo.drawForPicking(camera, size); });
     auto const nearest =
         std::min_element(hits.begin(), hits.end(), [](toolkit::PickHit const& a, toolkit::PickHit const& b) {
             return a.depth < b.depth;
@@ -95,9 +95,9 @@ GizmoHandle Picker::pickHandle(PictureSize const& size, Pixel pixel) {
 
 /// Loads the view of the pixels within reach.
 toolkit::View Picker::_lookAround(PictureSize const& size, double x, double y) {
-    static_assert(SIDE == 2 * REACH);
+    static_assert(SIDE == 2 * PICK_REACH);
     glViewport(0, 0, SIDE, SIDE);
-    camera.load({x - REACH, size.height - y - REACH, SIDE, SIDE});
+    camera.load({x - PICK_REACH, size.height - y - PICK_REACH, SIDE, SIDE});
     return toolkit::View::current();
 }
 
@@ -105,7 +105,7 @@ std::vector<Picker::Hit> Picker::_selectModelsAndGizmo(PictureSize const& size, 
     glViewport(0, 0, size.width, size.height);
     camera.load(Region::whole(size));
     std::vector<Hit> hits;
-    for (toolkit::PickHit const& hit : toolkit::pick(x, y, REACH, [&] { _drawModelsAndGizmo(size); })) {
+    for (toolkit::PickHit const& hit : toolkit::pick(x, y, PICK_REACH, [&] { _drawModelsAndGizmo(size); })) {
         hits.push_back({hit.name, hit.depth});
     }
     return hits;
@@ -132,7 +132,7 @@ std::vector<Picker::Hit> Picker::_drawClouds(PictureSize const& size, double x, 
     // Points are lost whose middle is outside of what is seen, and ends of lines are drawn otherwise: more is seen than read.
     constexpr int ALL = SIDE + 2 * BEYOND;
     glViewport(-BEYOND, -BEYOND, ALL, ALL);
-    camera.load({x - REACH - BEYOND, size.height - y - REACH - BEYOND, ALL, ALL});
+    camera.load({x - PICK_REACH - BEYOND, size.height - y - PICK_REACH - BEYOND, ALL, ALL});
     glScissor(0, 0, SIDE, SIDE);
     glEnable(GL_SCISSOR_TEST);
     // The samples of a pixel would be averaged when they are read.
@@ -167,15 +167,15 @@ std::optional<PickedParticle> Picker::_particleOf(Hit const& hit, PictureSize co
     double depth = 0;
     double least = std::numeric_limits<double>::infinity();
     for (int i = 0; i < SIDE * SIDE; ++i) {
-        double const across = i % SIDE + 0.5 - REACH;
-        double const down = REACH - (i / SIDE + 0.5);
+        double const across = i % SIDE + 0.5 - PICK_REACH;
+        double const down = PICK_REACH - (i / SIDE + 0.5);
         double const here = static_cast<double>(hit.depths[static_cast<std::size_t>(i)]);
         // The nearest of all is never hidden.
         bool const isShown = here < static_cast<double>(NOTHING) && (here <= most || here == hit.depth);
         if (isShown && std::hypot(across, down) < least) {
             least = std::hypot(across, down);
-            x = REACH + across;
-            y = REACH + down;
+            x = PICK_REACH + across;
+            y = PICK_REACH + down;
             depth = here;
         }
     }

@@ -8,6 +8,9 @@
 
 namespace vellum::viewport {
 
+/// How far from the middle of its pixel a click looks for something, pixels to each side.
+constexpr double PICK_REACH = 2.5;
+
 /// Where things are on the screen as seen from one of its points, in pixels. What is linear in a place comes before the
 /// division by `w`, which only the few things need that are near.
 ///

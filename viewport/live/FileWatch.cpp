@@ -1,5 +1,7 @@
 #include "viewport/live/FileWatch.h"
 
+#include "viewport/files/common/FileDescriptor.h"
+
 #include "viewport/files/common/InputFile.h"
 
 #include <array>
@@ -25,24 +27,6 @@ namespace {
 
 // Files are replaced by renaming as well, so their folders are watched.
 constexpr std::uint32_t EVENTS = IN_CLOSE_WRITE | IN_MODIFY | IN_MOVED_TO;
-
-/// A file descriptor that is closed at the end.
-class Descriptor {
-public:
-    explicit Descriptor(int number) : number(number) {}
-    ~Descriptor() {
-        if (number >= 0) {
-            close(number);
-        }
-    }
-    Descriptor(Descriptor const&) = delete;
-    Descriptor& operator=(Descriptor const&) = delete;
-
-    int get() const { return number; }
-
-private:
-    int number;
-};
 
 }  // namespace
 
@@ -134,8 +118,8 @@ private:
 
     std::function<void()> wake;
     int quietMilliseconds;
-    Descriptor events;
-    Descriptor end;
+    FileDescriptor events;
+    FileDescriptor end;
     std::mutex mutex;
     std::map<int, std::set<std::string>> folders;  // names of files, by the number of their folder's watch
     std::atomic<bool> isPending{false};

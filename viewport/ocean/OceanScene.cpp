@@ -1,6 +1,8 @@
 #include "viewport/ocean/OceanScene.h"
 
 #include "foundation/geometry/constants.h"
+#include "viewport/drawing/layer/depth_modes.h"
+#include "viewport/ocean/WaterSheet.h"
 #include "viewport/ocean/sea_parts.h"
 
 #include <algorithm>
@@ -18,17 +20,8 @@ constexpr double FIELD_OF_VIEW = 38;  // vertical, degrees
 constexpr double NEAREST = 0.3;
 constexpr double FARTHEST = 12'000;
 
-// The distance at which water and sky meet, and the size of triangles in relation to their distance.
+// The distance at which water and sky meet.
 constexpr double EDGE_OF_SEA = 9'000;
-constexpr double GROWTH = 0.0075;
-constexpr unsigned int COLUMNS = 320;
-
-constexpr DepthtTestMode DEPTH_IGNORED{DEPTH_TEST_OFF, false};
-constexpr DepthtTestMode DEPTH_TESTED_ONLY{DEPTH_LESS_OR_EQUAL, false};
-
-double radians(double degrees) {
-    return degrees * PI / 180;
-}
 
 /// The distances of the grid's rows from the viewer. They begin behind the viewer, as waves move the first rows forward.
 std::vector<double> rowDistances(double eyeHeight) {
@@ -37,7 +30,7 @@ std::vector<double> rowDistances(double eyeHeight) {
     double distance = -3 * eyeHeight - 6;
     while (distance < EDGE_OF_SEA) {
         distances.push_back(distance);
-        distance += std::max(step, GROWTH * distance);
+        distance += std::max(step, WaterSheet::GROWTH * distance);
     }
     distances.push_back(EDGE_OF_SEA);
     return distances;
@@ -74,11 +67,11 @@ std::unique_ptr<Mesh> OceanScene::water(double unit, double patch) const {
     std::vector<Point> points;
     for (double distance : rows) {
         double const halfWidth = std::max(leastWidth, 1.05 * widening * distance + leastWidth / 2);
-        for (unsigned int column = 0; column <= COLUMNS; ++column) {
-            points.push_back({halfWidth * (2.0 * column / COLUMNS - 1), 0, -distance});
+        for (unsigned int column = 0; column <= WaterSheet::COLUMNS; ++column) {
+            points.push_back({halfWidth * (2.0 * column / WaterSheet::COLUMNS - 1), 0, -distance});
         }
     }
-    return waterMesh(points, COLUMNS + 1, unit, patch);
+    return waterMesh(points, WaterSheet::COLUMNS + 1, unit, patch);
 }
 
 void OceanScene::drawSky(Core_RL& layer) const {

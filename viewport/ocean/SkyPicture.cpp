@@ -19,7 +19,7 @@ constexpr int WIDTH = 512;
 constexpr int HEIGHT = 256;
 
 constexpr Color ZENITH{0.10, 0.24, 0.52};
-constexpr Color HORIZON{0.80, 0.88, 0.95};
+constexpr Color AT_HORIZON{0.80, 0.88, 0.95};
 constexpr Color NEAR_GROUND{0.30, 0.28, 0.26};
 constexpr Color FAR_GROUND{0.10, 0.09, 0.09};
 constexpr Color WINDOW{1, 0.99, 0.95};
@@ -39,7 +39,7 @@ double windowAt(double x, double y) {
 /// \param x of the horizontal part of a direction in eye space, at unit length
 /// \param y of the direction itself, at unit length
 Color colorOf(double x, double y, bool isTowardViewer) {
-    Color const sky = blend(HORIZON, ZENITH, std::pow(std::max(y, 0.0), 0.55));
+    Color const sky = blend(AT_HORIZON, ZENITH, std::pow(std::max(y, 0.0), 0.55));
     Color const ground = blend(NEAR_GROUND, FAR_GROUND, std::min(1.0, -std::min(y, 0.0) * 1.6));
     Color const both = blend(ground, sky, smoothStep(-0.02, 0.02, y));
     return isTowardViewer ? blend(both, WINDOW, windowAt(x, y)) : both;

@@ -1,6 +1,7 @@
 #include "viewport/ocean/SurroundingSea.h"
 
 #include "foundation/geometry/constants.h"
+#include "viewport/drawing/layer/depth_modes.h"
 #include "viewport/ocean/sea_parts.h"
 
 #include <algorithm>
@@ -16,9 +17,6 @@ namespace {
 using Point = Vector3<double>;
 
 using constants::d::PI;
-
-constexpr DepthtTestMode DEPTH_IGNORED{DEPTH_TEST_OFF, false};
-constexpr DepthtTestMode DEPTH_TESTED_ONLY{DEPTH_LESS_OR_EQUAL, false};
 
 // Of a sea that is seen from a boat, meters.
 constexpr double HORIZON = 9000;

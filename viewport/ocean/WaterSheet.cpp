@@ -17,10 +17,7 @@ using constants::d::PI;
 
 constexpr Point UP{0, 1, 0};
 
-// The size of cells in relation to their distance, for a view of the usual width.
-constexpr double GROWTH = 0.0075;
 constexpr double USUAL_HALF_HEIGHT = 0.34;
-constexpr unsigned int COLUMNS = 320;
 constexpr unsigned int MOST_COLUMNS = 1000;
 constexpr unsigned int MOST_ROWS = 1200;
 
@@ -111,13 +108,13 @@ std::optional<WaterSheet> trapezoid(SeaView const& view, Ground const& ground, W
     double const margin = 1.5 * range.sideways + 0.1 * range.crest;
     std::vector<double> const rows =
         rowsBetween(std::min(start * 0.97, 0.5 * end) - margin, end, ground.height, growth);
-    WaterSheet sheet{COLUMNS + 1, {}, 0, 0};
+    WaterSheet sheet{WaterSheet::COLUMNS + 1, {}, 0, 0};
     sheet.points.reserve(rows.size() * sheet.columns);
     for (double const row : rows) {
         double const halfWidth = WIDENING * widening * std::max(row, 0.0) + margin;
-        for (unsigned int column = 0; column <= COLUMNS; ++column) {
+        for (unsigned int column = 0; column <= WaterSheet::COLUMNS; ++column) {
             sheet.points.push_back(ground.foot + ground.ahead * row +
-                                   ground.right * (halfWidth * (2.0 * column / COLUMNS - 1)));
+                                   ground.right * (halfWidth * (2.0 * column / WaterSheet::COLUMNS - 1)));
         }
     }
     return sheet;
@@ -127,8 +124,8 @@ std::optional<WaterSheet> trapezoid(SeaView const& view, Ground const& ground, W
 WaterSheet disc(SeaView const& view, Ground const& ground, WaterSheet::Range const& range, double growth) {
     double const reach = reachOf(borderRays(view), ground.height, range);
     double const angle = growth * std::hypot(ground.height, reach) / reach;
-    unsigned int const columns = static_cast<unsigned int>(
-        std::clamp(2 * PI / angle, static_cast<double>(COLUMNS), static_cast<double>(MOST_COLUMNS)));
+    unsigned int const columns = static_cast<unsigned int>(std::clamp(
+        2 * PI / angle, static_cast<double>(WaterSheet::COLUMNS), static_cast<double>(MOST_COLUMNS)));
     WaterSheet sheet{columns + 1, {}, 0, 0};
     for (double const radius : rowsBetween(0, reach, ground.height, growth)) {
         for (unsigned int column = 0; column <= columns; ++column) {
@@ -162,10 +159,11 @@ WaterSheet rectangle(SeaView const& view, Ground const& ground, WaterSheet::Rang
     double const first = isCut ? -NEAR_PART * range.depth : from;
     double const last = std::min(to, range.depth);
     double const side = dot(view.eye, ground.right);
-    WaterSheet sheet{COLUMNS + 1, {}, 0, 0};
+    WaterSheet sheet{WaterSheet::COLUMNS + 1, {}, 0, 0};
     auto const addRow = [&](double row, double y) {
-        for (unsigned int column = 0; column <= COLUMNS; ++column) {
-            double const along = side + (halfWidth * 1.02 + range.sideways) * (2.0 * column / COLUMNS - 1);
+        for (unsigned int column = 0; column <= WaterSheet::COLUMNS; ++column) {
+            double const along =
+                side + (halfWidth * 1.02 + range.sideways) * (2.0 * column / WaterSheet::COLUMNS - 1);
             sheet.points.push_back(ground.ahead * row + ground.right * along + Point{0, y, 0});
         }
     };
@@ -211,7 +209,7 @@ WaterSheet WaterSheet::of(SeaView const& view, Range const& range) {
     if (view.isParallel) {
         sheet = rectangle(view, ground, range);
     } else {
-        double const growth = GROWTH * std::clamp(view.halfHeight / USUAL_HALF_HEIGHT, 0.01, 1.0);
+        double const growth = WaterSheet::GROWTH * std::clamp(view.halfHeight / USUAL_HALF_HEIGHT, 0.01, 1.0);
         std::optional<WaterSheet> fan =
             seesStraightDown(view) ? std::nullopt : trapezoid(view, ground, range, growth);
         sheet = fan ? std::move(*fan) : disc(view, ground, range, growth);

@@ -31,6 +31,10 @@ Vector3<double> aheadOf(SeaView const& view);
 ///
 ///     WaterSheet const sheet = WaterSheet::of(view, {1.2, 0.8, 9000, 60});
 struct WaterSheet {
+    static constexpr double GROWTH =
+        0.0075;  ///< the size of cells by their distance, for a view of the usual width
+    static constexpr unsigned int COLUMNS = 320;  ///< cells of a row, alike
+
     /// How far the sea reaches, and how far its surface leaves the plane.
     struct Range {
         double crest;     ///< the highest wave

@@ -22,10 +22,6 @@ constexpr Point SKY_HORIZON{0.66, 0.73, 0.78};
 constexpr Point GLOW{1.0, 0.80, 0.52};
 constexpr Point DISC{1.0, 0.97, 0.88};
 
-double radians(double degrees) {
-    return degrees * PI / 180;
-}
-
 template <class T>
 Array<T> toArray(std::vector<T> const& values) {
     Array<T> array;
@@ -36,6 +32,10 @@ Array<T> toArray(std::vector<T> const& values) {
 }
 
 }  // namespace
+
+double radians(double degrees) {
+    return degrees * PI / 180;
+}
 
 Point seaDirection(double elevation, double azimuth) {
     double const e = radians(elevation);

@@ -11,6 +11,8 @@
 /// What all open seas are made of: the mesh of the water, the colors of the sky, and the sun. Up is +y.
 namespace vellum::viewport {
 
+double radians(double degrees);
+
 /// A direction by its angles, degrees: the elevation above the horizon, the azimuth from -z toward +x. Unit length.
 Vector3<double> seaDirection(double elevation, double azimuth);
 

@@ -9,7 +9,7 @@ namespace vellum::viewport {
 
 namespace {
 
-std::string line(std::string const& key, std::string const& value) {
+std::string entry(std::string const& key, std::string const& value) {
     return "  " + singleLine(key + ": " + value) + "\n";
 }
 
@@ -28,10 +28,10 @@ std::string text(std::string const& word) {
     return word;
 }
 
-std::string line(PickedValue const& value) {
+std::string entry(PickedValue const& value) {
     std::string const key = value.unit.empty() ? value.name : value.name + " [" + value.unit + "]";
     std::string const number = std::visit([](auto const& each) { return text(each); }, value.value);
-    return line(key, value.meaning.empty() ? number : number + " (" + value.meaning + ")");
+    return entry(key, value.meaning.empty() ? number : number + " (" + value.meaning + ")");
 }
 
 bool isSame(Vector3<double> const& a, Vector3<double> const& b) {
@@ -39,31 +39,31 @@ bool isSame(Vector3<double> const& a, Vector3<double> const& b) {
 }
 
 std::string describe(PickedParticle const& particle) {
-    std::string lines = line("particle", std::to_string(particle.index));
+    std::string lines = entry("particle", std::to_string(particle.index));
     if (particle.id) {
-        lines += line("id", text(*particle.id));
+        lines += entry("id", text(*particle.id));
     }
-    lines += line("position", text(particle.position));
+    lines += entry("position", text(particle.position));
     if (!isSame(particle.position, particle.shownAt)) {
-        lines += line("shown at", text(particle.shownAt));
+        lines += entry("shown at", text(particle.shownAt));
     }
     for (PickedValue const& value : particle.values) {
-        lines += line(value);
+        lines += entry(value);
     }
     return lines;
 }
 
 std::string describe(PickedElement const& element) {
     char const* const kinds[] = {"triangle", "line", "point"};
-    std::string lines = line(kinds[static_cast<int>(element.kind)], std::to_string(element.index));
-    lines += line("position", text(element.position));
-    lines += line("vertex", std::to_string(element.vertex));
-    lines += line("vertex position", text(element.vertexPosition));
+    std::string lines = entry(kinds[static_cast<int>(element.kind)], std::to_string(element.index));
+    lines += entry("position", text(element.position));
+    lines += entry("vertex", std::to_string(element.vertex));
+    lines += entry("vertex position", text(element.vertexPosition));
     if (!element.material.empty()) {
-        lines += line("material", element.material);
+        lines += entry("material", element.material);
     }
     for (PickedValue const& value : element.values) {
-        lines += line(value);
+        lines += entry(value);
     }
     return lines;
 }

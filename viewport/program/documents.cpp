@@ -29,7 +29,7 @@ std::string escaped(std::string const& text, std::string const& letters, char be
 }
 
 /// In single quotes for a shell of the POSIX kind.
-std::string quoted(std::string const& text) {
+std::string inQuotes(std::string const& text) {
     std::string result = "'";
     for (char const letter : text) {
         result += letter == '\'' ? std::string("'\\''") : std::string(1, letter);
@@ -134,7 +134,7 @@ std::string bashCompletion(std::vector<OptionEntry> const& table) {
             }
         } else if (!option.choices.empty()) {
             cases += "        " + option.name + ") COMPREPLY=($(compgen -W " +
-                     quoted(spaced(option.choices)) + " -- \"$word\")); return ;;\n";
+                     inQuotes(spaced(option.choices)) + " -- \"$word\")); return ;;\n";
         } else if (option.takesFile()) {
             files += (files.empty() ? "" : "|") + option.name;
         } else if (!option.type.empty()) {
@@ -155,7 +155,7 @@ std::string bashCompletion(std::vector<OptionEntry> const& table) {
            "    esac\n"
            "    case $word in\n"
            "        -*) COMPREPLY=($(compgen -W " +
-           quoted(spaced(names)) +
+           inQuotes(spaced(names)) +
            " -- \"$word\")) ;;\n"
            "        *) compopt -o filenames 2> /dev/null; COMPREPLY=($(compgen -f -- \"$word\")) ;;\n"
            "    esac\n"
@@ -182,9 +182,9 @@ std::string zshCompletion(std::vector<OptionEntry> const& table) {
         std::string const ending = option.isWordOptional ? "=-" : option.type.empty() ? "" : "=";
         std::string entry = isRepeated ? "*" : "";
         entry.append(option.name).append(ending).append(meaning).append(word);
-        text += "  " + quoted(entry) + " \\\n";
+        text += "  " + inQuotes(entry) + " \\\n";
         if (!option.shortName.empty()) {
-            text += "  " + quoted(option.shortName + meaning) + " \\\n";
+            text += "  " + inQuotes(option.shortName + meaning) + " \\\n";
         }
     }
     return text + "  '*:file:_files'\n";

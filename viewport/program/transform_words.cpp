@@ -19,7 +19,7 @@ Fault formFault(std::string const& word) {
         "of which no scale is 0");
 }
 
-std::string wordOf(Vector3<double> const& v) {
+std::string partsOf(Vector3<double> const& v) {
     return exactNumber(v.x) + "," + exactNumber(v.y) + "," + exactNumber(v.z);
 }
 
@@ -50,8 +50,8 @@ std::optional<Fault> readTransform(std::string const& word, GivenTransforms& tra
 }
 
 std::string transformWord(std::size_t object, ObjectTransform const& transform) {
-    return std::to_string(object + 1) + ":" + wordOf(transform.translation) + ":" +
-           wordOf(transform.rotation.toDegrees()) + ":" + wordOf(transform.scale);
+    return std::to_string(object + 1) + ":" + partsOf(transform.translation) + ":" +
+           partsOf(transform.rotation.toDegrees()) + ":" + partsOf(transform.scale);
 }
 
 std::optional<Fault> transformFault(GivenTransforms const& transforms, Scene const& scene) {

@@ -90,7 +90,7 @@ private:
 };
 
 /// A word of a file for messages: in quotes, and shortened where it is long.
-inline std::string quoted(std::string_view word) {
+inline std::string inQuotes(std::string_view word) {
     constexpr std::size_t LONGEST = 32;
     return word.size() <= LONGEST ? "'" + std::string(word) + "'"
                                   : "'" + std::string(word.substr(0, LONGEST)) + "...'";

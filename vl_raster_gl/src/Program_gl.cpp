@@ -12,13 +12,13 @@
 #include <string_view>
 
 #include "internal/gl_api.h"
+#include "internal/info_log.h"
 
 namespace vellum {
 
 namespace {
 
-constexpr GLsizei LOG_LENGTH = 4096;  // characters, with the terminating zero
-constexpr int LARGEST_SIZE = 4;       // of vectors and matrices
+constexpr int LARGEST_SIZE = 4;  // of vectors and matrices
 static_assert(sizeof(int) == sizeof(std::uint32_t) && sizeof(float) == sizeof(std::uint32_t),
               "uniforms are 32-bit values");
 

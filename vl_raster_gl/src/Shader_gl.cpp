@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "internal/gl_api.h"
+#include "internal/info_log.h"
 
 namespace vellum {
 
@@ -18,7 +19,6 @@ namespace {
 
 constexpr std::size_t LONGEST_FILE = std::size_t{16} << 20;  // bytes; far above any shader
 constexpr std::size_t MOST_DEFINITIONS = 20;                 // 2^20 variants; more would exhaust memory
-constexpr GLsizei LOG_LENGTH = 4096;                         // characters, with the terminating zero
 
 // Only regular files are opened: opening a pipe blocks until it has a writer, and a device may be endless.
 bool readFile(std::string const& path, std::string& text) {

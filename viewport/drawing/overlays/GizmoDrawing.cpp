@@ -12,7 +12,7 @@ namespace vellum::viewport {
 
 namespace {
 
-constexpr double LENGTH = 118;  // of a handle, pixels of a picture of 720
+constexpr double HANDLE_LENGTH = 118;  // of a handle, pixels of a picture of 720
 
 constexpr unsigned int nameOf(GizmoHandle handle) {
     return static_cast<unsigned int>(handle);
@@ -99,7 +99,8 @@ void GizmoDrawing::_draw(ViewCamera const& camera, PictureSize const& size, Samp
         _drawPlaced(camera, size, sampling, isPicking);
         return;
     }
-    layer.pushTransform(turn.matrix() * toolkit::scaling(LENGTH * size.scale() * camera.unitsPerPixel()));
+    layer.pushTransform(turn.matrix() *
+                        toolkit::scaling(HANDLE_LENGTH * size.scale() * camera.unitsPerPixel()));
     layer.pushLineWidth(sampling.lineWidth(2.6));
     switch (gizmo) {
     case Gizmo::MOVE: {
@@ -142,7 +143,7 @@ void GizmoDrawing::_drawPlaced(ViewCamera const& camera, PictureSize const& size
     if (!isShown()) {
         return;
     }
-    double const handleLength = LENGTH * size.scale() * camera.unitsPerPixel(place->pivot);
+    double const handleLength = HANDLE_LENGTH * size.scale() * camera.unitsPerPixel(place->pivot);
     Vector3<double> const sight = place->handles.inverse()(turn.back(camera.sightTo(place->pivot)));
     layer.pushTransform(toolkit::translation(place->pivot) * rotationInScene(place->handles, turn) *
                         toolkit::scaling(handleLength));

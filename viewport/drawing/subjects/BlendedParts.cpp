@@ -5,6 +5,7 @@
 #include "viewport/drawing/layer/depth_modes.h"
 #include "viewport/drawing/subjects/Moved.h"
 #include "viewport/drawing/subjects/SurfacesBehind.h"
+#include "viewport/drawing/subjects/array_elements.h"
 #include "viewport/drawing/subjects/element_sizes.h"
 #include "viewport/drawing/subjects/part_material.h"
 
@@ -15,12 +16,6 @@
 namespace vellum::viewport {
 
 namespace {
-
-template <class T>
-T const* elementsOf(ArrayId const& id) {
-    ArrayTypeable const* const array = VL_ArrayServer.resolve(id);
-    return array != nullptr ? array->as<T>() : nullptr;
-}
 
 /// The opacity of a texture that is not to be taken.
 void ignoreTextureOpacity() {

@@ -9,6 +9,7 @@
 #include "viewport/drawing/subjects/BlendedParts.h"
 #include "viewport/drawing/subjects/Moved.h"
 #include "viewport/drawing/subjects/SurfacesBehind.h"
+#include "viewport/drawing/subjects/array_elements.h"
 #include "viewport/drawing/subjects/element_sizes.h"
 #include "viewport/drawing/subjects/part_material.h"
 
@@ -44,12 +45,6 @@ constexpr char NORMAL_POINTS[] = "points of all normals";
 constexpr char NORMAL_VECTORS[] = "vectors of all normals";
 
 constexpr char COLORS[] = "colors";
-
-template <class T>
-T const* elementsOf(ArrayId const& id) {
-    ArrayTypeable const* const array = VL_ArrayServer.resolve(id);
-    return array != nullptr ? array->as<T>() : nullptr;
-}
 
 unsigned int sizeOf(ArrayId const& id) {
     ArrayTypeable const* const array = VL_ArrayServer.resolve(id);

@@ -1,5 +1,7 @@
 #include "viewport/files/common/GuardedRun.h"
 
+#include "viewport/files/common/FileDescriptor.h"
+
 #include "foundation/basic/threads.h"
 
 #include <algorithm>
@@ -41,25 +43,6 @@ bool const IMPORT_MEMORY_IS_LIMITED = true;
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-/// A file descriptor that is closed at the end of its scope.
-class Descriptor {
-public:
-    explicit Descriptor(int number) : number(number) {}
-    ~Descriptor() {
-        if (number >= 0) {
-            ::close(number);
-        }
-    }
-    Descriptor(Descriptor const&) = delete;
-    Descriptor& operator=(Descriptor const&) = delete;
-
-    int get() const { return number; }
-    bool isOpen() const { return number >= 0; }
-
-private:
-    int number;
-};
 
 std::string inSeconds(std::chrono::milliseconds const& time) {
     char text[32];
@@ -239,7 +222,7 @@ private:
     }
 
     pid_t number;
-    Descriptor const end;
+    FileDescriptor const end;
     bool isReaped = false;
 };
 
@@ -303,7 +286,7 @@ std::optional<Fault> runGuarded(GuardedRun const& run, ImportLimits const& limit
     auto const cannotStart = [&run] {
         return Fault{run.file, std::string("cannot start the import: ") + std::strerror(errno)};
     };
-    Descriptor const result(memfd_create("vl_viewport import", MFD_CLOEXEC));
+    FileDescriptor const result(memfd_create("vl_viewport import", MFD_CLOEXEC));
     if (!result.isOpen()) {
         return cannotStart();
     }

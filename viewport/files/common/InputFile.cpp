@@ -1,5 +1,7 @@
 #include "viewport/files/common/InputFile.h"
 
+#include "viewport/files/common/FileDescriptor.h"
+
 #include "viewport/files/common/ByteBuffer.h"
 
 #include <algorithm>
@@ -66,28 +68,6 @@ Result<std::shared_ptr<ByteBuffer const>> readAll(int descriptor, std::string co
     return std::shared_ptr<ByteBuffer const>(buffer);
 }
 
-/// Closes what was opened, but not standard input.
-class Descriptor {
-public:
-    explicit Descriptor(std::string const& path)
-        : isOwned(!InputFile::isStandardInput(path))
-        // A named pipe would block until it has a writer.
-        , number(isOwned ? ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK) : STDIN_FILENO) {}
-    ~Descriptor() {
-        if (isOwned && number >= 0) {
-            ::close(number);
-        }
-    }
-    Descriptor(Descriptor const&) = delete;
-    Descriptor& operator=(Descriptor const&) = delete;
-
-    int get() const { return number; }
-
-private:
-    bool isOwned;
-    int number;
-};
-
 }  // namespace
 
 Result<InputFile> InputFile::open(std::string const& path, Progress const& progress) {
@@ -105,11 +85,13 @@ Result<InputFile> InputFile::open(std::string const& path, Progress const& progr
         auto const file = std::make_shared<MappedFile const>(std::move(mapped.value()));
         return InputFile(path, file, isStandard);
     }
-    Descriptor const descriptor(path);
-    if (descriptor.get() < 0) {
+    // A named pipe would block until it has a writer. The standard input stays open.
+    FileDescriptor const pipe(isStandard ? -1 : ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!isStandard && !pipe.isOpen()) {
         return Fault{path, systemReason("cannot be opened")};
     }
-    Result<std::shared_ptr<ByteBuffer const>> const buffer = readAll(descriptor.get(), path, progress);
+    Result<std::shared_ptr<ByteBuffer const>> const buffer =
+        readAll(isStandard ? STDIN_FILENO : pipe.get(), path, progress);
     if (!buffer.isOk()) {
         return buffer.fault();
     }

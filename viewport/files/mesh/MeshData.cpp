@@ -57,7 +57,7 @@ bool areSoundTexels(std::uint64_t columns, std::uint64_t rows, std::size_t size)
                                            rows <= LONGEST_SIDE && 4 * columns * rows == size);
 }
 
-bool isFinite(TextureTransform const& t) {
+bool isUsable(TextureTransform const& t) {
     return std::isfinite(t.uu + t.uv + t.vu + t.vv + t.u0 + t.v0);
 }
 
@@ -66,8 +66,8 @@ bool isSound(Material const& material) {
     return isWithinOne(material.tint) && isWithinOne(material.emission) &&
            (!material.specular || isWithinOne(*material.specular)) && material.opacity >= 0 &&
            material.opacity <= 1 && std::isfinite(material.shininess) && material.shininess >= 0 &&
-           material.alphaCutoff >= 0 && material.alphaCutoff <= 1 && isFinite(material.textureTransform) &&
-           isFinite(light.transform) &&
+           material.alphaCutoff >= 0 && material.alphaCutoff <= 1 && isUsable(material.textureTransform) &&
+           isUsable(light.transform) &&
            areSoundTexels(material.texelColumns, material.texelRows, material.textureBytes.size()) &&
            areSoundTexels(light.columns, light.rows, light.bytes.size());
 }

@@ -97,8 +97,8 @@ private:
         std::optional<double> const number = toDataNumber(word);
         if (!number || !std::isfinite(*number)) {
             if (++badNumberCount <= MOST_NOTES) {
-                file.notes.push_back("line " + std::to_string(lines.number()) + ": " + quoted(word) +
-                                     " behind " + viewport::quoted(keyword) + " is not a number; skipped");
+                file.notes.push_back("line " + std::to_string(lines.number()) + ": " + inQuotes(word) +
+                                     " behind " + viewport::inQuotes(keyword) + " is not a number; skipped");
             }
             return std::nullopt;
         }

@@ -97,7 +97,7 @@ public:
             return {};
         }
         auto const others = std::count_if(std::next(first), entries.end(), isMissing);
-        return "material " + quoted(first->content.material.name) +
+        return "material " + inQuotes(first->content.material.name) +
                (others > 0 ? " and " + std::to_string(others) + " more are" : " is") +
                " in no material file; drawn in the default color";
     }
@@ -452,7 +452,7 @@ private:
                 }
             }
             if (!_isWordEnd(here)) {
-                _fail(quoted(_takeWord()) + " does not belong to a corner");
+                _fail(inQuotes(_takeWord()) + " does not belong to a corner");
                 return false;
             }
             if (table.size() >= MeshData::LARGEST_COUNT) {
@@ -486,7 +486,7 @@ private:
         }
         if (here == first) {
             std::string_view const word = _takeWord();
-            _fail(word.empty() ? "an index is missing" : quoted(word) + " is not an index");
+            _fail(word.empty() ? "an index is missing" : inQuotes(word) + " is not an index");
             return false;
         }
         std::uint64_t const count = lists.size(kind);

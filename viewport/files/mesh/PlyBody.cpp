@@ -217,7 +217,7 @@ bool PlyBody::_takeNumber(double& value) {
         while (stop != end && !isBlank(*stop) && *stop != FEED) {
             ++stop;
         }
-        return _damaged("has " + quoted({here, static_cast<std::size_t>(stop - here)}) +
+        return _damaged("has " + inQuotes({here, static_cast<std::size_t>(stop - here)}) +
                         " in place of a number");
     }
     here = next;
@@ -226,7 +226,7 @@ bool PlyBody::_takeNumber(double& value) {
 
 bool PlyBody::_cutOff() {
     reason = "the file is cut off: it declares " + std::to_string(element->count) + " of " +
-             quoted(element->name) + " and holds " + std::to_string(taken);
+             inQuotes(element->name) + " and holds " + std::to_string(taken);
     if (header.format == PlyFormat::TEXT) {
         reason = "line " + std::to_string(_lineOf(end)) + ": " + reason;
     }
@@ -234,7 +234,7 @@ bool PlyBody::_cutOff() {
 }
 
 bool PlyBody::_damaged(std::string const& what) {
-    reason = atItem(quoted(element->name) + " " + std::to_string(taken) + " " + what);
+    reason = atItem(inQuotes(element->name) + " " + std::to_string(taken) + " " + what);
     return false;
 }
 

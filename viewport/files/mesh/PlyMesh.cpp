@@ -186,7 +186,7 @@ public:
         for (std::string_view const name : {"face", "edge"}) {
             if (std::count_if(header.elements.begin(), header.elements.end(),
                               [name](PlyElement const& element) { return element.name == name; }) > 1) {
-                return Fault{{}, "the PLY file has more than one element " + quoted(name)};
+                return Fault{{}, "the PLY file has more than one element " + inQuotes(name)};
             }
         }
         vertexElement = &*vertices;
@@ -229,7 +229,7 @@ private:
             return _readEdges(element);
         }
         if (!element.properties.empty()) {
-            mesh.notes.push_back("the element " + quoted(element.name) + " is not drawn");
+            mesh.notes.push_back("the element " + inQuotes(element.name) + " is not drawn");
         }
         return _readOther(element);
     }
@@ -252,8 +252,8 @@ private:
 
     void _noteLists(PlyElement const& element, Properties const& properties) {
         for (std::size_t const place : properties.otherLists()) {
-            mesh.notes.push_back("the lists " + quoted(element.properties[place].name) + " of the element " +
-                                 quoted(element.name) + " are skipped");
+            mesh.notes.push_back("the lists " + inQuotes(element.properties[place].name) +
+                                 " of the element " + inQuotes(element.name) + " are skipped");
         }
     }
 
@@ -345,7 +345,7 @@ private:
 
     static Fault _noIndices(PlyElement const& element) {
         return Fault{{},
-                     "the element " + quoted(element.name) + " of the PLY file has no list vertex_indices"};
+                     "the element " + inQuotes(element.name) + " of the PLY file has no list vertex_indices"};
     }
 
     std::optional<Fault> _indexFault(PlyElement const& element, std::uint64_t number, double index) const {
@@ -499,7 +499,7 @@ private:
         }
         Colors const colors(element, properties);
         for (std::size_t const place : properties.otherNumbers()) {
-            mesh.notes.push_back("the numbers " + quoted(element.properties[place].name) +
+            mesh.notes.push_back("the numbers " + inQuotes(element.properties[place].name) +
                                  " of the edges are skipped");
         }
         _noteLists(element, properties);

@@ -192,7 +192,7 @@ public:
         }
         _skipBlanks();
         if (here != end) {
-            return _fault("'solid' is expected and not " + quoted(_word()));
+            return _fault("'solid' is expected and not " + inQuotes(_word()));
         }
         mesh.colors.assign(mesh.positions.size(), DEFAULT_COLOR);
         cutter.cutFans(mesh);
@@ -209,7 +209,7 @@ private:
                     return _cutOff("'outer loop'");
                 }
                 if (_isKeyword("vertex") || _isKeyword("facet") || _isKeyword("endfacet")) {
-                    return _fault("'outer loop' is expected and not " + quoted(_word()));
+                    return _fault("'outer loop' is expected and not " + inQuotes(_word()));
                 }
                 here += _word().size();
             }
@@ -241,7 +241,7 @@ private:
                 char const* const next = takeDataNumber(here, end, value);
                 if (next == nullptr || !(next == end || _isBlank(*next))) {
                     return here == end ? _cutOff("a coordinate")
-                                       : _fault(quoted(_word()) + " is not a number");
+                                       : _fault(inQuotes(_word()) + " is not a number");
                 }
                 if (!std::isfinite(value)) {
                     return _fault("the vertex has a coordinate that is not a number or infinite");
@@ -328,7 +328,7 @@ private:
     Fault _expected(std::string_view keyword) {
         std::string const expected = "'" + std::string(keyword) + "'";
         std::string_view const word = _word();
-        return word.empty() ? _cutOff(expected) : _fault(expected + " is expected and not " + quoted(word));
+        return word.empty() ? _cutOff(expected) : _fault(expected + " is expected and not " + inQuotes(word));
     }
 
     ProgressPace pace;

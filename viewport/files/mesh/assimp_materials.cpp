@@ -163,7 +163,7 @@ void takeEmission(aiScene const& scene, aiMaterial const& source, Material& mate
     MaterialPicture picture = pictureOf(scene, source, *kind);
     std::optional<aiTextureType> const colorKind = firstKind(source, COLOR_TEXTURES);
     if (colorKind && coordinatesOf(source, *colorKind) != coordinatesOf(source, *kind)) {
-        notes.push_back("emission texture " + quoted(picture.name) +
+        notes.push_back("emission texture " + inQuotes(picture.name) +
                         " lies by other texture coordinates than the color; drawn without it");
         // Without a picture of where it shines, all of the surface would.
         material.emission = {0, 0, 0, 1};

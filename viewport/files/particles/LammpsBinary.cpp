@@ -66,7 +66,7 @@ private:
 };
 
 /// What is wrong with a dump.
-struct Damage {
+struct BinaryDamage {
     std::string reason;
     bool isAtEnd = false;
 };
@@ -142,7 +142,7 @@ private:
         times.clear();
         while (bytes.left() > 0) {
             starts.push_back(bytes);
-            if (std::optional<Damage> const damage = _passFrame()) {
+            if (std::optional<BinaryDamage> const damage = _passFrame()) {
                 if (!damage->isAtEnd) {
                     return Fault{{}, damage->reason};
                 }
@@ -171,16 +171,17 @@ private:
                                                binaryNumber<std::uint64_t>(file.data() + COUNT, false);
     }
 
-    Damage _damage(std::string const& reason) const {
-        return bytes.isPastEnd() ? Damage{"the file is cut off", true}
-                                 : Damage{"byte " + std::to_string(bytes.place()) + ": " + reason, false};
+    BinaryDamage _damage(std::string const& reason) const {
+        return bytes.isPastEnd()
+                   ? BinaryDamage{"the file is cut off", true}
+                   : BinaryDamage{"byte " + std::to_string(bytes.place()) + ": " + reason, false};
     }
 
-    std::optional<Damage> _readHead(Head& head, std::string& units) {
+    std::optional<BinaryDamage> _readHead(Head& head, std::string& units) {
         std::string_view const magic = magicAt({bytes.here(), bytes.left()});
         constexpr std::size_t LONGEST_MARK = 18;
         if (magic.empty() && bytes.left() < LONGEST_MARK) {
-            return Damage{"the file is cut off", true};
+            return BinaryDamage{"the file is cut off", true};
         }
         std::int64_t const marker = bytes.take<std::int64_t>();
         if (!magic.empty()) {
@@ -194,11 +195,11 @@ private:
                 return _damage("the byte order or the revision of the format is not known");
             }
             head.frame.timestep = bytes.take<std::int64_t>();
-            if (std::optional<Damage> damage = _readSizes(head)) {
+            if (std::optional<BinaryDamage> damage = _readSizes(head)) {
                 return damage;
             }
             if (revision >= 2) {
-                if (std::optional<Damage> damage = _readNames(head, units)) {
+                if (std::optional<BinaryDamage> damage = _readNames(head, units)) {
                     return damage;
                 }
             }
@@ -207,7 +208,7 @@ private:
             if (marker < 0) {
                 return _damage("a frame does not begin as it should");
             }
-            if (std::optional<Damage> damage = _readSizes(head)) {
+            if (std::optional<BinaryDamage> damage = _readSizes(head)) {
                 return damage;
             }
         }
@@ -219,7 +220,7 @@ private:
         return std::nullopt;
     }
 
-    std::optional<Damage> _readSizes(Head& head) {
+    std::optional<BinaryDamage> _readSizes(Head& head) {
         std::int64_t const count = bytes.take<std::int64_t>();
         std::int32_t const shape = bytes.take<std::int32_t>();
         if (count < 0 || shape < UPRIGHT || shape > GENERAL) {
@@ -259,7 +260,7 @@ private:
         return std::nullopt;
     }
 
-    std::optional<Damage> _readNames(Head& head, std::string& units) {
+    std::optional<BinaryDamage> _readNames(Head& head, std::string& units) {
         std::int32_t const unitSize = bytes.take<std::int32_t>();
         std::string_view const style = bytes.takeText(unitSize);
         if (!style.empty()) {
@@ -271,13 +272,13 @@ private:
         std::int32_t const namesSize = bytes.take<std::int32_t>();
         head.columns = std::string(bytes.takeText(namesSize));
         return bytes.isPastEnd() || unitSize < 0 || namesSize < 0
-                   ? std::optional<Damage>(_damage("the names of the columns are not understood"))
+                   ? std::optional<BinaryDamage>(_damage("the names of the columns are not understood"))
                    : std::nullopt;
     }
 
     /// Calls a function with each block of rows, all of which lie within the file.
     template <class Take>
-    std::optional<Damage> _forBlocks(Head const& head, Take const& take) {
+    std::optional<BinaryDamage> _forBlocks(Head const& head, Take const& take) {
         std::uint64_t rows = 0;
         std::uint64_t const rowSize = head.fields * sizeof(double);
         for (std::uint64_t i = 0; i < head.chunks; ++i) {
@@ -287,7 +288,7 @@ private:
             }
             std::uint64_t const count = static_cast<std::uint64_t>(numbers) / head.fields;
             if (count > bytes.left() / rowSize) {
-                return Damage{"the file is cut off", true};
+                return BinaryDamage{"the file is cut off", true};
             }
             rows += count;
             if (rows > head.count) {
@@ -298,12 +299,12 @@ private:
         }
         return rows == head.count
                    ? std::nullopt
-                   : std::optional<Damage>(_damage("the frame has fewer atoms than it declares"));
+                   : std::optional<BinaryDamage>(_damage("the frame has fewer atoms than it declares"));
     }
 
-    std::optional<Damage> _passFrame() {
+    std::optional<BinaryDamage> _passFrame() {
         Head head;
-        std::optional<Damage> damage = _readHead(head, units);
+        std::optional<BinaryDamage> damage = _readHead(head, units);
         if (!damage) {
             damage = _forBlocks(head, [](char const*, std::uint64_t) {});
         }

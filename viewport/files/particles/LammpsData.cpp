@@ -253,7 +253,7 @@ private:
             if (next == Section::NONE) {
                 // Before the first section, rows are those of the header.
                 if (section == Section::NONE && !header.take(line)) {
-                    return lines.damage(quoted(line) + " is not understood");
+                    return lines.damage(inQuotes(line) + " is not understood");
                 }
                 continue;
             }
@@ -350,7 +350,7 @@ private:
             }
         }
         if (names.empty()) {
-            return TextDamage{headingLine, "the atom style " + quoted(style) + " is not known", false};
+            return TextDamage{headingLine, "the atom style " + inQuotes(style) + " is not known", false};
         }
         if (!isOpen && count == wordsOf(names).size() + IMAGE_FLAGS) {
             names += " ix iy iz";
@@ -441,7 +441,7 @@ private:
         for (std::string const& word : words->words) {
             auto const type = types.find(word);
             if (type == types.end()) {
-                return TextDamage{lines.number(), "the type " + quoted(word) + " has no label", false};
+                return TextDamage{lines.number(), "the type " + inQuotes(word) + " has no label", false};
             }
             numbers.push_back(static_cast<double>(type->second));
         }

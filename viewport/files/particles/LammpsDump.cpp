@@ -45,7 +45,7 @@ public:
             }
             std::string_view const line = lines.take();
             if (line.substr(0, ITEM_MARK.size()) != ITEM_MARK) {
-                return lines.damage("'ITEM:' is expected in place of " + quoted(line));
+                return lines.damage("'ITEM:' is expected in place of " + inQuotes(line));
             }
             std::string_view words = line.substr(ITEM_MARK.size());
             std::string_view const item = takeWord(words);
@@ -69,7 +69,7 @@ public:
                 head.count = *count;
                 return _readColumns(words);
             } else {
-                return lines.damage(quoted(line) + " is not understood");
+                return lines.damage(inQuotes(line) + " is not understood");
             }
             if (damage) {
                 return damage;
@@ -90,7 +90,7 @@ private:
         std::string_view const word = takeWord(line);
         std::optional<std::int64_t> const step = toSignedInteger(word);
         if (!step || !takeWord(line).empty()) {
-            return lines.damage(quoted(word) + " is not a time step");
+            return lines.damage(inQuotes(word) + " is not a time step");
         }
         head.frame.timestep = *step;
         return std::nullopt;
@@ -104,7 +104,7 @@ private:
         std::string_view const word = takeWord(line);
         head.frame.time = toDataNumber(word);
         bool const isTime = head.frame.time && takeWord(line).empty();
-        return isTime ? Damage() : lines.damage(quoted(word) + " is not a time");
+        return isTime ? Damage() : lines.damage(inQuotes(word) + " is not a time");
     }
 
     Damage _readUnits() {
@@ -124,7 +124,7 @@ private:
         std::string_view const word = takeWord(line);
         count = toCount(word);
         if (!count || !takeWord(line).empty()) {
-            return lines.damage(quoted(word) + " is not a number of atoms");
+            return lines.damage(inQuotes(word) + " is not a number of atoms");
         }
         return std::nullopt;
     }
@@ -143,7 +143,7 @@ private:
             }
             std::string_view const line = lines.take();
             if (!takeNumbers(line, row, count)) {
-                return lines.damage(quoted(line) + " are not the " + std::to_string(count) +
+                return lines.damage(inQuotes(line) + " are not the " + std::to_string(count) +
                                     " numbers of the box's limits");
             }
         }

@@ -12,7 +12,6 @@ namespace vellum::viewport {
 
 namespace {
 
-constexpr std::uint64_t ROWS_BETWEEN_PROGRESS = 4096;
 constexpr std::size_t SMALLEST_HEADER = 227;
 constexpr std::size_t HEADER_OF_1_4 = 375;
 constexpr double DEGREES_PER_STEP = 0.006;  // of the scan angle of the newer formats
@@ -177,6 +176,7 @@ Result<LoadedFrame> readLas(std::string_view bytes, Progress const& progress) {
         scale[axis] = numberAt<double>(bytes, 131 + 8 * axis);
         offset[axis] = numberAt<double>(bytes, 155 + 8 * axis);
     }
+    ProgressPace pace(progress, bytes.size());
     for (std::uint64_t i = 0; i < count; ++i) {
         std::string_view const record = bytes.substr(start + i * recordSize, recordSize);
         double* const values = builder.values().data();
@@ -185,9 +185,7 @@ Result<LoadedFrame> readLas(std::string_view bytes, Progress const& progress) {
         }
         readRecord(record, layout, values + 3);
         static_cast<void>(builder.addRow());
-        if (progress && i % ROWS_BETWEEN_PROGRESS == 0) {
-            progress(start + i * recordSize, bytes.size());
-        }
+        pace.at(start + i * recordSize);
     }
     builder.finish();
     settleColors(result.frame);

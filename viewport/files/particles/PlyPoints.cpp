@@ -26,7 +26,7 @@ std::size_t sizeOf(PlyElement const& element) {
 
 std::string cutOffReason(PlyElement const& element, std::uint64_t held) {
     return "the file is cut off: it declares " + std::to_string(element.count) + " of " +
-           quoted(element.name) + " and holds " + std::to_string(held);
+           inQuotes(element.name) + " and holds " + std::to_string(held);
 }
 
 class PlyReader {
@@ -114,7 +114,7 @@ private:
             // The size of an element with lists shows only in its values.
             std::size_t const size = sizeOf(*element);
             if (hasLists(*element) && element->count > 0) {
-                return Fault{{}, "the element " + quoted(element->name) + " before the vertices has lists"};
+                return Fault{{}, "the element " + inQuotes(element->name) + " before the vertices has lists"};
             }
             // A division, since the product of a declared count may overflow.
             if (size > 0 && element->count > body.size() / size) {

@@ -216,7 +216,7 @@ bool RowReader::_takeWord(std::size_t column, char const*& here, char const* end
         word = std::string_view(start + 1, static_cast<std::size_t>(closing - start - 1));
         char const* const behind = closing + 1;
         here = std::find(behind, end, separator);
-        return std::all_of(behind, here, isBlank) || _fail("has text behind the quotes of " + quoted(word));
+        return std::all_of(behind, here, isBlank) || _fail("has text behind the quotes of " + inQuotes(word));
     }
     here = std::find(start, end, separator);
     word = std::string_view(start, static_cast<std::size_t>(here - start));
@@ -237,7 +237,7 @@ bool RowReader::_toNumber(std::size_t column, std::string_view word, double& val
         value = std::numeric_limits<double>::quiet_NaN();
         return true;
     }
-    return _fail(quoted(word) + " in column " + quoted(form.columns[column].name) + " is not a number",
+    return _fail(inQuotes(word) + " in column " + inQuotes(form.columns[column].name) + " is not a number",
                  column);
 }
 

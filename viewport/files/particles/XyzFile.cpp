@@ -164,14 +164,14 @@ Damage readComment(TextLines const& lines, std::string_view comment, FrameHead& 
         if (setting.key == "properties") {
             std::optional<std::vector<TableColumn>> const named = columnsOf(setting.value);
             if (!named) {
-                return lines.damage("the properties " + quoted(setting.value) +
+                return lines.damage("the properties " + inQuotes(setting.value) +
                                     " are not understood or lack pos:R:3");
             }
             head.columns = *named;
         } else if (setting.key == "lattice") {
             ParticleBox box;
             if (!readLattice(setting.value, box)) {
-                return lines.damage("the lattice " + quoted(setting.value) + " is not nine numbers");
+                return lines.damage("the lattice " + inQuotes(setting.value) + " is not nine numbers");
             }
             frame.box = box;
         } else if (setting.key == "origin") {
@@ -180,7 +180,7 @@ Damage readComment(TextLines const& lines, std::string_view comment, FrameHead& 
             std::optional<double> const y = toDataNumber(takeWord(numbers));
             std::optional<double> const z = toDataNumber(takeWord(numbers));
             if (!x || !y || !z) {
-                return lines.damage("the origin " + quoted(setting.value) + " is not three numbers");
+                return lines.damage("the origin " + inQuotes(setting.value) + " is not three numbers");
             }
             origin = Vector3<double>{*x, *y, *z};
         } else if (setting.key == "pbc") {
@@ -206,7 +206,7 @@ Damage readHead(TextLines& lines, FrameHead& head) {
     std::string_view const word = takeWord(line);
     std::optional<std::uint64_t> const count = toCount(word);
     if (!count || !takeWord(line).empty()) {
-        return lines.damage(quoted(word) + " is not a number of particles");
+        return lines.damage(inQuotes(word) + " is not a number of particles");
     }
     head.count = *count;
     if (lines.isAtEnd()) {
