@@ -19,8 +19,7 @@ function(_vl_precompile_headers target)
     return()  # it would take longer than it saves
   endif()
   target_precompile_headers(${target} PRIVATE
-    # Not <filesystem>: it brings std::quoted(), which hides the function of that name for strings.
-    <algorithm> <array> <cmath> <cstdint> <cstring> <functional> <limits> <map> <memory> <optional> <string> <string_view>
+    <algorithm> <array> <cmath> <cstdint> <cstring> <filesystem> <functional> <limits> <map> <memory> <optional> <string> <string_view>
     <utility> <vector>)
   # The same bytes each time, for the compiler cache.
   target_compile_options(${target} PRIVATE "$<$<CXX_COMPILER_ID:Clang>:SHELL:-Xclang -fno-pch-timestamp>")
