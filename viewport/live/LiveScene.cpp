@@ -190,7 +190,8 @@ Result<Picture> LiveScene::picture(PictureSize const& size) {
     TiledPicture const tiled(size, asked.effect ? Tiling::ofOneTile(size) : Tiling::of(size));
     OffscreenContext::Settings settings = tiled.contextSettings();
     settings.isBesideCurrent = true;
-    if (beside == nullptr || beside->width() < settings.width || beside->height() < settings.height) {
+    // A larger buffer would round places otherwise: its rows are counted from its other end.
+    if (beside == nullptr || beside->width() != settings.width || beside->height() != settings.height) {
         beside.reset();
         beside = std::make_unique<OffscreenContext>(settings);
     } else if (!beside->makeCurrent()) {
