@@ -73,7 +73,14 @@ void Workspace::setCamera(CameraSpec const& spec) {
     if (live == nullptr || live->setCamera(spec)) {
         return;
     }
-    wanted.pictures.front().camera = spec;
+    _keepCamera(spec);
+}
+
+/// Of what is seen. Other files that are being loaded are seen whole.
+void Workspace::_keepCamera(CameraSpec const& spec) {
+    if (wanted.files == shown.files) {
+        wanted.pictures.front().camera = spec;
+    }
     shown.pictures.front().camera = spec;
 }
 
@@ -144,9 +151,11 @@ bool Workspace::_takeOver(LoadOutcome outcome, double aspect) {
         wanted = shown;
         return true;
     }
-    // The camera may have moved meanwhile.
     Options options = isGoingBack ? shown : wanted;
-    options.pictures.front().camera = wanted.pictures.front().camera;
+    if (wanted.files == shown.files) {
+        // The camera may have moved meanwhile.
+        options.pictures.front().camera = wanted.pictures.front().camera;
+    }
     if (options.files != shown.files) {
         _forgetEdits();
     }
@@ -269,9 +278,7 @@ void Workspace::preview(std::size_t object, ObjectTransform const& transform) {
     }
     live->setTransform(object, transform);
     // The camera is held where it was.
-    CameraSpec const& camera = live->options().pictures.front().camera;
-    wanted.pictures.front().camera = camera;
-    shown.pictures.front().camera = camera;
+    _keepCamera(live->options().pictures.front().camera);
     isEdited = true;
 }
 

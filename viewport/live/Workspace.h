@@ -50,7 +50,8 @@ public:
     /// Shows something else. Does what has to be done again, and no more; what has to be read or prepared is there after some update().
     void apply(Options const& options);
 
-    /// Looks from elsewhere, at once. Where that makes no camera, nothing changes.
+    /// Looks from elsewhere, at once. Where that makes no camera, nothing changes. Other files that are being loaded are seen whole all
+    /// the same.
     void setCamera(CameraSpec const& spec);
 
     /// Writes the picture of the scene, as --out does, without a gizmo; see fault().
@@ -154,6 +155,7 @@ private:
     void _dropMisfits(Options& options, Scene const& scene, std::vector<Fault>& notes);
     void _tellNotes(std::vector<Fault> notes);
     void _keep(std::size_t object, ObjectTransform const& transform);
+    void _keepCamera(CameraSpec const& spec);
     void _forgetEdits();
     void _goBack();
 

@@ -28,6 +28,8 @@ ObjectTransform movedBy(double x) {
     return transform;
 }
 
+constexpr PictureSize SIZE{64, 64};
+
 /// A workspace with two objects.
 class Workspace_gl_test : public gl_spy::GlTest {
 protected:
@@ -37,6 +39,8 @@ protected:
         files = {folder.write("a.obj", TRIANGLE), folder.write("b.obj", SQUARE)};
         workspace = opened(optionsOf(files));
         ASSERT_NE(workspace->scene(), nullptr);
+        // As a window does, at once. From then on the camera is one that is seen, and stays.
+        workspace->scene()->draw(SIZE);
         workspace->takeEdited();
     }
 
@@ -69,7 +73,7 @@ protected:
     }
 
     static Picture pictureOf(Workspace& workspace) {
-        Result<Picture> picture = workspace.scene()->picture({64, 64});
+        Result<Picture> picture = workspace.scene()->picture(SIZE);
         EXPECT_TRUE(picture.isOk());
         return picture.isOk() ? picture.value() : Picture{};
     }
@@ -99,7 +103,7 @@ TEST_F(Workspace_gl_test, aMoveIsShownAndCanBeTakenBackAndDoneAgain) {
     workspace->undo();
     EXPECT_TRUE(workspace->transform(1).isIdentity());
     EXPECT_TRUE(workspace->options().transforms.empty());
-    EXPECT_EQ(pictureOf(*workspace).pixels, before.pixels) << "the camera stayed";
+    EXPECT_EQ(pictureOf(*workspace).pixels, before.pixels);
     EXPECT_FALSE(workspace->canUndo());
     EXPECT_EQ(workspace->redoLabel(), "Move");
     EXPECT_TRUE(workspace->takeEdited());
@@ -175,6 +179,28 @@ TEST_F(Workspace_gl_test, transformsThatAreGivenBeginAnew) {
     EXPECT_EQ(pictureOf(*workspace).pixels, pictureOf(*opened(options)).pixels);
 }
 
+TEST_F(Workspace_gl_test, theCameraStaysWhereAnObjectMoves) {
+    for (toolkit::ViewKind const kind : {toolkit::ViewKind::PERSPECTIVE, toolkit::ViewKind::FRONT}) {
+        Options options = optionsOf(files);
+        options.pictures.front().camera.view = kind;
+        workspace = opened(options);
+        workspace->scene()->draw(SIZE);
+        Vector3<double> const corner = workspace->scene()->scene().placeToScene({3, 1, 0});
+        toolkit::ScreenPoint const before = workspace->scene()->view(SIZE).project(corner);
+        workspace->setTransform(0, movedBy(-40), "Move");
+        toolkit::ScreenPoint const after = workspace->scene()->view(SIZE).project(corner);
+        EXPECT_NEAR(after.x, before.x, 1e-6);
+        EXPECT_NEAR(after.y, before.y, 1e-6);
+        // Also where its options go to.
+        std::unique_ptr<Workspace> const again = opened(workspace->options());
+        EXPECT_EQ(pictureOf(*again).pixels, pictureOf(*workspace).pixels) << static_cast<int>(kind);
+        workspace->undo();
+        toolkit::ScreenPoint const undone = workspace->scene()->view(SIZE).project(corner);
+        EXPECT_NEAR(undone.x, before.x, 1e-6);
+        EXPECT_NEAR(undone.y, before.y, 1e-6);
+    }
+}
+
 // == While files are loaded ==
 
 TEST_F(Workspace_gl_test, filesThatAreReadAgainKeepTransformsSelectionAndSteps) {
@@ -227,6 +253,12 @@ TEST_F(Workspace_gl_test, otherFilesHaveOtherObjects) {
     workspace->open({other});
     // Still of what is seen, and not of what comes.
     workspace->setTransform(0, movedBy(3), "Move");
+    Picture const before = pictureOf(*workspace);
+    CameraSpec aside;
+    aside.position = Vector3<double>{50, 0, 0};
+    aside.focus = Vector3<double>{60, 0, 0};
+    workspace->setCamera(aside);
+    EXPECT_NE(pictureOf(*workspace).pixels, before.pixels);
     load(*workspace);
     EXPECT_TRUE(workspace->takeReplaced());
     EXPECT_TRUE(workspace->options().transforms.empty());
@@ -251,18 +283,18 @@ TEST_F(Workspace_gl_test, aGizmoNeedsAnObjectAndTakesTheFirst) {
 
 TEST_F(Workspace_gl_test, aScreenshotIsThePictureWithoutTheHandles) {
     std::string const plain = folder.file("plain.png");
-    workspace->saveScreenshot(plain, {64, 64});
+    workspace->saveScreenshot(plain, SIZE);
     EXPECT_FALSE(workspace->fault());
     workspace->select(0);
     workspace->setGizmo(Gizmo::MOVE);
     std::string const edited = folder.file("edited.png");
-    workspace->saveScreenshot(edited, {64, 64});
+    workspace->saveScreenshot(edited, SIZE);
     EXPECT_EQ(folder.read("edited.png"), folder.read("plain.png"));
     EXPECT_EQ(workspace->selected(), 0U);
     Result<Picture> const saved = Picture::loadPng(plain);
     ASSERT_TRUE(saved.isOk());
     EXPECT_NE(saved.value().pixels, pictureOf(*workspace).pixels) << "the handles are seen in the window";
-    workspace->saveScreenshot(folder.file("picture.abc"), {64, 64});
+    workspace->saveScreenshot(folder.file("picture.abc"), SIZE);
     EXPECT_TRUE(workspace->fault());
     EXPECT_THAT(folder.names(), testing::Not(testing::Contains("picture.abc")));
 }
