@@ -32,6 +32,9 @@ constexpr double UNTIL_PICTURE = 1.5;
 constexpr double WHILE_PLAYING = 1.0 / 60;
 // While files are loaded, the bar moves on.
 constexpr double WHILE_LOADING = 0.05;
+// While a widget is held, which may repeat what it does; and while a text is typed, whose cursor blinks.
+constexpr double WHILE_HELD = 0.05;
+constexpr double WHILE_TYPED = 0.25;
 // Widgets that are changed need another frame to show it.
 constexpr int FRAMES_TO_SETTLE = 3;
 // Pixels that the cursor may move in a click.
@@ -79,7 +82,7 @@ void Application::run() {
             !isSceneChanged && !isResting && _mayRest() && secondsSince(lastChange) >= UNTIL_REST;
         bool const mustLook = isResting && isCursorNew && hasPanel && secondsSince(lastMove) >= UNTIL_LOOK;
         if (framesToDraw > 0 || isSceneChanged || mustRest || mustLook || workspace.isLoading() ||
-            panel.isPlaying()) {
+            panel.isPlaying() || isWidgetActive) {
             _frame();
             framesToDraw = std::max(0, framesToDraw - 1);
         }
@@ -165,6 +168,9 @@ std::optional<double> Application::_patience() const {
     if (panel.isPlaying()) {
         return WHILE_PLAYING;
     }
+    if (isWidgetActive) {
+        return interface.hasKeys() ? WHILE_TYPED : WHILE_HELD;
+    }
     if (isResting && isCursorNew && hasPanel) {
         return std::max(0.001, UNTIL_LOOK - secondsSince(lastMove));
     }
@@ -240,9 +246,7 @@ void Application::_frame(Picture* seen) {
         *seen = windowPicture(units.framebuffer);
     }
     window.swap();
-    if (interface.isActive()) {
-        framesToDraw = std::max(framesToDraw, 2);
-    }
+    isWidgetActive = interface.isActive();
 }
 
 /// Says what is under the cursor, where the view rests. The back buffer is used up by it.

@@ -92,8 +92,9 @@ private:
     bool isSceneChanged = true;
     bool isResting = false;  // the picture has all its pixels
     Clock::time_point lastChange;
-    bool isPictured = false;  // the window itself, as the options ask for
-    int framesToDraw = 3;     // of the widgets, which need more than one to settle
+    bool isPictured = false;      // the window itself, as the options ask for
+    bool isWidgetActive = false;  // one is held, or typed into
+    int framesToDraw = 3;         // of the widgets, which need more than one to settle
 
     std::vector<std::string> watched;  // the files of the scene
 
