@@ -2,6 +2,7 @@
 
 #include "glsl_shader/Base_shader.h"
 #include "toolkit/internal/gl.h"
+#include "toolkit/internal/llvmpipe.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -20,6 +21,48 @@ unsigned int Layer::getFreeGpuMemory() {
     }
     unsigned int const told = Core_RL_GL::getFreeGpuMemory();
     return told != 0 ? told : availableMainMemory() / 2;
+}
+
+// Workaround: llvmpipe (Mesa 22.3) collects primitives in up to 64 scenes of 36 MB each while its rasterizer is behind: more
+// than 2 GB for ten million points. To wait for the rasterizer now and then takes no longer and keeps that small.
+void Layer::drawArrays(Primitive::type mode, unsigned long first, unsigned long count) {
+    bool const isDivided =
+        mode == Primitive::POINTS && waitingPoints + count > POINTS_AT_ONCE && _keepsPoints();
+    while (isDivided && waitingPoints + count > POINTS_AT_ONCE) {
+        unsigned long const part = POINTS_AT_ONCE - waitingPoints;
+        if (part > 0) {
+            Core_RL_GL::drawArrays(mode, first, part);
+        }
+        _finish();
+        first += part;
+        count -= part;
+    }
+    if (mode == Primitive::POINTS) {
+        waitingPoints += count;
+    }
+    Core_RL_GL::drawArrays(mode, first, count);
+}
+
+void Layer::drawElements(Primitive::type mode, unsigned long count, DataType::type type, void* indices) {
+    Core_RL_GL::drawElements(mode, count, type, indices);
+    if (mode == Primitive::POINTS) {
+        waitingPoints += count;
+        if (waitingPoints > POINTS_AT_ONCE && _keepsPoints()) {
+            _finish();
+        }
+    }
+}
+
+bool Layer::_keepsPoints() {
+    if (!areKept) {
+        areKept = isLlvmpipe();
+    }
+    return *areKept;
+}
+
+void Layer::_finish() {
+    glFinish();
+    waitingPoints = 0;
 }
 
 void Layer::checkShaderCompilationErrors(unsigned int shader, char const* /*name*/) {

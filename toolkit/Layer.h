@@ -34,6 +34,17 @@ public:
     /// In kilobytes: what was assumed; else what the driver says; else half of the available main memory.
     unsigned int getFreeGpuMemory() override;
 
+    /// As Core_RL_GL does, with pauses where very many points are drawn by a software rasterizer that would keep all of them.
+    /// GL: glDrawArrays; where more than POINTS_AT_ONCE points came without a pause also glGetString(GL_RENDERER), once, and
+    /// for llvmpipe glFinish behind each POINTS_AT_ONCE of them, with a glDrawArrays for each part.
+    /// State: none.
+    void drawArrays(Primitive::type mode, unsigned long first, unsigned long count) override;
+
+    /// The same for indices, but the call is not divided. GL: glDrawElements, and as above.  State: none.
+    void drawElements(Primitive::type mode, unsigned long count, DataType::type type, void* indices) override;
+
+    static constexpr unsigned long POINTS_AT_ONCE = 1UL << 18U;
+
     /// Keeps the log of a stage that did not compile; see takeCompileLogs().
     /// GL: glGetShaderiv x 3, glGetShaderInfoLog if it did not compile.  State: none.
     void checkShaderCompilationErrors(unsigned int shader, char const* name) override;
@@ -45,7 +56,12 @@ public:
     void returnCompileLogs(std::vector<CompileLog> logs);
 
 private:
+    bool _keepsPoints();
+    void _finish();
+
     std::optional<unsigned int> assumedMegabytes;
+    std::optional<bool> areKept;  // by the driver, until they are on the picture; nothing: it was not asked
+    unsigned long waitingPoints = 0;  // those since the last pause
     std::vector<CompileLog> compileLogs;
 };
 

@@ -13,6 +13,7 @@
 #include "toolkit/internal/ParticleRamps.h"
 #include "toolkit/internal/SolidArrows.h"
 #include "toolkit/internal/gl.h"
+#include "toolkit/internal/llvmpipe.h"
 #include "toolkit/internal/particle_values.h"
 
 #include <algorithm>
@@ -32,7 +33,8 @@ namespace {
 using Magnitude = Particles_RL_GL_v2::RenderMagnitude;
 using Mode = Particles_RL_GL_v2::RenderMode;
 
-constexpr float ARROWS_AS_POINTS = 2;  // pixels
+constexpr float ARROWS_AS_POINTS = 2;                  // pixels
+constexpr unsigned int MOST_FOR_LLVMPIPE = 1U << 20U;  // particles in a buffer
 
 Mode::type modeOf(ParticleMode mode) {
     switch (mode) {
@@ -88,8 +90,11 @@ public:
         std::swap(arrowShader, effects.arrows);
         setRenderMode(modeOf(mode));
         auto const magnitude = channel == ParticleChannel_v2::NONE ? Magnitude::MIN_COLOR : Magnitude::LENGTH;
+        // Workaround: llvmpipe has its buffers in main memory, where the particles are already, and draws no faster from them.
+        // A part of the particles is another one without a buffer.
+        bool const isBuffered = percent < 100 || system.size() < MOST_FOR_LLVMPIPE || !isLlvmpipe();
         render(system, false, rebuild, 1, ramp.low, ramp.high, ramp.lowest, ramp.highest, ramp.above, size,
-               channel, percent, true, true, magnitude);
+               channel, percent, isBuffered, true, magnitude);
         std::swap(pointShader, effects.points);
         std::swap(sphereShader, effects.spheres);
         std::swap(arrowShader, effects.arrows);

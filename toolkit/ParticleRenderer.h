@@ -97,7 +97,8 @@ private:
 ///
 /// \param view what GL's matrices and viewport are now, as CameraController::load() or View::current() gave it.
 /// GL: glGetFloatv(GL_CURRENT_COLOR); the calls of Particles_RL_GL_v2::render(), for more colors and for copied arrows
-/// once for each of the map's parts that has particles; glColor4fv. Around those of spheres and arrows
+/// once for each of the map's parts that has particles, before it glGetString(GL_RENDERER) for all of more than a million
+/// particles, which llvmpipe draws without a buffer; glColor4fv. Around those of spheres and arrows
 /// glGetIntegerv(GL_MATRIX_MODE) and, twice, View::load(); glMatrixMode. Around those of arrows also
 /// glGetFloatv(GL_LINE_WIDTH) and glLineWidth.
 ///

@@ -18,6 +18,7 @@ namespace {
 
 constexpr unsigned int EXTENSIONS = 0x1F03;
 constexpr unsigned int VERSION = 0x1F02;
+constexpr unsigned int RENDERER = 0x1F01;
 constexpr unsigned int VERTEX_STAGE = 0x8B31;
 constexpr unsigned int FRAGMENT_STAGE = 0x8B30;
 
@@ -65,6 +66,38 @@ TEST(Layer, silentDriverHasHalfOfTheAvailableMainMemory) {
     ASSERT_GT(available, 0U);
     // Other programs take and return memory in the meantime.
     EXPECT_NEAR(static_cast<double>(layer.getFreeGpuMemory()), available / 2.0, available * 0.1);
+}
+
+TEST(Layer, softwareRasterizerPausesBehindManyPoints) {
+    constexpr unsigned long MANY = Layer::POINTS_AT_ONCE;
+    gl_spy::Script driver = gl_spy::drivers::gl21();
+    driver.string(RENDERER, "llvmpipe (LLVM 15.0.6, 256 bits)");
+    Layer layer;
+    gl_spy::Recording const recording;
+    layer.drawArrays(Primitive::POINTS, 7, MANY);
+    layer.drawArrays(Primitive::TRIANGLES, 0, 10 * MANY);
+    EXPECT_EQ(recording.count("glFinish"), 0U);
+    layer.drawArrays(Primitive::POINTS, 3, 2 * MANY + 5);
+    layer.drawElements(Primitive::POINTS, MANY - 5, DataType::UNSIGNED_SHORT, nullptr);
+    layer.drawElements(Primitive::POINTS, 1, DataType::UNSIGNED_SHORT, nullptr);
+    EXPECT_EQ(
+        recording.texts(),
+        (Texts{"glDrawArrays(GL_POINTS, 7, 262144)", "glDrawArrays(GL_TRIANGLES, 0, 2621440)",
+               "glGetString(GL_RENDERER)", "glFinish()", "glDrawArrays(GL_POINTS, 3, 262144)", "glFinish()",
+               "glDrawArrays(GL_POINTS, 262147, 262144)", "glFinish()", "glDrawArrays(GL_POINTS, 524291, 5)",
+               "glDrawElements(GL_POINTS, 262139, GL_UNSIGNED_SHORT, null)",
+               "glDrawElements(GL_POINTS, 1, GL_UNSIGNED_SHORT, null)", "glFinish()"}));
+}
+
+TEST(Layer, otherDriversDrawManyPointsAtOnce) {
+    gl_spy::Script driver = gl_spy::drivers::gl21();
+    driver.string(RENDERER, "NVIDIA GeForce");
+    Layer layer;
+    gl_spy::Recording const recording;
+    layer.drawArrays(Primitive::POINTS, 0, 20'000'000);
+    layer.drawArrays(Primitive::POINTS, 0, 20'000'000);
+    EXPECT_EQ(recording.texts(), (Texts{"glGetString(GL_RENDERER)", "glDrawArrays(GL_POINTS, 0, 20000000)",
+                                        "glDrawArrays(GL_POINTS, 0, 20000000)"}));
 }
 
 TEST(Layer, logsOfFailedStagesAreKeptAndNotPrinted) {

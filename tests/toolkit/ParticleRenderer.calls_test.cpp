@@ -99,6 +99,31 @@ TEST_F(ParticleRenderer_calls_test, constructionMakesNoCall) {
     EXPECT_EQ(recording.texts(), Texts{});
 }
 
+TEST_F(ParticleRenderer_calls_test, llvmpipeHasNoBufferOfAllOfAMillionParticles) {
+    constexpr unsigned int RENDERER = 0x1F01;
+    struct Row {
+        char const* driver;
+        unsigned int count;
+        float percent;
+        ParticlePath path;
+    };
+    constexpr unsigned int MANY = 1U << 20U;
+    for (Row const& row :
+         {Row{"llvmpipe (LLVM 15.0.6, 256 bits)", MANY - 1, 100, ParticlePath::BUFFER_AND_EFFECT},
+          {"llvmpipe (LLVM 15.0.6, 256 bits)", MANY, 100, ParticlePath::CHUNKS_AND_EFFECT},
+          {"llvmpipe (LLVM 15.0.6, 256 bits)", MANY, 50, ParticlePath::BUFFER_AND_EFFECT},
+          {"NVIDIA GeForce", MANY, 100, ParticlePath::BUFFER_AND_EFFECT}}) {
+        driver.string(RENDERER, row.driver);
+        ParticleSystem_v2 many;
+        addChannels(many);
+        many.addParticles(row.count);
+        look.percent = row.percent;
+        renderer.release();
+        EXPECT_EQ(drawParticles(renderer, many, look, view).path, row.path)
+            << row.driver << " " << row.count << " " << row.percent;
+    }
+}
+
 TEST_F(ParticleRenderer_calls_test, lengthsWithTwoColorsAreDrawnByTheLibraryAsTheyAre) {
     driver.integer(CURRENT_COLOR, {1, 0, 1, 0}).integer(LINE_WIDTH, {3});
     Particles_RL_GL_v2 library;
