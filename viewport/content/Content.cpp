@@ -10,6 +10,7 @@
 #include "viewport/files/mesh/Textures.h"
 #include "viewport/files/particles/ParticleFile.h"
 #include "viewport/files/particles/ParticleSeries.h"
+#include "viewport/scene/needed_values.h"
 #include "viewport/scene/scalar_colors.h"
 
 #include <algorithm>
@@ -36,6 +37,14 @@ MeshOptions meshOptions(Options const& options) {
 /// Whether somebody may ask for other frames than the first one.
 bool needsSequences(Options const& options) {
     return options.film.frames || options.opensWindow();
+}
+
+/// Whether nothing but one picture of one frame is asked for, which needs some of its values alone. What several files show
+/// depends on all of them.
+ChooseValues chosenValues(Options const& options) {
+    bool const isPictureAlone = options.files.size() == 1 && options.info == InfoForm::NONE &&
+                                !options.needsValues() && !options.film.isAsked();
+    return isPictureAlone ? neededValues(options.particles) : ChooseValues();
 }
 
 /// Ends the loading where nobody wants it any more.
@@ -150,7 +159,7 @@ Result<LoadedFrame> loadChosen(ParticleFile const& particles, Options const& opt
 
 std::optional<Fault> loadParticles(InputFile const& file, Options const& options, Content& content,
                                    LoadObserver& observer) {
-    ParticleFile const particles(file, particleFormatNamed(options.format));
+    ParticleFile const particles(file, particleFormatNamed(options.format), chosenValues(options));
     if (options.film.frames) {
         Result<FrameSequence> const sequence =
             FrameSequence::ofFile(particles, progressOf(file.name(), observer));

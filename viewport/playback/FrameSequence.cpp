@@ -25,6 +25,9 @@ std::uint64_t sizeOf(LoadedFrame const& loaded) {
     for (ParticleChannel const& channel : frame.channels) {
         size += sizeOf(channel.values);
     }
+    for (ParticleVector const& vector : frame.vectors) {
+        size += sizeOf(vector.lengths);
+    }
     for (ParticleLabels const& labels : frame.labels) {
         size += sizeOf(labels.indices) + sizeOf(labels.words);
     }

@@ -2,6 +2,7 @@
 
 #include "foundation/basic/threads.h"
 #include "toolkit/arrow_box.h"
+#include "viewport/files/common/large_pages.h"
 #include "viewport/files/mesh/points.h"
 #include "viewport/scene/ParticleKinds.h"
 #include "viewport/scene/Quantity.h"
@@ -64,6 +65,22 @@ Point shiftOf(ParticleFrame const& frame, Tuple3<unsigned int> const& copies, st
         shift = shift + frame.box->edges[axis] * static_cast<double>(steps[axis]);
     }
     return shift;
+}
+
+/// Gives back the memory of particles that are passed.
+void releaseParticles(ParticleFrame& frame, std::size_t begin, std::size_t end) {
+    auto const release = [begin, end](auto& list) {
+        if (end <= list.size()) {
+            releasePages(list.data() + begin, (end - begin) * sizeof(list[0]));
+        }
+    };
+    release(frame.positions);
+    for (ParticleChannel& channel : frame.channels) {
+        release(channel.values);
+    }
+    for (ParticleVector& vector : frame.vectors) {
+        release(vector.lengths);
+    }
 }
 
 }  // namespace
@@ -304,26 +321,16 @@ std::function<Vector3<float>(std::size_t)> CloudMaker::_shown(Turn const& turn) 
 
 /// Fills a channel with the value of each particle, copy after copy, on all cores.
 template <class Element, class Value>
-void CloudMaker::_fill(ParticleSystem_v2& system,
+void CloudMaker::_fill(std::vector<Part> const& parts,
                        Element* (*elementsOf)(ParticleSystemChunk_v2&, unsigned int), unsigned int channel,
                        Value const& value) const {
-    struct Part {
-        Element* elements;
-        std::size_t first;  // record
-        std::size_t count;
-    };
-    std::vector<Part> parts;
-    std::size_t filled = 0;
-    for (ParticleSystemChunk_v2* chunk = system.firstChunk(); chunk != nullptr; chunk = chunk->next()) {
-        parts.push_back({elementsOf(*chunk, channel), filled, chunk->count()});
-        filled += chunk->count();
-    }
     forRanges(parts.size(), 1, [&](std::size_t number, std::size_t) {
         Part const& part = parts[number];
         std::size_t place = part.first % choice->count;
         std::size_t copy = part.first / choice->count;
-        for (std::size_t i = 0; i < part.count; ++i) {
-            part.elements[i] = value(_index(place), copy);
+        Element* const elements = elementsOf(*part.chunk, channel);
+        for (std::size_t i = 0; i < part.chunk->count(); ++i) {
+            elements[i] = value(_index(place), copy);
             if (++place == choice->count) {
                 place = 0;
                 ++copy;
@@ -332,7 +339,21 @@ void CloudMaker::_fill(ParticleSystem_v2& system,
     });
 }
 
-ParticleCloud CloudMaker::make(Placement const& placement) const {
+/// Adds records to a system of full chunks. \return the chunks of them
+std::vector<CloudMaker::Part> CloudMaker::_add(ParticleSystem_v2& system, std::size_t first,
+                                               std::size_t end) {
+    ParticleSystemChunk_v2* const last = system.lastChunk();
+    system.addParticles(static_cast<unsigned int>(end - first));
+    std::vector<Part> parts;
+    for (ParticleSystemChunk_v2* chunk = last != nullptr ? last->next() : system.firstChunk();
+         chunk != nullptr; chunk = chunk->next()) {
+        parts.push_back({chunk, first});
+        first += chunk->count();
+    }
+    return parts;
+}
+
+ParticleCloud CloudMaker::make(Placement const& placement, ParticleFrame* used) const {
     ParticleCloud cloud;
     auto const system = std::make_shared<ParticleSystem_v2>();
     system->addChannel("position", ParticleChannel_v2::VECTOR);
@@ -345,8 +366,6 @@ ParticleCloud CloudMaker::make(Placement const& placement) const {
     if (diameters) {
         cloud.sizes = system->addChannel("size", ParticleChannel_v2::SCALAR);
     }
-    system->addParticles(static_cast<unsigned int>(choice->count * _copyCount()));
-
     Point const center = placement.center;
     double const scale = placement.scale;
     Turn const turn = placement.turn;
@@ -354,18 +373,32 @@ ParticleCloud CloudMaker::make(Placement const& placement) const {
     for (std::size_t copy = 0; copy < _copyCount(); ++copy) {
         shifts.push_back(_shift(copy));
     }
-    _fill(*system, vectorsOf, ParticleCloud::POSITIONS, [&](std::size_t i, std::size_t copy) {
-        return convert<float>(turn((places[i] - center + shifts[copy]) * scale));
-    });
-    if (auto const shown = _shown(turn)) {
-        _fill(*system, vectorsOf, ParticleCloud::SHOWN, [&](std::size_t i, std::size_t) { return shown(i); });
-    }
-    if (colors) {
-        _fill(*system, vectorsOf, *cloud.colors, [&](std::size_t i, std::size_t) { return colors(i); });
-    }
-    if (diameters) {
-        _fill(*system, floatsOf, *cloud.sizes,
-              [&](std::size_t i, std::size_t) { return static_cast<float>(diameters(i) * scale); });
+    auto const shown = _shown(turn);
+    // Whoever fills and gives back by turns never has both, the frame and the whole system.
+    constexpr std::size_t RECORDS_AT_ONCE = std::size_t{64} * ParticleSystemChunk_v2::CAPACITY;
+    bool const isPassed = used != nullptr && order.empty() && _copyCount() == 1;
+    std::size_t const all = choice->count * _copyCount();
+    for (std::size_t done = 0; done < all;) {
+        std::size_t const next = std::min(all, done + RECORDS_AT_ONCE);
+        std::vector<Part> const parts = _add(*system, done, next);
+        _fill(parts, vectorsOf, ParticleCloud::POSITIONS, [&](std::size_t i, std::size_t copy) {
+            return convert<float>(turn((places[i] - center + shifts[copy]) * scale));
+        });
+        if (shown) {
+            _fill(parts, vectorsOf, ParticleCloud::SHOWN,
+                  [&](std::size_t i, std::size_t) { return shown(i); });
+        }
+        if (colors) {
+            _fill(parts, vectorsOf, *cloud.colors, [&](std::size_t i, std::size_t) { return colors(i); });
+        }
+        if (diameters) {
+            _fill(parts, floatsOf, *cloud.sizes,
+                  [&](std::size_t i, std::size_t) { return static_cast<float>(diameters(i) * scale); });
+        }
+        if (isPassed) {
+            releaseParticles(*used, (*choice)[done], (*choice)[next - 1] + 1);
+        }
+        done = next;
     }
 
     cloud.name = frame.file.substr(frame.file.find_last_of('/') + 1);

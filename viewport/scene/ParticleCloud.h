@@ -80,7 +80,9 @@ public:
 
     /// Places the particles in double precision, so that those far away from the file's origin keep their
     /// distances.
-    ParticleCloud make(Placement const& placement) const;
+    /// \param used the frame itself, where nobody needs it behind: its memory is given back meanwhile, and its positions and
+    ///     values are undefined then. Null: it is kept.
+    ParticleCloud make(Placement const& placement, ParticleFrame* used = nullptr) const;
 
     /// Which particles the records of make() are. Takes four bytes for each particle where some are left out or the order
     /// is another one, and nothing else.
@@ -102,8 +104,15 @@ private:
     ColorOf _colors() const;
     std::function<Vector3<float>(std::size_t)> _shown(Turn const& turn) const;
 
+    /// A chunk of the system to be filled.
+    struct Part {
+        ParticleSystemChunk_v2* chunk;
+        std::size_t first;  // record of it
+    };
+
+    static std::vector<Part> _add(ParticleSystem_v2& system, std::size_t first, std::size_t end);
     template <class Element, class Value>
-    void _fill(ParticleSystem_v2& system, Element* (*elementsOf)(ParticleSystemChunk_v2&, unsigned int),
+    void _fill(std::vector<Part> const& parts, Element* (*elementsOf)(ParticleSystemChunk_v2&, unsigned int),
                unsigned int channel, Value const& value) const;
 
     ParticleFrame const& frame;

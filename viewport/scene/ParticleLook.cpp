@@ -751,11 +751,13 @@ void ParticleLook::dropUnused(ParticleFrame& frame) const {
     }
     bool const isOfVelocity = scale && (scale->name == Quantity::SPEED_NAME || scale->name == "vx" ||
                                         scale->name == "vy" || scale->name == "vz");
-    for (ParticleVector const& vector : frame.vectors) {
+    for (ParticleVector& vector : frame.vectors) {
         bool const isShown = scale && (scale->name == vector.name ||
                                        (isOfVelocity && vector.name == ParticleVector::VELOCITY));
         if (isShown || vector.name == arrows) {
             useColumns(vector.columns);
+        } else {
+            ValueList<double>().swap(vector.lengths);
         }
     }
     if (coloring == ParticleColoring::OWN && frame.colors) {

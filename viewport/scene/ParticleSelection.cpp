@@ -234,6 +234,16 @@ std::optional<Fault> ParticleSelection::_read() {
     return tokens.empty() ? std::optional<Fault>(_fault("is empty", 0)) : std::nullopt;
 }
 
+std::vector<std::string> ParticleSelection::names() const {
+    std::vector<std::string> names;
+    for (Token const& token : tokens) {
+        if (token.kind == Kind::NAME) {
+            names.push_back(token.text);
+        }
+    }
+    return names;
+}
+
 /// \param frame null: any name will do
 Result<ParticleSelection::Program> ParticleSelection::_compile(ParticleFrame const* frame,
                                                                ParticlePlaces const* places) const {

@@ -26,6 +26,9 @@ public:
     /// A fault says where the expression is no such expression; which names there are is not known yet.
     static Result<ParticleSelection> parse(std::string const& expression);
 
+    /// All names that it asks for.
+    std::vector<std::string> names() const;
+
     /// Drops the particles that it does not hold for. A fault where the frame lacks a name.
     /// \param particles indices of particles
     std::optional<Fault> apply(ParticleFrame const& frame, ParticlePlaces const& places,

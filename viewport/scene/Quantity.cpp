@@ -80,9 +80,10 @@ std::optional<Quantity> Quantity::find(ParticleFrame const& frame, ParticlePlace
 
 Quantity Quantity::lengthOf(ParticleFrame const& frame, ParticleVector const& vector) {
     Quantity quantity;
-    quantity.kind = Kind::LENGTH;
+    quantity.kind = vector.lengths.empty() ? Kind::LENGTH : Kind::CHANNEL;
     for (std::size_t axis = 0; axis < 3; ++axis) {
-        quantity.columns[axis] = frame.channels[vector.columns[axis]].values.data();
+        quantity.columns[axis] = vector.lengths.empty() ? frame.channels[vector.columns[axis]].values.data()
+                                                        : vector.lengths.data();
     }
     std::string const& unit = frame.channels[vector.columns[0]].unit;
     bool const isCommon = std::all_of(vector.columns.begin(), vector.columns.end(), [&](std::size_t column) {
@@ -90,12 +91,6 @@ Quantity Quantity::lengthOf(ParticleFrame const& frame, ParticleVector const& ve
     });
     quantity.unitText = isCommon ? unit : std::string();
     return quantity;
-}
-
-/// std::hypot of three numbers takes infinities for undefined.
-double Quantity::_unusualLength(double x, double y, double z) {
-    bool const isUndefined = std::isnan(x) || std::isnan(y) || std::isnan(z);
-    return isUndefined ? std::nan("") : std::hypot(std::hypot(x, y), z);
 }
 
 std::vector<std::string> Quantity::names(ParticleFrame const& frame) {

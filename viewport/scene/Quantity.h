@@ -1,9 +1,9 @@
 #pragma once
 
 #include "viewport/files/particles/ParticleFrame.h"
+#include "viewport/files/particles/vector_length.h"
 #include "viewport/scene/ParticlePlaces.h"
 
-#include <cmath>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -11,7 +11,7 @@
 
 namespace vellum::viewport {
 
-/// The vector of a particle.
+/// The vector of a particle. The values of its channels are kept.
 inline Vector3<double> vectorOf(ParticleFrame const& frame, ParticleVector const& vector,
                                 std::size_t particle) {
     return {frame.channels[vector.columns[0]].values[particle],
@@ -50,7 +50,7 @@ public:
         case Kind::CHANNEL:
             return columns[0][particle];
         case Kind::LENGTH:
-            return _length(particle);
+            return vectorLength(columns[0][particle], columns[1][particle], columns[2][particle]);
         case Kind::X:
             return (*places)[particle].x;
         case Kind::Y:
@@ -63,16 +63,6 @@ public:
 
 private:
     enum class Kind { CHANNEL, LENGTH, X, Y, Z };
-
-    double _length(std::size_t particle) const {
-        double const x = columns[0][particle];
-        double const y = columns[1][particle];
-        double const z = columns[2][particle];
-        double const square = x * x + y * y + z * z;
-        // Most squares are neither infinite nor so small that digits are lost; the others take longer.
-        return square > 1e-290 && square < 1e300 ? std::sqrt(square) : _unusualLength(x, y, z);
-    }
-    static double _unusualLength(double x, double y, double z);
 
     Kind kind = Kind::CHANNEL;
     double const* columns[3] = {};           // of the channel, or of the vector's components

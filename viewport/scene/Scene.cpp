@@ -80,7 +80,7 @@ Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const
                              std::move(points)});
     }
     for (std::size_t i = 0; i < particles.size(); ++i) {
-        cloudList.push_back(makers[i].make(place));
+        cloudList.push_back(makers[i].make(place, frames == Frames::DROPPED ? &particles[i] : nullptr));
         if (frames == Frames::KEPT) {
             cloudList.back().records = makers[i].records();
             frameList.push_back(std::move(particles[i]));

@@ -304,3 +304,31 @@ TEST(Content, aFileWithASingleFrameStandsStillBesideOthers) {
     options.particles.frame = 3;
     EXPECT_THAT(load({still, moving}, options).fault().line(), HasSubstr("a.xyz: has no frame 3"));
 }
+
+TEST(Content, valuesAreLeftOutForOnePictureOfOneFileAlone) {
+    TemporaryFolder const folder;
+    std::string const file = folder.file("a.dump");
+    folder.write("a.dump",
+                 "ITEM: TIMESTEP\n0\nITEM: NUMBER OF ATOMS\n2\nITEM: BOX BOUNDS pp pp pp\n0 1\n0 1\n0 1\n"
+                 "ITEM: ATOMS id type x y z vx vy vz\n1 1 0 0 0 2 3 6\n2 2 1 1 1 0 0 1\n");
+    auto const keepsAll = [](Result<Content> const& content) {
+        ParticleFrame const& frame = content.value().particles.front();
+        bool const hasValues = !frame.channel("vx")->values.empty() && !frame.channel("id")->values.empty();
+        EXPECT_EQ(frame.vectors.front().lengths.empty(), hasValues);
+        return hasValues;
+    };
+    Options picture;
+    picture.pictures.front().out = "a.png";
+    EXPECT_FALSE(keepsAll(load({file}, picture)));
+    EXPECT_TRUE(keepsAll(load({file, file}, picture))) << "they share what they show";
+    EXPECT_TRUE(keepsAll(load({file}))) << "a window";
+    Options described = picture;
+    described.info = InfoForm::TEXT;
+    EXPECT_TRUE(keepsAll(load({file}, described)));
+    Options picking = picture;
+    picking.pictures.front().pick = Pixel{1, 1};
+    EXPECT_TRUE(keepsAll(load({file}, picking)));
+    Options film = picture;
+    film.film.turn = 4;
+    EXPECT_TRUE(keepsAll(load({file}, film)));
+}

@@ -8,4 +8,8 @@ namespace vellum::viewport {
 /// nothing changes where the system has none, and the content stays.
 void preferLargePages(void const* start, std::size_t bytes);
 
+/// Gives the memory of whole pages back whose content nobody looks at any more. It may be written again; what it holds until then
+/// is undefined.
+void releasePages(void* start, std::size_t bytes);
+
 }  // namespace vellum::viewport

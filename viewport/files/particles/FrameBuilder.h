@@ -1,8 +1,10 @@
 #pragma once
 
+#include "viewport/files/particles/NeededValues.h"
 #include "viewport/files/particles/ParticleFrame.h"
 #include "viewport/files/particles/WordList.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -31,8 +33,8 @@ struct TableColumn {
 
 /// Where the rows of a column are written. Both are null where they are not kept.
 struct ColumnPlace {
-    double* numbers = nullptr;
-    std::size_t step = 1;  ///< from a number to that of the next row
+    double* numbers = nullptr;  ///< null also of a column whose values nobody needs
+    std::size_t step = 1;       ///< from a number to that of the next row
     std::uint32_t* words = nullptr;
 };
 
@@ -59,7 +61,9 @@ bool useColumns(std::vector<TableColumn>& columns, std::string_view const (&name
 class FrameBuilder {
 public:
     /// Reserves memory for `rowCount` rows, a number that the caller has checked; more may be added.
-    FrameBuilder(std::vector<TableColumn> const& columns, std::size_t rowCount, ParticleFrame& frame);
+    /// \param choose which values are kept; ids are kept until the particles are sorted
+    FrameBuilder(std::vector<TableColumn> const& columns, std::size_t rowCount, ParticleFrame& frame,
+                 ChooseValues const& choose = {});
 
     /// Positions are fractions of the box's edges, not lengths.
     void placeInto(ParticleBox const& box) { this->box = box; }
@@ -89,8 +93,9 @@ public:
     /// Takes the rows from `from` on down to `to`, which is not behind it: those between are lost, as are the last ones.
     void moveRows(std::size_t from, std::size_t count, std::size_t to);
 
-    /// Makes lengths of the written positions of some rows where they are fractions. Several threads may do this, each with
-    /// rows of its own.
+    /// Makes lengths of the written positions of some rows where they are fractions, and takes the lengths of vectors whose
+    /// components are not kept. To be called for all rows before others are added. Several threads may do this, each with rows
+    /// of its own.
     void placeRows(std::size_t first, std::size_t count);
 
     /// Whether a number can be the id of a particle: it is whole and at most 2^53.
@@ -108,6 +113,13 @@ public:
     void finish();
 
 private:
+    /// A vector whose lengths are kept: where its components are.
+    struct MeasuredVector {
+        std::size_t vector;   // of the frame
+        bool isTemporary[3];  // the component is in the rows that were added last alone
+    };
+
+    void _choose(ChooseValues const& choose);
     std::vector<ColumnPlace> _placesFrom(std::size_t first);
     Vector3<double> _placed(Vector3<double> const& position) const;
 
@@ -121,8 +133,13 @@ private:
     std::vector<std::size_t> labelColumns;    // one for each labels of the frame
     std::vector<std::size_t> labelIndices;    // one for each column: of its labels
     std::vector<WordList> wordLists;          // one for each labels of the frame
+    std::vector<bool> areKept;                // of each channel
+    std::vector<MeasuredVector> measured;
+    std::vector<ValueList<double>> temporary;  // one for each channel: of the rows that were added last
+    std::size_t temporaryRow = 0;              // the first of those
     std::optional<std::size_t> idColumn;
     std::size_t idChannel = 0;
+    bool areIdsKept = true;
 };
 
 }  // namespace vellum::viewport

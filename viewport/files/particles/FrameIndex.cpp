@@ -12,9 +12,10 @@ namespace {
 
 using Damage = std::optional<TextDamage>;
 
-TableRows rowsOf(FrameHead const& head, Progress const& progress) {
+TableRows rowsOf(FrameHead const& head, ChooseValues const& choose, Progress const& progress) {
     TableRows rows(head.columns, ' ');
     rows.report(progress);
+    rows.keep(choose);
     rows.endAt(head.nextFrameMark);
     if (head.isScaled) {
         rows.placeInto(*head.frame.box);
@@ -37,12 +38,12 @@ FrameHead newHead(std::size_t number) {
 }
 
 /// Reads the frame that begins there.
-Damage readAt(TextLines from, std::size_t number, ReadFrameHead const& readHead, Progress const& progress,
-              ParticleFrame& frame) {
+Damage readAt(TextLines from, std::size_t number, ReadFrameHead const& readHead, ChooseValues const& choose,
+              Progress const& progress, ParticleFrame& frame) {
     FrameHead head = newHead(number);
     Damage damage = readHead(from, head);
     if (!damage) {
-        damage = rowsOf(head, progress).read(from, head.count, head.frame);
+        damage = rowsOf(head, choose, progress).read(from, head.count, head.frame);
         frame = std::move(head.frame);
     }
     return damage;
@@ -60,8 +61,8 @@ void fillIn(FrameIndex::Places const& places, std::optional<std::size_t> const& 
 class FrameSearch {
 public:
     FrameSearch(std::string_view text, std::optional<std::size_t> wanted, ReadFrameHead const& readHead,
-                Progress const& progress)
-        : lines(text), wanted(wanted), readHead(readHead) {
+                ChooseValues const& choose, Progress const& progress)
+        : lines(text), wanted(wanted), readHead(readHead), choose(choose) {
         if (progress) {
             // Frames may be read again, and progress must not go back.
             onward = [this, &progress](std::uint64_t done, std::uint64_t all) {
@@ -100,7 +101,7 @@ private:
         }
         timestep = head.frame.timestep;
         time = head.frame.time;
-        TableRows rows = rowsOf(head, onward);
+        TableRows rows = rowsOf(head, choose, onward);
         TextLines const rowsStart = lines;
         // A frame that is probably shown is read at once, which spares single frames the counting of their
         // rows.
@@ -115,7 +116,7 @@ private:
         } else if (number != wanted) {
             // It was read on suspicion: whether its values matter is known at the end of the text.
             lines = rowsStart;
-            if (rowsOf(head, onward).skip(lines, head.count)) {
+            if (rowsOf(head, choose, onward).skip(lines, head.count)) {
                 return std::nullopt;
             }
         }
@@ -158,7 +159,7 @@ private:
         }
         parsed.reset();
         ParticleFrame frame;
-        Damage damage = readAt(places.starts[number], number, readHead, onward, frame);
+        Damage damage = readAt(places.starts[number], number, readHead, choose, onward, frame);
         if (!damage) {
             parsed = Parsed{number, std::move(frame)};
         }
@@ -173,6 +174,7 @@ private:
     TextLines lines;
     std::optional<std::size_t> wanted;
     ReadFrameHead const& readHead;
+    ChooseValues const& choose;
     Progress onward;
     std::uint64_t furthest = 0;  // that was reported
     FrameIndex::Places places;
@@ -185,7 +187,7 @@ private:
 
 Result<LoadedFrame> FrameIndex::load(std::optional<std::size_t> const& wanted, Progress const& progress) {
     if (!places) {
-        FrameSearch search(text, wanted, readHead, progress);
+        FrameSearch search(text, wanted, readHead, choose, progress);
         Result<LoadedFrame> result = search.run();
         if (result.isOk()) {
             places = std::move(search.found());
@@ -214,7 +216,7 @@ Result<LoadedFrame> FrameIndex::_loadAt(std::size_t number, Progress const& prog
             progress(std::min(done - first, size), size);
         };
     }
-    if (Damage const damage = readAt(start, number, readHead, ofFrame, result.frame)) {
+    if (Damage const damage = readAt(start, number, readHead, choose, ofFrame, result.frame)) {
         return Fault{{}, damage->message()};
     }
     return result;
@@ -222,7 +224,7 @@ Result<LoadedFrame> FrameIndex::_loadAt(std::size_t number, Progress const& prog
 
 Result<LoadedFrame> readFrame(std::string_view text, std::optional<std::size_t> wanted,
                               ReadFrameHead const& readHead, Progress const& progress) {
-    return FrameSearch(text, wanted, readHead, progress).run();
+    return FrameSearch(text, wanted, readHead, {}, progress).run();
 }
 
 std::string lastLineWarning(TextLines const& lines) {

@@ -2,6 +2,7 @@
 
 #include "viewport/files/common/Progress.h"
 #include "viewport/files/particles/FrameBuilder.h"
+#include "viewport/files/particles/NeededValues.h"
 #include "viewport/files/particles/ParticleFrame.h"
 #include "viewport/text/Fault.h"
 #include "viewport/text/TextLines.h"
@@ -50,7 +51,9 @@ class FrameIndex {
 public:
     /// \param text must outlive the index
     /// \param readHead is called for the first frame before any other one
-    FrameIndex(std::string_view text, ReadFrameHead readHead) : text(text), readHead(std::move(readHead)) {}
+    /// \param choose which values of a frame are kept
+    FrameIndex(std::string_view text, ReadFrameHead readHead, ChooseValues choose = {})
+        : text(text), readHead(std::move(readHead)), choose(std::move(choose)) {}
 
     /// See LoadFrame.
     Result<LoadedFrame> load(std::optional<std::size_t> const& wanted, Progress const& progress);
@@ -68,6 +71,7 @@ private:
 
     std::string_view text;
     ReadFrameHead readHead;
+    ChooseValues choose;
     std::optional<Places> places;  // nothing: the text has not been passed to its end
 };
 

@@ -92,7 +92,8 @@ std::string_view magicAt(std::string_view bytes) {
 
 class BinaryDump {
 public:
-    explicit BinaryDump(std::string_view file) : whole(file), bytes(whole) {
+    explicit BinaryDump(std::string_view file, ChooseValues choose = {})
+        : choose(std::move(choose)), whole(file), bytes(whole) {
         bytes.setBigEndian(_isBigEndian());
         whole.setBigEndian(bytes.isBigEndian());
     }
@@ -341,7 +342,7 @@ private:
             column.use = column.use == ColumnUse::CHANNEL ? ColumnUse::NUMBER : column.use;
         }
         result.frame = std::move(head.frame);
-        FrameBuilder builder(layout->columns, static_cast<std::size_t>(head.count), result.frame);
+        FrameBuilder builder(layout->columns, static_cast<std::size_t>(head.count), result.frame, choose);
         if (layout->isScaled) {
             builder.placeInto(*result.frame.box);
         }
@@ -387,6 +388,7 @@ private:
         return isOfAtoms;
     }
 
+    ChooseValues choose;
     Bytes whole;
     Bytes bytes;
     std::string units;          // named by the first frame alone
@@ -413,8 +415,8 @@ Result<LoadedFrame> readLammpsBinary(std::string_view bytes, std::optional<std::
     return BinaryDump(bytes).load(frame, progress);
 }
 
-LoadFrame openLammpsBinary(std::string_view bytes) {
-    auto const dump = std::make_shared<BinaryDump>(bytes);
+LoadFrame openLammpsBinary(std::string_view bytes, ChooseValues const& choose) {
+    auto const dump = std::make_shared<BinaryDump>(bytes, choose);
     return [dump](std::optional<std::size_t> const& frame, Progress const& progress) {
         return dump->load(frame, progress);
     };

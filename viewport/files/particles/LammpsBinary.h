@@ -27,6 +27,7 @@ Result<LoadedFrame> readLammpsBinary(std::string_view bytes, std::optional<std::
                                      Progress const& progress);
 
 /// The same for several frames of one dump, whose bytes must outlive it: the dump is passed once.
-LoadFrame openLammpsBinary(std::string_view bytes);
+/// \param choose which values are kept
+LoadFrame openLammpsBinary(std::string_view bytes, ChooseValues const& choose = {});
 
 }  // namespace vellum::viewport

@@ -190,10 +190,11 @@ Result<LoadedFrame> readLammpsDump(std::string_view text, std::optional<std::siz
     return openLammpsDump(text)(frame, progress);
 }
 
-LoadFrame openLammpsDump(std::string_view text) {
+LoadFrame openLammpsDump(std::string_view text, ChooseValues const& choose) {
     auto const units = std::make_shared<std::string>();
     auto const index = std::make_shared<FrameIndex>(
-        text, [units](TextLines& lines, FrameHead& head) { return HeadReader(lines, head, *units).read(); });
+        text, [units](TextLines& lines, FrameHead& head) { return HeadReader(lines, head, *units).read(); },
+        choose);
     return [index](std::optional<std::size_t> const& frame, Progress const& progress) {
         return index->load(frame, progress);
     };

@@ -27,6 +27,7 @@ Result<LoadedFrame> readLammpsDump(std::string_view text, std::optional<std::siz
                                    Progress const& progress);
 
 /// The same for several frames of one text, which must outlive it: the text is passed once.
-LoadFrame openLammpsDump(std::string_view text);
+/// \param choose which values are kept
+LoadFrame openLammpsDump(std::string_view text, ChooseValues const& choose = {});
 
 }  // namespace vellum::viewport

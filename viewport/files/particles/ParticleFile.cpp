@@ -77,7 +77,8 @@ bool mayHoldSeveral(ParticleFormat format) {
 }
 
 /// \param known nothing: what the content shows
-Result<LoadFrame> openBytes(std::string_view bytes, std::optional<ParticleFormat> const& known) {
+Result<LoadFrame> openBytes(std::string_view bytes, std::optional<ParticleFormat> const& known,
+                            ChooseValues const& choose) {
     if (!known && isPly(bytes)) {
         // Not asked for its format first: the faults of the reader say more, as that the file is a mesh.
         return openSingle(bytes, readPlyPoints);
@@ -88,13 +89,13 @@ Result<LoadFrame> openBytes(std::string_view bytes, std::optional<ParticleFormat
     }
     switch (*format) {
     case ParticleFormat::LAMMPS_DUMP:
-        return openLammpsDump(bytes);
+        return openLammpsDump(bytes, choose);
     case ParticleFormat::LAMMPS_BINARY:
-        return openLammpsBinary(bytes);
+        return openLammpsBinary(bytes, choose);
     case ParticleFormat::LAMMPS_DATA:
         return openSingle(bytes, readLammpsData);
     case ParticleFormat::XYZ:
-        return openXyz(bytes);
+        return openXyz(bytes, choose);
     case ParticleFormat::PLY:
         return openSingle(bytes, readPlyPoints);
     case ParticleFormat::LAS:
@@ -130,6 +131,7 @@ std::string joined(std::string const& warning, std::string const& more) {
 /// What is known of a file's content, and what of it stays in memory.
 struct ParticleFile::Opened {
     std::mutex mutex;
+    ChooseValues choose;
     /// The whole text is held in memory: the frames of a compressed file cannot be found again without
     /// uncompressing it from the start.
     std::optional<DecompressedText> text;
@@ -159,7 +161,7 @@ struct ParticleFile::Opened {
                 }
                 text = std::move(found.value());
             }
-            Result<LoadFrame> source = openBytes(text ? text->buffer.bytes() : bytes, format);
+            Result<LoadFrame> source = openBytes(text ? text->buffer.bytes() : bytes, format, choose);
             if (source.isOk()) {
                 frames = std::move(source.value());
             } else {
@@ -234,8 +236,11 @@ std::vector<std::string> particleFormatNames() {
 ParticleFile::ParticleFile(std::string const& path, std::optional<ParticleFormat> format)
     : file(InputFile::open(path)), opened(std::make_shared<Opened>()), known(format) {}
 
-ParticleFile::ParticleFile(InputFile const& file, std::optional<ParticleFormat> format)
-    : file(file), opened(std::make_shared<Opened>()), known(format) {}
+ParticleFile::ParticleFile(InputFile const& file, std::optional<ParticleFormat> format,
+                           ChooseValues const& choose)
+    : file(file), opened(std::make_shared<Opened>()), known(format) {
+    opened->choose = choose;
+}
 
 Result<ParticleFormat> ParticleFile::format() const {
     if (!file.isOk()) {

@@ -2,6 +2,7 @@
 
 #include "viewport/files/common/InputFile.h"
 #include "viewport/files/common/Progress.h"
+#include "viewport/files/particles/NeededValues.h"
 #include "viewport/files/particles/ParticleFrame.h"
 #include "viewport/text/Fault.h"
 
@@ -60,7 +61,9 @@ public:
     explicit ParticleFile(std::string const& path, std::optional<ParticleFormat> format = std::nullopt);
 
     /// A file that is open already, such as a pipe.
-    explicit ParticleFile(InputFile const& file, std::optional<ParticleFormat> format = std::nullopt);
+    /// \param choose which values its frames keep. Formats for few particles, those of a single frame, keep all.
+    explicit ParticleFile(InputFile const& file, std::optional<ParticleFormat> format = std::nullopt,
+                          ChooseValues const& choose = {});
 
     /// Looks at the file's beginning only. A file that cannot be read or is not a particle file is a fault.
     Result<ParticleFormat> format() const;

@@ -125,6 +125,9 @@ void arrangeAll(ParticleFrame& frame, ValueList<double> const& ids) {
     for (ParticleChannel& each : frame.channels) {
         arrange(each.values, order, spareValues);
     }
+    for (ParticleVector& each : frame.vectors) {
+        arrange(each.lengths, order, spareValues);
+    }
     ValueList<std::uint32_t> spareIndices;
     for (ParticleLabels& each : frame.labels) {
         arrange(each.indices, order, spareIndices);

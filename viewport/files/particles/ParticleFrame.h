@@ -24,7 +24,7 @@ struct ParticleBox {
 /// One number for each particle.
 struct ParticleChannel {
     std::string name;          ///< as the file has it, without its unit
-    ValueList<double> values;  ///< NaN where the file has none
+    ValueList<double> values;  ///< NaN where the file has none; empty: not kept, see NeededValues
     std::string unit;          ///< as the file has it, "m/s"; empty: it has none
 };
 
@@ -32,6 +32,7 @@ struct ParticleChannel {
 struct ParticleVector {
     std::string name;                    ///< VELOCITY, or what the names of the three columns have in common
     std::array<std::size_t, 3> columns;  ///< indices of channels
+    ValueList<double> lengths = {};      ///< of each; empty: those of the channels' values, which are kept
 
     static constexpr char VELOCITY[] = "velocity";
 };

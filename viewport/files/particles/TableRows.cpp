@@ -70,7 +70,7 @@ std::optional<TextDamage> TableRows::_read(TextLines& lines, std::optional<std::
         bytesPerRow = static_cast<double>(first.size() + 1);
         _findTexts(first);
     }
-    FrameBuilder builder(form.columns, static_cast<std::size_t>(expectedRows), frame);
+    FrameBuilder builder(form.columns, static_cast<std::size_t>(expectedRows), frame, choose);
     if (box) {
         builder.placeInto(*box);
     }

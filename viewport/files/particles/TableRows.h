@@ -40,6 +40,9 @@ public:
     /// What follows this mark in a row is no part of it.
     void allowComments(char mark) { form.commentMark = mark; }
 
+    /// Which values of the frame are kept; empty: all. Not together with allowMissing(), which looks at them.
+    void keep(ChooseValues const& choose) { this->choose = choose; }
+
     /// Called with the bytes of the text; may be empty.
     void report(Progress const& progress) { this->progress = progress; }
 
@@ -72,6 +75,7 @@ private:
     TableForm form;
     std::optional<ParticleBox> box;
     std::string_view mark;
+    ChooseValues choose;
     Progress progress;
     BytesAtOnce atOnce;
     double bytesPerRow = 1;         // of those read so far, or of the first one

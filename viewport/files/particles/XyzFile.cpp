@@ -230,8 +230,8 @@ Result<LoadedFrame> readXyz(std::string_view text, std::optional<std::size_t> fr
     return readFrame(text, frame, readHead, progress);
 }
 
-LoadFrame openXyz(std::string_view text) {
-    auto const index = std::make_shared<FrameIndex>(text, readHead);
+LoadFrame openXyz(std::string_view text, ChooseValues const& choose) {
+    auto const index = std::make_shared<FrameIndex>(text, readHead, choose);
     return [index](std::optional<std::size_t> const& frame, Progress const& progress) {
         return index->load(frame, progress);
     };

@@ -29,6 +29,7 @@ Result<LoadedFrame> readXyz(std::string_view text, std::optional<std::size_t> fr
                             Progress const& progress);
 
 /// The same for several frames of one text, which must outlive it: the text is passed once.
-LoadFrame openXyz(std::string_view text);
+/// \param choose which values are kept
+LoadFrame openXyz(std::string_view text, ChooseValues const& choose = {});
 
 }  // namespace vellum::viewport
