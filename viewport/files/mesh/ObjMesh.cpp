@@ -1,7 +1,10 @@
 #include "viewport/files/mesh/ObjMesh.h"
 
+#include "viewport/files/common/LineSlices.h"
+#include "viewport/files/common/read_pieces.h"
 #include "viewport/files/mesh/CornerTable.h"
 #include "viewport/files/mesh/MtlFile.h"
+#include "viewport/files/mesh/ObjPiece.h"
 #include "viewport/files/mesh/PolygonCutter.h"
 #include "viewport/files/mesh/default_color.h"
 #include "viewport/files/mesh/points.h"
@@ -27,8 +30,7 @@ namespace vellum::viewport {
 namespace {
 
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
-constexpr float NO_COLOR = -1;         // red of a vertex without a color
-constexpr double LARGEST_PART = 1e30;  // of a color, before it is scaled
+constexpr float NO_COLOR = -1;  // red of a vertex without a color
 
 /// What an index of a corner names.
 enum Kind { POSITION, TEXTURE, NORMAL, KIND_COUNT };
@@ -181,11 +183,10 @@ public:
 
     Result<MeshData> read() {
         while (!fault && here != end) {
-            statement = here;
-            _readStatement();
-            _skipLine();
-            pace.at(static_cast<std::uint64_t>(here - start));
+            // Pieces end at line feeds.
+            feed == '\n' ? _readPieces() : _readNext();
         }
+        pieces = {};
         if (!fault) {
             _checkForwardIndices();
         }
@@ -200,7 +201,128 @@ public:
     }
 
 private:
+    // == Pieces ==
+
+    /// Some text, of which all cores read the pieces first.
+    void _readPieces() {
+        std::vector<LineSlice> const slices =
+            sliceLines(wholeLines({here, static_cast<std::size_t>(end - here)}, atOnce.next()));
+        pieces.resize(slices.size());
+        for (std::size_t i = 0; i < slices.size(); ++i) {
+            pieces[i].text = slices[i].text;
+        }
+        static_cast<void>(readPieces(pieces, [this](TextPiece& each) {
+            each.content.read(each.text, end);
+            return true;
+        }));
+        for (TextPiece const& each : pieces) {
+            // A line may go on from one piece into the next, which was not read as what it is then.
+            if (fault || here != each.text.data()) {
+                return;
+            }
+            _take(each.content);
+            char const* const pieceEnd = each.text.data() + each.text.size();
+            here = fault || each.content.stop == nullptr ? pieceEnd : each.content.stop;
+            while (!fault && here < pieceEnd) {
+                _readNext();
+            }
+            pace.at(static_cast<std::uint64_t>(here - start));
+        }
+    }
+
+    void _take(ObjPiece const& piece) {
+        Vector3<double> const* position = piece.positions.data();
+        Color4<float> const* color = piece.colors.data();
+        Vector2<float> const* texture = piece.textures.data();
+        Vector3<float> const* normal = piece.normals.data();
+        ObjPiece::Face const* face = piece.faces.data();
+        ObjPiece::Corner const* corner = piece.corners.data();
+        char const* const* other = piece.others.data();
+        auto const append = [](auto& list, auto const*& next, std::size_t count) {
+            list.insert(list.end(), next, next + count);
+            next += count;
+        };
+        for (ObjPiece::Run const& run : piece.runs) {
+            switch (run.kind) {
+            case ObjPiece::Kind::COLORED_POSITIONS:
+                lists.colors.resize(lists.positions.size(), {NO_COLOR, 0, 0, 0});
+                append(lists.colors, color, run.count);
+                append(lists.positions, position, run.count);
+                break;
+            case ObjPiece::Kind::POSITIONS:
+                append(lists.positions, position, run.count);
+                break;
+            case ObjPiece::Kind::TEXTURES:
+                append(lists.textures, texture, run.count);
+                break;
+            case ObjPiece::Kind::NORMALS:
+                append(lists.normals, normal, run.count);
+                break;
+            case ObjPiece::Kind::FACES:
+                for (std::size_t i = 0; i < run.count && !fault; ++i, ++face) {
+                    _takeFace(*face, corner, run.hasPairs);
+                    corner += face->corners;
+                }
+                break;
+            case ObjPiece::Kind::OTHERS:
+                for (std::size_t i = 0; i < run.count && !fault; ++i, ++other) {
+                    here = *other;
+                    _readNext();
+                }
+                break;
+            }
+            if (fault) {
+                return;
+            }
+        }
+    }
+
+    void _takeFace(ObjPiece::Face const& face, ObjPiece::Corner const* from, bool hasPairs) {
+        bool const mayBeNormals = hasPairs && lists.textures.empty() && !lists.normals.empty();
+        bool const isSmall = table.size() + face.corners <= MeshData::LARGEST_COUNT &&
+                             mesh.triangles.size() + face.corners <= MeshData::LARGEST_COUNT;
+        placed.resize(face.corners);
+        bool isPlain = isSmall && !mayBeNormals;
+        for (std::size_t i = 0; i < face.corners && isPlain; ++i) {
+            CornerTable::Corner& corner = placed[i];
+            corner.material = material;
+            isPlain = _place(from[i].indices[POSITION], POSITION, corner.vertex) &&
+                      _place(from[i].indices[TEXTURE], TEXTURE, corner.texture) &&
+                      _place(from[i].indices[NORMAL], NORMAL, corner.normal);
+        }
+        if (!isPlain) {
+            here = face.statement;
+            _readNext();
+            return;
+        }
+        corners.resize(face.corners);
+        for (std::size_t i = 0; i < face.corners; ++i) {
+            corners[i] = table.indexOf(placed[i]);
+        }
+        _addFace();
+    }
+
+    /// The place in the list that an index of a piece means. \return false where the list does not have it so far.
+    bool _place(std::int32_t index, Kind kind, std::uint32_t& place) const {
+        if (index == 0) {
+            place = CornerTable::NONE;
+            return true;
+        }
+        auto const count = static_cast<std::int64_t>(lists.size(kind));
+        std::int64_t const found = index > 0 ? std::int64_t{index} - 1 : count + index;
+        place = static_cast<std::uint32_t>(found);
+        return found >= 0 && found < count;
+    }
+
     // == Statements ==
+
+    /// Reads the statement here and goes on to the next one.
+    void _readNext() {
+        statement = here;
+        _readStatement();
+        _skipLine();
+        pace.at(static_cast<std::uint64_t>(here - start));
+    }
 
     void _readStatement() {
         _skipBlanks();
@@ -328,8 +450,8 @@ private:
         if (count >= 6) {
             double const* const c = hasWeight ? n + 4 : n + 3;
             lists.colors.resize(lists.positions.size(), {NO_COLOR, 0, 0, 0});
-            float const opacity = count >= 7 ? _part(c[3]) : 1.0F;
-            lists.colors.push_back({_part(c[0]), _part(c[1]), _part(c[2]), opacity});
+            float const opacity = count >= 7 ? objColorPart(c[3]) : 1.0F;
+            lists.colors.push_back({objColorPart(c[0]), objColorPart(c[1]), objColorPart(c[2]), opacity});
         }
         lists.positions.push_back(position);
     }
@@ -337,23 +459,13 @@ private:
     void _readNormal() {
         double n[3] = {0, 0, 0};
         _takeNumbers(n, 3);
-        double const size = std::sqrt(n[0] * n[0] + n[1] * n[1] + n[2] * n[2]);
-        bool const isUsable = std::isfinite(size) && size > 0;
-        Vector3<double> const normal = Vector3<double>{n[0], n[1], n[2]} * (1 / size);
-        lists.normals.push_back(isUsable ? convert<float>(normal) : Vector3<float>{0, 0, 0});
+        lists.normals.push_back(objNormal(n[0], n[1], n[2]));
     }
 
     void _readTexture() {
         double n[2] = {0, 0};
         _takeNumbers(n, 2);
-        auto const u = static_cast<float>(n[0]);
-        auto const v = static_cast<float>(n[1]);
-        lists.textures.push_back(std::isfinite(u) && std::isfinite(v) ? Vector2<float>{u, v}
-                                                                      : Vector2<float>{0, 0});
-    }
-
-    static float _part(double value) {
-        return value > 0 ? static_cast<float>(std::min(value, LARGEST_PART)) : 0.0F;
+        lists.textures.push_back(objTexture(n[0], n[1]));
     }
 
     // == Elements ==
@@ -380,9 +492,17 @@ private:
                 _fail("the mesh has too many triangles");
                 return;
             }
-            _markMaterial();
-            cutter.addFan(corners.data(), corners.size(), mesh.triangles);
+            _addFace();
+            return;
         }
+        parts.fill();
+        materials.use(material);
+    }
+
+    /// Adds the polygon of the corners.
+    void _addFace() {
+        _markMaterial();
+        cutter.addFan(corners.data(), corners.size(), mesh.triangles);
         parts.fill();
         materials.use(material);
     }
@@ -788,6 +908,11 @@ private:
         std::uint32_t material;
     };
 
+    struct TextPiece {
+        std::string_view text;
+        ObjPiece content;
+    };
+
     std::string const& path;
     ProgressPace pace;
     char const* start;
@@ -796,6 +921,10 @@ private:
     char feed;
     char const* statement = nullptr;  // the beginning of the line that is read
     std::uint64_t mostOfAKind;        // that a file of this size could have
+
+    BytesAtOnce atOnce;
+    std::vector<TextPiece> pieces;
+    std::vector<CornerTable::Corner> placed;  // of the face that is taken from a piece
 
     Lists lists;
     CornerTable table;

@@ -64,15 +64,18 @@ bool PlyBody::begin(PlyElement const& element) {
     this->element = &element;
     taken = 0;
     columns.clear();
+    std::vector<bool> areLists;
     std::uint64_t least = 0;  // bytes of an item
     for (PlyProperty const& property : element.properties) {
         columns.push_back({property.isList, property.isList ? _typeOf(property.length) : Type::UINT8,
                            _typeOf(property.value)});
+        areLists.push_back(property.isList);
         // In a text a digit and what ends it; behind the very last one there may be nothing.
         least += header.format == PlyFormat::TEXT
                      ? 2
                      : _sizeOf(property.isList ? columns.back().length : columns.back().value);
     }
+    lines.begin(areLists);
     auto const left = static_cast<std::uint64_t>(end - here) + (header.format == PlyFormat::TEXT ? 1 : 0);
     return least == 0 || element.count <= left / least;
 }
@@ -160,6 +163,30 @@ bool PlyBody::_takeText(PlyItem& item) {
         ++taken;
         return true;
     }
+    constexpr std::uint64_t WORTH_READING_AHEAD = 256;
+    for (;;) {
+        bool const isTaken = lines.take(item);
+        here = lines.here() != nullptr ? lines.here() : here;
+        if (isTaken) {
+            itemStart = lines.itemStart();
+            ++taken;
+            return true;
+        }
+        std::uint64_t const left = element->count - std::min(taken, element->count);
+        if (here == end || lines.isStopped() || left < WORTH_READING_AHEAD) {
+            return _takeLine(item);
+        }
+        pace.at(static_cast<std::uint64_t>(here - file.data()));
+        lines.read({here, static_cast<std::size_t>(end - here)}, left);
+        if (firstLongLine == 0 && lines.longLine() != nullptr) {
+            firstLongLine = _lineOf(lines.longLine());
+        }
+    }
+}
+
+/// Where an item is damaged, this is what tells how.
+bool PlyBody::_takeLine(PlyItem& item) {
+    lines.forget();
     if (!_skipToLine()) {
         itemStart = here;
         return _cutOff();

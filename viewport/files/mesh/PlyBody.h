@@ -2,6 +2,8 @@
 
 #include "viewport/files/common/PlyHeader.h"
 #include "viewport/files/common/Progress.h"
+#include "viewport/files/mesh/PlyItem.h"
+#include "viewport/files/mesh/PlyLines.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -11,13 +13,7 @@
 
 namespace vellum::viewport {
 
-/// A vertex, a face or another item of an element.
-struct PlyItem {
-    std::vector<double> numbers;             ///< one per property; those of lists are their lengths
-    std::vector<std::vector<double>> lists;  ///< one per property; empty for those that are no list
-};
-
-/// Takes the items of a PLY file one after the other. An item of a text is a line.
+/// Takes the items of a PLY file one after the other. An item of a text is a line; many of them are read ahead on all cores.
 ///
 ///     PlyBody body(file, header);
 ///     PlyItem item;
@@ -66,6 +62,7 @@ private:
     template <bool IS_BIG>
     bool _takeBinary(PlyItem& item);
     bool _takeText(PlyItem& item);
+    bool _takeLine(PlyItem& item);
     bool _takeNumber(double& value);
     bool _cutOff();
     bool _damaged(std::string const& what);
@@ -83,6 +80,7 @@ private:
     std::uint64_t taken = 0;  // items of the element
     std::string reason;
     std::uint64_t firstLongLine = 0;
+    PlyLines lines;
 };
 
 }  // namespace vellum::viewport

@@ -1,12 +1,14 @@
 #include "viewport/files/mesh/StlMesh.h"
 
 #include "foundation/basic/threads.h"
+#include "viewport/files/common/LineSlices.h"
 #include "viewport/files/common/binary_numbers.h"
+#include "viewport/files/common/read_pieces.h"
 #include "viewport/files/mesh/PolygonCutter.h"
+#include "viewport/files/mesh/StlFacets.h"
 #include "viewport/files/mesh/default_color.h"
 #include "viewport/text/TextLines.h"
 #include "viewport/text/Words.h"
-#include "viewport/text/data_numbers.h"
 #include "viewport/text/lower_case.h"
 
 #include <algorithm>
@@ -175,24 +177,24 @@ private:
 
 // == Text ==
 
-/// Reads words and numbers; lines mean nothing to the format but the end of a solid's name.
 class TextReader {
 public:
     TextReader(std::string_view file, Progress const& progress)
-        : pace(progress, file.size()), file(file), here(file.data()), end(here + file.size()) {}
+        : pace(progress, file.size()), file(file), words{file.data(), file.data() + file.size()} {}
 
     Result<MeshData> read() {
-        while (_takeKeyword("solid")) {
-            _skipLine();
-            std::size_t const before = mesh.triangles.size();
+        while (words.takeKeyword("solid")) {
+            words.skipLine();
+            solidStart = mesh.triangles.size();
+            _readPieces();
             if (std::optional<Fault> const fault = _readSolid()) {
                 return *fault;
             }
-            mesh.partCount += mesh.triangles.size() > before ? 1 : 0;
+            _endSolid();
         }
-        _skipBlanks();
-        if (here != end) {
-            return _fault("'solid' is expected and not " + inQuotes(_word()));
+        words.skipBlanks();
+        if (words.here != words.end) {
+            return _fault("'solid' is expected and not " + inQuotes(words.word()));
         }
         mesh.colors.assign(mesh.positions.size(), DEFAULT_COLOR);
         cutter.cutFans(mesh);
@@ -200,53 +202,122 @@ public:
     }
 
 private:
+    struct Piece {
+        std::string_view text;
+        StlFacets facets;
+    };
+
+    /// Reads facets and further solids on all cores, up to the end of the last solid or to what is damaged.
+    void _readPieces() {
+        constexpr std::size_t WORTH_PIECES = std::size_t(1) << 16;
+        BytesAtOnce atOnce;
+        while (arePiecesSound && static_cast<std::size_t>(words.end - words.here) > WORTH_PIECES) {
+            pace.at(static_cast<std::uint64_t>(words.here - file.data()));
+            std::size_t const bytes = atOnce.next();
+            std::string_view const text =
+                wholeLines({words.here, static_cast<std::size_t>(words.end - words.here)}, bytes);
+            arePiecesSound = text.size() <= 2 * bytes;
+            if (arePiecesSound) {
+                _readPieces(text);
+            }
+        }
+        pieces = {};
+    }
+
+    void _readPieces(std::string_view text) {
+        std::vector<LineSlice> const slices = sliceLines(text);
+        pieces.resize(slices.size());
+        for (std::size_t i = 0; i < slices.size(); ++i) {
+            pieces[i].text = slices[i].text;
+        }
+        static_cast<void>(readPieces(pieces, [&](Piece& piece) {
+            piece.facets.read(piece.text, words.end, &piece == pieces.data());
+            return piece.facets.isWhole;
+        }));
+        for (Piece const& piece : pieces) {
+            words.skipBlanks();
+            bool const isSmall =
+                mesh.positions.size() + piece.facets.positions.size() <= MeshData::LARGEST_COUNT;
+            arePiecesSound = arePiecesSound && isSmall;
+            // A piece looked for its first facet, which may not be one.
+            if (!arePiecesSound || words.here != piece.facets.first) {
+                return;
+            }
+            _take(piece.facets);
+            arePiecesSound = piece.facets.isWhole;
+        }
+    }
+
+    void _take(StlFacets const& facets) {
+        std::size_t first = mesh.positions.size();
+        std::size_t nextSolid = 0;
+        auto const endSolids = [&](std::size_t facet) {
+            for (; nextSolid < facets.solids.size() && facets.solids[nextSolid] == facet; ++nextSolid) {
+                _endSolid();
+            }
+        };
+        mesh.positions.insert(mesh.positions.end(), facets.positions.begin(), facets.positions.end());
+        for (std::size_t i = 0; i < facets.cornerCounts.size(); ++i) {
+            endSolids(i);
+            _addFacet(first, facets.cornerCounts[i]);
+            first += facets.cornerCounts[i];
+        }
+        endSolids(facets.cornerCounts.size());
+        words.here = facets.stop;
+    }
+
+    void _endSolid() {
+        mesh.partCount += mesh.triangles.size() > solidStart ? 1 : 0;
+        solidStart = mesh.triangles.size();
+    }
+
     std::optional<Fault> _readSolid() {
-        while (_takeKeyword("facet")) {
-            pace.at(static_cast<std::uint64_t>(here - file.data()));
+        while (words.takeKeyword("facet")) {
+            pace.at(static_cast<std::uint64_t>(words.here - file.data()));
             // The normal, which some writers leave out in part.
-            while (!_takeKeyword("outer")) {
-                if (_word().empty()) {
+            while (!words.takeKeyword("outer")) {
+                if (words.word().empty()) {
                     return _cutOff("'outer loop'");
                 }
-                if (_isKeyword("vertex") || _isKeyword("facet") || _isKeyword("endfacet")) {
-                    return _fault("'outer loop' is expected and not " + inQuotes(_word()));
+                if (words.isKeyword("vertex") || words.isKeyword("facet") || words.isKeyword("endfacet")) {
+                    return _fault("'outer loop' is expected and not " + inQuotes(words.word()));
                 }
-                here += _word().size();
+                words.here += words.word().size();
             }
-            if (!_takeKeyword("loop")) {
+            if (!words.takeKeyword("loop")) {
                 return _expected("loop");
             }
             if (std::optional<Fault> fault = _readLoop()) {
                 return fault;
             }
             for (std::string_view const word : {"endloop", "endfacet"}) {
-                if (!_takeKeyword(word)) {
+                if (!words.takeKeyword(word)) {
                     return _expected(word);
                 }
             }
         }
-        if (!_takeKeyword("endsolid")) {
+        if (!words.takeKeyword("endsolid")) {
             return _expected("endsolid");
         }
-        _skipLine();
+        words.skipLine();
         return std::nullopt;
     }
 
     std::optional<Fault> _readLoop() {
         std::size_t const first = mesh.positions.size();
-        while (_takeKeyword("vertex")) {
+        while (words.takeKeyword("vertex")) {
             double values[3];
             for (double& value : values) {
-                _skipBlanks();
-                char const* const next = takeDataNumber(here, end, value);
-                if (next == nullptr || !(next == end || _isBlank(*next))) {
-                    return here == end ? _cutOff("a coordinate")
-                                       : _fault(inQuotes(_word()) + " is not a number");
+                words.skipBlanks();
+                char const* const start = words.here;
+                if (!words.takeNumber(value)) {
+                    return words.here == words.end ? _cutOff("a coordinate")
+                                                   : _fault(inQuotes(words.word()) + " is not a number");
                 }
                 if (!std::isfinite(value)) {
+                    words.here = start;
                     return _fault("the vertex has a coordinate that is not a number or infinite");
                 }
-                here = next;
             }
             mesh.positions.push_back({values[0], values[1], values[2]});
         }
@@ -255,69 +326,27 @@ private:
             return tooLarge();
         }
         if (count < 3) {
-            return here == end ? _cutOff("'vertex'")
-                               : _fault("the facet has " + std::to_string(count) + " vertices, not 3");
+            return words.here == words.end
+                       ? _cutOff("'vertex'")
+                       : _fault("the facet has " + std::to_string(count) + " vertices, not 3");
         }
+        _addFacet(first, count);
+        return std::nullopt;
+    }
+
+    /// Adds the polygon of some positions that stand together.
+    void _addFacet(std::size_t first, std::size_t count) {
         indices.resize(count);
         for (std::size_t i = 0; i < count; ++i) {
             indices[i] = static_cast<unsigned int>(first + i);
         }
         cutter.addFan(indices.data(), count, mesh.triangles);
-        return std::nullopt;
-    }
-
-    static bool _isBlank(char character) {
-        return character == ' ' || (character >= '\t' && character <= '\r');
-    }
-
-    void _skipBlanks() {
-        while (here != end && _isBlank(*here)) {
-            ++here;
-        }
-    }
-
-    void _skipLine() {
-        while (here != end && *here != '\n' && *here != '\r') {
-            ++here;
-        }
-    }
-
-    /// The word ahead.
-    std::string_view _word() {
-        _skipBlanks();
-        char const* const start = here;
-        char const* stop = start;
-        while (stop != end && !_isBlank(*stop)) {
-            ++stop;
-        }
-        return {start, static_cast<std::size_t>(stop - start)};
-    }
-
-    /// Whether the word ahead is this one, which has small letters only; it may have others in the file.
-    bool _isKeyword(std::string_view keyword) {
-        _skipBlanks();
-        if (static_cast<std::size_t>(end - here) < keyword.size()) {
-            return false;
-        }
-        for (std::size_t i = 0; i < keyword.size(); ++i) {
-            if ((here[i] | 0x20) != keyword[i]) {
-                return false;
-            }
-        }
-        char const* const stop = here + keyword.size();
-        return stop == end || _isBlank(*stop);
-    }
-
-    bool _takeKeyword(std::string_view keyword) {
-        bool const isThere = _isKeyword(keyword);
-        here += isThere ? keyword.size() : 0;
-        return isThere;
     }
 
     Fault _fault(std::string const& reason) const {
         // Files of old systems end their lines with a carriage return alone.
         char const lineEnd = file.find('\n') == std::string_view::npos ? '\r' : '\n';
-        auto const line = 1 + std::count(file.data(), here, lineEnd);
+        auto const line = 1 + std::count(file.data(), words.here, lineEnd);
         return {{}, "line " + std::to_string(line) + ": " + reason};
     }
 
@@ -327,14 +356,16 @@ private:
 
     Fault _expected(std::string_view keyword) {
         std::string const expected = "'" + std::string(keyword) + "'";
-        std::string_view const word = _word();
+        std::string_view const word = words.word();
         return word.empty() ? _cutOff(expected) : _fault(expected + " is expected and not " + inQuotes(word));
     }
 
     ProgressPace pace;
     std::string_view file;
-    char const* here;
-    char const* end;
+    StlWords words;
+    bool arePiecesSound = true;
+    std::size_t solidStart = 0;  // its first triangle
+    std::vector<Piece> pieces;
     std::vector<unsigned int> indices;
     PolygonCutter cutter;
     MeshData mesh;

@@ -7,6 +7,10 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <random>
+#include <string>
+#include <vector>
 
 using namespace vellum;
 using namespace vellum::viewport;
@@ -273,4 +277,97 @@ TEST(ObjMesh, cutsAndChangedBytesDoNoHarm) {
         square + "vt 0 0\nvn 0 0 1\ng a\nusemtl b\nf 1/1/1 2/1/1 3/1/1 4//1 -3\nl 1 2\\\n3\np -1\n";
     mesh_checks::readBeginnings(readAlone, text);
     mesh_checks::readWithChangedBytes(readAlone, text);
+}
+
+// == Pieces ==
+
+namespace {
+
+/// A text of several pieces that has all kinds of statements. Each line has its own random numbers.
+/// \param line called with the number of each hundredth line of vertices; what it returns stands there
+template <class Line>
+std::string longText(Line const& line) {
+    std::mt19937 random(7);
+    auto const upTo = [&random](unsigned int most) { return 1 + random() % most; };
+    std::string text;
+    char row[96];
+    for (unsigned int i = 1; i <= 9001; ++i) {
+        std::snprintf(row, sizeof row, "v %.7g %.6f -%.3e%s\n", random() / 1e6, random() / 1e6,
+                      random() / 1e6, i % 7 == 0 ? " 0.5 1 0.25" : "");
+        text += row;
+        text += i % 3 == 0 ? "vt 0." + std::to_string(random()) + " 0.5 0\n" : "";
+        text += i % 4 == 0 ? "vn 0 " + std::to_string(random()) + " -1e3\n" : "";
+        if (i >= 4) {
+            std::string const a = std::to_string(upTo(i));
+            std::string const b = "-" + std::to_string(upTo(i));
+            std::string const t = std::to_string(upTo(i / 3));
+            std::string const n = "-" + std::to_string(upTo(i / 4));
+            text += "f " + a + "/" + t + "/" + n + " " + b + "//" + n + " " + std::to_string(i) + "/" + t;
+            text += i % 5 == 0 ? "\t" + a + " \n" : "\n";
+        }
+        text += i % 100 == 0 ? line(i / 100) : "";
+    }
+    return text;
+}
+
+/// Statements that are not read in pieces, one after the other.
+std::string unusual(unsigned int number) {
+    static std::vector<std::string> const lines{"usemtl a\n",
+                                                "g one two\n",
+                                                "# v 1 2\\\n",
+                                                "v 1 2 \\\n 3\n",
+                                                "f 1 2 \\\n3 4\n",
+                                                "l 1 2 \\\n 3\n",
+                                                "p 1\n",
+                                                "\n",
+                                                "usemtl b\n",
+                                                "v 1 2 3 2\n",
+                                                "f 2 3\n",
+                                                "f 1 2 3 # of it\n",
+                                                "g a \\\n b\n",
+                                                "f +1 2 3\n",
+                                                "o an object\n",
+                                                "unknown\n",
+                                                "v 1 1\n",
+                                                "curv 0 1\n",
+                                                "f 1 2 3 9001 1\n",
+                                                "l 5 5\n",
+                                                "s off\n",
+                                                "f 1//1 2 3/1/1\n"};
+    return lines[number % lines.size()];
+}
+
+/// What a file of an old system gives, which is read statement by statement.
+Result<MeshData> readSlowly(std::string const& text) {
+    return readAlone(mesh_checks::withLineEnds(text, "\r"));
+}
+
+}  // namespace
+
+TEST(ObjMesh, longTextsAreReadTheSameOnAnyNumberOfThreads) {
+    std::string text = longText(unusual);
+    mesh_checks::expectOnAllThreads(readAlone, text, readSlowly(text));
+    mesh_checks::expectOnAllThreads(readAlone, mesh_checks::withLineEnds(text, "\r\n"), readSlowly(text));
+    text.pop_back();
+    mesh_checks::expectOnAllThreads(readAlone, text, readSlowly(text));
+    // Normals in the second place until there are texture coordinates.
+    std::string const pairs =
+        "v 0 0 0\nv 1 0 0\nv 1 1 0\nvn 0 0 1\nvn 0 1 0\nf 1/1 2/2 3/-1\nvt 1 1\nvt 0 0\n";
+    mesh_checks::expectOnAllThreads(readAlone, pairs + text, readSlowly(pairs + text));
+}
+
+TEST(ObjMesh, theFirstDamageOfALongTextIsToldOnAnyNumberOfThreads) {
+    unsigned int place = 1;
+    for (std::string const damage :
+         {"f 1 2 x\n", "f 1 2 0\n", "f 1 -99999 2\n", "f 3/-77777/1 1 2\n", "f 1 2 3 \\\n 4/5/6/7\n",
+          "l 0 1\n", "f 99999 1 2\n", "v nan 1 1\nf -1 1 2\n", "f 1 2/3/999999999999 3\n"}) {
+        place += 9;
+        SCOPED_TRACE(damage + std::to_string(place));
+        std::string const text = longText([&](unsigned int number) {
+            return number == place || number == place + 1 ? damage : unusual(number);
+        });
+        Result<MeshData> const expected = readSlowly(text);
+        ASSERT_FALSE(expected.isOk());
+        mesh_checks::expectOnAllThreads(readAlone, text, expected);
+    }
 }

@@ -8,6 +8,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <random>
 
 using namespace vellum;
 using namespace vellum::viewport;
@@ -464,4 +467,133 @@ TEST(PlyMesh, changedBytesDoNoHarm) {
                          "element tristrips 1\nproperty list int int vertex_indices\n";
     text.otherItems = "2 0 1 2 3\n4 2 1 0 2\n";
     mesh_checks::readWithChangedBytes(readPlyMesh, text.text());
+}
+
+// == Pieces ==
+
+namespace {
+
+/// A file of several pieces as lines, and the same file in binary numbers.
+struct LongFile {
+    static constexpr unsigned int VERTICES = 9001;
+    static constexpr unsigned int FACES = 15001;
+    static constexpr unsigned int OTHERS = 401;
+
+    std::string textHeader;
+    std::vector<std::string> lines;  // of the items
+    std::string binary;
+
+    std::string text(std::string const& lineEnd = "\n") const {
+        std::string text = textHeader;
+        for (std::string const& line : lines) {
+            text += line + lineEnd;
+        }
+        return text;
+    }
+};
+
+LongFile longFile() {
+    std::string const elements = "element vertex " + std::to_string(LongFile::VERTICES) +
+                                 "\nproperty double x\nproperty double y\nproperty double z\nproperty uchar "
+                                 "red\nproperty uchar green\n"
+                                 "property uchar blue\nelement note " +
+                                 std::to_string(LongFile::OTHERS) +
+                                 "\nproperty list uchar uchar letters\nproperty uchar length\nelement face " +
+                                 std::to_string(LongFile::FACES) +
+                                 "\nproperty list uchar uint vertex_indices\nend_header\n";
+    LongFile file;
+    file.textHeader = "ply\nformat ascii 1.0\n" + elements;
+    file.binary = "ply\nformat binary_little_endian 1.0\n" + elements;
+    std::mt19937 random(5);
+    auto const addByte = [&](std::string& line, unsigned int value) {
+        mesh_texts::append(file.binary, static_cast<std::uint8_t>(value));
+        line += (line.empty() ? "" : " ") + std::to_string(value);
+    };
+    for (unsigned int i = 0; i < LongFile::VERTICES; ++i) {
+        std::string line;
+        for (int k = 0; k < 3; ++k) {
+            double const value = (random() - 2e9) / (1 + random() % 1000);
+            mesh_texts::append(file.binary, value);
+            char number[40];
+            std::snprintf(number, sizeof number, k == 1 ? "\t%.17g" : " %.17g", value);
+            line += number;
+        }
+        for (int k = 0; k < 3; ++k) {
+            addByte(line, random() % 256);
+        }
+        file.lines.push_back(line);
+    }
+    for (unsigned int i = 0; i < LongFile::OTHERS; ++i) {
+        std::string line;
+        addByte(line, i % 3);
+        for (unsigned int k = 0; k <= i % 3; ++k) {
+            addByte(line, k);
+        }
+        file.lines.push_back(line);
+    }
+    for (unsigned int i = 0; i < LongFile::FACES; ++i) {
+        std::string line;
+        addByte(line, 3 + i % 3);
+        for (unsigned int k = 0; k < 3 + i % 3; ++k) {
+            auto const index = static_cast<std::uint32_t>(random() % LongFile::VERTICES);
+            mesh_texts::append(file.binary, index);
+            line += " " + std::to_string(index);
+        }
+        file.lines.push_back(line);
+    }
+    return file;
+}
+
+}  // namespace
+
+TEST(PlyMesh, longTextsAreReadTheSameOnAnyNumberOfThreads) {
+    LongFile file = longFile();
+    Result<MeshData> expected = readPlyMesh(file.binary);
+    ASSERT_GT(file.text().size(), 900'000U);
+    mesh_checks::expectOnAllThreads(readPlyMesh, file.text(), expected);
+    mesh_checks::expectOnAllThreads(readPlyMesh, file.text("\r\n"), expected);
+    mesh_checks::expectOnAllThreads(readPlyMesh, file.text(" \n \n\r\n"), expected);
+    std::string text = file.text();
+    text.pop_back();
+    mesh_checks::expectOnAllThreads(readPlyMesh, text, expected);
+    // The header has 15 lines.
+    for (std::size_t const line : {8000U, 10000U, 20000U}) {
+        file.lines[line] += " 7 words";
+    }
+    expected.value().notes.insert(expected.value().notes.end(),
+                                  "line 8016: more numbers than the header declares are skipped");
+    mesh_checks::expectOnAllThreads(readPlyMesh, file.text(), expected);
+}
+
+TEST(PlyMesh, theFirstDamageOfALongTextIsToldOnAnyNumberOfThreads) {
+    LongFile const file = longFile();
+    std::size_t const firstFace = LongFile::VERTICES + LongFile::OTHERS;
+    struct Damage {
+        std::size_t line;
+        std::string text;
+        std::string fault;
+    };
+    for (Damage const& damage :
+         {Damage{0, "1 2", "line 16: 'vertex' 0 has fewer numbers than the header declares"},
+          Damage{6001, "1 2 3 4 5 x", "line 6017: 'vertex' 6001 has 'x' in place of a number"},
+          Damage{8999, "1 2 inf 4 5 6",
+                 "line 9015: vertex 8999 has a coordinate that is not a number or infinite"},
+          Damage{LongFile::VERTICES, "0.5 1 1",
+                 "line 9017: 'note' 0 has a list whose length is not a whole number"},
+          Damage{firstFace, "4 1 2 3", "line 9418: 'face' 0 has fewer numbers than the header declares"},
+          Damage{firstFace + 12000, "3 1 2 9001",
+                 "line 21418: face 12000 has vertex index 9001, out of range: there are 9001 vertices"},
+          Damage{firstFace + 14900, "99999999 1 2 3",
+                 "line 24419: the file is cut off: it declares 15001 of 'face' and holds 14900"}}) {
+        LongFile damaged = file;
+        damaged.lines[damage.line] = damage.text;
+        // One behind it is not told.
+        damaged.lines[damage.line + 50] = "damage";
+        mesh_checks::expectOnAllThreads(readPlyMesh, damaged.text(), Fault{{}, damage.fault});
+    }
+    LongFile shorter = file;
+    shorter.lines.pop_back();
+    mesh_checks::expectOnAllThreads(
+        readPlyMesh, shorter.text(),
+        Fault{{}, "line 24418: the file is cut off: it declares 15001 of 'face' and holds 15000"});
 }

@@ -7,8 +7,11 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdio>
 #include <cstring>
 #include <limits>
+#include <random>
+#include <string>
 
 using namespace vellum;
 using namespace vellum::viewport;
@@ -207,4 +210,70 @@ TEST(StlMesh, everyCutIsNoticed) {
 TEST(StlMesh, changedBytesDoNoHarm) {
     mesh_checks::readWithChangedBytes(readStlMesh, "solid a\n" + facet(corners) + "endsolid a\n");
     mesh_checks::readWithChangedBytes(readStlMesh, mesh_texts::binaryStl(3));
+}
+
+// == Pieces ==
+
+namespace {
+
+/// A text of several pieces, with solids of many sizes.
+/// \param line called with the number of each hundredth facet; what it returns stands before it
+template <class Line>
+std::string longText(Line const& line) {
+    std::mt19937 random(3);
+    std::string text = "solid facet\n";
+    char row[96];
+    for (unsigned int i = 1; i <= 4001; ++i) {
+        text += i % 100 == 0 ? line(i / 100) : "";
+        text += i % 9 == 0 ? "FACET" : " facet normal 0 0 1";
+        text += i % 11 == 0 ? " outer loop\n" : "\n\touter loop\n";
+        for (unsigned int k = 0; k < (i % 13 == 0 ? 5U : 3U); ++k) {
+            std::snprintf(row, sizeof row, "    vertex %.7g %.6f -%.3e\n", random() / 1e6, random() / 1e6,
+                          random() / 1e6);
+            text += row;
+        }
+        text += "  endloop\nendfacet\n";
+    }
+    return text + "endsolid facet\n";
+}
+
+std::string nextSolid(unsigned int number) {
+    std::string const next = "endsolid of many\nsolid endsolid facet\n";
+    return number % 3 == 0 ? next : number % 10 == 0 ? next + next : std::string();
+}
+
+/// What a file of an old system gives, which is read word by word.
+Result<MeshData> readSlowly(std::string const& text) {
+    return readStlMesh(mesh_checks::withLineEnds(text, "\r"));
+}
+
+}  // namespace
+
+TEST(StlMesh, longTextsAreReadTheSameOnAnyNumberOfThreads) {
+    std::string text = longText(nextSolid);
+    ASSERT_GT(text.size(), 600'000U);
+    mesh_checks::expectOnAllThreads(readStlMesh, text, readSlowly(text));
+    mesh_checks::expectOnAllThreads(readStlMesh, mesh_checks::withLineEnds(text, "\r\n"), readSlowly(text));
+    text.pop_back();
+    mesh_checks::expectOnAllThreads(readStlMesh, text, readSlowly(text));
+}
+
+TEST(StlMesh, theFirstDamageOfALongTextIsToldOnAnyNumberOfThreads) {
+    for (std::string const damage : {"facet vertex 1 2 3\n", "vertex 1 2 3\n", "endsolid\nfacet\n", "solid\n",
+                                     "facet outer loop vertex 1 2 x\n", "facet outer loop vertex 1 2 inf\n",
+                                     "facet outer loop vertex 1 2 3 endloop endfacet\n"}) {
+        for (unsigned int const place : {2U, 39U}) {
+            SCOPED_TRACE(damage + std::to_string(place));
+            std::string const text = longText([&](unsigned int number) {
+                return number == place || number == place + 1 ? damage : nextSolid(number);
+            });
+            Result<MeshData> const expected = readSlowly(text);
+            ASSERT_FALSE(expected.isOk());
+            mesh_checks::expectOnAllThreads(readStlMesh, text, expected);
+        }
+    }
+    std::string const text = longText(nextSolid);
+    for (std::size_t const size : {text.size() / 3, text.size() - 40}) {
+        mesh_checks::expectOnAllThreads(readStlMesh, text.substr(0, size), readSlowly(text.substr(0, size)));
+    }
 }

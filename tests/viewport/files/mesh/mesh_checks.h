@@ -1,5 +1,7 @@
 #pragma once
 
+#include "foundation/basic/threads.h"
+#include "tests/support/thread_limits.h"
 #include "viewport/files/common/Progress.h"
 #include "viewport/files/mesh/MeshData.h"
 #include "viewport/text/Fault.h"
@@ -93,6 +95,50 @@ std::string readExactly(Reader const& read, std::string_view bytes) {
     std::string const fault = mesh.firstFault("").value_or(vellum::viewport::Fault()).message;
     EXPECT_TRUE(fault.empty() || fault.find("the mesh is empty") == 0) << fault;
     return "";
+}
+
+/// What a reader makes of bytes with each number of threads must be the same to the last bit, faults and notes included.
+/// \param expected from elsewhere
+template <class Reader>
+void expectOnAllThreads(Reader const& read, std::string_view bytes,
+                        vellum::viewport::Result<vellum::viewport::MeshData> const& expected) {
+    for (int const threads : threadLimits()) {
+        SCOPED_TRACE(std::to_string(threads) + " threads");
+        vellum::setThreadLimit(threads);
+        vellum::viewport::Result<vellum::viewport::MeshData> const result = resultOf(read, bytes);
+        vellum::setThreadLimit(0);
+        ASSERT_EQ(faultOf(result), faultOf(expected));
+        if (!result.isOk()) {
+            continue;
+        }
+        vellum::viewport::MeshData const& mesh = result.value();
+        vellum::viewport::MeshData const& other = expected.value();
+        // No list of thousands is printed.
+        EXPECT_TRUE(mesh.positions == other.positions);
+        EXPECT_TRUE(mesh.triangles == other.triangles);
+        EXPECT_TRUE(mesh.normals == other.normals);
+        EXPECT_TRUE(mesh.colors == other.colors);
+        EXPECT_TRUE(mesh.textureCoordinates == other.textureCoordinates);
+        EXPECT_TRUE(mesh.lines == other.lines);
+        EXPECT_TRUE(mesh.triangleMaterials == other.triangleMaterials);
+        EXPECT_EQ(mesh.materials.size(), other.materials.size());
+        EXPECT_EQ(mesh.partCount, other.partCount);
+        EXPECT_EQ(mesh.notes, other.notes);
+        EXPECT_FALSE(mesh.positions.empty());
+    }
+}
+
+/// The text with other line ends.
+inline std::string withLineEnds(std::string const& text, std::string const& lineEnd) {
+    std::string changed;
+    for (char const character : text) {
+        if (character == '\n') {
+            changed += lineEnd;
+        } else {
+            changed += character;
+        }
+    }
+    return changed;
 }
 
 /// Reads all beginnings of the bytes. \return how many of them are no fault.

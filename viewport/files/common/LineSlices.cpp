@@ -1,4 +1,4 @@
-#include "viewport/files/particles/LineSlices.h"
+#include "viewport/files/common/LineSlices.h"
 
 #include "foundation/basic/threads.h"
 
