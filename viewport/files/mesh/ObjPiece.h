@@ -74,7 +74,7 @@ Vector3<float> objNormal(double x, double y, double z);
 /// What texture coordinates are: zero where they are no numbers.
 Vector2<float> objTexture(double u, double v);
 
-/// What a part of a color is: from 0 to 1.
+/// What a part of a color is: 0 or more; the largest one of the file tells what 1 is.
 float objColorPart(double value);
 
 }  // namespace vellum::viewport
