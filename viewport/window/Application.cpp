@@ -1,10 +1,12 @@
 #include "viewport/window/Application.h"
 
+#include "viewport/content/input_files.h"
 #include "viewport/drawing/overlays/checkers.h"
 #include "viewport/drawing/view/Navigation.h"
 #include "viewport/program/SavedView.h"
 #include "viewport/program/describe_pick.h"
 #include "viewport/program/to_words.h"
+#include "viewport/text/single_line.h"
 #include "viewport/window/RecentFiles.h"
 #include "viewport/window/shown_texts.h"
 #include "viewport/window/window_picture.h"
@@ -58,7 +60,7 @@ Application::Application(Window& window, Options const& options, WindowSettings&
     window.setTitle(titleOf(options));
 }
 
-void Application::run() {
+std::optional<Fault> Application::run() {
     while (!window.isAskedToClose()) {
         Window::wait(_patience());
         if (window.takeEvents()) {
@@ -89,6 +91,7 @@ void Application::run() {
         _keepSettings();
         _pictureWindow();
     }
+    return pictureFault;
 }
 
 /// The object that is dragged may be another one, or gone. The view is turned on.
@@ -111,6 +114,13 @@ void Application::_pictureWindow() {
         return;
     }
     isPictured = true;
+    // Files that others name are known by now.
+    if (workspace.content() != nullptr && isOneOf(file, workspace.content()->textures)) {
+        pictureFault =
+            Fault{"", singleLine("--window-picture: " + file + " is one of the files that are read")};
+        window.close();
+        return;
+    }
     Picture seen;
     _frame(&seen);
     if (std::optional<Fault> const fault = seen.savePng(file)) {

@@ -28,8 +28,8 @@ public:
     /// \param settings of the window; takes what changes, and must outlive it
     Application(Window& window, Options const& options, WindowSettings& settings);
 
-    /// Until the window is closed.
-    void run();
+    /// Until the window is closed. A fault where the options ask for a picture of it under the name of a file that was read.
+    std::optional<Fault> run();
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -92,9 +92,10 @@ private:
     bool isSceneChanged = true;
     bool isResting = false;  // the picture has all its pixels
     Clock::time_point lastChange;
-    bool isPictured = false;      // the window itself, as the options ask for
-    bool isWidgetActive = false;  // one is held, or typed into
-    int framesToDraw = 3;         // of the widgets, which need more than one to settle
+    std::optional<Fault> pictureFault;  // of the window's own picture
+    bool isPictured = false;            // the window itself, as the options ask for
+    bool isWidgetActive = false;        // one is held, or typed into
+    int framesToDraw = 3;               // of the widgets, which need more than one to settle
 
     std::vector<std::string> watched;  // the files of the scene
 

@@ -25,11 +25,11 @@ std::optional<Failure> openAndRun(Options const& options) {
     if (std::optional<Fault> const fault = startGlew()) {
         return Failure{NO_OPENGL, *fault};
     }
-    Application(*window.value(), options, settings).run();
+    std::optional<Fault> const fault = Application(*window.value(), options, settings).run();
     if (std::optional<Fault> const unwritten = settings.save()) {
         note(options, *unwritten);
     }
-    return std::nullopt;
+    return fault ? std::optional<Failure>({USAGE_FAULT, *fault}) : std::nullopt;
 }
 
 }  // namespace

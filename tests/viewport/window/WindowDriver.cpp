@@ -1,14 +1,19 @@
 #include "tests/viewport/window/WindowDriver.h"
 
 #include "tests/viewport/program/program_runner.h"
+#include "tests/viewport/window/TextFinder.h"
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <system_error>
 #include <thread>
 
 #include <X11/Xatom.h>
@@ -18,18 +23,43 @@
 #include <X11/keysym.h>
 
 using vellum::viewport::Picture;
+using vellum::viewport::Pixel;
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds PATIENCE{40};  // software rendering on a busy machine
-constexpr std::chrono::milliseconds PAUSE{25};
-// The picture gets all its pixels a moment after the last change.
-constexpr std::chrono::milliseconds CALM{500};
+constexpr std::chrono::milliseconds PAUSE{10};
+// The picture gets all its pixels 150 ms after the last change.
+constexpr std::chrono::milliseconds CALM{250};
+// As long as this a program waits between two steps of the same work, for the X server.
+constexpr std::chrono::milliseconds TAKEN{30};
+// One that goes on drawing, such as while it loads, has taken in what was done by then.
+constexpr std::chrono::milliseconds LONGEST_TAKEN{300};
 
 void sleep() {
     std::this_thread::sleep_for(PAUSE);
+}
+
+/// What the threads of a process have used of the processors, nanoseconds; nothing while one of them runs, or waits for a processor.
+std::optional<unsigned long long> usedAtRest(pid_t process) {
+    unsigned long long sum = 0;
+    std::error_code gone;
+    for (std::filesystem::directory_iterator thread("/proc/" + std::to_string(process) + "/task", gone), end;
+         !gone && thread != end; thread.increment(gone)) {
+        std::string text;
+        std::getline(std::ifstream(thread->path() / "stat"), text);
+        // After the name, which may hold blanks.
+        std::size_t const name = text.rfind(')');
+        if (name != std::string::npos && text.compare(name, 3, ") R") == 0) {
+            return std::nullopt;
+        }
+        unsigned long long used = 0;
+        std::ifstream(thread->path() / "schedstat") >> used;
+        sum += used;
+    }
+    return sum;
 }
 
 /// A connection to the server of the tests, or null. One server is for all tests of the process, and a server whose last
@@ -59,6 +89,10 @@ struct WindowDriver::Screen {
         if (display != nullptr) {
             XCloseDisplay(display);
         }
+    }
+
+    KeyCode code(std::string const& key) const {
+        return XKeysymToKeycode(display, XStringToKeysym(key.c_str()));
     }
 
     Atom atom(char const* name) const { return XInternAtom(display, name, False); }
@@ -180,20 +214,20 @@ Picture WindowDriver::look() const {
     XImage* const image =
         XGetImage(screen->display, screen->window, 0, 0, static_cast<unsigned int>(facts.width),
                   static_cast<unsigned int>(facts.height), AllPlanes, ZPixmap);
-    if (image == nullptr) {
+    if (image == nullptr || image->bits_per_pixel != 32 || image->byte_order != LSBFirst) {
         return picture;
     }
     picture.width = facts.width;
     picture.height = facts.height;
     picture.pixels.reserve(4 * static_cast<std::size_t>(facts.width) *
                            static_cast<std::size_t>(facts.height));
+    // Bytes are blue, green, red and one more, as servers of today have them.
     for (int y = 0; y < facts.height; ++y) {
-        for (int x = 0; x < facts.width; ++x) {
-            unsigned long const color = XGetPixel(image, x, y);
-            for (unsigned int const shift : {16U, 8U, 0U}) {
-                picture.pixels.push_back(static_cast<unsigned char>(color >> shift & 0xFFU));
-            }
-            picture.pixels.push_back(255);
+        auto const* pixel =
+            reinterpret_cast<unsigned char const*>(image->data) +
+            static_cast<std::ptrdiff_t>(y) * static_cast<std::ptrdiff_t>(image->bytes_per_line);
+        for (int x = 0; x < facts.width; ++x, pixel += 4) {
+            picture.pixels.insert(picture.pixels.end(), {pixel[2], pixel[1], pixel[0], 255});
         }
     }
     XDestroyImage(image);
@@ -202,21 +236,41 @@ Picture WindowDriver::look() const {
 
 Picture WindowDriver::settled() const {
     auto const deadline = Clock::now() + PATIENCE;
-    Picture picture = look();
-    double used = processorTime();
-    auto since = Clock::now();
-    while (Clock::now() - since < CALM && Clock::now() < deadline) {
-        sleep();
-        Picture next = look();
-        double const usedNow = processorTime();
-        // A program that computes is about to show something.
-        if (next.pixels != picture.pixels || usedNow > used) {
-            since = Clock::now();
+    Picture picture;
+    bool isSame = false;
+    while (!isSame && Clock::now() < deadline) {
+        while (!_rests(CALM) && Clock::now() < deadline) {
+            sleep();
         }
+        Picture next = look();
+        isSame = next.pixels == picture.pixels;
         picture = std::move(next);
-        used = usedNow;
+        // Where nothing was done between the two looks, nothing can have changed.
+        isSame = isSame || _rests(TAKEN);
     }
     return picture;
+}
+
+bool WindowDriver::_rests(std::chrono::milliseconds duration) const {
+    XSync(screen->display, False);
+    std::optional<unsigned long long> const before = usedAtRest(program);
+    auto const end = Clock::now() + duration;
+    while (before && Clock::now() < end) {
+        sleep();
+        // The server has passed on everything when it answers.
+        XSync(screen->display, False);
+        if (usedAtRest(program) != before) {
+            return false;
+        }
+    }
+    return before.has_value();
+}
+
+void WindowDriver::_waitUntilTaken() const {
+    auto const deadline = Clock::now() + LONGEST_TAKEN;
+    while (!_rests(TAKEN) && Clock::now() < deadline) {
+        sleep();
+    }
 }
 
 bool WindowDriver::waitUntil(std::function<bool(Picture const&)> const& condition) const {
@@ -230,6 +284,18 @@ bool WindowDriver::waitUntil(std::function<bool(Picture const&)> const& conditio
     return false;
 }
 
+WindowDriver::Point WindowDriver::find(std::string const& text, Point after) const {
+    std::optional<Point> found;
+    TextFinder const finder(text);
+    waitUntil([&](Picture const& seen) {
+        std::optional<Pixel> const at = finder.find(seen, {after.x, after.y});
+        found = at ? std::optional<Point>({at->x, at->y}) : std::nullopt;
+        return found.has_value();
+    });
+    EXPECT_TRUE(found) << '"' << text << "\" is not seen";
+    return found.value_or(Point{0, 0});
+}
+
 // == What is done ==
 
 void WindowDriver::move(Point to) {
@@ -239,20 +305,17 @@ void WindowDriver::move(Point to) {
     XTranslateCoordinates(screen->display, screen->window, DefaultRootWindow(screen->display), to.x, to.y, &x,
                           &y, &child);
     XTestFakeMotionEvent(screen->display, -1, x, y, CurrentTime);
-    XFlush(screen->display);
-    std::this_thread::sleep_for(4 * PAUSE);
+    _waitUntilTaken();
 }
 
 void WindowDriver::press(unsigned int button) {
     XTestFakeButtonEvent(screen->display, button, True, CurrentTime);
-    XFlush(screen->display);
-    std::this_thread::sleep_for(4 * PAUSE);
+    _waitUntilTaken();
 }
 
 void WindowDriver::release(unsigned int button) {
     XTestFakeButtonEvent(screen->display, button, False, CurrentTime);
-    XFlush(screen->display);
-    std::this_thread::sleep_for(4 * PAUSE);
+    _waitUntilTaken();
 }
 
 void WindowDriver::click(unsigned int button, Point at) {
@@ -276,27 +339,35 @@ void WindowDriver::turnWheel(int steps, Point at) {
     }
 }
 
-void WindowDriver::type(std::vector<std::string> const& keys) {
-    for (std::string const& key : keys) {
-        hold(key);
-    }
-    for (auto key = keys.rbegin(); key != keys.rend(); ++key) {
-        letGo(*key);
-    }
-    std::this_thread::sleep_for(2 * PAUSE);
-}
-
 void WindowDriver::hold(std::string const& key) {
-    XTestFakeKeyEvent(screen->display, XKeysymToKeycode(screen->display, XStringToKeysym(key.c_str())), True,
-                      CurrentTime);
-    XFlush(screen->display);
-    std::this_thread::sleep_for(2 * PAUSE);
+    XTestFakeKeyEvent(screen->display, screen->code(key), True, CurrentTime);
+    _waitUntilTaken();
 }
 
 void WindowDriver::letGo(std::string const& key) {
-    XTestFakeKeyEvent(screen->display, XKeysymToKeycode(screen->display, XStringToKeysym(key.c_str())), False,
-                      CurrentTime);
-    XFlush(screen->display);
+    XTestFakeKeyEvent(screen->display, screen->code(key), False, CurrentTime);
+    _waitUntilTaken();
+}
+
+void WindowDriver::type(std::vector<std::string> const& keys) {
+    for (std::string const& key : keys) {
+        XTestFakeKeyEvent(screen->display, screen->code(key), True, CurrentTime);
+    }
+    // The interface looks at what is down when it draws.
+    _waitUntilTaken();
+    for (auto key = keys.rbegin(); key != keys.rend(); ++key) {
+        XTestFakeKeyEvent(screen->display, screen->code(*key), False, CurrentTime);
+    }
+    _waitUntilTaken();
+}
+
+void WindowDriver::write(std::string const& text) {
+    for (char const letter : text) {
+        std::string const name = letter == '.' ? "period" : letter == '-' ? "minus" : std::string(1, letter);
+        XTestFakeKeyEvent(screen->display, screen->code(name), True, CurrentTime);
+        XTestFakeKeyEvent(screen->display, screen->code(name), False, CurrentTime);
+    }
+    _waitUntilTaken();
 }
 
 void WindowDriver::resize(int width, int height) {
@@ -304,6 +375,7 @@ void WindowDriver::resize(int width, int height) {
                   static_cast<unsigned int>(height));
     XFlush(screen->display);
     waitUntil([&](Picture const& picture) { return picture.width == width && picture.height == height; });
+    _waitUntilTaken();
 }
 
 /// In the protocol of drag and drop, version 5, in which this is the source.

@@ -2,6 +2,7 @@
 
 #include "viewport/files/images/Picture.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -44,6 +45,12 @@ public:
     /// Looks until the condition holds. False where it never does.
     bool waitUntil(std::function<bool(vellum::viewport::Picture const&)> const& condition) const;
 
+    /// The middle of a text that the interface writes, found by its letters; waits for it. Fails the test where it does not appear.
+    /// \param after where it begins at the earliest, in reading order
+    Point find(std::string const& text, Point after = {0, 0}) const;
+
+    // Each waits until the program has taken it in.
+
     void move(Point to);
     void press(unsigned int button);
     void release(unsigned int button);
@@ -56,6 +63,9 @@ public:
 
     void hold(std::string const& key);   ///< Presses a key, until letGo().
     void letGo(std::string const& key);  ///< Releases it.
+
+    /// Letters, digits, points and minus signs, one after the other.
+    void write(std::string const& text);
 
     void resize(int width, int height);
     void drop(std::vector<std::string> const& files);  ///< As from a file manager, onto its middle.
@@ -74,6 +84,10 @@ public:
 
 private:
     struct Screen;
+
+    /// Whether it does nothing for so long.
+    bool _rests(std::chrono::milliseconds duration) const;
+    void _waitUntilTaken() const;
 
     std::unique_ptr<Screen> screen;
     pid_t program = 0;  // 0: it has ended

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -34,6 +36,21 @@ inline std::size_t differences(Picture const& a, Picture const& b) {
     return count;
 }
 
+/// The part of a picture from a pixel on; nothing where it reaches farther.
+inline Picture cut(Picture const& picture, int left, int top, int width, int height) {
+    Picture part;
+    if (left + width > picture.width || top + height > picture.height) {
+        return part;
+    }
+    part.width = width;
+    part.height = height;
+    for (int y = top; y < top + height; ++y) {
+        auto const row = picture.pixels.begin() + 4 * (static_cast<std::ptrdiff_t>(y) * picture.width + left);
+        part.pixels.insert(part.pixels.end(), row, row + 4 * static_cast<std::ptrdiff_t>(width));
+    }
+    return part;
+}
+
 /// A cube, and the settings of a user who has none.
 class WindowTest : public testing::Test {
 protected:
@@ -46,6 +63,34 @@ protected:
 
     std::unique_ptr<WindowDriver> open(std::vector<std::string> const& arguments) const {
         return std::make_unique<WindowDriver>(arguments, environment(), folder.file(""));
+    }
+
+    /// From now on they are those of a user who has hidden the panel.
+    void hidePanel() const {
+        std::filesystem::create_directories(folder.file("config/vl_viewport"));
+        folder.write("config/vl_viewport/window.json", "{\"panel\": false}\n");
+    }
+
+    /// Waits until a window shows a picture, and fails where it never does.
+    static void expectShown(WindowDriver const& window, Picture const& expected, char const* what = "") {
+        EXPECT_TRUE(window.waitUntil([&](Picture const& seen) { return differences(seen, expected) == 0; }))
+            << what << ": " << differences(window.look(), expected) << " pixels differ";
+    }
+
+    /// Saves the view with the keys for it, and gives its file, which is there no more.
+    std::string savedView(WindowDriver& window) const {
+        window.type({"Control_L", "Shift_L", "s"});
+        std::string text;
+        EXPECT_TRUE(window.waitUntil([&](Picture const&) {
+            for (std::string const& name : folder.names()) {
+                if (std::filesystem::path(name).extension() == ".vlview") {
+                    text = folder.read(name);
+                    std::filesystem::remove(folder.file(name));
+                }
+            }
+            return !text.empty();
+        }));
+        return text;
     }
 
     Picture drawnOffScreen(std::vector<std::string> arguments) const {

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cmath>
-#include <filesystem>
 #include <regex>
 
 using namespace vellum::viewport;
@@ -29,17 +28,7 @@ class Window_gizmo_gl_test : public WindowTest {
 protected:
     /// Saves the view, and takes out of its file what it says of the cube.
     Placement placed(WindowDriver& window) const {
-        window.type({"Control_L", "Shift_L", "s"});
-        std::string text;
-        EXPECT_TRUE(window.waitUntil([&](Picture const&) {
-            for (std::string const& name : folder.names()) {
-                if (std::filesystem::path(name).extension() == ".vlview") {
-                    text = folder.read(name);
-                    std::filesystem::remove(folder.file(name));
-                }
-            }
-            return !text.empty();
-        }));
+        std::string const text = savedView(window);
         std::smatch found;
         Placement placement = AT_REST;
         std::string const three = "([-+.0-9e]+),([-+.0-9e]+),([-+.0-9e]+)";

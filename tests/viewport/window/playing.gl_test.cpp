@@ -60,26 +60,3 @@ TEST_F(Window_playing_gl_test, aPictureIsSavedAsItIsSeen) {
         return saved.isOk() && differences(saved.value(), seen) == 0;
     }));
 }
-
-TEST_F(Window_playing_gl_test, theSmallestWindowDoesNoHarm) {
-    auto const window = open({cube, "--size", "320x240"});
-    ASSERT_TRUE(window->isOpen());
-    Picture const before = window->settled();
-    window->resize(1, 1);
-    window->settled();
-    window->resize(64, 64);
-    EXPECT_EQ(window->settled().width, 64);
-    window->resize(320, 240);
-    EXPECT_EQ(differences(window->settled(), before), 0U);
-    EXPECT_EQ(window->close(), 0);
-}
-
-TEST_F(Window_playing_gl_test, theCrossClosesItWhileAFileIsLoaded) {
-    std::string rows = "2000000\n\n";
-    for (unsigned int i = 0; i < 2000000; ++i) {
-        rows += "C 1.25 2.25 3.25\n";
-    }
-    auto const window = open({folder.write("large.xyz", rows), "--size", "320x240"});
-    ASSERT_TRUE(window->isOpen());
-    EXPECT_EQ(window->close(), 0);
-}

@@ -34,6 +34,18 @@ TEST_F(Window_gl_test, aRestingWindowUsesNoProcessorTime) {
     EXPECT_LE(window->processorTime() - before, 0.01);
 }
 
+TEST_F(Window_gl_test, aFieldThatWaitsForLettersLeavesTheProcessorToOthers) {
+    auto const window = open({cube, "--size", "400x700"});
+    ASSERT_TRUE(window->isOpen());
+    WindowDriver::Point const field = window->find("Texture");
+    window->click(1, {field.x - 100, field.y});
+    window->write("a");
+    double const before = window->processorTime();
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+    // The cursor blinks. A program that draws all the time needs more than a second on the threads of the rasterizer.
+    EXPECT_LE(window->processorTime() - before, 0.4);
+}
+
 TEST_F(Window_gl_test, theMouseTurnsMovesAndZoomsAndFShowsEverythingAgain) {
     auto const window = open({cube, "--size", "480x360"});
     ASSERT_TRUE(window->isOpen());
@@ -73,19 +85,6 @@ TEST_F(Window_gl_test, anotherSizeShowsThePictureOfThatSize) {
     window->resize(401, 283);
     Picture const expected = drawnOffScreen({cube, "--size", "401x283"});
     EXPECT_TRUE(window->waitUntil([&](Picture const& seen) { return differences(seen, expected) == 0; }));
-}
-
-TEST_F(Window_gl_test, aBrokenFileThatIsDroppedLeavesWhatWasOpen) {
-    auto const window = open({cube, "--size", "480x360"});
-    ASSERT_TRUE(window->isOpen());
-    window->type({"Tab"});
-    Picture const before = window->settled();
-    window->drop({folder.write("broken.stl", "solid nothing\nfacet normal x y\n")});
-    EXPECT_TRUE(window->waitUntil([&](Picture const& seen) { return differences(seen, before) > 1000; }))
-        << "the fault is shown";
-    window->type({"Return"});
-    EXPECT_EQ(differences(window->settled(), before), 0U);
-    EXPECT_EQ(window->close(), 0);
 }
 
 TEST_F(Window_gl_test, aFileThatIsDroppedIsShown) {
@@ -140,6 +139,24 @@ TEST_F(Window_gl_test, aPictureOfTheWindowItselfIsWrittenAndTheWindowCloses) {
     ASSERT_TRUE(picture.isOk()) << picture.fault().line();
     EXPECT_EQ(picture.value().width, 640);
     EXPECT_EQ(picture.value().height, 480);
+}
+
+TEST_F(Window_gl_test, aPictureOfTheWindowReplacesNoTextureOfAModel) {
+    Picture paint;
+    paint.width = 1;
+    paint.height = 1;
+    paint.pixels = {255, 0, 0, 255};
+    std::string const texture = folder.file("paint.png");
+    ASSERT_FALSE(paint.savePng(texture));
+    std::string const before = folder.read("paint.png");
+    folder.write("model.mtl", "newmtl red\nmap_Kd paint.png\n");
+    std::string const model = folder.write(
+        "model.obj",
+        "mtllib model.mtl\nusemtl red\nv 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\nvt 1 0\nvt 0 1\nf 1/1 2/2 3/3\n");
+    auto const window = open({model, "--size", "320x240", "--window-picture", texture});
+    EXPECT_TRUE(window->isOpen());
+    EXPECT_EQ(window->waitForEnd(), 2);
+    EXPECT_EQ(folder.read("paint.png"), before);
 }
 
 TEST_F(Window_gl_test, framesArePlayedToTheLastOne) {
