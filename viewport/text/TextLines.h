@@ -72,6 +72,9 @@ public:
         ended = isLastEnded;
     }
 
+    /// More of the text has come: it ends there now.
+    void extendTo(char const* newEnd) { end = newEnd; }
+
     /// The number of the line taken last, from 1.
     std::uint64_t number() const { return lineNumber; }
 

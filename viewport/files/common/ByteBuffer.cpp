@@ -8,7 +8,13 @@ bool ByteBuffer::makeRoom() {
     if (room() > 0) {
         return true;
     }
-    std::size_t const capacity = std::max(std::size_t(1) << 16, 2 * reserved);
+    return reserve(std::max(std::size_t(1) << 16, 2 * reserved));
+}
+
+bool ByteBuffer::reserve(std::size_t capacity) {
+    if (capacity <= reserved) {
+        return true;
+    }
     void* const larger = std::realloc(start.get(), capacity);
     if (larger == nullptr) {
         return false;

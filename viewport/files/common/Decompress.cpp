@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <utility>
 
 #include <lzma.h>
 #define ZLIB_CONST
@@ -205,34 +206,66 @@ bool isCompressed(std::string_view bytes) {
     return isGzip(bytes) || isZstd(bytes) || isXz(bytes);
 }
 
+class Decompression::Decoders {
+public:
+    explicit Decoders(std::string_view compressed) : all(compressed.size()), decoder(decoderOf(compressed)) {}
+
+    std::size_t all;
+    std::unique_ptr<Decoder> decoder;
+};
+
+Decompression::Decompression(std::string_view compressed, std::uint64_t limit)
+    : decoders(std::make_unique<Decoders>(compressed)), limit(limit) {}
+
+Decompression::~Decompression() = default;
+
+std::size_t Decompression::done() const {
+    return decoders->all - decoders->decoder->left().size();
+}
+
+bool Decompression::step() {
+    Decoder& decoder = *decoders->decoder;
+    if (!text.buffer.makeRoom()) {
+        fault = Fault{{}, "there is not enough memory for what it holds uncompressed"};
+        return false;
+    }
+    std::size_t written = 0;
+    Outcome const outcome = decoder.step(text.buffer.end(), text.buffer.room(), written);
+    text.buffer.append(written);
+    if (text.buffer.size() > limit) {
+        fault = Fault{{}, "holds more than " + std::to_string(limit) + " bytes uncompressed"};
+        return false;
+    }
+    switch (outcome) {
+    case Outcome::GOES_ON:
+        return true;
+    case Outcome::ENDS:
+        return decoder.startNextMember();
+    case Outcome::STARVES:
+        text.isCutOff = true;
+        return false;
+    case Outcome::DAMAGED:
+        break;
+    }
+    fault = Fault{{}, "the compressed data are damaged: " + decoder.message()};
+    return false;
+}
+
+Result<DecompressedText> Decompression::take() {
+    return fault ? Result<DecompressedText>(*fault) : Result<DecompressedText>(std::move(text));
+}
+
 Result<DecompressedText> decompress(std::string_view compressed, std::uint64_t limit,
                                     Progress const& progress) {
-    DecompressedText text;
-    std::unique_ptr<Decoder> const decoder = decoderOf(compressed);
-    while (true) {
-        if (!text.buffer.makeRoom()) {
-            return Fault{{}, "there is not enough memory for what it holds uncompressed"};
-        }
-        std::size_t written = 0;
-        Outcome const outcome = decoder->step(text.buffer.end(), text.buffer.room(), written);
-        text.buffer.append(written);
-        if (text.buffer.size() > limit) {
-            return Fault{{}, "holds more than " + std::to_string(limit) + " bytes uncompressed"};
-        }
+    Decompression work(compressed, limit);
+    bool goesOn = true;
+    while (goesOn) {
+        goesOn = work.step();
         if (progress) {
-            progress(compressed.size() - decoder->left().size(), compressed.size());
-        }
-        if (outcome == Outcome::ENDS) {
-            if (!decoder->startNextMember()) {
-                return text;
-            }
-        } else if (outcome == Outcome::STARVES) {
-            text.isCutOff = true;
-            return text;
-        } else if (outcome == Outcome::DAMAGED) {
-            return Fault{{}, "the compressed data are damaged: " + decoder->message()};
+            progress(work.done(), compressed.size());
         }
     }
+    return work.take();
 }
 
 std::string decompressStart(std::string_view compressed, std::size_t size) {

@@ -61,8 +61,13 @@ void fillIn(FrameIndex::Places const& places, std::optional<std::size_t> const& 
 class FrameSearch {
 public:
     FrameSearch(std::string_view text, std::optional<std::size_t> wanted, ReadFrameHead const& readHead,
-                ChooseValues const& choose, Progress const& progress)
-        : lines(text), wanted(wanted), readHead(readHead), choose(choose) {
+                ChooseValues const& choose, std::optional<FrameIndex::Ahead> ahead, Progress const& progress)
+        : text(text)
+        , lines(text)
+        , wanted(wanted)
+        , readHead(readHead)
+        , choose(choose)
+        , ahead(std::move(ahead)) {
         if (progress) {
             // Frames may be read again, and progress must not go back.
             onward = [this, &progress](std::uint64_t done, std::uint64_t all) {
@@ -101,6 +106,15 @@ private:
         }
         timestep = head.frame.timestep;
         time = head.frame.time;
+        if (ahead && lines.done() == ahead->rowsStart) {
+            lines.passTo(text.data() + ahead->rowsEnd, head.count, true);
+            parsed = Parsed{number, std::move(ahead->frame)};
+            ahead.reset();
+            if (onward) {
+                onward(lines.done(), lines.done() + lines.left());
+            }
+            return std::nullopt;
+        }
         TableRows rows = rowsOf(head, choose, onward);
         TextLines const rowsStart = lines;
         // A frame that is probably shown is read at once, which spares single frames the counting of their
@@ -171,10 +185,12 @@ private:
         ParticleFrame frame;
     };
 
+    std::string_view text;
     TextLines lines;
     std::optional<std::size_t> wanted;
     ReadFrameHead const& readHead;
     ChooseValues const& choose;
+    std::optional<FrameIndex::Ahead> ahead;
     Progress onward;
     std::uint64_t furthest = 0;  // that was reported
     FrameIndex::Places places;
@@ -185,9 +201,58 @@ private:
 
 }  // namespace
 
+/// Reads the first frame of a text that grows, unless something is unusual: then nothing is lost but time that would have been
+/// spent waiting.
+void FrameIndex::_readAhead() {
+    std::string_view there;
+    // Whole lines alone can be read.
+    auto const extend = [&] {
+        there = growing->beyond(there.size());
+        return there.substr(0, there.rfind('\n') + 1);
+    };
+    std::string_view const start = extend();
+    TextLines lines(start);
+    FrameHead head = newHead(0);
+    lines.skipEmpty();
+    bool const isReadable = !lines.isAtEnd() && !readHead(lines, head) && !lines.isAtEnd() && head.count > 0;
+    if (!isReadable) {
+        return;
+    }
+    Ahead found;
+    found.rowsStart = static_cast<std::size_t>(lines.done());
+    TableRows rows = rowsOf(head, choose, {});
+    bool isFirst = true;
+    rows.follow([&](TextLines& lines) {
+        // What is there is read before more is waited for, a megabyte at once.
+        constexpr std::uint64_t ENOUGH = std::uint64_t(1) << 20;
+        while (!std::exchange(isFirst, false) && lines.left() < ENOUGH) {
+            std::size_t const before = there.size();
+            lines.extendTo(start.data() + extend().size());
+            if (there.size() == before) {
+                break;
+            }
+        }
+        return std::max(growing->expectedSize(), lines.done() + lines.left()) - lines.done();
+    });
+    if (!rows.read(lines, head.count, head.frame)) {
+        found.frame = std::move(head.frame);
+        found.rowsEnd = static_cast<std::size_t>(lines.done());
+        ahead = std::move(found);
+    }
+}
+
 Result<LoadedFrame> FrameIndex::load(std::optional<std::size_t> const& wanted, Progress const& progress) {
+    if (growing) {
+        _readAhead();
+        Result<std::string_view> const whole = growing->whole();
+        if (!whole.isOk()) {
+            return whole.fault();
+        }
+        text = whole.value();
+        growing.reset();
+    }
     if (!places) {
-        FrameSearch search(text, wanted, readHead, choose, progress);
+        FrameSearch search(text, wanted, readHead, choose, std::exchange(ahead, std::nullopt), progress);
         Result<LoadedFrame> result = search.run();
         if (result.isOk()) {
             places = std::move(search.found());
@@ -222,9 +287,15 @@ Result<LoadedFrame> FrameIndex::_loadAt(std::size_t number, Progress const& prog
     return result;
 }
 
+LoadFrame loaderOf(std::shared_ptr<FrameIndex> index) {
+    return [index = std::move(index)](std::optional<std::size_t> const& frame, Progress const& progress) {
+        return index->load(frame, progress);
+    };
+}
+
 Result<LoadedFrame> readFrame(std::string_view text, std::optional<std::size_t> wanted,
                               ReadFrameHead const& readHead, Progress const& progress) {
-    return FrameSearch(text, wanted, readHead, {}, progress).run();
+    return FrameSearch(text, wanted, readHead, {}, std::nullopt, progress).run();
 }
 
 std::string lastLineWarning(TextLines const& lines) {

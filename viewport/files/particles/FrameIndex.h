@@ -1,5 +1,6 @@
 #pragma once
 
+#include "viewport/files/common/GrowingText.h"
 #include "viewport/files/common/Progress.h"
 #include "viewport/files/particles/FrameBuilder.h"
 #include "viewport/files/particles/NeededValues.h"
@@ -9,6 +10,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -55,6 +57,11 @@ public:
     FrameIndex(std::string_view text, ReadFrameHead readHead, ChooseValues choose = {})
         : text(text), readHead(std::move(readHead)), choose(std::move(choose)) {}
 
+    /// The same of a text that is on its way until the first load: the first frame is read while it comes. What that gives is
+    /// the same.
+    FrameIndex(std::unique_ptr<GrowingText> growing, ReadFrameHead readHead, ChooseValues choose = {})
+        : growing(std::move(growing)), readHead(std::move(readHead)), choose(std::move(choose)) {}
+
     /// See LoadFrame.
     Result<LoadedFrame> load(std::optional<std::size_t> const& wanted, Progress const& progress);
 
@@ -66,14 +73,27 @@ public:
         std::string warning;
     };
 
+    /// The first frame, read before the end of the text was there.
+    struct Ahead {
+        ParticleFrame frame;
+        std::size_t rowsStart = 0;  // in the text
+        std::size_t rowsEnd = 0;
+    };
+
 private:
+    void _readAhead();
     Result<LoadedFrame> _loadAt(std::size_t number, Progress const& progress) const;
 
+    std::unique_ptr<GrowingText> growing;  // null: the text is there
+    std::optional<Ahead> ahead;
     std::string_view text;
     ReadFrameHead readHead;
     ChooseValues choose;
     std::optional<Places> places;  // nothing: the text has not been passed to its end
 };
+
+/// The index as a function.
+LoadFrame loaderOf(std::shared_ptr<FrameIndex> index);
 
 /// The same once.
 /// \param wanted counted from 0; nothing: the last complete one. Behind the last frame the result has a count

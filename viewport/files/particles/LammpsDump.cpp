@@ -183,6 +183,11 @@ private:
     std::string& units;
 };
 
+ReadFrameHead headReader() {
+    auto const units = std::make_shared<std::string>();
+    return [units](TextLines& lines, FrameHead& head) { return HeadReader(lines, head, *units).read(); };
+}
+
 }  // namespace
 
 Result<LoadedFrame> readLammpsDump(std::string_view text, std::optional<std::size_t> frame,
@@ -191,13 +196,11 @@ Result<LoadedFrame> readLammpsDump(std::string_view text, std::optional<std::siz
 }
 
 LoadFrame openLammpsDump(std::string_view text, ChooseValues const& choose) {
-    auto const units = std::make_shared<std::string>();
-    auto const index = std::make_shared<FrameIndex>(
-        text, [units](TextLines& lines, FrameHead& head) { return HeadReader(lines, head, *units).read(); },
-        choose);
-    return [index](std::optional<std::size_t> const& frame, Progress const& progress) {
-        return index->load(frame, progress);
-    };
+    return loaderOf(std::make_shared<FrameIndex>(text, headReader(), choose));
+}
+
+LoadFrame openLammpsDump(std::unique_ptr<GrowingText> text, ChooseValues const& choose) {
+    return loaderOf(std::make_shared<FrameIndex>(std::move(text), headReader(), choose));
 }
 
 }  // namespace vellum::viewport

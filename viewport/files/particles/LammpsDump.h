@@ -6,6 +6,7 @@
 #include "viewport/text/Fault.h"
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string_view>
 
@@ -29,5 +30,6 @@ Result<LoadedFrame> readLammpsDump(std::string_view text, std::optional<std::siz
 /// The same for several frames of one text, which must outlive it: the text is passed once.
 /// \param choose which values are kept
 LoadFrame openLammpsDump(std::string_view text, ChooseValues const& choose = {});
+LoadFrame openLammpsDump(std::unique_ptr<GrowingText> text, ChooseValues const& choose);
 
 }  // namespace vellum::viewport

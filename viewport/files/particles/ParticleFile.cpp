@@ -1,6 +1,7 @@
 #include "viewport/files/particles/ParticleFile.h"
 
 #include "viewport/files/common/Decompress.h"
+#include "viewport/files/common/DecompressAhead.h"
 #include "viewport/files/common/PlyHeader.h"
 #include "viewport/files/particles/CsvFile.h"
 #include "viewport/files/particles/LammpsBinary.h"
@@ -155,11 +156,18 @@ struct ParticleFile::Opened {
                                  2 * size);
                     };
                 }
-                Result<DecompressedText> found = decompress(bytes, LARGEST_UNCOMPRESSED, uncompressing);
+                auto ahead =
+                    std::make_unique<DecompressAhead>(bytes, LARGEST_UNCOMPRESSED, text, uncompressing);
+                std::optional<ParticleFormat> const known = _formatSoFar(*ahead, format);
+                if (known == ParticleFormat::LAMMPS_DUMP || known == ParticleFormat::XYZ) {
+                    frames = known == ParticleFormat::XYZ ? openXyz(std::move(ahead), choose)
+                                                          : openLammpsDump(std::move(ahead), choose);
+                    return _end(_loadFirst(frame, reading));
+                }
+                Result<std::string_view> const found = ahead->whole();
                 if (!found.isOk()) {
                     return found.fault();
                 }
-                text = std::move(found.value());
             }
             Result<LoadFrame> source = openBytes(text ? text->buffer.bytes() : bytes, format, choose);
             if (source.isOk()) {
@@ -172,6 +180,37 @@ struct ParticleFile::Opened {
     }
 
 private:
+    /// The format that the beginning shows, if there is enough of it already.
+    static std::optional<ParticleFormat> _formatSoFar(GrowingText& growing,
+                                                      std::optional<ParticleFormat> const& known) {
+        std::string_view beginning;
+        std::size_t before = 0;
+        do {
+            before = beginning.size();
+            beginning = growing.beyond(before);
+        } while (beginning.size() > before && beginning.size() < BEGINNING_SIZE);
+        bool const isEnough = beginning.size() >= BEGINNING_SIZE;
+        return !isEnough ? std::nullopt
+               : known   ? known
+                         : particleFormatOf(beginning.substr(0, BEGINNING_SIZE));
+    }
+
+    /// Where it does not come to its end, nothing is known of the file: the text is not complete.
+    Result<LoadedFrame> _loadFirst(std::optional<std::size_t> const& frame, Progress const& progress) {
+        try {
+            Result<LoadedFrame> result = frames(frame, progress);
+            if (!text) {
+                frames = {};
+            }
+            return result;
+        } catch (...) {
+            if (!text) {
+                frames = {};
+            }
+            throw;
+        }
+    }
+
     Result<LoadedFrame> _end(Result<LoadedFrame> result) {
         if (text && text->isCutOff) {
             std::string const warning = "the compressed data are cut off";

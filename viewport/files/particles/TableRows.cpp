@@ -60,7 +60,8 @@ std::optional<TextDamage> TableRows::_read(TextLines& lines, std::optional<std::
     form.isSkipping = form.separator != ' ' || !count;
     fault.reset();
     atOnce = {};
-    std::uint64_t const expectedRows = _expectedRows(lines, count);
+    std::uint64_t const left = extend ? extend(lines) : lines.left();
+    std::uint64_t const expectedRows = _expectedRows(lines, left, count);
     TextLines ahead = lines;
     if (form.isSkipping) {
         ahead.skipEmpty();
@@ -76,6 +77,9 @@ std::optional<TextDamage> TableRows::_read(TextLines& lines, std::optional<std::
     }
     _report(lines);
     while (!count || builder.rowCount() < *count) {
+        if (extend) {
+            extend(lines);
+        }
         if (form.isSkipping) {
             lines.skipEmpty();
         }
@@ -249,16 +253,17 @@ void TableRows::_joinWords(Batch& batch, std::size_t first, FrameBuilder& builde
 }
 
 /// No more rows than the text can hold. Memory that is reserved and not used takes none.
-std::uint64_t TableRows::_expectedRows(TextLines const& lines,
+/// \param left bytes that are expected
+std::uint64_t TableRows::_expectedRows(TextLines const& lines, std::uint64_t left,
                                        std::optional<std::uint64_t> const& count) const {
     // A value and its separator need two bytes at least; the last line may lack its end.
-    std::uint64_t const possible = (lines.left() + 1) / (2 * std::max<std::size_t>(form.columns.size(), 1));
+    std::uint64_t const possible = (left + 1) / (2 * std::max<std::size_t>(form.columns.size(), 1));
     if (count) {
         return std::min(*count, possible);
     }
     TextLines ahead = lines;
     std::uint64_t const bytesOfFirst = ahead.take().size() + 1;
-    return std::min(lines.left() / bytesOfFirst * 5 / 4, possible);
+    return std::min(left / bytesOfFirst * 5 / 4, possible);
 }
 
 bool TableRows::skip(TextLines& lines, std::uint64_t count) const {

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -43,6 +44,11 @@ public:
     /// Which values of the frame are kept; empty: all. Not together with allowMissing(), which looks at them.
     void keep(ChooseValues const& choose) { this->choose = choose; }
 
+    /// Called before rows are read; may put the end of the lines behind others, and says how many bytes of lines are expected in
+    /// all. Empty: the lines are all that there is.
+    using Extend = std::function<std::uint64_t(TextLines& lines)>;
+    void follow(Extend const& extend) { this->extend = extend; }
+
     /// Called with the bytes of the text; may be empty.
     void report(Progress const& progress) { this->progress = progress; }
 
@@ -67,7 +73,8 @@ private:
     void _readParts(Batch& batch, char const* textEnd, FrameBuilder& builder) const;
     static void _closeGaps(Batch const& batch, std::size_t first, FrameBuilder& builder);
     void _joinWords(Batch& batch, std::size_t first, FrameBuilder& builder) const;
-    std::uint64_t _expectedRows(TextLines const& lines, std::optional<std::uint64_t> const& count) const;
+    std::uint64_t _expectedRows(TextLines const& lines, std::uint64_t left,
+                                std::optional<std::uint64_t> const& count) const;
     void _findTexts(std::string_view row);
     bool _becomesWords(ParticleFrame const& frame);
     void _report(TextLines const& lines) const;
@@ -76,6 +83,7 @@ private:
     std::optional<ParticleBox> box;
     std::string_view mark;
     ChooseValues choose;
+    Extend extend;
     Progress progress;
     BytesAtOnce atOnce;
     double bytesPerRow = 1;         // of those read so far, or of the first one

@@ -231,10 +231,11 @@ Result<LoadedFrame> readXyz(std::string_view text, std::optional<std::size_t> fr
 }
 
 LoadFrame openXyz(std::string_view text, ChooseValues const& choose) {
-    auto const index = std::make_shared<FrameIndex>(text, readHead, choose);
-    return [index](std::optional<std::size_t> const& frame, Progress const& progress) {
-        return index->load(frame, progress);
-    };
+    return loaderOf(std::make_shared<FrameIndex>(text, readHead, choose));
+}
+
+LoadFrame openXyz(std::unique_ptr<GrowingText> text, ChooseValues const& choose) {
+    return loaderOf(std::make_shared<FrameIndex>(std::move(text), readHead, choose));
 }
 
 }  // namespace vellum::viewport

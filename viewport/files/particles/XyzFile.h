@@ -6,6 +6,7 @@
 #include "viewport/text/Fault.h"
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string_view>
 
@@ -31,5 +32,6 @@ Result<LoadedFrame> readXyz(std::string_view text, std::optional<std::size_t> fr
 /// The same for several frames of one text, which must outlive it: the text is passed once.
 /// \param choose which values are kept
 LoadFrame openXyz(std::string_view text, ChooseValues const& choose = {});
+LoadFrame openXyz(std::unique_ptr<GrowingText> text, ChooseValues const& choose);
 
 }  // namespace vellum::viewport

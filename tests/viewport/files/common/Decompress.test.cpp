@@ -1,10 +1,13 @@
 #include "viewport/files/common/Decompress.h"
 
+#include "foundation/basic/threads.h"
 #include "tests/viewport/files/common/compressed_texts.h"
+#include "viewport/files/common/DecompressAhead.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -102,4 +105,98 @@ TEST(Decompress, damagedDataAreAFaultOrCutOffNeverAnotherText) {
         }
         EXPECT_TRUE(hadFault) << codec.name;
     }
+}
+
+// == DecompressAhead ==
+
+namespace {
+
+/// What is there or the fault, and how often somebody waited.
+std::string aheadOf(std::string_view bytes, std::uint64_t limit, bool& isCutOff) {
+    std::optional<DecompressedText> text;
+    Progress const nobody;
+    DecompressAhead ahead(bytes, limit, text, nobody);
+    std::string seen;
+    while (true) {
+        std::string_view const there = ahead.beyond(seen.size());
+        EXPECT_EQ(there.substr(0, seen.size()), seen);
+        if (there.size() == seen.size()) {
+            break;
+        }
+        seen = there;
+    }
+    Result<std::string_view> const whole = ahead.whole();
+    if (!whole.isOk()) {
+        return whole.fault().line();
+    }
+    EXPECT_EQ(whole.value().substr(0, seen.size()), seen);
+    isCutOff = text->isCutOff;
+    return std::string(whole.value());
+}
+
+/// More than half a MB, and some hundred KB compressed.
+std::string longText() {
+    std::string text;
+    for (unsigned int i = 0; i < 60'000; ++i) {
+        text += std::to_string(i * 2654435761U) + "\n";
+    }
+    return text;
+}
+
+}  // namespace
+
+TEST(DecompressAhead, givesWhatIsGivenWithoutAThread) {
+    std::string const text = longText();
+    // So much larger than its compressed bytes that the thread leaves the rest to its owner.
+    std::string even;
+    for (unsigned int i = 0; i < 12'000; ++i) {
+        even += std::string(500, 'x') + std::to_string(i * 2654435761U);
+    }
+    for (Codec const& codec : CODECS) {
+        std::string const bytes = codec.compress(text);
+        std::string damaged = bytes;
+        damaged[bytes.size() / 2] = static_cast<char>(~damaged[bytes.size() / 2]);
+        std::string const members = bytes + codec.compress("and more") + "rest";
+        for (std::string const& each :
+             {bytes, bytes.substr(0, bytes.size() * 2 / 3), damaged, members, codec.compress(even),
+              codec.compress("short"), std::string("\x1F\x8B")}) {
+            for (std::uint64_t const limit : {std::uint64_t(100'000'000), std::uint64_t(500'000)}) {
+                Result<DecompressedText> const expected = decompress(each, limit, {});
+                bool isCutOff = false;
+                std::string const given = aheadOf(each, limit, isCutOff);
+                EXPECT_TRUE(given ==
+                            (expected.isOk() ? expected.value().buffer.bytes() : expected.fault().line()))
+                    << codec.name << " " << each.size() << " " << limit;
+                EXPECT_EQ(isCutOff, expected.isOk() && expected.value().isCutOff) << codec.name;
+            }
+        }
+    }
+}
+
+TEST(DecompressAhead, textIsThereBeforeItsEnd) {
+    std::string const bytes = CODECS[0].compress(longText());
+    std::optional<DecompressedText> text;
+    Progress const nobody;
+    DecompressAhead ahead(bytes, 1'000'000'000, text, nobody);
+    std::size_t const first = ahead.beyond(0).size();
+    if (vellum::threadLimit() > 1) {
+        EXPECT_GT(first, 0U);
+        EXPECT_GE(ahead.expectedSize(), first);
+    }
+    EXPECT_FALSE(text);
+    ASSERT_TRUE(ahead.whole().isOk());
+    EXPECT_EQ(text->buffer.bytes(), longText());
+}
+
+TEST(DecompressAhead, whoeverWaitsCanGiveUp) {
+    std::string const bytes = CODECS[0].compress(longText());
+    std::optional<DecompressedText> text;
+    Progress const giveUp = [](std::uint64_t, std::uint64_t) { throw Cancelled(); };
+    {
+        DecompressAhead ahead(bytes, 1'000'000'000, text, giveUp);
+        EXPECT_THROW(ahead.beyond(0), Cancelled);
+        EXPECT_THROW(static_cast<void>(ahead.whole()), Cancelled);
+    }
+    { DecompressAhead const unused(bytes, 1'000'000'000, text, giveUp); }
+    EXPECT_FALSE(text);
 }

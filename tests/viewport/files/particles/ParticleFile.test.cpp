@@ -1,5 +1,6 @@
 #include "viewport/files/particles/ParticleFile.h"
 
+#include "foundation/basic/threads.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/viewport/files/common/compressed_texts.h"
 #include "tests/viewport/files/mesh/mesh_texts.h"
@@ -220,6 +221,83 @@ TEST(ParticleFile, compressedDataWithAWrongBitAreAFault) {
     checksum[whole.size() - 8] = static_cast<char>(checksum[whole.size() - 8] ^ 1);
     EXPECT_EQ(faultOf(ParticleFile(folder.write("sum.gz", checksum)).load(std::nullopt, nobody)),
               "the compressed data are damaged: incorrect data check");
+}
+
+TEST(ParticleFile, readingWhileTheTextIsUncompressedGivesTheSame) {
+    TemporaryFolder const folder;
+    std::string const text = largeDump();
+    std::string xyz = "60000\nmelt\n";
+    for (int i = 0; i < 60000; ++i) {
+        xyz += "H 0 " + std::to_string(i * 7919 % 60000) + " 1\n";
+    }
+    std::string wrong = text;
+    wrong[text.size() - 40] = 'w';
+    std::string const whole = gzip(text);
+    std::string damaged = whole;
+    damaged[whole.size() / 2] = static_cast<char>(~damaged[whole.size() / 2]);
+    struct Row {
+        char const* name;
+        std::string bytes;
+    };
+    for (Row const& row : {Row{"one frame", whole},
+                           {"three frames", gzip(text + text + text)},
+                           {"a small one behind", gzip(text + dump)},
+                           {"a small one before", gzip(dump + text)},
+                           {"other units behind", gzip("ITEM: UNITS\nmetal\n" + text + text)},
+                           {"xyz", gzip(xyz)},
+                           {"xyz, two", gzip(xyz + xyz)},
+                           {"wrong in the first", gzip(wrong)},
+                           {"wrong, not shown", gzip(wrong + text)},
+                           {"too few", gzip(text.substr(0, text.size() / 2))},
+                           {"too few, and another", gzip(text.substr(0, text.size() / 2) + "\n" + text)},
+                           {"no line end", gzip(text.substr(0, text.size() - 1))},
+                           {"empty lines", gzip("\n\n" + text + "\n \n")},
+                           {"cut off", whole.substr(0, whole.size() / 2)},
+                           {"cut off in the second", gzip(text + text).substr(0, whole.size() * 3 / 2)},
+                           {"damaged", damaged},
+                           {"two members", whole + gzip(text)}}) {
+        std::string const path = folder.write("some.gz", row.bytes);
+        for (std::optional<std::size_t> const frame : {std::optional<std::size_t>(), {1}}) {
+            vellum::setThreadLimit(1);
+            Result<LoadedFrame> const expected = ParticleFile(path).load(frame, nobody);
+            vellum::setThreadLimit(0);
+            ParticleFile const file(path);
+            for (int times = 0; times < 2; ++times) {
+                Result<LoadedFrame> const result = file.load(frame, nobody);
+                ASSERT_EQ(faultOf(result), faultOf(expected)) << row.name;
+                if (result.isOk()) {
+                    EXPECT_EQ(result.value().frame.positions, expected.value().frame.positions) << row.name;
+                    EXPECT_EQ(result.value().frame.timestep, expected.value().frame.timestep) << row.name;
+                    EXPECT_EQ(result.value().number, expected.value().number) << row.name;
+                    EXPECT_EQ(result.value().timesteps, expected.value().timesteps) << row.name;
+                    EXPECT_EQ(result.value().warning, expected.value().warning) << row.name;
+                }
+            }
+        }
+    }
+}
+
+TEST(ParticleFile, uncompressingIsGivenUpAtAnyTime) {
+    TemporaryFolder const folder;
+    std::string const path = folder.write("large.gz", gzip(largeDump()));
+    int calls = 0;
+    ASSERT_TRUE(ParticleFile(path).load(std::nullopt, [&](std::uint64_t, std::uint64_t) { ++calls; }).isOk());
+    for (int last = 1; last <= calls; last += 1 + last / 3) {
+        int left = last;
+        ParticleFile const file(path);
+        bool isGivenUp = false;
+        try {
+            static_cast<void>(file.load(std::nullopt, [&](std::uint64_t, std::uint64_t) {
+                if (--left == 0) {
+                    throw Cancelled();
+                }
+            }));
+        } catch (Cancelled const&) {
+            isGivenUp = true;
+        }
+        EXPECT_TRUE(isGivenUp || left > 0) << last;
+        EXPECT_EQ(faultOf(file.load(std::nullopt, nobody)), "") << last;
+    }
 }
 
 // == Several frames ==
