@@ -1,8 +1,8 @@
 #pragma once
 
+#include "viewport/files/common/LineSlices.h"
 #include "viewport/files/common/Progress.h"
 #include "viewport/files/particles/FrameBuilder.h"
-#include "viewport/files/common/LineSlices.h"
 #include "viewport/files/particles/ParticleFrame.h"
 #include "viewport/files/particles/RowReader.h"
 #include "viewport/text/TextLines.h"
