@@ -170,9 +170,9 @@ void LiveScene::draw(PictureSize const& size) {
     }
 }
 
-void LiveScene::rest() {
-    drawnPart = 1;
-    viewer->setDetail(1);
+void LiveScene::setDetail(double part) {
+    drawnPart = part;
+    viewer->setDetail(part);
 }
 
 std::optional<Picture> LiveScene::labels(PictureSize const& size) {

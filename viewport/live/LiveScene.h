@@ -92,8 +92,11 @@ public:
     /// What the last draw() took, and how fast they follow each other.
     DrawingFacts const& facts() const { return drawingFacts; }
 
+    /// The next draw() shows this part of them, 0 to 1: that of a scene which stands in for one that moves.
+    void setDetail(double part);
+
     /// The next draw() shows all particles.
-    void rest();
+    void rest() { setDetail(1); }
 
     /// What explains the colors, alone: a picture with opacities, of what drawLabels() of a viewer draws. Nothing where there is nothing.
     std::optional<Picture> labels(PictureSize const& size);

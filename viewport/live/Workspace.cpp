@@ -162,6 +162,7 @@ bool Workspace::_takeOver(LoadOutcome outcome, double aspect) {
     _dropMisfits(options, outcome.loaded->subject.scene, outcome.notes);
     // What stands is given back first: two large scenes may be more than the GPU holds.
     std::unique_ptr<LiveScene> former = std::move(live);
+    double const detail = former != nullptr && openContent == outcome.loaded->content ? former->detail() : 1;
     former.reset();
     isReplaced = true;
     Result<std::unique_ptr<LiveScene>> made = LiveScene::make(
@@ -174,6 +175,7 @@ bool Workspace::_takeOver(LoadOutcome outcome, double aspect) {
         return true;
     }
     live = std::move(made.value());
+    live->setDetail(detail);
     if (openContent != outcome.loaded->content) {
         openContent = std::move(outcome.loaded->content);
         catalog.setContent(openContent);

@@ -45,6 +45,13 @@ constexpr std::array<std::array<char const*, 2>, 21> KEYS{
      {"Ctrl+Q", "quit"},
      {"Drop files", "open them"}}};
 
+/// Whether two sets of options differ in the range of colors, and in nothing else.
+bool isOnlyRange(Options const& before, Options const& after) {
+    Options same = after;
+    same.particles.range = before.particles.range;
+    return changeBetween(before, same) == Change::NOTHING;
+}
+
 }  // namespace
 
 double Panel::width(WindowUnits const& units) const {
@@ -109,8 +116,11 @@ void Panel::_drawSections(Workspace& workspace, float width, PanelRequests& requ
     // What takes long waits until the mouse is released: else every step of a slider would begin it anew.
     bool const takesLong =
         change >= Change::SUBJECT || (scene != nullptr && scene->facts().seconds > LONGEST_WHILE_HELD);
+    // The ends of a range are dragged by what is seen: the picture follows as fast as it is made ready, without a queue.
+    bool const follows =
+        change == Change::SUBJECT && !workspace.isLoading() && isOnlyRange(workspace.options(), options);
     draft.reset();
-    if (change != Change::NOTHING && takesLong && ImGui::IsAnyItemActive()) {
+    if (change != Change::NOTHING && takesLong && !follows && ImGui::IsAnyItemActive()) {
         draft = options;
     } else if (change != Change::NOTHING) {
         requests.options = options;

@@ -201,6 +201,27 @@ TEST_F(Workspace_gl_test, theCameraStaysWhereAnObjectMoves) {
     }
 }
 
+TEST_F(Workspace_gl_test, particlesStayThinnedWhereOnlyTheirColorsChange) {
+    std::string rows = "id,x,y,z,heat\n";
+    for (int i = 0; i < 9; ++i) {
+        rows += std::to_string(i) + "," + std::to_string(i) + ",0,0," + std::to_string(i) + "\n";
+    }
+    Options options = optionsOf({folder.write("heat.csv", rows)});
+    options.particles.channel = "heat";
+    workspace = opened(options);
+    workspace->scene()->setDetail(0.25);
+    options.particles.range = ValueRange{2, 5};
+    workspace->apply(options);
+    load(*workspace);
+    EXPECT_EQ(workspace->scene()->detail(), 0.25);
+    EXPECT_EQ(workspace->options().particles.range->low, 2);
+    Picture const thinned = pictureOf(*workspace);
+    workspace->reload();
+    load(*workspace);
+    EXPECT_EQ(workspace->scene()->detail(), 1) << "the files may hold others now";
+    EXPECT_EQ(pictureOf(*workspace).pixels, thinned.pixels) << "a picture has all of them";
+}
+
 // == While files are loaded ==
 
 TEST_F(Workspace_gl_test, filesThatAreReadAgainKeepTransformsSelectionAndSteps) {

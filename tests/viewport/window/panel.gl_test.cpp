@@ -173,7 +173,14 @@ TEST_F(Window_panel_gl_test, theEndsOfTheRangeAreDraggedOnTheHistogram) {
     // The strip of 52 pixels is above the first of the numbers.
     Point const from = find("From");
     int const y = from.y - 30;
-    window->drag(1, {12, y}, {80, y});
+    auto const scene = [this](Picture const& seen) { return cut(seen, PANEL, 0, width - PANEL, 800); };
+    Picture const before = scene(window->settled());
+    window->move({12, y});
+    window->press(1);
+    window->move({80, y});
+    EXPECT_TRUE(window->waitUntil([&](Picture const& seen) { return differences(scene(seen), before) > 50; }))
+        << "the scene follows while the end is held";
+    window->release(1);
     window->drag(1, {294, y}, {220, y});
     std::string const view = savedView(*window);
     std::smatch found;

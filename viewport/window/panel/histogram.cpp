@@ -18,6 +18,8 @@ bool drawHistogram(ChannelFacts const& facts, ValueColors const* colors, ValueRa
     float const height = ImGui::GetFontSize() * 3.5F;
     ImGui::InvisibleButton("histogram", {width, height});
     bool const isGrabbed = ImGui::IsItemActive();
+    // A mouse that is moved and released between two frames has moved what it held.
+    bool const isReleased = ImGui::IsItemDeactivated() && grabbedEnd != nullptr && *grabbedEnd >= 0;
     if (range != nullptr) {
         hint("--range MIN,MAX: drag the ends");
     }
@@ -60,7 +62,7 @@ bool drawHistogram(ChannelFacts const& facts, ValueColors const* colors, ValueRa
         float const x = std::clamp(toX(value), corner.x + 1, corner.x + width - 1);
         list.AddLine({x, corner.y}, {x, corner.y + height}, ImGui::GetColorU32(ImGuiCol_Text), 2);
     }
-    if (!isGrabbed) {
+    if (!isGrabbed && !isReleased) {
         *grabbedEnd = -1;
         return false;
     }
@@ -68,13 +70,15 @@ bool drawHistogram(ChannelFacts const& facts, ValueColors const* colors, ValueRa
     if (*grabbedEnd < 0) {
         *grabbedEnd = std::abs(mouse - toX(range->low)) <= std::abs(mouse - toX(range->high)) ? 0 : 1;
     }
+    int const end = *grabbedEnd;
+    *grabbedEnd = isReleased ? -1 : end;
     if (!(extent > 0) || !std::isfinite(extent) || ImGui::GetIO().MouseDelta.x == 0) {
         return false;
     }
     double const value =
         left + std::clamp(static_cast<double>((mouse - corner.x) / width), 0.0, 1.0) * extent;
     ValueRange changed = *range;
-    (*grabbedEnd == 0 ? changed.low : changed.high) = value;
+    (end == 0 ? changed.low : changed.high) = value;
     if (!(changed.low < changed.high)) {
         return false;
     }
