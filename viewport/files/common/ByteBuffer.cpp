@@ -11,17 +11,17 @@ bool ByteBuffer::makeRoom() {
     return reserve(std::max(std::size_t(1) << 16, 2 * reserved));
 }
 
-bool ByteBuffer::reserve(std::size_t capacity) {
-    if (capacity <= reserved) {
+bool ByteBuffer::reserve(std::size_t bytes) {
+    if (bytes <= reserved) {
         return true;
     }
-    void* const larger = std::realloc(start.get(), capacity);
+    void* const larger = std::realloc(start.get(), bytes);
     if (larger == nullptr) {
         return false;
     }
     static_cast<void>(start.release());
     start.reset(static_cast<char*>(larger));
-    reserved = capacity;
+    reserved = bytes;
     return true;
 }
 
