@@ -10,6 +10,7 @@
 #include "viewport/drawing/subjects/Moved.h"
 #include "viewport/drawing/subjects/SurfacesBehind.h"
 #include "viewport/drawing/subjects/array_elements.h"
+#include "viewport/drawing/subjects/derived_arrays.h"
 #include "viewport/drawing/subjects/element_sizes.h"
 #include "viewport/drawing/subjects/part_material.h"
 
@@ -150,6 +151,7 @@ ModelRenderer::ModelRenderer(Core_RL& layer, Model const& model, MeshStyle const
     for (ModelPart const& source : model.parts) {
         Part& part = parts.emplace_back();
         part.source = &source;
+        dropArrays(*source.mesh, style);
         part.renderer = std::make_unique<Mesh_RL_GL>(source.mesh.get(), false);
         part.renderer->useBufferObjects = hasBuffers && !style.immediate;
         part.surface.shading = style.shading;
@@ -196,6 +198,10 @@ ModelRenderer::ModelRenderer(Core_RL& layer, Model const& model, MeshStyle const
 }
 
 void ModelRenderer::draw(Sampling const& sampling) {
+    // Another renderer of the same model, in another style, may have dropped them.
+    for (Part const& part : parts) {
+        static_cast<void>(deriveArrays(*part.source->mesh, style));
+    }
     Moved const moved(layer, place);
     _draw(sampling);
 }

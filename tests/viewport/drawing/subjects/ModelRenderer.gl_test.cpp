@@ -1,6 +1,10 @@
 #include "viewport/drawing/subjects/ModelRenderer.h"
 
+#include "foundation/basic/ArrayServer.h"
 #include "tests/viewport/drawing/ViewerTest.h"
+#include "viewport/drawing/subjects/derived_arrays.h"
+
+#include <cmath>
 
 using namespace vellum;
 using namespace vellum::viewport;
@@ -195,4 +199,78 @@ TEST_F(ModelRenderer_gl_test, anEmissionTextureMayLieOtherwiseThanTheColor) {
         EXPECT_GT(at(moved, 36, 76)[1], 180) << "green, by half of the texture";
         EXPECT_LT(at(moved, 36, 76)[0], 60);
     }
+}
+
+// == Large meshes ==
+
+namespace {
+
+/// A wavy sheet of at least LARGE_MESH triangles with a ridge, which is a hard edge.
+MeshData largeSheet() {
+    constexpr unsigned int SIDE = 184;
+    MeshData mesh;
+    for (unsigned int y = 0; y <= SIDE; ++y) {
+        for (unsigned int x = 0; x <= SIDE; ++x) {
+            double const u = x / double(SIDE);
+            double const v = y / double(SIDE);
+            mesh.positions.push_back({u, v, 0.05 * std::sin(9 * u) + (x > SIDE / 2 ? u : 1 - u)});
+        }
+    }
+    for (unsigned int y = 0; y < SIDE; ++y) {
+        for (unsigned int x = 0; x < SIDE; ++x) {
+            unsigned int const i = y * (SIDE + 1) + x;
+            mesh.triangles.push_back({i, i + 1, i + SIDE + 2});
+            mesh.triangles.push_back({i, i + SIDE + 2, i + SIDE + 1});
+        }
+    }
+    mesh.colors.assign(mesh.positions.size(), {0.7F, 0.7F, 0.7F, 1});
+    return mesh;
+}
+
+unsigned int sizeOf(ArrayId const& id) {
+    return VL_ArrayServer.resolve(id)->size;
+}
+
+}  // namespace
+
+TEST_F(ModelRenderer_gl_test, largeMeshesLookTheSameInEveryStyleThatFollowsAnother) {
+    struct Change {
+        char const* name;
+        void (*change)(MeshStyle& style);
+    };
+    for (Change const& change : {Change{"faceted", [](MeshStyle& s) { s.shading = Shading::FACETED; }},
+                                 Change{"normals", [](MeshStyle& s) { s.normals = Normals::FACE; }},
+                                 Change{"blended edges", [](MeshStyle& s) { s.edgesBlend = true; }},
+                                 Change{"connectivity", [](MeshStyle& s) { s.connectivity = true; }}}) {
+        SCOPED_TRACE(change.name);
+        scene = Scene({largeSheet()});
+        style.mesh = {};
+        Picture const smooth = draw();
+        change.change(style.mesh);
+        Picture const second = draw();
+        EXPECT_TRUE(second.pixels != smooth.pixels);
+        style.mesh = {};
+        EXPECT_TRUE(draw().pixels == smooth.pixels);
+        // Nothing was drawn of this scene before.
+        scene = Scene({largeSheet()});
+        change.change(style.mesh);
+        EXPECT_TRUE(draw().pixels == second.pixels);
+    }
+}
+
+TEST_F(ModelRenderer_gl_test, smoothLargeMeshesKeepNothingThatOtherStylesDraw) {
+    scene = Scene({largeSheet()});
+    Mesh const& mesh = *scene.models().front().parts.front().mesh;
+    ASSERT_GE(mesh.triangleCount(), LARGE_MESH);
+    EXPECT_EQ(sizeOf(mesh.adjacency()), mesh.triangleCount());
+    EXPECT_EQ(sizeOf(mesh.faceNormals()), mesh.triangleCount());
+    draw();
+    EXPECT_EQ(sizeOf(mesh.adjacency()), 0U);
+    EXPECT_EQ(mesh.faceNormalFault(), MeshFault_ns::FACE_NORMAL_COUNT);
+    EXPECT_EQ(mesh.surfaceFault(), MeshFault_ns::FACE_NORMAL_COUNT) << "no other one";
+    style.mesh.shading = Shading::FACETED;
+    style.mesh.edges = true;
+    draw();
+    EXPECT_EQ(mesh.fault(), MeshFault_ns::NONE);
+    EXPECT_EQ(sizeOf(mesh.adjacency()), mesh.triangleCount());
 }
