@@ -411,8 +411,12 @@ bool OffscreenContext::makeFormerCurrent() {
 }
 
 std::vector<unsigned char> OffscreenContext::readPixels() const {
-    std::size_t const rowBytes = std::size_t(settings.width) * 4;
-    std::vector<unsigned char> pixels(rowBytes * std::size_t(settings.height));
+    return readPixels(0, 0, settings.width, settings.height);
+}
+
+std::vector<unsigned char> OffscreenContext::readPixels(int left, int top, int width, int height) const {
+    std::size_t const rowBytes = std::size_t(width) * 4;
+    std::vector<unsigned char> pixels(rowBytes * std::size_t(height));
     if (!native) {
         return pixels;
     }
@@ -437,11 +441,11 @@ std::vector<unsigned char> OffscreenContext::readPixels() const {
     for (GLenum const bias : {GL_RED_BIAS, GL_GREEN_BIAS, GL_BLUE_BIAS, GL_ALPHA_BIAS}) {
         pixelTransferf(bias, 0);
     }
-    readPixels(0, 0, settings.width, settings.height, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    // GL counts rows from the lowest.
+    readPixels(left, settings.height - top - height, width, height, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
     popClientAttrib();
     popAttrib();
 
-    // GL's first row is the lowest.
     for (auto low = pixels.begin(), high = pixels.end() - std::ptrdiff_t(rowBytes); low < high;
          low += std::ptrdiff_t(rowBytes), high -= std::ptrdiff_t(rowBytes)) {
         std::swap_ranges(low, low + std::ptrdiff_t(rowBytes), high);

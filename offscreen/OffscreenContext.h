@@ -63,6 +63,10 @@ public:
     /// State: none is left changed.
     std::vector<unsigned char> readPixels() const;
 
+    /// The same of a part: width * height * 4 bytes, from the pixel in this column and this row, counted from the top. The part
+    /// must lie within the buffer. It costs as little as it is small.
+    std::vector<unsigned char> readPixels(int left, int top, int width, int height) const;
+
     /// True when the driver reports errors as asked for with Settings::debug.
     bool reportsErrors() const;
 

@@ -66,9 +66,7 @@ Result<Picture> TiledPicture::_drawOpaque(Viewer& viewer, Core_RL& layer, Offscr
     bool hasFailed = false;
     _forEachTile([&](int left, int top) {
         viewer.draw(size, _regionOfTile(left, top), tiling.samplesPerSide);
-        _shrinkInto(picture, left, top,
-                    {context.readPixels(), static_cast<std::size_t>(context.width()),
-                     static_cast<std::size_t>(context.height() - tiling.bufferHeight())});
+        _shrinkInto(picture, left, top, context);
         hasFailed = layer.getError("TiledPicture::draw", __LINE__) || hasFailed;
     });
     if (hasFailed) {
@@ -118,12 +116,16 @@ Region TiledPicture::_regionOfTile(int left, int top) const {
             static_cast<double>(tiling.height + 2 * tiling.margin)};
 }
 
-/// Makes each pixel of the tile the mean of its samples.
-void TiledPicture::_shrinkInto(Picture& picture, int left, int top, Samples const& samples) const {
+/// Makes each pixel of the tile the mean of its samples. No others are read: of the last tile of a row most may lie outside.
+void TiledPicture::_shrinkInto(Picture& picture, int left, int top, OffscreenContext const& context) const {
     int const side = tiling.samplesPerSide;
     int const width = std::min(tiling.width, picture.width - left);
     int const height = std::min(tiling.height, picture.height - top);
-    std::size_t const row = 4 * samples.width;
+    // The buffer may be higher.
+    std::vector<unsigned char> const samples = context.readPixels(
+        tiling.margin * side, context.height() - tiling.bufferHeight() + tiling.margin * side, width * side,
+        height * side);
+    std::size_t const row = 4 * static_cast<std::size_t>(width * side);
     for (int y = 0; y < height; ++y) {
         std::size_t const pixelRow =
             static_cast<std::size_t>(top + y) * static_cast<std::size_t>(picture.width);
@@ -131,10 +133,8 @@ void TiledPicture::_shrinkInto(Picture& picture, int left, int top, Samples cons
         for (int x = 0; x < width; ++x) {
             unsigned int sums[3] = {0, 0, 0};
             for (int j = 0; j < side; ++j) {
-                std::size_t const line =
-                    samples.top + static_cast<std::size_t>((y + tiling.margin) * side + j);
-                unsigned char const* in = samples.bytes.data() + row * line +
-                                          4 * static_cast<std::size_t>((x + tiling.margin) * side);
+                unsigned char const* in = samples.data() + row * static_cast<std::size_t>(y * side + j) +
+                                          4 * static_cast<std::size_t>(x * side);
                 for (int i = 0; i < side; ++i, in += 4) {
                     sums[0] += in[0];
                     sums[1] += in[1];

@@ -41,15 +41,9 @@ public:
 
 private:
     /// What a buffer holds, the top row first.
-    struct Samples {
-        std::vector<unsigned char> bytes;  // 4 for each
-        std::size_t width;                 // of the buffer
-        std::size_t top;                   // the row that the tile begins with; the buffer may be higher
-    };
-
     Region _regionOfTile(int left, int top) const;
     Result<Picture> _drawOpaque(Viewer& viewer, Core_RL& layer, OffscreenContext& context) const;
-    void _shrinkInto(Picture& picture, int left, int top, Samples const& samples) const;
+    void _shrinkInto(Picture& picture, int left, int top, OffscreenContext const& context) const;
     template <class Draw>
     void _forEachTile(Draw const& draw) const;
 

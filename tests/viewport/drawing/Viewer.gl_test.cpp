@@ -484,3 +484,22 @@ TEST_F(Viewer_gl_test, aMovedCameraDrawsWhatAViewerWithThatCameraDraws) {
     Result<Picture> const again = TiledPicture(size, oneTile).draw(viewer, *layer, context());
     EXPECT_EQ(again.value().pixels, picture.value().pixels) << "the former camera stays";
 }
+
+// == Pixels ==
+
+TEST_F(Viewer_gl_test, aPartOfTheBufferIsReadAsItIsInTheWhole) {
+    draw();
+    std::vector<unsigned char> const whole = context().readPixels();
+    constexpr int LEFT = 61;
+    constexpr int TOP = 90;
+    constexpr int WIDTH = 77;
+    constexpr int HEIGHT = 50;
+    std::vector<unsigned char> const part = context().readPixels(LEFT, TOP, WIDTH, HEIGHT);
+    ASSERT_EQ(part.size(), 4U * WIDTH * HEIGHT);
+    for (int y = 0; y < HEIGHT; ++y) {
+        auto const row = whole.begin() + 4 * ((TOP + y) * context().width() + LEFT);
+        EXPECT_TRUE(std::equal(row, row + 4 * WIDTH, part.begin() + 4 * y * WIDTH)) << y;
+    }
+    EXPECT_FALSE(std::equal(part.begin(), part.begin() + 4 * WIDTH, part.end() - 4 * WIDTH))
+        << "something is drawn there";
+}
