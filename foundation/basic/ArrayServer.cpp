@@ -1,5 +1,7 @@
 #include "foundation/basic/ArrayServer.h"
 
+#include "foundation/basic/large_pages.h"
+
 #include <cstdlib>
 #include <limits>
 
@@ -37,6 +39,7 @@ ArrayId ArrayServer::create(unsigned int const& elementSize, unsigned int const&
             typeables.release(id);
             return ARRAY_ID_NONE;
         }
+        preferLargePages(array.data, std::size_t{count} * elementSize);
     }
     array.size = count;
     array.capacity = count;

@@ -1,5 +1,6 @@
 #include "foundation/geometry/mesh_normals.h"
 
+#include "foundation/basic/large_pages.h"
 #include "foundation/basic/threads.h"
 #include "foundation/geometry/constants.h"
 #include "foundation/geometry/index_02.h"
@@ -85,6 +86,7 @@ Vector3<float> asUnit(Vector3<double> const& sum) {
 std::unique_ptr<Face[]> facesOf(Surface const& surface, Color4<float>* faceNormals) {
     // Written before it is read, so not filled.
     std::unique_ptr<Face[]> faces(new Face[surface.count]);
+    preferLargePages(faces.get(), surface.count * sizeof(Face));
     forRanges(surface.count, NORMALS_AT_ONCE, [&](std::size_t begin, std::size_t end) {
         for (std::size_t t = begin; t < end; ++t) {
             faces[t] = faceOf(surface.positions, surface.corners(t));

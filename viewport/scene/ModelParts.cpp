@@ -1,6 +1,7 @@
 #include "viewport/scene/ModelParts.h"
 
 #include "foundation/basic/ArrayServer.h"
+#include "foundation/basic/large_pages.h"
 #include "foundation/basic/threads.h"
 #include "foundation/geometry/SharedNormals.h"
 #include "viewport/files/mesh/points.h"
@@ -25,6 +26,7 @@ template <class T>
 Array<T> toArray(std::vector<T> const& from) {
     Array<T> to;
     to.reserve(static_cast<unsigned int>(from.size()), false);
+    preferLargePages(to.data(), from.size() * sizeof(T));
     to.setSize(static_cast<unsigned int>(from.size()));
     std::copy(from.begin(), from.end(), to.begin());
     return to;
@@ -316,10 +318,12 @@ private:
         vertices.clear();
         auto import = std::make_unique<MeshImporter>();
         import->triangles.reserve(static_cast<unsigned int>(members.size()), false);
+        preferLargePages(import->triangles.data(), members.size() * sizeof(Triangle));
         for (unsigned int t : members) {
             import->triangles.pushBack(vertices(surface.corners(t)));
         }
         import->positions.reserve(static_cast<unsigned int>(vertices.used().size()), false);
+        preferLargePages(import->positions.data(), vertices.used().size() * sizeof(Vector3<double>));
         for (unsigned int old : vertices.used()) {
             import->positions.pushBack(surface.positions()[old]);
         }

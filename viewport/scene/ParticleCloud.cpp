@@ -1,8 +1,8 @@
 #include "viewport/scene/ParticleCloud.h"
 
+#include "foundation/basic/large_pages.h"
 #include "foundation/basic/threads.h"
 #include "toolkit/arrow_box.h"
-#include "viewport/files/common/large_pages.h"
 #include "viewport/files/mesh/points.h"
 #include "viewport/scene/ParticleKinds.h"
 #include "viewport/scene/Quantity.h"

@@ -1,5 +1,6 @@
 #include "viewport/scene/Scene.h"
 
+#include "foundation/basic/large_pages.h"
 #include "foundation/basic/threads.h"
 #include "viewport/files/mesh/points.h"
 
@@ -57,6 +58,7 @@ Scene::Scene(std::vector<MeshData> const& meshes, std::shared_ptr<VL_Image const
         Box3<double> const& box = boxes[i];
         Array<Vector3<double>> vertices;
         vertices.reserve(static_cast<unsigned int>(mesh.positions.size()), false);
+        preferLargePages(vertices.data(), mesh.positions.size() * sizeof(Vector3<double>));
         vertices.setSize(static_cast<unsigned int>(mesh.positions.size()));
         constexpr std::size_t RANGE = 1 << 15;
         forRanges(mesh.positions.size(), RANGE, [&](std::size_t begin, std::size_t end) {

@@ -1,11 +1,13 @@
 #include "foundation/basic/ArrayServer.h"
 
+#include "foundation/basic/large_pages.h"
 #include "foundation/geometry/Vector3.h"
 #include "tests/support/build_facts.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <numeric>
 #include <vector>
 
 namespace vellum {
@@ -410,3 +412,17 @@ TEST_F(ArrayServer_test, aHandleOutlivesAnArrayThatWasDestroyedUnderIt) {
 
 }  // namespace
 }  // namespace vellum
+
+// == Large pages ==
+
+TEST(preferLargePages, theContentStays) {
+    constexpr std::size_t COUNT = 3'000'000;
+    std::vector<unsigned int> values(COUNT);
+    std::iota(values.begin(), values.end(), 7U);
+    std::vector<unsigned int> const before = values;
+    vellum::preferLargePages(values.data(), COUNT * sizeof(unsigned int));
+    vellum::preferLargePages(values.data() + 1, COUNT * sizeof(unsigned int) - 6);
+    vellum::preferLargePages(values.data(), 100);
+    vellum::preferLargePages(nullptr, 0);
+    EXPECT_TRUE(values == before);
+}

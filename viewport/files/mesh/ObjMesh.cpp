@@ -1,5 +1,6 @@
 #include "viewport/files/mesh/ObjMesh.h"
 
+#include "foundation/basic/large_pages.h"
 #include "viewport/files/common/LineSlices.h"
 #include "viewport/files/common/read_pieces.h"
 #include "viewport/files/mesh/CornerTable.h"
@@ -655,6 +656,7 @@ private:
 
     bool _buildPositions() {
         mesh.positions.reserve(table.size());
+        preferLargePages(mesh.positions.data(), table.size() * sizeof(Vector3<double>));
         for (std::size_t i = 0; i < table.size(); ++i) {
             Vector3<double> const& position = lists.positions[table[i].vertex];
             if (!isFinite(position)) {

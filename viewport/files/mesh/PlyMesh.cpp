@@ -1,5 +1,6 @@
 #include "viewport/files/mesh/PlyMesh.h"
 
+#include "foundation/basic/large_pages.h"
 #include "viewport/files/common/PlyHeader.h"
 #include "viewport/files/mesh/CornerTable.h"
 #include "viewport/files/mesh/PlyBody.h"
@@ -271,6 +272,7 @@ private:
 
         auto const count = static_cast<std::size_t>(element.count);
         mesh.positions.reserve(count);
+        preferLargePages(mesh.positions.data(), count * sizeof(Vector3<double>));
         mesh.normals.reserve(normal ? count : 0);
         mesh.colors.reserve(colors.exist() ? count : 0);
         mesh.textureCoordinates.reserve(texture ? count : 0);
@@ -380,6 +382,7 @@ private:
         bool const hasOwn = faceColors.exist() || !others.empty();
 
         mesh.triangles.reserve(static_cast<std::size_t>(element.count));
+        preferLargePages(mesh.triangles.data(), mesh.triangles.capacity() * sizeof(Triangle));
         PlyItem item;
         for (std::uint64_t i = 0; i < element.count; ++i) {
             if (!body.take(item)) {

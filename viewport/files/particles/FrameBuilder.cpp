@@ -1,6 +1,6 @@
 #include "viewport/files/particles/FrameBuilder.h"
 
-#include "viewport/files/common/large_pages.h"
+#include "foundation/basic/large_pages.h"
 #include "viewport/files/particles/name_meanings.h"
 #include "viewport/files/particles/vector_length.h"
 

@@ -1,7 +1,7 @@
 #include "viewport/files/particles/ParticleFrame.h"
 
+#include "foundation/basic/large_pages.h"
 #include "foundation/basic/threads.h"
-#include "viewport/files/common/large_pages.h"
 
 #include <algorithm>
 #include <cstddef>
