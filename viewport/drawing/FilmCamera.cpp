@@ -64,7 +64,7 @@ Result<FilmCamera> FilmCamera::of(Scene const& first, ViewStyle const& style, Pi
     spec.focus = spec.focus ? *spec.focus : first.placeToFile(middle);
     ViewCamera turning(spec);
     if (std::optional<Fault> const fault = turning.frame(
-            first, cylinderAround(layout.framedPoints, first.placeToScene(*spec.focus)), layout.framedSize)) {
+            first, cylinderAround(layout.framedPoints.all(), first.placeToScene(*spec.focus)), layout.framedSize)) {
         return *fault;
     }
     film._hold(first, turning);

@@ -35,7 +35,7 @@ struct ViewLayout {
     /// The same scene from elsewhere. Where the camera makes none it has the fault, and keeps its place.
     void setCamera(CameraSpec const& spec, Scene const& scene);
 
-    std::vector<Vector3<double>> framedPoints = {};  ///< what is to be seen, in the frame of the scene
+    FramedPoints framedPoints = {};  ///< what is to be seen, in the frame of the scene
     std::optional<Box3<double>> bounds = {};         ///< of what is moved; nothing: the scene's
     Box3<double> shownBox{{0, 0, 0}, {0, 0, 0}};     ///< around what is shown, in the frame of the scene
     PictureSize framedSize = {};                     ///< of the area beside the key

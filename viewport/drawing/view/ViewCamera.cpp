@@ -28,15 +28,14 @@ struct DepthRange {
     double farthest;
 };
 
-DepthRange depthsOf(std::vector<Point> const& points, std::vector<Point> const& more, Point const& eye,
+DepthRange depthsOf(FramedPoints const& points, std::vector<Point> const& more, Point const& eye,
                     Point const& direction) {
-    DepthRange range{std::numeric_limits<double>::max(), std::numeric_limits<double>::lowest()};
-    for (std::vector<Point> const* const list : {&points, &more}) {
-        for (Point const& p : *list) {
-            double const depth = dot(p - eye, direction);
-            range.nearest = std::min(range.nearest, depth);
-            range.farthest = std::max(range.farthest, depth);
-        }
+    FramedPoints::Range const reached = points.along(eye, direction);
+    DepthRange range{reached.least, reached.most};
+    for (Point const& p : more) {
+        double const depth = dot(p - eye, direction);
+        range.nearest = std::min(range.nearest, depth);
+        range.farthest = std::max(range.farthest, depth);
     }
     return range;
 }
@@ -68,7 +67,7 @@ void ViewCamera::FreeCamera::updateProjectionMatrixZBias() {
 
 // == Framing ==
 
-std::optional<Fault> ViewCamera::frame(Scene const& scene, std::vector<Point> const& points,
+std::optional<Fault> ViewCamera::frame(Scene const& scene, FramedPoints const& points,
                                        PictureSize const& size, Box3<double> const* bounds) {
     area = size;
     viewCamera.aspect = static_cast<float>(size.aspect());
@@ -78,7 +77,8 @@ std::optional<Fault> ViewCamera::frame(Scene const& scene, std::vector<Point> co
         chosen.reset();
         optionWords = axisViewToOptions(asked);
     } else {
-        Result<CameraPlacement> const placement = CameraPlacement::of(asked, scene, points, size.aspect());
+        Result<CameraPlacement> const placement =
+            CameraPlacement::of(asked, scene, points.all(), size.aspect());
         if (!placement.isOk()) {
             return placement.fault();
         }
@@ -105,7 +105,7 @@ void ViewCamera::_frameAxisView(Scene const& scene, Box3<double> const& bounds) 
 
 /// Everything follows from the placement alone, so that a placement that was printed gives the same picture.
 void ViewCamera::_frameFreely(CameraPlacement const& placement, Scene const& scene,
-                              std::vector<Point> const& points) {
+                              FramedPoints const& points) {
     Point const from = scene.placeToScene(placement.position);
     Point const focus = scene.placeToScene(placement.focus);
     Point const up = scene.directionToScene(normalized(placement.up));
@@ -130,9 +130,11 @@ void ViewCamera::_frameFreely(CameraPlacement const& placement, Scene const& sce
     Point const upright = cross(right, direction);
     double half = placement.height ? *placement.height / 2 * scene.unitsPerFileUnit() : 0;
     if (!placement.height) {
-        for (Point const& p : points) {
-            half = std::max(
-                {half, std::abs(dot(p - focus, upright)), std::abs(dot(p - focus, right)) / area.aspect()});
+        if (!points.all().empty()) {
+            FramedPoints::Range const high = points.along(focus, upright);
+            FramedPoints::Range const wide = points.along(focus, right);
+            half = std::max({half, std::abs(high.least), std::abs(high.most),
+                             std::abs(wide.least) / area.aspect(), std::abs(wide.most) / area.aspect()});
         }
         half = (half > 0 ? half : 0.5) / toolkit::FILLED_PART;
     }

@@ -4,6 +4,7 @@
 #include "foundation/geometry/Box3.h"
 #include "viewport/drawing/view/CameraPlacement.h"
 #include "viewport/drawing/view/CameraSpec.h"
+#include "viewport/drawing/view/FramedPoints.h"
 #include "viewport/drawing/view/PictureSize.h"
 #include "viewport/drawing/view/Region.h"
 #include "viewport/ocean/OceanScene.h"
@@ -34,8 +35,8 @@ public:
     /// \param points what is to be seen, in the frame of the scene
     /// \param size of the area that the scene is framed in
     /// \param bounds around everything, for views along an axis; null: the scene's
-    std::optional<Fault> frame(Scene const& scene, std::vector<Vector3<double>> const& points,
-                               PictureSize const& size, Box3<double> const* bounds = nullptr);
+    std::optional<Fault> frame(Scene const& scene, FramedPoints const& points, PictureSize const& size,
+                               Box3<double> const* bounds = nullptr);
 
     /// Takes the place of the viewer of an open sea.
     void frame(OceanScene const& ocean, PictureSize const& size);
