@@ -63,8 +63,9 @@ Result<FilmCamera> FilmCamera::of(Scene const& first, ViewStyle const& style, Pi
     CameraSpec spec = style.camera;
     spec.focus = spec.focus ? *spec.focus : first.placeToFile(middle);
     ViewCamera turning(spec);
-    if (std::optional<Fault> const fault = turning.frame(
-            first, cylinderAround(layout.framedPoints.all(), first.placeToScene(*spec.focus)), layout.framedSize)) {
+    if (std::optional<Fault> const fault =
+            turning.frame(first, cylinderAround(layout.framedPoints.all(), first.placeToScene(*spec.focus)),
+                          layout.framedSize)) {
         return *fault;
     }
     film._hold(first, turning);

@@ -12,7 +12,7 @@ using namespace vellum::viewport::key_pictures;
 
 namespace {
 
-constexpr PictureSize SIZE{640, 480};
+constexpr PictureSize LAYOUT_SIZE{640, 480};
 
 Scene sceneOfOneParticle() {
     ParticleFrame frame;
@@ -35,7 +35,7 @@ ViewLayout layoutOf(ViewStyle const& style, PictureSize const& size) {
 }
 
 Picture drawn(ViewLayout const& layout) {
-    Picture picture = blank(SIZE);
+    Picture picture = blank(LAYOUT_SIZE);
     layout.key->draw(picture, {1, 1, 1, 1});
     return picture;
 }
@@ -44,30 +44,30 @@ Picture drawn(ViewLayout const& layout) {
 
 TEST(ViewLayout, aBarOfMeshesAndAListOfKindsStandSideBySide) {
     ViewStyle const style = mixedStyle();
-    ViewLayout const layout = layoutOf(style, SIZE);
+    ViewLayout const layout = layoutOf(style, LAYOUT_SIZE);
     ASSERT_NE(layout.key, nullptr);
     EXPECT_TRUE(layout.notes.empty());
-    ColorBar const bar(*style.particles.meshScale, ValueColors(), SIZE);
-    ColorLegend const legend(*style.particles.legend, SIZE, bar.reservedWidth());
+    ColorBar const bar(*style.particles.meshScale, ValueColors(), LAYOUT_SIZE);
+    ColorLegend const legend(*style.particles.legend, LAYOUT_SIZE, bar.reservedWidth());
     EXPECT_EQ(layout.key->reservedWidth(), bar.reservedWidth() + legend.reservedWidth());
     Picture const picture = drawn(layout);
     for (std::size_t kind = 0; kind < 2; ++kind) {
         PixelArea const swatch = legend.swatch(kind);
-        EXPECT_LT(swatch.left + swatch.width, SIZE.width - bar.reservedWidth());
+        EXPECT_LT(swatch.left + swatch.width, LAYOUT_SIZE.width - bar.reservedWidth());
         expectColor(picture, swatch.left, swatch.top, kindColor(kind));
     }
     expectColor(picture, bar.area().left, bar.area().top, ValueColors().at(1));
-    EXPECT_GT(touchedColumns(picture).first, SIZE.width - layout.key->reservedWidth());
+    EXPECT_GT(touchedColumns(picture).first, LAYOUT_SIZE.width - layout.key->reservedWidth());
 }
 
 TEST(ViewLayout, twoScalesHaveTwoBars) {
     ViewStyle style = mixedStyle();
     style.particles.legend.reset();
     style.particles.scale = style.particles.meshScale;
-    ColorBar const bar(*style.particles.meshScale, ValueColors(), SIZE);
-    EXPECT_EQ(layoutOf(style, SIZE).key->reservedWidth(), bar.reservedWidth()) << "they share it";
+    ColorBar const bar(*style.particles.meshScale, ValueColors(), LAYOUT_SIZE);
+    EXPECT_EQ(layoutOf(style, LAYOUT_SIZE).key->reservedWidth(), bar.reservedWidth()) << "they share it";
     style.particles.scale->name = "speed";
-    EXPECT_EQ(layoutOf(style, SIZE).key->reservedWidth(), 2 * bar.reservedWidth());
+    EXPECT_EQ(layoutOf(style, LAYOUT_SIZE).key->reservedWidth(), 2 * bar.reservedWidth());
 }
 
 TEST(ViewLayout, withoutRoomForBothTheBarOfTheMeshesStaysAndANoteTells) {
@@ -96,7 +96,8 @@ TEST(ViewLayout, verticesThatALargeFileRepeatsAreFramedOnce) {
     mesh.colors.assign(mesh.positions.size(), {1, 1, 1, 1});
     Scene const scene({mesh});
     EXPECT_EQ(scene.models()[0].vertices.size(), 3U * FACETS);
-    std::size_t const framed = ViewLayout::of(scene, ViewStyle(), nullptr, SIZE).framedPoints.size();
+    std::size_t const framed =
+        ViewLayout::of(scene, ViewStyle(), nullptr, LAYOUT_SIZE).framedPoints.all().size();
     EXPECT_GE(framed, FACETS + 2U);
     EXPECT_LT(framed, FACETS + FACETS / 100) << "few are taken for new ones";
 }

@@ -13,7 +13,7 @@ using testing::HasSubstr;
 
 namespace {
 
-CommandLine parse(std::vector<std::string> const& words) {
+CommandLine parseEffect(std::vector<std::string> const& words) {
     std::vector<char const*> arguments{"vl_viewport"};
     for (std::string const& word : words) {
         arguments.push_back(word.c_str());
@@ -23,7 +23,7 @@ CommandLine parse(std::vector<std::string> const& words) {
 
 std::optional<EffectSpec> effectOf(std::vector<std::string> words) {
     words.insert(words.begin(), {"a.obj", "b.obj", "--out", "a.png"});
-    CommandLine const line = parse(words);
+    CommandLine const line = parseEffect(words);
     EXPECT_TRUE(line.options.has_value()) << line.error;
     return line.options.value_or(Options{}).effect;
 }
@@ -38,9 +38,9 @@ E valuesOf(std::vector<std::string> const& words) {
 }
 
 /// The message of a usage error. Fails when there is none, or not one line.
-std::string errorOf(std::vector<std::string> words) {
+std::string effectError(std::vector<std::string> words) {
     words.insert(words.begin(), {"a.obj", "b.obj", "--out", "a.png"});
-    CommandLine const line = parse(words);
+    CommandLine const line = parseEffect(words);
     EXPECT_FALSE(line.options.has_value());
     EXPECT_EQ(line.exitStatus, 2);
     EXPECT_EQ(line.output, "");
@@ -48,11 +48,11 @@ std::string errorOf(std::vector<std::string> words) {
     return line.error;
 }
 
-std::vector<float> list(Vector3<float> const& v) {
+std::vector<float> partsOf(Vector3<float> const& v) {
     return {v.x, v.y, v.z};
 }
 
-std::vector<float> list(Color4<float> const& c) {
+std::vector<float> partsOf(Color4<float> const& c) {
     return {c.r, c.g, c.b, c.a};
 }
 
@@ -67,15 +67,15 @@ TEST(EffectWords, everyEffectIsKnown) {
     valuesOf<GlassEffect>({"--effect", "glass"});
     valuesOf<ScatteringEffect>({"--effect", "sss"});
     valuesOf<CustomEffect>({"--effect", "custom", "--shader-fragment", "f"});
-    EXPECT_THAT(errorOf({"--effect", "fog"}),
+    EXPECT_THAT(effectError({"--effect", "fog"}),
                 HasSubstr("unknown effect 'fog' (known: custom, displacement, glass, ocean, sss)"));
-    EXPECT_THAT(errorOf({"--effect", ""}), HasSubstr("--effect"));
+    EXPECT_THAT(effectError({"--effect", ""}), HasSubstr("--effect"));
 }
 
 TEST(EffectWords, onlyAnOceanNeedsNoFiles) {
-    EXPECT_TRUE(parse({"--out", "a.png", "--effect", "ocean"}).options.has_value());
-    EXPECT_EQ(parse({"--out", "a.png", "--effect", "glass"}).exitStatus, 2);
-    EXPECT_THAT(parse({"--out", "a.png"}).error, HasSubstr("FILE"));
+    EXPECT_TRUE(parseEffect({"--out", "a.png", "--effect", "ocean"}).options.has_value());
+    EXPECT_EQ(parseEffect({"--out", "a.png", "--effect", "glass"}).exitStatus, 2);
+    EXPECT_THAT(parseEffect({"--out", "a.png"}).error, HasSubstr("FILE"));
 }
 
 TEST(EffectWords, theFilesOfAnEffectAreRead) {
@@ -99,28 +99,31 @@ TEST(EffectWords, stagesAreReplacedOnlyOnRequest) {
 }
 
 TEST(EffectWords, whatBelongsToAnotherEffectIsAnError) {
-    EXPECT_THAT(errorOf({"--effect", "glass", "--shader-fallback"}), HasSubstr("belongs to --effect custom"));
-    EXPECT_THAT(errorOf({"--shader-fallback"}), HasSubstr("belongs to --effect custom"));
-    EXPECT_THAT(errorOf({"--environment", "e"}), HasSubstr("belongs to --effect glass"));
-    EXPECT_THAT(errorOf({"--effect", "sss", "--environment", "e"}), HasSubstr("belongs to --effect glass"));
+    EXPECT_THAT(effectError({"--effect", "glass", "--shader-fallback"}),
+                HasSubstr("belongs to --effect custom"));
+    EXPECT_THAT(effectError({"--shader-fallback"}), HasSubstr("belongs to --effect custom"));
+    EXPECT_THAT(effectError({"--environment", "e"}), HasSubstr("belongs to --effect glass"));
+    EXPECT_THAT(effectError({"--effect", "sss", "--environment", "e"}),
+                HasSubstr("belongs to --effect glass"));
     for (char const* const stage : {"--shader-vertex", "--shader-fragment", "--shader-geometry"}) {
-        EXPECT_THAT(errorOf({stage, "f"}), HasSubstr("belongs to --effect custom"));
-        EXPECT_THAT(errorOf({"--effect", "glass", stage, "f"}), HasSubstr(stage));
-        EXPECT_THAT(errorOf({"--effect", "custom", stage, ""}), HasSubstr("empty"));
+        EXPECT_THAT(effectError({stage, "f"}), HasSubstr("belongs to --effect custom"));
+        EXPECT_THAT(effectError({"--effect", "glass", stage, "f"}), HasSubstr(stage));
+        EXPECT_THAT(effectError({"--effect", "custom", stage, ""}), HasSubstr("empty"));
     }
-    EXPECT_THAT(errorOf({"--effect-param", "depth=1"}), HasSubstr("belongs to --effect"));
-    EXPECT_THAT(errorOf({"--effect-param", "help"}), HasSubstr("belongs to --effect"));
-    EXPECT_THAT(errorOf({"--effect-model", "1"}), HasSubstr("belongs to --effect"));
+    EXPECT_THAT(effectError({"--effect-param", "depth=1"}), HasSubstr("belongs to --effect"));
+    EXPECT_THAT(effectError({"--effect-param", "help"}), HasSubstr("belongs to --effect"));
+    EXPECT_THAT(effectError({"--effect-model", "1"}), HasSubstr("belongs to --effect"));
 }
 
 TEST(EffectWords, whatAnEffectCannotDoWithoutIsRequired) {
-    EXPECT_THAT(errorOf({"--effect", "displacement"}), HasSubstr("map=FILE is required"));
-    EXPECT_THAT(errorOf({"--effect", "custom"}), HasSubstr("--shader-fragment"));
+    EXPECT_THAT(effectError({"--effect", "displacement"}), HasSubstr("map=FILE is required"));
+    EXPECT_THAT(effectError({"--effect", "custom"}), HasSubstr("--shader-fragment"));
 }
 
 TEST(EffectWords, theModelIsOneOfTheFiles) {
     for (char const* const number : {"0", "3", "-1", "1.5", "two", "", "99999999999999999999", "nan"}) {
-        EXPECT_THAT(errorOf({"--effect", "glass", "--effect-model", number}), HasSubstr("--effect-model"));
+        EXPECT_THAT(effectError({"--effect", "glass", "--effect-model", number}),
+                    HasSubstr("--effect-model"));
     }
 }
 
@@ -135,7 +138,7 @@ TEST(EffectWords, otherWaysToShowASurfaceExcludeAnEffect) {
                                                                                 {"--import-preview"}}) {
         std::string const option = words.front();
         words.insert(words.end(), {"--effect", "glass"});
-        EXPECT_THAT(errorOf(words), HasSubstr(option + ": cannot be drawn together with --effect"));
+        EXPECT_THAT(effectError(words), HasSubstr(option + ": cannot be drawn together with --effect"));
     }
     valuesOf<GlassEffect>({"--effect", "glass", "--shading", "faceted", "--immediate", "--gizmo", "move"});
 }
@@ -158,15 +161,15 @@ TEST(EffectWords, valuesAreRead) {
          "--effect-param", "tessellate=yes", "--effect-param", "color=0.1,0.2,0.3"});
     EXPECT_EQ(displacement.map, "a=b.png");
     EXPECT_EQ(displacement.normals, "");
-    EXPECT_THAT(list(displacement.scale), testing::ElementsAre(1, 2, 3));
+    EXPECT_THAT(partsOf(displacement.scale), testing::ElementsAre(1, 2, 3));
     EXPECT_TRUE(displacement.tessellate);
-    EXPECT_THAT(list(displacement.color), testing::ElementsAre(0.1F, 0.2F, 0.3F, 1.0F));
+    EXPECT_THAT(partsOf(displacement.color), testing::ElementsAre(0.1F, 0.2F, 0.3F, 1.0F));
 
     CustomEffect const custom = valuesOf<CustomEffect>(
         {"--effect", "custom", "--shader-vertex", "v", "--effect-param", "FloatVar9=-0.5", "--effect-param",
          "Vec4Var0=1,2,3,4", "--effect-param", "Texture6=t.png"});
     EXPECT_EQ(custom.floats[9], -0.5);
-    EXPECT_THAT(list(custom.vec4s[0]), testing::ElementsAre(1, 2, 3, 4));
+    EXPECT_THAT(partsOf(custom.vec4s[0]), testing::ElementsAre(1, 2, 3, 4));
     EXPECT_EQ(custom.textures[6], "t.png");
 }
 
@@ -210,7 +213,7 @@ TEST(EffectWords, malformedValuesAreErrorsThatSayWhatIsExpected) {
                            Row{"custom", "FloatVar10=1", "no parameter"},
                            Row{"custom", "Texture7=a", "no parameter"}}) {
         SCOPED_TRACE(row.assignment);
-        std::string const error = errorOf({"--effect", row.effect, "--effect-param", row.assignment});
+        std::string const error = effectError({"--effect", row.effect, "--effect-param", row.assignment});
         EXPECT_THAT(error, HasSubstr("--effect-param: "));
         EXPECT_THAT(error, HasSubstr(row.message));
     }
@@ -221,7 +224,7 @@ TEST(EffectWords, malformedValuesAreErrorsThatSayWhatIsExpected) {
 TEST(EffectWords, helpListsTheParametersOfTheEffect) {
     for (std::string const& name : effectNames()) {
         // Neither files nor --out nor what the effect requires.
-        CommandLine const line = parse({"--effect", name, "--effect-param", "help"});
+        CommandLine const line = parseEffect({"--effect", name, "--effect-param", "help"});
         EXPECT_FALSE(line.options.has_value());
         EXPECT_EQ(line.exitStatus, 0);
         EXPECT_EQ(line.error, "");
@@ -233,11 +236,11 @@ TEST(EffectWords, helpListsTheParametersOfTheEffect) {
         }
         EXPECT_EQ(line.output.back(), '\n');
     }
-    EXPECT_EQ(parse({"--effect", "fog", "--effect-param", "help"}).exitStatus, 2);
+    EXPECT_EQ(parseEffect({"--effect", "fog", "--effect-param", "help"}).exitStatus, 2);
 }
 
 TEST(EffectWords, theGeneralHelpNamesTheOptions) {
-    std::string const help = parse({"--help"}).output;
+    std::string const help = parseEffect({"--help"}).output;
     for (char const* const option :
          {"--effect ", "--effect-param ", "--effect-model ", "--environment ", "--shader-vertex ",
           "--shader-fragment ", "--shader-geometry ", "--shader-fallback "}) {

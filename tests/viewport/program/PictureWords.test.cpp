@@ -9,19 +9,19 @@ using testing::HasSubstr;
 
 namespace {
 
-CommandLine parse(std::vector<char const*> arguments) {
+CommandLine parsePicture(std::vector<char const*> arguments) {
     arguments.insert(arguments.begin(), {"vl_viewport", "a.obj"});
     return parseCommandLine(static_cast<int>(arguments.size()), arguments.data());
 }
 
 std::vector<PictureOptions> picturesOf(std::vector<char const*> const& arguments) {
-    CommandLine const line = parse(arguments);
+    CommandLine const line = parsePicture(arguments);
     EXPECT_TRUE(line.options.has_value()) << line.error;
     return line.options.value_or(Options{}).pictures;
 }
 
-std::string errorOf(std::vector<char const*> const& arguments) {
-    CommandLine const line = parse(arguments);
+std::string pictureError(std::vector<char const*> const& arguments) {
+    CommandLine const line = parsePicture(arguments);
     EXPECT_FALSE(line.options.has_value()) << testing::PrintToString(arguments);
     EXPECT_EQ(line.exitStatus, 2);
     return line.error;
@@ -51,21 +51,21 @@ TEST(PictureWords, optionsAfterAnOutBelongToItsPictureAlone) {
 }
 
 TEST(PictureWords, anOptionIsGivenOnceForAPicture) {
-    EXPECT_THAT(errorOf({"--out", "a.png", "--size", "1x1", "--size", "2x2"}), HasSubstr("--size"));
-    EXPECT_THAT(errorOf({"--size", "1x1", "--size", "2x2", "--out", "a.png"}), HasSubstr("--size"));
+    EXPECT_THAT(pictureError({"--out", "a.png", "--size", "1x1", "--size", "2x2"}), HasSubstr("--size"));
+    EXPECT_THAT(pictureError({"--size", "1x1", "--size", "2x2", "--out", "a.png"}), HasSubstr("--size"));
     EXPECT_EQ(picturesOf({"--size", "1x1", "--out", "a.png", "--size", "2x2"})[0].size.width, 2);
 }
 
 TEST(PictureWords, picturesDoNotReplaceEachOther) {
-    EXPECT_THAT(errorOf({"--out", "a.png", "--out", "a.png"}), HasSubstr("--out: a.png is named twice"));
+    EXPECT_THAT(pictureError({"--out", "a.png", "--out", "a.png"}), HasSubstr("--out: a.png is named twice"));
 }
 
 TEST(PictureWords, nothingElseGoesToStandardOutputBesideAPicture) {
     EXPECT_EQ(picturesOf({"--out", "-"})[0].out, "-");
-    EXPECT_THAT(errorOf({"--out", "-", "--info"}), HasSubstr("--info"));
-    EXPECT_THAT(errorOf({"--out", "/dev/stdout", "--info=json"}), HasSubstr("--info"));
-    EXPECT_THAT(errorOf({"--out", "a.png", "--pick", "1,1", "--out", "-"}), HasSubstr("--pick"));
-    EXPECT_THAT(errorOf({"--out", "-", "--out", "/dev/stdout"}), HasSubstr("--out"));
+    EXPECT_THAT(pictureError({"--out", "-", "--info"}), HasSubstr("--info"));
+    EXPECT_THAT(pictureError({"--out", "/dev/stdout", "--info=json"}), HasSubstr("--info"));
+    EXPECT_THAT(pictureError({"--out", "a.png", "--pick", "1,1", "--out", "-"}), HasSubstr("--pick"));
+    EXPECT_THAT(pictureError({"--out", "-", "--out", "/dev/stdout"}), HasSubstr("--out"));
 }
 
 TEST(PictureWords, theCameraIsRead) {
@@ -111,7 +111,7 @@ TEST(PictureWords, camerasThatContradictThemselvesAreUsageErrors) {
           Row{{"--projection", "fisheye"}, "--projection"}}) {
         std::vector<char const*> words = row.words;
         words.insert(words.end(), {"--out", "a.png"});
-        EXPECT_THAT(errorOf(words), HasSubstr(row.error));
+        EXPECT_THAT(pictureError(words), HasSubstr(row.error));
     }
 }
 
@@ -129,45 +129,46 @@ TEST(PictureWords, looksAreRead) {
     EXPECT_TRUE(picturesOf({"--out", "a.png", "--background", "transparent"})[0].background.isTransparent);
     EXPECT_EQ(picturesOf({"--out", "a.png", "--background", "00ff00"})[0].background.bottom.g, 1);
     for (char const* const word : {"", "red", "ff0000,", "ff0000,00ff00,0000ff", "clear"}) {
-        EXPECT_THAT(errorOf({"--out", "a.png", "--background", word}), HasSubstr("--background")) << word;
+        EXPECT_THAT(pictureError({"--out", "a.png", "--background", word}), HasSubstr("--background"))
+            << word;
     }
     for (char const* const word : {"", "1", "1,2,3", "361,0", "0,91", "a,b"}) {
-        EXPECT_THAT(errorOf({"--out", "a.png", "--light", word}), HasSubstr("--light")) << word;
+        EXPECT_THAT(pictureError({"--out", "a.png", "--light", word}), HasSubstr("--light")) << word;
     }
     for (char const* const word : {"", "0", "101", "1.5", "best"}) {
-        EXPECT_THAT(errorOf({"--out", "a.jpg", "--quality", word}), HasSubstr("--quality")) << word;
+        EXPECT_THAT(pictureError({"--out", "a.jpg", "--quality", word}), HasSubstr("--quality")) << word;
     }
 }
 
 TEST(PictureWords, optionsOfTheWholeProgramAreRead) {
-    CommandLine const line = parse({"--out",
-                                    "a.png",
-                                    "--mesh-color",
-                                    "00ff00",
-                                    "--opacity",
-                                    "0.25",
-                                    "--line-width",
-                                    "3",
-                                    "--edges=all",
-                                    "--clip",
-                                    "-1,1,-2,2,-3,3",
-                                    "--select",
-                                    "type==2",
-                                    "--colormap",
-                                    "viridis",
-                                    "--log",
-                                    "--wrap",
-                                    "--replicate",
-                                    "1,2,3",
-                                    "--particles",
-                                    "arrows3d",
-                                    "--up",
-                                    "-z",
-                                    "--time",
-                                    "1.5",
-                                    "--format",
-                                    "xyz",
-                                    "--info=json"});
+    CommandLine const line = parsePicture({"--out",
+                                           "a.png",
+                                           "--mesh-color",
+                                           "00ff00",
+                                           "--opacity",
+                                           "0.25",
+                                           "--line-width",
+                                           "3",
+                                           "--edges=all",
+                                           "--clip",
+                                           "-1,1,-2,2,-3,3",
+                                           "--select",
+                                           "type==2",
+                                           "--colormap",
+                                           "viridis",
+                                           "--log",
+                                           "--wrap",
+                                           "--replicate",
+                                           "1,2,3",
+                                           "--particles",
+                                           "arrows3d",
+                                           "--up",
+                                           "-z",
+                                           "--time",
+                                           "1.5",
+                                           "--format",
+                                           "xyz",
+                                           "--info=json"});
     ASSERT_TRUE(line.options.has_value()) << line.error;
     Options const& options = *line.options;
     EXPECT_EQ(options.mesh.color->g, 1);
@@ -186,8 +187,8 @@ TEST(PictureWords, optionsOfTheWholeProgramAreRead) {
     EXPECT_EQ(options.time, 1.5);
     EXPECT_EQ(options.format, "xyz");
     EXPECT_EQ(options.info, InfoForm::JSON);
-    EXPECT_TRUE(parse({"--out", "a.png", "--edges=hard"}).options->mesh.edges);
-    EXPECT_FALSE(parse({"--out", "a.png", "--up", "auto"}).options->up.has_value());
+    EXPECT_TRUE(parsePicture({"--out", "a.png", "--edges=hard"}).options->mesh.edges);
+    EXPECT_FALSE(parsePicture({"--out", "a.png", "--up", "auto"}).options->up.has_value());
 }
 
 TEST(PictureWords, wordsThatMakeNoSenseAreUsageErrors) {
@@ -202,14 +203,14 @@ TEST(PictureWords, wordsThatMakeNoSenseAreUsageErrors) {
           Row{"--replicate", {"", "1,2", "0,1,1", "1,1,1001", "a,b,c"}}, Row{"--up", {"", "w", "+z"}},
           Row{"--time", {"", "now", "inf"}}, Row{"--select", {""}}, Row{"--format", {""}}}) {
         for (char const* const word : row.words) {
-            EXPECT_THAT(errorOf({"--out", "a.png", row.option, word}), HasSubstr(row.option)) << word;
+            EXPECT_THAT(pictureError({"--out", "a.png", row.option, word}), HasSubstr(row.option)) << word;
         }
     }
-    EXPECT_THAT(errorOf({"--out", "a.png", "--edges=soft"}), HasSubstr("--edges"));
-    EXPECT_THAT(errorOf({"--info=xml"}), HasSubstr("--info"));
-    EXPECT_THAT(errorOf({"--out", "a.png", "--frame", "1", "--time", "1"}), HasSubstr("--time"));
-    EXPECT_THAT(errorOf({"--out", "a.png", "--colors", "000000,ffffff", "--colormap", "gray"}),
+    EXPECT_THAT(pictureError({"--out", "a.png", "--edges=soft"}), HasSubstr("--edges"));
+    EXPECT_THAT(pictureError({"--info=xml"}), HasSubstr("--info"));
+    EXPECT_THAT(pictureError({"--out", "a.png", "--frame", "1", "--time", "1"}), HasSubstr("--time"));
+    EXPECT_THAT(pictureError({"--out", "a.png", "--colors", "000000,ffffff", "--colormap", "gray"}),
                 HasSubstr("--colormap"));
-    EXPECT_THAT(errorOf({"--out", "a.png", "--effect", "glass", "--clip", "0,1,0,1,0,1"}),
+    EXPECT_THAT(pictureError({"--out", "a.png", "--effect", "glass", "--clip", "0,1,0,1,0,1"}),
                 HasSubstr("--clip"));
 }

@@ -21,7 +21,7 @@ using testing::Not;
 
 namespace {
 
-CommandLine parse(std::vector<std::string> const& words, std::string const& configuration = "") {
+CommandLine parseWords(std::vector<std::string> const& words, std::string const& configuration = "") {
     std::vector<char const*> arguments{"vl_viewport"};
     for (std::string const& word : words) {
         arguments.push_back(word.c_str());
@@ -92,7 +92,7 @@ std::string nameOfArgument(std::string const& argument) {
 std::string faultOf(std::string const& text) {
     TemporaryFolder const folder;
     std::string const path = folder.write("v.vlview", text);
-    CommandLine const line = parse({path, "--out", "p.png"});
+    CommandLine const line = parseWords({path, "--out", "p.png"});
     EXPECT_FALSE(line.options.has_value());
     EXPECT_EQ(line.exitStatus, 1);
     EXPECT_EQ(line.error, "vl_viewport: " + path + ": " + line.fault.message);
@@ -105,7 +105,7 @@ std::string faultOf(std::string const& text) {
 TEST(ToWords, everyOptionBecomesTheWordsThatItWasReadFrom) {
     std::set<std::string> seen(std::begin(NEVER_IN_WORDS), std::end(NEVER_IN_WORDS));
     for (std::vector<std::string> const& words : LINES) {
-        CommandLine const line = parse(withFiles(words));
+        CommandLine const line = parseWords(withFiles(words));
         ASSERT_TRUE(line.options.has_value()) << line.error;
         std::vector<std::string> again;
         for (OptionWord const& word : toWords(*line.options)) {
@@ -116,7 +116,7 @@ TEST(ToWords, everyOptionBecomesTheWordsThatItWasReadFrom) {
         for (std::string const& word : words) {
             EXPECT_THAT(again, Contains(testing::StartsWith(nameOfArgument(word))));
         }
-        CommandLine const second = parse(withFiles(again));
+        CommandLine const second = parseWords(withFiles(again));
         ASSERT_TRUE(second.options.has_value()) << second.error;
         expectSame(*line.options, *second.options);
     }
@@ -131,7 +131,7 @@ TEST(commandLineOf, aShellReadsItBackAsThePicture) {
     std::string const file = folder.write("it's a $HOME `b`.obj", "");
     for (std::vector<std::string> words : LINES) {
         words.insert(words.end(), {file, folder.file("b.obj")});
-        CommandLine const line = parse(words);
+        CommandLine const line = parseWords(words);
         ASSERT_TRUE(line.options.has_value()) << line.error;
         std::string const text = commandLineOf(*line.options, {320, 200}, "a picture.png");
         // The words that a shell makes of it, a line for each.
@@ -143,7 +143,7 @@ TEST(commandLineOf, aShellReadsItBackAsThePicture) {
         for (std::string word; std::getline(stream, word);) {
             shellWords.push_back(word);
         }
-        CommandLine const second = parse(shellWords);
+        CommandLine const second = parseWords(shellWords);
         ASSERT_TRUE(second.options.has_value()) << second.error << "\n" << text;
         Options expected = *line.options;
         expected.pictures[0].size = {320, 200};
@@ -164,7 +164,7 @@ TEST(SavedView, isReadBackAsItWasSaved) {
     for (std::vector<std::string> const& words : LINES) {
         TemporaryFolder const folder;
         std::string const path = folder.file("v.vlview");
-        CommandLine line = parse(withFiles(words));
+        CommandLine line = parseWords(withFiles(words));
         ASSERT_TRUE(line.options.has_value()) << line.error;
         line.options->files = {folder.file("a.obj"), "/elsewhere/b.obj"};
         EXPECT_FALSE(saveView(path, *line.options).has_value());
@@ -178,8 +178,9 @@ TEST(SavedView, isReadBackAsItWasSaved) {
 TEST(SavedView, namesPathsBelowItsFolderAsSeenFromThere) {
     TemporaryFolder const folder;
     std::filesystem::create_directories(folder.file("deep/x"));
-    CommandLine line = parse({folder.file("deep/x/-a.obj"), folder.file("b.obj"), "--effect=displacement",
-                              "--effect-param=map=" + folder.file("deep/map.png")});
+    CommandLine line =
+        parseWords({folder.file("deep/x/-a.obj"), folder.file("b.obj"), "--effect=displacement",
+                    "--effect-param=map=" + folder.file("deep/map.png")});
     ASSERT_TRUE(line.options.has_value()) << line.error;
     EXPECT_FALSE(saveView(folder.file("deep/v.vlview"), *line.options).has_value());
     EXPECT_THAT(folder.read("deep/v.vlview"), HasSubstr("\"x/-a.obj\""));
@@ -198,7 +199,7 @@ TEST(SavedView, theCommandLineOutranksIt) {
         "v.vlview", R"({"version":1,"files":["a.obj"],"options":{"--camera-position":"1,2,3","--zoom":2,
                        "--no-grid":true,"--percent":50,"--effect":"glass","--effect-param":["depth=0.5"]}})");
     CommandLine const line =
-        parse({path, "--azimuth", "10", "--percent=20", "--effect=sss", "--out", "p.png"});
+        parseWords({path, "--azimuth", "10", "--percent=20", "--effect=sss", "--out", "p.png"});
     ASSERT_TRUE(line.options.has_value()) << line.error;
     PictureOptions const& picture = line.options->pictures.front();
     EXPECT_FALSE(picture.camera.position.has_value());
@@ -215,14 +216,16 @@ TEST(SavedView, noConfigurationIsReadWithIt) {
     TemporaryFolder const folder;
     std::string const path = folder.write("v.vlview", R"({"version":1,"files":["a.obj"],"options":{}})");
     std::string const configuration = folder.write("config", "no-grid\n");
-    CommandLine const line = parse({path}, configuration);
+    CommandLine const line = parseWords({path}, configuration);
     ASSERT_TRUE(line.options.has_value()) << line.error;
     EXPECT_TRUE(line.options->pictures.front().explanations.hasGrid);
-    EXPECT_THAT(parse({path, "--config", configuration}).error, HasSubstr("--config: cannot be used with"));
+    EXPECT_THAT(parseWords({path, "--config", configuration}).error,
+                HasSubstr("--config: cannot be used with"));
 }
 
 TEST(SavedView, takesNoOtherFiles) {
-    EXPECT_THAT(parse({"a.obj", "v.vlview"}).error, HasSubstr("v.vlview: a saved view has its own files"));
+    EXPECT_THAT(parseWords({"a.obj", "v.vlview"}).error,
+                HasSubstr("v.vlview: a saved view has its own files"));
 }
 
 TEST(SavedView, whatIsDamagedIsOneClearLine) {
@@ -241,7 +244,8 @@ TEST(SavedView, whatIsDamagedIsOneClearLine) {
               "--percent: '200' is not a number from 0 to 100");
     EXPECT_EQ(faultOf(R"({"version":1,"files":["a.obj"],"options":{"--fov":900}})"),
               "--fov: '900' is not a number of degrees from 1 to 170");
-    EXPECT_THAT(parse({"/no/such.vlview"}).error, HasSubstr("/no/such.vlview: cannot be read: No such file"));
+    EXPECT_THAT(parseWords({"/no/such.vlview"}).error,
+                HasSubstr("/no/such.vlview: cannot be read: No such file"));
 }
 
 TEST(SavedView, standardInputCannotBeSaved) {

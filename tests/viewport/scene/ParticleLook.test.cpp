@@ -18,7 +18,7 @@ using testing::HasSubstr;
 namespace {
 
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
-constexpr double infinite = std::numeric_limits<double>::infinity();
+constexpr double infiniteValue = std::numeric_limits<double>::infinity();
 
 std::string faultOf(std::vector<ParticleFrame> const& frames, ParticleOptions const& options) {
     Result<ParticleLook> const result = lookOf(frames, options);
@@ -176,7 +176,7 @@ TEST(ParticleLook, rangesKeepTheirMeaningWhateverTheirUnits) {
 TEST(ParticleLook, particlesWithoutAPlaceAreLeftOutAndNoted) {
     ParticleFrame data = withChannel("t", {1, 2, 3, 900});
     data.positions[1].y = notANumber;
-    data.positions[3].z = infinite;
+    data.positions[3].z = infiniteValue;
     Shown const result = shown(data);
     ASSERT_EQ(result.count(), 2U);
     EXPECT_EQ(result.position(1).x, 2);
@@ -187,7 +187,7 @@ TEST(ParticleLook, particlesWithoutAPlaceAreLeftOutAndNoted) {
 }
 
 TEST(ParticleLook, infiniteValuesAreOutsideTheRange) {
-    Shown const result = shown(withChannel("t", {1, infinite, -infinite, 2}));
+    Shown const result = shown(withChannel("t", {1, infiniteValue, -infiniteValue, 2}));
     EXPECT_EQ(result.look.scale->range.low, 1);
     EXPECT_EQ(result.look.scale->range.high, 2);
     EXPECT_TRUE(result.look.scale->isExceeded);
@@ -199,7 +199,7 @@ TEST(ParticleLook, infiniteValuesAreOutsideTheRange) {
 }
 
 TEST(ParticleLook, undefinedValuesAreGrayAndCounted) {
-    Shown const result = shown(withChannel("t", {notANumber, 1, infinite, 2, notANumber}));
+    Shown const result = shown(withChannel("t", {notANumber, 1, infiniteValue, 2, notANumber}));
     EXPECT_EQ(result.look.scale->undefinedCount, 2U);
     ASSERT_TRUE(result.cloud.colors);
     EXPECT_EQ(result.color(0), parts(ValueColors().undefined()));
@@ -475,7 +475,7 @@ TEST(ParticleLook, notesOfAFileAreNotesOfItsLook) {
 // == What cannot be drawn ==
 
 TEST(ParticleLook, arrowsWithoutADirectionAreLeftOut) {
-    std::vector<Vector3<double>> const velocities{{notANumber, 0, 0}, {1, 0, 0}, {infinite, 0, 0}};
+    std::vector<Vector3<double>> const velocities{{notANumber, 0, 0}, {1, 0, 0}, {infiniteValue, 0, 0}};
     Shown const arrows = shown(withVelocities(velocities), mode(ParticleMode::ARROWS));
     EXPECT_EQ(arrows.count(), 1U);
     EXPECT_THAT(arrows.look.notes.front().line(), HasSubstr("positions or velocities"));

@@ -10,7 +10,7 @@ using namespace vellum::viewport;
 
 namespace {
 
-constexpr double infinite = std::numeric_limits<double>::infinity();
+constexpr double infiniteBound = std::numeric_limits<double>::infinity();
 
 ValueScale scale(double low, double high, bool isLogarithmic = false) {
     ValueScale result;
@@ -26,8 +26,8 @@ TEST(ValueScale, valuesHaveAPlace) {
     EXPECT_EQ(scale(2, 4).place(4), 1);
     EXPECT_EQ(scale(2, 4).place(3.5), 0.75);
     EXPECT_EQ(scale(2, 4).place(0), -1);
-    EXPECT_EQ(scale(2, 4).place(infinite), infinite);
-    EXPECT_EQ(scale(2, 4).place(-infinite), -infinite);
+    EXPECT_EQ(scale(2, 4).place(infiniteBound), infiniteBound);
+    EXPECT_EQ(scale(2, 4).place(-infiniteBound), -infiniteBound);
     EXPECT_TRUE(std::isnan(scale(2, 4).place(std::nan(""))));
     EXPECT_EQ(scale(-1.7e308, 1.7e308).place(0), 0.5);
     EXPECT_EQ(scale(7, 7).place(7), 0);
@@ -40,7 +40,7 @@ TEST(ValueScale, logarithmsHaveAPlace) {
     EXPECT_DOUBLE_EQ(decades.place(1), 0.5);
     EXPECT_DOUBLE_EQ(decades.place(1e4), 1.5);
     EXPECT_EQ(decades.place(100), 1) << "not above the range";
-    for (double const value : {0.0, -1.0, -infinite, std::nan("")}) {
+    for (double const value : {0.0, -1.0, -infiniteBound, std::nan("")}) {
         EXPECT_FALSE(decades.isDefined(value)) << value;
         EXPECT_TRUE(std::isnan(decades.place(value))) << value;
     }
@@ -62,10 +62,10 @@ TEST(ValueScale, aRampGoesOnBelowItsRangeAndAMapDoesNot) {
     EXPECT_EQ(colors.at(0), ramp.low);
     EXPECT_EQ(colors.at(1), ramp.high);
     EXPECT_EQ(colors.at(1.001), ramp.above);
-    EXPECT_EQ(colors.at(infinite), ramp.above);
+    EXPECT_EQ(colors.at(infiniteBound), ramp.above);
     EXPECT_NEAR(colors.at(-1).r, 0.2, 1e-6);
     EXPECT_NEAR(colors.at(-1).b, 1, 1e-6);
-    EXPECT_EQ(colors.at(-infinite).r, 0) << "within what colors can be";
+    EXPECT_EQ(colors.at(-infiniteBound).r, 0) << "within what colors can be";
     EXPECT_EQ(colors.at(std::nan("")), colors.undefined());
 
     ValueColors const map(ramp, "viridis");

@@ -107,8 +107,7 @@ private:
     };
 
     void _frameAxisView(Scene const& scene, Box3<double> const& bounds);
-    void _frameFreely(CameraPlacement const& placement, Scene const& scene,
-                      std::vector<Vector3<double>> const& points);
+    void _frameFreely(CameraPlacement const& placement, Scene const& scene, FramedPoints const& points);
     void _updateScreen();
 
     CameraSpec asked;

@@ -89,7 +89,7 @@ TEST(ColorLegend, itIsLeftOutOfSmallPicturesAndWithoutKinds) {
 
 namespace {
 
-Color4<float> const INK = Background{}.ink();
+Color4<float> const LEGEND_INK = Background{}.ink();
 constexpr unsigned int PALE = 165;
 
 /// The area of the picture to the right of an entry's swatch, or to its left border.
@@ -105,21 +105,21 @@ TEST(ColorLegend, besideEachSwatchStandItsNameAndItsCount) {
     PictureSize const size{1280, 720};
     ColorLegend const shown(legend(3), size);
     Picture picture = blank(size);
-    shown.draw(picture, INK);
+    shown.draw(picture, LEGEND_INK);
     int const height = KeySizes(size).text;
     for (std::size_t i = 0; i < 3; ++i) {
         PixelArea const row = rowOf(shown, i, size);
         TextWriter const writer;
         std::optional<PixelArea> const name =
-            findText(picture, INK, writer.write("kind" + std::to_string(i), height), row);
+            findText(picture, LEGEND_INK, writer.write("kind" + std::to_string(i), height), row);
         std::optional<PixelArea> const count =
-            findText(picture, INK, writer.write(std::to_string(10 * i), height), row, PALE);
+            findText(picture, LEGEND_INK, writer.write(std::to_string(10 * i), height), row, PALE);
         ASSERT_TRUE(name && count) << i;
         EXPECT_GE(count->left, name->left + name->width);
         EXPECT_LT(count->left + count->width, size.width) << "not cut off at the border";
     }
     PixelArea const above{shown.swatch(0).left - 4, 0, size.width, shown.swatch(0).top};
-    EXPECT_TRUE(findText(picture, INK, TextWriter().write("type", height), above)) << "the title";
+    EXPECT_TRUE(findText(picture, LEGEND_INK, TextWriter().write("type", height), above)) << "the title";
 }
 
 TEST(ColorLegend, longNamesKeepBothEnds) {
@@ -127,7 +127,7 @@ TEST(ColorLegend, longNamesKeepBothEnds) {
     ParticleLegend kinds{"type", {{"molybdenum disulfide layer 12", kindColor(0), 5}}};
     ColorLegend const shown(kinds, size);
     Picture picture = blank(size);
-    shown.draw(picture, INK);
+    shown.draw(picture, LEGEND_INK);
     int const height = KeySizes(size).text;
     PixelArea const row = rowOf(shown, 0, size);
     // Whatever is kept of the middle, the drawn name is one of the shortened ones.
@@ -136,7 +136,7 @@ TEST(ColorLegend, longNamesKeepBothEnds) {
         std::string const name = TextWriter().shortened(kinds.entries[0].text, height, widest);
         ASSERT_EQ(name.substr(0, 2), "mo");
         ASSERT_EQ(name.substr(name.size() - 2), "12");
-        isFound = findText(picture, INK, TextWriter().write(name, height), row).has_value();
+        isFound = findText(picture, LEGEND_INK, TextWriter().write(name, height), row).has_value();
     }
     EXPECT_TRUE(isFound);
 }
@@ -145,11 +145,11 @@ TEST(ColorLegend, theLineBelowTheListSaysHowManyMoreThereAre) {
     PictureSize const size{1280, 720};
     ColorLegend const shown(legend(40), size);
     Picture picture = blank(size);
-    shown.draw(picture, INK);
+    shown.draw(picture, LEGEND_INK);
     std::string const text = "and " + std::to_string(40 - shown.listedCount()) + " more";
     PixelArea const last = shown.swatch(shown.listedCount() - 1);
     PixelArea const below{last.left - 4, last.top + last.height, size.width, size.height};
-    EXPECT_TRUE(findText(picture, INK, TextWriter().write(text, KeySizes(size).text), below, PALE));
+    EXPECT_TRUE(findText(picture, LEGEND_INK, TextWriter().write(text, KeySizes(size).text), below, PALE));
 }
 
 TEST(ColorLegend, nothingIsCutOffAtTheBorders) {
@@ -159,7 +159,7 @@ TEST(ColorLegend, nothingIsCutOffAtTheBorders) {
             ColorLegend const shown(legend(count, "a long name of a kind "), size);
             ASSERT_TRUE(shown.isShown()) << size.width;
             Picture picture = blank(size);
-            shown.draw(picture, INK);
+            shown.draw(picture, LEGEND_INK);
             EXPECT_TRUE(isBorderBlank(picture)) << size.width << " x " << size.height << ", " << count;
             EXPECT_GE(touchedColumns(picture).first, size.width - shown.reservedWidth());
         }

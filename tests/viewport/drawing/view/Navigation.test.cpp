@@ -12,7 +12,7 @@ namespace {
 
 using Point = Vector3<double>;
 
-constexpr PictureSize SIZE{600, 400};
+constexpr PictureSize VIEW_SIZE{600, 400};
 constexpr double SINGLE = 1e-4;  // the camera itself is of single precision
 
 /// Two units wide, far away from the origin, with z as up.
@@ -30,7 +30,7 @@ class Navigation_test : public testing::Test {
 protected:
     ViewCamera cameraOf(CameraSpec const& spec) {
         ViewCamera camera(spec);
-        std::optional<Fault> const fault = camera.frame(scene, points, SIZE);
+        std::optional<Fault> const fault = camera.frame(scene, points, VIEW_SIZE);
         EXPECT_FALSE(fault.has_value()) << fault->message;
         return camera;
     }
@@ -47,18 +47,18 @@ protected:
             double const depth = dot(eye - place, screen.towardViewer);
             scale *= depth / length(eye - focus);
         }
-        double const unit = 2 * scale / SIZE.height;
+        double const unit = 2 * scale / VIEW_SIZE.height;
         // The line of sight goes through the middle of the picture.
-        return {SIZE.width / 2.0 + dot(place - focus, screen.right) / unit,
-                SIZE.height / 2.0 - dot(place - focus, screen.up) / unit};
+        return {VIEW_SIZE.width / 2.0 + dot(place - focus, screen.right) / unit,
+                VIEW_SIZE.height / 2.0 - dot(place - focus, screen.up) / unit};
     }
 
     /// The point at the distance of the focus that is seen at a pixel.
     Point pointAt(ViewCamera const& camera, double x, double y) {
-        double const unit = 2 * camera.halfHeightAtFocus() / SIZE.height;
+        double const unit = 2 * camera.halfHeightAtFocus() / VIEW_SIZE.height;
         toolkit::ScreenAxes const& screen = camera.screen();
-        return camera.focusInScene(scene) + screen.right * ((x - SIZE.width / 2.0) * unit) +
-               screen.up * ((SIZE.height / 2.0 - y) * unit);
+        return camera.focusInScene(scene) + screen.right * ((x - VIEW_SIZE.width / 2.0) * unit) +
+               screen.up * ((VIEW_SIZE.height / 2.0 - y) * unit);
     }
 
     static CameraSpec parallel() {
@@ -126,7 +126,7 @@ TEST_F(Navigation_test, whatIsInFrontOfTheFocusFollowsTheCursor) {
 
 TEST_F(Navigation_test, halfATurnOverTheShorterSide) {
     ViewCamera const before = cameraOf({});
-    ViewCamera const after = cameraOf(from(before).orbit(SIZE.height, 0));
+    ViewCamera const after = cameraOf(from(before).orbit(VIEW_SIZE.height, 0));
     EXPECT_NEAR(after.screen().towardViewer.x, -before.screen().towardViewer.x, SINGLE);
     EXPECT_NEAR(after.screen().towardViewer.y, before.screen().towardViewer.y, SINGLE);
     EXPECT_NEAR(after.screen().towardViewer.z, -before.screen().towardViewer.z, SINGLE);
@@ -171,9 +171,9 @@ TEST_F(Navigation_test, fitSeesEverythingFromTheSameSide) {
     for (Point const& p : points) {
         auto const [x, y] = seenAt(fitted, p);
         EXPECT_GT(x, 0);
-        EXPECT_LT(x, SIZE.width);
+        EXPECT_LT(x, VIEW_SIZE.width);
         EXPECT_GT(y, 0);
-        EXPECT_LT(y, SIZE.height);
+        EXPECT_LT(y, VIEW_SIZE.height);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "viewport/files/particles/TableRows.h"
 
 #include "foundation/basic/threads.h"
+#include "tests/support/build_facts.h"
 #include "tests/support/thread_limits.h"
 #include "viewport/files/particles/CsvFile.h"
 #include "viewport/files/particles/LammpsDump.h"
@@ -97,6 +98,9 @@ std::string sameOnAllThreads(Read const& read, std::string const& text) {
     vellum::setThreadLimit(1);
     std::string const expected = outcome(read(text));
     for (int const threads : threadLimits()) {
+        if (threads == 1) {
+            continue;  // it is what the others are compared with
+        }
         vellum::setThreadLimit(threads);
         bool const isSame = outcome(read(text)) == expected;
         EXPECT_TRUE(isSame) << threads << " threads; with one: " << expected.substr(0, 200);
@@ -208,6 +212,7 @@ TEST(TableRows, theFirstFaultIsReportedWithItsLine) {
         char const* row;
         char const* reason;
     };
+    std::size_t pair = 0;
     for (Damage const& damage :
          {Damage{"5 1 2\n", "has 3 of 5 values"}, Damage{"5 1 2 3 4 5\n", "has more than 5 values"},
           Damage{"5 1 2x 3 4\n", "'2x' in column 'y' is not a number"},
@@ -216,6 +221,12 @@ TEST(TableRows, theFirstFaultIsReportedWithItsLine) {
           Damage{"ITEM: A\n", "the frame has fewer than the 40001 atoms that it declares"}}) {
         for (std::size_t const place :
              {std::size_t(0), std::size_t(9'000), std::size_t(23'456), MANY_ROWS - 1}) {
+            // Under the sanitizer all kinds of damage and all places, but not each kind at each place.
+            bool const isChosen = pair / 4 % 4 == pair % 4;
+            ++pair;
+            if (isAddressSanitized() && !isChosen) {
+                continue;
+            }
             std::vector<std::string> damaged = rows;
             damaged[place] = damage.row;
             damaged[std::min(place + 5'000, MANY_ROWS - 1)] = damage.row;
