@@ -35,12 +35,12 @@ struct ViewLayout {
     /// The same scene from elsewhere. Where the camera makes none it has the fault, and keeps its place.
     void setCamera(CameraSpec const& spec, Scene const& scene);
 
-    FramedPoints framedPoints = {};  ///< what is to be seen, in the frame of the scene
-    std::optional<Box3<double>> bounds = {};         ///< of what is moved; nothing: the scene's
-    Box3<double> shownBox{{0, 0, 0}, {0, 0, 0}};     ///< around what is shown, in the frame of the scene
-    PictureSize framedSize = {};                     ///< of the area beside the key
-    PictureSize size = {};                           ///< of the picture
-    SurroundingSea const* sea = nullptr;             ///< that the scene stands in, or null
+    FramedPoints framedPoints = {};               ///< what is to be seen, in the frame of the scene
+    std::optional<Box3<double>> bounds = {};      ///< of what is moved; nothing: the scene's
+    Box3<double> shownBox{{0, 0, 0}, {0, 0, 0}};  ///< around what is shown, in the frame of the scene
+    PictureSize framedSize = {};                  ///< of the area beside the key
+    PictureSize size = {};                        ///< of the picture
+    SurroundingSea const* sea = nullptr;          ///< that the scene stands in, or null
 
 private:
     std::optional<Fault> _frame(ViewCamera& view, Scene const& scene) const;

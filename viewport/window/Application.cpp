@@ -195,12 +195,13 @@ void Application::_layOut() {
     Area newArea;
     int const panelPixels =
         hasPanel ? static_cast<int>(std::lround(newUnits.toPixels(panel.width(newUnits)))) : 0;
-    int const statusPixels =
-        hasPanel ? static_cast<int>(std::lround(newUnits.toPixels(panel.statusHeight(newUnits)))) : 0;
+    int const footPixels =
+        hasPanel ? static_cast<int>(std::lround(newUnits.toPixels(panel.footHeight(workspace, newUnits))))
+                 : 0;
     newArea.left = panelPixels;
-    newArea.bottom = statusPixels;
+    newArea.bottom = footPixels;
     newArea.size = {std::max(1, newUnits.framebuffer.width - panelPixels),
-                    std::max(1, newUnits.framebuffer.height - statusPixels)};
+                    std::max(1, newUnits.framebuffer.height - footPixels)};
     if (newUnits != units || newArea.size != area.size || newArea.left != area.left) {
         isSceneChanged = true;
         framesToDraw = FRAMES_TO_SETTLE;

@@ -58,8 +58,8 @@ double Panel::width(WindowUnits const& units) const {
     return units.pointsToUnits(WIDTH);
 }
 
-double Panel::statusHeight(WindowUnits const& units) const {
-    return units.pointsToUnits(STATUS);
+double Panel::footHeight(Workspace const& workspace, WindowUnits const& units) const {
+    return units.pointsToUnits(workspace.frames() != nullptr ? STATUS + TIMELINE : STATUS);
 }
 
 PanelRequests Panel::draw(Workspace& workspace, WindowUnits const& units, bool isShown) {
@@ -72,8 +72,8 @@ PanelRequests Panel::draw(Workspace& workspace, WindowUnits const& units, bool i
         _drawSections(workspace, panelWidth, requests);
         _drawStatus(workspace, units);
         double const left = static_cast<double>(panelWidth);
-        bar = {left, static_cast<double>(size.x) - left, static_cast<double>(size.y) - statusHeight(units),
-               units.pointsToUnits(TIMELINE)};
+        bar = {left, static_cast<double>(size.x) - left,
+               static_cast<double>(size.y) - units.pointsToUnits(STATUS), units.pointsToUnits(TIMELINE)};
     }
     std::optional<Options> const next = timeline.draw(workspace, bar);
     if (next && !requests.options) {
@@ -195,7 +195,7 @@ void Panel::_drawFault(Workspace& workspace) const {
 void Panel::_drawStatus(Workspace& workspace, WindowUnits const& units) const {
     ImVec2 const size = ImGui::GetIO().DisplaySize;
     auto const left = static_cast<float>(width(units));
-    auto const height = static_cast<float>(statusHeight(units));
+    auto const height = static_cast<float>(units.pointsToUnits(STATUS));
     ImGui::SetNextWindowPos({left, size.y - height});
     ImGui::SetNextWindowSize({size.x - left, height});
     ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, ImVec2(8, 4));

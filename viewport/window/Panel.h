@@ -22,7 +22,7 @@ public:
 
     /// How much of the window it covers, in units of the window.
     double width(WindowUnits const& units) const;
-    double statusHeight(WindowUnits const& units) const;
+    double footHeight(Workspace const& workspace, WindowUnits const& units) const;
 
     /// Asks for the picture that the panel's own button would save.
     void savePicture(PanelRequests& requests) const { picture.save(requests); }

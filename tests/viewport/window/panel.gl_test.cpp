@@ -65,18 +65,17 @@ protected:
     }
 
     /// The scene beside the panel is the picture with these options beside the first ones.
-    void expectScene(std::vector<std::string> options, int coveredBelow = 0) {
+    /// \param bar height of the bar of frames below it
+    void expectScene(std::vector<std::string> options, int bar = 0) {
         window->move({width - 5, 5});
         options.insert(options.begin(), given.begin(), given.end());
-        options.insert(options.end(),
-                       {"--size", std::to_string(width - PANEL) + "x" + std::to_string(height - STATUS)});
-        Picture const whole = drawnOffScreen(options);
-        int const rows = whole.height - coveredBelow;
-        Picture const expected = cut(whole, 0, 0, whole.width, rows);
+        options.insert(options.end(), {"--size", std::to_string(width - PANEL) + "x" +
+                                                     std::to_string(height - STATUS - bar)});
+        Picture const expected = drawnOffScreen(options);
         EXPECT_TRUE(window->waitUntil([&](Picture const& seen) {
-            return differences(cut(seen, PANEL, 0, width - PANEL, rows), expected) == 0;
+            return differences(cut(seen, PANEL, 0, width - PANEL, expected.height), expected) == 0;
         })) << testing::PrintToString(options)
-            << ' ' << differences(cut(window->look(), PANEL, 0, width - PANEL, rows), expected)
+            << ' ' << differences(cut(window->look(), PANEL, 0, width - PANEL, expected.height), expected)
             << " pixels differ";
     }
 
