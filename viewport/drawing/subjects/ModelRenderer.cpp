@@ -47,11 +47,6 @@ constexpr char NORMAL_VECTORS[] = "vectors of all normals";
 
 constexpr char COLORS[] = "colors";
 
-unsigned int sizeOf(ArrayId const& id) {
-    ArrayTypeable const* const array = VL_ArrayServer.resolve(id);
-    return array != nullptr ? array->size : 0;
-}
-
 template <class T>
 Array<T> arrayOfSize(unsigned int size) {
     Array<T> array;

@@ -11,4 +11,10 @@ T const* elementsOf(ArrayId const& id) {
     return array != nullptr ? array->as<T>() : nullptr;
 }
 
+/// Their number; 0 where there is no array.
+inline unsigned int sizeOf(ArrayId const& id) {
+    ArrayTypeable const* const array = VL_ArrayServer.resolve(id);
+    return array != nullptr ? array->size : 0;
+}
+
 }  // namespace vellum::viewport

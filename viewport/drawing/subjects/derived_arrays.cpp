@@ -1,5 +1,7 @@
 #include "viewport/drawing/subjects/derived_arrays.h"
 
+#include "viewport/drawing/subjects/array_elements.h"
+
 namespace vellum::viewport {
 
 namespace {
@@ -10,11 +12,6 @@ bool drawsFaceNormals(MeshStyle const& style) {
 
 bool drawsAdjacency(MeshStyle const& style) {
     return style.edges || style.edgesBlend || style.connectivity;
-}
-
-unsigned int sizeOf(ArrayId const& id) {
-    ArrayTypeable const* const array = VL_ArrayServer.resolve(id);
-    return array != nullptr ? array->size : 0;
 }
 
 }  // namespace

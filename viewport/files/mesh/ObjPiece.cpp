@@ -1,5 +1,6 @@
 #include "viewport/files/mesh/ObjPiece.h"
 
+#include "viewport/files/mesh/blanks.h"
 #include "viewport/text/data_numbers.h"
 
 #include <algorithm>
@@ -9,12 +10,6 @@
 namespace vellum::viewport {
 
 namespace {
-
-constexpr char FEED = '\n';
-
-bool isBlank(char character) {
-    return character == ' ' || character == '\t' || character == '\r';
-}
 
 char const* skipBlanks(char const* here, char const* end) {
     while (here != end && isBlank(*here)) {

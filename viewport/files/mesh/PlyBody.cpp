@@ -1,6 +1,7 @@
 #include "viewport/files/mesh/PlyBody.h"
 
 #include "viewport/files/common/binary_numbers.h"
+#include "viewport/files/mesh/blanks.h"
 #include "viewport/text/TextLines.h"
 #include "viewport/text/data_numbers.h"
 
@@ -9,16 +10,6 @@
 #include <cstring>
 
 namespace vellum::viewport {
-
-namespace {
-
-constexpr char FEED = '\n';
-
-bool isBlank(char character) {
-    return character == ' ' || character == '\t' || character == '\r';
-}
-
-}  // namespace
 
 PlyBody::PlyBody(std::string_view file, PlyHeader const& header, Progress const& progress)
     : file(file)

@@ -1,6 +1,7 @@
 #include "viewport/files/mesh/PlyLines.h"
 
 #include "viewport/files/common/read_pieces.h"
+#include "viewport/files/mesh/blanks.h"
 #include "viewport/text/data_numbers.h"
 
 #include <algorithm>
@@ -10,10 +11,6 @@
 namespace vellum::viewport {
 
 namespace {
-
-bool isBlank(char character) {
-    return character == ' ' || character == '\t' || character == '\r';
-}
 
 /// Takes the next number of a line.
 bool takeNumber(char const*& here, char const* end, double& value) {
