@@ -161,8 +161,8 @@ TEST_F(Window_gl_test, aPictureOfTheWindowReplacesNoTextureOfAModel) {
 
 TEST_F(Window_gl_test, framesArePlayedToTheLastOne) {
     std::string frames;
-    for (int i = 0; i < 4; ++i) {
-        frames += "2\n\nH 0 0 " + std::to_string(i) + "\nO 1 1 1\n";
+    for (int i = 0; i < 24; ++i) {  // more than two seconds
+        frames += "2\n\nH 0 0 " + std::to_string(i / 8.0) + "\nO 1 1 1\n";
     }
     std::string const file = folder.write("run.xyz", frames);
     auto const window = open({file, "--size", "800x500", "--frame", "0", "--particles", "spheres"});
