@@ -6,9 +6,15 @@ namespace {
 
 constexpr int MARGIN = 16;
 
+/// The side of the fewest tiles, all but the last equal: every further one costs another drawing of the whole scene.
+int tileSide(int pictureSide, int largestTile) {
+    int const tiles = (pictureSide + largestTile - 1) / largestTile;
+    return (pictureSide + tiles - 1) / tiles;
+}
+
 Tiling tilingOf(PictureSize const& size, double largestSmoothed, int largestTile) {
     bool const isSmoothed = static_cast<double>(size.width) * size.height <= largestSmoothed;
-    return {isSmoothed ? 2 : 1, std::min(size.width, largestTile), std::min(size.height, largestTile),
+    return {isSmoothed ? 2 : 1, tileSide(size.width, largestTile), tileSide(size.height, largestTile),
             MARGIN};
 }
 
@@ -17,7 +23,7 @@ Tiling tilingOf(PictureSize const& size, double largestSmoothed, int largestTile
 Tiling Tiling::of(PictureSize const& size) {
     // Above this number of pixels a picture is so fine that the multisampling of the buffer is smooth enough.
     constexpr double LARGEST_SMOOTHED = 20e6;
-    constexpr int LARGEST_TILE = 1024;
+    constexpr int LARGEST_TILE = 1280;
     return tilingOf(size, LARGEST_SMOOTHED, LARGEST_TILE);
 }
 

@@ -12,7 +12,7 @@ struct Tiling {
     int height;          ///< alike
     int margin;  ///< pixels drawn around each tile and discarded, so that lines ending outside keep their width
 
-    /// Tiles of at most 1024 pixels along each side.
+    /// Tiles of at most 1280 pixels along each side, as few as possible and as even as possible.
     static Tiling of(PictureSize const& size);
 
     /// For drawings that differ from tile to tile, because they read the framebuffer or use its coordinates: the whole

@@ -8,13 +8,20 @@ TEST(Tiling, largePicturesAreSplitIntoModerateTiles) {
     for (PictureSize const& size : {PictureSize{1, 1}, PictureSize{1280, 720}, PictureSize{16384, 16384},
                                     PictureSize{16384, 1}, PictureSize{5000, 3000}}) {
         Tiling const tiling = Tiling::of(size);
-        EXPECT_LE(tiling.bufferWidth(), 2112);
-        EXPECT_LE(tiling.bufferHeight(), 2112);
+        EXPECT_LE(tiling.bufferWidth(), 2624);
+        EXPECT_LE(tiling.bufferHeight(), 2624);
         EXPECT_LE(tiling.width, size.width);
         EXPECT_LE(tiling.height, size.height);
         EXPECT_GE(tiling.samplesPerSide, 1);
     }
     EXPECT_EQ(Tiling::of({1280, 720}).samplesPerSide, 2);
+}
+
+TEST(Tiling, tilesAreFewAndEven) {
+    EXPECT_EQ(Tiling::of({1280, 720}).width, 1280);
+    EXPECT_EQ(Tiling::of({1281, 720}).width, 641);
+    EXPECT_EQ(Tiling::of({3840, 2160}).width, 1280);
+    EXPECT_EQ(Tiling::of({3840, 2160}).height, 1080);
 }
 
 TEST(Tiling, oneTileHoldsPicturesOfUpTo4096PixelsPerSide) {
