@@ -189,6 +189,7 @@ struct OffscreenContext::State {
 
     void close();
     bool makeCurrent();
+    bool release();
     bool makeFormerCurrent();
 
 private:
@@ -323,6 +324,11 @@ bool OffscreenContext::State::makeCurrent() {
     return eglBindAPI(EGL_OPENGL_API) && eglMakeCurrent(display, surface, surface, context);
 }
 
+bool OffscreenContext::State::release() {
+    return eglBindAPI(EGL_OPENGL_API) && eglGetCurrentContext() == context &&
+           eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+}
+
 bool OffscreenContext::State::makeFormerCurrent() {
     return formerContext != EGL_NO_CONTEXT && eglBindAPI(EGL_OPENGL_API) &&
            eglMakeCurrent(display, formerDrawn, formerRead, formerContext);
@@ -335,7 +341,7 @@ void OffscreenContext::State::close() {
     if (context != EGL_NO_CONTEXT) {
         eglBindAPI(EGL_OPENGL_API);
         if (eglGetCurrentContext() == context && !makeFormerCurrent()) {
-            eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+            release();
         }
         eglDestroyContext(display, context);
     }
@@ -404,6 +410,10 @@ int OffscreenContext::samples() const {
 
 bool OffscreenContext::makeCurrent() {
     return native && native->makeCurrent();
+}
+
+bool OffscreenContext::release() {
+    return native && native->release();
 }
 
 bool OffscreenContext::makeFormerCurrent() {

@@ -16,8 +16,8 @@ namespace vellum {
 ///     ... draw ...
 ///     write(context.readPixels());
 ///
-/// It is current in the constructing thread from construction to destruction, unless another context is made
-/// current. Not for drawing into a window, but for pictures of what a window shows: Settings::isBesideCurrent.
+/// It is current in the constructing thread from construction to destruction, unless it is released or another context is
+/// made current. Not for drawing into a window, but for pictures of what a window shows: Settings::isBesideCurrent.
 class OffscreenContext {
 public:
     struct Settings {
@@ -53,6 +53,10 @@ public:
     /// Makes it current in the calling thread (it must be current in no other one). False when the driver
     /// refuses.
     bool makeCurrent();
+
+    /// Makes none current in the calling thread, where this one is, so that another thread may make it current. False when
+    /// the driver refuses.
+    bool release();
 
     /// Makes current again what was current at construction, as for Settings::isBesideCurrent. False when the driver
     /// refuses, and where nothing was.

@@ -4,12 +4,14 @@
 #include "viewport/program/Description.h"
 
 #include <iostream>
+#include <utility>
 
 #include <unistd.h>
 
 namespace vellum::viewport {
 
-ConsoleObserver::ConsoleObserver(Options const& options) : options(options) {}
+ConsoleObserver::ConsoleObserver(Options const& options, std::function<void()> whenFileIsOpen)
+    : options(options), whenFileIsOpen(std::move(whenFileIsOpen)) {}
 
 void ConsoleObserver::note(Fault const& what) {
     bar.reset();
@@ -22,6 +24,7 @@ void ConsoleObserver::progress(std::string const& file, std::uint64_t done, std:
         bar.reset();
         bar.emplace(std::cerr, isatty(STDERR_FILENO) != 0 && !options.isQuiet, file);
         shownFile = file;
+        whenFileIsOpen();
     }
     if (all > 0) {
         bar->show(done, all);

@@ -5,6 +5,7 @@
 #include "viewport/program/InfoDocument.h"
 #include "viewport/program/ProgressBar.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -15,7 +16,8 @@ namespace vellum::viewport {
 class ConsoleObserver : public LoadObserver {
 public:
     /// \param options must outlive it.
-    explicit ConsoleObserver(Options const& options);
+    /// \param whenFileIsOpen called for each file that is there, before it is read; may not throw
+    ConsoleObserver(Options const& options, std::function<void()> whenFileIsOpen);
 
     void note(Fault const& what) override;
     void progress(std::string const& file, std::uint64_t done, std::uint64_t all) override;
@@ -27,6 +29,7 @@ public:
 
 private:
     Options const& options;
+    std::function<void()> whenFileIsOpen;
     std::string shownFile;
     std::optional<ProgressBar> bar;  // of the file that is read
 };

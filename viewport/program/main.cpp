@@ -8,6 +8,7 @@
 #include "viewport/program/Configuration.h"
 #include "viewport/program/Console.h"
 #include "viewport/program/ConsoleObserver.h"
+#include "viewport/program/ContextAhead.h"
 #include "viewport/program/Description.h"
 #include "viewport/program/Film.h"
 #include "viewport/program/PictureMaker.h"
@@ -159,7 +160,8 @@ std::optional<Failure> run(Options const& options) {
     if (std::optional<Failure> failure = outputFailure(options)) {
         return failure;
     }
-    ConsoleObserver observer(options);
+    ContextAhead ahead(PictureMaker::contextSettings(options));
+    ConsoleObserver observer(options, [&ahead] { ahead.begin(); });
     Result<Content> loaded = Content::load(options, observer);
     if (!loaded.isOk()) {
         return Failure{FILE_FAULT, loaded.fault()};
@@ -207,7 +209,7 @@ std::optional<Failure> run(Options const& options) {
         content.meshes = {};
     }
 
-    OffscreenContext context(PictureMaker::contextSettings(options));
+    OffscreenContext& context = ahead.get();
     if (!context.isValid()) {
         return endWithout(options, observer, {NO_OPENGL, {"", context.error()}});
     }

@@ -11,7 +11,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <mutex>
 #include <new>
+#include <shared_mutex>
 #include <vector>
 
 #include <fcntl.h>
@@ -280,7 +282,26 @@ std::optional<Fault> readResult(int descriptor, GuardedRun const& run) {
     }
 }
 
+/// Held alone while a child is made, shared by what must not be copied meanwhile.
+std::shared_mutex& makingOfChildren() {
+    static std::shared_mutex mutex;
+    return mutex;
+}
+
+pid_t makeChild() {
+    std::lock_guard<std::shared_mutex> const lock(makingOfChildren());
+    return fork();
+}
+
 }  // namespace
+
+NoChildren::NoChildren() {
+    makingOfChildren().lock_shared();
+}
+
+NoChildren::~NoChildren() {
+    makingOfChildren().unlock_shared();
+}
 
 std::optional<Fault> runGuarded(GuardedRun const& run, ImportLimits const& limits, Progress const& progress) {
     auto const cannotStart = [&run] {
@@ -292,7 +313,7 @@ std::optional<Fault> runGuarded(GuardedRun const& run, ImportLimits const& limit
     }
     Clock::time_point const deadline = Clock::now() + limits.deadline;
     pid_t const parent = getpid();
-    pid_t const number = fork();
+    pid_t const number = makeChild();
     if (number < 0) {
         return cannotStart();
     }

@@ -23,6 +23,16 @@ struct ImportLimits {
 /// False where a sanitizer, which reserves most of the address space for itself, rules out a limit of memory.
 extern bool const IMPORT_MEMORY_IS_LIMITED;
 
+/// While one exists, runGuarded() on another thread waits before it makes its child. For work that the copy must not find half
+/// done, as the start of a driver, which loads libraries and starts threads.
+class NoChildren {
+public:
+    NoChildren();
+    ~NoChildren();
+    NoChildren(NoChildren const&) = delete;
+    NoChildren& operator=(NoChildren const&) = delete;
+};
+
 /// Work on a file that must not harm this process, and the way of its outcome as bytes.
 struct GuardedRun {
     std::string file;  ///< only named in faults

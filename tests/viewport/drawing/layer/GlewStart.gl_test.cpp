@@ -1,6 +1,7 @@
 #include "viewport/drawing/layer/GlewStart.h"
 #include "Core_RL_GL.h"
 #include "offscreen/OffscreenContext.h"
+#include "viewport/program/ContextAhead.h"
 
 // After GLEW's header; brings no OpenGL header of its own.
 #include <GL/glew.h>
@@ -15,6 +16,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include <poll.h>
 #include <sys/wait.h>
@@ -110,6 +112,39 @@ TEST(startup_gl_test, withoutADisplayEglServes) {
     OffscreenContext const context(settings);
     ASSERT_TRUE(context.isValid()) << context.error();
     expectWorkingContext();
+}
+
+TEST(startup_gl_test, aContextOfAnotherThreadServes) {
+    viewport::ContextAhead ahead({32, 32});
+    ahead.begin();
+    ahead.begin();
+    OffscreenContext& context = ahead.get();
+    ASSERT_TRUE(context.isValid()) << context.error();
+    EXPECT_EQ(&ahead.get(), &context);
+    expectWorkingContext();
+}
+
+TEST(startup_gl_test, aContextThatWasNotBegunServes) {
+    viewport::ContextAhead ahead({32, 32});
+    ASSERT_TRUE(ahead.get().isValid());
+    expectWorkingContext();
+
+    viewport::ContextAhead impossible({0, 32});
+    impossible.begin();
+    EXPECT_FALSE(impossible.get().isValid());
+}
+
+TEST(startup_gl_test, anotherThreadMayHaveAReleasedContext) {
+    OffscreenContext context({32, 32});
+    ASSERT_TRUE(context.isValid()) << context.error();
+    EXPECT_TRUE(context.release());
+    EXPECT_FALSE(context.release()) << "it is not current any more";
+    std::thread([&context] {
+        EXPECT_TRUE(context.makeCurrent());
+        expectWorkingContext();
+        EXPECT_TRUE(context.release());
+    }).join();
+    EXPECT_TRUE(context.makeCurrent());
 }
 
 TEST(startup_gl_test, withADisplayGlxServes) {

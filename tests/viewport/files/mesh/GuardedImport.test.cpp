@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <new>
 #include <stdexcept>
 #include <thread>
@@ -286,4 +287,25 @@ TEST(GuardedImport, runsOfOtherThreadsDoNotDelayAnEnd) {
     EXPECT_TRUE(result.isOk()) << result.fault().line();
     brief.join();
     munmap(memory, sizeof(Shared));
+}
+
+TEST(GuardedImport, noChildIsMadeWhileNoChildrenAreWanted) {
+    std::atomic<bool> isOver{false};
+    auto unwanted = std::make_unique<NoChildren>();
+    std::thread other([&unwanted, &isOver] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        isOver = true;
+        unwanted.reset();
+    });
+    // The child is a copy of this process from when it was made.
+    Result<MeshData> const result = importGuarded("some.obj",
+                                                  [&isOver]() -> Result<MeshData> {
+                                                      MeshData mesh = triangle();
+                                                      mesh.partCount = isOver ? 1 : 0;
+                                                      return mesh;
+                                                  },
+                                                  {ample, someMemory});
+    other.join();
+    ASSERT_TRUE(result.isOk()) << result.fault().line();
+    EXPECT_EQ(result.value().partCount, 1U);
 }
