@@ -48,6 +48,8 @@ function(vl_defaults target)
   if(VL_JOIN_SOURCES AND NOT VL_IS_TEST_CODE)
     # As many at once as halve the time; of more, the last ones of a target would keep a core idle.
     set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+    # GCC takes what is in unnamed namespaces of included files for that of headers.
+    target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
   endif()
   if(VL_SANITIZE)
     target_link_options(${target} PRIVATE -fsanitize=${VL_SANITIZE})
@@ -58,10 +60,10 @@ function(vl_defaults target)
   endif()
 endfunction()
 
-# vl_unoptimized(source...): sources whose templates take long to optimize and gain nothing. Joined sources have one set of
-# options; they are not optimized anyway, see VL_SANITIZE.
+# vl_unoptimized(source...): sources whose templates take long to optimize and gain nothing. With options of their own they are
+# not joined with others; where nothing is optimized, see VL_SANITIZE, they are.
 function(vl_unoptimized)
-  if(NOT VL_JOIN_SOURCES)
+  if(NOT VL_SANITIZE)
     set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS -O0)
   endif()
 endfunction()

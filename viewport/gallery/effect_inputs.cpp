@@ -16,8 +16,6 @@ namespace vellum::gallery {
 
 namespace {
 
-using constants::d::PI;
-
 struct Point {
     double x;
     double y;
@@ -77,7 +75,7 @@ public:
             double const upwards = radius(t + STEP) - radius(t - STEP);
             double const length = std::hypot(outwards, upwards);
             for (unsigned int side = 0; side < SIDES; ++side) {
-                double const angle = 2 * PI * side / SIDES;
+                double const angle = 2 * constants::d::PI * side / SIDES;
                 double const c = std::cos(angle);
                 double const s = std::sin(angle);
                 file << "v " << foot.x + r * c << ' ' << foot.y + height(t) << ' ' << foot.z + r * s << '\n';
@@ -177,13 +175,15 @@ bool writeRoom(std::string const& folder) {
 bool writeGlass(std::string const& folder) {
     Model model(folder + "/glass");
     model.addTurned(
-        {0.2, 0, 0.6}, [](double t) { return 1.25 * std::sin(PI * t); },
-        [](double t) { return 1.25 + 1.25 * std::cos(PI * t); });
+        {0.2, 0, 0.6}, [](double t) { return 1.25 * std::sin(constants::d::PI * t); },
+        [](double t) { return 1.25 + 1.25 * std::cos(constants::d::PI * t); });
     // A drop with a long neck.
     model.addTurned(
         {3.2, 0, -1.6},
-        [](double t) { return 0.95 * std::sin(PI * t) * (0.18 + 0.82 * std::pow(t, 1.6)) * 1.25; },
-        [](double t) { return 3.3 * (0.5 + 0.5 * std::cos(PI * t)); });
+        [](double t) {
+            return 0.95 * std::sin(constants::d::PI * t) * (0.18 + 0.82 * std::pow(t, 1.6)) * 1.25;
+        },
+        [](double t) { return 3.3 * (0.5 + 0.5 * std::cos(constants::d::PI * t)); });
     return model.isWritten();
 }
 

@@ -20,11 +20,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using Json = nlohmann::ordered_json;
+using OrderedJson = nlohmann::ordered_json;
 
 constexpr std::size_t LARGEST_FILE = std::size_t(1) << 20;  // bytes
 
-std::optional<int> sideOf(Json const& json, char const* name) {
+std::optional<int> sideOf(OrderedJson const& json, char const* name) {
     auto const found = json.find(name);
     if (found == json.end() || !found->is_number_integer()) {
         return std::nullopt;
@@ -59,7 +59,8 @@ std::optional<Fault> WindowSettings::load(std::string const& file) {
     std::string text(LARGEST_FILE + 1, '\0');
     stream.read(text.data(), static_cast<std::streamsize>(text.size()));
     text.resize(static_cast<std::size_t>(stream.gcount()));
-    Json const json = text.size() > LARGEST_FILE ? Json() : Json::parse(text, nullptr, false);
+    OrderedJson const json =
+        text.size() > LARGEST_FILE ? OrderedJson() : OrderedJson::parse(text, nullptr, false);
     if (!json.is_object()) {
         stored.clear();
         return Fault{path, "is damaged and not taken"};
@@ -76,7 +77,7 @@ std::optional<Fault> WindowSettings::load(std::string const& file) {
     recent.clear();
     auto const files = json.find("recent");
     if (files != json.end() && files->is_array()) {
-        for (Json const& entry : *files) {
+        for (OrderedJson const& entry : *files) {
             std::string const name = entry.is_string() ? entry.get<std::string>() : std::string();
             bool const isPath = fs::path(name).is_absolute() && name.find('\0') == std::string::npos;
             if (isPath && recent.size() < MOST_FILES) {
@@ -121,7 +122,7 @@ void WindowSettings::forget(std::string const& file) {
 }
 
 std::string WindowSettings::_text() const {
-    Json json = Json::object();
+    OrderedJson json = OrderedJson::object();
     if (width && height) {
         json["width"] = *width;
         json["height"] = *height;
@@ -129,7 +130,7 @@ std::string WindowSettings::_text() const {
     json["panel"] = hasPanel;
     json["recent"] = recent;
     // A name that is not UTF-8 cannot be written; what is put in its place leads nowhere.
-    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    return json.dump(2, ' ', false, OrderedJson::error_handler_t::replace) + "\n";
 }
 
 }  // namespace vellum::viewport

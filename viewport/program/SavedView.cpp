@@ -25,7 +25,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using Json = nlohmann::ordered_json;
+using OrderedJson = nlohmann::ordered_json;
 
 constexpr int VERSION = 1;
 constexpr std::size_t LARGEST = std::size_t(1) << 20;  // bytes; words of options are far fewer
@@ -53,7 +53,7 @@ std::string toFolder(fs::path const& folder, std::string const& file) {
 // == Reading ==
 
 /// A text without zeros, which would end a path; nothing for all else.
-std::optional<std::string> textOf(Json const& json) {
+std::optional<std::string> textOf(OrderedJson const& json) {
     std::string text;
     if (json.is_string()) {
         text = json.get<std::string>();
@@ -64,12 +64,12 @@ std::optional<std::string> textOf(Json const& json) {
     return isText ? std::optional<std::string>(text) : std::nullopt;
 }
 
-std::optional<std::string> readFiles(Json const& json, fs::path const& folder,
+std::optional<std::string> readFiles(OrderedJson const& json, fs::path const& folder,
                                      std::vector<std::string>& files) {
     if (!json.is_array()) {
         return "'files' is not a list";
     }
-    for (Json const& entry : json) {
+    for (OrderedJson const& entry : json) {
         std::optional<std::string> const file = entry.is_string() ? textOf(entry) : std::nullopt;
         if (!file) {
             return "'files' holds something other than a path";
@@ -79,7 +79,7 @@ std::optional<std::string> readFiles(Json const& json, fs::path const& folder,
     return std::nullopt;
 }
 
-std::optional<std::string> readOptions(Json const& json, fs::path const& folder,
+std::optional<std::string> readOptions(OrderedJson const& json, fs::path const& folder,
                                        std::vector<Configuration::Line>& lines) {
     constexpr std::size_t DASHES = 2;
     if (!json.is_object()) {
@@ -91,7 +91,7 @@ std::optional<std::string> readOptions(Json const& json, fs::path const& folder,
         if (name.compare(0, DASHES, "--") != 0 || name.size() == DASHES) {
             return "there is no option '" + name + "'";
         }
-        for (Json const& entry : value.is_array() ? value : Json::array({value})) {
+        for (OrderedJson const& entry : value.is_array() ? value : OrderedJson::array({value})) {
             std::optional<std::string> const word = textOf(entry);
             if (!word) {
                 return name + ": is neither a text nor a number, true or false";
@@ -102,7 +102,7 @@ std::optional<std::string> readOptions(Json const& json, fs::path const& folder,
     return std::nullopt;
 }
 
-std::optional<std::string> readView(Json const& json, fs::path const& folder, SavedView& view) {
+std::optional<std::string> readView(OrderedJson const& json, fs::path const& folder, SavedView& view) {
     if (!json.is_object() || !json.contains("version")) {
         return "is not a saved view";
     }
@@ -128,22 +128,22 @@ std::optional<std::string> readView(Json const& json, fs::path const& folder, Sa
 
 // == Writing ==
 
-Json toJson(fs::path const& folder, Options const& options) {
+OrderedJson toJson(fs::path const& folder, Options const& options) {
     auto const toThere = [&folder](std::string const& path) { return toFolder(folder, path); };
-    Json files = Json::array();
+    OrderedJson files = OrderedJson::array();
     for (std::string const& file : options.files) {
         files.push_back(toThere(file));
     }
     std::vector<OptionWord> const words = toWords(options);
     std::string const effect = options.effect ? nameOf(options.effect->values) : "";
-    Json saved = Json::object();
+    OrderedJson saved = OrderedJson::object();
     for (OptionWord const& option : words) {
         std::string const word = withPath(option, effect, toThere);
         // Some may be given several times.
         if (option.option == "--effect-param" || option.option == "--transform") {
             saved[option.option].push_back(word);
         } else {
-            saved[option.option] = word == "true" ? Json(true) : Json(word);
+            saved[option.option] = word == "true" ? OrderedJson(true) : OrderedJson(word);
         }
     }
     return {{"version", VERSION}, {"files", files}, {"options", saved}};
@@ -169,7 +169,7 @@ Result<SavedView> SavedView::read(std::string const& path) {
     if (text.size() > LARGEST) {
         return Fault{path, "is not a saved view: it is too large"};
     }
-    Json const json = Json::parse(text, nullptr, false);
+    OrderedJson const json = OrderedJson::parse(text, nullptr, false);
     if (json.is_discarded()) {
         return Fault{path, text.empty() ? "is empty" : "is damaged: it is not a complete JSON document"};
     }
@@ -186,7 +186,7 @@ std::optional<Fault> saveView(std::string const& path, Options const& options) {
     std::string text;
     try {
         text = toJson(fs::path(path).parent_path(), options).dump(2) + "\n";
-    } catch (Json::type_error const&) {
+    } catch (OrderedJson::type_error const&) {
         return Fault{path, "is not written: the name of a file is not UTF-8"};
     }
     return writeOutput(path, [&text](std::FILE* file) {

@@ -90,7 +90,7 @@ void drawThinCircles(Core_RL& layer, View view) {
     layer.popLineWidth();
 }
 
-void drawTapes(Core_RL& layer, View) {
+void drawTapesOfAxes(Core_RL& layer, View) {
     layer.renderAxesCircleTape3(0, 1, 2, AXES, 0.9F, 0.12F);
 }
 
@@ -117,7 +117,7 @@ Subject gizmos() {
                {"stippled arrows", octant, drawStippledArrows},
                {"stippled circles", round, drawStippledCircles},
                {"far half thin", round, drawThinCircles},
-               {"tapes", round, drawTapes},
+               {"tapes", round, drawTapesOfAxes},
                {"unit arrow", round, drawUnitArrow}}}}};
 }
 
