@@ -21,17 +21,18 @@ import machine
 
 SIZE = (1280, 720)
 
-# What the table calls the job, its file, more options of vl_viewport, and whether F3D reads it.
+# What the table calls the job, its file, more options of vl_viewport, and those of F3D or None where F3D does not read it.
 JOBS = [
-    ("4 triangles, OBJ", "small.obj", [], True),
-    ("1,000,000 triangles, PLY binary", "surface.ply", [], True),
-    ("1,000,000 triangles, PLY text", "surface_text.ply", [], True),
-    ("1,000,000 triangles, STL binary", "surface.stl", [], True),
-    ("1,000,000 triangles, OBJ", "surface.obj", [], True),
-    ("1,000,000 points, PLY binary", "points.ply", [], True),
-    ("1,000,000 points, LAMMPS dump", "points.lammpstrj", [], False),
-    ("100 frames of 10,000 points, LAMMPS dump, the last frame", "frames.lammpstrj", [], False),
-    ("100 frames of 10,000 points, LAMMPS dump, ten pictures", "frames.lammpstrj", ["--frames", "::10"], False),
+    ("4 triangles, OBJ", "small.obj", [], []),
+    ("1,000,000 triangles, PLY binary", "surface.ply", [], []),
+    ("1,000,000 triangles, PLY text", "surface_text.ply", [], []),
+    ("1,000,000 triangles, STL binary", "surface.stl", [], []),
+    ("1,000,000 triangles, OBJ", "surface.obj", [], []),
+    ("1,000,000 points, PLY binary", "points.ply", [], []),
+    ("1,000,000 spheres, PLY binary", "points.ply", ["--particles", "spheres"], ["--point-sprites", "--point-size=4"]),
+    ("1,000,000 points, LAMMPS dump", "points.lammpstrj", [], None),
+    ("100 frames of 10,000 points, LAMMPS dump, the last frame", "frames.lammpstrj", [], None),
+    ("100 frames of 10,000 points, LAMMPS dump, ten pictures", "frames.lammpstrj", ["--frames", "::10"], None),
 ]
 
 
@@ -66,15 +67,16 @@ def least(runs):
 
 def commands_of(job, options, pictures):
     """The command and the picture of each program for a job."""
-    name, file, words, is_for_f3d = job
+    name, file, words, f3d_words = job
     source = os.path.join(options.files, file)
     stem = re.sub(r"[^a-z0-9]+", "_", name.lower())
     count = "_%04d" if "--frames" in words else ""
     own = os.path.join(pictures, f"{stem}{count}.png")
     commands = {"vl_viewport": ([options.viewport, source, "--size", f"{SIZE[0]}x{SIZE[1]}", *words, "--out", own], own)}
-    if options.f3d and is_for_f3d:
+    if options.f3d and f3d_words is not None:
         other = os.path.join(pictures, f"{stem}_f3d.png")
-        commands["f3d"] = ([options.f3d, source, "--dry-run", f"--resolution={SIZE[0]},{SIZE[1]}", f"--output={other}"], other)
+        commands["f3d"] = ([options.f3d, source, "--dry-run", *f3d_words, f"--resolution={SIZE[0]},{SIZE[1]}", f"--output={other}"],
+                           other)
     return commands
 
 
