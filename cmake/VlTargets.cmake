@@ -60,14 +60,6 @@ function(vl_defaults target)
   endif()
 endfunction()
 
-# vl_unoptimized(source...): sources whose templates take long to optimize and gain nothing. With options of their own they are
-# not joined with others; where nothing is optimized, see VL_SANITIZE, they are.
-function(vl_unoptimized)
-  if(NOT VL_SANITIZE)
-    set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS -O0)
-  endif()
-endfunction()
-
 # vl_library(target): a shared library that exports what its export macro marks, nothing else.
 function(vl_library target)
   vl_defaults(${target})
