@@ -65,10 +65,10 @@ struct OutOfMemoryReport {
 };
 OutOfMemoryReport outOfMemoryReport;
 
-bool writeAll(int descriptor, std::vector<unsigned char> const& bytes) {
+bool writeAll(int descriptor, unsigned char const* bytes, std::size_t size) {
     std::size_t done = 0;
-    while (done < bytes.size()) {
-        ssize_t const count = ::write(descriptor, bytes.data() + done, bytes.size() - done);
+    while (done < size) {
+        ssize_t const count = ::write(descriptor, bytes + done, size - done);
         if (count < 0 && errno == EINTR) {
             continue;
         }
@@ -80,8 +80,15 @@ bool writeAll(int descriptor, std::vector<unsigned char> const& bytes) {
     return true;
 }
 
+/// Takes back the part of an outcome that has been written.
+bool takeBack(int descriptor) {
+    return ftruncate(descriptor, 0) == 0 && lseek(descriptor, 0, SEEK_SET) == 0;
+}
+
 [[noreturn]] void reportOutOfMemory() {
-    bool const sent = writeAll(outOfMemoryReport.descriptor, outOfMemoryReport.bytes);
+    std::vector<unsigned char> const& report = outOfMemoryReport.bytes;
+    bool const sent = takeBack(outOfMemoryReport.descriptor) &&
+                      writeAll(outOfMemoryReport.descriptor, report.data(), report.size());
     _exit(sent ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
@@ -156,21 +163,28 @@ void restrictProcess(ImportLimits const& limits) {
     std::set_new_handler(reportOutOfMemory);
     restrictProcess(limits);
 
-    std::vector<unsigned char> outcome;
+    bool isWhole = true;
+    std::string failure;
     try {
-        outcome = run.work();
+        run.work([result, &isWhole](void const* data, std::size_t size) {
+            isWhole = isWhole && writeAll(result, static_cast<unsigned char const*>(data), size);
+        });
     } catch (std::exception const& exception) {
-        outcome = run.encodeFault(std::string("the import failed: ") + exception.what());
+        failure = std::string("the import failed: ") + exception.what();
     } catch (...) {
-        outcome = run.encodeFault("the import failed");
+        failure = "the import failed";
     }
     // Neither destructors nor exit handlers: they belong to the parent.
-    if (writeAll(result, outcome)) {
+    if (failure.empty() && isWhole) {
         _exit(EXIT_SUCCESS);
     }
-    // The outcome itself is beyond the limit. The report takes its place.
-    bool const isEmpty = ftruncate(result, 0) == 0 && lseek(result, 0, SEEK_SET) == 0;
-    isEmpty ? reportOutOfMemory() : _exit(EXIT_FAILURE);
+    if (failure.empty()) {
+        // The outcome itself is beyond the limit. The report takes its place.
+        reportOutOfMemory();
+    }
+    bool const isEmpty = takeBack(result);
+    std::vector<unsigned char> const fault = run.encodeFault(failure);
+    _exit(isEmpty && writeAll(result, fault.data(), fault.size()) ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
 // == In the parent ==

@@ -33,12 +33,16 @@ public:
     NoChildren& operator=(NoChildren const&) = delete;
 };
 
+/// Takes the next bytes of an outcome, which need not outlive the call.
+using PutBytes = std::function<void(void const* data, std::size_t size)>;
+
 /// Work on a file that must not harm this process, and the way of its outcome as bytes.
 struct GuardedRun {
     std::string file;  ///< only named in faults
 
-    /// In the child: does the work and gives its outcome. An exception becomes a fault.
-    std::function<std::vector<unsigned char>()> work;
+    /// In the child: does the work and puts its outcome, each byte once, into memory that both processes have. An exception
+    /// becomes a fault, whatever has been put before.
+    std::function<void(PutBytes const& put)> work;
 
     /// In the child: a fault as an outcome.
     std::function<std::vector<unsigned char>(std::string const& message)> encodeFault;

@@ -28,14 +28,12 @@ std::size_t sizeOf(VL_Image const& image) {
     return std::size_t(image.width()) * image.height() * static_cast<std::size_t>(image.pixdepth() / 8);
 }
 
-std::vector<unsigned char> encode(VL_Image& image) {
+void encode(VL_Image& image, PutBytes const& put) {
     Header const header{image.width(), image.height(),
                         static_cast<std::uint32_t>(image.pixdepth() / image.bitdepth()),
                         static_cast<std::uint32_t>(image.bitdepth())};
-    std::vector<unsigned char> bytes(sizeof header + sizeOf(image));
-    std::memcpy(bytes.data(), &header, sizeof header);
-    std::memcpy(bytes.data() + sizeof header, pixelsOf(image), sizeOf(image));
-    return bytes;
+    put(&header, sizeof header);
+    put(pixelsOf(image), sizeOf(image));
 }
 
 bool decode(unsigned char const* bytes, std::size_t size, VL_Image& image) {
@@ -59,9 +57,11 @@ std::shared_ptr<VL_Image const> decodeGuarded(std::function<bool(VL_Image&)> con
                                               Progress const& progress) {
     auto const image = std::make_shared<VL_Image>();
     GuardedRun run;
-    run.work = [&decodePicture] {
+    run.work = [&decodePicture](PutBytes const& put) {
         VL_Image decoded;
-        return decodePicture(decoded) ? encode(decoded) : std::vector<unsigned char>();
+        if (decodePicture(decoded)) {
+            encode(decoded, put);
+        }
     };
     run.encodeFault = [](std::string const& /*message*/) { return std::vector<unsigned char>(); };
     run.take = [&image](unsigned char const* bytes, std::size_t size) -> std::optional<Fault> {

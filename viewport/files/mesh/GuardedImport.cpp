@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace vellum::viewport {
 
@@ -12,9 +13,14 @@ Result<MeshData> importGuarded(std::string const& file, std::function<Result<Mes
     MeshData imported;
     GuardedRun run;
     run.file = file;
-    run.work = [&import] {
+    run.work = [&import](PutBytes const& put) {
         Result<MeshData> const mesh = import();
-        return mesh.isOk() ? encodeMesh(mesh.value()) : encodeFault(mesh.fault().message);
+        if (mesh.isOk()) {
+            encodeMesh(mesh.value(), put);
+        } else {
+            std::vector<unsigned char> const fault = encodeFault(mesh.fault().message);
+            put(fault.data(), fault.size());
+        }
     };
     run.encodeFault = encodeFault;
     run.take = [&](unsigned char const* bytes, std::size_t size) -> std::optional<Fault> {

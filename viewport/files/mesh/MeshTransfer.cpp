@@ -63,26 +63,10 @@ Header makeHeader(Content const& content, std::string const& text) {
     return header;
 }
 
-/// Appends to a buffer of the right size, so that a mesh is held twice in memory and no more.
-class Writer {
-public:
-    explicit Writer(std::size_t size) { bytes.reserve(size); }
-
-    void put(void const* data, std::size_t size) {
-        unsigned char const* first = static_cast<unsigned char const*>(data);
-        bytes.insert(bytes.end(), first, first + size);
-    }
-
-    template <class T>
-    void put(std::vector<T> const& values) {
-        put(values.data(), values.size() * sizeof(T));
-    }
-
-    std::vector<unsigned char> take() { return std::move(bytes); }
-
-private:
-    std::vector<unsigned char> bytes;
-};
+template <class T>
+void putAll(PutBytes const& put, std::vector<T> const& values) {
+    put(values.data(), values.size() * sizeof(T));
+}
 
 /// Takes from a buffer whose size has been checked against all that will be taken.
 class Reader {
@@ -142,25 +126,25 @@ bool promisedSize(Header const& header, std::uint64_t& size) {
 /// Appends numbers and lists to bytes.
 class DetailWriter {
 public:
+    void put(void const* data, std::size_t size) {
+        unsigned char const* const first = static_cast<unsigned char const*>(data);
+        bytes.insert(bytes.end(), first, first + size);
+    }
+
     template <class T>
     void put(T const& value) {
-        _put(&value, sizeof value);
+        put(&value, sizeof value);
     }
 
     template <class List>
     void putList(List const& list) {
         put(static_cast<std::uint64_t>(list.size()));
-        _put(list.data(), list.size());
+        put(list.data(), list.size());
     }
 
     std::vector<unsigned char> take() { return std::move(bytes); }
 
 private:
-    void _put(void const* data, std::size_t size) {
-        unsigned char const* const first = static_cast<unsigned char const*>(data);
-        bytes.insert(bytes.end(), first, first + size);
-    }
-
     std::vector<unsigned char> bytes;
 };
 
@@ -325,7 +309,7 @@ bool decodeDetails(std::vector<unsigned char> const& bytes, MeshData& mesh) {
 
 }  // namespace
 
-std::vector<unsigned char> encodeMesh(MeshData const& mesh) {
+void encodeMesh(MeshData const& mesh, PutBytes const& put) {
     Header header = makeHeader(CONTENT_MESH, mesh.name);
     header.flags = (mesh.hasVertexColors ? HAS_VERTEX_COLORS : 0U) |
                    (mesh.textureCoordinates.empty() ? 0U : HAS_TEXTURE_COORDINATES) |
@@ -340,30 +324,26 @@ std::vector<unsigned char> encodeMesh(MeshData const& mesh) {
     header.pointCount = mesh.points.size();
     header.scalarCount = mesh.scalars.size();
 
-    std::uint64_t size = sizeof header;
-    promisedSize(header, size);
-    Writer writer(static_cast<std::size_t>(size));
-    writer.put(&header, sizeof header);
-    writer.put(mesh.name.data(), mesh.name.size());
-    writer.put(mesh.positions);
-    writer.put(mesh.triangles);
-    writer.put(mesh.normals);
-    writer.put(mesh.colors);
-    writer.put(mesh.textureCoordinates);
-    writer.put(mesh.triangleMaterials);
-    writer.put(mesh.lines);
-    writer.put(mesh.points);
+    put(&header, sizeof header);
+    put(mesh.name.data(), mesh.name.size());
+    putAll(put, mesh.positions);
+    putAll(put, mesh.triangles);
+    putAll(put, mesh.normals);
+    putAll(put, mesh.colors);
+    putAll(put, mesh.textureCoordinates);
+    putAll(put, mesh.triangleMaterials);
+    putAll(put, mesh.lines);
+    putAll(put, mesh.points);
     for (MeshScalar const& scalar : mesh.scalars) {
-        writer.put(scalar.values);
+        putAll(put, scalar.values);
     }
-    writer.put(details);
-    return writer.take();
+    putAll(put, details);
 }
 
 std::vector<unsigned char> encodeFault(std::string const& message) {
     Header const header = makeHeader(CONTENT_FAULT, message);
-    Writer writer(sizeof header + message.size());
-    writer.put(&header, sizeof header);
+    DetailWriter writer;
+    writer.put(header);
     writer.put(message.data(), message.size());
     return writer.take();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "viewport/files/common/GuardedRun.h"
 #include "viewport/files/mesh/MeshData.h"
 #include "viewport/text/Fault.h"
 
@@ -18,7 +19,8 @@
 /// trusts nothing all the same: the sender has just read a file that may have been made to harm it.
 namespace vellum::viewport {
 
-std::vector<unsigned char> encodeMesh(MeshData const& mesh);
+/// Gives the bytes of a mesh to `put`, the large arrays as they lie in memory.
+void encodeMesh(MeshData const& mesh, PutBytes const& put);
 std::vector<unsigned char> encodeFault(std::string const& message);
 
 /// Reads the bytes of either function. A message becomes a fault about `file`. So does everything that is not

@@ -309,3 +309,22 @@ TEST(GuardedImport, noChildIsMadeWhileNoChildrenAreWanted) {
     ASSERT_TRUE(result.isOk()) << result.fault().line();
     EXPECT_EQ(result.value().partCount, 1U);
 }
+
+TEST(GuardedImport, aFaultTakesThePlaceOfWhatWasSentBefore) {
+    GuardedRun run;
+    run.file = "some.obj";
+    run.work = [](PutBytes const& put) {
+        put("sent", 4);
+        throw std::runtime_error("torn");
+    };
+    run.encodeFault = [](std::string const& message) {
+        return std::vector<unsigned char>(message.begin(), message.end());
+    };
+    std::string arrived;
+    run.take = [&arrived](unsigned char const* bytes, std::size_t size) -> std::optional<Fault> {
+        arrived.assign(bytes, bytes + size);
+        return std::nullopt;
+    };
+    EXPECT_FALSE(runGuarded(run, {ample, someMemory}).has_value());
+    EXPECT_EQ(arrived, "the import failed: torn");
+}

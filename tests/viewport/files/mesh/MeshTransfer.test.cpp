@@ -23,6 +23,15 @@ MeshData triangle() {
     return mesh;
 }
 
+std::vector<unsigned char> encoded(MeshData const& mesh) {
+    std::vector<unsigned char> bytes;
+    encodeMesh(mesh, [&bytes](void const* data, std::size_t size) {
+        auto const* const first = static_cast<unsigned char const*>(data);
+        bytes.insert(bytes.end(), first, first + size);
+    });
+    return bytes;
+}
+
 Result<MeshData> decode(std::vector<unsigned char> const& bytes) {
     return decodeMesh(bytes.data(), bytes.size(), "file.obj");
 }
@@ -52,7 +61,7 @@ TEST(MeshTransfer, aMeshComesBackAsItWas) {
         if (hasTexture) {
             sent.textureCoordinates = {{0, 0}, {1, 0}, {0, 0.5F}};
         }
-        Result<MeshData> const result = decode(encodeMesh(sent));
+        Result<MeshData> const result = decode(encoded(sent));
         ASSERT_TRUE(result.isOk()) << result.fault().line();
         MeshData const& mesh = result.value();
         EXPECT_EQ(mesh.name, "triangle.obj");
@@ -74,7 +83,7 @@ TEST(MeshTransfer, materialsComeBackAsTheyWere) {
     sent.materials[1].tint = {0.5F, 0.25F, 1, 1};
     sent.materials[1].textureBytes = {1, 2, 3};
     sent.triangleMaterials = {1};
-    std::vector<unsigned char> const whole = encodeMesh(sent);
+    std::vector<unsigned char> const whole = encoded(sent);
     Result<MeshData> const result = decode(whole);
     ASSERT_TRUE(result.isOk()) << result.fault().line();
     ASSERT_EQ(result.value().materials.size(), 2U);
@@ -94,7 +103,7 @@ TEST(MeshTransfer, materialsComeBackAsTheyWere) {
         }
     }
     sent.triangleMaterials = {2};
-    EXPECT_THAT(faultOf(encodeMesh(sent)), testing::HasSubstr("material that does not exist"));
+    EXPECT_THAT(faultOf(encoded(sent)), testing::HasSubstr("material that does not exist"));
 }
 
 TEST(MeshTransfer, allThatAMaterialSaysComesBack) {
@@ -116,7 +125,7 @@ TEST(MeshTransfer, allThatAMaterialSaysComesBack) {
     material.opacityTexture = "hole.png";
     material.emissionTexture = {"glow.png", {1, 2, 3, 4}, 1, 1, {6, 5, 4, 3, 2, 1}};
     sent.materials = {Material(), material};
-    Result<MeshData> const result = decode(encodeMesh(sent));
+    Result<MeshData> const result = decode(encoded(sent));
     ASSERT_TRUE(result.isOk()) << result.fault().line();
     ASSERT_EQ(result.value().materials.size(), 2U);
     EXPECT_FALSE(result.value().materials[0].specular.has_value());
@@ -152,7 +161,7 @@ TEST(MeshTransfer, linesPointsScalarsUpAndAnimationsComeBack) {
     sent.up = UpAxis::MINUS_X;
     sent.notes = {"a light is not drawn", ""};
     sent.animations = {{"walk", 2.5}};
-    std::vector<unsigned char> const whole = encodeMesh(sent);
+    std::vector<unsigned char> const whole = encoded(sent);
     Result<MeshData> const result = decode(whole);
     ASSERT_TRUE(result.isOk()) << result.fault().line();
     MeshData const& mesh = result.value();
@@ -182,7 +191,7 @@ TEST(MeshTransfer, noDamagedByteIsTrusted) {
     sent.animations = {{"walk", 2.5}};
     sent.materials.resize(1);
     sent.materials[0].texture = "skin.png";
-    std::vector<unsigned char> const whole = encodeMesh(sent);
+    std::vector<unsigned char> const whole = encoded(sent);
     for (std::size_t place = 0; place < whole.size(); ++place) {
         for (unsigned char const value : {0x00, 0x7F, 0xFF}) {
             Result<MeshData> const result = decode(with(whole, place, value));
@@ -199,7 +208,7 @@ TEST(MeshTransfer, aFaultComesBackWithTheFilesName) {
 }
 
 TEST(MeshTransfer, everyShorterOrLongerBufferIsRefused) {
-    std::vector<unsigned char> const whole = encodeMesh(triangle());
+    std::vector<unsigned char> const whole = encoded(triangle());
     for (std::size_t size = 0; size < whole.size(); ++size) {
         EXPECT_THAT(faultOf({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)}),
                     testing::HasSubstr("damaged"))
@@ -211,7 +220,7 @@ TEST(MeshTransfer, everyShorterOrLongerBufferIsRefused) {
 }
 
 TEST(MeshTransfer, absurdHeadersAreRefused) {
-    std::vector<unsigned char> const whole = encodeMesh(triangle());
+    std::vector<unsigned char> const whole = encoded(triangle());
     std::vector<unsigned char> const damaged[] = {
         with(whole, 0, 'x'),
         with(whole, contentOffset, std::uint32_t(3)),
@@ -231,11 +240,11 @@ TEST(MeshTransfer, absurdHeadersAreRefused) {
 TEST(MeshTransfer, theContentIsChecked) {
     MeshData mesh = triangle();
     mesh.triangles[0].e1 = 3;
-    EXPECT_THAT(faultOf(encodeMesh(mesh)), testing::HasSubstr("out of range"));
+    EXPECT_THAT(faultOf(encoded(mesh)), testing::HasSubstr("out of range"));
     mesh = triangle();
     mesh.positions[0].x = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_THAT(faultOf(encodeMesh(mesh)), testing::HasSubstr("not a number"));
+    EXPECT_THAT(faultOf(encoded(mesh)), testing::HasSubstr("not a number"));
     mesh = triangle();
     mesh.triangles.clear();
-    EXPECT_THAT(faultOf(encodeMesh(mesh)), testing::HasSubstr("empty"));
+    EXPECT_THAT(faultOf(encoded(mesh)), testing::HasSubstr("empty"));
 }
