@@ -15,6 +15,10 @@ struct Tiling {
     /// Tiles of at most 1280 pixels along each side, as few as possible and as even as possible.
     static Tiling of(PictureSize const& size);
 
+    /// As many along both sides, so that they have nearly the shape of the picture: for drawings that are made in clip space,
+    /// as flat arrows, whose heads are as wide as the shape of the tile says.
+    static Tiling ofSameShape(PictureSize const& size);
+
     /// For drawings that differ from tile to tile, because they read the framebuffer or use its coordinates: the whole
     /// picture is one tile, if it has at most 4096 pixels on each side.
     static Tiling ofOneTile(PictureSize const& size);

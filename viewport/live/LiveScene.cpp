@@ -187,7 +187,7 @@ std::optional<Picture> LiveScene::labels(PictureSize const& size) {
 }
 
 Result<Picture> LiveScene::picture(PictureSize const& size) {
-    TiledPicture const tiled(size, asked.effect ? Tiling::ofOneTile(size) : Tiling::of(size));
+    TiledPicture const tiled(size, Presentation::tilingOf(asked, size));
     OffscreenContext::Settings settings = tiled.contextSettings();
     settings.isBesideCurrent = true;
     // A larger buffer would round places otherwise: its rows are counted from its other end.

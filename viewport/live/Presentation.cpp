@@ -11,6 +11,13 @@ Presentation::Presentation(toolkit::Layer& layer, Options const& options, Subjec
     layer.assumeFreeGpuMemory(options.gpuMemory);
 }
 
+Tiling Presentation::tilingOf(Options const& options, PictureSize const& size) {
+    if (options.effect) {
+        return Tiling::ofOneTile(size);
+    }
+    return options.particles.mode == ParticleMode::ARROWS ? Tiling::ofSameShape(size) : Tiling::of(size);
+}
+
 ViewStyle Presentation::styleOf(Options const& options, PictureOptions const& picture,
                                 Subject const& subject) {
     return {options.mesh,       ParticleStyle::of(subject.look, options.particles),

@@ -3,6 +3,7 @@
 #include "toolkit/Layer.h"
 #include "viewport/content/Content.h"
 #include "viewport/content/Options.h"
+#include "viewport/drawing/Tiling.h"
 #include "viewport/drawing/ViewStyle.h"
 #include "viewport/drawing/Viewer.h"
 #include "viewport/drawing/effects/EffectRenderer.h"
@@ -43,6 +44,9 @@ public:
 
     /// What the user is to know of what prepare() did; each only once, whatever the number of subjects.
     std::vector<Fault> takeNotes();
+
+    /// The tiles that a picture of this size is drawn in.
+    static Tiling tilingOf(Options const& options, PictureSize const& size);
 
     /// How a picture shows the subject.
     static ViewStyle styleOf(Options const& options, PictureOptions const& picture, Subject const& subject);

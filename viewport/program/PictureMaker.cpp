@@ -9,7 +9,7 @@ namespace vellum::viewport {
 namespace {
 
 TiledPicture tiledPicture(Options const& options, PictureSize const& size) {
-    return {size, options.effect ? Tiling::ofOneTile(size) : Tiling::of(size)};
+    return {size, Presentation::tilingOf(options, size)};
 }
 
 }  // namespace

@@ -24,6 +24,13 @@ TEST(Tiling, tilesAreFewAndEven) {
     EXPECT_EQ(Tiling::of({3840, 2160}).height, 1080);
 }
 
+TEST(Tiling, tilesOfTheSameShapeAreAsManyAlongBothSides) {
+    EXPECT_EQ(Tiling::ofSameShape({1280, 720}).height, 720);
+    EXPECT_EQ(Tiling::ofSameShape({1920, 1080}).width, 960);
+    EXPECT_EQ(Tiling::ofSameShape({1920, 1080}).height, 540);
+    EXPECT_EQ(Tiling::ofSameShape({16384, 1}).height, 1);
+}
+
 TEST(Tiling, oneTileHoldsPicturesOfUpTo4096PixelsPerSide) {
     for (PictureSize const& size : {PictureSize{1, 1}, PictureSize{1280, 720}, PictureSize{4096, 4096}}) {
         Tiling const tiling = Tiling::ofOneTile(size);
