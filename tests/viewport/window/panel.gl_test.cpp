@@ -114,6 +114,34 @@ TEST_F(Window_panel_gl_test, widgetsOfTheViewAreItsOptions) {
     expectScene({"--no-grid", "--no-axes", "--light", "40,40", "--view", "left", "--sizes"});
 }
 
+TEST_F(Window_panel_gl_test, theBackgroundsColorIsPicked) {
+    start({cube, "--no-grid"});
+    closeSections({"Data", "Meshes"});
+    // The field is a square in front of its label; its colors open beside it.
+    pressLeftOf("Below", 12);
+    Point const field = find("Below");
+    window->click(1, {field.x + 40, field.y + 60});
+    window->click(1, {PANEL / 2, height - STATUS - 20});
+    std::string const view = savedView(*window);
+    std::smatch found;
+    ASSERT_TRUE(
+        std::regex_search(view, found, std::regex("\"--background\": *\"([0-9a-f]{6},[0-9a-f]{6})\"")))
+        << view;
+    expectScene({"--background", found[1]});
+}
+
+TEST_F(Window_panel_gl_test, thePictureIsSavedWithItsButton) {
+    start({cube, "--no-grid"});
+    closeSections({"Data", "Meshes", "View"});
+    press("Picture");
+    press("Own size");
+    enter("Pixels", "300");
+    press("Transparent");
+    press("Save");
+    std::string const file = folder.file("picture.png");
+    EXPECT_TRUE(window->waitUntil([&](Picture const&) { return Picture::loadPng(file).isOk(); }));
+}
+
 TEST_F(Window_panel_gl_test, numbersOfAnObjectAreTyped) {
     start({cube, "--no-grid"});
     closeSections({"Data", "Meshes", "View"});

@@ -91,12 +91,13 @@ void ViewSection::_drawCamera(PanelContext& context) const {
 
 void ViewSection::_drawSurroundings(PictureOptions& picture) {
     Background& background = picture.background;
-    if (colorField("Above", background.top, "--background TOP,BOTTOM")) {
-        background.isTransparent = false;
-    }
+    bool isChanged = colorField("Above", background.top, "--background TOP,BOTTOM");
     ImGui::SameLine();
-    if (colorField("Below", background.bottom, "--background TOP,BOTTOM")) {
+    isChanged = colorField("Below", background.bottom, "--background TOP,BOTTOM") || isChanged;
+    if (isChanged) {
         background.isTransparent = false;
+        roundAsOption(background.top);
+        roundAsOption(background.bottom);
     }
     ImGui::SameLine();
     ImGui::AlignTextToFramePadding();
@@ -110,14 +111,14 @@ void ViewSection::_drawSurroundings(PictureOptions& picture) {
     if (picture.light) {
         auto azimuth = static_cast<float>(picture.light->azimuth);
         auto elevation = static_cast<float>(picture.light->elevation);
-        bool isChanged =
+        bool isTurned =
             ImGui::SliderFloat("Azimuth", &azimuth, -360, 360, "%.4g\xC2\xB0", ImGuiSliderFlags_AlwaysClamp);
         hint("--light AZ,EL: 0 in front, 90 from the right");
-        isChanged = ImGui::SliderFloat("Elevation", &elevation, -90, 90, "%.4g\xC2\xB0",
-                                       ImGuiSliderFlags_AlwaysClamp) ||
-                    isChanged;
+        isTurned = ImGui::SliderFloat("Elevation", &elevation, -90, 90, "%.4g\xC2\xB0",
+                                      ImGuiSliderFlags_AlwaysClamp) ||
+                   isTurned;
         hint("--light AZ,EL: above the horizon");
-        if (isChanged) {
+        if (isTurned) {
             picture.light = LightSpec{static_cast<double>(azimuth), static_cast<double>(elevation)};
         }
     }

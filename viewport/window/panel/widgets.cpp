@@ -1,5 +1,6 @@
 #include "viewport/window/panel/widgets.h"
 
+#include <cmath>
 #include <filesystem>
 #include <system_error>
 
@@ -44,9 +45,18 @@ bool checkBox(char const* label, bool& value, char const* what) {
     return isChanged;
 }
 
+void roundAsOption(Color4<float>& color) {
+    for (float* const part : {&color.r, &color.g, &color.b}) {
+        *part = std::round(*part * 255.0F) / 255.0F;
+    }
+}
+
 bool colorField(char const* label, Color4<float>& color, char const* what) {
     bool const isChanged =
         ImGui::ColorEdit3(label, &color.r, ImGuiColorEditFlags_NoInputs | ImGuiColorEditFlags_NoTooltip);
+    if (isChanged) {
+        roundAsOption(color);
+    }
     hint(what);
     return isChanged;
 }

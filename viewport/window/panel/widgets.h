@@ -29,6 +29,9 @@ bool sectionHeader(char const* label, bool isOpenFirst);
 /// The same as ImGui's, with a hint.
 bool checkBox(char const* label, bool& value, char const* what);
 
+/// Makes a color one that an option can say, so that what is saved looks the same.
+void roundAsOption(Color4<float>& color);
+
 /// Red, green and blue; a click opens the whole editor.
 bool colorField(char const* label, Color4<float>& color, char const* what);
 
