@@ -15,7 +15,7 @@ namespace vellum::viewport {
 class FramedPoints {
 public:
     FramedPoints() = default;
-    FramedPoints(std::vector<Vector3<double>> points);  // any list of points is one
+    FramedPoints(std::vector<Vector3<double>> framed);  // any list of points is one
 
     std::vector<Vector3<double>> const& all() const { return points; }
 
