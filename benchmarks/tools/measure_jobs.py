@@ -29,7 +29,7 @@ JOBS = [
     ("1,000,000 triangles, STL binary", "surface.stl", [], []),
     ("1,000,000 triangles, OBJ", "surface.obj", [], []),
     ("1,000,000 points, PLY binary", "points.ply", [], []),
-    ("1,000,000 spheres, PLY binary", "points.ply", ["--particles", "spheres"], ["--point-sprites", "--point-size=4"]),
+    ("1,000,000 spheres, PLY binary", "points.ply", ["--particles", "spheres"], ["--point-sprites"]),
     ("1,000,000 points, LAMMPS dump", "points.lammpstrj", [], None),
     ("100 frames of 10,000 points, LAMMPS dump, the last frame", "frames.lammpstrj", [], None),
     ("100 frames of 10,000 points, LAMMPS dump, ten pictures", "frames.lammpstrj", ["--frames", "::10"], None),
