@@ -43,8 +43,8 @@ inline void makeGrid(Mesh& mesh, unsigned int squares, float crease) {
     mesh.workNormals(crease);
 }
 
-/// A context with a grid in buffers. The viewport is small, so that the cost of a frame is the work on the triangles.
-/// A benchmark program has one, which its first benchmark makes.
+/// A context with a grid in buffers. The viewport is small, so that the cost of a frame is the work on the
+/// triangles. A benchmark program has one, which its first benchmark makes.
 template <class Layer>
 class GridScene {
 public:

@@ -16,8 +16,9 @@ namespace vellum {
 ///     ... draw ...
 ///     write(context.readPixels());
 ///
-/// It is current in the constructing thread from construction to destruction, unless it is released or another context is
-/// made current. Not for drawing into a window, but for pictures of what a window shows: Settings::isBesideCurrent.
+/// It is current in the constructing thread from construction to destruction, unless it is released or
+/// another context is made current. Not for drawing into a window, but for pictures of what a window shows:
+/// Settings::isBesideCurrent.
 class OffscreenContext {
 public:
     struct Settings {
@@ -28,8 +29,8 @@ public:
         /// Ask the driver to report errors at the call that raises them, see takeErrors().
         bool debug = false;
 
-        /// Share textures, buffers and programs with the EGL context that is current at construction, as of a window, and
-        /// make that one current again in the end. Without such a context none is made.
+        /// Share textures, buffers and programs with the EGL context that is current at construction, as of a
+        /// window, and make that one current again in the end. Without such a context none is made.
         bool isBesideCurrent = false;
     };
 
@@ -54,12 +55,12 @@ public:
     /// refuses.
     bool makeCurrent();
 
-    /// Makes none current in the calling thread, where this one is, so that another thread may make it current. False when
-    /// the driver refuses.
+    /// Makes none current in the calling thread, where this one is, so that another thread may make it
+    /// current. False when the driver refuses.
     bool release();
 
-    /// Makes current again what was current at construction, as for Settings::isBesideCurrent. False when the driver
-    /// refuses, and where nothing was.
+    /// Makes current again what was current at construction, as for Settings::isBesideCurrent. False when the
+    /// driver refuses, and where nothing was.
     bool makeFormerCurrent();
 
     /// What was drawn: width * height * 4 bytes, red green blue alpha, top row first. Waits for the drawing.
@@ -67,8 +68,8 @@ public:
     /// State: none is left changed.
     std::vector<unsigned char> readPixels() const;
 
-    /// The same of a part: width * height * 4 bytes, from the pixel in this column and this row, counted from the top. The part
-    /// must lie within the buffer. It costs as little as it is small.
+    /// The same of a part: width * height * 4 bytes, from the pixel in this column and this row, counted from
+    /// the top. The part must lie within the buffer. It costs as little as it is small.
     std::vector<unsigned char> readPixels(int left, int top, int width, int height) const;
 
     /// True when the driver reports errors as asked for with Settings::debug.

@@ -26,7 +26,8 @@ constexpr double LARGEST_ANGLE = 170;
 // GLU squares lengths in single precision, whose range ends at 1e38.
 constexpr double LARGEST = 1e15;
 constexpr double SMALLEST = 1e-15;
-// Of the position: drivers take the sides of a box in single precision, and a box of no width is an error of GL.
+// Of the position: drivers take the sides of a box in single precision, and a box of no width is an error of
+// GL.
 constexpr double SMALLEST_PART = 1e-6;
 
 constexpr double SLACK = 0.01;  // keeps the outermost points from being cut by rounding
@@ -211,7 +212,8 @@ void CameraController::update(Viewport const& newViewport) {
         double const aside = dot(middle, axes.right);
         camera.panX = static_cast<float>(-aside);
         camera.panY = static_cast<float>(-dot(middle, axes.up) * aspect);
-        // The width of a narrow viewport is smaller than the height, which alone is kept above the smallest part.
+        // The width of a narrow viewport is smaller than the height, which alone is kept above the smallest
+        // part.
         double const halfWidth = std::max(halfHeight * aspect, SMALLEST_PART * std::abs(aside));
         camera.zoom = static_cast<float>(std::log(halfWidth));
     }

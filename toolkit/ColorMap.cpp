@@ -9,8 +9,8 @@ namespace vellum::toolkit {
 
 namespace {
 
-// Evenly spaced, each as 0xRRGGBB. There are more where the colors change fast. The authors of the published maps have
-// put their tables into the public domain or under a license as free.
+// Evenly spaced, each as 0xRRGGBB. There are more where the colors change fast. The authors of the published
+// maps have put their tables into the public domain or under a license as free.
 constexpr unsigned int VIRIDIS[] = {0x440154, 0x471568, 0x482878, 0x443A83, 0x3E4A89, 0x38598D, 0x31688E,
                                     0x2B758E, 0x26828E, 0x20908C, 0x1F9E89, 0x26AB83, 0x35B779, 0x4DC36B,
                                     0x6DCD59, 0x8FD642, 0xB4DE2C, 0xDCE31F, 0xFDE725};
@@ -38,7 +38,8 @@ constexpr unsigned int COOLWARM[] = {0x3B4CC0, 0x4D68D7, 0x6282EA, 0x779AF7, 0x8
                                      0xB8D0F9, 0xCCD9EE, 0xDDDDDD, 0xECD3C5, 0xF5C4AD, 0xF7B194,
                                      0xF49A7B, 0xEC7F63, 0xDE604D, 0xCB3E38, 0xB40426};
 
-// Computed in CIELAB, where equal steps of lightness look equal: the lightness is linear, hue and chroma change smoothly.
+// Computed in CIELAB, where equal steps of lightness look equal: the lightness is linear, hue and chroma
+// change smoothly.
 constexpr unsigned int GLACIER[] = {0x0B1D47, 0x032858, 0x003365, 0x003F70, 0x014B7C, 0x025788, 0x016494,
                                     0x0071A0, 0x017EAC, 0x028BB8, 0x0299C4, 0x1CA6CD, 0x41B3D3, 0x5EBFD9,
                                     0x79CBDE, 0x93D7E3, 0xAEE2E9, 0xCAEDEF, 0xE6F7F7};

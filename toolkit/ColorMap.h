@@ -19,7 +19,8 @@ struct VL_TOOLKIT_EXPORT ColorMap {
     Color4<float> undefined{0.5F, 0.5F, 0.5F, 1};     ///< of values that are not a number
 
     /// The color of a place in the range.
-    /// \param t 0 at the low end, 1 at the high one. Below 0 the first color, above 1 `above`, for NaN `undefined`.
+    /// \param t 0 at the low end, 1 at the high one. Below 0 the first color, above 1 `above`, for NaN
+    /// `undefined`.
     Color4<float> at(double t) const;
 
     /// A map by its name; another name gives "viridis". Above the range they are white, "gray" is red.

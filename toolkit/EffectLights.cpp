@@ -54,7 +54,8 @@ void setEffectLights(Mesh_RL_Shader const& effect, EffectLights const& lights, V
                      EffectSubject const& subject) {
     bool const isClipSpace = dynamic_cast<SSScattering_shader const*>(&effect) != nullptr;
     Frame const frame = isClipSpace ? clipFrame(view, subject) : eyeFrame(view, subject);
-    // The screen's axes in eye space: there some projections turn the screen, those of the orthographic cameras.
+    // The screen's axes in eye space: there some projections turn the screen, those of the orthographic
+    // cameras.
     ScreenAxes const screen = View{view.projection, Matrix4<double>::identity(), view.viewport}.axes();
     auto const source = [&](EffectLight const& light) {
         Point const p = convert<double>(light.place);

@@ -14,7 +14,8 @@ struct EffectLight {
     Color4<float> color{1, 1, 1, 1};  ///< 0 to 100; the opacity is ignored
 };
 
-/// The lights of an effect: the usual main light from the upper left, and one from behind that the effect may use.
+/// The lights of an effect: the usual main light from the upper left, and one from behind that the effect may
+/// use.
 struct EffectLights {
     unsigned int count = 1;  ///< how many of them shine, 1 or 2; to be told to the effect by its setNLights()
     EffectLight first{{-2, 3, 2.5F}};
@@ -29,15 +30,14 @@ struct EffectSubject {
 
 /// Places lights 0 and 1 so that they suit an effect.
 ///
-/// Most effects look for them in eye space, where they do not fade. SSScattering_shader looks for them in clip space and
-/// lets them fade with the distance, so that lights at their true places either burn the material to white or leave it
-/// black: it gets lights far away, ten times as strong.
+/// Most effects look for them in eye space, where they do not fade. SSScattering_shader looks for them in
+/// clip space and lets them fade with the distance, so that lights at their true places either burn the
+/// material to white or leave it black: it gets lights far away, ten times as strong.
 ///
-/// To be called before drawWith(), with the matrices that the effect draws with. The lights stand still on the screen,
-/// whatever the view: in eye space, so that a model-view matrix that is changed for each object moves none of them.
-/// \param view with these matrices
-/// GL: glMatrixMode, glPushMatrix, glLoadIdentity, the calls of LightSource::set() x 2, glPopMatrix.
-/// State: parameters of lights 0 and 1; GL_MODELVIEW selected.
+/// To be called before drawWith(), with the matrices that the effect draws with. The lights stand still on
+/// the screen, whatever the view: in eye space, so that a model-view matrix that is changed for each object
+/// moves none of them. \param view with these matrices GL: glMatrixMode, glPushMatrix, glLoadIdentity, the
+/// calls of LightSource::set() x 2, glPopMatrix. State: parameters of lights 0 and 1; GL_MODELVIEW selected.
 VL_TOOLKIT_EXPORT void setEffectLights(Mesh_RL_Shader const& effect, EffectLights const& lights,
                                        View const& view, EffectSubject const& subject = {});
 

@@ -23,8 +23,9 @@ unsigned int Layer::getFreeGpuMemory() {
     return told != 0 ? told : availableMainMemory() / 2;
 }
 
-// Workaround: llvmpipe (Mesa 22.3) collects primitives in up to 64 scenes of 36 MB each while its rasterizer is behind: more
-// than 2 GB for ten million points. To wait for the rasterizer now and then takes no longer and keeps that small.
+// Workaround: llvmpipe (Mesa 22.3) collects primitives in up to 64 scenes of 36 MB each while its rasterizer
+// is behind: more than 2 GB for ten million points. To wait for the rasterizer now and then takes no longer
+// and keeps that small.
 void Layer::drawArrays(Primitive::type mode, unsigned long first, unsigned long count) {
     bool const isDivided =
         mode == Primitive::POINTS && waitingPoints + count > POINTS_AT_ONCE && _keepsPoints();

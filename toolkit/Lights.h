@@ -21,12 +21,11 @@ struct VL_TOOLKIT_EXPORT LightSource {
     void set(unsigned int index) const;
 };
 
-/// Sets two lights that stand with the viewer: the main one from the upper left, a fainter one from the right. Both sides
-/// of a face are lit, because the order of corners in files is unreliable.
-/// \param screen the screen's axes in the frame of the current model-view matrix.
-/// \param specular strength of the main light's highlights, 0 to 1.
-/// GL: the calls of LightSource::set() x 2, glLightModeli.
-/// State: parameters of lights 0 and 1, lighting of both sides of a face.
+/// Sets two lights that stand with the viewer: the main one from the upper left, a fainter one from the
+/// right. Both sides of a face are lit, because the order of corners in files is unreliable. \param screen
+/// the screen's axes in the frame of the current model-view matrix. \param specular strength of the main
+/// light's highlights, 0 to 1. GL: the calls of LightSource::set() x 2, glLightModeli. State: parameters of
+/// lights 0 and 1, lighting of both sides of a face.
 VL_TOOLKIT_EXPORT void setHeadLights(ScreenAxes const& screen, float specular);
 
 }  // namespace vellum::toolkit

@@ -13,17 +13,17 @@ namespace vellum::toolkit {
 ///         drawMesh(renderer, {});
 ///     }   // unlit again
 ///
-/// Lights count in paths without shaders only: particles drawn as points on the CPU path are lit like everything else
-/// and have no normals, so they are drawn outside of the scope. Effects light what they draw themselves.
+/// Lights count in paths without shaders only: particles drawn as points on the CPU path are lit like
+/// everything else and have no normals, so they are drawn outside of the scope. Effects light what they draw
+/// themselves.
 ///
-/// It goes through VL_Raster as that is at the beginning, which must exist as long as the scope. Scopes do not nest: the
-/// end of the inner one is dark.
-/// GL: NORMALIZE and color material, lights 0 and 1 and lighting on, in this order; then for a finish
-/// glLightModelfv, glMaterialfv, glMaterialf and glColorMaterial; then for a view glMatrixMode, glPushMatrix,
-/// glLoadMatrixd, the calls of setHeadLights() and glPopMatrix. At its end lighting, light 1, light 0 and color material
-/// off.
-/// State: normals are made unit length from now on; a finish changes ambient light and material for good, and a view the
-/// lights and the matrix mode, which is GL_MODELVIEW.
+/// It goes through VL_Raster as that is at the beginning, which must exist as long as the scope. Scopes do
+/// not nest: the end of the inner one is dark. GL: NORMALIZE and color material, lights 0 and 1 and lighting
+/// on, in this order; then for a finish glLightModelfv, glMaterialfv, glMaterialf and glColorMaterial; then
+/// for a view glMatrixMode, glPushMatrix, glLoadMatrixd, the calls of setHeadLights() and glPopMatrix. At its
+/// end lighting, light 1, light 0 and color material off. State: normals are made unit length from now on; a
+/// finish changes ambient light and material for good, and a view the lights and the matrix mode, which is
+/// GL_MODELVIEW.
 class VL_TOOLKIT_EXPORT Lit {
 public:
     enum class Finish {
@@ -32,8 +32,8 @@ public:
         BRIGHT  ///< for handles, whose colors must be recognizable on all sides
     };
 
-    /// With head lights for the view (setHeadLights()), whatever the model-view matrix is at this moment; the highlights
-    /// of orthographic views are left out, because their lighting is computed as seen from +z.
+    /// With head lights for the view (setHeadLights()), whatever the model-view matrix is at this moment; the
+    /// highlights of orthographic views are left out, because their lighting is computed as seen from +z.
     explicit Lit(View const& view, Finish finish = Finish::GLOSSY);
 
     explicit Lit(Finish finish);  ///< With the lights that are set.

@@ -90,8 +90,8 @@ public:
         std::swap(arrowShader, effects.arrows);
         setRenderMode(modeOf(mode));
         auto const magnitude = channel == ParticleChannel_v2::NONE ? Magnitude::MIN_COLOR : Magnitude::LENGTH;
-        // Workaround: llvmpipe has its buffers in main memory, where the particles are already, and draws no faster from them.
-        // A part of the particles is another one without a buffer.
+        // Workaround: llvmpipe has its buffers in main memory, where the particles are already, and draws no
+        // faster from them. A part of the particles is another one without a buffer.
         bool const isBuffered = percent < 100 || system.size() < MOST_FOR_LLVMPIPE || !isLlvmpipe();
         render(system, false, rebuild, 1, ramp.low, ramp.high, ramp.lowest, ramp.highest, ramp.above, size,
                channel, percent, isBuffered, true, magnitude);
@@ -154,8 +154,8 @@ bool isDrawable(ParticleSystem_v2 const& system, ParticleLook const& look) {
 /// Keeps the state that effects leave changed.
 class KeptState {
 public:
-    // Not by glPushAttrib. Workaround: Mesa 22.3 restores only what changed while the push was the innermost one (see
-    // docs/drivers.md), and effects change the color and the width inside a push of their own.
+    // Not by glPushAttrib. Workaround: Mesa 22.3 restores only what changed while the push was the innermost
+    // one (see docs/drivers.md), and effects change the color and the width inside a push of their own.
     explicit KeptState(ParticleMode mode) : hasLines(mode == ParticleMode::ARROWS) {
         glGetFloatv(GL_CURRENT_COLOR, color);
         if (hasLines) {
@@ -212,8 +212,8 @@ bool isFilledAlike(ParticleLook const& a, ParticleLook const& b) {
 
 }  // namespace
 
-/// What is drawn is one system as it is, or copies of its particles, one for each ramp; or particles with colors or
-/// sizes of their own; or solid arrows.
+/// What is drawn is one system as it is, or copies of its particles, one for each ramp; or particles with
+/// colors or sizes of their own; or solid arrows.
 class ParticleRenderer::Parts {
 public:
     Parts() = default;

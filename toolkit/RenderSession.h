@@ -12,8 +12,9 @@
 
 namespace vellum::toolkit {
 
-/// Everything that draws into one context, in an order that cannot be wrong: the render layer first, then effects and
-/// renderers, and all of it gone in reverse before the layer and, if the session is declared after it, the context.
+/// Everything that draws into one context, in an order that cannot be wrong: the render layer first, then
+/// effects and renderers, and all of it gone in reverse before the layer and, if the session is declared
+/// after it, the context.
 ///
 ///     Window window(...);                                       // a context, current
 ///     Mesh mesh;                                                // before the session: renderers refer to it
@@ -24,11 +25,11 @@ namespace vellum::toolkit {
 ///     ...
 ///                                                               // the session ends before mesh and window
 ///
-/// Several windows: a session for each context. VL_Raster is the session made last; call makeCurrent() after the
-/// window system has made another context current.
+/// Several windows: a session for each context. VL_Raster is the session made last; call makeCurrent() after
+/// the window system has made another context current.
 ///
-/// The context must be current when a session begins and when it ends. All calls must come from the thread of the
-/// context, except Core_RL::queueUnloadTextureColor().
+/// The context must be current when a session begins and when it ends. All calls must come from the thread of
+/// the context, except Core_RL::queueUnloadTextureColor().
 class VL_TOOLKIT_EXPORT RenderSession {
 public:
     /// Makes the render layer, with the depth test on. The layer's camera is camera().
@@ -38,9 +39,9 @@ public:
     /// With a layer of the application's own, a subclass of Layer; null: as above. GL: as above.
     explicit RenderSession(std::unique_ptr<Layer> layer);
 
-    /// Deletes what was added, the last first, then the queued textures and the layer. VL_Raster is null afterwards if
-    /// it was that layer.
-    /// GL: the calls of the destructors, glDeleteTextures for each queued texture.
+    /// Deletes what was added, the last first, then the queued textures and the layer. VL_Raster is null
+    /// afterwards if it was that layer. GL: the calls of the destructors, glDeleteTextures for each queued
+    /// texture.
     ~RenderSession();
 
     RenderSession(RenderSession const&) = delete;
@@ -65,12 +66,12 @@ public:
     /// A renderer of a mesh, with buffer objects if the driver has them. The mesh must outlive it.
     Mesh_RL_GL& addMeshRenderer(Mesh& mesh);
 
-    /// Deletes what add() made, earlier than the session's end; nothing else may use it any more. What was not made by
-    /// add() is left alone.
+    /// Deletes what add() made, earlier than the session's end; nothing else may use it any more. What was
+    /// not made by add() is left alone.
     void remove(void const* part);
 
-    /// Deletes the textures that other threads have dropped since the last call (Core_RL::queueUnloadTextureColor()).
-    /// To be called once a frame. GL: glDeleteTextures for each.
+    /// Deletes the textures that other threads have dropped since the last call
+    /// (Core_RL::queueUnloadTextureColor()). To be called once a frame. GL: glDeleteTextures for each.
     void deleteQueuedTextures() { renderLayer->destroy_RL(); }
 
 private:

@@ -6,14 +6,15 @@
 
 namespace vellum::toolkit {
 
-/// Elements that lie one after the other in memory and belong to somebody else, read only: an array, a `std::vector`, a
-/// `std::array`, an `Array`, or a pointer and a count.
+/// Elements that lie one after the other in memory and belong to somebody else, read only: an array, a
+/// `std::vector`, a `std::array`, an `Array`, or a pointer and a count.
 ///
 ///     std::vector<Vector3<float>> points = ...;
 ///     setPositions(mesh, points);
 ///     setPositions(mesh, {pointer, count});
 ///
-/// The elements must stay where they are while the span is used; a span never outlives the call that it is passed to.
+/// The elements must stay where they are while the span is used; a span never outlives the call that it is
+/// passed to.
 template <class T>
 class Span {
 public:
@@ -22,8 +23,8 @@ public:
     /// \param data the first element; may be null if the count is 0.
     constexpr Span(T const* data, std::size_t size) : first(data), count(size) {}
 
-    /// From anything that has data() and size(), if its elements are of type T: elements of a derived type lie farther
-    /// apart than a span of their base would look for them.
+    /// From anything that has data() and size(), if its elements are of type T: elements of a derived type
+    /// lie farther apart than a span of their base would look for them.
     template <class Container,
               class Element =
                   std::remove_cv_t<std::remove_pointer_t<decltype(std::declval<Container const&>().data())>>,

@@ -34,17 +34,18 @@ struct StageReport {
     Replacement replacement;
 };
 
-/// The report as lines for people, each complete: "FILE:LINE: MESSAGE" for the messages, and last what is drawn
-/// instead. A stage without a file is named "the vertex stage" and so on, the program "the program of the stages".
-/// Control characters become '?', as drivers repeat texts of files.
+/// The report as lines for people, each complete: "FILE:LINE: MESSAGE" for the messages, and last what is
+/// drawn instead. A stage without a file is named "the vertex stage" and so on, the program "the program of
+/// the stages". Control characters become '?', as drivers repeat texts of files.
 VL_TOOLKIT_EXPORT std::string toText(StageReport const& report);
 
-/// The lines of a driver's log, each once. Understood are the forms "0:12(5): error: ...", "0(12) : error ..." and
-/// "ERROR: 0:12: ...".
+/// The lines of a driver's log, each once. Understood are the forms "0:12(5): error: ...", "0(12) : error
+/// ..." and "ERROR: 0:12: ...".
 VL_TOOLKIT_EXPORT std::vector<StageMessage> readStageLog(std::string const& log);
 
-/// What is wrong with a file that is to be the text of a stage, in one clause without its name; nothing where it suits. A
-/// stage is a plain file of text, not empty and at most 1 MiB large; directories, devices and pipes are faults.
+/// What is wrong with a file that is to be the text of a stage, in one clause without its name; nothing where
+/// it suits. A stage is a plain file of text, not empty and at most 1 MiB large; directories, devices and
+/// pipes are faults.
 VL_TOOLKIT_EXPORT std::optional<std::string> stageFileFault(std::string const& path);
 
 }  // namespace vellum::toolkit

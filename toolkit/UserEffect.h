@@ -26,19 +26,20 @@ struct StageFiles {
 ///     }
 ///     drawWith(effect, [&] { drawMesh(renderer, {}); });
 ///
-/// Whatever is wrong with the files, something is drawn: a stage that cannot be read or does not compile is replaced by
-/// one that passes everything on, or left out if it is a geometry stage that cannot be read or that the driver does not
-/// have; where the stages do not fit together, all of them are replaced. So is a vertex or geometry stage that sets no
-/// gl_FrontColor, if the fragment stage that would read it is the one that passes everything on: GL would draw it in an
-/// arbitrary color.
+/// Whatever is wrong with the files, something is drawn: a stage that cannot be read or does not compile is
+/// replaced by one that passes everything on, or left out if it is a geometry stage that cannot be read or
+/// that the driver does not have; where the stages do not fit together, all of them are replaced. So is a
+/// vertex or geometry stage that sets no gl_FrontColor, if the fragment stage that would read it is the one
+/// that passes everything on: GL would draw it in an arbitrary color.
 ///
-/// The variables, textures and other inputs are those of Custom_shader. The layer must be VL_Raster, and outlive the
-/// effect.
+/// The variables, textures and other inputs are those of Custom_shader. The layer must be VL_Raster, and
+/// outlive the effect.
 class VL_TOOLKIT_EXPORT UserEffect : public Custom_shader {
 public:
     explicit UserEffect(Layer& layer);  ///< GL: glGenTextures, eight times.
 
-    /// Reads the files and builds the program; also when they are the same as before, so that changed files count.
+    /// Reads the files and builds the program; also when they are the same as before, so that changed files
+    /// count.
     ///
     /// On a driver without shaders nothing is built, and the only report is about the program.
     /// \return one report for each stage that is not used as it is, or that the driver warns of

@@ -55,8 +55,8 @@ Matrix4<double> View::toClip() const {
 
 ScreenAxes View::axes() const {
     Matrix4<double> const clip = toClip();
-    // Depth grows straight away from the viewer. A projection that shows only a part of a larger picture adds a share of
-    // it to x, which does not turn the screen.
+    // Depth grows straight away from the viewer. A projection that shows only a part of a larger picture adds
+    // a share of it to x, which does not turn the screen.
     Point const away = normalized(gradient(clip, 2));
     Point const aside = gradient(clip, 0);
     Point const right = normalized(aside - away * dot(aside, away));
@@ -74,8 +74,9 @@ ScreenPoint View::project(Vector3<double> const& point) const {
 }
 
 Ray View::rayThrough(double x, double y) const {
-    // With r0, r1 and r3 the rows of the matrix to clip space, the points p at (u, v) have r0 p = u (r3 p) and
-    // r1 p = v (r3 p): the line in which two planes meet, on which the near plane r2 p = -r3 p marks the origin.
+    // With r0, r1 and r3 the rows of the matrix to clip space, the points p at (u, v) have r0 p = u (r3 p)
+    // and r1 p = v (r3 p): the line in which two planes meet, on which the near plane r2 p = -r3 p marks the
+    // origin.
     Matrix4<double> const clip = toClip();
     double const u = 2 * x / viewport.width - 1;
     double const v = 1 - 2 * y / viewport.height;

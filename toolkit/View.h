@@ -31,8 +31,8 @@ struct ScreenPoint {
     bool isInFront;  ///< false behind a perspective camera, where x and y mean nothing
 };
 
-/// What a frame is drawn with: both matrices and the viewport, as values. It is computed or read once for each frame and
-/// passed to everything that needs it, so that nothing has to ask GL again.
+/// What a frame is drawn with: both matrices and the viewport, as values. It is computed or read once for
+/// each frame and passed to everything that needs it, so that nothing has to ask GL again.
 ///
 ///     View const view = controls.load({0, 0, width, height});    // or View::current(), after other code has set GL up
 ///     Ray const ray = view.rayThrough(mouseX, mouseY);
@@ -48,14 +48,15 @@ struct VL_TOOLKIT_EXPORT View {
     static View current();
 
     /// Makes this the view of GL.
-    /// GL: glViewport, glMatrixMode and glLoadMatrixd x 2.  State: the viewport, both matrices; GL_MODELVIEW selected.
+    /// GL: glViewport, glMatrixMode and glLoadMatrixd x 2.  State: the viewport, both matrices; GL_MODELVIEW
+    /// selected.
     void load() const;
 
     /// From the world to clip space.
     Matrix4<double> toClip() const;
 
-    /// The screen's axes in the world. They are right for any projection that shows straight lines as straight, also for
-    /// one that shows only a part of a larger picture.
+    /// The screen's axes in the world. They are right for any projection that shows straight lines as
+    /// straight, also for one that shows only a part of a larger picture.
     ScreenAxes axes() const;
 
     bool isPerspective() const;

@@ -8,11 +8,13 @@
 #include <cmath>
 
 /// \file
-/// How far the arrows of drawParticles() reach, so that a view can frame them whole. Plain arithmetic: no GL calls.
+/// How far the arrows of drawParticles() reach, so that a view can frame them whole. Plain arithmetic: no GL
+/// calls.
 
 namespace vellum::toolkit {
 
-/// The shape of an arrow from its tail to its tip, in parts of its length: its head is a ring around the axis at most.
+/// The shape of an arrow from its tail to its tip, in parts of its length: its head is a ring around the axis
+/// at most.
 ///
 ///            width
 ///              |
@@ -24,9 +26,9 @@ struct ArrowShape {
     double width;  ///< of the head, from the axis
 
     static constexpr ArrowShape of(ParticleMode mode) {
-        // Lines: the back corners of the head lie a third of the length from the tail, 0.8 radians to either side on the
-        // screen; the more the arrow is foreshortened, the nearer they are to the tail. Solid: the base of the head is a
-        // square of 0.1332 at a third of the length from the tip.
+        // Lines: the back corners of the head lie a third of the length from the tail, 0.8 radians to either
+        // side on the screen; the more the arrow is foreshortened, the nearer they are to the tail. Solid:
+        // the base of the head is a square of 0.1332 at a third of the length from the tip.
         return mode == ParticleMode::SOLID_ARROWS ? ArrowShape{0.667, 0.667, 0.0943}
                                                   : ArrowShape{0, 0.2323, 0.2392};
     }

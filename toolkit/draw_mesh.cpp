@@ -188,8 +188,8 @@ void disableLightAndTexture() {
     glDisable(GL_TEXTURE_2D);
 }
 
-/// Moves surfaces back in depth. A wide line has the depth of its middle all across, so the surface under its rim must
-/// give way by half a line width of its slope; a pixel more is for the rasterizer.
+/// Moves surfaces back in depth. A wide line has the depth of its middle all across, so the surface under its
+/// rim must give way by half a line width of its slope; a pixel more is for the rasterizer.
 void moveSurfacesBack(float lineWidth) {
     constexpr float LEAST = 2;
     glEnable(GL_POLYGON_OFFSET_FILL);
@@ -366,8 +366,8 @@ void drawMesh(Mesh_RL_GL& renderer, MeshStyle const& style) {
     // The state stacks know nothing of what an application has set with GL itself, so GL keeps it.
     glPushAttrib(drawing.attributes());
     draw(drawing);
-    // Workaround: Mesa (22.3) takes the current color over when it is used, and glPopAttrib() overlooks one that waits:
-    // it came back later. A query makes it take it over.
+    // Workaround: Mesa (22.3) takes the current color over when it is used, and glPopAttrib() overlooks one
+    // that waits: it came back later. A query makes it take it over.
     float color[4];
     glGetFloatv(GL_CURRENT_COLOR, color);
     glPopAttrib();

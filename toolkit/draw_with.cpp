@@ -55,7 +55,8 @@ EffectScope::EffectScope(Mesh_RL_Shader& effect)
         shader->markDirty();
     }
     if (auto* const scattering = dynamic_cast<SSScattering_shader*>(&effect)) {
-        // It sends its values to a program that is in use, and does not take it into use itself, dirty or not.
+        // It sends its values to a program that is in use, and does not take it into use itself, dirty or
+        // not.
         scattering->enable(true);
     }
     effect.init();
@@ -72,15 +73,15 @@ EffectScope::~EffectScope() {
     current = outer;
 }
 
-// By queries and not by glPushAttrib(): drivers restore nested groups of attributes incompletely (docs/drivers.md), and
-// groups do not hold the program.
+// By queries and not by glPushAttrib(): drivers restore nested groups of attributes incompletely
+// (docs/drivers.md), and groups do not hold the program.
 void EffectScope::_save() {
     glGetIntegerv(GL_CURRENT_PROGRAM, &program);
     glGetIntegerv(GL_ACTIVE_TEXTURE, &activeUnit);
     glGetIntegerv(GL_MAX_COMBINED_TEXTURE_IMAGE_UNITS, &units);
     units = std::clamp(units, FEWEST_UNITS, UNITS);
-    // Backward, so that unit 0 is active in the end: effects bind textures to whatever unit is active, which could be
-    // one that is not restored.
+    // Backward, so that unit 0 is active in the end: effects bind textures to whatever unit is active, which
+    // could be one that is not restored.
     for (int i = units - 1; i >= 0; --i) {
         glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(i));
         glGetIntegerv(GL_TEXTURE_BINDING_2D, &textures[i]);

@@ -5,9 +5,9 @@
 
 namespace vellum::toolkit {
 
-/// Makes an effect current while it lives, and leaves GL as it was before: the program, the active texture unit, the 2-D
-/// textures of the first eight units, the texture environment of the first one, which lights are on, the current color,
-/// and what the effect itself restores.
+/// Makes an effect current while it lives, and leaves GL as it was before: the program, the active texture
+/// unit, the 2-D textures of the first eight units, the texture environment of the first one, which lights
+/// are on, the current color, and what the effect itself restores.
 ///
 /// drawWith() is the usual way to use it. Effect and render layer must outlive it.
 ///  - Setters of SSScattering_shader and Custom_shader leave their program in use. If it is that of the scope's own
@@ -21,10 +21,10 @@ namespace vellum::toolkit {
 /// GL: the layer's checkShaderSupport(); glGetIntegerv(GL_CURRENT_PROGRAM), (GL_ACTIVE_TEXTURE) and
 /// (GL_MAX_COMBINED_TEXTURE_IMAGE_UNITS); per unit from the last to the first glActiveTexture and
 /// glGetIntegerv(GL_TEXTURE_BINDING_2D); glGetTexEnviv, glIsEnabled per light, glGetFloatv(GL_CURRENT_COLOR);
-/// glUseProgram(0) if there is a program; the effect's create() if it is not created, Base_shader::enable(true) of a
-/// SSScattering_shader, init() and preprocess(). At its end postprocess(), cleanup(); per unit glActiveTexture
-/// and glBindTexture, glTexEnvi, glActiveTexture, glUseProgram, glDisable per light that was off, glColor4fv.
-/// State: none.
+/// glUseProgram(0) if there is a program; the effect's create() if it is not created,
+/// Base_shader::enable(true) of a SSScattering_shader, init() and preprocess(). At its end postprocess(),
+/// cleanup(); per unit glActiveTexture and glBindTexture, glTexEnvi, glActiveTexture, glUseProgram, glDisable
+/// per light that was off, glColor4fv. State: none.
 class VL_TOOLKIT_EXPORT EffectScope {
 public:
     /// The effect sends all of its values, as the viewport may have changed since the last time.
@@ -56,8 +56,8 @@ private:
 ///
 ///     drawWith(glass, [&] { drawMesh(renderer, {}); });
 ///
-/// What is seen through the effect must have been drawn before. The effect gets its light from lights 0 and 1; see
-/// setEffectLights(). Meshes are drawn with drawMesh() or the renderer's operations, without
+/// What is seen through the effect must have been drawn before. The effect gets its light from lights 0 and
+/// 1; see setEffectLights(). Meshes are drawn with drawMesh() or the renderer's operations, without
 /// MeshShadingFlags_ns::GPU_SHADER, which would begin a pass of its own.
 ///
 /// The state is restored also when `draw` throws.

@@ -18,9 +18,9 @@
 
 namespace vellum::toolkit {
 
-/// Sets the positions, channel "position". Particles are added or released at the end until there are as many as
-/// positions.
-/// \return false, and nothing changes, where the system's first channel is another one, or there are more than 2^32 - 1.
+/// Sets the positions, channel "position". Particles are added or released at the end until there are as many
+/// as positions. \return false, and nothing changes, where the system's first channel is another one, or
+/// there are more than 2^32 - 1.
 VL_TOOLKIT_EXPORT bool setPositions(ParticleSystem_v2& system, Span<Vector3<float>> positions);
 
 /// Sets the values of a channel, which is added where the system has none of this name.

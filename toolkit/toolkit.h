@@ -1,8 +1,8 @@
 #pragma once
 
 /// \file
-/// The toolkit in one include: what nearly every application writes on top of the library. It opens no windows and
-/// reads no files. It includes the library's whole interface and no GL header.
+/// The toolkit in one include: what nearly every application writes on top of the library. It opens no
+/// windows and reads no files. It includes the library's whole interface and no GL header.
 ///
 ///     vellum::toolkit::RenderSession session;                         // a context is current
 ///     vellum::Mesh_RL_GL& renderer = session.addMeshRenderer(mesh);

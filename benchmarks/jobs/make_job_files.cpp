@@ -1,5 +1,5 @@
-// Writes the files that the whole jobs read: one wavy surface in four formats, points in two, and a dump of many frames.
-// The same sizes give the same bytes in every run.
+// Writes the files that the whole jobs read: one wavy surface in four formats, points in two, and a dump of
+// many frames. The same sizes give the same bytes in every run.
 //
 //     vl_job_files FOLDER TRIANGLES POINTS FRAMES POINTS_OF_A_FRAME
 

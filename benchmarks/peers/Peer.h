@@ -14,7 +14,8 @@ constexpr double FIELD_DEGREES = 40;
 constexpr double NEAR_PLANE = 0.5;
 constexpr double FAR_PLANE = 10;
 
-/// A scene of one system, in the current context. Each system has a source with makePeer(), and shares the program.
+/// A scene of one system, in the current context. Each system has a source with makePeer(), and shares the
+/// program.
 class Peer {
 public:
     Peer() = default;

@@ -1,6 +1,7 @@
-// Question: how long is the processor busy with a frame of a million points or triangles, until the driver has all that it
-// needs? Asked of each system alike: one context, one camera, the same numbers. Mesa draws nothing (GALLIUM_NOOP).
-// The context is that of a hidden window on an X display: VTK and Coin of Debian 12 find only contexts of GLX.
+// Question: how long is the processor busy with a frame of a million points or triangles, until the driver
+// has all that it needs? Asked of each system alike: one context, one camera, the same numbers. Mesa draws
+// nothing (GALLIUM_NOOP). The context is that of a hidden window on an X display: VTK and Coin of Debian 12
+// find only contexts of GLX.
 //
 //     peer_X [OPTION of Google Benchmark...]
 //     peer_X --picture points|triangles FILE      draws on llvmpipe and writes a PPM instead; the background is black

@@ -1,4 +1,5 @@
-// OpenSceneGraph, as its user writes it: one osg::Geometry with vertex buffers, and the embedded window of osgViewer.
+// OpenSceneGraph, as its user writes it: one osg::Geometry with vertex buffers, and the embedded window of
+// osgViewer.
 
 #include "Peer.h"
 

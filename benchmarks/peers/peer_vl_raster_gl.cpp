@@ -1,4 +1,5 @@
-// This library, as its user writes it: Particles_RL_GL_v2 with its effect and buffers, Mesh_RL_GL with buffers.
+// This library, as its user writes it: Particles_RL_GL_v2 with its effect and buffers, Mesh_RL_GL with
+// buffers.
 
 #include "Peer.h"
 

@@ -1,5 +1,5 @@
-// VTK, as its user writes it: vtkPolyData in a vtkOpenGLPolyDataMapper, drawn by a vtkGenericOpenGLRenderWindow into the
-// context that is current.
+// VTK, as its user writes it: vtkPolyData in a vtkOpenGLPolyDataMapper, drawn by a
+// vtkGenericOpenGLRenderWindow into the context that is current.
 
 #include "Peer.h"
 

@@ -3,9 +3,10 @@
 //  - OwnPass: compared with the pass of the renderer (MeshShadingFlags_ns::GPU_SHADER), which restores less and sends
 //    only values that changed. No bound.
 //
-// Each answer is the median ratio of the CPU times of two frames that alternate in one run. Constant: the mesh, the
-// effect and its values, the driver and its context. The viewport is small, so that the cost of a frame is the work on
-// the triangles. The same with GALLIUM_NOOP=1 in the environment, where Mesa draws nothing, shows the calls alone.
+// Each answer is the median ratio of the CPU times of two frames that alternate in one run. Constant: the
+// mesh, the effect and its values, the driver and its context. The viewport is small, so that the cost of a
+// frame is the work on the triangles. The same with GALLIUM_NOOP=1 in the environment, where Mesa draws
+// nothing, shows the calls alone.
 
 #include "benchmarks/GridScene.h"
 #include "benchmarks/PairTiming.h"

@@ -3,8 +3,8 @@
 //  - StaticMesh: a frame of an unchanged mesh. Bound: at most 1.02.
 //  - MovingMesh: a frame whose positions have moved, so that their buffer is filled again. Bound: at most 1.02.
 //
-// Constant: the mesh (a wavy grid with vertex normals in buffers), the driver and its context, the shading. The
-// viewport is small, so that the cost of a frame is the work on the triangles.
+// Constant: the mesh (a wavy grid with vertex normals in buffers), the driver and its context, the shading.
+// The viewport is small, so that the cost of a frame is the work on the triangles.
 
 #include "benchmarks/GridScene.h"
 #include "benchmarks/PairTiming.h"

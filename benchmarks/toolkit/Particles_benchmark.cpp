@@ -4,12 +4,13 @@
 //  - moving particles, whose buffer is filled in every frame,
 //  - spheres of both kinds, fewer of them, compared with the direct call between the calls that make them round, written by hand.
 //
-// And what do colors and sizes of the particles' own cost, of six kinds as with elements, compared with drawParticles() of the
-// look above? Bound: at most 1.3 for moving particles.
+// And what do colors and sizes of the particles' own cost, of six kinds as with elements, compared with
+// drawParticles() of the look above? Bound: at most 1.3 for moving particles.
 //
-// Constant: the driver and its context, the particles, the look and the path. Both sides must draw the same image. The
-// viewport is small, so that the cost of a frame is the work on the particles. Calls shows in nanoseconds what a frame of
-// one particle costs, that is what drawParticles() adds to each frame; it has no bound.
+// Constant: the driver and its context, the particles, the look and the path. Both sides must draw the same
+// image. The viewport is small, so that the cost of a frame is the work on the particles. Calls shows in
+// nanoseconds what a frame of one particle costs, that is what drawParticles() adds to each frame; it has no
+// bound.
 
 #include "benchmarks/PairTiming.h"
 #include "benchmarks/sine_particles.h"
@@ -50,8 +51,8 @@ constexpr Color4<float> BLUE{0, 0, 1, 1};
 constexpr Color4<float> RED{1, 0, 0, 1};
 constexpr Color4<float> WHITE{1, 1, 1, 1};
 
-/// A frame by either side. The orthographic view shows a cube of side 2 in a square, where the effect's spheres need a
-/// projection whose depth suits their width, and else nothing.
+/// A frame by either side. The orthographic view shows a cube of side 2 in a square, where the effect's
+/// spheres need a projection whose depth suits their width, and else nothing.
 class Sides {
 public:
     Sides(unsigned int count, ParticleMode mode, bool isMoving) : isMoving(isMoving) {

@@ -1,5 +1,5 @@
-// Question: how fast is the text of a LAMMPS dump read into frames, on all cores? Bound: at least 300 MB/s for each core up to
-// two, of dumps in the order of the ids. VL_THREADS limits the cores.
+// Question: how fast is the text of a LAMMPS dump read into frames, on all cores? Bound: at least 300 MB/s
+// for each core up to two, of dumps in the order of the ids. VL_THREADS limits the cores.
 //
 // Constant: a million particles with the columns id type x y z vx vy vz, numbers of six digits as LAMMPS
 // writes them, in the page cache. One dump is in the order of the ids, one is not. Both sides read the text

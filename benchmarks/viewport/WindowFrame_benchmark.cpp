@@ -1,9 +1,11 @@
-// Question: what does a frame of the window cost the processor, beside its panel, while 4,000,000 particles and 1,000,000
-// triangles rest and the view is turned? Bound: at most 500 microseconds in the library, the program and the driver's front
-// end together. Mesa draws nothing (GALLIUM_NOOP), so that the time is the processor's in the calling thread.
+// Question: what does a frame of the window cost the processor, beside its panel, while 4,000,000 particles
+// and 1,000,000 triangles rest and the view is turned? Bound: at most 500 microseconds in the library, the
+// program and the driver's front end together. Mesa draws nothing (GALLIUM_NOOP), so that the time is the
+// processor's in the calling thread.
 //
-// And does the memory of the process grow from frame to frame? Bound: by less than a megabyte in 10,000 frames. Memory shows
-// that with a smaller scene that Mesa's rasterizer draws: told to draw nothing, Mesa keeps what it was sent.
+// And does the memory of the process grow from frame to frame? Bound: by less than a megabyte in 10,000
+// frames. Memory shows that with a smaller scene that Mesa's rasterizer draws: told to draw nothing, Mesa
+// keeps what it was sent.
 //
 // Constant: the driver and its context, the scene, which is read from two files.
 

@@ -6,7 +6,8 @@
 // Different: the library reads position and direction (and the color, if every arrow has one) and computes;
 // memcpy reads as many bytes as it writes.
 //
-// TwoThreads: how many times faster are one and a half million arrows with two threads than with one, on the wall?
+// TwoThreads: how many times faster are one and a half million arrows with two threads than with one, on the
+// wall?
 
 #include "benchmarks/PairTiming.h"
 

@@ -6,13 +6,15 @@
 // Particles take three paths: `buffer`; `chunks` and `memory`, with an effect and without, are taken where the driver does
 // not tell its free memory. These two send all particles with every frame, and so does the program by hand.
 //
-// Where a buffer of particles is refilled, both sides ask for a new store first, so that the frame before can still be drawn;
-// the driver's memory for it is part of the time. Buffers of meshes keep their stores on both sides.
+// Where a buffer of particles is refilled, both sides ask for a new store first, so that the frame before can
+// still be drawn; the driver's memory for it is part of the time. Buffers of meshes keep their stores on both
+// sides.
 //
-// Constant: the particles and triangles, the driver and its context, usage and sizes of buffers. Mesa draws nothing
-// (GALLIUM_NOOP), so the time is that of the processor in the caller, the library and the driver's front end. Times are
-// those of the fastest part on the wall, since the library may use several threads; CPU times of all threads stand beside
-// them. Mesa keeps what was sent until the process ends: run one benchmark per process, as scripts/bench does.
+// Constant: the particles and triangles, the driver and its context, usage and sizes of buffers. Mesa draws
+// nothing (GALLIUM_NOOP), so the time is that of the processor in the caller, the library and the driver's
+// front end. Times are those of the fastest part on the wall, since the library may use several threads; CPU
+// times of all threads stand beside them. Mesa keeps what was sent until the process ends: run one benchmark
+// per process, as scripts/bench does.
 
 #include "benchmarks/GridScene.h"
 #include "benchmarks/PairTiming.h"

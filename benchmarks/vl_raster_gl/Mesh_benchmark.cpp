@@ -11,8 +11,8 @@
 //    that is derived meanwhile (no bound).
 //
 // Constant: the mesh (a wavy grid), the driver and its context, usage and contents of the buffers. The
-// viewport is small, so that the cost of a frame is the work on the triangles. All work is on one core but that of
-// TwoThreads: how many times faster is a refill with two threads than with one, on the wall?
+// viewport is small, so that the cost of a frame is the work on the triangles. All work is on one core but
+// that of TwoThreads: how many times faster is a refill with two threads than with one, on the wall?
 
 #include "benchmarks/GridScene.h"
 #include "benchmarks/PairTiming.h"

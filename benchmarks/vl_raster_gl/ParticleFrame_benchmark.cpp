@@ -189,8 +189,8 @@ private:
     GLuint program;
 };
 
-/// Whether two pictures differ by more than a step of rounding in at most one pixel of a thousand: where spheres intersect,
-/// rounding decides which is in front.
+/// Whether two pictures differ by more than a step of rounding in at most one pixel of a thousand: where
+/// spheres intersect, rounding decides which is in front.
 bool areAlike(std::vector<unsigned char> const& a, std::vector<unsigned char> const& b) {
     std::size_t different = 0;
     for (std::size_t k = 0; k < a.size(); ++k) {

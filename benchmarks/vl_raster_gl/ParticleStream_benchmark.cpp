@@ -6,8 +6,8 @@
 //    memory that the system has still to give. Bound: at most 1.1.
 //  - Unchanged/N: a frame of N unchanged particles, in microseconds. Bound: 1.5 microseconds for every N.
 //
-// Mesa draws nothing (GALLIUM_NOOP). Constant: the driver and its context, the order of GL calls with all sizes, and the
-// particles. The program by hand makes the same calls.
+// Mesa draws nothing (GALLIUM_NOOP). Constant: the driver and its context, the order of GL calls with all
+// sizes, and the particles. The program by hand makes the same calls.
 
 #include "benchmarks/PairTiming.h"
 #include "benchmarks/sine_particles.h"

@@ -1,8 +1,9 @@
 #pragma once
 
 /// \file
-/// What debug builds know about objects that others refer to by pointer: render layers, meshes and effects. Not part of
-/// the interface. Without VL_CHECK_LIFETIMES, which debug builds define, nothing is kept and every object counts as alive.
+/// What debug builds know about objects that others refer to by pointer: render layers, meshes and effects.
+/// Not part of the interface. Without VL_CHECK_LIFETIMES, which debug builds define, nothing is kept and
+/// every object counts as alive.
 
 #include "foundation/export.h"
 

@@ -63,8 +63,8 @@ private:
     ArrayId id;
 };
 
-/// What a part of indices names: the largest of what `endOf(first, count)` gives for ranges of them. Asked in every frame
-/// of a mesh without buffers, so it takes no memory.
+/// What a part of indices names: the largest of what `endOf(first, count)` gives for ranges of them. Asked in
+/// every frame of a mesh without buffers, so it takes no memory.
 template <class EndOf>
 unsigned int largestEnd(unsigned int const* indices, std::size_t count, EndOf const& endOf) {
     constexpr std::size_t RANGE = 1 << 17;
@@ -211,7 +211,8 @@ void Mesh::workBox() {
     constexpr double FAR = HUGE_VAL;
     constexpr std::size_t RANGE = 1 << 15;
     Box3<double> box{{FAR, FAR, FAR}, {-FAR, -FAR, -FAR}};
-    // A comparison with what is not a number fails, so the box keeps what it had; of equal numbers it keeps the first.
+    // A comparison with what is not a number fails, so the box keeps what it had; of equal numbers it keeps
+    // the first.
     auto const grow = [](Box3<double>& box, Vector3<double> const& low, Vector3<double> const& high) {
         box.min = {low.x < box.min.x ? low.x : box.min.x, low.y < box.min.y ? low.y : box.min.y,
                    low.z < box.min.z ? low.z : box.min.z};

@@ -78,7 +78,8 @@ public:
     // == Filling ==
     // Each setter puts a copy of the values in the place of the array that the mesh had, and raises its
     // modified bit. An empty array counts as a missing one.
-    // Result: false when there is no memory for it, or there are more than MOST_TRIANGLES; then nothing changes.
+    // Result: false when there is no memory for it, or there are more than MOST_TRIANGLES; then nothing
+    // changes.
 
     bool setPositions(Array<Vector3<double>> const& values);
     bool setTriangles(Array<Tuple3<unsigned int>> const& values);        ///< Position indices.
@@ -89,8 +90,8 @@ public:
 
     /// Adds an array under a name, or replaces the one with the same name and the same bits under
     /// MeshArrayInf_ns::SEARCH_MASK. Renderers read texture coordinates (Vector2<float>), the triangles of a
-    /// texture channel (Tuple3<unsigned int>), points (Vector3<double>) and vectors (Color4<float>, x, y, z in
-    /// r, g, b).
+    /// texture channel (Tuple3<unsigned int>), points (Vector3<double>) and vectors (Color4<float>, x, y, z
+    /// in r, g, b).
     template <class T>
     bool addNamedArray(unsigned int const& bits, char const* name, Array<T> const& values) {
         return _addNamed(bits, name, VL_ArrayServer.create(values));
@@ -128,7 +129,8 @@ public:
     bool workFaceNormals();
 
     /// The adjacency, from the position indices that triangles have in common; linear time. Edges at which
-    /// more than two triangles meet are borders, and so are all edges of a triangle that names a vertex twice.
+    /// more than two triangles meet are borders, and so are all edges of a triangle that names a vertex
+    /// twice.
     bool workAdjacency();
 
     // == Reading ==
@@ -145,8 +147,8 @@ public:
     ArrayId const& normalTriangles() const { return normalTrianglesId; }  ///< Tuple3<unsigned int>
     ArrayId const& adjacency() const { return adjacencyId; }              ///< Tuple3<unsigned int>
 
-    /// The array of a name whose bits under MeshArrayInf_ns::SEARCH_MASK are exactly these; ARRAY_ID_NONE when
-    /// there is none. Names are compared byte for byte.
+    /// The array of a name whose bits under MeshArrayInf_ns::SEARCH_MASK are exactly these; ARRAY_ID_NONE
+    /// when there is none. Names are compared byte for byte.
     ArrayId namedArray(unsigned int const& bits, char const* name) const;
 
     /// Whether the arrays fit together: the first fault, or MeshFault_ns::NONE. Indices are looked through

@@ -12,8 +12,8 @@
 namespace vellum {
 
 /// The vertex normals that corners share. The first normal that is seen at a vertex has the vertex's index,
-/// so that a surface without hard edges has one normal for each vertex; the others follow behind. Normals are the same when
-/// their bits are: what is not a number then equals itself.
+/// so that a surface without hard edges has one normal for each vertex; the others follow behind. Normals are
+/// the same when their bits are: what is not a number then equals itself.
 class SharedNormals {
 public:
     explicit SharedNormals(unsigned int vertexCount)

@@ -8,7 +8,8 @@ namespace vellum {
 
 namespace {
 
-/// Into how many ranges of vertices the work is split. Each range looks at all triangles: more would cost more than they gain.
+/// Into how many ranges of vertices the work is split. Each range looks at all triangles: more would cost
+/// more than they gain.
 std::size_t rangeCount(std::size_t indexCount) {
     constexpr std::size_t FEW_INDICES = std::size_t(1) << 15;
     constexpr int MOST_RANGES = 8;

@@ -5,9 +5,10 @@
 
 namespace vellum {
 
-/// By vertex, the corners of triangles that lie there: corner k of triangle t has the number 3 t + k. They stand in rising
-/// order, so that what is summed over them has the same bits as a loop over all triangles gives. Not for applications: Mesh
-/// derives from it what belongs to vertices and edges, each vertex by itself and therefore on all cores.
+/// By vertex, the corners of triangles that lie there: corner k of triangle t has the number 3 t + k. They
+/// stand in rising order, so that what is summed over them has the same bits as a loop over all triangles
+/// gives. Not for applications: Mesh derives from it what belongs to vertices and edges, each vertex by
+/// itself and therefore on all cores.
 ///
 ///     VertexCorners const corners(triangles, triangleCount, vertexCount);
 ///     for (unsigned int const* corner = corners.begin(v); corner != corners.end(v); ++corner) ...

@@ -104,7 +104,8 @@ public:
                unsigned int* firsts)
         : table(positions, expected), hashes(hashes), firsts(firsts) {}
 
-    /// The table is larger than the caches, so the slots of some positions are on the way while others are looked at.
+    /// The table is larger than the caches, so the slots of some positions are on the way while others are
+    /// looked at.
     void take(unsigned int index) {
         table.prefetch(hashes[index]);
         waiting[count++] = index;

@@ -101,8 +101,8 @@ Vector3<double> weighted(Face const* faces, unsigned int corner) {
     return face.normal * face.angles[corner % 3];
 }
 
-/// Sets of corners (3 t + k) that share a normal. All corners of a set are at one vertex, so the sets of different vertices may
-/// be found at the same time.
+/// Sets of corners (3 t + k) that share a normal. All corners of a set are at one vertex, so the sets of
+/// different vertices may be found at the same time.
 class CornerSets {
 public:
     explicit CornerSets(std::size_t count) : parents(new unsigned int[count]) {}

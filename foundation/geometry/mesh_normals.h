@@ -8,8 +8,8 @@
 #include <vector>
 
 /// \file
-/// The normals of a mesh, as Mesh::workNormals() describes them, on all cores. Sums are taken in the order of the triangles,
-/// so that the bits do not depend on the number of threads.
+/// The normals of a mesh, as Mesh::workNormals() describes them, on all cores. Sums are taken in the order of
+/// the triangles, so that the bits do not depend on the number of threads.
 
 namespace vellum {
 
@@ -31,11 +31,10 @@ void fillFaceNormals(Surface const& surface, Color4<float>* faceNormals);
 std::vector<Vector3<float>> sumAroundVertices(Surface const& surface, VertexCorners const& corners,
                                               Color4<float>* faceNormals);
 
-/// One normal for each set of corners at a vertex that no hard edge divides. The first set at a vertex has the vertex's index,
-/// later ones follow behind in the order of their first corners.
-/// \param adjacency three entries for each triangle, below 4 * count or none; it need not be that of these triangles
-/// \param normalTriangles filled: three indices of normals for each triangle
-/// \return the normals
+/// One normal for each set of corners at a vertex that no hard edge divides. The first set at a vertex has
+/// the vertex's index, later ones follow behind in the order of their first corners. \param adjacency three
+/// entries for each triangle, below 4 * count or none; it need not be that of these triangles \param
+/// normalTriangles filled: three indices of normals for each triangle \return the normals
 std::vector<Vector3<float>> sumAroundSets(Surface const& surface, VertexCorners const& corners,
                                           unsigned int const* adjacency, double leastCosine,
                                           Color4<float>* faceNormals, unsigned int* normalTriangles);

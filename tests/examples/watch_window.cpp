@@ -1,11 +1,12 @@
 // watch_window [--save FILE] [--screen FILE] [--drag X,Y,X,Y] TITLE COLOR:COUNT... -- PROGRAM ARGUMENT...
 //
-// Starts a program on the current X display and waits until its window with this title shows at least COUNT pixels of
-// each COLOR: rrggbb; "other" stands for all colors that are not named. "kinds" counts the different colors instead.
-// The program must still run then and show the same after some more frames. With --drag the mouse then presses the left
-// button at the first point of the window, moves to the second and releases it; with --save the window's picture is
-// written as a PNG file, with --screen that of the whole screen. The program is asked to close its window, as by a click on the close button, and must end
-// with 0. Exit status: 0 when all of this came true.
+// Starts a program on the current X display and waits until its window with this title shows at least COUNT
+// pixels of each COLOR: rrggbb; "other" stands for all colors that are not named. "kinds" counts the
+// different colors instead. The program must still run then and show the same after some more frames. With
+// --drag the mouse then presses the left button at the first point of the window, moves to the second and
+// releases it; with --save the window's picture is written as a PNG file, with --screen that of the whole
+// screen. The program is asked to close its window, as by a click on the close button, and must end with 0.
+// Exit status: 0 when all of this came true.
 
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>

@@ -51,13 +51,14 @@ void restoreInitialState() {
         glPopClientAttrib();
     }
 
-    // Workaround: Mesa 22.3 forgets, with the end of an inner attribute group, what was changed inside it beyond
-    // that group, and the outer glPopAttrib leaves it as it is. Reading pixels opens such a group while the color
-    // of the last glBegin is still on its way to the current one.
+    // Workaround: Mesa 22.3 forgets, with the end of an inner attribute group, what was changed inside it
+    // beyond that group, and the outer glPopAttrib leaves it as it is. Reading pixels opens such a group
+    // while the color of the last glBegin is still on its way to the current one.
     glColor4f(1, 1, 1, 1);
     glNormal3f(0, 0, 1);
     glTexCoord4f(0, 0, 0, 1);
-    // Workaround: nor does it bring single lights back that were switched on inside a group with the enable bits.
+    // Workaround: nor does it bring single lights back that were switched on inside a group with the enable
+    // bits.
     for (GLint light = getInteger(GL_MAX_LIGHTS) - 1; light >= 0; --light) {
         glDisable(GL_LIGHT0 + GLenum(light));
     }

@@ -562,7 +562,8 @@ std::string sourceOf(GLuint shader) {
     return text;
 }
 
-/// The answer of the scripts, or of the spy without a driver, about a shader or program; null when the driver answers.
+/// The answer of the scripts, or of the spy without a driver, about a shader or program; null when the driver
+/// answers.
 using Status = Script::Rules::Status;
 
 Status const* withoutDriver() {

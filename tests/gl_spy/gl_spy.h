@@ -12,11 +12,11 @@
 
 /// The recording OpenGL of the tests.
 ///
-/// A test of the library asks three questions: which GL calls were made, how the library behaves on a driver with
-/// given answers, and how the picture looks. The spy answers the first two. A test executable that links the target
-/// `gl_spy` defines the entry points of OpenGL 1.0 to 2.1, the extensions that the library uses, GLU and glewInit
-/// itself; the dynamic linker resolves the library's calls to them, so the shipped library runs unchanged. Every call is
-/// noted and then passed on to the driver, or answered by a script.
+/// A test of the library asks three questions: which GL calls were made, how the library behaves on a driver
+/// with given answers, and how the picture looks. The spy answers the first two. A test executable that links
+/// the target `gl_spy` defines the entry points of OpenGL 1.0 to 2.1, the extensions that the library uses,
+/// GLU and glewInit itself; the dynamic linker resolves the library's calls to them, so the shipped library
+/// runs unchanged. Every call is noted and then passed on to the driver, or answered by a script.
 ///
 ///     gl_spy::Script driver = gl_spy::drivers::gl15();        // 1.5, answered without any driver or context
 ///     driver.string(GL_EXTENSIONS, "GL_NVX_gpu_memory_info").integer(0x9048, {2048});
@@ -109,7 +109,8 @@ private:
     std::vector<Call> _calls;
 };
 
-/// Sets the driver's answers while it lives. A later script answers before an earlier one; the driver answers the rest. Every setter gives the script itself, so that they can be chained.
+/// Sets the driver's answers while it lives. A later script answers before an earlier one; the driver answers
+/// the rest. Every setter gives the script itself, so that they can be chained.
 class Script {
 public:
     Script();
@@ -149,7 +150,8 @@ public:
     /// Every program links, or fails to, with this log.
     Script& programStatus(bool links, std::string const& log);
 
-    /// GL_INFO_LOG_LENGTH of the empty logs above: 0, as GL says, or 1 for a driver that counts the zero at the end.
+    /// GL_INFO_LOG_LENGTH of the empty logs above: 0, as GL says, or 1 for a driver that counts the zero at
+    /// the end.
     Script& emptyLogLength(int length);
 
     /// glGetUniformLocation(any program, name) gives this location; -1 hides the uniform.

@@ -6,9 +6,9 @@
 
 namespace vellum {
 
-/// Everything that glGet and its kin tell about a context: switches, current values, transforms and their stacks,
-/// lights, materials, rasterization, fragment operations, pixel transfer, evaluators, vertex arrays, every texture
-/// unit, and what is bound. Not the contents of objects, and no limits.
+/// Everything that glGet and its kin tell about a context: switches, current values, transforms and their
+/// stacks, lights, materials, rasterization, fragment operations, pixel transfer, evaluators, vertex arrays,
+/// every texture unit, and what is bound. Not the contents of objects, and no limits.
 ///
 ///     AttributeState const before;
 ///     effect.preprocess();
@@ -18,8 +18,8 @@ namespace vellum {
 ///     EXPECT_THAT(before.namesThatDiffer(AttributeState()), UnorderedElementsAre("GL_CURRENT_COLOR"))
 ///         << before.differences(AttributeState());
 ///
-/// Needs a context of the compatibility profile, version 4.5, outside glBegin and glEnd. Reading raises no GL error
-/// and leaves all as it was.
+/// Needs a context of the compatibility profile, version 4.5, outside glBegin and glEnd. Reading raises no GL
+/// error and leaves all as it was.
 class AttributeState {
 public:
     AttributeState();  ///< The state of the current context now.

@@ -6,7 +6,8 @@
 
 #include <malloc.h>
 
-// All forms of the operators are replaced: sanitizers check that memory goes back to the family that it came from.
+// All forms of the operators are replaced: sanitizers check that memory goes back to the family that it came
+// from.
 
 namespace {
 
@@ -32,7 +33,8 @@ void* counted(void* const memory) noexcept {
     return memory;
 }
 
-// Not inlined: the compiler would take the mixing of operators and C functions, which is meant, for a mistake.
+// Not inlined: the compiler would take the mixing of operators and C functions, which is meant, for a
+// mistake.
 [[gnu::noinline]] void* allocate(std::size_t const size) noexcept {
     return counted(std::malloc(size != 0 ? size : 1));
 }

@@ -5,8 +5,8 @@
 namespace vellum {
 
 /// What a test program and the libraries that it uses take through the global operators new. A program that
-/// compiles counted_memory.cpp has that file's operators in the place of the usual ones; blocks of malloc, which
-/// drivers take, do not count. The counts are of all threads.
+/// compiles counted_memory.cpp has that file's operators in the place of the usual ones; blocks of malloc,
+/// which drivers take, do not count. The counts are of all threads.
 namespace counted_memory {
 
 /// Blocks of at least so many bytes also count as large.

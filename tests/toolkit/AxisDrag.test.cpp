@@ -92,7 +92,8 @@ TEST(AxisDrag, axisSeenEndOnGivesZero) {
 }
 
 TEST(AxisDrag, axisBeyondItsVanishingPointGivesAPlaceInFrontOfTheViewer) {
-    // The eye looks along -z from above an axis that recedes: a cursor above the horizon meets it behind the viewer.
+    // The eye looks along -z from above an axis that recedes: a cursor above the horizon meets it behind the
+    // viewer.
     View const view = perspective({0, 1, 5}, {0, 1, 0});
     double const place = alongAxis(view, {{0, 0, 0}, {0, 0, -1}}, 320, 100);
     EXPECT_TRUE(std::isfinite(place));

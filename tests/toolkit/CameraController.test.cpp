@@ -56,8 +56,8 @@ protected:
         return viewOf(camera, viewport);
     }
 
-    /// The largest distance of a corner from the middle of the screen, as a part of the way to the edge; behind the
-    /// camera or clipped: infinite.
+    /// The largest distance of a corner from the middle of the screen, as a part of the way to the edge;
+    /// behind the camera or clipped: infinite.
     double filledPart(Box3<double> const& box) {
         View const view = update();
         double part = 0;

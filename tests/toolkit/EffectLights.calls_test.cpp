@@ -82,7 +82,8 @@ TEST_F(EffectLights_calls_test, theRadiusIsMeasuredInTheUnitsOfTheSubject) {
 }
 
 TEST_F(EffectLights_calls_test, theScreenTurnsTheLightsWhereTheProjectionTurnsTheScreen) {
-    // A view from above whose projection does the turning: the screen's up is -z, and its viewer stands at +y.
+    // A view from above whose projection does the turning: the screen's up is -z, and its viewer stands at
+    // +y.
     View view{
         {{1, 0, 0, 0, 0, 0, -1, 0, 0, -1, 0, 0, 0, 0, 0, 1}}, Matrix4<double>::identity(), {0, 0, 9, 9}};
     setEffectLights(Mesh_RL_Shader(), {1, {{0, 1, 0}}, {{0, 0, 1}}}, view);

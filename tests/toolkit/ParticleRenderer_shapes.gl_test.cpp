@@ -196,7 +196,8 @@ TEST_F(ParticleRenderer_gl_test, headsOfArrowsAreNotFlattenedInAWideViewport) {
             }
         }
     }
-    // The back corners are two thirds of half the arrow, which is 128 pixels long, turned by 0.8 to either side.
+    // The back corners are two thirds of half the arrow, which is 128 pixels long, turned by 0.8 to either
+    // side.
     double const half = 64 * 2 / 3.0 * std::sin(0.8);
     EXPECT_NEAR(128 - top, half, 2);
     EXPECT_NEAR(bottom + 1 - 128, half, 2);

@@ -5,7 +5,8 @@
 
 #include <cmath>
 
-/// The matrices of cameras, by the formulas of GLU's manual, so that tests without OpenGL see what a camera shows.
+/// The matrices of cameras, by the formulas of GLU's manual, so that tests without OpenGL see what a camera
+/// shows.
 namespace vellum::toolkit {
 
 /// A camera that loads nothing.

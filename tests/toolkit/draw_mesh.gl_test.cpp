@@ -107,7 +107,8 @@ protected:
 
 // == Edges ==
 
-/// What the edges should look like: surfaces far behind their true place cannot cover the edges that they have.
+/// What the edges should look like: surfaces far behind their true place cannot cover the edges that they
+/// have.
 void edgesOverSurfacePushedFar(Mesh_RL_GL& renderer, MeshStyle const& style, Core_RL& layer) {
     glEnable(GL_POLYGON_OFFSET_FILL);
     glPolygonOffset(8, 64);

@@ -121,7 +121,8 @@ protected:
         EXPECT_NEAR(pixel[2], 255 * std::clamp(color.b, 0.0F, 1.0F), tolerance);
     }
 
-    /// The path of a look on a road: fixed functions draw points with colors or sizes of their own, and solid arrows.
+    /// The path of a look on a road: fixed functions draw points with colors or sizes of their own, and solid
+    /// arrows.
     ParticlePath pathOn(Road const& road) const {
         if (look.mode == ParticleMode::SOLID_ARROWS && (look.channel == VELOCITY || look.channel == COLOR)) {
             return ParticlePath::MEMORY;

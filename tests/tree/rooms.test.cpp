@@ -12,8 +12,10 @@
 #include <utility>
 #include <vector>
 
-/// Holds the includes of the product against the list of arrows in docs/architecture.md: the block that begins with
-/// ```rooms. Each of its lines is "room -> room room ..."; a room is a folder or a single file, relative to the root.
+/// Holds the includes of the product against the list of arrows in docs/architecture.md: the block that
+/// begins with
+/// ```rooms. Each of its lines is "room -> room room ..."; a room is a folder or a single file, relative to
+/// the root.
 
 namespace {
 

@@ -531,8 +531,8 @@ TEST_F(Core_RL_GL_calls_test, aLayerThatScalesWidthsDoesNotScaleThemAgain) {
     }
 }
 
-// Pushing and popping, with the calls through which each value is applied. What comes back is the state of a new
-// context, unless something else was pushed before.
+// Pushing and popping, with the calls through which each value is applied. What comes back is the state of a
+// new context, unless something else was pushed before.
 INSTANTIATE_TEST_SUITE_P(
     Stacks, Core_RL_GL_operation_calls_test,
     testing::Values(

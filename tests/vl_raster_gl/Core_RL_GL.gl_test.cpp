@@ -628,8 +628,8 @@ TEST_F(Core_RL_GL_drawn_test, overlayIsDrawnIntoItsViewport) {
 }
 
 TEST_F(Core_RL_GL_drawn_test, deliberatelyOverlaySavesGroupsThatValueOfGlViewportNames) {
-    // 0x0BA2 has the bits of the groups viewport, accumulation buffer, depth buffer, fog, pixel mode and point.
-    // Of the state that is set inside, theirs is gone afterwards, that of others stays.
+    // 0x0BA2 has the bits of the groups viewport, accumulation buffer, depth buffer, fog, pixel mode and
+    // point. Of the state that is set inside, theirs is gone afterwards, that of others stays.
     layer.pushViewportOrtho({0, 0, 16, 16}, {0, 1, 0, 1});
     glDepthFunc(GL_GREATER);
     glEnable(GL_FOG);
@@ -648,8 +648,8 @@ TEST_F(Core_RL_GL_drawn_test, deliberatelyOverlaySavesGroupsThatValueOfGlViewpor
     EXPECT_EQ(floatOf(GL_LINE_WIDTH), 3) << "lines are not saved";
     expectEnabled(GL_LIGHTING, true);  // nor is lighting
 
-    // Workaround: Mesa 22.3 does not restore state with an outer glPopAttrib when it was changed inside an inner
-    // pair that does not cover it, so what stays is not left to the fixture.
+    // Workaround: Mesa 22.3 does not restore state with an outer glPopAttrib when it was changed inside an
+    // inner pair that does not cover it, so what stays is not left to the fixture.
     glLineWidth(1);
     glDisable(GL_LIGHTING);
 }

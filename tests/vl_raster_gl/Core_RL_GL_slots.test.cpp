@@ -47,7 +47,8 @@ struct Slot {
     std::size_t inCore_RL_GL;
 };
 
-// The operation's type stands after its name: arguments, result and constness exactly; another does not compile.
+// The operation's type stands after its name: arguments, result and constness exactly; another does not
+// compile.
 #define VL_SLOT(number, origin, operation, ...)                                                              \
     Slot {                                                                                                   \
         number, origin, #operation " as " #__VA_ARGS__, slotOf<Core_RL, __VA_ARGS__>(&Core_RL::operation),   \
@@ -413,8 +414,8 @@ TEST_F(Core_RL_GL_life_test, deliberatelyDestructorLeavesRenderLayerAlone) {
     EXPECT_EQ(VL_Raster, &first) << "nor does an instance that is not the render layer clear it";
 }
 
-// With the address sanitizer a pair that does not match ends the program; without it these show that the class
-// has operators of its own.
+// With the address sanitizer a pair that does not match ends the program; without it these show that the
+// class has operators of its own.
 TEST_F(Core_RL_GL_life_test, classAllocatesWithMalloc) {
     auto* const layer = new Core_RL_GL;
     void* const volatile memory = layer;  // volatile: the compiler warns of pairs that it takes for a mistake

@@ -129,8 +129,8 @@ protected:
 class Mesh_RL_GL_paths_drawn_test : public Mesh_RL_GL_drawn_test,
                                     public testing::WithParamInterface<Subject> {
 protected:
-    /// Both paths. Positions narrowed to floats move an edge across the middle of a pixel here and there, so a
-    /// few pixels along the outlines may differ: at most `tolerated`.
+    /// Both paths. Positions narrowed to floats move an edge across the middle of a pixel here and there, so
+    /// a few pixels along the outlines may differ: at most `tolerated`.
     void expectSamePicture(std::string const& what, std::size_t tolerated,
                            std::function<void()> const& draw) {
         renderer.useBufferObjects = false;

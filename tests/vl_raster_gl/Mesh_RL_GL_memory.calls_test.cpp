@@ -18,8 +18,9 @@
 #include "internal/gl_api.h"
 #include "tests/support/thread_limits.h"
 
-// The memory that a mesh of a million triangles takes: its buffers and the list of its edges, and no more from frame to
-// frame. The counts include the buffers that the recording GL keeps; its records of calls are no large blocks.
+// The memory that a mesh of a million triangles takes: its buffers and the list of its edges, and no more
+// from frame to frame. The counts include the buffers that the recording GL keeps; its records of calls are
+// no large blocks.
 
 namespace vellum {
 

@@ -15,8 +15,8 @@
 #include <string>
 #include <vector>
 
-// The drawings of each mode: the surface in immediate mode, requests with their state and effects, the box, and the
-// composites of surface and edges.
+// The drawings of each mode: the surface in immediate mode, requests with their state and effects, the box,
+// and the composites of surface and edges.
 
 namespace vellum {
 

@@ -20,7 +20,8 @@
 #include <utility>
 #include <vector>
 
-// The overlays of a mesh: normals, edges and connectivity marks. The last tests draw everything of random meshes.
+// The overlays of a mesh: normals, edges and connectivity marks. The last tests draw everything of random
+// meshes.
 
 namespace vellum {
 
@@ -282,8 +283,8 @@ TEST_F(Mesh_RL_GL_overlays_calls_test, edgeIsSmoothWhenFirstCornersNormalsAreEqu
 }
 
 TEST_F(Mesh_RL_GL_overlays_calls_test, onlyFirstCornerOfEdgeDecides) {
-    // Both triangles have normal 2 at vertex 2, and different normals at vertex 1. The edge of the first triangle starts
-    // at vertex 1, that of the second at vertex 2.
+    // Both triangles have normal 2 at vertex 2, and different normals at vertex 1. The edge of the first
+    // triangle starts at vertex 1, that of the second at vertex 2.
     data.normalTriangles[1] = {2, 0, 0};
     mesh.setNormalTriangles(data.normalTriangles);
     EXPECT_EQ(immediateEdges(*renderer).size() / 2, 5U);

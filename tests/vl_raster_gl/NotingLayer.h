@@ -8,8 +8,8 @@
 namespace vellum {
 
 /// A render layer that notes which of its operations the library calls, and carries them out.
-/// Use: construct it after the driver's script; it becomes the render layer. Then compare `requests`, or those
-/// of one operation: `asked("createTexture")`.
+/// Use: construct it after the driver's script; it becomes the render layer. Then compare `requests`, or
+/// those of one operation: `asked("createTexture")`.
 class NotingLayer : public Core_RL_GL {
 public:
     using Core_RL_GL::checkShaderCompilationErrors;

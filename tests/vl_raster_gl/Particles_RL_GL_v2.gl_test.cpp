@@ -122,7 +122,8 @@ TEST_P(Particles_RL_GL_v2_drawn_test, colorsRunOverRange) {
     std::vector<unsigned char> const picture = readPixels();
     float const shade =
         isEffect() && GetParam().mode == Mode::SPHERES ? 0.5F * 0.5F / std::sqrt(1.5F) + 0.5F : 1;
-    // Half a pixel beside the middle of a sphere, which is 6 pixels in radius, the surface is tilted by a twelfth.
+    // Half a pixel beside the middle of a sphere, which is 6 pixels in radius, the surface is tilted by a
+    // twelfth.
     float const tolerance = shade < 1 ? 14 : 3;
     // Short arrows are less than a pixel long, and the last particle's speed is the clamp color of arrows.
     for (unsigned int k = 100; k < SIDE * SIDE - 1; k += 5) {

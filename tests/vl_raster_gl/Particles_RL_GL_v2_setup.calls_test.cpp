@@ -15,8 +15,8 @@
 #include <string>
 #include <vector>
 
-// The particle renderer apart from drawing: lifecycle, the rule for video memory, the index table, and the choice and
-// parameters of the effects.
+// The particle renderer apart from drawing: lifecycle, the rule for video memory, the index table, and the
+// choice and parameters of the effects.
 
 namespace vellum {
 

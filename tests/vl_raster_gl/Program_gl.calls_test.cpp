@@ -7,8 +7,8 @@
 #include <iostream>
 #include <string>
 
-// Programs call by call: attaching, linking, masks and lifetimes. The recording GL counts the names of shaders and
-// programs together, from 1.
+// Programs call by call: attaching, linking, masks and lifetimes. The recording GL counts the names of
+// shaders and programs together, from 1.
 
 namespace vellum {
 

@@ -13,8 +13,8 @@
 
 #include <sys/stat.h>
 
-// Shaders call by call: the texts of the variants, the order of calls, and the printed messages. The recording GL counts
-// the names of shaders and programs together, from 1.
+// Shaders call by call: the texts of the variants, the order of calls, and the printed messages. The
+// recording GL counts the names of shaders and programs together, from 1.
 
 namespace vellum {
 

@@ -9,8 +9,8 @@
 #include <thread>
 #include <vector>
 
-// The queue of textures that wait for deletion, without any GL: the layer under test notes the names that it is
-// asked to delete.
+// The queue of textures that wait for deletion, without any GL: the layer under test notes the names that it
+// is asked to delete.
 
 namespace {
 
@@ -19,8 +19,8 @@ thread_local bool outOfMemory = false;
 
 }  // namespace
 
-// The arrays of this program, those of the library among them. All forms are replaced together, so that what one
-// of them allocates comes back to its kin.
+// The arrays of this program, those of the library among them. All forms are replaced together, so that what
+// one of them allocates comes back to its kin.
 void* operator new[](std::size_t size) {
     void* const memory = outOfMemory ? nullptr : std::malloc(size == 0 ? 1 : size);
     if (memory == nullptr) {
@@ -209,7 +209,8 @@ TEST(TextureQueue_test, namesOfManyThreadsAreDeletedOnceEach) {
                 std::this_thread::yield();
             }
             for (unsigned int i = 0; i < NAMES; ++i) {
-                // However the threads are scheduled, they meet again and again, and so do queueing and draining.
+                // However the threads are scheduled, they meet again and again, and so do queueing and
+                // draining.
                 if (i % NAMES_BETWEEN_DRAINS == 0) {
                     unsigned int const seen = drains;
                     while (drains == seen) {

@@ -14,8 +14,8 @@
 #include <string>
 #include <vector>
 
-/// Helpers for the tests of the drawing operations: a scripted driver, a render layer that replaces some of its own
-/// virtual operations, and comparisons of recorded vertices with expected ones.
+/// Helpers for the tests of the drawing operations: a scripted driver, a render layer that replaces some of
+/// its own virtual operations, and comparisons of recorded vertices with expected ones.
 namespace vellum::drawing_probe {
 
 using Point = std::array<double, 3>;
@@ -83,8 +83,8 @@ inline Texts outline(gl_spy::Recording const& recording) {
     return texts;
 }
 
-/// A render layer some of whose virtual operations are replaced: they are noted with their arguments and draw nothing.
-/// Shows whether one drawing calls another through the virtual operation.
+/// A render layer some of whose virtual operations are replaced: they are noted with their arguments and draw
+/// nothing. Shows whether one drawing calls another through the virtual operation.
 class Witness_core : public Core_RL_GL {
 public:
     struct Request {
@@ -302,8 +302,8 @@ private:
     std::set<std::string> replaced;
 };
 
-/// The fixture, on a scripted driver. The initial state differs from the state that drawings set, so that tests see
-/// whether they restore it: outlines on both sides, width 3, an unusual color.
+/// The fixture, on a scripted driver. The initial state differs from the state that drawings set, so that
+/// tests see whether they restore it: outlines on both sides, width 3, an unusual color.
 class Drawing_calls_test : public testing::Test {
 protected:
     static constexpr Color4<float> START_COLOR{0.5F, 0.25F, 0.75F, 0.5F};

@@ -13,7 +13,8 @@ constexpr unsigned int FRAGMENT_STAGE = 35632;
 constexpr unsigned int VERTEX_STAGE = 35633;
 constexpr unsigned int GEOMETRY_STAGE = 36313;
 
-/// The calls without glGetString, whose results the layer caches, and without the addresses that logs are written to.
+/// The calls without glGetString, whose results the layer caches, and without the addresses that logs are
+/// written to.
 inline Texts callsOf(gl_spy::Recording const& recording) {
     Texts texts;
     for (gl_spy::Call const& call : recording.calls()) {

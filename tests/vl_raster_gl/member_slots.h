@@ -3,15 +3,16 @@
 #include <cstddef>
 #include <cstring>
 
-/// Where a virtual operation stands in the table of virtual functions, read out of a pointer to member function.
+/// Where a virtual operation stands in the table of virtual functions, read out of a pointer to member
+/// function.
 namespace member_slots {
 
 constexpr std::size_t NOT_VIRTUAL = static_cast<std::size_t>(-1);
 
 /// The slot of a virtual operation of `Class` with exactly the type `Signature`, result included. Under the
 /// Itanium C++ ABI, which GCC and Clang follow on every system but Windows, a pointer to a virtual member is
-/// its offset in the table; a bit tells it from an address: the lowest of the offset, or, where code addresses
-/// may be odd (ARM), the lowest of the adjustment that follows it.
+/// its offset in the table; a bit tells it from an address: the lowest of the offset, or, where code
+/// addresses may be odd (ARM), the lowest of the adjustment that follows it.
 template <class Class, class Signature>
 std::size_t slotOf(Signature Class::*member) {
     struct {

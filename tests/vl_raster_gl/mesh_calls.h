@@ -19,9 +19,9 @@
 
 namespace vellum {
 
-/// The expectations of the mesh renderer's tests: the contents of its buffers, and the calls that create and write
-/// them. Most tests draw an irregular mesh: no two of its numbers are equal, and triangles share normals in another way
-/// than positions.
+/// The expectations of the mesh renderer's tests: the contents of its buffers, and the calls that create and
+/// write them. Most tests draw an irregular mesh: no two of its numbers are equal, and triangles share
+/// normals in another way than positions.
 namespace mesh_calls {
 
 using Triangle = Tuple3<unsigned int>;
@@ -118,8 +118,8 @@ inline Texts vertexCallsOf(gl_spy::Recording const& recording) {
     return names;
 }
 
-/// Two triangles that share one edge. Their vertex normals are listed in another order than the positions, and
-/// one position belongs to no triangle.
+/// Two triangles that share one edge. Their vertex normals are listed in another order than the positions,
+/// and one position belongs to no triangle.
 struct Data {
     Array<Vector3<double>> positions{
         {0.1, 0.2, 0.3}, {1.25, 0.7, -0.4}, {0.9, 2.1, 0.6}, {3.3, 2.7, 1.1}, {9, 8, 7}};

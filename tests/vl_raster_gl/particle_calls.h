@@ -25,8 +25,8 @@
 
 namespace vellum {
 
-/// The expectations of the particle renderer's tests: the contents of its buffers, computed one particle at a time in
-/// single precision, and the calls of each drawing path.
+/// The expectations of the particle renderer's tests: the contents of its buffers, computed one particle at a
+/// time in single precision, and the calls of each drawing path.
 namespace particle_calls {
 
 using Mode = Particles_RL_GL_v2_ns::RenderMode;

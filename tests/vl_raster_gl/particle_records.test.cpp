@@ -75,7 +75,8 @@ constexpr RecordFormula FORMULA{RecordColor::CONSTANT,
                                 2.5F,
                                 2};
 
-/// Compares what a writer and the plain one make of the same particles, with every color and placing of the records.
+/// Compares what a writer and the plain one make of the same particles, with every color and placing of the
+/// records.
 void expectSameBits(RecordWriter const& writer, std::vector<float> const& positions,
                     std::vector<float> const& values, unsigned int const* offsets, std::size_t const& count) {
     RecordFormula formula = FORMULA;

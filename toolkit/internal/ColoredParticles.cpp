@@ -76,8 +76,8 @@ struct ColoredParticles::ArrowRecord {
     Vector3<float> color;
 };
 
-/// Numbers the sizes of points: each that there is has one, or, where these are too many, each step between the smallest
-/// and the largest.
+/// Numbers the sizes of points: each that there is has one, or, where these are too many, each step between
+/// the smallest and the largest.
 class ColoredParticles::SizeNumbers {
 public:
     static constexpr unsigned int MOST = ParticleLook::MOST_POINT_SIZES;

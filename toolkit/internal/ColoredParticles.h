@@ -14,10 +14,12 @@ namespace vellum::toolkit {
 class ColoredArrows;
 class ColoredSpheres;
 
-/// Particles that have a color or a size each: one list of records, in a buffer object if the layer has memory for it,
-/// else in main memory. The library's renderer colors by one number of each particle and draws all in one size.
+/// Particles that have a color or a size each: one list of records, in a buffer object if the layer has
+/// memory for it, else in main memory. The library's renderer colors by one number of each particle and draws
+/// all in one size.
 ///
-/// Points are drawn by fixed functions, one draw call for each size. Spheres and arrows are drawn by effects in one.
+/// Points are drawn by fixed functions, one draw call for each size. Spheres and arrows are drawn by effects
+/// in one.
 class ColoredParticles {
 public:
     ColoredParticles();
@@ -30,11 +32,10 @@ public:
     /// Whether the library cannot draw the look.
     static bool isNeeded(ParticleSystem_v2 const& system, ParticleLook const& look, ParticleMode mode);
 
-    /// Reads the particles that are drawn, evenly chosen by the look's percentage, without those that have no place,
-    /// size or, as arrows, vector.
-    /// \param mode what is drawn; not SOLID_ARROWS
-    /// GL: glGenBuffers the first time; glBindBuffer, glBufferData, glMapBuffer, glGetError, glUnmapBuffer,
-    /// glBindBuffer(0); glDeleteBuffers where there is no memory for a buffer.  State: no buffer is bound.
+    /// Reads the particles that are drawn, evenly chosen by the look's percentage, without those that have no
+    /// place, size or, as arrows, vector. \param mode what is drawn; not SOLID_ARROWS GL: glGenBuffers the
+    /// first time; glBindBuffer, glBufferData, glMapBuffer, glGetError, glUnmapBuffer, glBindBuffer(0);
+    /// glDeleteBuffers where there is no memory for a buffer.  State: no buffer is bound.
     void fill(ParticleSystem_v2 const& system, ParticleLook const& look, ParticleMode mode);
 
     unsigned int count() const { return recordCount; }  ///< Of the particles that are drawn.

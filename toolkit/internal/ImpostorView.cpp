@@ -31,8 +31,8 @@ ImpostorView ImpostorView::of(View const& view, double diameter) {
     // A ball's width in clip space does not depend on its place: the division by w is still to come.
     result.size = diameter * alongRow(square, 0, screen.right);
 
-    // The projection's third column is what a step of 1 along its third axis does to depth. A fragment is moved by
-    // `size` at most, which has to be the step of half a diameter toward the viewer.
+    // The projection's third column is what a step of 1 along its third axis does to depth. A fragment is
+    // moved by `size` at most, which has to be the step of half a diameter toward the viewer.
     double const stepPerSize = 0.5 * diameter / result.size;
     double const depth = stepPerSize * alongRow(square, 2, screen.towardViewer);
     double const w = stepPerSize * alongRow(square, 3, screen.towardViewer);

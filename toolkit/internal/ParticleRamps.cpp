@@ -67,7 +67,8 @@ ParticleRamps::ParticleRamps(ParticleSystem_v2 const& system, ParticleLook const
     if (isVector || isScalar) {
         shown = look.channel;
     }
-    // Below `low` the library's ramp goes on beyond the first color: with a `low` above 0 there would be such lengths.
+    // Below `low` the library's ramp goes on beyond the first color: with a `low` above 0 there would be such
+    // lengths.
     bool const isRamp = look.colors.colors.size() == 2 && look.low <= 0 && look.low >= -LARGEST_LENGTH &&
                         look.high - look.low >= SMALLEST_RANGE && look.high <= LARGEST_LENGTH;
     isDirectRoad = shown == ParticleChannel_v2::NONE ||

@@ -9,7 +9,8 @@
 
 namespace vellum::toolkit {
 
-/// The two colors that one renderer of particles blends between, and the lengths of the shown vectors that have them.
+/// The two colors that one renderer of particles blends between, and the lengths of the shown vectors that
+/// have them.
 struct ParticleRamp {
     Color4<float> lowest;
     Color4<float> highest;
@@ -25,17 +26,19 @@ struct ParticleRamp {
 
 /// How the particles of a look are handed to renderers.
 ///
-/// A renderer colors by the length of a vector and blends between two colors, and only so do all of its paths agree: of
-/// scalars some paths see the number alone, some its truncated magnitude, and some those of the neighbors as well. So
-/// only the length of a vector with a map of two colors is drawn from the system as it is (isDirect). For all else the
-/// particles are copied, to as many systems as there are ramps: each with the channels "position" and "shown".
+/// A renderer colors by the length of a vector and blends between two colors, and only so do all of its paths
+/// agree: of scalars some paths see the number alone, some its truncated magnitude, and some those of the
+/// neighbors as well. So only the length of a vector with a map of two colors is drawn from the system as it
+/// is (isDirect). For all else the particles are copied, to as many systems as there are ramps: each with the
+/// channels "position" and "shown".
 ///
-/// Points and spheres: one ramp from 0 to 1 for each two neighboring colors. Below the range 0 is shown, above it 2 in
-/// the last of them. One more of one color for NaN.
+/// Points and spheres: one ramp from 0 to 1 for each two neighboring colors. Below the range 0 is shown,
+/// above it 2 in the last of them. One more of one color for NaN.
 ///
-/// Arrows lie along the vectors that are shown, so these keep direction and length. Colored by length: a ramp for each
-/// two neighboring colors, from one length to another. Colored by a component: a ramp of one color for each of STEPS
-/// steps. In both cases one more ramp of one color for those below the range and one for those above.
+/// Arrows lie along the vectors that are shown, so these keep direction and length. Colored by length: a ramp
+/// for each two neighboring colors, from one length to another. Colored by a component: a ramp of one color
+/// for each of STEPS steps. In both cases one more ramp of one color for those below the range and one for
+/// those above.
 class ParticleRamps {
 public:
     static constexpr unsigned int POSITIONS = 0;  ///< the channel of the places
@@ -53,8 +56,9 @@ public:
 
     std::vector<ParticleRamp> ramps() const;
 
-    /// Copies the particles that are drawn, evenly chosen by the look's percentage, and leaves out those without a place.
-    /// \param copies one for each ramp; null, or former copies, which are used again where the number is the same
+    /// Copies the particles that are drawn, evenly chosen by the look's percentage, and leaves out those
+    /// without a place. \param copies one for each ramp; null, or former copies, which are used again where
+    /// the number is the same
     void copy(std::vector<std::unique_ptr<ParticleSystem_v2>>& copies) const;
 
     /// What buffers and copies are filled from. As long as it is equal, and the particles are, so are these.

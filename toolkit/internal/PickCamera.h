@@ -5,9 +5,9 @@
 
 namespace vellum::toolkit {
 
-/// A camera whose projections show only a part of what those of another camera show. It is the render layer's camera
-/// while candidates are drawn for picking: the layer loads the camera's projection for Core_RL::setZBias(), and the crop
-/// of the projection would be lost.
+/// A camera whose projections show only a part of what those of another camera show. It is the render layer's
+/// camera while candidates are drawn for picking: the layer loads the camera's projection for
+/// Core_RL::setZBias(), and the crop of the projection would be lost.
 ///
 /// Its parameters are a copy. It never changes the other camera, which must outlive it.
 class PickCamera : public Camera_RL {

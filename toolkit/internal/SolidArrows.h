@@ -12,9 +12,9 @@ namespace vellum::toolkit {
 /// The arrows of particles as arrays of the render layer, with a solid head each.
 class SolidArrows {
 public:
-    /// Makes the arrows of the particles that are drawn, at most MOST_SOLID_ARROWS, evenly chosen; without those that
-    /// have no place, no finite vector, or one that single precision cannot tell from none at its place.
-    /// GL: none.
+    /// Makes the arrows of the particles that are drawn, at most MOST_SOLID_ARROWS, evenly chosen; without
+    /// those that have no place, no finite vector, or one that single precision cannot tell from none at its
+    /// place. GL: none.
     void fill(ParticleSystem_v2 const& system, ParticleLook const& look);
 
     unsigned int count() const;  ///< Of the arrows.

@@ -9,7 +9,8 @@ namespace vellum::toolkit {
 
 namespace {
 
-// Uniforms: size of a sphere whose factor is 1, in clip space. The varyings are those that the geometry stage reads.
+// Uniforms: size of a sphere whose factor is 1, in clip space. The varyings are those that the geometry stage
+// reads.
 constexpr char const* SPHERES = R"(uniform float size;
 varying float vradius;
 varying mat4 matrix;

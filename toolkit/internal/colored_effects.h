@@ -4,8 +4,9 @@
 #include "glsl_shader/SphereRendering_shader.h"
 
 /// \file
-/// The library's effects of particles with vertex stages that take each particle's color as it is. Geometry and fragment
-/// stages are the library's, and so are the passes; magnitudes and colors of the effects have no meaning.
+/// The library's effects of particles with vertex stages that take each particle's color as it is. Geometry
+/// and fragment stages are the library's, and so are the passes; magnitudes and colors of the effects have no
+/// meaning.
 
 namespace vellum::toolkit {
 

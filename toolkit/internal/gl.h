@@ -1,8 +1,8 @@
 #pragma once
 
 /// \file
-/// OpenGL and GLU with their prototypes, for the sources of the toolkit alone. Like the library, the toolkit calls OpenGL
-/// directly, so it works whether the application uses GLEW or another loader, or none.
+/// OpenGL and GLU with their prototypes, for the sources of the toolkit alone. Like the library, the toolkit
+/// calls OpenGL directly, so it works whether the application uses GLEW or another loader, or none.
 
 #define GL_GLEXT_PROTOTYPES 1
 

@@ -67,8 +67,8 @@ constexpr double LARGEST_UNIT = 1e30;
 /// A hair above the range's end, so that rounding leaves the largest value itself inside.
 constexpr float HAIR = 1e-5F;
 
-/// The place of a value in the range of a look: up to 0 at its low end or below, 1 at its high end, above that 2.
-/// NaN for NaN.
+/// The place of a value in the range of a look: up to 0 at its low end or below, 1 at its high end, above
+/// that 2. NaN for NaN.
 inline double placeInRange(ParticleLook const& look, double value) {
     constexpr double ABOVE = 2;
     if (std::isnan(value) || value <= look.low) {

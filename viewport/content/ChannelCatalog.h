@@ -16,14 +16,15 @@
 
 namespace vellum::viewport {
 
-/// What is known about the values of what is open. Each fact is computed once for each content, when somebody asks for it first, on
-/// another thread:
+/// What is known about the values of what is open. Each fact is computed once for each content, when somebody
+/// asks for it first, on another thread:
 ///
 ///     catalog.setContent(content);
 ///     ...
 ///     if (ChannelFacts const* const facts = catalog.facts("vx")) ...   // each frame; null until it is known
 ///
-/// No call waits, but setContent() and the destructor wait some milliseconds for what is being computed to stop.
+/// No call waits, but setContent() and the destructor wait some milliseconds for what is being computed to
+/// stop.
 class ChannelCatalog {
 public:
     /// \param wake is called on another thread when a fact is known; may be empty
@@ -35,7 +36,8 @@ public:
     /// Forgets the facts of the former content.
     void setContent(std::shared_ptr<Content const> newContent);
 
-    /// The content is another frame of the same files: facts() and files() give those of the former one until they are known.
+    /// The content is another frame of the same files: facts() and files() give those of the former one until
+    /// they are known.
     void follow(std::shared_ptr<Content const> newContent);
 
     /// Takes what has been found meanwhile; whether there is something. facts() and files() do so, too.

@@ -52,8 +52,8 @@ struct FileFacts {
 /// Of the meshes first, then of the particles. Looks at all places; stops where it is cancelled.
 std::vector<FileFacts> factsOfFiles(Content const& content, std::atomic<bool> const& isCancelled);
 
-/// The names of what colors can show of the content, each once: those that are likely to be of interest first.
-/// With them the words, which have no values.
+/// The names of what colors can show of the content, each once: those that are likely to be of interest
+/// first. With them the words, which have no values.
 std::vector<std::string> channelNames(Content const& content);
 
 }  // namespace vellum::viewport

@@ -39,8 +39,8 @@ bool needsSequences(Options const& options) {
     return options.film.frames || options.opensWindow();
 }
 
-/// Whether nothing but one picture of one frame is asked for, which needs some of its values alone. What several files show
-/// depends on all of them.
+/// Whether nothing but one picture of one frame is asked for, which needs some of its values alone. What
+/// several files show depends on all of them.
 ChooseValues chosenValues(Options const& options) {
     bool const isPictureAlone = options.files.size() == 1 && options.info == InfoForm::NONE &&
                                 !options.needsValues() && !options.film.isAsked();
@@ -264,8 +264,8 @@ bool isPipe(std::string const& file) {
     return InputFile::isStandardInput(file) || std::filesystem::is_fifo(file, ignored);
 }
 
-/// Whether a file is read as particles: its format says so, or else its content, which also tells the formats apart that
-/// hold either.
+/// Whether a file is read as particles: its format says so, or else its content, which also tells the formats
+/// apart that hold either.
 bool hasParticles(std::string const& path, Result<InputFile> const& file, Options const& options) {
     std::vector<std::string> const meshFormats = meshFormatNames();
     bool const isOfMeshes =

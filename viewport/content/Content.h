@@ -56,10 +56,11 @@ struct Content {
     /// Puts a frame into the place of its file.
     void take(MovingFile const& file, SequenceFrame frame);
 
-    /// Reads the files of the options. For a single picture of one file of particles only the values that it shows are kept. Of
-    /// moving ones the first frame of the film. Prints nothing, and may be called on any
+    /// Reads the files of the options. For a single picture of one file of particles only the values that it
+    /// shows are kept. Of moving ones the first frame of the film. Prints nothing, and may be called on any
     /// thread, beside a context on another one.
-    /// \return the content, or the fault of the first file that cannot be read; where the observer cancels, a fault that says so
+    /// \return the content, or the fault of the first file that cannot be read; where the observer cancels, a
+    /// fault that says so
     static Result<Content> load(Options const& options, LoadObserver& observer);
 
     /// Takes down what is up in the next file.

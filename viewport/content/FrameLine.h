@@ -10,8 +10,9 @@
 
 namespace vellum::viewport {
 
-/// The frames among which a user chooses while files are open: those of particle files and of series, or else the poses of animated
-/// meshes. Files advance together, as far as the shortest one goes; those with a single frame stand still.
+/// The frames among which a user chooses while files are open: those of particle files and of series, or else
+/// the poses of animated meshes. Files advance together, as far as the shortest one goes; those with a single
+/// frame stand still.
 ///
 ///     FrameLine const line(content);
 ///     if (line.count() > 1) {

@@ -9,8 +9,8 @@
 
 namespace vellum::viewport {
 
-/// Watches Content::load() and Subject::prepare(), and can stop them. The command line prints what it is told, a window shows it;
-/// a LoadObserver itself takes no notice and never stops anything.
+/// Watches Content::load() and Subject::prepare(), and can stop them. The command line prints what it is
+/// told, a window shows it; a LoadObserver itself takes no notice and never stops anything.
 ///
 /// All calls come on the thread that loads. None may throw.
 class LoadObserver {
@@ -23,10 +23,9 @@ public:
     /// What the user is to know, although the file is read.
     virtual void note(Fault const& /*what*/) {}
 
-    /// How far the reading of a file is. The first call for a file has 0 bytes of 0; further ones come at least every few
-    /// milliseconds, so they must be cheap.
-    /// \param file as the user named it
-    /// \param all bytes, a compressed file's twice; 0: not known
+    /// How far the reading of a file is. The first call for a file has 0 bytes of 0; further ones come at
+    /// least every few milliseconds, so they must be cheap. \param file as the user named it \param all
+    /// bytes, a compressed file's twice; 0: not known
     virtual void progress(std::string const& /*file*/, std::uint64_t /*done*/, std::uint64_t /*all*/) {}
 
     /// Whether nobody wants the content any more. Asked wherever progress is told.

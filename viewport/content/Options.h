@@ -22,7 +22,8 @@ namespace vellum::viewport {
 /// What is printed about files, camera and driver.
 enum class InfoForm { NONE, TEXT, JSON };
 
-/// Several pictures that follow each other, for each PictureOptions one file with the number of the picture in its name.
+/// Several pictures that follow each other, for each PictureOptions one file with the number of the picture
+/// in its name.
 struct FilmOptions {
     std::optional<FrameRange> frames;                        ///< one picture for each of these
     double framesPerSecond = PlaybackClock::STANDARD_SPEED;  ///< of the frames of animated meshes, above 0
@@ -59,7 +60,8 @@ struct Options {
     /// Megabytes of video memory assumed to be free; nothing: what the driver says, or else an estimate.
     std::optional<unsigned int> gpuMemory;
 
-    /// Options of the command line itself, such as "--percent", and parameters of effects, as "--effect-param wind".
+    /// Options of the command line itself, such as "--percent", and parameters of effects, as "--effect-param
+    /// wind".
     std::set<std::string> given;
 
     /// Whether a mesh, counted from 0, is drawn with the effect.
@@ -80,7 +82,8 @@ struct Options {
     /// Whether somebody may ask for what the files say of a place.
     bool needsValues() const { return isPicking() || opensWindow(); }
 
-    /// Whether the effect draws an open sea: one of its own without files, else one that surrounds what they hold.
+    /// Whether the effect draws an open sea: one of its own without files, else one that surrounds what they
+    /// hold.
     bool hasOwnSea() const { return files.empty() && effect && effect->isSea(); }
     bool hasSurroundingSea() const { return !files.empty() && effect && effect->isSea(); }
 };

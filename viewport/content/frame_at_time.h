@@ -21,7 +21,8 @@ bool hasTimes(LoadedFrame const& loaded);
 /// Reads the frame whose time is nearest; the last one where no frame has a time.
 Result<LoadedFrame> loadAtTime(ParticleFile const& file, double time, Progress const& progress);
 
-/// The same of a series. It has to read all of the series' files, of which one is in memory beside the nearest one so far.
+/// The same of a series. It has to read all of the series' files, of which one is in memory beside the
+/// nearest one so far.
 Result<LoadedFrame> loadAtTime(ParticleSeries const& series, double time, Progress const& progress,
                                std::optional<ParticleFormat> format);
 

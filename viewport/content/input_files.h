@@ -11,8 +11,8 @@
 
 namespace vellum::viewport {
 
-/// The files that the options name to be read: meshes, particles, the texture, and those of the effect; and those that the
-/// options themselves are from.
+/// The files that the options name to be read: meshes, particles, the texture, and those of the effect; and
+/// those that the options themselves are from.
 std::vector<std::string> inputFiles(Options const& options);
 
 /// The files that a mesh names as textures, as far as they are found.

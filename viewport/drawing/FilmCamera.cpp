@@ -16,7 +16,8 @@ using Point = Vector3<double>;
 
 using constants::d::PI;
 
-/// Points of an upright cylinder about the axis through the focus, which contains all that turns with these points.
+/// Points of an upright cylinder about the axis through the focus, which contains all that turns with these
+/// points.
 std::vector<Point> cylinderAround(std::vector<Point> const& points, Point const& focus) {
     constexpr int CORNERS = 64;
     double radius = 0;

@@ -17,8 +17,8 @@ namespace vellum::viewport {
 ///         camera.value().place(i, style);
 ///         Viewer viewer(layer, scene, style);
 ///
-/// A camera that framed each scene anew would jitter. All places are those of the files, so that scenes of any frame are
-/// seen alike. Makes no GL calls.
+/// A camera that framed each scene anew would jitter. All places are those of the files, so that scenes of
+/// any frame are seen alike. Makes no GL calls.
 class FilmCamera {
 public:
     /// Chooses what the style leaves open, by the first scene. A fault where it makes no camera.

@@ -17,8 +17,8 @@ using OnScreen = ScreenPlace::Point;
 
 constexpr double COVERED = 1.5;  // pixels from the point
 
-/// So much deeper a thing may be than what hides it, since selection computes in single precision. Surfaces are drawn a
-/// little behind the lines that lie on them.
+/// So much deeper a thing may be than what hides it, since selection computes in single precision. Surfaces
+/// are drawn a little behind the lines that lie on them.
 constexpr double SLACK = 1e-5;
 
 bool isInside(std::optional<Box3<double>> const& box, Point const& p) {
@@ -266,7 +266,8 @@ std::optional<Crossing> Crossing::of(Point const& origin, Point const& direction
     Point const upright = cross(fromA, toB);
     double const v = dot(direction, upright) / determinant;
     double const distance = dot(toC, upright) / determinant;
-    // A hair outside, so that no line slips through between two triangles. Not a number where the determinant is 0.
+    // A hair outside, so that no line slips through between two triangles. Not a number where the determinant
+    // is 0.
     constexpr double HAIR = 1e-12;
     bool const isCrossed = u >= -HAIR && v >= -HAIR && u + v <= 1 + HAIR && std::isfinite(distance);
     return isCrossed ? std::optional<Crossing>({distance, std::clamp(u, 0.0, 1.0), std::clamp(v, 0.0, 1.0)})

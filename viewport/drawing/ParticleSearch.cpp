@@ -33,8 +33,8 @@ struct All {
     bool takesNext() { return true; }
 };
 
-/// The choice of the library, which draws a system as it is: the next one is taken if those taken so far are no larger
-/// part than the percentage.
+/// The choice of the library, which draws a system as it is: the next one is taken if those taken so far are
+/// no larger part than the percentage.
 class EvenParts {
 public:
     EvenParts(unsigned int count, float percent)
@@ -60,8 +60,8 @@ private:
     float taken = 0;
 };
 
-/// Whether the library draws the system as it is. Where it draws chunk by chunk, for want of memory, it chooses others;
-/// depths tell then.
+/// Whether the library draws the system as it is. Where it draws chunk by chunk, for want of memory, it
+/// chooses others; depths tell then.
 bool isDrawnDirectly(toolkit::ParticleLook const& look) {
     constexpr unsigned int NONE = ParticleChannel_v2::NONE;
     return look.colorChannel == NONE && look.sizeChannel == NONE &&
@@ -97,7 +97,8 @@ private:
     double reach;
 };
 
-/// As the effect draws them: discs in the middle's depth, whose pixels come nearer by the height of the ball above them.
+/// As the effect draws them: discs in the middle's depth, whose pixels come nearer by the height of the ball
+/// above them.
 class Spheres {
 public:
     Spheres(ParticleSystemChunk_v2 const& chunk, DrawnCloud const& drawn, ScreenPlace const& screen,

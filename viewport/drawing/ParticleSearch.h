@@ -16,13 +16,13 @@ struct DrawnCloud {
     double lineWidth = 1;                                        ///< of arrows, pixels
 };
 
-/// Finds the particle that a point of the screen shows, among millions: its record, whose particle in the frame
-/// CloudRecords tells.
+/// Finds the particle that a point of the screen shows, among millions: its record, whose particle in the
+/// frame CloudRecords tells.
 ///
-/// It looks at the particles that are drawn, at their sizes and vectors: those whose shape covers the point, and of them
-/// the one whose depth there is the one that was read. So nothing is found that hides behind another particle, and no
-/// particle that the drawing left out. Of points and arrows of lines at the same depth, as flat data have them, it is
-/// the one whose middle is nearest.
+/// It looks at the particles that are drawn, at their sizes and vectors: those whose shape covers the point,
+/// and of them the one whose depth there is the one that was read. So nothing is found that hides behind
+/// another particle, and no particle that the drawing left out. Of points and arrows of lines at the same
+/// depth, as flat data have them, it is the one whose middle is nearest.
 ///
 /// Plain arithmetic, one pass over the particles; allocates nothing.
 /// \param view that they were drawn with

@@ -129,7 +129,8 @@ std::vector<Picker::Hit> Picker::_drawClouds(PictureSize const& size, double x, 
     if (clouds.empty()) {
         return hits;
     }
-    // Points are lost whose middle is outside of what is seen, and ends of lines are drawn otherwise: more is seen than read.
+    // Points are lost whose middle is outside of what is seen, and ends of lines are drawn otherwise: more is
+    // seen than read.
     constexpr int ALL = SIDE + 2 * BEYOND;
     glViewport(-BEYOND, -BEYOND, ALL, ALL);
     camera.load({x - PICK_REACH - BEYOND, size.height - y - PICK_REACH - BEYOND, ALL, ALL});

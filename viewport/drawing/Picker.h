@@ -19,13 +19,16 @@
 namespace vellum::viewport {
 
 /// Finds what is at a pixel, or within two pixels of it. Handles of the gizmo come before everything else,
-/// then what is nearer to the viewer. What is below the water of a sea is not found; the water itself is nothing.
+/// then what is nearer to the viewer. What is below the water of a sea is not found; the water itself is
+/// nothing.
 ///
-/// Where the scene keeps what the files say, it also finds the particle, or the place on a mesh: the one that the pixel
-/// itself shows, or else the nearest pixel within reach. Meshes that are drawn as wireframes or boxes have no places.
+/// Where the scene keeps what the files say, it also finds the particle, or the place on a mesh: the one that
+/// the pixel itself shows, or else the nearest pixel within reach. Meshes that are drawn as wireframes or
+/// boxes have no places.
 ///
-/// It draws with everything that it was given, all of which must outlive it. Where there are particles or a sea, it
-/// draws into the lower left corner of the current framebuffer, of five pixels: what was drawn before is lost there.
+/// It draws with everything that it was given, all of which must outlive it. Where there are particles or a
+/// sea, it draws into the lower left corner of the current framebuffer, of five pixels: what was drawn before
+/// is lost there.
 class Picker {
 public:
     /// \param hasSurfaces the triangles of models are drawn filled

@@ -11,8 +11,8 @@ namespace vellum::viewport {
 /// How far from the middle of its pixel a click looks for something, pixels to each side.
 constexpr double PICK_REACH = 2.5;
 
-/// Where things are on the screen as seen from one of its points, in pixels. What is linear in a place comes before the
-/// division by `w`, which only the few things need that are near.
+/// Where things are on the screen as seen from one of its points, in pixels. What is linear in a place comes
+/// before the division by `w`, which only the few things need that are near.
 ///
 ///     ScreenPlace const screen(view, 2.5, 2.5);
 ///     ScreenPlace::Point const p = screen.of(place);
@@ -21,7 +21,8 @@ constexpr double PICK_REACH = 2.5;
 /// Plain arithmetic.
 class ScreenPlace {
 public:
-    /// A place, or the difference of two, in clip space: x and y times the pixels from the point, to the right and up.
+    /// A place, or the difference of two, in clip space: x and y times the pixels from the point, to the
+    /// right and up.
     struct Point {
         double x;
         double y;
@@ -77,7 +78,8 @@ private:
     double rows[4][4];
 };
 
-/// The part of a line from its first end, 0, to its second one, 1, that is between the near and the far plane.
+/// The part of a line from its first end, 0, to its second one, 1, that is between the near and the far
+/// plane.
 struct LinePart {
     double from = 0;
     double to = 1;

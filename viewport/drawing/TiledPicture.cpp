@@ -116,7 +116,8 @@ Region TiledPicture::_regionOfTile(int left, int top) const {
             static_cast<double>(tiling.height + 2 * tiling.margin)};
 }
 
-/// Makes each pixel of the tile the mean of its samples. No others are read: of the last tile of a row most may lie outside.
+/// Makes each pixel of the tile the mean of its samples. No others are read: of the last tile of a row most
+/// may lie outside.
 void TiledPicture::_shrinkInto(Picture& picture, int left, int top, OffscreenContext const& context) const {
     int const side = tiling.samplesPerSide;
     int const width = std::min(tiling.width, picture.width - left);

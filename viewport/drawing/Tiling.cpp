@@ -36,7 +36,8 @@ Tiling Tiling::ofSameShape(PictureSize const& size) {
 }
 
 Tiling Tiling::ofOneTile(PictureSize const& size) {
-    // Four times as many samples as pixels, each in the buffer four times, should take no more than some 250 MB.
+    // Four times as many samples as pixels, each in the buffer four times, should take no more than some 250
+    // MB.
     constexpr double LARGEST_SMOOTHED_TILE = 2e6;
     constexpr int LARGEST_ONE_TILE = 4096;
     return tilingOf(size, LARGEST_SMOOTHED_TILE, tileCount(size.width, LARGEST_ONE_TILE),

@@ -33,8 +33,8 @@ std::unique_ptr<ColorKey> keyOfParticles(ParticleStyle const& style, PictureSize
     return style.legend ? std::make_unique<ColorLegend>(*style.legend, size, right) : nullptr;
 }
 
-/// What says what the colors of particles and meshes mean, or null. Where they show different things the bar of the
-/// meshes, for which was asked, stands in the usual place, and the key of the particles at its left.
+/// What says what the colors of particles and meshes mean, or null. Where they show different things the bar
+/// of the meshes, for which was asked, stands in the usual place, and the key of the particles at its left.
 std::unique_ptr<ColorKey> keyOf(ParticleStyle const& style, PictureSize const& size,
                                 std::vector<Fault>& notes) {
     if (!style.meshScale) {
@@ -72,8 +72,8 @@ Box3<double> boxInScene(Scene const& scene, Box3<double> const& box) {
     return boxAround(corners);
 }
 
-/// Tells points again that came shortly before: formats that repeat vertices do so near each other. A camera sees all points
-/// where it sees each once.
+/// Tells points again that came shortly before: formats that repeat vertices do so near each other. A camera
+/// sees all points where it sees each once.
 class RecentPoints {
 public:
     bool isNew(Point const& p) {

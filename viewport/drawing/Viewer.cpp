@@ -82,7 +82,8 @@ void Viewer::drawDepths(PictureSize const& size, Region const& region, int sampl
     _layOut(size);
     Sampling const sampling(samplesPerSide, size);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    // The samples of a pixel would be averaged when they are read, and a rim would be somewhere between two surfaces.
+    // The samples of a pixel would be averaged when they are read, and a rim would be somewhere between two
+    // surfaces.
     glDisable(GL_MULTISAMPLE);
     layout.camera.load(region);
     _drawSubjects(sampling);
@@ -254,8 +255,9 @@ bool Viewer::_isGroundShown() const {
 void Viewer::_placeLights() const {
     glMatrixMode(GL_MODELVIEW);
     glLoadIdentity();
-    // The cameras of the views along an axis leave their orientation to the projection, so light is computed in the world's
-    // frame there, with the viewer at +z whatever the view: highlights would be in wrong places and are left out.
+    // The cameras of the views along an axis leave their orientation to the projection, so light is computed
+    // in the world's frame there, with the viewer at +z whatever the view: highlights would be in wrong
+    // places and are left out.
     toolkit::ScreenAxes const screen = toolkit::screenAxes(layout.camera.view());
     float const specular = layout.camera.isAlongAxis() ? 0.0F : 1.0F;
     toolkit::setHeadLights(screen, specular);

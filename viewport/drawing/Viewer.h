@@ -29,8 +29,8 @@
 
 namespace vellum::viewport {
 
-/// Draws a scene through the render layer into the current framebuffer: background, ground, models, particles,
-/// the gizmo over them, and the axes in the corner; or finds what is at a pixel.
+/// Draws a scene through the render layer into the current framebuffer: background, ground, models,
+/// particles, the gizmo over them, and the axes in the corner; or finds what is at a pixel.
 ///
 ///     std::unique_ptr<Core_RL> layer(new Core_RL_GL);                 // a context is current, GLEW initialized
 ///     Viewer viewer(*layer, scene, style);
@@ -39,8 +39,8 @@ namespace vellum::viewport {
 ///
 /// A picture that is larger than the framebuffer is drawn part by part, see TiledPicture.
 ///
-/// It expects the state of a fresh context, or that of its last drawing, and leaves it changed. Scene, layer and
-/// effect must outlive it, and the context must be current until its end.
+/// It expects the state of a fresh context, or that of its last drawing, and leaves it changed. Scene, layer
+/// and effect must outlive it, and the context must be current until its end.
 class Viewer {
 public:
     /// \param effect what draws the models that have an effect, or null if there is none.
@@ -61,14 +61,15 @@ public:
     void setBackground(Background const& background) { style.background = background; }
     Background const& background() const { return style.background; }
 
-    /// Looks from elsewhere, beginning with the next drawing. Where that makes no camera, the fault is returned and the former one
-    /// stays. Not on an open sea, whose camera is the effect's.
+    /// Looks from elsewhere, beginning with the next drawing. Where that makes no camera, the fault is
+    /// returned and the former one stays. Not on an open sea, whose camera is the effect's.
     std::optional<Fault> setCamera(CameraSpec const& spec);
 
     /// Draws only a part, 0 to 1, of points and spheres; see CloudDrawing::setDetail().
     void setDetail(double part);
 
-    /// How the first cloud was drawn last, with the number of the particles of all clouds; nothing where there is none.
+    /// How the first cloud was drawn last, with the number of the particles of all clouds; nothing where
+    /// there is none.
     std::optional<toolkit::ParticleDrawing> drawnParticles() const;
 
     /// The camera of the last drawing, which framed the scene.
@@ -76,14 +77,14 @@ public:
 
     // == Editing ==
 
-    /// Moves, turns and scales an object from where its file has it; a transform that is not isDrawable() changes nothing.
-    /// Unless the camera was given a place, it frames what is shown anew.
-    /// \param object of the scene, the models first, then the clouds; others change nothing
+    /// Moves, turns and scales an object from where its file has it; a transform that is not isDrawable()
+    /// changes nothing. Unless the camera was given a place, it frames what is shown anew. \param object of
+    /// the scene, the models first, then the clouds; others change nothing
     void setTransform(std::size_t object, ObjectTransform const& transform);
     std::vector<ObjectTransform> const& transforms() const { return objectTransforms; }
 
-    /// Which gizmo is drawn: over the object that is selected, with all its handles; at the origin of the scene without
-    /// the handles of planes, where no object is.
+    /// Which gizmo is drawn: over the object that is selected, with all its handles; at the origin of the
+    /// scene without the handles of planes, where no object is.
     void setGizmo(Gizmo gizmo) { style.gizmo = gizmo; }
     void setSelected(std::optional<std::size_t> object) { selected = object; }
 
@@ -97,21 +98,23 @@ public:
     /// State: that of ViewCamera::load().
     toolkit::View view(PictureSize const& size);
 
-    /// Draws models and particles alone, for the depths that they leave behind: each pixel of the viewport has one.
+    /// Draws models and particles alone, for the depths that they leave behind: each pixel of the viewport
+    /// has one.
     void drawDepths(PictureSize const& size, Region const& region, int samplesPerSide);
 
-    /// The distance from the eye along the direction of view, in units of the files, of a value of the depth buffer;
-    /// infinite for 1. For pictures of the size that was drawn last.
+    /// The distance from the eye along the direction of view, in units of the files, of a value of the depth
+    /// buffer; infinite for 1. For pictures of the size that was drawn last.
     double distanceOf(double depth) const;
 
-    /// The fault of a camera that does not suit the scene, in pictures of this size. Nothing can be drawn then.
+    /// The fault of a camera that does not suit the scene, in pictures of this size. Nothing can be drawn
+    /// then.
     std::optional<Fault> cameraFault(PictureSize const& size);
 
     /// What a picture of this size has no room for.
     std::vector<Fault> const& notes(PictureSize const& size);
 
-    /// Draws what colors mean, a bar of values or a list of kinds, into a finished picture; nothing where there is
-    /// neither or no room for it.
+    /// Draws what colors mean, a bar of values or a list of kinds, into a finished picture; nothing where
+    /// there is neither or no room for it.
     void drawLabels(Picture& picture);
 
     /// What is at the pixel of a picture of this size, or nothing; see Picker.

@@ -16,8 +16,8 @@ using GivenTransforms = std::map<std::size_t, ObjectTransform>;
 /// Those of all objects of a scene.
 std::vector<ObjectTransform> transformsOf(GivenTransforms const& transforms, Scene const& scene);
 
-/// Why transforms do not suit a scene: they are of objects that do not exist, or that numbers do not reach. Objects are counted
-/// from 1 in these words.
+/// Why transforms do not suit a scene: they are of objects that do not exist, or that numbers do not reach.
+/// Objects are counted from 1 in these words.
 std::optional<std::string> misfitOf(GivenTransforms const& transforms, Scene const& scene);
 
 /// Leaves out those that do not suit a scene.

@@ -14,7 +14,8 @@ using Point = Vector3<double>;
 
 using constants::d::PI;
 
-// Sine of the angle below which an axis is a point of the screen and a plane a line: a pixel would be a long way there.
+// Sine of the angle below which an axis is a point of the screen and a plane a line: a pixel would be a long
+// way there.
 constexpr double END_ON = 0.05;
 
 // Cosine of the angle between an axis and the view below which its circle is a line of the screen.

@@ -11,18 +11,19 @@
 
 namespace vellum::viewport {
 
-/// The directions of a gizmo's handles, in axes of the files: a gizmo that moves has the axes of the files, those that turn
-/// and scale have the axes of the object, which turn with it.
+/// The directions of a gizmo's handles, in axes of the files: a gizmo that moves has the axes of the files,
+/// those that turn and scale have the axes of the object, which turn with it.
 Rotation handlesOf(Gizmo gizmo, ObjectTransform const& transform);
 
-/// A drag of a handle of a gizmo, from the press of the button to its release. What is grabbed stays under the cursor.
+/// A drag of a handle of a gizmo, from the press of the button to its release. What is grabbed stays under
+/// the cursor.
 ///
 ///     GizmoDrag drag(scene, object, Gizmo::MOVE, handleNamed(picked.name), transform, view, x, y);     // pressed
 ///     viewer.setTransform(object, drag.update(x, y, isControlDown));                                    // moved
 ///     undo.push({object, "Move", drag.before(), drag.after()});                                         // released
 ///
-/// A handle that is seen edge on, a cursor beyond the horizon of a plane, and numbers that are not finite leave the
-/// object as it is. No result has a scale of 0, or of another sign than before.
+/// A handle that is seen edge on, a cursor beyond the horizon of a plane, and numbers that are not finite
+/// leave the object as it is. No result has a scale of 0, or of another sign than before.
 class GizmoDrag {
 public:
     /// \param object of the scene; it must exist
@@ -41,7 +42,8 @@ public:
     ObjectTransform const& before() const { return start; }
     ObjectTransform const& after() const { return now; }
 
-    /// The step of moves that snap, in units of the files: 1, 2 or 5 times a power of ten, about a twentieth of the object.
+    /// The step of moves that snap, in units of the files: 1, 2 or 5 times a power of ten, about a twentieth
+    /// of the object.
     double moveStep() const { return step; }
 
 private:

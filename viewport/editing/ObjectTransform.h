@@ -11,8 +11,8 @@
 
 namespace vellum::viewport {
 
-/// How an object of a scene is moved, turned and scaled from where its file has it: scaled along its own axes, then turned,
-/// both about its pivot, then moved. In axes and units of the files.
+/// How an object of a scene is moved, turned and scaled from where its file has it: scaled along its own
+/// axes, then turned, both about its pivot, then moved. In axes and units of the files.
 ///
 ///     ObjectTransform transform;
 ///     transform.translation = {0, 0, 2.5};
@@ -31,7 +31,8 @@ struct ObjectTransform {
 
     bool isIdentity() const { return *this == ObjectTransform(); }
 
-    /// Whether all numbers are finite, the rotation has unit length and no scale is 0. Others must not be drawn with.
+    /// Whether all numbers are finite, the rotation has unit length and no scale is 0. Others must not be
+    /// drawn with.
     bool isValid() const;
 
     /// Whether the object is mirrored: what was in front of a triangle is then behind it.
@@ -54,8 +55,8 @@ struct ObjectTransform {
     bool operator!=(ObjectTransform const& other) const { return !(*this == other); }
 };
 
-/// Whether an object can be drawn with a transform: it is valid, and its numbers are not so extreme that OpenGL would lose
-/// them.
+/// Whether an object can be drawn with a transform: it is valid, and its numbers are not so extreme that
+/// OpenGL would lose them.
 bool isDrawable(ObjectTransform const& transform, Scene const& scene, std::size_t object);
 
 // == Objects of a scene ==

@@ -26,10 +26,12 @@ public:
     /// Older steps than these are forgotten.
     static constexpr std::size_t LIMIT = 1000;
 
-    /// Adds what was done. What had been taken back cannot be done again then. A step that changes nothing is left out.
+    /// Adds what was done. What had been taken back cannot be done again then. A step that changes nothing is
+    /// left out.
     void push(TransformStep step);
 
-    /// Takes the last step back: the caller gives the object the transform `before`. Nothing where there is none.
+    /// Takes the last step back: the caller gives the object the transform `before`. Nothing where there is
+    /// none.
     std::optional<TransformStep> undo();
 
     /// Does again what was taken back last: the caller gives the object the transform `after`.

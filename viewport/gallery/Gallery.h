@@ -22,8 +22,9 @@ struct GallerySettings {
     std::vector<std::string> only;  ///< files of the pictures to draw; empty for all
 };
 
-/// Draws the pictures of a list and writes the page that shows them. Standard output says what is being drawn, standard
-/// error what went wrong. Neither a fault nor an interruption leaves a temporary file or half a picture.
+/// Draws the pictures of a list and writes the page that shows them. Standard output says what is being
+/// drawn, standard error what went wrong. Neither a fault nor an interruption leaves a temporary file or half
+/// a picture.
 class Gallery {
 public:
     enum ExitStatus { DONE = 0, FAILURE = 1, USAGE_ERROR = 2, NO_GL = 3 };

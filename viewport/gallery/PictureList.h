@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-/// The list of the gallery's pictures: a text file that says what each picture is called, what it shows and what the
-/// page writes below it. The comment at the head of pictures.txt describes the statements.
+/// The list of the gallery's pictures: a text file that says what each picture is called, what it shows and
+/// what the page writes below it. The comment at the head of pictures.txt describes the statements.
 namespace vellum::gallery {
 
 /// One tile of a contact sheet: a picture of vl_viewport over its label.
@@ -36,7 +36,8 @@ struct ListedPicture {
 /// What "{name}" in an argument stands for.
 using ListVariables = std::map<std::string, std::string>;
 
-/// Understands the text of a list. The first line that is wrong is the fault; `file` is the name of the text in it.
+/// Understands the text of a list. The first line that is wrong is the fault; `file` is the name of the text
+/// in it.
 viewport::Result<std::vector<ListedPicture>> parsePictureList(std::string_view text, std::string const& file);
 
 /// Reads a list from a file.
@@ -45,8 +46,9 @@ viewport::Result<std::vector<ListedPicture>> readPictureList(std::string const& 
 /// Is there a value for each variable that the picture needs?
 bool hasAllNeeds(ListedPicture const& picture, ListVariables const& variables);
 
-/// Puts the values of the variables into the arguments of a picture and its tiles, so that an argument without a value
-/// is found before anything is drawn. A variable without a value and a brace without its partner are faults of `file`.
+/// Puts the values of the variables into the arguments of a picture and its tiles, so that an argument
+/// without a value is found before anything is drawn. A variable without a value and a brace without its
+/// partner are faults of `file`.
 viewport::Result<ListedPicture> withVariables(ListedPicture picture, ListVariables const& variables,
                                               std::string const& file);
 

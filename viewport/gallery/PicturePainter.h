@@ -13,8 +13,8 @@ namespace vellum::gallery {
 
 class ProgramRunner;
 
-/// Draws the pictures of a list: sheets with the render layer, in this process; the others by running vl_viewport. A
-/// picture replaces an earlier one of its name only once it is complete.
+/// Draws the pictures of a list: sheets with the render layer, in this process; the others by running
+/// vl_viewport. A picture replaces an earlier one of its name only once it is complete.
 class PicturePainter {
 public:
     /// \param viewport the program vl_viewport.

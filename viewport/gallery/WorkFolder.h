@@ -4,8 +4,9 @@
 
 namespace vellum::gallery {
 
-/// A hidden folder inside the gallery's folder, removed with all that is in it at the end of the scope. A picture that
-/// is finished in it is renamed into the gallery, which takes one step as both lie on one file system.
+/// A hidden folder inside the gallery's folder, removed with all that is in it at the end of the scope. A
+/// picture that is finished in it is renamed into the gallery, which takes one step as both lie on one file
+/// system.
 class WorkFolder {
 public:
     explicit WorkFolder(std::string const& parent);  ///< makes the folder; see isValid()

@@ -60,8 +60,8 @@ public:
         addSquare({a.x, a.y, a.z}, {b.x, a.y, a.z}, {b.x, a.y, b.z}, {a.x, a.y, b.z});
     }
 
-    /// The surface of a profile that is turned about a vertical axis. The profile runs from t = 0 at the top to t = 1
-    /// at the bottom; `radius` and `height` give its points.
+    /// The surface of a profile that is turned about a vertical axis. The profile runs from t = 0 at the top
+    /// to t = 1 at the bottom; `radius` and `height` give its points.
     void addTurned(Point const& foot, std::function<double(double)> const& radius,
                    std::function<double(double)> const& height) {
         constexpr unsigned int RINGS = 96;
@@ -233,8 +233,8 @@ double landHeight(double x, double z) {
     return std::clamp(sum * border(x) * border(z) * 1.15, 0.0, 1.0);
 }
 
-/// Writes the map: the height as displacement along y, half gray (no displacement) for x and z. 16 bits per channel,
-/// because 8 bits would show steps.
+/// Writes the map: the height as displacement along y, half gray (no displacement) for x and z. 16 bits per
+/// channel, because 8 bits would show steps.
 bool writeLand(std::string const& path) {
     constexpr unsigned int SIZE = 512;
     std::vector<std::uint16_t> texels;

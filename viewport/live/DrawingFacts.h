@@ -14,12 +14,13 @@ struct DrawingFacts {
     double framesPerSecond = 0;  ///< while they follow each other; 0: the last one stands alone
     double cpuSeconds = 0;       ///< until OpenGL had all calls
     double seconds = 0;          ///< until it had drawn
-    /// How the first cloud of particles was drawn, with the number of those of all clouds; nothing: there is none.
+    /// How the first cloud of particles was drawn, with the number of those of all clouds; nothing: there is
+    /// none.
     std::optional<toolkit::ParticleDrawing> particles;
 };
 
-/// How many frames follow each other in a second. A pause begins the count anew: frames that are drawn only when something changes
-/// say nothing about how fast they could be.
+/// How many frames follow each other in a second. A pause begins the count anew: frames that are drawn only
+/// when something changes say nothing about how fast they could be.
 class FrameRate {
 public:
     static constexpr double LONGEST_PAUSE = 0.5;  ///< seconds

@@ -7,8 +7,8 @@
 
 namespace vellum::viewport {
 
-/// Notices that files are written or replaced. It waits until nothing has happened to them for a while, since programs write in
-/// several steps.
+/// Notices that files are written or replaced. It waits until nothing has happened to them for a while, since
+/// programs write in several steps.
 ///
 ///     FileWatch watch(wakeTheWindow);
 ///     watch.setFiles({"run.dump"});
@@ -26,8 +26,8 @@ public:
     FileWatch(FileWatch const&) = delete;
     FileWatch& operator=(FileWatch const&) = delete;
 
-    /// Watches these in place of the former ones, and forgets what happened to those. Files need not exist yet; standard input and
-    /// files in folders that do not exist are not watched.
+    /// Watches these in place of the former ones, and forgets what happened to those. Files need not exist
+    /// yet; standard input and files in folders that do not exist are not watched.
     void setFiles(std::vector<std::string> const& files);
 
     /// Whether a file has changed since the last call.

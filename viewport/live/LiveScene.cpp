@@ -60,7 +60,8 @@ void LiveScene::_makeViewer() {
     viewer->setBackground(background);
     _showGizmo();
     if (drawnSize.width > 0) {
-        // It has a camera before it has drawn: the mouse may move it first. A fault is that of the next drawing.
+        // It has a camera before it has drawn: the mouse may move it first. A fault is that of the next
+        // drawing.
         static_cast<void>(viewer->cameraFault(drawnSize));
     }
 }

@@ -22,15 +22,16 @@
 
 namespace vellum::viewport {
 
-/// A scene that is looked at for a while, on one context: drawn fast while something moves, and with all its pixels, as in a
-/// picture on the disk, when it rests. It knows no window system.
+/// A scene that is looked at for a while, on one context: drawn fast while something moves, and with all its
+/// pixels, as in a picture on the disk, when it rests. It knows no window system.
 ///
 ///     Result<std::unique_ptr<LiveScene>> live = LiveScene::make(layer, options, std::move(subject), aspect);
 ///     scene.setCamera(Navigation(scene.scene(), scene.camera()).orbit(dx, dy));
 ///     scene.draw(size);                                   // while the mouse moves
 ///     Result<Picture> const picture = scene.picture(size); // when it rests; the same as with --out
 ///
-/// Of the options it takes the first picture's. The layer must outlive it, and the context is current to its end.
+/// Of the options it takes the first picture's. The layer must outlive it, and the context is current to its
+/// end.
 class LiveScene {
 public:
     /// A fault where the subject cannot be drawn here.
@@ -41,13 +42,13 @@ public:
     LiveScene(LiveScene const&) = delete;
     LiveScene& operator=(LiveScene const&) = delete;
 
-    /// Draws another subject, such as another frame of the same files. A fault where it cannot be drawn: the scene then draws nothing
-    /// and is to be replaced.
-    /// \param words as in make()
+    /// Draws another subject, such as another frame of the same files. A fault where it cannot be drawn: the
+    /// scene then draws nothing and is to be replaced. \param words as in make()
     std::optional<Fault> show(Options const& options, Subject other, double aspect,
                               std::vector<Fault>* words = nullptr);
 
-    /// Draws the same subject otherwise. The options must differ from the former ones only in what `LookChange` calls a look.
+    /// Draws the same subject otherwise. The options must differ from the former ones only in what
+    /// `LookChange` calls a look.
     void setLook(Options const& options);
 
     /// A fault, and the former camera, where that makes none.
@@ -56,7 +57,8 @@ public:
 
     // == Editing ==
 
-    /// Moves, turns and scales an object from where its file has it; one that cannot be drawn changes nothing. The camera stays.
+    /// Moves, turns and scales an object from where its file has it; one that cannot be drawn changes
+    /// nothing. The camera stays.
     void setTransform(std::size_t object, ObjectTransform const& transform);
 
     /// The object that the gizmo is over; nothing: no gizmo is shown.
@@ -78,9 +80,9 @@ public:
     Scene const& scene() const { return subject.scene; }
     Subject const& shown() const { return subject; }
 
-    /// Draws into the current framebuffer, one sample for each of its pixels, without labels. Particles thin out where a frame takes
-    /// longer than the budget. What is transparent is drawn as checkers.
-    /// State: that of Viewer::draw().
+    /// Draws into the current framebuffer, one sample for each of its pixels, without labels. Particles thin
+    /// out where a frame takes longer than the budget. What is transparent is drawn as checkers. State: that
+    /// of Viewer::draw().
     void draw(PictureSize const& size);
 
     /// How long draw() may take until particles thin out.
@@ -98,11 +100,12 @@ public:
     /// The next draw() shows all particles.
     void rest() { setDetail(1); }
 
-    /// What explains the colors, alone: a picture with opacities, of what drawLabels() of a viewer draws. Nothing where there is nothing.
+    /// What explains the colors, alone: a picture with opacities, of what drawLabels() of a viewer draws.
+    /// Nothing where there is nothing.
     std::optional<Picture> labels(PictureSize const& size);
 
-    /// The scene as --out draws it, whatever has been drawn before. With the background of the options, which may be transparent.
-    /// A fault where the driver has no buffer for it.
+    /// The scene as --out draws it, whatever has been drawn before. With the background of the options, which
+    /// may be transparent. A fault where the driver has no buffer for it.
     Result<Picture> picture(PictureSize const& size);
 
     /// What is at a pixel of a picture of this size. The framebuffer is used up.

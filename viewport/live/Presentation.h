@@ -38,8 +38,8 @@ public:
     /// Prepares what pictures of this shape share; to be called before viewer(), again for each shape.
     std::optional<Lack> prepare(double aspect);
 
-    /// Draws another subject from now on, which must outlive this; also the same one after it has changed. There must be no
-    /// viewer of the one before, and prepare() is to be called again.
+    /// Draws another subject from now on, which must outlive this; also the same one after it has changed.
+    /// There must be no viewer of the one before, and prepare() is to be called again.
     void show(Subject& other);
 
     /// What the user is to know of what prepare() did; each only once, whatever the number of subjects.

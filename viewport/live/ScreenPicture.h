@@ -5,8 +5,8 @@
 
 namespace vellum::viewport {
 
-/// A picture that is kept in a texture and shown again and again, pixel by pixel, while only what is over it changes. Needs a current
-/// context to its end.
+/// A picture that is kept in a texture and shown again and again, pixel by pixel, while only what is over it
+/// changes. Needs a current context to its end.
 class ScreenPicture {
 public:
     ScreenPicture() = default;
@@ -17,7 +17,8 @@ public:
     /// Takes over a picture.  State: none is left changed.
     void set(Picture const& picture);
 
-    /// Takes over what has been drawn into the lower left corner of the framebuffer.  State: none is left changed.
+    /// Takes over what has been drawn into the lower left corner of the framebuffer.  State: none is left
+    /// changed.
     void copy(PictureSize const& size);
 
     void clear();  ///< There is no picture then.

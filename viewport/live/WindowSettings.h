@@ -9,7 +9,8 @@
 
 namespace vellum::viewport {
 
-/// What a window keeps from one run to the next. A file of it is never needed: what it lacks is as by default.
+/// What a window keeps from one run to the next. A file of it is never needed: what it lacks is as by
+/// default.
 ///
 ///     WindowSettings settings;
 ///     std::optional<Fault> const note = settings.load(WindowSettings::userFile());
@@ -28,12 +29,12 @@ public:
     /// vl_viewport/window.json in $XDG_CONFIG_HOME, or else in ~/.config. Empty where there is neither.
     static std::string userFile();
 
-    /// Reads them and keeps the path for save(). A fault where the file is damaged: it is then not taken, and replaced by save().
-    /// No file is no fault.
+    /// Reads them and keeps the path for save(). A fault where the file is damaged: it is then not taken, and
+    /// replaced by save(). No file is no fault.
     std::optional<Fault> load(std::string const& file);
 
-    /// Writes them, complete or not at all, where they differ from what was read or written last. Makes the folder. A fault where it
-    /// cannot be written.
+    /// Writes them, complete or not at all, where they differ from what was read or written last. Makes the
+    /// folder. A fault where it cannot be written.
     std::optional<Fault> save();
 
     /// What has been open, the last one first; absolute paths.

@@ -331,7 +331,8 @@ void Workspace::_forgetEdits() {
     steps.clear();
 }
 
-/// Shows again what was shown before: what is wanted could not be drawn. It stays wanted, for whoever corrects it.
+/// Shows again what was shown before: what is wanted could not be drawn. It stays wanted, for whoever
+/// corrects it.
 void Workspace::_goBack() {
     isRefused = true;
     isGoingBack = openContent != nullptr;

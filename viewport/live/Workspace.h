@@ -25,8 +25,8 @@
 
 namespace vellum::viewport {
 
-/// What a window has open, and all that may be done with it. It knows no window system: its owner passes what the user does and
-/// calls update() every frame.
+/// What a window has open, and all that may be done with it. It knows no window system: its owner passes what
+/// the user does and calls update() every frame.
 ///
 ///     Workspace workspace(options);                 // a context is current, GLEW started
 ///     while (...) {
@@ -37,8 +37,9 @@ namespace vellum::viewport {
 ///         workspace.apply(options);
 ///     }
 ///
-/// Files are read on another thread. What was open stays until what replaces it is there; a fault leaves it as it was. Other frames of
-/// what is open are read ahead, without opening the files again; the last one that is asked for is shown in the end.
+/// Files are read on another thread. What was open stays until what replaces it is there; a fault leaves it
+/// as it was. Other frames of what is open are read ahead, without opening the files again; the last one that
+/// is asked for is shown in the end.
 class Workspace {
 public:
     /// \param wake ends a wait of the owner; called on any thread
@@ -47,11 +48,12 @@ public:
     /// What is shown, or will be shown as soon as it is loaded.
     Options const& options() const { return wanted; }
 
-    /// Shows something else. Does what has to be done again, and no more; what has to be read or prepared is there after some update().
+    /// Shows something else. Does what has to be done again, and no more; what has to be read or prepared is
+    /// there after some update().
     void apply(Options const& options);
 
-    /// Looks from elsewhere, at once. Where that makes no camera, nothing changes. Other files that are being loaded are seen whole all
-    /// the same.
+    /// Looks from elsewhere, at once. Where that makes no camera, nothing changes. Other files that are being
+    /// loaded are seen whole all the same.
     void setCamera(CameraSpec const& spec);
 
     /// Writes the picture of the scene, as --out does, without a gizmo; see fault().
@@ -76,7 +78,8 @@ public:
     /// \param aspect of the picture
     bool update(double aspect);
 
-    /// Whether the objects of the scene are others since the last call: what refers to them is to be given up.
+    /// Whether the objects of the scene are others since the last call: what refers to them is to be given
+    /// up.
     bool takeReplaced() { return std::exchange(isReplaced, false); }
 
     /// Stops loading; what was open stays.
@@ -93,12 +96,12 @@ public:
     /// One that does not exist selects nothing.
     void select(std::optional<std::size_t> object);
 
-    /// Where an object is drawn: identity where it was not moved, or does not exist. While it is dragged, where it was before.
+    /// Where an object is drawn: identity where it was not moved, or does not exist. While it is dragged,
+    /// where it was before.
     ObjectTransform transform(std::size_t object) const;
 
-    /// Moves, turns and scales an object from where its file has it, as one step that can be undone. The camera stays. One that
-    /// cannot be drawn changes nothing.
-    /// \param label what is done, for a menu
+    /// Moves, turns and scales an object from where its file has it, as one step that can be undone. The
+    /// camera stays. One that cannot be drawn changes nothing. \param label what is done, for a menu
     void setTransform(std::size_t object, ObjectTransform const& transform, std::string const& label);
 
     /// Shows an object elsewhere for the time of a drag; setTransform() makes it last.
@@ -138,7 +141,8 @@ public:
     std::optional<Fault> const& fault() const { return lastFault; }
     void forgetFault() { lastFault.reset(); }
 
-    /// What led to the last fault of drawing, such as the words of the driver's compiler; kept until something else is shown.
+    /// What led to the last fault of drawing, such as the words of the driver's compiler; kept until
+    /// something else is shown.
     std::vector<Fault> const& faultWords() const { return words; }
 
     /// A request of the owner's failed.

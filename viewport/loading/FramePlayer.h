@@ -18,7 +18,8 @@
 
 namespace vellum::viewport {
 
-/// Reads the frames of what is open and makes them ready to be drawn, on a thread of its own and ahead of the one that is shown:
+/// Reads the frames of what is open and makes them ready to be drawn, on a thread of its own and ahead of the
+/// one that is shown:
 ///
 ///     FramePlayer player(options, content);
 ///     player.show(7);
@@ -26,8 +27,8 @@ namespace vellum::viewport {
 ///         if (std::optional<LoadOutcome> outcome = player.poll())
 ///             if (outcome->loaded) ...                               // frame 7
 ///
-/// Files are not opened again, so a frame costs what its own rows cost. A frame is what Content::load() and Subject::prepare() give
-/// for its number, to the bit.
+/// Files are not opened again, so a frame costs what its own rows cost. A frame is what Content::load() and
+/// Subject::prepare() give for its number, to the bit.
 ///
 /// No call waits, except for the destructor. All of them come from one thread. It makes no OpenGL call.
 class FramePlayer {
@@ -51,8 +52,8 @@ public:
     /// Makes frames ready with other options from now on. Frames that were read ahead are read again.
     void setOptions(Options const& options);
 
-    /// Asks for a frame, which must exist. While one is on its way, the last of those that are asked for follows it, and the others
-    /// are forgotten: so that something is shown however fast they are asked for.
+    /// Asks for a frame, which must exist. While one is on its way, the last of those that are asked for
+    /// follows it, and the others are forgotten: so that something is shown however fast they are asked for.
     void show(std::size_t frame);
 
     /// The frame that is asked for and was not taken yet.
@@ -61,8 +62,8 @@ public:
     /// Nobody waits for a frame any more.
     void forget();
 
-    /// A frame that was asked for, once; nothing as long as there is none. Of its options the frame alone counts: the others may
-    /// have changed meanwhile where that does not change what is made ready.
+    /// A frame that was asked for, once; nothing as long as there is none. Of its options the frame alone
+    /// counts: the others may have changed meanwhile where that does not change what is made ready.
     std::optional<LoadOutcome> poll();
 
 private:

@@ -148,7 +148,8 @@ void Loader::_run(Job& job, std::function<void()> const& wake) {
 }
 
 void Loader::_load(Job& job) {
-    // Nobody but this thread looks at the outcome before the job is done; its notes alone grow under the lock.
+    // Nobody but this thread looks at the outcome before the job is done; its notes alone grow under the
+    // lock.
     std::optional<Fault> fault;
     try {
         JobObserver observer(job);

@@ -51,14 +51,15 @@ public:
     ///     may be empty. It must not call the loader.
     explicit Loader(std::function<void()> wake = {});
 
-    /// Cancels, and waits for the thread: a few milliseconds, or until the picture that is being decoded is done.
+    /// Cancels, and waits for the thread: a few milliseconds, or until the picture that is being decoded is
+    /// done.
     ~Loader();
     Loader(Loader const&) = delete;
     Loader& operator=(Loader const&) = delete;
 
-    /// Begins to load. What was loading before is cancelled and gives no outcome. Two loadings never run at once: the new one
-    /// begins once the thread of the one before has ended.
-    /// \param kept what the files of the options hold, if that is known; null: they are read
+    /// Begins to load. What was loading before is cancelled and gives no outcome. Two loadings never run at
+    /// once: the new one begins once the thread of the one before has ended. \param kept what the files of
+    /// the options hold, if that is known; null: they are read
     void start(Options const& options, std::shared_ptr<Content const> kept = nullptr);
 
     /// The outcome, once for each loading, or nothing as long as there is none.
@@ -70,7 +71,8 @@ public:
     /// How far it is; empty where nothing is loading.
     LoadProgress progress() const;
 
-    /// Gives up what is loading. Its outcome then says so, even where it was ready already. Nothing where nothing is loading.
+    /// Gives up what is loading. Its outcome then says so, even where it was ready already. Nothing where
+    /// nothing is loading.
     void cancel();
 
     /// The same, without an outcome.

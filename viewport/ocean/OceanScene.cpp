@@ -23,7 +23,8 @@ constexpr double FARTHEST = 12'000;
 // The distance at which water and sky meet.
 constexpr double EDGE_OF_SEA = 9'000;
 
-/// The distances of the grid's rows from the viewer. They begin behind the viewer, as waves move the first rows forward.
+/// The distances of the grid's rows from the viewer. They begin behind the viewer, as waves move the first
+/// rows forward.
 std::vector<double> rowDistances(double eyeHeight) {
     std::vector<double> distances;
     double const step = std::max(0.04, 0.012 * eyeHeight);
@@ -42,8 +43,8 @@ Point OceanScene::sunDirection() const {
     return seaDirection(view.sunElevation, view.sunAzimuth);
 }
 
-/// The angle between the middle and the sides of the water, degrees, a little wider than the view for waves that move in
-/// from beside it.
+/// The angle between the middle and the sides of the water, degrees, a little wider than the view for waves
+/// that move in from beside it.
 double OceanScene::_halfAngle() const {
     double const half = std::atan(std::tan(radians(FIELD_OF_VIEW / 2)) * view.aspect) * 180 / PI;
     return std::min(half + 4, 80.0);
@@ -106,8 +107,8 @@ void OceanScene::drawSky(Core_RL& layer) const {
 }
 
 void OceanScene::drawHaze(Core_RL& layer) const {
-    // Walls of mist, one behind the other: the farther the water, the more walls are in front of it. OpenGL's fog would
-    // not reach the shaders of the water.
+    // Walls of mist, one behind the other: the farther the water, the more walls are in front of it. OpenGL's
+    // fog would not reach the shaders of the water.
     constexpr double DISTANCES[] = {5200, 3000, 1800, 1100, 700, 450, 300, 200};
     constexpr double VEIL = 0.15;  // what one wall takes
     constexpr int STEPS = 96;

@@ -9,7 +9,8 @@
 
 namespace vellum::viewport {
 
-/// An open sea up to the horizon, seen from a boat along -z: the grid of the water, the camera, and the sky. Lengths are meters; the origin is on the still water below the viewer.
+/// An open sea up to the horizon, seen from a boat along -z: the grid of the water, the camera, and the sky.
+/// Lengths are meters; the origin is on the still water below the viewer.
 class OceanScene {
 public:
     struct View {
@@ -27,10 +28,9 @@ public:
 
     void placeCamera(Camera_RL_GL& camera) const;
 
-    /// The water: as wide as it is seen, from behind the viewer to the horizon, with triangles that grow with the
-    /// distance. Normals are +y.
-    /// \param unit the length that 1 stands for in the mesh, meters
-    /// \param patch side of the square that the texture covers, meters: a point has the coordinates (z, -x) / patch
+    /// The water: as wide as it is seen, from behind the viewer to the horizon, with triangles that grow with
+    /// the distance. Normals are +y. \param unit the length that 1 stands for in the mesh, meters \param
+    /// patch side of the square that the texture covers, meters: a point has the coordinates (z, -x) / patch
     std::unique_ptr<Mesh> water(double unit, double patch) const;
 
     // == Drawing, with the camera's matrices loaded and lighting off ==

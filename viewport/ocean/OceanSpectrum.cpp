@@ -22,8 +22,8 @@ using constants::d::PI;
 constexpr double GRAVITY = 9.81;  // meters per second squared
 
 /// The JONSWAP spectrum of a young sea: variance per angular frequency, meters squared times seconds.
-/// After K. Hasselmann and others, "Measurements of wind-wave growth and swell decay during the Joint North Sea
-/// Wave Project".
+/// After K. Hasselmann and others, "Measurements of wind-wave growth and swell decay during the Joint North
+/// Sea Wave Project".
 double jonswap(double frequency, SeaState const& state) {
     constexpr double PEAK_ENHANCEMENT = 3.3;
     double const dimensionless = GRAVITY * state.fetch / (state.windSpeed * state.windSpeed);
@@ -53,8 +53,8 @@ double density(double kx, double kz, SeaState const& state) {
     return jonswap(frequency, state) * GRAVITY / (2 * frequency) * spread / k;
 }
 
-/// Two independent numbers with the normal distribution. Spelled out, because the library's distribution is free to
-/// give other numbers on another system.
+/// Two independent numbers with the normal distribution. Spelled out, because the library's distribution is
+/// free to give other numbers on another system.
 Complex normalPair(std::mt19937& random) {
     constexpr double RANGE = 4294967296.0;
     double const radius = std::sqrt(-2 * std::log((random() + 1.0) / RANGE));
@@ -181,8 +181,8 @@ OceanSpectrum::OceanSpectrum(SeaState const& state) : seaState(state) {
             }
             double const variance = density(column * step, row * step, state) * step * step;
             totalVariance += variance;
-            // The height takes an amplitude twice, from this frequency and from the opposite one. Its square has
-            // half of the variance then; and each of the two numbers of a pair has the variance 1.
+            // The height takes an amplitude twice, from this frequency and from the opposite one. Its square
+            // has half of the variance then; and each of the two numbers of a pair has the variance 1.
             amplitudes[at(column, row)] = pair * std::sqrt(variance / 4);
         }
     }

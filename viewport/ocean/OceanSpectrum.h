@@ -53,9 +53,9 @@ double highestWater(SeaSurface const& surface, double patch, Vector2<double> con
 double meanWater(SeaSurface const& surface, double patch, Vector2<double> const& low,
                  Vector2<double> const& high);
 
-/// The waves of a patch of deep sea: a random field with the JONSWAP spectrum, spread by the squared cosine of the
-/// angle to the wind, after J. Tessendorf, "Simulating Ocean Water". Each pair of frequencies runs at its own speed,
-/// so any time can be asked for, and equal seeds give equal seas.
+/// The waves of a patch of deep sea: a random field with the JONSWAP spectrum, spread by the squared cosine
+/// of the angle to the wind, after J. Tessendorf, "Simulating Ocean Water". Each pair of frequencies runs at
+/// its own speed, so any time can be asked for, and equal seeds give equal seas.
 ///
 ///     OceanSpectrum const spectrum(SeaState{});       // a state without faults
 ///     SeaSurface const surface = spectrum.surface(12.5);
@@ -71,20 +71,20 @@ public:
 
     SeaState const& state() const { return seaState; }
 
-    /// The sum of the spectrum over all its frequencies: the expected variance of the height, square meters. The
-    /// significant wave height is four times its root.
+    /// The sum of the spectrum over all its frequencies: the expected variance of the height, square meters.
+    /// The significant wave height is four times its root.
     double expectedVariance() const { return totalVariance; }
 
-    /// The complex amplitude of the height at a time, meters: the height is the sum of amplitude * exp(i (kx x + kz z))
-    /// over kx, kz = 2 pi / patch * (column, row). Columns and rows run from -size / 2 + 1 to size / 2 - 1; the mean
-    /// and the highest frequency, which has no sign, are 0.
+    /// The complex amplitude of the height at a time, meters: the height is the sum of amplitude * exp(i (kx
+    /// x + kz z)) over kx, kz = 2 pi / patch * (column, row). Columns and rows run from -size / 2 + 1 to size
+    /// / 2 - 1; the mean and the highest frequency, which has no sign, are 0.
     std::complex<double> amplitude(int column, int row, double time) const;
 
     /// \param time seconds, at most LONGEST_TIME from 0.
     SeaSurface surface(double time) const;
 
-    /// The part of each sample that is covered with foam, 0 to 1, in the order of the surface's lists: the foam that
-    /// arises at the time, and earlier foam that has not yet faded.
+    /// The part of each sample that is covered with foam, 0 to 1, in the order of the surface's lists: the
+    /// foam that arises at the time, and earlier foam that has not yet faded.
     std::vector<float> foam(double time) const;
 
 private:
@@ -107,18 +107,19 @@ private:
     double totalVariance = 0;
 };
 
-/// A sea as a displacement map: 32-bit floats, red, green, blue, alpha. Red, green and blue are the displacement
-/// along x, y and z mapped from -1..1 to 0..1; alpha is the foam.
+/// A sea as a displacement map: 32-bit floats, red, green, blue, alpha. Red, green and blue are the
+/// displacement along x, y and z mapped from -1..1 to 0..1; alpha is the foam.
 ///
-/// The map's columns run along +z and its rows along -x: so the normals that an ocean effect takes from the map
-/// lie as its displacements do. A point of still water at (x, z) has the texture coordinates (z, -x) / patch.
+/// The map's columns run along +z and its rows along -x: so the normals that an ocean effect takes from the
+/// map lie as its displacements do. A point of still water at (x, z) has the texture coordinates (z, -x) /
+/// patch.
 struct OceanMap {
     VL_Image image;         ///< empty when memory is short
     float unit = 1;         ///< the sideways displacement that the map shows as 1, meters
     float heightScale = 1;  ///< the height that the map shows as 1, in units
 
-    /// The units depend on the state of the sea alone, not on the time. They leave room for waves of six times the
-    /// usual deviation, so that the components stay within 0..1.
+    /// The units depend on the state of the sea alone, not on the time. They leave room for waves of six
+    /// times the usual deviation, so that the components stay within 0..1.
     static OceanMap of(OceanSpectrum const& spectrum, double time);
 };
 

@@ -24,8 +24,8 @@ constexpr Color NEAR_GROUND{0.30, 0.28, 0.26};
 constexpr Color FAR_GROUND{0.10, 0.09, 0.09};
 constexpr Color WINDOW{1, 0.99, 0.95};
 
-/// The part of a direction that the window covers: two panes with a bar between them, at the upper left behind the
-/// viewer.
+/// The part of a direction that the window covers: two panes with a bar between them, at the upper left
+/// behind the viewer.
 double windowAt(double x, double y) {
     auto const within = [](double from, double to, double value) {
         constexpr double SOFTNESS = 0.012;

@@ -5,8 +5,8 @@
 
 namespace vellum::viewport {
 
-/// The environment that glass mirrors where no picture is given: a clear sky over a dark ground, and a window behind the
-/// viewer. In the layout of Glass_shader's environment, as the bytes of a Radiance HDR file.
+/// The environment that glass mirrors where no picture is given: a clear sky over a dark ground, and a window
+/// behind the viewer. In the layout of Glass_shader's environment, as the bytes of a Radiance HDR file.
 std::vector<unsigned char> skyPicture();
 
 /// A file in memory that other code can open by its path while this object lives.

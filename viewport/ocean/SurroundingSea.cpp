@@ -54,7 +54,8 @@ double largest(std::vector<float> const& values) {
     return found;
 }
 
-/// Offsets from the sun's azimuth for the edges of a dome's segments, 0 to 180 degrees: finer where its glow is.
+/// Offsets from the sun's azimuth for the edges of a dome's segments, 0 to 180 degrees: finer where its glow
+/// is.
 std::vector<double> azimuthSteps() {
     std::vector<double> steps;
     double at = 0;
@@ -155,8 +156,8 @@ SurroundingSea::Depths SurroundingSea::depths(SeaView const& view) const {
         return {(sheet.nearest - slack) * setting.unitsPerMeter,
                 (sheet.farthest + slack) * setting.unitsPerMeter};
     }
-    // No water is nearer to the eye than its clearance, or beside it than what the clearance looks at; none is above the
-    // crests.
+    // No water is nearer to the eye than its clearance, or beside it than what the clearance looks at; none
+    // is above the crests.
     double const corner = std::sqrt(1 + view.halfWidth * view.halfWidth + view.halfHeight * view.halfHeight);
     double const away = std::max(std::clamp(_clearance(view), 0.5 * LEAST_CLEARANCE, REACH_OF_HIGHEST_WATER),
                                  _inMeters(view).eye.y - crest);
@@ -224,8 +225,8 @@ void SurroundingSea::_drawDome(Core_RL& layer, SeaView const& view) const {
     }
 }
 
-/// The sky of a parallel view, which sees it only where it looks along the water: a wall behind everything, as high as the
-/// picture.
+/// The sky of a parallel view, which sees it only where it looks along the water: a wall behind everything,
+/// as high as the picture.
 void SurroundingSea::_drawWall(Core_RL& layer, SeaView const& view) const {
     constexpr int BANDS = 32;
     constexpr double DEGREES = 40;  // of the sky, from the middle of the picture to its top
@@ -259,8 +260,8 @@ void SurroundingSea::drawHaze(Core_RL& layer, SeaView const& view) const {
     layer.pushBlending(BLENDING_ALPHA);
     layer.pushColor(layer.currentColor());
     layer.begin(Primitive::QUADS);
-    // OpenGL's fog would not reach the shaders of the water. From low above the waves they hide each other, and mist must stand
-    // between them; from high up its walls would be seen as rings.
+    // OpenGL's fog would not reach the shaders of the water. From low above the waves they hide each other,
+    // and mist must stand between them; from high up its walls would be seen as rings.
     if (_inMeters(view).eye.y < HEIGHT_OF_SHEET * crest) {
         _drawMistWalls(layer, view);
     } else {

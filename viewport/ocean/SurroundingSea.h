@@ -14,11 +14,12 @@
 
 namespace vellum::viewport {
 
-/// An open sea up to the horizon around the things of a scene, at one time, with the sky over it. It can be seen by any
-/// camera above the water: the sea itself stays, and only the part of it that is drawn depends on the camera.
+/// An open sea up to the horizon around the things of a scene, at one time, with the sky over it. It can be
+/// seen by any camera above the water: the sea itself stays, and only the part of it that is drawn depends on
+/// the camera.
 ///
-/// The water carries the things: its mean height about them is at the level that is asked for. Views are given in the
-/// frame of the scene, whose up is +y.
+/// The water carries the things: its mean height about them is at the level that is asked for. Views are
+/// given in the frame of the scene, whose up is +y.
 class SurroundingSea {
 public:
     struct Setting {
@@ -36,7 +37,8 @@ public:
     /// The height of the still water in the scene.
     double stillLevel() const { return still; }
 
-    /// The fault of a camera that is no camera above the sea: its eye is in the water, or it looks up at it from below.
+    /// The fault of a camera that is no camera above the sea: its eye is in the water, or it looks up at it
+    /// from below.
     std::optional<Fault> fault(SeaView const& view) const;
 
     /// The depths along the direction of view that water and sky take, in units of the scene.

@@ -137,9 +137,9 @@ WaterSheet disc(SeaView const& view, Ground const& ground, WaterSheet::Range con
     return sheet;
 }
 
-/// What a parallel view sees of the plane. A view along the water sees it from its side: there the sheet slopes down before
-/// its near end, so that nothing is seen below it. It does not hang straight down, as all of its water would be that of one
-/// line then.
+/// What a parallel view sees of the plane. A view along the water sees it from its side: there the sheet
+/// slopes down before its near end, so that nothing is seen below it. It does not hang straight down, as all
+/// of its water would be that of one line then.
 WaterSheet rectangle(SeaView const& view, Ground const& ground, WaterSheet::Range const& range) {
     constexpr unsigned int ROWS = 600;
     constexpr unsigned int SLOPE_ROWS = 200;

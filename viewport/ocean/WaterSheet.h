@@ -16,8 +16,8 @@ struct SeaView {
     double halfWidth = 1;   ///< of what is seen: in perspective at the distance 1, else of the picture
     double halfHeight = 1;  ///< alike
 
-    /// Whether the depth of view is limited to 1000 units of the scene about its origin, as with the views along an axis,
-    /// whose model-view matrix is the identity.
+    /// Whether the depth of view is limited to 1000 units of the scene about its origin, as with the views
+    /// along an axis, whose model-view matrix is the identity.
     bool isAlongAxis = false;
 };
 
@@ -26,8 +26,8 @@ bool operator==(SeaView const& a, SeaView const& b);
 /// The horizontal direction of view; where the view is vertical, that of the top of the picture. Unit length.
 Vector3<double> aheadOf(SeaView const& view);
 
-/// The part of a plane of water that is seen, as a grid whose cells look about equally large: its rows follow one after
-/// another away from the viewer. Lengths are meters, and y = 0 is still water. Plain arithmetic.
+/// The part of a plane of water that is seen, as a grid whose cells look about equally large: its rows follow
+/// one after another away from the viewer. Lengths are meters, and y = 0 is still water. Plain arithmetic.
 ///
 ///     WaterSheet const sheet = WaterSheet::of(view, {1.2, 0.8, 9000, 60});
 struct WaterSheet {

@@ -13,7 +13,8 @@ namespace vellum::viewport {
 
 double radians(double degrees);
 
-/// A direction by its angles, degrees: the elevation above the horizon, the azimuth from -z toward +x. Unit length.
+/// A direction by its angles, degrees: the elevation above the horizon, the azimuth from -z toward +x. Unit
+/// length.
 Vector3<double> seaDirection(double elevation, double azimuth);
 
 /// \param elevation, fromSun angles above the horizon and from the sun, degrees
@@ -28,9 +29,9 @@ Color4<float> skyTone(Vector3<double> const& color, double alpha);
 void drawSunDisc(Core_RL& layer, Vector3<double> const& eye, Vector3<double> const& sun, double distance);
 
 /// Water as a mesh for an ocean effect: with normals +y, and the texture coordinates (z, -x) / patch.
-/// \param points rows of places one after the other, meters; seen from above, the next row lies to the left of a row's direction
-/// \param columns points of a row
-/// \param unit the length that 1 stands for in the mesh, meters
+/// \param points rows of places one after the other, meters; seen from above, the next row lies to the left
+/// of a row's direction \param columns points of a row \param unit the length that 1 stands for in the mesh,
+/// meters
 std::unique_ptr<Mesh> waterMesh(std::vector<Vector3<double>> const& points, unsigned int columns, double unit,
                                 double patch);
 

@@ -25,15 +25,15 @@ using SequenceFrame = std::variant<LoadedFrame, MeshData>;
 /// The memory that a frame takes, in bytes.
 std::uint64_t bytesOf(SequenceFrame const& frame);
 
-/// Frames that follow each other in time: those of one particle file, of a series of files, or the poses of an animated
-/// mesh.
+/// Frames that follow each other in time: those of one particle file, of a series of files, or the poses of
+/// an animated mesh.
 ///
 ///     Result<FrameSequence> const sequence = FrameSequence::ofFile(ParticleFile("melt.lammpstrj"), {});
 ///     if (sequence.isOk())
 ///         ... sequence.value().load(sequence.value().count() - 1, {}) ...
 ///
-/// What a sequence says of itself never changes. Copies share the file and what was found out about it; one of them
-/// loads at a time, on any thread.
+/// What a sequence says of itself never changes. Copies share the file and what was found out about it; one
+/// of them loads at a time, on any thread.
 class FrameSequence {
 public:
     /// Looks for all frames of the file and reads the particles of none (see ParticleFile::frames()).
@@ -63,8 +63,8 @@ public:
     std::vector<std::optional<double>> const& times() const { return list.times; }
     std::string const& warning() const { return list.warning; }
 
-    /// Whether frames may be loaded on another thread and while there is an OpenGL context. Meshes may not: their import
-    /// copies the process.
+    /// Whether frames may be loaded on another thread and while there is an OpenGL context. Meshes may not:
+    /// their import copies the process.
     bool mayReadAhead() const { return isReadAhead; }
 
     /// Reads one frame, LoadedFrame or MeshData. Of the other frames a LoadedFrame says their count alone.

@@ -14,8 +14,8 @@ namespace vellum::viewport {
 ///         ... name.value().of(7) ...   // "f_0007.png"
 class NumberedName {
 public:
-    /// Reads a text with exactly one "%d", or "%0Nd" for a number of at least N digits, N from 1 to 20; "%%" stands for a percent
-    /// sign. A fault for any other text, without a file.
+    /// Reads a text with exactly one "%d", or "%0Nd" for a number of at least N digits, N from 1 to 20; "%%"
+    /// stands for a percent sign. A fault for any other text, without a file.
     static Result<NumberedName> parse(std::string const& pattern);
 
     std::string of(std::size_t number) const;

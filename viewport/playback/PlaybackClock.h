@@ -14,9 +14,9 @@ namespace vellum::viewport {
 ///         if (clock.advance(secondsSinceTheLastPicture, isFrameShown))
 ///             reader.want(clock.upcoming(16));
 ///
-/// Plain arithmetic: it knows no clock of the system. A frame stays as long as the speed says. Where pictures take longer
-/// than that, frames are skipped; where reading takes longer, time stands still until the frame is shown, so that none
-/// is asked for in vain.
+/// Plain arithmetic: it knows no clock of the system. A frame stays as long as the speed says. Where pictures
+/// take longer than that, frames are skipped; where reading takes longer, time stands still until the frame
+/// is shown, so that none is asked for in vain.
 class PlaybackClock {
 public:
     static constexpr double STANDARD_SPEED = 25;  ///< frames per second
@@ -56,7 +56,8 @@ public:
     /// \return whether the frame is another one now. Without a loop it ends at the last frame and pauses.
     bool advance(double seconds, bool isFrameShown = true);
 
-    /// The frame and those that follow while it plays, each once, at most so many. They are what is to be read ahead.
+    /// The frame and those that follow while it plays, each once, at most so many. They are what is to be
+    /// read ahead.
     std::vector<std::size_t> upcoming(std::size_t most) const;
 
 private:

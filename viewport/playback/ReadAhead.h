@@ -30,12 +30,13 @@ namespace vellum::viewport {
 ///
 /// A program that has nothing else to do calls wait() in place of take().
 ///
-/// A frame that is being read is given up where it is wanted no longer, at the next report of progress of its load.
-/// So who asks for frames faster than they can be read never gets one: ask for the next one after take().
+/// A frame that is being read is given up where it is wanted no longer, at the next report of progress of its
+/// load. So who asks for frames faster than they can be read never gets one: ask for the next one after
+/// take().
 ///
-/// The functions of the source are called on the reader's thread, one at a time, and must not use what other threads
-/// change. The reader itself is for one thread. A template without a source file, so that the tests of its threads
-/// need none of the formats.
+/// The functions of the source are called on the reader's thread, one at a time, and must not use what other
+/// threads change. The reader itself is for one thread. A template without a source file, so that the tests
+/// of its threads need none of the formats.
 template <class Frame>
 class ReadAhead {
 public:
@@ -79,8 +80,8 @@ public:
     ReadAhead(ReadAhead const&) = delete;
     ReadAhead& operator=(ReadAhead const&) = delete;
 
-    /// Says what is to be read: the first one now, the others ahead in this order. Finished frames that are not among them
-    /// are dropped. A frame that was taken is read again where it is wanted again.
+    /// Says what is to be read: the first one now, the others ahead in this order. Finished frames that are
+    /// not among them are dropped. A frame that was taken is read again where it is wanted again.
     void want(std::vector<std::size_t> frames) {
         std::map<std::size_t, Result<Frame>> dropped;  // freed without the lock
         {
@@ -102,8 +103,8 @@ public:
         changed.notify_all();
     }
 
-    /// The first frame wanted, once, or why it cannot be read; nothing: it is still being read, or was taken. Never waits,
-    /// except where the source is for the caller.
+    /// The first frame wanted, once, or why it cannot be read; nothing: it is still being read, or was taken.
+    /// Never waits, except where the source is for the caller.
     std::optional<Result<Frame>> take() {
         if (source.isForCaller) {
             return _loadHere();

@@ -20,10 +20,11 @@ struct CommandLine {
     int exitStatus = 0;
 };
 
-/// Reads a command line; `arguments` as main() gets them, the program's name first. Touches no stream, and no file but a
-/// configuration, that of --config or else the user's, and a saved view (see SavedView.h) in place of the files. A view holds all that
-/// differs from the defaults, so no configuration is read with it; the command line outranks it.
-/// \param userConfiguration its path; empty: there is none. Not read with --no-config.
+/// Reads a command line; `arguments` as main() gets them, the program's name first. Touches no stream, and no
+/// file but a configuration, that of --config or else the user's, and a saved view (see SavedView.h) in place
+/// of the files. A view holds all that differs from the defaults, so no configuration is read with it; the
+/// command line outranks it. \param userConfiguration its path; empty: there is none. Not read with
+/// --no-config.
 CommandLine parseCommandLine(int count, char const* const* arguments,
                              std::string const& userConfiguration = "");
 

@@ -16,7 +16,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The text up to a comment: a '#' or ';' at its beginning, or alone between blanks, outside of quotes. Colors may begin with
+/// The text up to a comment: a '#' or ';' at its beginning, or alone between blanks, outside of quotes.
+/// Colors may begin with
 /// '#' too.
 std::string_view withoutComment(std::string_view text) {
     char quote = '\0';

@@ -33,7 +33,8 @@ struct Configuration {
     Fault faultOf(Line const& line, std::string const& message) const;
 };
 
-/// The user's own configuration: vl_viewport/config in $XDG_CONFIG_HOME, or else in ~/.config. Empty where there is none.
+/// The user's own configuration: vl_viewport/config in $XDG_CONFIG_HOME, or else in ~/.config. Empty where
+/// there is none.
 std::string userConfiguration();
 
 }  // namespace vellum::viewport

@@ -11,8 +11,8 @@
 
 namespace vellum::viewport {
 
-/// Tells the user of the command line what is loaded: notes and progress on standard error, unless the options silence them. Keeps
-/// what --info prints.
+/// Tells the user of the command line what is loaded: notes and progress on standard error, unless the
+/// options silence them. Keeps what --info prints.
 class ConsoleObserver : public LoadObserver {
 public:
     /// \param options must outlive it.

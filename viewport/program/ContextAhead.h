@@ -7,8 +7,8 @@
 
 namespace vellum::viewport {
 
-/// An off-screen context that a thread of its own makes while files are read: to load the driver and to fill its buffers takes
-/// as long as to read a model of moderate size.
+/// An off-screen context that a thread of its own makes while files are read: to load the driver and to fill
+/// its buffers takes as long as to read a model of moderate size.
 ///
 ///     ContextAhead ahead(settings);
 ///     ahead.begin();
@@ -24,12 +24,12 @@ public:
     ContextAhead(ContextAhead const&) = delete;
     ContextAhead& operator=(ContextAhead const&) = delete;
 
-    /// Begins to make the context, and returns at once. Does nothing where it has begun, where the program is to use one
-    /// thread alone, and where the system gives no thread: get() makes the context then.
+    /// Begins to make the context, and returns at once. Does nothing where it has begun, where the program is
+    /// to use one thread alone, and where the system gives no thread: get() makes the context then.
     void begin();
 
-    /// The context, current in the calling thread until this object ends. It may be invalid and says why. All calls must come
-    /// from one thread.
+    /// The context, current in the calling thread until this object ends. It may be invalid and says why. All
+    /// calls must come from one thread.
     OffscreenContext& get();
 
 private:

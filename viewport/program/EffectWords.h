@@ -34,8 +34,8 @@ struct EffectWords {
     /// The list of the effect's parameters, in complete lines; for an effect that exists.
     std::string help() const;
 
-    /// Reads the words; no effect where none is named. A fault is the first thing wrong with them, without a file's name.
-    /// \param fileCount of the files on the command line
+    /// Reads the words; no effect where none is named. A fault is the first thing wrong with them, without a
+    /// file's name. \param fileCount of the files on the command line
     std::optional<Fault> read(std::size_t fileCount, std::optional<EffectSpec>& spec) const;
 
 private:

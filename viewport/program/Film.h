@@ -23,8 +23,8 @@ namespace vellum::viewport {
 ///     Film film(options, content, std::move(subject), maker);
 ///     if (std::optional<Failure> const failure = film.make()) ...
 ///
-/// While a frame is drawn, the next ones are read on other threads (see FrameReader), unless the film has animated meshes,
-/// whose import copies the process. Memory does not grow with the number of pictures.
+/// While a frame is drawn, the next ones are read on other threads (see FrameReader), unless the film has
+/// animated meshes, whose import copies the process. Memory does not grow with the number of pictures.
 class Film {
 public:
     /// \param content whose meshes are kept; it is used up from frame to frame

@@ -30,9 +30,8 @@ public:
     /// \param camera the options that give it; empty: it has one of its own
     void addPicture(std::string const& out, int width, int height, std::string const& camera);
 
-    /// Says what is at a pixel of a picture that was added; null where there is nothing. Pictures in which nothing is picked
-    /// have no such key.
-    /// \param picture counted from 0
+    /// Says what is at a pixel of a picture that was added; null where there is nothing. Pictures in which
+    /// nothing is picked have no such key. \param picture counted from 0
     void setPick(std::size_t picture, std::optional<Picked> const& picked);
 
     void setDriver(DriverFacts const& driver);

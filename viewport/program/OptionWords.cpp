@@ -27,8 +27,8 @@ constexpr int MOST_MEGABYTES = 1 << 20;
 
 // == Conflicts ==
 
-/// The fault of an option that cannot be drawn together with an effect, which replaces every other way to show a
-/// surface.
+/// The fault of an option that cannot be drawn together with an effect, which replaces every other way to
+/// show a surface.
 std::optional<Fault> effectConflict(Options const& options) {
     // In a sea things are drawn as ever.
     if (!options.effect || options.hasSurroundingSea()) {

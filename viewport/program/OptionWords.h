@@ -15,8 +15,8 @@ class App;
 
 namespace vellum::viewport {
 
-/// The options as they are written on the command line; empty where they are missing. What needs no reading, like file
-/// names and flags, goes into the Options at once.
+/// The options as they are written on the command line; empty where they are missing. What needs no reading,
+/// like file names and flags, goes into the Options at once.
 struct OptionWords {
     std::string shading;
     std::string edges;
@@ -49,9 +49,9 @@ struct OptionWords {
     /// Lets the command line fill this and the options, which both must outlive the parsing.
     void addTo(CLI::App& app, Options& options);
 
-    /// Reads the words into the options. A fault is the first thing wrong with the command line, without a file's name.
-    /// \param app that was parsed
-    /// \param standard for pictures, where the command line says nothing
+    /// Reads the words into the options. A fault is the first thing wrong with the command line, without a
+    /// file's name. \param app that was parsed \param standard for pictures, where the command line says
+    /// nothing
     std::optional<Fault> read(CLI::App const& app, PictureWords const& standard, Options& options) const;
 
 private:

@@ -20,7 +20,8 @@
 
 namespace vellum::viewport {
 
-/// Draws the pictures that the options ask for, one after the other on one context, and finds what is picked in them.
+/// Draws the pictures that the options ask for, one after the other on one context, and finds what is picked
+/// in them.
 ///
 ///     OffscreenContext context(PictureMaker::contextSettings(options));   // and GLEW started
 ///     PictureMaker maker(options, subject, context);
@@ -36,7 +37,8 @@ public:
     /// A buffer for the largest of the pictures.
     static OffscreenContext::Settings contextSettings(Options const& options);
 
-    /// Prepares what all pictures share. A failure where the driver lacks what is needed, or the stages of an effect have faults.
+    /// Prepares what all pictures share. A failure where the driver lacks what is needed, or the stages of an
+    /// effect have faults.
     std::optional<Failure> begin();
 
     using Tell = std::function<void(std::optional<Picked> const&)>;

@@ -18,7 +18,8 @@ namespace vellum::viewport {
 /// The options of one picture as they are written on the command line.
 class PictureWords {
 public:
-    /// Sets the word of an option, such as "--size"; that of a flag is "true". A fault where it has one already.
+    /// Sets the word of an option, such as "--size"; that of a flag is "true". A fault where it has one
+    /// already.
     std::optional<Fault> set(std::string const& option, std::string const& word);
 
     bool has(std::string const& option) const { return words.count(option) != 0; }
@@ -46,8 +47,8 @@ private:
     std::map<std::string, std::string> words;  // by the option
 };
 
-/// The options of pictures on a command line with several of them: those that stand after an --out, up to the next one, are
-/// of that picture alone; those before the first are of all pictures.
+/// The options of pictures on a command line with several of them: those that stand after an --out, up to the
+/// next one, are of that picture alone; those before the first are of all pictures.
 class PictureList {
 public:
     /// Declares the options.

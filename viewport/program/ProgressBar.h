@@ -8,8 +8,8 @@
 
 namespace vellum::viewport {
 
-/// Shows the progress of a long task on a terminal: nothing during the first second, then a line that is rewritten in
-/// place and erased in the end.
+/// Shows the progress of a long task on a terminal: nothing during the first second, then a line that is
+/// rewritten in place and erased in the end.
 class ProgressBar {
 public:
     using Clock = std::function<std::chrono::steady_clock::time_point()>;

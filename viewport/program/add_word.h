@@ -6,10 +6,9 @@
 
 namespace vellum::viewport {
 
-/// Adds an option that takes a word to a command line. A word given and empty (--size "") is a mistake, not the absence
-/// of the option.
-/// \param word std::string, or a list of them; must outlive the parsing
-/// \param type stands for the word in the help
+/// Adds an option that takes a word to a command line. A word given and empty (--size "") is a mistake, not
+/// the absence of the option. \param word std::string, or a list of them; must outlive the parsing \param
+/// type stands for the word in the help
 template <class Word>
 CLI::Option* addWord(CLI::App& app, std::string const& name, Word& word, std::string const& meaning,
                      std::string const& type) {

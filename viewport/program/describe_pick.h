@@ -7,8 +7,8 @@
 
 namespace vellum::viewport {
 
-/// What is at a pixel, in complete lines: "nothing", or the picking name and what it belongs to; then, where more is
-/// known, a line for each fact, two blanks before "key: value":
+/// What is at a pixel, in complete lines: "nothing", or the picking name and what it belongs to; then, where
+/// more is known, a line for each fact, two blanks before "key: value":
 ///
 ///     16 melt.lammpstrj
 ///       particle: 4711
@@ -17,8 +17,8 @@ namespace vellum::viewport {
 ///       element: O
 ///       c_pe [eV]: -4.5
 ///
-/// Numbers have all digits that they have in the file; those that are no numbers are "nan". The place where a particle
-/// is drawn has a line, "shown at", where it is another one.
+/// Numbers have all digits that they have in the file; those that are no numbers are "nan". The place where a
+/// particle is drawn has a line, "shown at", where it is another one.
 std::string describePick(std::optional<Picked> const& picked);
 
 }  // namespace vellum::viewport

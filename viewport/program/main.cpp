@@ -29,8 +29,8 @@
 #include <system_error>
 #include <vector>
 
-/// The program vl_viewport: opens mesh and particle files, draws them into pictures, prints what they hold and what is at a
-/// pixel.
+/// The program vl_viewport: opens mesh and particle files, draws them into pictures, prints what they hold
+/// and what is at a pixel.
 
 namespace vellum::viewport {
 

@@ -9,8 +9,8 @@
 #include <string>
 
 /// \file
-/// The words of the option --transform: OBJECT:tx,ty,tz[:rx,ry,rz[:sx,sy,sz]]. OBJECT is counted from 1, the meshes first, then
-/// the particles; angles are those of Rotation::ofDegrees().
+/// The words of the option --transform: OBJECT:tx,ty,tz[:rx,ry,rz[:sx,sy,sz]]. OBJECT is counted from 1, the
+/// meshes first, then the particles; angles are those of Rotation::ofDegrees().
 
 namespace vellum::viewport {
 
@@ -20,7 +20,8 @@ std::optional<Fault> readTransform(std::string const& word, GivenTransforms& tra
 /// The word that gives this transform again, for a view that is saved.
 std::string transformWord(std::size_t object, ObjectTransform const& transform);
 
-/// The fault of transforms that do not suit a scene: of objects that do not exist, or that numbers do not reach.
+/// The fault of transforms that do not suit a scene: of objects that do not exist, or that numbers do not
+/// reach.
 std::optional<Fault> transformFault(GivenTransforms const& transforms, Scene const& scene);
 
 }  // namespace vellum::viewport

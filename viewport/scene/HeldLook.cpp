@@ -46,7 +46,8 @@ void HeldLook::hold(ParticleLook& look) {
     std::optional<ValueScale> const& scale = look.scale ? look.scale : look.meshScale;
     if (scale) {
         channel = scale->name;
-        // A range without an extent would show nothing of the frames that follow, and one range does not suit two quantities.
+        // A range without an extent would show nothing of the frames that follow, and one range does not suit
+        // two quantities.
         bool const areTwo = look.scale && look.meshScale && look.scale->name != look.meshScale->name;
         if (!range && !areTwo && scale->range.low < scale->range.high) {
             range = scale->range;

@@ -13,9 +13,9 @@
 
 namespace vellum::viewport {
 
-/// What the pictures of a film have in common, so that what changes in it is what changes in the files: the quantity that
-/// colors show, its range, the colors of kinds, points or spheres, the usual size of spheres and arrows, and the space
-/// that the scene is placed by.
+/// What the pictures of a film have in common, so that what changes in it is what changes in the files: the
+/// quantity that colors show, its range, the colors of kinds, points or spheres, the usual size of spheres
+/// and arrows, and the space that the scene is placed by.
 ///
 ///     HeldLook held(HeldLook::Ranges::HELD);
 ///     ... for each frame ...
@@ -35,8 +35,8 @@ public:
     /// The options with what was held where they leave it open; those of the first frame are as asked.
     ParticleOptions options(ParticleOptions const& asked, std::vector<MeshData> const& meshes) const;
 
-    /// Holds what a look has decided, and gives its kinds the colors that they had before. A new kind has a color that no
-    /// other kind had.
+    /// Holds what a look has decided, and gives its kinds the colors that they had before. A new kind has a
+    /// color that no other kind had.
     void hold(ParticleLook& look);
 
     /// Holds the space of the first scene, and the sizes of its particles.

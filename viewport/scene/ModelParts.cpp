@@ -43,8 +43,8 @@ T const* elementsOf(ArrayId const& id) {
     return array != nullptr ? array->as<T>() : nullptr;
 }
 
-/// The different normals that were met at each vertex so far. Those of the same direction, but rounded in different faces, are
-/// one: the first of them.
+/// The different normals that were met at each vertex so far. Those of the same direction, but rounded in
+/// different faces, are one: the first of them.
 class NormalsAtVertices {
 public:
     /// \param normals where they are listed; must outlive it
@@ -527,6 +527,9 @@ std::vector<ModelPart> makeParts(MeshData const& data, Placement const& place,
     }
     Surface surface(data, place);
     std::vector<std::vector<unsigned int>> members(std::max<std::size_t>(1, data.materials.size()));
+    if (members.size() == 1) {
+        members.front().reserve(surface.triangleCount());
+    }
     for (unsigned int t = 0; t < surface.triangleCount(); ++t) {
         members[surface.material(t)].push_back(t);
     }

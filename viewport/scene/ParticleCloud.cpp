@@ -299,8 +299,8 @@ CloudMaker::ColorOf CloudMaker::_colors() const {
     };
 }
 
-/// What the channel SHOWN holds. A number is stored in a vector too: drawn without a buffer, particles with a scalar
-/// channel would take their colors from the numbers of other particles.
+/// What the channel SHOWN holds. A number is stored in a vector too: drawn without a buffer, particles with a
+/// scalar channel would take their colors from the numbers of other particles.
 std::function<Vector3<float>(std::size_t)> CloudMaker::_shown(Turn const& turn) const {
     if (!look.arrows.empty()) {
         return [this, turn, vector = *frame.vector(look.arrows)](std::size_t i) {

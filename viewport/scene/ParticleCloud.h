@@ -18,8 +18,8 @@
 
 namespace vellum::viewport {
 
-/// Which particles of a frame the records of a cloud are, and where they are shown. The records are those of the system
-/// without holes, first chunk first.
+/// Which particles of a frame the records of a cloud are, and where they are shown. The records are those of
+/// the system without holes, first chunk first.
 struct CloudRecords {
     std::size_t count = 0;  ///< of the particles that are shown, without copies
     std::shared_ptr<std::vector<unsigned int> const>
@@ -32,8 +32,8 @@ struct CloudRecords {
         return particles != nullptr ? (*particles)[record % count] : record % count;
     }
 
-    /// Where the particle of a record is shown, in units of the file: its place, in the box where places are wrapped,
-    /// moved to its copy.
+    /// Where the particle of a record is shown, in units of the file: its place, in the box where places are
+    /// wrapped, moved to its copy.
     Vector3<double> place(ParticleFrame const& frame, std::size_t record) const;
 };
 
@@ -84,8 +84,8 @@ public:
     ///     values are undefined then. Null: it is kept.
     ParticleCloud make(Placement const& placement, ParticleFrame* used = nullptr) const;
 
-    /// Which particles the records of make() are. Takes four bytes for each particle where some are left out or the order
-    /// is another one, and nothing else.
+    /// Which particles the records of make() are. Takes four bytes for each particle where some are left out
+    /// or the order is another one, and nothing else.
     CloudRecords records() const;
 
 private:

@@ -70,7 +70,8 @@ struct ParticleLook {
     /// particles have the color of what is undefined. Frame and places must outlive it.
     std::optional<Quantity> quantity(ParticleFrame const& frame, ParticlePlaces const& places) const;
 
-    /// Frees the values of all channels of a frame that CloudMaker does not need. What is left of the frame is of no other use.
+    /// Frees the values of all channels of a frame that CloudMaker does not need. What is left of the frame
+    /// is of no other use.
     void dropUnused(ParticleFrame& frame) const;
 
     /// The kinds that colors show of a frame; only with a legend. Nothing as with quantity().

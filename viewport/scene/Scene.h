@@ -50,8 +50,8 @@ public:
     /// memory as the models themselves.
     using Imports = PartImports;
 
-    /// Whether the frames of particles are kept, for those who ask for the values of a particle. Everything that the file
-    /// says takes much more memory than what is drawn of it.
+    /// Whether the frames of particles are kept, for those who ask for the values of a particle. Everything
+    /// that the file says takes much more memory than what is drawn of it.
     enum class Frames { DROPPED, KEPT };
 
     /// \param texture put on all models in place of their own textures, unless null.

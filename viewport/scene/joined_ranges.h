@@ -8,8 +8,8 @@
 
 namespace vellum::viewport {
 
-/// What many particles add up to, on all cores: smallest and largest numbers, counts. The ranges do not depend on the number
-/// of threads, nor does the result.
+/// What many particles add up to, on all cores: smallest and largest numbers, counts. The ranges do not
+/// depend on the number of threads, nor does the result.
 ///
 /// \param start of each range, and what the results of the ranges are joined to, in their order
 /// \param add (Sum&, std::size_t) adds a particle to a range; it throws nothing

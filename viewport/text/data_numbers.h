@@ -139,8 +139,8 @@ inline std::uint64_t digitsOf(char const* here, unsigned int count) {
 /// Reads a number of up to eight digits before the point and eight behind it, without an exponent.
 /// \return its end, or null where it is of another kind. The value is that of takeShortNumber().
 ///
-/// Where the number ends is known from one look at 16 bytes, whatever its parts: the next number can begin while the digits
-/// of this one are joined.
+/// Where the number ends is known from one look at 16 bytes, whatever its parts: the next number can begin
+/// while the digits of this one are joined.
 inline char const* takePlainNumber(char const* here, char const* end, double& value) {
     constexpr double POWERS_OF_TEN[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8};
     constexpr std::uint64_t WHOLE_POWERS[] = {1,       10,        100,        1'000,      10'000,

@@ -20,15 +20,16 @@
 
 namespace vellum::viewport {
 
-/// The window of vl_viewport: what the user does goes to the workspace, what it shows goes to the screen. Draws only when something
-/// has changed.
+/// The window of vl_viewport: what the user does goes to the workspace, what it shows goes to the screen.
+/// Draws only when something has changed.
 class Application {
 public:
     /// \param window whose context is current, with GLEW started; must outlive it
     /// \param settings of the window; takes what changes, and must outlive it
     Application(Window& window, Options const& options, WindowSettings& settings);
 
-    /// Until the window is closed. A fault where the options ask for a picture of it under the name of a file that was read.
+    /// Until the window is closed. A fault where the options ask for a picture of it under the name of a file
+    /// that was read.
     std::optional<Fault> run();
 
 private:

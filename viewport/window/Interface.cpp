@@ -15,7 +15,8 @@ namespace {
 
 constexpr float LETTERS = 15;  // points
 
-// First and last characters of the blocks that texts use: of European scripts, marks, arrows, mathematics and symbols.
+// First and last characters of the blocks that texts use: of European scripts, marks, arrows, mathematics and
+// symbols.
 constexpr ImWchar RANGES[] = {0x0020, 0x024F, 0x0370, 0x052F, 0x2010, 0x2027, 0x2030,
                               0x205E, 0x2070, 0x209F, 0x20A0, 0x20BF, 0x2190, 0x21FF,
                               0x2200, 0x22FF, 0x25A0, 0x25FF, 0x2600, 0x267F, 0};

@@ -7,7 +7,8 @@
 
 namespace vellum::viewport {
 
-/// The widgets of a window, drawn over what is in its framebuffer. Between begin() and end() any code may call ImGui.
+/// The widgets of a window, drawn over what is in its framebuffer. Between begin() and end() any code may
+/// call ImGui.
 ///
 ///     Interface interface(window);
 ///     interface.begin(window.units());

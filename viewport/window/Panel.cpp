@@ -116,7 +116,8 @@ void Panel::_drawSections(Workspace& workspace, float width, PanelRequests& requ
     // What takes long waits until the mouse is released: else every step of a slider would begin it anew.
     bool const takesLong =
         change >= Change::SUBJECT || (scene != nullptr && scene->facts().seconds > LONGEST_WHILE_HELD);
-    // The ends of a range are dragged by what is seen: the picture follows as fast as it is made ready, without a queue.
+    // The ends of a range are dragged by what is seen: the picture follows as fast as it is made ready,
+    // without a queue.
     bool const follows =
         change == Change::SUBJECT && !workspace.isLoading() && isOnlyRange(workspace.options(), options);
     draft.reset();

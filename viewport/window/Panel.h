@@ -12,8 +12,9 @@
 
 namespace vellum::viewport {
 
-/// The widgets beside and over the scene: the panel with everything that the command line can do, the line of status, help and
-/// messages. Draws with ImGui, between Interface::begin() and end(), and changes nothing itself.
+/// The widgets beside and over the scene: the panel with everything that the command line can do, the line of
+/// status, help and messages. Draws with ImGui, between Interface::begin() and end(), and changes nothing
+/// itself.
 class Panel {
 public:
     /// Draws all of it for one frame.

@@ -7,8 +7,9 @@
 
 namespace vellum::viewport {
 
-/// The measures of a window. Window systems place the cursor in units of their own; GL draws in pixels of the framebuffer; and people
-/// choose how large letters are on their screen. Nothing else converts between the three.
+/// The measures of a window. Window systems place the cursor in units of their own; GL draws in pixels of the
+/// framebuffer; and people choose how large letters are on their screen. Nothing else converts between the
+/// three.
 ///
 ///     screen                     units of the window     pixels     points (as letters are measured)
 ///     X11, 96 dots per inch      800                     800        800

@@ -116,7 +116,8 @@ constexpr unsigned int EDGES = TRIANGLES | CORNER_NORMALS | ADJACENCY;
 // renderEdgesConnection, renderEdgesUnconnected
 constexpr unsigned int EDGE_MARKS = TRIANGLES | ADJACENCY;
 
-// Of a fill: about half a megabyte, so that pages that are taken for a range are still in the cache when it is written.
+// Of a fill: about half a megabyte, so that pages that are taken for a range are still in the cache when it
+// is written.
 constexpr std::size_t TRIANGLES_PER_RANGE = 16384;
 constexpr std::size_t EDGES_PER_RANGE = 65536;
 

@@ -172,8 +172,9 @@ public:
     /// State: the bindings of the targets used are 0.
     void createBufferObjects(VL_String const* textureChannel, bool withEdges);
 
-    /// Deletes all buffers; the next drawing with buffers creates and fills them again. For a renderer that outlives its
-    /// context: it is called while the context is current, and the destructor then makes no GL call.
+    /// Deletes all buffers; the next drawing with buffers creates and fills them again. For a renderer that
+    /// outlives its context: it is called while the context is current, and the destructor then makes no GL
+    /// call.
     ///
     /// GL: as ~Mesh_RL_GL().  State: none.
     void dropBufferObjects();

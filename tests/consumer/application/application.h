@@ -7,8 +7,8 @@
 
 #include <cstdio>
 
-/// Starts up as the library asks: a context, then GLEW, then the render layer; draws something and looks at it.
-/// \return the exit status of the program.
+/// Starts up as the library asks: a context, then GLEW, then the render layer; draws something and looks at
+/// it. \return the exit status of the program.
 inline int runApplication() {
     OwnContext const context;
     if (!context.isCurrent()) {

@@ -1,8 +1,8 @@
 #pragma once
 
 /// \file
-/// A context without a window. EGL is opened at run time, so that the applications link the library and nothing
-/// else.
+/// A context without a window. EGL is opened at run time, so that the applications link the library and
+/// nothing else.
 
 #define EGL_NO_X11
 #include <EGL/egl.h>

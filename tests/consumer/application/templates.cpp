@@ -1,4 +1,5 @@
-// Instantiates what the public headers hold as templates: their warnings show in the application's own sources.
+// Instantiates what the public headers hold as templates: their warnings show in the application's own
+// sources.
 #include "toolkit/toolkit.h"
 
 #include "foundation/basic/PoolByIndex.h"

@@ -1,7 +1,8 @@
 #pragma once
 
 /// \file
-/// What the fragments of the guide may use without saying where it comes from. They are compiled and never run.
+/// What the fragments of the guide may use without saying where it comes from. They are compiled and never
+/// run.
 
 #include "toolkit/toolkit.h"
 

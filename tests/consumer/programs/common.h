@@ -1,8 +1,8 @@
 #pragma once
 
 /// \file
-/// What the programs of this folder share: a context without a window, pictures of it, and test data as an application
-/// has it. The programs themselves show what is left to write with the toolkit.
+/// What the programs of this folder share: a context without a window, pictures of it, and test data as an
+/// application has it. The programs themselves show what is left to write with the toolkit.
 
 #include "toolkit/toolkit.h"
 
@@ -70,8 +70,8 @@ public:
         glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     }
 
-    /// Writes what is drawn as a PNG file. It must differ from the ground in at least 500 pixels, and OpenGL must not
-    /// have raised an error.
+    /// Writes what is drawn as a PNG file. It must differ from the ground in at least 500 pixels, and OpenGL
+    /// must not have raised an error.
     void save(std::string const& path) const {
         std::vector<unsigned char> bytes(static_cast<std::size_t>(viewport.width * viewport.height * 3));
         glPixelStorei(GL_PACK_ALIGNMENT, 1);

@@ -32,8 +32,8 @@ class Mesh_threads_test : public testing::Test {
 protected:
     void TearDown() override { setThreadLimit(0); }
 
-    /// Triangles among vertices near each other: edges of one, two and more triangles, vertices named twice, and one vertex
-    /// of very many triangles.
+    /// Triangles among vertices near each other: edges of one, two and more triangles, vertices named twice,
+    /// and one vertex of very many triangles.
     static Shape randomShape(unsigned int vertexCount, unsigned int triangleCount, bool isFinite) {
         std::mt19937 random(vertexCount);
         auto const upTo = [&](unsigned int end) { return static_cast<unsigned int>(random() % end); };

@@ -80,7 +80,8 @@ protected:
         data.channels[0].values.push_back(value);
     }
 
-    /// A square of `side` times `side` particles from 0 to 1 in the XY plane; values go from 0 at the left to 1.
+    /// A square of `side` times `side` particles from 0 to 1 in the XY plane; values go from 0 at the left
+    /// to 1.
     void addSquare(int const& side) {
         for (int i = 0; i < side * side; ++i) {
             float const x = static_cast<float>(i % side) / static_cast<float>(side - 1);
@@ -230,7 +231,8 @@ TEST_F(ParticleViewer_gl_test, aSphereIsRoundInWideAndHighPictures) {
             camera.view = view;
             Picture const picture = draw();
             Outline const outline = outlineOf(picture, isGreen);
-            // The sphere's box is what is framed: in 86 % of the shorter side, and nearer than that in perspective.
+            // The sphere's box is what is framed: in 86 % of the shorter side, and nearer than that in
+            // perspective.
             EXPECT_NEAR(outline.columns.size(), outline.rows.size(), 2)
                 << width << " " << static_cast<int>(view);
             EXPECT_LT(outline.rows.size(), 224 * 0.87);

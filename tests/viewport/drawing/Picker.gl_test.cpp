@@ -99,7 +99,8 @@ protected:
     }
 
     /// Picks what the picture shows, in every third column and row.
-    /// \param border so many pixels beside it may show it: OpenGL rounds the rims of lines otherwise in other viewports
+    /// \param border so many pixels beside it may show it: OpenGL rounds the rims of lines otherwise in other
+    /// viewports
     void expectWhatIsShown(std::string const& what, int border = 0) {
         std::vector<unsigned char> const pixels = draw();
         int shown = 0;

@@ -68,8 +68,8 @@ TEST_F(Viewer_gl_test, theModelFillsThePictureInEveryView) {
     for (unsigned int view = 0; view < 7; ++view) {
         style.camera.view = static_cast<toolkit::ViewKind>(view);
         Picture const picture = draw();
-        // A cube seen along an axis is a square of 86 % of the side: 9277 of 12544 pixels. Its perspective outline
-        // is a hexagon of more than a third of the picture.
+        // A cube seen along an axis is a square of 86 % of the side: 9277 of 12544 pixels. Its perspective
+        // outline is a hexagon of more than a third of the picture.
         int const orangePixels = countOrange(picture);
         EXPECT_GT(orangePixels, view == 0 ? 4200 : 9000) << savePicture("viewer_view");
         EXPECT_LT(orangePixels, 9700);
@@ -94,8 +94,8 @@ TEST_F(Viewer_gl_test, tilesJoinWithoutSeams) {
         for (Shading const& shading : {Shading::SMOOTH, Shading::WIREFRAME, Shading::BOX}) {
             style.camera.view = view;
             style.mesh.shading = shading;
-            // Tiles whose edges are elsewhere: 96 instead of 112 pixels. Only the rounding of the crop and of the
-            // rasterization may differ.
+            // Tiles whose edges are elsewhere: 96 instead of 112 pixels. Only the rounding of the crop and of
+            // the rasterization may differ.
             Picture const wide = draw({2, 112, 112, 8});
             Picture const narrow = draw({2, 96, 96, 16});
             Difference const difference = compare(wide, narrow);
@@ -125,7 +125,8 @@ TEST_F(Viewer_gl_test, pickingFindsTheNearerModel) {
 }
 
 TEST_F(Viewer_gl_test, pickingFindsHandlesBeforeModels) {
-    // In the front view a handle of 118 / 720 of the side, 18 pixels, goes to the right along x and up along y.
+    // In the front view a handle of 118 / 720 of the side, 18 pixels, goes to the right along x and up along
+    // y.
     style.camera.view = toolkit::ViewKind::FRONT;
     style.gizmo = Gizmo::MOVE;
     EXPECT_EQ(pick(56 + 18, 56), "1 gizmo move X");
@@ -147,7 +148,8 @@ TEST_F(Viewer_gl_test, pickingFindsHandlesBeforeModels) {
 }
 
 TEST_F(Viewer_gl_test, theCenterOfTheScaleGizmoIsAHandle) {
-    // From behind, z points away and its handle is hidden; the shafts along x and y start in the middle of the box.
+    // From behind, z points away and its handle is hidden; the shafts along x and y start in the middle of
+    // the box.
     style.camera.view = toolkit::ViewKind::BACK;
     style.gizmo = Gizmo::SCALE;
     size.width = 1000;
@@ -222,8 +224,8 @@ TEST_F(Viewer_gl_test, thePreviewOfAnImportIsRed) {
 }
 
 TEST_F(Viewer_gl_test, edgesAreLightLinesOverTheSurface) {
-    // Seen from the front the square spans the picture from border to border of the framing; its four sides are
-    // borders, the diagonal between its triangles is not.
+    // Seen from the front the square spans the picture from border to border of the framing; its four sides
+    // are borders, the diagonal between its triangles is not.
     scene = Scene({texturedSquare()});
     style.camera.view = toolkit::ViewKind::FRONT;
     style.mesh.edges = true;

@@ -43,7 +43,8 @@ double largestDifference(std::vector<float> const& a, std::vector<float> const& 
     return largest;
 }
 
-/// The sum over all waves at a place, without a fast transform: the field whose waves are the height's times `factor`.
+/// The sum over all waves at a place, without a fast transform: the field whose waves are the height's times
+/// `factor`.
 template <class Factor>
 Complex sumOfWaves(OceanSpectrum const& spectrum, double const& time, double const& x, double const& z,
                    Factor const& factor) {

@@ -5,8 +5,8 @@
 /// Small files whose content moves, written out by the tests.
 namespace moving_files {
 
-/// A dump of one particle for each frame, which stands at x = its number in a box of 0 to `frames` - 1, with the values
-/// 10 times its number. Its time steps are 100 apart, its times 0.5.
+/// A dump of one particle for each frame, which stands at x = its number in a box of 0 to `frames` - 1, with
+/// the values 10 times its number. Its time steps are 100 apart, its times 0.5.
 inline std::string dumpOf(int frames) {
     std::string text;
     std::string const end = std::to_string(frames > 1 ? frames - 1 : 1);

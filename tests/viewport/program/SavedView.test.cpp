@@ -29,7 +29,8 @@ CommandLine parseWords(std::vector<std::string> const& words, std::string const&
     return parseCommandLine(static_cast<int>(arguments.size()), arguments.data(), configuration);
 }
 
-/// One line for each set of options that go together; in all of them each option has another value than by default.
+/// One line for each set of options that go together; in all of them each option has another value than by
+/// default.
 std::vector<std::vector<std::string>> const LINES{
     {"--format=ply", "--series", "--up=-x", "--clip=-1,1.5,-2,2,-3,1e3", "--import-timeout=0.25",
      "--import-memory=77", "--transform=1:1,2,3:0,0,90:2,2,2", "--transform=2:0,0,1"},

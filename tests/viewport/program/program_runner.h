@@ -54,7 +54,8 @@ inline Outcome runProgram(std::string const& program, std::vector<std::string> c
     return outcome;
 }
 
-/// What --pick prints, without what is known about the things: each fact is a line that begins with two blanks.
+/// What --pick prints, without what is known about the things: each fact is a line that begins with two
+/// blanks.
 inline std::string withoutFacts(std::string const& output) {
     std::string lines;
     std::istringstream input(output);

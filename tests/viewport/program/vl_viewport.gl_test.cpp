@@ -14,7 +14,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-/// The program as it is started from a shell: every case with its exit status, what it says, and what it leaves.
+/// The program as it is started from a shell: every case with its exit status, what it says, and what it
+/// leaves.
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -96,7 +97,8 @@ TEST_F(program_gl_test, whatIsPickedIsPrinted) {
         std::vector<std::string> arguments;
         char const* output;
     };
-    // In the front view the handle of x, 118 of 720 pixels long, goes to the right from the middle. In OFF files z is up.
+    // In the front view the handle of x, 118 of 720 pixels long, goes to the right from the middle. In OFF
+    // files z is up.
     for (Row const& row :
          {Row{{"--pick", "418,360", "--gizmo", "move"}, "1 gizmo move X\n"},
           Row{{"--pick", "360,242", "--gizmo", "move"}, "3 gizmo move Z\n"},

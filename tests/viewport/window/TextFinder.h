@@ -8,8 +8,9 @@
 #include <string>
 #include <vector>
 
-/// Finds a text of the window's interface in a picture of the window. It draws the text with the font and the library that the
-/// window draws it with, and compares the pixels: bright letters over a dark ground of any color.
+/// Finds a text of the window's interface in a picture of the window. It draws the text with the font and the
+/// library that the window draws it with, and compares the pixels: bright letters over a dark ground of any
+/// color.
 class TextFinder {
 public:
     /// \param text of which nothing bright is beside the ends

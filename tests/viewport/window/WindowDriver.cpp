@@ -42,7 +42,8 @@ void sleep() {
     std::this_thread::sleep_for(PAUSE);
 }
 
-/// What the threads of a process have used of the processors, nanoseconds; nothing while one of them runs, or waits for a processor.
+/// What the threads of a process have used of the processors, nanoseconds; nothing while one of them runs, or
+/// waits for a processor.
 std::optional<unsigned long long> usedAtRest(pid_t process) {
     unsigned long long sum = 0;
     std::error_code gone;
@@ -62,9 +63,9 @@ std::optional<unsigned long long> usedAtRest(pid_t process) {
     return sum;
 }
 
-/// A connection to the server of the tests, or null. One server is for all tests of the process, and a server whose last
-/// client has left starts anew and refuses connections meanwhile: the first connection stays open, and a refusal is not
-/// final.
+/// A connection to the server of the tests, or null. One server is for all tests of the process, and a server
+/// whose last client has left starts anew and refuses connections meanwhile: the first connection stays open,
+/// and a refusal is not final.
 Display* connect() {
     auto const opened = [] {
         auto const deadline = Clock::now() + PATIENCE;

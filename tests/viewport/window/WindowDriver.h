@@ -11,8 +11,8 @@
 
 #include <sys/types.h>
 
-/// A program with a window on the X display of the test, driven as by a person: through the X server's test extension, which moves
-/// the pointer and presses keys and buttons for everybody.
+/// A program with a window on the X display of the test, driven as by a person: through the X server's test
+/// extension, which moves the pointer and presses keys and buttons for everybody.
 ///
 ///     WindowDriver window({"cube.obj"});
 ///     ASSERT_TRUE(window.isOpen());
@@ -45,8 +45,8 @@ public:
     /// Looks until the condition holds. False where it never does.
     bool waitUntil(std::function<bool(vellum::viewport::Picture const&)> const& condition) const;
 
-    /// The middle of a text that the interface writes, found by its letters; waits for it. Fails the test where it does not appear.
-    /// \param after where it begins at the earliest, in reading order
+    /// The middle of a text that the interface writes, found by its letters; waits for it. Fails the test
+    /// where it does not appear. \param after where it begins at the earliest, in reading order
     Point find(std::string const& text, Point after = {0, 0}) const;
 
     // Each waits until the program has taken it in.

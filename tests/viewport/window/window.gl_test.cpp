@@ -42,7 +42,8 @@ TEST_F(Window_gl_test, aFieldThatWaitsForLettersLeavesTheProcessorToOthers) {
     window->write("a");
     double const before = window->processorTime();
     std::this_thread::sleep_for(std::chrono::seconds(1));
-    // The cursor blinks. A program that draws all the time needs more than a second on the threads of the rasterizer.
+    // The cursor blinks. A program that draws all the time needs more than a second on the threads of the
+    // rasterizer.
     EXPECT_LE(window->processorTime() - before, 0.4);
 }
 

@@ -20,8 +20,8 @@
 #include <utility>
 #include <vector>
 
-// The common part of all effects, call by call. The recording GL counts the names of shaders, programs and textures
-// together, from 1, and the uniform locations of a program from 0.
+// The common part of all effects, call by call. The recording GL counts the names of shaders, programs and
+// textures together, from 1, and the uniform locations of a program from 0.
 
 namespace vellum {
 

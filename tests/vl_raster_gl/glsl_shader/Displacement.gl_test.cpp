@@ -168,7 +168,8 @@ protected:
         effect.cleanup();
     }
 
-    /// Counts the pixels that differ from the reference by more than `near`, and requires enough drawn pixels.
+    /// Counts the pixels that differ from the reference by more than `near`, and requires enough drawn
+    /// pixels.
     static int wrongPixels(std::vector<Fragment> const& expected, std::size_t const& least = 1500,
                            double const& near = NEAR) {
         EXPECT_GE(expected.size(), least);
@@ -516,7 +517,8 @@ TEST_F(Ocean_drawn_test, highlightsNeedLightAndEyeOnFrontSide) {
     EXPECT_GT(expectTheFormula().highlights, 500);
     lookAt(-50);
     EXPECT_GT(expectTheFormula().withoutHighlight, 500) << "from below";
-    // The light below the surface and the eye above it, or both below. Without shininess any highlight is a whole one.
+    // The light below the surface and the eye above it, or both below. Without shininess any highlight is a
+    // whole one.
     for (double const elevation : {60.0, -50.0}) {
         SCOPED_TRACE(elevation);
         lookAt(elevation);

@@ -23,7 +23,8 @@ using testing::Not;
 
 using Texts = std::vector<std::string>;
 
-// Under the script the first names are: environment texture 1, refraction texture 2, stages 3 and 4, program 5.
+// Under the script the first names are: environment texture 1, refraction texture 2, stages 3 and 4,
+// program 5.
 class Glass_shader_calls_test : public Textured_effect_calls_test {};
 
 // == Textures ==

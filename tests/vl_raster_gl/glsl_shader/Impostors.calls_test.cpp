@@ -488,7 +488,8 @@ TYPED_TEST(Impostors_calls_test, processTypesChooseVertexStage) {
             EXPECT_NE(texts[type], texts[other]) << type << " and " << other;
         }
     }
-    // Deliberate (process-types-above-4): the length for two of the effects, the constant color for the third.
+    // Deliberate (process-types-above-4): the length for two of the effects, the constant color for the
+    // third.
     for (unsigned int const type : {5U, 7U, 0xFFFFFFFFU}) {
         EXPECT_EQ(this->vertexText(type), texts[this->IS_ARROW ? 4 : 0]) << type;
     }

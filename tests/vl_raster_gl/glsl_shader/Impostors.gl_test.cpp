@@ -137,7 +137,8 @@ TEST_F(Impostors_drawn_test, spheresHaveColorOfFormulaUnderFixedLight) {
         for (Color const& vector : VECTORS) {
             glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
             draw(effect, {0, 0, 0}, vector);
-            // At the center the normal points at the viewer: its product with the light (1, 1/2, 1/2) is 0.5 / 1.2247.
+            // At the center the normal points at the viewer: its product with the light (1, 1/2, 1/2) is 0.5
+            // / 1.2247.
             float const diffuse = 0.5F * 0.5F / std::sqrt(1.5F) + 0.5F;
             ASSERT_TRUE(isNear(readPixel(128, 128), ramp.color(type, vector, false), diffuse))
                 << "type " << type << ", vector " << testing::PrintToString(vector) << effect.getLog();
@@ -243,7 +244,8 @@ TEST_F(Impostors_drawn_test, sphereIsNearerInItsMiddle) {
     EXPECT_EQ(corner, 1) << "the corners of the square are left out";
 }
 
-/// Spheres whose depth is computed through eye space: the center is projected back, moved, and projected again.
+/// Spheres whose depth is computed through eye space: the center is projected back, moved, and projected
+/// again.
 class SpheresThroughEyeSpace : public SphereRendering_shader {
 public:
     using SphereRendering_shader::SphereRendering_shader;

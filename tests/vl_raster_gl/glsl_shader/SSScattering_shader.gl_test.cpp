@@ -271,7 +271,8 @@ TEST_F(SSScattering_shader_drawn_test, attenuationIsLimitedNearAndFar) {
 }
 
 TEST_F(SSScattering_shader_drawn_test, deliberatelyHighlightIsNeverZero) {
-    // Its clamp gives the cosine with the half vector of normal and light, where the other order gives 0 or 1.
+    // Its clamp gives the cosine with the half vector of normal and light, where the other order gives 0
+    // or 1.
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
     glMatrixMode(GL_MODELVIEW);

@@ -7,8 +7,8 @@
 #include <functional>
 #include <vector>
 
-/// What the displacement effects compute, once more and in plain C++ with doubles: vertices, tessellation, a rasterizer
-/// that interpolates perspectively, and the colors of pixels.
+/// What the displacement effects compute, once more and in plain C++ with doubles: vertices, tessellation, a
+/// rasterizer that interpolates perspectively, and the colors of pixels.
 namespace vellum::displacement_reference {
 
 using Vec2 = std::array<double, 2>;

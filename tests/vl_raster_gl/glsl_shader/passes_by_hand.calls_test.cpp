@@ -22,7 +22,8 @@ namespace {
 
 using namespace benchmarks;
 
-/// The benchmarks of effects compare passes of the library with passes by hand; both must make the same calls.
+/// The benchmarks of effects compare passes of the library with passes by hand; both must make the same
+/// calls.
 class Passes_by_hand_calls_test : public testing::Test {
 protected:
     Passes_by_hand_calls_test() { driver.integer(GL_VIEWPORT, {0, 0, 1000, 600}); }

@@ -204,8 +204,8 @@ inline void setUnlikePasses() {
     }
 }
 
-/// These names, and the lights that a pass switches on where the driver, as Mesa does, brings single lights not
-/// back with the group that has them.
+/// These names, and the lights that a pass switches on where the driver, as Mesa does, brings single lights
+/// not back with the group that has them.
 inline std::vector<std::string> withLightsThatStay(std::vector<std::string> names, int const& lightCount) {
     glDisable(GL_LIGHT0);
     glPushAttrib(GL_ENABLE_BIT);

@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-// The reading of accelerator statistics, compiled against stand-ins of the few system functions that it calls.
-// They play a registry of accelerators and note every call.
+// The reading of accelerator statistics, compiled against stand-ins of the few system functions that it
+// calls. They play a registry of accelerators and note every call.
 
 struct StandInString {
     std::string text;

@@ -8,7 +8,8 @@ namespace {
 
 using Replacement = toolkit::StageReport::Replacement;
 
-/// Whether a stage does not compile or the stages do not link. Stages that are replaced for another reason could be used.
+/// Whether a stage does not compile or the stages do not link. Stages that are replaced for another reason
+/// could be used.
 bool isBroken(toolkit::StageReport const& report) {
     return report.replacement != Replacement::NOTHING &&
            (report.stage == toolkit::Stage::PROGRAM || report.replacement != Replacement::ALL_STAGES);

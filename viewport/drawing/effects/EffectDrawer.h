@@ -19,8 +19,8 @@ struct EffectMaterial {
     float shininess;  ///< exponent of the highlight, 0 to 128
 };
 
-/// One effect of the library with its parameters set: its shader, its lights and its material. There is a class for
-/// each effect; EffectRenderer draws meshes with any of them.
+/// One effect of the library with its parameters set: its shader, its lights and its material. There is a
+/// class for each effect; EffectRenderer draws meshes with any of them.
 ///
 ///     std::unique_ptr<EffectDrawer> const drawer = EffectDrawer::make(layer, spec.values, subject);
 ///     drawer->placeLights(view, scene);
@@ -46,14 +46,15 @@ public:
     /// State: parameters of lights 0 and 1.
     virtual void placeLights(toolkit::View const& view, toolkit::EffectSubject const& scene) const = 0;
 
-    /// Whether nothing is left of the user's stages. The meshes are lit as without an effect then, for their shape to be seen:
-    /// stages that pass everything on show a silhouette.
+    /// Whether nothing is left of the user's stages. The meshes are lit as without an effect then, for their
+    /// shape to be seen: stages that pass everything on show a silhouette.
     virtual bool isPlain() const { return false; }
 
     /// What the user is to know about the stages, one fault for each line.
     std::vector<Fault> notes() const;
 
-    /// The fault of a user's stages that are not to be replaced, after the driver's words; empty where there is none.
+    /// The fault of a user's stages that are not to be replaced, after the driver's words; empty where there
+    /// is none.
     virtual std::vector<Fault> stageFaults() const { return {}; }
 
 protected:

@@ -221,8 +221,8 @@ std::string toText(double number) {
 
 // == What the types of fields take ==
 
-/// A type's short form, its form in a sentence, and its numbers made complete. `complete` gives false when there are
-/// too many or too few of them.
+/// A type's short form, its form in a sentence, and its numbers made complete. `complete` gives false when
+/// there are too many or too few of them.
 struct Kind {
     char const* word;
     char const* form;

@@ -11,7 +11,8 @@
 
 namespace vellum::viewport {
 
-/// Where a parameter is kept in the values of its effect, by type. The type decides what a text for it looks like:
+/// Where a parameter is kept in the values of its effect, by type. The type decides what a text for it looks
+/// like:
 ///
 ///     double             one number                        Vector3<float>   three numbers, or one for all
 ///     unsigned int       one whole number                  Color4<float>    red, green, blue and perhaps opacity
@@ -26,8 +27,8 @@ using EffectField =
                  std::function<Vector3<float>&(EffectValues&)>, std::function<Color4<float>&(EffectValues&)>,
                  std::function<std::string&(EffectValues&)>>;
 
-/// One parameter of an effect: its name, its place in the effect's values, its range and its meaning. The one table
-/// of them per effect serves reading, help and dialogs.
+/// One parameter of an effect: its name, its place in the effect's values, its range and its meaning. The one
+/// table of them per effect serves reading, help and dialogs.
 struct EffectParameter {
     std::string name;
     EffectField field;

@@ -115,8 +115,8 @@ public:
     KeptLighting& operator=(KeptLighting const&) = delete;
 };
 
-/// Moves the turn of a view along an axis from the projection to the model-view matrix, where shaders look for the viewer,
-/// while it lives.
+/// Moves the turn of a view along an axis from the projection to the model-view matrix, where shaders look
+/// for the viewer, while it lives.
 class EyeSpace {
 public:
     explicit EyeSpace(SeaView const& view) {
@@ -217,7 +217,8 @@ void EffectRenderer::setPlace(std::size_t model, std::optional<Matrix4<double>> 
         places[index].toScene = *matrix * own;
         return;
     }
-    // With the scale s = mean * k along the axes: turn(s * (unit * p + move)) = mean * unit * turn(k * p) + turn(s * move).
+    // With the scale s = mean * k along the axes: turn(s * (unit * p + move)) = mean * unit * turn(k * p) +
+    // turn(s * move).
     Vector3<double> const k = turned.scale / turned.mean;
     _scale(index, k);
     Matrix4<double> toScene = turned.rotation * toolkit::scaling(turned.mean * own.e[0]);

@@ -37,14 +37,15 @@ public:
     EffectRenderer(EffectRenderer const&) = delete;
     EffectRenderer& operator=(EffectRenderer const&) = delete;
 
-    /// The fault of a driver that lacks what the effect requires: shaders, or geometry stages. No renderer may be made
-    /// then.
+    /// The fault of a driver that lacks what the effect requires: shaders, or geometry stages. No renderer
+    /// may be made then.
     static std::optional<Fault> firstLack(Core_RL& layer, EffectValues const& values);
 
     /// What the user is to know about the stages: one fault for each line.
     std::vector<Fault> notes() const { return drawer->notes(); }
 
-    /// The fault of a user's stages that are not to be replaced, after the driver's words; empty where there is none.
+    /// The fault of a user's stages that are not to be replaced, after the driver's words; empty where there
+    /// is none.
     std::vector<Fault> stageFaults() const { return drawer->stageFaults(); }
 
     /// Whether the model, counted from 0, is drawn here.
@@ -55,7 +56,8 @@ public:
         return subject.sea && subject.sea->scene ? &*subject.sea->scene : nullptr;
     }
 
-    /// The open sea that the things of the scene stand in; null where there is none. It must be framed before it is drawn.
+    /// The open sea that the things of the scene stand in; null where there is none. It must be framed before
+    /// it is drawn.
     SurroundingSea const* surroundingSea() const {
         return subject.sea && subject.sea->around ? &*subject.sea->around : nullptr;
     }
@@ -63,9 +65,9 @@ public:
     /// Makes the water of the surrounding sea that is seen by a camera, unless it is the last one.
     void frameSea(SeaView const& view);
 
-    /// Where a model is drawn that it covers; nothing: where the scene has it. Where the scale differs between axes, the
-    /// meshes are scaled themselves, because effects rely on the length of normals.
-    /// \param matrix in the frame of the scene: a rotation of what was scaled along the scene's axes, moved
+    /// Where a model is drawn that it covers; nothing: where the scene has it. Where the scale differs
+    /// between axes, the meshes are scaled themselves, because effects rely on the length of normals. \param
+    /// matrix in the frame of the scene: a rotation of what was scaled along the scene's axes, moved
     void setPlace(std::size_t model, std::optional<Matrix4<double>> const& matrix);
 
     /// Draws the models with the effect. What is seen through them must have been drawn.

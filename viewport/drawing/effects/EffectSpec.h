@@ -22,7 +22,8 @@ struct EffectSpec {
     std::optional<std::size_t>
         onlyModel;  ///< counted from 0; nothing: all models have the effect, except an ocean, which is then an open sea
 
-    /// Whether it is an open sea: without files a scene of its own, else one that the things of the files stand in.
+    /// Whether it is an open sea: without files a scene of its own, else one that the things of the files
+    /// stand in.
     bool isSea() const { return !onlyModel && std::holds_alternative<OceanEffect>(values); }
 
     bool covers(std::size_t model) const { return !isSea() && (!onlyModel || *onlyModel == model); }

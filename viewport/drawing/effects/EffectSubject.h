@@ -24,11 +24,12 @@ struct Sea {
     std::optional<SurroundingSea> around;  ///< the open sea that the things of files stand in
 };
 
-/// What an effect is drawn on: the models that have it, as meshes with texture coordinates in the units that suit it.
-/// Plain data; nothing here touches OpenGL.
+/// What an effect is drawn on: the models that have it, as meshes with texture coordinates in the units that
+/// suit it. Plain data; nothing here touches OpenGL.
 ///
-/// The frame of the meshes: for displacement a tile of the map is 1 long; for the ocean 1 is the map's unit, with
-/// texture coordinates that follow from the positions, which are meters; for the other effects the scene's radius is 1.
+/// The frame of the meshes: for displacement a tile of the map is 1 long; for the ocean 1 is the map's unit,
+/// with texture coordinates that follow from the positions, which are meters; for the other effects the
+/// scene's radius is 1.
 struct EffectSubject {
     struct Model {
         std::vector<std::unique_ptr<Mesh>> meshes;
@@ -39,10 +40,9 @@ struct EffectSubject {
     std::optional<Sea> sea;       ///< only of an ocean
     std::optional<Fault> misfit;  ///< of parameters that show nothing: a viewer who is under water
 
-    /// Reads the files that the effect names, and computes the meshes. A fault where a file cannot be read or does not
-    /// suit, or where there is no mesh to be drawn.
-    /// \param meshes, scene the scene is that of the meshes
-    /// \param aspect of the picture, for a sea without files
+    /// Reads the files that the effect names, and computes the meshes. A fault where a file cannot be read or
+    /// does not suit, or where there is no mesh to be drawn. \param meshes, scene the scene is that of the
+    /// meshes \param aspect of the picture, for a sea without files
     static Result<EffectSubject> prepare(EffectSpec const& spec, std::vector<MeshData> const& meshes,
                                          Scene const& scene, double aspect);
 };

@@ -4,9 +4,9 @@
 
 namespace vellum::viewport {
 
-/// The matrices of a model in its own units while it lives: the model-view matrix turns and moves, and the projection
-/// does the scaling. So normals keep their length, which effects rely on, and lengths in eye space are those of the
-/// model.
+/// The matrices of a model in its own units while it lives: the model-view matrix turns and moves, and the
+/// projection does the scaling. So normals keep their length, which effects rely on, and lengths in eye space
+/// are those of the model.
 class ModelUnits {
 public:
     /// \param toScene turns, scales alike along all axes, and moves.

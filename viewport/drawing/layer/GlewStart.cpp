@@ -10,9 +10,9 @@ std::optional<Fault> startGlew() {
         return std::nullopt;
     }
 #if defined(GLEW_ERROR_NO_GLX_DISPLAY)
-    // Workaround: a GLEW that is built for GLX loads OpenGL's entry points first and GLX's afterwards. With a context
-    // of EGL there is no GLX display, so the second step fails, although the first has loaded everything that drawing
-    // needs (see docs/drivers.md).
+    // Workaround: a GLEW that is built for GLX loads OpenGL's entry points first and GLX's afterwards. With a
+    // context of EGL there is no GLX display, so the second step fails, although the first has loaded
+    // everything that drawing needs (see docs/drivers.md).
     bool const hasContext = glGetString(GL_VERSION) != nullptr;
     if (status == GLEW_ERROR_NO_GLX_DISPLAY && hasContext) {
         return std::nullopt;

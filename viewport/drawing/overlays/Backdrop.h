@@ -24,8 +24,8 @@ public:
     /// \param size of the whole picture
     void layOut(Scene const& scene, ViewCamera const& camera, PictureSize const& size);
 
-    /// Fills the viewport with a part of the picture's background; with the whole of one with checkers. Touches no depth.
-    /// State: none is left changed.
+    /// Fills the viewport with a part of the picture's background; with the whole of one with checkers.
+    /// Touches no depth. State: none is left changed.
     void drawBackground(Background const& background, Region const& region, PictureSize const& size) const;
 
     /// Draws the grid with the current matrices, behind what is nearer. Writes no depth.

@@ -22,8 +22,9 @@ struct GizmoPlace {
     GizmoHandle highlighted = GizmoHandle::NONE;  ///< the handle under the cursor, drawn in yellow
 };
 
-/// Draws a gizmo, always equally large on the screen, and names its handles: at the origin of the scene as it is shown in
-/// pictures, or over an object with all that can be grabbed. There it leaves out handles that are seen edge on.
+/// Draws a gizmo, always equally large on the screen, and names its handles: at the origin of the scene as it
+/// is shown in pictures, or over an object with all that can be grabbed. There it leaves out handles that are
+/// seen edge on.
 ///
 /// It expects head lights to be set, and the camera's matrices. The layer must outlive it.
 class GizmoDrawing {

@@ -14,8 +14,8 @@
 
 namespace vellum::viewport {
 
-/// The box around what is shown, with the length of an edge beside one edge of each direction: one at the rim of what is seen of the
-/// box, so that its number is beside the scene and not over it.
+/// The box around what is shown, with the length of an edge beside one edge of each direction: one at the rim
+/// of what is seen of the box, so that its number is beside the scene and not over it.
 class SizeBox {
 public:
     /// A number and where it stands.
@@ -33,10 +33,9 @@ public:
     /// State: none is left changed.
     void drawLines(Core_RL& layer, Sampling const& sampling, Color4<float> const& ink) const;
 
-    /// Up to three numbers. Edges without a length, that are behind the viewer, or that look shorter than two lines of text have none.
-    /// \param view that the picture was drawn with
-    /// \param textHeight of a line of text, pixels
-    /// \param widthOf the width of a text, pixels
+    /// Up to three numbers. Edges without a length, that are behind the viewer, or that look shorter than two
+    /// lines of text have none. \param view that the picture was drawn with \param textHeight of a line of
+    /// text, pixels \param widthOf the width of a text, pixels
     std::vector<Label> labels(toolkit::View const& view, int textHeight,
                               std::function<int(std::string const&)> const& widthOf) const;
 

@@ -143,8 +143,8 @@ bool isDigit(hb_codepoint_t character) {
     return categoryOf(character) == HB_UNICODE_GENERAL_CATEGORY_DECIMAL_NUMBER;
 }
 
-/// The runs of a text from left to right. Blanks, signs and marks belong to the run that they follow; so do digits, but
-/// not to a script that is written from right to left: numbers are not.
+/// The runs of a text from left to right. Blanks, signs and marks belong to the run that they follow; so do
+/// digits, but not to a script that is written from right to left: numbers are not.
 std::vector<Run> runsOf(std::string const& text) {
     std::vector<Run> runs;
     for (auto const& [character, start] : charactersOf(text)) {
@@ -183,7 +183,8 @@ std::vector<Run> runsOf(std::string const& text) {
 
 // == The font ==
 
-/// A face of FreeType with its shapes of HarfBuzz, which puts letters together: ligatures, marks, joined letters.
+/// A face of FreeType with its shapes of HarfBuzz, which puts letters together: ligatures, marks, joined
+/// letters.
 class TextWriter::Font {
 public:
     explicit Font(std::string const& file) {

@@ -6,7 +6,8 @@
 
 namespace vellum::viewport {
 
-/// The squares that stand on a screen for what is transparent. They begin at the lower left corner of a picture.
+/// The squares that stand on a screen for what is transparent. They begin at the lower left corner of a
+/// picture.
 struct Checkers {
     static constexpr Color4<float> LIGHT{0.95F, 0.95F, 0.95F, 1};
     static constexpr Color4<float> DARK{0.84F, 0.84F, 0.84F, 1};

@@ -178,14 +178,15 @@ void BlendedParts::draw(Sampling const& sampling) {
     layer.popDepthTest();
 }
 
-/// From the farthest to the nearest. Those of the last drawing are nearly in order where the view turns a little.
+/// From the farthest to the nearest. Those of the last drawing are nearly in order where the view turns a
+/// little.
 void BlendedParts::_sort() {
     Matrix4<double> view{};
     glGetDoublev(GL_MODELVIEW_MATRIX, view.e);
     Matrix4<double> projection{};
     glGetDoublev(GL_PROJECTION_MATRIX, projection.e);
-    // Cameras along an axis leave their orientation to the projection, whose depth grows away from the viewer. In
-    // perspective that depth is not linear, but the view's is.
+    // Cameras along an axis leave their orientation to the projection, whose depth grows away from the
+    // viewer. In perspective that depth is not linear, but the view's is.
     bool const isPerspective = projection.e[11] != 0;
     Matrix4<double> const m = isPerspective ? view : projection * view;
     Vector3<double> const toBack = Vector3<double>{m.e[2], m.e[6], m.e[10]} * (isPerspective ? -1.0 : 1.0);

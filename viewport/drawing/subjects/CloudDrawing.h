@@ -13,13 +13,14 @@ namespace vellum::viewport {
 
 /// Draws the particles of one file and the box that they are in, in the frame of the scene.
 ///
-/// It expects the camera's matrices and a depth test. Layer and cloud must outlive it, and the context must be current
-/// until its end.
+/// It expects the camera's matrices and a depth test. Layer and cloud must outlive it, and the context must
+/// be current until its end.
 class CloudDrawing {
 public:
     CloudDrawing(Core_RL& layer, ParticleCloud const& cloud, ParticleStyle const& style);
 
-    /// Draws only a part, 0 to 1, of the points and spheres that the style asks for, evenly chosen. Arrows are drawn all.
+    /// Draws only a part, 0 to 1, of the points and spheres that the style asks for, evenly chosen. Arrows
+    /// are drawn all.
     void setDetail(double part);
 
     /// Where the cloud is drawn; nothing: where the scene has it. See Moved.

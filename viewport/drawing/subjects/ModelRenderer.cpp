@@ -330,7 +330,8 @@ void ModelRenderer::_drawPlainSurface(Part& part, Sampling const& sampling) {
     }
 }
 
-/// Adds the emission map to the surface that is drawn already: where its depth is, so not where the texture masks it.
+/// Adds the emission map to the surface that is drawn already: where its depth is, so not where the texture
+/// masks it.
 void ModelRenderer::_addLight(Part& part) {
     part.light.texture = textures.nameOf(*part.source->emissionMap);
     layer.disableLighting();
@@ -344,7 +345,8 @@ void ModelRenderer::_addLight(Part& part) {
 }
 
 void ModelRenderer::_drawWireframe(Sampling const& sampling) {
-    // First the depth of the surface alone, moved away a little; then all lines faintly, and those in front strongly.
+    // First the depth of the surface alone, moved away a little; then all lines faintly, and those in front
+    // strongly.
     glColorMask(GL_FALSE, GL_FALSE, GL_FALSE, GL_FALSE);
     {
         SurfacesBehind const behind;
@@ -424,7 +426,8 @@ void ModelRenderer::_drawConnectivity(Part& part, Sampling const& sampling) {
     part.renderer->renderEdgesConnection();
     layer.popLineWidth();
 
-    // Both renderers set their color to white; an emissive material that takes no color from it shows the borders.
+    // Both renderers set their color to white; an emissive material that takes no color from it shows the
+    // borders.
     float const dark[4] = {0, 0, 0, 1};
     glMaterialfv(GL_FRONT_AND_BACK, GL_AMBIENT_AND_DIFFUSE, dark);
     glMaterialfv(GL_FRONT_AND_BACK, GL_EMISSION, BORDER_MARKS);

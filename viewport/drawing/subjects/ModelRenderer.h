@@ -42,14 +42,15 @@ private:
         std::unique_ptr<Mesh_RL_GL> renderer;
         std::unique_ptr<MeshImporter> import;  // only for the preview
 
-        // Only where vertices have colors. Those of the file have them, so their surface is a mesh of its own.
+        // Only where vertices have colors. Those of the file have them, so their surface is a mesh of its
+        // own.
         std::unique_ptr<Mesh> colored;
         std::unique_ptr<Mesh_RL_GL> coloredRenderer;
 
         toolkit::MeshStyle surface;
 
-        // Only with an emission map that is shown. A renderer of its own where that lies otherwise than the texture:
-        // each renderer keeps the coordinates of one channel.
+        // Only with an emission map that is shown. A renderer of its own where that lies otherwise than the
+        // texture: each renderer keeps the coordinates of one channel.
         toolkit::MeshStyle light;
         std::unique_ptr<Mesh_RL_GL> lightRenderer;
     };

@@ -7,8 +7,8 @@
 
 namespace vellum::viewport {
 
-/// Makes clockwise triangles the front ones while it lives, as those of an object that is mirrored. Else it makes no GL
-/// call.
+/// Makes clockwise triangles the front ones while it lives, as those of an object that is mirrored. Else it
+/// makes no GL call.
 class FrontFaces {
 public:
     explicit FrontFaces(bool isMirrored);
@@ -20,8 +20,8 @@ private:
     bool isMirrored;
 };
 
-/// Draws an object elsewhere in the scene while it lives, through the model-view matrix. What is mirrored keeps its front
-/// faces. Without a matrix it makes no GL call.
+/// Draws an object elsewhere in the scene while it lives, through the model-view matrix. What is mirrored
+/// keeps its front faces. Without a matrix it makes no GL call.
 class Moved {
 public:
     /// \param matrix in the frame of the scene; not singular

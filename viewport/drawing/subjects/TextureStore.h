@@ -7,8 +7,8 @@
 
 namespace vellum::viewport {
 
-/// The textures of a scene as OpenGL has them, each image once. The context that it loads them into must be current
-/// until its end. The layer must outlive it, and so must the images.
+/// The textures of a scene as OpenGL has them, each image once. The context that it loads them into must be
+/// current until its end. The layer must outlive it, and so must the images.
 class TextureStore {
 public:
     explicit TextureStore(Core_RL& layer) : layer(layer) {}

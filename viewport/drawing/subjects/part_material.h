@@ -4,10 +4,9 @@
 
 namespace vellum::viewport {
 
-/// Sets what a part's material says of light, on a surface that is lit (see toolkit::Lit); where it says nothing, that
-/// of the finish.
-/// \param isGlossy the finish has highlights
-/// GL: glMaterialfv x 2 and glMaterialf.  State: emission, specular color and shininess of both sides.
+/// Sets what a part's material says of light, on a surface that is lit (see toolkit::Lit); where it says
+/// nothing, that of the finish. \param isGlossy the finish has highlights GL: glMaterialfv x 2 and
+/// glMaterialf.  State: emission, specular color and shininess of both sides.
 void setPartMaterial(ModelPart const& part, bool isGlossy);
 
 /// Surfaces give off no light from now on.

@@ -20,8 +20,8 @@ toolkit::ParticleMode modeOf(ParticleMode mode) {
     return toolkit::ParticleMode::POINTS;
 }
 
-/// The color that a ramp has where the magnitude is 0: it goes on below its range. Its components may lie outside those of
-/// colors; they are limited after the blending.
+/// The color that a ramp has where the magnitude is 0: it goes on below its range. Its components may lie
+/// outside those of colors; they are limited after the blending.
 Color4<float> colorOfZero(RampColors const& colors, float low, float high) {
     float const t = -low / (high - low);
     return {colors.low.r + (colors.high.r - colors.low.r) * t,

@@ -7,9 +7,10 @@
 
 namespace vellum::viewport {
 
-/// The points that a camera is to see. A camera that is turned asks in every frame how far they reach in its directions, so they
-/// are kept with boxes around neighbors in the list: most boxes tell that none of their points is the first or the last one.
-/// Files list near each other what lies near each other; where they do not, it takes longer, and the answer is the same.
+/// The points that a camera is to see. A camera that is turned asks in every frame how far they reach in its
+/// directions, so they are kept with boxes around neighbors in the list: most boxes tell that none of their
+/// points is the first or the last one. Files list near each other what lies near each other; where they do
+/// not, it takes longer, and the answer is the same.
 ///
 /// Plain arithmetic. All coordinates are finite.
 class FramedPoints {
@@ -24,8 +25,8 @@ public:
         double most;
     };
 
-    /// The least and the largest dot(p - from, direction) of all points, to the bit. The largest number and the lowest one where
-    /// there are no points.
+    /// The least and the largest dot(p - from, direction) of all points, to the bit. The largest number and
+    /// the lowest one where there are no points.
     Range along(Vector3<double> const& from, Vector3<double> const& direction) const;
 
 private:

@@ -16,7 +16,8 @@ using constants::d::PI;
 constexpr double WHEEL_STEP = 1.1;
 constexpr Point VERTICAL{0, 1, 0};  // of scenes
 
-// Of half the height that is seen at the focus, in radii of the scene. Beyond, nothing is seen but rounding or a dot.
+// Of half the height that is seen at the focus, in radii of the scene. Beyond, nothing is seen but rounding
+// or a dot.
 constexpr double SMALLEST = 1e-5 * Scene::RADIUS;
 constexpr double LARGEST = 1e4 * Scene::RADIUS;
 

@@ -45,8 +45,8 @@ public:
     /// \param size of the whole picture, which may be wider than the framed area
     SeaView seaView(PictureSize const& size) const;
 
-    /// Sees all of what is between two distances from the eye along the direction of view, too; in units of the scene. The
-    /// views along an axis have a range that is fixed.
+    /// Sees all of what is between two distances from the eye along the direction of view, too; in units of
+    /// the scene. The views along an axis have a range that is fixed.
     void include(double nearest, double farthest);
 
     /// Loads both matrices for a part of the framed area, which may reach over its edges.
@@ -83,7 +83,8 @@ public:
     /// Half of what the width of the area shows, in units of the scene. Not in perspective.
     double halfWidth() const;
 
-    /// Half of what the height of the area shows at the distance of the focus, in units of the scene. Not on an open sea.
+    /// Half of what the height of the area shows at the distance of the focus, in units of the scene. Not on
+    /// an open sea.
     double halfHeightAtFocus() const;
 
     /// What is in the middle of the picture, in the frame of the scene. Not on an open sea.

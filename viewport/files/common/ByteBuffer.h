@@ -15,8 +15,8 @@ public:
     /// Makes the free memory at least one byte large. \return false where there is no memory.
     bool makeRoom();
 
-    /// Makes the free memory so large that it is enough for so many bytes in all, without being touched. \return false where there
-    /// is no memory.
+    /// Makes the free memory so large that it is enough for so many bytes in all, without being touched.
+    /// \return false where there is no memory.
     bool reserve(std::size_t bytes);
 
     char* end() { return start.get() + filled; }             ///< of the bytes: where free memory begins

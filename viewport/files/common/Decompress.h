@@ -37,8 +37,8 @@ public:
     Decompression(Decompression const&) = delete;
     Decompression& operator=(Decompression const&) = delete;
 
-    /// Uncompresses up to a megabyte. \return false: that was all, or it is a fault. The buffer grows, and may move, only if it has
-    /// no room.
+    /// Uncompresses up to a megabyte. \return false: that was all, or it is a fault. The buffer grows, and
+    /// may move, only if it has no room.
     bool step();
 
     ByteBuffer& buffer() { return text.buffer; }

@@ -17,8 +17,8 @@ namespace vellum::viewport {
 class DecompressAhead::Work {
 public:
     Work(std::string_view compressed, std::uint64_t limit) : all(compressed.size()), work(compressed, limit) {
-        // Texts of numbers have two or three times the size. The text must not move while it is read: what is longer is left to
-        // the owner.
+        // Texts of numbers have two or three times the size. The text must not move while it is read: what is
+        // longer is left to the owner.
         constexpr std::uint64_t LARGEST_FACTOR = 16;
         std::uint64_t const enough = std::min(LARGEST_FACTOR * compressed.size(), limit) + SLACK;
         constexpr std::size_t FEW = std::size_t(1) << 15;  // are done as soon as there is a thread

@@ -16,8 +16,9 @@ namespace vellum::viewport {
 ///     ... ahead.beyond(0) ... ahead.beyond(1000) ...
 ///     Result<std::string_view> const all = ahead.whole();     // now in `text`
 ///
-/// The progress is called on the thread of the caller, who is waiting then. Without a second thread, or where the text is so much
-/// larger than its bytes that it would have to be moved, nothing is there before whole(), which gives the same as decompress().
+/// The progress is called on the thread of the caller, who is waiting then. Without a second thread, or where
+/// the text is so much larger than its bytes that it would have to be moved, nothing is there before whole(),
+/// which gives the same as decompress().
 class DecompressAhead : public GrowingText {
 public:
     /// Bytes, progress and place must outlive it.

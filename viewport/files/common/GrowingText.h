@@ -16,14 +16,15 @@ public:
     GrowingText(GrowingText const&) = delete;
     GrowingText& operator=(GrowingText const&) = delete;
 
-    /// Waits until more than so many bytes are there. \return what is there: no more than those only where no more come before
-    /// whole(). It stays where it is until whole(). May throw what a progress throws.
+    /// Waits until more than so many bytes are there. \return what is there: no more than those only where no
+    /// more come before whole(). It stays where it is until whole(). May throw what a progress throws.
     virtual std::string_view beyond(std::size_t known) = 0;
 
     /// About how many bytes it will have.
     virtual std::uint64_t expectedSize() const = 0;
 
-    /// Waits for all of it. \return the text, perhaps at another place, or why there is none. May throw as beyond().
+    /// Waits for all of it. \return the text, perhaps at another place, or why there is none. May throw as
+    /// beyond().
     virtual Result<std::string_view> whole() = 0;
 };
 

@@ -231,7 +231,8 @@ public:
     }
 
 private:
-    /// Not a pipe whose end the child holds: the children that other threads start meanwhile would hold it as well.
+    /// Not a pipe whose end the child holds: the children that other threads start meanwhile would hold it as
+    /// well.
     static int _open(pid_t number) {
         // Not there on kernels before 5.3.
         return static_cast<int>(syscall(SYS_pidfd_open, number, 0));

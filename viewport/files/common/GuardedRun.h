@@ -23,8 +23,8 @@ struct ImportLimits {
 /// False where a sanitizer, which reserves most of the address space for itself, rules out a limit of memory.
 extern bool const IMPORT_MEMORY_IS_LIMITED;
 
-/// While one exists, runGuarded() on another thread waits before it makes its child. For work that the copy must not find half
-/// done, as the start of a driver, which loads libraries and starts threads.
+/// While one exists, runGuarded() on another thread waits before it makes its child. For work that the copy
+/// must not find half done, as the start of a driver, which loads libraries and starts threads.
 class NoChildren {
 public:
     NoChildren();
@@ -40,8 +40,8 @@ using PutBytes = std::function<void(void const* data, std::size_t size)>;
 struct GuardedRun {
     std::string file;  ///< only named in faults
 
-    /// In the child: does the work and puts its outcome, each byte once, into memory that both processes have. An exception
-    /// becomes a fault, whatever has been put before.
+    /// In the child: does the work and puts its outcome, each byte once, into memory that both processes
+    /// have. An exception becomes a fault, whatever has been put before.
     std::function<void(PutBytes const& put)> work;
 
     /// In the child: a fault as an outcome.
@@ -59,8 +59,9 @@ struct GuardedRun {
 /// memory, none of the standard streams, leaves no core dump, and dies with its parent. Its outcome comes
 /// back through anonymous memory.
 ///
-/// May be called on any thread, on several at once, and while another thread draws. The child is a plain copy of
-/// the process in which only the calling thread goes on, so the work must not wait for what another thread holds:
+/// May be called on any thread, on several at once, and while another thread draws. The child is a plain copy
+/// of the process in which only the calling thread goes on, so the work must not wait for what another thread
+/// holds:
 ///
 /// - It may allocate, throw, open files and use the loader of shared libraries: glibc makes these usable in the
 ///   copy. It must not call OpenGL, start threads, or take a lock that other threads of the process take too.

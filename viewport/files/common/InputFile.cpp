@@ -27,7 +27,8 @@ bool isStream(int descriptor, mode_t kind) {
     return S_ISFIFO(kind) || S_ISSOCK(kind) || (S_ISCHR(kind) && ::isatty(descriptor) != 0);
 }
 
-/// Waits for bytes or the end, as long as somebody wants them. A pipe that nobody has opened for writing yet has neither.
+/// Waits for bytes or the end, as long as somebody wants them. A pipe that nobody has opened for writing yet
+/// has neither.
 void waitForBytes(int descriptor, std::uint64_t done, Progress const& progress) {
     constexpr int PATIENCE = 20;  // milliseconds
     pollfd ready{descriptor, POLLIN, 0};

@@ -33,13 +33,14 @@ public:
 
     /// Opens a regular file, a named pipe (it waits for its writer), the pipe of a process substitution or
     /// standard input. A fault for all else, and for a file that is empty.
-    /// \param progress may be empty; gets the bytes read from a pipe and 0 in all, also while its writer is silent
+    /// \param progress may be empty; gets the bytes read from a pipe and 0 in all, also while its writer is
+    /// silent
     static Result<InputFile> open(std::string const& path, Progress const& progress = {});
 
     std::string const& name() const { return path; }    ///< as the user named it
     std::string_view bytes() const { return content; }  ///< valid as long as some copy lives
-    /// The first bytes have been read and are probably not looked at again: those of a mapped file need no memory then. They
-    /// stay valid.
+    /// The first bytes have been read and are probably not looked at again: those of a mapped file need no
+    /// memory then. They stay valid.
     void release(std::size_t bytes) const {
         if (mapped) {
             mapped->release(bytes);

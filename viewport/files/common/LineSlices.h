@@ -16,8 +16,8 @@ struct LineSlice {
 /// About how many bytes a slice has: little enough for the cache of a core.
 constexpr std::size_t SLICE_BYTES = std::size_t(1) << 18;
 
-/// How many bytes the threads are given at once, between two reports of progress: at first few, so that small texts are
-/// reported as well, then more and more up to several slices for each thread.
+/// How many bytes the threads are given at once, between two reports of progress: at first few, so that small
+/// texts are reported as well, then more and more up to several slices for each thread.
 class BytesAtOnce {
 public:
     /// \return at least 1

@@ -24,8 +24,9 @@ public:
     /// Valid as long as this object lives.
     std::string_view bytes() const { return content; }
 
-    /// Takes the first bytes off the memory of this process, whose reader has passed them. Their pages stay in the memory that
-    /// the system keeps of files, as far as there is room, and come back when they are looked at.
+    /// Takes the first bytes off the memory of this process, whose reader has passed them. Their pages stay
+    /// in the memory that the system keeps of files, as far as there is room, and come back when they are
+    /// looked at.
     void release(std::size_t bytes) const;
 
 private:

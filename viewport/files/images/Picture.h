@@ -9,8 +9,8 @@
 
 namespace vellum::viewport {
 
-/// A picture of 8 bits per channel: red, green, blue, opacity; the top row first. Colors are not multiplied with the
-/// opacity.
+/// A picture of 8 bits per channel: red, green, blue, opacity; the top row first. Colors are not multiplied
+/// with the opacity.
 struct Picture {
     static constexpr int STANDARD_QUALITY = 90;
 
@@ -18,8 +18,8 @@ struct Picture {
     int height = 0;                     ///< pixels
     std::vector<unsigned char> pixels;  ///< 4 * width * height
 
-    /// What lies behind each pixel: its distance from the eye along the direction of view, in units of the files; infinite
-    /// where there is nothing. Only the format EXR has it; empty: it was not measured.
+    /// What lies behind each pixel: its distance from the eye along the direction of view, in units of the
+    /// files; infinite where there is nothing. Only the format EXR has it; empty: it was not measured.
     std::vector<float> depths = {};
 
     /// Writes the picture as a PNG file, see save().

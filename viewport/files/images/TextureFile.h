@@ -18,8 +18,8 @@ constexpr char PICTURE_FORMATS[] = "PNG, JPEG, EXR, HDR, TIFF, WebP, TGA, BMP, G
 Result<std::shared_ptr<VL_Image const>> readTexture(std::string const& path, Progress const& progress = {});
 
 /// Decodes an image file of one of the formats above, which its first bytes tell; null where it is of another
-/// format or damaged. Formats without a decoder that damaged files cannot harm are decoded in a process of their own.
-/// \param progress gets 0 bytes of 0: before the decoding and, in a process of its own, during it
+/// format or damaged. Formats without a decoder that damaged files cannot harm are decoded in a process of
+/// their own. \param progress gets 0 bytes of 0: before the decoding and, in a process of its own, during it
 std::shared_ptr<VL_Image const> readImage(std::string const& path, Progress const& progress = {});
 
 /// The same for the bytes of an image file that lie in memory, as in meshes that embed their textures.

@@ -13,8 +13,9 @@
 
 #include <zlib.h>
 
-// Written without libpng, which compresses on one core alone. Ranges of rows are compressed each by itself, as if one stream
-// did it: each knows the bytes before it and ends at a whole byte. The file does not depend on the number of threads.
+// Written without libpng, which compresses on one core alone. Ranges of rows are compressed each by itself,
+// as if one stream did it: each knows the bytes before it and ends at a whole byte. The file does not depend
+// on the number of threads.
 
 namespace vellum::viewport {
 

@@ -29,8 +29,8 @@ fs::path resolved(std::string const& path) {
     return error ? fs::path(path) : target;
 }
 
-/// Interrupts wait while it lives, so that none finds a file with its temporary name. Other threads of the program take no
-/// signals: those of the driver block them.
+/// Interrupts wait while it lives, so that none finds a file with its temporary name. Other threads of the
+/// program take no signals: those of the driver block them.
 class InterruptsWaiting {
 public:
     InterruptsWaiting() {
@@ -110,8 +110,8 @@ private:
     bool isRenamed = false;
 };
 
-/// The descriptor that a path means. Opening the path instead would begin a file anew that the shell has redirected the
-/// stream to.
+/// The descriptor that a path means. Opening the path instead would begin a file anew that the shell has
+/// redirected the stream to.
 std::optional<int> descriptorNamed(std::string_view path) {
     if (path == "-" || path == "/dev/stdout") {
         return STDOUT_FILENO;

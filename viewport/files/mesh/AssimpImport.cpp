@@ -164,8 +164,8 @@ bool turnsByRightAngles(aiMatrix4x4 const& m) {
     return true;
 }
 
-/// What is up in a scene, which has the coordinates of the file afterwards: importers of some formats turn their
-/// z to y with a matrix of the root.
+/// What is up in a scene, which has the coordinates of the file afterwards: importers of some formats turn
+/// their z to y with a matrix of the root.
 UpAxis settleUp(aiScene const& scene, std::string const& extension) {
     if (std::optional<UpAxis> const said = upOfMetadata(scene)) {
         return *said;
@@ -253,7 +253,8 @@ private:
             : axes{column(m, 0), column(m, 1), column(m, 2)}
             , origin(column(m, 3))
             , isMirrored(dot(cross(axes[0], axes[1]), axes[2]) < 0) {
-            // Normals turn with the inverse of the transpose, which up to a factor is this matrix of cofactors.
+            // Normals turn with the inverse of the transpose, which up to a factor is this matrix of
+            // cofactors.
             double const side = isMirrored ? -1 : 1;
             normalAxes[0] = cross(axes[1], axes[2]) * side;
             normalAxes[1] = cross(axes[2], axes[0]) * side;

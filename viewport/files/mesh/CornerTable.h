@@ -10,8 +10,8 @@ namespace vellum::viewport {
 /// Numbers the different corners of faces: formats give a corner a vertex and, apart from it, texture
 /// coordinates, a normal or a material, while a mesh has one of each per vertex.
 ///
-/// Corners at the same vertex form a list, and neighboring faces find theirs in the cache. Nearly all lists are
-/// short; what a long one cannot hold goes to a hash table, so that no file takes the time of its square.
+/// Corners at the same vertex form a list, and neighboring faces find theirs in the cache. Nearly all lists
+/// are short; what a long one cannot hold goes to a hash table, so that no file takes the time of its square.
 class CornerTable {
 public:
     static constexpr std::uint32_t NONE = 0xFFFFFFFF;

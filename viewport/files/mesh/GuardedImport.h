@@ -9,10 +9,9 @@
 
 namespace vellum::viewport {
 
-/// Runs `import` in a child process (see GuardedRun.h) and returns its result, which is checked like any foreign
-/// data (see MeshTransfer.h).
-/// \param file only names the file in faults
-/// \param progress see runGuarded()
+/// Runs `import` in a child process (see GuardedRun.h) and returns its result, which is checked like any
+/// foreign data (see MeshTransfer.h). \param file only names the file in faults \param progress see
+/// runGuarded()
 Result<MeshData> importGuarded(std::string const& file, std::function<Result<MeshData>()> const& import,
                                ImportLimits const& limits, Progress const& progress = {});
 

@@ -74,8 +74,9 @@ struct MeshData {
     /// range, a coordinate that is not a number or infinite.
     std::optional<Fault> firstFault(std::string const& file) const;
 
-    /// Makes everything opaque where nothing can be seen at all: such a file means opacity where it says transparency,
-    /// as the programs do that wrote it, or its importer knows none. Only for meshes without faults.
+    /// Makes everything opaque where nothing can be seen at all: such a file means opacity where it says
+    /// transparency, as the programs do that wrote it, or its importer knows none. Only for meshes without
+    /// faults.
     void makeVisible();
 
     bool hasNormal(unsigned int vertex) const;  ///< The file gives one.

@@ -11,7 +11,8 @@
 
 namespace vellum::viewport {
 
-/// A mesh file that a user named: the way from its path, or from the bytes of a pipe, to a mesh that can be relied on.
+/// A mesh file that a user named: the way from its path, or from the bytes of a pipe, to a mesh that can be
+/// relied on.
 ///
 ///     Result<MeshData> const mesh = MeshFile("spider.obj").load(ImportLimits{});
 ///     if (!mesh.isOk())
@@ -27,15 +28,15 @@ public:
     ///     whose name says nothing, as its bytes say (see meshFormatOf())
     explicit MeshFile(InputFile const& file, std::optional<std::string> format = std::nullopt);
 
-    /// Reads OBJ, PLY and STL files here (see ObjMesh.h, PlyMesh.h, StlMesh.h), in time and memory that follow
-    /// from their size and not from the limits. Imports all others (see AssimpImport.h) in a process of its own
-    /// (see GuardedImport.h).
-    /// \param progress gets the bytes of the file; of an imported one 0 of 0
+    /// Reads OBJ, PLY and STL files here (see ObjMesh.h, PlyMesh.h, StlMesh.h), in time and memory that
+    /// follow from their size and not from the limits. Imports all others (see AssimpImport.h) in a process
+    /// of its own (see GuardedImport.h). \param progress gets the bytes of the file; of an imported one 0 of
+    /// 0
     Result<MeshData> load(ImportLimits const& limits, MeshOptions const& options = {},
                           Progress const& progress = {}) const;
 
-    /// The path beside which the files lie that the mesh names: materials, textures, buffers. Those of standard
-    /// input and of the pipes of a shell lie in the current folder.
+    /// The path beside which the files lie that the mesh names: materials, textures, buffers. Those of
+    /// standard input and of the pipes of a shell lie in the current folder.
     std::string place() const;
 
 private:

@@ -186,7 +186,8 @@ private:
         }
         float const opacity = state.opacity.value_or(1 - state.transparency.value_or(0.0F));
         material.opacity = std::clamp(opacity, 0.0F, 1.0F);
-        // With an exponent of 0 the highlight would cover all of the surface; files have it where nothing shines.
+        // With an exponent of 0 the highlight would cover all of the surface; files have it where nothing
+        // shines.
         if (!state.hasHighlights || material.shininess == 0) {
             material.specular.reset();
         }

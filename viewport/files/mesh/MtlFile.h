@@ -37,11 +37,11 @@ struct MtlFile {
 /// cannot be read leaves its statement out and adds a note.
 MtlFile readMtl(std::string_view text);
 
-/// Reads the files that a statement "mtllib" of an OBJ file names: one name with blanks or several names. Each
-/// is looked for as findTexture() does. Where none of them is there, a file named as the OBJ file, but ending in
-/// .mtl, takes their place, which a note says; all that is missing adds one.
-/// \param names what follows the keyword
-/// \param added the paths of files that were read for the same OBJ file; these are not read again
+/// Reads the files that a statement "mtllib" of an OBJ file names: one name with blanks or several names.
+/// Each is looked for as findTexture() does. Where none of them is there, a file named as the OBJ file, but
+/// ending in .mtl, takes their place, which a note says; all that is missing adds one. \param names what
+/// follows the keyword \param added the paths of files that were read for the same OBJ file; these are not
+/// read again
 MtlFile loadMtl(std::string const& objPath, std::string const& names, std::set<std::string>& added);
 
 }  // namespace vellum::viewport

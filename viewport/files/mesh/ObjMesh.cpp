@@ -116,8 +116,8 @@ private:
     std::unordered_map<std::string, std::uint32_t> indices;
 };
 
-/// Counts the parts: an object, a group or a change of material begins one, and it counts once it has a face, a
-/// line or a point.
+/// Counts the parts: an object, a group or a change of material begins one, and it counts once it has a face,
+/// a line or a point.
 class Parts {
 public:
     void group(std::string const& name) {
@@ -303,7 +303,8 @@ private:
         _addFace();
     }
 
-    /// The place in the list that an index of a piece means. \return false where the list does not have it so far.
+    /// The place in the list that an index of a piece means. \return false where the list does not have it so
+    /// far.
     bool _place(std::int32_t index, Kind kind, std::uint32_t& place) const {
         if (index == 0) {
             place = CornerTable::NONE;
@@ -418,8 +419,8 @@ private:
 
     // == Lists ==
 
-    /// Takes up to `most` numbers to the end of the line. A word that is no number counts as NaN: it is a fault
-    /// only where it is used.
+    /// Takes up to `most` numbers to the end of the line. A word that is no number counts as NaN: it is a
+    /// fault only where it is used.
     std::size_t _takeNumbers(double* const& numbers, std::size_t most) {
         std::size_t count = 0;
         for (_skipBlanks(); count < most && !_isAtLineEnd(); _skipBlanks()) {

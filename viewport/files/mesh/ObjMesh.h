@@ -18,9 +18,9 @@ namespace vellum::viewport {
 ///     o, g, usemtl              begin parts
 ///     mtllib                    see loadMtl()
 ///
-/// A vertex of the mesh is a combination of position, texture coordinate, normal and material that a face, line
-/// or point names; what none names is left out. Lines may go on behind a backslash and end as in any system;
-/// the text is UTF-8, or UTF-16 with its mark.
+/// A vertex of the mesh is a combination of position, texture coordinate, normal and material that a face,
+/// line or point names; what none names is left out. Lines may go on behind a backslash and end as in any
+/// system; the text is UTF-8, or UTF-16 with its mark.
 ///
 /// An index out of range and a coordinate that is used and not a number are faults, which name a line and no
 /// file. Notes tell what is lost: statements that OBJ does not have, curves and surfaces, materials that are

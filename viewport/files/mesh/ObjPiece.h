@@ -11,11 +11,13 @@
 
 namespace vellum::viewport {
 
-/// Some lines of an OBJ text that stand together, as far as they can be read without what stands before them: lists and plain
-/// faces, whose indices are as the file has them. A core reads a piece while others read other ones.
+/// Some lines of an OBJ text that stand together, as far as they can be read without what stands before them:
+/// lists and plain faces, whose indices are as the file has them. A core reads a piece while others read
+/// other ones.
 ///
-/// What is unusual in any way, or depends on more, is only marked as a statement of its own kind, and the reader of the file
-/// reads it: damage, names of parts and materials, lines and points. Both give the same where both can read a statement.
+/// What is unusual in any way, or depends on more, is only marked as a statement of its own kind, and the
+/// reader of the file reads it: damage, names of parts and materials, lines and points. Both give the same
+/// where both can read a statement.
 ///
 ///     ObjPiece piece;
 ///     piece.read(lines, textEnd);
@@ -56,7 +58,8 @@ struct ObjPiece {
     char const* stop =
         nullptr;  ///< a statement from which on nothing was read, since a line goes on; or null
 
-    /// \param text begins with a statement; its lines end with a line feed, the last one perhaps with `textEnd`
+    /// \param text begins with a statement; its lines end with a line feed, the last one perhaps with
+    /// `textEnd`
     void read(std::string_view text, char const* textEnd);
 
 private:

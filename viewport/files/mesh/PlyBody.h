@@ -13,7 +13,8 @@
 
 namespace vellum::viewport {
 
-/// Takes the items of a PLY file one after the other. An item of a text is a line; many of them are read ahead on all cores.
+/// Takes the items of a PLY file one after the other. An item of a text is a line; many of them are read
+/// ahead on all cores.
 ///
 ///     PlyBody body(file, header);
 ///     PlyItem item;

@@ -18,16 +18,16 @@ namespace vellum::viewport {
 ///     while (lines.take(item))
 ///         ...
 ///
-/// It does not tell what is wrong with a text: it ends before the first item that is damaged or that it does not understand,
-/// and PlyBody reads that one.
+/// It does not tell what is wrong with a text: it ends before the first item that is damaged or that it does
+/// not understand, and PlyBody reads that one.
 class PlyLines {
 public:
     /// Goes on to another element.
     /// \param areLists which of its properties are lists
     void begin(std::vector<bool> const& areLists);
 
-    /// Reads the items of some lines at the front of the text, at most `most`. What was not taken before is forgotten.
-    /// \param text begins behind an item
+    /// Reads the items of some lines at the front of the text, at most `most`. What was not taken before is
+    /// forgotten. \param text begins behind an item
     void read(std::string_view text, std::uint64_t most);
 
     /// Forgets what was not taken; here() is null then.
@@ -45,7 +45,8 @@ public:
     /// Whether the items that were read end before one that is damaged.
     bool isStopped() const { return stopped; }
 
-    /// Behind the numbers of the first item that was read and is followed by more than it has; null: there is none.
+    /// Behind the numbers of the first item that was read and is followed by more than it has; null: there is
+    /// none.
     char const* longLine() const { return firstLong; }
 
 private:

@@ -19,9 +19,9 @@ namespace vellum::viewport {
 ///     comment TextureFile NAME
 ///
 /// Colors of whole numbers are parts of the largest of their type, those of real numbers 0 to 1. The three
-/// components u v w are no texture coordinates but scalars. What faces have apart from their vertices is spread
-/// to their corners: vertices repeat then, and those that nothing uses are left out. Normals of faces are not
-/// taken, as those of STL are not.
+/// components u v w are no texture coordinates but scalars. What faces have apart from their vertices is
+/// spread to their corners: vertices repeat then, and those that nothing uses are left out. Normals of faces
+/// are not taken, as those of STL are not.
 ///
 /// Damage is a fault, which names a line or byte and no file: numbers missing, an index out of range, a
 /// coordinate that is not a number. Notes tell what is skipped.

@@ -145,8 +145,8 @@ bool PolygonCutter::_clip(Triangle* const& triangles) {
     out = triangles;
     left = count;
 
-    // Cutting a corner off may make ears of its neighbors. They wait for the next round, since cutting them at
-    // once would give fans, whose triangles are long and thin. Ears elsewhere are found in a round of all.
+    // Cutting a corner off may make ears of its neighbors. They wait for the next round, since cutting them
+    // at once would give fans, whose triangles are long and thin. Ears elsewhere are found in a round of all.
     _waitForAll();
     bool isRoundOfAll = true;
     for (round = 1; left > 3; ++round) {

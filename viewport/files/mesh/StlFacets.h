@@ -65,8 +65,8 @@ struct StlWords {
     bool takeNumber(double& value);
 };
 
-/// Facets of an STL text that stand together, and the ends of solids between them. A core reads them while others read
-/// other ones. What is damaged is left to the reader of the file.
+/// Facets of an STL text that stand together, and the ends of solids between them. A core reads them while
+/// others read other ones. What is damaged is left to the reader of the file.
 struct StlFacets {
     char const* first = nullptr;  ///< where the first facet or end of a solid begins; null: there is none
     char const* stop = nullptr;   ///< behind the last facet that was read, or behind the beginning of a solid

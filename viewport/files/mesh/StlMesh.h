@@ -8,8 +8,8 @@
 
 namespace vellum::viewport {
 
-/// Reads an STL file, text or binary. A binary file is known by its size, which its number of facets gives: its
-/// first word may be "solid", too.
+/// Reads an STL file, text or binary. A binary file is known by its size, which its number of facets gives:
+/// its first word may be "solid", too.
 ///
 /// Every facet has vertices of its own, since the format has no others. Normals of facets are not taken: they
 /// say no more than the vertices and would draw every model faceted. The solids of a text are parts.
@@ -20,8 +20,8 @@ namespace vellum::viewport {
 ///     header with "COLOR=" and the color of the whole: red, green, blue, opacity
 ///                               bit 15 not set: red in the lowest bits, blue in the highest
 ///
-/// A facet whose bit says otherwise has the color of the whole or none. Where all of these bytes are 0 no facet
-/// has a color of its own. Other use of these bytes is not known.
+/// A facet whose bit says otherwise has the color of the whole or none. Where all of these bytes are 0 no
+/// facet has a color of its own. Other use of these bytes is not known.
 ///
 /// All damage is a fault: also bytes behind the last facet, since the number of facets is then wrong. Faults
 /// name no file.

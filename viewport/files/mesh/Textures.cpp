@@ -84,7 +84,8 @@ std::optional<fs::path> fileBelow(fs::path const& folder, std::vector<std::strin
     return isFile(place) ? std::optional<fs::path>(place) : std::nullopt;
 }
 
-/// The folders of a mesh file's textures, as names below its own: that itself, those in it, and those beside it.
+/// The folders of a mesh file's textures, as names below its own: that itself, those in it, and those beside
+/// it.
 std::vector<std::vector<std::string>> const& texturePlaces() {
     static std::vector<std::vector<std::string>> const places = [] {
         std::vector<std::vector<std::string>> all{{}};
@@ -222,8 +223,8 @@ float opacityAt(VL_Image const& image, std::size_t pixel) {
     return std::isfinite(value) ? std::clamp(value, 0.0F, 1.0F) : 0.0F;
 }
 
-/// The colors of one picture with the opacity of another, which is stretched over it. Colors of more than 8 bits are
-/// rounded. White where there is no picture of colors.
+/// The colors of one picture with the opacity of another, which is stretched over it. Colors of more than 8
+/// bits are rounded. White where there is no picture of colors.
 Image withOpacity(Image const& colors, VL_Image const& opacity) {
     VL_Image const& sized = colors != nullptr ? *colors : opacity;
     auto const image = std::make_shared<VL_Image>();

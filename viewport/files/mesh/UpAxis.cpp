@@ -6,7 +6,8 @@
 namespace vellum::viewport {
 
 UpAxis upOfFormat(std::string_view extension) {
-    // Of scanners, of machines that build in layers, of drawing boards, of the games and programs that have z upward.
+    // Of scanners, of machines that build in layers, of drawing boards, of the games and programs that have z
+    // upward.
     static constexpr std::string_view Z_FORMATS[] = {
         ".3ds", ".3mf", ".amf",       ".ase", ".ask", ".blend",   ".cob",     ".csv", ".dxf", ".dump", ".hmp",
         ".ifc", ".iqm", ".lammpstrj", ".md2", ".md3", ".md5anim", ".md5mesh", ".mdc", ".mdl", ".off",  ".ply",

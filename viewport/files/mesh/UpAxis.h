@@ -10,9 +10,9 @@ namespace vellum::viewport {
 /// The direction of a file's coordinates that points up.
 enum class UpAxis { X, Y, Z, MINUS_X, MINUS_Y, MINUS_Z };
 
-/// The direction that is up in files of a format, as its documents or else its programs say; y for formats that are
-/// not known. Files of some formats say themselves what is up; this is for those that do not.
-/// \param extension in lower case, with its dot
+/// The direction that is up in files of a format, as its documents or else its programs say; y for formats
+/// that are not known. Files of some formats say themselves what is up; this is for those that do not. \param
+/// extension in lower case, with its dot
 UpAxis upOfFormat(std::string_view extension);
 
 /// "x", "-z" and so on, as users write it.

@@ -62,8 +62,8 @@ bool isGltf(aiMaterial const& source) {
     return source.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) == AI_SUCCESS;
 }
 
-/// How Assimp turns texture coordinates. It scales, turns about the middle and moves; of glTF, which turns about a
-/// corner, the importer has made that.
+/// How Assimp turns texture coordinates. It scales, turns about the middle and moves; of glTF, which turns
+/// about a corner, the importer has made that.
 TextureTransform transformOf(aiMaterial const& source, aiTextureType kind) {
     aiUVTransform t;
     if (source.Get(AI_MATKEY_UVTRANSFORM(kind, 0), t) != AI_SUCCESS) {
@@ -154,8 +154,8 @@ void takeEmission(aiScene const& scene, aiMaterial const& source, Material& mate
     if (!kind) {
         return;
     }
-    // In glTF the texture is multiplied with the color, which is black where a file does not say. Others leave the color
-    // black where a texture replaces it.
+    // In glTF the texture is multiplied with the color, which is black where a file does not say. Others
+    // leave the color black where a texture replaces it.
     if (isBlack(material.emission) && isGltf(source)) {
         return;
     }

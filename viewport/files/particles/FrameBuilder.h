@@ -80,8 +80,8 @@ public:
     /// 2^53.
     bool addRow();
 
-    /// Adds rows without values, which are to be written before anything else is done. \return for each column where those
-    /// of the first of these rows belong. The places are valid until rows are added again.
+    /// Adds rows without values, which are to be written before anything else is done. \return for each
+    /// column where those of the first of these rows belong. The places are valid until rows are added again.
     std::vector<ColumnPlace> addRows(std::size_t count);
 
     /// The same of all rows that there are.
@@ -90,12 +90,13 @@ public:
     /// Takes rows off the end again, down to so many.
     void keepRows(std::size_t count);
 
-    /// Takes the rows from `from` on down to `to`, which is not behind it: those between are lost, as are the last ones.
+    /// Takes the rows from `from` on down to `to`, which is not behind it: those between are lost, as are the
+    /// last ones.
     void moveRows(std::size_t from, std::size_t count, std::size_t to);
 
-    /// Makes lengths of the written positions of some rows where they are fractions, and takes the lengths of vectors whose
-    /// components are not kept. To be called for all rows before others are added. Several threads may do this, each with rows
-    /// of its own.
+    /// Makes lengths of the written positions of some rows where they are fractions, and takes the lengths of
+    /// vectors whose components are not kept. To be called for all rows before others are added. Several
+    /// threads may do this, each with rows of its own.
     void placeRows(std::size_t first, std::size_t count);
 
     /// Whether a number can be the id of a particle: it is whole and at most 2^53.

@@ -201,8 +201,8 @@ private:
 
 }  // namespace
 
-/// Reads the first frame of a text that grows, unless something is unusual: then nothing is lost but time that would have been
-/// spent waiting.
+/// Reads the first frame of a text that grows, unless something is unusual: then nothing is lost but time
+/// that would have been spent waiting.
 void FrameIndex::_readAhead() {
     std::string_view there;
     // Whole lines alone can be read.

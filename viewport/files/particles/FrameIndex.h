@@ -31,12 +31,14 @@ struct FrameHead {
 /// Takes the head of the next frame off the lines and leaves them at its first row.
 using ReadFrameHead = std::function<std::optional<TextDamage>(TextLines& lines, FrameHead& head)>;
 
-/// Loads one frame of a file; nothing: the last complete one. Behind the last frame the result has a count and no particles.
-/// Progress may be empty. What it finds out about the file it keeps for the next call; one call at a time.
+/// Loads one frame of a file; nothing: the last complete one. Behind the last frame the result has a count
+/// and no particles. Progress may be empty. What it finds out about the file it keeps for the next call; one
+/// call at a time.
 using LoadFrame =
     std::function<Result<LoadedFrame>(std::optional<std::size_t> const& frame, Progress const& progress)>;
 
-/// The frames of a text that holds several, one of which is read at a time; the readers of dumps and XYZ share it.
+/// The frames of a text that holds several, one of which is read at a time; the readers of dumps and XYZ
+/// share it.
 ///
 ///     FrameIndex index(text, readHead);
 ///     Result<LoadedFrame> const last = index.load(std::nullopt, {});   // looks for all frames
@@ -57,8 +59,8 @@ public:
     FrameIndex(std::string_view text, ReadFrameHead readHead, ChooseValues choose = {})
         : text(text), readHead(std::move(readHead)), choose(std::move(choose)) {}
 
-    /// The same of a text that is on its way until the first load: the first frame is read while it comes. What that gives is
-    /// the same.
+    /// The same of a text that is on its way until the first load: the first frame is read while it comes.
+    /// What that gives is the same.
     FrameIndex(std::unique_ptr<GrowingText> growing, ReadFrameHead readHead, ChooseValues choose = {})
         : growing(std::move(growing)), readHead(std::move(readHead)), choose(std::move(choose)) {}
 

@@ -147,7 +147,8 @@ struct ParticleFile::Opened {
                 std::uint64_t const size = bytes.size();
                 Progress uncompressing;
                 if (progress) {
-                    // Both halves count as much as the compressed bytes; the size of the text is known only at the end.
+                    // Both halves count as much as the compressed bytes; the size of the text is known only
+                    // at the end.
                     uncompressing = [&](std::uint64_t done, std::uint64_t) { progress(done, 2 * size); };
                     reading = [&progress, size](std::uint64_t done, std::uint64_t all) {
                         double const part =

@@ -48,9 +48,9 @@ struct FrameList {
 /// detected from the content, not from the name, unless it is given. Any file may be named; none makes it
 /// throw or crash, or take more memory than its text and one frame call for.
 ///
-/// The first load of a file with several frames looks for all of them; later ones read the rows of their frame
-/// alone. The uncompressed text of such a file is kept as long as the object lives. Copies share all of this, and
-/// may be used by several threads: one of them loads at a time.
+/// The first load of a file with several frames looks for all of them; later ones read the rows of their
+/// frame alone. The uncompressed text of such a file is kept as long as the object lives. Copies share all of
+/// this, and may be used by several threads: one of them loads at a time.
 class ParticleFile {
 public:
     /// The most bytes that a compressed file may hold.
@@ -61,7 +61,8 @@ public:
     explicit ParticleFile(std::string const& path, std::optional<ParticleFormat> format = std::nullopt);
 
     /// A file that is open already, such as a pipe.
-    /// \param choose which values its frames keep. Formats for few particles, those of a single frame, keep all.
+    /// \param choose which values its frames keep. Formats for few particles, those of a single frame, keep
+    /// all.
     explicit ParticleFile(InputFile const& file, std::optional<ParticleFormat> format = std::nullopt,
                           ChooseValues const& choose = {});
 
@@ -75,9 +76,8 @@ public:
     /// \param progress may be empty; a compressed file counts twice, once uncompressed and once read.
     Result<LoadedFrame> load(std::optional<std::size_t> frame, Progress const& progress) const;
 
-    /// Looks for the frames and reads the particles of none. Formats that hold a single one are looked at only at
-    /// their beginning.
-    /// \param progress as in load()
+    /// Looks for the frames and reads the particles of none. Formats that hold a single one are looked at
+    /// only at their beginning. \param progress as in load()
     Result<FrameList> frames(Progress const& progress) const;
 
 private:

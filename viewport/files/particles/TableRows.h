@@ -44,16 +44,17 @@ public:
     /// Which values of the frame are kept; empty: all. Not together with allowMissing(), which looks at them.
     void keep(ChooseValues const& choose) { this->choose = choose; }
 
-    /// Called before rows are read; may put the end of the lines behind others, and says how many bytes of lines are expected in
-    /// all. Empty: the lines are all that there is.
+    /// Called before rows are read; may put the end of the lines behind others, and says how many bytes of
+    /// lines are expected in all. Empty: the lines are all that there is.
     using Extend = std::function<std::uint64_t(TextLines& lines)>;
     void follow(Extend const& extend) { this->extend = extend; }
 
     /// Called with the bytes of the text; may be empty.
     void report(Progress const& progress) { this->progress = progress; }
 
-    /// Reads `count` rows, or all to the end, on all cores, and sorts them. Memory is reserved for no more rows than the
-    /// text can hold, whatever `count` says. After damage the content of the frame is undefined.
+    /// Reads `count` rows, or all to the end, on all cores, and sorts them. Memory is reserved for no more
+    /// rows than the text can hold, whatever `count` says. After damage the content of the frame is
+    /// undefined.
     std::optional<TextDamage> read(TextLines& lines, std::optional<std::uint64_t> const& count,
                                    ParticleFrame& frame);
 

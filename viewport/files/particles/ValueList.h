@@ -8,7 +8,8 @@
 
 namespace vellum::viewport {
 
-/// Gives memory whose elements have no value before they are written: what a file fills at once is not filled with zeros first.
+/// Gives memory whose elements have no value before they are written: what a file fills at once is not filled
+/// with zeros first.
 template <class T>
 struct UnfilledAllocator : std::allocator<T> {
     static_assert(std::is_trivially_copyable_v<T>, "an element without a value can be thrown away");

@@ -23,7 +23,8 @@ std::size_t recordSize(std::vector<PlyScalarType> const& fields);
 
 /// Adds them to a frame, on all cores.
 /// \param passed gets the number of records read so far, now and then; may throw
-/// \return the first record whose id is not a whole number; nothing where there is none. The frame is undefined then.
+/// \return the first record whose id is not a whole number; nothing where there is none. The frame is
+/// undefined then.
 std::optional<std::size_t> addRows(BinaryRows const& rows, FrameBuilder& builder,
                                    std::function<void(std::size_t)> const& passed);
 

@@ -4,8 +4,8 @@
 
 namespace vellum::viewport {
 
-/// The length of a vector of three numbers of a file: right also where its square would overflow or lose digits. NaN where one
-/// of them is undefined.
+/// The length of a vector of three numbers of a file: right also where its square would overflow or lose
+/// digits. NaN where one of them is undefined.
 inline double vectorLength(double x, double y, double z) {
     double const square = x * x + y * y + z * z;
     // Most squares are neither infinite nor so small that digits are lost; the others take longer.

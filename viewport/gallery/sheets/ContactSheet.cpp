@@ -24,8 +24,8 @@ using viewport::Result;
 /// Pixels. Every driver draws a sheet of this width and height in one piece.
 constexpr int LARGEST_SIDE = 16384 / SheetLayer::OVERSAMPLING;
 
-/// Copies the picture into the drawing area. Each of its pixels fills the block that is averaged to one pixel of the
-/// sheet.
+/// Copies the picture into the drawing area. Each of its pixels fills the block that is averaged to one pixel
+/// of the sheet.
 void copyInto(Core_RL& layer, Picture const& picture) {
     Tuple4<unsigned int> const area = layer.getCurrentViewportCoords();
     layer.pushDepthTest({DEPTH_TEST_OFF, false});

@@ -93,8 +93,8 @@ void loadView(Camera_RL& camera, View view, float aspect) {
     camera.updateModelMatrix();
 }
 
-/// Sets two directional lights in eye space: a bright one from the upper left, and a dim cool one from the right that
-/// keeps the shaded sides readable.
+/// Sets two directional lights in eye space: a bright one from the upper left, and a dim cool one from the
+/// right that keeps the shaded sides readable.
 void placeLights() {
     GLfloat const keyDirection[] = {-0.45F, 0.75F, 0.65F, 0.0F};
     GLfloat const keyColor[] = {0.80F, 0.79F, 0.76F, 1.0F};
@@ -137,8 +137,8 @@ void drawCell(Core_RL& layer, Cell const& cell, Area const& area) {
     drawLabel(layer, area, cell.label);
 }
 
-/// Averages blocks of oversampled pixels to the pixels of the sheet. The sheet is opaque, although blended drawings
-/// leave their opacity in the framebuffer.
+/// Averages blocks of oversampled pixels to the pixels of the sheet. The sheet is opaque, although blended
+/// drawings leave their opacity in the framebuffer.
 viewport::Picture averaged(std::vector<unsigned char> const& samples, int width, int height) {
     constexpr std::size_t SIDE = SCALE;
     auto const columns = static_cast<std::size_t>(width);

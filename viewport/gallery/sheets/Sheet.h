@@ -30,8 +30,8 @@ struct View {
     Vector3<float> direction() const;  ///< The direction in which the viewer looks; unit length.
 };
 
-/// One drawing with its label. Before `draw` is called, lighting and blending are off, the depth test is on, the line
-/// width is 1.5 and the matrices of the view are loaded. `draw` pops everything that it pushes.
+/// One drawing with its label. Before `draw` is called, lighting and blending are off, the depth test is on,
+/// the line width is 1.5 and the matrices of the view are loaded. `draw` pops everything that it pushes.
 struct Cell {
     std::string label;  ///< may be empty
     View view;
@@ -55,12 +55,12 @@ struct Subject {
     int height = SHEET_HEIGHT;  ///< of the picture, in pixels
 };
 
-/// Sets the size of the picture so that each drawing has this size in pixels. Requires rows of equal height with the
-/// same number of cells, and a label in the first cell.
+/// Sets the size of the picture so that each drawing has this size in pixels. Requires rows of equal height
+/// with the same number of cells, and a label in the first cell.
 void fitToDrawings(Subject& subject, int width, int height);
 
-/// Draws the subject. Requires a current context that is SheetLayer::OVERSAMPLING times as wide and high as the
-/// subject.
+/// Draws the subject. Requires a current context that is SheetLayer::OVERSAMPLING times as wide and high as
+/// the subject.
 viewport::Picture drawSheet(OffscreenContext& context, SheetLayer& layer, Subject const& subject);
 
 }  // namespace vellum::gallery

@@ -98,8 +98,8 @@ void drawFlatArrows(Core_RL& layer, View) {
     layer.popLineWidth();
 }
 
-/// Velocity in a whirl about the Y axis: fast around a core that widens upwards, rising inside the core, inwards near
-/// the ground.
+/// Velocity in a whirl about the Y axis: fast around a core that widens upwards, rising inside the core,
+/// inwards near the ground.
 Vector3<float> whirlAt(Vector3<float> const& p) {
     float const height = p.y + 1.0F;
     float const core = 0.16F + 0.14F * height;

@@ -26,8 +26,8 @@ void drawPlaneHandles(Core_RL& layer) {
     layer.popBlending();
 }
 
-/// The shafts in full color. The lit handles draw the shafts again at the same depth, and the depth test keeps the
-/// first drawing.
+/// The shafts in full color. The lit handles draw the shafts again at the same depth, and the depth test
+/// keeps the first drawing.
 void drawShafts(Core_RL& layer) {
     Vector3<float> const ends[] = {{1.0F, 0.0F, 0.0F}, {0.0F, 1.0F, 0.0F}, {0.0F, 0.0F, 1.0F}};
     Color4<float> const colors[] = {AXES.e0, AXES.e1, AXES.e2};

@@ -4,8 +4,8 @@
 
 #include <vector>
 
-/// The sheets that the gallery draws with the render layer, one function for each. The list of pictures asks for them by
-/// name.
+/// The sheets that the gallery draws with the render layer, one function for each. The list of pictures asks
+/// for them by name.
 namespace vellum::gallery {
 
 Subject primitives();

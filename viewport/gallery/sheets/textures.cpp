@@ -14,8 +14,8 @@ namespace {
 
 constexpr int SIZE = 256;  // texels along each side
 
-/// A test card: checks, a ramp of color, a disk and a bar at the upper left corner that shows which way up the
-/// picture is. x and y from 0 to 1, y downwards.
+/// A test card: checks, a ramp of color, a disk and a bar at the upper left corner that shows which way up
+/// the picture is. x and y from 0 to 1, y downwards.
 Color4<float> cardAt(float x, float y) {
     bool const isLight = (static_cast<int>(x * 8.0F) + static_cast<int>(y * 8.0F)) % 2 == 0;
     Color4<float> const ramp = scaleColor(x);

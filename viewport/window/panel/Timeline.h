@@ -10,11 +10,12 @@
 
 namespace vellum::viewport {
 
-/// The bar below the scene of files with several frames, of a series, and of animated meshes: play and pause, step, loop, speed, and a
-/// slider over all frames. There is none for other files. A frame that is asked for while another one is read follows that one.
+/// The bar below the scene of files with several frames, of a series, and of animated meshes: play and pause,
+/// step, loop, speed, and a slider over all frames. There is none for other files. A frame that is asked for
+/// while another one is read follows that one.
 ///
-/// While frames play, the camera and the range of colors stay those of the frame that was shown when the user pressed play, unless the
-/// range is set to follow the frames.
+/// While frames play, the camera and the range of colors stay those of the frame that was shown when the user
+/// pressed play, unless the range is set to follow the frames.
 class Timeline {
 public:
     /// Where the bar is, in units of the window.

@@ -60,8 +60,8 @@ bool choice(char const* label, Value& value, std::array<std::pair<Value, char co
     return isChanged;
 }
 
-/// A text that is taken over when it is complete: Enter, or the field is left. What is wrong with it is said under the field,
-/// which keeps it.
+/// A text that is taken over when it is complete: Enter, or the field is left. What is wrong with it is said
+/// under the field, which keeps it.
 class CheckedText {
 public:
     /// Says what is wrong with a text; nothing where it may be taken.

@@ -54,8 +54,9 @@ void main()
 
 // The sphere's surface over the square; fragments outside the disc are discarded. Half-Lambert shading, 0.5
 // to 1, keeps the color recognizable on the dark side. The depth is the depth of the center, moved toward the
-// viewer in eye space by the height of the surface, so that spheres intersect. A point that moves along z in eye
-// space moves along the third column of the projection in clip space: the way back to eye space is not needed.
+// viewer in eye space by the height of the surface, so that spheres intersect. A point that moves along z in
+// eye space moves along the third column of the projection in clip space: the way back to eye space is not
+// needed.
 constexpr char const* FRAGMENT = R"(varying vec2 TexCoord;
 varying vec3 vertex_light_position;
 varying float radius;

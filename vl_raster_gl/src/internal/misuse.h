@@ -1,9 +1,10 @@
 #pragma once
 
 /// \file
-/// The checks of debug builds (VL_CHECK_LIFETIMES): a pointer to something that is gone, a missing render layer or
-/// context. Each prints one line to the standard error stream, which names the operation and the misuse, and ends the
-/// process as a failed assertion does. In other builds the checks are empty, and a misuse has the consequences that it has.
+/// The checks of debug builds (VL_CHECK_LIFETIMES): a pointer to something that is gone, a missing render
+/// layer or context. Each prints one line to the standard error stream, which names the operation and the
+/// misuse, and ends the process as a failed assertion does. In other builds the checks are empty, and a
+/// misuse has the consequences that it has.
 
 #include "raster_gl_export.h"
 

@@ -28,7 +28,8 @@ using namespace vellum;
 
 namespace {
 
-/// What the rest of the program relies on once GLEW is initialized: entry points beyond OpenGL 1.1, and a drawing.
+/// What the rest of the program relies on once GLEW is initialized: entry points beyond OpenGL 1.1, and a
+/// drawing.
 void expectWorkingContext() {
     std::optional<viewport::Fault> const fault = viewport::startGlew();
     ASSERT_FALSE(fault.has_value()) << fault->message;
@@ -98,8 +99,8 @@ private:
 
 }  // namespace
 
-/// Both ways unload the driver before the process ends. The sanitizer then cannot tell any more that what it kept was
-/// the driver's, so in this program it does not look for leaks.
+/// Both ways unload the driver before the process ends. The sanitizer then cannot tell any more that what it
+/// kept was the driver's, so in this program it does not look for leaks.
 extern "C" char const* __asan_default_options();
 extern "C" char const* __asan_default_options() {
     return "detect_leaks=0";

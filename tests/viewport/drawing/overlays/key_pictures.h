@@ -44,7 +44,8 @@ inline void expectColor(Picture const& picture, int x, int y, Color4<float> cons
     }
 }
 
-/// Whether a text stands at a place of a picture that was blank, each pixel of it, with nothing else in its area.
+/// Whether a text stands at a place of a picture that was blank, each pixel of it, with nothing else in its
+/// area.
 inline bool isTextAt(Picture const& picture, Color4<float> const& ink, TextMask const& text, int left,
                      int top, unsigned int strength) {
     float const parts[3] = {ink.r, ink.g, ink.b};

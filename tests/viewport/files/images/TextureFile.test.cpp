@@ -299,7 +299,8 @@ std::string tiff(unsigned int bits, unsigned int format, unsigned int opacity, s
 }  // namespace
 
 TEST(TextureFile, anOpacityThatIsMultipliedIntoTheColorsOfTiffIsDividedOut) {
-    // Red 0.25, green 0.5 and half opaque; then a pixel of which nothing is seen; then one with more color than opacity.
+    // Red 0.25, green 0.5 and half opaque; then a pixel of which nothing is seen; then one with more color
+    // than opacity.
     std::string words;
     append(words, {0x80004000, 0x80000000, 0x00001234, 0x00000000, 0x0000FFFF, 0x40000000});
     Image const sixteen = read(tiff(16, 1, 1, words));

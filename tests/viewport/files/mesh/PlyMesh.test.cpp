@@ -63,8 +63,8 @@ struct Text {
     }
 };
 
-/// The same mesh in all three formats: two triangles, numbers of every type, an element that is not drawn, and
-/// the faces before the vertices.
+/// The same mesh in all three formats: two triangles, numbers of every type, an element that is not drawn,
+/// and the faces before the vertices.
 std::string headerOf(std::string const& format) {
     return "ply\r\nformat " + format +
            " 1.0\r\nelement face 2\r\nproperty short number\r\nproperty list ushort uint vertex_index\r\n"

@@ -97,8 +97,8 @@ std::string readExactly(Reader const& read, std::string_view bytes) {
     return "";
 }
 
-/// What a reader makes of bytes with each number of threads must be the same to the last bit, faults and notes included.
-/// \param expected from elsewhere
+/// What a reader makes of bytes with each number of threads must be the same to the last bit, faults and
+/// notes included. \param expected from elsewhere
 template <class Reader>
 void expectOnAllThreads(Reader const& read, std::string_view bytes,
                         vellum::viewport::Result<vellum::viewport::MeshData> const& expected) {

@@ -319,7 +319,8 @@ TEST(LammpsDump, aSmallLastFrameIsReadAfterALargeOne) {
     for (int i = 0; i < 100; ++i) {
         atoms += std::to_string(i) + " 2 3\n";
     }
-    // The large frame leaves too little text for another one of its size and is taken for the last one at first.
+    // The large frame leaves too little text for another one of its size and is taken for the last one at
+    // first.
     std::string const text = frameOf(atoms, "100", "x y z") + frameOf("7 8 9\n", "1", "x y z");
     std::vector<ParticleFrame> const frames = framesOf(readLammpsDump, text);
     ASSERT_EQ(frames.size(), 2U);

@@ -1,8 +1,8 @@
 #pragma once
 
 /// \file
-/// Stand-in for the system header of that name: what the reading of accelerator statistics uses of it. The test
-/// that includes it defines the functions.
+/// Stand-in for the system header of that name: what the reading of accelerator statistics uses of it. The
+/// test that includes it defines the functions.
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <mach/mach.h>

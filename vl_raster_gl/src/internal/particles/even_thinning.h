@@ -75,9 +75,9 @@ public:
     /// Whether skip() may pass over all particles of a system of this size.
     bool canSkip(unsigned int count) const { return takesAll() || count < EXACT; }
 
-    /// Passes over the next `count` particles: the state is then that after their decisions. Takes the same time for every
-    /// count, so that parts of a system can be decided independently.
-    /// \pre canSkip() of the size of the system.
+    /// Passes over the next `count` particles: the state is then that after their decisions. Takes the same
+    /// time for every count, so that parts of a system can be decided independently. \pre canSkip() of the
+    /// size of the system.
     void skip(unsigned int count) {
         visited += count;
         taken = std::min(wanted, takesAll() ? visited : _takenBefore(visited));
@@ -122,7 +122,8 @@ private:
         step = static_cast<std::int64_t>(std::ldexp(bound, DIGITS));
     }
 
-    // The selected ones of the first particles, without regard to the target; see the decision without a division.
+    // The selected ones of the first particles, without regard to the target; see the decision without a
+    // division.
     unsigned int _takenBefore(unsigned int index) const {
         if (index < 2 || wanted == 0) {
             return wanted != 0 ? index : 0;

@@ -190,7 +190,8 @@ public:
         unsigned int inRange = 0;
         for (ParticleSystemChunk_v2 const* chunk = system.firstChunk(); chunk != nullptr;
              chunk = chunk->next()) {
-            // A range that takes nothing is continued: the last particle is repeated by the range that has it.
+            // A range that takes nothing is continued: the last particle is repeated by the range that has
+            // it.
             bool const takes = thinning.missing() != ranges[count - 1].thinning.missing();
             if (inRange >= perRange && takes && !thinning.isComplete()) {
                 ranges[count - 1].end = chunk;
