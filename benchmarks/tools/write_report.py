@@ -67,9 +67,10 @@ def ratio_of(result):
 
 
 def singles_of(result):
-    """The times and bandwidths of both sides, as library_ns and memcpy_GB/s."""
-    pairs = [re.fullmatch(r"(\w+?)_(ns|us|ms|GB/s|MB/s)", key) for key in result]
-    return ", ".join(f"{pair[1].replace('_', ' ')} {number(result[pair[0]])} {pair[2].replace('us', 'µs')}" for pair in pairs if pair)
+    """The times and bandwidths of both sides, as library_ns and memcpy_GB/s, or of this library alone, as MB/s."""
+    pairs = [re.fullmatch(r"(?:(\w+?)_)?(ns|us|ms|GB/s|MB/s)", key) for key in result]
+    return ", ".join(f"{(pair[1] or 'library').replace('_', ' ')} {number(result[pair[0]])} {pair[2].replace('us', 'µs')}"
+                     for pair in pairs if pair)
 
 
 def operations(result):
