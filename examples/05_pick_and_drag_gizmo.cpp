@@ -1,5 +1,4 @@
-// A ball with a move gizmo. The handle under the cursor turns yellow; drag it to move the ball along its
-// axis.
+// A ball with a move gizmo. The handle under the cursor turns yellow; drag it to move the ball along its axis.
 #include "toolkit/toolkit.h"
 #include <GLFW/glfw3.h>
 using namespace vellum;

@@ -19,8 +19,7 @@ int main() {
     }
     glfwMakeContextCurrent(window);
 
-    // A house: five corners in front, five behind; gables, then the walls, the floor and the roof between
-    // them.
+    // A house: five corners in front, five behind; gables, then the walls, the floor and the roof between them.
     std::vector<Vector3<double>> const positions{{0, 0, 1},    {2, 0, 1},  {2, 1, 1},  {1, 1.8, 1},
                                                  {0, 1, 1},    {0, 0, -2}, {2, 0, -2}, {2, 1, -2},
                                                  {1, 1.8, -2}, {0, 1, -2}};

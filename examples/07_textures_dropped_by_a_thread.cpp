@@ -1,5 +1,4 @@
-// A thread paints images and drops the textures of outdated ones; the thread of the context uploads and
-// deletes.
+// A thread paints images and drops the textures of outdated ones; the thread of the context uploads and deletes.
 #include "toolkit/toolkit.h"
 #include <GLFW/glfw3.h>
 #include <atomic>
