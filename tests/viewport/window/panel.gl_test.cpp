@@ -139,7 +139,10 @@ TEST_F(Window_panel_gl_test, thePictureIsSavedWithItsButton) {
     press("Transparent");
     press("Save");
     std::string const file = folder.file("picture.png");
-    EXPECT_TRUE(window->waitUntil([&](Picture const&) { return Picture::loadPng(file).isOk(); }));
+    ASSERT_TRUE(window->waitUntil([&](Picture const&) { return Picture::loadPng(file).isOk(); }));
+    Picture const saved = Picture::loadPng(file).value();
+    EXPECT_EQ(saved.width, 300);
+    EXPECT_EQ(saved.pixels[3], 0) << "the corner is transparent";
 }
 
 TEST_F(Window_panel_gl_test, numbersOfAnObjectAreTyped) {

@@ -96,6 +96,7 @@ void ViewSection::_drawSurroundings(PictureOptions& picture) {
     isChanged = colorField("Below", background.bottom, "--background TOP,BOTTOM") || isChanged;
     if (isChanged) {
         background.isTransparent = false;
+        // One option says both.
         roundAsOption(background.top);
         roundAsOption(background.bottom);
     }
